@@ -1,0 +1,106 @@
+#include "base/DateFormats.h"
+
+#include "base/TimeZoneData.h"
+#include "base/UserLocale.h"
+
+#include <unicode/datefmt.h>
+#include <unicode/reldatefmt.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace korvex::base {
+
+namespace {
+
+std::string utf8(const icu::UnicodeString& text) {
+    std::string result;
+    text.toUTF8String(result);
+    return result;
+}
+
+/// Days are days of the Gregorian calendar, whatever calendar the locale prefers.
+icu::Locale gregorian(icu::Locale locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    locale.setKeywordValue("calendar", "gregorian", status);
+    return locale;
+}
+
+} // namespace
+
+/// Each format is made when it is first asked for: few commands need more than one.
+struct DateFormats::Formats {
+    icu::Locale locale;
+    Calendar calendar;
+    std::unique_ptr<icu::DateFormat> dayWithWeekday;
+    std::unique_ptr<icu::DateFormat> day;
+    std::unique_ptr<icu::DateFormat> shortTime;
+    std::unique_ptr<icu::DateFormat> dayAndShortTime;
+    std::unique_ptr<icu::RelativeDateTimeFormatter> words;
+
+    /// `skeleton` names the fields; order and punctuation are the locale's. Null: its short time.
+    std::string text(std::unique_ptr<icu::DateFormat>& format, const char16_t* skeleton,
+                     Instant instant) {
+        if (!format) {
+            UErrorCode status = U_ZERO_ERROR;
+            format.reset(
+                skeleton == nullptr
+                    ? icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale)
+                    : icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status));
+            if (!format || U_FAILURE(status)) {
+                throw std::runtime_error(std::string("ICU has no date format: ") +
+                                         u_errorName(status));
+            }
+            format->setTimeZone(*calendar.timeZone().data().zone);
+        }
+        icu::UnicodeString text;
+        format->format(instant.unixSeconds() * 1000, text);
+        return utf8(text);
+    }
+};
+
+DateFormats::DateFormats(std::string locale, TimeZone zone)
+    : m_formats(new Formats{.locale = gregorian(userLocale(locale, "LC_TIME")),
+                            .calendar = Calendar(std::move(zone))}) {}
+
+DateFormats::~DateFormats() = default;
+DateFormats::DateFormats(DateFormats&&) noexcept = default;
+DateFormats& DateFormats::operator=(DateFormats&&) noexcept = default;
+
+const Calendar& DateFormats::calendar() const {
+    return m_formats->calendar;
+}
+
+std::string DateFormats::dayWithWeekday(Instant instant) const {
+    return m_formats->text(m_formats->dayWithWeekday, u"yMMMEd", instant);
+}
+
+std::string DateFormats::day(Instant instant) const {
+    return m_formats->text(m_formats->day, u"yMMMd", instant);
+}
+
+std::string DateFormats::shortTime(Instant instant) const {
+    return m_formats->text(m_formats->shortTime, nullptr, instant);
+}
+
+std::string DateFormats::dayAndShortTime(Instant instant) const {
+    return m_formats->text(m_formats->dayAndShortTime, u"yMMMdjm", instant);
+}
+
+std::string DateFormats::relativeDayWord(int offset) const {
+    UErrorCode status = U_ZERO_ERROR;
+    auto& words = m_formats->words;
+    if (!words) {
+        words = std::make_unique<icu::RelativeDateTimeFormatter>(
+            m_formats->locale, nullptr, UDAT_STYLE_LONG,
+            UDISPCTX_CAPITALIZATION_FOR_BEGINNING_OF_SENTENCE, status);
+    }
+    icu::UnicodeString text;
+    words->format(offset, UDAT_REL_UNIT_DAY, text, status);
+    if (U_FAILURE(status)) {
+        throw std::runtime_error(std::string("ICU has no word for a day: ") + u_errorName(status));
+    }
+    return utf8(text);
+}
+
+} // namespace korvex::base

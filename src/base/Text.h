@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace korvex::base {
+
+/// All texts are UTF-8; functions that need valid UTF-8 say so.
+
+bool isValidUtf8(std::string_view text);
+
+/// Without white space and line breaks (Unicode's White_Space) at both ends.
+std::string_view trimmed(std::string_view text);
+
+/// The number of characters as the user perceives them (extended grapheme clusters), counted no
+/// further than `limit`: the result is `limit` for any text of `limit` characters or more.
+std::size_t characterCount(std::string_view text, std::size_t limit);
+
+/// The first `count` characters of `text`, all of it when it is shorter.
+std::string_view characterPrefix(std::string_view text, std::size_t count);
+
+/// The byte offset of a UTF-16 offset; absent when it lies past the end or inside a character's
+/// surrogate pair.
+std::optional<std::size_t> byteOffset(std::string_view text, std::size_t utf16Offset);
+
+/// Lines of a text, split at LF, CR and CRLF; without the line breaks.
+/// The views into `text` live as long as it does.
+template <typename Sink>
+void forEachLine(std::string_view text, Sink&& sink) {
+    while (!text.empty()) {
+        const auto end = text.find_first_of("\r\n");
+        if (end == std::string_view::npos) {
+            sink(text);
+            return;
+        }
+        sink(text.substr(0, end));
+        const auto isPair = text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n';
+        text.remove_prefix(end + (isPair ? 2 : 1));
+    }
+}
+
+} // namespace korvex::base
