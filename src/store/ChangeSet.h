@@ -1,0 +1,21 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <vector>
+
+namespace korvex::store {
+
+/// Which records a save or a refresh touched, by identifier, over all record types.
+struct ChangeSet {
+    enum class Origin { thisContext, elsewhere };
+
+    Origin origin = Origin::thisContext;
+    std::vector<base::Uuid> inserted;
+    std::vector<base::Uuid> updated;
+    std::vector<base::Uuid> deleted;
+
+    bool isEmpty() const { return inserted.empty() && updated.empty() && deleted.empty(); }
+};
+
+} // namespace korvex::store

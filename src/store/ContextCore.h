@@ -1,0 +1,113 @@
+#pragma once
+
+#include "store/ChangeSet.h"
+#include "store/Condition.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+#include "store/StoreConnection.h"
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace korvex::store {
+
+/// The workings of a ModelContext: identity map, pending changes, merge and save. Main thread.
+class ContextCore {
+public:
+    explicit ContextCore(ModelContainer& container);
+
+    ModelContainer& container() const { return m_container; }
+
+    // Reading.
+    Record* find(const RecordType& type, const base::Uuid& id);
+    void fetch(const RecordType& type, const FetchDescriptor& descriptor,
+               const std::function<void(Record&)>& sink);
+    std::size_t count(const RecordType& type, const Condition& condition);
+    bool isStored(const Record& record);
+    void loadOwned(Record& owner);
+    std::optional<base::Bytes> readExternal(const Record& record, std::size_t field);
+
+    // Pending changes.
+    void insert(std::unique_ptr<Record> record);
+    void remove(Record& record);
+    void noteChanged(Record& record);
+    bool hasChanges() const;
+    std::vector<Record*> inserted() const;
+    std::vector<Record*> changed() const;
+    std::vector<Record*> deleted() const;
+    void rollback();
+
+    // The store.
+    void save();
+    void refresh();
+    /// Steps nest; signals wait for the end of the outermost one.
+    void beginStep();
+    void endStep() noexcept;
+
+    void processPendingChanges();
+    bool autosaves = false;
+    base::Signal<const ChangeSet&> didChange;
+
+    /// Keep the owner's list of what it owns in step with a record's `owner`.
+    static void unlinkFromOwner(Record& record);
+    static void linkToOwner(Record& record);
+
+private:
+    /// The records of one type in memory.
+    struct Table {
+        const RecordType* type;
+        std::unordered_map<std::int64_t, Record*> byRowid;
+        std::unordered_map<base::Uuid, Record*> byIdentifier;
+    };
+
+    std::size_t indexOf(const RecordType& type) const;
+    TypeStatements& statements(std::size_t index) { return m_container.connection().statements(index); }
+
+    /// The record of a row: the one in memory, else a new one read from the row.
+    Record& materialize(std::size_t index, const Statement& row);
+    Record& adopt(std::size_t index, std::unique_ptr<Record> record);
+    void resolveOwner(Record& record);
+    void forget(Record& record);
+    void detach(Record& record);
+
+    // ContextRefresh.cpp
+    void refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& changes);
+    void refreshEverything(std::size_t index, ChangeSet& changes);
+    void mergeRow(std::size_t index, const Statement& row, Record& record);
+    void goneFromStore(Record& record, ChangeSet& changes);
+    bool isWatched(std::size_t index, const Statement& row);
+
+    // ContextSave.cpp
+    std::vector<RowChange> writePending(std::int64_t revision);
+    void writeInserted(std::size_t index, Record& record, std::int64_t revision);
+    void writeChanged(std::size_t index, Record& record, std::int64_t revision);
+    void writeExternal(TypeStatements& statements, Record& record, bool onlyChanged);
+    ChangeSet settlePending(std::int64_t revision);
+    void announce(ChangeSet changes, bool isSave);
+    void deliver() noexcept;
+
+    struct Announcement {
+        ChangeSet changes;
+        bool isSave;
+    };
+
+    ModelContainer& m_container;
+    std::vector<Table> m_tables;
+    /// Everything this context ever made: references stay good as long as it lives.
+    std::deque<std::unique_ptr<Record>> m_records;
+    std::vector<Record*> m_inserted;
+    std::vector<Record*> m_changed;
+    std::vector<Record*> m_deleted;
+    /// The store's revision that the records in memory show.
+    std::int64_t m_revision = 0;
+    int m_stepDepth = 0;
+    bool m_isDelivering = false;
+    std::deque<Announcement> m_announcements;
+};
+
+} // namespace korvex::store

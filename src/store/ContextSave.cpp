@@ -1,0 +1,162 @@
+#include "store/ContextCore.h"
+#include "store/StoreError.h"
+
+#include "base/Digest.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace korvex::store {
+
+namespace {
+
+using Phase = RecordState::Phase;
+
+} // namespace
+
+void ContextCore::save() {
+    if (!hasChanges()) {
+        return;
+    }
+    StoreConnection& connection = m_container.connection();
+    if (!m_container.allowsSave()) {
+        throw StoreError(StoreErrorCase::readOnly);
+    }
+    {
+        const StoreLock::Guard guard(connection.lock());
+        refresh();
+        if (std::any_of(m_changed.begin(), m_changed.end(), [](const Record* record) {
+                return record->isLive() && record->state().isGoneFromStore;
+            })) {
+            throw StoreError(StoreErrorCase::conflict);
+        }
+        connection.checkFilesAreInPlace();
+        const std::int64_t revision = connection.revision() + 1;
+        connection.begin();
+        try {
+            const auto changes = writePending(revision);
+            connection.changeLog().append(revision, changes);
+            connection.commit(revision);
+        } catch (...) {
+            connection.rollback();
+            throw;
+        }
+        m_revision = revision;
+    }
+    announce(settlePending(m_revision), true);
+}
+
+std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
+    std::vector<RowChange> changes;
+    const auto note = [&](std::size_t index, const Record& record) {
+        changes.push_back({static_cast<std::uint8_t>(index), record.state().rowid});
+    };
+    for (Record* record : m_deleted) {
+        const std::size_t index = indexOf(record->storedType());
+        TypeStatements& type = statements(index);
+        for (auto& external : type.externals) {
+            external.remove.bind(0, record->state().rowid);
+            external.remove.run();
+        }
+        type.remove.bind(0, record->state().rowid);
+        type.remove.run();
+        note(index, *record);
+    }
+    for (Record* record : m_inserted) {
+        const std::size_t index = indexOf(record->storedType());
+        writeInserted(index, *record, revision);
+        note(index, *record);
+    }
+    for (Record* record : m_changed) {
+        if (record->isLive() && record->hasChanges()) {
+            const std::size_t index = indexOf(record->storedType());
+            writeChanged(index, *record, revision);
+            note(index, *record);
+        }
+    }
+    return changes;
+}
+
+void ContextCore::writeInserted(std::size_t index, Record& record, std::int64_t revision) {
+    TypeStatements& type = statements(index);
+    type.codec.bindRow(type.insert, record, revision);
+    type.insert.run();
+    record.state().rowid = sqlite3_last_insert_rowid(m_container.connection().handle());
+    writeExternal(type, record, false);
+}
+
+void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t revision) {
+    TypeStatements& type = statements(index);
+    std::vector<std::size_t> fields;
+    for (const auto& original : record.state().originals) {
+        if (record.storedType().fields[original.field].kind != FieldKind::externalBytes) {
+            fields.push_back(original.field);
+        }
+    }
+    // In one order, so that one set of fields has one statement.
+    std::sort(fields.begin(), fields.end());
+    Statement& update = type.updateOf(m_container.connection().handle(), fields);
+    update.bind(0, revision);
+    update.bind(1, static_cast<std::int64_t>(type.codec.checksum(record)));
+    int column = 2;
+    for (const std::size_t field : fields) {
+        type.codec.bindField(update, column, record, field);
+        ++column;
+    }
+    update.bind(column, record.state().rowid);
+    update.bind(column + 1, record.state().version);
+    update.run();
+    if (update.changes() != 1) {
+        // Only who writes without our lock and log can have moved it.
+        throw StoreError(StoreErrorCase::conflict);
+    }
+    writeExternal(type, record, true);
+}
+
+void ContextCore::writeExternal(TypeStatements& type, Record& record, bool onlyChanged) {
+    for (auto& external : type.externals) {
+        if (onlyChanged && !record.isChanged(external.field)) {
+            continue;
+        }
+        const auto& bytes = static_cast<const ExternalBytes*>(record.slot(external.field))->bytes;
+        if (bytes) {
+            external.replace.bind(0, record.state().rowid);
+            external.replace.bind(1, static_cast<std::int64_t>(base::checksum(*bytes)));
+            external.replace.bind(2, std::span<const std::uint8_t>(*bytes));
+            external.replace.run();
+        } else if (onlyChanged) {
+            external.remove.bind(0, record.state().rowid);
+            external.remove.run();
+        }
+    }
+}
+
+ChangeSet ContextCore::settlePending(std::int64_t revision) {
+    ChangeSet changes;
+    for (Record* record : m_deleted) {
+        changes.deleted.push_back(record->id());
+        forget(*record);
+    }
+    m_deleted.clear();
+    for (Record* record : m_inserted) {
+        changes.inserted.push_back(record->id());
+        RecordState& state = record->state();
+        state.phase = Phase::stored;
+        state.version = revision;
+        m_tables[indexOf(record->storedType())].byRowid[state.rowid] = record;
+    }
+    m_inserted.clear();
+    for (Record* record : m_changed) {
+        RecordState& state = record->state();
+        state.isListedAsChanged = false;
+        if (record->isLive() && record->hasChanges()) {
+            changes.updated.push_back(record->id());
+            state.originals.clear();
+            state.version = revision;
+        }
+    }
+    m_changed.clear();
+    return changes;
+}
+
+} // namespace korvex::store

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+
+namespace korvex::store {
+
+/// Where a store lies and what may be done with it.
+struct ModelConfiguration {
+    enum class Missing { create, refuse };
+
+    /// Empty: the store lives in memory and ends with its container.
+    std::filesystem::path file = {};
+    /// False: the store is read and never written, not even its companions.
+    bool allowsSave = true;
+    Missing whenMissing = Missing::create;
+    /// How long a step waits for another program's before it gives up with `busy`.
+    std::chrono::milliseconds lockTimeout{10'000};
+
+    bool isInMemory() const { return file.empty(); }
+};
+
+} // namespace korvex::store

@@ -1,0 +1,33 @@
+#include "store/ModelContainer.h"
+
+#include "store/StoreConnection.h"
+#include "store/StoreError.h"
+
+namespace korvex::store {
+
+ModelContainer::ModelContainer(const Schema& schema, ModelConfiguration configuration)
+    : m_schema(schema), m_configuration(std::move(configuration)) {}
+
+ModelContainer::~ModelContainer() = default;
+
+std::unique_ptr<ModelContainer> ModelContainer::open(const Schema& schema,
+                                                     ModelConfiguration configuration,
+                                                     base::LogSink& log) {
+    std::unique_ptr<ModelContainer> container(
+        new ModelContainer(schema, std::move(configuration)));
+    container->m_connection = std::make_unique<StoreConnection>(
+        container->m_schema, container->m_configuration, log);
+    return container;
+}
+
+bool ModelContainer::allowsSave() const { return m_connection->allowsSave(); }
+
+const std::vector<std::string>& ModelContainer::notices() const {
+    return m_connection->notices();
+}
+
+std::int64_t ModelContainer::revision() const { return m_connection->revision(); }
+
+void ModelContainer::checkpoint() { m_connection->checkpoint(); }
+
+} // namespace korvex::store

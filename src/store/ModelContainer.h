@@ -1,0 +1,70 @@
+#pragma once
+
+#include "base/Log.h"
+#include "base/Signal.h"
+#include "store/ChangeSet.h"
+#include "store/ModelConfiguration.h"
+#include "store/Schema.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace korvex::store {
+
+class StoreConnection;
+
+/// What a check of the store found: one plain sentence each; empty when it is sound.
+struct StoreCheckReport {
+    std::size_t recordCount = 0;
+    std::vector<std::string> problems;
+};
+
+/// One open store. Several contexts can work on it; other processes can have it open too. Main
+/// thread; contexts must end before their container.
+class ModelContainer {
+public:
+    /// Opens or creates the store; creation is all or nothing. Never overwrites a file that it cannot
+    /// read as a store of this schema: throws StoreError instead. A store whose folder or file cannot
+    /// be written opens for reading only (`allowsSave()` is false).
+    static std::unique_ptr<ModelContainer> open(const Schema& schema,
+                                                ModelConfiguration configuration,
+                                                base::LogSink& log);
+    ~ModelContainer();
+
+    const Schema& schema() const { return m_schema; }
+    const ModelConfiguration& configuration() const { return m_configuration; }
+    bool allowsSave() const;
+
+    /// What was noticed while opening and what the user should know, in full sentences.
+    const std::vector<std::string>& notices() const;
+
+    /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter while
+    /// no other process has written.
+    std::int64_t revision() const;
+
+    /// After every save of a context of this container; during a step, at its end. Observers must not
+    /// throw.
+    base::Signal<const ChangeSet&>& didSave() { return m_didSave; }
+
+    /// Reads everything and compares it with its checksums. Takes the write lock, changes nothing.
+    StoreCheckReport check() const;
+
+    /// Moves what the journal holds into the store file. For long-lived programs, when idle and at
+    /// the end; saves do it themselves when the journal is long.
+    void checkpoint();
+
+    /// For the store's own sources.
+    StoreConnection& connection() const { return *m_connection; }
+
+private:
+    ModelContainer(const Schema& schema, ModelConfiguration configuration);
+
+    Schema m_schema;
+    ModelConfiguration m_configuration;
+    std::unique_ptr<StoreConnection> m_connection;
+    base::Signal<const ChangeSet&> m_didSave;
+};
+
+} // namespace korvex::store

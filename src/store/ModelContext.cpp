@@ -1,0 +1,63 @@
+#include "store/ModelContext.h"
+
+#include "store/ContextCore.h"
+
+namespace korvex::store {
+
+ModelContext::ModelContext(ModelContainer& container)
+    : m_core(std::make_unique<ContextCore>(container)) {}
+
+ModelContext::~ModelContext() = default;
+
+ModelContainer& ModelContext::container() const { return m_core->container(); }
+
+bool ModelContext::isStored(const Record& record) const { return m_core->isStored(record); }
+
+void ModelContext::remove(Record& record) { m_core->remove(record); }
+
+bool ModelContext::hasChanges() const { return m_core->hasChanges(); }
+
+std::vector<Record*> ModelContext::insertedRecords() const { return m_core->inserted(); }
+
+std::vector<Record*> ModelContext::deletedRecords() const { return m_core->deleted(); }
+
+std::vector<Record*> ModelContext::changedRecords() const { return m_core->changed(); }
+
+void ModelContext::save() { m_core->save(); }
+
+void ModelContext::rollback() { m_core->rollback(); }
+
+void ModelContext::refresh() { m_core->refresh(); }
+
+void ModelContext::processPendingChanges() { m_core->processPendingChanges(); }
+
+bool ModelContext::autosaves() const { return m_core->autosaves; }
+
+void ModelContext::setAutosaves(bool autosaves) { m_core->autosaves = autosaves; }
+
+base::Signal<const ChangeSet&>& ModelContext::didChange() { return m_core->didChange; }
+
+void ModelContext::fetchRecords(const RecordType& type, const FetchDescriptor& descriptor,
+                                const std::function<void(Record&)>& sink) {
+    m_core->fetch(type, descriptor, sink);
+}
+
+std::size_t ModelContext::countRecords(const RecordType& type, const Condition& condition) {
+    return m_core->count(type, condition);
+}
+
+Record* ModelContext::findRecord(const RecordType& type, const base::Uuid& id) {
+    return m_core->find(type, id);
+}
+
+void ModelContext::insertRecord(std::unique_ptr<Record> record) {
+    m_core->insert(std::move(record));
+}
+
+LockedStep::LockedStep(ModelContext& context) : m_context(context) {
+    m_context.core().beginStep();
+}
+
+LockedStep::~LockedStep() { m_context.core().endStep(); }
+
+} // namespace korvex::store

@@ -1,0 +1,114 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "store/ChangeSet.h"
+#include "store/Condition.h"
+#include "store/Record.h"
+
+#include <functional>
+#include <memory>
+#include <type_traits>
+#include <vector>
+
+namespace korvex::store {
+
+class ContextCore;
+class ModelContainer;
+
+/// A unit of work over a store: an identity map, pending changes, save and rollback. A new context
+/// sees the saved state only. Main thread; the container must outlive it.
+class ModelContext {
+public:
+    explicit ModelContext(ModelContainer& container);
+    ~ModelContext();
+    ModelContext(const ModelContext&) = delete;
+    ModelContext& operator=(const ModelContext&) = delete;
+
+    ModelContainer& container() const;
+
+    /// Records as this context sees them: stored ones, with its own pending changes.
+    template <typename T>
+    std::vector<T*> fetch(const FetchDescriptor& descriptor = {}) {
+        std::vector<T*> result;
+        fetchRecords(T::recordType(), descriptor,
+                     [&](Record& record) { result.push_back(static_cast<T*>(&record)); });
+        return result;
+    }
+    /// How many records match, pending changes included.
+    template <typename T>
+    std::size_t count(const Condition& condition = {}) {
+        return countRecords(T::recordType(), condition);
+    }
+    /// The record with this identifier, or null.
+    template <typename T>
+    T* find(const base::Uuid& id) {
+        return static_cast<T*>(findRecord(T::recordType(), id));
+    }
+    /// Whether the store itself (not this context's pending changes) holds the record now.
+    bool isStored(const Record& record) const;
+
+    /// Takes the record over; it is stored at the next save.
+    template <typename T>
+    T& insert(std::unique_ptr<T> record) {
+        T& reference = *record;
+        insertRecord(std::move(record));
+        return reference;
+    }
+    /// Deletes the record and all that it owns at the next save.
+    void remove(Record& record);
+
+    bool hasChanges() const;
+    std::vector<Record*> insertedRecords() const;
+    std::vector<Record*> deletedRecords() const;
+    std::vector<Record*> changedRecords() const;
+
+    /// Writes the changed columns of the changed records in one transaction under the store's write
+    /// lock. `hasChanges` is cleared only once the transaction is durable. Changes that others saved
+    /// meanwhile are merged in first, field by field: this context's changed fields win. Throws
+    /// StoreError and leaves everything pending; `conflict` when a changed record was deleted.
+    void save();
+    /// Gives every field its stored value, forgets insertions, takes back deletions.
+    void rollback();
+
+    /// Takes in what other contexts and processes saved. Cheap when nothing was. Own pending changes
+    /// stay. A record deleted elsewhere stops being live, unless it has pending changes: then the
+    /// next save reports it.
+    void refresh();
+
+    /// Tells observers what is pending, or saves it when `autosaves` is set.
+    void processPendingChanges();
+    bool autosaves() const;
+    void setAutosaves(bool autosaves);
+
+    /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`; during
+    /// a step, at its end. Observers must not throw.
+    base::Signal<const ChangeSet&>& didChange();
+
+    /// For the store's own sources.
+    ContextCore& core() const { return *m_core; }
+
+private:
+    void fetchRecords(const RecordType& type, const FetchDescriptor& descriptor,
+                      const std::function<void(Record&)>& sink);
+    std::size_t countRecords(const RecordType& type, const Condition& condition);
+    Record* findRecord(const RecordType& type, const base::Uuid& id);
+    void insertRecord(std::unique_ptr<Record> record);
+
+    std::unique_ptr<ContextCore> m_core;
+};
+
+/// One step of a service: holds the store's write lock from here to the end of the scope, with the
+/// context refreshed, so that what is checked is what is changed. Steps nest. On a store that may
+/// only be read it just refreshes. Throws StoreError (`busy`, `inputOutput`).
+class LockedStep {
+public:
+    explicit LockedStep(ModelContext& context);
+    ~LockedStep();
+    LockedStep(const LockedStep&) = delete;
+    LockedStep& operator=(const LockedStep&) = delete;
+
+private:
+    ModelContext& m_context;
+};
+
+} // namespace korvex::store

@@ -1,0 +1,281 @@
+#include "store/RowCodec.h"
+
+#include "base/Digest.h"
+#include "base/Instant.h"
+#include "store/TableSql.h"
+
+#include <bit>
+#include <cassert>
+#include <cstring>
+
+namespace korvex::store {
+
+namespace {
+
+template <typename T>
+T& as(void* slot) {
+    return *static_cast<T*>(slot);
+}
+
+void readSlotFrom(const Statement& row, int column, FieldKind kind, void* slot) {
+    switch (kind) {
+    case FieldKind::uuid:
+        as<base::Uuid>(slot) = row.uuid(column);
+        return;
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+        as<std::optional<base::Uuid>>(slot) =
+            row.isAbsent(column) ? std::nullopt : std::optional(row.uuid(column));
+        return;
+    case FieldKind::text:
+        as<std::string>(slot).assign(row.text(column));
+        return;
+    case FieldKind::optionalText:
+        as<std::optional<std::string>>(slot) =
+            row.isAbsent(column) ? std::nullopt : std::optional(std::string(row.text(column)));
+        return;
+    case FieldKind::optionalBytes: {
+        auto& target = as<std::optional<base::Bytes>>(slot);
+        if (row.isAbsent(column)) {
+            target.reset();
+            return;
+        }
+        const auto bytes = row.bytes(column);
+        target.emplace(bytes.begin(), bytes.end());
+        return;
+    }
+    case FieldKind::integer:
+        as<std::int64_t>(slot) = row.integer(column);
+        return;
+    case FieldKind::optionalInteger:
+        as<std::optional<std::int64_t>>(slot) =
+            row.isAbsent(column) ? std::nullopt : std::optional(row.integer(column));
+        return;
+    case FieldKind::boolean:
+        as<bool>(slot) = row.integer(column) != 0;
+        return;
+    case FieldKind::date:
+        as<base::Instant>(slot).seconds = row.real(column);
+        return;
+    case FieldKind::optionalDate:
+        as<std::optional<base::Instant>>(slot) =
+            row.isAbsent(column) ? std::nullopt : std::optional(base::Instant{row.real(column)});
+        return;
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+}
+
+/// Appends fields in the form that checksums are taken of.
+class ChecksumForm {
+public:
+    explicit ChecksumForm(std::vector<std::uint8_t>& bytes) : m_bytes(bytes) {}
+
+    void absent() { m_bytes.push_back(0); }
+    void number(std::uint64_t bits) {
+        m_bytes.push_back(1);
+        word(bits);
+    }
+    void bytes(const void* data, std::size_t size) {
+        m_bytes.push_back(2);
+        word(size);
+        const auto* first = static_cast<const std::uint8_t*>(data);
+        m_bytes.insert(m_bytes.end(), first, first + size);
+    }
+    template <typename T, typename Append>
+    void optional(const std::optional<T>& value, Append&& append) {
+        if (value) {
+            append(*value);
+        } else {
+            absent();
+        }
+    }
+
+private:
+    void word(std::uint64_t bits) {
+        std::uint8_t raw[8];
+        for (int i = 0; i < 8; ++i) {
+            raw[i] = static_cast<std::uint8_t>(bits >> (8 * i));
+        }
+        m_bytes.insert(m_bytes.end(), raw, raw + 8);
+    }
+
+    std::vector<std::uint8_t>& m_bytes;
+};
+
+void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
+    const auto appendUuid = [&](const base::Uuid& id) {
+        form.bytes(id.bytes.data(), id.bytes.size());
+    };
+    const auto appendText = [&](const auto& text) { form.bytes(text.data(), text.size()); };
+    const auto appendInteger = [&](std::int64_t value) {
+        form.number(static_cast<std::uint64_t>(value));
+    };
+    const auto appendDate = [&](base::Instant instant) {
+        // Minus zero is zero to SQLite.
+        form.number(std::bit_cast<std::uint64_t>(instant.seconds == 0 ? 0.0 : instant.seconds));
+    };
+    switch (kind) {
+    case FieldKind::uuid:
+        return appendUuid(as<base::Uuid>(slot));
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+        return form.optional(as<std::optional<base::Uuid>>(slot), appendUuid);
+    case FieldKind::text:
+        return appendText(as<std::string>(slot));
+    case FieldKind::optionalText:
+        return form.optional(as<std::optional<std::string>>(slot), appendText);
+    case FieldKind::optionalBytes:
+        return form.optional(as<std::optional<base::Bytes>>(slot), appendText);
+    case FieldKind::integer:
+        return appendInteger(as<std::int64_t>(slot));
+    case FieldKind::optionalInteger:
+        return form.optional(as<std::optional<std::int64_t>>(slot), appendInteger);
+    case FieldKind::boolean:
+        return appendInteger(as<bool>(slot) ? 1 : 0);
+    case FieldKind::date:
+        return appendDate(as<base::Instant>(slot));
+    case FieldKind::optionalDate:
+        return form.optional(as<std::optional<base::Instant>>(slot), appendDate);
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+}
+
+} // namespace
+
+RowCodec::RowCodec(const RecordType& type)
+    : m_type(&type), m_columnOfField(type.fields.size(), -1) {
+    int column = tableSql::kFirstFieldColumn;
+    for (const std::size_t field : tableSql::rowFields(type)) {
+        m_columns.push_back({field, type.fields[field].kind, column});
+        m_columnOfField[field] = column;
+        ++column;
+    }
+}
+
+void RowCodec::readRow(const Statement& row, Record& record) const {
+    for (const Column& each : m_columns) {
+        readSlotFrom(row, each.column, each.kind, record.slot(each.field));
+    }
+    for (std::size_t i = 0; i < m_type->fields.size(); ++i) {
+        if (m_type->fields[i].kind == FieldKind::externalBytes) {
+            as<ExternalBytes>(record.slot(i)) = {.isRead = false, .bytes = std::nullopt};
+        }
+    }
+}
+
+Value RowCodec::readField(const Statement& row, std::size_t field) const {
+    const int column = m_columnOfField[field];
+    assert(column >= 0);
+    if (row.isAbsent(column)) {
+        return {};
+    }
+    switch (m_type->fields[field].kind) {
+    case FieldKind::uuid:
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+        return row.uuid(column);
+    case FieldKind::text:
+    case FieldKind::optionalText:
+        return std::string(row.text(column));
+    case FieldKind::optionalBytes: {
+        const auto bytes = row.bytes(column);
+        return base::Bytes(bytes.begin(), bytes.end());
+    }
+    case FieldKind::integer:
+    case FieldKind::optionalInteger:
+        return row.integer(column);
+    case FieldKind::boolean:
+        return std::int64_t{row.integer(column) != 0 ? 1 : 0};
+    case FieldKind::date:
+    case FieldKind::optionalDate:
+        return row.real(column);
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+    return {};
+}
+
+std::int64_t RowCodec::version(const Statement& row) const {
+    return row.integer(tableSql::kVersionColumn);
+}
+
+std::int64_t RowCodec::rowid(const Statement& row) const {
+    return row.integer(tableSql::kRowidColumn);
+}
+
+base::Uuid RowCodec::identifier(const Statement& row) const {
+    return row.uuid(tableSql::kFirstFieldColumn);
+}
+
+void RowCodec::bindField(Statement& statement, int index, const Record& record,
+                         std::size_t field) const {
+    void* slot = record.slot(field);
+    const auto bindText = [&](const std::string& text) {
+        statement.bind(index, std::string_view(text));
+    };
+    const auto bindOptional = [&](const auto& value, auto&& bind) {
+        if (value) {
+            bind(*value);
+        } else {
+            statement.bindAbsent(index);
+        }
+    };
+    const auto bindPlain = [&](const auto& value) { statement.bind(index, value); };
+    switch (m_type->fields[field].kind) {
+    case FieldKind::uuid:
+        return statement.bind(index, as<base::Uuid>(slot));
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+        return bindOptional(as<std::optional<base::Uuid>>(slot), bindPlain);
+    case FieldKind::text:
+        return bindText(as<std::string>(slot));
+    case FieldKind::optionalText:
+        return bindOptional(as<std::optional<std::string>>(slot), bindText);
+    case FieldKind::optionalBytes:
+        return bindOptional(as<std::optional<base::Bytes>>(slot), [&](const base::Bytes& bytes) {
+            statement.bind(index, std::span<const std::uint8_t>(bytes));
+        });
+    case FieldKind::integer:
+        return statement.bind(index, as<std::int64_t>(slot));
+    case FieldKind::optionalInteger:
+        return bindOptional(as<std::optional<std::int64_t>>(slot), bindPlain);
+    case FieldKind::boolean:
+        return statement.bind(index, std::int64_t{as<bool>(slot) ? 1 : 0});
+    case FieldKind::date:
+        return statement.bind(index, as<base::Instant>(slot).seconds);
+    case FieldKind::optionalDate:
+        return bindOptional(as<std::optional<base::Instant>>(slot), [&](base::Instant instant) {
+            statement.bind(index, instant.seconds);
+        });
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+}
+
+void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t version) const {
+    statement.bind(0, version);
+    statement.bind(1, static_cast<std::int64_t>(checksum(record)));
+    int index = 2;
+    for (const Column& each : m_columns) {
+        bindField(statement, index, record, each.field);
+        ++index;
+    }
+}
+
+std::uint64_t RowCodec::checksum(const Record& record) const {
+    m_scratch.clear();
+    ChecksumForm form(m_scratch);
+    form.bytes(m_type->name.data(), m_type->name.size());
+    for (const Column& each : m_columns) {
+        appendSlot(form, each.kind, record.slot(each.field));
+    }
+    return base::checksum(m_scratch);
+}
+
+} // namespace korvex::store

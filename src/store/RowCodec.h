@@ -1,0 +1,46 @@
+#pragma once
+
+#include "store/Record.h"
+#include "store/Statement.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace korvex::store {
+
+/// Between a record's fields and the columns of its row.
+class RowCodec {
+public:
+    explicit RowCodec(const RecordType& type);
+
+    /// Fills every field from a row of `tableSql::select`; external bytes become unread. Changes no
+    /// bookkeeping.
+    void readRow(const Statement& row, Record& record) const;
+    /// One field of such a row.
+    Value readField(const Statement& row, std::size_t field) const;
+    std::int64_t version(const Statement& row) const;
+    std::int64_t rowid(const Statement& row) const;
+    base::Uuid identifier(const Statement& row) const;
+
+    void bindField(Statement& statement, int index, const Record& record, std::size_t field) const;
+    /// Version, checksum and all fields, for `tableSql::insert`.
+    void bindRow(Statement& statement, const Record& record, std::int64_t version) const;
+
+    /// Over all fields in the row, in declared order: presence, length or number, bytes.
+    std::uint64_t checksum(const Record& record) const;
+
+private:
+    struct Column {
+        std::size_t field;
+        FieldKind kind;
+        int column;
+    };
+
+    const RecordType* m_type;
+    std::vector<Column> m_columns;
+    /// By field: its column in a row, or -1.
+    std::vector<int> m_columnOfField;
+    mutable std::vector<std::uint8_t> m_scratch;
+};
+
+} // namespace korvex::store

@@ -1,0 +1,122 @@
+#include "base/Digest.h"
+#include "store/ModelContainer.h"
+#include "store/StoreConnection.h"
+#include "store/StoreError.h"
+#include "store/TableSql.h"
+
+#include <set>
+
+namespace korvex::store {
+
+namespace {
+
+/// More of the same says nothing new.
+constexpr std::size_t kMaximumProblems = 100;
+
+class Check {
+public:
+    Check(StoreConnection& connection, const Schema& schema)
+        : m_connection(connection), m_schema(schema) {}
+
+    StoreCheckReport run() {
+        structure();
+        for (std::size_t index = 0; index < m_schema.types.size(); ++index) {
+            records(index);
+        }
+        return std::move(m_report);
+    }
+
+private:
+    void problem(std::string sentence) {
+        if (m_report.problems.size() < kMaximumProblems) {
+            m_report.problems.push_back(std::move(sentence));
+        }
+    }
+
+    void structure() {
+        Statement check(m_connection.handle(), "PRAGMA integrity_check(20)");
+        while (check.step()) {
+            if (check.text(0) != "ok") {
+                problem("Structure: " + std::string(check.text(0)));
+            }
+        }
+    }
+
+    void records(std::size_t index) {
+        const RecordType& type = *m_schema.types[index];
+        TypeStatements& statements = m_connection.statements(index);
+        try {
+            Statement rows(m_connection.handle(), tableSql::select(type));
+            const auto scratch = type.make();
+            auto& identifiers = m_identifiers.emplace_back();
+            while (rows.step()) {
+                statements.codec.readRow(rows, *scratch);
+                ++m_report.recordCount;
+                identifiers.insert(scratch->id());
+                const auto name = std::string(type.name) + " " + scratch->id().text();
+                if (statements.codec.checksum(*scratch) !=
+                    static_cast<std::uint64_t>(rows.integer(tableSql::kChecksumColumn))) {
+                    problem(name + " differs from its checksum.");
+                }
+                owner(type, *scratch, name);
+            }
+            externals(type);
+        } catch (const StoreError& error) {
+            problem(std::string(type.name) + ": " + error.errorDescription());
+        }
+    }
+
+    void owner(const RecordType& type, const Record& record, const std::string& name) {
+        if (!type.ownerField) {
+            return;
+        }
+        const Value reference = record.value(*type.ownerField);
+        if (isAbsent(reference)) {
+            problem(name + " belongs to nothing.");
+            return;
+        }
+        for (std::size_t i = 0; i < m_identifiers.size(); ++i) {
+            if (m_schema.types[i] == &type.ownerType() &&
+                !m_identifiers[i].contains(std::get<base::Uuid>(reference))) {
+                problem(name + " belongs to something that is not there.");
+            }
+        }
+    }
+
+    void externals(const RecordType& type) {
+        for (const Field& field : type.fields) {
+            if (field.kind != FieldKind::externalBytes) {
+                continue;
+            }
+            Statement rows(m_connection.handle(),
+                           "SELECT owner, checksum, bytes FROM " +
+                               tableSql::externalTable(type, field));
+            while (rows.step()) {
+                if (base::checksum(rows.bytes(2)) != static_cast<std::uint64_t>(rows.integer(1))) {
+                    problem(std::string(type.name) + " row " + std::to_string(rows.integer(0)) +
+                            ": " + std::string(field.name) + " differs from its checksum.");
+                }
+            }
+        }
+    }
+
+    StoreConnection& m_connection;
+    const Schema& m_schema;
+    StoreCheckReport m_report;
+    /// By type: what there is.
+    std::vector<std::set<base::Uuid>> m_identifiers;
+};
+
+} // namespace
+
+StoreCheckReport ModelContainer::check() const {
+    const StoreLock::Guard guard(m_connection->lock());
+    try {
+        const StoreConnection::ReadScope scope(*m_connection);
+        return Check(*m_connection, m_schema).run();
+    } catch (const StoreError& error) {
+        return {.recordCount = 0, .problems = {error.errorDescription()}};
+    }
+}
+
+} // namespace korvex::store

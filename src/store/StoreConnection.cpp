@@ -1,0 +1,315 @@
+#include "store/StoreConnection.h"
+
+#include "store/StoreError.h"
+#include "store/TableSql.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace korvex::store {
+
+namespace {
+
+/// A journal longer than this is moved into the store file after a commit.
+constexpr int kLongJournalPages = 1000;
+/// For writers that are not ours and do not know our lock.
+constexpr int kBusyTimeoutMilliseconds = 5000;
+
+/// A path as a URI for SQLite, every byte that is not plainly safe escaped.
+std::string fileUri(const std::filesystem::path& path, std::string_view query) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const char character : std::filesystem::absolute(path).string()) {
+        const auto byte = static_cast<unsigned char>(character);
+        const bool isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
+                            byte == '-' || byte == '_';
+        if (isSafe) {
+            uri += character;
+        } else {
+            uri += '%';
+            uri += kDigits[byte >> 4U];
+            uri += kDigits[byte & 15U];
+        }
+    }
+    return uri + std::string(query);
+}
+
+std::uint64_t inode(const std::filesystem::path& path) {
+    struct stat status {};
+    return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+}
+
+} // namespace
+
+TypeStatements::TypeStatements(sqlite3* database, const RecordType& recordType)
+    : type(recordType), codec(recordType),
+      selectByRowid(database, tableSql::select(type) + " WHERE rowid = ?"),
+      selectByIdentifier(database, tableSql::select(type) + " WHERE " +
+                                       tableSql::quoted(type.fields[0].name) + " = ?"),
+      countByIdentifier(database, "SELECT count(*) FROM " + tableSql::quoted(type.name) +
+                                      " WHERE " + tableSql::quoted(type.fields[0].name) + " = ?"),
+      insert(database, tableSql::insert(type)),
+      remove(database,
+             "DELETE FROM " + tableSql::quoted(type.name) + " WHERE rowid = ?") {
+    for (std::size_t i = 0; i < type.fields.size(); ++i) {
+        if (type.fields[i].kind == FieldKind::externalBytes) {
+            const auto table = tableSql::externalTable(type, type.fields[i]);
+            externals.push_back(
+                {i, Statement(database, "SELECT bytes FROM " + table + " WHERE owner = ?"),
+                 Statement(database, "INSERT OR REPLACE INTO " + table +
+                                         "(owner, checksum, bytes) VALUES(?, ?, ?)"),
+                 Statement(database, "DELETE FROM " + table + " WHERE owner = ?")});
+        }
+    }
+}
+
+Statement& TypeStatements::updateOf(sqlite3* database, const std::vector<std::size_t>& fields) {
+    const auto found = updates.find(fields);
+    if (found != updates.end()) {
+        return found->second;
+    }
+    return updates.emplace(fields, Statement(database, tableSql::update(type, fields)))
+        .first->second;
+}
+
+StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration& configuration,
+                                 base::LogSink& log)
+    : m_schema(schema), m_configuration(configuration), m_log(log, "Store"),
+      m_file(configuration.file), m_allowsSave(configuration.allowsSave) {
+    try {
+        openDatabase();
+        m_begin.emplace(handle(), "BEGIN IMMEDIATE");
+        m_beginRead.emplace(handle(), "BEGIN");
+        m_commit.emplace(handle(), "COMMIT");
+        m_rollback.emplace(handle(), "ROLLBACK");
+        m_dataVersion.emplace(handle(), "PRAGMA data_version");
+        m_changeLog = std::make_unique<ChangeLog>(handle());
+        for (const RecordType* type : m_schema.types) {
+            m_types.push_back(std::make_unique<TypeStatements>(handle(), *type));
+        }
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
+    StoreLock::Guard guard(lock());
+    revision();
+    noticeMissingChanges();
+}
+
+StoreConnection::~StoreConnection() {
+    // Statements before their database.
+    m_types.clear();
+    m_changeLog.reset();
+    m_dataVersion.reset();
+    m_begin.reset();
+    m_beginRead.reset();
+    m_commit.reset();
+    m_rollback.reset();
+}
+
+void StoreConnection::openDatabase() {
+    if (m_configuration.isInMemory()) {
+        m_database = std::make_unique<SQLite::Database>(
+            ":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+        for (const auto& sql : tableSql::createCommonStatements()) {
+            m_database->exec(sql);
+        }
+        for (const RecordType* type : m_schema.types) {
+            for (const auto& sql : tableSql::createStatements(*type)) {
+                m_database->exec(sql);
+            }
+        }
+        return;
+    }
+    bool exists = m_file.exists();
+    if (!exists && (!m_allowsSave ||
+                    m_configuration.whenMissing == ModelConfiguration::Missing::refuse)) {
+        throw StoreError(m_file.hasJournal() ? StoreErrorCase::incomplete
+                                             : StoreErrorCase::missing);
+    }
+    if (exists && m_allowsSave && !m_file.isWritable()) {
+        m_allowsSave = false;
+    }
+    if (!m_allowsSave) {
+        // Without a journal nothing is missing from the file itself, and it opens where not even the
+        // journal's companions can be made.
+        const std::string uri =
+            fileUri(m_file.path(), m_file.hasJournal() ? "?mode=ro" : "?mode=ro&immutable=1");
+        m_database = std::make_unique<SQLite::Database>(
+            uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        configure();
+        return;
+    }
+    std::error_code failure;
+    std::filesystem::create_directories(m_file.path().parent_path(), failure);
+    m_lock.emplace(m_file.lockFile(), m_configuration.lockTimeout);
+    StoreLock::Guard guard(&*m_lock);
+    m_file.removeStaging();
+    exists = m_file.exists();
+    if (!exists) {
+        const auto record = m_lock->record();
+        if (m_file.hasJournal() || (record && record->revision > 0)) {
+            throw StoreError(StoreErrorCase::incomplete);
+        }
+        m_file.create(m_schema);
+    }
+    m_database = std::make_unique<SQLite::Database>(m_file.path().string(),
+                                                    SQLite::OPEN_READWRITE);
+    configure();
+}
+
+void StoreConnection::configure() {
+    sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
+    // The last connection to close would checkpoint, and nothing may checkpoint outside our lock.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+    m_file.checkHeader(handle());
+    StoreFile::checkVersion(handle(), m_schema);
+    if (m_allowsSave) {
+        m_database->exec("PRAGMA journal_mode = WAL");
+        m_database->exec("PRAGMA synchronous = FULL");
+        m_database->exec("PRAGMA wal_autocheckpoint = 0");
+        sqlite3_wal_hook(
+            handle(),
+            [](void* connection, sqlite3*, const char*, int pages) {
+                static_cast<StoreConnection*>(connection)->m_journalPages = pages;
+                return SQLITE_OK;
+            },
+            this);
+    }
+    Statement identity(handle(), "SELECT storeID FROM StoreInfo");
+    while (identity.step()) {
+        m_storeID = identity.uuid(0);
+    }
+    m_journalInode = inode(m_file.journal());
+}
+
+void StoreConnection::noticeMissingChanges() {
+    if (!m_lock) {
+        return;
+    }
+    const auto record = m_lock->record();
+    if (record && record->storeID == m_storeID && record->revision > m_knownRevision) {
+        // What is left of the journal would be overwritten by the next save: keep it for whoever can
+        // read more out of it.
+        std::string kept;
+        if (m_file.hasJournal()) {
+            auto copy = m_file.path();
+            copy += ".journal-before-" + std::to_string(record->revision);
+            std::error_code failure;
+            std::filesystem::copy_file(m_file.journal(), copy,
+                                       std::filesystem::copy_options::skip_existing, failure);
+            if (!failure) {
+                kept = " What is left of the journal was kept as " + copy.filename().string() +
+                       ".";
+            }
+        }
+        m_notices.push_back("The newest " + std::to_string(record->revision - m_knownRevision) +
+                            " saved changes are missing: the store's journal was cut or removed "
+                            "outside Korvex." +
+                            kept);
+        m_log.error(m_notices.back());
+    }
+    if (!record || record->storeID != m_storeID || record->revision != m_knownRevision) {
+        m_lock->setRecord({.storeID = m_storeID, .revision = m_knownRevision});
+    }
+}
+
+void StoreConnection::checkFilesAreInPlace() const {
+    if (!m_lock) {
+        return;
+    }
+    int hasMoved = 0;
+    sqlite3_file_control(handle(), "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+    if (hasMoved) {
+        throw StoreError(StoreErrorCase::incomplete);
+    }
+    if (m_journalInode != 0 && inode(m_file.journal()) != m_journalInode) {
+        throw StoreError(StoreErrorCase::changesMissing);
+    }
+}
+
+std::int64_t StoreConnection::revision() {
+    std::int64_t dataVersion = 0;
+    while (m_dataVersion->step()) {
+        dataVersion = m_dataVersion->integer(0);
+    }
+    if (dataVersion != m_knownDataVersion) {
+        m_knownRevision = m_changeLog->newestRevision();
+        m_knownDataVersion = dataVersion;
+    }
+    return m_knownRevision;
+}
+
+StoreConnection::ReadScope::ReadScope(StoreConnection& connection)
+    : m_connection(connection), m_isOwn(sqlite3_get_autocommit(connection.handle()) != 0) {
+    if (m_isOwn) {
+        connection.m_beginRead->run();
+    }
+}
+
+StoreConnection::ReadScope::~ReadScope() {
+    if (m_isOwn) {
+        m_connection.rollback();
+    }
+}
+
+void StoreConnection::begin() { m_begin->run(); }
+
+void StoreConnection::commit(std::int64_t newRevision) {
+    m_commit->run();
+    m_knownRevision = newRevision;
+    if (m_lock) {
+        m_lock->setRecord({.storeID = m_storeID, .revision = newRevision});
+        if (m_journalInode == 0) {
+            m_journalInode = inode(m_file.journal());
+        }
+        checkpointLongJournal();
+    }
+}
+
+void StoreConnection::rollback() noexcept {
+    if (sqlite3_get_autocommit(handle()) == 0) {
+        try {
+            m_rollback->run();
+        } catch (const StoreError&) {
+            // SQLite has rolled back by itself, or will when the connection closes.
+            m_log.warning("A transaction could not be rolled back");
+        }
+    }
+}
+
+void StoreConnection::checkpointLongJournal() {
+    if (m_journalPages <= kLongJournalPages) {
+        return;
+    }
+    try {
+        checkpoint();
+    } catch (const StoreError& error) {
+        m_log.warning("The journal could not be moved into the store: " +
+                      error.errorDescription());
+    }
+}
+
+void StoreConnection::checkpoint() {
+    if (!m_lock) {
+        return;
+    }
+    StoreLock::Guard guard(lock());
+    checkFilesAreInPlace();
+    int inJournal = 0;
+    int moved = 0;
+    const int code = sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE,
+                                               &inJournal, &moved);
+    if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
+        throwSqliteError(handle(), code);
+    }
+    if (inJournal == moved) {
+        m_journalPages = 0;
+    }
+}
+
+} // namespace korvex::store

@@ -1,0 +1,122 @@
+#pragma once
+
+#include "base/Log.h"
+#include "store/ChangeLog.h"
+#include "store/ModelConfiguration.h"
+#include "store/RowCodec.h"
+#include "store/Schema.h"
+#include "store/Statement.h"
+#include "store/StoreFile.h"
+#include "store/StoreLock.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex::store {
+
+/// The prepared statements of one record type.
+struct TypeStatements {
+    TypeStatements(sqlite3* database, const RecordType& recordType);
+
+    const RecordType& type;
+    RowCodec codec;
+    Statement selectByRowid;
+    Statement selectByIdentifier;
+    Statement countByIdentifier;
+    Statement insert;
+    Statement remove;
+    /// By field: the side table of external bytes; empty for other fields.
+    struct External {
+        std::size_t field;
+        Statement select;
+        Statement replace;
+        Statement remove;
+    };
+    std::vector<External> externals;
+    /// By the set of changed fields in the row.
+    std::map<std::vector<std::size_t>, Statement> updates;
+
+    Statement& updateOf(sqlite3* database, const std::vector<std::size_t>& fields);
+};
+
+/// One SQLite connection on a store, shared by the contexts of its container. Main thread.
+class StoreConnection {
+public:
+    StoreConnection(const Schema& schema, const ModelConfiguration& configuration,
+                    base::LogSink& log);
+    ~StoreConnection();
+
+    bool allowsSave() const { return m_allowsSave; }
+    const std::vector<std::string>& notices() const { return m_notices; }
+    sqlite3* handle() const { return m_database->getHandle(); }
+    /// `index`: the type's place in the schema.
+    TypeStatements& statements(std::size_t index) { return *m_types[index]; }
+    ChangeLog& changeLog() { return *m_changeLog; }
+
+    /// The write lock of a store in a file; null in memory and where nothing may be written.
+    StoreLock* lock() { return m_lock ? &*m_lock : nullptr; }
+    /// Throws `changesMissing` or `incomplete` when the store's files are no longer those that this
+    /// connection has open: what it wrote would be lost.
+    void checkFilesAreInPlace() const;
+
+    /// The newest revision. Costs a microsecond while no other connection has written.
+    std::int64_t revision();
+
+    /// A read transaction, so that several reads see one state; no-op inside another transaction.
+    class ReadScope {
+    public:
+        explicit ReadScope(StoreConnection& connection);
+        ~ReadScope();
+        ReadScope(const ReadScope&) = delete;
+        ReadScope& operator=(const ReadScope&) = delete;
+
+    private:
+        StoreConnection& m_connection;
+        bool m_isOwn;
+    };
+
+    /// Takes the database's write lock at once. Throws StoreError.
+    void begin();
+    /// Durable when it returns. Then moves a long journal into the store file; a failure of that is
+    /// logged, since the commit stands.
+    void commit(std::int64_t newRevision);
+    void rollback() noexcept;
+
+    /// Under the write lock.
+    void checkpoint();
+
+private:
+    void openDatabase();
+    void configure();
+    void noticeMissingChanges();
+    void checkpointLongJournal();
+
+    const Schema& m_schema;
+    ModelConfiguration m_configuration;
+    base::Logger m_log;
+    StoreFile m_file;
+    bool m_allowsSave = true;
+    std::optional<StoreLock> m_lock;
+    std::unique_ptr<SQLite::Database> m_database;
+    base::Uuid m_storeID;
+    std::vector<std::string> m_notices;
+    std::optional<Statement> m_dataVersion;
+    std::optional<Statement> m_begin;
+    std::optional<Statement> m_beginRead;
+    std::optional<Statement> m_commit;
+    std::optional<Statement> m_rollback;
+    std::unique_ptr<ChangeLog> m_changeLog;
+    std::vector<std::unique_ptr<TypeStatements>> m_types;
+    std::int64_t m_knownDataVersion = -1;
+    std::int64_t m_knownRevision = 0;
+    std::uint64_t m_journalInode = 0;
+    int m_journalPages = 0;
+};
+
+} // namespace korvex::store

@@ -1,0 +1,118 @@
+#include "store/StoreLock.h"
+
+#include "store/StoreError.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cassert>
+#include <cerrno>
+#include <cstring>
+#include <thread>
+
+namespace korvex::store {
+
+namespace {
+
+constexpr std::array<char, 8> kMagic{'K', 'V', 'X', 'L', 'O', 'C', 'K', '1'};
+
+/// The file's bytes: the magic, the store's identifier, the revision in host order. One machine
+/// writes and reads it.
+struct FileForm {
+    std::array<char, 8> magic = kMagic;
+    std::array<std::uint8_t, 16> storeID{};
+    std::int64_t revision = 0;
+};
+static_assert(sizeof(FileForm) == 32);
+
+constexpr std::chrono::microseconds kShortestWait{20};
+constexpr std::chrono::microseconds kLongestWait{2000};
+
+} // namespace
+
+StoreLock::StoreLock(std::filesystem::path file, std::chrono::milliseconds timeout)
+    : m_file(std::move(file)), m_timeout(timeout) {}
+
+StoreLock::~StoreLock() {
+    assert(m_depth == 0);
+    if (m_descriptor >= 0) {
+        ::close(m_descriptor);
+    }
+}
+
+void StoreLock::openFile() {
+    m_descriptor = ::open(m_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    if (m_descriptor < 0) {
+        const auto which = errno == EACCES || errno == EROFS || errno == EPERM
+                               ? StoreErrorCase::readOnly
+                           : errno == ENOSPC || errno == EDQUOT ? StoreErrorCase::full
+                           : errno == ENOENT                    ? StoreErrorCase::incomplete
+                                                                : StoreErrorCase::inputOutput;
+        throw StoreError(which, std::string(std::strerror(errno)));
+    }
+}
+
+bool StoreLock::tryLock() {
+    if (m_descriptor < 0) {
+        openFile();
+    }
+    if (::flock(m_descriptor, LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK && errno != EINTR) {
+            throw StoreError(StoreErrorCase::inputOutput, std::strerror(errno));
+        }
+        return false;
+    }
+    // A lock on a file that someone removed excludes nobody: take the one that stands there now.
+    struct stat status {};
+    if (::fstat(m_descriptor, &status) == 0 && status.st_nlink == 0) {
+        ::close(m_descriptor);
+        m_descriptor = -1;
+        return false;
+    }
+    return true;
+}
+
+void StoreLock::acquire() {
+    if (m_depth == 0) {
+        const auto deadline = std::chrono::steady_clock::now() + m_timeout;
+        auto wait = kShortestWait;
+        while (!tryLock()) {
+            if (std::chrono::steady_clock::now() >= deadline) {
+                throw StoreError(StoreErrorCase::busy);
+            }
+            std::this_thread::sleep_for(wait);
+            wait = std::min(wait * 2, kLongestWait);
+        }
+    }
+    ++m_depth;
+}
+
+void StoreLock::release() noexcept {
+    assert(m_depth > 0);
+    if (--m_depth == 0) {
+        ::flock(m_descriptor, LOCK_UN);
+    }
+}
+
+std::optional<StoreLock::Record> StoreLock::record() const {
+    assert(isHeld());
+    FileForm form;
+    if (::pread(m_descriptor, &form, sizeof form, 0) != static_cast<ssize_t>(sizeof form) ||
+        form.magic != kMagic) {
+        return std::nullopt;
+    }
+    return Record{.storeID = {form.storeID}, .revision = form.revision};
+}
+
+void StoreLock::setRecord(const Record& record) noexcept {
+    assert(isHeld());
+    const FileForm form{.storeID = record.storeID.bytes, .revision = record.revision};
+    // The result only matters for a notice that may never be needed.
+    [[maybe_unused]] const auto written = ::pwrite(m_descriptor, &form, sizeof form, 0);
+}
+
+} // namespace korvex::store

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+
+namespace korvex::store {
+
+/// The write lock that all programs on one store share: an exclusive `flock` on a file beside the
+/// store. Every commit and every checkpoint runs under it, since SQLite before 3.51.3 can corrupt a
+/// WAL store when connections write and checkpoint at the same moment. The file also records the
+/// revision that was last committed, so that a journal that was cut or removed is noticed, and so
+/// that a watcher of the file learns of every commit. The file is never removed or replaced.
+class StoreLock {
+public:
+    StoreLock(std::filesystem::path file, std::chrono::milliseconds timeout);
+    ~StoreLock();
+    StoreLock(const StoreLock&) = delete;
+    StoreLock& operator=(const StoreLock&) = delete;
+
+    /// Nests. Throws StoreError: `busy` after the timeout, `readOnly` or `unreadable` when the file
+    /// cannot be opened.
+    void acquire();
+    void release() noexcept;
+    bool isHeld() const { return m_depth > 0; }
+
+    struct Record {
+        base::Uuid storeID;
+        std::int64_t revision = 0;
+    };
+    /// What the last commit left; absent in a new or foreign file. The lock must be held.
+    std::optional<Record> record() const;
+    /// Not synced: after a power loss it may be older than the store, never newer. A failure only
+    /// costs the notice, so it is not reported.
+    void setRecord(const Record& record) noexcept;
+
+    /// Holds the lock for a scope.
+    class Guard {
+    public:
+        explicit Guard(StoreLock* lock) : m_lock(lock) {
+            if (m_lock) {
+                m_lock->acquire();
+            }
+        }
+        ~Guard() {
+            if (m_lock) {
+                m_lock->release();
+            }
+        }
+        Guard(const Guard&) = delete;
+        Guard& operator=(const Guard&) = delete;
+
+    private:
+        StoreLock* m_lock;
+    };
+
+private:
+    void openFile();
+    bool tryLock();
+
+    std::filesystem::path m_file;
+    std::chrono::milliseconds m_timeout;
+    int m_descriptor = -1;
+    int m_depth = 0;
+};
+
+} // namespace korvex::store

@@ -1,0 +1,119 @@
+#include "store/TableSql.h"
+
+#include <cassert>
+
+namespace korvex::store::tableSql {
+
+namespace {
+
+std::string_view columnType(FieldKind kind) {
+    switch (kind) {
+    case FieldKind::uuid:
+        return "BLOB NOT NULL";
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+    case FieldKind::optionalBytes:
+        return "BLOB";
+    case FieldKind::text:
+        return "TEXT NOT NULL";
+    case FieldKind::optionalText:
+        return "TEXT";
+    case FieldKind::integer:
+    case FieldKind::boolean:
+        return "INTEGER NOT NULL";
+    case FieldKind::optionalInteger:
+        return "INTEGER";
+    case FieldKind::date:
+        return "REAL NOT NULL";
+    case FieldKind::optionalDate:
+        return "REAL";
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+    return {};
+}
+
+} // namespace
+
+std::string quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
+
+std::string externalTable(const RecordType& type, const Field& field) {
+    return quoted(std::string(type.name) + "." + std::string(field.name));
+}
+
+std::vector<std::size_t> rowFields(const RecordType& type) {
+    std::vector<std::size_t> indexes;
+    for (std::size_t i = 0; i < type.fields.size(); ++i) {
+        if (type.fields[i].kind != FieldKind::externalBytes) {
+            indexes.push_back(i);
+        }
+    }
+    return indexes;
+}
+
+std::vector<std::string> createStatements(const RecordType& type) {
+    std::string table = "CREATE TABLE " + quoted(type.name) +
+                        "(rowid INTEGER PRIMARY KEY, version INTEGER NOT NULL, "
+                        "checksum INTEGER NOT NULL";
+    std::vector<std::string> others;
+    for (std::size_t i = 0; i < type.fields.size(); ++i) {
+        const Field& field = type.fields[i];
+        if (field.kind == FieldKind::externalBytes) {
+            others.push_back("CREATE TABLE " + externalTable(type, field) +
+                             "(owner INTEGER PRIMARY KEY, checksum INTEGER NOT NULL, "
+                             "bytes BLOB NOT NULL)");
+            continue;
+        }
+        table += ", " + quoted(field.name) + " " + std::string(columnType(field.kind));
+        if (i == 0) {
+            table += " UNIQUE";
+        }
+        if (field.index != Field::Index::none) {
+            std::string index = "CREATE INDEX " +
+                                quoted(std::string(type.name) + "_" + std::string(field.name)) +
+                                " ON " + quoted(type.name) + "(" + quoted(field.name) + ")";
+            if (field.index == Field::Index::present) {
+                index += " WHERE " + quoted(field.name) + " IS NOT NULL";
+            }
+            others.push_back(std::move(index));
+        }
+    }
+    others.insert(others.begin(), table + ")");
+    return others;
+}
+
+std::vector<std::string> createCommonStatements() {
+    return {
+        "CREATE TABLE StoreInfo(storeID BLOB NOT NULL)",
+        "CREATE TABLE ChangeLog(revision INTEGER PRIMARY KEY, changes BLOB)",
+    };
+}
+
+std::string select(const RecordType& type) {
+    std::string sql = "SELECT rowid, version, checksum";
+    for (const std::size_t field : rowFields(type)) {
+        sql += ", " + quoted(type.fields[field].name);
+    }
+    return sql + " FROM " + quoted(type.name);
+}
+
+std::string insert(const RecordType& type) {
+    std::string columns = "version, checksum";
+    std::string places = "?, ?";
+    for (const std::size_t field : rowFields(type)) {
+        columns += ", " + quoted(type.fields[field].name);
+        places += ", ?";
+    }
+    return "INSERT INTO " + quoted(type.name) + "(" + columns + ") VALUES(" + places + ")";
+}
+
+std::string update(const RecordType& type, const std::vector<std::size_t>& fields) {
+    std::string sql = "UPDATE " + quoted(type.name) + " SET version = ?, checksum = ?";
+    for (const std::size_t field : fields) {
+        sql += ", " + quoted(type.fields[field].name) + " = ?";
+    }
+    return sql + " WHERE rowid = ? AND version = ?";
+}
+
+} // namespace korvex::store::tableSql

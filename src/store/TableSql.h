@@ -1,0 +1,35 @@
+#pragma once
+
+#include "store/RecordType.h"
+
+#include <string>
+#include <vector>
+
+namespace korvex::store::tableSql {
+
+/// The bookkeeping columns before a record's own fields in every row the store reads.
+inline constexpr int kRowidColumn = 0;
+inline constexpr int kVersionColumn = 1;
+inline constexpr int kChecksumColumn = 2;
+inline constexpr int kFirstFieldColumn = 3;
+
+/// Quoted for SQL.
+std::string quoted(std::string_view name);
+/// The side table of a field of external bytes.
+std::string externalTable(const RecordType& type, const Field& field);
+
+/// The fields that stand in the record's own row, by index.
+std::vector<std::size_t> rowFields(const RecordType& type);
+
+/// Tables and indexes of one record type.
+std::vector<std::string> createStatements(const RecordType& type);
+/// Tables that every store has: its identity and the log of changes.
+std::vector<std::string> createCommonStatements();
+
+/// "SELECT rowid, version, checksum, fields… FROM type"; a condition can be appended.
+std::string select(const RecordType& type);
+std::string insert(const RecordType& type);
+/// Sets the given fields, the version and the checksum of the row with a rowid and a version.
+std::string update(const RecordType& type, const std::vector<std::size_t>& fields);
+
+} // namespace korvex::store::tableSql

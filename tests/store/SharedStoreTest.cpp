@@ -1,0 +1,178 @@
+#include "StoreFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <chrono>
+
+namespace korvex::test {
+
+using model::Board;
+using model::Entry;
+using store::ChangeSet;
+using store::ModelContext;
+
+/// Two connections on one file, as two programs have them.
+class SharedStoreTest : public StoreFixture {
+protected:
+    void SetUp() override {
+        mine = open();
+        theirs = open();
+        context.emplace(*mine);
+        other.emplace(*theirs);
+        board = &addBoard(*context, "Home");
+        context->save();
+        other->refresh();
+        sameBoard = other->find<Board>(board->id());
+        ASSERT_TRUE(sameBoard);
+    }
+    void TearDown() override {
+        context.reset();
+        other.reset();
+    }
+
+    std::unique_ptr<store::ModelContainer> mine;
+    std::unique_ptr<store::ModelContainer> theirs;
+    std::optional<ModelContext> context;
+    std::optional<ModelContext> other;
+    Board* board = nullptr;
+    Board* sameBoard = nullptr;
+};
+
+TEST_F(SharedStoreTest, RefreshBringsInsertionsChangesMovesAndDeletions) {
+    Entry& kept = addTodo(*context, *board, "kept");
+    Entry& removed = addTodo(*context, *board, "removed");
+    context->save();
+    other->refresh();
+    ASSERT_EQ(sameBoard->entries().size(), 2U);
+    Entry* sameKept = other->find<Entry>(kept.id());
+    Entry* sameRemoved = other->find<Entry>(removed.id());
+
+    ChangeSet seen;
+    const auto observing =
+        other->didChange().connect([&](const ChangeSet& changes) { seen = changes; });
+    Board& work = addBoard(*context, "Work");
+    Entry& added = addTodo(*context, *board, "added");
+    kept.setContent("kept on");
+    kept.setBoard(&work);
+    kept.setAttachmentData(base::Bytes{4});
+    context->remove(removed);
+    context->save();
+    other->refresh();
+
+    EXPECT_EQ(seen.origin, ChangeSet::Origin::elsewhere);
+    EXPECT_THAT(seen.inserted, testing::UnorderedElementsAre(work.id(), added.id()));
+    EXPECT_THAT(seen.updated, testing::ElementsAre(kept.id()));
+    EXPECT_THAT(seen.deleted, testing::ElementsAre(removed.id()));
+    EXPECT_EQ(sameKept->content(), "kept on");
+    EXPECT_EQ(sameKept->board()->name(), "Work");
+    EXPECT_EQ(sameKept->attachmentData(), base::Bytes{4});
+    EXPECT_FALSE(sameRemoved->isLive());
+    ASSERT_EQ(sameBoard->entries().size(), 1U);
+    EXPECT_EQ(sameBoard->entries()[0]->content(), "added");
+}
+
+TEST_F(SharedStoreTest, WhoeverIsFarBehindStillSeesEverything) {
+    Entry& changed = addTodo(*context, *board, "changed");
+    Entry& removed = addTodo(*context, *board, "removed");
+    context->save();
+    other->refresh();
+    ASSERT_EQ(sameBoard->entries().size(), 2U);
+    // More saves than the log keeps, then one too large for it.
+    for (int i = 0; i < 800; ++i) {
+        changed.setSortOrder(i + 1);
+        context->save();
+    }
+    context->remove(removed);
+    for (int i = 0; i < 20'000; ++i) {
+        addTodo(*context, *board, "one of many", i);
+    }
+    context->save();
+    other->refresh();
+    EXPECT_EQ(sameBoard->entries().size(), 20'001U);
+    EXPECT_EQ(other->find<Entry>(changed.id())->sortOrder(), 800);
+    EXPECT_EQ(other->find<Entry>(removed.id()), nullptr);
+}
+
+TEST_F(SharedStoreTest, ANewRowUnderADeletedRowsNumberIsAnotherRecord) {
+    Entry& last = addTodo(*context, *board, "last");
+    context->save();
+    other->refresh();
+    Entry* sameLast = other->find<Entry>(last.id());
+    context->remove(last);
+    context->save();
+    Entry& next = addTodo(*context, *board, "next");
+    context->save();
+    other->refresh();
+    EXPECT_FALSE(sameLast->isLive());
+    ASSERT_TRUE(other->find<Entry>(next.id()));
+    EXPECT_EQ(other->find<Entry>(next.id())->content(), "next");
+}
+
+TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {
+    Entry& entry = addTodo(*context, *board, "base");
+    context->save();
+    other->refresh();
+    Entry* same = other->find<Entry>(entry.id());
+    entry.setContent("theirs");
+    entry.setSortOrder(5);
+    context->save();
+    same->setContent("mine");
+    same->setIsCompleted(true);
+    other->save();
+    context->refresh();
+    for (const Entry* each : {static_cast<const Entry*>(&entry), static_cast<const Entry*>(same)}) {
+        EXPECT_EQ(each->content(), "mine");
+        EXPECT_EQ(each->sortOrder(), 5);
+        EXPECT_TRUE(each->isCompleted());
+    }
+}
+
+TEST_F(SharedStoreTest, ARecordDeletedUnderneathIsReportedAndNeverComesBack) {
+    Entry& entry = addTodo(*context, *board, "doomed");
+    context->save();
+    other->refresh();
+    Entry* same = other->find<Entry>(entry.id());
+    same->setContent("typed meanwhile");
+    context->remove(entry);
+    context->save();
+    try {
+        other->save();
+        FAIL() << "saved over a deletion";
+    } catch (const store::StoreError& error) {
+        EXPECT_EQ(error.which(), store::StoreErrorCase::conflict);
+    }
+    EXPECT_TRUE(other->hasChanges());
+    EXPECT_EQ(same->content(), "typed meanwhile");
+    other->rollback();
+    EXPECT_FALSE(same->isLive());
+    EXPECT_EQ(other->count<Entry>(), 0U);
+    // Deleted on both sides is no conflict.
+    Entry& another = addTodo(*context, *board, "another");
+    context->save();
+    other->refresh();
+    other->remove(*other->find<Entry>(another.id()));
+    context->remove(another);
+    context->save();
+    EXPECT_NO_THROW(other->save());
+}
+
+TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
+    store::ModelConfiguration impatient{.file = storeFile(),
+                                        .lockTimeout = std::chrono::milliseconds(30)};
+    const auto third = open(impatient);
+    ModelContext waiting(*third);
+    addBoard(waiting, "Waiting");
+    {
+        const store::LockedStep step(*context);
+        try {
+            waiting.save();
+            FAIL() << "saved without the lock";
+        } catch (const store::StoreError& error) {
+            EXPECT_EQ(error.which(), store::StoreErrorCase::busy);
+        }
+        EXPECT_TRUE(waiting.hasChanges());
+    }
+    EXPECT_NO_THROW(waiting.save());
+}
+
+} // namespace korvex::test
