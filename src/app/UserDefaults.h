@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/Bytes.h"
+
+namespace korvex::app {
+
+/// The user's settings, by key. Main thread. Writes are kept at once; a setting that cannot be
+/// written is lost, never an error.
+class UserDefaults {
+public:
+    virtual ~UserDefaults() = default;
+
+    /// Absent when the key is missing or holds another type.
+    virtual std::optional<std::string> string(std::string_view key) const = 0;
+    virtual std::optional<std::int64_t> integer(std::string_view key) const = 0;
+    virtual std::optional<bool> boolean(std::string_view key) const = 0;
+    virtual std::optional<base::Bytes> bytes(std::string_view key) const = 0;
+
+    virtual void setString(std::string_view key, std::string_view value) = 0;
+    virtual void setInteger(std::string_view key, std::int64_t value) = 0;
+    virtual void setBoolean(std::string_view key, bool value) = 0;
+    virtual void setBytes(std::string_view key, const base::Bytes& value) = 0;
+    virtual void remove(std::string_view key) = 0;
+};
+
+} // namespace korvex::app

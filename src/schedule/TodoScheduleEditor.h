@@ -1,0 +1,82 @@
+#pragma once
+
+#include "base/DateFormats.h"
+#include "model/TodoSchedule.h"
+#include "schedule/TodoReminderPreset.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace korvex::schedule {
+
+/// What a person edits in the schedule popover, and its checks; no widgets. The view sets the
+/// fields, calls `updatePresetReminder` after each change of the due fields or the preset, and
+/// `save` at the end. Main thread.
+class TodoScheduleEditor {
+public:
+    static constexpr int kDefaultReminderMinutes = 540;
+
+    struct Settings {
+        bool completed = false;
+        /// Minutes after midnight, 0 to 1439.
+        int defaultReminderMinutes = kDefaultReminderMinutes;
+    };
+    /// Stores the schedule; throws base::Error when that is refused.
+    using OnSave = std::function<void(const model::TodoSchedule&)>;
+
+    /// `formats` gives the zone and must outlive the editor. What the original does not have starts
+    /// at the next full hour of `now`'s day.
+    TodoScheduleEditor(model::TodoSchedule original, Settings settings, base::Instant now,
+                       const base::DateFormats& formats, OnSave onSave,
+                       std::function<void()> onClose);
+
+    bool hasDue = false;
+    bool hasTime = false;
+    bool hasWindow = false;
+    /// Only its wall-clock time counts: the window lies on the date of `due`.
+    base::Instant start;
+    base::Instant due;
+    bool hasReminder = false;
+    base::Instant reminder;
+    /// Absent: a moment of the user's own.
+    std::optional<TodoReminderPreset> reminderPreset;
+
+    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
+    bool isSaving() const { return m_saving; }
+    bool isCompleted() const { return m_settings.completed; }
+    const model::TodoSchedule& original() const { return m_original; }
+
+    /// Moves the reminder to its preset, if one is chosen and there is something due.
+    void updatePresetReminder();
+    /// What the presets count back from, when that needs a word; absent otherwise.
+    std::optional<std::string> anchorExplanation() const;
+
+    /// The start and the end of the window on the due date; absent where the clock has no such
+    /// time.
+    std::optional<base::Instant> windowStart() const;
+    std::optional<base::Instant> windowEnd() const;
+
+    /// The first check that fails at `now`, in the user's words; absent when all pass.
+    std::optional<std::string> check(base::Instant now) const;
+    /// The schedule that the fields describe; absent when a day cannot be formed.
+    std::optional<model::TodoSchedule> schedule() const;
+
+    /// Checks, builds, hands over and closes; a refusal becomes `errorMessage` and keeps the editor
+    /// open. True when it was saved. `onClose` may destroy the editor.
+    bool save(base::Instant now);
+    void close() const { m_onClose(); }
+
+private:
+    std::optional<base::Instant> anchor() const;
+
+    model::TodoSchedule m_original;
+    Settings m_settings;
+    const base::DateFormats& m_formats;
+    OnSave m_onSave;
+    std::function<void()> m_onClose;
+    std::optional<std::string> m_errorMessage;
+    bool m_saving = false;
+};
+
+} // namespace korvex::schedule

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "base/Collation.h"
+#include "base/Log.h"
+#include "model/Board.h"
+#include "model/EntryType.h"
+#include "services/Collaborators.h"
+#include "services/ServiceErrors.h"
+#include "store/ModelContext.h"
+
+#include <optional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace korvex::services {
+
+/// The one writer of boards. A value over its context and collaborators, which must outlive it.
+/// Every operation is one locked step that checks everything first, saves once, and on failure
+/// leaves records and store as they were. Throws BoardServiceError, EntryServiceError
+/// (`entryUnavailable`, `readOnlyStore`) or StoreError. Main thread.
+class BoardService {
+public:
+    BoardService(store::ModelContext& context, ReminderReconciling& reminders, base::LogSink& log);
+
+    enum class SaveChanges { no, yes };
+    /// Makes sure that there is one Inbox; turns a legacy Today board into it.
+    void initializeDefaultBoards(base::Instant now, SaveChanges saveChanges = SaveChanges::yes);
+
+    model::Board* inboxBoard() const;
+    /// Every visible board, archived ones too, in sidebar order.
+    std::vector<model::Board*> boards() const;
+    /// Without duplicates of a system board and without boards merged into others, in order.
+    static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> boards);
+    /// The visible boards that are not archived.
+    static std::vector<model::Board*> activeBoards(std::vector<model::Board*> boards);
+    static bool ordered(const model::Board& left, const model::Board& right);
+    model::Board* board(const base::Uuid& id) const;
+
+    model::Board& createBoard(std::string_view name, base::Instant now);
+    void renameBoard(model::Board& board, std::string_view name, base::Instant now);
+    void setArchived(bool archived, model::Board& board, base::Instant now);
+    /// Deletes the board with all its entries; there is no undo.
+    void deleteBoard(model::Board& board);
+    /// A raw value of `BoardIcon`, or none for the default.
+    void setIcon(std::optional<std::string_view> icon, model::Board& board, base::Instant now);
+    void setIconColor(std::optional<std::string_view> color, model::Board& board,
+                      base::Instant now);
+
+    /// `boards` must be all that `boards()` returns, in the new order.
+    void reorderBoards(std::span<model::Board* const> boards, base::Instant now);
+    /// Among the active boards; archived boards keep their places between them.
+    void moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
+                   model::EntryPlacement placement, base::Instant now);
+    enum class Direction { ascending, descending };
+    /// All boards by name in the user's locale; the Inbox stays first.
+    void sortBoardsByName(Direction direction, const base::NameOrder& order, base::Instant now);
+
+private:
+    void validateWritableStore() const;
+    void validateOwnership(const model::Board& board) const;
+    void save();
+
+    store::ModelContext* m_modelContext;
+    ReminderReconciling* m_reminders;
+    base::Logger m_log;
+};
+
+} // namespace korvex::services

@@ -1,0 +1,109 @@
+#include "services/EntryService.h"
+
+#include <algorithm>
+
+namespace korvex::services {
+
+using model::Entry;
+
+namespace {
+
+bool isOrdered(const Entry* left, const Entry* right) {
+    return EntryService::ordered(*left, *right);
+}
+
+void sortInOrder(std::vector<Entry*>& entries) {
+    // They mostly come in order already: looking costs less than sorting.
+    if (!std::is_sorted(entries.begin(), entries.end(), isOrdered)) {
+        std::sort(entries.begin(), entries.end(), isOrdered);
+    }
+}
+
+bool isActive(const Entry& entry) { return !entry.isTodo() || !entry.isCompleted(); }
+
+template <typename Predicate>
+std::vector<Entry*> entriesOf(const model::Board& board, Predicate&& predicate) {
+    auto entries = board.entries();
+    std::erase_if(entries, [&](const Entry* entry) { return !predicate(*entry); });
+    sortInOrder(entries);
+    return entries;
+}
+
+std::size_t indexOf(const base::Uuid& id, std::span<Entry* const> active) {
+    const auto found = std::find_if(active.begin(), active.end(),
+                                    [&](const Entry* entry) { return entry->id() == id; });
+    if (found == active.end()) {
+        throw EntryServiceError(EntryServiceErrorCase::invalidReorder);
+    }
+    return static_cast<std::size_t>(found - active.begin());
+}
+
+} // namespace
+
+bool EntryService::ordered(const Entry& left, const Entry& right) {
+    if (left.sortOrder() != right.sortOrder()) {
+        return left.sortOrder() < right.sortOrder();
+    }
+    if (left.createdAt() != right.createdAt()) {
+        return left.createdAt() < right.createdAt();
+    }
+    return left.id() < right.id();
+}
+
+std::vector<Entry*> EntryService::activeEntries(std::span<Entry* const> entries,
+                                                const base::Uuid& boardID) {
+    std::vector<Entry*> active;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(active),
+                 [&](const Entry* entry) {
+                     return isActive(*entry) && entry->boardID() == boardID;
+                 });
+    sortInOrder(active);
+    return active;
+}
+
+std::vector<Entry*> EntryService::activeEntries(const model::Board& board) {
+    return entriesOf(board, isActive);
+}
+
+std::vector<Entry*> EntryService::activeTodos(const model::Board& board) {
+    return entriesOf(board,
+                     [](const Entry& entry) { return entry.isTodo() && !entry.isCompleted(); });
+}
+
+std::vector<Entry*> EntryService::completedTodos(const model::Board& board) {
+    auto completed = entriesOf(board, [](const Entry& entry) { return !isActive(entry); });
+    std::stable_sort(completed.begin(), completed.end(), [](const Entry* left, const Entry* right) {
+        // A completed todo without its moment comes from elsewhere; it goes last.
+        return left->completedAt().value_or(base::Instant::distantPast()) >
+               right->completedAt().value_or(base::Instant::distantPast());
+    });
+    return completed;
+}
+
+std::size_t EntryService::insertionIndex(const std::optional<base::Uuid>& after,
+                                         const std::optional<base::Uuid>& before,
+                                         std::span<Entry* const> active) {
+    if (before) {
+        return indexOf(*before, active);
+    }
+    if (after) {
+        return indexOf(*after, active) + 1;
+    }
+    return active.size();
+}
+
+void EntryService::assignSortOrder(std::span<Entry* const> entries, const model::Board& board,
+                                   const std::unordered_set<base::Uuid>& excluding) {
+    const auto completed = entriesOf(board, [&](const Entry& entry) {
+        return !isActive(entry) && !excluding.contains(entry.id());
+    });
+    std::int64_t position = 0;
+    for (const auto& list : {entries, std::span<Entry* const>(completed)}) {
+        for (Entry* entry : list) {
+            entry->setSortOrder(position);
+            ++position;
+        }
+    }
+}
+
+} // namespace korvex::services

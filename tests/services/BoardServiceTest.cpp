@@ -1,0 +1,190 @@
+#include "ServiceFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace korvex::test {
+
+using model::Board;
+using model::BoardFields;
+using model::EntryPlacement;
+using services::BoardService;
+using services::BoardServiceErrorCase;
+using services::EntryServiceErrorCase;
+using testing::ElementsAre;
+
+class BoardServiceTest : public ServiceFixture {
+protected:
+    Board& put(BoardFields fields) {
+        fields.id = base::Uuid::random();
+        Board& added = context->insert(std::make_unique<Board>(std::move(fields)));
+        context->save();
+        return added;
+    }
+    static std::vector<std::string> names(const std::vector<Board*>& list) {
+        std::vector<std::string> result;
+        for (const Board* each : list) {
+            result.push_back(each->name());
+        }
+        return result;
+    }
+};
+
+TEST_F(BoardServiceTest, TheInboxIsMadeOnceAndALegacyTodayBecomesIt) {
+    boards->initializeDefaultBoards(kNow);
+    Board* inbox = boards->inboxBoard();
+    ASSERT_TRUE(inbox);
+    EXPECT_EQ(inbox->name(), "Inbox");
+    EXPECT_EQ(inbox->systemIdentifier(), "inbox");
+    EXPECT_TRUE(inbox->isSystem());
+    EXPECT_TRUE(log.contains("Initialized default boards"));
+    const auto revision = container->revision();
+    boards->initializeDefaultBoards(kNow);
+    EXPECT_EQ(container->revision(), revision);
+}
+
+TEST_F(BoardServiceTest, LegacySystemBoardsAreRepaired) {
+    const struct {
+        const char* name;
+        bool isSystem;
+        std::optional<std::string> identifier;
+        bool becomesInbox;
+    } cases[] = {
+        {"Today", true, std::nullopt, true}, {"Inbox", true, std::nullopt, true},
+        {"Heute", false, "today", true},     {"today", true, std::nullopt, false},
+        {"Today", false, std::nullopt, false},
+    };
+    for (const auto& legacyCase : cases) {
+        Board& legacy = put({.name = legacyCase.name,
+                             .isSystem = legacyCase.isSystem,
+                             .systemIdentifier = legacyCase.identifier});
+        const auto todos =
+            entries->createTodos({.contents = {"kept"}, .board = legacy, .now = kNow});
+        boards->initializeDefaultBoards(kNow);
+        EXPECT_EQ(boards->inboxBoard() == &legacy, legacyCase.becomesInbox) << legacyCase.name;
+        if (legacyCase.becomesInbox) {
+            EXPECT_EQ(legacy.name(), "Inbox");
+            EXPECT_TRUE(legacy.isSystem());
+            EXPECT_EQ(legacy.entries().size(), 1U);
+        }
+        EXPECT_EQ(context->count<Board>(store::FieldReference{Board::systemIdentifierField} ==
+                                        store::Value(std::string("inbox"))),
+                  1U);
+        for (Board* each : context->fetch<Board>()) {
+            context->remove(*each);
+        }
+        context->save();
+    }
+}
+
+TEST_F(BoardServiceTest, DuplicatesOfTheInboxAndMergedBoardsAreNotVisible) {
+    put({.name = "Second", .sortOrder = 2, .isSystem = true, .systemIdentifier = "inbox"});
+    put({.name = "First", .sortOrder = 1, .isSystem = true, .systemIdentifier = "today"});
+    put({.name = "Merged", .sortOrder = 3, .isArchived = true, .mergedIntoBoardID = board->id()});
+    Board& archived = put({.name = "Old", .sortOrder = 4, .isArchived = true});
+    EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "First", "Old"));
+    EXPECT_THAT(names(BoardService::activeBoards(context->fetch<Board>())),
+                ElementsAre("Home", "First"));
+    EXPECT_EQ(boards->inboxBoard()->name(), "First");
+    EXPECT_EQ(boards->board(archived.id()), &archived);
+}
+
+TEST_F(BoardServiceTest, NamesAreTrimmedAndNewBoardsGoLast) {
+    board->setSortOrder(5);
+    context->save();
+    Board& created = boards->createBoard("\t Work\n", kNow);
+    EXPECT_EQ(created.name(), "Work");
+    EXPECT_EQ(created.sortOrder(), 6);
+    EXPECT_EQ(boardRefusal([&] { boards->createBoard("  ", kNow); }),
+              BoardServiceErrorCase::emptyName);
+    EXPECT_EQ(boardRefusal([&] { boards->renameBoard(created, " \n", kNow); }),
+              BoardServiceErrorCase::emptyName);
+    EXPECT_EQ(created.name(), "Work");
+}
+
+TEST_F(BoardServiceTest, TheInboxMayBeRenamedButNotArchivedOrDeleted) {
+    Board& inbox = put({.name = "Inbox", .isSystem = true});
+    boards->renameBoard(inbox, "Eingang", kNow);
+    EXPECT_EQ(boards->inboxBoard(), &inbox);
+    EXPECT_EQ(boardRefusal([&] { boards->setArchived(true, inbox, kNow); }),
+              BoardServiceErrorCase::protectedBoard);
+    EXPECT_EQ(boardRefusal([&] { boards->deleteBoard(inbox); }),
+              BoardServiceErrorCase::protectedBoard);
+    EXPECT_TRUE(inbox.isLive());
+}
+
+TEST_F(BoardServiceTest, IconsAndColoursAreRawValuesOrNone) {
+    EXPECT_EQ(boardRefusal([&] { boards->setIcon("folder", *board, kNow); }),
+              BoardServiceErrorCase::invalidIcon);
+    EXPECT_EQ(boardRefusal([&] { boards->setIconColor("Blue", *board, kNow); }),
+              BoardServiceErrorCase::invalidIconColor);
+    boards->setIcon("folder.fill", *board, {2000});
+    boards->setIconColor("lavender", *board, {2000});
+    EXPECT_EQ(board->iconSystemName(), "folder.fill");
+    EXPECT_EQ(board->iconColor(), "lavender");
+    EXPECT_EQ(board->updatedAt(), base::Instant{2000});
+    boards->setIcon(std::nullopt, *board, kNow);
+    EXPECT_EQ(board->iconSystemName(), "square.grid.2x2.fill");
+}
+
+TEST_F(BoardServiceTest, DeletingTakesEntriesAndTheirReminders) {
+    const auto todos = entries->createTodos(
+        {.contents = {"a", "b"},
+         .board = *board,
+         .now = kNow,
+         .schedule = {.reminderDate = base::Instant{5000}}});
+    const auto ids = std::vector{todos[0]->id(), todos[1]->id()};
+    EXPECT_THAT(board->deletionMessage(), testing::HasSubstr("to delete: 0."));
+    entries->completeTodo(*todos[0], kNow);
+    EXPECT_THAT(board->deletionMessage(), testing::StartsWith("Deleting Home permanently"));
+    EXPECT_THAT(board->deletionMessage(), testing::HasSubstr("to delete: 1."));
+    reminders.removed.clear();
+    boards->deleteBoard(*board);
+    EXPECT_THAT(reminders.removed, testing::UnorderedElementsAreArray(ids));
+    EXPECT_EQ(context->count<model::Entry>(), 0U);
+    EXPECT_EQ(entryRefusal([&] { boards->renameBoard(*board, "x", kNow); }),
+              EntryServiceErrorCase::entryUnavailable);
+}
+
+TEST_F(BoardServiceTest, MovingKeepsArchivedBoardsInTheirPlaces) {
+    Board& b = boards->createBoard("b", kNow);
+    Board& old = boards->createBoard("old", kNow);
+    Board& c = boards->createBoard("c", kNow);
+    boards->setArchived(true, old, kNow);
+    boards->moveBoard(c.id(), board->id(), EntryPlacement::before, kNow);
+    EXPECT_THAT(names(boards->boards()), ElementsAre("c", "Home", "old", "b"));
+    boards->moveBoard(c.id(), b.id(), EntryPlacement::after, kNow);
+    EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "b", "old", "c"));
+    boards->moveBoard(c.id(), c.id(), EntryPlacement::after, kNow);
+    for (const auto& [moved, target] : {std::pair(base::Uuid::random(), b.id()),
+                                        std::pair(b.id(), old.id())}) {
+        EXPECT_EQ(entryRefusal([&, moved = moved, target = target] {
+                      boards->moveBoard(moved, target, EntryPlacement::before, kNow);
+                  }),
+                  EntryServiceErrorCase::entryUnavailable);
+    }
+    std::vector<Board*> missing = boards->boards();
+    missing.pop_back();
+    EXPECT_EQ(entryRefusal([&] { boards->reorderBoards(missing, kNow); }),
+              EntryServiceErrorCase::entryUnavailable);
+    missing.push_back(missing.front());
+    EXPECT_EQ(entryRefusal([&] { boards->reorderBoards(missing, kNow); }),
+              EntryServiceErrorCase::entryUnavailable);
+    EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "b", "old", "c"));
+}
+
+TEST_F(BoardServiceTest, SortingTakesNumbersByValueAndKeepsTheInboxFirst) {
+    boards->renameBoard(*board, "Board 10", kNow);
+    boards->createBoard("Board 9", kNow);
+    boards->createBoard("board 2", kNow);
+    boards->createBoard("Äpfel", kNow);
+    boards->initializeDefaultBoards(kNow);
+    const base::NameOrder order("en_US");
+    boards->sortBoardsByName(BoardService::Direction::ascending, order, kNow);
+    EXPECT_THAT(names(boards->boards()),
+                ElementsAre("Inbox", "Äpfel", "board 2", "Board 9", "Board 10"));
+    boards->sortBoardsByName(BoardService::Direction::descending, order, kNow);
+    EXPECT_THAT(names(boards->boards()),
+                ElementsAre("Inbox", "Board 10", "Board 9", "board 2", "Äpfel"));
+}
+
+} // namespace korvex::test

@@ -1,0 +1,101 @@
+#include "base/Log.h"
+#include "model/SchemaVersions.h"
+#include "services/EntryService.h"
+#include "store/ModelContainer.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <string>
+
+namespace korvex::test {
+
+using model::Entry;
+using services::EntryService;
+
+namespace {
+
+/// A program of its own on the store: creates, completes, restores, edits and moves at random, and
+/// writes down each identifier it was told is stored.
+class Worker {
+public:
+    Worker(const std::filesystem::path& storeFile, const base::Uuid& board, unsigned seed,
+           const std::filesystem::path& journal)
+        : m_container(store::ModelContainer::open(model::currentSchema(), {.file = storeFile},
+                                                  m_log)),
+          m_context(*m_container), m_entries(m_context, m_reminders, m_widgets, m_log),
+          m_board(m_context.find<model::Board>(board)), m_random(seed),
+          m_journal(journal, std::ios::app) {}
+
+    void change(int number) {
+        const auto active = EntryService::activeEntries(*m_board);
+        const auto pick = [&](std::size_t below) { return m_random() % below; };
+        try {
+            if (active.size() < 5 || pick(10) < 3) {
+                const auto created = m_entries.createTodos(
+                    {.contents = {std::to_string(number)},
+                     .board = *m_board,
+                     .before = active.empty() ? std::nullopt
+                                              : std::optional(active[pick(active.size())]->id()),
+                     .now = {double(number)}});
+                m_journal << created[0]->id().text() << std::endl;
+                return;
+            }
+            Entry& entry = *active[pick(active.size())];
+            switch (pick(4)) {
+            case 0:
+                return m_entries.completeTodo(entry, {double(number)});
+            case 1:
+                return m_entries.updateTodo(entry, "edited " + std::to_string(number), {1});
+            case 2:
+                return m_entries.moveEntry(entry.id(), active[pick(active.size())]->id(),
+                                           model::EntryPlacement::after, *m_board);
+            default: {
+                const auto completed = EntryService::completedTodos(*m_board);
+                if (!completed.empty()) {
+                    m_entries.restoreTodo(*completed[pick(completed.size())], {1}, 0);
+                }
+            }
+            }
+        } catch (const services::EntryServiceError&) {
+            // The other program completed or moved it meanwhile: refused, as it should be.
+        }
+    }
+
+private:
+    base::StandardErrorLog m_log{base::LogLevel::error};
+    services::NoReminders m_reminders;
+    services::NoWidgets m_widgets;
+    std::unique_ptr<store::ModelContainer> m_container;
+    store::ModelContext m_context;
+    EntryService m_entries;
+    model::Board* m_board;
+    std::mt19937 m_random;
+    std::ofstream m_journal;
+};
+
+} // namespace
+
+} // namespace korvex::test
+
+// store_worker STORE BOARD SEED CHANGES JOURNAL
+int main(int count, char** arguments) {
+    if (count != 6) {
+        return 2;
+    }
+    try {
+        korvex::test::Worker worker(arguments[1], *korvex::base::Uuid::parse(arguments[2]),
+                                    static_cast<unsigned>(std::atoi(arguments[3])), arguments[5]);
+        const int changes = std::atoi(arguments[4]);
+        for (int i = 0; i < changes; ++i) {
+            worker.change(i);
+        }
+    } catch (const korvex::base::Error& error) {
+        std::cerr << error.errorDescription() << '\n';
+        return 1;
+    }
+    return 0;
+}
