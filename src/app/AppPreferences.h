@@ -5,6 +5,7 @@
 #include "base/Signal.h"
 #include "base/Uuid.h"
 
+#include <array>
 #include <optional>
 
 namespace korvex::app {
@@ -16,11 +17,16 @@ public:
     enum class Appearance { system, light, dark };
     enum class BoardSpacing { compact, comfortable };
 
+    /// In points; there is nothing between 16 and 18, nor odd above.
+    static constexpr std::array kFontSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24};
+    static constexpr int kStandardFontSize = 13;
+    static constexpr int kStandardReminderMinutes = 540;
+
     AppPreferences(UserDefaults& defaults, base::LogSink& log);
 
     Appearance appearance() const { return m_appearance; }
     void setAppearance(Appearance appearance);
-    /// Points; one of 10 to 16, 18, 20, 22, 24.
+    /// One of `kFontSizes`.
     int fontSize() const { return m_fontSize; }
     void setFontSize(int fontSize);
     BoardSpacing boardSpacing() const { return m_boardSpacing; }
@@ -29,17 +35,20 @@ public:
     int defaultReminderMinutes() const { return m_defaultReminderMinutes; }
     void setDefaultReminderMinutes(int minutes);
     /// The board last shown in the main window; may be gone by now.
-    std::optional<base::Uuid> mainBoardSelectedBoardID() const { return m_mainBoardSelectedBoardID; }
+    std::optional<base::Uuid> mainBoardSelectedBoardID() const {
+        return m_mainBoardSelectedBoardID;
+    }
     void setMainBoardSelectedBoardID(std::optional<base::Uuid> id);
 
+    /// After a setting has changed, but for the selected board: that is a note for the next start.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
     UserDefaults& m_defaults;
-    Appearance m_appearance = Appearance::system;
-    int m_fontSize = 13;
-    BoardSpacing m_boardSpacing = BoardSpacing::compact;
-    int m_defaultReminderMinutes = 540;
+    Appearance m_appearance;
+    int m_fontSize;
+    BoardSpacing m_boardSpacing;
+    int m_defaultReminderMinutes;
     std::optional<base::Uuid> m_mainBoardSelectedBoardID;
     base::Signal<> m_didChange;
 };

@@ -3,16 +3,19 @@
 #include "app/UserDefaults.h"
 
 #include <filesystem>
-#include <map>
-#include <variant>
+#include <functional>
+#include <memory>
 
 namespace korvex::app {
 
 /// Settings in one small JSON file, replaced whole at each change (written beside it, synced,
-/// renamed). A missing or unreadable file reads as no settings; it is overwritten at the next set.
+/// renamed). What the file holds besides the key that changes stays as it is, also when another
+/// program wrote it meanwhile; what changes nothing is not written. A missing or unreadable file
+/// reads as no settings; it is overwritten at the next set.
 class FileUserDefaults final : public UserDefaults {
 public:
     explicit FileUserDefaults(std::filesystem::path file);
+    ~FileUserDefaults() override;
 
     /// `$XDG_CONFIG_HOME/korvex/settings.json`, else `~/.config/korvex/settings.json`.
     static std::filesystem::path defaultFile();
@@ -29,12 +32,15 @@ public:
     void remove(std::string_view key) override;
 
 private:
-    using Setting = std::variant<std::string, std::int64_t, bool>;
+    /// The file's JSON object.
+    struct Settings;
 
-    void write() const;
+    /// What the file holds now; keeps what was known when that is nothing readable.
+    std::string read();
+    void change(const std::function<void(Settings&)>& change);
 
     std::filesystem::path m_file;
-    std::map<std::string, Setting, std::less<>> m_settings;
+    std::unique_ptr<Settings> m_settings;
 };
 
 } // namespace korvex::app

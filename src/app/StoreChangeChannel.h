@@ -11,8 +11,8 @@ inline constexpr const char* kStoreChangedInterface = "Korvex.SharedStoreChanged
 inline constexpr const char* kStoreChangedMember = "Changed";
 inline constexpr const char* kStoreChangedPath = "/Korvex/SharedStore";
 
-/// Tells the other programs on the same store that it has changed. The signal is a hint: who gets it
-/// asks the store. Must not throw; without a bus it does nothing.
+/// Tells the other programs on the same store that it has changed. The signal is a hint: who gets
+/// it asks the store. Must not throw; without a bus it does nothing.
 class StoreChangeBroadcaster {
 public:
     virtual ~StoreChangeBroadcaster() = default;

@@ -67,8 +67,8 @@ public:
     std::optional<Instant> startOfDay(Instant instant) const;
 
     std::optional<DateComponents> components(Instant instant) const;
-    /// A time that does not exist that day becomes the next existing one; one that occurs twice, the
-    /// first. Absent when a field is out of its range (month 13, February 30).
+    /// A time that does not exist that day becomes the next existing one; one that occurs twice,
+    /// the first. Absent when a field is out of its range (month 13, February 30).
     std::optional<Instant> instant(const DateComponents& components) const;
 
     /// Calendar addition: days keep the wall-clock time. Absent outside the valid range.
@@ -86,8 +86,8 @@ std::optional<DayNumber> dayFromIsoText(std::string_view text);
 /// ISO 8601 in UTC with milliseconds: "2025-03-10T13:30:00.000Z". `instant` must be valid.
 std::string isoText(Instant instant);
 
-/// Reads "2025-03-10T14:30[:05[.250]]" with "Z" or "+02:00" as an instant, and without either as the
-/// wall-clock time of `calendar`. Absent for anything else.
+/// Reads "2025-03-10T14:30[:05[.250]]" with "Z" or "+02:00" as an instant, and without either as
+/// the wall-clock time of `calendar`. Absent for anything else.
 std::optional<Instant> instantFromIsoText(std::string_view text, const Calendar& calendar);
 
 } // namespace korvex::base

@@ -12,8 +12,8 @@ namespace korvex::base {
 /// stored in files: it never changes.
 std::uint64_t checksum(std::span<const std::uint8_t> bytes);
 
-/// What a log line shows instead of an identifier of the user's data: the same text always gives the
-/// same mask, and the mask does not give back the text.
+/// What a log line shows instead of an identifier of the user's data: the same text always gives
+/// the same mask, and the mask does not give back the text.
 std::string maskHash(std::string_view text);
 
 } // namespace korvex::base

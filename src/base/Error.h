@@ -29,8 +29,7 @@ template <typename Case>
 class TypedError final : public Error {
 public:
     explicit TypedError(Case which)
-        : Error(domainOf(which), static_cast<int>(which), descriptionOf(which)),
-          m_which(which) {}
+        : Error(domainOf(which), static_cast<int>(which), descriptionOf(which)), m_which(which) {}
 
     Case which() const noexcept { return m_which; }
 

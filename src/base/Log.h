@@ -36,7 +36,9 @@ public:
 
     bool accepts(LogLevel level) const { return m_sink->accepts(level); }
 
-    void info(std::string_view message) const { m_sink->write(LogLevel::info, m_category, message); }
+    void info(std::string_view message) const {
+        m_sink->write(LogLevel::info, m_category, message);
+    }
     void warning(std::string_view message) const {
         m_sink->write(LogLevel::warning, m_category, message);
     }

@@ -9,7 +9,7 @@ namespace korvex::base {
 /// The run loop of the main thread, as Qt, sd-event or the command line bring it.
 class RunLoop {
 public:
-    /// A one-shot timer; destroying it before it fires cancels it.
+    /// A one-shot timer; destroying it before it fires cancels it. Its own work may destroy it.
     class Timer {
     public:
         virtual ~Timer() = default;

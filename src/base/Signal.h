@@ -32,8 +32,8 @@ private:
     std::function<void()> m_end;
 };
 
-/// A list of observers. One thread; an observer may subscribe, cancel, or destroy the signal while it
-/// is being called.
+/// A list of observers. One thread; an observer may subscribe, cancel, or destroy the signal while
+/// it is being called.
 template <typename... Arguments>
 class Signal {
 public:

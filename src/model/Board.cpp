@@ -45,7 +45,9 @@ Board::Board() : Record(recordType(), &m_fields) {}
 
 Board::Board(BoardFields fields) : Record(recordType(), &m_fields), m_fields(std::move(fields)) {}
 
-void Board::setName(std::string name) { assign(nameField, m_fields.name, std::move(name)); }
+void Board::setName(std::string name) {
+    assign(nameField, m_fields.name, std::move(name));
+}
 
 void Board::setUpdatedAt(base::Instant updatedAt) {
     assign(updatedAtField, m_fields.updatedAt, updatedAt);
@@ -55,7 +57,9 @@ void Board::setSortOrder(std::int64_t sortOrder) {
     assign(sortOrderField, m_fields.sortOrder, sortOrder);
 }
 
-void Board::setIsSystem(bool isSystem) { assign(isSystemField, m_fields.isSystem, isSystem); }
+void Board::setIsSystem(bool isSystem) {
+    assign(isSystemField, m_fields.isSystem, isSystem);
+}
 
 void Board::setIsArchived(bool isArchived) {
     assign(isArchivedField, m_fields.isArchived, isArchived);
@@ -93,8 +97,8 @@ std::string Board::iconSystemName() const {
 
 std::string Board::deletionMessage() const {
     const auto all = entries();
-    const auto completed =
-        std::count_if(all.begin(), all.end(), [](const Entry* entry) { return entry->isCompleted(); });
+    const auto completed = std::count_if(all.begin(), all.end(),
+                                         [](const Entry* entry) { return entry->isCompleted(); });
     return "Deleting " + m_fields.name +
            " permanently deletes this board and all its entries. Completed entries to delete: " +
            std::to_string(completed) +

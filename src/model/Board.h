@@ -31,8 +31,17 @@ struct BoardFields {
 class Board final : public store::Record {
 public:
     enum Field : std::size_t {
-        idField, nameField, createdAtField, updatedAtField, sortOrderField, isSystemField,
-        isArchivedField, iconField, iconColorField, systemIdentifierField, mergedIntoBoardIDField,
+        idField,
+        nameField,
+        createdAtField,
+        updatedAtField,
+        sortOrderField,
+        isSystemField,
+        isArchivedField,
+        iconField,
+        iconColorField,
+        systemIdentifierField,
+        mergedIntoBoardIDField,
     };
     static const store::RecordType& recordType();
 

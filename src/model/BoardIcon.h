@@ -8,10 +8,38 @@ namespace korvex::model {
 
 /// The icons a board can have, in the order of the picker.
 enum class BoardIcon {
-    board, folder, work, home, star, heart, idea, book,
-    code, travel, goal, music, tasks, notes, calendar, document,
-    person, team, chat, mail, shopping, money, gift, coffee,
-    food, fitness, nature, globe, photo, camera, tools, chart,
+    board,
+    folder,
+    work,
+    home,
+    star,
+    heart,
+    idea,
+    book,
+    code,
+    travel,
+    goal,
+    music,
+    tasks,
+    notes,
+    calendar,
+    document,
+    person,
+    team,
+    chat,
+    mail,
+    shopping,
+    money,
+    gift,
+    coffee,
+    food,
+    fitness,
+    nature,
+    globe,
+    photo,
+    camera,
+    tools,
+    chart,
 };
 inline constexpr std::size_t kBoardIconCount = 32;
 
@@ -26,8 +54,25 @@ std::optional<BoardIcon> boardIcon(std::string_view rawValue);
 
 /// The colours of a board's icon; absent means the accent colour. The views choose the values.
 enum class BoardIconColor {
-    blue, green, orange, red, purple, pink, yellow, teal, gray, brown,
-    mint, cyan, indigo, coral, lavender, rose, olive, navy, sand,
+    blue,
+    green,
+    orange,
+    red,
+    purple,
+    pink,
+    yellow,
+    teal,
+    gray,
+    brown,
+    mint,
+    cyan,
+    indigo,
+    coral,
+    lavender,
+    rose,
+    olive,
+    navy,
+    sand,
 };
 inline constexpr std::size_t kBoardIconColorCount = 19;
 

@@ -17,8 +17,7 @@ constexpr std::array kFields{
     store::Field{"typeRawValue", FieldKind::text, offsetof(EntryFields, typeRawValue)},
     store::Field{"content", FieldKind::text, offsetof(EntryFields, content)},
     store::Field{"richTextData", FieldKind::optionalBytes, offsetof(EntryFields, richTextData)},
-    store::Field{"attachmentData", FieldKind::externalBytes,
-                 offsetof(EntryFields, attachmentData)},
+    store::Field{"attachmentData", FieldKind::externalBytes, offsetof(EntryFields, attachmentData)},
     store::Field{"createdAt", FieldKind::date, offsetof(EntryFields, createdAt)},
     store::Field{"updatedAt", FieldKind::date, offsetof(EntryFields, updatedAt)},
     store::Field{"sortOrder", FieldKind::integer, offsetof(EntryFields, sortOrder)},
@@ -57,7 +56,9 @@ const std::optional<base::Bytes>& Entry::attachmentData() const {
     return externalBytes(attachmentDataField);
 }
 
-Board* Entry::board() const { return static_cast<Board*>(owner()); }
+Board* Entry::board() const {
+    return static_cast<Board*>(owner());
+}
 
 TodoSchedule Entry::schedule() const {
     return {.dueDay = m_fields.dueDay,
@@ -105,6 +106,8 @@ void Entry::setSchedule(const TodoSchedule& schedule) {
     assign(reminderDateField, m_fields.reminderDate, schedule.reminderDate);
 }
 
-void Entry::setBoard(Board* board) { setOwner(board); }
+void Entry::setBoard(Board* board) {
+    setOwner(board);
+}
 
 } // namespace korvex::model

@@ -38,9 +38,21 @@ struct EntryFields {
 class Entry final : public store::Record {
 public:
     enum Field : std::size_t {
-        idField, typeRawValueField, contentField, richTextDataField, attachmentDataField,
-        createdAtField, updatedAtField, sortOrderField, isCompletedField, completedAtField,
-        dueDayField, dueDateField, dueStartDateField, reminderDateField, boardField,
+        idField,
+        typeRawValueField,
+        contentField,
+        richTextDataField,
+        attachmentDataField,
+        createdAtField,
+        updatedAtField,
+        sortOrderField,
+        isCompletedField,
+        completedAtField,
+        dueDayField,
+        dueDateField,
+        dueStartDateField,
+        reminderDateField,
+        boardField,
     };
     static const store::RecordType& recordType();
 

@@ -24,38 +24,38 @@ constexpr std::array<Name, 11> kBoardV15{
     "isSystem", "storedEntries", "systemIdentifier", "mergedIntoBoardID", "icon",
     "iconColor"};
 constexpr std::array<Name, 12> kBoardV16{
-    "id",       "name",          "createdAt",        "updatedAt",         "sortOrder",
-    "isSystem", "storedEntries", "systemIdentifier", "mergedIntoBoardID", "icon",
+    "id",        "name",          "createdAt",        "updatedAt",         "sortOrder",
+    "isSystem",  "storedEntries", "systemIdentifier", "mergedIntoBoardID", "icon",
     "iconColor", "isArchived"};
 
-constexpr std::array<Name, 10> kEntryV10{
-    "id",        "type",      "content",     "richTextData", "createdAt",
-    "updatedAt", "sortOrder", "isCompleted", "completedAt",  "board"};
+constexpr std::array<Name, 10> kEntryV10{"id",          "type",      "content",   "richTextData",
+                                         "createdAt",   "updatedAt", "sortOrder", "isCompleted",
+                                         "completedAt", "board"};
 constexpr std::array<Name, 11> kEntryBridge{
     "id",        "type",        "content",     "richTextData", "createdAt",   "updatedAt",
     "sortOrder", "isCompleted", "completedAt", "board",        "typeRawValue"};
-constexpr std::array<Name, 10> kEntryV11{
-    "id",        "typeRawValue", "content",     "richTextData", "createdAt",
-    "updatedAt", "sortOrder",    "isCompleted", "completedAt",  "board"};
-constexpr std::array<Name, 13> kEntryV12{
-    "id",        "typeRawValue", "content",     "richTextData", "createdAt", "updatedAt",
-    "sortOrder", "isCompleted",  "completedAt", "board",        "dueDay",    "dueDate",
-    "reminderDate"};
+constexpr std::array<Name, 10> kEntryV11{"id",          "typeRawValue", "content",   "richTextData",
+                                         "createdAt",   "updatedAt",    "sortOrder", "isCompleted",
+                                         "completedAt", "board"};
+constexpr std::array<Name, 13> kEntryV12{"id",          "typeRawValue", "content",   "richTextData",
+                                         "createdAt",   "updatedAt",    "sortOrder", "isCompleted",
+                                         "completedAt", "board",        "dueDay",    "dueDate",
+                                         "reminderDate"};
 constexpr std::array<Name, 14> kEntryV13{
-    "id",        "typeRawValue", "content",     "richTextData", "createdAt",    "updatedAt",
-    "sortOrder", "isCompleted",  "completedAt", "board",        "dueDay",       "dueDate",
-    "reminderDate", "attachmentData"};
+    "id",        "typeRawValue", "content",      "richTextData",  "createdAt",
+    "updatedAt", "sortOrder",    "isCompleted",  "completedAt",   "board",
+    "dueDay",    "dueDate",      "reminderDate", "attachmentData"};
 constexpr std::array<Name, 15> kEntryV17{
-    "id",        "typeRawValue", "content",     "richTextData", "createdAt",    "updatedAt",
-    "sortOrder", "isCompleted",  "completedAt", "board",        "dueDay",       "dueDate",
-    "reminderDate", "attachmentData", "dueStartDate"};
+    "id",        "typeRawValue", "content",      "richTextData",   "createdAt",
+    "updatedAt", "sortOrder",    "isCompleted",  "completedAt",    "board",
+    "dueDay",    "dueDate",      "reminderDate", "attachmentData", "dueStartDate"};
 
 // The numbers leave room for a version between two.
 constexpr std::array kVersions{
-    store::SchemaVersion{"KorvexSchemaV10", 100},   store::SchemaVersion{"KorvexSchemaBridge", 105},
-    store::SchemaVersion{"KorvexSchemaV11", 110},   store::SchemaVersion{"KorvexSchemaV12", 120},
-    store::SchemaVersion{"KorvexSchemaV13", 130},   store::SchemaVersion{"KorvexSchemaV14", 140},
-    store::SchemaVersion{"KorvexSchemaV15", 150},   store::SchemaVersion{"KorvexSchemaV16", 160},
+    store::SchemaVersion{"KorvexSchemaV10", 100}, store::SchemaVersion{"KorvexSchemaBridge", 105},
+    store::SchemaVersion{"KorvexSchemaV11", 110}, store::SchemaVersion{"KorvexSchemaV12", 120},
+    store::SchemaVersion{"KorvexSchemaV13", 130}, store::SchemaVersion{"KorvexSchemaV14", 140},
+    store::SchemaVersion{"KorvexSchemaV15", 150}, store::SchemaVersion{"KorvexSchemaV16", 160},
     store::SchemaVersion{"KorvexSchemaV17", 170},
 };
 
@@ -73,7 +73,9 @@ constexpr std::array kHistory{
 
 } // namespace
 
-std::span<const SchemaVersionFields> schemaHistory() { return kHistory; }
+std::span<const SchemaVersionFields> schemaHistory() {
+    return kHistory;
+}
 
 const store::Schema& currentSchema() {
     static const std::array types{&Board::recordType(), &Entry::recordType()};

@@ -9,8 +9,8 @@
 
 namespace korvex::model {
 
-/// When a todo is due and when to be reminded of it. A plain value that can hold anything; `isValid`
-/// says whether it makes sense. Bad dates never throw: they read as absent.
+/// When a todo is due and when to be reminded of it. A plain value that can hold anything;
+/// `isValid` says whether it makes sense. Bad dates never throw: they read as absent.
 struct TodoSchedule {
     /// All-day due day, as year × 10000 + month × 100 + day; excludes the two dates below.
     std::optional<base::DayNumber> dueDay = std::nullopt;

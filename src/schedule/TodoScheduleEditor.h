@@ -26,7 +26,7 @@ public:
     using OnSave = std::function<void(const model::TodoSchedule&)>;
 
     /// `formats` gives the zone and must outlive the editor. What the original does not have starts
-    /// at the next full hour of `now`'s day.
+    /// at the next full hour.
     TodoScheduleEditor(model::TodoSchedule original, Settings settings, base::Instant now,
                        const base::DateFormats& formats, OnSave onSave,
                        std::function<void()> onClose);

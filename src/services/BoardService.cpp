@@ -20,8 +20,12 @@ constexpr std::string_view kInbox = "inbox";
 constexpr std::string_view kLegacyToday = "today";
 constexpr std::string_view kInboxName = "Inbox";
 
-[[noreturn]] void refuse(BoardServiceErrorCase which) { throw BoardServiceError(which); }
-[[noreturn]] void refuse(EntryServiceErrorCase which) { throw EntryServiceError(which); }
+[[noreturn]] void refuse(BoardServiceErrorCase which) {
+    throw BoardServiceError(which);
+}
+[[noreturn]] void refuse(EntryServiceErrorCase which) {
+    throw EntryServiceError(which);
+}
 
 /// What the name of a system board without an identifier says about it.
 std::optional<std::string> impliedIdentifier(const Board& board) {
@@ -151,7 +155,9 @@ bool BoardService::ordered(const Board& left, const Board& right) {
     return left.id() < right.id();
 }
 
-Board* BoardService::board(const base::Uuid& id) const { return m_modelContext->find<Board>(id); }
+Board* BoardService::board(const base::Uuid& id) const {
+    return m_modelContext->find<Board>(id);
+}
 
 Board& BoardService::createBoard(std::string_view name, base::Instant now) {
     auto boardName = normalized(name);
@@ -213,8 +219,7 @@ void BoardService::deleteBoard(Board& board) {
     m_log.info("Deleted board with identifier " + base::maskHash(id.text()));
 }
 
-void BoardService::setIcon(std::optional<std::string_view> icon, Board& board,
-                           base::Instant now) {
+void BoardService::setIcon(std::optional<std::string_view> icon, Board& board, base::Instant now) {
     if (icon && !model::boardIcon(*icon)) {
         refuse(BoardServiceErrorCase::invalidIcon);
     }
@@ -245,7 +250,8 @@ void BoardService::reorderBoards(std::span<Board* const> boards, base::Instant n
     const std::set<const Board*> given(boards.begin(), boards.end());
     const auto current = this->boards();
     // As many, and the same ones: a list with a board twice is out of date too.
-    if (boards.size() != current.size() || given != std::set<const Board*>(current.begin(), current.end())) {
+    if (boards.size() != current.size() ||
+        given != std::set<const Board*>(current.begin(), current.end())) {
         refuse(EntryServiceErrorCase::entryUnavailable);
     }
     std::int64_t position = 0;

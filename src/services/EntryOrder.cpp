@@ -19,7 +19,9 @@ void sortInOrder(std::vector<Entry*>& entries) {
     }
 }
 
-bool isActive(const Entry& entry) { return !entry.isTodo() || !entry.isCompleted(); }
+bool isActive(const Entry& entry) {
+    return !entry.isCompleted() || !entry.isTodo();
+}
 
 template <typename Predicate>
 std::vector<Entry*> entriesOf(const model::Board& board, Predicate&& predicate) {
@@ -53,10 +55,9 @@ bool EntryService::ordered(const Entry& left, const Entry& right) {
 std::vector<Entry*> EntryService::activeEntries(std::span<Entry* const> entries,
                                                 const base::Uuid& boardID) {
     std::vector<Entry*> active;
-    std::copy_if(entries.begin(), entries.end(), std::back_inserter(active),
-                 [&](const Entry* entry) {
-                     return isActive(*entry) && entry->boardID() == boardID;
-                 });
+    std::copy_if(
+        entries.begin(), entries.end(), std::back_inserter(active),
+        [&](const Entry* entry) { return isActive(*entry) && entry->boardID() == boardID; });
     sortInOrder(active);
     return active;
 }

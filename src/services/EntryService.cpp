@@ -13,7 +13,9 @@ using model::Entry;
 
 namespace {
 
-[[noreturn]] void refuse(EntryServiceErrorCase which) { throw EntryServiceError(which); }
+[[noreturn]] void refuse(EntryServiceErrorCase which) {
+    throw EntryServiceError(which);
+}
 
 std::vector<Entry*>::iterator positionOf(std::vector<Entry*>& entries, const base::Uuid& id) {
     return std::find_if(entries.begin(), entries.end(),
@@ -24,7 +26,9 @@ std::vector<Entry*>::iterator positionOf(std::vector<Entry*>& entries, const bas
 
 EntryService::EntryService(store::ModelContext& context, ReminderReconciling& reminders,
                            WidgetReloading& widgets, base::LogSink& log)
-    : m_modelContext(&context), m_reminders(&reminders), m_widgets(&widgets),
+    : m_modelContext(&context),
+      m_reminders(&reminders),
+      m_widgets(&widgets),
       m_log(log, "EntryService") {}
 
 std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
@@ -42,11 +46,6 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
     validateBoard(todos.board);
     auto active = activeEntries(todos.board);
     const auto index = insertionIndex(todos.after, todos.before, active);
-    std::vector<PreviousOrder> previousOrder;
-    previousOrder.reserve(active.size());
-    for (Entry* entry : active) {
-        previousOrder.push_back({entry, entry->sortOrder()});
-    }
 
     std::vector<Entry*> created;
     created.reserve(contents.size());
@@ -68,7 +67,7 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
         assignSortOrder(active, todos.board);
         save();
     } catch (...) {
-        discardFailedCreation(created, previousOrder);
+        discardFailedCreation();
         throw;
     }
     if (m_log.accepts(base::LogLevel::info)) {
@@ -263,17 +262,10 @@ void EntryService::save() {
     }
 }
 
-void EntryService::discardFailedCreation(std::span<Entry* const> created,
-                                         std::span<const PreviousOrder> previousOrder) {
-    // What the save's own rollback has undone already stays as it is.
-    for (Entry* entry : created) {
-        m_modelContext->remove(*entry);
-    }
-    for (const PreviousOrder& previous : previousOrder) {
-        if (previous.entry->isLive()) {
-            previous.entry->setSortOrder(previous.sortOrder);
-        }
-    }
+void EntryService::discardFailedCreation() {
+    // Takes the created entries out of the context and their board and gives every other entry its
+    // former place; after a failed save that has been done already.
+    m_modelContext->rollback();
     m_modelContext->processPendingChanges();
 }
 

@@ -78,8 +78,8 @@ public:
                                 const std::unordered_set<base::Uuid>& excluding = {});
     enum class SaveChanges { no, yes };
     void normalizeSortOrder(model::Board& board, SaveChanges saveChanges);
-    /// Trimmed; throws `contentTooLong` (judged before trimming) or `emptyContent`. Text that is not
-    /// UTF-8 is refused before by whoever read it.
+    /// Trimmed; throws `contentTooLong` (judged before trimming) or `emptyContent`. Text that is
+    /// not UTF-8 is refused before by whoever read it.
     static std::string normalized(std::string_view content);
 
     void validateWritableStore() const;
@@ -90,17 +90,11 @@ public:
                          const std::optional<base::Instant>& previousReminder, base::Instant now);
 
 private:
-    struct PreviousOrder {
-        model::Entry* entry;
-        std::int64_t sortOrder;
-    };
-
     model::Entry& persisted(model::Entry& entry) const;
     model::Entry& persistedTodo(model::Entry& entry) const;
     void persistOrder(std::span<model::Entry* const> entries, const model::Board& board);
     void save();
-    void discardFailedCreation(std::span<model::Entry* const> created,
-                               std::span<const PreviousOrder> previousOrder);
+    void discardFailedCreation();
     void todosChanged();
 
     store::ModelContext* m_modelContext;

@@ -28,7 +28,9 @@ std::string descriptionOf(EntryServiceErrorCase which) {
     return {};
 }
 
-std::string domainOf(EntryServiceErrorCase) { return "Korvex.EntryService"; }
+std::string domainOf(EntryServiceErrorCase) {
+    return "Korvex.EntryService";
+}
 
 std::string descriptionOf(BoardServiceErrorCase which) {
     switch (which) {
@@ -44,6 +46,8 @@ std::string descriptionOf(BoardServiceErrorCase which) {
     return {};
 }
 
-std::string domainOf(BoardServiceErrorCase) { return "Korvex.BoardService"; }
+std::string domainOf(BoardServiceErrorCase) {
+    return "Korvex.BoardService";
+}
 
 } // namespace korvex::services

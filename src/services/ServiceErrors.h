@@ -7,8 +7,14 @@
 namespace korvex::services {
 
 enum class EntryServiceErrorCase {
-    emptyContent, contentTooLong, invalidReorder, readOnlyStore,
-    invalidSchedule, pastReminder, entryUnavailable, headingAttachments,
+    emptyContent,
+    contentTooLong,
+    invalidReorder,
+    readOnlyStore,
+    invalidSchedule,
+    pastReminder,
+    entryUnavailable,
+    headingAttachments,
 };
 std::string descriptionOf(EntryServiceErrorCase which);
 std::string domainOf(EntryServiceErrorCase which);

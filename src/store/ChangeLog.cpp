@@ -52,8 +52,8 @@ base::Bytes ChangeLog::encode(const std::vector<RowChange>& changes) {
     std::int64_t previous = 0;
     for (const RowChange& change : changes) {
         bytes.push_back(change.type);
-        const auto difference = static_cast<std::uint64_t>(change.rowid) -
-                                static_cast<std::uint64_t>(previous);
+        const auto difference =
+            static_cast<std::uint64_t>(change.rowid) - static_cast<std::uint64_t>(previous);
         const auto sign = static_cast<std::int64_t>(difference) < 0 ? ~std::uint64_t{0} : 0;
         std::uint64_t zigzag = (difference << 1U) ^ sign;
         while (zigzag >= 0x80) {

@@ -51,7 +51,9 @@ bool holds(const Value& left, Condition::Comparison comparison, const Value& rig
     return false;
 }
 
-std::string quoted(std::string_view column) { return "\"" + std::string(column) + "\""; }
+std::string quoted(std::string_view column) {
+    return "\"" + std::string(column) + "\"";
+}
 
 } // namespace
 

@@ -12,9 +12,9 @@ namespace korvex::store {
 class Record;
 struct RecordType;
 
-/// Which records a fetch takes: comparisons of fields with values, joined by and, or, not. An absent
-/// field compares with nothing. A value; evaluated by SQLite for what is stored and in memory for
-/// what a context has changed.
+/// Which records a fetch takes: comparisons of fields with values, joined by and, or, not. An
+/// absent field compares with nothing. A value; evaluated by SQLite for what is stored and in
+/// memory for what a context has changed.
 class Condition {
 public:
     enum class Comparison { equal, notEqual, less, lessOrEqual, greater, greaterOrEqual };
@@ -50,7 +50,9 @@ inline Condition operator&&(Condition left, Condition right) {
 inline Condition operator||(Condition left, Condition right) {
     return Condition::any({std::move(left), std::move(right)});
 }
-inline Condition operator!(Condition operand) { return Condition::negation(std::move(operand)); }
+inline Condition operator!(Condition operand) {
+    return Condition::negation(std::move(operand));
+}
 
 /// A field to compare: `FieldReference{Entry::isCompletedField} == Value{std::int64_t{0}}`.
 struct FieldReference {

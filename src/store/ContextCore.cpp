@@ -61,9 +61,9 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     Table& table = m_tables[index];
     const RowCodec& codec = statements(index).codec;
     const std::int64_t rowid = codec.rowid(row);
-    const auto [place, isNew] = table.byRowid.try_emplace(rowid, nullptr);
-    if (!isNew) {
-        return *place->second;
+    const auto known = table.byRowid.find(rowid);
+    if (known != table.byRowid.end()) {
+        return *known->second;
     }
     auto record = table.type->make();
     codec.readRow(row, *record);
@@ -71,7 +71,7 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     state.phase = Phase::stored;
     state.rowid = rowid;
     state.version = codec.version(row);
-    place->second = record.get();
+    table.byRowid.emplace(rowid, record.get());
     Record& reference = adopt(index, std::move(record));
     resolveOwner(reference);
     linkToOwner(reference);
@@ -83,9 +83,15 @@ void ContextCore::resolveOwner(Record& record) {
     if (!type.ownerField) {
         return;
     }
-    const auto& reference =
-        *static_cast<std::optional<base::Uuid>*>(record.slot(*type.ownerField));
-    record.state().owner = reference ? find(type.ownerType(), *reference) : nullptr;
+    const auto& reference = *static_cast<std::optional<base::Uuid>*>(record.slot(*type.ownerField));
+    if (!reference) {
+        record.state().owner = nullptr;
+        return;
+    }
+    if (!m_lastOwner || !m_lastOwner->isLive() || m_lastOwner->id() != *reference) {
+        m_lastOwner = find(type.ownerType(), *reference);
+    }
+    record.state().owner = m_lastOwner;
 }
 
 void ContextCore::linkToOwner(Record& record) {
@@ -142,9 +148,8 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     // Pending changes of this type can move records into the result, out of it, and within it: then
     // SQLite's limit and order say nothing yet.
     const auto concernsType = [&](const auto& records) {
-        return std::any_of(records.begin(), records.end(), [&](const Record* record) {
-            return &record->storedType() == &type;
-        });
+        return std::any_of(records.begin(), records.end(),
+                           [&](const Record* record) { return &record->storedType() == &type; });
     };
     const bool isPlain =
         !concernsType(m_inserted) && !concernsType(m_changed) && !concernsType(m_deleted);
@@ -223,8 +228,8 @@ void ContextCore::loadOwned(Record& owner) {
     const RecordType& type = owner.storedType().ownedType();
     std::vector<Record*> members;
     fetch(type,
-          {.condition = Condition::compare(*type.ownerField, Condition::Comparison::equal,
-                                           owner.id())},
+          {.condition =
+               Condition::compare(*type.ownerField, Condition::Comparison::equal, owner.id())},
           [&](Record& record) { members.push_back(&record); });
     RecordState& state = owner.state();
     state.owned = std::move(members);
@@ -304,7 +309,9 @@ bool ContextCore::hasChanges() const {
                        [](const Record* record) { return record->hasChanges(); });
 }
 
-std::vector<Record*> ContextCore::inserted() const { return m_inserted; }
+std::vector<Record*> ContextCore::inserted() const {
+    return m_inserted;
+}
 
 std::vector<Record*> ContextCore::changed() const {
     std::vector<Record*> records;
@@ -313,7 +320,9 @@ std::vector<Record*> ContextCore::changed() const {
     return records;
 }
 
-std::vector<Record*> ContextCore::deleted() const { return m_deleted; }
+std::vector<Record*> ContextCore::deleted() const {
+    return m_deleted;
+}
 
 void ContextCore::forget(Record& record) {
     Table& table = m_tables[indexOf(record.storedType())];
@@ -393,12 +402,16 @@ void ContextCore::rollback() {
 }
 
 void ContextCore::beginStep() {
-    if (StoreLock* lock = m_container.connection().lock()) {
+    StoreConnection& connection = m_container.connection();
+    if (StoreLock* lock = connection.lock()) {
         lock->acquire();
     }
     ++m_stepDepth;
     if (m_stepDepth == 1) {
         try {
+            if (connection.allowsSave()) {
+                connection.begin();
+            }
             refresh();
         } catch (...) {
             endStep();
@@ -408,8 +421,12 @@ void ContextCore::beginStep() {
 }
 
 void ContextCore::endStep() noexcept {
+    StoreConnection& connection = m_container.connection();
+    if (m_stepDepth == 1) {
+        connection.rollback();
+    }
     --m_stepDepth;
-    if (StoreLock* lock = m_container.connection().lock()) {
+    if (StoreLock* lock = connection.lock()) {
         lock->release();
     }
     if (m_stepDepth == 0) {

@@ -6,12 +6,13 @@
 #include "store/ModelContext.h"
 #include "store/StoreConnection.h"
 
+#include <tsl/robin_map.h>
+
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace korvex::store {
@@ -45,7 +46,8 @@ public:
     // The store.
     void save();
     void refresh();
-    /// Steps nest; signals wait for the end of the outermost one.
+    /// A step holds the write lock and a transaction, and starts with a refresh. Steps nest;
+    /// signals wait for the end of the outermost one.
     void beginStep();
     void endStep() noexcept;
 
@@ -61,12 +63,14 @@ private:
     /// The records of one type in memory.
     struct Table {
         const RecordType* type;
-        std::unordered_map<std::int64_t, Record*> byRowid;
-        std::unordered_map<base::Uuid, Record*> byIdentifier;
+        tsl::robin_map<std::int64_t, Record*> byRowid;
+        tsl::robin_map<base::Uuid, Record*> byIdentifier;
     };
 
     std::size_t indexOf(const RecordType& type) const;
-    TypeStatements& statements(std::size_t index) { return m_container.connection().statements(index); }
+    TypeStatements& statements(std::size_t index) {
+        return m_container.connection().statements(index);
+    }
 
     /// The record of a row: the one in memory, else a new one read from the row.
     Record& materialize(std::size_t index, const Statement& row);
@@ -103,6 +107,8 @@ private:
     std::vector<Record*> m_inserted;
     std::vector<Record*> m_changed;
     std::vector<Record*> m_deleted;
+    /// The owner that was looked up last: rows mostly come owner by owner.
+    Record* m_lastOwner = nullptr;
     /// The store's revision that the records in memory show.
     std::int64_t m_revision = 0;
     int m_stepDepth = 0;

@@ -18,8 +18,8 @@ void ContextCore::refresh() {
         const StoreConnection::ReadScope scope(connection);
         const std::int64_t revision = connection.revision();
         // A store that went back (restored from a copy underneath) has no log of that.
-        const auto log = revision > m_revision ? connection.changeLog().changesSince(m_revision)
-                                               : std::nullopt;
+        const auto log =
+            revision > m_revision ? connection.changeLog().changesSince(m_revision) : std::nullopt;
         if (log) {
             std::set<std::pair<std::uint8_t, std::int64_t>> seen;
             for (const RowChange& change : *log) {
@@ -83,8 +83,7 @@ void ContextCore::refreshEverything(std::size_t index, ChangeSet& changes) {
     while (versions.step()) {
         const std::int64_t rowid = versions.integer(0);
         const auto known = table.byRowid.find(rowid);
-        if (known == table.byRowid.end() ||
-            known->second->state().version != versions.integer(1)) {
+        if (known == table.byRowid.end() || known->second->state().version != versions.integer(1)) {
             moved.push_back(rowid);
         }
         present.insert(rowid);
@@ -123,9 +122,8 @@ void ContextCore::mergeRow(std::size_t index, const Statement& row, Record& reco
     RecordState& state = record.state();
     for (const std::size_t field : tableSql::rowFields(type)) {
         Value stored = codec.readField(row, field);
-        const auto original =
-            std::find_if(state.originals.begin(), state.originals.end(),
-                         [&](const auto& each) { return each.field == field; });
+        const auto original = std::find_if(state.originals.begin(), state.originals.end(),
+                                           [&](const auto& each) { return each.field == field; });
         void* slot = record.slot(field);
         const FieldKind kind = type.fields[field].kind;
         if (original != state.originals.end()) {

@@ -12,6 +12,18 @@ namespace {
 
 using Phase = RecordState::Phase;
 
+/// A step of the core itself.
+class Step {
+public:
+    explicit Step(ContextCore& core) : m_core(core) { m_core.beginStep(); }
+    ~Step() { m_core.endStep(); }
+    Step(const Step&) = delete;
+    Step& operator=(const Step&) = delete;
+
+private:
+    ContextCore& m_core;
+};
+
 } // namespace
 
 void ContextCore::save() {
@@ -22,28 +34,25 @@ void ContextCore::save() {
     if (!m_container.allowsSave()) {
         throw StoreError(StoreErrorCase::readOnly);
     }
-    {
-        const StoreLock::Guard guard(connection.lock());
-        refresh();
-        if (std::any_of(m_changed.begin(), m_changed.end(), [](const Record* record) {
-                return record->isLive() && record->state().isGoneFromStore;
-            })) {
-            throw StoreError(StoreErrorCase::conflict);
-        }
-        connection.checkFilesAreInPlace();
-        const std::int64_t revision = connection.revision() + 1;
-        connection.begin();
-        try {
-            const auto changes = writePending(revision);
-            connection.changeLog().append(revision, changes);
-            connection.commit(revision);
-        } catch (...) {
-            connection.rollback();
-            throw;
-        }
-        m_revision = revision;
+    const Step step(*this);
+    if (std::any_of(m_changed.begin(), m_changed.end(), [](const Record* record) {
+            return record->isLive() && record->state().isGoneFromStore;
+        })) {
+        throw StoreError(StoreErrorCase::conflict);
     }
-    announce(settlePending(m_revision), true);
+    connection.checkFilesAreInPlace();
+    // The step's own transaction ended if something was saved in it already.
+    connection.begin();
+    const std::int64_t revision = connection.revision() + 1;
+    try {
+        connection.changeLog().append(revision, writePending(revision));
+        connection.commit(revision);
+    } catch (...) {
+        connection.rollback();
+        throw;
+    }
+    m_revision = revision;
+    announce(settlePending(revision), true);
 }
 
 std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {

@@ -10,24 +10,28 @@ ModelContainer::ModelContainer(const Schema& schema, ModelConfiguration configur
 
 ModelContainer::~ModelContainer() = default;
 
-std::unique_ptr<ModelContainer> ModelContainer::open(const Schema& schema,
-                                                     ModelConfiguration configuration,
-                                                     base::LogSink& log) {
-    std::unique_ptr<ModelContainer> container(
-        new ModelContainer(schema, std::move(configuration)));
-    container->m_connection = std::make_unique<StoreConnection>(
-        container->m_schema, container->m_configuration, log);
+std::unique_ptr<ModelContainer>
+ModelContainer::open(const Schema& schema, ModelConfiguration configuration, base::LogSink& log) {
+    std::unique_ptr<ModelContainer> container(new ModelContainer(schema, std::move(configuration)));
+    container->m_connection =
+        std::make_unique<StoreConnection>(container->m_schema, container->m_configuration, log);
     return container;
 }
 
-bool ModelContainer::allowsSave() const { return m_connection->allowsSave(); }
+bool ModelContainer::allowsSave() const {
+    return m_connection->allowsSave();
+}
 
 const std::vector<std::string>& ModelContainer::notices() const {
     return m_connection->notices();
 }
 
-std::int64_t ModelContainer::revision() const { return m_connection->revision(); }
+std::int64_t ModelContainer::revision() const {
+    return m_connection->revision();
+}
 
-void ModelContainer::checkpoint() { m_connection->checkpoint(); }
+void ModelContainer::checkpoint() {
+    m_connection->checkpoint();
+}
 
 } // namespace korvex::store

@@ -25,12 +25,11 @@ struct StoreCheckReport {
 /// thread; contexts must end before their container.
 class ModelContainer {
 public:
-    /// Opens or creates the store; creation is all or nothing. Never overwrites a file that it cannot
-    /// read as a store of this schema: throws StoreError instead. A store whose folder or file cannot
-    /// be written opens for reading only (`allowsSave()` is false).
-    static std::unique_ptr<ModelContainer> open(const Schema& schema,
-                                                ModelConfiguration configuration,
-                                                base::LogSink& log);
+    /// Opens or creates the store; creation is all or nothing. Never overwrites a file that it
+    /// cannot read as a store of this schema: throws StoreError instead. A store whose folder or
+    /// file cannot be written opens for reading only (`allowsSave()` is false).
+    static std::unique_ptr<ModelContainer>
+    open(const Schema& schema, ModelConfiguration configuration, base::LogSink& log);
     ~ModelContainer();
 
     const Schema& schema() const { return m_schema; }
@@ -40,12 +39,12 @@ public:
     /// What was noticed while opening and what the user should know, in full sentences.
     const std::vector<std::string>& notices() const;
 
-    /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter while
-    /// no other process has written.
+    /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter
+    /// while no other process has written.
     std::int64_t revision() const;
 
-    /// After every save of a context of this container; during a step, at its end. Observers must not
-    /// throw.
+    /// After every save of a context of this container; during a step, at its end. Observers must
+    /// not throw.
     base::Signal<const ChangeSet&>& didSave() { return m_didSave; }
 
     /// Reads everything and compares it with its checksums. Takes the write lock, changes nothing.

@@ -9,33 +9,61 @@ ModelContext::ModelContext(ModelContainer& container)
 
 ModelContext::~ModelContext() = default;
 
-ModelContainer& ModelContext::container() const { return m_core->container(); }
+ModelContainer& ModelContext::container() const {
+    return m_core->container();
+}
 
-bool ModelContext::isStored(const Record& record) const { return m_core->isStored(record); }
+bool ModelContext::isStored(const Record& record) const {
+    return m_core->isStored(record);
+}
 
-void ModelContext::remove(Record& record) { m_core->remove(record); }
+void ModelContext::remove(Record& record) {
+    m_core->remove(record);
+}
 
-bool ModelContext::hasChanges() const { return m_core->hasChanges(); }
+bool ModelContext::hasChanges() const {
+    return m_core->hasChanges();
+}
 
-std::vector<Record*> ModelContext::insertedRecords() const { return m_core->inserted(); }
+std::vector<Record*> ModelContext::insertedRecords() const {
+    return m_core->inserted();
+}
 
-std::vector<Record*> ModelContext::deletedRecords() const { return m_core->deleted(); }
+std::vector<Record*> ModelContext::deletedRecords() const {
+    return m_core->deleted();
+}
 
-std::vector<Record*> ModelContext::changedRecords() const { return m_core->changed(); }
+std::vector<Record*> ModelContext::changedRecords() const {
+    return m_core->changed();
+}
 
-void ModelContext::save() { m_core->save(); }
+void ModelContext::save() {
+    m_core->save();
+}
 
-void ModelContext::rollback() { m_core->rollback(); }
+void ModelContext::rollback() {
+    m_core->rollback();
+}
 
-void ModelContext::refresh() { m_core->refresh(); }
+void ModelContext::refresh() {
+    m_core->refresh();
+}
 
-void ModelContext::processPendingChanges() { m_core->processPendingChanges(); }
+void ModelContext::processPendingChanges() {
+    m_core->processPendingChanges();
+}
 
-bool ModelContext::autosaves() const { return m_core->autosaves; }
+bool ModelContext::autosaves() const {
+    return m_core->autosaves;
+}
 
-void ModelContext::setAutosaves(bool autosaves) { m_core->autosaves = autosaves; }
+void ModelContext::setAutosaves(bool autosaves) {
+    m_core->autosaves = autosaves;
+}
 
-base::Signal<const ChangeSet&>& ModelContext::didChange() { return m_core->didChange; }
+base::Signal<const ChangeSet&>& ModelContext::didChange() {
+    return m_core->didChange;
+}
 
 void ModelContext::fetchRecords(const RecordType& type, const FetchDescriptor& descriptor,
                                 const std::function<void(Record&)>& sink) {
@@ -58,6 +86,8 @@ LockedStep::LockedStep(ModelContext& context) : m_context(context) {
     m_context.core().beginStep();
 }
 
-LockedStep::~LockedStep() { m_context.core().endStep(); }
+LockedStep::~LockedStep() {
+    m_context.core().endStep();
+}
 
 } // namespace korvex::store

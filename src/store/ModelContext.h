@@ -63,16 +63,17 @@ public:
     std::vector<Record*> changedRecords() const;
 
     /// Writes the changed columns of the changed records in one transaction under the store's write
-    /// lock. `hasChanges` is cleared only once the transaction is durable. Changes that others saved
-    /// meanwhile are merged in first, field by field: this context's changed fields win. Throws
-    /// StoreError and leaves everything pending; `conflict` when a changed record was deleted.
+    /// lock. `hasChanges` is cleared only once the transaction is durable. Changes that others
+    /// saved meanwhile are merged in first, field by field: this context's changed fields win.
+    /// Throws StoreError and leaves everything pending; `conflict` when a changed record was
+    /// deleted.
     void save();
     /// Gives every field its stored value, forgets insertions, takes back deletions.
     void rollback();
 
-    /// Takes in what other contexts and processes saved. Cheap when nothing was. Own pending changes
-    /// stay. A record deleted elsewhere stops being live, unless it has pending changes: then the
-    /// next save reports it.
+    /// Takes in what other contexts and processes saved. Cheap when nothing was. Own pending
+    /// changes stay. A record deleted elsewhere stops being live, unless it has pending changes:
+    /// then the next save reports it.
     void refresh();
 
     /// Tells observers what is pending, or saves it when `autosaves` is set.
@@ -80,8 +81,8 @@ public:
     bool autosaves() const;
     void setAutosaves(bool autosaves);
 
-    /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`; during
-    /// a step, at its end. Observers must not throw.
+    /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`;
+    /// during a step, at its end. Observers must not throw.
     base::Signal<const ChangeSet&>& didChange();
 
     /// For the store's own sources.

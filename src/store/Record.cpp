@@ -8,7 +8,9 @@
 
 namespace korvex::store {
 
-const base::Uuid& Record::id() const { return *static_cast<const base::Uuid*>(slot(0)); }
+const base::Uuid& Record::id() const {
+    return *static_cast<const base::Uuid*>(slot(0));
+}
 
 bool Record::isChanged(std::size_t field) const {
     return std::any_of(m_state.originals.begin(), m_state.originals.end(),
@@ -63,7 +65,9 @@ void Record::assignExternal(std::size_t field, std::optional<base::Bytes> bytes)
     didChange(field);
 }
 
-Record* Record::owner() const { return m_state.owner; }
+Record* Record::owner() const {
+    return m_state.owner;
+}
 
 void Record::setOwner(Record* owner) {
     assert(m_type->ownerField);
@@ -108,9 +112,8 @@ void Record::didChange(std::size_t field) {
         return;
     }
     // Changed and changed back is not changed.
-    const auto original =
-        std::find_if(m_state.originals.begin(), m_state.originals.end(),
-                     [&](const auto& each) { return each.field == field; });
+    const auto original = std::find_if(m_state.originals.begin(), m_state.originals.end(),
+                                       [&](const auto& each) { return each.field == field; });
     if (original != m_state.originals.end() && original->value == readSlot(slot(field), kind)) {
         m_state.originals.erase(original);
     }

@@ -249,9 +249,8 @@ void RowCodec::bindField(Statement& statement, int index, const Record& record,
     case FieldKind::date:
         return statement.bind(index, as<base::Instant>(slot).seconds);
     case FieldKind::optionalDate:
-        return bindOptional(as<std::optional<base::Instant>>(slot), [&](base::Instant instant) {
-            statement.bind(index, instant.seconds);
-        });
+        return bindOptional(as<std::optional<base::Instant>>(slot),
+                            [&](base::Instant instant) { statement.bind(index, instant.seconds); });
     case FieldKind::externalBytes:
         break;
     }

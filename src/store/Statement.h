@@ -35,10 +35,9 @@ public:
                                   SQLITE_STATIC, SQLITE_UTF8));
     }
     void bind(int index, std::span<const std::uint8_t> bytes) {
-        check(bytes.empty()
-                  ? sqlite3_bind_zeroblob(raw(), index + 1, 0)
-                  : sqlite3_bind_blob64(raw(), index + 1, bytes.data(), bytes.size(),
-                                        SQLITE_STATIC));
+        check(bytes.empty() ? sqlite3_bind_zeroblob(raw(), index + 1, 0)
+                            : sqlite3_bind_blob64(raw(), index + 1, bytes.data(), bytes.size(),
+                                                  SQLITE_STATIC));
     }
     void bind(int index, const base::Uuid& id) {
         bind(index, std::span<const std::uint8_t>(id.bytes));

@@ -88,9 +88,8 @@ private:
             if (field.kind != FieldKind::externalBytes) {
                 continue;
             }
-            Statement rows(m_connection.handle(),
-                           "SELECT owner, checksum, bytes FROM " +
-                               tableSql::externalTable(type, field));
+            Statement rows(m_connection.handle(), "SELECT owner, checksum, bytes FROM " +
+                                                      tableSql::externalTable(type, field));
             while (rows.step()) {
                 if (base::checksum(rows.bytes(2)) != static_cast<std::uint64_t>(rows.integer(1))) {
                     problem(std::string(type.name) + " row " + std::to_string(rows.integer(0)) +

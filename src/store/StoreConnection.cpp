@@ -17,6 +17,10 @@ constexpr int kLongJournalPages = 1000;
 /// For writers that are not ours and do not know our lock.
 constexpr int kBusyTimeoutMilliseconds = 5000;
 
+/// A connection belongs to one thread, so its calls need no mutex; there is one for every value
+/// read.
+constexpr int kNoMutex = SQLITE_OPEN_NOMUTEX;
+
 /// A path as a URI for SQLite, every byte that is not plainly safe escaped.
 std::string fileUri(const std::filesystem::path& path, std::string_view query) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
@@ -37,6 +41,15 @@ std::string fileUri(const std::filesystem::path& path, std::string_view query) {
     return uri + std::string(query);
 }
 
+/// A missing folder is made for its owner alone; one that is there keeps its permissions. What
+/// fails shows when the lock file is opened.
+void makeFolder(const std::filesystem::path& folder) {
+    std::error_code failure;
+    if (std::filesystem::create_directories(folder, failure)) {
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
+    }
+}
+
 std::uint64_t inode(const std::filesystem::path& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
@@ -45,15 +58,15 @@ std::uint64_t inode(const std::filesystem::path& path) {
 } // namespace
 
 TypeStatements::TypeStatements(sqlite3* database, const RecordType& recordType)
-    : type(recordType), codec(recordType),
+    : type(recordType),
+      codec(recordType),
       selectByRowid(database, tableSql::select(type) + " WHERE rowid = ?"),
       selectByIdentifier(database, tableSql::select(type) + " WHERE " +
                                        tableSql::quoted(type.fields[0].name) + " = ?"),
       countByIdentifier(database, "SELECT count(*) FROM " + tableSql::quoted(type.name) +
                                       " WHERE " + tableSql::quoted(type.fields[0].name) + " = ?"),
       insert(database, tableSql::insert(type)),
-      remove(database,
-             "DELETE FROM " + tableSql::quoted(type.name) + " WHERE rowid = ?") {
+      remove(database, "DELETE FROM " + tableSql::quoted(type.name) + " WHERE rowid = ?") {
     for (std::size_t i = 0; i < type.fields.size(); ++i) {
         if (type.fields[i].kind == FieldKind::externalBytes) {
             const auto table = tableSql::externalTable(type, type.fields[i]);
@@ -77,8 +90,11 @@ Statement& TypeStatements::updateOf(sqlite3* database, const std::vector<std::si
 
 StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration& configuration,
                                  base::LogSink& log)
-    : m_schema(schema), m_configuration(configuration), m_log(log, "Store"),
-      m_file(configuration.file), m_allowsSave(configuration.allowsSave) {
+    : m_schema(schema),
+      m_configuration(configuration),
+      m_log(log, "Store"),
+      m_file(configuration.file),
+      m_allowsSave(configuration.allowsSave) {
     try {
         openDatabase();
         m_begin.emplace(handle(), "BEGIN IMMEDIATE");
@@ -112,7 +128,7 @@ StoreConnection::~StoreConnection() {
 void StoreConnection::openDatabase() {
     if (m_configuration.isInMemory()) {
         m_database = std::make_unique<SQLite::Database>(
-            ":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+            ":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | kNoMutex);
         for (const auto& sql : tableSql::createCommonStatements()) {
             m_database->exec(sql);
         }
@@ -124,8 +140,8 @@ void StoreConnection::openDatabase() {
         return;
     }
     bool exists = m_file.exists();
-    if (!exists && (!m_allowsSave ||
-                    m_configuration.whenMissing == ModelConfiguration::Missing::refuse)) {
+    if (!exists &&
+        (!m_allowsSave || m_configuration.whenMissing == ModelConfiguration::Missing::refuse)) {
         throw StoreError(m_file.hasJournal() ? StoreErrorCase::incomplete
                                              : StoreErrorCase::missing);
     }
@@ -133,17 +149,16 @@ void StoreConnection::openDatabase() {
         m_allowsSave = false;
     }
     if (!m_allowsSave) {
-        // Without a journal nothing is missing from the file itself, and it opens where not even the
-        // journal's companions can be made.
+        // Without a journal nothing is missing from the file itself, and it opens where not even
+        // the journal's companions can be made.
         const std::string uri =
             fileUri(m_file.path(), m_file.hasJournal() ? "?mode=ro" : "?mode=ro&immutable=1");
-        m_database = std::make_unique<SQLite::Database>(
-            uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        m_database = std::make_unique<SQLite::Database>(uri, SQLite::OPEN_READONLY |
+                                                                 SQLite::OPEN_URI | kNoMutex);
         configure();
         return;
     }
-    std::error_code failure;
-    std::filesystem::create_directories(m_file.path().parent_path(), failure);
+    makeFolder(m_file.path().parent_path());
     m_lock.emplace(m_file.lockFile(), m_configuration.lockTimeout);
     StoreLock::Guard guard(&*m_lock);
     m_file.removeStaging();
@@ -156,7 +171,7 @@ void StoreConnection::openDatabase() {
         m_file.create(m_schema);
     }
     m_database = std::make_unique<SQLite::Database>(m_file.path().string(),
-                                                    SQLite::OPEN_READWRITE);
+                                                    SQLite::OPEN_READWRITE | kNoMutex);
     configure();
 }
 
@@ -193,8 +208,8 @@ void StoreConnection::noticeMissingChanges() {
     }
     const auto record = m_lock->record();
     if (record && record->storeID == m_storeID && record->revision > m_knownRevision) {
-        // What is left of the journal would be overwritten by the next save: keep it for whoever can
-        // read more out of it.
+        // What is left of the journal would be overwritten by the next save: keep it for whoever
+        // can read more out of it.
         std::string kept;
         if (m_file.hasJournal()) {
             auto copy = m_file.path();
@@ -203,8 +218,7 @@ void StoreConnection::noticeMissingChanges() {
             std::filesystem::copy_file(m_file.journal(), copy,
                                        std::filesystem::copy_options::skip_existing, failure);
             if (!failure) {
-                kept = " What is left of the journal was kept as " + copy.filename().string() +
-                       ".";
+                kept = " What is left of the journal was kept as " + copy.filename().string() + ".";
             }
         }
         m_notices.push_back("The newest " + std::to_string(record->revision - m_knownRevision) +
@@ -257,7 +271,11 @@ StoreConnection::ReadScope::~ReadScope() {
     }
 }
 
-void StoreConnection::begin() { m_begin->run(); }
+void StoreConnection::begin() {
+    if (sqlite3_get_autocommit(handle()) != 0) {
+        m_begin->run();
+    }
+}
 
 void StoreConnection::commit(std::int64_t newRevision) {
     m_commit->run();
@@ -289,8 +307,7 @@ void StoreConnection::checkpointLongJournal() {
     try {
         checkpoint();
     } catch (const StoreError& error) {
-        m_log.warning("The journal could not be moved into the store: " +
-                      error.errorDescription());
+        m_log.warning("The journal could not be moved into the store: " + error.errorDescription());
     }
 }
 
@@ -302,8 +319,8 @@ void StoreConnection::checkpoint() {
     checkFilesAreInPlace();
     int inJournal = 0;
     int moved = 0;
-    const int code = sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE,
-                                               &inJournal, &moved);
+    const int code =
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, &inJournal, &moved);
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);
     }

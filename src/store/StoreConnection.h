@@ -81,7 +81,9 @@ public:
         bool m_isOwn;
     };
 
-    /// Takes the database's write lock at once. Throws StoreError.
+    /// Starts a write transaction, the database's own lock taken at once, unless there is one. A
+    /// step is one transaction from its first look to its commit: that costs less than a lock for
+    /// each read. Throws StoreError.
     void begin();
     /// Durable when it returns. Then moves a long journal into the store file; a failure of that is
     /// logged, since the commit stands.

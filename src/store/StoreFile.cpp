@@ -47,8 +47,7 @@ void syncPath(const std::filesystem::path& path, int flags) {
 }
 
 void fill(const std::filesystem::path& staging, const Schema& schema) {
-    SQLite::Database database(staging.string(),
-                              SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    SQLite::Database database(staging.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
     database.exec("PRAGMA synchronous = FULL");
     SQLite::Transaction transaction(database);
     database.exec("PRAGMA application_id = " + std::to_string(StoreFile::kApplicationID));
@@ -80,7 +79,9 @@ std::filesystem::path StoreFile::directory() const {
     return m_file.has_parent_path() ? m_file.parent_path() : std::filesystem::path(".");
 }
 
-std::string StoreFile::stagingPrefix() const { return "." + m_file.filename().string() + ".new-"; }
+std::string StoreFile::stagingPrefix() const {
+    return "." + m_file.filename().string() + ".new-";
+}
 
 bool StoreFile::exists() const {
     struct stat status {};
@@ -117,6 +118,9 @@ void StoreFile::create(const Schema& schema) const {
     const auto staging = directory() / (stagingPrefix() + base::Uuid::random().text());
     try {
         fill(staging, schema);
+        // A person's notes are nobody else's; the journal takes over the file's permissions.
+        std::filesystem::permissions(staging, std::filesystem::perms::owner_read |
+                                                  std::filesystem::perms::owner_write);
         syncPath(staging, O_RDWR);
         if (::renameat2(AT_FDCWD, staging.c_str(), AT_FDCWD, m_file.c_str(), RENAME_NOREPLACE) !=
             0) {

@@ -8,9 +8,9 @@
 
 namespace korvex::store {
 
-/// The files of one store and what can be told from them before and after SQLite opens them. None of
-/// these functions opens the store file itself: closing any descriptor of it would drop the locks
-/// that SQLite holds in this process.
+/// The files of one store and what can be told from them before and after SQLite opens them. None
+/// of these functions opens the store file itself: closing any descriptor of it would drop the
+/// locks that SQLite holds in this process.
 class StoreFile {
 public:
     /// "KVX1", in the file's header.
@@ -29,8 +29,8 @@ public:
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;
 
-    /// Builds a new, empty store beside the file and renames it into place, so that it is there whole
-    /// or not at all. The write lock must be held. Never replaces a file.
+    /// Builds a new, empty store beside the file and renames it into place, so that it is there
+    /// whole or not at all. The write lock must be held. Never replaces a file.
     void create(const Schema& schema) const;
     /// Removes what an interrupted `create` left. The write lock must be held.
     void removeStaging() const;

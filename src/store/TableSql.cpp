@@ -36,7 +36,9 @@ std::string_view columnType(FieldKind kind) {
 
 } // namespace
 
-std::string quoted(std::string_view name) { return "\"" + std::string(name) + "\""; }
+std::string quoted(std::string_view name) {
+    return "\"" + std::string(name) + "\"";
+}
 
 std::string externalTable(const RecordType& type, const Field& field) {
     return quoted(std::string(type.name) + "." + std::string(field.name));

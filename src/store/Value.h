@@ -14,6 +14,8 @@ namespace korvex::store {
 using Value =
     std::variant<std::monostate, std::int64_t, double, std::string, base::Bytes, base::Uuid>;
 
-inline bool isAbsent(const Value& value) { return std::holds_alternative<std::monostate>(value); }
+inline bool isAbsent(const Value& value) {
+    return std::holds_alternative<std::monostate>(value);
+}
 
 } // namespace korvex::store

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using model::BoardFields;
@@ -36,7 +36,7 @@ TEST_F(BoardServiceTest, TheInboxIsMadeOnceAndALegacyTodayBecomesIt) {
     EXPECT_EQ(inbox->name(), "Inbox");
     EXPECT_EQ(inbox->systemIdentifier(), "inbox");
     EXPECT_TRUE(inbox->isSystem());
-    EXPECT_TRUE(log.contains("Initialized default boards"));
+    EXPECT_GT(log.count("Initialized default boards"), 0U);
     const auto revision = container->revision();
     boards->initializeDefaultBoards(kNow);
     EXPECT_EQ(container->revision(), revision);
@@ -49,8 +49,8 @@ TEST_F(BoardServiceTest, LegacySystemBoardsAreRepaired) {
         std::optional<std::string> identifier;
         bool becomesInbox;
     } cases[] = {
-        {"Today", true, std::nullopt, true}, {"Inbox", true, std::nullopt, true},
-        {"Heute", false, "today", true},     {"today", true, std::nullopt, false},
+        {"Today", true, std::nullopt, true},   {"Inbox", true, std::nullopt, true},
+        {"Heute", false, "today", true},       {"today", true, std::nullopt, false},
         {"Today", false, std::nullopt, false},
     };
     for (const auto& legacyCase : cases) {
@@ -127,11 +127,10 @@ TEST_F(BoardServiceTest, IconsAndColoursAreRawValuesOrNone) {
 }
 
 TEST_F(BoardServiceTest, DeletingTakesEntriesAndTheirReminders) {
-    const auto todos = entries->createTodos(
-        {.contents = {"a", "b"},
-         .board = *board,
-         .now = kNow,
-         .schedule = {.reminderDate = base::Instant{5000}}});
+    const auto todos = entries->createTodos({.contents = {"a", "b"},
+                                             .board = *board,
+                                             .now = kNow,
+                                             .schedule = {.reminderDate = base::Instant{5000}}});
     const auto ids = std::vector{todos[0]->id(), todos[1]->id()};
     EXPECT_THAT(board->deletionMessage(), testing::HasSubstr("to delete: 0."));
     entries->completeTodo(*todos[0], kNow);
@@ -155,8 +154,8 @@ TEST_F(BoardServiceTest, MovingKeepsArchivedBoardsInTheirPlaces) {
     boards->moveBoard(c.id(), b.id(), EntryPlacement::after, kNow);
     EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "b", "old", "c"));
     boards->moveBoard(c.id(), c.id(), EntryPlacement::after, kNow);
-    for (const auto& [moved, target] : {std::pair(base::Uuid::random(), b.id()),
-                                        std::pair(b.id(), old.id())}) {
+    for (const auto& [moved, target] :
+         {std::pair(base::Uuid::random(), b.id()), std::pair(b.id(), old.id())}) {
         EXPECT_EQ(entryRefusal([&, moved = moved, target = target] {
                       boards->moveBoard(moved, target, EntryPlacement::before, kNow);
                   }),
@@ -187,4 +186,4 @@ TEST_F(BoardServiceTest, SortingTakesNumbersByValueAndKeepsTheInboxFirst) {
                 ElementsAre("Inbox", "Board 10", "Board 9", "board 2", "Äpfel"));
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

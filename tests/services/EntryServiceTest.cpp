@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Entry;
 using model::EntryPlacement;
@@ -17,10 +17,8 @@ class EntryServiceTest : public ServiceFixture {};
 TEST_F(EntryServiceTest, CreationPlacesABatchAndCompletedTodosFollow) {
     auto five = add({"a", "b", "c", "d", "e", "done"});
     entries->completeTodo(*five[5], kNow);
-    const auto created = entries->createTodos({.contents = {"  x ", "y", "z\r\n"},
-                                               .board = *board,
-                                               .after = five[1]->id(),
-                                               .now = kNow});
+    const auto created = entries->createTodos(
+        {.contents = {"  x ", "y", "z\r\n"}, .board = *board, .after = five[1]->id(), .now = kNow});
     EXPECT_THAT(texts(created), ElementsAre("x", "y", "z"));
     EXPECT_EQ(created[0]->sortOrder(), 2);
     EXPECT_EQ(created[2]->sortOrder(), 4);
@@ -40,8 +38,7 @@ TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
     entries->completeTodo(*todos[1], kNow);
     services::BoardService other(*context, reminders, log);
     model::Board& work = other.createBoard("Work", kNow);
-    const auto elsewhere =
-        entries->createTodos({.contents = {"w"}, .board = work, .now = kNow});
+    const auto elsewhere = entries->createTodos({.contents = {"w"}, .board = work, .now = kNow});
     const auto before = container->revision();
     const std::string long10000(10'000, 'x');
     std::string emoji;
@@ -58,24 +55,44 @@ TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
     } cases[] = {
         {"no content", {}, {}, {}, EntryServiceErrorCase::emptyContent},
         {"a blank line among three", {"a", "  ", "c"}, {}, {}, EntryServiceErrorCase::emptyContent},
-        {"10,003 characters with the spaces", {long10000 + "   "}, {}, {},
+        {"10,003 characters with the spaces",
+         {long10000 + "   "},
+         {},
+         {},
          EntryServiceErrorCase::contentTooLong},
         {"10,001 characters", {long10000 + "y"}, {}, {}, EntryServiceErrorCase::contentTooLong},
         {"10,001 emoji", {emoji + "\U0001F600"}, {}, {}, EntryServiceErrorCase::contentTooLong},
-        {"over a mebibyte", {std::string(1'048'577, ' ')}, {}, {},
+        {"over a mebibyte",
+         {std::string(1'048'577, ' ')},
+         {},
+         {},
          EntryServiceErrorCase::contentTooLong},
-        {"no such day", {"a"}, TodoSchedule::dueOn(20250229), {},
+        {"no such day",
+         {"a"},
+         TodoSchedule::dueOn(20250229),
+         {},
          EntryServiceErrorCase::invalidSchedule},
-        {"window the wrong way", {"a"},
-         {.dueDate = base::Instant{5000}, .dueStartDate = base::Instant{5000}}, {},
+        {"window the wrong way",
+         {"a"},
+         {.dueDate = base::Instant{5000}, .dueStartDate = base::Instant{5000}},
+         {},
          EntryServiceErrorCase::invalidSchedule},
         {"reminder now", {"a"}, remindedNow, {}, EntryServiceErrorCase::pastReminder},
         {"the schedule is judged first", {}, remindedNow, {}, EntryServiceErrorCase::pastReminder},
-        {"after a completed todo", {"a"}, {}, todos[1]->id(),
+        {"after a completed todo",
+         {"a"},
+         {},
+         todos[1]->id(),
          EntryServiceErrorCase::invalidReorder},
-        {"after another board's", {"a"}, {}, elsewhere[0]->id(),
+        {"after another board's",
+         {"a"},
+         {},
+         elsewhere[0]->id(),
          EntryServiceErrorCase::invalidReorder},
-        {"after nothing known", {"a"}, {}, base::Uuid::random(),
+        {"after nothing known",
+         {"a"},
+         {},
+         base::Uuid::random(),
          EntryServiceErrorCase::invalidReorder},
     };
     for (const auto& each : cases) {
@@ -135,10 +152,9 @@ TEST_F(EntryServiceTest, AReadOnlyStoreRefusesBeforeAnythingIsMade) {
     model::Board& same = *reading.find<model::Board>(board->id());
     Entry& entry = *same.entries().front();
     const auto refused = EntryServiceErrorCase::readOnlyStore;
-    EXPECT_EQ(entryRefusal([&] {
-                  service.createTodos({.contents = {"b"}, .board = same, .now = kNow});
-              }),
-              refused);
+    EXPECT_EQ(
+        entryRefusal([&] { service.createTodos({.contents = {"b"}, .board = same, .now = kNow}); }),
+        refused);
     EXPECT_EQ(entryRefusal([&] { service.updateSchedule(entry, {}, kNow); }), refused);
     EXPECT_EQ(entryRefusal([&] { service.completeTodo(entry, kNow); }), refused);
     EXPECT_FALSE(reading.hasChanges());
@@ -189,10 +205,8 @@ TEST_F(EntryServiceTest, EditingTrimsAndKeepsWhatWasStoredWhenItIsRefused) {
 
 TEST_F(EntryServiceTest, AnUnchangedPastReminderMayStay) {
     const TodoSchedule reminded{.reminderDate = base::Instant{1500}};
-    Entry& entry = *entries->createTodos({.contents = {"a"},
-                                          .board = *board,
-                                          .now = kNow,
-                                          .schedule = reminded})[0];
+    Entry& entry = *entries->createTodos(
+        {.contents = {"a"}, .board = *board, .now = kNow, .schedule = reminded})[0];
     TodoSchedule later = reminded;
     later.dueDay = 20250310;
     entries->updateSchedule(entry, later, {2000});
@@ -215,8 +229,8 @@ TEST_F(EntryServiceTest, MovesFollowTheTargetAndRefuseStrangers) {
     EXPECT_THAT(storedOrder(*board), ElementsAre("d", "c", "a", "b"));
     entries->moveEntry(id(1), -3, *board);
     EXPECT_THAT(storedOrder(*board), ElementsAre("b", "d", "c", "a"));
-    for (const std::int64_t off : {std::int64_t{-1}, std::int64_t{0}, std::int64_t{4}, INT64_MAX,
-                                   INT64_MIN}) {
+    for (const std::int64_t off :
+         {std::int64_t{-1}, std::int64_t{0}, std::int64_t{4}, INT64_MAX, INT64_MIN}) {
         entries->moveEntry(id(1), off, *board);
     }
     EXPECT_THAT(storedOrder(*board), ElementsAre("b", "d", "c", "a"));
@@ -231,8 +245,9 @@ TEST_F(EntryServiceTest, MovesFollowTheTargetAndRefuseStrangers) {
                   }),
                   EntryServiceErrorCase::invalidReorder);
     }
-    EXPECT_TRUE(log.contains("Rejected reorder with missing, identical, completed, or "
-                             "cross-board entries"));
+    EXPECT_GT(log.count("Rejected reorder with missing, identical, completed, or "
+                        "cross-board entries"),
+              0U);
     EXPECT_THAT(storedOrder(*board), ElementsAre("b", "d", "a", "c"));
 }
 
@@ -257,10 +272,10 @@ TEST_F(EntryServiceTest, EntriesWithOneOrderAreTakenByTimeThenIdentifier) {
 TEST_F(EntryServiceTest, IdentifiersNeverReachTheLog) {
     Entry& entry = *add({"secret"})[0];
     entries->completeTodo(entry, kNow);
-    EXPECT_TRUE(log.contains("Created todo with identifier "));
-    EXPECT_TRUE(log.contains("Completed todo with identifier "));
-    EXPECT_FALSE(log.contains(entry.id().text()));
-    EXPECT_FALSE(log.contains("secret"));
+    EXPECT_GT(log.count("Created todo with identifier "), 0U);
+    EXPECT_GT(log.count("Completed todo with identifier "), 0U);
+    EXPECT_EQ(log.count(entry.id().text()), 0U);
+    EXPECT_EQ(log.count("secret"), 0U);
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 /// Counts what the services ask for.
 class RecordingReminders final : public services::ReminderReconciling {
@@ -112,4 +112,4 @@ protected:
     model::Board* board = nullptr;
 };
 
-} // namespace korvex::test
+} // namespace korvex::tests

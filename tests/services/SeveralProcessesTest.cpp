@@ -14,7 +14,7 @@
 #include <set>
 #include <thread>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Entry;
 using services::EntryService;
@@ -22,7 +22,9 @@ using services::EntryService;
 namespace {
 
 /// How many changes each of the two programs makes; KORVEX_FULL_STRESS asks for the 10,000.
-int changesPerProcess() { return std::getenv("KORVEX_FULL_STRESS") ? 10'000 : 1'500; }
+int changesPerProcess() {
+    return std::getenv("KORVEX_FULL_STRESS") ? 10'000 : 1'500;
+}
 
 } // namespace
 
@@ -43,9 +45,9 @@ protected:
         }
         pointers.push_back(nullptr);
         pid_t child = -1;
-        EXPECT_EQ(::posix_spawn(&child, KORVEX_STORE_WORKER, nullptr, nullptr, pointers.data(),
-                                environ),
-                  0);
+        EXPECT_EQ(
+            ::posix_spawn(&child, KORVEX_STORE_WORKER, nullptr, nullptr, pointers.data(), environ),
+            0);
         return child;
     }
 
@@ -65,7 +67,8 @@ TEST_F(SeveralProcessesTest, TwoWriteAndAThirdIsKilledAgainAndAgain) {
     siginfo_t ended{};
     const auto hasEnded = [&](pid_t child) {
         ended = {};
-        return ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+        return ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) ==
+                   0 &&
                ended.si_pid == child;
     };
     while (!hasEnded(first) || !hasEnded(second)) {
@@ -101,4 +104,4 @@ TEST_F(SeveralProcessesTest, TwoWriteAndAThirdIsKilledAgainAndAgain) {
     EXPECT_LE(stored.size(), acknowledged + 1 + static_cast<std::size_t>(kills));
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

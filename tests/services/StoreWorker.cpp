@@ -11,7 +11,7 @@
 #include <random>
 #include <string>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Entry;
 using services::EntryService;
@@ -24,10 +24,12 @@ class Worker {
 public:
     Worker(const std::filesystem::path& storeFile, const base::Uuid& board, unsigned seed,
            const std::filesystem::path& journal)
-        : m_container(store::ModelContainer::open(model::currentSchema(), {.file = storeFile},
-                                                  m_log)),
-          m_context(*m_container), m_entries(m_context, m_reminders, m_widgets, m_log),
-          m_board(m_context.find<model::Board>(board)), m_random(seed),
+        : m_container(
+              store::ModelContainer::open(model::currentSchema(), {.file = storeFile}, m_log)),
+          m_context(*m_container),
+          m_entries(m_context, m_reminders, m_widgets, m_log),
+          m_board(m_context.find<model::Board>(board)),
+          m_random(seed),
           m_journal(journal, std::ios::app) {}
 
     void change(int number) {
@@ -79,7 +81,7 @@ private:
 
 } // namespace
 
-} // namespace korvex::test
+} // namespace korvex::tests
 
 // store_worker STORE BOARD SEED CHANGES JOURNAL
 int main(int count, char** arguments) {
@@ -87,8 +89,8 @@ int main(int count, char** arguments) {
         return 2;
     }
     try {
-        korvex::test::Worker worker(arguments[1], *korvex::base::Uuid::parse(arguments[2]),
-                                    static_cast<unsigned>(std::atoi(arguments[3])), arguments[5]);
+        korvex::tests::Worker worker(arguments[1], *korvex::base::Uuid::parse(arguments[2]),
+                                     static_cast<unsigned>(std::atoi(arguments[3])), arguments[5]);
         const int changes = std::atoi(arguments[4]);
         for (int i = 0; i < changes; ++i) {
             worker.change(i);

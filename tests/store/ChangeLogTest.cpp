@@ -4,7 +4,7 @@
 
 #include <random>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using store::ChangeLog;
 using store::RowChange;
@@ -35,4 +35,4 @@ TEST(ChangeLog, BytesThatAreCutOrNeverEndAreRefused) {
     EXPECT_FALSE(ChangeLog::decode(base::Bytes(40, 0xff), decoded));
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using store::ModelContext;
@@ -111,4 +111,4 @@ TEST_F(JournalTest, ALongJournalIsMovedIntoTheStoreFile) {
     EXPECT_LT(std::filesystem::file_size(journalFile()), 8U << 20U);
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

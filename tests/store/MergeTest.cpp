@@ -3,7 +3,7 @@
 #include <map>
 #include <random>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using model::Entry;
@@ -36,8 +36,7 @@ struct Player {
 
 } // namespace
 
-class RandomInterleavings : public StoreFixture,
-                            public testing::WithParamInterface<unsigned> {};
+class RandomInterleavings : public StoreFixture, public testing::WithParamInterface<unsigned> {};
 
 TEST_P(RandomInterleavings, EveryFieldEndsAsItsLastSaverLeftIt) {
     std::mt19937 random(GetParam());
@@ -131,4 +130,4 @@ TEST_P(RandomInterleavings, EveryFieldEndsAsItsLastSaverLeftIt) {
 
 INSTANTIATE_TEST_SUITE_P(Seeds, RandomInterleavings, testing::Range(1U, 21U));
 
-} // namespace korvex::test
+} // namespace korvex::tests

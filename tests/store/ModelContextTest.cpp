@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using model::Entry;
@@ -164,9 +164,9 @@ TEST_F(ModelContextTest, AFetchSeesPendingChangesAndOthersSeeOnlyWhatIsSaved) {
     second.setIsCompleted(true);
     first.setSortOrder(9);
     addTodo(context, board, "fourth", 5);
-    const FetchDescriptor open{
-        .condition = FieldReference{Entry::isCompletedField} == Value(std::int64_t{0}),
-        .order = {{Entry::sortOrderField}}};
+    const FetchDescriptor open{.condition = FieldReference{Entry::isCompletedField} ==
+                                            Value(std::int64_t{0}),
+                               .order = {{Entry::sortOrderField}}};
     EXPECT_THAT(contents(context, open), testing::ElementsAre("third", "fourth", "first"));
     FetchDescriptor two = open;
     two.limit = 2;
@@ -229,11 +229,10 @@ TEST_F(ModelContextTest, SignalsNameWhatASaveTouchedAfterTheStepEnds) {
     const auto container = open();
     ModelContext context(*container);
     std::vector<store::ChangeSet> seen;
-    const auto changes =
-        context.didChange().connect([&](const store::ChangeSet& change) { seen.push_back(change); });
+    const auto changes = context.didChange().connect(
+        [&](const store::ChangeSet& change) { seen.push_back(change); });
     int saves = 0;
-    const auto saved =
-        container->didSave().connect([&](const store::ChangeSet&) { ++saves; });
+    const auto saved = container->didSave().connect([&](const store::ChangeSet&) { ++saves; });
     base::Uuid id;
     {
         const store::LockedStep outer(context);
@@ -279,4 +278,4 @@ TEST_F(ModelContextTest, AStoreInMemoryNeedsNoFile) {
     EXPECT_TRUE(std::filesystem::is_empty(folder()));
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

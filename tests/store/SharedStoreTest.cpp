@@ -4,7 +4,7 @@
 
 #include <chrono>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using model::Entry;
@@ -175,4 +175,4 @@ TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
     EXPECT_NO_THROW(waiting.save());
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using model::Entry;
@@ -50,16 +50,16 @@ TEST_F(StoreCheckTest, ASoundStoreHasNoProblems) {
 }
 
 TEST_F(StoreCheckTest, EveryAlteredFieldIsReportedWithItsRecord) {
-    const char* changes[] = {
-        "content = 'todo X'",     "typeRawValue = 'toda'",   "richTextData = x'00'",
-        "createdAt = 0.5",        "updatedAt = 1",           "sortOrder = 3",
-        "isCompleted = 1",        "completedAt = 0",         "dueDay = 20250101",
-        "dueDate = 0",            "dueStartDate = 0",        "reminderDate = 0",
-        "checksum = checksum + 1"};
+    const char* changes[] = {"content = 'todo X'",     "typeRawValue = 'toda'",
+                             "richTextData = x'00'",   "createdAt = 0.5",
+                             "updatedAt = 1",          "sortOrder = 3",
+                             "isCompleted = 1",        "completedAt = 0",
+                             "dueDay = 20250101",      "dueDate = 0",
+                             "dueStartDate = 0",       "reminderDate = 0",
+                             "checksum = checksum + 1"};
     for (const char* change : changes) {
         const auto problems =
-            problemsAfter(std::string("UPDATE Entry SET ") + change +
-                          " WHERE content = 'todo 1'");
+            problemsAfter(std::string("UPDATE Entry SET ") + change + " WHERE content = 'todo 1'");
         ASSERT_EQ(problems.size(), 1U) << change;
         EXPECT_THAT(problems[0], testing::AllOf(testing::HasSubstr(ids[1].text()),
                                                 testing::HasSubstr("checksum")))
@@ -76,4 +76,4 @@ TEST_F(StoreCheckTest, AlteredAttachmentsAndOrphansAreReported) {
                 testing::Contains(testing::HasSubstr("belongs to something that is not there")));
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

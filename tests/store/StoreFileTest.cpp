@@ -9,7 +9,7 @@
 #include <fstream>
 #include <functional>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 using model::Board;
 using store::ModelConfiguration;
@@ -194,4 +194,4 @@ TEST_F(StoreFileTest, AFolderThatVanishesMidRunTakesNoAcknowledgedChange) {
     EXPECT_TRUE(context.hasChanges());
 }
 
-} // namespace korvex::test
+} // namespace korvex::tests

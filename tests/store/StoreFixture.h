@@ -16,7 +16,7 @@
 #include <optional>
 #include <string>
 
-namespace korvex::test {
+namespace korvex::tests {
 
 /// A real store file in a folder of its own, and records to put in it.
 class StoreFixture : public ::testing::Test {
@@ -48,11 +48,10 @@ protected:
 
     static model::Entry& addTodo(store::ModelContext& context, model::Board& board,
                                  const std::string& content, std::int64_t sortOrder = 0) {
-        auto entry = std::make_unique<model::Entry>(
-            model::EntryFields{.id = base::Uuid::random(),
-                               .typeRawValue = "todo",
-                               .content = content,
-                               .sortOrder = sortOrder});
+        auto entry = std::make_unique<model::Entry>(model::EntryFields{.id = base::Uuid::random(),
+                                                                       .typeRawValue = "todo",
+                                                                       .content = content,
+                                                                       .sortOrder = sortOrder});
         entry->setBoard(&board);
         return context.insert(std::move(entry));
     }
@@ -63,4 +62,4 @@ private:
     TemporaryFolder m_folder;
 };
 
-} // namespace korvex::test
+} // namespace korvex::tests

@@ -1,0 +1,173 @@
+#include "app/FileUserDefaults.h"
+
+#include "app/UserFolders.h"
+#include "base/FileReplacement.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <sodium.h>
+
+#include <fstream>
+#include <iterator>
+#include <utility>
+
+namespace korvex::app {
+
+namespace {
+
+/// JSON has no bytes: they stand as {"base64": "…"}, so that no text is taken for bytes.
+constexpr const char* kBytesMember = "base64";
+
+rapidjson::Value::StringRefType reference(std::string_view text) {
+    return {text.data(), static_cast<rapidjson::SizeType>(text.size())};
+}
+
+std::string base64(const base::Bytes& bytes) {
+    constexpr auto kVariant = sodium_base64_VARIANT_ORIGINAL;
+    // The length counts the closing zero.
+    std::string text(sodium_base64_encoded_len(bytes.size(), kVariant), '\0');
+    sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(), kVariant);
+    text.pop_back();
+    return text;
+}
+
+std::optional<base::Bytes> bytesOfBase64(std::string_view text) {
+    base::Bytes bytes(text.size());
+    std::size_t length = 0;
+    if (sodium_base642bin(bytes.data(), bytes.size(), text.data(), text.size(), nullptr, &length,
+                          nullptr, sodium_base64_VARIANT_ORIGINAL) != 0) {
+        return std::nullopt;
+    }
+    bytes.resize(length);
+    return bytes;
+}
+
+std::string_view view(const rapidjson::Value& string) {
+    return {string.GetString(), string.GetStringLength()};
+}
+
+} // namespace
+
+struct FileUserDefaults::Settings {
+    rapidjson::Document json{rapidjson::kObjectType};
+
+    const rapidjson::Value* find(std::string_view key) const {
+        const auto member = json.FindMember(rapidjson::Value(reference(key)));
+        return member == json.MemberEnd() ? nullptr : &member->value;
+    }
+
+    void remove(std::string_view key) {
+        const auto member = json.FindMember(rapidjson::Value(reference(key)));
+        if (member != json.MemberEnd()) {
+            json.EraseMember(member);
+        }
+    }
+
+    void set(std::string_view key, rapidjson::Value value) {
+        const auto member = json.FindMember(rapidjson::Value(reference(key)));
+        if (member != json.MemberEnd()) {
+            member->value = std::move(value);
+            return;
+        }
+        rapidjson::Value name(reference(key), json.GetAllocator());
+        json.AddMember(name, value, json.GetAllocator());
+    }
+
+    rapidjson::Value text(std::string_view value) {
+        return rapidjson::Value(reference(value), json.GetAllocator());
+    }
+};
+
+FileUserDefaults::FileUserDefaults(std::filesystem::path file)
+    : m_file(std::move(file)), m_settings(std::make_unique<Settings>()) {
+    read();
+}
+
+FileUserDefaults::~FileUserDefaults() = default;
+
+std::filesystem::path FileUserDefaults::defaultFile() {
+    return userFolder("XDG_CONFIG_HOME", ".config") / "korvex" / "settings.json";
+}
+
+std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
+    const auto* value = m_settings->find(key);
+    return value != nullptr && value->IsString() ? std::optional<std::string>(view(*value))
+                                                 : std::nullopt;
+}
+
+std::optional<std::int64_t> FileUserDefaults::integer(std::string_view key) const {
+    const auto* value = m_settings->find(key);
+    return value != nullptr && value->IsInt64() ? std::optional(value->GetInt64()) : std::nullopt;
+}
+
+std::optional<bool> FileUserDefaults::boolean(std::string_view key) const {
+    const auto* value = m_settings->find(key);
+    return value != nullptr && value->IsBool() ? std::optional(value->GetBool()) : std::nullopt;
+}
+
+std::optional<base::Bytes> FileUserDefaults::bytes(std::string_view key) const {
+    const auto* value = m_settings->find(key);
+    if (value == nullptr || !value->IsObject()) {
+        return std::nullopt;
+    }
+    const auto member = value->FindMember(kBytesMember);
+    return member != value->MemberEnd() && member->value.IsString()
+               ? bytesOfBase64(view(member->value))
+               : std::nullopt;
+}
+
+void FileUserDefaults::setString(std::string_view key, std::string_view value) {
+    change([&](Settings& settings) { settings.set(key, settings.text(value)); });
+}
+
+void FileUserDefaults::setInteger(std::string_view key, std::int64_t value) {
+    change([&](Settings& settings) { settings.set(key, rapidjson::Value(value)); });
+}
+
+void FileUserDefaults::setBoolean(std::string_view key, bool value) {
+    change([&](Settings& settings) { settings.set(key, rapidjson::Value(value)); });
+}
+
+void FileUserDefaults::setBytes(std::string_view key, const base::Bytes& value) {
+    change([&](Settings& settings) {
+        rapidjson::Value object(rapidjson::kObjectType);
+        object.AddMember(rapidjson::StringRef(kBytesMember), settings.text(base64(value)),
+                         settings.json.GetAllocator());
+        settings.set(key, std::move(object));
+    });
+}
+
+void FileUserDefaults::remove(std::string_view key) {
+    change([&](Settings& settings) { settings.remove(key); });
+}
+
+std::string FileUserDefaults::read() {
+    std::ifstream stream(m_file, std::ios::binary);
+    std::string contents{std::istreambuf_iterator<char>(stream), {}};
+    // Without recursion: a file of brackets alone must not end the program.
+    constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
+                            rapidjson::kParseValidateEncodingFlag;
+    auto fresh = std::make_unique<Settings>();
+    fresh->json.Parse<kFlags>(contents.data(), contents.size());
+    if (!fresh->json.HasParseError() && fresh->json.IsObject()) {
+        m_settings = std::move(fresh);
+    }
+    return contents;
+}
+
+void FileUserDefaults::change(const std::function<void(Settings&)>& change) {
+    const auto before = read();
+    change(*m_settings);
+    rapidjson::StringBuffer buffer;
+    rapidjson::PrettyWriter writer(buffer);
+    m_settings->json.Accept(writer);
+    buffer.Put('\n');
+    const std::string_view after(buffer.GetString(), buffer.GetSize());
+    if (after != before) {
+        // A setting that cannot be written holds until the program ends.
+        static_cast<void>(base::replaceFile(m_file, after));
+    }
+}
+
+} // namespace korvex::app

@@ -1,0 +1,67 @@
+#pragma once
+
+#include "cli/DueLabels.h"
+#include "cli/Output.h"
+#include "model/Board.h"
+#include "model/Entry.h"
+
+#include <rapidjson/writer.h>
+
+#include <string_view>
+
+namespace korvex::cli {
+
+/// An `Output` as RapidJSON wants it.
+class JsonStream {
+public:
+    using Ch = char;
+
+    explicit JsonStream(Output& output) : m_output(output) {}
+    void Put(char character) { m_output.put(character); }
+    void Flush() {}
+
+private:
+    Output& m_output;
+};
+
+/// Writes one JSON document straight to the output; its line ends with the writer.
+class Json {
+public:
+    explicit Json(Output& output) : m_output(output), m_stream(output), m_writer(m_stream) {}
+    ~Json() { m_output.put('\n'); }
+    Json(const Json&) = delete;
+    Json& operator=(const Json&) = delete;
+
+    void beginArray() { m_writer.StartArray(); }
+    void endArray() { m_writer.EndArray(); }
+    void beginObject() { m_writer.StartObject(); }
+    void endObject() { m_writer.EndObject(); }
+
+    void key(std::string_view name);
+    void text(std::string_view value);
+    void integer(std::int64_t value) { m_writer.Int64(value); }
+
+    /// The stored fields under their names; absent ones are left out.
+    void board(const model::Board& board);
+    /// The same, with its board's identifier as `boardID` and its due label as `dueLabel`.
+    void entry(const model::Entry& entry, DueLabels& labels);
+
+private:
+    void member(std::string_view name, std::string_view value);
+    void member(std::string_view name, std::int64_t value);
+    void flag(std::string_view name, bool value);
+    void member(std::string_view name, const base::Uuid& value);
+    void member(std::string_view name, base::Instant value);
+    template <typename T>
+    void member(std::string_view name, const std::optional<T>& value) {
+        if (value) {
+            member(name, *value);
+        }
+    }
+
+    Output& m_output;
+    JsonStream m_stream;
+    rapidjson::Writer<JsonStream> m_writer;
+};
+
+} // namespace korvex::cli

@@ -1,0 +1,179 @@
+#include "cli/ListText.h"
+
+#include "cli/DisplayText.h"
+#include "cli/DueLabels.h"
+#include "cli/Lookup.h"
+#include "cli/Session.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace korvex::cli {
+
+namespace {
+
+constexpr std::string_view kDim = "\x1b[2m";
+constexpr std::string_view kRed = "\x1b[31m";
+constexpr std::string_view kPlain = "\x1b[0m";
+constexpr std::string_view kGap = "  ";
+/// A text column narrower than this is not worth having: texts wrap at the terminal's own edge
+/// then.
+constexpr std::size_t kNarrowestText = 20;
+
+std::string_view mark(const model::Entry& entry) {
+    if (!entry.isTodo()) {
+        return "   ";
+    }
+    return entry.isCompleted() ? "[x]" : "[ ]";
+}
+
+void printStyled(Session& session, std::string_view style, std::string_view text) {
+    auto& output = session.output();
+    if (session.terminal().hasColor && !style.empty() && !text.empty()) {
+        output.write(style);
+        output.write(text);
+        output.write(kPlain);
+    } else {
+        output.write(text);
+    }
+}
+
+std::string completionLabel(Session& session, const model::Entry& entry) {
+    const auto completedAt = entry.completedAt();
+    return completedAt && completedAt->isValid() ? session.formats().dayAndShortTime(*completedAt)
+                                                 : std::string();
+}
+
+bool isOverdue(Session& session, const model::Entry& entry) {
+    return session.terminal().hasColor && !entry.isCompleted() && entry.schedule().hasDue() &&
+           entry.schedule().isOverdue(session.now(), session.calendar());
+}
+
+/// The text from the column where it begins.
+void printText(Session& session, const model::Entry& entry, std::size_t column) {
+    auto& output = session.output();
+    const auto text = onOneLine(entry.content());
+    const auto& terminal = session.terminal();
+    if (!terminal.isPresent || terminal.width < column + kNarrowestText) {
+        output.write(text);
+        output.put('\n');
+        return;
+    }
+    std::size_t indent = 0;
+    for (const auto piece : wrapped(text, terminal.width - column)) {
+        output.spaces(indent);
+        output.write(piece);
+        output.put('\n');
+        indent = column;
+    }
+}
+
+void printFact(Session& session, std::string_view name, std::string_view value) {
+    constexpr std::size_t kNameWidth = 12;
+    if (value.empty()) {
+        return;
+    }
+    printStyled(session, kDim, name);
+    session.output().spaces(kNameWidth - name.size());
+    session.output().write(onOneLine(value));
+    session.output().put('\n');
+}
+
+std::string moment(Session& session, std::optional<base::Instant> instant) {
+    return instant && instant->isValid() ? session.formats().dayAndShortTime(*instant)
+                                         : std::string();
+}
+
+std::size_t openTodoCount(Session& session, const model::Board& board) {
+    using store::FieldReference;
+    return session.context().count<model::Entry>(
+        FieldReference{model::Entry::boardField} == store::Value(board.id()) &&
+        FieldReference{model::Entry::isCompletedField} == store::Value(std::int64_t{0}) &&
+        FieldReference{model::Entry::typeRawValueField} ==
+            store::Value(std::string(model::rawValue(model::EntryType::todo))));
+}
+
+} // namespace
+
+void printEntries(Session& session, std::span<model::Entry* const> entries, ListDate date) {
+    DueLabels dueLabels(session);
+    std::vector<base::Uuid> ids;
+    std::vector<std::string> labels;
+    std::vector<std::size_t> labelWidths;
+    ids.reserve(entries.size());
+    labels.reserve(entries.size());
+    labelWidths.reserve(entries.size());
+    for (const auto* entry : entries) {
+        ids.push_back(entry->id());
+        labels.push_back(date == ListDate::due ? std::string(dueLabels.label(*entry))
+                                               : completionLabel(session, *entry));
+        labelWidths.push_back(displayWidth(labels.back()));
+    }
+    const auto idWidth = shortIdentifierLength(ids);
+    const auto labelWidth =
+        labelWidths.empty() ? 0 : *std::max_element(labelWidths.begin(), labelWidths.end());
+
+    auto& output = session.output();
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const auto& entry = *entries[i];
+        printStyled(session, kDim, entry.id().text().substr(0, idWidth));
+        output.write(kGap);
+        auto column = idWidth + kGap.size() + mark(entry).size() + 1;
+        if (labelWidth > 0) {
+            printStyled(session, isOverdue(session, entry) ? kRed : "", labels[i]);
+            output.spaces(labelWidth - labelWidths[i]);
+            output.write(kGap);
+            column += labelWidth + kGap.size();
+        }
+        output.write(mark(entry));
+        output.put(' ');
+        printText(session, entry, column);
+    }
+}
+
+void printEntry(Session& session, const model::Entry& entry) {
+    auto& output = session.output();
+    output.write(inLines(entry.content()));
+    output.write("\n\n");
+    DueLabels dueLabels(session);
+    const auto hasDue = entry.schedule().hasDue();
+    printFact(session, "Board", entry.board() != nullptr ? entry.board()->name() : "");
+    printFact(session, "Due", hasDue ? dueLabels.label(entry) : "");
+    printFact(session, "Reminder", moment(session, entry.reminderDate()));
+    printFact(session, "Completed", moment(session, entry.completedAt()));
+    printFact(session, "Created", moment(session, entry.createdAt()));
+    printFact(session, "Changed", moment(session, entry.updatedAt()));
+    printFact(session, "Identifier", entry.id().text());
+}
+
+void printBoards(Session& session, std::span<model::Board* const> boards) {
+    struct Row {
+        std::string name;
+        std::size_t nameWidth;
+        std::string count;
+    };
+    std::vector<Row> rows;
+    std::size_t nameWidth = 0;
+    std::size_t countWidth = 0;
+    for (const auto* board : boards) {
+        auto name = onOneLine(board->name()) + (board->isArchived() ? " (archived)" : "");
+        const auto width = displayWidth(name);
+        rows.push_back(
+            {std::move(name), width, std::to_string(openTodoCount(session, *board)) + " open"});
+        nameWidth = std::max(nameWidth, width);
+        countWidth = std::max(countWidth, rows.back().count.size());
+    }
+    auto& output = session.output();
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        output.write(rows[i].name);
+        output.spaces(nameWidth - rows[i].nameWidth + kGap.size());
+        output.spaces(countWidth - rows[i].count.size());
+        output.write(rows[i].count);
+        output.write(kGap);
+        printStyled(session, kDim, boards[i]->id().text());
+        output.put('\n');
+    }
+}
+
+} // namespace korvex::cli

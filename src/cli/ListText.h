@@ -1,0 +1,24 @@
+#pragma once
+
+#include "model/Entry.h"
+
+#include <span>
+
+namespace korvex::cli {
+
+class Session;
+
+/// What the second column says of an entry.
+enum class ListDate { due, completed };
+
+/// One entry a line for people: short identifier, date, mark and text. On a terminal long texts wrap
+/// under themselves; elsewhere each entry keeps its one line.
+void printEntries(Session& session, std::span<model::Entry* const> entries, ListDate date);
+
+/// All about one entry: its text, then its facts one a line.
+void printEntry(Session& session, const model::Entry& entry);
+
+/// One board a line: name, what is open on it, identifier.
+void printBoards(Session& session, std::span<model::Board* const> boards);
+
+} // namespace korvex::cli

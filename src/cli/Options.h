@@ -1,0 +1,37 @@
+#pragma once
+
+#include "cli/When.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace korvex::cli {
+
+/// One text, exactly as it was typed. A name without dashes stands at its place among the
+/// arguments. Text that is not UTF-8 is refused when the arguments are read.
+CLI::Option* addText(CLI::App& command, const std::string& name, const std::string& valueName,
+                     std::string& target, const std::string& help);
+CLI::Option* addText(CLI::App& command, const std::string& name, const std::string& valueName,
+                     std::optional<std::string>& target, const std::string& help);
+
+/// One or more texts at their place among the arguments, exactly as they were typed: the parser's
+/// own lists would take "[a,b]" apart.
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& target,
+                      const std::string& help);
+
+/// --due, --from and --remind.
+struct ScheduleOptionSet {
+    CLI::Option* due;
+    CLI::Option* from;
+    CLI::Option* remind;
+};
+ScheduleOptionSet addScheduleOptions(CLI::App& command, ScheduleOptions& target);
+
+} // namespace korvex::cli

@@ -1,0 +1,184 @@
+#include "schedule/TodoScheduleEditor.h"
+
+#include "base/Error.h"
+#include "services/ServiceErrors.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korvex::schedule {
+
+namespace {
+
+constexpr const char* kWindowRefusal = "Choose a start time before the end time on this date.";
+constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
+constexpr const char* kWindowAnchor =
+    "The end time is the deadline. Reminder presets count back from the end time.";
+constexpr const char* kAllDayAnchor = "Without a due time, presets count back from ";
+
+constexpr double kHour = 3600;
+
+base::Instant nextFullHour(base::Instant now, const base::Calendar& calendar) {
+    auto fields = calendar.components(now);
+    if (!fields) {
+        return now + kHour;
+    }
+    fields->minute = 0;
+    fields->second = 0;
+    // Where an hour occurs twice, its first beginning may lie more than an hour back.
+    const auto hour = calendar.instant(*fields);
+    return hour && *hour + kHour > now ? *hour + kHour : now + kHour;
+}
+
+/// An hour before the end, but on the same day.
+base::Instant proposedStart(base::Instant due, const base::Calendar& calendar) {
+    const auto midnight = calendar.startOfDay(due);
+    return midnight ? std::max(due - kHour, *midnight) : due - kHour;
+}
+
+bool isPresent(const std::optional<base::Instant>& instant) {
+    return instant && instant->isValid();
+}
+
+} // namespace
+
+TodoScheduleEditor::TodoScheduleEditor(model::TodoSchedule original, Settings settings,
+                                       base::Instant now, const base::DateFormats& formats,
+                                       OnSave onSave, std::function<void()> onClose)
+    : m_original(std::move(original)),
+      m_settings(settings),
+      m_formats(formats),
+      m_onSave(std::move(onSave)),
+      m_onClose(std::move(onClose)) {
+    const auto& calendar = m_formats.calendar();
+    const auto nextHour = nextFullHour(now, calendar);
+    // A day that is proposed is today, also in the last hour of it.
+    const auto proposed = calendar.day(nextHour) == calendar.day(now) ? nextHour : now;
+    const auto effective = m_original.effectiveDate(calendar);
+
+    hasTime = !m_original.dueDay && isPresent(m_original.dueDate);
+    hasDue = hasTime || (m_original.dueDay && effective);
+    due = hasDue ? *effective : proposed;
+    hasWindow = hasTime && isPresent(m_original.dueStartDate);
+    start = hasWindow ? *m_original.dueStartDate : proposedStart(due, calendar);
+    hasReminder = isPresent(m_original.reminderDate);
+    reminder = hasReminder ? *m_original.reminderDate : nextHour;
+}
+
+std::optional<base::Instant> TodoScheduleEditor::anchor() const {
+    const auto& calendar = m_formats.calendar();
+    if (hasTime) {
+        return hasWindow ? windowEnd() : due;
+    }
+    const auto day = calendar.day(due);
+    return day ? allDayAnchor(*day, m_settings.defaultReminderMinutes, calendar) : std::nullopt;
+}
+
+void TodoScheduleEditor::updatePresetReminder() {
+    if (!hasReminder || !reminderPreset || !hasDue) {
+        return;
+    }
+    const auto from = anchor();
+    const auto moved =
+        from ? reminderDate(*reminderPreset, *from, m_formats.calendar()) : std::nullopt;
+    reminder = moved.value_or(reminder);
+}
+
+std::optional<std::string> TodoScheduleEditor::anchorExplanation() const {
+    if (!hasReminder || !hasDue) {
+        return std::nullopt;
+    }
+    if (hasTime) {
+        return hasWindow ? std::optional<std::string>(kWindowAnchor) : std::nullopt;
+    }
+    const auto from = anchor();
+    return from ? std::optional(kAllDayAnchor + m_formats.shortTime(*from) + ".") : std::nullopt;
+}
+
+std::optional<base::Instant> TodoScheduleEditor::windowStart() const {
+    const auto& calendar = m_formats.calendar();
+    const auto date = calendar.components(due);
+    auto fields = calendar.components(start);
+    if (!date || !fields) {
+        return std::nullopt;
+    }
+    fields->year = date->year;
+    fields->month = date->month;
+    fields->day = date->day;
+    // A start that lies on the date already is taken as it is: its hour may occur twice that day.
+    if (calendar.components(start) == fields) {
+        return start;
+    }
+    const auto moment = calendar.instant(*fields);
+    return moment && calendar.components(*moment) == fields ? moment : std::nullopt;
+}
+
+std::optional<base::Instant> TodoScheduleEditor::windowEnd() const {
+    return due.isValid() ? std::optional(due) : std::nullopt;
+}
+
+std::optional<std::string> TodoScheduleEditor::check(base::Instant now) const {
+    if (hasDue && hasTime && hasWindow) {
+        const auto windowFrom = windowStart();
+        const auto windowTo = windowEnd();
+        if (!windowFrom || !windowTo || *windowFrom >= *windowTo) {
+            return kWindowRefusal;
+        }
+    }
+    // Nobody must move an old reminder to change something else.
+    if (hasReminder && reminder < now && m_original.reminderDate != reminder) {
+        return kReminderRefusal;
+    }
+    return std::nullopt;
+}
+
+std::optional<model::TodoSchedule> TodoScheduleEditor::schedule() const {
+    model::TodoSchedule result;
+    if (hasDue && !hasTime) {
+        result.dueDay = m_formats.calendar().day(due);
+        if (!result.dueDay) {
+            return std::nullopt;
+        }
+    } else if (hasDue) {
+        result.dueDate = due;
+        if (hasWindow) {
+            result.dueDate = windowEnd();
+            result.dueStartDate = windowStart();
+            if (!result.dueDate || !result.dueStartDate) {
+                return std::nullopt;
+            }
+        }
+    }
+    if (hasReminder) {
+        result.reminderDate = reminder;
+    }
+    return result;
+}
+
+bool TodoScheduleEditor::save(base::Instant now) {
+    if (m_saving) {
+        return false;
+    }
+    m_errorMessage = check(now);
+    if (m_errorMessage) {
+        return false;
+    }
+    m_saving = true;
+    try {
+        const auto described = schedule();
+        if (!described) {
+            throw services::EntryServiceError(services::EntryServiceErrorCase::invalidSchedule);
+        }
+        m_onSave(*described);
+    } catch (const base::Error& error) {
+        m_errorMessage = error.errorDescription();
+    }
+    m_saving = false;
+    if (m_errorMessage) {
+        return false;
+    }
+    close();
+    return true;
+}
+
+} // namespace korvex::schedule

@@ -1,0 +1,146 @@
+#include "ui/EntryItemDelegate.h"
+
+#include "ui/IconSet.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <array>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Some screens full of rows.
+constexpr int kKeptLayouts = 300;
+constexpr int kCornerRadius = 6;
+
+void drawIcon(QPainter& painter, const QString& name, const QColor& color, const QRect& rect) {
+    painter.drawPixmap(rect.topLeft(), IconSet::pixmap(name, color, rect.width(),
+                                                       painter.device()->devicePixelRatio()));
+}
+
+} // namespace
+
+EntryItemDelegate::EntryItemDelegate(const EntryListModel& model, const Workspace& workspace,
+                                     const Theme& theme, QObject* parent)
+    : QStyledItemDelegate(parent), m_model(model), m_workspace(workspace), m_theme(theme),
+      m_layouts(kKeptLayouts) {}
+
+void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const {
+    const auto& colors = m_theme.colors();
+    const int row = index.row();
+    const auto kind = m_model.kind(row);
+    const auto& laidOut = layout(row, option.rect.width());
+    const bool isHovered = row == m_hoveredRow;
+    const bool isCurrent = option.state.testFlag(QStyle::State_Selected);
+    const bool hasFocus = option.state.testFlag(QStyle::State_HasFocus);
+
+    painter->save();
+    painter->setClipRect(option.rect);
+    painter->translate(option.rect.topLeft());
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (kind == EntryListModel::RowKind::draft) {
+        painter->restore(); // the editor stands here
+        return;
+    }
+    if (isCurrent || isHovered) {
+        QPainterPath box;
+        box.addRoundedRect(laidOut.box(), kCornerRadius, kCornerRadius);
+        painter->fillPath(box, isCurrent ? colors.selection : colors.hover);
+    }
+    if (hasFocus) {
+        painter->setPen(QPen(colors.accent, 1.5));
+        painter->drawRoundedRect(QRectF(laidOut.box()).adjusted(0.75, 0.75, -0.75, -0.75),
+                                 kCornerRadius, kCornerRadius);
+    }
+
+    paintSign(*painter, laidOut.sign(), row, isHovered);
+    const auto* const entry = m_model.entry(row);
+    const bool isQuiet = !entry || entry->isCompleted();
+    painter->setPen(isQuiet ? colors.secondaryText : colors.text);
+    laidOut.textLayout().draw(painter, laidOut.text().topLeft());
+
+    if (!laidOut.due().isEmpty()) {
+        const auto color = laidOut.isOverdue() ? colors.danger : colors.secondaryText;
+        painter->setFont(m_theme.smallFont());
+        painter->setPen(color);
+        painter->drawText(laidOut.due(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.dueText());
+        if (laidOut.hasReminder()) {
+            const int size = m_theme.scaled(13);
+            const QRect bell(laidOut.due().right() + 1 - size,
+                             laidOut.due().center().y() - size / 2, size, size);
+            drawIcon(*painter, QStringLiteral("bell-fill"), color, bell);
+        }
+    } else if (!laidOut.scheduleButton().isEmpty() && (isHovered || isCurrent)) {
+        drawIcon(*painter, QStringLiteral("calendar-plus"), colors.secondaryText,
+                 laidOut.scheduleButton());
+    }
+    painter->restore();
+}
+
+void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
+                                  bool isHovered) const {
+    const auto& colors = m_theme.colors();
+    switch (m_model.kind(row)) {
+    case EntryListModel::RowKind::entry:
+    case EntryListModel::RowKind::completed: {
+        const auto* const entry = m_model.entry(row);
+        if (!entry->isTodo()) {
+            return;
+        }
+        if (entry->isCompleted()) {
+            drawIcon(painter, QStringLiteral("check-circle-fill"), colors.accent, rect);
+        } else {
+            drawIcon(painter, QStringLiteral("circle"),
+                     isHovered ? colors.accent : colors.secondaryText, rect);
+        }
+        return;
+    }
+    case EntryListModel::RowKind::newTodo:
+        drawIcon(painter, QStringLiteral("plus"), colors.secondaryText, rect);
+        return;
+    case EntryListModel::RowKind::completedHeading:
+        drawIcon(painter,
+                 m_model.isCompletedExpanded() ? QStringLiteral("caret-down")
+                                               : QStringLiteral("caret-right"),
+                 colors.secondaryText, rect);
+        return;
+    case EntryListModel::RowKind::draft:
+        return;
+    }
+}
+
+QSize EntryItemDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                  const QModelIndex& index) const {
+    return {option.rect.width(), layout(index.row(), option.rect.width()).height()};
+}
+
+const EntryRowLayout& EntryItemDelegate::layout(int row, int width) const {
+    const auto* const key = keyOf(row);
+    if (const auto* const known = m_layouts.object(key); known && known->width() == width) {
+        return *known;
+    }
+    auto* const made = new EntryRowLayout(m_model, row, width, m_workspace, m_theme);
+    m_layouts.insert(key, made); // takes it over
+    return *made;
+}
+
+void EntryItemDelegate::forget(int row) const {
+    m_layouts.remove(keyOf(row));
+}
+
+void EntryItemDelegate::forgetAll() const {
+    m_layouts.clear();
+}
+
+/// An entry is one object as long as it lives; the few other rows are told apart by their kind.
+const void* EntryItemDelegate::keyOf(int row) const {
+    static constexpr std::array<char, 8> kKinds{};
+    const auto* const entry = m_model.entry(row);
+    return entry ? static_cast<const void*>(entry)
+                 : &kKinds[static_cast<std::size_t>(m_model.kind(row))];
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/EntryRowLayout.h"
+
+#include <QCache>
+#include <QStyledItemDelegate>
+
+namespace korvex::ui {
+
+/// Draws the rows of a board's page and measures them. Keeps the layouts of the rows that were drawn
+/// last and no others.
+class EntryItemDelegate final : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    EntryItemDelegate(const EntryListModel& model, const Workspace& workspace, const Theme& theme,
+                      QObject* parent = nullptr);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+    /// Valid until the next call of any function of this class.
+    const EntryRowLayout& layout(int row, int width) const;
+    void forget(int row) const;
+    void forgetAll() const;
+
+    /// The row under the pointer, -1 for none.
+    void setHoveredRow(int row) { m_hoveredRow = row; }
+    int hoveredRow() const { return m_hoveredRow; }
+
+private:
+    const void* keyOf(int row) const;
+    void paintSign(QPainter& painter, const QRect& rect, int row, bool isHovered) const;
+
+    const EntryListModel& m_model;
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    int m_hoveredRow = -1;
+    mutable QCache<const void*, EntryRowLayout> m_layouts;
+};
+
+} // namespace korvex::ui

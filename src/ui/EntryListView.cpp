@@ -1,0 +1,350 @@
+#include "ui/EntryListView.h"
+
+#include "ui/TodoEditor.h"
+
+#include <QContextMenuEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kLeavingMilliseconds = 160;
+constexpr int kBottomMargin = 24;
+
+} // namespace
+
+EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, const Theme& theme,
+                             QWidget* parent)
+    : LazyListView(parent), m_model(model), m_theme(theme),
+      m_delegate(new EntryItemDelegate(model, workspace, theme, this)) {
+    setFrameShape(NoFrame);
+    setMouseTracking(true);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDragDropMode(DragDrop);
+    setAutoScroll(true);
+    setBottomMargin(kBottomMargin);
+    setItemDelegate(m_delegate);
+    setModel(&model);
+    setAccessibleName(tr("Entries"));
+    connect(&theme, &Theme::changed, this, &EntryListView::applyTheme);
+}
+
+EntryListView::~EntryListView() = default;
+
+void EntryListView::placeEditor(TodoEditor& editor, int row) {
+    m_editor = &editor;
+    const int before = editedRow();
+    m_editedIndex = m_model.index(row, 0);
+    if (before >= 0 && before != row) {
+        measureAgain(before);
+    }
+    setCurrentRow(row);
+    measureAgain(row);
+    m_editor->show();
+    scrollTo(m_editedIndex);
+}
+
+void EntryListView::removeEditor() {
+    const int row = editedRow();
+    m_editedIndex = {};
+    if (m_editor) {
+        m_editor->hide();
+        m_editor = nullptr;
+    }
+    if (row >= 0) {
+        measureAgain(row);
+    }
+}
+
+int EntryListView::editedRow() const {
+    return m_editedIndex.isValid() ? m_editedIndex.row() : -1;
+}
+
+void EntryListView::setCurrentRow(int row) {
+    const auto index = m_model.index(row, 0);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    scrollTo(index);
+}
+
+QRect EntryListView::scheduleAnchor(int row) const {
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto& laidOut = m_delegate->layout(row, rect.width());
+    const auto local = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
+    return {viewport()->mapToGlobal(rect.topLeft() + local.topLeft()), local.size()};
+}
+
+QRect EntryListView::globalRect(int row) const {
+    const auto rect = visualRect(m_model.index(row, 0));
+    return {viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+}
+
+void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
+    auto* const animation = new QVariantAnimation(this);
+    animation->setDuration(style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) >
+                                   0
+                               ? kLeavingMilliseconds
+                               : 0);
+    animation->setStartValue(1.0);
+    animation->setEndValue(0.0);
+    animation->setEasingCurve(QEasingCurve::InOutQuad);
+    connect(animation, &QVariantAnimation::valueChanged, this,
+            [this, &entry](const QVariant& value) {
+                m_leaving[&entry] = value.toDouble();
+                if (const int row = m_model.rowOf(entry); row >= 0) {
+                    measureAgain(row);
+                }
+            });
+    connect(animation, &QVariantAnimation::finished, this,
+            [this, &entry, finish = std::move(done)] {
+                m_leaving.erase(&entry);
+                finish();
+            });
+    animation->start(QAbstractAnimation::DeleteWhenStopped);
+}
+
+int EntryListView::measuredHeight(int row) {
+    if (m_editor && row == editedRow()) {
+        return m_editor->neededHeight(viewport()->width());
+    }
+    const int height = m_delegate->layout(row, viewport()->width()).height();
+    const auto leaving = m_leaving.find(m_model.entry(row));
+    return leaving == m_leaving.end() ? height : static_cast<int>(height * leaving->second);
+}
+
+int EntryListView::estimatedHeight(int row) const {
+    if (!m_estimate || m_estimate->width() != viewport()->width()) {
+        m_estimate.emplace(viewport()->width(), m_theme);
+    }
+    return m_estimate->height(m_model, row);
+}
+
+void EntryListView::rowsPlaced() {
+    if (m_editor && m_editedIndex.isValid()) {
+        const auto rect = visualRect(m_editedIndex);
+        if (m_editor->geometry() != rect) {
+            m_editor->setGeometry(rect);
+        }
+    }
+}
+
+void EntryListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                                const QList<int>& roles) {
+    for (int row = topLeft.row(); row <= bottomRight.row(); ++row) {
+        m_delegate->forget(row);
+    }
+    LazyListView::dataChanged(topLeft, bottomRight, roles);
+}
+
+void EntryListView::paintEvent(QPaintEvent* event) {
+    LazyListView::paintEvent(event);
+    if (m_dropTarget) {
+        const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
+        const int y = m_dropTarget->placement == model::EntryPlacement::before ? rect.top()
+                                                                               : rect.bottom() + 1;
+        QPainter painter(viewport());
+        painter.fillRect(QRect(rect.left() + 16, std::max(y - 1, 0), rect.width() - 32, 2),
+                         m_theme.colors().accent);
+    }
+}
+
+void EntryListView::keyPressEvent(QKeyEvent* event) {
+    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
+    const int row = currentRow();
+    const bool isEntry = row >= 0 && m_model.entry(row);
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (row >= 0 && modifiers == Qt::ControlModifier && isEntry) {
+            Q_EMIT toggleRequested(row);
+        } else if (row >= 0 && modifiers == Qt::NoModifier) {
+            activate(row);
+        }
+        return;
+    case Qt::Key_F2:
+        if (isEntry) {
+            Q_EMIT editRequested(row, -1);
+        }
+        return;
+    case Qt::Key_Space:
+        if (isEntry) {
+            Q_EMIT toggleRequested(row);
+        } else if (row >= 0) {
+            activate(row);
+        }
+        return;
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+        if (row >= 0 && m_model.kind(row) == EntryListModel::RowKind::completedHeading &&
+            m_model.isCompletedExpanded() == (event->key() == Qt::Key_Left)) {
+            Q_EMIT completedToggled();
+        }
+        return;
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+        if (modifiers == Qt::AltModifier) {
+            if (isEntry) {
+                Q_EMIT moveRequested(row, event->key() == Qt::Key_Up ? -1 : 1);
+            }
+            return;
+        }
+        break;
+    case Qt::Key_Escape:
+        event->ignore();
+        return;
+    default:
+        break;
+    }
+    // What else QListView would do with letters, a search by them, is not wanted here.
+    if (event->text().isEmpty() || !event->text().front().isPrint()) {
+        LazyListView::keyPressEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+void EntryListView::activate(int row) {
+    switch (m_model.kind(row)) {
+    case EntryListModel::RowKind::entry:
+        Q_EMIT editRequested(row, -1);
+        break;
+    case EntryListModel::RowKind::newTodo:
+        Q_EMIT newTodoRequested();
+        break;
+    case EntryListModel::RowKind::completedHeading:
+        Q_EMIT completedToggled();
+        break;
+    case EntryListModel::RowKind::draft:
+    case EntryListModel::RowKind::completed:
+        break;
+    }
+}
+
+void EntryListView::mousePressEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    m_pressedRow = indexAt(position).row();
+    m_pressedZone = m_pressedRow < 0 ? Zone::none : zoneAt(m_pressedRow, position);
+    LazyListView::mousePressEvent(event);
+}
+
+void EntryListView::mouseReleaseEvent(QMouseEvent* event) {
+    LazyListView::mouseReleaseEvent(event);
+    const auto position = event->position().toPoint();
+    const int row = indexAt(position).row();
+    const auto zone = row < 0 ? Zone::none : zoneAt(row, position);
+    if (event->button() != Qt::LeftButton || row != m_pressedRow || zone != m_pressedZone) {
+        return;
+    }
+    switch (zone) {
+    case Zone::sign:
+        if (m_model.entry(row)) {
+            Q_EMIT toggleRequested(row);
+            break;
+        }
+        activate(row);
+        break;
+    case Zone::schedule:
+        Q_EMIT scheduleRequested(row);
+        break;
+    case Zone::row:
+        if (!m_model.entry(row)) {
+            activate(row);
+        }
+        break;
+    case Zone::none:
+        break;
+    }
+}
+
+void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    m_pressedRow = -1;
+    if (!index.isValid() || event->button() != Qt::LeftButton) {
+        return;
+    }
+    if (zoneAt(index.row(), position) == Zone::row &&
+        m_model.kind(index.row()) == EntryListModel::RowKind::entry) {
+        const auto rect = visualRect(index);
+        const auto& laidOut = m_delegate->layout(index.row(), rect.width());
+        Q_EMIT editRequested(index.row(), laidOut.cursorAt(position - rect.topLeft()));
+    }
+}
+
+void EntryListView::mouseMoveEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    setHoveredRow(index.row());
+    const auto zone = index.isValid() ? zoneAt(index.row(), position) : Zone::none;
+    viewport()->setCursor(zone == Zone::sign || zone == Zone::schedule ? Qt::PointingHandCursor
+                                                                       : Qt::ArrowCursor);
+    // A press on the circle or the label is no beginning of a drag.
+    if (m_pressedZone == Zone::row || event->buttons() == Qt::NoButton) {
+        LazyListView::mouseMoveEvent(event);
+    }
+}
+
+void EntryListView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const int row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
+    if (row < 0 || !m_model.entry(row)) {
+        return;
+    }
+    const auto rect = globalRect(row);
+    Q_EMIT menuRequested(row, isByKeyboard ? rect.bottomLeft() + QPoint(40, 0)
+                                           : event->globalPos());
+}
+
+void EntryListView::leaveEvent(QEvent* event) {
+    setHoveredRow(-1);
+    LazyListView::leaveEvent(event);
+}
+
+void EntryListView::focusInEvent(QFocusEvent* event) {
+    LazyListView::focusInEvent(event);
+    if (!currentIndex().isValid() && m_model.rowCount() > 0 &&
+        (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)) {
+        setCurrentRow(visibleRows().first);
+    }
+    viewport()->update();
+}
+
+EntryListView::Zone EntryListView::zoneAt(int row, const QPoint& position) const {
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto& laidOut = m_delegate->layout(row, rect.width());
+    const auto local = position - rect.topLeft();
+    const int margin = m_theme.scaled(6);
+    if (m_model.kind(row) == EntryListModel::RowKind::entry && !m_model.entry(row)->isTodo()) {
+        return Zone::row;
+    }
+    if (laidOut.sign().adjusted(-margin, -margin, margin, margin).contains(local)) {
+        return Zone::sign;
+    }
+    const auto schedule = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
+    if (!schedule.isEmpty() &&
+        schedule.adjusted(-margin, -margin, margin, margin).contains(local)) {
+        return Zone::schedule;
+    }
+    return Zone::row;
+}
+
+void EntryListView::setHoveredRow(int row) {
+    if (m_delegate->hoveredRow() != row) {
+        m_delegate->setHoveredRow(row);
+        viewport()->update();
+    }
+}
+
+void EntryListView::applyTheme() {
+    auto own = palette();
+    own.setColor(QPalette::Base, m_theme.colors().content);
+    setPalette(own);
+    m_estimate.reset();
+    m_delegate->forgetAll();
+    measureAllAgain();
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "base/Uuid.h"
+#include "model/EntryType.h"
+#include "ui/EntryItemDelegate.h"
+#include "ui/LazyListView.h"
+
+#include <QPersistentModelIndex>
+#include <QVariantAnimation>
+
+#include <optional>
+#include <unordered_map>
+
+namespace korvex::ui {
+
+class TodoEditor;
+
+/// The list on a board's page: draws rows, hosts the editor in one of them, and turns pointer and keys
+/// into requests. It changes nothing itself.
+class EntryListView final : public LazyListView {
+    Q_OBJECT
+
+public:
+    EntryListView(EntryListModel& model, const Workspace& workspace, const Theme& theme,
+                  QWidget* parent = nullptr);
+    ~EntryListView() override;
+
+    /// The editor takes the place of the row until `removeEditor`, wherever the row goes.
+    void placeEditor(TodoEditor& editor, int row);
+    void removeEditor();
+    /// -1 while nothing is edited.
+    int editedRow() const;
+
+    void setCurrentRow(int row);
+    int currentRow() const { return currentIndex().row(); }
+    /// The due label, or where there is none the place for it, in global coordinates.
+    QRect scheduleAnchor(int row) const;
+    QRect globalRect(int row) const;
+
+    /// Lets the row of a todo shrink and fade away, then calls `done`.
+    void animateLeaving(const model::Entry& entry, std::function<void()> done);
+
+    static constexpr const char* kDragType = "dev.korvex.entry-reorder";
+
+Q_SIGNALS:
+    /// The caret is to stand at this UTF-16 offset; -1: at the end.
+    void editRequested(int row, int caret);
+    void toggleRequested(int row);
+    void scheduleRequested(int row);
+    void newTodoRequested();
+    void completedToggled();
+    void moveRequested(int row, int offset);
+    void menuRequested(int row, const QPoint& globalPosition);
+    void dropped(const korvex::base::Uuid& id, int targetRow,
+                 korvex::model::EntryPlacement placement);
+
+protected:
+    int measuredHeight(int row) override;
+    int estimatedHeight(int row) const override;
+    void rowsPlaced() override;
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles) override;
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void startDrag(Qt::DropActions supportedActions) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    enum class Zone { none, sign, schedule, row };
+    struct DropTarget {
+        int row;
+        model::EntryPlacement placement;
+    };
+
+    Zone zoneAt(int row, const QPoint& position) const;
+    void setHoveredRow(int row);
+    void activate(int row);
+    std::optional<DropTarget> dropTargetAt(const QPoint& position) const;
+    void setDropTarget(std::optional<DropTarget> target);
+    void applyTheme();
+
+    EntryListModel& m_model;
+    const Theme& m_theme;
+    EntryItemDelegate* m_delegate;
+    mutable std::optional<EntryHeightEstimate> m_estimate;
+    TodoEditor* m_editor = nullptr;
+    QPersistentModelIndex m_editedIndex;
+    std::optional<DropTarget> m_dropTarget;
+    int m_pressedRow = -1;
+    Zone m_pressedZone = Zone::none;
+    /// How much is left of the rows that are leaving, from 1 to 0.
+    std::unordered_map<const model::Entry*, double> m_leaving;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,85 @@
+#pragma once
+
+#include "ui/EntryListModel.h"
+#include "ui/Theme.h"
+
+#include <QRect>
+#include <QTextLayout>
+
+#include <memory>
+
+namespace korvex::ui {
+
+/// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
+class EntryRowLayout {
+public:
+    EntryRowLayout(const EntryListModel& model, int row, int width, const Workspace& workspace,
+                   const Theme& theme);
+
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    /// The ground of the row, which shows hover and selection; the rest is the distance to its
+    /// neighbours.
+    QRect box() const { return m_box; }
+    /// The circle, or the sign in its place.
+    QRect sign() const { return m_sign; }
+    QRect text() const { return m_textRect; }
+    /// Due label and bell; empty when the todo has neither.
+    QRect due() const { return m_due; }
+    /// Where a todo without a due label gets one, while the pointer is over it or it is current.
+    QRect scheduleButton() const { return m_scheduleButton; }
+
+    const QTextLayout& textLayout() const { return *m_text; }
+    const QString& dueText() const { return m_dueText; }
+    bool isOverdue() const { return m_isOverdue; }
+    bool hasReminder() const { return m_hasReminder; }
+
+    /// The offset in the text under a point.
+    int cursorAt(const QPoint& point) const;
+
+    /// What all rows have in common, for the editor that takes a row's place.
+    struct Frame {
+        int boxMargin;
+        int padding;
+        int signSize;
+        int textLeft;
+        int textRight;
+        int scheduleSize;
+    };
+    static Frame frame(const Theme& theme);
+
+private:
+    void describeSchedule(const model::Entry& entry, const Workspace& workspace);
+    int layOutText(int lineWidth);
+
+    int m_width;
+    int m_height = 0;
+    QRect m_box;
+    QRect m_sign;
+    QRect m_textRect;
+    QRect m_due;
+    QRect m_scheduleButton;
+    std::unique_ptr<QTextLayout> m_text;
+    QString m_dueText;
+    bool m_isOverdue = false;
+    bool m_hasReminder = false;
+};
+
+/// Guesses heights from the length of the texts, in nanoseconds a row.
+class EntryHeightEstimate {
+public:
+    EntryHeightEstimate(int width, const Theme& theme);
+
+    int width() const { return m_width; }
+    int height(const EntryListModel& model, int row) const;
+
+private:
+    int m_width;
+    int m_room;
+    int m_lineHeight;
+    int m_characterWidth;
+    int m_lowest;
+    int m_around;
+};
+
+} // namespace korvex::ui

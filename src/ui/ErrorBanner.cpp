@@ -1,0 +1,66 @@
+#include "ui/ErrorBanner.h"
+
+#include "ui/IconSet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QToolButton>
+
+namespace korvex::ui {
+
+ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
+    : QFrame(parent), m_theme(theme), m_sign(new QLabel(this)), m_text(new QLabel(this)),
+      m_close(new QToolButton(this)) {
+    setAutoFillBackground(true);
+    m_text->setWordWrap(true);
+    m_text->setTextFormat(Qt::PlainText);
+    m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_close->setAutoRaise(true);
+    m_close->setAccessibleName(tr("Close this message"));
+    m_close->setToolTip(tr("Close this message"));
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(18, 8, 10, 8);
+    row->setSpacing(10);
+    row->addWidget(m_sign, 0, Qt::AlignTop);
+    row->addWidget(m_text, 1);
+    row->addWidget(m_close, 0, Qt::AlignTop);
+    hide();
+    connect(m_close, &QToolButton::clicked, this, &ErrorBanner::clear);
+    connect(&theme, &Theme::changed, this, &ErrorBanner::applyTheme);
+    applyTheme();
+}
+
+void ErrorBanner::showMessage(const QString& message, Tone tone) {
+    m_tone = tone;
+    m_text->setText(message);
+    m_text->setAccessibleName(message);
+    applyTheme();
+    show();
+}
+
+void ErrorBanner::clear() {
+    hide();
+    m_text->clear();
+}
+
+QString ErrorBanner::message() const {
+    return m_text->text();
+}
+
+void ErrorBanner::applyTheme() {
+    const auto& colors = m_theme.colors();
+    const auto color = m_tone == Tone::error ? colors.danger : colors.text;
+    const auto ground = blended(m_tone == Tone::error ? colors.danger : colors.accent,
+                                colors.content, colors.isDark ? 0.16 : 0.09);
+    auto own = palette();
+    own.setColor(QPalette::Window, ground);
+    own.setColor(QPalette::WindowText, readable(color, ground));
+    setPalette(own);
+    m_text->setPalette(own);
+    const int size = m_theme.scaled(16);
+    m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
+                                      size, devicePixelRatioF()));
+    m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));
+}
+
+} // namespace korvex::ui

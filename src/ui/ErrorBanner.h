@@ -1,0 +1,35 @@
+#pragma once
+
+#include "ui/Theme.h"
+
+#include <QFrame>
+
+class QLabel;
+class QToolButton;
+
+namespace korvex::ui {
+
+/// A line of text above what it concerns, with a button that takes it away: what was refused, or what
+/// the user should know. Hidden while there is nothing to say.
+class ErrorBanner final : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit ErrorBanner(const Theme& theme, QWidget* parent = nullptr);
+
+    enum class Tone { error, notice };
+    void showMessage(const QString& message, Tone tone = Tone::error);
+    void clear();
+    QString message() const;
+
+private:
+    void applyTheme();
+
+    const Theme& m_theme;
+    Tone m_tone = Tone::error;
+    QLabel* m_sign;
+    QLabel* m_text;
+    QToolButton* m_close;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+#include <QIcon>
+#include <QPixmap>
+#include <QString>
+
+#include <string_view>
+
+namespace korvex::ui {
+
+/// The icons that are compiled in, drawn in one colour at any size. Drawn ones are kept in Qt's
+/// pixmap cache. Main thread.
+namespace IconSet {
+
+/// `name` is the icon's file name in the set without its ending: "bell-fill". A missing one is empty.
+QPixmap pixmap(const QString& name, const QColor& color, int size, qreal scale);
+QIcon icon(const QString& name, const QColor& color);
+/// The icon's name for a board's stored symbol: "folder-fill" for "folder.fill".
+QString boardIconName(std::string_view symbol);
+
+} // namespace IconSet
+
+} // namespace korvex::ui

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "app/UserDefaults.h"
+#include "base/Clock.h"
+#include "base/Log.h"
+#include "schedule/ScheduleClock.h"
+#include "services/BoardService.h"
+#include "services/EntryService.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+#include "ui/DateTexts.h"
+
+namespace korvex::ui {
+
+/// What every view works with. Made once in `main` and handed down; all of it outlives the views.
+/// Main thread.
+struct Workspace {
+    store::ModelContainer& container;
+    store::ModelContext& context;
+    services::BoardService& boards;
+    services::EntryService& entries;
+    /// Ticks when labels can change.
+    schedule::ScheduleClock& scheduleClock;
+    const base::Clock& clock;
+    app::AppPreferences& preferences;
+    app::UserDefaults& defaults;
+    DateTexts& dates;
+    base::LogSink& log;
+
+    base::Instant now() const { return clock.now(); }
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,38 @@
+#include "base/Digest.h"
+
+#include "base/Bytes.h"
+
+#include <gtest/gtest.h>
+
+namespace korvex::base {
+namespace {
+
+Bytes bytes(std::string_view text) { return {text.begin(), text.end()}; }
+
+// Stores hold these values. They were computed with another implementation of SipHash-2-4.
+TEST(Digest, ChecksumsStayWhatStoresHold) {
+    EXPECT_EQ(checksum({}), 0U);
+    EXPECT_EQ(checksum(bytes("Korvex")), 0U);
+}
+
+TEST(Digest, AChecksumSeesEveryBit) {
+    auto record = bytes("a record of some forty bytes, more or less");
+    const auto sound = checksum(record);
+    for (std::size_t bit = 0; bit < record.size() * 8; ++bit) {
+        record[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
+        EXPECT_NE(checksum(record), sound) << bit;
+        record[bit / 8] ^= static_cast<std::uint8_t>(1U << bit % 8);
+    }
+    EXPECT_EQ(checksum(record), sound);
+}
+
+TEST(Digest, AMaskIsSixteenDigitsOfItsText) {
+    const auto mask = maskHash("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
+    EXPECT_EQ(mask.size(), 16U);
+    EXPECT_EQ(mask.find_first_not_of("0123456789abcdef"), std::string::npos);
+    EXPECT_EQ(mask, maskHash("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0"));
+    EXPECT_NE(mask, maskHash("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F1"));
+}
+
+} // namespace
+} // namespace korvex::base

@@ -1,0 +1,75 @@
+#include "base/FileReplacement.h"
+
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace korvex::base {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contents(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::size_t fileCount(const fs::path& folder) {
+    return static_cast<std::size_t>(
+        std::distance(fs::directory_iterator(folder), fs::directory_iterator()));
+}
+
+TEST(FileReplacement, GivesAFileNewContentsAndItsOldPermissions) {
+    const tests::TemporaryFolder folder;
+    const auto file = folder / "new" / "settings.json";
+    ASSERT_FALSE(replaceFile(file, "first"));
+    EXPECT_EQ(contents(file), "first");
+    fs::permissions(file, fs::perms(0640));
+
+    const std::string large(1'000'000, 'x');
+    ASSERT_FALSE(replaceFile(file, large));
+    EXPECT_EQ(contents(file), large);
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
+    EXPECT_EQ(fileCount(file.parent_path()), 1U);
+}
+
+TEST(FileReplacement, ReplacesWhatASymbolicLinkLeadsTo) {
+    const tests::TemporaryFolder folder;
+    fs::create_directories(folder / "dotfiles");
+    for (const char* before : {"old", ""}) {
+        const auto target = folder / "dotfiles" / "settings.json";
+        const auto link = folder / "settings.json";
+        fs::remove(target);
+        fs::remove(link);
+        if (*before != '\0') {
+            std::ofstream(target) << before;
+        }
+        fs::create_symlink("dotfiles/settings.json", link);
+        ASSERT_FALSE(replaceFile(link, "new"));
+        EXPECT_TRUE(fs::is_symlink(link));
+        EXPECT_EQ(contents(target), "new");
+    }
+}
+
+TEST(FileReplacement, LeavesNothingBehindWhereItFails) {
+    const tests::TemporaryFolder folder;
+    const auto inTheWay = folder / "settings.json";
+    fs::create_directories(inTheWay / "full");
+    EXPECT_TRUE(replaceFile(inTheWay, "new"));
+    EXPECT_EQ(fileCount(folder.path()), 1U);
+
+    std::ofstream(folder / "file") << "kept";
+    EXPECT_TRUE(replaceFile(folder / "file" / "settings.json", "new"));
+    EXPECT_EQ(contents(folder / "file"), "kept");
+
+    fs::create_symlink("loop", folder / "loop");
+    EXPECT_TRUE(replaceFile(folder / "loop", "new"));
+    EXPECT_TRUE(fs::is_symlink(folder / "loop"));
+}
+
+} // namespace
+} // namespace korvex::base

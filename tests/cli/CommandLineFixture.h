@@ -1,0 +1,106 @@
+#pragma once
+
+#include "app/StoreLocation.h"
+#include "cli/CommandLine.h"
+#include "model/SchemaVersions.h"
+#include "support/RecordingLog.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace korvex::tests {
+
+/// Standing still at 2025-03-10 13:00:00 UTC, a Monday, 14:00 in Berlin.
+class StillClock final : public base::Clock {
+public:
+    base::Instant now() const override { return base::Instant::fromUnixSeconds(1'741'611'600); }
+};
+
+class CountingBroadcaster final : public app::StoreChangeBroadcaster {
+public:
+    void storeChanged(const std::filesystem::path&) override { ++count; }
+    int count = 0;
+};
+
+/// What a command printed and how it ended.
+struct Outcome {
+    cli::ExitStatus status;
+    std::string output;
+    std::string error;
+};
+
+/// The command line within the test, at a fixed moment in Berlin, on a store file of its own.
+class CommandLineFixture : public ::testing::Test {
+protected:
+    CommandLineFixture() {
+        ::setenv("TZ", "Europe/Berlin", 1);
+        ::setenv("LC_ALL", "en_US.UTF-8", 1);
+        ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    }
+
+    Outcome run(std::vector<std::string> arguments, const std::string& input = {}) {
+        arguments.insert(arguments.begin(), {"--data-dir", folder.path().string()});
+        const File in(input);
+        const File out;
+        const File err;
+        const auto status =
+            cli::runCommandLine(std::move(arguments), {clock, log, broadcaster, in.descriptor(),
+                                                       out.descriptor(), err.descriptor()});
+        return {status, out.text(), err.text()};
+    }
+
+    /// What a command prints that must succeed, without the last line break.
+    std::string result(std::vector<std::string> arguments, const std::string& input = {}) {
+        auto outcome = run(std::move(arguments), input);
+        EXPECT_EQ(outcome.status, cli::ExitStatus::done) << outcome.error;
+        EXPECT_EQ(outcome.error, "");
+        if (outcome.output.ends_with('\n')) {
+            outcome.output.pop_back();
+        }
+        return outcome.output;
+    }
+
+    std::unique_ptr<store::ModelContainer> openStore() {
+        return store::ModelContainer::open(model::currentSchema(),
+                                           {.file = app::storeFile(folder.path())}, log);
+    }
+
+    RecordingLog log;
+    TemporaryFolder folder;
+    StillClock clock;
+    CountingBroadcaster broadcaster;
+
+private:
+    /// A file without a name, in the place of standard input, output and error.
+    class File {
+    public:
+        explicit File(const std::string& content = {}) : m_file(std::tmpfile()) {
+            std::fwrite(content.data(), 1, content.size(), m_file);
+            std::rewind(m_file);
+        }
+        ~File() { std::fclose(m_file); }
+        File(const File&) = delete;
+        File& operator=(const File&) = delete;
+
+        int descriptor() const { return ::fileno(m_file); }
+        std::string text() const {
+            std::rewind(m_file);
+            std::string text;
+            char buffer[4096];
+            while (const auto count = std::fread(buffer, 1, sizeof buffer, m_file)) {
+                text.append(buffer, count);
+            }
+            return text;
+        }
+
+    private:
+        std::FILE* m_file;
+    };
+};
+
+} // namespace korvex::tests

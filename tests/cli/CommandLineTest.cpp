@@ -1,0 +1,259 @@
+#include "CommandLineFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+namespace korvex::tests {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+/// A store with entries of chosen identifiers, which no command can make.
+class CommandLine : public CommandLineFixture {
+protected:
+    void addEntries(const std::vector<std::string>& ids) {
+        const auto container = openStore();
+        store::ModelContext context(*container);
+        auto& board = context.insert(std::make_unique<model::Board>(
+            model::BoardFields{.id = base::Uuid::random(), .name = "Work"}));
+        std::int64_t place = 0;
+        for (const auto& id : ids) {
+            auto entry = std::make_unique<model::Entry>(
+                model::EntryFields{.id = *base::Uuid::parse(id),
+                                   .typeRawValue = "todo",
+                                   .content = "Todo " + id.substr(0, 9),
+                                   .sortOrder = place++});
+            entry->setBoard(&board);
+            context.insert(std::move(entry));
+        }
+        context.save();
+    }
+};
+
+TEST_F(CommandLine, AnEntryIsNamedByAnyBeginningThatOnlyItHas) {
+    addEntries({"ABCD0123-0000-4000-8000-000000000000", "ABCD4567-0000-4000-8000-000000000000",
+                "ABCD4567-1000-4000-8000-000000000000", "FFFF0000-0000-4000-8000-000000000000"});
+    struct {
+        const char* typed;
+        const char* found;
+    } const found[] = {
+        {"abcd0", "Todo ABCD0123-"},
+        {"FFFF", "Todo FFFF0000-"},
+        {"abcd4567-1", "Todo ABCD4567-"},
+        {"abcd45671000", "Todo ABCD4567-"},
+        {"ABCD012300004000800000000000000-0", "Todo ABCD0123-"},
+        {"ffff0000-0000-4000-8000-000000000000", "Todo FFFF0000-"},
+    };
+    for (const auto& each : found) {
+        EXPECT_EQ(result({"show", each.typed, "--as", "text"}), each.found) << each.typed;
+    }
+    struct {
+        const char* typed;
+        const char* error;
+    } const refused[] = {
+        {"abcd", "Several entries begin with \"abcd\""},
+        {"ABCD4567", "ABCD4567-0000-4000-8000-000000000000, ABCD4567-1000"},
+        {"abc", "too short"},
+        {"a-b-c-", "too short"},
+        {"", "too short"},
+        {"abce", "There is no entry \"abce\""},
+        {"milk", "\"milk\" is no identifier"},
+        {"FFFF0000-0000-4000-8000-0000000000000", "is no identifier"},
+        {"FFFF0000-0000-4000-8000-000000000001", "There is no entry"},
+    };
+    for (const auto& each : refused) {
+        const auto outcome = run({"show", each.typed});
+        EXPECT_EQ(outcome.status, cli::ExitStatus::refused) << each.typed;
+        EXPECT_THAT(outcome.error, AllOf(StartsWith("korvex: "), HasSubstr(each.error)));
+        EXPECT_THAT(outcome.output, IsEmpty());
+    }
+}
+
+TEST_F(CommandLine, AListShowsEnoughOfEachIdentifierToTellThemApart) {
+    addEntries({"ABCD4567-0000-4000-8000-000000000000", "ABCD4567-0010-4000-8000-000000000000",
+                "12345678-0000-4000-8000-000000000000"});
+    EXPECT_EQ(result({"list", "Work"}), "ABCD4567-000  [ ] Todo ABCD4567-\n"
+                                        "ABCD4567-001  [ ] Todo ABCD4567-\n"
+                                        "12345678-000  [ ] Todo 12345678-");
+}
+
+TEST_F(CommandLine, SchedulesAreReadInTheMachinesTimeZone) {
+    struct {
+        std::vector<std::string> options;
+        const char* stored;
+        const char* label;
+    } const cases[] = {
+        {{"--due", "2025-03-12"}, R"("dueDay":20250312)", "Wed, Mar 12, 2025"},
+        {{"--due", "today"}, R"("dueDay":20250310)", "Today"},
+        {{"--due", "tomorrow"}, R"("dueDay":20250311)", "Tomorrow"},
+        {{"--due", "2025-03-10T16:30"}, R"("dueDate":"2025-03-10T15:30:00.000Z")", "Today · 4:30"},
+        {{"--due", "2025-03-10T16:30Z"}, R"("dueDate":"2025-03-10T16:30:00.000Z")", "Today · 5:30"},
+        {{"--due", "2025-03-10T16:30-05:00"}, R"("dueDate":"2025-03-10T21:30:00.000Z")", "Today"},
+        {{"--from", "2025-03-11T09:00", "--due", "2025-03-11T10:00"},
+         R"("dueStartDate":"2025-03-11T08:00:00.000Z")",
+         "Tomorrow · 9:00"},
+        {{"--remind", "2025-03-10T18:00"}, R"("reminderDate":"2025-03-10T17:00:00.000Z")", "Today"},
+        {{"--remind", "tomorrow"}, R"("reminderDate":"2025-03-11T08:00:00.000Z")", "Tomorrow"},
+        {{"--due", "2025-03-12", "--remind", "oneDay"},
+         R"("reminderDate":"2025-03-11T08:00:00.000Z")",
+         "Wed, Mar 12"},
+        {{"--due", "2025-03-12T10:00", "--remind", "oneHour"},
+         R"("reminderDate":"2025-03-12T08:00:00.000Z")",
+         "Wed, Mar 12"},
+        // The clocks go forward on March 30: the reminder keeps its time of day.
+        {{"--due", "2025-03-30T10:00", "--remind", "oneDay"},
+         R"("reminderDate":"2025-03-29T09:00:00.000Z")",
+         "Sun, Mar 30"},
+        {{"--from", "2025-03-12T10:00", "--due", "2025-03-12T11:00", "--remind", "atDueTime"},
+         R"("reminderDate":"2025-03-12T10:00:00.000Z")",
+         "Wed, Mar 12"},
+    };
+    for (const auto& each : cases) {
+        std::vector<std::string> arguments{"add", "Water plants", "--json"};
+        arguments.insert(arguments.end(), each.options.begin(), each.options.end());
+        const auto printed = result(arguments);
+        EXPECT_THAT(printed, HasSubstr(each.stored));
+        EXPECT_THAT(printed, HasSubstr(std::string(R"("dueLabel":")") + each.label));
+    }
+}
+
+TEST_F(CommandLine, SchedulesThatMakeNoSenseLeaveNoTodo) {
+    struct {
+        std::vector<std::string> options;
+        cli::ExitStatus status;
+        const char* error;
+    } const cases[] = {
+        {{"--due", "2025-02-29"}, cli::ExitStatus::refused, "Choose a valid todo schedule."},
+        {{"--due", "2025-03-10T25:00"}, cli::ExitStatus::refused, "Choose a valid todo schedule."},
+        {{"--due", "20250229"}, cli::ExitStatus::wrongUsage, "\"20250229\" is no date"},
+        {{"--due", "soon"}, cli::ExitStatus::wrongUsage, "\"soon\" is no date"},
+        {{"--due", ""}, cli::ExitStatus::wrongUsage, "is no date"},
+        {{"--from", "2025-03-11T10:00", "--due", "2025-03-11T10:00"},
+         cli::ExitStatus::refused,
+         "Choose a valid todo schedule."},
+        {{"--from", "2025-03-11T11:00", "--due", "2025-03-11T10:00"},
+         cli::ExitStatus::refused,
+         "Choose a valid todo schedule."},
+        {{"--from", "2025-03-11", "--due", "2025-03-12"},
+         cli::ExitStatus::wrongUsage,
+         "A window needs two times"},
+        {{"--from", "2025-03-11T11:00"}, cli::ExitStatus::wrongUsage, "--due"},
+        {{"--remind", "2025-03-10T13:59"},
+         cli::ExitStatus::refused,
+         "Choose a reminder in the future."},
+        // 09:00 of today has passed.
+        {{"--remind", "today"}, cli::ExitStatus::refused, "Choose a reminder in the future."},
+        {{"--due", "tomorrow", "--remind", "oneWeek"},
+         cli::ExitStatus::refused,
+         "Choose a reminder in the future."},
+        {{"--remind", "oneDay"}, cli::ExitStatus::wrongUsage, "add --due"},
+        {{"--due", "tomorrow", "--remind", "threeDays"},
+         cli::ExitStatus::wrongUsage,
+         "\"threeDays\" is no date"},
+    };
+    for (const auto& each : cases) {
+        std::vector<std::string> arguments{"add", "Water plants"};
+        arguments.insert(arguments.end(), each.options.begin(), each.options.end());
+        const auto outcome = run(arguments);
+        EXPECT_EQ(outcome.status, each.status) << outcome.error;
+        EXPECT_THAT(outcome.error, HasSubstr(each.error));
+        EXPECT_THAT(outcome.output, IsEmpty());
+    }
+    EXPECT_EQ(result({"list"}), "");
+}
+
+TEST_F(CommandLine, TheDefaultReminderTimeIsTheUsersOwn) {
+    std::filesystem::create_directories(folder.path() / "korvex");
+    std::ofstream(folder.path() / "korvex" / "settings.json")
+        << R"({"defaultReminderMinutes": 1110})";
+    EXPECT_THAT(result({"add", "Call", "--remind", "2025-03-11", "--json"}),
+                HasSubstr(R"("reminderDate":"2025-03-11T17:30:00.000Z")"));
+}
+
+TEST_F(CommandLine, AReminderThatHasPassedMayStay) {
+    addEntries({"ABCD0123-0000-4000-8000-000000000000"});
+    {
+        const auto container = openStore();
+        store::ModelContext context(*container);
+        auto& entry = *context.fetch<model::Entry>().front();
+        entry.setSchedule({.reminderDate = clock.now() - 3600});
+        context.save();
+    }
+    EXPECT_THAT(
+        result({"schedule", "abcd", "--due", "today", "--remind", "2025-03-10T13:00", "--json"}),
+        HasSubstr(R"("reminderDate":"2025-03-10T12:00:00.000Z","boardID")"));
+}
+
+TEST_F(CommandLine, OtherProgramsHearOfAChangeOnceAndOfReadingNever) {
+    result({"boards"});
+    EXPECT_EQ(broadcaster.count, 1) << "the Inbox was made";
+    broadcaster.count = 0;
+    const auto first = result({"add", "one"});
+    const auto second = result({"add", "two"});
+    EXPECT_EQ(broadcaster.count, 2);
+    broadcaster.count = 0;
+    result({"complete", first, second});
+    EXPECT_EQ(broadcaster.count, 1);
+    broadcaster.count = 0;
+    result({"list", "--completed"});
+    result({"store", "check"});
+    run({"edit", first, " "});
+    EXPECT_EQ(broadcaster.count, 0);
+}
+
+TEST_F(CommandLine, CompletingSeveralIsAllOrNothing) {
+    const auto first = result({"add", "one"});
+    const auto outcome = run({"complete", first, "FFFF0000-0000-4000-8000-000000000000"});
+    EXPECT_EQ(outcome.status, cli::ExitStatus::refused);
+    EXPECT_THAT(result({"list"}), HasSubstr("one"));
+
+    const auto other = result({"board", "add", "Other"});
+    const auto third = result({"add", "three", "--board", other});
+    result({"add", "four", "--board", other});
+    result({"complete", third, first, third});
+    EXPECT_EQ(result({"list"}), "");
+    EXPECT_THAT(result({"list", other}), AllOf(HasSubstr("four"), Not(HasSubstr("three"))));
+    EXPECT_THAT(result({"store", "check"}), StartsWith("The store is sound"));
+}
+
+TEST_F(CommandLine, CheckSeesWhatIsWrongBetweenSoundRecords) {
+    addEntries({"ABCD0123-0000-4000-8000-000000000000", "FFFF0000-0000-4000-8000-000000000000"});
+    EXPECT_EQ(result({"store", "check"}), "The store is sound: 3 records.");
+    {
+        const auto container = openStore();
+        store::ModelContext context(*container);
+        context.find<model::Entry>(*base::Uuid::parse("FFFF0000-0000-4000-8000-000000000000"))
+            ->setSortOrder(2);
+        context.save();
+    }
+    const auto outcome = run({"store", "check"});
+    EXPECT_EQ(outcome.status, cli::ExitStatus::refused);
+    EXPECT_THAT(outcome.output,
+                HasSubstr("are not numbered from 0 without gaps: place 1 holds 2."));
+    EXPECT_THAT(run({"store", "check", "--json"}).output,
+                HasSubstr(R"("recordCount":3,"problems":["The entries of Board )"));
+    {
+        const auto container = openStore();
+        store::ModelContext context(*container);
+        context.insert(std::make_unique<model::Entry>(model::EntryFields{
+            .id = *base::Uuid::parse("EEEE0000-0000-4000-8000-000000000000"), .content = "lost"}));
+        context.save();
+    }
+    const auto lost = run({"store", "check"});
+    EXPECT_EQ(lost.status, cli::ExitStatus::refused);
+    EXPECT_THAT(lost.output, HasSubstr("EEEE0000-0000-4000-8000-000000000000"));
+}
+
+TEST_F(CommandLine, InputOverTheLimitIsRefusedWhole) {
+    const auto outcome = run({"add", "-"}, std::string(64 * 1024 * 1024 + 1, '\n'));
+    EXPECT_EQ(outcome.status, cli::ExitStatus::refused);
+    EXPECT_THAT(outcome.error, HasSubstr("64 MiB"));
+}
+
+} // namespace
+} // namespace korvex::tests

@@ -1,0 +1,244 @@
+// store_fault_driver perform OPERATION STORE: does one thing to a store, for store_faults_test.py
+// to
+//   kill or to fail at any system call of it. One line for each thing that happened: "acknowledged"
+//   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
+// store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
+//   what is wrong with it, and proves that it can still be written.
+
+#include "base/Error.h"
+#include "model/SchemaVersions.h"
+#include "services/BoardService.h"
+#include "services/EntryService.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+#include "store/StoreError.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <iostream>
+#include <map>
+#include <sstream>
+
+namespace {
+
+using namespace korvex;
+
+constexpr base::Instant kNow{800'000'000};
+constexpr base::Instant kLater{800'000'100};
+constexpr int kPreparedTodos = 12;
+
+/// writev, which no fault is planned for: the faults are the store's, not the report's.
+void say(const std::string& line) {
+    std::string text = line + "\n";
+    const iovec piece{text.data(), text.size()};
+    if (::writev(STDOUT_FILENO, &piece, 1) < 0) {
+        ::_exit(9);
+    }
+}
+
+class QuietLog final : public base::LogSink {
+public:
+    void write(base::LogLevel, std::string_view, std::string_view) override {}
+};
+
+struct Program {
+    QuietLog log;
+    services::NoReminders reminders;
+    services::NoWidgets widgets;
+    std::unique_ptr<store::ModelContainer> container;
+    std::unique_ptr<store::ModelContext> context;
+
+    void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
+        container = store::ModelContainer::open(model::currentSchema(),
+                                                {.file = file, .whenMissing = whenMissing}, log);
+        context = std::make_unique<store::ModelContext>(*container);
+    }
+    services::BoardService boards() { return {*context, reminders, log}; }
+    services::EntryService entries() { return {*context, reminders, widgets, log}; }
+    model::Board& inbox() { return *boards().inboxBoard(); }
+    std::vector<model::Entry*> todos() { return services::EntryService::activeTodos(inbox()); }
+};
+
+/// Everything that a user sees, without what differs from run to run.
+std::string state(Program& program) {
+    std::ostringstream text;
+    for (const model::Board* board : program.boards().boards()) {
+        text << '[' << board->name() << ']';
+        auto entries = board->entries();
+        std::sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
+            return services::EntryService::ordered(*left, *right);
+        });
+        for (const model::Entry* entry : entries) {
+            text << ' ' << entry->sortOrder() << (entry->isCompleted() ? '+' : '-')
+                 << entry->content() << '@' << entry->updatedAt().seconds;
+        }
+    }
+    return text.str();
+}
+
+void createStore(Program& program) {
+    program.boards().initializeDefaultBoards(kNow);
+}
+
+void prepare(Program& program) {
+    createStore(program);
+    std::vector<std::string> contents;
+    for (int i = 0; i < kPreparedTodos; ++i) {
+        contents.push_back("todo " + std::to_string(i));
+    }
+    program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
+    program.entries().completeTodo(*program.todos().at(3), kNow);
+}
+
+/// In front, so that every other entry is renumbered.
+void create(Program& program) {
+    program.entries().createTodos({.contents = {"new", std::string(9000, 'x')},
+                                   .board = program.inbox(),
+                                   .before = program.todos().front()->id(),
+                                   .now = kLater});
+}
+
+void complete(Program& program) {
+    program.entries().completeTodo(*program.todos().at(1), kLater);
+}
+
+void reorder(Program& program) {
+    const auto todos = program.todos();
+    program.entries().moveEntry(todos.back()->id(), todos.front()->id(),
+                                model::EntryPlacement::before, program.inbox());
+}
+
+/// A unit of work by hand: changed, inserted and deleted records in one save, which stay pending
+/// until a save succeeds. The services take back what they could not save.
+void save(Program& program) {
+    store::ModelContext& context = *program.context;
+    if (!context.hasChanges()) {
+        const auto todos = program.todos();
+        todos.front()->setContent("changed");
+        auto fresh = std::make_unique<model::Entry>(
+            model::EntryFields{.id = base::Uuid::random(),
+                               .content = "inserted",
+                               .createdAt = kLater,
+                               .updatedAt = kLater,
+                               .sortOrder = todos.back()->sortOrder()});
+        fresh->setBoard(&program.inbox());
+        context.insert(std::move(fresh));
+        context.remove(*todos.back());
+    }
+    context.save();
+}
+
+void checkpoint(Program& program) {
+    program.container->checkpoint();
+}
+
+using Operation = void (*)(Program&);
+const std::map<std::string, Operation> kOperations{
+    {"prepare", prepare},       {"create-store", createStore}, {"create", create},
+    {"complete", complete},     {"reorder", reorder},          {"save", save},
+    {"checkpoint", checkpoint},
+};
+
+/// Whether it succeeded; a refusal is said.
+bool attempt(const char* what, const std::function<void()>& work) {
+    try {
+        work();
+        return true;
+    } catch (const base::Error& error) {
+        say(std::string("refused ") + what + ": " + error.errorDescription());
+        return false;
+    }
+}
+
+int perform(const std::string& name, const std::string& file) {
+    using Missing = store::ModelConfiguration::Missing;
+    Program program;
+    const bool creates = name == "create-store" || name == "prepare";
+    const auto open = [&] { program.open(file, creates ? Missing::create : Missing::refuse); };
+    if (!attempt("open", open) && !attempt("open again", open)) {
+        return 1;
+    }
+    std::string before;
+    const Operation operation = kOperations.at(name);
+    const auto run = [&] {
+        before = state(program);
+        operation(program);
+    };
+    if (!attempt("operation", run)) {
+        if (name == "save") {
+            say(program.context->hasChanges() ? "kept its changes" : "LOST ITS CHANGES");
+        } else if (program.context->hasChanges() || state(program) != before) {
+            say("LEFT SOMETHING BEHIND: " + state(program) + " instead of " + before);
+        }
+        if (!attempt("operation again", [&] { operation(program); })) {
+            return 1;
+        }
+    }
+    say("acknowledged");
+    return 0;
+}
+
+int verify(const std::string& file) {
+    Program program;
+    try {
+        program.open(file, store::ModelConfiguration::Missing::refuse);
+    } catch (const store::StoreError& error) {
+        say(error.which() == store::StoreErrorCase::missing ? "state none"
+                                                            : "WRONG " + error.errorDescription());
+        return 0;
+    }
+    say("state " + state(program));
+    for (const auto& notice : program.container->notices()) {
+        say("WRONG notice: " + notice);
+    }
+    for (const auto& problem : program.container->check().problems) {
+        say("WRONG " + problem);
+    }
+    const SQLite::Database database(file, SQLite::OPEN_READONLY);
+    SQLite::Statement integrity(database, "PRAGMA integrity_check");
+    while (integrity.executeStep()) {
+        if (const std::string line = integrity.getColumn(0); line != "ok") {
+            say("WRONG integrity: " + line);
+        }
+    }
+    for (const model::Board* board : program.boards().boards()) {
+        std::vector<std::int64_t> orders;
+        for (const model::Entry* entry : board->entries()) {
+            orders.push_back(entry->sortOrder());
+        }
+        std::sort(orders.begin(), orders.end());
+        for (std::size_t i = 0; i < orders.size(); ++i) {
+            if (orders[i] != static_cast<std::int64_t>(i)) {
+                say("WRONG order in " + board->name());
+                break;
+            }
+        }
+    }
+    program.boards().createBoard("proof that it can be written", kLater);
+    say("writable");
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    const std::vector<std::string> words(arguments + 1, arguments + count);
+    try {
+        if (words.size() == 3 && words[0] == "perform" && kOperations.contains(words[1])) {
+            return perform(words[1], words[2]);
+        }
+        if (words.size() == 2 && words[0] == "verify") {
+            return verify(words[1]);
+        }
+    } catch (const std::exception& error) {
+        say(std::string("WRONG exception: ") + error.what());
+        return 2;
+    }
+    std::cerr << "usage: store_fault_driver perform OPERATION STORE | verify STORE\n";
+    return 2;
+}

@@ -1,0 +1,102 @@
+#pragma once
+
+#include "base/RunLoop.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
+
+namespace korvex::tests {
+
+/// A run loop whose time passes only when the test says so. It must outlive its timers.
+class FakeRunLoop final : public base::RunLoop {
+public:
+    void post(std::function<void()> work) override {
+        const std::lock_guard lock(m_mutex);
+        m_posted.push_back(std::move(work));
+    }
+
+    [[nodiscard]] std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
+                                                   std::function<void()> work) override {
+        auto timer = std::make_unique<FakeTimer>(*this, m_time + delay.count(), std::move(work));
+        m_timers.push_back(timer.get());
+        return timer;
+    }
+
+    std::size_t postedCount() const {
+        const std::lock_guard lock(m_mutex);
+        return m_posted.size();
+    }
+    /// Seconds until each timer fires, soonest first.
+    std::vector<double> delays() const {
+        std::vector<double> result;
+        for (const auto* timer : m_timers) {
+            result.push_back(timer->due - m_time);
+        }
+        std::sort(result.begin(), result.end());
+        return result;
+    }
+
+    /// Runs what is posted, and what that posts in turn.
+    void runPosted() {
+        while (true) {
+            std::vector<std::function<void()>> posted;
+            {
+                const std::lock_guard lock(m_mutex);
+                posted.swap(m_posted);
+            }
+            if (posted.empty()) {
+                return;
+            }
+            for (const auto& work : posted) {
+                work();
+            }
+        }
+    }
+
+    /// Lets time pass: fires what falls due within it, in order, each with what it posts.
+    void advance(double seconds) {
+        const auto end = m_time + seconds;
+        runPosted();
+        for (auto* next = soonest(); next != nullptr && next->due <= end; next = soonest()) {
+            m_time = std::max(m_time, next->due);
+            forget(*next);
+            // The work may destroy the timer.
+            const auto work = std::move(next->work);
+            work();
+            runPosted();
+        }
+        m_time = end;
+    }
+
+private:
+    struct FakeTimer final : Timer {
+        FakeTimer(FakeRunLoop& itsLoop, double itsDue, std::function<void()> itsWork)
+            : loop(itsLoop), due(itsDue), work(std::move(itsWork)) {}
+        ~FakeTimer() override { loop.forget(*this); }
+
+        FakeRunLoop& loop;
+        double due;
+        std::function<void()> work;
+    };
+
+    FakeTimer* soonest() const {
+        const auto found = std::min_element(
+            m_timers.begin(), m_timers.end(),
+            [](const auto* left, const auto* right) { return left->due < right->due; });
+        return found == m_timers.end() ? nullptr : *found;
+    }
+
+    void forget(const FakeTimer& timer) { std::erase(m_timers, &timer); }
+
+    double m_time = 0;
+    mutable std::mutex m_mutex;
+    std::vector<std::function<void()>> m_posted;
+    std::vector<FakeTimer*> m_timers;
+};
+
+} // namespace korvex::tests

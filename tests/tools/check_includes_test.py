@@ -1,0 +1,76 @@
+"""The check of the floors, on small trees that hold and trees with one fault each."""
+import pathlib
+import subprocess
+import sys
+import tempfile
+import unittest
+
+CHECK = sys.argv.pop(1)
+
+GOOD = {
+    "src/base/Clock.h": "#pragma once\n#include <chrono>\n",
+    "src/store/Context.h": '#pragma once\n#include "base/Clock.h"\n',
+    "src/app/Settings.cpp": '#include "store/Context.h"\n#include <sqlite3.h>\n',
+    "src/platform/systemd/Journal.h": '#pragma once\n#include "base/Clock.h"\n',
+    "src/platform/qt/QtRunLoop.h": "#pragma once\n#include <QObject>\n",
+    "src/cli/main.cpp": '#include "platform/systemd/Journal.h"\n',
+    "src/ui/Window.cpp":
+        '#include "platform/qt/QtRunLoop.h"\n#include <QtWidgets>\n#include "Window.moc"\n',
+    "src/desktop/main.cpp": '#include "ui/Window.h"\n#include "platform/systemd/Journal.h"\n',
+    "tests/base/ClockTest.cpp": "line\n" * 600,
+}
+
+FAULTS = [
+    # A file to add or replace, its content, and what the check must say of it.
+    ("src/base/Up.h", '#pragma once\n#include "store/Context.h"\n', "Up.h:2: base may not include"),
+    ("src/app/Up.cpp", '#include "cli/Command.h"\n', "app may not include cli"),
+    ("src/platform/systemd/Side.cpp", '#include "platform/qt/QtRunLoop.h"\n',
+     "platform/systemd may not include platform/qt"),
+    ("src/platform/qt/Side.cpp", '#include "platform/systemd/Journal.h"\n',
+     "platform/qt may not include platform/systemd"),
+    ("src/cli/Side.cpp", '#include "ui/Window.h"\n', "cli may not include ui"),
+    ("src/ui/Side.cpp", '#include "cli/Command.h"\n', "ui may not include cli"),
+    ("src/cli/Adapter.cpp", '#include "platform/qt/QtRunLoop.h"\n',
+     "cli may not include platform/qt"),
+    ("src/model/Qt.cpp", "#include <QString>\n", "model may not know Qt"),
+    ("src/cli/Qt.cpp", "  #  include <QtCore/qglobal.h>\n", "cli may not know Qt"),
+    ("src/platform/systemd/Qt.h", "#pragma once\n#include <QtDBus/QDBusConnection>\n",
+     "platform/systemd may not know Qt"),
+    ("src/store/Beside.cpp", '#include "Context.h"\n', "not named from its floor on"),
+    ("src/store/Beside.cpp", '#include "../base/Clock.h"\n', "not named from its floor on"),
+    ("src/store/Other.cpp", '#include "attic/Clock.h"\n', "not named from its floor on"),
+    ("src/attic/Clock.cpp", "\n", "stands on no floor"),
+    ("src/Loose.cpp", "\n", "stands on no floor"),
+    ("src/store/Twice.h", "// #pragma once\n", "no #pragma once"),
+    ("src/store/Long.cpp", "line\n" * 601, "601 lines"),
+    ("tests/base/LongTest.cpp", "line\n" * 601, "601 lines"),
+]
+
+
+class CheckIncludes(unittest.TestCase):
+    def run_on(self, files):
+        with tempfile.TemporaryDirectory() as folder:
+            for name, content in files.items():
+                path = pathlib.Path(folder, name)
+                path.parent.mkdir(parents=True, exist_ok=True)
+                path.write_text(content, encoding="utf-8")
+            return subprocess.run([sys.executable, CHECK, folder], capture_output=True, text=True,
+                                  check=False)
+
+    def test_a_tree_that_holds_passes(self):
+        result = self.run_on(GOOD)
+        self.assertEqual((result.returncode, result.stdout), (0, "The floors hold.\n"))
+
+    def test_each_fault_is_found_and_it_alone(self):
+        for name, content, said in FAULTS:
+            with self.subTest(name=name, said=said):
+                result = self.run_on(GOOD | {name: content})
+                self.assertEqual(result.returncode, 1)
+                self.assertEqual(len(result.stdout.splitlines()), 1, result.stdout)
+                self.assertIn(said, result.stdout)
+
+    def test_a_folder_without_sources_is_no_proof(self):
+        self.assertNotEqual(self.run_on({"README.md": ""}).returncode, 0)
+
+
+unittest.main()
