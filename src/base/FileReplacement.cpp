@@ -36,14 +36,17 @@ private:
     int m_number;
 };
 
-/// What a chain of symbolic links leads to, whether that exists or not.
-fs::path linkTarget(fs::path file) {
+/// Follows a chain of symbolic links to what it leads to, whether that exists or not.
+std::error_code followLinks(fs::path& file) {
     constexpr int kLongestChain = 40;
     std::error_code error;
-    for (int link = 0; link < kLongestChain && fs::is_symlink(file, error); ++link) {
+    for (int link = 0; fs::is_symlink(fs::symlink_status(file, error)); ++link) {
+        if (link == kLongestChain) {
+            return std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        }
         file = file.parent_path() / fs::read_symlink(file, error);
     }
-    return file;
+    return {};
 }
 
 std::error_code writeAll(int descriptor, std::string_view contents) {
@@ -83,8 +86,11 @@ std::error_code syncFolder(const fs::path& folder) {
 } // namespace
 
 std::error_code replaceFile(const fs::path& file, std::string_view contents) {
-    const auto target = linkTarget(fs::absolute(file));
-    std::error_code error;
+    auto target = fs::absolute(file);
+    auto error = followLinks(target);
+    if (error) {
+        return error;
+    }
     fs::create_directories(target.parent_path(), error);
     if (error) {
         return error;

@@ -12,6 +12,20 @@ namespace {
 
 using Phase = RecordState::Phase;
 
+bool isGone(const Record* record) {
+    return record->isLive() && record->state().isGoneFromStore;
+}
+
+/// Put with an owner here that someone else has deleted meanwhile.
+bool hasLostItsOwner(const Record* record) {
+    const auto field = record->storedType().ownerField;
+    if (!field || !record->isLive() || !(record->isInserted() || record->isChanged(*field))) {
+        return false;
+    }
+    const Record* owner = record->state().owner;
+    return !isAbsent(record->value(*field)) && (!owner || !owner->isLive());
+}
+
 /// A step of the core itself.
 class Step {
 public:
@@ -35,10 +49,14 @@ void ContextCore::save() {
         throw StoreError(StoreErrorCase::readOnly);
     }
     const Step step(*this);
-    if (std::any_of(m_changed.begin(), m_changed.end(), [](const Record* record) {
-            return record->isLive() && record->state().isGoneFromStore;
-        })) {
+    if (std::any_of(m_changed.begin(), m_changed.end(), isGone) ||
+        std::any_of(m_inserted.begin(), m_inserted.end(), hasLostItsOwner) ||
+        std::any_of(m_changed.begin(), m_changed.end(), hasLostItsOwner)) {
         throw StoreError(StoreErrorCase::conflict);
+    }
+    if (!hasChanges()) {
+        // What was deleted here, someone else deleted first.
+        return;
     }
     connection.checkFilesAreInPlace();
     // The step's own transaction ended if something was saved in it already.

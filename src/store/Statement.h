@@ -42,6 +42,7 @@ public:
     void bind(int index, const base::Uuid& id) {
         bind(index, std::span<const std::uint8_t>(id.bytes));
     }
+    void bind(int index, base::Uuid&& temporary) = delete;
     void bindAbsent(int index) { check(sqlite3_bind_null(raw(), index + 1)); }
     void bindValue(int index, const Value& value);
 

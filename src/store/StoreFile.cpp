@@ -61,7 +61,8 @@ void fill(const std::filesystem::path& staging, const Schema& schema) {
         }
     }
     Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
-    identify.bind(0, base::Uuid::random());
+    const base::Uuid storeID = base::Uuid::random();
+    identify.bind(0, storeID);
     identify.run();
     transaction.commit();
     database.exec("PRAGMA journal_mode = WAL");

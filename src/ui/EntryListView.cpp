@@ -82,6 +82,11 @@ QRect EntryListView::globalRect(int row) const {
     return {viewport()->mapToGlobal(rect.topLeft()), rect.size()};
 }
 
+void EntryListView::forgetLabels() {
+    m_delegate->forgetAll();
+    measureAllAgain();
+}
+
 void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
     auto* const animation = new QVariantAnimation(this);
     animation->setDuration(style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) >

@@ -37,6 +37,9 @@ public:
     QRect scheduleAnchor(int row) const;
     QRect globalRect(int row) const;
 
+    /// "Now" has moved: labels are made anew when they are drawn.
+    void forgetLabels();
+
     /// Lets the row of a todo shrink and fade away, then calls `done`.
     void animateLeaving(const model::Entry& entry, std::function<void()> done);
 

@@ -162,9 +162,8 @@ TEST(Calendar, AddsDaysOnTheWallClockAndHoursOnTheStopwatch) {
              Case{"UTC", "2025-01-31T12:00:00.250", day, 29, "2025-03-01T12:00:00.250Z"},
          }) {
         const Calendar calendar(zone(each.zone));
-        EXPECT_EQ(
-            textOf(calendar.adding(moment(each.from, each.zone), each.unit, each.amount)),
-            each.to)
+        EXPECT_EQ(textOf(calendar.adding(moment(each.from, each.zone), each.unit, each.amount)),
+                  each.to)
             << each.zone << " " << each.from;
     }
 }
@@ -186,9 +185,9 @@ TEST(TimeZone, KnowsTheDatabaseNamesOnly) {
 }
 
 TEST(TimeZone, ReadsTheMachinesZoneAnewEachTime) {
-    for (const auto& [variable, name] : {std::pair{"Europe/Berlin", "Europe/Berlin"},
-                                         std::pair{":Asia/Kolkata", "Asia/Kolkata"},
-                                         std::pair{"", "UTC"}}) {
+    for (const auto& [variable, name] :
+         {std::pair{"Europe/Berlin", "Europe/Berlin"}, std::pair{":Asia/Kolkata", "Asia/Kolkata"},
+          std::pair{"", "UTC"}}) {
         const ScopedEnvironment environment("TZ", variable);
         EXPECT_EQ(TimeZone::system().name(), name);
     }

@@ -12,9 +12,6 @@ using tests::moment;
 using tests::ScopedEnvironment;
 using tests::zone;
 
-// U+202F, which American English has before AM and PM.
-#define NARROW_SPACE "\u202f"
-
 TEST(DateFormats, SpeaksTheLocale) {
     struct Case {
         const char* locale;
@@ -24,12 +21,13 @@ TEST(DateFormats, SpeaksTheLocale) {
         const char* dayAndTime;
         const char* words[3];
     };
+    // American English has a narrow space, U+202F, before AM and PM.
     for (const auto& each : {
              Case{"en_US",
                   "Wed, Jan 15, 2025",
                   "Jan 15, 2025",
-                  "9:05" NARROW_SPACE "AM",
-                  "Jan 15, 2025, 9:05" NARROW_SPACE "AM",
+                  "9:05\u202fAM",
+                  "Jan 15, 2025, 9:05\u202fAM",
                   {"Yesterday", "Today", "Tomorrow"}},
              Case{"en-GB",
                   "Wed, 15 Jan 2025",

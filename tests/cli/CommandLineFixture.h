@@ -3,23 +3,20 @@
 #include "app/StoreLocation.h"
 #include "cli/CommandLine.h"
 #include "model/SchemaVersions.h"
+#include "support/FakeClock.h"
 #include "support/RecordingLog.h"
+#include "support/ScopedEnvironment.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <cstdio>
+#include <memory>
 #include <string>
 #include <unistd.h>
 #include <vector>
 
 namespace korvex::tests {
-
-/// Standing still at 2025-03-10 13:00:00 UTC, a Monday, 14:00 in Berlin.
-class StillClock final : public base::Clock {
-public:
-    base::Instant now() const override { return base::Instant::fromUnixSeconds(1'741'611'600); }
-};
 
 class CountingBroadcaster final : public app::StoreChangeBroadcaster {
 public:
@@ -37,12 +34,6 @@ struct Outcome {
 /// The command line within the test, at a fixed moment in Berlin, on a store file of its own.
 class CommandLineFixture : public ::testing::Test {
 protected:
-    CommandLineFixture() {
-        ::setenv("TZ", "Europe/Berlin", 1);
-        ::setenv("LC_ALL", "en_US.UTF-8", 1);
-        ::setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
-    }
-
     Outcome run(std::vector<std::string> arguments, const std::string& input = {}) {
         arguments.insert(arguments.begin(), {"--data-dir", folder.path().string()});
         const File in(input);
@@ -72,10 +63,15 @@ protected:
 
     RecordingLog log;
     TemporaryFolder folder;
-    StillClock clock;
+    /// 2025-03-10 13:00:00 UTC, a Monday; 14:00 in Berlin.
+    FakeClock clock{base::Instant::fromUnixSeconds(1'741'611'600)};
     CountingBroadcaster broadcaster;
 
 private:
+    ScopedEnvironment m_zone{"TZ", "Europe/Berlin"};
+    ScopedEnvironment m_locale{"LC_ALL", "en_US.UTF-8"};
+    ScopedEnvironment m_settings{"XDG_CONFIG_HOME", folder.path().string()};
+
     /// A file without a name, in the place of standard input, output and error.
     class File {
     public:

@@ -19,7 +19,7 @@ namespace {
 /// KORVEX_CHANGES=10000 makes it the long run: that many changes of each writer.
 int changesOfEachWriter() {
     const auto* text = std::getenv("KORVEX_CHANGES");
-    return text != nullptr ? std::atoi(text) : 500;
+    return text != nullptr ? std::atoi(text) : 300;
 }
 
 /// What a writer was told is done: its todos, and whether each is completed.
@@ -40,7 +40,7 @@ public:
     void workUntil(const std::atomic<bool>& isOver) {
         while (!isOver) {
             const KorvexProcess process(command());
-            std::this_thread::sleep_for(std::chrono::microseconds(pick(20'000)));
+            std::this_thread::sleep_for(std::chrono::microseconds(pick(12'000)));
             process.kill();
             acknowledge(process.wait());
             ++m_kills;
@@ -148,7 +148,7 @@ Acknowledged listed(const std::string& folder, bool completed, std::vector<std::
     return result;
 }
 
-TEST(SeveralProcesses, NothingAcknowledgedIsLostAndTheOrderStaysDense) {
+TEST(SeveralCommandLines, NothingAcknowledgedIsLostAndTheOrderStaysDense) {
     const TemporaryFolder temporary;
     const auto folder = temporary.path().string();
     ASSERT_EQ(KorvexProcess({"--data-dir", folder, "boards"}).wait().status, 0);

@@ -156,6 +156,18 @@ TEST_F(SharedStoreTest, ARecordDeletedUnderneathIsReportedAndNeverComesBack) {
     EXPECT_NO_THROW(other->save());
 }
 
+TEST_F(SharedStoreTest, NothingIsStoredOnABoardThatWasDeletedMeanwhile) {
+    Entry& added = addTodo(*other, *sameBoard, "typed meanwhile");
+    context->remove(*board);
+    context->save();
+    EXPECT_THROW(other->save(), store::StoreError);
+    EXPECT_TRUE(added.isInserted());
+    EXPECT_EQ(added.content(), "typed meanwhile");
+    other->rollback();
+    EXPECT_EQ(ModelContext(*mine).count<Entry>(), 0U);
+    EXPECT_TRUE(mine->check().problems.empty());
+}
+
 TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
     store::ModelConfiguration impatient{.file = storeFile(),
                                         .lockTimeout = std::chrono::milliseconds(30)};

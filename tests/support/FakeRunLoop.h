@@ -63,14 +63,16 @@ public:
         const auto end = m_time + seconds;
         runPosted();
         for (auto* next = soonest(); next != nullptr && next->due <= end; next = soonest()) {
-            m_time = std::max(m_time, next->due);
-            forget(*next);
-            // The work may destroy the timer.
-            const auto work = std::move(next->work);
-            work();
-            runPosted();
+            fire(*next);
         }
         m_time = end;
+    }
+    /// Lets just as much time pass as the soonest timer needs.
+    void advanceToNextTimer() {
+        runPosted();
+        if (auto* next = soonest()) {
+            fire(*next);
+        }
     }
 
 private:
@@ -89,6 +91,15 @@ private:
             m_timers.begin(), m_timers.end(),
             [](const auto* left, const auto* right) { return left->due < right->due; });
         return found == m_timers.end() ? nullptr : *found;
+    }
+
+    void fire(FakeTimer& timer) {
+        m_time = std::max(m_time, timer.due);
+        forget(timer);
+        // The work may destroy the timer.
+        const auto work = std::move(timer.work);
+        work();
+        runPosted();
     }
 
     void forget(const FakeTimer& timer) { std::erase(m_timers, &timer); }

@@ -1,5 +1,7 @@
 #include "platform/systemd/SdBusStoreChangeBroadcaster.h"
 
+#include "base/Text.h"
+
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
@@ -35,7 +37,8 @@ void SdBusStoreChangeBroadcaster::CloseBus::operator()(sd_bus* bus) const {
 
 void SdBusStoreChangeBroadcaster::storeChanged(const std::filesystem::path& storeFile) {
     const auto now = Clock::now();
-    if (now < m_restUntil || !isBusAnnounced()) {
+    // D-Bus carries UTF-8 only; a store with another path is looked at less promptly.
+    if (now < m_restUntil || !isBusAnnounced() || !base::isValidUtf8(storeFile.native())) {
         return;
     }
     const auto deadline = now + kLongestDelay;

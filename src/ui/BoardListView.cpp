@@ -1,0 +1,177 @@
+#include "ui/BoardListView.h"
+
+#include "ui/BoardItemDelegate.h"
+
+#include <QContextMenuEvent>
+#include <QDrag>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPainter>
+
+namespace korvex::ui {
+
+BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget* parent)
+    : QListView(parent), m_model(model), m_theme(theme) {
+    setFrameShape(NoFrame);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setEditTriggers(EditKeyPressed);
+    setDragEnabled(true);
+    setAcceptDrops(true);
+    setDragDropMode(DragDrop);
+    setMouseTracking(true);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    setAccessibleName(tr("Boards"));
+    auto* const delegate = new BoardItemDelegate(model, theme, this);
+    setItemDelegate(delegate);
+    setModel(&model);
+    connect(delegate, &BoardItemDelegate::renamed, this, &BoardListView::renamed);
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+        connect(&model, signal, this, [this] { updateGeometry(); });
+    }
+    connect(&theme, &Theme::changed, this, &BoardListView::applyTheme);
+    applyTheme();
+}
+
+void BoardListView::setCurrentBoard(const model::Board& board) {
+    const QSignalBlocker blocker(this);
+    setCurrentIndex(m_model.index(m_model.rowOf(board), 0));
+}
+
+void BoardListView::clearChoice() {
+    const QSignalBlocker blocker(this);
+    setCurrentIndex({});
+}
+
+model::Board* BoardListView::currentBoard() const {
+    return currentIndex().isValid() ? m_model.board(currentIndex().row()) : nullptr;
+}
+
+void BoardListView::rename(const model::Board& board, const QString& typed) {
+    const auto index = m_model.index(m_model.rowOf(board), 0);
+    scrollTo(index);
+    edit(index);
+    if (auto* const field = viewport()->findChild<QLineEdit*>(); field && !typed.isEmpty()) {
+        field->setText(typed);
+        field->selectAll();
+    }
+}
+
+QSize BoardListView::sizeHint() const {
+    const int rowHeight = m_model.rowCount() > 0 ? sizeHintForRow(0) : 0;
+    return {QListView::sizeHint().width(), rowHeight * m_model.rowCount() + 2};
+}
+
+void BoardListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    QListView::currentChanged(current, previous);
+    if (current.isValid()) {
+        Q_EMIT boardChosen(m_model.board(current.row()));
+    }
+}
+
+void BoardListView::keyPressEvent(QKeyEvent* event) {
+    // QListView would search by letters; they may be another's shortcuts.
+    if (event->text().isEmpty() || !event->text().front().isPrint()) {
+        QListView::keyPressEvent(event);
+    } else {
+        event->ignore();
+    }
+}
+
+void BoardListView::contextMenuEvent(QContextMenuEvent* event) {
+    const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const auto index = isByKeyboard ? currentIndex() : indexAt(event->pos());
+    if (index.isValid()) {
+        Q_EMIT menuRequested(m_model.board(index.row()),
+                             isByKeyboard ? viewport()->mapToGlobal(visualRect(index).bottomLeft())
+                                          : event->globalPos());
+    }
+}
+
+void BoardListView::startDrag(Qt::DropActions) {
+    const auto* const board = currentBoard();
+    if (!board) {
+        return;
+    }
+    const auto rect = visualRect(currentIndex());
+    auto* const data = new QMimeData;
+    data->setData(QString::fromLatin1(kDragType), QByteArray::fromStdString(board->id().text()));
+    auto* const drag = new QDrag(this);
+    drag->setMimeData(data);
+    drag->setPixmap(viewport()->grab(rect));
+    drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rect.topLeft());
+    drag->exec(Qt::MoveAction);
+    setDropTarget(std::nullopt);
+}
+
+void BoardListView::dragEnterEvent(QDragEnterEvent* event) {
+    if (event->mimeData()->hasFormat(QString::fromLatin1(kDragType))) {
+        event->acceptProposedAction();
+    } else {
+        event->ignore();
+    }
+}
+
+void BoardListView::dragMoveEvent(QDragMoveEvent* event) {
+    const auto target = event->mimeData()->hasFormat(QString::fromLatin1(kDragType))
+                            ? dropTargetAt(event->position().toPoint())
+                            : std::nullopt;
+    setDropTarget(target);
+    event->setAccepted(target.has_value());
+}
+
+void BoardListView::dragLeaveEvent(QDragLeaveEvent*) {
+    setDropTarget(std::nullopt);
+}
+
+void BoardListView::dropEvent(QDropEvent* event) {
+    const auto target = dropTargetAt(event->position().toPoint());
+    const auto id = base::Uuid::parse(
+        event->mimeData()->data(QString::fromLatin1(kDragType)).toStdString());
+    setDropTarget(std::nullopt);
+    setState(NoState);
+    if (id && target) {
+        event->acceptProposedAction();
+        Q_EMIT dropped(*id, m_model.board(target->row)->id(), target->placement);
+    }
+}
+
+void BoardListView::paintEvent(QPaintEvent* event) {
+    QListView::paintEvent(event);
+    if (m_dropTarget) {
+        const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
+        const int y = m_dropTarget->placement == model::EntryPlacement::before ? rect.top()
+                                                                               : rect.bottom() + 1;
+        QPainter painter(viewport());
+        painter.fillRect(QRect(rect.left() + 8, std::max(y - 1, 0), rect.width() - 16, 2),
+                         m_theme.colors().accent);
+    }
+}
+
+std::optional<BoardListView::DropTarget> BoardListView::dropTargetAt(
+    const QPoint& position) const {
+    const auto index = indexAt(position);
+    if (!index.isValid()) {
+        return m_model.rowCount() == 0
+                   ? std::nullopt
+                   : std::optional(
+                         DropTarget{m_model.rowCount() - 1, model::EntryPlacement::after});
+    }
+    return DropTarget{index.row(), position.y() < visualRect(index).center().y()
+                                       ? model::EntryPlacement::before
+                                       : model::EntryPlacement::after};
+}
+
+void BoardListView::setDropTarget(std::optional<DropTarget> target) {
+    m_dropTarget = target;
+    viewport()->update();
+}
+
+void BoardListView::applyTheme() {
+    auto own = palette();
+    own.setColor(QPalette::Base, m_theme.colors().sidebar);
+    setPalette(own);
+    scheduleDelayedItemsLayout();
+    updateGeometry();
+}
+
+} // namespace korvex::ui

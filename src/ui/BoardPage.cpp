@@ -1,0 +1,254 @@
+#include "ui/BoardPage.h"
+
+#include "ui/BoardHeader.h"
+#include "ui/ErrorBanner.h"
+#include "ui/Refusal.h"
+#include "ui/SchedulePopover.h"
+
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QTimer>
+#include <QVBoxLayout>
+
+namespace korvex::ui {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How long a tick is to be seen before its row leaves.
+constexpr auto kTickShown = 500ms;
+
+} // namespace
+
+BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
+    : QWidget(parent), m_workspace(workspace), m_theme(theme), m_model(workspace),
+      m_header(new BoardHeader(theme, this)), m_banner(new ErrorBanner(theme, this)),
+      m_emptyHint(new QLabel(tr("Nothing here yet. Type a todo, or paste several lines."), this)),
+      m_list(new EntryListView(m_model, workspace, theme, this)),
+      m_editing(m_model, *m_list, workspace, theme) {
+    m_emptyHint->setWordWrap(true);
+    m_emptyHint->setContentsMargins(18, 4, 18, 8);
+    m_emptyHint->setForegroundRole(QPalette::PlaceholderText);
+    m_emptyHint->hide();
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_header);
+    column->addWidget(m_banner);
+    column->addWidget(m_emptyHint);
+    column->addWidget(m_list, 1);
+    setFocusProxy(m_list);
+
+    connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
+    connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
+    connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
+    connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
+    connectList();
+    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
+        m_list->forgetLabels();
+    });
+}
+
+BoardPage::~BoardPage() = default;
+
+void BoardPage::connectList() {
+    connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
+    connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
+    connect(m_list, &EntryListView::toggleRequested, this, &BoardPage::toggle);
+    connect(m_list, &EntryListView::completedToggled, this, [this] {
+        m_model.setCompletedExpanded(!m_model.isCompletedExpanded());
+    });
+    connect(m_list, &EntryListView::scheduleRequested, this, [this](int row) {
+        openSchedule(*m_model.entry(row));
+    });
+    connect(m_list, &EntryListView::moveRequested, this, [this](int row, int offset) {
+        if (m_model.kind(row) == EntryListModel::RowKind::entry) {
+            move(*m_model.entry(row), offset);
+        }
+    });
+    connect(m_list, &EntryListView::dropped, this, &BoardPage::drop);
+    connect(m_list, &EntryListView::menuRequested, this, &BoardPage::openMenu);
+    connect(&m_editing, &EntryEditing::completionRequested, this,
+            [this](model::Entry* entry) { complete(*entry); });
+    connect(&m_editing, &EntryEditing::scheduleRequested, this,
+            [this](model::Entry* entry) { openSchedule(*entry); });
+    connect(&m_editing, &EntryEditing::moveRequested, this,
+            [this](model::Entry* entry, int offset) { move(*entry, offset); });
+}
+
+template <typename Operation>
+bool BoardPage::perform(Operation&& operation) {
+    const auto refused = refusal(operation);
+    if (refused) {
+        m_banner->showMessage(*refused);
+    } else {
+        m_banner->clear();
+    }
+    return !refused;
+}
+
+bool BoardPage::showBoard(model::Board& board) {
+    if (m_model.board() == &board) {
+        return true;
+    }
+    if (!leaveEditor()) {
+        return false;
+    }
+    // Reads the entries; what follows cannot fail any more.
+    if (!perform([&] { static_cast<void>(board.entries()); })) {
+        return false;
+    }
+    m_model.setBoard(&board);
+    m_list->scrollToTop();
+    return true;
+}
+
+void BoardPage::focusList() {
+    m_list->setFocus();
+    if (!m_list->currentIndex().isValid() && m_model.rowCount() > 0) {
+        m_list->setCurrentRow(0);
+    }
+}
+
+void BoardPage::refresh() {
+    m_editing.recordsChanged();
+    m_model.refresh();
+}
+
+void BoardPage::showMessage(const QString& message) {
+    m_banner->showMessage(message);
+}
+
+void BoardPage::keyPressEvent(QKeyEvent* event) {
+    const int row = m_list->currentRow();
+    if (event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier && row >= 0 &&
+        m_model.entry(row)) {
+        openSchedule(*m_model.entry(row));
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void BoardPage::toggle(int row) {
+    auto& entry = *m_model.entry(row);
+    if (!entry.isTodo()) {
+        return;
+    }
+    if (entry.isCompleted()) {
+        restore(entry);
+    } else if (m_editing.entry() == &entry) {
+        if (m_editing.leave()) {
+            complete(entry);
+        }
+    } else {
+        complete(entry);
+    }
+}
+
+void BoardPage::complete(model::Entry& entry) {
+    // Stored at once, so that nothing is lost; only its row stays a little longer.
+    m_model.linger(entry);
+    if (!perform([&] { m_workspace.entries.completeTodo(entry, m_workspace.now()); })) {
+        m_model.release(entry);
+        return;
+    }
+    QTimer::singleShot(kTickShown, this, [this, &entry] { endLingering(entry); });
+}
+
+void BoardPage::endLingering(const model::Entry& entry) {
+    const int row = m_model.rowOf(entry);
+    if (row < 0 || !m_model.isLingering(entry)) {
+        return;
+    }
+    const bool wasCurrent = m_list->currentRow() == row;
+    m_list->animateLeaving(entry, [this, &entry, wasCurrent] {
+        if (wasCurrent && m_list->currentRow() == m_model.rowOf(entry)) {
+            m_list->setCurrentRow(std::min(m_list->currentRow() + 1, m_model.rowCount() - 1));
+        }
+        m_model.release(entry);
+    });
+}
+
+void BoardPage::restore(model::Entry& entry) {
+    // A tick taken back while it is still seen puts the todo where it was.
+    std::optional<std::int64_t> position;
+    if (m_model.isLingering(entry)) {
+        position = 0;
+        for (int row = 0; row < m_model.rowOf(entry); ++row) {
+            const auto* const above = m_model.entry(row);
+            position = *position + (above && !above->isCompleted() ? 1 : 0);
+        }
+    }
+    perform([&] { m_workspace.entries.restoreTodo(entry, m_workspace.now(), position); });
+}
+
+void BoardPage::move(model::Entry& entry, int offset) {
+    if (entry.isCompleted()) {
+        return;
+    }
+    perform([&] { m_workspace.entries.moveEntry(entry.id(), offset, *m_model.board()); });
+    m_list->setCurrentRow(m_model.rowOf(entry));
+}
+
+void BoardPage::drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement) {
+    const auto* const target = m_model.entry(targetRow);
+    if (!target || target->id() == id) {
+        return;
+    }
+    perform([&] {
+        m_workspace.entries.moveEntry(id, target->id(), placement, *m_model.board());
+    });
+}
+
+void BoardPage::openSchedule(model::Entry& entry) {
+    const int row = m_model.rowOf(entry);
+    if (!entry.isTodo() || entry.isCompleted() || row < 0) {
+        return;
+    }
+    m_list->setCurrentRow(row);
+    auto* const popover = new SchedulePopover(entry, m_workspace, m_theme, window());
+    popover->openAt(m_list->scheduleAnchor(row));
+    popover->setFocus();
+}
+
+void BoardPage::openMenu(int row, const QPoint& globalPosition) {
+    auto& entry = *m_model.entry(row);
+    const bool isOpen = m_model.kind(row) == EntryListModel::RowKind::entry;
+    auto* const menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
+                         auto&& action) {
+        auto* const item = menu->addAction(text);
+        item->setShortcut(keys);
+        item->setShortcutVisibleInContextMenu(true);
+        item->setEnabled(isEnabled);
+        connect(item, &QAction::triggered, this, action);
+    };
+    if (isOpen) {
+        add(tr("Edit"), Qt::Key_F2, m_model.isEditable(row),
+            [this, &entry] { m_editing.edit(m_model.rowOf(entry), -1); });
+        add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, entry.isTodo(),
+            [this, &entry] { openSchedule(entry); });
+        add(tr("Complete"), Qt::CTRL | Qt::Key_Return, entry.isTodo() && !entry.isCompleted(),
+            [this, &entry] { complete(entry); });
+        menu->addSeparator();
+        add(tr("Move up"), Qt::ALT | Qt::Key_Up, true, [this, &entry] { move(entry, -1); });
+        add(tr("Move down"), Qt::ALT | Qt::Key_Down, true, [this, &entry] { move(entry, 1); });
+        add(tr("New todo below"), {}, true, [this, &entry] { m_editing.startDraft(&entry); });
+    } else {
+        add(tr("Restore"), Qt::Key_Space, true, [this, &entry] { restore(entry); });
+    }
+    menu->popup(globalPosition);
+}
+
+void BoardPage::updateHeader() {
+    if (m_model.board()) {
+        m_header->show(*m_model.board(), m_model.openTodoCount());
+        const bool isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
+        m_emptyHint->setVisible(isEmpty);
+    }
+}
+
+} // namespace korvex::ui

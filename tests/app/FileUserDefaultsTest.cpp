@@ -1,0 +1,142 @@
+#include "app/FileUserDefaults.h"
+
+#include "app/SettingsFile.h"
+#include "support/ScopedEnvironment.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace korvex::app {
+namespace {
+
+namespace fs = std::filesystem;
+using tests::ScopedEnvironment;
+using tests::SettingsFile;
+
+TEST(FileUserDefaults, KeepsEachTypeOfSetting) {
+    const SettingsFile file;
+    base::Bytes bytes(256);
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<std::uint8_t>(i);
+    }
+    {
+        auto defaults = file.open();
+        defaults.setString("text", "a \"quoted\" ö \U0001F600\n");
+        defaults.setString("empty", "");
+        defaults.setInteger("least", std::numeric_limits<std::int64_t>::min());
+        defaults.setInteger("most", std::numeric_limits<std::int64_t>::max());
+        defaults.setBoolean("no", false);
+        defaults.setBytes("bytes", bytes);
+        defaults.setBytes("none", {});
+    }
+    const auto defaults = file.open();
+    EXPECT_EQ(defaults.string("text"), "a \"quoted\" ö \U0001F600\n");
+    EXPECT_EQ(defaults.string("empty"), "");
+    EXPECT_EQ(defaults.integer("least"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(defaults.integer("most"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(defaults.boolean("no"), false);
+    EXPECT_EQ(defaults.bytes("bytes"), bytes);
+    EXPECT_EQ(defaults.bytes("none"), base::Bytes());
+}
+
+TEST(FileUserDefaults, ReadsNothingUnderAnotherType) {
+    const SettingsFile file(
+        R"({"text": "1", "number": 1, "real": 1.5, "flag": true, "null": null, "list": [],
+            "bytes": {"base64": "AQ=="}, "bad": {"base64": "A"}, "large": 9223372036854775808})");
+    const auto defaults = file.open();
+    for (const char* key :
+         {"text", "number", "real", "flag", "null", "list", "bytes", "bad", "large", "missing"}) {
+        const std::string_view name = key;
+        EXPECT_EQ(defaults.string(name).has_value(), name == "text") << name;
+        EXPECT_EQ(defaults.integer(name).has_value(), name == "number") << name;
+        EXPECT_EQ(defaults.boolean(name).has_value(), name == "flag") << name;
+        EXPECT_EQ(defaults.bytes(name).has_value(), name == "bytes") << name;
+    }
+}
+
+TEST(FileUserDefaults, LeavesWhatItDoesNotChange) {
+    const SettingsFile file(R"({"later": {"deep": [1, 2.5, null, "ö"]}, "fontSize": 13})");
+    auto defaults = file.open();
+    defaults.setInteger("fontSize", 16);
+    defaults.setBoolean("new", true);
+    defaults.remove("missing");
+    EXPECT_EQ(file.contents(), R"({
+    "later": {
+        "deep": [
+            1,
+            2.5,
+            null,
+            "ö"
+        ]
+    },
+    "fontSize": 16,
+    "new": true
+}
+)");
+    defaults.remove("later");
+    defaults.remove("fontSize");
+    EXPECT_EQ(file.contents(), "{\n    \"new\": true\n}\n");
+}
+
+TEST(FileUserDefaults, TakesInWhatAnotherProgramWroteMeanwhile) {
+    const SettingsFile file;
+    auto mine = file.open();
+    auto theirs = file.open();
+    mine.setInteger("mine", 1);
+    theirs.setInteger("theirs", 2);
+    mine.setInteger("mine", 3);
+    const auto both = file.open();
+    EXPECT_EQ(both.integer("mine"), 3);
+    EXPECT_EQ(both.integer("theirs"), 2);
+}
+
+TEST(FileUserDefaults, WritesOnlyWhatChanges) {
+    const SettingsFile file;
+    auto defaults = file.open();
+    defaults.setString("appearance", "dark");
+    const auto longAgo = fs::last_write_time(file.path()) - std::chrono::hours(1);
+    fs::last_write_time(file.path(), longAgo);
+    defaults.setString("appearance", "dark");
+    EXPECT_EQ(fs::last_write_time(file.path()), longAgo);
+    defaults.setString("appearance", "light");
+    EXPECT_NE(fs::last_write_time(file.path()), longAgo);
+}
+
+TEST(FileUserDefaults, ReadsADamagedFileAsNoSettings) {
+    for (const auto& contents :
+         {std::string("{\"fontSize\": 16"), std::string("[1, 2]"), std::string("16"),
+          std::string("{\"fontSize\": 16} trailing"), std::string("{\"\xFF\": 1}"),
+          std::string(200'000, '['), std::string("\0\0\0", 3)}) {
+        const SettingsFile file(contents);
+        auto defaults = file.open();
+        EXPECT_FALSE(defaults.integer("fontSize")) << contents.substr(0, 40);
+        defaults.setInteger("fontSize", 18);
+        EXPECT_EQ(file.open().integer("fontSize"), 18) << contents.substr(0, 40);
+    }
+}
+
+TEST(FileUserDefaults, HoldsWhatCannotBeWritten) {
+    const SettingsFile file("in the way");
+    FileUserDefaults defaults(file.path() / "settings.json");
+    defaults.setInteger("fontSize", 18);
+    EXPECT_EQ(defaults.integer("fontSize"), 18);
+    defaults.setInteger("fontSize", 20);
+    EXPECT_EQ(defaults.integer("fontSize"), 20);
+    EXPECT_EQ(file.contents(), "in the way");
+}
+
+TEST(FileUserDefaults, LiesInTheUsersConfiguration) {
+    const ScopedEnvironment home("HOME", "/somewhere");
+    for (const auto& [variable, folder] :
+         {std::pair{std::optional<std::string>(), "/somewhere/.config"},
+          std::pair{std::optional<std::string>(""), "/somewhere/.config"},
+          std::pair{std::optional<std::string>("relative"), "/somewhere/.config"},
+          std::pair{std::optional<std::string>("/config"), "/config"}}) {
+        const ScopedEnvironment config("XDG_CONFIG_HOME", variable);
+        EXPECT_EQ(FileUserDefaults::defaultFile(), fs::path(folder) / "korvex" / "settings.json");
+    }
+}
+
+} // namespace
+} // namespace korvex::app

@@ -1,0 +1,49 @@
+#include "app/StoreLocation.h"
+
+#include "support/ScopedEnvironment.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+namespace korvex::app {
+namespace {
+
+namespace fs = std::filesystem;
+using tests::ScopedEnvironment;
+
+TEST(StoreLocation, IsTheGivenFolderElseTheUsersData) {
+    const tests::TemporaryFolder folder;
+    const auto root = fs::canonical(folder.path());
+    const ScopedEnvironment home("HOME", root / "home");
+    struct Case {
+        std::optional<fs::path> given;
+        std::optional<std::string> variable;
+        fs::path expected;
+    };
+    for (const auto& each : {
+             Case{root / "given", root / "data", root / "given"},
+             Case{std::nullopt, root / "data", root / "data" / "korvex"},
+             Case{std::nullopt, std::nullopt, root / "home" / ".local" / "share" / "korvex"},
+             Case{std::nullopt, "", root / "home" / ".local" / "share" / "korvex"},
+             Case{std::nullopt, "data", root / "home" / ".local" / "share" / "korvex"},
+         }) {
+        const ScopedEnvironment data("XDG_DATA_HOME", each.variable);
+        EXPECT_EQ(dataDirectory(each.given), each.expected);
+    }
+    EXPECT_TRUE(fs::is_empty(root)) << "asking creates nothing";
+}
+
+TEST(StoreLocation, OneFolderHasOneName) {
+    const tests::TemporaryFolder folder;
+    const auto root = fs::canonical(folder.path());
+    fs::create_directories(root / "real" / "inner");
+    fs::create_directory_symlink("real", root / "link");
+    for (const auto& given :
+         {root / "real", root / "link", root / "real" / "inner" / "..", root / "." / "real",
+          fs::relative(root / "real"), root / "link" / "inner" / ".."}) {
+        EXPECT_EQ(storeFile(dataDirectory(given)), root / "real" / "Primary.store") << given;
+    }
+}
+
+} // namespace
+} // namespace korvex::app

@@ -1,0 +1,266 @@
+#include "schedule/TodoScheduleEditor.h"
+
+#include "base/Error.h"
+#include "support/Moments.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace korvex::schedule {
+namespace {
+
+using base::Instant;
+using model::TodoSchedule;
+
+constexpr const char* kWindowRefusal = "Choose a start time before the end time on this date.";
+constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
+
+class TodoScheduleEditorTest : public ::testing::Test {
+protected:
+    static Instant at(std::string_view text) { return tests::moment(text, "Europe/Berlin"); }
+
+    TodoScheduleEditor edit(const TodoSchedule& original,
+                            TodoScheduleEditor::Settings settings = {}) {
+        return {original,
+                settings,
+                m_now,
+                m_formats,
+                [this](const TodoSchedule& schedule) { m_saved.push_back(schedule); },
+                [this] { ++m_closed; }};
+    }
+
+    Instant m_now = at("2025-01-15T08:20");
+    base::DateFormats m_formats{"en_GB", tests::zone("Europe/Berlin")};
+    std::vector<TodoSchedule> m_saved;
+    int m_closed = 0;
+};
+
+TEST_F(TodoScheduleEditorTest, GivesBackWhatItWasGiven) {
+    for (const auto& original : {
+             TodoSchedule{},
+             TodoSchedule{.dueDay = 20250115},
+             TodoSchedule{.dueDay = 10102},
+             TodoSchedule{.dueDay = 20250330, .reminderDate = at("2025-03-29T09:00")},
+             TodoSchedule{.dueDate = at("2025-01-15T09:00:30.250")},
+             TodoSchedule{.dueDate = at("2025-01-15T10:00"),
+             .dueStartDate = at("2025-01-15T09:00")},
+             // The hour from two to three comes twice this day.
+             TodoSchedule{.dueDate = tests::moment("2025-10-26T02:45+01:00"),
+             .dueStartDate = tests::moment("2025-10-26T02:15+01:00")},
+             TodoSchedule{.reminderDate = at("2020-01-01T09:00")},
+         }) {
+        auto editor = edit(original);
+        editor.updatePresetReminder();
+        EXPECT_EQ(editor.hasDue, original.hasDue());
+        EXPECT_EQ(editor.schedule(), original);
+        EXPECT_TRUE(editor.save(m_now));
+        EXPECT_EQ(m_saved.back(), original);
+    }
+}
+
+TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
+    const auto editor = edit({});
+    EXPECT_EQ(editor.due, at("2025-01-15T09:00"));
+    EXPECT_EQ(editor.start, at("2025-01-15T08:00"));
+    EXPECT_EQ(editor.reminder, at("2025-01-15T09:00"));
+
+    // In the day's last hour, today is still today, but a reminder must lie ahead.
+    m_now = at("2025-01-15T23:10");
+    const auto late = edit({});
+    EXPECT_EQ(m_formats.calendar().day(late.due), 20250115);
+    EXPECT_EQ(late.reminder, at("2025-01-16T00:00"));
+}
+
+TEST_F(TodoScheduleEditorTest, LeavesOutWhatMakesNoSense) {
+    const Instant never{std::numeric_limits<double>::quiet_NaN()};
+    const auto editor = edit({.dueDate = never, .dueStartDate = never, .reminderDate = never});
+    EXPECT_FALSE(editor.hasDue);
+    EXPECT_FALSE(editor.hasReminder);
+    EXPECT_EQ(editor.schedule(), TodoSchedule{});
+    EXPECT_FALSE(edit({.dueDay = 20250229}).hasDue);
+}
+
+TEST_F(TodoScheduleEditorTest, BuildsTheScheduleThatItsFieldsDescribe) {
+    auto editor = edit({});
+    editor.due = at("2025-03-10T10:00");
+    editor.start = at("2001-09-09T09:30");
+    editor.hasTime = true;
+    editor.hasWindow = true;
+    EXPECT_EQ(editor.schedule(), TodoSchedule{}) << "nothing is due yet";
+    editor.hasDue = true;
+    EXPECT_EQ(editor.schedule(), (TodoSchedule{.dueDate = at("2025-03-10T10:00"),
+                                               .dueStartDate = at("2025-03-10T09:30")}));
+    editor.hasWindow = false;
+    EXPECT_EQ(editor.schedule(), TodoSchedule::dueAt(at("2025-03-10T10:00")));
+    editor.hasTime = false;
+    EXPECT_EQ(editor.schedule(), TodoSchedule::dueOn(20250310));
+    editor.due = Instant::distantFuture() + 1;
+    EXPECT_EQ(editor.schedule(), std::nullopt);
+}
+
+TEST_F(TodoScheduleEditorTest, MovesTheReminderWithItsPreset) {
+    struct Case {
+        const char* what;
+        bool hasTime;
+        bool hasWindow;
+        TodoReminderPreset preset;
+        int defaultMinutes;
+        const char* reminder;
+    };
+    using enum TodoReminderPreset;
+    for (const auto& each : {
+             Case{"due time", true, false, oneHour, 540, "2025-03-10T13:00"},
+             Case{"the end of a window", true, true, oneHour, 540, "2025-03-10T13:00"},
+             Case{"all day", false, false, oneDay, 540, "2025-03-09T09:00"},
+             Case{"all day, from midnight", false, false, fifteenMinutes, 0, "2025-03-09T23:45"},
+             Case{"all day, whatever the window", false, true, atDueTime, 1439, "2025-03-10T23:59"},
+         }) {
+        auto editor = edit({}, {.defaultReminderMinutes = each.defaultMinutes});
+        editor.hasDue = true;
+        editor.hasTime = each.hasTime;
+        editor.hasWindow = each.hasWindow;
+        editor.due = at("2025-03-10T14:00");
+        editor.start = at("2025-03-10T12:00");
+        editor.hasReminder = true;
+        editor.reminderPreset = each.preset;
+        editor.updatePresetReminder();
+        EXPECT_EQ(editor.reminder, at(each.reminder)) << each.what;
+    }
+}
+
+TEST_F(TodoScheduleEditorTest, LeavesTheReminderAloneWithoutPresetOrDueMoment) {
+    for (const auto field : {&TodoScheduleEditor::hasDue, &TodoScheduleEditor::hasReminder}) {
+        auto editor = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T12:34")});
+        editor.reminderPreset = TodoReminderPreset::oneDay;
+        editor.*field = false;
+        editor.updatePresetReminder();
+        EXPECT_EQ(editor.reminder, at("2025-03-10T12:34"));
+    }
+    auto editor = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T12:34")});
+    editor.updatePresetReminder();
+    EXPECT_EQ(editor.reminder, at("2025-03-10T12:34"));
+}
+
+TEST_F(TodoScheduleEditorTest, SaysWhatPresetsCountBackFrom) {
+    auto editor = edit({.dueDate = at("2025-01-15T10:00"),
+                        .dueStartDate = at("2025-01-15T09:00"),
+                        .reminderDate = at("2025-01-15T08:00")},
+                       {.defaultReminderMinutes = 450});
+    EXPECT_EQ(editor.anchorExplanation(),
+              "The end time is the deadline. Reminder presets count back from the end time.");
+    editor.hasWindow = false;
+    EXPECT_EQ(editor.anchorExplanation(), std::nullopt);
+    editor.hasTime = false;
+    EXPECT_EQ(editor.anchorExplanation(), "Without a due time, presets count back from 07:30.");
+    editor.hasReminder = false;
+    EXPECT_EQ(editor.anchorExplanation(), std::nullopt);
+}
+
+TEST_F(TodoScheduleEditorTest, ChecksTheWindowOnItsDate) {
+    struct Case {
+        const char* what;
+        const char* start;
+        const char* due;
+        std::optional<std::string> refusal;
+    };
+    for (const auto& each : {
+             Case{"before", "2025-01-20T09:59", "2025-01-15T10:00", std::nullopt},
+             Case{"equal", "2025-01-15T10:00", "2025-01-15T10:00", kWindowRefusal},
+             Case{"after", "2025-01-14T11:00", "2025-01-15T10:00", kWindowRefusal},
+             Case{"a start that the clocks skip", "2025-01-15T02:30", "2025-03-30T10:00",
+                  kWindowRefusal},
+             Case{"from midnight", "2025-01-15T00:00", "2025-03-30T00:01", std::nullopt},
+         }) {
+        auto editor = edit({});
+        editor.hasDue = true;
+        editor.hasTime = true;
+        editor.hasWindow = true;
+        editor.start = at(each.start);
+        editor.due = at(each.due);
+        EXPECT_EQ(editor.check(m_now), each.refusal) << each.what;
+        // A window that is switched off is not looked at.
+        editor.hasWindow = false;
+        EXPECT_EQ(editor.check(m_now), std::nullopt) << each.what;
+    }
+}
+
+TEST_F(TodoScheduleEditorTest, WantsAReminderInTheFutureUnlessItIsTheOldOne) {
+    const auto old = at("2025-01-15T07:00");
+    auto editor = edit({.dueDay = 20250115, .reminderDate = old});
+    EXPECT_EQ(editor.check(m_now), std::nullopt);
+    editor.reminder = old + 60;
+    EXPECT_EQ(editor.check(m_now), kReminderRefusal);
+    editor.reminder = m_now;
+    EXPECT_EQ(editor.check(m_now), std::nullopt);
+    editor.reminder = old + 60;
+    editor.hasReminder = false;
+    EXPECT_EQ(editor.check(m_now), std::nullopt);
+
+    // The window is checked first.
+    editor.hasReminder = true;
+    editor.hasTime = true;
+    editor.hasWindow = true;
+    editor.start = editor.due;
+    EXPECT_EQ(editor.check(m_now), kWindowRefusal);
+}
+
+TEST_F(TodoScheduleEditorTest, StaysOpenWithTheReasonUntilItIsSaved) {
+    auto editor = edit({});
+    editor.hasReminder = true;
+    editor.reminder = m_now - 1;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.errorMessage(), kReminderRefusal);
+    EXPECT_TRUE(m_saved.empty());
+    EXPECT_EQ(m_closed, 0);
+
+    editor.reminder = m_now + 1;
+    EXPECT_TRUE(editor.save(m_now));
+    EXPECT_EQ(editor.errorMessage(), std::nullopt);
+    EXPECT_EQ(m_saved, (std::vector{TodoSchedule{.reminderDate = m_now + 1}}));
+    EXPECT_EQ(m_closed, 1);
+}
+
+TEST_F(TodoScheduleEditorTest, ShowsWhyTheServiceRefused) {
+    bool isRefused = true;
+    TodoScheduleEditor* open = nullptr;
+    TodoScheduleEditor editor(
+        {}, {}, m_now, m_formats,
+        [&](const TodoSchedule&) {
+            EXPECT_TRUE(open->isSaving());
+            EXPECT_FALSE(open->save(m_now)) << "a second press while the first is saving";
+            if (isRefused) {
+                throw base::Error("test", 1, "The disk is full.");
+            }
+        },
+        [&] { ++m_closed; });
+    open = &editor;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.errorMessage(), "The disk is full.");
+    EXPECT_FALSE(editor.isSaving());
+    EXPECT_EQ(m_closed, 0);
+
+    editor.hasDue = true;
+    editor.due = Instant::distantFuture() + 1;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.errorMessage(), "Choose a valid todo schedule.");
+
+    isRefused = false;
+    editor.due = m_now;
+    EXPECT_TRUE(editor.save(m_now));
+    EXPECT_EQ(m_closed, 1);
+}
+
+TEST_F(TodoScheduleEditorTest, MayEndWhenItCloses) {
+    std::unique_ptr<TodoScheduleEditor> editor;
+    editor = std::make_unique<TodoScheduleEditor>(
+        TodoSchedule{}, TodoScheduleEditor::Settings{}, m_now, m_formats,
+        [](const TodoSchedule&) {}, [&] { editor.reset(); });
+    EXPECT_TRUE(editor->save(m_now));
+    EXPECT_EQ(editor, nullptr);
+}
+
+} // namespace
+} // namespace korvex::schedule
