@@ -23,7 +23,12 @@ rapidjson::Value::StringRefType reference(std::string_view text) {
     return {text.data(), static_cast<rapidjson::SizeType>(text.size())};
 }
 
+// libsodium takes no null pointer, which is what an empty vector may have.
+
 std::string base64(const base::Bytes& bytes) {
+    if (bytes.empty()) {
+        return {};
+    }
     constexpr auto kVariant = sodium_base64_VARIANT_ORIGINAL;
     // The length counts the closing zero.
     std::string text(sodium_base64_encoded_len(bytes.size(), kVariant), '\0');
@@ -33,6 +38,9 @@ std::string base64(const base::Bytes& bytes) {
 }
 
 std::optional<base::Bytes> bytesOfBase64(std::string_view text) {
+    if (text.empty()) {
+        return base::Bytes();
+    }
     base::Bytes bytes(text.size());
     std::size_t length = 0;
     if (sodium_base642bin(bytes.data(), bytes.size(), text.data(), text.size(), nullptr, &length,
@@ -57,21 +65,15 @@ struct FileUserDefaults::Settings {
         return member == json.MemberEnd() ? nullptr : &member->value;
     }
 
-    void remove(std::string_view key) {
-        const auto member = json.FindMember(rapidjson::Value(reference(key)));
-        if (member != json.MemberEnd()) {
-            json.EraseMember(member);
-        }
-    }
+    void remove(std::string_view key) { json.RemoveMember(rapidjson::Value(reference(key))); }
 
     void set(std::string_view key, rapidjson::Value value) {
-        const auto member = json.FindMember(rapidjson::Value(reference(key)));
-        if (member != json.MemberEnd()) {
-            member->value = std::move(value);
-            return;
-        }
         rapidjson::Value name(reference(key), json.GetAllocator());
-        json.AddMember(name, value, json.GetAllocator());
+        if (json.HasMember(name)) {
+            json[name] = std::move(value);
+        } else {
+            json.AddMember(name, value, json.GetAllocator());
+        }
     }
 
     rapidjson::Value text(std::string_view value) {

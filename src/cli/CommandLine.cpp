@@ -23,13 +23,13 @@ struct ParsedArguments {
     std::string information;
 };
 
-constexpr const char* kExitHelp =
+constexpr const char* kProgramHelp =
     "Without a COMMAND the desktop app starts.\n\n"
-    "A board is named by its name or identifier, an entry by its identifier or the first 4 or "
-    "more\n"
-    "characters of it. korvex COMMAND --help tells more about each command.\n\n"
-    "The program ends with 0 when it is done, with 1 when the command was refused and nothing was\n"
-    "changed, with 2 when it was not understood, and with 3 when the store could not be used.";
+    "A board is named by its name or identifier, an entry by its identifier or the first 4 or\n"
+    "more characters of it. korvex COMMAND --help tells more about each command.\n\n"
+    "The program ends with 0 when it is done, with 1 when the command was refused and nothing\n"
+    "was changed, with 2 when it was not understood, and with 3 when the store could not be used\n"
+    "or the results could not be written.";
 
 /// The innermost command that the parser met, and how it is written.
 struct MetCommand {
@@ -66,6 +66,9 @@ ParsedArguments parse(std::vector<std::string> arguments) {
         .add_option(
             "--data-dir",
             [&](const CLI::results_t& typed) {
+                if (typed.front().empty()) {
+                    throw wrongUsage("--data-dir needs the path of a folder.");
+                }
                 parsed.options.dataDirectory = typed.front();
                 return true;
             },
@@ -78,7 +81,7 @@ ParsedArguments parse(std::vector<std::string> arguments) {
     addBoardCommands(program, parsed.action);
     addStoreCommands(program, parsed.action);
     program.require_subcommand(0, 1);
-    program.footer(kExitHelp); // not before: commands inherit it
+    program.footer(kProgramHelp); // not before: commands inherit it
 
     std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the back
     try {

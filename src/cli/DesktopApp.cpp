@@ -1,7 +1,8 @@
 #include "cli/DesktopApp.h"
 
+#include "cli/EnvironmentVariable.h"
+
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <unistd.h>
@@ -12,15 +13,10 @@ namespace {
 
 constexpr const char* kProgram = "korvex-desktop";
 
-bool isSet(const char* variable) {
-    const auto* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
 } // namespace
 
 std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
-    if (!isSet("DISPLAY") && !isSet("WAYLAND_DISPLAY")) {
+    if (!isVariableSet("DISPLAY") && !isVariableSet("WAYLAND_DISPLAY")) {
         return "There is no display for the desktop app here.";
     }
     std::string name = kProgram;

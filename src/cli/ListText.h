@@ -11,8 +11,8 @@ class Session;
 /// What the second column says of an entry.
 enum class ListDate { due, completed };
 
-/// One entry a line for people: short identifier, date, mark and text. On a terminal long texts wrap
-/// under themselves; elsewhere each entry keeps its one line.
+/// One entry a line for people: short identifier, date, mark and text. On a terminal long texts
+/// wrap under themselves; elsewhere each entry keeps its one line.
 void printEntries(Session& session, std::span<model::Entry* const> entries, ListDate date);
 
 /// All about one entry: its text, then its facts one a line.

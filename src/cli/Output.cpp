@@ -2,6 +2,7 @@
 
 #include "cli/CommandLineError.h"
 #include "cli/DisplayText.h"
+#include "cli/EnvironmentVariable.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -26,11 +27,6 @@ bool writeAll(int descriptor, std::string_view text) {
     return true;
 }
 
-bool isSet(const char* variable) {
-    const auto* value = std::getenv(variable);
-    return value != nullptr && *value != '\0';
-}
-
 } // namespace
 
 void Output::flush() {
@@ -53,7 +49,8 @@ Terminal Terminal::of(int descriptor) {
         return terminal;
     }
     const auto* kind = std::getenv("TERM");
-    terminal.hasColor = !isSet("NO_COLOR") && kind != nullptr && std::string_view(kind) != "dumb";
+    terminal.hasColor =
+        !isVariableSet("NO_COLOR") && kind != nullptr && std::string_view(kind) != "dumb";
     winsize size{};
     if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         terminal.width = size.ws_col;

@@ -3,7 +3,25 @@
 #include "platform/systemd/JournalLog.h"
 #include "platform/systemd/SdBusStoreChangeBroadcaster.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+/// A standard stream that whoever started us has closed would give its number to one of the store's
+/// files, and results would be written into that. Nothing can be written to what this opens.
+void fillClosedStreams() {
+    int descriptor = -1;
+    do {
+        descriptor = ::open("/dev/null", O_RDONLY);
+    } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+    ::close(descriptor);
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
+    fillClosedStreams();
     const korvex::base::SystemClock clock;
     // A refusal is told as the command's own error: only what failed is worth a line beside it.
     korvex::base::StandardErrorLog standardError(korvex::base::LogLevel::error);

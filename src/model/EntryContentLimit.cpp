@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-namespace korvex::model::EntryContentLimit {
+namespace korvex::model {
 
 namespace {
 
@@ -22,19 +22,19 @@ std::size_t nearestByteOffset(std::string_view text, std::size_t utf16Offset, Si
 
 } // namespace
 
-bool allows(std::string_view text) {
+bool EntryContentLimit::allows(std::string_view text) {
     // A character has at least one byte, so few bytes need no counting either.
     return text.size() <= kMaximumCharacters ||
            (text.size() <= kMaximumBytes &&
             base::characterCount(text, kMaximumCharacters + 1) <= kMaximumCharacters);
 }
 
-std::string_view preview(std::string_view text) {
+std::string_view EntryContentLimit::preview(std::string_view text) {
     return allows(text) ? text : base::characterPrefix(text, kPreviewCharacters);
 }
 
-bool allowsReplacing(std::string_view text, std::size_t utf16Offset, std::size_t utf16Length,
-                     std::string_view replacement) {
+bool EntryContentLimit::allowsReplacing(std::string_view text, std::size_t utf16Offset,
+                                        std::size_t utf16Length, std::string_view replacement) {
     if (text.size() + replacement.size() <= kMaximumCharacters) {
         return true;
     }
@@ -51,4 +51,4 @@ bool allowsReplacing(std::string_view text, std::size_t utf16Offset, std::size_t
     return allows(result) || (replacement.empty() && !allows(text));
 }
 
-} // namespace korvex::model::EntryContentLimit
+} // namespace korvex::model

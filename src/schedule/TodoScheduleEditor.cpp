@@ -42,10 +42,10 @@ bool isPresent(const std::optional<base::Instant>& instant) {
 
 } // namespace
 
-TodoScheduleEditor::TodoScheduleEditor(model::TodoSchedule original, Settings settings,
+TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Settings settings,
                                        base::Instant now, const base::DateFormats& formats,
                                        OnSave onSave, std::function<void()> onClose)
-    : m_original(std::move(original)),
+    : m_original(original),
       m_settings(settings),
       m_formats(formats),
       m_onSave(std::move(onSave)),

@@ -27,7 +27,7 @@ public:
 
     /// `formats` gives the zone and must outlive the editor. What the original does not have starts
     /// at the next full hour.
-    TodoScheduleEditor(model::TodoSchedule original, Settings settings, base::Instant now,
+    TodoScheduleEditor(const model::TodoSchedule& original, Settings settings, base::Instant now,
                        const base::DateFormats& formats, OnSave onSave,
                        std::function<void()> onClose);
 

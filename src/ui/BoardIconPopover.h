@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/Board.h"
+#include "model/BoardIcon.h"
 #include "ui/Popover.h"
 #include "ui/Workspace.h"
 

@@ -93,10 +93,10 @@ void BoardListView::startDrag(Qt::DropActions) {
         return;
     }
     const auto rect = visualRect(currentIndex());
-    auto* const data = new QMimeData;
-    data->setData(QString::fromLatin1(kDragType), QByteArray::fromStdString(board->id().text()));
+    auto* const payload = new QMimeData;
+    payload->setData(QString::fromLatin1(kDragType), QByteArray::fromStdString(board->id().text()));
     auto* const drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(payload);
     drag->setPixmap(viewport()->grab(rect));
     drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rect.topLeft());
     drag->exec(Qt::MoveAction);

@@ -27,7 +27,7 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
     connect(&field, &TodoTextEdit::left, this, &EntryEditing::leave);
     connect(&field, &TodoTextEdit::limitReached, this, [this] {
         m_editor->showError(toQString(
-            services::errorDescription(services::EntryServiceErrorCase::contentTooLong)));
+            services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
     });
     connect(&field, &TodoTextEdit::escaped, this, [this] {
         if (leaveForGood()) {
@@ -306,7 +306,7 @@ void EntryEditing::becomeDraft() {
     m_editor->setText(text);
     m_editor->field().setCaret(caret);
     m_editor->showError(toQString(
-        services::errorDescription(services::EntryServiceErrorCase::entryUnavailable)));
+        services::descriptionOf(services::EntryServiceErrorCase::entryUnavailable)));
     if (!hadFocus) {
         m_view.setFocus();
     }

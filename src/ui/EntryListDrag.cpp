@@ -26,11 +26,11 @@ void EntryListView::startDrag(Qt::DropActions) {
     m_delegate->paint(&painter, option, currentIndex());
     painter.end();
 
-    auto* const data = new QMimeData;
-    data->setData(QString::fromLatin1(kDragType),
+    auto* const payload = new QMimeData;
+    payload->setData(QString::fromLatin1(kDragType),
                   QByteArray::fromStdString(m_model.entry(row)->id().text()));
     auto* const drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(payload);
     drag->setPixmap(picture);
     drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rect.topLeft());
     drag->exec(Qt::MoveAction);

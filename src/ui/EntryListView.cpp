@@ -50,7 +50,7 @@ void EntryListView::placeEditor(TodoEditor& editor, int row) {
 
 void EntryListView::removeEditor() {
     const int row = editedRow();
-    m_editedIndex = {};
+    m_editedIndex = QPersistentModelIndex();
     if (m_editor) {
         m_editor->hide();
         m_editor = nullptr;
@@ -313,6 +313,9 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
     if (!currentIndex().isValid() && m_model.rowCount() > 0 &&
         (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)) {
         setCurrentRow(visibleRows().first);
+    }
+    if (currentIndex().isValid()) {
+        selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
     }
     viewport()->update();
 }

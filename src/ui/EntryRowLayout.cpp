@@ -52,7 +52,9 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     m_text = std::make_unique<QTextLayout>(text, theme.font());
     QTextOption option;
-    option.setTextDirection(Qt::LayoutDirectionAuto);
+    const bool isRightToLeft = text.isRightToLeft();
+    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     m_text->setTextOption(option);
     m_text->setCacheEnabled(true);
@@ -90,11 +92,8 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
         m_due = QRect(width - sizes.textRight - dueWidth,
                       top + kPadding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
     } else if (hasDue) {
-        m_due = QRect(m_text->textOption().textDirection() == Qt::LayoutDirectionAuto &&
-                              text.isRightToLeft()
-                          ? textLeft + textWidth - dueWidth
-                          : textLeft,
-                      bottom + 1, dueWidth, dueHeight);
+        m_due = QRect(isRightToLeft ? textLeft + textWidth - dueWidth : textLeft, bottom + 1,
+                      dueWidth, dueHeight);
         bottom = m_due.bottom() + 1;
     } else if (isOpenTodo) {
         m_scheduleButton =
