@@ -142,12 +142,7 @@ ExitStatus sort(Session& session, const SortOptions& options) {
                                                          : Direction::ascending,
                                       base::NameOrder(), session.now());
     if (session.wantsJson()) {
-        Json json(session.output());
-        json.beginArray();
-        for (const auto* board : session.boards().boards()) {
-            json.board(*board);
-        }
-        json.endArray();
+        Json(session.output()).boards(session.boards().boards());
     }
     return ExitStatus::done;
 }

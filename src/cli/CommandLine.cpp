@@ -114,21 +114,6 @@ ExitStatus startDesktopApp(Session& session, const GlobalOptions& options) {
     return ExitStatus::done;
 }
 
-ExitStatus run(std::vector<std::string> arguments, const Environment& environment) {
-    const auto parsed = parse(std::move(arguments));
-    if (!parsed.information.empty()) {
-        Output output(environment.outputDescriptor);
-        output.write(parsed.information);
-        output.flush();
-        return ExitStatus::done;
-    }
-    Session session(environment, parsed.options);
-    const auto status =
-        parsed.action ? parsed.action(session) : startDesktopApp(session, parsed.options);
-    session.output().flush();
-    return status;
-}
-
 /// A store that refuses a save is a refusal; one that cannot be opened, read or written is no use.
 ExitStatus exitStatus(store::StoreErrorCase which) {
     switch (which) {
@@ -155,24 +140,46 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
 
 } // namespace
 
-ExitStatus runCommandLine(std::vector<std::string> arguments, const Environment& environment) {
+ExitStatus CommandLine::run(std::vector<std::string> arguments) {
     const auto fail = [&](ExitStatus status, std::string_view message) {
-        writeMessage(environment.errorDescriptor, message);
+        writeMessage(m_environment.errorDescriptor, message);
         return status;
     };
-    try {
-        return run(std::move(arguments), environment);
-    } catch (const CommandLineError& error) {
-        return fail(error.status(), error.errorDescription());
-    } catch (const store::StoreError& error) {
-        return fail(exitStatus(error.which()), error.errorDescription());
-    } catch (const base::Error& error) {
-        return fail(ExitStatus::refused, error.errorDescription());
-    } catch (const std::bad_alloc&) {
-        return fail(ExitStatus::unusable, "There is not enough memory.");
-    } catch (const std::exception& error) {
-        return fail(ExitStatus::unusable, error.what());
+    const auto status = [&] {
+        try {
+            return carryOut(std::move(arguments));
+        } catch (const CommandLineError& error) {
+            return fail(error.status(), error.errorDescription());
+        } catch (const store::StoreError& error) {
+            return fail(exitStatus(error.which()), error.errorDescription());
+        } catch (const base::Error& error) {
+            return fail(ExitStatus::refused, error.errorDescription());
+        } catch (const std::bad_alloc&) {
+            return fail(ExitStatus::unusable, "There is not enough memory.");
+        } catch (const std::exception& error) {
+            return fail(ExitStatus::unusable, error.what());
+        }
+    }();
+    // Also after a failure: the Inbox may have been made, or some of several todos completed.
+    if (m_session) {
+        m_session->announceChanges();
     }
+    return status;
+}
+
+ExitStatus CommandLine::carryOut(std::vector<std::string> arguments) {
+    const auto parsed = parse(std::move(arguments));
+    if (!parsed.information.empty()) {
+        Output output(m_environment.outputDescriptor);
+        output.write(parsed.information);
+        output.flush();
+        return ExitStatus::done;
+    }
+    m_session = std::make_unique<Session>(m_environment, parsed.options);
+    const auto status =
+        parsed.action ? parsed.action(*m_session) : startDesktopApp(*m_session, parsed.options);
+    m_session->output().flush();
+    return status;
 }
 
 } // namespace korvex::cli

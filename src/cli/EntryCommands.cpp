@@ -64,12 +64,7 @@ void printRecord(Session& session, const model::Entry& entry) {
 void printRecords(Session& session, std::span<model::Entry* const> entries) {
     if (session.wantsJson()) {
         DueLabels labels(session);
-        Json json(session.output());
-        json.beginArray();
-        for (const auto* entry : entries) {
-            json.entry(*entry, labels);
-        }
-        json.endArray();
+        Json(session.output()).entries(entries, labels);
     }
 }
 

@@ -56,6 +56,22 @@ void Json::entry(const model::Entry& entry, DueLabels& labels) {
     endObject();
 }
 
+void Json::boards(std::span<model::Board* const> boards) {
+    beginArray();
+    for (const auto* each : boards) {
+        board(*each);
+    }
+    endArray();
+}
+
+void Json::entries(std::span<model::Entry* const> entries, DueLabels& labels) {
+    beginArray();
+    for (const auto* each : entries) {
+        entry(*each, labels);
+    }
+    endArray();
+}
+
 void Json::member(std::string_view name, std::string_view value) {
     key(name);
     text(value);

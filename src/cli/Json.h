@@ -7,6 +7,7 @@
 
 #include <rapidjson/writer.h>
 
+#include <span>
 #include <string_view>
 
 namespace korvex::cli {
@@ -45,6 +46,8 @@ public:
     void board(const model::Board& board);
     /// The same, with its board's identifier as `boardID` and its due label as `dueLabel`.
     void entry(const model::Entry& entry, DueLabels& labels);
+    void boards(std::span<model::Board* const> boards);
+    void entries(std::span<model::Entry* const> entries, DueLabels& labels);
 
 private:
     void member(std::string_view name, std::string_view value);

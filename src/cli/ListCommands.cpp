@@ -8,8 +8,6 @@
 #include "cli/Options.h"
 #include "cli/Session.h"
 
-#include <algorithm>
-
 namespace korvex::cli {
 
 namespace {
@@ -38,12 +36,7 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
                       [&](const auto* board) { return board->isArchived() != options.archived; });
     }
     if (session.wantsJson()) {
-        Json json(session.output());
-        json.beginArray();
-        for (const auto* board : boards) {
-            json.board(*board);
-        }
-        json.endArray();
+        Json(session.output()).boards(boards);
     } else {
         printBoards(session, boards);
     }
@@ -68,12 +61,7 @@ ExitStatus list(Session& session, const ListOptions& options) {
                                            : activeEntries(session, board);
     if (session.wantsJson()) {
         DueLabels labels(session);
-        Json json(session.output());
-        json.beginArray();
-        for (const auto* entry : entries) {
-            json.entry(*entry, labels);
-        }
-        json.endArray();
+        Json(session.output()).entries(entries, labels);
         return ExitStatus::done;
     }
     printEntries(session, entries, options.completed ? ListDate::completed : ListDate::due);

@@ -39,15 +39,17 @@ void printStyled(Session& session, std::string_view style, std::string_view text
     }
 }
 
-std::string completionLabel(Session& session, const model::Entry& entry) {
-    const auto completedAt = entry.completedAt();
-    return completedAt && completedAt->isValid() ? session.formats().dayAndShortTime(*completedAt)
-                                                 : std::string();
+std::string moment(Session& session, std::optional<base::Instant> instant) {
+    return instant && instant->isValid() ? session.formats().dayAndShortTime(*instant)
+                                         : std::string();
 }
 
-bool isOverdue(Session& session, const model::Entry& entry) {
-    return session.terminal().hasColor && !entry.isCompleted() && entry.schedule().hasDue() &&
-           entry.schedule().isOverdue(session.now(), session.calendar());
+/// Only color says so, so without it the calendar need not be asked.
+std::string_view labelStyle(Session& session, const model::Entry& entry) {
+    const auto isLate = session.terminal().hasColor && !entry.isCompleted() &&
+                        entry.schedule().hasDue() &&
+                        entry.schedule().isOverdue(session.now(), session.calendar());
+    return isLate ? kRed : std::string_view();
 }
 
 /// The text from the column where it begins.
@@ -80,11 +82,6 @@ void printFact(Session& session, std::string_view name, std::string_view value) 
     session.output().put('\n');
 }
 
-std::string moment(Session& session, std::optional<base::Instant> instant) {
-    return instant && instant->isValid() ? session.formats().dayAndShortTime(*instant)
-                                         : std::string();
-}
-
 std::size_t openTodoCount(Session& session, const model::Board& board) {
     using store::FieldReference;
     return session.context().count<model::Entry>(
@@ -107,7 +104,7 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
     for (const auto* entry : entries) {
         ids.push_back(entry->id());
         labels.push_back(date == ListDate::due ? std::string(dueLabels.label(*entry))
-                                               : completionLabel(session, *entry));
+                                               : moment(session, entry->completedAt()));
         labelWidths.push_back(displayWidth(labels.back()));
     }
     const auto idWidth = shortIdentifierLength(ids);
@@ -121,7 +118,7 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
         output.write(kGap);
         auto column = idWidth + kGap.size() + mark(entry).size() + 1;
         if (labelWidth > 0) {
-            printStyled(session, isOverdue(session, entry) ? kRed : "", labels[i]);
+            printStyled(session, labelStyle(session, entry), labels[i]);
             output.spaces(labelWidth - labelWidths[i]);
             output.write(kGap);
             column += labelWidth + kGap.size();

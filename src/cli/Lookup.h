@@ -5,7 +5,10 @@
 #include "model/Entry.h"
 #include "store/ModelContext.h"
 
+#include <cstddef>
+#include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <vector>
 

@@ -2,7 +2,6 @@
 
 #include "cli/When.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>

@@ -28,11 +28,7 @@ Session::Session(const Environment& environment, const GlobalOptions& options)
       m_storeFile(app::storeFile(app::dataDirectory(options.dataDirectory))),
       m_now(environment.clock.now()) {}
 
-Session::~Session() {
-    if (m_hasSaved) {
-        m_environment.broadcaster.storeChanged(m_storeFile);
-    }
-}
+Session::~Session() = default;
 
 const base::DateFormats& Session::formats() {
     if (!m_formats) {
@@ -67,6 +63,12 @@ services::EntryService& Session::entries() {
 
 store::ModelContainer& Session::openExisting() {
     return open(store::ModelConfiguration::Missing::refuse);
+}
+
+void Session::announceChanges() const {
+    if (m_hasSaved) {
+        m_environment.broadcaster.storeChanged(m_storeFile);
+    }
 }
 
 void Session::remark(std::string_view text) const {

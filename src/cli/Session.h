@@ -33,8 +33,7 @@ struct GlobalOptions {
 };
 
 /// What one command works with. The store is opened when it is first asked for, and what costs
-/// milliseconds is made when it is first needed. Tells the other programs at its end, once, when
-/// something was saved.
+/// milliseconds is made when it is first needed.
 class Session {
 public:
     Session(const Environment& environment, const GlobalOptions& options);
@@ -62,6 +61,9 @@ public:
 
     /// Opens the store as it is: creates nothing, repairs nothing.
     store::ModelContainer& openExisting();
+
+    /// Tells the other programs, once, when something was saved.
+    void announceChanges() const;
 
     /// A remark to the person, on standard error.
     void remark(std::string_view text) const;

@@ -3,6 +3,7 @@
 #include "platform/systemd/JournalLog.h"
 #include "platform/systemd/SdBusStoreChangeBroadcaster.h"
 
+#include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -27,7 +28,9 @@ int main(int argc, char** argv) {
     korvex::base::StandardErrorLog standardError(korvex::base::LogLevel::error);
     korvex::platform::systemd::JournalLog log(standardError);
     korvex::platform::systemd::SdBusStoreChangeBroadcaster broadcaster;
-    const auto status =
-        korvex::cli::runCommandLine({argv + 1, argv + argc}, {clock, log, broadcaster});
-    return static_cast<int>(status);
+    korvex::cli::CommandLine commandLine({clock, log, broadcaster});
+    const auto status = commandLine.run({argv + 1, argv + argc});
+    // All is saved, told and written. Leaving without taking the records of a large board apart,
+    // one by one, saves a tenth of the whole run.
+    std::exit(static_cast<int>(status));
 }

@@ -12,6 +12,7 @@
 #include "platform/qt/SystemTimeWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "ui/MainWindow.h"
+#include "ui/QuietStyle.h"
 #include "ui/Refusal.h"
 #include "ui/StoreErrorWindow.h"
 #include "ui/Theme.h"
@@ -108,6 +109,7 @@ int main(int argc, char* argv[]) {
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
     app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
+    ui::QuietStyle::installOver(theme);
 
     std::unique_ptr<store::ModelContainer> container;
     if (const auto refused = ui::refusal([&] {

@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "ui/Refusal.h"
 
+#include <QApplication>
 #include <QScopedValueRollback>
 
 namespace korvex::ui {
@@ -17,6 +18,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
             m_view.measureAgain(m_view.editedRow());
         }
     });
+    connect(m_editor.get(), &TodoEditor::scheduleClicked, &m_editor->field(),
+            &TodoTextEdit::scheduleRequested);
     connect(m_editor.get(), &TodoEditor::discarded, this, &EntryEditing::discard);
 
     auto& field = m_editor->field();
@@ -24,7 +27,12 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
     connect(&field, &TodoTextEdit::backspacedAway, this, &EntryEditing::removeAndGoUp);
     connect(&field, &TodoTextEdit::walked, this, &EntryEditing::walk);
     connect(&field, &TodoTextEdit::linesPasted, this, &EntryEditing::pasteLines);
-    connect(&field, &TodoTextEdit::left, this, &EntryEditing::leave);
+    // No new focus: another window or a menu has the keyboard for a while only.
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
+        if (isOpen() && now && m_editor->isAncestorOf(before) && !m_editor->isAncestorOf(now)) {
+            leave();
+        }
+    });
     connect(&field, &TodoTextEdit::limitReached, this, [this] {
         m_editor->showError(toQString(
             services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
@@ -87,8 +95,7 @@ void EntryEditing::startDraft(const model::Entry* after) {
 
 void EntryEditing::startDraftAtEnd() {
     if (leave()) {
-        m_model.openDraftAtEnd();
-        open(Target::draft, nullptr, m_model.rowOf(EntryListModel::RowKind::draft), QString(), 0);
+        open(Target::draft, nullptr, m_model.openDraftAtEnd(), QString(), 0);
     }
 }
 
@@ -123,6 +130,7 @@ void EntryEditing::recordsChanged() {
         }
         return;
     }
+    m_editor->setDueLabel(dueLabelOf(*m_entry, m_workspace));
     const auto content = toQString(m_entry->content());
     if (content != m_original) {
         m_original = content;
@@ -140,6 +148,7 @@ void EntryEditing::open(Target target, model::Entry* entry, int row, const QStri
     m_entry = entry;
     m_original = text;
     m_editor->setText(text);
+    m_editor->setDueLabel(entry ? dueLabelOf(*entry, m_workspace) : DueLabel{});
     m_editor->field().setCaret(caret < 0 ? static_cast<int>(text.size()) : caret);
     m_view.placeEditor(*m_editor, row);
     m_editor->field().setFocus();

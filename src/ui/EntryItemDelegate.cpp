@@ -48,7 +48,8 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     if (isCurrent || isHovered) {
         QPainterPath box;
         box.addRoundedRect(laidOut.box(), kCornerRadius, kCornerRadius);
-        painter->fillPath(box, isCurrent ? colors.selection : colors.hover);
+        const bool isActive = option.state.testFlag(QStyle::State_Active);
+        painter->fillPath(box, isCurrent && isActive ? colors.selection : colors.hover);
     }
     if (hasFocus) {
         painter->setPen(QPen(colors.accent, 1.5));
@@ -63,11 +64,11 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     laidOut.textLayout().draw(painter, laidOut.text().topLeft());
 
     if (!laidOut.due().isEmpty()) {
-        const auto color = laidOut.isOverdue() ? colors.danger : colors.secondaryText;
+        const auto color = laidOut.dueLabel().isOverdue ? colors.danger : colors.secondaryText;
         painter->setFont(m_theme.smallFont());
         painter->setPen(color);
-        painter->drawText(laidOut.due(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.dueText());
-        if (laidOut.hasReminder()) {
+        painter->drawText(laidOut.due(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.dueLabel().text);
+        if (laidOut.dueLabel().hasReminder) {
             const int size = m_theme.scaled(13);
             const QRect bell(laidOut.due().right() + 1 - size,
                              laidOut.due().center().y() - size / 2, size, size);

@@ -77,8 +77,7 @@ void EntryListModel::setBoard(model::Board* board) {
     beginResetModel();
     m_board = board;
     m_lingering.clear();
-    m_hasDraft = false;
-    m_draftAfter = nullptr;
+    m_draftPlace = DraftPlace::none;
     m_isCompletedExpanded = false;
     m_rows = wantedRows();
     endResetModel();
@@ -136,20 +135,21 @@ void EntryListModel::setCompletedExpanded(bool expanded) {
 }
 
 int EntryListModel::openDraft(const model::Entry* after) {
-    m_hasDraft = true;
+    m_draftPlace = after ? DraftPlace::afterEntry : DraftPlace::start;
     m_draftAfter = after;
     apply(wantedRows());
     return rowOf(RowKind::draft);
 }
 
-void EntryListModel::openDraftAtEnd() {
-    const int end = rowOf(RowKind::newTodo);
-    openDraft(end > 0 ? entry(end - 1) : nullptr);
+int EntryListModel::openDraftAtEnd() {
+    m_draftPlace = DraftPlace::end;
+    apply(wantedRows());
+    return rowOf(RowKind::draft);
 }
 
 void EntryListModel::closeDraft() {
-    if (m_hasDraft) {
-        m_hasDraft = false;
+    if (hasDraft()) {
+        m_draftPlace = DraftPlace::none;
         apply(wantedRows());
     }
 }
@@ -234,16 +234,15 @@ void EntryListModel::addLingering(std::vector<Row>& rows) const {
 }
 
 void EntryListModel::addDraft(std::vector<Row>& rows) const {
-    if (!m_hasDraft) {
+    if (!hasDraft()) {
         return;
     }
-    auto place = rows.begin();
-    if (m_draftAfter) {
+    auto place = m_draftPlace == DraftPlace::start ? rows.begin() : rows.end();
+    if (m_draftPlace == DraftPlace::afterEntry) {
+        // When that entry is gone, the end is as good a place as any.
         place = std::find_if(rows.begin(), rows.end(),
                              [&](const Row& row) { return row.entry == m_draftAfter; });
-        if (place != rows.end()) {
-            ++place;
-        }
+        place += place == rows.end() ? 0 : 1;
     }
     rows.insert(place, {RowKind::draft});
 }

@@ -52,9 +52,10 @@ public:
     /// Puts the draft after this entry, before all entries when it is null. There is at most one; its
     /// row.
     int openDraft(const model::Entry* after);
-    void openDraftAtEnd();
+    /// Before the row for new todos, also when entries are added there.
+    int openDraftAtEnd();
     void closeDraft();
-    bool hasDraft() const { return m_hasDraft; }
+    bool hasDraft() const { return m_draftPlace != DraftPlace::none; }
     /// The entry before the draft; null when it stands first.
     model::Entry* draftPredecessor() const;
 
@@ -67,6 +68,7 @@ Q_SIGNALS:
     void countsChanged();
 
 private:
+    enum class DraftPlace { none, start, afterEntry, end };
     struct Row {
         RowKind kind = RowKind::entry;
         model::Entry* entry = nullptr;
@@ -89,7 +91,7 @@ private:
     std::vector<model::Entry*> m_lingering;
     int m_openTodoCount = 0;
     bool m_isCompletedExpanded = false;
-    bool m_hasDraft = false;
+    DraftPlace m_draftPlace = DraftPlace::none;
     const model::Entry* m_draftAfter = nullptr;
 };
 

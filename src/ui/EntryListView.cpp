@@ -31,6 +31,7 @@ EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, 
     setModel(&model);
     setAccessibleName(tr("Entries"));
     connect(&theme, &Theme::changed, this, &EntryListView::applyTheme);
+    applyTheme();
 }
 
 EntryListView::~EntryListView() = default;

@@ -20,7 +20,55 @@ int lineHeight(const QFont& font) {
     return QFontMetrics(font).lineSpacing();
 }
 
+/// The height of the text in lines of this width.
+int layOut(QTextLayout& text, int width) {
+    double y = 0;
+    text.beginLayout();
+    for (auto line = text.createLine(); line.isValid(); line = text.createLine()) {
+        line.setLineWidth(width);
+        line.setPosition({0, y});
+        y += line.leading() + line.height();
+    }
+    text.endLayout();
+    return static_cast<int>(std::ceil(y));
+}
+
 } // namespace
+
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
+    const int beside = room - besideWidth;
+    if (beside >= room / 2) {
+        const int height = layOut(text, beside);
+        if (!hasDue || text.lineCount() <= 1) {
+            return {.isBeside = true, .textWidth = beside, .textHeight = height};
+        }
+    }
+    return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};
+}
+
+int DueLabel::width(const Theme& theme) const {
+    const int bell = hasReminder ? theme.scaled(13) + 5 : 0;
+    return QFontMetrics(theme.smallFont()).horizontalAdvance(text) + bell;
+}
+
+DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace) {
+    const auto schedule = entry.schedule();
+    if (schedule.isEmpty()) {
+        return {};
+    }
+    const auto now = workspace.now();
+    const auto& formats = workspace.dates.formats();
+    DueLabel result;
+    if (const auto label = schedule.dueLabel(now, formats)) {
+        result.text = toQString(*label);
+    }
+    result.isOverdue = schedule.isOverdue(now, formats.calendar());
+    if (result.isOverdue) {
+        result.text = EntryListModel::tr("Overdue") + QStringLiteral(" · ") + result.text;
+    }
+    result.hasReminder = schedule.reminderDate.has_value();
+    return result;
+}
 
 EntryRowLayout::Frame EntryRowLayout::frame(const Theme& theme) {
     const int sign = theme.scaled(18);
@@ -32,6 +80,7 @@ EntryRowLayout::Frame EntryRowLayout::frame(const Theme& theme) {
         .textLeft = kSideMargin + kGap + sign + kGap,
         .textRight = kSideMargin + kGap,
         .scheduleSize = schedule,
+        .gap = kGap,
     };
 }
 
@@ -44,7 +93,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
     const bool isOpenTodo =
         kind == EntryListModel::RowKind::entry && entry->isTodo() && !entry->isCompleted();
     if (isOpenTodo) {
-        describeSchedule(*entry, workspace);
+        m_dueLabel = dueLabelOf(*entry, workspace);
     }
 
     auto text = model.text(row);
@@ -59,26 +108,16 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
     m_text->setTextOption(option);
     m_text->setCacheEnabled(true);
 
-    const bool hasDue = !m_dueText.isEmpty() || m_hasReminder;
-    const QFontMetrics dueMetrics(theme.smallFont());
-    const int bell = m_hasReminder ? theme.scaled(13) + 5 : 0;
-    const int dueWidth = hasDue ? dueMetrics.horizontalAdvance(m_dueText) + bell : 0;
-    const int dueHeight = dueMetrics.lineSpacing();
-
+    const bool hasDue = !m_dueLabel.isEmpty();
+    const int dueWidth = m_dueLabel.width(theme);
+    const int dueHeight = lineHeight(theme.smallFont());
     const int textLeft = entry && !entry->isTodo() ? kSideMargin + kGap : sizes.textLeft;
     const int room = std::max(40, width - textLeft - sizes.textRight);
-    const int besideWidth = hasDue ? dueWidth + 2 * kGap
+    const int besideWidth = hasDue       ? dueWidth + 2 * kGap
                             : isOpenTodo ? sizes.scheduleSize + kGap
                                          : 0;
-    // One line and its due label stand side by side; what wraps has the label under it.
-    int textWidth = room - besideWidth;
-    bool isBeside = true;
-    int textHeight = textWidth >= room / 2 ? layOutText(textWidth) : 0;
-    if (textHeight == 0 || (hasDue && m_text->lineCount() > 1)) {
-        isBeside = !hasDue;
-        textWidth = hasDue ? room : textWidth;
-        textHeight = layOutText(textWidth);
-    }
+    const auto [isBeside, textWidth, textHeight] =
+        arrangeText(*m_text, room, besideWidth, hasDue);
 
     const int line = lineHeight(theme.font());
     const int firstLine = std::max(line, sizes.signSize);
@@ -114,35 +153,6 @@ int EntryRowLayout::cursorAt(const QPoint& point) const {
         }
     }
     return 0;
-}
-
-void EntryRowLayout::describeSchedule(const model::Entry& entry, const Workspace& workspace) {
-    const auto schedule = entry.schedule();
-    if (schedule.isEmpty()) {
-        return;
-    }
-    const auto now = workspace.now();
-    const auto& formats = workspace.dates.formats();
-    if (const auto label = schedule.dueLabel(now, formats)) {
-        m_dueText = toQString(*label);
-    }
-    m_isOverdue = schedule.isOverdue(now, formats.calendar());
-    if (m_isOverdue) {
-        m_dueText = EntryListModel::tr("Overdue") + QStringLiteral(" · ") + m_dueText;
-    }
-    m_hasReminder = schedule.reminderDate.has_value();
-}
-
-int EntryRowLayout::layOutText(int lineWidth) {
-    double y = 0;
-    m_text->beginLayout();
-    for (auto line = m_text->createLine(); line.isValid(); line = m_text->createLine()) {
-        line.setLineWidth(lineWidth);
-        line.setPosition({0, y});
-        y += line.leading() + line.height();
-    }
-    m_text->endLayout();
-    return static_cast<int>(std::ceil(y));
 }
 
 EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {

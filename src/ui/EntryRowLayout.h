@@ -10,6 +10,28 @@
 
 namespace korvex::ui {
 
+/// How a todo's text and its due label share the row: side by side while the text needs one line only.
+struct TextArrangement {
+    bool isBeside = true;
+    int textWidth = 0;
+    int textHeight = 0;
+};
+/// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of it.
+/// Without a due label what stands beside stays there.
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue);
+
+/// The texts of a todo's schedule, as a row shows them.
+struct DueLabel {
+    QString text;
+    bool isOverdue = false;
+    bool hasReminder = false;
+
+    bool isEmpty() const { return text.isEmpty() && !hasReminder; }
+    /// In pixels, with the bell.
+    int width(const Theme& theme) const;
+};
+DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace);
+
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
 public:
@@ -30,9 +52,7 @@ public:
     QRect scheduleButton() const { return m_scheduleButton; }
 
     const QTextLayout& textLayout() const { return *m_text; }
-    const QString& dueText() const { return m_dueText; }
-    bool isOverdue() const { return m_isOverdue; }
-    bool hasReminder() const { return m_hasReminder; }
+    const DueLabel& dueLabel() const { return m_dueLabel; }
 
     /// The offset in the text under a point.
     int cursorAt(const QPoint& point) const;
@@ -45,13 +65,11 @@ public:
         int textLeft;
         int textRight;
         int scheduleSize;
+        int gap;
     };
     static Frame frame(const Theme& theme);
 
 private:
-    void describeSchedule(const model::Entry& entry, const Workspace& workspace);
-    int layOutText(int lineWidth);
-
     int m_width;
     int m_height = 0;
     QRect m_box;
@@ -60,9 +78,7 @@ private:
     QRect m_due;
     QRect m_scheduleButton;
     std::unique_ptr<QTextLayout> m_text;
-    QString m_dueText;
-    bool m_isOverdue = false;
-    bool m_hasReminder = false;
+    DueLabel m_dueLabel;
 };
 
 /// Guesses heights from the length of the texts, in nanoseconds a row.

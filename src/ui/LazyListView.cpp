@@ -223,7 +223,7 @@ void LazyListView::paintEvent(QPaintEvent* event) {
         option.state = QStyle::State_Enabled;
         option.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
         option.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
-        option.state.setFlag(QStyle::State_Active, isActiveWindow());
+        option.state.setFlag(QStyle::State_Active, hasFocus());
         itemDelegate()->paint(&painter, option, index);
     }
 }

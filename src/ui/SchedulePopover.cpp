@@ -66,11 +66,13 @@ void SchedulePopover::makeFields() {
     m_reminder->setCalendarPopup(true);
     m_reminder->setAccessibleName(tr("Moment of the reminder"));
     const auto locale = QLocale();
+    auto timeFormat = locale.timeFormat(QLocale::ShortFormat);
+    timeFormat.remove(QStringLiteral(":ss")); // some locales' short times have seconds
     m_day->setDisplayFormat(locale.dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
                                 ? locale.dateFormat(QLocale::ShortFormat)
                                 : QStringLiteral("yyyy-MM-dd"));
     m_reminder->setDisplayFormat(m_day->displayFormat() + QLatin1Char(' ') +
-                                 locale.timeFormat(QLocale::ShortFormat));
+                                 timeFormat);
     for (QDateTimeEdit* const field : {static_cast<QDateTimeEdit*>(m_day), m_reminder}) {
         // The window's own calendar reckons by the proleptic calendar: no day before it matters here.
         field->setTimeSpec(Qt::UTC);
@@ -80,7 +82,7 @@ void SchedulePopover::makeFields() {
     for (QDateTimeEdit* const field : {static_cast<QDateTimeEdit*>(m_time),
                                        static_cast<QDateTimeEdit*>(m_start)}) {
         field->setTimeSpec(Qt::UTC);
-        field->setDisplayFormat(locale.timeFormat(QLocale::ShortFormat));
+        field->setDisplayFormat(timeFormat);
     }
     m_explanation = new QLabel(this);
     m_explanation->setWordWrap(true);
@@ -105,6 +107,7 @@ void SchedulePopover::layOut() {
     grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     grid->setVerticalSpacing(8);
     auto* const days = new QHBoxLayout;
+    days->setSpacing(6);
     for (auto* const button : {m_today, m_tomorrow, m_nextWeek}) {
         days->addWidget(button);
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/EntryRowLayout.h"
 #include "ui/Theme.h"
 
 #include <QFrame>
@@ -8,6 +9,7 @@
 
 class QLabel;
 class QPushButton;
+class QToolButton;
 
 namespace korvex::ui {
 
@@ -36,14 +38,12 @@ Q_SIGNALS:
     /// Several lines were pasted: the text with the first of them, and the others.
     void linesPasted(const QString& text, const QStringList& others);
     void limitReached();
-    void left();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void insertFromMimeData(const QMimeData* source) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
-    void focusOutEvent(QFocusEvent* event) override;
 
 private:
     /// Whether the selection may be replaced by this text; announces a refusal.
@@ -62,6 +62,8 @@ public:
     TodoTextEdit& field() { return *m_field; }
     QString text() const { return m_field->toPlainText(); }
     void setText(const QString& text);
+    /// What the button beside the text says; an empty label offers to make a schedule.
+    void setDueLabel(const DueLabel& label);
     void showError(const QString& message);
     void clearError();
     bool hasError() const;
@@ -70,6 +72,7 @@ public:
 
 Q_SIGNALS:
     void neededHeightChanged();
+    void scheduleClicked();
     /// The user gives up what was refused.
     void discarded();
 
@@ -80,9 +83,12 @@ protected:
 private:
     void applyTheme();
     void place();
+    TextArrangement arrangement(int room) const;
 
     const Theme& m_theme;
     TodoTextEdit* m_field;
+    QToolButton* m_schedule;
+    DueLabel m_dueLabel;
     QLabel* m_error;
     QPushButton* m_discard;
 };

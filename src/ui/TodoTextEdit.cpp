@@ -122,15 +122,6 @@ void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
     Q_EMIT linesPasted(first, lines);
 }
 
-void TodoTextEdit::focusOutEvent(QFocusEvent* event) {
-    QTextEdit::focusOutEvent(event);
-    // A menu or another window takes the keyboard for a while only.
-    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason &&
-        event->reason() != Qt::MenuBarFocusReason) {
-        Q_EMIT left();
-    }
-}
-
 bool TodoTextEdit::allows(const QString& replacement) {
     const auto cursor = textCursor();
     const auto start = cursor.selectionStart();
