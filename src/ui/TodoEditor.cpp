@@ -181,7 +181,7 @@ void TodoEditor::place() {
                                 top + (line - button.height()) / 2, button.width(),
                                 button.height());
     } else {
-        m_schedule->setGeometry(frame.textLeft - frame.gap / 2, y - (button.height() - small) / 2,
+        m_schedule->setGeometry(frame.textLeft - 1, y - (button.height() - small) / 2,
                                 button.width(), button.height());
         y += small + 1;
     }

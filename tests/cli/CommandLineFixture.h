@@ -39,9 +39,9 @@ protected:
         const File in(input);
         const File out;
         const File err;
-        const auto status =
-            cli::runCommandLine(std::move(arguments), {clock, log, broadcaster, in.descriptor(),
-                                                       out.descriptor(), err.descriptor()});
+        cli::CommandLine commandLine(
+            {clock, log, broadcaster, in.descriptor(), out.descriptor(), err.descriptor()});
+        const auto status = commandLine.run(std::move(arguments));
         return {status, out.text(), err.text()};
     }
 

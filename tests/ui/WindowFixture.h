@@ -1,0 +1,103 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
+#include "model/SchemaVersions.h"
+#include "support/FakeClock.h"
+#include "support/FakeRunLoop.h"
+#include "support/RecordingLog.h"
+#include "support/TemporaryFolder.h"
+#include "ui/Text.h"
+#include "ui/Theme.h"
+#include "ui/Workspace.h"
+
+#include <QApplication>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex::tests {
+
+/// One process's view of a store.
+struct StoreClient {
+    StoreClient(const std::filesystem::path& file, base::LogSink& log, bool allowsSave = true)
+        : container(store::ModelContainer::open(model::currentSchema(),
+                                                {.file = file, .allowsSave = allowsSave}, log)),
+          context(*container), entries(context, reminders, widgets, log),
+          boards(context, reminders, log) {}
+
+    services::NoReminders reminders;
+    services::NoWidgets widgets;
+    std::unique_ptr<store::ModelContainer> container;
+    store::ModelContext context;
+    services::EntryService entries;
+    services::BoardService boards;
+};
+
+/// All that the windows work with, over a real store file, and a second client of the same store
+/// that stands for another program.
+class WindowFixture : public ::testing::Test {
+protected:
+    /// 2025-03-10 08:00 UTC, a Monday.
+    static constexpr base::Instant kNow{763286400};
+
+    WindowFixture()
+        : own(folder / "Primary.store", log), defaults(folder / "settings.json"),
+          preferences(defaults, log), theme(preferences),
+          scheduleClock(clock, runLoop, base::TimeZone::utc, log),
+          workspace{*own.container, own.context, own.boards, own.entries, scheduleClock,
+                    clock,          preferences, defaults,   dates,       log} {
+        own.boards.initializeDefaultBoards(kNow);
+        inbox = own.boards.inboxBoard();
+    }
+
+    std::vector<model::Entry*> add(std::vector<std::string> contents) {
+        return own.entries.createTodos(
+            {.contents = std::move(contents), .board = *inbox, .now = clock.now()});
+    }
+
+    /// What another program does, with its own records; seen here after the refresh.
+    template <typename Work>
+    void elsewhere(Work&& work) {
+        if (!other) {
+            other = std::make_unique<StoreClient>(folder / "Primary.store", log);
+        }
+        other->context.refresh();
+        work(*other);
+        own.context.refresh();
+    }
+    static model::Entry& theirs(StoreClient& client, const model::Entry& entry) {
+        return *client.context.find<model::Entry>(entry.id());
+    }
+
+    std::vector<std::string> storedTexts(const model::Board& board) const {
+        store::ModelContext fresh(*own.container);
+        std::vector<std::string> result;
+        for (const auto* const entry :
+             services::EntryService::activeEntries(*fresh.find<model::Board>(board.id()))) {
+            result.push_back(entry->content());
+        }
+        return result;
+    }
+
+    RecordingLog log;
+    TemporaryFolder folder;
+    StoreClient own;
+    std::unique_ptr<StoreClient> other;
+    FakeClock clock{kNow};
+    FakeRunLoop runLoop;
+    app::FileUserDefaults defaults;
+    app::AppPreferences preferences;
+    ui::Theme theme;
+    schedule::ScheduleClock scheduleClock;
+    ui::DateTexts dates;
+    ui::Workspace workspace;
+    model::Board* inbox = nullptr;
+};
+
+} // namespace korvex::tests
