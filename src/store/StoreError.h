@@ -26,7 +26,7 @@ enum class StoreErrorCase {
 class StoreError final : public base::Error {
 public:
     /// `detail`: what SQLite or the system said, for the log and in parentheses for the user.
-    StoreError(StoreErrorCase which, const std::string& detail = {});
+    explicit StoreError(StoreErrorCase which, const std::string& detail = {});
 
     StoreErrorCase which() const noexcept { return m_which; }
 

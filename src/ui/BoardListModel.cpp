@@ -12,6 +12,7 @@ namespace {
 
 std::vector<RowKey> keys(const std::vector<model::Board*>& boards) {
     std::vector<RowKey> result;
+    result.reserve(boards.size());
     for (const auto* const board : boards) {
         result.push_back({0, board});
     }

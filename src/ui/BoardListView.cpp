@@ -50,7 +50,8 @@ void BoardListView::rename(const model::Board& board, const QString& typed) {
     const auto index = m_model.index(m_model.rowOf(board), 0);
     scrollTo(index);
     edit(index);
-    if (auto* const field = viewport()->findChild<QLineEdit*>(); field && !typed.isEmpty()) {
+    auto* const field = qobject_cast<QLineEdit*>(indexWidget(index));
+    if (field && !typed.isEmpty()) {
         field->setText(typed);
         field->selectAll();
     }

@@ -26,7 +26,7 @@ public:
         m_treeIsValid = false;
     }
     void remove(int first, int count);
-    /// Moves rows so that they stand before what is row `destination` now.
+    /// Moves rows so that they stand before what is row `destination` now, which is none of them.
     void move(int first, int count, int destination);
 
     int height(int row) const { return m_rows[static_cast<std::size_t>(row)].height; }

@@ -32,7 +32,7 @@ class Theme final : public QObject {
     Q_OBJECT
 
 public:
-    Theme(app::AppPreferences& preferences, QObject* parent = nullptr);
+    explicit Theme(app::AppPreferences& preferences, QObject* parent = nullptr);
 
     const ThemeColors& colors() const { return m_colors; }
     /// The sans-serif of the system at the preferred size.

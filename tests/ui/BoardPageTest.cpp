@@ -22,7 +22,7 @@ protected:
         page.resize(600, 400);
         page.show();
         page.showBoard(*inbox);
-        QTest::qWaitForWindowActive(&page);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
     }
 
     EntryListView& list() { return page.list(); }

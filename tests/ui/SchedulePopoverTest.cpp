@@ -17,7 +17,7 @@ protected:
     SchedulePopoverTest() {
         window.resize(600, 500);
         window.show();
-        QTest::qWaitForWindowActive(&window);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         entry = add({"a"}).front();
     }
 

@@ -25,7 +25,7 @@ protected:
         sidebar.resize(220, 400);
         sidebar.show();
         sidebar.refresh();
-        QTest::qWaitForWindowActive(&sidebar);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&sidebar));
     }
 
     std::vector<std::string> names() const {
@@ -40,8 +40,8 @@ protected:
     void typeName(const char* name) {
         nameField()->setText(QString::fromUtf8(name));
         QTest::keyClick(nameField(), Qt::Key_Return);
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QApplication::processEvents();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
     Sidebar sidebar{workspace, theme};
