@@ -1,6 +1,7 @@
 #include "base/Calendar.h"
 
 #include "base/DayArithmetic.h"
+#include "base/IcuText.h"
 #include "base/TimeZoneData.h"
 
 #include <unicode/gregocal.h>
@@ -15,12 +16,6 @@
 namespace korvex::base {
 
 namespace {
-
-std::string utf8(const icu::UnicodeString& text) {
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
 
 std::shared_ptr<const TimeZone::Data> makeData(std::string name,
                                                std::unique_ptr<icu::TimeZone> zone) {

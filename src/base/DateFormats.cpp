@@ -1,5 +1,6 @@
 #include "base/DateFormats.h"
 
+#include "base/IcuText.h"
 #include "base/TimeZoneData.h"
 #include "base/UserLocale.h"
 
@@ -12,12 +13,6 @@
 namespace korvex::base {
 
 namespace {
-
-std::string utf8(const icu::UnicodeString& text) {
-    std::string result;
-    text.toUTF8String(result);
-    return result;
-}
 
 /// Days are days of the Gregorian calendar, whatever calendar the locale prefers.
 icu::Locale gregorian(icu::Locale locale) {
