@@ -40,7 +40,8 @@ std::optional<std::filesystem::path> dataDirectoryArgument(const QApplication& a
     return std::filesystem::path(parser.value(option).toStdString());
 }
 
-ui::Theme::SystemAppearance toAppearance(platform::qt::SystemAppearanceWatcher::ColorScheme scheme) {
+ui::Theme::SystemAppearance
+toAppearance(platform::qt::SystemAppearanceWatcher::ColorScheme scheme) {
     using ColorScheme = platform::qt::SystemAppearanceWatcher::ColorScheme;
     switch (scheme) {
     case ColorScheme::dark:

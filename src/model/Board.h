@@ -75,6 +75,7 @@ public:
 
     /// The board's entries in no particular order; read from the store when first asked for.
     std::vector<Entry*> entries() const;
+    bool entriesAreLoaded() const { return ownedIsLoaded(); }
     /// The stored symbol when it names an icon, else the default's.
     std::string iconSystemName() const;
     /// What the confirmation says before the board is deleted.

@@ -98,8 +98,13 @@ void EntryService::assignSortOrder(std::span<Entry* const> entries, const model:
     const auto completed = entriesOf(board, [&](const Entry& entry) {
         return !isActive(entry) && !excluding.contains(entry.id());
     });
-    std::int64_t position = 0;
-    for (const auto& list : {entries, std::span<Entry* const>(completed)}) {
+    numberFrom(0, entries, completed);
+}
+
+void EntryService::numberFrom(std::int64_t first, std::span<Entry* const> entries,
+                              std::span<Entry* const> completed) {
+    std::int64_t position = first;
+    for (const auto& list : {entries, completed}) {
         for (Entry* entry : list) {
             entry->setSortOrder(position);
             ++position;

@@ -44,8 +44,10 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
 
     const store::LockedStep step(*m_modelContext);
     validateBoard(todos.board);
-    auto active = activeEntries(todos.board);
-    const auto index = insertionIndex(todos.after, todos.before, active);
+    const auto appending =
+        todos.after || todos.before ? std::nullopt : appendingUnloaded(todos.board);
+    auto active = appending ? std::vector<Entry*>() : activeEntries(todos.board);
+    const auto index = appending ? 0 : insertionIndex(todos.after, todos.before, active);
 
     std::vector<Entry*> created;
     created.reserve(contents.size());
@@ -62,9 +64,13 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
             entry->setBoard(&todos.board);
             created.push_back(&m_modelContext->insert(std::move(entry)));
         }
-        active.insert(active.begin() + static_cast<std::ptrdiff_t>(index), created.begin(),
-                      created.end());
-        assignSortOrder(active, todos.board);
+        if (appending) {
+            numberFrom(appending->activeCount, created, appending->completed);
+        } else {
+            active.insert(active.begin() + static_cast<std::ptrdiff_t>(index), created.begin(),
+                          created.end());
+            assignSortOrder(active, todos.board);
+        }
         save();
     } catch (...) {
         discardFailedCreation();
@@ -244,6 +250,40 @@ Entry& EntryService::persistedTodo(Entry& entry) const {
         refuse(EntryServiceErrorCase::entryUnavailable);
     }
     return entry;
+}
+
+std::optional<EntryService::Appending>
+EntryService::appendingUnloaded(const model::Board& board) const {
+    if (board.entriesAreLoaded() || m_modelContext->hasChanges()) {
+        return std::nullopt;
+    }
+    using store::Condition;
+    using Comparison = store::Condition::Comparison;
+    const auto onBoard =
+        Condition::compare(Entry::boardField, Comparison::equal, store::Value(board.id()));
+    const auto isCompletedTodo =
+        Condition::compare(Entry::isCompletedField, Comparison::equal,
+                           store::Value(std::int64_t{1})) &&
+        Condition::compare(Entry::typeRawValueField, Comparison::equal,
+                           store::Value(std::string(rawValue(model::EntryType::todo))));
+    std::vector<std::int64_t> orders;
+    m_modelContext->fetchValues<Entry>({Entry::sortOrderField}, onBoard && !isCompletedTodo,
+                                       [&](std::span<const store::Value> values) {
+                                           orders.push_back(std::get<std::int64_t>(values.front()));
+                                       });
+    // Dense means that every place is taken once. Anything else needs a renumbering of all.
+    const auto count = static_cast<std::int64_t>(orders.size());
+    std::vector<bool> taken(orders.size());
+    for (const std::int64_t order : orders) {
+        if (order < 0 || order >= count || taken[static_cast<std::size_t>(order)]) {
+            return std::nullopt;
+        }
+        taken[static_cast<std::size_t>(order)] = true;
+    }
+    auto completed = m_modelContext->fetch<Entry>({.condition = onBoard && isCompletedTodo});
+    std::sort(completed.begin(), completed.end(),
+              [](const Entry* left, const Entry* right) { return ordered(*left, *right); });
+    return Appending{.activeCount = count, .completed = std::move(completed)};
 }
 
 void EntryService::persistOrder(std::span<Entry* const> entries, const model::Board& board) {

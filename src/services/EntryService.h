@@ -76,6 +76,9 @@ public:
     /// `excluding`. Writes only what differs.
     static void assignSortOrder(std::span<model::Entry* const> entries, const model::Board& board,
                                 const std::unordered_set<base::Uuid>& excluding = {});
+    /// Numbers `entries` and then `completed` from `first` on. Writes only what differs.
+    static void numberFrom(std::int64_t first, std::span<model::Entry* const> entries,
+                           std::span<model::Entry* const> completed);
     enum class SaveChanges { no, yes };
     void normalizeSortOrder(model::Board& board, SaveChanges saveChanges);
     /// Trimmed; throws `contentTooLong` (judged before trimming) or `emptyContent`. Text that is
@@ -90,6 +93,16 @@ public:
                          const std::optional<base::Instant>& previousReminder, base::Instant now);
 
 private:
+    /// What appending to a board needs to know of it.
+    struct Appending {
+        std::int64_t activeCount = 0;
+        std::vector<model::Entry*> completed;
+    };
+
+    /// Answers that from the store without making records of all active entries: a capture into a
+    /// long board reads no more than it must. Absent when the board is loaded anyway, or when its
+    /// order is not dense and all entries must be numbered anew.
+    std::optional<Appending> appendingUnloaded(const model::Board& board) const;
     model::Entry& persisted(model::Entry& entry) const;
     model::Entry& persistedTodo(model::Entry& entry) const;
     void persistOrder(std::span<model::Entry* const> entries, const model::Board& board);

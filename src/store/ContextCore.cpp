@@ -197,18 +197,41 @@ std::size_t ContextCore::count(const RecordType& type, const Condition& conditio
         fetch(type, {.condition = condition}, [&](Record&) { ++number; });
         return number;
     }
-    std::vector<Value> bindings;
-    const std::string sql = "SELECT count(*) FROM " + tableSql::quoted(type.name) + " WHERE " +
-                            condition.sql(type, bindings);
-    Statement statement(m_container.connection().handle(), sql);
-    for (std::size_t i = 0; i < bindings.size(); ++i) {
-        statement.bindValue(static_cast<int>(i), bindings[i]);
-    }
+    Statement statement = prepare("SELECT count(*) FROM ", type, condition);
     std::size_t number = 0;
     while (statement.step()) {
         number = static_cast<std::size_t>(statement.integer(0));
     }
     return number;
+}
+
+void ContextCore::fetchValues(const RecordType& type, const std::vector<std::size_t>& fields,
+                              const Condition& condition,
+                              const std::function<void(std::span<const Value>)>& sink) {
+    std::string columns;
+    for (const std::size_t field : fields) {
+        columns += (columns.empty() ? "SELECT " : ", ") + tableSql::quoted(type.fields[field].name);
+    }
+    Statement statement = prepare(columns + " FROM ", type, condition);
+    std::vector<Value> values(fields.size());
+    while (statement.step()) {
+        for (std::size_t i = 0; i < fields.size(); ++i) {
+            values[i] = statement.value(static_cast<int>(i), type.fields[fields[i]].kind);
+        }
+        sink(values);
+    }
+}
+
+Statement ContextCore::prepare(const std::string& what, const RecordType& type,
+                               const Condition& condition) {
+    std::vector<Value> bindings;
+    const std::string sql =
+        what + tableSql::quoted(type.name) + " WHERE " + condition.sql(type, bindings);
+    Statement statement(m_container.connection().handle(), sql);
+    for (std::size_t i = 0; i < bindings.size(); ++i) {
+        statement.bindValue(static_cast<int>(i), bindings[i]);
+    }
+    return statement;
 }
 
 bool ContextCore::isStored(const Record& record) {

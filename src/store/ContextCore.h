@@ -28,6 +28,9 @@ public:
     Record* find(const RecordType& type, const base::Uuid& id);
     void fetch(const RecordType& type, const FetchDescriptor& descriptor,
                const std::function<void(Record&)>& sink);
+    void fetchValues(const RecordType& type, const std::vector<std::size_t>& fields,
+                     const Condition& condition,
+                     const std::function<void(std::span<const Value>)>& sink);
     std::size_t count(const RecordType& type, const Condition& condition);
     bool isStored(const Record& record);
     void loadOwned(Record& owner);
@@ -72,6 +75,8 @@ private:
         return m_container.connection().statements(index);
     }
 
+    /// "`what` table WHERE condition", bound.
+    Statement prepare(const std::string& what, const RecordType& type, const Condition& condition);
     /// The record of a row: the one in memory, else a new one read from the row.
     Record& materialize(std::size_t index, const Statement& row);
     Record& adopt(std::size_t index, std::unique_ptr<Record> record);

@@ -70,6 +70,12 @@ void ModelContext::fetchRecords(const RecordType& type, const FetchDescriptor& d
     m_core->fetch(type, descriptor, sink);
 }
 
+void ModelContext::fetchRecordValues(const RecordType& type, const std::vector<std::size_t>& fields,
+                                     const Condition& condition,
+                                     const std::function<void(std::span<const Value>)>& sink) {
+    m_core->fetchValues(type, fields, condition, sink);
+}
+
 std::size_t ModelContext::countRecords(const RecordType& type, const Condition& condition) {
     return m_core->count(type, condition);
 }

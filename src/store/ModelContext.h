@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <span>
 #include <type_traits>
 #include <vector>
 
@@ -38,6 +39,13 @@ public:
     template <typename T>
     std::size_t count(const Condition& condition = {}) {
         return countRecords(T::recordType(), condition);
+    }
+    /// The values of some fields of the stored records that match, in no order, without making
+    /// records of them: for questions about many. Own pending changes are not seen.
+    template <typename T>
+    void fetchValues(const std::vector<std::size_t>& fields, const Condition& condition,
+                     const std::function<void(std::span<const Value>)>& sink) {
+        fetchRecordValues(T::recordType(), fields, condition, sink);
     }
     /// The record with this identifier, or null.
     template <typename T>
@@ -91,6 +99,9 @@ public:
 private:
     void fetchRecords(const RecordType& type, const FetchDescriptor& descriptor,
                       const std::function<void(Record&)>& sink);
+    void fetchRecordValues(const RecordType& type, const std::vector<std::size_t>& fields,
+                           const Condition& condition,
+                           const std::function<void(std::span<const Value>)>& sink);
     std::size_t countRecords(const RecordType& type, const Condition& condition);
     Record* findRecord(const RecordType& type, const base::Uuid& id);
     void insertRecord(std::unique_ptr<Record> record);

@@ -95,6 +95,8 @@ protected:
     /// The records that this one owns, in no particular order; read from the store when first asked
     /// for (may throw). Valid until the next change, insertion, deletion or refresh.
     const std::vector<Record*>& owned() const;
+    /// Whether `owned` would read nothing.
+    bool ownedIsLoaded() const { return m_state.ownedIsLoaded; }
 
 private:
     void willChange(std::size_t field);

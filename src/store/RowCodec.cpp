@@ -170,34 +170,7 @@ void RowCodec::readRow(const Statement& row, Record& record) const {
 Value RowCodec::readField(const Statement& row, std::size_t field) const {
     const int column = m_columnOfField[field];
     assert(column >= 0);
-    if (row.isAbsent(column)) {
-        return {};
-    }
-    switch (m_type->fields[field].kind) {
-    case FieldKind::uuid:
-    case FieldKind::optionalUuid:
-    case FieldKind::reference:
-        return row.uuid(column);
-    case FieldKind::text:
-    case FieldKind::optionalText:
-        return std::string(row.text(column));
-    case FieldKind::optionalBytes: {
-        const auto bytes = row.bytes(column);
-        return base::Bytes(bytes.begin(), bytes.end());
-    }
-    case FieldKind::integer:
-    case FieldKind::optionalInteger:
-        return row.integer(column);
-    case FieldKind::boolean:
-        return std::int64_t{row.integer(column) != 0 ? 1 : 0};
-    case FieldKind::date:
-    case FieldKind::optionalDate:
-        return row.real(column);
-    case FieldKind::externalBytes:
-        break;
-    }
-    assert(false);
-    return {};
+    return row.value(column, m_type->fields[field].kind);
 }
 
 std::int64_t RowCodec::version(const Statement& row) const {

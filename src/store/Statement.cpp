@@ -2,6 +2,7 @@
 
 #include "store/StoreError.h"
 
+#include <cassert>
 #include <cstring>
 
 namespace korvex::store {
@@ -85,12 +86,20 @@ void Statement::bindValue(int index, const Value& value) {
         void operator()(std::int64_t number) const { statement.bind(index, number); }
         void operator()(double number) const { statement.bind(index, number); }
         void operator()(const std::string& text) const {
-            statement.bind(index, std::string_view(text));
+            statement.check(sqlite3_bind_text64(statement.raw(), index + 1, text.data(),
+                                                text.size(), SQLITE_TRANSIENT, SQLITE_UTF8));
         }
         void operator()(const base::Bytes& bytes) const {
-            statement.bind(index, std::span<const std::uint8_t>(bytes));
+            // A null pointer would bind NULL where no bytes are meant.
+            const auto* data =
+                bytes.empty() ? reinterpret_cast<const std::uint8_t*>("") : bytes.data();
+            statement.check(sqlite3_bind_blob64(statement.raw(), index + 1, data, bytes.size(),
+                                                SQLITE_TRANSIENT));
         }
-        void operator()(const base::Uuid& id) const { statement.bind(index, id); }
+        void operator()(const base::Uuid& id) const {
+            statement.check(sqlite3_bind_blob64(statement.raw(), index + 1, id.bytes.data(),
+                                                id.bytes.size(), SQLITE_TRANSIENT));
+        }
     };
     std::visit(Binder{*this, index}, value);
 }
@@ -115,6 +124,37 @@ base::Uuid Statement::uuid(int column) const {
         std::memcpy(id.bytes.data(), data.data(), data.size());
     }
     return id;
+}
+
+Value Statement::value(int column, FieldKind kind) const {
+    if (isAbsent(column)) {
+        return {};
+    }
+    switch (kind) {
+    case FieldKind::uuid:
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+        return uuid(column);
+    case FieldKind::text:
+    case FieldKind::optionalText:
+        return std::string(text(column));
+    case FieldKind::optionalBytes: {
+        const auto data = bytes(column);
+        return base::Bytes(data.begin(), data.end());
+    }
+    case FieldKind::integer:
+    case FieldKind::optionalInteger:
+        return integer(column);
+    case FieldKind::boolean:
+        return std::int64_t{integer(column) != 0 ? 1 : 0};
+    case FieldKind::date:
+    case FieldKind::optionalDate:
+        return real(column);
+    case FieldKind::externalBytes:
+        break;
+    }
+    assert(false);
+    return {};
 }
 
 } // namespace korvex::store

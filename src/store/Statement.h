@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/RecordType.h"
 #include "store/Value.h"
 
 #include <sqlite3.h>
@@ -44,6 +45,7 @@ public:
     }
     void bind(int index, base::Uuid&& temporary) = delete;
     void bindAbsent(int index) { check(sqlite3_bind_null(raw(), index + 1)); }
+    /// Copies the value: it need not live on.
     void bindValue(int index, const Value& value);
 
     bool isAbsent(int column) const { return sqlite3_column_type(raw(), column) == SQLITE_NULL; }
@@ -52,6 +54,8 @@ public:
     /// Valid until the next step.
     std::string_view text(int column) const;
     std::span<const std::uint8_t> bytes(int column) const;
+    /// A column as a field of that kind.
+    Value value(int column, FieldKind kind) const;
     /// A column that is no identifier reads as the nil identifier.
     base::Uuid uuid(int column) const;
 

@@ -11,7 +11,9 @@
 namespace korvex::ui {
 
 ArchivedBoardsPage::ArchivedBoardsPage(const Theme& theme, QWidget* parent)
-    : QWidget(parent), m_theme(theme), m_title(new QLabel(tr("Archived boards"), this)),
+    : QWidget(parent),
+      m_theme(theme),
+      m_title(new QLabel(tr("Archived boards"), this)),
       m_column(new QVBoxLayout(this)) {
     m_title->setFont(theme.titleFont());
     m_column->setContentsMargins(18, 16, 18, 18);

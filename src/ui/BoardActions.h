@@ -12,14 +12,13 @@ namespace korvex::ui {
 
 class Sidebar;
 
-/// What can be done with a board: its menu, and the carrying out. What is not allowed for a board is
-/// disabled in its menu. Main thread.
+/// What can be done with a board: its menu, and the carrying out. What is not allowed for a board
+/// is disabled in its menu. Main thread.
 class BoardActions final : public QObject {
     Q_OBJECT
 
 public:
-    BoardActions(Sidebar& sidebar, const Workspace& workspace, const Theme& theme,
-                 QWidget& window);
+    BoardActions(Sidebar& sidebar, const Workspace& workspace, const Theme& theme, QWidget& window);
 
     /// The entries on this board, to be put into any menu.
     void addTo(QMenu& menu, model::Board& board);

@@ -11,8 +11,12 @@
 namespace korvex::ui {
 
 BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
-    : QWidget(parent), m_theme(theme), m_icon(new QToolButton(this)), m_name(new QLabel(this)),
-      m_count(new QLabel(this)), m_menu(new QToolButton(this)) {
+    : QWidget(parent),
+      m_theme(theme),
+      m_icon(new QToolButton(this)),
+      m_name(new QLabel(this)),
+      m_count(new QLabel(this)),
+      m_menu(new QToolButton(this)) {
     m_icon->setAutoRaise(true);
     m_icon->setFocusPolicy(Qt::TabFocus);
     m_icon->setAccessibleName(tr("Icon of the board"));
@@ -33,9 +37,8 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     connect(m_icon, &QToolButton::clicked, this, [this] {
         Q_EMIT iconRequested({m_icon->mapToGlobal(QPoint()), m_icon->size()});
     });
-    connect(m_menu, &QToolButton::clicked, this, [this] {
-        Q_EMIT menuRequested(m_menu->mapToGlobal(QPoint(0, m_menu->height())));
-    });
+    connect(m_menu, &QToolButton::clicked, this,
+            [this] { Q_EMIT menuRequested(m_menu->mapToGlobal(QPoint(0, m_menu->height()))); });
     connect(&theme, &Theme::changed, this, &BoardHeader::applyTheme);
     applyTheme();
 }

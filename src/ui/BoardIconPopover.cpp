@@ -109,17 +109,16 @@ void BoardIconPopover::chooseIcon(std::optional<model::BoardIcon> icon) {
 
 void BoardIconPopover::chooseColor(std::optional<model::BoardIconColor> color) {
     showRefusal(refusal([&] {
-        m_workspace.boards.setIconColor(
-            color ? std::optional(model::rawValue(*color)) : std::nullopt, m_board,
-            m_workspace.now());
+        m_workspace.boards.setIconColor(color ? std::optional(model::rawValue(*color))
+                                              : std::nullopt,
+                                        m_board, m_workspace.now());
     }));
 }
 
 void BoardIconPopover::showChoice() {
-    const auto icon =
-        model::boardIcon(m_board.iconSystemName()).value_or(model::BoardIcon::board);
-    const auto color = m_board.iconColor() ? model::boardIconColor(*m_board.iconColor())
-                                           : std::nullopt;
+    const auto icon = model::boardIcon(m_board.iconSystemName()).value_or(model::BoardIcon::board);
+    const auto color =
+        m_board.iconColor() ? model::boardIconColor(*m_board.iconColor()) : std::nullopt;
     const auto drawing = iconColorOf(m_board, theme().colors());
     for (std::size_t i = 0; i < m_icons.size(); ++i) {
         m_icons[i]->setIcon(IconSet::icon(

@@ -44,10 +44,10 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     }
 
     const int size = m_theme.scaled(kIconSize);
-    painter->drawPixmap(
-        box.left() + kPadding, box.center().y() - size / 2 + 1,
-        IconSet::pixmap(IconSet::boardIconName(board.iconSystemName()), iconColorOf(board, colors),
-                        size, painter->device()->devicePixelRatio()));
+    painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
+                        IconSet::pixmap(IconSet::boardIconName(board.iconSystemName()),
+                                        iconColorOf(board, colors), size,
+                                        painter->device()->devicePixelRatio()));
 
     const int count = m_model.openTodoCount(index.row());
     const auto countText = count > 0 ? QString::number(count) : QString();

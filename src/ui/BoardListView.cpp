@@ -25,7 +25,8 @@ BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget*
     setItemDelegate(delegate);
     setModel(&model);
     connect(delegate, &BoardItemDelegate::renamed, this, &BoardListView::renamed);
-    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
+    for (const auto signal :
+         {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(&model, signal, this, [this] { updateGeometry(); });
     }
     connect(&theme, &Theme::changed, this, &BoardListView::applyTheme);
@@ -126,8 +127,8 @@ void BoardListView::dragLeaveEvent(QDragLeaveEvent*) {
 
 void BoardListView::dropEvent(QDropEvent* event) {
     const auto target = dropTargetAt(event->position().toPoint());
-    const auto id = base::Uuid::parse(
-        event->mimeData()->data(QString::fromLatin1(kDragType)).toStdString());
+    const auto id =
+        base::Uuid::parse(event->mimeData()->data(QString::fromLatin1(kDragType)).toStdString());
     setDropTarget(std::nullopt);
     setState(NoState);
     if (id && target) {
@@ -148,14 +149,12 @@ void BoardListView::paintEvent(QPaintEvent* event) {
     }
 }
 
-std::optional<BoardListView::DropTarget> BoardListView::dropTargetAt(
-    const QPoint& position) const {
+std::optional<BoardListView::DropTarget> BoardListView::dropTargetAt(const QPoint& position) const {
     const auto index = indexAt(position);
     if (!index.isValid()) {
-        return m_model.rowCount() == 0
-                   ? std::nullopt
-                   : std::optional(
-                         DropTarget{m_model.rowCount() - 1, model::EntryPlacement::after});
+        return m_model.rowCount() == 0 ? std::nullopt
+                                       : std::optional(DropTarget{m_model.rowCount() - 1,
+                                                                  model::EntryPlacement::after});
     }
     return DropTarget{index.row(), position.y() < visualRect(index).center().y()
                                        ? model::EntryPlacement::before

@@ -23,8 +23,12 @@ constexpr auto kTickShown = 500ms;
 } // namespace
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
-    : QWidget(parent), m_workspace(workspace), m_theme(theme), m_model(workspace),
-      m_header(new BoardHeader(theme, this)), m_banner(new ErrorBanner(theme, this)),
+    : QWidget(parent),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_model(workspace),
+      m_header(new BoardHeader(theme, this)),
+      m_banner(new ErrorBanner(theme, this)),
       m_emptyHint(new QLabel(tr("Nothing here yet. Type a todo, or paste several lines."), this)),
       m_list(new EntryListView(m_model, workspace, theme, this)),
       m_editing(m_model, *m_list, workspace, theme) {
@@ -46,9 +50,8 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
     connectList();
-    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
-        m_list->forgetLabels();
-    });
+    m_ticks = workspace.scheduleClock.didTick().connect(
+        [this](base::Instant) { m_list->forgetLabels(); });
 }
 
 BoardPage::~BoardPage() = default;
@@ -57,12 +60,10 @@ void BoardPage::connectList() {
     connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
     connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
     connect(m_list, &EntryListView::toggleRequested, this, &BoardPage::toggle);
-    connect(m_list, &EntryListView::completedToggled, this, [this] {
-        m_model.setCompletedExpanded(!m_model.isCompletedExpanded());
-    });
-    connect(m_list, &EntryListView::scheduleRequested, this, [this](int row) {
-        openSchedule(*m_model.entry(row));
-    });
+    connect(m_list, &EntryListView::completedToggled, this,
+            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
+    connect(m_list, &EntryListView::scheduleRequested, this,
+            [this](int row) { openSchedule(*m_model.entry(row)); });
     connect(m_list, &EntryListView::moveRequested, this, [this](int row, int offset) {
         if (m_model.kind(row) == EntryListModel::RowKind::entry) {
             move(*m_model.entry(row), offset);
@@ -197,9 +198,7 @@ void BoardPage::drop(const base::Uuid& id, int targetRow, model::EntryPlacement 
     if (!target || target->id() == id) {
         return;
     }
-    perform([&] {
-        m_workspace.entries.moveEntry(id, target->id(), placement, *m_model.board());
-    });
+    perform([&] { m_workspace.entries.moveEntry(id, target->id(), placement, *m_model.board()); });
 }
 
 void BoardPage::openSchedule(model::Entry& entry) {

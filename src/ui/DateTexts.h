@@ -14,8 +14,8 @@ public:
     /// For who keeps them: they stay as they are when the zone changes.
     std::shared_ptr<const base::DateFormats> shared() const {
         if (!m_formats) {
-            m_formats = std::make_shared<const base::DateFormats>(std::string(),
-                                                                  base::TimeZone::system());
+            m_formats =
+                std::make_shared<const base::DateFormats>(std::string(), base::TimeZone::system());
         }
         return m_formats;
     }

@@ -10,7 +10,9 @@ namespace korvex::ui {
 
 EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Workspace& workspace,
                            const Theme& theme)
-    : m_model(model), m_view(view), m_workspace(workspace),
+    : m_model(model),
+      m_view(view),
+      m_workspace(workspace),
       m_editor(std::make_unique<TodoEditor>(theme, view.viewport())) {
     m_editor->hide();
     connect(m_editor.get(), &TodoEditor::neededHeightChanged, this, [this] {
@@ -34,8 +36,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
         }
     });
     connect(&field, &TodoTextEdit::limitReached, this, [this] {
-        m_editor->showError(toQString(
-            services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
+        m_editor->showError(
+            toQString(services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
     });
     connect(&field, &TodoTextEdit::escaped, this, [this] {
         if (leaveForGood()) {
@@ -183,9 +185,8 @@ bool EntryEditing::store() {
     if (m_target == Target::none || text == m_original) {
         return true;
     }
-    const auto refused = refusal([&] {
-        m_workspace.entries.updateTodo(*m_entry, toUtf8(text), m_workspace.now());
-    });
+    const auto refused =
+        refusal([&] { m_workspace.entries.updateTodo(*m_entry, toUtf8(text), m_workspace.now()); });
     if (refused) {
         m_editor->showError(*refused);
         return false;
@@ -231,8 +232,7 @@ const model::Entry* EntryEditing::openPredecessor(int row) const {
 }
 
 void EntryEditing::makeNext() {
-    const bool wasEmptyDraft =
-        m_target == Target::draft && m_editor->text().trimmed().isEmpty();
+    const bool wasEmptyDraft = m_target == Target::draft && m_editor->text().trimmed().isEmpty();
     if (wasEmptyDraft) {
         // Return on a line left empty ends the writing.
         close();
@@ -288,8 +288,7 @@ void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
     const auto refused = refusal([&] {
         const QScopedValueRollback storing(m_isStoring, true);
         const auto* const after =
-            m_entry ? m_entry
-                    : openPredecessor(m_model.rowOf(EntryListModel::RowKind::draft));
+            m_entry ? m_entry : openPredecessor(m_model.rowOf(EntryListModel::RowKind::draft));
         last = create(contents, after).back();
     });
     if (refused) {
@@ -314,8 +313,8 @@ void EntryEditing::becomeDraft() {
     open(Target::draft, nullptr, m_model.openDraft(after), QString(), 0);
     m_editor->setText(text);
     m_editor->field().setCaret(caret);
-    m_editor->showError(toQString(
-        services::descriptionOf(services::EntryServiceErrorCase::entryUnavailable)));
+    m_editor->showError(
+        toQString(services::descriptionOf(services::EntryServiceErrorCase::entryUnavailable)));
     if (!hadFocus) {
         m_view.setFocus();
     }

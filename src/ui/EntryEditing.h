@@ -10,8 +10,8 @@
 namespace korvex::ui {
 
 /// The editing of todos on a board's page, one at a time: a stored one or the draft of a new one.
-/// What was typed is stored on leaving; where that is refused, the text stays in its editor with the
-/// reason under it. Main thread.
+/// What was typed is stored on leaving; where that is refused, the text stays in its editor with
+/// the reason under it. Main thread.
 class EntryEditing final : public QObject {
     Q_OBJECT
 
@@ -29,7 +29,8 @@ public:
     /// A new todo after this entry; before all others for null.
     void startDraft(const model::Entry* after);
     void startDraftAtEnd();
-    /// Stores what was typed and closes the editor. False when it was refused: then all stays as it is.
+    /// Stores what was typed and closes the editor. False when it was refused: then all stays as it
+    /// is.
     bool leave();
     /// As `leave`, but a stored todo that was emptied gets its text back.
     bool leaveForGood();

@@ -24,7 +24,10 @@ void drawIcon(QPainter& painter, const QString& name, const QColor& color, const
 
 EntryItemDelegate::EntryItemDelegate(const EntryListModel& model, const Workspace& workspace,
                                      const Theme& theme, QObject* parent)
-    : QStyledItemDelegate(parent), m_model(model), m_workspace(workspace), m_theme(theme),
+    : QStyledItemDelegate(parent),
+      m_model(model),
+      m_workspace(workspace),
+      m_theme(theme),
       m_layouts(kKeptLayouts) {}
 
 void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -7,8 +7,8 @@
 
 namespace korvex::ui {
 
-/// Draws the rows of a board's page and measures them. Keeps the layouts of the rows that were drawn
-/// last and no others.
+/// Draws the rows of a board's page and measures them. Keeps the layouts of the rows that were
+/// drawn last and no others.
 class EntryItemDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 

@@ -28,7 +28,7 @@ void EntryListView::startDrag(Qt::DropActions) {
 
     auto* const payload = new QMimeData;
     payload->setData(QString::fromLatin1(kDragType),
-                  QByteArray::fromStdString(m_model.entry(row)->id().text()));
+                     QByteArray::fromStdString(m_model.entry(row)->id().text()));
     auto* const drag = new QDrag(this);
     drag->setMimeData(payload);
     drag->setPixmap(picture);
@@ -77,8 +77,7 @@ void EntryListView::dropEvent(QDropEvent* event) {
     }
 }
 
-std::optional<EntryListView::DropTarget> EntryListView::dropTargetAt(
-    const QPoint& position) const {
+std::optional<EntryListView::DropTarget> EntryListView::dropTargetAt(const QPoint& position) const {
     auto index = indexAt(position);
     if (!index.isValid() || m_model.kind(index.row()) != EntryListModel::RowKind::entry) {
         // Below the entries: after the last of them.
@@ -90,9 +89,8 @@ std::optional<EntryListView::DropTarget> EntryListView::dropTargetAt(
                         : std::optional(DropTarget{last, model::EntryPlacement::after});
     }
     const auto rect = visualRect(index);
-    return DropTarget{index.row(), position.y() < rect.center().y()
-                                       ? model::EntryPlacement::before
-                                       : model::EntryPlacement::after};
+    return DropTarget{index.row(), position.y() < rect.center().y() ? model::EntryPlacement::before
+                                                                    : model::EntryPlacement::after};
 }
 
 void EntryListView::setDropTarget(std::optional<DropTarget> target) {

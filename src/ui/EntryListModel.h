@@ -11,8 +11,8 @@
 
 namespace korvex::ui {
 
-/// The rows of one board's page: its active entries, among them perhaps a draft, the row that makes a
-/// new todo, and the completed todos under a heading that opens and closes. Follows the store by
+/// The rows of one board's page: its active entries, among them perhaps a draft, the row that makes
+/// a new todo, and the completed todos under a heading that opens and closes. Follows the store by
 /// small steps (see `refresh`), so that selection, editor and scroll position stay.
 class EntryListModel final : public QAbstractListModel {
     Q_OBJECT
@@ -49,8 +49,8 @@ public:
     bool isCompletedExpanded() const { return m_isCompletedExpanded; }
     void setCompletedExpanded(bool expanded);
 
-    /// Puts the draft after this entry, before all entries when it is null. There is at most one; its
-    /// row.
+    /// Puts the draft after this entry, before all entries when it is null. There is at most one;
+    /// its row.
     int openDraft(const model::Entry* after);
     /// Before the row for new todos, also when entries are added there.
     int openDraftAtEnd();

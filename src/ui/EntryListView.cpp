@@ -18,7 +18,9 @@ constexpr int kBottomMargin = 24;
 
 EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, const Theme& theme,
                              QWidget* parent)
-    : LazyListView(parent), m_model(model), m_theme(theme),
+    : LazyListView(parent),
+      m_model(model),
+      m_theme(theme),
       m_delegate(new EntryItemDelegate(model, workspace, theme, this)) {
     setFrameShape(NoFrame);
     setMouseTracking(true);
@@ -300,8 +302,8 @@ void EntryListView::contextMenuEvent(QContextMenuEvent* event) {
         return;
     }
     const auto rect = globalRect(row);
-    Q_EMIT menuRequested(row, isByKeyboard ? rect.bottomLeft() + QPoint(40, 0)
-                                           : event->globalPos());
+    Q_EMIT menuRequested(row,
+                         isByKeyboard ? rect.bottomLeft() + QPoint(40, 0) : event->globalPos());
 }
 
 void EntryListView::leaveEvent(QEvent* event) {

@@ -15,8 +15,8 @@ namespace korvex::ui {
 
 class TodoEditor;
 
-/// The list on a board's page: draws rows, hosts the editor in one of them, and turns pointer and keys
-/// into requests. It changes nothing itself.
+/// The list on a board's page: draws rows, hosts the editor in one of them, and turns pointer and
+/// keys into requests. It changes nothing itself.
 class EntryListView final : public LazyListView {
     Q_OBJECT
 

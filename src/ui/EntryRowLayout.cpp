@@ -116,8 +116,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
     const int besideWidth = hasDue       ? dueWidth + 2 * kGap
                             : isOpenTodo ? sizes.scheduleSize + kGap
                                          : 0;
-    const auto [isBeside, textWidth, textHeight] =
-        arrangeText(*m_text, room, besideWidth, hasDue);
+    const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, besideWidth, hasDue);
 
     const int line = lineHeight(theme.font());
     const int firstLine = std::max(line, sizes.signSize);
@@ -135,10 +134,9 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
                       dueWidth, dueHeight);
         bottom = m_due.bottom() + 1;
     } else if (isOpenTodo) {
-        m_scheduleButton =
-            QRect(width - sizes.textRight - sizes.scheduleSize,
-                  top + kPadding + (firstLine - sizes.scheduleSize) / 2, sizes.scheduleSize,
-                  sizes.scheduleSize);
+        m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,
+                                 top + kPadding + (firstLine - sizes.scheduleSize) / 2,
+                                 sizes.scheduleSize, sizes.scheduleSize);
     }
     m_height = bottom + kPadding + theme.rowDistance() - top;
     m_box = QRect(kSideMargin, top, width - 2 * kSideMargin, m_height - theme.rowDistance());

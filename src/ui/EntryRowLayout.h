@@ -10,14 +10,15 @@
 
 namespace korvex::ui {
 
-/// How a todo's text and its due label share the row: side by side while the text needs one line only.
+/// How a todo's text and its due label share the row: side by side while the text needs one line
+/// only.
 struct TextArrangement {
     bool isBeside = true;
     int textWidth = 0;
     int textHeight = 0;
 };
-/// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of it.
-/// Without a due label what stands beside stays there.
+/// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of
+/// it. Without a due label what stands beside stays there.
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue);
 
 /// The texts of a todo's schedule, as a row shows them.

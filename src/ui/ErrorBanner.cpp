@@ -9,7 +9,10 @@
 namespace korvex::ui {
 
 ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
-    : QFrame(parent), m_theme(theme), m_sign(new QLabel(this)), m_text(new QLabel(this)),
+    : QFrame(parent),
+      m_theme(theme),
+      m_sign(new QLabel(this)),
+      m_text(new QLabel(this)),
       m_close(new QToolButton(this)) {
     setAutoFillBackground(true);
     m_text->setWordWrap(true);

@@ -9,8 +9,8 @@ class QToolButton;
 
 namespace korvex::ui {
 
-/// A line of text above what it concerns, with a button that takes it away: what was refused, or what
-/// the user should know. Hidden while there is nothing to say.
+/// A line of text above what it concerns, with a button that takes it away: what was refused, or
+/// what the user should know. Hidden while there is nothing to say.
 class ErrorBanner final : public QFrame {
     Q_OBJECT
 

@@ -22,14 +22,22 @@ namespace {
 
 /// In the order of `model::BoardIcon`.
 constexpr std::array<std::string_view, model::kBoardIconCount> kBoardIcons{
-    "squares-four-fill", "folder-fill",   "briefcase-fill",  "house-fill",
-    "star-fill",         "heart-fill",    "lightbulb-fill",  "book-fill",
-    "code-fill",         "airplane-fill", "flag-fill",       "music-note-fill",
-    "check-circle-fill", "note-fill",     "calendar-fill",   "file-text-fill",
-    "user-fill",         "users-fill",    "chats-fill",      "envelope-fill",
-    "shopping-cart-fill", "money-fill",   "gift-fill",       "coffee-fill",
-    "fork-knife-fill",   "person-simple-run-fill", "leaf-fill", "globe-fill",
-    "image-fill",        "camera-fill",   "wrench-fill",     "chart-bar-fill",
+    "squares-four-fill",  "folder-fill",
+    "briefcase-fill",     "house-fill",
+    "star-fill",          "heart-fill",
+    "lightbulb-fill",     "book-fill",
+    "code-fill",          "airplane-fill",
+    "flag-fill",          "music-note-fill",
+    "check-circle-fill",  "note-fill",
+    "calendar-fill",      "file-text-fill",
+    "user-fill",          "users-fill",
+    "chats-fill",         "envelope-fill",
+    "shopping-cart-fill", "money-fill",
+    "gift-fill",          "coffee-fill",
+    "fork-knife-fill",    "person-simple-run-fill",
+    "leaf-fill",          "globe-fill",
+    "image-fill",         "camera-fill",
+    "wrench-fill",        "chart-bar-fill",
 };
 
 QPixmap drawn(const QString& name, const QColor& color, int pixels) {

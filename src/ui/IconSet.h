@@ -13,7 +13,8 @@ namespace korvex::ui {
 /// pixmap cache. Main thread.
 namespace IconSet {
 
-/// `name` is the icon's file name in the set without its ending: "bell-fill". A missing one is empty.
+/// `name` is the icon's file name in the set without its ending: "bell-fill". A missing one is
+/// empty.
 QPixmap pixmap(const QString& name, const QColor& color, int size, qreal scale);
 QIcon icon(const QString& name, const QColor& color);
 /// The icon's name for a board's stored symbol: "folder-fill" for "folder.fill".

@@ -40,8 +40,8 @@ QRect LazyListView::visualRect(const QModelIndex& index) const {
     if (!index.isValid() || index.row() >= m_heights.count()) {
         return {};
     }
-    return {0, static_cast<int>(m_heights.top(index.row())) - verticalOffset(),
-            viewport()->width(), m_heights.height(index.row())};
+    return {0, static_cast<int>(m_heights.top(index.row())) - verticalOffset(), viewport()->width(),
+            m_heights.height(index.row())};
 }
 
 QModelIndex LazyListView::indexAt(const QPoint& point) const {

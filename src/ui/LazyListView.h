@@ -7,9 +7,9 @@
 namespace korvex::ui {
 
 /// A list whose rows have heights of their own and cost nothing while they are out of sight: only
-/// rows that are seen are measured, all others are estimated. When an estimate turns out wrong, what
-/// is on the screen stays where it is. Selection, keyboard, drag and drop and accessibility are
-/// those of QListView.
+/// rows that are seen are measured, all others are estimated. When an estimate turns out wrong,
+/// what is on the screen stays where it is. Selection, keyboard, drag and drop and accessibility
+/// are those of QListView.
 class LazyListView : public QListView {
     Q_OBJECT
 
@@ -65,8 +65,8 @@ private:
     };
 
     Anchor anchorOnScreen() const;
-    /// Measures what is in sight around the anchor and sets range and value of the scroll bar so that
-    /// the anchor stays where it is, as far as the ends of the list allow.
+    /// Measures what is in sight around the anchor and sets range and value of the scroll bar so
+    /// that the anchor stays where it is, as far as the ends of the list allow.
     void settle(Anchor anchor);
     void measureAround(Anchor anchor);
     void setScrolling();

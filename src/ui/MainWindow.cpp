@@ -40,8 +40,11 @@ QByteArray toByteArray(const base::Bytes& bytes) {
 } // namespace
 
 MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
-    : m_workspace(workspace), m_theme(theme), m_splitter(new QSplitter(this)),
-      m_sidebar(new Sidebar(workspace, theme)), m_pages(new QStackedWidget),
+    : m_workspace(workspace),
+      m_theme(theme),
+      m_splitter(new QSplitter(this)),
+      m_sidebar(new Sidebar(workspace, theme)),
+      m_pages(new QStackedWidget),
       m_page(new BoardPage(workspace, theme)) {
     setWindowTitle(QStringLiteral("Korvex"));
     setMinimumSize(kSmallestSize);
@@ -59,14 +62,12 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
 
     connect(m_sidebar, &Sidebar::boardChosen, this,
             [this](model::Board* board) { showBoard(*board); });
-    connect(m_sidebar, &Sidebar::boardMenuRequested, this,
-            [this](model::Board* board, const QPoint& position) {
-                openBoardMenu(*board, position);
-            });
+    connect(
+        m_sidebar, &Sidebar::boardMenuRequested, this,
+        [this](model::Board* board, const QPoint& position) { openBoardMenu(*board, position); });
     connect(m_sidebar, &Sidebar::archivedRequested, this, &MainWindow::showArchived);
-    connect(m_page, &BoardPage::iconRequested, this, [this](const QRect& anchor) {
-        m_actions->chooseIcon(*m_page->board(), anchor);
-    });
+    connect(m_page, &BoardPage::iconRequested, this,
+            [this](const QRect& anchor) { m_actions->chooseIcon(*m_page->board(), anchor); });
     connect(m_page, &BoardPage::menuRequested, this, &MainWindow::openPageMenu);
     connect(m_actions, &BoardActions::refused, this, &MainWindow::showError);
     connect(&m_page->entries(), &EntryListModel::countsChanged, this, [this] {
@@ -79,8 +80,8 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
 
     addShortcuts();
     restoreLayout();
-    m_changes = workspace.context.didChange().connect(
-        [this](const store::ChangeSet&) { storeChanged(); });
+    m_changes =
+        workspace.context.didChange().connect([this](const store::ChangeSet&) { storeChanged(); });
     m_sidebar->refresh();
     if (auto* const board = launchBoard()) {
         showBoard(*board);
@@ -220,8 +221,8 @@ void MainWindow::openPageMenu(const QPoint& globalPosition) {
     m_actions->addTo(*menu, *m_page->board());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_workspace.preferences, menu));
-    auto* const sidebar = menu->addAction(m_sidebar->isHidden() ? tr("Show sidebar")
-                                                                : tr("Hide sidebar"));
+    auto* const sidebar =
+        menu->addAction(m_sidebar->isHidden() ? tr("Show sidebar") : tr("Hide sidebar"));
     sidebar->setShortcut(Qt::Key_F9);
     connect(sidebar, &QAction::triggered, this,
             [this] { m_sidebar->setVisible(m_sidebar->isHidden()); });

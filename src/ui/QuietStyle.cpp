@@ -82,8 +82,10 @@ void QuietStyle::drawButton(const QStyleOption& option, QPainter& painter) const
     const bool isDown = option.state.testFlag(State_Sunken);
     const bool isHovered =
         option.state.testFlag(State_MouseOver) && option.state.testFlag(State_Enabled);
-    const auto ground =
-        blended(colors.text, colors.content, isDown ? 0.16 : isHovered ? 0.10 : 0.05);
+    const auto ground = blended(colors.text, colors.content,
+                                isDown      ? 0.16
+                                : isHovered ? 0.10
+                                            : 0.05);
     if (isFlat && !isDown && !isHovered && !option.state.testFlag(State_HasFocus)) {
         return;
     }
@@ -92,8 +94,7 @@ void QuietStyle::drawButton(const QStyleOption& option, QPainter& painter) const
 
 void QuietStyle::drawToolButton(const QStyleOption& option, QPainter& painter) const {
     const auto& colors = m_theme.colors();
-    const bool isPressed =
-        option.state.testFlag(State_Sunken) || option.state.testFlag(State_On);
+    const bool isPressed = option.state.testFlag(State_Sunken) || option.state.testFlag(State_On);
     const bool isHovered =
         option.state.testFlag(State_MouseOver) && option.state.testFlag(State_Enabled);
     painter.setPen(option.state.testFlag(State_HasFocus) ? QPen(colors.accent, 1.5)

@@ -26,8 +26,8 @@ private:
     void drawCheckBox(const QStyleOption& option, QPainter& painter) const;
     void drawButton(const QStyleOption& option, QPainter& painter) const;
     void drawToolButton(const QStyleOption& option, QPainter& painter) const;
-    void drawFrame(const QRectF& rect, double radius, const QStyleOption& option,
-                   QPainter& painter, const QColor& ground) const;
+    void drawFrame(const QRectF& rect, double radius, const QStyleOption& option, QPainter& painter,
+                   const QColor& ground) const;
 
     const Theme& m_theme;
 };

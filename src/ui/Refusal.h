@@ -9,8 +9,8 @@
 
 namespace korvex::ui {
 
-/// Runs an operation and returns what the user is to be told when it was refused, in the error's own
-/// words; absent when it was done. The one place of the windows that catches.
+/// Runs an operation and returns what the user is to be told when it was refused, in the error's
+/// own words; absent when it was done. The one place of the windows that catches.
 template <typename Operation>
 [[nodiscard]] std::optional<QString> refusal(Operation&& operation) {
     try {

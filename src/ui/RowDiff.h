@@ -28,8 +28,8 @@ struct RowStep {
 };
 
 /// Few steps that lead from `before` to `after`: removals from the end, then moves of single rows,
-/// then insertions from the start, at which the new row is what `after` has there. The longest run of
-/// rows that keep their order is not touched.
+/// then insertions from the start, at which the new row is what `after` has there. The longest run
+/// of rows that keep their order is not touched.
 std::vector<RowStep> rowSteps(const std::vector<RowKey>& before, const std::vector<RowKey>& after);
 
 } // namespace korvex::ui

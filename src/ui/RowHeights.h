@@ -38,8 +38,8 @@ public:
     /// Where a row starts; for `count()`, where the last one ends.
     std::int64_t top(int row) const;
     std::int64_t total() const { return top(count()); }
-    /// The row that covers `y`; the first for a negative one, the last beyond the end, -1 when there
-    /// are no rows. Rows of height 0 cover nothing.
+    /// The row that covers `y`; the first for a negative one, the last beyond the end, -1 when
+    /// there are no rows. Rows of height 0 cover nothing.
     int rowAt(std::int64_t y) const;
 
 private:

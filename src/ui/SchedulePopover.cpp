@@ -25,7 +25,9 @@ constexpr int kCustom = -1;
 
 SchedulePopover::SchedulePopover(model::Entry& entry, const Workspace& workspace,
                                  const Theme& theme, QWidget* window)
-    : Popover(theme, window), m_workspace(workspace), m_formats(workspace.dates.shared()),
+    : Popover(theme, window),
+      m_workspace(workspace),
+      m_formats(workspace.dates.shared()),
       m_editor(
           entry.schedule(),
           {.completed = entry.isCompleted(),
@@ -71,16 +73,16 @@ void SchedulePopover::makeFields() {
     m_day->setDisplayFormat(locale.dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
                                 ? locale.dateFormat(QLocale::ShortFormat)
                                 : QStringLiteral("yyyy-MM-dd"));
-    m_reminder->setDisplayFormat(m_day->displayFormat() + QLatin1Char(' ') +
-                                 timeFormat);
+    m_reminder->setDisplayFormat(m_day->displayFormat() + QLatin1Char(' ') + timeFormat);
     for (QDateTimeEdit* const field : {static_cast<QDateTimeEdit*>(m_day), m_reminder}) {
-        // The window's own calendar reckons by the proleptic calendar: no day before it matters here.
+        // The window's own calendar reckons by the proleptic calendar: no day before it matters
+        // here.
         field->setTimeSpec(Qt::UTC);
         field->setMinimumDate(QDate(1600, 1, 1));
         field->setMaximumDate(QDate(4000, 12, 31));
     }
-    for (QDateTimeEdit* const field : {static_cast<QDateTimeEdit*>(m_time),
-                                       static_cast<QDateTimeEdit*>(m_start)}) {
+    for (QDateTimeEdit* const field :
+         {static_cast<QDateTimeEdit*>(m_time), static_cast<QDateTimeEdit*>(m_start)}) {
         field->setTimeSpec(Qt::UTC);
         field->setDisplayFormat(timeFormat);
     }

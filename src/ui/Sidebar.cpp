@@ -7,24 +7,33 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
-#include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
 
 namespace korvex::ui {
 
 Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent)
-    : QWidget(parent), m_workspace(workspace), m_theme(theme), m_model(workspace),
-      m_title(new QLabel(tr("Boards"), this)), m_add(new QToolButton(this)),
-      m_list(new BoardListView(m_model, theme, this)), m_banner(new ErrorBanner(theme, this)),
-      m_archived(new QPushButton(tr("Archived boards"), this)) {
+    : QWidget(parent),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_model(workspace),
+      m_title(new QLabel(tr("Boards"), this)),
+      m_add(new QToolButton(this)),
+      m_list(new BoardListView(m_model, theme, this)),
+      m_banner(new ErrorBanner(theme, this)),
+      m_archived(new QToolButton(this)) {
     setMinimumWidth(kMinimumWidth);
     setMaximumWidth(kMaximumWidth);
     m_add->setAutoRaise(true);
     m_add->setFocusPolicy(Qt::TabFocus);
     m_add->setAccessibleName(tr("New board"));
     m_add->setToolTip(tr("New board (Ctrl+Shift+N)"));
-    m_archived->setFlat(true);
+    m_archived->setAutoRaise(true);
+    m_archived->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_archived->setFocusPolicy(Qt::TabFocus);
+    m_archived->setAccessibleName(tr("Archived boards"));
+    m_archived->setToolTip(tr("Archived boards"));
+    m_archived->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     auto* const heading = new QHBoxLayout;
     heading->setContentsMargins(16, 18, 12, 4);
     heading->addWidget(m_title, 1);
@@ -32,7 +41,6 @@ Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent
     auto* const foot = new QHBoxLayout;
     foot->setContentsMargins(8, 8, 8, 10);
     foot->addWidget(m_archived);
-    foot->addStretch();
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 1, 0);
     column->setSpacing(0);
@@ -44,7 +52,7 @@ Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent
     m_archived->hide();
 
     connect(m_add, &QToolButton::clicked, this, &Sidebar::createBoard);
-    connect(m_archived, &QPushButton::clicked, this, &Sidebar::archivedRequested);
+    connect(m_archived, &QToolButton::clicked, this, &Sidebar::archivedRequested);
     connect(m_list, &BoardListView::boardChosen, this, &Sidebar::boardChosen);
     connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
     connect(m_list, &BoardListView::renamed, this,
@@ -96,9 +104,8 @@ void Sidebar::rename(model::Board& board) {
 }
 
 void Sidebar::store(model::Board& board, const QString& name) {
-    const auto refused = refusal([&] {
-        m_workspace.boards.renameBoard(board, toUtf8(name), m_workspace.now());
-    });
+    const auto refused =
+        refusal([&] { m_workspace.boards.renameBoard(board, toUtf8(name), m_workspace.now()); });
     if (!refused) {
         m_banner->clear();
         return;
@@ -117,9 +124,8 @@ void Sidebar::move(const base::Uuid& id, const base::Uuid& target,
     if (id == target) {
         return;
     }
-    const auto refused = refusal([&] {
-        m_workspace.boards.moveBoard(id, target, placement, m_workspace.now());
-    });
+    const auto refused =
+        refusal([&] { m_workspace.boards.moveBoard(id, target, placement, m_workspace.now()); });
     if (refused) {
         showMessage(*refused);
     }
@@ -135,6 +141,18 @@ void Sidebar::paintEvent(QPaintEvent*) {
     painter.fillRect(QRect(width() - 1, 0, 1, height()), m_theme.colors().hairline);
 }
 
+void Sidebar::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    elideArchived();
+}
+
+/// A button cuts a text that has no room; this one says that there is more.
+void Sidebar::elideArchived() {
+    const int around = m_theme.scaled(16) + 36; // icon, distances, margins
+    m_archived->setText(m_archived->fontMetrics().elidedText(tr("Archived boards"), Qt::ElideRight,
+                                                             width() - around));
+}
+
 void Sidebar::applyTheme() {
     const auto& colors = m_theme.colors();
     auto font = m_theme.smallFont();
@@ -148,6 +166,7 @@ void Sidebar::applyTheme() {
     m_archived->setFont(m_theme.font());
     m_archived->setIcon(IconSet::icon(QStringLiteral("archive"), colors.secondaryText));
     m_archived->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
+    elideArchived();
     m_add->setIcon(IconSet::icon(QStringLiteral("plus"), colors.secondaryText));
     m_add->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
     update();

@@ -6,15 +6,14 @@
 #include <QWidget>
 
 class QLabel;
-class QPushButton;
 class QToolButton;
 
 namespace korvex::ui {
 
 class ErrorBanner;
 
-/// The boards at the window's left, and the way to the archived ones. Carries out what the user asks
-/// of the list of boards.
+/// The boards at the window's left, and the way to the archived ones. Carries out what the user
+/// asks of the list of boards.
 class Sidebar final : public QWidget {
     Q_OBJECT
 
@@ -43,11 +42,13 @@ Q_SIGNALS:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
     void store(model::Board& board, const QString& name);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
     void applyTheme();
+    void elideArchived();
 
     const Workspace& m_workspace;
     const Theme& m_theme;
@@ -56,7 +57,7 @@ private:
     QToolButton* m_add;
     BoardListView* m_list;
     ErrorBanner* m_banner;
-    QPushButton* m_archived;
+    QToolButton* m_archived;
     bool m_isCountDue = false;
 };
 

@@ -15,8 +15,7 @@ constexpr int kMargin = 32;
 
 } // namespace
 
-StoreErrorWindow::StoreErrorWindow(const QString& message,
-                                   const std::filesystem::path& storeFile) {
+StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile) {
     setWindowTitle(QStringLiteral("Korvex"));
     resize(kSize);
     auto* const title = new QLabel(tr("Korvex could not open its store"), this);

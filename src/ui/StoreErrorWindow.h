@@ -6,8 +6,8 @@
 
 namespace korvex::ui {
 
-/// Stands in for the main window when the store could not be opened: says why and what to do. Nothing
-/// has been changed.
+/// Stands in for the main window when the store could not be opened: says why and what to do.
+/// Nothing has been changed.
 class StoreErrorWindow final : public QWidget {
     Q_OBJECT
 

@@ -10,8 +10,8 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kStandardFontSize = 13;
-/// A size of 13 means as much as elsewhere: 13 pixels where the screen has 96 to the inch, which are
-/// 9.75 points there, and more where the user scales texts up.
+/// A size of 13 means as much as elsewhere: 13 pixels where the screen has 96 to the inch, which
+/// are 9.75 points there, and more where the user scales texts up.
 constexpr double kPointsPerPixel = 72.0 / 96.0;
 
 double luminance(const QColor& color) {
@@ -83,7 +83,9 @@ QPalette paletteOf(const ThemeColors& colors) {
 } // namespace
 
 Theme::Theme(app::AppPreferences& preferences, QObject* parent)
-    : QObject(parent), m_preferences(preferences), m_systemPalette(QApplication::palette()),
+    : QObject(parent),
+      m_preferences(preferences),
+      m_systemPalette(QApplication::palette()),
       m_systemFont(QApplication::font()) {
     m_changes = preferences.didChange().connect([this] { apply(); });
     apply();
@@ -94,8 +96,8 @@ int Theme::rowDistance() const {
 }
 
 int Theme::scaled(int length) const {
-    return static_cast<int>(std::lround(length * m_preferences.fontSize() /
-                                        static_cast<double>(kStandardFontSize)));
+    return static_cast<int>(
+        std::lround(length * m_preferences.fontSize() / static_cast<double>(kStandardFontSize)));
 }
 
 void Theme::setSystemAppearance(SystemAppearance appearance) {

@@ -20,8 +20,11 @@ constexpr int kCornerRadius = 6;
 } // namespace
 
 TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
-    : QFrame(parent), m_theme(theme), m_field(new TodoTextEdit(this)),
-      m_schedule(new QToolButton(this)), m_error(new QLabel(this)),
+    : QFrame(parent),
+      m_theme(theme),
+      m_field(new TodoTextEdit(this)),
+      m_schedule(new QToolButton(this)),
+      m_error(new QLabel(this)),
       m_discard(new QPushButton(tr("Discard"), this)) {
     m_schedule->setAutoRaise(true);
     m_schedule->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
@@ -142,9 +145,8 @@ void TodoEditor::applyTheme() {
     const int size = m_theme.scaled(m_dueLabel.isEmpty() ? 16 : 13);
     m_schedule->setIconSize({size, size});
     m_schedule->setIcon(m_dueLabel.isEmpty() ? IconSet::icon(QStringLiteral("calendar-plus"), quiet)
-                        : m_dueLabel.hasReminder
-                            ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
-                            : QIcon());
+                        : m_dueLabel.hasReminder ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
+                                                 : QIcon());
     Q_EMIT neededHeightChanged();
 }
 

@@ -13,8 +13,8 @@ class QToolButton;
 
 namespace korvex::ui {
 
-/// The text field of a todo: one paragraph that wraps, never longer than an entry may be. Turns keys
-/// that lead out of the text into signals.
+/// The text field of a todo: one paragraph that wraps, never longer than an entry may be. Turns
+/// keys that lead out of the text into signals.
 class TodoTextEdit final : public QTextEdit {
     Q_OBJECT
 

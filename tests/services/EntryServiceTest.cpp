@@ -33,6 +33,32 @@ TEST_F(EntryServiceTest, CreationPlacesABatchAndCompletedTodosFollow) {
                 ElementsAre("first", "a", "b", "x", "y", "z", "c", "d", "e", "done"));
 }
 
+TEST_F(EntryServiceTest, AppendingWithoutReadingTheBoardKeepsItsOrderAndMendsABrokenOne) {
+    const auto appendElsewhere = [&](std::vector<std::string> contents) {
+        const auto elsewhere = openContainer();
+        store::ModelContext theirs(*elsewhere);
+        EntryService service(theirs, reminders, widgets, log);
+        model::Board& same = *theirs.find<model::Board>(board->id());
+        service.createTodos({.contents = std::move(contents), .board = same, .now = kNow});
+        return same.entriesAreLoaded();
+    };
+    EXPECT_FALSE(appendElsewhere({"first"}));
+    auto three = add({"a", "done early", "done late"});
+    entries->completeTodo(*three[2], kNow);
+    entries->completeTodo(*three[1], kNow);
+    EXPECT_FALSE(appendElsewhere({"x", "y"}));
+    EXPECT_THAT(storedOrder(*board),
+                ElementsAre("first", "a", "x", "y", "done early", "done late"));
+    context->refresh();
+    for (const std::int64_t broken : {std::int64_t{0}, std::int64_t{9}, std::int64_t{-1}}) {
+        three[0]->setSortOrder(broken);
+        context->save();
+        EXPECT_TRUE(appendElsewhere({"z"})) << broken;
+        storedOrder(*board);
+        context->refresh();
+    }
+}
+
 TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
     auto todos = add({"a", "done"});
     entries->completeTodo(*todos[1], kNow);

@@ -4,6 +4,7 @@
 #include "services/ServiceErrors.h"
 #include "ui/ErrorBanner.h"
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QLabel>
 #include <QPushButton>
@@ -141,8 +142,8 @@ TEST_F(BoardPageTest, APasteThatIsRefusedChangesNothing) {
     type("kept");
     paste(QStringLiteral("short\n") + QString(10'001, QLatin1Char('x')));
     EXPECT_EQ(editor().text(), QStringLiteral("kept"));
-    EXPECT_EQ(editorError(), toQString(services::descriptionOf(
-                                 services::EntryServiceErrorCase::contentTooLong)));
+    EXPECT_EQ(editorError(),
+              toQString(services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
     EXPECT_THAT(storedTexts(*inbox), ::testing::IsEmpty());
 }
 
@@ -257,6 +258,33 @@ TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {
     EXPECT_EQ(todos[0]->content(), "ab");
     EXPECT_TRUE(todos[0]->isCompleted());
     EXPECT_FALSE(isEditing());
+}
+
+TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
+    const auto todos = add({"a", "b"});
+    own.entries.completeTodo(*todos[0], kNow);
+    auto* const list = QAccessible::queryAccessibleInterface(&this->list());
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->role(), QAccessible::List);
+    auto* const row = list->child(0);
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b"));
+    EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Open"));
+    EXPECT_TRUE(row->state().checkable);
+    EXPECT_FALSE(row->state().checked);
+    EXPECT_EQ(row->rect().size(), this->list().globalRect(0).size());
+}
+
+TEST_F(BoardPageTest, EveryControlHasAName) {
+    page.startTodo();
+    for (const auto* const widget : page.findChildren<QWidget*>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy()) {
+            auto* const accessible = QAccessible::queryAccessibleInterface(
+                const_cast<QWidget*>(widget)); // it only looks
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+                << widget->metaObject()->className();
+        }
+    }
 }
 
 } // namespace

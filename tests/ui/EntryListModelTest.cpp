@@ -76,9 +76,8 @@ TEST_F(EntryListModelTest, EachChangeTouchesOnlyTheRowsThatItConcerns) {
     EXPECT_THAT(take(), ElementsAre("remove 4-4", "insert 5-5"))
         << "leaves, and the heading of the completed comes";
     elsewhere([](tests::StoreClient& client) {
-        client.entries.createTodos({.contents = {"x", "y"},
-                                    .board = *client.boards.inboxBoard(),
-                                    .now = kNow});
+        client.entries.createTodos(
+            {.contents = {"x", "y"}, .board = *client.boards.inboxBoard(), .now = kNow});
     });
     EXPECT_THAT(take(), ElementsAre("insert 4-5"));
     EXPECT_THAT(texts(),
@@ -146,8 +145,7 @@ TEST_F(EntryListModelTest, TheDraftKeepsItsPlaceWhileOthersComeAndGo) {
     model.closeDraft();
     model.openDraftAtEnd();
     add({"later"});
-    EXPECT_THAT(texts(),
-                ElementsAre("b", "late", "later", "(draft)", "New todo", "Completed (1)"));
+    EXPECT_THAT(texts(), ElementsAre("b", "late", "later", "(draft)", "New todo", "Completed (1)"));
 }
 
 TEST_F(EntryListModelTest, CompletedTodosOpenAndCloseUnderTheirHeading) {

@@ -118,8 +118,7 @@ TEST(LazyListView, StaysSoundThroughAnyChanges) {
             break;
         }
         case 3:
-            list.model.setData(list.model.index(pick(0, count - 1)),
-                               QString::number(pick(1, 60)));
+            list.model.setData(list.model.index(pick(0, count - 1)), QString::number(pick(1, 60)));
             break;
         case 4:
             list.view.verticalScrollBar()->setValue(pick(0, 3000));

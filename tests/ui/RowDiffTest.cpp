@@ -26,8 +26,7 @@ std::vector<RowKey> applied(std::vector<RowKey> rows, const std::vector<RowStep>
             rows.erase(first, first + step.count);
             break;
         case RowStep::Kind::insert:
-            rows.insert(first, after.begin() + step.first,
-                        after.begin() + step.first + step.count);
+            rows.insert(first, after.begin() + step.first, after.begin() + step.first + step.count);
             break;
         case RowStep::Kind::move:
             if (step.destination < step.first) {
@@ -59,8 +58,7 @@ TEST(RowDiff, StepsLeadFromAnyRowsToAnyOthers) {
         ASSERT_EQ(applied(before, steps, after), after);
         for (const auto& step : steps) {
             // What a model may announce: nothing moves into itself.
-            ASSERT_TRUE(step.kind != RowStep::Kind::move ||
-                        step.destination < step.first ||
+            ASSERT_TRUE(step.kind != RowStep::Kind::move || step.destination < step.first ||
                         step.destination > step.first + step.count);
         }
     }

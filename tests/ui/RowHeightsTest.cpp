@@ -46,9 +46,8 @@ TEST(RowHeights, FollowsAPlainListThroughAnyChanges) {
             for (int i = 0; i < added; ++i) {
                 heights.push_back(pick(0, 9));
             }
-            tested.insert(first, added, [&](int row) {
-                return heights[static_cast<std::size_t>(row - first)];
-            });
+            tested.insert(first, added,
+                          [&](int row) { return heights[static_cast<std::size_t>(row - first)]; });
             plain.heights.insert(plain.heights.begin() + first, heights.begin(), heights.end());
             break;
         }

@@ -7,7 +7,7 @@
 
 #include <QLineEdit>
 #include <QMenu>
-#include <QPushButton>
+#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -62,7 +62,7 @@ TEST_F(SidebarTest, ARefusedNameStaysToBeCorrected) {
     sidebar.rename(*work);
     typeName("   ");
     EXPECT_EQ(message(), QStringLiteral("Board names cannot be empty."));
-    ASSERT_NE(nameField(), nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return nameField() != nullptr; }));
     EXPECT_EQ(nameField()->text(), QStringLiteral("   "));
     EXPECT_EQ(work->name(), "Work");
     typeName("Shop");
@@ -125,12 +125,12 @@ TEST_F(SidebarTest, CountsFollowChangesFromAnywhere) {
 
 TEST_F(SidebarTest, ArchivedBoardsCanBeReached) {
     auto* const archived = [this] {
-        for (auto* const button : sidebar.findChildren<QPushButton*>()) {
-            if (button->text() == QStringLiteral("Archived boards")) {
+        for (auto* const button : sidebar.findChildren<QToolButton*>()) {
+            if (button->accessibleName() == QStringLiteral("Archived boards")) {
                 return button;
             }
         }
-        return static_cast<QPushButton*>(nullptr);
+        return static_cast<QToolButton*>(nullptr);
     }();
     ASSERT_NE(archived, nullptr);
     EXPECT_TRUE(archived->isHidden());

@@ -28,7 +28,8 @@ struct StoreClient {
     StoreClient(const std::filesystem::path& file, base::LogSink& log, bool allowsSave = true)
         : container(store::ModelContainer::open(model::currentSchema(),
                                                 {.file = file, .allowsSave = allowsSave}, log)),
-          context(*container), entries(context, reminders, widgets, log),
+          context(*container),
+          entries(context, reminders, widgets, log),
           boards(context, reminders, log) {}
 
     services::NoReminders reminders;
@@ -47,8 +48,10 @@ protected:
     static constexpr base::Instant kNow{763286400};
 
     WindowFixture()
-        : own(folder / "Primary.store", log), defaults(folder / "settings.json"),
-          preferences(defaults, log), theme(preferences),
+        : own(folder / "Primary.store", log),
+          defaults(folder / "settings.json"),
+          preferences(defaults, log),
+          theme(preferences),
           scheduleClock(clock, runLoop, base::TimeZone::utc, log),
           workspace{*own.container, own.context, own.boards, own.entries, scheduleClock,
                     clock,          preferences, defaults,   dates,       log} {

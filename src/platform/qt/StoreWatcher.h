@@ -10,9 +10,9 @@
 
 namespace korvex::platform::qt {
 
-/// Notices that a store may have changed, whoever changed it: by the signal on the session bus where
-/// there is one, and always by the store's lock file, which every commit rewrites. What it says is a
-/// hint: who gets it refreshes its context. Main thread.
+/// Notices that a store may have changed, whoever changed it: by the signal on the session bus
+/// where there is one, and always by the store's lock file, which every commit rewrites. What it
+/// says is a hint: who gets it refreshes its context. Main thread.
 class StoreWatcher final : public QObject {
     Q_OBJECT
 

@@ -48,8 +48,8 @@ void SystemAppearanceWatcher::replied(QDBusPendingCallWatcher* call) {
 
 void SystemAppearanceWatcher::take(const QVariant& value) {
     // The reply to `Read` wraps the value twice.
-    const auto plain = value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant()
-                                                        : value;
+    const auto plain =
+        value.canConvert<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
     const auto scheme = plain.toUInt();
     m_changed.emit(scheme == 1   ? ColorScheme::dark
                    : scheme == 2 ? ColorScheme::light

@@ -1,12 +1,12 @@
 #include "platform/qt/SystemTimeWatcher.h"
 
-#include <QFile>
+#include <QDateTime>
+#include <QFileInfo>
 #include <QSocketNotifier>
 
 #include <sys/timerfd.h>
 #include <unistd.h>
 
-#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -14,12 +14,18 @@ namespace korvex::platform::qt {
 
 namespace {
 
-/// The zone is a link that is replaced, which only its folder tells; a copy is changed in place.
-const std::array<const char*, 2> kZoneFiles{"/etc/localtime", "/etc/timezone"};
+/// The zone is a link that is replaced, which only its folder tells of.
+constexpr const char* kZoneFolder = "/etc";
+constexpr const char* kZoneLink = "/etc/localtime";
+
+QString zoneState() {
+    const QFileInfo link(QString::fromLatin1(kZoneLink));
+    return link.symLinkTarget() + link.lastModified().toString(Qt::ISODateWithMs);
+}
 
 } // namespace
 
-SystemTimeWatcher::SystemTimeWatcher() {
+SystemTimeWatcher::SystemTimeWatcher() : m_zone(zoneState()) {
     m_timer = ::timerfd_create(CLOCK_REALTIME, TFD_NONBLOCK | TFD_CLOEXEC);
     if (m_timer >= 0) {
         m_notifier = std::make_unique<QSocketNotifier>(m_timer, QSocketNotifier::Read);
@@ -32,11 +38,13 @@ SystemTimeWatcher::SystemTimeWatcher() {
         });
         armTimer();
     }
-    connect(&m_files, &QFileSystemWatcher::fileChanged, this, [this] {
-        watchZone();
-        m_changed.emit();
+    m_files.addPath(QString::fromLatin1(kZoneFolder));
+    connect(&m_files, &QFileSystemWatcher::directoryChanged, this, [this] {
+        if (auto zone = zoneState(); zone != m_zone) {
+            m_zone = std::move(zone);
+            m_changed.emit();
+        }
     });
-    watchZone();
 }
 
 SystemTimeWatcher::~SystemTimeWatcher() {
@@ -51,15 +59,6 @@ void SystemTimeWatcher::armTimer() {
     itimerspec never{};
     never.it_value.tv_sec = std::numeric_limits<std::int32_t>::max();
     ::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
-}
-
-void SystemTimeWatcher::watchZone() {
-    for (const char* const file : kZoneFiles) {
-        const auto path = QString::fromLatin1(file);
-        if (QFile::exists(path) && !m_files.files().contains(path)) {
-            m_files.addPath(path);
-        }
-    }
 }
 
 } // namespace korvex::platform::qt

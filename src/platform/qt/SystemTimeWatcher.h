@@ -23,11 +23,12 @@ public:
 
 private:
     void armTimer();
-    void watchZone();
 
     int m_timer = -1;
     std::unique_ptr<QSocketNotifier> m_notifier;
     QFileSystemWatcher m_files;
+    /// Which zone the machine's link names, and since when.
+    QString m_zone;
     base::Signal<> m_changed;
 };
 

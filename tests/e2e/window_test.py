@@ -1,0 +1,203 @@
+#!/usr/bin/env python3
+"""window_test.py DESKTOP KORVEX: drives the real window on a screen of its own, with a window manager,
+by keyboard, and reads back what was stored with the command line.
+
+Every test has a home of its own. The window is asked nothing but what a person sees: what is typed
+goes through the X server, and what is stored is read by another program."""
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+DESKTOP, KORVEX = (str(pathlib.Path(argument).resolve()) for argument in sys.argv[1:3])
+del sys.argv[1:3]
+PATIENCE = 10  # seconds; what is waited for takes a fraction of one
+
+
+def wait_for(condition, what):
+    deadline = time.monotonic() + PATIENCE
+    while time.monotonic() < deadline:
+        if result := condition():
+            return result
+        time.sleep(0.05)
+    raise AssertionError(f"waited {PATIENCE} s for {what}")
+
+
+class Screen:
+    """A virtual screen with a window manager."""
+
+    def __init__(self):
+        reading, writing = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1100x800x24", "-nolisten", "tcp"],
+            pass_fds=[writing], stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as pipe:
+            self.display = f":{pipe.readline().strip()}"
+        self.manager = subprocess.Popen(["openbox"], env=os.environ | {"DISPLAY": self.display},
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def close(self):
+        for process in (self.manager, self.server):
+            process.terminate()
+            process.wait()
+
+
+class WindowTest(unittest.TestCase):
+    with_bus = False
+
+    @classmethod
+    def setUpClass(cls):
+        cls.screen = Screen()
+        cls.addClassCleanup(cls.screen.close)
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = pathlib.Path(folder.name)
+        runtime = self.home / "run"
+        runtime.mkdir(mode=0o700)
+        self.environment = {
+            "PATH": os.environ["PATH"], "HOME": str(self.home), "DISPLAY": self.screen.display,
+            "XDG_RUNTIME_DIR": str(runtime), "XDG_DATA_HOME": str(self.home / "data"),
+            "XDG_CONFIG_HOME": str(self.home / "config"), "XDG_CACHE_HOME": str(self.home / "cache"),
+            "TZ": "UTC", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "xcb", "NO_AT_BRIDGE": "1",
+            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "KORVEX_TRACE_STARTUP": "1",
+        }
+        if self.with_bus:
+            self.start_bus()
+
+    def start_bus(self):
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                               env=self.environment)
+        self.addCleanup(self.end, bus)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        bus.stdout.close()
+
+    @staticmethod
+    def end(process):
+        if process.poll() is None:
+            process.send_signal(signal.SIGTERM)
+        process.wait()
+
+    def start_window(self):
+        """Starts the app and waits until its window is painted and has the keyboard."""
+        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(window.stderr.close)
+        self.addCleanup(self.end, window)
+        line = window.stderr.readline()
+        while line and "first paint" not in line:
+            line = window.stderr.readline()
+        self.assertIn("first paint", line, "the window is not painted")
+        wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
+                 "the window to have the keyboard")
+        return window
+
+    def xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], env=self.environment, text=True,
+                              capture_output=True, check=False).stdout
+
+    def keys(self, *names):
+        for name in names:
+            self.xdotool("key", "--clearmodifiers", name)
+
+    def type(self, text):
+        self.xdotool("type", "--delay", "10", text)
+
+    def korvex(self, *arguments):
+        return subprocess.run([KORVEX, "--json", *arguments], env=self.environment, text=True,
+                              capture_output=True, check=True).stdout
+
+    def stored(self, *arguments):
+        return json.loads(self.korvex("list", *arguments))
+
+    def texts(self, *arguments):
+        return [entry["content"] for entry in self.stored(*arguments)]
+
+    def test_a_todo_is_typed_scheduled_ticked_and_stored(self):
+        self.start_window()
+        self.keys("ctrl+n")
+        self.type("Buy milk")
+        self.keys("Return")
+        self.type("Water plants")
+        self.keys("Escape")
+        wait_for(lambda: self.texts() == ["Buy milk", "Water plants"], "both todos to be stored")
+
+        self.keys("Home", "ctrl+d", "Tab", "Return")  # the second button says "Tomorrow"
+        wait_for(lambda: self.stored()[0].get("dueLabel") == "Tomorrow", "the schedule")
+        self.assertNotIn("dueDay", self.stored()[1])
+
+        self.keys("space")
+        wait_for(lambda: self.texts() == ["Water plants"], "the ticked todo to be completed")
+        self.assertEqual(self.texts("--completed"), ["Buy milk"])
+        # Its row leaves; then the keyboard is on the other todo, which can be changed in its place.
+        time.sleep(1)
+        self.keys("Return")
+        self.type(" today")
+        self.keys("Escape")
+        wait_for(lambda: self.texts() == ["Water plants today"], "the edited todo")
+
+    def test_a_change_from_outside_appears_while_something_is_typed(self):
+        self.korvex("add", "first")
+        self.start_window()
+        self.keys("ctrl+n")
+        self.type("typed ")
+        self.korvex("add", "from outside")
+        time.sleep(1)  # within which the change must appear
+        self.type("here")
+        # The window knows the new todo: two up from the draft stands the first one.
+        self.keys("Up", "Up")
+        self.type("!")
+        self.keys("Escape")
+        wait_for(lambda: self.texts() == ["first!", "from outside", "typed here"],
+                 "all three todos")
+
+    def test_the_board_chosen_last_is_shown_again(self):
+        self.korvex("board", "add", "Work")
+        window = self.start_window()
+        self.keys("ctrl+2", "ctrl+n")
+        self.type("on the second board")
+        self.keys("Escape", "ctrl+q")
+        self.assertEqual(window.wait(PATIENCE), 0)
+        self.start_window()
+        self.keys("ctrl+n")
+        self.type("there again")
+        self.keys("Escape")
+        wait_for(lambda: self.texts("Work") == ["on the second board", "there again"],
+                 "both todos on the board")
+
+    def test_a_second_start_raises_the_first_window(self):
+        window = self.start_window()
+        second = subprocess.run([DESKTOP], env=self.environment, timeout=PATIENCE, check=False)
+        self.assertEqual(second.returncode, 0)
+        self.assertIsNone(window.poll())
+        found = self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
+        self.assertEqual(len(found), 1)
+
+    def test_a_file_that_is_no_store_is_refused_and_kept(self):
+        folder = self.home / "data" / "korvex"
+        folder.mkdir(parents=True)
+        store = folder / "Primary.store"
+        store.write_bytes(b"something else of the user's")
+        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, window)
+        wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
+                 "the window that says so")
+        self.keys("Return")  # on the button that ends it
+        self.assertEqual(window.wait(PATIENCE), 3)
+        self.assertEqual(store.read_bytes(), b"something else of the user's")
+
+
+class WindowWithBusTest(WindowTest):
+    """The same with a session bus, over which the programs tell each other of changes."""
+
+    with_bus = True
+
+
+unittest.main(verbosity=2)
