@@ -63,6 +63,12 @@ struct Watchers {
                 window.showError(*refused);
             }
         }));
+        subscriptions.push_back(
+            workspace.context.didChange().connect([&workspace](const store::ChangeSet& changes) {
+                if (changes.origin == store::ChangeSet::Origin::elsewhere) {
+                    workspace.scheduleClock.scheduleRefresh();
+                }
+            }));
         subscriptions.push_back(time.changed().connect([&workspace] {
             workspace.dates.renew();
             workspace.scheduleClock.scheduleRefresh();
@@ -151,5 +157,11 @@ int main(int argc, char* argv[]) {
     const auto raising = instance.raiseRequested().connect([&] { window.comeForward(); });
     window.showNotices(container->notices());
     window.show();
-    return QApplication::exec();
+    const int status = QApplication::exec();
+    // What a long day left in the journal moves into the store file; where that fails the journal
+    // keeps it.
+    if (const auto refused = ui::refusal([&] { container->checkpoint(); })) {
+        log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
+    }
+    return status;
 }
