@@ -173,6 +173,23 @@ void StoreConnection::openDatabase() {
     m_database = std::make_unique<SQLite::Database>(m_file.path().string(),
                                                     SQLite::OPEN_READWRITE | kNoMutex);
     configure();
+    probeWriting();
+}
+
+void StoreConnection::probeWriting() {
+    // Where a file of the store cannot be opened for writing, SQLite opens it for reading and says
+    // so at the first write only: by then somebody has typed something.
+    if (sqlite3_db_readonly(handle(), "main") == 1) {
+        throw StoreError(StoreErrorCase::inputOutput, "not open for writing");
+    }
+    try {
+        Statement(handle(), "BEGIN IMMEDIATE").run();
+        Statement(handle(), "ROLLBACK").run();
+    } catch (const StoreError& error) {
+        throw StoreError(error.which() == StoreErrorCase::readOnly ? StoreErrorCase::inputOutput
+                                                                   : error.which(),
+                         "not open for writing");
+    }
 }
 
 void StoreConnection::configure() {

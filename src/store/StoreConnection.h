@@ -96,6 +96,7 @@ public:
 private:
     void openDatabase();
     void configure();
+    void probeWriting();
     void noticeMissingChanges();
     void checkpointLongJournal();
 
