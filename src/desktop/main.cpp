@@ -19,12 +19,16 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QTimer>
+
+#include <chrono>
 
 using namespace korvex;
 
 namespace {
 
 constexpr int kStoreUnusable = 3;
+constexpr std::chrono::seconds kLongestStart{2};
 
 std::optional<std::filesystem::path> dataDirectoryArgument(const QApplication& application) {
     QCommandLineParser parser;
@@ -142,12 +146,20 @@ int main(int argc, char* argv[]) {
                                   clock,      preferences, defaults, dates,   log};
     ui::MainWindow window(workspace, theme);
     std::unique_ptr<Watchers> watchers;
-    QObject::connect(&window, &ui::MainWindow::firstPainted, &window, [&] {
-        trace.report("first paint");
+    const auto startWatching = [&] {
+        if (watchers) {
+            return;
+        }
         watchers = std::make_unique<Watchers>(workspace, theme, window);
         scheduleClock.start(*container);
         instance.listen();
+    };
+    QObject::connect(&window, &ui::MainWindow::firstPainted, &window, [&] {
+        trace.report("first paint");
+        startWatching();
     });
+    // A window that starts out of sight, minimised or on another desktop, is not painted.
+    QTimer::singleShot(kLongestStart, &window, startWatching);
     QObject::connect(&application, &QApplication::applicationStateChanged, &window,
                      [&](Qt::ApplicationState state) {
                          if (watchers && state == Qt::ApplicationActive) {

@@ -41,6 +41,17 @@ class Screen:
             self.display = f":{pipe.readline().strip()}"
         self.manager = subprocess.Popen(["openbox"], env=os.environ | {"DISPLAY": self.display},
                                         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        # A window that is there before its manager is taken down and put up again.
+        try:
+            wait_for(self.is_managed, "the window manager")
+        except AssertionError:
+            self.close()
+            raise
+
+    def is_managed(self):
+        asked = subprocess.run(["xdotool", "getactivewindow"], text=True, capture_output=True,
+                               env=os.environ | {"DISPLAY": self.display}, check=False)
+        return "claims not to support" not in asked.stderr
 
     def close(self):
         for process in (self.manager, self.server):
