@@ -306,7 +306,6 @@ void EntryService::discardFailedCreation() {
     // Takes the created entries out of the context and their board and gives every other entry its
     // former place; after a failed save that has been done already.
     m_modelContext->rollback();
-    m_modelContext->processPendingChanges();
 }
 
 void EntryService::todosChanged() {
