@@ -19,6 +19,13 @@ std::uint64_t checksum(std::span<const std::uint8_t> bytes) {
     return value;
 }
 
+std::array<std::uint8_t, 32> sha256(std::string_view text) {
+    std::array<std::uint8_t, crypto_hash_sha256_BYTES> hash{};
+    crypto_hash_sha256(hash.data(), reinterpret_cast<const unsigned char*>(text.data()),
+                       text.size());
+    return hash;
+}
+
 std::string maskHash(std::string_view text) {
     std::array<std::uint8_t, crypto_generichash_BYTES_MIN> hash{};
     crypto_generichash(hash.data(), hash.size(),

@@ -19,6 +19,10 @@ constexpr bool isAscii(char character) {
     return static_cast<unsigned char>(character) < 0x80;
 }
 
+constexpr bool isAscii(char16_t unit) {
+    return unit < 0x80;
+}
+
 /// How many bytes from `offset` on are ASCII.
 std::size_t asciiLength(std::string_view text, std::size_t offset) {
     constexpr std::uint64_t kHighBits = 0x8080808080808080;
@@ -35,12 +39,16 @@ std::size_t asciiLength(std::string_view text, std::size_t offset) {
     return position - offset;
 }
 
-/// A view of UTF-8 as ICU reads it.
+/// A view of UTF-8 or UTF-16 as ICU reads it.
 class OpenText {
 public:
     explicit OpenText(std::string_view text) {
         UErrorCode status = U_ZERO_ERROR;
         utext_openUTF8(&m_text, text.data(), static_cast<std::int64_t>(text.size()), &status);
+    }
+    explicit OpenText(std::u16string_view text) {
+        UErrorCode status = U_ZERO_ERROR;
+        utext_openUChars(&m_text, text.data(), static_cast<std::int64_t>(text.size()), &status);
     }
     ~OpenText() { utext_close(&m_text); }
     OpenText(const OpenText&) = delete;
@@ -69,32 +77,37 @@ icu::BreakIterator& characterBreaks() {
 
 struct Walk {
     std::size_t characters = 0;
-    std::size_t bytes = 0;
+    /// Bytes of UTF-8, units of UTF-16.
+    std::size_t units = 0;
 };
 
-/// Walks over ASCII, where only CRLF is more than one byte, up to the last character before
+/// Walks over ASCII, where only CRLF is more than one unit, up to the last character before
 /// anything else: what follows may join it.
-Walk walkAscii(std::string_view text, std::size_t limit) {
+template <typename Unit>
+Walk walkAscii(std::basic_string_view<Unit> text, std::size_t limit) {
     Walk walk;
-    while (walk.characters < limit && walk.bytes < text.size() && isAscii(text[walk.bytes])) {
-        const auto isPair = text.substr(walk.bytes, 2) == "\r\n";
-        const auto next = walk.bytes + (isPair ? 2 : 1);
+    while (walk.characters < limit && walk.units < text.size() && isAscii(text[walk.units])) {
+        const auto second = walk.units + 1;
+        const auto isPair =
+            text[walk.units] == Unit('\r') && second < text.size() && text[second] == Unit('\n');
+        const auto next = walk.units + (isPair ? 2 : 1);
         if (next < text.size() && !isAscii(text[next])) {
             break;
         }
-        walk.bytes = next;
+        walk.units = next;
         ++walk.characters;
     }
     return walk;
 }
 
 /// Walks over at most `limit` characters and no further into the text than they reach.
-Walk walkCharacters(std::string_view text, std::size_t limit) {
+template <typename Unit>
+Walk walkCharacters(std::basic_string_view<Unit> text, std::size_t limit) {
     auto walk = walkAscii(text, limit);
-    if (walk.characters == limit || walk.bytes == text.size()) {
+    if (walk.characters == limit || walk.units == text.size()) {
         return walk;
     }
-    const auto rest = text.substr(walk.bytes);
+    const auto rest = text.substr(walk.units);
     OpenText open(rest);
     UErrorCode status = U_ZERO_ERROR;
     auto& breaks = characterBreaks();
@@ -102,7 +115,7 @@ Walk walkCharacters(std::string_view text, std::size_t limit) {
     std::int32_t end = 0;
     while (walk.characters < limit && (end = breaks.next()) != icu::BreakIterator::DONE) {
         ++walk.characters;
-        walk.bytes = text.size() - rest.size() + static_cast<std::size_t>(end);
+        walk.units = text.size() - rest.size() + static_cast<std::size_t>(end);
     }
     return walk;
 }
@@ -154,8 +167,12 @@ std::size_t characterCount(std::string_view text, std::size_t limit) {
     return walkCharacters(text, limit).characters;
 }
 
+std::size_t characterCount(std::u16string_view text, std::size_t limit) {
+    return walkCharacters(text, limit).characters;
+}
+
 std::string_view characterPrefix(std::string_view text, std::size_t count) {
-    return text.substr(0, walkCharacters(text, count).bytes);
+    return text.substr(0, walkCharacters(text, count).units);
 }
 
 std::optional<std::size_t> byteOffset(std::string_view text, std::size_t utf16Offset) {

@@ -17,6 +17,8 @@ std::string_view trimmed(std::string_view text);
 /// The number of characters as the user perceives them (extended grapheme clusters), counted no
 /// further than `limit`: the result is `limit` for any text of `limit` characters or more.
 std::size_t characterCount(std::string_view text, std::size_t limit);
+/// The same of UTF-16; surrogates that stand alone count as characters.
+std::size_t characterCount(std::u16string_view text, std::size_t limit);
 
 /// The first `count` characters of `text`, all of it when it is shorter.
 std::string_view characterPrefix(std::string_view text, std::size_t count);

@@ -28,6 +28,14 @@ TEST(Digest, AChecksumSeesEveryBit) {
     EXPECT_EQ(checksum(record), sound);
 }
 
+// The second test vector of FIPS 180-2, which every implementation must give.
+TEST(Digest, Sha256IsTheOneThatOthersCompute) {
+    const auto digest = sha256("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq");
+    EXPECT_EQ(Bytes(digest.begin(), digest.begin() + 8),
+              (Bytes{0x24, 0x8D, 0x6A, 0x61, 0xD2, 0x06, 0x38, 0xB8}));
+    EXPECT_EQ(sha256("")[0], 0xE3);
+}
+
 TEST(Digest, AMaskIsSixteenDigitsOfItsText) {
     const auto mask = maskHash("0F1E2D3C-4B5A-6978-8796-A5B4C3D2E1F0");
     EXPECT_EQ(mask.size(), 16U);

@@ -1,5 +1,7 @@
 #include "base/Text.h"
 
+#include "base/Utf16.h"
+
 #include <gtest/gtest.h>
 
 #include <array>
@@ -73,6 +75,16 @@ TEST(Text, CountsCharactersAsThePersonSeesThem) {
          }) {
         EXPECT_EQ(characterCount(text, kNoLimit), count) << text;
     }
+}
+
+TEST(Text, CountsUtf16Alike) {
+    for (const auto text : {""sv, "plain"sv, "a\r\nb\r"sv, kFamily, kFlag,
+                            "plain e\u0301, and on"sv, "line\r\n\u0301"sv}) {
+        for (const std::size_t limit : {kNoLimit, std::size_t{3}, std::size_t{1}, std::size_t{0}}) {
+            EXPECT_EQ(characterCount(utf16(text), limit), characterCount(text, limit)) << text;
+        }
+    }
+    EXPECT_EQ(characterCount(u"a\xD83D\xD83Dz"sv, kNoLimit), 4U);
 }
 
 TEST(Text, StopsCountingAtTheLimit) {
