@@ -28,11 +28,16 @@ function(korvex_floor name)
     target_link_libraries(korvex_${name} PUBLIC korvex_options ${FLOOR_USES})
 endfunction()
 
-# korvex_test(NAME SOURCES … USES …): a GoogleTest program whose cases CTest lists one by one.
+# korvex_test(NAME SOURCES … USES … [ENVIRONMENT NAME=VALUE]): a GoogleTest program whose cases CTest
+# lists one by one.
 function(korvex_test name)
-    cmake_parse_arguments(TEST "" "" "SOURCES;USES" ${ARGN})
+    cmake_parse_arguments(TEST "" "ENVIRONMENT" "SOURCES;USES" ${ARGN})
     add_executable(${name} ${TEST_SOURCES})
     target_link_libraries(${name} PRIVATE korvex_options ${TEST_USES} GTest::gmock GTest::gtest_main)
     target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
-    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+    set(properties TIMEOUT 120)
+    if(TEST_ENVIRONMENT)
+        list(APPEND properties ENVIRONMENT ${TEST_ENVIRONMENT})
+    endif()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
 endfunction()
