@@ -1,12 +1,12 @@
 #include "app/FileUserDefaults.h"
 
 #include "app/UserFolders.h"
+#include "base/Base64.h"
 #include "base/FileReplacement.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
-#include <sodium.h>
 
 #include <fstream>
 #include <iterator>
@@ -21,34 +21,6 @@ constexpr const char* kBytesMember = "base64";
 
 rapidjson::Value::StringRefType reference(std::string_view text) {
     return {text.data(), static_cast<rapidjson::SizeType>(text.size())};
-}
-
-// libsodium takes no null pointer, which is what an empty vector may have.
-
-std::string base64(const base::Bytes& bytes) {
-    if (bytes.empty()) {
-        return {};
-    }
-    constexpr auto kVariant = sodium_base64_VARIANT_ORIGINAL;
-    // The length counts the closing zero.
-    std::string text(sodium_base64_encoded_len(bytes.size(), kVariant), '\0');
-    sodium_bin2base64(text.data(), text.size(), bytes.data(), bytes.size(), kVariant);
-    text.pop_back();
-    return text;
-}
-
-std::optional<base::Bytes> bytesOfBase64(std::string_view text) {
-    if (text.empty()) {
-        return base::Bytes();
-    }
-    base::Bytes bytes(text.size());
-    std::size_t length = 0;
-    if (sodium_base642bin(bytes.data(), bytes.size(), text.data(), text.size(), nullptr, &length,
-                          nullptr, sodium_base64_VARIANT_ORIGINAL) != 0) {
-        return std::nullopt;
-    }
-    bytes.resize(length);
-    return bytes;
 }
 
 std::string_view view(const rapidjson::Value& string) {
@@ -115,7 +87,7 @@ std::optional<base::Bytes> FileUserDefaults::bytes(std::string_view key) const {
     }
     const auto member = value->FindMember(kBytesMember);
     return member != value->MemberEnd() && member->value.IsString()
-               ? bytesOfBase64(view(member->value))
+               ? base::bytesOfBase64(view(member->value))
                : std::nullopt;
 }
 
@@ -134,7 +106,7 @@ void FileUserDefaults::setBoolean(std::string_view key, bool value) {
 void FileUserDefaults::setBytes(std::string_view key, const base::Bytes& value) {
     change([&](Settings& settings) {
         rapidjson::Value object(rapidjson::kObjectType);
-        object.AddMember(rapidjson::StringRef(kBytesMember), settings.text(base64(value)),
+        object.AddMember(rapidjson::StringRef(kBytesMember), settings.text(base::base64(value)),
                          settings.json.GetAllocator());
         settings.set(key, std::move(object));
     });

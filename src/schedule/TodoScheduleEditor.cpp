@@ -1,7 +1,7 @@
 #include "schedule/TodoScheduleEditor.h"
 
 #include "base/Error.h"
-#include "services/ServiceErrors.h"
+#include "model/ServiceErrors.h"
 
 #include <algorithm>
 #include <utility>
@@ -167,7 +167,7 @@ bool TodoScheduleEditor::save(base::Instant now) {
     try {
         const auto described = schedule();
         if (!described) {
-            throw services::EntryServiceError(services::EntryServiceErrorCase::invalidSchedule);
+            throw model::EntryServiceError(model::EntryServiceErrorCase::invalidSchedule);
         }
         m_onSave(*described);
     } catch (const base::Error& error) {

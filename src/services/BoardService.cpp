@@ -12,6 +12,10 @@
 namespace korvex::services {
 
 using model::Board;
+using model::BoardServiceError;
+using model::BoardServiceErrorCase;
+using model::EntryServiceError;
+using model::EntryServiceErrorCase;
 
 namespace {
 

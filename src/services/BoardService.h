@@ -4,8 +4,8 @@
 #include "base/Log.h"
 #include "model/Board.h"
 #include "model/EntryType.h"
+#include "model/ServiceErrors.h"
 #include "services/Collaborators.h"
-#include "services/ServiceErrors.h"
 #include "store/ModelContext.h"
 
 #include <optional>

@@ -5,6 +5,8 @@
 namespace korvex::services {
 
 using model::Entry;
+using model::EntryServiceError;
+using model::EntryServiceErrorCase;
 
 namespace {
 
@@ -29,6 +31,11 @@ std::vector<Entry*> entriesOf(const model::Board& board, Predicate&& predicate) 
     std::erase_if(entries, [&](const Entry* entry) { return !predicate(*entry); });
     sortInOrder(entries);
     return entries;
+}
+
+std::vector<Entry*>::iterator positionOf(std::vector<Entry*>& entries, const base::Uuid& id) {
+    return std::find_if(entries.begin(), entries.end(),
+                        [&](const Entry* entry) { return entry->id() == id; });
 }
 
 std::size_t indexOf(const base::Uuid& id, std::span<Entry* const> active) {
@@ -110,6 +117,60 @@ void EntryService::numberFrom(std::int64_t first, std::span<Entry* const> entrie
             ++position;
         }
     }
+}
+
+void EntryService::moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
+                             model::EntryPlacement placement, model::Board& board) {
+    const store::LockedStep step(*m_modelContext);
+    validateBoard(board);
+    auto active = activeEntries(board);
+    const auto moved = positionOf(active, id);
+    const auto target = positionOf(active, relativeTo);
+    if (moved == active.end() || target == active.end() || moved == target) {
+        m_log.warning(
+            "Rejected reorder with missing, identical, completed, or cross-board entries");
+        throw EntryServiceError(EntryServiceErrorCase::invalidReorder);
+    }
+    Entry* entry = *moved;
+    active.erase(moved);
+    auto place = positionOf(active, relativeTo);
+    if (placement == model::EntryPlacement::after) {
+        ++place;
+    }
+    active.insert(place, entry);
+    persistOrder(active, board);
+}
+
+void EntryService::moveEntry(const base::Uuid& id, std::int64_t offset, model::Board& board) {
+    const store::LockedStep step(*m_modelContext);
+    validateBoard(board);
+    auto active = activeEntries(board);
+    const auto moved = positionOf(active, id);
+    if (moved == active.end()) {
+        throw EntryServiceError(EntryServiceErrorCase::invalidReorder);
+    }
+    const auto index = moved - active.begin();
+    const auto count = static_cast<std::int64_t>(active.size());
+    // Compared without adding, which could overflow.
+    if (offset == 0 || offset < -index || offset >= count - index) {
+        return;
+    }
+    moveEntry(id, active[static_cast<std::size_t>(index + offset)]->id(),
+              offset > 0 ? model::EntryPlacement::after : model::EntryPlacement::before, board);
+}
+
+void EntryService::normalizeSortOrder(model::Board& board, SaveChanges saveChanges) {
+    if (saveChanges == SaveChanges::no) {
+        assignSortOrder(activeEntries(board), board);
+        return;
+    }
+    const store::LockedStep step(*m_modelContext);
+    validateBoard(board);
+    persistOrder(activeEntries(board), board);
+}
+
+void EntryService::persistOrder(std::span<Entry* const> entries, const model::Board& board) {
+    change([&] { assignSortOrder(entries, board); });
 }
 
 } // namespace korvex::services

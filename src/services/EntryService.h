@@ -3,10 +3,14 @@
 #include "base/Log.h"
 #include "model/Board.h"
 #include "model/Entry.h"
+#include "model/ServiceErrors.h"
+#include "richtext/RichTextSerializer.h"
 #include "services/Collaborators.h"
-#include "services/ServiceErrors.h"
+#include "services/NewEntries.h"
 #include "store/ModelContext.h"
 
+#include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -16,23 +20,12 @@
 
 namespace korvex::services {
 
-/// What `createTodos` makes: one open todo per element of `contents`.
-struct NewTodos {
-    std::vector<std::string> contents;
-    model::Board& board;
-    std::optional<base::Uuid> after = std::nullopt;
-    /// Decides when both are given; with neither the todos go to the end.
-    std::optional<base::Uuid> before = std::nullopt;
-    base::Instant now;
-    model::TodoSchedule schedule = {};
-};
-
 enum class CompactOrder { no, yes };
 
 /// The one writer of entries. A value over its context and collaborators, which must outlive it; it
 /// keeps nothing between calls. Every operation is one locked step that checks everything first,
-/// saves once, and on failure leaves records and store as they were. Throws EntryServiceError or
-/// StoreError. Main thread.
+/// saves once, and on failure leaves records and store as they were. Throws EntryServiceError,
+/// RichTextSerializationError or StoreError. Main thread.
 class EntryService {
 public:
     EntryService(store::ModelContext& context, ReminderReconciling& reminders,
@@ -40,6 +33,11 @@ public:
 
     /// The created todos, in order. One blank or too long content rejects the whole batch.
     std::vector<model::Entry*> createTodos(const NewTodos& todos);
+    model::Entry& createText(const NewText& text);
+    /// The entry keeps `before`; the new one, which is returned, holds `after` and stands directly
+    /// behind it. Neither may be empty.
+    model::Entry& splitText(model::Entry& entry, const richtext::AttributedString& before,
+                            const richtext::AttributedString& after, base::Instant now);
 
     /// Already completed: nothing happens. `completedAt` defaults to `now`.
     void completeTodo(model::Entry& entry, base::Instant now,
@@ -51,6 +49,17 @@ public:
     void updateTodo(model::Entry& entry, std::string_view content, base::Instant now);
     void updateSchedule(model::Entry& entry, const model::TodoSchedule& schedule,
                         base::Instant now);
+    /// A text of which nothing but white space is left is deleted.
+    void updateText(model::Entry& entry, const richtext::AttributedString& rich, base::Instant now);
+    /// A text becomes a todo of one line, without its formatting. A todo becomes a text that was
+    /// never completed; its schedule and its attachments sleep until it is a todo again.
+    void changeType(model::Entry& entry, model::EntryType type, base::Instant now);
+
+    void deleteEntry(model::Entry& entry);
+    /// All or none of them.
+    void deleteEntries(std::span<model::Entry* const> entries);
+    /// Everything on the board, completed todos too.
+    void deleteEntries(model::Board& board);
 
     /// Drag within a board: directly before or after the target.
     void moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
@@ -93,27 +102,59 @@ public:
                          const std::optional<base::Instant>& previousReminder, base::Instant now);
 
 private:
+    /// A text as an entry keeps it.
+    struct StoredText {
+        std::string content;
+        base::Bytes richTextData;
+    };
     /// What appending to a board needs to know of it.
     struct Appending {
         std::int64_t activeCount = 0;
         std::vector<model::Entry*> completed;
     };
+    /// Where new entries go on a board: among its active entries, or behind all of them.
+    struct Place {
+        std::vector<model::Entry*> active;
+        std::size_t index = 0;
+        std::optional<Appending> appending;
+    };
+
+    /// Absent when nothing but white space is left of it; throws `contentTooLong`.
+    std::optional<StoredText> stored(const richtext::AttributedString& rich) const;
+    static void setText(model::Entry& entry, StoredText text, base::Instant now);
 
     /// Answers that from the store without making records of all active entries: a capture into a
     /// long board reads no more than it must. Absent when the board is loaded anyway, or when its
     /// order is not dense and all entries must be numbered anew.
     std::optional<Appending> appendingUnloaded(const model::Board& board) const;
+    Place place(const std::optional<base::Uuid>& after, const std::optional<base::Uuid>& before,
+                const model::Board& board) const;
+    /// With a new identifier, and no number yet.
+    model::Entry& insert(model::EntryFields fields, model::Board& board);
+    model::Entry& insertText(StoredText text, model::Board& board, base::Instant now);
+    static void number(std::span<model::Entry* const> created, Place place,
+                       const model::Board& board);
+
     model::Entry& persisted(model::Entry& entry) const;
-    model::Entry& persistedTodo(model::Entry& entry) const;
+    model::Entry& persisted(model::Entry& entry, model::EntryType type) const;
     void persistOrder(std::span<model::Entry* const> entries, const model::Board& board);
+    void becomeTodo(model::Entry& entry, base::Instant now);
+    void becomeText(model::Entry& entry, base::Instant now);
+    /// Deletes them, closes the gaps on their boards and saves.
+    void remove(std::span<model::Entry* const> entries);
+    /// Makes the change and saves it. Whatever fails, all of it is taken back: created entries
+    /// leave the context and their board, every other entry gets its former fields and place.
+    void change(const std::function<void()>& makeChange);
     void save();
-    void discardFailedCreation();
     void todosChanged();
+    /// One line about one entry, whose identifier is masked.
+    void logDone(std::string_view what, const base::Uuid& id) const;
 
     store::ModelContext* m_modelContext;
     ReminderReconciling* m_reminders;
     WidgetReloading* m_widgets;
     base::Logger m_log;
+    richtext::RichTextSerializer m_serializer;
 };
 
 } // namespace korvex::services

@@ -6,10 +6,10 @@ namespace korvex::tests {
 
 using model::Board;
 using model::BoardFields;
+using model::BoardServiceErrorCase;
 using model::EntryPlacement;
+using model::EntryServiceErrorCase;
 using services::BoardService;
-using services::BoardServiceErrorCase;
-using services::EntryServiceErrorCase;
 using testing::ElementsAre;
 
 class BoardServiceTest : public ServiceFixture {

@@ -6,10 +6,10 @@ namespace korvex::tests {
 
 using model::Entry;
 using model::EntryPlacement;
+using model::EntryServiceErrorCase;
 using model::TodoSchedule;
 using services::CompactOrder;
 using services::EntryService;
-using services::EntryServiceErrorCase;
 using testing::ElementsAre;
 
 class EntryServiceTest : public ServiceFixture {};

@@ -80,10 +80,10 @@ protected:
     }
 
     template <typename Work>
-    std::optional<services::EntryServiceErrorCase> entryRefusal(Work&& work) {
+    std::optional<model::EntryServiceErrorCase> entryRefusal(Work&& work) {
         try {
             work();
-        } catch (const services::EntryServiceError& error) {
+        } catch (const model::EntryServiceError& error) {
             EXPECT_FALSE(context->hasChanges());
             return error.which();
         }
@@ -91,10 +91,10 @@ protected:
     }
 
     template <typename Work>
-    std::optional<services::BoardServiceErrorCase> boardRefusal(Work&& work) {
+    std::optional<model::BoardServiceErrorCase> boardRefusal(Work&& work) {
         try {
             work();
-        } catch (const services::BoardServiceError& error) {
+        } catch (const model::BoardServiceError& error) {
             EXPECT_FALSE(context->hasChanges());
             return error.which();
         }

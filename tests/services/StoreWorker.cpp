@@ -1,5 +1,6 @@
 #include "base/Log.h"
 #include "model/SchemaVersions.h"
+#include "richtext/RichTextSerializer.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 
@@ -18,8 +19,9 @@ using services::EntryService;
 
 namespace {
 
-/// A program of its own on the store: creates, completes, restores, edits and moves at random, and
-/// writes down each identifier it was told is stored.
+/// A program of its own on the store: creates, completes, restores, edits, moves and splits entries
+/// at random, changes their types and deletes some. Writes down each identifier that it was told is
+/// stored, and with a minus before it each that it is about to delete.
 class Worker {
 public:
     Worker(const std::filesystem::path& storeFile, const base::Uuid& board, unsigned seed,
@@ -47,12 +49,18 @@ public:
                 return;
             }
             Entry& entry = *active[pick(active.size())];
-            switch (pick(4)) {
+            switch (pick(6)) {
             case 0:
                 return m_entries.completeTodo(entry, {double(number)});
             case 1:
-                return m_entries.updateTodo(entry, "edited " + std::to_string(number), {1});
+                return edit(entry, "edited " + std::to_string(number));
             case 2:
+                return m_entries.changeType(
+                    entry, entry.isTodo() ? model::EntryType::text : model::EntryType::todo, {1});
+            case 3:
+                m_journal << '-' << entry.id().text() << std::endl;
+                return m_entries.deleteEntry(entry);
+            case 4:
                 return m_entries.moveEntry(entry.id(), active[pick(active.size())]->id(),
                                            model::EntryPlacement::after, *m_board);
             default: {
@@ -62,12 +70,23 @@ public:
                 }
             }
             }
-        } catch (const services::EntryServiceError&) {
+        } catch (const model::EntryServiceError&) {
             // The other program completed or moved it meanwhile: refused, as it should be.
         }
     }
 
 private:
+    void edit(Entry& entry, const std::string& text) {
+        const auto plain = richtext::RichTextSerializer::plainRichText(text);
+        if (entry.isTodo()) {
+            m_entries.updateTodo(entry, text, {1});
+        } else if (m_random() % 2 == 0) {
+            m_entries.updateText(entry, plain, {1});
+        } else {
+            m_journal << m_entries.splitText(entry, plain, plain, {1}).id().text() << std::endl;
+        }
+    }
+
     base::StandardErrorLog m_log{base::LogLevel::error};
     services::NoReminders m_reminders;
     services::NoWidgets m_widgets;

@@ -7,6 +7,7 @@
 
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
+#include "richtext/RichTextSerializer.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
@@ -75,10 +76,16 @@ std::string state(Program& program) {
         });
         for (const model::Entry* entry : entries) {
             text << ' ' << entry->sortOrder() << (entry->isCompleted() ? '+' : '-')
-                 << entry->content() << '@' << entry->updatedAt().seconds;
+                 << entry->typeRawValue() << ':' << entry->content() << '/'
+                 << entry->richTextData().value_or(base::Bytes()).size() << '@'
+                 << entry->updatedAt().seconds;
         }
     }
     return text.str();
+}
+
+richtext::AttributedString plain(std::string_view text) {
+    return richtext::RichTextSerializer::plainRichText(text);
 }
 
 void createStore(Program& program) {
@@ -93,6 +100,10 @@ void prepare(Program& program) {
     }
     program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
     program.entries().completeTodo(*program.todos().at(3), kNow);
+    program.entries().createText({.rich = plain("a text of two halves"),
+                                  .board = program.inbox(),
+                                  .before = program.todos().at(1)->id(),
+                                  .now = kNow});
 }
 
 /// In front, so that every other entry is renumbered.
@@ -111,6 +122,22 @@ void reorder(Program& program) {
     const auto todos = program.todos();
     program.entries().moveEntry(todos.back()->id(), todos.front()->id(),
                                 model::EntryPlacement::before, program.inbox());
+}
+
+/// One entry changes, one is new, and those behind them are renumbered.
+void split(Program& program) {
+    model::Entry& text = *services::EntryService::activeEntries(program.inbox()).at(1);
+    program.entries().splitText(text, plain("a text"), plain("of two halves"), kLater);
+}
+
+/// A completed todo leaves its place among the others.
+void changeType(Program& program) {
+    model::Entry& todo = *services::EntryService::completedTodos(program.inbox()).front();
+    program.entries().changeType(todo, model::EntryType::text, kLater);
+}
+
+void remove(Program& program) {
+    program.entries().deleteEntry(*program.todos().front());
 }
 
 /// A unit of work by hand: changed, inserted and deleted records in one save, which stay pending
@@ -139,9 +166,11 @@ void checkpoint(Program& program) {
 
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
-    {"prepare", prepare},       {"create-store", createStore}, {"create", create},
-    {"complete", complete},     {"reorder", reorder},          {"save", save},
-    {"checkpoint", checkpoint},
+    {"prepare", prepare}, {"create-store", createStore},
+    {"create", create},   {"complete", complete},
+    {"reorder", reorder}, {"split", split},
+    {"type", changeType}, {"delete", remove},
+    {"save", save},       {"checkpoint", checkpoint},
 };
 
 /// Whether it succeeded; a refusal is said.

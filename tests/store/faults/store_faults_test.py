@@ -23,7 +23,8 @@ WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,lin
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
 OPENING = "open,openat"
 ERRORS = ("ENOSPC", "EIO", "EROFS")
-OPERATIONS = ("create-store", "create", "complete", "reorder", "save", "checkpoint")
+OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "save",
+              "checkpoint")
 # In a folder of its own, which a new store makes.
 DATA = "data"
 STORE = "Primary.store"

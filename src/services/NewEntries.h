@@ -1,0 +1,36 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "base/Uuid.h"
+#include "model/Board.h"
+#include "model/TodoSchedule.h"
+#include "richtext/AttributedString.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex::services {
+
+/// What `EntryService::createTodos` makes: one open todo per element of `contents`.
+struct NewTodos {
+    std::vector<std::string> contents;
+    model::Board& board;
+    std::optional<base::Uuid> after = std::nullopt;
+    /// Decides when both are given; with neither the todos go to the end.
+    std::optional<base::Uuid> before = std::nullopt;
+    base::Instant now;
+    model::TodoSchedule schedule = {};
+};
+
+/// What `EntryService::createText` makes: one text entry.
+struct NewText {
+    richtext::AttributedString rich;
+    model::Board& board;
+    std::optional<base::Uuid> after = std::nullopt;
+    /// Decides when both are given; with neither the entry goes to the end.
+    std::optional<base::Uuid> before = std::nullopt;
+    base::Instant now;
+};
+
+} // namespace korvex::services
