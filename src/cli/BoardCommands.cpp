@@ -56,10 +56,10 @@ void printRecord(Session& session, const model::Board& board) {
 ExitStatus add(Session& session, const AddOptions& options) {
     // Refused before the board is made: a board without its icon is not what was asked for.
     if (options.icon && !model::boardIcon(*options.icon)) {
-        throw services::BoardServiceError(services::BoardServiceErrorCase::invalidIcon);
+        throw model::BoardServiceError(model::BoardServiceErrorCase::invalidIcon);
     }
     if (options.color && !model::boardIconColor(*options.color)) {
-        throw services::BoardServiceError(services::BoardServiceErrorCase::invalidIconColor);
+        throw model::BoardServiceError(model::BoardServiceErrorCase::invalidIconColor);
     }
     const store::LockedStep step(session.context());
     auto& board = session.boards().createBoard(options.name, session.now());

@@ -77,6 +77,8 @@ ParsedArguments parse(std::vector<std::string> arguments) {
     program.add_flag("--json", parsed.options.json, "Print one JSON document, for other programs");
     program.set_version_flag("--version", "korvex " KORVEX_VERSION, "Shows the version");
     addListCommands(program, parsed.action);
+    addCreationCommands(program, parsed.action);
+    addTextCommands(program, parsed.action);
     addEntryCommands(program, parsed.action);
     addBoardCommands(program, parsed.action);
     addStoreCommands(program, parsed.action);

@@ -19,6 +19,8 @@ using Action = std::function<ExitStatus(Session&)>;
 // must outlive the parsing.
 void addBoardCommands(CLI::App& program, Action& chosen);
 void addListCommands(CLI::App& program, Action& chosen);
+void addCreationCommands(CLI::App& program, Action& chosen);
+void addTextCommands(CLI::App& program, Action& chosen);
 void addEntryCommands(CLI::App& program, Action& chosen);
 void addStoreCommands(CLI::App& program, Action& chosen);
 

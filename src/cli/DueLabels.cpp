@@ -6,7 +6,8 @@ namespace korvex::cli {
 
 std::string_view DueLabels::label(const model::Entry& entry) {
     const auto schedule = entry.schedule();
-    if (schedule.isEmpty()) {
+    // A text entry may keep the schedule of the todo that it was: it is due no more.
+    if (schedule.isEmpty() || !entry.isTodo()) {
         return {};
     }
     const auto made = [&] {

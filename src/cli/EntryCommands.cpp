@@ -1,13 +1,10 @@
 #include "cli/Commands.h"
 
 #include "cli/CommandDefinition.h"
-#include "cli/Json.h"
+#include "cli/EntryOutput.h"
 #include "cli/Lookup.h"
 #include "cli/Options.h"
 #include "cli/Session.h"
-#include "cli/StandardInput.h"
-
-#include "base/Text.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -15,22 +12,6 @@
 namespace korvex::cli {
 
 namespace {
-
-constexpr const char* kEntryHelp =
-    "The todo, by its identifier or the first 4 or more characters of it";
-
-struct AddOptions {
-    std::vector<std::string> texts;
-    std::optional<std::string> board;
-    std::optional<std::string> after;
-    std::optional<std::string> before;
-    ScheduleOptions schedule;
-};
-
-struct EditOptions {
-    std::string entry;
-    std::string text;
-};
 
 struct RescheduleOptions {
     std::string entry;
@@ -47,88 +28,18 @@ struct RestoreOptions {
     std::optional<std::int64_t> position;
 };
 
+struct DeleteOptions {
+    std::vector<std::string> entries;
+    std::optional<std::string> allOf;
+    bool isConfirmed = false;
+};
+
 struct MoveOptions {
     std::string entry;
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::optional<std::int64_t> by;
 };
-
-void printRecord(Session& session, const model::Entry& entry) {
-    if (session.wantsJson()) {
-        DueLabels labels(session);
-        Json(session.output()).entry(entry, labels);
-    }
-}
-
-void printRecords(Session& session, std::span<model::Entry* const> entries) {
-    if (session.wantsJson()) {
-        DueLabels labels(session);
-        Json(session.output()).entries(entries, labels);
-    }
-}
-
-void appendInputLines(Session& session, std::vector<std::string>& contents) {
-    const auto input = readAll(session.environment().inputDescriptor);
-    std::size_t number = 0;
-    base::forEachLine(input, [&](std::string_view line) {
-        ++number;
-        if (!base::isValidUtf8(line)) {
-            throw refusal("Line " + std::to_string(number) +
-                          " of standard input is not valid UTF-8 text. Nothing was added.");
-        }
-        if (!base::trimmed(line).empty()) {
-            contents.emplace_back(line);
-        }
-    });
-}
-
-ExitStatus add(Session& session, const AddOptions& options) {
-    // Everything typed is understood before the store is opened: opening may create it.
-    const auto schedule = readSchedule(options.schedule, session);
-    std::vector<std::string> contents;
-    for (const auto& text : options.texts) {
-        if (text == "-") {
-            appendInputLines(session, contents);
-        } else {
-            contents.push_back(text);
-        }
-    }
-    const auto target = [&](const std::optional<std::string>& typed) {
-        return typed ? std::optional(findTarget(session, *typed)) : std::nullopt;
-    };
-    const auto after = target(options.after);
-    const auto before = target(options.before);
-    // Beside another entry means on its board, unless a board was named.
-    model::Board* board = nullptr;
-    if (const auto& beside = before ? before : after; beside && !options.board) {
-        const auto* entry = session.context().find<model::Entry>(*beside);
-        board = entry != nullptr ? entry->board() : nullptr;
-    }
-    const auto todos = session.entries().createTodos({
-        .contents = std::move(contents),
-        .board = board != nullptr ? *board : findBoardOrInbox(session, options.board),
-        .after = after,
-        .before = before,
-        .now = session.now(),
-        .schedule = schedule,
-    });
-    printRecords(session, todos);
-    if (!session.wantsJson()) {
-        for (const auto* todo : todos) {
-            session.output().write(todo->id().text());
-            session.output().put('\n');
-        }
-    }
-    return ExitStatus::done;
-}
-
-ExitStatus edit(Session& session, const EditOptions& options) {
-    auto& entry = findEntry(session, options.entry);
-    session.entries().updateTodo(entry, options.text, session.now());
-    printRecord(session, entry);
-    return ExitStatus::done;
-}
 
 ExitStatus reschedule(Session& session, const RescheduleOptions& options) {
     if (options.clear != options.schedule.isEmpty()) {
@@ -146,7 +57,7 @@ ExitStatus reschedule(Session& session, const RescheduleOptions& options) {
 void completeAll(Session& session, std::span<model::Entry* const> entries) {
     const auto isTodo = [](const auto* entry) { return entry->isTodo(); };
     if (!std::all_of(entries.begin(), entries.end(), isTodo)) {
-        throw services::EntryServiceError(services::EntryServiceErrorCase::entryUnavailable);
+        throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
     }
     std::unordered_set<const model::Entry*> lastOfBoard;
     std::unordered_set<const model::Board*> seen;
@@ -162,15 +73,22 @@ void completeAll(Session& session, std::span<model::Entry* const> entries) {
     }
 }
 
-ExitStatus complete(Session& session, const CompleteOptions& options) {
-    const store::LockedStep step(session.context());
+/// Each of them once.
+std::vector<model::Entry*> findEntries(Session& session, const std::vector<std::string>& typed) {
     std::vector<model::Entry*> entries;
-    for (const auto& typed : options.entries) {
-        auto* entry = &findEntry(session, typed);
-        if (std::find(entries.begin(), entries.end(), entry) == entries.end()) {
+    std::unordered_set<const model::Entry*> known;
+    for (const auto& each : typed) {
+        auto* entry = &findEntry(session, each);
+        if (known.insert(entry).second) {
             entries.push_back(entry);
         }
     }
+    return entries;
+}
+
+ExitStatus complete(Session& session, const CompleteOptions& options) {
+    const store::LockedStep step(session.context());
+    const auto entries = findEntries(session, options.entries);
     completeAll(session, entries);
     printRecords(session, entries);
     return ExitStatus::done;
@@ -190,7 +108,7 @@ ExitStatus move(Session& session, const MoveOptions& options) {
     auto& entry = findEntry(session, options.entry);
     auto* board = entry.board();
     if (board == nullptr) {
-        throw services::EntryServiceError(services::EntryServiceErrorCase::entryUnavailable);
+        throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
     }
     if (options.by) {
         session.entries().moveEntry(entry.id(), *options.by, *board);
@@ -204,28 +122,43 @@ ExitStatus move(Session& session, const MoveOptions& options) {
     return ExitStatus::done;
 }
 
+void removeAllOf(Session& session, model::Board& board, bool isConfirmed) {
+    const auto entries = board.entries();
+    if (!isConfirmed) {
+        const auto completed = std::count_if(entries.begin(), entries.end(), [](const auto* entry) {
+            return entry->isTodo() && entry->isCompleted();
+        });
+        throw refusal("This permanently deletes all " + std::to_string(entries.size()) +
+                      " entries of " + board.name() +
+                      ". Completed todos to delete: " + std::to_string(completed) +
+                      ". This can’t be undone. Add --yes to delete them.");
+    }
+    session.entries().deleteEntries(board);
+    printRecords(session, entries);
+}
+
+ExitStatus remove(Session& session, const DeleteOptions& options) {
+    if (options.allOf.has_value() != options.entries.empty()) {
+        throw wrongUsage("Say what to delete: ID… or --all BOARD.");
+    }
+    const store::LockedStep step(session.context());
+    if (options.allOf) {
+        removeAllOf(session, findBoard(session, *options.allOf), options.isConfirmed);
+        return ExitStatus::done;
+    }
+    const auto entries = findEntries(session, options.entries);
+    session.entries().deleteEntries(entries);
+    // As they were.
+    printRecords(session, entries);
+    return ExitStatus::done;
+}
+
 } // namespace
 
 void addEntryCommands(CLI::App& program, Action& chosen) {
-    const auto added =
-        addCommand(program, "add", "Adds todos and prints their identifiers", chosen, add);
-    addTexts(added.parser, "TEXT", added.options->texts,
-             "A todo's text; - stands for standard input, one todo a line");
-    addText(added.parser, "--board", "BOARD", added.options->board,
-            "The board that gets them, by name or identifier; the Inbox when it is left out");
-    addScheduleOptions(added.parser, added.options->schedule);
-    auto* after = addText(added.parser, "--after", "ID", added.options->after,
-                          "Directly after this entry, instead of at the end");
-    addText(added.parser, "--before", "ID", added.options->before, "Directly before this entry")
-        ->excludes(after);
-
-    const auto edited = addCommand(program, "edit", "Gives a todo another text", chosen, edit);
-    addText(edited.parser, "ID", "ID", edited.options->entry, kEntryHelp)->required();
-    addText(edited.parser, "TEXT", "TEXT", edited.options->text, "Its new text")->required();
-
     const auto scheduled = addCommand(
         program, "schedule", "Replaces a todo's due date and reminder", chosen, reschedule);
-    addText(scheduled.parser, "ID", "ID", scheduled.options->entry, kEntryHelp)->required();
+    addText(scheduled.parser, "ID", "ID", scheduled.options->entry, kTodoHelp)->required();
     const auto options = addScheduleOptions(scheduled.parser, scheduled.options->schedule);
     scheduled.parser
         .add_flag("--clear", scheduled.options->clear, "Neither due nor to be reminded of")
@@ -234,11 +167,11 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
         ->excludes(options.remind);
 
     const auto completed = addCommand(program, "complete", "Completes todos", chosen, complete);
-    addTexts(completed.parser, "ID", completed.options->entries, kEntryHelp);
+    addTexts(completed.parser, "ID", completed.options->entries, kTodoHelp);
 
     const auto restored =
         addCommand(program, "restore", "Makes a completed todo open again", chosen, restore);
-    addText(restored.parser, "ID", "ID", restored.options->entry, kEntryHelp)->required();
+    addText(restored.parser, "ID", "ID", restored.options->entry, kTodoHelp)->required();
     restored.parser
         .add_option("--position", restored.options->position,
                     "Its place among the board's entries, from 0; the end when it is left out")
@@ -256,6 +189,14 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
         ->type_name("N")
         ->excludes(movedBefore)
         ->excludes(movedAfter);
+
+    const auto removed = addCommand(program, "delete", "Deletes entries, for good", chosen, remove);
+    addTexts(removed.parser, "ID", removed.options->entries, kEntryHelp)->required(false);
+    addText(removed.parser, "--all", "BOARD", removed.options->allOf,
+            "All entries of this board, completed todos too");
+    removed.parser.add_flag("--yes", removed.options->isConfirmed,
+                            "With --all: delete them; without this the command only says what "
+                            "would be lost");
 }
 
 } // namespace korvex::cli

@@ -37,6 +37,11 @@ void Json::board(const model::Board& board) {
 
 void Json::entry(const model::Entry& entry, DueLabels& labels) {
     beginObject();
+    entryMembers(entry, labels);
+    endObject();
+}
+
+void Json::entryMembers(const model::Entry& entry, DueLabels& labels) {
     member("id", entry.id());
     member("type", model::rawValue(entry.type()));
     member("content", std::string_view(entry.content()));
@@ -53,7 +58,6 @@ void Json::entry(const model::Entry& entry, DueLabels& labels) {
     if (const auto label = labels.label(entry); !label.empty()) {
         member("dueLabel", label);
     }
-    endObject();
 }
 
 void Json::boards(std::span<model::Board* const> boards) {
@@ -80,6 +84,11 @@ void Json::member(std::string_view name, std::string_view value) {
 void Json::member(std::string_view name, std::int64_t value) {
     key(name);
     integer(value);
+}
+
+void Json::member(std::string_view name, double value) {
+    key(name);
+    m_writer.Double(value);
 }
 
 void Json::flag(std::string_view name, bool value) {

@@ -41,18 +41,24 @@ public:
     void key(std::string_view name);
     void text(std::string_view value);
     void integer(std::int64_t value) { m_writer.Int64(value); }
+    void number(double value) { m_writer.Double(value); }
+    void null() { m_writer.Null(); }
 
     /// The stored fields under their names; absent ones are left out.
     void board(const model::Board& board);
     /// The same, with its board's identifier as `boardID` and its due label as `dueLabel`.
     void entry(const model::Entry& entry, DueLabels& labels);
+    /// The members of that object alone.
+    void entryMembers(const model::Entry& entry, DueLabels& labels);
     void boards(std::span<model::Board* const> boards);
     void entries(std::span<model::Entry* const> entries, DueLabels& labels);
 
-private:
     void member(std::string_view name, std::string_view value);
     void member(std::string_view name, std::int64_t value);
+    void member(std::string_view name, double value);
     void flag(std::string_view name, bool value);
+
+private:
     void member(std::string_view name, const base::Uuid& value);
     void member(std::string_view name, base::Instant value);
     template <typename T>

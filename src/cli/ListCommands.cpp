@@ -6,7 +6,11 @@
 #include "cli/ListText.h"
 #include "cli/Lookup.h"
 #include "cli/Options.h"
+#include "cli/RichTextJson.h"
 #include "cli/Session.h"
+
+#include "model/EntryContentLimit.h"
+#include "richtext/EntryText.h"
 
 namespace korvex::cli {
 
@@ -73,26 +77,72 @@ ExitStatus list(Session& session, const ListOptions& options) {
     return ExitStatus::done;
 }
 
-ExitStatus show(Session& session, const ShowOptions& options) {
-    const auto asText = options.form == "text";
-    const auto asJson = options.form == "json" || (!options.form && session.wantsJson());
-    if (options.form && !asText && !asJson) {
-        throw wrongUsage("--as takes text or json.");
+enum class Form { all, text, rtf, json };
+
+Form readForm(const Session& session, const std::optional<std::string>& typed) {
+    if (!typed) {
+        return session.wantsJson() ? Form::json : Form::all;
     }
-    if (asText && session.wantsJson()) {
-        throw wrongUsage("--json and --as text do not go together.");
+    if (*typed == "json") {
+        return Form::json;
     }
-    const auto& entry = findEntry(session, options.entry);
-    if (asJson) {
-        DueLabels labels(session);
-        Json(session.output()).entry(entry, labels);
-    } else if (asText) {
-        // Into a file or a pipe exactly what is stored; a terminal gets no control characters.
-        session.output().write(session.terminal().isPresent ? inLines(entry.content())
-                                                            : entry.content());
-        session.output().put('\n');
+    if (*typed != "text" && *typed != "rtf") {
+        throw wrongUsage("--as takes text, rtf or json.");
+    }
+    if (session.wantsJson()) {
+        throw wrongUsage("--json and --as " + *typed + " do not go together.");
+    }
+    return *typed == "rtf" ? Form::rtf : Form::text;
+}
+
+/// Into a file or a pipe exactly this; a terminal gets no control characters.
+void writeText(Session& session, std::string_view text) {
+    if (session.terminal().isPresent) {
+        session.output().write(inLines(text));
     } else {
+        session.output().write(text);
+    }
+}
+
+/// The stored bytes of a text, or what they would be.
+void printRtf(Session& session, const model::Entry& entry) {
+    const auto& stored = entry.richTextData();
+    const auto rtf = !entry.isTodo() && stored && !stored->empty()
+                         ? *stored
+                         : session.serializer().encode(
+                               richtext::RichTextSerializer::plainRichText(entry.content()));
+    writeText(session, {reinterpret_cast<const char*>(rtf.data()), rtf.size()});
+}
+
+void printJson(Session& session, const model::Entry& entry) {
+    DueLabels labels(session);
+    Json json(session.output());
+    json.beginObject();
+    json.entryMembers(entry, labels);
+    // Of a text over the limits there is only a preview with its formatting.
+    if (!entry.isTodo() && model::EntryContentLimit::allows(entry.content())) {
+        writeRichText(json, richtext::richText(entry, session.serializer()));
+    }
+    json.endObject();
+}
+
+ExitStatus show(Session& session, const ShowOptions& options) {
+    const auto form = readForm(session, options.form);
+    const auto& entry = findEntry(session, options.entry);
+    switch (form) {
+    case Form::all:
         printEntry(session, entry);
+        break;
+    case Form::text:
+        writeText(session, textOf(session, entry));
+        session.output().put('\n');
+        break;
+    case Form::rtf:
+        printRtf(session, entry);
+        break;
+    case Form::json:
+        printJson(session, entry);
+        break;
     }
     return ExitStatus::done;
 }
@@ -116,11 +166,13 @@ void addListCommands(CLI::App& program, Action& chosen) {
                               "The completed todos instead, the latest first");
 
     const auto shown = addCommand(program, "show", "Shows all about one entry", chosen, show);
-    addText(shown.parser, "ID", "ID", shown.options->entry,
-            "The entry, by its identifier or the first 4 or more characters of it")
-        ->required();
-    addText(shown.parser, "--as", "FORM", shown.options->form,
-            "text: only its text, as it is stored; json: all its fields");
+    addText(shown.parser, "ID", "ID", shown.options->entry, kEntryHelp)->required();
+    addText(shown.parser, "--as", "text|rtf|json", shown.options->form,
+            "text: only its text; rtf: its formatted text, as it is stored; json: all its fields, "
+            "and of a text entry its runs and paragraphs too");
+    shown.parser.footer(
+        "A text entry is shown as lines: items of a list begin with their markers, a row of a\n"
+        "table is one line with \" | \" between its cells.");
 }
 
 void printInbox(Session& session) {

@@ -3,7 +3,12 @@
 #include "cli/DisplayText.h"
 #include "cli/DueLabels.h"
 #include "cli/Lookup.h"
+#include "cli/ReadableText.h"
 #include "cli/Session.h"
+
+#include "base/Text.h"
+#include "model/EntryContentLimit.h"
+#include "richtext/EntryText.h"
 
 #include <algorithm>
 #include <string>
@@ -46,7 +51,7 @@ std::string moment(Session& session, std::optional<base::Instant> instant) {
 
 /// Only color says so, so without it the calendar need not be asked.
 std::string_view labelStyle(Session& session, const model::Entry& entry) {
-    const auto isLate = session.terminal().hasColor && !entry.isCompleted() &&
+    const auto isLate = session.terminal().hasColor && entry.isTodo() && !entry.isCompleted() &&
                         entry.schedule().hasDue() &&
                         entry.schedule().isOverdue(session.now(), session.calendar());
     return isLate ? kRed : std::string_view();
@@ -55,7 +60,7 @@ std::string_view labelStyle(Session& session, const model::Entry& entry) {
 /// The text from the column where it begins.
 void printText(Session& session, const model::Entry& entry, std::size_t column) {
     auto& output = session.output();
-    const auto text = onOneLine(entry.content());
+    const auto text = onOneLine(base::trimmed(entry.content()));
     const auto& terminal = session.terminal();
     if (!terminal.isPresent || terminal.width < column + kNarrowestText) {
         output.write(text);
@@ -129,16 +134,29 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
     }
 }
 
+std::string textOf(const Session& session, const model::Entry& entry) {
+    // Of a text over the limits there is only a preview with its formatting.
+    if (entry.isTodo() || !model::EntryContentLimit::allows(entry.content())) {
+        return entry.content();
+    }
+    return readableText(richtext::richText(entry, session.serializer()));
+}
+
 void printEntry(Session& session, const model::Entry& entry) {
     auto& output = session.output();
-    output.write(inLines(entry.content()));
+    auto text = inLines(textOf(session, entry));
+    text.resize(text.find_last_not_of('\n') + 1);
+    output.write(text);
     output.write("\n\n");
-    DueLabels dueLabels(session);
-    const auto hasDue = entry.schedule().hasDue();
     printFact(session, "Board", entry.board() != nullptr ? entry.board()->name() : "");
-    printFact(session, "Due", hasDue ? dueLabels.label(entry) : "");
-    printFact(session, "Reminder", moment(session, entry.reminderDate()));
-    printFact(session, "Completed", moment(session, entry.completedAt()));
+    // A text entry may keep what it was as a todo: it sleeps.
+    if (entry.isTodo()) {
+        DueLabels dueLabels(session);
+        const auto hasDue = entry.schedule().hasDue();
+        printFact(session, "Due", hasDue ? dueLabels.label(entry) : "");
+        printFact(session, "Reminder", moment(session, entry.reminderDate()));
+        printFact(session, "Completed", moment(session, entry.completedAt()));
+    }
     printFact(session, "Created", moment(session, entry.createdAt()));
     printFact(session, "Changed", moment(session, entry.updatedAt()));
     printFact(session, "Identifier", entry.id().text());

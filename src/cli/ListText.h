@@ -3,6 +3,7 @@
 #include "model/Entry.h"
 
 #include <span>
+#include <string>
 
 namespace korvex::cli {
 
@@ -14,6 +15,10 @@ enum class ListDate { due, completed };
 /// One entry a line for people: short identifier, date, mark and text. On a terminal long texts
 /// wrap under themselves; elsewhere each entry keeps its one line.
 void printEntries(Session& session, std::span<model::Entry* const> entries, ListDate date);
+
+/// The text of an entry, in UTF-8: as it is stored for a todo, as `readableText` makes it for a
+/// text entry.
+std::string textOf(const Session& session, const model::Entry& entry);
 
 /// All about one entry: its text, then its facts one a line.
 void printEntry(Session& session, const model::Entry& entry);

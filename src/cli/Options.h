@@ -13,6 +13,12 @@ class Option;
 
 namespace korvex::cli {
 
+/// How the help says what may be typed for an entry.
+inline constexpr const char* kEntryHelp =
+    "The entry, by its identifier or the first 4 or more characters of it";
+inline constexpr const char* kTodoHelp =
+    "The todo, by its identifier or the first 4 or more characters of it";
+
 /// One text, exactly as it was typed. A name without dashes stands at its place among the
 /// arguments. Text that is not UTF-8 is refused when the arguments are read.
 CLI::Option* addText(CLI::App& command, const std::string& name, const std::string& valueName,

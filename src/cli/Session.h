@@ -5,6 +5,7 @@
 #include "base/DateFormats.h"
 #include "base/Log.h"
 #include "cli/Output.h"
+#include "richtext/RichTextSerializer.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
@@ -58,6 +59,9 @@ public:
     store::ModelContext& context();
     services::BoardService& boards();
     services::EntryService& entries();
+    richtext::RichTextSerializer serializer() const {
+        return richtext::RichTextSerializer(m_environment.log);
+    }
 
     /// Opens the store as it is: creates nothing, repairs nothing.
     store::ModelContainer& openExisting();

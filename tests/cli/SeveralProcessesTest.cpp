@@ -11,6 +11,8 @@
 #include <cstdlib>
 #include <map>
 #include <random>
+#include <set>
+#include <string_view>
 #include <thread>
 
 namespace korvex::tests {
@@ -22,10 +24,12 @@ int changesOfEachWriter() {
     return text != nullptr ? std::atoi(text) : 300;
 }
 
-/// What a writer was told is done: its todos, and whether each is completed.
-using Acknowledged = std::map<std::string, bool>;
+enum class State { open, completed, text, deleted };
 
-/// A person at a terminal of their own, changing their own todos on the common board.
+/// What a writer was told is done: its entries, and how each ended up.
+using Acknowledged = std::map<std::string, State>;
+
+/// A person at a terminal of their own, changing their own entries on the common board.
 class Writer {
 public:
     Writer(std::string folder, unsigned seed) : m_folder(std::move(folder)), m_random(seed) {}
@@ -52,48 +56,73 @@ public:
     int kills() const { return m_kills; }
 
 private:
-    enum class Kind { add, move, complete, restore };
+    enum class Kind { add, note, split, move, change };
 
     std::size_t pick(std::size_t below) {
         return std::uniform_int_distribution<std::size_t>(0, below - 1)(m_random);
     }
 
-    /// One of its todos in that state; empty when there is none.
-    std::string anyTodo(bool isCompleted) {
+    /// One of its entries in that state; empty when there is none.
+    std::string any(State state) {
         std::vector<std::string> candidates;
-        for (const auto& [id, completed] : m_acknowledged) {
-            if (completed == isCompleted) {
+        for (const auto& [id, is] : m_acknowledged) {
+            if (is == state) {
                 candidates.push_back(id);
             }
         }
         return candidates.empty() ? std::string() : candidates[pick(candidates.size())];
     }
 
+    std::vector<std::string> chosen(Kind kind, std::string target,
+                                    std::vector<std::string> command) {
+        m_kind = kind;
+        m_target = std::move(target);
+        command.insert(command.begin(), {"--data-dir", m_folder});
+        return command;
+    }
+    std::vector<std::string> changed(const std::string& target, State becomes,
+                                     std::vector<std::string> command) {
+        m_becomes = becomes;
+        m_unsplit.erase(target);
+        return chosen(Kind::change, target, std::move(command));
+    }
+
     std::vector<std::string> command() {
-        const auto open = anyTodo(false);
-        const auto completed = anyTodo(true);
-        const auto dice = pick(10);
-        m_kind = Kind::add;
-        m_target = open;
+        const auto open = any(State::open);
+        const auto completed = any(State::completed);
+        const auto text = any(State::text);
+        const auto dice = pick(15);
         if (dice < 3 && !open.empty()) {
-            m_kind = Kind::move;
             const auto by = std::to_string(static_cast<int>(pick(9)) - 4);
-            return {"--data-dir", m_folder, "move", open, "--by", by};
+            return chosen(Kind::move, open, {"move", open, "--by", by});
         }
         if (dice < 5 && !open.empty()) {
-            m_kind = Kind::complete;
-            return {"--data-dir", m_folder, "complete", open};
+            return changed(open, State::completed, {"complete", open});
         }
         if (dice < 6 && !completed.empty()) {
-            m_kind = Kind::restore;
-            m_target = completed;
-            return {"--data-dir", m_folder, "restore", completed, "--position", "1"};
+            return changed(completed, State::open, {"restore", completed, "--position", "1"});
         }
-        std::vector<std::string> add{"--data-dir", m_folder, "add", "a todo"};
-        if (dice < 8 && !open.empty()) {
+        if (dice < 7 && !completed.empty()) {
+            return changed(completed, State::text, {"type", completed, "text"});
+        }
+        if (dice < 8 && !text.empty()) {
+            return changed(text, State::open, {"type", text, "todo"});
+        }
+        if (dice < 9 && !text.empty()) {
+            return changed(text, State::deleted, {"delete", text});
+        }
+        if (dice < 10 && !m_unsplit.empty()) {
+            const auto whole = *m_unsplit.begin();
+            m_unsplit.erase(whole);
+            return chosen(Kind::split, whole, {"split", whole, "--at", "4"});
+        }
+        const auto isText = dice < 12;
+        auto add = isText ? std::vector<std::string>{"note", "two halves"}
+                          : std::vector<std::string>{"add", "a todo"};
+        if (pick(2) == 0 && !open.empty()) {
             add.insert(add.end(), {"--before", open});
         }
-        return add;
+        return chosen(isText ? Kind::note : Kind::add, {}, std::move(add));
     }
 
     void change() {
@@ -109,13 +138,17 @@ private:
     /// then. Of the other changes only the exit status tells.
     void acknowledge(const KorvexProcess::End& end) {
         constexpr std::size_t kLine = 37;
-        if (m_kind == Kind::add && end.output.size() == kLine) {
-            m_acknowledged[end.output.substr(0, kLine - 1)] = false;
-        } else if (m_kind == Kind::complete || m_kind == Kind::restore) {
+        if (m_kind == Kind::change) {
             if (end.status == 0) {
-                m_acknowledged[m_target] = m_kind == Kind::complete;
+                m_acknowledged[m_target] = m_becomes;
             } else {
                 m_acknowledged.erase(m_target); // either way is right, so nothing is expected
+            }
+        } else if (m_kind != Kind::move && end.output.size() == kLine) {
+            const auto id = end.output.substr(0, kLine - 1);
+            m_acknowledged[id] = m_kind == Kind::add ? State::open : State::text;
+            if (m_kind == Kind::note) {
+                m_unsplit.insert(id);
             }
         }
     }
@@ -124,6 +157,9 @@ private:
     std::mt19937 m_random;
     Kind m_kind = Kind::add;
     std::string m_target;
+    State m_becomes = State::open;
+    /// Its texts that still can be split.
+    std::set<std::string> m_unsplit;
     Acknowledged m_acknowledged;
     std::vector<std::string> m_failures;
     int m_kills = 0;
@@ -142,7 +178,10 @@ Acknowledged listed(const std::string& folder, bool completed, std::vector<std::
     EXPECT_TRUE(document.IsArray());
     Acknowledged result;
     for (const auto& entry : document.GetArray()) {
-        result[entry["id"].GetString()] = entry["isCompleted"].GetBool();
+        const auto isText = std::string_view(entry["type"].GetString()) == "text";
+        result[entry["id"].GetString()] = isText                           ? State::text
+                                          : entry["isCompleted"].GetBool() ? State::completed
+                                                                           : State::open;
         order.push_back(entry["sortOrder"].GetInt64());
     }
     return result;
@@ -173,10 +212,9 @@ TEST(SeveralCommandLines, NothingAcknowledgedIsLostAndTheOrderStaysDense) {
     auto stored = listed(folder, false, order);
     stored.merge(listed(folder, true, order));
     for (const auto* writer : {&first, &second, &killed}) {
-        for (const auto& [id, isCompleted] : writer->acknowledged()) {
+        for (const auto& [id, state] : writer->acknowledged()) {
             const auto found = stored.find(id);
-            ASSERT_NE(found, stored.end()) << id << " is lost";
-            EXPECT_EQ(found->second, isCompleted) << id;
+            EXPECT_EQ(found == stored.end() ? State::deleted : found->second, state) << id;
         }
     }
     std::sort(order.begin(), order.end());
