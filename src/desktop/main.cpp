@@ -4,6 +4,7 @@
 #include "base/Clock.h"
 #include "desktop/StartupTrace.h"
 #include "model/SchemaVersions.h"
+#include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/QtStoreChangeBroadcaster.h"
 #include "platform/qt/SingleInstance.h"
@@ -142,8 +143,12 @@ int main(int argc, char* argv[]) {
     platform::qt::QtRunLoop runLoop;
     schedule::ScheduleClock scheduleClock(clock, runLoop, base::TimeZone::system, log);
     ui::DateTexts dates;
-    const ui::Workspace workspace{*container, context,     boards,   entries, scheduleClock,
-                                  clock,      preferences, defaults, dates,   log};
+    const richtext::RichTextSerializer serializer(log);
+    const platform::javascriptcore::ScriptModule script(
+        platform::javascriptcore::ScriptModule::defaultFile(), log);
+    richtext::CodeHighlighter code(script.engineFactory(), script.resources(), runLoop, log);
+    const ui::Workspace workspace{*container,  context,  boards, entries,    scheduleClock, clock,
+                                  preferences, defaults, dates,  serializer, code,          log};
     ui::MainWindow window(workspace, theme);
     std::unique_ptr<Watchers> watchers;
     const auto startWatching = [&] {

@@ -1,7 +1,10 @@
 #include "ui/BoardPage.h"
 
+#include "base/Text.h"
 #include "ui/BoardHeader.h"
+#include "ui/ConfirmationSheet.h"
 #include "ui/ErrorBanner.h"
+#include "ui/MenuItems.h"
 #include "ui/Refusal.h"
 #include "ui/SchedulePopover.h"
 
@@ -48,6 +51,8 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
+    connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
+    connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
     connectList();
     m_ticks = workspace.scheduleClock.didTick().connect(
@@ -77,6 +82,10 @@ void BoardPage::connectList() {
             [this](model::Entry* entry) { openSchedule(*entry); });
     connect(&m_editing, &EntryEditing::moveRequested, this,
             [this](model::Entry* entry, int offset) { move(*entry, offset); });
+    connect(&m_editing, &EntryEditing::typeChangeRequested, this,
+            [this](model::Entry* entry) { changeType(*entry); });
+    connect(&m_editing, &EntryEditing::deletionRequested, this,
+            [this](model::Entry* entry) { requestDeletion(*entry); });
 }
 
 template <typename Operation>
@@ -106,6 +115,15 @@ bool BoardPage::showBoard(model::Board& board) {
     return true;
 }
 
+void BoardPage::startText() {
+    if (!m_editing.leave()) {
+        return;
+    }
+    const int row = m_list->currentRow();
+    const bool isOpen = row >= 0 && m_model.kind(row) == EntryListModel::RowKind::entry;
+    m_editing.startTextDraft(isOpen ? m_model.entry(row) : nullptr);
+}
+
 void BoardPage::focusList() {
     m_list->setFocus();
     if (!m_list->currentIndex().isValid() && m_model.rowCount() > 0) {
@@ -124,9 +142,13 @@ void BoardPage::showMessage(const QString& message) {
 
 void BoardPage::keyPressEvent(QKeyEvent* event) {
     const int row = m_list->currentRow();
-    if (event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier && row >= 0 &&
-        m_model.entry(row)) {
-        openSchedule(*m_model.entry(row));
+    auto* const entry = row < 0 ? nullptr : m_model.entry(row);
+    if (entry && event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier) {
+        openSchedule(*entry);
+        return;
+    }
+    if (entry && event->key() == Qt::Key_Delete && m_list->hasFocus()) {
+        requestDeletion(*entry);
         return;
     }
     QWidget::keyPressEvent(event);
@@ -201,6 +223,46 @@ void BoardPage::drop(const base::Uuid& id, int targetRow, model::EntryPlacement 
     perform([&] { m_workspace.entries.moveEntry(id, target->id(), placement, *m_model.board()); });
 }
 
+void BoardPage::changeType(model::Entry& entry) {
+    const auto other = entry.isTodo() ? model::EntryType::text : model::EntryType::todo;
+    perform([&] { m_workspace.entries.changeType(entry, other, m_workspace.now()); });
+}
+
+void BoardPage::requestDeletion(model::Entry& entry) {
+    const int row = m_model.rowOf(entry);
+    if (row < 0) {
+        return;
+    }
+    if (base::trimmed(entry.content()).empty()) {
+        remove(entry);
+        return;
+    }
+    constexpr int kShown = 60;
+    const auto line = m_model.text(row).trimmed().section(QLatin1Char('\n'), 0, 0);
+    const auto shown = line.size() > kShown ? line.left(kShown) + QStringLiteral("…") : line;
+    auto* const sheet = new ConfirmationSheet(tr("Delete “%1”? This cannot be undone.").arg(shown),
+                                              tr("Delete"), m_theme, window());
+    connect(sheet, &ConfirmationSheet::confirmed, this, [this, id = entry.id()] {
+        // It may be gone by now.
+        if (auto* const found = m_workspace.context.find<model::Entry>(id)) {
+            remove(*found);
+        }
+    });
+    sheet->openAt(m_list->globalRect(row));
+    sheet->setFocus();
+}
+
+void BoardPage::remove(model::Entry& entry) {
+    if (m_editing.entry() == &entry) {
+        m_editing.discard();
+    }
+    const int row = m_model.rowOf(entry);
+    if (perform([&] { m_workspace.entries.deleteEntry(entry); }) && row >= 0) {
+        m_list->setCurrentRow(std::min(row, m_model.rowCount() - 1));
+        m_list->setFocus();
+    }
+}
+
 void BoardPage::openSchedule(model::Entry& entry) {
     const int row = m_model.rowOf(entry);
     if (!entry.isTodo() || entry.isCompleted() || row < 0) {
@@ -218,13 +280,7 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
-                         auto&& action) {
-        auto* const item = menu->addAction(text);
-        item->setShortcut(keys);
-        item->setShortcutVisibleInContextMenu(true);
-        item->setEnabled(isEnabled);
-        connect(item, &QAction::triggered, this, action);
-    };
+                         auto&& action) { addItem(*menu, text, keys, isEnabled, this, action); };
     if (isOpen) {
         add(tr("Edit"), Qt::Key_F2, m_model.isEditable(row),
             [this, &entry] { m_editing.edit(m_model.rowOf(entry), -1); });
@@ -236,9 +292,15 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
         add(tr("Move up"), Qt::ALT | Qt::Key_Up, true, [this, &entry] { move(entry, -1); });
         add(tr("Move down"), Qt::ALT | Qt::Key_Down, true, [this, &entry] { move(entry, 1); });
         add(tr("New todo below"), {}, true, [this, &entry] { m_editing.startDraft(&entry); });
+        add(tr("New text below"), Qt::CTRL | Qt::SHIFT | Qt::Key_T, true,
+            [this, &entry] { m_editing.startTextDraft(&entry); });
+        menu->addSeparator();
+        add(entry.isTodo() ? tr("Change to text") : tr("Change to todo"), {},
+            m_model.isEditable(row), [this, &entry] { changeType(entry); });
     } else {
         add(tr("Restore"), Qt::Key_Space, true, [this, &entry] { restore(entry); });
     }
+    add(tr("Delete"), Qt::Key_Delete, true, [this, &entry] { requestDeletion(entry); });
     menu->popup(globalPosition);
 }
 

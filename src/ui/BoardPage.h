@@ -27,6 +27,8 @@ public:
     /// Stores what is being edited. False when that was refused.
     bool leaveEditor() { return m_editing.leaveForGood(); }
     void startTodo() { m_editing.startDraftAtEnd(); }
+    /// After the current entry.
+    void startText();
     void focusList();
     /// The store's records have changed.
     void refresh();
@@ -51,6 +53,10 @@ private:
     void restore(model::Entry& entry);
     void move(model::Entry& entry, int offset);
     void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
+    void changeType(model::Entry& entry);
+    /// Asks first where something would be lost.
+    void requestDeletion(model::Entry& entry);
+    void remove(model::Entry& entry);
     void openSchedule(model::Entry& entry);
     void openMenu(int row, const QPoint& globalPosition);
     void updateHeader();

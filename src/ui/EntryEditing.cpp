@@ -1,6 +1,8 @@
 #include "ui/EntryEditing.h"
 
-#include "base/Text.h"
+#include "model/ServiceErrors.h"
+#include "richtext/EntryText.h"
+#include "ui/Popover.h"
 #include "ui/Refusal.h"
 
 #include <QApplication>
@@ -8,65 +10,45 @@
 
 namespace korvex::ui {
 
+using model::EntryType;
+
+namespace {
+
+/// Directly after an entry, at the very front for null.
+template <typename New>
+void placeAfter(const model::Entry* after, New& entry) {
+    if (after) {
+        entry.after = after->id();
+    } else if (const auto active = services::EntryService::activeEntries(entry.board);
+               !active.empty()) {
+        entry.before = active.front()->id();
+    }
+}
+
+} // namespace
+
 EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Workspace& workspace,
                            const Theme& theme)
     : m_model(model),
       m_view(view),
       m_workspace(workspace),
-      m_editor(std::make_unique<TodoEditor>(theme, view.viewport())) {
-    m_editor->hide();
-    connect(m_editor.get(), &TodoEditor::neededHeightChanged, this, [this] {
-        if (isOpen() && m_view.editedRow() >= 0) {
-            m_view.measureAgain(m_view.editedRow());
-        }
-    });
-    connect(m_editor.get(), &TodoEditor::scheduleClicked, &m_editor->field(),
-            &TodoTextEdit::scheduleRequested);
-    connect(m_editor.get(), &TodoEditor::discarded, this, &EntryEditing::discard);
-
-    auto& field = m_editor->field();
-    connect(&field, &TodoTextEdit::returnPressed, this, &EntryEditing::makeNext);
-    connect(&field, &TodoTextEdit::backspacedAway, this, &EntryEditing::removeAndGoUp);
-    connect(&field, &TodoTextEdit::walked, this, &EntryEditing::walk);
-    connect(&field, &TodoTextEdit::linesPasted, this, &EntryEditing::pasteLines);
-    // No new focus: another window or a menu has the keyboard for a while only.
+      m_theme(theme),
+      m_todoEditor(std::make_unique<TodoEditor>(theme, view.viewport())) {
+    connectEditor(*m_todoEditor);
+    connectTodoEditor();
+    // No new focus: another window or a menu has the keyboard for a while only. So has a panel.
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
-        if (isOpen() && now && m_editor->isAncestorOf(before) && !m_editor->isAncestorOf(now)) {
+        const auto belongsHere = [this](const QWidget* widget) {
+            for (; widget; widget = widget->parentWidget()) {
+                if (widget == m_editor || qobject_cast<const Popover*>(widget)) {
+                    return true;
+                }
+            }
+            return false;
+        };
+        if (isOpen() && now && belongsHere(before) && !belongsHere(now)) {
             leave();
         }
-    });
-    connect(&field, &TodoTextEdit::limitReached, this, [this] {
-        m_editor->showError(
-            toQString(services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
-    });
-    connect(&field, &TodoTextEdit::escaped, this, [this] {
-        if (leaveForGood()) {
-            m_view.setFocus();
-        }
-    });
-    // Commands on the todo itself need it stored first; they go on with the editor closed.
-    const auto forward = [this](auto request) {
-        if (store()) {
-            auto* const entry = m_entry;
-            close();
-            m_view.setFocus();
-            if (entry) {
-                request(entry);
-            }
-        }
-    };
-    connect(&field, &TodoTextEdit::completionRequested, this, [this, forward] {
-        forward([this](model::Entry* entry) { Q_EMIT completionRequested(entry); });
-    });
-    connect(&field, &TodoTextEdit::scheduleRequested, this, [this, forward] {
-        forward([this](model::Entry* entry) { Q_EMIT scheduleRequested(entry); });
-    });
-    connect(&field, &TodoTextEdit::moveRequested, this, [this, forward](int offset) {
-        const int caret = m_editor->field().caret();
-        forward([&](model::Entry* entry) {
-            Q_EMIT moveRequested(entry, offset);
-            edit(m_model.rowOf(*entry), caret);
-        });
     });
 }
 
@@ -86,18 +68,24 @@ void EntryEditing::edit(int row, int caret) {
         m_view.setFocus();
         return;
     }
-    open(Target::stored, wanted, row, toQString(wanted->content()), caret);
+    openStored(*wanted, row, caret);
 }
 
 void EntryEditing::startDraft(const model::Entry* after) {
     if (leave()) {
-        open(Target::draft, nullptr, m_model.openDraft(after), QString(), 0);
+        openDraft(EntryType::todo, m_model.openDraft(after));
     }
 }
 
 void EntryEditing::startDraftAtEnd() {
     if (leave()) {
-        open(Target::draft, nullptr, m_model.openDraftAtEnd(), QString(), 0);
+        openDraft(EntryType::todo, m_model.openDraftAtEnd());
+    }
+}
+
+void EntryEditing::startTextDraft(const model::Entry* after) {
+    if (leave()) {
+        openDraft(EntryType::text, after ? m_model.openDraft(after) : m_model.openDraftAtEnd());
     }
 }
 
@@ -113,17 +101,23 @@ bool EntryEditing::leave() {
 }
 
 bool EntryEditing::leaveForGood() {
-    if (m_target == Target::stored && m_editor->text().trimmed().isEmpty()) {
-        m_editor->setText(m_original);
+    if (m_target == Target::stored && m_type == EntryType::todo && m_editor->isBlank()) {
+        m_editor->revert();
     }
     return leave();
+}
+
+void EntryEditing::discard() {
+    m_editor->revert();
+    close();
+    m_view.setFocus();
 }
 
 void EntryEditing::recordsChanged() {
     if (m_target != Target::stored || m_isStoring) {
         return;
     }
-    const bool isUntouched = m_editor->text() == m_original;
+    const bool isUntouched = !m_editor->isChanged();
     if (!isStillHere()) {
         if (isUntouched) {
             close();
@@ -132,28 +126,48 @@ void EntryEditing::recordsChanged() {
         }
         return;
     }
-    m_editor->setDueLabel(dueLabelOf(*m_entry, m_workspace));
-    const auto content = toQString(m_entry->content());
-    if (content != m_original) {
-        m_original = content;
-        if (isUntouched) {
-            const int caret = m_editor->field().caret();
-            m_editor->setText(content);
-            m_editor->field().setCaret(caret);
-        }
+    if (m_type == EntryType::todo) {
+        m_todoEditor->setDueLabel(dueLabelOf(*m_entry, m_workspace));
+    }
+    if (!isStoredChanged()) {
+        return;
+    }
+    if (isUntouched) {
+        const int caret = m_editor->caret();
+        load(*m_entry);
+        m_editor->setCaret(caret);
+    } else if (m_type == EntryType::todo) {
+        m_todoEditor->setOriginal(toQString(m_entry->content()));
     }
 }
 
-void EntryEditing::open(Target target, model::Entry* entry, int row, const QString& text,
-                        int caret) {
-    m_target = target;
-    m_entry = entry;
-    m_original = text;
-    m_editor->setText(text);
-    m_editor->setDueLabel(entry ? dueLabelOf(*entry, m_workspace) : DueLabel{});
-    m_editor->field().setCaret(caret < 0 ? static_cast<int>(text.size()) : caret);
-    m_view.placeEditor(*m_editor, row);
-    m_editor->field().setFocus();
+void EntryEditing::openStored(model::Entry& entry, int row, int caret) {
+    m_target = Target::stored;
+    m_type = entry.type();
+    m_entry = &entry;
+    m_editor = &editorFor(m_type);
+    load(entry);
+    show(*m_editor, row, caret);
+}
+
+void EntryEditing::openDraft(EntryType type, int row) {
+    m_target = Target::draft;
+    m_type = type;
+    m_entry = nullptr;
+    m_editor = &editorFor(type);
+    if (type == EntryType::todo) {
+        m_todoEditor->setText({});
+        m_todoEditor->setDueLabel({});
+    } else {
+        m_textEditor->setText({});
+    }
+    show(*m_editor, row, 0);
+}
+
+void EntryEditing::show(RowEditor& editor, int row, int caret) {
+    m_view.placeEditor(editor, row);
+    editor.setCaret(caret);
+    editor.input().setFocus();
 }
 
 void EntryEditing::close() {
@@ -170,57 +184,82 @@ void EntryEditing::close() {
     }
 }
 
-void EntryEditing::discard() {
-    m_editor->setText(m_original);
-    close();
-    m_view.setFocus();
+void EntryEditing::load(const model::Entry& entry) {
+    m_storedContent = entry.content();
+    m_storedText = entry.richTextData();
+    if (m_type == EntryType::todo) {
+        m_todoEditor->setText(toQString(entry.content()));
+        m_todoEditor->setDueLabel(dueLabelOf(entry, m_workspace));
+    } else {
+        m_textEditor->setText(richtext::richText(entry, m_workspace.serializer));
+    }
 }
 
 bool EntryEditing::store() {
-    const auto text = m_editor->text();
     const QScopedValueRollback storing(m_isStoring, true);
-    if (m_target == Target::draft) {
-        return createFromDraft(text);
-    }
-    if (m_target == Target::none || text == m_original) {
+    const bool isDraft = m_target == Target::draft;
+    if (m_target == Target::none || (isDraft ? m_editor->isBlank() : !m_editor->isChanged())) {
         return true;
     }
-    const auto refused =
-        refusal([&] { m_workspace.entries.updateTodo(*m_entry, toUtf8(text), m_workspace.now()); });
+    const auto refused = refusal([&] {
+        if (isDraft) {
+            create();
+        } else {
+            update();
+        }
+    });
     if (refused) {
         m_editor->showError(*refused);
         return false;
     }
-    m_original = toQString(m_entry->content());
+    if (!m_entry->isLive()) {
+        m_entry = nullptr; // emptied
+        return true;
+    }
+    m_storedContent = m_entry->content();
+    m_storedText = m_entry->richTextData();
+    if (m_type == EntryType::todo) {
+        m_todoEditor->setOriginal(toQString(m_storedContent));
+    } else {
+        m_textEditor->setStored();
+    }
     return true;
 }
 
-bool EntryEditing::createFromDraft(const QString& text) {
-    if (text.trimmed().isEmpty()) {
-        return true;
-    }
+void EntryEditing::create() {
     const auto* const after = openPredecessor(m_model.rowOf(EntryListModel::RowKind::draft));
-    const auto refused = refusal([&] { m_entry = create({toUtf8(text)}, after).front(); });
-    if (refused) {
-        m_editor->showError(*refused);
-    }
-    return !refused;
+    m_entry = m_type == EntryType::todo ? createTodos({toUtf8(m_todoEditor->text())}, after).front()
+                                        : &createText(m_textEditor->text(), after);
 }
 
-std::vector<model::Entry*> EntryEditing::create(const std::vector<std::string>& contents,
-                                                const model::Entry* after) {
+void EntryEditing::update() {
+    if (m_type == EntryType::todo) {
+        m_workspace.entries.updateTodo(*m_entry, toUtf8(m_todoEditor->text()), m_workspace.now());
+    } else {
+        m_workspace.entries.updateText(*m_entry, m_textEditor->text(), m_workspace.now());
+    }
+}
+
+bool EntryEditing::isStoredChanged() const {
+    return m_entry->content() != m_storedContent || m_entry->richTextData() != m_storedText;
+}
+
+std::vector<model::Entry*> EntryEditing::createTodos(const std::vector<std::string>& contents,
+                                                     const model::Entry* after) {
     services::NewTodos todos{
         .contents = contents, .board = *m_model.board(), .now = m_workspace.now()};
-    if (after) {
-        todos.after = after->id();
-    } else if (const auto active = services::EntryService::activeEntries(*m_model.board());
-               !active.empty()) {
-        todos.before = active.front()->id();
-    }
+    placeAfter(after, todos);
     return m_workspace.entries.createTodos(todos);
 }
 
-/// The nearest entry above a row that new todos can stand after: one that is still open.
+model::Entry& EntryEditing::createText(const richtext::AttributedString& text,
+                                       const model::Entry* after) {
+    services::NewText entry{.rich = text, .board = *m_model.board(), .now = m_workspace.now()};
+    placeAfter(after, entry);
+    return m_workspace.entries.createText(entry);
+}
+
+/// The nearest entry above a row that new ones can stand after: one that is still open.
 const model::Entry* EntryEditing::openPredecessor(int row) const {
     for (--row; row >= 0; --row) {
         const auto* const entry = m_model.entry(row);
@@ -231,93 +270,67 @@ const model::Entry* EntryEditing::openPredecessor(int row) const {
     return nullptr;
 }
 
-void EntryEditing::makeNext() {
-    const bool wasEmptyDraft = m_target == Target::draft && m_editor->text().trimmed().isEmpty();
-    if (wasEmptyDraft) {
-        // Return on a line left empty ends the writing.
-        close();
-        m_view.setFocus();
-        return;
-    }
+void EntryEditing::storeAndStay() {
     if (!store()) {
         return;
     }
-    auto* const after = m_entry;
-    m_model.closeDraft();
-    open(Target::draft, nullptr, m_model.openDraft(after), QString(), 0);
+    if (!m_entry) {
+        close();
+        m_view.setFocus();
+    } else if (m_target == Target::draft) {
+        m_target = Target::stored;
+        m_model.closeDraft();
+        m_view.placeEditor(*m_editor, m_model.rowOf(*m_entry));
+    }
 }
 
-void EntryEditing::removeAndGoUp() {
-    if (m_target != Target::draft) {
+void EntryEditing::split() {
+    const auto parts = m_textEditor->parts();
+    if (!parts) {
         return;
     }
-    const auto* const above = m_model.draftPredecessor();
-    close();
-    const int row = above ? m_model.rowOf(*above) : -1;
-    if (row >= 0) {
-        edit(row, -1);
-    } else {
-        m_view.setFocus();
-    }
-}
-
-void EntryEditing::walk(int direction) {
-    const int row = m_view.editedRow() + direction;
-    if (row < 0 || row >= m_model.rowCount()) {
-        return;
-    }
-    auto* const next = m_model.entry(row);
-    const auto kind = m_model.kind(row);
-    if (next && kind == EntryListModel::RowKind::entry) {
-        edit(row, -1);
-    } else if (leave()) {
-        m_view.setCurrentRow(next ? m_model.rowOf(*next) : m_model.rowOf(kind));
-        m_view.setFocus();
-    }
-}
-
-void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
-    std::vector<std::string> contents;
-    if (m_target == Target::draft) {
-        contents.push_back(toUtf8(text));
-    }
-    for (const auto& line : others) {
-        contents.push_back(toUtf8(line));
-    }
-    model::Entry* last = nullptr;
+    model::Entry* second = nullptr;
     const auto refused = refusal([&] {
         const QScopedValueRollback storing(m_isStoring, true);
-        const auto* const after =
-            m_entry ? m_entry : openPredecessor(m_model.rowOf(EntryListModel::RowKind::draft));
-        last = create(contents, after).back();
+        if (m_target == Target::draft) {
+            // What was written so far is stored as one, so that a refusal loses nothing.
+            create();
+            m_target = Target::stored;
+            m_model.closeDraft();
+        }
+        second = &m_workspace.entries.splitText(*m_entry, parts->before, parts->after,
+                                                m_workspace.now());
     });
-    if (refused) {
-        m_editor->showError(*refused);
+    if (!refused) {
+        close();
+        edit(m_model.rowOf(*second), 0);
         return;
     }
-    m_editor->setText(m_target == Target::draft ? QString() : text);
-    edit(m_model.rowOf(*last), -1);
+    if (m_entry && m_view.editedRow() != m_model.rowOf(*m_entry)) {
+        m_view.placeEditor(*m_editor, m_model.rowOf(*m_entry));
+    }
+    m_editor->showError(*refused);
 }
 
 bool EntryEditing::isStillHere() const {
-    return m_entry->isLive() && !m_entry->isCompleted() && m_entry->board() == m_model.board();
+    return m_entry->isLive() && !m_entry->isCompleted() && m_entry->type() == m_type &&
+           m_entry->board() == m_model.board();
 }
 
-/// The todo was deleted or completed elsewhere while its text was changed here: the text lives on.
+/// The entry was deleted, completed, moved or made another type elsewhere while its text was
+/// changed here: the text lives on.
 void EntryEditing::becomeDraft() {
-    const auto text = m_editor->text();
-    const int caret = m_editor->field().caret();
-    const bool hadFocus = m_editor->field().hasFocus();
-    const auto* const after = openPredecessor(m_view.editedRow());
-    m_view.removeEditor();
-    open(Target::draft, nullptr, m_model.openDraft(after), QString(), 0);
-    m_editor->setText(text);
-    m_editor->field().setCaret(caret);
-    m_editor->showError(
-        toQString(services::descriptionOf(services::EntryServiceErrorCase::entryUnavailable)));
-    if (!hadFocus) {
-        m_view.setFocus();
+    const bool canFollow =
+        m_entry->isLive() && !m_entry->isCompleted() && m_entry->board() == m_model.board();
+    const auto* const after = canFollow ? m_entry : openPredecessor(m_view.editedRow());
+    m_target = Target::draft;
+    m_entry = nullptr;
+    if (m_type == EntryType::todo) {
+        m_todoEditor->setDueLabel({});
     }
+    m_view.placeEditor(*m_editor, m_model.openDraft(after));
+    m_editor->showError(
+        toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
 }
 
 } // namespace korvex::ui

@@ -5,13 +5,14 @@
 #include <QPainter>
 #include <QPainterPath>
 
+#include <algorithm>
 #include <array>
 
 namespace korvex::ui {
 
 namespace {
 
-/// Some screens full of rows.
+/// Some screens full of todos.
 constexpr int kKeptLayouts = 300;
 constexpr int kCornerRadius = 6;
 
@@ -48,11 +49,13 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         painter->restore(); // the editor stands here
         return;
     }
+    auto ground = colors.content;
     if (isCurrent || isHovered) {
         QPainterPath box;
         box.addRoundedRect(laidOut.box(), kCornerRadius, kCornerRadius);
         const bool isActive = option.state.testFlag(QStyle::State_Active);
-        painter->fillPath(box, isCurrent && isActive ? colors.selection : colors.hover);
+        ground = isCurrent && isActive ? colors.selection : colors.hover;
+        painter->fillPath(box, ground);
     }
     if (hasFocus) {
         painter->setPen(QPen(colors.accent, 1.5));
@@ -60,6 +63,13 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                                  kCornerRadius, kCornerRadius);
     }
 
+    if (auto* const formatted = laidOut.formatted()) {
+        painter->translate(laidOut.text().topLeft());
+        formatted->color(m_workspace.code, look());
+        formatted->paint(*painter, look(), ground);
+        painter->restore();
+        return;
+    }
     paintSign(*painter, laidOut.sign(), row, isHovered);
     const auto* const entry = m_model.entry(row);
     const bool isQuiet = !entry || entry->isCompleted();
@@ -126,9 +136,16 @@ const EntryRowLayout& EntryItemDelegate::layout(int row, int width) const {
     if (const auto* const known = m_layouts.object(key); known && known->width() == width) {
         return *known;
     }
-    auto* const made = new EntryRowLayout(m_model, row, width, m_workspace, m_theme);
-    m_layouts.insert(key, made); // takes it over
+    auto* const made = new EntryRowLayout(m_model, row, width, m_workspace, m_theme, look());
+    m_layouts.insert(key, made, std::min(made->cost(), kKeptLayouts)); // takes it over
     return *made;
+}
+
+const TextLook& EntryItemDelegate::look() const {
+    if (!m_look) {
+        m_look.emplace(m_theme);
+    }
+    return *m_look;
 }
 
 void EntryItemDelegate::forget(int row) const {
@@ -137,6 +154,7 @@ void EntryItemDelegate::forget(int row) const {
 
 void EntryItemDelegate::forgetAll() const {
     m_layouts.clear();
+    m_look.reset();
 }
 
 /// An entry is one object as long as it lives; the few other rows are told apart by their kind.

@@ -5,10 +5,12 @@
 #include <QCache>
 #include <QStyledItemDelegate>
 
+#include <optional>
+
 namespace korvex::ui {
 
 /// Draws the rows of a board's page and measures them. Keeps the layouts of the rows that were
-/// drawn last and no others.
+/// drawn last and no others: fewer of them where they are large.
 class EntryItemDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 
@@ -30,6 +32,7 @@ public:
     int hoveredRow() const { return m_hoveredRow; }
 
 private:
+    const TextLook& look() const;
     const void* keyOf(int row) const;
     void paintSign(QPainter& painter, const QRect& rect, int row, bool isHovered) const;
 
@@ -37,6 +40,8 @@ private:
     const Workspace& m_workspace;
     const Theme& m_theme;
     int m_hoveredRow = -1;
+    /// Made when it is first needed: a board may hold no formatted text.
+    mutable std::optional<TextLook> m_look;
     mutable QCache<const void*, EntryRowLayout> m_layouts;
 };
 

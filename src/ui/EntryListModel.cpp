@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <string_view>
 #include <unordered_map>
 
 namespace korvex::ui {
@@ -14,6 +15,8 @@ namespace {
 /// With more moves than this the rows change all at once.
 constexpr std::ptrdiff_t kMaximumMoves = 40;
 
+constexpr std::size_t kStampedBytes = 16'384;
+
 template <typename T>
 void mix(std::size_t& stamp, const T& value) {
     stamp = stamp * 1'000'003 ^ std::hash<T>()(value);
@@ -22,6 +25,17 @@ void mix(std::size_t& stamp, const T& value) {
 std::size_t stampOf(const model::Entry& entry) {
     std::size_t stamp = std::hash<std::string>()(entry.content());
     mix(stamp, entry.isTodo());
+    if (const auto& data = entry.richTextData(); data && !entry.isTodo()) {
+        // Of a long one its beginning and the time of the change tell enough.
+        mix(stamp, std::string_view(reinterpret_cast<const char*>(data->data()),
+                                    std::min(data->size(), kStampedBytes)));
+        mix(stamp, data->size());
+        mix(stamp, entry.updatedAt().seconds);
+    }
+    if (!entry.isTodo()) {
+        // The formatting too, which may be large, changes with this only.
+        mix(stamp, entry.updatedAt().seconds);
+    }
     mix(stamp, entry.isCompleted());
     mix(stamp, entry.dueDay().value_or(0));
     for (const auto& date : {entry.dueDate(), entry.dueStartDate(), entry.reminderDate()}) {
@@ -121,7 +135,7 @@ QString EntryListModel::text(int row) const {
 }
 
 bool EntryListModel::isEditable(int row) const {
-    return kind(row) == RowKind::entry && entry(row)->isTodo() && !isLingering(*entry(row)) &&
+    return kind(row) == RowKind::entry && !isLingering(*entry(row)) &&
            model::EntryContentLimit::allows(entry(row)->content());
 }
 

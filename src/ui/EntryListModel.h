@@ -41,7 +41,7 @@ public:
     int rowOf(RowKind kind) const;
     /// Text as it is shown: an entry over the limit is cut to its preview.
     QString text(int row) const;
-    /// Todos within the content limit; others are shown and not edited.
+    /// Open entries within the content limit; others are shown and not edited.
     bool isEditable(int row) const;
 
     int openTodoCount() const { return m_openTodoCount; }

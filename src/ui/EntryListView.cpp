@@ -1,7 +1,9 @@
 #include "ui/EntryListView.h"
 
-#include "ui/TodoEditor.h"
+#include "ui/Links.h"
+#include "ui/RowEditor.h"
 
+#include <QApplication>
 #include <QContextMenuEvent>
 #include <QMouseEvent>
 #include <QPainter>
@@ -33,12 +35,14 @@ EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, 
     setModel(&model);
     setAccessibleName(tr("Entries"));
     connect(&theme, &Theme::changed, this, &EntryListView::applyTheme);
+    // Colours move nothing: rows in sight take them up while they are painted.
+    m_codeArrivals = workspace.code.arrived().connect([this] { viewport()->update(); });
     applyTheme();
 }
 
 EntryListView::~EntryListView() = default;
 
-void EntryListView::placeEditor(TodoEditor& editor, int row) {
+void EntryListView::placeEditor(RowEditor& editor, int row) {
     m_editor = &editor;
     const int before = editedRow();
     m_editedIndex = m_model.index(row, 0);
@@ -49,6 +53,16 @@ void EntryListView::placeEditor(TodoEditor& editor, int row) {
     measureAgain(row);
     m_editor->show();
     scrollTo(m_editedIndex);
+}
+
+void EntryListView::revealInEditor(const QRect& part) {
+    const auto wanted = part.translated(m_editor->pos());
+    auto* const bar = verticalScrollBar();
+    if (wanted.top() < 0) {
+        bar->setValue(bar->value() + wanted.top());
+    } else if (wanted.bottom() >= viewport()->height()) {
+        bar->setValue(bar->value() + wanted.bottom() + 1 - viewport()->height());
+    }
 }
 
 void EntryListView::removeEditor() {
@@ -160,6 +174,9 @@ void EntryListView::paintEvent(QPaintEvent* event) {
 }
 
 void EntryListView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Control) {
+        updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::ControlModifier);
+    }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const int row = currentRow();
     const bool isEntry = row >= 0 && m_model.entry(row);
@@ -214,6 +231,13 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     }
 }
 
+void EntryListView::keyReleaseEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Control) {
+        updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::NoModifier);
+    }
+    LazyListView::keyReleaseEvent(event);
+}
+
 void EntryListView::activate(int row) {
     switch (m_model.kind(row)) {
     case EntryListModel::RowKind::entry:
@@ -235,6 +259,7 @@ void EntryListView::mousePressEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     m_pressedRow = indexAt(position).row();
     m_pressedZone = m_pressedRow < 0 ? Zone::none : zoneAt(m_pressedRow, position);
+    m_pressedAt = position;
     LazyListView::mousePressEvent(event);
 }
 
@@ -260,6 +285,13 @@ void EntryListView::mouseReleaseEvent(QMouseEvent* event) {
     case Zone::row:
         if (!m_model.entry(row)) {
             activate(row);
+        } else if (isText(row) &&
+                   (position - m_pressedAt).manhattanLength() < QApplication::startDragDistance()) {
+            if (event->modifiers() == Qt::NoModifier) {
+                Q_EMIT editRequested(row, caretAt(row, position));
+            } else if (event->modifiers() == Qt::ControlModifier) {
+                openLink(linkAt(position));
+            }
         }
         break;
     case Zone::none:
@@ -276,9 +308,7 @@ void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
     }
     if (zoneAt(index.row(), position) == Zone::row &&
         m_model.kind(index.row()) == EntryListModel::RowKind::entry) {
-        const auto rect = visualRect(index);
-        const auto& laidOut = m_delegate->layout(index.row(), rect.width());
-        Q_EMIT editRequested(index.row(), laidOut.cursorAt(position - rect.topLeft()));
+        Q_EMIT editRequested(index.row(), caretAt(index.row(), position));
     }
 }
 
@@ -286,9 +316,7 @@ void EntryListView::mouseMoveEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     const auto index = indexAt(position);
     setHoveredRow(index.row());
-    const auto zone = index.isValid() ? zoneAt(index.row(), position) : Zone::none;
-    viewport()->setCursor(zone == Zone::sign || zone == Zone::schedule ? Qt::PointingHandCursor
-                                                                       : Qt::ArrowCursor);
+    updateCursor(position, event->modifiers());
     // A press on the circle or the label is no beginning of a drag.
     if (m_pressedZone == Zone::row || event->buttons() == Qt::NoButton) {
         LazyListView::mouseMoveEvent(event);
@@ -328,7 +356,7 @@ EntryListView::Zone EntryListView::zoneAt(int row, const QPoint& position) const
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = position - rect.topLeft();
     const int margin = m_theme.scaled(6);
-    if (m_model.kind(row) == EntryListModel::RowKind::entry && !m_model.entry(row)->isTodo()) {
+    if (isText(row)) {
         return Zone::row;
     }
     if (laidOut.sign().adjusted(-margin, -margin, margin, margin).contains(local)) {
@@ -340,6 +368,33 @@ EntryListView::Zone EntryListView::zoneAt(int row, const QPoint& position) const
         return Zone::schedule;
     }
     return Zone::row;
+}
+
+bool EntryListView::isText(int row) const {
+    return m_model.kind(row) == EntryListModel::RowKind::entry && !m_model.entry(row)->isTodo();
+}
+
+int EntryListView::caretAt(int row, const QPoint& position) const {
+    const auto rect = visualRect(m_model.index(row, 0));
+    return m_delegate->layout(row, rect.width()).cursorAt(position - rect.topLeft());
+}
+
+QString EntryListView::linkAt(const QPoint& position) const {
+    const auto index = indexAt(position);
+    if (!index.isValid() || !isText(index.row())) {
+        return {};
+    }
+    const auto rect = visualRect(index);
+    return m_delegate->layout(index.row(), rect.width()).linkAt(position - rect.topLeft());
+}
+
+void EntryListView::updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers) {
+    const int row = indexAt(position).row();
+    const auto zone = row < 0 ? Zone::none : zoneAt(row, position);
+    const bool isOnLink =
+        zone == Zone::row && modifiers == Qt::ControlModifier && !linkAt(position).isEmpty();
+    const bool isPressable = zone == Zone::sign || zone == Zone::schedule || isOnLink;
+    viewport()->setCursor(isPressable ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
 
 void EntryListView::setHoveredRow(int row) {

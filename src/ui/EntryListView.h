@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Signal.h"
 #include "base/Uuid.h"
 #include "model/EntryType.h"
 #include "ui/EntryItemDelegate.h"
@@ -13,7 +14,7 @@
 
 namespace korvex::ui {
 
-class TodoEditor;
+class RowEditor;
 
 /// The list on a board's page: draws rows, hosts the editor in one of them, and turns pointer and
 /// keys into requests. It changes nothing itself.
@@ -26,7 +27,9 @@ public:
     ~EntryListView() override;
 
     /// The editor takes the place of the row until `removeEditor`, wherever the row goes.
-    void placeEditor(TodoEditor& editor, int row);
+    void placeEditor(RowEditor& editor, int row);
+    /// Scrolls until this part of the editor is in sight.
+    void revealInEditor(const QRect& part);
     void removeEditor();
     /// -1 while nothing is edited.
     int editedRow() const;
@@ -65,6 +68,7 @@ protected:
                      const QList<int>& roles) override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -86,6 +90,11 @@ private:
     };
 
     Zone zoneAt(int row, const QPoint& position) const;
+    bool isText(int row) const;
+    /// The link of a text entry under a point of the viewport, if it may be opened; else empty.
+    QString linkAt(const QPoint& position) const;
+    int caretAt(int row, const QPoint& position) const;
+    void updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers);
     void setHoveredRow(int row);
     void activate(int row);
     std::optional<DropTarget> dropTargetAt(const QPoint& position) const;
@@ -96,10 +105,12 @@ private:
     const Theme& m_theme;
     EntryItemDelegate* m_delegate;
     mutable std::optional<EntryHeightEstimate> m_estimate;
-    TodoEditor* m_editor = nullptr;
+    RowEditor* m_editor = nullptr;
     QPersistentModelIndex m_editedIndex;
     std::optional<DropTarget> m_dropTarget;
+    base::Subscription m_codeArrivals;
     int m_pressedRow = -1;
+    QPoint m_pressedAt;
     Zone m_pressedZone = Zone::none;
     /// How much is left of the rows that are leaving, from 1 to 0.
     std::unordered_map<const model::Entry*, double> m_leaving;

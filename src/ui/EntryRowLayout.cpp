@@ -1,5 +1,7 @@
 #include "ui/EntryRowLayout.h"
 
+#include "model/EntryContentLimit.h"
+#include "richtext/EntryText.h"
 #include "ui/Text.h"
 
 #include <QFontMetrics>
@@ -15,6 +17,8 @@ namespace {
 constexpr int kSideMargin = 8;
 constexpr int kPadding = 5;
 constexpr int kGap = 10;
+/// Estimates look at no more bytes of a content than these.
+constexpr std::size_t kLongest = 12'000;
 
 int lineHeight(const QFont& font) {
     return QFontMetrics(font).lineSpacing();
@@ -85,8 +89,33 @@ EntryRowLayout::Frame EntryRowLayout::frame(const Theme& theme) {
 }
 
 EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
-                               const Workspace& workspace, const Theme& theme)
+                               const Workspace& workspace, const Theme& theme, const TextLook& look)
     : m_width(width) {
+    const auto* const entry = model.entry(row);
+    if (model.kind(row) == EntryListModel::RowKind::entry && !entry->isTodo()) {
+        layOutFormatted(*entry, workspace, theme, look);
+    } else {
+        layOutPlain(model, row, workspace, theme);
+    }
+}
+
+void EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
+                                     const Theme& theme, const TextLook& look) {
+    auto text = richtext::richText(entry, workspace.serializer);
+    if (!model::EntryContentLimit::allows(entry.content())) {
+        text.append(u"…", {}, {}); // only the beginning is shown
+    }
+    const auto sizes = frame(theme);
+    const int left = sizes.boxMargin + sizes.gap;
+    const int room = std::max(40, m_width - left - sizes.textRight);
+    m_formatted = std::make_unique<TextRow>(text, room, look);
+    m_textRect = QRect(left, theme.rowDistance() / 2 + sizes.padding, room, m_formatted->height());
+    setBox(m_textRect.bottom() + 1, theme);
+}
+
+void EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                                 const Theme& theme) {
+    const int width = m_width;
     const auto sizes = frame(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
@@ -111,7 +140,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
     const bool hasDue = !m_dueLabel.isEmpty();
     const int dueWidth = m_dueLabel.width(theme);
     const int dueHeight = lineHeight(theme.smallFont());
-    const int textLeft = entry && !entry->isTodo() ? kSideMargin + kGap : sizes.textLeft;
+    const int textLeft = sizes.textLeft;
     const int room = std::max(40, width - textLeft - sizes.textRight);
     const int besideWidth = hasDue       ? dueWidth + 2 * kGap
                             : isOpenTodo ? sizes.scheduleSize + kGap
@@ -138,12 +167,21 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
                                  top + kPadding + (firstLine - sizes.scheduleSize) / 2,
                                  sizes.scheduleSize, sizes.scheduleSize);
     }
+    setBox(bottom, theme);
+}
+
+/// `bottom` is where what the row shows ends.
+void EntryRowLayout::setBox(int bottom, const Theme& theme) {
+    const int top = theme.rowDistance() / 2;
     m_height = bottom + kPadding + theme.rowDistance() - top;
-    m_box = QRect(kSideMargin, top, width - 2 * kSideMargin, m_height - theme.rowDistance());
+    m_box = QRect(kSideMargin, top, m_width - 2 * kSideMargin, m_height - theme.rowDistance());
 }
 
 int EntryRowLayout::cursorAt(const QPoint& point) const {
     const auto inText = point - m_textRect.topLeft();
+    if (m_formatted) {
+        return m_formatted->caretAt(inText);
+    }
     for (int i = 0; i < m_text->lineCount(); ++i) {
         const auto line = m_text->lineAt(i);
         if (inText.y() < line.y() + line.height() || i == m_text->lineCount() - 1) {
@@ -153,10 +191,15 @@ int EntryRowLayout::cursorAt(const QPoint& point) const {
     return 0;
 }
 
+QString EntryRowLayout::linkAt(const QPoint& point) const {
+    return m_formatted ? m_formatted->linkAt(point - m_textRect.topLeft()) : QString();
+}
+
 EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {
     const auto sizes = EntryRowLayout::frame(theme);
     const QFontMetrics metrics(theme.font());
     m_room = std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - kGap);
+    m_textRoom = std::max(1, width - 2 * (sizes.boxMargin + sizes.gap));
     m_lineHeight = metrics.lineSpacing();
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = sizes.signSize;
@@ -164,12 +207,25 @@ EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_widt
 }
 
 int EntryHeightEstimate::height(const EntryListModel& model, int row) const {
+    const auto* const entry = model.entry(row);
+    if (entry && !entry->isTodo()) {
+        return textHeight(entry->content()) + m_around;
+    }
     int lines = 1;
-    if (const auto* const entry = model.entry(row)) {
-        const auto length = std::min<std::size_t>(entry->content().size(), 12'000);
+    if (entry) {
+        const auto length = std::min(entry->content().size(), kLongest);
         lines += static_cast<int>(length) * m_characterWidth / m_room;
     }
     return std::max(lines * m_lineHeight, m_lowest) + m_around;
+}
+
+/// Each line of the content is at least one that is shown.
+int EntryHeightEstimate::textHeight(const std::string& content) const {
+    const auto length = std::min(content.size(), kLongest);
+    const auto feeds =
+        std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
+    const int wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
+    return (static_cast<int>(feeds) + 1 + wrapped) * m_lineHeight;
 }
 
 } // namespace korvex::ui

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/EntryListModel.h"
+#include "ui/TextRow.h"
 #include "ui/Theme.h"
 
 #include <QRect>
@@ -37,7 +38,7 @@ DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace);
 class EntryRowLayout {
 public:
     EntryRowLayout(const EntryListModel& model, int row, int width, const Workspace& workspace,
-                   const Theme& theme);
+                   const Theme& theme, const TextLook& look);
 
     int width() const { return m_width; }
     int height() const { return m_height; }
@@ -52,11 +53,18 @@ public:
     /// Where a todo without a due label gets one, while the pointer is over it or it is current.
     QRect scheduleButton() const { return m_scheduleButton; }
 
+    /// Of a text entry; null for all other rows.
+    TextRow* formatted() const { return m_formatted.get(); }
+    /// Of all other rows.
     const QTextLayout& textLayout() const { return *m_text; }
     const DueLabel& dueLabel() const { return m_dueLabel; }
+    /// About how many times the memory of a one-line todo it takes; at least 1.
+    int cost() const { return m_formatted ? m_formatted->cost() : 1; }
 
-    /// The offset in the text under a point.
+    /// The UTF-16 offset in the text under a point.
     int cursorAt(const QPoint& point) const;
+    /// The link under a point, if it may be opened; else empty.
+    QString linkAt(const QPoint& point) const;
 
     /// What all rows have in common, for the editor that takes a row's place.
     struct Frame {
@@ -71,6 +79,12 @@ public:
     static Frame frame(const Theme& theme);
 
 private:
+    void layOutFormatted(const model::Entry& entry, const Workspace& workspace, const Theme& theme,
+                         const TextLook& look);
+    void layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                     const Theme& theme);
+    void setBox(int bottom, const Theme& theme);
+
     int m_width;
     int m_height = 0;
     QRect m_box;
@@ -79,10 +93,12 @@ private:
     QRect m_due;
     QRect m_scheduleButton;
     std::unique_ptr<QTextLayout> m_text;
+    std::unique_ptr<TextRow> m_formatted;
     DueLabel m_dueLabel;
 };
 
-/// Guesses heights from the length of the texts, in nanoseconds a row.
+/// Guesses heights from the length of the texts and, of text entries, from their lines, in some
+/// nanoseconds a row. Decodes nothing.
 class EntryHeightEstimate {
 public:
     EntryHeightEstimate(int width, const Theme& theme);
@@ -91,8 +107,11 @@ public:
     int height(const EntryListModel& model, int row) const;
 
 private:
+    int textHeight(const std::string& content) const;
+
     int m_width;
     int m_room;
+    int m_textRoom;
     int m_lineHeight;
     int m_characterWidth;
     int m_lowest;

@@ -75,7 +75,11 @@ void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
         target = (view - height) / 2;
         break;
     case EnsureVisible:
-        if (y < 0 || height > view) {
+        if (height > view) {
+            // Where most of what is seen is this row already, nothing jumps.
+            const int seen = std::min(y + height, view) - std::max(y, 0);
+            target = seen >= view / 2 ? y : y > 0 ? 0 : view - height;
+        } else if (y < 0) {
             target = 0;
         } else if (y + height > view) {
             target = view - height;

@@ -104,6 +104,7 @@ void MainWindow::addShortcuts() {
             m_page->startTodo();
         }
     });
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { startText(); });
     add(Qt::CTRL | Qt::SHIFT | Qt::Key_N, [this] {
         m_sidebar->show();
         m_sidebar->createBoard();
@@ -205,6 +206,13 @@ void MainWindow::storeChanged() {
     }
 }
 
+void MainWindow::startText() {
+    if (m_page->board()) {
+        showBoard(*m_page->board());
+        m_page->startText();
+    }
+}
+
 void MainWindow::openBoardMenu(model::Board& board, const QPoint& globalPosition) {
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
@@ -218,6 +226,10 @@ void MainWindow::openPageMenu(const QPoint& globalPosition) {
     }
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    auto* const text = menu->addAction(tr("New text"));
+    text->setShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_T);
+    connect(text, &QAction::triggered, this, &MainWindow::startText);
+    menu->addSeparator();
     m_actions->addTo(*menu, *m_page->board());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_workspace.preferences, menu));

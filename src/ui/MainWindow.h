@@ -44,6 +44,7 @@ private:
     void showBoard(model::Board& board);
     void showArchived();
     void storeChanged();
+    void startText();
     void openBoardMenu(model::Board& board, const QPoint& globalPosition);
     void openPageMenu(const QPoint& globalPosition);
 

@@ -13,6 +13,8 @@ namespace {
 constexpr double kButtonRadius = 5;
 constexpr double kCheckBoxRadius = 3;
 constexpr int kCheckBoxSize = 16;
+constexpr int kMenuIconSize = 16;
+constexpr int kMoreButtonSize = 26;
 
 } // namespace
 
@@ -53,6 +55,10 @@ int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
     case PM_IndicatorWidth:
     case PM_IndicatorHeight:
         return m_theme.scaled(kCheckBoxSize);
+    case PM_SmallIconSize: // of the entries of menus
+        return m_theme.scaled(kMenuIconSize);
+    case PM_ToolBarExtensionExtent:
+        return m_theme.scaled(kMoreButtonSize);
     case PM_ButtonShiftHorizontal:
     case PM_ButtonShiftVertical:
         return 0;

@@ -1,14 +1,11 @@
 #pragma once
 
 #include "ui/EntryRowLayout.h"
-#include "ui/Theme.h"
+#include "ui/RowEditor.h"
 
-#include <QFrame>
 #include <QStringList>
 #include <QTextEdit>
 
-class QLabel;
-class QPushButton;
 class QToolButton;
 
 namespace korvex::ui {
@@ -52,8 +49,8 @@ private:
     bool handledAsCommand(QKeyEvent* event);
 };
 
-/// Edits a todo in its row: the text and under it, when something was refused, why. Main thread.
-class TodoEditor final : public QFrame {
+/// Edits a todo in its row. Main thread.
+class TodoEditor final : public RowEditor {
     Q_OBJECT
 
 public:
@@ -62,19 +59,21 @@ public:
     TodoTextEdit& field() { return *m_field; }
     QString text() const { return m_field->toPlainText(); }
     void setText(const QString& text);
+    /// The stored text is this now; what was typed stays.
+    void setOriginal(const QString& text) { m_original = text; }
     /// What the button beside the text says; an empty label offers to make a schedule.
     void setDueLabel(const DueLabel& label);
-    void showError(const QString& message);
-    void clearError();
-    bool hasError() const;
-    /// The height that the row needs at this width.
-    int neededHeight(int width);
+
+    QTextEdit& input() override { return *m_field; }
+    int caret() const override { return m_field->caret(); }
+    void setCaret(int offset) override;
+    bool isChanged() const override { return text() != m_original; }
+    void revert() override { setText(m_original); }
+    QMenu* makeMenu() override { return m_field->createStandardContextMenu(); }
+    int neededHeight(int width) override;
 
 Q_SIGNALS:
-    void neededHeightChanged();
     void scheduleClicked();
-    /// The user gives up what was refused.
-    void discarded();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -85,12 +84,10 @@ private:
     void place();
     TextArrangement arrangement(int room) const;
 
-    const Theme& m_theme;
     TodoTextEdit* m_field;
+    QString m_original;
     QToolButton* m_schedule;
     DueLabel m_dueLabel;
-    QLabel* m_error;
-    QPushButton* m_discard;
 };
 
 } // namespace korvex::ui

@@ -4,6 +4,8 @@
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
 #include "base/Log.h"
+#include "richtext/CodeHighlighter.h"
+#include "richtext/RichTextSerializer.h"
 #include "schedule/ScheduleClock.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
@@ -26,6 +28,8 @@ struct Workspace {
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
     DateTexts& dates;
+    const richtext::RichTextSerializer& serializer;
+    richtext::CodeHighlighter& code;
     base::LogSink& log;
 
     base::Instant now() const { return clock.now(); }

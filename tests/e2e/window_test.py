@@ -80,6 +80,8 @@ class WindowTest(unittest.TestCase):
             "TZ": "UTC", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "xcb", "NO_AT_BRIDGE": "1",
             "DBUS_SESSION_BUS_ADDRESS": "disabled:", "KORVEX_TRACE_STARTUP": "1",
         }
+        if "ASAN_OPTIONS" in os.environ:
+            self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
         if self.with_bus:
             self.start_bus()
 
@@ -120,6 +122,16 @@ class WindowTest(unittest.TestCase):
 
     def type(self, text):
         self.xdotool("type", "--delay", "10", text)
+
+    def picture(self):
+        """What is on the screen, pixel by pixel."""
+        return subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
+                              env=self.environment, capture_output=True, check=True).stdout
+
+    def press_control(self, place):
+        """The control of the format bar that Tab comes to after `place` steps."""
+        self.keys("F6", *["Tab"] * place, "Return")
+        time.sleep(0.3)  # a panel that it opens takes the keyboard
 
     def korvex(self, *arguments):
         return subprocess.run([KORVEX, "--json", *arguments], env=self.environment, text=True,
@@ -182,6 +194,89 @@ class WindowTest(unittest.TestCase):
         self.keys("Escape")
         wait_for(lambda: self.texts("Work") == ["on the second board", "there again"],
                  "both todos on the board")
+
+    def test_a_formatted_text_is_typed_stored_and_shown_again(self):
+        window = self.start_window()
+        self.keys("ctrl+shift+t", "ctrl+alt+1")
+        self.type("Trip to Lisbon")
+        self.keys("Return")
+        self.type("We land on ")
+        self.keys("ctrl+b")
+        self.type("Friday")
+        self.keys("ctrl+b")
+        self.type(", see ")
+        self.keys("ctrl+shift+k")
+        time.sleep(0.3)
+        self.type("example.org")
+        self.keys("Return", "Return", "ctrl+shift+8")
+        self.type("Pack")
+        self.keys("Return", "Tab")
+        self.type("Passport")
+        self.keys("Return", "shift+Tab")
+        self.type("Tell Ada")
+        self.keys("Return", "Return")  # out of the list
+
+        self.press_control(9)
+        self.type("3")
+        self.keys("Tab")
+        self.type("4")
+        self.keys("Return")
+        for cell in range(12):
+            self.type(f"cell {cell}")
+            if cell < 11:
+                self.keys("Tab")
+        self.keys("Down")
+        self.press_control(8)
+        self.type("int main() {")
+        self.keys("Return")
+        self.type("return 1; }")
+        self.press_control(9)  # the one for tables is passed over in code
+        time.sleep(1)  # until the languages are known
+        self.type("c++")
+        self.keys("Return", "Escape")
+
+        entry = wait_for(lambda: self.stored(), "the text to be stored")[0]
+        stored = json.loads(self.korvex("show", entry["id"], "--as", "json"))
+        cells = [f"cell {cell}\n" for cell in range(12)]
+        lines = ["Trip to Lisbon\n", "We land on Friday, see https://example.org\n", "Pack\n",
+                 "Passport\n", "Tell Ada\n", *cells, "\n", "int main() {\n", "return 1; }"]
+        self.assertEqual(stored["text"], "".join(lines))
+
+        def part(run):
+            return stored["text"][run["location"]:run["location"] + run["length"]]
+
+        runs = {part(run): run["attributes"] for run in stored["runs"]}
+        plain = {"font": "system", "size": 13}
+        self.assertEqual(runs, {
+            "Trip to Lisbon\n": {"font": "system", "size": 20, "bold": True},
+            "We land on ": plain,
+            "Friday": plain | {"bold": True},
+            ", see ": plain,
+            "https://example.org": plain | {"link": "https://example.org"},
+            "\nPack\nPassport\nTell Ada\n": plain,
+            "".join(cells[:3]): plain | {"bold": True},
+            "".join(cells[3:]) + "\n": plain,
+            "int main() {\nreturn 1; }": {"font": "monospaced", "size": 13,
+                                          "korvexCodeLanguage": "cpp", "korvexCodeBlock": True},
+        })
+        styles = {part(paragraph): paragraph["style"] for paragraph in stored["paragraphs"]}
+        markers = {line: [each["marker"] for each in style.get("lists", [])]
+                   for line, style in styles.items() if "lists" in style}
+        self.assertEqual(markers, {"Pack\n": ["{disc}"], "Passport\n": ["{disc}", "{circle}"],
+                                   "Tell Ada\n": ["{disc}"]})
+        places = {line: (style["cells"][0]["row"], style["cells"][0]["column"])
+                  for line, style in styles.items() if "cells" in style}
+        self.assertEqual(places, {cell: (i // 3, i % 3) for i, cell in enumerate(cells)})
+
+        self.keys("Home")
+        time.sleep(1)  # until the code has its colours
+        before = self.picture()
+        self.keys("ctrl+q")
+        self.assertEqual(window.wait(PATIENCE), 0)
+        self.start_window()
+        self.keys("Home")
+        wait_for(lambda: self.picture() == before, "the text to look as before")
+        self.assertEqual(json.loads(self.korvex("show", entry["id"], "--as", "json")), stored)
 
     def test_a_second_start_raises_the_first_window(self):
         window = self.start_window()

@@ -1,7 +1,7 @@
 #include "ui/BoardPage.h"
 
 #include "WindowFixture.h"
-#include "services/ServiceErrors.h"
+#include "model/ServiceErrors.h"
 #include "ui/ErrorBanner.h"
 
 #include <QAccessible>
@@ -29,9 +29,9 @@ protected:
     EntryListView& list() { return page.list(); }
     TodoEditor& editor() { return *page.findChild<TodoEditor*>(); }
     bool isEditing() { return !editor().isHidden(); }
-    void key(int code, Qt::KeyboardModifiers modifiers = {}) {
+    void key(int which, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(isEditing() ? static_cast<QWidget*>(&editor().field()) : &list(),
-                        static_cast<Qt::Key>(code), modifiers);
+                        static_cast<Qt::Key>(which), modifiers);
     }
     void type(const char* text) { QTest::keyClicks(&editor().field(), QString::fromUtf8(text)); }
     void paste(const QString& text) {
@@ -143,7 +143,7 @@ TEST_F(BoardPageTest, APasteThatIsRefusedChangesNothing) {
     paste(QStringLiteral("short\n") + QString(10'001, QLatin1Char('x')));
     EXPECT_EQ(editor().text(), QStringLiteral("kept"));
     EXPECT_EQ(editorError(),
-              toQString(services::descriptionOf(services::EntryServiceErrorCase::contentTooLong)));
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
     EXPECT_THAT(storedTexts(*inbox), ::testing::IsEmpty());
 }
 
@@ -186,8 +186,8 @@ TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {
     });
     ASSERT_TRUE(isEditing());
     EXPECT_EQ(editor().text(), QStringLiteral("b typed"));
-    EXPECT_EQ(editorError(), toQString(services::descriptionOf(
-                                 services::EntryServiceErrorCase::entryUnavailable)));
+    EXPECT_EQ(editorError(),
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
     key(Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b typed"));
 }
@@ -277,6 +277,7 @@ TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
 
 TEST_F(BoardPageTest, EveryControlHasAName) {
     page.startTodo();
+    page.startText();
     for (const auto* const widget : page.findChildren<QWidget*>()) {
         if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy()) {
             auto* const accessible = QAccessible::queryAccessibleInterface(

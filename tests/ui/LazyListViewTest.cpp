@@ -79,6 +79,23 @@ QStringList randomHeights(int count, std::mt19937& random) {
     return result;
 }
 
+TEST(LazyListView, ARowHigherThanTheViewJumpsOnlyWhenLittleOfItIsSeen) {
+    LazyList list({"30", "500", "30"});
+    const auto top = [&] { return list.view.visualRect(list.model.index(1)).top(); };
+    const auto scrollTo = [&](int value) {
+        list.view.verticalScrollBar()->setValue(value);
+        list.view.scrollTo(list.model.index(1));
+    };
+    scrollTo(0);
+    EXPECT_EQ(top(), 30) << "most of what is seen is this row";
+    scrollTo(200);
+    EXPECT_EQ(top(), -170);
+    list.view.verticalScrollBar()->setValue(list.view.verticalScrollBar()->maximum());
+    const int last = top();
+    list.view.scrollTo(list.model.index(1));
+    EXPECT_EQ(top(), last);
+}
+
 TEST(LazyListView, MeasuresOnlyWhatIsSeen) {
     std::mt19937 random(1);
     LazyList list(randomHeights(100'000, random));

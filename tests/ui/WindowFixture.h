@@ -53,8 +53,8 @@ protected:
           preferences(defaults, log),
           theme(preferences),
           scheduleClock(clock, runLoop, base::TimeZone::utc, log),
-          workspace{*own.container, own.context, own.boards, own.entries, scheduleClock,
-                    clock,          preferences, defaults,   dates,       log} {
+          workspace{*own.container, own.context, own.boards, own.entries, scheduleClock, clock,
+                    preferences,    defaults,    dates,      serializer,  code,          log} {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
     }
@@ -99,6 +99,9 @@ protected:
     ui::Theme theme;
     schedule::ScheduleClock scheduleClock;
     ui::DateTexts dates;
+    richtext::RichTextSerializer serializer{log};
+    /// Without an engine: code stays uncoloured.
+    richtext::CodeHighlighter code{nullptr, nullptr, runLoop, log};
     ui::Workspace workspace;
     model::Board* inbox = nullptr;
 };

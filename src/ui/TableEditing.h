@@ -1,0 +1,74 @@
+#pragma once
+
+#include "richtext/RichTextTable.h"
+
+#include <array>
+#include <cstddef>
+#include <optional>
+
+class QTextTable;
+
+namespace korvex::ui {
+
+class RichTextEdit;
+
+enum class TableAction {
+    insertRowAbove,
+    insertRowBelow,
+    insertColumnLeft,
+    insertColumnRight,
+    duplicateRow,
+    duplicateColumn,
+    moveRowUp,
+    moveRowDown,
+    moveColumnLeft,
+    moveColumnRight,
+    resetColumnWidth,
+    deleteRow,
+    deleteColumn,
+    deleteTable,
+};
+inline constexpr std::array kTableActions{
+    TableAction::insertRowAbove,    TableAction::insertRowBelow,   TableAction::insertColumnLeft,
+    TableAction::insertColumnRight, TableAction::duplicateRow,     TableAction::duplicateColumn,
+    TableAction::moveRowUp,         TableAction::moveRowDown,      TableAction::moveColumnLeft,
+    TableAction::moveColumnRight,   TableAction::resetColumnWidth, TableAction::deleteRow,
+    TableAction::deleteColumn,      TableAction::deleteTable,
+};
+
+/// The commands on the table that the caret of an editor stands in. Each is one step of undo and
+/// gives what `RichTextTable::Grid` makes of the table. The caret stays in its cell wherever that
+/// goes; an inserted row or column, or the copy of one, gets the caret in the same column or row;
+/// after a deletion it stands in the cell that took the place, or in the last one. Deleting the
+/// only row or column deletes the table; then the caret stands in the paragraph after it. Main
+/// thread; the editor must outlive it.
+class TableEditing final {
+public:
+    explicit TableEditing(RichTextEdit& edit) : m_edit(edit) {}
+
+    /// Whether the command would change anything here.
+    bool isAvailable(TableAction action) const;
+    /// False, and nothing is changed, when the command is not available or the text would become
+    /// longer than an entry may be.
+    bool perform(TableAction action);
+    bool deleteTable() { return perform(TableAction::deleteTable); }
+    /// Of any table of the text. The width is clamped to 80 to 600 points; absent: the default.
+    bool resizeColumn(QTextTable& table, int column, std::optional<richtext::Twips> width);
+
+    /// Selects the content of the next or the previous cell. False at the table's ends, and outside
+    /// of a table.
+    bool nextCell() { return selectNeighbour(1); }
+    bool previousCell() { return selectNeighbour(-1); }
+
+private:
+    /// In the place of the table and of its lead, as one step of undo; then the caret stands at
+    /// this offset of the text.
+    bool replace(const QTextTable& table, const richtext::AttributedString& text,
+                 std::size_t caret);
+    void placeCaret(std::size_t offset);
+    bool selectNeighbour(int direction);
+
+    RichTextEdit& m_edit;
+};
+
+} // namespace korvex::ui
