@@ -1,0 +1,133 @@
+// The longest time from the press of a key to the painted character, in a text of nearly 10,000
+// characters with a table of 20 × 20: in a paragraph at the front, so that all that follows moves
+// when the line wraps, in a cell, in code, and at the end.
+
+#include "support/BenchWindow.h"
+
+#include "richtext/CodeSyntax.h"
+#include "richtext/RichTextTable.h"
+#include "ui/BoardPage.h"
+#include "ui/RichTextEdit.h"
+
+#include <QKeyEvent>
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace {
+
+using namespace korvex;
+using richtext::AttributedString;
+using richtext::RichTextTable;
+
+constexpr double kLongestFrame = 0.016;
+constexpr std::size_t kCharacters = 9'400;
+constexpr int kKeysInEachPlace = 100;
+
+AttributedString table() {
+    auto text = RichTextTable::make(20, 20);
+    const auto cells = RichTextTable::cells(text, RichTextTable::tables(text).front());
+    for (auto cell = cells.rbegin(); cell != cells.rend(); ++cell) {
+        const auto style = text.styleAt(cell->range.location);
+        const std::u16string name{u'c', u'e', u'l',
+                                  u'l', u' ', static_cast<char16_t>(u'a' + cell->cell->row)};
+        text.replace({cell->range.location, 0},
+                     AttributedString(name, text.attributesAt(cell->range.location), style));
+    }
+    return text;
+}
+
+/// Paragraphs, a piece of code, a table, and paragraphs.
+AttributedString longText() {
+    AttributedString text;
+    const auto addParagraphs = [&](std::size_t until) {
+        while (text.length() < until) {
+            text.append(u"We land on Friday evening and have ", {}, {});
+            text.append(u"three days", {.font = {.isBold = true}}, {});
+            text.append(u" before the others come, so the old town can wait until they do.\n", {},
+                        {});
+        }
+    };
+    addParagraphs(2'000);
+    for (int line = 0; line < 20; ++line) {
+        text.append(u"    const auto days = plan(\"Lisbon\", 3); // and nights\n",
+                    richtext::CodeSyntax::attributes("cpp", true), {});
+    }
+    text.append(table());
+    addParagraphs(kCharacters);
+    return text;
+}
+
+class Typing {
+public:
+    Typing()
+        : m_window([](bench::OpenStore& store) {
+              auto entries = store.entries();
+              entries.createText({.rich = longText(), .board = store.inbox(), .now = bench::kNow});
+          }) {
+        auto& page = *m_window.window().findChild<ui::BoardPage*>();
+        bench::PaintCount(*page.list().viewport()).waitForMoreThan(0);
+        Q_EMIT page.list().editRequested(0, 0);
+        m_edit = page.findChild<ui::RichTextEdit*>();
+        m_paints = std::make_unique<bench::PaintCount>(*m_edit->viewport());
+        m_paints->waitForMoreThan(0);
+    }
+
+    /// Seconds for each of the keys, typed behind the first place where the text says `place`.
+    void type(const QString& place, std::vector<double>& times) {
+        auto cursor = m_edit->document()->find(place);
+        cursor.clearSelection();
+        m_edit->setTextCursor(cursor);
+        QApplication::processEvents();
+        const auto text = QStringLiteral("no plans at all ");
+        for (int i = 0; i < kKeysInEachPlace; ++i) {
+            const int paints = m_paints->count();
+            const auto start = std::chrono::steady_clock::now();
+            QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, text.mid(i % text.size(), 1));
+            QApplication::sendEvent(m_edit, &press);
+            m_paints->waitForMoreThan(paints);
+            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+            times.push_back(taken.count());
+        }
+    }
+
+private:
+    bench::BenchWindow m_window;
+    ui::RichTextEdit* m_edit = nullptr;
+    std::unique_ptr<bench::PaintCount> m_paints;
+};
+
+void korvexEditor(benchmark::State& state) {
+    bench::application();
+    for (auto _ : state) {
+        Typing typing;
+        std::vector<double> all;
+        for (const char* const place : {"three", "nights", "cell j", "the others come, so"}) {
+            std::vector<double> times;
+            typing.type(QString::fromLatin1(place), times);
+            state.counters[place] = *std::max_element(times.begin(), times.end());
+            all.insert(all.end(), times.begin(), times.end());
+        }
+        std::sort(all.begin(), all.end());
+        state.SetIterationTime(all.back());
+        state.counters["p99"] = all[all.size() * 99 / 100];
+        state.counters["median"] = all[all.size() / 2];
+    }
+}
+
+void limit(benchmark::State& state) {
+    for (auto _ : state) {
+        state.SetIterationTime(kLongestFrame);
+    }
+}
+
+BENCHMARK(korvexEditor)
+    ->Name("korvex")
+    ->UseManualTime()
+    ->Iterations(1)
+    ->Unit(benchmark::kMillisecond);
+BENCHMARK(limit)->Name("limit")->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+
+} // namespace
