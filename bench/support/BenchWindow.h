@@ -63,23 +63,24 @@ public:
     explicit BenchWindow(const std::function<void(OpenStore&)>& fill)
         : m_store(m_scratch / "Primary.store", fill),
           m_boards(m_store.store.boards()),
-          m_entries(m_store.store.entries()),
+          m_entries(m_store.store.entries(&m_undo)),
           m_defaults(m_scratch / "settings.json"),
           m_preferences(m_defaults, m_log),
           m_theme(m_preferences),
           m_scheduleClock(m_clock, m_runLoop, base::TimeZone::system, m_log),
-          m_workspace{m_store.store.container(),
-                      m_store.store.context(),
-                      m_boards,
-                      m_entries,
-                      m_scheduleClock,
-                      m_clock,
-                      m_preferences,
-                      m_defaults,
-                      m_dates,
-                      m_serializer,
-                      m_code,
-                      m_log},
+          m_workspace{.container = m_store.store.container(),
+                      .context = m_store.store.context(),
+                      .boards = m_boards,
+                      .entries = m_entries,
+                      .undo = m_undo,
+                      .scheduleClock = m_scheduleClock,
+                      .clock = m_clock,
+                      .preferences = m_preferences,
+                      .defaults = m_defaults,
+                      .dates = m_dates,
+                      .serializer = m_serializer,
+                      .code = m_code,
+                      .log = m_log},
           m_window(m_workspace, m_theme) {
         m_window.show();
     }
@@ -99,6 +100,7 @@ private:
     base::StandardErrorLog m_log{base::LogLevel::warning};
     FilledStore m_store;
     services::BoardService m_boards;
+    services::UndoManager m_undo;
     services::EntryService m_entries;
     base::SystemClock m_clock;
     app::FileUserDefaults m_defaults;

@@ -132,7 +132,8 @@ int main(int argc, char* argv[]) {
     store::ModelContext context(*container);
     services::NoReminders reminders;
     services::NoWidgets widgets;
-    services::EntryService entries(context, reminders, widgets, log);
+    services::UndoManager undo;
+    services::EntryService entries(context, reminders, widgets, log, &undo);
     services::BoardService boards(context, reminders, log);
     const base::SystemClock clock;
     if (const auto refused = ui::refusal([&] { boards.initializeDefaultBoards(clock.now()); });
@@ -147,8 +148,19 @@ int main(int argc, char* argv[]) {
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
     richtext::CodeHighlighter code(script.engineFactory(), script.resources(), runLoop, log);
-    const ui::Workspace workspace{*container,  context,  boards, entries,    scheduleClock, clock,
-                                  preferences, defaults, dates,  serializer, code,          log};
+    const ui::Workspace workspace{.container = *container,
+                                  .context = context,
+                                  .boards = boards,
+                                  .entries = entries,
+                                  .undo = undo,
+                                  .scheduleClock = scheduleClock,
+                                  .clock = clock,
+                                  .preferences = preferences,
+                                  .defaults = defaults,
+                                  .dates = dates,
+                                  .serializer = serializer,
+                                  .code = code,
+                                  .log = log};
     ui::MainWindow window(workspace, theme);
     std::unique_ptr<Watchers> watchers;
     const auto startWatching = [&] {

@@ -12,10 +12,11 @@ using model::EntryServiceError;
 using model::EntryServiceErrorCase;
 
 EntryService::EntryService(store::ModelContext& context, ReminderReconciling& reminders,
-                           WidgetReloading& widgets, base::LogSink& log)
+                           WidgetReloading& widgets, base::LogSink& log, UndoManager* undoManager)
     : m_modelContext(&context),
       m_reminders(&reminders),
       m_widgets(&widgets),
+      m_undoManager(undoManager),
       m_log(log, "EntryService"),
       m_serializer(log) {}
 

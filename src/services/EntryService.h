@@ -1,12 +1,15 @@
 #pragma once
 
+#include "backup/BackupDocument.h"
 #include "base/Log.h"
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "model/ServiceErrors.h"
 #include "richtext/RichTextSerializer.h"
+#include "services/AttachmentFiles.h"
 #include "services/Collaborators.h"
 #include "services/NewEntries.h"
+#include "services/UndoManager.h"
 #include "store/ModelContext.h"
 
 #include <functional>
@@ -25,11 +28,15 @@ enum class CompactOrder { no, yes };
 /// The one writer of entries. A value over its context and collaborators, which must outlive it; it
 /// keeps nothing between calls. Every operation is one locked step that checks everything first,
 /// saves once, and on failure leaves records and store as they were. Throws EntryServiceError,
-/// RichTextSerializationError or StoreError. Main thread.
+/// RichTextSerializationError, AttachmentError or StoreError. Main thread.
+///
+/// With an undo manager every change but the creations and the emptying of a board can be undone:
+/// its inverse gives the entries of the change their former fields and places among whatever others
+/// have done meanwhile, and throws `entryUnavailable` where that would write over another's words.
 class EntryService {
 public:
     EntryService(store::ModelContext& context, ReminderReconciling& reminders,
-                 WidgetReloading& widgets, base::LogSink& log);
+                 WidgetReloading& widgets, base::LogSink& log, UndoManager* undoManager = nullptr);
 
     /// The created todos, in order. One blank or too long content rejects the whole batch.
     std::vector<model::Entry*> createTodos(const NewTodos& todos);
@@ -43,6 +50,8 @@ public:
     void completeTodo(model::Entry& entry, base::Instant now,
                       std::optional<base::Instant> completedAt = std::nullopt,
                       CompactOrder compactOrder = CompactOrder::yes);
+    /// Every open todo of the board, in one change.
+    void completeTodos(model::Board& board, base::Instant now);
     /// To `position` among the active entries, clamped; without one to the end.
     void restoreTodo(model::Entry& entry, base::Instant now,
                      std::optional<std::int64_t> position = std::nullopt);
@@ -58,9 +67,29 @@ public:
     void deleteEntry(model::Entry& entry);
     /// All or none of them.
     void deleteEntries(std::span<model::Entry* const> entries);
-    /// Everything on the board, completed todos too.
+    /// Everything on the board, completed todos too. There is no undo.
     void deleteEntries(model::Board& board);
+    /// An entry that was deleted, under its former identifier and where it was.
+    model::Entry& restoreDeletedEntry(const backup::BackupDocument::EntryRecord& record);
 
+    /// Reads the files with `read` and appends them; all of them or none.
+    void attachFiles(std::span<const std::filesystem::path> files, model::Entry& entry,
+                     base::Instant now, const AttachmentReader& read = readAttachments);
+    /// The same of what is in memory, such as a pasted picture.
+    void attach(std::vector<model::EntryAttachment> attachments, model::Entry& entry,
+                base::Instant now);
+    /// Nothing happens when the entry has no such attachment.
+    void removeAttachment(const base::Uuid& id, model::Entry& entry, base::Instant now);
+    /// Directly before or after an attachment of `to`, at the end without one; `from` and `to` may
+    /// be the same entry.
+    void moveAttachment(const base::Uuid& id, model::Entry& from, model::Entry& to,
+                        const std::optional<base::Uuid>& relativeTo,
+                        model::EntryPlacement placement, base::Instant now);
+
+    /// To `position` among the active entries of the other board, clamped; without one to the end.
+    /// A completed todo stays one, behind them.
+    void moveEntry(model::Entry& entry, model::Board& to, base::Instant now,
+                   std::optional<std::int64_t> position = std::nullopt);
     /// Drag within a board: directly before or after the target.
     void moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
                    model::EntryPlacement placement, model::Board& board);
@@ -153,6 +182,7 @@ private:
     store::ModelContext* m_modelContext;
     ReminderReconciling* m_reminders;
     WidgetReloading* m_widgets;
+    UndoManager* m_undoManager;
     base::Logger m_log;
     richtext::RichTextSerializer m_serializer;
 };

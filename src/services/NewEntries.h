@@ -3,6 +3,7 @@
 #include "base/Instant.h"
 #include "base/Uuid.h"
 #include "model/Board.h"
+#include "model/EntryAttachment.h"
 #include "model/TodoSchedule.h"
 #include "richtext/AttributedString.h"
 
@@ -21,6 +22,8 @@ struct NewTodos {
     std::optional<base::Uuid> before = std::nullopt;
     base::Instant now;
     model::TodoSchedule schedule = {};
+    /// Of a single todo; with several contents the batch is refused (`multipleTodos`).
+    std::vector<model::EntryAttachment> attachments = {};
 };
 
 /// What `EntryService::createText` makes: one text entry.
@@ -31,6 +34,8 @@ struct NewText {
     /// Decides when both are given; with neither the entry goes to the end.
     std::optional<base::Uuid> before = std::nullopt;
     base::Instant now;
+    /// None on a heading (`headingAttachments`).
+    std::vector<model::EntryAttachment> attachments = {};
 };
 
 } // namespace korvex::services

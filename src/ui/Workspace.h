@@ -22,6 +22,8 @@ struct Workspace {
     store::ModelContext& context;
     services::BoardService& boards;
     services::EntryService& entries;
+    /// Of the window.
+    services::UndoManager& undo;
     /// Ticks when labels can change.
     schedule::ScheduleClock& scheduleClock;
     const base::Clock& clock;

@@ -29,13 +29,14 @@ struct StoreClient {
         : container(store::ModelContainer::open(model::currentSchema(),
                                                 {.file = file, .allowsSave = allowsSave}, log)),
           context(*container),
-          entries(context, reminders, widgets, log),
+          entries(context, reminders, widgets, log, &undo),
           boards(context, reminders, log) {}
 
     services::NoReminders reminders;
     services::NoWidgets widgets;
     std::unique_ptr<store::ModelContainer> container;
     store::ModelContext context;
+    services::UndoManager undo;
     services::EntryService entries;
     services::BoardService boards;
 };
@@ -53,8 +54,19 @@ protected:
           preferences(defaults, log),
           theme(preferences),
           scheduleClock(clock, runLoop, base::TimeZone::utc, log),
-          workspace{*own.container, own.context, own.boards, own.entries, scheduleClock, clock,
-                    preferences,    defaults,    dates,      serializer,  code,          log} {
+          workspace{.container = *own.container,
+                    .context = own.context,
+                    .boards = own.boards,
+                    .entries = own.entries,
+                    .undo = own.undo,
+                    .scheduleClock = scheduleClock,
+                    .clock = clock,
+                    .preferences = preferences,
+                    .defaults = defaults,
+                    .dates = dates,
+                    .serializer = serializer,
+                    .code = code,
+                    .log = log} {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
     }

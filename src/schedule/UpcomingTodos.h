@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "schedule/UpcomingGroup.h"
+#include "store/ModelContext.h"
+
+namespace korvex::schedule {
+
+/// The upcoming todos of a store, kept up to date: a changed todo is placed anew, the others stay.
+/// Equals `UpcomingGroup::groups` over all entries at all times. Main thread; the context must
+/// outlive it.
+class UpcomingTodos {
+public:
+    UpcomingTodos(store::ModelContext& context, base::Instant now, base::TimeZone zone);
+
+    /// Valid until the next change.
+    const std::vector<UpcomingGroup>& groups() const;
+    /// Of the open ones, over all groups.
+    std::size_t count() const;
+
+    /// "Now" has moved, or the zone is another: whole sections may move.
+    void setNow(base::Instant now, const base::TimeZone& zone);
+    /// Lets a todo that is being completed stay in its place until `release`.
+    void linger(const base::Uuid& id);
+    void release(const base::Uuid& id);
+
+    /// After `groups` has become different; also when only a shown todo's fields have.
+    base::Signal<>& didChange();
+};
+
+} // namespace korvex::schedule

@@ -1,0 +1,73 @@
+#include "services/UndoManager.h"
+
+#include <numeric>
+#include <utility>
+
+namespace korvex::services {
+
+void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse) {
+    Entry entry{std::move(name), cost, std::move(inverse)};
+    if (m_state == State::undoing) {
+        m_redo.push_back(std::move(entry));
+        return;
+    }
+    m_undo.push_back(std::move(entry));
+    if (m_state == State::idle) {
+        m_redo.clear();
+        forgetOldest();
+        m_didChange.emit();
+    }
+}
+
+std::string UndoManager::undoActionName() const {
+    return canUndo() ? m_undo.back().name : std::string();
+}
+
+std::string UndoManager::redoActionName() const {
+    return canRedo() ? m_redo.back().name : std::string();
+}
+
+void UndoManager::undo() {
+    run(m_undo, State::undoing);
+}
+
+void UndoManager::redo() {
+    run(m_redo, State::redoing);
+}
+
+void UndoManager::run(Stack& stack, State state) {
+    if (stack.empty() || m_state != State::idle) {
+        return;
+    }
+    const Entry entry = std::move(stack.back());
+    stack.pop_back();
+    m_state = state;
+    try {
+        entry.inverse();
+    } catch (...) {
+        m_state = State::idle;
+        m_didChange.emit();
+        throw;
+    }
+    m_state = State::idle;
+    m_didChange.emit();
+}
+
+void UndoManager::removeAllActions() {
+    m_undo.clear();
+    m_redo.clear();
+    m_didChange.emit();
+}
+
+void UndoManager::forgetOldest() {
+    auto cost =
+        std::accumulate(m_undo.begin(), m_undo.end(), std::size_t{0},
+                        [](std::size_t sum, const Entry& entry) { return sum + entry.cost; });
+    // The latest stays, whatever it costs.
+    while (m_undo.size() > 1 && (m_undo.size() > kMaximumActions || cost > kMaximumCost)) {
+        cost -= m_undo.front().cost;
+        m_undo.pop_front();
+    }
+}
+
+} // namespace korvex::services
