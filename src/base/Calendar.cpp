@@ -3,6 +3,7 @@
 #include "base/DayArithmetic.h"
 #include "base/IcuText.h"
 #include "base/TimeZoneData.h"
+#include "base/UserLocale.h"
 
 #include <unicode/gregocal.h>
 #include <unicode/simpletz.h>
@@ -65,6 +66,8 @@ bool TimeZone::operator==(const TimeZone& other) const {
 /// ICU's calendar, made at the first question: programs that show no date need none.
 struct Calendar::Engine {
     std::unique_ptr<icu::GregorianCalendar> gregorian;
+    /// Days from Sunday to the first day of a week.
+    std::optional<std::int64_t> firstWeekday;
 
     icu::GregorianCalendar& at(const TimeZone& zone) {
         if (!gregorian) {
@@ -88,6 +91,16 @@ struct Calendar::Engine {
         return calendar;
     }
 
+    std::int64_t firstWeekdayOf(const std::string& locale) {
+        if (!firstWeekday) {
+            UErrorCode status = U_ZERO_ERROR;
+            const icu::GregorianCalendar local(userLocale(locale, "LC_TIME"), status);
+            // The enumeration begins with 1 for Sunday.
+            firstWeekday = U_SUCCESS(status) ? local.getFirstDayOfWeek(status) - 1 : 0;
+        }
+        return *firstWeekday;
+    }
+
     /// The moment that the calendar is set to.
     std::optional<Instant> instant() const {
         UErrorCode status = U_ZERO_ERROR;
@@ -96,7 +109,8 @@ struct Calendar::Engine {
     }
 };
 
-Calendar::Calendar(TimeZone zone) : m_zone(std::move(zone)), m_engine(std::make_unique<Engine>()) {}
+Calendar::Calendar(TimeZone zone, std::string locale)
+    : m_zone(std::move(zone)), m_locale(std::move(locale)), m_engine(std::make_unique<Engine>()) {}
 
 Calendar::~Calendar() = default;
 Calendar::Calendar(Calendar&&) noexcept = default;
@@ -127,6 +141,43 @@ std::optional<Instant> Calendar::startOfDay(Instant instant) const {
         return std::nullopt;
     }
     return this->instant({.year = fields->year, .month = fields->month, .day = fields->day});
+}
+
+std::optional<DateInterval> Calendar::interval(CalendarPeriod period, Instant instant) const {
+    const auto fields = components(instant);
+    const auto today = fields ? daysSince1970({fields->year, fields->month, fields->day})
+                              : std::optional<std::int64_t>();
+    if (!today) {
+        return std::nullopt;
+    }
+    auto first = *today;
+    auto next = first + 1;
+    switch (period) {
+    case CalendarPeriod::day:
+        break;
+    case CalendarPeriod::week: {
+        constexpr std::int64_t kDays = 7;
+        constexpr std::int64_t kWeekdayOf1970 = 4; // a Thursday
+        const auto daysIntoWeek = first + kWeekdayOf1970 - m_engine->firstWeekdayOf(m_locale);
+        first -= (daysIntoWeek % kDays + kDays) % kDays;
+        next = first + kDays;
+        break;
+    }
+    case CalendarPeriod::month:
+        first = *daysSince1970({fields->year, fields->month, 1});
+        next = *daysSince1970(
+            {fields->month == 12 ? fields->year + 1 : fields->year, fields->month % 12 + 1, 1});
+        break;
+    }
+    // By the calendar's days and not by adding to a moment: a day that begins at one o'clock, or
+    // that a zone skipped altogether, moves no other day's start.
+    const auto startOf = [&](std::int64_t day) {
+        const auto civil = civilDay(day);
+        return this->instant({.year = civil.year, .month = civil.month, .day = civil.day});
+    };
+    const auto start = startOf(first);
+    const auto end = startOf(next);
+    return start && end ? std::optional(DateInterval{*start, *end}) : std::nullopt;
 }
 
 std::optional<DateComponents> Calendar::components(Instant instant) const {

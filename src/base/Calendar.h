@@ -46,13 +46,25 @@ struct DateComponents {
 };
 
 enum class CalendarUnit { minute, hour, day };
+enum class CalendarPeriod { day, week, month };
+
+/// From a moment to another, which is no longer part of it.
+struct DateInterval {
+    Instant start;
+    Instant end;
+
+    bool contains(Instant instant) const { return instant >= start && instant < end; }
+    bool operator==(const DateInterval&) const = default;
+};
 
 /// The Gregorian calendar of one time zone, with its change to the Julian calendar before
 /// 1582-10-15: only so is the distant past the day 0001-01-01. A call costs some microseconds.
 /// Not for two threads at once.
 class Calendar {
 public:
-    explicit Calendar(TimeZone zone);
+    /// `locale`, a BCP 47 tag or an ICU name, says on which day a week begins; empty means the
+    /// user's locale, from LC_ALL, LC_TIME or LANG.
+    explicit Calendar(TimeZone zone, std::string locale = {});
     ~Calendar();
     Calendar(Calendar&&) noexcept;
     Calendar& operator=(Calendar&&) noexcept;
@@ -65,6 +77,9 @@ public:
     std::optional<Instant> noon(DayNumber day) const;
     /// The first moment of the day that `instant` lies in; absent outside the valid range.
     std::optional<Instant> startOfDay(Instant instant) const;
+    /// The whole day, week or month that `instant` lies in, from the first moment of its first day
+    /// to the first moment after its last; absent where one of them is outside the valid range.
+    std::optional<DateInterval> interval(CalendarPeriod period, Instant instant) const;
 
     std::optional<DateComponents> components(Instant instant) const;
     /// A time that does not exist that day becomes the next existing one; one that occurs twice,
@@ -77,6 +92,7 @@ public:
 private:
     struct Engine;
     TimeZone m_zone;
+    std::string m_locale;
     std::unique_ptr<Engine> m_engine;
 };
 

@@ -29,6 +29,7 @@ struct DateFormats::Formats {
     Calendar calendar;
     std::unique_ptr<icu::DateFormat> dayWithWeekday;
     std::unique_ptr<icu::DateFormat> day;
+    std::unique_ptr<icu::DateFormat> dayWithFullMonth;
     std::unique_ptr<icu::DateFormat> shortTime;
     std::unique_ptr<icu::DateFormat> dayAndShortTime;
     std::unique_ptr<icu::RelativeDateTimeFormatter> words;
@@ -56,7 +57,7 @@ struct DateFormats::Formats {
 
 DateFormats::DateFormats(std::string locale, TimeZone zone)
     : m_formats(new Formats{.locale = gregorian(userLocale(locale, "LC_TIME")),
-                            .calendar = Calendar(std::move(zone))}) {}
+                            .calendar = Calendar(std::move(zone), locale)}) {}
 
 DateFormats::~DateFormats() = default;
 DateFormats::DateFormats(DateFormats&&) noexcept = default;
@@ -72,6 +73,10 @@ std::string DateFormats::dayWithWeekday(Instant instant) const {
 
 std::string DateFormats::day(Instant instant) const {
     return m_formats->text(m_formats->day, u"yMMMd", instant);
+}
+
+std::string DateFormats::dayWithFullMonth(Instant instant) const {
+    return m_formats->text(m_formats->dayWithFullMonth, u"yMMMMd", instant);
 }
 
 std::string DateFormats::shortTime(Instant instant) const {

@@ -24,6 +24,8 @@ public:
     std::string dayWithWeekday(Instant instant) const;
     /// "Jan 15, 2025"
     std::string day(Instant instant) const;
+    /// "January 15, 2025"
+    std::string dayWithFullMonth(Instant instant) const;
     /// "9:00 AM"
     std::string shortTime(Instant instant) const;
     /// "Jan 15, 2025, 9:00 AM"

@@ -1,5 +1,7 @@
 #include "base/FileReplacement.h"
 
+#include "base/FileDescriptor.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,24 +19,6 @@ namespace fs = std::filesystem;
 std::error_code lastError() {
     return {errno, std::generic_category()};
 }
-
-class Descriptor {
-public:
-    explicit Descriptor(int number) : m_number(number) {}
-    ~Descriptor() {
-        if (m_number >= 0) {
-            ::close(m_number);
-        }
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int get() const { return m_number; }
-    bool isOpen() const { return m_number >= 0; }
-
-private:
-    int m_number;
-};
 
 /// Follows a chain of symbolic links to what it leads to, whether that exists or not.
 std::error_code followLinks(fs::path& file) {
@@ -69,7 +53,8 @@ void takePermissions(int descriptor, const fs::path& target) {
     }
 }
 
-std::error_code fill(const Descriptor& staging, const fs::path& target, std::string_view contents) {
+std::error_code fill(const FileDescriptor& staging, const fs::path& target,
+                     std::string_view contents) {
     if (const auto error = writeAll(staging.get(), contents)) {
         return error;
     }
@@ -79,7 +64,7 @@ std::error_code fill(const Descriptor& staging, const fs::path& target, std::str
 
 /// Makes the rename itself last.
 std::error_code syncFolder(const fs::path& folder) {
-    const Descriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code() : lastError();
 }
 
@@ -97,7 +82,7 @@ std::error_code replaceFile(const fs::path& file, std::string_view contents) {
     }
 
     std::string staged = target.string() + ".XXXXXX";
-    const Descriptor staging(::mkostemp(staged.data(), O_CLOEXEC));
+    const FileDescriptor staging(::mkostemp(staged.data(), O_CLOEXEC));
     if (!staging.isOpen()) {
         return lastError();
     }

@@ -120,6 +120,19 @@ Walk walkCharacters(std::basic_string_view<Unit> text, std::size_t limit) {
     return walk;
 }
 
+/// A place that needs no rules: an end of the text, or between ASCII (but CRLF is one character).
+bool isBetweenAscii(std::string_view text, std::size_t offset) {
+    return offset == 0 || offset >= text.size() ||
+           (isAscii(text[offset - 1]) && isAscii(text[offset]) && text[offset] != '\n');
+}
+
+icu::BreakIterator& openedBreaks(OpenText& text) {
+    UErrorCode status = U_ZERO_ERROR;
+    auto& breaks = characterBreaks();
+    breaks.setText(text.get(), status);
+    return breaks;
+}
+
 } // namespace
 
 bool isValidUtf8(std::string_view text) {
@@ -136,6 +149,19 @@ bool isValidUtf8(std::string_view text) {
             return false;
         }
     }
+}
+
+std::string repairedUtf8(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t next = 0; next < text.size();) {
+        const auto start = next;
+        UChar32 codePoint = 0;
+        U8_NEXT(bytes, next, text.size(), codePoint);
+        result.append(codePoint < 0 ? "\uFFFD" : text.substr(start, next - start));
+    }
+    return result;
 }
 
 std::string_view trimmed(std::string_view text) {
@@ -173,6 +199,48 @@ std::size_t characterCount(std::u16string_view text, std::size_t limit) {
 
 std::string_view characterPrefix(std::string_view text, std::size_t count) {
     return text.substr(0, walkCharacters(text, count).units);
+}
+
+std::size_t characterStart(std::string_view text, std::size_t offset) {
+    if (isBetweenAscii(text, offset)) {
+        return offset;
+    }
+    const auto wanted = static_cast<std::int32_t>(offset);
+    OpenText open(text);
+    auto& breaks = openedBreaks(open);
+    return breaks.isBoundary(wanted) ? offset : static_cast<std::size_t>(breaks.preceding(wanted));
+}
+
+std::size_t characterEnd(std::string_view text, std::size_t offset) {
+    if (isBetweenAscii(text, offset)) {
+        return offset;
+    }
+    OpenText open(text);
+    auto& breaks = openedBreaks(open);
+    // Moves to the next one where this is none.
+    static_cast<void>(breaks.isBoundary(static_cast<std::int32_t>(offset)));
+    return static_cast<std::size_t>(breaks.current());
+}
+
+std::vector<std::string_view> words(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    std::vector<std::string_view> pieces;
+    std::size_t start = 0;
+    for (std::size_t position = 0; position < text.size();) {
+        const auto end = position;
+        UChar32 codePoint = 0;
+        U8_NEXT(bytes, position, text.size(), codePoint);
+        if (codePoint >= 0 && u_isUWhiteSpace(codePoint)) {
+            if (end > start) {
+                pieces.push_back(text.substr(start, end - start));
+            }
+            start = position;
+        }
+    }
+    if (start < text.size()) {
+        pieces.push_back(text.substr(start));
+    }
+    return pieces;
 }
 
 std::optional<std::size_t> byteOffset(std::string_view text, std::size_t utf16Offset) {

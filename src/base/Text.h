@@ -4,12 +4,16 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvex::base {
 
 /// All texts are UTF-8; functions that need valid UTF-8 say so.
 
 bool isValidUtf8(std::string_view text);
+
+/// Valid UTF-8, bytes that are not becoming the replacement character; nothing else changes.
+std::string repairedUtf8(std::string_view text);
 
 /// Without white space and line breaks (Unicode's White_Space) at both ends.
 std::string_view trimmed(std::string_view text);
@@ -22,6 +26,13 @@ std::size_t characterCount(std::u16string_view text, std::size_t limit);
 
 /// The first `count` characters of `text`, all of it when it is shorter.
 std::string_view characterPrefix(std::string_view text, std::size_t count);
+
+/// The nearest place between two characters at or before `offset`, and at or behind it.
+std::size_t characterStart(std::string_view text, std::size_t offset);
+std::size_t characterEnd(std::string_view text, std::size_t offset);
+
+/// The pieces between white space (Unicode's White_Space, line breaks too); views into `text`.
+std::vector<std::string_view> words(std::string_view text);
 
 /// The byte offset of a UTF-16 offset; absent when it lies past the end or inside a character's
 /// surrogate pair.

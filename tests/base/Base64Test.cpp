@@ -22,7 +22,8 @@ TEST(Base64, WritesTheStandardAlphabetWithPadding) {
 
 TEST(Base64, RefusesWhatItDoesNotWrite) {
     for (const auto* const text :
-         {"YWJ", "YWJj=", "+w", "+w=", "YW Jj", "YWJj\n", "-w==", "+x==", "="}) {
+         {"YWJ", "YWJj=", "+w", "+w=", "YW Jj", "YWJj\n", "-w==", "+x==", "=",
+          "====", "A===", "/+9=", "YW=j", "+w==YWJj", "YWJjYW\xc3j", "Y\xffJjYWJj"}) {
         EXPECT_FALSE(bytesOfBase64(text)) << text;
     }
 }

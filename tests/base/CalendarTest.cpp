@@ -142,6 +142,55 @@ TEST(Calendar, StartsADayAtItsFirstMoment) {
     }
 }
 
+TEST(Calendar, MakesPeriodsOfWholeDays) {
+    struct Case {
+        const char* zone;
+        const char* locale;
+        CalendarPeriod period;
+        const char* during;
+        const char* start;
+        const char* end;
+    };
+    using enum CalendarPeriod;
+    for (const auto& each : {
+             Case{"Europe/Berlin", "", day, "2025-03-30T15:00", "2025-03-30T00:00",
+                  "2025-03-31T00:00"},
+             // After a day that begins at one o'clock midnight is where it always is.
+             Case{"America/Sao_Paulo", "", day, "2018-11-04T15:00", "2018-11-04T01:00",
+                  "2018-11-05T00:00"},
+             Case{"Pacific/Apia", "", day, "2011-12-29T15:00", "2011-12-29T00:00",
+                  "2011-12-31T00:00"},
+             Case{"UTC", "", day, "1582-10-04T15:00", "1582-10-04T00:00", "1582-10-15T00:00"},
+             Case{"Europe/Berlin", "de_DE", week, "2025-03-30T23:59", "2025-03-24T00:00",
+                  "2025-03-31T00:00"},
+             Case{"Europe/Berlin", "en-US", week, "2025-03-30T00:00", "2025-03-30T00:00",
+                  "2025-04-06T00:00"},
+             Case{"Europe/Berlin", "fa_IR", week, "2025-01-01T12:00", "2024-12-28T00:00",
+                  "2025-01-04T00:00"},
+             Case{"America/Sao_Paulo", "en_US", week, "2018-11-07T12:00", "2018-11-04T01:00",
+                  "2018-11-11T00:00"},
+             // A week that has no Friday.
+             Case{"Pacific/Apia", "en_GB", week, "2011-12-31T00:00", "2011-12-26T00:00",
+                  "2012-01-02T00:00"},
+             Case{"UTC", "en_GB", week, "1582-10-15T12:00", "1582-10-01T00:00", "1582-10-18T00:00"},
+             Case{"UTC", "en_US", week, "1969-12-31T12:00", "1969-12-28T00:00", "1970-01-04T00:00"},
+             Case{"Asia/Kolkata", "", month, "2024-02-29T23:59", "2024-02-01T00:00",
+                  "2024-03-01T00:00"},
+             Case{"Europe/Berlin", "", month, "2025-12-31T23:59", "2025-12-01T00:00",
+                  "2026-01-01T00:00"},
+             Case{"UTC", "", month, "1582-10-20T12:00", "1582-10-01T00:00", "1582-11-01T00:00"},
+         }) {
+        const Calendar calendar(zone(each.zone), each.locale);
+        const auto interval = calendar.interval(each.period, moment(each.during, each.zone));
+        ASSERT_TRUE(interval) << each.zone << " " << each.during;
+        EXPECT_EQ(textOf(interval->start), textOf(moment(each.start, each.zone))) << each.during;
+        EXPECT_EQ(textOf(interval->end), textOf(moment(each.end, each.zone))) << each.during;
+    }
+    const Calendar utc(TimeZone::utc());
+    EXPECT_FALSE(utc.interval(day, Instant::distantFuture())) << "its end is no date";
+    EXPECT_FALSE(utc.interval(month, {std::numeric_limits<double>::quiet_NaN()}));
+}
+
 TEST(Calendar, AddsDaysOnTheWallClockAndHoursOnTheStopwatch) {
     struct Case {
         const char* zone;

@@ -17,6 +17,7 @@ TEST(DateFormats, SpeaksTheLocale) {
         const char* locale;
         const char* dayWithWeekday;
         const char* day;
+        const char* dayWithFullMonth;
         const char* time;
         const char* dayAndTime;
         const char* words[3];
@@ -26,18 +27,21 @@ TEST(DateFormats, SpeaksTheLocale) {
              Case{"en_US",
                   "Wed, Jan 15, 2025",
                   "Jan 15, 2025",
+                  "January 15, 2025",
                   "9:05\u202fAM",
                   "Jan 15, 2025, 9:05\u202fAM",
                   {"Yesterday", "Today", "Tomorrow"}},
              Case{"en-GB",
                   "Wed, 15 Jan 2025",
                   "15 Jan 2025",
+                  "15 January 2025",
                   "09:05",
                   "15 Jan 2025, 09:05",
                   {"Yesterday", "Today", "Tomorrow"}},
              Case{"de_DE.UTF-8",
                   "Mi., 15. Jan. 2025",
                   "15. Jan. 2025",
+                  "15. Januar 2025",
                   "09:05",
                   "15. Jan. 2025, 09:05",
                   {"Gestern", "Heute", "Morgen"}},
@@ -46,6 +50,7 @@ TEST(DateFormats, SpeaksTheLocale) {
         const auto instant = moment("2025-01-15T09:05", "Europe/Berlin");
         EXPECT_EQ(formats.dayWithWeekday(instant), each.dayWithWeekday);
         EXPECT_EQ(formats.day(instant), each.day);
+        EXPECT_EQ(formats.dayWithFullMonth(instant), each.dayWithFullMonth);
         EXPECT_EQ(formats.shortTime(instant), each.time);
         EXPECT_EQ(formats.dayAndShortTime(instant), each.dayAndTime);
         for (const int offset : {-1, 0, 1}) {

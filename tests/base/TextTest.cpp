@@ -44,6 +44,12 @@ TEST(Text, TellsValidUtf8) {
     }
 }
 
+TEST(Text, RepairsOnlyWhatIsNoUtf8) {
+    EXPECT_EQ(repairedUtf8("a\xff\tb\x1b"), "a\uFFFD\tb\x1b");
+    EXPECT_EQ(repairedUtf8("\xED\xA0\x80é\xE2\x82"), "\uFFFD\uFFFD\uFFFDé\uFFFD");
+    EXPECT_EQ(repairedUtf8("a\0\uFFFD\U0001F600"sv), "a\0\uFFFD\U0001F600"sv);
+}
+
 TEST(Text, TrimsWhiteSpaceOfAllKinds) {
     for (const auto& [text, expected] : {
              std::pair{""sv, ""sv},
