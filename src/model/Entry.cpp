@@ -56,6 +56,10 @@ const std::optional<base::Bytes>& Entry::attachmentData() const {
     return externalBytes(attachmentDataField);
 }
 
+void Entry::forgetAttachmentData() const {
+    forgetExternal(attachmentDataField);
+}
+
 Board* Entry::board() const {
     return static_cast<Board*>(owner());
 }

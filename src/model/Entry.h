@@ -63,10 +63,16 @@ public:
     const std::string& typeRawValue() const { return m_fields.typeRawValue; }
     EntryType type() const { return entryType(m_fields.typeRawValue); }
     bool isTodo() const { return type() == EntryType::todo; }
+    /// A text, or a todo that is open: what a board lists first.
+    bool isActive() const { return !isCompleted() || !isTodo(); }
     const std::string& content() const { return m_fields.content; }
     const std::optional<base::Bytes>& richTextData() const { return m_fields.richTextData; }
     /// Read from the store when first asked for (may throw).
     const std::optional<base::Bytes>& attachmentData() const;
+    /// Gives back the memory of `attachmentData` until it is asked for again, unless it is changed:
+    /// attachments are large, and a context keeps its entries as long as it lives. What
+    /// `attachmentData` returned is no longer valid.
+    void forgetAttachmentData() const;
     base::Instant createdAt() const { return m_fields.createdAt; }
     base::Instant updatedAt() const { return m_fields.updatedAt; }
     std::int64_t sortOrder() const { return m_fields.sortOrder; }

@@ -25,6 +25,8 @@ struct EntryAttachment {
     static constexpr std::size_t kMaximumCount = 3;
     static constexpr std::size_t kMaximumBytes = 10'485'760;
     static constexpr std::size_t kMaximumTotalBytes = 31'457'280;
+    /// More than any file system's names have.
+    static constexpr std::size_t kMaximumFilenameBytes = 1024;
 
     base::Uuid id;
     /// UTF-8; the last component of the file's path.
@@ -33,7 +35,8 @@ struct EntryAttachment {
 
     bool operator==(const EntryAttachment&) const = default;
 
-    /// Not empty, not "." or "..", without slash, backslash, colon and NUL.
+    /// Not empty, not "." or "..", without slash, backslash, colon and NUL. UTF-8, since the stored
+    /// form knows no other text, of at most `kMaximumFilenameBytes`.
     static bool isValidFilename(std::string_view filename);
     /// Throws the AttachmentError of the first rule that the list breaks: count, identifiers,
     /// names, each one's size, the size of all.
@@ -45,7 +48,12 @@ struct EntryAttachment {
     /// The inverse. Absent or empty data is an empty list; throws `invalidData` for whatever is not
     /// a list that `encode` accepts, however damaged or hostile.
     static std::vector<EntryAttachment> decode(std::span<const std::uint8_t> data);
-    static std::vector<EntryAttachment> decode(const std::optional<base::Bytes>& data);
+    static std::vector<EntryAttachment> decode(const base::Bytes& data) {
+        return decode(std::span(data));
+    }
+    static std::vector<EntryAttachment> decode(const std::optional<base::Bytes>& data) {
+        return data ? decode(*data) : std::vector<EntryAttachment>();
+    }
 };
 
 } // namespace korvex::model

@@ -14,8 +14,12 @@ struct ChangeSet {
     std::vector<base::Uuid> inserted;
     std::vector<base::Uuid> updated;
     std::vector<base::Uuid> deleted;
+    /// Rows are gone that were no records here: nobody knows their identifiers any more.
+    bool hasUnknownDeletions = false;
 
-    bool isEmpty() const { return inserted.empty() && updated.empty() && deleted.empty(); }
+    bool isEmpty() const {
+        return inserted.empty() && updated.empty() && deleted.empty() && !hasUnknownDeletions;
+    }
 };
 
 } // namespace korvex::store

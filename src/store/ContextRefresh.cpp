@@ -29,6 +29,7 @@ void ContextCore::refresh() {
                 }
             }
         } else {
+            changes.hasUnknownDeletions = true;
             for (std::size_t index = 0; index < m_tables.size(); ++index) {
                 refreshEverything(index, changes);
             }
@@ -50,6 +51,8 @@ void ContextCore::refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& c
     if (!exists) {
         if (record) {
             goneFromStore(*record, changes);
+        } else {
+            changes.hasUnknownDeletions = true;
         }
         return;
     }

@@ -26,6 +26,19 @@ Value Record::value(std::size_t field) const {
     return readSlot(slot(field), kind);
 }
 
+Value Record::originalValue(std::size_t field) const {
+    const auto original = std::find_if(m_state.originals.begin(), m_state.originals.end(),
+                                       [&](const auto& each) { return each.field == field; });
+    if (original == m_state.originals.end()) {
+        return value(field);
+    }
+    if (m_type->fields[field].kind == FieldKind::externalBytes) {
+        const auto bytes = m_state.context->readExternal(*this, field);
+        return bytes ? Value(*bytes) : Value();
+    }
+    return original->value;
+}
+
 void Record::setValue(std::size_t field, Value value) {
     if (m_type->ownerField == field) {
         Record* owner = nullptr;
@@ -53,6 +66,13 @@ const std::optional<base::Bytes>& Record::externalBytes(std::size_t field) const
         external.isRead = true;
     }
     return external.bytes;
+}
+
+void Record::forgetExternal(std::size_t field) const {
+    auto& external = *static_cast<ExternalBytes*>(slot(field));
+    if (m_state.phase == RecordState::Phase::stored && external.bytes && !isChanged(field)) {
+        external = {.isRead = false, .bytes = std::nullopt};
+    }
 }
 
 void Record::assignExternal(std::size_t field, std::optional<base::Bytes> bytes) {

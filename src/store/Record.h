@@ -63,6 +63,8 @@ public:
 
     /// A copy of a field, whatever its type. Reads external bytes from the store (may throw).
     Value value(std::size_t field) const;
+    /// The same of what the store holds, when the field is changed here.
+    Value originalValue(std::size_t field) const;
     /// Sets a field from a detached value of its kind.
     void setValue(std::size_t field, Value value);
 
@@ -87,6 +89,8 @@ protected:
         didChange(field);
     }
     const std::optional<base::Bytes>& externalBytes(std::size_t field) const;
+    /// As if they had not been read, unless they are not what is stored.
+    void forgetExternal(std::size_t field) const;
     void assignExternal(std::size_t field, std::optional<base::Bytes> bytes);
 
     /// The owner over the relationship, or null.

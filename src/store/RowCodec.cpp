@@ -154,16 +154,21 @@ RowCodec::RowCodec(const RecordType& type)
         m_columnOfField[field] = column;
         ++column;
     }
+    for (std::size_t i = 0; i < type.fields.size(); ++i) {
+        if (type.fields[i].kind == FieldKind::externalBytes) {
+            m_externals.push_back({i, FieldKind::externalBytes, column});
+            ++column;
+        }
+    }
 }
 
 void RowCodec::readRow(const Statement& row, Record& record) const {
     for (const Column& each : m_columns) {
         readSlotFrom(row, each.column, each.kind, record.slot(each.field));
     }
-    for (std::size_t i = 0; i < m_type->fields.size(); ++i) {
-        if (m_type->fields[i].kind == FieldKind::externalBytes) {
-            as<ExternalBytes>(record.slot(i)) = {.isRead = false, .bytes = std::nullopt};
-        }
+    for (const Column& each : m_externals) {
+        const bool isAbsent = row.integer(each.column) == 0;
+        as<ExternalBytes>(record.slot(each.field)) = {.isRead = isAbsent, .bytes = std::nullopt};
     }
 }
 

@@ -13,8 +13,8 @@ class RowCodec {
 public:
     explicit RowCodec(const RecordType& type);
 
-    /// Fills every field from a row of `tableSql::select`; external bytes become unread. Changes no
-    /// bookkeeping.
+    /// Fills every field from a row of `tableSql::select`; external bytes become unread, or absent
+    /// where there are none. Changes no bookkeeping.
     void readRow(const Statement& row, Record& record) const;
     /// One field of such a row.
     Value readField(const Statement& row, std::size_t field) const;
@@ -38,6 +38,8 @@ private:
 
     const RecordType* m_type;
     std::vector<Column> m_columns;
+    /// Where a row says whether there are external bytes.
+    std::vector<Column> m_externals;
     /// By field: its column in a row, or -1.
     std::vector<int> m_columnOfField;
     mutable std::vector<std::uint8_t> m_scratch;

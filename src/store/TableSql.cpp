@@ -97,6 +97,13 @@ std::string select(const RecordType& type) {
     for (const std::size_t field : rowFields(type)) {
         sql += ", " + quoted(type.fields[field].name);
     }
+    // Whether there are external bytes: most records have none, and then need not ask again.
+    for (const Field& field : type.fields) {
+        if (field.kind == FieldKind::externalBytes) {
+            sql += ", EXISTS(SELECT 1 FROM " + externalTable(type, field) +
+                   " WHERE owner = " + quoted(type.name) + ".rowid)";
+        }
+    }
     return sql + " FROM " + quoted(type.name);
 }
 

@@ -26,7 +26,8 @@ std::vector<std::string> createStatements(const RecordType& type);
 /// Tables that every store has: its identity and the log of changes.
 std::vector<std::string> createCommonStatements();
 
-/// "SELECT rowid, version, checksum, fields… FROM type"; a condition can be appended.
+/// "SELECT rowid, version, checksum, fields…, whether there are external bytes… FROM type"; a
+/// condition can be appended.
 std::string select(const RecordType& type);
 std::string insert(const RecordType& type);
 /// Sets the given fields, the version and the checksum of the row with a rowid and a version.

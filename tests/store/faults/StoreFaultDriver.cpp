@@ -8,6 +8,7 @@
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
 #include "richtext/RichTextSerializer.h"
+#include "services/AttachmentList.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
@@ -77,7 +78,8 @@ std::string state(Program& program) {
         for (const model::Entry* entry : entries) {
             text << ' ' << entry->sortOrder() << (entry->isCompleted() ? '+' : '-')
                  << entry->typeRawValue() << ':' << entry->content() << '/'
-                 << entry->richTextData().value_or(base::Bytes()).size() << '@'
+                 << entry->richTextData().value_or(base::Bytes()).size() << '&'
+                 << entry->attachmentData().value_or(base::Bytes()).size() << '@'
                  << entry->updatedAt().seconds;
         }
     }
@@ -88,18 +90,28 @@ richtext::AttributedString plain(std::string_view text) {
     return richtext::RichTextSerializer::plainRichText(text);
 }
 
+/// Larger than a page of the store.
+model::EntryAttachment attachment(std::string filename) {
+    return {.id = base::Uuid::random(),
+            .filename = std::move(filename),
+            .data = base::Bytes(20'000, std::uint8_t{'x'})};
+}
+
 void createStore(Program& program) {
     program.boards().initializeDefaultBoards(kNow);
 }
 
 void prepare(Program& program) {
     createStore(program);
+    program.boards().createBoard("Work", kNow);
     std::vector<std::string> contents;
     for (int i = 0; i < kPreparedTodos; ++i) {
         contents.push_back("todo " + std::to_string(i));
     }
     program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
     program.entries().completeTodo(*program.todos().at(3), kNow);
+    program.entries().attach({attachment("first"), attachment("second")}, *program.todos().back(),
+                             kNow);
     program.entries().createText({.rich = plain("a text of two halves"),
                                   .board = program.inbox(),
                                   .before = program.todos().at(1)->id(),
@@ -140,6 +152,36 @@ void remove(Program& program) {
     program.entries().deleteEntry(*program.todos().front());
 }
 
+void attach(Program& program) {
+    program.entries().attach({attachment("a"), attachment("b")}, *program.todos().front(), kLater);
+}
+
+/// Two entries change.
+void moveAttachment(Program& program) {
+    model::Entry& from = *program.todos().back();
+    const auto attached = services::attachmentsOf(from).attachments;
+    program.entries().moveAttachment(attached.at(0).id, from, *program.todos().front(),
+                                     std::nullopt, model::EntryPlacement::after, kLater);
+}
+
+/// Two boards are renumbered.
+void moveToBoard(Program& program) {
+    program.entries().moveEntry(*program.todos().front(), *program.boards().boards().back(), kLater,
+                                0);
+}
+
+void completeAll(Program& program) {
+    program.entries().completeTodos(program.inbox(), kLater);
+}
+
+/// As undoing a deletion does.
+void restoreDeleted(Program& program) {
+    auto record = backup::recordOf(*program.todos().front(), program.inbox().id());
+    record.id = base::Uuid::random();
+    record.content = "deleted before";
+    program.entries().restoreDeletedEntry(record);
+}
+
 /// A unit of work by hand: changed, inserted and deleted records in one save, which stay pending
 /// until a save succeeds. The services take back what they could not save.
 void save(Program& program) {
@@ -166,11 +208,21 @@ void checkpoint(Program& program) {
 
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
-    {"prepare", prepare}, {"create-store", createStore},
-    {"create", create},   {"complete", complete},
-    {"reorder", reorder}, {"split", split},
-    {"type", changeType}, {"delete", remove},
-    {"save", save},       {"checkpoint", checkpoint},
+    {"prepare", prepare},
+    {"create-store", createStore},
+    {"create", create},
+    {"complete", complete},
+    {"reorder", reorder},
+    {"split", split},
+    {"type", changeType},
+    {"delete", remove},
+    {"attach", attach},
+    {"move-attachment", moveAttachment},
+    {"move-board", moveToBoard},
+    {"complete-all", completeAll},
+    {"restore-deleted", restoreDeleted},
+    {"save", save},
+    {"checkpoint", checkpoint},
 };
 
 /// Whether it succeeded; a refusal is said.

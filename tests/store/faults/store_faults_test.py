@@ -23,7 +23,9 @@ WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,lin
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
 OPENING = "open,openat"
 ERRORS = ("ENOSPC", "EIO", "EROFS")
-OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "save",
+OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
+              "move-attachment", "move-board",
+              "complete-all", "restore-deleted", "save",
               "checkpoint")
 # In a folder of its own, which a new store makes.
 DATA = "data"
