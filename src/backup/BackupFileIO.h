@@ -9,7 +9,8 @@
 namespace korvex::backup::BackupFileIO {
 
 /// The one byte form of a document: JSON without blanks, the keys of each object in ascending
-/// order, absent fields left out. Throws `tooLarge`.
+/// order, absent fields left out; bytes of a text that are no UTF-8 become the replacement
+/// character. Throws `tooLarge`, and `invalidDocument` for a date that is no finite number.
 base::Bytes encode(const BackupDocument& document);
 /// The inverse, lenient only where a document of another version may differ: unknown keys are
 /// passed over, null is absent. Throws `tooLarge` (judged by the length alone) and otherwise

@@ -1,0 +1,80 @@
+#include "backup/BackupFileIO.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace korvex::backup::BackupFileIO {
+
+namespace {
+
+constexpr std::size_t kChunkBytes = 1024 * 1024;
+
+[[noreturn]] void fail(const char* what, const std::filesystem::path& file) {
+    throw std::filesystem::filesystem_error(what, file,
+                                            std::error_code(errno, std::generic_category()));
+}
+
+class OpenFile {
+public:
+    /// Without waiting for who writes into a pipe.
+    explicit OpenFile(const std::filesystem::path& file)
+        : m_descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
+        if (m_descriptor < 0) {
+            fail("open", file);
+        }
+    }
+    ~OpenFile() { ::close(m_descriptor); }
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    int descriptor() const { return m_descriptor; }
+
+private:
+    int m_descriptor;
+};
+
+std::size_t sizeWithinLimit(std::uint64_t size) {
+    if (size > BackupDocument::kMaximumBytes) {
+        throw BackupError(BackupErrorCase::tooLarge);
+    }
+    return static_cast<std::size_t>(size);
+}
+
+} // namespace
+
+base::Bytes readFile(const std::filesystem::path& file) {
+    const OpenFile open(file);
+    struct stat status {};
+    if (::fstat(open.descriptor(), &status) != 0) {
+        fail("stat", file);
+    }
+    if (!S_ISREG(status.st_mode)) {
+        throw BackupError(BackupErrorCase::invalidDocument);
+    }
+    // Room for one byte more than the file has: that it stays free shows where the file ends, even
+    // if it has grown meanwhile.
+    base::Bytes bytes(sizeWithinLimit(static_cast<std::uint64_t>(status.st_size)) + 1);
+    std::size_t used = 0;
+    while (true) {
+        const auto count = ::read(open.descriptor(), bytes.data() + used, bytes.size() - used);
+        if (count < 0 && errno != EINTR) {
+            fail("read", file);
+        }
+        if (count == 0) {
+            break;
+        }
+        used += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        if (used == bytes.size()) {
+            bytes.resize(
+                std::min(sizeWithinLimit(used) + kChunkBytes, BackupDocument::kMaximumBytes + 1));
+        }
+    }
+    bytes.resize(used);
+    return bytes;
+}
+
+} // namespace korvex::backup::BackupFileIO
