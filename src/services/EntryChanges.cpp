@@ -33,6 +33,13 @@ std::string onOneLine(std::u16string_view text) {
     return joined;
 }
 
+/// About how many bytes a record keeps.
+std::size_t sizeOf(const backup::BackupDocument::EntryRecord& record) {
+    return sizeof(record) + record.content.size() +
+           (record.richTextData ? record.richTextData->size() : 0) +
+           (record.attachmentData ? record.attachmentData->size() : 0);
+}
+
 } // namespace
 
 void EntryService::completeTodo(Entry& given, base::Instant now,
@@ -43,7 +50,7 @@ void EntryService::completeTodo(Entry& given, base::Instant now,
     if (entry.isCompleted()) {
         return;
     }
-    change([&] {
+    change({.name = "Complete Todo", .entries = {&entry}}, [&] {
         entry.setIsCompleted(true);
         entry.setCompletedAt(completedAt.value_or(now));
         entry.setUpdatedAt(now);
@@ -63,7 +70,7 @@ void EntryService::restoreTodo(Entry& given, base::Instant now,
     if (!entry.isCompleted()) {
         return;
     }
-    change([&] {
+    change({.name = "Restore Todo", .entries = {&entry}}, [&] {
         std::vector<Entry*> active;
         if (const model::Board* board = entry.board()) {
             active = activeEntries(*board);
@@ -86,7 +93,7 @@ void EntryService::updateTodo(Entry& given, std::string_view content, base::Inst
     const store::LockedStep step(*m_modelContext);
     Entry& entry = persisted(given, EntryType::todo);
     auto text = normalized(content);
-    change([&] {
+    change({.name = "Edit Todo", .entries = {&entry}}, [&] {
         entry.setContent(std::move(text));
         entry.setUpdatedAt(now);
     });
@@ -100,7 +107,7 @@ void EntryService::updateSchedule(Entry& given, const model::TodoSchedule& sched
     const store::LockedStep step(*m_modelContext);
     Entry& entry = persisted(given, EntryType::todo);
     validate(schedule, entry.reminderDate(), now);
-    change([&] {
+    change({.name = "Change Schedule", .entries = {&entry}}, [&] {
         entry.setSchedule(schedule);
         entry.setUpdatedAt(now);
     });
@@ -117,7 +124,8 @@ void EntryService::updateText(Entry& given, const richtext::AttributedString& ri
         deleteEntry(entry);
         return;
     }
-    change([&] { setText(entry, std::move(*text), now); });
+    change({.name = "Edit Text", .entries = {&entry}},
+           [&] { setText(entry, std::move(*text), now); });
     logDone("Updated text entry", entry.id());
 }
 
@@ -143,7 +151,7 @@ void EntryService::becomeTodo(Entry& entry, base::Instant now) {
     }
     const auto text = richtext::richText(entry, m_serializer);
     auto content = normalized(onOneLine(text.text()));
-    change([&] {
+    change({.name = "Change to Todo", .entries = {&entry}}, [&] {
         entry.setType(EntryType::todo);
         entry.setContent(std::move(content));
         entry.setRichTextData(std::nullopt);
@@ -163,7 +171,7 @@ void EntryService::becomeText(Entry& entry, base::Instant now) {
         throw EntryServiceError(EntryServiceErrorCase::emptyContent);
     }
     const bool wasCompleted = entry.isCompleted();
-    change([&] {
+    change({.name = "Change to Text", .entries = {&entry}}, [&] {
         setText(entry, std::move(*text), now);
         entry.setType(EntryType::text);
         entry.setIsCompleted(false);
@@ -175,6 +183,30 @@ void EntryService::becomeText(Entry& entry, base::Instant now) {
     });
 }
 
+void EntryService::completeTodos(model::Board& board, base::Instant now) {
+    const store::LockedStep step(*m_modelContext);
+    validateBoard(board);
+    const auto todos = activeTodos(board);
+    if (todos.empty()) {
+        return;
+    }
+    change({.name = "Complete Todos", .entries = todos}, [&] {
+        for (Entry* const todo : todos) {
+            todo->setIsCompleted(true);
+            todo->setCompletedAt(now);
+            todo->setUpdatedAt(now);
+        }
+        assignSortOrder(activeEntries(board), board);
+    });
+    std::vector<base::Uuid> ids;
+    for (const Entry* const todo : todos) {
+        ids.push_back(todo->id());
+        logDone("Completed todo", todo->id());
+    }
+    m_reminders->removePending(ids);
+    todosChanged();
+}
+
 void EntryService::deleteEntry(Entry& entry) {
     Entry* const entries[] = {&entry};
     deleteEntries(entries);
@@ -182,12 +214,26 @@ void EntryService::deleteEntry(Entry& entry) {
 
 void EntryService::deleteEntries(std::span<Entry* const> given) {
     const store::LockedStep step(*m_modelContext);
-    for (Entry* entry : given) {
+    std::size_t cost = 0;
+    std::vector<backup::BackupDocument::EntryRecord> records;
+    for (Entry* const entry : given) {
         persisted(*entry);
+        if (m_undoManager && entry->boardID()) {
+            records.push_back(backup::recordOf(*entry, *entry->boardID()));
+            cost += sizeOf(records.back());
+            // What is deleted lives on as a shell: not with megabytes in it.
+            entry->forgetAttachmentData();
+        }
     }
     remove(given);
-    for (const Entry* entry : given) {
+    for (const Entry* const entry : given) {
         logDone("Deleted entry", entry->id());
+    }
+    if (!records.empty()) {
+        const auto name = given.size() == 1 ? "Delete Entry" : "Delete Entries";
+        registerUndo(name, cost, [records = std::move(records), name](EntryService& service) {
+            service.restoreDeleted(name, records);
+        });
     }
 }
 

@@ -4,6 +4,7 @@
 #include "base/Utf16.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace korvex::services {
 
@@ -21,6 +22,10 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
     for (const std::string& content : todos.contents) {
         contents.push_back(normalized(content));
     }
+    if (contents.size() > 1 && !todos.attachments.empty()) {
+        throw model::AttachmentError(model::AttachmentErrorCase::multipleTodos);
+    }
+    auto attachmentData = model::EntryAttachment::encode(todos.attachments);
 
     const store::LockedStep step(*m_modelContext);
     validateBoard(todos.board);
@@ -34,11 +39,13 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
                                    .createdAt = todos.now},
                                   todos.board);
             entry.setSchedule(todos.schedule);
+            entry.setAttachmentData(std::exchange(attachmentData, std::nullopt));
             created.push_back(&entry);
         }
         number(created, std::move(found), todos.board);
     });
     for (const Entry* entry : created) {
+        entry->forgetAttachmentData();
         logDone("Created todo", entry->id());
     }
     todosChanged();
@@ -46,18 +53,25 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
 }
 
 Entry& EntryService::createText(const NewText& text) {
-    auto content = stored(text.rich);
-    if (!content) {
+    const auto rich = accepted(text.rich);
+    if (!rich) {
         throw EntryServiceError(EntryServiceErrorCase::emptyContent);
     }
+    if (!text.attachments.empty() && richtext::RichTextSerializer::headingLevel(*rich)) {
+        throw EntryServiceError(EntryServiceErrorCase::headingAttachments);
+    }
+    auto content = encoded(*rich);
+    auto attachmentData = model::EntryAttachment::encode(text.attachments);
     const store::LockedStep step(*m_modelContext);
     validateBoard(text.board);
     auto found = place(text.after, text.before, text.board);
     Entry* created = nullptr;
     change([&] {
-        created = &insertText(std::move(*content), text.board, text.now);
+        created = &insertText(std::move(content), text.board, text.now);
+        created->setAttachmentData(std::move(attachmentData));
         number({&created, 1}, std::move(found), text.board);
     });
+    created->forgetAttachmentData();
     logDone("Created text entry", created->id());
     return *created;
 }
@@ -87,17 +101,26 @@ Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& b
     return *created;
 }
 
-std::optional<EntryService::StoredText>
-EntryService::stored(const richtext::AttributedString& rich) const {
-    const auto text = richtext::RichTextSerializer::normalized(rich);
+std::optional<richtext::AttributedString>
+EntryService::accepted(const richtext::AttributedString& rich) {
+    auto text = richtext::RichTextSerializer::normalized(rich);
     if (!richtext::RichTextSerializer::isWithinLimits(text.text())) {
         throw EntryServiceError(EntryServiceErrorCase::contentTooLong);
     }
-    auto content = base::utf8(text.text());
-    if (base::trimmed(content).empty()) {
+    if (base::trimmed(base::utf8(text.text())).empty()) {
         return std::nullopt;
     }
-    return StoredText{.content = std::move(content), .richTextData = m_serializer.encode(text)};
+    return text;
+}
+
+EntryService::StoredText EntryService::encoded(const richtext::AttributedString& text) const {
+    return {.content = base::utf8(text.text()), .richTextData = m_serializer.encode(text)};
+}
+
+std::optional<EntryService::StoredText>
+EntryService::stored(const richtext::AttributedString& rich) const {
+    const auto text = accepted(rich);
+    return text ? std::optional(encoded(*text)) : std::nullopt;
 }
 
 void EntryService::setText(Entry& entry, StoredText text, base::Instant now) {

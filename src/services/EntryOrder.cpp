@@ -1,6 +1,7 @@
 #include "services/EntryService.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace korvex::services {
 
@@ -9,6 +10,8 @@ using model::EntryServiceError;
 using model::EntryServiceErrorCase;
 
 namespace {
+
+constexpr auto kAtEnd = std::numeric_limits<std::int64_t>::max();
 
 bool isOrdered(const Entry* left, const Entry* right) {
     return EntryService::ordered(*left, *right);
@@ -19,10 +22,6 @@ void sortInOrder(std::vector<Entry*>& entries) {
     if (!std::is_sorted(entries.begin(), entries.end(), isOrdered)) {
         std::sort(entries.begin(), entries.end(), isOrdered);
     }
-}
-
-bool isActive(const Entry& entry) {
-    return !entry.isCompleted() || !entry.isTodo();
 }
 
 template <typename Predicate>
@@ -64,13 +63,13 @@ std::vector<Entry*> EntryService::activeEntries(std::span<Entry* const> entries,
     std::vector<Entry*> active;
     std::copy_if(
         entries.begin(), entries.end(), std::back_inserter(active),
-        [&](const Entry* entry) { return isActive(*entry) && entry->boardID() == boardID; });
+        [&](const Entry* entry) { return entry->isActive() && entry->boardID() == boardID; });
     sortInOrder(active);
     return active;
 }
 
 std::vector<Entry*> EntryService::activeEntries(const model::Board& board) {
-    return entriesOf(board, isActive);
+    return entriesOf(board, [](const Entry& entry) { return entry.isActive(); });
 }
 
 std::vector<Entry*> EntryService::activeTodos(const model::Board& board) {
@@ -79,13 +78,17 @@ std::vector<Entry*> EntryService::activeTodos(const model::Board& board) {
 }
 
 std::vector<Entry*> EntryService::completedTodos(const model::Board& board) {
-    auto completed = entriesOf(board, [](const Entry& entry) { return !isActive(entry); });
+    auto completed = completedInOrder(board);
     std::stable_sort(completed.begin(), completed.end(), [](const Entry* left, const Entry* right) {
         // A completed todo without its moment comes from elsewhere; it goes last.
         return left->completedAt().value_or(base::Instant::distantPast()) >
                right->completedAt().value_or(base::Instant::distantPast());
     });
     return completed;
+}
+
+std::vector<Entry*> EntryService::completedInOrder(const model::Board& board) {
+    return entriesOf(board, [](const Entry& entry) { return !entry.isActive(); });
 }
 
 std::size_t EntryService::insertionIndex(const std::optional<base::Uuid>& after,
@@ -103,7 +106,7 @@ std::size_t EntryService::insertionIndex(const std::optional<base::Uuid>& after,
 void EntryService::assignSortOrder(std::span<Entry* const> entries, const model::Board& board,
                                    const std::unordered_set<base::Uuid>& excluding) {
     const auto completed = entriesOf(board, [&](const Entry& entry) {
-        return !isActive(entry) && !excluding.contains(entry.id());
+        return !entry.isActive() && !excluding.contains(entry.id());
     });
     numberFrom(0, entries, completed);
 }
@@ -138,7 +141,7 @@ void EntryService::moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
         ++place;
     }
     active.insert(place, entry);
-    persistOrder(active, board);
+    change({.name = "Move Entry", .entries = {entry}}, [&] { assignSortOrder(active, board); });
 }
 
 void EntryService::moveEntry(const base::Uuid& id, std::int64_t offset, model::Board& board) {
@@ -166,11 +169,21 @@ void EntryService::normalizeSortOrder(model::Board& board, SaveChanges saveChang
     }
     const store::LockedStep step(*m_modelContext);
     validateBoard(board);
-    persistOrder(activeEntries(board), board);
+    change([&] { assignSortOrder(activeEntries(board), board); });
 }
 
-void EntryService::persistOrder(std::span<Entry* const> entries, const model::Board& board) {
-    change([&] { assignSortOrder(entries, board); });
+void EntryService::moveEntry(Entry& given, model::Board& to, base::Instant now,
+                             std::optional<std::int64_t> position) {
+    const store::LockedStep step(*m_modelContext);
+    Entry* const entry = &persisted(given);
+    validateBoard(to);
+    change({.name = "Move to Board", .entries = {entry}}, [&] {
+        entry->setUpdatedAt(now);
+        const std::pair<Entry*, EntryPlace> place{
+            entry, {.board = to.id(), .sortOrder = position.value_or(kAtEnd)}};
+        putInPlace({&place, 1});
+    });
+    todosChanged();
 }
 
 } // namespace korvex::services

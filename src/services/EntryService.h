@@ -8,6 +8,7 @@
 #include "richtext/RichTextSerializer.h"
 #include "services/AttachmentFiles.h"
 #include "services/Collaborators.h"
+#include "services/EntryUndo.h"
 #include "services/NewEntries.h"
 #include "services/UndoManager.h"
 #include "store/ModelContext.h"
@@ -19,6 +20,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace korvex::services {
@@ -81,7 +83,7 @@ public:
     /// Nothing happens when the entry has no such attachment.
     void removeAttachment(const base::Uuid& id, model::Entry& entry, base::Instant now);
     /// Directly before or after an attachment of `to`, at the end without one; `from` and `to` may
-    /// be the same entry.
+    /// be the same entry. Nothing happens when `from` has no such attachment.
     void moveAttachment(const base::Uuid& id, model::Entry& from, model::Entry& to,
                         const std::optional<base::Uuid>& relativeTo,
                         model::EntryPlacement placement, base::Instant now);
@@ -105,6 +107,8 @@ public:
     static std::vector<model::Entry*> activeTodos(const model::Board& board);
     /// Most recently completed first; equal instants in the board's order.
     static std::vector<model::Entry*> completedTodos(const model::Board& board);
+    /// The same as they are numbered.
+    static std::vector<model::Entry*> completedInOrder(const model::Board& board);
 
     /// Where a new entry goes among `active`; throws `invalidReorder` for an identifier not in it.
     static std::size_t insertionIndex(const std::optional<base::Uuid>& after,
@@ -150,6 +154,10 @@ private:
 
     /// Absent when nothing but white space is left of it; throws `contentTooLong`.
     std::optional<StoredText> stored(const richtext::AttributedString& rich) const;
+    /// The two halves of that: what is checked first, and how it is stored.
+    static std::optional<richtext::AttributedString>
+    accepted(const richtext::AttributedString& rich);
+    StoredText encoded(const richtext::AttributedString& text) const;
     static void setText(model::Entry& entry, StoredText text, base::Instant now);
 
     /// Answers that from the store without making records of all active entries: a capture into a
@@ -166,16 +174,45 @@ private:
 
     model::Entry& persisted(model::Entry& entry) const;
     model::Entry& persisted(model::Entry& entry, model::EntryType type) const;
-    void persistOrder(std::span<model::Entry* const> entries, const model::Board& board);
+    /// Throws `headingAttachments` too.
+    model::Entry& persistedForAttaching(model::Entry& entry) const;
+    static void updateAttachments(model::Entry& entry, std::optional<base::Bytes> data,
+                                  base::Instant now);
     void becomeTodo(model::Entry& entry, base::Instant now);
     void becomeText(model::Entry& entry, base::Instant now);
     /// Deletes them, closes the gaps on their boards and saves.
     void remove(std::span<model::Entry* const> entries);
+    /// A change that can be taken back: what the user calls it, and the entries that it means to
+    /// change or move. Others only make room for them.
+    struct Undoable {
+        std::string_view name;
+        std::vector<model::Entry*> entries;
+    };
+    /// Makes the change, saves it and registers its inverse.
+    void change(const Undoable& undoable, const std::function<void()>& makeChange);
     /// Makes the change and saves it. Whatever fails, all of it is taken back: created entries
     /// leave the context and their board, every other entry gets its former fields and place.
     void change(const std::function<void()>& makeChange);
     void save();
     void todosChanged();
+
+    /// What is pending of this entry.
+    static EntryChange changeOf(const model::Entry& entry);
+    void registerUndo(std::string_view name, std::size_t cost,
+                      std::function<void(EntryService&)> inverse) const;
+    /// Undoes what is still as these changes have left it; refuses where it would write over words
+    /// that another has written since.
+    void takeBack(std::string_view name, std::span<const EntryChange> changes);
+    void logTakenBack(const model::Entry& entry, const EntryChange& change) const;
+    /// Moves the entries to their places and closes the gaps that they leave.
+    void putInPlace(std::span<const std::pair<model::Entry*, EntryPlace>> places);
+    std::vector<model::Entry*>
+    restoreDeleted(std::string_view name,
+                   std::span<const backup::BackupDocument::EntryRecord> records);
+    void deleteAgain(std::span<const base::Uuid> ids);
+    static model::EntryFields fieldsOf(const backup::BackupDocument::EntryRecord& record);
+    model::Board& boardOf(const base::Uuid& id) const;
+
     /// One line about one entry, whose identifier is masked.
     void logDone(std::string_view what, const base::Uuid& id) const;
 

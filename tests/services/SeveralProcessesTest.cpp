@@ -60,6 +60,7 @@ protected:
 
 TEST_F(SeveralProcessesTest, TwoWriteAndAThirdIsKilledAgainAndAgain) {
     add({"seen by all"});
+    const auto& other = boards->createBoard("Office", kNow);
     const pid_t first = start(1, changesPerProcess());
     const pid_t second = start(2, changesPerProcess());
     std::mt19937 random(3);
@@ -84,8 +85,9 @@ TEST_F(SeveralProcessesTest, TwoWriteAndAThirdIsKilledAgainAndAgain) {
 
     context->refresh();
     storedOrder(*board);
+    storedOrder(other);
     std::set<std::string> stored;
-    for (const Entry* entry : board->entries()) {
+    for (const Entry* entry : context->fetch<Entry>()) {
         stored.insert(entry->id().text());
     }
     std::set<std::string> acknowledged;

@@ -19,9 +19,16 @@ using services::EntryService;
 
 namespace {
 
+/// An undo that comes too late is expected, and logged.
+class SilentLog final : public base::LogSink {
+public:
+    void write(base::LogLevel, std::string_view, std::string_view) override {}
+};
+
 /// A program of its own on the store: creates, completes, restores, edits, moves and splits entries
-/// at random, changes their types and deletes some. Writes down each identifier that it was told is
-/// stored, and with a minus before it each that it is about to delete.
+/// at random, also between boards, changes their types, deletes some, and takes changes back.
+/// Writes down each identifier that it was told is stored, and with a minus before it each that it
+/// is about to delete.
 class Worker {
 public:
     Worker(const std::filesystem::path& storeFile, const base::Uuid& board, unsigned seed,
@@ -29,7 +36,7 @@ public:
         : m_container(
               store::ModelContainer::open(model::currentSchema(), {.file = storeFile}, m_log)),
           m_context(*m_container),
-          m_entries(m_context, m_reminders, m_widgets, m_log),
+          m_entries(m_context, m_reminders, m_widgets, m_log, &m_undo),
           m_board(m_context.find<model::Board>(board)),
           m_random(seed),
           m_journal(journal, std::ios::app) {}
@@ -49,7 +56,7 @@ public:
                 return;
             }
             Entry& entry = *active[pick(active.size())];
-            switch (pick(6)) {
+            switch (pick(8)) {
             case 0:
                 return m_entries.completeTodo(entry, {double(number)});
             case 1:
@@ -63,6 +70,13 @@ public:
             case 4:
                 return m_entries.moveEntry(entry.id(), active[pick(active.size())]->id(),
                                            model::EntryPlacement::after, *m_board);
+            case 5: {
+                const auto boards = m_context.fetch<model::Board>();
+                m_board = boards[pick(boards.size())];
+                return m_entries.moveEntry(entry, *m_board, {1}, 0);
+            }
+            case 6:
+                return pick(3) == 0 ? m_undo.redo() : m_undo.undo();
             default: {
                 const auto completed = EntryService::completedTodos(*m_board);
                 if (!completed.empty()) {
@@ -87,11 +101,12 @@ private:
         }
     }
 
-    base::StandardErrorLog m_log{base::LogLevel::error};
+    SilentLog m_log;
     services::NoReminders m_reminders;
     services::NoWidgets m_widgets;
     std::unique_ptr<store::ModelContainer> m_container;
     store::ModelContext m_context;
+    services::UndoManager m_undo;
     EntryService m_entries;
     model::Board* m_board;
     std::mt19937 m_random;

@@ -1,0 +1,163 @@
+#include "services/SearchService.h"
+
+#include "base/Text.h"
+
+#include <algorithm>
+
+namespace korvex::services {
+
+using model::Board;
+using model::Entry;
+
+namespace {
+
+bool containsAll(std::string_view text, const std::vector<base::Needle>& terms) {
+    return std::all_of(terms.begin(), terms.end(),
+                       [&](const base::Needle& term) { return term.isIn(text); });
+}
+
+/// The longest first; a term that is part of another says nothing.
+std::vector<base::Needle> decisive(std::vector<std::string> terms) {
+    std::stable_sort(terms.begin(), terms.end(), [](const std::string& a, const std::string& b) {
+        return a.size() > b.size();
+    });
+    std::vector<base::Needle> kept;
+    std::string all;
+    for (auto& term : terms) {
+        if (all.find(term) == std::string::npos) {
+            all += term + ' ';
+            kept.emplace_back(std::move(term));
+        }
+    }
+    return kept;
+}
+
+/// No more than `bytes` of it, and no part of a character's bytes.
+std::string_view beginning(std::string_view text, std::size_t bytes) {
+    if (text.size() <= bytes) {
+        return text;
+    }
+    constexpr auto isInside = [](char byte) {
+        return (static_cast<unsigned char>(byte) >> 6) == 2;
+    };
+    while (bytes > 0 && isInside(text[bytes])) {
+        --bytes;
+    }
+    return text.substr(0, bytes);
+}
+
+} // namespace
+
+SearchResult SearchResults::operator[](std::size_t index) const {
+    const auto& on = board(index);
+    SearchResult result{
+        .id = id(index), .boardID = on.id(), .boardName = on.name(), .isArchived = on.isArchived()};
+    if (m_rows[index] == kBoardRow) {
+        result.content = on.name();
+        return result;
+    }
+    result.entryType = model::EntryType::text;
+    if (const auto* found = entry(index)) {
+        result.entryType = found->type();
+        result.content = found->content();
+        if (found->isTodo()) {
+            result.isCompleted = found->isCompleted();
+            result.schedule = found->schedule();
+        }
+    }
+    return result;
+}
+
+SearchResult::ID SearchResults::id(std::size_t index) const {
+    return m_rows[index] == kBoardRow ? SearchResult::ID::board(board(index).id())
+                                      : SearchResult::ID::entry(m_texts->id(m_rows[index]));
+}
+
+const Board& SearchResults::board(std::size_t index) const {
+    return *(std::upper_bound(
+                 m_sections.begin(), m_sections.end(), index,
+                 [](std::size_t row, const Section& each) { return row < each.firstRow; }) -
+             1)
+                ->board;
+}
+
+const Entry* SearchResults::entry(std::size_t index) const {
+    return m_rows[index] == kBoardRow ? nullptr : m_texts->entry(m_rows[index]);
+}
+
+SearchService::SearchService(store::ModelContext& context, const BoardService& boards,
+                             FoldedTexts& texts)
+    : m_context(context),
+      m_boards(boards),
+      m_texts(texts),
+      m_changes(context.didChange().connect([this](const auto&) { m_visibleIsCurrent = false; })) {}
+
+SearchResults SearchService::search(std::string_view query) {
+    const auto needles = decisive(foldedTerms(query, m_texts.folding()));
+    if (needles.empty()) {
+        return {};
+    }
+    m_texts.update();
+    lookAtBoards();
+    m_found.clear();
+    m_texts.find(needles, m_found);
+    m_isFound.assign(m_texts.numberCount(), false);
+    for (const auto number : m_found) {
+        m_isFound[number] = true;
+    }
+    std::vector<SearchResults::Section> sections;
+    std::vector<FoldedTexts::Number> rows;
+    rows.reserve(m_found.size() + m_visible.size());
+    for (const auto& [board, foldedName] : m_visible) {
+        const auto firstRow = rows.size();
+        if (containsAll(foldedName, needles)) {
+            rows.push_back(SearchResults::kBoardRow);
+        }
+        for (const auto number : m_texts.entriesInOrder(board->id())) {
+            if (m_isFound[number]) {
+                rows.push_back(number);
+            }
+        }
+        if (rows.size() > firstRow) {
+            sections.push_back({board, firstRow});
+        }
+    }
+    return {m_texts, std::move(sections), std::move(rows)};
+}
+
+void SearchService::lookAtBoards() {
+    if (m_visibleIsCurrent && !m_context.hasChanges()) {
+        return;
+    }
+    m_visible.clear();
+    for (const auto* board : m_boards.boards()) {
+        m_visible.push_back({board, m_texts.folding().folded(board->name())});
+    }
+    m_visibleIsCurrent = !m_context.hasChanges();
+}
+
+std::vector<std::string> SearchService::terms(std::string_view query) {
+    const auto words = base::words(query);
+    return {words.begin(), words.end()};
+}
+
+std::vector<std::string> SearchService::foldedTerms(std::string_view query,
+                                                    const base::TextFolding& folding) {
+    std::vector<std::string> result;
+    for (const auto word : base::words(beginning(query, kMaximumQuery))) {
+        auto term = folding.folded(word);
+        if (!term.empty()) {
+            result.push_back(std::move(term));
+        }
+    }
+    std::sort(result.begin(), result.end());
+    result.erase(std::unique(result.begin(), result.end()), result.end());
+    return result;
+}
+
+bool SearchService::matches(std::string_view text, std::string_view query,
+                            const base::TextFolding& folding) {
+    return containsAll(folding.folded(text), decisive(foldedTerms(query, folding)));
+}
+
+} // namespace korvex::services

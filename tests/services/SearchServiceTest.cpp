@@ -1,0 +1,469 @@
+#include "services/SearchService.h"
+
+#include "services/ServiceFixture.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace korvex::tests {
+namespace {
+
+using model::Board;
+using model::Entry;
+using services::EntryService;
+using services::SearchResult;
+using services::SearchResults;
+using services::SearchService;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::vector<SearchResult> all(const SearchResults& results) {
+    std::vector<SearchResult> rows;
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        rows.push_back(results[i]);
+    }
+    return rows;
+}
+
+class SearchTest : public ServiceFixture {
+protected:
+    void SetUp() override {
+        ServiceFixture::SetUp();
+        // Later than the fixture's board, which has the same number: so their order is known.
+        boards->initializeDefaultBoards({kNow.seconds + 1});
+        texts = std::make_unique<services::FoldedTexts>(*context, folding);
+        search = std::make_unique<SearchService>(*context, *boards, *texts);
+    }
+
+    std::vector<std::string> found(std::string_view query) {
+        std::vector<std::string> contents;
+        for (const auto& row : all(search->search(query))) {
+            contents.push_back(row.content);
+        }
+        return contents;
+    }
+
+    /// What a search has to find, by the plainest of means.
+    static std::vector<SearchResult> expected(store::ModelContext& of,
+                                              const services::BoardService& boards,
+                                              const base::TextFolding& folding,
+                                              std::string_view query) {
+        std::vector<SearchResult> rows;
+        if (SearchService::foldedTerms(query, folding).empty()) {
+            return rows;
+        }
+        auto entries = of.fetch<Entry>();
+        std::sort(entries.begin(), entries.end(), [](const Entry* left, const Entry* right) {
+            return EntryService::ordered(*left, *right);
+        });
+        for (const auto* board : boards.boards()) {
+            if (SearchService::matches(board->name(), query, folding)) {
+                rows.push_back({.id = SearchResult::ID::board(board->id()),
+                                .boardID = board->id(),
+                                .boardName = board->name(),
+                                .content = board->name(),
+                                .isArchived = board->isArchived()});
+            }
+            for (const auto* entry : entries) {
+                if (entry->boardID() != board->id() ||
+                    !SearchService::matches(entry->content(), query, folding)) {
+                    continue;
+                }
+                rows.push_back({.id = SearchResult::ID::entry(entry->id()),
+                                .boardID = board->id(),
+                                .boardName = board->name(),
+                                .entryType = entry->type(),
+                                .content = entry->content(),
+                                .isCompleted = entry->isTodo() && entry->isCompleted(),
+                                .isArchived = board->isArchived()});
+                if (entry->isTodo()) {
+                    rows.back().schedule = entry->schedule();
+                }
+            }
+        }
+        return rows;
+    }
+
+    Entry& insert(std::string content, Board* on) {
+        auto& entry = context->insert(std::make_unique<Entry>(model::EntryFields{
+            .id = base::Uuid::random(), .typeRawValue = "todo", .content = std::move(content)}));
+        entry.setBoard(on);
+        return entry;
+    }
+
+    base::TextFolding folding{"en_US"};
+    std::unique_ptr<services::FoldedTexts> texts;
+    std::unique_ptr<SearchService> search;
+};
+
+TEST(SearchTerms, AreThePiecesBetweenWhiteSpaceOfAnyKind) {
+    const std::vector<std::string> buyMilk{"buy", "milk"};
+    EXPECT_EQ(SearchService::terms("  buy \t\n milk  "), buyMilk);
+    for (const char* space :
+         {"\t", "\n", "\v", "\f", "\r", "\r\n", " ", "\u0085", "\u00a0", "\u1680", "\u2000",
+          "\u2003", "\u200a", "\u2028", "\u2029", "\u202f", "\u205f", "\u3000"}) {
+        EXPECT_EQ(SearchService::terms(std::string("buy") + space + "milk" + space), buyMilk);
+        EXPECT_THAT(SearchService::terms(space), IsEmpty());
+    }
+    // No white space to Unicode.
+    EXPECT_THAT(SearchService::terms("a\u200bb"), ElementsAre("a\u200bb"));
+
+    const base::TextFolding folding("en_US");
+    EXPECT_THAT(SearchService::foldedTerms("Café CAFE  \u0301 Straße", folding),
+                testing::UnorderedElementsAre("cafe", "strasse"));
+    EXPECT_TRUE(SearchService::matches("Milk: buy 2", "buy milk", folding));
+    EXPECT_FALSE(SearchService::matches("buy bread", "buy milk", folding));
+    EXPECT_TRUE(SearchService::matches("anything", " \n ", folding));
+}
+
+TEST(SearchTerms, OfALongQueryTheBeginningCounts) {
+    const base::TextFolding folding("en_US");
+    std::string query;
+    while (query.size() < 10 * SearchService::kMaximumQuery) {
+        query += "word" + std::to_string(query.size()) + "é ";
+    }
+    const auto terms = SearchService::foldedTerms(query, folding);
+    EXPECT_GT(terms.size(), SearchService::kMaximumQuery / 20);
+    EXPECT_LT(terms.size(), SearchService::kMaximumQuery / 5);
+    // Cut inside of a character's bytes, a term would be damaged and found nowhere.
+    const std::string two = "é";
+    std::string accents = "x";
+    while (accents.size() < 2 * SearchService::kMaximumQuery) {
+        accents += two;
+    }
+    EXPECT_TRUE(SearchService::matches(accents, accents, folding));
+}
+
+TEST_F(SearchTest, FindsEveryWordOfTheQueryInAnyOrder) {
+    add({"Milk: buy 2", "buy bread", "Café im Straßenbahndepot", "我们明天去北京买牛奶",
+         "キーボードを買う", "Нужно купить молоко", "Émile’s naïve résumé",
+         "line one\u2028line two"});
+    struct Case {
+        std::string query;
+        std::vector<std::string> found;
+    };
+    for (const auto& [query, result] : std::vector<Case>{
+             {"buy milk", {"Milk: buy 2"}},
+             {"MILK BUY", {"Milk: buy 2"}},
+             {"b", {"Milk: buy 2", "buy bread", "Café im Straßenbahndepot", "Inbox"}},
+             {"buy buy bu b", {"Milk: buy 2", "buy bread"}},
+             {"uy", {"Milk: buy 2", "buy bread"}},
+             {"cafe strasse", {"Café im Straßenbahndepot"}},
+             {"bahndepot STRAẞE", {"Café im Straßenbahndepot"}},
+             {"北京", {"我们明天去北京买牛奶"}},
+             {"奶 北", {"我们明天去北京买牛奶"}},
+             {"ｷｰﾎﾞｰﾄﾞ", {"キーボードを買う"}},
+             {"МОЛОКО\u3000купить", {"Нужно купить молоко"}},
+             {"resume emile", {"Émile’s naïve résumé"}},
+             {"line\ttwo", {"line one\u2028line two"}},
+             {"onel", {}},
+             {"milkbuy", {}},
+             {" \u3000\n", {}},
+             {"", {}},
+             {"\u0301", {}},
+         }) {
+        EXPECT_EQ(found(query), result) << query;
+    }
+}
+
+TEST_F(SearchTest, RowsSayWhatWasFoundAndWhere) {
+    auto& shed = boards->createBoard("Garden shed", kNow);
+    auto& old = boards->createBoard("Old garden", kNow);
+    const auto open = add({"garden: open", "garden: done", "garden: last"});
+    entries->completeTodo(*open[1], kNow);
+    entries->updateSchedule(*open[2], {.dueDay = 20250310}, kNow);
+    auto& text = entries->createText(
+        {.rich = richtext::RichTextSerializer::plainRichText("The garden\nin May"),
+         .board = shed,
+         .now = kNow});
+    entries->createTodos({.contents = {"garden of old"}, .board = old, .now = kNow});
+    boards->setArchived(true, old, kNow);
+
+    const auto results = search->search("garden");
+    const auto rows = all(results);
+    EXPECT_EQ(rows, expected(*context, *boards, folding, "garden"));
+    struct Row {
+        std::string content;
+        std::string kind;
+        std::string symbol;
+        std::string board;
+        bool isArchived;
+        bool operator==(const Row&) const = default;
+    };
+    std::vector<Row> seen;
+    for (const auto& row : rows) {
+        seen.push_back({row.content, std::string(row.kind()), std::string(row.symbol()),
+                        row.boardName, row.isArchived});
+    }
+    EXPECT_EQ(seen, (std::vector<Row>{
+                        {"garden: open", "Todo", "circle", "Home", false},
+                        {"garden: last", "Todo", "circle", "Home", false},
+                        {"garden: done", "Completed Todo", "checkmark.circle", "Home", false},
+                        {"Garden shed", "Board", "rectangle.stack", "Garden shed", false},
+                        {"The garden\nin May", "Text", "text.alignleft", "Garden shed", false},
+                        {"Old garden", "Board", "rectangle.stack", "Old garden", true},
+                        {"garden of old", "Todo", "circle", "Old garden", true},
+                    }));
+    EXPECT_EQ(rows[1].schedule, (model::TodoSchedule{.dueDay = 20250310}));
+    EXPECT_EQ(results.entry(4), &text);
+    EXPECT_EQ(results.entry(3), nullptr);
+    EXPECT_EQ(&results.board(4), &shed);
+    EXPECT_EQ(results.id(3), SearchResult::ID::board(shed.id()));
+    EXPECT_EQ(results.id(4), SearchResult::ID::entry(text.id()));
+}
+
+TEST_F(SearchTest, WhatStandsOnNoVisibleBoardIsNotFound) {
+    const auto hidden = [&](model::BoardFields fields) -> Board& {
+        fields.id = base::Uuid::random();
+        fields.sortOrder = 99;
+        return context->insert(std::make_unique<Board>(std::move(fields)));
+    };
+    auto& duplicate = hidden({.name = "Inbox", .isSystem = true, .systemIdentifier = "inbox"});
+    auto& merged = hidden({.name = "Merged", .mergedIntoBoardID = board->id()});
+    insert("lost on a duplicate", &duplicate);
+    insert("lost on a merged board", &merged);
+    insert("lost on no board", nullptr);
+    insert("lost and found", board);
+    context->save();
+    EXPECT_THAT(found("lost"), ElementsAre("lost and found"));
+    EXPECT_THAT(found("inbox"), ElementsAre("Inbox"));
+    EXPECT_THAT(found("merged"), IsEmpty());
+    merged.setMergedIntoBoardID(std::nullopt);
+    EXPECT_THAT(found("merged"), ElementsAre("Merged", "lost on a merged board"));
+}
+
+TEST_F(SearchTest, FoldedTextsAreThoseOfTheEntriesAsTheyAreNow) {
+    auto* entry = add({"First"}).front();
+    EXPECT_EQ(texts->folded(*entry), "first");
+    entry->setContent("Sécond");
+    EXPECT_EQ(texts->folded(*entry), "second");
+    context->rollback();
+    EXPECT_EQ(texts->folded(*entry), "first");
+    EXPECT_THAT(found("first"), ElementsAre("First"));
+    entries->updateTodo(*entry, "Third", kNow);
+    EXPECT_EQ(texts->folded(*entry), "third");
+    EXPECT_THAT(found("first"), IsEmpty());
+}
+
+TEST_F(SearchTest, ChangesTakenBackWithoutAWordAreSeen) {
+    auto& entry = *add({"First"}).front();
+    EXPECT_THAT(found("first"), ElementsAre("First"));
+    entry.setContent("Second");
+    board->setName("Elsewhere");
+    auto& other = insert("Second too", board);
+    EXPECT_EQ(found("second").size(), 2U);
+    EXPECT_THAT(found("elsewhere"), ElementsAre("Elsewhere"));
+    entry.setContent("First");
+    board->setName("Home");
+    context->remove(other);
+    ASSERT_FALSE(context->hasChanges());
+    EXPECT_THAT(found("second"), IsEmpty());
+    EXPECT_THAT(found("first"), ElementsAre("First"));
+    EXPECT_THAT(found("elsewhere"), IsEmpty());
+}
+
+TEST_F(SearchTest, OthersDeletionsAreSeenWithoutRecordsOfThem) {
+    const auto ids = [&] {
+        std::vector<base::Uuid> result;
+        for (const auto* entry : add({"one here", "two here", "three here"})) {
+            result.push_back(entry->id());
+        }
+        return result;
+    }();
+    // A context that has never made a record of them.
+    store::ModelContext reader(*container);
+    services::BoardService readersBoards(reader, reminders, log);
+    services::FoldedTexts readersTexts(reader, folding);
+    SearchService readersSearch(reader, readersBoards, readersTexts);
+    ASSERT_EQ(readersSearch.search("here").size(), 3U);
+
+    // The last one: no other entry changes its place.
+    entries->deleteEntry(*context->find<Entry>(ids[2]));
+    const auto stale = readersSearch.search("three");
+    EXPECT_EQ(all(stale)[0].content, "");
+    EXPECT_EQ(stale.entry(0), nullptr);
+    reader.refresh();
+    EXPECT_EQ(readersSearch.search("here").size(), 2U);
+    // The store gives the last row's number to the next one.
+    entries->deleteEntry(*context->find<Entry>(ids[1]));
+    add({"four here"});
+    reader.refresh();
+    EXPECT_EQ(all(readersSearch.search("here")), expected(reader, readersBoards, folding, "here"));
+}
+
+/// Changes of all kinds, here and elsewhere, saved and not; after each the search finds what a
+/// fresh look at all records finds.
+class RandomSearchTest : public SearchTest, public testing::WithParamInterface<unsigned> {
+protected:
+    int below(std::size_t bound) {
+        return std::uniform_int_distribution(0, static_cast<int>(bound) - 1)(m_random);
+    }
+    template <typename List>
+    auto& any(List& list) {
+        return list[static_cast<std::size_t>(below(list.size()))];
+    }
+
+    std::string words() {
+        static const std::vector<std::string> kWords{
+            "milk", "Milch", "Straße",     "STRASSE",  "кот", "Кот", "北京", "が", "か", "x",
+            "xy",   "café",  "cafe\u0301", "👍🏽", "İ",   "a",   "ab",   "\n", "b"};
+        std::string text = any(kWords);
+        for (int more = below(4); more > 0; --more) {
+            text += (below(3) == 0 ? "" : " ") + any(kWords);
+        }
+        if (below(100) == 0) {
+            text += std::string(300'000, 'z');
+        }
+        return text;
+    }
+
+    void changeSomething(services::EntryService& service, services::BoardService& boardService,
+                         store::ModelContext& of) {
+        auto all = of.fetch<Entry>();
+        auto visible = boardService.boards();
+        std::erase_if(all, [](const Entry* entry) { return entry->board() == nullptr; });
+        auto& on = *any(visible);
+        switch (all.empty() ? 0 : below(14)) {
+        case 0:
+        case 1:
+            service.createTodos({.contents = {words(), words() + "!"}, .board = on, .now = kNow});
+            break;
+        case 2:
+        case 3:
+            service.updateTodo(*any(all), words(), kNow);
+            break;
+        case 4:
+            service.completeTodo(*any(all), kNow);
+            break;
+        case 5:
+            service.moveEntry(*any(all), on, kNow, 0);
+            break;
+        case 6:
+        case 7:
+            service.deleteEntry(*any(all));
+            break;
+        case 8:
+            boardService.createBoard(words(), kNow);
+            break;
+        case 9:
+            boardService.renameBoard(on, words(), kNow);
+            break;
+        case 10:
+            boardService.reorderBoards(std::vector<Board*>(visible.rbegin(), visible.rend()), kNow);
+            break;
+        case 11:
+            if (!on.isSystem()) {
+                boardService.setArchived(!on.isArchived(), on, kNow);
+            }
+            break;
+        case 12:
+            if (!on.isSystem() && visible.size() > 3) {
+                boardService.deleteBoard(on);
+            }
+            break;
+        default:
+            service.restoreTodo(*any(all), kNow, 1);
+            break;
+        }
+    }
+
+    /// Without a word to anybody.
+    void leaveSomethingPending() {
+        const auto all = context->fetch<Entry>();
+        if (all.empty()) {
+            return;
+        }
+        switch (below(4)) {
+        case 0:
+            any(all)->setContent(words());
+            break;
+        case 1:
+            any(all)->setSortOrder(below(5));
+            break;
+        case 2:
+            context->remove(*any(all));
+            break;
+        default:
+            insert(words(), any(all)->board());
+            break;
+        }
+    }
+
+    void settlePending() {
+        switch (below(4)) {
+        case 0:
+            context->save();
+            break;
+        case 1:
+            context->processPendingChanges();
+            break;
+        default:
+            context->rollback();
+            break;
+        }
+    }
+
+    std::mt19937 m_random{GetParam()};
+};
+
+TEST_P(RandomSearchTest, FindsWhatAFreshLookFinds) {
+    const auto otherContainer = openContainer();
+    store::ModelContext other(*otherContainer);
+    services::EntryService othersEntries(other, reminders, widgets, log);
+    services::BoardService othersBoards(other, reminders, log);
+    std::size_t found = 0;
+    for (int round = 0; round < 300; ++round) {
+        try {
+            switch (below(8)) {
+            case 0:
+            case 1:
+                if (context->hasChanges()) {
+                    context->rollback();
+                }
+                changeSomething(othersEntries, othersBoards, other);
+                context->refresh();
+                break;
+            case 2:
+                leaveSomethingPending();
+                break;
+            case 3:
+                settlePending();
+                break;
+            case 4:
+                search->prepare(std::chrono::milliseconds(below(2)));
+                break;
+            default:
+                if (context->hasChanges()) {
+                    context->rollback();
+                }
+                changeSomething(*entries, *boards, *context);
+                break;
+            }
+        } catch (const base::Error&) {
+            // Refused: a text too long, an entry of another type.
+            context->rollback();
+            other.rollback();
+        }
+        for (int queries = below(3); queries > 0; --queries) {
+            const auto query = words().substr(0, 40);
+            const auto rows = all(search->search(query));
+            ASSERT_EQ(rows, expected(*context, *boards, folding, query))
+                << "round " << round << ": " << query;
+            found += rows.size();
+        }
+        if (const auto all = context->fetch<Entry>(); !all.empty() && below(2) == 0) {
+            const auto* entry = any(all);
+            ASSERT_EQ(texts->folded(*entry), folding.folded(entry->content()));
+        }
+    }
+    EXPECT_GT(found, 200U);
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomSearchTest, testing::Range(1U, 5U));
+
+} // namespace
+} // namespace korvex::tests
