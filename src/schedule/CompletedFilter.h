@@ -1,10 +1,12 @@
 #pragma once
 
 #include "base/Calendar.h"
+#include "base/DateFormats.h"
 #include "base/Instant.h"
 #include "base/Uuid.h"
 #include "model/Entry.h"
 #include "services/FoldedTexts.h"
+#include "store/Condition.h"
 
 #include <optional>
 #include <span>
@@ -34,13 +36,25 @@ struct CompletedFilter {
 
     /// Whether any criterion can hide a todo.
     bool isActive() const;
+    /// When the completed todos of the period were completed; absent for any time, and for what no
+    /// calendar has.
+    std::optional<base::DateInterval> interval(base::Instant now,
+                                               const base::Calendar& calendar) const;
+    /// Every todo that meets the criteria, and some that do not: as much as the store can tell.
+    store::Condition condition(base::Instant now, const base::Calendar& calendar) const;
 
-    /// The completed todos among `entries` that meet every criterion, the latest first. `texts`
-    /// answers for the query. Weeks begin as `calendar`'s locale has it.
+    /// The completed todos among `entries` that meet every criterion, in the order of
+    /// `EntryService::completedTodos`: the latest first, then as their boards and they themselves
+    /// stand. `texts` answers for the query. A todo without a board is on no active and on no
+    /// archived one.
     std::vector<model::Entry*> apply(std::span<model::Entry* const> entries, base::Instant now,
                                      const base::Calendar& calendar,
                                      services::FoldedTexts& texts) const;
 };
+
+/// When a completed todo was completed, for periods, lateness and the day that it is shown under:
+/// where that is not known, its last change.
+base::Instant completionDate(const model::Entry& entry);
 
 /// English titles: "Any time", "This week" …; "Any due date" …; "Any board status" …
 std::string_view title(CompletedFilter::Period period);
@@ -54,6 +68,9 @@ struct CompletedTodoGroup {
     std::vector<model::Entry*> entries;
 
     bool operator==(const CompletedTodoGroup&) const = default;
+
+    /// "Today", "Yesterday" or "January 15, 2025", in the locale's words and order.
+    std::string title(base::Instant now, const base::DateFormats& formats) const;
 
     /// The newest day first; inside a day as in `entries`.
     static std::vector<CompletedTodoGroup> groups(std::span<model::Entry* const> entries,

@@ -103,8 +103,10 @@ void ScheduleClock::scheduleRefresh() {
 base::Instant ScheduleClock::nextTransition(store::ModelContext& context, base::Instant now,
                                             const base::Calendar& calendar) {
     auto earliest = now + kSecondsPerDay;
-    if (const auto today = calendar.startOfDay(now)) {
-        earliest = calendar.adding(*today, base::CalendarUnit::day, 1).value_or(earliest);
+    if (const auto today = calendar.interval(base::CalendarPeriod::day, now)) {
+        // Not always where today starts plus a day: after a day that began at one o'clock, midnight
+        // is an hour earlier. Nor after `now`, once clocks have been set back over midnight.
+        earliest = today->end > now ? today->end : earliest;
     }
     for (const auto& candidate :
          {earliestOpen(context, Entry::dueDateField, &Entry::dueDate, now),

@@ -3,6 +3,7 @@
 #include "base/Calendar.h"
 #include "base/Uuid.h"
 #include "model/Entry.h"
+#include "store/Condition.h"
 
 #include <optional>
 #include <span>
@@ -34,6 +35,8 @@ struct UpcomingGroup {
 
     bool operator==(const UpcomingGroup&) const = default;
 
+    /// Every entry that can be upcoming, and some that are not: as much as the store can tell.
+    static store::Condition condition();
     /// What is upcoming among any entries, at a moment, in a zone: sections in order, none empty.
     /// `includingCompletedIDs` are completed todos that are to be seen a little longer. Throws only
     /// what loading an entry's board may throw.

@@ -4,6 +4,8 @@
 #include "schedule/UpcomingGroup.h"
 #include "store/ModelContext.h"
 
+#include <memory>
+
 namespace korvex::schedule {
 
 /// The upcoming todos of a store, kept up to date: a changed todo is placed anew, the others stay.
@@ -11,7 +13,11 @@ namespace korvex::schedule {
 /// outlive it.
 class UpcomingTodos {
 public:
+    /// Throws StoreError.
     UpcomingTodos(store::ModelContext& context, base::Instant now, base::TimeZone zone);
+    ~UpcomingTodos();
+    UpcomingTodos(const UpcomingTodos&) = delete;
+    UpcomingTodos& operator=(const UpcomingTodos&) = delete;
 
     /// Valid until the next change.
     const std::vector<UpcomingGroup>& groups() const;
@@ -26,6 +32,10 @@ public:
 
     /// After `groups` has become different; also when only a shown todo's fields have.
     base::Signal<>& didChange();
+
+private:
+    struct Contents;
+    std::unique_ptr<Contents> m_contents;
 };
 
 } // namespace korvex::schedule

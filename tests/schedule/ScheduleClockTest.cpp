@@ -141,6 +141,7 @@ TEST_F(ScheduleClockTest, MidnightIsWhereTheNextDayBegins) {
              Case{"Europe/Berlin", "2025-03-30T01:00", "2025-03-31T00:00+02:00"}, // 23 hours
              Case{"Europe/Berlin", "2025-10-26T01:00", "2025-10-27T00:00+01:00"}, // 25 hours
              Case{"America/Sao_Paulo", "2018-11-03T22:00", "2018-11-04T01:00-02:00"},
+             Case{"America/Sao_Paulo", "2018-11-04T22:00", "2018-11-05T00:00-02:00"},
              Case{"Pacific/Apia", "2011-12-29T22:00", "2011-12-31T00:00+14:00"},
              Case{"UTC", "2025-01-15T00:00", "2025-01-16T00:00Z"},
          }) {

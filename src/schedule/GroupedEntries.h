@@ -1,0 +1,184 @@
+#pragma once
+
+#include "schedule/EntryKey.h"
+
+#include <algorithm>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+namespace korvex::schedule {
+
+/// Entries in groups, each where its key puts it. Keys are remembered: so an entry that has changed
+/// is found where it stood, and the others need not be asked again. An entry can also be held
+/// without being shown. `Kind` says how a group is made and which of two equal keys comes first.
+template <typename Group, typename Kind>
+class GroupedEntries {
+public:
+    struct Held {
+        model::Entry* entry;
+        /// Absent while it is not shown.
+        std::optional<EntryKey> key;
+    };
+
+    const std::vector<Group>& groups() const { return m_groups; }
+    bool isEmpty() const { return m_held.empty(); }
+    std::size_t shownCount() const { return m_shownCount; }
+
+    const Held* find(const base::Uuid& id) const {
+        const auto found = m_places.find(id);
+        return found != m_places.end() ? &m_held[found->second] : nullptr;
+    }
+
+    /// Holds the entry, shown at `key` or not at all. True when it was shown or is now.
+    bool place(model::Entry& entry, const std::optional<EntryKey>& key) {
+        auto& held = heldFor(entry);
+        const auto former = held.key;
+        if (former == key && held.entry == &entry) {
+            return key.has_value();
+        }
+        hide(held);
+        held = {&entry, key};
+        show(held);
+        return former || key;
+    }
+
+    /// True when it was shown.
+    bool drop(const base::Uuid& id) {
+        const auto* held = find(id);
+        if (held == nullptr) {
+            return false;
+        }
+        const auto wasShown = held->key.has_value();
+        hide(*held);
+        letGo(id);
+        return wasShown;
+    }
+
+    /// Holds the entry as `place` does, but the groups are wrong until `placeAll`.
+    void hold(model::Entry& entry) { heldFor(entry) = {&entry, std::nullopt}; }
+    void letGo(const base::Uuid& id) {
+        if (const auto found = m_places.find(id); found != m_places.end()) {
+            auto& held = m_held[found->second];
+            held = m_held.back();
+            m_places[held.entry->id()] = found->second;
+            m_held.pop_back();
+            m_places.erase(id);
+        }
+    }
+    void letAllGo() {
+        m_held.clear();
+        m_places.clear();
+    }
+
+    /// Asks `keyOf` about every held entry and makes all groups anew: for when many are elsewhere
+    /// than they were.
+    template <typename KeyOf>
+    void placeAll(KeyOf&& keyOf) {
+        std::vector<KeyedEntry> shown;
+        shown.reserve(m_held.size());
+        visitEntries(
+            m_held, [](const Held& held) { return held.entry; },
+            [&](Held& held) {
+                held.key = keyOf(*held.entry);
+                if (held.key) {
+                    shown.push_back({*held.key, held.entry});
+                }
+            });
+        const auto sorted = inOrder(shown, Kind::isBefore);
+        m_shownCount = sorted.size();
+        m_groups = cutIntoGroups<Group>(sorted, Kind::emptyGroup);
+        m_keys.clear();
+        for (std::size_t next = 0; const auto& group : m_groups) {
+            m_keys.push_back(sorted[next].group);
+            next += group.entries.size();
+        }
+    }
+
+    /// The shown entries of a group whose moments lie within the two, both included.
+    std::vector<model::Entry*> between(std::uint64_t group, std::uint64_t from,
+                                       std::uint64_t to) const {
+        const auto index = indexOf(group);
+        if (index == m_keys.size() || m_keys[index] != group) {
+            return {};
+        }
+        const auto& entries = m_groups[index].entries;
+        const auto first =
+            std::partition_point(entries.begin(), entries.end(), [&](const model::Entry* each) {
+                return keyOf(*each).moment < from;
+            });
+        const auto last = std::partition_point(first, entries.end(), [&](const model::Entry* each) {
+            return keyOf(*each).moment <= to;
+        });
+        return {first, last};
+    }
+
+private:
+    using Place = typename std::vector<model::Entry*>::iterator;
+
+    Held& heldFor(model::Entry& entry) {
+        const auto [place, isNew] =
+            m_places.try_emplace(entry.id(), static_cast<std::uint32_t>(m_held.size()));
+        if (isNew) {
+            m_held.push_back({&entry, std::nullopt});
+        }
+        return m_held[place->second];
+    }
+
+    const EntryKey& keyOf(const model::Entry& entry) const {
+        return *m_held[m_places.at(entry.id())].key;
+    }
+
+    std::size_t indexOf(std::uint64_t group) const {
+        return static_cast<std::size_t>(std::lower_bound(m_keys.begin(), m_keys.end(), group) -
+                                        m_keys.begin());
+    }
+
+    Place placeIn(std::vector<model::Entry*>& entries, const Held& held) const {
+        return std::partition_point(entries.begin(), entries.end(), [&](const model::Entry* each) {
+            const auto order = keyOf(*each) <=> *held.key;
+            return order != 0 ? order < 0 : Kind::isBefore(*each, *held.entry);
+        });
+    }
+
+    void show(const Held& held) {
+        if (!held.key) {
+            return;
+        }
+        const auto index = indexOf(held.key->group);
+        const auto at = static_cast<std::ptrdiff_t>(index);
+        if (index == m_keys.size() || m_keys[index] != held.key->group) {
+            m_keys.insert(m_keys.begin() + at, held.key->group);
+            m_groups.insert(m_groups.begin() + at, Kind::emptyGroup(held.key->group));
+        }
+        auto& entries = m_groups[index].entries;
+        entries.insert(placeIn(entries, held), held.entry);
+        ++m_shownCount;
+    }
+
+    void hide(const Held& held) {
+        if (!held.key) {
+            return;
+        }
+        const auto index = indexOf(held.key->group);
+        auto& entries = m_groups[index].entries;
+        entries.erase(placeIn(entries, held));
+        if (entries.empty()) {
+            const auto at = static_cast<std::ptrdiff_t>(index);
+            m_groups.erase(m_groups.begin() + at);
+            m_keys.erase(m_keys.begin() + at);
+        }
+        --m_shownCount;
+    }
+
+    /// In no order.
+    std::vector<Held> m_held;
+    /// Where in `m_held`.
+    std::unordered_map<base::Uuid, std::uint32_t> m_places;
+    std::vector<Group> m_groups;
+    /// Beside each group the group of its entries' keys.
+    std::vector<std::uint64_t> m_keys;
+    std::size_t m_shownCount = 0;
+};
+
+} // namespace korvex::schedule

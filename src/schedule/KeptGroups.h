@@ -1,0 +1,164 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "schedule/FollowedEntries.h"
+#include "schedule/GroupedEntries.h"
+#include "store/StoreError.h"
+
+namespace korvex::schedule {
+
+/// Which entries a list holds, and where it shows them. What it answers may change only where the
+/// list is told to place its entries anew.
+class GroupRules {
+public:
+    virtual ~GroupRules() = default;
+    /// Whether the entry can come to be shown without being changed itself.
+    virtual bool holds(const model::Entry& entry) const = 0;
+    /// Of an entry that is held; absent while it is not shown.
+    virtual std::optional<EntryKey> keyOf(const model::Entry& entry) = 0;
+};
+
+/// A store's entries in groups, kept up to date. Main thread; context and rules must outlive it.
+template <typename Group, typename Kind>
+class KeptGroups {
+public:
+    /// `condition` takes every entry that the rules hold. Empty until `read`.
+    KeptGroups(store::ModelContext& context, store::Condition condition, GroupRules& rules)
+        : m_context(context), m_followed(context, std::move(condition)), m_rules(rules) {}
+
+    const GroupedEntries<Group, Kind>& entries() const { return m_entries; }
+    const std::vector<Group>& groups() const { return m_entries.groups(); }
+
+    /// Reads everything, and follows the store from then on. Throws StoreError.
+    void start() {
+        read();
+        m_changes = m_context.didChange().connect([this](const auto& set) { follow(set); });
+    }
+
+    /// After the rules have changed.
+    void placeAll() {
+        const auto former = groups();
+        placeHeld();
+        if (groups() != former) {
+            m_didChange.emit();
+        }
+    }
+
+    /// After the rules have changed for these alone.
+    void placeAnew(const std::vector<model::Entry*>& entries) {
+        auto isDifferent = false;
+        for (auto* entry : entries) {
+            const auto former = keyOf(entry->id());
+            place(*entry);
+            isDifferent = keyOf(entry->id()) != former || isDifferent;
+        }
+        if (isDifferent) {
+            m_didChange.emit();
+        }
+    }
+    void placeAnew(const base::Uuid& id) {
+        const auto* held = m_entries.find(id);
+        auto* entry = held != nullptr ? held->entry : m_context.find<model::Entry>(id);
+        if (entry != nullptr) {
+            placeAnew(std::vector{entry});
+        }
+    }
+
+    /// Where an entry is shown; absent when it is not.
+    std::optional<EntryKey> keyOf(const base::Uuid& id) const {
+        const auto* held = m_entries.find(id);
+        return held != nullptr ? held->key : std::nullopt;
+    }
+
+    /// After the groups have become different, or a field of what they show or of its board.
+    base::Signal<>& didChange() { return m_didChange; }
+
+private:
+    /// From so many changed entries on, making all groups anew costs less than moving each.
+    static constexpr std::size_t kManyChanged = 64;
+
+    void read() {
+        m_entries.letAllGo();
+        for (auto* entry : m_followed.readAll()) {
+            hold(*entry);
+        }
+        placeHeld();
+        m_isBehind = false;
+    }
+
+    bool isHeld(const model::Entry& entry) const { return entry.isLive() && m_rules.holds(entry); }
+
+    void hold(model::Entry& entry) {
+        if (isHeld(entry)) {
+            m_entries.hold(entry);
+        } else {
+            m_entries.letGo(entry.id());
+        }
+    }
+
+    bool place(model::Entry& entry) {
+        return isHeld(entry) ? m_entries.place(entry, m_rules.keyOf(entry))
+                             : m_entries.drop(entry.id());
+    }
+
+    void placeHeld() {
+        m_entries.placeAll([this](const model::Entry& entry) { return m_rules.keyOf(entry); });
+    }
+
+    void follow(const store::ChangeSet& set) {
+        auto isDifferent = true;
+        try {
+            if (m_isBehind) {
+                read();
+            } else {
+                isDifferent = take(m_followed.of(set));
+            }
+        } catch (const store::StoreError&) {
+            // Whoever asks the store next says what is wrong with it; this catches up after that.
+            m_isBehind = true;
+            return;
+        }
+        if (isDifferent) {
+            m_didChange.emit();
+        }
+    }
+
+    /// True when what is shown may be different.
+    bool take(FollowedEntries::Changes news) {
+        std::erase_if(news.entries, [this](const model::Entry* entry) {
+            return !isHeld(*entry) && m_entries.find(entry->id()) == nullptr;
+        });
+        std::erase_if(news.deleted,
+                      [this](const auto& id) { return m_entries.find(id) == nullptr; });
+        if (news.movedBoards || news.entries.size() + news.deleted.size() > kManyChanged) {
+            for (const auto& id : news.deleted) {
+                m_entries.letGo(id);
+            }
+            for (auto* entry : news.entries) {
+                hold(*entry);
+            }
+            placeHeld();
+            return true;
+        }
+        auto isDifferent = news.touchedBoards && m_entries.shownCount() > 0;
+        const auto wasEmpty = m_entries.isEmpty();
+        for (const auto& id : news.deleted) {
+            isDifferent = m_entries.drop(id) || isDifferent;
+        }
+        for (auto* entry : news.entries) {
+            isDifferent = place(*entry) || isDifferent;
+        }
+        return isDifferent || m_entries.isEmpty() != wasEmpty;
+    }
+
+    store::ModelContext& m_context;
+    FollowedEntries m_followed;
+    GroupRules& m_rules;
+    GroupedEntries<Group, Kind> m_entries;
+    /// The store could not be read when it had changed.
+    bool m_isBehind = false;
+    base::Signal<> m_didChange;
+    base::Subscription m_changes;
+};
+
+} // namespace korvex::schedule
