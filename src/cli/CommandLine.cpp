@@ -77,10 +77,14 @@ ParsedArguments parse(std::vector<std::string> arguments) {
     program.add_flag("--json", parsed.options.json, "Print one JSON document, for other programs");
     program.set_version_flag("--version", "korvex " KORVEX_VERSION, "Shows the version");
     addListCommands(program, parsed.action);
+    addViewCommands(program, parsed.action);
+    addSearchCommands(program, parsed.action);
     addCreationCommands(program, parsed.action);
     addTextCommands(program, parsed.action);
     addEntryCommands(program, parsed.action);
+    addAttachmentCommands(program, parsed.action);
     addBoardCommands(program, parsed.action);
+    addBackupCommands(program, parsed.action);
     addStoreCommands(program, parsed.action);
     program.require_subcommand(0, 1);
     program.footer(kProgramHelp); // not before: commands inherit it

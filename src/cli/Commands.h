@@ -19,9 +19,13 @@ using Action = std::function<ExitStatus(Session&)>;
 // must outlive the parsing.
 void addBoardCommands(CLI::App& program, Action& chosen);
 void addListCommands(CLI::App& program, Action& chosen);
+void addViewCommands(CLI::App& program, Action& chosen);
 void addCreationCommands(CLI::App& program, Action& chosen);
 void addTextCommands(CLI::App& program, Action& chosen);
 void addEntryCommands(CLI::App& program, Action& chosen);
+void addAttachmentCommands(CLI::App& program, Action& chosen);
+void addSearchCommands(CLI::App& program, Action& chosen);
+void addBackupCommands(CLI::App& program, Action& chosen);
 void addStoreCommands(CLI::App& program, Action& chosen);
 
 /// The open entries of the Inbox, for who starts the program without a display.

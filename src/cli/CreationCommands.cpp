@@ -23,6 +23,7 @@ struct AddOptions {
     std::vector<std::string> texts;
     PlaceOptions place;
     ScheduleOptions schedule;
+    std::vector<std::string> files;
 };
 
 struct NoteOptions {
@@ -30,6 +31,7 @@ struct NoteOptions {
     std::optional<std::int64_t> heading;
     std::optional<std::string> rtf;
     PlaceOptions place;
+    std::vector<std::string> files;
 };
 
 struct Place {
@@ -68,6 +70,11 @@ void appendInputLines(Session& session, std::vector<std::string>& contents) {
     });
 }
 
+std::vector<model::EntryAttachment> readAttached(const Session& session,
+                                                 const std::vector<std::string>& files) {
+    return readFiles(session, std::vector<std::filesystem::path>(files.begin(), files.end()));
+}
+
 ExitStatus add(Session& session, const AddOptions& options) {
     // Everything typed is understood before the store is opened: opening may create it.
     const auto schedule = readSchedule(options.schedule, session);
@@ -79,6 +86,7 @@ ExitStatus add(Session& session, const AddOptions& options) {
             contents.push_back(text);
         }
     }
+    auto attachments = readAttached(session, options.files);
     const auto place = findPlace(session, options.place);
     printCreated(session, session.entries().createTodos({
                               .contents = std::move(contents),
@@ -87,6 +95,7 @@ ExitStatus add(Session& session, const AddOptions& options) {
                               .before = place.before,
                               .now = session.now(),
                               .schedule = schedule,
+                              .attachments = std::move(attachments),
                           }));
     return ExitStatus::done;
 }
@@ -114,6 +123,7 @@ richtext::AttributedString readNote(Session& session, const NoteOptions& options
 
 ExitStatus note(Session& session, const NoteOptions& options) {
     auto text = readNote(session, options);
+    auto attachments = readAttached(session, options.files);
     const auto place = findPlace(session, options.place);
     printCreated(session, session.entries().createText({
                               .rich = std::move(text),
@@ -121,6 +131,7 @@ ExitStatus note(Session& session, const NoteOptions& options) {
                               .after = place.after,
                               .before = place.before,
                               .now = session.now(),
+                              .attachments = std::move(attachments),
                           }));
     return ExitStatus::done;
 }
@@ -143,6 +154,8 @@ void addCreationCommands(CLI::App& program, Action& chosen) {
              "A todo's text; - stands for standard input, one todo a line");
     addPlaceOptions(added.parser, added.options->place);
     addScheduleOptions(added.parser, added.options->schedule);
+    addFiles(added.parser, "--attach", added.options->files,
+             "A file to attach, with a single TEXT; up to three times");
 
     const auto noted =
         addCommand(program, "note", "Adds a text entry and prints its identifier", chosen, note);
@@ -157,6 +170,8 @@ void addCreationCommands(CLI::App& program, Action& chosen) {
         ->excludes(text)
         ->excludes(heading);
     addPlaceOptions(noted.parser, noted.options->place);
+    addFiles(noted.parser, "--attach", noted.options->files,
+             "A file to attach, but not to a heading; up to three times");
 }
 
 } // namespace korvex::cli

@@ -135,16 +135,6 @@ std::string inLines(std::string_view text) {
     return displayed(text, LineBreaks::keep);
 }
 
-std::string repairedUtf8(std::string_view text) {
-    std::string result;
-    for (std::size_t position = 0; position < text.size();) {
-        const auto begin = position;
-        const auto isReplaced = nextCodePoint(text, position) == kReplacement;
-        result.append(isReplaced ? "\uFFFD" : text.substr(begin, position - begin));
-    }
-    return result;
-}
-
 std::size_t displayWidth(std::string_view line) {
     if (isPlainAscii(line)) {
         return line.size();

@@ -15,9 +15,6 @@ std::string onOneLine(std::string_view text);
 /// The same, but line breaks stay.
 std::string inLines(std::string_view text);
 
-/// Valid UTF-8, bytes that are not becoming the replacement character; nothing else changes.
-std::string repairedUtf8(std::string_view text);
-
 /// How many columns a terminal gives to a line: two for wide characters, none for combining ones.
 std::size_t displayWidth(std::string_view line);
 

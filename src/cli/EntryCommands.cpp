@@ -21,6 +21,7 @@ struct RescheduleOptions {
 
 struct CompleteOptions {
     std::vector<std::string> entries;
+    std::optional<std::string> allOf;
 };
 
 struct RestoreOptions {
@@ -36,6 +37,8 @@ struct DeleteOptions {
 
 struct MoveOptions {
     std::string entry;
+    std::optional<std::string> board;
+    std::optional<std::int64_t> position;
     std::optional<std::string> before;
     std::optional<std::string> after;
     std::optional<std::int64_t> by;
@@ -87,7 +90,17 @@ std::vector<model::Entry*> findEntries(Session& session, const std::vector<std::
 }
 
 ExitStatus complete(Session& session, const CompleteOptions& options) {
+    if (options.allOf.has_value() != options.entries.empty()) {
+        throw wrongUsage("Say what to complete: ID… or --all BOARD.");
+    }
     const store::LockedStep step(session.context());
+    if (options.allOf) {
+        auto& board = findBoard(session, *options.allOf);
+        const auto todos = services::EntryService::activeTodos(board);
+        session.entries().completeTodos(board, session.now());
+        printRecords(session, todos);
+        return ExitStatus::done;
+    }
     const auto entries = findEntries(session, options.entries);
     completeAll(session, entries);
     printRecords(session, entries);
@@ -102,10 +115,19 @@ ExitStatus restore(Session& session, const RestoreOptions& options) {
 }
 
 ExitStatus move(Session& session, const MoveOptions& options) {
-    if (options.before.has_value() + options.after.has_value() + options.by.has_value() != 1) {
-        throw wrongUsage("Say where to: --before ID, --after ID or --by N.");
+    if (options.board.has_value() + options.before.has_value() + options.after.has_value() +
+            options.by.has_value() !=
+        1) {
+        throw wrongUsage("Say where to: --to BOARD, --before ID, --after ID or --by N.");
     }
+    const store::LockedStep step(session.context());
     auto& entry = findEntry(session, options.entry);
+    if (options.board) {
+        session.entries().moveEntry(entry, findBoard(session, *options.board), session.now(),
+                                    options.position);
+        printRecord(session, entry);
+        return ExitStatus::done;
+    }
     auto* board = entry.board();
     if (board == nullptr) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
@@ -167,7 +189,9 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
         ->excludes(options.remind);
 
     const auto completed = addCommand(program, "complete", "Completes todos", chosen, complete);
-    addTexts(completed.parser, "ID", completed.options->entries, kTodoHelp);
+    addTexts(completed.parser, "ID", completed.options->entries, kTodoHelp)->required(false);
+    addText(completed.parser, "--all", "BOARD", completed.options->allOf,
+            "All open todos of this board");
 
     const auto restored =
         addCommand(program, "restore", "Makes a completed todo open again", chosen, restore);
@@ -177,8 +201,17 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
                     "Its place among the board's entries, from 0; the end when it is left out")
         ->type_name("N");
 
-    const auto moved = addCommand(program, "move", "Moves an entry on its board", chosen, move);
+    const auto moved =
+        addCommand(program, "move", "Moves an entry, on its board or to another", chosen, move);
     addText(moved.parser, "ID", "ID", moved.options->entry, kEntryHelp)->required();
+    auto* movedTo = addText(moved.parser, "--to", "BOARD", moved.options->board,
+                            "To this board, by name or identifier");
+    moved.parser
+        .add_option("--position", moved.options->position,
+                    "With --to: its place among that board's entries, from 0; the end when it is "
+                    "left out")
+        ->type_name("N")
+        ->needs(movedTo);
     auto* movedBefore = addText(moved.parser, "--before", "ID", moved.options->before,
                                 "Directly before this entry");
     auto* movedAfter =

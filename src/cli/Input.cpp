@@ -1,6 +1,7 @@
 #include "cli/Input.h"
 
 #include "cli/CommandLineError.h"
+#include "cli/Session.h"
 
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
@@ -91,6 +92,25 @@ std::string readText(int descriptor) {
 base::Bytes readFormattedText(const std::string& file) {
     const OpenFile open(file);
     return readUpTo<base::Bytes>(kMoreThanAnEntry, open.descriptor(), file);
+}
+
+std::vector<model::EntryAttachment> readFiles(const Session& session,
+                                              std::span<const std::filesystem::path> files) {
+    std::vector<model::EntryAttachment> attachments;
+    for (const auto& file : files) {
+        if (attachments.size() == model::EntryAttachment::kMaximumCount) {
+            throw model::AttachmentError(model::AttachmentErrorCase::tooLarge);
+        }
+        try {
+            attachments.push_back(services::readAttachment(file));
+        } catch (const model::AttachmentError&) {
+            if (files.size() > 1) {
+                session.remark(file.string() + " cannot be attached.");
+            }
+            throw;
+        }
+    }
+    return attachments;
 }
 
 richtext::AttributedString plainText(std::string_view typed) {

@@ -1,6 +1,6 @@
 #include "cli/Json.h"
 
-#include "cli/DisplayText.h"
+#include "cli/AttachmentText.h"
 
 #include "base/Text.h"
 
@@ -14,7 +14,7 @@ void Json::text(std::string_view value) {
     if (base::isValidUtf8(value)) {
         m_writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
     } else {
-        const auto repaired = repairedUtf8(value);
+        const auto repaired = base::repairedUtf8(value);
         m_writer.String(repaired.data(), static_cast<rapidjson::SizeType>(repaired.size()));
     }
 }
@@ -57,6 +57,15 @@ void Json::entryMembers(const model::Entry& entry, DueLabels& labels) {
     member("boardID", entry.boardID());
     if (const auto label = labels.label(entry); !label.empty()) {
         member("dueLabel", label);
+    }
+    // Of one that is deleted they are gone with it.
+    if (!entry.isLive()) {
+        return;
+    }
+    if (const auto list = services::attachmentsOf(entry);
+        list.isDamaged || !list.attachments.empty()) {
+        key("attachments");
+        writeAttachments(*this, list);
     }
 }
 

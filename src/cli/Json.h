@@ -46,7 +46,8 @@ public:
 
     /// The stored fields under their names; absent ones are left out.
     void board(const model::Board& board);
-    /// The same, with its board's identifier as `boardID` and its due label as `dueLabel`.
+    /// The same, with its board's identifier as `boardID`, its due label as `dueLabel` and its
+    /// `attachments` (may throw).
     void entry(const model::Entry& entry, DueLabels& labels);
     /// The members of that object alone.
     void entryMembers(const model::Entry& entry, DueLabels& labels);

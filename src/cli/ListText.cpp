@@ -1,10 +1,12 @@
 #include "cli/ListText.h"
 
+#include "cli/AttachmentText.h"
 #include "cli/DisplayText.h"
 #include "cli/DueLabels.h"
 #include "cli/Lookup.h"
 #include "cli/ReadableText.h"
 #include "cli/Session.h"
+#include "cli/StyledText.h"
 
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
@@ -18,14 +20,6 @@ namespace korvex::cli {
 
 namespace {
 
-constexpr std::string_view kDim = "\x1b[2m";
-constexpr std::string_view kRed = "\x1b[31m";
-constexpr std::string_view kPlain = "\x1b[0m";
-constexpr std::string_view kGap = "  ";
-/// A text column narrower than this is not worth having: texts wrap at the terminal's own edge
-/// then.
-constexpr std::size_t kNarrowestText = 20;
-
 std::string_view mark(const model::Entry& entry) {
     if (!entry.isTodo()) {
         return "   ";
@@ -33,34 +27,18 @@ std::string_view mark(const model::Entry& entry) {
     return entry.isCompleted() ? "[x]" : "[ ]";
 }
 
-void printStyled(Session& session, std::string_view style, std::string_view text) {
-    auto& output = session.output();
-    if (session.terminal().hasColor && !style.empty() && !text.empty()) {
-        output.write(style);
-        output.write(text);
-        output.write(kPlain);
-    } else {
-        output.write(text);
-    }
-}
-
 std::string moment(Session& session, std::optional<base::Instant> instant) {
     return instant && instant->isValid() ? session.formats().dayAndShortTime(*instant)
                                          : std::string();
 }
 
-/// Only color says so, so without it the calendar need not be asked.
-std::string_view labelStyle(Session& session, const model::Entry& entry) {
-    const auto isLate = session.terminal().hasColor && entry.isTodo() && !entry.isCompleted() &&
-                        entry.schedule().hasDue() &&
-                        entry.schedule().isOverdue(session.now(), session.calendar());
-    return isLate ? kRed : std::string_view();
-}
-
 /// The text from the column where it begins.
 void printText(Session& session, const model::Entry& entry, std::size_t column) {
     auto& output = session.output();
-    const auto text = onOneLine(base::trimmed(entry.content()));
+    auto text = onOneLine(base::trimmed(entry.content()));
+    if (const auto mark = attachmentMark(services::attachmentsOf(entry)); !mark.empty()) {
+        text.append("  ").append(mark);
+    }
     const auto& terminal = session.terminal();
     if (!terminal.isPresent || terminal.width < column + kNarrowestText) {
         output.write(text);
@@ -76,15 +54,16 @@ void printText(Session& session, const model::Entry& entry, std::size_t column) 
     }
 }
 
-void printFact(Session& session, std::string_view name, std::string_view value) {
-    constexpr std::size_t kNameWidth = 12;
-    if (value.empty()) {
-        return;
+void printAttachmentFacts(Session& session, const model::Entry& entry) {
+    const auto list = services::attachmentsOf(entry);
+    if (list.isDamaged) {
+        printFact(session, "Attached", "files that cannot be read");
     }
-    printStyled(session, kDim, name);
-    session.output().spaces(kNameWidth - name.size());
-    session.output().write(onOneLine(value));
-    session.output().put('\n');
+    std::string_view name = "Attached";
+    for (const auto& each : list.attachments) {
+        printFact(session, name, each.filename + " (" + sizeText(each.size) + ")");
+        name = "";
+    }
 }
 
 std::size_t openTodoCount(Session& session, const model::Board& board) {
@@ -97,6 +76,31 @@ std::size_t openTodoCount(Session& session, const model::Board& board) {
 }
 
 } // namespace
+
+std::string_view labelStyle(Session& session, const model::Entry& entry) {
+    // Only color says so, so without it the calendar need not be asked.
+    const auto isLate = session.terminal().hasColor && entry.isTodo() && !entry.isCompleted() &&
+                        entry.schedule().hasDue() &&
+                        entry.schedule().isOverdue(session.now(), session.calendar());
+    return isLate ? kRed : std::string_view();
+}
+
+void printMarkedText(Session& session, const model::Entry& entry, std::size_t column) {
+    session.output().write(mark(entry));
+    session.output().put(' ');
+    printText(session, entry, column + mark(entry).size() + 1);
+}
+
+void printFact(Session& session, std::string_view name, std::string_view value) {
+    constexpr std::size_t kNameWidth = 12;
+    if (value.empty()) {
+        return;
+    }
+    printStyled(session, kDim, name);
+    session.output().spaces(kNameWidth - name.size());
+    session.output().write(onOneLine(value));
+    session.output().put('\n');
+}
 
 void printEntries(Session& session, std::span<model::Entry* const> entries, ListDate date) {
     DueLabels dueLabels(session);
@@ -121,16 +125,14 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
         const auto& entry = *entries[i];
         printStyled(session, kDim, entry.id().text().substr(0, idWidth));
         output.write(kGap);
-        auto column = idWidth + kGap.size() + mark(entry).size() + 1;
+        auto column = idWidth + kGap.size();
         if (labelWidth > 0) {
             printStyled(session, labelStyle(session, entry), labels[i]);
             output.spaces(labelWidth - labelWidths[i]);
             output.write(kGap);
             column += labelWidth + kGap.size();
         }
-        output.write(mark(entry));
-        output.put(' ');
-        printText(session, entry, column);
+        printMarkedText(session, entry, column);
     }
 }
 
@@ -157,6 +159,7 @@ void printEntry(Session& session, const model::Entry& entry) {
         printFact(session, "Reminder", moment(session, entry.reminderDate()));
         printFact(session, "Completed", moment(session, entry.completedAt()));
     }
+    printAttachmentFacts(session, entry);
     printFact(session, "Created", moment(session, entry.createdAt()));
     printFact(session, "Changed", moment(session, entry.updatedAt()));
     printFact(session, "Identifier", entry.id().text());

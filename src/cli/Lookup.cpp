@@ -4,6 +4,7 @@
 #include "cli/Session.h"
 
 #include "base/Text.h"
+#include "services/AttachmentList.h"
 
 #include <unicode/unistr.h>
 
@@ -26,6 +27,7 @@ struct IdentifierRange {
     std::size_t digits = 0;
 
     bool isWhole() const { return digits == kIdentifierDigits; }
+    bool contains(const base::Uuid& id) const { return first <= id && id <= last; }
 };
 
 std::optional<std::uint8_t> hexValue(char character) {
@@ -85,13 +87,34 @@ std::vector<model::Board*> boardsNamed(const std::vector<model::Board*>& boards,
     return matches;
 }
 
-template <typename T>
-std::string identifierList(const std::vector<T*>& records) {
+std::string identifierList(const std::vector<base::Uuid>& ids) {
     std::string list;
-    for (const auto* record : records) {
-        list += (list.empty() ? "" : ", ") + record->id().text();
+    for (const auto& id : ids) {
+        list += (list.empty() ? "" : ", ") + id.text();
     }
     return list;
+}
+
+template <typename T>
+std::string identifierList(const std::vector<T*>& records) {
+    std::vector<base::Uuid> ids;
+    ids.reserve(records.size());
+    for (const auto* record : records) {
+        ids.push_back(record->id());
+    }
+    return identifierList(ids);
+}
+
+template <typename Predicate>
+std::vector<base::Uuid> attachmentsWith(const services::AttachmentList& list,
+                                        Predicate&& predicate) {
+    std::vector<base::Uuid> ids;
+    for (const auto& each : list.attachments) {
+        if (predicate(each)) {
+            ids.push_back(each.id);
+        }
+    }
+    return ids;
 }
 
 std::vector<model::Entry*> entriesIn(const IdentifierRange& range, Session& session) {
@@ -156,6 +179,30 @@ model::Entry& findEntry(Session& session, std::string_view typed) {
 base::Uuid findTarget(Session& session, std::string_view typed) {
     const auto range = identifierRange(base::trimmed(typed));
     return range && range->isWhole() ? range->first : findEntry(session, typed).id();
+}
+
+base::Uuid findAttachment(const model::Entry& entry, std::string_view typed) {
+    const auto list = services::attachmentsOf(entry);
+    if (list.isDamaged) {
+        throw model::AttachmentError(model::AttachmentErrorCase::invalidData);
+    }
+    auto matches = attachmentsWith(list, [&](const auto& each) { return each.filename == typed; });
+    if (matches.size() > 1) {
+        throw refusal(std::to_string(matches.size()) + " attachments are named " + quoted(typed) +
+                      ". Name one by its identifier: " + identifierList(matches) + ".");
+    }
+    const auto range = identifierRange(base::trimmed(typed));
+    if (matches.empty() && range && range->digits >= kMinimumPrefix) {
+        matches = attachmentsWith(list, [&](const auto& each) { return range->contains(each.id); });
+    }
+    if (matches.empty()) {
+        throw refusal("The entry has no attachment " + quoted(typed) + ".");
+    }
+    if (matches.size() > 1) {
+        throw refusal("Several attachments begin with " + quoted(typed) +
+                      ". Give more characters: " + identifierList(matches) + ".");
+    }
+    return matches.front();
 }
 
 std::size_t shortIdentifierLength(std::span<const base::Uuid> ids) {

@@ -36,6 +36,11 @@ model::Entry& findEntry(Session& session, std::string_view typed);
 /// service says what is wrong with it.
 base::Uuid findTarget(Session& session, std::string_view typed);
 
+/// What was typed for an attachment of an entry: its filename, which only one has, its identifier
+/// or at least the first four characters of it. Throws CommandLineError (`refused`) or
+/// AttachmentError.
+base::Uuid findAttachment(const model::Entry& entry, std::string_view typed);
+
 /// How many characters of the text form tell each of `ids` from the others, at least 8.
 std::size_t shortIdentifierLength(std::span<const base::Uuid> ids);
 

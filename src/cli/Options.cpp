@@ -73,6 +73,22 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
         ->required();
 }
 
+CLI::Option* addFiles(CLI::App& command, const std::string& name, std::vector<std::string>& target,
+                      const std::string& help) {
+    const auto isOption = name.starts_with('-');
+    auto* option = command.add_option(
+        name,
+        [&target](const CLI::results_t& typed) {
+            target = typed;
+            return true;
+        },
+        help);
+    return option->type_name(isOption ? "FILE" : name)
+        ->expected(isOption ? 1 : kManyArguments)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->required(!isOption);
+}
+
 ScheduleOptionSet addScheduleOptions(CLI::App& command, ScheduleOptions& target) {
     auto* due = addText(command, "--due", "WHEN", target.due, "When it is due: a day or a time");
     auto* from = addText(command, "--from", "WHEN", target.from,

@@ -32,7 +32,6 @@ TEST(DisplayText, NothingThatATerminalActsOnStays) {
         EXPECT_EQ(onOneLine(each.text), each.onOneLine) << each.situation;
     }
     EXPECT_EQ(inLines("one\r\ntwo\x1b\n"), "one\ntwo␛\n");
-    EXPECT_EQ(repairedUtf8("a\xff\tb\x1b"), "a\uFFFD\tb\x1b");
 }
 
 struct Width {
