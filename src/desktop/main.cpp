@@ -148,6 +148,14 @@ int main(int argc, char* argv[]) {
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
     richtext::CodeHighlighter code(script.engineFactory(), script.resources(), runLoop, log);
+    services::TemporaryAttachmentCopies copies;
+    const base::TextFolding folding;
+    services::FoldedTexts texts(context, folding);
+    services::SearchService search(context, boards, texts);
+    ui::OnFirstUse<schedule::UpcomingTodos> upcoming([&] {
+        return std::make_unique<schedule::UpcomingTodos>(context, clock.now(),
+                                                         base::TimeZone::system());
+    });
     const ui::Workspace workspace{.container = *container,
                                   .context = context,
                                   .boards = boards,
@@ -160,6 +168,11 @@ int main(int argc, char* argv[]) {
                                   .dates = dates,
                                   .serializer = serializer,
                                   .code = code,
+                                  .folding = folding,
+                                  .texts = texts,
+                                  .search = search,
+                                  .copies = copies,
+                                  .upcoming = upcoming,
                                   .log = log};
     ui::MainWindow window(workspace, theme);
     std::unique_ptr<Watchers> watchers;
@@ -170,6 +183,7 @@ int main(int argc, char* argv[]) {
         watchers = std::make_unique<Watchers>(workspace, theme, window);
         scheduleClock.start(*container);
         instance.listen();
+        copies.removeLeftovers();
     };
     QObject::connect(&window, &ui::MainWindow::firstPainted, &window, [&] {
         trace.report("first paint");

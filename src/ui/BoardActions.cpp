@@ -15,6 +15,13 @@ BoardActions::BoardActions(Sidebar& sidebar, const Workspace& workspace, const T
     : m_sidebar(sidebar), m_workspace(workspace), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
+    if (board.isArchived()) {
+        connect(menu.addAction(tr("Unarchive")), &QAction::triggered, this,
+                [this, &board] { setArchived(board, false); });
+        connect(menu.addAction(tr("Delete…")), &QAction::triggered, this,
+                [this, &board] { confirmDeletion(board, anchorOf(board)); });
+        return;
+    }
     auto* const rename = menu.addAction(tr("Rename"));
     rename->setShortcut(Qt::Key_F2);
     rename->setShortcutVisibleInContextMenu(true);

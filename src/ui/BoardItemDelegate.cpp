@@ -2,10 +2,10 @@
 
 #include "ui/BoardColors.h"
 #include "ui/IconSet.h"
+#include "ui/RowGround.h"
 
 #include <QLineEdit>
 #include <QPainter>
-#include <QPainterPath>
 
 namespace korvex::ui {
 
@@ -13,7 +13,6 @@ namespace {
 
 constexpr int kSideMargin = 8;
 constexpr int kPadding = 8;
-constexpr int kCornerRadius = 6;
 constexpr int kIconSize = 18;
 
 } // namespace
@@ -29,19 +28,10 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     const auto box = option.rect.adjusted(kSideMargin, 1, -kSideMargin, -1);
     painter->save();
     painter->setRenderHint(QPainter::Antialiasing);
-    QPainterPath path;
-    path.addRoundedRect(box, kCornerRadius, kCornerRadius);
-    const bool isCurrent = option.state.testFlag(QStyle::State_Selected);
-    if (isCurrent) {
-        painter->fillPath(path, colors.selection);
-    } else if (option.state.testFlag(QStyle::State_MouseOver)) {
-        painter->fillPath(path, blended(colors.text, colors.sidebar, 0.06));
-    }
-    if (isCurrent && option.state.testFlag(QStyle::State_HasFocus)) {
-        painter->setPen(QPen(colors.accent, 1.5));
-        painter->drawRoundedRect(QRectF(box).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
-                                 kCornerRadius);
-    }
+    auto state = option.state;
+    state.setFlag(QStyle::State_HasFocus,
+                  state.testFlag(QStyle::State_HasFocus) && state.testFlag(QStyle::State_Selected));
+    paintRowGround(*painter, box, state, colors.sidebar, m_theme);
 
     const int size = m_theme.scaled(kIconSize);
     painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,

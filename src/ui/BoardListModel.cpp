@@ -66,30 +66,22 @@ void BoardListModel::refresh() {
                  [](const model::Board* board) { return board->isArchived(); });
     const auto wanted = services::BoardService::activeBoards(visible);
     for (const auto& step : rowSteps(keys(m_boards), keys(wanted))) {
-        const auto first = m_boards.begin() + step.first;
         switch (step.kind) {
         case RowStep::Kind::remove:
             beginRemoveRows({}, step.first, step.first + step.count - 1);
-            m_boards.erase(first, first + step.count);
+            applyStep(step, m_boards, wanted);
             endRemoveRows();
             break;
         case RowStep::Kind::insert:
             beginInsertRows({}, step.first, step.first + step.count - 1);
-            m_boards.insert(first, wanted.begin() + step.first,
-                            wanted.begin() + step.first + step.count);
+            applyStep(step, m_boards, wanted);
             endInsertRows();
             break;
-        case RowStep::Kind::move: {
+        case RowStep::Kind::move:
             beginMoveRows({}, step.first, step.first + step.count - 1, {}, step.destination);
-            const auto destination = m_boards.begin() + step.destination;
-            if (destination < first) {
-                std::rotate(destination, first, first + step.count);
-            } else {
-                std::rotate(first, first + step.count, destination);
-            }
+            applyStep(step, m_boards, wanted);
             endMoveRows();
             break;
-        }
         }
     }
     // Few and cheap to draw: names, icons and colours need no comparison.
@@ -121,6 +113,11 @@ int BoardListModel::rowOf(const model::Board& board) const {
 int BoardListModel::openTodoCount(int row) const {
     const auto known = m_counts.find(board(row));
     return known == m_counts.end() ? 0 : known->second;
+}
+
+bool BoardListModel::canTake(const base::Uuid& entry, int row) const {
+    const auto* const found = m_workspace.context.find<model::Entry>(entry);
+    return found && found->boardID() != board(row)->id();
 }
 
 } // namespace korvex::ui

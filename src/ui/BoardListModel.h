@@ -33,6 +33,9 @@ public:
     int rowOf(const model::Board& board) const;
     /// 0 while it is not known.
     int openTodoCount(int row) const;
+    /// Whether an entry can be dropped on the board of a row: not on its own.
+    bool canTake(const base::Uuid& entry, int row) const;
+    const std::vector<model::Board*>& activeBoards() const { return m_boards; }
     const std::vector<model::Board*>& archivedBoards() const { return m_archived; }
 
 private:

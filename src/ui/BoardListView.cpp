@@ -1,6 +1,7 @@
 #include "ui/BoardListView.h"
 
 #include "ui/BoardItemDelegate.h"
+#include "ui/EntryListView.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>
@@ -9,6 +10,14 @@
 #include <QPainter>
 
 namespace korvex::ui {
+
+namespace {
+
+std::optional<base::Uuid> draggedID(const QMimeData& data, const char* type) {
+    return base::Uuid::parse(data.data(QString::fromLatin1(type)).toStdString());
+}
+
+} // namespace
 
 BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget* parent)
     : QListView(parent), m_model(model), m_theme(theme) {
@@ -70,7 +79,33 @@ void BoardListView::currentChanged(const QModelIndex& current, const QModelIndex
     }
 }
 
+/// When the shown board goes, its neighbour becomes current; nobody has chosen that.
+void BoardListView::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
+    const QSignalBlocker blocker(this);
+    QListView::rowsAboutToBeRemoved(parent, first, last);
+}
+
+void BoardListView::focusEnd(End end) {
+    setFocus();
+    if (!currentIndex().isValid() && m_model.rowCount() > 0) {
+        setCurrentIndex(m_model.index(end == End::top ? 0 : m_model.rowCount() - 1, 0));
+    }
+}
+
 void BoardListView::keyPressEvent(QKeyEvent* event) {
+    const int row = currentIndex().row();
+    if (event->key() == Qt::Key_Up && row <= 0) {
+        Q_EMIT leftUpwards();
+        return;
+    }
+    if (event->key() == Qt::Key_Down && row == m_model.rowCount() - 1) {
+        Q_EMIT leftDownwards();
+        return;
+    }
+    if (event->key() == Qt::Key_Escape) {
+        event->ignore();
+        return;
+    }
     // QListView would search by letters; they may be another's shortcuts.
     if (event->text().isEmpty() || !event->text().front().isPrint()) {
         QListView::keyPressEvent(event);
@@ -106,7 +141,9 @@ void BoardListView::startDrag(Qt::DropActions) {
 }
 
 void BoardListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasFormat(QString::fromLatin1(kDragType))) {
+    const auto& payload = *event->mimeData();
+    if (payload.hasFormat(QString::fromLatin1(kDragType)) ||
+        payload.hasFormat(QString::fromLatin1(EntryListView::kDragType))) {
         event->acceptProposedAction();
     } else {
         event->ignore();
@@ -118,22 +155,29 @@ void BoardListView::dragMoveEvent(QDragMoveEvent* event) {
                             ? dropTargetAt(event->position().toPoint())
                             : std::nullopt;
     setDropTarget(target);
-    event->setAccepted(target.has_value());
+    setEntryTarget(entryTargetAt(*event));
+    event->setAccepted(target.has_value() || m_entryTarget >= 0);
 }
 
 void BoardListView::dragLeaveEvent(QDragLeaveEvent*) {
     setDropTarget(std::nullopt);
+    setEntryTarget(-1);
 }
 
 void BoardListView::dropEvent(QDropEvent* event) {
     const auto target = dropTargetAt(event->position().toPoint());
-    const auto id =
-        base::Uuid::parse(event->mimeData()->data(QString::fromLatin1(kDragType)).toStdString());
+    const auto board = draggedID(*event->mimeData(), kDragType);
+    const auto entry = draggedID(*event->mimeData(), EntryListView::kDragType);
+    const int entryTarget = entryTargetAt(*event);
     setDropTarget(std::nullopt);
+    setEntryTarget(-1);
     setState(NoState);
-    if (id && target) {
+    if (board && target) {
         event->acceptProposedAction();
-        Q_EMIT dropped(*id, m_model.board(target->row)->id(), target->placement);
+        Q_EMIT dropped(*board, m_model.board(target->row)->id(), target->placement);
+    } else if (entry && entryTarget >= 0) {
+        event->acceptProposedAction();
+        Q_EMIT entryDropped(*entry, m_model.board(entryTarget));
     }
 }
 
@@ -146,6 +190,13 @@ void BoardListView::paintEvent(QPaintEvent* event) {
         QPainter painter(viewport());
         painter.fillRect(QRect(rect.left() + 8, std::max(y - 1, 0), rect.width() - 16, 2),
                          m_theme.colors().accent);
+    }
+    if (m_entryTarget >= 0 && m_entryTarget < m_model.rowCount()) {
+        const auto box = visualRect(m_model.index(m_entryTarget, 0)).adjusted(8, 1, -8, -1);
+        QPainter painter(viewport());
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(QPen(m_theme.colors().accent, 2));
+        painter.drawRoundedRect(QRectF(box).adjusted(1, 1, -1, -1), 6, 6);
     }
 }
 
@@ -163,6 +214,17 @@ std::optional<BoardListView::DropTarget> BoardListView::dropTargetAt(const QPoin
 
 void BoardListView::setDropTarget(std::optional<DropTarget> target) {
     m_dropTarget = target;
+    viewport()->update();
+}
+
+int BoardListView::entryTargetAt(const QDropEvent& event) const {
+    const auto entry = draggedID(*event.mimeData(), EntryListView::kDragType);
+    const auto index = indexAt(event.position().toPoint());
+    return entry && index.isValid() && m_model.canTake(*entry, index.row()) ? index.row() : -1;
+}
+
+void BoardListView::setEntryTarget(int row) {
+    m_entryTarget = row;
     viewport()->update();
 }
 

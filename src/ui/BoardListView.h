@@ -25,6 +25,9 @@ public:
     model::Board* currentBoard() const;
     /// Opens the editor of its name; with `typed` in it rather than the name.
     void rename(const model::Board& board, const QString& typed = {});
+    enum class End { top, bottom };
+    /// Takes the keyboard, on the first or the last board when none is shown.
+    void focusEnd(End end);
     /// As high as its boards, so that what follows stands right under them.
     QSize sizeHint() const override;
 
@@ -36,9 +39,15 @@ Q_SIGNALS:
     void renamed(korvex::model::Board* board, const QString& name);
     void dropped(const korvex::base::Uuid& id, const korvex::base::Uuid& target,
                  korvex::model::EntryPlacement placement);
+    /// An entry was dropped on a board that can take it.
+    void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
+    /// Up on the first board, Down on the last.
+    void leftUpwards();
+    void leftDownwards();
 
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
     void keyPressEvent(QKeyEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
@@ -56,11 +65,15 @@ private:
 
     std::optional<DropTarget> dropTargetAt(const QPoint& position) const;
     void setDropTarget(std::optional<DropTarget> target);
+    /// The row of the board that takes the dragged entry at this place, -1 for none.
+    int entryTargetAt(const QDropEvent& event) const;
+    void setEntryTarget(int row);
     void applyTheme();
 
     BoardListModel& m_model;
     const Theme& m_theme;
     std::optional<DropTarget> m_dropTarget;
+    int m_entryTarget = -1;
 };
 
 } // namespace korvex::ui

@@ -1,12 +1,13 @@
 #include "ui/BoardPage.h"
 
-#include "base/Text.h"
+#include "ui/ArchivedNotice.h"
 #include "ui/BoardHeader.h"
-#include "ui/ConfirmationSheet.h"
+#include "ui/BoardPicker.h"
 #include "ui/ErrorBanner.h"
 #include "ui/MenuItems.h"
 #include "ui/Refusal.h"
 #include "ui/SchedulePopover.h"
+#include "ui/Text.h"
 
 #include <QKeyEvent>
 #include <QLabel>
@@ -16,25 +17,19 @@
 
 namespace korvex::ui {
 
-namespace {
-
-using namespace std::chrono_literals;
-
-/// How long a tick is to be seen before its row leaves.
-constexpr auto kTickShown = 500ms;
-
-} // namespace
-
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : QWidget(parent),
       m_workspace(workspace),
       m_theme(theme),
       m_model(workspace),
       m_header(new BoardHeader(theme, this)),
+      m_archivedNotice(new ArchivedNotice(theme, this)),
       m_banner(new ErrorBanner(theme, this)),
       m_emptyHint(new QLabel(tr("Nothing here yet. Type a todo, or paste several lines."), this)),
       m_list(new EntryListView(m_model, workspace, theme, this)),
-      m_editing(m_model, *m_list, workspace, theme) {
+      m_editing(m_model, *m_list, workspace, theme),
+      m_attachments(workspace, *this),
+      m_attachmentInput(m_model, *m_list, m_attachments, workspace, theme) {
     m_emptyHint->setWordWrap(true);
     m_emptyHint->setContentsMargins(18, 4, 18, 8);
     m_emptyHint->setForegroundRole(QPalette::PlaceholderText);
@@ -43,6 +38,7 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_header);
+    column->addWidget(m_archivedNotice);
     column->addWidget(m_banner);
     column->addWidget(m_emptyHint);
     column->addWidget(m_list, 1);
@@ -50,11 +46,14 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
 
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
+    connect(m_archivedNotice, &ArchivedNotice::unarchiveRequested, this,
+            &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
     connectList();
+    connectAttachments();
     m_ticks = workspace.scheduleClock.didTick().connect(
         [this](base::Instant) { m_list->forgetLabels(); });
 }
@@ -84,8 +83,47 @@ void BoardPage::connectList() {
             [this](model::Entry* entry, int offset) { move(*entry, offset); });
     connect(&m_editing, &EntryEditing::typeChangeRequested, this,
             [this](model::Entry* entry) { changeType(*entry); });
+    connect(&m_editing, &EntryEditing::boardChangeRequested, this,
+            [this](model::Entry* entry) { chooseBoard(*entry); });
     connect(&m_editing, &EntryEditing::deletionRequested, this,
-            [this](model::Entry* entry) { requestDeletion(*entry); });
+            [this](model::Entry* entry) { remove(*entry); });
+}
+
+void BoardPage::connectAttachments() {
+    connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::showMessage);
+    connect(&m_attachments, &AttachmentActions::done, this, [this] { m_banner->clear(); });
+    const auto attachToEdited = [this](const QMimeData* offered) {
+        if (auto* const entry = m_editing.storedEntry()) {
+            m_attachments.attachOffered(*offered, *entry);
+        }
+    };
+    connect(&m_editing, &EntryEditing::attachmentsPasted, this, attachToEdited);
+    connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attachToEdited);
+    connect(&m_editing, &EntryEditing::menuOpening, this,
+            [this](QMenu* menu, model::Entry* entry) { addAttachmentItems(*menu, entry); });
+}
+
+void BoardPage::attachFiles() {
+    const int row = m_list->currentRow();
+    auto* const entry = isReadOnly()         ? nullptr
+                        : m_editing.isOpen() ? m_editing.storedEntry()
+                        : row < 0            ? nullptr
+                                             : m_model.entry(row);
+    if (entry) {
+        m_attachments.chooseFiles(*entry);
+    }
+}
+
+void BoardPage::addAttachmentItems(QMenu& menu, model::Entry* entry) {
+    menu.addSeparator();
+    if (!isReadOnly()) {
+        addItem(menu, tr("Attach files…"), Qt::CTRL | Qt::SHIFT | Qt::Key_A,
+                !entry || m_attachments.canAttachTo(*entry), this, [this] { attachFiles(); });
+    }
+    if (entry) {
+        m_attachments.addAttachments(menu, *entry);
+    }
+    menu.addSeparator();
 }
 
 template <typename Operation>
@@ -115,8 +153,14 @@ bool BoardPage::showBoard(model::Board& board) {
     return true;
 }
 
+void BoardPage::startTodo() {
+    if (!isReadOnly()) {
+        m_editing.startDraftAtEnd();
+    }
+}
+
 void BoardPage::startText() {
-    if (!m_editing.leave()) {
+    if (isReadOnly() || !m_editing.leave()) {
         return;
     }
     const int row = m_list->currentRow();
@@ -131,6 +175,22 @@ void BoardPage::focusList() {
     }
 }
 
+bool BoardPage::showEntry(model::Entry& entry) {
+    if (entry.board() != m_model.board() || !leaveEditor()) {
+        return false;
+    }
+    if (entry.isTodo() && entry.isCompleted() && m_model.rowOf(entry) < 0) {
+        m_model.setCompletedExpanded(true);
+    }
+    const int row = m_model.rowOf(entry);
+    if (row < 0) {
+        return false;
+    }
+    m_list->showRow(row);
+    m_list->setFocus();
+    return true;
+}
+
 void BoardPage::refresh() {
     m_editing.recordsChanged();
     m_model.refresh();
@@ -142,13 +202,23 @@ void BoardPage::showMessage(const QString& message) {
 
 void BoardPage::keyPressEvent(QKeyEvent* event) {
     const int row = m_list->currentRow();
-    auto* const entry = row < 0 ? nullptr : m_model.entry(row);
+    auto* const entry = row < 0 || isReadOnly() ? nullptr : m_model.entry(row);
     if (entry && event->key() == Qt::Key_D && event->modifiers() == Qt::ControlModifier) {
         openSchedule(*entry);
         return;
     }
+    if (event->key() == Qt::Key_A &&
+        event->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier)) {
+        attachFiles();
+        return;
+    }
+    if (entry && event->key() == Qt::Key_M &&
+        event->modifiers() == (Qt::ControlModifier | Qt::ShiftModifier)) {
+        chooseBoard(*entry);
+        return;
+    }
     if (entry && event->key() == Qt::Key_Delete && m_list->hasFocus()) {
-        requestDeletion(*entry);
+        remove(*entry);
         return;
     }
     QWidget::keyPressEvent(event);
@@ -228,39 +298,77 @@ void BoardPage::changeType(model::Entry& entry) {
     perform([&] { m_workspace.entries.changeType(entry, other, m_workspace.now()); });
 }
 
-void BoardPage::requestDeletion(model::Entry& entry) {
+void BoardPage::remove(model::Entry& entry) {
+    // What was typed is stored first, so that undoing brings it back too.
+    if (m_editing.entry() == &entry && !m_editing.leaveForGood()) {
+        return;
+    }
     const int row = m_model.rowOf(entry);
-    if (row < 0) {
+    if (row < 0 || !entry.isLive()) {
         return;
     }
-    if (base::trimmed(entry.content()).empty()) {
-        remove(entry);
+    const auto shown = shortened(m_model.text(row));
+    if (!perform([&] { m_workspace.entries.deleteEntry(entry); })) {
         return;
     }
-    constexpr int kShown = 60;
-    const auto line = m_model.text(row).trimmed().section(QLatin1Char('\n'), 0, 0);
-    const auto shown = line.size() > kShown ? line.left(kShown) + QStringLiteral("…") : line;
-    auto* const sheet = new ConfirmationSheet(tr("Delete “%1”? This cannot be undone.").arg(shown),
-                                              tr("Delete"), m_theme, window());
-    connect(sheet, &ConfirmationSheet::confirmed, this, [this, id = entry.id()] {
-        // It may be gone by now.
-        if (auto* const found = m_workspace.context.find<model::Entry>(id)) {
-            remove(*found);
-        }
-    });
-    sheet->openAt(m_list->globalRect(row));
-    sheet->setFocus();
+    m_list->setCurrentRow(std::min(row, m_model.rowCount() - 1));
+    m_list->setFocus();
+    if (!shown.isEmpty()) {
+        m_banner->offer(tr("“%1” was deleted.").arg(shown), tr("Undo"), [this] { undo(); });
+    }
 }
 
-void BoardPage::remove(model::Entry& entry) {
-    if (m_editing.entry() == &entry) {
-        m_editing.discard();
+void BoardPage::chooseBoard(model::Entry& entry) {
+    auto* const picker =
+        new BoardPicker(services::BoardService::activeBoards(m_workspace.boards.boards()),
+                        tr("Move to board"), m_workspace, m_theme, window(), entry.board());
+    connect(picker, &BoardPicker::chosen, this,
+            [this, id = entry.id()](model::Board* board) { moveToBoard(id, *board); });
+    picker->open();
+}
+
+void BoardPage::moveToBoard(const base::Uuid& id, model::Board& board) {
+    auto* const entry = m_workspace.context.find<model::Entry>(id);
+    if (!entry) {
+        return;
     }
-    const int row = m_model.rowOf(entry);
-    if (perform([&] { m_workspace.entries.deleteEntry(entry); }) && row >= 0) {
+    const int row = m_model.rowOf(*entry);
+    const auto shown = row < 0 ? QString() : shortened(m_model.text(row));
+    if (!perform([&] { m_workspace.entries.moveEntry(*entry, board, m_workspace.now()); })) {
+        return;
+    }
+    if (row >= 0 && m_model.rowOf(*entry) < 0) {
         m_list->setCurrentRow(std::min(row, m_model.rowCount() - 1));
-        m_list->setFocus();
     }
+    m_list->setFocus();
+    m_banner->offer(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())), tr("Undo"),
+                    [this] { undo(); });
+}
+
+template <typename Operation>
+void BoardPage::takeBack(Operation&& operation) {
+    if (!m_editing.leaveForGood()) {
+        return;
+    }
+    std::vector<base::Uuid> restored;
+    const auto changes = m_workspace.context.didChange().connect(
+        [&](const store::ChangeSet& set) { restored = set.inserted; });
+    perform(operation);
+    for (const auto& id : restored) {
+        const auto* const entry = m_workspace.context.find<model::Entry>(id);
+        if (const int row = entry ? m_model.rowOf(*entry) : -1; row >= 0) {
+            m_list->setCurrentRow(row);
+            m_list->setFocus();
+        }
+    }
+}
+
+void BoardPage::undo() {
+    takeBack([this] { m_workspace.undo.undo(); });
+}
+
+void BoardPage::redo() {
+    takeBack([this] { m_workspace.undo.redo(); });
 }
 
 void BoardPage::openSchedule(model::Entry& entry) {
@@ -279,6 +387,15 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
     const bool isOpen = m_model.kind(row) == EntryListModel::RowKind::entry;
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    if (isReadOnly()) {
+        addAttachmentItems(*menu, &entry);
+        if (menu->isEmpty()) {
+            delete menu;
+        } else {
+            menu->popup(globalPosition);
+        }
+        return;
+    }
     const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
                          auto&& action) { addItem(*menu, text, keys, isEnabled, this, action); };
     if (isOpen) {
@@ -300,7 +417,10 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
     } else {
         add(tr("Restore"), Qt::Key_Space, true, [this, &entry] { restore(entry); });
     }
-    add(tr("Delete"), Qt::Key_Delete, true, [this, &entry] { requestDeletion(entry); });
+    addAttachmentItems(*menu, &entry);
+    add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, true,
+        [this, &entry] { chooseBoard(entry); });
+    add(tr("Delete"), Qt::Key_Delete, true, [this, &entry] { remove(entry); });
     menu->popup(globalPosition);
 }
 
@@ -308,7 +428,8 @@ void BoardPage::updateHeader() {
     if (m_model.board()) {
         m_header->show(*m_model.board(), m_model.openTodoCount());
         const bool isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
-        m_emptyHint->setVisible(isEmpty);
+        m_emptyHint->setVisible(isEmpty && !isReadOnly());
+        m_archivedNotice->setVisible(isReadOnly());
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/AttachmentActions.h"
+#include "ui/AttachmentInput.h"
 #include "ui/EntryEditing.h"
 
 #include <QWidget>
@@ -7,9 +9,11 @@
 #include <memory>
 
 class QLabel;
+class QMenu;
 
 namespace korvex::ui {
 
+class ArchivedNotice;
 class BoardHeader;
 class ErrorBanner;
 
@@ -26,10 +30,19 @@ public:
     bool showBoard(model::Board& board);
     /// Stores what is being edited. False when that was refused.
     bool leaveEditor() { return m_editing.leaveForGood(); }
-    void startTodo() { m_editing.startDraftAtEnd(); }
+    void startTodo();
     /// After the current entry.
     void startText();
     void focusList();
+    /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. False
+    /// when it is not on this board, or what is being edited cannot be left.
+    bool showEntry(model::Entry& entry);
+    /// An archived board is only looked at.
+    bool isReadOnly() const { return m_model.isReadOnly(); }
+    void moveToBoard(const base::Uuid& id, model::Board& board);
+    /// Takes the window's latest change back, or does it again, and shows what came back.
+    void undo();
+    void redo();
     /// The store's records have changed.
     void refresh();
     void showMessage(const QString& message);
@@ -41,12 +54,18 @@ public:
 Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
     void menuRequested(const QPoint& globalPosition);
+    void unarchiveRequested();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
     void connectList();
+    void connectAttachments();
+    /// Asks for files for what is edited, or else for the current entry.
+    void attachFiles();
+    /// The entry is null for a draft.
+    void addAttachmentItems(QMenu& menu, model::Entry* entry);
     void toggle(int row);
     void complete(model::Entry& entry);
     void endLingering(const model::Entry& entry);
@@ -54,9 +73,11 @@ private:
     void move(model::Entry& entry, int offset);
     void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
     void changeType(model::Entry& entry);
-    /// Asks first where something would be lost.
-    void requestDeletion(model::Entry& entry);
     void remove(model::Entry& entry);
+    void chooseBoard(model::Entry& entry);
+    /// Undoes or redoes.
+    template <typename Operation>
+    void takeBack(Operation&& operation);
     void openSchedule(model::Entry& entry);
     void openMenu(int row, const QPoint& globalPosition);
     void updateHeader();
@@ -68,10 +89,13 @@ private:
     const Theme& m_theme;
     EntryListModel m_model;
     BoardHeader* m_header;
+    ArchivedNotice* m_archivedNotice;
     ErrorBanner* m_banner;
     QLabel* m_emptyHint;
     EntryListView* m_list;
     EntryEditing m_editing;
+    AttachmentActions m_attachments;
+    AttachmentInput m_attachmentInput;
     base::Subscription m_ticks;
 };
 

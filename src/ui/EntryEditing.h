@@ -4,6 +4,7 @@
 #include "ui/TextEditor.h"
 #include "ui/TodoEditor.h"
 
+#include <QMimeData>
 #include <QObject>
 
 #include <memory>
@@ -39,15 +40,26 @@ public:
     bool leaveForGood();
     /// Closes the editor and forgets what was typed.
     void discard();
+    /// The entry under edit, for what is attached to it; a draft is stored first. Null where that
+    /// was refused, with the reason in the editor.
+    model::Entry* storedEntry();
     /// The store's records have changed: call before the model follows.
     void recordsChanged();
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 Q_SIGNALS:
     void completionRequested(korvex::model::Entry* entry);
     void scheduleRequested(korvex::model::Entry* entry);
     void moveRequested(korvex::model::Entry* entry, int offset);
     void typeChangeRequested(korvex::model::Entry* entry);
+    /// It is to go to another board.
+    void boardChangeRequested(korvex::model::Entry* entry);
     void deletionRequested(korvex::model::Entry* entry);
+    /// Files or a picture were pasted into an editor.
+    void attachmentsPasted(const QMimeData* offered);
+    /// More items may be added; the entry is null for a draft.
+    void menuOpening(QMenu* menu, korvex::model::Entry* entry);
 
 private:
     enum class Target { none, stored, draft };

@@ -5,6 +5,7 @@
 #include "ui/RichTextEdit.h"
 #include "ui/Text.h"
 
+#include <QKeyEvent>
 #include <QMenu>
 #include <QScopedValueRollback>
 
@@ -40,9 +41,24 @@ void EntryEditing::connectEditor(RowEditor& editor) {
     });
     connect(&editor, &RowEditor::discarded, this, &EntryEditing::discard);
     auto& input = editor.input();
+    input.installEventFilter(this);
     input.setContextMenuPolicy(Qt::CustomContextMenu);
     connect(&input, &QWidget::customContextMenuRequested, this,
             [this, &input](const QPoint& position) { openMenu(input.mapToGlobal(position)); });
+}
+
+bool EntryEditing::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::ShortcutOverride && m_editor) {
+        auto* const key = static_cast<QKeyEvent*>(event);
+        const auto& document = *m_editor->input().document();
+        if ((key->matches(QKeySequence::Undo) && !document.isUndoAvailable()) ||
+            (key->matches(QKeySequence::Redo) && !document.isRedoAvailable())) {
+            // Nothing was typed: the window takes back what was done before.
+            key->ignore();
+            return true;
+        }
+    }
+    return QObject::eventFilter(watched, event);
 }
 
 void EntryEditing::connectTodoEditor() {
@@ -54,6 +70,7 @@ void EntryEditing::connectTodoEditor() {
     connect(&field, &TodoTextEdit::walked, this, &EntryEditing::walk);
     connect(&field, &TodoTextEdit::linesPasted, this, &EntryEditing::pasteLines);
     connect(&field, &TodoTextEdit::limitReached, this, &EntryEditing::showLimit);
+    connect(&field, &TodoTextEdit::attachmentsPasted, this, &EntryEditing::attachmentsPasted);
     connect(&field, &TodoTextEdit::escaped, this, &EntryEditing::leaveToList);
     connect(&field, &TodoTextEdit::completionRequested, this, [this] {
         forward([this](model::Entry* entry, int) { Q_EMIT completionRequested(entry); });
@@ -68,6 +85,7 @@ void EntryEditing::connectTextEditor() {
     auto& field = m_textEditor->field();
     connect(&field, &RichTextEdit::walked, this, &EntryEditing::walk);
     connect(&field, &RichTextEdit::limitReached, this, &EntryEditing::showLimit);
+    connect(&field, &RichTextEdit::attachmentsPasted, this, &EntryEditing::attachmentsPasted);
     connect(&field, &RichTextEdit::escaped, this, &EntryEditing::leaveToList);
     connect(&field, &RichTextEdit::storeRequested, this, &EntryEditing::storeAndStay);
     connect(&field, &RichTextEdit::splitRequested, this, &EntryEditing::split);
@@ -111,6 +129,18 @@ void EntryEditing::changeType() {
         Q_EMIT typeChangeRequested(entry);
         edit(m_model.rowOf(*entry), caret);
     });
+}
+
+model::Entry* EntryEditing::storedEntry() {
+    if (m_target == Target::draft) {
+        if (m_editor->isBlank()) {
+            m_editor->showError(
+                toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
+            return nullptr;
+        }
+        storeAndStay();
+    }
+    return m_entry;
 }
 
 void EntryEditing::makeNext() {
@@ -202,6 +232,10 @@ void EntryEditing::openMenu(const QPoint& globalPosition) {
     }
     add(isText ? tr("Change to todo") : tr("Change to text"), {}, !m_editor->isBlank(),
         [this] { changeType(); });
+    add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, !m_editor->isBlank(), [this] {
+        forward([this](model::Entry* entry, int) { Q_EMIT boardChangeRequested(entry); });
+    });
+    Q_EMIT menuOpening(menu, m_entry);
     add(isText ? tr("Delete text") : tr("Delete todo"), {}, true, [this] {
         if (auto* const entry = m_entry) {
             Q_EMIT deletionRequested(entry);

@@ -1,6 +1,6 @@
 #include "ui/EntryItemDelegate.h"
 
-#include "ui/IconSet.h"
+#include "ui/TodoPainting.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -15,11 +15,6 @@ namespace {
 /// Some screens full of todos.
 constexpr int kKeptLayouts = 300;
 constexpr int kCornerRadius = 6;
-
-void drawIcon(QPainter& painter, const QString& name, const QColor& color, const QRect& rect) {
-    painter.drawPixmap(rect.topLeft(), IconSet::pixmap(name, color, rect.width(),
-                                                       painter.device()->devicePixelRatio()));
-}
 
 } // namespace
 
@@ -45,15 +40,18 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->setClipRect(option.rect);
     painter->translate(option.rect.topLeft());
     painter->setRenderHint(QPainter::Antialiasing);
-    if (kind == EntryListModel::RowKind::draft) {
-        painter->restore(); // the editor stands here
+    const bool isActive = option.state.testFlag(QStyle::State_Active);
+    if (kind == EntryListModel::RowKind::draft || row == m_editedRow) {
+        // The editor stands here; under it are the attachments.
+        const int editor = option.rect.height() - laidOut.height();
+        paintChips(*painter, laidOut, laidOut.chipsTopLeft() + QPoint(0, editor), isActive);
+        painter->restore();
         return;
     }
     auto ground = colors.content;
     if (isCurrent || isHovered) {
         QPainterPath box;
         box.addRoundedRect(laidOut.box(), kCornerRadius, kCornerRadius);
-        const bool isActive = option.state.testFlag(QStyle::State_Active);
         ground = isCurrent && isActive ? colors.selection : colors.hover;
         painter->fillPath(box, ground);
     }
@@ -63,6 +61,7 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                                  kCornerRadius, kCornerRadius);
     }
 
+    paintChips(*painter, laidOut, laidOut.chipsTopLeft(), isActive);
     if (auto* const formatted = laidOut.formatted()) {
         painter->translate(laidOut.text().topLeft());
         formatted->color(m_workspace.code, look());
@@ -78,20 +77,26 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
 
     if (!laidOut.due().isEmpty()) {
         const auto color = laidOut.dueLabel().isOverdue ? colors.danger : colors.secondaryText;
-        painter->setFont(m_theme.smallFont());
-        painter->setPen(color);
-        painter->drawText(laidOut.due(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.dueLabel().text);
-        if (laidOut.dueLabel().hasReminder) {
-            const int size = m_theme.scaled(13);
-            const QRect bell(laidOut.due().right() + 1 - size,
-                             laidOut.due().center().y() - size / 2, size, size);
-            drawIcon(*painter, QStringLiteral("bell-fill"), color, bell);
-        }
-    } else if (!laidOut.scheduleButton().isEmpty() && (isHovered || isCurrent)) {
-        drawIcon(*painter, QStringLiteral("calendar-plus"), colors.secondaryText,
-                 laidOut.scheduleButton());
+        TodoPainting::drawDueLabel(*painter, laidOut.due(), laidOut.dueLabel(), color, m_theme);
+    } else if (!laidOut.scheduleButton().isEmpty() && (isHovered || isCurrent) &&
+               !m_model.isReadOnly()) {
+        TodoPainting::drawIcon(*painter, QStringLiteral("calendar-plus"), colors.secondaryText,
+                               laidOut.scheduleButton());
     }
     painter->restore();
+}
+
+void EntryItemDelegate::paintChips(QPainter& painter, const EntryRowLayout& laidOut,
+                                   const QPoint& topLeft, bool isActive) const {
+    if (!laidOut.chips()) {
+        return;
+    }
+    auto marks = m_marks;
+    marks.isActive = isActive;
+    painter.save();
+    painter.translate(topLeft);
+    laidOut.chips()->paint(painter, m_theme, marks);
+    painter.restore();
 }
 
 void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
@@ -101,25 +106,20 @@ void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
     case EntryListModel::RowKind::entry:
     case EntryListModel::RowKind::completed: {
         const auto* const entry = m_model.entry(row);
-        if (!entry->isTodo()) {
-            return;
-        }
-        if (entry->isCompleted()) {
-            drawIcon(painter, QStringLiteral("check-circle-fill"), colors.accent, rect);
-        } else {
-            drawIcon(painter, QStringLiteral("circle"),
-                     isHovered ? colors.accent : colors.secondaryText, rect);
+        if (entry->isTodo()) {
+            TodoPainting::drawCircle(painter, rect, entry->isCompleted(),
+                                     isHovered && !m_model.isReadOnly(), colors);
         }
         return;
     }
     case EntryListModel::RowKind::newTodo:
-        drawIcon(painter, QStringLiteral("plus"), colors.secondaryText, rect);
+        TodoPainting::drawIcon(painter, QStringLiteral("plus"), colors.secondaryText, rect);
         return;
     case EntryListModel::RowKind::completedHeading:
-        drawIcon(painter,
-                 m_model.isCompletedExpanded() ? QStringLiteral("caret-down")
-                                               : QStringLiteral("caret-right"),
-                 colors.secondaryText, rect);
+        TodoPainting::drawIcon(painter,
+                               m_model.isCompletedExpanded() ? QStringLiteral("caret-down")
+                                                             : QStringLiteral("caret-right"),
+                               colors.secondaryText, rect);
         return;
     case EntryListModel::RowKind::draft:
         return;

@@ -78,6 +78,9 @@ void EntryListView::dropEvent(QDropEvent* event) {
 }
 
 std::optional<EntryListView::DropTarget> EntryListView::dropTargetAt(const QPoint& position) const {
+    if (m_model.isReadOnly()) {
+        return std::nullopt;
+    }
     auto index = indexAt(position);
     if (!index.isValid() || m_model.kind(index.row()) != EntryListModel::RowKind::entry) {
         // Below the entries: after the last of them.

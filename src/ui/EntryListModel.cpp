@@ -1,6 +1,7 @@
 #include "ui/EntryListModel.h"
 
 #include "model/EntryContentLimit.h"
+#include "ui/AttachmentChips.h"
 #include "ui/Text.h"
 
 #include <algorithm>
@@ -30,12 +31,9 @@ std::size_t stampOf(const model::Entry& entry) {
         mix(stamp, std::string_view(reinterpret_cast<const char*>(data->data()),
                                     std::min(data->size(), kStampedBytes)));
         mix(stamp, data->size());
-        mix(stamp, entry.updatedAt().seconds);
     }
-    if (!entry.isTodo()) {
-        // The formatting too, which may be large, changes with this only.
-        mix(stamp, entry.updatedAt().seconds);
-    }
+    // Formatting and attachments too, which may be large, change with this only.
+    mix(stamp, entry.updatedAt().seconds);
     mix(stamp, entry.isCompleted());
     mix(stamp, entry.dueDay().value_or(0));
     for (const auto& date : {entry.dueDate(), entry.dueStartDate(), entry.reminderDate()}) {
@@ -47,7 +45,7 @@ std::size_t stampOf(const model::Entry& entry) {
 } // namespace
 
 EntryListModel::EntryListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace) {}
+    : QAbstractListModel(parent), m_workspace(workspace), m_attachments(workspace) {}
 
 int EntryListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
@@ -81,7 +79,7 @@ Qt::ItemFlags EntryListModel::flags(const QModelIndex& index) const {
     if (index.isValid() && index.row() < rowCount()) {
         const auto* const shown = entry(index.row());
         result.setFlag(Qt::ItemIsUserCheckable, shown && shown->isTodo());
-        result.setFlag(Qt::ItemIsDragEnabled, kind(index.row()) == RowKind::entry);
+        result.setFlag(Qt::ItemIsDragEnabled, kind(index.row()) == RowKind::entry && !m_isReadOnly);
         result.setFlag(Qt::ItemIsDropEnabled, false);
     }
     return result;
@@ -91,6 +89,7 @@ void EntryListModel::setBoard(model::Board* board) {
     beginResetModel();
     m_board = board;
     m_lingering.clear();
+    m_attachments.clear();
     m_draftPlace = DraftPlace::none;
     m_isCompletedExpanded = false;
     m_rows = wantedRows();
@@ -135,7 +134,7 @@ QString EntryListModel::text(int row) const {
 }
 
 bool EntryListModel::isEditable(int row) const {
-    return kind(row) == RowKind::entry && !isLingering(*entry(row)) &&
+    return kind(row) == RowKind::entry && !m_isReadOnly && !isLingering(*entry(row)) &&
            model::EntryContentLimit::allows(entry(row)->content());
 }
 
@@ -191,6 +190,7 @@ bool EntryListModel::isLingering(const model::Entry& entry) const {
 
 std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
     std::vector<Row> rows;
+    m_isReadOnly = m_board && m_board->isLive() && m_board->isArchived();
     if (!m_board || !m_board->isLive()) {
         m_completed.clear();
         m_openTodoCount = 0;
@@ -208,7 +208,9 @@ std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
     });
     addLingering(rows);
     addDraft(rows);
-    rows.push_back({RowKind::newTodo});
+    if (!m_isReadOnly) {
+        rows.push_back({RowKind::newTodo});
+    }
 
     m_completed = services::EntryService::completedTodos(*m_board);
     std::erase_if(m_completed, [this](const model::Entry* each) { return isLingering(*each); });
@@ -291,31 +293,22 @@ void EntryListModel::apply(const std::vector<Row>& wanted) {
 
 void EntryListModel::applySteps(const std::vector<RowStep>& steps, const std::vector<Row>& wanted) {
     for (const auto& step : steps) {
-        const auto first = m_rows.begin() + step.first;
         switch (step.kind) {
         case RowStep::Kind::remove:
             beginRemoveRows({}, step.first, step.first + step.count - 1);
-            m_rows.erase(first, first + step.count);
+            applyStep(step, m_rows, wanted);
             endRemoveRows();
             break;
-        case RowStep::Kind::insert: {
+        case RowStep::Kind::insert:
             beginInsertRows({}, step.first, step.first + step.count - 1);
-            const auto source = wanted.begin() + step.first;
-            m_rows.insert(first, source, source + step.count);
+            applyStep(step, m_rows, wanted);
             endInsertRows();
             break;
-        }
-        case RowStep::Kind::move: {
+        case RowStep::Kind::move:
             beginMoveRows({}, step.first, step.first + step.count - 1, {}, step.destination);
-            const auto destination = m_rows.begin() + step.destination;
-            if (destination < first) {
-                std::rotate(destination, first, first + step.count);
-            } else {
-                std::rotate(first, first + step.count, destination);
-            }
+            applyStep(step, m_rows, wanted);
             endMoveRows();
             break;
-        }
         }
     }
 }
@@ -342,14 +335,14 @@ void EntryListModel::applyAtOnce(const std::vector<Row>& wanted) {
 }
 
 QString EntryListModel::accessibleDescription(const model::Entry& entry) const {
-    if (!entry.isTodo()) {
-        return tr("Text");
-    }
-    auto result = entry.isCompleted() ? tr("Completed") : tr("Open");
-    if (!entry.schedule().isEmpty()) {
+    auto result = !entry.isTodo() ? tr("Text") : entry.isCompleted() ? tr("Completed") : tr("Open");
+    if (entry.isTodo() && !entry.schedule().isEmpty()) {
         result += QStringLiteral(", ") +
                   toQString(entry.schedule().accessibilityLabel(
                       entry.isCompleted(), m_workspace.now(), m_workspace.dates.formats()));
+    }
+    if (const auto files = accessibleTextOf(m_attachments.of(entry)); !files.isEmpty()) {
+        result += QStringLiteral(", ") + files;
     }
     return result;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/Entry.h"
+#include "ui/AttachmentSummaries.h"
 #include "ui/RowDiff.h"
 #include "ui/Workspace.h"
 
@@ -30,6 +31,8 @@ public:
     /// Null shows nothing.
     void setBoard(model::Board* board);
     model::Board* board() const { return m_board; }
+    /// An archived board is only looked at: nothing is edited, ticked or made on it.
+    bool isReadOnly() const { return m_isReadOnly; }
     /// Takes in what the store's records say now. Only rows that differ are touched.
     void refresh();
 
@@ -41,6 +44,10 @@ public:
     int rowOf(RowKind kind) const;
     /// Text as it is shown: an entry over the limit is cut to its preview.
     QString text(int row) const;
+    /// Of a row that has an entry; valid until that changes.
+    const services::AttachmentList& attachments(int row) const {
+        return m_attachments.of(*entry(row));
+    }
     /// Open entries within the content limit; others are shown and not edited.
     bool isEditable(int row) const;
 
@@ -85,11 +92,13 @@ private:
     QString accessibleDescription(const model::Entry& entry) const;
 
     const Workspace& m_workspace;
+    AttachmentSummaries m_attachments;
     model::Board* m_board = nullptr;
     std::vector<Row> m_rows;
     std::vector<model::Entry*> m_completed;
     std::vector<model::Entry*> m_lingering;
     int m_openTodoCount = 0;
+    bool m_isReadOnly = false;
     bool m_isCompletedExpanded = false;
     DraftPlace m_draftPlace = DraftPlace::none;
     const model::Entry* m_draftAfter = nullptr;

@@ -13,7 +13,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kLeavingMilliseconds = 160;
 constexpr int kBottomMargin = 24;
 
 } // namespace
@@ -23,7 +22,8 @@ EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, 
     : LazyListView(parent),
       m_model(model),
       m_theme(theme),
-      m_delegate(new EntryItemDelegate(model, workspace, theme, this)) {
+      m_delegate(new EntryItemDelegate(model, workspace, theme, this)),
+      m_leaving(new LeavingRows(*this)) {
     setFrameShape(NoFrame);
     setMouseTracking(true);
     setDragEnabled(true);
@@ -34,6 +34,11 @@ EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, 
     setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Entries"));
+    connect(m_leaving, &LeavingRows::moved, this, [this](const model::Entry& entry) {
+        if (const int row = m_model.rowOf(entry); row >= 0) {
+            measureAgain(row);
+        }
+    });
     connect(&theme, &Theme::changed, this, &EntryListView::applyTheme);
     // Colours move nothing: rows in sight take them up while they are painted.
     m_codeArrivals = workspace.code.arrived().connect([this] { viewport()->update(); });
@@ -53,6 +58,7 @@ void EntryListView::placeEditor(RowEditor& editor, int row) {
     measureAgain(row);
     m_editor->show();
     scrollTo(m_editedIndex);
+    Q_EMIT editorPlaced(m_editor);
 }
 
 void EntryListView::revealInEditor(const QRect& part) {
@@ -87,6 +93,11 @@ void EntryListView::setCurrentRow(int row) {
     scrollTo(index);
 }
 
+void EntryListView::showRow(int row) {
+    setCurrentRow(row);
+    scrollTo(m_model.index(row, 0), PositionAtCenter);
+}
+
 QRect EntryListView::scheduleAnchor(int row) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
@@ -105,36 +116,15 @@ void EntryListView::forgetLabels() {
 }
 
 void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    auto* const animation = new QVariantAnimation(this);
-    animation->setDuration(style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) >
-                                   0
-                               ? kLeavingMilliseconds
-                               : 0);
-    animation->setStartValue(1.0);
-    animation->setEndValue(0.0);
-    animation->setEasingCurve(QEasingCurve::InOutQuad);
-    connect(animation, &QVariantAnimation::valueChanged, this,
-            [this, &entry](const QVariant& value) {
-                m_leaving[&entry] = value.toDouble();
-                if (const int row = m_model.rowOf(entry); row >= 0) {
-                    measureAgain(row);
-                }
-            });
-    connect(animation, &QVariantAnimation::finished, this,
-            [this, &entry, finish = std::move(done)] {
-                m_leaving.erase(&entry);
-                finish();
-            });
-    animation->start(QAbstractAnimation::DeleteWhenStopped);
+    m_leaving->start(entry, std::move(done));
 }
 
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
-        return m_editor->neededHeight(viewport()->width());
+        return m_editor->neededHeight(viewport()->width()) + chipsExtent(row);
     }
-    const int height = m_delegate->layout(row, viewport()->width()).height();
-    const auto leaving = m_leaving.find(m_model.entry(row));
-    return leaving == m_leaving.end() ? height : static_cast<int>(height * leaving->second);
+    return m_leaving->height(m_model.entry(row),
+                             m_delegate->layout(row, viewport()->width()).height());
 }
 
 int EntryListView::estimatedHeight(int row) const {
@@ -146,7 +136,8 @@ int EntryListView::estimatedHeight(int row) const {
 
 void EntryListView::rowsPlaced() {
     if (m_editor && m_editedIndex.isValid()) {
-        const auto rect = visualRect(m_editedIndex);
+        const auto rect =
+            visualRect(m_editedIndex).adjusted(0, 0, 0, -chipsExtent(m_editedIndex.row()));
         if (m_editor->geometry() != rect) {
             m_editor->setGeometry(rect);
         }
@@ -162,6 +153,7 @@ void EntryListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& b
 }
 
 void EntryListView::paintEvent(QPaintEvent* event) {
+    m_delegate->setEditedRow(editedRow());
     LazyListView::paintEvent(event);
     if (m_dropTarget) {
         const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
@@ -179,7 +171,7 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const int row = currentRow();
-    const bool isEntry = row >= 0 && m_model.entry(row);
+    const bool isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -294,6 +286,7 @@ void EntryListView::mouseReleaseEvent(QMouseEvent* event) {
             }
         }
         break;
+    case Zone::chip:
     case Zone::none:
         break;
     }
@@ -352,11 +345,14 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
 }
 
 EntryListView::Zone EntryListView::zoneAt(int row, const QPoint& position) const {
+    if (chipAt(position)) {
+        return Zone::chip;
+    }
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = position - rect.topLeft();
     const int margin = m_theme.scaled(6);
-    if (isText(row)) {
+    if (isText(row) || (m_model.isReadOnly() && m_model.entry(row))) {
         return Zone::row;
     }
     if (laidOut.sign().adjusted(-margin, -margin, margin, margin).contains(local)) {
@@ -393,7 +389,8 @@ void EntryListView::updateCursor(const QPoint& position, Qt::KeyboardModifiers m
     const auto zone = row < 0 ? Zone::none : zoneAt(row, position);
     const bool isOnLink =
         zone == Zone::row && modifiers == Qt::ControlModifier && !linkAt(position).isEmpty();
-    const bool isPressable = zone == Zone::sign || zone == Zone::schedule || isOnLink;
+    const bool isPressable =
+        zone == Zone::sign || zone == Zone::schedule || zone == Zone::chip || isOnLink;
     viewport()->setCursor(isPressable ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
 

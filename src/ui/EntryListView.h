@@ -5,12 +5,11 @@
 #include "model/EntryType.h"
 #include "ui/EntryItemDelegate.h"
 #include "ui/LazyListView.h"
+#include "ui/LeavingRows.h"
 
 #include <QPersistentModelIndex>
-#include <QVariantAnimation>
 
 #include <optional>
-#include <unordered_map>
 
 namespace korvex::ui {
 
@@ -35,6 +34,8 @@ public:
     int editedRow() const;
 
     void setCurrentRow(int row);
+    /// As `setCurrentRow`, in the middle.
+    void showRow(int row);
     int currentRow() const { return currentIndex().row(); }
     /// The due label, or where there is none the place for it, in global coordinates.
     QRect scheduleAnchor(int row) const;
@@ -42,6 +43,25 @@ public:
 
     /// "Now" has moved: labels are made anew when they are drawn.
     void forgetLabels();
+
+    /// The attachments of a row, and where in the viewport they begin; absent for a row that has
+    /// none. Valid until the next call.
+    struct Chips {
+        const AttachmentChips* chips;
+        QPoint topLeft;
+    };
+    std::optional<Chips> chipsOf(int row) const;
+    /// One of them, in the coordinates of the viewport; without an identifier where a list that
+    /// cannot be read is told of.
+    struct Chip {
+        model::Entry* entry;
+        std::optional<base::Uuid> id;
+        QRect rect;
+    };
+    std::optional<Chip> chipAt(const QPoint& position) const;
+    void setMarks(const AttachmentMarks& marks);
+    /// While something is dragged over the list: near its edges it scrolls.
+    void setDragScrolling(bool scrolls);
 
     /// Lets the row of a todo shrink and fade away, then calls `done`.
     void animateLeaving(const model::Entry& entry, std::function<void()> done);
@@ -51,6 +71,7 @@ public:
 Q_SIGNALS:
     /// The caret is to stand at this UTF-16 offset; -1: at the end.
     void editRequested(int row, int caret);
+    void editorPlaced(korvex::ui::RowEditor* editor);
     void toggleRequested(int row);
     void scheduleRequested(int row);
     void newTodoRequested();
@@ -83,7 +104,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    enum class Zone { none, sign, schedule, row };
+    enum class Zone { none, sign, schedule, chip, row };
     struct DropTarget {
         int row;
         model::EntryPlacement placement;
@@ -94,6 +115,8 @@ private:
     /// The link of a text entry under a point of the viewport, if it may be opened; else empty.
     QString linkAt(const QPoint& position) const;
     int caretAt(int row, const QPoint& position) const;
+    /// What the attachments take of a row that is edited.
+    int chipsExtent(int row) const;
     void updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers);
     void setHoveredRow(int row);
     void activate(int row);
@@ -104,6 +127,7 @@ private:
     EntryListModel& m_model;
     const Theme& m_theme;
     EntryItemDelegate* m_delegate;
+    LeavingRows* m_leaving;
     mutable std::optional<EntryHeightEstimate> m_estimate;
     RowEditor* m_editor = nullptr;
     QPersistentModelIndex m_editedIndex;
@@ -112,8 +136,6 @@ private:
     int m_pressedRow = -1;
     QPoint m_pressedAt;
     Zone m_pressedZone = Zone::none;
-    /// How much is left of the rows that are leaving, from 1 to 0.
-    std::unordered_map<const model::Entry*, double> m_leaving;
 };
 
 } // namespace korvex::ui

@@ -39,9 +39,24 @@ int layOut(QTextLayout& text, int width) {
 
 } // namespace
 
+std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
+    text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    auto layout = std::make_unique<QTextLayout>(text, theme.font());
+    QTextOption option;
+    const bool isRightToLeft = text.isRightToLeft();
+    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout->setTextOption(option);
+    layout->setCacheEnabled(true);
+    return layout;
+}
+
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
     const int beside = room - besideWidth;
-    if (beside >= room / 2) {
+    // A text that needs but one line is content with less.
+    if (beside >= room / (hasDue ? 4 : 2)) {
         const int height = layOut(text, beside);
         if (!hasDue || text.lineCount() <= 1) {
             return {.isBeside = true, .textWidth = beside, .textHeight = height};
@@ -51,11 +66,21 @@ TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool h
 }
 
 int DueLabel::width(const Theme& theme) const {
-    const int bell = hasReminder ? theme.scaled(13) + 5 : 0;
-    return QFontMetrics(theme.smallFont()).horizontalAdvance(text) + bell;
+    return QFontMetrics(theme.smallFont()).horizontalAdvance(text) + bellWidth(theme);
 }
 
-DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace) {
+int DueLabel::height(int room, const Theme& theme) const {
+    const QFontMetrics metrics(theme.smallFont());
+    if (width(theme) <= room) {
+        return metrics.lineSpacing();
+    }
+    constexpr int kHighest = 1000;
+    return metrics
+        .boundingRect(QRect(0, 0, room - bellWidth(theme), kHighest), Qt::TextWordWrap, text)
+        .height();
+}
+
+DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace, OverdueWord word) {
     const auto schedule = entry.schedule();
     if (schedule.isEmpty()) {
         return {};
@@ -67,7 +92,7 @@ DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace) {
         result.text = toQString(*label);
     }
     result.isOverdue = schedule.isOverdue(now, formats.calendar());
-    if (result.isOverdue) {
+    if (result.isOverdue && word == OverdueWord::yes) {
         result.text = EntryListModel::tr("Overdue") + QStringLiteral(" · ") + result.text;
     }
     result.hasReminder = schedule.reminderDate.has_value();
@@ -92,15 +117,33 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
                                const Workspace& workspace, const Theme& theme, const TextLook& look)
     : m_width(width) {
     const auto* const entry = model.entry(row);
-    if (model.kind(row) == EntryListModel::RowKind::entry && !entry->isTodo()) {
-        layOutFormatted(*entry, workspace, theme, look);
-    } else {
-        layOutPlain(model, row, workspace, theme);
+    const bool isFormatted = model.kind(row) == EntryListModel::RowKind::entry && !entry->isTodo();
+    int bottom = isFormatted ? layOutFormatted(*entry, workspace, theme, look)
+                             : layOutPlain(model, row, workspace, theme);
+    if (entry) {
+        if (const auto& list = model.attachments(row);
+            list.isDamaged || !list.attachments.empty()) {
+            placeChips(list, bottom, theme);
+            bottom = m_chipsTopLeft.y() + m_chips->height();
+        }
     }
+    setBox(bottom, theme);
 }
 
-void EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
-                                     const Theme& theme, const TextLook& look) {
+void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
+                                const Theme& theme) {
+    const auto sizes = frame(theme);
+    m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::kDistance};
+    m_chips = std::make_unique<AttachmentChips>(
+        list, std::max(40, m_width - m_textRect.left() - sizes.textRight), theme);
+}
+
+int EntryRowLayout::chipsExtent() const {
+    return m_chips ? AttachmentChips::kDistance + m_chips->height() + kPadding : 0;
+}
+
+int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
+                                    const Theme& theme, const TextLook& look) {
     auto text = richtext::richText(entry, workspace.serializer);
     if (!model::EntryContentLimit::allows(entry.content())) {
         text.append(u"…", {}, {}); // only the beginning is shown
@@ -110,11 +153,11 @@ void EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace&
     const int room = std::max(40, m_width - left - sizes.textRight);
     m_formatted = std::make_unique<TextRow>(text, room, look);
     m_textRect = QRect(left, theme.rowDistance() / 2 + sizes.padding, room, m_formatted->height());
-    setBox(m_textRect.bottom() + 1, theme);
+    return m_textRect.bottom() + 1;
 }
 
-void EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
-                                 const Theme& theme) {
+int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                                const Theme& theme) {
     const int width = m_width;
     const auto sizes = frame(theme);
     const auto kind = model.kind(row);
@@ -125,17 +168,8 @@ void EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Wor
         m_dueLabel = dueLabelOf(*entry, workspace);
     }
 
-    auto text = model.text(row);
-    text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
-    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
-    m_text = std::make_unique<QTextLayout>(text, theme.font());
-    QTextOption option;
-    const bool isRightToLeft = text.isRightToLeft();
-    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    m_text->setTextOption(option);
-    m_text->setCacheEnabled(true);
+    m_text = makeTextLayout(model.text(row), theme);
+    const bool isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
 
     const bool hasDue = !m_dueLabel.isEmpty();
     const int dueWidth = m_dueLabel.width(theme);
@@ -167,7 +201,7 @@ void EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Wor
                                  top + kPadding + (firstLine - sizes.scheduleSize) / 2,
                                  sizes.scheduleSize, sizes.scheduleSize);
     }
-    setBox(bottom, theme);
+    return bottom;
 }
 
 /// `bottom` is where what the row shows ends.

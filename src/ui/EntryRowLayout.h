@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/AttachmentChips.h"
 #include "ui/EntryListModel.h"
 #include "ui/TextRow.h"
 #include "ui/Theme.h"
@@ -18,6 +19,8 @@ struct TextArrangement {
     int textWidth = 0;
     int textHeight = 0;
 };
+/// A text as a row shows it, in its own direction; still without lines.
+std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme);
 /// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of
 /// it. Without a due label what stands beside stays there.
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue);
@@ -31,8 +34,15 @@ struct DueLabel {
     bool isEmpty() const { return text.isEmpty() && !hasReminder; }
     /// In pixels, with the bell.
     int width(const Theme& theme) const;
+    /// In as many lines as it takes in this room.
+    int height(int room, const Theme& theme) const;
+    /// With the distance from the text.
+    int bellWidth(const Theme& theme) const { return hasReminder ? theme.scaled(13) + 5 : 0; }
 };
-DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace);
+/// Whether the label says "Overdue", or something above it has said so.
+enum class OverdueWord { no, yes };
+DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace,
+                    OverdueWord word = OverdueWord::yes);
 
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
@@ -58,6 +68,12 @@ public:
     /// Of all other rows.
     const QTextLayout& textLayout() const { return *m_text; }
     const DueLabel& dueLabel() const { return m_dueLabel; }
+    /// The attachments under the text; null where there are none.
+    const AttachmentChips* chips() const { return m_chips.get(); }
+    QPoint chipsTopLeft() const { return m_chipsTopLeft; }
+    /// What the chips add below an editor that stands in the row's place.
+    int chipsExtent() const;
+
     /// About how many times the memory of a one-line todo it takes; at least 1.
     int cost() const { return m_formatted ? m_formatted->cost() : 1; }
 
@@ -79,10 +95,12 @@ public:
     static Frame frame(const Theme& theme);
 
 private:
-    void layOutFormatted(const model::Entry& entry, const Workspace& workspace, const Theme& theme,
-                         const TextLook& look);
-    void layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
-                     const Theme& theme);
+    /// Both return where the text ends.
+    int layOutFormatted(const model::Entry& entry, const Workspace& workspace, const Theme& theme,
+                        const TextLook& look);
+    int layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                    const Theme& theme);
+    void placeChips(const services::AttachmentList& list, int bottom, const Theme& theme);
     void setBox(int bottom, const Theme& theme);
 
     int m_width;
@@ -94,6 +112,8 @@ private:
     QRect m_scheduleButton;
     std::unique_ptr<QTextLayout> m_text;
     std::unique_ptr<TextRow> m_formatted;
+    std::unique_ptr<AttachmentChips> m_chips;
+    QPoint m_chipsTopLeft;
     DueLabel m_dueLabel;
 };
 

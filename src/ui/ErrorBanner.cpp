@@ -4,16 +4,28 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QTimer>
 #include <QToolButton>
 
 namespace korvex::ui {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Long enough to read the notice and to reach its button.
+constexpr auto kOfferShown = 10s;
+
+} // namespace
 
 ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     : QFrame(parent),
       m_theme(theme),
       m_sign(new QLabel(this)),
       m_text(new QLabel(this)),
-      m_close(new QToolButton(this)) {
+      m_action(new QToolButton(this)),
+      m_close(new QToolButton(this)),
+      m_end(new QTimer(this)) {
     setAutoFillBackground(true);
     m_text->setWordWrap(true);
     m_text->setTextFormat(Qt::PlainText);
@@ -26,8 +38,20 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     row->setSpacing(10);
     row->addWidget(m_sign, 0, Qt::AlignTop);
     row->addWidget(m_text, 1);
+    row->addWidget(m_action, 0, Qt::AlignTop);
     row->addWidget(m_close, 0, Qt::AlignTop);
     hide();
+    m_action->hide();
+    m_action->setText(tr("Undo"));
+    m_action->setAutoRaise(true);
+    m_end->setSingleShot(true);
+    m_end->setInterval(kOfferShown);
+    connect(m_end, &QTimer::timeout, this, &ErrorBanner::clear);
+    connect(m_action, &QToolButton::clicked, this, [this] {
+        const auto perform = m_perform;
+        clear();
+        perform();
+    });
     connect(m_close, &QToolButton::clicked, this, &ErrorBanner::clear);
     connect(&theme, &Theme::changed, this, &ErrorBanner::applyTheme);
     applyTheme();
@@ -35,14 +59,27 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
 
 void ErrorBanner::showMessage(const QString& message, Tone tone) {
     m_tone = tone;
+    m_end->stop();
+    m_action->hide();
     m_text->setText(message);
     m_text->setAccessibleName(message);
     applyTheme();
     show();
 }
 
+void ErrorBanner::offer(const QString& message, const QString& action,
+                        std::function<void()> perform) {
+    showMessage(message, Tone::notice);
+    m_perform = std::move(perform);
+    m_action->setText(action);
+    m_action->show();
+    m_end->start();
+}
+
 void ErrorBanner::clear() {
     hide();
+    m_end->stop();
+    m_action->hide();
     m_text->clear();
 }
 
@@ -60,6 +97,7 @@ void ErrorBanner::applyTheme() {
     own.setColor(QPalette::WindowText, readable(color, ground));
     setPalette(own);
     m_text->setPalette(own);
+    m_action->setPalette(own);
     const int size = m_theme.scaled(16);
     m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
                                       size, devicePixelRatioF()));

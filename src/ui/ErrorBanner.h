@@ -4,7 +4,10 @@
 
 #include <QFrame>
 
+#include <functional>
+
 class QLabel;
+class QTimer;
 class QToolButton;
 
 namespace korvex::ui {
@@ -19,6 +22,8 @@ public:
 
     enum class Tone { error, notice };
     void showMessage(const QString& message, Tone tone = Tone::error);
+    /// A notice with a button that does something about it, and goes away by itself.
+    void offer(const QString& message, const QString& action, std::function<void()> perform);
     void clear();
     QString message() const;
 
@@ -29,7 +34,10 @@ private:
     Tone m_tone = Tone::error;
     QLabel* m_sign;
     QLabel* m_text;
+    QToolButton* m_action;
     QToolButton* m_close;
+    std::function<void()> m_perform;
+    QTimer* m_end;
 };
 
 } // namespace korvex::ui

@@ -33,7 +33,15 @@ void LazyListView::setModel(QAbstractItemModel* newModel) {
             [this](const QModelIndex&, int first, int last, const QModelIndex&, int destination) {
                 rowsMoved(first, last, destination);
             });
-    connect(newModel, &QAbstractItemModel::layoutChanged, this, [this] { measureAllAgain(); });
+    connect(newModel, &QAbstractItemModel::layoutAboutToBeChanged, this,
+            [this] { m_anchorIndex = model()->index(m_anchor.row, 0); });
+    connect(newModel, &QAbstractItemModel::layoutChanged, this, [this] {
+        if (m_anchorIndex.isValid()) {
+            m_anchor.row = m_anchorIndex.row();
+        }
+        m_anchorIndex = QPersistentModelIndex();
+        measureAllAgain();
+    });
 }
 
 QRect LazyListView::visualRect(const QModelIndex& index) const {
@@ -120,6 +128,16 @@ std::pair<int, int> LazyListView::visibleRows() const {
     }
     const auto top = std::int64_t{verticalOffset()};
     return {m_heights.rowAt(top), m_heights.rowAt(top + viewport()->height() - 1)};
+}
+
+std::vector<int> LazyListView::measuredRows() const {
+    std::vector<int> rows;
+    for (int row = 0; row < m_heights.count(); ++row) {
+        if (m_heights.isMeasured(row)) {
+            rows.push_back(row);
+        }
+    }
+    return rows;
 }
 
 QModelIndex LazyListView::moveCursor(CursorAction action, Qt::KeyboardModifiers) {

@@ -3,6 +3,9 @@
 #include "ui/RowHeights.h"
 
 #include <QListView>
+#include <QPersistentModelIndex>
+
+#include <vector>
 
 namespace korvex::ui {
 
@@ -36,6 +39,8 @@ protected:
     virtual int estimatedHeight(int row) const = 0;
     /// After the rows have found new places on the screen.
     virtual void rowsPlaced() {}
+    /// Those whose height is known: a part of the rows that have been in sight.
+    std::vector<int> measuredRows() const;
     /// Room under the last row.
     void setBottomMargin(int margin) { m_bottomMargin = margin; }
 
@@ -76,6 +81,8 @@ private:
 
     RowHeights m_heights;
     Anchor m_anchor;
+    /// The anchor's row while all rows change places.
+    QPersistentModelIndex m_anchorIndex;
     int m_bottomMargin = 0;
     bool m_isSettling = false;
 };

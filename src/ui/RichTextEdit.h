@@ -80,6 +80,8 @@ Q_SIGNALS:
     void listsRequested();
     /// The edit was refused: the entry would be too long.
     void limitReached();
+    /// What was pasted is no text but something to attach.
+    void attachmentsPasted(const QMimeData* offered);
     void escaped();
     /// Out of the text, up (-1) or down (1).
     void walked(int direction);

@@ -1,5 +1,6 @@
 #include "ui/RichTextEdit.h"
 
+#include "ui/AttachmentClipboard.h"
 #include "ui/Links.h"
 #include "ui/MenuItems.h"
 #include "ui/RichTextClipboard.h"
@@ -17,10 +18,14 @@
 namespace korvex::ui {
 
 bool RichTextEdit::canInsertFromMimeData(const QMimeData* source) const {
-    return hasText(*source);
+    return hasText(*source) || isForAttaching(*source);
 }
 
 void RichTextEdit::insertFromMimeData(const QMimeData* source) {
+    if (isForAttaching(*source)) {
+        Q_EMIT attachmentsPasted(source);
+        return;
+    }
     insertPasted(textFrom(*source));
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <limits>
 #include <unordered_map>
 
 namespace korvex::ui {
@@ -64,10 +65,15 @@ public:
         }
     }
 
-    std::vector<RowStep> steps() {
+    std::optional<std::vector<RowStep>> steps(std::size_t maximum) {
         removeMissing();
-        orderKept();
+        if (m_steps.size() > maximum || !orderKept(maximum)) {
+            return std::nullopt;
+        }
         insertNew();
+        if (m_steps.size() > maximum) {
+            return std::nullopt;
+        }
         return std::move(m_steps);
     }
 
@@ -97,14 +103,18 @@ private:
     }
 
     /// Moves each row that is out of order to directly after the one that precedes it in the new
-    /// order. In ascending order: then all that precede it are in place already.
-    void orderKept() {
+    /// order. In ascending order: then all that precede it are in place already. False when that
+    /// would be too many steps.
+    bool orderKept(std::size_t maximum) {
         const auto stays = longestIncreasing(m_kept);
         std::vector<int> moving;
         for (std::size_t i = 0; i < m_kept.size(); ++i) {
             if (!stays[i]) {
                 moving.push_back(m_kept[i]);
             }
+        }
+        if (m_steps.size() + moving.size() > maximum) {
+            return false;
         }
         std::sort(moving.begin(), moving.end());
         auto ascending = m_kept;
@@ -127,6 +137,7 @@ private:
                 std::rotate(from, from + 1, to);
             }
         }
+        return true;
     }
 
     void insertNew() {
@@ -157,7 +168,13 @@ private:
 } // namespace
 
 std::vector<RowStep> rowSteps(const std::vector<RowKey>& before, const std::vector<RowKey>& after) {
-    return StepWriter(before, after).steps();
+    return *StepWriter(before, after).steps(std::numeric_limits<std::size_t>::max());
+}
+
+std::optional<std::vector<RowStep>> fewRowSteps(const std::vector<RowKey>& before,
+                                                const std::vector<RowKey>& after,
+                                                std::size_t maximum) {
+    return StepWriter(before, after).steps(maximum);
 }
 
 } // namespace korvex::ui

@@ -1,5 +1,6 @@
 #include "ui/SchedulePopover.h"
 
+#include "ui/DateFields.h"
 #include "ui/Text.h"
 
 #include <QCheckBox>
@@ -67,24 +68,13 @@ void SchedulePopover::makeFields() {
     m_reminder = new QDateTimeEdit(this);
     m_reminder->setCalendarPopup(true);
     m_reminder->setAccessibleName(tr("Moment of the reminder"));
-    const auto locale = QLocale();
-    auto timeFormat = locale.timeFormat(QLocale::ShortFormat);
-    timeFormat.remove(QStringLiteral(":ss")); // some locales' short times have seconds
-    m_day->setDisplayFormat(locale.dateFormat(QLocale::ShortFormat).contains(QLatin1String("yyyy"))
-                                ? locale.dateFormat(QLocale::ShortFormat)
-                                : QStringLiteral("yyyy-MM-dd"));
-    m_reminder->setDisplayFormat(m_day->displayFormat() + QLatin1Char(' ') + timeFormat);
-    for (QDateTimeEdit* const field : {static_cast<QDateTimeEdit*>(m_day), m_reminder}) {
-        // The window's own calendar reckons by the proleptic calendar: no day before it matters
-        // here.
-        field->setTimeSpec(Qt::UTC);
-        field->setMinimumDate(QDate(1600, 1, 1));
-        field->setMaximumDate(QDate(4000, 12, 31));
-    }
+    DateFields::setUp(*m_day, DateFields::dayFormat());
+    DateFields::setUp(*m_reminder,
+                      DateFields::dayFormat() + QLatin1Char(' ') + DateFields::timeFormat());
     for (QDateTimeEdit* const field :
          {static_cast<QDateTimeEdit*>(m_time), static_cast<QDateTimeEdit*>(m_start)}) {
         field->setTimeSpec(Qt::UTC);
-        field->setDisplayFormat(timeFormat);
+        field->setDisplayFormat(DateFields::timeFormat());
     }
     m_explanation = new QLabel(this);
     m_explanation->setWordWrap(true);
@@ -277,16 +267,11 @@ void SchedulePopover::keyPressEvent(QKeyEvent* event) {
 
 base::Instant SchedulePopover::instantOf(const QDate& day, const QTime& time,
                                          base::Instant otherwise) const {
-    return m_formats->calendar()
-        .instant({day.year(), day.month(), day.day(), time.hour(), time.minute(), 0})
-        .value_or(otherwise);
+    return DateFields::instantOf(day, time, m_formats->calendar(), otherwise);
 }
 
-/// Wall-clock fields only; the zone is the calendar's.
 QDateTime SchedulePopover::dateTimeOf(base::Instant instant) const {
-    const auto fields = m_formats->calendar().components(instant).value_or(base::DateComponents{});
-    return {QDate(fields.year, fields.month, fields.day), QTime(fields.hour, fields.minute),
-            Qt::UTC};
+    return DateFields::dateTimeOf(instant, m_formats->calendar());
 }
 
 } // namespace korvex::ui

@@ -3,6 +3,8 @@
 #include "ui/ErrorBanner.h"
 #include "ui/IconSet.h"
 #include "ui/Refusal.h"
+#include "ui/SearchField.h"
+#include "ui/SidebarRow.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -17,49 +19,98 @@ Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent
       m_workspace(workspace),
       m_theme(theme),
       m_model(workspace),
+      m_search(new SearchField(theme, this)),
+      m_upcoming(new SidebarRow(QStringLiteral("calendar-dots"), tr("Upcoming"), theme, this)),
+      m_completed(new SidebarRow(QStringLiteral("check-circle"), tr("Completed"), theme, this)),
       m_title(new QLabel(tr("Boards"), this)),
       m_add(new QToolButton(this)),
       m_list(new BoardListView(m_model, theme, this)),
       m_banner(new ErrorBanner(theme, this)),
-      m_archived(new QToolButton(this)) {
+      m_archived(new SidebarRow(QStringLiteral("archive"), tr("Archived boards"), theme, this)) {
     setMinimumWidth(kMinimumWidth);
     setMaximumWidth(kMaximumWidth);
     m_add->setAutoRaise(true);
     m_add->setFocusPolicy(Qt::TabFocus);
     m_add->setAccessibleName(tr("New board"));
     m_add->setToolTip(tr("New board (Ctrl+Shift+N)"));
-    m_archived->setAutoRaise(true);
-    m_archived->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_archived->setFocusPolicy(Qt::TabFocus);
-    m_archived->setAccessibleName(tr("Archived boards"));
-    m_archived->setToolTip(tr("Archived boards"));
-    m_archived->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+    auto* const top = new QHBoxLayout;
+    top->setContentsMargins(8, 12, 8, 10);
+    top->addWidget(m_search);
     auto* const heading = new QHBoxLayout;
-    heading->setContentsMargins(16, 18, 12, 4);
+    heading->setContentsMargins(16, 14, 12, 4);
     heading->addWidget(m_title, 1);
     heading->addWidget(m_add);
-    auto* const foot = new QHBoxLayout;
-    foot->setContentsMargins(8, 8, 8, 10);
-    foot->addWidget(m_archived);
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 1, 0);
+    column->setContentsMargins(0, 0, 1, 10);
     column->setSpacing(0);
+    column->addLayout(top);
+    column->addWidget(m_upcoming);
+    column->addWidget(m_completed);
     column->addLayout(heading);
     column->addWidget(m_banner);
     column->addWidget(m_list);
     column->addStretch();
-    column->addLayout(foot);
+    column->addSpacing(8);
+    column->addWidget(m_archived);
     m_archived->hide();
 
     connect(m_add, &QToolButton::clicked, this, &Sidebar::createBoard);
-    connect(m_archived, &QToolButton::clicked, this, &Sidebar::archivedRequested);
+    connectRows();
     connect(m_list, &BoardListView::boardChosen, this, &Sidebar::boardChosen);
     connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
     connect(m_list, &BoardListView::renamed, this,
             [this](model::Board* board, const QString& name) { store(*board, name); });
     connect(m_list, &BoardListView::dropped, this, &Sidebar::move);
+    connect(m_list, &BoardListView::entryDropped, this, &Sidebar::entryDropped);
     connect(&theme, &Theme::changed, this, &Sidebar::applyTheme);
     applyTheme();
+}
+
+void Sidebar::connectRows() {
+    for (const auto& [row, page] :
+         {std::pair(m_upcoming, PageKind::upcoming), std::pair(m_completed, PageKind::completed),
+          std::pair(m_archived, PageKind::archived)}) {
+        connect(row, &SidebarRow::clicked, this, [this, page] { Q_EMIT pageRequested(page); });
+        connect(row, &SidebarRow::walked, this,
+                [this, row](int direction) { walk(row, direction); });
+    }
+    connect(m_list, &BoardListView::leftUpwards, this,
+            [this] { m_completed->setFocus(Qt::OtherFocusReason); });
+    connect(m_list, &BoardListView::leftDownwards, this, [this] {
+        if (!m_archived->isHidden()) {
+            m_archived->setFocus(Qt::OtherFocusReason);
+        }
+    });
+}
+
+/// The arrows lead through the sidebar as if it were one list.
+void Sidebar::walk(const SidebarRow* from, int direction) {
+    if (from == m_upcoming) {
+        (direction < 0 ? static_cast<QWidget*>(m_search) : m_completed)->setFocus();
+    } else if (from == m_completed && direction < 0) {
+        m_upcoming->setFocus();
+    } else if (from == m_completed) {
+        m_list->focusEnd(BoardListView::End::top);
+    } else if (direction < 0) {
+        m_list->focusEnd(BoardListView::End::bottom);
+    }
+}
+
+void Sidebar::showChoice(PageKind page, const model::Board* board) {
+    m_upcoming->setChecked(page == PageKind::upcoming);
+    m_completed->setChecked(page == PageKind::completed);
+    const bool isListed = board && m_model.rowOf(*board) >= 0;
+    // An archived board that is looked at belongs to the archived ones.
+    m_archived->setChecked(page == PageKind::archived || (page == PageKind::board && !isListed));
+    if (page == PageKind::board && isListed) {
+        m_list->setCurrentBoard(*board);
+    } else {
+        m_list->clearChoice();
+    }
+}
+
+void Sidebar::setUpcomingCount(int count) {
+    m_upcoming->setCount(count);
 }
 
 void Sidebar::refresh() {
@@ -141,18 +192,6 @@ void Sidebar::paintEvent(QPaintEvent*) {
     painter.fillRect(QRect(width() - 1, 0, 1, height()), m_theme.colors().hairline);
 }
 
-void Sidebar::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    elideArchived();
-}
-
-/// A button cuts a text that has no room; this one says that there is more.
-void Sidebar::elideArchived() {
-    const int around = m_theme.scaled(16) + 36; // icon, distances, margins
-    m_archived->setText(m_archived->fontMetrics().elidedText(tr("Archived boards"), Qt::ElideRight,
-                                                             width() - around));
-}
-
 void Sidebar::applyTheme() {
     const auto& colors = m_theme.colors();
     auto font = m_theme.smallFont();
@@ -160,13 +199,7 @@ void Sidebar::applyTheme() {
     m_title->setFont(font);
     auto quiet = m_title->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
-    quiet.setColor(QPalette::ButtonText, colors.secondaryText);
     m_title->setPalette(quiet);
-    m_archived->setPalette(quiet);
-    m_archived->setFont(m_theme.font());
-    m_archived->setIcon(IconSet::icon(QStringLiteral("archive"), colors.secondaryText));
-    m_archived->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
-    elideArchived();
     m_add->setIcon(IconSet::icon(QStringLiteral("plus"), colors.secondaryText));
     m_add->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
     update();

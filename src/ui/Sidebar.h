@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/BoardListView.h"
+#include "ui/PageKind.h"
 #include "ui/Workspace.h"
 
 #include <QWidget>
@@ -11,9 +12,11 @@ class QToolButton;
 namespace korvex::ui {
 
 class ErrorBanner;
+class SearchField;
+class SidebarRow;
 
-/// The boards at the window's left, and the way to the archived ones. Carries out what the user
-/// asks of the list of boards.
+/// The window's left: the search, the pages over all boards, the boards, and the way to the
+/// archived ones. Carries out what the user asks of the list of boards.
 class Sidebar final : public QWidget {
     Q_OBJECT
 
@@ -22,6 +25,10 @@ public:
 
     BoardListModel& boards() { return m_model; }
     BoardListView& list() { return *m_list; }
+    SearchField& searchField() { return *m_search; }
+    /// Marks what the window shows; `board` is the one of a board's page.
+    void showChoice(PageKind page, const model::Board* board);
+    void setUpcomingCount(int count);
     /// The store's records have changed.
     void refresh();
     /// Counts the open todos of all boards, soon.
@@ -38,26 +45,31 @@ public:
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
     void boardMenuRequested(korvex::model::Board* board, const QPoint& globalPosition);
-    void archivedRequested();
+    void pageRequested(korvex::ui::PageKind page);
+    /// An entry was dropped on a board.
+    void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void connectRows();
+    void walk(const SidebarRow* from, int direction);
     void store(model::Board& board, const QString& name);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
     void applyTheme();
-    void elideArchived();
 
     const Workspace& m_workspace;
     const Theme& m_theme;
     BoardListModel m_model;
+    SearchField* m_search;
+    SidebarRow* m_upcoming;
+    SidebarRow* m_completed;
     QLabel* m_title;
     QToolButton* m_add;
     BoardListView* m_list;
     ErrorBanner* m_banner;
-    QToolButton* m_archived;
+    SidebarRow* m_archived;
     bool m_isCountDue = false;
 };
 

@@ -22,4 +22,11 @@ inline std::string toUtf8(const QString& text) {
     return text.toStdString();
 }
 
+/// The beginning of an entry's first line, to name it by.
+inline QString shortened(const QString& text) {
+    constexpr int kShown = 60;
+    const auto line = text.trimmed().section(QLatin1Char('\n'), 0, 0);
+    return line.size() > kShown ? line.left(kShown) + QStringLiteral("…") : line;
+}
+
 } // namespace korvex::ui

@@ -35,6 +35,8 @@ Q_SIGNALS:
     /// Several lines were pasted: the text with the first of them, and the others.
     void linesPasted(const QString& text, const QStringList& others);
     void limitReached();
+    /// What was pasted is no text but something to attach.
+    void attachmentsPasted(const QMimeData* offered);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

@@ -2,6 +2,7 @@
 
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
+#include "ui/AttachmentClipboard.h"
 #include "ui/Text.h"
 
 #include <QKeyEvent>
@@ -93,10 +94,14 @@ void TodoTextEdit::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 bool TodoTextEdit::canInsertFromMimeData(const QMimeData* source) const {
-    return source->hasText();
+    return source->hasText() || isForAttaching(*source);
 }
 
 void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
+    if (isForAttaching(*source)) {
+        Q_EMIT attachmentsPasted(source);
+        return;
+    }
     QStringList lines;
     const auto pasted = toUtf8(source->text());
     base::forEachLine(pasted, [&](std::string_view line) {

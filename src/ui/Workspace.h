@@ -4,14 +4,20 @@
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
 #include "base/Log.h"
+#include "base/TextFolding.h"
 #include "richtext/CodeHighlighter.h"
 #include "richtext/RichTextSerializer.h"
 #include "schedule/ScheduleClock.h"
+#include "schedule/UpcomingTodos.h"
+#include "services/AttachmentFiles.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
+#include "services/FoldedTexts.h"
+#include "services/SearchService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "ui/DateTexts.h"
+#include "ui/OnFirstUse.h"
 
 namespace korvex::ui {
 
@@ -32,6 +38,14 @@ struct Workspace {
     DateTexts& dates;
     const richtext::RichTextSerializer& serializer;
     richtext::CodeHighlighter& code;
+    const base::TextFolding& folding;
+    /// Of all entries, for who searches them.
+    services::FoldedTexts& texts;
+    services::SearchService& search;
+    /// Of attachments, for other programs to open.
+    services::TemporaryAttachmentCopies& copies;
+    /// Of the pages over all boards.
+    OnFirstUse<schedule::UpcomingTodos>& upcoming;
     base::LogSink& log;
 
     base::Instant now() const { return clock.now(); }

@@ -278,6 +278,51 @@ class WindowTest(unittest.TestCase):
         wait_for(lambda: self.picture() == before, "the text to look as before")
         self.assertEqual(json.loads(self.korvex("show", entry["id"], "--as", "json")), stored)
 
+    def everything(self):
+        """All that is stored of the Inbox, open and completed."""
+        return self.stored() + self.stored("--completed")
+
+    def test_a_week_is_scheduled_ticked_deleted_undone_redone_and_found(self):
+        ticket = self.home / "ticket.txt"
+        ticket.write_text("seat 12A")
+        self.korvex("note", "Trip to Lisbon", "--attach", str(ticket))
+        self.start_window()
+        self.keys("ctrl+n")
+        for line in ("Pay the rent", "Call the dentist", "Return library books", "Water plants"):
+            self.type(line)
+            self.keys("Return")
+        self.keys("Escape")
+        wait_for(lambda: len(self.texts()) == 5, "what was typed")
+        first = self.everything()
+
+        self.keys("Home", "Down", "ctrl+d", "Tab", "Return")  # "Tomorrow"
+        wait_for(lambda: "dueDay" in self.stored()[1], "the first schedule")
+        self.keys("Down", "ctrl+d", "Return")  # "Today"
+        wait_for(lambda: "dueDay" in self.stored()[2], "the second schedule")
+        self.keys("Down", "space")
+        wait_for(lambda: len(self.texts()) == 4, "the tick")
+        time.sleep(1)  # its row leaves
+        self.keys("alt+Up")
+        wait_for(lambda: self.texts()[2] == "Water plants", "the move")
+        self.keys("Home", "Delete")
+        wait_for(lambda: len(self.texts()) == 3, "the deletion")
+        last = self.everything()
+
+        self.keys(*["ctrl+z"] * 5)
+        wait_for(lambda: self.everything() == first, "everything as it was, the attachment too")
+        self.keys(*["ctrl+shift+z"] * 5)
+        wait_for(lambda: self.everything() == last, "everything as it became")
+
+        for word, whole in (("plan", "Water plants"), ("dentist call", "Call the dentist")):
+            self.keys("ctrl+f")
+            self.type(word)
+            self.keys("Return")  # opens the board with the entry selected
+            time.sleep(0.5)
+            self.keys("Return")  # which is edited then
+            self.type("!")
+            self.keys("Escape")
+            wait_for(lambda whole=whole: whole + "!" in self.texts(), f"{whole} to be found")
+
     def test_a_second_start_raises_the_first_window(self):
         window = self.start_window()
         second = subprocess.run([DESKTOP], env=self.environment, timeout=PATIENCE, check=False)

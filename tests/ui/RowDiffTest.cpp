@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 #include <random>
 
 namespace korvex::ui {
@@ -20,22 +21,7 @@ std::vector<RowKey> keys(const std::vector<int>& kinds) {
 std::vector<RowKey> applied(std::vector<RowKey> rows, const std::vector<RowStep>& steps,
                             const std::vector<RowKey>& after) {
     for (const auto& step : steps) {
-        const auto first = rows.begin() + step.first;
-        switch (step.kind) {
-        case RowStep::Kind::remove:
-            rows.erase(first, first + step.count);
-            break;
-        case RowStep::Kind::insert:
-            rows.insert(first, after.begin() + step.first, after.begin() + step.first + step.count);
-            break;
-        case RowStep::Kind::move:
-            if (step.destination < step.first) {
-                std::rotate(rows.begin() + step.destination, first, first + step.count);
-            } else {
-                std::rotate(first, first + step.count, rows.begin() + step.destination);
-            }
-            break;
-        }
+        applyStep(step, rows, after);
     }
     return rows;
 }
@@ -56,6 +42,8 @@ TEST(RowDiff, StepsLeadFromAnyRowsToAnyOthers) {
         const auto after = some();
         const auto steps = rowSteps(before, after);
         ASSERT_EQ(applied(before, steps, after), after);
+        EXPECT_EQ(fewRowSteps(before, after, steps.size()), steps);
+        EXPECT_TRUE(steps.empty() || !fewRowSteps(before, after, steps.size() - 1));
         for (const auto& step : steps) {
             // What a model may announce: nothing moves into itself.
             ASSERT_TRUE(step.kind != RowStep::Kind::move || step.destination < step.first ||

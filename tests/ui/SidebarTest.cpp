@@ -4,10 +4,10 @@
 #include "ui/BoardActions.h"
 #include "ui/ConfirmationSheet.h"
 #include "ui/ErrorBanner.h"
+#include "ui/SidebarRow.h"
 
 #include <QLineEdit>
 #include <QMenu>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -124,14 +124,11 @@ TEST_F(SidebarTest, CountsFollowChangesFromAnywhere) {
 }
 
 TEST_F(SidebarTest, ArchivedBoardsCanBeReached) {
-    auto* const archived = [this] {
-        for (auto* const button : sidebar.findChildren<QToolButton*>()) {
-            if (button->accessibleName() == QStringLiteral("Archived boards")) {
-                return button;
-            }
-        }
-        return static_cast<QToolButton*>(nullptr);
-    }();
+    const auto rows = sidebar.findChildren<SidebarRow*>();
+    const auto found = std::find_if(rows.begin(), rows.end(), [](const SidebarRow* row) {
+        return row->text() == QStringLiteral("Archived boards");
+    });
+    auto* const archived = found == rows.end() ? nullptr : *found;
     ASSERT_NE(archived, nullptr);
     EXPECT_TRUE(archived->isHidden());
     actions.setArchived(*work, true);

@@ -21,6 +21,7 @@ namespace {
 using richtext::AttributedString;
 using richtext::RichTextAction;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 AttributedString plain(std::string_view text) {
@@ -79,15 +80,6 @@ protected:
             }
         }
         FAIL() << command.toStdString();
-    }
-    void confirm() {
-        for (auto* const button : page.findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->text() == QStringLiteral("Delete")) {
-                button->click();
-                return;
-            }
-        }
-        FAIL() << "nothing to confirm";
     }
     static QString textOf(model::EntryServiceErrorCase which) {
         return toQString(model::descriptionOf(which));
@@ -254,27 +246,15 @@ TEST_F(TextEditingTest, TheTypeChangesWithWhatIsTyped) {
     EXPECT_EQ(page.list().editedRow(), 0) << "goes on as a todo";
 }
 
-TEST_F(TextEditingTest, DeletingAsksFirst) {
-    auto& entry = addText("a");
-    add({"b"});
-    page.list().setCurrentRow(0);
-    page.list().setFocus();
-    QTest::keyClick(&page.list(), Qt::Key_Delete);
-    EXPECT_EQ(storedTexts(*inbox).size(), 2U);
-    confirm();
-    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
-    EXPECT_FALSE(entry.isLive());
-}
-
-TEST_F(TextEditingTest, DeletingWhatIsEditedForgetsWhatWasTyped) {
+TEST_F(TextEditingTest, DeletingWhatIsEditedStoresWhatWasTypedSoThatItCanComeBack) {
     auto& entry = addText("a");
     edit(entry);
     type("typed");
     choose(QStringLiteral("Delete text"));
-    EXPECT_TRUE(isEditing()) << "until it is confirmed";
-    confirm();
     EXPECT_FALSE(isEditing());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+    page.undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre(HasSubstr("typed")));
 }
 
 TEST_F(TextEditingTest, TextOfAnEntryThatIsGoneLivesOnAsADraft) {

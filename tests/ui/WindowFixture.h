@@ -66,6 +66,11 @@ protected:
                     .dates = dates,
                     .serializer = serializer,
                     .code = code,
+                    .folding = folding,
+                    .texts = texts,
+                    .search = searchService,
+                    .copies = copies,
+                    .upcoming = upcoming,
                     .log = log} {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
@@ -114,6 +119,14 @@ protected:
     richtext::RichTextSerializer serializer{log};
     /// Without an engine: code stays uncoloured.
     richtext::CodeHighlighter code{nullptr, nullptr, runLoop, log};
+    services::TemporaryAttachmentCopies copies{folder / "copies"};
+    base::TextFolding folding;
+    services::FoldedTexts texts{own.context, folding};
+    services::SearchService searchService{own.context, own.boards, texts};
+    ui::OnFirstUse<schedule::UpcomingTodos> upcoming{[this] {
+        return std::make_unique<schedule::UpcomingTodos>(own.context, clock.now(),
+                                                         base::TimeZone::utc());
+    }};
     ui::Workspace workspace;
     model::Board* inbox = nullptr;
 };

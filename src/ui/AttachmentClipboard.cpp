@@ -1,0 +1,126 @@
+#include "ui/AttachmentClipboard.h"
+
+#include "ui/RichTextClipboard.h"
+#include "ui/Text.h"
+
+#include <QBuffer>
+#include <QCoreApplication>
+#include <QFile>
+#include <QImage>
+#include <QUrl>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr const char* kUriListType = "text/uri-list";
+/// What file managers of the GNOME family paste as files.
+constexpr const char* kCopiedFilesType = "x-special/gnome-copied-files";
+constexpr const char* kPngType = "image/png";
+/// Beyond this many pixels no picture fits into an attachment.
+constexpr qint64 kMaximumPixels = 100'000'000;
+
+/// Text that stands for itself, not for files.
+bool hasWords(const QMimeData& data) {
+    return !toQString(textFrom(data).text()).trimmed().isEmpty();
+}
+
+base::Bytes toBytes(const QByteArray& bytes) {
+    return {bytes.begin(), bytes.end()};
+}
+
+} // namespace
+
+std::optional<DraggedAttachment> draggedAttachment(const QMimeData& data) {
+    const auto parts = data.data(QLatin1String(kAttachmentMoveType)).split('\n');
+    if (parts.size() != 2) {
+        return std::nullopt;
+    }
+    const auto entry = base::Uuid::parse(parts[0].toStdString());
+    const auto attachment = base::Uuid::parse(parts[1].toStdString());
+    return entry && attachment ? std::optional(DraggedAttachment{*entry, *attachment})
+                               : std::nullopt;
+}
+
+std::vector<std::filesystem::path> offeredFiles(const QMimeData& data) {
+    std::vector<std::filesystem::path> files;
+    const auto urls = data.hasUrls() ? data.urls() : QList<QUrl>();
+    for (const auto& url : urls) {
+        if (!url.isLocalFile()) {
+            return {};
+        }
+        files.emplace_back(QFile::encodeName(url.toLocalFile()).toStdString());
+    }
+    return files;
+}
+
+bool isForAttaching(const QMimeData& data) {
+    if (data.hasUrls() && !data.hasHtml()) {
+        return !offeredFiles(data).empty();
+    }
+    return data.hasImage() && !hasWords(data);
+}
+
+std::optional<base::Bytes> offeredPicture(const QMimeData& data) {
+    if (const auto png = data.data(QLatin1String(kPngType)); !png.isEmpty()) {
+        return toBytes(png);
+    }
+    const auto image = qvariant_cast<QImage>(data.imageData());
+    if (image.isNull() || qint64{image.width()} * image.height() > kMaximumPixels) {
+        return std::nullopt;
+    }
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    return image.save(&buffer, "PNG") ? std::optional(toBytes(png)) : std::nullopt;
+}
+
+std::string pastedImageName(const services::AttachmentList& list) {
+    const auto stem = QCoreApplication::translate("korvex::ui::AttachmentActions", "Pasted image");
+    const auto isTaken = [&](const std::string& name) {
+        return std::any_of(list.attachments.begin(), list.attachments.end(),
+                           [&](const auto& each) { return each.filename == name; });
+    };
+    auto name = toUtf8(stem + QStringLiteral(".png"));
+    for (int number = 2; isTaken(name); ++number) {
+        name = toUtf8(QStringLiteral("%1 %2.png").arg(stem).arg(number));
+    }
+    return name;
+}
+
+AttachmentMimeData::AttachmentMimeData(MakeFile makeFile,
+                                       const std::optional<DraggedAttachment>& moved)
+    : m_makeFile(std::move(makeFile)) {
+    if (moved) {
+        setData(QLatin1String(kAttachmentMoveType),
+                QByteArray::fromStdString(moved->entry.text() + '\n' + moved->attachment.text()));
+    }
+}
+
+QStringList AttachmentMimeData::formats() const {
+    return QMimeData::formats() << QLatin1String(kUriListType) << QLatin1String(kCopiedFilesType);
+}
+
+bool AttachmentMimeData::hasFormat(const QString& type) const {
+    return formats().contains(type);
+}
+
+QVariant AttachmentMimeData::retrieveData(const QString& type, QMetaType metaType) const {
+    const bool isCopiedFiles = type == QLatin1String(kCopiedFilesType);
+    if (!isCopiedFiles && type != QLatin1String(kUriListType)) {
+        return QMimeData::retrieveData(type, metaType);
+    }
+    if (!m_url) {
+        const auto file = m_makeFile();
+        m_url = file.empty() ? QByteArray()
+                             : QUrl::fromLocalFile(QFile::decodeName(file.c_str())).toEncoded();
+    }
+    if (m_url->isEmpty()) {
+        return {};
+    }
+    return isCopiedFiles ? "copy\n" + *m_url : *m_url + "\r\n";
+}
+
+} // namespace korvex::ui
