@@ -8,52 +8,21 @@
 #include "richtext/RichTextTable.h"
 #include "richtext/RtfReader.h"
 #include "richtext/RtfWriter.h"
+#include "support/AllocationCounter.h"
 #include "support/ChildProcess.h"
 #include "support/Scratch.h"
 
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <array>
-#include <atomic>
-#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <functional>
 #include <limits>
-#include <new>
 #include <string>
 #include <utility>
 #include <vector>
-
-namespace {
-
-std::atomic<std::size_t> allocated{0};
-std::atomic<std::size_t> mostAllocated{0};
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    void* const memory = std::malloc(size);
-    if (memory == nullptr) {
-        throw std::bad_alloc();
-    }
-    const auto now = allocated += malloc_usable_size(memory);
-    if (now > mostAllocated) {
-        mostAllocated = now;
-    }
-    return memory;
-}
-
-void operator delete(void* memory) noexcept {
-    allocated -= malloc_usable_size(memory);
-    std::free(memory);
-}
-
-void operator delete(void* memory, std::size_t) noexcept {
-    operator delete(memory);
-}
 
 namespace {
 
@@ -363,10 +332,10 @@ void hostile(benchmark::State& state, const Family& family) {
     std::size_t memory = 0;
     for (auto _ : state) {
         smallSeconds = std::min(smallSeconds, secondsToRead(small));
-        const auto before = allocated.load();
-        mostAllocated = before;
+        const auto before = bench::allocatedBytes();
+        bench::forgetMostAllocated();
         const auto taken = secondsToRead(large);
-        memory = std::max(memory, mostAllocated.load() - before);
+        memory = std::max(memory, bench::mostAllocatedBytes() - before);
         largeSeconds = std::min(largeSeconds, taken);
         state.SetIterationTime(taken);
     }

@@ -80,6 +80,11 @@ public:
                       .dates = m_dates,
                       .serializer = m_serializer,
                       .code = m_code,
+                      .folding = m_folding,
+                      .texts = m_texts,
+                      .search = m_search,
+                      .copies = m_copies,
+                      .upcoming = m_upcoming,
                       .log = m_log},
           m_window(m_workspace, m_theme) {
         m_window.show();
@@ -114,6 +119,14 @@ private:
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
     richtext::CodeHighlighter m_code{m_script.engineFactory(), m_script.resources(), m_runLoop,
                                      m_log};
+    services::TemporaryAttachmentCopies m_copies{m_scratch.path()};
+    base::TextFolding m_folding;
+    services::FoldedTexts m_texts{m_store.store.context(), m_folding};
+    services::SearchService m_search{m_store.store.context(), m_boards, m_texts};
+    ui::OnFirstUse<schedule::UpcomingTodos> m_upcoming{[this] {
+        return std::make_unique<schedule::UpcomingTodos>(m_store.store.context(), m_clock.now(),
+                                                         base::TimeZone::system());
+    }};
     ui::Workspace m_workspace;
     ui::MainWindow m_window;
 };
