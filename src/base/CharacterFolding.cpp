@@ -191,10 +191,10 @@ void CharacterFolding::fold(UChar32 codePoint, icu::UnicodeString& to) const {
 }
 
 icu::UnicodeString CharacterFolding::decomposed(UChar32 codePoint) const {
-    const icu::UnicodeString itself(codePoint);
+    icu::UnicodeString itself(codePoint);
     UErrorCode status = U_ZERO_ERROR;
     // An equivalent that Unicode keeps for old times' sake.
-    if (const auto canonical = m_composition.normalize(itself, status); canonical != itself) {
+    if (auto canonical = m_composition.normalize(itself, status); canonical != itself) {
         return canonical;
     }
     icu::UnicodeString parts;

@@ -126,7 +126,7 @@ void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id, cons
 void AttachmentActions::copy(const model::Entry& entry, const base::Uuid& id) {
     perform([&] {
         // Now: what is pasted later is what was copied, whatever becomes of the entry.
-        const auto file = temporaryCopy(entry.id(), id);
+        auto file = temporaryCopy(entry.id(), id);
         QApplication::clipboard()->setMimeData(
             new AttachmentMimeData([file] { return file; }, std::nullopt));
     });

@@ -15,7 +15,6 @@ AttachmentSummaries::AttachmentSummaries(const Workspace& workspace)
 
 const services::AttachmentList& AttachmentSummaries::of(const model::Entry& entry) const {
     const auto found = m_known.find(entry.id());
-    // An entry that was given back its former words by an undo is told of like every other.
     if (found != m_known.end() && found->second.updatedAt == entry.updatedAt()) {
         return found->second.list;
     }

@@ -21,6 +21,13 @@ namespace korvex::ui {
 
 // What the window shows, and the ways from one page to another.
 
+namespace {
+
+/// Shorter than a frame.
+constexpr std::chrono::milliseconds kPreparationSlice{8};
+
+} // namespace
+
 void MainWindow::addPages() {
     m_pages->add(PageKind::board,
                  {.title = {},
@@ -190,7 +197,6 @@ void MainWindow::endSearch() {
 
 /// A search that finds its texts ready answers at once.
 void MainWindow::prepareSearch() {
-    constexpr std::chrono::milliseconds kSlice{8};
     if (std::exchange(m_isPreparingSearch, true)) {
         return;
     }
@@ -198,7 +204,8 @@ void MainWindow::prepareSearch() {
         m_isPreparingSearch = false;
         bool isMore = false;
         // What cannot be read now, the search will say.
-        const auto refused = refusal([&] { isMore = m_workspace.search.prepare(kSlice); });
+        const auto refused =
+            refusal([&] { isMore = m_workspace.search.prepare(kPreparationSlice); });
         if (!refused && isMore) {
             prepareSearch();
         }

@@ -67,13 +67,14 @@ Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent
 }
 
 void Sidebar::connectRows() {
-    for (const auto& [row, page] :
-         {std::pair(m_upcoming, PageKind::upcoming), std::pair(m_completed, PageKind::completed),
-          std::pair(m_archived, PageKind::archived)}) {
+    const auto lead = [this](SidebarRow* row, PageKind page) {
         connect(row, &SidebarRow::clicked, this, [this, page] { Q_EMIT pageRequested(page); });
         connect(row, &SidebarRow::walked, this,
                 [this, row](int direction) { walk(row, direction); });
-    }
+    };
+    lead(m_upcoming, PageKind::upcoming);
+    lead(m_completed, PageKind::completed);
+    lead(m_archived, PageKind::archived);
     connect(m_list, &BoardListView::leftUpwards, this,
             [this] { m_completed->setFocus(Qt::OtherFocusReason); });
     connect(m_list, &BoardListView::leftDownwards, this, [this] {

@@ -1,6 +1,7 @@
 // Any bytes as the stored attachments of an entry: they are refused, or are a list that an entry
 // may hold and that is stored and read again as the same.
 
+#include "fuzz/Fuzzing.h"
 #include "model/EntryAttachment.h"
 
 #include <cstdint>
@@ -12,13 +13,7 @@ namespace {
 using korvex::model::AttachmentError;
 using korvex::model::AttachmentErrorCase;
 using korvex::model::EntryAttachment;
-
-void require(bool holds, const char* what) {
-    if (!holds) {
-        std::fprintf(stderr, "%s\n", what);
-        std::abort();
-    }
-}
+using korvex::tests::require;
 
 void check(const std::vector<EntryAttachment>& attachments) {
     try {

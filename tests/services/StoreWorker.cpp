@@ -1,8 +1,8 @@
-#include "base/Log.h"
 #include "model/SchemaVersions.h"
 #include "richtext/RichTextSerializer.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
+#include "support/SilentLog.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -18,12 +18,6 @@ using model::Entry;
 using services::EntryService;
 
 namespace {
-
-/// An undo that comes too late is expected, and logged.
-class SilentLog final : public base::LogSink {
-public:
-    void write(base::LogLevel, std::string_view, std::string_view) override {}
-};
 
 /// A program of its own on the store: creates, completes, restores, edits, moves and splits entries
 /// at random, also between boards, changes their types, deletes some, and takes changes back.
@@ -101,6 +95,7 @@ private:
         }
     }
 
+    /// An undo that comes too late is expected, and logged.
     SilentLog m_log;
     services::NoReminders m_reminders;
     services::NoWidgets m_widgets;

@@ -14,6 +14,7 @@
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
+#include "support/SilentLog.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
@@ -43,13 +44,8 @@ void say(const std::string& line) {
     }
 }
 
-class QuietLog final : public base::LogSink {
-public:
-    void write(base::LogLevel, std::string_view, std::string_view) override {}
-};
-
 struct Program {
-    QuietLog log;
+    tests::SilentLog log;
     services::NoReminders reminders;
     services::NoWidgets widgets;
     std::unique_ptr<store::ModelContainer> container;
