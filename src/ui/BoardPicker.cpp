@@ -7,14 +7,12 @@
 #include "ui/Text.h"
 
 #include <QAbstractListModel>
-#include <QAccessible>
-#include <QApplication>
-#include <QKeyEvent>
+#include <QFocusEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QListView>
 #include <QStyledItemDelegate>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
@@ -25,11 +23,9 @@ namespace {
 constexpr int kPanelWidth = 340;
 constexpr int kWindowMargin = 24;
 constexpr int kMostRows = 9;
-constexpr int kMargin = 10;
 constexpr int kPadding = 8;
 constexpr int kIconSize = 18;
 constexpr int kTop = 48;
-constexpr int kLongestTyped = 100;
 
 } // namespace
 
@@ -137,53 +133,19 @@ std::vector<model::Board*> without(std::vector<model::Board*> boards,
 BoardPicker::BoardPicker(const std::vector<model::Board*>& boards, const QString& title,
                          const Workspace& workspace, const Theme& theme, QWidget* window,
                          const model::Board* excluded)
-    : Popover(theme, window),
+    : ChoicePopover(new QListView, theme, window),
       m_model(new BoardPickerModel(without(boards, excluded), workspace.folding, this)),
-      m_search(new QLineEdit(this)),
-      m_list(new QListView(this)),
       m_nothing(new QLabel(tr("No board of this name"), this)) {
-    setAccessibleName(title);
     setFixedWidth(std::min(theme.scaled(kPanelWidth), window->width() - kWindowMargin));
-    m_search->setPlaceholderText(title);
-    m_search->setAccessibleName(title);
-    m_search->setClearButtonEnabled(true);
-    m_search->setMaxLength(kLongestTyped);
-    m_search->installEventFilter(this);
-    m_list->setAccessibleName(tr("Boards"));
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setUniformItemSizes(true);
-    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
-    m_list->setMouseTracking(true);
-    m_list->setItemDelegate(new BoardPickerDelegate(*m_model, theme, m_list));
-    m_list->setModel(m_model);
-    auto quiet = m_list->palette();
-    quiet.setColor(QPalette::Base, theme.colors().content);
-    m_list->setPalette(quiet);
-    m_list->setFocusPolicy(Qt::NoFocus); // the keys of the search field walk in it
+    list().setMouseTracking(true);
+    list().setItemDelegate(new BoardPickerDelegate(*m_model, theme, &list()));
+    list().setModel(m_model);
+    setUp({.choice = title, .field = title, .list = tr("Boards")});
     m_nothing->setAlignment(Qt::AlignCenter);
     m_nothing->setForegroundRole(QPalette::PlaceholderText);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(6);
-    column->addWidget(m_search);
-    column->addWidget(m_list);
-    column->addWidget(m_nothing);
-    connect(m_search, &QLineEdit::textChanged, this, &BoardPicker::fill);
-    connect(m_list, &QListView::clicked, this, [this](const QModelIndex& index) {
-        m_list->setCurrentIndex(index);
-        choose();
-    });
-    connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this](const QModelIndex& index) {
-                // The list never has the keyboard; a screen reader is told where the keys are.
-                QAccessibleEvent event(m_list, QAccessible::Focus);
-                event.setChild(index.row());
-                QAccessible::updateAccessibility(&event);
-            });
+    layout()->addWidget(m_nothing);
     m_changes = workspace.context.didChange().connect([this](const store::ChangeSet&) { fill(); });
     fill();
-    setFocusProxy(m_search);
 }
 
 BoardPicker::~BoardPicker() = default;
@@ -193,22 +155,22 @@ void BoardPicker::open() {
     const int left = (area->width() - width()) / 2;
     openAt({area->mapToGlobal(QPoint(left, kTop)), QSize(1, 1)});
     move(left, y());
-    m_search->setFocus();
+    field().setFocus();
 }
 
 void BoardPicker::fill() {
-    const auto typed = m_search->text();
+    const auto typed = field().text();
     // Nothing typed: the choice of the user stays where boards come and go.
-    const auto current = m_list->currentIndex();
+    const auto current = list().currentIndex();
     const auto* const kept =
         current.isValid() && typed.isEmpty() ? &m_model->board(current.row()) : nullptr;
     m_model->search(typed);
     const int rows = m_model->rowCount();
-    m_list->setVisible(rows > 0);
+    list().setVisible(rows > 0);
     m_nothing->setVisible(rows == 0);
     if (rows > 0) {
-        m_list->setFixedHeight(m_list->sizeHintForRow(0) * std::min(rows, kMostRows));
-        m_list->setCurrentIndex(m_model->index(std::max(0, m_model->rowOf(kept)), 0));
+        list().setFixedHeight(list().sizeHintForRow(0) * std::min(rows, kMostRows));
+        list().setCurrentIndex(m_model->index(std::max(0, m_model->rowOf(kept)), 0));
     }
     if (isVisible()) {
         const int left = x();
@@ -218,7 +180,7 @@ void BoardPicker::fill() {
 }
 
 void BoardPicker::choose() {
-    if (const auto index = m_list->currentIndex(); index.isValid()) {
+    if (const auto index = list().currentIndex(); index.isValid()) {
         auto* const board = &m_model->board(index.row());
         closeNow();
         Q_EMIT chosen(board);
@@ -226,34 +188,14 @@ void BoardPicker::choose() {
 }
 
 bool BoardPicker::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_search && event->type() == QEvent::KeyPress) {
-        switch (static_cast<QKeyEvent*>(event)->key()) {
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-            QApplication::sendEvent(m_list, event);
-            return true;
-        default:
-            break;
-        }
-    }
-    if (watched == m_search && event->type() == QEvent::FocusOut) {
+    if (watched == &field() && event->type() == QEvent::FocusOut) {
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
         // Another window or a menu has the keyboard for a while only.
         if (reason != Qt::ActiveWindowFocusReason && reason != Qt::PopupFocusReason) {
             close();
         }
     }
-    return Popover::eventFilter(watched, event);
-}
-
-void BoardPicker::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        choose();
-    } else {
-        Popover::keyPressEvent(event);
-    }
+    return ChoicePopover::eventFilter(watched, event);
 }
 
 } // namespace korvex::ui

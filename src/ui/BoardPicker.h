@@ -2,22 +2,19 @@
 
 #include "base/Signal.h"
 #include "model/Board.h"
-#include "ui/Popover.h"
+#include "ui/ChoicePopover.h"
 #include "ui/Workspace.h"
 
 #include <vector>
 
 class QLabel;
-class QLineEdit;
-class QListView;
 
 namespace korvex::ui {
 
 class BoardPickerModel;
 
-/// Chooses a board by a few letters of its name. Up and Down walk, Return chooses, Escape gives up.
-/// Deletes itself once closed.
-class BoardPicker final : public Popover {
+/// Chooses a board by a few letters of its name. Deletes itself once closed.
+class BoardPicker final : public ChoicePopover {
     Q_OBJECT
 
 public:
@@ -37,16 +34,12 @@ Q_SIGNALS:
     void chosen(korvex::model::Board* board);
 
 protected:
+    void fill() override;
+    void choose() override;
     bool eventFilter(QObject* watched, QEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    void fill();
-    void choose();
-
     BoardPickerModel* m_model;
-    QLineEdit* m_search;
-    QListView* m_list;
     QLabel* m_nothing;
     base::Subscription m_changes;
 };

@@ -3,12 +3,9 @@
 #include "ui/IconSet.h"
 #include "ui/Text.h"
 
-#include <QAccessible>
-#include <QApplication>
-#include <QKeyEvent>
+#include <QCoreApplication>
 #include <QLineEdit>
 #include <QListWidget>
-#include <QVBoxLayout>
 
 #include <algorithm>
 #include <vector>
@@ -22,7 +19,6 @@ constexpr int kListHeight = 280;
 constexpr int kSmallestListHeight = 60;
 /// What a window has to have room for besides the list.
 constexpr int kAroundList = 80;
-constexpr int kMargin = 10;
 
 /// How well a language fits what is searched: the smaller the better.
 enum class Fit { exact, start, part, none };
@@ -55,56 +51,26 @@ QString nameOf(const richtext::CodeLanguage& language) {
 
 LanguageMenu::LanguageMenu(richtext::CodeHighlighter& code, const QString& current,
                            const Theme& theme, QWidget* window)
-    : Popover(theme, window),
+    : ChoicePopover(new QListWidget, theme, window),
       m_code(code),
       m_current(current),
-      m_search(new QLineEdit(this)),
-      m_list(new QListWidget(this)) {
-    setAccessibleName(tr("Language of the code"));
+      m_list(static_cast<QListWidget*>(&list())) {
+    setUp({.choice = tr("Language of the code"),
+           .field = tr("Search languages"),
+           .list = tr("Languages")});
     setFixedWidth(theme.scaled(kPanelWidth));
-    m_search->setPlaceholderText(tr("Search languages"));
-    m_search->setAccessibleName(tr("Search languages"));
-    m_search->setClearButtonEnabled(true);
-    m_search->setMaxLength(100);
-    m_search->installEventFilter(this);
-    m_list->setAccessibleName(tr("Languages"));
-    m_list->setFrameShape(QFrame::NoFrame);
-    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setTextElideMode(Qt::ElideRight);
-    m_list->setUniformItemSizes(true);
     m_list->setFixedHeight(std::clamp(window->height() - theme.scaled(kAroundList),
                                       theme.scaled(kSmallestListHeight),
                                       theme.scaled(kListHeight)));
-    auto quiet = m_list->palette();
-    quiet.setColor(QPalette::Base, theme.colors().content);
-    m_list->setPalette(quiet);
-    m_list->setFocusPolicy(Qt::NoFocus); // the keys of the search field walk in it
     const int size = theme.scaled(14);
     m_list->setIconSize({size, size});
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(6);
-    column->addWidget(m_search);
-    column->addWidget(m_list);
-    connect(m_search, &QLineEdit::textChanged, this, &LanguageMenu::fill);
-    connect(m_list, &QListWidget::itemClicked, this, [this](QListWidgetItem* item) {
-        m_list->setCurrentItem(item);
-        choose();
-    });
-    connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) {
-        // The list never has the keyboard; a screen reader is told where the keys have come to.
-        QAccessibleEvent event(m_list, QAccessible::Focus);
-        event.setChild(row);
-        QAccessible::updateAccessibility(&event);
-    });
     m_arrivals = m_code.arrived().connect([this] {
         if (static_cast<std::size_t>(m_list->count()) < m_code.languages().size()) {
             fill();
         }
     });
     fill();
-    m_search->setFocus();
-    setFocusProxy(m_search);
+    field().setFocus();
 }
 
 QString LanguageMenu::titleOf(richtext::CodeHighlighter& code, const QString& id) {
@@ -116,7 +82,7 @@ QString LanguageMenu::titleOf(richtext::CodeHighlighter& code, const QString& id
 }
 
 void LanguageMenu::fill() {
-    const auto searched = m_search->text().trimmed();
+    const auto searched = field().text().trimmed();
     const auto* const before = m_list->currentItem();
     // The choice of the user stays where more languages arrive; another search starts anew.
     const auto kept =
@@ -166,30 +132,6 @@ void LanguageMenu::choose() {
         const auto id = item->data(Qt::UserRole).toString();
         closeNow();
         Q_EMIT chosen(id);
-    }
-}
-
-bool LanguageMenu::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_search && event->type() == QEvent::KeyPress) {
-        switch (static_cast<QKeyEvent*>(event)->key()) {
-        case Qt::Key_Up:
-        case Qt::Key_Down:
-        case Qt::Key_PageUp:
-        case Qt::Key_PageDown:
-            QApplication::sendEvent(m_list, event);
-            return true;
-        default:
-            break;
-        }
-    }
-    return Popover::eventFilter(watched, event);
-}
-
-void LanguageMenu::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-        choose();
-    } else {
-        Popover::keyPressEvent(event);
     }
 }
 

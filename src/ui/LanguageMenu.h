@@ -2,16 +2,14 @@
 
 #include "base/Signal.h"
 #include "richtext/CodeHighlighter.h"
-#include "ui/Popover.h"
+#include "ui/ChoicePopover.h"
 
-class QLineEdit;
 class QListWidget;
 
 namespace korvex::ui {
 
-/// Chooses the language of code from a list that is searched by typing. Up and Down walk, Return
-/// chooses, Escape gives up.
-class LanguageMenu final : public Popover {
+/// Chooses the language of code.
+class LanguageMenu final : public ChoicePopover {
     Q_OBJECT
 
 public:
@@ -26,16 +24,12 @@ Q_SIGNALS:
     void chosen(const QString& id);
 
 protected:
-    bool eventFilter(QObject* watched, QEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
+    void fill() override;
+    void choose() override;
 
 private:
-    void fill();
-    void choose();
-
     richtext::CodeHighlighter& m_code;
     QString m_current;
-    QLineEdit* m_search;
     QListWidget* m_list;
     base::Subscription m_arrivals;
 };
