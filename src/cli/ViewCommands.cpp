@@ -133,6 +133,7 @@ ExitStatus upcoming(Session& session, const UpcomingOptions&) {
         return ExitStatus::done;
     }
     std::vector<TitledEntries> titled;
+    titled.reserve(groups.size());
     for (const auto& group : groups) {
         titled.push_back({std::string(schedule::title(group.section)), group.entries});
     }
@@ -167,6 +168,7 @@ ExitStatus completed(Session& session, const CompletedOptions& options) {
         return ExitStatus::done;
     }
     std::vector<TitledEntries> titled;
+    titled.reserve(groups.size());
     for (const auto& group : groups) {
         titled.push_back({group.title(session.now(), session.formats()), group.entries});
     }

@@ -276,7 +276,8 @@ EntryService::restoreDeleted(std::string_view name,
         logDone("Restored deleted entry", entry->id());
     }
     todosChanged();
-    registerUndo(name, sizeof(base::Uuid) * ids.size(),
+    const auto cost = sizeof(base::Uuid) * ids.size();
+    registerUndo(name, cost,
                  [ids = std::move(ids)](EntryService& service) { service.deleteAgain(ids); });
     return restored;
 }

@@ -81,34 +81,41 @@ SearchLine SearchLine::of(std::string_view text, const std::vector<std::string>&
 
 SearchLine SearchLine::fitted(const QFontMetrics& metrics, int width) const {
     auto line = *this;
-    if (!marks.empty()) {
+    const auto elided = [&] { return metrics.elidedText(line.text, Qt::ElideRight, width); };
+    const auto hidesMatch = [&] {
+        const auto& mark = line.marks.front();
+        const auto shown = elided();
+        return shown != line.text && shown.size() - ellipsis().size() < mark.start + mark.length;
+    };
+    if (!marks.empty() && hidesMatch()) {
+        // A third of the room shows what stands before the match.
         const auto& first = marks.front();
-        const int needed = metrics.horizontalAdvance(text.left(first.start + first.length)) +
-                           metrics.horizontalAdvance(ellipsis());
-        if (needed > width) {
-            // A third of the room shows what stands before the match.
-            auto start = first.start;
-            QTextBoundaryFinder places(QTextBoundaryFinder::Grapheme, text);
-            places.setPosition(start);
-            const int mark = metrics.horizontalAdvance(text.mid(first.start, first.length));
-            int room =
-                std::min(width / 3, width - mark - 2 * metrics.horizontalAdvance(ellipsis()));
-            while (start > 0 && room > 0) {
-                const auto previous = std::max<qsizetype>(places.toPreviousBoundary(), 0);
-                room -= metrics.horizontalAdvance(text.mid(previous, start - previous));
-                start = room > 0 ? previous : start;
-            }
+        auto start = first.start;
+        QTextBoundaryFinder places(QTextBoundaryFinder::Grapheme, text);
+        places.setPosition(start);
+        const int markWidth = metrics.horizontalAdvance(text.mid(first.start, first.length));
+        int room =
+            std::min(width / 3, width - markWidth - 2 * metrics.horizontalAdvance(ellipsis()));
+        while (start > 0 && room > 0) {
+            const auto previous = std::max<qsizetype>(places.toPreviousBoundary(), 0);
+            room -= metrics.horizontalAdvance(text.mid(previous, start - previous));
+            start = room > 0 ? previous : start;
+        }
+        line = from(start);
+        // Together, characters may take more room than each of them does alone.
+        places.setPosition(start);
+        while (start < first.start && hidesMatch()) {
+            start = std::min(places.toNextBoundary(), first.start);
             line = from(start);
         }
     }
-    const auto elided = metrics.elidedText(line.text, Qt::ElideRight, width);
-    if (elided != line.text) {
-        const auto kept = std::max<qsizetype>(elided.size() - 1, 0);
+    if (const auto shown = elided(); shown != line.text) {
+        const auto kept = std::max<qsizetype>(shown.size() - ellipsis().size(), 0);
         std::erase_if(line.marks, [kept](const Mark& mark) { return mark.start >= kept; });
         for (auto& mark : line.marks) {
             mark.length = std::min(mark.length, kept - mark.start);
         }
-        line.text = elided;
+        line.text = shown;
     }
     return line;
 }
