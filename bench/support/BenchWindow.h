@@ -30,7 +30,8 @@ inline QApplication& application() {
     static int argumentCount = 1;
     static char programName[] = "bench";
     static char* arguments[] = {programName, nullptr};
-    static QApplication instance(argumentCount, arguments);
+    // Never destroyed: at exit parts of Qt that it would take down are gone already.
+    static QApplication& instance = *new QApplication(argumentCount, arguments);
     return instance;
 }
 
