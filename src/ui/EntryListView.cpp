@@ -209,18 +209,10 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
             return;
         }
         break;
-    case Qt::Key_Escape:
-        event->ignore();
-        return;
     default:
         break;
     }
-    // What else QListView would do with letters, a search by them, is not wanted here.
-    if (event->text().isEmpty() || !event->text().front().isPrint()) {
-        LazyListView::keyPressEvent(event);
-    } else {
-        event->ignore();
-    }
+    LazyListView::keyPressEvent(event);
 }
 
 void EntryListView::keyReleaseEvent(QKeyEvent* event) {

@@ -1,6 +1,7 @@
 #include "ui/LazyListView.h"
 
 #include <QAccessible>
+#include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QScopedValueRollback>
@@ -138,6 +139,15 @@ std::vector<int> LazyListView::measuredRows() const {
         }
     }
     return rows;
+}
+
+void LazyListView::keyPressEvent(QKeyEvent* event) {
+    const bool isLetter = !event->text().isEmpty() && event->text().front().isPrint();
+    if (isLetter || event->key() == Qt::Key_Escape) {
+        event->ignore();
+    } else {
+        QListView::keyPressEvent(event);
+    }
 }
 
 QModelIndex LazyListView::moveCursor(CursorAction action, Qt::KeyboardModifiers) {

@@ -46,6 +46,8 @@ protected:
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     int horizontalOffset() const override { return 0; }
+    /// Escape and letters are left to the window: QListView would search by them.
+    void keyPressEvent(QKeyEvent* event) override;
     int verticalOffset() const override;
     void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
     QRegion visualRegionForSelection(const QItemSelection& selection) const override;

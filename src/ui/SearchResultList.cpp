@@ -229,18 +229,10 @@ void SearchResultList::keyPressEvent(QKeyEvent* event) {
             Q_EMIT toggleRequested(currentRow());
         }
         return;
-    case Qt::Key_Escape:
-        event->ignore();
-        return;
     default:
         break;
     }
-    // What else QListView would do with letters, a search by them, is not wanted here.
-    if (event->text().isEmpty() || !event->text().front().isPrint()) {
-        LazyListView::keyPressEvent(event);
-    } else {
-        event->ignore();
-    }
+    LazyListView::keyPressEvent(event);
 }
 
 void SearchResultList::mousePressEvent(QMouseEvent* event) {

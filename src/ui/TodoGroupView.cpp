@@ -153,13 +153,7 @@ void TodoGroupView::keyPressEvent(QKeyEvent* event) {
     default:
         break;
     }
-    // What else QListView would do with letters, a search by them, is not wanted here.
-    if (event->key() != Qt::Key_Escape &&
-        (event->text().isEmpty() || !event->text().front().isPrint())) {
-        LazyListView::keyPressEvent(event);
-    } else {
-        event->ignore();
-    }
+    LazyListView::keyPressEvent(event);
 }
 
 void TodoGroupView::mousePressEvent(QMouseEvent* event) {
