@@ -6,7 +6,7 @@
 #include "backup/BackupFileIO.h"
 #include "base/Base64.h"
 #include "base/Log.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "support/AllocationCounter.h"
 #include "support/BenchStore.h"
 

@@ -9,8 +9,8 @@
 
 #include "base/Utf16.h"
 #include "platform/javascriptcore/ScriptModule.h"
-#include "richtext/CodeScript.h"
-#include "richtext/CodeSyntax.h"
+#include "richtext/code/CodeScript.h"
+#include "richtext/code/CodeSyntax.h"
 
 #include <algorithm>
 #include <array>

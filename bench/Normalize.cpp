@@ -2,9 +2,9 @@
 // plain copy of the string. Beside it: the same for a text of tables, and for one in which every
 // character looks different from its neighbours.
 
-#include "richtext/CodeSyntax.h"
-#include "richtext/RichTextSerializer.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "richtext/table/RichTextTable.h"
 
 #include <benchmark/benchmark.h>
 

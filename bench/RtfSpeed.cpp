@@ -4,10 +4,10 @@
 // allocated beyond the file.
 
 #include "base/Bytes.h"
-#include "richtext/HeadingLevel.h"
-#include "richtext/RichTextTable.h"
-#include "richtext/RtfReader.h"
-#include "richtext/RtfWriter.h"
+#include "richtext/rtf/RtfReader.h"
+#include "richtext/rtf/RtfWriter.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/HeadingLevel.h"
 #include "support/AllocationCounter.h"
 #include "support/ChildProcess.h"
 #include "support/Scratch.h"

@@ -1,9 +1,9 @@
 // From the start of korvex-desktop to its window's first picture with a board of 1,000 formatted
 // texts, against the same with 1,000 todos.
 
-#include "richtext/CodeSyntax.h"
-#include "richtext/HeadingLevel.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/HeadingLevel.h"
 #include "support/BenchStore.h"
 #include "support/Scratch.h"
 #include "support/Stopwatch.h"

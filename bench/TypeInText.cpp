@@ -4,8 +4,8 @@
 
 #include "support/BenchWindow.h"
 
-#include "richtext/CodeSyntax.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
 #include "ui/BoardPage.h"
 #include "ui/RichTextEdit.h"
 

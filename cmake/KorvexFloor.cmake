@@ -19,13 +19,28 @@ if(KORVEX_COVERAGE)
     target_link_options(korvex_options INTERFACE --coverage)
 endif()
 
-# korvex_floor(NAME [SOURCES …] [USES lower floors and libraries …])
-# One folder, one library `korvex_<name>`. What a floor uses, whoever uses the floor may use too,
-# so a target names only the floors directly under it.
+# korvex_floor(NAME [SOURCES …] [USES lower floors, rooms and libraries …])
+# One folder, one library `korvex_<name>`: a floor, or one room of it, `korvex_<floor>_<room>`. Without
+# sources it is what its folder's headers need, or all rooms of a floor together. What a floor uses,
+# whoever uses the floor may use too, so a target names only what stands directly under it.
 function(korvex_floor name)
     cmake_parse_arguments(FLOOR "" "" "SOURCES;USES" ${ARGN})
-    add_library(korvex_${name} STATIC ${FLOOR_SOURCES})
-    target_link_libraries(korvex_${name} PUBLIC korvex_options ${FLOOR_USES})
+    if(FLOOR_SOURCES)
+        add_library(korvex_${name} STATIC ${FLOOR_SOURCES})
+        target_link_libraries(korvex_${name} PUBLIC korvex_options ${FLOOR_USES})
+    else()
+        add_library(korvex_${name} INTERFACE)
+        target_link_libraries(korvex_${name} INTERFACE korvex_options ${FLOOR_USES})
+    endif()
+endfunction()
+
+# korvex_qt_floor: a floor or room whose sources Qt's moc reads.
+function(korvex_qt_floor name)
+    korvex_floor(${name} ${ARGN})
+    # `emit` is the name of base::Signal's own function.
+    target_compile_definitions(korvex_${name} PUBLIC QT_NO_KEYWORDS)
+    # Qt 6.4's moc fails on the concepts behind <compare>: it is told that it has seen that header.
+    set_target_properties(korvex_${name} PROPERTIES AUTOMOC ON AUTOMOC_MOC_OPTIONS -D_COMPARE)
 endfunction()
 
 # korvex_test(NAME SOURCES … USES … [ENVIRONMENT NAME=VALUE]): a GoogleTest program whose cases CTest

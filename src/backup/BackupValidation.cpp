@@ -3,7 +3,7 @@
 #include "base/Text.h"
 #include "model/BoardIcon.h"
 #include "model/EntryAttachment.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 
 #include <algorithm>
 #include <string_view>

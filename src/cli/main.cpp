@@ -1,4 +1,4 @@
-#include "cli/CommandLine.h"
+#include "cli/commands/CommandLine.h"
 
 #include "platform/systemd/JournalLog.h"
 #include "platform/systemd/SdBusStoreChangeBroadcaster.h"

@@ -1,6 +1,6 @@
 #include "services/EntryService.h"
 
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 
 #include <algorithm>
 

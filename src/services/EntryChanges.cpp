@@ -3,7 +3,7 @@
 #include "base/Text.h"
 #include "base/Utf16.h"
 #include "model/EntryContentLimit.h"
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 
 #include <algorithm>
 #include <unordered_set>

@@ -5,7 +5,7 @@
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "model/ServiceErrors.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentFiles.h"
 #include "services/Collaborators.h"
 #include "services/EntryUndo.h"

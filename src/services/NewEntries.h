@@ -5,7 +5,7 @@
 #include "model/Board.h"
 #include "model/EntryAttachment.h"
 #include "model/TodoSchedule.h"
-#include "richtext/AttributedString.h"
+#include "richtext/text/AttributedString.h"
 
 #include <optional>
 #include <string>

@@ -2,7 +2,7 @@
 
 #include "base/FileReplacement.h"
 #include "model/ServiceErrors.h"
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 #include "services/AttachmentList.h"
 #include "ui/AttachmentChips.h"
 #include "ui/AttachmentClipboard.h"

@@ -1,7 +1,7 @@
 #include "ui/EntryEditing.h"
 
 #include "model/ServiceErrors.h"
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 #include "ui/Popover.h"
 #include "ui/Refusal.h"
 

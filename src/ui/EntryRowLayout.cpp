@@ -1,7 +1,7 @@
 #include "ui/EntryRowLayout.h"
 
 #include "model/EntryContentLimit.h"
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 #include "ui/Text.h"
 
 #include <QFontMetrics>

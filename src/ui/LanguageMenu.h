@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "richtext/CodeHighlighter.h"
+#include "richtext/code/CodeHighlighter.h"
 #include "ui/ChoicePopover.h"
 
 class QListWidget;

@@ -1,6 +1,6 @@
 #include "ui/LinkTarget.h"
 
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "ui/Text.h"
 
 #include <QRegularExpression>

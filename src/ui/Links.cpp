@@ -1,6 +1,6 @@
 #include "ui/Links.h"
 
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "ui/Text.h"
 
 #include <QAbstractTextDocumentLayout>

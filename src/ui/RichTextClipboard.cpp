@@ -1,10 +1,10 @@
 #include "ui/RichTextClipboard.h"
 
 #include "model/EntryContentLimit.h"
-#include "richtext/CodeMetadata.h"
-#include "richtext/RichTextSerializer.h"
-#include "richtext/RtfReader.h"
-#include "richtext/RtfWriter.h"
+#include "richtext/rtf/RtfReader.h"
+#include "richtext/rtf/RtfWriter.h"
+#include "richtext/stored/CodeMetadata.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "ui/Text.h"
 #include "ui/TextHtml.h"
 

@@ -3,7 +3,7 @@
 #include "base/Text.h"
 #include "base/Utf16.h"
 #include "model/EntryContentLimit.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/table/RichTextTable.h"
 #include "ui/RichTextRuns.h"
 #include "ui/Text.h"
 #include "ui/TextDocumentConversion.h"

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "richtext/AttributedString.h"
-#include "richtext/RichTextCommand.h"
+#include "richtext/text/AttributedString.h"
+#include "richtext/text/RichTextCommand.h"
 
 #include <QTextEdit>
 

@@ -1,6 +1,6 @@
 #include "ui/RichTextEdit.h"
 
-#include "richtext/ListIndents.h"
+#include "richtext/text/ListIndents.h"
 #include "ui/RichTextRuns.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "richtext/CodeSyntax.h"
-#include "richtext/HeadingLevel.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/text/HeadingLevel.h"
 #include "ui/TextFormats.h"
 
 #include <algorithm>

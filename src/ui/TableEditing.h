@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/RichTextTable.h"
+#include "richtext/table/RichTextTable.h"
 
 #include <array>
 #include <cstddef>

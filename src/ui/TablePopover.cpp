@@ -1,6 +1,6 @@
 #include "ui/TablePopover.h"
 
-#include "richtext/RichTextTable.h"
+#include "richtext/table/RichTextTable.h"
 
 #include <QGridLayout>
 #include <QKeyEvent>

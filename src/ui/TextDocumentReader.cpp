@@ -1,6 +1,6 @@
 #include "ui/TextDocumentReader.h"
 
-#include "richtext/TableLayout.h"
+#include "richtext/table/TableLayout.h"
 
 #include <QTextDocument>
 #include <QTextFragment>

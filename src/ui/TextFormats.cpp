@@ -1,6 +1,6 @@
 #include "ui/TextFormats.h"
 
-#include "richtext/CodeSyntax.h"
+#include "richtext/code/CodeSyntax.h"
 #include "ui/Text.h"
 
 #include <QTextDocument>

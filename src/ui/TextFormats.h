@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/Attributes.h"
+#include "richtext/text/Attributes.h"
 #include "ui/TextLook.h"
 
 #include <QTextBlock>

@@ -1,6 +1,6 @@
-#include "richtext/CodeSyntax.h"
-#include "richtext/HeadingLevel.h"
-#include "richtext/ListIndents.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ListIndents.h"
 #include "ui/TextDocumentReader.h"
 #include "ui/TextHtml.h"
 

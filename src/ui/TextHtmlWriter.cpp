@@ -1,5 +1,5 @@
-#include "richtext/HeadingLevel.h"
-#include "richtext/ListMarker.h"
+#include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ListMarker.h"
 #include "ui/Text.h"
 #include "ui/TextHtml.h"
 

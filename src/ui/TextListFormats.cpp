@@ -1,4 +1,4 @@
-#include "richtext/ListMarker.h"
+#include "richtext/text/ListMarker.h"
 #include "ui/Text.h"
 #include "ui/TextFormats.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "richtext/AttributedString.h"
-#include "richtext/CodeHighlighter.h"
+#include "richtext/code/CodeHighlighter.h"
+#include "richtext/text/AttributedString.h"
 #include "ui/TextLook.h"
 
 #include <QPainter>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "app/StoreLocation.h"
-#include "cli/CommandLine.h"
+#include "cli/commands/CommandLine.h"
 #include "model/SchemaVersions.h"
 #include "support/FakeClock.h"
 #include "support/RecordingLog.h"

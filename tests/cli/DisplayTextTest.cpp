@@ -1,4 +1,4 @@
-#include "cli/DisplayText.h"
+#include "cli/terminal/DisplayText.h"
 
 #include <gmock/gmock.h>
 

@@ -1,4 +1,4 @@
-#include "cli/ReadableText.h"
+#include "cli/output/ReadableText.h"
 
 #include "base/Utf16.h"
 

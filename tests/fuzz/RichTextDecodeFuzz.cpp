@@ -3,7 +3,7 @@
 
 #include "base/Error.h"
 #include "fuzz/Fuzzing.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "support/SilentLog.h"
 
 #include <cstdint>

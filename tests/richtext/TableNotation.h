@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Utf16.h"
-#include "richtext/AttributedString.h"
+#include "richtext/text/AttributedString.h"
 
 #include <algorithm>
 #include <map>

@@ -1,5 +1,5 @@
 #include "model/SchemaVersions.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "support/SilentLog.h"

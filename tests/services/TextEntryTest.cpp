@@ -1,6 +1,6 @@
 #include "TextFixture.h"
 
-#include "richtext/RichTextTable.h"
+#include "richtext/table/RichTextTable.h"
 #include "store/StoreError.h"
 
 #include <gmock/gmock.h>

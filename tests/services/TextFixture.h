@@ -2,7 +2,7 @@
 
 #include "ServiceFixture.h"
 
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 

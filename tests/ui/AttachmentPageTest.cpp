@@ -1,5 +1,5 @@
 #include "WindowFixture.h"
-#include "richtext/HeadingLevel.h"
+#include "richtext/text/HeadingLevel.h"
 #include "ui/BoardPage.h"
 #include "ui/ErrorBanner.h"
 #include "ui/RichTextEdit.h"

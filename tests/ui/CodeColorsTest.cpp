@@ -1,8 +1,8 @@
 #include "ui/CodeColors.h"
 
 #include "TextFixture.h"
-#include "richtext/CodeSyntax.h"
 #include "richtext/ScriptedEngine.h"
+#include "richtext/code/CodeSyntax.h"
 #include "support/FakeRunLoop.h"
 #include "ui/TextDocumentConversion.h"
 #include "ui/TextFormats.h"

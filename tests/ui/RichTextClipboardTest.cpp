@@ -1,10 +1,10 @@
 #include "ui/RichTextClipboard.h"
 
 #include "TextDump.h"
-#include "richtext/CodeSyntax.h"
-#include "richtext/HeadingLevel.h"
-#include "richtext/RichTextSerializer.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/HeadingLevel.h"
 #include "ui/Text.h"
 
 #include <gtest/gtest.h>

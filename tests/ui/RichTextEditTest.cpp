@@ -2,8 +2,8 @@
 
 #include "TextDump.h"
 #include "WindowFixture.h"
-#include "richtext/CodeSyntax.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
 #include "ui/TextLook.h"
 
 #include <QClipboard>

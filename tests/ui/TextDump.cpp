@@ -1,7 +1,7 @@
 #include "TextDump.h"
 
 #include "base/Utf16.h"
-#include "richtext/HeadingLevel.h"
+#include "richtext/text/HeadingLevel.h"
 
 namespace korvex::tests {
 

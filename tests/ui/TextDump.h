@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/AttributedString.h"
+#include "richtext/text/AttributedString.h"
 
 #include <string>
 

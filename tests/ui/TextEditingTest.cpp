@@ -3,7 +3,7 @@
 #include "TextDump.h"
 #include "WindowFixture.h"
 #include "model/ServiceErrors.h"
-#include "richtext/EntryText.h"
+#include "richtext/stored/EntryText.h"
 #include "ui/ErrorBanner.h"
 #include "ui/FormatBar.h"
 #include "ui/RichTextEdit.h"

@@ -1,9 +1,9 @@
 #include "ui/TextRow.h"
 
 #include "WindowFixture.h"
-#include "richtext/CodeSyntax.h"
-#include "richtext/HeadingLevel.h"
-#include "richtext/RichTextTable.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/HeadingLevel.h"
 #include "ui/EntryListView.h"
 #include "ui/RichTextEdit.h"
 #include "ui/TextDocumentConversion.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/ScriptEngine.h"
+#include "richtext/code/ScriptEngine.h"
 
 #include <memory>
 #include <optional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Log.h"
-#include "richtext/ScriptEngine.h"
+#include "richtext/code/ScriptEngine.h"
 
 #include <filesystem>
 #include <memory>

@@ -2,9 +2,9 @@
 
 #include "base/Utf16.h"
 #include "platform/javascriptcore/ScriptModule.h"
-#include "richtext/CodeHighlighter.h"
-#include "richtext/CodeLanguages.h"
-#include "richtext/CodeSyntax.h"
+#include "richtext/code/CodeHighlighter.h"
+#include "richtext/code/CodeLanguages.h"
+#include "richtext/code/CodeSyntax.h"
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
 

@@ -7,7 +7,7 @@
 
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
-#include "richtext/RichTextSerializer.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentList.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"

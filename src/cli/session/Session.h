@@ -1,0 +1,95 @@
+#pragma once
+
+#include "app/StoreChangeChannel.h"
+#include "base/Clock.h"
+#include "base/DateFormats.h"
+#include "base/Log.h"
+#include "cli/terminal/Output.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "services/BoardService.h"
+#include "services/EntryService.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace korvex::cli {
+
+/// The world around the program, as `main` picks it. All of it must outlive the session.
+struct Environment {
+    const base::Clock& clock;
+    base::LogSink& log;
+    app::StoreChangeBroadcaster& broadcaster;
+    int inputDescriptor = 0;
+    int outputDescriptor = 1;
+    int errorDescriptor = 2;
+};
+
+/// What stands before or after any command.
+struct GlobalOptions {
+    std::optional<std::string> dataDirectory;
+    bool json = false;
+};
+
+/// What one command works with. The store is opened when it is first asked for, and what costs
+/// milliseconds is made when it is first needed.
+class Session {
+public:
+    Session(const Environment& environment, const GlobalOptions& options);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    const Environment& environment() const { return m_environment; }
+    Output& output() { return m_output; }
+    const Terminal& terminal() const { return m_terminal; }
+    bool wantsJson() const { return m_options.json; }
+    const std::filesystem::path& storeFile() const { return m_storeFile; }
+
+    /// One moment for the whole command.
+    base::Instant now() const { return m_now; }
+    const base::DateFormats& formats();
+    const base::Calendar& calendar();
+    /// Minutes after midnight, from the user's settings.
+    int defaultReminderMinutes();
+
+    /// The store with its default boards, created where there is none. Throws StoreError.
+    store::ModelContext& context();
+    services::BoardService& boards();
+    services::EntryService& entries();
+    richtext::RichTextSerializer serializer() const {
+        return richtext::RichTextSerializer(m_environment.log);
+    }
+
+    /// Opens the store as it is: creates nothing, repairs nothing.
+    store::ModelContainer& openExisting();
+
+    /// Tells the other programs, once, when something was saved.
+    void announceChanges() const;
+
+    /// A remark to the person, on standard error.
+    void remark(std::string_view text) const;
+
+private:
+    struct Services;
+
+    store::ModelContainer& open(store::ModelConfiguration::Missing whenMissing);
+    Services& services();
+
+    Environment m_environment;
+    GlobalOptions m_options;
+    Output m_output;
+    Terminal m_terminal;
+    std::filesystem::path m_storeFile;
+    base::Instant m_now;
+    std::optional<base::DateFormats> m_formats;
+    std::optional<base::Calendar> m_calendar;
+    std::unique_ptr<store::ModelContainer> m_container;
+    base::Subscription m_saves;
+    bool m_hasSaved = false;
+    std::unique_ptr<Services> m_services;
+};
+
+} // namespace korvex::cli

@@ -1,0 +1,125 @@
+#include "cli/session/When.h"
+
+#include "cli/session/Session.h"
+#include "cli/terminal/CommandLineError.h"
+
+#include "schedule/TodoReminderPreset.h"
+
+#include <string_view>
+#include <variant>
+
+namespace korvex::cli {
+
+namespace {
+
+using When = std::variant<base::DayNumber, base::Instant>;
+
+/// "2025-02-31" and "2025-03-10T25:00" are dates by their form.
+bool hasFormOfDate(std::string_view text) {
+    constexpr std::string_view kForm = "0000-00-00";
+    if (text.size() < kForm.size() || (text.size() > kForm.size() && text[kForm.size()] != 'T')) {
+        return false;
+    }
+    for (std::size_t i = 0; i < kForm.size(); ++i) {
+        const auto isDigit = text[i] >= '0' && text[i] <= '9';
+        if (kForm[i] == '0' ? !isDigit : text[i] != kForm[i]) {
+            return false;
+        }
+    }
+    return true;
+}
+
+CommandLineError noSuchMoment(std::string_view typed) {
+    return refusal("There is no date or time \"" + std::string(typed) +
+                   "\". Choose a valid todo schedule.");
+}
+
+base::DayNumber dayFromToday(int days, Session& session) {
+    const auto& calendar = session.calendar();
+    const auto moment = calendar.adding(session.now(), base::CalendarUnit::day, days);
+    const auto day = moment ? calendar.day(*moment) : std::nullopt;
+    if (!day) {
+        throw refusal("The machine's clock shows no valid date.");
+    }
+    return *day;
+}
+
+When readWhen(std::string_view typed, Session& session) {
+    if (typed == "today") {
+        return dayFromToday(0, session);
+    }
+    if (typed == "tomorrow") {
+        return dayFromToday(1, session);
+    }
+    if (const auto day = base::dayFromIsoText(typed)) {
+        return *day;
+    }
+    if (const auto instant = base::instantFromIsoText(typed, session.calendar())) {
+        return *instant;
+    }
+    if (hasFormOfDate(typed)) {
+        throw noSuchMoment(typed);
+    }
+    throw wrongUsage("\"" + std::string(typed) +
+                     "\" is no date: write 2025-03-10, 2025-03-10T14:30, today or tomorrow.");
+}
+
+base::Instant defaultReminderTime(base::DayNumber day, Session& session, std::string_view typed) {
+    const auto moment =
+        schedule::allDayAnchor(day, session.defaultReminderMinutes(), session.calendar());
+    if (!moment) {
+        throw noSuchMoment(typed);
+    }
+    return *moment;
+}
+
+base::Instant readReminder(const std::string& typed, const model::TodoSchedule& schedule,
+                           Session& session) {
+    const auto preset = schedule::reminderPreset(typed);
+    if (!preset) {
+        const auto when = readWhen(typed, session);
+        const auto* instant = std::get_if<base::Instant>(&when);
+        return instant != nullptr
+                   ? *instant
+                   : defaultReminderTime(std::get<base::DayNumber>(when), session, typed);
+    }
+    if (!schedule.hasDue()) {
+        throw wrongUsage("--remind " + typed + " counts back from a due date: add --due.");
+    }
+    const auto anchor = schedule.dueDate ? *schedule.dueDate
+                                         : defaultReminderTime(*schedule.dueDay, session, typed);
+    const auto reminder = schedule::reminderDate(*preset, anchor, session.calendar());
+    if (!reminder) {
+        throw noSuchMoment(typed);
+    }
+    return *reminder;
+}
+
+} // namespace
+
+model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& session) {
+    model::TodoSchedule schedule;
+    if (options.due) {
+        const auto due = readWhen(*options.due, session);
+        if (const auto* day = std::get_if<base::DayNumber>(&due)) {
+            schedule.dueDay = *day;
+        } else {
+            schedule.dueDate = std::get<base::Instant>(due);
+        }
+    }
+    if (options.from) {
+        const auto from = readWhen(*options.from, session);
+        const auto* start = std::get_if<base::Instant>(&from);
+        if (start == nullptr || !schedule.dueDate) {
+            throw wrongUsage("A window needs two times, as in --from 2025-03-10T09:00 "
+                             "--due 2025-03-10T10:00.");
+        }
+        schedule.dueStartDate = *start;
+    }
+    if (options.remind) {
+        schedule.reminderDate = readReminder(*options.remind, schedule, session);
+    }
+    return schedule;
+}
+
+} // namespace korvex::cli

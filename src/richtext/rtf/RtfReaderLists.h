@@ -1,0 +1,90 @@
+#pragma once
+
+#include "richtext/rtf/RtfBudget.h"
+#include "richtext/rtf/RtfDialect.h"
+#include "richtext/rtf/RtfKeywords.h"
+#include "richtext/text/Attributes.h"
+
+#include <tsl/robin_map.h>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex::richtext::rtf {
+
+/// The lists of a document: the table of lists, the table that gives paragraphs their numbers, and
+/// the numberings that old writers put into the paragraphs.
+class ListTable {
+public:
+    explicit ListTable(Budget& budget) : m_budget(budget) {}
+
+    /// Documents of the other platform name each list by its level's template number; elsewhere
+    /// equal numbers mean a common origin only.
+    void setPlatformText() { m_isPlatformText = true; }
+
+    /// What stands in the groups of the tables, `destination` being the innermost.
+    void begin(Destination destination);
+    void word(const Keyword& keyword, std::int32_t parameter);
+    void text(Destination destination, std::u16string_view text);
+    void end(Destination destination);
+
+    /// The lists of a paragraph with \ls and \ilvl, from the outermost, as deep as the table goes;
+    /// none for a number that is not in it. Valid until the next call.
+    std::span<const TextListRef> chain(std::int32_t number, std::int32_t level);
+    /// The numbering whose group has just ended.
+    TextList numbering() const;
+
+private:
+    struct Level {
+        TextList list;
+        std::int32_t templateNumber = 0;
+        /// As soon as a paragraph asked for it.
+        TextListRef identity;
+    };
+    struct LevelText {
+        std::optional<std::u16string> marker;
+        std::u16string text;
+        std::int32_t kind = 0;
+        std::int32_t start = 1;
+        std::int32_t templateNumber = 0;
+    };
+    struct Override {
+        std::int32_t listId = 0;
+        std::int32_t number = 0;
+        std::array<std::optional<std::int32_t>, kMaximumListDepth> starts;
+        std::size_t levels = 0;
+    };
+    /// What a paragraph's number leads to.
+    struct Numbered {
+        std::size_t list = 0;
+        std::vector<std::optional<std::int32_t>> starts;
+        std::vector<TextListRef> chain;
+    };
+
+    void endList();
+    void endOverride();
+    TextListRef identity(Level& level);
+
+    Budget& m_budget;
+    bool m_isPlatformText = false;
+    std::vector<std::vector<Level>> m_lists;
+    tsl::robin_map<std::int32_t, std::size_t> m_listsById;
+    tsl::robin_map<std::int32_t, Numbered> m_numbered;
+    tsl::robin_map<std::int32_t, TextListRef> m_byTemplate;
+
+    // What is being read.
+    std::vector<Level> m_levels;
+    LevelText m_level;
+    std::int32_t m_listId = 0;
+    Override m_override;
+    bool m_overridesStart = false;
+    std::u16string m_textBefore;
+    std::u16string m_textAfter;
+};
+
+} // namespace korvex::richtext::rtf

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "richtext/rtf/RtfKeywords.h"
+#include "richtext/rtf/RtfReaderStates.h"
+
+#include <cstdint>
+#include <string_view>
+
+namespace korvex::richtext::rtf {
+
+struct Word {
+    const Keyword* keyword = nullptr;
+    Parameter parameter;
+};
+
+struct Token {
+    enum class Kind : std::uint8_t {
+        /// Printable ASCII and tabs.
+        plain,
+        /// Any other byte of text.
+        byte,
+        open,
+        close,
+        /// A backslash and one character.
+        symbol,
+        word,
+    };
+
+    Kind kind = Kind::plain;
+    char byte = 0;
+    std::string_view text;
+    Word word;
+};
+
+/// The tokens of a document. Line breaks mean nothing and are left out.
+class Tokens {
+public:
+    explicit Tokens(std::string_view document)
+        : m_at(document.data()), m_end(document.data() + document.size()) {}
+
+    /// False at the end.
+    bool next(Token& token);
+    /// Leaves out bytes that are none of RTF's; at most what is left.
+    void skip(std::int32_t bytes);
+    /// Goes to the brace that ends the innermost group.
+    void skipGroup();
+
+private:
+    void afterBackslash(Token& token);
+    void readWord(Token& token);
+    Parameter parameter();
+
+    const char* m_at;
+    const char* m_end;
+};
+
+} // namespace korvex::richtext::rtf

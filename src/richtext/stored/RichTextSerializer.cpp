@@ -1,0 +1,251 @@
+#include "richtext/stored/RichTextSerializer.h"
+
+#include "base/Text.h"
+#include "base/Utf16.h"
+#include "model/EntryContentLimit.h"
+#include "model/ServiceErrors.h"
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/rtf/RtfReader.h"
+#include "richtext/rtf/RtfWriter.h"
+#include "richtext/stored/CodeMetadata.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/table/TableLayout.h"
+
+#include <algorithm>
+#include <exception>
+#include <vector>
+
+namespace korvex::richtext {
+
+namespace {
+
+using model::EntryContentLimit;
+
+void requireWithinLimits(bool isWithin) {
+    if (!isWithin) {
+        throw model::EntryServiceError(model::EntryServiceErrorCase::contentTooLong);
+    }
+}
+
+AttributedString withoutAttachments(const AttributedString& text) {
+    std::vector<TextRange> kept;
+    bool hasAttachment = false;
+    text.forEachRun([&](const AttributedString::CharacterRun& run) {
+        if (run.attributes.isAttachment) {
+            hasAttachment = true;
+        } else if (!kept.empty() && kept.back().end() == run.range.location) {
+            kept.back().length += run.range.length;
+        } else {
+            kept.push_back(run.range);
+        }
+    });
+    if (!hasAttachment) {
+        return text;
+    }
+    AttributedString result;
+    for (const auto& range : kept) {
+        result.append(text.slice(range));
+    }
+    return result;
+}
+
+Font normalizedFont(const Font& font) {
+    Font result{.family = font.family, .isBold = font.isBold, .isItalic = font.isItalic};
+    if (const auto level = headingLevel(font); level && font.family == FontFamily::system) {
+        result.size = fontOf(*level).size;
+    }
+    return result;
+}
+
+void normalize(CharacterAttributes& attributes) {
+    attributes.foreground.reset();
+    attributes.background.reset();
+    if (!attributes.isCode()) {
+        attributes.korvexCodeBlock = false;
+        attributes.font = normalizedFont(attributes.font);
+        return;
+    }
+    // A single unknown language would cost a stored text all of its code runs.
+    if (!CodeSyntax::isKnownLanguage(attributes.korvexCodeLanguage)) {
+        attributes.korvexCodeLanguage = CodeSyntax::kAutomatic;
+    }
+    attributes.font =
+        CodeSyntax::attributes(attributes.korvexCodeLanguage, attributes.korvexCodeBlock).font;
+}
+
+/// Where the paragraphs begin that have characters of code blocks but not a block's line spacing.
+std::vector<std::size_t> unspacedCodeBlocks(const AttributedString& text) {
+    std::vector<std::size_t> starts;
+    // The end of the last paragraph looked at: long ones may have many runs.
+    std::size_t seen = 0;
+    text.forEachRun([&](const AttributedString::CharacterRun& run) {
+        if (!run.attributes.korvexCodeBlock) {
+            return;
+        }
+        for (seen = std::max(seen, run.range.location); seen < run.range.end();) {
+            const auto paragraph = text.paragraphAt(seen);
+            if (text.styleAt(seen).lineSpacing != CodeSyntax::kBlockLineSpacing) {
+                starts.push_back(paragraph.location);
+            }
+            seen = paragraph.end();
+        }
+    });
+    return starts;
+}
+
+AttributedString withSpacedCodeBlocks(AttributedString text) {
+    const auto starts = unspacedCodeBlocks(text);
+    if (starts.empty()) {
+        return text;
+    }
+    AttributedString::Builder builder;
+    builder.reserve(text.length());
+    const std::u16string_view units = text.text();
+    auto next = starts.begin();
+    text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
+        text.forEachRun(paragraph.range, [&](const AttributedString::CharacterRun& run) {
+            builder.append(units.substr(run.range.location, run.range.length),
+                           builder.idOf(run.attributes));
+        });
+        auto style = paragraph.style;
+        if (next != starts.end() && *next == paragraph.range.location) {
+            style.lineSpacing = CodeSyntax::kBlockLineSpacing;
+            ++next;
+        }
+        builder.endParagraph(builder.idOf(style));
+    });
+    return builder.take();
+}
+
+} // namespace
+
+std::string descriptionOf(RichTextSerializationErrorCase which) {
+    switch (which) {
+    case RichTextSerializationErrorCase::encodingFailed:
+        return "The formatted text could not be encoded.";
+    }
+    return {};
+}
+
+std::string domainOf(RichTextSerializationErrorCase) {
+    return "Korvex.RichTextSerialization";
+}
+
+RichTextSerializer::RichTextSerializer(base::LogSink& log) : m_log(log, "RichText") {}
+
+base::Bytes RichTextSerializer::encode(const AttributedString& text) const {
+    requireWithinLimits(isWithinLimits(text.text()));
+    const auto stored = normalized(text);
+    requireWithinLimits(isWithinLimits(stored.text()));
+    auto rtf = writeRtf(stored);
+    if (rtf.empty()) {
+        m_log.error("Unable to encode rich text as RTF");
+        throw RichTextSerializationError(RichTextSerializationErrorCase::encodingFailed);
+    }
+    auto data = storingMetadata(std::move(rtf), stored);
+    requireWithinLimits(data.size() <= EntryContentLimit::kMaximumBytes);
+    return data;
+}
+
+AttributedString RichTextSerializer::decode(std::span<const std::uint8_t> data) const {
+    requireWithinLimits(data.size() <= EntryContentLimit::kMaximumBytes);
+    auto text = normalized(restoringMetadata(data, readRtf(data)));
+    requireWithinLimits(isWithinLimits(text.text()));
+    return text;
+}
+
+AttributedString RichTextSerializer::richText(const std::optional<base::Bytes>& data,
+                                              std::string_view fallbackPlainText) const {
+    if (!EntryContentLimit::allows(fallbackPlainText) || !data || data->empty() ||
+        data->size() > EntryContentLimit::kMaximumBytes) {
+        return plainRichText(EntryContentLimit::preview(fallbackPlainText));
+    }
+    const auto fallback = [&](std::string_view domain, int code) {
+        m_log.error("Unable to decode stored rich text; using plain-text fallback: " +
+                    std::string(domain) + " (" + std::to_string(code) + ")");
+        return plainRichText(fallbackPlainText);
+    };
+    try {
+        return decode(*data);
+    } catch (const base::Error& error) {
+        return fallback(error.domain(), error.code());
+    } catch (const std::exception& error) {
+        return fallback(error.what(), 0);
+    }
+}
+
+AttributedString RichTextSerializer::plainRichText(std::string_view text) {
+    return AttributedString(base::utf16(text));
+}
+
+AttributedString RichTextSerializer::normalized(const AttributedString& text) {
+    // Attachments go first: with one the end of a table's cell may go.
+    auto result = RichTextTable::repairingIncompleteTables(withoutAttachments(text)).text;
+    result.editAttributes({0, result.length()}, normalize);
+    return withSpacedCodeBlocks(std::move(result));
+}
+
+AttributedString RichTextSerializer::applyingHeading(std::optional<HeadingLevel> level,
+                                                     const AttributedString& text) {
+    auto result = text;
+    result.editAttributes({0, result.length()}, [&](CharacterAttributes& attributes) {
+        const bool isItalic = attributes.font.isItalic;
+        attributes.font = level ? fontOf(*level) : Font();
+        attributes.font.isItalic = isItalic;
+    });
+    result.editStyles({0, result.length()}, [&](ParagraphStyle& style) {
+        style.spacingBefore = level ? spacingBeforeOf(*level) : 0;
+    });
+    return result;
+}
+
+std::optional<HeadingLevel> RichTextSerializer::headingLevel(const AttributedString& text) {
+    std::optional<HeadingLevel> shared;
+    bool isFirst = true;
+    bool isShared = true;
+    const std::u16string_view units = text.text();
+    text.forEachRun([&](const AttributedString::CharacterRun& run) {
+        const auto part = units.substr(run.range.location, run.range.length);
+        if (!isShared || part.find_first_not_of(u'\n') == std::u16string_view::npos) {
+            return;
+        }
+        const auto level = richtext::headingLevel(run.attributes.font);
+        isShared = level && (isFirst || level == shared);
+        isFirst = false;
+        shared = level;
+    });
+    return isShared ? shared : std::nullopt;
+}
+
+bool RichTextSerializer::containsTable(const AttributedString& text) {
+    return hasTable(text);
+}
+
+bool RichTextSerializer::isWithinLimits(std::u16string_view text) {
+    // A character has at least one unit, and a unit needs at most three bytes.
+    if (text.size() <= EntryContentLimit::kMaximumCharacters) {
+        return true;
+    }
+    return text.size() <= EntryContentLimit::kMaximumBytes &&
+           base::utf8Length(text) <= EntryContentLimit::kMaximumBytes &&
+           base::characterCount(text, EntryContentLimit::kMaximumCharacters + 1) <=
+               EntryContentLimit::kMaximumCharacters;
+}
+
+bool canOpenLink(std::string_view link) {
+    const auto isForbidden = [](char character) {
+        const auto byte = static_cast<unsigned char>(character);
+        return byte <= ' ' || byte == 0x7F;
+    };
+    if (std::any_of(link.begin(), link.end(), isForbidden)) {
+        return false;
+    }
+    const auto colon = link.find(':');
+    std::string scheme(link.substr(0, colon == std::string_view::npos ? 0 : colon));
+    std::transform(scheme.begin(), scheme.end(), scheme.begin(), [](char letter) {
+        return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+    });
+    return scheme == "http" || scheme == "https" || scheme == "mailto";
+}
+
+} // namespace korvex::richtext

@@ -1,0 +1,141 @@
+#include "richtext/table/TableLayout.h"
+
+#include "richtext/table/RichTextTable.h"
+
+#include <unordered_map>
+
+namespace korvex::richtext {
+
+namespace {
+
+constexpr Twips kPadding = 8 * kTwipsPerPoint;
+constexpr Twips kBorderWidth = kTwipsPerPoint / 2;
+
+/// Whether every place is taken once, by a cell or by the span of one. No span leads out.
+bool isCovered(const TableLayout& layout, std::size_t depth) {
+    std::vector<bool> isTaken(layout.places.size());
+    for (std::size_t place = 0; place < layout.places.size(); ++place) {
+        if (layout.places[place].empty()) {
+            continue;
+        }
+        const auto& cell = **layout.places[place].front().cell(depth);
+        const auto rowEnd = std::min(layout.rows, cell.row + cell.rowSpan);
+        const auto columnEnd = cell.column + cell.columnSpan;
+        for (auto row = cell.row; row < rowEnd; ++row) {
+            for (auto column = cell.column; column < columnEnd; ++column) {
+                const auto covered = static_cast<std::size_t>(row * layout.columns + column);
+                if (isTaken[covered]) {
+                    return false;
+                }
+                isTaken[covered] = true;
+            }
+        }
+    }
+    return std::find(isTaken.begin(), isTaken.end(), false) == isTaken.end();
+}
+
+} // namespace
+
+bool Line::isBeside(const Line& other, std::size_t depth) const {
+    const auto& mine = style->cells;
+    const auto& others = other.style->cells;
+    return mine.size() >= depth && others.size() >= depth &&
+           std::equal(mine.begin(), mine.begin() + static_cast<std::ptrdiff_t>(depth),
+                      others.begin());
+}
+
+bool hasTable(const AttributedString& text) {
+    bool isFound = false;
+    text.forEachStyleRun([&](const AttributedString::ParagraphRun& run) {
+        isFound = isFound || !run.style.cells.empty();
+    });
+    return isFound;
+}
+
+std::vector<Line> linesOf(const AttributedString& text) {
+    std::vector<Line> lines;
+    text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
+        lines.push_back({paragraph.range, &paragraph.style});
+    });
+    return lines;
+}
+
+std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t depth) {
+    const auto cellOf = [depth](const Line& line) -> const TextTableCell& {
+        return **line.cell(depth);
+    };
+    TableLayout layout;
+    const auto saidColumns = cellOf(lines.front()).table->columns;
+    layout.columns = saidColumns > RichTextTable::kMaximumColumns ? 0 : saidColumns;
+    for (const auto& line : lines) {
+        const auto& cell = cellOf(line);
+        if (cell.row < 0 || cell.row >= RichTextTable::kMaximumRows || cell.column < 0 ||
+            cell.column >= RichTextTable::kMaximumColumns) {
+            return std::nullopt;
+        }
+        layout.rows = std::max(layout.rows, cell.row + 1);
+        layout.columns = std::max(layout.columns, cell.column + 1);
+    }
+    layout.isDamaged = layout.columns != saidColumns;
+    layout.places.resize(static_cast<std::size_t>(layout.rows * layout.columns));
+    layout.widths.resize(static_cast<std::size_t>(layout.columns));
+    std::size_t last = 0;
+    for (const auto& line : lines) {
+        const auto& cell = cellOf(line);
+        const auto place = static_cast<std::size_t>(cell.row * layout.columns + cell.column);
+        auto& there = layout.places[place];
+        if (place < last || (!there.empty() && &cellOf(there.back()) != &cell)) {
+            layout.isDamaged = true;
+        }
+        last = place;
+        layout.isDamaged = layout.isDamaged || cell.rowSpan < 1 || cell.columnSpan < 1 ||
+                           cell.rowSpan > RichTextTable::kMaximumRows - cell.row ||
+                           cell.columnSpan > layout.columns - cell.column;
+        there.push_back(line);
+        auto& width = layout.widths[static_cast<std::size_t>(cell.column)];
+        if (!width && cell.columnSpan <= 1 && cell.geometry.width && *cell.geometry.width > 0) {
+            width = std::clamp(*cell.geometry.width, RichTextTable::kMinimumWidth,
+                               RichTextTable::kMaximumWidth);
+        }
+    }
+    layout.isDamaged = layout.isDamaged || !isCovered(layout, depth);
+    return layout;
+}
+
+CellGeometry newCellGeometry(std::int32_t row) {
+    CellGeometry geometry;
+    geometry.padding.fill(kPadding);
+    geometry.borders.fill({kBorderWidth, Color::named(SystemColor::separator)});
+    if (row == 0) {
+        geometry.background = Color::named(SystemColor::headerFill);
+    }
+    return geometry;
+}
+
+CharacterAttributes newCellAttributes(std::int32_t row) {
+    return {.font = {.isBold = row == 0}};
+}
+
+AttributedString withTablesOfItsOwn(AttributedString text, std::size_t depth) {
+    std::unordered_map<const TextTable*, TextTableRef> tables;
+    std::unordered_map<const TextTableCell*, TextTableCellRef> cells;
+    text.editStyles({0, text.length()}, [&](ParagraphStyle& style) {
+        for (auto i = depth; i < style.cells.size(); ++i) {
+            auto& ref = style.cells[i];
+            auto& copy = cells[ref.get()];
+            if (!copy) {
+                auto cell = *ref;
+                auto& table = tables[cell.table.get()];
+                if (!table) {
+                    table = std::make_shared<TextTable>(*cell.table);
+                }
+                cell.table = table;
+                copy = std::make_shared<TextTableCell>(std::move(cell));
+            }
+            ref = copy;
+        }
+    });
+    return text;
+}
+
+} // namespace korvex::richtext

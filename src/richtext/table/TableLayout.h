@@ -1,0 +1,59 @@
+#pragma once
+
+#include "richtext/text/AttributedString.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace korvex::richtext {
+
+/// A paragraph of a text, or one still to be written where the range is empty. The style belongs to
+/// the text, or to whoever writes anew.
+struct Line {
+    TextRange range;
+    const ParagraphStyle* style;
+
+    /// Of the table that is `depth` tables deep; null outside of one.
+    const TextTableCellRef* cell(std::size_t depth) const {
+        const auto& cells = style->cells;
+        const bool isInside = depth < cells.size() && cells[depth] && cells[depth]->table;
+        return isInside ? &cells[depth] : nullptr;
+    }
+    /// Whether both stand in the same cell of the tables around `depth`.
+    bool isBeside(const Line& other, std::size_t depth) const;
+};
+
+bool hasTable(const AttributedString& text);
+std::vector<Line> linesOf(const AttributedString& text);
+
+/// The places of one table and what of a text belongs there.
+struct TableLayout {
+    std::int32_t rows = 0;
+    std::int32_t columns = 0;
+    /// Row by row, the paragraphs of each place; none where no cell stands.
+    std::vector<std::vector<Line>> places;
+    /// One for each column, within the limits; absent: the default.
+    std::vector<std::optional<Twips>> widths;
+    /// A place without a cell, two cells in one place, cells out of order, spans that lead out, or
+    /// more columns than the table says.
+    bool isDamaged = false;
+
+    const std::vector<Line>& at(std::int32_t row, std::int32_t column) const {
+        return places[static_cast<std::size_t>(row * columns + column)];
+    }
+};
+
+/// `lines` are all that a text has of one table, at least one, which is `depth` tables deep. Absent
+/// for sizes beyond the limits.
+std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t depth);
+
+/// What a new cell of a row looks like; the first row is the header.
+CellGeometry newCellGeometry(std::int32_t row);
+CharacterAttributes newCellAttributes(std::int32_t row);
+
+/// The same text, with tables and cells of its own from `depth` on.
+AttributedString withTablesOfItsOwn(AttributedString text, std::size_t depth);
+
+} // namespace korvex::richtext

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "richtext/text/Attributes.h"
+
+namespace korvex::richtext {
+
+/// Gives a paragraph the indents and tab stops of an item of its lists, none where it is in none.
+/// Here items are drawn by their depth alone; the other platform and office suites draw them by
+/// these.
+void setListIndents(ParagraphStyle& style);
+
+} // namespace korvex::richtext
