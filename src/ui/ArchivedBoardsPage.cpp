@@ -1,8 +1,8 @@
 #include "ui/ArchivedBoardsPage.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/ErrorBanner.h"
-#include "ui/IconSet.h"
 #include "ui/Refusal.h"
 #include "ui/SidebarRow.h"
 
@@ -69,7 +69,7 @@ ArchivedBoardsPage::Row ArchivedBoardsPage::rowOf(const model::Board& board) con
     using store::Condition;
     return {.id = board.id(),
             .name = board.name(),
-            .icon = IconSet::boardIconName(board.iconSystemName()),
+            .icon = boardIconName(board.iconSystemName()),
             .color = iconColorOf(board, m_theme.colors()),
             .entries = m_workspace.context.count<model::Entry>(Condition::compare(
                 model::Entry::boardField, Condition::Comparison::equal, board.id()))};

@@ -7,6 +7,7 @@
 #include "ui/AttachmentChips.h"
 #include "ui/AttachmentClipboard.h"
 #include "ui/MenuItems.h"
+#include "ui/OfferedFiles.h"
 #include "ui/Refusal.h"
 
 #include <QApplication>

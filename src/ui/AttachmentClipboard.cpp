@@ -1,12 +1,9 @@
 #include "ui/AttachmentClipboard.h"
 
-#include "ui/RichTextClipboard.h"
 #include "ui/Text.h"
 
-#include <QBuffer>
 #include <QCoreApplication>
 #include <QFile>
-#include <QImage>
 #include <QUrl>
 
 #include <algorithm>
@@ -18,18 +15,6 @@ namespace {
 constexpr const char* kUriListType = "text/uri-list";
 /// What file managers of the GNOME family paste as files.
 constexpr const char* kCopiedFilesType = "x-special/gnome-copied-files";
-constexpr const char* kPngType = "image/png";
-/// Beyond this many pixels no picture fits into an attachment.
-constexpr qint64 kMaximumPixels = 100'000'000;
-
-/// Text that stands for itself, not for files.
-bool hasWords(const QMimeData& data) {
-    return !toQString(textFrom(data).text()).trimmed().isEmpty();
-}
-
-base::Bytes toBytes(const QByteArray& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
 
 } // namespace
 
@@ -42,39 +27,6 @@ std::optional<DraggedAttachment> draggedAttachment(const QMimeData& data) {
     const auto attachment = base::Uuid::parse(parts[1].toStdString());
     return entry && attachment ? std::optional(DraggedAttachment{*entry, *attachment})
                                : std::nullopt;
-}
-
-std::vector<std::filesystem::path> offeredFiles(const QMimeData& data) {
-    std::vector<std::filesystem::path> files;
-    const auto urls = data.hasUrls() ? data.urls() : QList<QUrl>();
-    for (const auto& url : urls) {
-        if (!url.isLocalFile()) {
-            return {};
-        }
-        files.emplace_back(QFile::encodeName(url.toLocalFile()).toStdString());
-    }
-    return files;
-}
-
-bool isForAttaching(const QMimeData& data) {
-    if (data.hasUrls() && !data.hasHtml()) {
-        return !offeredFiles(data).empty();
-    }
-    return data.hasImage() && !hasWords(data);
-}
-
-std::optional<base::Bytes> offeredPicture(const QMimeData& data) {
-    if (const auto png = data.data(QLatin1String(kPngType)); !png.isEmpty()) {
-        return toBytes(png);
-    }
-    const auto image = qvariant_cast<QImage>(data.imageData());
-    if (image.isNull() || qint64{image.width()} * image.height() > kMaximumPixels) {
-        return std::nullopt;
-    }
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    return image.save(&buffer, "PNG") ? std::optional(toBytes(png)) : std::nullopt;
 }
 
 std::string pastedImageName(const services::AttachmentList& list) {

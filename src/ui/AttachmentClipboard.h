@@ -21,14 +21,6 @@ struct DraggedAttachment {
 inline constexpr const char* kAttachmentMoveType = "dev.korvex.attachment-move";
 std::optional<DraggedAttachment> draggedAttachment(const QMimeData& data);
 
-/// The files of this computer that are offered; empty when anything else is among them.
-std::vector<std::filesystem::path> offeredFiles(const QMimeData& data);
-/// Whether what is pasted into an entry is to be attached to it: files, or a picture without words.
-/// Everything else is text for an editor.
-bool isForAttaching(const QMimeData& data);
-/// The picture that is offered, as a PNG file; absent when it cannot be read or is too large for an
-/// attachment whatever it shows.
-std::optional<base::Bytes> offeredPicture(const QMimeData& data);
 /// "Pasted image.png", or the first of "Pasted image 2.png" and so on that the list does not have.
 std::string pastedImageName(const services::AttachmentList& list);
 

@@ -1,6 +1,7 @@
 #include "ui/AttachmentActions.h"
 #include "ui/AttachmentDropMark.h"
 #include "ui/AttachmentInput.h"
+#include "ui/OfferedFiles.h"
 
 #include <QDrag>
 #include <QDropEvent>

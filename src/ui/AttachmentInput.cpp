@@ -2,6 +2,7 @@
 
 #include "ui/AttachmentActions.h"
 #include "ui/AttachmentDropMark.h"
+#include "ui/OfferedFiles.h"
 #include "ui/RowEditor.h"
 
 #include <QApplication>

@@ -2,17 +2,17 @@
 
 #include "base/Collation.h"
 #include "ui/BoardIconPopover.h"
+#include "ui/BoardListing.h"
 #include "ui/ConfirmationSheet.h"
 #include "ui/Refusal.h"
-#include "ui/Sidebar.h"
 
 #include <QMenu>
 
 namespace korvex::ui {
 
-BoardActions::BoardActions(Sidebar& sidebar, const Workspace& workspace, const Theme& theme,
+BoardActions::BoardActions(BoardListing& listing, const Workspace& workspace, const Theme& theme,
                            QWidget& window)
-    : m_sidebar(sidebar), m_workspace(workspace), m_theme(theme), m_window(window) {}
+    : m_listing(listing), m_workspace(workspace), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
     if (board.isArchived()) {
@@ -25,7 +25,7 @@ void BoardActions::addTo(QMenu& menu, model::Board& board) {
     auto* const rename = menu.addAction(tr("Rename"));
     rename->setShortcut(Qt::Key_F2);
     rename->setShortcutVisibleInContextMenu(true);
-    connect(rename, &QAction::triggered, this, [this, &board] { m_sidebar.rename(board); });
+    connect(rename, &QAction::triggered, this, [this, &board] { m_listing.rename(board); });
     connect(menu.addAction(tr("Icon and color…")), &QAction::triggered, this,
             [this, &board] { chooseIcon(board, anchorOf(board)); });
     auto* const archive = menu.addAction(tr("Archive"));
@@ -81,13 +81,9 @@ void BoardActions::perform(Operation&& operation) {
 }
 
 QRect BoardActions::anchorOf(const model::Board& board) const {
-    auto& list = m_sidebar.list();
-    const int row = m_sidebar.boards().rowOf(board);
-    const auto rect = list.visualRect(m_sidebar.boards().index(row, 0));
-    // Where the sidebar is hidden the window's corner has to do.
-    return list.isVisible() && row >= 0
-               ? QRect(list.viewport()->mapToGlobal(rect.topLeft() + QPoint(8, 0)), rect.size())
-               : QRect(m_window.mapToGlobal(QPoint(16, 48)), QSize(1, 1));
+    // Where the list is hidden the window's corner has to do.
+    return m_listing.rowOf(board).value_or(
+        QRect(m_window.mapToGlobal(QPoint(16, 48)), QSize(1, 1)));
 }
 
 } // namespace korvex::ui

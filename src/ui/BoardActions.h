@@ -10,7 +10,7 @@ class QWidget;
 
 namespace korvex::ui {
 
-class Sidebar;
+class BoardListing;
 
 /// What can be done with a board: its menu, and the carrying out. What is not allowed for a board
 /// is disabled in its menu. Main thread.
@@ -18,7 +18,8 @@ class BoardActions final : public QObject {
     Q_OBJECT
 
 public:
-    BoardActions(Sidebar& sidebar, const Workspace& workspace, const Theme& theme, QWidget& window);
+    BoardActions(BoardListing& listing, const Workspace& workspace, const Theme& theme,
+                 QWidget& window);
 
     /// The entries on this board, to be put into any menu.
     void addTo(QMenu& menu, model::Board& board);
@@ -35,7 +36,7 @@ private:
     void perform(Operation&& operation);
     QRect anchorOf(const model::Board& board) const;
 
-    Sidebar& m_sidebar;
+    BoardListing& m_listing;
     const Workspace& m_workspace;
     const Theme& m_theme;
     QWidget& m_window;

@@ -1,6 +1,7 @@
 #include "ui/BoardHeader.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/IconSet.h"
 #include "ui/Text.h"
 
@@ -44,7 +45,7 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
 }
 
 void BoardHeader::show(const model::Board& board, int openTodoCount) {
-    m_iconName = IconSet::boardIconName(board.iconSystemName());
+    m_iconName = boardIconName(board.iconSystemName());
     m_iconColor = iconColorOf(board, m_theme.colors());
     m_icon->setIcon(IconSet::icon(m_iconName, m_iconColor));
     m_name->setText(toQString(board.name()));

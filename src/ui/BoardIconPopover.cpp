@@ -1,6 +1,7 @@
 #include "ui/BoardIconPopover.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/IconSet.h"
 #include "ui/Refusal.h"
 
@@ -122,7 +123,7 @@ void BoardIconPopover::showChoice() {
     const auto drawing = iconColorOf(m_board, theme().colors());
     for (std::size_t i = 0; i < m_icons.size(); ++i) {
         m_icons[i]->setIcon(IconSet::icon(
-            IconSet::boardIconName(model::rawValue(static_cast<model::BoardIcon>(i))), drawing));
+            boardIconName(model::rawValue(static_cast<model::BoardIcon>(i))), drawing));
         m_icons[i]->setChecked(i == static_cast<std::size_t>(icon));
     }
     for (std::size_t i = 0; i < m_colors.size(); ++i) {

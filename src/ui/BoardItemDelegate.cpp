@@ -1,6 +1,7 @@
 #include "ui/BoardItemDelegate.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/IconSet.h"
 #include "ui/RowGround.h"
 
@@ -35,7 +36,7 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
 
     const int size = m_theme.scaled(kIconSize);
     painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
-                        IconSet::pixmap(IconSet::boardIconName(board.iconSystemName()),
+                        IconSet::pixmap(boardIconName(board.iconSystemName()),
                                         iconColorOf(board, colors), size,
                                         painter->device()->devicePixelRatio()));
 

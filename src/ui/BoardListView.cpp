@@ -1,7 +1,7 @@
 #include "ui/BoardListView.h"
 
 #include "ui/BoardItemDelegate.h"
-#include "ui/EntryListView.h"
+#include "ui/RowDrag.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>
@@ -10,14 +10,6 @@
 #include <QPainter>
 
 namespace korvex::ui {
-
-namespace {
-
-std::optional<base::Uuid> draggedID(const QMimeData& data, const char* type) {
-    return base::Uuid::parse(data.data(QString::fromLatin1(type)).toStdString());
-}
-
-} // namespace
 
 BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget* parent)
     : QListView(parent), m_model(model), m_theme(theme) {
@@ -130,10 +122,8 @@ void BoardListView::startDrag(Qt::DropActions) {
         return;
     }
     const auto rect = visualRect(currentIndex());
-    auto* const payload = new QMimeData;
-    payload->setData(QString::fromLatin1(kDragType), QByteArray::fromStdString(board->id().text()));
     auto* const drag = new QDrag(this);
-    drag->setMimeData(payload);
+    drag->setMimeData(rowDrag(kBoardDragType, board->id()));
     drag->setPixmap(viewport()->grab(rect));
     drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rect.topLeft());
     drag->exec(Qt::MoveAction);
@@ -142,8 +132,7 @@ void BoardListView::startDrag(Qt::DropActions) {
 
 void BoardListView::dragEnterEvent(QDragEnterEvent* event) {
     const auto& payload = *event->mimeData();
-    if (payload.hasFormat(QString::fromLatin1(kDragType)) ||
-        payload.hasFormat(QString::fromLatin1(EntryListView::kDragType))) {
+    if (isRowDrag(payload, kBoardDragType) || isRowDrag(payload, kEntryDragType)) {
         event->acceptProposedAction();
     } else {
         event->ignore();
@@ -151,7 +140,7 @@ void BoardListView::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void BoardListView::dragMoveEvent(QDragMoveEvent* event) {
-    const auto target = event->mimeData()->hasFormat(QString::fromLatin1(kDragType))
+    const auto target = isRowDrag(*event->mimeData(), kBoardDragType)
                             ? dropTargetAt(event->position().toPoint())
                             : std::nullopt;
     setDropTarget(target);
@@ -166,8 +155,8 @@ void BoardListView::dragLeaveEvent(QDragLeaveEvent*) {
 
 void BoardListView::dropEvent(QDropEvent* event) {
     const auto target = dropTargetAt(event->position().toPoint());
-    const auto board = draggedID(*event->mimeData(), kDragType);
-    const auto entry = draggedID(*event->mimeData(), EntryListView::kDragType);
+    const auto board = draggedRow(*event->mimeData(), kBoardDragType);
+    const auto entry = draggedRow(*event->mimeData(), kEntryDragType);
     const int entryTarget = entryTargetAt(*event);
     setDropTarget(std::nullopt);
     setEntryTarget(-1);
@@ -185,11 +174,11 @@ void BoardListView::paintEvent(QPaintEvent* event) {
     QListView::paintEvent(event);
     if (m_dropTarget) {
         const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
-        const int y = m_dropTarget->placement == model::EntryPlacement::before ? rect.top()
-                                                                               : rect.bottom() + 1;
         QPainter painter(viewport());
-        painter.fillRect(QRect(rect.left() + 8, std::max(y - 1, 0), rect.width() - 16, 2),
-                         m_theme.colors().accent);
+        paintDropLine(painter, rect,
+                      m_dropTarget->placement == model::EntryPlacement::before ? Qt::TopEdge
+                                                                               : Qt::BottomEdge,
+                      8, m_theme.colors().accent);
     }
     if (m_entryTarget >= 0 && m_entryTarget < m_model.rowCount()) {
         const auto box = visualRect(m_model.index(m_entryTarget, 0)).adjusted(8, 1, -8, -1);
@@ -218,7 +207,7 @@ void BoardListView::setDropTarget(std::optional<DropTarget> target) {
 }
 
 int BoardListView::entryTargetAt(const QDropEvent& event) const {
-    const auto entry = draggedID(*event.mimeData(), EntryListView::kDragType);
+    const auto entry = draggedRow(*event.mimeData(), kEntryDragType);
     const auto index = indexAt(event.position().toPoint());
     return entry && index.isValid() && m_model.canTake(*entry, index.row()) ? index.row() : -1;
 }

@@ -31,8 +31,6 @@ public:
     /// As high as its boards, so that what follows stands right under them.
     QSize sizeHint() const override;
 
-    static constexpr const char* kDragType = "dev.korvex.board-reorder";
-
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
     void menuRequested(korvex::model::Board* board, const QPoint& globalPosition);

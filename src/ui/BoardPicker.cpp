@@ -1,6 +1,7 @@
 #include "ui/BoardPicker.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/FuzzyMatch.h"
 #include "ui/IconSet.h"
 #include "ui/RowGround.h"
@@ -101,7 +102,7 @@ public:
                        m_theme);
         const int size = m_theme.scaled(kIconSize);
         painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
-                            IconSet::pixmap(IconSet::boardIconName(board.iconSystemName()),
+                            IconSet::pixmap(boardIconName(board.iconSystemName()),
                                             iconColorOf(board, colors), size,
                                             painter->device()->devicePixelRatio()));
         const auto name = box.adjusted(kPadding + size + kPadding, 0, -kPadding, 0);

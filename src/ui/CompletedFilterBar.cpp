@@ -1,6 +1,7 @@
 #include "ui/CompletedFilterBar.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/BoardLabel.h"
 #include "ui/DateFields.h"
 #include "ui/FlowLayout.h"
@@ -145,8 +146,7 @@ void CompletedFilterBar::reset() {
 void CompletedFilterBar::followBoards() {
     std::vector<BoardChoice> boards;
     for (const auto* const board : m_workspace.boards.boards()) {
-        boards.push_back({board->id(), boardLabel(*board),
-                          IconSet::boardIconName(board->iconSystemName()),
+        boards.push_back({board->id(), boardLabel(*board), boardIconName(board->iconSystemName()),
                           iconColorOf(*board, m_theme.colors())});
     }
     if (boards == m_boards) {

@@ -127,7 +127,7 @@ void EntryEditing::recordsChanged() {
         return;
     }
     if (m_type == EntryType::todo) {
-        m_todoEditor->setDueLabel(dueLabelOf(*m_entry, m_workspace));
+        m_todoEditor->setDueLabel(dueLabelOf(*m_entry, m_workspace.now(), m_workspace.dates));
     }
     if (!isStoredChanged()) {
         return;
@@ -189,7 +189,7 @@ void EntryEditing::load(const model::Entry& entry) {
     m_storedText = entry.richTextData();
     if (m_type == EntryType::todo) {
         m_todoEditor->setText(toQString(entry.content()));
-        m_todoEditor->setDueLabel(dueLabelOf(entry, m_workspace));
+        m_todoEditor->setDueLabel(dueLabelOf(entry, m_workspace.now(), m_workspace.dates));
     } else {
         m_textEditor->setText(richtext::richText(entry, m_workspace.serializer));
     }

@@ -1,5 +1,5 @@
 #include "ui/EntryListView.h"
-#include "ui/Text.h"
+#include "ui/RowDrag.h"
 
 #include <QDrag>
 #include <QDragMoveEvent>
@@ -26,11 +26,8 @@ void EntryListView::startDrag(Qt::DropActions) {
     m_delegate->paint(&painter, option, currentIndex());
     painter.end();
 
-    auto* const payload = new QMimeData;
-    payload->setData(QString::fromLatin1(kDragType),
-                     QByteArray::fromStdString(m_model.entry(row)->id().text()));
     auto* const drag = new QDrag(this);
-    drag->setMimeData(payload);
+    drag->setMimeData(rowDrag(kEntryDragType, m_model.entry(row)->id()));
     drag->setPixmap(picture);
     drag->setHotSpot(viewport()->mapFromGlobal(QCursor::pos()) - rect.topLeft());
     drag->exec(Qt::MoveAction);
@@ -38,7 +35,7 @@ void EntryListView::startDrag(Qt::DropActions) {
 }
 
 void EntryListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (event->mimeData()->hasFormat(QString::fromLatin1(kDragType))) {
+    if (isRowDrag(*event->mimeData(), kEntryDragType)) {
         setState(DraggingState);
         event->acceptProposedAction();
     } else {
@@ -47,7 +44,7 @@ void EntryListView::dragEnterEvent(QDragEnterEvent* event) {
 }
 
 void EntryListView::dragMoveEvent(QDragMoveEvent* event) {
-    const auto target = event->mimeData()->hasFormat(QString::fromLatin1(kDragType))
+    const auto target = isRowDrag(*event->mimeData(), kEntryDragType)
                             ? dropTargetAt(event->position().toPoint())
                             : std::nullopt;
     setDropTarget(target);
@@ -67,11 +64,11 @@ void EntryListView::dragLeaveEvent(QDragLeaveEvent*) {
 
 void EntryListView::dropEvent(QDropEvent* event) {
     const auto target = dropTargetAt(event->position().toPoint());
-    const auto text = event->mimeData()->data(QString::fromLatin1(kDragType)).toStdString();
+    const auto id = draggedRow(*event->mimeData(), kEntryDragType);
     setDropTarget(std::nullopt);
     stopAutoScroll();
     setState(NoState);
-    if (const auto id = base::Uuid::parse(text); id && target) {
+    if (id && target) {
         event->acceptProposedAction();
         Q_EMIT dropped(*id, target->row, target->placement);
     }

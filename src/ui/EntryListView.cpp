@@ -1,6 +1,7 @@
 #include "ui/EntryListView.h"
 
 #include "ui/Links.h"
+#include "ui/RowDrag.h"
 #include "ui/RowEditor.h"
 
 #include <QApplication>
@@ -157,11 +158,11 @@ void EntryListView::paintEvent(QPaintEvent* event) {
     LazyListView::paintEvent(event);
     if (m_dropTarget) {
         const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
-        const int y = m_dropTarget->placement == model::EntryPlacement::before ? rect.top()
-                                                                               : rect.bottom() + 1;
         QPainter painter(viewport());
-        painter.fillRect(QRect(rect.left() + 16, std::max(y - 1, 0), rect.width() - 32, 2),
-                         m_theme.colors().accent);
+        paintDropLine(painter, rect,
+                      m_dropTarget->placement == model::EntryPlacement::before ? Qt::TopEdge
+                                                                               : Qt::BottomEdge,
+                      16, m_theme.colors().accent);
     }
 }
 

@@ -66,8 +66,6 @@ public:
     /// Lets the row of a todo shrink and fade away, then calls `done`.
     void animateLeaving(const model::Entry& entry, std::function<void()> done);
 
-    static constexpr const char* kDragType = "dev.korvex.entry-reorder";
-
 Q_SIGNALS:
     /// The caret is to stand at this UTF-16 offset; -1: at the end.
     void editRequested(int row, int caret);

@@ -2,21 +2,18 @@
 
 #include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
+#include "ui/RowFrame.h"
+#include "ui/RowText.h"
 #include "ui/Text.h"
 
 #include <QFontMetrics>
-#include <QTextOption>
 
 #include <algorithm>
-#include <cmath>
 
 namespace korvex::ui {
 
 namespace {
 
-constexpr int kSideMargin = 8;
-constexpr int kPadding = 5;
-constexpr int kGap = 10;
 /// Estimates look at no more bytes of a content than these.
 constexpr std::size_t kLongest = 12'000;
 
@@ -24,94 +21,7 @@ int lineHeight(const QFont& font) {
     return QFontMetrics(font).lineSpacing();
 }
 
-/// The height of the text in lines of this width.
-int layOut(QTextLayout& text, int width) {
-    double y = 0;
-    text.beginLayout();
-    for (auto line = text.createLine(); line.isValid(); line = text.createLine()) {
-        line.setLineWidth(width);
-        line.setPosition({0, y});
-        y += line.leading() + line.height();
-    }
-    text.endLayout();
-    return static_cast<int>(std::ceil(y));
-}
-
 } // namespace
-
-std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
-    text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
-    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
-    auto layout = std::make_unique<QTextLayout>(text, theme.font());
-    QTextOption option;
-    const bool isRightToLeft = text.isRightToLeft();
-    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout->setTextOption(option);
-    layout->setCacheEnabled(true);
-    return layout;
-}
-
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
-    const int beside = room - besideWidth;
-    // A text that needs but one line is content with less.
-    if (beside >= room / (hasDue ? 4 : 2)) {
-        const int height = layOut(text, beside);
-        if (!hasDue || text.lineCount() <= 1) {
-            return {.isBeside = true, .textWidth = beside, .textHeight = height};
-        }
-    }
-    return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};
-}
-
-int DueLabel::width(const Theme& theme) const {
-    return QFontMetrics(theme.smallFont()).horizontalAdvance(text) + bellWidth(theme);
-}
-
-int DueLabel::height(int room, const Theme& theme) const {
-    const QFontMetrics metrics(theme.smallFont());
-    if (width(theme) <= room) {
-        return metrics.lineSpacing();
-    }
-    constexpr int kHighest = 1000;
-    return metrics
-        .boundingRect(QRect(0, 0, room - bellWidth(theme), kHighest), Qt::TextWordWrap, text)
-        .height();
-}
-
-DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace, OverdueWord word) {
-    const auto schedule = entry.schedule();
-    if (schedule.isEmpty()) {
-        return {};
-    }
-    const auto now = workspace.now();
-    const auto& formats = workspace.dates.formats();
-    DueLabel result;
-    if (const auto label = schedule.dueLabel(now, formats)) {
-        result.text = toQString(*label);
-    }
-    result.isOverdue = schedule.isOverdue(now, formats.calendar());
-    if (result.isOverdue && word == OverdueWord::yes) {
-        result.text = EntryListModel::tr("Overdue") + QStringLiteral(" · ") + result.text;
-    }
-    result.hasReminder = schedule.reminderDate.has_value();
-    return result;
-}
-
-EntryRowLayout::Frame EntryRowLayout::frame(const Theme& theme) {
-    const int sign = theme.scaled(18);
-    const int schedule = theme.scaled(16);
-    return {
-        .boxMargin = kSideMargin,
-        .padding = kPadding,
-        .signSize = sign,
-        .textLeft = kSideMargin + kGap + sign + kGap,
-        .textRight = kSideMargin + kGap,
-        .scheduleSize = schedule,
-        .gap = kGap,
-    };
-}
 
 EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
                                const Workspace& workspace, const Theme& theme, const TextLook& look)
@@ -132,14 +42,14 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
 
 void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
                                 const Theme& theme) {
-    const auto sizes = frame(theme);
+    const auto sizes = RowFrame::of(theme);
     m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::kDistance};
     m_chips = std::make_unique<AttachmentChips>(
         list, std::max(40, m_width - m_textRect.left() - sizes.textRight), theme);
 }
 
 int EntryRowLayout::chipsExtent() const {
-    return m_chips ? AttachmentChips::kDistance + m_chips->height() + kPadding : 0;
+    return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::padding : 0;
 }
 
 int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
@@ -148,7 +58,7 @@ int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& 
     if (!model::EntryContentLimit::allows(entry.content())) {
         text.append(u"…", {}, {}); // only the beginning is shown
     }
-    const auto sizes = frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const int left = sizes.boxMargin + sizes.gap;
     const int room = std::max(40, m_width - left - sizes.textRight);
     m_formatted = std::make_unique<TextRow>(text, room, look);
@@ -159,13 +69,13 @@ int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& 
 int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
                                 const Theme& theme) {
     const int width = m_width;
-    const auto sizes = frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
     const bool isOpenTodo =
         kind == EntryListModel::RowKind::entry && entry->isTodo() && !entry->isCompleted();
     if (isOpenTodo) {
-        m_dueLabel = dueLabelOf(*entry, workspace);
+        m_dueLabel = dueLabelOf(*entry, workspace.now(), workspace.dates);
     }
 
     m_text = makeTextLayout(model.text(row), theme);
@@ -176,29 +86,30 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Work
     const int dueHeight = lineHeight(theme.smallFont());
     const int textLeft = sizes.textLeft;
     const int room = std::max(40, width - textLeft - sizes.textRight);
-    const int besideWidth = hasDue       ? dueWidth + 2 * kGap
-                            : isOpenTodo ? sizes.scheduleSize + kGap
+    const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::gap
+                            : isOpenTodo ? sizes.scheduleSize + RowFrame::gap
                                          : 0;
     const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, besideWidth, hasDue);
 
     const int line = lineHeight(theme.font());
     const int firstLine = std::max(line, sizes.signSize);
     const int top = theme.rowDistance() / 2;
-    const int textTop = top + kPadding + (firstLine - line) / 2;
+    const int textTop = top + RowFrame::padding + (firstLine - line) / 2;
     m_textRect = QRect(textLeft, textTop, textWidth, textHeight);
-    int bottom = std::max(m_textRect.bottom() + 1, top + kPadding + firstLine);
-    m_sign = QRect(kSideMargin + kGap, top + kPadding + (firstLine - sizes.signSize) / 2,
-                   sizes.signSize, sizes.signSize);
+    int bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::padding + firstLine);
+    m_sign = QRect(RowFrame::boxMargin + RowFrame::gap,
+                   top + RowFrame::padding + (firstLine - sizes.signSize) / 2, sizes.signSize,
+                   sizes.signSize);
     if (hasDue && isBeside) {
         m_due = QRect(width - sizes.textRight - dueWidth,
-                      top + kPadding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
+                      top + RowFrame::padding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
     } else if (hasDue) {
         m_due = QRect(isRightToLeft ? textLeft + textWidth - dueWidth : textLeft, bottom + 1,
                       dueWidth, dueHeight);
         bottom = m_due.bottom() + 1;
     } else if (isOpenTodo) {
         m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,
-                                 top + kPadding + (firstLine - sizes.scheduleSize) / 2,
+                                 top + RowFrame::padding + (firstLine - sizes.scheduleSize) / 2,
                                  sizes.scheduleSize, sizes.scheduleSize);
     }
     return bottom;
@@ -207,8 +118,9 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Work
 /// `bottom` is where what the row shows ends.
 void EntryRowLayout::setBox(int bottom, const Theme& theme) {
     const int top = theme.rowDistance() / 2;
-    m_height = bottom + kPadding + theme.rowDistance() - top;
-    m_box = QRect(kSideMargin, top, m_width - 2 * kSideMargin, m_height - theme.rowDistance());
+    m_height = bottom + RowFrame::padding + theme.rowDistance() - top;
+    m_box = QRect(RowFrame::boxMargin, top, m_width - 2 * RowFrame::boxMargin,
+                  m_height - theme.rowDistance());
 }
 
 int EntryRowLayout::cursorAt(const QPoint& point) const {
@@ -230,14 +142,15 @@ QString EntryRowLayout::linkAt(const QPoint& point) const {
 }
 
 EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {
-    const auto sizes = EntryRowLayout::frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const QFontMetrics metrics(theme.font());
-    m_room = std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - kGap);
+    m_room =
+        std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::gap);
     m_textRoom = std::max(1, width - 2 * (sizes.boxMargin + sizes.gap));
     m_lineHeight = metrics.lineSpacing();
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = sizes.signSize;
-    m_around = 2 * kPadding + theme.rowDistance();
+    m_around = 2 * RowFrame::padding + theme.rowDistance();
 }
 
 int EntryHeightEstimate::height(const EntryListModel& model, int row) const {

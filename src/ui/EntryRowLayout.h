@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/AttachmentChips.h"
+#include "ui/DueLabel.h"
 #include "ui/EntryListModel.h"
 #include "ui/TextRow.h"
 #include "ui/Theme.h"
@@ -11,38 +12,6 @@
 #include <memory>
 
 namespace korvex::ui {
-
-/// How a todo's text and its due label share the row: side by side while the text needs one line
-/// only.
-struct TextArrangement {
-    bool isBeside = true;
-    int textWidth = 0;
-    int textHeight = 0;
-};
-/// A text as a row shows it, in its own direction; still without lines.
-std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme);
-/// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of
-/// it. Without a due label what stands beside stays there.
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue);
-
-/// The texts of a todo's schedule, as a row shows them.
-struct DueLabel {
-    QString text;
-    bool isOverdue = false;
-    bool hasReminder = false;
-
-    bool isEmpty() const { return text.isEmpty() && !hasReminder; }
-    /// In pixels, with the bell.
-    int width(const Theme& theme) const;
-    /// In as many lines as it takes in this room.
-    int height(int room, const Theme& theme) const;
-    /// With the distance from the text.
-    int bellWidth(const Theme& theme) const { return hasReminder ? theme.scaled(13) + 5 : 0; }
-};
-/// Whether the label says "Overdue", or something above it has said so.
-enum class OverdueWord { no, yes };
-DueLabel dueLabelOf(const model::Entry& entry, const Workspace& workspace,
-                    OverdueWord word = OverdueWord::yes);
 
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
@@ -81,18 +50,6 @@ public:
     int cursorAt(const QPoint& point) const;
     /// The link under a point, if it may be opened; else empty.
     QString linkAt(const QPoint& point) const;
-
-    /// What all rows have in common, for the editor that takes a row's place.
-    struct Frame {
-        int boxMargin;
-        int padding;
-        int signSize;
-        int textLeft;
-        int textRight;
-        int scheduleSize;
-        int gap;
-    };
-    static Frame frame(const Theme& theme);
 
 private:
     /// Both return where the text ends.

@@ -34,11 +34,11 @@ constexpr int kCaretSize = 12;
 
 } // namespace
 
-FormatBar::FormatBar(RichTextEdit& edit, const Workspace& workspace, const Theme& theme,
+FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
                      QWidget* parent)
     : QToolBar(parent),
       m_edit(edit),
-      m_workspace(workspace),
+      m_code(code),
       m_theme(theme),
       m_tables(edit),
       m_lists(new ListMenu(edit, theme, this)) {
@@ -79,7 +79,7 @@ FormatBar::FormatBar(RichTextEdit& edit, const Workspace& workspace, const Theme
     connect(&edit, &RichTextEdit::listsRequested, this,
             [this] { m_lists->popup(caretAnchor().bottomLeft()); });
     connect(&theme, &Theme::changed, this, &FormatBar::applyTheme);
-    m_arrivals = workspace.code.arrived().connect([this] { showState(); });
+    m_arrivals = code.arrived().connect([this] { showState(); });
     applyTheme();
 }
 
@@ -216,7 +216,7 @@ void FormatBar::showState() {
     }
     m_language->setVisible(state.isCode);
     if (state.isCode) {
-        m_language->setText(LanguageMenu::titleOf(m_workspace.code, state.codeLanguage));
+        m_language->setText(LanguageMenu::titleOf(m_code, state.codeLanguage));
         auto* const button = buttonOf(m_language);
         button->setAccessibleDescription(m_language->text());
         // Qt asks for room between the name and the caret behind it, which belongs together.
@@ -306,8 +306,8 @@ void FormatBar::openTable() {
 }
 
 void FormatBar::openLanguages() {
-    auto* const panel = open<LanguageMenu>(anchorOf(m_language), m_workspace.code,
-                                           m_edit.formatState().codeLanguage);
+    auto* const panel =
+        open<LanguageMenu>(anchorOf(m_language), m_code, m_edit.formatState().codeLanguage);
     connect(panel, &LanguageMenu::chosen, this,
             [this](const QString& id) { perform(RichTextAction::codeLanguage(toUtf8(id))); });
 }

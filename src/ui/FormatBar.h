@@ -1,10 +1,10 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "richtext/code/CodeHighlighter.h"
 #include "ui/RichTextEdit.h"
 #include "ui/TableEditing.h"
 #include "ui/Theme.h"
-#include "ui/Workspace.h"
 
 #include <QPointer>
 #include <QToolBar>
@@ -27,7 +27,7 @@ class FormatBar final : public QToolBar {
     Q_OBJECT
 
 public:
-    explicit FormatBar(RichTextEdit& edit, const Workspace& workspace, const Theme& theme,
+    explicit FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
                        QWidget* parent = nullptr);
     ~FormatBar() override;
 
@@ -74,7 +74,7 @@ private:
     void openLanguages();
 
     RichTextEdit& m_edit;
-    const Workspace& m_workspace;
+    richtext::CodeHighlighter& m_code;
     const Theme& m_theme;
     TableEditing m_tables;
     QMenu* m_lists;

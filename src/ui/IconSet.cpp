@@ -1,14 +1,11 @@
 #include "ui/IconSet.h"
 
-#include "model/BoardIcon.h"
-
 #include <QFile>
 #include <QIconEngine>
 #include <QPainter>
 #include <QPixmapCache>
 #include <QSvgRenderer>
 
-#include <array>
 #include <utility>
 
 /// The resources stand in a static library, where nobody asks for them on their own.
@@ -19,26 +16,6 @@ static void initializeIcons() {
 namespace korvex::ui {
 
 namespace {
-
-/// In the order of `model::BoardIcon`.
-constexpr std::array<std::string_view, model::kBoardIconCount> kBoardIcons{
-    "squares-four-fill",  "folder-fill",
-    "briefcase-fill",     "house-fill",
-    "star-fill",          "heart-fill",
-    "lightbulb-fill",     "book-fill",
-    "code-fill",          "airplane-fill",
-    "flag-fill",          "music-note-fill",
-    "check-circle-fill",  "note-fill",
-    "calendar-fill",      "file-text-fill",
-    "user-fill",          "users-fill",
-    "chats-fill",         "envelope-fill",
-    "shopping-cart-fill", "money-fill",
-    "gift-fill",          "coffee-fill",
-    "fork-knife-fill",    "person-simple-run-fill",
-    "leaf-fill",          "globe-fill",
-    "image-fill",         "camera-fill",
-    "wrench-fill",        "chart-bar-fill",
-};
 
 QPixmap drawn(const QString& name, const QColor& color, int pixels) {
     initializeIcons();
@@ -102,12 +79,6 @@ QPixmap IconSet::pixmap(const QString& name, const QColor& color, int size, qrea
 
 QIcon IconSet::icon(const QString& name, const QColor& color) {
     return QIcon(new IconEngine(name, color));
-}
-
-QString IconSet::boardIconName(std::string_view symbol) {
-    const auto icon = model::boardIcon(symbol).value_or(model::BoardIcon::board);
-    const auto name = kBoardIcons[static_cast<std::size_t>(icon)];
-    return QString::fromLatin1(name.data(), static_cast<qsizetype>(name.size()));
 }
 
 } // namespace korvex::ui

@@ -5,8 +5,6 @@
 #include <QPixmap>
 #include <QString>
 
-#include <string_view>
-
 namespace korvex::ui {
 
 /// The icons that are compiled in, drawn in one colour at any size. Drawn ones are kept in Qt's
@@ -17,8 +15,6 @@ namespace IconSet {
 /// empty.
 QPixmap pixmap(const QString& name, const QColor& color, int size, qreal scale);
 QIcon icon(const QString& name, const QColor& color);
-/// The icon's name for a board's stored symbol: "folder-fill" for "folder.fill".
-QString boardIconName(std::string_view symbol);
 
 } // namespace IconSet
 

@@ -1,8 +1,8 @@
 #include "ui/RichTextEdit.h"
 
-#include "ui/AttachmentClipboard.h"
 #include "ui/Links.h"
 #include "ui/MenuItems.h"
+#include "ui/OfferedFiles.h"
 #include "ui/RichTextClipboard.h"
 #include "ui/RichTextRuns.h"
 #include "ui/TableMenu.h"

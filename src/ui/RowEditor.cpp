@@ -1,6 +1,6 @@
 #include "ui/RowEditor.h"
 
-#include "ui/EntryRowLayout.h"
+#include "ui/RowFrame.h"
 
 #include <QLabel>
 #include <QPaintEvent>
@@ -62,7 +62,7 @@ bool RowEditor::hasError() const {
 
 int RowEditor::errorHeight(int width) const {
     return hasError() ? m_error->heightForWidth(width - m_discard->sizeHint().width()) +
-                            EntryRowLayout::frame(m_theme).padding
+                            RowFrame::of(m_theme).padding
                       : 0;
 }
 
@@ -77,7 +77,7 @@ void RowEditor::placeError(const QPoint& topLeft, int width) {
 
 void RowEditor::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
-    const auto frame = EntryRowLayout::frame(m_theme);
+    const auto frame = RowFrame::of(m_theme);
     QPainter painter(this);
     painter.fillRect(event->rect(), colors.content);
     const QRectF box(frame.boxMargin + 0.75, m_theme.rowDistance() / 2.0 + 0.75,

@@ -1,6 +1,6 @@
 #include "ui/SearchListModel.h"
 
-#include "ui/IconSet.h"
+#include "ui/BoardIcons.h"
 #include "ui/Refusal.h"
 
 #include <QCoreApplication>
@@ -17,7 +17,7 @@ constexpr int kKeptRows = 200;
 
 QString iconOf(std::string_view symbol, const model::Board& board) {
     if (symbol == "rectangle.stack") {
-        return IconSet::boardIconName(board.iconSystemName());
+        return boardIconName(board.iconSystemName());
     }
     if (symbol == "text.alignleft") {
         return QStringLiteral("text-align-left");
@@ -108,7 +108,7 @@ SearchRow SearchListModel::made(int row) const {
     };
     const auto* const found = shown.isTodo && !shown.isCompleted ? entry(row) : nullptr;
     if (found) {
-        shown.due = dueLabelOf(*found, m_workspace);
+        shown.due = dueLabelOf(*found, m_workspace.now(), m_workspace.dates);
     }
     if (!shown.due.isEmpty()) {
         shown.dueDescription = toQString(found->schedule().accessibilityLabel(

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "services/SearchService.h"
-#include "ui/EntryRowLayout.h"
+#include "ui/DueLabel.h"
 #include "ui/SearchLine.h"
 #include "ui/Workspace.h"
 

@@ -1,6 +1,7 @@
 #include "ui/SearchResultList.h"
 
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/IconSet.h"
 #include "ui/RowGround.h"
 
@@ -154,7 +155,7 @@ private:
             text(row.kind, colors.secondaryText, rect.width());
         } else {
             const auto& board = m_model.board(number);
-            icon(IconSet::boardIconName(board.iconSystemName()), iconColorOf(board, colors));
+            icon(boardIconName(board.iconSystemName()), iconColorOf(board, colors));
             // A long name leaves room for the rest.
             text(row.boardName, colors.secondaryText,
                  row.due.isEmpty() && !row.isArchived ? rect.width() : rect.width() * 3 / 5);

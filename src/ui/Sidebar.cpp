@@ -155,6 +155,15 @@ void Sidebar::rename(model::Board& board) {
     }
 }
 
+std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
+    const int row = m_model.rowOf(board);
+    if (row < 0 || !m_list->isVisible()) {
+        return std::nullopt;
+    }
+    const auto rect = m_list->visualRect(m_model.index(row, 0));
+    return QRect(m_list->viewport()->mapToGlobal(rect.topLeft() + QPoint(8, 0)), rect.size());
+}
+
 void Sidebar::store(model::Board& board, const QString& name) {
     const auto refused =
         refusal([&] { m_workspace.boards.renameBoard(board, toUtf8(name), m_workspace.now()); });

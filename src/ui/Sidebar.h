@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/BoardListView.h"
+#include "ui/BoardListing.h"
 #include "ui/PageKind.h"
 #include "ui/Workspace.h"
 
@@ -17,7 +18,7 @@ class SidebarRow;
 
 /// The window's left: the search, the pages over all boards, the boards, and the way to the
 /// archived ones. Carries out what the user asks of the list of boards.
-class Sidebar final : public QWidget {
+class Sidebar final : public QWidget, public BoardListing {
     Q_OBJECT
 
 public:
@@ -36,7 +37,8 @@ public:
 
     /// Makes a board and lets its name be typed.
     void createBoard();
-    void rename(model::Board& board);
+    void rename(model::Board& board) override;
+    std::optional<QRect> rowOf(const model::Board& board) const override;
     void showMessage(const QString& message);
 
     static constexpr int kMinimumWidth = 180;

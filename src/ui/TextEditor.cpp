@@ -1,9 +1,9 @@
 #include "ui/TextEditor.h"
 
 #include "ui/CodeColors.h"
-#include "ui/EntryRowLayout.h"
 #include "ui/FormatBar.h"
 #include "ui/RichTextEdit.h"
+#include "ui/RowFrame.h"
 #include "ui/Text.h"
 #include "ui/TextDocumentConversion.h"
 #include "ui/TextLook.h"
@@ -27,7 +27,7 @@ constexpr int kBarDistance = 4;
 TextEditor::TextEditor(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent),
       m_field(new RichTextEdit(this)),
-      m_bar(new FormatBar(*m_field, workspace, theme, this)),
+      m_bar(new FormatBar(*m_field, workspace.code, theme, this)),
       m_colors(new CodeColors(*m_field->document(), workspace.code, TextLook(theme), this)) {
     setFocusProxy(m_field);
     applyTheme();
@@ -110,7 +110,7 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::neededHeight(int width) {
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const int room = width - 2 * (frame.boxMargin + frame.gap);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
         // The document of a hidden field knows no width.
@@ -154,7 +154,7 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const int left = frame.boxMargin + frame.gap;
     const int room = width() - 2 * left;
     const int top =
@@ -169,7 +169,7 @@ void TextEditor::place() {
 
 /// At the top of the editor; of one whose top is out of sight at the top of what is seen.
 void TextEditor::placeBar() {
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const int left = frame.boxMargin + frame.gap / 2;
     const int barHeight = m_bar->sizeHint().height();
     const int top = theme().rowDistance() / 2 + frame.padding;
@@ -181,7 +181,7 @@ void TextEditor::placeBar() {
 void TextEditor::reveal() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
     const int bar = m_bar->sizeHint().height() + kBarDistance;
-    const int margin = EntryRowLayout::frame(theme()).padding;
+    const int margin = RowFrame::of(theme()).padding;
     Q_EMIT revealRequested(line.adjusted(0, -bar - margin, 0, margin));
 }
 

@@ -1,7 +1,7 @@
 #include "ui/TodoEditor.h"
 
-#include "ui/EntryRowLayout.h"
 #include "ui/IconSet.h"
+#include "ui/RowFrame.h"
 
 #include <QPainter>
 #include <QTextLayout>
@@ -44,7 +44,7 @@ void TodoEditor::setDueLabel(const DueLabel& label) {
 }
 
 int TodoEditor::neededHeight(int width) {
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const int room = width - frame.textLeft - frame.textRight;
     const auto arranged = arrangement(room);
     int height =
@@ -57,7 +57,7 @@ int TodoEditor::neededHeight(int width) {
 
 void TodoEditor::paintEvent(QPaintEvent* event) {
     RowEditor::paintEvent(event);
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     QPainter painter(this);
     const QFontMetrics metrics(theme().font());
     const int line = std::max(metrics.lineSpacing(), frame.signSize);
@@ -103,7 +103,7 @@ TextArrangement TodoEditor::arrangement(int room) const {
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const bool hasDue = !m_dueLabel.isEmpty();
     const int beside =
         hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
@@ -111,7 +111,7 @@ TextArrangement TodoEditor::arrangement(int room) const {
 }
 
 void TodoEditor::place() {
-    const auto frame = EntryRowLayout::frame(theme());
+    const auto frame = RowFrame::of(theme());
     const int room = width() - frame.textLeft - frame.textRight;
     const int lineSpacing = QFontMetrics(theme().font()).lineSpacing();
     const int line = std::max(lineSpacing, frame.signSize);

@@ -1,7 +1,8 @@
 #include "ui/TodoGroupDelegate.h"
 
 #include "ui/BoardColors.h"
-#include "ui/IconSet.h"
+#include "ui/BoardIcons.h"
+#include "ui/RowFrame.h"
 #include "ui/RowGround.h"
 #include "ui/TodoPainting.h"
 
@@ -70,7 +71,7 @@ void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
 void TodoGroupDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
     const auto& colors = m_theme.colors();
     const auto& heading = m_model.heading(row);
-    const auto sizes = EntryRowLayout::frame(m_theme);
+    const auto sizes = RowFrame::of(m_theme);
     const QFontMetrics metrics(headingFont(m_theme));
     const int line = metrics.lineSpacing();
     const int left = sizes.boxMargin + sizes.gap;
@@ -97,7 +98,7 @@ void TodoGroupDelegate::paintBoard(QPainter& painter, const TodoGroupRow& laidOu
         TodoPainting::drawIcon(painter, QStringLiteral("archive"), colors.secondaryText,
                                laidOut.boardIcon());
     } else {
-        TodoPainting::drawIcon(painter, IconSet::boardIconName(board->iconSystemName()),
+        TodoPainting::drawIcon(painter, boardIconName(board->iconSystemName()),
                                iconColorOf(*board, colors), laidOut.boardIcon());
     }
     painter.setFont(m_theme.smallFont());

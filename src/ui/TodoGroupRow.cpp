@@ -1,6 +1,8 @@
 #include "ui/TodoGroupRow.h"
 
 #include "ui/BoardLabel.h"
+#include "ui/RowFrame.h"
+#include "ui/RowText.h"
 
 #include <QFontMetrics>
 
@@ -22,7 +24,8 @@ DueLabel detailLabelOf(const TodoGroupModel& model, int row, const Workspace& wo
     if (model.detail() == TodoGroupModel::Detail::completion) {
         return {.text = model.completionText(row)};
     }
-    return dueLabelOf(*model.entry(row), workspace, OverdueWord::no); // the heading says it
+    return dueLabelOf(*model.entry(row), workspace.now(), workspace.dates,
+                      OverdueWord::no); // the heading says it
 }
 
 } // namespace
@@ -37,7 +40,7 @@ TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int 
         m_boardText = boardLabel(*board);
     }
     m_isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
-    const auto sizes = EntryRowLayout::frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const int room = std::max(40, width - sizes.textLeft - sizes.textRight);
     const int detailWidth = m_detailLabel.width(theme);
     const int boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
@@ -64,7 +67,7 @@ TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int 
 
 /// The names of boards stand in one column, the details at its left.
 void TodoGroupRow::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
-    const auto sizes = EntryRowLayout::frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const int line = QFontMetrics(theme.smallFont()).lineSpacing();
     const int top = firstLineTop + (firstLineHeight - line) / 2;
     const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
@@ -77,7 +80,7 @@ void TodoGroupRow::placeBeside(int firstLineTop, int firstLineHeight, const Them
 }
 
 int TodoGroupRow::placeBelow(int top, int room, const Theme& theme) {
-    const auto sizes = EntryRowLayout::frame(theme);
+    const auto sizes = RowFrame::of(theme);
     const QFontMetrics metrics(theme.smallFont());
     const int line = metrics.lineSpacing();
     const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
@@ -114,7 +117,7 @@ void TodoGroupRow::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth
 }
 
 int TodoGroupRow::lowestHeight(const Theme& theme) {
-    const auto sizes = EntryRowLayout::frame(theme);
+    const auto sizes = RowFrame::of(theme);
     return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) + 2 * sizes.padding +
            theme.rowDistance();
 }

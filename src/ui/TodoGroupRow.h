@@ -1,7 +1,12 @@
 #pragma once
 
-#include "ui/EntryRowLayout.h"
+#include "ui/DueLabel.h"
 #include "ui/TodoGroupModel.h"
+
+#include <QRect>
+#include <QTextLayout>
+
+#include <memory>
 
 namespace korvex::ui {
 

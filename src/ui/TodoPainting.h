@@ -1,6 +1,8 @@
 #pragma once
 
-#include "ui/EntryRowLayout.h"
+#include "ui/DueLabel.h"
+
+#include <QRect>
 
 class QPainter;
 

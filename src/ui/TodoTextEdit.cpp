@@ -1,8 +1,8 @@
-#include "ui/TodoEditor.h"
+#include "ui/TodoTextEdit.h"
 
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
-#include "ui/AttachmentClipboard.h"
+#include "ui/OfferedFiles.h"
 #include "ui/Text.h"
 
 #include <QKeyEvent>

@@ -94,7 +94,7 @@ protected:
 
     QWidget window;
     RichTextEdit* edit = new RichTextEdit(&window);
-    FormatBar* bar = new FormatBar(*edit, workspace, theme, &window);
+    FormatBar* bar = new FormatBar(*edit, workspace.code, theme, &window);
 };
 
 TEST_F(FormatBarTest, TheControlsShowWhatStandsAtTheCaret) {

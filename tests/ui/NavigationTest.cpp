@@ -5,6 +5,7 @@
 #include "ui/BoardPage.h"
 #include "ui/BoardPicker.h"
 #include "ui/ErrorBanner.h"
+#include "ui/RowDrag.h"
 #include "ui/SearchField.h"
 #include "ui/SearchPage.h"
 #include "ui/Sidebar.h"
@@ -73,7 +74,7 @@ protected:
                                    window->sidebar().boards().rowOf(board), 0))
                                .center();
         QMimeData payload;
-        payload.setData(QString::fromLatin1(EntryListView::kDragType),
+        payload.setData(QString::fromLatin1(kEntryDragType),
                         QByteArray::fromStdString(entry.id().text()));
         QDragEnterEvent enter(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
         QApplication::sendEvent(boards.viewport(), &enter);

@@ -6,6 +6,7 @@
 #include "richtext/text/HeadingLevel.h"
 #include "ui/EntryListView.h"
 #include "ui/RichTextEdit.h"
+#include "ui/RowFrame.h"
 #include "ui/TextDocumentConversion.h"
 
 #include <QDesktopServices>
@@ -62,7 +63,7 @@ protected:
         const auto rect = list.visualRect(model.index(row, 0));
         RichTextEdit edit;
         fill(edit, text, rect.width() - 36);
-        const auto frame = EntryRowLayout::frame(theme);
+        const auto frame = RowFrame::of(theme);
         return rect.topLeft() +
                QPoint(frame.boxMargin + frame.gap, theme.rowDistance() / 2 + frame.padding) +
                placeIn(edit, offset);

@@ -3,6 +3,7 @@
 #include "WindowFixture.h"
 #include "model/BoardIcon.h"
 #include "ui/BoardColors.h"
+#include "ui/BoardIcons.h"
 #include "ui/IconSet.h"
 
 namespace korvex::ui {
@@ -50,8 +51,7 @@ TEST(IconSet, EveryBoardIconDrawsSomethingOfItsOwn) {
     std::vector<QImage> drawn;
     for (const auto icon : model::allBoardIcons()) {
         const auto image =
-            IconSet::pixmap(IconSet::boardIconName(model::rawValue(icon)), Qt::red, 32, 1)
-                .toImage();
+            IconSet::pixmap(boardIconName(model::rawValue(icon)), Qt::red, 32, 1).toImage();
         QImage empty(image.size(), image.format());
         empty.fill(Qt::transparent);
         EXPECT_NE(image, empty) << model::title(icon);
@@ -60,8 +60,7 @@ TEST(IconSet, EveryBoardIconDrawsSomethingOfItsOwn) {
         }
         drawn.push_back(image);
     }
-    EXPECT_EQ(IconSet::boardIconName("folder"), QStringLiteral("squares-four-fill"))
-        << "no stored symbol";
+    EXPECT_EQ(boardIconName("folder"), QStringLiteral("squares-four-fill")) << "no stored symbol";
 }
 
 TEST_F(ThemeTest, BoardColorsDifferInBothAppearances) {

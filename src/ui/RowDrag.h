@@ -1,0 +1,30 @@
+#pragma once
+
+#include "base/Uuid.h"
+
+#include <QMimeData>
+#include <QRect>
+
+#include <optional>
+
+class QColor;
+class QPainter;
+
+namespace korvex::ui {
+
+/// What is dragged when a row is: a type for what the row shows, and its identifier.
+inline constexpr const char* kEntryDragType = "dev.korvex.entry-reorder";
+inline constexpr const char* kBoardDragType = "dev.korvex.board-reorder";
+
+/// The payload of a drag; the caller owns it.
+QMimeData* rowDrag(const char* type, const base::Uuid& id);
+bool isRowDrag(const QMimeData& data, const char* type);
+/// Absent when something else is dragged.
+std::optional<base::Uuid> draggedRow(const QMimeData& data, const char* type);
+
+/// The line where a dragged row would go: along the top or the bottom edge of another, shorter than
+/// that by `margin` pixels at each end.
+void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,
+                   const QColor& color);
+
+} // namespace korvex::ui
