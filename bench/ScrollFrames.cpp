@@ -3,7 +3,7 @@
 // line by line as a wheel does, and in jumps as the handle does when it is dragged.
 
 #include "support/BenchWindow.h"
-#include "ui/EntryListView.h"
+#include "ui/entries/EntryListView.h"
 
 #include <QScrollBar>
 

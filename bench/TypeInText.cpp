@@ -6,8 +6,8 @@
 
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/table/RichTextTable.h"
-#include "ui/BoardPage.h"
-#include "ui/RichTextEdit.h"
+#include "ui/editor/RichTextEdit.h"
+#include "ui/entries/BoardPage.h"
 
 #include <QKeyEvent>
 

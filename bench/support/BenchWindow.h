@@ -6,8 +6,8 @@
 #include "support/BenchStore.h"
 #include "support/Scratch.h"
 #include "support/VirtualScreen.h"
-#include "ui/MainWindow.h"
-#include "ui/Theme.h"
+#include "ui/kit/Theme.h"
+#include "ui/windows/MainWindow.h"
 
 #include <QApplication>
 

@@ -12,11 +12,11 @@
 #include "platform/qt/SystemAppearanceWatcher.h"
 #include "platform/qt/SystemTimeWatcher.h"
 #include "platform/systemd/JournalLog.h"
-#include "ui/MainWindow.h"
-#include "ui/QuietStyle.h"
-#include "ui/Refusal.h"
-#include "ui/StoreErrorWindow.h"
-#include "ui/Theme.h"
+#include "ui/kit/QuietStyle.h"
+#include "ui/kit/Refusal.h"
+#include "ui/kit/Theme.h"
+#include "ui/windows/MainWindow.h"
+#include "ui/windows/StoreErrorWindow.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

@@ -20,9 +20,14 @@ GOOD = {
     "src/cli/commands/Command.h": "#pragma once\n",
     "src/cli/main.cpp":
         '#include "cli/commands/Command.h"\n#include "platform/systemd/Journal.h"\n',
-    "src/ui/Window.cpp":
+    "src/app/Settings.h": "#pragma once\n",
+    "src/ui/kit/Button.h": '#pragma once\n#include "app/Settings.h"\n',
+    "src/ui/boards/Boards.h": '#pragma once\n#include "ui/kit/Button.h"\n',
+    "src/ui/overview/Upcoming.h": '#pragma once\n#include "ui/boards/Boards.h"\n',
+    "src/ui/windows/Window.h": '#pragma once\n#include "ui/overview/Upcoming.h"\n',
+    "src/ui/windows/Window.cpp":
         '#include "platform/qt/QtRunLoop.h"\n#include <QtWidgets>\n#include "Window.moc"\n',
-    "src/desktop/main.cpp": '#include "ui/Window.h"\n#include "platform/systemd/Journal.h"\n',
+    "src/desktop/main.cpp": '#include "ui/windows/Window.h"\n#include "platform/systemd/Journal.h"\n',
     "tests/base/ClockTest.cpp": "line\n" * 600,
 }
 
@@ -47,8 +52,16 @@ FAULTS = [
      "platform/systemd may not include platform/qt"),
     ("src/platform/qt/Side.cpp", '#include "platform/systemd/Journal.h"\n',
      "platform/qt may not include platform/systemd"),
-    ("src/cli/commands/Side.cpp", '#include "ui/Window.h"\n', "cli/commands may not include ui"),
-    ("src/ui/Side.cpp", '#include "cli/commands/Command.h"\n', "ui may not include cli/commands"),
+    ("src/cli/commands/Side.cpp", '#include "ui/windows/Window.h"\n', "cli/commands may not include ui"),
+    ("src/ui/kit/Side.cpp", '#include "cli/commands/Command.h"\n',
+     "ui/kit may not include cli/commands"),
+    ("src/ui/kit/Up.cpp", '#include "ui/boards/Boards.h"\n', "ui/kit may not include ui/boards"),
+    ("src/ui/entries/Side.cpp", '#include "ui/overview/Upcoming.h"\n',
+     "ui/entries may not include ui/overview"),
+    ("src/ui/kit/Button.cpp", '#include "store/Context.h"\n', "ui/kit may not include store"),
+    ("src/ui/Window.cpp", "\n", "in no room of it"),
+    ("src/ui/windows/Roomless.cpp", '#include "ui/Button.h"\n',
+     "not named from its floor and room on"),
     ("src/cli/commands/Adapter.cpp", '#include "platform/qt/QtRunLoop.h"\n',
      "cli/commands may not include platform/qt"),
     ("src/model/Qt.cpp", "#include <QString>\n", "model may not know Qt"),
@@ -88,6 +101,12 @@ class CheckIncludes(unittest.TestCase):
                 self.assertEqual(result.returncode, 1)
                 self.assertEqual(len(result.stdout.splitlines()), 1, result.stdout)
                 self.assertIn(said, result.stdout)
+
+    def test_a_folder_of_too_many_sources_is_found(self):
+        crowd = {f"src/model/Record{number}.cpp": "\n" for number in range(61)}
+        result = self.run_on(GOOD | crowd)
+        self.assertEqual((result.returncode, result.stdout),
+                         (1, "src/model: 61 sources, more than 60: give it rooms\n"))
 
     def test_a_folder_without_sources_is_no_proof(self):
         self.assertNotEqual(self.run_on({"README.md": ""}).returncode, 0)

@@ -7,9 +7,9 @@
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
-#include "ui/Text.h"
-#include "ui/Theme.h"
-#include "ui/Workspace.h"
+#include "ui/kit/Text.h"
+#include "ui/kit/Theme.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QApplication>
 #include <QTest>

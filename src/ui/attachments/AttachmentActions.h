@@ -1,0 +1,75 @@
+#pragma once
+
+#include "model/EntryType.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QObject>
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+class QMenu;
+class QMimeData;
+
+namespace korvex::ui {
+
+/// What can be done with attachments, wherever it is asked for. Dialogs belong to `page`. Main
+/// thread.
+class AttachmentActions final : public QObject {
+    Q_OBJECT
+
+public:
+    AttachmentActions(const Workspace& workspace, QWidget& page);
+
+    /// With the program that the system has for such files.
+    void open(const model::Entry& entry, const base::Uuid& id);
+    /// Asks for a file, and writes it whole or not at all.
+    void saveAs(const model::Entry& entry, const base::Uuid& id);
+    /// As a file, for file managers and for other entries.
+    void copy(const model::Entry& entry, const base::Uuid& id);
+    void remove(model::Entry& entry, const base::Uuid& id);
+    void move(const base::Uuid& id, model::Entry& from, model::Entry& to,
+              const std::optional<base::Uuid>& relativeTo, model::EntryPlacement placement);
+    /// By a place to the left (-1) or to the right (1) within its entry, if there is one.
+    void moveBy(int offset, const base::Uuid& id, model::Entry& entry);
+
+    /// Asks for the files.
+    void chooseFiles(model::Entry& entry);
+    void attachFiles(const std::vector<std::filesystem::path>& files, model::Entry& entry);
+    /// Files or a picture; nothing when `isForAttaching` says no.
+    void attachOffered(const QMimeData& offered, model::Entry& entry);
+    bool canAttachTo(const model::Entry& entry) const;
+
+    /// What another program or another entry can take of it.
+    std::unique_ptr<QMimeData> dragged(const model::Entry& entry, const base::Uuid& id);
+
+    /// The items of one attachment, perhaps with the keys that its chip listens to.
+    enum class ShowKeys { no, yes };
+    void addItems(QMenu& menu, model::Entry& entry, const base::Uuid& id, ShowKeys showKeys);
+    /// The attachments of an entry with their items, one below the other; nothing where there are
+    /// none.
+    void addAttachments(QMenu& menu, model::Entry& entry);
+
+Q_SIGNALS:
+    void done();
+    /// Why something was not, in words for the user.
+    void refused(const QString& message);
+
+private:
+    /// Runs an operation and tells how it went; true when it was done.
+    template <typename Operation>
+    bool perform(Operation&& operation);
+    template <typename Action>
+    auto later(const model::Entry& entry, Action&& action);
+    std::filesystem::path temporaryCopy(const base::Uuid& entry, const base::Uuid& id);
+    void save(const base::Uuid& entry, const base::Uuid& id, const QString& file);
+
+    const Workspace& m_workspace;
+    QWidget& m_page;
+    /// Where the user saved or chose last.
+    QString m_folder;
+};
+
+} // namespace korvex::ui

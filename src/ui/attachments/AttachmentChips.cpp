@@ -1,0 +1,177 @@
+#include "ui/attachments/AttachmentChips.h"
+
+#include "ui/attachments/AttachmentKind.h"
+#include "ui/kit/IconSet.h"
+#include "ui/kit/Text.h"
+
+#include <QCoreApplication>
+#include <QFontMetrics>
+#include <QLocale>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kWidest = 300;
+/// A name that gets no more room than this is left alone in its chip.
+constexpr int kNarrow = 90;
+constexpr int kGap = 6;
+constexpr int kIcon = 14;
+constexpr int kSidePadding = 7;
+constexpr int kPadding = 3;
+constexpr int kInnerGap = 5;
+constexpr int kCornerRadius = 5;
+constexpr int kTenMegabytes = 10 * 1024 * 1024;
+/// Of a longer name no more than this is measured.
+constexpr qsizetype kMeasured = 300;
+
+bool isInvisible(QChar character) {
+    return character.category() == QChar::Other_Control ||
+           character.category() == QChar::Other_Format ||
+           character == QChar(QChar::LineSeparator) ||
+           character == QChar(QChar::ParagraphSeparator);
+}
+
+QString translated(const char* text) {
+    return QCoreApplication::translate("korvex::ui::AttachmentChips", text);
+}
+
+QString damagedText() {
+    return translated(
+        QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips", "Attachments could not be read"));
+}
+
+} // namespace
+
+QString shownFilename(const std::string& filename) {
+    auto name = toQString(filename);
+    std::replace_if(name.begin(), name.end(), isInvisible, QChar(QChar::ReplacementCharacter));
+    return name.size() <= kMeasured
+               ? name
+               : name.left(kMeasured / 2) + QStringLiteral("…") + name.right(kMeasured / 2);
+}
+
+QString shownFileSize(std::size_t bytes) {
+    const int precision = bytes < 1024 * 1024 || bytes >= kTenMegabytes ? 0 : 1;
+    return QLocale().formattedDataSize(static_cast<qint64>(bytes), precision,
+                                       QLocale::DataSizeTraditionalFormat);
+}
+
+QString accessibleTextOf(const services::AttachmentList& list) {
+    if (list.isDamaged) {
+        return damagedText();
+    }
+    QStringList names;
+    for (const auto& each : list.attachments) {
+        names.append(shownFilename(each.filename));
+    }
+    if (names.size() < 2) {
+        return names.isEmpty() ? QString()
+                               : translated(QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips",
+                                                              "1 attachment: %1"))
+                                     .arg(names.front());
+    }
+    return translated(QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips", "%1 attachments: %2"))
+        .arg(QString::number(names.size()), names.join(QStringLiteral(", ")));
+}
+
+AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width,
+                                 const Theme& theme) {
+    if (list.isDamaged) {
+        m_chips.push_back({.icon = QStringLiteral("warning-circle"), .name = damagedText()});
+    }
+    for (const auto& each : list.attachments) {
+        m_chips.push_back({.id = each.id,
+                           .icon = iconNameOf(attachmentKind(each.filename)),
+                           .name = shownFilename(each.filename),
+                           .size = shownFileSize(each.size)});
+    }
+    place(width, theme);
+}
+
+void AttachmentChips::place(int width, const Theme& theme) {
+    const QFontMetrics metrics(theme.smallFont());
+    const int chipHeight = std::max(metrics.lineSpacing(), theme.scaled(kIcon)) + 2 * kPadding;
+    const int widest = std::min(width, theme.scaled(kWidest));
+    int x = 0;
+    int y = 0;
+    for (auto& chip : m_chips) {
+        const int plain = 2 * kSidePadding + theme.scaled(kIcon) + kInnerGap;
+        int around =
+            plain +
+            (chip.size.isEmpty() ? 0 : metrics.horizontalAdvance(chip.size) + kInnerGap + 1);
+        const int name = metrics.horizontalAdvance(chip.name);
+        if (name > widest - around && widest - around < theme.scaled(kNarrow)) {
+            // What a file is called says more than how large it is.
+            chip.size.clear();
+            around = plain;
+        }
+        chip.name = metrics.elidedText(chip.name, Qt::ElideMiddle, std::max(widest - around, 20));
+        const int chipWidth = std::min(around + metrics.horizontalAdvance(chip.name) + 1, width);
+        if (x > 0 && x + chipWidth > width) {
+            x = 0;
+            y += chipHeight + kGap;
+        }
+        chip.rect = QRect(x, y, chipWidth, chipHeight);
+        x += chipWidth + kGap;
+    }
+    m_height = m_chips.empty() ? 0 : y + chipHeight;
+}
+
+std::optional<base::Uuid> AttachmentChips::idOf(int index) const {
+    return m_chips[static_cast<std::size_t>(index)].id;
+}
+
+int AttachmentChips::indexOf(const base::Uuid& id) const {
+    const auto found = std::find_if(m_chips.begin(), m_chips.end(),
+                                    [&](const Chip& chip) { return chip.id == id; });
+    return found == m_chips.end() ? -1 : static_cast<int>(found - m_chips.begin());
+}
+
+int AttachmentChips::chipAt(const QPoint& point) const {
+    const auto found = std::find_if(m_chips.begin(), m_chips.end(),
+                                    [&](const Chip& chip) { return chip.rect.contains(point); });
+    return found == m_chips.end() ? -1 : static_cast<int>(found - m_chips.begin());
+}
+
+void AttachmentChips::paint(QPainter& painter, const Theme& theme,
+                            const AttachmentMarks& marks) const {
+    for (int index = 0; index < count(); ++index) {
+        paintChip(painter, theme, index, marks);
+    }
+}
+
+void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index,
+                                const AttachmentMarks& marks) const {
+    const auto& colors = theme.colors();
+    const auto& chip = m_chips[static_cast<std::size_t>(index)];
+    const bool isSelected = chip.id && chip.id == marks.selected;
+    const bool isHovered = chip.id && chip.id == marks.hovered;
+    const bool isMarked = isSelected && marks.isActive;
+    painter.setPen(isMarked ? QPen(colors.accent, 1.5)
+                            : QPen(isSelected ? colors.accent : colors.hairline, 1));
+    painter.setBrush(isMarked ? colors.selection : isHovered ? colors.hover : colors.content);
+    painter.drawRoundedRect(QRectF(chip.rect).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
+                            kCornerRadius);
+
+    auto inside = chip.rect.adjusted(kSidePadding, 0, -kSidePadding, 0);
+    const int icon = theme.scaled(kIcon);
+    const auto quiet = chip.id ? colors.secondaryText : colors.danger;
+    painter.drawPixmap(
+        inside.left(), inside.center().y() + 1 - icon / 2,
+        IconSet::pixmap(chip.icon, quiet, icon, painter.device()->devicePixelRatio()));
+    inside.setLeft(inside.left() + icon + kInnerGap);
+    painter.setFont(theme.smallFont());
+    if (!chip.size.isEmpty()) {
+        painter.setPen(quiet);
+        painter.drawText(inside, Qt::AlignRight | Qt::AlignVCenter, chip.size);
+        inside.setRight(inside.right() -
+                        QFontMetrics(theme.smallFont()).horizontalAdvance(chip.size) - kInnerGap);
+    }
+    painter.setPen(chip.id ? colors.text : colors.danger);
+    painter.drawText(inside, Qt::AlignLeft | Qt::AlignVCenter, chip.name);
+}
+
+} // namespace korvex::ui

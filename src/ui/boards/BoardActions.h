@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QObject>
+
+class QMenu;
+class QWidget;
+
+namespace korvex::ui {
+
+class BoardListing;
+
+/// What can be done with a board: its menu, and the carrying out. What is not allowed for a board
+/// is disabled in its menu. Main thread.
+class BoardActions final : public QObject {
+    Q_OBJECT
+
+public:
+    BoardActions(BoardListing& listing, const Workspace& workspace, const Theme& theme,
+                 QWidget& window);
+
+    /// The entries on this board, to be put into any menu.
+    void addTo(QMenu& menu, model::Board& board);
+    void chooseIcon(model::Board& board, const QRect& globalAnchor);
+    void setArchived(model::Board& board, bool archived);
+    void confirmDeletion(model::Board& board, const QRect& globalAnchor);
+
+Q_SIGNALS:
+    void refused(const QString& message);
+
+private:
+    void sort(services::BoardService::Direction direction);
+    template <typename Operation>
+    void perform(Operation&& operation);
+    QRect anchorOf(const model::Board& board) const;
+
+    BoardListing& m_listing;
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    QWidget& m_window;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,50 @@
+#include "ui/boards/BoardColors.h"
+
+#include <array>
+
+namespace korvex::ui {
+
+namespace {
+
+/// In the order of the enumeration, for a light ground.
+constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
+    0xff2f6fde, // blue
+    0xff2e9e4f, // green
+    0xffe07b1a, // orange
+    0xffd83a3a, // red
+    0xff8f4fd1, // purple
+    0xffe0559a, // pink
+    0xffd4a300, // yellow
+    0xff1b9a94, // teal
+    0xff7b7f87, // gray
+    0xff94683f, // brown
+    0xff35b58c, // mint
+    0xff1ca3c9, // cyan
+    0xff4d55c8, // indigo
+    0xffec6a5c, // coral
+    0xffa48ae0, // lavender
+    0xffc9496f, // rose
+    0xff7f8a2e, // olive
+    0xff274b8f, // navy
+    0xffbf9e68, // sand
+};
+
+/// What an icon needs to be told from its ground.
+constexpr double kIconContrast = 3;
+
+} // namespace
+
+QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& theme) {
+    if (!color) {
+        return theme.accent;
+    }
+    const QColor base(kColors[static_cast<std::size_t>(*color)]);
+    return theme.isDark ? readable(base, theme.sidebar, kIconContrast) : base;
+}
+
+QColor iconColorOf(const model::Board& board, const ThemeColors& theme) {
+    return colorOf(board.iconColor() ? model::boardIconColor(*board.iconColor()) : std::nullopt,
+                   theme);
+}
+
+} // namespace korvex::ui

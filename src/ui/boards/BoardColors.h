@@ -1,0 +1,18 @@
+#pragma once
+
+#include "model/Board.h"
+#include "model/BoardIcon.h"
+#include "ui/kit/Theme.h"
+
+#include <QColor>
+
+#include <optional>
+
+namespace korvex::ui {
+
+/// What a board's colour looks like; the accent for none.
+QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& theme);
+/// The colour of a board's icon.
+QColor iconColorOf(const model::Board& board, const ThemeColors& theme);
+
+} // namespace korvex::ui

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+
+#include <QAbstractButton>
+
+namespace korvex::ui {
+
+/// A row that leads to a page: an icon, a name, and something short at its end. It looks as the
+/// sidebar's boards do; checked while its page is shown.
+class SidebarRow final : public QAbstractButton {
+    Q_OBJECT
+
+public:
+    SidebarRow(const QString& iconName, const QString& text, const Theme& theme,
+               QWidget* parent = nullptr);
+
+    /// Of open todos; 0 is not shown.
+    void setCount(int count);
+    /// At the row's end.
+    void setNote(const QString& note, const QString& description);
+    const QString& note() const { return m_note; }
+    void setIconColor(const QColor& color) { m_iconColor = color; }
+    QSize sizeHint() const override;
+
+Q_SIGNALS:
+    /// Up or Down: -1 or 1.
+    void walked(int direction);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    /// Only its page checks and unchecks it.
+    void nextCheckState() override {}
+
+private:
+    const Theme& m_theme;
+    QString m_iconName;
+    QColor m_iconColor; ///< Not valid: the theme's quiet one.
+    QString m_note;
+};
+
+} // namespace korvex::ui

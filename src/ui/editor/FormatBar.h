@@ -1,0 +1,92 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "richtext/code/CodeHighlighter.h"
+#include "ui/editor/RichTextEdit.h"
+#include "ui/editor/TableEditing.h"
+#include "ui/kit/Theme.h"
+
+#include <QPointer>
+#include <QToolBar>
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+class QToolButton;
+
+namespace korvex::ui {
+
+class Popover;
+
+/// The controls of formatted text, over its editor. They show what the text at the caret looks
+/// like and leave keyboard and selection with the text: a click takes neither, and a control that
+/// was reached by keyboard gives them back. What does not fit goes into a menu at the end. Main
+/// thread; the editor must outlive the bar.
+class FormatBar final : public QToolBar {
+    Q_OBJECT
+
+public:
+    explicit FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
+                       QWidget* parent = nullptr);
+    ~FormatBar() override;
+
+    /// The keyboard goes to the first control, as by F6 in the text; Escape and F6 bring it back.
+    void takeKeyboard();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    using IsOn = bool (*)(const FormatState&);
+    struct Control {
+        QAction* action;
+        /// Empty: it shows its text.
+        QString icon;
+        /// Null: nothing that can be on.
+        IsOn isOn;
+    };
+
+    QAction* add(const QString& icon, const QString& title, const QString& keys,
+                 IsOn isOn = nullptr);
+    void addCommand(richtext::RichTextAction::Kind kind, const QString& icon, const QString& title,
+                    const QString& keys, IsOn isOn);
+    void addHeadings();
+    void addLists();
+    void addTableControls();
+    void addLanguage();
+    QToolButton* buttonOf(const QAction* action) const;
+    QToolButton* moreButton() const;
+    void prepareButtons();
+    void perform(richtext::RichTextAction action);
+    void showState();
+    void showTableState();
+    void applyTheme();
+    /// Where a panel belongs that the control opens.
+    QRect anchorOf(const QAction* action) const;
+    QRect caretAnchor() const;
+    /// The keyboard comes back to the text when the panel closes.
+    template <typename Panel, typename... Arguments>
+    Panel* open(const QRect& anchor, Arguments&&... arguments);
+    void openLink();
+    void openTable();
+    void openLanguages();
+
+    RichTextEdit& m_edit;
+    richtext::CodeHighlighter& m_code;
+    const Theme& m_theme;
+    TableEditing m_tables;
+    QMenu* m_lists;
+    std::vector<Control> m_controls;
+    std::vector<std::pair<QAction*, TableAction>> m_tableActions;
+    std::vector<std::pair<QAction*, std::optional<richtext::HeadingLevel>>> m_headings;
+    QAction* m_heading = nullptr;
+    QAction* m_table = nullptr;
+    QAction* m_tableMenu = nullptr;
+    QAction* m_language = nullptr;
+    base::Subscription m_arrivals;
+    QPointer<Popover> m_popover;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ui/kit/Popover.h"
+
+class QLabel;
+class QLineEdit;
+class QPushButton;
+
+namespace korvex::ui {
+
+/// Asks for the target of a link. Return stores, Escape gives up; what cannot be a target stays
+/// open with the reason.
+class LinkPopover final : public Popover {
+    Q_OBJECT
+
+public:
+    /// `target` is that of the link that is there; empty: there is none.
+    LinkPopover(const QString& target, const Theme& theme, QWidget* window);
+
+    /// A press outside stores what was changed.
+    void dismiss() override;
+
+Q_SIGNALS:
+    /// Empty: the link is to be taken away.
+    void chosen(const QString& target);
+    void openRequested(const QString& target);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void layOut();
+    void save();
+    void showTarget();
+    void showError(const QString& message);
+
+    QString m_original;
+    QLineEdit* m_target;
+    QLabel* m_error;
+    QPushButton* m_open;
+    QPushButton* m_remove;
+    QPushButton* m_save;
+};
+
+} // namespace korvex::ui

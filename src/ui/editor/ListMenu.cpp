@@ -1,0 +1,70 @@
+#include "ui/editor/ListMenu.h"
+
+#include "ui/kit/IconSet.h"
+#include "ui/kit/Text.h"
+#include "ui/text/TextDocumentConversion.h"
+
+#include <QTextBlock>
+
+namespace korvex::ui {
+
+namespace {
+
+/// The innermost list at the caret; empty: none.
+QString listMarkerAt(const QTextCursor& caret) {
+    QTextCursor paragraph(caret.block());
+    paragraph.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
+    const auto lists = textOf(paragraph).styleAt(0).lists;
+    return lists.empty() ? QString() : toQString(lists.back()->marker);
+}
+
+} // namespace
+
+ListMenu::ListMenu(RichTextEdit& edit, const Theme& theme, QWidget* parent)
+    : QMenu(tr("Lists"), parent), m_edit(edit) {
+    struct Choice {
+        QString title;
+        const char* marker;
+        const char* icon;
+        QString keys;
+    };
+    for (const auto& each :
+         {Choice{tr("Bulleted List"), "{disc}", "list-bullets", tr("Ctrl+Shift+8")},
+          Choice{tr("Dashed List"), "{hyphen}", "list-dashes", {}},
+          Choice{tr("Checked List"), "{check}", "list-checks", {}},
+          Choice{tr("Numbered List: 1."), "{decimal}.", "list-numbers", tr("Ctrl+Shift+7")},
+          Choice{tr("Numbered List: a."), "{lower-alpha}.", "list-numbers", {}},
+          Choice{tr("Numbered List: i."), "{lower-roman}.", "list-numbers", {}}}) {
+        // The keys are the editor's own: here they are only told, in the column that menus have.
+        auto* const action = addAction(
+            each.keys.isEmpty() ? each.title : each.title + QLatin1Char('\t') + each.keys);
+        action->setCheckable(true);
+        action->setData(QString::fromLatin1(each.marker));
+        const auto draw = [action, &theme, icon = QString::fromLatin1(each.icon)] {
+            action->setIcon(IconSet::icon(icon, theme.colors().text));
+        };
+        draw();
+        connect(&theme, &Theme::changed, action, draw);
+    }
+    addSeparator();
+    addAction(tr("No List"));
+    connect(this, &QMenu::aboutToShow, this, &ListMenu::showState);
+    connect(this, &QMenu::triggered, this, [this](const QAction* action) {
+        // The marker that is there takes the list away.
+        const auto marker =
+            action->isCheckable() ? action->data().toString() : listMarkerAt(m_edit.textCursor());
+        m_edit.setFocus();
+        m_edit.toggleList(marker);
+    });
+}
+
+void ListMenu::showState() {
+    const auto marker = listMarkerAt(m_edit.textCursor());
+    for (auto* const action : actions()) {
+        action->setChecked(action->isCheckable() && action->data().toString() == marker);
+        // What takes a list away needs one.
+        action->setEnabled(action->isCheckable() || !marker.isEmpty());
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,164 @@
+#include "ui/attachments/AttachmentActions.h"
+#include "ui/entries/AttachmentDropMark.h"
+#include "ui/entries/AttachmentInput.h"
+#include "ui/text/OfferedFiles.h"
+
+#include <QDrag>
+#include <QDropEvent>
+
+namespace korvex::ui {
+
+// What is dragged out of the list, and what is dropped on its entries.
+
+namespace {
+
+constexpr int kPlaceWidth = 2;
+constexpr int kPlaceDistance = 4;
+constexpr int kPictureDistance = 12;
+
+/// What is dragged stays where it comes from, whatever the other program proposes.
+bool acceptAsCopy(QDropEvent& event) {
+    for (const auto action : {Qt::CopyAction, Qt::LinkAction}) {
+        if (event.possibleActions().testFlag(action)) {
+            event.setDropAction(action);
+            event.accept();
+            return true;
+        }
+    }
+    event.ignore();
+    return false;
+}
+
+} // namespace
+
+void AttachmentInput::startDrag() {
+    const auto chip = *std::exchange(m_pressed, std::nullopt);
+    const auto shown = m_view.chipsOf(m_model.rowOf(*chip.entry));
+    const int index = shown ? shown->chips->indexOf(*chip.id) : -1;
+    if (index < 0) {
+        return;
+    }
+    const auto scale = m_view.devicePixelRatioF();
+    const auto rect = shown->chips->rect(index);
+    QPixmap picture(rect.size() * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.translate(-rect.topLeft());
+    shown->chips->paintChip(painter, m_theme, index, {});
+    painter.end();
+
+    auto* const drag = new QDrag(&m_view);
+    drag->setMimeData(m_actions.dragged(*chip.entry, *chip.id).release());
+    drag->setPixmap(picture);
+    // Beside the pointer, where it hides nothing of the place that it would go to.
+    drag->setHotSpot({-kPictureDistance, -kPictureDistance});
+    setHovered(std::nullopt);
+    // Never as a move: a file manager would believe that it may take the file away.
+    drag->exec(Qt::CopyAction);
+    mark(std::nullopt);
+}
+
+bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
+    if (event.type() == QEvent::DragLeave) {
+        mark(std::nullopt);
+        m_view.setDragScrolling(false);
+        return std::exchange(m_isDragWanted, false);
+    }
+    auto& drop = static_cast<QDropEvent&>(event);
+    const auto source = sourceOf(*drop.mimeData());
+    if (event.type() != QEvent::DragMove) {
+        m_isDragWanted = source || !offeredFiles(*drop.mimeData()).empty();
+    }
+    if (!m_isDragWanted) {
+        return false;
+    }
+    const auto target = targetAt(position, source);
+    if (event.type() == QEvent::DragEnter) {
+        acceptAsCopy(drop);
+        return true;
+    }
+    const bool isAccepted = target && acceptAsCopy(drop);
+    if (!isAccepted) {
+        drop.ignore();
+    }
+    if (event.type() == QEvent::DragMove) {
+        mark(isAccepted ? target : std::nullopt);
+        m_view.setDragScrolling(true);
+        return true;
+    }
+    m_isDragWanted = false;
+    mark(std::nullopt);
+    m_view.setDragScrolling(false);
+    if (isAccepted) {
+        this->drop(*drop.mimeData(), *target);
+    }
+    return true;
+}
+
+std::optional<AttachmentInput::Source> AttachmentInput::sourceOf(const QMimeData& data) const {
+    const auto dragged = draggedAttachment(data);
+    auto* const entry = dragged ? m_workspace.context.find<model::Entry>(dragged->entry) : nullptr;
+    return entry ? std::optional(Source{entry, dragged->attachment}) : std::nullopt;
+}
+
+std::optional<AttachmentInput::Target>
+AttachmentInput::targetAt(const QPoint& position, const std::optional<Source>& source) const {
+    const int row = m_view.indexAt(position).row();
+    if (row < 0 || m_model.isReadOnly()) {
+        return std::nullopt;
+    }
+    Target target{.row = row};
+    if (!m_model.entry(row)) {
+        // What is written there can be stored; it has no place among chips yet.
+        const bool isDraft = m_model.kind(row) == EntryListModel::RowKind::draft;
+        return isDraft && !source ? std::optional(target) : std::nullopt;
+    }
+    const auto chip = source ? m_view.chipAt(position) : std::nullopt;
+    if (!chip || !chip->id) {
+        return target;
+    }
+    if (*chip->id == source->attachment) {
+        return std::nullopt; // it is there already
+    }
+    target.relativeTo = chip->id;
+    target.chip = chip->rect;
+    target.placement = position.x() < chip->rect.center().x() ? model::EntryPlacement::before
+                                                              : model::EntryPlacement::after;
+    return target;
+}
+
+void AttachmentInput::mark(const std::optional<Target>& target) {
+    if (!target) {
+        m_dropMark->hide();
+        return;
+    }
+    std::optional<QRect> place;
+    if (target->relativeTo) {
+        const int x = target->placement == model::EntryPlacement::before
+                          ? target->chip.left() - kPlaceDistance
+                          : target->chip.right() + 1 + kPlaceDistance - kPlaceWidth;
+        place = QRect(x, target->chip.top(), kPlaceWidth, target->chip.height());
+    }
+    m_dropMark->mark(m_view.visualRect(m_model.index(target->row, 0)), place);
+}
+
+void AttachmentInput::drop(const QMimeData& data, const Target& target) {
+    auto* const entry = m_model.entry(target.row);
+    if (!entry) {
+        Q_EMIT droppedOnDraft(&data);
+        return;
+    }
+    if (m_view.editedRow() < 0) {
+        m_view.setCurrentRow(target.row);
+    }
+    if (const auto source = sourceOf(data)) {
+        m_actions.move(source->attachment, *source->entry, *entry, target.relativeTo,
+                       target.placement);
+    } else {
+        m_actions.attachOffered(data, *entry);
+    }
+}
+
+} // namespace korvex::ui

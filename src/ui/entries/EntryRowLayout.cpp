@@ -1,0 +1,178 @@
+#include "ui/entries/EntryRowLayout.h"
+
+#include "model/EntryContentLimit.h"
+#include "richtext/stored/EntryText.h"
+#include "ui/kit/Text.h"
+#include "ui/todos/RowFrame.h"
+#include "ui/todos/RowText.h"
+
+#include <QFontMetrics>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Estimates look at no more bytes of a content than these.
+constexpr std::size_t kLongest = 12'000;
+
+int lineHeight(const QFont& font) {
+    return QFontMetrics(font).lineSpacing();
+}
+
+} // namespace
+
+EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
+                               const Workspace& workspace, const Theme& theme, const TextLook& look)
+    : m_width(width) {
+    const auto* const entry = model.entry(row);
+    const bool isFormatted = model.kind(row) == EntryListModel::RowKind::entry && !entry->isTodo();
+    int bottom = isFormatted ? layOutFormatted(*entry, workspace, theme, look)
+                             : layOutPlain(model, row, workspace, theme);
+    if (entry) {
+        if (const auto& list = model.attachments(row);
+            list.isDamaged || !list.attachments.empty()) {
+            placeChips(list, bottom, theme);
+            bottom = m_chipsTopLeft.y() + m_chips->height();
+        }
+    }
+    setBox(bottom, theme);
+}
+
+void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
+                                const Theme& theme) {
+    const auto sizes = RowFrame::of(theme);
+    m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::kDistance};
+    m_chips = std::make_unique<AttachmentChips>(
+        list, std::max(40, m_width - m_textRect.left() - sizes.textRight), theme);
+}
+
+int EntryRowLayout::chipsExtent() const {
+    return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::padding : 0;
+}
+
+int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
+                                    const Theme& theme, const TextLook& look) {
+    auto text = richtext::richText(entry, workspace.serializer);
+    if (!model::EntryContentLimit::allows(entry.content())) {
+        text.append(u"…", {}, {}); // only the beginning is shown
+    }
+    const auto sizes = RowFrame::of(theme);
+    const int left = sizes.boxMargin + sizes.gap;
+    const int room = std::max(40, m_width - left - sizes.textRight);
+    m_formatted = std::make_unique<TextRow>(text, room, look);
+    m_textRect = QRect(left, theme.rowDistance() / 2 + sizes.padding, room, m_formatted->height());
+    return m_textRect.bottom() + 1;
+}
+
+int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                                const Theme& theme) {
+    const int width = m_width;
+    const auto sizes = RowFrame::of(theme);
+    const auto kind = model.kind(row);
+    const auto* const entry = model.entry(row);
+    const bool isOpenTodo =
+        kind == EntryListModel::RowKind::entry && entry->isTodo() && !entry->isCompleted();
+    if (isOpenTodo) {
+        m_dueLabel = dueLabelOf(*entry, workspace.now(), workspace.dates);
+    }
+
+    m_text = makeTextLayout(model.text(row), theme);
+    const bool isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
+
+    const bool hasDue = !m_dueLabel.isEmpty();
+    const int dueWidth = m_dueLabel.width(theme);
+    const int dueHeight = lineHeight(theme.smallFont());
+    const int textLeft = sizes.textLeft;
+    const int room = std::max(40, width - textLeft - sizes.textRight);
+    const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::gap
+                            : isOpenTodo ? sizes.scheduleSize + RowFrame::gap
+                                         : 0;
+    const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, besideWidth, hasDue);
+
+    const int line = lineHeight(theme.font());
+    const int firstLine = std::max(line, sizes.signSize);
+    const int top = theme.rowDistance() / 2;
+    const int textTop = top + RowFrame::padding + (firstLine - line) / 2;
+    m_textRect = QRect(textLeft, textTop, textWidth, textHeight);
+    int bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::padding + firstLine);
+    m_sign = QRect(RowFrame::boxMargin + RowFrame::gap,
+                   top + RowFrame::padding + (firstLine - sizes.signSize) / 2, sizes.signSize,
+                   sizes.signSize);
+    if (hasDue && isBeside) {
+        m_due = QRect(width - sizes.textRight - dueWidth,
+                      top + RowFrame::padding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
+    } else if (hasDue) {
+        m_due = QRect(isRightToLeft ? textLeft + textWidth - dueWidth : textLeft, bottom + 1,
+                      dueWidth, dueHeight);
+        bottom = m_due.bottom() + 1;
+    } else if (isOpenTodo) {
+        m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,
+                                 top + RowFrame::padding + (firstLine - sizes.scheduleSize) / 2,
+                                 sizes.scheduleSize, sizes.scheduleSize);
+    }
+    return bottom;
+}
+
+/// `bottom` is where what the row shows ends.
+void EntryRowLayout::setBox(int bottom, const Theme& theme) {
+    const int top = theme.rowDistance() / 2;
+    m_height = bottom + RowFrame::padding + theme.rowDistance() - top;
+    m_box = QRect(RowFrame::boxMargin, top, m_width - 2 * RowFrame::boxMargin,
+                  m_height - theme.rowDistance());
+}
+
+int EntryRowLayout::cursorAt(const QPoint& point) const {
+    const auto inText = point - m_textRect.topLeft();
+    if (m_formatted) {
+        return m_formatted->caretAt(inText);
+    }
+    for (int i = 0; i < m_text->lineCount(); ++i) {
+        const auto line = m_text->lineAt(i);
+        if (inText.y() < line.y() + line.height() || i == m_text->lineCount() - 1) {
+            return line.xToCursor(inText.x());
+        }
+    }
+    return 0;
+}
+
+QString EntryRowLayout::linkAt(const QPoint& point) const {
+    return m_formatted ? m_formatted->linkAt(point - m_textRect.topLeft()) : QString();
+}
+
+EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {
+    const auto sizes = RowFrame::of(theme);
+    const QFontMetrics metrics(theme.font());
+    m_room =
+        std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::gap);
+    m_textRoom = std::max(1, width - 2 * (sizes.boxMargin + sizes.gap));
+    m_lineHeight = metrics.lineSpacing();
+    m_characterWidth = metrics.averageCharWidth();
+    m_lowest = sizes.signSize;
+    m_around = 2 * RowFrame::padding + theme.rowDistance();
+}
+
+int EntryHeightEstimate::height(const EntryListModel& model, int row) const {
+    const auto* const entry = model.entry(row);
+    if (entry && !entry->isTodo()) {
+        return textHeight(entry->content()) + m_around;
+    }
+    int lines = 1;
+    if (entry) {
+        const auto length = std::min(entry->content().size(), kLongest);
+        lines += static_cast<int>(length) * m_characterWidth / m_room;
+    }
+    return std::max(lines * m_lineHeight, m_lowest) + m_around;
+}
+
+/// Each line of the content is at least one that is shown.
+int EntryHeightEstimate::textHeight(const std::string& content) const {
+    const auto length = std::min(content.size(), kLongest);
+    const auto feeds =
+        std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
+    const int wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
+    return (static_cast<int>(feeds) + 1 + wrapped) * m_lineHeight;
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "ui/attachments/AttachmentChips.h"
+#include "ui/entries/EntryListModel.h"
+#include "ui/kit/Theme.h"
+#include "ui/text/TextRow.h"
+#include "ui/todos/DueLabel.h"
+
+#include <QRect>
+#include <QTextLayout>
+
+#include <memory>
+
+namespace korvex::ui {
+
+/// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
+class EntryRowLayout {
+public:
+    EntryRowLayout(const EntryListModel& model, int row, int width, const Workspace& workspace,
+                   const Theme& theme, const TextLook& look);
+
+    int width() const { return m_width; }
+    int height() const { return m_height; }
+    /// The ground of the row, which shows hover and selection; the rest is the distance to its
+    /// neighbours.
+    QRect box() const { return m_box; }
+    /// The circle, or the sign in its place.
+    QRect sign() const { return m_sign; }
+    QRect text() const { return m_textRect; }
+    /// Due label and bell; empty when the todo has neither.
+    QRect due() const { return m_due; }
+    /// Where a todo without a due label gets one, while the pointer is over it or it is current.
+    QRect scheduleButton() const { return m_scheduleButton; }
+
+    /// Of a text entry; null for all other rows.
+    TextRow* formatted() const { return m_formatted.get(); }
+    /// Of all other rows.
+    const QTextLayout& textLayout() const { return *m_text; }
+    const DueLabel& dueLabel() const { return m_dueLabel; }
+    /// The attachments under the text; null where there are none.
+    const AttachmentChips* chips() const { return m_chips.get(); }
+    QPoint chipsTopLeft() const { return m_chipsTopLeft; }
+    /// What the chips add below an editor that stands in the row's place.
+    int chipsExtent() const;
+
+    /// About how many times the memory of a one-line todo it takes; at least 1.
+    int cost() const { return m_formatted ? m_formatted->cost() : 1; }
+
+    /// The UTF-16 offset in the text under a point.
+    int cursorAt(const QPoint& point) const;
+    /// The link under a point, if it may be opened; else empty.
+    QString linkAt(const QPoint& point) const;
+
+private:
+    /// Both return where the text ends.
+    int layOutFormatted(const model::Entry& entry, const Workspace& workspace, const Theme& theme,
+                        const TextLook& look);
+    int layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
+                    const Theme& theme);
+    void placeChips(const services::AttachmentList& list, int bottom, const Theme& theme);
+    void setBox(int bottom, const Theme& theme);
+
+    int m_width;
+    int m_height = 0;
+    QRect m_box;
+    QRect m_sign;
+    QRect m_textRect;
+    QRect m_due;
+    QRect m_scheduleButton;
+    std::unique_ptr<QTextLayout> m_text;
+    std::unique_ptr<TextRow> m_formatted;
+    std::unique_ptr<AttachmentChips> m_chips;
+    QPoint m_chipsTopLeft;
+    DueLabel m_dueLabel;
+};
+
+/// Guesses heights from the length of the texts and, of text entries, from their lines, in some
+/// nanoseconds a row. Decodes nothing.
+class EntryHeightEstimate {
+public:
+    EntryHeightEstimate(int width, const Theme& theme);
+
+    int width() const { return m_width; }
+    int height(const EntryListModel& model, int row) const;
+
+private:
+    int textHeight(const std::string& content) const;
+
+    int m_width;
+    int m_room;
+    int m_textRoom;
+    int m_lineHeight;
+    int m_characterWidth;
+    int m_lowest;
+    int m_around;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+
+#include <QFrame>
+
+class QLabel;
+class QMenu;
+class QPushButton;
+class QTextEdit;
+
+namespace korvex::ui {
+
+/// What stands in the place of a row while the row is edited, with a line at its foot that says why
+/// something was refused and offers to give up what was typed. Main thread.
+class RowEditor : public QFrame {
+    Q_OBJECT
+
+public:
+    RowEditor(const Theme& theme, QWidget* parent);
+
+    /// What has the keyboard.
+    virtual QTextEdit& input() = 0;
+    /// UTF-16 offset of the caret in the text.
+    virtual int caret() const = 0;
+    /// -1, or one beyond the text, is the end.
+    virtual void setCaret(int offset) = 0;
+    /// Whether the text differs from the one that was given last.
+    virtual bool isChanged() const = 0;
+    /// Nothing but white space.
+    bool isBlank();
+    /// Gives up what was typed.
+    virtual void revert() = 0;
+    /// Commands on the text itself; the caller owns the menu.
+    virtual QMenu* makeMenu() = 0;
+    /// The height that the row needs at this width.
+    virtual int neededHeight(int width) = 0;
+
+    void showError(const QString& message);
+    void clearError();
+    bool hasError() const;
+
+Q_SIGNALS:
+    void neededHeightChanged();
+    /// This part of the editor is to be in sight.
+    void revealRequested(const QRect& part);
+    /// What was typed is given up.
+    void discarded();
+
+protected:
+    const Theme& theme() const { return m_theme; }
+    /// 0 while there is nothing to say.
+    int errorHeight(int width) const;
+    void placeError(const QPoint& topLeft, int width);
+    /// The ground and the frame that mark the row as the one that is edited.
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void applyErrorTheme();
+
+    const Theme& m_theme;
+    QLabel* m_error;
+    QPushButton* m_discard;
+};
+
+} // namespace korvex::ui

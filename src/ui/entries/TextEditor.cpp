@@ -1,0 +1,188 @@
+#include "ui/entries/TextEditor.h"
+
+#include "ui/editor/FormatBar.h"
+#include "ui/editor/RichTextEdit.h"
+#include "ui/kit/Text.h"
+#include "ui/text/CodeColors.h"
+#include "ui/text/TextDocumentConversion.h"
+#include "ui/text/TextLook.h"
+#include "ui/todos/RowFrame.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QScrollBar>
+#include <QTextBlock>
+#include <QTextTable>
+
+#include <cmath>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Between the bar and the text.
+constexpr int kBarDistance = 4;
+
+} // namespace
+
+TextEditor::TextEditor(const Workspace& workspace, const Theme& theme, QWidget* parent)
+    : RowEditor(theme, parent),
+      m_field(new RichTextEdit(this)),
+      m_bar(new FormatBar(*m_field, workspace.code, theme, this)),
+      m_colors(new CodeColors(*m_field->document(), workspace.code, TextLook(theme), this)) {
+    setFocusProxy(m_field);
+    applyTheme();
+    connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);
+    connect(m_field->document(), &QTextDocument::contentsChanged, this, &TextEditor::clearError);
+    // The row changes its height when the text does, not with every key.
+    connect(m_field->document()->documentLayout(),
+            &QAbstractTextDocumentLayout::documentSizeChanged, this, &TextEditor::checkHeight);
+    connect(m_field, &QTextEdit::cursorPositionChanged, this, &TextEditor::reveal);
+}
+
+TextEditor::~TextEditor() = default;
+
+richtext::AttributedString TextEditor::text() const {
+    return m_field->content();
+}
+
+void TextEditor::setText(const richtext::AttributedString& text) {
+    m_field->setContent(text);
+    m_colors->update();
+    m_original = m_field->content();
+    clearError();
+    Q_EMIT neededHeightChanged();
+}
+
+void TextEditor::setStored() {
+    m_original = m_field->content();
+    m_field->document()->setModified(false);
+}
+
+std::optional<TextEditor::Parts> TextEditor::parts() const {
+    const auto cursor = m_field->textCursor();
+    if (cursor.currentTable()) {
+        return std::nullopt;
+    }
+    const auto text = m_field->content();
+    const auto place = offsetOf(*m_field->document(), cursor.position());
+    auto before = text.slice({0, place});
+    auto after = text.slice({place, text.length() - place});
+    if (cursor.atBlockStart() && !before.isEmpty() && before.text().back() == u'\n') {
+        before.remove({before.length() - 1, 1});
+    }
+    const auto isBlank = [](const richtext::AttributedString& part) {
+        return toQString(part.text()).trimmed().isEmpty();
+    };
+    if (isBlank(before) || isBlank(after)) {
+        return std::nullopt;
+    }
+    return Parts{std::move(before), std::move(after)};
+}
+
+QTextEdit& TextEditor::input() {
+    return *m_field;
+}
+
+int TextEditor::caret() const {
+    return static_cast<int>(offsetOf(*m_field->document(), m_field->textCursor().position()));
+}
+
+void TextEditor::setCaret(int offset) {
+    const auto& document = *m_field->document();
+    auto cursor = m_field->textCursor();
+    const bool isInside = offset >= 0 && offset < document.characterCount();
+    cursor.setPosition(isInside ? std::min(positionOf(document, static_cast<std::size_t>(offset)),
+                                           document.characterCount() - 1)
+                                : document.characterCount() - 1);
+    m_field->setTextCursor(cursor);
+}
+
+bool TextEditor::isChanged() const {
+    return m_field->document()->isModified() && !m_field->content().isEquivalentTo(m_original);
+}
+
+void TextEditor::revert() {
+    setText(m_original);
+}
+
+QMenu* TextEditor::makeMenu() {
+    return m_field->makeMenu();
+}
+
+int TextEditor::neededHeight(int width) {
+    const auto frame = RowFrame::of(theme());
+    const int room = width - 2 * (frame.boxMargin + frame.gap);
+    if (static_cast<int>(m_field->document()->textWidth()) != room) {
+        // The document of a hidden field knows no width.
+        m_field->document()->setTextWidth(room);
+    }
+    m_contentHeight = contentHeight();
+    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + errorHeight(room) +
+           2 * frame.padding + theme().rowDistance();
+}
+
+int TextEditor::contentHeight() const {
+    const auto size = m_field->document()->size();
+    const bool isWide = size.width() > m_field->document()->textWidth();
+    return static_cast<int>(std::ceil(size.height())) +
+           (isWide ? m_field->horizontalScrollBar()->sizeHint().height() : 0);
+}
+
+void TextEditor::checkHeight() {
+    if (contentHeight() != m_contentHeight) {
+        Q_EMIT neededHeightChanged();
+    }
+}
+
+bool TextEditor::event(QEvent* event) {
+    if (event->type() == QEvent::Move) {
+        placeBar();
+    }
+    return RowEditor::event(event);
+}
+
+void TextEditor::resizeEvent(QResizeEvent* event) {
+    RowEditor::resizeEvent(event);
+    place();
+}
+
+void TextEditor::applyTheme() {
+    const TextLook look(theme());
+    m_field->setLook(look);
+    m_colors->setLook(look);
+    Q_EMIT neededHeightChanged();
+}
+
+void TextEditor::place() {
+    const auto frame = RowFrame::of(theme());
+    const int left = frame.boxMargin + frame.gap;
+    const int room = width() - 2 * left;
+    const int top =
+        theme().rowDistance() / 2 + frame.padding + m_bar->sizeHint().height() + kBarDistance;
+    const int bottom =
+        height() - (theme().rowDistance() - theme().rowDistance() / 2) - frame.padding;
+    const int error = errorHeight(room);
+    m_field->setGeometry(left, top, room, bottom - error - top);
+    placeError({left, bottom - error + (error > 0 ? frame.padding / 2 : 0)}, room);
+    placeBar();
+}
+
+/// At the top of the editor; of one whose top is out of sight at the top of what is seen.
+void TextEditor::placeBar() {
+    const auto frame = RowFrame::of(theme());
+    const int left = frame.boxMargin + frame.gap / 2;
+    const int barHeight = m_bar->sizeHint().height();
+    const int top = theme().rowDistance() / 2 + frame.padding;
+    m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
+                       width() - 2 * left, barHeight);
+    m_bar->raise();
+}
+
+void TextEditor::reveal() {
+    const auto line = m_field->cursorRect().translated(m_field->pos());
+    const int bar = m_bar->sizeHint().height() + kBarDistance;
+    const int margin = RowFrame::of(theme()).padding;
+    Q_EMIT revealRequested(line.adjusted(0, -bar - margin, 0, margin));
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,63 @@
+#pragma once
+
+#include "richtext/text/AttributedString.h"
+#include "ui/entries/RowEditor.h"
+#include "ui/workspace/Workspace.h"
+
+#include <optional>
+
+namespace korvex::ui {
+
+class CodeColors;
+class FormatBar;
+class RichTextEdit;
+
+/// Edits a text entry in its row, with the format bar above the text. Main thread.
+class TextEditor final : public RowEditor {
+    Q_OBJECT
+
+public:
+    TextEditor(const Workspace& workspace, const Theme& theme, QWidget* parent);
+    ~TextEditor() override;
+
+    RichTextEdit& field() { return *m_field; }
+    richtext::AttributedString text() const;
+    void setText(const richtext::AttributedString& text);
+    /// What is shown now is stored now.
+    void setStored();
+    /// The text before and after the caret, for two entries. Absent where there is nothing to
+    /// split: inside a table, and where one part would be blank.
+    struct Parts {
+        richtext::AttributedString before;
+        richtext::AttributedString after;
+    };
+    std::optional<Parts> parts() const;
+
+    QTextEdit& input() override;
+    int caret() const override;
+    void setCaret(int offset) override;
+    bool isChanged() const override;
+    void revert() override;
+    QMenu* makeMenu() override;
+    int neededHeight(int width) override;
+
+protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void applyTheme();
+    void place();
+    void placeBar();
+    int contentHeight() const;
+    void checkHeight();
+    void reveal();
+
+    RichTextEdit* m_field;
+    FormatBar* m_bar;
+    CodeColors* m_colors;
+    richtext::AttributedString m_original;
+    int m_contentHeight = 0;
+};
+
+} // namespace korvex::ui

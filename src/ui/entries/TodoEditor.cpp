@@ -1,0 +1,140 @@
+#include "ui/entries/TodoEditor.h"
+
+#include "ui/kit/IconSet.h"
+#include "ui/todos/RowFrame.h"
+
+#include <QPainter>
+#include <QTextLayout>
+#include <QToolButton>
+
+#include <cmath>
+
+namespace korvex::ui {
+
+TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
+    : RowEditor(theme, parent), m_field(new TodoTextEdit(this)), m_schedule(new QToolButton(this)) {
+    m_schedule->setAutoRaise(true);
+    m_schedule->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    m_schedule->setLayoutDirection(Qt::RightToLeft); // the bell stands behind the label
+    m_schedule->setFocusPolicy(Qt::TabFocus);
+    m_schedule->setCursor(Qt::PointingHandCursor);
+    m_schedule->setToolTip(tr("Schedule (Ctrl+D)"));
+    setFocusProxy(m_field);
+    connect(m_field, &QTextEdit::textChanged, this, &TodoEditor::clearError);
+    connect(m_field->document(), &QTextDocument::contentsChanged, this,
+            &TodoEditor::neededHeightChanged);
+    connect(m_schedule, &QToolButton::clicked, this, &TodoEditor::scheduleClicked);
+    connect(&theme, &Theme::changed, this, &TodoEditor::applyTheme);
+    applyTheme();
+}
+
+void TodoEditor::setText(const QString& text) {
+    m_original = text;
+    m_field->setPlainText(text);
+    clearError();
+}
+
+void TodoEditor::setCaret(int offset) {
+    m_field->setCaret(offset < 0 ? static_cast<int>(text().size()) : offset);
+}
+
+void TodoEditor::setDueLabel(const DueLabel& label) {
+    m_dueLabel = label;
+    applyTheme();
+}
+
+int TodoEditor::neededHeight(int width) {
+    const auto frame = RowFrame::of(theme());
+    const int room = width - frame.textLeft - frame.textRight;
+    const auto arranged = arrangement(room);
+    int height =
+        std::max(arranged.textHeight, frame.signSize) + 2 * frame.padding + theme().rowDistance();
+    if (!arranged.isBeside) {
+        height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
+    }
+    return height + errorHeight(room);
+}
+
+void TodoEditor::paintEvent(QPaintEvent* event) {
+    RowEditor::paintEvent(event);
+    const auto frame = RowFrame::of(theme());
+    QPainter painter(this);
+    const QFontMetrics metrics(theme().font());
+    const int line = std::max(metrics.lineSpacing(), frame.signSize);
+    const int top = theme().rowDistance() / 2 + frame.padding + (line - frame.signSize) / 2;
+    painter.drawPixmap(frame.textLeft - (frame.textLeft - frame.boxMargin - frame.signSize) / 2 -
+                           frame.signSize,
+                       top,
+                       IconSet::pixmap(QStringLiteral("circle"), theme().colors().secondaryText,
+                                       frame.signSize, devicePixelRatioF()));
+}
+
+void TodoEditor::resizeEvent(QResizeEvent* event) {
+    QFrame::resizeEvent(event);
+    place();
+}
+
+void TodoEditor::applyTheme() {
+    const auto& colors = theme().colors();
+    m_field->setFont(theme().font());
+    m_field->document()->setDefaultFont(theme().font());
+    auto fieldPalette = m_field->palette();
+    fieldPalette.setColor(QPalette::Base, Qt::transparent);
+    fieldPalette.setColor(QPalette::Text, colors.text);
+    m_field->setPalette(fieldPalette);
+    m_schedule->setFont(theme().smallFont());
+    const auto quiet = m_dueLabel.isOverdue ? colors.danger : colors.secondaryText;
+    auto schedulePalette = m_schedule->palette();
+    schedulePalette.setColor(QPalette::ButtonText, quiet);
+    m_schedule->setPalette(schedulePalette);
+    m_schedule->setText(m_dueLabel.text);
+    m_schedule->setAccessibleName(m_dueLabel.text.isEmpty() ? tr("Schedule") : m_dueLabel.text);
+    const int size = theme().scaled(m_dueLabel.isEmpty() ? 16 : 13);
+    m_schedule->setIconSize({size, size});
+    m_schedule->setIcon(m_dueLabel.isEmpty() ? IconSet::icon(QStringLiteral("calendar-plus"), quiet)
+                        : m_dueLabel.hasReminder ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
+                                                 : QIcon());
+    Q_EMIT neededHeightChanged();
+}
+
+/// The document of a hidden field knows no width: its text is laid out here, as in the row.
+TextArrangement TodoEditor::arrangement(int room) const {
+    QTextLayout layout(text(), theme().font());
+    QTextOption option;
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout.setTextOption(option);
+    const auto frame = RowFrame::of(theme());
+    const bool hasDue = !m_dueLabel.isEmpty();
+    const int beside =
+        hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
+    return arrangeText(layout, room, beside, hasDue);
+}
+
+void TodoEditor::place() {
+    const auto frame = RowFrame::of(theme());
+    const int room = width() - frame.textLeft - frame.textRight;
+    const int lineSpacing = QFontMetrics(theme().font()).lineSpacing();
+    const int line = std::max(lineSpacing, frame.signSize);
+    const int lead = (line - lineSpacing) / 2;
+    const int top = theme().rowDistance() / 2 + frame.padding;
+    const auto arranged = arrangement(room);
+    // Some room below, so that the field never scrolls by a rounded pixel.
+    m_field->setGeometry(frame.textLeft, top + lead, arranged.textWidth,
+                         arranged.textHeight + frame.padding - 1);
+    int y = top + std::max(arranged.textHeight + lead, line);
+
+    const int small = QFontMetrics(theme().smallFont()).lineSpacing();
+    const auto button = m_schedule->sizeHint();
+    if (arranged.isBeside) {
+        m_schedule->setGeometry(width() - frame.textRight - button.width() + frame.gap / 2,
+                                top + (line - button.height()) / 2, button.width(),
+                                button.height());
+    } else {
+        m_schedule->setGeometry(frame.textLeft - 1, y - (button.height() - small) / 2,
+                                button.width(), button.height());
+        y += small + 1;
+    }
+    placeError({frame.textLeft, y}, room);
+}
+
+} // namespace korvex::ui

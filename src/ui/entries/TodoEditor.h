@@ -1,0 +1,53 @@
+#pragma once
+
+#include "ui/entries/RowEditor.h"
+#include "ui/todos/DueLabel.h"
+#include "ui/todos/RowText.h"
+#include "ui/todos/TodoTextEdit.h"
+
+class QToolButton;
+
+namespace korvex::ui {
+
+/// Edits a todo in its row. Main thread.
+class TodoEditor final : public RowEditor {
+    Q_OBJECT
+
+public:
+    TodoEditor(const Theme& theme, QWidget* parent);
+
+    TodoTextEdit& field() { return *m_field; }
+    QString text() const { return m_field->toPlainText(); }
+    void setText(const QString& text);
+    /// The stored text is this now; what was typed stays.
+    void setOriginal(const QString& text) { m_original = text; }
+    /// What the button beside the text says; an empty label offers to make a schedule.
+    void setDueLabel(const DueLabel& label);
+
+    QTextEdit& input() override { return *m_field; }
+    int caret() const override { return m_field->caret(); }
+    void setCaret(int offset) override;
+    bool isChanged() const override { return text() != m_original; }
+    void revert() override { setText(m_original); }
+    QMenu* makeMenu() override { return m_field->createStandardContextMenu(); }
+    int neededHeight(int width) override;
+
+Q_SIGNALS:
+    void scheduleClicked();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void applyTheme();
+    void place();
+    TextArrangement arrangement(int room) const;
+
+    TodoTextEdit* m_field;
+    QString m_original;
+    QToolButton* m_schedule;
+    DueLabel m_dueLabel;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+
+#include <QFrame>
+
+#include <functional>
+
+class QLabel;
+class QTimer;
+class QToolButton;
+
+namespace korvex::ui {
+
+/// A line of text above what it concerns, with a button that takes it away: what was refused, or
+/// what the user should know. Hidden while there is nothing to say.
+class ErrorBanner final : public QFrame {
+    Q_OBJECT
+
+public:
+    explicit ErrorBanner(const Theme& theme, QWidget* parent = nullptr);
+
+    enum class Tone { error, notice };
+    void showMessage(const QString& message, Tone tone = Tone::error);
+    /// A notice with a button that does something about it, and goes away by itself.
+    void offer(const QString& message, const QString& action, std::function<void()> perform);
+    void clear();
+    QString message() const;
+
+private:
+    void applyTheme();
+
+    const Theme& m_theme;
+    Tone m_tone = Tone::error;
+    QLabel* m_sign;
+    QLabel* m_text;
+    QToolButton* m_action;
+    QToolButton* m_close;
+    std::function<void()> m_perform;
+    QTimer* m_end;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,92 @@
+#pragma once
+
+#include "ui/kit/RowHeights.h"
+
+#include <QListView>
+#include <QPersistentModelIndex>
+
+#include <vector>
+
+namespace korvex::ui {
+
+/// A list whose rows have heights of their own and cost nothing while they are out of sight: only
+/// rows that are seen are measured, all others are estimated. When an estimate turns out wrong,
+/// what is on the screen stays where it is. Selection, keyboard, drag and drop and accessibility
+/// are those of QListView.
+class LazyListView : public QListView {
+    Q_OBJECT
+
+public:
+    explicit LazyListView(QWidget* parent = nullptr);
+
+    void setModel(QAbstractItemModel* model) override;
+    QRect visualRect(const QModelIndex& index) const override;
+    QModelIndex indexAt(const QPoint& point) const override;
+    void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    void doItemsLayout() override;
+    void reset() override;
+
+    /// Measures a row again, where it stands; what is above it on the screen keeps its place.
+    void measureAgain(int row);
+    /// All heights anew, for another width or font; the first row on the screen keeps its place.
+    void measureAllAgain();
+    /// The first and the last row in sight; -1 and -1 when there are none.
+    std::pair<int, int> visibleRows() const;
+
+protected:
+    /// The height of a row at the width of the viewport: exactly, and at almost no cost.
+    virtual int measuredHeight(int row) = 0;
+    virtual int estimatedHeight(int row) const = 0;
+    /// After the rows have found new places on the screen.
+    virtual void rowsPlaced() {}
+    /// Those whose height is known: a part of the rows that have been in sight.
+    std::vector<int> measuredRows() const;
+    /// Room under the last row.
+    void setBottomMargin(int margin) { m_bottomMargin = margin; }
+
+    QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
+    int horizontalOffset() const override { return 0; }
+    /// Escape and letters are left to the window: QListView would search by them.
+    void keyPressEvent(QKeyEvent* event) override;
+    int verticalOffset() const override;
+    void setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) override;
+    QRegion visualRegionForSelection(const QItemSelection& selection) const override;
+    QModelIndexList selectedIndexes() const override;
+    void updateGeometries() override;
+    void scrollContentsBy(int dx, int dy) override;
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void selectionChanged(const QItemSelection& selected,
+                          const QItemSelection& deselected) override;
+    void rowsInserted(const QModelIndex& parent, int first, int last) override;
+    void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
+    void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                     const QList<int>& roles) override;
+
+private:
+    /// A row and where its top lies in the viewport.
+    struct Anchor {
+        int row = -1;
+        int y = 0;
+    };
+
+    Anchor anchorOnScreen() const;
+    /// Measures what is in sight around the anchor and sets range and value of the scroll bar so
+    /// that the anchor stays where it is, as far as the ends of the list allow.
+    void settle(Anchor anchor);
+    void measureAround(Anchor anchor);
+    void setScrolling();
+    void rowsRemoved(int first, int last);
+    void rowsMoved(int first, int last, int destination);
+    void forgetAllHeights();
+
+    RowHeights m_heights;
+    Anchor m_anchor;
+    /// The anchor's row while all rows change places.
+    QPersistentModelIndex m_anchorIndex;
+    int m_bottomMargin = 0;
+    bool m_isSettling = false;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+
+#include <QFrame>
+#include <QPointer>
+
+namespace korvex::ui {
+
+/// A small panel over the window that belongs to a place in it. Escape closes it, as does a press
+/// outside; then the keyboard goes back to where it was. Deletes itself once closed.
+class Popover : public QFrame {
+    Q_OBJECT
+
+public:
+    Popover(const Theme& theme, QWidget* window);
+
+    /// `anchor` in global coordinates; the panel goes below it, above where there is no room.
+    void openAt(const QRect& anchor);
+    /// What a press outside asks for; closes unless a subclass has something to lose.
+    virtual void dismiss() { closeNow(); }
+    void closeNow();
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    /// Tab stays inside.
+    bool focusNextPrevChild(bool next) override;
+    /// The content has another size now.
+    void placeAgain();
+    const Theme& theme() const { return m_theme; }
+
+private:
+    const Theme& m_theme;
+    QPointer<QWidget> m_focusBefore;
+    QRect m_anchor;
+};
+
+} // namespace korvex::ui

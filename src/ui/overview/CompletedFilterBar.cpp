@@ -1,0 +1,243 @@
+#include "ui/overview/CompletedFilterBar.h"
+
+#include "ui/boards/BoardColors.h"
+#include "ui/boards/BoardIcons.h"
+#include "ui/boards/BoardLabel.h"
+#include "ui/kit/DateFields.h"
+#include "ui/kit/FlowLayout.h"
+#include "ui/kit/IconSet.h"
+#include "ui/kit/SearchField.h"
+
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLabel>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+using schedule::CompletedFilter;
+
+constexpr int kSideMargin = 18;
+constexpr int kSpacing = 8;
+/// A board's name may be long: this many letters of it tell enough.
+constexpr int kShownLetters = 14;
+/// How far back a range reaches that was just chosen.
+constexpr int kFirstRangeDays = 6;
+
+} // namespace
+
+CompletedFilterBar::CompletedFilterBar(const Workspace& workspace, const Theme& theme,
+                                       QWidget* parent)
+    : QWidget(parent),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_search(new SearchField(theme, this)) {
+    using Status = CompletedFilter::BoardStatus;
+    using Schedule = CompletedFilter::Schedule;
+    using Period = CompletedFilter::Period;
+    m_search->setPlaceholderText(tr("Search completed entries"));
+    m_search->setAccessibleName(tr("Search completed entries"));
+    m_search->setToolTip({});
+    m_boardStatus =
+        makePicker(tr("Filter by board status"), {Status::any, Status::active, Status::archived});
+    m_board = makePicker(tr("Filter by board"));
+    m_board->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    m_board->setMinimumContentsLength(kShownLetters);
+    m_schedule = makePicker(tr("Filter by due date"), {Schedule::any, Schedule::hadDueDate,
+                                                       Schedule::noDueDate, Schedule::late});
+    m_period =
+        makePicker(tr("Filter by completion date"),
+                   {Period::any, Period::today, Period::week, Period::month, Period::custom});
+    makeRange();
+    m_reset = new QPushButton(tr("Reset"), this);
+    m_reset->setAccessibleName(tr("Reset the filter"));
+    layOut();
+    fillBoards();
+    connectFields();
+    connect(&theme, &Theme::changed, this, &CompletedFilterBar::applyTheme);
+    applyTheme();
+    showFilter();
+}
+
+QComboBox* CompletedFilterBar::makePicker(const QString& name) {
+    auto* const picker = new QComboBox(this);
+    picker->setAccessibleName(name);
+    picker->setToolTip(name);
+    picker->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    return picker;
+}
+
+template <typename Case>
+QComboBox* CompletedFilterBar::makePicker(const QString& name, std::initializer_list<Case> cases) {
+    auto* const picker = makePicker(name);
+    for (const auto each : cases) {
+        picker->addItem(tr(std::string(schedule::title(each)).c_str()), static_cast<int>(each));
+    }
+    return picker;
+}
+
+void CompletedFilterBar::makeRange() {
+    m_range = new QWidget(this);
+    m_start = new QDateEdit(m_range);
+    m_start->setAccessibleName(tr("First day"));
+    m_end = new QDateEdit(m_range);
+    m_end->setAccessibleName(tr("Last day"));
+    for (auto* const field : {m_start, m_end}) {
+        field->setCalendarPopup(true);
+        DateFields::setUp(*field, DateFields::dayFormat());
+    }
+    auto* const row = new QHBoxLayout(m_range);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->setSpacing(kSpacing / 2);
+    row->addWidget(m_start);
+    row->addWidget(new QLabel(QStringLiteral("–"), m_range));
+    row->addWidget(m_end);
+}
+
+void CompletedFilterBar::layOut() {
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(kSideMargin, 0, kSideMargin, kSpacing);
+    column->setSpacing(kSpacing);
+    column->addWidget(m_search);
+    auto* const pickers = new FlowLayout;
+    pickers->setSpacing(kSpacing);
+    for (auto* const each :
+         std::initializer_list<QWidget*>{m_boardStatus, m_board, m_schedule, m_period, m_range}) {
+        pickers->addWidget(each);
+    }
+    pickers->addWidget(m_reset);
+    column->addLayout(pickers);
+}
+
+void CompletedFilterBar::connectFields() {
+    connect(m_search, &QLineEdit::textChanged, this, &CompletedFilterBar::take);
+    connect(m_search, &SearchField::walked, this, &CompletedFilterBar::listRequested);
+    connect(m_search, &SearchField::openRequested, this, &CompletedFilterBar::listRequested);
+    connect(m_search, &SearchField::escaped, this, [this] {
+        if (m_search->text().isEmpty()) {
+            Q_EMIT listRequested();
+        }
+        m_search->clear();
+    });
+    for (auto* const picker : {m_boardStatus, m_board, m_schedule, m_period}) {
+        connect(picker, &QComboBox::currentIndexChanged, this, &CompletedFilterBar::take);
+    }
+    for (auto* const field : {m_start, m_end}) {
+        connect(field, &QDateEdit::dateChanged, this, &CompletedFilterBar::take);
+    }
+    connect(m_reset, &QPushButton::clicked, this, [this] {
+        m_search->setFocus(); // before the button goes
+        reset();
+    });
+}
+
+void CompletedFilterBar::reset() {
+    m_filter = {};
+    showFilter();
+    Q_EMIT changed();
+}
+
+void CompletedFilterBar::followBoards() {
+    std::vector<BoardChoice> boards;
+    for (const auto* const board : m_workspace.boards.boards()) {
+        boards.push_back({board->id(), boardLabel(*board), boardIconName(board->iconSystemName()),
+                          iconColorOf(*board, m_theme.colors())});
+    }
+    if (boards == m_boards) {
+        return;
+    }
+    m_boards = std::move(boards);
+    fillBoards();
+    const bool isChosenGone =
+        m_filter.boardID &&
+        std::none_of(m_boards.begin(), m_boards.end(),
+                     [this](const BoardChoice& each) { return each.id == *m_filter.boardID; });
+    if (isChosenGone) {
+        m_filter.boardID.reset();
+    }
+    showFilter();
+    if (isChosenGone) {
+        Q_EMIT changed();
+    }
+}
+
+void CompletedFilterBar::fillBoards() {
+    const QScopedValueRollback showing(m_isShowing, true);
+    m_board->clear();
+    m_board->addItem(tr("All boards"));
+    for (const auto& board : m_boards) {
+        m_board->addItem(IconSet::icon(board.icon, board.color), board.label);
+    }
+}
+
+void CompletedFilterBar::showFilter() {
+    const QScopedValueRollback showing(m_isShowing, true);
+    if (m_search->text() != toQString(m_filter.query)) {
+        m_search->setText(toQString(m_filter.query));
+    }
+    const auto choose = [](QComboBox& picker, auto which) {
+        picker.setCurrentIndex(picker.findData(static_cast<int>(which)));
+    };
+    choose(*m_boardStatus, m_filter.boardStatus);
+    choose(*m_schedule, m_filter.schedule);
+    choose(*m_period, m_filter.period);
+    const auto chosen =
+        std::find_if(m_boards.begin(), m_boards.end(),
+                     [this](const BoardChoice& each) { return m_filter.boardID == each.id; });
+    m_board->setCurrentIndex(
+        chosen == m_boards.end() ? 0 : 1 + static_cast<int>(chosen - m_boards.begin()));
+    const bool isCustom = m_filter.period == CompletedFilter::Period::custom;
+    if (isCustom) {
+        const auto& calendar = m_workspace.dates.formats().calendar();
+        m_start->setDate(DateFields::dateTimeOf(m_filter.startDate, calendar).date());
+        m_end->setDate(DateFields::dateTimeOf(m_filter.endDate, calendar).date());
+    }
+    m_range->setVisible(isCustom);
+    m_reset->setVisible(m_filter.isActive());
+}
+
+void CompletedFilterBar::take() {
+    if (m_isShowing) {
+        return;
+    }
+    const auto before = m_filter;
+    m_filter.query = toUtf8(m_search->text());
+    m_filter.boardStatus =
+        static_cast<CompletedFilter::BoardStatus>(m_boardStatus->currentData().toInt());
+    m_filter.schedule = static_cast<CompletedFilter::Schedule>(m_schedule->currentData().toInt());
+    m_filter.period = static_cast<CompletedFilter::Period>(m_period->currentData().toInt());
+    m_filter.boardID.reset();
+    if (m_board->currentIndex() > 0) {
+        m_filter.boardID = m_boards[static_cast<std::size_t>(m_board->currentIndex()) - 1].id;
+    }
+    if (m_filter.period == CompletedFilter::Period::custom) {
+        const auto& calendar = m_workspace.dates.formats().calendar();
+        const auto now = m_workspace.now();
+        auto start = m_start->date();
+        auto end = m_end->date();
+        if (before.period != CompletedFilter::Period::custom) {
+            end = DateFields::dateTimeOf(now, calendar).date();
+            start = end.addDays(-kFirstRangeDays);
+        }
+        const QTime noon(12, 0);
+        m_filter.startDate = DateFields::instantOf(start, noon, calendar, now);
+        m_filter.endDate = DateFields::instantOf(end, noon, calendar, now);
+    }
+    if (m_filter != before) {
+        showFilter();
+        Q_EMIT changed();
+    }
+}
+
+void CompletedFilterBar::applyTheme() {
+    const int size = m_theme.scaled(14);
+    m_board->setIconSize({size, size});
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "schedule/CompletedFilter.h"
+#include "ui/kit/Theme.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QWidget>
+
+#include <optional>
+#include <vector>
+
+class QComboBox;
+class QDateEdit;
+class QPushButton;
+
+namespace korvex::ui {
+
+class SearchField;
+
+/// Chooses which completed todos are shown: by words, board, due date and completion date. Main
+/// thread.
+class CompletedFilterBar final : public QWidget {
+    Q_OBJECT
+
+public:
+    CompletedFilterBar(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+
+    const schedule::CompletedFilter& filter() const { return m_filter; }
+    void reset();
+    /// Offers the boards that there are now; where the chosen one is gone, all are chosen again.
+    /// Throws StoreError.
+    void followBoards();
+
+Q_SIGNALS:
+    void changed();
+    /// A key in the search field asks for the list.
+    void listRequested();
+
+private:
+    struct BoardChoice {
+        base::Uuid id;
+        QString label;
+        QString icon;
+        QColor color;
+
+        bool operator==(const BoardChoice&) const = default;
+    };
+
+    template <typename Case>
+    QComboBox* makePicker(const QString& name, std::initializer_list<Case> cases);
+    QComboBox* makePicker(const QString& name);
+    void makeRange();
+    void layOut();
+    void connectFields();
+    void fillBoards();
+    void showFilter();
+    void take();
+    void applyTheme();
+
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    schedule::CompletedFilter m_filter;
+    std::vector<BoardChoice> m_boards;
+    bool m_isShowing = false;
+
+    SearchField* m_search;
+    QComboBox* m_boardStatus;
+    QComboBox* m_board;
+    QComboBox* m_schedule;
+    QComboBox* m_period;
+    QWidget* m_range;
+    QDateEdit* m_start;
+    QDateEdit* m_end;
+    QPushButton* m_reset;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,112 @@
+#include "ui/overview/CompletedPage.h"
+
+#include "schedule/CompletedTodos.h"
+#include "ui/kit/Text.h"
+#include "ui/overview/CompletedFilterBar.h"
+#include "ui/overview/TodoGroupView.h"
+
+#include <QScopedValueRollback>
+
+#include <numeric>
+
+namespace korvex::ui {
+
+CompletedPage::CompletedPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
+    : TodoGroupPage(workspace, theme, TodoGroupModel::Detail::completion, tr("Completed"), parent),
+      m_bar(new CompletedFilterBar(workspace, theme, this)) {
+    insertBar(*m_bar);
+    connect(m_bar, &CompletedFilterBar::changed, this, &CompletedPage::filterChanged);
+    connect(m_bar, &CompletedFilterBar::listRequested, this, &CompletedPage::focusList);
+}
+
+CompletedPage::~CompletedPage() = default;
+
+std::vector<TodoGroup> CompletedPage::groups() {
+    std::vector<TodoGroup> result;
+    if (!m_completed) {
+        return result;
+    }
+    result.reserve(m_completed->groups().size());
+    for (const auto& group : m_completed->groups()) {
+        const auto& on = day(group.date);
+        result.push_back({.key = on.number, .title = on.title, .entries = group.entries});
+    }
+    return result;
+}
+
+const CompletedPage::Day& CompletedPage::day(base::Instant start) {
+    const auto [place, isNew] = m_days.try_emplace(start.seconds);
+    if (isNew) {
+        const auto& formats = workspace().dates.formats();
+        const auto number = formats.calendar().day(start);
+        place->second.number = static_cast<int>(number.value_or(0));
+        place->second.title =
+            toQString(number && number == m_today       ? formats.relativeDayWord(0)
+                      : number && number == m_yesterday ? formats.relativeDayWord(-1)
+                                                        : formats.dayWithFullMonth(start));
+    }
+    return place->second;
+}
+
+void CompletedPage::setNow(base::Instant now, const base::TimeZone& zone) {
+    if (!m_completed) {
+        m_completed = std::make_unique<schedule::CompletedTodos>(workspace().context,
+                                                                 workspace().texts, now, zone);
+        m_changes = m_completed->didChange().connect([this] { groupsChanged(m_extent); });
+    }
+    // The titles of the days depend on these.
+    const auto& calendar = workspace().dates.formats().calendar();
+    const auto today = calendar.day(now);
+    if (m_today != today || m_zone != zone) {
+        const auto dayBefore = calendar.adding(now, base::CalendarUnit::day, -1);
+        m_days.clear();
+        m_today = today;
+        m_yesterday = dayBefore ? calendar.day(*dayBefore) : std::nullopt;
+        m_zone = zone;
+    }
+    m_completed->setNow(now, zone);
+}
+
+void CompletedPage::linger(const base::Uuid& id) {
+    m_completed->linger(id);
+}
+
+void CompletedPage::release(const base::Uuid& id) {
+    m_completed->release(id);
+}
+
+void CompletedPage::followBoards() {
+    TodoGroupPage::followBoards();
+    m_bar->followBoards();
+}
+
+void CompletedPage::filterChanged() {
+    if (!m_completed) {
+        return;
+    }
+    const QScopedValueRollback changing(m_extent, TodoGroupModel::Extent::most);
+    perform([this] { m_completed->setFilter(m_bar->filter()); });
+    list().scrollToTop();
+}
+
+QString CompletedPage::emptyHint() const {
+    return m_completed && m_completed->hasAny() ? tr("No matching completed todos")
+                                                : tr("No completed todos yet.");
+}
+
+QString CompletedPage::headerNote() const {
+    if (!m_completed) {
+        return {};
+    }
+    const auto& groups = m_completed->groups();
+    const auto count = std::accumulate(
+        groups.begin(), groups.end(), std::size_t{0},
+        [](std::size_t sum, const auto& group) { return sum + group.entries.size(); });
+    if (count == 0) {
+        return {};
+    }
+    return m_completed->filter().isActive() ? tr("%1 found").arg(count)
+                                            : tr("%1 completed").arg(count);
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "ui/overview/TodoGroupPage.h"
+
+#include <memory>
+
+namespace korvex::schedule {
+class CompletedTodos;
+}
+
+namespace korvex::ui {
+
+class CompletedFilterBar;
+
+/// The completed todos of all boards under the days of their completion, with a filter. Main
+/// thread.
+class CompletedPage final : public TodoGroupPage {
+    Q_OBJECT
+
+public:
+    CompletedPage(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+    ~CompletedPage() override;
+
+    CompletedFilterBar& filterBar() { return *m_bar; }
+
+protected:
+    std::vector<TodoGroup> groups() override;
+    void setNow(base::Instant now, const base::TimeZone& zone) override;
+    bool shows(const model::Board&) const override { return true; }
+    void linger(const base::Uuid& id) override;
+    void release(const base::Uuid& id) override;
+    void followBoards() override;
+    QString emptyHint() const override;
+    QString headerNote() const override;
+
+private:
+    struct Day {
+        int number = 0;
+        QString title;
+    };
+    /// Of the day that begins then.
+    const Day& day(base::Instant start);
+    void filterChanged();
+
+    /// Null until the page is first shown.
+    std::unique_ptr<schedule::CompletedTodos> m_completed;
+    /// By the seconds of their starts, as long as today stays today.
+    std::unordered_map<double, Day> m_days;
+    std::optional<base::DayNumber> m_today;
+    std::optional<base::DayNumber> m_yesterday;
+    std::optional<base::TimeZone> m_zone;
+    TodoGroupModel::Extent m_extent = TodoGroupModel::Extent::few;
+    CompletedFilterBar* m_bar;
+    base::Subscription m_changes;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,133 @@
+#include "ui/overview/SearchListModel.h"
+
+#include "ui/boards/BoardIcons.h"
+#include "ui/kit/Refusal.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <memory>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Some screens full.
+constexpr int kKeptRows = 200;
+
+QString iconOf(std::string_view symbol, const model::Board& board) {
+    if (symbol == "rectangle.stack") {
+        return boardIconName(board.iconSystemName());
+    }
+    if (symbol == "text.alignleft") {
+        return QStringLiteral("text-align-left");
+    }
+    return symbol == "checkmark.circle" ? QStringLiteral("check-circle-fill")
+                                        : QStringLiteral("circle");
+}
+
+} // namespace
+
+SearchListModel::SearchListModel(const Workspace& workspace, QObject* parent)
+    : QAbstractListModel(parent), m_workspace(workspace), m_rows(kKeptRows) {}
+
+int SearchListModel::rowCount(const QModelIndex& parent) const {
+    return parent.isValid() ? 0 : static_cast<int>(m_results.size());
+}
+
+QVariant SearchListModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid() || index.row() >= rowCount()) {
+        return {};
+    }
+    switch (role) {
+    case Qt::DisplayRole:
+    case Qt::AccessibleTextRole:
+        return row(index.row()).line.text;
+    case Qt::AccessibleDescriptionRole: {
+        const auto& shown = row(index.row());
+        QStringList parts{shown.kind};
+        if (!shown.isBoard) {
+            parts.append(tr("on %1").arg(shown.boardName));
+        }
+        if (!shown.dueDescription.isEmpty()) {
+            parts.append(shown.dueDescription);
+        }
+        if (shown.isArchived) {
+            parts.append(tr("Archived"));
+        }
+        return parts.join(QStringLiteral(", "));
+    }
+    default:
+        return {};
+    }
+}
+
+void SearchListModel::search(const QString& query) {
+    const auto text = toUtf8(query);
+    auto results = m_workspace.search.search(text);
+    beginResetModel();
+    m_results = std::move(results);
+    m_terms = services::SearchService::foldedTerms(text, m_workspace.folding);
+    m_rows.clear();
+    endResetModel();
+}
+
+void SearchListModel::clear() {
+    beginResetModel();
+    m_results = {};
+    m_rows.clear();
+    endResetModel();
+}
+
+const SearchRow& SearchListModel::row(int row) const {
+    if (const auto* const known = m_rows.object(row)) {
+        return *known;
+    }
+    auto fresh = std::make_unique<SearchRow>();
+    // What cannot be read stays empty: a list that is drawn cannot ask what to do.
+    if (const auto refused = refusal([&] { *fresh = made(row); })) {
+        fresh->line.text = *refused;
+    }
+    auto* const kept = fresh.release();
+    m_rows.insert(row, kept); // takes it over
+    return *kept;
+}
+
+SearchRow SearchListModel::made(int row) const {
+    const auto result = m_results[at(row)];
+    SearchRow shown{
+        .line = SearchLine::of(result.content, m_terms, m_workspace.folding),
+        .icon = iconOf(result.symbol(), board(row)),
+        .kind = QCoreApplication::translate("korvex::services::SearchResult",
+                                            std::string(result.kind()).c_str()),
+        .boardName = toQString(result.boardName),
+        .isBoard = !result.entryType,
+        .isTodo = result.entryType == model::EntryType::todo,
+        .isCompleted = result.isCompleted,
+        .isArchived = result.isArchived,
+    };
+    const auto* const found = shown.isTodo && !shown.isCompleted ? entry(row) : nullptr;
+    if (found) {
+        shown.due = dueLabelOf(*found, m_workspace.now(), m_workspace.dates);
+    }
+    if (!shown.due.isEmpty()) {
+        shown.dueDescription = toQString(found->schedule().accessibilityLabel(
+            false, m_workspace.now(), m_workspace.dates.formats()));
+    }
+    return shown;
+}
+
+int SearchListModel::rowOf(const services::SearchResult::ID& id) const {
+    for (int row = 0; row < rowCount(); ++row) {
+        if (this->id(row) == id) {
+            return row;
+        }
+    }
+    return -1;
+}
+
+void SearchListModel::forgetLabels() {
+    m_rows.clear();
+}
+
+} // namespace korvex::ui

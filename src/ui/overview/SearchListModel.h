@@ -1,0 +1,72 @@
+#pragma once
+
+#include "services/SearchService.h"
+#include "ui/overview/SearchLine.h"
+#include "ui/todos/DueLabel.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QAbstractListModel>
+#include <QCache>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex::ui {
+
+/// What one row of the search's page shows.
+struct SearchRow {
+    SearchLine line;
+    /// The name of its icon in our set.
+    QString icon;
+    QString kind;
+    QString boardName;
+    DueLabel due;
+    QString dueDescription;
+    bool isBoard = false;
+    bool isTodo = false;
+    bool isCompleted = false;
+    bool isArchived = false;
+};
+
+/// What was found, row by row. A row is made when it is first shown: whatever the number of rows, a
+/// search costs what the search itself costs.
+class SearchListModel final : public QAbstractListModel {
+    Q_OBJECT
+
+public:
+    explicit SearchListModel(const Workspace& workspace, QObject* parent = nullptr);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+
+    /// Throws what the store throws; then it shows what it showed.
+    void search(const QString& query);
+    void clear();
+
+    const model::Board& board(int row) const { return m_results.board(at(row)); }
+    bool isBoard(int row) const { return id(row).kind == services::SearchResult::ID::Kind::board; }
+    /// Null for a row that is a board. May throw what the store throws.
+    const model::Entry* entry(int row) const { return m_results.entry(at(row)); }
+    /// Whether the row above is of another board.
+    bool beginsBoard(int row) const { return row == 0 || &board(row - 1) != &board(row); }
+    /// Valid until the next call of any function that is not const, or the next other row.
+    const SearchRow& row(int row) const;
+    services::SearchResult::ID id(int row) const { return m_results.id(at(row)); }
+    /// -1 when it is not among the results.
+    int rowOf(const services::SearchResult::ID& id) const;
+
+    /// "Now" has moved: rows are made anew when they are drawn.
+    void forgetLabels();
+
+private:
+    static std::size_t at(int row) { return static_cast<std::size_t>(row); }
+    SearchRow made(int row) const;
+
+    const Workspace& m_workspace;
+    services::SearchResults m_results;
+    std::vector<std::string> m_terms;
+    mutable QCache<int, SearchRow> m_rows;
+};
+
+} // namespace korvex::ui

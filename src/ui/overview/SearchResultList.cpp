@@ -1,0 +1,297 @@
+#include "ui/overview/SearchResultList.h"
+
+#include "ui/boards/BoardColors.h"
+#include "ui/boards/BoardIcons.h"
+#include "ui/kit/IconSet.h"
+#include "ui/kit/RowGround.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStyledItemDelegate>
+#include <QTextLayout>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kSideMargin = 8;
+constexpr int kGap = 10;
+constexpr int kPadding = 6;
+constexpr int kLineGap = 1;
+constexpr int kSignSize = 18;
+constexpr int kSmallIconSize = 13;
+/// Between the rows of two boards, with a hairline in its middle.
+constexpr int kBoardDistance = 13;
+constexpr double kMarkStrength = 0.30;
+
+/// The places of what a row shows, from its top left corner.
+struct Places {
+    QRect box;
+    QRect sign;
+    QRect line;
+    QRect note;
+};
+
+Places placesOf(int width, bool beginsBoard, const Theme& theme) {
+    const QFontMetrics font(theme.font());
+    const QFontMetrics small(theme.smallFont());
+    const int sign = theme.scaled(kSignSize);
+    const int first = std::max(font.lineSpacing(), sign);
+    const int top = (beginsBoard ? kBoardDistance : 0) + theme.rowDistance() / 4;
+    const int left = kSideMargin + kGap + sign + kGap;
+    const int room = std::max(40, width - left - kSideMargin - kGap);
+    Places places;
+    places.sign = QRect(kSideMargin + kGap, top + kPadding + (first - sign) / 2, sign, sign);
+    places.line = QRect(left, top + kPadding, room, first);
+    places.note = QRect(left, places.line.bottom() + 1 + kLineGap, room, small.lineSpacing());
+    places.box =
+        QRect(kSideMargin, top, width - 2 * kSideMargin, places.note.bottom() + 1 + kPadding - top);
+    return places;
+}
+
+} // namespace
+
+class SearchResultDelegate final : public QStyledItemDelegate {
+public:
+    SearchResultDelegate(const SearchListModel& model, const Theme& theme, QObject* parent)
+        : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
+
+    /// The row under the pointer, -1 for none.
+    int hoveredRow() const { return m_hoveredRow; }
+    void setHoveredRow(int row) { m_hoveredRow = row; }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const auto& colors = m_theme.colors();
+        const auto& row = m_model.row(index.row());
+        const bool isApart = index.row() > 0 && m_model.beginsBoard(index.row());
+        const auto places = placesOf(option.rect.width(), isApart, m_theme);
+        painter->save();
+        painter->translate(option.rect.topLeft());
+        painter->setRenderHint(QPainter::Antialiasing);
+        if (isApart) {
+            painter->fillRect(QRect(places.line.left(), kBoardDistance / 2, places.line.width(), 1),
+                              colors.hairline);
+        }
+        auto state = option.state;
+        state.setFlag(QStyle::State_MouseOver, index.row() == m_hoveredRow);
+        paintRowGround(*painter, places.box, state, colors.content, m_theme);
+        const auto iconColor = row.isBoard       ? iconColorOf(m_model.board(index.row()), colors)
+                               : row.isCompleted ? colors.accent
+                                                 : colors.secondaryText;
+        drawIcon(*painter, row.icon, iconColor, places.sign);
+        paintLine(*painter, row, places.line,
+                  option.state.testFlag(QStyle::State_Selected) ? colors.selection
+                                                                : colors.content);
+        paintNote(*painter, row, index.row(), places.note);
+        painter->restore();
+    }
+
+private:
+    static void drawIcon(QPainter& painter, const QString& name, const QColor& color,
+                         const QRect& rect) {
+        painter.drawPixmap(rect.topLeft(), IconSet::pixmap(name, color, rect.width(),
+                                                           painter.device()->devicePixelRatio()));
+    }
+
+    void paintLine(QPainter& painter, const SearchRow& row, const QRect& rect,
+                   const QColor& ground) const {
+        const auto& colors = m_theme.colors();
+        auto font = m_theme.font();
+        if (row.isBoard) {
+            font.setWeight(QFont::DemiBold);
+        }
+        const auto line = row.line.fitted(QFontMetrics(font), rect.width());
+        QTextLayout layout(line.text, font);
+        QTextOption direction;
+        direction.setWrapMode(QTextOption::NoWrap);
+        direction.setTextDirection(line.text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+        layout.setTextOption(direction);
+        QList<QTextLayout::FormatRange> marks;
+        for (const auto& mark : line.marks) {
+            QTextCharFormat format;
+            format.setBackground(blended(colors.accent, ground, kMarkStrength));
+            format.setForeground(colors.text);
+            marks.append({static_cast<int>(mark.start), static_cast<int>(mark.length), format});
+        }
+        layout.setFormats(marks);
+        layout.beginLayout();
+        auto placed = layout.createLine();
+        placed.setLineWidth(rect.width());
+        layout.endLayout();
+        painter.setPen(row.isCompleted ? colors.secondaryText : colors.text);
+        layout.draw(&painter, QPointF(rect.left(), rect.center().y() + 1 - placed.height() / 2));
+    }
+
+    /// Where it stands, whether that is archived, and when it is due; what has no room is left out
+    /// from behind.
+    void paintNote(QPainter& painter, const SearchRow& row, int number, const QRect& rect) const {
+        const auto& colors = m_theme.colors();
+        const QFontMetrics metrics(m_theme.smallFont());
+        const int size = m_theme.scaled(kSmallIconSize);
+        int left = rect.left();
+        const auto icon = [&](const QString& name, const QColor& color) {
+            if (left + size <= rect.right()) {
+                drawIcon(painter, name, color,
+                         QRect(left, rect.center().y() - size / 2, size, size));
+            }
+            left += size + 4;
+        };
+        const auto text = [&](const QString& words, const QColor& color, int most) {
+            const int room = std::min(rect.right() + 1 - left, most);
+            if (room > 0) {
+                const auto shown = metrics.elidedText(words, Qt::ElideRight, room);
+                painter.setPen(color);
+                painter.drawText(QRect(left, rect.top(), room, rect.height()),
+                                 Qt::AlignLeft | Qt::AlignVCenter, shown);
+                left += metrics.horizontalAdvance(shown) + kGap;
+            }
+        };
+        painter.setFont(m_theme.smallFont());
+        if (row.isBoard) {
+            text(row.kind, colors.secondaryText, rect.width());
+        } else {
+            const auto& board = m_model.board(number);
+            icon(boardIconName(board.iconSystemName()), iconColorOf(board, colors));
+            // A long name leaves room for the rest.
+            text(row.boardName, colors.secondaryText,
+                 row.due.isEmpty() && !row.isArchived ? rect.width() : rect.width() * 3 / 5);
+        }
+        if (row.isArchived) {
+            icon(QStringLiteral("archive"), colors.secondaryText);
+            text(SearchListModel::tr("Archived"), colors.secondaryText, rect.width());
+        }
+        const auto dueColor = row.due.isOverdue ? colors.danger : colors.secondaryText;
+        if (!row.due.text.isEmpty()) {
+            text(row.due.text, dueColor, rect.width());
+            left -= kGap - 5;
+        }
+        if (row.due.hasReminder) {
+            icon(QStringLiteral("bell-fill"), dueColor);
+        }
+    }
+
+    const SearchListModel& m_model;
+    const Theme& m_theme;
+    int m_hoveredRow = -1;
+};
+
+SearchResultList::SearchResultList(SearchListModel& model, const Theme& theme, QWidget* parent)
+    : LazyListView(parent),
+      m_model(model),
+      m_theme(theme),
+      m_delegate(new SearchResultDelegate(model, theme, this)) {
+    setFrameShape(NoFrame);
+    setMouseTracking(true);
+    setBottomMargin(kBoardDistance);
+    setItemDelegate(m_delegate);
+    setModel(&model);
+    setAccessibleName(tr("Results"));
+    connect(&theme, &Theme::changed, this, &SearchResultList::applyTheme);
+    applyTheme();
+}
+
+void SearchResultList::setCurrentRow(int row) {
+    const auto index = m_model.index(row, 0);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    scrollTo(index);
+}
+
+void SearchResultList::walk(int key) {
+    QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
+    keyPressEvent(&event);
+}
+
+int SearchResultList::heightOf(int row) const {
+    return m_rowHeight + (row > 0 && m_model.beginsBoard(row) ? kBoardDistance : 0);
+}
+
+void SearchResultList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    LazyListView::currentChanged(current, previous);
+    // The keys may be the search field's; a screen reader is told where they have come to.
+    QAccessibleEvent event(this, QAccessible::Focus);
+    event.setChild(current.row());
+    QAccessible::updateAccessibility(&event);
+}
+
+void SearchResultList::keyPressEvent(QKeyEvent* event) {
+    switch (event->key()) {
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        if (currentIndex().isValid()) {
+            Q_EMIT openRequested(currentRow());
+        }
+        return;
+    case Qt::Key_Space:
+        if (currentIndex().isValid()) {
+            Q_EMIT toggleRequested(currentRow());
+        }
+        return;
+    default:
+        break;
+    }
+    LazyListView::keyPressEvent(event);
+}
+
+void SearchResultList::mousePressEvent(QMouseEvent* event) {
+    m_pressed = indexAt(event->position().toPoint());
+    LazyListView::mousePressEvent(event);
+}
+
+void SearchResultList::mouseReleaseEvent(QMouseEvent* event) {
+    LazyListView::mouseReleaseEvent(event);
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    if (event->button() != Qt::LeftButton || !index.isValid() || index != m_pressed) {
+        return;
+    }
+    if (isOnCircle(index, position)) {
+        Q_EMIT toggleRequested(index.row());
+    } else {
+        Q_EMIT openRequested(index.row());
+    }
+}
+
+void SearchResultList::mouseMoveEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    setHoveredRow(index.row());
+    viewport()->setCursor(index.isValid() && isOnCircle(index, position) ? Qt::PointingHandCursor
+                                                                         : Qt::ArrowCursor);
+    LazyListView::mouseMoveEvent(event);
+}
+
+bool SearchResultList::isOnCircle(const QModelIndex& index, const QPoint& position) const {
+    const int margin = m_theme.scaled(6);
+    const auto places =
+        placesOf(viewport()->width(), index.row() > 0 && m_model.beginsBoard(index.row()), m_theme);
+    return m_model.row(index.row()).isTodo && !m_model.board(index.row()).isArchived() &&
+           places.sign.adjusted(-margin, -margin, margin, margin)
+               .contains(position - visualRect(index).topLeft());
+}
+
+void SearchResultList::leaveEvent(QEvent* event) {
+    setHoveredRow(-1);
+    LazyListView::leaveEvent(event);
+}
+
+void SearchResultList::setHoveredRow(int row) {
+    if (m_delegate->hoveredRow() != row) {
+        m_delegate->setHoveredRow(row);
+        viewport()->update();
+    }
+}
+
+void SearchResultList::applyTheme() {
+    const auto box = placesOf(kSideMargin, false, m_theme).box;
+    m_rowHeight = box.bottom() + 1 + m_theme.rowDistance() / 4;
+    auto own = palette();
+    own.setColor(QPalette::Base, m_theme.colors().content);
+    setPalette(own);
+    measureAllAgain();
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,147 @@
+#include "ui/overview/TodoGroupDelegate.h"
+
+#include "ui/boards/BoardColors.h"
+#include "ui/boards/BoardIcons.h"
+#include "ui/kit/RowGround.h"
+#include "ui/todos/RowFrame.h"
+#include "ui/todos/TodoPainting.h"
+
+#include <QPainter>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Some screens full of todos.
+constexpr int kKeptLayouts = 300;
+
+QFont headingFont(const Theme& theme) {
+    auto font = theme.font();
+    font.setWeight(QFont::DemiBold);
+    return font;
+}
+
+} // namespace
+
+TodoGroupDelegate::TodoGroupDelegate(const TodoGroupModel& model, const Workspace& workspace,
+                                     const Theme& theme, QObject* parent)
+    : QStyledItemDelegate(parent),
+      m_model(model),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_layouts(kKeptLayouts) {}
+
+void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const {
+    const int row = index.row();
+    painter->save();
+    painter->setClipRect(option.rect);
+    painter->translate(option.rect.topLeft());
+    painter->setRenderHint(QPainter::Antialiasing);
+    if (m_model.isHeading(row)) {
+        paintHeading(*painter, QRect(QPoint(), option.rect.size()), row);
+        painter->restore();
+        return;
+    }
+    const auto& colors = m_theme.colors();
+    const auto& laidOut = layout(row, option.rect.width());
+    const auto& entry = *m_model.entry(row);
+    const bool isHovered = row == m_hoveredRow;
+    auto state = option.state;
+    if (!state.testFlag(QStyle::State_Active)) {
+        // What is chosen in a list without the keyboard is told quietly.
+        state.setFlag(QStyle::State_MouseOver, state.testFlag(QStyle::State_Selected));
+        state.setFlag(QStyle::State_Selected, false);
+    }
+    state.setFlag(QStyle::State_MouseOver, isHovered || state.testFlag(QStyle::State_MouseOver));
+    paintRowGround(*painter, laidOut.box(), state, colors.content, m_theme);
+
+    TodoPainting::drawCircle(*painter, laidOut.circle(), entry.isCompleted(), isHovered, colors);
+    painter->setPen(entry.isCompleted() ? colors.secondaryText : colors.text);
+    laidOut.textLayout().draw(painter, laidOut.text().topLeft());
+    if (!laidOut.detail().isEmpty()) {
+        const bool isUrgent = laidOut.detailLabel().isOverdue && !entry.isCompleted();
+        TodoPainting::drawDueLabel(*painter, laidOut.detail(), laidOut.detailLabel(),
+                                   isUrgent ? colors.danger : colors.secondaryText, m_theme);
+    }
+    paintBoard(*painter, laidOut, entry);
+    painter->restore();
+}
+
+void TodoGroupDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
+    const auto& colors = m_theme.colors();
+    const auto& heading = m_model.heading(row);
+    const auto sizes = RowFrame::of(m_theme);
+    const QFontMetrics metrics(headingFont(m_theme));
+    const int line = metrics.lineSpacing();
+    const int left = sizes.boxMargin + sizes.gap;
+    const QRect place(left, rect.bottom() + 1 - m_theme.rowDistance() / 2 - line,
+                      rect.width() - 2 * left, line);
+    painter.setFont(headingFont(m_theme));
+    painter.setPen(heading.isUrgent ? colors.danger : colors.text);
+    painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, heading.title);
+    painter.setFont(m_theme.smallFont());
+    painter.setPen(colors.secondaryText);
+    painter.drawText(place.adjusted(metrics.horizontalAdvance(heading.title) + sizes.gap, 0, 0, 0),
+                     Qt::AlignLeft | Qt::AlignVCenter, QString::number(heading.count));
+}
+
+void TodoGroupDelegate::paintBoard(QPainter& painter, const TodoGroupRow& laidOut,
+                                   const model::Entry& entry) const {
+    const auto* const board = entry.board();
+    if (!board || laidOut.boardIcon().isEmpty()) {
+        return;
+    }
+    const auto& colors = m_theme.colors();
+    if (board->isArchived()) {
+        // A mark that stays where there is no room for the word.
+        TodoPainting::drawIcon(painter, QStringLiteral("archive"), colors.secondaryText,
+                               laidOut.boardIcon());
+    } else {
+        TodoPainting::drawIcon(painter, boardIconName(board->iconSystemName()),
+                               iconColorOf(*board, colors), laidOut.boardIcon());
+    }
+    painter.setFont(m_theme.smallFont());
+    painter.setPen(colors.secondaryText);
+    painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.boardText());
+}
+
+QSize TodoGroupDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                  const QModelIndex& index) const {
+    return {option.rect.width(), height(index.row(), option.rect.width())};
+}
+
+int TodoGroupDelegate::height(int row, int width) const {
+    return m_model.isHeading(row) ? TodoGroupRow::headingHeight(m_theme)
+                                  : layout(row, width).height();
+}
+
+const TodoGroupRow& TodoGroupDelegate::layout(int row, int width) const {
+    const auto* const entry = m_model.entry(row);
+    if (const auto* const known = m_layouts.object(entry); known && known->width() == width) {
+        return *known;
+    }
+    if (m_columnFor != width) {
+        m_columnFor = width;
+        m_column = TodoGroupRow::boardColumn(m_boardNames, width, m_theme);
+    }
+    auto* const made = new TodoGroupRow(m_model, row, width, m_column, m_workspace, m_theme);
+    m_layouts.insert(entry, made); // takes it over
+    return *made;
+}
+
+void TodoGroupDelegate::forgetAll() const {
+    m_layouts.clear();
+    m_columnFor = -1;
+}
+
+bool TodoGroupDelegate::setBoardNames(QStringList names) {
+    if (m_boardNames == names) {
+        return false;
+    }
+    m_boardNames = std::move(names);
+    forgetAll();
+    return true;
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "ui/kit/Refusal.h"
+#include "ui/kit/Theme.h"
+#include "ui/overview/TodoGroupModel.h"
+
+#include <QWidget>
+
+#include <optional>
+#include <unordered_map>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace korvex::ui {
+
+class ErrorBanner;
+class TodoGroupView;
+
+/// A page of todos from all boards under headings. Carries out what the user asks of a todo: a tick
+/// is stored at once and seen a moment longer, then its row leaves; ticked again before, nothing
+/// has changed. Follows the store and the clock; out of sight it does nothing, and catches up when
+/// it is shown. Main thread.
+class TodoGroupPage : public QWidget {
+    Q_OBJECT
+
+public:
+    ~TodoGroupPage() override;
+
+    void focusList();
+
+    TodoGroupView& list() { return *m_list; }
+    TodoGroupModel& todos() { return m_model; }
+    ErrorBanner& banner() { return *m_banner; }
+
+Q_SIGNALS:
+    /// The entry is to be shown on its board.
+    void entryOpenRequested(korvex::model::Entry* entry);
+
+protected:
+    TodoGroupPage(const Workspace& workspace, const Theme& theme, TodoGroupModel::Detail detail,
+                  const QString& title, QWidget* parent);
+
+    /// What is to be shown now; valid until the next change. Throws StoreError.
+    virtual std::vector<TodoGroup> groups() = 0;
+    /// "Now" has moved, or may have.
+    virtual void setNow(base::Instant now, const base::TimeZone& zone) = 0;
+    /// Whether rows may show this board.
+    virtual bool shows(const model::Board& board) const = 0;
+    /// Lets a todo stay in its place until `release`, though it does not belong there any more.
+    virtual void linger(const base::Uuid& id) = 0;
+    virtual void release(const base::Uuid& id) = 0;
+    /// What is said while there is nothing to show.
+    virtual QString emptyHint() const = 0;
+    /// What stands beside the title, quietly; may be empty.
+    virtual QString headerNote() const = 0;
+
+    /// The boards may have other names, or be others. Throws StoreError.
+    virtual void followBoards();
+
+    /// The groups are others now; small steps where few of their todos are.
+    void groupsChanged(TodoGroupModel::Extent extent = TodoGroupModel::Extent::few);
+    /// Between the title and the list.
+    void insertBar(QWidget& bar);
+    /// Runs an operation and says in the banner why it was refused; true when it was done.
+    template <typename Operation>
+    bool perform(Operation&& operation) {
+        const auto refused = refusal(operation);
+        if (refused) {
+            showRefusal(*refused);
+        }
+        return !refused;
+    }
+    const Workspace& workspace() const { return m_workspace; }
+    const Theme& theme() const { return m_theme; }
+
+    void showEvent(QShowEvent* event) override;
+
+private:
+    /// A todo whose tick was changed here and is still to be seen.
+    struct Lingering {
+        int attempt = 0;
+        std::int64_t sortOrder = 0;
+        std::optional<base::Instant> completedAt;
+    };
+
+    void connectList();
+    /// Takes in all that may be different, as far as the page is in sight.
+    void catchUp();
+    void recordsChanged(const store::ChangeSet& changes);
+    void showNotes();
+    /// Whether a todo with this state is one of those that the page lists.
+    bool belongs(const model::Entry& entry) const;
+    void toggle(model::Entry& entry);
+    void tickAway(model::Entry& entry);
+    void takeBack(model::Entry& entry);
+    void endLingering(model::Entry& entry, int attempt);
+    void letGo(model::Entry& entry, int attempt);
+    void remove(model::Entry& entry);
+    void openSchedule(model::Entry& entry);
+    void openMenu(int row, const QPoint& globalPosition);
+    void applyTheme();
+    void showRefusal(const QString& message);
+
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    TodoGroupModel m_model;
+    QVBoxLayout* m_column;
+    QLabel* m_title;
+    QLabel* m_note;
+    ErrorBanner* m_banner;
+    QLabel* m_emptyHint;
+    TodoGroupView* m_list;
+    std::unordered_map<const model::Entry*, Lingering> m_lingering;
+    int m_attempts = 0;
+    bool m_isBehind = true;
+    bool m_isFollowing = false;
+    base::Subscription m_changes;
+    base::Subscription m_ticks;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,139 @@
+#include "ui/overview/TodoGroupRow.h"
+
+#include "ui/boards/BoardLabel.h"
+#include "ui/todos/RowFrame.h"
+#include "ui/todos/RowText.h"
+
+#include <QFontMetrics>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kBoardIconSize = 14;
+constexpr int kBoardIconGap = 5;
+/// A board's name takes no more of the row than this, beside a text.
+constexpr double kWidestColumn = 0.22;
+constexpr int kWidestName = 160;
+/// Above a heading.
+constexpr int kHeadingDistance = 14;
+
+DueLabel detailLabelOf(const TodoGroupModel& model, int row, const Workspace& workspace) {
+    if (model.detail() == TodoGroupModel::Detail::completion) {
+        return {.text = model.completionText(row)};
+    }
+    return dueLabelOf(*model.entry(row), workspace.now(), workspace.dates,
+                      OverdueWord::no); // the heading says it
+}
+
+} // namespace
+
+TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int boardColumn,
+                           const Workspace& workspace, const Theme& theme)
+    : m_width(width),
+      m_boardColumn(boardColumn),
+      m_text(makeTextLayout(model.text(row), theme)),
+      m_detailLabel(detailLabelOf(model, row, workspace)) {
+    if (const auto* const board = model.entry(row)->board()) {
+        m_boardText = boardLabel(*board);
+    }
+    m_isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
+    const auto sizes = RowFrame::of(theme);
+    const int room = std::max(40, width - sizes.textLeft - sizes.textRight);
+    const int detailWidth = m_detailLabel.width(theme);
+    const int boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
+    const int beside = 2 * sizes.gap + detailWidth + (detailWidth > 0 ? sizes.gap : 0) + boardWidth;
+    const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, beside, true);
+
+    const int line = QFontMetrics(theme.font()).lineSpacing();
+    const int firstLine = std::max(line, sizes.signSize);
+    const int top = theme.rowDistance() / 2;
+    const int lineTop = top + sizes.padding;
+    m_textRect = QRect(sizes.textLeft, lineTop + (firstLine - line) / 2, textWidth, textHeight);
+    m_circle = QRect(sizes.boxMargin + sizes.gap, lineTop + (firstLine - sizes.signSize) / 2,
+                     sizes.signSize, sizes.signSize);
+    int bottom = std::max(m_textRect.bottom() + 1, lineTop + firstLine);
+    if (isBeside) {
+        placeBeside(lineTop, firstLine, theme);
+    } else {
+        bottom = placeBelow(bottom + 1, room, theme);
+    }
+    m_height = bottom + sizes.padding + theme.rowDistance() - top;
+    m_box =
+        QRect(sizes.boxMargin, top, width - 2 * sizes.boxMargin, m_height - theme.rowDistance());
+}
+
+/// The names of boards stand in one column, the details at its left.
+void TodoGroupRow::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
+    const auto sizes = RowFrame::of(theme);
+    const int line = QFontMetrics(theme.smallFont()).lineSpacing();
+    const int top = firstLineTop + (firstLineHeight - line) / 2;
+    const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
+    const int left = m_width - sizes.textRight - m_boardColumn - icon;
+    setBoard({left, top}, line, m_boardColumn, theme);
+    if (!m_detailLabel.isEmpty()) {
+        const int width = m_detailLabel.width(theme);
+        m_detail = QRect(left - sizes.gap - width, top, width, line);
+    }
+}
+
+int TodoGroupRow::placeBelow(int top, int room, const Theme& theme) {
+    const auto sizes = RowFrame::of(theme);
+    const QFontMetrics metrics(theme.smallFont());
+    const int line = metrics.lineSpacing();
+    const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
+    const int detailWidth = std::min(m_detailLabel.width(theme), room);
+    const int nameWidth =
+        std::min(metrics.horizontalAdvance(m_boardText) + 1, std::max(0, room - icon));
+    const auto leftOf = [&](int offset, int width) {
+        return m_isRightToLeft ? sizes.textLeft + room - offset - width : sizes.textLeft + offset;
+    };
+    int offset = 0;
+    if (!m_detailLabel.isEmpty()) {
+        const int height = m_detailLabel.height(room, theme);
+        m_detail = QRect(leftOf(0, detailWidth), top, detailWidth, height);
+        offset = detailWidth + sizes.gap;
+        if (!m_boardText.isEmpty() && offset + icon + nameWidth > room) {
+            offset = 0;
+            top += height;
+        }
+    }
+    setBoard({leftOf(offset, icon + nameWidth), top}, line, nameWidth, theme);
+    return top + line;
+}
+
+void TodoGroupRow::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth,
+                            const Theme& theme) {
+    if (m_boardText.isEmpty()) {
+        return;
+    }
+    const int icon = theme.scaled(kBoardIconSize);
+    m_boardIcon = QRect(topLeft.x(), topLeft.y() + (lineHeight - icon) / 2, icon, icon);
+    m_boardNameRect = QRect(topLeft.x() + icon + kBoardIconGap, topLeft.y(), nameWidth, lineHeight);
+    m_boardText =
+        QFontMetrics(theme.smallFont()).elidedText(m_boardText, Qt::ElideRight, nameWidth);
+}
+
+int TodoGroupRow::lowestHeight(const Theme& theme) {
+    const auto sizes = RowFrame::of(theme);
+    return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) + 2 * sizes.padding +
+           theme.rowDistance();
+}
+
+int TodoGroupRow::headingHeight(const Theme& theme) {
+    return theme.scaled(kHeadingDistance) + QFontMetrics(theme.font()).lineSpacing() +
+           theme.rowDistance() / 2;
+}
+
+int TodoGroupRow::boardColumn(const QStringList& names, int width, const Theme& theme) {
+    const QFontMetrics metrics(theme.smallFont());
+    int widest = 0;
+    for (const auto& name : names) {
+        widest = std::max(widest, metrics.horizontalAdvance(name) + 1);
+    }
+    return std::min({widest, static_cast<int>(width * kWidestColumn), theme.scaled(kWidestName)});
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,53 @@
+#include "ui/overview/UpcomingPage.h"
+
+#include "ui/kit/Text.h"
+
+#include <QCoreApplication>
+
+namespace korvex::ui {
+
+UpcomingPage::UpcomingPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
+    : TodoGroupPage(workspace, theme, TodoGroupModel::Detail::due, tr("Upcoming"), parent) {}
+
+std::vector<TodoGroup> UpcomingPage::groups() {
+    std::vector<TodoGroup> result;
+    if (!m_upcoming) {
+        return result;
+    }
+    for (const auto& group : m_upcoming->groups()) {
+        const auto title = QCoreApplication::translate(
+            "korvex::ui::UpcomingPage", std::string(schedule::title(group.section)).c_str());
+        result.push_back({.key = static_cast<int>(group.section),
+                          .title = title,
+                          .isUrgent = group.section == schedule::UpcomingSection::overdue,
+                          .entries = group.entries});
+    }
+    return result;
+}
+
+void UpcomingPage::setNow(base::Instant now, const base::TimeZone& zone) {
+    if (!m_upcoming) {
+        m_upcoming = &workspace().upcoming.get();
+        m_changes = m_upcoming->didChange().connect([this] { groupsChanged(); });
+    }
+    m_upcoming->setNow(now, zone);
+}
+
+void UpcomingPage::linger(const base::Uuid& id) {
+    m_upcoming->linger(id);
+}
+
+void UpcomingPage::release(const base::Uuid& id) {
+    m_upcoming->release(id);
+}
+
+QString UpcomingPage::emptyHint() const {
+    return tr("No upcoming todos.");
+}
+
+QString UpcomingPage::headerNote() const {
+    const auto count = m_upcoming ? m_upcoming->count() : 0;
+    return count == 0 ? QString() : tr("%1 open").arg(count);
+}
+
+} // namespace korvex::ui

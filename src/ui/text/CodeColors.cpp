@@ -1,0 +1,197 @@
+#include "ui/text/CodeColors.h"
+
+#include "ui/text/TextFormats.h"
+
+#include <QTextBlock>
+#include <QTextLayout>
+
+#include <algorithm>
+#include <chrono>
+#include <string>
+#include <vector>
+
+namespace korvex::ui {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Ranges = QList<QTextLayout::FormatRange>;
+
+/// So long the keys must rest before code is analysed anew.
+constexpr auto kPause = 120ms;
+
+/// A stretch of code in one language and where it stands.
+struct Piece {
+    struct Part {
+        QTextBlock block;
+        /// In the block, and in the piece's text.
+        int start;
+        int length;
+        int offset;
+    };
+    QString language;
+    bool isBlock = false;
+    QString text;
+    std::vector<Part> parts;
+};
+
+/// The maximal stretches of code, in order. As in the text, ends of paragraphs belong to them.
+std::vector<Piece> piecesOf(const QTextDocument& document) {
+    std::vector<Piece> pieces;
+    bool isOpen = false;
+    const auto add = [&](const QTextBlock& block, const QTextCharFormat& format, int start,
+                         const QString& text) {
+        const auto language = format.stringProperty(kCodeLanguageProperty);
+        if (language.isEmpty()) {
+            isOpen = false;
+            return;
+        }
+        const bool isBlock = format.boolProperty(kCodeBlockProperty);
+        if (!isOpen || pieces.back().language != language || pieces.back().isBlock != isBlock) {
+            pieces.push_back({language, isBlock, {}, {}});
+            isOpen = true;
+        }
+        auto& piece = pieces.back();
+        piece.parts.push_back(
+            {block, start, static_cast<int>(text.size()), static_cast<int>(piece.text.size())});
+        piece.text += text;
+    };
+    for (auto block = document.begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const auto fragment = it.fragment();
+            add(block, fragment.charFormat(), fragment.position() - block.position(),
+                fragment.text());
+        }
+        if (!isGap(block) && block.next().isValid()) {
+            add(block, block.charFormat(), block.length() - 1, QStringLiteral("\n"));
+        }
+    }
+    return pieces;
+}
+
+/// The colours of one part of a piece, counted from the start of its block.
+void append(Ranges& ranges, const Piece::Part& part, const std::vector<richtext::ScopeRun>& scopes,
+            const TextLook& look) {
+    const auto first =
+        std::partition_point(scopes.begin(), scopes.end(), [&](const richtext::ScopeRun& scope) {
+            return static_cast<int>(scope.range.end()) <= part.offset;
+        });
+    for (auto scope = first; scope != scopes.end(); ++scope) {
+        const int from = std::max(static_cast<int>(scope->range.location), part.offset);
+        const int to = std::min(static_cast<int>(scope->range.end()), part.offset + part.length);
+        if (static_cast<int>(scope->range.location) >= part.offset + part.length) {
+            break;
+        }
+        if (from < to && scope->color != richtext::SystemColor::label) {
+            QTextLayout::FormatRange range;
+            range.start = part.start + from - part.offset;
+            range.length = to - from;
+            range.format.setForeground(look.foreground(richtext::Color::named(scope->color)));
+            ranges.append(range);
+        }
+    }
+}
+
+/// The colours that each block is to have, in the order of the document.
+struct Wanted {
+    QTextBlock block;
+    Ranges ranges;
+    bool isAwaited = false;
+};
+
+} // namespace
+
+bool colorCode(QTextDocument& document, richtext::CodeHighlighter& code, const TextLook& look) {
+    bool isComplete = true;
+    std::vector<Wanted> wanted;
+    for (const auto& piece : piecesOf(document)) {
+        const std::u16string_view text(reinterpret_cast<const char16_t*>(piece.text.utf16()),
+                                       static_cast<std::size_t>(piece.text.size()));
+        const auto* const scopes = code.scopes(text, piece.language.toStdString());
+        isComplete = isComplete && scopes;
+        for (const auto& part : piece.parts) {
+            if (wanted.empty() || wanted.back().block != part.block) {
+                wanted.push_back({part.block, {}});
+            }
+            if (scopes) {
+                append(wanted.back().ranges, part, *scopes, look);
+            } else {
+                wanted.back().isAwaited = true;
+            }
+        }
+    }
+    int first = -1;
+    int last = -1;
+    auto next = wanted.begin();
+    for (auto block = document.begin(); block.isValid(); block = block.next()) {
+        Ranges ranges;
+        if (next != wanted.end() && next->block == block) {
+            const auto& own = *next++;
+            if (own.isAwaited) {
+                continue;
+            }
+            ranges = own.ranges;
+        }
+        auto* const layout = block.layout();
+        // While something is composed here, the layout's formats are those of the input method.
+        if (layout->formats() != ranges && layout->preeditAreaText().isEmpty()) {
+            layout->setFormats(ranges);
+            first = first < 0 ? block.position() : first;
+            last = block.position() + block.length();
+        }
+    }
+    if (first >= 0) {
+        document.markContentsDirty(first, last - first);
+    }
+    return isComplete;
+}
+
+CodeColors::CodeColors(QTextDocument& document, richtext::CodeHighlighter& code,
+                       const TextLook& look, QObject* parent)
+    : QObject(parent), m_document(document), m_code(code), m_look(look) {
+    m_pause.setSingleShot(true);
+    m_pause.setInterval(kPause);
+    connect(&m_pause, &QTimer::timeout, this, &CodeColors::update);
+    connect(&document, &QTextDocument::contentsChange, this, &CodeColors::moveColors);
+    m_arrivals = code.arrived().connect([this] {
+        if (m_isWaiting) {
+            update();
+        }
+    });
+    update();
+}
+
+void CodeColors::setLook(const TextLook& look) {
+    m_look = look;
+    update();
+}
+
+void CodeColors::update() {
+    m_pause.stop();
+    m_isWaiting = !colorCode(m_document, m_code, m_look);
+}
+
+/// Until the new colours are known the old ones stay with their words.
+void CodeColors::moveColors(int position, int removed, int added) {
+    m_pause.start();
+    const auto block = m_document.findBlock(position);
+    auto* const layout = block.isValid() ? block.layout() : nullptr;
+    if (!layout || layout->formats().isEmpty() || !layout->preeditAreaText().isEmpty()) {
+        return;
+    }
+    const int start = position - block.position();
+    auto ranges = layout->formats();
+    for (auto& range : ranges) {
+        if (range.start >= start + removed) {
+            range.start += added - removed;
+        } else if (range.start + range.length > start) {
+            range.length = std::max(range.length + added - removed, 0);
+        }
+    }
+    ranges.removeIf([&](const auto& range) {
+        return range.length <= 0 || range.start < 0 || range.start >= block.length();
+    });
+    layout->setFormats(ranges);
+}
+
+} // namespace korvex::ui

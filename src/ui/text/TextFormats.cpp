@@ -1,0 +1,416 @@
+#include "ui/text/TextFormats.h"
+
+#include "richtext/code/CodeSyntax.h"
+#include "ui/kit/Text.h"
+
+#include <QTextDocument>
+#include <QTextFragment>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace korvex::ui {
+
+namespace {
+
+using namespace richtext;
+
+constexpr QChar kFrameStart{0xfdd0};
+constexpr QChar kFrameEnd{0xfdd1};
+
+/// Of what a file says; half a screen.
+constexpr Twips kLongest = 720 * kTwipsPerPoint;
+
+struct DrawnLine {
+    LineStyle style;
+    QTextCharFormat::UnderlineStyle drawn;
+};
+constexpr std::array kUnderlines{
+    DrawnLine{LineStyle::none, QTextCharFormat::NoUnderline},
+    DrawnLine{LineStyle::single, QTextCharFormat::SingleUnderline},
+    DrawnLine{LineStyle::thick, QTextCharFormat::SingleUnderline},
+    DrawnLine{LineStyle::doubled, QTextCharFormat::SingleUnderline},
+    DrawnLine{LineStyle::dotted, QTextCharFormat::DotLine},
+    DrawnLine{LineStyle::dashed, QTextCharFormat::DashUnderline},
+    DrawnLine{LineStyle::dashDotted, QTextCharFormat::DashDotLine},
+    DrawnLine{LineStyle::dashDotDotted, QTextCharFormat::DashDotDotLine},
+};
+
+LineStyle lineStyle(int number) {
+    return number < 0 || number > static_cast<int>(LineStyle::dashDotDotted)
+               ? LineStyle::single
+               : static_cast<LineStyle>(number);
+}
+
+LineStyle underlineOf(const QTextCharFormat& format) {
+    const auto drawn = format.underlineStyle();
+    if (drawn == QTextCharFormat::NoUnderline) {
+        return LineStyle::none;
+    }
+    if (format.hasProperty(kUnderlineProperty)) {
+        return lineStyle(format.intProperty(kUnderlineProperty));
+    }
+    const auto* const known =
+        std::find_if(kUnderlines.begin(), kUnderlines.end(),
+                     [&](const DrawnLine& line) { return line.drawn == drawn; });
+    return known == kUnderlines.end() ? LineStyle::single : known->style;
+}
+
+uint packed(const Color& color) {
+    return static_cast<uint>(color.name) << 24U | static_cast<uint>(color.red) << 16U |
+           static_cast<uint>(color.green) << 8U | color.blue;
+}
+
+std::optional<Color> colorIn(const QTextCharFormat& format, TextProperty property) {
+    if (!format.hasProperty(property)) {
+        return std::nullopt;
+    }
+    const auto value = format.property(property).toUInt();
+    return Color{.name = static_cast<SystemColor>(value >> 24U),
+                 .red = static_cast<std::uint8_t>(value >> 16U),
+                 .green = static_cast<std::uint8_t>(value >> 8U),
+                 .blue = static_cast<std::uint8_t>(value)};
+}
+
+void setLines(QTextCharFormat& format, const CharacterAttributes& attributes) {
+    const bool isLink = !attributes.link.empty();
+    const auto wanted = attributes.underline;
+    if (isLink || wanted != LineStyle::none) {
+        const auto drawn = wanted == LineStyle::none ? LineStyle::single : wanted;
+        format.setUnderlineStyle(kUnderlines[static_cast<std::size_t>(drawn)].drawn);
+        if (underlineOf(format) != wanted) {
+            format.setProperty(kUnderlineProperty, static_cast<int>(wanted));
+        }
+    }
+    if (attributes.strikethrough != LineStyle::none) {
+        format.setFontStrikeOut(true);
+        if (attributes.strikethrough != LineStyle::single) {
+            format.setProperty(kStrikethroughProperty, static_cast<int>(attributes.strikethrough));
+        }
+    }
+}
+
+void setColors(QTextCharFormat& format, const CharacterAttributes& attributes,
+               const TextLook& look) {
+    if (attributes.foreground) {
+        format.setProperty(kForegroundProperty, packed(*attributes.foreground));
+    }
+    if (attributes.background) {
+        format.setProperty(kBackgroundProperty, packed(*attributes.background));
+    }
+    if (!attributes.link.empty()) {
+        format.setForeground(look.link);
+    } else if (attributes.foreground) {
+        format.setForeground(look.foreground(*attributes.foreground));
+    }
+    if (attributes.korvexCodeBlock) {
+        return; // its ground goes over the whole width and is not the characters'
+    }
+    if (attributes.isCode()) {
+        format.setBackground(look.codeGround);
+    } else if (attributes.background) {
+        format.setBackground(look.fill(*attributes.background));
+    }
+}
+
+/// The table whose cell or end stands before the block. Within a step of undo, unlike a cursor's
+/// current table, which is known only after it.
+const QTextTable* tableBefore(const QTextBlock& block) {
+    return qobject_cast<const QTextTable*>(
+        block.document()->object(block.charFormat().objectIndex()));
+}
+
+} // namespace
+
+QTextCharFormat charFormatOf(const CharacterAttributes& attributes, const TextLook& look) {
+    QTextCharFormat format;
+    const auto& font = attributes.font;
+    if (font.family == FontFamily::monospaced) {
+        format.setFontFixedPitch(true);
+        format.setFontFamilies({look.monospacedFamily});
+    }
+    if (font.isBold) {
+        format.setFontWeight(QFont::Bold);
+    }
+    if (font.isItalic) {
+        format.setFontItalic(true);
+    }
+    if (font.size != kBaseFontSize) {
+        // Nothing that a file says makes a text unreadable or larger than the screen.
+        format.setFontPointSize(look.pointSize(std::clamp(font.size, 4'000, 96'000)));
+        format.setProperty(kFontSizeProperty, font.size);
+    }
+    if (!attributes.link.empty()) {
+        format.setAnchor(true);
+        format.setAnchorHref(toQString(attributes.link));
+    }
+    if (attributes.isCode()) {
+        format.setProperty(kCodeLanguageProperty, toQString(attributes.korvexCodeLanguage));
+    }
+    if (attributes.korvexCodeBlock) {
+        format.setProperty(kCodeBlockProperty, true);
+    }
+    if (attributes.isAttachment) {
+        format.setProperty(kAttachmentProperty, true);
+    }
+    setLines(format, attributes);
+    setColors(format, attributes, look);
+    return format;
+}
+
+CharacterAttributes attributesOf(const QTextCharFormat& format) {
+    CharacterAttributes result;
+    result.font.family = format.fontFixedPitch() ? FontFamily::monospaced : FontFamily::system;
+    result.font.isBold = format.fontWeight() >= QFont::DemiBold;
+    result.font.isItalic = format.fontItalic();
+    if (format.hasProperty(kFontSizeProperty)) {
+        result.font.size = format.intProperty(kFontSizeProperty);
+    }
+    result.underline = underlineOf(format);
+    if (format.fontStrikeOut()) {
+        result.strikethrough = format.hasProperty(kStrikethroughProperty)
+                                   ? lineStyle(format.intProperty(kStrikethroughProperty))
+                                   : LineStyle::single;
+    }
+    if (format.isAnchor()) {
+        result.link = toUtf8(format.anchorHref());
+    }
+    result.korvexCodeLanguage = toUtf8(format.stringProperty(kCodeLanguageProperty));
+    result.korvexCodeBlock = format.boolProperty(kCodeBlockProperty);
+    result.foreground = colorIn(format, kForegroundProperty);
+    result.background = colorIn(format, kBackgroundProperty);
+    result.isAttachment = format.boolProperty(kAttachmentProperty);
+    return result;
+}
+
+QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const TextLook& look) {
+    QTextBlockFormat format;
+    auto kept = style;
+    kept.lists.clear();
+    kept.cells.clear();
+    kept.alignment = TextAlignment::natural;
+    kept.direction = WritingDirection::natural;
+    if (kept != ParagraphStyle{}) {
+        format.setProperty(kStyleProperty, QVariant::fromValue(kept));
+    }
+
+    switch (style.alignment) {
+    case TextAlignment::natural:
+        break;
+    case TextAlignment::left:
+        format.setAlignment(Qt::AlignLeft | Qt::AlignAbsolute);
+        break;
+    case TextAlignment::center:
+        format.setAlignment(Qt::AlignHCenter);
+        break;
+    case TextAlignment::right:
+        format.setAlignment(Qt::AlignRight | Qt::AlignAbsolute);
+        break;
+    case TextAlignment::justified:
+        format.setAlignment(Qt::AlignJustify);
+        break;
+    }
+    if (style.direction != WritingDirection::natural) {
+        format.setLayoutDirection(
+            style.direction == WritingDirection::rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    }
+
+    const double padding = ground == Ground::code ? look.codePadding() : 0;
+    const auto set = [](double value, auto&& setter) {
+        if (value != 0) {
+            setter(value);
+        }
+    };
+    if (style.lists.empty()) {
+        // What hangs out to the left must not leave the text's ground.
+        set(look.pixels(std::clamp(style.leftIndent, 0, kLongest)) + padding,
+            [&](double value) { format.setLeftMargin(value); });
+        set(look.pixels(
+                std::clamp(style.firstLineIndent, -std::max(style.leftIndent, 0), kLongest)),
+            [&](double value) { format.setTextIndent(value); });
+    }
+    set(look.pixels(std::clamp(style.rightIndent, 0, kLongest)) + padding,
+        [&](double value) { format.setRightMargin(value); });
+    // The lines of a code block are so far apart, and the ground's edges so far from the first and
+    // the last; of two neighbours Qt takes the larger distance.
+    const double distance = ground == Ground::code ? look.codePadding() / 2 : 0;
+    set(std::max(look.pixels(std::clamp(style.spacingBefore, 0, kLongest)), distance),
+        [&](double value) { format.setTopMargin(value); });
+    set(std::max(look.pixels(std::clamp(style.spacingAfter, 0, kLongest)), distance),
+        [&](double value) { format.setBottomMargin(value); });
+    if (style.lineHeight < 0) {
+        format.setLineHeight(look.pixels(std::clamp(-style.lineHeight, 80, kLongest)),
+                             QTextBlockFormat::FixedHeight);
+    } else if (style.lineHeight > 0) {
+        format.setLineHeight(look.pixels(std::min(style.lineHeight, kLongest)),
+                             QTextBlockFormat::MinimumHeight);
+    } else if (style.lineHeightMultiple > 0) {
+        format.setLineHeight(std::clamp(style.lineHeightMultiple, 120, 2'400) / 2.4,
+                             QTextBlockFormat::ProportionalHeight);
+    } else if (style.lineSpacing > 0 && ground == Ground::plain) {
+        format.setLineHeight(look.pixels(std::min(style.lineSpacing, kLongest)),
+                             QTextBlockFormat::LineDistanceHeight);
+    }
+    if (!style.tabStops.empty()) {
+        QList<QTextOption::Tab> tabs;
+        for (const auto stop : style.tabStops) {
+            tabs.append(QTextOption::Tab(look.pixels(stop), QTextOption::LeftTab));
+        }
+        format.setTabPositions(tabs);
+    }
+    return format;
+}
+
+ParagraphStyle styleOf(const QTextBlockFormat& format) {
+    auto result = format.property(kStyleProperty).value<ParagraphStyle>();
+    if (format.hasProperty(QTextFormat::BlockAlignment)) {
+        const auto alignment = format.alignment();
+        if (alignment.testFlag(Qt::AlignHCenter)) {
+            result.alignment = TextAlignment::center;
+        } else if (alignment.testFlag(Qt::AlignJustify)) {
+            result.alignment = TextAlignment::justified;
+        } else if (alignment.testFlag(Qt::AlignRight)) {
+            result.alignment = TextAlignment::right;
+        } else if (alignment.testFlag(Qt::AlignAbsolute)) {
+            result.alignment = TextAlignment::left;
+        }
+    }
+    if (format.hasProperty(QTextFormat::LayoutDirection)) {
+        switch (format.layoutDirection()) {
+        case Qt::LeftToRight:
+            result.direction = WritingDirection::leftToRight;
+            break;
+        case Qt::RightToLeft:
+            result.direction = WritingDirection::rightToLeft;
+            break;
+        case Qt::LayoutDirectionAuto:
+            break;
+        }
+    }
+    return result;
+}
+
+bool isCodeBlock(const QTextBlock& block) {
+    auto fragment = block.begin();
+    if (fragment.atEnd()) {
+        return block.charFormat().boolProperty(kCodeBlockProperty);
+    }
+    for (; !fragment.atEnd(); ++fragment) {
+        if (!fragment.fragment().charFormat().boolProperty(kCodeBlockProperty)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void setEndAttributes(const QTextBlock& block, const CharacterAttributes& attributes,
+                      const TextLook& look) {
+    auto format = charFormatOf(attributes, look);
+    if (const auto* const table = tableBefore(block)) {
+        auto cell = table->cellAt(block.position());
+        if (cell.isValid() && cell.firstPosition() == block.position()) {
+            // The character before it is the cell itself.
+            auto cellFormat = cell.format().toTableCellFormat();
+            for (const int property :
+                 {int{QTextFormat::FontFixedPitch}, int{QTextFormat::FontFamilies},
+                  int{QTextFormat::FontWeight}, int{QTextFormat::FontItalic},
+                  int{QTextFormat::FontPointSize}, int{QTextFormat::FontStrikeOut},
+                  int{QTextFormat::TextUnderlineStyle}, int{QTextFormat::IsAnchor},
+                  int{QTextFormat::AnchorHref}, int{QTextFormat::ForegroundBrush},
+                  int{kUnderlineProperty}, int{kStrikethroughProperty}, int{kFontSizeProperty},
+                  int{kCodeLanguageProperty}, int{kCodeBlockProperty}, int{kForegroundProperty},
+                  int{kBackgroundProperty}, int{kAttachmentProperty}}) {
+                cellFormat.clearProperty(property);
+            }
+            format.clearBackground(); // would be the cell's fill
+            cellFormat.merge(format);
+            cell.setFormat(cellFormat);
+            return;
+        }
+    }
+    QTextCursor(block).setBlockCharFormat(format);
+}
+
+void changeAttributes(QTextCursor& cursor, const TextLook& look,
+                      const std::function<void(CharacterAttributes&)>& change) {
+    const auto changed = [&](const QTextCharFormat& format) {
+        auto attributes = attributesOf(format);
+        change(attributes);
+        return attributes;
+    };
+    if (!cursor.hasSelection()) {
+        cursor.setCharFormat(charFormatOf(changed(cursor.charFormat()), look));
+        return;
+    }
+    const int start = cursor.selectionStart();
+    const int end = cursor.selectionEnd();
+    QTextCursor editing(cursor.document());
+    editing.beginEditBlock();
+    for (auto block = cursor.document()->findBlock(start);
+         block.isValid() && block.position() < end; block = block.next()) {
+        struct Run {
+            int start;
+            int end;
+            QTextCharFormat format;
+        };
+        std::vector<Run> runs;
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            const auto fragment = it.fragment();
+            const int from = std::max(start, fragment.position());
+            const int to = std::min(end, fragment.position() + fragment.length());
+            if (from < to) {
+                runs.push_back({from, to, fragment.charFormat()});
+            }
+        }
+        for (const auto& run : runs) {
+            editing.setPosition(run.start);
+            editing.setPosition(run.end, QTextCursor::KeepAnchor);
+            auto format = charFormatOf(changed(run.format), look);
+            if (run.format.hasProperty(kUnitProperty)) {
+                format.setProperty(kUnitProperty, run.format.property(kUnitProperty));
+            }
+            editing.setCharFormat(format);
+        }
+        if (block.position() + block.length() <= end) {
+            setEndAttributes(block, changed(block.charFormat()), look);
+        }
+    }
+    editing.endEditBlock();
+}
+
+std::vector<QTextBlock> blocksBesideTables(const QTextDocument& document) {
+    std::vector<QTextBlock> result;
+    auto frames = document.rootFrame()->childFrames();
+    while (!frames.isEmpty()) {
+        const auto* const frame = frames.takeLast();
+        frames += frame->childFrames();
+        for (const int position : {frame->firstPosition() - 1, frame->lastPosition() + 1}) {
+            if (const auto block = document.findBlock(position); block.isValid()) {
+                result.push_back(block);
+            }
+        }
+    }
+    return result;
+}
+
+bool isGap(const QTextBlock& block) {
+    if (block.length() != 1 || !block.blockFormat().boolProperty(kGapProperty)) {
+        return false;
+    }
+    const auto& document = *block.document();
+    const int position = block.position();
+    const auto before = position == 0 ? kFrameStart : document.characterAt(position - 1);
+    const auto after = document.characterAt(position);
+    if (after == kFrameStart && (before == kFrameStart || before == kFrameEnd)) {
+        // The next cell begins with the same character as a table.
+        const auto next = block.next();
+        const auto* const table = tableBefore(next);
+        if (table && table->firstPosition() == next.position()) {
+            return true;
+        }
+    }
+    return before == kFrameEnd && (after == kFrameStart || after == kFrameEnd);
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,103 @@
+#pragma once
+
+#include "richtext/text/Attributes.h"
+#include "ui/text/TextLook.h"
+
+#include <QTextBlock>
+#include <QTextCursor>
+#include <QTextFormat>
+#include <QTextList>
+#include <QTextTable>
+
+#include <functional>
+#include <vector>
+
+namespace korvex::ui {
+
+/// How attributes stand in the formats of a QTextDocument: by Qt's own properties where Qt can say
+/// it, beside them by these. A format that another part of Qt made reads as what it looks like.
+enum TextProperty {
+    /// LineStyle as int, where it is not the one that is drawn.
+    kUnderlineProperty = QTextFormat::UserProperty + 1,
+    kStrikethroughProperty,
+    /// MilliPoints as int, where it is not the base size.
+    kFontSizeProperty,
+    /// QString and bool.
+    kCodeLanguageProperty,
+    kCodeBlockProperty,
+    /// Colors as uint.
+    kForegroundProperty,
+    kBackgroundProperty,
+    kAttachmentProperty,
+    /// Of a character that cannot stand in a document: the UTF-16 unit that it stands for, as int.
+    kUnitProperty,
+    /// Of blocks: a ParagraphStyle without its lists and cells.
+    kStyleProperty,
+    /// Of blocks: cells of a table that no QTextTable can show, a std::vector<TextTableCellRef>.
+    kCellsProperty,
+    /// Of blocks: the text has no such paragraph, Qt needs it beside a table.
+    kGapProperty,
+    /// Of lists: a std::vector<TextListRef>, from the outermost to the list itself.
+    kListsProperty,
+    /// Of lists: Qt cannot draw the marker; `paintUnderText` does.
+    kOwnMarkerProperty,
+    /// Of tables: a TextTableRef.
+    kTableProperty,
+    /// Of cells: a TextTableCellRef.
+    kCellProperty,
+};
+
+QTextCharFormat charFormatOf(const richtext::CharacterAttributes& attributes, const TextLook& look);
+richtext::CharacterAttributes attributesOf(const QTextCharFormat& format);
+
+/// Whether a paragraph stands on the ground of a code block.
+enum class Ground { plain, code };
+/// All but the paragraph's lists and cells. A list item's own indents are not drawn: its list moves
+/// it in.
+QTextBlockFormat blockFormatOf(const richtext::ParagraphStyle& style, Ground ground,
+                               const TextLook& look);
+/// Without lists and cells.
+richtext::ParagraphStyle styleOf(const QTextBlockFormat& format);
+/// A block whose whole text belongs to a code block.
+bool isCodeBlock(const QTextBlock& block);
+
+/// `lists` must not be empty.
+QTextListFormat listFormatOf(const std::vector<richtext::TextListRef>& lists);
+/// What stands before an item, in words: "3.", "•".
+QString markerTextOf(const QTextList& list, const QTextBlock& item);
+/// A TextList's marker for a list that Qt made.
+std::u16string markerOf(const QTextListFormat& format);
+
+/// How a table is drawn. Where all its cells have the same padding and borders on all sides each
+/// draws those on its right and below, and the first ones of rows and columns the outer ones; else
+/// neighbours share theirs and the wider one is seen. `look` must outlive it.
+class TableFormats {
+public:
+    /// All cells of a table, whose columns are within the table; not empty.
+    TableFormats(const std::vector<richtext::TextTableCellRef>& cells, const TextLook& look);
+
+    const QTextTableFormat& table() const { return m_table; }
+    void apply(const richtext::TextTableCellRef& cell, QTextTableCellFormat& format) const;
+
+private:
+    const TextLook& m_look;
+    bool m_haveOneFrame;
+    QTextTableFormat m_table;
+};
+
+/// Sets the attributes of a paragraph's end, which are those of text that is typed into it while it
+/// is empty. In a cell the cell's own look stays.
+void setEndAttributes(const QTextBlock& block, const richtext::CharacterAttributes& attributes,
+                      const TextLook& look);
+/// Changes the attributes of what is selected, run by run, ends of paragraphs included; without a
+/// selection those of what is typed next. One step of undo.
+void changeAttributes(QTextCursor& cursor, const TextLook& look,
+                      const std::function<void(richtext::CharacterAttributes&)>& change);
+
+/// An empty block that only Qt needs: between two tables, or at the start or the end of what a
+/// table stands in.
+bool isGap(const QTextBlock& block);
+/// The blocks right before and right behind each table, in no order; one between two tables twice.
+std::vector<QTextBlock> blocksBesideTables(const QTextDocument& document);
+
+} // namespace korvex::ui

@@ -1,0 +1,102 @@
+#include "ui/text/TextLook.h"
+
+#include <QFontDatabase>
+#include <QFontInfo>
+
+namespace korvex::ui {
+
+namespace {
+
+using richtext::SystemColor;
+
+struct Hues {
+    QColor purple;
+    QColor green;
+    QColor orange;
+    QColor blue;
+    QColor pink;
+    QColor red;
+};
+
+Hues huesOf(bool isDark) {
+    if (isDark) {
+        return {.purple = QColor(0xc7, 0x8d, 0xf2),
+                .green = QColor(0x7f, 0xc9, 0x7a),
+                .orange = QColor(0xf0, 0xa4, 0x5d),
+                .blue = QColor(0x74, 0xb0, 0xff),
+                .pink = QColor(0xf4, 0x86, 0xb4),
+                .red = QColor(0xff, 0x7b, 0x72)};
+    }
+    return {.purple = QColor(0x84, 0x3a, 0xb8),
+            .green = QColor(0x1f, 0x7a, 0x34),
+            .orange = QColor(0xa6, 0x52, 0x0b),
+            .blue = QColor(0x1a, 0x5f, 0xb4),
+            .pink = QColor(0xb8, 0x2b, 0x6e),
+            .red = QColor(0xc6, 0x28, 0x28)};
+}
+
+} // namespace
+
+TextLook::TextLook(const Theme& theme) : font(theme.font()) {
+    const auto& colors = theme.colors();
+    const double basePoints = richtext::kBaseFontSize / 1000.0;
+    m_pixelsPerTwip = QFontInfo(font).pixelSize() / basePoints / richtext::kTwipsPerPoint;
+    monospacedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+
+    codeGround = blended(colors.text, colors.content, colors.isDark ? 0.08 : 0.05);
+    headerFill = blended(colors.text, colors.content, colors.isDark ? 0.10 : 0.06);
+    separator = blended(colors.text, colors.content, colors.isDark ? 0.24 : 0.18);
+    m_grounds = {colors.content, colors.hover, colors.selection, codeGround, headerFill};
+    text = readableOnAllGrounds(colors.text);
+    link = readableOnAllGrounds(colors.accent);
+
+    const auto hues = huesOf(colors.isDark);
+    const auto set = [this](SystemColor name, const QColor& foreground, const QColor& fill) {
+        m_foregrounds[static_cast<std::size_t>(name)] = readableOnAllGrounds(foreground);
+        m_fills[static_cast<std::size_t>(name)] = fill;
+    };
+    set(SystemColor::none, text, colors.content);
+    set(SystemColor::label, text, text);
+    set(SystemColor::secondaryLabel, colors.secondaryText, colors.secondaryText);
+    set(SystemColor::quaternaryLabel, colors.secondaryText, codeGround);
+    set(SystemColor::separator, colors.secondaryText, separator);
+    set(SystemColor::headerFill, colors.secondaryText, headerFill);
+    for (const auto& [name, hue] :
+         {std::pair(SystemColor::purple, hues.purple), std::pair(SystemColor::green, hues.green),
+          std::pair(SystemColor::orange, hues.orange), std::pair(SystemColor::blue, hues.blue),
+          std::pair(SystemColor::pink, hues.pink), std::pair(SystemColor::red, hues.red)}) {
+        set(name, hue, blended(hue, colors.content, 0.2));
+    }
+}
+
+QFont TextLook::fontOf(const richtext::Font& wanted) const {
+    auto result = font;
+    if (wanted.family == richtext::FontFamily::monospaced) {
+        result.setFamilies({monospacedFamily});
+        result.setFixedPitch(true);
+    }
+    result.setBold(wanted.isBold);
+    result.setItalic(wanted.isItalic);
+    result.setPointSizeF(pointSize(wanted.size));
+    return result;
+}
+
+QColor TextLook::foreground(const richtext::Color& color) const {
+    return color.name == SystemColor::none
+               ? readableOnAllGrounds(QColor(color.red, color.green, color.blue))
+               : m_foregrounds[static_cast<std::size_t>(color.name)];
+}
+
+QColor TextLook::fill(const richtext::Color& color) const {
+    return color.name == SystemColor::none ? QColor(color.red, color.green, color.blue)
+                                           : m_fills[static_cast<std::size_t>(color.name)];
+}
+
+QColor TextLook::readableOnAllGrounds(QColor color) const {
+    for (const auto& ground : m_grounds) {
+        color = readable(color, ground);
+    }
+    return color;
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,160 @@
+#include "ui/text/TextFormats.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace korvex::ui {
+
+namespace {
+
+using namespace richtext;
+
+/// Above and below a table.
+constexpr Twips kAround = 4 * kTwipsPerPoint;
+constexpr Twips kWidestPadding = 200 * kTwipsPerPoint;
+
+struct SideProperties {
+    QTextFormat::Property padding;
+    QTextFormat::Property width;
+    QTextFormat::Property style;
+    QTextFormat::Property brush;
+};
+/// In the order of `Side`.
+constexpr std::array kSides{
+    SideProperties{QTextFormat::TableCellTopPadding, QTextFormat::TableCellTopBorder,
+                   QTextFormat::TableCellTopBorderStyle, QTextFormat::TableCellTopBorderBrush},
+    SideProperties{QTextFormat::TableCellLeftPadding, QTextFormat::TableCellLeftBorder,
+                   QTextFormat::TableCellLeftBorderStyle, QTextFormat::TableCellLeftBorderBrush},
+    SideProperties{QTextFormat::TableCellBottomPadding, QTextFormat::TableCellBottomBorder,
+                   QTextFormat::TableCellBottomBorderStyle,
+                   QTextFormat::TableCellBottomBorderBrush},
+    SideProperties{QTextFormat::TableCellRightPadding, QTextFormat::TableCellRightBorder,
+                   QTextFormat::TableCellRightBorderStyle, QTextFormat::TableCellRightBorderBrush},
+};
+
+double paddingOf(const CellGeometry& geometry, std::size_t side, const TextLook& look) {
+    return look.pixels(std::clamp(geometry.padding[side], 0, kWidestPadding));
+}
+
+/// Thin lines are drawn one pixel wide, sharp.
+double widthOf(const CellBorder& border, const TextLook& look) {
+    constexpr double kWidest = 20;
+    return border.width <= 0 ? 0 : std::clamp(std::round(look.pixels(border.width)), 1.0, kWidest);
+}
+
+QBrush brushOf(const CellBorder& border, const TextLook& look) {
+    return border.color ? look.fill(*border.color) : look.separator;
+}
+
+bool haveAllOneFrame(const std::vector<TextTableCellRef>& cells) {
+    const auto& first = cells.front()->geometry;
+    return std::all_of(cells.begin(), cells.end(), [&](const TextTableCellRef& cell) {
+        const auto& geometry = cell->geometry;
+        return std::all_of(geometry.padding.begin(), geometry.padding.end(),
+                           [&](Twips each) { return each == first.padding.front(); }) &&
+               std::all_of(geometry.borders.begin(), geometry.borders.end(),
+                           [&](const CellBorder& each) { return each == first.borders.front(); });
+    });
+}
+
+/// Of the whole column, in pixels; Qt counts padding and borders in.
+double columnWidthOf(const CellGeometry& geometry, double border, const TextLook& look) {
+    constexpr Twips kDefault = 120 * kTwipsPerPoint;
+    constexpr Twips kWidest = 2'000 * kTwipsPerPoint;
+    return std::ceil(
+        look.pixels(std::clamp(geometry.width.value_or(kDefault), kTwipsPerPoint, kWidest)) +
+        paddingOf(geometry, static_cast<std::size_t>(Side::left), look) +
+        paddingOf(geometry, static_cast<std::size_t>(Side::right), look) + border);
+}
+
+/// Whether the line on that side is the cell's to draw: of two neighbours the upper or left one
+/// does.
+bool drawsBorder(const TextTableCell& cell, Side side) {
+    switch (side) {
+    case Side::top:
+        return cell.row == 0;
+    case Side::left:
+        return cell.column == 0;
+    case Side::bottom:
+    case Side::right:
+        break;
+    }
+    return true;
+}
+
+} // namespace
+
+TableFormats::TableFormats(const std::vector<TextTableCellRef>& cells, const TextLook& look)
+    : m_look(look), m_haveOneFrame(haveAllOneFrame(cells)) {
+    const auto& table = cells.front()->table;
+    m_table.setProperty(kTableProperty, QVariant::fromValue(table));
+    // Qt takes much longer to lay out and to paint cells that share their borders.
+    m_table.setBorderCollapse(!m_haveOneFrame);
+    m_table.setCellSpacing(0);
+    m_table.setCellPadding(0);
+    m_table.setBorder(0);
+    double border = 1;
+    double outerBorder = 0;
+    if (m_haveOneFrame) {
+        const auto& geometry = cells.front()->geometry;
+        border = widthOf(geometry.borders.front(), look);
+        outerBorder = border;
+        m_table.setCellPadding(paddingOf(geometry, 0, look));
+    }
+    // The outer lines stay clear of the edges of what the table stands in.
+    m_table.setLeftMargin(outerBorder);
+    m_table.setTopMargin(look.pixels(kAround) + outerBorder);
+    m_table.setBottomMargin(look.pixels(kAround) + outerBorder);
+    std::vector<double> widths(static_cast<std::size_t>(table->columns), 0);
+    for (const auto& cell : cells) {
+        if (cell->columnSpan == 1) {
+            auto& width = widths[static_cast<std::size_t>(cell->column)];
+            width = std::max(width, columnWidthOf(cell->geometry, border, look));
+        }
+    }
+    QList<QTextLength> constraints;
+    for (const double width : widths) {
+        const double drawn = width > 0 ? width : columnWidthOf(CellGeometry{}, border, look);
+        // The first has a border on its left, too.
+        constraints.append(QTextLength(QTextLength::FixedLength,
+                                       drawn + (constraints.isEmpty() ? outerBorder : 0)));
+    }
+    m_table.setColumnWidthConstraints(constraints);
+}
+
+void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& format) const {
+    const auto& geometry = cell->geometry;
+    format.setProperty(kCellProperty, QVariant::fromValue(cell));
+    if (geometry.background) {
+        format.setBackground(m_look.fill(*geometry.background));
+    }
+    switch (geometry.verticalAlignment) {
+    case VerticalAlignment::top:
+        break;
+    case VerticalAlignment::middle:
+        format.setVerticalAlignment(QTextCharFormat::AlignMiddle);
+        break;
+    case VerticalAlignment::bottom:
+        format.setVerticalAlignment(QTextCharFormat::AlignBottom);
+        break;
+    }
+    for (std::size_t i = 0; i < kSides.size(); ++i) {
+        if (!m_haveOneFrame) {
+            format.setProperty(kSides[i].padding, paddingOf(geometry, i, m_look));
+        }
+        const bool isDrawn = !m_haveOneFrame || drawsBorder(*cell, static_cast<Side>(i));
+        const double width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
+        if (width > 0) {
+            format.setProperty(kSides[i].width, width);
+            format.setProperty(kSides[i].style, int{QTextFrameFormat::BorderStyle_Solid});
+            format.setProperty(kSides[i].brush, brushOf(geometry.borders[i], m_look));
+        } else {
+            format.clearProperty(kSides[i].width);
+            format.clearProperty(kSides[i].style);
+            format.clearProperty(kSides[i].brush);
+        }
+    }
+}
+
+} // namespace korvex::ui

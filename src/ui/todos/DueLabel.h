@@ -1,0 +1,31 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "model/Entry.h"
+#include "ui/kit/Theme.h"
+#include "ui/workspace/DateTexts.h"
+
+#include <QString>
+
+namespace korvex::ui {
+
+/// The texts of a todo's schedule, as a row shows them.
+struct DueLabel {
+    QString text;
+    bool isOverdue = false;
+    bool hasReminder = false;
+
+    bool isEmpty() const { return text.isEmpty() && !hasReminder; }
+    /// In pixels, with the bell.
+    int width(const Theme& theme) const;
+    /// In as many lines as it takes in this room.
+    int height(int room, const Theme& theme) const;
+    /// With the distance from the text.
+    int bellWidth(const Theme& theme) const { return hasReminder ? theme.scaled(13) + 5 : 0; }
+};
+/// Whether the label says "Overdue", or something above it has said so.
+enum class OverdueWord { no, yes };
+DueLabel dueLabelOf(const model::Entry& entry, base::Instant now, const DateTexts& dates,
+                    OverdueWord word = OverdueWord::yes);
+
+} // namespace korvex::ui

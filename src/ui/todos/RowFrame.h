@@ -1,0 +1,22 @@
+#pragma once
+
+#include "ui/kit/Theme.h"
+
+namespace korvex::ui {
+
+/// The distances and sizes in pixels that all rows have in common, and the editors that take a
+/// row's place.
+struct RowFrame {
+    static constexpr int boxMargin = 8;
+    static constexpr int padding = 5;
+    static constexpr int gap = 10;
+
+    int signSize;
+    int textLeft;
+    int textRight;
+    int scheduleSize;
+
+    static RowFrame of(const Theme& theme);
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,52 @@
+#include "ui/todos/RowText.h"
+
+#include <QTextOption>
+
+#include <cmath>
+
+namespace korvex::ui {
+
+namespace {
+
+/// The height of the text in lines of this width.
+int layOut(QTextLayout& text, int width) {
+    double y = 0;
+    text.beginLayout();
+    for (auto line = text.createLine(); line.isValid(); line = text.createLine()) {
+        line.setLineWidth(width);
+        line.setPosition({0, y});
+        y += line.leading() + line.height();
+    }
+    text.endLayout();
+    return static_cast<int>(std::ceil(y));
+}
+
+} // namespace
+
+std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
+    text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
+    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    auto layout = std::make_unique<QTextLayout>(text, theme.font());
+    QTextOption option;
+    const bool isRightToLeft = text.isRightToLeft();
+    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
+    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    layout->setTextOption(option);
+    layout->setCacheEnabled(true);
+    return layout;
+}
+
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
+    const int beside = room - besideWidth;
+    // A text that needs but one line is content with less.
+    if (beside >= room / (hasDue ? 4 : 2)) {
+        const int height = layOut(text, beside);
+        if (!hasDue || text.lineCount() <= 1) {
+            return {.isBeside = true, .textWidth = beside, .textHeight = height};
+        }
+    }
+    return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};
+}
+
+} // namespace korvex::ui

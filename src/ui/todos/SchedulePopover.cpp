@@ -1,0 +1,277 @@
+#include "ui/todos/SchedulePopover.h"
+
+#include "ui/kit/DateFields.h"
+#include "ui/kit/Text.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QGridLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTimeEdit>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kPanelWidth = 300;
+constexpr int kMargin = 14;
+/// In the list of presets: a moment of the user's own.
+constexpr int kCustom = -1;
+
+} // namespace
+
+SchedulePopover::SchedulePopover(model::Entry& entry, const Workspace& workspace,
+                                 const Theme& theme, QWidget* window)
+    : Popover(theme, window),
+      m_workspace(workspace),
+      m_formats(workspace.dates.shared()),
+      m_editor(
+          entry.schedule(),
+          {.completed = entry.isCompleted(),
+           .defaultReminderMinutes = workspace.preferences.defaultReminderMinutes()},
+          workspace.now(), *m_formats,
+          [this, &entry](const model::TodoSchedule& schedule) {
+              m_workspace.entries.updateSchedule(entry, schedule, m_workspace.now());
+          },
+          [this] { closeNow(); }) {
+    setAccessibleName(tr("Schedule"));
+    makeFields();
+    layOut();
+    connectFields();
+    showState();
+    QWidget* const first = m_editor.hasDue ? static_cast<QWidget*>(m_day) : m_today;
+    first->setFocus();
+    setFocusProxy(first);
+}
+
+void SchedulePopover::makeFields() {
+    m_hasDue = new QCheckBox(tr("Due"), this);
+    m_day = new QDateEdit(this);
+    m_day->setCalendarPopup(true);
+    m_day->setAccessibleName(tr("Due day"));
+    m_today = new QPushButton(tr("Today"), this);
+    m_tomorrow = new QPushButton(tr("Tomorrow"), this);
+    m_nextWeek = new QPushButton(tr("Next week"), this);
+    m_hasTime = new QCheckBox(tr("Time"), this);
+    m_time = new QTimeEdit(this);
+    m_time->setAccessibleName(tr("Due time"));
+    m_hasWindow = new QCheckBox(tr("Start"), this);
+    m_start = new QTimeEdit(this);
+    m_start->setAccessibleName(tr("Start time"));
+    m_hasReminder = new QCheckBox(tr("Reminder"), this);
+    m_preset = new QComboBox(this);
+    m_preset->setAccessibleName(tr("Reminder"));
+    m_reminder = new QDateTimeEdit(this);
+    m_reminder->setCalendarPopup(true);
+    m_reminder->setAccessibleName(tr("Moment of the reminder"));
+    DateFields::setUp(*m_day, DateFields::dayFormat());
+    DateFields::setUp(*m_reminder,
+                      DateFields::dayFormat() + QLatin1Char(' ') + DateFields::timeFormat());
+    for (QDateTimeEdit* const field :
+         {static_cast<QDateTimeEdit*>(m_time), static_cast<QDateTimeEdit*>(m_start)}) {
+        field->setTimeSpec(Qt::UTC);
+        field->setDisplayFormat(DateFields::timeFormat());
+    }
+    m_explanation = new QLabel(this);
+    m_explanation->setWordWrap(true);
+    m_explanation->setFont(theme().smallFont());
+    m_error = new QLabel(this);
+    m_error->setWordWrap(true);
+    m_error->setFont(theme().smallFont());
+    auto errorPalette = m_error->palette();
+    errorPalette.setColor(QPalette::WindowText, theme().colors().danger);
+    m_error->setPalette(errorPalette);
+    auto quietPalette = m_explanation->palette();
+    quietPalette.setColor(QPalette::WindowText, theme().colors().secondaryText);
+    m_explanation->setPalette(quietPalette);
+    m_clear = new QPushButton(tr("Clear"), this);
+    m_save = new QPushButton(tr("Save"), this);
+    m_save->setDefault(true);
+}
+
+void SchedulePopover::layOut() {
+    setFixedWidth(theme().scaled(kPanelWidth));
+    auto* const grid = new QGridLayout(this);
+    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    grid->setVerticalSpacing(8);
+    auto* const days = new QHBoxLayout;
+    days->setSpacing(6);
+    for (auto* const button : {m_today, m_tomorrow, m_nextWeek}) {
+        days->addWidget(button);
+    }
+    grid->addLayout(days, 0, 0, 1, 2);
+    grid->addWidget(m_hasDue, 1, 0);
+    grid->addWidget(m_day, 1, 1);
+    grid->addWidget(m_hasTime, 2, 0);
+    grid->addWidget(m_time, 2, 1);
+    grid->addWidget(m_hasWindow, 3, 0);
+    grid->addWidget(m_start, 3, 1);
+    grid->addWidget(m_hasReminder, 4, 0);
+    grid->addWidget(m_preset, 4, 1);
+    grid->addWidget(m_reminder, 5, 1);
+    grid->addWidget(m_explanation, 6, 0, 1, 2);
+    grid->addWidget(m_error, 7, 0, 1, 2);
+    auto* const buttons = new QHBoxLayout;
+    buttons->addWidget(m_clear);
+    buttons->addStretch();
+    buttons->addWidget(m_save);
+    grid->addLayout(buttons, 8, 0, 1, 2);
+    grid->setColumnStretch(1, 1);
+}
+
+void SchedulePopover::connectFields() {
+    const auto changed = [this] { takeState(); };
+    for (auto* const box : {m_hasDue, m_hasTime, m_hasWindow, m_hasReminder}) {
+        connect(box, &QCheckBox::toggled, this, changed);
+    }
+    for (QDateTimeEdit* const field :
+         {static_cast<QDateTimeEdit*>(m_day), static_cast<QDateTimeEdit*>(m_time),
+          static_cast<QDateTimeEdit*>(m_start), m_reminder}) {
+        connect(field, &QDateTimeEdit::dateTimeChanged, this, changed);
+    }
+    connect(m_preset, &QComboBox::activated, this, changed);
+    connect(m_today, &QPushButton::clicked, this, [this] { setDueDay(0); });
+    connect(m_tomorrow, &QPushButton::clicked, this, [this] { setDueDay(1); });
+    connect(m_nextWeek, &QPushButton::clicked, this, [this] { setDueDay(7); });
+    connect(m_clear, &QPushButton::clicked, this, &SchedulePopover::clear);
+    connect(m_save, &QPushButton::clicked, this, &SchedulePopover::save);
+}
+
+void SchedulePopover::fillPresets() {
+    m_preset->clear();
+    if (m_editor.hasDue) {
+        for (const auto preset : schedule::kAllReminderPresets) {
+            m_preset->addItem(toQString(schedule::title(preset)), static_cast<int>(preset));
+        }
+    }
+    m_preset->addItem(tr("Custom"), kCustom);
+    const int chosen = m_editor.reminderPreset && m_editor.hasDue
+                           ? static_cast<int>(*m_editor.reminderPreset)
+                           : kCustom;
+    m_preset->setCurrentIndex(m_preset->findData(chosen));
+}
+
+void SchedulePopover::showState() {
+    const QScopedValueRollback showing(m_isShowing, true);
+    const auto due = dateTimeOf(m_editor.due);
+    m_hasDue->setChecked(m_editor.hasDue);
+    m_day->setDate(due.date());
+    m_hasTime->setChecked(m_editor.hasTime);
+    m_time->setTime(due.time());
+    m_hasWindow->setChecked(m_editor.hasWindow);
+    m_start->setTime(dateTimeOf(m_editor.start).time());
+    m_hasReminder->setChecked(m_editor.hasReminder);
+    m_reminder->setDateTime(dateTimeOf(m_editor.reminder));
+    fillPresets();
+
+    m_day->setEnabled(m_editor.hasDue);
+    const bool hasTime = m_editor.hasDue && m_editor.hasTime;
+    m_hasTime->setVisible(m_editor.hasDue);
+    m_time->setVisible(m_editor.hasDue);
+    m_time->setEnabled(hasTime);
+    m_hasWindow->setVisible(hasTime);
+    m_start->setVisible(hasTime);
+    m_start->setEnabled(m_editor.hasWindow);
+    m_preset->setEnabled(m_editor.hasReminder);
+    m_reminder->setVisible(m_editor.hasReminder && m_preset->currentData().toInt() == kCustom);
+    const auto explanation = m_editor.anchorExplanation();
+    m_explanation->setVisible(explanation && m_editor.reminderPreset);
+    m_explanation->setText(explanation ? toQString(*explanation) : QString());
+    m_clear->setEnabled(!m_editor.original().isEmpty());
+    showError();
+    if (isVisible()) {
+        placeAgain();
+    }
+}
+
+void SchedulePopover::takeState() {
+    if (m_isShowing) {
+        return;
+    }
+    const bool reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
+    const bool reminderMoved = m_reminder->dateTime() != dateTimeOf(m_editor.reminder);
+    m_editor.hasDue = m_hasDue->isChecked();
+    m_editor.hasTime = m_hasTime->isChecked();
+    m_editor.hasWindow = m_hasWindow->isChecked();
+    if (m_day->date() != dateTimeOf(m_editor.due).date() ||
+        m_time->time() != dateTimeOf(m_editor.due).time()) {
+        m_editor.due = instantOf(m_day->date(), m_time->time(), m_editor.due);
+    }
+    if (m_start->time() != dateTimeOf(m_editor.start).time()) {
+        m_editor.start = instantOf(m_day->date(), m_start->time(), m_editor.start);
+    }
+    m_editor.hasReminder = m_hasReminder->isChecked();
+    if (reminderMoved) {
+        m_editor.reminder = instantOf(m_reminder->date(), m_reminder->time(), m_editor.reminder);
+    }
+    const int preset = m_preset->currentData().toInt();
+    if (reminderAppears && m_editor.hasDue) {
+        m_editor.reminderPreset = schedule::TodoReminderPreset::atDueTime;
+    } else if (preset == kCustom) {
+        m_editor.reminderPreset.reset();
+    } else {
+        m_editor.reminderPreset = static_cast<schedule::TodoReminderPreset>(preset);
+    }
+    m_editor.updatePresetReminder();
+    showState();
+}
+
+void SchedulePopover::setDueDay(int daysFromToday) {
+    const auto today = dateTimeOf(m_workspace.now()).date();
+    m_editor.hasDue = true;
+    m_editor.due =
+        instantOf(today.addDays(daysFromToday), dateTimeOf(m_editor.due).time(), m_editor.due);
+    m_editor.updatePresetReminder();
+    showState();
+}
+
+void SchedulePopover::clear() {
+    m_editor.hasDue = false;
+    m_editor.hasReminder = false;
+    save();
+}
+
+void SchedulePopover::save() {
+    if (!m_editor.save(m_workspace.now())) {
+        showError();
+        placeAgain();
+    }
+}
+
+void SchedulePopover::showError() {
+    const auto& message = m_editor.errorMessage();
+    m_error->setVisible(message.has_value());
+    m_error->setText(message ? toQString(*message) : QString());
+}
+
+void SchedulePopover::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+        Popover::keyPressEvent(event);
+        return;
+    }
+    // On a day's button Return chooses the day and is done.
+    for (auto* const button : {m_today, m_tomorrow, m_nextWeek, m_clear}) {
+        if (button->hasFocus()) {
+            button->click();
+            if (button == m_clear) {
+                return;
+            }
+        }
+    }
+    save();
+}
+
+base::Instant SchedulePopover::instantOf(const QDate& day, const QTime& time,
+                                         base::Instant otherwise) const {
+    return DateFields::instantOf(day, time, m_formats->calendar(), otherwise);
+}
+
+QDateTime SchedulePopover::dateTimeOf(base::Instant instant) const {
+    return DateFields::dateTimeOf(instant, m_formats->calendar());
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "schedule/TodoScheduleEditor.h"
+#include "ui/kit/Popover.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QDateTime>
+
+#include <memory>
+
+class QCheckBox;
+class QComboBox;
+class QDateEdit;
+class QDateTimeEdit;
+class QLabel;
+class QPushButton;
+class QTimeEdit;
+
+namespace korvex::ui {
+
+/// Edits when a todo is due and when to be reminded of it. Return saves, Escape gives up.
+class SchedulePopover final : public Popover {
+    Q_OBJECT
+
+public:
+    SchedulePopover(model::Entry& entry, const Workspace& workspace, const Theme& theme,
+                    QWidget* window);
+
+    /// A press outside saves what can be saved; what cannot stays open with the reason.
+    void dismiss() override { save(); }
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+
+private:
+    void makeFields();
+    void layOut();
+    void connectFields();
+    void fillPresets();
+    /// Shows the editor's state in the fields, and the other way round.
+    void showState();
+    void takeState();
+    void setDueDay(int daysFromToday);
+    base::Instant instantOf(const QDate& day, const QTime& time, base::Instant otherwise) const;
+    QDateTime dateTimeOf(base::Instant instant) const;
+    void clear();
+    void save();
+    void showError();
+
+    const Workspace& m_workspace;
+    std::shared_ptr<const base::DateFormats> m_formats;
+    schedule::TodoScheduleEditor m_editor;
+    bool m_isShowing = false;
+
+    QCheckBox* m_hasDue;
+    QDateEdit* m_day;
+    QCheckBox* m_hasTime;
+    QTimeEdit* m_time;
+    QCheckBox* m_hasWindow;
+    QTimeEdit* m_start;
+    QCheckBox* m_hasReminder;
+    QComboBox* m_preset;
+    QDateTimeEdit* m_reminder;
+    QLabel* m_explanation;
+    QLabel* m_error;
+    QPushButton* m_today;
+    QPushButton* m_tomorrow;
+    QPushButton* m_nextWeek;
+    QPushButton* m_clear;
+    QPushButton* m_save;
+};
+
+} // namespace korvex::ui

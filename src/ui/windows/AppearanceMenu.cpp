@@ -1,0 +1,54 @@
+#include "ui/windows/AppearanceMenu.h"
+
+#include <QActionGroup>
+
+#include <array>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr std::array kFontSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24};
+
+} // namespace
+
+AppearanceMenu::AppearanceMenu(app::AppPreferences& preferences, QWidget* parent)
+    : QMenu(tr("Appearance"), parent), m_preferences(preferences) {
+    connect(this, &QMenu::aboutToShow, this, &AppearanceMenu::fill);
+}
+
+void AppearanceMenu::fill() {
+    clear();
+    auto* group = new QActionGroup(this);
+    const auto add = [&](QMenu& menu, const QString& text, bool isChosen, auto&& choose) {
+        auto* const action = menu.addAction(text);
+        action->setCheckable(true);
+        action->setChecked(isChosen);
+        action->setActionGroup(group);
+        connect(action, &QAction::triggered, this, choose);
+    };
+    using Appearance = app::AppPreferences::Appearance;
+    for (const auto& [appearance, title] :
+         {std::pair(Appearance::system, tr("As the system")),
+          std::pair(Appearance::light, tr("Light")), std::pair(Appearance::dark, tr("Dark"))}) {
+        add(*this, title, m_preferences.appearance() == appearance,
+            [this, chosen = appearance] { m_preferences.setAppearance(chosen); });
+    }
+    addSeparator();
+    group = new QActionGroup(this);
+    using Spacing = app::AppPreferences::BoardSpacing;
+    for (const auto& [spacing, title] : {std::pair(Spacing::compact, tr("Compact")),
+                                         std::pair(Spacing::comfortable, tr("Comfortable"))}) {
+        add(*this, title, m_preferences.boardSpacing() == spacing,
+            [this, chosen = spacing] { m_preferences.setBoardSpacing(chosen); });
+    }
+    addSeparator();
+    group = new QActionGroup(this);
+    auto* const sizes = addMenu(tr("Font size"));
+    for (const int size : kFontSizes) {
+        add(*sizes, QString::number(size), m_preferences.fontSize() == size,
+            [this, size] { m_preferences.setFontSize(size); });
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,218 @@
+#include "ui/windows/Sidebar.h"
+
+#include "ui/boards/SidebarRow.h"
+#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/IconSet.h"
+#include "ui/kit/Refusal.h"
+#include "ui/kit/SearchField.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QTimer>
+#include <QToolButton>
+
+namespace korvex::ui {
+
+Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent)
+    : QWidget(parent),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_model(workspace),
+      m_search(new SearchField(theme, this)),
+      m_upcoming(new SidebarRow(QStringLiteral("calendar-dots"), tr("Upcoming"), theme, this)),
+      m_completed(new SidebarRow(QStringLiteral("check-circle"), tr("Completed"), theme, this)),
+      m_title(new QLabel(tr("Boards"), this)),
+      m_add(new QToolButton(this)),
+      m_list(new BoardListView(m_model, theme, this)),
+      m_banner(new ErrorBanner(theme, this)),
+      m_archived(new SidebarRow(QStringLiteral("archive"), tr("Archived boards"), theme, this)) {
+    setMinimumWidth(kMinimumWidth);
+    setMaximumWidth(kMaximumWidth);
+    m_add->setAutoRaise(true);
+    m_add->setFocusPolicy(Qt::TabFocus);
+    m_add->setAccessibleName(tr("New board"));
+    m_add->setToolTip(tr("New board (Ctrl+Shift+N)"));
+    auto* const top = new QHBoxLayout;
+    top->setContentsMargins(8, 12, 8, 10);
+    top->addWidget(m_search);
+    auto* const heading = new QHBoxLayout;
+    heading->setContentsMargins(16, 14, 12, 4);
+    heading->addWidget(m_title, 1);
+    heading->addWidget(m_add);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 1, 10);
+    column->setSpacing(0);
+    column->addLayout(top);
+    column->addWidget(m_upcoming);
+    column->addWidget(m_completed);
+    column->addLayout(heading);
+    column->addWidget(m_banner);
+    column->addWidget(m_list);
+    column->addStretch();
+    column->addSpacing(8);
+    column->addWidget(m_archived);
+    m_archived->hide();
+
+    connect(m_add, &QToolButton::clicked, this, &Sidebar::createBoard);
+    connectRows();
+    connect(m_list, &BoardListView::boardChosen, this, &Sidebar::boardChosen);
+    connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
+    connect(m_list, &BoardListView::renamed, this,
+            [this](model::Board* board, const QString& name) { store(*board, name); });
+    connect(m_list, &BoardListView::dropped, this, &Sidebar::move);
+    connect(m_list, &BoardListView::entryDropped, this, &Sidebar::entryDropped);
+    connect(&theme, &Theme::changed, this, &Sidebar::applyTheme);
+    applyTheme();
+}
+
+void Sidebar::connectRows() {
+    const auto lead = [this](SidebarRow* row, PageKind page) {
+        connect(row, &SidebarRow::clicked, this, [this, page] { Q_EMIT pageRequested(page); });
+        connect(row, &SidebarRow::walked, this,
+                [this, row](int direction) { walk(row, direction); });
+    };
+    lead(m_upcoming, PageKind::upcoming);
+    lead(m_completed, PageKind::completed);
+    lead(m_archived, PageKind::archived);
+    connect(m_list, &BoardListView::leftUpwards, this,
+            [this] { m_completed->setFocus(Qt::OtherFocusReason); });
+    connect(m_list, &BoardListView::leftDownwards, this, [this] {
+        if (!m_archived->isHidden()) {
+            m_archived->setFocus(Qt::OtherFocusReason);
+        }
+    });
+}
+
+/// The arrows lead through the sidebar as if it were one list.
+void Sidebar::walk(const SidebarRow* from, int direction) {
+    if (from == m_upcoming) {
+        (direction < 0 ? static_cast<QWidget*>(m_search) : m_completed)->setFocus();
+    } else if (from == m_completed && direction < 0) {
+        m_upcoming->setFocus();
+    } else if (from == m_completed) {
+        m_list->focusEnd(BoardListView::End::top);
+    } else if (direction < 0) {
+        m_list->focusEnd(BoardListView::End::bottom);
+    }
+}
+
+void Sidebar::showChoice(PageKind page, const model::Board* board) {
+    m_upcoming->setChecked(page == PageKind::upcoming);
+    m_completed->setChecked(page == PageKind::completed);
+    const bool isListed = board && m_model.rowOf(*board) >= 0;
+    // An archived board that is looked at belongs to the archived ones.
+    m_archived->setChecked(page == PageKind::archived || (page == PageKind::board && !isListed));
+    if (page == PageKind::board && isListed) {
+        m_list->setCurrentBoard(*board);
+    } else {
+        m_list->clearChoice();
+    }
+}
+
+void Sidebar::setUpcomingCount(int count) {
+    m_upcoming->setCount(count);
+}
+
+void Sidebar::refresh() {
+    if (const auto refused = refusal([&] { m_model.refresh(); })) {
+        showMessage(*refused);
+    }
+    m_archived->setVisible(!m_model.archivedBoards().empty());
+    countSoon();
+}
+
+void Sidebar::countSoon() {
+    if (m_isCountDue) {
+        return;
+    }
+    m_isCountDue = true;
+    QTimer::singleShot(0, this, [this] {
+        m_isCountDue = false;
+        if (const auto refused = refusal([&] { m_model.countTodos(); })) {
+            showMessage(*refused);
+        }
+    });
+}
+
+void Sidebar::createBoard() {
+    model::Board* created = nullptr;
+    const auto refused = refusal([&] {
+        created = &m_workspace.boards.createBoard(toUtf8(tr("New board")), m_workspace.now());
+    });
+    if (refused) {
+        showMessage(*refused);
+        return;
+    }
+    m_banner->clear();
+    Q_EMIT boardChosen(created);
+    rename(*created);
+}
+
+void Sidebar::rename(model::Board& board) {
+    if (m_model.rowOf(board) >= 0) {
+        m_list->rename(board);
+    }
+}
+
+std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
+    const int row = m_model.rowOf(board);
+    if (row < 0 || !m_list->isVisible()) {
+        return std::nullopt;
+    }
+    const auto rect = m_list->visualRect(m_model.index(row, 0));
+    return QRect(m_list->viewport()->mapToGlobal(rect.topLeft() + QPoint(8, 0)), rect.size());
+}
+
+void Sidebar::store(model::Board& board, const QString& name) {
+    const auto refused =
+        refusal([&] { m_workspace.boards.renameBoard(board, toUtf8(name), m_workspace.now()); });
+    if (!refused) {
+        m_banner->clear();
+        return;
+    }
+    showMessage(*refused);
+    // What was typed stays to be corrected; Escape gives it up.
+    QTimer::singleShot(0, this, [this, id = board.id(), name] {
+        if (auto* const again = m_workspace.boards.board(id); again && m_model.rowOf(*again) >= 0) {
+            m_list->rename(*again, name);
+        }
+    });
+}
+
+void Sidebar::move(const base::Uuid& id, const base::Uuid& target,
+                   model::EntryPlacement placement) {
+    if (id == target) {
+        return;
+    }
+    const auto refused =
+        refusal([&] { m_workspace.boards.moveBoard(id, target, placement, m_workspace.now()); });
+    if (refused) {
+        showMessage(*refused);
+    }
+}
+
+void Sidebar::showMessage(const QString& message) {
+    m_banner->showMessage(message);
+}
+
+void Sidebar::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.fillRect(rect(), m_theme.colors().sidebar);
+    painter.fillRect(QRect(width() - 1, 0, 1, height()), m_theme.colors().hairline);
+}
+
+void Sidebar::applyTheme() {
+    const auto& colors = m_theme.colors();
+    auto font = m_theme.smallFont();
+    font.setWeight(QFont::DemiBold);
+    m_title->setFont(font);
+    auto quiet = m_title->palette();
+    quiet.setColor(QPalette::WindowText, colors.secondaryText);
+    m_title->setPalette(quiet);
+    m_add->setIcon(IconSet::icon(QStringLiteral("plus"), colors.secondaryText));
+    m_add->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
+    update();
+}
+
+} // namespace korvex::ui

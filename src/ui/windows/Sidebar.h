@@ -1,0 +1,78 @@
+#pragma once
+
+#include "ui/boards/BoardListView.h"
+#include "ui/boards/BoardListing.h"
+#include "ui/windows/PageKind.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QWidget>
+
+class QLabel;
+class QToolButton;
+
+namespace korvex::ui {
+
+class ErrorBanner;
+class SearchField;
+class SidebarRow;
+
+/// The window's left: the search, the pages over all boards, the boards, and the way to the
+/// archived ones. Carries out what the user asks of the list of boards.
+class Sidebar final : public QWidget, public BoardListing {
+    Q_OBJECT
+
+public:
+    Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+
+    BoardListModel& boards() { return m_model; }
+    BoardListView& list() { return *m_list; }
+    SearchField& searchField() { return *m_search; }
+    /// Marks what the window shows; `board` is the one of a board's page.
+    void showChoice(PageKind page, const model::Board* board);
+    void setUpcomingCount(int count);
+    /// The store's records have changed.
+    void refresh();
+    /// Counts the open todos of all boards, soon.
+    void countSoon();
+
+    /// Makes a board and lets its name be typed.
+    void createBoard();
+    void rename(model::Board& board) override;
+    std::optional<QRect> rowOf(const model::Board& board) const override;
+    void showMessage(const QString& message);
+
+    static constexpr int kMinimumWidth = 180;
+    static constexpr int kMaximumWidth = 360;
+
+Q_SIGNALS:
+    void boardChosen(korvex::model::Board* board);
+    void boardMenuRequested(korvex::model::Board* board, const QPoint& globalPosition);
+    void pageRequested(korvex::ui::PageKind page);
+    /// An entry was dropped on a board.
+    void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void connectRows();
+    void walk(const SidebarRow* from, int direction);
+    void store(model::Board& board, const QString& name);
+    void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
+    void applyTheme();
+
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    BoardListModel m_model;
+    SearchField* m_search;
+    SidebarRow* m_upcoming;
+    SidebarRow* m_completed;
+    QLabel* m_title;
+    QToolButton* m_add;
+    BoardListView* m_list;
+    ErrorBanner* m_banner;
+    SidebarRow* m_archived;
+    bool m_isCountDue = false;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "app/UserDefaults.h"
+#include "base/Clock.h"
+#include "base/Log.h"
+#include "base/TextFolding.h"
+#include "richtext/code/CodeHighlighter.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "schedule/ScheduleClock.h"
+#include "schedule/UpcomingTodos.h"
+#include "services/AttachmentFiles.h"
+#include "services/BoardService.h"
+#include "services/EntryService.h"
+#include "services/FoldedTexts.h"
+#include "services/SearchService.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+#include "ui/workspace/DateTexts.h"
+#include "ui/workspace/OnFirstUse.h"
+
+namespace korvex::ui {
+
+/// What every view works with. Made once in `main` and handed down; all of it outlives the views.
+/// Main thread.
+struct Workspace {
+    store::ModelContainer& container;
+    store::ModelContext& context;
+    services::BoardService& boards;
+    services::EntryService& entries;
+    /// Of the window.
+    services::UndoManager& undo;
+    /// Ticks when labels can change.
+    schedule::ScheduleClock& scheduleClock;
+    const base::Clock& clock;
+    app::AppPreferences& preferences;
+    app::UserDefaults& defaults;
+    DateTexts& dates;
+    const richtext::RichTextSerializer& serializer;
+    richtext::CodeHighlighter& code;
+    const base::TextFolding& folding;
+    /// Of all entries, for who searches them.
+    services::FoldedTexts& texts;
+    services::SearchService& search;
+    /// Of attachments, for other programs to open.
+    services::TemporaryAttachmentCopies& copies;
+    /// Of the pages over all boards.
+    OnFirstUse<schedule::UpcomingTodos>& upcoming;
+    base::LogSink& log;
+
+    base::Instant now() const { return clock.now(); }
+};
+
+} // namespace korvex::ui

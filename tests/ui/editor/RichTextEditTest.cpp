@@ -1,0 +1,312 @@
+#include "ui/editor/RichTextEdit.h"
+
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
+#include "ui/TextDump.h"
+#include "ui/WindowFixture.h"
+#include "ui/text/TextLook.h"
+
+#include <QClipboard>
+#include <QMimeData>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTextTable>
+
+namespace korvex::ui {
+namespace {
+
+using richtext::RichTextAction;
+using Kind = RichTextAction::Kind;
+
+class RichTextEditTest : public tests::WindowFixture {
+protected:
+    RichTextEditTest() {
+        edit.setLook(TextLook(theme));
+        edit.resize(500, 400);
+        edit.show();
+        edit.setContent({});
+        edit.setFocus();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&edit));
+    }
+
+    /// Types text and, in angle brackets, keys: "a<Return>", "<Ctrl+B>". "<link>" sets one on the
+    /// selection, "<table>" inserts one of 2 × 2, "<code>" makes a code block.
+    void type(const QString& keys) {
+        static const QRegularExpression token(QStringLiteral("<([^<>]+)>|([^<]+)"));
+        for (auto match = token.globalMatch(keys); match.hasNext();) {
+            const auto found = match.next();
+            const auto name = found.captured(1);
+            if (name.isEmpty()) {
+                QTest::keyClicks(&edit, found.captured(2));
+            } else if (name == QLatin1String("link")) {
+                edit.setLink(QStringLiteral("https://e.org"));
+            } else if (name == QLatin1String("table")) {
+                edit.insertTable(2, 2);
+            } else if (name == QLatin1String("code")) {
+                edit.perform({{Kind::codeBlock}});
+            } else {
+                const auto sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
+                ASSERT_EQ(sequence.count(), 1) << name.toStdString();
+                QTest::keyClick(&edit, sequence[0].key(), sequence[0].keyboardModifiers());
+            }
+        }
+    }
+    std::string content() { return tests::dump(edit.content()); }
+    std::string typed(const char* keys) {
+        edit.setContent({});
+        type(QString::fromUtf8(keys));
+        return content();
+    }
+
+    RichTextEdit edit;
+};
+
+struct Typing {
+    const char* what;
+    const char* keys;
+    const char* expected;
+};
+
+void PrintTo(const Typing& typing, std::ostream* out) {
+    *out << typing.what;
+}
+
+class RichTextTyping : public RichTextEditTest, public ::testing::WithParamInterface<Typing> {};
+
+TEST_P(RichTextTyping, GivesText) {
+    EXPECT_EQ(typed(GetParam().keys), GetParam().expected) << GetParam().keys;
+    const auto shown = edit.content();
+    edit.setContent(shown);
+    EXPECT_EQ(content(), GetParam().expected) << "shown anew";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Characters, RichTextTyping,
+    ::testing::Values(
+        Typing{"for what is typed next", "a<Ctrl+B>b<Ctrl+I>c<Ctrl+B>d<Ctrl+I>e", "a*b*/*c*//d/e"},
+        Typing{"for the selection", "ab<Shift+Left><Ctrl+U><Right><Ctrl+Shift+X>c", "a_b_~_c_~"},
+        Typing{"only where not all has it, off", "a<Ctrl+B>b<Ctrl+A><Ctrl+B>", "*ab*"},
+        Typing{"all has it, so off", "<Ctrl+B>ab<Ctrl+A><Ctrl+B>", "ab"},
+        Typing{"inline code and out of it", "<Ctrl+E>f(x)<Ctrl+E> is", "`f(x)` is"},
+        Typing{"code is left by moving", "<Ctrl+E>x<Right>y", "`x`y"},
+        Typing{"code is not typed into from outside", "<Ctrl+E>xy<Home>a<Right>b", "a`xby`"},
+        Typing{"a link is not longer than it was", "ab<Shift+Left><link><End>c",
+               "a[b](https://e.org)c"},
+        Typing{"nor at the front", "ab<Ctrl+A><link><Home>c", "c[ab](https://e.org)"},
+        Typing{"inside it is", "ab<Ctrl+A><link><Home><Right>c", "[acb](https://e.org)"},
+        Typing{"a link without a selection", "a<link>b", "a[https://e.org](https://e.org)b"},
+        Typing{"Return leaves link and code", "<Ctrl+E>x<Return>y", "`x`\ny"},
+        Typing{"bold goes on", "<Ctrl+B>x<Return>y", "*x*\n*y*"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Paragraphs, RichTextTyping,
+    ::testing::Values(
+        Typing{"heading, then body", "<Ctrl+Alt+1>Title<Return>text", "# Title\ntext"},
+        Typing{"level of a written line", "Title<Ctrl+Alt+2>!", "## Title!"},
+        Typing{"all levels", "<Ctrl+Alt+3>a<Return>b<Up><Ctrl+Alt+0>", "a\nb"},
+        Typing{"Return inside parts it", "<Ctrl+Alt+1>ab<Left><Return>", "# a\n# b"},
+        Typing{"Return at its front moves it down", "<Ctrl+Alt+1>ab<Home><Return>", "\n# ab"},
+        Typing{"Return in an empty heading ends it", "<Ctrl+Alt+1><Return>a", "a"},
+        Typing{"Backspace at its front ends it", "<Ctrl+Alt+1>ab<Home><Backspace>", "ab"},
+        Typing{"bold is what a heading is", "<Ctrl+Alt+1>a<Ctrl+B>b", "# ab"},
+        Typing{"several paragraphs", "a<Return>b<Return>c<Shift+Up><Ctrl+Alt+1>", "a\n# b\n# c"},
+        Typing{"a line break inside", "a<Shift+Return>b", "a\u2028b"},
+        Typing{"Tab in plain text", "a<Tab>b", "a\tb"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, RichTextTyping,
+    ::testing::Values(
+        Typing{"items", "<Ctrl+Shift+8>a<Return>b", "- a\n- b"},
+        Typing{"numbered", "a<Return>b<Ctrl+A><Ctrl+Shift+7>", "1. a\n1. b"},
+        Typing{"toggled off", "<Ctrl+Shift+7>a<Ctrl+Shift+7>", "a"},
+        Typing{"from one kind to the other", "<Ctrl+Shift+7>a<Ctrl+Shift+8>", "- a"},
+        Typing{"nested and back", "<Ctrl+Shift+8>a<Return><Tab>b<Return><Shift+Tab>c",
+               "- a\n  {circle} b\n- c"},
+        Typing{"Return in an empty item goes out one level",
+               "<Ctrl+Shift+8>a<Return><Tab>b<Return><Return>c<Return><Return>d",
+               "- a\n  {circle} b\n- c\nd"},
+        Typing{"Backspace at an item's front takes it out",
+               "<Ctrl+Shift+8>a<Return><Tab>b<Home><Backspace>", "- a\nb"},
+        Typing{"no deeper than nine",
+               "<Ctrl+Shift+7>a<Tab><Tab><Tab><Tab><Tab><Tab><Tab><Tab><Tab><Tab><Tab>",
+               "                {lower-roman}. a"},
+        Typing{"selected items together", "<Ctrl+Shift+8>a<Return>b<Return>c<Shift+Up><Tab>",
+               "- a\n  {circle} b\n  {circle} c"},
+        Typing{"a heading in a list", "<Ctrl+Shift+8><Ctrl+Alt+2>a<Return>b", "- ## a\n- b"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Code, RichTextTyping,
+    ::testing::Values(
+        Typing{"lines", "<code>a<Return>b", "auto> a\nauto> b"},
+        Typing{"Return twice at its end leaves it", "<code>a<Return><Return>b", "auto> a\nb"},
+        Typing{"an empty line inside stays", "<code>a<Return>c<Up><End><Return><Return>b",
+               "auto> a\nauto> \nauto> b\nauto> c"},
+        Typing{"Ctrl+Return leaves it from anywhere", "<code>a<Return>b<Up><Ctrl+Return>c",
+               "auto> a\nauto> b\nc"},
+        Typing{"Tab and back", "<code><Tab>a<Return><Tab><Tab>b<Shift+Tab>",
+               "auto>     a\nauto>     b"},
+        Typing{"Tab for several lines", "<code>a<Return>b<Ctrl+A><Tab>",
+               "auto>     a\nauto>     b"},
+        Typing{"whole paragraphs", "ab<Return>c<Up><End><Shift+Left><code>", "auto> ab\nc"},
+        Typing{"and back to text", "<code>a<Return>b<code>", "a\nb"},
+        Typing{"takes formats away", "<Ctrl+Alt+1>a<Return><Ctrl+B>b<Ctrl+A><code>",
+               "auto> a\nauto> b"},
+        Typing{"Backspace at its front ends its first line",
+               "<code>a<Return>b<Up><Home><Backspace>", "a\nauto> b"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Tables, RichTextTyping,
+    ::testing::Values(
+        Typing{"from cell to cell", "<table>a<Tab>b<Tab>c<Shift+Tab>B",
+               "|0,0 *a*\n|0,1 *B*\n|1,0 c\n|1,1 \n\n"},
+        Typing{"after a text", "x<table>a", "x\n|0,0 *a*\n|0,1 \n|1,0 \n|1,1 \n\n"},
+        Typing{"Tab in the last cell adds a row", "<table><Tab><Tab><Tab><Tab>x",
+               "|0,0 \n|0,1 \n|1,0 \n|1,1 \n|2,0 x\n|2,1 \n\n"},
+        Typing{"the caret leaves it", "<table><Down><Down>after<Up><Up>a",
+               "|0,0 \n|0,1 *a*\n|1,0 \n|1,1 \n\nafter"},
+        Typing{"Backspace behind it goes into it", "<table><Down><Down>x<Home><Backspace>y",
+               "|0,0 \n|0,1 \n|1,0 \n|1,1 y\n\nx"},
+        Typing{"no table in a table", "<table><table>", "|0,0 \n|0,1 \n|1,0 \n|1,1 \n\n"},
+        Typing{"several paragraphs in a cell", "<table>a<Return>b",
+               "|0,0 *a*\n|0,0 *b*\n|0,1 \n|1,0 \n|1,1 \n\n"}));
+
+TEST_F(RichTextEditTest, EveryCommandIsOneStepOfUndo) {
+    struct Step {
+        const char* what;
+        std::function<void()> run;
+    };
+    const std::vector<Step> steps{
+        {"heading",
+         [&] { edit.perform({RichTextAction::heading(richtext::HeadingLevel::level1)}); }},
+        {"list", [&] { edit.toggleList(QStringLiteral("{disc}")); }},
+        {"code block", [&] { edit.perform({{Kind::codeBlock}}); }},
+        {"language", [&] { edit.perform({RichTextAction::codeLanguage("python")}); }},
+        {"bold", [&] { edit.perform({{Kind::bold}}); }},
+        {"inline code", [&] { edit.perform({{Kind::code}}); }},
+        {"link", [&] { edit.setLink(QStringLiteral("https://e.org")); }},
+        {"plain", [&] { edit.perform({{Kind::normalText}}); }},
+    };
+    for (const auto& step : steps) {
+        typed("one<Return><Ctrl+I>two<Return>three<Ctrl+I>");
+        const auto before = content();
+        edit.selectAll();
+        step.run();
+        if (std::string_view(step.what) != "plain") {
+            EXPECT_NE(content(), before) << step.what;
+        }
+        const auto after = content();
+        edit.undo();
+        EXPECT_EQ(content(), before) << step.what;
+        edit.redo();
+        EXPECT_EQ(content(), after) << step.what;
+    }
+    typed("a<table>");
+    edit.undo();
+    EXPECT_EQ(content(), "a");
+}
+
+TEST_F(RichTextEditTest, TheLanguageIsThatOfAllThePiece) {
+    typed("x<Return><code>a<Return>b<Return><Return>y<Up>");
+    edit.perform({RichTextAction::codeLanguage("python")});
+    EXPECT_EQ(content(), "x\npython> a\npython> b\ny");
+    EXPECT_EQ(edit.formatState().codeLanguage, QStringLiteral("python"));
+    typed("a <Ctrl+E>bb<Ctrl+E> c<Left><Left><Left>");
+    edit.perform({RichTextAction::codeLanguage("go")});
+    EXPECT_EQ(content(), "a `bb` c");
+    EXPECT_EQ(edit.content().attributesAt(2).korvexCodeLanguage, "go");
+}
+
+TEST_F(RichTextEditTest, TheStateIsWhatTheCaretOrAllOfTheSelectionHas) {
+    QSignalSpy changes(&edit, &RichTextEdit::formatStateChanged);
+    typed("<Ctrl+B>a<Ctrl+B>b<Return><Ctrl+Shift+7>c<Return><Return><Ctrl+Alt+2>d<Return><code>e");
+    EXPECT_FALSE(changes.isEmpty());
+    EXPECT_TRUE(edit.formatState().isCodeBlock);
+    EXPECT_EQ(edit.formatState().codeLanguage, QStringLiteral("auto"));
+    type(QStringLiteral("<Up>"));
+    EXPECT_EQ(edit.formatState().heading, richtext::HeadingLevel::level2);
+    type(QStringLiteral("<Up>"));
+    EXPECT_EQ(edit.formatState().list, FormatState::List::numbered);
+    EXPECT_FALSE(edit.formatState().heading);
+    type(QStringLiteral("<Up><Home><Shift+Right>"));
+    EXPECT_TRUE(edit.formatState().isBold);
+    type(QStringLiteral("<Shift+Right>"));
+    EXPECT_FALSE(edit.formatState().isBold) << "not all of it is";
+}
+
+TEST_F(RichTextEditTest, ALinkIsChangedAndTakenAwayAsAWhole) {
+    typed("ab cd<Ctrl+A><link><Home><Right>");
+    EXPECT_EQ(edit.formatState().link, QStringLiteral("https://e.org"));
+    edit.setLink(QStringLiteral("mailto:a@e.org"));
+    EXPECT_EQ(content(), "[ab cd](mailto:a@e.org)");
+    edit.setLink({});
+    EXPECT_EQ(content(), "ab cd");
+    edit.setLink({});
+    EXPECT_EQ(content(), "ab cd") << "where there is none, nothing happens";
+}
+
+TEST_F(RichTextEditTest, NothingGoesBeyondTheLimit) {
+    QSignalSpy refusals(&edit, &RichTextEdit::limitReached);
+    // 9,998 characters in far more units, so that units decide nothing.
+    std::u16string text;
+    for (int i = 0; i < 9'998; ++i) {
+        text += u"👍🏽";
+    }
+    edit.setContent(richtext::AttributedString(text));
+    edit.moveCursor(QTextCursor::End);
+    type(QStringLiteral("a<Return>"));
+    EXPECT_EQ(refusals.count(), 0);
+    const auto full = edit.content().length();
+    type(QStringLiteral("b"));
+    type(QStringLiteral("<Return>"));
+    type(QStringLiteral("<table>"));
+    QInputMethodEvent composed;
+    composed.setCommitString(QStringLiteral("字"));
+    QApplication::sendEvent(&edit, &composed);
+    QApplication::clipboard()->setText(QStringLiteral("c"));
+    edit.paste();
+    type(QStringLiteral("<Ctrl+Shift+V>"));
+    EXPECT_EQ(refusals.count(), 6);
+    EXPECT_EQ(edit.content().length(), full);
+    type(QStringLiteral("<Shift+Left>c"));
+    EXPECT_EQ(refusals.count(), 6) << "in the place of another there is room";
+    QTest::keyClick(&edit, Qt::Key_Backspace);
+    type(QStringLiteral("d"));
+    EXPECT_EQ(refusals.count(), 6);
+    EXPECT_EQ(edit.content().length(), full);
+}
+
+TEST_F(RichTextEditTest, KeysThatLeadOutAreAnnounced) {
+    QSignalSpy walks(&edit, &RichTextEdit::walked);
+    typed("a<Return>b<Up><Up>");
+    ASSERT_EQ(walks.count(), 1);
+    EXPECT_EQ(walks.takeFirst().at(0).toInt(), -1);
+    type(QStringLiteral("<Down><Down>"));
+    ASSERT_EQ(walks.count(), 1);
+    EXPECT_EQ(walks.takeFirst().at(0).toInt(), 1);
+    typed("<table>");
+    type(QStringLiteral("<Down><Down><Down>"));
+    EXPECT_EQ(walks.count(), 1) << "past the paragraph after the table";
+    QSignalSpy escapes(&edit, &RichTextEdit::escaped);
+    QSignalSpy splits(&edit, &RichTextEdit::splitRequested);
+    type(QStringLiteral("<Esc><Ctrl+Shift+Return>"));
+    EXPECT_EQ(escapes.count(), 1);
+    EXPECT_EQ(splits.count(), 1);
+}
+
+TEST_F(RichTextEditTest, CopyAndPasteKeepTheFormattingAndOfferPlainText) {
+    typed("<Ctrl+Alt+1>T<Return><Ctrl+B>b<Ctrl+B> <Ctrl+E>c<Ctrl+A><Ctrl+C>");
+    const auto* const copied = QApplication::clipboard()->mimeData();
+    EXPECT_EQ(copied->text(), QStringLiteral("T\nb c"));
+    EXPECT_TRUE(copied->hasHtml());
+    EXPECT_TRUE(copied->hasFormat(QStringLiteral("text/rtf")));
+    const auto before = content();
+    edit.setContent({});
+    type(QStringLiteral("<Ctrl+V>"));
+    EXPECT_EQ(content(), before);
+    edit.setContent({});
+    type(QStringLiteral("<Ctrl+Shift+V>"));
+    EXPECT_EQ(content(), "T\nb c");
+}
+
+} // namespace
+} // namespace korvex::ui

@@ -1,0 +1,79 @@
+#include "ui/WindowFixture.h"
+#include "ui/attachments/AttachmentKind.h"
+#include "ui/entries/EntryItemDelegate.h"
+
+namespace korvex::ui {
+namespace {
+
+class AttachmentRowTest : public tests::WindowFixture {
+protected:
+    model::Entry& withFiles(const char* text, const std::vector<std::string>& names) {
+        auto& entry = *add({text}).front();
+        clock.advance(1);
+        std::vector<model::EntryAttachment> files;
+        for (const auto& name : names) {
+            files.push_back(
+                {.id = base::Uuid::random(), .filename = name, .data = base::Bytes(1536)});
+        }
+        own.entries.attach(std::move(files), entry, clock.now());
+        return entry;
+    }
+};
+
+TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
+    auto& plain = *add({"Buy milk"}).front();
+    auto& entry = withFiles("Renew passport", {"photo.png", "form.pdf"});
+    EntryListModel model(workspace);
+    const auto changes = own.context.didChange().connect([&](const auto&) { model.refresh(); });
+    model.setBoard(inbox);
+    EntryItemDelegate delegate(model, workspace, theme);
+    QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
+                     [&](const QModelIndex& index) { delegate.forget(index.row()); });
+    const auto height = [&](const model::Entry& of) {
+        return delegate.layout(model.rowOf(of), 500).height();
+    };
+    const auto* const chips = delegate.layout(model.rowOf(entry), 500).chips();
+    ASSERT_TRUE(chips);
+    EXPECT_EQ(height(entry), height(plain) + chips->height() + AttachmentChips::kDistance);
+
+    clock.advance(1);
+    own.entries.removeAttachment(model.attachments(model.rowOf(entry)).attachments.front().id,
+                                 entry, clock.now());
+    EXPECT_EQ(delegate.layout(model.rowOf(entry), 500).chips()->count(), 1);
+    elsewhere([&](tests::StoreClient& client) {
+        auto& same = theirs(client, entry);
+        client.entries.removeAttachment(services::attachmentsOf(same).attachments.front().id, same,
+                                        kNow + 100);
+    });
+    EXPECT_EQ(height(entry), height(plain)) << "another program took the last one away";
+}
+
+TEST_F(AttachmentRowTest, AScreenReaderHearsTheFiles) {
+    withFiles("one", {"a.pdf"});
+    withFiles("two", {"a.pdf", "b.png"});
+    EntryListModel model(workspace);
+    model.setBoard(inbox);
+    const auto description = [&](int row) {
+        return toUtf8(model.data(model.index(row, 0), Qt::AccessibleDescriptionRole).toString());
+    };
+    EXPECT_EQ(description(0), "Open, 1 attachment: a.pdf");
+    EXPECT_EQ(description(1), "Open, 2 attachments: a.pdf, b.png");
+}
+
+TEST_F(AttachmentRowTest, ADamagedListIsToldOfAndNotTouched) {
+    auto& entry = *add({"broken"}).front();
+    entry.setAttachmentData(base::Bytes{'b', 'p', 'l', 'i', 's', 't', '?'});
+    own.context.save();
+    EntryListModel model(workspace);
+    model.setBoard(inbox);
+    EntryItemDelegate delegate(model, workspace, theme);
+    const auto* const chips = delegate.layout(0, 500).chips();
+    ASSERT_TRUE(chips);
+    EXPECT_EQ(chips->count(), 1);
+    EXPECT_FALSE(chips->idOf(0));
+    EXPECT_EQ(toUtf8(accessibleTextOf(model.attachments(0))), "Attachments could not be read");
+    EXPECT_FALSE(own.context.hasChanges());
+}
+
+} // namespace
+} // namespace korvex::ui

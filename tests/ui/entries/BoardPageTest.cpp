@@ -1,0 +1,292 @@
+#include "ui/entries/BoardPage.h"
+
+#include "model/ServiceErrors.h"
+#include "ui/WindowFixture.h"
+#include "ui/kit/ErrorBanner.h"
+
+#include <QAccessible>
+#include <QClipboard>
+#include <QLabel>
+#include <QPushButton>
+
+#include <gmock/gmock.h>
+
+namespace korvex::ui {
+namespace {
+
+using ::testing::ElementsAre;
+
+class BoardPageTest : public tests::WindowFixture {
+protected:
+    BoardPageTest() {
+        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
+        page.resize(600, 400);
+        page.show();
+        page.showBoard(*inbox);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
+    }
+
+    EntryListView& list() { return page.list(); }
+    TodoEditor& editor() { return *page.findChild<TodoEditor*>(); }
+    bool isEditing() { return !editor().isHidden(); }
+    void key(int which, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(isEditing() ? static_cast<QWidget*>(&editor().field()) : &list(),
+                        static_cast<Qt::Key>(which), modifiers);
+    }
+    void type(const char* text) { QTest::keyClicks(&editor().field(), QString::fromUtf8(text)); }
+    void paste(const QString& text) {
+        QApplication::clipboard()->setText(text);
+        editor().field().paste();
+    }
+    void edit(int row) {
+        list().setCurrentRow(row);
+        list().setFocus();
+        key(Qt::Key_Return);
+    }
+    QString editorError() {
+        for (const auto* const label : editor().findChildren<QLabel*>()) {
+            if (!label->isHidden()) {
+                return label->text();
+            }
+        }
+        return {};
+    }
+
+    BoardPage page{workspace, theme};
+    base::Subscription changes;
+};
+
+TEST_F(BoardPageTest, ReturnStoresAndMakesTheNextTodo) {
+    page.startTodo();
+    type("Buy milk");
+    key(Qt::Key_Return);
+    type("Water plants");
+    key(Qt::Key_Return);
+    EXPECT_TRUE(isEditing());
+    key(Qt::Key_Return);
+    EXPECT_FALSE(isEditing()) << "Return on an empty line ends the writing";
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("Buy milk", "Water plants"));
+}
+
+TEST_F(BoardPageTest, ReturnInAStoredTodoMakesTheNextBelowIt) {
+    add({"a", "c"});
+    edit(0);
+    key(Qt::Key_Return);
+    type("b");
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c"));
+    EXPECT_FALSE(isEditing());
+    EXPECT_EQ(list().currentRow(), 1) << "the new todo is the current one";
+}
+
+TEST_F(BoardPageTest, BackspaceInAnEmptyDraftRemovesItAndGoesUp) {
+    add({"a"});
+    page.startTodo();
+    key(Qt::Key_Backspace);
+    ASSERT_TRUE(isEditing());
+    EXPECT_EQ(list().editedRow(), 0);
+    EXPECT_FALSE(page.entries().hasDraft());
+    key(Qt::Key_Backspace);
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a"))
+        << "an emptied todo gets its text back on Escape";
+}
+
+TEST_F(BoardPageTest, UpAndDownWalkThroughTodosAndStoreOnTheWay) {
+    add({"a", "b", "c"});
+    edit(1);
+    type("!");
+    key(Qt::Key_Up);
+    EXPECT_EQ(list().editedRow(), 0);
+    type("?");
+    key(Qt::Key_Down);
+    key(Qt::Key_Down);
+    EXPECT_EQ(list().editedRow(), 2);
+    key(Qt::Key_Down);
+    EXPECT_FALSE(isEditing()) << "below the last todo stands no text";
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a?", "b!", "c"));
+}
+
+TEST_F(BoardPageTest, AltWithArrowsMovesTheTodoInAndOutOfItsEditor) {
+    add({"a", "b", "c"});
+    list().setCurrentRow(0);
+    list().setFocus();
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b", "a", "c"));
+    key(Qt::Key_Return);
+    type("!");
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b", "c", "a!"));
+    EXPECT_EQ(list().editedRow(), 2);
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_EQ(page.banner().message(), QString()) << "past the end nothing happens";
+}
+
+TEST_F(BoardPageTest, PastedLinesBecomeTodosInOrder) {
+    add({"last"});
+    list().setCurrentRow(0);
+    page.startTodo();
+    paste(QStringLiteral("one\n\n   two \r\nthree\n"));
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("last", "one", "two", "three"));
+    edit(1);
+    editor().field().setCaret(1);
+    paste(QStringLiteral("X\nY"));
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("last", "oX", "Yne", "two", "three"))
+        << "in the middle of a text the ends of it go with the first and the last line";
+}
+
+TEST_F(BoardPageTest, APasteThatIsRefusedChangesNothing) {
+    page.startTodo();
+    type("kept");
+    paste(QStringLiteral("short\n") + QString(10'001, QLatin1Char('x')));
+    EXPECT_EQ(editor().text(), QStringLiteral("kept"));
+    EXPECT_EQ(editorError(),
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
+    EXPECT_THAT(storedTexts(*inbox), ::testing::IsEmpty());
+}
+
+TEST_F(BoardPageTest, NothingCanBeTypedOrPastedBeyondTheLimit) {
+    add({std::string(9'999, 'x')});
+    edit(0);
+    type("y");
+    EXPECT_EQ(editor().text().size(), 10'000);
+    EXPECT_EQ(editorError(), QString());
+    type("z");
+    EXPECT_EQ(editor().text().size(), 10'000);
+    EXPECT_NE(editorError(), QString());
+    paste(QStringLiteral("zz"));
+    EXPECT_EQ(editor().text().size(), 10'000);
+    key(Qt::Key_Backspace);
+    EXPECT_EQ(editor().text().size(), 9'999);
+    EXPECT_EQ(editorError(), QString()) << "an edit takes the message away";
+}
+
+TEST_F(BoardPageTest, AnEmptiedTodoIsRefusedInPlaceAndTheEditorStays) {
+    add({"a", "b"});
+    edit(0);
+    editor().field().selectAll();
+    key(Qt::Key_Backspace);
+    key(Qt::Key_Down);
+    EXPECT_EQ(list().editedRow(), 0);
+    EXPECT_EQ(editorError(), QStringLiteral("Entry content cannot be empty."));
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(isEditing());
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
+}
+
+TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {
+    const auto todos = add({"a", "b"});
+    edit(1);
+    type(" typed");
+    elsewhere([&](tests::StoreClient& client) {
+        client.context.remove(theirs(client, *todos[1]));
+        client.context.save();
+    });
+    ASSERT_TRUE(isEditing());
+    EXPECT_EQ(editor().text(), QStringLiteral("b typed"));
+    EXPECT_EQ(editorError(),
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b typed"));
+}
+
+TEST_F(BoardPageTest, AnEditorThatNobodyTypedInFollowsTheStore) {
+    const auto todos = add({"short", "b"});
+    edit(0);
+    editor().field().setCaret(2);
+    elsewhere([&](tests::StoreClient& client) {
+        client.entries.updateTodo(theirs(client, *todos[0]), "changed there", kNow);
+    });
+    EXPECT_EQ(editor().text(), QStringLiteral("changed there"));
+    EXPECT_EQ(editor().field().caret(), 2);
+    type("X");
+    elsewhere([&](tests::StoreClient& client) {
+        client.entries.updateTodo(theirs(client, *todos[0]), "again", kNow);
+    });
+    EXPECT_EQ(editor().text(), QStringLiteral("chXanged there")) << "typed text stays";
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("chXanged there", "b"));
+}
+
+TEST_F(BoardPageTest, ABoardThatIsGoneRefusesTheTextAndKeepsIt) {
+    auto& board = own.boards.createBoard("Work", kNow);
+    page.showBoard(board);
+    page.startTodo();
+    type("kept");
+    // Deleted by a program of whose change nothing is known here yet.
+    tests::StoreClient hidden(folder / "Primary.store", log);
+    hidden.boards.deleteBoard(*hidden.boards.board(board.id()));
+    key(Qt::Key_Return);
+    EXPECT_EQ(editor().text(), QStringLiteral("kept"));
+    EXPECT_TRUE(isEditing());
+    EXPECT_NE(editorError(), QString());
+    EXPECT_FALSE(page.leaveEditor());
+    editor().findChild<QPushButton*>()->click();
+    EXPECT_FALSE(isEditing()) << "the user can give it up";
+}
+
+TEST_F(BoardPageTest, ATickIsStoredAtOnceAndItsRowLeavesAfterwards) {
+    const auto todos = add({"a", "b"});
+    list().setCurrentRow(0);
+    list().setFocus();
+    key(Qt::Key_Space);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
+    EXPECT_EQ(page.entries().rowOf(*todos[0]), 0) << "still to be seen";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return page.entries().rowOf(*todos[0]) < 0; }));
+    EXPECT_EQ(list().currentRow(), 0);
+    EXPECT_EQ(page.entries().entry(0), todos[1]);
+}
+
+TEST_F(BoardPageTest, ATickTakenBackInTimeChangesNothing) {
+    const auto todos = add({"a", "b", "c"});
+    list().setCurrentRow(1);
+    list().setFocus();
+    key(Qt::Key_Space);
+    key(Qt::Key_Space);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c"));
+    QTest::qWait(800);
+    EXPECT_EQ(page.entries().rowOf(*todos[1]), 1);
+}
+
+TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {
+    const auto todos = add({"a"});
+    edit(0);
+    type("b");
+    key(Qt::Key_Return, Qt::ControlModifier);
+    EXPECT_EQ(todos[0]->content(), "ab");
+    EXPECT_TRUE(todos[0]->isCompleted());
+    EXPECT_FALSE(isEditing());
+}
+
+TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
+    const auto todos = add({"a", "b"});
+    own.entries.completeTodo(*todos[0], kNow);
+    auto* const list = QAccessible::queryAccessibleInterface(&this->list());
+    ASSERT_NE(list, nullptr);
+    EXPECT_EQ(list->role(), QAccessible::List);
+    auto* const row = list->child(0);
+    ASSERT_NE(row, nullptr);
+    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b"));
+    EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Open"));
+    EXPECT_TRUE(row->state().checkable);
+    EXPECT_FALSE(row->state().checked);
+    EXPECT_EQ(row->rect().size(), this->list().globalRect(0).size());
+}
+
+TEST_F(BoardPageTest, EveryControlHasAName) {
+    page.startTodo();
+    page.startText();
+    for (const auto* const widget : page.findChildren<QWidget*>()) {
+        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy()) {
+            auto* const accessible = QAccessible::queryAccessibleInterface(
+                const_cast<QWidget*>(widget)); // it only looks
+            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
+                << widget->metaObject()->className();
+        }
+    }
+}
+
+} // namespace
+} // namespace korvex::ui

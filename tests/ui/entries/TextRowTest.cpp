@@ -1,0 +1,200 @@
+#include "ui/text/TextRow.h"
+
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/HeadingLevel.h"
+#include "ui/WindowFixture.h"
+#include "ui/editor/RichTextEdit.h"
+#include "ui/entries/EntryListView.h"
+#include "ui/text/TextDocumentConversion.h"
+#include "ui/todos/RowFrame.h"
+
+#include <QDesktopServices>
+#include <QSignalSpy>
+#include <QTextBrowser>
+#include <QUrl>
+
+#include <array>
+#include <cmath>
+
+namespace korvex::ui {
+namespace {
+
+using namespace richtext;
+
+/// Takes the place of the system that opens links. A QTextBrowser has a slot that takes one.
+class Browser final : public QTextBrowser {
+public:
+    Browser() {
+        for (const auto* const scheme : kSchemes) {
+            QDesktopServices::setUrlHandler(QLatin1String(scheme), this, "setSource");
+        }
+    }
+    ~Browser() override {
+        for (const auto* const scheme : kSchemes) {
+            QDesktopServices::unsetUrlHandler(QLatin1String(scheme));
+        }
+    }
+    QStringList opened;
+
+protected:
+    void doSetSource(const QUrl& url, QTextDocument::ResourceType) override {
+        opened.append(url.toString());
+    }
+
+private:
+    static constexpr std::array kSchemes{"https", "mailto", "ftp", "file"};
+};
+
+class TextRowTest : public tests::WindowFixture {
+protected:
+    model::Entry& addText(const AttributedString& text) {
+        return own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
+    }
+    void show() {
+        model.setBoard(inbox);
+        list.resize(500, 400);
+        list.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
+        QTest::qWait(1);
+    }
+    /// The middle of the character at an offset of the text in a row, in the viewport.
+    QPoint placeOf(int row, const AttributedString& text, std::size_t offset) {
+        const auto rect = list.visualRect(model.index(row, 0));
+        RichTextEdit edit;
+        fill(edit, text, rect.width() - 36);
+        const auto frame = RowFrame::of(theme);
+        return rect.topLeft() +
+               QPoint(frame.boxMargin + frame.gap, theme.rowDistance() / 2 + frame.padding) +
+               placeIn(edit, offset);
+    }
+    void fill(RichTextEdit& edit, const AttributedString& text, int width) {
+        edit.setLook(TextLook(theme));
+        edit.setContent(text);
+        edit.resize(width, 2'000);
+        edit.document()->setTextWidth(width);
+    }
+    static QPoint placeIn(RichTextEdit& edit, std::size_t offset) {
+        QTextCursor cursor(edit.document());
+        cursor.setPosition(positionOf(*edit.document(), offset));
+        // The left half of a character is its own.
+        return edit.cursorRect(cursor).center() + QPoint(1, 0);
+    }
+
+    EntryListModel model{workspace};
+    EntryListView list{model, workspace, theme};
+};
+
+AttributedString sample() {
+    AttributedString text;
+    text.append(u"Trip\n", {.font = fontOf(HeadingLevel::level1)},
+                {.spacingBefore = spacingBeforeOf(HeadingLevel::level1)});
+    text.append(u"We land on Friday and then there is more than fits into one line of the row.\n",
+                {}, {});
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{check}"});
+    text.append(u"one\ntwo\n", {}, {.lists = {list}});
+    text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", true),
+                {.lineSpacing = CodeSyntax::kBlockLineSpacing});
+    text.append(RichTextTable::make(3, 2));
+    text.append(u"the end", {}, {});
+    return text;
+}
+
+TEST_F(TextRowTest, EveryCharacterStandsWhereTheEditorShowsIt) {
+    const auto text = sample();
+    constexpr int kWidth = 360;
+    RichTextEdit edit;
+    fill(edit, text, kWidth);
+    const TextRow row(text, kWidth, TextLook(theme));
+    EXPECT_EQ(row.height(), static_cast<int>(std::ceil(edit.document()->size().height())));
+    for (std::size_t offset = 0; offset < text.length(); ++offset) {
+        if (QChar(text.text()[offset]).isLetter()) {
+            EXPECT_EQ(row.caretAt(placeIn(edit, offset)), static_cast<int>(offset));
+        }
+    }
+}
+
+TEST_F(TextRowTest, AClickAsksForEditingAtTheCharacter) {
+    const auto text = sample();
+    add({"a todo above"});
+    addText(text);
+    show();
+    const QSignalSpy requests(&list, &EntryListView::editRequested);
+    const auto offset = text.text().find(u"Friday");
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, placeOf(1, text, offset));
+    ASSERT_EQ(requests.size(), 1);
+    EXPECT_EQ(requests[0][0].toInt(), 1);
+    EXPECT_EQ(requests[0][1].toInt(), static_cast<int>(offset));
+}
+
+TEST_F(TextRowTest, AClickWithControlOpensLinksOfAllowedSchemesOnly) {
+    AttributedString text;
+    const std::vector<std::string> links{"https://example.org/a", "mailto:a@example.org",
+                                         "ftp://example.org/", "file:///etc/passwd"};
+    for (const auto& link : links) {
+        text.append(u"link\n", {.link = link}, {});
+    }
+    text.append(u"plain", {}, {});
+    addText(text);
+    show();
+    Browser browser;
+    const QSignalSpy requests(&list, &EntryListView::editRequested);
+    for (std::size_t line = 0; line <= links.size(); ++line) {
+        const auto place = placeOf(0, text, 5 * line + 2);
+        QTest::mouseMove(list.viewport(), place);
+        QTest::mouseClick(list.viewport(), Qt::LeftButton, Qt::ControlModifier, place);
+    }
+    EXPECT_EQ(browser.opened, QStringList({QStringLiteral("https://example.org/a"),
+                                           QStringLiteral("mailto:a@example.org")}));
+    EXPECT_EQ(requests.size(), 0);
+}
+
+TEST_F(TextRowTest, OnlyRowsInSightAreDecoded) {
+    constexpr int kTexts = 300;
+    log.expectError("Unable to decode");
+    for (int i = 0; i < kTexts; ++i) {
+        auto entry = std::make_unique<model::Entry>(model::EntryFields{
+            .id = base::Uuid::random(),
+            .content = "the text " + std::to_string(i),
+            .richTextData = base::Bytes{'n', 'o', ' ', 'r', 't', 'f'},
+            .createdAt = clock.now(),
+            .updatedAt = clock.now(),
+            .sortOrder = i,
+        });
+        auto& inserted = own.context.insert(std::move(entry));
+        inserted.setBoard(inbox);
+    }
+    own.context.save();
+    show();
+    // Each decoding of what is no RTF leaves a line.
+    const auto decoded = log.count("Unable to decode");
+    EXPECT_GT(decoded, 5U);
+    EXPECT_LT(decoded, 60U);
+    EXPECT_EQ(model.text(0), QStringLiteral("the text 0")) << "what a screen reader hears";
+}
+
+TEST_F(TextRowTest, ATextOverTheLimitShowsItsBeginningAndIsNotEdited) {
+    auto entry = std::make_unique<model::Entry>(model::EntryFields{
+        .id = base::Uuid::random(), .content = std::string(20'000, 'x'), .updatedAt = clock.now()});
+    auto& inserted = own.context.insert(std::move(entry));
+    inserted.setBoard(inbox);
+    own.context.save();
+    show();
+    EXPECT_FALSE(model.isEditable(0));
+    const auto height = list.visualRect(model.index(0, 0)).height();
+    EXPECT_LT(height, 400) << "500 characters are some lines";
+}
+
+TEST_F(TextRowTest, ARowFollowsItsFormatting) {
+    auto& entry = addText(AttributedString(u"text"));
+    show();
+    const auto before = list.visualRect(model.index(0, 0)).height();
+    clock.advance(60);
+    own.entries.updateText(entry, AttributedString(u"text", {.font = fontOf(HeadingLevel::level1)}),
+                           clock.now());
+    model.refresh();
+    EXPECT_GT(list.visualRect(model.index(0, 0)).height(), before + 3);
+}
+
+} // namespace
+} // namespace korvex::ui

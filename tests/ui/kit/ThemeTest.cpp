@@ -1,0 +1,47 @@
+#include "ui/kit/Theme.h"
+
+#include "ui/WindowFixture.h"
+
+namespace korvex::ui {
+namespace {
+
+class ThemeTest : public tests::WindowFixture {};
+
+TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
+    const auto before = QApplication::palette();
+    using Appearance = app::AppPreferences::Appearance;
+    for (const auto* const accent : {"#308cc6", "#ffff00", "#000000", "#ffffff", "#e95420"}) {
+        auto system = before;
+        system.setColor(QPalette::Highlight, QColor(QLatin1String(accent)));
+        QApplication::setPalette(system);
+        for (const auto appearance : {Appearance::light, Appearance::dark}) {
+            preferences.setAppearance(appearance);
+            const Theme made(preferences);
+            const auto& colors = made.colors();
+            for (const auto& ground :
+                 {colors.content, colors.sidebar, colors.selection, colors.hover}) {
+                for (const auto& text : {colors.text, colors.secondaryText, colors.danger}) {
+                    EXPECT_GE(contrast(text, ground), 4.5)
+                        << accent << (colors.isDark ? " dark " : " light ")
+                        << text.name().toStdString() << " on " << ground.name().toStdString();
+                }
+            }
+            EXPECT_GE(contrast(colors.accent, colors.content), 4.5) << accent;
+            EXPECT_GE(contrast(colors.onAccent, colors.accent), 4.5) << accent;
+        }
+    }
+    QApplication::setPalette(before);
+}
+
+TEST_F(ThemeTest, ThePreferenceOverrulesTheSystem) {
+    using Appearance = app::AppPreferences::Appearance;
+    theme.setSystemAppearance(Theme::SystemAppearance::dark);
+    EXPECT_TRUE(theme.colors().isDark);
+    preferences.setAppearance(Appearance::light);
+    EXPECT_FALSE(theme.colors().isDark);
+    preferences.setAppearance(Appearance::system);
+    EXPECT_TRUE(theme.colors().isDark);
+}
+
+} // namespace
+} // namespace korvex::ui

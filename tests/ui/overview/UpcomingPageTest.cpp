@@ -1,0 +1,377 @@
+#include "ui/overview/UpcomingPage.h"
+
+#include "TodoPageFixture.h"
+#include "model/ServiceErrors.h"
+#include "ui/kit/ErrorBanner.h"
+#include "ui/todos/SchedulePopover.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QMenu>
+#include <QPushButton>
+#include <QScrollBar>
+
+#include <random>
+
+namespace korvex::ui {
+namespace {
+
+using model::TodoSchedule;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr double kHour = 3600;
+constexpr double kDay = 86'400;
+
+class UpcomingPageTest : public tests::TodoPageFixture<UpcomingPage> {
+protected:
+    bool says(const char* text) {
+        for (const auto* const label : page.findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text() == QString::fromUtf8(text)) {
+                return true;
+            }
+        }
+        return false;
+    }
+    QPoint centerOf(const QRect& global) {
+        return list().viewport()->mapFromGlobal(global.center());
+    }
+    QPoint circleOf(const model::Entry& entry) {
+        const auto rect = list().globalRect(page.todos().rowOf(entry));
+        return list().viewport()->mapFromGlobal(rect.topLeft()) + QPoint(26, rect.height() / 2);
+    }
+};
+
+TEST_F(UpcomingPageTest, TodosStandInSectionsAndNothingIsSaidOfTheOthers) {
+    auto& archive = own.boards.createBoard("Old", kNow);
+    addTodo("hidden", TodoSchedule::dueOn(20250310), &archive);
+    own.boards.setArchived(true, archive, kNow);
+    add({"unscheduled"});
+    show();
+    EXPECT_TRUE(says("No upcoming todos."));
+    EXPECT_THAT(rows(), IsEmpty());
+    addTodo("late", TodoSchedule::dueAt(kNow - kHour));
+    addTodo("today", TodoSchedule::dueOn(20250310));
+    addTodo("soon", TodoSchedule::dueOn(20250312));
+    addTodo("far", TodoSchedule::dueOn(20250601));
+    clock.set(kNow - kDay);
+    addTodo("reminded", {.reminderDate = kNow - kHour});
+    waitUntil(kNow);
+    EXPECT_FALSE(says("No upcoming todos."));
+    EXPECT_THAT(rows(),
+                ElementsAre("# Overdue", "[ ] late", "# Today", "[ ] today", "# Next 3 days",
+                            "[ ] soon", "# Later", "[ ] far", "# Past Reminders", "[ ] reminded"));
+    EXPECT_TRUE(page.todos().heading(0).isUrgent);
+    EXPECT_FALSE(page.todos().heading(2).isUrgent);
+}
+
+TEST_F(UpcomingPageTest, TimeMovesTodosBetweenSectionsWithoutAClick) {
+    auto& meeting = addTodo("meeting", TodoSchedule::dueAt(kNow + kHour));
+    addTodo("call", {.reminderDate = kNow + 2 * kHour});
+    addTodo("shopping", TodoSchedule::dueOn(20250310));
+    addTodo("tomorrow", TodoSchedule::dueOn(20250311));
+    show();
+    choose(meeting);
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] meeting", "[ ] call", "[ ] shopping",
+                                    "# Next 3 days", "[ ] tomorrow"));
+    waitUntil(kNow + kHour);
+    EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] meeting", "# Today", "[ ] call",
+                                    "[ ] shopping", "# Next 3 days", "[ ] tomorrow"));
+    waitUntil(kNow + 2 * kHour);
+    EXPECT_THAT(rows(),
+                ElementsAre("# Overdue", "[ ] meeting", "# Today", "[ ] shopping", "# Next 3 days",
+                            "[ ] tomorrow", "# Past Reminders", "[ ] call"));
+    waitUntil(kNow + 16 * kHour);
+    EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] meeting", "[ ] shopping", "# Today",
+                                    "[ ] tomorrow", "# Past Reminders", "[ ] call"));
+    EXPECT_EQ(currentText(), "meeting") << "the choice goes along";
+}
+
+TEST_F(UpcomingPageTest, ATickIsStoredAtOnceSeenForAMomentAndThenItsRowLeaves) {
+    auto& first = addTodo("a", TodoSchedule::dueOn(20250310));
+    auto& second = addTodo("b", TodoSchedule::dueOn(20250312));
+    addTodo("c", TodoSchedule::dueOn(20250312));
+    show();
+    QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, circleOf(second));
+    QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, circleOf(first));
+    EXPECT_TRUE(first.isCompleted());
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("c"));
+    const auto ticked = ElementsAre("# Today", "[x] a", "# Next 3 days", "[x] b", "[ ] c");
+    EXPECT_THAT(rows(), ticked) << "where they stood";
+    QTest::qWait(350);
+    EXPECT_THAT(rows(), ticked);
+    EXPECT_TRUE(rowsBecome({"# Next 3 days", "[ ] c"}));
+    EXPECT_EQ(currentText(), "c") << "not the heading";
+}
+
+TEST_F(UpcomingPageTest, ATickTakenBackInTimeChangesNothing) {
+    addTodo("a", TodoSchedule::dueOn(20250310));
+    auto& todo = addTodo("b", TodoSchedule::dueOn(20250310));
+    addTodo("c", TodoSchedule::dueOn(20250310));
+    show();
+    choose(todo);
+    key(Qt::Key_Return, Qt::ControlModifier);
+    key(Qt::Key_Space);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c")) << "at its place on the board";
+    QTest::qWait(300);
+    key(Qt::Key_Space); // for good, but its time begins anew
+    QTest::qWait(350);
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a", "[x] b", "[ ] c"));
+    EXPECT_TRUE(rowsBecome({"# Today", "[ ] a", "[ ] c"}));
+}
+
+TEST_F(UpcomingPageTest, UndoWhileARowIsLeavingBringsItBackInFullHeight) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    const int height = list().globalRect(1).height();
+    choose(todo);
+    key(Qt::Key_Space);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return list().globalRect(1).height() < height; }, 3000));
+    own.undo.undo();
+    QTest::qWait(300);
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a"));
+    EXPECT_EQ(list().globalRect(1).height(), height);
+}
+
+TEST_F(UpcomingPageTest, AnUndoneTickAfterItsRowHasLeftBringsTheRowBack) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    choose(todo);
+    key(Qt::Key_Space);
+    EXPECT_TRUE(rowsBecome({}));
+    own.undo.undo();
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a"));
+}
+
+TEST_F(UpcomingPageTest, WhatIsRefusedIsSaidAndTheTodoStays) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    choose(todo);
+    // Deleted by a program of whose change nothing is known here yet.
+    tests::StoreClient hidden(folder / "Primary.store", log);
+    hidden.entries.deleteEntry(theirs(hidden, todo));
+    key(Qt::Key_Space);
+    EXPECT_EQ(page.banner().message(),
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+    own.context.refresh();
+    EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(UpcomingPageTest, TheKeyboardPassesOverHeadings) {
+    addTodo("a", TodoSchedule::dueOn(20250310));
+    addTodo("b", TodoSchedule::dueOn(20250312));
+    addTodo("c", TodoSchedule::dueOn(20250601));
+    show();
+    page.focusList();
+    EXPECT_EQ(currentText(), "a");
+    std::vector<std::string> visited;
+    for (const auto which : {Qt::Key_Up, Qt::Key_Down, Qt::Key_Down, Qt::Key_Down, Qt::Key_Up,
+                             Qt::Key_Home, Qt::Key_End, Qt::Key_PageUp}) {
+        key(which);
+        visited.push_back(currentText());
+    }
+    EXPECT_THAT(visited, ElementsAre("a", "b", "c", "c", "b", "a", "c", "a"));
+}
+
+TEST_F(UpcomingPageTest, ReturnADoubleClickAndTheMenuOpenTheEntryOnItsBoard) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    std::vector<model::Entry*> opened;
+    QObject::connect(&page, &TodoGroupPage::entryOpenRequested, &page,
+                     [&](model::Entry* entry) { opened.push_back(entry); });
+    choose(todo);
+    key(Qt::Key_Return);
+    QTest::mouseDClick(list().viewport(), Qt::LeftButton, {},
+                       centerOf(list().globalRect(page.todos().rowOf(todo))));
+    Q_EMIT list().menuRequested(1, page.mapToGlobal(QPoint(50, 50)));
+    auto* const menu = page.findChild<QMenu*>();
+    ASSERT_NE(menu, nullptr);
+    QStringList items;
+    for (const auto* const action : menu->actions()) {
+        items.append(action->text());
+    }
+    items.removeAll(QString());
+    EXPECT_EQ(items, QStringList({QStringLiteral("Go to entry"), QStringLiteral("Schedule…"),
+                                  QStringLiteral("Complete"), QStringLiteral("Delete")}));
+    menu->actions().front()->trigger();
+    EXPECT_THAT(opened, ElementsAre(&todo, &todo, &todo));
+}
+
+TEST_F(UpcomingPageTest, TheDueLabelAndControlDOpenTheSchedule) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    const auto popover = [this] { return page.findChild<SchedulePopover*>(); };
+    QTest::mouseClick(list().viewport(), Qt::LeftButton, {},
+                      centerOf(list().detailRect(page.todos().rowOf(todo))));
+    ASSERT_NE(popover(), nullptr);
+    for (auto* const button : popover()->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("Tomorrow")) {
+            button->click();
+        }
+    }
+    popover()->dismiss();
+    EXPECT_THAT(rows(), ElementsAre("# Next 3 days", "[ ] a"));
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    choose(todo);
+    key(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_NE(popover(), nullptr);
+}
+
+TEST_F(UpcomingPageTest, DeletingCanBeUndone) {
+    addTodo("a", TodoSchedule::dueOn(20250310));
+    auto& todo = addTodo("b", TodoSchedule::dueOn(20250310));
+    addTodo("c", TodoSchedule::dueOn(20250310));
+    show();
+    choose(todo);
+    key(Qt::Key_Delete);
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a", "[ ] c"));
+    EXPECT_EQ(currentText(), "c");
+    EXPECT_EQ(page.banner().message(), QStringLiteral("“b” was deleted."));
+    own.undo.undo();
+    EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a", "[ ] b", "[ ] c"));
+}
+
+TEST_F(UpcomingPageTest, ChangesFromElsewhereLeaveChoiceAndPlaceOnTheScreenAlone) {
+    std::vector<model::Entry*> todos;
+    for (int i = 0; i < 200; ++i) {
+        todos.push_back(
+            &addTodo(("todo " + std::to_string(i)).c_str(), TodoSchedule::dueOn(20250310)));
+    }
+    show();
+    choose(*todos[100]);
+    list().scrollTo(list().currentIndex(), QAbstractItemView::PositionAtCenter);
+    const auto place = list().globalRect(list().currentRow()).top();
+    elsewhere([&](tests::StoreClient& client) {
+        client.entries.completeTodo(theirs(client, *todos[3]), kNow);
+        client.entries.updateTodo(theirs(client, *todos[101]), "changed", kNow + 1.0);
+        client.entries.deleteEntry(theirs(client, *todos[7]));
+        client.entries.createTodos({.contents = {"new"},
+                                    .board = *client.boards.inboxBoard(),
+                                    .now = kNow,
+                                    .schedule = TodoSchedule::dueAt(kNow - kDay)});
+    });
+    EXPECT_EQ(rows().size(), 1U + 198 + 2);
+    EXPECT_EQ(rows()[1], "[ ] new");
+    EXPECT_EQ(currentText(), "todo 100");
+    EXPECT_EQ(list().globalRect(list().currentRow()).top(), place);
+    EXPECT_EQ(page.todos().text(page.todos().rowOf(*todos[101])), QStringLiteral("changed"));
+}
+
+TEST_F(UpcomingPageTest, ALongerTextElsewhereMakesItsRowHigher) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    const int height = list().globalRect(1).height();
+    elsewhere([&](tests::StoreClient& client) {
+        client.entries.updateTodo(theirs(client, todo), std::string(400, 'w') + " end", kNow);
+    });
+    EXPECT_GT(list().globalRect(1).height(), 2 * height) << "wrapped, never cut";
+}
+
+TEST_F(UpcomingPageTest, ABoardsNewNameAndItsArchivingAreFollowed) {
+    auto& board = own.boards.createBoard("Work", kNow);
+    addTodo("a", TodoSchedule::dueOn(20250310), &board);
+    show();
+    const auto description = [this] {
+        return toUtf8(page.todos().index(1, 0).data(Qt::AccessibleDescriptionRole).toString());
+    };
+    EXPECT_EQ(description(), "Open, Due: Today, Board: Work");
+    const auto before = list().grab().toImage();
+    own.boards.renameBoard(board, "Office", kNow);
+    EXPECT_EQ(description(), "Open, Due: Today, Board: Office");
+    EXPECT_NE(list().grab().toImage(), before);
+    own.boards.setArchived(true, board, kNow);
+    EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(UpcomingPageTest, WhatHappensOutOfSightIsMadeUpFor) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    addTodo("b", TodoSchedule::dueOn(20250311));
+    show();
+    page.hide();
+    addTodo("c", TodoSchedule::dueOn(20250310));
+    own.entries.deleteEntry(todo);
+    waitUntil(kNow + 16 * kHour);
+    page.show();
+    EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] c", "# Today", "[ ] b"));
+}
+
+TEST_F(UpcomingPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
+    own.entries.createTodos({.contents = std::vector<std::string>(10'000, "something to do"),
+                             .board = *inbox,
+                             .now = kNow,
+                             .schedule = TodoSchedule::dueOn(20250310)});
+    show();
+    ASSERT_EQ(page.todos().rowCount(), 10'001);
+    const auto shown = [this] {
+        const auto [first, last] = list().visibleRows();
+        return last - first + 1;
+    };
+    EXPECT_LT(shown(), 40);
+    EXPECT_LE(list().layoutCount(), shown() + 2);
+    list().verticalScrollBar()->setValue(list().verticalScrollBar()->maximum());
+    EXPECT_EQ(list().visibleRows().second, 10'000);
+    EXPECT_LE(list().layoutCount(), 2 * shown() + 4);
+}
+
+/// Whatever happens, the rows are those of a page made anew, one for one.
+TEST_F(UpcomingPageTest, AfterAnyChangesThePageIsAsOneMadeAnew) {
+    auto& board = own.boards.createBoard("Work", kNow);
+    show();
+    std::mt19937 random(11); // NOLINT: the same every time
+    std::vector<model::Entry*> todos;
+    const auto pick = [&](std::size_t count) { return random() % count; };
+    for (int step = 0; step < 120; ++step) {
+        const TodoSchedule schedule =
+            TodoSchedule::dueAt(kNow + (static_cast<double>(pick(40)) - 5) * kDay / 2);
+        auto* const todo = todos.empty() ? nullptr : todos[pick(todos.size())];
+        switch (todo && todo->isLive() ? pick(6) : 0) {
+        case 0:
+            todos.push_back(&addTodo("new", schedule, pick(2) == 0 ? &board : nullptr));
+            break;
+        case 1:
+            own.entries.updateSchedule(*todo, pick(3) == 0 ? TodoSchedule{} : schedule,
+                                       clock.now());
+            break;
+        case 2:
+            own.entries.deleteEntry(*todo);
+            break;
+        case 3:
+            todo->isCompleted() ? own.entries.restoreTodo(*todo, clock.now())
+                                : own.entries.completeTodo(*todo, clock.now());
+            break;
+        case 4:
+            own.boards.setArchived(!board.isArchived(), board, clock.now());
+            break;
+        case 5:
+            waitUntil(clock.now() + kDay / 10);
+            break;
+        }
+        ASSERT_EQ(list().model()->rowCount(), page.todos().rowCount());
+    }
+    const auto kept = rows();
+    UpcomingPage anew(workspace, theme);
+    anew.resize(page.size());
+    anew.show();
+    ASSERT_EQ(anew.todos().rowCount(), page.todos().rowCount());
+    for (int row = 0; row < page.todos().rowCount(); ++row) {
+        EXPECT_EQ(anew.todos().entry(row), page.todos().entry(row)) << row;
+        EXPECT_EQ(toUtf8(anew.todos().text(row)), toUtf8(page.todos().text(row))) << row;
+    }
+}
+
+TEST_F(UpcomingPageTest, AScreenReaderFindsAListOfCheckableTodos) {
+    addTodo("a", TodoSchedule::dueOn(20250309));
+    show();
+    auto* const accessible = QAccessible::queryAccessibleInterface(&list());
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->role(), QAccessible::List);
+    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Upcoming"));
+    EXPECT_EQ(accessible->child(0)->text(QAccessible::Name), QStringLiteral("Overdue"));
+    EXPECT_FALSE(accessible->child(0)->state().checkable);
+    EXPECT_EQ(accessible->child(1)->text(QAccessible::Description),
+              QStringLiteral("Open, Due: Yesterday, Overdue, Board: Inbox"));
+    EXPECT_TRUE(accessible->child(1)->state().checkable);
+}
+
+} // namespace
+} // namespace korvex::ui

@@ -1,0 +1,280 @@
+#include "ui/text/TextDocumentConversion.h"
+
+#include "TextFixture.h"
+#include "richtext/RandomText.h"
+#include "ui/text/TextFormats.h"
+
+#include <QTextDocument>
+
+#include <random>
+
+namespace korvex::ui {
+namespace {
+
+using namespace richtext;
+
+class TextDocumentConversionTest : public tests::TextFixture {
+protected:
+    AttributedString shown(const AttributedString& text) {
+        setText(document, text, look());
+        return textOf(document);
+    }
+    static TextTableRef tableOf(int columns) {
+        return std::make_shared<TextTable>(TextTable{.columns = columns});
+    }
+    static ParagraphStyle inCell(const TextTableRef& table, int row, int column) {
+        return {.cells = {std::make_shared<TextTableCell>(
+                    TextTableCell{.table = table, .row = row, .column = column})}};
+    }
+    /// One letter for each cell, by rows.
+    static AttributedString table(std::u16string_view letters, int columns) {
+        const auto identity = tableOf(columns);
+        AttributedString result;
+        for (std::size_t i = 0; i < letters.size(); ++i) {
+            const auto place = static_cast<int>(i);
+            result.append(std::u16string(1, letters[i]) + u"\n", {},
+                          inCell(identity, place / columns, place % columns));
+        }
+        return result;
+    }
+    static AttributedString plain(std::u16string_view text) { return AttributedString(text); }
+    static AttributedString joined(std::initializer_list<AttributedString> parts) {
+        AttributedString result;
+        for (const auto& part : parts) {
+            result.append(part);
+        }
+        return result;
+    }
+    /// Qt does not take back what became of the first paragraph's end.
+    bool isUndone(AttributedString before) const {
+        auto now = textOf(document);
+        for (auto* const each : {&now, &before}) {
+            each->editAttributes({each->paragraphAt(0).end() - 1, 1},
+                                 [](CharacterAttributes& attributes) { attributes = {}; });
+        }
+        return now.isEquivalentTo(before);
+    }
+    /// A cell has an end in a document, also where the text has cut it off.
+    static AttributedString sample(std::uint64_t seed) {
+        auto text = RandomText(seed).next();
+        if (!text.isEmpty() && text.text().back() != u'\n' &&
+            !text.styleAt(text.length()).cells.empty()) {
+            text.append(u"\n", text.attributesAt(text.length()), {});
+        }
+        return text;
+    }
+    int tableCount() const {
+        int count = 0;
+        for (auto* const frame : document.rootFrame()->childFrames()) {
+            count += qobject_cast<QTextTable*>(frame) ? 1 : 0;
+        }
+        return count;
+    }
+
+    QTextDocument document;
+};
+
+TEST_F(TextDocumentConversionTest, WhatIsShownReadsAsWhatWasGiven) {
+    for (std::uint64_t seed = 0; seed < 600; ++seed) {
+        const auto text = sample(seed);
+        const auto read = shown(text);
+        ASSERT_TRUE(read.isEquivalentTo(text))
+            << "seed " << seed << ": " << QString::fromStdU16String(text.text()).toStdString()
+            << " became " << QString::fromStdU16String(read.text()).toStdString();
+    }
+}
+
+TEST_F(TextDocumentConversionTest, PositionsFollowTheTextThroughTables) {
+    for (std::uint64_t seed = 0; seed < 200; ++seed) {
+        const auto text = sample(seed);
+        setText(document, text, look());
+        int last = -1;
+        for (std::size_t offset = 0; offset < text.length(); ++offset) {
+            const int position = positionOf(document, offset);
+            ASSERT_EQ(offsetOf(document, position), offset) << "seed " << seed;
+            ASSERT_GT(position, last) << "seed " << seed;
+            last = position;
+            const QChar unit = text.text()[offset];
+            if (unit.isLetter()) {
+                ASSERT_EQ(document.characterAt(position), unit)
+                    << "seed " << seed << " offset " << offset;
+            }
+        }
+        ASSERT_LE(offsetOf(document, document.characterCount() - 1), text.length());
+    }
+}
+
+TEST_F(TextDocumentConversionTest, AnInsertedTextStandsBetweenWhatWasThere) {
+    std::mt19937 random(1);
+    for (std::uint64_t seed = 0; seed < 300; ++seed) {
+        // Whole paragraphs at the border of paragraphs: nothing is joined.
+        auto text = sample(seed);
+        auto inserted = sample(seed + 10'000);
+        for (auto* const each : {&text, &inserted}) {
+            each->append(u"end\n", {}, {});
+        }
+        std::vector<std::size_t> borders{text.length()};
+        text.forEachParagraph([&](const AttributedString::ParagraphRun& run) {
+            if (run.style.cells.empty()) {
+                borders.push_back(run.range.location);
+            }
+        });
+        const auto offset = borders[random() % borders.size()];
+        setText(document, text, look());
+        QTextCursor cursor(&document);
+        cursor.setPosition(positionOf(document, offset));
+        insertText(cursor, inserted, look());
+        EXPECT_EQ(offsetOf(document, cursor.position()), offset + inserted.length())
+            << "seed " << seed;
+        auto expected = text;
+        expected.replace({offset, 0}, inserted);
+        ASSERT_TRUE(textOf(document).isEquivalentTo(expected)) << "seed " << seed;
+        document.undo();
+        ASSERT_TRUE(isUndone(text)) << "seed " << seed;
+    }
+}
+
+TEST_F(TextDocumentConversionTest, TablesBecomeTablesWhereverTheyStand) {
+    const auto abcd = table(u"abcd", 2);
+    const auto ef = table(u"ef", 1);
+    struct Case {
+        const char* name;
+        AttributedString text;
+        int tables;
+    };
+    const std::vector<Case> cases{
+        {"alone", abcd, 1},
+        {"first", joined({abcd, plain(u"x\n")}), 1},
+        {"two side by side", joined({abcd, ef}), 2},
+        {"after a paragraph and before one", joined({plain(u"x\n"), abcd, plain(u"y")}), 1},
+        {"after an empty paragraph", joined({plain(u"\n"), abcd, plain(u"\n"), ef}), 2},
+    };
+    for (const auto& each : cases) {
+        EXPECT_TRUE(shown(each.text).isEquivalentTo(each.text)) << each.name;
+        EXPECT_EQ(tableCount(), each.tables) << each.name;
+    }
+}
+
+TEST_F(TextDocumentConversionTest, ADamagedTableIsShownAsParagraphsAndKept) {
+    const auto identity = tableOf(2);
+    AttributedString lacking;
+    lacking.append(u"a\n", {}, inCell(identity, 0, 0));
+    lacking.append(u"b\n", {}, inCell(identity, 1, 1));
+    AttributedString huge;
+    huge.append(u"a\n", {},
+                {.cells = {std::make_shared<TextTableCell>(
+                     TextTableCell{.table = tableOf(1'000'000), .row = 2'000'000'000})}});
+    const auto twice = table(u"ab", 2);
+    for (const auto& text : {lacking, huge, joined({twice, plain(u"x\n"), twice})}) {
+        EXPECT_TRUE(shown(text).isEquivalentTo(text));
+        EXPECT_LE(tableCount(), 1);
+    }
+}
+
+TEST_F(TextDocumentConversionTest, ATableThatQtChangedIsCompleteAndHasSensibleCells) {
+    auto text = table(u"abcd", 2);
+    auto geometry = CellGeometry{.width = 3'000, .padding = {160, 160, 160, 160}};
+    geometry.borders.fill({10, Color::named(SystemColor::separator)});
+    text.editStyles({0, text.length()}, [&](ParagraphStyle& style) {
+        auto cell = std::make_shared<TextTableCell>(*style.cells.front());
+        cell->geometry = geometry;
+        style.cells = {cell};
+    });
+    setText(document, text, look());
+    auto* const shownTable = qobject_cast<QTextTable*>(document.rootFrame()->childFrames().front());
+    shownTable->insertRows(1, 1);
+    shownTable->insertColumns(2, 1);
+    const auto read = textOf(document);
+    EXPECT_EQ(read.text(), u"a\nb\n\n\n\n\nc\nd\n\n");
+    int place = 0;
+    read.forEachParagraph([&](const AttributedString::ParagraphRun& run) {
+        ASSERT_EQ(run.style.cells.size(), 1U);
+        const auto& cell = *run.style.cells.front();
+        EXPECT_EQ(cell.table, read.styleAt(0).cells.front()->table);
+        EXPECT_EQ(cell.table->columns, 3);
+        EXPECT_EQ(cell.row, place / 3);
+        EXPECT_EQ(cell.column, place % 3);
+        EXPECT_EQ(cell.geometry, geometry);
+        ++place;
+    });
+    EXPECT_EQ(place, 9);
+    QTextDocument again;
+    setText(again, read, look());
+    EXPECT_TRUE(textOf(again).isEquivalentTo(read));
+}
+
+TEST_F(TextDocumentConversionTest, ParagraphsOfOneListStayInIt) {
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
+    AttributedString text;
+    text.append(u"one\ntwo\n", {}, {.lists = {list}});
+    setText(document, text, look());
+    QTextCursor cursor(&document);
+    cursor.movePosition(QTextCursor::EndOfBlock);
+    cursor.insertBlock(); // what the return key does
+    cursor.insertText(QStringLiteral("between"));
+    const auto read = textOf(document);
+    EXPECT_EQ(read.text(), u"one\nbetween\ntwo\n");
+    for (const std::size_t offset : {0U, 5U, 13U}) {
+        EXPECT_EQ(read.styleAt(offset).lists, std::vector<TextListRef>{list});
+    }
+    EXPECT_EQ(document.begin().next().textList()->itemNumber(document.begin().next().next()), 2);
+
+    cursor.movePosition(QTextCursor::End);
+    cursor.createList(QTextListFormat::ListUpperRoman);
+    cursor.insertText(QStringLiteral("foreign"));
+    const auto foreign = textOf(document);
+    ASSERT_EQ(foreign.styleAt(foreign.length()).lists.size(), 1U);
+    EXPECT_EQ(foreign.styleAt(foreign.length()).lists.front()->marker, u"{upper-roman}.");
+}
+
+TEST_F(TextDocumentConversionTest, ASelectionReadsAsItsPartOfTheText) {
+    const auto text = joined({plain(u"x\n"), table(u"abcdef", 3), plain(u"y")});
+    setText(document, text, look());
+    QTextCursor cursor(&document);
+    cursor.setPosition(positionOf(document, 0));
+    cursor.setPosition(positionOf(document, text.length()), QTextCursor::KeepAnchor);
+    EXPECT_TRUE(textOf(cursor).isEquivalentTo(text));
+
+    // From the cell of "b" to that of "f": a square of four.
+    cursor.setPosition(positionOf(document, 4));
+    cursor.setPosition(positionOf(document, 12), QTextCursor::KeepAnchor);
+    ASSERT_TRUE(cursor.hasComplexSelection());
+    EXPECT_TRUE(textOf(cursor).isEquivalentTo(table(u"bcef", 2)));
+}
+
+TEST_F(TextDocumentConversionTest, AWholeTableIsReplacedInItsPlace) {
+    const auto before = table(u"abcd", 2);
+    const auto after = table(u"ABCDEF", 2);
+    for (const auto& [above, below] :
+         {std::pair(plain(u"x\n"), plain(u"y\n")), std::pair(plain(u"\n"), plain(u"\n")),
+          std::pair(plain(u""), plain(u"y"))}) {
+        for (const auto& replacement : {after, plain(u"text\n"), plain(u"")}) {
+            setText(document, joined({above, before, below}), look());
+            QTextCursor cursor(&document);
+            cursor.setPosition(positionOf(document, above.length()));
+            cursor.setPosition(positionOf(document, above.length() + before.length()),
+                               QTextCursor::KeepAnchor);
+            insertText(cursor, replacement, look());
+            EXPECT_TRUE(textOf(document).isEquivalentTo(joined({above, replacement, below})))
+                << QString::fromStdU16String(textOf(document).text()).toStdString();
+        }
+    }
+}
+
+TEST_F(TextDocumentConversionTest, ChangedAttributesReachRunsEndsAndCells) {
+    auto text = joined({plain(u"x\n"), table(u"ab", 2), plain(u"y")});
+    text.editAttributes({1, 3}, [](CharacterAttributes& each) { each.font.isItalic = true; });
+    setText(document, text, look());
+    QTextCursor cursor(&document);
+    cursor.select(QTextCursor::Document);
+    const auto embolden = [](CharacterAttributes& each) { each.font.isBold = true; };
+    changeAttributes(cursor, look(), embolden);
+    auto expected = text;
+    expected.editAttributes({0, expected.length()}, embolden);
+    EXPECT_TRUE(textOf(document).isEquivalentTo(expected)) << "cells keep what they are";
+    document.undo();
+    EXPECT_TRUE(isUndone(text));
+}
+
+} // namespace
+} // namespace korvex::ui

@@ -1,0 +1,141 @@
+#include "ui/todos/SchedulePopover.h"
+
+#include "ui/WindowFixture.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDateEdit>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+
+namespace korvex::ui {
+namespace {
+
+class SchedulePopoverTest : public tests::WindowFixture {
+protected:
+    SchedulePopoverTest() {
+        window.resize(600, 500);
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        entry = add({"a"}).front();
+    }
+
+    void open() {
+        popover = new SchedulePopover(*entry, workspace, theme, &window);
+        popover->openAt({window.mapToGlobal(QPoint(20, 20)), QSize(80, 20)});
+        popover->setFocus();
+        QApplication::processEvents();
+    }
+    QPushButton& button(const char* text) {
+        for (auto* const each : popover->findChildren<QPushButton*>()) {
+            if (each->text() == QString::fromUtf8(text)) {
+                return *each;
+            }
+        }
+        throw std::invalid_argument(text);
+    }
+    QCheckBox& box(const char* text) {
+        for (auto* const each : popover->findChildren<QCheckBox*>()) {
+            if (each->text() == QString::fromUtf8(text)) {
+                return *each;
+            }
+        }
+        throw std::invalid_argument(text);
+    }
+    template <typename Field>
+    Field& field(const char* accessibleName) {
+        for (auto* const each : popover->findChildren<Field*>()) {
+            if (each->accessibleName() == QString::fromUtf8(accessibleName)) {
+                return *each;
+            }
+        }
+        throw std::invalid_argument(accessibleName);
+    }
+    bool says(const char* text) const {
+        for (const auto* const label : popover->findChildren<QLabel*>()) {
+            if (label->isVisible() && label->text() == QString::fromUtf8(text)) {
+                return true;
+            }
+        }
+        return false;
+    }
+    bool isOpen() {
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        return popover && popover->isVisible();
+    }
+
+    QWidget window;
+    model::Entry* entry = nullptr;
+    QPointer<SchedulePopover> popover;
+};
+
+TEST_F(SchedulePopoverTest, ReturnOnADaysButtonSchedulesForThatDay) {
+    open();
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250311));
+}
+
+TEST_F(SchedulePopoverTest, EscapeChangesNothing) {
+    open();
+    button("Today").click();
+    QTest::keyClick(popover.data(), Qt::Key_Escape);
+    EXPECT_FALSE(isOpen());
+    EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
+    open();
+    button("Tomorrow").click();
+    box("Time").click();
+    field<QDateTimeEdit>("Due time").setTime(QTime(10, 0));
+    box("Start").click();
+    field<QDateTimeEdit>("Start time").setTime(QTime(9, 0));
+    box("Reminder").click();
+    auto& presets = field<QComboBox>("Reminder");
+    presets.setCurrentIndex(presets.findText(QStringLiteral("15 minutes before")));
+    Q_EMIT presets.activated(presets.currentIndex());
+    EXPECT_TRUE(says("The end time is the deadline. Reminder presets count back from the end "
+                     "time."));
+    button("Save").click();
+    EXPECT_FALSE(isOpen());
+    const auto day = kNow + 86400.0 - 8 * 3600.0; // midnight of the next day
+    EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = day + 10 * 3600.0,
+                                                      .dueStartDate = day + 9 * 3600.0,
+                                                      .reminderDate = day + 9.75 * 3600.0}));
+}
+
+TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReason) {
+    open();
+    button("Today").click();
+    box("Time").click();
+    field<QDateTimeEdit>("Due time").setTime(QTime(10, 0));
+    box("Start").click();
+    field<QDateTimeEdit>("Start time").setTime(QTime(10, 0));
+    button("Save").click();
+    ASSERT_TRUE(isOpen());
+    EXPECT_TRUE(says("Choose a start time before the end time on this date."));
+    box("Start").click();
+    field<QDateTimeEdit>("Due time").setTime(QTime(7, 0)); // an hour ago
+    box("Reminder").click();
+    popover->dismiss();
+    ASSERT_TRUE(isOpen()) << "a press outside loses nothing either";
+    EXPECT_TRUE(says("Choose a reminder in the future."));
+    EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueAt(kNow + 3600.0), kNow);
+    open();
+    EXPECT_TRUE(box("Due").isChecked());
+    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(2025, 3, 10));
+    EXPECT_EQ(field<QDateTimeEdit>("Due time").time(), QTime(9, 0));
+    button("Clear").click();
+    EXPECT_FALSE(isOpen());
+    EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+} // namespace
+} // namespace korvex::ui
