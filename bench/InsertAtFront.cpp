@@ -20,7 +20,7 @@ void korvexStore(benchmark::State& state) {
     bench::OpenStore store(file);
     auto& inbox = store.inbox();
     const auto body = bench::bodies(1);
-    auto first = services::EntryService::activeEntries(inbox).front()->id();
+    auto first = services::activeEntries(inbox).front()->id();
     for (auto _ : state) {
         bench::timed(state, [&] {
             first = store.entries()

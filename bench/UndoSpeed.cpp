@@ -21,7 +21,7 @@ void korvexStore(benchmark::State& state, Measured measured) {
     bench::OpenStore store(file);
     services::UndoManager undo;
     auto service = store.entries(&undo);
-    auto& todo = *services::EntryService::activeEntries(store.inbox()).front();
+    auto& todo = *services::activeEntries(store.inbox()).front();
     const auto step = [&](Measured which, auto&& work) {
         if (which == measured) {
             bench::timed(state, work);

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "services/BoardService.h"
+#include "services/EntryOrder.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"

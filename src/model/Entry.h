@@ -63,6 +63,7 @@ public:
     const std::string& typeRawValue() const { return m_fields.typeRawValue; }
     EntryType type() const { return entryType(m_fields.typeRawValue); }
     bool isTodo() const { return type() == EntryType::todo; }
+    bool isOpenTodo() const { return isTodo() && !isCompleted(); }
     /// A text, or a todo that is open: what a board lists first.
     bool isActive() const { return !isCompleted() || !isTodo(); }
     const std::string& content() const { return m_fields.content; }

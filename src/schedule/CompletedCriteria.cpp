@@ -1,7 +1,7 @@
 #include "schedule/CompletedCriteria.h"
 
 #include "model/Board.h"
-#include "services/EntryService.h"
+#include "services/OrderKey.h"
 #include "services/SearchService.h"
 
 #include <algorithm>
@@ -32,7 +32,7 @@ std::optional<EntryKey> CompletedCriteria::keyOf(const model::Entry& entry) {
 }
 
 bool CompletedCriteria::isBefore(const model::Entry& left, const model::Entry& right) {
-    return services::EntryService::ordered(left, right);
+    return services::ordered(left, right);
 }
 
 bool CompletedCriteria::isOnBoard(const model::Entry& entry) const {

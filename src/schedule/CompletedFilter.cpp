@@ -1,6 +1,7 @@
 #include "schedule/CompletedFilter.h"
 
 #include "schedule/CompletedCriteria.h"
+#include "services/EntryConditions.h"
 
 #include <algorithm>
 
@@ -47,13 +48,9 @@ store::Condition CompletedFilter::condition(base::Instant now,
     using store::Condition;
     using store::FieldReference;
     using store::Value;
-    std::vector all{
-        FieldReference{Entry::isCompletedField} == Value{std::int64_t{1}},
-        FieldReference{Entry::typeRawValueField} ==
-            Value{std::string(model::rawValue(model::EntryType::todo))},
-    };
+    std::vector all{services::EntryConditions::completedTodo()};
     if (boardID) {
-        all.push_back(FieldReference{Entry::boardField} == Value{*boardID});
+        all.push_back(services::EntryConditions::onBoard(*boardID));
     }
     if (const auto bounds = interval(now, calendar)) {
         const FieldReference completedAt{Entry::completedAtField};

@@ -44,7 +44,7 @@ struct CompletedFilter {
     store::Condition condition(base::Instant now, const base::Calendar& calendar) const;
 
     /// The completed todos among `entries` that meet every criterion, in the order of
-    /// `EntryService::completedTodos`: the latest first, then as their boards and they themselves
+    /// `services::completedTodos`: the latest first, then as their boards and they themselves
     /// stand. `texts` answers for the query. A todo without a board is on no active and on no
     /// archived one.
     std::vector<model::Entry*> apply(std::span<model::Entry* const> entries, base::Instant now,

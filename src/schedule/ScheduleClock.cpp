@@ -1,6 +1,7 @@
 #include "schedule/ScheduleClock.h"
 
 #include "model/Entry.h"
+#include "services/EntryConditions.h"
 
 #include <algorithm>
 #include <atomic>
@@ -24,9 +25,7 @@ std::optional<base::Instant> earliestOpen(store::ModelContext& context, Entry::F
                                           base::Instant now) {
     using store::FieldReference;
     const auto found = context.fetch<Entry>({
-        .condition = FieldReference{Entry::typeRawValueField} ==
-                         store::Value{std::string(model::rawValue(model::EntryType::todo))} &&
-                     FieldReference{Entry::isCompletedField} == store::Value{std::int64_t{0}} &&
+        .condition = services::EntryConditions::openTodo() &&
                      FieldReference{field} > store::Value{now.seconds},
         .order = {{.field = field}},
         .limit = 1,

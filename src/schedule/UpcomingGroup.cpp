@@ -2,6 +2,7 @@
 
 #include "model/Names.h"
 #include "schedule/UpcomingSections.h"
+#include "services/EntryConditions.h"
 
 #include <array>
 
@@ -32,10 +33,7 @@ std::string_view name(UpcomingSection section) {
 store::Condition UpcomingGroup::condition() {
     using model::Entry;
     using store::Condition;
-    using store::FieldReference;
-    return FieldReference{Entry::isCompletedField} == store::Value{std::int64_t{0}} &&
-           FieldReference{Entry::typeRawValueField} ==
-               store::Value{std::string(model::rawValue(model::EntryType::todo))} &&
+    return services::EntryConditions::openTodo() &&
            Condition::any({Condition::isPresent(Entry::dueDayField),
                            Condition::isPresent(Entry::dueDateField),
                            Condition::isPresent(Entry::reminderDateField)});

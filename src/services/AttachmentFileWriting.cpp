@@ -62,7 +62,7 @@ base::FileDescriptor writeNewFile(int folder, const std::string& name, ::mode_t 
                                   const base::Bytes& bytes, const std::filesystem::path& path) {
     base::FileDescriptor file(
         ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
-    int failure = file.isOpen() ? 0 : errno;
+    auto failure = file.isOpen() ? 0 : errno;
     if (file.isOpen()) {
         failure = writeAll(file.get(), bytes);
         if (failure != 0) {

@@ -1,5 +1,6 @@
 #include "services/AttachmentFiles.h"
 
+#include "base/FileDescriptor.h"
 #include "services/AttachmentFileWriting.h"
 
 #include <fcntl.h>
@@ -132,7 +133,7 @@ fs::path saveAttachment(const EntryAttachment& attachment, const fs::path& folde
     const auto staging = ".korvex-" + base::Uuid::random().text();
     const auto file =
         writeNewFile(open.get(), staging, 0666, attachment.data, folder / attachment.filename);
-    int failure = ::fsync(file.get()) == 0 ? EEXIST : errno;
+    auto failure = ::fsync(file.get()) == 0 ? EEXIST : errno;
     auto name = attachment.filename;
     for (int number = 1; failure == EEXIST && number <= kMaximumTries; ++number) {
         name =

@@ -1,10 +1,9 @@
 #include "services/BoardService.h"
 
-#include "base/Digest.h"
 #include "base/Text.h"
 #include "model/BoardIcon.h"
 #include "model/Entry.h"
-#include "store/ModelContainer.h"
+#include "services/OrderKey.h"
 
 #include <algorithm>
 #include <set>
@@ -23,6 +22,10 @@ constexpr std::string_view kInbox = "inbox";
 /// Older stores call the Inbox so.
 constexpr std::string_view kLegacyToday = "today";
 constexpr std::string_view kInboxName = "Inbox";
+
+std::string notSaved(const base::Error&) {
+    return "Board persistence failed; rolled back";
+}
 
 [[noreturn]] void refuse(BoardServiceErrorCase which) {
     throw BoardServiceError(which);
@@ -56,9 +59,36 @@ void refuseSystemBoard(const Board& board) {
     }
 }
 
+/// Gives a system board without an identifier the one that its name implies.
+void nameSystemBoard(Board& board) {
+    if (board.isSystem() && !board.systemIdentifier()) {
+        board.setSystemIdentifier(impliedIdentifier(board));
+    }
+}
+
+/// What older stores have for the Inbox becomes it.
+Board& repaired(Board& board) {
+    nameSystemBoard(board);
+    if (board.systemIdentifier() == kLegacyToday) {
+        board.setSystemIdentifier(std::string(kInbox));
+        board.setName(std::string(kInboxName));
+        board.setIsSystem(true);
+    }
+    return board;
+}
+
+model::BoardFields newInbox(base::Instant now) {
+    return {.id = base::Uuid::random(),
+            .name = std::string(kInboxName),
+            .createdAt = now,
+            .updatedAt = now,
+            .isSystem = true,
+            .systemIdentifier = std::string(kInbox)};
+}
+
 bool needsRepair(const std::vector<Board*>& boards) {
-    bool hasInbox = false;
-    for (const Board* board : boards) {
+    auto hasInbox = false;
+    for (const auto* const board : boards) {
         const auto& identifier = board->systemIdentifier();
         if (identifier == kLegacyToday ||
             (board->isSystem() && !identifier && impliedIdentifier(*board))) {
@@ -73,50 +103,41 @@ bool needsRepair(const std::vector<Board*>& boards) {
 
 BoardService::BoardService(store::ModelContext& context, ReminderReconciling& reminders,
                            base::LogSink& log)
-    : m_modelContext(&context), m_reminders(&reminders), m_log(log, "BoardService") {}
+    : m_writer(context, base::Logger(log, "BoardService"), notSaved), m_reminders(&reminders) {}
 
 void BoardService::initializeDefaultBoards(base::Instant now, SaveChanges saveChanges) {
     // Nearly every start finds nothing to do, and then takes no lock.
-    if (!needsRepair(m_modelContext->fetch<Board>())) {
+    if (!needsRepair(m_writer.context().fetch<Board>())) {
         return;
     }
-    const store::LockedStep step(*m_modelContext);
-    const auto boards = m_modelContext->fetch<Board>();
+    const store::LockedStep step(m_writer.context());
+    const auto boards = m_writer.context().fetch<Board>();
     if (!needsRepair(boards)) {
         return;
     }
-    bool hasInbox = false;
-    for (Board* board : boards) {
-        if (board->isSystem() && !board->systemIdentifier()) {
-            board->setSystemIdentifier(impliedIdentifier(*board));
+    auto isMade = false;
+    const auto repair = [&] {
+        auto hasInbox = false;
+        for (auto* const board : boards) {
+            hasInbox = repaired(*board).systemIdentifier() == kInbox || hasInbox;
         }
-        if (board->systemIdentifier() == kLegacyToday) {
-            board->setSystemIdentifier(std::string(kInbox));
-            board->setName(std::string(kInboxName));
-            board->setIsSystem(true);
+        if (!hasInbox) {
+            m_writer.context().insert(std::make_unique<Board>(newInbox(now)));
+            isMade = true;
         }
-        hasInbox = hasInbox || board->systemIdentifier() == kInbox;
-    }
-    if (!hasInbox) {
-        m_modelContext->insert(std::make_unique<Board>(model::BoardFields{
-            .id = base::Uuid::random(),
-            .name = std::string(kInboxName),
-            .createdAt = now,
-            .updatedAt = now,
-            .isSystem = true,
-            .systemIdentifier = std::string(kInbox),
-        }));
-    }
+    };
     if (saveChanges == SaveChanges::yes) {
-        save();
+        m_writer.change(repair);
+    } else {
+        repair();
     }
-    if (!hasInbox) {
-        m_log.info("Initialized default boards");
+    if (isMade) {
+        m_writer.log().info("Initialized default boards");
     }
 }
 
 Board* BoardService::inboxBoard() const {
-    for (Board* board : boards()) {
+    for (auto* const board : boards()) {
         if (board->systemIdentifier() == kInbox || board->systemIdentifier() == kLegacyToday) {
             return board;
         }
@@ -125,7 +146,7 @@ Board* BoardService::inboxBoard() const {
 }
 
 std::vector<Board*> BoardService::boards() const {
-    return visibleBoards(m_modelContext->fetch<Board>());
+    return visibleBoards(m_writer.context().fetch<Board>());
 }
 
 std::vector<Board*> BoardService::visibleBoards(std::vector<Board*> boards) {
@@ -149,89 +170,83 @@ std::vector<Board*> BoardService::activeBoards(std::vector<Board*> boards) {
     return active;
 }
 
-bool BoardService::ordered(const Board& left, const Board& right) {
-    if (left.sortOrder() != right.sortOrder()) {
-        return left.sortOrder() < right.sortOrder();
-    }
-    if (left.createdAt() != right.createdAt()) {
-        return left.createdAt() < right.createdAt();
-    }
-    return left.id() < right.id();
-}
-
 Board* BoardService::board(const base::Uuid& id) const {
-    return m_modelContext->find<Board>(id);
+    return m_writer.context().find<Board>(id);
 }
 
 Board& BoardService::createBoard(std::string_view name, base::Instant now) {
     auto boardName = normalized(name);
-    const store::LockedStep step(*m_modelContext);
-    validateWritableStore();
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateWritableStore();
     std::int64_t sortOrder = 0;
-    for (const Board* board : m_modelContext->fetch<Board>()) {
+    for (const auto* const board : m_writer.context().fetch<Board>()) {
         sortOrder = std::max(sortOrder, board->sortOrder() + 1);
     }
-    Board& board = m_modelContext->insert(std::make_unique<Board>(model::BoardFields{
-        .id = base::Uuid::random(),
-        .name = std::move(boardName),
-        .createdAt = now,
-        .updatedAt = now,
-        .sortOrder = sortOrder,
-    }));
-    save();
-    m_log.info("Created board with identifier " + base::maskHash(board.id().text()));
-    return board;
+    Board* created = nullptr;
+    m_writer.change([&] {
+        created = &m_writer.context().insert(std::make_unique<Board>(model::BoardFields{
+            .id = base::Uuid::random(),
+            .name = std::move(boardName),
+            .createdAt = now,
+            .updatedAt = now,
+            .sortOrder = sortOrder,
+        }));
+    });
+    m_writer.logDone("Created board", created->id());
+    return *created;
 }
 
 void BoardService::renameBoard(Board& board, std::string_view name, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
-    validateOwnership(board);
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
     auto boardName = normalized(name);
-    if (board.isSystem() && !board.systemIdentifier()) {
-        board.setSystemIdentifier(impliedIdentifier(board));
-    }
-    board.setName(std::move(boardName));
-    board.setUpdatedAt(now);
-    save();
-    m_log.info("Renamed board with identifier " + base::maskHash(board.id().text()));
+    m_writer.change([&] {
+        nameSystemBoard(board);
+        board.setName(std::move(boardName));
+        board.setUpdatedAt(now);
+    });
+    m_writer.logDone("Renamed board", board.id());
 }
 
 void BoardService::setArchived(bool archived, Board& board, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
+    const store::LockedStep step(m_writer.context());
     refuseSystemBoard(board);
-    validateOwnership(board);
-    board.setIsArchived(archived);
-    board.setUpdatedAt(now);
-    save();
+    m_writer.validateBoard(board);
+    m_writer.change([&] {
+        board.setIsArchived(archived);
+        board.setUpdatedAt(now);
+    });
     m_reminders->requestReconcile();
 }
 
 void BoardService::deleteBoard(Board& board) {
-    const store::LockedStep step(*m_modelContext);
+    const store::LockedStep step(m_writer.context());
     refuseSystemBoard(board);
-    validateOwnership(board);
+    m_writer.validateBoard(board);
     std::vector<base::Uuid> entryIDs;
-    for (model::Entry* entry : board.entries()) {
-        entryIDs.push_back(entry->id());
-        m_modelContext->remove(*entry);
-    }
-    const base::Uuid id = board.id();
-    m_modelContext->remove(board);
-    save();
+    const auto id = board.id();
+    m_writer.change([&] {
+        for (auto* const entry : board.entries()) {
+            entryIDs.push_back(entry->id());
+            m_writer.context().remove(*entry);
+        }
+        m_writer.context().remove(board);
+    });
     m_reminders->removePending(entryIDs);
     m_reminders->requestReconcile();
-    m_log.info("Deleted board with identifier " + base::maskHash(id.text()));
+    m_writer.logDone("Deleted board", id);
 }
 
 void BoardService::setIcon(std::optional<std::string_view> icon, Board& board, base::Instant now) {
     if (icon && !model::boardIcon(*icon)) {
         refuse(BoardServiceErrorCase::invalidIcon);
     }
-    const store::LockedStep step(*m_modelContext);
-    validateOwnership(board);
-    board.setIcon(icon ? std::optional(std::string(*icon)) : std::nullopt);
-    board.setUpdatedAt(now);
-    save();
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    m_writer.change([&] {
+        board.setIcon(icon ? std::optional(std::string(*icon)) : std::nullopt);
+        board.setUpdatedAt(now);
+    });
 }
 
 void BoardService::setIconColor(std::optional<std::string_view> color, Board& board,
@@ -239,17 +254,18 @@ void BoardService::setIconColor(std::optional<std::string_view> color, Board& bo
     if (color && !model::boardIconColor(*color)) {
         refuse(BoardServiceErrorCase::invalidIconColor);
     }
-    const store::LockedStep step(*m_modelContext);
-    validateOwnership(board);
-    board.setIconColor(color ? std::optional(std::string(*color)) : std::nullopt);
-    board.setUpdatedAt(now);
-    save();
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    m_writer.change([&] {
+        board.setIconColor(color ? std::optional(std::string(*color)) : std::nullopt);
+        board.setUpdatedAt(now);
+    });
 }
 
 void BoardService::reorderBoards(std::span<Board* const> boards, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
-    for (const Board* board : boards) {
-        validateOwnership(*board);
+    const store::LockedStep step(m_writer.context());
+    for (const auto* const board : boards) {
+        m_writer.validateBoard(*board);
     }
     const std::set<const Board*> given(boards.begin(), boards.end());
     const auto current = this->boards();
@@ -258,20 +274,21 @@ void BoardService::reorderBoards(std::span<Board* const> boards, base::Instant n
         given != std::set<const Board*>(current.begin(), current.end())) {
         refuse(EntryServiceErrorCase::entryUnavailable);
     }
-    std::int64_t position = 0;
-    for (Board* board : boards) {
-        if (board->sortOrder() != position) {
-            board->setSortOrder(position);
-            board->setUpdatedAt(now);
+    m_writer.change([&] {
+        std::int64_t position = 0;
+        for (auto* const board : boards) {
+            if (board->sortOrder() != position) {
+                board->setSortOrder(position);
+                board->setUpdatedAt(now);
+            }
+            ++position;
         }
-        ++position;
-    }
-    save();
+    });
 }
 
 void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
                              model::EntryPlacement placement, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
+    const store::LockedStep step(m_writer.context());
     auto all = boards();
     auto active = activeBoards(all);
     const auto find = [&](const base::Uuid& wanted) {
@@ -285,7 +302,7 @@ void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
     if (id == relativeTo) {
         return;
     }
-    Board* board = *moved;
+    auto* const board = *moved;
     active.erase(moved);
     auto place = find(relativeTo);
     if (placement == model::EntryPlacement::after) {
@@ -293,7 +310,7 @@ void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
     }
     active.insert(place, board);
     auto next = active.begin();
-    for (Board*& each : all) {
+    for (auto*& each : all) {
         if (!each->isArchived()) {
             each = *next;
             ++next;
@@ -304,43 +321,20 @@ void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
 
 void BoardService::sortBoardsByName(Direction direction, const base::NameOrder& order,
                                     base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
+    const store::LockedStep step(m_writer.context());
     auto all = boards();
-    const Board* inbox = inboxBoard();
+    const auto* const inbox = inboxBoard();
     std::sort(all.begin(), all.end(), [&](const Board* left, const Board* right) {
         if ((left == inbox) != (right == inbox)) {
             return left == inbox;
         }
-        const int compared = order.compare(left->name(), right->name());
+        const auto compared = order.compare(left->name(), right->name());
         if (compared != 0) {
             return direction == Direction::ascending ? compared < 0 : compared > 0;
         }
         return left->id() < right->id();
     });
     reorderBoards(all, now);
-}
-
-void BoardService::validateWritableStore() const {
-    if (!m_modelContext->container().allowsSave()) {
-        refuse(EntryServiceErrorCase::readOnlyStore);
-    }
-}
-
-void BoardService::validateOwnership(const Board& board) const {
-    validateWritableStore();
-    if (!board.isLive() || !m_modelContext->isStored(board)) {
-        refuse(EntryServiceErrorCase::entryUnavailable);
-    }
-}
-
-void BoardService::save() {
-    try {
-        m_modelContext->save();
-    } catch (const base::Error&) {
-        m_modelContext->rollback();
-        m_log.error("Board persistence failed; rolled back");
-        throw;
-    }
 }
 
 } // namespace korvex::services

@@ -6,6 +6,7 @@
 #include "model/EntryType.h"
 #include "model/ServiceErrors.h"
 #include "services/Collaborators.h"
+#include "services/RecordWriter.h"
 #include "store/ModelContext.h"
 
 #include <optional>
@@ -30,11 +31,8 @@ public:
     model::Board* inboxBoard() const;
     /// Every visible board, archived ones too, in sidebar order.
     std::vector<model::Board*> boards() const;
-    /// Without duplicates of a system board and without boards merged into others, in order.
-    static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> boards);
-    /// The visible boards that are not archived.
+    /// Those of them that are visible and not archived, in order.
     static std::vector<model::Board*> activeBoards(std::vector<model::Board*> boards);
-    static bool ordered(const model::Board& left, const model::Board& right);
     model::Board* board(const base::Uuid& id) const;
 
     model::Board& createBoard(std::string_view name, base::Instant now);
@@ -57,13 +55,11 @@ public:
     void sortBoardsByName(Direction direction, const base::NameOrder& order, base::Instant now);
 
 private:
-    void validateWritableStore() const;
-    void validateOwnership(const model::Board& board) const;
-    void save();
+    /// Without duplicates of a system board and without boards merged into others, in order.
+    static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> boards);
 
-    store::ModelContext* m_modelContext;
+    RecordWriter m_writer;
     ReminderReconciling* m_reminders;
-    base::Logger m_log;
 };
 
 } // namespace korvex::services

@@ -1,106 +1,304 @@
 #include "services/EntryService.h"
 
-#include "base/Digest.h"
 #include "base/Text.h"
+#include "base/Utf16.h"
 #include "model/EntryContentLimit.h"
-#include "store/ModelContainer.h"
+#include "richtext/stored/EntryText.h"
+#include "services/EntryContent.h"
+#include "services/EntryNumbering.h"
+#include "services/EntryOrder.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace korvex::services {
 
 using model::Entry;
 using model::EntryServiceError;
 using model::EntryServiceErrorCase;
+using model::EntryType;
+
+namespace {
+
+std::string notSaved(const base::Error& error) {
+    return "Entry persistence failed; rolled back: " + error.errorDescription() + " (" +
+           std::to_string(error.code()) + ")";
+}
+
+/// The lines of a text behind each other, without what stands blank around them: a todo has one.
+std::string onOneLine(std::u16string_view text) {
+    // Line feed and its like, next line, line separator, paragraph separator.
+    constexpr std::u16string_view kBreaks = u"\n\v\f\r\u0085\u2028\u2029";
+    std::string joined;
+    while (!text.empty()) {
+        const auto end = std::min(text.find_first_of(kBreaks), text.size());
+        const auto line = base::utf8(text.substr(0, end));
+        if (const auto trimmed = base::trimmed(line); !trimmed.empty()) {
+            joined.append(joined.empty() ? "" : " ").append(trimmed);
+        }
+        text.remove_prefix(std::min(end + 1, text.size()));
+    }
+    return joined;
+}
+
+std::vector<Entry*>::iterator positionOf(std::vector<Entry*>& entries, const base::Uuid& id) {
+    return std::find_if(entries.begin(), entries.end(),
+                        [&](const Entry* entry) { return entry->id() == id; });
+}
+
+} // namespace
 
 EntryService::EntryService(store::ModelContext& context, ReminderReconciling& reminders,
                            WidgetReloading& widgets, base::LogSink& log, UndoManager* undoManager)
-    : m_modelContext(&context),
-      m_reminders(&reminders),
-      m_widgets(&widgets),
-      m_undoManager(undoManager),
-      m_log(log, "EntryService"),
+    : m_writer(context, base::Logger(log, "EntryService"), notSaved),
+      m_listeners(reminders, widgets),
+      m_changes(m_writer, m_listeners, undoManager),
       m_serializer(log) {}
 
-std::string EntryService::normalized(std::string_view content) {
-    if (!model::EntryContentLimit::allows(content)) {
+Entry& EntryService::persisted(Entry& given, EntryType type) const {
+    auto& entry = m_writer.persisted(given);
+    if (entry.type() != type) {
+        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    }
+    return entry;
+}
+
+void EntryService::completeTodo(Entry& given, base::Instant now,
+                                std::optional<base::Instant> completedAt) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, EntryType::todo);
+    if (entry.isOpenTodo()) {
+        complete("Complete Todo", {&entry}, completedAt.value_or(now), now);
+    }
+}
+
+void EntryService::completeTodos(std::span<Entry* const> todos, base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    for (auto* const todo : todos) {
+        persisted(*todo, EntryType::todo);
+    }
+    std::vector<Entry*> open;
+    std::copy_if(todos.begin(), todos.end(), std::back_inserter(open),
+                 [](const Entry* todo) { return todo->isOpenTodo(); });
+    complete("Complete Todos", open, now, now);
+}
+
+void EntryService::completeTodos(model::Board& board, base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    complete("Complete Todos", activeTodos(board), now, now);
+}
+
+void EntryService::complete(std::string_view name, const std::vector<Entry*>& todos,
+                            base::Instant completedAt, base::Instant now) {
+    if (todos.empty()) {
+        return;
+    }
+    m_changes.make({.name = name, .entries = todos}, [&] {
+        for (auto* const todo : todos) {
+            todo->setIsCompleted(true);
+            todo->setCompletedAt(completedAt);
+            todo->setUpdatedAt(now);
+        }
+        for (const auto* const board : boardsOf(todos)) {
+            normalizeSortOrder(*board);
+        }
+    });
+    std::vector<base::Uuid> ids;
+    for (const auto* const todo : todos) {
+        ids.push_back(todo->id());
+        m_writer.logDone("Completed todo", todo->id());
+    }
+    m_listeners.todosChanged(ids);
+}
+
+void EntryService::restoreTodo(Entry& given, base::Instant now,
+                               std::optional<std::int64_t> position) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, EntryType::todo);
+    if (!entry.isCompleted()) {
+        return;
+    }
+    m_changes.make({.name = "Restore Todo", .entries = {&entry}}, [&] {
+        entry.setIsCompleted(false);
+        entry.setCompletedAt(std::nullopt);
+        entry.setUpdatedAt(now);
+        if (auto* const board = entry.board()) {
+            putInPlace(PlacedEntry{&entry, board, position.value_or(PlacedEntry::kAtEnd)});
+        }
+    });
+    m_listeners.todosChanged();
+    m_writer.logDone("Restored todo", entry.id());
+}
+
+void EntryService::updateTodo(Entry& given, std::string_view content, base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, EntryType::todo);
+    auto text = normalized(content);
+    m_changes.make({.name = "Edit Todo", .entries = {&entry}}, [&] {
+        entry.setContent(std::move(text));
+        entry.setUpdatedAt(now);
+    });
+    m_listeners.todosChanged();
+    m_writer.logDone("Updated todo", entry.id());
+}
+
+void EntryService::updateSchedule(Entry& given, const model::TodoSchedule& schedule,
+                                  base::Instant now) {
+    m_writer.validateWritableStore();
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, EntryType::todo);
+    validate(schedule, entry.reminderDate(), now);
+    m_changes.make({.name = "Change Schedule", .entries = {&entry}}, [&] {
+        entry.setSchedule(schedule);
+        entry.setUpdatedAt(now);
+    });
+    m_listeners.todosChanged({&entry.id(), 1});
+}
+
+void EntryService::updateText(Entry& given, const richtext::AttributedString& rich,
+                              base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, EntryType::text);
+    auto text = stored(rich, m_serializer);
+    if (!text) {
+        deleteEntry(entry);
+        return;
+    }
+    m_changes.make({.name = "Edit Text", .entries = {&entry}},
+                   [&] { setText(entry, std::move(*text), now); });
+    m_writer.logDone("Updated text entry", entry.id());
+}
+
+void EntryService::changeType(Entry& given, EntryType type, base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = m_writer.persisted(given);
+    if (entry.type() == type) {
+        return;
+    }
+    if (type == EntryType::todo) {
+        becomeTodo(entry, now);
+        m_listeners.todosChanged();
+    } else {
+        becomeText(entry, now);
+        m_listeners.todosChanged({&entry.id(), 1});
+    }
+}
+
+void EntryService::becomeTodo(Entry& entry, base::Instant now) {
+    // Of a text over the limits only a preview is ever shown: that must not take its place.
+    if (!model::EntryContentLimit::allows(entry.content())) {
         throw EntryServiceError(EntryServiceErrorCase::contentTooLong);
     }
-    const auto trimmed = base::trimmed(content);
-    if (trimmed.empty()) {
+    const auto text = richtext::richText(entry, m_serializer);
+    auto content = normalized(onOneLine(text.text()));
+    m_changes.make({.name = "Change to Todo", .entries = {&entry}}, [&] {
+        entry.setType(EntryType::todo);
+        entry.setContent(std::move(content));
+        entry.setRichTextData(std::nullopt);
+        entry.setIsCompleted(false);
+        entry.setCompletedAt(std::nullopt);
+        entry.setUpdatedAt(now);
+        // Only a store from elsewhere holds a schedule that no todo may have.
+        if (!entry.schedule().isValid()) {
+            entry.setSchedule({});
+        }
+    });
+}
+
+void EntryService::becomeText(Entry& entry, base::Instant now) {
+    auto text = stored(richtext::RichTextSerializer::plainRichText(entry.content()), m_serializer);
+    if (!text) {
         throw EntryServiceError(EntryServiceErrorCase::emptyContent);
     }
-    return std::string(trimmed);
+    const auto wasCompleted = entry.isCompleted();
+    m_changes.make({.name = "Change to Text", .entries = {&entry}}, [&] {
+        setText(entry, std::move(*text), now);
+        entry.setType(EntryType::text);
+        entry.setIsCompleted(false);
+        entry.setCompletedAt(std::nullopt);
+        // It leaves the completed todos for the end of the active entries.
+        if (const auto* const board = entry.board(); board && wasCompleted) {
+            normalizeSortOrder(*board);
+        }
+    });
 }
 
-void EntryService::validateWritableStore() const {
-    if (!m_modelContext->container().allowsSave()) {
-        throw EntryServiceError(EntryServiceErrorCase::readOnlyStore);
-    }
+void EntryService::deleteEntry(Entry& entry) {
+    Entry* const entries[] = {&entry};
+    deleteEntries(entries);
 }
 
-void EntryService::validateBoard(const model::Board& board) const {
-    validateWritableStore();
-    if (!board.isLive() || !m_modelContext->isStored(board)) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+void EntryService::deleteEntries(std::span<Entry* const> entries) {
+    const store::LockedStep step(m_writer.context());
+    for (auto* const entry : entries) {
+        m_writer.persisted(*entry);
     }
+    m_changes.remove(entries);
 }
 
-void EntryService::validate(const model::TodoSchedule& schedule,
-                            const std::optional<base::Instant>& previousReminder,
-                            base::Instant now) {
-    if (!schedule.isValid()) {
-        throw EntryServiceError(EntryServiceErrorCase::invalidSchedule);
-    }
-    if (schedule.reminderDate && *schedule.reminderDate <= now &&
-        schedule.reminderDate != previousReminder) {
-        throw EntryServiceError(EntryServiceErrorCase::pastReminder);
-    }
+void EntryService::deleteEntries(model::Board& board) {
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    m_changes.removeForGood(board.entries());
 }
 
-Entry& EntryService::persisted(Entry& entry) const {
-    validateWritableStore();
-    if (!entry.isLive() || !m_modelContext->isStored(entry)) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-    }
-    return entry;
+Entry& EntryService::restoreDeletedEntry(const backup::BackupDocument::EntryRecord& record) {
+    return *m_changes.restore("Delete Entry", {&record, 1}).front();
 }
 
-Entry& EntryService::persisted(Entry& entry, model::EntryType type) const {
-    if (persisted(entry).type() != type) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-    }
-    return entry;
+void EntryService::moveEntry(Entry& given, model::Board& to, base::Instant now,
+                             std::optional<std::int64_t> position) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = m_writer.persisted(given);
+    m_writer.validateBoard(to);
+    m_changes.make({.name = "Move to Board", .entries = {&entry}}, [&] {
+        entry.setUpdatedAt(now);
+        putInPlace(PlacedEntry{&entry, &to, position.value_or(PlacedEntry::kAtEnd)});
+    });
+    m_listeners.todosChanged();
 }
 
-void EntryService::change(const std::function<void()>& makeChange) {
-    try {
-        makeChange();
-        save();
-    } catch (...) {
-        m_modelContext->rollback();
-        throw;
+void EntryService::moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
+                             model::EntryPlacement placement, model::Board& board) {
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    auto active = activeEntries(board);
+    const auto moved = positionOf(active, id);
+    const auto target = positionOf(active, relativeTo);
+    if (moved == active.end() || target == active.end() || moved == target) {
+        m_writer.log().warning(
+            "Rejected reorder with missing, identical, completed, or cross-board entries");
+        throw EntryServiceError(EntryServiceErrorCase::invalidReorder);
     }
+    auto* const entry = *moved;
+    active.erase(moved);
+    auto place = positionOf(active, relativeTo);
+    if (placement == model::EntryPlacement::after) {
+        ++place;
+    }
+    active.insert(place, entry);
+    m_changes.make({.name = "Move Entry", .entries = {entry}},
+                   [&] { assignSortOrder(active, board); });
 }
 
-void EntryService::save() {
-    try {
-        m_modelContext->save();
-    } catch (const base::Error& error) {
-        m_modelContext->rollback();
-        m_log.error("Entry persistence failed; rolled back: " + error.errorDescription() + " (" +
-                    std::to_string(error.code()) + ")");
-        throw;
+void EntryService::moveEntry(const base::Uuid& id, std::int64_t offset, model::Board& board) {
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(board);
+    auto active = activeEntries(board);
+    const auto moved = positionOf(active, id);
+    if (moved == active.end()) {
+        throw EntryServiceError(EntryServiceErrorCase::invalidReorder);
     }
-}
-
-void EntryService::todosChanged() {
-    m_widgets->reloadTodoWidgets();
-    m_reminders->requestReconcile();
-}
-
-void EntryService::logDone(std::string_view what, const base::Uuid& id) const {
-    if (m_log.accepts(base::LogLevel::info)) {
-        m_log.info(std::string(what) + " with identifier " + base::maskHash(id.text()));
+    const auto index = moved - active.begin();
+    const auto count = static_cast<std::int64_t>(active.size());
+    // Compared without adding, which could overflow.
+    if (offset == 0 || offset < -index || offset >= count - index) {
+        return;
     }
+    moveEntry(id, active[static_cast<std::size_t>(index + offset)]->id(),
+              offset > 0 ? model::EntryPlacement::after : model::EntryPlacement::before, board);
 }
 
 } // namespace korvex::services

@@ -1,5 +1,7 @@
 #include "services/FoldedTexts.h"
 
+#include "services/OrderKey.h"
+
 #include <tsl/robin_set.h>
 
 #include <algorithm>
@@ -292,13 +294,7 @@ bool FoldedTexts::placeByNumbers(std::vector<Number>& numbers) const {
 bool FoldedTexts::isOrdered(Number left, Number right) const {
     const auto& a = m_slots[left];
     const auto& b = m_slots[right];
-    if (a.sortOrder != b.sortOrder) {
-        return a.sortOrder < b.sortOrder;
-    }
-    if (a.createdAt != b.createdAt) {
-        return a.createdAt < b.createdAt;
-    }
-    return a.id < b.id;
+    return OrderKey{a.sortOrder, a.createdAt, a.id} < OrderKey{b.sortOrder, b.createdAt, b.id};
 }
 
 } // namespace korvex::services

@@ -45,7 +45,7 @@ public:
     void find(std::span<const base::Needle> terms, std::vector<Number>& to) const {
         m_texts.find(terms, to);
     }
-    /// As of the last `update`: the entries of a board, in `EntryService::ordered`'s order.
+    /// As of the last `update`: the entries of a board, as `services::ordered` has them.
     std::span<const Number> entriesInOrder(const base::Uuid& boardID);
     /// All numbers are below this.
     std::size_t numberCount() const { return m_slots.size(); }
@@ -64,7 +64,7 @@ private:
         /// Of the content that the text was folded from.
         std::size_t contentHash = 0;
         std::uint32_t contentLength = 0;
-        /// In `m_boards`, or `kNowhere`.
+        /// Its place in `m_boards`, or `kNowhere`.
         std::uint32_t board = kNowhere;
         bool isUsed = false;
     };
@@ -86,7 +86,7 @@ private:
     void loadParts(std::size_t end);
     void takeIn(const std::vector<base::Uuid>& ids);
     std::vector<base::Uuid> pending() const;
-    /// Whose rows are gone without a word, or there.
+    /// The entries that others have added or deleted and of which no change told.
     std::vector<base::Uuid> unannounced();
 
     Number numberOf(const base::Uuid& id);
@@ -107,11 +107,11 @@ private:
     tsl::robin_map<base::Uuid, Number> m_numbers;
     std::vector<BoardOrder> m_boards;
     tsl::robin_map<base::Uuid, std::uint32_t> m_boardNumbers;
-    /// So many parts are loaded.
+    /// How many parts are loaded.
     std::size_t m_loadedParts = 0;
-    /// Changed since they were taken in.
+    /// The entries that have changed since they were taken in.
     std::vector<base::Uuid> m_stale;
-    /// Changed here and not saved: they may change again without a word.
+    /// The entries changed here and not saved: they may change again without a word.
     std::vector<base::Uuid> m_pending;
     /// Others have changed the store: they may have deleted entries that are no records here.
     bool m_mayHaveUnannounced = false;

@@ -1,5 +1,6 @@
+#include "services/TemporaryAttachmentCopies.h"
+
 #include "services/AttachmentFileWriting.h"
-#include "services/AttachmentFiles.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

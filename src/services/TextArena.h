@@ -18,7 +18,7 @@ class TextArena {
 public:
     using Number = std::uint32_t;
 
-    /// Where to write a text; `put` takes it in. Up to `expectedBytes` cost no move.
+    /// Where to write a text, which `close` takes in then. Up to `expectedBytes` cost no move.
     std::string& open(std::size_t expectedBytes);
     /// What was appended to the opened block since is the text of `number`, instead of what it was.
     void close(Number number);

@@ -39,7 +39,7 @@ void UndoManager::run(Stack& stack, State state) {
     if (stack.empty() || m_state != State::idle) {
         return;
     }
-    const Entry entry = std::move(stack.back());
+    const auto entry = std::move(stack.back());
     stack.pop_back();
     m_state = state;
     try {

@@ -1,6 +1,7 @@
 #include "schedule/CompletedFilter.h"
 
 #include "TodoStore.h"
+#include "services/EntryOrder.h"
 #include "services/EntryService.h"
 
 #include <gmock/gmock.h>
@@ -264,8 +265,7 @@ TEST_F(CompletedFilterTest, ShowsOnlyCompletedTodosTheLatestFirst) {
                 ElementsAre("late", "a", "b", "c", "d", "early", "unknown"));
     // As the list of one board has it.
     CompletedFilter ofBoard{.boardID = first.id()};
-    EXPECT_EQ(ofBoard.apply(entries, at, calendar, m_store.texts),
-              services::EntryService::completedTodos(first));
+    EXPECT_EQ(ofBoard.apply(entries, at, calendar, m_store.texts), services::completedTodos(first));
 }
 
 TEST_F(CompletedFilterTest, AnUnknownCompletionIsThatOfTheLastChange) {

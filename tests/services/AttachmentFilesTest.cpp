@@ -1,4 +1,5 @@
 #include "services/AttachmentFiles.h"
+#include "services/TemporaryAttachmentCopies.h"
 
 #include "support/TemporaryFolder.h"
 

@@ -322,7 +322,7 @@ TEST_F(EntryAttachmentsTest, CreationChecksAttachmentsAfterTheTextAndBeforeTheBo
     todos({"a"}, *board, {attachment("1"), attachment("2"), attachment("3")});
     text(plain("b"), *board, one());
     text(title(plain("c")), *board, {});
-    const auto created = services::EntryService::activeEntries(*board);
+    const auto created = services::activeEntries(*board);
     ASSERT_EQ(created.size(), 3U);
     EXPECT_THAT(names(*created[0]), ElementsAre("1", "2", "3"));
     EXPECT_THAT(names(*created[1]), ElementsAre("a"));

@@ -57,7 +57,7 @@ TEST_F(EntryLifecycleTest, ACompletedTodoThatMovesStaysCompletedBehindTheOthers)
     entries->completeTodo(moved, kNow);
     entries->moveEntry(moved, *office, kLater, 0);
     EXPECT_TRUE(moved.isCompleted());
-    EXPECT_EQ(services::EntryService::activeEntries(*office).size(), 1U);
+    EXPECT_EQ(services::activeEntries(*office).size(), 1U);
     EXPECT_THAT(storedOrder(*office), ElementsAre("x", "moved", "old"));
     EXPECT_THAT(storedOrder(*board), ElementsAre("a"));
 }
@@ -89,10 +89,30 @@ TEST_F(EntryLifecycleTest, CompletesAllOpenTodosOfABoardAtOnce) {
     EXPECT_EQ(todos[1]->completedAt(), kNow);
     EXPECT_FALSE(text.isCompleted());
     EXPECT_THAT(reminders.removed, UnorderedElementsAre(todos[0]->id(), todos[2]->id()));
-    EXPECT_EQ(services::EntryService::activeTodos(*office).size(), 1U);
+    EXPECT_EQ(services::activeTodos(*office).size(), 1U);
 
     entries->completeTodos(*board, kLater);
     EXPECT_EQ(saves, 1) << "nothing is left to complete";
+}
+
+TEST_F(EntryLifecycleTest, CompletesTheNamedTodosOfSeveralBoardsAtOnceOrNoneOfThem) {
+    const auto todos = add({"a", "b", "c", "d"});
+    auto& text = note("note");
+    auto& elsewhere = *addToOffice({"x", "y"}).front();
+    entries->completeTodo(*todos[2], kNow);
+    int saves = 0;
+    const auto counting = container->didSave().connect([&](const auto&) { ++saves; });
+    EXPECT_EQ(entryRefusal([&] {
+                  entries->completeTodos(std::vector{todos[0], &text}, kLater);
+              }),
+              EntryServiceErrorCase::entryUnavailable);
+    EXPECT_FALSE(todos[0]->isCompleted());
+
+    entries->completeTodos(std::vector{todos[3], todos[2], &elsewhere, todos[0]}, kLater);
+    EXPECT_EQ(saves, 1);
+    EXPECT_THAT(storedOrder(*board), ElementsAre("b", "note", "a", "d", "c"));
+    EXPECT_THAT(storedOrder(*office), ElementsAre("y", "x"));
+    EXPECT_EQ(todos[2]->completedAt(), kNow) << "it was completed before";
 }
 
 } // namespace korvex::tests

@@ -1,3 +1,5 @@
+#include "services/EntryNumbering.h"
+
 #include "ServiceFixture.h"
 
 #include <gmock/gmock.h>
@@ -8,7 +10,6 @@ using model::Entry;
 using model::EntryPlacement;
 using model::EntryServiceErrorCase;
 using model::TodoSchedule;
-using services::CompactOrder;
 using services::EntryService;
 using testing::ElementsAre;
 
@@ -166,8 +167,8 @@ TEST_F(EntryServiceTest, ATodoOperationRefusesATextEntry) {
               EntryServiceErrorCase::entryUnavailable);
     EXPECT_EQ(entryRefusal([&] { entries->updateSchedule(entry, {}, kNow); }),
               EntryServiceErrorCase::entryUnavailable);
-    EXPECT_THAT(EntryService::activeEntries(*board), ElementsAre(&entry));
-    EXPECT_TRUE(EntryService::activeTodos(*board).empty());
+    EXPECT_THAT(services::activeEntries(*board), ElementsAre(&entry));
+    EXPECT_TRUE(services::activeTodos(*board).empty());
 }
 
 TEST_F(EntryServiceTest, AReadOnlyStoreRefusesBeforeAnythingIsMade) {
@@ -207,8 +208,6 @@ TEST_F(EntryServiceTest, CompletingClosesTheGapAndRestoringClampsThePosition) {
     entries->completeTodo(*four[0], kNow);
     entries->restoreTodo(*four[0], kNow);
     EXPECT_THAT(storedOrder(*board), ElementsAre("c", "d", "b", "a"));
-    entries->completeTodo(*four[3], kNow, std::nullopt, CompactOrder::no);
-    EXPECT_EQ(four[3]->sortOrder(), 1);
 }
 
 TEST_F(EntryServiceTest, CompletedTodosComeNewestFirst) {
@@ -216,7 +215,7 @@ TEST_F(EntryServiceTest, CompletedTodosComeNewestFirst) {
     entries->completeTodo(*three[0], {10});
     entries->completeTodo(*three[1], {30});
     entries->completeTodo(*three[2], {20});
-    EXPECT_THAT(texts(EntryService::completedTodos(*board)), ElementsAre("b", "c", "a"));
+    EXPECT_THAT(texts(services::completedTodos(*board)), ElementsAre("b", "c", "a"));
 }
 
 TEST_F(EntryServiceTest, EditingTrimsAndKeepsWhatWasStoredWhenItIsRefused) {
@@ -288,10 +287,10 @@ TEST_F(EntryServiceTest, EntriesWithOneOrderAreTakenByTimeThenIdentifier) {
     Entry* third = make(2, 1);
     Entry* second = make(1, 9);
     Entry* first = make(1, 8);
-    EXPECT_THAT(EntryService::activeEntries(*board), ElementsAre(first, second, third));
-    EXPECT_FALSE(EntryService::ordered(*first, *first));
+    EXPECT_THAT(services::activeEntries(*board), ElementsAre(first, second, third));
+    EXPECT_FALSE(services::ordered(*first, *first));
+    services::normalizeSortOrder(*board);
     context->save();
-    entries->normalizeSortOrder(*board, EntryService::SaveChanges::yes);
     storedOrder(*board);
 }
 

@@ -35,7 +35,7 @@ TEST_F(EntryTypeTest, ATextBecomesATodoOfOneLine) {
         EXPECT_FALSE(entry.richTextData());
         EXPECT_EQ(entry.updatedAt(), kLater);
         EXPECT_EQ(reminders.reconciles, reconciles + 1);
-        EXPECT_EQ(EntryService::activeTodos(*board).back(), &entry);
+        EXPECT_EQ(services::activeTodos(*board).back(), &entry);
     }
     storedOrder(*board);
 }
@@ -81,8 +81,8 @@ TEST_F(EntryTypeTest, ATodoThatBecomesATextIsActiveAndGetsItsScheduleBack) {
     EXPECT_FALSE(entry.completedAt());
     EXPECT_THAT(reminders.removed, ElementsAre(entry.id()));
     EXPECT_THAT(storedOrder(*board), ElementsAre("c", "b", "a"));
-    EXPECT_THAT(texts(EntryService::activeEntries(*board)), ElementsAre("c", "b"));
-    EXPECT_THAT(texts(EntryService::completedTodos(*board)), ElementsAre("a"));
+    EXPECT_THAT(texts(services::activeEntries(*board)), ElementsAre("c", "b"));
+    EXPECT_THAT(texts(services::completedTodos(*board)), ElementsAre("a"));
 
     const auto revision = container->revision();
     const auto reconciles = reminders.reconciles;

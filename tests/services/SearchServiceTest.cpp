@@ -58,7 +58,7 @@ protected:
         }
         auto entries = of.fetch<Entry>();
         std::sort(entries.begin(), entries.end(), [](const Entry* left, const Entry* right) {
-            return EntryService::ordered(*left, *right);
+            return services::ordered(*left, *right);
         });
         for (const auto* board : boards.boards()) {
             if (SearchService::matches(board->name(), query, folding)) {

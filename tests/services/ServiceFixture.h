@@ -2,6 +2,7 @@
 
 #include "model/SchemaVersions.h"
 #include "services/BoardService.h"
+#include "services/EntryOrder.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "support/RecordingLog.h"
@@ -71,7 +72,7 @@ protected:
         store::ModelContext fresh(*container);
         auto all = fresh.find<model::Board>(of.id())->entries();
         std::sort(all.begin(), all.end(), [](const model::Entry* left, const model::Entry* right) {
-            return services::EntryService::ordered(*left, *right);
+            return services::ordered(*left, *right);
         });
         for (std::size_t i = 0; i < all.size(); ++i) {
             EXPECT_EQ(all[i]->sortOrder(), static_cast<std::int64_t>(i)) << "order is not dense";

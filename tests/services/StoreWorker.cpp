@@ -1,5 +1,6 @@
 #include "model/SchemaVersions.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "services/EntryOrder.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "support/SilentLog.h"
@@ -36,7 +37,7 @@ public:
           m_journal(journal, std::ios::app) {}
 
     void change(int number) {
-        const auto active = EntryService::activeEntries(*m_board);
+        const auto active = services::activeEntries(*m_board);
         const auto pick = [&](std::size_t below) { return m_random() % below; };
         try {
             if (active.size() < 5 || pick(10) < 3) {
@@ -72,7 +73,7 @@ public:
             case 6:
                 return pick(3) == 0 ? m_undo.redo() : m_undo.undo();
             default: {
-                const auto completed = EntryService::completedTodos(*m_board);
+                const auto completed = services::completedTodos(*m_board);
                 if (!completed.empty()) {
                     m_entries.restoreTodo(*completed[pick(completed.size())], {1}, 0);
                 }

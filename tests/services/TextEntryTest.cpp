@@ -250,13 +250,13 @@ TEST_F(TextEntryTest, AChangeThatCannotBeSavedIsTakenBackWhole) {
     log.expectError("Entry persistence failed; rolled back: ");
     for (const auto& each : cases) {
         const auto before = storedBoard();
-        const auto shown = texts(EntryService::activeEntries(*board));
+        const auto shown = texts(services::activeEntries(*board));
         const auto told = reminders.removed.size() + static_cast<std::size_t>(reminders.reconciles);
         breakSaves();
         EXPECT_THROW(each.change(), store::StoreError) << each.name;
         mendSaves();
         EXPECT_FALSE(context->hasChanges()) << each.name;
-        EXPECT_EQ(texts(EntryService::activeEntries(*board)), shown) << each.name;
+        EXPECT_EQ(texts(services::activeEntries(*board)), shown) << each.name;
         EXPECT_EQ(storedBoard(), before) << each.name;
         EXPECT_EQ(reminders.removed.size() + static_cast<std::size_t>(reminders.reconciles), told)
             << each.name;

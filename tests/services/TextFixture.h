@@ -53,7 +53,7 @@ protected:
         store::ModelContext fresh(*container);
         auto all = fresh.find<model::Board>(board->id())->entries();
         std::sort(all.begin(), all.end(), [](const model::Entry* left, const model::Entry* right) {
-            return services::EntryService::ordered(*left, *right);
+            return services::ordered(*left, *right);
         });
         std::string text;
         for (const model::Entry* entry : all) {

@@ -33,13 +33,13 @@ protected:
         BackupDocument document{.exportedAt = kNow, .appVersion = "1"};
         auto all = fresh.fetch<model::Board>();
         std::sort(all.begin(), all.end(), [](const auto* left, const auto* right) {
-            return services::BoardService::ordered(*left, *right);
+            return services::ordered(*left, *right);
         });
         for (const auto* const each : all) {
             document.boards.push_back(backup::recordOf(*each));
             auto own = each->entries();
             std::sort(own.begin(), own.end(), [](const Entry* left, const Entry* right) {
-                return services::EntryService::ordered(*left, *right);
+                return services::ordered(*left, *right);
             });
             for (const Entry* const entry : own) {
                 document.entries.push_back(backup::recordOf(*entry, each->id()));

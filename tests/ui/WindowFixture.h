@@ -3,6 +3,7 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
 #include "model/SchemaVersions.h"
+#include "services/EntryOrder.h"
 #include "support/FakeClock.h"
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
@@ -99,7 +100,7 @@ protected:
         store::ModelContext fresh(*own.container);
         std::vector<std::string> result;
         for (const auto* const entry :
-             services::EntryService::activeEntries(*fresh.find<model::Board>(board.id()))) {
+             services::activeEntries(*fresh.find<model::Board>(board.id()))) {
             result.push_back(entry->content());
         }
         return result;

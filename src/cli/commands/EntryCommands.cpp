@@ -5,6 +5,7 @@
 #include "cli/output/EntryOutput.h"
 #include "cli/session/Lookup.h"
 #include "cli/session/Session.h"
+#include "services/EntryOrder.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -55,27 +56,6 @@ ExitStatus reschedule(Session& session, const RescheduleOptions& options) {
     return ExitStatus::done;
 }
 
-/// Completes all or none but for a failing disk: one step of the store, everything checked before.
-/// Only the last todo of each board closes the gaps, since that renumbers the board.
-void completeAll(Session& session, std::span<model::Entry* const> entries) {
-    const auto isTodo = [](const auto* entry) { return entry->isTodo(); };
-    if (!std::all_of(entries.begin(), entries.end(), isTodo)) {
-        throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
-    }
-    std::unordered_set<const model::Entry*> lastOfBoard;
-    std::unordered_set<const model::Board*> seen;
-    for (auto each = entries.rbegin(); each != entries.rend(); ++each) {
-        if (!(*each)->isCompleted() && seen.insert((*each)->board()).second) {
-            lastOfBoard.insert(*each);
-        }
-    }
-    for (auto* entry : entries) {
-        session.entries().completeTodo(*entry, session.now(), std::nullopt,
-                                       lastOfBoard.contains(entry) ? services::CompactOrder::yes
-                                                                   : services::CompactOrder::no);
-    }
-}
-
 /// Each of them once.
 std::vector<model::Entry*> findEntries(Session& session, const std::vector<std::string>& typed) {
     std::vector<model::Entry*> entries;
@@ -96,13 +76,13 @@ ExitStatus complete(Session& session, const CompleteOptions& options) {
     const store::LockedStep step(session.context());
     if (options.allOf) {
         auto& board = findBoard(session, *options.allOf);
-        const auto todos = services::EntryService::activeTodos(board);
+        const auto todos = services::activeTodos(board);
         session.entries().completeTodos(board, session.now());
         printRecords(session, todos);
         return ExitStatus::done;
     }
     const auto entries = findEntries(session, options.entries);
-    completeAll(session, entries);
+    session.entries().completeTodos(entries, session.now());
     printRecords(session, entries);
     return ExitStatus::done;
 }
@@ -129,7 +109,7 @@ ExitStatus move(Session& session, const MoveOptions& options) {
         return ExitStatus::done;
     }
     auto* board = entry.board();
-    if (board == nullptr) {
+    if (!board) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
     }
     if (options.by) {
@@ -147,9 +127,8 @@ ExitStatus move(Session& session, const MoveOptions& options) {
 void removeAllOf(Session& session, model::Board& board, bool isConfirmed) {
     const auto entries = board.entries();
     if (!isConfirmed) {
-        const auto completed = std::count_if(entries.begin(), entries.end(), [](const auto* entry) {
-            return entry->isTodo() && entry->isCompleted();
-        });
+        const auto completed = std::count_if(entries.begin(), entries.end(),
+                                             [](const auto* entry) { return !entry->isActive(); });
         throw refusal("This permanently deletes all " + std::to_string(entries.size()) +
                       " entries of " + board.name() +
                       ". Completed todos to delete: " + std::to_string(completed) +

@@ -11,12 +11,12 @@
 
 #include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
+#include "services/EntryConditions.h"
+#include "services/EntryOrder.h"
 
 namespace korvex::cli {
 
 namespace {
-
-using store::FieldReference;
 
 struct BoardsOptions {
     bool archived = false;
@@ -51,18 +51,15 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
 /// store has, still is an active entry.
 std::vector<model::Entry*> activeEntries(Session& session, const model::Board& board) {
     const auto stored = session.context().fetch<model::Entry>(
-        {.condition =
-             FieldReference{model::Entry::boardField} == store::Value(board.id()) &&
-             (FieldReference{model::Entry::isCompletedField} == store::Value(std::int64_t{0}) ||
-              FieldReference{model::Entry::typeRawValueField} !=
-                  store::Value(std::string(model::rawValue(model::EntryType::todo))))});
-    return services::EntryService::activeEntries(stored, board.id());
+        {.condition = services::EntryConditions::onBoard(board.id()) &&
+                      services::EntryConditions::active()});
+    return services::activeEntries(stored, board.id());
 }
 
 ExitStatus list(Session& session, const ListOptions& options) {
     const auto& board = findBoardOrInbox(session, options.board);
-    const auto entries = options.completed ? services::EntryService::completedTodos(board)
-                                           : activeEntries(session, board);
+    const auto entries =
+        options.completed ? services::completedTodos(board) : activeEntries(session, board);
     if (session.wantsJson()) {
         DueLabels labels(session);
         Json(session.output()).entries(entries, labels);

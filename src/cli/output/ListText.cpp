@@ -11,6 +11,7 @@
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
+#include "services/EntryConditions.h"
 
 #include <algorithm>
 #include <string>
@@ -66,20 +67,11 @@ void printAttachmentFacts(Session& session, const model::Entry& entry) {
     }
 }
 
-std::size_t openTodoCount(Session& session, const model::Board& board) {
-    using store::FieldReference;
-    return session.context().count<model::Entry>(
-        FieldReference{model::Entry::boardField} == store::Value(board.id()) &&
-        FieldReference{model::Entry::isCompletedField} == store::Value(std::int64_t{0}) &&
-        FieldReference{model::Entry::typeRawValueField} ==
-            store::Value(std::string(model::rawValue(model::EntryType::todo))));
-}
-
 } // namespace
 
 std::string_view labelStyle(Session& session, const model::Entry& entry) {
     // Only color says so, so without it the calendar need not be asked.
-    const auto isLate = session.terminal().hasColor && entry.isTodo() && !entry.isCompleted() &&
+    const auto isLate = session.terminal().hasColor && entry.isOpenTodo() &&
                         entry.schedule().hasDue() &&
                         entry.schedule().isOverdue(session.now(), session.calendar());
     return isLate ? kRed : std::string_view();
@@ -178,7 +170,8 @@ void printBoards(Session& session, std::span<model::Board* const> boards) {
         auto name = onOneLine(board->name()) + (board->isArchived() ? " (archived)" : "");
         const auto width = displayWidth(name);
         rows.push_back(
-            {std::move(name), width, std::to_string(openTodoCount(session, *board)) + " open"});
+            {std::move(name), width,
+             std::to_string(services::openTodoCount(session.context(), *board)) + " open"});
         nameWidth = std::max(nameWidth, width);
         countWidth = std::max(countWidth, rows.back().count.size());
     }

@@ -1,6 +1,7 @@
 #include "ui/boards/BoardListModel.h"
 
 #include "model/Entry.h"
+#include "services/EntryConditions.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
 
@@ -17,16 +18,6 @@ std::vector<RowKey> keys(const std::vector<model::Board*>& boards) {
         result.push_back({0, board});
     }
     return result;
-}
-
-std::size_t countOpenTodos(store::ModelContext& context, const model::Board& board) {
-    using store::Condition;
-    using Comparison = Condition::Comparison;
-    return context.count<model::Entry>(
-        Condition::compare(model::Entry::boardField, Comparison::equal, board.id()) &&
-        Condition::compare(model::Entry::isCompletedField, Comparison::equal, false) &&
-        Condition::compare(model::Entry::typeRawValueField, Comparison::equal,
-                           std::string(model::rawValue(model::EntryType::todo))));
 }
 
 } // namespace
@@ -90,7 +81,8 @@ void BoardListModel::refresh() {
 
 void BoardListModel::countTodos() {
     for (const auto* const each : m_boards) {
-        setOpenTodoCount(*each, static_cast<int>(countOpenTodos(m_workspace.context, *each)));
+        setOpenTodoCount(*each,
+                         static_cast<int>(services::openTodoCount(m_workspace.context, *each)));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "model/ServiceErrors.h"
 #include "richtext/stored/EntryText.h"
+#include "services/EntryOrder.h"
 #include "ui/kit/Popover.h"
 #include "ui/kit/Refusal.h"
 
@@ -19,8 +20,7 @@ template <typename New>
 void placeAfter(const model::Entry* after, New& entry) {
     if (after) {
         entry.after = after->id();
-    } else if (const auto active = services::EntryService::activeEntries(entry.board);
-               !active.empty()) {
+    } else if (const auto active = services::activeEntries(entry.board); !active.empty()) {
         entry.before = active.front()->id();
     }
 }

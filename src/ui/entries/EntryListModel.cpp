@@ -1,6 +1,7 @@
 #include "ui/entries/EntryListModel.h"
 
 #include "model/EntryContentLimit.h"
+#include "services/EntryOrder.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/kit/Text.h"
 
@@ -196,7 +197,7 @@ std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
         m_openTodoCount = 0;
         return rows;
     }
-    const auto active = services::EntryService::activeEntries(*m_board);
+    const auto active = services::activeEntries(*m_board);
     rows.reserve(active.size() + 3);
     m_openTodoCount = 0;
     for (auto* const each : active) {
@@ -212,7 +213,7 @@ std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
         rows.push_back({RowKind::newTodo});
     }
 
-    m_completed = services::EntryService::completedTodos(*m_board);
+    m_completed = services::completedTodos(*m_board);
     std::erase_if(m_completed, [this](const model::Entry* each) { return isLingering(*each); });
     if (!m_completed.empty()) {
         rows.push_back({RowKind::completedHeading, nullptr, m_completed.size()});

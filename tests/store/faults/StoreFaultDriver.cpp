@@ -10,6 +10,7 @@
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentList.h"
 #include "services/BoardService.h"
+#include "services/EntryOrder.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
@@ -59,7 +60,7 @@ struct Program {
     services::BoardService boards() { return {*context, reminders, log}; }
     services::EntryService entries() { return {*context, reminders, widgets, log}; }
     model::Board& inbox() { return *boards().inboxBoard(); }
-    std::vector<model::Entry*> todos() { return services::EntryService::activeTodos(inbox()); }
+    std::vector<model::Entry*> todos() { return services::activeTodos(inbox()); }
 };
 
 /// Everything that a user sees, without what differs from run to run.
@@ -69,7 +70,7 @@ std::string state(Program& program) {
         text << '[' << board->name() << ']';
         auto entries = board->entries();
         std::sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
-            return services::EntryService::ordered(*left, *right);
+            return services::ordered(*left, *right);
         });
         for (const model::Entry* entry : entries) {
             text << ' ' << entry->sortOrder() << (entry->isCompleted() ? '+' : '-')
@@ -134,13 +135,13 @@ void reorder(Program& program) {
 
 /// One entry changes, one is new, and those behind them are renumbered.
 void split(Program& program) {
-    model::Entry& text = *services::EntryService::activeEntries(program.inbox()).at(1);
+    model::Entry& text = *services::activeEntries(program.inbox()).at(1);
     program.entries().splitText(text, plain("a text"), plain("of two halves"), kLater);
 }
 
 /// A completed todo leaves its place among the others.
 void changeType(Program& program) {
-    model::Entry& todo = *services::EntryService::completedTodos(program.inbox()).front();
+    model::Entry& todo = *services::completedTodos(program.inbox()).front();
     program.entries().changeType(todo, model::EntryType::text, kLater);
 }
 

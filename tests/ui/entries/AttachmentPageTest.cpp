@@ -250,7 +250,7 @@ TEST_F(AttachmentPageTest, AnEditorTakesWordsAsTextAndFilesAsAttachments) {
     QTest::keyClicks(&field, QStringLiteral("Renew"));
     field.paste();
     ASSERT_THAT(storedTexts(*inbox), ElementsAre("Renew")) << "stored first";
-    auto& entry = *services::EntryService::activeEntries(*inbox).front();
+    auto& entry = *services::activeEntries(*inbox).front();
     EXPECT_THAT(namesOf(entry), ElementsAre("form.pdf"));
     EXPECT_EQ(list().editedRow(), 0) << "writing goes on";
     clock.advance(1);
@@ -278,7 +278,7 @@ TEST_F(AttachmentPageTest, ATextEditorTakesAPictureThatComesWithoutWords) {
     fromBrowser->setImageData(image);
     QApplication::clipboard()->setMimeData(fromBrowser);
     field.paste();
-    auto& entry = *services::EntryService::activeEntries(*inbox).front();
+    auto& entry = *services::activeEntries(*inbox).front();
     EXPECT_THAT(namesOf(entry), ElementsAre("Pasted image.png"));
     EXPECT_EQ(field.toPlainText(), QLatin1String("Notes"));
     EXPECT_EQ(dropFiles({file("a.txt")}, {5, 5}, field.viewport()), Qt::CopyAction)

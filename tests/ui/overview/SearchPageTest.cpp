@@ -108,8 +108,7 @@ TEST_F(SearchPageTest, ATodoIsTickedInItsRow) {
     own.boards.setArchived(true, old, kNow);
     page.list().setCurrentRow(2);
     QTest::keyClick(&page.list(), Qt::Key_Space);
-    EXPECT_TRUE(services::EntryService::completedTodos(old).empty())
-        << "an archived board is only looked at";
+    EXPECT_TRUE(services::completedTodos(old).empty()) << "an archived board is only looked at";
 }
 
 TEST_F(SearchPageTest, APressOpensTheRow) {

@@ -118,7 +118,7 @@ TEST_F(SidebarTest, CountsFollowChangesFromAnywhere) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return count() == 2; }));
     elsewhere([](tests::StoreClient& client) {
         auto& board = *client.boards.inboxBoard();
-        client.entries.completeTodo(*services::EntryService::activeTodos(board).front(), kNow);
+        client.entries.completeTodo(*services::activeTodos(board).front(), kNow);
     });
     EXPECT_TRUE(QTest::qWaitFor([&] { return count() == 1; }));
 }

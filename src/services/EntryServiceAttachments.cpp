@@ -3,6 +3,8 @@
 #include "richtext/stored/EntryText.h"
 
 #include <algorithm>
+#include <iterator>
+#include <utility>
 
 namespace korvex::services {
 
@@ -37,26 +39,25 @@ void insertBeside(EntryAttachment attachment, Attachments& into,
     into.insert(place, std::move(attachment));
 }
 
+void setAttachments(Entry& entry, std::optional<base::Bytes> data, base::Instant now) {
+    entry.setAttachmentData(std::move(data));
+    entry.setUpdatedAt(now);
+}
+
 } // namespace
 
 Entry& EntryService::persistedForAttaching(Entry& given) const {
-    Entry& entry = persisted(given);
+    auto& entry = m_writer.persisted(given);
     if (!richtext::allowsAttachments(entry, m_serializer)) {
         throw EntryServiceError(EntryServiceErrorCase::headingAttachments);
     }
     return entry;
 }
 
-void EntryService::updateAttachments(Entry& entry, std::optional<base::Bytes> data,
-                                     base::Instant now) {
-    entry.setAttachmentData(std::move(data));
-    entry.setUpdatedAt(now);
-}
-
 void EntryService::attachFiles(std::span<const std::filesystem::path> files, Entry& entry,
                                base::Instant now, const AttachmentReader& read) {
     {
-        const store::LockedStep step(*m_modelContext);
+        const store::LockedStep step(m_writer.context());
         persistedForAttaching(entry);
     }
     // Outside a step: while a slow disk is read, other programs write.
@@ -64,8 +65,8 @@ void EntryService::attachFiles(std::span<const std::filesystem::path> files, Ent
 }
 
 void EntryService::attach(std::vector<EntryAttachment> added, Entry& given, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
-    Entry& entry = persistedForAttaching(given);
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persistedForAttaching(given);
     if (added.empty()) {
         return;
     }
@@ -74,15 +75,16 @@ void EntryService::attach(std::vector<EntryAttachment> added, Entry& given, base
                        std::make_move_iterator(added.end()));
     auto data = EntryAttachment::encode(attachments);
     attachments.clear();
-    change({.name = added.size() == 1 ? "Attach File" : "Attach Files", .entries = {&entry}},
-           [&] { updateAttachments(entry, std::move(data), now); });
+    m_changes.make(
+        {.name = added.size() == 1 ? "Attach File" : "Attach Files", .entries = {&entry}},
+        [&] { setAttachments(entry, std::move(data), now); });
     entry.forgetAttachmentData();
-    logDone("Attached files to entry", entry.id());
+    m_writer.logDone("Attached files to entry", entry.id());
 }
 
 void EntryService::removeAttachment(const base::Uuid& id, Entry& given, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
-    Entry& entry = persisted(given);
+    const store::LockedStep step(m_writer.context());
+    auto& entry = m_writer.persisted(given);
     auto attachments = takeAttachments(entry);
     const auto removed = find(attachments, id);
     if (removed == attachments.end()) {
@@ -90,19 +92,19 @@ void EntryService::removeAttachment(const base::Uuid& id, Entry& given, base::In
     }
     attachments.erase(removed);
     auto data = EntryAttachment::encode(attachments);
-    change({.name = "Remove Attachment", .entries = {&entry}},
-           [&] { updateAttachments(entry, std::move(data), now); });
+    m_changes.make({.name = "Remove Attachment", .entries = {&entry}},
+                   [&] { setAttachments(entry, std::move(data), now); });
     entry.forgetAttachmentData();
-    logDone("Removed attachment of entry", entry.id());
+    m_writer.logDone("Removed attachment of entry", entry.id());
 }
 
 void EntryService::moveAttachment(const base::Uuid& id, Entry& givenFrom, Entry& givenTo,
                                   const std::optional<base::Uuid>& relativeTo,
                                   model::EntryPlacement placement, base::Instant now) {
-    const store::LockedStep step(*m_modelContext);
-    Entry& from = persisted(givenFrom);
+    const store::LockedStep step(m_writer.context());
+    auto& from = m_writer.persisted(givenFrom);
     // What a heading has already may be put in another order.
-    Entry& to = &givenTo == &givenFrom ? from : persistedForAttaching(givenTo);
+    auto& to = &givenTo == &givenFrom ? from : persistedForAttaching(givenTo);
     auto source = takeAttachments(from);
     const auto found = find(source, id);
     if (found == source.end() || (&from == &to && relativeTo == id)) {
@@ -117,22 +119,22 @@ void EntryService::moveAttachment(const base::Uuid& id, Entry& givenFrom, Entry&
             return;
         }
         auto data = EntryAttachment::encode(source);
-        change({.name = "Move Attachment", .entries = {&from}},
-               [&] { updateAttachments(from, std::move(data), now); });
+        m_changes.make({.name = "Move Attachment", .entries = {&from}},
+                       [&] { setAttachments(from, std::move(data), now); });
     } else {
         auto target = takeAttachments(to);
         insertBeside(std::move(moved), target, relativeTo, placement);
         auto targetData = EntryAttachment::encode(target);
         auto sourceData = EntryAttachment::encode(source);
-        change({.name = "Move Attachment", .entries = {&from, &to}}, [&] {
-            updateAttachments(from, std::move(sourceData), now);
-            updateAttachments(to, std::move(targetData), now);
+        m_changes.make({.name = "Move Attachment", .entries = {&from, &to}}, [&] {
+            setAttachments(from, std::move(sourceData), now);
+            setAttachments(to, std::move(targetData), now);
         });
         to.forgetAttachmentData();
-        logDone("Attached files to entry", to.id());
+        m_writer.logDone("Attached files to entry", to.id());
     }
     from.forgetAttachmentData();
-    logDone("Moved attachment of entry", from.id());
+    m_writer.logDone("Moved attachment of entry", from.id());
 }
 
 } // namespace korvex::services

@@ -1,0 +1,125 @@
+#include "services/EntryService.h"
+
+#include "services/EntryContent.h"
+#include "services/NewEntryPlace.h"
+
+#include <memory>
+#include <utility>
+
+namespace korvex::services {
+
+using model::Entry;
+using model::EntryServiceError;
+using model::EntryServiceErrorCase;
+
+namespace {
+
+model::EntryFields fieldsOf(StoredText text, base::Instant now) {
+    return {.typeRawValue = std::string(rawValue(model::EntryType::text)),
+            .content = std::move(text.content),
+            .richTextData = std::move(text.richTextData),
+            .createdAt = now};
+}
+
+/// With a new identifier, and no number yet.
+Entry& insert(store::ModelContext& context, model::EntryFields fields, model::Board& board) {
+    fields.id = base::Uuid::random();
+    fields.updatedAt = fields.createdAt;
+    auto entry = std::make_unique<Entry>(std::move(fields));
+    entry->setBoard(&board);
+    return context.insert(std::move(entry));
+}
+
+} // namespace
+
+std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
+    validate(todos.schedule, std::nullopt, todos.now);
+    if (todos.contents.empty()) {
+        throw EntryServiceError(EntryServiceErrorCase::emptyContent);
+    }
+    std::vector<std::string> contents;
+    contents.reserve(todos.contents.size());
+    for (const auto& content : todos.contents) {
+        contents.push_back(normalized(content));
+    }
+    if (contents.size() > 1 && !todos.attachments.empty()) {
+        throw model::AttachmentError(model::AttachmentErrorCase::multipleTodos);
+    }
+    auto attachmentData = model::EntryAttachment::encode(todos.attachments);
+
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(todos.board);
+    NewEntryPlace place(m_writer.context(), todos.board, todos.after, todos.before);
+    std::vector<Entry*> created;
+    created.reserve(contents.size());
+    m_writer.change([&] {
+        for (auto& content : contents) {
+            auto& entry = insert(m_writer.context(),
+                                 {.typeRawValue = std::string(rawValue(model::EntryType::todo)),
+                                  .content = std::move(content),
+                                  .createdAt = todos.now},
+                                 todos.board);
+            entry.setSchedule(todos.schedule);
+            entry.setAttachmentData(std::exchange(attachmentData, std::nullopt));
+            created.push_back(&entry);
+        }
+        place.number(created);
+    });
+    for (const auto* const entry : created) {
+        entry->forgetAttachmentData();
+        m_writer.logDone("Created todo", entry->id());
+    }
+    m_listeners.todosChanged();
+    return created;
+}
+
+Entry& EntryService::createText(const NewText& text) {
+    const auto rich = accepted(text.rich);
+    if (!rich) {
+        throw EntryServiceError(EntryServiceErrorCase::emptyContent);
+    }
+    if (!text.attachments.empty() && richtext::RichTextSerializer::headingLevel(*rich)) {
+        throw EntryServiceError(EntryServiceErrorCase::headingAttachments);
+    }
+    auto content = encoded(*rich, m_serializer);
+    auto attachmentData = model::EntryAttachment::encode(text.attachments);
+    const store::LockedStep step(m_writer.context());
+    m_writer.validateBoard(text.board);
+    NewEntryPlace place(m_writer.context(), text.board, text.after, text.before);
+    Entry* created = nullptr;
+    m_writer.change([&] {
+        created = &insert(m_writer.context(), fieldsOf(std::move(content), text.now), text.board);
+        created->setAttachmentData(std::move(attachmentData));
+        place.number({&created, 1});
+    });
+    created->forgetAttachmentData();
+    m_writer.logDone("Created text entry", created->id());
+    return *created;
+}
+
+Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& before,
+                               const richtext::AttributedString& after, base::Instant now) {
+    const store::LockedStep step(m_writer.context());
+    auto& entry = persisted(given, model::EntryType::text);
+    auto kept = stored(before, m_serializer);
+    auto moved = stored(after, m_serializer);
+    if (!kept || !moved) {
+        throw EntryServiceError(EntryServiceErrorCase::emptyContent);
+    }
+    auto* const board = entry.board();
+    if (!board) {
+        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    }
+    NewEntryPlace place(m_writer.context(), *board, entry.id(), std::nullopt);
+    Entry* created = nullptr;
+    m_writer.change([&] {
+        setText(entry, std::move(*kept), now);
+        created = &insert(m_writer.context(), fieldsOf(std::move(*moved), now), *board);
+        place.number({&created, 1});
+    });
+    m_writer.logDone("Updated text entry", entry.id());
+    m_writer.logDone("Created text entry", created->id());
+    return *created;
+}
+
+} // namespace korvex::services

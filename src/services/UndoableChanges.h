@@ -1,0 +1,63 @@
+#pragma once
+
+#include "backup/BackupDocument.h"
+#include "model/Entry.h"
+#include "services/Collaborators.h"
+#include "services/EntryChange.h"
+#include "services/RecordWriter.h"
+#include "services/UndoManager.h"
+
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string_view>
+#include <vector>
+
+namespace korvex::services {
+
+/// Changes entries so that it can be taken back: each change is saved whole or not at all, and its
+/// inverse registered with the undo manager, if there is one. An inverse is such a change itself,
+/// so its own inverse is the redo. Whoever makes or removes holds a `store::LockedStep` and has
+/// checked the entries. A value over its collaborators, which must outlive it and the undo
+/// manager's actions. Main thread.
+class UndoableChanges {
+public:
+    UndoableChanges(const RecordWriter& writer, const TodoListeners& listeners,
+                    UndoManager* undoManager)
+        : m_writer(writer), m_listeners(listeners), m_undoManager(undoManager) {}
+
+    /// What the user calls a change, a literal, and the entries that it means to change or move.
+    /// Others only make room for them.
+    struct Undoable {
+        std::string_view name;
+        std::vector<model::Entry*> entries;
+    };
+    /// Makes the change, saves it and registers its inverse.
+    void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
+
+    /// Deletes them, closes the gaps on their boards and saves.
+    void remove(std::span<model::Entry* const> entries) const;
+    /// The same without a way back.
+    void removeForGood(std::span<model::Entry* const> entries) const;
+    /// Brings deleted entries back, under their former identifiers and where they were; `name` is
+    /// what their deletion was called. Throws `entryUnavailable` when a board is gone, or an entry
+    /// there already.
+    std::vector<model::Entry*>
+    restore(std::string_view name,
+            std::span<const backup::BackupDocument::EntryRecord> records) const;
+
+private:
+    using Inverse = std::function<void(const UndoableChanges&)>;
+
+    void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
+    /// Undoes what is still as these changes have left it; refuses where it would write over words
+    /// that another has written since.
+    void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
+    void removeAgain(std::span<const base::Uuid> ids) const;
+
+    RecordWriter m_writer;
+    TodoListeners m_listeners;
+    UndoManager* m_undoManager;
+};
+
+} // namespace korvex::services
