@@ -97,7 +97,7 @@ std::vector<model::Entry*> CompletedFilter::apply(std::span<model::Entry* const>
         });
     std::vector<model::Entry*> result;
     result.reserve(matching.size());
-    for (const auto& each : inOrder(matching, CompletedCriteria::isBefore)) {
+    for (const auto& each : inOrder(matching)) {
         result.push_back(each.entry);
     }
     return result;

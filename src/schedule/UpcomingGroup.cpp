@@ -51,14 +51,14 @@ UpcomingGroup::groups(std::span<model::Entry* const> entries, base::Instant now,
     visitEntries(
         entries, [](const model::Entry* entry) { return entry; },
         [&](model::Entry* entry) {
-            const auto lingers =
-                entry->isCompleted() && includingCompletedIDs.contains(entry->id());
-            if (const auto key = sections.keyOf(*entry, lingers)) {
+            if (entry->isCompleted() && !includingCompletedIDs.contains(entry->id())) {
+                return;
+            }
+            if (const auto key = sections.keyOf(*entry)) {
                 shown.push_back({*key, entry});
             }
         });
-    return cutIntoGroups<UpcomingGroup>(inOrder(shown, UpcomingSections::isBefore),
-                                        UpcomingSections::emptyGroup);
+    return cutIntoGroups<UpcomingGroup>(inOrder(shown), emptySectionGroup);
 }
 
 } // namespace korvex::schedule
