@@ -19,9 +19,8 @@ CompletedCriteria::CompletedCriteria(const CompletedFilter& filter, base::Instan
 }
 
 std::optional<EntryKey> CompletedCriteria::keyOf(const model::Entry& entry) {
-    if (!entry.isCompleted() || !entry.isTodo() ||
-        (m_interval && !m_interval->contains(completionDate(entry))) || !isOnBoard(entry) ||
-        !hasSchedule(entry)) {
+    if (!entry.isCompletedTodo() || (m_interval && !m_interval->contains(completionDate(entry))) ||
+        !isOnBoard(entry) || !hasSchedule(entry)) {
         return std::nullopt;
     }
     // On a board as `EntryService::ordered` has it.

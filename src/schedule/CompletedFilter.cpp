@@ -47,13 +47,9 @@ store::Condition CompletedFilter::condition(base::Instant now,
     using store::Condition;
     using store::FieldReference;
     using store::Value;
-    std::vector all{
-        FieldReference{Entry::isCompletedField} == Value{std::int64_t{1}},
-        FieldReference{Entry::typeRawValueField} ==
-            Value{std::string(model::rawValue(model::EntryType::todo))},
-    };
+    std::vector all{Entry::completedTodos()};
     if (boardID) {
-        all.push_back(FieldReference{Entry::boardField} == Value{*boardID});
+        all.push_back(Entry::onBoard(*boardID));
     }
     if (const auto bounds = interval(now, calendar)) {
         const FieldReference completedAt{Entry::completedAtField};

@@ -174,12 +174,12 @@ private:
         --m_shownCount;
     }
 
-    /// In no order.
+    /// Every entry that is held, in no order.
     std::vector<Held> m_held;
-    /// Where in `m_held`.
+    /// Where in `m_held` each entry is.
     std::unordered_map<base::Uuid, std::uint32_t> m_places;
     std::vector<Group> m_groups;
-    /// Beside each group the group of its entries' keys.
+    /// The group of the keys of each group's entries, in the order of `m_groups`.
     std::vector<std::uint64_t> m_keys;
     std::size_t m_shownCount = 0;
 };

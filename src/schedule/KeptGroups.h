@@ -14,7 +14,7 @@ public:
     virtual ~GroupRules() = default;
     /// Whether the entry can come to be shown without being changed itself.
     virtual bool holds(const model::Entry& entry) const = 0;
-    /// Of an entry that is held; absent while it is not shown.
+    /// Where an entry that is held stands; absent while it is not shown.
     virtual std::optional<EntryKey> keyOf(const model::Entry& entry) = 0;
 };
 
@@ -35,7 +35,7 @@ public:
         m_changes = m_context.didChange().connect([this](const auto& set) { follow(set); });
     }
 
-    /// After the rules have changed.
+    /// To be called after the rules have changed.
     void placeAll() {
         const auto former = groups();
         placeHeld();
@@ -44,7 +44,7 @@ public:
         }
     }
 
-    /// After the rules have changed for these alone.
+    /// To be called after the rules have changed for these entries alone.
     void placeAnew(const std::vector<model::Entry*>& entries) {
         auto isDifferent = false;
         for (auto* entry : entries) {
@@ -69,7 +69,8 @@ public:
         return held ? held->key : std::nullopt;
     }
 
-    /// After the groups have become different, or a field of what they show or of its board.
+    /// Emitted after the groups have become different, or a field of what they show or of its
+    /// board.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
@@ -127,8 +128,7 @@ private:
         std::erase_if(news.entries, [this](const model::Entry* entry) {
             return !isHeld(*entry) && !m_entries.find(entry->id());
         });
-        std::erase_if(news.deleted,
-                      [this](const auto& id) { return !m_entries.find(id); });
+        std::erase_if(news.deleted, [this](const auto& id) { return !m_entries.find(id); });
         if (news.movedBoards || news.entries.size() + news.deleted.size() > kManyChanged) {
             for (const auto& id : news.deleted) {
                 m_entries.letGo(id);

@@ -22,12 +22,8 @@ using model::Entry;
 std::optional<base::Instant> earliestOpen(store::ModelContext& context, Entry::Field field,
                                           std::optional<base::Instant> (Entry::*value)() const,
                                           base::Instant now) {
-    using store::FieldReference;
     const auto found = context.fetch<Entry>({
-        .condition = FieldReference{Entry::typeRawValueField} ==
-                         store::Value{std::string(model::rawValue(model::EntryType::todo))} &&
-                     FieldReference{Entry::isCompletedField} == store::Value{std::int64_t{0}} &&
-                     FieldReference{field} > store::Value{now.seconds},
+        .condition = Entry::openTodos() && store::FieldReference{field} > store::Value{now.seconds},
         .order = {{.field = field}},
         .limit = 1,
     });
@@ -67,7 +63,7 @@ void ScheduleClock::start(store::ModelContainer& container) {
 void ScheduleClock::refresh() {
     m_timer.reset();
     const auto previous = std::exchange(m_now, m_clock.now());
-    if (m_container != nullptr) {
+    if (m_container) {
         const auto delay = transition() - m_now + kAfterTransition;
         // Through a request, since a timer must not be replaced while it fires.
         m_timer = m_runLoop.callAfter(std::chrono::duration<double>(delay),
@@ -94,7 +90,7 @@ void ScheduleClock::scheduleRefresh() {
     }
     m_runLoop.post([request = m_request] {
         request->isPending = false;
-        if (request->clock != nullptr) {
+        if (request->clock) {
             request->clock->refresh();
         }
     });

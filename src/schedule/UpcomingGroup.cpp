@@ -32,13 +32,9 @@ std::string_view name(UpcomingSection section) {
 store::Condition UpcomingGroup::condition() {
     using model::Entry;
     using store::Condition;
-    using store::FieldReference;
-    return FieldReference{Entry::isCompletedField} == store::Value{std::int64_t{0}} &&
-           FieldReference{Entry::typeRawValueField} ==
-               store::Value{std::string(model::rawValue(model::EntryType::todo))} &&
-           Condition::any({Condition::isPresent(Entry::dueDayField),
-                           Condition::isPresent(Entry::dueDateField),
-                           Condition::isPresent(Entry::reminderDateField)});
+    return Entry::openTodos() && Condition::any({Condition::isPresent(Entry::dueDayField),
+                                                 Condition::isPresent(Entry::dueDateField),
+                                                 Condition::isPresent(Entry::reminderDateField)});
 }
 
 std::vector<UpcomingGroup>

@@ -24,7 +24,7 @@ struct UpcomingTodos::Contents final : GroupRules {
     }
 
     bool isOpenOrLingers(const model::Entry& entry) const {
-        return entry.isTodo() && (!entry.isCompleted() || lingering.contains(entry.id()));
+        return entry.isOpenTodo() || (entry.isTodo() && lingering.contains(entry.id()));
     }
 
     void setNow(base::Instant now, const base::TimeZone& itsZone) {

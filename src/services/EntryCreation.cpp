@@ -174,15 +174,8 @@ EntryService::appendingUnloaded(const model::Board& board) const {
     if (board.entriesAreLoaded() || m_modelContext->hasChanges()) {
         return std::nullopt;
     }
-    using store::Condition;
-    using Comparison = store::Condition::Comparison;
-    const auto onBoard =
-        Condition::compare(Entry::boardField, Comparison::equal, store::Value(board.id()));
-    const auto isCompletedTodo =
-        Condition::compare(Entry::isCompletedField, Comparison::equal,
-                           store::Value(std::int64_t{1})) &&
-        Condition::compare(Entry::typeRawValueField, Comparison::equal,
-                           store::Value(std::string(rawValue(model::EntryType::todo))));
+    const auto onBoard = Entry::onBoard(board.id());
+    const auto isCompletedTodo = Entry::completedTodos();
     std::vector<std::int64_t> orders;
     m_modelContext->fetchValues<Entry>({Entry::sortOrderField}, onBoard && !isCompletedTodo,
                                        [&](std::span<const store::Value> values) {

@@ -73,8 +73,7 @@ std::vector<Entry*> EntryService::activeEntries(const model::Board& board) {
 }
 
 std::vector<Entry*> EntryService::activeTodos(const model::Board& board) {
-    return entriesOf(board,
-                     [](const Entry& entry) { return entry.isTodo() && !entry.isCompleted(); });
+    return entriesOf(board, [](const Entry& entry) { return entry.isOpenTodo(); });
 }
 
 std::vector<Entry*> EntryService::completedTodos(const model::Board& board) {

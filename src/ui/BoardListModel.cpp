@@ -20,13 +20,8 @@ std::vector<RowKey> keys(const std::vector<model::Board*>& boards) {
 }
 
 std::size_t countOpenTodos(store::ModelContext& context, const model::Board& board) {
-    using store::Condition;
-    using Comparison = Condition::Comparison;
-    return context.count<model::Entry>(
-        Condition::compare(model::Entry::boardField, Comparison::equal, board.id()) &&
-        Condition::compare(model::Entry::isCompletedField, Comparison::equal, false) &&
-        Condition::compare(model::Entry::typeRawValueField, Comparison::equal,
-                           std::string(model::rawValue(model::EntryType::todo))));
+    using model::Entry;
+    return context.count<Entry>(Entry::onBoard(board.id()) && Entry::openTodos());
 }
 
 } // namespace

@@ -148,7 +148,7 @@ void removeAllOf(Session& session, model::Board& board, bool isConfirmed) {
     const auto entries = board.entries();
     if (!isConfirmed) {
         const auto completed = std::count_if(entries.begin(), entries.end(), [](const auto* entry) {
-            return entry->isTodo() && entry->isCompleted();
+            return entry->isCompletedTodo();
         });
         throw refusal("This permanently deletes all " + std::to_string(entries.size()) +
                       " entries of " + board.name() +

@@ -16,8 +16,6 @@ namespace korvex::cli {
 
 namespace {
 
-using store::FieldReference;
-
 struct BoardsOptions {
     bool archived = false;
     bool all = false;
@@ -51,11 +49,7 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
 /// store has, still is an active entry.
 std::vector<model::Entry*> activeEntries(Session& session, const model::Board& board) {
     const auto stored = session.context().fetch<model::Entry>(
-        {.condition =
-             FieldReference{model::Entry::boardField} == store::Value(board.id()) &&
-             (FieldReference{model::Entry::isCompletedField} == store::Value(std::int64_t{0}) ||
-              FieldReference{model::Entry::typeRawValueField} !=
-                  store::Value(std::string(model::rawValue(model::EntryType::todo))))});
+        {.condition = model::Entry::onBoard(board.id()) && !model::Entry::completedTodos()});
     return services::EntryService::activeEntries(stored, board.id());
 }
 

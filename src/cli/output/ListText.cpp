@@ -67,19 +67,15 @@ void printAttachmentFacts(Session& session, const model::Entry& entry) {
 }
 
 std::size_t openTodoCount(Session& session, const model::Board& board) {
-    using store::FieldReference;
-    return session.context().count<model::Entry>(
-        FieldReference{model::Entry::boardField} == store::Value(board.id()) &&
-        FieldReference{model::Entry::isCompletedField} == store::Value(std::int64_t{0}) &&
-        FieldReference{model::Entry::typeRawValueField} ==
-            store::Value(std::string(model::rawValue(model::EntryType::todo))));
+    using model::Entry;
+    return session.context().count<Entry>(Entry::onBoard(board.id()) && Entry::openTodos());
 }
 
 } // namespace
 
 std::string_view labelStyle(Session& session, const model::Entry& entry) {
     // Only color says so, so without it the calendar need not be asked.
-    const auto isLate = session.terminal().hasColor && entry.isTodo() && !entry.isCompleted() &&
+    const auto isLate = session.terminal().hasColor && entry.isOpenTodo() &&
                         entry.schedule().hasDue() &&
                         entry.schedule().isOverdue(session.now(), session.calendar());
     return isLate ? kRed : std::string_view();
