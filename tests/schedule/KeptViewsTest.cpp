@@ -429,8 +429,8 @@ TEST_F(KeptViewsTest, TodosCompletedAtOneMomentAreRenumberedTogether) {
         std::sort(todos.begin(), todos.end(), [](const Entry* left, const Entry* right) {
             return services::EntryService::ordered(*left, *right);
         });
-        ASSERT_EQ(completed.groups(), (std::vector<CompletedTodoGroup>{
-                                          {moment("2025-01-15T00:00"), todos}}));
+        ASSERT_EQ(completed.groups(),
+                  (std::vector<CompletedTodoGroup>{{moment("2025-01-15T00:00"), todos}}));
     }
 }
 
