@@ -117,12 +117,8 @@ int EntryListModel::rowOf(RowKind kind) const {
 QString EntryListModel::text(int row) const {
     switch (kind(row)) {
     case RowKind::entry:
-    case RowKind::completed: {
-        const auto& content = entry(row)->content();
-        const auto shown = model::EntryContentLimit::preview(content);
-        const auto text = toQString(shown);
-        return shown.size() < content.size() ? text + QStringLiteral("…") : text;
-    }
+    case RowKind::completed:
+        return previewOf(entry(row)->content());
     case RowKind::draft:
         return {};
     case RowKind::newTodo:

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "model/EntryContentLimit.h"
+
 #include <QString>
 
 #include <string>
@@ -20,6 +22,13 @@ inline QString toQString(std::u16string_view text) {
 /// An unpaired surrogate, which no UTF-8 can carry, becomes the replacement character.
 inline std::string toUtf8(const QString& text) {
     return text.toStdString();
+}
+
+/// An entry's text as lists show it: of one that is over the limit only the beginning.
+inline QString previewOf(std::string_view content) {
+    const auto shown = model::EntryContentLimit::preview(content);
+    const auto text = toQString(shown);
+    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
 }
 
 /// The beginning of an entry's first line, to name it by.

@@ -1,6 +1,5 @@
 #include "ui/TodoGroupModel.h"
 
-#include "model/EntryContentLimit.h"
 #include "ui/BoardLabel.h"
 #include "ui/RowDiff.h"
 #include "ui/Text.h"
@@ -187,10 +186,7 @@ QString TodoGroupModel::text(int row) const {
     if (isHeading(row)) {
         return heading(row).title;
     }
-    const auto& content = entry(row)->content();
-    const auto shown = model::EntryContentLimit::preview(content);
-    const auto text = toQString(shown);
-    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
+    return previewOf(entry(row)->content());
 }
 
 QString TodoGroupModel::completionText(int row) const {
