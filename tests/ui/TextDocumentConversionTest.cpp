@@ -167,7 +167,6 @@ TEST_F(TextDocumentConversionTest, ColumnsOfOtherProgramsAreDrawnWithinTheLimits
         cell.geometry.width = kWidths[static_cast<std::size_t>(cell.column)];
         style.cells[0] = std::make_shared<TextTableCell>(cell);
     });
-    QTextDocument document;
     setText(document, text, look());
     QTextCursor cursor(&document);
     while (!cursor.currentTable() && cursor.movePosition(QTextCursor::NextBlock)) {
