@@ -1,5 +1,7 @@
 #include "app/AppPreferences.h"
 
+#include "schedule/TodoReminderPreset.h"
+
 #include <algorithm>
 #include <array>
 #include <cassert>
@@ -89,7 +91,7 @@ AppPreferences::AppPreferences(UserDefaults& defaults, base::LogSink& log)
       m_fontSize(readInteger(defaults, kFontSizeKey, kStandardFontSize, isFontSize)),
       m_boardSpacing(readCase(defaults, kBoardSpacingKey, kBoardSpacings, BoardSpacing::compact)),
       m_defaultReminderMinutes(readInteger(defaults, kDefaultReminderMinutesKey,
-                                           kStandardReminderMinutes, isMinuteOfDay)),
+                                           schedule::kStandardReminderMinutes, isMinuteOfDay)),
       m_mainBoardSelectedBoardID(
           readBoard(defaults, kMainBoardSelectedBoardIDKey, base::Logger(log, "preferences"))) {}
 

@@ -17,10 +17,9 @@ public:
     enum class Appearance { system, light, dark };
     enum class BoardSpacing { compact, comfortable };
 
-    /// In points; there is nothing between 16 and 18, nor odd above.
+    /// The sizes that can be chosen, in points; there is nothing between 16 and 18, nor odd above.
     static constexpr std::array kFontSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24};
     static constexpr int kStandardFontSize = 13;
-    static constexpr int kStandardReminderMinutes = 540;
 
     AppPreferences(UserDefaults& defaults, base::LogSink& log);
 
@@ -40,7 +39,8 @@ public:
     }
     void setMainBoardSelectedBoardID(std::optional<base::Uuid> id);
 
-    /// After a setting has changed, but for the selected board: that is a note for the next start.
+    /// Emitted after a setting has changed, but for the selected board: that is a note for the next
+    /// start.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:

@@ -66,23 +66,22 @@ std::filesystem::path FileUserDefaults::defaultFile() {
 
 std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
     const auto* value = m_settings->find(key);
-    return value != nullptr && value->IsString() ? std::optional<std::string>(view(*value))
-                                                 : std::nullopt;
+    return value && value->IsString() ? std::optional<std::string>(view(*value)) : std::nullopt;
 }
 
 std::optional<std::int64_t> FileUserDefaults::integer(std::string_view key) const {
     const auto* value = m_settings->find(key);
-    return value != nullptr && value->IsInt64() ? std::optional(value->GetInt64()) : std::nullopt;
+    return value && value->IsInt64() ? std::optional(value->GetInt64()) : std::nullopt;
 }
 
 std::optional<bool> FileUserDefaults::boolean(std::string_view key) const {
     const auto* value = m_settings->find(key);
-    return value != nullptr && value->IsBool() ? std::optional(value->GetBool()) : std::nullopt;
+    return value && value->IsBool() ? std::optional(value->GetBool()) : std::nullopt;
 }
 
 std::optional<base::Bytes> FileUserDefaults::bytes(std::string_view key) const {
     const auto* value = m_settings->find(key);
-    if (value == nullptr || !value->IsObject()) {
+    if (!value || !value->IsObject()) {
         return std::nullopt;
     }
     const auto member = value->FindMember(kBytesMember);

@@ -17,7 +17,8 @@ public:
     explicit FileUserDefaults(std::filesystem::path file);
     ~FileUserDefaults() override;
 
-    /// `$XDG_CONFIG_HOME/korvex/settings.json`, else `~/.config/korvex/settings.json`.
+    /// The user's settings file: `$XDG_CONFIG_HOME/korvex/settings.json`, else
+    /// `~/.config/korvex/settings.json`.
     static std::filesystem::path defaultFile();
 
     std::optional<std::string> string(std::string_view key) const override;

@@ -122,7 +122,7 @@ public:
         if (isAtUnknownKey()) {
             return true;
         }
-        const bool isFirst = !m_seen[m_place];
+        const auto isFirst = !m_seen[m_place];
         m_seen.set(m_place);
         return isFirst;
     }

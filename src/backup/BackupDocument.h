@@ -47,7 +47,7 @@ struct BackupDocument {
         std::optional<std::string> systemIdentifier;
         std::optional<std::string> icon;
         std::optional<std::string> iconColor;
-        /// Absent means no.
+        /// Documents of older versions leave it out, which means no.
         std::optional<bool> isArchived;
 
         bool operator==(const BoardRecord&) const = default;

@@ -12,9 +12,9 @@ namespace korvex::backup::BackupFileIO {
 /// order, absent fields left out; bytes of a text that are no UTF-8 become the replacement
 /// character. Throws `tooLarge`, and `invalidDocument` for a date that is no finite number.
 base::Bytes encode(const BackupDocument& document);
-/// The inverse, lenient only where a document of another version may differ: unknown keys are
-/// passed over, null is absent. Throws `tooLarge` (judged by the length alone) and otherwise
-/// `invalidDocument`. Validates no more than the form.
+/// Reads what `encode` writes, lenient only where a document of another version may differ: unknown
+/// keys are passed over, null is absent. Throws `tooLarge` (judged by the length alone) and
+/// otherwise `invalidDocument`. Validates no more than the form.
 BackupDocument decode(std::span<const std::uint8_t> bytes);
 
 /// A regular file's bytes. Throws `tooLarge` before anything of a larger file is read,

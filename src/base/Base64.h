@@ -11,15 +11,15 @@
 
 namespace korvex::base {
 
-// Quick, and so not in constant time: nothing for keys and passwords.
+// These functions are quick and so not in constant time: they are not for keys and passwords.
 
-/// The standard alphabet, with padding, in one line.
+/// The bytes in the standard alphabet, with padding, in one line.
 std::string base64(std::span<const std::uint8_t> bytes);
 /// How many characters `base64` writes for so many bytes.
 constexpr std::size_t base64Length(std::size_t byteCount) {
     return (byteCount / 3 + (byteCount % 3 == 0 ? 0 : 1)) * 4;
 }
-/// The same as `base64`, to where there is room for them.
+/// Writes what `base64` gives to `to`, where there must be room for `base64Length` characters.
 void writeBase64(std::span<const std::uint8_t> bytes, char* to);
 /// Absent for anything that `base64` does not write.
 std::optional<Bytes> bytesOfBase64(std::string_view text);

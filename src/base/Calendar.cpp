@@ -28,7 +28,7 @@ std::shared_ptr<const TimeZone::Data> makeData(std::string name,
 
 TimeZone TimeZone::system() {
     // To POSIX an empty TZ means UTC; ICU takes it for a zone that it does not know.
-    if (const char* name = std::getenv("TZ"); name != nullptr && *name == '\0') {
+    if (const auto* name = std::getenv("TZ"); name && *name == '\0') {
         return utc();
     }
     std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());

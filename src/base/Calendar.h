@@ -48,7 +48,7 @@ struct DateComponents {
 enum class CalendarUnit { minute, hour, day };
 enum class CalendarPeriod { day, week, month };
 
-/// From a moment to another, which is no longer part of it.
+/// The time from a moment to another, which is no longer part of it.
 struct DateInterval {
     Instant start;
     Instant end;

@@ -88,7 +88,7 @@ bool hasWhiteSpace(const icu::UnicodeString& text) {
 }
 
 const icu::Normalizer2& checked(const icu::Normalizer2* normalizer, UErrorCode status) {
-    if (U_FAILURE(status) || normalizer == nullptr) {
+    if (U_FAILURE(status) || !normalizer) {
         throw std::runtime_error(std::string("ICU has no normalization: ") + u_errorName(status));
     }
     return *normalizer;

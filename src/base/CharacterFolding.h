@@ -17,15 +17,16 @@ namespace korvex::base {
 class CharacterFolding {
 public:
     enum class Kind : std::uint8_t {
-        /// Whatever stands before it, it becomes its form.
+        /// The character becomes its form, whatever stands before it.
         plain,
-        /// The same, and its form ends with a mark, which has its place among those that follow.
+        /// As `plain`, but its form ends with a mark, which has its place among those that follow.
         markEnded,
-        /// Becomes nothing, and nothing is different for its having been there.
+        /// The character becomes nothing, as if it had not been there.
         nothing,
-        /// Stays, and belongs to the letter before; the order of several says nothing.
+        /// The character stays and belongs to the letter before; the order of several means
+        /// nothing.
         mark,
-        /// May be one with what stands before it.
+        /// The character may be composed with what stands before it into another.
         joining,
     };
     struct Form {
@@ -33,9 +34,9 @@ public:
         static constexpr std::uint8_t kIsLong = 0xff;
 
         Kind kind = Kind::plain;
-        /// Or `kIsLong`.
+        /// How many of `bytes` are used; `kIsLong` for a form that has no room there.
         std::uint8_t length = 0;
-        /// UTF-8, or the number of a long form.
+        /// The form in UTF-8, or the number of a long form.
         std::array<char, kRoom> bytes{};
     };
 
@@ -48,7 +49,7 @@ public:
                       : filled(codePoint))[static_cast<std::size_t>(codePoint) % kBlockSize];
     }
     std::string_view longForm(const Form& form) const;
-    /// Either of them.
+    /// Appends a form, be it short or long.
     void append(const Form& form, std::string& to) const {
         if (form.length == Form::kIsLong) {
             to.append(longForm(form));

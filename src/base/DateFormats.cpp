@@ -40,9 +40,8 @@ struct DateFormats::Formats {
         if (!format) {
             UErrorCode status = U_ZERO_ERROR;
             format.reset(
-                skeleton == nullptr
-                    ? icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale)
-                    : icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status));
+                skeleton ? icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status)
+                         : icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale));
             if (!format || U_FAILURE(status)) {
                 throw std::runtime_error(std::string("ICU has no date format: ") +
                                          u_errorName(status));

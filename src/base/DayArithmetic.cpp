@@ -20,7 +20,7 @@ constexpr std::int64_t floorDivide(std::int64_t value, std::int64_t divisor) {
 }
 
 constexpr std::int64_t dayOfMarchYear(const CivilDay& day) {
-    const int monthsSinceMarch = day.month > 2 ? day.month - 3 : day.month + 9;
+    const auto monthsSinceMarch = day.month > 2 ? day.month - 3 : day.month + 9;
     return (153 * monthsSinceMarch + 2) / 5 + day.day - 1;
 }
 

@@ -20,16 +20,16 @@ struct CivilDay {
 
 /// Days since 1970-01-01; absent for what is no day of the years 1 to 9999.
 std::optional<std::int64_t> daysSince1970(const CivilDay& day);
-/// The inverse, for any count of days; the year before 1 is 0.
+/// The day that lies so many days after 1970-01-01; the year before 1 is 0.
 CivilDay civilDay(std::int64_t daysSince1970);
 
 constexpr DayNumber dayNumber(const CivilDay& day) {
     return DayNumber{day.year} * 10'000 + day.month * 100 + day.day;
 }
-/// Absent for a number that is no day of the years 1 to 9999.
+/// The day of a number; absent for a number that is no day of the years 1 to 9999.
 std::optional<CivilDay> civilDayOfNumber(DayNumber number);
 
-/// Noon in UTC; absent for a number that is no day, or whose noon is no valid instant.
+/// Noon of the day in UTC; absent for a number that is no day, or whose noon is no valid instant.
 std::optional<Instant> noonInUtc(DayNumber number);
 
 } // namespace korvex::base

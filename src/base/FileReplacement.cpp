@@ -81,7 +81,7 @@ std::error_code replaceFile(const fs::path& file, std::string_view contents) {
         return error;
     }
 
-    std::string staged = target.string() + ".XXXXXX";
+    auto staged = target.string() + ".XXXXXX";
     const FileDescriptor staging(::mkostemp(staged.data(), O_CLOEXEC));
     if (!staging.isOpen()) {
         return lastError();

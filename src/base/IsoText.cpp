@@ -33,7 +33,7 @@ public:
             return false;
         }
         value = 0;
-        for (const char each : m_rest.substr(0, digits)) {
+        for (const auto each : m_rest.substr(0, digits)) {
             if (each < '0' || each > '9') {
                 return false;
             }
@@ -124,7 +124,7 @@ std::optional<Instant> instantFromIsoText(std::string_view text, const Calendar&
     } else if (reader.take('Z')) {
         instant = instantInUtc(fields);
     } else {
-        const bool isEast = reader.take('+');
+        const auto isEast = reader.take('+');
         int hours = 0;
         int minutes = 0;
         if ((!isEast && !reader.take('-')) || !reader.takeNumber(2, hours) || !reader.take(':') ||

@@ -35,9 +35,8 @@ int commonness(char byte) {
 std::size_t findPlainly(std::string_view text, std::size_t from, std::string_view bytes) {
     const auto* found =
         ::memmem(text.data() + from, text.size() - from, bytes.data(), bytes.size());
-    return found == nullptr
-               ? std::string_view::npos
-               : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
+    return found ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
+                 : std::string_view::npos;
 }
 
 #if defined(__SSE2__)

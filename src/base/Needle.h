@@ -13,7 +13,7 @@ public:
     explicit Needle(std::string bytes);
 
     const std::string& bytes() const { return m_bytes; }
-    /// Where it begins, at or behind `from`; `npos` when it is not there.
+    /// Where the needle first begins in `text`, at or behind `from`; `npos` when it is not there.
     std::size_t find(std::string_view text, std::size_t from = 0) const;
     bool isIn(std::string_view text) const { return find(text) != std::string_view::npos; }
 

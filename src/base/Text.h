@@ -12,16 +12,17 @@ namespace korvex::base {
 
 bool isValidUtf8(std::string_view text);
 
-/// Valid UTF-8, bytes that are not becoming the replacement character; nothing else changes.
+/// Makes a text valid UTF-8: bytes that are not become the replacement character, nothing else
+/// changes.
 std::string repairedUtf8(std::string_view text);
 
-/// Without white space and line breaks (Unicode's White_Space) at both ends.
+/// The text without white space and line breaks (Unicode's White_Space) at both ends.
 std::string_view trimmed(std::string_view text);
 
 /// The number of characters as the user perceives them (extended grapheme clusters), counted no
 /// further than `limit`: the result is `limit` for any text of `limit` characters or more.
 std::size_t characterCount(std::string_view text, std::size_t limit);
-/// The same of UTF-16; surrogates that stand alone count as characters.
+/// Counts the characters of a UTF-16 text; surrogates that stand alone count as characters.
 std::size_t characterCount(std::u16string_view text, std::size_t limit);
 
 /// The first `count` characters of `text`, all of it when it is shorter.

@@ -8,8 +8,8 @@ namespace korvex::base {
 namespace {
 
 std::string localeOfEnvironment(const char* category) {
-    for (const char* variable : {"LC_ALL", category, "LANG"}) {
-        if (const char* value = std::getenv(variable); value != nullptr && *value != '\0') {
+    for (const auto* variable : {"LC_ALL", category, "LANG"}) {
+        if (const auto* value = std::getenv(variable); value && *value != '\0') {
             return value;
         }
     }

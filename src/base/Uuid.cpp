@@ -47,8 +47,8 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
         if (startsGroup(byte) && text[position++] != '-') {
             return std::nullopt;
         }
-        const int high = digitValue(text[position++]);
-        const int low = digitValue(text[position++]);
+        const auto high = digitValue(text[position++]);
+        const auto low = digitValue(text[position++]);
         if (high < 0 || low < 0) {
             return std::nullopt;
         }

@@ -11,6 +11,9 @@ namespace korvex::model::attachmentPlist {
 
 namespace {
 
+/// What may stand beside the files' bytes: names, keys, offsets.
+constexpr std::size_t kMaximumOverhead = 64 * 1024;
+
 constexpr std::string_view kMagic = "bplist00";
 constexpr std::size_t kTrailerBytes = 32;
 /// Other programs' lists may say more of an attachment than is read here.
@@ -41,7 +44,7 @@ void require(bool holds) {
 /// Most significant byte first; at most eight of them count.
 std::uint64_t bigEndian(std::span<const std::uint8_t> bytes) {
     std::uint64_t value = 0;
-    for (const std::uint8_t byte : bytes) {
+    for (const auto byte : bytes) {
         value = value << 8U | byte;
     }
     return value;
@@ -159,7 +162,7 @@ private:
         if (object.count == kCountFollows) {
             const auto integer = slice(object.start, 1).front();
             require(integer >> 4U == integerKind && (integer & 0xFU) <= 3);
-            const std::size_t width = std::size_t{1} << (integer & 0xFU);
+            const auto width = std::size_t{1} << (integer & 0xFU);
             object.count = bigEndian(slice(object.start + 1, width));
             object.start += 1 + width;
         }
@@ -197,7 +200,7 @@ EntryAttachment attachment(const ObjectTable& objects, ObjectTable::Reference wh
                       : key == kFilenameKey ? &filename
                       : key == kDataKey     ? &data
                                             : nullptr;
-        if (known != nullptr) {
+        if (known) {
             require(!known->has_value());
             *known = members.values[i];
         }

@@ -14,9 +14,6 @@ inline constexpr const char* kIdKey = "id";
 inline constexpr const char* kFilenameKey = "filename";
 inline constexpr const char* kDataKey = "data";
 
-/// What may stand beside the files' bytes: names, keys, offsets.
-inline constexpr std::size_t kMaximumOverhead = 64 * 1024;
-
 /// Reads no object but those that a list of attachments is made of, each of them at most once per
 /// attachment: whatever bytes claim about themselves costs neither time nor memory. (A general
 /// reader, libplist among them, builds all that is reachable: 361 bytes become gigabytes where

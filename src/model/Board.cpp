@@ -77,14 +77,10 @@ void Board::setSystemIdentifier(std::optional<std::string> identifier) {
     assign(systemIdentifierField, m_fields.systemIdentifier, std::move(identifier));
 }
 
-void Board::setMergedIntoBoardID(std::optional<base::Uuid> id) {
-    assign(mergedIntoBoardIDField, m_fields.mergedIntoBoardID, id);
-}
-
 std::vector<Entry*> Board::entries() const {
     std::vector<Entry*> entries;
     entries.reserve(owned().size());
-    for (store::Record* record : owned()) {
+    for (auto* record : owned()) {
         entries.push_back(static_cast<Entry*>(record));
     }
     return entries;

@@ -71,7 +71,6 @@ public:
     void setIcon(std::optional<std::string> icon);
     void setIconColor(std::optional<std::string> iconColor);
     void setSystemIdentifier(std::optional<std::string> identifier);
-    void setMergedIntoBoardID(std::optional<base::Uuid> id);
 
     /// The board's entries in no particular order; read from the store when first asked for.
     std::vector<Entry*> entries() const;

@@ -43,13 +43,13 @@ enum class BoardIcon {
 };
 inline constexpr std::size_t kBoardIconCount = 32;
 
-/// Every case, in order.
+/// Every icon, in the order of the picker.
 const std::array<BoardIcon, kBoardIconCount>& allBoardIcons();
 /// The symbol's name, as stored: "folder.fill".
 std::string_view rawValue(BoardIcon icon);
 /// The label in the picker: "Folder".
 std::string_view title(BoardIcon icon);
-/// Matches exactly; a case's own name ("folder") is no raw value.
+/// The icon with exactly this raw value; a case's own name ("folder") is none.
 std::optional<BoardIcon> boardIcon(std::string_view rawValue);
 
 /// The colours of a board's icon; absent means the accent colour. The views choose the values.
@@ -77,9 +77,9 @@ enum class BoardIconColor {
 inline constexpr std::size_t kBoardIconColorCount = 19;
 
 const std::array<BoardIconColor, kBoardIconColorCount>& allBoardIconColors();
-/// "blue"
+/// The name as stored: "blue".
 std::string_view rawValue(BoardIconColor color);
-/// "Blue"
+/// The label in the picker: "Blue".
 std::string_view title(BoardIconColor color);
 std::optional<BoardIconColor> boardIconColor(std::string_view rawValue);
 

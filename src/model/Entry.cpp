@@ -33,6 +33,13 @@ constexpr std::array kFields{
     store::Field{"board", FieldKind::reference, offsetof(EntryFields, boardID), Index::all},
 };
 
+constexpr store::FieldReference kType{Entry::typeRawValueField};
+constexpr store::FieldReference kIsCompleted{Entry::isCompletedField};
+
+store::Value valueOf(EntryType type) {
+    return std::string(rawValue(type));
+}
+
 } // namespace
 
 const store::RecordType& Entry::recordType() {
@@ -44,6 +51,18 @@ const store::RecordType& Entry::recordType() {
         .ownerType = &Board::recordType,
     };
     return type;
+}
+
+store::Condition Entry::onBoard(const base::Uuid& board) {
+    return store::FieldReference{boardField} == store::Value(board);
+}
+
+store::Condition Entry::openTodos() {
+    return kIsCompleted == store::Value(std::int64_t{0}) && kType == valueOf(EntryType::todo);
+}
+
+store::Condition Entry::completedTodos() {
+    return kIsCompleted == store::Value(std::int64_t{1}) && kType == valueOf(EntryType::todo);
 }
 
 Entry::Entry() : Record(recordType(), &m_fields) {}

@@ -5,6 +5,7 @@
 #include "base/Uuid.h"
 #include "model/EntryType.h"
 #include "model/TodoSchedule.h"
+#include "store/Condition.h"
 #include "store/ExternalBytes.h"
 #include "store/Record.h"
 
@@ -55,6 +56,11 @@ public:
         boardField,
     };
     static const store::RecordType& recordType();
+    /// What the store is asked for: the entries of a board; those that are `isOpenTodo`, and those
+    /// that are `isCompletedTodo`.
+    static store::Condition onBoard(const base::Uuid& board);
+    static store::Condition openTodos();
+    static store::Condition completedTodos();
 
     Entry();
     /// An entry not yet in a context, with these fields but for the board: `setBoard` sets that.
@@ -64,8 +70,9 @@ public:
     EntryType type() const { return entryType(m_fields.typeRawValue); }
     bool isTodo() const { return type() == EntryType::todo; }
     bool isOpenTodo() const { return isTodo() && !isCompleted(); }
+    bool isCompletedTodo() const { return isTodo() && isCompleted(); }
     /// A text, or a todo that is open: what a board lists first.
-    bool isActive() const { return !isCompleted() || !isTodo(); }
+    bool isActive() const { return !isCompletedTodo(); }
     const std::string& content() const { return m_fields.content; }
     const std::optional<base::Bytes>& richTextData() const { return m_fields.richTextData; }
     /// Read from the store when first asked for (may throw).

@@ -25,7 +25,7 @@ struct EntryAttachment {
     static constexpr std::size_t kMaximumCount = 3;
     static constexpr std::size_t kMaximumBytes = 10'485'760;
     static constexpr std::size_t kMaximumTotalBytes = 31'457'280;
-    /// More than any file system's names have.
+    /// The limit is more than any file system's names have.
     static constexpr std::size_t kMaximumFilenameBytes = 1024;
 
     base::Uuid id;
@@ -35,8 +35,8 @@ struct EntryAttachment {
 
     bool operator==(const EntryAttachment&) const = default;
 
-    /// Not empty, not "." or "..", without slash, backslash, colon and NUL. UTF-8, since the stored
-    /// form knows no other text, of at most `kMaximumFilenameBytes`.
+    /// Whether a name is not empty, not "." or "..", without slash, backslash, colon and NUL.
+    /// UTF-8, since the stored form knows no other text, of at most `kMaximumFilenameBytes`.
     static bool isValidFilename(std::string_view filename);
     /// Throws the AttachmentError of the first rule that the list breaks: count, identifiers,
     /// names, each one's size, the size of all.
@@ -45,8 +45,8 @@ struct EntryAttachment {
     /// The stored form, a binary property list, of a list that `validate` accepts; absent for an
     /// empty one.
     static std::optional<base::Bytes> encode(std::span<const EntryAttachment> attachments);
-    /// The inverse. Absent or empty data is an empty list; throws `invalidData` for whatever is not
-    /// a list that `encode` accepts, however damaged or hostile.
+    /// Reads what `encode` writes. Absent or empty data is an empty list; throws `invalidData` for
+    /// whatever is not a list that `encode` accepts, however damaged or hostile.
     static std::vector<EntryAttachment> decode(std::span<const std::uint8_t> data);
     static std::vector<EntryAttachment> decode(const base::Bytes& data) {
         return decode(std::span(data));

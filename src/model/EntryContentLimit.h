@@ -15,8 +15,8 @@ struct EntryContentLimit {
     static constexpr std::size_t kMaximumBytes = 1'048'576;
     static constexpr std::size_t kPreviewCharacters = 500;
 
-    /// At most 10,000 characters (grapheme clusters); over 1,048,576 bytes it is decided without
-    /// counting, so that a huge paste costs nothing.
+    /// Whether a text has at most 10,000 characters (grapheme clusters); over 1,048,576 bytes it is
+    /// decided without counting, so that a huge paste costs nothing.
     static bool allows(std::string_view text);
 
     /// The text itself when it is within the limit, else its first 500 characters.

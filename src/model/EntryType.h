@@ -1,13 +1,10 @@
 #pragma once
 
-#include <array>
 #include <string_view>
 
 namespace korvex::model {
 
 enum class EntryType { text, todo };
-
-inline constexpr std::array kAllEntryTypes{EntryType::text, EntryType::todo};
 
 /// "text" or "todo", as stored.
 constexpr std::string_view rawValue(EntryType type) {
@@ -18,8 +15,5 @@ constexpr std::string_view rawValue(EntryType type) {
 constexpr EntryType entryType(std::string_view raw) {
     return raw == "todo" ? EntryType::todo : EntryType::text;
 }
-
-/// Where a moved or inserted entry or board lands relative to its target.
-enum class EntryPlacement { before, after };
 
 } // namespace korvex::model

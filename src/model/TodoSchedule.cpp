@@ -22,7 +22,7 @@ std::optional<base::Instant> dueTime(const TodoSchedule& schedule) {
 std::string dayWord(base::DayNumber day, base::Instant date, base::Instant now,
                     const base::DateFormats& formats) {
     const auto& calendar = formats.calendar();
-    for (const int offset : {0, 1, -1}) {
+    for (const auto offset : {0, 1, -1}) {
         const auto other = calendar.adding(now, base::CalendarUnit::day, offset);
         if (other && calendar.day(*other) == day) {
             return formats.relativeDayWord(offset);

@@ -12,11 +12,12 @@ namespace korvex::model {
 /// When a todo is due and when to be reminded of it. A plain value that can hold anything;
 /// `isValid` says whether it makes sense. Bad dates never throw: they read as absent.
 struct TodoSchedule {
-    /// All-day due day, as year × 10000 + month × 100 + day; excludes the two dates below.
+    /// The due day of an all-day todo, as year × 10000 + month × 100 + day; excludes the two dates
+    /// below.
     std::optional<base::DayNumber> dueDay = std::nullopt;
-    /// Due time, or the end of the window.
+    /// The due time, or the end of the window.
     std::optional<base::Instant> dueDate = std::nullopt;
-    /// Start of the window; only with `dueDate`, and before it.
+    /// The start of the window; only with `dueDate`, and before it.
     std::optional<base::Instant> dueStartDate = std::nullopt;
     std::optional<base::Instant> reminderDate = std::nullopt;
 
@@ -39,7 +40,8 @@ struct TodoSchedule {
     /// reminder; absent when none of them is a valid date.
     std::optional<base::Instant> effectiveDate(const base::Calendar& calendar) const;
 
-    /// Due and past at `now`: an all-day todo once its day is over, a timed one after its time.
+    /// Whether the todo is due and that has passed at `now`: an all-day todo once its day is over,
+    /// a timed one after its time.
     bool isOverdue(base::Instant now, const base::Calendar& calendar) const;
 
     /// "Today · 9:00 AM–10:00 AM"; absent without a valid effective date.

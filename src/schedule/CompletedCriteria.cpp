@@ -1,7 +1,6 @@
 #include "schedule/CompletedCriteria.h"
 
 #include "model/Board.h"
-#include "services/OrderKey.h"
 #include "services/SearchService.h"
 
 #include <algorithm>
@@ -20,19 +19,16 @@ CompletedCriteria::CompletedCriteria(const CompletedFilter& filter, base::Instan
 }
 
 std::optional<EntryKey> CompletedCriteria::keyOf(const model::Entry& entry) {
-    if (!entry.isCompleted() || !entry.isTodo() ||
-        (m_interval && !m_interval->contains(completionDate(entry))) || !isOnBoard(entry) ||
-        !hasSchedule(entry)) {
+    if (!entry.isCompletedTodo() || (m_interval && !m_interval->contains(completionDate(entry))) ||
+        !isOnBoard(entry) || !hasSchedule(entry)) {
         return std::nullopt;
     }
-    auto key = orderOnBoards(entry);
+    // On a board as `services::ordered` has it.
+    auto key = keyOnBoards(entry);
+    key.createdAt = orderedBits(entry.createdAt());
     // One whose moment is not known goes last, though its day is that of its last change.
     key.moment = orderedBitsFromLatest(entry.completedAt().value_or(base::Instant::distantPast()));
     return key;
-}
-
-bool CompletedCriteria::isBefore(const model::Entry& left, const model::Entry& right) {
-    return services::ordered(left, right);
 }
 
 bool CompletedCriteria::isOnBoard(const model::Entry& entry) const {
@@ -44,9 +40,9 @@ bool CompletedCriteria::isOnBoard(const model::Entry& entry) const {
     case CompletedFilter::BoardStatus::any:
         return true;
     case CompletedFilter::BoardStatus::active:
-        return board != nullptr && !board->isArchived();
+        return board && !board->isArchived();
     case CompletedFilter::BoardStatus::archived:
-        return board != nullptr && board->isArchived();
+        return board && board->isArchived();
     }
     return false;
 }

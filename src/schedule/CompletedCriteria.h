@@ -26,8 +26,6 @@ public:
 
     DayCache& days() { return m_days; }
 
-    static bool isBefore(const model::Entry& left, const model::Entry& right);
-
 private:
     bool isOnBoard(const model::Entry& entry) const;
     bool hasSchedule(const model::Entry& entry);
@@ -42,6 +40,7 @@ private:
 
 /// The group of a completed todo's key: its day, the latest first.
 std::uint64_t dayKey(const model::Entry& entry, DayCache& days);
+/// The day of such a key, with no todos in it yet.
 CompletedTodoGroup emptyDayGroup(std::uint64_t key);
 
 } // namespace korvex::schedule

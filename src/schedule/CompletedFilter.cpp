@@ -1,7 +1,6 @@
 #include "schedule/CompletedFilter.h"
 
 #include "schedule/CompletedCriteria.h"
-#include "services/EntryConditions.h"
 
 #include <algorithm>
 
@@ -48,9 +47,9 @@ store::Condition CompletedFilter::condition(base::Instant now,
     using store::Condition;
     using store::FieldReference;
     using store::Value;
-    std::vector all{services::EntryConditions::completedTodo()};
+    std::vector all{Entry::completedTodos()};
     if (boardID) {
-        all.push_back(services::EntryConditions::onBoard(*boardID));
+        all.push_back(Entry::onBoard(*boardID));
     }
     if (const auto bounds = interval(now, calendar)) {
         const FieldReference completedAt{Entry::completedAtField};
@@ -94,7 +93,7 @@ std::vector<model::Entry*> CompletedFilter::apply(std::span<model::Entry* const>
         });
     std::vector<model::Entry*> result;
     result.reserve(matching.size());
-    for (const auto& each : inOrder(matching, CompletedCriteria::isBefore)) {
+    for (const auto& each : inOrder(matching)) {
         result.push_back(each.entry);
     }
     return result;

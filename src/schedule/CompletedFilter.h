@@ -27,8 +27,8 @@ struct CompletedFilter {
     Period period = Period::any;
     Schedule schedule = Schedule::any;
     BoardStatus boardStatus = BoardStatus::any;
-    /// Of a custom period: whole days, both included; when they are in the wrong order, the day of
-    /// the first.
+    /// The first and the last day of a custom period, both included as whole days; when they are in
+    /// the wrong order, the period is the day of the first.
     base::Instant startDate;
     base::Instant endDate;
 

@@ -60,13 +60,6 @@ struct CompletedTodos::Contents final : GroupRules {
         kept.placeAll();
     }
 
-    struct Kind {
-        static CompletedTodoGroup emptyGroup(std::uint64_t key) { return emptyDayGroup(key); }
-        static bool isBefore(const model::Entry& left, const model::Entry& right) {
-            return CompletedCriteria::isBefore(left, right);
-        }
-    };
-
     services::FoldedTexts& texts;
     base::Instant now;
     std::string locale;
@@ -76,7 +69,7 @@ struct CompletedTodos::Contents final : GroupRules {
     std::optional<CompletedCriteria> criteria;
     /// Where each stood when it was restored.
     std::unordered_map<base::Uuid, std::optional<EntryKey>> lingering;
-    KeptGroups<CompletedTodoGroup, Kind> kept;
+    KeptGroups<CompletedTodoGroup, emptyDayGroup> kept;
 };
 
 CompletedTodos::CompletedTodos(store::ModelContext& context, services::FoldedTexts& texts,

@@ -35,7 +35,8 @@ public:
     void linger(const base::Uuid& id);
     void release(const base::Uuid& id);
 
-    /// After `groups` or `hasAny` has become different; also when only a shown todo's fields have.
+    /// Emitted after `groups` or `hasAny` has become different; also when only a shown todo's
+    /// fields have.
     base::Signal<>& didChange();
 
 private:

@@ -40,9 +40,9 @@ private:
 
     const base::Calendar& m_calendar;
     std::unique_ptr<std::array<DueDay, kDueDays>> m_dueDays;
-    /// The ends of known days by their starts.
+    /// The end of each known day, by its start.
     std::map<base::Instant, base::Instant> m_days;
-    /// The one of the last answer: the next is mostly the same.
+    /// The day of the last answer: the next one's is mostly the same.
     base::DateInterval m_lastDay;
 };
 

@@ -21,7 +21,7 @@ constexpr unsigned kMostDigits = 3;
 
 using Field = std::uint64_t EntryKey::*;
 constexpr std::array<Field, 4> kFields{&EntryKey::group, &EntryKey::moment, &EntryKey::boardOrder,
-                                       &EntryKey::order};
+                                       &EntryKey::entryOrder};
 
 /// An entry's place in a list, and all of its key that fits: small, since each pass moves it.
 struct Item {
@@ -119,14 +119,13 @@ void sortItems(std::vector<Item>& items, unsigned bits, IsLess&& isLess) {
 
 } // namespace
 
-EntryKey orderOnBoards(const model::Entry& entry) {
+EntryKey keyOnBoards(const model::Entry& entry) {
     const auto* board = entry.board();
-    return {.boardOrder = orderedBits(board != nullptr ? board->sortOrder() : std::int64_t{0}),
-            .order = orderedBits(entry.sortOrder())};
+    return {.boardOrder = orderedBits(board ? board->sortOrder() : std::int64_t{0}),
+            .entryOrder = orderedBits(entry.sortOrder())};
 }
 
-std::vector<GroupedEntry> inOrder(const std::vector<KeyedEntry>& entries,
-                                  EntryComparison isBefore) {
+std::vector<GroupedEntry> inOrder(const std::vector<KeyedEntry>& entries) {
     if (entries.empty()) {
         return {};
     }
@@ -140,10 +139,7 @@ std::vector<GroupedEntry> inOrder(const std::vector<KeyedEntry>& entries,
         if (left.key != right.key) {
             return left.key < right.key;
         }
-        const auto& [leftKey, leftEntry] = entries[left.index];
-        const auto& [rightKey, rightEntry] = entries[right.index];
-        const auto order = leftKey <=> rightKey;
-        return order != 0 ? order < 0 : isBefore(*leftEntry, *rightEntry);
+        return entries[left.index].isBefore(entries[right.index]);
     });
     std::vector<GroupedEntry> result;
     result.reserve(entries.size());

@@ -30,12 +30,16 @@ constexpr base::Instant instantOfBitsFromLatest(std::uint64_t bits) {
     return {std::bit_cast<double>((ordered & kSign) != 0 ? ordered ^ kSign : ~ordered)};
 }
 
-/// Where an entry stands in a list of groups: by the first of these that differs.
+/// Where an entry stands in a list of groups: by the first of these that differs. It holds all that
+/// decides and can change: so a list that remembers its keys keeps its order while the fields of
+/// its entries become others.
 struct EntryKey {
     std::uint64_t group = 0;
     std::uint64_t moment = 0;
     std::uint64_t boardOrder = 0;
-    std::uint64_t order = 0;
+    std::uint64_t entryOrder = 0;
+    /// Zero in a list that does not ask for it.
+    std::uint64_t createdAt = 0;
 
     auto operator<=>(const EntryKey&) const = default;
 };
@@ -43,13 +47,17 @@ struct EntryKey {
 struct KeyedEntry {
     EntryKey key;
     model::Entry* entry;
+
+    /// Where the keys are equal, the identifiers decide, which never change: no two entries stand
+    /// at one place.
+    bool isBefore(const KeyedEntry& other) const {
+        const auto order = key <=> other.key;
+        return order != 0 ? order < 0 : entry->id() < other.entry->id();
+    }
 };
 
-/// The fields of a key that the entry's board and the entry itself give; none but these.
-EntryKey orderOnBoards(const model::Entry& entry);
-
-/// Decides between entries with equal keys.
-using EntryComparison = bool (*)(const model::Entry&, const model::Entry&);
+/// A key with nothing but the fields that the entry's board and its place there give.
+EntryKey keyOnBoards(const model::Entry& entry);
 
 /// An entry in the group of its key.
 struct GroupedEntry {
@@ -57,9 +65,9 @@ struct GroupedEntry {
     model::Entry* entry;
 };
 
-/// The entries in the order of their keys. Hardly compares where there are many: the time is that
-/// of a few walks through the list.
-std::vector<GroupedEntry> inOrder(const std::vector<KeyedEntry>& entries, EntryComparison isBefore);
+/// The entries in order. Hardly compares where there are many: the time is that of a few walks
+/// through the list. Upcoming over 100,000 todos misses its promise of speed with `std::sort`.
+std::vector<GroupedEntry> inOrder(const std::vector<KeyedEntry>& entries);
 
 /// Entries in the order of their groups, as groups; `makeGroup` makes an empty one for a key's
 /// group.

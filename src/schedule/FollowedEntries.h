@@ -20,9 +20,9 @@ public:
     std::vector<model::Entry*> readAll();
 
     struct Changes {
-        /// Inserted or changed, of whatever kind.
+        /// The entries that were inserted or changed, of whatever kind.
         std::vector<model::Entry*> entries;
-        /// Deleted, be they entries or boards.
+        /// What was deleted, be it entries or boards.
         std::vector<base::Uuid> deleted;
         /// A board is archived or is not any more, or stands elsewhere among the boards.
         bool movedBoards = false;

@@ -3,6 +3,7 @@
 #include "schedule/EntryKey.h"
 
 #include <algorithm>
+#include <cassert>
 #include <optional>
 #include <unordered_map>
 #include <utility>
@@ -10,9 +11,9 @@
 namespace korvex::schedule {
 
 /// Entries in groups, each where its key puts it. Keys are remembered: so an entry that has changed
-/// is found where it stood, and the others need not be asked again. An entry can also be held
-/// without being shown. `Kind` says how a group is made and which of two equal keys comes first.
-template <typename Group, typename Kind>
+/// is found where it stood, whatever its fields say now, and the others need not be asked again. An
+/// entry can also be held without being shown. `emptyGroup` makes a group from the group of a key.
+template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class GroupedEntries {
 public:
     struct Held {
@@ -46,7 +47,7 @@ public:
     /// True when it was shown.
     bool drop(const base::Uuid& id) {
         const auto* held = find(id);
-        if (held == nullptr) {
+        if (!held) {
             return false;
         }
         const auto wasShown = held->key.has_value();
@@ -55,7 +56,8 @@ public:
         return wasShown;
     }
 
-    /// Holds the entry as `place` does, but the groups are wrong until `placeAll`.
+    /// Holds the entry as `place` does, and lets it go as `drop` does; but the groups are wrong
+    /// until `placeAll`.
     void hold(model::Entry& entry) { heldFor(entry) = {&entry, std::nullopt}; }
     void letGo(const base::Uuid& id) {
         if (const auto found = m_places.find(id); found != m_places.end()) {
@@ -85,9 +87,9 @@ public:
                     shown.push_back({*held.key, held.entry});
                 }
             });
-        const auto sorted = inOrder(shown, Kind::isBefore);
+        const auto sorted = inOrder(shown);
         m_shownCount = sorted.size();
-        m_groups = cutIntoGroups<Group>(sorted, Kind::emptyGroup);
+        m_groups = cutIntoGroups<Group>(sorted, emptyGroup);
         m_keys.clear();
         for (std::size_t next = 0; const auto& group : m_groups) {
             m_keys.push_back(sorted[next].group);
@@ -134,10 +136,9 @@ private:
                                         m_keys.begin());
     }
 
-    Place placeIn(std::vector<model::Entry*>& entries, const Held& held) const {
-        return std::partition_point(entries.begin(), entries.end(), [&](const model::Entry* each) {
-            const auto order = keyOf(*each) <=> *held.key;
-            return order != 0 ? order < 0 : Kind::isBefore(*each, *held.entry);
+    Place placeOf(const KeyedEntry& shown, std::vector<model::Entry*>& entries) const {
+        return std::partition_point(entries.begin(), entries.end(), [&](model::Entry* each) {
+            return KeyedEntry{keyOf(*each), each}.isBefore(shown);
         });
     }
 
@@ -149,10 +150,10 @@ private:
         const auto at = static_cast<std::ptrdiff_t>(index);
         if (index == m_keys.size() || m_keys[index] != held.key->group) {
             m_keys.insert(m_keys.begin() + at, held.key->group);
-            m_groups.insert(m_groups.begin() + at, Kind::emptyGroup(held.key->group));
+            m_groups.insert(m_groups.begin() + at, emptyGroup(held.key->group));
         }
         auto& entries = m_groups[index].entries;
-        entries.insert(placeIn(entries, held), held.entry);
+        entries.insert(placeOf({*held.key, held.entry}, entries), held.entry);
         ++m_shownCount;
     }
 
@@ -162,7 +163,9 @@ private:
         }
         const auto index = indexOf(held.key->group);
         auto& entries = m_groups[index].entries;
-        entries.erase(placeIn(entries, held));
+        const auto place = placeOf({*held.key, held.entry}, entries);
+        assert(place != entries.end() && *place == held.entry);
+        entries.erase(place);
         if (entries.empty()) {
             const auto at = static_cast<std::ptrdiff_t>(index);
             m_groups.erase(m_groups.begin() + at);
@@ -171,12 +174,12 @@ private:
         --m_shownCount;
     }
 
-    /// In no order.
+    /// Every entry that is held, in no order.
     std::vector<Held> m_held;
-    /// Where in `m_held`.
+    /// Where in `m_held` each entry is.
     std::unordered_map<base::Uuid, std::uint32_t> m_places;
     std::vector<Group> m_groups;
-    /// Beside each group the group of its entries' keys.
+    /// The group of the keys of each group's entries, in the order of `m_groups`.
     std::vector<std::uint64_t> m_keys;
     std::size_t m_shownCount = 0;
 };

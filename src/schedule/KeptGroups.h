@@ -14,19 +14,19 @@ public:
     virtual ~GroupRules() = default;
     /// Whether the entry can come to be shown without being changed itself.
     virtual bool holds(const model::Entry& entry) const = 0;
-    /// Of an entry that is held; absent while it is not shown.
+    /// Where an entry that is held stands; absent while it is not shown.
     virtual std::optional<EntryKey> keyOf(const model::Entry& entry) = 0;
 };
 
 /// A store's entries in groups, kept up to date. Main thread; context and rules must outlive it.
-template <typename Group, typename Kind>
+template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class KeptGroups {
 public:
     /// `condition` takes every entry that the rules hold. Empty until `read`.
     KeptGroups(store::ModelContext& context, store::Condition condition, GroupRules& rules)
         : m_context(context), m_followed(context, std::move(condition)), m_rules(rules) {}
 
-    const GroupedEntries<Group, Kind>& entries() const { return m_entries; }
+    const GroupedEntries<Group, emptyGroup>& entries() const { return m_entries; }
     const std::vector<Group>& groups() const { return m_entries.groups(); }
 
     /// Reads everything, and follows the store from then on. Throws StoreError.
@@ -35,7 +35,7 @@ public:
         m_changes = m_context.didChange().connect([this](const auto& set) { follow(set); });
     }
 
-    /// After the rules have changed.
+    /// To be called after the rules have changed.
     void placeAll() {
         const auto former = groups();
         placeHeld();
@@ -44,7 +44,7 @@ public:
         }
     }
 
-    /// After the rules have changed for these alone.
+    /// To be called after the rules have changed for these entries alone.
     void placeAnew(const std::vector<model::Entry*>& entries) {
         auto isDifferent = false;
         for (auto* entry : entries) {
@@ -58,8 +58,7 @@ public:
     }
     void placeAnew(const base::Uuid& id) {
         const auto* held = m_entries.find(id);
-        auto* entry = held != nullptr ? held->entry : m_context.find<model::Entry>(id);
-        if (entry != nullptr) {
+        if (auto* entry = held ? held->entry : m_context.find<model::Entry>(id)) {
             placeAnew(std::vector{entry});
         }
     }
@@ -67,10 +66,11 @@ public:
     /// Where an entry is shown; absent when it is not.
     std::optional<EntryKey> keyOf(const base::Uuid& id) const {
         const auto* held = m_entries.find(id);
-        return held != nullptr ? held->key : std::nullopt;
+        return held ? held->key : std::nullopt;
     }
 
-    /// After the groups have become different, or a field of what they show or of its board.
+    /// Emitted after the groups have become different, or a field of what they show or of its
+    /// board.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
@@ -126,10 +126,9 @@ private:
     /// True when what is shown may be different.
     bool take(FollowedEntries::Changes news) {
         std::erase_if(news.entries, [this](const model::Entry* entry) {
-            return !isHeld(*entry) && m_entries.find(entry->id()) == nullptr;
+            return !isHeld(*entry) && !m_entries.find(entry->id());
         });
-        std::erase_if(news.deleted,
-                      [this](const auto& id) { return m_entries.find(id) == nullptr; });
+        std::erase_if(news.deleted, [this](const auto& id) { return !m_entries.find(id); });
         if (news.movedBoards || news.entries.size() + news.deleted.size() > kManyChanged) {
             for (const auto& id : news.deleted) {
                 m_entries.letGo(id);
@@ -154,7 +153,7 @@ private:
     store::ModelContext& m_context;
     FollowedEntries m_followed;
     GroupRules& m_rules;
-    GroupedEntries<Group, Kind> m_entries;
+    GroupedEntries<Group, emptyGroup> m_entries;
     /// The store could not be read when it had changed.
     bool m_isBehind = false;
     base::Signal<> m_didChange;

@@ -1,7 +1,6 @@
 #include "schedule/ScheduleClock.h"
 
 #include "model/Entry.h"
-#include "services/EntryConditions.h"
 
 #include <algorithm>
 #include <atomic>
@@ -23,10 +22,8 @@ using model::Entry;
 std::optional<base::Instant> earliestOpen(store::ModelContext& context, Entry::Field field,
                                           std::optional<base::Instant> (Entry::*value)() const,
                                           base::Instant now) {
-    using store::FieldReference;
     const auto found = context.fetch<Entry>({
-        .condition = services::EntryConditions::openTodo() &&
-                     FieldReference{field} > store::Value{now.seconds},
+        .condition = Entry::openTodos() && store::FieldReference{field} > store::Value{now.seconds},
         .order = {{.field = field}},
         .limit = 1,
     });
@@ -66,7 +63,7 @@ void ScheduleClock::start(store::ModelContainer& container) {
 void ScheduleClock::refresh() {
     m_timer.reset();
     const auto previous = std::exchange(m_now, m_clock.now());
-    if (m_container != nullptr) {
+    if (m_container) {
         const auto delay = transition() - m_now + kAfterTransition;
         // Through a request, since a timer must not be replaced while it fires.
         m_timer = m_runLoop.callAfter(std::chrono::duration<double>(delay),
@@ -93,7 +90,7 @@ void ScheduleClock::scheduleRefresh() {
     }
     m_runLoop.post([request = m_request] {
         request->isPending = false;
-        if (request->clock != nullptr) {
+        if (request->clock) {
             request->clock->refresh();
         }
     });

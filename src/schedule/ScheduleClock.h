@@ -32,7 +32,7 @@ public:
     void start(store::ModelContainer& container);
 
     base::Instant now() const { return m_now; }
-    /// After `now` has moved.
+    /// Emitted after `now` has moved.
     base::Signal<base::Instant>& didTick() { return m_didTick; }
 
     /// Takes the current time and sets the timer to the next transition.

@@ -15,12 +15,10 @@ namespace korvex::schedule {
 /// `save` at the end. Main thread.
 class TodoScheduleEditor {
 public:
-    static constexpr int kDefaultReminderMinutes = 540;
-
     struct Settings {
         bool completed = false;
         /// Minutes after midnight, 0 to 1439.
-        int defaultReminderMinutes = kDefaultReminderMinutes;
+        int defaultReminderMinutes = kStandardReminderMinutes;
     };
     /// Stores the schedule; throws base::Error when that is refused.
     using OnSave = std::function<void(const model::TodoSchedule&)>;
@@ -39,7 +37,7 @@ public:
     base::Instant due;
     bool hasReminder = false;
     base::Instant reminder;
-    /// Absent: a moment of the user's own.
+    /// Absent while the reminder is a moment of the user's own.
     std::optional<TodoReminderPreset> reminderPreset;
 
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }

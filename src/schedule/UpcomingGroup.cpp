@@ -2,7 +2,6 @@
 
 #include "model/Names.h"
 #include "schedule/UpcomingSections.h"
-#include "services/EntryConditions.h"
 
 #include <array>
 
@@ -33,10 +32,9 @@ std::string_view name(UpcomingSection section) {
 store::Condition UpcomingGroup::condition() {
     using model::Entry;
     using store::Condition;
-    return services::EntryConditions::openTodo() &&
-           Condition::any({Condition::isPresent(Entry::dueDayField),
-                           Condition::isPresent(Entry::dueDateField),
-                           Condition::isPresent(Entry::reminderDateField)});
+    return Entry::openTodos() && Condition::any({Condition::isPresent(Entry::dueDayField),
+                                                 Condition::isPresent(Entry::dueDateField),
+                                                 Condition::isPresent(Entry::reminderDateField)});
 }
 
 std::vector<UpcomingGroup>
@@ -49,14 +47,14 @@ UpcomingGroup::groups(std::span<model::Entry* const> entries, base::Instant now,
     visitEntries(
         entries, [](const model::Entry* entry) { return entry; },
         [&](model::Entry* entry) {
-            const auto lingers =
-                entry->isCompleted() && includingCompletedIDs.contains(entry->id());
-            if (const auto key = sections.keyOf(*entry, lingers)) {
+            if (entry->isCompleted() && !includingCompletedIDs.contains(entry->id())) {
+                return;
+            }
+            if (const auto key = sections.keyOf(*entry)) {
                 shown.push_back({*key, entry});
             }
         });
-    return cutIntoGroups<UpcomingGroup>(inOrder(shown, UpcomingSections::isBefore),
-                                        UpcomingSections::emptyGroup);
+    return cutIntoGroups<UpcomingGroup>(inOrder(shown), emptySectionGroup);
 }
 
 } // namespace korvex::schedule

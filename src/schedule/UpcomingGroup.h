@@ -13,7 +13,7 @@
 
 namespace korvex::schedule {
 
-/// In display order.
+/// The sections of Upcoming, in display order.
 enum class UpcomingSection {
     overdue,
     today,
@@ -23,9 +23,9 @@ enum class UpcomingSection {
     later,
     reminderOnly,
 };
-/// English: "Overdue", "Today", "Next 3 days" …
+/// The English title: "Overdue", "Today", "Next 3 days" …
 std::string_view title(UpcomingSection section);
-/// As the command line's JSON names it: "overdue", "next3Days" …
+/// The name in the command line's JSON: "overdue", "next3Days" …
 std::string_view name(UpcomingSection section);
 
 /// The open scheduled todos of one section, in order.

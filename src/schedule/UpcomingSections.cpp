@@ -40,17 +40,16 @@ bool UpcomingSections::moveTo(base::Instant now) {
     return true;
 }
 
-std::optional<EntryKey> UpcomingSections::keyOf(const model::Entry& entry, bool lingers) {
+std::optional<EntryKey> UpcomingSections::keyOf(const model::Entry& entry) {
     const auto* board = entry.board();
-    if (!entry.isTodo() || (entry.isCompleted() && !lingers) || board == nullptr ||
-        board->isArchived()) {
+    if (!entry.isTodo() || !board || board->isArchived()) {
         return std::nullopt;
     }
     const auto date = effectiveDate(entry);
     if (!date) {
         return std::nullopt;
     }
-    auto key = orderOnBoards(entry);
+    auto key = keyOnBoards(entry);
     key.group = static_cast<std::uint64_t>(section(entry, *date));
     key.moment = orderedBits(*date);
     return key;
@@ -81,6 +80,10 @@ UpcomingSection UpcomingSections::section(const model::Entry& entry,
         return UpcomingSection::next7Days;
     }
     return effectiveDate < m_starts[2] ? UpcomingSection::next2Weeks : UpcomingSection::later;
+}
+
+UpcomingGroup emptySectionGroup(std::uint64_t key) {
+    return {.section = static_cast<UpcomingSection>(key), .entries = {}};
 }
 
 } // namespace korvex::schedule

@@ -20,18 +20,9 @@ public:
     /// Moves on within today; false when that day is over, or was not yet: then nothing changes.
     bool moveTo(base::Instant now);
 
-    /// Where a todo stands; absent for what is not shown. A completed one is shown when it lingers.
-    std::optional<EntryKey> keyOf(const model::Entry& entry, bool lingers);
-
-    static UpcomingSection sectionOf(const EntryKey& key) {
-        return static_cast<UpcomingSection>(key.group);
-    }
-    static UpcomingGroup emptyGroup(std::uint64_t key) {
-        return {.section = static_cast<UpcomingSection>(key), .entries = {}};
-    }
-    static bool isBefore(const model::Entry& left, const model::Entry& right) {
-        return left.id() < right.id();
-    }
+    /// Where a todo stands, be it completed or not: who wants the open ones asks for those only.
+    /// Absent for what has no date, is no todo or stands on no active board.
+    std::optional<EntryKey> keyOf(const model::Entry& entry);
 
 private:
     std::optional<base::Instant> effectiveDate(const model::Entry& entry);
@@ -46,5 +37,8 @@ private:
     /// Where the days begin that are 4, 8 and 15 days away. Never, when the calendar cannot say.
     std::array<base::Instant, 3> m_starts;
 };
+
+/// The section of an upcoming todo's key, with no todos in it yet.
+UpcomingGroup emptySectionGroup(std::uint64_t key);
 
 } // namespace korvex::schedule

@@ -16,12 +16,15 @@ struct UpcomingTodos::Contents final : GroupRules {
 
     bool holds(const model::Entry& entry) const override {
         // Also what keeps an archived board from being shown: the board may come back.
-        return entry.isTodo() && !entry.schedule().isEmpty() &&
-               (!entry.isCompleted() || lingering.contains(entry.id()));
+        return !entry.schedule().isEmpty() && isOpenOrLingers(entry);
     }
 
     std::optional<EntryKey> keyOf(const model::Entry& entry) override {
-        return sections->keyOf(entry, entry.isCompleted() && lingering.contains(entry.id()));
+        return isOpenOrLingers(entry) ? sections->keyOf(entry) : std::nullopt;
+    }
+
+    bool isOpenOrLingers(const model::Entry& entry) const {
+        return entry.isOpenTodo() || (entry.isTodo() && lingering.contains(entry.id()));
     }
 
     void setNow(base::Instant now, const base::TimeZone& itsZone) {
@@ -37,19 +40,10 @@ struct UpcomingTodos::Contents final : GroupRules {
                                               orderedBits(before), orderedBits(now)));
     }
 
-    struct Kind {
-        static UpcomingGroup emptyGroup(std::uint64_t key) {
-            return UpcomingSections::emptyGroup(key);
-        }
-        static bool isBefore(const model::Entry& left, const model::Entry& right) {
-            return UpcomingSections::isBefore(left, right);
-        }
-    };
-
     base::TimeZone zone;
     std::optional<UpcomingSections> sections;
     std::unordered_set<base::Uuid> lingering;
-    KeptGroups<UpcomingGroup, Kind> kept;
+    KeptGroups<UpcomingGroup, emptySectionGroup> kept;
 };
 
 UpcomingTodos::UpcomingTodos(store::ModelContext& context, base::Instant now, base::TimeZone zone)
@@ -67,7 +61,7 @@ std::size_t UpcomingTodos::count() const {
     const auto leaving =
         std::count_if(lingering.begin(), lingering.end(), [&](const base::Uuid& id) {
             const auto* held = entries.find(id);
-            return held != nullptr && held->key && held->entry->isCompleted();
+            return held && held->key && held->entry->isCompleted();
         });
     return entries.shownCount() - static_cast<std::size_t>(leaving);
 }

@@ -21,7 +21,7 @@ public:
 
     /// Valid until the next change.
     const std::vector<UpcomingGroup>& groups() const;
-    /// Of the open ones, over all groups.
+    /// How many open todos all groups have together.
     std::size_t count() const;
 
     /// "Now" has moved, or the zone is another: whole sections may move.
@@ -30,7 +30,7 @@ public:
     void linger(const base::Uuid& id);
     void release(const base::Uuid& id);
 
-    /// After `groups` has become different; also when only a shown todo's fields have.
+    /// Emitted after `groups` has become different; also when only a shown todo's fields have.
     base::Signal<>& didChange();
 
 private:

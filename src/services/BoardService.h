@@ -3,7 +3,7 @@
 #include "base/Collation.h"
 #include "base/Log.h"
 #include "model/Board.h"
-#include "model/EntryType.h"
+#include "model/EntryPlacement.h"
 #include "model/ServiceErrors.h"
 #include "services/Collaborators.h"
 #include "services/RecordWriter.h"

@@ -4,6 +4,7 @@
 #include "base/Log.h"
 #include "model/Board.h"
 #include "model/Entry.h"
+#include "model/EntryPlacement.h"
 #include "model/ServiceErrors.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentFiles.h"

@@ -1,6 +1,5 @@
 #include "services/NewEntryPlace.h"
 
-#include "services/EntryConditions.h"
 #include "services/EntryNumbering.h"
 #include "services/EntryOrder.h"
 
@@ -38,9 +37,9 @@ NewEntryPlace::appendingUnloaded(store::ModelContext& context, const model::Boar
     if (board.entriesAreLoaded() || context.hasChanges()) {
         return std::nullopt;
     }
-    const auto onBoard = EntryConditions::onBoard(board.id());
+    const auto onBoard = Entry::onBoard(board.id());
     std::vector<std::int64_t> orders;
-    context.fetchValues<Entry>({Entry::sortOrderField}, onBoard && EntryConditions::active(),
+    context.fetchValues<Entry>({Entry::sortOrderField}, onBoard && !Entry::completedTodos(),
                                [&](std::span<const store::Value> values) {
                                    orders.push_back(std::get<std::int64_t>(values.front()));
                                });
@@ -53,8 +52,7 @@ NewEntryPlace::appendingUnloaded(store::ModelContext& context, const model::Boar
         }
         taken[static_cast<std::size_t>(order)] = true;
     }
-    auto completed =
-        context.fetch<Entry>({.condition = onBoard && EntryConditions::completedTodo()});
+    auto completed = context.fetch<Entry>({.condition = onBoard && Entry::completedTodos()});
     std::sort(completed.begin(), completed.end(),
               [](const Entry* left, const Entry* right) { return ordered(*left, *right); });
     return Appending{.activeCount = count, .completed = std::move(completed)};

@@ -35,7 +35,7 @@ void ChangeLog::append(std::int64_t revision, const std::vector<RowChange>& chan
 
 std::optional<std::vector<RowChange>> ChangeLog::changesSince(std::int64_t revision) {
     std::vector<RowChange> changes;
-    std::int64_t expected = revision;
+    auto expected = revision;
     bool isComplete = true;
     m_since.bind(0, revision);
     while (m_since.step()) {
@@ -50,7 +50,7 @@ base::Bytes ChangeLog::encode(const std::vector<RowChange>& changes) {
     base::Bytes bytes;
     bytes.reserve(changes.size() * 3);
     std::int64_t previous = 0;
-    for (const RowChange& change : changes) {
+    for (const auto& change : changes) {
         bytes.push_back(change.type);
         const auto difference =
             static_cast<std::uint64_t>(change.rowid) - static_cast<std::uint64_t>(previous);
@@ -70,12 +70,12 @@ bool ChangeLog::decode(std::span<const std::uint8_t> bytes, std::vector<RowChang
     std::uint64_t previous = 0;
     std::size_t at = 0;
     while (at < bytes.size()) {
-        const std::uint8_t type = bytes[at++];
+        const auto type = bytes[at++];
         std::uint64_t zigzag = 0;
         unsigned shift = 0;
         bool isDone = false;
         while (at < bytes.size() && shift < 64 && !isDone) {
-            const std::uint8_t group = bytes[at++];
+            const auto group = bytes[at++];
             zigzag |= static_cast<std::uint64_t>(group & 0x7fU) << shift;
             shift += 7;
             isDone = group < 0x80;

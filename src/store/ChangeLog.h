@@ -29,7 +29,7 @@ public:
 
     /// The newest revision; 0 in a new store.
     std::int64_t newestRevision();
-    /// In a write transaction.
+    /// Notes what a save touched; to be called in the write transaction of that save.
     void append(std::int64_t revision, const std::vector<RowChange>& changes);
     /// Everything touched after `revision`, rows perhaps named more than once; absent when the log
     /// does not reach back that far or cannot be read.

@@ -62,7 +62,7 @@ Condition Condition::compare(std::size_t field, Comparison comparison, Value val
     condition.m_kind = Kind::comparison;
     condition.m_field = field;
     condition.m_comparison = comparison;
-    condition.m_values.push_back(std::move(value));
+    condition.m_value = std::move(value);
     return condition;
 }
 
@@ -77,13 +77,6 @@ Condition Condition::isAbsent(std::size_t field) {
     Condition condition;
     condition.m_kind = Kind::absent;
     condition.m_field = field;
-    return condition;
-}
-
-Condition Condition::identifierIn(std::vector<base::Uuid> ids) {
-    Condition condition;
-    condition.m_kind = Kind::member;
-    condition.m_values.assign(ids.begin(), ids.end());
     return condition;
 }
 
@@ -114,13 +107,11 @@ bool Condition::matches(const Record& record) const {
     case Kind::always:
         return true;
     case Kind::comparison:
-        return holds(record.value(m_field), m_comparison, m_values.front());
+        return holds(record.value(m_field), m_comparison, m_value);
     case Kind::present:
         return !store::isAbsent(record.value(m_field));
     case Kind::absent:
         return store::isAbsent(record.value(m_field));
-    case Kind::member:
-        return std::find(m_values.begin(), m_values.end(), Value(record.id())) != m_values.end();
     case Kind::all:
         return std::all_of(m_operands.begin(), m_operands.end(), matchesRecord);
     case Kind::any:
@@ -150,20 +141,12 @@ std::string Condition::sql(const RecordType& type, std::vector<Value>& bindings)
     case Kind::always:
         return "1";
     case Kind::comparison:
-        bindings.push_back(m_values.front());
+        bindings.push_back(m_value);
         return quoted(type.fields[m_field].name) + std::string(sqlOperator(m_comparison));
     case Kind::present:
         return quoted(type.fields[m_field].name) + " IS NOT NULL";
     case Kind::absent:
         return quoted(type.fields[m_field].name) + " IS NULL";
-    case Kind::member: {
-        std::string text = quoted(type.fields[0].name) + " IN (";
-        for (std::size_t i = 0; i < m_values.size(); ++i) {
-            text += i > 0 ? ",?" : "?";
-            bindings.push_back(m_values[i]);
-        }
-        return text + ")";
-    }
     case Kind::all:
         return joined(" AND ", "1");
     case Kind::any:

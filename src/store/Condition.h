@@ -24,7 +24,6 @@ public:
     static Condition compare(std::size_t field, Comparison comparison, Value value);
     static Condition isPresent(std::size_t field);
     static Condition isAbsent(std::size_t field);
-    static Condition identifierIn(std::vector<base::Uuid> ids);
 
     static Condition all(std::vector<Condition> operands);
     static Condition any(std::vector<Condition> operands);
@@ -35,12 +34,12 @@ public:
     std::string sql(const RecordType& type, std::vector<Value>& bindings) const;
 
 private:
-    enum class Kind { always, comparison, present, absent, member, all, any, negation };
+    enum class Kind { always, comparison, present, absent, all, any, negation };
 
     Kind m_kind = Kind::always;
     std::size_t m_field = 0;
     Comparison m_comparison = Comparison::equal;
-    std::vector<Value> m_values;
+    Value m_value;
     std::vector<Condition> m_operands;
 };
 

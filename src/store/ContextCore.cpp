@@ -15,14 +15,22 @@ using Phase = RecordState::Phase;
 
 /// Whether `left` comes before `right` by the keys; absent values first, as in SQLite.
 bool isBefore(const Record& left, const Record& right, const std::vector<SortKey>& order) {
-    for (const SortKey& key : order) {
-        const Value a = left.value(key.field);
-        const Value b = right.value(key.field);
+    for (const auto& key : order) {
+        const auto a = left.value(key.field);
+        const auto b = right.value(key.field);
         if (a != b) {
             return (a < b) == key.ascending;
         }
     }
     return false;
+}
+
+Statement bound(sqlite3* database, const std::string& sql, const std::vector<Value>& bindings) {
+    Statement statement(database, sql);
+    for (std::size_t i = 0; i < bindings.size(); ++i) {
+        statement.bindValue(static_cast<int>(i), bindings[i]);
+    }
+    return statement;
 }
 
 bool isPendingOf(const Record& record, const RecordType& type) {
@@ -32,54 +40,41 @@ bool isPendingOf(const Record& record, const RecordType& type) {
 
 } // namespace
 
-ContextCore::ContextCore(ModelContainer& container) : m_container(container) {
-    for (const RecordType* type : container.schema().types) {
-        m_tables.push_back({type, {}, {}});
-    }
-    m_revision = container.connection().revision();
-}
+ContextCore::ContextCore(ModelContainer& container)
+    : m_container(container),
+      m_tables(container.schema().types),
+      m_revision(container.connection().revision()),
+      m_announcements(container.didSave(), didChange) {}
 
-std::size_t ContextCore::indexOf(const RecordType& type) const {
-    for (std::size_t i = 0; i < m_tables.size(); ++i) {
-        if (m_tables[i].type == &type) {
-            return i;
-        }
+void ContextCore::announce(ChangeSet changes, Announcements::Cause cause) {
+    m_announcements.add(std::move(changes), cause);
+    if (m_stepDepth == 0) {
+        m_announcements.deliver();
     }
-    assert(false);
-    return 0;
-}
-
-Record& ContextCore::adopt(std::size_t index, std::unique_ptr<Record> record) {
-    Record& reference = *record;
-    reference.state().context = this;
-    m_records.push_back(std::move(record));
-    m_tables[index].byIdentifier[reference.id()] = &reference;
-    return reference;
 }
 
 Record& ContextCore::materialize(std::size_t index, const Statement& row) {
-    Table& table = m_tables[index];
-    const RowCodec& codec = statements(index).codec;
-    const std::int64_t rowid = codec.rowid(row);
-    const auto known = table.byRowid.find(rowid);
-    if (known != table.byRowid.end()) {
-        return *known->second;
+    auto& table = m_tables[index];
+    const auto& codec = statements(index).codec;
+    const auto rowid = codec.rowid(row);
+    if (auto* known = table.atRowid(rowid)) {
+        return *known;
     }
     auto record = table.type->make();
     codec.readRow(row, *record);
-    RecordState& state = record->state();
+    auto& state = record->state();
     state.phase = Phase::stored;
     state.rowid = rowid;
     state.version = codec.version(row);
     table.byRowid.emplace(rowid, record.get());
-    Record& reference = adopt(index, std::move(record));
+    auto& reference = m_tables.adopt(index, std::move(record), *this);
     resolveOwner(reference);
     linkToOwner(reference);
     return reference;
 }
 
 void ContextCore::resolveOwner(Record& record) {
-    const RecordType& type = record.storedType();
+    const auto& type = record.storedType();
     if (!type.ownerField) {
         return;
     }
@@ -94,35 +89,12 @@ void ContextCore::resolveOwner(Record& record) {
     record.state().owner = m_lastOwner;
 }
 
-void ContextCore::linkToOwner(Record& record) {
-    RecordState& state = record.state();
-    // A record that is not in the context yet is linked when it is inserted.
-    if (record.isLive() && state.owner && state.owner->state().ownedIsLoaded) {
-        auto& siblings = state.owner->state().owned;
-        state.ownedIndex = siblings.size();
-        siblings.push_back(&record);
-    }
-}
-
-void ContextCore::unlinkFromOwner(Record& record) {
-    RecordState& state = record.state();
-    if (state.owner && state.owner->state().ownedIsLoaded) {
-        auto& siblings = state.owner->state().owned;
-        if (state.ownedIndex < siblings.size() && siblings[state.ownedIndex] == &record) {
-            siblings[state.ownedIndex] = siblings.back();
-            siblings[state.ownedIndex]->state().ownedIndex = state.ownedIndex;
-            siblings.pop_back();
-        }
-    }
-}
-
 Record* ContextCore::find(const RecordType& type, const base::Uuid& id) {
-    const std::size_t index = indexOf(type);
-    const auto found = m_tables[index].byIdentifier.find(id);
-    if (found != m_tables[index].byIdentifier.end()) {
-        return found->second->isLive() ? found->second : nullptr;
+    const auto index = m_tables.indexOf(type);
+    if (auto* known = m_tables[index].withIdentifier(id)) {
+        return known->isLive() ? known : nullptr;
     }
-    Statement& select = statements(index).selectByIdentifier;
+    auto& select = statements(index).selectByIdentifier;
     select.bind(0, id);
     Record* record = nullptr;
     if (select.step()) {
@@ -134,13 +106,13 @@ Record* ContextCore::find(const RecordType& type, const base::Uuid& id) {
 
 void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descriptor,
                         const std::function<void(Record&)>& sink) {
-    const std::size_t index = indexOf(type);
+    const auto index = m_tables.indexOf(type);
     std::vector<Value> bindings;
-    std::string sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings);
+    auto sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings);
     if (!descriptor.order.empty()) {
         sql += " ORDER BY ";
         for (std::size_t i = 0; i < descriptor.order.size(); ++i) {
-            const SortKey& key = descriptor.order[i];
+            const auto& key = descriptor.order[i];
             sql += (i > 0 ? ", " : "") + tableSql::quoted(type.fields[key.field].name) +
                    (key.ascending ? "" : " DESC");
         }
@@ -156,10 +128,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     if (isPlain && descriptor.limit) {
         sql += " LIMIT " + std::to_string(*descriptor.limit);
     }
-    Statement statement(m_container.connection().handle(), sql);
-    for (std::size_t i = 0; i < bindings.size(); ++i) {
-        statement.bindValue(static_cast<int>(i), bindings[i]);
-    }
+    auto statement = bound(m_container.connection().handle(), sql, bindings);
     if (isPlain) {
         while (statement.step()) {
             sink(materialize(index, statement));
@@ -168,13 +137,13 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     }
     std::vector<Record*> result;
     while (statement.step()) {
-        Record& record = materialize(index, statement);
+        auto& record = materialize(index, statement);
         if (record.isLive() && !isPendingOf(record, type)) {
             result.push_back(&record);
         }
     }
     for (const auto* pending : {&m_inserted, &m_changed}) {
-        for (Record* record : *pending) {
+        for (auto* record : *pending) {
             if (isPendingOf(*record, type) && descriptor.condition.matches(*record)) {
                 result.push_back(record);
             }
@@ -186,7 +155,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     if (descriptor.limit && result.size() > *descriptor.limit) {
         result.resize(*descriptor.limit);
     }
-    for (Record* record : result) {
+    for (auto* record : result) {
         sink(*record);
     }
 }
@@ -197,7 +166,7 @@ std::size_t ContextCore::count(const RecordType& type, const Condition& conditio
         fetch(type, {.condition = condition}, [&](Record&) { ++number; });
         return number;
     }
-    Statement statement = prepare("SELECT count(*) FROM ", type, condition);
+    auto statement = prepare("SELECT count(*) FROM ", type, condition);
     std::size_t number = 0;
     while (statement.step()) {
         number = static_cast<std::size_t>(statement.integer(0));
@@ -209,10 +178,10 @@ void ContextCore::fetchValues(const RecordType& type, const std::vector<std::siz
                               const Condition& condition,
                               const std::function<void(std::span<const Value>)>& sink) {
     std::string columns;
-    for (const std::size_t field : fields) {
+    for (const auto field : fields) {
         columns += (columns.empty() ? "SELECT " : ", ") + tableSql::quoted(type.fields[field].name);
     }
-    Statement statement = prepare(columns + " FROM ", type, condition);
+    auto statement = prepare(columns + " FROM ", type, condition);
     std::vector<Value> values(fields.size());
     while (statement.step()) {
         for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -227,15 +196,11 @@ Statement ContextCore::prepare(const std::string& what, const RecordType& type,
     std::vector<Value> bindings;
     const std::string sql =
         what + tableSql::quoted(type.name) + " WHERE " + condition.sql(type, bindings);
-    Statement statement(m_container.connection().handle(), sql);
-    for (std::size_t i = 0; i < bindings.size(); ++i) {
-        statement.bindValue(static_cast<int>(i), bindings[i]);
-    }
-    return statement;
+    return bound(m_container.connection().handle(), sql, bindings);
 }
 
 bool ContextCore::isStored(const Record& record) {
-    Statement& count = statements(indexOf(record.storedType())).countByIdentifier;
+    auto& count = statements(m_tables.indexOf(record.storedType())).countByIdentifier;
     count.bind(0, record.id());
     std::int64_t number = 0;
     while (count.step()) {
@@ -248,13 +213,13 @@ void ContextCore::loadOwned(Record& owner) {
     if (!owner.storedType().ownedType) {
         return;
     }
-    const RecordType& type = owner.storedType().ownedType();
+    const auto& type = owner.storedType().ownedType();
     std::vector<Record*> members;
     fetch(type,
           {.condition =
                Condition::compare(*type.ownerField, Condition::Comparison::equal, owner.id())},
           [&](Record& record) { members.push_back(&record); });
-    RecordState& state = owner.state();
+    auto& state = owner.state();
     state.owned = std::move(members);
     state.ownedIsLoaded = true;
     for (std::size_t i = 0; i < state.owned.size(); ++i) {
@@ -263,7 +228,7 @@ void ContextCore::loadOwned(Record& owner) {
 }
 
 std::optional<base::Bytes> ContextCore::readExternal(const Record& record, std::size_t field) {
-    for (auto& external : statements(indexOf(record.storedType())).externals) {
+    for (auto& external : statements(m_tables.indexOf(record.storedType())).externals) {
         if (external.field != field) {
             continue;
         }
@@ -282,13 +247,13 @@ std::optional<base::Bytes> ContextCore::readExternal(const Record& record, std::
 
 void ContextCore::insert(std::unique_ptr<Record> record) {
     assert(record->state().phase == Phase::detached && !record->state().context);
-    const std::size_t index = indexOf(record->storedType());
+    const auto index = m_tables.indexOf(record->storedType());
     // Against what is only in the store the unique index guards, at the save.
-    const auto known = m_tables[index].byIdentifier.find(record->id());
-    if (known != m_tables[index].byIdentifier.end() && known->second->isLive()) {
+    const auto* known = m_tables[index].withIdentifier(record->id());
+    if (known && known->isLive()) {
         throw StoreError(StoreErrorCase::invalidRecord);
     }
-    Record& reference = adopt(index, std::move(record));
+    auto& reference = m_tables.adopt(index, std::move(record), *this);
     reference.state().phase = Phase::inserted;
     // What a new record owns is known: nothing yet.
     reference.state().ownedIsLoaded = reference.storedType().ownedType != nullptr;
@@ -304,15 +269,15 @@ void ContextCore::remove(Record& record) {
         if (!record.state().ownedIsLoaded) {
             loadOwned(record);
         }
-        const std::vector<Record*> owned = record.state().owned;
-        for (Record* each : owned) {
+        const auto owned = record.state().owned;
+        for (auto* each : owned) {
             remove(*each);
         }
     }
     unlinkFromOwner(record);
     if (record.isInserted()) {
         std::erase(m_inserted, &record);
-        forget(record);
+        m_tables.forget(record);
         return;
     }
     record.state().phase = Phase::deleted;
@@ -347,54 +312,31 @@ std::vector<Record*> ContextCore::deleted() const {
     return m_deleted;
 }
 
-void ContextCore::forget(Record& record) {
-    Table& table = m_tables[indexOf(record.storedType())];
-    const auto byIdentifier = table.byIdentifier.find(record.id());
-    if (byIdentifier != table.byIdentifier.end() && byIdentifier->second == &record) {
-        table.byIdentifier.erase(byIdentifier);
-    }
-    const auto byRowid = table.byRowid.find(record.state().rowid);
-    if (byRowid != table.byRowid.end() && byRowid->second == &record) {
-        table.byRowid.erase(byRowid);
-    }
-    detach(record);
-}
-
-void ContextCore::detach(Record& record) {
-    RecordState& state = record.state();
-    state.phase = Phase::deleted;
-    state.context = nullptr;
-    state.owner = nullptr;
-    state.originals.clear();
-    state.owned.clear();
-    state.ownedIsLoaded = true;
-}
-
 void ContextCore::rollback() {
     ChangeSet changes;
-    for (Record* record : m_inserted) {
+    for (auto* record : m_inserted) {
         changes.deleted.push_back(record->id());
         unlinkFromOwner(*record);
-        forget(*record);
+        m_tables.forget(*record);
     }
     m_inserted.clear();
-    for (Record* record : m_deleted) {
+    for (auto* record : m_deleted) {
         record->state().phase = Phase::stored;
         changes.inserted.push_back(record->id());
         linkToOwner(*record);
     }
     m_deleted.clear();
     std::vector<Record*> gone;
-    for (Record* record : m_changed) {
-        RecordState& state = record->state();
+    for (auto* record : m_changed) {
+        auto& state = record->state();
         state.isListedAsChanged = false;
         if (!record->isLive()) {
             continue;
         }
         const auto originals = std::exchange(state.originals, {});
         for (const auto& original : originals) {
-            const Field& field = record->storedType().fields[original.field];
-            void* slot = record->slot(original.field);
+            const auto& field = record->storedType().fields[original.field];
+            auto* slot = record->slot(original.field);
             if (field.kind == FieldKind::externalBytes) {
                 *static_cast<ExternalBytes*>(slot) = {.isRead = false, .bytes = std::nullopt};
                 continue;
@@ -416,17 +358,17 @@ void ContextCore::rollback() {
         }
     }
     m_changed.clear();
-    for (Record* record : gone) {
+    for (auto* record : gone) {
         goneFromStore(*record, changes);
     }
     if (!changes.isEmpty()) {
-        announce(std::move(changes), false);
+        announce(std::move(changes), Announcements::Cause::other);
     }
 }
 
 void ContextCore::beginStep() {
-    StoreConnection& connection = m_container.connection();
-    if (StoreLock* lock = connection.lock()) {
+    auto& connection = m_container.connection();
+    if (auto* lock = connection.lock()) {
         lock->acquire();
     }
     ++m_stepDepth;
@@ -444,50 +386,23 @@ void ContextCore::beginStep() {
 }
 
 void ContextCore::endStep() noexcept {
-    StoreConnection& connection = m_container.connection();
+    auto& connection = m_container.connection();
     if (m_stepDepth == 1) {
         connection.rollback();
     }
     --m_stepDepth;
-    if (StoreLock* lock = connection.lock()) {
+    if (auto* lock = connection.lock()) {
         lock->release();
     }
     if (m_stepDepth == 0) {
-        deliver();
+        m_announcements.deliver();
     }
-}
-
-void ContextCore::announce(ChangeSet changes, bool isSave) {
-    m_announcements.push_back({std::move(changes), isSave});
-    if (m_stepDepth == 0) {
-        deliver();
-    }
-}
-
-void ContextCore::deliver() noexcept {
-    if (m_isDelivering) {
-        return;
-    }
-    m_isDelivering = true;
-    while (!m_announcements.empty()) {
-        const Announcement next = std::move(m_announcements.front());
-        m_announcements.pop_front();
-        if (next.isSave) {
-            m_container.didSave().emit(next.changes);
-        }
-        didChange.emit(next.changes);
-    }
-    m_isDelivering = false;
 }
 
 void ContextCore::processPendingChanges() {
-    if (autosaves && hasChanges()) {
-        save();
-        return;
-    }
     ChangeSet changes;
     const auto append = [](std::vector<base::Uuid>& ids, const std::vector<Record*>& records) {
-        for (const Record* record : records) {
+        for (const auto* record : records) {
             ids.push_back(record->id());
         }
     };
@@ -495,7 +410,7 @@ void ContextCore::processPendingChanges() {
     append(changes.updated, changed());
     append(changes.deleted, m_deleted);
     if (!changes.isEmpty()) {
-        announce(std::move(changes), false);
+        announce(std::move(changes), Announcements::Cause::other);
     }
 }
 

@@ -1,15 +1,13 @@
 #pragma once
 
-#include "store/ChangeSet.h"
+#include "store/Announcements.h"
 #include "store/Condition.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
+#include "store/RecordTables.h"
 #include "store/StoreConnection.h"
 
-#include <tsl/robin_map.h>
-
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,7 +15,8 @@
 
 namespace korvex::store {
 
-/// The workings of a ModelContext: identity map, pending changes, merge and save. Main thread.
+/// The workings of a ModelContext: it reads, keeps what is pending, merges what others saved, and
+/// saves. Main thread.
 class ContextCore {
 public:
     explicit ContextCore(ModelContainer& container);
@@ -55,34 +54,19 @@ public:
     void endStep() noexcept;
 
     void processPendingChanges();
-    bool autosaves = false;
     base::Signal<const ChangeSet&> didChange;
 
-    /// Keep the owner's list of what it owns in step with a record's `owner`.
-    static void unlinkFromOwner(Record& record);
-    static void linkToOwner(Record& record);
-
 private:
-    /// The records of one type in memory.
-    struct Table {
-        const RecordType* type;
-        tsl::robin_map<std::int64_t, Record*> byRowid;
-        tsl::robin_map<base::Uuid, Record*> byIdentifier;
-    };
-
-    std::size_t indexOf(const RecordType& type) const;
     TypeStatements& statements(std::size_t index) {
         return m_container.connection().statements(index);
     }
 
-    /// "`what` table WHERE condition", bound.
+    /// "`what` table WHERE condition", with the condition's values bound.
     Statement prepare(const std::string& what, const RecordType& type, const Condition& condition);
     /// The record of a row: the one in memory, else a new one read from the row.
     Record& materialize(std::size_t index, const Statement& row);
-    Record& adopt(std::size_t index, std::unique_ptr<Record> record);
     void resolveOwner(Record& record);
-    void forget(Record& record);
-    void detach(Record& record);
+    void announce(ChangeSet changes, Announcements::Cause cause);
 
     // ContextRefresh.cpp
     void refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& changes);
@@ -95,20 +79,10 @@ private:
     std::vector<RowChange> writePending(std::int64_t revision);
     void writeInserted(std::size_t index, Record& record, std::int64_t revision);
     void writeChanged(std::size_t index, Record& record, std::int64_t revision);
-    void writeExternal(TypeStatements& statements, Record& record, bool onlyChanged);
     ChangeSet settlePending(std::int64_t revision);
-    void announce(ChangeSet changes, bool isSave);
-    void deliver() noexcept;
-
-    struct Announcement {
-        ChangeSet changes;
-        bool isSave;
-    };
 
     ModelContainer& m_container;
-    std::vector<Table> m_tables;
-    /// Everything this context ever made: references stay good as long as it lives.
-    std::deque<std::unique_ptr<Record>> m_records;
+    RecordTables m_tables;
     std::vector<Record*> m_inserted;
     std::vector<Record*> m_changed;
     std::vector<Record*> m_deleted;
@@ -117,8 +91,7 @@ private:
     /// The store's revision that the records in memory show.
     std::int64_t m_revision = 0;
     int m_stepDepth = 0;
-    bool m_isDelivering = false;
-    std::deque<Announcement> m_announcements;
+    Announcements m_announcements;
 };
 
 } // namespace korvex::store

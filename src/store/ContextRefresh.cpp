@@ -9,20 +9,20 @@
 namespace korvex::store {
 
 void ContextCore::refresh() {
-    StoreConnection& connection = m_container.connection();
+    auto& connection = m_container.connection();
     if (connection.revision() == m_revision) {
         return;
     }
     ChangeSet changes{.origin = ChangeSet::Origin::elsewhere};
     {
         const StoreConnection::ReadScope scope(connection);
-        const std::int64_t revision = connection.revision();
+        const auto revision = connection.revision();
         // A store that went back (restored from a copy underneath) has no log of that.
         const auto log =
             revision > m_revision ? connection.changeLog().changesSince(m_revision) : std::nullopt;
         if (log) {
             std::set<std::pair<std::uint8_t, std::int64_t>> seen;
-            for (const RowChange& change : *log) {
+            for (const auto& change : *log) {
                 if (change.type < m_tables.size() &&
                     seen.emplace(change.type, change.rowid).second) {
                     refreshRow(change.type, change.rowid, changes);
@@ -37,17 +37,16 @@ void ContextCore::refresh() {
         m_revision = revision;
     }
     if (!changes.isEmpty()) {
-        announce(std::move(changes), false);
+        announce(std::move(changes), Announcements::Cause::other);
     }
 }
 
 void ContextCore::refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& changes) {
-    Table& table = m_tables[index];
-    TypeStatements& type = statements(index);
+    auto& table = m_tables[index];
+    auto& type = statements(index);
     type.selectByRowid.bind(0, rowid);
-    const bool exists = type.selectByRowid.step();
-    const auto known = table.byRowid.find(rowid);
-    Record* record = known != table.byRowid.end() ? known->second : nullptr;
+    const auto exists = type.selectByRowid.step();
+    auto* record = table.atRowid(rowid);
     if (!exists) {
         if (record) {
             goneFromStore(*record, changes);
@@ -56,7 +55,7 @@ void ContextCore::refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& c
         }
         return;
     }
-    const base::Uuid id = type.codec.identifier(type.selectByRowid);
+    const auto id = type.codec.identifier(type.selectByRowid);
     if (record && record->id() != id) {
         // SQLite gave the number of a deleted row to a new one.
         goneFromStore(*record, changes);
@@ -78,15 +77,15 @@ void ContextCore::refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& c
 }
 
 void ContextCore::refreshEverything(std::size_t index, ChangeSet& changes) {
-    Table& table = m_tables[index];
+    auto& table = m_tables[index];
     std::vector<std::int64_t> moved;
     std::unordered_set<std::int64_t> present;
     Statement versions(m_container.connection().handle(),
                        "SELECT rowid, version FROM " + tableSql::quoted(table.type->name));
     while (versions.step()) {
-        const std::int64_t rowid = versions.integer(0);
-        const auto known = table.byRowid.find(rowid);
-        if (known == table.byRowid.end() || known->second->state().version != versions.integer(1)) {
+        const auto rowid = versions.integer(0);
+        const auto* known = table.atRowid(rowid);
+        if (!known || known->state().version != versions.integer(1)) {
             moved.push_back(rowid);
         }
         present.insert(rowid);
@@ -97,38 +96,38 @@ void ContextCore::refreshEverything(std::size_t index, ChangeSet& changes) {
             gone.push_back(record);
         }
     }
-    for (Record* record : gone) {
+    for (auto* record : gone) {
         goneFromStore(*record, changes);
     }
-    for (const std::int64_t rowid : moved) {
+    for (const auto rowid : moved) {
         refreshRow(index, rowid, changes);
     }
 }
 
 bool ContextCore::isWatched(std::size_t index, const Statement& row) {
-    const RecordType& type = *m_tables[index].type;
+    const auto& type = *m_tables[index].type;
     if (!type.ownerField) {
         return false;
     }
-    const Value reference = statements(index).codec.readField(row, *type.ownerField);
+    const auto reference = statements(index).codec.readField(row, *type.ownerField);
     if (isAbsent(reference)) {
         return false;
     }
-    const Table& owners = m_tables[indexOf(type.ownerType())];
-    const auto owner = owners.byIdentifier.find(std::get<base::Uuid>(reference));
-    return owner != owners.byIdentifier.end() && owner->second->state().ownedIsLoaded;
+    const auto& owners = m_tables[m_tables.indexOf(type.ownerType())];
+    const auto* owner = owners.withIdentifier(std::get<base::Uuid>(reference));
+    return owner && owner->state().ownedIsLoaded;
 }
 
 void ContextCore::mergeRow(std::size_t index, const Statement& row, Record& record) {
-    const RowCodec& codec = statements(index).codec;
-    const RecordType& type = record.storedType();
-    RecordState& state = record.state();
-    for (const std::size_t field : tableSql::rowFields(type)) {
-        Value stored = codec.readField(row, field);
+    const auto& codec = statements(index).codec;
+    const auto& type = record.storedType();
+    auto& state = record.state();
+    for (const auto field : tableSql::rowFields(type)) {
+        auto stored = codec.readField(row, field);
         const auto original = std::find_if(state.originals.begin(), state.originals.end(),
                                            [&](const auto& each) { return each.field == field; });
-        void* slot = record.slot(field);
-        const FieldKind kind = type.fields[field].kind;
+        auto* slot = record.slot(field);
+        const auto kind = type.fields[field].kind;
         if (original != state.originals.end()) {
             // Changed here: mine stays, over what is stored now.
             if (readSlot(slot, kind) == stored) {
@@ -159,11 +158,11 @@ void ContextCore::mergeRow(std::size_t index, const Statement& row, Record& reco
 }
 
 void ContextCore::goneFromStore(Record& record, ChangeSet& changes) {
-    RecordState& state = record.state();
+    auto& state = record.state();
     if (!record.isLive()) {
         // Deleted here too, and not saved yet: then there is nothing left to delete.
         std::erase(m_deleted, &record);
-        forget(record);
+        m_tables.forget(record);
         return;
     }
     if (record.hasChanges()) {
@@ -172,10 +171,10 @@ void ContextCore::goneFromStore(Record& record, ChangeSet& changes) {
     }
     changes.deleted.push_back(record.id());
     unlinkFromOwner(record);
-    for (Record* owned : state.owned) {
+    for (auto* owned : state.owned) {
         owned->state().owner = nullptr;
     }
-    forget(record);
+    m_tables.forget(record);
 }
 
 } // namespace korvex::store

@@ -22,8 +22,29 @@ bool hasLostItsOwner(const Record* record) {
     if (!field || !record->isLive() || !(record->isInserted() || record->isChanged(*field))) {
         return false;
     }
-    const Record* owner = record->state().owner;
+    const auto* owner = record->state().owner;
     return !isAbsent(record->value(*field)) && (!owner || !owner->isLive());
+}
+
+/// Which fields of external bytes are written: those of a new row, or those that differ from it.
+enum class External { all, changed };
+
+void writeExternal(TypeStatements& type, const Record& record, External which) {
+    for (auto& external : type.externals) {
+        if (which == External::changed && !record.isChanged(external.field)) {
+            continue;
+        }
+        const auto& bytes = static_cast<const ExternalBytes*>(record.slot(external.field))->bytes;
+        if (bytes) {
+            external.replace.bind(0, record.state().rowid);
+            external.replace.bind(1, static_cast<std::int64_t>(base::checksum(*bytes)));
+            external.replace.bind(2, std::span<const std::uint8_t>(*bytes));
+            external.replace.run();
+        } else if (which == External::changed) {
+            external.remove.bind(0, record.state().rowid);
+            external.remove.run();
+        }
+    }
 }
 
 /// A step of the core itself.
@@ -44,7 +65,7 @@ void ContextCore::save() {
     if (!hasChanges()) {
         return;
     }
-    StoreConnection& connection = m_container.connection();
+    auto& connection = m_container.connection();
     if (!m_container.allowsSave()) {
         throw StoreError(StoreErrorCase::readOnly);
     }
@@ -61,7 +82,7 @@ void ContextCore::save() {
     connection.checkFilesAreInPlace();
     // The step's own transaction ended if something was saved in it already.
     connection.begin();
-    const std::int64_t revision = connection.revision() + 1;
+    const auto revision = connection.revision() + 1;
     try {
         connection.changeLog().append(revision, writePending(revision));
         connection.commit(revision);
@@ -70,7 +91,7 @@ void ContextCore::save() {
         throw;
     }
     m_revision = revision;
-    announce(settlePending(revision), true);
+    announce(settlePending(revision), Announcements::Cause::save);
 }
 
 std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
@@ -78,9 +99,9 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
     const auto note = [&](std::size_t index, const Record& record) {
         changes.push_back({static_cast<std::uint8_t>(index), record.state().rowid});
     };
-    for (Record* record : m_deleted) {
-        const std::size_t index = indexOf(record->storedType());
-        TypeStatements& type = statements(index);
+    for (auto* record : m_deleted) {
+        const auto index = m_tables.indexOf(record->storedType());
+        auto& type = statements(index);
         for (auto& external : type.externals) {
             external.remove.bind(0, record->state().rowid);
             external.remove.run();
@@ -89,14 +110,14 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
         type.remove.run();
         note(index, *record);
     }
-    for (Record* record : m_inserted) {
-        const std::size_t index = indexOf(record->storedType());
+    for (auto* record : m_inserted) {
+        const auto index = m_tables.indexOf(record->storedType());
         writeInserted(index, *record, revision);
         note(index, *record);
     }
-    for (Record* record : m_changed) {
+    for (auto* record : m_changed) {
         if (record->isLive() && record->hasChanges()) {
-            const std::size_t index = indexOf(record->storedType());
+            const auto index = m_tables.indexOf(record->storedType());
             writeChanged(index, *record, revision);
             note(index, *record);
         }
@@ -105,15 +126,15 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
 }
 
 void ContextCore::writeInserted(std::size_t index, Record& record, std::int64_t revision) {
-    TypeStatements& type = statements(index);
+    auto& type = statements(index);
     type.codec.bindRow(type.insert, record, revision);
     type.insert.run();
     record.state().rowid = sqlite3_last_insert_rowid(m_container.connection().handle());
-    writeExternal(type, record, false);
+    writeExternal(type, record, External::all);
 }
 
 void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t revision) {
-    TypeStatements& type = statements(index);
+    auto& type = statements(index);
     std::vector<std::size_t> fields;
     for (const auto& original : record.state().originals) {
         if (record.storedType().fields[original.field].kind != FieldKind::externalBytes) {
@@ -122,11 +143,11 @@ void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t r
     }
     // In one order, so that one set of fields has one statement.
     std::sort(fields.begin(), fields.end());
-    Statement& update = type.updateOf(m_container.connection().handle(), fields);
+    auto& update = type.updateOf(m_container.connection().handle(), fields);
     update.bind(0, revision);
     update.bind(1, static_cast<std::int64_t>(type.codec.checksum(record)));
     int column = 2;
-    for (const std::size_t field : fields) {
+    for (const auto field : fields) {
         type.codec.bindField(update, column, record, field);
         ++column;
     }
@@ -137,44 +158,26 @@ void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t r
         // Only who writes without our lock and log can have moved it.
         throw StoreError(StoreErrorCase::conflict);
     }
-    writeExternal(type, record, true);
-}
-
-void ContextCore::writeExternal(TypeStatements& type, Record& record, bool onlyChanged) {
-    for (auto& external : type.externals) {
-        if (onlyChanged && !record.isChanged(external.field)) {
-            continue;
-        }
-        const auto& bytes = static_cast<const ExternalBytes*>(record.slot(external.field))->bytes;
-        if (bytes) {
-            external.replace.bind(0, record.state().rowid);
-            external.replace.bind(1, static_cast<std::int64_t>(base::checksum(*bytes)));
-            external.replace.bind(2, std::span<const std::uint8_t>(*bytes));
-            external.replace.run();
-        } else if (onlyChanged) {
-            external.remove.bind(0, record.state().rowid);
-            external.remove.run();
-        }
-    }
+    writeExternal(type, record, External::changed);
 }
 
 ChangeSet ContextCore::settlePending(std::int64_t revision) {
     ChangeSet changes;
-    for (Record* record : m_deleted) {
+    for (auto* record : m_deleted) {
         changes.deleted.push_back(record->id());
-        forget(*record);
+        m_tables.forget(*record);
     }
     m_deleted.clear();
-    for (Record* record : m_inserted) {
+    for (auto* record : m_inserted) {
         changes.inserted.push_back(record->id());
-        RecordState& state = record->state();
+        auto& state = record->state();
         state.phase = Phase::stored;
         state.version = revision;
-        m_tables[indexOf(record->storedType())].byRowid[state.rowid] = record;
+        m_tables.of(*record).byRowid[state.rowid] = record;
     }
     m_inserted.clear();
-    for (Record* record : m_changed) {
-        RecordState& state = record->state();
+    for (auto* record : m_changed) {
+        auto& state = record->state();
         state.isListedAsChanged = false;
         if (record->isLive() && record->hasChanges()) {
             changes.updated.push_back(record->id());

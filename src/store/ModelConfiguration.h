@@ -9,9 +9,9 @@ namespace korvex::store {
 struct ModelConfiguration {
     enum class Missing { create, refuse };
 
-    /// Empty: the store lives in memory and ends with its container.
+    /// An empty path: the store lives in memory and ends with its container.
     std::filesystem::path file = {};
-    /// False: the store is read and never written, not even its companions.
+    /// Where this is false, the store is read and never written, not even its companions.
     bool allowsSave = true;
     Missing whenMissing = Missing::create;
     /// How long a step waits for another program's before it gives up with `busy`.

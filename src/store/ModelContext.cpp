@@ -53,14 +53,6 @@ void ModelContext::processPendingChanges() {
     m_core->processPendingChanges();
 }
 
-bool ModelContext::autosaves() const {
-    return m_core->autosaves;
-}
-
-void ModelContext::setAutosaves(bool autosaves) {
-    m_core->autosaves = autosaves;
-}
-
 base::Signal<const ChangeSet&>& ModelContext::didChange() {
     return m_core->didChange;
 }

@@ -84,10 +84,8 @@ public:
     /// then the next save reports it.
     void refresh();
 
-    /// Tells observers what is pending, or saves it when `autosaves` is set.
+    /// Tells observers what is pending, before it is saved.
     void processPendingChanges();
-    bool autosaves() const;
-    void setAutosaves(bool autosaves);
 
     /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`;
     /// during a step, at its end. Observers must not throw.

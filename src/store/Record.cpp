@@ -18,7 +18,7 @@ bool Record::isChanged(std::size_t field) const {
 }
 
 Value Record::value(std::size_t field) const {
-    const FieldKind kind = m_type->fields[field].kind;
+    const auto kind = m_type->fields[field].kind;
     if (kind == FieldKind::externalBytes) {
         const auto& bytes = externalBytes(field);
         return bytes ? Value(*bytes) : Value();
@@ -49,7 +49,7 @@ void Record::setValue(std::size_t field, Value value) {
         setOwner(owner);
         return;
     }
-    const FieldKind kind = m_type->fields[field].kind;
+    const auto kind = m_type->fields[field].kind;
     if (kind != FieldKind::externalBytes && readSlot(slot(field), kind) == value) {
         return;
     }
@@ -94,13 +94,13 @@ void Record::setOwner(Record* owner) {
     if (owner == m_state.owner) {
         return;
     }
-    const std::size_t field = *m_type->ownerField;
+    const auto field = *m_type->ownerField;
     willChange(field);
-    ContextCore::unlinkFromOwner(*this);
+    unlinkFromOwner(*this);
     m_state.owner = owner;
     *static_cast<std::optional<base::Uuid>*>(slot(field)) =
         owner ? std::optional(owner->id()) : std::nullopt;
-    ContextCore::linkToOwner(*this);
+    linkToOwner(*this);
     didChange(field);
 }
 
@@ -116,9 +116,9 @@ void Record::willChange(std::size_t field) {
     if (m_state.phase != RecordState::Phase::stored || isChanged(field)) {
         return;
     }
-    const FieldKind kind = m_type->fields[field].kind;
+    const auto kind = m_type->fields[field].kind;
     // The old external bytes need not be read to be replaced; rollback reads them again.
-    Value original = kind == FieldKind::externalBytes ? Value() : readSlot(slot(field), kind);
+    auto original = kind == FieldKind::externalBytes ? Value() : readSlot(slot(field), kind);
     m_state.originals.push_back({field, std::move(original)});
     m_state.context->noteChanged(*this);
 }
@@ -127,7 +127,7 @@ void Record::didChange(std::size_t field) {
     if (m_state.phase != RecordState::Phase::stored) {
         return;
     }
-    const FieldKind kind = m_type->fields[field].kind;
+    const auto kind = m_type->fields[field].kind;
     if (kind == FieldKind::externalBytes) {
         return;
     }

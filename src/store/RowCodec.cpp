@@ -148,8 +148,8 @@ void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
 
 RowCodec::RowCodec(const RecordType& type)
     : m_type(&type), m_columnOfField(type.fields.size(), -1) {
-    int column = tableSql::kFirstFieldColumn;
-    for (const std::size_t field : tableSql::rowFields(type)) {
+    auto column = tableSql::kFirstFieldColumn;
+    for (const auto field : tableSql::rowFields(type)) {
         m_columns.push_back({field, type.fields[field].kind, column});
         m_columnOfField[field] = column;
         ++column;
@@ -163,17 +163,17 @@ RowCodec::RowCodec(const RecordType& type)
 }
 
 void RowCodec::readRow(const Statement& row, Record& record) const {
-    for (const Column& each : m_columns) {
+    for (const auto& each : m_columns) {
         readSlotFrom(row, each.column, each.kind, record.slot(each.field));
     }
-    for (const Column& each : m_externals) {
-        const bool isAbsent = row.integer(each.column) == 0;
+    for (const auto& each : m_externals) {
+        const auto isAbsent = row.integer(each.column) == 0;
         as<ExternalBytes>(record.slot(each.field)) = {.isRead = isAbsent, .bytes = std::nullopt};
     }
 }
 
 Value RowCodec::readField(const Statement& row, std::size_t field) const {
-    const int column = m_columnOfField[field];
+    const auto column = m_columnOfField[field];
     assert(column >= 0);
     return row.value(column, m_type->fields[field].kind);
 }
@@ -192,7 +192,7 @@ base::Uuid RowCodec::identifier(const Statement& row) const {
 
 void RowCodec::bindField(Statement& statement, int index, const Record& record,
                          std::size_t field) const {
-    void* slot = record.slot(field);
+    auto* slot = record.slot(field);
     const auto bindText = [&](const std::string& text) {
         statement.bind(index, std::string_view(text));
     };
@@ -239,7 +239,7 @@ void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t 
     statement.bind(0, version);
     statement.bind(1, static_cast<std::int64_t>(checksum(record)));
     int index = 2;
-    for (const Column& each : m_columns) {
+    for (const auto& each : m_columns) {
         bindField(statement, index, record, each.field);
         ++index;
     }
@@ -249,7 +249,7 @@ std::uint64_t RowCodec::checksum(const Record& record) const {
     m_scratch.clear();
     ChecksumForm form(m_scratch);
     form.bytes(m_type->name.data(), m_type->name.size());
-    for (const Column& each : m_columns) {
+    for (const auto& each : m_columns) {
         appendSlot(form, each.kind, record.slot(each.field));
     }
     return base::checksum(m_scratch);

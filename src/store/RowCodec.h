@@ -8,7 +8,7 @@
 
 namespace korvex::store {
 
-/// Between a record's fields and the columns of its row.
+/// Carries values between a record's fields and the columns of its row.
 class RowCodec {
 public:
     explicit RowCodec(const RecordType& type);
@@ -16,17 +16,18 @@ public:
     /// Fills every field from a row of `tableSql::select`; external bytes become unread, or absent
     /// where there are none. Changes no bookkeeping.
     void readRow(const Statement& row, Record& record) const;
-    /// One field of such a row.
+    /// The value of one field in such a row.
     Value readField(const Statement& row, std::size_t field) const;
     std::int64_t version(const Statement& row) const;
     std::int64_t rowid(const Statement& row) const;
     base::Uuid identifier(const Statement& row) const;
 
     void bindField(Statement& statement, int index, const Record& record, std::size_t field) const;
-    /// Version, checksum and all fields, for `tableSql::insert`.
+    /// Binds version, checksum and all fields to `tableSql::insert`.
     void bindRow(Statement& statement, const Record& record, std::int64_t version) const;
 
-    /// Over all fields in the row, in declared order: presence, length or number, bytes.
+    /// The checksum over all fields in the row, in declared order: presence, length or number,
+    /// bytes.
     std::uint64_t checksum(const Record& record) const;
 
 private:
@@ -40,7 +41,7 @@ private:
     std::vector<Column> m_columns;
     /// Where a row says whether there are external bytes.
     std::vector<Column> m_externals;
-    /// By field: its column in a row, or -1.
+    /// The column of each field in a row; -1 for one that does not stand there.
     std::vector<int> m_columnOfField;
     mutable std::vector<std::uint8_t> m_scratch;
 };

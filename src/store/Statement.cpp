@@ -58,7 +58,7 @@ void Statement::check(int code) const {
 }
 
 bool Statement::step() {
-    const int code = sqlite3_step(raw());
+    const auto code = sqlite3_step(raw());
     if (code == SQLITE_ROW) {
         return true;
     }
@@ -66,8 +66,8 @@ bool Statement::step() {
         reset();
         return false;
     }
-    sqlite3* database = sqlite3_db_handle(raw());
-    const int extended = sqlite3_extended_errcode(database);
+    auto* database = sqlite3_db_handle(raw());
+    const auto extended = sqlite3_extended_errcode(database);
     const std::string detail = sqlite3_errmsg(database);
     reset();
     throw StoreError(errorCase(extended), detail + ", " + std::to_string(extended));

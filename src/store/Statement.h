@@ -25,7 +25,7 @@ public:
     bool step();
     /// Runs to the end and resets.
     void run();
-    /// Rows that the last run changed.
+    /// How many rows the last run changed.
     int changes() const { return sqlite3_changes(sqlite3_db_handle(m_handle.get())); }
 
     void bind(int index, std::int64_t value) { check(sqlite3_bind_int64(raw(), index + 1, value)); }

@@ -43,8 +43,8 @@ private:
     }
 
     void records(std::size_t index) {
-        const RecordType& type = *m_schema.types[index];
-        TypeStatements& statements = m_connection.statements(index);
+        const auto& type = *m_schema.types[index];
+        auto& statements = m_connection.statements(index);
         try {
             Statement rows(m_connection.handle(), tableSql::select(type));
             const auto scratch = type.make();
@@ -70,7 +70,7 @@ private:
         if (!type.ownerField) {
             return;
         }
-        const Value reference = record.value(*type.ownerField);
+        const auto reference = record.value(*type.ownerField);
         if (isAbsent(reference)) {
             problem(name + " belongs to nothing.");
             return;
@@ -84,7 +84,7 @@ private:
     }
 
     void externals(const RecordType& type) {
-        for (const Field& field : type.fields) {
+        for (const auto& field : type.fields) {
             if (field.kind != FieldKind::externalBytes) {
                 continue;
             }

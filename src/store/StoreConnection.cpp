@@ -25,9 +25,9 @@ constexpr int kNoMutex = SQLITE_OPEN_NOMUTEX;
 std::string fileUri(const std::filesystem::path& path, std::string_view query) {
     static constexpr char kDigits[] = "0123456789ABCDEF";
     std::string uri = "file:";
-    for (const char character : std::filesystem::absolute(path).string()) {
+    for (const auto character : std::filesystem::absolute(path).string()) {
         const auto byte = static_cast<unsigned char>(character);
-        const bool isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
                             (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
                             byte == '-' || byte == '_';
         if (isSafe) {
@@ -103,7 +103,7 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
         m_rollback.emplace(handle(), "ROLLBACK");
         m_dataVersion.emplace(handle(), "PRAGMA data_version");
         m_changeLog = std::make_unique<ChangeLog>(handle());
-        for (const RecordType* type : m_schema.types) {
+        for (const auto* type : m_schema.types) {
             m_types.push_back(std::make_unique<TypeStatements>(handle(), *type));
         }
     } catch (const SQLite::Exception& error) {
@@ -132,14 +132,14 @@ void StoreConnection::openDatabase() {
         for (const auto& sql : tableSql::createCommonStatements()) {
             m_database->exec(sql);
         }
-        for (const RecordType* type : m_schema.types) {
+        for (const auto* type : m_schema.types) {
             for (const auto& sql : tableSql::createStatements(*type)) {
                 m_database->exec(sql);
             }
         }
         return;
     }
-    bool exists = m_file.exists();
+    auto exists = m_file.exists();
     if (!exists &&
         (!m_allowsSave || m_configuration.whenMissing == ModelConfiguration::Missing::refuse)) {
         throw StoreError(m_file.hasJournal() ? StoreErrorCase::incomplete

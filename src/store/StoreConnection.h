@@ -31,7 +31,7 @@ struct TypeStatements {
     Statement countByIdentifier;
     Statement insert;
     Statement remove;
-    /// By field: the side table of external bytes; empty for other fields.
+    /// The statements over the side table of one field of external bytes.
     struct External {
         std::size_t field;
         Statement select;
@@ -39,7 +39,7 @@ struct TypeStatements {
         Statement remove;
     };
     std::vector<External> externals;
-    /// By the set of changed fields in the row.
+    /// One UPDATE for each set of changed fields in the row.
     std::map<std::vector<std::size_t>, Statement> updates;
 
     Statement& updateOf(sqlite3* database, const std::vector<std::size_t>& fields);
@@ -85,12 +85,12 @@ public:
     /// step is one transaction from its first look to its commit: that costs less than a lock for
     /// each read. Throws StoreError.
     void begin();
-    /// Durable when it returns. Then moves a long journal into the store file; a failure of that is
-    /// logged, since the commit stands.
+    /// The changes are durable when it returns. It then moves a long journal into the store file; a
+    /// failure of that is logged, since the commit stands.
     void commit(std::int64_t newRevision);
     void rollback() noexcept;
 
-    /// Under the write lock.
+    /// Moves what the journal holds into the store file, under the write lock.
     void checkpoint();
 
 private:

@@ -34,9 +34,9 @@ std::int64_t pragma(sqlite3* database, const char* name) {
 }
 
 void syncPath(const std::filesystem::path& path, int flags) {
-    const int descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-    const bool isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
-    const int error = errno;
+    const auto descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
+    const auto isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
+    const auto error = errno;
     if (descriptor >= 0) {
         ::close(descriptor);
     }
@@ -55,13 +55,13 @@ void fill(const std::filesystem::path& staging, const Schema& schema) {
     for (const auto& sql : tableSql::createCommonStatements()) {
         database.exec(sql);
     }
-    for (const RecordType* type : schema.types) {
+    for (const auto* type : schema.types) {
         for (const auto& sql : tableSql::createStatements(*type)) {
             database.exec(sql);
         }
     }
     Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
-    const base::Uuid storeID = base::Uuid::random();
+    const auto storeID = base::Uuid::random();
     identify.bind(0, storeID);
     identify.run();
     transaction.commit();

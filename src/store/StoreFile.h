@@ -13,7 +13,7 @@ namespace korvex::store {
 /// locks that SQLite holds in this process.
 class StoreFile {
 public:
-    /// "KVX1", in the file's header.
+    /// What SQLite keeps in the header of our files: "KVX1".
     static constexpr std::int32_t kApplicationID = 0x4B565831;
 
     explicit StoreFile(std::filesystem::path file) : m_file(std::move(file)) {}
@@ -22,8 +22,8 @@ public:
     std::filesystem::path lockFile() const { return withSuffix(".lock"); }
     std::filesystem::path journal() const { return withSuffix("-wal"); }
 
-    /// Throws StoreError when what stands there cannot be a store: `unreadable`, `notAStore`. False
-    /// when nothing stands there.
+    /// Whether anything stands there. Throws StoreError when that cannot be a store: `unreadable`,
+    /// `notAStore`.
     bool exists() const;
     bool hasJournal() const;
     /// Whether the file, its folder and the lock file may be written by this process.
@@ -35,10 +35,10 @@ public:
     /// Removes what an interrupted `create` left. The write lock must be held.
     void removeStaging() const;
 
-    /// Looks at the header of an open database: `notAStore` for a file that is cut short.
+    /// Looks at the header of an open database; throws `notAStore` for a file that is cut short.
     void checkHeader(sqlite3* database) const;
-    /// The open database belongs to this system and is of the schema's version; throws `notAStore`,
-    /// `newerVersion`, `olderVersion`.
+    /// Checks that the open database belongs to this system and is of the schema's version; throws
+    /// `notAStore`, `newerVersion`, `olderVersion`.
     static void checkVersion(sqlite3* database, const Schema& schema);
 
 private:

@@ -21,8 +21,8 @@ public:
     StoreLock(const StoreLock&) = delete;
     StoreLock& operator=(const StoreLock&) = delete;
 
-    /// Nests. Throws StoreError: `busy` after the timeout, `readOnly` or `unreadable` when the file
-    /// cannot be opened.
+    /// Takes the lock; calls nest. Throws StoreError: `busy` after the timeout, `readOnly` or
+    /// `unreadable` when the file cannot be opened.
     void acquire();
     void release() noexcept;
     bool isHeld() const { return m_depth > 0; }
@@ -33,8 +33,8 @@ public:
     };
     /// What the last commit left; absent in a new or foreign file. The lock must be held.
     std::optional<Record> record() const;
-    /// Not synced: after a power loss it may be older than the store, never newer. A failure only
-    /// costs the notice, so it is not reported.
+    /// Writes what `record` reads. It is not synced: after a power loss it may be older than the
+    /// store, never newer. A failure only costs the notice, so it is not reported.
     void setRecord(const Record& record) noexcept;
 
     /// Holds the lock for a scope.

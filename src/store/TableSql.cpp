@@ -60,7 +60,7 @@ std::vector<std::string> createStatements(const RecordType& type) {
                         "checksum INTEGER NOT NULL";
     std::vector<std::string> others;
     for (std::size_t i = 0; i < type.fields.size(); ++i) {
-        const Field& field = type.fields[i];
+        const auto& field = type.fields[i];
         if (field.kind == FieldKind::externalBytes) {
             others.push_back("CREATE TABLE " + externalTable(type, field) +
                              "(owner INTEGER PRIMARY KEY, checksum INTEGER NOT NULL, "
@@ -94,11 +94,11 @@ std::vector<std::string> createCommonStatements() {
 
 std::string select(const RecordType& type) {
     std::string sql = "SELECT rowid, version, checksum";
-    for (const std::size_t field : rowFields(type)) {
+    for (const auto field : rowFields(type)) {
         sql += ", " + quoted(type.fields[field].name);
     }
     // Whether there are external bytes: most records have none, and then need not ask again.
-    for (const Field& field : type.fields) {
+    for (const auto& field : type.fields) {
         if (field.kind == FieldKind::externalBytes) {
             sql += ", EXISTS(SELECT 1 FROM " + externalTable(type, field) +
                    " WHERE owner = " + quoted(type.name) + ".rowid)";
@@ -110,7 +110,7 @@ std::string select(const RecordType& type) {
 std::string insert(const RecordType& type) {
     std::string columns = "version, checksum";
     std::string places = "?, ?";
-    for (const std::size_t field : rowFields(type)) {
+    for (const auto field : rowFields(type)) {
         columns += ", " + quoted(type.fields[field].name);
         places += ", ?";
     }
@@ -119,7 +119,7 @@ std::string insert(const RecordType& type) {
 
 std::string update(const RecordType& type, const std::vector<std::size_t>& fields) {
     std::string sql = "UPDATE " + quoted(type.name) + " SET version = ?, checksum = ?";
-    for (const std::size_t field : fields) {
+    for (const auto field : fields) {
         sql += ", " + quoted(type.fields[field].name) + " = ?";
     }
     return sql + " WHERE rowid = ? AND version = ?";

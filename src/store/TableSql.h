@@ -13,7 +13,7 @@ inline constexpr int kVersionColumn = 1;
 inline constexpr int kChecksumColumn = 2;
 inline constexpr int kFirstFieldColumn = 3;
 
-/// Quoted for SQL.
+/// A name, quoted for SQL.
 std::string quoted(std::string_view name);
 /// The side table of a field of external bytes.
 std::string externalTable(const RecordType& type, const Field& field);
@@ -21,16 +21,17 @@ std::string externalTable(const RecordType& type, const Field& field);
 /// The fields that stand in the record's own row, by index.
 std::vector<std::size_t> rowFields(const RecordType& type);
 
-/// Tables and indexes of one record type.
+/// What creates the tables and indexes of one record type.
 std::vector<std::string> createStatements(const RecordType& type);
-/// Tables that every store has: its identity and the log of changes.
+/// What creates the tables that every store has: its identity and the log of changes.
 std::vector<std::string> createCommonStatements();
 
 /// "SELECT rowid, version, checksum, fields…, whether there are external bytes… FROM type"; a
 /// condition can be appended.
 std::string select(const RecordType& type);
 std::string insert(const RecordType& type);
-/// Sets the given fields, the version and the checksum of the row with a rowid and a version.
+/// An UPDATE that sets the given fields, the version and the checksum of the row with a rowid and a
+/// version.
 std::string update(const RecordType& type, const std::vector<std::size_t>& fields);
 
 } // namespace korvex::store::tableSql

@@ -1,6 +1,7 @@
 #include "TodoStore.h"
 #include "schedule/CompletedTodos.h"
 #include "schedule/UpcomingTodos.h"
+#include "services/EntryService.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -411,6 +412,26 @@ TEST_F(KeptViewsTest, ARestoredTodoStaysInItsPlaceUntilItIsReleased) {
     early.setIsCompleted(false);
     m_store.context.save();
     EXPECT_FALSE(completed.hasAny());
+}
+
+TEST_F(KeptViewsTest, TodosCompletedAtOneMomentAreRenumberedTogether) {
+    std::vector<Entry*> todos;
+    for (int i = 0; i < 6; ++i) {
+        todos.push_back(&add({}, m_now));
+    }
+    CompletedTodos completed(m_store.context, m_store.texts, m_now, base::TimeZone::utc());
+    std::mt19937 random(1);
+    for (int round = 0; round < 20; ++round) {
+        for (auto* todo : todos) {
+            todo->setSortOrder(static_cast<std::int64_t>(random() % 3));
+        }
+        m_store.context.save();
+        std::sort(todos.begin(), todos.end(), [](const Entry* left, const Entry* right) {
+            return services::ordered(*left, *right);
+        });
+        ASSERT_EQ(completed.groups(),
+                  (std::vector<CompletedTodoGroup>{{moment("2025-01-15T00:00"), todos}}));
+    }
 }
 
 TEST_F(KeptViewsTest, ManyTodosOfAnotherProgramArriveAtOnce) {

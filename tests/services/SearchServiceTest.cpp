@@ -232,7 +232,7 @@ TEST_F(SearchTest, WhatStandsOnNoVisibleBoardIsNotFound) {
     EXPECT_THAT(found("lost"), ElementsAre("lost and found"));
     EXPECT_THAT(found("inbox"), ElementsAre("Inbox"));
     EXPECT_THAT(found("merged"), IsEmpty());
-    merged.setMergedIntoBoardID(std::nullopt);
+    merged.setValue(Board::mergedIntoBoardIDField, store::Value());
     EXPECT_THAT(found("merged"), ElementsAre("Merged", "lost on a merged board"));
 }
 

@@ -127,8 +127,9 @@ ExitStatus move(Session& session, const MoveOptions& options) {
 void removeAllOf(Session& session, model::Board& board, bool isConfirmed) {
     const auto entries = board.entries();
     if (!isConfirmed) {
-        const auto completed = std::count_if(entries.begin(), entries.end(),
-                                             [](const auto* entry) { return !entry->isActive(); });
+        const auto completed = std::count_if(entries.begin(), entries.end(), [](const auto* entry) {
+            return entry->isCompletedTodo();
+        });
         throw refusal("This permanently deletes all " + std::to_string(entries.size()) +
                       " entries of " + board.name() +
                       ". Completed todos to delete: " + std::to_string(completed) +

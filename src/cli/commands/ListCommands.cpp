@@ -9,9 +9,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/DisplayText.h"
 
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
-#include "services/EntryConditions.h"
 #include "services/EntryOrder.h"
 
 namespace korvex::cli {
@@ -51,8 +49,7 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
 /// store has, still is an active entry.
 std::vector<model::Entry*> activeEntries(Session& session, const model::Board& board) {
     const auto stored = session.context().fetch<model::Entry>(
-        {.condition = services::EntryConditions::onBoard(board.id()) &&
-                      services::EntryConditions::active()});
+        {.condition = model::Entry::onBoard(board.id()) && !model::Entry::completedTodos()});
     return services::activeEntries(stored, board.id());
 }
 
@@ -116,9 +113,10 @@ void printJson(Session& session, const model::Entry& entry) {
     Json json(session.output());
     json.beginObject();
     json.entryMembers(entry, labels);
-    // Of a text over the limits there is only a preview with its formatting.
-    if (!entry.isTodo() && model::EntryContentLimit::allows(entry.content())) {
-        writeRichText(json, richtext::richText(entry, session.serializer()));
+    if (!entry.isTodo()) {
+        if (const auto text = richtext::wholeRichText(entry, session.serializer())) {
+            writeRichText(json, *text);
+        }
     }
     json.endObject();
 }

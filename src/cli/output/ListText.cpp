@@ -9,9 +9,8 @@
 #include "cli/terminal/DisplayText.h"
 
 #include "base/Text.h"
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
-#include "services/EntryConditions.h"
+#include "services/OpenTodos.h"
 
 #include <algorithm>
 #include <string>
@@ -129,11 +128,11 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
 }
 
 std::string textOf(const Session& session, const model::Entry& entry) {
-    // Of a text over the limits there is only a preview with its formatting.
-    if (entry.isTodo() || !model::EntryContentLimit::allows(entry.content())) {
+    if (entry.isTodo()) {
         return entry.content();
     }
-    return readableText(richtext::richText(entry, session.serializer()));
+    const auto text = richtext::wholeRichText(entry, session.serializer());
+    return text ? readableText(*text) : entry.content();
 }
 
 void printEntry(Session& session, const model::Entry& entry) {

@@ -82,7 +82,7 @@ JavaScriptEngine::JavaScriptEngine(JSContextGroupRef group, std::stop_token stop
 }
 
 void JavaScriptEngine::letCheck(JSContextGroupRef group) {
-    if (setExecutionTimeLimit == nullptr) {
+    if (!setExecutionTimeLimit) {
         return;
     }
     const auto shouldTerminate = [](JSContextRef context, void* engine) {
@@ -129,11 +129,11 @@ JavaScriptEngine::call(std::string_view function,
     JSValueRef exception = nullptr;
     const auto* const found = JSObjectGetProperty(m_context, JSContextGetGlobalObject(m_context),
                                                   scriptString(function).get(), &exception);
-    if (exception != nullptr || !JSValueIsObject(m_context, found)) {
+    if (exception || !JSValueIsObject(m_context, found)) {
         return std::nullopt;
     }
     auto* const callable = JSValueToObject(m_context, found, &exception);
-    if (exception != nullptr || !JSObjectIsFunction(m_context, callable)) {
+    if (exception || !JSObjectIsFunction(m_context, callable)) {
         return std::nullopt;
     }
     // The engine's collector finds what lies on the stack, not what lies in a vector: the strings
@@ -148,12 +148,12 @@ JavaScriptEngine::call(std::string_view function,
     for (const auto* const value : values) {
         JSValueUnprotect(m_context, value);
     }
-    if (exception != nullptr) {
+    if (exception) {
         return std::nullopt;
     }
     // One text instead of a call for each member of each run: a tenth of the time.
     const ScriptString json(JSValueCreateJSONString(m_context, result, 0, &exception));
-    if (exception != nullptr) {
+    if (exception) {
         return std::nullopt;
     }
     if (!json) {

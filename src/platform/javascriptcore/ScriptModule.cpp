@@ -25,11 +25,11 @@ public:
 private:
     void load() {
         // It is never unloaded: the engine leaves threads and handlers behind.
-        void* const handle = ::dlopen(m_file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-        void* const entry = handle == nullptr ? nullptr : ::dlsym(handle, kModuleEntry);
-        if (entry == nullptr) {
-            const char* const reason = ::dlerror();
-            m_log.warning(reason != nullptr ? reason : "the module has no entry");
+        auto* const handle = ::dlopen(m_file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+        auto* const entry = handle ? ::dlsym(handle, kModuleEntry) : nullptr;
+        if (!entry) {
+            const auto* const reason = ::dlerror();
+            m_log.warning(reason ? reason : "the module has no entry");
             return;
         }
         m_module = reinterpret_cast<ModuleEntry*>(entry)();
@@ -57,7 +57,7 @@ std::filesystem::path ScriptModule::defaultFile() {
 richtext::ScriptEngineFactory ScriptModule::engineFactory() const {
     return [library = m_library](std::stop_token stop) -> std::unique_ptr<richtext::ScriptEngine> {
         const auto* const module = library->module();
-        return module == nullptr ? nullptr : module->makeEngine(std::move(stop));
+        return module ? module->makeEngine(std::move(stop)) : nullptr;
     };
 }
 
@@ -65,7 +65,7 @@ richtext::ResourceLookup ScriptModule::resources() const {
     return [library = m_library](std::string_view name,
                                  std::string_view extension) -> std::optional<std::string_view> {
         const auto* const module = library->module();
-        return module == nullptr ? std::nullopt : module->resource(name, extension);
+        return module ? module->resource(name, extension) : std::nullopt;
     };
 }
 

@@ -19,7 +19,7 @@ class StoreWatcher final : public QObject {
 public:
     explicit StoreWatcher(std::filesystem::path storeFile);
 
-    /// Once for changes that come close together, some milliseconds after the first.
+    /// Emitted once for changes that come close together, some milliseconds after the first.
     base::Signal<>& changed() { return m_changed; }
 
 private Q_SLOTS:

@@ -15,7 +15,7 @@ class SystemAppearanceWatcher final : public QObject {
     Q_OBJECT
 
 public:
-    /// As the portal numbers them.
+    /// What the user prefers, as the portal numbers it.
     enum class ColorScheme { noPreference = 0, dark = 1, light = 2 };
 
     SystemAppearanceWatcher();

@@ -19,13 +19,12 @@ constexpr auto kLongestDelay = std::chrono::milliseconds(100);
 constexpr auto kRest = std::chrono::seconds(10);
 
 bool isBusAnnounced() {
-    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
-        address != nullptr && *address != '\0') {
+    if (const auto* address = std::getenv("DBUS_SESSION_BUS_ADDRESS");
+        address && *address != '\0') {
         return true;
     }
-    const char* runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
-    return runtimeFolder != nullptr &&
-           ::access((std::string(runtimeFolder) + "/bus").c_str(), F_OK) == 0;
+    const auto* runtimeFolder = std::getenv("XDG_RUNTIME_DIR");
+    return runtimeFolder && ::access((std::string(runtimeFolder) + "/bus").c_str(), F_OK) == 0;
 }
 
 } // namespace
@@ -42,7 +41,7 @@ void SdBusStoreChangeBroadcaster::storeChanged(const std::filesystem::path& stor
         return;
     }
     const auto deadline = now + kLongestDelay;
-    const bool wasConnected = m_bus != nullptr;
+    const auto wasConnected = m_bus != nullptr;
     if (send(storeFile.c_str(), deadline)) {
         return;
     }
@@ -76,7 +75,7 @@ bool SdBusStoreChangeBroadcaster::send(const char* storeFile, TimePoint deadline
 /// sd_bus_flush, but with an end.
 bool SdBusStoreChangeBroadcaster::flush(TimePoint deadline) {
     while (true) {
-        const int processed = sd_bus_process(m_bus.get(), nullptr);
+        const auto processed = sd_bus_process(m_bus.get(), nullptr);
         std::uint64_t queued = 0;
         if (processed < 0 || sd_bus_get_n_queued_write(m_bus.get(), &queued) < 0) {
             return false;

@@ -66,13 +66,11 @@ void ArchivedBoardsPage::showBoards(const std::vector<model::Board*>& boards) {
 }
 
 ArchivedBoardsPage::Row ArchivedBoardsPage::rowOf(const model::Board& board) const {
-    using store::Condition;
     return {.id = board.id(),
             .name = board.name(),
             .icon = boardIconName(board.iconSystemName()),
             .color = iconColorOf(board, m_theme.colors()),
-            .entries = m_workspace.context.count<model::Entry>(Condition::compare(
-                model::Entry::boardField, Condition::Comparison::equal, board.id()))};
+            .entries = m_workspace.context.count<model::Entry>(model::Entry::onBoard(board.id()))};
 }
 
 void ArchivedBoardsPage::rebuild() {

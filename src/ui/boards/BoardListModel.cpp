@@ -1,7 +1,7 @@
 #include "ui/boards/BoardListModel.h"
 
 #include "model/Entry.h"
-#include "services/EntryConditions.h"
+#include "services/OpenTodos.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
 

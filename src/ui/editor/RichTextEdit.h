@@ -143,9 +143,6 @@ private:
     /// Neither heading nor code; what is bold or a link stays so.
     void makeBodyText(const QTextCursor& range);
     void clearToBodyText();
-    /// What a character of a heading, or of body text, is without the code that it is in.
-    static richtext::CharacterAttributes withoutCode(richtext::CharacterAttributes attributes,
-                                                     std::optional<richtext::HeadingLevel> level);
     /// Of the selection; of a caret what is typed next.
     void editSelection(const AttributesEdit& edit);
     /// Whole paragraphs, those that the range touches.

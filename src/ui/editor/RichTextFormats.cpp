@@ -4,33 +4,17 @@
 #include "ui/editor/TableEditing.h"
 #include "ui/kit/Text.h"
 
-#include <utility>
-
 namespace korvex::ui {
 
 namespace {
 
 using richtext::CharacterAttributes;
+using richtext::CodeKind;
 using richtext::CodeSyntax;
-using richtext::FontFamily;
 using richtext::HeadingLevel;
 using richtext::LineStyle;
 using richtext::ParagraphStyle;
 using Kind = richtext::RichTextAction::Kind;
-
-void makeCode(CharacterAttributes& attributes, std::string_view language, bool isBlock) {
-    const auto code = CodeSyntax::attributes(language, isBlock);
-    attributes.font.family = code.font.family;
-    attributes.font.size = code.font.size;
-    attributes.korvexCodeLanguage = code.korvexCodeLanguage;
-    attributes.korvexCodeBlock = code.korvexCodeBlock;
-}
-
-void removeCode(CharacterAttributes& attributes) {
-    attributes.font.family = FontFamily::system;
-    attributes.korvexCodeLanguage.clear();
-    attributes.korvexCodeBlock = false;
-}
 
 bool isBlockCode(const CharacterAttributes& attributes) {
     return attributes.korvexCodeBlock;
@@ -106,13 +90,13 @@ void RichTextEdit::toggle(const AttributesTest& isOn, const AttributesSwitch& se
 }
 
 void RichTextEdit::toggleInlineCode() {
-    const bool isOn = isEverywhere([](const auto& each) { return isCode(each); });
+    const bool isOn = isEverywhere([](const auto& each) { return countsAsCode(each); });
     const auto level = headingOf(document()->findBlock(textCursor().selectionStart()));
     editSelection([&](CharacterAttributes& attributes) {
         if (isOn && isInlineCode(attributes)) {
-            attributes = withoutCode(attributes, level);
-        } else if (!isOn && !isCode(attributes)) {
-            makeCode(attributes, CodeSyntax::kPlainText, false);
+            removeCode(attributes, level);
+        } else if (!isOn && !countsAsCode(attributes)) {
+            applyCode(attributes, CodeSyntax::kPlainText, CodeKind::inlineCode);
         }
     });
 }
@@ -129,29 +113,22 @@ void RichTextEdit::toggleCodeBlock() {
 void RichTextEdit::makeCodeBlock(const QTextCursor& range, const std::string& language) {
     editParagraphs(
         range,
-        [&](CharacterAttributes& attributes) {
-            attributes = CodeSyntax::attributes(language, true);
-            attributes.foreground.reset();
-            attributes.background.reset();
-        },
-        [](ParagraphStyle& style) {
-            style = {.direction = style.direction,
-                     .lineSpacing = CodeSyntax::kBlockLineSpacing,
-                     .cells = style.cells};
-        });
+        [&](CharacterAttributes& attributes) { applyCode(attributes, language, CodeKind::block); },
+        [](ParagraphStyle& style) { applyCodeBlock(style); });
 }
 
 void RichTextEdit::setCodeLanguage(const std::string& language) {
     const auto cursor = textCursor();
     const auto typed = typingAttributes();
     const auto edit = [&](CharacterAttributes& attributes) {
-        makeCode(attributes, language, attributes.korvexCodeBlock);
+        applyCode(attributes, language,
+                  attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
     };
-    if (!cursor.hasSelection() && isCode(typed)) {
+    if (!cursor.hasSelection() && countsAsCode(typed)) {
         // The whole piece of code has one language.
         auto run = runAround(cursor, [&](const CharacterAttributes& each) {
-            return isCode(each) && each.korvexCodeBlock == typed.korvexCodeBlock &&
-                   languageOf(each) == languageOf(typed);
+            return countsAsCode(each) && each.korvexCodeBlock == typed.korvexCodeBlock &&
+                   CodeSyntax::language(each) == CodeSyntax::language(typed);
         });
         if (typed.korvexCodeBlock) {
             editParagraphs(run, edit, [](ParagraphStyle&) {});
@@ -171,48 +148,20 @@ void RichTextEdit::setCodeLanguage(const std::string& language) {
 
 void RichTextEdit::setHeading(std::optional<HeadingLevel> level) {
     editParagraphs(
-        textCursor(),
-        [&](CharacterAttributes& attributes) {
-            if (isInlineCode(attributes)) {
-                return; // keeps its own font, in a heading too
-            }
-            const bool isItalic = attributes.font.isItalic;
-            removeCode(attributes);
-            attributes.font = level ? richtext::fontOf(*level) : richtext::Font();
-            attributes.font.isItalic = isItalic;
-        },
-        [&](ParagraphStyle& style) {
-            style.spacingBefore = level ? richtext::spacingBeforeOf(*level) : 0;
-            style.lineSpacing = 0;
-        });
+        textCursor(), [&](CharacterAttributes& attributes) { applyHeading(level, attributes); },
+        [&](ParagraphStyle& style) { applyHeading(level, style); });
 }
 
 void RichTextEdit::makeBodyText(const QTextCursor& range) {
     editParagraphs(
-        range,
-        [](CharacterAttributes& attributes) {
-            if (attributes.korvexCodeBlock) {
-                removeCode(attributes);
-            }
-            if (richtext::headingLevel(attributes.font)) {
-                attributes.font = {.isItalic = attributes.font.isItalic};
-            }
-        },
-        [](ParagraphStyle& style) {
-            style.spacingBefore = 0;
-            style.lineSpacing = 0;
-        });
+        range, [](CharacterAttributes& attributes) { applyBodyText(attributes); },
+        [](ParagraphStyle& style) { applyBodyText(style); });
 }
 
 void RichTextEdit::clearToBodyText() {
     editParagraphs(
-        textCursor(),
-        [](CharacterAttributes& attributes) {
-            attributes = {.link = std::exchange(attributes.link, {})};
-        },
-        [](ParagraphStyle& style) {
-            style = {.direction = style.direction, .cells = style.cells};
-        });
+        textCursor(), [](CharacterAttributes& attributes) { clearFormats(attributes); },
+        [](ParagraphStyle& style) { clearFormats(style); });
 }
 
 void RichTextEdit::setLink(const QString& target) {
@@ -234,17 +183,6 @@ void RichTextEdit::setLink(const QString& target) {
     changeAttributes(cursor, look(), [&](CharacterAttributes& each) { each.link = link; });
     stepOutOfRuns();
     updateState();
-}
-
-CharacterAttributes RichTextEdit::withoutCode(CharacterAttributes attributes,
-                                              std::optional<HeadingLevel> level) {
-    removeCode(attributes);
-    if (level) {
-        const bool isItalic = attributes.font.isItalic;
-        attributes.font = richtext::fontOf(*level);
-        attributes.font.isItalic = isItalic;
-    }
-    return attributes;
 }
 
 void RichTextEdit::editSelection(const AttributesEdit& edit) {

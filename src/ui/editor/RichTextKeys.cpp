@@ -177,7 +177,7 @@ void RichTextEdit::handleReturn(Qt::KeyboardModifiers modifiers) {
         auto attributes = attributesOf(cursor.charFormat());
         attributes.link.clear();
         if (attributes.isCode() && !attributes.korvexCodeBlock) {
-            attributes = withoutCode(attributes, headingOf(cursor.block()));
+            richtext::removeCode(attributes, headingOf(cursor.block()));
         }
         cursor.insertBlock(cursor.blockFormat(), charFormatOf(attributes, look()));
         if (wasHeading && (wasAtStart || wasAtEnd)) {

@@ -1,33 +1,17 @@
 #pragma once
 
 #include "richtext/code/CodeSyntax.h"
+#include "richtext/text/Formatting.h"
 #include "richtext/text/HeadingLevel.h"
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace korvex::ui {
 
-/// What the parts of RichTextEdit share: walks over a document's blocks and runs, and what their
-/// attributes mean.
-
-/// Text in a fixed-pitch font counts as code too, without a language of its own.
-inline bool isCode(const richtext::CharacterAttributes& attributes) {
-    return attributes.isCode() || attributes.font.family == richtext::FontFamily::monospaced;
-}
-
-inline bool isInlineCode(const richtext::CharacterAttributes& attributes) {
-    return isCode(attributes) && !attributes.korvexCodeBlock;
-}
-
-inline std::string languageOf(const richtext::CharacterAttributes& attributes) {
-    return isCode(attributes) && !attributes.isCode()
-               ? std::string(richtext::CodeSyntax::kAutomatic)
-               : attributes.korvexCodeLanguage;
-}
+/// What the parts of RichTextEdit share: walks over a document's blocks and runs.
 
 /// By the first character, of an empty paragraph by what is typed into it.
 inline std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block) {

@@ -10,6 +10,7 @@
 namespace korvex::ui {
 
 using richtext::CharacterAttributes;
+using richtext::CodeSyntax;
 using richtext::LineStyle;
 
 bool isSameCell(const QTextBlock& left, const QTextBlock& right) {
@@ -133,9 +134,9 @@ void RichTextEdit::stepOutOfRuns() {
         wanted.link.clear();
     }
     const bool isInCode = isBetween && isInlineCode(*before) && isInlineCode(*after) &&
-                          languageOf(*before) == languageOf(*after);
+                          CodeSyntax::language(*before) == CodeSyntax::language(*after);
     if (isInlineCode(typed) && !isInCode) {
-        wanted = withoutCode(wanted, headingOf(cursor.block()));
+        richtext::removeCode(wanted, headingOf(cursor.block()));
     }
     if (wanted != typed) {
         setTypingAttributes(wanted);
@@ -182,9 +183,9 @@ FormatState RichTextEdit::computedState() const {
         state.isStruckThrough = first.strikethrough != LineStyle::none;
     }
     state.heading = richtext::headingLevel(first.font);
-    state.isCode = isCode(first);
+    state.isCode = countsAsCode(first);
     state.isCodeBlock = first.korvexCodeBlock;
-    state.codeLanguage = toQString(languageOf(first));
+    state.codeLanguage = toQString(CodeSyntax::language(first));
     state.list = listKindOf(document()->findBlock(cursor.selectionStart()));
     state.isInTable = cursor.currentTable() != nullptr;
     state.link = toQString(first.link);

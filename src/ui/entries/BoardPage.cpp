@@ -179,7 +179,7 @@ bool BoardPage::showEntry(model::Entry& entry) {
     if (entry.board() != m_model.board() || !leaveEditor()) {
         return false;
     }
-    if (entry.isTodo() && entry.isCompleted() && m_model.rowOf(entry) < 0) {
+    if (entry.isCompletedTodo() && m_model.rowOf(entry) < 0) {
         m_model.setCompletedExpanded(true);
     }
     const int row = m_model.rowOf(entry);
@@ -403,7 +403,7 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
             [this, &entry] { m_editing.edit(m_model.rowOf(entry), -1); });
         add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, entry.isTodo(),
             [this, &entry] { openSchedule(entry); });
-        add(tr("Complete"), Qt::CTRL | Qt::Key_Return, entry.isTodo() && !entry.isCompleted(),
+        add(tr("Complete"), Qt::CTRL | Qt::Key_Return, entry.isOpenTodo(),
             [this, &entry] { complete(entry); });
         menu->addSeparator();
         add(tr("Move up"), Qt::ALT | Qt::Key_Up, true, [this, &entry] { move(entry, -1); });

@@ -72,8 +72,7 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Work
     const auto sizes = RowFrame::of(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
-    const bool isOpenTodo =
-        kind == EntryListModel::RowKind::entry && entry->isTodo() && !entry->isCompleted();
+    const bool isOpenTodo = kind == EntryListModel::RowKind::entry && entry->isOpenTodo();
     if (isOpenTodo) {
         m_dueLabel = dueLabelOf(*entry, workspace.now(), workspace.dates);
     }

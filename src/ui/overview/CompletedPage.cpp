@@ -28,22 +28,18 @@ std::vector<TodoGroup> CompletedPage::groups() {
     }
     result.reserve(m_completed->groups().size());
     for (const auto& group : m_completed->groups()) {
-        const auto& on = day(group.date);
+        const auto& on = day(group);
         result.push_back({.key = on.number, .title = on.title, .entries = group.entries});
     }
     return result;
 }
 
-const CompletedPage::Day& CompletedPage::day(base::Instant start) {
-    const auto [place, isNew] = m_days.try_emplace(start.seconds);
+const CompletedPage::Day& CompletedPage::day(const schedule::CompletedTodoGroup& group) {
+    const auto [place, isNew] = m_days.try_emplace(group.date.seconds);
     if (isNew) {
         const auto& formats = workspace().dates.formats();
-        const auto number = formats.calendar().day(start);
-        place->second.number = static_cast<int>(number.value_or(0));
-        place->second.title =
-            toQString(number && number == m_today       ? formats.relativeDayWord(0)
-                      : number && number == m_yesterday ? formats.relativeDayWord(-1)
-                                                        : formats.dayWithFullMonth(start));
+        place->second.number = static_cast<int>(formats.calendar().day(group.date).value_or(0));
+        place->second.title = toQString(group.title(m_now, formats));
     }
     return place->second;
 }
@@ -58,10 +54,9 @@ void CompletedPage::setNow(base::Instant now, const base::TimeZone& zone) {
     const auto& calendar = workspace().dates.formats().calendar();
     const auto today = calendar.day(now);
     if (m_today != today || m_zone != zone) {
-        const auto dayBefore = calendar.adding(now, base::CalendarUnit::day, -1);
         m_days.clear();
         m_today = today;
-        m_yesterday = dayBefore ? calendar.day(*dayBefore) : std::nullopt;
+        m_now = now;
         m_zone = zone;
     }
     m_completed->setNow(now, zone);

@@ -6,7 +6,8 @@
 
 namespace korvex::schedule {
 class CompletedTodos;
-}
+struct CompletedTodoGroup;
+} // namespace korvex::schedule
 
 namespace korvex::ui {
 
@@ -39,7 +40,7 @@ private:
         QString title;
     };
     /// Of the day that begins then.
-    const Day& day(base::Instant start);
+    const Day& day(const schedule::CompletedTodoGroup& group);
     void filterChanged();
 
     /// Null until the page is first shown.
@@ -47,7 +48,8 @@ private:
     /// By the seconds of their starts, as long as today stays today.
     std::unordered_map<double, Day> m_days;
     std::optional<base::DayNumber> m_today;
-    std::optional<base::DayNumber> m_yesterday;
+    /// A moment of that day.
+    base::Instant m_now;
     std::optional<base::TimeZone> m_zone;
     TodoGroupModel::Extent m_extent = TodoGroupModel::Extent::few;
     CompletedFilterBar* m_bar;

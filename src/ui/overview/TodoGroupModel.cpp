@@ -4,6 +4,7 @@
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
+#include "ui/todos/RowText.h"
 
 #include <algorithm>
 #include <utility>
@@ -187,10 +188,7 @@ QString TodoGroupModel::text(int row) const {
     if (isHeading(row)) {
         return heading(row).title;
     }
-    const auto& content = entry(row)->content();
-    const auto shown = model::EntryContentLimit::preview(content);
-    const auto text = toQString(shown);
-    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
+    return previewOf(entry(row)->content());
 }
 
 QString TodoGroupModel::completionText(int row) const {
