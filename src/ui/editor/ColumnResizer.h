@@ -47,7 +47,8 @@ private:
     void follow(int x);
     void apply();
     void cancel();
-    void showCursor(bool isOverBorder);
+    /// Shown by the pointer.
+    void setIsOverBorder(bool isOverBorder);
     /// What the column's content would be wide, within the limits.
     richtext::Twips widthFor(int x) const;
 

@@ -46,12 +46,15 @@ class TableEditing final {
 public:
     explicit TableEditing(RichTextEdit& edit) : m_edit(edit) {}
 
+    /// A new table, in a paragraph of its own; the caret goes into its first cell. The size is
+    /// clamped to what a table may have. Nothing is changed in tables and in code, and where the
+    /// text would become longer than an entry may be.
+    void insert(int rows, int columns);
     /// Whether the command would change anything here.
     bool isAvailable(TableAction action) const;
     /// False, and nothing is changed, when the command is not available or the text would become
     /// longer than an entry may be.
     bool perform(TableAction action);
-    bool deleteTable() { return perform(TableAction::deleteTable); }
     /// Of any table of the text. The width is clamped to 80 to 600 points; absent: the default.
     bool resizeColumn(QTextTable& table, int column, std::optional<richtext::Twips> width);
 
