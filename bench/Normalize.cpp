@@ -25,7 +25,7 @@ void cut(AttributedString& text) {
 /// As people write: headings, paragraphs with an emphasised word here and there, a list, code.
 AttributedString notes() {
     const auto list = std::make_shared<richtext::TextList>(richtext::TextList{u"{disc}"});
-    const auto code = richtext::CodeSyntax::attributes("cpp", true);
+    const auto code = richtext::CodeSyntax::attributes("cpp", richtext::CodeKind::block);
     AttributedString text;
     while (text.length() < kCharacters) {
         text.append(u"What we know about it\n",

@@ -31,8 +31,8 @@ richtext::AttributedString note(std::size_t number) {
                 {.lists = {list}});
     if (number % 10 == 0) {
         text.append(u"for (int i = 0; i < 10; ++i) {\n    print(i);\n}\n",
-                    CodeSyntax::attributes("cpp", true),
-                    {.lineSpacing = CodeSyntax::kBlockLineSpacing});
+                    CodeSyntax::attributes("cpp", richtext::CodeKind::block),
+                    {.lineSpacing = richtext::kCodeBlockLineSpacing});
         text.append(RichTextTable::make(3, 3));
     }
     return text;

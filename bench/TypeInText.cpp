@@ -28,7 +28,7 @@ constexpr int kKeysInEachPlace = 100;
 
 AttributedString table() {
     auto text = RichTextTable::make(20, 20);
-    const auto cells = RichTextTable::cells(text, RichTextTable::tables(text).front());
+    const auto cells = RichTextTable::cells(text, text.styleAt(0).cells.front()->table);
     for (auto cell = cells.rbegin(); cell != cells.rend(); ++cell) {
         const auto style = text.styleAt(cell->range.location);
         const std::u16string name{u'c', u'e', u'l',
@@ -53,7 +53,7 @@ AttributedString longText() {
     addParagraphs(2'000);
     for (int line = 0; line < 20; ++line) {
         text.append(u"    const auto days = plan(\"Lisbon\", 3); // and nights\n",
-                    richtext::CodeSyntax::attributes("cpp", true), {});
+                    richtext::CodeSyntax::attributes("cpp", richtext::CodeKind::block), {});
     }
     text.append(table());
     addParagraphs(kCharacters);

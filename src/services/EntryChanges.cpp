@@ -2,7 +2,6 @@
 
 #include "base/Text.h"
 #include "base/Utf16.h"
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
 
 #include <algorithm>
@@ -145,12 +144,11 @@ void EntryService::changeType(Entry& given, EntryType type, base::Instant now) {
 }
 
 void EntryService::becomeTodo(Entry& entry, base::Instant now) {
-    // Of a text over the limits only a preview is ever shown: that must not take its place.
-    if (!model::EntryContentLimit::allows(entry.content())) {
+    const auto text = richtext::wholeRichText(entry, m_serializer);
+    if (!text) {
         throw EntryServiceError(EntryServiceErrorCase::contentTooLong);
     }
-    const auto text = richtext::richText(entry, m_serializer);
-    auto content = normalized(onOneLine(text.text()));
+    auto content = normalized(onOneLine(text->text()));
     change({.name = "Change to Todo", .entries = {&entry}}, [&] {
         entry.setType(EntryType::todo);
         entry.setContent(std::move(content));

@@ -13,6 +13,19 @@
 
 namespace korvex::tests {
 
+/// Every table of a text that is not inside another, in text order.
+inline std::vector<richtext::TextTableRef> outerTables(const richtext::AttributedString& text) {
+    std::vector<richtext::TextTableRef> result;
+    text.forEachStyleRun([&](const richtext::AttributedString::ParagraphRun& run) {
+        const auto& cells = run.style.cells;
+        if (!cells.empty() &&
+            std::find(result.begin(), result.end(), cells.front()->table) == result.end()) {
+            result.push_back(cells.front()->table);
+        }
+    });
+    return result;
+}
+
 /// Paragraphs as one line each: "A01:text" stands in table A, row 0, column 1, "A01.B00:text" in
 /// table B inside of that cell, ":text" in no table. Lines with the same place share the cell; an
 /// apostrophe behind a place means another cell there.

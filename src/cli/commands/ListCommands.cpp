@@ -9,7 +9,6 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/DisplayText.h"
 
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
 
 namespace korvex::cli {
@@ -119,9 +118,10 @@ void printJson(Session& session, const model::Entry& entry) {
     Json json(session.output());
     json.beginObject();
     json.entryMembers(entry, labels);
-    // Of a text over the limits there is only a preview with its formatting.
-    if (!entry.isTodo() && model::EntryContentLimit::allows(entry.content())) {
-        writeRichText(json, richtext::richText(entry, session.serializer()));
+    if (!entry.isTodo()) {
+        if (const auto text = richtext::wholeRichText(entry, session.serializer())) {
+            writeRichText(json, *text);
+        }
     }
     json.endObject();
 }

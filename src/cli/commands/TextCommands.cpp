@@ -8,7 +8,6 @@
 #include "cli/session/Lookup.h"
 #include "cli/session/Session.h"
 
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
 
 #include <unicode/utf16.h>
@@ -91,15 +90,14 @@ std::size_t checkedOffset(std::int64_t typed, std::u16string_view text) {
 ExitStatus split(Session& session, const SplitOptions& options) {
     const store::LockedStep step(session.context());
     auto& entry = findText(session, options.entry);
-    // Of a text over the limits there is only a preview: that must not take its place.
-    if (!model::EntryContentLimit::allows(entry.content())) {
+    const auto text = richtext::wholeRichText(entry, session.serializer());
+    if (!text) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::contentTooLong);
     }
-    const auto text = richtext::richText(entry, session.serializer());
-    const auto at = checkedOffset(options.at, text.text());
-    printCreated(session,
-                 session.entries().splitText(entry, text.slice({0, at}),
-                                             text.slice({at, text.length() - at}), session.now()));
+    const auto at = checkedOffset(options.at, text->text());
+    printCreated(session, session.entries().splitText(entry, text->slice({0, at}),
+                                                      text->slice({at, text->length() - at}),
+                                                      session.now()));
     return ExitStatus::done;
 }
 

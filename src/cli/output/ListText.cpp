@@ -9,7 +9,6 @@
 #include "cli/terminal/DisplayText.h"
 
 #include "base/Text.h"
-#include "model/EntryContentLimit.h"
 #include "richtext/stored/EntryText.h"
 
 #include <algorithm>
@@ -137,11 +136,11 @@ void printEntries(Session& session, std::span<model::Entry* const> entries, List
 }
 
 std::string textOf(const Session& session, const model::Entry& entry) {
-    // Of a text over the limits there is only a preview with its formatting.
-    if (entry.isTodo() || !model::EntryContentLimit::allows(entry.content())) {
+    if (entry.isTodo()) {
         return entry.content();
     }
-    return readableText(richtext::richText(entry, session.serializer()));
+    const auto text = richtext::wholeRichText(entry, session.serializer());
+    return text ? readableText(*text) : entry.content();
 }
 
 void printEntry(Session& session, const model::Entry& entry) {

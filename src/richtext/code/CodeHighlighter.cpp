@@ -174,7 +174,7 @@ const std::vector<ScopeRun>* CodeHighlighter::scopes(std::u16string_view code,
         return known;
     }
     auto* const thread = worker();
-    if (thread == nullptr) {
+    if (!thread) {
         return &m_noScopes;
     }
     thread->request(std::move(key), code);

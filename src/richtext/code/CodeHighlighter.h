@@ -29,17 +29,17 @@ public:
     /// The colours of a piece of code if they are known; else null, and `arrived` follows when they
     /// are. Valid until the next call and until the next `arrived`.
     const std::vector<ScopeRun>* scopes(std::u16string_view code, std::string_view language);
-    /// Known languages if the engine has told them already; else the first two, and `arrived`
-    /// follows.
+    /// The known languages if the engine has told them already; else the two that need no engine,
+    /// and `arrived` follows.
     const std::vector<CodeLanguage>& languages();
 
-    /// Something that was asked for is known now.
+    /// Comes when something that was asked for is known.
     base::Signal<>& arrived() { return m_arrived; }
 
 private:
     class Worker;
 
-    /// Null when there is none to be had.
+    /// Starts the thread at the first call; null when none can be started.
     Worker* worker();
     void takeAnswers();
 

@@ -17,7 +17,7 @@ using Value = ScriptEngine::Value;
 
 /// A whole number from 0 to `maximum`; absent for anything else.
 std::optional<std::size_t> integerOf(const Value* value, std::size_t maximum) {
-    if (value == nullptr || value->kind != Value::Kind::number || !(value->number >= 0) ||
+    if (!value || value->kind != Value::Kind::number || !(value->number >= 0) ||
         value->number > static_cast<double>(maximum) ||
         std::floor(value->number) != value->number) {
         return std::nullopt;
@@ -29,7 +29,7 @@ std::optional<ScopeRun> scopeRunOf(const Value& value, std::size_t codeLength) {
     const auto location = integerOf(value.member("location"), codeLength);
     const auto length = integerOf(value.member("length"), codeLength);
     const auto* const scope = value.member("scope");
-    if (!location || !length || *length > codeLength - *location || scope == nullptr ||
+    if (!location || !length || *length > codeLength - *location || !scope ||
         scope->kind != Value::Kind::string) {
         return std::nullopt;
     }
@@ -39,60 +39,10 @@ std::optional<ScopeRun> scopeRunOf(const Value& value, std::size_t codeLength) {
 std::optional<CodeLanguage> languageOf(const Value& value) {
     const auto* const id = value.member("id");
     const auto* const name = value.member("name");
-    if (id == nullptr || id->kind != Value::Kind::string || name == nullptr ||
-        name->kind != Value::Kind::string) {
+    if (!id || id->kind != Value::Kind::string || !name || name->kind != Value::Kind::string) {
         return std::nullopt;
     }
     return CodeLanguage{id->string, name->string.empty() ? id->string : name->string};
-}
-
-/// The maximal ranges of one language each.
-struct CodeRun {
-    TextRange range;
-    std::string language;
-};
-
-std::vector<CodeRun> codeRunsOf(const AttributedString& text) {
-    std::vector<CodeRun> result;
-    text.forEachRun([&](const AttributedString::CharacterRun& run) {
-        if (!run.attributes.isCode()) {
-            return;
-        }
-        const auto& language = run.attributes.korvexCodeLanguage;
-        if (!result.empty() && result.back().range.end() == run.range.location &&
-            result.back().language == language) {
-            result.back().range.length += run.range.length;
-        } else {
-            result.push_back({run.range, language});
-        }
-    });
-    return result;
-}
-
-/// One colour for each unit; `none` leaves the unit as it is.
-AttributedString colored(const AttributedString& text, const std::vector<SystemColor>& colors) {
-    AttributedString::Builder builder;
-    builder.reserve(text.length());
-    const std::u16string_view units = text.text();
-    text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
-        text.forEachRun(paragraph.range, [&](const AttributedString::CharacterRun& run) {
-            for (auto start = run.range.location; start < run.range.end();) {
-                const auto color = colors[start];
-                auto end = start + 1;
-                while (end < run.range.end() && colors[end] == color) {
-                    ++end;
-                }
-                auto attributes = run.attributes;
-                if (color != SystemColor::none) {
-                    attributes.foreground = Color::named(color);
-                }
-                builder.append(units.substr(start, end - start), builder.idOf(attributes));
-                start = end;
-            }
-        });
-        builder.endParagraph(builder.idOf(paragraph.style));
-    });
-    return builder.take();
 }
 
 } // namespace
@@ -162,20 +112,13 @@ const std::vector<CodeLanguage>& CodeSyntax::languages() {
     return m_languages;
 }
 
-std::string CodeSyntax::title(std::string_view id) {
-    const auto& known = languages();
-    const auto found = std::find_if(known.begin(), known.end(),
-                                    [&](const CodeLanguage& each) { return each.id == id; });
-    return found == known.end() ? std::string(id) : found->name;
-}
-
 bool CodeSyntax::isHighlightable(std::u16string_view code, std::string_view language) {
     return language != kPlainText && !code.empty() && code.size() <= kMaximumHighlighted;
 }
 
 std::vector<ScopeRun> CodeSyntax::scopes(std::u16string_view code, std::string_view language) {
     std::vector<ScopeRun> result;
-    if (!isHighlightable(code, language) || engine() == nullptr) {
+    if (!isHighlightable(code, language) || !engine()) {
         return result;
     }
     const auto runs = m_engine->call("korvexHighlight", {code, base::utf16(language)});
@@ -194,78 +137,25 @@ std::vector<ScopeRun> CodeSyntax::scopes(std::u16string_view code, std::string_v
     return result;
 }
 
-AttributedString CodeSyntax::highlighted(const AttributedString& text) {
-    std::vector<SystemColor> colors(text.length(), SystemColor::none);
-    const auto paint = [&](TextRange range, SystemColor color) {
-        const auto start = colors.begin() + static_cast<std::ptrdiff_t>(range.location);
-        std::fill(start, start + static_cast<std::ptrdiff_t>(range.length), color);
-    };
-    for (const auto& run : codeRunsOf(text)) {
-        const auto code =
-            std::u16string_view(text.text()).substr(run.range.location, run.range.length);
-        if (!isHighlightable(code, run.language) || engine() == nullptr) {
-            continue;
-        }
-        paint(run.range, SystemColor::label);
-        for (const auto& scope : scopes(code, run.language)) {
-            paint({run.range.location + scope.range.location, scope.range.length}, scope.color);
-        }
-    }
-    return colored(text, colors);
-}
-
 bool CodeSyntax::isKnownLanguage(std::string_view id) {
     const auto known = highlighterLanguages();
     return id == kAutomatic || id == kPlainText ||
            std::binary_search(known.begin(), known.end(), id);
 }
 
-CharacterAttributes CodeSyntax::attributes(std::string_view language, bool isBlock) {
-    return {.font = {.family = FontFamily::monospaced},
-            .korvexCodeLanguage = std::string(language),
-            .korvexCodeBlock = isBlock,
-            .foreground = Color::named(SystemColor::label),
-            .background = Color::named(SystemColor::quaternaryLabel)};
+CharacterAttributes CodeSyntax::attributes(std::string_view language, CodeKind kind) {
+    CharacterAttributes attributes;
+    applyCode(attributes, language, kind);
+    attributes.foreground = Color::named(SystemColor::label);
+    attributes.background = Color::named(SystemColor::quaternaryLabel);
+    return attributes;
 }
 
-AttributedString CodeSyntax::applying(std::string_view language, bool isBlock,
-                                      const AttributedString& text) {
-    auto result = text;
-    const TextRange whole{0, result.length()};
-    const auto code = attributes(language, isBlock);
-    result.editAttributes(whole, [&](CharacterAttributes& run) {
-        run.font = code.font;
-        run.korvexCodeLanguage = code.korvexCodeLanguage;
-        run.korvexCodeBlock = code.korvexCodeBlock;
-        run.foreground = code.foreground;
-        run.background = code.background;
-    });
-    result.editStyles(whole, [isBlock](ParagraphStyle& style) {
-        if (isBlock) {
-            style.lineSpacing = kBlockLineSpacing;
-        } else if (style.lineSpacing == kBlockLineSpacing) {
-            // A block that becomes inline code gives back what made it a block.
-            style.lineSpacing = 0;
-        }
-    });
-    return result;
-}
-
-bool CodeSyntax::isBlock(const AttributedString& text) {
-    bool found = false;
-    text.forEachRun([&](const AttributedString::CharacterRun& run) {
-        found = found || run.attributes.korvexCodeBlock;
-    });
-    return found;
-}
-
-std::string CodeSyntax::language(const AttributedString& text, std::size_t offset) {
-    const auto& attributes = text.attributesAt(offset);
+std::string CodeSyntax::language(const CharacterAttributes& attributes) {
     if (attributes.isCode()) {
         return attributes.korvexCodeLanguage;
     }
-    return attributes.font.family == FontFamily::monospaced ? std::string(kAutomatic)
-                                                            : std::string();
+    return countsAsCode(attributes) ? std::string(kAutomatic) : std::string();
 }
 
 SystemColor CodeSyntax::color(std::string_view scope) {

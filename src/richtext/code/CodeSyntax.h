@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "richtext/code/ScriptEngine.h"
 #include "richtext/text/AttributedString.h"
+#include "richtext/text/Formatting.h"
 
 #include <cstddef>
 #include <memory>
@@ -31,16 +32,14 @@ struct ScopeRun {
 
 /// The look of code runs: monospaced on a quiet ground, coloured by a script that analyses their
 /// syntax. Colours are never stored, only computed when they are shown. The engine is made when it
-/// is first needed, once; without one code shows uncoloured. One thread: the one that makes the
-/// first call; whoever must not wait uses CodeHighlighter.
+/// is first needed, once; without one code shows uncoloured. For one thread, the one that
+/// makes the first call; whoever must not wait uses CodeHighlighter.
 class CodeSyntax {
 public:
     /// Longer code stays uncoloured, so that a huge paste stays quick. UTF-16 units.
     static constexpr std::size_t kMaximumHighlighted = 20'000;
     static constexpr std::string_view kAutomatic = "auto";
     static constexpr std::string_view kPlainText = "plaintext";
-    /// Between the lines of a code block.
-    static constexpr Twips kBlockLineSpacing = 3 * kTwipsPerPoint;
 
     /// `stop` ends an analysis that runs: its code stays uncoloured.
     CodeSyntax(ScriptEngineFactory makeEngine, ResourceLookup resources, base::LogSink& log,
@@ -50,31 +49,27 @@ public:
     /// "Automatic", "Plain Text", then the library's languages by name, in the user's order of
     /// names. Only the first two without an engine.
     const std::vector<CodeLanguage>& languages();
-    std::string title(std::string_view id);
     /// The coloured stretches of a piece of code, in order; none for plain text, for code that is
     /// too long, and where there is no engine. `language` is an identifier.
     std::vector<ScopeRun> scopes(std::u16string_view code, std::string_view language);
-    /// With colours on every code run.
-    AttributedString highlighted(const AttributedString& text);
 
-    /// Those that need no engine.
+    /// The languages that need no engine: "Automatic" and "Plain Text".
     static std::vector<CodeLanguage> firstLanguages();
     /// Whether code can have colours at all: not plain text, not empty and not too long.
     static bool isHighlightable(std::u16string_view code, std::string_view language);
     /// Whether an identifier may be stored: known without an engine, since a stored text must read
     /// the same with and without one.
     static bool isKnownLanguage(std::string_view id);
-    static CharacterAttributes attributes(std::string_view language, bool isBlock);
-    static AttributedString applying(std::string_view language, bool isBlock,
-                                     const AttributedString& text);
-    static bool isBlock(const AttributedString& text);
-    /// Of the character at `offset`; "auto" for other text in a monospaced font; empty for none.
-    static std::string language(const AttributedString& text, std::size_t offset);
+    /// What code is shown with: a monospaced font, the text's colour and a quiet ground.
+    static CharacterAttributes attributes(std::string_view language, CodeKind kind);
+    /// The language of a run; "auto" for text that is monospaced without being in a language;
+    /// empty for what is no code.
+    static std::string language(const CharacterAttributes& attributes);
     /// The colour of a scope such as "title.function": its first part decides.
     static SystemColor color(std::string_view scope);
 
 private:
-    /// Null when there is none.
+    /// Null when there is no engine.
     ScriptEngine* engine();
     std::unique_ptr<ScriptEngine> preparedEngine() const;
 

@@ -11,7 +11,7 @@
 namespace korvex::richtext {
 
 /// Code that waits for its analysis: the newest goes first, and what nobody asks for any more goes
-/// away. One thread at a time.
+/// away. For one thread at a time.
 class HighlightQueue {
 public:
     /// More pieces than a screen shows; the oldest give way.
@@ -26,13 +26,13 @@ public:
     bool isEmpty() const { return m_waiting.empty(); }
     /// Asked again, a request is the newest again.
     void ask(CodeKey key, std::u16string_view code);
-    /// There must be one.
+    /// The queue must not be empty.
     Request takeNewest();
     /// Drops what has not been asked for since the last call.
     void forgetUnwanted();
 
 private:
-    /// The newest comes last.
+    /// The newest request comes last.
     std::vector<Request> m_waiting;
     std::uint64_t m_round = 0;
 };

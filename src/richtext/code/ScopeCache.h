@@ -23,18 +23,18 @@ struct CodeKey {
     bool operator==(const CodeKey&) const = default;
 };
 
-/// The colours of the pieces of code that were asked for last. One thread.
+/// Remembers the colours of the pieces of code that were asked for last. For one thread.
 class ScopeCache {
 public:
-    /// In UTF-16 units of code; a stretch of colour counts as the units that take its memory.
+    /// The limit counts UTF-16 units of code; a stretch of colour counts as the units that take as
+    /// much memory.
     explicit ScopeCache(std::size_t maximumUnits) : m_maximumUnits(maximumUnits) {}
 
-    /// Null when it is not known (any more). Valid until the next call that is not const.
+    /// Null when the piece is not known, or not any more. Valid until the next call that is not
+    /// const.
     const std::vector<ScopeRun>* find(const CodeKey& key);
     /// What has not been asked for longest makes room. A piece over the limit is kept alone.
     void insert(CodeKey key, std::vector<ScopeRun> scopes);
-
-    std::size_t units() const { return m_units; }
 
 private:
     struct Entry {
@@ -51,7 +51,7 @@ private:
 
     std::size_t m_maximumUnits;
     std::size_t m_units = 0;
-    /// The last asked for comes first.
+    /// What was asked for last comes first.
     std::list<Entry> m_entries;
     std::unordered_map<CodeKey, std::list<Entry>::iterator, Hash> m_places;
 };

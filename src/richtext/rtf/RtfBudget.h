@@ -12,7 +12,7 @@ public:
     explicit Budget(std::size_t documentSize) : m_left(kBase + kPerByte * documentSize) {}
 
     bool isExhausted() const { return m_left == 0; }
-    /// An estimate in bytes; the last one may overdraw.
+    /// `bytes` is an estimate; the last one may overdraw the budget.
     void spend(std::size_t bytes) { m_left -= bytes < m_left ? bytes : m_left; }
 
 private:

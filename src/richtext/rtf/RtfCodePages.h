@@ -16,7 +16,7 @@ namespace korvex::richtext::rtf {
 /// document's own.
 std::int32_t codePageOf(std::int32_t charset, std::int32_t fallback);
 
-/// The units of a code page. One thread.
+/// Turns bytes of a code page into UTF-16. For one thread.
 class CodePage {
 public:
     explicit CodePage(std::int32_t number);
@@ -25,7 +25,7 @@ public:
 
     /// How many bytes a character has that begins with this one.
     std::size_t lengthAt(std::uint8_t lead) const;
-    /// One character; U+FFFD for bytes that mean none.
+    /// The character that the bytes mean; U+FFFD where they mean none.
     std::u16string_view decode(std::string_view bytes);
 
 private:
@@ -37,7 +37,7 @@ private:
 
     std::int32_t m_number;
     std::unique_ptr<UConverter, Close> m_converter;
-    /// What single bytes from 0x80 on mean, as soon as one was asked for.
+    /// What single bytes from 0x80 on mean, filled when the first of them comes.
     std::array<char16_t, 128> m_upper{};
     bool m_hasUpper = false;
     std::array<char16_t, 4> m_decoded{};
@@ -47,7 +47,7 @@ private:
 /// between them.
 class ByteDecoder {
 public:
-    /// An unknown page is read as 1252.
+    /// Selects the code page of the bytes to come; an unknown one is read as 1252.
     void select(std::int32_t codePage) { m_number = codePage; }
 
     /// Whether a plain byte below 0x80 is just itself.
@@ -72,7 +72,7 @@ public:
             put(m_page->decode({m_pending.data(), m_expected}));
         }
     }
-    /// The end of what can belong together. A character that was cut off becomes U+FFFD.
+    /// Ends what can belong together. A character that was cut off becomes U+FFFD.
     template <typename Put>
     void finish(Put&& put) {
         if (m_pendingCount > 0) {
@@ -85,7 +85,7 @@ private:
     CodePage& page();
 
     tsl::robin_map<std::int32_t, std::unique_ptr<CodePage>> m_pages;
-    /// Of the pending bytes.
+    /// The code page of the pending bytes.
     CodePage* m_page = nullptr;
     std::int32_t m_number = 0;
     std::array<char, 4> m_pending{};

@@ -10,24 +10,34 @@
 /// What the RTF reader and writer must agree on. See docs/formats/rich-text.md.
 namespace korvex::richtext::rtf {
 
-/// Either way from zero: far beyond any page, and small enough that sums of a row do not overflow.
+/// Whose habits a document follows in what RTF leaves open, or means otherwise than many write it.
+enum class RtfDialect : std::uint8_t {
+    /// Those of office suites and word processors.
+    office,
+    /// Those of the text system in which the oldest of the stored texts were written, and which is
+    /// written here. A document says \cocoartf at its beginning when it follows them.
+    native,
+};
+
+/// Lengths go so far either way from zero: beyond any page, and not so far that the sum of a row
+/// overflows.
 inline constexpr Twips kMaximumLength = 1'000'000;
 inline constexpr MilliPoints kMaximumFontSize = 10'000'000;
 inline constexpr std::int32_t kMaximumColumns = 256;
 inline constexpr std::size_t kMaximumTableDepth = 16;
 inline constexpr std::size_t kMaximumListDepth = 9;
 inline constexpr std::size_t kMaximumTabStops = 64;
-/// UTF-16 units of a list's marker.
+/// A list's marker has at most so many UTF-16 units.
 inline constexpr std::size_t kMaximumMarker = 64;
 inline constexpr std::uint32_t kMaximumColors = 65'536;
-/// What a column without a width is drawn with.
+/// The width of a column's content where no cell says one.
 inline constexpr Twips kDefaultColumnWidth = 120 * kTwipsPerPoint;
-/// Full intensity of a component in the table of extended colours.
+/// The full intensity of a component in the table of extended colours.
 inline constexpr std::int32_t kFullComponent = 100'000;
 
-/// The other platform's name of a colour; empty for `none`.
+/// The name of a colour in the native dialect; empty for `none`.
 std::string_view catalogName(SystemColor name);
-/// `none` for names that mean nothing here.
+/// The colour that has the name; `none` for names that mean nothing here.
 SystemColor systemColor(std::string_view catalogName);
 /// What a named colour looks like where names are not known: on white paper.
 Color concrete(SystemColor name);

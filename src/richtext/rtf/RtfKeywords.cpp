@@ -91,7 +91,7 @@ constexpr auto kKeywords = std::to_array<Keyword>({
     with("mac", Action::codePageFixed, 10000),
     with("pc", Action::codePageFixed, 437),
     with("pca", Action::codePageFixed, 850),
-    {"cocoartf", Action::platformText},
+    {"cocoartf", Action::nativeDialect},
     {"deff", Action::defaultFont},
     {"uc", Action::fallbackUnits},
     {"u", Action::unicode},

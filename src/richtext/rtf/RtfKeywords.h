@@ -43,7 +43,7 @@ enum class Action : std::uint8_t {
     destination, // Destination
     codePage,
     codePageFixed, // the code page
-    platformText,
+    nativeDialect,
     defaultFont,
     fallbackUnits,
     unicode,

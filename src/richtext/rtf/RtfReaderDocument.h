@@ -25,7 +25,7 @@ public:
     AttributedString read();
 
 private:
-    /// Deeper groups are not told apart.
+    /// Groups that are nested deeper than this are not told apart.
     static constexpr std::size_t kMaximumGroups = 256;
 
     struct Group {
@@ -42,7 +42,7 @@ private:
 
     void plain(std::string_view text);
     void byte(char value);
-    /// Text of whatever group this is.
+    /// Takes text of whatever group this is.
     void units(std::u16string_view text);
     void finishBytes();
     void unicode(std::int32_t value);
@@ -53,7 +53,7 @@ private:
     void enter(Destination destination);
     /// Whether such a group can stand here.
     bool isExpected(Destination destination) const;
-    /// After the end of a group that held `destination`.
+    /// Comes after the end of a group that held `destination`.
     void leave(Destination destination);
     void bodyWord(const Keyword& keyword, Parameter parameter);
     void documentWord(const Keyword& keyword, Parameter parameter);
@@ -78,9 +78,9 @@ private:
     std::size_t m_uncountedGroups = 0;
     bool m_isOver = false;
     bool m_isOptional = false;
-    bool m_isPlatformText = false;
+    RtfDialect m_dialect = RtfDialect::office;
     std::int32_t m_defaultFont = 0;
-    /// How much of what follows a character stands for it.
+    /// How much of what follows stands for a character that was read already.
     std::int32_t m_unitsToSkip = 0;
     std::u16string m_instruction;
     /// The depth of the cell that ended last, while nothing but the end of its row can follow.

@@ -28,17 +28,17 @@ public:
     explicit FontTable(Budget& budget) : m_budget(budget) {}
 
     void setDocumentCodePage(std::int32_t codePage) { m_documentCodePage = codePage; }
-    /// A control word in the table, and text of it.
+    /// These take control words and text of the table.
     void word(const Keyword& keyword, std::int32_t parameter);
     void text(char byte);
-    /// The end of an entry, where it was not said.
+    /// Ends an entry that does not say its end itself.
     void endEntry();
 
     /// A font that is not there is the system's, in the document's code page.
     FontEntry font(std::int32_t number) const;
 
 private:
-    /// Enough for the names of variable fonts.
+    /// Longer names are cut; this is enough for those of variable fonts.
     static constexpr std::size_t kMaximumName = 256;
     static constexpr std::int32_t kUnknownCharset = 1;
 
@@ -64,12 +64,12 @@ public:
     void extendedWord(const Keyword& keyword, std::int32_t parameter);
     void extendedText(char byte);
 
-    /// 0 and what is not in the table are no colour.
+    /// A colour of the table; absent for 0 and for what is not in it.
     std::optional<Color> color(std::uint32_t index) const;
 
 private:
     static constexpr std::size_t kMaximumName = 64;
-    /// Red, green, blue and how opaque.
+    /// A colour has red, green, blue and its opacity.
     static constexpr std::size_t kComponents = 4;
 
     struct Extended {

@@ -223,7 +223,7 @@ TextListRef ListTable::identity(Level& level) {
     if (!level.identity) {
         m_budget.spend(kCost);
         level.identity = std::make_shared<TextList>(level.list);
-        if (m_isPlatformText && level.templateNumber != 0) {
+        if (m_dialect == RtfDialect::native && level.templateNumber != 0) {
             m_budget.spend(kCost);
             const auto [known, isNew] =
                 m_byTemplate.try_emplace(level.templateNumber, level.identity);

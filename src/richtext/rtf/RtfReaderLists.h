@@ -23,11 +23,12 @@ class ListTable {
 public:
     explicit ListTable(Budget& budget) : m_budget(budget) {}
 
-    /// Documents of the other platform name each list by its level's template number; elsewhere
-    /// equal numbers mean a common origin only.
-    void setPlatformText() { m_isPlatformText = true; }
+    /// Native documents name each list by its level's template number; in others equal numbers
+    /// mean no more than a common origin.
+    void setDialect(RtfDialect dialect) { m_dialect = dialect; }
 
-    /// What stands in the groups of the tables, `destination` being the innermost.
+    /// These four take what stands in the groups of the tables, of which `destination` is the
+    /// innermost.
     void begin(Destination destination);
     void word(const Keyword& keyword, std::int32_t parameter);
     void text(Destination destination, std::u16string_view text);
@@ -43,7 +44,7 @@ private:
     struct Level {
         TextList list;
         std::int32_t templateNumber = 0;
-        /// As soon as a paragraph asked for it.
+        /// The list as paragraphs share it, made when the first one asks for it.
         TextListRef identity;
     };
     struct LevelText {
@@ -71,7 +72,7 @@ private:
     TextListRef identity(Level& level);
 
     Budget& m_budget;
-    bool m_isPlatformText = false;
+    RtfDialect m_dialect = RtfDialect::office;
     std::vector<std::vector<Level>> m_lists;
     tsl::robin_map<std::int32_t, std::size_t> m_listsById;
     tsl::robin_map<std::int32_t, Numbered> m_numbered;

@@ -11,17 +11,17 @@ namespace korvex::richtext::rtf {
 
 /// The number behind a control word.
 struct Parameter {
-    /// 0 where there is none.
+    /// The number, or 0 where there is none.
     std::int32_t value = 0;
     bool isPresent = false;
 
-    /// Of words that switch something: on, unless they say 0.
+    /// Whether a word that switches something switches it on: it does unless it says 0.
     bool isOn() const { return !isPresent || value != 0; }
 };
 
 /// What characters look like at a point of the document: small, since each group has its own.
 struct CharacterState {
-    /// RTF's default: 12 points.
+    /// RTF's default is 12 points.
     static constexpr MilliPoints kDefaultSize = 12'000;
 
     std::int32_t font = 0;
@@ -29,14 +29,14 @@ struct CharacterState {
     /// Indices of the table of colours.
     std::uint32_t foreground = 0;
     std::uint32_t background = 0;
-    /// As `TextBuilder::link` numbers them; 0: none.
+    /// A number that `TextBuilder::link` gave; 0 for no link.
     std::uint32_t link = 0;
     LineStyle underline = LineStyle::none;
     LineStyle strikethrough = LineStyle::none;
     bool isBold = false;
     bool isItalic = false;
     bool isHidden = false;
-    /// The level of the heading that a word processor's paragraph is; 0: none.
+    /// The level of the heading that a word processor's paragraph is; 0 for no heading.
     std::uint8_t heading = 0;
 
     void word(const Keyword& keyword, Parameter parameter);
@@ -58,10 +58,10 @@ struct ParagraphState {
     bool isLineHeightMultiple = false;
     Twips minimumLineHeight = 0;
     Twips maximumLineHeight = 0;
-    /// \ls and \ilvl; 0: no list.
+    /// What \ls and \ilvl say; 0 for no list.
     std::int32_t list = 0;
     std::int32_t listLevel = 0;
-    /// As `TextBuilder::numbering` numbers them; 0: none.
+    /// A number that `TextBuilder::numbering` gave; 0 for none.
     std::size_t numbering = 0;
     bool isInTable = false;
     std::size_t tableDepth = 0;

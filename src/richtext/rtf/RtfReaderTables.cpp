@@ -12,22 +12,24 @@ Twips limited(std::int32_t length) {
     return std::clamp(length, -kMaximumLength, kMaximumLength);
 }
 
-std::size_t other(Side side, bool isSwapped) {
-    if (isSwapped && side == Side::top) {
+/// The side whose padding a word means: office suites write the top one's word for the left side,
+/// and the left one's for the top.
+std::size_t paddedSide(Side named, RtfDialect dialect) {
+    if (dialect == RtfDialect::office && named == Side::top) {
         return static_cast<std::size_t>(Side::left);
     }
-    if (isSwapped && side == Side::left) {
+    if (dialect == RtfDialect::office && named == Side::left) {
         return static_cast<std::size_t>(Side::top);
     }
-    return static_cast<std::size_t>(side);
+    return static_cast<std::size_t>(named);
 }
 
-/// What a line without a width is drawn with.
+/// A line that says no width is drawn this wide.
 constexpr Twips kThinLine = 10;
 
 } // namespace
 
-void RowDefinition::word(const Keyword& keyword, std::int32_t parameter, bool isPlatformText) {
+void RowDefinition::word(const Keyword& keyword, std::int32_t parameter, RtfDialect dialect) {
     const auto length = limited(parameter);
     switch (keyword.action) {
     case Action::rowDefault:
@@ -37,8 +39,8 @@ void RowDefinition::word(const Keyword& keyword, std::int32_t parameter, bool is
         m_left = length;
         break;
     case Action::rowGap:
-        // The other platform writes one that means nothing.
-        if (!isPlatformText) {
+        // The native dialect writes a gap that means nothing.
+        if (dialect != RtfDialect::native) {
             m_padding[static_cast<std::size_t>(Side::left)] = length;
             m_padding[static_cast<std::size_t>(Side::right)] = length;
         }
@@ -63,7 +65,7 @@ void RowDefinition::word(const Keyword& keyword, std::int32_t parameter, bool is
         break;
     }
     case Action::cellPadding:
-        m_next.padding[other(static_cast<Side>(keyword.value), !isPlatformText)] = length;
+        m_next.padding[paddedSide(static_cast<Side>(keyword.value), dialect)] = length;
         break;
     case Action::cellBorder:
         m_border = static_cast<std::size_t>(keyword.value);
@@ -131,7 +133,7 @@ void TableBuilder::definitionWord(std::size_t depth, const Keyword& keyword,
     if (keyword.action == Action::rowDefault) {
         place.isLastRow = false;
     }
-    place.definition.word(keyword, parameter, m_isPlatformText);
+    place.definition.word(keyword, parameter, m_dialect);
 }
 
 const std::vector<TextTableCellRef>& TableBuilder::cells(std::size_t depth) {
@@ -162,7 +164,7 @@ bool TableBuilder::isRowFull(std::size_t depth) const {
 }
 
 bool TableBuilder::openCell(Level& level) {
-    // The cell, its edges, and what keeps them.
+    // A cell costs itself, its edges, and what keeps them.
     constexpr std::size_t kCost = sizeof(TextTableCell) + 8 * sizeof(Placed);
     if (level.cell) {
         return true;
@@ -241,7 +243,7 @@ void TableBuilder::place(Level& level) {
     static const CellDefinition kPlain;
     for (std::size_t slot = 0; slot < level.slots.size(); ++slot) {
         const auto* const described = level.definition.cell(slot);
-        const auto& definition = described != nullptr ? *described : kPlain;
+        const auto& definition = described ? *described : kPlain;
         if (const auto& cell = level.slots[slot]) {
             cell->row = level.row;
             cell->column = static_cast<std::int32_t>(slot);
@@ -251,7 +253,7 @@ void TableBuilder::place(Level& level) {
                 reaching.push_back({key(level, slot), cell});
             }
         } else if (definition.isMerged) {
-            if (spanning != nullptr && !definition.isVerticallyMerged) {
+            if (spanning && !definition.isVerticallyMerged) {
                 ++spanning->columnSpan;
             }
         } else {
@@ -274,12 +276,12 @@ void TableBuilder::place(Level& level) {
 }
 
 std::int64_t TableBuilder::key(const Level& level, std::size_t slot) const {
-    return m_isPlatformText ? static_cast<std::int64_t>(slot) : left(level, slot);
+    return m_dialect == RtfDialect::native ? static_cast<std::int64_t>(slot) : left(level, slot);
 }
 
 Twips TableBuilder::left(const Level& level, std::size_t slot) {
     const auto* const before = slot == 0 ? nullptr : level.definition.cell(slot - 1);
-    return before != nullptr ? before->edge : level.definition.left();
+    return before ? before->edge : level.definition.left();
 }
 
 CellGeometry TableBuilder::geometry(const Level& level, std::size_t slot,
@@ -296,8 +298,8 @@ CellGeometry TableBuilder::geometry(const Level& level, std::size_t slot,
     if (definition.isWidthInTwips) {
         geometry.width = definition.width;
     }
-    if (!m_isPlatformText) {
-        // Elsewhere widths are of the whole cell, and edges say them as well.
+    if (m_dialect == RtfDialect::office) {
+        // There widths are those of the whole cell, and edges say them as well.
         auto total = geometry.width.value_or(0);
         if (total <= 0) {
             total = definition.edge - left(level, slot);
@@ -313,7 +315,8 @@ CellGeometry TableBuilder::geometry(const Level& level, std::size_t slot,
 void TableBuilder::noteCells(Level& level) const {
     level.haveRowsEqualSlots =
         level.haveRowsEqualSlots &&
-        (m_isPlatformText || level.slotsPerRow.value_or(level.slots.size()) == level.slots.size());
+        (m_dialect == RtfDialect::native ||
+         level.slotsPerRow.value_or(level.slots.size()) == level.slots.size());
     level.slotsPerRow = level.slots.size();
     for (std::size_t slot = 0; slot < level.slots.size(); ++slot) {
         const auto& cell = level.slots[slot];
@@ -322,8 +325,8 @@ void TableBuilder::noteCells(Level& level) const {
         }
         const auto last = slot + static_cast<std::size_t>(cell->columnSpan) - 1;
         const auto* const definition = level.definition.cell(last);
-        const auto right = definition != nullptr ? definition->edge : 0;
-        level.hasAllEdges = level.hasAllEdges && definition != nullptr && right > left(level, slot);
+        const auto right = definition ? definition->edge : 0;
+        level.hasAllEdges = level.hasAllEdges && definition && right > left(level, slot);
         level.cells.push_back({cell, left(level, slot), right});
     }
 }

@@ -26,7 +26,7 @@ struct CellDefinition {
     std::array<Border, 4> borders;
     std::array<std::optional<Twips>, 4> padding;
     std::optional<Twips> width;
-    /// Only twips can be used.
+    /// A width in any other unit, such as percent, is not used.
     bool isWidthInTwips = true;
     std::uint32_t fill = 0;
     VerticalAlignment alignment = VerticalAlignment::top;
@@ -35,17 +35,17 @@ struct CellDefinition {
     bool startsRows = false;
     bool isVerticallyMerged = false;
     bool isAbsent = false;
-    /// The right edge.
+    /// Where the cell ends on the right.
     Twips edge = 0;
 
     /// Whether the place is covered by another cell or stands for none.
     bool isPlaceholder() const { return isMerged || isVerticallyMerged || isAbsent; }
 };
 
-/// The row that is described, from \trowd on; it holds for all rows until the next.
+/// The description of rows that begins with \trowd. It holds for all rows until the next one.
 class RowDefinition {
 public:
-    void word(const Keyword& keyword, std::int32_t parameter, bool isPlatformText);
+    void word(const Keyword& keyword, std::int32_t parameter, RtfDialect dialect);
 
     /// Null for a cell that was not described.
     const CellDefinition* cell(std::size_t slot) const {
@@ -53,7 +53,7 @@ public:
     }
     std::size_t size() const { return m_cells.size(); }
     Twips left() const { return m_left; }
-    /// What a cell without paddings of its own has.
+    /// The padding of cells that say none of their own.
     Twips padding(std::size_t side) const { return m_padding[side]; }
 
 private:
@@ -71,9 +71,10 @@ class TableBuilder {
 public:
     TableBuilder(Budget& budget, const ColorTable& colors);
 
-    void setPlatformText() { m_isPlatformText = true; }
+    void setDialect(RtfDialect dialect) { m_dialect = dialect; }
 
-    /// `depth` counts from 1, the outermost table. A control word of a row's definition.
+    /// Takes a control word of a row's definition. Here and below `depth` counts from 1, which is
+    /// the outermost table.
     void definitionWord(std::size_t depth, const Keyword& keyword, std::int32_t parameter);
     void setLastRow(std::size_t depth) { level(depth).isLastRow = true; }
 
@@ -92,14 +93,15 @@ public:
     void endTables(std::size_t depth);
 
 private:
-    /// A place of a row; without a cell it is a placeholder.
+    /// A place in a row. One without a cell is a placeholder.
     using Slot = std::shared_ptr<TextTableCell>;
-    /// A cell that can reach into the next row, by what places of rows are compared by.
+    /// A cell that can reach into the next row. Two places lie below each other when `key` gives
+    /// the same for both.
     struct Reaching {
         std::int64_t key;
         std::shared_ptr<TextTableCell> cell;
     };
-    /// A cell that has its place, and its edges where other platforms' rows tell them.
+    /// A cell that has its place. Office documents say where its edges are, too.
     struct Placed {
         std::shared_ptr<TextTableCell> cell;
         Twips left = 0;
@@ -115,7 +117,8 @@ private:
         std::vector<Reaching> reaching;
         std::vector<Placed> cells;
         bool hasRowSpans = false;
-        /// Elsewhere rows need not agree on their columns: then the edges tell them.
+        /// The rows of an office document need not have the same columns: then the edges of the
+        /// cells tell which columns there are.
         std::optional<std::size_t> slotsPerRow;
         bool haveRowsEqualSlots = true;
         bool hasAllEdges = true;
@@ -127,7 +130,7 @@ private:
     CellGeometry geometry(const Level& level, std::size_t slot,
                           const CellDefinition& definition) const;
     std::int64_t key(const Level& level, std::size_t slot) const;
-    /// The left edge of a slot.
+    /// Where a place begins on the left.
     static Twips left(const Level& level, std::size_t slot);
     void noteCells(Level& level) const;
     static void placeByEdges(Level& level);
@@ -136,9 +139,9 @@ private:
 
     Budget& m_budget;
     const ColorTable& m_colors;
-    bool m_isPlatformText = false;
+    RtfDialect m_dialect = RtfDialect::office;
     std::vector<Level> m_levels;
-    /// No table is deeper.
+    /// How deep the innermost open table is.
     std::size_t m_openDepth = 0;
     std::vector<TextTableCellRef> m_cells;
 };

@@ -32,7 +32,7 @@ public:
         m_isParagraphStale = true;
         return m_paragraph;
     }
-    /// The tables of fonts and colours have changed.
+    /// To be called when the tables of fonts and colours have changed.
     void forgetAttributes() {
         ++m_generation;
         m_areCharactersStale = true;
@@ -42,16 +42,16 @@ public:
     /// The number of an old writer's numbering, which is the last paragraph's where that is equal.
     std::size_t numbering(TextList list);
 
-    /// Any text; a line feed ends the paragraph.
+    /// Takes any text; a line feed ends the paragraph.
     void append(std::u16string_view text);
-    /// Printable ASCII and tabs.
+    /// The same for text that is only printable ASCII and tabs.
     void appendPlain(std::string_view text);
     void endParagraph();
     bool isParagraphEmpty() const { return m_builder.length() == m_builder.paragraphStart(); }
     /// The paragraph that ends next has no line feed, if it is the last.
     void setWithoutFeed() { m_isWithoutFeed = true; }
     void restartParagraph() { m_isAfterNestedRow = false; }
-    /// Ends the cell at `depth`, from 1, and its last paragraph.
+    /// Ends the cell at `depth`, where 1 is the outermost, and its last paragraph.
     void endCell(std::size_t depth);
     void endRow(std::size_t depth);
 

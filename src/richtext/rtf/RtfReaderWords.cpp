@@ -101,10 +101,10 @@ void DocumentReader::documentWord(const Keyword& keyword, Parameter parameter) {
     case Action::codePageFixed:
         m_fonts.setDocumentCodePage(keyword.value);
         break;
-    case Action::platformText:
-        m_isPlatformText = true;
-        m_lists.setPlatformText();
-        m_text.tables().setPlatformText();
+    case Action::nativeDialect:
+        m_dialect = RtfDialect::native;
+        m_lists.setDialect(m_dialect);
+        m_text.tables().setDialect(m_dialect);
         break;
     case Action::defaultFont:
         m_defaultFont = parameter.value;
@@ -134,8 +134,8 @@ void DocumentReader::documentWord(const Keyword& keyword, Parameter parameter) {
         }
         break;
     case Action::outlineLevel:
-        // On the other platform, as here, a heading is known by its font alone.
-        if (!m_isPlatformText) {
+        // In a native document, as in a text here, a heading is known by its font alone.
+        if (m_dialect != RtfDialect::native) {
             const auto level = parameter.value;
             m_text.editCharacters().heading =
                 level >= 0 && level < static_cast<std::int32_t>(kHeadingLevels.size())

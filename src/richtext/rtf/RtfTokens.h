@@ -17,7 +17,7 @@ struct Token {
     enum class Kind : std::uint8_t {
         /// Printable ASCII and tabs.
         plain,
-        /// Any other byte of text.
+        /// Any byte of text that is not plain.
         byte,
         open,
         close,
@@ -32,15 +32,15 @@ struct Token {
     Word word;
 };
 
-/// The tokens of a document. Line breaks mean nothing and are left out.
+/// Reads the tokens of a document. Line breaks mean nothing and are left out.
 class Tokens {
 public:
     explicit Tokens(std::string_view document)
         : m_at(document.data()), m_end(document.data() + document.size()) {}
 
-    /// False at the end.
+    /// Puts the next token into `token`; false at the end of the document.
     bool next(Token& token);
-    /// Leaves out bytes that are none of RTF's; at most what is left.
+    /// Skips bytes that are not RTF, at most those that are left.
     void skip(std::int32_t bytes);
     /// Goes to the brace that ends the innermost group.
     void skipGroup();

@@ -30,7 +30,7 @@ std::span<const TextListRef> chainOf(const ParagraphStyle& style) {
     return std::span(style.lists).first(count);
 }
 
-/// Of the places in a table that hold no text.
+/// The style of the places in a table that hold no text.
 const ParagraphStyle kPlainStyle;
 
 /// Writes the text of a document, and gathers on the way what the header must say.
@@ -72,7 +72,9 @@ private:
     void writeStyle(const ParagraphStyle& style, std::size_t depth,
                     std::optional<HeadingLevel> heading = std::nullopt);
     void writeListText(const ParagraphStyle& style);
-    void writeRange(TextRange range, bool isEnded, Ending ending);
+    /// Whether a paragraph ends with a line feed, as all but the last one do.
+    bool isEnded(TextRange paragraph) const { return m_text[paragraph.end() - 1] == u'\n'; }
+    void writeText(TextRange paragraph, Ending ending);
     void writeFormat(const CharacterAttributes& attributes);
     void openLink(std::u16string_view link);
 
@@ -200,9 +202,8 @@ void Body::writeCellEnd(std::size_t depth) {
 void Body::writeParagraph(const Paragraph& paragraph, std::size_t depth, Ending ending) {
     writeStyle(*paragraph.style, depth, headingLevelOf(paragraph.range));
     writeListText(*paragraph.style);
-    const bool isEnded = m_text[paragraph.range.end() - 1] == u'\n';
-    writeRange(paragraph.range, isEnded, ending);
-    if (!isEnded && ending != kLineFeed) {
+    writeText(paragraph.range, ending);
+    if (!isEnded(paragraph.range) && ending != kLineFeed) {
         m_output.raw("\\korvexnofeed");
         writeCellEnd(ending);
     }
@@ -258,8 +259,9 @@ void Body::writeListText(const ParagraphStyle& style) {
 
 /// A paragraph's text, and what ends it when it ends. A field, and with it a group, never reaches
 /// past a paragraph, since the next one's style must outlive it.
-void Body::writeRange(TextRange range, bool isEnded, Ending ending) {
-    auto start = range.location;
+void Body::writeText(TextRange paragraph, Ending ending) {
+    const bool hasEnd = isEnded(paragraph);
+    auto start = paragraph.location;
     std::u16string link;
     std::optional<CharacterFormat> outer;
     const auto closeLink = [&] {
@@ -270,13 +272,13 @@ void Body::writeRange(TextRange range, bool isEnded, Ending ending) {
             link.clear();
         }
     };
-    while (start < range.end()) {
+    while (start < paragraph.end()) {
         while (m_runs[m_run].end <= start) {
             ++m_run;
         }
         const auto& run = m_runs[m_run];
         const auto& attributes = *run.attributes;
-        const auto end = std::min(run.end, range.end());
+        const auto end = std::min(run.end, paragraph.end());
         if (!link.empty() || !attributes.link.empty()) {
             auto next = base::utf16(attributes.link);
             if (next != link) {
@@ -287,12 +289,12 @@ void Body::writeRange(TextRange range, bool isEnded, Ending ending) {
             }
         }
         writeFormat(attributes);
-        const bool isLast = end == range.end();
-        const auto length = end - start - (isLast && isEnded ? 1 : 0);
+        const bool isLast = end == paragraph.end();
+        const auto length = end - start - (isLast && hasEnd ? 1 : 0);
         m_output.text(std::u16string_view(m_text).substr(start, length));
         start = end;
     }
-    if (isEnded) {
+    if (hasEnd) {
         if (ending == kLineFeed) {
             m_output.raw("\\\n");
         } else {

@@ -23,7 +23,7 @@ std::size_t indexOf(const Font& font) {
            (font.isItalic ? 1U : 0U);
 }
 
-/// 0 is no colour and 1 is white, as the other platform writes them.
+/// 0 is no colour and 1 is white, as the native dialect has them.
 constexpr std::uint32_t kFirstColor = 2;
 
 std::int32_t extended(std::uint8_t component) {

@@ -13,19 +13,19 @@
 
 namespace korvex::richtext::rtf {
 
-/// Fonts, numbered as they are first used.
+/// Numbers fonts as they are first used, and writes the table of them.
 class FontNumbers {
 public:
     std::int32_t of(const Font& font);
     void write(Output& output) const;
 
 private:
-    /// By family, bold and italic.
+    /// One number for each combination of family, bold and italic.
     std::array<std::optional<std::int32_t>, 8> m_numbers;
     std::vector<std::size_t> m_used;
 };
 
-/// Colours, numbered as they are first used; 0 stands for none.
+/// Numbers colours as they are first used, and writes the tables of them; 0 stands for none.
 class ColorNumbers {
 public:
     std::uint32_t of(const std::optional<Color>& color);
@@ -36,8 +36,9 @@ private:
     std::vector<Color> m_colors;
 };
 
-/// Lists. RTF knows lists of up to nine levels; each of our chains of nested lists is a path
-/// through one of them, and an identity that stands in several keeps its template number in all.
+/// Numbers lists, and writes the tables of them. RTF knows lists of up to nine levels; each of our
+/// chains of nested lists is a path through one of them, and an identity that stands in several
+/// keeps its template number in all.
 class ListNumbers {
 public:
     struct Place {
@@ -52,7 +53,7 @@ public:
     void write(Output& output) const;
 
 private:
-    /// A chain, as its parent's node and its last list.
+    /// A chain is known by the node of its parent and its last list.
     struct Step {
         std::size_t parent;
         const TextList* list;

@@ -10,7 +10,7 @@
 
 namespace korvex::richtext::rtf {
 
-/// Attributes as control words say them.
+/// The attributes of characters as control words say them.
 struct CharacterFormat {
     std::int32_t font = 0;
     bool isBold = false;
@@ -24,12 +24,13 @@ struct CharacterFormat {
     bool operator==(const CharacterFormat&) const = default;
 };
 
-/// The words that lead from one format to another; from nothing, those that a document needs first.
+/// Writes the words that lead from one format to another; from nothing, those that a document needs
+/// first.
 void writeChange(Output& output, const std::optional<CharacterFormat>& from,
                  const CharacterFormat& to);
 
-/// The words of a paragraph that is in so many tables; all but its list's. Office suites know a
-/// heading by its outline level.
+/// Writes the words of a paragraph that stands `depth` tables deep, all but those of its list.
+/// Office suites know a heading by its outline level.
 void writeParagraphWords(Output& output, const ParagraphStyle& style, std::size_t depth,
                          std::optional<HeadingLevel> heading);
 

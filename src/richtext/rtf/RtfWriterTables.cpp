@@ -124,7 +124,7 @@ std::vector<TablePlan::Place> TablePlan::newPlaces() const {
     for (const auto& [cell, first, end] : m_stretches) {
         Place place{.row = last.row,
                     .column = std::clamp<std::int64_t>(cell->column, 0, kMaximumColumns - 1)};
-        if (lastCell == nullptr || cell->row != lastCell->row || place.column <= last.column) {
+        if (!lastCell || cell->row != lastCell->row || place.column <= last.column) {
             ++place.row;
         }
         places.push_back(place);

@@ -11,7 +11,8 @@
 
 namespace korvex::richtext::rtf {
 
-/// Where rows begin, from the margin: by the gap between text and border, so that texts line up.
+/// Rows begin to the left of the margin, by the gap between text and border, so that the text in
+/// the cells lines up with the text around the table.
 inline constexpr Twips kRowLeft = -108;
 
 /// Neighbouring paragraphs of one cell, as indices of the text's paragraphs.
@@ -40,13 +41,13 @@ public:
         Kind kind = Kind::absent;
         bool startsRows = false;
         bool startsColumns = false;
-        /// Of a cell: the index of its stretch.
+        /// The index of the stretch that a cell is.
         std::size_t stretch = 0;
     };
     using Row = std::vector<Slot>;
 
-    /// `stretches`, which must outlive the plan, are the whole table in the order of the text and
-    /// not none.
+    /// `stretches`, which must outlive the plan, are the whole table in the order of the text, at
+    /// least one.
     explicit TablePlan(std::span<const CellStretch> stretches);
 
     const std::vector<Row>& rows() const { return m_rows; }

@@ -103,8 +103,8 @@ std::optional<Run> runOf(const rapidjson::Value& value) {
     const auto* const length = memberOf(value, kLength);
     const auto* const language = memberOf(value, kLanguage);
     const auto* const block = memberOf(value, kBlock);
-    if (location == nullptr || !location->IsUint64() || length == nullptr || !length->IsUint64() ||
-        language == nullptr || !language->IsString() || block == nullptr || !block->IsBool()) {
+    if (!location || !location->IsUint64() || !length || !length->IsUint64() || !language ||
+        !language->IsString() || !block || !block->IsBool()) {
         return std::nullopt;
     }
     return Run{{location->GetUint64(), length->GetUint64()},
@@ -122,7 +122,7 @@ std::optional<Metadata> metadataOf(const base::Bytes& json) {
     }
     const auto* const fingerprint = memberOf(document, kFingerprint);
     const auto* const runs = memberOf(document, kRuns);
-    if (fingerprint == nullptr || !fingerprint->IsString() || runs == nullptr || !runs->IsArray()) {
+    if (!fingerprint || !fingerprint->IsString() || !runs || !runs->IsArray()) {
         return std::nullopt;
     }
     auto digest = base::bytesOfBase64({fingerprint->GetString(), fingerprint->GetStringLength()});

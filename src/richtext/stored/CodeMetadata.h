@@ -9,8 +9,8 @@
 
 namespace korvex::richtext {
 
-/// The group of a stored text that carries what RTF cannot say: which runs are code, in which
-/// language. See docs/formats/rich-text.md.
+/// Begins the group of a stored text that carries what RTF cannot say: which runs are code, and in
+/// which language. See docs/formats/rich-text.md.
 inline constexpr std::string_view kCodeMetadataMarker = "{\\*\\korvexcode ";
 
 /// The document with the group as its last member; unchanged when the text has no code.

@@ -9,7 +9,7 @@
 #include "richtext/rtf/RtfWriter.h"
 #include "richtext/stored/CodeMetadata.h"
 #include "richtext/table/RichTextTable.h"
-#include "richtext/table/TableLayout.h"
+#include "richtext/text/Formatting.h"
 
 #include <algorithm>
 #include <exception>
@@ -66,11 +66,9 @@ void normalize(CharacterAttributes& attributes) {
         return;
     }
     // A single unknown language would cost a stored text all of its code runs.
-    if (!CodeSyntax::isKnownLanguage(attributes.korvexCodeLanguage)) {
-        attributes.korvexCodeLanguage = CodeSyntax::kAutomatic;
-    }
-    attributes.font =
-        CodeSyntax::attributes(attributes.korvexCodeLanguage, attributes.korvexCodeBlock).font;
+    const bool isKnown = CodeSyntax::isKnownLanguage(attributes.korvexCodeLanguage);
+    applyCode(attributes, isKnown ? attributes.korvexCodeLanguage : CodeSyntax::kAutomatic,
+              attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
 }
 
 /// Where the paragraphs begin that have characters of code blocks but not a block's line spacing.
@@ -84,7 +82,7 @@ std::vector<std::size_t> unspacedCodeBlocks(const AttributedString& text) {
         }
         for (seen = std::max(seen, run.range.location); seen < run.range.end();) {
             const auto paragraph = text.paragraphAt(seen);
-            if (text.styleAt(seen).lineSpacing != CodeSyntax::kBlockLineSpacing) {
+            if (text.styleAt(seen).lineSpacing != kCodeBlockLineSpacing) {
                 starts.push_back(paragraph.location);
             }
             seen = paragraph.end();
@@ -109,7 +107,7 @@ AttributedString withSpacedCodeBlocks(AttributedString text) {
         });
         auto style = paragraph.style;
         if (next != starts.end() && *next == paragraph.range.location) {
-            style.lineSpacing = CodeSyntax::kBlockLineSpacing;
+            style.lineSpacing = kCodeBlockLineSpacing;
             ++next;
         }
         builder.endParagraph(builder.idOf(style));
@@ -188,14 +186,10 @@ AttributedString RichTextSerializer::normalized(const AttributedString& text) {
 AttributedString RichTextSerializer::applyingHeading(std::optional<HeadingLevel> level,
                                                      const AttributedString& text) {
     auto result = text;
-    result.editAttributes({0, result.length()}, [&](CharacterAttributes& attributes) {
-        const bool isItalic = attributes.font.isItalic;
-        attributes.font = level ? fontOf(*level) : Font();
-        attributes.font.isItalic = isItalic;
-    });
-    result.editStyles({0, result.length()}, [&](ParagraphStyle& style) {
-        style.spacingBefore = level ? spacingBeforeOf(*level) : 0;
-    });
+    const TextRange whole{0, result.length()};
+    result.editAttributes(
+        whole, [&](CharacterAttributes& attributes) { applyHeading(level, attributes); });
+    result.editStyles(whole, [&](ParagraphStyle& style) { applyHeading(level, style); });
     return result;
 }
 
@@ -215,10 +209,6 @@ std::optional<HeadingLevel> RichTextSerializer::headingLevel(const AttributedStr
         shared = level;
     });
     return isShared ? shared : std::nullopt;
-}
-
-bool RichTextSerializer::containsTable(const AttributedString& text) {
-    return hasTable(text);
 }
 
 bool RichTextSerializer::isWithinLimits(std::u16string_view text) {

@@ -36,18 +36,18 @@ public:
     AttributedString richText(const std::optional<base::Bytes>& data,
                               std::string_view fallbackPlainText) const;
 
-    /// All of it in the system font at the base size. `text` is UTF-8.
+    /// The text in the system font at the base size. `text` is UTF-8.
     static AttributedString plainRichText(std::string_view text);
-    /// What of a text may be stored: complete tables, no attachments, no colours, system fonts.
+    /// The text as it may be stored: with complete tables and the system's fonts, without
+    /// attachments and colours.
     static AttributedString normalized(const AttributedString& text);
-    /// Without a level the text becomes body text; italics stay either way.
+    /// Applies a heading to every run and paragraph as `applyHeading` does.
     static AttributedString applyingHeading(std::optional<HeadingLevel> level,
                                             const AttributedString& text);
     /// The level that all of a text's characters share, line feeds aside.
     static std::optional<HeadingLevel> headingLevel(const AttributedString& text);
-    static bool containsTable(const AttributedString& text);
 
-    /// Of UTF-16 text within an entry's limits of characters and UTF-8 bytes.
+    /// Whether a text is within an entry's limits of characters and UTF-8 bytes.
     static bool isWithinLimits(std::u16string_view text);
 
 private:

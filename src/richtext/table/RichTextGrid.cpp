@@ -75,7 +75,7 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
     for (auto i = first; i < lines.size(); ++i) {
         const auto* const cell = lines[i].cell(depth);
         const bool isOwn =
-            cell != nullptr && (*cell)->table == table && lines[i].isBeside(lines[first], depth);
+            cell && (*cell)->table == table && lines[i].isBeside(lines[first], depth);
         (isOwn ? own : others).push_back(lines[i]);
         ownEnd = isOwn ? i + 1 : ownEnd;
     }
@@ -108,8 +108,7 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
 
     const auto isOutside = [depth](const Line& line) { return line.cell(depth) == nullptr; };
     const auto* const next = ownEnd < lines.size() ? &lines[ownEnd] : nullptr;
-    const bool isFollowed =
-        next != nullptr && isOutside(*next) && next->isBeside(lines[first], depth);
+    const bool isFollowed = next && isOutside(*next) && next->isBeside(lines[first], depth);
     if (others.empty() ? !isFollowed : !isOutside(others.front())) {
         grid.m_after.append(emptyParagraph({}, outer));
     }

@@ -2,16 +2,12 @@
 
 #include "richtext/table/TableLayout.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <unordered_map>
-#include <unordered_set>
 
 namespace korvex::richtext {
 
 namespace {
-
-/// What a column needs around its content.
-constexpr Twips kAroundContent = 17 * kTwipsPerPoint;
 
 void appendRow(AttributedString& text, const TextTableRef& table, std::int32_t row) {
     for (std::int32_t column = 0; column < table->columns; ++column) {
@@ -20,36 +16,6 @@ void appendRow(AttributedString& text, const TextTableRef& table, std::int32_t r
         text.append(u"\n", newCellAttributes(row), {.cells = {cell}});
     }
 }
-
-/// The columns of one table, as far as their widths have been seen.
-struct Columns {
-    std::int32_t count = 0;
-    std::array<std::optional<Twips>, RichTextTable::kMaximumColumns> widths;
-
-    void add(const TextTableCell& cell) {
-        const auto last = std::min(cell.column, RichTextTable::kMaximumColumns - 1);
-        count = std::clamp(cell.table->columns, std::max(count, last + 1),
-                           RichTextTable::kMaximumColumns);
-        if (cell.column >= 0 && cell.column < count && cell.columnSpan <= 1) {
-            auto& width = widths[static_cast<std::size_t>(cell.column)];
-            if (!width && cell.geometry.width && *cell.geometry.width > 0) {
-                width = cell.geometry.width;
-            }
-        }
-    }
-    Twips minimumWidth() const {
-        Twips sum = 0;
-        for (std::int32_t column = 0; column < count; ++column) {
-            // Clamped before the addition too, which must not overflow.
-            const auto width = std::min(
-                widths[static_cast<std::size_t>(column)].value_or(RichTextTable::kDefaultWidth),
-                RichTextTable::kMaximumWidth);
-            sum += std::clamp(width + kAroundContent, RichTextTable::kMinimumWidth,
-                              RichTextTable::kMaximumWidth);
-        }
-        return sum;
-    }
-};
 
 } // namespace
 
@@ -63,12 +29,6 @@ AttributedString RichTextTable::make(std::int32_t rows, std::int32_t columns) {
         appendRow(text, table, row);
     }
     text.append(u"\n", {}, {});
-    return text;
-}
-
-AttributedString RichTextTable::row(const TextTableRef& table, std::int32_t index) {
-    AttributedString text;
-    appendRow(text, table, index);
     return text;
 }
 
@@ -93,37 +53,15 @@ std::vector<RichTextTable::Cell> RichTextTable::cells(const AttributedString& te
     return result;
 }
 
-std::vector<TextTableRef> RichTextTable::tables(const AttributedString& text) {
-    std::vector<TextTableRef> result;
-    std::unordered_set<const TextTable*> known;
-    text.forEachStyleRun([&](const AttributedString::ParagraphRun& run) {
-        if (!run.style.cells.empty() && known.insert(run.style.cells.front()->table.get()).second) {
-            result.push_back(run.style.cells.front()->table);
-        }
-    });
-    return result;
-}
-
-AttributedString RichTextTable::copyForLayout(const AttributedString& text) {
-    return withTablesOfItsOwn(text, 0);
-}
-
-void RichTextTable::copyGeometry(const TextTableCell& from, TextTableCell& to) {
-    to.geometry = from.geometry;
-}
-
-Twips RichTextTable::minimumWidth(const AttributedString& text) {
-    std::unordered_map<const TextTable*, Columns> tables;
-    text.forEachStyleRun([&](const AttributedString::ParagraphRun& run) {
-        for (const auto& cell : run.style.cells) {
-            tables[cell->table.get()].add(*cell);
-        }
-    });
-    Twips result = 0;
-    for (const auto& [table, columns] : tables) {
-        result = std::max(result, columns.minimumWidth());
+void RichTextTable::noteWidth(std::span<std::optional<Twips>> widths, const TextTableCell& cell) {
+    const bool isInside = cell.column >= 0 && static_cast<std::size_t>(cell.column) < widths.size();
+    if (!isInside || cell.columnSpan > 1) {
+        return;
     }
-    return result;
+    auto& width = widths[static_cast<std::size_t>(cell.column)];
+    if (!width && cell.geometry.width && *cell.geometry.width > 0) {
+        width = std::clamp(*cell.geometry.width, kMinimumWidth, kMaximumWidth);
+    }
 }
 
 } // namespace korvex::richtext

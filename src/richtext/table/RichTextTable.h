@@ -37,24 +37,18 @@ struct RichTextTable {
     /// An empty table and the paragraph after it. Sizes outside the limits are a mistake of the
     /// caller and end the program.
     static AttributedString make(std::int32_t rows, std::int32_t columns);
-    /// One row of empty cells.
-    static AttributedString row(const TextTableRef& table, std::int32_t index);
     /// The table's own cells in text order, with the tables inside them: one element for each
     /// stretch of paragraphs.
     static std::vector<Cell> cells(const AttributedString& text, const TextTableRef& table);
-    /// Every table of the text that is not inside another, in text order.
-    static std::vector<TextTableRef> tables(const AttributedString& text);
     /// Every cell in its place, once and in order, and a paragraph after every table, those inside
     /// others included. What stood between a table's cells goes after it; no text is lost. Tables
     /// beyond the limits stay as they are, but for that paragraph. The selection moves with its
     /// paragraphs.
     static Repaired repairingIncompleteTables(AttributedString text, TextRange selection = {});
-    /// The same text with tables and cells that are objects of their own.
-    static AttributedString copyForLayout(const AttributedString& text);
-    /// Widths, padding, borders with their colours, fill and vertical alignment.
-    static void copyGeometry(const TextTableCell& from, TextTableCell& to);
-    /// What the widest table needs to show its columns; 0 without a table.
-    static Twips minimumWidth(const AttributedString& text);
+    /// Notes the width of a cell's content, within the limits, as that of its column. `widths` has
+    /// an element for each column, absent for the default width. Of the cells, which come in text
+    /// order, the first that says a width decides; one that spans several columns says nothing.
+    static void noteWidth(std::span<std::optional<Twips>> widths, const TextTableCell& cell);
 };
 
 /// A table as rows of contents. A cell's content ends with its line feed. What is written anew has
@@ -79,13 +73,14 @@ public:
         Kind kind;
         std::int32_t index = 0;
         Where where = Where::after;
-        /// Of a move: the index afterwards.
+        /// The index that a moved row or column has afterwards.
         std::int32_t target = 0;
-        /// Of `resizeColumn`; clamped to 80 to 600 points. Absent: the default width again.
+        /// The new width for `resizeColumn`, which is clamped to 80 to 600 points; absent for the
+        /// default width again.
         std::optional<Twips> width = std::nullopt;
     };
 
-    /// Absent when the table's cells cannot be read: none there, or sizes beyond the limits.
+    /// Absent when the text has no cells of the table, or more than the limits allow.
     static std::optional<Grid> read(const AttributedString& text, const TextTableRef& table);
 
     /// What `attributedString` is to replace in the text that was read: the table with all that
@@ -96,7 +91,7 @@ public:
     std::int32_t rowCount() const { return static_cast<std::int32_t>(m_rows.size()); }
     std::int32_t columnCount() const { return static_cast<std::int32_t>(m_columnWidths.size()); }
     const std::vector<std::vector<AttributedString>>& rows() const { return m_rows; }
-    /// One for each column; absent: the default.
+    /// The width of each column; absent for the default width.
     std::span<const std::optional<Twips>> columnWidths() const { return m_columnWidths; }
 
     /// Whether the edit changed the grid. One that leads out of the limits, to an index that is not

@@ -92,11 +92,7 @@ std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t dep
                            cell.rowSpan > RichTextTable::kMaximumRows - cell.row ||
                            cell.columnSpan > layout.columns - cell.column;
         there.push_back(line);
-        auto& width = layout.widths[static_cast<std::size_t>(cell.column)];
-        if (!width && cell.columnSpan <= 1 && cell.geometry.width && *cell.geometry.width > 0) {
-            width = std::clamp(*cell.geometry.width, RichTextTable::kMinimumWidth,
-                               RichTextTable::kMaximumWidth);
-        }
+        RichTextTable::noteWidth(layout.widths, cell);
     }
     layout.isDamaged = layout.isDamaged || !isCovered(layout, depth);
     return layout;

@@ -15,7 +15,7 @@ struct Line {
     TextRange range;
     const ParagraphStyle* style;
 
-    /// Of the table that is `depth` tables deep; null outside of one.
+    /// The cell of the table that is `depth` tables deep; null outside of such a table.
     const TextTableCellRef* cell(std::size_t depth) const {
         const auto& cells = style->cells;
         const bool isInside = depth < cells.size() && cells[depth] && cells[depth]->table;
@@ -26,18 +26,19 @@ struct Line {
 };
 
 bool hasTable(const AttributedString& text);
+/// The paragraphs of a text, in order.
 std::vector<Line> linesOf(const AttributedString& text);
 
 /// The places of one table and what of a text belongs there.
 struct TableLayout {
     std::int32_t rows = 0;
     std::int32_t columns = 0;
-    /// Row by row, the paragraphs of each place; none where no cell stands.
+    /// The paragraphs of each place, row by row; none where no cell stands.
     std::vector<std::vector<Line>> places;
-    /// One for each column, within the limits; absent: the default.
+    /// The width of each column, within the limits; absent for the default width.
     std::vector<std::optional<Twips>> widths;
-    /// A place without a cell, two cells in one place, cells out of order, spans that lead out, or
-    /// more columns than the table says.
+    /// Whether a place has no cell or two, cells are out of order, spans lead out of the table, or
+    /// there are more columns than the table says.
     bool isDamaged = false;
 
     const std::vector<Line>& at(std::int32_t row, std::int32_t column) const {
@@ -45,8 +46,8 @@ struct TableLayout {
     }
 };
 
-/// `lines` are all that a text has of one table, at least one, which is `depth` tables deep. Absent
-/// for sizes beyond the limits.
+/// The layout of a table that is `depth` tables deep. `lines` are all that the text has of it, at
+/// least one. Absent for sizes beyond the limits.
 std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t depth);
 
 /// What a new cell of a row looks like; the first row is the header.

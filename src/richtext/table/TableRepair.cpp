@@ -60,7 +60,7 @@ std::vector<Line> Repair::repaired(std::span<const Line> lines, std::size_t dept
     out.reserve(lines.size() + tables.size());
     for (std::size_t i = 0; i < lines.size();) {
         const auto* const cell = lines[i].cell(depth);
-        if (cell == nullptr) {
+        if (!cell) {
             out.push_back(lines[i++]);
             continue;
         }
@@ -130,12 +130,12 @@ std::vector<Line> Repair::withParagraphsAfterTables(const std::vector<Line>& lin
     for (std::size_t i = 0; i < lines.size(); ++i) {
         out.push_back(lines[i]);
         const auto* const cell = lines[i].cell(depth);
-        if (cell == nullptr) {
+        if (!cell) {
             continue;
         }
         const auto* const next = i + 1 < lines.size() ? lines[i + 1].cell(depth) : nullptr;
         const bool isLast = i + 1 == lines.size();
-        if (isLast || (next != nullptr && (*next)->table != (*cell)->table)) {
+        if (isLast || (next && (*next)->table != (*cell)->table)) {
             ParagraphStyle style{.cells = lines[i].style->cells};
             style.cells.resize(depth);
             out.push_back({{}, made(std::move(style))});

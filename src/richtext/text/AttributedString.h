@@ -11,7 +11,7 @@
 
 namespace korvex::richtext {
 
-/// UTF-16 units of a string.
+/// A part of a string, in UTF-16 units.
 struct TextRange {
     std::size_t location = 0;
     std::size_t length = 0;
@@ -48,14 +48,14 @@ public:
     std::size_t length() const { return m_text.size(); }
     bool isEmpty() const { return m_text.empty(); }
 
-    /// Those of the character at `offset`, of the last one for the end; the default's in an empty
-    /// string.
+    /// The attributes, and the style, of the character at `offset`; at the end those of the last
+    /// character, and in an empty string the default ones.
     const CharacterAttributes& attributesAt(std::size_t offset) const;
     const ParagraphStyle& styleAt(std::size_t offset) const;
     /// The whole paragraph around `offset`, with its line feed.
     TextRange paragraphAt(std::size_t offset) const;
 
-    /// The maximal runs in order. `visit` is called with a CharacterRun.
+    /// Calls `visit` with each maximal CharacterRun, in order.
     template <typename Visit>
     void forEachRun(Visit&& visit) const {
         forEachRun(TextRange{0, length()}, std::forward<Visit>(visit));
@@ -65,12 +65,12 @@ public:
     void forEachRun(TextRange range, Visit&& visit) const {
         visitRuns<CharacterRun>(m_runs, m_attributes, range, visit);
     }
-    /// The maximal runs of equal paragraph styles.
+    /// Calls `visit` with each maximal ParagraphRun of equal styles, in order.
     template <typename Visit>
     void forEachStyleRun(Visit&& visit) const {
         visitRuns<ParagraphRun>(m_paragraphs, m_styles, TextRange{0, length()}, visit);
     }
-    /// Every paragraph in order. `visit` is called with a ParagraphRun of one paragraph.
+    /// Calls `visit` with the ParagraphRun of every single paragraph, in order.
     template <typename Visit>
     void forEachParagraph(Visit&& visit) const {
         std::size_t start = 0;
@@ -160,27 +160,30 @@ private:
         std::vector<std::uint32_t> edited(values.size(), kUnknown);
         Runs newRuns;
         newRuns.reserve(runs.size() + 2);
-        const auto put = [&](std::size_t end, std::uint32_t id, bool isInside) {
-            auto& known = (isInside ? edited : kept)[id];
-            if (known == kUnknown) {
-                T value = values[id];
-                if (isInside) {
-                    edit(value);
-                }
-                known = newValues.idOf(value);
+        const auto keep = [&](std::size_t end, std::uint32_t id) {
+            if (kept[id] == kUnknown) {
+                kept[id] = newValues.idOf(values[id]);
             }
-            extend(newRuns, end, known);
+            extend(newRuns, end, kept[id]);
+        };
+        const auto change = [&](std::size_t end, std::uint32_t id) {
+            if (edited[id] == kUnknown) {
+                auto value = values[id];
+                edit(value);
+                edited[id] = newValues.idOf(value);
+            }
+            extend(newRuns, end, edited[id]);
         };
         std::size_t start = 0;
         for (const Run& run : runs) {
             if (start < range.location) {
-                put(std::min(run.end, range.location), run.id, false);
+                keep(std::min(run.end, range.location), run.id);
             }
             if (run.end > range.location && start < range.end()) {
-                put(std::min(run.end, range.end()), run.id, true);
+                change(std::min(run.end, range.end()), run.id);
             }
             if (run.end > range.end()) {
-                put(run.end, run.id, false);
+                keep(run.end, run.id);
             }
             start = run.end;
         }
@@ -226,7 +229,7 @@ public:
         m_paragraphStart = m_string.m_text.size();
     }
 
-    /// Every paragraph must have ended.
+    /// Every paragraph must have ended before.
     AttributedString take() { return std::move(m_string); }
 
 private:

@@ -15,7 +15,7 @@ namespace korvex::richtext {
 /// equals what was written.
 using Twips = std::int32_t;
 inline constexpr Twips kTwipsPerPoint = 20;
-/// Thousandths of a point: font sizes.
+/// Thousandths of a point, in which sizes of fonts are told.
 using MilliPoints = std::int32_t;
 
 /// Colours that follow the appearance; what they look like is the view's business.
@@ -77,11 +77,12 @@ struct CharacterAttributes {
     Font font;
     LineStyle underline = LineStyle::none;
     LineStyle strikethrough = LineStyle::none;
-    /// The target, as it was given; empty: no link.
+    /// Where a link leads, as it was given; empty for what is no link.
     std::string link;
-    /// The language of a code run, an identifier of `CodeSyntax::languages`; empty: no code.
+    /// The language of a code run, an identifier of `CodeSyntax::languages`; empty for what is no
+    /// code.
     std::string korvexCodeLanguage;
-    /// A code block rather than inline code; only with a language.
+    /// Whether code is a block rather than inline; never set without a language.
     bool korvexCodeBlock = false;
     std::optional<Color> foreground;
     std::optional<Color> background;
@@ -100,7 +101,7 @@ struct TextList {
     /// The number of the first item.
     std::int32_t start = 1;
 
-    /// The value, not the identity.
+    /// Compares the values, not the identities.
     bool operator==(const TextList&) const = default;
 };
 using TextListRef = std::shared_ptr<const TextList>;
@@ -115,11 +116,11 @@ using TextTableRef = std::shared_ptr<const TextTable>;
 
 enum class VerticalAlignment : std::uint8_t { top, middle, bottom };
 
-/// The order of the four sides in arrays.
+/// The sides of a cell, in the order that they have in arrays.
 enum class Side : std::uint8_t { top, left, bottom, right };
 
 struct CellBorder {
-    /// 0: no border.
+    /// Without a width there is no border.
     Twips width = 0;
     std::optional<Color> color;
 
@@ -128,7 +129,7 @@ struct CellBorder {
 
 /// What a cell looks like.
 struct CellGeometry {
-    /// The width of the content; absent: the default width of a column.
+    /// The width of the content; absent where the column has the default width.
     std::optional<Twips> width;
     std::array<Twips, 4> padding{};
     std::array<CellBorder, 4> borders{};
@@ -158,20 +159,21 @@ struct ParagraphStyle {
     TextAlignment alignment = TextAlignment::natural;
     WritingDirection direction = WritingDirection::natural;
     Twips leftIndent = 0;
-    /// Counted from `leftIndent`; negative where the first line hangs out.
+    /// This counts from `leftIndent`; it is negative where the first line hangs out.
     Twips firstLineIndent = 0;
     Twips rightIndent = 0;
     Twips spacingBefore = 0;
     Twips spacingAfter = 0;
-    /// Between two lines.
+    /// The distance between two lines.
     Twips lineSpacing = 0;
-    /// In 240ths of the natural height; 0: natural.
+    /// The height of a line in 240ths of the natural one; 0 for the natural one.
     std::int32_t lineHeightMultiple = 0;
-    /// Positive: at least; negative: exactly; 0: natural.
+    /// A line is at least so high or, where this is negative, exactly; 0 for the natural height.
     Twips lineHeight = 0;
     /// Distances from the left edge, ascending; at most 64.
     std::vector<Twips> tabStops;
-    /// From the outermost list to the one that the paragraph is an item of; at most 9.
+    /// The lists that the paragraph stands in, from the outermost to the one that it is an item of;
+    /// at most 9.
     std::vector<TextListRef> lists;
     /// From the outermost table's cell to the innermost's; at most 16.
     std::vector<TextTableCellRef> cells;

@@ -27,7 +27,6 @@ public:
     }
     const T& operator[](Id id) const { return m_values[id]; }
     std::size_t size() const { return m_values.size(); }
-    const std::vector<T>& values() const { return m_values; }
 
 private:
     /// Up to here comparing costs less than hashing.
@@ -71,7 +70,8 @@ private:
     }
 
     std::vector<T> m_values;
-    /// From a hash to the last value that has it, and from each value to the one before it.
+    /// Leads from a hash to the last value that has it; `m_older` leads from each value to the one
+    /// before it with the same hash.
     tsl::robin_map<std::size_t, Id> m_newest;
     std::vector<Id> m_older;
     Id m_last = 0;

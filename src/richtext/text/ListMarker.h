@@ -41,7 +41,7 @@ constexpr bool isCounting(MarkerFormat format) {
 /// What the format shows for an item: "3", "iii", "•". Numbers that letters or Roman numerals
 /// cannot say are shown as digits.
 std::u16string symbolOf(MarkerFormat format, std::int64_t number);
-/// The whole marker of an item.
+/// The whole marker of an item: its symbol with what stands before and after it.
 std::u16string markerText(const TextList& list, std::int64_t number);
 
 } // namespace korvex::richtext

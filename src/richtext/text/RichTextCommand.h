@@ -29,7 +29,8 @@ struct RichTextAction {
     };
 
     Kind kind;
-    /// Of `heading`: the level, none for normal text. Of `codeLanguage`: the identifier.
+    /// What the kind needs to know: `heading` the level, or none for normal text; `codeLanguage`
+    /// the language's identifier.
     std::variant<std::monostate, HeadingLevel, std::string> value = {};
 
     static RichTextAction heading(std::optional<HeadingLevel> level) {

@@ -19,9 +19,9 @@ namespace korvex::ui {
 
 /// The controls of formatted text, over its editor. They show what the text at the caret looks
 /// like and leave keyboard and selection with the text: a click takes neither, and a control that
-/// was reached by keyboard gives them back: F6 in the text goes to the first control, Escape and F6
-/// bring it back. What does not fit goes into a menu at the end. Main
-/// thread; the editor must outlive the bar.
+/// was reached by keyboard gives them back. F6 in the text goes to the first control, Escape and F6
+/// return. What does not fit goes into a menu at the end. Main thread; the editor must outlive the
+/// bar.
 class FormatBar final : public QToolBar {
     Q_OBJECT
 
@@ -37,9 +37,9 @@ private:
     using IsOn = bool (*)(const FormatState&);
     struct Control {
         QAction* action;
-        /// Empty: it shows its text.
+        /// A control without an icon shows its text.
         QString icon;
-        /// Null: nothing that can be on.
+        /// Null where nothing can be on.
         IsOn isOn;
     };
 
@@ -59,7 +59,7 @@ private:
     void showState();
     void showTableState();
     void applyTheme();
-    /// Where a panel belongs that the control opens.
+    /// The place, in global coordinates, of a panel that the control opens.
     QRect anchorOf(const QAction* action) const;
     QRect caretAnchor() const;
 

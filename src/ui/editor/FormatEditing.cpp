@@ -1,37 +1,23 @@
 #include "ui/editor/FormatEditing.h"
 
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/text/Formatting.h"
 #include "ui/editor/ListEditing.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/kit/Text.h"
 
 #include <QTextEdit>
 
-#include <utility>
-
 namespace korvex::ui {
 
 namespace {
 
 using richtext::CharacterAttributes;
+using richtext::CodeKind;
 using richtext::CodeSyntax;
-using richtext::FontFamily;
 using richtext::HeadingLevel;
 using richtext::LineStyle;
 using richtext::ParagraphStyle;
-
-void makeCode(CharacterAttributes& attributes, std::string_view language, bool isBlock) {
-    const auto code = CodeSyntax::attributes(language, isBlock);
-    attributes.font.family = code.font.family;
-    attributes.font.size = code.font.size;
-    attributes.korvexCodeLanguage = code.korvexCodeLanguage;
-    attributes.korvexCodeBlock = code.korvexCodeBlock;
-}
-
-void removeCode(CharacterAttributes& attributes) {
-    attributes.font.family = FontFamily::system;
-    attributes.korvexCodeLanguage.clear();
-    attributes.korvexCodeBlock = false;
-}
 
 bool isBlockCode(const CharacterAttributes& attributes) {
     return attributes.korvexCodeBlock;
@@ -89,21 +75,21 @@ void remove(CharacterAttributes& attributes, Emphasis emphasis) {
 } // namespace
 
 void FormatEditing::toggle(Emphasis emphasis) {
-    const auto isOn = isEverywhere(
-        m_edit.textCursor(), [&](const CharacterAttributes& each) { return has(each, emphasis); });
-    editSelection(
-        [&](CharacterAttributes& attributes) { (isOn ? remove : add)(attributes, emphasis); });
+    const auto isOn =
+        isEverywhere(m_edit.textCursor(), [&](const auto& each) { return has(each, emphasis); });
+    const auto edit = isOn ? remove : add;
+    editSelection([&](CharacterAttributes& attributes) { edit(attributes, emphasis); });
 }
 
 void FormatEditing::toggleInlineCode() {
     const auto cursor = m_edit.textCursor();
-    const auto isOn = isEverywhere(cursor, [](const auto& each) { return isCode(each); });
+    const auto isOn = isEverywhere(cursor, [](const auto& each) { return countsAsCode(each); });
     const auto level = headingOf(m_edit.document()->findBlock(cursor.selectionStart()));
     editSelection([&](CharacterAttributes& attributes) {
         if (isOn && isInlineCode(attributes)) {
-            attributes = withoutCode(attributes, level);
-        } else if (!isOn && !isCode(attributes)) {
-            makeCode(attributes, CodeSyntax::kPlainText, false);
+            removeCode(attributes, level);
+        } else if (!isOn && !countsAsCode(attributes)) {
+            applyCode(attributes, CodeSyntax::kPlainText, CodeKind::inlineCode);
         }
     });
 }
@@ -120,29 +106,22 @@ void FormatEditing::toggleCodeBlock() {
 void FormatEditing::makeCodeBlock(const QTextCursor& range, const std::string& language) {
     editParagraphs(
         range,
-        [&](CharacterAttributes& attributes) {
-            attributes = CodeSyntax::attributes(language, true);
-            attributes.foreground.reset();
-            attributes.background.reset();
-        },
-        [](ParagraphStyle& style) {
-            style = {.direction = style.direction,
-                     .lineSpacing = CodeSyntax::kBlockLineSpacing,
-                     .cells = style.cells};
-        });
+        [&](CharacterAttributes& attributes) { applyCode(attributes, language, CodeKind::block); },
+        [](ParagraphStyle& style) { applyCodeBlock(style); });
 }
 
 void FormatEditing::setCodeLanguage(const std::string& language) {
     const auto cursor = m_edit.textCursor();
     const auto typed = typedAttributes(cursor);
     const auto edit = [&](CharacterAttributes& attributes) {
-        makeCode(attributes, language, attributes.korvexCodeBlock);
+        applyCode(attributes, language,
+                  attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
     };
-    if (!cursor.hasSelection() && isCode(typed)) {
+    if (!cursor.hasSelection() && countsAsCode(typed)) {
         // The whole piece of code has one language.
         auto run = runAround(cursor, [&](const CharacterAttributes& each) {
-            return isCode(each) && each.korvexCodeBlock == typed.korvexCodeBlock &&
-                   languageOf(each) == languageOf(typed);
+            return countsAsCode(each) && each.korvexCodeBlock == typed.korvexCodeBlock &&
+                   CodeSyntax::language(each) == CodeSyntax::language(typed);
         });
         if (typed.korvexCodeBlock) {
             editParagraphs(run, edit, [](ParagraphStyle&) {});
@@ -163,47 +142,20 @@ void FormatEditing::setCodeLanguage(const std::string& language) {
 void FormatEditing::setHeading(std::optional<HeadingLevel> level) {
     editParagraphs(
         m_edit.textCursor(),
-        [&](CharacterAttributes& attributes) {
-            if (isInlineCode(attributes)) {
-                return; // keeps its own font, in a heading too
-            }
-            const auto isItalic = attributes.font.isItalic;
-            removeCode(attributes);
-            attributes.font = level ? richtext::fontOf(*level) : richtext::Font();
-            attributes.font.isItalic = isItalic;
-        },
-        [&](ParagraphStyle& style) {
-            style.spacingBefore = level ? richtext::spacingBeforeOf(*level) : 0;
-            style.lineSpacing = 0;
-        });
+        [&](CharacterAttributes& attributes) { applyHeading(level, attributes); },
+        [&](ParagraphStyle& style) { applyHeading(level, style); });
 }
 
 void FormatEditing::makeBodyText(const QTextCursor& range) {
     editParagraphs(
-        range,
-        [](CharacterAttributes& attributes) {
-            if (attributes.korvexCodeBlock) {
-                removeCode(attributes);
-            }
-            if (richtext::headingLevel(attributes.font)) {
-                attributes.font = {.isItalic = attributes.font.isItalic};
-            }
-        },
-        [](ParagraphStyle& style) {
-            style.spacingBefore = 0;
-            style.lineSpacing = 0;
-        });
+        range, [](CharacterAttributes& attributes) { applyBodyText(attributes); },
+        [](ParagraphStyle& style) { applyBodyText(style); });
 }
 
 void FormatEditing::clear() {
     editParagraphs(
-        m_edit.textCursor(),
-        [](CharacterAttributes& attributes) {
-            attributes = {.link = std::exchange(attributes.link, {})};
-        },
-        [](ParagraphStyle& style) {
-            style = {.direction = style.direction, .cells = style.cells};
-        });
+        m_edit.textCursor(), [](CharacterAttributes& attributes) { clearFormats(attributes); },
+        [](ParagraphStyle& style) { clearFormats(style); });
 }
 
 void FormatEditing::setLink(const QString& target) {

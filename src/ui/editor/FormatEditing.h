@@ -28,20 +28,19 @@ public:
     /// Takes it away where all of the selection has it. A heading stays bold, being a heading.
     void toggle(Emphasis emphasis);
     void toggleInlineCode();
-    /// Of a caret in a code block, all of that becomes body text.
+    /// From a caret in a code block, the whole block becomes body text.
     void toggleCodeBlock();
-    /// Of a caret in code, all of that piece of code is in this language. What is no code becomes
-    /// a code block.
+    /// A caret in code stands for the whole piece of code. What is no code becomes a code block.
     void setCodeLanguage(const std::string& language);
-    /// Absent: body text.
+    /// Without a level the paragraphs become body text.
     void setHeading(std::optional<richtext::HeadingLevel> level);
-    /// Neither heading nor code; what is bold or a link stays so. Of the paragraphs that the range
-    /// touches.
+    /// The paragraphs that the range touches are neither headings nor code blocks afterwards; what
+    /// else is bold, a link or inline code stays so.
     void makeBodyText(const QTextCursor& range);
-    /// Neither heading, code, list nor emphasis; links stay.
+    /// Takes away headings, code, lists and emphasis; links stay.
     void clear();
-    /// Over the selection, or the link that the caret stands in; empty: takes it away. Without a
-    /// selection and a link the target itself is inserted.
+    /// The selection, or the link that the caret stands in, leads to the target; an empty one takes
+    /// the link away. Where there is neither, the target itself is inserted as a link.
     void setLink(const QString& target);
 
 private:
@@ -49,9 +48,9 @@ private:
     using StyleEdit = std::function<void(richtext::ParagraphStyle&)>;
 
     void makeCodeBlock(const QTextCursor& range, const std::string& language);
-    /// Of the selection; of a caret what is typed next.
+    /// Changes what is selected, or what is typed next.
     void editSelection(const AttributesEdit& edit);
-    /// Whole paragraphs, those that the range touches.
+    /// Changes the whole of each paragraph that the range touches, and what is typed next.
     void editParagraphs(const QTextCursor& range, const AttributesEdit& editEach,
                         const StyleEdit& editStyle);
     void editTyped(const AttributesEdit& edit);

@@ -1,5 +1,7 @@
 #include "ui/editor/FormatState.h"
 
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/text/Formatting.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/kit/Text.h"
 
@@ -36,9 +38,9 @@ FormatState formatStateOf(const QTextCursor& cursor) {
         show(first);
     }
     state.heading = richtext::headingLevel(first.font);
-    state.isCode = isCode(first);
+    state.isCode = countsAsCode(first);
     state.isCodeBlock = first.korvexCodeBlock;
-    state.codeLanguage = toQString(languageOf(first));
+    state.codeLanguage = toQString(richtext::CodeSyntax::language(first));
     state.list = listKindOf(cursor.document()->findBlock(cursor.selectionStart()));
     state.isInTable = cursor.currentTable() != nullptr;
     state.link = toQString(first.link);

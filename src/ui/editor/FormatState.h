@@ -17,7 +17,7 @@ struct FormatState {
     bool isItalic = false;
     bool isUnderlined = false;
     bool isStruckThrough = false;
-    /// Inline code or a block; then `codeLanguage` is its identifier.
+    /// Code is inline or a block; `codeLanguage` is the identifier of its language.
     bool isCode = false;
     bool isCodeBlock = false;
     QString codeLanguage;

@@ -18,14 +18,14 @@ namespace korvex::ui {
 enum class ListKind { none, bulleted, numbered, other };
 enum class Nesting { deeper, shallower };
 
-/// From the outermost list to the one that the block is an item of.
+/// The lists around a block, from the outermost to the one that it is an item of.
 std::vector<richtext::TextListRef> listsOf(const QTextBlock& block);
-/// Of the innermost list.
+/// The kind of the innermost list.
 ListKind listKindOf(const QTextBlock& block);
 
-/// The lists among it, but not the cells.
+/// The style includes the lists of the paragraph, but not its cells.
 richtext::ParagraphStyle paragraphStyleOf(const QTextBlock& block);
-/// Lists are found by the objects that they stand for, in all of the document.
+/// The paragraph joins the drawn list that stands for the same objects, or begins one.
 void setParagraphStyle(const QTextBlock& block, const richtext::ParagraphStyle& style,
                        const TextLook& look);
 

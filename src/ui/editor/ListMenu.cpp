@@ -11,7 +11,7 @@ namespace korvex::ui {
 
 namespace {
 
-/// The innermost list at the caret; empty: none.
+/// The marker of the innermost list at the caret, or empty.
 QString listMarkerAt(const QTextCursor& caret) {
     const auto lists = listsOf(caret.block());
     return lists.empty() ? QString() : toQString(lists.back()->marker);

@@ -75,7 +75,7 @@ void RichTextEdit::setLook(const TextLook& look) {
 }
 
 void RichTextEdit::setContent(const richtext::AttributedString& text) {
-    // Named in full: QTextEdit has one for texts of its own.
+    // The name is full since QTextEdit has a function of that name.
     ui::setText(*document(), text, look());
     document()->clearUndoRedoStacks();
     document()->setModified(false);
@@ -183,7 +183,7 @@ void RichTextEdit::setLink(const QString& target) {
 }
 
 void RichTextEdit::toggleList(const QString& marker) {
-    // Named in full: the list is the document's.
+    // The name is full since this function has the same.
     ui::toggleList(textCursor(), marker, look());
     updateState();
 }
@@ -221,7 +221,7 @@ void RichTextEdit::pastePlainText() {
     }
 }
 
-/// Into code goes what it says only.
+/// Into code goes only what the text says.
 void RichTextEdit::insertPasted(const richtext::AttributedString& text) {
     auto attributes = typedAttributes(textCursor());
     attributes.link.clear();

@@ -36,14 +36,14 @@ public:
     /// the command says ask for it first: `linkRequested`, `tableRequested`, `listsRequested`.
     void perform(const richtext::RichTextCommand& command);
 
-    /// Over the selection, or the link that the caret stands in; empty: takes it away. Without a
-    /// selection and a link the target itself is inserted.
+    /// The selection, or the link that the caret stands in, leads to the target; an empty one takes
+    /// the link away. Where there is neither, the target itself is inserted as a link.
     void setLink(const QString& target);
     /// `marker` as TextList has it; the same marker again ends the list.
     void toggleList(const QString& marker);
-    /// In the place of the selection. False, and announced, when the entry would be too long.
+    /// Takes the place of the selection. False, and announced, when the entry would be too long.
     bool insert(const richtext::AttributedString& text);
-    /// What the clipboard holds, without its formats.
+    /// Inserts what the clipboard holds, without its formats.
     void pastePlainText();
 
     /// Whether this may take the place of the selection; a refusal is announced.
@@ -64,7 +64,7 @@ Q_SIGNALS:
     /// What was pasted is no text but something to attach.
     void attachmentsPasted(const QMimeData* offered);
     void escaped();
-    /// Out of the text, up (-1) or down (1).
+    /// The caret is to leave the text, up (-1) or down (1).
     void walked(int direction);
     /// The entry is to become two, here.
     void splitRequested();

@@ -1,23 +1,14 @@
 #include "ui/editor/RichTextRuns.h"
 
+#include "richtext/code/CodeSyntax.h"
+#include "richtext/text/Formatting.h"
+
 #include <QTextTable>
 
 namespace korvex::ui {
 
 using richtext::CharacterAttributes;
-
-CharacterAttributes withoutCode(CharacterAttributes attributes,
-                                std::optional<richtext::HeadingLevel> level) {
-    attributes.font.family = richtext::FontFamily::system;
-    attributes.korvexCodeLanguage.clear();
-    attributes.korvexCodeBlock = false;
-    if (level) {
-        const auto isItalic = attributes.font.isItalic;
-        attributes.font = richtext::fontOf(*level);
-        attributes.font.isItalic = isItalic;
-    }
-    return attributes;
-}
+using richtext::CodeSyntax;
 
 std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block) {
     const auto first = block.begin();
@@ -78,9 +69,9 @@ CharacterAttributes typedBesideRuns(const QTextCursor& caret) {
         wanted.link.clear();
     }
     const auto isInCode = isBetween && isInlineCode(*before) && isInlineCode(*after) &&
-                          languageOf(*before) == languageOf(*after);
+                          CodeSyntax::language(*before) == CodeSyntax::language(*after);
     if (isInlineCode(typed) && !isInCode) {
-        wanted = withoutCode(wanted, headingOf(caret.block()));
+        richtext::removeCode(wanted, headingOf(caret.block()));
     }
     return wanted;
 }
@@ -99,7 +90,7 @@ bool isEverywhere(const QTextCursor& range, const AttributesTest& test) {
             return false;
         }
     }
-    // Of empty paragraphs their ends speak.
+    // The ends of empty paragraphs speak for them.
     return hasText ||
            test(attributesOf(range.document()->findBlock(range.selectionStart()).charFormat()));
 }
@@ -109,7 +100,7 @@ QTextCursor runAround(const QTextCursor& range, const AttributesTest& test) {
     const auto first = document.findBlock(range.selectionStart());
     auto start = range.selectionStart();
     auto end = range.selectionEnd();
-    // Of one block, from `at` on to either side; whether the block's edge was reached.
+    // Both go on within one block, and say whether they reached its edge.
     const auto extendBack = [&](const QTextBlock& block) {
         forEachStretch(block, block.position(), start,
                        [&, from = block.position()](int, int stretchEnd,

@@ -1,42 +1,21 @@
 #pragma once
 
-#include "richtext/code/CodeSyntax.h"
 #include "richtext/text/HeadingLevel.h"
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 namespace korvex::ui {
 
-/// Walks over the blocks and runs of a document under edit, and what their attributes mean. Main
-/// thread.
+/// Walks over the blocks and runs of a document under edit, and what stands around a place in it.
+/// Main thread.
 
 using AttributesTest = std::function<bool(const richtext::CharacterAttributes&)>;
 
-/// Text in a fixed-pitch font counts as code too, without a language of its own.
-inline bool isCode(const richtext::CharacterAttributes& attributes) {
-    return attributes.isCode() || attributes.font.family == richtext::FontFamily::monospaced;
-}
-
-inline bool isInlineCode(const richtext::CharacterAttributes& attributes) {
-    return isCode(attributes) && !attributes.korvexCodeBlock;
-}
-
-inline std::string languageOf(const richtext::CharacterAttributes& attributes) {
-    return isCode(attributes) && !attributes.isCode()
-               ? std::string(richtext::CodeSyntax::kAutomatic)
-               : attributes.korvexCodeLanguage;
-}
-
-/// What a character of a heading, or of body text, is without the code that it is in.
-richtext::CharacterAttributes withoutCode(richtext::CharacterAttributes attributes,
-                                          std::optional<richtext::HeadingLevel> level);
-
-/// By the first character, of an empty paragraph by what is typed into it.
+/// The first character tells it, in an empty paragraph what is typed into it.
 std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block);
 
 inline bool isEmpty(const QTextBlock& block) {

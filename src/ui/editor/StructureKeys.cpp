@@ -1,7 +1,6 @@
 #include "ui/editor/StructureKeys.h"
 
-#include "ui/editor/FormatEditing.h"
-#include "ui/editor/ListEditing.h"
+#include "richtext/text/Formatting.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/editor/TableEditing.h"
@@ -71,7 +70,7 @@ void StructureKeys::handleReturn(Qt::KeyboardModifiers modifiers) {
         auto attributes = attributesOf(cursor.charFormat());
         attributes.link.clear();
         if (attributes.isCode() && !attributes.korvexCodeBlock) {
-            attributes = withoutCode(attributes, headingOf(cursor.block()));
+            richtext::removeCode(attributes, headingOf(cursor.block()));
         }
         cursor.insertBlock(cursor.blockFormat(), charFormatOf(attributes, m_edit.look()));
         if (wasHeading && (wasAtStart || wasAtEnd)) {

@@ -29,7 +29,7 @@ struct Place {
 /// A table of the document as the model has it.
 struct ReadTable {
     Grid grid;
-    /// From the first cell to the last, in the document's text.
+    /// The text of the document from the first cell to the last.
     richtext::TextRange range;
     /// How many tables are around it.
     std::size_t depth = 0;
@@ -66,7 +66,7 @@ AttributedString leadOf(const QTextTable& table, const AttributedString& text) {
     return text.slice({before, offsetOf(*table.document(), table.firstPosition()) - before});
 }
 
-/// From the grid's start, in UTF-16 units.
+/// Counted from the grid's start, in UTF-16 units.
 std::size_t offsetOf(const Grid& grid, Place place) {
     std::size_t result = 0;
     for (int row = 0; row <= place.row; ++row) {
@@ -104,7 +104,7 @@ struct Step {
     Place caret;
 };
 
-/// For all actions but `deleteTable`.
+/// Knows all actions but `deleteTable`.
 Step stepFor(TableAction action, Place at, const QTextTable& table) {
     const auto [row, column] = at;
     const auto lastRow = table.rows() - 1;

@@ -3,6 +3,7 @@
 #include "model/EntryContentLimit.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/kit/Text.h"
+#include "ui/todos/RowText.h"
 
 #include <algorithm>
 #include <functional>
@@ -117,12 +118,8 @@ int EntryListModel::rowOf(RowKind kind) const {
 QString EntryListModel::text(int row) const {
     switch (kind(row)) {
     case RowKind::entry:
-    case RowKind::completed: {
-        const auto& content = entry(row)->content();
-        const auto shown = model::EntryContentLimit::preview(content);
-        const auto text = toQString(shown);
-        return shown.size() < content.size() ? text + QStringLiteral("…") : text;
-    }
+    case RowKind::completed:
+        return previewOf(entry(row)->content());
     case RowKind::draft:
         return {};
     case RowKind::newTodo:

@@ -1,9 +1,9 @@
 #include "ui/overview/TodoGroupModel.h"
 
-#include "model/EntryContentLimit.h"
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
+#include "ui/todos/RowText.h"
 
 #include <algorithm>
 #include <utility>
@@ -187,10 +187,7 @@ QString TodoGroupModel::text(int row) const {
     if (isHeading(row)) {
         return heading(row).title;
     }
-    const auto& content = entry(row)->content();
-    const auto shown = model::EntryContentLimit::preview(content);
-    const auto text = toQString(shown);
-    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
+    return previewOf(entry(row)->content());
 }
 
 QString TodoGroupModel::completionText(int row) const {

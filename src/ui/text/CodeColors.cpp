@@ -1,5 +1,7 @@
 #include "ui/text/CodeColors.h"
 
+#include "richtext/code/CodePieces.h"
+#include "ui/kit/Text.h"
 #include "ui/text/TextFormats.h"
 
 #include <QTextBlock>
@@ -20,41 +22,36 @@ using Ranges = QList<QTextLayout::FormatRange>;
 /// So long the keys must rest before code is analysed anew.
 constexpr auto kPause = 120ms;
 
-/// A stretch of code in one language and where it stands.
-struct Piece {
-    struct Part {
-        QTextBlock block;
-        /// In the block, and in the piece's text.
-        int start;
-        int length;
-        int offset;
-    };
-    QString language;
-    bool isBlock = false;
-    QString text;
+std::u16string_view unitsOf(const QString& text) {
+    return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())};
+}
+
+std::string languageOf(const QTextCharFormat& format) {
+    return toUtf8(format.stringProperty(kCodeLanguageProperty));
+}
+
+/// A run of code: where it stands in its block, and in its piece.
+struct Part {
+    QTextBlock block;
+    int start = 0;
+    int length = 0;
+    richtext::CodePieces::Place place;
+};
+
+struct Code {
+    richtext::CodePieces pieces;
     std::vector<Part> parts;
 };
 
-/// The maximal stretches of code, in order. As in the text, ends of paragraphs belong to them.
-std::vector<Piece> piecesOf(const QTextDocument& document) {
-    std::vector<Piece> pieces;
-    bool isOpen = false;
+/// The code of a document, in order. As in the text, ends of paragraphs belong to it.
+Code codeOf(const QTextDocument& document) {
+    Code result;
     const auto add = [&](const QTextBlock& block, const QTextCharFormat& format, int start,
                          const QString& text) {
-        const auto language = format.stringProperty(kCodeLanguageProperty);
-        if (language.isEmpty()) {
-            isOpen = false;
-            return;
+        const auto place = result.pieces.add(unitsOf(text), languageOf(format));
+        if (place) {
+            result.parts.push_back({block, start, static_cast<int>(text.size()), *place});
         }
-        const bool isBlock = format.boolProperty(kCodeBlockProperty);
-        if (!isOpen || pieces.back().language != language || pieces.back().isBlock != isBlock) {
-            pieces.push_back({language, isBlock, {}, {}});
-            isOpen = true;
-        }
-        auto& piece = pieces.back();
-        piece.parts.push_back(
-            {block, start, static_cast<int>(text.size()), static_cast<int>(piece.text.size())});
-        piece.text += text;
     };
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
         for (auto it = block.begin(); !it.atEnd(); ++it) {
@@ -66,30 +63,21 @@ std::vector<Piece> piecesOf(const QTextDocument& document) {
             add(block, block.charFormat(), block.length() - 1, QStringLiteral("\n"));
         }
     }
-    return pieces;
+    return result;
 }
 
-/// The colours of one part of a piece, counted from the start of its block.
-void append(Ranges& ranges, const Piece::Part& part, const std::vector<richtext::ScopeRun>& scopes,
+/// The colours of a part, counted from the start of its block.
+void append(Ranges& ranges, const Part& part, const std::vector<richtext::ScopeRun>& scopes,
             const TextLook& look) {
-    const auto first =
-        std::partition_point(scopes.begin(), scopes.end(), [&](const richtext::ScopeRun& scope) {
-            return static_cast<int>(scope.range.end()) <= part.offset;
-        });
-    for (auto scope = first; scope != scopes.end(); ++scope) {
-        const int from = std::max(static_cast<int>(scope->range.location), part.offset);
-        const int to = std::min(static_cast<int>(scope->range.end()), part.offset + part.length);
-        if (static_cast<int>(scope->range.location) >= part.offset + part.length) {
-            break;
-        }
-        if (from < to && scope->color != richtext::SystemColor::label) {
+    const richtext::TextRange inPiece{part.place.offset, static_cast<std::size_t>(part.length)};
+    richtext::forEachColor(
+        scopes, inPiece, [&](richtext::TextRange colored, richtext::SystemColor color) {
             QTextLayout::FormatRange range;
-            range.start = part.start + from - part.offset;
-            range.length = to - from;
-            range.format.setForeground(look.foreground(richtext::Color::named(scope->color)));
+            range.start = part.start + static_cast<int>(colored.location);
+            range.length = static_cast<int>(colored.length);
+            range.format.setForeground(look.foreground(richtext::Color::named(color)));
             ranges.append(range);
-        }
-    }
+        });
 }
 
 /// The colours that each block is to have, in the order of the document.
@@ -104,17 +92,18 @@ struct Wanted {
 bool colorCode(QTextDocument& document, richtext::CodeHighlighter& code, const TextLook& look) {
     bool isComplete = true;
     std::vector<Wanted> wanted;
-    for (const auto& piece : piecesOf(document)) {
-        const std::u16string_view text(reinterpret_cast<const char16_t*>(piece.text.utf16()),
-                                       static_cast<std::size_t>(piece.text.size()));
-        const auto* const scopes = code.scopes(text, piece.language.toStdString());
+    const auto [pieces, parts] = codeOf(document);
+    auto part = parts.begin();
+    for (std::size_t i = 0; i < pieces.pieces().size(); ++i) {
+        const auto& piece = pieces.pieces()[i];
+        const auto* const scopes = code.scopes(piece.code, piece.language);
         isComplete = isComplete && scopes;
-        for (const auto& part : piece.parts) {
-            if (wanted.empty() || wanted.back().block != part.block) {
-                wanted.push_back({part.block, {}});
+        for (; part != parts.end() && part->place.piece == i; ++part) {
+            if (wanted.empty() || wanted.back().block != part->block) {
+                wanted.push_back({part->block, {}});
             }
             if (scopes) {
-                append(wanted.back().ranges, part, *scopes, look);
+                append(wanted.back().ranges, *part, *scopes, look);
             } else {
                 wanted.back().isAwaited = true;
             }

@@ -1,5 +1,6 @@
 #include "ui/text/TextDocumentWriter.h"
 
+#include "richtext/text/Formatting.h"
 #include "ui/kit/Text.h"
 
 #include <QTextDocument>
@@ -291,15 +292,7 @@ const CharacterAttributes& TextDocumentWriter::endOf(const Paragraph& paragraph)
 }
 
 Ground TextDocumentWriter::groundOf(const Paragraph& paragraph) const {
-    auto range = paragraph.range;
-    if (paragraph.hasFeed && range.length > 1) {
-        --range.length;
-    }
-    bool isCode = true;
-    m_text->forEachRun(range, [&](const AttributedString::CharacterRun& run) {
-        isCode = isCode && run.attributes.korvexCodeBlock;
-    });
-    return isCode ? Ground::code : Ground::plain;
+    return richtext::isCodeBlock(*m_text, paragraph.range) ? Ground::code : Ground::plain;
 }
 
 std::optional<TextDocumentWriter::Table> TextDocumentWriter::tableOf(Paragraphs paragraphs,

@@ -93,12 +93,12 @@ protected:
             return result;
         }
         if (block.nonBreakableLines()) {
-            return CodeSyntax::attributes(CodeSyntax::kAutomatic, true);
+            return CodeSyntax::attributes(CodeSyntax::kAutomatic, CodeKind::block);
         }
         result = attributesOf(format);
         if (isMonospaced(format)) {
             const auto link = result.link;
-            result = CodeSyntax::attributes(CodeSyntax::kPlainText, false);
+            result = CodeSyntax::attributes(CodeSyntax::kPlainText, CodeKind::inlineCode);
             result.link = link;
             return result;
         }
@@ -107,9 +107,7 @@ protected:
         }
         const auto level = levelOf(block) ? levelOf(block) : levelOf(format);
         if (level) {
-            const bool isItalic = result.font.isItalic;
-            result.font = fontOf(*level);
-            result.font.isItalic = isItalic;
+            applyHeading(level, result);
         }
         return result;
     }
@@ -126,7 +124,7 @@ protected:
             result.direction = read.direction;
         }
         if (const auto level = levelOf(format)) {
-            result.spacingBefore = spacingBeforeOf(*level);
+            applyHeading(level, result);
         }
         return result;
     }

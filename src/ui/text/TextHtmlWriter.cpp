@@ -1,4 +1,4 @@
-#include "richtext/text/HeadingLevel.h"
+#include "richtext/text/Formatting.h"
 #include "richtext/text/ListMarker.h"
 #include "ui/kit/Text.h"
 #include "ui/text/TextHtml.h"
@@ -36,6 +36,7 @@ public:
 
 private:
     void write(TextRange range, const ParagraphStyle& style) {
+        const bool isCode = isCodeBlock(m_text, range);
         if (m_text.text()[range.end() - 1] == u'\n') {
             --range.length;
         }
@@ -45,7 +46,6 @@ private:
             leaveCells(style.cells);
             enterCells(style.cells);
         }
-        const bool isCode = isCodeBlock(range);
         if (!isCode) {
             leaveCode();
         }
@@ -73,7 +73,7 @@ private:
 
     void writeRun(const QString& text, const CharacterAttributes& attributes) {
         QStringList tags;
-        if (attributes.isCode() || attributes.font.family == FontFamily::monospaced) {
+        if (countsAsCode(attributes)) {
             tags.append(QStringLiteral("code"));
         }
         if (attributes.font.isBold && !headingLevel(attributes.font)) {
@@ -185,14 +185,6 @@ private:
             return QStringLiteral("h%1").arg(static_cast<int>(*level));
         }
         return style.lists.empty() ? QStringLiteral("p") : QString();
-    }
-    bool isCodeBlock(TextRange range) const {
-        bool isCode = true;
-        m_text.forEachRun({range.location, std::max<std::size_t>(range.length, 1)},
-                          [&](const AttributedString::CharacterRun& run) {
-                              isCode = isCode && run.attributes.korvexCodeBlock;
-                          });
-        return isCode;
     }
     QString units(TextRange range) const {
         return toQString(std::u16string_view(m_text.text()).substr(range.location, range.length));

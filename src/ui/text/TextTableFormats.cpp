@@ -1,8 +1,11 @@
+#include "richtext/table/RichTextTable.h"
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -58,15 +61,37 @@ bool haveAllOneFrame(const std::vector<TextTableCellRef>& cells) {
     });
 }
 
-/// Of the whole column, in pixels; Qt counts padding and borders in.
-double columnWidthOf(const CellGeometry& geometry, double border, const TextLook& look) {
-    constexpr Twips kDefault = 120 * kTwipsPerPoint;
-    constexpr Twips kWidest = 2'000 * kTwipsPerPoint;
-    return std::ceil(
-        look.pixels(std::clamp(geometry.width.value_or(kDefault), kTwipsPerPoint, kWidest)) +
-        paddingOf(geometry, static_cast<std::size_t>(Side::left), look) +
-        paddingOf(geometry, static_cast<std::size_t>(Side::right), look) + border);
-}
+/// The columns of a table as Qt wants their widths: in pixels, with paddings and borders.
+class ColumnPixels {
+public:
+    explicit ColumnPixels(std::size_t columns) : m_widths(columns), m_paddings(columns) {}
+
+    /// Cells come in the order of the text.
+    void add(const TextTableCell& cell, const TextLook& look) {
+        RichTextTable::noteWidth(m_widths, cell);
+        if (cell.columnSpan == 1) {
+            auto& padding = m_paddings[static_cast<std::size_t>(cell.column)];
+            padding = std::max(
+                padding, paddingOf(cell.geometry, static_cast<std::size_t>(Side::left), look) +
+                             paddingOf(cell.geometry, static_cast<std::size_t>(Side::right), look));
+        }
+    }
+    QList<QTextLength> constraints(double border, double outerBorder, const TextLook& look) const {
+        QList<QTextLength> result;
+        for (std::size_t i = 0; i < m_widths.size(); ++i) {
+            const double content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
+            // The first has a border on its left, too.
+            result.append(
+                QTextLength(QTextLength::FixedLength, std::ceil(content + m_paddings[i] + border) +
+                                                          (i == 0 ? outerBorder : 0)));
+        }
+        return result;
+    }
+
+private:
+    std::vector<std::optional<Twips>> m_widths;
+    std::vector<double> m_paddings;
+};
 
 /// Whether the line on that side is the cell's to draw: of two neighbours the upper or left one
 /// does.
@@ -106,21 +131,11 @@ TableFormats::TableFormats(const std::vector<TextTableCellRef>& cells, const Tex
     m_table.setLeftMargin(outerBorder);
     m_table.setTopMargin(look.pixels(kAround) + outerBorder);
     m_table.setBottomMargin(look.pixels(kAround) + outerBorder);
-    std::vector<double> widths(static_cast<std::size_t>(table->columns), 0);
+    ColumnPixels columns(static_cast<std::size_t>(table->columns));
     for (const auto& cell : cells) {
-        if (cell->columnSpan == 1) {
-            auto& width = widths[static_cast<std::size_t>(cell->column)];
-            width = std::max(width, columnWidthOf(cell->geometry, border, look));
-        }
+        columns.add(*cell, look);
     }
-    QList<QTextLength> constraints;
-    for (const double width : widths) {
-        const double drawn = width > 0 ? width : columnWidthOf(CellGeometry{}, border, look);
-        // The first has a border on its left, too.
-        constraints.append(QTextLength(QTextLength::FixedLength,
-                                       drawn + (constraints.isEmpty() ? outerBorder : 0)));
-    }
-    m_table.setColumnWidthConstraints(constraints);
+    m_table.setColumnWidthConstraints(columns.constraints(border, outerBorder, look));
 }
 
 void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& format) const {

@@ -1,5 +1,8 @@
 #include "ui/todos/RowText.h"
 
+#include "model/EntryContentLimit.h"
+#include "ui/kit/Text.h"
+
 #include <QTextOption>
 
 #include <cmath>
@@ -22,6 +25,12 @@ int layOut(QTextLayout& text, int width) {
 }
 
 } // namespace
+
+QString previewOf(std::string_view content) {
+    const auto shown = model::EntryContentLimit::preview(content);
+    const auto text = toQString(shown);
+    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
+}
 
 std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));

@@ -5,6 +5,7 @@
 #include <QTextLayout>
 
 #include <memory>
+#include <string_view>
 
 namespace korvex::ui {
 
@@ -15,6 +16,8 @@ struct TextArrangement {
     int textWidth = 0;
     int textHeight = 0;
 };
+/// An entry's text as lists show it: of one that is over the limit only the beginning.
+QString previewOf(std::string_view content);
 /// A text as a row shows it, in its own direction; still without lines.
 std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme);
 /// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of

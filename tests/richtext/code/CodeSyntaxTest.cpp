@@ -29,10 +29,6 @@ using testing::IsEmpty;
 constexpr auto kUnavailable = "Bundled code highlighter unavailable";
 constexpr auto kFailed = "Bundled code highlighter failed to initialize";
 
-AttributedString code(std::u16string_view text, std::string_view language, bool isBlock = false) {
-    return CodeSyntax::applying(language, isBlock, AttributedString(text));
-}
-
 /// Gives the same answer to every call.
 ScriptEngineFactory answering(ScriptEngine::Value value) {
     return ScriptedEngine::factory({.call = [value](auto, auto&) { return value; }});
@@ -69,42 +65,10 @@ TEST(CodeSyntax, OnlyWholeIdentifiersAreKnown) {
     }
 }
 
-TEST(CodeSyntax, CodeTakesItsLookAndKeepsTheRest) {
-    CharacterAttributes before{.font = {.isBold = true, .size = 20'000},
-                               .underline = LineStyle::single,
-                               .link = "https://korvex.example",
-                               .korvexCodeLanguage = "swift",
-                               .korvexCodeBlock = true,
-                               .foreground = Color{.red = 200}};
-    const AttributedString text(u"one\ntwo", before, {.spacingAfter = 40});
-
-    const auto block = CodeSyntax::applying("cpp", true, text);
-    auto expected = CodeSyntax::attributes("cpp", true);
-    expected.underline = LineStyle::single;
-    expected.link = "https://korvex.example";
-    EXPECT_EQ(block.attributesAt(0), expected);
-    EXPECT_EQ(block.attributesAt(6), expected);
-    EXPECT_EQ(expected.font, (Font{.family = FontFamily::monospaced}));
-    EXPECT_EQ(expected.foreground, Color::named(SystemColor::label));
-    EXPECT_EQ(expected.background, Color::named(SystemColor::quaternaryLabel));
-    EXPECT_EQ(block.styleAt(5), (ParagraphStyle{.spacingAfter = 40, .lineSpacing = 60}));
-    EXPECT_TRUE(CodeSyntax::isBlock(block));
-
-    const auto inlineCode = CodeSyntax::applying("cpp", false, block);
-    EXPECT_FALSE(CodeSyntax::isBlock(inlineCode));
-    EXPECT_EQ(inlineCode.styleAt(5), (ParagraphStyle{.spacingAfter = 40}));
-}
-
 TEST(CodeSyntax, MonospacedTextWithoutALanguageCountsAsAutomatic) {
-    AttributedString text(u"plain");
-    text.append(u"mono", {.font = {.family = FontFamily::monospaced}}, {});
-    text.append(code(u"code", "rust"));
-
-    EXPECT_EQ(CodeSyntax::language(text, 4), "");
-    EXPECT_EQ(CodeSyntax::language(text, 5), "auto");
-    EXPECT_EQ(CodeSyntax::language(text, 9), "rust");
-    EXPECT_EQ(CodeSyntax::language(text, text.length()), "rust");
-    EXPECT_EQ(CodeSyntax::language(AttributedString(), 0), "");
+    EXPECT_EQ(CodeSyntax::language({}), "");
+    EXPECT_EQ(CodeSyntax::language({.font = {.family = FontFamily::monospaced}}), "auto");
+    EXPECT_EQ(CodeSyntax::language(CodeSyntax::attributes("rust", CodeKind::block)), "rust");
 }
 
 TEST(CodeSyntax, AMissingOrFailingEngineOnlyTakesTheColours) {
@@ -133,14 +97,10 @@ TEST(CodeSyntax, AMissingOrFailingEngineOnlyTakesTheColours) {
         RecordingLog log;
         log.expectError(each.logged);
         CodeSyntax syntax(each.factory, each.resources, log);
-        const auto text = code(u"return 1;", "cpp", true);
         for (int i = 0; i < 2; ++i) {
-            EXPECT_TRUE(syntax.highlighted(text).isEquivalentTo(text));
             EXPECT_THAT(syntax.scopes(u"return 1;", "cpp"), IsEmpty());
             EXPECT_EQ(syntax.languages(), CodeSyntax::firstLanguages());
         }
-        EXPECT_EQ(syntax.title("auto"), "Automatic");
-        EXPECT_EQ(syntax.title("cpp"), "cpp");
         EXPECT_EQ(log.lines().size(), 1U);
     }
 }
@@ -205,38 +165,6 @@ TEST(CodeSyntax, GoodRunsAmongBadOnesKeepTheirPlaces) {
                             ScopeRun{{8, 2}, SystemColor::green}));
 }
 
-TEST(CodeSyntax, EachMaximalRunIsAnalysedAloneAndOnlyColoursChange) {
-    RecordingLog log;
-    std::vector<std::u16string> analysed;
-    CodeSyntax syntax(ScriptedEngine::factory({.call =
-                                                   [&](auto, const auto& arguments) {
-                                                       analysed.push_back(
-                                                           std::u16string(arguments[0]) + u"/" +
-                                                           std::u16string(arguments[1]));
-                                                       return ScriptedEngine::array(
-                                                           {ScriptedEngine::run(1, 1, "number")});
-                                                   }}),
-                      &ScriptedEngine::library, log);
-
-    AttributedString text(u"say ");
-    auto linked = code(u"ab", "cpp");
-    linked.editAttributes({1, 1}, [](auto& run) { run.link = "x"; });
-    text.append(linked);
-    text.append(code(u"cd\n", "java"));
-    text.append(code(u"ef\ngh", "java", true));
-    text.append(code(u"plain", "plaintext"));
-
-    const auto colored = syntax.highlighted(text);
-    EXPECT_THAT(analysed, ElementsAre(u"ab/cpp", u"cd\nef\ngh/java"));
-    EXPECT_EQ(colored.text(), text.text());
-    auto expected = text;
-    for (const std::size_t orange : {5U, 7U}) {
-        expected.editAttributes(
-            {orange, 1}, [](auto& run) { run.foreground = Color::named(SystemColor::orange); });
-    }
-    EXPECT_TRUE(colored.isEquivalentTo(expected));
-}
-
 TEST(CodeSyntax, CodeOverTheLimitIsNotAnalysed) {
     RecordingLog log;
     int calls = 0;
@@ -252,11 +180,6 @@ TEST(CodeSyntax, CodeOverTheLimitIsNotAnalysed) {
     EXPECT_EQ(calls, 0);
     syntax.scopes(std::u16string(20'000, u'x'), "cpp");
     EXPECT_EQ(calls, 1);
-
-    // A colour that came with the text stays where nothing is analysed.
-    auto text = code(std::u16string(20'001, u'x'), "cpp");
-    text.editAttributes({5, 1}, [](auto& run) { run.foreground = Color{.red = 9}; });
-    EXPECT_TRUE(syntax.highlighted(text).isEquivalentTo(text));
 }
 
 TEST(CodeSyntax, LanguagesComeByNameAndEachOnce) {
@@ -276,9 +199,6 @@ TEST(CodeSyntax, LanguagesComeByNameAndEachOnce) {
                             CodeLanguage{"nameless", "nameless"}, CodeLanguage{"y", "Perl"},
                             CodeLanguage{"z", "php"}, CodeLanguage{"r", "R"},
                             CodeLanguage{"b", "Same"}, CodeLanguage{"a", "Same"}));
-    EXPECT_EQ(syntax.title("auto"), "Automatic");
-    EXPECT_EQ(syntax.title("z"), "php");
-    EXPECT_EQ(syntax.title("klingon"), "klingon");
 }
 
 } // namespace korvex::tests

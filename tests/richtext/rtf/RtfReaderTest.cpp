@@ -49,7 +49,7 @@ void expectCases(const char* folder) {
     }
 }
 
-TEST(RtfReader, ReadsTheOtherPlatformsDialect) {
+TEST(RtfReader, ReadsTheNativeDialect) {
     expectCases("dialect");
 }
 TEST(RtfReader, ReadsWhatOtherProgramsWrite) {

@@ -121,8 +121,8 @@ TEST(RichTextNormalization, ReducesEveryRunToWhatIsStored) {
         after.append(u"ab", each.after, {});
     }
     // Among them a code block, whose paragraph this is.
-    after.editStyles(
-        {0, 1}, [](ParagraphStyle& style) { style.lineSpacing = CodeSyntax::kBlockLineSpacing; });
+    after.editStyles({0, 1},
+                     [](ParagraphStyle& style) { style.lineSpacing = kCodeBlockLineSpacing; });
     EXPECT_TRUE(Serializer::normalized(before).isEquivalentTo(after));
 }
 
@@ -149,11 +149,11 @@ TEST(RichTextNormalization, ParagraphsWithCodeBlocksGetTheirSpacing) {
     text.append(u"inline\n", inlined, {.lineSpacing = 8});
     text.append(u"words ", {}, {.lineSpacing = 9});
     text.append(u"code\ncode\n", block, {.leftIndent = 5});
-    text.append(u"code", block, {.lineSpacing = CodeSyntax::kBlockLineSpacing});
+    text.append(u"code", block, {.lineSpacing = kCodeBlockLineSpacing});
     std::vector<ParagraphStyle> styles;
     Serializer::normalized(text).forEachParagraph(
         [&](const auto& paragraph) { styles.push_back(paragraph.style); });
-    constexpr auto kSpacing = CodeSyntax::kBlockLineSpacing;
+    constexpr auto kSpacing = kCodeBlockLineSpacing;
     EXPECT_EQ(styles, (std::vector<ParagraphStyle>{{.lineSpacing = 7},
                                                    {.lineSpacing = 8},
                                                    {.lineSpacing = kSpacing},
@@ -219,6 +219,24 @@ TEST(RichTextHeadings, AreFontsAndASpaceBefore) {
         EXPECT_EQ(body.attributesAt(0).font, Font{.isItalic = true});
         EXPECT_EQ(body.attributesAt(5), CharacterAttributes{.link = "x:y"});
         EXPECT_EQ(body.styleAt(0), ParagraphStyle{.spacingAfter = 3});
+    }
+}
+
+TEST(RichTextHeadings, EndCodeBlocksAndAreShownAsTheyAreStored) {
+    const CharacterAttributes block{.korvexCodeLanguage = "c", .korvexCodeBlock = true};
+    AttributedString text(u"Use ");
+    text.append(u"f()", {.korvexCodeLanguage = "c"}, {});
+    text.append(u"\n", {}, {});
+    text.append(u"code", block, {});
+    const auto stored = Serializer::normalized(text);
+    for (const std::optional<HeadingLevel> level : {std::optional(HeadingLevel::level1), {}}) {
+        const auto heading = Serializer::applyingHeading(level, stored);
+        EXPECT_TRUE(Serializer::normalized(heading).isEquivalentTo(heading));
+        EXPECT_EQ(heading.attributesAt(4), stored.attributesAt(4));
+        EXPECT_EQ(heading.attributesAt(8),
+                  CharacterAttributes{.font = level ? fontOf(*level) : Font()});
+        EXPECT_EQ(heading.styleAt(8),
+                  ParagraphStyle{.spacingBefore = level ? spacingBeforeOf(*level) : 0});
     }
 }
 
@@ -295,7 +313,7 @@ TEST_F(RichTextSerializerTest, CodeRunsComeBackUnlessTheTextWasChangedElsewhere)
     decoded.forEachRun(
         [](const AttributedString::CharacterRun& run) { EXPECT_FALSE(run.attributes.isCode()); });
     // What looked like code still does.
-    EXPECT_EQ(CodeSyntax::language(decoded, 4), "auto");
+    EXPECT_EQ(CodeSyntax::language(decoded.attributesAt(4)), "auto");
 
     const auto plain = string(m_serializer.encode(AttributedString(u"no code")));
     EXPECT_EQ(plain.find("korvexcode"), std::string::npos);
@@ -318,7 +336,7 @@ TEST_F(RichTextSerializerTest, OlderHeadingsOf22PointsAreStoredWith20) {
 
 TEST_F(RichTextSerializerTest, TablesKeepTheirWidths) {
     const auto text = RichTextTable::make(3, 4);
-    auto grid = *RichTextTable::Grid::read(text, RichTextTable::tables(text)[0]);
+    auto grid = *RichTextTable::Grid::read(text, outerTables(text)[0]);
     grid.apply({.kind = RichTextTable::Grid::Edit::Kind::resizeColumn, .index = 2, .width = 4'321});
     const auto resized = grid.attributedString();
     EXPECT_TRUE(stored(resized).isEquivalentTo(resized));

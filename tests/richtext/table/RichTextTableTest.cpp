@@ -28,13 +28,14 @@ constexpr Twips points(Twips count) {
 /// A table with these contents, as a new one looks, between two paragraphs.
 AttributedString textWith(const Contents& contents) {
     AttributedString text(u"before\n");
-    const auto table = std::make_shared<TextTable>(
-        TextTable{.columns = static_cast<std::int32_t>(contents.front().size())});
+    const auto columns = contents.front().size();
+    const auto empty = RichTextTable::make(static_cast<std::int32_t>(contents.size()),
+                                           static_cast<std::int32_t>(columns));
     for (std::size_t row = 0; row < contents.size(); ++row) {
-        const auto cells = RichTextTable::row(table, static_cast<std::int32_t>(row));
-        for (std::size_t column = 0; column < contents[row].size(); ++column) {
-            text.append(base::utf16(contents[row][column]) + u"\n", cells.attributesAt(column),
-                        cells.styleAt(column));
+        for (std::size_t column = 0; column < columns; ++column) {
+            const auto cell = row * columns + column;
+            text.append(base::utf16(contents[row][column]) + u"\n", empty.attributesAt(cell),
+                        empty.styleAt(cell));
         }
     }
     text.append(u"after", {}, {});
@@ -42,7 +43,7 @@ AttributedString textWith(const Contents& contents) {
 }
 
 Grid gridOf(const AttributedString& text) {
-    const auto tables = RichTextTable::tables(text);
+    const auto tables = outerTables(text);
     EXPECT_EQ(tables.size(), 1U);
     auto grid = Grid::read(text, tables.front());
     EXPECT_TRUE(grid);
@@ -71,7 +72,7 @@ bool edit(AttributedString& text, const Edit& edit) {
 }
 
 void expectHeaderLook(const AttributedString& text) {
-    for (const auto& [cell, range] : RichTextTable::cells(text, RichTextTable::tables(text)[0])) {
+    for (const auto& [cell, range] : RichTextTable::cells(text, outerTables(text)[0])) {
         const bool isHeader = cell->row == 0;
         EXPECT_EQ(cell->geometry.background.has_value(), isHeader) << cell->row;
         text.forEachRun(range, [&](const AttributedString::CharacterRun& run) {
@@ -85,7 +86,7 @@ void expectHeaderLook(const AttributedString& text) {
 TEST(RichTextTable, ANewTableIsCellsAndAParagraphToLeaveIt) {
     const auto text = RichTextTable::make(3, 4);
     EXPECT_EQ(text.text(), std::u16string(13, u'\n'));
-    const auto tables = RichTextTable::tables(text);
+    const auto tables = outerTables(text);
     ASSERT_EQ(tables.size(), 1U);
     EXPECT_EQ(tables[0]->columns, 4);
     const auto cells = RichTextTable::cells(text, tables[0]);
@@ -246,7 +247,7 @@ TEST(RichTextGrid, ForeignLooksStayAndNewCellsLikeTheirNeighbours) {
     });
     edit(text, {.kind = Kind::insertRow, .index = 1});
     edit(text, {.kind = Kind::insertColumn, .index = 0});
-    for (const auto& [cell, range] : RichTextTable::cells(text, RichTextTable::tables(text)[0])) {
+    for (const auto& [cell, range] : RichTextTable::cells(text, outerTables(text)[0])) {
         EXPECT_THAT(cell->geometry.padding, testing::ElementsAre(1, 2, 3, 4));
         EXPECT_EQ(cell->geometry.verticalAlignment, VerticalAlignment::bottom);
     }
@@ -338,7 +339,7 @@ TEST(RichTextGrid, IsAbsentWithoutCellsAndBeyondTheLimits) {
         cell.column = RichTextTable::kMaximumColumns;
         style.cells[0] = std::make_shared<TextTableCell>(cell);
     });
-    EXPECT_FALSE(Grid::read(text, RichTextTable::tables(text)[0]));
+    EXPECT_FALSE(Grid::read(text, outerTables(text)[0]));
     EXPECT_FALSE(Grid::read(text, std::make_shared<TextTable>()));
     EXPECT_FALSE(Grid::read({}, std::make_shared<TextTable>()));
 }
@@ -395,14 +396,13 @@ TEST(RichTextTableRepair, MakesTablesWholeWithoutLosingAWord) {
         const auto text = TableNotation().text(before);
         const auto repaired = RichTextTable::repairingIncompleteTables(text).text;
         EXPECT_EQ(TableNotation::lines(repaired), after);
-        const auto tables = RichTextTable::tables(repaired);
+        const auto tables = outerTables(repaired);
         for (const auto& table : tables) {
             EXPECT_FALSE(Grid::read(repaired, table)->needsRepair());
         }
         const bool isNested = before.front().find('.') != std::string::npos;
         const bool isDamaged = std::string_view(name) != "whole";
-        EXPECT_TRUE(isNested ||
-                    isDamaged == Grid::read(text, RichTextTable::tables(text)[0])->needsRepair());
+        EXPECT_TRUE(isNested || isDamaged == Grid::read(text, outerTables(text)[0])->needsRepair());
     }
 }
 
@@ -489,7 +489,7 @@ TEST(RichTextTableRepair, RandomMixturesBecomeWholeOnceAndKeepTheirWords) {
             }
         }
         ASSERT_THAT(kept, testing::UnorderedElementsAreArray(words));
-        for (const auto& table : RichTextTable::tables(repaired)) {
+        for (const auto& table : outerTables(repaired)) {
             ASSERT_FALSE(Grid::read(repaired, table)->needsRepair());
         }
         const auto again = RichTextTable::repairingIncompleteTables(repaired).text;
@@ -497,46 +497,22 @@ TEST(RichTextTableRepair, RandomMixturesBecomeWholeOnceAndKeepTheirWords) {
     }
 }
 
-TEST(RichTextTable, ACopyForLayoutSharesNoTableAndLooksTheSame) {
-    const auto text = TableNotation().text({"A00:a", "A00.B00:b", "A00.B01:c", "A00:d", ":x"});
-    const auto copy = RichTextTable::copyForLayout(text);
-    EXPECT_TRUE(copy.isEquivalentTo(text));
-    for (std::size_t offset = 0; offset < 8; ++offset) {
-        const auto& cells = copy.styleAt(offset).cells;
-        for (std::size_t depth = 0; depth < cells.size(); ++depth) {
-            EXPECT_NE(cells[depth], text.styleAt(offset).cells[depth]);
-            EXPECT_NE(cells[depth]->table, text.styleAt(offset).cells[depth]->table);
-        }
-    }
-}
-
-TEST(RichTextTable, TheMinimumWidthIsThatOfTheWidestTable) {
-    EXPECT_EQ(RichTextTable::minimumWidth(AttributedString(u"text")), 0);
-    auto text = RichTextTable::make(2, 3);
-    EXPECT_EQ(RichTextTable::minimumWidth(text), points(3 * 137));
-    edit(text, {.kind = Kind::resizeColumn, .index = 0, .width = points(80)});
-    edit(text, {.kind = Kind::resizeColumn, .index = 1, .width = points(600)});
-    EXPECT_EQ(RichTextTable::minimumWidth(text), points(97 + 600 + 137));
-    text.append(RichTextTable::make(1, 7));
-    EXPECT_EQ(RichTextTable::minimumWidth(text), points(7 * 137));
-    // Narrow columns of another program, one that spans, and more columns than count.
-    text.editStyles({0, text.length()}, [](ParagraphStyle& style) {
-        if (!style.cells.empty()) {
-            auto cell = *style.cells[0];
-            cell.table = std::make_shared<TextTable>(TextTable{.columns = 30});
-            cell.geometry.width = cell.column == 0 ? points(10) : -5;
-            cell.columnSpan = cell.column == 1 ? 2 : 1;
-            style.cells[0] = std::make_shared<TextTableCell>(cell);
-        }
-    });
-    EXPECT_EQ(RichTextTable::minimumWidth(text), points(20 * 137));
-    text = RichTextTable::make(1, 1);
-    text.editStyles({0, 1}, [](ParagraphStyle& style) {
-        auto cell = *style.cells[0];
-        cell.geometry.width = points(10);
-        style.cells[0] = std::make_shared<TextTableCell>(cell);
-    });
-    EXPECT_EQ(RichTextTable::minimumWidth(text), points(80));
+TEST(RichTextTable, TheFirstCellOfAColumnThatSaysAWidthDecidesWithinTheLimits) {
+    std::vector<std::optional<Twips>> widths(4);
+    const auto note = [&](std::int32_t column, std::optional<Twips> width, std::int32_t span) {
+        RichTextTable::noteWidth(
+            widths, {.column = column, .columnSpan = span, .geometry = {.width = width}});
+    };
+    note(0, std::nullopt, 1);
+    note(0, points(10), 1);
+    note(0, points(200), 1);
+    note(1, points(300), 2);
+    note(1, -5, 1);
+    note(2, points(2'000), 1);
+    note(3, points(150), 1);
+    note(4, points(150), 1);
+    note(-1, points(150), 1);
+    EXPECT_THAT(widths, testing::ElementsAre(points(80), std::nullopt, points(600), points(150)));
 }
 
 } // namespace korvex::tests

@@ -116,9 +116,9 @@ TEST_F(FormatBarTest, TheControlsShowWhatStandsAtTheCaret) {
           Case{AttributedString(u"struck", struck), {"Normal Text", "Italic", "Strikethrough"}},
           Case{AttributedString(u"linked", linked), {"Normal Text", "Link"}},
           Case{AttributedString(u"item", {}, item), {"Normal Text", "Lists"}},
-          Case{CodeSyntax::applying("cpp", false, AttributedString(u"code")),
+          Case{AttributedString(u"code", CodeSyntax::attributes("cpp", CodeKind::inlineCode)),
                {"Normal Text", "Inline Code"}},
-          Case{CodeSyntax::applying("cpp", true, AttributedString(u"block")),
+          Case{AttributedString(u"block", CodeSyntax::attributes("cpp", CodeKind::block)),
                {"Normal Text", "Code Block"}},
           Case{heading, {"Heading 2", "Bold"}}}) {
         edit->setContent(text);
@@ -290,7 +290,8 @@ TEST_F(FormatBarTest, ATableOfTheChosenSizeIsInserted) {
 }
 
 TEST_F(FormatBarTest, TheLanguageOfCodeIsShownAndChosen) {
-    edit->setContent(CodeSyntax::applying("auto", true, AttributedString(u"int main() {}")));
+    edit->setContent(
+        AttributedString(u"int main() {}", CodeSyntax::attributes("auto", CodeKind::block)));
     select(3, 3);
     EXPECT_EQ(button("Language").text(), QStringLiteral("Automatic"));
     click("Language");

@@ -152,6 +152,11 @@ INSTANTIATE_TEST_SUITE_P(
         Typing{"and back to text", "<code>a<Return>b<code>", "a\nb"},
         Typing{"takes formats away", "<Ctrl+Alt+1>a<Return><Ctrl+B>b<Ctrl+A><code>",
                "auto> a\nauto> b"},
+        Typing{"links stay", "ab<Ctrl+A><link><code>", "auto> [ab](https://e.org)"},
+        Typing{"code in a line is not bold", "<Ctrl+B>a<Ctrl+A><Ctrl+E>", "`a`"},
+        Typing{"a heading ends it", "<code>a<Ctrl+Alt+1>", "# a"},
+        Typing{"code in a line outlives a heading", "<Ctrl+E>a<Ctrl+E> b<Ctrl+Alt+1><Ctrl+Alt+0>",
+               "`a` b"},
         Typing{"Backspace at its front ends its first line",
                "<code>a<Return>b<Up><Home><Backspace>", "a\nauto> b"}));
 

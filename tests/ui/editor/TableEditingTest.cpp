@@ -1,6 +1,7 @@
 #include "ui/editor/TableEditing.h"
 
 #include "base/Utf16.h"
+#include "richtext/TableNotation.h"
 #include "ui/WindowFixture.h"
 #include "ui/editor/ColumnResizer.h"
 #include "ui/editor/RichTextEdit.h"
@@ -28,7 +29,7 @@ using Kind = Edit::Kind;
 /// Every cell says where it stood first; some have a second paragraph, some are formatted.
 AttributedString filledTable(int rows, int columns) {
     auto text = RichTextTable::make(rows, columns);
-    const auto cells = RichTextTable::cells(text, RichTextTable::tables(text).front());
+    const auto cells = RichTextTable::cells(text, tests::outerTables(text).front());
     for (auto cell = cells.rbegin(); cell != cells.rend(); ++cell) {
         const int row = cell->cell->row;
         const int column = cell->cell->column;
@@ -157,7 +158,7 @@ protected:
     }
     /// What the grid makes of the first table; absent when it refuses.
     static std::optional<AttributedString> edited(AttributedString text, const Edit& what) {
-        auto grid = RichTextTable::Grid::read(text, RichTextTable::tables(text).front());
+        auto grid = RichTextTable::Grid::read(text, tests::outerTables(text).front());
         if (!grid->apply(what)) {
             return std::nullopt;
         }
@@ -299,7 +300,7 @@ TEST_F(TableEditingTest, DeletingTheTableOrItsOnlyRowOrColumnLeavesTheTextAround
     for (const auto& [name, text] : documents()) {
         SCOPED_TRACE(name);
         auto expected = text;
-        const auto cells = RichTextTable::cells(text, RichTextTable::tables(text).front());
+        const auto cells = RichTextTable::cells(text, tests::outerTables(text).front());
         const auto start = cells.front().range.location;
         expected.remove({start, cells.back().range.end() - start});
 
@@ -465,7 +466,7 @@ protected:
     /// In points; 0 is the default.
     std::vector<int> widths() {
         const auto now = edit.content();
-        const auto grid = RichTextTable::Grid::read(now, RichTextTable::tables(now).front());
+        const auto grid = RichTextTable::Grid::read(now, tests::outerTables(now).front());
         std::vector<int> result;
         for (const auto& width : grid->columnWidths()) {
             result.push_back(qRound(width.value_or(0) / double{kTwipsPerPoint}));

@@ -93,8 +93,8 @@ AttributedString sample() {
                 {}, {});
     const auto list = std::make_shared<TextList>(TextList{.marker = u"{check}"});
     text.append(u"one\ntwo\n", {}, {.lists = {list}});
-    text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", true),
-                {.lineSpacing = CodeSyntax::kBlockLineSpacing});
+    text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", CodeKind::block),
+                {.lineSpacing = kCodeBlockLineSpacing});
     text.append(RichTextTable::make(3, 2));
     text.append(u"the end", {}, {});
     return text;

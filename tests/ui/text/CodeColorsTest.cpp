@@ -77,7 +77,7 @@ protected:
         });
     }
     static AttributedString block(std::u16string_view text) {
-        return AttributedString(text, CodeSyntax::attributes("cpp", true));
+        return AttributedString(text, CodeSyntax::attributes("cpp", CodeKind::block));
     }
 
     tests::FakeRunLoop runLoop;
@@ -87,9 +87,10 @@ protected:
 };
 
 TEST_F(CodeColorsTest, ColoursComeLaterAndChangeNothing) {
-    auto text = block(u"int a 1\n/ int\nback * if\n");
-    text.append(u"plain ", {}, {});
-    text.append(u"ls 2", CodeSyntax::attributes("bash", false), {});
+    auto text = block(u"int a 1\n/ int\nback * if\n/ ");
+    text.append(u"if", CodeSyntax::attributes("cpp", CodeKind::inlineCode), {});
+    text.append(u" plain ", {}, {});
+    text.append(u"ls 2", CodeSyntax::attributes("bash", CodeKind::inlineCode), {});
     setText(document, text, look());
     document.setTextWidth(300);
     const auto size = document.size();

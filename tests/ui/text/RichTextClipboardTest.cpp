@@ -82,7 +82,7 @@ TEST(RichTextClipboard, WhatIsCopiedIsPastedTheSame) {
     text.append(u"one\n", {}, {.lists = {outer}});
     text.append(u"inner\ninner too\n", {}, {.lists = {outer, inner}});
     text.append(u"two\n", {}, {.lists = {outer}});
-    text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", true), {});
+    text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", CodeKind::block), {});
     text.append(RichTextTable::make(2, 2));
     text.append(u"end", {}, {});
     text = RichTextSerializer::normalized(text);

@@ -2,10 +2,14 @@
 
 #include "TextFixture.h"
 #include "richtext/RandomText.h"
+#include "richtext/table/RichTextTable.h"
 #include "ui/text/TextFormats.h"
 
+#include <QTextCursor>
 #include <QTextDocument>
+#include <QTextTable>
 
+#include <array>
 #include <random>
 
 namespace korvex::ui {
@@ -153,6 +157,27 @@ TEST_F(TextDocumentConversionTest, TablesBecomeTablesWhereverTheyStand) {
         EXPECT_TRUE(shown(each.text).isEquivalentTo(each.text)) << each.name;
         EXPECT_EQ(tableCount(), each.tables) << each.name;
     }
+}
+
+TEST_F(TextDocumentConversionTest, ColumnsOfOtherProgramsAreDrawnWithinTheLimits) {
+    auto text = RichTextTable::make(1, 4);
+    constexpr std::array<std::optional<Twips>, 4> kWidths{200, std::nullopt, 40'000, 3'000};
+    text.editStyles({0, 4}, [&](ParagraphStyle& style) {
+        auto cell = *style.cells[0];
+        cell.geometry.width = kWidths[static_cast<std::size_t>(cell.column)];
+        style.cells[0] = std::make_shared<TextTableCell>(cell);
+    });
+    setText(document, text, look());
+    QTextCursor cursor(&document);
+    while (!cursor.currentTable() && cursor.movePosition(QTextCursor::NextBlock)) {
+    }
+    ASSERT_NE(cursor.currentTable(), nullptr);
+    const auto drawn = cursor.currentTable()->format().columnWidthConstraints();
+    ASSERT_EQ(drawn.size(), 4);
+    const auto inset = drawn[1].rawValue() - look().pixels(RichTextTable::kDefaultWidth);
+    EXPECT_NEAR(drawn[0].rawValue(), look().pixels(RichTextTable::kMinimumWidth) + inset, 2);
+    EXPECT_NEAR(drawn[2].rawValue(), look().pixels(RichTextTable::kMaximumWidth) + inset, 2);
+    EXPECT_NEAR(drawn[3].rawValue(), look().pixels(3'000) + inset, 2);
 }
 
 TEST_F(TextDocumentConversionTest, ADamagedTableIsShownAsParagraphsAndKept) {

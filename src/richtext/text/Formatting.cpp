@@ -1,0 +1,101 @@
+#include "richtext/text/Formatting.h"
+
+#include "richtext/text/ListIndents.h"
+
+#include <string>
+#include <utility>
+
+namespace korvex::richtext {
+
+namespace {
+
+void setFont(CharacterAttributes& attributes, std::optional<HeadingLevel> level) {
+    const bool isItalic = attributes.font.isItalic;
+    attributes.font = level ? fontOf(*level) : Font();
+    attributes.font.isItalic = isItalic;
+}
+
+} // namespace
+
+bool countsAsCode(const CharacterAttributes& attributes) {
+    return attributes.isCode() || attributes.font.family == FontFamily::monospaced;
+}
+
+bool isInlineCode(const CharacterAttributes& attributes) {
+    return countsAsCode(attributes) && !attributes.korvexCodeBlock;
+}
+
+bool isCodeBlock(const AttributedString& text, TextRange paragraph) {
+    if (paragraph.length > 1 && text.text()[paragraph.end() - 1] == u'\n') {
+        --paragraph.length;
+    }
+    bool isBlock = true;
+    text.forEachRun(paragraph, [&](const AttributedString::CharacterRun& run) {
+        isBlock = isBlock && run.attributes.korvexCodeBlock;
+    });
+    return isBlock;
+}
+
+void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attributes) {
+    if (attributes.isCode() && !attributes.korvexCodeBlock) {
+        return;
+    }
+    removeCode(attributes, level);
+    setFont(attributes, level);
+}
+
+void applyHeading(std::optional<HeadingLevel> level, ParagraphStyle& style) {
+    style.spacingBefore = level ? spacingBeforeOf(*level) : 0;
+    if (style.lineSpacing == kCodeBlockLineSpacing) {
+        style.lineSpacing = 0;
+    }
+}
+
+void applyBodyText(CharacterAttributes& attributes) {
+    if (attributes.korvexCodeBlock) {
+        removeCode(attributes, std::nullopt);
+    }
+    if (headingLevel(attributes.font)) {
+        setFont(attributes, std::nullopt);
+    }
+}
+
+void applyBodyText(ParagraphStyle& style) {
+    applyHeading(std::nullopt, style);
+}
+
+void clearFormats(CharacterAttributes& attributes) {
+    attributes = {.link = std::exchange(attributes.link, {})};
+}
+
+void clearFormats(ParagraphStyle& style) {
+    style = {.direction = style.direction, .cells = std::exchange(style.cells, {})};
+}
+
+void applyCode(CharacterAttributes& attributes, std::string_view language, CodeKind kind) {
+    attributes.font = {.family = FontFamily::monospaced};
+    attributes.korvexCodeLanguage = std::string(language);
+    attributes.korvexCodeBlock = kind == CodeKind::block;
+    attributes.foreground.reset();
+    attributes.background.reset();
+}
+
+void applyCodeBlock(ParagraphStyle& style) {
+    if (!style.lists.empty()) {
+        style.lists.clear();
+        setListIndents(style);
+    }
+    style.spacingBefore = 0;
+    style.lineSpacing = kCodeBlockLineSpacing;
+}
+
+void removeCode(CharacterAttributes& attributes, std::optional<HeadingLevel> heading) {
+    attributes.font.family = FontFamily::system;
+    attributes.korvexCodeLanguage.clear();
+    attributes.korvexCodeBlock = false;
+    if (heading) {
+        setFont(attributes, heading);
+    }
+}
+
+} // namespace korvex::richtext
