@@ -223,18 +223,19 @@ std::unique_ptr<QMimeData> AttachmentActions::dragged(const model::Entry& entry,
 
 void AttachmentActions::addItems(QMenu& menu, model::Entry& entry, const base::Uuid& id,
                                  ShowKeys showKeys) {
-    const auto add = [&](const QString& text, const QKeySequence& keys, auto&& action,
-                         bool isEnabled = true) {
-        addItem(menu, text, showKeys == ShowKeys::yes ? keys : QKeySequence(), isEnabled, this,
-                later(entry, [action](model::Entry& still, const auto&...) { action(still); }));
+    const MenuItems items(menu, *this);
+    const auto add = [&](const QString& text, const QKeySequence& keys, auto&& action) -> QAction& {
+        return items.add(
+            text, showKeys == ShowKeys::yes ? keys : QKeySequence(),
+            later(entry, [action](model::Entry& still, const auto&...) { action(still); }));
     };
     add(tr("Open"), Qt::Key_Return, [this, id](const model::Entry& still) { open(still, id); });
     add(tr("Save as…"), {}, [this, id](const model::Entry& still) { saveAs(still, id); });
     add(tr("Copy"), QKeySequence::Copy, [this, id](const model::Entry& still) { copy(still, id); });
     menu.addSeparator();
-    add(
-        tr("Remove"), Qt::Key_Delete, [this, id](model::Entry& still) { remove(still, id); },
-        !isReadOnly(entry));
+    add(tr("Remove"), Qt::Key_Delete, [this, id](model::Entry& still) {
+        remove(still, id);
+    }).setEnabled(!isReadOnly(entry));
 }
 
 void AttachmentActions::addAttachments(QMenu& menu, model::Entry& entry) {

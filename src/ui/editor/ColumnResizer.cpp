@@ -7,7 +7,6 @@
 #include <QAbstractTextDocumentLayout>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextTable>
 
@@ -73,7 +72,7 @@ bool ColumnResizer::handlePointer(QEvent& event) {
             follow(mouse.pos().x());
             return true;
         }
-        showCursor(mouse.buttons() == Qt::NoButton && borderAt(mouse.pos()));
+        setIsOverBorder(mouse.buttons() == Qt::NoButton && borderAt(mouse.pos()));
         return m_isOverBorder;
     }
     case QEvent::MouseButtonPress:
@@ -85,7 +84,7 @@ bool ColumnResizer::handlePointer(QEvent& event) {
         }
         if (event.type() == QEvent::MouseButtonDblClick) {
             TableEditing(m_edit).resizeColumn(*border->table, border->column, std::nullopt);
-            showCursor(false);
+            setIsOverBorder(false);
         } else {
             m_pressedX = mouse.pos().x();
             begin(*border);
@@ -99,7 +98,7 @@ bool ColumnResizer::handlePointer(QEvent& event) {
         }
         return false;
     case QEvent::Leave:
-        showCursor(false);
+        setIsOverBorder(false);
         return false;
     default:
         return false;
@@ -107,10 +106,9 @@ bool ColumnResizer::handlePointer(QEvent& event) {
 }
 
 std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& position) const {
-    const QPoint scrolled(m_edit.horizontalScrollBar()->value(),
-                          m_edit.verticalScrollBar()->value());
+    const auto scrolled = m_edit.scrolled().toPoint();
     const auto& layout = *m_edit.document()->documentLayout();
-    const double between = m_edit.look().pixels(kBetweenContents);
+    const auto between = m_edit.look().pixels(kBetweenContents);
     for (auto* const frame : m_edit.document()->rootFrame()->childFrames()) {
         auto* const table = qobject_cast<QTextTable*>(frame);
         if (!table) {
@@ -126,7 +124,7 @@ std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& posit
                 continue;
             }
             const auto content = layout.blockBoundingRect(cell.firstCursorPosition().block());
-            const int x = qRound(content.right() + between / 2) - scrolled.x();
+            const auto x = qRound(content.right() + between / 2) - scrolled.x();
             if (std::abs(position.x() - x) <= kGrip) {
                 return Border{table, column, x, area, content.width()};
             }
@@ -138,12 +136,12 @@ std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& posit
 void ColumnResizer::begin(const Border& border) {
     m_dragged = border;
     m_currentX = m_pressedX;
-    showCursor(true);
+    setIsOverBorder(true);
 }
 
 void ColumnResizer::follow(int x) {
     m_currentX = x;
-    const int distance =
+    const auto distance =
         qRound(m_edit.look().pixels(widthFor(x)) - m_dragged->width); // as far as the limits let it
     if (!m_guide) {
         m_guide = new QWidget(m_viewport);
@@ -159,7 +157,7 @@ void ColumnResizer::follow(int x) {
 void ColumnResizer::apply() {
     const auto dragged = *m_dragged;
     const auto width = widthFor(m_currentX);
-    const bool isMoved = m_currentX != m_pressedX;
+    const auto isMoved = m_currentX != m_pressedX;
     cancel();
     if (isMoved && dragged.table) {
         TableEditing(m_edit).resizeColumn(*dragged.table, dragged.column, width);
@@ -169,10 +167,10 @@ void ColumnResizer::apply() {
 void ColumnResizer::cancel() {
     m_dragged.reset();
     delete m_guide;
-    showCursor(false);
+    setIsOverBorder(false);
 }
 
-void ColumnResizer::showCursor(bool isOverBorder) {
+void ColumnResizer::setIsOverBorder(bool isOverBorder) {
     if (isOverBorder != m_isOverBorder) {
         m_isOverBorder = isOverBorder;
         m_viewport->setCursor(isOverBorder ? Qt::SplitHCursor : Qt::IBeamCursor);
@@ -180,7 +178,7 @@ void ColumnResizer::showCursor(bool isOverBorder) {
 }
 
 richtext::Twips ColumnResizer::widthFor(int x) const {
-    const double wanted = (m_dragged->width + x - m_pressedX) / m_edit.look().pixels(1);
+    const auto wanted = (m_dragged->width + x - m_pressedX) / m_edit.look().pixels(1);
     return static_cast<richtext::Twips>(std::lround(std::clamp(
         wanted, double{RichTextTable::kMinimumWidth}, double{RichTextTable::kMaximumWidth})));
 }

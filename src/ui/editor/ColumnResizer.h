@@ -34,10 +34,10 @@ private:
     struct Border {
         QPointer<QTextTable> table;
         int column = 0;
-        /// In the viewport.
+        /// The place is the viewport's.
         int x = 0;
         QRect tableRect;
-        /// Of the column's content, in pixels.
+        /// The content of the column has this width in pixels.
         double width = 0;
     };
 
@@ -47,12 +47,13 @@ private:
     void follow(int x);
     void apply();
     void cancel();
-    void showCursor(bool isOverBorder);
-    /// What the column's content would be wide, within the limits.
+    /// The pointer shows it.
+    void setIsOverBorder(bool isOverBorder);
+    /// The width that the column's content would get here, within the limits.
     richtext::Twips widthFor(int x) const;
 
     RichTextEdit& m_edit;
-    /// Known by itself: the last events come when the editor is no editor any more.
+    /// It is kept beside the editor since the last events come when that is no editor any more.
     QWidget* m_viewport;
     std::optional<Border> m_dragged;
     int m_pressedX = 0;

@@ -2,23 +2,19 @@
 
 #include "ui/editor/ColumnResizer.h"
 #include "ui/editor/LanguageMenu.h"
-#include "ui/editor/LinkPopover.h"
 #include "ui/editor/ListMenu.h"
 #include "ui/editor/TableMenu.h"
-#include "ui/editor/TablePopover.h"
 #include "ui/kit/IconSet.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/MenuItems.h"
 #include "ui/text/TextLook.h"
 
 #include <QActionGroup>
 #include <QApplication>
-#include <QDesktopServices>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QPainter>
 #include <QShortcut>
 #include <QToolButton>
-#include <QUrl>
 
 #include <algorithm>
 
@@ -41,7 +37,8 @@ FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const 
       m_code(code),
       m_theme(theme),
       m_tables(edit),
-      m_lists(new ListMenu(edit, theme, this)) {
+      m_lists(new ListMenu(edit, theme, this)),
+      m_panels(edit, code, theme) {
     setAccessibleName(tr("Format"));
     setMovable(false);
     addHeadings();
@@ -74,8 +71,10 @@ FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const 
     connect(&edit, &RichTextEdit::formatStateChanged, this, &FormatBar::showState);
     connect(&edit, &QTextEdit::cursorPositionChanged, this, &FormatBar::showTableState);
     connect(&edit, &QTextEdit::textChanged, this, &FormatBar::showTableState);
-    connect(&edit, &RichTextEdit::linkRequested, this, &FormatBar::openLink);
-    connect(&edit, &RichTextEdit::tableRequested, this, &FormatBar::openTable);
+    connect(&edit, &RichTextEdit::linkRequested, this,
+            [this] { m_panels.openLink(caretAnchor()); });
+    connect(&edit, &RichTextEdit::tableRequested, this,
+            [this] { m_panels.openTable(anchorOf(m_table)); });
     connect(&edit, &RichTextEdit::listsRequested, this,
             [this] { m_lists->popup(caretAnchor().bottomLeft()); });
     connect(&theme, &Theme::changed, this, &FormatBar::applyTheme);
@@ -83,24 +82,14 @@ FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const 
     applyTheme();
 }
 
-FormatBar::~FormatBar() {
-    if (m_popover) {
-        m_popover->closeNow();
-    }
-}
-
 void FormatBar::takeKeyboard() {
     buttonOf(m_heading)->setFocus(Qt::TabFocusReason);
 }
 
 QAction* FormatBar::add(const QString& icon, const QString& title, const QString& keys, IsOn isOn) {
-    auto* const action = addAction(title);
+    auto* const action = addAction(withKeys(title, keys));
     action->setToolTip(keys.isEmpty() ? title : tr("%1 (%2)").arg(title, keys));
     action->setCheckable(isOn != nullptr);
-    // The keys are the editor's own: here they are only told, in the column that menus have.
-    if (!keys.isEmpty()) {
-        action->setText(title + QLatin1Char('\t') + keys);
-    }
     m_controls.push_back({action, icon, isOn});
     return action;
 }
@@ -115,9 +104,8 @@ void FormatBar::addHeadings() {
     auto* const menu = new QMenu(this);
     auto* const group = new QActionGroup(this);
     const auto addLevel = [&](const QString& title, std::optional<richtext::HeadingLevel> level) {
-        const int digit = level ? static_cast<int>(*level) : 0;
-        auto* const action =
-            menu->addAction(title + QLatin1Char('\t') + tr("Ctrl+Alt+%1").arg(digit));
+        const auto digit = level ? static_cast<int>(*level) : 0;
+        auto* const action = menu->addAction(withKeys(title, tr("Ctrl+Alt+%1").arg(digit)));
         action->setCheckable(true);
         action->setActionGroup(group);
         connect(action, &QAction::triggered, this,
@@ -134,9 +122,8 @@ void FormatBar::addHeadings() {
 }
 
 void FormatBar::addLists() {
-    auto* const action =
-        add(QStringLiteral("list-bullets"), tr("Lists"), QString(),
-            [](const FormatState& state) { return state.list != FormatState::List::none; });
+    auto* const action = add(QStringLiteral("list-bullets"), tr("Lists"), QString(),
+                             [](const FormatState& state) { return state.list != ListKind::none; });
     action->setToolTip(tr("Lists (Ctrl+Shift+7 and 8)"));
     action->setMenu(m_lists);
 }
@@ -163,7 +150,8 @@ void FormatBar::addTableControls() {
 void FormatBar::addLanguage() {
     m_language = add(QStringLiteral("caret-down"), tr("Language"), QString());
     m_language->setToolTip(tr("Language of the code"));
-    connect(m_language, &QAction::triggered, this, &FormatBar::openLanguages);
+    connect(m_language, &QAction::triggered, this,
+            [this] { m_panels.openLanguages(anchorOf(m_language)); });
 }
 
 QToolButton* FormatBar::buttonOf(const QAction* action) const {
@@ -178,7 +166,7 @@ void FormatBar::prepareButtons() {
     for (const auto& control : m_controls) {
         auto* const button = buttonOf(control.action);
         button->setFocusPolicy(Qt::TabFocus);
-        button->setAccessibleName(control.action->text().section(QLatin1Char('\t'), 0, 0));
+        button->setAccessibleName(control.action->text().section(kBeforeKeys, 0, 0));
         button->setPopupMode(QToolButton::InstantPopup);
         button->installEventFilter(this);
     }
@@ -210,7 +198,7 @@ void FormatBar::showState() {
     for (const auto& [action, level] : m_headings) {
         action->setChecked(level == state.heading);
         if (level == state.heading) {
-            m_heading->setText(action->text().section(QLatin1Char('\t'), 0, 0));
+            m_heading->setText(action->text().section(kBeforeKeys, 0, 0));
             buttonOf(m_heading)->setAccessibleDescription(m_heading->text());
         }
     }
@@ -242,7 +230,7 @@ void FormatBar::showTableState() {
 
 void FormatBar::applyTheme() {
     const auto& colors = m_theme.colors();
-    const int size = m_theme.scaled(kIconSize);
+    const auto size = m_theme.scaled(kIconSize);
     setIconSize({size, size});
     setFont(m_theme.font());
     for (const auto& control : m_controls) {
@@ -250,15 +238,15 @@ void FormatBar::applyTheme() {
             control.action->setIcon(IconSet::icon(control.icon, colors.text));
         }
     }
-    const int caret = m_theme.scaled(kCaretSize);
+    const auto caret = m_theme.scaled(kCaretSize);
     buttonOf(m_language)->setIconSize({caret, caret});
     moreButton()->setIcon(IconSet::icon(QStringLiteral("dots-three"), colors.text));
     const TextLook look(m_theme);
     int width = 0;
     for (const auto& [action, level] : m_headings) {
         action->setFont(level ? look.fontOf(richtext::fontOf(*level)) : m_theme.font());
-        width = std::max(width, fontMetrics().horizontalAdvance(
-                                    action->text().section(QLatin1Char('\t'), 0, 0)));
+        width = std::max(
+            width, fontMetrics().horizontalAdvance(action->text().section(kBeforeKeys, 0, 0)));
     }
     // The other controls stay where they are when the caret comes to a heading.
     buttonOf(m_heading)->setMinimumWidth(width + 2 * fontMetrics().averageCharWidth() + size);
@@ -274,42 +262,6 @@ QRect FormatBar::anchorOf(const QAction* action) const {
 QRect FormatBar::caretAnchor() const {
     const auto caret = m_edit.cursorRect();
     return {m_edit.viewport()->mapToGlobal(caret.topLeft()), caret.size()};
-}
-
-template <typename Panel, typename... Arguments>
-Panel* FormatBar::open(const QRect& anchor, Arguments&&... arguments) {
-    if (m_popover) {
-        m_popover->closeNow();
-    }
-    m_edit.setFocus();
-    auto* const panel = new Panel(std::forward<Arguments>(arguments)..., m_theme, window());
-    m_popover = panel;
-    panel->openAt(anchor);
-    panel->setFocus();
-    return panel;
-}
-
-void FormatBar::openLink() {
-    auto* const panel = open<LinkPopover>(caretAnchor(), m_edit.formatState().link);
-    // A press into the text may have moved the caret meanwhile; the link belongs where it was.
-    connect(panel, &LinkPopover::chosen, this, [this, place = m_edit.textCursor()](const auto& to) {
-        m_edit.setTextCursor(place);
-        m_edit.setLink(to);
-    });
-    connect(panel, &LinkPopover::openRequested, this,
-            [](const QString& target) { QDesktopServices::openUrl(QUrl(target)); });
-}
-
-void FormatBar::openTable() {
-    auto* const panel = open<TablePopover>(anchorOf(m_table));
-    connect(panel, &TablePopover::chosen, &m_edit, &RichTextEdit::insertTable);
-}
-
-void FormatBar::openLanguages() {
-    auto* const panel =
-        open<LanguageMenu>(anchorOf(m_language), m_code, m_edit.formatState().codeLanguage);
-    connect(panel, &LanguageMenu::chosen, this,
-            [this](const QString& id) { perform(RichTextAction::codeLanguage(toUtf8(id))); });
 }
 
 bool FormatBar::eventFilter(QObject* watched, QEvent* event) {

@@ -2,11 +2,11 @@
 
 #include "base/Signal.h"
 #include "richtext/code/CodeHighlighter.h"
+#include "ui/editor/FormatPanels.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TableEditing.h"
 #include "ui/kit/Theme.h"
 
-#include <QPointer>
 #include <QToolBar>
 
 #include <optional>
@@ -17,22 +17,17 @@ class QToolButton;
 
 namespace korvex::ui {
 
-class Popover;
-
 /// The controls of formatted text, over its editor. They show what the text at the caret looks
 /// like and leave keyboard and selection with the text: a click takes neither, and a control that
-/// was reached by keyboard gives them back. What does not fit goes into a menu at the end. Main
-/// thread; the editor must outlive the bar.
+/// was reached by keyboard gives them back. F6 in the text goes to the first control, Escape and F6
+/// return. What does not fit goes into a menu at the end. Main thread; the editor must outlive the
+/// bar.
 class FormatBar final : public QToolBar {
     Q_OBJECT
 
 public:
     explicit FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
                        QWidget* parent = nullptr);
-    ~FormatBar() override;
-
-    /// The keyboard goes to the first control, as by F6 in the text; Escape and F6 bring it back.
-    void takeKeyboard();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -42,9 +37,9 @@ private:
     using IsOn = bool (*)(const FormatState&);
     struct Control {
         QAction* action;
-        /// Empty: it shows its text.
+        /// A control without an icon shows its text.
         QString icon;
-        /// Null: nothing that can be on.
+        /// Null where nothing can be on.
         IsOn isOn;
     };
 
@@ -56,6 +51,7 @@ private:
     void addLists();
     void addTableControls();
     void addLanguage();
+    void takeKeyboard();
     QToolButton* buttonOf(const QAction* action) const;
     QToolButton* moreButton() const;
     void prepareButtons();
@@ -63,15 +59,9 @@ private:
     void showState();
     void showTableState();
     void applyTheme();
-    /// Where a panel belongs that the control opens.
+    /// The place, in global coordinates, of a panel that the control opens.
     QRect anchorOf(const QAction* action) const;
     QRect caretAnchor() const;
-    /// The keyboard comes back to the text when the panel closes.
-    template <typename Panel, typename... Arguments>
-    Panel* open(const QRect& anchor, Arguments&&... arguments);
-    void openLink();
-    void openTable();
-    void openLanguages();
 
     RichTextEdit& m_edit;
     richtext::CodeHighlighter& m_code;
@@ -86,7 +76,7 @@ private:
     QAction* m_tableMenu = nullptr;
     QAction* m_language = nullptr;
     base::Subscription m_arrivals;
-    QPointer<Popover> m_popover;
+    FormatPanels m_panels;
 };
 
 } // namespace korvex::ui

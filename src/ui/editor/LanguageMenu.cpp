@@ -41,7 +41,7 @@ Fit fitOf(const QString& name, const QString& id, const QString& searched) {
 
 /// The first two are ours, the others' names are their makers'.
 QString nameOf(const richtext::CodeLanguage& language) {
-    const bool isOurs = language.id == richtext::CodeSyntax::kAutomatic ||
+    const auto isOurs = language.id == richtext::CodeSyntax::kAutomatic ||
                         language.id == richtext::CodeSyntax::kPlainText;
     return isOurs ? QCoreApplication::translate("korvex::ui::LanguageMenu", language.name.c_str())
                   : toQString(language.name);
@@ -62,7 +62,7 @@ LanguageMenu::LanguageMenu(richtext::CodeHighlighter& code, const QString& curre
     m_list->setFixedHeight(std::clamp(window->height() - theme.scaled(kAroundList),
                                       theme.scaled(kSmallestListHeight),
                                       theme.scaled(kListHeight)));
-    const int size = theme.scaled(14);
+    const auto size = theme.scaled(14);
     m_list->setIconSize({size, size});
     m_arrivals = m_code.arrived().connect([this] {
         if (static_cast<std::size_t>(m_list->count()) < m_code.languages().size()) {
@@ -110,7 +110,7 @@ void LanguageMenu::fill() {
     m_list->clear();
     for (const auto& [fit, language] : fitting) {
         const auto id = toQString(language->id);
-        const bool isCurrent = id == m_current;
+        const auto isCurrent = id == m_current;
         auto* const item =
             new QListWidgetItem(isCurrent ? tick : QIcon(nothing), nameOf(*language), m_list);
         item->setData(Qt::UserRole, id);

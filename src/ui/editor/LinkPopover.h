@@ -14,14 +14,14 @@ class LinkPopover final : public Popover {
     Q_OBJECT
 
 public:
-    /// `target` is that of the link that is there; empty: there is none.
+    /// `target` is that of the link that is there, or empty.
     LinkPopover(const QString& target, const Theme& theme, QWidget* window);
 
     /// A press outside stores what was changed.
     void dismiss() override;
 
 Q_SIGNALS:
-    /// Empty: the link is to be taken away.
+    /// An empty target asks to take the link away.
     void chosen(const QString& target);
     void openRequested(const QString& target);
 

@@ -15,8 +15,8 @@ QRegularExpression expression(const char* pattern) {
                                   QRegularExpression::CaseInsensitiveOption);
 }
 
-/// "example.org", "localhost:8080/path", "[::1]/": at least one dot where it is not the own
-/// machine.
+/// Such as "example.org", "localhost:8080/path" and "[::1]/": a host has at least one dot where it
+/// is not the own machine.
 bool isHostWithPath(const QString& text) {
     static const auto pattern =
         expression(R"((localhost|\[[0-9a-f:.]+\]|[\w-]+(\.[\w-]+)+\.?)(:\d{1,5})?([/?#]\S*)?)");

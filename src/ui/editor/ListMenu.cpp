@@ -1,8 +1,9 @@
 #include "ui/editor/ListMenu.h"
 
+#include "ui/editor/ListEditing.h"
 #include "ui/kit/IconSet.h"
+#include "ui/kit/MenuItems.h"
 #include "ui/kit/Text.h"
-#include "ui/text/TextDocumentConversion.h"
 
 #include <QTextBlock>
 
@@ -10,11 +11,9 @@ namespace korvex::ui {
 
 namespace {
 
-/// The innermost list at the caret; empty: none.
+/// The marker of the innermost list at the caret, or empty.
 QString listMarkerAt(const QTextCursor& caret) {
-    QTextCursor paragraph(caret.block());
-    paragraph.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
-    const auto lists = textOf(paragraph).styleAt(0).lists;
+    const auto lists = listsOf(caret.block());
     return lists.empty() ? QString() : toQString(lists.back()->marker);
 }
 
@@ -35,9 +34,7 @@ ListMenu::ListMenu(RichTextEdit& edit, const Theme& theme, QWidget* parent)
           Choice{tr("Numbered List: 1."), "{decimal}.", "list-numbers", tr("Ctrl+Shift+7")},
           Choice{tr("Numbered List: a."), "{lower-alpha}.", "list-numbers", {}},
           Choice{tr("Numbered List: i."), "{lower-roman}.", "list-numbers", {}}}) {
-        // The keys are the editor's own: here they are only told, in the column that menus have.
-        auto* const action = addAction(
-            each.keys.isEmpty() ? each.title : each.title + QLatin1Char('\t') + each.keys);
+        auto* const action = addAction(withKeys(each.title, each.keys));
         action->setCheckable(true);
         action->setData(QString::fromLatin1(each.marker));
         const auto draw = [action, &theme, icon = QString::fromLatin1(each.icon)] {

@@ -1,31 +1,45 @@
 #include "ui/editor/RichTextEdit.h"
 
-#include "base/Text.h"
-#include "base/Utf16.h"
-#include "model/EntryContentLimit.h"
-#include "richtext/table/RichTextTable.h"
+#include "ui/editor/FormatEditing.h"
 #include "ui/editor/RichTextRuns.h"
-#include "ui/kit/Text.h"
+#include "ui/editor/StructureKeys.h"
+#include "ui/editor/TableEditing.h"
+#include "ui/text/Links.h"
+#include "ui/text/OfferedFiles.h"
+#include "ui/text/RichTextClipboard.h"
 #include "ui/text/TextDocumentConversion.h"
+#include "ui/text/TextLook.h"
 #include "ui/text/TextPainting.h"
 
-#include <QPaintEvent>
+#include <QApplication>
+#include <QClipboard>
+#include <QKeyEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QScrollBar>
-#include <QTextTable>
+#include <QShortcut>
+
+#include <algorithm>
+#include <optional>
 
 namespace korvex::ui {
 
 namespace {
 
-using model::EntryContentLimit;
+using richtext::RichTextAction;
+using Kind = RichTextAction::Kind;
 
-/// No UTF-16 unit has more bytes.
-constexpr std::size_t kBytesPerUnit = 3;
+bool isControl(QChar unit) {
+    return unit < QChar(u' ') || unit == QChar(0x7f);
+}
+
+bool leadsOut(QTextCursor caret, int direction) {
+    return !caret.movePosition(direction < 0 ? QTextCursor::Up : QTextCursor::Down);
+}
 
 } // namespace
 
-RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent) {
+RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent), m_limit(*document()) {
     setFrameShape(NoFrame);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -35,10 +49,6 @@ RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent) {
     setPlaceholderText(tr("Text"));
     connect(this, &QTextEdit::cursorPositionChanged, this, &RichTextEdit::updateState);
     connect(this, &QTextEdit::selectionChanged, this, &RichTextEdit::updateState);
-    connect(document(), &QTextDocument::contentsChange, this, [this](int, int, int added) {
-        // Wherever characters are put, they part one that is there at most.
-        m_knownRoom -= added + 1;
-    });
     addShortcuts();
 }
 
@@ -46,7 +56,7 @@ RichTextEdit::~RichTextEdit() = default;
 
 void RichTextEdit::setLook(const TextLook& look) {
     const auto text = m_look ? std::optional(content()) : std::nullopt;
-    const int position = textCursor().position();
+    const auto position = textCursor().position();
     m_look = std::make_unique<TextLook>(look);
     setFont(look.font);
     document()->setDefaultFont(look.font);
@@ -55,7 +65,7 @@ void RichTextEdit::setLook(const TextLook& look) {
     own.setColor(QPalette::Text, look.text);
     setPalette(own);
     if (text) {
-        const bool wasModified = document()->isModified();
+        const auto wasModified = document()->isModified();
         setContent(*text);
         document()->setModified(wasModified);
         auto cursor = textCursor();
@@ -65,11 +75,10 @@ void RichTextEdit::setLook(const TextLook& look) {
 }
 
 void RichTextEdit::setContent(const richtext::AttributedString& text) {
-    // Named in full: QTextEdit has one for texts of its own.
+    // The name is full since QTextEdit has a function of that name.
     ui::setText(*document(), text, look());
     document()->clearUndoRedoStacks();
     document()->setModified(false);
-    m_knownRoom = 0;
     setTextCursor(QTextCursor(document()));
     stepOutOfRuns();
     updateState();
@@ -83,46 +92,100 @@ QPointF RichTextEdit::scrolled() const {
     return QPointF(horizontalScrollBar()->value(), verticalScrollBar()->value());
 }
 
-void RichTextEdit::paintEvent(QPaintEvent* event) {
-    QPainter painter(viewport());
-    painter.translate(-scrolled());
-    paintUnderText(painter, *document(), look(), QRectF(event->rect()).translated(scrolled()));
-    painter.end();
-    QTextEdit::paintEvent(event);
-}
-
-bool RichTextEdit::allows(QStringView replacement) {
-    const auto cursor = textCursor();
-    return allowsReplacing(cursor.selectionStart(), cursor.selectionEnd(), replacement);
-}
-
-bool RichTextEdit::allowsReplacing(int from, int to, QStringView replacement) {
-    if (isWithinKnownRoom(replacement.size())) {
-        return true;
+void RichTextEdit::addShortcuts() {
+    const auto add = [this](const QKeySequence& keys, auto&& action) {
+        auto* const shortcut = new QShortcut(keys, this, nullptr, nullptr, Qt::WidgetShortcut);
+        connect(shortcut, &QShortcut::activated, this, action);
+    };
+    const auto addCommand = [&](const QKeySequence& keys, const RichTextAction& action) {
+        add(keys, [this, action] { perform({action}); });
+    };
+    addCommand(Qt::CTRL | Qt::Key_B, {Kind::bold});
+    addCommand(Qt::CTRL | Qt::Key_I, {Kind::italic});
+    addCommand(Qt::CTRL | Qt::Key_U, {Kind::underline});
+    addCommand(Qt::CTRL | Qt::SHIFT | Qt::Key_X, {Kind::strikethrough});
+    addCommand(Qt::CTRL | Qt::Key_E, {Kind::code});
+    addCommand(Qt::CTRL | Qt::SHIFT | Qt::Key_K, {Kind::link});
+    addCommand(Qt::CTRL | Qt::ALT | Qt::Key_0, RichTextAction::heading(std::nullopt));
+    for (const auto level : richtext::kHeadingLevels) {
+        addCommand(Qt::CTRL | Qt::ALT | static_cast<Qt::Key>(Qt::Key_0 + static_cast<int>(level)),
+                   RichTextAction::heading(level));
     }
-    const auto text = base::utf8(content().text());
-    const auto count = base::characterCount(text, EntryContentLimit::kMaximumCharacters + 1);
-    m_knownRoom = std::min(static_cast<std::ptrdiff_t>(EntryContentLimit::kMaximumCharacters) -
-                               static_cast<std::ptrdiff_t>(count),
-                           (static_cast<std::ptrdiff_t>(EntryContentLimit::kMaximumBytes) -
-                            static_cast<std::ptrdiff_t>(text.size())) /
-                               static_cast<std::ptrdiff_t>(kBytesPerUnit));
-    const auto start = offsetOf(*document(), from);
-    const auto end = offsetOf(*document(), to);
-    if (EntryContentLimit::allowsReplacing(text, start, end - start,
-                                           toUtf8(replacement.toString()))) {
-        return true;
-    }
-    Q_EMIT limitReached();
-    return false;
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_7, [this] { toggleList(QStringLiteral("{decimal}.")); });
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_8, [this] { toggleList(QStringLiteral("{disc}")); });
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_V, [this] { pastePlainText(); });
+    add(Qt::CTRL | Qt::SHIFT | Qt::Key_Return, [this] { Q_EMIT splitRequested(); });
+    add(Qt::CTRL | Qt::Key_S, [this] { Q_EMIT storeRequested(); });
 }
 
-/// Whether so many more UTF-16 units fit in, judged without counting characters.
-bool RichTextEdit::isWithinKnownRoom(qsizetype added) const {
-    // A document has a unit for each of the text's; a character has at least one.
-    return document()->characterCount() + added <=
-               static_cast<qsizetype>(EntryContentLimit::kMaximumCharacters) ||
-           added + 1 <= m_knownRoom;
+void RichTextEdit::perform(const richtext::RichTextCommand& command) {
+    FormatEditing formats(*this, look());
+    const auto& action = command.action;
+    switch (action.kind) {
+    case Kind::heading:
+        formats.setHeading(action.headingLevel());
+        break;
+    case Kind::codeLanguage:
+        formats.setCodeLanguage(action.languageId());
+        break;
+    case Kind::codeBlock:
+        formats.toggleCodeBlock();
+        break;
+    case Kind::table:
+        Q_EMIT tableRequested();
+        break;
+    case Kind::link:
+        Q_EMIT linkRequested();
+        break;
+    case Kind::normalText:
+        formats.clear();
+        break;
+    case Kind::bold:
+        formats.toggle(Emphasis::bold);
+        break;
+    case Kind::italic:
+        formats.toggle(Emphasis::italic);
+        break;
+    case Kind::underline:
+        formats.toggle(Emphasis::underline);
+        break;
+    case Kind::strikethrough:
+        formats.toggle(Emphasis::strikethrough);
+        break;
+    case Kind::code:
+        formats.toggleInlineCode();
+        break;
+    case Kind::lists:
+        Q_EMIT listsRequested();
+        break;
+    case Kind::tableRow:
+        TableEditing(*this).perform(TableAction::insertRowBelow);
+        break;
+    case Kind::tableColumn:
+        TableEditing(*this).perform(TableAction::insertColumnRight);
+        break;
+    case Kind::deleteTable:
+        TableEditing(*this).perform(TableAction::deleteTable);
+        break;
+    }
+    updateState();
+}
+
+void RichTextEdit::setLink(const QString& target) {
+    const auto caret = textCursor();
+    const auto isNew = !caret.hasSelection() && typedAttributes(caret).link.empty();
+    if (isNew && (target.isEmpty() || !allows(target))) {
+        return;
+    }
+    FormatEditing(*this, look()).setLink(target);
+    stepOutOfRuns();
+    updateState();
+}
+
+void RichTextEdit::toggleList(const QString& marker) {
+    // The name is full since this function has the same.
+    ui::toggleList(textCursor(), marker, look());
+    updateState();
 }
 
 bool RichTextEdit::insert(const richtext::AttributedString& text) {
@@ -139,34 +202,184 @@ bool RichTextEdit::insert(const richtext::AttributedString& text) {
     return true;
 }
 
-void RichTextEdit::insertTable(int rows, int columns) {
-    auto cursor = textCursor();
-    if (cursor.currentTable() || isCodeBlock(cursor.block())) {
-        return; // tables do not stand in tables, nor in code
+bool RichTextEdit::allows(QStringView replacement) {
+    const auto cursor = textCursor();
+    return allowsReplacing(cursor.selectionStart(), cursor.selectionEnd(), replacement);
+}
+
+bool RichTextEdit::allowsReplacing(int from, int to, QStringView replacement) {
+    if (m_limit.allowsReplacing(from, to, replacement)) {
+        return true;
     }
-    auto table = richtext::RichTextTable::make(
-        std::clamp(rows, 1, richtext::RichTextTable::kMaximumRows),
-        std::clamp(columns, 1, richtext::RichTextTable::kMaximumColumns));
-    cursor.clearSelection();
-    const bool isLast = !cursor.block().next().isValid();
-    if (!isLast) {
-        // What stands here, or follows, is the paragraph after the table.
-        table.remove({table.length() - 1, 1});
+    Q_EMIT limitReached();
+    return false;
+}
+
+void RichTextEdit::pastePlainText() {
+    if (const auto* const offered = QApplication::clipboard()->mimeData()) {
+        insertPasted(plainTextFrom(*offered));
     }
-    if (!isEmpty(cursor.block())) {
-        cursor.movePosition(QTextCursor::EndOfBlock);
-        richtext::AttributedString below(u"\n");
-        below.append(table);
-        table = std::move(below);
+}
+
+/// Into code goes only what the text says.
+void RichTextEdit::insertPasted(const richtext::AttributedString& text) {
+    auto attributes = typedAttributes(textCursor());
+    attributes.link.clear();
+    if (!attributes.isCode()) {
+        insert(text);
+        return;
     }
-    setTextCursor(cursor);
-    const int place = cursor.position();
-    if (insert(table)) {
-        auto first = textCursor();
-        first.setPosition(place);
-        while (!first.currentTable() && first.movePosition(QTextCursor::NextBlock)) {
+    auto units = text.text();
+    if (!attributes.korvexCodeBlock) {
+        std::replace(units.begin(), units.end(), u'\n', u' ');
+    }
+    const auto style = styleOf(textCursor().blockFormat());
+    insert(richtext::AttributedString(units, attributes, style));
+}
+
+bool RichTextEdit::canInsertFromMimeData(const QMimeData* source) const {
+    return hasText(*source) || isForAttaching(*source);
+}
+
+void RichTextEdit::insertFromMimeData(const QMimeData* source) {
+    if (isForAttaching(*source)) {
+        Q_EMIT attachmentsPasted(source);
+        return;
+    }
+    insertPasted(textFrom(*source));
+}
+
+QMimeData* RichTextEdit::createMimeDataFromSelection() const {
+    return mimeDataOf(textOf(textCursor())).release();
+}
+
+void RichTextEdit::paintEvent(QPaintEvent* event) {
+    QPainter painter(viewport());
+    painter.translate(-scrolled());
+    paintUnderText(painter, *document(), look(), QRectF(event->rect()).translated(scrolled()));
+    painter.end();
+    QTextEdit::paintEvent(event);
+}
+
+void RichTextEdit::keyPressEvent(QKeyEvent* event) {
+    if (handledAsStructure(*event) || handledAsMovement(*event)) {
+        event->accept();
+        return;
+    }
+    if (event->matches(QKeySequence::DeleteEndOfLine) ||
+        event->matches(QKeySequence::DeleteCompleteLine)) {
+        event->ignore(); // where these have keys at all, the window means something else by them
+        return;
+    }
+    const auto typed = event->text();
+    if (!typed.isEmpty() && !isControl(typed.front()) && !allows(typed)) {
+        return;
+    }
+    QTextEdit::keyPressEvent(event);
+    if (event->key() >= Qt::Key_Home && event->key() <= Qt::Key_PageDown) {
+        passHiddenParagraph(*event);
+        stepOutOfRuns(); // also where there was no way on
+    }
+}
+
+bool RichTextEdit::handledAsStructure(const QKeyEvent& event) {
+    if (StructureKeys(*this).handle(event)) {
+        updateState();
+        return true;
+    }
+    // Outside of tables, lists and code the keyboard goes back to the controls, as it would from a
+    // field.
+    const auto isBacktab = event.key() == Qt::Key_Backtab ||
+                           (event.key() == Qt::Key_Tab &&
+                            (event.modifiers() & ~Qt::KeypadModifier) == Qt::ShiftModifier);
+    return isBacktab && focusNextPrevChild(false);
+}
+
+bool RichTextEdit::handledAsMovement(const QKeyEvent& event) {
+    const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    switch (event.key()) {
+    case Qt::Key_Escape:
+        Q_EMIT escaped();
+        return true;
+    case Qt::Key_Up:
+    case Qt::Key_Down: {
+        const auto direction = event.key() == Qt::Key_Up ? -1 : 1;
+        if (modifiers == Qt::AltModifier) {
+            Q_EMIT moveRequested(direction);
+            return true;
         }
-        setTextCursor(first);
+        if (modifiers == Qt::NoModifier && leadsOut(textCursor(), direction)) {
+            Q_EMIT walked(direction);
+            return true;
+        }
+        return false;
+    }
+    default:
+        return false;
+    }
+}
+
+void RichTextEdit::passHiddenParagraph(const QKeyEvent& event) {
+    if (!isHiddenBehindTable(textCursor().block()) || event.key() == Qt::Key_Home ||
+        event.key() == Qt::Key_End) {
+        return;
+    }
+    const auto isOn = event.key() == Qt::Key_Down || event.key() == Qt::Key_Right ||
+                      event.key() == Qt::Key_PageDown;
+    moveCursor(isOn ? QTextCursor::NextBlock : QTextCursor::PreviousCharacter,
+               event.modifiers().testFlag(Qt::ShiftModifier) ? QTextCursor::KeepAnchor
+                                                             : QTextCursor::MoveAnchor);
+}
+
+void RichTextEdit::inputMethodEvent(QInputMethodEvent* event) {
+    if (!event->commitString().isEmpty() && !allows(event->commitString())) {
+        return;
+    }
+    QTextEdit::inputMethodEvent(event);
+}
+
+void RichTextEdit::mousePressEvent(QMouseEvent* event) {
+    QTextEdit::mousePressEvent(event);
+    if (event->button() == Qt::RightButton) {
+        // The menu is about the place that was pressed, unless that is selected.
+        const auto place = cursorForPosition(event->position().toPoint());
+        const auto current = textCursor();
+        if (place.position() < current.selectionStart() ||
+            place.position() > current.selectionEnd()) {
+            setTextCursor(place);
+        }
+    }
+    stepOutOfRuns();
+}
+
+void RichTextEdit::mouseMoveEvent(QMouseEvent* event) {
+    QTextEdit::mouseMoveEvent(event);
+    const auto opens = event->modifiers().testFlag(Qt::ControlModifier) &&
+                       !openableLinkAt(*document(), event->position() + scrolled()).isEmpty();
+    viewport()->setCursor(opens ? Qt::PointingHandCursor : Qt::IBeamCursor);
+}
+
+void RichTextEdit::mouseReleaseEvent(QMouseEvent* event) {
+    QTextEdit::mouseReleaseEvent(event);
+    if (event->button() == Qt::LeftButton && event->modifiers() == Qt::ControlModifier &&
+        !textCursor().hasSelection()) {
+        openLink(anchorAt(event->position().toPoint()));
+    }
+}
+
+void RichTextEdit::stepOutOfRuns() {
+    const auto caret = textCursor();
+    const auto wanted = typedBesideRuns(caret);
+    if (wanted != typedAttributes(caret)) {
+        setCurrentCharFormat(charFormatOf(wanted, look()));
+    }
+}
+
+void RichTextEdit::updateState() {
+    auto state = formatStateOf(textCursor());
+    if (state != m_state) {
+        m_state = std::move(state);
+        Q_EMIT formatStateChanged();
     }
 }
 

@@ -6,29 +6,34 @@
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>
+#include <functional>
 #include <optional>
 #include <vector>
 
 namespace korvex::ui {
 
-/// What the parts of RichTextEdit share: walks over a document's blocks and runs.
+/// Walks over the blocks and runs of a document under edit, and what stands around a place in it.
+/// Main thread.
 
-/// By the first character, of an empty paragraph by what is typed into it.
-inline std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block) {
-    const auto first = block.begin();
-    return richtext::headingLevel(
-        attributesOf(first.atEnd() ? block.charFormat() : first.fragment().charFormat()).font);
-}
+using AttributesTest = std::function<bool(const richtext::CharacterAttributes&)>;
+
+/// The first character tells it, in an empty paragraph what is typed into it.
+std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block);
 
 inline bool isEmpty(const QTextBlock& block) {
     return block.length() <= 1;
 }
 
-/// From the outermost list to the one that the block is an item of.
-std::vector<richtext::TextListRef> listsOf(const QTextBlock& block);
-
 /// Whether two blocks stand in the same cell, or both in none.
 bool isSameCell(const QTextBlock& left, const QTextBlock& right);
+/// Whether the block stands outside of tables and the one before it in one.
+bool isBehindTable(const QTextBlock& block);
+/// Qt draws no empty paragraph right behind a table: its caret would stand beside the table.
+bool isHiddenBehindTable(const QTextBlock& block);
+
+/// The blocks that a range touches. The one in which nothing but the end of a selection stands is
+/// not touched.
+std::vector<QTextBlock> blocksOf(const QTextCursor& range);
 
 /// Calls `visit(start, end, format)` with each stretch of the block that has one format, cut to the
 /// range. False from `visit` ends it; false when it was ended.
@@ -36,8 +41,8 @@ template <typename Visit>
 bool forEachStretch(const QTextBlock& block, int from, int to, Visit&& visit) {
     for (auto it = block.begin(); !it.atEnd(); ++it) {
         const auto fragment = it.fragment();
-        const int start = std::max(fragment.position(), from);
-        const int end = std::min(fragment.position() + fragment.length(), to);
+        const auto start = std::max(fragment.position(), from);
+        const auto end = std::min(fragment.position() + fragment.length(), to);
         if (start < end && !visit(start, end, fragment.charFormat())) {
             return false;
         }
@@ -45,8 +50,18 @@ bool forEachStretch(const QTextBlock& block, int from, int to, Visit&& visit) {
     return true;
 }
 
-/// The blocks that a range touches. The one in which nothing but the end of a selection stands is
-/// not touched.
-std::vector<QTextBlock> blocksOf(const QTextCursor& range);
+/// What is typed next at a caret looks like this.
+inline richtext::CharacterAttributes typedAttributes(const QTextCursor& caret) {
+    return attributesOf(caret.charFormat());
+}
+/// The same for a caret that has just come to its place: typing beside a link or inline code is not
+/// part of it.
+richtext::CharacterAttributes typedBesideRuns(const QTextCursor& caret);
+
+/// Whether the test holds for every character that is selected, or for what is typed at the caret.
+bool isEverywhere(const QTextCursor& range, const AttributesTest& test);
+/// The maximal stretch of characters around the caret or selection that the test holds for; over
+/// the ends of paragraphs where it holds for both, within one cell.
+QTextCursor runAround(const QTextCursor& range, const AttributesTest& test);
 
 } // namespace korvex::ui

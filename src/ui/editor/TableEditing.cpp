@@ -1,6 +1,7 @@
 #include "ui/editor/TableEditing.h"
 
 #include "ui/editor/RichTextEdit.h"
+#include "ui/editor/RichTextRuns.h"
 #include "ui/editor/TableInPlace.h"
 #include "ui/text/TextDocumentConversion.h"
 
@@ -28,7 +29,7 @@ struct Place {
 /// A table of the document as the model has it.
 struct ReadTable {
     Grid grid;
-    /// From the first cell to the last, in the document's text.
+    /// The text of the document from the first cell to the last.
     richtext::TextRange range;
     /// How many tables are around it.
     std::size_t depth = 0;
@@ -65,7 +66,7 @@ AttributedString leadOf(const QTextTable& table, const AttributedString& text) {
     return text.slice({before, offsetOf(*table.document(), table.firstPosition()) - before});
 }
 
-/// From the grid's start, in UTF-16 units.
+/// Counted from the grid's start, in UTF-16 units.
 std::size_t offsetOf(const Grid& grid, Place place) {
     std::size_t result = 0;
     for (int row = 0; row <= place.row; ++row) {
@@ -103,11 +104,11 @@ struct Step {
     Place caret;
 };
 
-/// For all actions but `deleteTable`.
+/// Knows all actions but `deleteTable`.
 Step stepFor(TableAction action, Place at, const QTextTable& table) {
     const auto [row, column] = at;
-    const int lastRow = table.rows() - 1;
-    const int lastColumn = table.columns() - 1;
+    const auto lastRow = table.rows() - 1;
+    const auto lastColumn = table.columns() - 1;
     using Kind = Edit::Kind;
     using Where = Edit::Where;
     switch (action) {
@@ -148,6 +149,36 @@ Step stepFor(TableAction action, Place at, const QTextTable& table) {
 }
 
 } // namespace
+
+void TableEditing::insert(int rows, int columns) {
+    auto cursor = m_edit.textCursor();
+    if (cursor.currentTable() || isCodeBlock(cursor.block())) {
+        return; // tables do not stand in tables, nor in code
+    }
+    auto table = RichTextTable::make(std::clamp(rows, 1, RichTextTable::kMaximumRows),
+                                     std::clamp(columns, 1, RichTextTable::kMaximumColumns));
+    cursor.clearSelection();
+    const auto isLast = !cursor.block().next().isValid();
+    if (!isLast) {
+        // What stands here, or follows, is the paragraph after the table.
+        table.remove({table.length() - 1, 1});
+    }
+    if (!isEmpty(cursor.block())) {
+        cursor.movePosition(QTextCursor::EndOfBlock);
+        AttributedString below(u"\n");
+        below.append(table);
+        table = std::move(below);
+    }
+    m_edit.setTextCursor(cursor);
+    const auto place = cursor.position();
+    if (m_edit.insert(table)) {
+        auto first = m_edit.textCursor();
+        first.setPosition(place);
+        while (!first.currentTable() && first.movePosition(QTextCursor::NextBlock)) {
+        }
+        m_edit.setTextCursor(first);
+    }
+}
 
 bool TableEditing::isAvailable(TableAction action) const {
     const auto cursor = m_edit.textCursor();

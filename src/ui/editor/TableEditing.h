@@ -46,13 +46,17 @@ class TableEditing final {
 public:
     explicit TableEditing(RichTextEdit& edit) : m_edit(edit) {}
 
+    /// Inserts a table below the paragraph at the caret, or in its place if that is empty; the
+    /// caret goes into the first cell. The size is clamped to what a table may have. Nothing is
+    /// changed in tables and in code, and where the text would become longer than an entry may be.
+    void insert(int rows, int columns);
     /// Whether the command would change anything here.
     bool isAvailable(TableAction action) const;
     /// False, and nothing is changed, when the command is not available or the text would become
     /// longer than an entry may be.
     bool perform(TableAction action);
-    bool deleteTable() { return perform(TableAction::deleteTable); }
-    /// Of any table of the text. The width is clamped to 80 to 600 points; absent: the default.
+    /// The table may be any of the text. The width is clamped to 80 to 600 points; without one the
+    /// column gets the default.
     bool resizeColumn(QTextTable& table, int column, std::optional<richtext::Twips> width);
 
     /// Selects the content of the next or the previous cell. False at the table's ends, and outside
@@ -61,8 +65,8 @@ public:
     bool previousCell() { return selectNeighbour(-1); }
 
 private:
-    /// In the place of the table and of its lead, as one step of undo; then the caret stands at
-    /// this offset of the text.
+    /// Puts the text in the place of the table and of its lead, as one step of undo; then the caret
+    /// stands at this offset of the text.
     bool replace(const QTextTable& table, const richtext::AttributedString& text,
                  std::size_t caret);
     void placeCaret(std::size_t offset);

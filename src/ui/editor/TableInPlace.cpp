@@ -75,7 +75,7 @@ bool editInPlace(QTextTable& table, const Edit& edit, const RichTextTable::Grid&
     if (formats.table().borderCollapse() != table.format().borderCollapse()) {
         return false; // all cells have to draw other borders
     }
-    const int place = edit.index + (edit.where == Edit::Where::after ? 1 : 0);
+    const auto place = edit.index + (edit.where == Edit::Where::after ? 1 : 0);
     QTextCursor before(table.firstCursorPosition());
     before.setPosition(table.firstPosition() - 1);
     const auto formatBefore = before.blockFormat();

@@ -74,15 +74,15 @@ void TablePopover::layOut() {
 }
 
 void TablePopover::showSize() {
-    const int columns = m_columns->value();
-    const int rows = m_rows->value();
+    const auto columns = m_columns->value();
+    const auto rows = m_rows->value();
     m_size->setText(tr("%1 × %2").arg(columns == 1 ? tr("1 column") : tr("%1 columns").arg(columns),
                                       rows == 1 ? tr("1 row") : tr("%1 rows").arg(rows)));
 }
 
 void TablePopover::insert() {
-    const int rows = m_rows->value();
-    const int columns = m_columns->value();
+    const auto rows = m_rows->value();
+    const auto columns = m_columns->value();
     closeNow();
     Q_EMIT chosen(rows, columns);
 }

@@ -16,7 +16,7 @@ public:
     TablePopover(const Theme& theme, QWidget* window);
 
 Q_SIGNALS:
-    /// Within the limits of a table.
+    /// Both are within the limits of a table.
     void chosen(int rows, int columns);
 
 protected:

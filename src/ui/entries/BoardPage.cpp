@@ -117,8 +117,9 @@ void BoardPage::attachFiles() {
 void BoardPage::addAttachmentItems(QMenu& menu, model::Entry* entry) {
     menu.addSeparator();
     if (!isReadOnly()) {
-        addItem(menu, tr("Attach files…"), Qt::CTRL | Qt::SHIFT | Qt::Key_A,
-                !entry || m_attachments.canAttachTo(*entry), this, [this] { attachFiles(); });
+        MenuItems(menu, *this)
+            .add(tr("Attach files…"), Qt::CTRL | Qt::SHIFT | Qt::Key_A, [this] { attachFiles(); })
+            .setEnabled(!entry || m_attachments.canAttachTo(*entry));
     }
     if (entry) {
         m_attachments.addAttachments(menu, *entry);
@@ -396,31 +397,34 @@ void BoardPage::openMenu(int row, const QPoint& globalPosition) {
         }
         return;
     }
-    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
-                         auto&& action) { addItem(*menu, text, keys, isEnabled, this, action); };
+    const MenuItems items(*menu, *this);
     if (isOpen) {
-        add(tr("Edit"), Qt::Key_F2, m_model.isEditable(row),
-            [this, &entry] { m_editing.edit(m_model.rowOf(entry), -1); });
-        add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, entry.isTodo(),
-            [this, &entry] { openSchedule(entry); });
-        add(tr("Complete"), Qt::CTRL | Qt::Key_Return, entry.isOpenTodo(),
-            [this, &entry] { complete(entry); });
+        items
+            .add(tr("Edit"), Qt::Key_F2,
+                 [this, &entry] { m_editing.edit(m_model.rowOf(entry), -1); })
+            .setEnabled(m_model.isEditable(row));
+        items.add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, [this, &entry] { openSchedule(entry); })
+            .setEnabled(entry.isTodo());
+        items.add(tr("Complete"), Qt::CTRL | Qt::Key_Return, [this, &entry] { complete(entry); })
+            .setEnabled(entry.isOpenTodo());
         menu->addSeparator();
-        add(tr("Move up"), Qt::ALT | Qt::Key_Up, true, [this, &entry] { move(entry, -1); });
-        add(tr("Move down"), Qt::ALT | Qt::Key_Down, true, [this, &entry] { move(entry, 1); });
-        add(tr("New todo below"), {}, true, [this, &entry] { m_editing.startDraft(&entry); });
-        add(tr("New text below"), Qt::CTRL | Qt::SHIFT | Qt::Key_T, true,
-            [this, &entry] { m_editing.startTextDraft(&entry); });
+        items.add(tr("Move up"), Qt::ALT | Qt::Key_Up, [this, &entry] { move(entry, -1); });
+        items.add(tr("Move down"), Qt::ALT | Qt::Key_Down, [this, &entry] { move(entry, 1); });
+        items.add(tr("New todo below"), {}, [this, &entry] { m_editing.startDraft(&entry); });
+        items.add(tr("New text below"), Qt::CTRL | Qt::SHIFT | Qt::Key_T,
+                  [this, &entry] { m_editing.startTextDraft(&entry); });
         menu->addSeparator();
-        add(entry.isTodo() ? tr("Change to text") : tr("Change to todo"), {},
-            m_model.isEditable(row), [this, &entry] { changeType(entry); });
+        items
+            .add(entry.isTodo() ? tr("Change to text") : tr("Change to todo"), {},
+                 [this, &entry] { changeType(entry); })
+            .setEnabled(m_model.isEditable(row));
     } else {
-        add(tr("Restore"), Qt::Key_Space, true, [this, &entry] { restore(entry); });
+        items.add(tr("Restore"), Qt::Key_Space, [this, &entry] { restore(entry); });
     }
     addAttachmentItems(*menu, &entry);
-    add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, true,
-        [this, &entry] { chooseBoard(entry); });
-    add(tr("Delete"), Qt::Key_Delete, true, [this, &entry] { remove(entry); });
+    items.add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M,
+              [this, &entry] { chooseBoard(entry); });
+    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); });
     menu->popup(globalPosition);
 }
 

@@ -222,21 +222,22 @@ void EntryEditing::openMenu(const QPoint& globalPosition) {
     auto* const menu = m_editor->makeMenu();
     menu->setParent(&m_view, menu->windowFlags());
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
-                         auto&& action) { addItem(*menu, text, keys, isEnabled, this, action); };
+    const MenuItems items(*menu, *this);
     menu->addSeparator();
     const bool isText = m_type == EntryType::text;
     if (isText) {
-        add(tr("Split here"), Qt::CTRL | Qt::SHIFT | Qt::Key_Return,
-            m_textEditor->parts().has_value(), [this] { split(); });
+        items.add(tr("Split here"), Qt::CTRL | Qt::SHIFT | Qt::Key_Return, [this] { split(); })
+            .setEnabled(m_textEditor->parts().has_value());
     }
-    add(isText ? tr("Change to todo") : tr("Change to text"), {}, !m_editor->isBlank(),
-        [this] { changeType(); });
-    add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, !m_editor->isBlank(), [this] {
+    items.add(isText ? tr("Change to todo") : tr("Change to text"), {}, [this] { changeType(); })
+        .setEnabled(!m_editor->isBlank());
+    const auto moveToBoard = [this] {
         forward([this](model::Entry* entry, int) { Q_EMIT boardChangeRequested(entry); });
-    });
+    };
+    items.add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, moveToBoard)
+        .setEnabled(!m_editor->isBlank());
     Q_EMIT menuOpening(menu, m_entry);
-    add(isText ? tr("Delete text") : tr("Delete todo"), {}, true, [this] {
+    items.add(isText ? tr("Delete text") : tr("Delete todo"), {}, [this] {
         if (auto* const entry = m_entry) {
             Q_EMIT deletionRequested(entry);
         } else {

@@ -2,6 +2,7 @@
 
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
+#include "ui/editor/TextMenu.h"
 #include "ui/kit/Text.h"
 #include "ui/text/CodeColors.h"
 #include "ui/text/TextDocumentConversion.h"
@@ -106,7 +107,7 @@ void TextEditor::revert() {
 }
 
 QMenu* TextEditor::makeMenu() {
-    return m_field->makeMenu();
+    return new TextMenu(*m_field, m_field);
 }
 
 int TextEditor::neededHeight(int width) {

@@ -1,6 +1,5 @@
 #include "ui/overview/TodoGroupModel.h"
 
-#include "model/EntryContentLimit.h"
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"

@@ -256,19 +256,18 @@ void TodoGroupPage::openMenu(int row, const QPoint& globalPosition) {
     auto& entry = *m_model.entry(row);
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const auto add = [&](const QString& text, const QKeySequence& keys, bool isEnabled,
-                         auto&& action) { addItem(*menu, text, keys, isEnabled, this, action); };
-    add(tr("Go to entry"), Qt::Key_Return, true,
-        [this, &entry] { Q_EMIT entryOpenRequested(&entry); });
+    const MenuItems items(*menu, *this);
+    items.add(tr("Go to entry"), Qt::Key_Return,
+              [this, &entry] { Q_EMIT entryOpenRequested(&entry); });
     menu->addSeparator();
     if (m_model.detail() == TodoGroupModel::Detail::due) {
-        add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, !entry.isCompleted(),
-            [this, &entry] { openSchedule(entry); });
+        items.add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, [this, &entry] { openSchedule(entry); })
+            .setEnabled(!entry.isCompleted());
     }
-    add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return, true,
-        [this, &entry] { toggle(entry); });
+    items.add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return,
+              [this, &entry] { toggle(entry); });
     menu->addSeparator();
-    add(tr("Delete"), Qt::Key_Delete, true, [this, &entry] { remove(entry); });
+    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); });
     menu->popup(globalPosition);
 }
 

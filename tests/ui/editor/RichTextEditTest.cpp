@@ -4,6 +4,7 @@
 #include "richtext/table/RichTextTable.h"
 #include "ui/TextDump.h"
 #include "ui/WindowFixture.h"
+#include "ui/editor/TableEditing.h"
 #include "ui/text/TextLook.h"
 
 #include <QClipboard>
@@ -41,7 +42,7 @@ protected:
             } else if (name == QLatin1String("link")) {
                 edit.setLink(QStringLiteral("https://e.org"));
             } else if (name == QLatin1String("table")) {
-                edit.insertTable(2, 2);
+                TableEditing(edit).insert(2, 2);
             } else if (name == QLatin1String("code")) {
                 edit.perform({{Kind::codeBlock}});
             } else {
@@ -230,7 +231,7 @@ TEST_F(RichTextEditTest, TheStateIsWhatTheCaretOrAllOfTheSelectionHas) {
     type(QStringLiteral("<Up>"));
     EXPECT_EQ(edit.formatState().heading, richtext::HeadingLevel::level2);
     type(QStringLiteral("<Up>"));
-    EXPECT_EQ(edit.formatState().list, FormatState::List::numbered);
+    EXPECT_EQ(edit.formatState().list, ListKind::numbered);
     EXPECT_FALSE(edit.formatState().heading);
     type(QStringLiteral("<Up><Home><Shift+Right>"));
     EXPECT_TRUE(edit.formatState().isBold);

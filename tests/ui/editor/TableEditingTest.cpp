@@ -306,7 +306,7 @@ TEST_F(TableEditingTest, DeletingTheTableOrItsOnlyRowOrColumnLeavesTheTextAround
 
         show(text);
         placeCaret(1, 1);
-        EXPECT_TRUE(tables.deleteTable());
+        EXPECT_TRUE(tables.perform(TableAction::deleteTable));
         EXPECT_TRUE(edit.content().isEquivalentTo(expected));
         EXPECT_EQ(offsetOf(*edit.document(), edit.textCursor().position()), start);
         edit.undo();

@@ -1,10 +1,13 @@
-#include "ui/editor/RichTextEdit.h"
+#include "ui/editor/ListEditing.h"
 
 #include "richtext/text/ListIndents.h"
 #include "ui/editor/RichTextRuns.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <memory>
+#include <utility>
 
 namespace korvex::ui {
 
@@ -28,24 +31,24 @@ bool isOneOf(std::u16string_view marker, std::initializer_list<std::u16string_vi
     });
 }
 
-FormatState::List kindOf(std::u16string_view marker) {
+ListKind kindOf(std::u16string_view marker) {
     if (isOneOf(marker, {u"{disc}", u"{circle}", u"{square}", u"{hyphen}"})) {
-        return FormatState::List::bulleted;
+        return ListKind::bulleted;
     }
     if (isOneOf(marker, {u"{decimal}", u"-alpha}", u"-roman}"})) {
-        return FormatState::List::numbered;
+        return ListKind::numbered;
     }
-    return FormatState::List::other;
+    return ListKind::other;
 }
 
 std::u16string markerInside(const TextList& outer, std::size_t depth) {
     switch (kindOf(outer.marker)) {
-    case FormatState::List::bulleted:
+    case ListKind::bulleted:
         return std::u16string(kBullets[depth % kBullets.size()]);
-    case FormatState::List::numbered:
+    case ListKind::numbered:
         return std::u16string(kNumbers[depth % kNumbers.size()]);
-    case FormatState::List::none:
-    case FormatState::List::other:
+    case ListKind::none:
+    case ListKind::other:
         break;
     }
     return outer.marker;
@@ -95,6 +98,23 @@ QTextList* drawnList(const QTextDocument& document, const std::vector<TextListRe
     return nullptr;
 }
 
+/// Gives each paragraph of the range the lists that `edit` leaves in its style.
+void editLists(const QTextCursor& range, const TextLook& look,
+               const std::function<void(const QTextBlock&, ParagraphStyle&)>& edit) {
+    auto editing = range;
+    editing.beginEditBlock();
+    for (const auto& block : blocksOf(range)) {
+        auto style = paragraphStyleOf(block);
+        const auto before = style.lists;
+        edit(block, style);
+        if (style.lists != before) {
+            richtext::setListIndents(style);
+            setParagraphStyle(block, style, look);
+        }
+    }
+    editing.endEditBlock();
+}
+
 } // namespace
 
 std::vector<TextListRef> listsOf(const QTextBlock& block) {
@@ -109,16 +129,21 @@ std::vector<TextListRef> listsOf(const QTextBlock& block) {
     return lists;
 }
 
-FormatState::List RichTextEdit::listKindOf(const QTextBlock& block) {
+ListKind listKindOf(const QTextBlock& block) {
     const auto lists = listsOf(block);
-    return lists.empty() ? FormatState::List::none : kindOf(lists.back()->marker);
+    return lists.empty() ? ListKind::none : kindOf(lists.back()->marker);
 }
 
-/// Lists are found by the objects that they stand for, in all of the document.
-void RichTextEdit::setStyle(const QTextBlock& block, const ParagraphStyle& style) {
+ParagraphStyle paragraphStyleOf(const QTextBlock& block) {
+    auto style = styleOf(block.blockFormat());
+    style.lists = listsOf(block);
+    return style;
+}
+
+void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look) {
     const auto ground = isCodeBlock(block) ? Ground::code : Ground::plain;
-    auto format = blockFormatOf(style, ground, look());
-    auto* const list = style.lists.empty() ? nullptr : drawnList(*document(), style.lists);
+    auto format = blockFormatOf(style, ground, look);
+    auto* const list = style.lists.empty() ? nullptr : drawnList(*block.document(), style.lists);
     if (list) {
         format.setObjectIndex(list->objectIndex());
     }
@@ -131,34 +156,15 @@ void RichTextEdit::setStyle(const QTextBlock& block, const ParagraphStyle& style
     }
 }
 
-void RichTextEdit::editLists(const QTextCursor& range,
-                             const std::function<void(const QTextBlock&, ParagraphStyle&)>& edit) {
-    auto editing = range;
-    editing.beginEditBlock();
-    for (const auto& block : blocksOf(range)) {
-        auto style = styleOf(block.blockFormat());
-        style.lists = listsOf(block);
-        const auto before = style.lists;
-        edit(block, style);
-        if (style.lists != before) {
-            richtext::setListIndents(style);
-            setStyle(block, style);
-        }
-    }
-    editing.endEditBlock();
-    updateState();
-}
-
-void RichTextEdit::toggleList(const QString& marker) {
+void toggleList(const QTextCursor& range, const QString& marker, const TextLook& look) {
     const auto wanted = marker.left(kLongestMarker).toStdU16String();
-    const auto cursor = textCursor();
-    const auto blocks = blocksOf(cursor);
-    const bool isOn = std::all_of(blocks.begin(), blocks.end(), [&](const QTextBlock& block) {
+    const auto blocks = blocksOf(range);
+    const auto isOn = std::all_of(blocks.begin(), blocks.end(), [&](const QTextBlock& block) {
         const auto lists = listsOf(block);
         return !lists.empty() && lists.back()->marker == wanted;
     });
     if (isOn) {
-        leaveLists(cursor);
+        leaveLists(range, look);
         return;
     }
     auto list = neighbouringList(blocks.front(), blocks.back(), wanted);
@@ -176,7 +182,7 @@ void RichTextEdit::toggleList(const QString& marker) {
         renamed.emplace_back(former, std::make_shared<TextList>(TextList{wanted}));
         return renamed.back().second;
     };
-    editLists(cursor, [&](const QTextBlock& block, ParagraphStyle& style) {
+    editLists(range, look, [&](const QTextBlock& block, ParagraphStyle& style) {
         if (isCodeBlock(block)) {
             return;
         }
@@ -188,18 +194,17 @@ void RichTextEdit::toggleList(const QString& marker) {
     });
 }
 
-bool RichTextEdit::nest(int direction) {
-    const auto cursor = textCursor();
-    const auto blocks = blocksOf(cursor);
+bool nestLists(const QTextCursor& range, Nesting nesting, const TextLook& look) {
+    const auto blocks = blocksOf(range);
     if (std::all_of(blocks.begin(), blocks.end(),
                     [](const QTextBlock& block) { return !block.textList(); })) {
         return false;
     }
-    editLists(cursor, [&](const QTextBlock& block, ParagraphStyle& style) {
+    editLists(range, look, [&](const QTextBlock& block, ParagraphStyle& style) {
         if (style.lists.empty()) {
             return;
         }
-        if (direction < 0) {
+        if (nesting == Nesting::shallower) {
             style.lists.pop_back();
         } else if (style.lists.size() < kDeepest) {
             style.lists.push_back(listInside(block, style.lists));
@@ -208,8 +213,8 @@ bool RichTextEdit::nest(int direction) {
     return true;
 }
 
-void RichTextEdit::leaveLists(const QTextCursor& range) {
-    editLists(range, [](const QTextBlock&, ParagraphStyle& style) { style.lists.clear(); });
+void leaveLists(const QTextCursor& range, const TextLook& look) {
+    editLists(range, look, [](const QTextBlock&, ParagraphStyle& style) { style.lists.clear(); });
 }
 
 } // namespace korvex::ui

@@ -1,0 +1,42 @@
+#include "ui/editor/TextMenu.h"
+
+#include "ui/editor/RichTextEdit.h"
+#include "ui/editor/TableMenu.h"
+#include "ui/kit/MenuItems.h"
+#include "ui/text/Links.h"
+
+namespace korvex::ui {
+
+TextMenu::TextMenu(RichTextEdit& edit, QWidget* parent) : QMenu(parent) {
+    const MenuItems items(*this, edit);
+    const auto hasSelection = edit.textCursor().hasSelection();
+    const auto canPaste = edit.canPaste();
+    items.add(tr("Undo"), QKeySequence::Undo, [&edit] { edit.undo(); })
+        .setEnabled(edit.document()->isUndoAvailable());
+    items.add(tr("Redo"), QKeySequence::Redo, [&edit] { edit.redo(); })
+        .setEnabled(edit.document()->isRedoAvailable());
+    addSeparator();
+    items.add(tr("Cut"), QKeySequence::Cut, [&edit] { edit.cut(); }).setEnabled(hasSelection);
+    items.add(tr("Copy"), QKeySequence::Copy, [&edit] { edit.copy(); }).setEnabled(hasSelection);
+    items.add(tr("Paste"), QKeySequence::Paste, [&edit] { edit.paste(); }).setEnabled(canPaste);
+    items
+        .add(tr("Paste as plain text"), Qt::CTRL | Qt::SHIFT | Qt::Key_V,
+             [&edit] { edit.pastePlainText(); })
+        .setEnabled(canPaste);
+    items.add(tr("Select all"), QKeySequence::SelectAll, [&edit] { edit.selectAll(); })
+        .setEnabled(!edit.document()->isEmpty());
+    addSeparator();
+    const auto& link = edit.formatState().link;
+    items.add(link.isEmpty() ? tr("Add link…") : tr("Change link…"),
+              Qt::CTRL | Qt::SHIFT | Qt::Key_K,
+              [&edit] { edit.perform({{richtext::RichTextAction::Kind::link}}); });
+    if (!link.isEmpty()) {
+        items.add(tr("Open link"), {}, [link] { openLink(link); });
+        items.add(tr("Remove link"), {}, [&edit] { edit.setLink({}); });
+    }
+    if (edit.formatState().isInTable) {
+        addMenu(new TableMenu(edit, this));
+    }
+}
+
+} // namespace korvex::ui
