@@ -1,5 +1,8 @@
 #include "ui/todos/RowText.h"
 
+#include "model/EntryContentLimit.h"
+#include "ui/kit/Text.h"
+
 #include <QTextOption>
 
 #include <cmath>
@@ -23,6 +26,13 @@ int layOut(QTextLayout& text, int width) {
 
 } // namespace
 
+QString shownText(const model::Entry& entry) {
+    const auto& content = entry.content();
+    const auto shown = model::EntryContentLimit::preview(content);
+    const auto text = toQString(shown);
+    return shown.size() < content.size() ? text + QStringLiteral("…") : text;
+}
+
 std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
@@ -37,13 +47,14 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     return layout;
 }
 
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
-    const int beside = room - besideWidth;
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside) {
+    const int width = room - besideWidth;
+    const bool stays = beside == BesideText::stays;
     // A text that needs but one line is content with less.
-    if (beside >= room / (hasDue ? 4 : 2)) {
-        const int height = layOut(text, beside);
-        if (!hasDue || text.lineCount() <= 1) {
-            return {.isBeside = true, .textWidth = beside, .textHeight = height};
+    if (width >= room / (stays ? 2 : 4)) {
+        const int height = layOut(text, width);
+        if (stays || text.lineCount() <= 1) {
+            return {.isBeside = true, .textWidth = width, .textHeight = height};
         }
     }
     return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};
