@@ -56,8 +56,8 @@ PreviewPicture decodePreview(const QByteArray& file, const QSize& room) {
     return {.image = std::move(image), .fullSize = isTurned ? size.transposed() : size};
 }
 
-AttachmentPreview::AttachmentPreview(const Workspace& workspace, const Theme& theme, QWidget& view)
-    : m_workspace(workspace), m_theme(theme), m_view(view) {
+AttachmentPreview::AttachmentPreview(const Theme& theme, QWidget& view)
+    : m_theme(theme), m_view(view) {
     m_threads.setMaxThreadCount(1);
 }
 

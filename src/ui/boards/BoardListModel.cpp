@@ -9,25 +9,8 @@
 
 namespace korvex::ui {
 
-namespace {
-
-std::vector<RowKey> keys(const std::vector<model::Board*>& boards) {
-    std::vector<RowKey> result;
-    result.reserve(boards.size());
-    for (const auto* const board : boards) {
-        result.push_back({0, board});
-    }
-    return result;
-}
-
-} // namespace
-
 BoardListModel::BoardListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace) {}
-
-int BoardListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_boards.size());
-}
+    : RowModel(parent), m_workspace(workspace) {}
 
 QVariant BoardListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
@@ -56,50 +39,25 @@ void BoardListModel::refresh() {
     std::copy_if(visible.begin(), visible.end(), std::back_inserter(m_archived),
                  [](const model::Board* board) { return board->isArchived(); });
     const auto wanted = services::BoardService::activeBoards(visible);
-    for (const auto& step : rowSteps(keys(m_boards), keys(wanted))) {
-        switch (step.kind) {
-        case RowStep::Kind::remove:
-            beginRemoveRows({}, step.first, step.first + step.count - 1);
-            applyStep(step, m_boards, wanted);
-            endRemoveRows();
-            break;
-        case RowStep::Kind::insert:
-            beginInsertRows({}, step.first, step.first + step.count - 1);
-            applyStep(step, m_boards, wanted);
-            endInsertRows();
-            break;
-        case RowStep::Kind::move:
-            beginMoveRows({}, step.first, step.first + step.count - 1, {}, step.destination);
-            applyStep(step, m_boards, wanted);
-            endMoveRows();
-            break;
-        }
-    }
+    applySteps(rowSteps(keysOf(rows()), keysOf(wanted)), wanted);
     // Few and cheap to draw: names, icons and colours need no comparison.
     Q_EMIT dataChanged(index(0, 0), index(rowCount() - 1, 0));
 }
 
 void BoardListModel::countTodos() {
-    for (const auto* const each : m_boards) {
-        setOpenTodoCount(*each,
-                         static_cast<int>(services::openTodoCount(m_workspace.context, *each)));
+    for (const auto* const each : rows()) {
+        setOpenTodoCount(*each, static_cast<int>(services::openTodoCount(m_workspace.context, *each)));
     }
 }
 
 void BoardListModel::setOpenTodoCount(const model::Board& board, int count) {
     if (std::exchange(m_counts[&board], count) != count) {
-        const int row = rowOf(board);
-        Q_EMIT dataChanged(index(row, 0), index(row, 0));
+        touch(rowOf(board));
     }
 }
 
-model::Board* BoardListModel::board(int row) const {
-    return m_boards[static_cast<std::size_t>(row)];
-}
-
 int BoardListModel::rowOf(const model::Board& board) const {
-    const auto found = std::find(m_boards.begin(), m_boards.end(), &board);
-    return found == m_boards.end() ? -1 : static_cast<int>(found - m_boards.begin());
+    return firstRow([&](const model::Board* shown) { return shown == &board; });
 }
 
 int BoardListModel::openTodoCount(int row) const {

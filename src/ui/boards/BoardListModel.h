@@ -1,9 +1,8 @@
 #pragma once
 
 #include "model/Board.h"
+#include "ui/kit/RowModel.h"
 #include "ui/workspace/Workspace.h"
-
-#include <QAbstractListModel>
 
 #include <unordered_map>
 #include <vector>
@@ -11,13 +10,12 @@
 namespace korvex::ui {
 
 /// The sidebar's boards, in their order, with the number of their open todos.
-class BoardListModel final : public QAbstractListModel {
+class BoardListModel final : public RowModel<model::Board*> {
     Q_OBJECT
 
 public:
     explicit BoardListModel(const Workspace& workspace, QObject* parent = nullptr);
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
@@ -28,19 +26,18 @@ public:
     void countTodos();
     void setOpenTodoCount(const model::Board& board, int count);
 
-    model::Board* board(int row) const;
+    model::Board* board(int row) const { return at(row); }
     /// -1 when it is not in the sidebar.
     int rowOf(const model::Board& board) const;
     /// 0 while it is not known.
     int openTodoCount(int row) const;
     /// Whether an entry can be dropped on the board of a row: not on its own.
     bool canTake(const base::Uuid& entry, int row) const;
-    const std::vector<model::Board*>& activeBoards() const { return m_boards; }
+    const std::vector<model::Board*>& activeBoards() const { return rows(); }
     const std::vector<model::Board*>& archivedBoards() const { return m_archived; }
 
 private:
     const Workspace& m_workspace;
-    std::vector<model::Board*> m_boards;
     std::vector<model::Board*> m_archived;
     std::unordered_map<const model::Board*, int> m_counts;
 };

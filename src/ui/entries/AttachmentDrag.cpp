@@ -33,7 +33,7 @@ bool acceptAsCopy(QDropEvent& event) {
 
 void AttachmentInput::startDrag() {
     const auto chip = *std::exchange(m_pressed, std::nullopt);
-    const auto shown = m_view.chipsOf(m_model.rowOf(*chip.entry));
+    const auto shown = m_view.chips().of(m_model.rowOf(*chip.entry));
     const int index = shown ? shown->chips->indexOf(*chip.id) : -1;
     if (index < 0) {
         return;
@@ -63,7 +63,7 @@ void AttachmentInput::startDrag() {
 bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
     if (event.type() == QEvent::DragLeave) {
         mark(std::nullopt);
-        m_view.setDragScrolling(false);
+        m_view.stopAutoScroll();
         return std::exchange(m_isDragWanted, false);
     }
     auto& drop = static_cast<QDropEvent&>(event);
@@ -85,12 +85,12 @@ bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
     }
     if (event.type() == QEvent::DragMove) {
         mark(isAccepted ? target : std::nullopt);
-        m_view.setDragScrolling(true);
+        m_view.startAutoScroll();
         return true;
     }
     m_isDragWanted = false;
     mark(std::nullopt);
-    m_view.setDragScrolling(false);
+    m_view.stopAutoScroll();
     if (isAccepted) {
         this->drop(*drop.mimeData(), *target);
     }
@@ -99,7 +99,7 @@ bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
 
 std::optional<AttachmentInput::Source> AttachmentInput::sourceOf(const QMimeData& data) const {
     const auto dragged = draggedAttachment(data);
-    auto* const entry = dragged ? m_workspace.context.find<model::Entry>(dragged->entry) : nullptr;
+    auto* const entry = dragged ? m_context.find<model::Entry>(dragged->entry) : nullptr;
     return entry ? std::optional(Source{entry, dragged->attachment}) : std::nullopt;
 }
 
@@ -112,10 +112,10 @@ AttachmentInput::targetAt(const QPoint& position, const std::optional<Source>& s
     Target target{.row = row};
     if (!m_model.entry(row)) {
         // What is written there can be stored; it has no place among chips yet.
-        const bool isDraft = m_model.kind(row) == EntryListModel::RowKind::draft;
+        const bool isDraft = m_model.kind(row) == EntryRowKind::draft;
         return isDraft && !source ? std::optional(target) : std::nullopt;
     }
-    const auto chip = source ? m_view.chipAt(position) : std::nullopt;
+    const auto chip = source ? m_view.chips().at(position) : std::nullopt;
     if (!chip || !chip->id) {
         return target;
     }

@@ -21,14 +21,14 @@
 namespace korvex::ui {
 
 AttachmentInput::AttachmentInput(EntryListModel& model, EntryListView& view,
-                                 AttachmentActions& actions, const Workspace& workspace,
+                                 AttachmentActions& actions, store::ModelContext& context,
                                  const Theme& theme)
     : m_model(model),
       m_view(view),
       m_actions(actions),
-      m_workspace(workspace),
+      m_context(context),
       m_theme(theme),
-      m_preview(workspace, theme, view),
+      m_preview(theme, view),
       m_dropMark(new AttachmentDropMark(theme, view.viewport())) {
     view.installEventFilter(this);
     view.viewport()->installEventFilter(this);
@@ -88,7 +88,7 @@ bool AttachmentInput::filterPointer(QEvent& event) {
         return std::exchange(m_pressed, std::nullopt).has_value();
     case QEvent::MouseButtonDblClick: {
         const auto& mouse = static_cast<const QMouseEvent&>(event);
-        const auto chip = m_view.chipAt(mouse.position().toPoint());
+        const auto chip = m_view.chips().at(mouse.position().toPoint());
         if (chip && chip->id && mouse.button() == Qt::LeftButton) {
             m_actions.open(*chip->entry, *chip->id);
         }
@@ -96,7 +96,7 @@ bool AttachmentInput::filterPointer(QEvent& event) {
     }
     case QEvent::ContextMenu: {
         const auto& menu = static_cast<const QContextMenuEvent&>(event);
-        const auto chip = m_view.chipAt(menu.pos());
+        const auto chip = m_view.chips().at(menu.pos());
         if (chip && chip->id && menu.reason() == QContextMenuEvent::Mouse) {
             openMenu(*chip->entry, *chip->id, menu.globalPos());
             return true;
@@ -115,7 +115,7 @@ bool AttachmentInput::filterPointer(QEvent& event) {
 
 bool AttachmentInput::press(const QMouseEvent& event) {
     const auto position = event.position().toPoint();
-    const auto chip = m_view.chipAt(position);
+    const auto chip = m_view.chips().at(position);
     m_preview.hide();
     if (!chip) {
         select(std::nullopt);
@@ -133,7 +133,7 @@ bool AttachmentInput::press(const QMouseEvent& event) {
 
 bool AttachmentInput::move(const QMouseEvent& event) {
     const auto position = event.position().toPoint();
-    const auto chip = m_view.chipAt(position);
+    const auto chip = m_view.chips().at(position);
     setHovered(chip ? chip->id : std::nullopt);
     if (!m_pressed) {
         return false;
@@ -146,7 +146,7 @@ bool AttachmentInput::move(const QMouseEvent& event) {
 }
 
 bool AttachmentInput::showTip(const QHelpEvent& event) {
-    const auto chip = m_view.chipAt(event.pos());
+    const auto chip = m_view.chips().at(event.pos());
     if (!chip || !chip->id) {
         return false;
     }
@@ -173,19 +173,19 @@ void AttachmentInput::setHovered(const std::optional<base::Uuid>& id) {
     if (m_marks.hovered != id) {
         m_marks.hovered = id;
         m_preview.hide();
-        m_view.setMarks(m_marks);
+        m_view.chips().setMarks(m_marks);
     }
 }
 
 void AttachmentInput::select(const std::optional<base::Uuid>& id) {
     if (m_marks.selected != id) {
         m_marks.selected = id;
-        m_view.setMarks(m_marks);
+        m_view.chips().setMarks(m_marks);
     }
 }
 
 model::Entry* AttachmentInput::entryOfSelected() const {
-    const auto shown = m_marks.selected ? m_view.chipsOf(m_view.currentRow()) : std::nullopt;
+    const auto shown = m_marks.selected ? m_view.chips().of(m_view.currentRow()) : std::nullopt;
     return shown && shown->chips->indexOf(*m_marks.selected) >= 0
                ? m_model.entry(m_view.currentRow())
                : nullptr;
@@ -193,7 +193,7 @@ model::Entry* AttachmentInput::entryOfSelected() const {
 
 /// In global coordinates.
 QRect AttachmentInput::selectedRect() const {
-    const auto shown = m_view.chipsOf(m_view.currentRow());
+    const auto shown = m_view.chips().of(m_view.currentRow());
     const auto rect =
         shown->chips->rect(shown->chips->indexOf(*m_marks.selected)).translated(shown->topLeft);
     return {m_view.viewport()->mapToGlobal(rect.topLeft()), rect.size()};
@@ -222,7 +222,7 @@ bool AttachmentInput::filterKey(const QKeyEvent& event) {
 }
 
 bool AttachmentInput::enterChips(int row) {
-    const auto shown = m_view.chipsOf(row);
+    const auto shown = m_view.chips().of(row);
     if (!shown || !shown->chips->idOf(0)) {
         return false;
     }
@@ -265,9 +265,9 @@ bool AttachmentInput::handleChipKey(const QKeyEvent& event, model::Entry& entry)
         if (m_model.isReadOnly()) {
             return true;
         }
-        const int index = m_view.chipsOf(row)->chips->indexOf(id);
+        const int index = m_view.chips().of(row)->chips->indexOf(id);
         m_actions.remove(entry, id);
-        if (const auto left = m_view.chipsOf(row); !entryOfSelected() && left) {
+        if (const auto left = m_view.chips().of(row); !entryOfSelected() && left) {
             select(left->chips->idOf(std::min(index, left->chips->count() - 1)));
         }
         return true;
@@ -283,7 +283,7 @@ bool AttachmentInput::handleChipKey(const QKeyEvent& event, model::Entry& entry)
 
 /// Left of the first chip is the row itself.
 void AttachmentInput::step(int row, int direction) {
-    const auto* const chips = m_view.chipsOf(row)->chips;
+    const auto* const chips = m_view.chips().of(row)->chips;
     const int next = chips->indexOf(*m_marks.selected) + direction;
     m_preview.hide();
     if (next < 0) {

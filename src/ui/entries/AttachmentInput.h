@@ -23,10 +23,7 @@ class AttachmentInput final : public QObject {
 
 public:
     AttachmentInput(EntryListModel& model, EntryListView& view, AttachmentActions& actions,
-                    const Workspace& workspace, const Theme& theme);
-
-    /// The chip that the keys are for.
-    const std::optional<base::Uuid>& selected() const { return m_marks.selected; }
+                    store::ModelContext& context, const Theme& theme);
 
 Q_SIGNALS:
     /// Files were dropped on an entry that is not stored yet.
@@ -54,13 +51,13 @@ private:
     void togglePreview();
     void select(const std::optional<base::Uuid>& id);
     void setHovered(const std::optional<base::Uuid>& id);
-    /// Of the current row; null unless one of its chips is selected.
+    /// The entry of the current row; null unless one of its chips is selected.
     model::Entry* entryOfSelected() const;
     QRect selectedRect() const;
     void openMenu(model::Entry& entry, const base::Uuid& id, const QPoint& globalPosition);
     void startDrag();
 
-    /// `position` in the viewport of the list.
+    /// `position` is one of the viewport of the list.
     bool filterDrag(QEvent& event, const QPoint& position);
     /// An attachment of an entry of this store; absent for whatever else is dragged.
     struct Source {
@@ -76,13 +73,13 @@ private:
     EntryListModel& m_model;
     EntryListView& m_view;
     AttachmentActions& m_actions;
-    const Workspace& m_workspace;
+    store::ModelContext& m_context;
     const Theme& m_theme;
     AttachmentPreview m_preview;
     AttachmentDropMark* m_dropMark;
     AttachmentMarks m_marks;
     /// Where a chip was pressed, until it is let go or dragged.
-    std::optional<EntryListView::Chip> m_pressed;
+    std::optional<EntryChips::Chip> m_pressed;
     QPoint m_pressedAt;
     /// What is over the list is files or an attachment.
     bool m_isDragWanted = false;

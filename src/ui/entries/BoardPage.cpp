@@ -21,15 +21,15 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     : QWidget(parent),
       m_workspace(workspace),
       m_theme(theme),
-      m_model(workspace),
+      m_model(workspace.context, workspace.serializer, workspace.clock, workspace.dates),
       m_header(new BoardHeader(theme, this)),
       m_archivedNotice(new ArchivedNotice(theme, this)),
       m_banner(new ErrorBanner(theme, this)),
       m_emptyHint(new QLabel(tr("Nothing here yet. Type a todo, or paste several lines."), this)),
-      m_list(new EntryListView(m_model, workspace, theme, this)),
-      m_editing(m_model, *m_list, workspace, theme),
+      m_list(new EntryListView(m_model, workspace.code, theme, this)),
+      m_editing(m_model, *m_list, workspace.entries, workspace.code, workspace.clock, theme),
       m_attachments(workspace, *this),
-      m_attachmentInput(m_model, *m_list, m_attachments, workspace, theme) {
+      m_attachmentInput(m_model, *m_list, m_attachments, workspace.context, theme) {
     m_emptyHint->setWordWrap(true);
     m_emptyHint->setContentsMargins(18, 4, 18, 8);
     m_emptyHint->setForegroundRole(QPalette::PlaceholderText);

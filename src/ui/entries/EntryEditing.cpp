@@ -3,56 +3,57 @@
 #include "model/ServiceErrors.h"
 #include "richtext/stored/EntryText.h"
 #include "services/EntryOrder.h"
+#include "ui/kit/MenuItems.h"
 #include "ui/kit/Popover.h"
 #include "ui/kit/Refusal.h"
+#include "ui/kit/Text.h"
 
-#include <QApplication>
-#include <QScopedValueRollback>
+#include <QMenu>
 
 namespace korvex::ui {
 
 using model::EntryType;
 
-namespace {
-
-/// Directly after an entry, at the very front for null.
-template <typename New>
-void placeAfter(const model::Entry* after, New& entry) {
-    if (after) {
-        entry.after = after->id();
-    } else if (const auto active = services::activeEntries(entry.board); !active.empty()) {
-        entry.before = active.front()->id();
-    }
-}
-
-} // namespace
-
-EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Workspace& workspace,
-                           const Theme& theme)
+EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view,
+                           services::EntryService& entries, richtext::CodeHighlighter& code,
+                           const base::Clock& clock, const Theme& theme)
     : m_model(model),
       m_view(view),
-      m_workspace(workspace),
-      m_theme(theme),
-      m_todoEditor(std::make_unique<TodoEditor>(theme, view.viewport())) {
-    connectEditor(*m_todoEditor);
-    connectTodoEditor();
-    // No new focus: another window or a menu has the keyboard for a while only. So has a panel.
-    connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
-        const auto belongsHere = [this](const QWidget* widget) {
-            for (; widget; widget = widget->parentWidget()) {
-                if (widget == m_editor || qobject_cast<const Popover*>(widget)) {
-                    return true;
-                }
-            }
-            return false;
-        };
-        if (isOpen() && now && belongsHere(before) && !belongsHere(now)) {
-            leave();
-        }
-    });
+      m_editors(model, code, theme, *view.viewport()),
+      m_storing(model, m_edited, m_editors, entries, clock) {
+    connectEditors();
 }
 
-EntryEditing::~EntryEditing() = default;
+void EntryEditing::connectEditors() {
+    connect(&m_editors, &EntryEditors::left, this, &EntryEditing::leave);
+    connect(&m_editors, &EntryEditors::heightChanged, this, [this] {
+        if (isOpen() && m_view.editedRow() >= 0) {
+            m_view.measureAgain(m_view.editedRow());
+        }
+    });
+    connect(&m_editors, &EntryEditors::revealRequested, this, [this](const QRect& part) {
+        if (isOpen() && m_view.editedRow() >= 0) {
+            m_view.revealInEditor(part);
+        }
+    });
+    connect(&m_editors, &EntryEditors::discarded, this, &EntryEditing::discard);
+    connect(&m_editors, &EntryEditors::escaped, this, &EntryEditing::leaveToList);
+    connect(&m_editors, &EntryEditors::menuRequested, this, &EntryEditing::openMenu);
+    connect(&m_editors, &EntryEditors::walked, this, &EntryEditing::walk);
+    connect(&m_editors, &EntryEditors::nextRequested, this, &EntryEditing::makeNext);
+    connect(&m_editors, &EntryEditors::backspacedAway, this, &EntryEditing::removeAndGoUp);
+    connect(&m_editors, &EntryEditors::linesPasted, this, &EntryEditing::pasteLines);
+    connect(&m_editors, &EntryEditors::storeRequested, this, &EntryEditing::storeAndStay);
+    connect(&m_editors, &EntryEditors::splitRequested, this, &EntryEditing::split);
+    connect(&m_editors, &EntryEditors::completionRequested, this, [this] {
+        forward([this](model::Entry* entry, int) { Q_EMIT completionRequested(entry); });
+    });
+    connect(&m_editors, &EntryEditors::scheduleRequested, this, [this] {
+        forward([this](model::Entry* entry, int) { Q_EMIT scheduleRequested(entry); });
+    });
+    connect(&m_editors, &EntryEditors::moveRequested, this, &EntryEditing::moveAndGoOn);
+    connect(&m_editors, &EntryEditors::attachmentsPasted, this, &EntryEditing::attachmentsPasted);
+}
 
 void EntryEditing::edit(int row, int caret) {
     auto* const wanted = row < 0 ? nullptr : m_model.entry(row);
@@ -90,10 +91,10 @@ void EntryEditing::startTextDraft(const model::Entry* after) {
 }
 
 bool EntryEditing::leave() {
-    if (!isOpen() || m_isStoring) {
+    if (!isOpen() || m_storing.isBusy()) {
         return true;
     }
-    if (!store()) {
+    if (!m_storing.store()) {
         return false;
     }
     close();
@@ -101,24 +102,31 @@ bool EntryEditing::leave() {
 }
 
 bool EntryEditing::leaveForGood() {
-    if (m_target == Target::stored && m_type == EntryType::todo && m_editor->isBlank()) {
-        m_editor->revert();
+    if (m_edited.isStored() && m_edited.isTodo() && m_editors.current().isBlank()) {
+        m_editors.current().revert();
     }
     return leave();
 }
 
-void EntryEditing::discard() {
-    m_editor->revert();
-    close();
-    m_view.setFocus();
+model::Entry* EntryEditing::storedEntry() {
+    if (m_edited.isDraft()) {
+        if (m_editors.current().isBlank()) {
+            m_editors.current().showError(
+                toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
+            return nullptr;
+        }
+        storeAndStay();
+    }
+    return entry();
 }
 
 void EntryEditing::recordsChanged() {
-    if (m_target != Target::stored || m_isStoring) {
+    if (!m_edited.isStored() || m_storing.isBusy()) {
         return;
     }
-    const bool isUntouched = !m_editor->isChanged();
-    if (!isStillHere()) {
+    auto& editor = m_editors.current();
+    const bool isUntouched = !editor.isChanged();
+    if (!m_edited.isStillOn(m_model.board())) {
         if (isUntouched) {
             close();
         } else {
@@ -126,211 +134,211 @@ void EntryEditing::recordsChanged() {
         }
         return;
     }
-    if (m_type == EntryType::todo) {
-        m_todoEditor->setDueLabel(dueLabelOf(*m_entry, m_workspace.now(), m_workspace.dates));
-    }
-    if (!isStoredChanged()) {
+    m_editors.showDue(entry());
+    if (!m_edited.isChangedInStore()) {
         return;
     }
     if (isUntouched) {
-        const int caret = m_editor->caret();
-        load(*m_entry);
-        m_editor->setCaret(caret);
-    } else if (m_type == EntryType::todo) {
-        m_todoEditor->setOriginal(toQString(m_entry->content()));
+        const int caret = editor.caret();
+        m_edited.remember();
+        m_editors.load(*entry());
+        editor.setCaret(caret);
+    } else if (m_edited.isTodo()) {
+        m_editors.setStored(*entry());
     }
 }
 
 void EntryEditing::openStored(model::Entry& entry, int row, int caret) {
-    m_target = Target::stored;
-    m_type = entry.type();
-    m_entry = &entry;
-    m_editor = &editorFor(m_type);
-    load(entry);
-    show(*m_editor, row, caret);
+    m_edited.open(entry);
+    m_edited.remember();
+    m_editors.choose(m_edited.type());
+    m_editors.load(entry);
+    show(row, caret);
 }
 
 void EntryEditing::openDraft(EntryType type, int row) {
-    m_target = Target::draft;
-    m_type = type;
-    m_entry = nullptr;
-    m_editor = &editorFor(type);
-    if (type == EntryType::todo) {
-        m_todoEditor->setText({});
-        m_todoEditor->setDueLabel({});
-    } else {
-        m_textEditor->setText({});
-    }
-    show(*m_editor, row, 0);
+    m_edited.openDraft(type);
+    m_editors.choose(type);
+    m_editors.clear();
+    show(row, 0);
 }
 
-void EntryEditing::show(RowEditor& editor, int row, int caret) {
+void EntryEditing::show(int row, int caret) {
+    auto& editor = m_editors.current();
     m_view.placeEditor(editor, row);
     editor.setCaret(caret);
     editor.input().setFocus();
 }
 
 void EntryEditing::close() {
-    const auto target = std::exchange(m_target, Target::none);
-    auto* const entry = std::exchange(m_entry, nullptr);
+    const bool wasDraft = m_edited.isDraft();
+    const auto* const last = entry();
+    m_edited.close();
     m_view.removeEditor();
-    if (target == Target::draft) {
+    if (wasDraft) {
         m_model.closeDraft();
     }
-    if (entry) {
-        if (const int row = m_model.rowOf(*entry); row >= 0) {
-            m_view.setCurrentRow(row);
-        }
+    if (const int row = last ? m_model.rowOf(*last) : -1; row >= 0) {
+        m_view.setCurrentRow(row);
     }
 }
 
-void EntryEditing::load(const model::Entry& entry) {
-    m_storedContent = entry.content();
-    m_storedText = entry.richTextData();
-    if (m_type == EntryType::todo) {
-        m_todoEditor->setText(toQString(entry.content()));
-        m_todoEditor->setDueLabel(dueLabelOf(entry, m_workspace.now(), m_workspace.dates));
-    } else {
-        m_textEditor->setText(richtext::richText(entry, m_workspace.serializer));
-    }
+void EntryEditing::closeToList() {
+    close();
+    m_view.setFocus();
 }
 
-bool EntryEditing::store() {
-    const QScopedValueRollback storing(m_isStoring, true);
-    const bool isDraft = m_target == Target::draft;
-    if (m_target == Target::none || (isDraft ? m_editor->isBlank() : !m_editor->isChanged())) {
-        return true;
-    }
-    const auto refused = refusal([&] {
-        if (isDraft) {
-            create();
-        } else {
-            update();
-        }
-    });
-    if (refused) {
-        m_editor->showError(*refused);
-        return false;
-    }
-    if (!m_entry->isLive()) {
-        m_entry = nullptr; // emptied
-        return true;
-    }
-    m_storedContent = m_entry->content();
-    m_storedText = m_entry->richTextData();
-    if (m_type == EntryType::todo) {
-        m_todoEditor->setOriginal(toQString(m_storedContent));
-    } else {
-        m_textEditor->setStored();
-    }
-    return true;
-}
-
-void EntryEditing::create() {
-    const auto* const after = openPredecessor(m_model.rowOf(EntryListModel::RowKind::draft));
-    m_entry = m_type == EntryType::todo ? createTodos({toUtf8(m_todoEditor->text())}, after).front()
-                                        : &createText(m_textEditor->text(), after);
-}
-
-void EntryEditing::update() {
-    if (m_type == EntryType::todo) {
-        m_workspace.entries.updateTodo(*m_entry, toUtf8(m_todoEditor->text()), m_workspace.now());
-    } else {
-        m_workspace.entries.updateText(*m_entry, m_textEditor->text(), m_workspace.now());
-    }
-}
-
-bool EntryEditing::isStoredChanged() const {
-    return m_entry->content() != m_storedContent || m_entry->richTextData() != m_storedText;
-}
-
-std::vector<model::Entry*> EntryEditing::createTodos(const std::vector<std::string>& contents,
-                                                     const model::Entry* after) {
-    services::NewTodos todos{
-        .contents = contents, .board = *m_model.board(), .now = m_workspace.now()};
-    placeAfter(after, todos);
-    return m_workspace.entries.createTodos(todos);
-}
-
-model::Entry& EntryEditing::createText(const richtext::AttributedString& text,
-                                       const model::Entry* after) {
-    services::NewText entry{.rich = text, .board = *m_model.board(), .now = m_workspace.now()};
-    placeAfter(after, entry);
-    return m_workspace.entries.createText(entry);
-}
-
-/// The nearest entry above a row that new ones can stand after: one that is still open.
-const model::Entry* EntryEditing::openPredecessor(int row) const {
-    for (--row; row >= 0; --row) {
-        const auto* const entry = m_model.entry(row);
-        if (entry && !entry->isCompleted()) {
-            return entry;
-        }
-    }
-    return nullptr;
+void EntryEditing::discard() {
+    m_editors.current().revert();
+    closeToList();
 }
 
 void EntryEditing::storeAndStay() {
-    if (!store()) {
+    if (!m_storing.store()) {
         return;
     }
-    if (!m_entry) {
-        close();
-        m_view.setFocus();
-    } else if (m_target == Target::draft) {
-        m_target = Target::stored;
-        m_model.closeDraft();
-        m_view.placeEditor(*m_editor, m_model.rowOf(*m_entry));
+    if (!entry()) {
+        closeToList();
+    } else if (m_edited.isDraft()) {
+        m_storing.settleDraft();
+        m_view.placeEditor(m_editors.current(), m_model.rowOf(*entry()));
     }
 }
 
 void EntryEditing::split() {
-    const auto parts = m_textEditor->parts();
-    if (!parts) {
-        return;
-    }
-    model::Entry* second = nullptr;
-    const auto refused = refusal([&] {
-        const QScopedValueRollback storing(m_isStoring, true);
-        if (m_target == Target::draft) {
-            // What was written so far is stored as one, so that a refusal loses nothing.
-            create();
-            m_target = Target::stored;
-            m_model.closeDraft();
-        }
-        second = &m_workspace.entries.splitText(*m_entry, parts->before, parts->after,
-                                                m_workspace.now());
-    });
-    if (!refused) {
+    if (const auto* const second = m_storing.split()) {
         close();
         edit(m_model.rowOf(*second), 0);
-        return;
+    } else if (entry() && m_view.editedRow() != m_model.rowOf(*entry())) {
+        m_view.placeEditor(m_editors.current(), m_model.rowOf(*entry()));
     }
-    if (m_entry && m_view.editedRow() != m_model.rowOf(*m_entry)) {
-        m_view.placeEditor(*m_editor, m_model.rowOf(*m_entry));
-    }
-    m_editor->showError(*refused);
-}
-
-bool EntryEditing::isStillHere() const {
-    return m_entry->isLive() && !m_entry->isCompleted() && m_entry->type() == m_type &&
-           m_entry->board() == m_model.board();
 }
 
 /// The entry was deleted, completed, moved or made another type elsewhere while its text was
 /// changed here: the text lives on.
 void EntryEditing::becomeDraft() {
-    const bool canFollow =
-        m_entry->isLive() && !m_entry->isCompleted() && m_entry->board() == m_model.board();
-    const auto* const after = canFollow ? m_entry : openPredecessor(m_view.editedRow());
-    m_target = Target::draft;
-    m_entry = nullptr;
-    if (m_type == EntryType::todo) {
-        m_todoEditor->setDueLabel({});
-    }
-    m_view.placeEditor(*m_editor, m_model.openDraft(after));
-    m_editor->showError(
+    const auto& gone = *entry();
+    const bool canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
+    const auto* const after = canFollow ? &gone : m_model.openEntryAbove(m_view.editedRow());
+    m_edited.becomeDraft();
+    m_editors.showDue(nullptr);
+    m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
+    m_editors.current().showError(
         toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+}
+
+/// Commands on the entry itself need it stored first; they go on with the editor closed.
+template <typename Request>
+void EntryEditing::forward(Request&& request) {
+    if (m_storing.store()) {
+        auto* const stored = entry();
+        const int caret = m_editors.current().caret();
+        closeToList();
+        if (stored) {
+            request(stored, caret);
+        }
+    }
+}
+
+void EntryEditing::leaveToList() {
+    if (leaveForGood()) {
+        m_view.setFocus();
+    }
+}
+
+void EntryEditing::moveAndGoOn(int offset) {
+    forward([&](model::Entry* entry, int caret) {
+        Q_EMIT moveRequested(entry, offset);
+        edit(m_model.rowOf(*entry), caret);
+    });
+}
+
+void EntryEditing::changeType() {
+    forward([this](model::Entry* entry, int caret) {
+        Q_EMIT typeChangeRequested(entry);
+        edit(m_model.rowOf(*entry), caret);
+    });
+}
+
+void EntryEditing::makeNext() {
+    const bool wasEmptyDraft = m_edited.isDraft() && m_editors.current().isBlank();
+    if (wasEmptyDraft) {
+        // Return on a line left empty ends the writing.
+        closeToList();
+        return;
+    }
+    if (!m_storing.store()) {
+        return;
+    }
+    const auto* const after = entry();
+    m_model.closeDraft();
+    openDraft(EntryType::todo, m_model.openDraft(after));
+}
+
+void EntryEditing::removeAndGoUp() {
+    if (!m_edited.isDraft()) {
+        return;
+    }
+    const auto* const above = m_model.draftPredecessor();
+    close();
+    const int row = above ? m_model.rowOf(*above) : -1;
+    if (row >= 0) {
+        edit(row, -1);
+    } else {
+        m_view.setFocus();
+    }
+}
+
+void EntryEditing::walk(int direction) {
+    const int row = m_view.editedRow() + direction;
+    if (row < 0 || row >= m_model.rowCount()) {
+        return;
+    }
+    const auto* const next = m_model.entry(row);
+    const auto kind = m_model.kind(row);
+    if (next && kind == EntryRowKind::entry) {
+        // Down into a text begins at its top.
+        edit(row, direction > 0 && !next->isTodo() ? 0 : -1);
+    } else if (leave()) {
+        m_view.setCurrentRow(next ? m_model.rowOf(*next) : m_model.rowOf(kind));
+        m_view.setFocus();
+    }
+}
+
+void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
+    if (const auto* const last = m_storing.addLines(text, others)) {
+        edit(m_model.rowOf(*last), -1);
+    }
+}
+
+void EntryEditing::openMenu(const QPoint& globalPosition) {
+    auto& editor = m_editors.current();
+    auto* const menu = editor.makeMenu();
+    menu->setParent(&m_view, menu->windowFlags());
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const MenuItems items(*menu, *this);
+    menu->addSeparator();
+    const auto isText = !m_edited.isTodo();
+    if (isText) {
+        items.add(tr("Split here"), Qt::CTRL | Qt::SHIFT | Qt::Key_Return, [this] { split(); })
+            .setEnabled(m_editors.text().parts().has_value());
+    }
+    items.add(isText ? tr("Change to todo") : tr("Change to text"), {}, [this] { changeType(); })
+        .setEnabled(!editor.isBlank());
+    const auto moveToBoard = [this] {
+        forward([this](model::Entry* entry, int) { Q_EMIT boardChangeRequested(entry); });
+    };
+    items.add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M, moveToBoard)
+        .setEnabled(!editor.isBlank());
+    Q_EMIT menuOpening(menu, entry());
+    items.add(isText ? tr("Delete text") : tr("Delete todo"), {}, [this] {
+        if (auto* const stored = entry()) {
+            Q_EMIT deletionRequested(stored);
+        } else {
+            discard();
+        }
+    });
+    menu->popup(globalPosition);
 }
 
 } // namespace korvex::ui

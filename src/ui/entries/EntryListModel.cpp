@@ -1,7 +1,9 @@
 #include "ui/entries/EntryListModel.h"
 
 #include "model/EntryContentLimit.h"
+#include "richtext/stored/EntryText.h"
 #include "services/EntryOrder.h"
+#include "services/EntryService.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowText.h"
@@ -9,7 +11,6 @@
 #include <algorithm>
 #include <functional>
 #include <string_view>
-#include <unordered_map>
 
 namespace korvex::ui {
 
@@ -46,12 +47,14 @@ std::size_t stampOf(const model::Entry& entry) {
 
 } // namespace
 
-EntryListModel::EntryListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace), m_attachments(workspace) {}
-
-int EntryListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
-}
+EntryListModel::EntryListModel(store::ModelContext& context,
+                               const richtext::RichTextSerializer& serializer,
+                               const base::Clock& clock, const DateTexts& dates, QObject* parent)
+    : RowModel(parent),
+      m_serializer(serializer),
+      m_clock(clock),
+      m_dates(dates),
+      m_attachments(context) {}
 
 QVariant EntryListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
@@ -59,8 +62,6 @@ QVariant EntryListModel::data(const QModelIndex& index, int role) const {
     }
     const auto* const shown = entry(index.row());
     switch (role) {
-    case kindRole:
-        return static_cast<int>(kind(index.row()));
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
         return text(index.row());
@@ -88,39 +89,43 @@ Qt::ItemFlags EntryListModel::flags(const QModelIndex& index) const {
 }
 
 void EntryListModel::setBoard(model::Board* board) {
-    beginResetModel();
     m_board = board;
     m_lingering.clear();
     m_attachments.clear();
     m_draftPlace = DraftPlace::none;
     m_isCompletedExpanded = false;
-    m_rows = wantedRows();
-    endResetModel();
+    resetTo(wantedRows());
     Q_EMIT countsChanged();
 }
 
 void EntryListModel::refresh() {
-    apply(wantedRows());
+    show(wantedRows());
     Q_EMIT countsChanged();
 }
 
 int EntryListModel::rowOf(const model::Entry& entry) const {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [&](const Row& row) { return row.entry == &entry; });
-    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+    return firstRow([&](const Row& row) { return row.entry == &entry; });
 }
 
 int EntryListModel::rowOf(RowKind kind) const {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [&](const Row& row) { return row.kind == kind; });
-    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+    return firstRow([&](const Row& row) { return row.kind == kind; });
+}
+
+const model::Entry* EntryListModel::openEntryAbove(int row) const {
+    for (--row; row >= 0; --row) {
+        const auto* const above = entry(row);
+        if (above && !above->isCompleted()) {
+            return above;
+        }
+    }
+    return nullptr;
 }
 
 QString EntryListModel::text(int row) const {
     switch (kind(row)) {
     case RowKind::entry:
     case RowKind::completed:
-        return previewOf(entry(row)->content());
+        return shownText(*entry(row));
     case RowKind::draft:
         return {};
     case RowKind::newTodo:
@@ -131,6 +136,14 @@ QString EntryListModel::text(int row) const {
     return {};
 }
 
+richtext::AttributedString EntryListModel::richText(const model::Entry& entry) const {
+    return richtext::richText(entry, m_serializer);
+}
+
+DueLabel EntryListModel::dueLabel(const model::Entry& entry) const {
+    return dueLabelOf(entry, m_clock.now(), m_dates);
+}
+
 bool EntryListModel::isEditable(int row) const {
     return kind(row) == RowKind::entry && !m_isReadOnly && !isLingering(*entry(row)) &&
            model::EntryContentLimit::allows(entry(row)->content());
@@ -139,7 +152,7 @@ bool EntryListModel::isEditable(int row) const {
 void EntryListModel::setCompletedExpanded(bool expanded) {
     if (m_isCompletedExpanded != expanded) {
         m_isCompletedExpanded = expanded;
-        apply(wantedRows());
+        show(wantedRows());
         const auto heading = index(rowOf(RowKind::completedHeading), 0);
         Q_EMIT dataChanged(heading, heading);
     }
@@ -148,20 +161,20 @@ void EntryListModel::setCompletedExpanded(bool expanded) {
 int EntryListModel::openDraft(const model::Entry* after) {
     m_draftPlace = after ? DraftPlace::afterEntry : DraftPlace::start;
     m_draftAfter = after;
-    apply(wantedRows());
+    show(wantedRows());
     return rowOf(RowKind::draft);
 }
 
 int EntryListModel::openDraftAtEnd() {
     m_draftPlace = DraftPlace::end;
-    apply(wantedRows());
+    show(wantedRows());
     return rowOf(RowKind::draft);
 }
 
 void EntryListModel::closeDraft() {
     if (hasDraft()) {
         m_draftPlace = DraftPlace::none;
-        apply(wantedRows());
+        show(wantedRows());
     }
 }
 
@@ -223,27 +236,19 @@ std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
     return rows;
 }
 
-/// Each after the entry that it stands behind now.
+/// Each stays behind the entry that it stands behind now.
 void EntryListModel::addLingering(std::vector<Row>& rows) const {
-    if (m_lingering.empty()) {
-        return;
+    std::vector<int> shown;
+    for (const auto* const each : m_lingering) {
+        if (const int row = rowOf(*each); row >= 0 && kind(row) == RowKind::entry) {
+            shown.push_back(row);
+        }
     }
-    const model::Entry* predecessor = nullptr;
-    for (const auto& row : m_rows) {
-        if (row.kind != RowKind::entry) {
-            continue;
-        }
-        if (isLingering(*row.entry)) {
-            const auto after = std::find_if(rows.begin(), rows.end(), [&](const Row& wanted) {
-                return predecessor && wanted.entry == predecessor;
-            });
-            rows.insert(after == rows.end() ? rows.begin() : after + 1,
-                        {RowKind::entry, row.entry, stampOf(*row.entry)});
-        }
-        // An entry that is gone leaves the place to the one before it.
-        if (row.entry->isLive() && (!row.entry->isCompleted() || isLingering(*row.entry))) {
-            predecessor = row.entry;
-        }
+    // From the top: then what stands above is in its place already.
+    std::sort(shown.begin(), shown.end());
+    for (const int row : shown) {
+        rows.insert(rows.begin(), {RowKind::entry, entry(row), stampOf(*entry(row))});
+        keepPlace(row, rows);
     }
 }
 
@@ -261,83 +266,28 @@ void EntryListModel::addDraft(std::vector<Row>& rows) const {
     rows.insert(place, {RowKind::draft});
 }
 
-void EntryListModel::apply(const std::vector<Row>& wanted) {
-    const auto keys = [](const std::vector<Row>& rows) {
-        std::vector<RowKey> result;
-        result.reserve(rows.size());
-        for (const auto& row : rows) {
-            result.push_back({static_cast<int>(row.kind), row.entry});
-        }
-        return result;
-    };
-    const auto steps = rowSteps(keys(m_rows), keys(wanted));
+void EntryListModel::show(std::vector<Row> wanted) {
+    const auto steps = rowSteps(keysOf(rows()), keysOf(wanted));
     const auto moves = std::count_if(steps.begin(), steps.end(), [](const RowStep& step) {
         return step.kind == RowStep::Kind::move;
     });
     if (moves > kMaximumMoves) {
-        applyAtOnce(wanted);
+        applyAtOnce(std::move(wanted), [this](const Row& old) {
+            return old.entry ? rowOf(*old.entry) : rowOf(old.kind);
+        });
         return;
     }
     applySteps(steps, wanted);
-    for (int row = 0; row < rowCount(); ++row) {
-        auto& shown = m_rows[static_cast<std::size_t>(row)];
-        const auto& now = wanted[static_cast<std::size_t>(row)];
-        if (shown.stamp != now.stamp) {
-            shown.stamp = now.stamp;
-            Q_EMIT dataChanged(index(row, 0), index(row, 0));
-        }
-    }
-}
-
-void EntryListModel::applySteps(const std::vector<RowStep>& steps, const std::vector<Row>& wanted) {
-    for (const auto& step : steps) {
-        switch (step.kind) {
-        case RowStep::Kind::remove:
-            beginRemoveRows({}, step.first, step.first + step.count - 1);
-            applyStep(step, m_rows, wanted);
-            endRemoveRows();
-            break;
-        case RowStep::Kind::insert:
-            beginInsertRows({}, step.first, step.first + step.count - 1);
-            applyStep(step, m_rows, wanted);
-            endInsertRows();
-            break;
-        case RowStep::Kind::move:
-            beginMoveRows({}, step.first, step.first + step.count - 1, {}, step.destination);
-            applyStep(step, m_rows, wanted);
-            endMoveRows();
-            break;
-        }
-    }
-}
-
-void EntryListModel::applyAtOnce(const std::vector<Row>& wanted) {
-    Q_EMIT layoutAboutToBeChanged();
-    std::unordered_map<const model::Entry*, int> places;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        if (wanted[i].entry) {
-            places.emplace(wanted[i].entry, static_cast<int>(i));
-        }
-    }
-    const auto before = std::exchange(m_rows, wanted);
-    const auto persistent = persistentIndexList();
-    for (const auto& old : persistent) {
-        const auto& row = before[static_cast<std::size_t>(old.row())];
-        int now = row.entry ? -1 : rowOf(row.kind);
-        if (const auto place = places.find(row.entry); place != places.end()) {
-            now = place->second;
-        }
-        changePersistentIndex(old, now < 0 ? QModelIndex() : index(now, 0));
-    }
-    Q_EMIT layoutChanged();
+    takeOver(std::move(wanted),
+             [](const Row& before, const Row& now) { return before.stamp != now.stamp; });
 }
 
 QString EntryListModel::accessibleDescription(const model::Entry& entry) const {
     auto result = !entry.isTodo() ? tr("Text") : entry.isCompleted() ? tr("Completed") : tr("Open");
     if (entry.isTodo() && !entry.schedule().isEmpty()) {
         result += QStringLiteral(", ") +
-                  toQString(entry.schedule().accessibilityLabel(
-                      entry.isCompleted(), m_workspace.now(), m_workspace.dates.formats()));
+                  toQString(entry.schedule().accessibilityLabel(entry.isCompleted(), m_clock.now(),
+                                                                m_dates.formats()));
     }
     if (const auto files = accessibleTextOf(m_attachments.of(entry)); !files.isEmpty()) {
         result += QStringLiteral(", ") + files;

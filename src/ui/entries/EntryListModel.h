@@ -1,34 +1,44 @@
 #pragma once
 
-#include "model/Entry.h"
+#include "base/Clock.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "ui/attachments/AttachmentSummaries.h"
-#include "ui/kit/RowDiff.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/kit/RowModel.h"
+#include "ui/todos/DueLabel.h"
 
-#include <QAbstractListModel>
-
-#include <optional>
 #include <vector>
 
 namespace korvex::ui {
 
+enum class EntryRowKind { entry, draft, newTodo, completedHeading, completed };
+
+struct EntryListRow {
+    EntryRowKind kind = EntryRowKind::entry;
+    /// Null for a row that shows no entry.
+    model::Entry* entry = nullptr;
+    /// Tells whether what is shown has changed.
+    std::size_t stamp = 0;
+
+    RowKey key() const { return {static_cast<int>(kind), entry}; }
+    bool operator==(const EntryListRow& other) const { return key() == other.key(); }
+};
+
 /// The rows of one board's page: its active entries, among them perhaps a draft, the row that makes
 /// a new todo, and the completed todos under a heading that opens and closes. Follows the store by
 /// small steps (see `refresh`), so that selection, editor and scroll position stay.
-class EntryListModel final : public QAbstractListModel {
+class EntryListModel final : public RowModel<EntryListRow> {
     Q_OBJECT
 
 public:
-    enum class RowKind { entry, draft, newTodo, completedHeading, completed };
-    enum Role { kindRole = Qt::UserRole };
+    using RowKind = EntryRowKind;
 
-    explicit EntryListModel(const Workspace& workspace, QObject* parent = nullptr);
+    EntryListModel(store::ModelContext& context, const richtext::RichTextSerializer& serializer,
+                   const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
-    /// Null shows nothing.
+    /// Shows this board; nothing for null.
     void setBoard(model::Board* board);
     model::Board* board() const { return m_board; }
     /// An archived board is only looked at: nothing is edited, ticked or made on it.
@@ -36,15 +46,22 @@ public:
     /// Takes in what the store's records say now. Only rows that differ are touched.
     void refresh();
 
-    RowKind kind(int row) const { return m_rows[static_cast<std::size_t>(row)].kind; }
+    RowKind kind(int row) const { return at(row).kind; }
     /// The entry of a row; null for the rows that are none.
-    model::Entry* entry(int row) const { return m_rows[static_cast<std::size_t>(row)].entry; }
-    /// -1 when no row shows it.
+    model::Entry* entry(int row) const { return at(row).entry; }
+    /// The row that shows the entry; -1 when none does.
     int rowOf(const model::Entry& entry) const;
     int rowOf(RowKind kind) const;
-    /// Text as it is shown: an entry over the limit is cut to its preview.
+    /// The nearest entry above a row that is still open, and that new ones can stand after; null
+    /// when there is none.
+    const model::Entry* openEntryAbove(int row) const;
+    /// The text of the row as it is shown.
     QString text(int row) const;
-    /// Of a row that has an entry; valid until that changes.
+    /// An entry's text with its formatting, decoded with every call.
+    richtext::AttributedString richText(const model::Entry& entry) const;
+    /// When a todo is due, as it reads now.
+    DueLabel dueLabel(const model::Entry& entry) const;
+    /// The attachments of a row that has an entry; valid until that changes.
     const services::AttachmentList& attachments(int row) const {
         return m_attachments.of(*entry(row));
     }
@@ -52,7 +69,6 @@ public:
     bool isEditable(int row) const;
 
     int openTodoCount() const { return m_openTodoCount; }
-    std::size_t completedCount() const { return m_completed.size(); }
     bool isCompletedExpanded() const { return m_isCompletedExpanded; }
     void setCompletedExpanded(bool expanded);
 
@@ -75,26 +91,20 @@ Q_SIGNALS:
     void countsChanged();
 
 private:
+    using Row = EntryListRow;
     enum class DraftPlace { none, start, afterEntry, end };
-    struct Row {
-        RowKind kind = RowKind::entry;
-        model::Entry* entry = nullptr;
-        /// Tells whether what is shown has changed.
-        std::size_t stamp = 0;
-    };
 
     std::vector<Row> wantedRows();
     void addLingering(std::vector<Row>& rows) const;
     void addDraft(std::vector<Row>& rows) const;
-    void apply(const std::vector<Row>& wanted);
-    void applySteps(const std::vector<RowStep>& steps, const std::vector<Row>& wanted);
-    void applyAtOnce(const std::vector<Row>& wanted);
+    void show(std::vector<Row> wanted);
     QString accessibleDescription(const model::Entry& entry) const;
 
-    const Workspace& m_workspace;
+    const richtext::RichTextSerializer& m_serializer;
+    const base::Clock& m_clock;
+    const DateTexts& m_dates;
     AttachmentSummaries m_attachments;
     model::Board* m_board = nullptr;
-    std::vector<Row> m_rows;
     std::vector<model::Entry*> m_completed;
     std::vector<model::Entry*> m_lingering;
     int m_openTodoCount = 0;

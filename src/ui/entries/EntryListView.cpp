@@ -1,11 +1,10 @@
 #include "ui/entries/EntryListView.h"
 
 #include "ui/entries/RowEditor.h"
-#include "ui/kit/RowDrag.h"
 #include "ui/text/Links.h"
 
 #include <QApplication>
-#include <QContextMenuEvent>
+#include <QDragMoveEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
@@ -18,15 +17,15 @@ constexpr int kBottomMargin = 24;
 
 } // namespace
 
-EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, const Theme& theme,
-                             QWidget* parent)
-    : LazyListView(parent),
+EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& code,
+                             const Theme& theme, QWidget* parent)
+    : RowListView(theme, parent),
       m_model(model),
       m_theme(theme),
-      m_delegate(new EntryItemDelegate(model, workspace, theme, this)),
-      m_leaving(new LeavingRows(*this)) {
-    setFrameShape(NoFrame);
-    setMouseTracking(true);
+      m_delegate(new EntryItemDelegate(model, code, theme, this)),
+      m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }),
+      m_chips(model, *this, *m_delegate),
+      m_reordering(model, *this, theme) {
     setDragEnabled(true);
     setAcceptDrops(true);
     setDragDropMode(DragDrop);
@@ -35,14 +34,8 @@ EntryListView::EntryListView(EntryListModel& model, const Workspace& workspace, 
     setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Entries"));
-    connect(m_leaving, &LeavingRows::moved, this, [this](const model::Entry& entry) {
-        if (const int row = m_model.rowOf(entry); row >= 0) {
-            measureAgain(row);
-        }
-    });
-    connect(&theme, &Theme::changed, this, &EntryListView::applyTheme);
     // Colours move nothing: rows in sight take them up while they are painted.
-    m_codeArrivals = workspace.code.arrived().connect([this] { viewport()->update(); });
+    m_codeArrivals = code.arrived().connect([this] { viewport()->update(); });
     applyTheme();
 }
 
@@ -88,12 +81,6 @@ int EntryListView::editedRow() const {
     return m_editedIndex.isValid() ? m_editedIndex.row() : -1;
 }
 
-void EntryListView::setCurrentRow(int row) {
-    const auto index = m_model.index(row, 0);
-    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-    scrollTo(index);
-}
-
 void EntryListView::showRow(int row) {
     setCurrentRow(row);
     scrollTo(m_model.index(row, 0), PositionAtCenter);
@@ -106,26 +93,16 @@ QRect EntryListView::scheduleAnchor(int row) const {
     return {viewport()->mapToGlobal(rect.topLeft() + local.topLeft()), local.size()};
 }
 
-QRect EntryListView::globalRect(int row) const {
-    const auto rect = visualRect(m_model.index(row, 0));
-    return {viewport()->mapToGlobal(rect.topLeft()), rect.size()};
-}
-
-void EntryListView::forgetLabels() {
-    m_delegate->forgetAll();
-    measureAllAgain();
-}
-
 void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    m_leaving->start(entry, std::move(done));
+    m_leaving.start(entry, std::move(done));
 }
 
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
-        return m_editor->neededHeight(viewport()->width()) + chipsExtent(row);
+        return m_editor->neededHeight(viewport()->width()) + m_chips.extent(row);
     }
-    return m_leaving->height(m_model.entry(row),
-                             m_delegate->layout(row, viewport()->width()).height());
+    return m_leaving.height(m_model.entry(row),
+                            m_delegate->layout(row, viewport()->width()).height());
 }
 
 int EntryListView::estimatedHeight(int row) const {
@@ -138,32 +115,22 @@ int EntryListView::estimatedHeight(int row) const {
 void EntryListView::rowsPlaced() {
     if (m_editor && m_editedIndex.isValid()) {
         const auto rect =
-            visualRect(m_editedIndex).adjusted(0, 0, 0, -chipsExtent(m_editedIndex.row()));
+            visualRect(m_editedIndex).adjusted(0, 0, 0, -m_chips.extent(m_editedIndex.row()));
         if (m_editor->geometry() != rect) {
             m_editor->setGeometry(rect);
         }
     }
 }
 
-void EntryListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
-                                const QList<int>& roles) {
-    for (int row = topLeft.row(); row <= bottomRight.row(); ++row) {
-        m_delegate->forget(row);
-    }
-    LazyListView::dataChanged(topLeft, bottomRight, roles);
+void EntryListView::forgetLayouts() {
+    m_estimate.reset();
+    m_delegate->forgetAll();
 }
 
 void EntryListView::paintEvent(QPaintEvent* event) {
     m_delegate->setEditedRow(editedRow());
-    LazyListView::paintEvent(event);
-    if (m_dropTarget) {
-        const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
-        QPainter painter(viewport());
-        paintDropLine(painter, rect,
-                      m_dropTarget->placement == model::EntryPlacement::before ? Qt::TopEdge
-                                                                               : Qt::BottomEdge,
-                      16, m_theme.colors().accent);
-    }
+    RowListView::paintEvent(event);
+    m_reordering.paint();
 }
 
 void EntryListView::keyPressEvent(QKeyEvent* event) {
@@ -196,7 +163,7 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
         return;
     case Qt::Key_Left:
     case Qt::Key_Right:
-        if (row >= 0 && m_model.kind(row) == EntryListModel::RowKind::completedHeading &&
+        if (row >= 0 && m_model.kind(row) == EntryRowKind::completedHeading &&
             m_model.isCompletedExpanded() == (event->key() == Qt::Key_Left)) {
             Q_EMIT completedToggled();
         }
@@ -213,122 +180,79 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     default:
         break;
     }
-    LazyListView::keyPressEvent(event);
+    RowListView::keyPressEvent(event);
 }
 
 void EntryListView::keyReleaseEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::NoModifier);
     }
-    LazyListView::keyReleaseEvent(event);
+    RowListView::keyReleaseEvent(event);
 }
 
 void EntryListView::activate(int row) {
     switch (m_model.kind(row)) {
-    case EntryListModel::RowKind::entry:
+    case EntryRowKind::entry:
         Q_EMIT editRequested(row, -1);
         break;
-    case EntryListModel::RowKind::newTodo:
+    case EntryRowKind::newTodo:
         Q_EMIT newTodoRequested();
         break;
-    case EntryListModel::RowKind::completedHeading:
+    case EntryRowKind::completedHeading:
         Q_EMIT completedToggled();
         break;
-    case EntryListModel::RowKind::draft:
-    case EntryListModel::RowKind::completed:
+    case EntryRowKind::draft:
+    case EntryRowKind::completed:
         break;
     }
 }
 
 void EntryListView::mousePressEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    m_pressedRow = indexAt(position).row();
-    m_pressedZone = m_pressedRow < 0 ? Zone::none : zoneAt(m_pressedRow, position);
-    m_pressedAt = position;
-    LazyListView::mousePressEvent(event);
+    m_pressedAt = event->position().toPoint();
+    RowListView::mousePressEvent(event);
 }
 
-void EntryListView::mouseReleaseEvent(QMouseEvent* event) {
-    LazyListView::mouseReleaseEvent(event);
-    const auto position = event->position().toPoint();
-    const int row = indexAt(position).row();
-    const auto zone = row < 0 ? Zone::none : zoneAt(row, position);
-    if (event->button() != Qt::LeftButton || row != m_pressedRow || zone != m_pressedZone) {
-        return;
-    }
-    switch (zone) {
-    case Zone::sign:
-        if (m_model.entry(row)) {
-            Q_EMIT toggleRequested(row);
-            break;
-        }
-        activate(row);
-        break;
-    case Zone::schedule:
+void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
+    const bool isEntry = m_model.entry(row) != nullptr;
+    const auto position = event.position().toPoint();
+    if (part == RowPart::sign && isEntry) {
+        Q_EMIT toggleRequested(row);
+    } else if (part == RowPart::label) {
         Q_EMIT scheduleRequested(row);
-        break;
-    case Zone::row:
-        if (!m_model.entry(row)) {
-            activate(row);
-        } else if (isText(row) &&
-                   (position - m_pressedAt).manhattanLength() < QApplication::startDragDistance()) {
-            if (event->modifiers() == Qt::NoModifier) {
-                Q_EMIT editRequested(row, caretAt(row, position));
-            } else if (event->modifiers() == Qt::ControlModifier) {
-                openLink(linkAt(position));
-            }
+    } else if (!isEntry) {
+        activate(row);
+    } else if (part == RowPart::body && isText(row) &&
+               (position - m_pressedAt).manhattanLength() < QApplication::startDragDistance()) {
+        if (event.modifiers() == Qt::NoModifier) {
+            Q_EMIT editRequested(row, caretAt(row, position));
+        } else if (event.modifiers() == Qt::ControlModifier) {
+            openLink(linkAt(position));
         }
-        break;
-    case Zone::chip:
-    case Zone::none:
-        break;
     }
 }
 
 void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
-    const auto index = indexAt(position);
-    m_pressedRow = -1;
-    if (!index.isValid() || event->button() != Qt::LeftButton) {
-        return;
-    }
-    if (zoneAt(index.row(), position) == Zone::row &&
-        m_model.kind(index.row()) == EntryListModel::RowKind::entry) {
-        Q_EMIT editRequested(index.row(), caretAt(index.row(), position));
+    const int row = indexAt(position).row();
+    forgetPress();
+    if (event->button() == Qt::LeftButton && partUnder(position) == RowPart::body &&
+        m_model.kind(row) == EntryRowKind::entry) {
+        Q_EMIT editRequested(row, caretAt(row, position));
     }
 }
 
 void EntryListView::mouseMoveEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    const auto index = indexAt(position);
-    setHoveredRow(index.row());
-    updateCursor(position, event->modifiers());
     // A press on the circle or the label is no beginning of a drag.
-    if (m_pressedZone == Zone::row || event->buttons() == Qt::NoButton) {
-        LazyListView::mouseMoveEvent(event);
+    if (pressedPart() == RowPart::body || event->buttons() == Qt::NoButton) {
+        RowListView::mouseMoveEvent(event);
+    } else {
+        follow(*event);
     }
-}
-
-void EntryListView::contextMenuEvent(QContextMenuEvent* event) {
-    const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
-    const int row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
-    if (row < 0 || !m_model.entry(row)) {
-        return;
-    }
-    const auto rect = globalRect(row);
-    Q_EMIT menuRequested(row,
-                         isByKeyboard ? rect.bottomLeft() + QPoint(40, 0) : event->globalPos());
-}
-
-void EntryListView::leaveEvent(QEvent* event) {
-    setHoveredRow(-1);
-    LazyListView::leaveEvent(event);
 }
 
 void EntryListView::focusInEvent(QFocusEvent* event) {
-    LazyListView::focusInEvent(event);
-    if (!currentIndex().isValid() && m_model.rowCount() > 0 &&
-        (event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason)) {
+    RowListView::focusInEvent(event);
+    if (!currentIndex().isValid() && m_model.rowCount() > 0 && isByTab(*event)) {
         setCurrentRow(visibleRows().first);
     }
     if (currentIndex().isValid()) {
@@ -337,30 +261,31 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
     viewport()->update();
 }
 
-EntryListView::Zone EntryListView::zoneAt(int row, const QPoint& position) const {
-    if (chipAt(position)) {
-        return Zone::chip;
+RowPart EntryListView::partAt(int row, const QPoint& position) const {
+    if (m_chips.at(position)) {
+        return RowPart::chip;
+    }
+    if (isText(row) || (m_model.isReadOnly() && m_model.entry(row))) {
+        return RowPart::body;
     }
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = position - rect.topLeft();
-    const int margin = m_theme.scaled(6);
-    if (isText(row) || (m_model.isReadOnly() && m_model.entry(row))) {
-        return Zone::row;
-    }
-    if (laidOut.sign().adjusted(-margin, -margin, margin, margin).contains(local)) {
-        return Zone::sign;
+    if (isOn(laidOut.sign(), local)) {
+        return RowPart::sign;
     }
     const auto schedule = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
-    if (!schedule.isEmpty() &&
-        schedule.adjusted(-margin, -margin, margin, margin).contains(local)) {
-        return Zone::schedule;
-    }
-    return Zone::row;
+    return isOn(schedule, local) ? RowPart::label : RowPart::body;
+}
+
+bool EntryListView::isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const {
+    const bool isOnLink = modifiers == Qt::ControlModifier &&
+                          partUnder(position) == RowPart::body && !linkAt(position).isEmpty();
+    return isOnLink || RowListView::isPressable(position, modifiers);
 }
 
 bool EntryListView::isText(int row) const {
-    return m_model.kind(row) == EntryListModel::RowKind::entry && !m_model.entry(row)->isTodo();
+    return m_model.kind(row) == EntryRowKind::entry && !m_model.entry(row)->isTodo();
 }
 
 int EntryListView::caretAt(int row, const QPoint& position) const {
@@ -377,30 +302,62 @@ QString EntryListView::linkAt(const QPoint& position) const {
     return m_delegate->layout(index.row(), rect.width()).linkAt(position - rect.topLeft());
 }
 
-void EntryListView::updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers) {
-    const int row = indexAt(position).row();
-    const auto zone = row < 0 ? Zone::none : zoneAt(row, position);
-    const bool isOnLink =
-        zone == Zone::row && modifiers == Qt::ControlModifier && !linkAt(position).isEmpty();
-    const bool isPressable =
-        zone == Zone::sign || zone == Zone::schedule || zone == Zone::chip || isOnLink;
-    viewport()->setCursor(isPressable ? Qt::PointingHandCursor : Qt::ArrowCursor);
+void EntryListView::startDrag(Qt::DropActions) {
+    const int row = currentRow();
+    if (row < 0 || m_model.kind(row) != EntryRowKind::entry || row == editedRow()) {
+        return;
+    }
+    const auto size = visualRect(currentIndex()).size();
+    QPixmap picture(size * devicePixelRatioF());
+    picture.setDevicePixelRatio(devicePixelRatioF());
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setOpacity(0.85);
+    QStyleOptionViewItem option;
+    initViewItemOption(&option);
+    option.rect = QRect(QPoint(), size);
+    option.state = QStyle::State_Enabled | QStyle::State_Selected;
+    option.state.setFlag(QStyle::State_MouseOver, row == hoveredRow());
+    m_delegate->paint(&painter, option, currentIndex());
+    painter.end();
+    m_reordering.drag(row, picture);
 }
 
-void EntryListView::setHoveredRow(int row) {
-    if (m_delegate->hoveredRow() != row) {
-        m_delegate->setHoveredRow(row);
-        viewport()->update();
+void EntryListView::dragEnterEvent(QDragEnterEvent* event) {
+    if (EntryReordering::isWanted(*event)) {
+        setState(DraggingState);
+        event->acceptProposedAction();
+    } else {
+        event->ignore();
     }
 }
 
-void EntryListView::applyTheme() {
-    auto own = palette();
-    own.setColor(QPalette::Base, m_theme.colors().content);
-    setPalette(own);
-    m_estimate.reset();
-    m_delegate->forgetAll();
-    measureAllAgain();
+void EntryListView::dragMoveEvent(QDragMoveEvent* event) {
+    if (m_reordering.follow(*event)) {
+        event->acceptProposedAction();
+        startAutoScroll();
+    } else {
+        event->ignore();
+    }
+}
+
+void EntryListView::dragLeaveEvent(QDragLeaveEvent*) {
+    m_reordering.leave();
+    endDrag();
+}
+
+void EntryListView::dropEvent(QDropEvent* event) {
+    const auto drop = m_reordering.drop(*event);
+    endDrag();
+    if (drop) {
+        event->acceptProposedAction();
+        Q_EMIT dropped(drop->entry, drop->place.row, drop->place.placement);
+    }
+}
+
+void EntryListView::endDrag() {
+    stopAutoScroll();
+    setState(NoState);
 }
 
 } // namespace korvex::ui

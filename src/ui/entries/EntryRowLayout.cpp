@@ -1,7 +1,6 @@
 #include "ui/entries/EntryRowLayout.h"
 
 #include "model/EntryContentLimit.h"
-#include "richtext/stored/EntryText.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
@@ -23,13 +22,13 @@ int lineHeight(const QFont& font) {
 
 } // namespace
 
-EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width,
-                               const Workspace& workspace, const Theme& theme, const TextLook& look)
+EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, const Theme& theme,
+                               const TextLook& look)
     : m_width(width) {
     const auto* const entry = model.entry(row);
-    const bool isFormatted = model.kind(row) == EntryListModel::RowKind::entry && !entry->isTodo();
-    int bottom = isFormatted ? layOutFormatted(*entry, workspace, theme, look)
-                             : layOutPlain(model, row, workspace, theme);
+    const bool isFormatted = model.kind(row) == EntryRowKind::entry && !entry->isTodo();
+    int bottom =
+        isFormatted ? layOutFormatted(model, row, theme, look) : layOutPlain(model, row, theme);
     if (entry) {
         if (const auto& list = model.attachments(row);
             list.isDamaged || !list.attachments.empty()) {
@@ -52,9 +51,10 @@ int EntryRowLayout::chipsExtent() const {
     return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::padding : 0;
 }
 
-int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& workspace,
-                                    const Theme& theme, const TextLook& look) {
-    auto text = richtext::richText(entry, workspace.serializer);
+int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
+                                    const TextLook& look) {
+    const auto& entry = *model.entry(row);
+    auto text = model.richText(entry);
     if (!model::EntryContentLimit::allows(entry.content())) {
         text.append(u"…", {}, {}); // only the beginning is shown
     }
@@ -66,15 +66,14 @@ int EntryRowLayout::layOutFormatted(const model::Entry& entry, const Workspace& 
     return m_textRect.bottom() + 1;
 }
 
-int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
-                                const Theme& theme) {
+int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Theme& theme) {
     const int width = m_width;
     const auto sizes = RowFrame::of(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
-    const bool isOpenTodo = kind == EntryListModel::RowKind::entry && entry->isOpenTodo();
+    const bool isOpenTodo = kind == EntryRowKind::entry && entry->isOpenTodo();
     if (isOpenTodo) {
-        m_dueLabel = dueLabelOf(*entry, workspace.now(), workspace.dates);
+        m_dueLabel = model.dueLabel(*entry);
     }
 
     m_text = makeTextLayout(model.text(row), theme);
@@ -88,7 +87,8 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Work
     const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::gap
                             : isOpenTodo ? sizes.scheduleSize + RowFrame::gap
                                          : 0;
-    const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, besideWidth, hasDue);
+    const auto [isBeside, textWidth, textHeight] =
+        arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
 
     const int line = lineHeight(theme.font());
     const int firstLine = std::max(line, sizes.signSize);

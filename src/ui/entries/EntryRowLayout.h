@@ -16,8 +16,8 @@ namespace korvex::ui {
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
 public:
-    EntryRowLayout(const EntryListModel& model, int row, int width, const Workspace& workspace,
-                   const Theme& theme, const TextLook& look);
+    EntryRowLayout(const EntryListModel& model, int row, int width, const Theme& theme,
+                   const TextLook& look);
 
     int width() const { return m_width; }
     int height() const { return m_height; }
@@ -32,9 +32,9 @@ public:
     /// Where a todo without a due label gets one, while the pointer is over it or it is current.
     QRect scheduleButton() const { return m_scheduleButton; }
 
-    /// Of a text entry; null for all other rows.
+    /// The text of a text entry; null for all other rows.
     TextRow* formatted() const { return m_formatted.get(); }
-    /// Of all other rows.
+    /// The text of all other rows.
     const QTextLayout& textLayout() const { return *m_text; }
     const DueLabel& dueLabel() const { return m_dueLabel; }
     /// The attachments under the text; null where there are none.
@@ -53,10 +53,9 @@ public:
 
 private:
     /// Both return where the text ends.
-    int layOutFormatted(const model::Entry& entry, const Workspace& workspace, const Theme& theme,
+    int layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
                         const TextLook& look);
-    int layOutPlain(const EntryListModel& model, int row, const Workspace& workspace,
-                    const Theme& theme);
+    int layOutPlain(const EntryListModel& model, int row, const Theme& theme);
     void placeChips(const services::AttachmentList& list, int bottom, const Theme& theme);
     void setBox(int bottom, const Theme& theme);
 

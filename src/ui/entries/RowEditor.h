@@ -19,19 +19,19 @@ class RowEditor : public QFrame {
 public:
     RowEditor(const Theme& theme, QWidget* parent);
 
-    /// What has the keyboard.
+    /// The field that has the keyboard.
     virtual QTextEdit& input() = 0;
-    /// UTF-16 offset of the caret in the text.
+    /// The UTF-16 offset of the caret in the text.
     virtual int caret() const = 0;
-    /// -1, or one beyond the text, is the end.
+    /// Puts the caret at a UTF-16 offset; -1, or one beyond the text, is the end.
     virtual void setCaret(int offset) = 0;
     /// Whether the text differs from the one that was given last.
     virtual bool isChanged() const = 0;
-    /// Nothing but white space.
+    /// Whether there is nothing but white space.
     bool isBlank();
     /// Gives up what was typed.
     virtual void revert() = 0;
-    /// Commands on the text itself; the caller owns the menu.
+    /// A menu with the commands on the text itself; the caller owns it.
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
     virtual int neededHeight(int width) = 0;
@@ -49,10 +49,10 @@ Q_SIGNALS:
 
 protected:
     const Theme& theme() const { return m_theme; }
-    /// 0 while there is nothing to say.
+    /// The height of the line at the foot; 0 while there is nothing to say.
     int errorHeight(int width) const;
     void placeError(const QPoint& topLeft, int width);
-    /// The ground and the frame that mark the row as the one that is edited.
+    /// Draws the ground and the frame that mark the row as the one that is edited.
     void paintEvent(QPaintEvent* event) override;
 
 private:

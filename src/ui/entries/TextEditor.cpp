@@ -25,11 +25,11 @@ constexpr int kBarDistance = 4;
 
 } // namespace
 
-TextEditor::TextEditor(const Workspace& workspace, const Theme& theme, QWidget* parent)
+TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent),
       m_field(new RichTextEdit(this)),
-      m_bar(new FormatBar(*m_field, workspace.code, theme, this)),
-      m_colors(new CodeColors(*m_field->document(), workspace.code, TextLook(theme), this)) {
+      m_bar(new FormatBar(*m_field, code, theme, this)),
+      m_colors(new CodeColors(*m_field->document(), code, TextLook(theme), this)) {
     setFocusProxy(m_field);
     applyTheme();
     connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "richtext/code/CodeHighlighter.h"
 #include "richtext/text/AttributedString.h"
 #include "ui/entries/RowEditor.h"
-#include "ui/workspace/Workspace.h"
 
 #include <optional>
 
@@ -17,13 +17,13 @@ class TextEditor final : public RowEditor {
     Q_OBJECT
 
 public:
-    TextEditor(const Workspace& workspace, const Theme& theme, QWidget* parent);
+    TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWidget* parent);
     ~TextEditor() override;
 
     RichTextEdit& field() { return *m_field; }
     richtext::AttributedString text() const;
     void setText(const richtext::AttributedString& text);
-    /// What is shown now is stored now.
+    /// To be called when what is shown was stored.
     void setStored();
     /// The text before and after the caret, for two entries. Absent where there is nothing to
     /// split: inside a table, and where one part would be blank.

@@ -2,6 +2,7 @@
 
 #include "ui/kit/IconSet.h"
 #include "ui/todos/RowFrame.h"
+#include "ui/todos/TodoPainting.h"
 
 #include <QPainter>
 #include <QTextLayout>
@@ -62,11 +63,10 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
     const QFontMetrics metrics(theme().font());
     const int line = std::max(metrics.lineSpacing(), frame.signSize);
     const int top = theme().rowDistance() / 2 + frame.padding + (line - frame.signSize) / 2;
-    painter.drawPixmap(frame.textLeft - (frame.textLeft - frame.boxMargin - frame.signSize) / 2 -
-                           frame.signSize,
-                       top,
-                       IconSet::pixmap(QStringLiteral("circle"), theme().colors().secondaryText,
-                                       frame.signSize, devicePixelRatioF()));
+    const int left =
+        frame.textLeft - (frame.textLeft - frame.boxMargin - frame.signSize) / 2 - frame.signSize;
+    TodoPainting::drawCircle(painter, QRect(left, top, frame.signSize, frame.signSize),
+                             TodoPainting::Circle::open, theme().colors());
 }
 
 void TodoEditor::resizeEvent(QResizeEvent* event) {
@@ -107,7 +107,7 @@ TextArrangement TodoEditor::arrangement(int room) const {
     const bool hasDue = !m_dueLabel.isEmpty();
     const int beside =
         hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
-    return arrangeText(layout, room, beside, hasDue);
+    return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 
 void TodoEditor::place() {

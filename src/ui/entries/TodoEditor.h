@@ -19,9 +19,9 @@ public:
     TodoTextEdit& field() { return *m_field; }
     QString text() const { return m_field->toPlainText(); }
     void setText(const QString& text);
-    /// The stored text is this now; what was typed stays.
+    /// The stored text is `text` now; what was typed stays.
     void setOriginal(const QString& text) { m_original = text; }
-    /// What the button beside the text says; an empty label offers to make a schedule.
+    /// Lets the button beside the text say this; an empty label offers to make a schedule.
     void setDueLabel(const DueLabel& label);
 
     QTextEdit& input() override { return *m_field; }

@@ -28,9 +28,9 @@ protected:
     QLineEdit& field() { return *m_field; }
     QListView& list() { return *m_list; }
 
-    /// Another text has been typed.
+    /// Fills the list for what is typed now.
     virtual void fill() = 0;
-    /// The current row of the list.
+    /// Takes the current row of the list.
     virtual void choose() = 0;
 
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -13,13 +13,13 @@ namespace DateFields {
 
 /// The user's order of a day's parts, with all digits of the year.
 QString dayFormat();
-/// Without seconds.
+/// The user's time of day, without seconds.
 QString timeFormat();
 /// Sets the format and what can be chosen.
 void setUp(QDateTimeEdit& field, const QString& format);
 
 QDateTime dateTimeOf(base::Instant instant, const base::Calendar& calendar);
-/// `otherwise` when the calendar has no such moment.
+/// The moment of a wall-clock time; `otherwise` when the calendar has no such moment.
 base::Instant instantOf(const QDate& day, const QTime& time, const base::Calendar& calendar,
                         base::Instant otherwise);
 

@@ -25,7 +25,7 @@ public:
 
 private:
     enum class Do { measure, place };
-    /// The height that it takes.
+    /// Returns the height that the widgets take.
     int arrange(const QRect& rect, Do what) const;
 
     std::vector<QLayoutItem*> m_items;

@@ -81,4 +81,9 @@ QIcon IconSet::icon(const QString& name, const QColor& color) {
     return QIcon(new IconEngine(name, color));
 }
 
+void IconSet::draw(QPainter& painter, const QString& name, const QColor& color, const QRect& rect) {
+    painter.drawPixmap(rect.topLeft(),
+                       pixmap(name, color, rect.width(), painter.device()->devicePixelRatio()));
+}
+
 } // namespace korvex::ui

@@ -5,6 +5,9 @@
 #include <QPixmap>
 #include <QString>
 
+class QPainter;
+class QRect;
+
 namespace korvex::ui {
 
 /// The icons that are compiled in, drawn in one colour at any size. Drawn ones are kept in Qt's
@@ -15,6 +18,8 @@ namespace IconSet {
 /// empty.
 QPixmap pixmap(const QString& name, const QColor& color, int size, qreal scale);
 QIcon icon(const QString& name, const QColor& color);
+/// Draws an icon at the top left of `rect`, as large as that is wide.
+void draw(QPainter& painter, const QString& name, const QColor& color, const QRect& rect);
 
 } // namespace IconSet
 

@@ -112,15 +112,13 @@ void LazyListView::reset() {
 }
 
 void LazyListView::measureAgain(int row) {
-    const auto anchor = anchorOnScreen();
     m_heights.forget(row);
-    settle(anchor);
+    settle(m_anchor);
 }
 
 void LazyListView::measureAllAgain() {
-    const auto anchor = anchorOnScreen();
     forgetAllHeights();
-    settle(anchor);
+    settle(m_anchor);
 }
 
 std::pair<int, int> LazyListView::visibleRows() const {
@@ -221,7 +219,7 @@ QModelIndexList LazyListView::selectedIndexes() const {
 
 void LazyListView::updateGeometries() {
     if (!m_isSettling) {
-        settle(anchorOnScreen());
+        settle(m_anchor);
     }
 }
 
@@ -252,12 +250,17 @@ void LazyListView::paintEvent(QPaintEvent* event) {
         if (!option.rect.intersects(event->rect())) {
             continue;
         }
-        option.state = QStyle::State_Enabled;
-        option.state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
-        option.state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
-        option.state.setFlag(QStyle::State_Active, hasFocus());
+        option.state = stateOf(index);
         itemDelegate()->paint(&painter, option, index);
     }
+}
+
+QStyle::State LazyListView::stateOf(const QModelIndex& index) const {
+    QStyle::State state = QStyle::State_Enabled;
+    state.setFlag(QStyle::State_Selected, selectionModel()->isSelected(index));
+    state.setFlag(QStyle::State_HasFocus, hasFocus() && index == currentIndex());
+    state.setFlag(QStyle::State_Active, hasFocus());
+    return state;
 }
 
 void LazyListView::resizeEvent(QResizeEvent* event) {
@@ -265,7 +268,7 @@ void LazyListView::resizeEvent(QResizeEvent* event) {
     if (event->oldSize().width() != event->size().width()) {
         measureAllAgain();
     } else {
-        settle(anchorOnScreen());
+        settle(m_anchor);
     }
 }
 
@@ -289,7 +292,7 @@ void LazyListView::selectionChanged(const QItemSelection& selected,
 }
 
 void LazyListView::rowsInserted(const QModelIndex& parent, int first, int last) {
-    auto anchor = anchorOnScreen();
+    auto anchor = m_anchor;
     m_heights.insert(first, last - first + 1, [this](int row) { return estimatedHeight(row); });
     // At the very top new rows are to be seen; further down they must not push away what is read.
     const bool showsTop = verticalOffset() == 0;
@@ -301,11 +304,12 @@ void LazyListView::rowsInserted(const QModelIndex& parent, int first, int last) 
 }
 
 void LazyListView::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
+    // Not QListView's, which would lay out all rows anew.
     QAbstractItemView::rowsAboutToBeRemoved(parent, first, last);
 }
 
 void LazyListView::rowsRemoved(int first, int last) {
-    auto anchor = anchorOnScreen();
+    auto anchor = m_anchor;
     if (anchor.row > last) {
         anchor.row -= last - first + 1;
     } else if (anchor.row >= first) {
@@ -316,7 +320,7 @@ void LazyListView::rowsRemoved(int first, int last) {
 }
 
 void LazyListView::rowsMoved(int first, int last, int destination) {
-    auto anchor = anchorOnScreen();
+    auto anchor = m_anchor;
     const int count = last - first + 1;
     const bool anchorMoves = anchor.row >= first && anchor.row <= last;
     m_heights.move(first, count, destination);
@@ -333,16 +337,12 @@ void LazyListView::rowsMoved(int first, int last, int destination) {
 
 void LazyListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                const QList<int>& roles) {
-    const auto anchor = anchorOnScreen();
+    const auto anchor = m_anchor;
     for (int row = topLeft.row(); row <= bottomRight.row() && row < m_heights.count(); ++row) {
         m_heights.forget(row);
     }
     QAbstractItemView::dataChanged(topLeft, bottomRight, roles);
     settle(anchor);
-}
-
-LazyListView::Anchor LazyListView::anchorOnScreen() const {
-    return m_anchor;
 }
 
 void LazyListView::settle(Anchor anchor) {

@@ -28,20 +28,23 @@ public:
 
     /// Measures a row again, where it stands; what is above it on the screen keeps its place.
     void measureAgain(int row);
-    /// All heights anew, for another width or font; the first row on the screen keeps its place.
+    /// Measures all rows anew, for another width or font; the first in sight keeps its place.
     void measureAllAgain();
     /// The first and the last row in sight; -1 and -1 when there are none.
     std::pair<int, int> visibleRows() const;
 
 protected:
-    /// The height of a row at the width of the viewport: exactly, and at almost no cost.
+    /// The height of a row at the width of the viewport, exactly.
     virtual int measuredHeight(int row) = 0;
+    /// A guess at almost no cost: it is asked of every row.
     virtual int estimatedHeight(int row) const = 0;
-    /// After the rows have found new places on the screen.
+    /// What the delegate is told of a row that it paints.
+    virtual QStyle::State stateOf(const QModelIndex& index) const;
+    /// Called after the rows have found new places on the screen.
     virtual void rowsPlaced() {}
-    /// Those whose height is known: a part of the rows that have been in sight.
+    /// The rows whose height is known: a part of those that have been in sight.
     std::vector<int> measuredRows() const;
-    /// Room under the last row.
+    /// Leaves this much room under the last row.
     void setBottomMargin(int margin) { m_bottomMargin = margin; }
 
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
@@ -71,7 +74,6 @@ private:
         int y = 0;
     };
 
-    Anchor anchorOnScreen() const;
     /// Measures what is in sight around the anchor and sets range and value of the scroll bar so
     /// that the anchor stays where it is, as far as the ends of the list allow.
     void settle(Anchor anchor);
@@ -82,6 +84,7 @@ private:
     void forgetAllHeights();
 
     RowHeights m_heights;
+    /// The first row on the screen.
     Anchor m_anchor;
     /// The anchor's row while all rows change places.
     QPersistentModelIndex m_anchorIndex;

@@ -15,7 +15,7 @@ class Popover : public QFrame {
 public:
     Popover(const Theme& theme, QWidget* window);
 
-    /// `anchor` in global coordinates; the panel goes below it, above where there is no room.
+    /// Opens below `anchor`, in global coordinates, or above it where there is no room below.
     void openAt(const QRect& anchor);
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
@@ -26,9 +26,9 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void showEvent(QShowEvent* event) override;
-    /// Tab stays inside.
+    /// Tab stays inside the panel.
     bool focusNextPrevChild(bool next) override;
-    /// The content has another size now.
+    /// To be called when the content has another size.
     void placeAgain();
     const Theme& theme() const { return m_theme; }
 

@@ -103,8 +103,9 @@ private:
     }
 
     /// Moves each row that is out of order to directly after the one that precedes it in the new
-    /// order. In ascending order: then all that precede it are in place already. False when that
-    /// would be too many steps.
+    /// order. In ascending order: then all that precede it are in place already. None of them
+    /// stands right already, or the longest run of rows in order would be longer by it. False when
+    /// that would be too many steps.
     bool orderKept(std::size_t maximum) {
         const auto stays = longestIncreasing(m_kept);
         std::vector<int> moving;
@@ -125,9 +126,6 @@ private:
             const auto to = rank == ascending.begin()
                                 ? m_kept.begin()
                                 : std::find(m_kept.begin(), m_kept.end(), *(rank - 1)) + 1;
-            if (to == from || to == from + 1) {
-                continue;
-            }
             m_steps.push_back({RowStep::Kind::move,
                                m_first + static_cast<int>(from - m_kept.begin()), 1,
                                m_first + static_cast<int>(to - m_kept.begin())});

@@ -19,11 +19,11 @@ inline constexpr const char* kBoardDragType = "dev.korvex.board-reorder";
 /// The payload of a drag; the caller owns it.
 QMimeData* rowDrag(const char* type, const base::Uuid& id);
 bool isRowDrag(const QMimeData& data, const char* type);
-/// Absent when something else is dragged.
+/// The identifier of the dragged row; absent when something else is dragged.
 std::optional<base::Uuid> draggedRow(const QMimeData& data, const char* type);
 
-/// The line where a dragged row would go: along the top or the bottom edge of another, shorter than
-/// that by `margin` pixels at each end.
+/// Draws the line where a dragged row would go: along the top or the bottom edge of another row,
+/// shorter than that by `margin` pixels at each end.
 void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,
                    const QColor& color);
 

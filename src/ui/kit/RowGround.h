@@ -8,16 +8,26 @@
 
 namespace korvex::ui {
 
-/// The rounded ground of a row that is chosen or under the pointer, and the ring of the one that
-/// has the keyboard. `ground` is what the list stands on.
-inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
-                           const QColor& ground, const Theme& theme) {
+/// What is chosen in a list without the keyboard is told quietly, as if the pointer were over it.
+inline QStyle::State quietWithoutKeyboard(QStyle::State state) {
+    if (!state.testFlag(QStyle::State_Active) && state.testFlag(QStyle::State_Selected)) {
+        state.setFlag(QStyle::State_MouseOver);
+        state.setFlag(QStyle::State_Selected, false);
+    }
+    return state;
+}
+
+/// The rounded box of a row that is chosen or under the pointer, and the ring of the one that has
+/// the keyboard. `hovered` is the colour of the box under the pointer.
+inline void paintRowBox(QPainter& painter, const QRect& box, QStyle::State state,
+                        const QColor& hovered, const Theme& theme) {
     constexpr double kCornerRadius = 6;
     const auto& colors = theme.colors();
+    painter.save();
     const bool isChosen = state.testFlag(QStyle::State_Selected);
     if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(isChosen ? colors.selection : blended(colors.text, ground, 0.06));
+        painter.setBrush(isChosen ? colors.selection : hovered);
         painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
     }
     if (state.testFlag(QStyle::State_HasFocus)) {
@@ -26,6 +36,13 @@ inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State st
         painter.drawRoundedRect(QRectF(box).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
                                 kCornerRadius);
     }
+    painter.restore();
+}
+
+/// The same where `ground` is what the list stands on and its rows hold plain text only.
+inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
+                           const QColor& ground, const Theme& theme) {
+    paintRowBox(painter, box, state, blended(theme.colors().text, ground, 0.06), theme);
 }
 
 } // namespace korvex::ui

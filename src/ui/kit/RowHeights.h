@@ -11,7 +11,7 @@ namespace korvex::ui {
 class RowHeights {
 public:
     int count() const { return static_cast<int>(m_rows.size()); }
-    /// All rows anew, none measured.
+    /// Begins anew with so many rows, none of them measured.
     template <typename Estimate>
     void reset(int count, Estimate&& estimate) {
         m_rows.clear();

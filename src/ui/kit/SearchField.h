@@ -14,13 +14,13 @@ class SearchField final : public QLineEdit {
 public:
     explicit SearchField(const Theme& theme, QWidget* parent = nullptr);
 
-    /// More would be searched for nothing.
+    /// The most characters that can be typed; a search for more would find nothing.
     static constexpr int kMaximumLength = 500;
 
 Q_SIGNALS:
-    /// Soon there will be something to search for.
+    /// The field has the keyboard: soon there will be something to search for.
     void focused();
-    /// An arrow or page key.
+    /// An arrow or page key was pressed.
     void walked(int key);
     void openRequested();
     void escaped();

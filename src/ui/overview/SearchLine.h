@@ -13,7 +13,7 @@ namespace korvex::ui {
 
 /// One line of a text that was found, with the places that were searched for.
 struct SearchLine {
-    /// In UTF-16 units of the line.
+    /// A place that was searched for, in UTF-16 units of the line.
     struct Mark {
         qsizetype start = 0;
         qsizetype length = 0;
@@ -27,7 +27,7 @@ struct SearchLine {
     bool operator==(const SearchLine&) const = default;
 
     /// The line of `text` that holds the first match; the first line with something in it when
-    /// there is none. Of a very long line only what is around the match.
+    /// there is none. A very long line is cut to what is around the match.
     static SearchLine of(std::string_view text, const std::vector<std::string>& foldedTerms,
                          const base::TextFolding& folding);
     /// What fits into `width` pixels with the first mark in it; an ellipsis where something is
@@ -35,7 +35,7 @@ struct SearchLine {
     SearchLine fitted(const QFontMetrics& metrics, int width) const;
 
 private:
-    /// Leaves the beginning out.
+    /// The same line with its beginning left out.
     SearchLine from(qsizetype start) const;
 };
 

@@ -28,8 +28,14 @@ QString iconOf(std::string_view symbol, const model::Board& board) {
 
 } // namespace
 
-SearchListModel::SearchListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace), m_rows(kKeptRows) {}
+SearchListModel::SearchListModel(services::SearchService& search, const base::TextFolding& folding,
+                                 const base::Clock& clock, const DateTexts& dates, QObject* parent)
+    : QAbstractListModel(parent),
+      m_search(search),
+      m_folding(folding),
+      m_clock(clock),
+      m_dates(dates),
+      m_rows(kKeptRows) {}
 
 int SearchListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_results.size());
@@ -64,10 +70,10 @@ QVariant SearchListModel::data(const QModelIndex& index, int role) const {
 
 void SearchListModel::search(const QString& query) {
     const auto text = toUtf8(query);
-    auto results = m_workspace.search.search(text);
+    auto results = m_search.search(text);
     beginResetModel();
     m_results = std::move(results);
-    m_terms = services::SearchService::foldedTerms(text, m_workspace.folding);
+    m_terms = services::SearchService::foldedTerms(text, m_folding);
     m_rows.clear();
     endResetModel();
 }
@@ -96,7 +102,7 @@ const SearchRow& SearchListModel::row(int row) const {
 SearchRow SearchListModel::made(int row) const {
     const auto result = m_results[at(row)];
     SearchRow shown{
-        .line = SearchLine::of(result.content, m_terms, m_workspace.folding),
+        .line = SearchLine::of(result.content, m_terms, m_folding),
         .icon = iconOf(result.symbol(), board(row)),
         .kind = QCoreApplication::translate("korvex::services::SearchResult",
                                             std::string(result.kind()).c_str()),
@@ -108,11 +114,11 @@ SearchRow SearchListModel::made(int row) const {
     };
     const auto* const found = shown.isTodo && !shown.isCompleted ? entry(row) : nullptr;
     if (found) {
-        shown.due = dueLabelOf(*found, m_workspace.now(), m_workspace.dates);
+        shown.due = dueLabelOf(*found, m_clock.now(), m_dates);
     }
     if (!shown.due.isEmpty()) {
-        shown.dueDescription = toQString(found->schedule().accessibilityLabel(
-            false, m_workspace.now(), m_workspace.dates.formats()));
+        shown.dueDescription = toQString(
+            found->schedule().accessibilityLabel(false, m_clock.now(), m_dates.formats()));
     }
     return shown;
 }

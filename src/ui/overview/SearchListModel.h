@@ -1,9 +1,10 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "services/SearchService.h"
 #include "ui/overview/SearchLine.h"
 #include "ui/todos/DueLabel.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/workspace/DateTexts.h"
 
 #include <QAbstractListModel>
 #include <QCache>
@@ -35,25 +36,26 @@ class SearchListModel final : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    explicit SearchListModel(const Workspace& workspace, QObject* parent = nullptr);
+    SearchListModel(services::SearchService& search, const base::TextFolding& folding,
+                    const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
 
-    /// Throws what the store throws; then it shows what it showed.
+    /// Finds other rows. Throws what the store throws; then it shows what it showed.
     void search(const QString& query);
     void clear();
 
     const model::Board& board(int row) const { return m_results.board(at(row)); }
     bool isBoard(int row) const { return id(row).kind == services::SearchResult::ID::Kind::board; }
-    /// Null for a row that is a board. May throw what the store throws.
+    /// The entry of a row; null for a row that is a board. May throw what the store throws.
     const model::Entry* entry(int row) const { return m_results.entry(at(row)); }
     /// Whether the row above is of another board.
     bool beginsBoard(int row) const { return row == 0 || &board(row - 1) != &board(row); }
-    /// Valid until the next call of any function that is not const, or the next other row.
+    /// Valid until the next call for another row, or of any function that is not const.
     const SearchRow& row(int row) const;
     services::SearchResult::ID id(int row) const { return m_results.id(at(row)); }
-    /// -1 when it is not among the results.
+    /// The row that shows this result; -1 when it is not among them.
     int rowOf(const services::SearchResult::ID& id) const;
 
     /// "Now" has moved: rows are made anew when they are drawn.
@@ -63,7 +65,10 @@ private:
     static std::size_t at(int row) { return static_cast<std::size_t>(row); }
     SearchRow made(int row) const;
 
-    const Workspace& m_workspace;
+    services::SearchService& m_search;
+    const base::TextFolding& m_folding;
+    const base::Clock& m_clock;
+    const DateTexts& m_dates;
     services::SearchResults m_results;
     std::vector<std::string> m_terms;
     mutable QCache<int, SearchRow> m_rows;

@@ -17,7 +17,7 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
     : QWidget(parent),
       m_workspace(workspace),
       m_theme(theme),
-      m_model(workspace),
+      m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
       m_title(new QLabel(tr("Search"), this)),
       m_count(new QLabel(this)),
       m_banner(new ErrorBanner(theme, this)),

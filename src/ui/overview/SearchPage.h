@@ -2,6 +2,7 @@
 
 #include "ui/overview/SearchListModel.h"
 #include "ui/overview/SearchResultList.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QWidget>
 

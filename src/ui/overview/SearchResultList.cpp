@@ -35,12 +35,17 @@ struct Places {
     QRect note;
 };
 
-Places placesOf(int width, bool beginsBoard, const Theme& theme) {
+/// What is left free above a row.
+int distanceAbove(const SearchListModel& model, int row) {
+    return row > 0 && model.beginsBoard(row) ? kBoardDistance : 0;
+}
+
+Places placesOf(int width, int above, const Theme& theme) {
     const QFontMetrics font(theme.font());
     const QFontMetrics small(theme.smallFont());
     const int sign = theme.scaled(kSignSize);
     const int first = std::max(font.lineSpacing(), sign);
-    const int top = (beginsBoard ? kBoardDistance : 0) + theme.rowDistance() / 4;
+    const int top = above + theme.rowDistance() / 4;
     const int left = kSideMargin + kGap + sign + kGap;
     const int room = std::max(40, width - left - kSideMargin - kGap);
     Places places;
@@ -54,35 +59,30 @@ Places placesOf(int width, bool beginsBoard, const Theme& theme) {
 
 } // namespace
 
+/// Draws what was found.
 class SearchResultDelegate final : public QStyledItemDelegate {
 public:
     SearchResultDelegate(const SearchListModel& model, const Theme& theme, QObject* parent)
         : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
 
-    /// The row under the pointer, -1 for none.
-    int hoveredRow() const { return m_hoveredRow; }
-    void setHoveredRow(int row) { m_hoveredRow = row; }
-
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override {
         const auto& colors = m_theme.colors();
         const auto& row = m_model.row(index.row());
-        const bool isApart = index.row() > 0 && m_model.beginsBoard(index.row());
-        const auto places = placesOf(option.rect.width(), isApart, m_theme);
+        const int above = distanceAbove(m_model, index.row());
+        const auto places = placesOf(option.rect.width(), above, m_theme);
         painter->save();
         painter->translate(option.rect.topLeft());
         painter->setRenderHint(QPainter::Antialiasing);
-        if (isApart) {
+        if (above > 0) {
             painter->fillRect(QRect(places.line.left(), kBoardDistance / 2, places.line.width(), 1),
                               colors.hairline);
         }
-        auto state = option.state;
-        state.setFlag(QStyle::State_MouseOver, index.row() == m_hoveredRow);
-        paintRowGround(*painter, places.box, state, colors.content, m_theme);
+        paintRowGround(*painter, places.box, option.state, colors.content, m_theme);
         const auto iconColor = row.isBoard       ? iconColorOf(m_model.board(index.row()), colors)
                                : row.isCompleted ? colors.accent
                                                  : colors.secondaryText;
-        drawIcon(*painter, row.icon, iconColor, places.sign);
+        IconSet::draw(*painter, row.icon, iconColor, places.sign);
         paintLine(*painter, row, places.line,
                   option.state.testFlag(QStyle::State_Selected) ? colors.selection
                                                                 : colors.content);
@@ -91,12 +91,6 @@ public:
     }
 
 private:
-    static void drawIcon(QPainter& painter, const QString& name, const QColor& color,
-                         const QRect& rect) {
-        painter.drawPixmap(rect.topLeft(), IconSet::pixmap(name, color, rect.width(),
-                                                           painter.device()->devicePixelRatio()));
-    }
-
     void paintLine(QPainter& painter, const SearchRow& row, const QRect& rect,
                    const QColor& ground) const {
         const auto& colors = m_theme.colors();
@@ -135,8 +129,8 @@ private:
         int left = rect.left();
         const auto icon = [&](const QString& name, const QColor& color) {
             if (left + size <= rect.right()) {
-                drawIcon(painter, name, color,
-                         QRect(left, rect.center().y() - size / 2, size, size));
+                IconSet::draw(painter, name, color,
+                              QRect(left, rect.center().y() - size / 2, size, size));
             }
             left += size + 4;
         };
@@ -176,28 +170,15 @@ private:
 
     const SearchListModel& m_model;
     const Theme& m_theme;
-    int m_hoveredRow = -1;
 };
 
 SearchResultList::SearchResultList(SearchListModel& model, const Theme& theme, QWidget* parent)
-    : LazyListView(parent),
-      m_model(model),
-      m_theme(theme),
-      m_delegate(new SearchResultDelegate(model, theme, this)) {
-    setFrameShape(NoFrame);
-    setMouseTracking(true);
+    : RowListView(theme, parent), m_model(model), m_theme(theme) {
     setBottomMargin(kBoardDistance);
-    setItemDelegate(m_delegate);
+    setItemDelegate(new SearchResultDelegate(model, theme, this));
     setModel(&model);
     setAccessibleName(tr("Results"));
-    connect(&theme, &Theme::changed, this, &SearchResultList::applyTheme);
     applyTheme();
-}
-
-void SearchResultList::setCurrentRow(int row) {
-    const auto index = m_model.index(row, 0);
-    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
-    scrollTo(index);
 }
 
 void SearchResultList::walk(int key) {
@@ -206,11 +187,15 @@ void SearchResultList::walk(int key) {
 }
 
 int SearchResultList::heightOf(int row) const {
-    return m_rowHeight + (row > 0 && m_model.beginsBoard(row) ? kBoardDistance : 0);
+    return m_rowHeight + distanceAbove(m_model, row);
+}
+
+void SearchResultList::forgetLayouts() {
+    m_rowHeight = placesOf(kSideMargin, 0, m_theme).box.bottom() + 1 + m_theme.rowDistance() / 4;
 }
 
 void SearchResultList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
-    LazyListView::currentChanged(current, previous);
+    RowListView::currentChanged(current, previous);
     // The keys may be the search field's; a screen reader is told where they have come to.
     QAccessibleEvent event(this, QAccessible::Focus);
     event.setChild(current.row());
@@ -233,65 +218,23 @@ void SearchResultList::keyPressEvent(QKeyEvent* event) {
     default:
         break;
     }
-    LazyListView::keyPressEvent(event);
+    RowListView::keyPressEvent(event);
 }
 
-void SearchResultList::mousePressEvent(QMouseEvent* event) {
-    m_pressed = indexAt(event->position().toPoint());
-    LazyListView::mousePressEvent(event);
-}
-
-void SearchResultList::mouseReleaseEvent(QMouseEvent* event) {
-    LazyListView::mouseReleaseEvent(event);
-    const auto position = event->position().toPoint();
-    const auto index = indexAt(position);
-    if (event->button() != Qt::LeftButton || !index.isValid() || index != m_pressed) {
-        return;
-    }
-    if (isOnCircle(index, position)) {
-        Q_EMIT toggleRequested(index.row());
+void SearchResultList::clicked(int row, RowPart part, const QMouseEvent&) {
+    if (part == RowPart::sign) {
+        Q_EMIT toggleRequested(row);
     } else {
-        Q_EMIT openRequested(index.row());
+        Q_EMIT openRequested(row);
     }
 }
 
-void SearchResultList::mouseMoveEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    const auto index = indexAt(position);
-    setHoveredRow(index.row());
-    viewport()->setCursor(index.isValid() && isOnCircle(index, position) ? Qt::PointingHandCursor
-                                                                         : Qt::ArrowCursor);
-    LazyListView::mouseMoveEvent(event);
-}
-
-bool SearchResultList::isOnCircle(const QModelIndex& index, const QPoint& position) const {
-    const int margin = m_theme.scaled(6);
-    const auto places =
-        placesOf(viewport()->width(), index.row() > 0 && m_model.beginsBoard(index.row()), m_theme);
-    return m_model.row(index.row()).isTodo && !m_model.board(index.row()).isArchived() &&
-           places.sign.adjusted(-margin, -margin, margin, margin)
-               .contains(position - visualRect(index).topLeft());
-}
-
-void SearchResultList::leaveEvent(QEvent* event) {
-    setHoveredRow(-1);
-    LazyListView::leaveEvent(event);
-}
-
-void SearchResultList::setHoveredRow(int row) {
-    if (m_delegate->hoveredRow() != row) {
-        m_delegate->setHoveredRow(row);
-        viewport()->update();
-    }
-}
-
-void SearchResultList::applyTheme() {
-    const auto box = placesOf(kSideMargin, false, m_theme).box;
-    m_rowHeight = box.bottom() + 1 + m_theme.rowDistance() / 4;
-    auto own = palette();
-    own.setColor(QPalette::Base, m_theme.colors().content);
-    setPalette(own);
-    measureAllAgain();
+/// Only the circle of a todo that can be ticked is a part of its own.
+RowPart SearchResultList::partAt(int row, const QPoint& position) const {
+    const auto places = placesOf(viewport()->width(), distanceAbove(m_model, row), m_theme);
+    const bool isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
+    const auto local = position - visualRect(m_model.index(row, 0)).topLeft();
+    return isTickable && isOn(places.sign, local) ? RowPart::sign : RowPart::body;
 }
 
 } // namespace korvex::ui

@@ -1,26 +1,19 @@
 #pragma once
 
-#include "ui/kit/LazyListView.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/RowListView.h"
 #include "ui/overview/SearchListModel.h"
-
-#include <QPersistentModelIndex>
 
 namespace korvex::ui {
 
-class SearchResultDelegate;
-
 /// The list of what was found: an icon, the line with what was searched marked in it, and under it
 /// where it stands and when it is due. Boards are set apart. Changes nothing itself.
-class SearchResultList final : public LazyListView {
+class SearchResultList final : public RowListView {
     Q_OBJECT
 
 public:
     SearchResultList(SearchListModel& model, const Theme& theme, QWidget* parent = nullptr);
 
-    void setCurrentRow(int row);
-    int currentRow() const { return currentIndex().row(); }
-    /// As the arrow and page keys in the list itself.
+    /// Does what this arrow or page key does in the list itself.
     void walk(int key);
 
 Q_SIGNALS:
@@ -31,24 +24,19 @@ Q_SIGNALS:
 protected:
     int measuredHeight(int row) override { return heightOf(row); }
     int estimatedHeight(int row) const override { return heightOf(row); }
+    RowPart partAt(int row, const QPoint& position) const override;
+    void clicked(int row, RowPart part, const QMouseEvent& event) override;
+    void forgetLayouts() override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void leaveEvent(QEvent* event) override;
 
 private:
     int heightOf(int row) const;
-    bool isOnCircle(const QModelIndex& index, const QPoint& position) const;
-    void setHoveredRow(int row);
-    void applyTheme();
 
     SearchListModel& m_model;
     const Theme& m_theme;
-    SearchResultDelegate* m_delegate;
+    /// The height of a row with nothing above it.
     int m_rowHeight = 0;
-    QPersistentModelIndex m_pressed;
 };
 
 } // namespace korvex::ui

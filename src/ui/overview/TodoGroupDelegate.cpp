@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
@@ -12,9 +13,6 @@ namespace korvex::ui {
 
 namespace {
 
-/// Some screens full of todos.
-constexpr int kKeptLayouts = 300;
-
 QFont headingFont(const Theme& theme) {
     auto font = theme.font();
     font.setWeight(QFont::DemiBold);
@@ -23,13 +21,9 @@ QFont headingFont(const Theme& theme) {
 
 } // namespace
 
-TodoGroupDelegate::TodoGroupDelegate(const TodoGroupModel& model, const Workspace& workspace,
-                                     const Theme& theme, QObject* parent)
-    : QStyledItemDelegate(parent),
-      m_model(model),
-      m_workspace(workspace),
-      m_theme(theme),
-      m_layouts(kKeptLayouts) {}
+TodoGroupDelegate::TodoGroupDelegate(const TodoGroupModel& model, const Theme& theme,
+                                     QObject* parent)
+    : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
 
 void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const {
@@ -46,17 +40,11 @@ void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     const auto& colors = m_theme.colors();
     const auto& laidOut = layout(row, option.rect.width());
     const auto& entry = *m_model.entry(row);
-    const bool isHovered = row == m_hoveredRow;
-    auto state = option.state;
-    if (!state.testFlag(QStyle::State_Active)) {
-        // What is chosen in a list without the keyboard is told quietly.
-        state.setFlag(QStyle::State_MouseOver, state.testFlag(QStyle::State_Selected));
-        state.setFlag(QStyle::State_Selected, false);
-    }
-    state.setFlag(QStyle::State_MouseOver, isHovered || state.testFlag(QStyle::State_MouseOver));
-    paintRowGround(*painter, laidOut.box(), state, colors.content, m_theme);
+    paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), colors.content,
+                   m_theme);
 
-    TodoPainting::drawCircle(*painter, laidOut.circle(), entry.isCompleted(), isHovered, colors);
+    TodoPainting::drawCircle(*painter, laidOut.circle(),
+                             TodoPainting::circleOf(entry, option.state), colors);
     painter->setPen(entry.isCompleted() ? colors.secondaryText : colors.text);
     laidOut.textLayout().draw(painter, laidOut.text().topLeft());
     if (!laidOut.detail().isEmpty()) {
@@ -95,11 +83,11 @@ void TodoGroupDelegate::paintBoard(QPainter& painter, const TodoGroupRow& laidOu
     const auto& colors = m_theme.colors();
     if (board->isArchived()) {
         // A mark that stays where there is no room for the word.
-        TodoPainting::drawIcon(painter, QStringLiteral("archive"), colors.secondaryText,
-                               laidOut.boardIcon());
+        IconSet::draw(painter, QStringLiteral("archive"), colors.secondaryText,
+                      laidOut.boardIcon());
     } else {
-        TodoPainting::drawIcon(painter, boardIconName(board->iconSystemName()),
-                               iconColorOf(*board, colors), laidOut.boardIcon());
+        IconSet::draw(painter, boardIconName(board->iconSystemName()), iconColorOf(*board, colors),
+                      laidOut.boardIcon());
     }
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
@@ -117,21 +105,17 @@ int TodoGroupDelegate::height(int row, int width) const {
 }
 
 const TodoGroupRow& TodoGroupDelegate::layout(int row, int width) const {
-    const auto* const entry = m_model.entry(row);
-    if (const auto* const known = m_layouts.object(entry); known && known->width() == width) {
-        return *known;
-    }
-    if (m_columnFor != width) {
-        m_columnFor = width;
-        m_column = TodoGroupRow::boardColumn(m_boardNames, width, m_theme);
-    }
-    auto* const made = new TodoGroupRow(m_model, row, width, m_column, m_workspace, m_theme);
-    m_layouts.insert(entry, made); // takes it over
-    return *made;
+    return m_layouts.at(m_model.entry(row), width, [&] {
+        if (m_columnFor != width) {
+            m_columnFor = width;
+            m_column = TodoGroupRow::boardColumn(m_boardNames, width, m_theme);
+        }
+        return std::make_unique<TodoGroupRow>(m_model, row, width, m_column, m_theme);
+    });
 }
 
 void TodoGroupDelegate::forgetAll() const {
-    m_layouts.clear();
+    m_layouts.forgetAll();
     m_columnFor = -1;
 }
 

@@ -1,12 +1,10 @@
 #include "ui/overview/TodoGroupModel.h"
 
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowText.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace korvex::ui {
 
@@ -17,12 +15,9 @@ constexpr std::size_t kMaximumSteps = 60;
 
 } // namespace
 
-TodoGroupModel::TodoGroupModel(const Workspace& workspace, Detail detail, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace), m_detail(detail) {}
-
-int TodoGroupModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(m_rows.size());
-}
+TodoGroupModel::TodoGroupModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
+                               QObject* parent)
+    : RowModel(parent), m_clock(clock), m_dates(dates), m_detail(detail) {}
 
 QVariant TodoGroupModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
@@ -69,9 +64,9 @@ void TodoGroupModel::setGroups(const std::vector<TodoGroup>& groups, Extent exte
         }
     }
     placeHeld(wanted);
-    if (extent == Extent::most || !applySteps(wanted, headings)) {
+    if (extent == Extent::most || !showBySteps(wanted, headings)) {
         m_headings.merge(Headings(headings)); // for who asks before the rows have changed
-        applyAtOnce(std::move(wanted));
+        showAtOnce(std::move(wanted));
     }
     m_headings = std::move(headings);
 }
@@ -89,37 +84,14 @@ void TodoGroupModel::placeHeld(std::vector<Row>& wanted) const {
     // From the top: then what stands above is in its place already.
     std::sort(shown.begin(), shown.end());
     for (const int row : shown) {
-        if (row < 0) {
-            continue;
-        }
-        const auto place =
-            std::find(wanted.begin(), wanted.end(), m_rows[static_cast<std::size_t>(row)]);
-        // The nearest row above it that stays; at last, the heading.
-        auto above = wanted.end();
-        for (int i = row - 1; i >= 0 && above == wanted.end() && place != wanted.end(); --i) {
-            above = std::find(wanted.begin(), wanted.end(), m_rows[static_cast<std::size_t>(i)]);
-        }
-        if (above == wanted.end()) {
-            continue;
-        }
-        if (above < place) {
-            std::rotate(above + 1, place, place + 1);
-        } else {
-            std::rotate(place, place + 1, above + 1);
+        if (row >= 0) {
+            keepPlace(row, wanted);
         }
     }
 }
 
-bool TodoGroupModel::applySteps(const std::vector<Row>& wanted, const Headings& headings) {
-    const auto keys = [](const std::vector<Row>& rows) {
-        std::vector<RowKey> result;
-        result.reserve(rows.size());
-        for (const auto& row : rows) {
-            result.push_back({row.entry ? 0 : 1 + row.headingKey, row.entry});
-        }
-        return result;
-    };
-    const auto steps = fewRowSteps(keys(m_rows), keys(wanted), kMaximumSteps);
+bool TodoGroupModel::showBySteps(const std::vector<Row>& wanted, const Headings& headings) {
+    const auto steps = fewRowSteps(keysOf(rows()), keysOf(wanted), kMaximumSteps);
     if (!steps) {
         return false;
     }
@@ -128,72 +100,42 @@ bool TodoGroupModel::applySteps(const std::vector<Row>& wanted, const Headings& 
     for (const auto& [key, heading] : headings) {
         m_headings.insert_or_assign(key, heading);
     }
-    for (const auto& step : *steps) {
-        const int last = step.first + step.count - 1;
-        switch (step.kind) {
-        case RowStep::Kind::remove:
-            beginRemoveRows({}, step.first, last);
-            applyStep(step, m_rows, wanted);
-            endRemoveRows();
-            break;
-        case RowStep::Kind::insert:
-            beginInsertRows({}, step.first, last);
-            applyStep(step, m_rows, wanted);
-            endInsertRows();
-            break;
-        case RowStep::Kind::move:
-            beginMoveRows({}, step.first, last, {}, step.destination);
-            applyStep(step, m_rows, wanted);
-            endMoveRows();
-            break;
-        }
-    }
-    m_rows = wanted; // a todo may stand under another heading without having moved
-    for (int row = 0; row < rowCount(); ++row) {
-        if (!isHeading(row)) {
-            continue;
-        }
-        const int key = m_rows[static_cast<std::size_t>(row)].headingKey;
-        if (const auto old = before.find(key); old != before.end() && old->second != heading(row)) {
-            touch(row);
-        }
-    }
+    applySteps(*steps, wanted);
+    // A todo may stand under another heading without having moved.
+    takeOver(wanted, [&](const Row&, const Row& row) {
+        const auto old = row.entry ? before.end() : before.find(row.headingKey);
+        return old != before.end() && old->second != m_headings.at(row.headingKey);
+    });
     return true;
 }
 
-void TodoGroupModel::applyAtOnce(std::vector<Row> wanted) {
-    Q_EMIT layoutAboutToBeChanged();
-    const auto before = std::exchange(m_rows, std::move(wanted));
-    const auto persistent = persistentIndexList(); // of what is current or selected: a few
-    for (const auto& old : persistent) {
-        const auto* const shown = before[static_cast<std::size_t>(old.row())].entry;
-        const int row = shown ? rowOf(*shown) : -1;
-        changePersistentIndex(old, row < 0 ? QModelIndex() : index(row, 0));
-    }
-    Q_EMIT layoutChanged();
-}
-
-void TodoGroupModel::touch(int row) {
-    Q_EMIT dataChanged(index(row, 0), index(row, 0));
+void TodoGroupModel::showAtOnce(std::vector<Row> wanted) {
+    applyAtOnce(std::move(wanted),
+                [this](const Row& old) { return old.entry ? rowOf(*old.entry) : -1; });
 }
 
 int TodoGroupModel::rowOf(const model::Entry& entry) const {
-    const auto found = std::find_if(m_rows.begin(), m_rows.end(),
-                                    [&](const Row& row) { return row.entry == &entry; });
-    return found == m_rows.end() ? -1 : static_cast<int>(found - m_rows.begin());
+    return firstRow([&](const Row& row) { return row.entry == &entry; });
 }
 
 QString TodoGroupModel::text(int row) const {
     if (isHeading(row)) {
         return heading(row).title;
     }
-    return previewOf(entry(row)->content());
+    return shownText(*entry(row));
+}
+
+DueLabel TodoGroupModel::detailLabel(int row) const {
+    if (m_detail == Detail::completion) {
+        return {.text = completionText(row)};
+    }
+    return dueLabelOf(*entry(row), m_clock.now(), m_dates, OverdueWord::no); // the heading says it
 }
 
 QString TodoGroupModel::completionText(int row) const {
     const auto completedAt = entry(row)->completedAt();
     return entry(row)->isCompleted() && completedAt
-               ? toQString(m_workspace.dates.formats().shortTime(*completedAt))
+               ? toQString(m_dates.formats().shortTime(*completedAt))
                : QString();
 }
 
@@ -206,8 +148,8 @@ QString TodoGroupModel::accessibleDescription(int row) const {
     if (m_detail == Detail::completion) {
         parts.append({completionText(row), heading(row).title});
     }
-    parts.append(toQString(todo.schedule().accessibilityLabel(todo.isCompleted(), m_workspace.now(),
-                                                              m_workspace.dates.formats())));
+    parts.append(toQString(
+        todo.schedule().accessibilityLabel(todo.isCompleted(), m_clock.now(), m_dates.formats())));
     if (const auto* const board = todo.board()) {
         parts.append(tr("Board: %1").arg(boardLabel(*board)));
     }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "model/Entry.h"
-#include "ui/workspace/Workspace.h"
-
-#include <QAbstractListModel>
+#include "ui/kit/RowModel.h"
+#include "ui/todos/DueLabel.h"
 
 #include <span>
 #include <unordered_map>
@@ -20,9 +20,19 @@ struct TodoGroup {
     std::span<model::Entry* const> entries;
 };
 
+/// A row of such a list: a heading, or a todo under the heading with the same key.
+struct TodoGroupModelRow {
+    /// Null for a heading.
+    model::Entry* entry = nullptr;
+    int headingKey = 0;
+
+    RowKey key() const { return {entry ? 0 : 1 + headingKey, entry}; }
+    bool operator==(const TodoGroupModelRow&) const = default;
+};
+
 /// The rows of a page that lists todos of all boards: headings, each followed by its todos. Main
 /// thread.
-class TodoGroupModel final : public QAbstractListModel {
+class TodoGroupModel final : public RowModel<TodoGroupModelRow> {
     Q_OBJECT
 
 public:
@@ -40,9 +50,9 @@ public:
         bool operator==(const Heading&) const = default;
     };
 
-    TodoGroupModel(const Workspace& workspace, Detail detail, QObject* parent = nullptr);
+    TodoGroupModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
+                   QObject* parent = nullptr);
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
@@ -52,42 +62,36 @@ public:
     /// Keeps a todo where it stands in its group, whatever its place would be, until `letMove`.
     void holdInPlace(const model::Entry& entry);
     void letMove(const model::Entry& entry) { std::erase(m_held, &entry); }
-    /// What a row shows of its todo has changed.
-    void touch(int row);
+    /// What rows show of their todos has changed.
+    using RowModel::touch;
 
     bool isHeading(int row) const { return !entry(row); }
-    const Heading& heading(int row) const {
-        return m_headings.at(m_rows[static_cast<std::size_t>(row)].headingKey);
-    }
-    /// Null for a heading.
-    model::Entry* entry(int row) const { return m_rows[static_cast<std::size_t>(row)].entry; }
-    /// -1 when no row shows it.
+    const Heading& heading(int row) const { return m_headings.at(at(row).headingKey); }
+    /// The todo of a row; null for a heading.
+    model::Entry* entry(int row) const { return at(row).entry; }
+    /// The row that shows the todo; -1 when none does.
     int rowOf(const model::Entry& entry) const;
-    /// Text as it is shown: one over the limit is cut to its preview.
+    /// The text of the row as it is shown.
     QString text(int row) const;
-    /// The completion's moment as the row tells it; empty for an open todo.
-    QString completionText(int row) const;
+    /// What the row of a todo tells besides text and board.
+    DueLabel detailLabel(int row) const;
 
 private:
-    struct Row {
-        /// Null for a heading.
-        model::Entry* entry = nullptr;
-        int headingKey = 0;
-
-        bool operator==(const Row&) const = default;
-    };
+    using Row = TodoGroupModelRow;
     using Headings = std::unordered_map<int, Heading>;
 
     /// Puts the held todos among the wanted rows where they stand among the shown ones.
     void placeHeld(std::vector<Row>& wanted) const;
     /// False when that would be too many steps; then nothing has happened.
-    bool applySteps(const std::vector<Row>& wanted, const Headings& headings);
-    void applyAtOnce(std::vector<Row> wanted);
+    bool showBySteps(const std::vector<Row>& wanted, const Headings& headings);
+    void showAtOnce(std::vector<Row> wanted);
+    /// The moment of completion as the row tells it, which is empty for an open todo.
+    QString completionText(int row) const;
     QString accessibleDescription(int row) const;
 
-    const Workspace& m_workspace;
+    const base::Clock& m_clock;
+    const DateTexts& m_dates;
     Detail m_detail;
-    std::vector<Row> m_rows;
     Headings m_headings;
     std::vector<const model::Entry*> m_held;
 };

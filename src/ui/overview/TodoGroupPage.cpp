@@ -24,13 +24,13 @@ TodoGroupPage::TodoGroupPage(const Workspace& workspace, const Theme& theme,
     : QWidget(parent),
       m_workspace(workspace),
       m_theme(theme),
-      m_model(workspace, detail),
+      m_model(workspace.clock, workspace.dates, detail),
       m_column(new QVBoxLayout(this)),
       m_title(new QLabel(title, this)),
       m_note(new QLabel(this)),
       m_banner(new ErrorBanner(theme, this)),
       m_emptyHint(new QLabel(this)),
-      m_list(new TodoGroupView(m_model, workspace, theme, this)) {
+      m_list(new TodoGroupView(m_model, theme, this)) {
     m_list->setAccessibleName(title);
     m_title->setWordWrap(true); // so that a large font does not keep the window wide
     m_note->setWordWrap(true);

@@ -4,6 +4,7 @@
 #include "ui/kit/Refusal.h"
 #include "ui/kit/Theme.h"
 #include "ui/overview/TodoGroupModel.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QWidget>
 

@@ -20,22 +20,14 @@ constexpr int kWidestName = 160;
 /// Above a heading.
 constexpr int kHeadingDistance = 14;
 
-DueLabel detailLabelOf(const TodoGroupModel& model, int row, const Workspace& workspace) {
-    if (model.detail() == TodoGroupModel::Detail::completion) {
-        return {.text = model.completionText(row)};
-    }
-    return dueLabelOf(*model.entry(row), workspace.now(), workspace.dates,
-                      OverdueWord::no); // the heading says it
-}
-
 } // namespace
 
 TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int boardColumn,
-                           const Workspace& workspace, const Theme& theme)
+                           const Theme& theme)
     : m_width(width),
       m_boardColumn(boardColumn),
       m_text(makeTextLayout(model.text(row), theme)),
-      m_detailLabel(detailLabelOf(model, row, workspace)) {
+      m_detailLabel(model.detailLabel(row)) {
     if (const auto* const board = model.entry(row)->board()) {
         m_boardText = boardLabel(*board);
     }
@@ -45,7 +37,8 @@ TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int 
     const int detailWidth = m_detailLabel.width(theme);
     const int boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
     const int beside = 2 * sizes.gap + detailWidth + (detailWidth > 0 ? sizes.gap : 0) + boardWidth;
-    const auto [isBeside, textWidth, textHeight] = arrangeText(*m_text, room, beside, true);
+    const auto [isBeside, textWidth, textHeight] =
+        arrangeText(*m_text, room, beside, BesideText::goesBelow);
 
     const int line = QFontMetrics(theme.font()).lineSpacing();
     const int firstLine = std::max(line, sizes.signSize);

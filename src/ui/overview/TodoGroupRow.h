@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/kit/Theme.h"
 #include "ui/overview/TodoGroupModel.h"
 #include "ui/todos/DueLabel.h"
 
@@ -17,19 +18,21 @@ class TodoGroupRow {
 public:
     /// `boardColumn` is the width for the names of boards, where they stand beside the text.
     TodoGroupRow(const TodoGroupModel& model, int row, int width, int boardColumn,
-                 const Workspace& workspace, const Theme& theme);
+                 const Theme& theme);
 
     int width() const { return m_width; }
     int height() const { return m_height; }
+    /// All of them take about the same memory.
+    static int cost() { return 1; }
     /// The ground of the row, which shows hover and selection.
     QRect box() const { return m_box; }
     QRect circle() const { return m_circle; }
     QRect text() const { return m_textRect; }
     const QTextLayout& textLayout() const { return *m_text; }
-    /// Due label and bell, or the time of completion.
+    /// The place of due label and bell, or of the time of completion.
     QRect detail() const { return m_detail; }
     const DueLabel& detailLabel() const { return m_detailLabel; }
-    /// Empty without a board.
+    /// The places of the board's icon and name; empty without a board.
     QRect boardIcon() const { return m_boardIcon; }
     QRect boardName() const { return m_boardNameRect; }
     const QString& boardText() const { return m_boardText; }
@@ -42,7 +45,7 @@ public:
 
 private:
     void placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme);
-    /// Returns the bottom.
+    /// Puts label and board under the text and returns where they end.
     int placeBelow(int top, int room, const Theme& theme);
     void setBoard(const QPoint& topLeft, int lineHeight, int nameWidth, const Theme& theme);
 

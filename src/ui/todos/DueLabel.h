@@ -16,11 +16,11 @@ struct DueLabel {
     bool hasReminder = false;
 
     bool isEmpty() const { return text.isEmpty() && !hasReminder; }
-    /// In pixels, with the bell.
+    /// The width in pixels, with the bell.
     int width(const Theme& theme) const;
-    /// In as many lines as it takes in this room.
+    /// The height in as many lines as it takes in this room.
     int height(int room, const Theme& theme) const;
-    /// With the distance from the text.
+    /// The width of the bell, with its distance from the text.
     int bellWidth(const Theme& theme) const { return hasReminder ? theme.scaled(13) + 5 : 0; }
 };
 /// Whether the label says "Overdue", or something above it has said so.

@@ -2,7 +2,6 @@
 
 #include <QStyle>
 #include <QVariantAnimation>
-#include <QWidget>
 
 namespace korvex::ui {
 
@@ -12,12 +11,13 @@ constexpr int kLeavingMilliseconds = 160;
 
 } // namespace
 
-LeavingRows::LeavingRows(QWidget& view) : QObject(&view), m_view(view) {}
+LeavingRows::LeavingRows(LazyListView& list, RowOf rowOf)
+    : m_list(list), m_rowOf(std::move(rowOf)) {}
 
 void LeavingRows::start(const model::Entry& entry, std::function<void()> done) {
     auto* const animation = new QVariantAnimation(this);
-    const auto* const style = m_view.style();
-    const bool moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view) > 0;
+    const auto* const style = m_list.style();
+    const bool moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_list) > 0;
     animation->setDuration(moves ? kLeavingMilliseconds : 0);
     animation->setStartValue(1.0);
     animation->setEndValue(0.0);
@@ -25,13 +25,13 @@ void LeavingRows::start(const model::Entry& entry, std::function<void()> done) {
     connect(animation, &QVariantAnimation::valueChanged, this,
             [this, &entry](const QVariant& value) {
                 m_parts[&entry] = value.toDouble();
-                Q_EMIT moved(entry);
+                measure(entry);
             });
     connect(animation, &QVariantAnimation::finished, this,
             [this, &entry, finish = std::move(done)] {
                 m_parts.erase(&entry);
                 finish();
-                Q_EMIT moved(entry); // where something has kept it in the list after all
+                measure(entry); // where something has kept it in the list after all
             });
     animation->start(QAbstractAnimation::DeleteWhenStopped);
 }
@@ -39,6 +39,12 @@ void LeavingRows::start(const model::Entry& entry, std::function<void()> done) {
 int LeavingRows::height(const model::Entry* entry, int fullHeight) const {
     const auto part = m_parts.find(entry);
     return part == m_parts.end() ? fullHeight : static_cast<int>(fullHeight * part->second);
+}
+
+void LeavingRows::measure(const model::Entry& entry) {
+    if (const int row = m_rowOf(entry); row >= 0) {
+        m_list.measureAgain(row);
+    }
 }
 
 } // namespace korvex::ui

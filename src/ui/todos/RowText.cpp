@@ -26,7 +26,8 @@ int layOut(QTextLayout& text, int width) {
 
 } // namespace
 
-QString previewOf(std::string_view content) {
+QString shownText(const model::Entry& entry) {
+    const auto& content = entry.content();
     const auto shown = model::EntryContentLimit::preview(content);
     const auto text = toQString(shown);
     return shown.size() < content.size() ? text + QStringLiteral("…") : text;
@@ -46,13 +47,14 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     return layout;
 }
 
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
-    const int beside = room - besideWidth;
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside) {
+    const int width = room - besideWidth;
+    const bool stays = beside == BesideText::stays;
     // A text that needs but one line is content with less.
-    if (beside >= room / (hasDue ? 4 : 2)) {
-        const int height = layOut(text, beside);
-        if (!hasDue || text.lineCount() <= 1) {
-            return {.isBeside = true, .textWidth = beside, .textHeight = height};
+    if (width >= room / (stays ? 2 : 4)) {
+        const int height = layOut(text, width);
+        if (stays || text.lineCount() <= 1) {
+            return {.isBeside = true, .textWidth = width, .textHeight = height};
         }
     }
     return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/Entry.h"
 #include "ui/kit/Theme.h"
 
 #include <QTextLayout>
@@ -9,19 +10,27 @@
 
 namespace korvex::ui {
 
-/// How a todo's text and its due label share the row: side by side while the text needs one line
-/// only.
+/// The text of an entry as rows show it: one over the limit is cut to its preview.
+QString shownText(const model::Entry& entry);
+
+/// How a todo's text and what stands at the end of its row share the row.
 struct TextArrangement {
     bool isBeside = true;
     int textWidth = 0;
     int textHeight = 0;
 };
-/// An entry's text as lists show it: of one that is over the limit only the beginning.
-QString previewOf(std::string_view content);
-/// A text as a row shows it, in its own direction; still without lines.
+/// What becomes of what stands beside a text that needs more than one line.
+enum class BesideText {
+    /// It keeps its place, as a button does.
+    stays,
+    /// It goes below the text, as a label does.
+    goesBelow,
+};
+
+/// A text as a row shows it, in its own direction. It has no lines yet.
 std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme);
-/// Lays the text out. `room` is what both have; `besideWidth` what stands beside the text takes of
-/// it. Without a due label what stands beside stays there.
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue);
+/// Lays the text out. `room` is the width that both have; `besideWidth` is what the other takes of
+/// it while it stands beside the text.
+TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside);
 
 } // namespace korvex::ui

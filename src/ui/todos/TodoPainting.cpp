@@ -6,20 +6,18 @@
 
 namespace korvex::ui {
 
-void TodoPainting::drawIcon(QPainter& painter, const QString& name, const QColor& color,
-                            const QRect& rect) {
-    painter.drawPixmap(rect.topLeft(), IconSet::pixmap(name, color, rect.width(),
-                                                       painter.device()->devicePixelRatio()));
+TodoPainting::Circle TodoPainting::circleOf(const model::Entry& entry, QStyle::State row) {
+    return entry.isCompleted()                     ? Circle::completed
+           : row.testFlag(QStyle::State_MouseOver) ? Circle::openHovered
+                                                   : Circle::open;
 }
 
-void TodoPainting::drawCircle(QPainter& painter, const QRect& rect, bool isCompleted,
-                              bool isHovered, const ThemeColors& colors) {
-    if (isCompleted) {
-        drawIcon(painter, QStringLiteral("check-circle-fill"), colors.accent, rect);
-    } else {
-        drawIcon(painter, QStringLiteral("circle"),
-                 isHovered ? colors.accent : colors.secondaryText, rect);
-    }
+void TodoPainting::drawCircle(QPainter& painter, const QRect& rect, Circle circle,
+                              const ThemeColors& colors) {
+    const bool isCompleted = circle == Circle::completed;
+    IconSet::draw(painter,
+                  isCompleted ? QStringLiteral("check-circle-fill") : QStringLiteral("circle"),
+                  circle == Circle::open ? colors.secondaryText : colors.accent, rect);
 }
 
 void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueLabel& label,
@@ -32,8 +30,8 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
                      Qt::AlignLeft | Qt::AlignVCenter | (wraps ? Qt::TextWordWrap : 0), label.text);
     if (label.hasReminder) {
         const int size = theme.scaled(13);
-        drawIcon(painter, QStringLiteral("bell-fill"), color,
-                 QRect(rect.right() + 1 - size, rect.center().y() - size / 2, size, size));
+        IconSet::draw(painter, QStringLiteral("bell-fill"), color,
+                      QRect(rect.right() + 1 - size, rect.center().y() - size / 2, size, size));
     }
 }
 

@@ -3,6 +3,7 @@
 #include "ui/todos/DueLabel.h"
 
 #include <QRect>
+#include <QStyle>
 
 class QPainter;
 
@@ -11,10 +12,11 @@ namespace korvex::ui {
 /// What the rows of todos have in common, wherever they stand.
 namespace TodoPainting {
 
-void drawIcon(QPainter& painter, const QString& name, const QColor& color, const QRect& rect);
-void drawCircle(QPainter& painter, const QRect& rect, bool isCompleted, bool isHovered,
-                const ThemeColors& colors);
-/// Text and bell.
+enum class Circle { open, openHovered, completed };
+/// The circle of a todo whose row is under the pointer, or is not.
+Circle circleOf(const model::Entry& entry, QStyle::State row);
+void drawCircle(QPainter& painter, const QRect& rect, Circle circle, const ThemeColors& colors);
+/// Draws the label's text and its bell.
 void drawDueLabel(QPainter& painter, const QRect& rect, const DueLabel& label, const QColor& color,
                   const Theme& theme);
 

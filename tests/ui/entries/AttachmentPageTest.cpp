@@ -96,7 +96,7 @@ protected:
         return {rect.left() + rect.width() * 3 / 4, rect.top() + 14};
     }
     QRect chip(const model::Entry& entry, int index) {
-        const auto shown = list().chipsOf(page.entries().rowOf(entry));
+        const auto shown = list().chips().of(page.entries().rowOf(entry));
         EXPECT_TRUE(shown);
         return !shown ? QRect() : shown->chips->rect(index).translated(shown->topLeft);
     }

@@ -23,10 +23,10 @@ protected:
 TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
     auto& plain = *add({"Buy milk"}).front();
     auto& entry = withFiles("Renew passport", {"photo.png", "form.pdf"});
-    EntryListModel model(workspace);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
     const auto changes = own.context.didChange().connect([&](const auto&) { model.refresh(); });
     model.setBoard(inbox);
-    EntryItemDelegate delegate(model, workspace, theme);
+    EntryItemDelegate delegate(model, workspace.code, theme);
     QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
                      [&](const QModelIndex& index) { delegate.forget(index.row()); });
     const auto height = [&](const model::Entry& of) {
@@ -51,7 +51,7 @@ TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
 TEST_F(AttachmentRowTest, AScreenReaderHearsTheFiles) {
     withFiles("one", {"a.pdf"});
     withFiles("two", {"a.pdf", "b.png"});
-    EntryListModel model(workspace);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
     model.setBoard(inbox);
     const auto description = [&](int row) {
         return toUtf8(model.data(model.index(row, 0), Qt::AccessibleDescriptionRole).toString());
@@ -64,9 +64,9 @@ TEST_F(AttachmentRowTest, ADamagedListIsToldOfAndNotTouched) {
     auto& entry = *add({"broken"}).front();
     entry.setAttachmentData(base::Bytes{'b', 'p', 'l', 'i', 's', 't', '?'});
     own.context.save();
-    EntryListModel model(workspace);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
     model.setBoard(inbox);
-    EntryItemDelegate delegate(model, workspace, theme);
+    EntryItemDelegate delegate(model, workspace.code, theme);
     const auto* const chips = delegate.layout(0, 500).chips();
     ASSERT_TRUE(chips);
     EXPECT_EQ(chips->count(), 1);

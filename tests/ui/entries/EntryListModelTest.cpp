@@ -53,7 +53,7 @@ protected:
         return result;
     }
 
-    EntryListModel model{workspace};
+    EntryListModel model{workspace.context, workspace.serializer, workspace.clock, workspace.dates};
     base::Subscription changes;
     std::vector<std::string> signalled;
 };

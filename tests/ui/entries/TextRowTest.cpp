@@ -81,8 +81,8 @@ protected:
         return edit.cursorRect(cursor).center() + QPoint(1, 0);
     }
 
-    EntryListModel model{workspace};
-    EntryListView list{model, workspace, theme};
+    EntryListModel model{workspace.context, workspace.serializer, workspace.clock, workspace.dates};
+    EntryListView list{model, workspace.code, theme};
 };
 
 AttributedString sample() {

@@ -69,7 +69,7 @@ TEST_F(CompletedPageTest, TodosStandUnderTheDayOfTheirCompletionTheLatestFirst) 
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] late", "[x] early", "# Yesterday",
                                     "[x] yesterday", "# January 29, 2025", "[x] old"));
     EXPECT_THAT(said(), ElementsAre("4 completed"));
-    EXPECT_EQ(page.todos().completionText(1), QStringLiteral("7:00\u202FAM"));
+    EXPECT_EQ(page.todos().detailLabel(1).text, QStringLiteral("7:00\u202FAM"));
     waitUntil(kNow + 16 * kHour);
     EXPECT_THAT(rows(), ElementsAre("# Yesterday", "[x] late", "[x] early", "# March 9, 2025",
                                     "[x] yesterday", "# January 29, 2025", "[x] old"))
@@ -242,12 +242,12 @@ TEST_F(CompletedPageTest, TabLeadsFromTheSearchOverThePickersToTheList) {
 }
 
 TEST_F(CompletedPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
-    const auto todos = add(std::vector<std::string>(10'000, "something done"));
+    const auto todos = add(std::vector<std::string>(10'000, std::string(300, 'a')));
     own.entries.completeTodos(*inbox, kNow);
     show();
     ASSERT_EQ(page.todos().rowCount(), 10'001);
-    const auto [first, last] = list().visibleRows();
-    EXPECT_LE(list().layoutCount(), last - first + 3);
+    const auto height = [this](int row) { return list().globalRect(row).height(); };
+    EXPECT_LT(height(10'000), height(1)) << "a guess, without a look at the text";
     own.entries.updateTodo(*todos.front(), "needle", kNow);
     search().setText(QStringLiteral("needle"));
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] needle"));

@@ -1,0 +1,71 @@
+#include "ui/entries/EntryReordering.h"
+
+#include "ui/kit/RowDrag.h"
+
+#include <QDrag>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QPainter>
+
+namespace korvex::ui {
+
+void EntryReordering::drag(int row, const QPixmap& picture) {
+    const auto topLeft = m_list.visualRect(m_model.index(row, 0)).topLeft();
+    auto* const drag = new QDrag(&m_list);
+    drag->setMimeData(rowDrag(kEntryDragType, m_model.entry(row)->id()));
+    drag->setPixmap(picture);
+    drag->setHotSpot(m_list.viewport()->mapFromGlobal(QCursor::pos()) - topLeft);
+    drag->exec(Qt::MoveAction);
+    leave();
+}
+
+bool EntryReordering::isWanted(const QDropEvent& event) {
+    return isRowDrag(*event.mimeData(), kEntryDragType);
+}
+
+bool EntryReordering::follow(const QDropEvent& event) {
+    mark(isWanted(event) ? placeAt(event.position().toPoint()) : std::nullopt);
+    return m_place.has_value();
+}
+
+std::optional<EntryReordering::Drop> EntryReordering::drop(const QDropEvent& event) {
+    const auto place = placeAt(event.position().toPoint());
+    const auto entry = draggedRow(*event.mimeData(), kEntryDragType);
+    leave();
+    return entry && place ? std::optional(Drop{*entry, *place}) : std::nullopt;
+}
+
+void EntryReordering::paint() const {
+    constexpr int kMargin = 16;
+    if (m_place) {
+        QPainter painter(m_list.viewport());
+        const bool isBefore = m_place->placement == model::EntryPlacement::before;
+        paintDropLine(painter, m_list.visualRect(m_model.index(m_place->row, 0)),
+                      isBefore ? Qt::TopEdge : Qt::BottomEdge, kMargin, m_theme.colors().accent);
+    }
+}
+
+std::optional<EntryReordering::Place> EntryReordering::placeAt(const QPoint& position) const {
+    if (m_model.isReadOnly()) {
+        return std::nullopt;
+    }
+    const auto index = m_list.indexAt(position);
+    if (!index.isValid() || m_model.kind(index.row()) != EntryRowKind::entry) {
+        // Below the entries: after the last of them.
+        int last = m_model.rowOf(EntryRowKind::newTodo) - 1;
+        while (last >= 0 && m_model.kind(last) != EntryRowKind::entry) {
+            --last;
+        }
+        return last < 0 ? std::nullopt : std::optional(Place{last, model::EntryPlacement::after});
+    }
+    const bool isAbove = position.y() < m_list.visualRect(index).center().y();
+    return Place{index.row(),
+                 isAbove ? model::EntryPlacement::before : model::EntryPlacement::after};
+}
+
+void EntryReordering::mark(std::optional<Place> place) {
+    m_place = place;
+    m_list.viewport()->update();
+}
+
+} // namespace korvex::ui
