@@ -113,8 +113,7 @@ TEST_F(CodeColorsTest, WhileSomebodyTypesOldColoursStayWithTheirWords) {
     setText(document, block(u"one two\nthree"), look());
     document.documentLayout(); // without one nobody is told of changes
     CodeColors following(document, code, look());
-    waitForColors();
-    ASSERT_EQ(colors(), "k:one k:two |k:three |");
+    ASSERT_TRUE(becomes("k:one k:two |k:three |")) << colors();
     QTextCursor cursor(&document);
     cursor.setPosition(4);
     cursor.insertText(QStringLiteral("9 "), document.begin().begin().fragment().charFormat());
@@ -129,7 +128,7 @@ TEST_F(CodeColorsTest, WhileSomebodyTypesOldColoursStayWithTheirWords) {
 TEST_F(CodeColorsTest, AnotherAppearanceHasOtherColours) {
     setText(document, block(u"int"), look());
     CodeColors following(document, code, look());
-    waitForColors();
+    ASSERT_TRUE(becomes("k:int |")) << colors();
     const auto before = document.begin().layout()->formats().front().format.foreground();
     preferences.setAppearance(app::AppPreferences::Appearance::dark);
     following.setLook(look());
