@@ -46,9 +46,10 @@ std::vector<QTextBlock> blocksOf(const QTextCursor& range) {
 }
 
 CharacterAttributes typedBesideRuns(const QTextCursor& caret) {
-    const auto typed = typedAttributes(caret);
-    if (caret.hasSelection() || (typed.link.empty() && !isInlineCode(typed))) {
-        return typed;
+    auto wanted = typedAttributes(caret);
+    const auto isTypedAsCode = isInlineCode(wanted);
+    if (caret.hasSelection() || (wanted.link.empty() && !isTypedAsCode)) {
+        return wanted;
     }
     std::optional<CharacterAttributes> before;
     std::optional<CharacterAttributes> after;
@@ -64,13 +65,12 @@ CharacterAttributes typedBesideRuns(const QTextCursor& caret) {
                        return true;
                    });
     const auto isBetween = before && after;
-    auto wanted = typed;
     if (!isBetween || before->link != after->link) {
         wanted.link.clear();
     }
     const auto isInCode = isBetween && isInlineCode(*before) && isInlineCode(*after) &&
                           CodeSyntax::language(*before) == CodeSyntax::language(*after);
-    if (isInlineCode(typed) && !isInCode) {
+    if (isTypedAsCode && !isInCode) {
         richtext::removeCode(wanted, headingOf(caret.block()));
     }
     return wanted;
