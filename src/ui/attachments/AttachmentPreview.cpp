@@ -47,7 +47,7 @@ PreviewPicture decodePreview(const QByteArray& file, const QSize& room) {
     }
     // How it lies in the file need not be how it is looked at.
     reader.setAutoTransform(true);
-    const bool isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+    const auto isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
     const auto place = isTurned ? room.transposed() : room;
     if (size.width() > place.width() || size.height() > place.height()) {
         reader.setScaledSize(size.scaled(place, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
@@ -56,8 +56,8 @@ PreviewPicture decodePreview(const QByteArray& file, const QSize& room) {
     return {.image = std::move(image), .fullSize = isTurned ? size.transposed() : size};
 }
 
-AttachmentPreview::AttachmentPreview(const Workspace& workspace, const Theme& theme, QWidget& view)
-    : m_workspace(workspace), m_theme(theme), m_view(view) {
+AttachmentPreview::AttachmentPreview(const Theme& theme, QWidget& view)
+    : m_theme(theme), m_view(view) {
     m_threads.setMaxThreadCount(1);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/Uuid.h"
+#include "model/Entry.h"
 #include "ui/kit/Popover.h"
-#include "ui/workspace/Workspace.h"
 
 #include <QImage>
 #include <QPointer>
@@ -25,7 +26,7 @@ class AttachmentPreview final : public QObject {
     Q_OBJECT
 
 public:
-    AttachmentPreview(const Workspace& workspace, const Theme& theme, QWidget& view);
+    AttachmentPreview(const Theme& theme, QWidget& view);
     ~AttachmentPreview() override;
 
     /// Whether the attachment may be a picture, by its name; if so it is shown when it is decoded
@@ -37,7 +38,6 @@ public:
 private:
     void showPicture(const PreviewPicture& picture, const QString& name, const QRect& anchor);
 
-    const Workspace& m_workspace;
     const Theme& m_theme;
     QWidget& m_view;
     QPointer<Popover> m_shown;

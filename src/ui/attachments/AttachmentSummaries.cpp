@@ -4,8 +4,8 @@
 
 namespace korvex::ui {
 
-AttachmentSummaries::AttachmentSummaries(const Workspace& workspace)
-    : m_changes(workspace.context.didChange().connect([this](const store::ChangeSet& changes) {
+AttachmentSummaries::AttachmentSummaries(store::ModelContext& context)
+    : m_changes(context.didChange().connect([this](const store::ChangeSet& changes) {
           for (const auto* const ids : {&changes.updated, &changes.deleted}) {
               for (const auto& id : *ids) {
                   m_known.erase(id);

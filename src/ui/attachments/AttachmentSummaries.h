@@ -2,7 +2,7 @@
 
 #include "base/Signal.h"
 #include "services/AttachmentList.h"
-#include "ui/workspace/Workspace.h"
+#include "store/ModelContext.h"
 
 #include <unordered_map>
 
@@ -12,7 +12,7 @@ namespace korvex::ui {
 /// changed. Keeps names and sizes, never the files. Main thread.
 class AttachmentSummaries {
 public:
-    explicit AttachmentSummaries(const Workspace& workspace);
+    explicit AttachmentSummaries(store::ModelContext& context);
 
     /// Valid until the entry changes or `clear`. What the store cannot read counts as damaged.
     const services::AttachmentList& of(const model::Entry& entry) const;

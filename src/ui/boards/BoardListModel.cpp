@@ -31,8 +31,9 @@ std::size_t countOpenTodos(store::ModelContext& context, const model::Board& boa
 
 } // namespace
 
-BoardListModel::BoardListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace) {}
+BoardListModel::BoardListModel(const services::BoardService& boards, store::ModelContext& context,
+                               QObject* parent)
+    : QAbstractListModel(parent), m_service(boards), m_context(context) {}
 
 int BoardListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_boards.size());
@@ -60,7 +61,7 @@ Qt::ItemFlags BoardListModel::flags(const QModelIndex& index) const {
 }
 
 void BoardListModel::refresh() {
-    const auto visible = m_workspace.boards.boards();
+    const auto visible = m_service.boards();
     m_archived.clear();
     std::copy_if(visible.begin(), visible.end(), std::back_inserter(m_archived),
                  [](const model::Board* board) { return board->isArchived(); });
@@ -90,13 +91,13 @@ void BoardListModel::refresh() {
 
 void BoardListModel::countTodos() {
     for (const auto* const each : m_boards) {
-        setOpenTodoCount(*each, static_cast<int>(countOpenTodos(m_workspace.context, *each)));
+        setOpenTodoCount(*each, static_cast<int>(countOpenTodos(m_context, *each)));
     }
 }
 
 void BoardListModel::setOpenTodoCount(const model::Board& board, int count) {
     if (std::exchange(m_counts[&board], count) != count) {
-        const int row = rowOf(board);
+        const auto row = rowOf(board);
         Q_EMIT dataChanged(index(row, 0), index(row, 0));
     }
 }
@@ -116,7 +117,7 @@ int BoardListModel::openTodoCount(int row) const {
 }
 
 bool BoardListModel::canTake(const base::Uuid& entry, int row) const {
-    const auto* const found = m_workspace.context.find<model::Entry>(entry);
+    const auto* const found = m_context.find<model::Entry>(entry);
     return found && found->boardID() != board(row)->id();
 }
 

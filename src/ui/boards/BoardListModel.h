@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Board.h"
-#include "ui/workspace/Workspace.h"
+#include "services/BoardService.h"
 
 #include <QAbstractListModel>
 
@@ -15,7 +15,8 @@ class BoardListModel final : public QAbstractListModel {
     Q_OBJECT
 
 public:
-    explicit BoardListModel(const Workspace& workspace, QObject* parent = nullptr);
+    BoardListModel(const services::BoardService& boards, store::ModelContext& context,
+                   QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -39,7 +40,8 @@ public:
     const std::vector<model::Board*>& archivedBoards() const { return m_archived; }
 
 private:
-    const Workspace& m_workspace;
+    const services::BoardService& m_service;
+    store::ModelContext& m_context;
     std::vector<model::Board*> m_boards;
     std::vector<model::Board*> m_archived;
     std::unordered_map<const model::Board*, int> m_counts;

@@ -28,7 +28,7 @@ AttachmentInput::AttachmentInput(EntryListModel& model, EntryListView& view,
       m_actions(actions),
       m_workspace(workspace),
       m_theme(theme),
-      m_preview(workspace, theme, view),
+      m_preview(theme, view),
       m_dropMark(new AttachmentDropMark(theme, view.viewport())) {
     view.installEventFilter(this);
     view.viewport()->installEventFilter(this);

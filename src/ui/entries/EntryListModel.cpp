@@ -45,7 +45,7 @@ std::size_t stampOf(const model::Entry& entry) {
 } // namespace
 
 EntryListModel::EntryListModel(const Workspace& workspace, QObject* parent)
-    : QAbstractListModel(parent), m_workspace(workspace), m_attachments(workspace) {}
+    : QAbstractListModel(parent), m_workspace(workspace), m_attachments(workspace.context) {}
 
 int EntryListModel::rowCount(const QModelIndex& parent) const {
     return parent.isValid() ? 0 : static_cast<int>(m_rows.size());

@@ -17,7 +17,7 @@ LeavingRows::LeavingRows(QWidget& view) : QObject(&view), m_view(view) {}
 void LeavingRows::start(const model::Entry& entry, std::function<void()> done) {
     auto* const animation = new QVariantAnimation(this);
     const auto* const style = m_view.style();
-    const bool moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view) > 0;
+    const auto moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view) > 0;
     animation->setDuration(moves ? kLeavingMilliseconds : 0);
     animation->setStartValue(1.0);
     animation->setEndValue(0.0);

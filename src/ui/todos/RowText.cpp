@@ -28,7 +28,7 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     auto layout = std::make_unique<QTextLayout>(text, theme.font());
     QTextOption option;
-    const bool isRightToLeft = text.isRightToLeft();
+    const auto isRightToLeft = text.isRightToLeft();
     option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -38,10 +38,10 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
 }
 
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, bool hasDue) {
-    const int beside = room - besideWidth;
+    const auto beside = room - besideWidth;
     // A text that needs but one line is content with less.
     if (beside >= room / (hasDue ? 4 : 2)) {
-        const int height = layOut(text, beside);
+        const auto height = layOut(text, beside);
         if (!hasDue || text.lineCount() <= 1) {
             return {.isBeside = true, .textWidth = beside, .textHeight = height};
         }

@@ -19,7 +19,6 @@ public:
         }
         return *m_made;
     }
-    bool isMade() const { return m_made != nullptr; }
 
 private:
     std::function<std::unique_ptr<T>()> m_make;

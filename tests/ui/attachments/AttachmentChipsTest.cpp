@@ -107,7 +107,7 @@ TEST_F(AttachmentChipsTest, ChipsStayInsideTheirRowAndApart) {
 
 TEST_F(AttachmentChipsTest, AListIsReadOnceUntilItsEntryChanges) {
     auto& entry = withFiles("big", {"big.bin"});
-    AttachmentSummaries summaries(workspace);
+    AttachmentSummaries summaries(own.context);
     const auto* const first = &summaries.of(entry);
     EXPECT_EQ(first->attachments.front().size, 1536U);
     EXPECT_EQ(&summaries.of(entry), first);
