@@ -8,6 +8,7 @@
 #include "support/VirtualScreen.h"
 #include "ui/kit/Theme.h"
 #include "ui/windows/MainWindow.h"
+#include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
 
@@ -63,31 +64,19 @@ public:
     /// `fill` is called with the store before the window opens.
     explicit BenchWindow(const std::function<void(OpenStore&)>& fill)
         : m_store(m_scratch / "Primary.store", fill),
-          m_boards(m_store.store.boards()),
-          m_entries(m_store.store.entries(&m_undo)),
           m_defaults(m_scratch / "settings.json"),
           m_preferences(m_defaults, m_log),
           m_theme(m_preferences),
-          m_scheduleClock(m_clock, m_runLoop, base::TimeZone::system, m_log),
-          m_workspace{.container = m_store.store.container(),
-                      .context = m_store.store.context(),
-                      .boards = m_boards,
-                      .entries = m_entries,
-                      .undo = m_undo,
-                      .scheduleClock = m_scheduleClock,
-                      .clock = m_clock,
-                      .preferences = m_preferences,
-                      .defaults = m_defaults,
-                      .dates = m_dates,
-                      .serializer = m_serializer,
-                      .code = m_code,
-                      .folding = m_folding,
-                      .texts = m_texts,
-                      .search = m_search,
-                      .copies = m_copies,
-                      .upcoming = m_upcoming,
-                      .log = m_log},
-          m_window(m_workspace, m_theme) {
+          m_owner({.container = m_store.store.container(),
+                   .preferences = m_preferences,
+                   .defaults = m_defaults,
+                   .clock = m_clock,
+                   .runLoop = m_runLoop,
+                   .log = m_log,
+                   .makeEngine = m_script.engineFactory(),
+                   .resources = m_script.resources(),
+                   .copies = m_scratch.path()}),
+          m_window(m_owner.workspace(), m_theme) {
         m_window.show();
     }
 
@@ -105,30 +94,14 @@ private:
     Scratch m_scratch;
     base::StandardErrorLog m_log{base::LogLevel::warning};
     FilledStore m_store;
-    services::BoardService m_boards;
-    services::UndoManager m_undo;
-    services::EntryService m_entries;
     base::SystemClock m_clock;
     app::FileUserDefaults m_defaults;
     app::AppPreferences m_preferences;
     ui::Theme m_theme;
     platform::qt::QtRunLoop m_runLoop;
-    schedule::ScheduleClock m_scheduleClock;
-    ui::DateTexts m_dates;
-    richtext::RichTextSerializer m_serializer{m_log};
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
-    richtext::CodeHighlighter m_code{m_script.engineFactory(), m_script.resources(), m_runLoop,
-                                     m_log};
-    services::TemporaryAttachmentCopies m_copies{m_scratch.path()};
-    base::TextFolding m_folding;
-    services::FoldedTexts m_texts{m_store.store.context(), m_folding};
-    services::SearchService m_search{m_store.store.context(), m_boards, m_texts};
-    ui::OnFirstUse<schedule::UpcomingTodos> m_upcoming{[this] {
-        return std::make_unique<schedule::UpcomingTodos>(m_store.store.context(), m_clock.now(),
-                                                         base::TimeZone::system());
-    }};
-    ui::Workspace m_workspace;
+    ui::WorkspaceOwner m_owner;
     ui::MainWindow m_window;
 };
 

@@ -10,7 +10,7 @@
 #include "support/TemporaryFolder.h"
 #include "ui/kit/Text.h"
 #include "ui/kit/Theme.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
 #include <QTest>
@@ -49,30 +49,7 @@ protected:
     /// 2025-03-10 08:00 UTC, a Monday.
     static constexpr base::Instant kNow{763286400};
 
-    WindowFixture()
-        : own(folder / "Primary.store", log),
-          defaults(folder / "settings.json"),
-          preferences(defaults, log),
-          theme(preferences),
-          scheduleClock(clock, runLoop, base::TimeZone::utc, log),
-          workspace{.container = *own.container,
-                    .context = own.context,
-                    .boards = own.boards,
-                    .entries = own.entries,
-                    .undo = own.undo,
-                    .scheduleClock = scheduleClock,
-                    .clock = clock,
-                    .preferences = preferences,
-                    .defaults = defaults,
-                    .dates = dates,
-                    .serializer = serializer,
-                    .code = code,
-                    .folding = folding,
-                    .texts = texts,
-                    .search = searchService,
-                    .copies = copies,
-                    .upcoming = upcoming,
-                    .log = log} {
+    WindowFixture() {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
     }
@@ -108,27 +85,32 @@ protected:
 
     RecordingLog log;
     TemporaryFolder folder;
-    StoreClient own;
-    std::unique_ptr<StoreClient> other;
     FakeClock clock{kNow};
     FakeRunLoop runLoop;
-    app::FileUserDefaults defaults;
-    app::AppPreferences preferences;
-    ui::Theme theme;
-    schedule::ScheduleClock scheduleClock;
-    ui::DateTexts dates;
-    richtext::RichTextSerializer serializer{log};
+    app::FileUserDefaults defaults{folder / "settings.json"};
+    app::AppPreferences preferences{defaults, log};
+    ui::Theme theme{preferences};
+    std::unique_ptr<store::ModelContainer> container = store::ModelContainer::open(
+        model::currentSchema(), {.file = folder / "Primary.store"}, log);
     /// Without an engine: code stays uncoloured.
-    richtext::CodeHighlighter code{nullptr, nullptr, runLoop, log};
-    services::TemporaryAttachmentCopies copies{folder / "copies"};
-    base::TextFolding folding;
-    services::FoldedTexts texts{own.context, folding};
-    services::SearchService searchService{own.context, own.boards, texts};
-    ui::OnFirstUse<schedule::UpcomingTodos> upcoming{[this] {
-        return std::make_unique<schedule::UpcomingTodos>(own.context, clock.now(),
-                                                         base::TimeZone::utc());
-    }};
-    ui::Workspace workspace;
+    ui::WorkspaceOwner owner{{.container = *container,
+                              .preferences = preferences,
+                              .defaults = defaults,
+                              .clock = clock,
+                              .runLoop = runLoop,
+                              .log = log,
+                              .timeZone = base::TimeZone::utc,
+                              .copies = folder / "copies"}};
+    const ui::Workspace& workspace = owner.workspace();
+    /// What the windows work with, under the names of a client.
+    struct {
+        store::ModelContainer* container;
+        store::ModelContext& context;
+        services::UndoManager& undo;
+        services::EntryService& entries;
+        services::BoardService& boards;
+    } own{container.get(), workspace.context, workspace.undo, workspace.entries, workspace.boards};
+    std::unique_ptr<StoreClient> other;
     model::Board* inbox = nullptr;
 };
 

@@ -57,9 +57,9 @@ QString reasonOf(const std::error_code& error) {
 
 } // namespace
 
-AttachmentActions::AttachmentActions(const Workspace& workspace, QWidget& page)
+AttachmentActions::AttachmentActions(const Services& services, QWidget& page)
     : QObject(&page),
-      m_workspace(workspace),
+      m_services(services),
       m_page(page),
       m_folder(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)) {}
 
@@ -78,7 +78,7 @@ bool AttachmentActions::perform(Operation&& operation) {
 template <typename Action>
 auto AttachmentActions::later(const model::Entry& entry, Action&& action) {
     return [this, id = entry.id(), action](const auto&... arguments) {
-        if (auto* const still = m_workspace.context.find<model::Entry>(id)) {
+        if (auto* const still = m_services.context.find<model::Entry>(id)) {
             action(*still, arguments...);
         }
     };
@@ -113,7 +113,7 @@ void AttachmentActions::saveAs(const model::Entry& entry, const base::Uuid& id) 
 void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id, const QString& file) {
     m_folder = QFileInfo(file).absolutePath();
     perform([&] {
-        const auto* const holder = m_workspace.context.find<model::Entry>(entry);
+        const auto* const holder = m_services.context.find<model::Entry>(entry);
         const auto attachment = found(holder ? services::attachment(*holder, id) : std::nullopt);
         const std::string_view bytes(reinterpret_cast<const char*>(attachment.data.data()),
                                      attachment.data.size());
@@ -134,14 +134,15 @@ void AttachmentActions::copy(const model::Entry& entry, const base::Uuid& id) {
 }
 
 void AttachmentActions::remove(model::Entry& entry, const base::Uuid& id) {
-    perform([&] { m_workspace.entries.removeAttachment(id, entry, m_workspace.now()); });
+    perform([&] { m_services.entries.removeAttachment(id, entry, m_services.clock.now()); });
 }
 
 void AttachmentActions::move(const base::Uuid& id, model::Entry& from, model::Entry& to,
                              const std::optional<base::Uuid>& relativeTo,
                              model::EntryPlacement placement) {
     perform([&] {
-        m_workspace.entries.moveAttachment(id, from, to, relativeTo, placement, m_workspace.now());
+        m_services.entries.moveAttachment(id, from, to, relativeTo, placement,
+                                          m_services.clock.now());
     });
 }
 
@@ -152,10 +153,10 @@ void AttachmentActions::moveBy(int offset, const base::Uuid& id, model::Entry& e
             std::find_if(list.begin(), list.end(), [&](const auto& each) { return each.id == id; });
         const auto there = (at - list.begin()) + offset;
         if (at != list.end() && there >= 0 && there < std::ssize(list)) {
-            m_workspace.entries.moveAttachment(
+            m_services.entries.moveAttachment(
                 id, entry, entry, list[static_cast<std::size_t>(there)].id,
                 offset < 0 ? model::EntryPlacement::before : model::EntryPlacement::after,
-                m_workspace.now());
+                m_services.clock.now());
         }
     });
 }
@@ -176,7 +177,7 @@ void AttachmentActions::chooseFiles(model::Entry& entry) {
 
 void AttachmentActions::attachFiles(const std::vector<std::filesystem::path>& files,
                                     model::Entry& entry) {
-    perform([&] { m_workspace.entries.attachFiles(files, entry, m_workspace.now()); });
+    perform([&] { m_services.entries.attachFiles(files, entry, m_services.clock.now()); });
 }
 
 void AttachmentActions::attachOffered(const QMimeData& offered, model::Entry& entry) {
@@ -196,7 +197,7 @@ void AttachmentActions::attachOffered(const QMimeData& offered, model::Entry& en
         attachments.push_back({.id = base::Uuid::random(),
                                .filename = pastedImageName(services::attachmentsOf(entry)),
                                .data = std::move(*picture)});
-        m_workspace.entries.attach(std::move(attachments), entry, m_workspace.now());
+        m_services.entries.attach(std::move(attachments), entry, m_services.clock.now());
     });
 }
 
@@ -206,7 +207,7 @@ bool AttachmentActions::canAttachTo(const model::Entry& entry) const {
         const auto list = services::attachmentsOf(entry);
         can = !isReadOnly(entry) && !list.isDamaged &&
               list.attachments.size() < model::EntryAttachment::kMaximumCount &&
-              richtext::allowsAttachments(entry, m_workspace.serializer);
+              richtext::allowsAttachments(entry, m_services.serializer);
     }));
     return can;
 }
@@ -253,10 +254,10 @@ void AttachmentActions::addAttachments(QMenu& menu, model::Entry& entry) {
 
 std::filesystem::path AttachmentActions::temporaryCopy(const base::Uuid& entry,
                                                        const base::Uuid& id) {
-    const auto* const holder = m_workspace.context.find<model::Entry>(entry);
+    const auto* const holder = m_services.context.find<model::Entry>(entry);
     const auto attachment = found(holder ? services::attachment(*holder, id) : std::nullopt);
     try {
-        return m_workspace.copies.copy(attachment);
+        return m_services.copies.copy(attachment);
     } catch (const std::filesystem::filesystem_error& error) {
         throw failure(tr("“%1” could not be written for another program: %2")
                           .arg(shownFilename(attachment.filename), reasonOf(error.code())));

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "model/EntryType.h"
-#include "ui/workspace/Workspace.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "services/AttachmentFiles.h"
+#include "services/EntryService.h"
+#include "store/ModelContext.h"
 
 #include <QObject>
 
@@ -21,12 +25,18 @@ class AttachmentActions final : public QObject {
     Q_OBJECT
 
 public:
-    AttachmentActions(const Workspace& workspace, QWidget& page);
+    /// What the actions work with; all of it outlives them.
+    struct Services {
+        store::ModelContext& context;
+        services::EntryService& entries;
+        const richtext::RichTextSerializer& serializer;
+        services::TemporaryAttachmentCopies& copies;
+        const base::Clock& clock;
+    };
+    AttachmentActions(const Services& services, QWidget& page);
 
     /// With the program that the system has for such files.
     void open(const model::Entry& entry, const base::Uuid& id);
-    /// Asks for a file, and writes it whole or not at all.
-    void saveAs(const model::Entry& entry, const base::Uuid& id);
     /// As a file, for file managers and for other entries.
     void copy(const model::Entry& entry, const base::Uuid& id);
     void remove(model::Entry& entry, const base::Uuid& id);
@@ -64,9 +74,11 @@ private:
     template <typename Action>
     auto later(const model::Entry& entry, Action&& action);
     std::filesystem::path temporaryCopy(const base::Uuid& entry, const base::Uuid& id);
+    /// Asks for a file, and writes it whole or not at all.
+    void saveAs(const model::Entry& entry, const base::Uuid& id);
     void save(const base::Uuid& entry, const base::Uuid& id, const QString& file);
 
-    const Workspace& m_workspace;
+    Services m_services;
     QWidget& m_page;
     /// Where the user saved or chose last.
     QString m_folder;

@@ -54,7 +54,7 @@ QString shownFilename(const std::string& filename) {
 }
 
 QString shownFileSize(std::size_t bytes) {
-    const int precision = bytes < 1024 * 1024 || bytes >= kTenMegabytes ? 0 : 1;
+    const auto precision = bytes < 1024 * 1024 || bytes >= kTenMegabytes ? 0 : 1;
     return QLocale().formattedDataSize(static_cast<qint64>(bytes), precision,
                                        QLocale::DataSizeTraditionalFormat);
 }
@@ -93,8 +93,8 @@ AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width
 
 void AttachmentChips::place(int width, const Theme& theme) {
     const QFontMetrics metrics(theme.smallFont());
-    const int chipHeight = std::max(metrics.lineSpacing(), theme.scaled(kIcon)) + 2 * kPadding;
-    const int widest = std::min(width, theme.scaled(kWidest));
+    const auto chipHeight = std::max(metrics.lineSpacing(), theme.scaled(kIcon)) + 2 * kPadding;
+    const auto widest = std::min(width, theme.scaled(kWidest));
     int x = 0;
     int y = 0;
     for (auto& chip : m_chips) {
@@ -102,14 +102,14 @@ void AttachmentChips::place(int width, const Theme& theme) {
         int around =
             plain +
             (chip.size.isEmpty() ? 0 : metrics.horizontalAdvance(chip.size) + kInnerGap + 1);
-        const int name = metrics.horizontalAdvance(chip.name);
+        const auto name = metrics.horizontalAdvance(chip.name);
         if (name > widest - around && widest - around < theme.scaled(kNarrow)) {
             // What a file is called says more than how large it is.
             chip.size.clear();
             around = plain;
         }
         chip.name = metrics.elidedText(chip.name, Qt::ElideMiddle, std::max(widest - around, 20));
-        const int chipWidth = std::min(around + metrics.horizontalAdvance(chip.name) + 1, width);
+        const auto chipWidth = std::min(around + metrics.horizontalAdvance(chip.name) + 1, width);
         if (x > 0 && x + chipWidth > width) {
             x = 0;
             y += chipHeight + kGap;
@@ -147,9 +147,9 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
                                 const AttachmentMarks& marks) const {
     const auto& colors = theme.colors();
     const auto& chip = m_chips[static_cast<std::size_t>(index)];
-    const bool isSelected = chip.id && chip.id == marks.selected;
-    const bool isHovered = chip.id && chip.id == marks.hovered;
-    const bool isMarked = isSelected && marks.isActive;
+    const auto isSelected = chip.id && chip.id == marks.selected;
+    const auto isHovered = chip.id && chip.id == marks.hovered;
+    const auto isMarked = isSelected && marks.isActive;
     painter.setPen(isMarked ? QPen(colors.accent, 1.5)
                             : QPen(isSelected ? colors.accent : colors.hairline, 1));
     painter.setBrush(isMarked ? colors.selection : isHovered ? colors.hover : colors.content);
@@ -157,7 +157,7 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
                             kCornerRadius);
 
     auto inside = chip.rect.adjusted(kSidePadding, 0, -kSidePadding, 0);
-    const int icon = theme.scaled(kIcon);
+    const auto icon = theme.scaled(kIcon);
     const auto quiet = chip.id ? colors.secondaryText : colors.danger;
     painter.drawPixmap(
         inside.left(), inside.center().y() + 1 - icon / 2,

@@ -60,7 +60,7 @@ bool AttachmentMimeData::hasFormat(const QString& type) const {
 }
 
 QVariant AttachmentMimeData::retrieveData(const QString& type, QMetaType metaType) const {
-    const bool isCopiedFiles = type == QLatin1String(kCopiedFilesType);
+    const auto isCopiedFiles = type == QLatin1String(kCopiedFilesType);
     if (!isCopiedFiles && type != QLatin1String(kUriListType)) {
         return QMimeData::retrieveData(type, metaType);
     }

@@ -47,7 +47,7 @@ PreviewPicture decodePreview(const QByteArray& file, const QSize& room) {
     }
     // How it lies in the file need not be how it is looked at.
     reader.setAutoTransform(true);
-    const bool isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+    const auto isTurned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
     const auto place = isTurned ? room.transposed() : room;
     if (size.width() > place.width() || size.height() > place.height()) {
         reader.setScaledSize(size.scaled(place, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));

@@ -1,13 +1,13 @@
 #include "ui/boards/ArchivedBoardsPage.h"
 
+#include "model/Entry.h"
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/SidebarRow.h"
-#include "ui/kit/ErrorBanner.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/PageHeader.h"
+#include "ui/kit/Text.h"
 
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QPushButton>
 #include <QScrollArea>
 
@@ -21,63 +21,65 @@ constexpr int kNarrow = 400;
 
 } // namespace
 
-ArchivedBoardsPage::ArchivedBoardsPage(const Workspace& workspace, const Theme& theme,
+ArchivedBoardsPage::ArchivedBoardsPage(const services::BoardService& boards,
+                                       store::ModelContext& context, const Theme& theme,
                                        QWidget* parent)
-    : QWidget(parent),
-      m_workspace(workspace),
+    : Page(theme, parent),
+      m_boards(boards),
+      m_context(context),
       m_theme(theme),
-      m_title(new QLabel(tr("Archived boards"), this)),
-      m_banner(new ErrorBanner(theme, this)),
-      m_nothing(new QLabel(tr("No board is archived."), this)),
-      m_area(new QScrollArea(this)) {
-    m_title->setFont(theme.titleFont());
-    m_title->setContentsMargins(18, 16, 18, 10);
-    m_nothing->setContentsMargins(18, 4, 18, 8);
-    m_nothing->setForegroundRole(QPalette::PlaceholderText);
+      m_header(new PageHeader(tr("Archived boards"), theme)),
+      m_area(new QScrollArea) {
     m_area->setFrameShape(QFrame::NoFrame);
     m_area->setWidgetResizable(true);
     m_area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_area->setFocusPolicy(Qt::NoFocus);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addWidget(m_title);
-    column->addWidget(m_banner);
-    column->addWidget(m_nothing);
-    column->addWidget(m_area, 1);
-    connect(&theme, &Theme::changed, this, [this] {
-        m_title->setFont(m_theme.titleFont());
-        rebuild();
-    });
+    layOut({m_header}, *m_area);
+    connect(&theme, &Theme::changed, this, &ArchivedBoardsPage::rebuild);
 }
 
-void ArchivedBoardsPage::showBoards(const std::vector<model::Board*>& boards) {
-    std::vector<Row> rows;
-    const auto refused = refusal([&] {
-        std::transform(boards.begin(), boards.end(), std::back_inserter(rows),
-                       [this](const model::Board* board) { return rowOf(*board); });
-    });
-    if (refused) {
-        m_banner->showMessage(*refused);
-    } else if (rows != m_rows || !m_area->widget()) {
-        m_rows = std::move(rows);
-        rebuild();
+QString ArchivedBoardsPage::title() const {
+    return m_header->title();
+}
+
+void ArchivedBoardsPage::takeKeyboard() {
+    if (m_buttons.empty()) {
+        setFocus();
+    } else {
+        m_buttons.front()->setFocus();
     }
 }
 
-ArchivedBoardsPage::Row ArchivedBoardsPage::rowOf(const model::Board& board) const {
-    return {.id = board.id(),
-            .name = board.name(),
-            .icon = boardIconName(board.iconSystemName()),
-            .color = iconColorOf(board, m_theme.colors()),
-            .entries = m_workspace.context.count<model::Entry>(model::Entry::onBoard(board.id()))};
+void ArchivedBoardsPage::storeChanged() {
+    follow([this] {
+        auto wanted = rows();
+        if (wanted != m_rows || !m_area->widget()) {
+            m_rows = std::move(wanted);
+            rebuild();
+        }
+    });
+}
+
+std::vector<ArchivedBoardsPage::Row> ArchivedBoardsPage::rows() const {
+    std::vector<Row> result;
+    for (const auto* const board : m_boards.boards()) {
+        if (board->isArchived()) {
+            result.push_back(
+                {.id = board->id(),
+                 .name = board->name(),
+                 .icon = boardIconName(board->iconSystemName()),
+                 .color = iconColorOf(*board, m_theme.colors()),
+                 .entries = m_context.count<model::Entry>(model::Entry::onBoard(board->id()))});
+        }
+    }
+    return result;
 }
 
 void ArchivedBoardsPage::rebuild() {
     const auto focused = std::find_if(m_buttons.begin(), m_buttons.end(),
                                       [](const SidebarRow* row) { return row->hasFocus(); });
     const auto place = focused - m_buttons.begin();
-    const bool hadFocus = focused != m_buttons.end();
+    const auto hadFocus = focused != m_buttons.end();
     m_buttons.clear();
     m_lines.clear();
     auto* const rows = new QWidget;
@@ -94,7 +96,7 @@ void ArchivedBoardsPage::rebuild() {
     }
     m_area->setWidget(rows);
     arrange();
-    m_nothing->setVisible(m_rows.empty());
+    setHint(m_rows.empty() ? tr("No board is archived.") : QString());
     if (hadFocus && !m_buttons.empty()) {
         m_buttons[std::min(static_cast<std::size_t>(place), m_buttons.size() - 1)]->setFocus();
     }
@@ -141,7 +143,7 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
 }
 
 void ArchivedBoardsPage::arrange() {
-    const bool isNarrow = width() < m_theme.scaled(kNarrow);
+    const auto isNarrow = width() < m_theme.scaled(kNarrow);
     for (auto* const line : m_lines) {
         line->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
         line->setSpacing(isNarrow ? 0 : 6);
@@ -154,7 +156,7 @@ void ArchivedBoardsPage::resizeEvent(QResizeEvent* event) {
 }
 
 void ArchivedBoardsPage::walk(int number, int direction) {
-    const int next = number + direction;
+    const auto next = number + direction;
     if (next >= 0 && next < static_cast<int>(m_buttons.size())) {
         auto* const button = m_buttons[static_cast<std::size_t>(next)];
         button->setFocus();
@@ -165,21 +167,9 @@ void ArchivedBoardsPage::walk(int number, int direction) {
 /// The board may be gone by now.
 template <typename Signal>
 void ArchivedBoardsPage::with(const base::Uuid& id, Signal&& signal) {
-    if (auto* const board = m_workspace.boards.board(id)) {
+    if (auto* const board = m_boards.board(id)) {
         signal(board);
     }
-}
-
-void ArchivedBoardsPage::focusList() {
-    if (!m_buttons.empty()) {
-        m_buttons.front()->setFocus();
-    } else {
-        setFocus();
-    }
-}
-
-void ArchivedBoardsPage::showMessage(const QString& message) {
-    m_banner->showMessage(message);
 }
 
 } // namespace korvex::ui

@@ -1,33 +1,31 @@
 #pragma once
 
-#include "model/Board.h"
-#include "ui/kit/Theme.h"
-#include "ui/workspace/Workspace.h"
-
-#include <QWidget>
+#include "services/BoardService.h"
+#include "store/ModelContext.h"
+#include "ui/kit/Page.h"
 
 #include <vector>
 
 class QBoxLayout;
-class QLabel;
 class QScrollArea;
 
 namespace korvex::ui {
 
-class ErrorBanner;
+class PageHeader;
 class SidebarRow;
 
 /// Lists the archived boards: each opens to be looked at, and has buttons that bring it back and
 /// that delete it.
-class ArchivedBoardsPage final : public QWidget {
+class ArchivedBoardsPage final : public Page {
     Q_OBJECT
 
 public:
-    ArchivedBoardsPage(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+    ArchivedBoardsPage(const services::BoardService& boards, store::ModelContext& context,
+                       const Theme& theme, QWidget* parent = nullptr);
 
-    void showBoards(const std::vector<model::Board*>& boards);
-    void focusList();
-    void showMessage(const QString& message);
+    QString title() const override;
+    void takeKeyboard() override;
+    void storeChanged() override;
 
 Q_SIGNALS:
     void openRequested(korvex::model::Board* board);
@@ -49,7 +47,7 @@ private:
         bool operator==(const Row&) const = default;
     };
 
-    Row rowOf(const model::Board& board) const;
+    std::vector<Row> rows() const;
     void rebuild();
     void addRow(QWidget& rows, const Row& row, int number);
     /// In a narrow window the buttons stand under the names.
@@ -58,11 +56,10 @@ private:
     template <typename Signal>
     void with(const base::Uuid& id, Signal&& signal);
 
-    const Workspace& m_workspace;
+    const services::BoardService& m_boards;
+    store::ModelContext& m_context;
     const Theme& m_theme;
-    QLabel* m_title;
-    ErrorBanner* m_banner;
-    QLabel* m_nothing;
+    PageHeader* m_header;
     QScrollArea* m_area;
     std::vector<Row> m_rows;
     std::vector<SidebarRow*> m_buttons;

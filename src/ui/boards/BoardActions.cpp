@@ -10,9 +10,9 @@
 
 namespace korvex::ui {
 
-BoardActions::BoardActions(BoardListing& listing, const Workspace& workspace, const Theme& theme,
-                           QWidget& window)
-    : m_listing(listing), m_workspace(workspace), m_theme(theme), m_window(window) {}
+BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards,
+                           const base::Clock& clock, const Theme& theme, QWidget& window)
+    : m_listing(listing), m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
     if (board.isArchived()) {
@@ -45,13 +45,13 @@ void BoardActions::addTo(QMenu& menu, model::Board& board) {
 }
 
 void BoardActions::chooseIcon(model::Board& board, const QRect& globalAnchor) {
-    auto* const popover = new BoardIconPopover(board, m_workspace, m_theme, &m_window);
+    auto* const popover = new BoardIconPopover(board, m_boards, m_clock, m_theme, &m_window);
     popover->openAt(globalAnchor);
     popover->setFocus();
 }
 
 void BoardActions::setArchived(model::Board& board, bool archived) {
-    perform([&] { m_workspace.boards.setArchived(archived, board, m_workspace.now()); });
+    perform([&] { m_boards.setArchived(archived, board, m_clock.now()); });
 }
 
 void BoardActions::confirmDeletion(model::Board& board, const QRect& globalAnchor) {
@@ -62,15 +62,13 @@ void BoardActions::confirmDeletion(model::Board& board, const QRect& globalAncho
     }
     auto* const sheet = new ConfirmationSheet(message, tr("Delete board"), m_theme, &m_window);
     connect(sheet, &ConfirmationSheet::confirmed, this,
-            [this, &board] { perform([&] { m_workspace.boards.deleteBoard(board); }); });
+            [this, &board] { perform([&] { m_boards.deleteBoard(board); }); });
     sheet->openAt(globalAnchor);
     sheet->setFocus();
 }
 
 void BoardActions::sort(services::BoardService::Direction direction) {
-    perform([&] {
-        m_workspace.boards.sortBoardsByName(direction, base::NameOrder(), m_workspace.now());
-    });
+    perform([&] { m_boards.sortBoardsByName(direction, base::NameOrder(), m_clock.now()); });
 }
 
 template <typename Operation>

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "base/Clock.h"
+#include "services/BoardService.h"
 #include "ui/kit/Theme.h"
-#include "ui/workspace/Workspace.h"
 
 #include <QObject>
 
@@ -18,8 +19,8 @@ class BoardActions final : public QObject {
     Q_OBJECT
 
 public:
-    BoardActions(BoardListing& listing, const Workspace& workspace, const Theme& theme,
-                 QWidget& window);
+    BoardActions(BoardListing& listing, services::BoardService& boards, const base::Clock& clock,
+                 const Theme& theme, QWidget& window);
 
     /// The entries on this board, to be put into any menu.
     void addTo(QMenu& menu, model::Board& board);
@@ -37,7 +38,8 @@ private:
     QRect anchorOf(const model::Board& board) const;
 
     BoardListing& m_listing;
-    const Workspace& m_workspace;
+    services::BoardService& m_boards;
+    const base::Clock& m_clock;
     const Theme& m_theme;
     QWidget& m_window;
 };

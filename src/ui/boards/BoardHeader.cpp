@@ -59,9 +59,9 @@ void BoardHeader::applyTheme() {
     auto quiet = m_count->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
     m_count->setPalette(quiet);
-    const int icon = m_theme.scaled(22);
+    const auto icon = m_theme.scaled(22);
     m_icon->setIconSize({icon, icon});
-    const int dots = m_theme.scaled(20);
+    const auto dots = m_theme.scaled(20);
     m_menu->setIconSize({dots, dots});
     m_menu->setIcon(IconSet::icon(QStringLiteral("dots-three"), colors.secondaryText));
 }

@@ -38,9 +38,13 @@ QIcon swatch(const QColor& color, int size, qreal scale) {
 
 } // namespace
 
-BoardIconPopover::BoardIconPopover(model::Board& board, const Workspace& workspace,
-                                   const Theme& theme, QWidget* window)
-    : Popover(theme, window), m_board(board), m_workspace(workspace), m_error(new QLabel(this)) {
+BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& boards,
+                                   const base::Clock& clock, const Theme& theme, QWidget* window)
+    : Popover(theme, window),
+      m_board(board),
+      m_boards(boards),
+      m_clock(clock),
+      m_error(new QLabel(this)) {
     setAccessibleName(tr("Icon and color of the board"));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
@@ -75,7 +79,7 @@ QToolButton* BoardIconPopover::addButton(QGridLayout& grid, int place, int colum
 }
 
 void BoardIconPopover::addIcons(QGridLayout& grid) {
-    const int size = theme().scaled(kIconSize);
+    const auto size = theme().scaled(kIconSize);
     for (const auto icon : model::allBoardIcons()) {
         auto* const button = addButton(grid, static_cast<int>(icon), kIconColumns,
                                        tr(std::string(model::title(icon)).c_str()));
@@ -86,7 +90,7 @@ void BoardIconPopover::addIcons(QGridLayout& grid) {
 }
 
 void BoardIconPopover::addColors(QGridLayout& grid) {
-    const int size = theme().scaled(kSwatchSize);
+    const auto size = theme().scaled(kSwatchSize);
     const auto add = [&](std::optional<model::BoardIconColor> color, const QString& title) {
         auto* const button =
             addButton(grid, static_cast<int>(m_colors.size()), kColorColumns, title);
@@ -103,16 +107,15 @@ void BoardIconPopover::addColors(QGridLayout& grid) {
 
 void BoardIconPopover::chooseIcon(std::optional<model::BoardIcon> icon) {
     showRefusal(refusal([&] {
-        m_workspace.boards.setIcon(icon ? std::optional(model::rawValue(*icon)) : std::nullopt,
-                                   m_board, m_workspace.now());
+        m_boards.setIcon(icon ? std::optional(model::rawValue(*icon)) : std::nullopt, m_board,
+                         m_clock.now());
     }));
 }
 
 void BoardIconPopover::chooseColor(std::optional<model::BoardIconColor> color) {
     showRefusal(refusal([&] {
-        m_workspace.boards.setIconColor(color ? std::optional(model::rawValue(*color))
-                                              : std::nullopt,
-                                        m_board, m_workspace.now());
+        m_boards.setIconColor(color ? std::optional(model::rawValue(*color)) : std::nullopt,
+                              m_board, m_clock.now());
     }));
 }
 
@@ -146,11 +149,11 @@ void BoardIconPopover::keyPressEvent(QKeyEvent* event) {
         if (found == buttons->end()) {
             continue;
         }
-        const int step = event->key() == Qt::Key_Left    ? -1
-                         : event->key() == Qt::Key_Right ? 1
-                         : event->key() == Qt::Key_Up    ? -columns
-                         : event->key() == Qt::Key_Down  ? columns
-                                                         : 0;
+        const auto step = event->key() == Qt::Key_Left    ? -1
+                          : event->key() == Qt::Key_Right ? 1
+                          : event->key() == Qt::Key_Up    ? -columns
+                          : event->key() == Qt::Key_Down  ? columns
+                                                          : 0;
         const auto place = found - buttons->begin() + step;
         if (step != 0) {
             if (place >= 0 && place < static_cast<std::ptrdiff_t>(buttons->size())) {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "model/Board.h"
+#include "base/Clock.h"
 #include "model/BoardIcon.h"
+#include "services/BoardService.h"
 #include "ui/kit/Popover.h"
-#include "ui/workspace/Workspace.h"
 
 #include <QStringList>
 
@@ -18,8 +18,8 @@ class BoardIconPopover final : public Popover {
     Q_OBJECT
 
 public:
-    BoardIconPopover(model::Board& board, const Workspace& workspace, const Theme& theme,
-                     QWidget* window);
+    BoardIconPopover(model::Board& board, services::BoardService& boards, const base::Clock& clock,
+                     const Theme& theme, QWidget* window);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -34,7 +34,8 @@ private:
     void showRefusal(const std::optional<QString>& refused);
 
     model::Board& m_board;
-    const Workspace& m_workspace;
+    services::BoardService& m_boards;
+    const base::Clock& m_clock;
     std::vector<QToolButton*> m_icons;
     /// The first is the accent colour, for none of the board's own.
     std::vector<QToolButton*> m_colors;

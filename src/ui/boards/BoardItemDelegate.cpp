@@ -34,16 +34,16 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                   state.testFlag(QStyle::State_HasFocus) && state.testFlag(QStyle::State_Selected));
     paintRowGround(*painter, box, state, colors.sidebar, m_theme);
 
-    const int size = m_theme.scaled(kIconSize);
+    const auto size = m_theme.scaled(kIconSize);
     painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
                         IconSet::pixmap(boardIconName(board.iconSystemName()),
                                         iconColorOf(board, colors), size,
                                         painter->device()->devicePixelRatio()));
 
-    const int count = m_model.openTodoCount(index.row());
+    const auto count = m_model.openTodoCount(index.row());
     const auto countText = count > 0 ? QString::number(count) : QString();
     const QFontMetrics metrics(m_theme.font());
-    const int countWidth = metrics.horizontalAdvance(countText);
+    const auto countWidth = metrics.horizontalAdvance(countText);
     painter->setFont(m_theme.font());
     painter->setPen(colors.secondaryText);
     painter->drawText(box.adjusted(0, 0, -kPadding, 0), Qt::AlignRight | Qt::AlignVCenter,
@@ -86,7 +86,7 @@ void BoardItemDelegate::updateEditorGeometry(QWidget* editor, const QStyleOption
 }
 
 QRect BoardItemDelegate::nameRect(const QRect& row) const {
-    const int left = kSideMargin + kPadding + m_theme.scaled(kIconSize) + kPadding;
+    const auto left = kSideMargin + kPadding + m_theme.scaled(kIconSize) + kPadding;
     return row.adjusted(left, 0, -kSideMargin - kPadding, 0);
 }
 

@@ -9,8 +9,9 @@
 
 namespace korvex::ui {
 
-BoardListModel::BoardListModel(const Workspace& workspace, QObject* parent)
-    : RowModel(parent), m_workspace(workspace) {}
+BoardListModel::BoardListModel(const services::BoardService& boards, store::ModelContext& context,
+                               QObject* parent)
+    : RowModel(parent), m_service(boards), m_context(context) {}
 
 QVariant BoardListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
@@ -34,7 +35,7 @@ Qt::ItemFlags BoardListModel::flags(const QModelIndex& index) const {
 }
 
 void BoardListModel::refresh() {
-    const auto visible = m_workspace.boards.boards();
+    const auto visible = m_service.boards();
     m_archived.clear();
     std::copy_if(visible.begin(), visible.end(), std::back_inserter(m_archived),
                  [](const model::Board* board) { return board->isArchived(); });
@@ -46,7 +47,7 @@ void BoardListModel::refresh() {
 
 void BoardListModel::countTodos() {
     for (const auto* const each : rows()) {
-        setOpenTodoCount(*each, static_cast<int>(services::openTodoCount(m_workspace.context, *each)));
+        setOpenTodoCount(*each, static_cast<int>(services::openTodoCount(m_context, *each)));
     }
 }
 
@@ -66,7 +67,7 @@ int BoardListModel::openTodoCount(int row) const {
 }
 
 bool BoardListModel::canTake(const base::Uuid& entry, int row) const {
-    const auto* const found = m_workspace.context.find<model::Entry>(entry);
+    const auto* const found = m_context.find<model::Entry>(entry);
     return found && found->boardID() != board(row)->id();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/Board.h"
+#include "services/BoardService.h"
 #include "ui/kit/RowModel.h"
 #include "ui/workspace/Workspace.h"
 
@@ -14,7 +15,8 @@ class BoardListModel final : public RowModel<model::Board*> {
     Q_OBJECT
 
 public:
-    explicit BoardListModel(const Workspace& workspace, QObject* parent = nullptr);
+    BoardListModel(const services::BoardService& boards, store::ModelContext& context,
+                   QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
@@ -37,7 +39,8 @@ public:
     const std::vector<model::Board*>& archivedBoards() const { return m_archived; }
 
 private:
-    const Workspace& m_workspace;
+    const services::BoardService& m_service;
+    store::ModelContext& m_context;
     std::vector<model::Board*> m_archived;
     std::unordered_map<const model::Board*, int> m_counts;
 };

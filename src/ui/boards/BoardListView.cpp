@@ -60,7 +60,7 @@ void BoardListView::rename(const model::Board& board, const QString& typed) {
 }
 
 QSize BoardListView::sizeHint() const {
-    const int rowHeight = m_model.rowCount() > 0 ? sizeHintForRow(0) : 0;
+    const auto rowHeight = m_model.rowCount() > 0 ? sizeHintForRow(0) : 0;
     return {QListView::sizeHint().width(), rowHeight * m_model.rowCount() + 2};
 }
 
@@ -85,7 +85,7 @@ void BoardListView::focusEnd(End end) {
 }
 
 void BoardListView::keyPressEvent(QKeyEvent* event) {
-    const int row = currentIndex().row();
+    const auto row = currentIndex().row();
     if (event->key() == Qt::Key_Up && row <= 0) {
         Q_EMIT leftUpwards();
         return;
@@ -107,7 +107,7 @@ void BoardListView::keyPressEvent(QKeyEvent* event) {
 }
 
 void BoardListView::contextMenuEvent(QContextMenuEvent* event) {
-    const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const auto isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
     const auto index = isByKeyboard ? currentIndex() : indexAt(event->pos());
     if (index.isValid()) {
         Q_EMIT menuRequested(m_model.board(index.row()),
@@ -157,7 +157,7 @@ void BoardListView::dropEvent(QDropEvent* event) {
     const auto target = dropTargetAt(event->position().toPoint());
     const auto board = draggedRow(*event->mimeData(), kBoardDragType);
     const auto entry = draggedRow(*event->mimeData(), kEntryDragType);
-    const int entryTarget = entryTargetAt(*event);
+    const auto entryTarget = entryTargetAt(*event);
     setDropTarget(std::nullopt);
     setEntryTarget(-1);
     setState(NoState);

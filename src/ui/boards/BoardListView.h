@@ -22,7 +22,6 @@ public:
     void setCurrentBoard(const model::Board& board);
     /// No board is shown.
     void clearChoice();
-    model::Board* currentBoard() const;
     /// Opens the editor of its name; with `typed` in it rather than the name.
     void rename(const model::Board& board, const QString& typed = {});
     enum class End { top, bottom };
@@ -61,6 +60,7 @@ private:
         model::EntryPlacement placement;
     };
 
+    model::Board* currentBoard() const;
     std::optional<DropTarget> dropTargetAt(const QPoint& position) const;
     void setDropTarget(std::optional<DropTarget> target);
     /// The row of the board that takes the dragged entry at this place, -1 for none.

@@ -100,7 +100,7 @@ public:
         // The keys of the field above walk here; the field shows who has the keyboard.
         paintRowGround(*painter, box, option.state & ~QStyle::State_HasFocus, colors.content,
                        m_theme);
-        const int size = m_theme.scaled(kIconSize);
+        const auto size = m_theme.scaled(kIconSize);
         painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
                             IconSet::pixmap(boardIconName(board.iconSystemName()),
                                             iconColorOf(board, colors), size,
@@ -123,29 +123,22 @@ private:
     const Theme& m_theme;
 };
 
-std::vector<model::Board*> without(std::vector<model::Board*> boards,
-                                   const model::Board* excluded) {
-    std::erase(boards, excluded);
-    return boards;
-}
-
 } // namespace
 
-BoardPicker::BoardPicker(const std::vector<model::Board*>& boards, const QString& title,
-                         const Workspace& workspace, const Theme& theme, QWidget* window,
-                         const model::Board* excluded)
+BoardPicker::BoardPicker(Offer offer, store::ModelContext& context,
+                         const base::TextFolding& folding, const Theme& theme, QWidget* window)
     : ChoicePopover(new QListView, theme, window),
-      m_model(new BoardPickerModel(without(boards, excluded), workspace.folding, this)),
+      m_model(new BoardPickerModel(std::move(offer.boards), folding, this)),
       m_nothing(new QLabel(tr("No board of this name"), this)) {
     setFixedWidth(std::min(theme.scaled(kPanelWidth), window->width() - kWindowMargin));
     list().setMouseTracking(true);
     list().setItemDelegate(new BoardPickerDelegate(*m_model, theme, &list()));
     list().setModel(m_model);
-    setUp({.choice = title, .field = title, .list = tr("Boards")});
+    setUp({.choice = offer.title, .field = offer.title, .list = tr("Boards")});
     m_nothing->setAlignment(Qt::AlignCenter);
     m_nothing->setForegroundRole(QPalette::PlaceholderText);
     layout()->addWidget(m_nothing);
-    m_changes = workspace.context.didChange().connect([this](const store::ChangeSet&) { fill(); });
+    m_changes = context.didChange().connect([this](const store::ChangeSet&) { fill(); });
     fill();
 }
 
@@ -153,7 +146,7 @@ BoardPicker::~BoardPicker() = default;
 
 void BoardPicker::open() {
     const auto* const area = parentWidget();
-    const int left = (area->width() - width()) / 2;
+    const auto left = (area->width() - width()) / 2;
     openAt({area->mapToGlobal(QPoint(left, kTop)), QSize(1, 1)});
     move(left, y());
     field().setFocus();
@@ -166,7 +159,7 @@ void BoardPicker::fill() {
     const auto* const kept =
         current.isValid() && typed.isEmpty() ? &m_model->board(current.row()) : nullptr;
     m_model->search(typed);
-    const int rows = m_model->rowCount();
+    const auto rows = m_model->rowCount();
     list().setVisible(rows > 0);
     m_nothing->setVisible(rows == 0);
     if (rows > 0) {
@@ -174,7 +167,7 @@ void BoardPicker::fill() {
         list().setCurrentIndex(m_model->index(std::max(0, m_model->rowOf(kept)), 0));
     }
     if (isVisible()) {
-        const int left = x();
+        const auto left = x();
         placeAgain();
         move(left, y());
     }

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "base/TextFolding.h"
 #include "model/Board.h"
+#include "store/ModelContext.h"
 #include "ui/kit/ChoicePopover.h"
-#include "ui/workspace/Workspace.h"
 
 #include <vector>
 
@@ -18,12 +19,15 @@ class BoardPicker final : public ChoicePopover {
     Q_OBJECT
 
 public:
-    /// `boards` in the order in which they are offered while nothing is typed, without `excluded`;
-    /// one that is deleted or archived meanwhile leaves the list. `title` says what the choice is
-    /// for: "Go to board".
-    BoardPicker(const std::vector<model::Board*>& boards, const QString& title,
-                const Workspace& workspace, const Theme& theme, QWidget* window,
-                const model::Board* excluded = nullptr);
+    struct Offer {
+        /// Says what the choice is for: "Go to board".
+        QString title;
+        /// In the order in which they are offered while nothing is typed. One that is deleted or
+        /// archived meanwhile leaves the list.
+        std::vector<model::Board*> boards;
+    };
+    BoardPicker(Offer offer, store::ModelContext& context, const base::TextFolding& folding,
+                const Theme& theme, QWidget* window);
     ~BoardPicker() override;
 
     /// In the middle of the window's top.

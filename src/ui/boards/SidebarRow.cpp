@@ -61,13 +61,13 @@ void SidebarRow::paintEvent(QPaintEvent*) {
     const auto box = rect().adjusted(kSideMargin, 1, -kSideMargin, -1);
     paintRowGround(painter, box, state, colors.sidebar, m_theme);
 
-    const int size = m_theme.scaled(kIconSize);
+    const auto size = m_theme.scaled(kIconSize);
     painter.drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
                        IconSet::pixmap(m_iconName,
                                        m_iconColor.isValid() ? m_iconColor : colors.secondaryText,
                                        size, painter.device()->devicePixelRatio()));
     const QFontMetrics metrics(m_theme.font());
-    const int noteWidth = metrics.horizontalAdvance(m_note);
+    const auto noteWidth = metrics.horizontalAdvance(m_note);
     painter.setFont(m_theme.font());
     painter.setPen(colors.secondaryText);
     painter.drawText(box.adjusted(0, 0, -kPadding, 0), Qt::AlignRight | Qt::AlignVCenter, m_note);

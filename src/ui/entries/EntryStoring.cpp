@@ -14,8 +14,7 @@ template <typename New>
 void placeAfter(const model::Entry* after, New& entry) {
     if (after) {
         entry.after = after->id();
-    } else if (const auto active = services::activeEntries(entry.board);
-               !active.empty()) {
+    } else if (const auto active = services::activeEntries(entry.board); !active.empty()) {
         entry.before = active.front()->id();
     }
 }

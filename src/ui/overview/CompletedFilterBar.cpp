@@ -32,10 +32,13 @@ constexpr int kFirstRangeDays = 6;
 
 } // namespace
 
-CompletedFilterBar::CompletedFilterBar(const Workspace& workspace, const Theme& theme,
+CompletedFilterBar::CompletedFilterBar(const services::BoardService& boards, const DateTexts& dates,
+                                       const base::Clock& clock, const Theme& theme,
                                        QWidget* parent)
     : QWidget(parent),
-      m_workspace(workspace),
+      m_service(boards),
+      m_dates(dates),
+      m_clock(clock),
       m_theme(theme),
       m_search(new SearchField(theme, this)) {
     using Status = CompletedFilter::BoardStatus;
@@ -145,7 +148,7 @@ void CompletedFilterBar::reset() {
 
 void CompletedFilterBar::followBoards() {
     std::vector<BoardChoice> boards;
-    for (const auto* const board : m_workspace.boards.boards()) {
+    for (const auto* const board : m_service.boards()) {
         boards.push_back({board->id(), boardLabel(*board), boardIconName(board->iconSystemName()),
                           iconColorOf(*board, m_theme.colors())});
     }
@@ -192,9 +195,9 @@ void CompletedFilterBar::showFilter() {
                      [this](const BoardChoice& each) { return m_filter.boardID == each.id; });
     m_board->setCurrentIndex(
         chosen == m_boards.end() ? 0 : 1 + static_cast<int>(chosen - m_boards.begin()));
-    const bool isCustom = m_filter.period == CompletedFilter::Period::custom;
+    const auto isCustom = m_filter.period == CompletedFilter::Period::custom;
     if (isCustom) {
-        const auto& calendar = m_workspace.dates.formats().calendar();
+        const auto& calendar = m_dates.formats().calendar();
         m_start->setDate(DateFields::dateTimeOf(m_filter.startDate, calendar).date());
         m_end->setDate(DateFields::dateTimeOf(m_filter.endDate, calendar).date());
     }
@@ -217,8 +220,8 @@ void CompletedFilterBar::take() {
         m_filter.boardID = m_boards[static_cast<std::size_t>(m_board->currentIndex()) - 1].id;
     }
     if (m_filter.period == CompletedFilter::Period::custom) {
-        const auto& calendar = m_workspace.dates.formats().calendar();
-        const auto now = m_workspace.now();
+        const auto& calendar = m_dates.formats().calendar();
+        const auto now = m_clock.now();
         auto start = m_start->date();
         auto end = m_end->date();
         if (before.period != CompletedFilter::Period::custom) {
@@ -236,7 +239,7 @@ void CompletedFilterBar::take() {
 }
 
 void CompletedFilterBar::applyTheme() {
-    const int size = m_theme.scaled(14);
+    const auto size = m_theme.scaled(14);
     m_board->setIconSize({size, size});
 }
 

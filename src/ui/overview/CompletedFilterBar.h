@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "schedule/CompletedFilter.h"
+#include "services/BoardService.h"
 #include "ui/kit/Theme.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/workspace/DateTexts.h"
 
 #include <QWidget>
 
@@ -23,10 +25,10 @@ class CompletedFilterBar final : public QWidget {
     Q_OBJECT
 
 public:
-    CompletedFilterBar(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+    CompletedFilterBar(const services::BoardService& boards, const DateTexts& dates,
+                       const base::Clock& clock, const Theme& theme, QWidget* parent = nullptr);
 
     const schedule::CompletedFilter& filter() const { return m_filter; }
-    void reset();
     /// Offers the boards that there are now; where the chosen one is gone, all are chosen again.
     /// Throws StoreError.
     void followBoards();
@@ -55,9 +57,12 @@ private:
     void fillBoards();
     void showFilter();
     void take();
+    void reset();
     void applyTheme();
 
-    const Workspace& m_workspace;
+    const services::BoardService& m_service;
+    const DateTexts& m_dates;
+    const base::Clock& m_clock;
     const Theme& m_theme;
     schedule::CompletedFilter m_filter;
     std::vector<BoardChoice> m_boards;

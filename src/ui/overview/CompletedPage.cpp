@@ -3,7 +3,6 @@
 #include "schedule/CompletedTodos.h"
 #include "ui/kit/Text.h"
 #include "ui/overview/CompletedFilterBar.h"
-#include "ui/overview/TodoGroupView.h"
 
 #include <QScopedValueRollback>
 
@@ -13,10 +12,11 @@ namespace korvex::ui {
 
 CompletedPage::CompletedPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : TodoGroupPage(workspace, theme, TodoGroupModel::Detail::completion, tr("Completed"), parent),
-      m_bar(new CompletedFilterBar(workspace, theme, this)) {
+      m_bar(
+          new CompletedFilterBar(workspace.boards, workspace.dates, workspace.clock, theme, this)) {
     insertBar(*m_bar);
     connect(m_bar, &CompletedFilterBar::changed, this, &CompletedPage::filterChanged);
-    connect(m_bar, &CompletedFilterBar::listRequested, this, &CompletedPage::focusList);
+    connect(m_bar, &CompletedFilterBar::listRequested, this, &CompletedPage::takeKeyboard);
 }
 
 CompletedPage::~CompletedPage() = default;
@@ -80,8 +80,8 @@ void CompletedPage::filterChanged() {
         return;
     }
     const QScopedValueRollback changing(m_extent, TodoGroupModel::Extent::most);
-    perform([this] { m_completed->setFilter(m_bar->filter()); });
-    list().scrollToTop();
+    follow([this] { m_completed->setFilter(m_bar->filter()); });
+    scrollToTop();
 }
 
 QString CompletedPage::emptyHint() const {

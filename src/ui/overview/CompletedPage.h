@@ -22,8 +22,6 @@ public:
     CompletedPage(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
     ~CompletedPage() override;
 
-    CompletedFilterBar& filterBar() { return *m_bar; }
-
 protected:
     std::vector<TodoGroup> groups() override;
     void setNow(base::Instant now, const base::TimeZone& zone) override;

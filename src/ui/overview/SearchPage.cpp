@@ -1,61 +1,44 @@
 #include "ui/overview/SearchPage.h"
 
-#include "ui/kit/ErrorBanner.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/PageHeader.h"
 
-#include <QHBoxLayout>
-#include <QLabel>
 #include <QLocale>
 #include <QScrollBar>
-#include <QVBoxLayout>
 
 #include <algorithm>
 
 namespace korvex::ui {
 
 SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
-    : QWidget(parent),
+    : Page(theme, parent),
       m_workspace(workspace),
-      m_theme(theme),
       m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
-      m_title(new QLabel(tr("Search"), this)),
-      m_count(new QLabel(this)),
-      m_banner(new ErrorBanner(theme, this)),
-      m_nothing(new QLabel(this)),
-      m_list(new SearchResultList(m_model, theme, this)) {
-    auto* const heading = new QHBoxLayout;
-    heading->setContentsMargins(18, 16, 18, 10);
-    heading->addWidget(m_title, 1);
-    heading->addWidget(m_count);
-    m_nothing->setTextFormat(Qt::PlainText);
-    m_nothing->setWordWrap(true);
-    m_nothing->setContentsMargins(18, 4, 18, 8);
-    m_nothing->setForegroundRole(QPalette::PlaceholderText);
-    m_nothing->hide();
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 0, 0);
-    column->setSpacing(0);
-    column->addLayout(heading);
-    column->addWidget(m_banner);
-    column->addWidget(m_nothing);
-    column->addWidget(m_list, 1);
+      m_header(new PageHeader(tr("Search"), theme)),
+      m_list(new SearchResultList(m_model, theme)),
+      m_actions(*this, workspace, theme) {
+    layOut({m_header}, *m_list);
     setFocusProxy(m_list);
-
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& index) {
                 m_chosen = index.isValid() ? std::optional(m_model.id(index.row())) : std::nullopt;
             });
     connect(m_list, &SearchResultList::openRequested, this, &SearchPage::open);
     connect(m_list, &SearchResultList::toggleRequested, this, &SearchPage::toggle);
-    connect(&theme, &Theme::changed, this, &SearchPage::applyTheme);
     m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
         m_model.forgetLabels();
         m_list->viewport()->update();
     });
-    applyTheme();
 }
 
 SearchPage::~SearchPage() = default;
+
+QString SearchPage::title() const {
+    return m_header->title();
+}
+
+void SearchPage::takeKeyboard() {
+    m_list->setFocus();
+}
 
 void SearchPage::search(const QString& query) {
     m_query = query;
@@ -67,23 +50,23 @@ void SearchPage::search(const QString& query) {
 void SearchPage::clear() {
     m_query.clear();
     m_model.clear();
-    m_banner->clear();
+    banner().clear();
 }
 
 void SearchPage::storeChanged() {
     if (m_query.isEmpty()) {
         return;
     }
-    const int row = m_list->currentRow();
+    const auto row = m_list->currentRow();
     const auto chosen = m_chosen;
-    const int y = m_list->visualRect(m_list->currentIndex()).top();
+    const auto y = m_list->visualRect(m_list->currentIndex()).top();
     auto& bar = *m_list->verticalScrollBar();
-    const int scrolled = bar.value();
+    const auto scrolled = bar.value();
     if (!find() || m_model.rowCount() == 0 || row < 0) {
         return;
     }
-    const int found = chosen ? m_model.rowOf(*chosen) : -1;
-    const int now = found < 0 ? std::min(row, m_model.rowCount() - 1) : found;
+    const auto found = chosen ? m_model.rowOf(*chosen) : -1;
+    const auto now = found < 0 ? std::min(row, m_model.rowCount() - 1) : found;
     bar.setValue(scrolled);
     m_list->selectionModel()->setCurrentIndex(m_model.index(now, 0),
                                               QItemSelectionModel::ClearAndSelect);
@@ -93,23 +76,17 @@ void SearchPage::storeChanged() {
 }
 
 bool SearchPage::find() {
-    const auto refused = refusal([&] { m_model.search(m_query); });
-    if (refused) {
+    if (!perform([&] { m_model.search(m_query); })) {
         m_model.clear();
-        m_banner->showMessage(*refused);
-        m_nothing->hide();
-        m_count->clear();
+        m_header->setNote({});
+        setHint({});
         return false;
     }
-    m_banner->clear();
-    const int count = m_model.rowCount();
-    m_count->setText(count == 0   ? QString()
-                     : count == 1 ? tr("1 result")
-                                  : tr("%1 results").arg(QLocale().toString(count)));
-    m_nothing->setVisible(count == 0);
-    if (count == 0) {
-        m_nothing->setText(tr("No results for “%1”.").arg(m_query.simplified()));
-    }
+    const auto count = m_model.rowCount();
+    m_header->setNote(count == 0   ? QString()
+                      : count == 1 ? tr("1 result")
+                                   : tr("%1 results").arg(QLocale().toString(count)));
+    setHint(count == 0 ? tr("No results for “%1”.").arg(m_query.simplified()) : QString());
     return true;
 }
 
@@ -117,10 +94,6 @@ void SearchPage::openCurrent() {
     if (m_list->currentIndex().isValid()) {
         open(m_list->currentRow());
     }
-}
-
-void SearchPage::focusList() {
-    m_list->setFocus();
 }
 
 void SearchPage::open(int row) {
@@ -138,39 +111,20 @@ void SearchPage::toggle(int row) {
     if (!m_model.row(row).isTodo || m_model.board(row).isArchived()) {
         return;
     }
-    auto* const entry = record(row);
-    const auto refused = refusal([&] {
-        if (entry && entry->isCompleted()) {
-            m_workspace.entries.restoreTodo(*entry, m_workspace.now());
-        } else if (entry) {
-            m_workspace.entries.completeTodo(*entry, m_workspace.now());
-        }
-    });
-    if (refused) {
-        m_banner->showMessage(*refused);
+    if (auto* const entry = record(row)) {
+        m_actions.toggle(*entry);
     }
 }
 
 /// Null when it is gone, or for a board.
 model::Entry* SearchPage::record(int row) {
     model::Entry* entry = nullptr;
-    const auto refused = refusal([&] {
+    follow([&] {
         if (!m_model.isBoard(row)) {
             entry = m_workspace.context.find<model::Entry>(m_model.id(row).id);
         }
     });
-    if (refused) {
-        m_banner->showMessage(*refused);
-    }
     return entry;
-}
-
-void SearchPage::applyTheme() {
-    m_title->setFont(m_theme.titleFont());
-    m_count->setFont(m_theme.font());
-    auto quiet = m_count->palette();
-    quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
-    m_count->setPalette(quiet);
 }
 
 } // namespace korvex::ui

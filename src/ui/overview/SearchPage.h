@@ -1,39 +1,35 @@
 #pragma once
 
+#include "ui/kit/Page.h"
 #include "ui/overview/SearchListModel.h"
 #include "ui/overview/SearchResultList.h"
+#include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
-
-#include <QWidget>
-
-class QLabel;
 
 namespace korvex::ui {
 
-class ErrorBanner;
+class PageHeader;
 
 /// What the search found, at once on every key press. Follows the store while it is in use; keeps
 /// nothing of the store otherwise.
-class SearchPage final : public QWidget {
+class SearchPage final : public Page {
     Q_OBJECT
 
 public:
     SearchPage(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
     ~SearchPage() override;
 
+    QString title() const override;
+    void takeKeyboard() override;
+    /// Searches again; the chosen row stays chosen, where it is on the screen.
+    void storeChanged() override;
+
     void search(const QString& query);
     /// Forgets what was found.
     void clear();
-    /// Searches again; the chosen row stays chosen, where it is on the screen.
-    void storeChanged();
     /// As an arrow or page key in the list.
     void walk(int key) { m_list->walk(key); }
     void openCurrent();
-    void focusList();
-
-    SearchResultList& list() { return *m_list; }
-    SearchListModel& results() { return m_model; }
-    ErrorBanner& banner() { return *m_banner; }
 
 Q_SIGNALS:
     void entryOpenRequested(korvex::model::Entry* entry);
@@ -45,16 +41,12 @@ private:
     void open(int row);
     void toggle(int row);
     model::Entry* record(int row);
-    void applyTheme();
 
     const Workspace& m_workspace;
-    const Theme& m_theme;
     SearchListModel m_model;
-    QLabel* m_title;
-    QLabel* m_count;
-    ErrorBanner* m_banner;
-    QLabel* m_nothing;
+    PageHeader* m_header;
     SearchResultList* m_list;
+    TodoActions m_actions;
     QString m_query;
     /// What is chosen, also while the results are about to be others.
     std::optional<services::SearchResult::ID> m_chosen;

@@ -1,59 +1,26 @@
 #include "ui/overview/TodoGroupPage.h"
 
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/ErrorBanner.h"
 #include "ui/kit/MenuItems.h"
+#include "ui/kit/PageHeader.h"
 #include "ui/overview/TodoGroupView.h"
-#include "ui/todos/SchedulePopover.h"
 
-#include <QLabel>
-#include <QMenu>
 #include <QTimer>
-#include <QVBoxLayout>
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr int kSideMargin = 18;
-
-} // namespace
-
 TodoGroupPage::TodoGroupPage(const Workspace& workspace, const Theme& theme,
                              TodoGroupModel::Detail detail, const QString& title, QWidget* parent)
-    : QWidget(parent),
+    : Page(theme, parent),
       m_workspace(workspace),
-      m_theme(theme),
       m_model(workspace.clock, workspace.dates, detail),
-      m_column(new QVBoxLayout(this)),
-      m_title(new QLabel(title, this)),
-      m_note(new QLabel(this)),
-      m_banner(new ErrorBanner(theme, this)),
-      m_emptyHint(new QLabel(this)),
-      m_list(new TodoGroupView(m_model, theme, this)) {
+      m_header(new PageHeader(title, theme)),
+      m_list(new TodoGroupView(m_model, theme)),
+      m_actions(*this, workspace, theme) {
     m_list->setAccessibleName(title);
-    m_title->setWordWrap(true); // so that a large font does not keep the window wide
-    m_note->setWordWrap(true);
-    m_note->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    m_emptyHint->setWordWrap(true);
-    m_emptyHint->setContentsMargins(kSideMargin, 4, kSideMargin, 8);
-    m_emptyHint->setForegroundRole(QPalette::PlaceholderText);
-    m_emptyHint->hide();
-    auto* const header = new QHBoxLayout;
-    header->setContentsMargins(kSideMargin, 16, kSideMargin, 10);
-    header->addWidget(m_title, 1);
-    header->addWidget(m_note);
-    m_column->setContentsMargins(0, 0, 0, 0);
-    m_column->setSpacing(0);
-    m_column->addLayout(header);
-    m_column->addWidget(m_banner);
-    m_column->addWidget(m_emptyHint);
-    m_column->addWidget(m_list, 1);
+    layOut({m_header}, *m_list);
     setFocusProxy(m_list);
-
     connectList();
-    connect(&theme, &Theme::changed, this, &TodoGroupPage::applyTheme);
-    applyTheme();
     m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) { catchUp(); });
 }
 
@@ -71,24 +38,23 @@ void TodoGroupPage::connectList() {
     connect(m_list, &TodoGroupView::menuRequested, this, &TodoGroupPage::openMenu);
 }
 
-void TodoGroupPage::insertBar(QWidget& bar) {
-    m_column->insertWidget(m_column->indexOf(m_emptyHint), &bar);
-    auto* last = &bar;
-    while (bar.isAncestorOf(last->nextInFocusChain())) {
-        last = last->nextInFocusChain();
-    }
-    setTabOrder(last, m_list);
+QString TodoGroupPage::title() const {
+    return m_header->title();
 }
 
-void TodoGroupPage::focusList() {
+void TodoGroupPage::takeKeyboard() {
     m_list->setFocus();
     if (m_list->currentRow() < 0) {
         m_list->setCurrentRow(m_list->nearestTodo(0));
     }
 }
 
+void TodoGroupPage::scrollToTop() {
+    m_list->scrollToTop();
+}
+
 void TodoGroupPage::showEvent(QShowEvent* event) {
-    QWidget::showEvent(event);
+    Page::showEvent(event);
     if (m_isBehind) {
         catchUp();
     }
@@ -99,7 +65,7 @@ void TodoGroupPage::catchUp() {
     if (m_isBehind) {
         return;
     }
-    perform([this] {
+    follow([this] {
         setNow(m_workspace.now(), m_workspace.dates.formats().calendar().timeZone());
         followBoards();
     });
@@ -119,7 +85,7 @@ void TodoGroupPage::recordsChanged(const store::ChangeSet& changes) {
         return;
     }
     m_list->entriesChanged({changes.updated.begin(), changes.updated.end()});
-    perform([this] { followBoards(); });
+    follow([this] { followBoards(); });
 }
 
 void TodoGroupPage::followBoards() {
@@ -138,14 +104,13 @@ void TodoGroupPage::groupsChanged(TodoGroupModel::Extent extent) {
     if (m_isBehind) {
         return;
     }
-    perform([&] { m_model.setGroups(groups(), extent); });
+    follow([&] { m_model.setGroups(groups(), extent); });
     showNotes();
 }
 
 void TodoGroupPage::showNotes() {
-    m_note->setText(headerNote());
-    m_emptyHint->setText(emptyHint());
-    m_emptyHint->setVisible(m_model.rowCount() == 0);
+    m_header->setNote(headerNote());
+    setHint(m_model.rowCount() == 0 ? emptyHint() : QString());
 }
 
 bool TodoGroupPage::belongs(const model::Entry& entry) const {
@@ -161,7 +126,7 @@ void TodoGroupPage::toggle(model::Entry& entry) {
 }
 
 void TodoGroupPage::tickAway(model::Entry& entry) {
-    const int attempt = ++m_attempts;
+    const auto attempt = ++m_attempts;
     if (m_lingering.contains(&entry)) {
         release(entry.id()); // taken back before: it lingers where it is now
     }
@@ -169,18 +134,10 @@ void TodoGroupPage::tickAway(model::Entry& entry) {
     m_model.holdInPlace(entry);
     linger(entry.id());
     // Stored at once, so that nothing is lost; only the row stays a little longer.
-    const bool isDone = perform([&] {
-        if (entry.isCompleted()) {
-            m_workspace.entries.restoreTodo(entry, m_workspace.now());
-        } else {
-            m_workspace.entries.completeTodo(entry, m_workspace.now());
-        }
-    });
-    if (!isDone) {
+    if (!m_actions.toggle(entry)) {
         letGo(entry, attempt);
         return;
     }
-    m_banner->clear();
     QTimer::singleShot(kTickShown, this, [this, &entry, attempt] { endLingering(entry, attempt); });
 }
 
@@ -190,13 +147,11 @@ void TodoGroupPage::takeBack(model::Entry& entry) {
     if (before == m_lingering.end()) {
         return;
     }
-    perform([&] {
-        if (entry.isCompleted()) {
-            m_workspace.entries.restoreTodo(entry, m_workspace.now(), before->second.sortOrder);
-        } else {
-            m_workspace.entries.completeTodo(entry, m_workspace.now(), before->second.completedAt);
-        }
-    });
+    if (entry.isCompleted()) {
+        m_actions.restore(entry, before->second.sortOrder);
+    } else {
+        m_actions.complete(entry, before->second.completedAt);
+    }
 }
 
 void TodoGroupPage::endLingering(model::Entry& entry, int attempt) {
@@ -217,8 +172,8 @@ void TodoGroupPage::letGo(model::Entry& entry, int attempt) {
         return; // ticked once more meanwhile
     }
     m_lingering.erase(found);
-    const int row = m_model.rowOf(entry);
-    const bool wasCurrent = row >= 0 && m_list->currentRow() == row;
+    const auto row = m_model.rowOf(entry);
+    const auto wasCurrent = row >= 0 && m_list->currentRow() == row;
     m_model.letMove(entry);
     release(entry.id());
     if (wasCurrent && m_model.rowOf(entry) < 0) {
@@ -227,29 +182,26 @@ void TodoGroupPage::letGo(model::Entry& entry, int attempt) {
 }
 
 void TodoGroupPage::remove(model::Entry& entry) {
-    const int row = m_model.rowOf(entry);
+    const auto row = m_model.rowOf(entry);
     if (row < 0) {
         return;
     }
-    const auto text = shortened(m_model.text(row));
-    if (!perform([&] { m_workspace.entries.deleteEntry(entry); })) {
-        return;
-    }
-    m_list->setCurrentRow(m_list->nearestTodo(row));
-    m_list->setFocus();
-    m_banner->offer(tr("“%1” was deleted.").arg(text), tr("Undo"),
-                    [this] { perform([this] { m_workspace.undo.undo(); }); });
+    m_actions.remove(entry, {.text = m_model.text(row),
+                             .goOn =
+                                 [this, row] {
+                                     m_list->setCurrentRow(m_list->nearestTodo(row));
+                                     m_list->setFocus();
+                                 },
+                             .undo = [this] { perform([this] { m_workspace.undo.undo(); }); }});
 }
 
 void TodoGroupPage::openSchedule(model::Entry& entry) {
-    const int row = m_model.rowOf(entry);
+    const auto row = m_model.rowOf(entry);
     if (entry.isCompleted() || row < 0) {
         return;
     }
     m_list->setCurrentRow(row);
-    auto* const popover = new SchedulePopover(entry, m_workspace, m_theme, window());
-    popover->openAt(m_list->detailRect(row));
-    popover->setFocus();
+    m_actions.openSchedule(entry, m_list->detailRect(row));
 }
 
 void TodoGroupPage::openMenu(int row, const QPoint& globalPosition) {
@@ -269,18 +221,6 @@ void TodoGroupPage::openMenu(int row, const QPoint& globalPosition) {
     menu->addSeparator();
     items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); });
     menu->popup(globalPosition);
-}
-
-void TodoGroupPage::applyTheme() {
-    m_title->setFont(m_theme.titleFont());
-    m_note->setFont(m_theme.font());
-    auto quiet = m_note->palette();
-    quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
-    m_note->setPalette(quiet);
-}
-
-void TodoGroupPage::showRefusal(const QString& message) {
-    m_banner->showMessage(message);
 }
 
 } // namespace korvex::ui

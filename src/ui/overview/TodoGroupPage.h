@@ -1,39 +1,32 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "ui/kit/Refusal.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/Page.h"
 #include "ui/overview/TodoGroupModel.h"
+#include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
-
 #include <QWidget>
 
 #include <optional>
 #include <unordered_map>
 
-class QLabel;
-class QVBoxLayout;
-
 namespace korvex::ui {
 
-class ErrorBanner;
+class PageHeader;
 class TodoGroupView;
 
 /// A page of todos from all boards under headings. Carries out what the user asks of a todo: a tick
 /// is stored at once and seen a moment longer, then its row leaves; ticked again before, nothing
 /// has changed. Follows the store and the clock; out of sight it does nothing, and catches up when
 /// it is shown. Main thread.
-class TodoGroupPage : public QWidget {
+class TodoGroupPage : public Page {
     Q_OBJECT
 
 public:
     ~TodoGroupPage() override;
 
-    void focusList();
-
-    TodoGroupView& list() { return *m_list; }
-    TodoGroupModel& todos() { return m_model; }
-    ErrorBanner& banner() { return *m_banner; }
+    QString title() const override;
+    void takeKeyboard() override;
 
 Q_SIGNALS:
     /// The entry is to be shown on its board.
@@ -62,19 +55,8 @@ protected:
 
     /// The groups are others now; small steps where few of their todos are.
     void groupsChanged(TodoGroupModel::Extent extent = TodoGroupModel::Extent::few);
-    /// Between the title and the list.
-    void insertBar(QWidget& bar);
-    /// Runs an operation and says in the banner why it was refused; true when it was done.
-    template <typename Operation>
-    bool perform(Operation&& operation) {
-        const auto refused = refusal(operation);
-        if (refused) {
-            showRefusal(*refused);
-        }
-        return !refused;
-    }
+    void scrollToTop();
     const Workspace& workspace() const { return m_workspace; }
-    const Theme& theme() const { return m_theme; }
 
     void showEvent(QShowEvent* event) override;
 
@@ -101,18 +83,12 @@ private:
     void remove(model::Entry& entry);
     void openSchedule(model::Entry& entry);
     void openMenu(int row, const QPoint& globalPosition);
-    void applyTheme();
-    void showRefusal(const QString& message);
 
     const Workspace& m_workspace;
-    const Theme& m_theme;
     TodoGroupModel m_model;
-    QVBoxLayout* m_column;
-    QLabel* m_title;
-    QLabel* m_note;
-    ErrorBanner* m_banner;
-    QLabel* m_emptyHint;
+    PageHeader* m_header;
     TodoGroupView* m_list;
+    TodoActions m_actions;
     std::unordered_map<const model::Entry*, Lingering> m_lingering;
     int m_attempts = 0;
     bool m_isBehind = true;

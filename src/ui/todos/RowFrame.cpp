@@ -3,8 +3,8 @@
 namespace korvex::ui {
 
 RowFrame RowFrame::of(const Theme& theme) {
-    const int sign = theme.scaled(18);
-    const int schedule = theme.scaled(16);
+    const auto sign = theme.scaled(18);
+    const auto schedule = theme.scaled(16);
     return {
         .signSize = sign,
         .textLeft = boxMargin + gap + sign + gap,

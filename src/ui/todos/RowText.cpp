@@ -38,7 +38,7 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     auto layout = std::make_unique<QTextLayout>(text, theme.font());
     QTextOption option;
-    const bool isRightToLeft = text.isRightToLeft();
+    const auto isRightToLeft = text.isRightToLeft();
     option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);

@@ -24,18 +24,18 @@ constexpr int kCustom = -1;
 
 } // namespace
 
-SchedulePopover::SchedulePopover(model::Entry& entry, const Workspace& workspace,
-                                 const Theme& theme, QWidget* window)
+SchedulePopover::SchedulePopover(model::Entry& entry, const Services& services, const Theme& theme,
+                                 QWidget* window)
     : Popover(theme, window),
-      m_workspace(workspace),
-      m_formats(workspace.dates.shared()),
+      m_services(services),
+      m_formats(services.dates.shared()),
       m_editor(
           entry.schedule(),
           {.completed = entry.isCompleted(),
-           .defaultReminderMinutes = workspace.preferences.defaultReminderMinutes()},
-          workspace.now(), *m_formats,
+           .defaultReminderMinutes = services.preferences.defaultReminderMinutes()},
+          services.clock.now(), *m_formats,
           [this, &entry](const model::TodoSchedule& schedule) {
-              m_workspace.entries.updateSchedule(entry, schedule, m_workspace.now());
+              m_services.entries.updateSchedule(entry, schedule, m_services.clock.now());
           },
           [this] { closeNow(); }) {
     setAccessibleName(tr("Schedule"));
@@ -149,9 +149,9 @@ void SchedulePopover::fillPresets() {
         }
     }
     m_preset->addItem(tr("Custom"), kCustom);
-    const int chosen = m_editor.reminderPreset && m_editor.hasDue
-                           ? static_cast<int>(*m_editor.reminderPreset)
-                           : kCustom;
+    const auto chosen = m_editor.reminderPreset && m_editor.hasDue
+                            ? static_cast<int>(*m_editor.reminderPreset)
+                            : kCustom;
     m_preset->setCurrentIndex(m_preset->findData(chosen));
 }
 
@@ -169,7 +169,7 @@ void SchedulePopover::showState() {
     fillPresets();
 
     m_day->setEnabled(m_editor.hasDue);
-    const bool hasTime = m_editor.hasDue && m_editor.hasTime;
+    const auto hasTime = m_editor.hasDue && m_editor.hasTime;
     m_hasTime->setVisible(m_editor.hasDue);
     m_time->setVisible(m_editor.hasDue);
     m_time->setEnabled(hasTime);
@@ -192,8 +192,8 @@ void SchedulePopover::takeState() {
     if (m_isShowing) {
         return;
     }
-    const bool reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
-    const bool reminderMoved = m_reminder->dateTime() != dateTimeOf(m_editor.reminder);
+    const auto reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
+    const auto reminderMoved = m_reminder->dateTime() != dateTimeOf(m_editor.reminder);
     m_editor.hasDue = m_hasDue->isChecked();
     m_editor.hasTime = m_hasTime->isChecked();
     m_editor.hasWindow = m_hasWindow->isChecked();
@@ -208,7 +208,7 @@ void SchedulePopover::takeState() {
     if (reminderMoved) {
         m_editor.reminder = instantOf(m_reminder->date(), m_reminder->time(), m_editor.reminder);
     }
-    const int preset = m_preset->currentData().toInt();
+    const auto preset = m_preset->currentData().toInt();
     if (reminderAppears && m_editor.hasDue) {
         m_editor.reminderPreset = schedule::TodoReminderPreset::atDueTime;
     } else if (preset == kCustom) {
@@ -221,7 +221,7 @@ void SchedulePopover::takeState() {
 }
 
 void SchedulePopover::setDueDay(int daysFromToday) {
-    const auto today = dateTimeOf(m_workspace.now()).date();
+    const auto today = dateTimeOf(m_services.clock.now()).date();
     m_editor.hasDue = true;
     m_editor.due =
         instantOf(today.addDays(daysFromToday), dateTimeOf(m_editor.due).time(), m_editor.due);
@@ -236,7 +236,7 @@ void SchedulePopover::clear() {
 }
 
 void SchedulePopover::save() {
-    if (!m_editor.save(m_workspace.now())) {
+    if (!m_editor.save(m_services.clock.now())) {
         showError();
         placeAgain();
     }

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "app/AppPreferences.h"
+#include "base/Clock.h"
 #include "schedule/TodoScheduleEditor.h"
+#include "services/EntryService.h"
 #include "ui/kit/Popover.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/workspace/DateTexts.h"
 
 #include <QDateTime>
 
@@ -23,7 +26,14 @@ class SchedulePopover final : public Popover {
     Q_OBJECT
 
 public:
-    SchedulePopover(model::Entry& entry, const Workspace& workspace, const Theme& theme,
+    /// What the popover works with; all of it outlives the window.
+    struct Services {
+        services::EntryService& entries;
+        const app::AppPreferences& preferences;
+        const DateTexts& dates;
+        const base::Clock& clock;
+    };
+    SchedulePopover(model::Entry& entry, const Services& services, const Theme& theme,
                     QWidget* window);
 
     /// A press outside saves what can be saved; what cannot stays open with the reason.
@@ -47,7 +57,7 @@ private:
     void save();
     void showError();
 
-    const Workspace& m_workspace;
+    Services m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
     bool m_isShowing = false;

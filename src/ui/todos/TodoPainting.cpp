@@ -25,11 +25,11 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     painter.setFont(theme.smallFont());
     painter.setPen(color);
     // A label that fits is not to be wrapped for a part of a pixel.
-    const bool wraps = label.width(theme) > rect.width();
+    const auto wraps = label.width(theme) > rect.width();
     painter.drawText(wraps ? rect.adjusted(0, 0, -label.bellWidth(theme), 0) : rect,
                      Qt::AlignLeft | Qt::AlignVCenter | (wraps ? Qt::TextWordWrap : 0), label.text);
     if (label.hasReminder) {
-        const int size = theme.scaled(13);
+        const auto size = theme.scaled(13);
         IconSet::draw(painter, QStringLiteral("bell-fill"), color,
                       QRect(rect.right() + 1 - size, rect.center().y() - size / 2, size, size));
     }

@@ -43,7 +43,7 @@ void TodoTextEdit::keyPressEvent(QKeyEvent* event) {
 
 bool TodoTextEdit::handledAsCommand(QKeyEvent* event) {
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    const bool isPlain = modifiers == Qt::NoModifier;
+    const auto isPlain = modifiers == Qt::NoModifier;
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -70,7 +70,7 @@ bool TodoTextEdit::handledAsCommand(QKeyEvent* event) {
         return false;
     case Qt::Key_Up:
     case Qt::Key_Down: {
-        const int direction = event->key() == Qt::Key_Up ? -1 : 1;
+        const auto direction = event->key() == Qt::Key_Up ? -1 : 1;
         if (modifiers == Qt::AltModifier) {
             Q_EMIT moveRequested(direction);
             return true;

@@ -1,9 +1,11 @@
 #include "ui/windows/MainWindow.h"
 
-#include "ui/boards/BoardActions.h"
+#include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/ErrorBanner.h"
 #include "ui/kit/Text.h"
+#include "ui/overview/CompletedPage.h"
+#include "ui/overview/SearchPage.h"
+#include "ui/overview/UpcomingPage.h"
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
 
@@ -17,20 +19,7 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr const char* kGeometryKey = "mainWindowGeometry";
-constexpr const char* kSplitterKey = "mainWindowSplitter";
-constexpr const char* kSidebarHiddenKey = "mainWindowSidebarHidden";
-constexpr QSize kFirstSize(960, 640);
 constexpr QSize kSmallestSize(420, 320);
-constexpr int kFirstSidebarWidth = 220;
-
-base::Bytes toBytes(const QByteArray& bytes) {
-    return {bytes.begin(), bytes.end()};
-}
-
-QByteArray toByteArray(const base::Bytes& bytes) {
-    return {reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size())};
-}
 
 } // namespace
 
@@ -38,11 +27,38 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     : m_workspace(workspace),
       m_theme(theme),
       m_splitter(new QSplitter(this)),
-      m_sidebar(new Sidebar(workspace, theme)),
+      m_sidebar(new Sidebar(workspace.boards, workspace.context, workspace.clock, theme)),
       m_pages(new PageStack),
-      m_page(new BoardPage(workspace, theme)) {
+      m_boardPage(new BoardPage(workspace, theme)),
+      m_boardActions(*m_sidebar, workspace.boards, workspace.clock, theme, *this),
+      m_navigation({.sidebar = *m_sidebar, .pages = *m_pages, .boardPage = *m_boardPage},
+                   workspace.boards, workspace.context, workspace.preferences, this),
+      m_search(m_sidebar->searchField(), m_navigation, workspace.search, this),
+      m_actions({.window = *this,
+                 .sidebar = *m_sidebar,
+                 .boardPage = *m_boardPage,
+                 .boardActions = m_boardActions,
+                 .navigation = m_navigation},
+                workspace, theme),
+      m_layout(*this, *m_splitter, *m_sidebar, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     setMinimumSize(kSmallestSize);
+    layOut();
+    addPages();
+    m_pages->show(PageKind::board);
+    connectSidebar();
+    connectBoardPage();
+    connect(&m_navigation, &Navigation::changed, this, &MainWindow::showTitle);
+    connect(&m_boardActions, &BoardActions::refused, this, &MainWindow::showError);
+    connect(&m_actions, &WindowActions::refused, this, &MainWindow::showError);
+    m_boardPage->list().viewport()->installEventFilter(this);
+    m_layout.restore();
+    m_navigation.start();
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::layOut() {
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_pages);
     m_splitter->setHandleWidth(1);
@@ -51,67 +67,94 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->addWidget(m_splitter);
-    m_actions = new BoardActions(*m_sidebar, workspace, theme, *this);
-    m_actions->setParent(this);
-    addPages();
-    m_pages->show(PageKind::board);
+}
 
-    connectSidebar();
-    connect(m_page, &BoardPage::iconRequested, this,
-            [this](const QRect& anchor) { m_actions->chooseIcon(*m_page->board(), anchor); });
-    connect(m_page, &BoardPage::menuRequested, this, &MainWindow::openPageMenu);
-    connect(m_page, &BoardPage::unarchiveRequested, this,
-            [this] { m_actions->setArchived(*m_page->board(), false); });
-    connect(m_actions, &BoardActions::refused, this, &MainWindow::showError);
-    connect(&m_page->entries(), &EntryListModel::countsChanged, this, [this] {
-        auto* const board = m_page->board();
-        if (board && m_sidebar->boards().rowOf(*board) >= 0) {
-            m_sidebar->boards().setOpenTodoCount(*board, m_page->entries().openTodoCount());
+void MainWindow::addPages() {
+    m_pages->add(PageKind::board, [this] { return m_boardPage; });
+    m_pages->add(PageKind::upcoming, [this] { return makeTodosPage<UpcomingPage>(); });
+    m_pages->add(PageKind::completed, [this] { return makeTodosPage<CompletedPage>(); });
+    m_pages->add(PageKind::search, [this] { return makeSearchPage(); });
+    m_pages->add(PageKind::archived, [this] { return makeArchivedPage(); });
+}
+
+template <typename TodosPage>
+Page* MainWindow::makeTodosPage() {
+    auto* const page = new TodosPage(m_workspace, m_theme);
+    connect(page, &TodosPage::entryOpenRequested, this,
+            [this](model::Entry* entry) { m_navigation.showEntry(*entry); });
+    return page;
+}
+
+Page* MainWindow::makeSearchPage() {
+    auto* const page = new SearchPage(m_workspace, m_theme);
+    connect(page, &SearchPage::entryOpenRequested, this,
+            [this](model::Entry* entry) { m_navigation.showEntry(*entry); });
+    connect(page, &SearchPage::boardOpenRequested, this,
+            [this](model::Board* board) { m_navigation.openBoard(*board); });
+    m_search.setPage(*page);
+    return page;
+}
+
+Page* MainWindow::makeArchivedPage() {
+    auto* const page = new ArchivedBoardsPage(m_workspace.boards, m_workspace.context, m_theme);
+    connect(page, &ArchivedBoardsPage::openRequested, this, [this](model::Board* board) {
+        m_navigation.showBoard(*board);
+        m_navigation.takeKeyboard();
+    });
+    connect(page, &ArchivedBoardsPage::unarchiveRequested, this,
+            [this](model::Board* board) { m_boardActions.setArchived(*board, false); });
+    connect(page, &ArchivedBoardsPage::deletionRequested, this,
+            [this](model::Board* board, const QRect& anchor) {
+                m_boardActions.confirmDeletion(*board, anchor);
+            });
+    return page;
+}
+
+void MainWindow::connectSidebar() {
+    connect(m_sidebar, &Sidebar::boardChosen, this,
+            [this](model::Board* board) { m_navigation.showBoard(*board); });
+    connect(m_sidebar, &Sidebar::pageRequested, this, [this](PageKind page) {
+        if (m_navigation.showPage(page)) {
+            m_navigation.takeKeyboard();
         }
     });
-    m_page->list().viewport()->installEventFilter(this);
-
-    addShortcuts();
-    addUndoActions();
-    restoreLayout();
-    m_changes =
-        workspace.context.didChange().connect([this](const store::ChangeSet&) { storeChanged(); });
-    m_sidebar->refresh();
-    if (auto* const board = launchBoard()) {
-        showBoard(*board);
-    }
-    m_page->setFocus();
+    connect(m_sidebar, &Sidebar::entryDropped, this,
+            [this](const base::Uuid& entry, model::Board* board) {
+                m_boardPage->actions().moveToBoard(entry, *board);
+            });
 }
 
-MainWindow::~MainWindow() = default;
-
-void MainWindow::restoreLayout() {
-    resize(kFirstSize);
-    m_splitter->setSizes({kFirstSidebarWidth, kFirstSize.width() - kFirstSidebarWidth});
-    if (const auto geometry = m_workspace.defaults.bytes(kGeometryKey)) {
-        restoreGeometry(toByteArray(*geometry));
-    }
-    if (const auto sizes = m_workspace.defaults.bytes(kSplitterKey)) {
-        m_splitter->restoreState(toByteArray(*sizes));
-        m_splitter->setHandleWidth(1);
-    }
-    m_sidebar->setHidden(m_workspace.defaults.boolean(kSidebarHiddenKey).value_or(false));
+void MainWindow::connectBoardPage() {
+    connect(m_boardPage, &BoardPage::iconRequested, this, [this](const QRect& anchor) {
+        m_boardActions.chooseIcon(*m_boardPage->board(), anchor);
+    });
+    connect(m_boardPage, &BoardPage::unarchiveRequested, this,
+            [this] { m_boardActions.setArchived(*m_boardPage->board(), false); });
+    connect(&m_boardPage->entries(), &EntryListModel::countsChanged, this, [this] {
+        auto* const board = m_boardPage->board();
+        if (board && m_sidebar->boards().rowOf(*board) >= 0) {
+            m_sidebar->boards().setOpenTodoCount(*board, m_boardPage->entries().openTodoCount());
+        }
+    });
 }
 
-void MainWindow::saveLayout() {
-    m_workspace.defaults.setBytes(kGeometryKey, toBytes(saveGeometry()));
-    m_workspace.defaults.setBytes(kSplitterKey, toBytes(m_splitter->saveState()));
-    m_workspace.defaults.setBoolean(kSidebarHiddenKey, m_sidebar->isHidden());
+void MainWindow::showTitle() {
+    const auto name = m_pages->current().title();
+    setWindowTitle(name.isEmpty() ? QStringLiteral("Korvex") : tr("%1 – Korvex").arg(name));
 }
 
-/// The board that was shown last; the Inbox when that is gone.
-model::Board* MainWindow::launchBoard() {
-    model::Board* board = nullptr;
-    if (const auto last = m_workspace.preferences.mainBoardSelectedBoardID()) {
-        board = m_workspace.boards.board(*last);
+void MainWindow::countUpcoming() {
+    const auto refused = refusal([this] {
+        auto& upcoming = m_workspace.upcoming.get();
+        const auto show = [this, &upcoming] {
+            m_sidebar->setUpcomingCount(static_cast<int>(upcoming.count()));
+        };
+        m_upcomingChanges = upcoming.didChange().connect(show);
+        show();
+    });
+    if (refused) {
+        showError(*refused);
     }
-    return board && m_sidebar->boards().rowOf(*board) >= 0 ? board
-                                                           : m_workspace.boards.inboxBoard();
 }
 
 void MainWindow::showNotices(const std::vector<std::string>& notices) {
@@ -120,12 +163,12 @@ void MainWindow::showNotices(const std::vector<std::string>& notices) {
         lines.append(toQString(notice));
     }
     if (!lines.isEmpty()) {
-        m_page->banner().showMessage(lines.join(QLatin1Char('\n')), ErrorBanner::Tone::notice);
+        m_boardPage->banner().showMessage(lines.join(QLatin1Char('\n')), ErrorBanner::Tone::notice);
     }
 }
 
 void MainWindow::showError(const QString& message) {
-    m_pages->showMessage(message);
+    m_pages->current().banner().showMessage(message);
 }
 
 void MainWindow::comeForward() {
@@ -138,7 +181,7 @@ void MainWindow::comeForward() {
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (!m_wasPainted && event->type() == QEvent::Paint) {
         m_wasPainted = true;
-        m_page->list().viewport()->removeEventFilter(this);
+        m_boardPage->list().viewport()->removeEventFilter(this);
         // Once this paint has reached the screen.
         QTimer::singleShot(0, this, [this] {
             Q_EMIT firstPainted();
@@ -149,24 +192,17 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape &&
-        (m_pages->current() != PageKind::board || m_page->isReadOnly())) {
-        goBack();
+    if (event->key() == Qt::Key_Escape && m_navigation.canGoBack()) {
+        m_navigation.goBack();
     } else {
         QWidget::keyPressEvent(event);
     }
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
-    saveLayout();
-    if (m_page->leaveEditor()) {
-        event->accept();
-    } else {
-        // What could not be stored stays in sight, with the reason.
-        m_pages->show(PageKind::board);
-        pageChanged();
-        event->ignore();
-    }
+    m_layout.save();
+    // What could not be stored stays in sight, with the reason.
+    event->setAccepted(m_pages->current().leave());
 }
 
 } // namespace korvex::ui

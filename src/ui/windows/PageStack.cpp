@@ -4,22 +4,22 @@ namespace korvex::ui {
 
 PageStack::PageStack(QWidget* parent) : QStackedWidget(parent) {}
 
-void PageStack::add(PageKind kind, Page page) {
-    m_pages.emplace(kind, Slot{std::move(page), nullptr});
+void PageStack::add(PageKind kind, MakePage make) {
+    m_pages.emplace(kind, Slot{std::move(make), nullptr});
 }
 
 void PageStack::show(PageKind kind) {
     auto& slot = m_pages.at(kind);
-    if (!slot.widget) {
-        slot.widget = slot.page.make();
-        addWidget(slot.widget);
+    if (!slot.page) {
+        slot.page = slot.make();
+        addWidget(slot.page);
     }
-    const bool wasShown = currentWidget() == slot.widget && m_current == kind;
+    const auto wasShown = currentWidget() == slot.page && m_current == kind;
     m_current = kind;
     if (!wasShown) {
-        slot.page.storeChanged();
+        slot.page->storeChanged();
     }
-    setCurrentWidget(slot.widget);
+    setCurrentWidget(slot.page);
 }
 
 } // namespace korvex::ui

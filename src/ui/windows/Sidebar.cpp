@@ -14,11 +14,20 @@
 
 namespace korvex::ui {
 
-Sidebar::Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent)
+namespace {
+
+constexpr int kMinimumWidth = 180;
+constexpr int kMaximumWidth = 360;
+
+} // namespace
+
+Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
+                 const base::Clock& clock, const Theme& theme, QWidget* parent)
     : QWidget(parent),
-      m_workspace(workspace),
+      m_boards(boards),
+      m_clock(clock),
       m_theme(theme),
-      m_model(workspace),
+      m_model(boards, context),
       m_search(new SearchField(theme, this)),
       m_upcoming(new SidebarRow(QStringLiteral("calendar-dots"), tr("Upcoming"), theme, this)),
       m_completed(new SidebarRow(QStringLiteral("check-circle"), tr("Completed"), theme, this)),
@@ -100,7 +109,7 @@ void Sidebar::walk(const SidebarRow* from, int direction) {
 void Sidebar::showChoice(PageKind page, const model::Board* board) {
     m_upcoming->setChecked(page == PageKind::upcoming);
     m_completed->setChecked(page == PageKind::completed);
-    const bool isListed = board && m_model.rowOf(*board) >= 0;
+    const auto isListed = board && m_model.rowOf(*board) >= 0;
     // An archived board that is looked at belongs to the archived ones.
     m_archived->setChecked(page == PageKind::archived || (page == PageKind::board && !isListed));
     if (page == PageKind::board && isListed) {
@@ -137,9 +146,8 @@ void Sidebar::countSoon() {
 
 void Sidebar::createBoard() {
     model::Board* created = nullptr;
-    const auto refused = refusal([&] {
-        created = &m_workspace.boards.createBoard(toUtf8(tr("New board")), m_workspace.now());
-    });
+    const auto refused =
+        refusal([&] { created = &m_boards.createBoard(toUtf8(tr("New board")), m_clock.now()); });
     if (refused) {
         showMessage(*refused);
         return;
@@ -156,7 +164,7 @@ void Sidebar::rename(model::Board& board) {
 }
 
 std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
-    const int row = m_model.rowOf(board);
+    const auto row = m_model.rowOf(board);
     if (row < 0 || !m_list->isVisible()) {
         return std::nullopt;
     }
@@ -165,8 +173,7 @@ std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
 }
 
 void Sidebar::store(model::Board& board, const QString& name) {
-    const auto refused =
-        refusal([&] { m_workspace.boards.renameBoard(board, toUtf8(name), m_workspace.now()); });
+    const auto refused = refusal([&] { m_boards.renameBoard(board, toUtf8(name), m_clock.now()); });
     if (!refused) {
         m_banner->clear();
         return;
@@ -174,7 +181,7 @@ void Sidebar::store(model::Board& board, const QString& name) {
     showMessage(*refused);
     // What was typed stays to be corrected; Escape gives it up.
     QTimer::singleShot(0, this, [this, id = board.id(), name] {
-        if (auto* const again = m_workspace.boards.board(id); again && m_model.rowOf(*again) >= 0) {
+        if (auto* const again = m_boards.board(id); again && m_model.rowOf(*again) >= 0) {
             m_list->rename(*again, name);
         }
     });
@@ -185,8 +192,7 @@ void Sidebar::move(const base::Uuid& id, const base::Uuid& target,
     if (id == target) {
         return;
     }
-    const auto refused =
-        refusal([&] { m_workspace.boards.moveBoard(id, target, placement, m_workspace.now()); });
+    const auto refused = refusal([&] { m_boards.moveBoard(id, target, placement, m_clock.now()); });
     if (refused) {
         showMessage(*refused);
     }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "base/Clock.h"
+#include "services/BoardService.h"
+#include "store/ModelContext.h"
 #include "ui/boards/BoardListView.h"
 #include "ui/boards/BoardListing.h"
 #include "ui/windows/PageKind.h"
-#include "ui/workspace/Workspace.h"
 
 #include <QWidget>
 
@@ -22,27 +24,21 @@ class Sidebar final : public QWidget, public BoardListing {
     Q_OBJECT
 
 public:
-    Sidebar(const Workspace& workspace, const Theme& theme, QWidget* parent = nullptr);
+    Sidebar(services::BoardService& boards, store::ModelContext& context, const base::Clock& clock,
+            const Theme& theme, QWidget* parent = nullptr);
 
     BoardListModel& boards() { return m_model; }
-    BoardListView& list() { return *m_list; }
     SearchField& searchField() { return *m_search; }
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
     void setUpcomingCount(int count);
     /// The store's records have changed.
     void refresh();
-    /// Counts the open todos of all boards, soon.
-    void countSoon();
 
     /// Makes a board and lets its name be typed.
     void createBoard();
     void rename(model::Board& board) override;
     std::optional<QRect> rowOf(const model::Board& board) const override;
-    void showMessage(const QString& message);
-
-    static constexpr int kMinimumWidth = 180;
-    static constexpr int kMaximumWidth = 360;
 
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
@@ -55,13 +51,17 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// Counts the open todos of all boards, soon.
+    void countSoon();
+    void showMessage(const QString& message);
     void connectRows();
     void walk(const SidebarRow* from, int direction);
     void store(model::Board& board, const QString& name);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
     void applyTheme();
 
-    const Workspace& m_workspace;
+    services::BoardService& m_boards;
+    const base::Clock& m_clock;
     const Theme& m_theme;
     BoardListModel m_model;
     SearchField* m_search;

@@ -3,7 +3,6 @@
 #include "app/AppPreferences.h"
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
-#include "base/Log.h"
 #include "base/TextFolding.h"
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -21,10 +20,10 @@
 
 namespace korvex::ui {
 
-/// What every view works with. Made once in `main` and handed down; all of it outlives the views.
-/// Main thread.
+/// What the views work with, over one open store. Pages and windows, which put others together, are
+/// handed all of it; whatever uses a few of these asks for them by name. All of it outlives the
+/// views. Main thread.
 struct Workspace {
-    store::ModelContainer& container;
     store::ModelContext& context;
     services::BoardService& boards;
     services::EntryService& entries;
@@ -46,7 +45,6 @@ struct Workspace {
     services::TemporaryAttachmentCopies& copies;
     /// Of the pages over all boards.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
-    base::LogSink& log;
 
     base::Instant now() const { return clock.now(); }
 };

@@ -61,9 +61,11 @@ protected:
     }
 
     BoardPicker& open(const model::Board* excluded = nullptr) {
+        auto boards = services::BoardService::activeBoards(own.boards.boards());
+        std::erase(boards, excluded);
         auto* const picker =
-            new BoardPicker(services::BoardService::activeBoards(own.boards.boards()),
-                            QStringLiteral("Go to board"), workspace, theme, &window, excluded);
+            new BoardPicker({.title = QStringLiteral("Go to board"), .boards = std::move(boards)},
+                            own.context, workspace.folding, theme, &window);
         QObject::connect(picker, &BoardPicker::chosen, &window,
                          [this](model::Board* board) { chosen.push_back(board->name()); });
         picker->open();

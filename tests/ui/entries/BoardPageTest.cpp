@@ -222,7 +222,7 @@ TEST_F(BoardPageTest, ABoardThatIsGoneRefusesTheTextAndKeepsIt) {
     EXPECT_EQ(editor().text(), QStringLiteral("kept"));
     EXPECT_TRUE(isEditing());
     EXPECT_NE(editorError(), QString());
-    EXPECT_FALSE(page.leaveEditor());
+    EXPECT_FALSE(page.leave());
     editor().findChild<QPushButton*>()->click();
     EXPECT_FALSE(isEditing()) << "the user can give it up";
 }

@@ -56,7 +56,7 @@ protected:
     }
     std::string shown() { return tests::dump(field().content()); }
     std::string stored(const model::Entry& entry) {
-        return tests::dump(richtext::richText(entry, serializer));
+        return tests::dump(richtext::richText(entry, workspace.serializer));
     }
     QString error() {
         for (const auto* const label : editor()->findChildren<QLabel*>()) {
@@ -183,7 +183,7 @@ TEST_F(TextEditingTest, ARefusedTextStaysWithTheReason) {
     ASSERT_TRUE(isEditing());
     EXPECT_EQ(shown(), "ab");
     EXPECT_EQ(error(), textOf(model::EntryServiceErrorCase::entryUnavailable));
-    EXPECT_FALSE(page.leaveEditor() && isEditing());
+    EXPECT_FALSE(page.leave() && isEditing());
 }
 
 TEST_F(TextEditingTest, TheLimitIsSaidUnderTheTextUntilTheNextEdit) {
@@ -253,7 +253,7 @@ TEST_F(TextEditingTest, DeletingWhatIsEditedStoresWhatWasTypedSoThatItCanComeBac
     choose(QStringLiteral("Delete text"));
     EXPECT_FALSE(isEditing());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
-    page.undo();
+    page.actions().undo();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre(HasSubstr("typed")));
 }
 

@@ -22,12 +22,12 @@ protected:
     UndoInWindowTest() {
         changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
         for (const auto& [keys, run] :
-             {std::pair{QKeySequence(Qt::CTRL | Qt::Key_Z), &BoardPage::undo},
-              std::pair{QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), &BoardPage::redo}}) {
+             {std::pair{QKeySequence(Qt::CTRL | Qt::Key_Z), &EntryActions::undo},
+              std::pair{QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), &EntryActions::redo}}) {
             auto* const action = new QAction(&page);
             action->setShortcut(keys);
             page.addAction(action);
-            QObject::connect(action, &QAction::triggered, &page, run);
+            QObject::connect(action, &QAction::triggered, &page.actions(), run);
         }
         page.resize(600, 400);
         page.show();
@@ -117,7 +117,7 @@ TEST_F(UndoInWindowTest, AnUndoThatIsRefusedSaysWhyAndTheRestGoesOn) {
         program.entries.updateTodo(theirs(program, todo), "theirs", clock.now());
     });
     log.expectError("Edit Todo undo failed");
-    page.undo();
+    page.actions().undo();
     EXPECT_TRUE(page.banner().isVisible());
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("theirs"));
     EXPECT_TRUE(own.undo.canUndo());

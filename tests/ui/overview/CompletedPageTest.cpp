@@ -23,7 +23,7 @@ constexpr double kDay = 86'400;
 
 class CompletedPageTest : public tests::TodoPageFixture<CompletedPage> {
 protected:
-    CompletedFilterBar& bar() { return page.filterBar(); }
+    CompletedFilterBar& bar() { return *page.findChild<CompletedFilterBar*>(); }
     SearchField& search() { return *bar().findChild<SearchField*>(); }
     QComboBox& picker(const char* name) {
         for (auto* const each : bar().findChildren<QComboBox*>()) {
@@ -69,7 +69,7 @@ TEST_F(CompletedPageTest, TodosStandUnderTheDayOfTheirCompletionTheLatestFirst) 
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] late", "[x] early", "# Yesterday",
                                     "[x] yesterday", "# January 29, 2025", "[x] old"));
     EXPECT_THAT(said(), ElementsAre("4 completed"));
-    EXPECT_EQ(page.todos().detailLabel(1).text, QStringLiteral("7:00\u202FAM"));
+    EXPECT_EQ(listModel().detailLabel(1).text, QStringLiteral("7:00\u202FAM"));
     waitUntil(kNow + 16 * kHour);
     EXPECT_THAT(rows(), ElementsAre("# Yesterday", "[x] late", "[x] early", "# March 9, 2025",
                                     "[x] yesterday", "# January 29, 2025", "[x] old"))
@@ -183,7 +183,7 @@ TEST_F(CompletedPageTest, TheBoardsOnOfferAreThoseOfTheStore) {
     own.boards.setArchived(true, work, kNow);
     EXPECT_EQ(picker("Filter by board").currentText(), QStringLiteral("Office (archived)"));
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] a"));
-    EXPECT_EQ(page.todos().index(1, 0).data(Qt::AccessibleDescriptionRole).toString(),
+    EXPECT_EQ(listModel().index(1, 0).data(Qt::AccessibleDescriptionRole).toString(),
               QStringLiteral("Completed, 8:00\u202FAM, Today, Board: Office (archived)"));
     elsewhere([&](tests::StoreClient& client) {
         client.boards.deleteBoard(*client.boards.board(work.id()));
@@ -245,7 +245,7 @@ TEST_F(CompletedPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
     const auto todos = add(std::vector<std::string>(10'000, std::string(300, 'a')));
     own.entries.completeTodos(*inbox, kNow);
     show();
-    ASSERT_EQ(page.todos().rowCount(), 10'001);
+    ASSERT_EQ(listModel().rowCount(), 10'001);
     const auto height = [this](int row) { return list().globalRect(row).height(); };
     EXPECT_LT(height(10'000), height(1)) << "a guess, without a look at the text";
     own.entries.updateTodo(*todos.front(), "needle", kNow);

@@ -25,15 +25,17 @@ protected:
 
     std::vector<std::string> rows() {
         std::vector<std::string> result;
-        for (int row = 0; row < page.results().rowCount(); ++row) {
-            const auto index = page.results().index(row, 0);
+        for (int row = 0; row < results().rowCount(); ++row) {
+            const auto index = results().index(row, 0);
             result.push_back(toUtf8(index.data().toString() + QStringLiteral(" | ") +
                                     index.data(Qt::AccessibleDescriptionRole).toString()));
         }
         return result;
     }
-    std::string current() { return toUtf8(page.list().currentIndex().data().toString()); }
-    int currentTop() { return page.list().visualRect(page.list().currentIndex()).top(); }
+    SearchResultList& list() { return *page.findChild<SearchResultList*>(); }
+    QAbstractItemModel& results() { return *list().model(); }
+    std::string current() { return toUtf8(list().currentIndex().data().toString()); }
+    int currentTop() { return list().visualRect(list().currentIndex()).top(); }
 
     SearchPage page{workspace, theme};
     base::Subscription changes;
@@ -53,7 +55,7 @@ TEST_F(SearchPageTest, RowsSayWhatTheyAreAndWhere) {
                                     "Milk the cow | Completed Todo, on Inbox",
                                     "Milk route | Board, Archived",
                                     "on oat milk | Text, on Milk route, Archived"));
-    EXPECT_EQ(page.list().currentRow(), 0) << "Return opens the first without more ado";
+    EXPECT_EQ(list().currentRow(), 0) << "Return opens the first without more ado";
 }
 
 TEST_F(SearchPageTest, NothingFoundIsSaidInWords) {
@@ -72,14 +74,14 @@ TEST_F(SearchPageTest, FollowsChangesFromAnywhereKeepingTheChosenRowInItsPlace) 
     }
     const auto todos = add(contents);
     page.search(QStringLiteral("milk"));
-    page.list().setCurrentRow(100);
+    list().setCurrentRow(100);
     const int top = currentTop();
     elsewhere([&](tests::StoreClient& client) {
         client.entries.deleteEntry(theirs(client, *todos[3]));
         client.entries.deleteEntry(theirs(client, *todos[4]));
         client.entries.updateTodo(theirs(client, *todos[150]), "bread", kNow);
     });
-    EXPECT_EQ(page.results().rowCount(), 197);
+    EXPECT_EQ(results().rowCount(), 197);
     EXPECT_EQ(current(), "milk 100");
     EXPECT_EQ(currentTop(), top);
 
@@ -88,26 +90,26 @@ TEST_F(SearchPageTest, FollowsChangesFromAnywhereKeepingTheChosenRowInItsPlace) 
     elsewhere([&](tests::StoreClient& client) {
         client.entries.deleteEntries(*client.boards.inboxBoard());
     });
-    EXPECT_EQ(page.results().rowCount(), 0);
+    EXPECT_EQ(results().rowCount(), 0);
     page.openCurrent(); // nothing to open, nothing happens
 }
 
 TEST_F(SearchPageTest, ATodoIsTickedInItsRow) {
     const auto todos = add({"a milk", "b milk"});
     page.search(QStringLiteral("milk"));
-    page.list().setCurrentRow(1);
-    QTest::keyClick(&page.list(), Qt::Key_Space);
+    list().setCurrentRow(1);
+    QTest::keyClick(&list(), Qt::Key_Space);
     EXPECT_TRUE(todos[1]->isCompleted());
-    EXPECT_EQ(page.results().rowCount(), 2) << "it is still found";
+    EXPECT_EQ(results().rowCount(), 2) << "it is still found";
     EXPECT_EQ(current(), "b milk");
-    QTest::keyClick(&page.list(), Qt::Key_Space);
+    QTest::keyClick(&list(), Qt::Key_Space);
     EXPECT_FALSE(todos[1]->isCompleted());
 
     auto& old = own.boards.createBoard("Old", kNow);
     own.entries.createTodos({.contents = {"c milk"}, .board = old, .now = kNow});
     own.boards.setArchived(true, old, kNow);
-    page.list().setCurrentRow(2);
-    QTest::keyClick(&page.list(), Qt::Key_Space);
+    list().setCurrentRow(2);
+    QTest::keyClick(&list(), Qt::Key_Space);
     EXPECT_TRUE(services::completedTodos(old).empty()) << "an archived board is only looked at";
 }
 
@@ -117,8 +119,8 @@ TEST_F(SearchPageTest, APressOpensTheRow) {
     QObject::connect(&page, &SearchPage::entryOpenRequested, &page,
                      [&](model::Entry* entry) { opened.push_back(entry); });
     page.search(QStringLiteral("milk"));
-    const auto rect = page.list().visualRect(page.results().index(1, 0));
-    QTest::mouseClick(page.list().viewport(), Qt::LeftButton, {}, rect.center());
+    const auto rect = list().visualRect(results().index(1, 0));
+    QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, rect.center());
     EXPECT_THAT(opened, ElementsAre(todos[1]));
 }
 
@@ -133,12 +135,12 @@ TEST_F(SearchPageTest, RowsOutOfSightCostNoRecords) {
     });
     const auto& big = *own.boards.board(id);
     page.search(QStringLiteral("milk"));
-    ASSERT_EQ(page.results().rowCount(), 5'000);
-    page.list().viewport()->repaint();
+    ASSERT_EQ(results().rowCount(), 5'000);
+    list().viewport()->repaint();
     EXPECT_FALSE(big.entriesAreLoaded());
-    page.list().verticalScrollBar()->setValue(page.list().verticalScrollBar()->maximum());
-    page.list().viewport()->repaint();
-    EXPECT_EQ(page.list().visibleRows().second, 4'999);
+    list().verticalScrollBar()->setValue(list().verticalScrollBar()->maximum());
+    list().viewport()->repaint();
+    EXPECT_EQ(list().visibleRows().second, 4'999);
     EXPECT_FALSE(big.entriesAreLoaded());
 }
 

@@ -16,7 +16,7 @@ template <typename Page>
 class TodoPageFixture : public WindowFixture {
 protected:
     void SetUp() override {
-        scheduleClock.start(*own.container);
+        workspace.scheduleClock.start(*own.container);
         runLoop.runPosted();
     }
 
@@ -52,7 +52,7 @@ protected:
     /// What the rows say: "# Today", "[ ] Buy milk", "[x] Water plants".
     std::vector<std::string> rows() {
         std::vector<std::string> result;
-        const auto& model = page.todos();
+        const auto& model = listModel();
         for (int row = 0; row < model.rowCount(); ++row) {
             const auto* const entry = model.entry(row);
             result.push_back((!entry                 ? "# "
@@ -69,17 +69,18 @@ protected:
         return ::testing::AssertionFailure() << ::testing::PrintToString(rows());
     }
 
-    ui::TodoGroupView& list() { return page.list(); }
+    ui::TodoGroupView& list() { return *page.template findChild<ui::TodoGroupView*>(); }
+    ui::TodoGroupModel& listModel() { return *qobject_cast<ui::TodoGroupModel*>(list().model()); }
     void choose(const model::Entry& entry) {
         list().setFocus();
-        list().setCurrentRow(page.todos().rowOf(entry));
+        list().setCurrentRow(listModel().rowOf(entry));
     }
     void key(int which, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(&list(), static_cast<Qt::Key>(which), modifiers);
     }
     std::string currentText() {
         const int row = list().currentRow();
-        return row < 0 ? std::string() : ui::toUtf8(page.todos().text(row));
+        return row < 0 ? std::string() : ui::toUtf8(listModel().text(row));
     }
 
     Page page{workspace, theme};

@@ -22,7 +22,12 @@ protected:
     }
 
     void open() {
-        popover = new SchedulePopover(*entry, workspace, theme, &window);
+        popover = new SchedulePopover(*entry,
+                                      {.entries = own.entries,
+                                       .preferences = preferences,
+                                       .dates = workspace.dates,
+                                       .clock = clock},
+                                      theme, &window);
         popover->openAt({window.mapToGlobal(QPoint(20, 20)), QSize(80, 20)});
         popover->setFocus();
         QApplication::processEvents();

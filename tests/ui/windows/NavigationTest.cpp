@@ -1,4 +1,4 @@
-#include "ui/windows/MainWindow.h"
+#include "ui/windows/Navigation.h"
 
 #include "ui/WindowFixture.h"
 #include "ui/boards/ArchivedNotice.h"
@@ -9,6 +9,7 @@
 #include "ui/kit/RowDrag.h"
 #include "ui/kit/SearchField.h"
 #include "ui/overview/SearchPage.h"
+#include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 
 #include <QAccessible>
@@ -36,10 +37,13 @@ protected:
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
     }
-    BoardPage& page() { return window->boardPage(); }
+    Navigation& navigation() { return *window->findChild<Navigation*>(); }
+    BoardPage& page() { return *window->findChild<BoardPage*>(); }
+    Sidebar& sidebar() { return *window->findChild<Sidebar*>(); }
+    BoardListView& boards() { return *window->findChild<BoardListView*>(); }
     EntryListView& list() { return page().list(); }
-    SearchField& field() { return window->sidebar().searchField(); }
-    SearchPage& results() { return *window->findChild<SearchPage*>(); }
+    SearchField& field() { return sidebar().searchField(); }
+    SearchResultList& results() { return *window->findChild<SearchResultList*>(); }
     static void key(int which, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(which), modifiers);
     }
@@ -52,7 +56,7 @@ protected:
     }
     std::string currentText() { return toUtf8(list().currentIndex().data().toString()); }
     SidebarRow& row(const char* name) {
-        for (auto* const each : window->sidebar().findChildren<SidebarRow*>()) {
+        for (auto* const each : sidebar().findChildren<SidebarRow*>()) {
             if (each->text() == QString::fromUtf8(name)) {
                 return *each;
             }
@@ -68,23 +72,20 @@ protected:
     }
     /// What a drop of the entry on the middle of a board's row does; whether it was accepted.
     bool drop(const model::Entry& entry, const model::Board& board) {
-        auto& boards = window->sidebar().list();
-        const auto place = boards
-                               .visualRect(window->sidebar().boards().index(
-                                   window->sidebar().boards().rowOf(board), 0))
-                               .center();
+        const int row = sidebar().boards().rowOf(board);
+        const auto place = boards().visualRect(sidebar().boards().index(row, 0)).center();
         QMimeData payload;
         payload.setData(QString::fromLatin1(kEntryDragType),
                         QByteArray::fromStdString(entry.id().text()));
         QDragEnterEvent enter(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards.viewport(), &enter);
+        QApplication::sendEvent(boards().viewport(), &enter);
         QDragMoveEvent move(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards.viewport(), &move);
+        QApplication::sendEvent(boards().viewport(), &move);
         if (!move.isAccepted()) {
             return false;
         }
         QDropEvent event(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards.viewport(), &event);
+        QApplication::sendEvent(boards().viewport(), &event);
         return true;
     }
 
@@ -100,15 +101,15 @@ TEST_F(NavigationTest, TheSearchComesAndGoesWithoutATrace) {
     const int scrolled = list().verticalScrollBar()->value();
     ASSERT_GT(scrolled, 0);
     const auto expectReturned = [&] {
-        EXPECT_EQ(window->currentPage(), PageKind::board);
+        EXPECT_EQ(navigation().currentPage(), PageKind::board);
         EXPECT_EQ(list().currentRow(), 60);
         EXPECT_EQ(list().verticalScrollBar()->value(), scrolled);
         EXPECT_EQ(field().text(), QString());
     };
     search("todo 9");
-    EXPECT_EQ(window->currentPage(), PageKind::search);
+    EXPECT_EQ(navigation().currentPage(), PageKind::search);
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Search – Korvex"));
-    EXPECT_EQ(results().results().rowCount(), 19) << "both words, in any place";
+    EXPECT_EQ(results().model()->rowCount(), 19) << "both words, in any place";
     key(Qt::Key_Escape);
     expectReturned();
     EXPECT_TRUE(list().hasFocus());
@@ -118,7 +119,7 @@ TEST_F(NavigationTest, TheSearchComesAndGoesWithoutATrace) {
     expectReturned();
     EXPECT_TRUE(field().hasFocus()) << "another search may follow";
     type("  ");
-    EXPECT_EQ(window->currentPage(), PageKind::board) << "spaces search for nothing";
+    EXPECT_EQ(navigation().currentPage(), PageKind::board) << "spaces search for nothing";
 }
 
 TEST_F(NavigationTest, TheArrowsWalkAndReturnOpensTheEntryInTheMiddle) {
@@ -128,12 +129,12 @@ TEST_F(NavigationTest, TheArrowsWalkAndReturnOpensTheEntryInTheMiddle) {
     key(Qt::Key_Down);
     key(Qt::Key_Down);
     key(Qt::Key_Up);
-    EXPECT_EQ(results().list().currentRow(), 1);
+    EXPECT_EQ(results().currentRow(), 1);
     EXPECT_TRUE(field().hasFocus());
     key(Qt::Key_Down);
     key(Qt::Key_Down);
     key(Qt::Key_Return);
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
     EXPECT_EQ(field().text(), QString());
     EXPECT_EQ(currentText(), "todo 35");
     EXPECT_TRUE(list().hasFocus());
@@ -165,17 +166,17 @@ TEST_F(NavigationTest, WhatIsCompletedOrArchivedIsOpenedWhereItIs) {
 
 TEST_F(NavigationTest, AnEditorThatCannotBeLeftKeepsItsPage) {
     open();
-    window->showBoard(*work);
+    navigation().showBoard(*work);
     page().startTodo();
     type("kept");
     // Deleted by a program of whose change nothing is known here yet.
     tests::StoreClient hidden(folder / "Primary.store", log);
     hidden.boards.deleteBoard(*hidden.boards.board(work->id()));
     search("x");
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
     QApplication::processEvents();
     row("Upcoming").click();
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
     EXPECT_EQ(page().findChild<TodoEditor*>()->text(), QStringLiteral("kept"));
     EXPECT_FALSE(page().findChild<TodoEditor*>()->isHidden());
     EXPECT_EQ(page().board(), work);
@@ -187,7 +188,7 @@ TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
     own.boards.setArchived(true, *work, kNow);
     open();
     row("Archived boards").click();
-    EXPECT_EQ(window->currentPage(), PageKind::archived);
+    EXPECT_EQ(navigation().currentPage(), PageKind::archived);
     key(Qt::Key_Return); // the keyboard is on its first board
     ASSERT_EQ(page().board(), work);
     EXPECT_EQ(preferences.mainBoardSelectedBoardID(), inbox->id()) << "the next start shows that";
@@ -207,22 +208,22 @@ TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
         EXPECT_THAT(storedTexts(*work), ElementsAre("old")) << which;
     }
     key(Qt::Key_Escape);
-    EXPECT_EQ(window->currentPage(), PageKind::archived) << "back to the list of them";
+    EXPECT_EQ(navigation().currentPage(), PageKind::archived) << "back to the list of them";
     key(Qt::Key_Escape);
     EXPECT_EQ(page().board(), inbox);
 
-    window->showBoard(*work);
+    navigation().showBoard(*work);
     page().findChild<ArchivedNotice*>()->findChild<QPushButton*>()->click();
     EXPECT_FALSE(work->isArchived());
     EXPECT_FALSE(page().isReadOnly());
-    EXPECT_EQ(window->sidebar().list().currentBoard(), work);
+    EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Work"));
     EXPECT_GE(page().entries().rowOf(EntryListModel::RowKind::newTodo), 0);
 }
 
 TEST_F(NavigationTest, ABoardThatIsDeletedElsewhereGivesWayToTheInbox) {
     own.boards.setArchived(true, *work, kNow);
     open();
-    window->showBoard(*work);
+    navigation().showBoard(*work);
     elsewhere([&](tests::StoreClient& client) {
         client.boards.deleteBoard(*client.boards.board(work->id()));
     });
@@ -232,27 +233,27 @@ TEST_F(NavigationTest, ABoardThatIsDeletedElsewhereGivesWayToTheInbox) {
 
 TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
     open();
-    window->showBoard(*work);
+    navigation().showBoard(*work);
     key(Qt::Key_F, Qt::ControlModifier);
     key(Qt::Key_Tab);
     EXPECT_TRUE(row("Upcoming").hasFocus());
     key(Qt::Key_Space);
-    EXPECT_EQ(window->currentPage(), PageKind::upcoming);
+    EXPECT_EQ(navigation().currentPage(), PageKind::upcoming);
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Upcoming – Korvex"));
     EXPECT_TRUE(row("Upcoming").isChecked());
-    EXPECT_EQ(window->sidebar().list().currentBoard(), nullptr);
+    EXPECT_FALSE(boards().currentIndex().isValid());
     search("wor");
-    EXPECT_EQ(window->currentPage(), PageKind::search);
+    EXPECT_EQ(navigation().currentPage(), PageKind::search);
     key(Qt::Key_Escape);
-    EXPECT_EQ(window->currentPage(), PageKind::upcoming) << "where one was";
+    EXPECT_EQ(navigation().currentPage(), PageKind::upcoming) << "where one was";
     key(Qt::Key_Escape);
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
     EXPECT_EQ(page().board(), work);
 
     row("Completed").click();
-    EXPECT_EQ(window->currentPage(), PageKind::completed);
+    EXPECT_EQ(navigation().currentPage(), PageKind::completed);
     key(Qt::Key_N, Qt::ControlModifier);
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
     EXPECT_TRUE(page().entries().hasDraft()) << "a new todo goes to the last board";
     type("made");
     key(Qt::Key_Escape);
@@ -261,7 +262,7 @@ TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
     row("Upcoming").click();
     key(Qt::Key_1, Qt::ControlModifier);
     EXPECT_EQ(page().board(), inbox);
-    EXPECT_EQ(window->currentPage(), PageKind::board);
+    EXPECT_EQ(navigation().currentPage(), PageKind::board);
 }
 
 TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
@@ -271,7 +272,7 @@ TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
     key(Qt::Key_Down);
     EXPECT_TRUE(row("Completed").hasFocus());
     key(Qt::Key_Down);
-    EXPECT_TRUE(window->sidebar().list().hasFocus());
+    EXPECT_TRUE(boards().hasFocus());
     EXPECT_EQ(page().board(), inbox);
     key(Qt::Key_Down);
     EXPECT_EQ(page().board(), work);
@@ -289,7 +290,7 @@ TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
 TEST_F(NavigationTest, ControlKGoesToABoardFromAnywhere) {
     open();
     for (auto* const from : std::vector<QWidget*>{&field(), &list(), &row("Upcoming")}) {
-        window->showBoard(*inbox);
+        navigation().showBoard(*inbox);
         from->setFocus();
         key(Qt::Key_K, Qt::ControlModifier);
         ASSERT_NE(window->findChild<BoardPicker*>(), nullptr);
@@ -335,7 +336,7 @@ TEST_F(NavigationTest, UndoWorksOnEveryPageUnderItsName) {
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_TRUE(todos[0]->isCompleted());
     own.boards.setArchived(true, *work, kNow);
-    window->showBoard(*work);
+    navigation().showBoard(*work);
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_FALSE(todos[0]->isCompleted()) << "also from a board that is only looked at";
 }
@@ -356,7 +357,7 @@ TEST_F(NavigationTest, EveryControlOfEveryPageHasAName) {
     add({"a"});
     open();
     for (const auto kind : {PageKind::upcoming, PageKind::completed, PageKind::archived}) {
-        window->showPage(kind);
+        navigation().showPage(kind);
     }
     search("a");
     for (auto* const widget : window->findChildren<QWidget*>()) {

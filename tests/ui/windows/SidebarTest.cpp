@@ -35,7 +35,8 @@ protected:
         }
         return result;
     }
-    QLineEdit* nameField() { return sidebar.list().findChild<QLineEdit*>(); }
+    QLineEdit* nameField() { return list().findChild<QLineEdit*>(); }
+    BoardListView& list() { return *sidebar.findChild<BoardListView*>(); }
     QString message() { return sidebar.findChild<ErrorBanner*>()->message(); }
     void typeName(const char* name) {
         nameField()->setText(QString::fromUtf8(name));
@@ -44,8 +45,8 @@ protected:
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    Sidebar sidebar{workspace, theme};
-    BoardActions actions{sidebar, workspace, theme, sidebar};
+    Sidebar sidebar{own.boards, own.context, clock, theme};
+    BoardActions actions{sidebar, own.boards, clock, theme, sidebar};
     base::Subscription changes;
     model::Board* work = nullptr;
     model::Board* home = nullptr;
@@ -78,7 +79,7 @@ TEST_F(SidebarTest, ANewBoardStandsAtTheEndWithItsNameToBeTyped) {
 }
 
 TEST_F(SidebarTest, DroppingABoardReordersTheSidebar) {
-    Q_EMIT sidebar.list().dropped(home->id(), inbox->id(), model::EntryPlacement::before);
+    Q_EMIT list().dropped(home->id(), inbox->id(), model::EntryPlacement::before);
     EXPECT_THAT(names(), ElementsAre("Home", "Inbox", "Work"));
     EXPECT_EQ(sidebar.boards().board(0), home);
 }

@@ -1,0 +1,91 @@
+#include "desktop/Watchers.h"
+
+#include "platform/qt/QtStoreChangeBroadcaster.h"
+#include "platform/qt/StoreWatcher.h"
+#include "platform/qt/SystemAppearanceWatcher.h"
+#include "platform/qt/SystemTimeWatcher.h"
+#include "ui/kit/Refusal.h"
+
+#include <QGuiApplication>
+
+namespace korvex::desktop {
+
+namespace {
+
+using platform::qt::SystemAppearanceWatcher;
+
+ui::Theme::SystemAppearance toAppearance(SystemAppearanceWatcher::ColorScheme scheme) {
+    using ColorScheme = SystemAppearanceWatcher::ColorScheme;
+    switch (scheme) {
+    case ColorScheme::dark:
+        return ui::Theme::SystemAppearance::dark;
+    case ColorScheme::light:
+        return ui::Theme::SystemAppearance::light;
+    case ColorScheme::noPreference:
+        break;
+    }
+    return ui::Theme::SystemAppearance::unknown;
+}
+
+} // namespace
+
+struct Watchers::Sources {
+    explicit Sources(const std::filesystem::path& file) : store(file) {}
+
+    platform::qt::StoreWatcher store;
+    platform::qt::SystemTimeWatcher time;
+    SystemAppearanceWatcher appearance;
+    platform::qt::QtStoreChangeBroadcaster broadcaster;
+};
+
+Watchers::Watchers(const Listeners& listeners) : m_listeners(listeners) {}
+
+Watchers::~Watchers() = default;
+
+void Watchers::start() {
+    if (m_sources) {
+        return;
+    }
+    m_sources = std::make_unique<Sources>(m_listeners.container.configuration().file);
+    connectSources();
+    m_listeners.workspace.scheduleClock.start(m_listeners.container);
+    m_listeners.instance.listen();
+    m_listeners.workspace.copies.removeLeftovers();
+}
+
+void Watchers::connectSources() {
+    const auto& workspace = m_listeners.workspace;
+    m_subscriptions.push_back(m_sources->store.changed().connect([this] { refresh(); }));
+    m_subscriptions.push_back(
+        workspace.context.didChange().connect([&workspace](const store::ChangeSet& changes) {
+            if (changes.origin == store::ChangeSet::Origin::elsewhere) {
+                workspace.scheduleClock.scheduleRefresh();
+            }
+        }));
+    m_subscriptions.push_back(m_sources->time.changed().connect([&workspace] {
+        workspace.dates.renew();
+        workspace.scheduleClock.scheduleRefresh();
+    }));
+    m_subscriptions.push_back(
+        m_sources->appearance.changed().connect([&theme = m_listeners.theme](auto scheme) {
+            theme.setSystemAppearance(toAppearance(scheme));
+        }));
+    m_subscriptions.push_back(m_listeners.container.didSave().connect(
+        [this, file = m_listeners.container.configuration().file](const store::ChangeSet&) {
+            m_sources->broadcaster.storeChanged(file);
+        }));
+    connect(qGuiApp, &QGuiApplication::applicationStateChanged, this,
+            [&workspace](Qt::ApplicationState state) {
+                if (state == Qt::ApplicationActive) {
+                    workspace.scheduleClock.scheduleRefresh();
+                }
+            });
+}
+
+void Watchers::refresh() {
+    if (const auto refused = ui::refusal([this] { m_listeners.workspace.context.refresh(); })) {
+        m_listeners.window.showError(*refused);
+    }
+}
+
+} // namespace korvex::desktop

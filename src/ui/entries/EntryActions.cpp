@@ -1,0 +1,218 @@
+#include "ui/entries/EntryActions.h"
+
+#include "ui/boards/BoardPicker.h"
+#include "ui/kit/Text.h"
+
+#include <QTimer>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+EntryActions::EntryActions(const Parts& parts, const Workspace& workspace, const Theme& theme)
+    : m_parts(parts),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_todos(parts.page, workspace, theme) {
+    connectList();
+    connectEditing();
+}
+
+void EntryActions::connectList() {
+    auto* const list = &m_parts.list;
+    connect(list, &EntryListView::toggleRequested, this, &EntryActions::toggle);
+    connect(list, &EntryListView::scheduleRequested, this,
+            [this](int row) { openSchedule(*m_parts.model.entry(row)); });
+    connect(list, &EntryListView::moveRequested, this, [this](int row, int offset) {
+        if (m_parts.model.kind(row) == EntryListModel::RowKind::entry) {
+            move(*m_parts.model.entry(row), offset);
+        }
+    });
+    connect(list, &EntryListView::dropped, this, &EntryActions::drop);
+}
+
+void EntryActions::connectEditing() {
+    auto* const editing = &m_parts.editing;
+    connect(editing, &EntryEditing::completionRequested, this,
+            [this](model::Entry* entry) { complete(*entry); });
+    connect(editing, &EntryEditing::scheduleRequested, this,
+            [this](model::Entry* entry) { openSchedule(*entry); });
+    connect(editing, &EntryEditing::moveRequested, this,
+            [this](model::Entry* entry, int offset) { move(*entry, offset); });
+    connect(editing, &EntryEditing::typeChangeRequested, this,
+            [this](model::Entry* entry) { changeType(*entry); });
+    connect(editing, &EntryEditing::boardChangeRequested, this,
+            [this](model::Entry* entry) { chooseBoard(*entry); });
+    connect(editing, &EntryEditing::deletionRequested, this,
+            [this](model::Entry* entry) { remove(*entry); });
+}
+
+void EntryActions::toggle(int row) {
+    auto& entry = *m_parts.model.entry(row);
+    if (!entry.isTodo()) {
+        return;
+    }
+    if (entry.isCompleted()) {
+        restore(entry);
+    } else if (m_parts.editing.entry() != &entry || m_parts.editing.leave()) {
+        complete(entry);
+    }
+}
+
+void EntryActions::complete(model::Entry& entry) {
+    m_parts.model.linger(entry);
+    if (!m_todos.complete(entry)) {
+        m_parts.model.release(entry);
+        return;
+    }
+    QTimer::singleShot(kTickShown, this, [this, &entry] { endLingering(entry); });
+}
+
+void EntryActions::endLingering(const model::Entry& entry) {
+    const auto row = m_parts.model.rowOf(entry);
+    if (row < 0 || !m_parts.model.isLingering(entry)) {
+        return;
+    }
+    const auto wasCurrent = m_parts.list.currentRow() == row;
+    m_parts.list.animateLeaving(entry, [this, &entry, wasCurrent] {
+        auto& list = m_parts.list;
+        if (wasCurrent && list.currentRow() == m_parts.model.rowOf(entry)) {
+            list.setCurrentRow(std::min(list.currentRow() + 1, m_parts.model.rowCount() - 1));
+        }
+        m_parts.model.release(entry);
+    });
+}
+
+void EntryActions::restore(model::Entry& entry) {
+    // A tick taken back while it is still seen puts the todo where it was.
+    std::optional<std::int64_t> position;
+    if (m_parts.model.isLingering(entry)) {
+        position = 0;
+        for (int row = 0; row < m_parts.model.rowOf(entry); ++row) {
+            const auto* const above = m_parts.model.entry(row);
+            position = *position + (above && !above->isCompleted() ? 1 : 0);
+        }
+    }
+    m_todos.restore(entry, position);
+}
+
+void EntryActions::move(model::Entry& entry, int offset) {
+    if (entry.isCompleted()) {
+        return;
+    }
+    m_parts.page.perform(
+        [&] { m_workspace.entries.moveEntry(entry.id(), offset, *m_parts.model.board()); });
+    m_parts.list.setCurrentRow(m_parts.model.rowOf(entry));
+}
+
+void EntryActions::drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement) {
+    const auto* const target = m_parts.model.entry(targetRow);
+    if (!target || target->id() == id) {
+        return;
+    }
+    m_parts.page.perform([&] {
+        m_workspace.entries.moveEntry(id, target->id(), placement, *m_parts.model.board());
+    });
+}
+
+void EntryActions::changeType(model::Entry& entry) {
+    const auto other = entry.isTodo() ? model::EntryType::text : model::EntryType::todo;
+    m_parts.page.perform([&] { m_workspace.entries.changeType(entry, other, m_workspace.now()); });
+}
+
+void EntryActions::remove(model::Entry& entry) {
+    // What was typed is stored first, so that undoing brings it back too.
+    if (m_parts.editing.entry() == &entry && !m_parts.editing.leaveForGood()) {
+        return;
+    }
+    const auto row = m_parts.model.rowOf(entry);
+    if (row < 0 || !entry.isLive()) {
+        return;
+    }
+    m_todos.remove(entry,
+                   {.text = m_parts.model.text(row),
+                    .goOn =
+                        [this, row] {
+                            m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
+                            m_parts.list.setFocus();
+                        },
+                    .undo = [this] { undo(); }});
+}
+
+void EntryActions::openSchedule(model::Entry& entry) {
+    const auto row = m_parts.model.rowOf(entry);
+    if (!entry.isTodo() || entry.isCompleted() || row < 0) {
+        return;
+    }
+    m_parts.list.setCurrentRow(row);
+    m_todos.openSchedule(entry, m_parts.list.scheduleAnchor(row));
+}
+
+void EntryActions::chooseBoard(model::Entry& entry) {
+    auto boards = services::BoardService::activeBoards(m_workspace.boards.boards());
+    std::erase(boards, entry.board());
+    auto* const picker =
+        new BoardPicker({.title = tr("Move to board"), .boards = std::move(boards)},
+                        m_workspace.context, m_workspace.folding, m_theme, m_parts.page.window());
+    connect(picker, &BoardPicker::chosen, this,
+            [this, id = entry.id()](model::Board* board) { moveToBoard(id, *board); });
+    picker->open();
+}
+
+void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
+    auto* const entry = m_workspace.context.find<model::Entry>(id);
+    if (!entry) {
+        return;
+    }
+    const auto row = m_parts.model.rowOf(*entry);
+    const auto shown = row < 0 ? QString() : shortened(m_parts.model.text(row));
+    if (!m_parts.page.perform(
+            [&] { m_workspace.entries.moveEntry(*entry, board, m_workspace.now()); })) {
+        return;
+    }
+    if (row >= 0 && m_parts.model.rowOf(*entry) < 0) {
+        m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
+    }
+    m_parts.list.setFocus();
+    m_parts.page.banner().offer(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())),
+                                tr("Undo"), [this] { undo(); });
+}
+
+void EntryActions::attachFiles() {
+    const auto row = m_parts.list.currentRow();
+    auto* const entry = m_parts.model.isReadOnly() ? nullptr
+                        : m_parts.editing.isOpen() ? m_parts.editing.storedEntry()
+                        : row < 0                  ? nullptr
+                                                   : m_parts.model.entry(row);
+    if (entry) {
+        m_parts.attachments.chooseFiles(*entry);
+    }
+}
+
+template <typename Operation>
+void EntryActions::takeBack(Operation&& operation) {
+    if (!m_parts.editing.leaveForGood()) {
+        return;
+    }
+    std::vector<base::Uuid> restored;
+    const auto changes = m_workspace.context.didChange().connect(
+        [&](const store::ChangeSet& set) { restored = set.inserted; });
+    m_parts.page.perform(operation);
+    for (const auto& id : restored) {
+        const auto* const entry = m_workspace.context.find<model::Entry>(id);
+        if (const auto row = entry ? m_parts.model.rowOf(*entry) : -1; row >= 0) {
+            m_parts.list.setCurrentRow(row);
+            m_parts.list.setFocus();
+        }
+    }
+}
+
+void EntryActions::undo() {
+    takeBack([this] { m_workspace.undo.undo(); });
+}
+
+void EntryActions::redo() {
+    takeBack([this] { m_workspace.undo.redo(); });
+}
+
+} // namespace korvex::ui

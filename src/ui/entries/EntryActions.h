@@ -1,0 +1,63 @@
+#pragma once
+
+#include "ui/attachments/AttachmentActions.h"
+#include "ui/entries/EntryEditing.h"
+#include "ui/kit/Page.h"
+#include "ui/todos/TodoActions.h"
+
+#include <QObject>
+
+namespace korvex::ui {
+
+/// What the user asks of the entries on a board's page, of its list and of its editors: carries it
+/// out, tells on the page why it was refused, and leaves the list where one can go on. Main thread.
+class EntryActions final : public QObject {
+    Q_OBJECT
+
+public:
+    /// The parts of the page, which outlive the actions.
+    struct Parts {
+        Page& page;
+        EntryListModel& model;
+        EntryListView& list;
+        EntryEditing& editing;
+        AttachmentActions& attachments;
+    };
+    EntryActions(const Parts& parts, const Workspace& workspace, const Theme& theme);
+
+    /// Stored at once; the row of a completed todo stays a little longer.
+    void complete(model::Entry& entry);
+    void restore(model::Entry& entry);
+    /// By this many places among the open entries.
+    void move(model::Entry& entry, int offset);
+    /// From a todo to a text and the other way round.
+    void changeType(model::Entry& entry);
+    void remove(model::Entry& entry);
+    /// Does nothing for what has no schedule.
+    void openSchedule(model::Entry& entry);
+    /// Lets the user choose the board that the entry goes to.
+    void chooseBoard(model::Entry& entry);
+    void moveToBoard(const base::Uuid& id, model::Board& board);
+    /// Asks for files for what is edited, or else for the current entry.
+    void attachFiles();
+    /// Takes the latest change of the window back, or does it again, and shows what came back.
+    void undo();
+    void redo();
+
+private:
+    void connectList();
+    void connectEditing();
+    void toggle(int row);
+    void endLingering(const model::Entry& entry);
+    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
+    /// Undoes or redoes.
+    template <typename Operation>
+    void takeBack(Operation&& operation);
+
+    Parts m_parts;
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    TodoActions m_todos;
+};
+
+} // namespace korvex::ui

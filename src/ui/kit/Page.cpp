@@ -1,0 +1,52 @@
+#include "ui/kit/Page.h"
+
+#include <QLabel>
+#include <QVBoxLayout>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr QMargins kHintMargins(18, 4, 18, 8);
+
+} // namespace
+
+Page::Page(const Theme& theme, QWidget* parent)
+    : QWidget(parent),
+      m_column(new QVBoxLayout(this)),
+      m_banner(new ErrorBanner(theme)),
+      m_hint(new QLabel) {
+    m_column->setContentsMargins(0, 0, 0, 0);
+    m_column->setSpacing(0);
+    m_hint->setTextFormat(Qt::PlainText);
+    m_hint->setWordWrap(true);
+    m_hint->setContentsMargins(kHintMargins);
+    m_hint->setForegroundRole(QPalette::PlaceholderText);
+    m_hint->hide();
+}
+
+void Page::layOut(std::initializer_list<QWidget*> top, QWidget& content) {
+    m_content = &content;
+    for (auto* const each : top) {
+        m_column->addWidget(each);
+    }
+    m_column->addWidget(m_banner);
+    m_column->addWidget(m_hint);
+    m_column->addWidget(m_content, 1);
+}
+
+void Page::insertBar(QWidget& bar) {
+    m_column->insertWidget(m_column->indexOf(m_hint), &bar);
+    auto* last = &bar;
+    while (bar.isAncestorOf(last->nextInFocusChain())) {
+        last = last->nextInFocusChain();
+    }
+    setTabOrder(last, m_content);
+}
+
+void Page::setHint(const QString& text) {
+    m_hint->setText(text);
+    m_hint->setVisible(!text.isEmpty());
+}
+
+} // namespace korvex::ui

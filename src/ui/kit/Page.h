@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/Refusal.h"
+#include "ui/kit/Theme.h"
+
+#include <QWidget>
+
+#include <initializer_list>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace korvex::ui {
+
+/// What a window shows of the store, one page at a time: from above a header, messages, a hint
+/// while there is nothing to show, and the content. Main thread.
+class Page : public QWidget {
+    Q_OBJECT
+
+public:
+    /// Names the window while the page is in sight; empty for the name of the program alone.
+    virtual QString title() const = 0;
+    /// Gives the keyboard to the content.
+    virtual void takeKeyboard() = 0;
+    /// The store's records have changed while the page is in sight, or it is about to come in
+    /// sight. A page that follows the store by itself has nothing to do.
+    virtual void storeChanged() {}
+    /// Stores what is being edited, before something else is shown or the window closes. False when
+    /// that was refused: then the page is to stay in sight, and says why.
+    virtual bool leave() { return true; }
+
+    ErrorBanner& banner() { return *m_banner; }
+    /// Carries out what the user asked for. The banner says why it was refused, and is cleared
+    /// otherwise. True when it was done.
+    template <typename Operation>
+    bool perform(Operation&& operation) {
+        const bool isDone = follow(operation);
+        if (isDone) {
+            m_banner->clear();
+        }
+        return isDone;
+    }
+
+protected:
+    Page(const Theme& theme, QWidget* parent);
+
+    /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
+    /// order. `top` stands over the messages; the content takes the room that is left.
+    void layOut(std::initializer_list<QWidget*> top, QWidget& content);
+    /// Between the messages and the content, also for the keyboard.
+    void insertBar(QWidget& bar);
+    /// Says over the content why there is nothing in it; an empty text says nothing.
+    void setHint(const QString& text);
+    /// Takes in what the store says, which nobody asked for: what the banner tells stays, unless
+    /// there is a refusal to tell. True when it was done.
+    template <typename Operation>
+    bool follow(Operation&& operation) {
+        const auto refused = refusal(operation);
+        if (refused) {
+            m_banner->showMessage(*refused);
+        }
+        return !refused;
+    }
+
+private:
+    QVBoxLayout* m_column;
+    ErrorBanner* m_banner;
+    QLabel* m_hint;
+    QWidget* m_content = nullptr;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,48 @@
+#include "ui/todos/TodoActions.h"
+
+#include "ui/kit/Page.h"
+#include "ui/kit/Text.h"
+#include "ui/todos/SchedulePopover.h"
+
+namespace korvex::ui {
+
+TodoActions::TodoActions(Page& page, const Workspace& workspace, const Theme& theme)
+    : m_page(page), m_workspace(workspace), m_theme(theme) {}
+
+bool TodoActions::toggle(model::Entry& entry) {
+    return entry.isCompleted() ? restore(entry) : complete(entry);
+}
+
+bool TodoActions::complete(model::Entry& entry, std::optional<base::Instant> completedAt) {
+    return m_page.perform(
+        [&] { m_workspace.entries.completeTodo(entry, m_workspace.now(), completedAt); });
+}
+
+bool TodoActions::restore(model::Entry& entry, std::optional<std::int64_t> position) {
+    return m_page.perform(
+        [&] { m_workspace.entries.restoreTodo(entry, m_workspace.now(), position); });
+}
+
+void TodoActions::remove(model::Entry& entry, const Removal& removal) {
+    if (!m_page.perform([&] { m_workspace.entries.deleteEntry(entry); })) {
+        return;
+    }
+    removal.goOn();
+    const auto text = shortened(removal.text);
+    if (!text.isEmpty()) {
+        m_page.banner().offer(tr("“%1” was deleted.").arg(text), tr("Undo"), removal.undo);
+    }
+}
+
+void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {
+    auto* const popover = new SchedulePopover(entry,
+                                              {.entries = m_workspace.entries,
+                                               .preferences = m_workspace.preferences,
+                                               .dates = m_workspace.dates,
+                                               .clock = m_workspace.clock},
+                                              m_theme, m_page.window());
+    popover->openAt(globalAnchor);
+    popover->setFocus();
+}
+
+} // namespace korvex::ui

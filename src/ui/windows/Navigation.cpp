@@ -1,0 +1,150 @@
+#include "ui/windows/Navigation.h"
+
+#include "ui/entries/BoardPage.h"
+#include "ui/windows/PageStack.h"
+#include "ui/windows/Sidebar.h"
+
+#include <QTimer>
+
+namespace korvex::ui {
+
+Navigation::Navigation(const Views& views, services::BoardService& boards,
+                       store::ModelContext& context, app::AppPreferences& preferences,
+                       QObject* parent)
+    : QObject(parent),
+      m_views(views),
+      m_boards(boards),
+      m_context(context),
+      m_preferences(preferences) {}
+
+void Navigation::start() {
+    m_changes = m_context.didChange().connect([this](const store::ChangeSet&) { storeChanged(); });
+    m_views.sidebar.refresh();
+    if (auto* const board = launchBoard()) {
+        showBoard(*board);
+    }
+    m_views.boardPage.takeKeyboard();
+}
+
+PageKind Navigation::currentPage() const {
+    return m_views.pages.currentKind();
+}
+
+bool Navigation::showPage(PageKind page) {
+    const auto canLeave = m_views.pages.current().leave();
+    if (canLeave) {
+        if (page == PageKind::search && currentPage() != page) {
+            m_beforeSearch = currentPage();
+        }
+        m_views.pages.show(page);
+    }
+    pageChanged();
+    return canLeave;
+}
+
+void Navigation::showBoard(model::Board& board) {
+    const auto isShown = m_views.boardPage.showBoard(board);
+    // What is being edited there may not be left: then the page stays, and says why.
+    m_views.pages.show(PageKind::board);
+    pageChanged();
+    if (isShown && isListed(board) && m_preferences.mainBoardSelectedBoardID() != board.id()) {
+        m_preferences.setMainBoardSelectedBoardID(board.id());
+    }
+}
+
+void Navigation::openBoard(model::Board& board) {
+    showBoard(board);
+    m_views.boardPage.focusList();
+}
+
+void Navigation::showEntry(model::Entry& entry) {
+    if (auto* const board = entry.board()) {
+        showBoard(*board);
+        m_views.boardPage.showEntry(entry);
+    }
+}
+
+bool Navigation::showLastBoard() {
+    auto* const board = lastBoard();
+    if (board) {
+        showBoard(*board);
+    }
+    return board != nullptr;
+}
+
+bool Navigation::canGoBack() const {
+    return currentPage() != PageKind::board || m_views.boardPage.isReadOnly();
+}
+
+void Navigation::goBack() {
+    if (currentPage() == PageKind::search) {
+        leaveSearch();
+    } else if (currentPage() == PageKind::board && m_views.boardPage.isReadOnly()) {
+        showPage(PageKind::archived);
+    } else {
+        showLastBoard();
+    }
+    takeKeyboard();
+}
+
+void Navigation::takeKeyboard() {
+    m_views.pages.current().takeKeyboard();
+}
+
+void Navigation::leaveSearch() {
+    m_views.pages.show(m_beforeSearch);
+    pageChanged();
+}
+
+bool Navigation::isListed(const model::Board& board) const {
+    return m_views.sidebar.boards().rowOf(board) >= 0;
+}
+
+/// The board that was shown last; the Inbox when that is gone.
+model::Board* Navigation::launchBoard() const {
+    model::Board* board = nullptr;
+    if (const auto last = m_preferences.mainBoardSelectedBoardID()) {
+        board = m_boards.board(*last);
+    }
+    return board && isListed(*board) ? board : m_boards.inboxBoard();
+}
+
+model::Board* Navigation::lastBoard() const {
+    auto* const board = m_views.boardPage.board();
+    return board && isListed(*board) ? board : launchBoard();
+}
+
+void Navigation::storeChanged() {
+    auto& page = m_views.boardPage;
+    m_views.sidebar.refresh();
+    auto* const shown = page.board();
+    const auto isInPlace = shown && isListed(*shown);
+    const auto isLookedAt = shown && shown->isLive() && shown->isArchived() && page.isReadOnly();
+    page.refresh();
+    if (!isInPlace && !isLookedAt) {
+        // Soon: what is typed there may be about to be stored, and is then to stay in sight with
+        // the reason why it was not.
+        QTimer::singleShot(0, this, [this, shown] { leaveGoneBoard(shown); });
+    }
+    if (currentPage() == PageKind::archived && m_views.sidebar.boards().archivedBoards().empty()) {
+        goBack();
+    }
+    m_views.pages.current().storeChanged();
+    pageChanged();
+}
+
+void Navigation::leaveGoneBoard(const model::Board* board) {
+    auto* const inbox = m_boards.inboxBoard();
+    const auto isGone = !board || !isListed(*board);
+    if (isGone && inbox && m_views.boardPage.board() == board) {
+        m_views.boardPage.showBoard(*inbox);
+        pageChanged();
+    }
+}
+
+void Navigation::pageChanged() {
+    m_views.sidebar.showChoice(currentPage(), m_views.boardPage.board());
+    Q_EMIT changed();
+}
+
+} // namespace korvex::ui

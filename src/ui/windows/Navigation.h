@@ -1,0 +1,76 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "services/BoardService.h"
+#include "store/ModelContext.h"
+#include "ui/windows/PageKind.h"
+
+#include <QObject>
+
+namespace korvex::ui {
+
+class BoardPage;
+class PageStack;
+class Sidebar;
+
+/// What the main window shows, a page and on the board's page a board, and the ways from one to
+/// another. Follows the store: a board that is gone gives way to the Inbox. Main thread.
+class Navigation final : public QObject {
+    Q_OBJECT
+
+public:
+    /// What it leads through; all of it outlives the navigation.
+    struct Views {
+        Sidebar& sidebar;
+        PageStack& pages;
+        BoardPage& boardPage;
+    };
+    Navigation(const Views& views, services::BoardService& boards, store::ModelContext& context,
+               app::AppPreferences& preferences, QObject* parent);
+
+    /// Shows the board that was shown last, and follows the store from now on.
+    void start();
+
+    PageKind currentPage() const;
+    /// False when what is being edited cannot be left; then its page stays, and says why.
+    bool showPage(PageKind page);
+    void showBoard(model::Board& board);
+    /// With the keyboard in its list.
+    void openBoard(model::Board& board);
+    /// On its board, chosen and in sight.
+    void showEntry(model::Entry& entry);
+    /// The board that is shown, or was before an archived one or before a page over all boards.
+    /// False when there is none.
+    bool showLastBoard();
+    /// From a page over all boards to the board, from an archived board to the list of them, from
+    /// the search to where it was begun.
+    void goBack();
+    /// To where the search was begun, without the keyboard.
+    void leaveSearch();
+    /// Gives it to the page that is shown.
+    void takeKeyboard();
+    /// Whether there is somewhere to go back to.
+    bool canGoBack() const;
+
+Q_SIGNALS:
+    /// What is shown is another, or has another name.
+    void changed();
+
+private:
+    /// Whether it stands in the sidebar.
+    bool isListed(const model::Board& board) const;
+    model::Board* launchBoard() const;
+    model::Board* lastBoard() const;
+    void storeChanged();
+    void leaveGoneBoard(const model::Board* board);
+    void pageChanged();
+
+    Views m_views;
+    services::BoardService& m_boards;
+    store::ModelContext& m_context;
+    app::AppPreferences& m_preferences;
+    PageKind m_beforeSearch = PageKind::board;
+    base::Subscription m_changes;
+};
+
+} // namespace korvex::ui

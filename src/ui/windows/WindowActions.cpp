@@ -1,0 +1,161 @@
+#include "ui/windows/WindowActions.h"
+
+#include "ui/boards/BoardActions.h"
+#include "ui/boards/BoardPicker.h"
+#include "ui/entries/BoardPage.h"
+#include "ui/kit/MenuItems.h"
+#include "ui/kit/Refusal.h"
+#include "ui/kit/SearchField.h"
+#include "ui/windows/AppearanceMenu.h"
+#include "ui/windows/Navigation.h"
+#include "ui/windows/Sidebar.h"
+
+#include <QAction>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kBoardShortcuts = 9;
+
+} // namespace
+
+WindowActions::WindowActions(const Parts& parts, const Workspace& workspace, const Theme& theme)
+    : QObject(&parts.window),
+      m_parts(parts),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_undo(workspace.undo, parts.window) {
+    addShortcuts();
+    connect(&m_undo, &UndoActions::undoRequested, this, [this] {
+        if (m_parts.navigation.currentPage() == PageKind::board) {
+            m_parts.boardPage.actions().undo();
+        } else {
+            takeBack(&services::UndoManager::undo);
+        }
+    });
+    connect(&m_undo, &UndoActions::redoRequested, this, [this] {
+        if (m_parts.navigation.currentPage() == PageKind::board) {
+            m_parts.boardPage.actions().redo();
+        } else {
+            takeBack(&services::UndoManager::redo);
+        }
+    });
+    connect(
+        &parts.sidebar, &Sidebar::boardMenuRequested, this,
+        [this](model::Board* board, const QPoint& position) { openBoardMenu(*board, position); });
+    connect(&parts.boardPage, &BoardPage::menuRequested, this, &WindowActions::openPageMenu);
+}
+
+template <typename Action>
+QAction* WindowActions::addShortcut(const QKeySequence& keys, Action&& action) {
+    auto* const item = new QAction(this);
+    item->setShortcut(keys);
+    m_parts.window.addAction(item);
+    connect(item, &QAction::triggered, this, action);
+    return item;
+}
+
+void WindowActions::addShortcuts() {
+    addShortcut(Qt::CTRL | Qt::Key_N, [this] { startTodo(); });
+    addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { startText(); });
+    addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_N, [this] {
+        m_parts.sidebar.show();
+        m_parts.sidebar.createBoard();
+    });
+    m_find = addShortcut(Qt::CTRL | Qt::Key_F, [this] { find(); });
+    m_find->setText(tr("Search"));
+    m_goToBoard = addShortcut(Qt::CTRL | Qt::Key_K, [this] { pickBoard(); });
+    m_goToBoard->setText(tr("Go to board…"));
+    addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
+    addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
+    addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
+    for (int number = 0; number < kBoardShortcuts; ++number) {
+        addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
+                    [this, number] { openNumbered(number); });
+    }
+}
+
+/// On a page that follows the store; a board's page shows by itself what came back.
+void WindowActions::takeBack(void (services::UndoManager::*step)()) {
+    if (const auto message = refusal([&] { (m_workspace.undo.*step)(); })) {
+        Q_EMIT refused(*message);
+    }
+}
+
+void WindowActions::startTodo() {
+    if (m_parts.navigation.showLastBoard()) {
+        m_parts.boardPage.startTodo();
+    }
+}
+
+void WindowActions::startText() {
+    if (m_parts.navigation.showLastBoard()) {
+        m_parts.boardPage.startText();
+    }
+}
+
+void WindowActions::find() {
+    m_parts.sidebar.show();
+    m_parts.sidebar.searchField().setFocus(Qt::ShortcutFocusReason);
+    m_parts.sidebar.searchField().selectAll();
+}
+
+void WindowActions::pickBoard() {
+    if (auto* const open = m_parts.window.findChild<BoardPicker*>()) {
+        open->closeNow();
+        return;
+    }
+    auto* const picker = new BoardPicker(
+        {.title = tr("Go to board"), .boards = m_parts.sidebar.boards().activeBoards()},
+        m_workspace.context, m_workspace.folding, m_theme, &m_parts.window);
+    connect(picker, &BoardPicker::chosen, this,
+            [this](model::Board* board) { m_parts.navigation.openBoard(*board); });
+    picker->open();
+}
+
+void WindowActions::openNumbered(int number) {
+    if (number < m_parts.sidebar.boards().rowCount()) {
+        m_parts.navigation.openBoard(*m_parts.sidebar.boards().board(number));
+    }
+}
+
+void WindowActions::toggleSidebar() {
+    m_parts.sidebar.setVisible(m_parts.sidebar.isHidden());
+}
+
+QMenu* WindowActions::makeMenu() {
+    auto* const menu = new QMenu(&m_parts.window);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    return menu;
+}
+
+void WindowActions::openBoardMenu(model::Board& board, const QPoint& globalPosition) {
+    auto* const menu = makeMenu();
+    m_parts.boardActions.addTo(*menu, board);
+    menu->popup(globalPosition);
+}
+
+void WindowActions::openPageMenu(const QPoint& globalPosition) {
+    auto& page = m_parts.boardPage;
+    if (!page.board()) {
+        return;
+    }
+    auto* const menu = makeMenu();
+    const MenuItems items(*menu, *this);
+    if (!page.isReadOnly()) {
+        items.add(tr("New text"), Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { startText(); });
+    }
+    m_undo.addTo(*menu->addMenu(tr("Edit")));
+    menu->addAction(m_find);
+    menu->addAction(m_goToBoard);
+    menu->addSeparator();
+    m_parts.boardActions.addTo(*menu, *page.board());
+    menu->addSeparator();
+    menu->addMenu(new AppearanceMenu(m_workspace.preferences, menu));
+    items.add(m_parts.sidebar.isHidden() ? tr("Show sidebar") : tr("Hide sidebar"), Qt::Key_F9,
+              [this] { toggleSidebar(); });
+    menu->popup(globalPosition);
+}
+
+} // namespace korvex::ui

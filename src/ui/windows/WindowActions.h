@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ui/windows/UndoActions.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QObject>
+
+class QAction;
+class QKeySequence;
+class QMenu;
+class QPoint;
+class QWidget;
+
+namespace korvex::ui {
+
+class BoardActions;
+class BoardPage;
+class Navigation;
+class Sidebar;
+class Theme;
+
+/// What the keys of the main window and the menus of its boards do. Main thread.
+class WindowActions final : public QObject {
+    Q_OBJECT
+
+public:
+    /// What the actions are about; all of it outlives them.
+    struct Parts {
+        QWidget& window;
+        Sidebar& sidebar;
+        BoardPage& boardPage;
+        BoardActions& boardActions;
+        Navigation& navigation;
+    };
+    WindowActions(const Parts& parts, const Workspace& workspace, const Theme& theme);
+
+Q_SIGNALS:
+    /// Why something was not done, in words for the user.
+    void refused(const QString& message);
+
+private:
+    template <typename Action>
+    QAction* addShortcut(const QKeySequence& keys, Action&& action);
+    void addShortcuts();
+    void takeBack(void (services::UndoManager::*step)());
+    void startTodo();
+    void startText();
+    void find();
+    void pickBoard();
+    void openNumbered(int number);
+    void toggleSidebar();
+    QMenu* makeMenu();
+    void openBoardMenu(model::Board& board, const QPoint& globalPosition);
+    void openPageMenu(const QPoint& globalPosition);
+
+    Parts m_parts;
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    UndoActions m_undo;
+    QAction* m_find = nullptr;
+    QAction* m_goToBoard = nullptr;
+};
+
+} // namespace korvex::ui

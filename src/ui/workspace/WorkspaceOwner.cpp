@@ -1,0 +1,37 @@
+#include "ui/workspace/WorkspaceOwner.h"
+
+namespace korvex::ui {
+
+WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
+    : m_context(surroundings.container),
+      m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
+      m_boards(m_context, m_reminders, surroundings.log),
+      m_scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
+                      surroundings.log),
+      m_serializer(surroundings.log),
+      m_code(surroundings.makeEngine, surroundings.resources, surroundings.runLoop,
+             surroundings.log),
+      m_copies(surroundings.copies),
+      m_texts(m_context, m_folding),
+      m_search(m_context, m_boards, m_texts),
+      m_upcoming([this, &clock = surroundings.clock, timeZone = surroundings.timeZone] {
+          return std::make_unique<schedule::UpcomingTodos>(m_context, clock.now(), timeZone());
+      }),
+      m_workspace{.context = m_context,
+                  .boards = m_boards,
+                  .entries = m_entries,
+                  .undo = m_undo,
+                  .scheduleClock = m_scheduleClock,
+                  .clock = surroundings.clock,
+                  .preferences = surroundings.preferences,
+                  .defaults = surroundings.defaults,
+                  .dates = m_dates,
+                  .serializer = m_serializer,
+                  .code = m_code,
+                  .folding = m_folding,
+                  .texts = m_texts,
+                  .search = m_search,
+                  .copies = m_copies,
+                  .upcoming = m_upcoming} {}
+
+} // namespace korvex::ui

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "base/Calendar.h"
+#include "base/Log.h"
+#include "services/Collaborators.h"
+#include "store/ModelContainer.h"
+#include "ui/workspace/Workspace.h"
+
+#include <filesystem>
+#include <functional>
+
+namespace korvex::ui {
+
+/// Makes what the views work with over an open store, and keeps it. It has read nothing of the
+/// store yet; what costs more than a start should pay is made at its first use. Main thread.
+class WorkspaceOwner {
+public:
+    /// What is there before. All that is referred to outlives the owner.
+    struct Surroundings {
+        store::ModelContainer& container;
+        app::AppPreferences& preferences;
+        app::UserDefaults& defaults;
+        const base::Clock& clock;
+        base::RunLoop& runLoop;
+        base::LogSink& log;
+        std::function<base::TimeZone()> timeZone = base::TimeZone::system;
+        /// Makes the engine that colours code, which stays uncoloured without one.
+        richtext::ScriptEngineFactory makeEngine = nullptr;
+        /// Finds what the engine loads.
+        richtext::ResourceLookup resources = nullptr;
+        /// The folder below which other programs get copies of attachments; empty for the system's
+        /// folder for temporary files.
+        std::filesystem::path copies = {};
+    };
+    explicit WorkspaceOwner(const Surroundings& surroundings);
+    WorkspaceOwner(const WorkspaceOwner&) = delete;
+    WorkspaceOwner& operator=(const WorkspaceOwner&) = delete;
+
+    const Workspace& workspace() const { return m_workspace; }
+
+private:
+    store::ModelContext m_context;
+    services::NoReminders m_reminders;
+    services::NoWidgets m_widgets;
+    services::UndoManager m_undo;
+    services::EntryService m_entries;
+    services::BoardService m_boards;
+    schedule::ScheduleClock m_scheduleClock;
+    DateTexts m_dates;
+    richtext::RichTextSerializer m_serializer;
+    richtext::CodeHighlighter m_code;
+    services::TemporaryAttachmentCopies m_copies;
+    base::TextFolding m_folding;
+    services::FoldedTexts m_texts;
+    services::SearchService m_search;
+    OnFirstUse<schedule::UpcomingTodos> m_upcoming;
+    Workspace m_workspace;
+};
+
+} // namespace korvex::ui
