@@ -1,11 +1,14 @@
 // The longest frame while a board of 10,000 entries is scrolled: from the moment that the scroll
 // bar moves until the window system has the new picture. Screen by screen through the whole list,
-// line by line as a wheel does, and in jumps as the handle does when it is dragged.
+// line by line as a wheel does, and in jumps as the handle does when it is dragged. Against the same in
+// a bare list of as many plain rows ("limit"), and against one frame of a screen ("frame").
 
 #include "support/BenchWindow.h"
 #include "ui/entries/EntryListView.h"
 
+#include <QListView>
 #include <QScrollBar>
+#include <QStringListModel>
 
 #include <benchmark/benchmark.h>
 
@@ -20,17 +23,11 @@ using namespace korvex;
 constexpr std::size_t kEntries = 10'000;
 constexpr double kLongestFrame = 0.016;
 
-/// The desktop app's window on a board of that many entries.
-class Window {
+/// A list that is scrolled, once it has been painted.
+class Scrolled {
 public:
-    Window()
-        : m_window([](bench::OpenStore& store) {
-              store.entries().createTodos({.contents = bench::titles(kEntries),
-                                           .board = store.inbox(),
-                                           .now = bench::kNow});
-          }),
-          m_list(*m_window.window().findChild<ui::EntryListView*>()),
-          m_paints(*m_list.viewport()) {
+    explicit Scrolled(QAbstractScrollArea& list) : m_list(list), m_paints(*list.viewport()) {
+        list.viewport()->update();
         m_paints.waitForMoreThan(0);
     }
 
@@ -50,19 +47,63 @@ public:
     }
 
 private:
-    bench::BenchWindow m_window;
-    ui::EntryListView& m_list;
+    QAbstractScrollArea& m_list;
     bench::PaintCount m_paints;
 };
 
-std::vector<double> scrollThrough(Window& window) {
+/// The desktop app's window on a board of that many entries.
+class Window {
+public:
+    Window()
+        : m_window([](bench::OpenStore& store) {
+              store.entries().createTodos({.contents = bench::titles(kEntries),
+                                           .board = store.inbox(),
+                                           .now = bench::kNow});
+          }),
+          m_list(*m_window.window().findChild<ui::EntryListView*>()) {}
+
+    QAbstractScrollArea& list() { return m_list; }
+
+private:
+    bench::BenchWindow m_window;
+    ui::EntryListView& m_list;
+};
+
+Window& window() {
+    static Window instance;
+    return instance;
+}
+
+/// Qt's own list of the same texts, as large.
+class BareList {
+public:
+    explicit BareList(QSize size) {
+        QStringList texts;
+        for (const auto& title : bench::titles(kEntries)) {
+            texts.append(QString::fromStdString(title));
+        }
+        m_model.setStringList(texts);
+        m_list.setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+        m_list.setModel(&m_model);
+        m_list.resize(size);
+        m_list.show();
+    }
+
+    QAbstractScrollArea& list() { return m_list; }
+
+private:
+    QStringListModel m_model;
+    QListView m_list;
+};
+
+std::vector<double> scrollThrough(Scrolled& list) {
     std::vector<double> frames;
     const auto draw = [&](int position) {
-        if (const auto seconds = window.frame(position)) {
+        if (const auto seconds = list.frame(position)) {
             frames.push_back(*seconds);
         }
     };
-    auto& bar = window.scrollBar();
+    auto& bar = list.scrollBar();
     draw(bar.minimum());
     while (bar.value() < bar.maximum()) {
         draw(bar.value() + bar.pageStep());
@@ -78,11 +119,10 @@ std::vector<double> scrollThrough(Window& window) {
     return frames;
 }
 
-void korvexWindow(benchmark::State& state) {
-    bench::application();
-    static Window window;
+void scroll(benchmark::State& state, QAbstractScrollArea& list) {
+    Scrolled scrolled(list);
     for (auto _ : state) {
-        const auto frames = scrollThrough(window);
+        const auto frames = scrollThrough(scrolled);
         state.SetIterationTime(frames.back());
         state.counters["frames"] = static_cast<double>(frames.size());
         state.counters["p99"] = frames[frames.size() * 99 / 100];
@@ -90,17 +130,36 @@ void korvexWindow(benchmark::State& state) {
     }
 }
 
-void limit(benchmark::State& state) {
+void korvexWindow(benchmark::State& state) {
+    bench::application();
+    scroll(state, window().list());
+}
+
+void bareList(benchmark::State& state) {
+    bench::application();
+    BareList bare(window().list().size());
+    scroll(state, bare.list());
+}
+
+void frame(benchmark::State& state) {
     for (auto _ : state) {
         state.SetIterationTime(kLongestFrame);
     }
 }
 
-BENCHMARK(korvexWindow)
-    ->Name("korvex")
-    ->UseManualTime()
-    ->Iterations(1)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(limit)->Name("limit")->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
+template <typename Function>
+void add(const char* name, Function function) {
+    benchmark::RegisterBenchmark(name, function)
+        ->UseManualTime()
+        ->Iterations(1)
+        ->Unit(benchmark::kMillisecond);
+}
+
+const bool kAreAdded = [] {
+    add("korvex", korvexWindow);
+    add("limit", bareList);
+    add("frame", frame);
+    return true;
+}();
 
 } // namespace

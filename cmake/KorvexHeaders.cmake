@@ -31,10 +31,3 @@ if(KORVEX_WINDOWS)
     korvex_headers(korvex_qt_headers HEADERS ${qt_headers}
                    USES Qt6::Widgets DEFINES QT_NO_KEYWORDS)
 endif()
-if(KORVEX_WINDOWS AND KORVEX_TESTS)
-    find_package(Qt6 6.4 REQUIRED COMPONENTS Test)
-    korvex_headers(korvex_qt_test_headers
-                   HEADERS ${qt_headers} ${test_headers}
-                           <QLineEdit> <QPushButton> <QScrollBar> <QSignalSpy> <QTest>
-                   USES Qt6::Test Qt6::Widgets GTest::gmock DEFINES QT_NO_KEYWORDS)
-endif()
