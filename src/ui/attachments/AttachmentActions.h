@@ -5,6 +5,7 @@
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentFiles.h"
 #include "services/EntryService.h"
+#include "services/TemporaryAttachmentCopies.h"
 #include "store/ModelContext.h"
 
 #include <QObject>
