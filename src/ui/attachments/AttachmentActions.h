@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "model/EntryPlacement.h"
 #include "model/EntryType.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/AttachmentFiles.h"

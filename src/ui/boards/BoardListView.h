@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Uuid.h"
+#include "model/EntryPlacement.h"
 #include "model/EntryType.h"
 #include "ui/boards/BoardListModel.h"
 #include "ui/kit/Theme.h"

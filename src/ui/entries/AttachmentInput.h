@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/EntryPlacement.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/attachments/AttachmentPreview.h"
 #include "ui/entries/EntryListView.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "model/EntryPlacement.h"
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/EntryEditing.h"
 #include "ui/kit/Page.h"

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "model/EntryPlacement.h"
 #include "ui/entries/EntryChips.h"
 #include "ui/entries/EntryReordering.h"
 #include "ui/kit/RowListView.h"

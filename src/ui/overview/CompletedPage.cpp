@@ -11,7 +11,7 @@
 namespace korvex::ui {
 
 CompletedPage::CompletedPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
-    : TodoGroupPage(workspace, theme, TodoGroupModel::Detail::completion, tr("Completed"), parent),
+    : TodoListPage(workspace, theme, TodoListModel::Detail::completion, tr("Completed"), parent),
       m_bar(
           new CompletedFilterBar(workspace.boards, workspace.dates, workspace.clock, theme, this)) {
     insertBar(*m_bar);
@@ -71,7 +71,7 @@ void CompletedPage::release(const base::Uuid& id) {
 }
 
 void CompletedPage::followBoards() {
-    TodoGroupPage::followBoards();
+    TodoListPage::followBoards();
     m_bar->followBoards();
 }
 
@@ -79,7 +79,7 @@ void CompletedPage::filterChanged() {
     if (!m_completed) {
         return;
     }
-    const QScopedValueRollback changing(m_extent, TodoGroupModel::Extent::most);
+    const QScopedValueRollback changing(m_extent, TodoListModel::Extent::most);
     follow([this] { m_completed->setFilter(m_bar->filter()); });
     scrollToTop();
 }

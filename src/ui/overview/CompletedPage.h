@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/overview/TodoGroupPage.h"
+#include "ui/overview/TodoListPage.h"
 
 #include <memory>
 
@@ -15,7 +15,7 @@ class CompletedFilterBar;
 
 /// The completed todos of all boards under the days of their completion, with a filter. Main
 /// thread.
-class CompletedPage final : public TodoGroupPage {
+class CompletedPage final : public TodoListPage {
     Q_OBJECT
 
 public:
@@ -49,7 +49,7 @@ private:
     /// A moment of that day.
     base::Instant m_now;
     std::optional<base::TimeZone> m_zone;
-    TodoGroupModel::Extent m_extent = TodoGroupModel::Extent::few;
+    TodoListModel::Extent m_extent = TodoListModel::Extent::few;
     CompletedFilterBar* m_bar;
     base::Subscription m_changes;
 };

@@ -14,7 +14,7 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
       m_workspace(workspace),
       m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
       m_header(new PageHeader(tr("Search"), theme)),
-      m_list(new SearchResultList(m_model, theme)),
+      m_list(new SearchListView(m_model, theme)),
       m_actions(*this, workspace, theme) {
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
@@ -22,8 +22,8 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
             [this](const QModelIndex& index) {
                 m_chosen = index.isValid() ? std::optional(m_model.id(index.row())) : std::nullopt;
             });
-    connect(m_list, &SearchResultList::openRequested, this, &SearchPage::open);
-    connect(m_list, &SearchResultList::toggleRequested, this, &SearchPage::toggle);
+    connect(m_list, &SearchListView::openRequested, this, &SearchPage::open);
+    connect(m_list, &SearchListView::toggleRequested, this, &SearchPage::toggle);
     m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
         m_model.forgetLabels();
         m_list->viewport()->update();

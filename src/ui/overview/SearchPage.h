@@ -2,7 +2,7 @@
 
 #include "ui/kit/Page.h"
 #include "ui/overview/SearchListModel.h"
-#include "ui/overview/SearchResultList.h"
+#include "ui/overview/SearchListView.h"
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
 
@@ -45,7 +45,7 @@ private:
     const Workspace& m_workspace;
     SearchListModel m_model;
     PageHeader* m_header;
-    SearchResultList* m_list;
+    SearchListView* m_list;
     TodoActions m_actions;
     QString m_query;
     /// What is chosen, also while the results are about to be others.

@@ -7,7 +7,7 @@
 namespace korvex::ui {
 
 UpcomingPage::UpcomingPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
-    : TodoGroupPage(workspace, theme, TodoGroupModel::Detail::due, tr("Upcoming"), parent) {}
+    : TodoListPage(workspace, theme, TodoListModel::Detail::due, tr("Upcoming"), parent) {}
 
 std::vector<TodoGroup> UpcomingPage::groups() {
     std::vector<TodoGroup> result;

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "schedule/UpcomingTodos.h"
-#include "ui/overview/TodoGroupPage.h"
+#include "ui/overview/TodoListPage.h"
 
 namespace korvex::ui {
 
 /// The open scheduled todos of all active boards, under when they are due. Follows the store and
 /// the clock. Main thread.
-class UpcomingPage final : public TodoGroupPage {
+class UpcomingPage final : public TodoListPage {
     Q_OBJECT
 
 public:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "model/EntryPlacement.h"
 #include "services/BoardService.h"
 #include "store/ModelContext.h"
 #include "ui/boards/BoardListView.h"

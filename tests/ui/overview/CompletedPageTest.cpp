@@ -215,7 +215,7 @@ TEST_F(CompletedPageTest, ReturnOpensTheEntryAndAFilteredChoiceStaysChosen) {
     auto& todo = addCompleted("b 2", kNow - 2 * kHour);
     show();
     std::vector<model::Entry*> opened;
-    QObject::connect(&page, &TodoGroupPage::entryOpenRequested, &page,
+    QObject::connect(&page, &TodoListPage::entryOpenRequested, &page,
                      [&](model::Entry* entry) { opened.push_back(entry); });
     choose(todo);
     search().setText(QStringLiteral("2"));

@@ -32,7 +32,7 @@ protected:
         }
         return result;
     }
-    SearchResultList& list() { return *page.findChild<SearchResultList*>(); }
+    SearchListView& list() { return *page.findChild<SearchListView*>(); }
     QAbstractItemModel& results() { return *list().model(); }
     std::string current() { return toUtf8(list().currentIndex().data().toString()); }
     int currentTop() { return list().visualRect(list().currentIndex()).top(); }

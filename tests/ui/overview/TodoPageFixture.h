@@ -1,8 +1,8 @@
 #pragma once
 
 #include "ui/WindowFixture.h"
-#include "ui/overview/TodoGroupPage.h"
-#include "ui/overview/TodoGroupView.h"
+#include "ui/overview/TodoListPage.h"
+#include "ui/overview/TodoListView.h"
 
 #include <QPersistentModelIndex>
 #include <QSignalSpy>
@@ -69,8 +69,8 @@ protected:
         return ::testing::AssertionFailure() << ::testing::PrintToString(rows());
     }
 
-    ui::TodoGroupView& list() { return *page.template findChild<ui::TodoGroupView*>(); }
-    ui::TodoGroupModel& listModel() { return *qobject_cast<ui::TodoGroupModel*>(list().model()); }
+    ui::TodoListView& list() { return *page.template findChild<ui::TodoListView*>(); }
+    ui::TodoListModel& listModel() { return *qobject_cast<ui::TodoListModel*>(list().model()); }
     void choose(const model::Entry& entry) {
         list().setFocus();
         list().setCurrentRow(listModel().rowOf(entry));

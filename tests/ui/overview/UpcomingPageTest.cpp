@@ -176,7 +176,7 @@ TEST_F(UpcomingPageTest, ReturnADoubleClickAndTheMenuOpenTheEntryOnItsBoard) {
     auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
     show();
     std::vector<model::Entry*> opened;
-    QObject::connect(&page, &TodoGroupPage::entryOpenRequested, &page,
+    QObject::connect(&page, &TodoListPage::entryOpenRequested, &page,
                      [&](model::Entry* entry) { opened.push_back(entry); });
     choose(todo);
     key(Qt::Key_Return);
@@ -353,7 +353,7 @@ TEST_F(UpcomingPageTest, AfterAnyChangesThePageIsAsOneMadeAnew) {
     anew.resize(page.size());
     anew.show();
     const auto* const wanted =
-        qobject_cast<TodoGroupModel*>(anew.findChild<TodoGroupView*>()->model());
+        qobject_cast<TodoListModel*>(anew.findChild<TodoListView*>()->model());
     ASSERT_EQ(wanted->rowCount(), listModel().rowCount());
     for (int row = 0; row < listModel().rowCount(); ++row) {
         EXPECT_EQ(wanted->entry(row), listModel().entry(row)) << row;

@@ -43,7 +43,7 @@ protected:
     BoardListView& boards() { return *window->findChild<BoardListView*>(); }
     EntryListView& list() { return page().list(); }
     SearchField& field() { return sidebar().searchField(); }
-    SearchResultList& results() { return *window->findChild<SearchResultList*>(); }
+    SearchListView& results() { return *window->findChild<SearchListView*>(); }
     static void key(int which, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(which), modifiers);
     }

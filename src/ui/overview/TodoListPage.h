@@ -2,7 +2,7 @@
 
 #include "base/Signal.h"
 #include "ui/kit/Page.h"
-#include "ui/overview/TodoGroupModel.h"
+#include "ui/overview/TodoListModel.h"
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
 #include <QWidget>
@@ -13,17 +13,17 @@
 namespace korvex::ui {
 
 class PageHeader;
-class TodoGroupView;
+class TodoListView;
 
 /// A page of todos from all boards under headings. Carries out what the user asks of a todo: a tick
 /// is stored at once and seen a moment longer, then its row leaves; ticked again before, nothing
 /// has changed. Follows the store and the clock; out of sight it does nothing, and catches up when
 /// it is shown. Main thread.
-class TodoGroupPage : public Page {
+class TodoListPage : public Page {
     Q_OBJECT
 
 public:
-    ~TodoGroupPage() override;
+    ~TodoListPage() override;
 
     QString title() const override;
     void takeKeyboard() override;
@@ -33,8 +33,8 @@ Q_SIGNALS:
     void entryOpenRequested(korvex::model::Entry* entry);
 
 protected:
-    TodoGroupPage(const Workspace& workspace, const Theme& theme, TodoGroupModel::Detail detail,
-                  const QString& title, QWidget* parent);
+    TodoListPage(const Workspace& workspace, const Theme& theme, TodoListModel::Detail detail,
+                 const QString& title, QWidget* parent);
 
     /// What is to be shown now; valid until the next change. Throws StoreError.
     virtual std::vector<TodoGroup> groups() = 0;
@@ -54,7 +54,7 @@ protected:
     virtual void followBoards();
 
     /// The groups are others now; small steps where few of their todos are.
-    void groupsChanged(TodoGroupModel::Extent extent = TodoGroupModel::Extent::few);
+    void groupsChanged(TodoListModel::Extent extent = TodoListModel::Extent::few);
     void scrollToTop();
     const Workspace& workspace() const { return m_workspace; }
 
@@ -85,9 +85,9 @@ private:
     void openMenu(int row, const QPoint& globalPosition);
 
     const Workspace& m_workspace;
-    TodoGroupModel m_model;
+    TodoListModel m_model;
     PageHeader* m_header;
-    TodoGroupView* m_list;
+    TodoListView* m_list;
     TodoActions m_actions;
     std::unordered_map<const model::Entry*, Lingering> m_lingering;
     int m_attempts = 0;

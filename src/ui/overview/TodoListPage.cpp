@@ -1,21 +1,21 @@
-#include "ui/overview/TodoGroupPage.h"
+#include "ui/overview/TodoListPage.h"
 
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/MenuItems.h"
 #include "ui/kit/PageHeader.h"
-#include "ui/overview/TodoGroupView.h"
+#include "ui/overview/TodoListView.h"
 
 #include <QTimer>
 
 namespace korvex::ui {
 
-TodoGroupPage::TodoGroupPage(const Workspace& workspace, const Theme& theme,
-                             TodoGroupModel::Detail detail, const QString& title, QWidget* parent)
+TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
+                           TodoListModel::Detail detail, const QString& title, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
       m_model(workspace.clock, workspace.dates, detail),
       m_header(new PageHeader(title, theme)),
-      m_list(new TodoGroupView(m_model, theme)),
+      m_list(new TodoListView(m_model, theme)),
       m_actions(*this, workspace, theme) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
@@ -24,43 +24,43 @@ TodoGroupPage::TodoGroupPage(const Workspace& workspace, const Theme& theme,
     m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) { catchUp(); });
 }
 
-TodoGroupPage::~TodoGroupPage() = default;
+TodoListPage::~TodoListPage() = default;
 
-void TodoGroupPage::connectList() {
+void TodoListPage::connectList() {
     const auto onEntry = [this](auto&& action) {
         return [this, action](int row) { (this->*action)(*m_model.entry(row)); };
     };
-    connect(m_list, &TodoGroupView::toggleRequested, this, onEntry(&TodoGroupPage::toggle));
-    connect(m_list, &TodoGroupView::scheduleRequested, this, onEntry(&TodoGroupPage::openSchedule));
-    connect(m_list, &TodoGroupView::deletionRequested, this, onEntry(&TodoGroupPage::remove));
-    connect(m_list, &TodoGroupView::openRequested, this,
+    connect(m_list, &TodoListView::toggleRequested, this, onEntry(&TodoListPage::toggle));
+    connect(m_list, &TodoListView::scheduleRequested, this, onEntry(&TodoListPage::openSchedule));
+    connect(m_list, &TodoListView::deletionRequested, this, onEntry(&TodoListPage::remove));
+    connect(m_list, &TodoListView::openRequested, this,
             [this](int row) { Q_EMIT entryOpenRequested(m_model.entry(row)); });
-    connect(m_list, &TodoGroupView::menuRequested, this, &TodoGroupPage::openMenu);
+    connect(m_list, &TodoListView::menuRequested, this, &TodoListPage::openMenu);
 }
 
-QString TodoGroupPage::title() const {
+QString TodoListPage::title() const {
     return m_header->title();
 }
 
-void TodoGroupPage::takeKeyboard() {
+void TodoListPage::takeKeyboard() {
     m_list->setFocus();
     if (m_list->currentRow() < 0) {
         m_list->setCurrentRow(m_list->nearestTodo(0));
     }
 }
 
-void TodoGroupPage::scrollToTop() {
+void TodoListPage::scrollToTop() {
     m_list->scrollToTop();
 }
 
-void TodoGroupPage::showEvent(QShowEvent* event) {
+void TodoListPage::showEvent(QShowEvent* event) {
     Page::showEvent(event);
     if (m_isBehind) {
         catchUp();
     }
 }
 
-void TodoGroupPage::catchUp() {
+void TodoListPage::catchUp() {
     m_isBehind = !isVisible();
     if (m_isBehind) {
         return;
@@ -79,7 +79,7 @@ void TodoGroupPage::catchUp() {
     m_list->forgetLabels();
 }
 
-void TodoGroupPage::recordsChanged(const store::ChangeSet& changes) {
+void TodoListPage::recordsChanged(const store::ChangeSet& changes) {
     m_isBehind = m_isBehind || !isVisible();
     if (m_isBehind) {
         return;
@@ -88,7 +88,7 @@ void TodoGroupPage::recordsChanged(const store::ChangeSet& changes) {
     follow([this] { followBoards(); });
 }
 
-void TodoGroupPage::followBoards() {
+void TodoListPage::followBoards() {
     QStringList names;
     for (const auto* const board : m_workspace.boards.boards()) {
         if (shows(*board)) {
@@ -99,7 +99,7 @@ void TodoGroupPage::followBoards() {
     m_list->viewport()->update(); // icons and colours are drawn as they are now
 }
 
-void TodoGroupPage::groupsChanged(TodoGroupModel::Extent extent) {
+void TodoListPage::groupsChanged(TodoListModel::Extent extent) {
     m_isBehind = m_isBehind || !isVisible();
     if (m_isBehind) {
         return;
@@ -108,16 +108,16 @@ void TodoGroupPage::groupsChanged(TodoGroupModel::Extent extent) {
     showNotes();
 }
 
-void TodoGroupPage::showNotes() {
+void TodoListPage::showNotes() {
     m_header->setNote(headerNote());
     setHint(m_model.rowCount() == 0 ? emptyHint() : QString());
 }
 
-bool TodoGroupPage::belongs(const model::Entry& entry) const {
-    return entry.isCompleted() == (m_model.detail() == TodoGroupModel::Detail::completion);
+bool TodoListPage::belongs(const model::Entry& entry) const {
+    return entry.isCompleted() == (m_model.detail() == TodoListModel::Detail::completion);
 }
 
-void TodoGroupPage::toggle(model::Entry& entry) {
+void TodoListPage::toggle(model::Entry& entry) {
     if (belongs(entry)) {
         tickAway(entry);
     } else {
@@ -125,7 +125,7 @@ void TodoGroupPage::toggle(model::Entry& entry) {
     }
 }
 
-void TodoGroupPage::tickAway(model::Entry& entry) {
+void TodoListPage::tickAway(model::Entry& entry) {
     const auto attempt = ++m_attempts;
     if (m_lingering.contains(&entry)) {
         release(entry.id()); // taken back before: it lingers where it is now
@@ -142,7 +142,7 @@ void TodoGroupPage::tickAway(model::Entry& entry) {
 }
 
 /// As if nothing had been: to the place, or with the moment of completion, that it had.
-void TodoGroupPage::takeBack(model::Entry& entry) {
+void TodoListPage::takeBack(model::Entry& entry) {
     const auto before = m_lingering.find(&entry);
     if (before == m_lingering.end()) {
         return;
@@ -154,7 +154,7 @@ void TodoGroupPage::takeBack(model::Entry& entry) {
     }
 }
 
-void TodoGroupPage::endLingering(model::Entry& entry, int attempt) {
+void TodoListPage::endLingering(model::Entry& entry, int attempt) {
     const auto found = m_lingering.find(&entry);
     if (found == m_lingering.end() || found->second.attempt != attempt) {
         return;
@@ -166,7 +166,7 @@ void TodoGroupPage::endLingering(model::Entry& entry, int attempt) {
     }
 }
 
-void TodoGroupPage::letGo(model::Entry& entry, int attempt) {
+void TodoListPage::letGo(model::Entry& entry, int attempt) {
     const auto found = m_lingering.find(&entry);
     if (found == m_lingering.end() || found->second.attempt != attempt) {
         return; // ticked once more meanwhile
@@ -181,7 +181,7 @@ void TodoGroupPage::letGo(model::Entry& entry, int attempt) {
     }
 }
 
-void TodoGroupPage::remove(model::Entry& entry) {
+void TodoListPage::remove(model::Entry& entry) {
     const auto row = m_model.rowOf(entry);
     if (row < 0) {
         return;
@@ -195,7 +195,7 @@ void TodoGroupPage::remove(model::Entry& entry) {
                              .undo = [this] { perform([this] { m_workspace.undo.undo(); }); }});
 }
 
-void TodoGroupPage::openSchedule(model::Entry& entry) {
+void TodoListPage::openSchedule(model::Entry& entry) {
     const auto row = m_model.rowOf(entry);
     if (entry.isCompleted() || row < 0) {
         return;
@@ -204,7 +204,7 @@ void TodoGroupPage::openSchedule(model::Entry& entry) {
     m_actions.openSchedule(entry, m_list->detailRect(row));
 }
 
-void TodoGroupPage::openMenu(int row, const QPoint& globalPosition) {
+void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
     auto& entry = *m_model.entry(row);
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
@@ -212,7 +212,7 @@ void TodoGroupPage::openMenu(int row, const QPoint& globalPosition) {
     items.add(tr("Go to entry"), Qt::Key_Return,
               [this, &entry] { Q_EMIT entryOpenRequested(&entry); });
     menu->addSeparator();
-    if (m_model.detail() == TodoGroupModel::Detail::due) {
+    if (m_model.detail() == TodoListModel::Detail::due) {
         items.add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, [this, &entry] { openSchedule(entry); })
             .setEnabled(!entry.isCompleted());
     }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/kit/Theme.h"
-#include "ui/overview/TodoGroupModel.h"
+#include "ui/overview/TodoListModel.h"
 #include "ui/todos/DueLabel.h"
 
 #include <QRect>
@@ -14,11 +14,11 @@ namespace korvex::ui {
 /// What one row of a page with todos of all boards shows, laid out for one width: as a todo's row
 /// on its board, with the board's name at the side. Rectangles count from the row's top left
 /// corner.
-class TodoGroupRow {
+class TodoRowLayout {
 public:
     /// `boardColumn` is the width for the names of boards, where they stand beside the text.
-    TodoGroupRow(const TodoGroupModel& model, int row, int width, int boardColumn,
-                 const Theme& theme);
+    TodoRowLayout(const TodoListModel& model, int row, int width, int boardColumn,
+                  const Theme& theme);
 
     int width() const { return m_width; }
     int height() const { return m_height; }

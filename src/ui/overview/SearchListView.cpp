@@ -1,4 +1,4 @@
-#include "ui/overview/SearchResultList.h"
+#include "ui/overview/SearchListView.h"
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
@@ -172,7 +172,7 @@ private:
     const Theme& m_theme;
 };
 
-SearchResultList::SearchResultList(SearchListModel& model, const Theme& theme, QWidget* parent)
+SearchListView::SearchListView(SearchListModel& model, const Theme& theme, QWidget* parent)
     : RowListView(theme, parent), m_model(model), m_theme(theme) {
     setBottomMargin(kBoardDistance);
     setItemDelegate(new SearchResultDelegate(model, theme, this));
@@ -181,20 +181,20 @@ SearchResultList::SearchResultList(SearchListModel& model, const Theme& theme, Q
     applyTheme();
 }
 
-void SearchResultList::walk(int key) {
+void SearchListView::walk(int key) {
     QKeyEvent event(QEvent::KeyPress, key, Qt::NoModifier);
     keyPressEvent(&event);
 }
 
-int SearchResultList::heightOf(int row) const {
+int SearchListView::heightOf(int row) const {
     return m_rowHeight + distanceAbove(m_model, row);
 }
 
-void SearchResultList::forgetLayouts() {
+void SearchListView::forgetLayouts() {
     m_rowHeight = placesOf(kSideMargin, 0, m_theme).box.bottom() + 1 + m_theme.rowDistance() / 4;
 }
 
-void SearchResultList::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+void SearchListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     RowListView::currentChanged(current, previous);
     // The keys may be the search field's; a screen reader is told where they have come to.
     QAccessibleEvent event(this, QAccessible::Focus);
@@ -202,7 +202,7 @@ void SearchResultList::currentChanged(const QModelIndex& current, const QModelIn
     QAccessible::updateAccessibility(&event);
 }
 
-void SearchResultList::keyPressEvent(QKeyEvent* event) {
+void SearchListView::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -221,7 +221,7 @@ void SearchResultList::keyPressEvent(QKeyEvent* event) {
     RowListView::keyPressEvent(event);
 }
 
-void SearchResultList::clicked(int row, RowPart part, const QMouseEvent&) {
+void SearchListView::clicked(int row, RowPart part, const QMouseEvent&) {
     if (part == RowPart::sign) {
         Q_EMIT toggleRequested(row);
     } else {
@@ -230,7 +230,7 @@ void SearchResultList::clicked(int row, RowPart part, const QMouseEvent&) {
 }
 
 /// Only the circle of a todo that can be ticked is a part of its own.
-RowPart SearchResultList::partAt(int row, const QPoint& position) const {
+RowPart SearchListView::partAt(int row, const QPoint& position) const {
     const auto places = placesOf(viewport()->width(), distanceAbove(m_model, row), m_theme);
     const bool isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
     const auto local = position - visualRect(m_model.index(row, 0)).topLeft();

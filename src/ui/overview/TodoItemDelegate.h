@@ -1,18 +1,18 @@
 #pragma once
 
 #include "ui/kit/RowLayouts.h"
-#include "ui/overview/TodoGroupRow.h"
+#include "ui/overview/TodoRowLayout.h"
 
 #include <QStyledItemDelegate>
 
 namespace korvex::ui {
 
 /// Draws headings and todos of all boards.
-class TodoGroupDelegate final : public QStyledItemDelegate {
+class TodoItemDelegate final : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
-    TodoGroupDelegate(const TodoGroupModel& model, const Theme& theme, QObject* parent = nullptr);
+    TodoItemDelegate(const TodoListModel& model, const Theme& theme, QObject* parent = nullptr);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
@@ -21,7 +21,7 @@ public:
     int height(int row, int width) const;
     /// The layout of a row that is no heading. Valid until the next call of any function of this
     /// class.
-    const TodoGroupRow& layout(int row, int width) const;
+    const TodoRowLayout& layout(int row, int width) const;
     void forget(int row) const { m_layouts.forget(m_model.entry(row)); }
     void forgetAll() const;
 
@@ -30,16 +30,16 @@ public:
 
 private:
     void paintHeading(QPainter& painter, const QRect& rect, int row) const;
-    void paintBoard(QPainter& painter, const TodoGroupRow& laidOut,
+    void paintBoard(QPainter& painter, const TodoRowLayout& laidOut,
                     const model::Entry& entry) const;
 
-    const TodoGroupModel& m_model;
+    const TodoListModel& m_model;
     const Theme& m_theme;
     QStringList m_boardNames;
     /// For which width the column of boards was reckoned last, and how wide it is.
     mutable int m_columnFor = -1;
     mutable int m_column = 0;
-    mutable RowLayouts<TodoGroupRow> m_layouts;
+    mutable RowLayouts<TodoRowLayout> m_layouts;
 };
 
 } // namespace korvex::ui

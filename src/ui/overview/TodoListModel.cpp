@@ -1,4 +1,4 @@
-#include "ui/overview/TodoGroupModel.h"
+#include "ui/overview/TodoListModel.h"
 
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/Text.h"
@@ -15,11 +15,11 @@ constexpr std::size_t kMaximumSteps = 60;
 
 } // namespace
 
-TodoGroupModel::TodoGroupModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
-                               QObject* parent)
+TodoListModel::TodoListModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
+                             QObject* parent)
     : RowModel(parent), m_clock(clock), m_dates(dates), m_detail(detail) {}
 
-QVariant TodoGroupModel::data(const QModelIndex& index, int role) const {
+QVariant TodoListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
         return {};
     }
@@ -39,7 +39,7 @@ QVariant TodoGroupModel::data(const QModelIndex& index, int role) const {
     }
 }
 
-Qt::ItemFlags TodoGroupModel::flags(const QModelIndex& index) const {
+Qt::ItemFlags TodoListModel::flags(const QModelIndex& index) const {
     auto result = QAbstractListModel::flags(index);
     if (index.isValid() && index.row() < rowCount()) {
         result.setFlag(Qt::ItemIsSelectable, !isHeading(index.row()));
@@ -48,7 +48,7 @@ Qt::ItemFlags TodoGroupModel::flags(const QModelIndex& index) const {
     return result;
 }
 
-void TodoGroupModel::setGroups(const std::vector<TodoGroup>& groups, Extent extent) {
+void TodoListModel::setGroups(const std::vector<TodoGroup>& groups, Extent extent) {
     std::vector<Row> wanted;
     std::size_t total = groups.size();
     for (const auto& group : groups) {
@@ -71,12 +71,12 @@ void TodoGroupModel::setGroups(const std::vector<TodoGroup>& groups, Extent exte
     m_headings = std::move(headings);
 }
 
-void TodoGroupModel::holdInPlace(const model::Entry& entry) {
+void TodoListModel::holdInPlace(const model::Entry& entry) {
     letMove(entry);
     m_held.push_back(&entry);
 }
 
-void TodoGroupModel::placeHeld(std::vector<Row>& wanted) const {
+void TodoListModel::placeHeld(std::vector<Row>& wanted) const {
     std::vector<int> shown;
     for (const auto* const each : m_held) {
         shown.push_back(rowOf(*each));
@@ -90,7 +90,7 @@ void TodoGroupModel::placeHeld(std::vector<Row>& wanted) const {
     }
 }
 
-bool TodoGroupModel::showBySteps(const std::vector<Row>& wanted, const Headings& headings) {
+bool TodoListModel::showBySteps(const std::vector<Row>& wanted, const Headings& headings) {
     const auto steps = fewRowSteps(keysOf(rows()), keysOf(wanted), kMaximumSteps);
     if (!steps) {
         return false;
@@ -109,37 +109,37 @@ bool TodoGroupModel::showBySteps(const std::vector<Row>& wanted, const Headings&
     return true;
 }
 
-void TodoGroupModel::showAtOnce(std::vector<Row> wanted) {
+void TodoListModel::showAtOnce(std::vector<Row> wanted) {
     applyAtOnce(std::move(wanted),
                 [this](const Row& old) { return old.entry ? rowOf(*old.entry) : -1; });
 }
 
-int TodoGroupModel::rowOf(const model::Entry& entry) const {
+int TodoListModel::rowOf(const model::Entry& entry) const {
     return firstRow([&](const Row& row) { return row.entry == &entry; });
 }
 
-QString TodoGroupModel::text(int row) const {
+QString TodoListModel::text(int row) const {
     if (isHeading(row)) {
         return heading(row).title;
     }
     return shownText(*entry(row));
 }
 
-DueLabel TodoGroupModel::detailLabel(int row) const {
+DueLabel TodoListModel::detailLabel(int row) const {
     if (m_detail == Detail::completion) {
         return {.text = completionText(row)};
     }
     return dueLabelOf(*entry(row), m_clock.now(), m_dates, OverdueWord::no); // the heading says it
 }
 
-QString TodoGroupModel::completionText(int row) const {
+QString TodoListModel::completionText(int row) const {
     const auto completedAt = entry(row)->completedAt();
     return entry(row)->isCompleted() && completedAt
                ? toQString(m_dates.formats().shortTime(*completedAt))
                : QString();
 }
 
-QString TodoGroupModel::accessibleDescription(int row) const {
+QString TodoListModel::accessibleDescription(int row) const {
     if (isHeading(row)) {
         return tr("Heading, %n todo(s)", nullptr, static_cast<int>(heading(row).count));
     }

@@ -7,11 +7,11 @@ namespace korvex::ui {
 
 /// The list of what was found: an icon, the line with what was searched marked in it, and under it
 /// where it stands and when it is due. Boards are set apart. Changes nothing itself.
-class SearchResultList final : public RowListView {
+class SearchListView final : public RowListView {
     Q_OBJECT
 
 public:
-    SearchResultList(SearchListModel& model, const Theme& theme, QWidget* parent = nullptr);
+    SearchListView(SearchListModel& model, const Theme& theme, QWidget* parent = nullptr);
 
     /// Does what this arrow or page key does in the list itself.
     void walk(int key);

@@ -1,4 +1,4 @@
-#include "ui/overview/TodoGroupDelegate.h"
+#include "ui/overview/TodoItemDelegate.h"
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
@@ -21,12 +21,11 @@ QFont headingFont(const Theme& theme) {
 
 } // namespace
 
-TodoGroupDelegate::TodoGroupDelegate(const TodoGroupModel& model, const Theme& theme,
-                                     QObject* parent)
+TodoItemDelegate::TodoItemDelegate(const TodoListModel& model, const Theme& theme, QObject* parent)
     : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
 
-void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
-                              const QModelIndex& index) const {
+void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                             const QModelIndex& index) const {
     const int row = index.row();
     painter->save();
     painter->setClipRect(option.rect);
@@ -56,7 +55,7 @@ void TodoGroupDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->restore();
 }
 
-void TodoGroupDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
+void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
     const auto& colors = m_theme.colors();
     const auto& heading = m_model.heading(row);
     const auto sizes = RowFrame::of(m_theme);
@@ -74,8 +73,8 @@ void TodoGroupDelegate::paintHeading(QPainter& painter, const QRect& rect, int r
                      Qt::AlignLeft | Qt::AlignVCenter, QString::number(heading.count));
 }
 
-void TodoGroupDelegate::paintBoard(QPainter& painter, const TodoGroupRow& laidOut,
-                                   const model::Entry& entry) const {
+void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOut,
+                                  const model::Entry& entry) const {
     const auto* const board = entry.board();
     if (!board || laidOut.boardIcon().isEmpty()) {
         return;
@@ -94,32 +93,32 @@ void TodoGroupDelegate::paintBoard(QPainter& painter, const TodoGroupRow& laidOu
     painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.boardText());
 }
 
-QSize TodoGroupDelegate::sizeHint(const QStyleOptionViewItem& option,
-                                  const QModelIndex& index) const {
+QSize TodoItemDelegate::sizeHint(const QStyleOptionViewItem& option,
+                                 const QModelIndex& index) const {
     return {option.rect.width(), height(index.row(), option.rect.width())};
 }
 
-int TodoGroupDelegate::height(int row, int width) const {
-    return m_model.isHeading(row) ? TodoGroupRow::headingHeight(m_theme)
+int TodoItemDelegate::height(int row, int width) const {
+    return m_model.isHeading(row) ? TodoRowLayout::headingHeight(m_theme)
                                   : layout(row, width).height();
 }
 
-const TodoGroupRow& TodoGroupDelegate::layout(int row, int width) const {
+const TodoRowLayout& TodoItemDelegate::layout(int row, int width) const {
     return m_layouts.at(m_model.entry(row), width, [&] {
         if (m_columnFor != width) {
             m_columnFor = width;
-            m_column = TodoGroupRow::boardColumn(m_boardNames, width, m_theme);
+            m_column = TodoRowLayout::boardColumn(m_boardNames, width, m_theme);
         }
-        return std::make_unique<TodoGroupRow>(m_model, row, width, m_column, m_theme);
+        return std::make_unique<TodoRowLayout>(m_model, row, width, m_column, m_theme);
     });
 }
 
-void TodoGroupDelegate::forgetAll() const {
+void TodoItemDelegate::forgetAll() const {
     m_layouts.forgetAll();
     m_columnFor = -1;
 }
 
-bool TodoGroupDelegate::setBoardNames(QStringList names) {
+bool TodoItemDelegate::setBoardNames(QStringList names) {
     if (m_boardNames == names) {
         return false;
     }

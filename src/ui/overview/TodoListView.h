@@ -2,7 +2,7 @@
 
 #include "base/Uuid.h"
 #include "ui/kit/RowListView.h"
-#include "ui/overview/TodoGroupDelegate.h"
+#include "ui/overview/TodoItemDelegate.h"
 #include "ui/todos/LeavingRows.h"
 
 #include <unordered_set>
@@ -11,11 +11,11 @@ namespace korvex::ui {
 
 /// The list of a page with todos of all boards: draws rows and turns pointer and keys into
 /// requests. Headings are passed over by the keyboard. It changes nothing itself.
-class TodoGroupView final : public RowListView {
+class TodoListView final : public RowListView {
     Q_OBJECT
 
 public:
-    TodoGroupView(TodoGroupModel& model, const Theme& theme, QWidget* parent = nullptr);
+    TodoListView(TodoListModel& model, const Theme& theme, QWidget* parent = nullptr);
 
     /// As in every list; the first todo brings the heading along.
     void setCurrentRow(int row) override;
@@ -54,9 +54,9 @@ protected:
     void focusInEvent(QFocusEvent* event) override;
 
 private:
-    TodoGroupModel& m_model;
+    TodoListModel& m_model;
     const Theme& m_theme;
-    TodoGroupDelegate* m_delegate;
+    TodoItemDelegate* m_delegate;
     LeavingRows m_leaving;
 };
 

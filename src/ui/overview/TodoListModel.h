@@ -21,18 +21,18 @@ struct TodoGroup {
 };
 
 /// A row of such a list: a heading, or a todo under the heading with the same key.
-struct TodoGroupModelRow {
+struct TodoListRow {
     /// Null for a heading.
     model::Entry* entry = nullptr;
     int headingKey = 0;
 
     RowKey key() const { return {entry ? 0 : 1 + headingKey, entry}; }
-    bool operator==(const TodoGroupModelRow&) const = default;
+    bool operator==(const TodoListRow&) const = default;
 };
 
 /// The rows of a page that lists todos of all boards: headings, each followed by its todos. Main
 /// thread.
-class TodoGroupModel final : public RowModel<TodoGroupModelRow> {
+class TodoListModel final : public RowModel<TodoListRow> {
     Q_OBJECT
 
 public:
@@ -50,8 +50,8 @@ public:
         bool operator==(const Heading&) const = default;
     };
 
-    TodoGroupModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
-                   QObject* parent = nullptr);
+    TodoListModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
+                  QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
@@ -77,7 +77,7 @@ public:
     DueLabel detailLabel(int row) const;
 
 private:
-    using Row = TodoGroupModelRow;
+    using Row = TodoListRow;
     using Headings = std::unordered_map<int, Heading>;
 
     /// Puts the held todos among the wanted rows where they stand among the shown ones.

@@ -1,4 +1,4 @@
-#include "ui/overview/TodoGroupRow.h"
+#include "ui/overview/TodoRowLayout.h"
 
 #include "ui/boards/BoardLabel.h"
 #include "ui/todos/RowFrame.h"
@@ -22,8 +22,8 @@ constexpr int kHeadingDistance = 14;
 
 } // namespace
 
-TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int boardColumn,
-                           const Theme& theme)
+TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int boardColumn,
+                             const Theme& theme)
     : m_width(width),
       m_boardColumn(boardColumn),
       m_text(makeTextLayout(model.text(row), theme)),
@@ -59,7 +59,7 @@ TodoGroupRow::TodoGroupRow(const TodoGroupModel& model, int row, int width, int 
 }
 
 /// The names of boards stand in one column, the details at its left.
-void TodoGroupRow::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
+void TodoRowLayout::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
     const int line = QFontMetrics(theme.smallFont()).lineSpacing();
     const int top = firstLineTop + (firstLineHeight - line) / 2;
@@ -72,7 +72,7 @@ void TodoGroupRow::placeBeside(int firstLineTop, int firstLineHeight, const Them
     }
 }
 
-int TodoGroupRow::placeBelow(int top, int room, const Theme& theme) {
+int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
     const QFontMetrics metrics(theme.smallFont());
     const int line = metrics.lineSpacing();
@@ -97,8 +97,8 @@ int TodoGroupRow::placeBelow(int top, int room, const Theme& theme) {
     return top + line;
 }
 
-void TodoGroupRow::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth,
-                            const Theme& theme) {
+void TodoRowLayout::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth,
+                             const Theme& theme) {
     if (m_boardText.isEmpty()) {
         return;
     }
@@ -109,18 +109,18 @@ void TodoGroupRow::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth
         QFontMetrics(theme.smallFont()).elidedText(m_boardText, Qt::ElideRight, nameWidth);
 }
 
-int TodoGroupRow::lowestHeight(const Theme& theme) {
+int TodoRowLayout::lowestHeight(const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
     return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) + 2 * sizes.padding +
            theme.rowDistance();
 }
 
-int TodoGroupRow::headingHeight(const Theme& theme) {
+int TodoRowLayout::headingHeight(const Theme& theme) {
     return theme.scaled(kHeadingDistance) + QFontMetrics(theme.font()).lineSpacing() +
            theme.rowDistance() / 2;
 }
 
-int TodoGroupRow::boardColumn(const QStringList& names, int width, const Theme& theme) {
+int TodoRowLayout::boardColumn(const QStringList& names, int width, const Theme& theme) {
     const QFontMetrics metrics(theme.smallFont());
     int widest = 0;
     for (const auto& name : names) {

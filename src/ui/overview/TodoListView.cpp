@@ -1,4 +1,4 @@
-#include "ui/overview/TodoGroupView.h"
+#include "ui/overview/TodoListView.h"
 
 #include <QMouseEvent>
 
@@ -10,11 +10,11 @@ constexpr int kBottomMargin = 24;
 
 } // namespace
 
-TodoGroupView::TodoGroupView(TodoGroupModel& model, const Theme& theme, QWidget* parent)
+TodoListView::TodoListView(TodoListModel& model, const Theme& theme, QWidget* parent)
     : RowListView(theme, parent),
       m_model(model),
       m_theme(theme),
-      m_delegate(new TodoGroupDelegate(model, theme, this)),
+      m_delegate(new TodoItemDelegate(model, theme, this)),
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }) {
     setBottomMargin(kBottomMargin);
     setItemDelegate(m_delegate);
@@ -22,7 +22,7 @@ TodoGroupView::TodoGroupView(TodoGroupModel& model, const Theme& theme, QWidget*
     applyTheme();
 }
 
-void TodoGroupView::setCurrentRow(int row) {
+void TodoListView::setCurrentRow(int row) {
     const auto index = m_model.index(row, 0);
     selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
     if (row == 1) {
@@ -31,7 +31,7 @@ void TodoGroupView::setCurrentRow(int row) {
     scrollTo(index);
 }
 
-int TodoGroupView::nearestTodo(int row) const {
+int TodoListView::nearestTodo(int row) const {
     for (int below = std::max(row, 0); below < m_model.rowCount(); ++below) {
         if (!m_model.isHeading(below)) {
             return below;
@@ -45,20 +45,20 @@ int TodoGroupView::nearestTodo(int row) const {
     return -1;
 }
 
-QRect TodoGroupView::detailRect(int row) const {
+QRect TodoListView::detailRect(int row) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = laidOut.detail().isEmpty() ? laidOut.text() : laidOut.detail();
     return {viewport()->mapToGlobal(rect.topLeft() + local.topLeft()), local.size()};
 }
 
-void TodoGroupView::setBoardNames(const QStringList& names) {
+void TodoListView::setBoardNames(const QStringList& names) {
     if (m_delegate->setBoardNames(names)) {
         measureAllAgain();
     }
 }
 
-void TodoGroupView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
+void TodoListView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
     for (const int row : measuredRows()) {
         const auto* const entry = m_model.entry(row);
         if (entry && ids.contains(entry->id())) {
@@ -67,21 +67,21 @@ void TodoGroupView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
     }
 }
 
-void TodoGroupView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
+void TodoListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
     m_leaving.start(entry, std::move(done));
 }
 
-int TodoGroupView::measuredHeight(int row) {
+int TodoListView::measuredHeight(int row) {
     return m_leaving.height(m_model.entry(row), m_delegate->height(row, viewport()->width()));
 }
 
-int TodoGroupView::estimatedHeight(int row) const {
+int TodoListView::estimatedHeight(int row) const {
     // Without a look at the todo: most texts need one line, and a list may be very long.
-    return m_model.isHeading(row) ? TodoGroupRow::headingHeight(m_theme)
-                                  : TodoGroupRow::lowestHeight(m_theme);
+    return m_model.isHeading(row) ? TodoRowLayout::headingHeight(m_theme)
+                                  : TodoRowLayout::lowestHeight(m_theme);
 }
 
-QModelIndex TodoGroupView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+QModelIndex TodoListView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
     const auto wanted = RowListView::moveCursor(action, modifiers);
     if (!wanted.isValid() || !m_model.isHeading(wanted.row())) {
         return wanted;
@@ -95,7 +95,7 @@ QModelIndex TodoGroupView::moveCursor(CursorAction action, Qt::KeyboardModifiers
     return m_model.index(nearestTodo(wanted.row()), 0);
 }
 
-void TodoGroupView::keyPressEvent(QKeyEvent* event) {
+void TodoListView::keyPressEvent(QKeyEvent* event) {
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const int row = currentRow();
     if (row < 0 || m_model.isHeading(row)) {
@@ -129,7 +129,7 @@ void TodoGroupView::keyPressEvent(QKeyEvent* event) {
     RowListView::keyPressEvent(event);
 }
 
-void TodoGroupView::clicked(int row, RowPart part, const QMouseEvent&) {
+void TodoListView::clicked(int row, RowPart part, const QMouseEvent&) {
     if (part == RowPart::sign) {
         Q_EMIT toggleRequested(row);
     } else if (part == RowPart::label) {
@@ -137,7 +137,7 @@ void TodoGroupView::clicked(int row, RowPart part, const QMouseEvent&) {
     }
 }
 
-void TodoGroupView::mouseDoubleClickEvent(QMouseEvent* event) {
+void TodoListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     if (event->button() != Qt::LeftButton) {
         return;
@@ -150,7 +150,7 @@ void TodoGroupView::mouseDoubleClickEvent(QMouseEvent* event) {
     }
 }
 
-void TodoGroupView::mouseMoveEvent(QMouseEvent* event) {
+void TodoListView::mouseMoveEvent(QMouseEvent* event) {
     // Nothing is dragged here, and a drag over the rows chooses none.
     if (event->buttons() == Qt::NoButton) {
         RowListView::mouseMoveEvent(event);
@@ -159,7 +159,7 @@ void TodoGroupView::mouseMoveEvent(QMouseEvent* event) {
     }
 }
 
-void TodoGroupView::focusInEvent(QFocusEvent* event) {
+void TodoListView::focusInEvent(QFocusEvent* event) {
     RowListView::focusInEvent(event);
     const bool hasCurrent = currentIndex().isValid() && !m_model.isHeading(currentRow());
     const int row = hasCurrent        ? currentRow()
@@ -171,14 +171,14 @@ void TodoGroupView::focusInEvent(QFocusEvent* event) {
     viewport()->update();
 }
 
-RowPart TodoGroupView::partAt(int row, const QPoint& position) const {
+RowPart TodoListView::partAt(int row, const QPoint& position) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = position - rect.topLeft();
     if (isOn(laidOut.circle(), local)) {
         return RowPart::sign;
     }
-    const bool isSchedule = m_model.detail() == TodoGroupModel::Detail::due;
+    const bool isSchedule = m_model.detail() == TodoListModel::Detail::due;
     return isSchedule && isOn(laidOut.detail(), local) ? RowPart::label : RowPart::body;
 }
 
