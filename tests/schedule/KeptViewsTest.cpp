@@ -1,6 +1,7 @@
 #include "TodoStore.h"
 #include "schedule/CompletedTodos.h"
 #include "schedule/UpcomingTodos.h"
+#include "services/OrderKey.h"
 #include "services/EntryService.h"
 #include "support/TemporaryFolder.h"
 
