@@ -1,7 +1,7 @@
 // The longest frame while a board of 10,000 entries is scrolled: from the moment that the scroll
 // bar moves until the window system has the new picture. Screen by screen through the whole list,
-// line by line as a wheel does, and in jumps as the handle does when it is dragged. Against the same in
-// a bare list of as many plain rows ("limit"), and against one frame of a screen ("frame").
+// line by line as a wheel does, and in jumps as the handle does when it is dragged. Against the
+// same in a bare list of as many plain rows ("limit"), and against one frame of a screen ("frame").
 
 #include "support/BenchWindow.h"
 #include "ui/EntryListView.h"

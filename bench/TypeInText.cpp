@@ -1,7 +1,8 @@
 // The longest time from the press of a key to the painted character, in a text of nearly 10,000
 // characters with a table of 20 × 20: in a paragraph at the front, so that all that follows moves
-// when the line wraps, in a cell, in code, and at the end. Against the same keys in a bare editor of the
-// same size that shows the same document ("limit"), and against one frame of a screen ("frame").
+// when the line wraps, in a cell, in code, and at the end. Against the same keys in a bare editor
+// of the same size that shows the same document ("limit"), and against one frame of a screen
+// ("frame").
 
 #include "support/BenchWindow.h"
 
