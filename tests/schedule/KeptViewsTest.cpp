@@ -1,8 +1,8 @@
 #include "TodoStore.h"
 #include "schedule/CompletedTodos.h"
 #include "schedule/UpcomingTodos.h"
-#include "services/OrderKey.h"
 #include "services/EntryService.h"
+#include "services/OrderKey.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
