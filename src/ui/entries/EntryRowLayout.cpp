@@ -48,7 +48,7 @@ void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom
 }
 
 int EntryRowLayout::chipsExtent() const {
-    return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::padding : 0;
+    return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::kPadding : 0;
 }
 
 int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
@@ -59,10 +59,11 @@ int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const 
         text.append(u"…", {}, {}); // only the beginning is shown
     }
     const auto sizes = RowFrame::of(theme);
-    const int left = sizes.boxMargin + sizes.gap;
+    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
     const int room = std::max(40, m_width - left - sizes.textRight);
     m_formatted = std::make_unique<TextRow>(text, room, look);
-    m_textRect = QRect(left, theme.rowDistance() / 2 + sizes.padding, room, m_formatted->height());
+    m_textRect =
+        QRect(left, theme.rowDistance() / 2 + RowFrame::kPadding, room, m_formatted->height());
     return m_textRect.bottom() + 1;
 }
 
@@ -84,8 +85,8 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
     const int dueHeight = lineHeight(theme.smallFont());
     const int textLeft = sizes.textLeft;
     const int room = std::max(40, width - textLeft - sizes.textRight);
-    const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::gap
-                            : isOpenTodo ? sizes.scheduleSize + RowFrame::gap
+    const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::kGap
+                            : isOpenTodo ? sizes.scheduleSize + RowFrame::kGap
                                          : 0;
     const auto [isBeside, textWidth, textHeight] =
         arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
@@ -93,22 +94,22 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
     const int line = lineHeight(theme.font());
     const int firstLine = std::max(line, sizes.signSize);
     const int top = theme.rowDistance() / 2;
-    const int textTop = top + RowFrame::padding + (firstLine - line) / 2;
+    const int textTop = top + RowFrame::kPadding + (firstLine - line) / 2;
     m_textRect = QRect(textLeft, textTop, textWidth, textHeight);
-    int bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::padding + firstLine);
-    m_sign = QRect(RowFrame::boxMargin + RowFrame::gap,
-                   top + RowFrame::padding + (firstLine - sizes.signSize) / 2, sizes.signSize,
+    int bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::kPadding + firstLine);
+    m_sign = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
+                   top + RowFrame::kPadding + (firstLine - sizes.signSize) / 2, sizes.signSize,
                    sizes.signSize);
     if (hasDue && isBeside) {
         m_due = QRect(width - sizes.textRight - dueWidth,
-                      top + RowFrame::padding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
+                      top + RowFrame::kPadding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
     } else if (hasDue) {
         m_due = QRect(isRightToLeft ? textLeft + textWidth - dueWidth : textLeft, bottom + 1,
                       dueWidth, dueHeight);
         bottom = m_due.bottom() + 1;
     } else if (isOpenTodo) {
         m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,
-                                 top + RowFrame::padding + (firstLine - sizes.scheduleSize) / 2,
+                                 top + RowFrame::kPadding + (firstLine - sizes.scheduleSize) / 2,
                                  sizes.scheduleSize, sizes.scheduleSize);
     }
     return bottom;
@@ -117,8 +118,8 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
 /// `bottom` is where what the row shows ends.
 void EntryRowLayout::setBox(int bottom, const Theme& theme) {
     const int top = theme.rowDistance() / 2;
-    m_height = bottom + RowFrame::padding + theme.rowDistance() - top;
-    m_box = QRect(RowFrame::boxMargin, top, m_width - 2 * RowFrame::boxMargin,
+    m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
+    m_box = QRect(RowFrame::kBoxMargin, top, m_width - 2 * RowFrame::kBoxMargin,
                   m_height - theme.rowDistance());
 }
 
@@ -144,12 +145,12 @@ EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_widt
     const auto sizes = RowFrame::of(theme);
     const QFontMetrics metrics(theme.font());
     m_room =
-        std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::gap);
-    m_textRoom = std::max(1, width - 2 * (sizes.boxMargin + sizes.gap));
+        std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::kGap);
+    m_textRoom = std::max(1, width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap));
     m_lineHeight = metrics.lineSpacing();
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = sizes.signSize;
-    m_around = 2 * RowFrame::padding + theme.rowDistance();
+    m_around = 2 * RowFrame::kPadding + theme.rowDistance();
 }
 
 int EntryHeightEstimate::height(const EntryListModel& model, int row) const {

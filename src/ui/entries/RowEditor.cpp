@@ -61,9 +61,9 @@ bool RowEditor::hasError() const {
 }
 
 int RowEditor::errorHeight(int width) const {
-    return hasError() ? m_error->heightForWidth(width - m_discard->sizeHint().width()) +
-                            RowFrame::of(m_theme).padding
-                      : 0;
+    return hasError()
+               ? m_error->heightForWidth(width - m_discard->sizeHint().width()) + RowFrame::kPadding
+               : 0;
 }
 
 void RowEditor::placeError(const QPoint& topLeft, int width) {
@@ -77,11 +77,11 @@ void RowEditor::placeError(const QPoint& topLeft, int width) {
 
 void RowEditor::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
-    const auto frame = RowFrame::of(m_theme);
     QPainter painter(this);
     painter.fillRect(event->rect(), colors.content);
-    const QRectF box(frame.boxMargin + 0.75, m_theme.rowDistance() / 2.0 + 0.75,
-                     width() - 2 * frame.boxMargin - 1.5, height() - m_theme.rowDistance() - 1.5);
+    const QRectF box(RowFrame::kBoxMargin + 0.75, m_theme.rowDistance() / 2.0 + 0.75,
+                     width() - 2 * RowFrame::kBoxMargin - 1.5,
+                     height() - m_theme.rowDistance() - 1.5);
     if (box.adjusted(kCornerRadius, kCornerRadius, -kCornerRadius, -kCornerRadius)
             .contains(event->rect())) {
         return;

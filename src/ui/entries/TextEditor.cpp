@@ -111,15 +111,14 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::neededHeight(int width) {
-    const auto frame = RowFrame::of(theme());
-    const int room = width - 2 * (frame.boxMargin + frame.gap);
+    const int room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
         // The document of a hidden field knows no width.
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
     return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + errorHeight(room) +
-           2 * frame.padding + theme().rowDistance();
+           2 * RowFrame::kPadding + theme().rowDistance();
 }
 
 int TextEditor::contentHeight() const {
@@ -155,25 +154,23 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const auto frame = RowFrame::of(theme());
-    const int left = frame.boxMargin + frame.gap;
+    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
     const int room = width() - 2 * left;
     const int top =
-        theme().rowDistance() / 2 + frame.padding + m_bar->sizeHint().height() + kBarDistance;
+        theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
     const int bottom =
-        height() - (theme().rowDistance() - theme().rowDistance() / 2) - frame.padding;
+        height() - (theme().rowDistance() - theme().rowDistance() / 2) - RowFrame::kPadding;
     const int error = errorHeight(room);
     m_field->setGeometry(left, top, room, bottom - error - top);
-    placeError({left, bottom - error + (error > 0 ? frame.padding / 2 : 0)}, room);
+    placeError({left, bottom - error + (error > 0 ? RowFrame::kPadding / 2 : 0)}, room);
     placeBar();
 }
 
 /// At the top of the editor; of one whose top is out of sight at the top of what is seen.
 void TextEditor::placeBar() {
-    const auto frame = RowFrame::of(theme());
-    const int left = frame.boxMargin + frame.gap / 2;
+    const int left = RowFrame::kBoxMargin + RowFrame::kGap / 2;
     const int barHeight = m_bar->sizeHint().height();
-    const int top = theme().rowDistance() / 2 + frame.padding;
+    const int top = theme().rowDistance() / 2 + RowFrame::kPadding;
     m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
                        width() - 2 * left, barHeight);
     m_bar->raise();
@@ -182,7 +179,7 @@ void TextEditor::placeBar() {
 void TextEditor::reveal() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
     const int bar = m_bar->sizeHint().height() + kBarDistance;
-    const int margin = RowFrame::of(theme()).padding;
+    const int margin = RowFrame::kPadding;
     Q_EMIT revealRequested(line.adjusted(0, -bar - margin, 0, margin));
 }
 

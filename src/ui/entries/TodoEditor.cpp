@@ -48,8 +48,8 @@ int TodoEditor::neededHeight(int width) {
     const auto frame = RowFrame::of(theme());
     const int room = width - frame.textLeft - frame.textRight;
     const auto arranged = arrangement(room);
-    int height =
-        std::max(arranged.textHeight, frame.signSize) + 2 * frame.padding + theme().rowDistance();
+    int height = std::max(arranged.textHeight, frame.signSize) + 2 * RowFrame::kPadding +
+                 theme().rowDistance();
     if (!arranged.isBeside) {
         height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
     }
@@ -62,9 +62,9 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     const QFontMetrics metrics(theme().font());
     const int line = std::max(metrics.lineSpacing(), frame.signSize);
-    const int top = theme().rowDistance() / 2 + frame.padding + (line - frame.signSize) / 2;
-    const int left =
-        frame.textLeft - (frame.textLeft - frame.boxMargin - frame.signSize) / 2 - frame.signSize;
+    const int top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
+    const int left = frame.textLeft - (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 -
+                     frame.signSize;
     TodoPainting::drawCircle(painter, QRect(left, top, frame.signSize, frame.signSize),
                              TodoPainting::Circle::open, theme().colors());
 }
@@ -105,8 +105,8 @@ TextArrangement TodoEditor::arrangement(int room) const {
     layout.setTextOption(option);
     const auto frame = RowFrame::of(theme());
     const bool hasDue = !m_dueLabel.isEmpty();
-    const int beside =
-        hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
+    const int beside = hasDue ? m_dueLabel.width(theme()) + 2 * RowFrame::kGap
+                              : frame.scheduleSize + RowFrame::kGap;
     return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 
@@ -116,17 +116,17 @@ void TodoEditor::place() {
     const int lineSpacing = QFontMetrics(theme().font()).lineSpacing();
     const int line = std::max(lineSpacing, frame.signSize);
     const int lead = (line - lineSpacing) / 2;
-    const int top = theme().rowDistance() / 2 + frame.padding;
+    const int top = theme().rowDistance() / 2 + RowFrame::kPadding;
     const auto arranged = arrangement(room);
     // Some room below, so that the field never scrolls by a rounded pixel.
     m_field->setGeometry(frame.textLeft, top + lead, arranged.textWidth,
-                         arranged.textHeight + frame.padding - 1);
+                         arranged.textHeight + RowFrame::kPadding - 1);
     int y = top + std::max(arranged.textHeight + lead, line);
 
     const int small = QFontMetrics(theme().smallFont()).lineSpacing();
     const auto button = m_schedule->sizeHint();
     if (arranged.isBeside) {
-        m_schedule->setGeometry(width() - frame.textRight - button.width() + frame.gap / 2,
+        m_schedule->setGeometry(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
                                 top + (line - button.height()) / 2, button.width(),
                                 button.height());
     } else {

@@ -58,10 +58,9 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
 void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
     const auto& colors = m_theme.colors();
     const auto& heading = m_model.heading(row);
-    const auto sizes = RowFrame::of(m_theme);
     const QFontMetrics metrics(headingFont(m_theme));
     const int line = metrics.lineSpacing();
-    const int left = sizes.boxMargin + sizes.gap;
+    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
     const QRect place(left, rect.bottom() + 1 - m_theme.rowDistance() / 2 - line,
                       rect.width() - 2 * left, line);
     painter.setFont(headingFont(m_theme));
@@ -69,8 +68,9 @@ void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int ro
     painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, heading.title);
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
-    painter.drawText(place.adjusted(metrics.horizontalAdvance(heading.title) + sizes.gap, 0, 0, 0),
-                     Qt::AlignLeft | Qt::AlignVCenter, QString::number(heading.count));
+    painter.drawText(
+        place.adjusted(metrics.horizontalAdvance(heading.title) + RowFrame::kGap, 0, 0, 0),
+        Qt::AlignLeft | Qt::AlignVCenter, QString::number(heading.count));
 }
 
 void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOut,

@@ -36,26 +36,27 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
     const int room = std::max(40, width - sizes.textLeft - sizes.textRight);
     const int detailWidth = m_detailLabel.width(theme);
     const int boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
-    const int beside = 2 * sizes.gap + detailWidth + (detailWidth > 0 ? sizes.gap : 0) + boardWidth;
+    const int beside =
+        2 * RowFrame::kGap + detailWidth + (detailWidth > 0 ? RowFrame::kGap : 0) + boardWidth;
     const auto [isBeside, textWidth, textHeight] =
         arrangeText(*m_text, room, beside, BesideText::goesBelow);
 
     const int line = QFontMetrics(theme.font()).lineSpacing();
     const int firstLine = std::max(line, sizes.signSize);
     const int top = theme.rowDistance() / 2;
-    const int lineTop = top + sizes.padding;
+    const int lineTop = top + RowFrame::kPadding;
     m_textRect = QRect(sizes.textLeft, lineTop + (firstLine - line) / 2, textWidth, textHeight);
-    m_circle = QRect(sizes.boxMargin + sizes.gap, lineTop + (firstLine - sizes.signSize) / 2,
-                     sizes.signSize, sizes.signSize);
+    m_circle = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
+                     lineTop + (firstLine - sizes.signSize) / 2, sizes.signSize, sizes.signSize);
     int bottom = std::max(m_textRect.bottom() + 1, lineTop + firstLine);
     if (isBeside) {
         placeBeside(lineTop, firstLine, theme);
     } else {
         bottom = placeBelow(bottom + 1, room, theme);
     }
-    m_height = bottom + sizes.padding + theme.rowDistance() - top;
-    m_box =
-        QRect(sizes.boxMargin, top, width - 2 * sizes.boxMargin, m_height - theme.rowDistance());
+    m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
+    m_box = QRect(RowFrame::kBoxMargin, top, width - 2 * RowFrame::kBoxMargin,
+                  m_height - theme.rowDistance());
 }
 
 /// The names of boards stand in one column, the details at its left.
@@ -68,7 +69,7 @@ void TodoRowLayout::placeBeside(int firstLineTop, int firstLineHeight, const The
     setBoard({left, top}, line, m_boardColumn, theme);
     if (!m_detailLabel.isEmpty()) {
         const int width = m_detailLabel.width(theme);
-        m_detail = QRect(left - sizes.gap - width, top, width, line);
+        m_detail = QRect(left - RowFrame::kGap - width, top, width, line);
     }
 }
 
@@ -87,7 +88,7 @@ int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
     if (!m_detailLabel.isEmpty()) {
         const int height = m_detailLabel.height(room, theme);
         m_detail = QRect(leftOf(0, detailWidth), top, detailWidth, height);
-        offset = detailWidth + sizes.gap;
+        offset = detailWidth + RowFrame::kGap;
         if (!m_boardText.isEmpty() && offset + icon + nameWidth > room) {
             offset = 0;
             top += height;
@@ -111,8 +112,8 @@ void TodoRowLayout::setBoard(const QPoint& topLeft, int lineHeight, int nameWidt
 
 int TodoRowLayout::lowestHeight(const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
-    return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) + 2 * sizes.padding +
-           theme.rowDistance();
+    return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) +
+           2 * RowFrame::kPadding + theme.rowDistance();
 }
 
 int TodoRowLayout::headingHeight(const Theme& theme) {

@@ -7,8 +7,8 @@ RowFrame RowFrame::of(const Theme& theme) {
     const auto schedule = theme.scaled(16);
     return {
         .signSize = sign,
-        .textLeft = boxMargin + gap + sign + gap,
-        .textRight = boxMargin + gap,
+        .textLeft = kBoxMargin + kGap + sign + kGap,
+        .textRight = kBoxMargin + kGap,
         .scheduleSize = schedule,
     };
 }

@@ -7,9 +7,9 @@ namespace korvex::ui {
 /// The distances and sizes in pixels that all rows have in common, and the editors that take a
 /// row's place.
 struct RowFrame {
-    static constexpr int boxMargin = 8;
-    static constexpr int padding = 5;
-    static constexpr int gap = 10;
+    static constexpr int kBoxMargin = 8;
+    static constexpr int kPadding = 5;
+    static constexpr int kGap = 10;
 
     int signSize;
     int textLeft;

@@ -65,7 +65,8 @@ protected:
         fill(edit, text, rect.width() - 36);
         const auto frame = RowFrame::of(theme);
         return rect.topLeft() +
-               QPoint(frame.boxMargin + frame.gap, theme.rowDistance() / 2 + frame.padding) +
+               QPoint(RowFrame::kBoxMargin + RowFrame::kGap,
+                      theme.rowDistance() / 2 + RowFrame::kPadding) +
                placeIn(edit, offset);
     }
     void fill(RichTextEdit& edit, const AttributedString& text, int width) {
