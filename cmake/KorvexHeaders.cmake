@@ -1,7 +1,6 @@
 # System headers that are compiled once for many targets: they were half of what a source of the windows
-# cost, and a third elsewhere. No header of ours is among them, so they are hardly ever made again. A
-# missing include is found in spite of them: tools/check-tidy reads a changed source without them, and the
-# presets `fuzz`, `asan` and `release` build without them.
+# cost, and a third elsewhere. No header of ours is among them, so they are hardly ever made again. The
+# presets `fuzz`, `asan` and `release` build without them, and so find a missing include.
 #
 # GCC forgets in them that the standard library switches warnings off for itself. With -O3 that brings up
 # overflows in std::string's operator+ that are not there: the preset `run` switches them off, and

@@ -24,6 +24,10 @@ struct OrderKey {
 /// Whether a board or an entry stands before another.
 template <std::derived_from<store::Record> Record>
 bool ordered(const Record& left, const Record& right) {
+    // The numbers alone nearly always decide, and sorting asks often.
+    if (left.sortOrder() != right.sortOrder()) {
+        return left.sortOrder() < right.sortOrder();
+    }
     const auto keyOf = [](const Record& record) {
         return OrderKey{record.sortOrder(), record.createdAt(), record.id()};
     };

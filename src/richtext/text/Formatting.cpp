@@ -1,7 +1,5 @@
 #include "richtext/text/Formatting.h"
 
-#include "richtext/text/ListIndents.h"
-
 #include <string>
 #include <utility>
 
@@ -37,10 +35,10 @@ bool isCodeBlock(const AttributedString& text, TextRange paragraph) {
 }
 
 void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attributes) {
-    if (attributes.isCode() && !attributes.korvexCodeBlock) {
+    if (isInlineCode(attributes)) {
         return;
     }
-    removeCode(attributes, level);
+    removeCode(attributes, std::nullopt);
     setFont(attributes, level);
 }
 
@@ -81,12 +79,9 @@ void applyCode(CharacterAttributes& attributes, std::string_view language, CodeK
 }
 
 void applyCodeBlock(ParagraphStyle& style) {
-    if (!style.lists.empty()) {
-        style.lists.clear();
-        setListIndents(style);
-    }
-    style.spacingBefore = 0;
-    style.lineSpacing = kCodeBlockLineSpacing;
+    style = {.direction = style.direction,
+             .lineSpacing = kCodeBlockLineSpacing,
+             .cells = std::exchange(style.cells, {})};
 }
 
 void removeCode(CharacterAttributes& attributes, std::optional<HeadingLevel> heading) {

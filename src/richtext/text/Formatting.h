@@ -44,7 +44,8 @@ void clearFormats(ParagraphStyle& style);
 /// Makes a run code in the look that code has, regular and without colours of its own, since those
 /// are computed when it is shown. Links and lines through or under the text stay.
 void applyCode(CharacterAttributes& attributes, std::string_view language, CodeKind kind);
-/// Makes a paragraph part of a code block, which is neither a heading nor an item of a list.
+/// Makes a paragraph part of a code block, which has no other formats: only the direction and the
+/// table's cells stay.
 void applyCodeBlock(ParagraphStyle& style);
 /// Turns code back into text: of the heading that the paragraph is, or else of the body.
 void removeCode(CharacterAttributes& attributes, std::optional<HeadingLevel> heading);

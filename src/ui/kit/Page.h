@@ -31,15 +31,12 @@ public:
     virtual bool leave() { return true; }
 
     ErrorBanner& banner() { return *m_banner; }
-    /// Carries out what the user asked for. The banner says why it was refused, and is cleared
-    /// otherwise. True when it was done.
+    /// Carries out what the user asked for. The banner is cleared first, so that it says why this
+    /// was refused, or what went wrong while the page took the change in. True when it was done.
     template <typename Operation>
     bool perform(Operation&& operation) {
-        const bool isDone = follow(operation);
-        if (isDone) {
-            m_banner->clear();
-        }
-        return isDone;
+        m_banner->clear();
+        return follow(operation);
     }
 
 protected:

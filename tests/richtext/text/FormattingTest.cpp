@@ -34,7 +34,7 @@ TEST(Formatting, CodeTakesItsLookAndKeepsLinksAndLines) {
                                                .link = "https://korvex.example"}));
 }
 
-TEST(Formatting, AParagraphKeepsWhatNeitherHeadingNorCodeGaveIt) {
+TEST(Formatting, AHeadingKeepsAParagraphsOwnFormatsAndACodeBlockHasNone) {
     ParagraphStyle style{.alignment = TextAlignment::center, .spacingAfter = 40, .lineSpacing = 7};
     applyHeading(HeadingLevel::level1, style);
     EXPECT_EQ(style, (ParagraphStyle{.alignment = TextAlignment::center,
@@ -44,11 +44,9 @@ TEST(Formatting, AParagraphKeepsWhatNeitherHeadingNorCodeGaveIt) {
     style.lists = {std::make_shared<TextList>()};
     style.leftIndent = 720;
     applyCodeBlock(style);
-    EXPECT_EQ(style, (ParagraphStyle{.alignment = TextAlignment::center,
-                                     .spacingAfter = 40,
-                                     .lineSpacing = kCodeBlockLineSpacing}));
+    EXPECT_EQ(style, (ParagraphStyle{.lineSpacing = kCodeBlockLineSpacing}));
     applyBodyText(style);
-    EXPECT_EQ(style, (ParagraphStyle{.alignment = TextAlignment::center, .spacingAfter = 40}));
+    EXPECT_EQ(style, ParagraphStyle());
 }
 
 TEST(Formatting, BodyTextKeepsWhatIsBoldUnlessAHeadingWas) {
