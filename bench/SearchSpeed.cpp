@@ -118,12 +118,12 @@ std::size_t linesWith(std::string_view text, std::string_view needle) {
         const auto rest = static_cast<std::size_t>(end - at);
         const auto* hit =
             static_cast<const char*>(::memmem(at, rest, needle.data(), needle.size()));
-        if (hit == nullptr) {
+        if (!hit) {
             break;
         }
         const auto behind = static_cast<std::size_t>(end - hit);
         const auto* lineEnd = static_cast<const char*>(std::memchr(hit, '\n', behind));
-        at = lineEnd == nullptr ? end : lineEnd + 1;
+        at = lineEnd ? lineEnd + 1 : end;
     }
     return lines;
 }
@@ -178,7 +178,6 @@ void firstSearch(benchmark::State& state) {
         const auto before = residentMemory();
         bench::timed(state, [&] { benchmark::DoNotOptimize(fresh->service.search("w").size()); });
         state.counters["memory"] = residentMemory() - before;
-        state.counters["text_bytes"] = static_cast<double>(fresh->texts.textBytes());
     }
 }
 

@@ -32,7 +32,7 @@ void forgetMostAllocated() {
 void* operator new(std::size_t size) {
     using namespace korvex::bench;
     void* const memory = std::malloc(size);
-    if (memory == nullptr) {
+    if (!memory) {
         throw std::bad_alloc();
     }
     const auto now = allocated += malloc_usable_size(memory);

@@ -117,14 +117,6 @@ void AppPreferences::setBoardSpacing(BoardSpacing spacing) {
     }
 }
 
-void AppPreferences::setDefaultReminderMinutes(int minutes) {
-    assert(isMinuteOfDay(minutes));
-    m_defaults.setInteger(kDefaultReminderMinutesKey, minutes);
-    if (std::exchange(m_defaultReminderMinutes, minutes) != minutes) {
-        m_didChange.emit();
-    }
-}
-
 void AppPreferences::setMainBoardSelectedBoardID(std::optional<base::Uuid> id) {
     m_mainBoardSelectedBoardID = id;
     if (id) {

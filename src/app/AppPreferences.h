@@ -32,7 +32,6 @@ public:
     void setBoardSpacing(BoardSpacing spacing);
     /// Minutes after midnight, 0 to 1439.
     int defaultReminderMinutes() const { return m_defaultReminderMinutes; }
-    void setDefaultReminderMinutes(int minutes);
     /// The board last shown in the main window; may be gone by now.
     std::optional<base::Uuid> mainBoardSelectedBoardID() const {
         return m_mainBoardSelectedBoardID;

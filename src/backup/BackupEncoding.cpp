@@ -14,7 +14,7 @@ namespace korvex::backup::BackupFileIO {
 
 namespace {
 
-/// Only measures.
+/// It takes what an output takes, and only counts the bytes.
 class Length {
 public:
     void put(std::string_view text) { m_bytes += text.size(); }

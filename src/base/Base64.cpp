@@ -20,7 +20,7 @@ constexpr auto kPairs = [] {
     return pairs;
 }();
 
-/// In a byte that no three bytes reach.
+/// This bit lies above the 24 that four characters can fill.
 constexpr std::uint32_t kInvalid = 0x80000000;
 
 /// What each character stands for at each of its four places in a group, shifted there.

@@ -10,6 +10,7 @@
 #include <QObject>
 
 #include <memory>
+#include <vector>
 
 namespace korvex::desktop {
 

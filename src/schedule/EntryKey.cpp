@@ -50,7 +50,7 @@ public:
         }
     }
 
-    /// Of the numbers.
+    /// How many bits a number has at most.
     unsigned bits() const { return m_bits; }
     std::uint64_t number(const EntryKey& key) const {
         std::uint64_t number = 0;

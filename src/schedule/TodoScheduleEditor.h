@@ -41,7 +41,6 @@ public:
     std::optional<TodoReminderPreset> reminderPreset;
 
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
-    bool isSaving() const { return m_saving; }
     bool isCompleted() const { return m_settings.completed; }
     const model::TodoSchedule& original() const { return m_original; }
 
@@ -49,11 +48,6 @@ public:
     void updatePresetReminder();
     /// What the presets count back from, when that needs a word; absent otherwise.
     std::optional<std::string> anchorExplanation() const;
-
-    /// The start and the end of the window on the due date; absent where the clock has no such
-    /// time.
-    std::optional<base::Instant> windowStart() const;
-    std::optional<base::Instant> windowEnd() const;
 
     /// The first check that fails at `now`, in the user's words; absent when all pass.
     std::optional<std::string> check(base::Instant now) const;
@@ -67,6 +61,10 @@ public:
 
 private:
     std::optional<base::Instant> anchor() const;
+    /// The start and the end of the window on the due date; absent where the clock has no such
+    /// time.
+    std::optional<base::Instant> windowStart() const;
+    std::optional<base::Instant> windowEnd() const;
 
     model::TodoSchedule m_original;
     Settings m_settings;

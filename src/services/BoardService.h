@@ -25,7 +25,8 @@ public:
     BoardService(store::ModelContext& context, ReminderReconciling& reminders, base::LogSink& log);
 
     enum class SaveChanges { no, yes };
-    /// Makes sure that there is one Inbox; turns a legacy Today board into it.
+    /// Makes sure that there is one Inbox; turns a legacy Today board into it. A caller that
+    /// changes more at once passes `no` and saves the boards together with the rest.
     void initializeDefaultBoards(base::Instant now, SaveChanges saveChanges = SaveChanges::yes);
 
     model::Board* inboxBoard() const;

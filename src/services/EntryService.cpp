@@ -26,7 +26,7 @@ std::string notSaved(const base::Error& error) {
 }
 
 /// The lines of a text behind each other, without what stands blank around them: a todo has one.
-std::string onOneLine(std::u16string_view text) {
+std::string joinedLines(std::u16string_view text) {
     // Line feed and its like, next line, line separator, paragraph separator.
     constexpr std::u16string_view kBreaks = u"\n\v\f\r\u0085\u2028\u2029";
     std::string joined;
@@ -107,9 +107,11 @@ void EntryService::complete(std::string_view name, const std::vector<Entry*>& to
     std::vector<base::Uuid> ids;
     for (const auto* const todo : todos) {
         ids.push_back(todo->id());
-        m_writer.logDone("Completed todo", todo->id());
     }
     m_listeners.todosChanged(ids);
+    for (const auto& id : ids) {
+        m_writer.logDone("Completed todo", id);
+    }
 }
 
 void EntryService::restoreTodo(Entry& given, base::Instant now,
@@ -190,7 +192,7 @@ void EntryService::becomeTodo(Entry& entry, base::Instant now) {
     if (!text) {
         throw EntryServiceError(EntryServiceErrorCase::contentTooLong);
     }
-    auto content = normalized(onOneLine(text->text()));
+    auto content = normalized(joinedLines(text->text()));
     m_changes.make({.name = "Change to Todo", .entries = {&entry}}, [&] {
         entry.setType(EntryType::todo);
         entry.setContent(std::move(content));

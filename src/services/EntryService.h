@@ -15,6 +15,7 @@
 #include "services/UndoableChanges.h"
 #include "store/ModelContext.h"
 
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -47,6 +48,7 @@ public:
     void completeTodo(model::Entry& entry, base::Instant now,
                       std::optional<base::Instant> completedAt = std::nullopt);
     /// In one change, all or none of them; those that are completed already stay as they are.
+    /// `todos` holds each once.
     void completeTodos(std::span<model::Entry* const> todos, base::Instant now);
     /// Every open todo of the board.
     void completeTodos(model::Board& board, base::Instant now);

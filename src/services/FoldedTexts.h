@@ -53,8 +53,6 @@ public:
     model::Entry* entry(Number number) const {
         return m_context.find<model::Entry>(m_slots[number].id);
     }
-    /// In bytes, of the folded texts.
-    std::size_t textBytes() const { return m_texts.size(); }
 
 private:
     struct Slot {

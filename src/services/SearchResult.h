@@ -31,7 +31,7 @@ struct SearchResult {
     std::string content;
     bool isCompleted = false;
     std::optional<model::TodoSchedule> schedule;
-    /// Of the board.
+    /// Whether the board is archived, for an entry the one that it is on.
     bool isArchived = false;
 
     bool operator==(const SearchResult&) const = default;

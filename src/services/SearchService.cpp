@@ -104,7 +104,7 @@ std::vector<std::string> SearchService::terms(std::string_view query) {
 std::vector<std::string> SearchService::foldedTerms(std::string_view query,
                                                     const base::TextFolding& folding) {
     std::vector<std::string> result;
-    for (const auto& word : terms(beginning(query, kMaximumQuery))) {
+    for (const auto word : base::words(beginning(query, kMaximumQuery))) {
         auto term = folding.folded(word);
         if (!term.empty()) {
             result.push_back(std::move(term));

@@ -43,7 +43,7 @@ private:
 
     struct Region {
         std::uint32_t offset;
-        /// Or `kNowhere` for a text that is gone.
+        /// It is `kNowhere` for a text that is gone.
         Number number;
     };
     struct Block {

@@ -53,12 +53,6 @@ void UndoManager::run(Stack& stack, State state) {
     m_didChange.emit();
 }
 
-void UndoManager::removeAllActions() {
-    m_undo.clear();
-    m_redo.clear();
-    m_didChange.emit();
-}
-
 void UndoManager::forgetOldest() {
     auto cost =
         std::accumulate(m_undo.begin(), m_undo.end(), std::size_t{0},

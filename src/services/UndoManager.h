@@ -35,7 +35,6 @@ public:
     /// is then off the stack all the same.
     void undo();
     void redo();
-    void removeAllActions();
 
     /// After the stacks have changed.
     base::Signal<>& didChange() { return m_didChange; }

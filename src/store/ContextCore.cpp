@@ -123,7 +123,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
         return std::any_of(records.begin(), records.end(),
                            [&](const Record* record) { return &record->storedType() == &type; });
     };
-    const bool isPlain =
+    const auto isPlain =
         !concernsType(m_inserted) && !concernsType(m_changed) && !concernsType(m_deleted);
     if (isPlain && descriptor.limit) {
         sql += " LIMIT " + std::to_string(*descriptor.limit);

@@ -102,7 +102,7 @@ private:
     StoreConnection& m_connection;
     const Schema& m_schema;
     StoreCheckReport m_report;
-    /// By type: what there is.
+    /// These are the identifiers that the store holds, for each type of the schema.
     std::vector<std::set<base::Uuid>> m_identifiers;
 };
 

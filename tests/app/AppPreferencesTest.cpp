@@ -76,19 +76,17 @@ TEST(AppPreferences, WritesWhatIsSetAtOnce) {
 
     preferences.setAppearance(Appearance::dark);
     preferences.setBoardSpacing(BoardSpacing::comfortable);
-    preferences.setDefaultReminderMinutes(0);
-    EXPECT_EQ(changes, 3);
+    EXPECT_EQ(changes, 2);
     // The size is what it was read as, but the file still holds what could not be read.
     preferences.setFontSize(13);
     preferences.setMainBoardSelectedBoardID(board);
-    EXPECT_EQ(changes, 3);
+    EXPECT_EQ(changes, 2);
     EXPECT_EQ(file.open().integer("fontSize"), 13);
 
     auto later = file.open();
     const AppPreferences reread(later, log);
     EXPECT_EQ(reread.appearance(), Appearance::dark);
     EXPECT_EQ(reread.boardSpacing(), BoardSpacing::comfortable);
-    EXPECT_EQ(reread.defaultReminderMinutes(), 0);
     EXPECT_EQ(reread.mainBoardSelectedBoardID(), board);
 
     preferences.setMainBoardSelectedBoardID(std::nullopt);

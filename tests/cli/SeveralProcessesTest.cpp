@@ -21,7 +21,7 @@ namespace {
 /// KORVEX_CHANGES=10000 makes it the long run: that many changes of each writer.
 int changesOfEachWriter() {
     const auto* text = std::getenv("KORVEX_CHANGES");
-    return text != nullptr ? std::atoi(text) : 300;
+    return text ? std::atoi(text) : 300;
 }
 
 enum class State { open, completed, text, deleted };

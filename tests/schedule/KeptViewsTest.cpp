@@ -142,7 +142,7 @@ private:
         if (oneIn(3)) {
             m_filter.query = oneIn(2) ? "milk" : "bread milk";
         }
-        if (const auto* board = any<Board>(m_mine); board != nullptr && oneIn(4)) {
+        if (const auto* board = any<Board>(m_mine); board && oneIn(4)) {
             m_filter.boardID = board->id();
         }
         m_filter.period = static_cast<CompletedFilter::Period>(pick(0, 4));
@@ -212,7 +212,7 @@ private:
                 changeBoard(store);
             }
             auto* entry = any<Entry>(store);
-            if (entry != nullptr) {
+            if (entry) {
                 change(store, *entry);
             }
         }
@@ -248,7 +248,7 @@ private:
 
     void changeBoard(TodoStore& store) {
         auto* board = any<Board>(store);
-        if (board == nullptr || oneIn(4)) {
+        if (!board || oneIn(4)) {
             store.addBoard(pick(0, 4), oneIn(3));
         } else if (oneIn(4)) {
             store.context.remove(*board);

@@ -158,7 +158,7 @@ public:
     std::optional<UpcomingSection> section(const Entry& entry) const {
         const auto schedule = entry.schedule();
         const auto date = schedule.effectiveDate(m_calendar);
-        if (!entry.isTodo() || entry.isCompleted() || entry.board() == nullptr ||
+        if (!entry.isTodo() || entry.isCompleted() || !entry.board() ||
             entry.board()->isArchived() || !date) {
             return std::nullopt;
         }

@@ -200,16 +200,14 @@ TEST_P(RandomLives, UndoneEverythingIsAsItWasAndRedoneAsItBecame) {
     for (int i = 0; i < 8; ++i) {
         life.create();
     }
+    // Creations are not undone: this is what all undoing leads back to.
+    const auto firstBytes = backup::BackupFileIO::encode(exported());
     for (int round = 0; round < 3; ++round) {
-        undo.removeAllActions();
-        const auto first = exported();
-        const auto firstBytes = backup::BackupFileIO::encode(first);
         for (int i = 0; i < 40; ++i) {
             life.step();
             expectSound();
         }
-        const auto last = exported();
-        const auto lastBytes = backup::BackupFileIO::encode(last);
+        const auto lastBytes = backup::BackupFileIO::encode(exported());
         while (undo.canUndo()) {
             undo.undo();
             expectSound();

@@ -62,7 +62,7 @@ public:
     void advance(double seconds) {
         const auto end = m_time + seconds;
         runPosted();
-        for (auto* next = soonest(); next != nullptr && next->due <= end; next = soonest()) {
+        for (auto* next = soonest(); next && next->due <= end; next = soonest()) {
             fire(*next);
         }
         m_time = end;

@@ -14,7 +14,7 @@ class TemporaryFolder {
 public:
     TemporaryFolder() {
         auto name = (std::filesystem::temp_directory_path() / "korvex-test-XXXXXX").string();
-        if (::mkdtemp(name.data()) == nullptr) {
+        if (!::mkdtemp(name.data())) {
             throw std::system_error(errno, std::generic_category(), "mkdtemp");
         }
         m_path = name;

@@ -50,9 +50,9 @@ Place findPlace(Session& session, const PlaceOptions& options) {
     model::Board* board = nullptr;
     if (const auto& beside = before ? before : after; beside && !options.board) {
         const auto* entry = session.context().find<model::Entry>(*beside);
-        board = entry != nullptr ? entry->board() : nullptr;
+        board = entry ? entry->board() : nullptr;
     }
-    return {board != nullptr ? *board : findBoardOrInbox(session, options.board), after, before};
+    return {board ? *board : findBoardOrInbox(session, options.board), after, before};
 }
 
 void appendInputLines(Session& session, std::vector<std::string>& contents) {

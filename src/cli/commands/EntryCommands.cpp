@@ -124,9 +124,10 @@ ExitStatus move(Session& session, const MoveOptions& options) {
     return ExitStatus::done;
 }
 
-void removeAllOf(Session& session, model::Board& board, bool isConfirmed) {
+void removeAllOf(Session& session, const DeleteOptions& options) {
+    auto& board = findBoard(session, *options.allOf);
     const auto entries = board.entries();
-    if (!isConfirmed) {
+    if (!options.isConfirmed) {
         const auto completed = std::count_if(entries.begin(), entries.end(), [](const auto* entry) {
             return entry->isCompletedTodo();
         });
@@ -145,12 +146,12 @@ ExitStatus remove(Session& session, const DeleteOptions& options) {
     }
     const store::LockedStep step(session.context());
     if (options.allOf) {
-        removeAllOf(session, findBoard(session, *options.allOf), options.isConfirmed);
+        removeAllOf(session, options);
         return ExitStatus::done;
     }
     const auto entries = findEntries(session, options.entries);
     session.entries().deleteEntries(entries);
-    // As they were.
+    // They are shown as they were before.
     printRecords(session, entries);
     return ExitStatus::done;
 }

@@ -74,7 +74,7 @@ std::string HelpFormatter::make_help(const CLI::App* command, std::string name,
     if (!command->get_footer().empty()) {
         help += "\n" + command->get_footer() + "\n";
     }
-    if (command->get_parent() != nullptr) {
+    if (command->get_parent()) {
         help += "\n--json and --data-dir DIR go with every command; see korvex --help.\n";
     }
     return help;

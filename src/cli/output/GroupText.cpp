@@ -54,7 +54,7 @@ void printGroups(Session& session, const std::vector<TitledEntries>& groups, Lis
             lines.push_back({.entry = entry,
                              .date = Cell(date == ListDate::due ? std::string(labels.label(*entry))
                                                                 : time(session, *entry)),
-                             .board = Cell(board != nullptr ? onOneLine(board->name()) : "")});
+                             .board = Cell(board ? onOneLine(board->name()) : "")});
         }
     }
     const auto idWidth = shortIdentifierLength(ids);

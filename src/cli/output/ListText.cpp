@@ -141,7 +141,7 @@ void printEntry(Session& session, const model::Entry& entry) {
     text.resize(text.find_last_not_of('\n') + 1);
     output.write(text);
     output.write("\n\n");
-    printFact(session, "Board", entry.board() != nullptr ? entry.board()->name() : "");
+    printFact(session, "Board", entry.board() ? entry.board()->name() : "");
     // A text entry may keep what it was as a todo: it sleeps.
     if (entry.isTodo()) {
         DueLabels dueLabels(session);

@@ -18,7 +18,7 @@ namespace korvex::cli {
 namespace {
 
 struct Row {
-    /// Of an entry.
+    /// This is empty for a board, which is found by its name.
     std::string id;
     std::string kind;
     std::string board;
@@ -38,7 +38,7 @@ Row rowOf(const services::SearchResult& result, const model::Entry* entry, DueLa
     if (result.isArchived) {
         name += kArchived;
     }
-    if (entry != nullptr) {
+    if (entry) {
         row.due = labels.label(*entry);
     }
     return row;

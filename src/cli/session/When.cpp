@@ -79,9 +79,8 @@ base::Instant readReminder(const std::string& typed, const model::TodoSchedule& 
     if (!preset) {
         const auto when = readWhen(typed, session);
         const auto* instant = std::get_if<base::Instant>(&when);
-        return instant != nullptr
-                   ? *instant
-                   : defaultReminderTime(std::get<base::DayNumber>(when), session, typed);
+        return instant ? *instant
+                       : defaultReminderTime(std::get<base::DayNumber>(when), session, typed);
     }
     if (!schedule.hasDue()) {
         throw wrongUsage("--remind " + typed + " counts back from a due date: add --due.");
@@ -110,7 +109,7 @@ model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& sessio
     if (options.from) {
         const auto from = readWhen(*options.from, session);
         const auto* start = std::get_if<base::Instant>(&from);
-        if (start == nullptr || !schedule.dueDate) {
+        if (!start || !schedule.dueDate) {
             throw wrongUsage("A window needs two times, as in --from 2025-03-10T09:00 "
                              "--due 2025-03-10T10:00.");
         }

@@ -49,8 +49,7 @@ Terminal Terminal::of(int descriptor) {
         return terminal;
     }
     const auto* kind = std::getenv("TERM");
-    terminal.hasColor =
-        !isVariableSet("NO_COLOR") && kind != nullptr && std::string_view(kind) != "dumb";
+    terminal.hasColor = !isVariableSet("NO_COLOR") && kind && std::string_view(kind) != "dumb";
     winsize size{};
     if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         terminal.width = size.ws_col;

@@ -64,7 +64,7 @@ std::unique_ptr<richtext::ScriptEngine> JavaScriptEngine::make(std::stop_token s
     // Without the last of the compilers the first forty analyses take a quarter less of the
     // processor's time; only after some three hundred would it have paid. Set once, since options
     // lie in read-only memory as soon as there is a context.
-    static const bool isSet = jsc_options_set_boolean(JSC_OPTIONS_USE_FTL, FALSE) != FALSE;
+    static const auto isSet = jsc_options_set_boolean(JSC_OPTIONS_USE_FTL, FALSE) != FALSE;
     static_cast<void>(isSet);
     if (stop.stop_requested()) {
         return nullptr;

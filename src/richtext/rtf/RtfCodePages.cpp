@@ -87,7 +87,7 @@ std::size_t CodePage::lengthAt(std::uint8_t lead) const {
     constexpr std::uint8_t kFirstKatakana = 0xA0;
     constexpr std::uint8_t kLastKatakana = 0xDF;
     constexpr std::int32_t kJapanese = 932;
-    const bool isLead = lead >= kFirstLead && lead <= kLastLead &&
+    const auto isLead = lead >= kFirstLead && lead <= kLastLead &&
                         (m_number != kJapanese || lead < kFirstKatakana || lead > kLastKatakana);
     return isLead ? 2 : 1;
 }

@@ -124,7 +124,7 @@ void DocumentReader::unicode(std::int32_t value) {
         return;
     }
     // Writers that think of 16 bits with a sign write negative values.
-    const bool isUnit = value > -kUnits && value < kUnits;
+    const auto isUnit = value > -kUnits && value < kUnits;
     const auto unit = isUnit ? static_cast<char16_t>(value) : u'\uFFFD';
     units({&unit, 1});
 }

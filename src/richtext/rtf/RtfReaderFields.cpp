@@ -43,7 +43,7 @@ private:
         std::u16string text;
         m_rest.remove_prefix(1);
         while (!m_rest.empty() && m_rest.front() != u'"') {
-            const bool isEscape = m_rest.front() == u'\\' && m_rest.size() > 1 &&
+            const auto isEscape = m_rest.front() == u'\\' && m_rest.size() > 1 &&
                                   (m_rest[1] == u'"' || m_rest[1] == u'\\');
             text.push_back(m_rest[isEscape ? 1 : 0]);
             m_rest.remove_prefix(isEscape ? 2 : 1);
@@ -80,7 +80,7 @@ std::string linkOf(std::u16string_view text) {
             continue;
         }
         // A place in the target, a tip and a frame have a word of their own.
-        const bool hasWord = word.text == u"l" || word.text == u"o" || word.text == u"t";
+        const auto hasWord = word.text == u"l" || word.text == u"o" || word.text == u"t";
         if (hasWord && !instruction.isAtEnd()) {
             auto value = instruction.next();
             place = word.text == u"l" ? std::move(value.text) : place;

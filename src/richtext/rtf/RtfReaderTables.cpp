@@ -155,7 +155,7 @@ bool TableBuilder::isPlaceholderNext(std::size_t depth) const {
     }
     const auto& level = m_levels[depth - 1];
     const auto* const definition = level.definition.cell(level.slots.size());
-    return definition != nullptr && definition->isPlaceholder();
+    return definition && definition->isPlaceholder();
 }
 
 bool TableBuilder::isRowFull(std::size_t depth) const {

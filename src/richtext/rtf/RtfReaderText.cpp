@@ -46,7 +46,7 @@ std::uint32_t TextBuilder::link(std::string target) {
 
 std::size_t TextBuilder::numbering(TextList list) {
     constexpr std::size_t kCost = sizeof(TextList) + 4 * sizeof(TextListRef);
-    const bool isGoingOn = !m_numberings.empty() && (m_lastNumbering == m_numberings.size() ||
+    const auto isGoingOn = !m_numberings.empty() && (m_lastNumbering == m_numberings.size() ||
                                                      m_paragraph.numbering == m_numberings.size());
     if (m_budget.isExhausted()) {
         return 0;
@@ -105,9 +105,9 @@ void TextBuilder::closeParagraph(std::size_t depth) {
 }
 
 void TextBuilder::endCell(std::size_t depth) {
-    const bool isOpen = m_tables.isCellOpen(depth);
+    const auto isOpen = m_tables.isCellOpen(depth);
     // Only a table can be all that a cell holds: it brings its own paragraphs.
-    const bool needsParagraph = isOpen ? !m_isAfterNestedRow : !m_tables.isPlaceholderNext(depth);
+    const auto needsParagraph = isOpen ? !m_isAfterNestedRow : !m_tables.isPlaceholderNext(depth);
     if (!isParagraphEmpty() || needsParagraph) {
         endParagraph(depth);
     }

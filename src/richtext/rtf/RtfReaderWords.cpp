@@ -16,7 +16,7 @@ constexpr bool isBetween(Action action, Action first, Action last) {
 } // namespace
 
 void DocumentReader::word(const Word& word) {
-    const bool isOptional = std::exchange(m_isOptional, false);
+    const auto isOptional = std::exchange(m_isOptional, false);
     const auto& keyword = *word.keyword;
     if (keyword.action == Action::binary) {
         m_tokens.skip(word.parameter.value);

@@ -123,7 +123,7 @@ void Tokens::readWord(Token& token) {
 Parameter Tokens::parameter() {
     constexpr std::int64_t kTen = 10;
     constexpr std::int64_t kLimit = std::int64_t{std::numeric_limits<std::int32_t>::max()} + 1;
-    const bool isNegative = m_end - m_at >= 2 && *m_at == '-' && isDigit(m_at[1]);
+    const auto isNegative = m_end - m_at >= 2 && *m_at == '-' && isDigit(m_at[1]);
     if (isNegative) {
         ++m_at;
     }

@@ -260,7 +260,7 @@ void Body::writeListText(const ParagraphStyle& style) {
 /// A paragraph's text, and what ends it when it ends. A field, and with it a group, never reaches
 /// past a paragraph, since the next one's style must outlive it.
 void Body::writeText(TextRange paragraph, Ending ending) {
-    const bool hasEnd = isEnded(paragraph);
+    const auto hasEnd = isEnded(paragraph);
     auto start = paragraph.location;
     std::u16string link;
     std::optional<CharacterFormat> outer;
@@ -289,7 +289,7 @@ void Body::writeText(TextRange paragraph, Ending ending) {
             }
         }
         writeFormat(attributes);
-        const bool isLast = end == paragraph.end();
+        const auto isLast = end == paragraph.end();
         const auto length = end - start - (isLast && hasEnd ? 1 : 0);
         m_output.text(std::u16string_view(m_text).substr(start, length));
         start = end;

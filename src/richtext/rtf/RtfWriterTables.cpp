@@ -92,7 +92,7 @@ std::vector<TablePlan::Place> TablePlan::placesAsGiven() const {
     for (const auto& stretch : m_stretches) {
         const auto& cell = *stretch.cell;
         const Place place{cell.row - firstRow, cell.column, cell.rowSpan, cell.columnSpan};
-        const bool isRight =
+        const auto isRight =
             place.row > last.row ||
             (place.row == last.row && place.column >= last.column + last.columnSpan);
         if (!isRight || place.column < 0 || place.rowSpan < 1 || place.columnSpan < 1 ||

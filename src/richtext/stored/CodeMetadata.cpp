@@ -50,7 +50,7 @@ std::vector<Run> runsOf(const AttributedString& text) {
         if (!attributes.isCode()) {
             return;
         }
-        const bool isContinued = !runs.empty() && runs.back().range.end() == run.range.location &&
+        const auto isContinued = !runs.empty() && runs.back().range.end() == run.range.location &&
                                  runs.back().language == attributes.korvexCodeLanguage &&
                                  runs.back().isBlock == attributes.korvexCodeBlock;
         if (isContinued) {

@@ -66,7 +66,7 @@ void normalize(CharacterAttributes& attributes) {
         return;
     }
     // A single unknown language would cost a stored text all of its code runs.
-    const bool isKnown = CodeSyntax::isKnownLanguage(attributes.korvexCodeLanguage);
+    const auto isKnown = CodeSyntax::isKnownLanguage(attributes.korvexCodeLanguage);
     applyCode(attributes, isKnown ? attributes.korvexCodeLanguage : CodeSyntax::kAutomatic,
               attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
 }

@@ -74,7 +74,7 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
     std::size_t ownEnd = first;
     for (auto i = first; i < lines.size(); ++i) {
         const auto* const cell = lines[i].cell(depth);
-        const bool isOwn =
+        const auto isOwn =
             cell && (*cell)->table == table && lines[i].isBeside(lines[first], depth);
         (isOwn ? own : others).push_back(lines[i]);
         ownEnd = isOwn ? i + 1 : ownEnd;
@@ -108,7 +108,7 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
 
     const auto isOutside = [depth](const Line& line) { return line.cell(depth) == nullptr; };
     const auto* const next = ownEnd < lines.size() ? &lines[ownEnd] : nullptr;
-    const bool isFollowed = next && isOutside(*next) && next->isBeside(lines[first], depth);
+    const auto isFollowed = next && isOutside(*next) && next->isBeside(lines[first], depth);
     if (others.empty() ? !isFollowed : !isOutside(others.front())) {
         grid.m_after.append(emptyParagraph({}, outer));
     }

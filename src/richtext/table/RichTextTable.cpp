@@ -40,7 +40,7 @@ std::vector<RichTextTable::Cell> RichTextTable::cells(const AttributedString& te
             if (cell->table != table) {
                 continue;
             }
-            const bool isContinued = !result.empty() && result.back().cell == cell &&
+            const auto isContinued = !result.empty() && result.back().cell == cell &&
                                      result.back().range.end() == run.range.location;
             if (isContinued) {
                 result.back().range.length += run.range.length;
@@ -54,7 +54,7 @@ std::vector<RichTextTable::Cell> RichTextTable::cells(const AttributedString& te
 }
 
 void RichTextTable::noteWidth(std::span<std::optional<Twips>> widths, const TextTableCell& cell) {
-    const bool isInside = cell.column >= 0 && static_cast<std::size_t>(cell.column) < widths.size();
+    const auto isInside = cell.column >= 0 && static_cast<std::size_t>(cell.column) < widths.size();
     if (!isInside || cell.columnSpan > 1) {
         return;
     }

@@ -18,7 +18,7 @@ struct Line {
     /// The cell of the table that is `depth` tables deep; null outside of such a table.
     const TextTableCellRef* cell(std::size_t depth) const {
         const auto& cells = style->cells;
-        const bool isInside = depth < cells.size() && cells[depth] && cells[depth]->table;
+        const auto isInside = depth < cells.size() && cells[depth] && cells[depth]->table;
         return isInside ? &cells[depth] : nullptr;
     }
     /// Whether both stand in the same cell of the tables around `depth`.

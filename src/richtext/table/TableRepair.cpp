@@ -66,7 +66,7 @@ std::vector<Line> Repair::repaired(std::span<const Line> lines, std::size_t dept
         }
         auto& table = tables[(*cell)->table.get()];
         if (table.state == Table::State::unseen) {
-            const bool isShared = !m_known.insert((*cell)->table.get()).second;
+            const auto isShared = !m_known.insert((*cell)->table.get()).second;
             const auto layout = layoutOf(table.lines, depth);
             if (layout && (layout->isDamaged || table.isInterleaved || isShared)) {
                 table.state = Table::State::written;
@@ -134,7 +134,7 @@ std::vector<Line> Repair::withParagraphsAfterTables(const std::vector<Line>& lin
             continue;
         }
         const auto* const next = i + 1 < lines.size() ? lines[i + 1].cell(depth) : nullptr;
-        const bool isLast = i + 1 == lines.size();
+        const auto isLast = i + 1 == lines.size();
         if (isLast || (next && (*next)->table != (*cell)->table)) {
             ParagraphStyle style{.cells = lines[i].style->cells};
             style.cells.resize(depth);
@@ -156,7 +156,7 @@ public:
             if (line.range.length > 0) {
                 m_starts.emplace(line.range.location, m_builder.length());
             }
-            append(line, &line == &lines.back());
+            append(line, &line == &lines.back() ? Position::last : Position::inside);
         }
         m_length = m_builder.length();
         m_addedAtEnd = lines.empty() || lines.back().range.length > 0 ? 0 : 1;
@@ -171,7 +171,9 @@ public:
     }
 
 private:
-    void append(const Line& line, bool isLast) {
+    enum class Position { inside, last };
+
+    void append(const Line& line, Position position) {
         if (line.range.length == 0) {
             const auto& cells = line.style->cells;
             const auto attributes =
@@ -183,7 +185,7 @@ private:
                 m_builder.append(units.substr(run.range.location, run.range.length),
                                  m_builder.idOf(run.attributes));
             });
-            if (!isLast && units[line.range.end() - 1] != u'\n') {
+            if (position != Position::last && units[line.range.end() - 1] != u'\n') {
                 m_builder.append(u'\n', m_builder.idOf(m_old.attributesAt(line.range.end() - 1)));
             }
         }

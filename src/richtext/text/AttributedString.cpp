@@ -132,7 +132,7 @@ void AttributedString::append(std::u16string_view text, const CharacterAttribute
     if (text.empty()) {
         return;
     }
-    const bool isContinued = !m_text.empty() && m_text.back() != u'\n';
+    const auto isContinued = !m_text.empty() && m_text.back() != u'\n';
     const auto oldEnd = length();
     m_text.append(text);
     extend(m_runs, length(), m_attributes.idOf(attributes));
@@ -155,7 +155,7 @@ void AttributedString::appendPart(const AttributedString& other, TextRange range
         appendPart(AttributedString(other), range);
         return;
     }
-    const bool isContinued = !m_text.empty() && m_text.back() != u'\n';
+    const auto isContinued = !m_text.empty() && m_text.back() != u'\n';
     const auto oldEnd = length();
     // Ids of the other string, as they are known here.
     constexpr auto kUnknown = static_cast<std::uint32_t>(-1);

@@ -8,7 +8,7 @@ namespace korvex::richtext {
 namespace {
 
 void setFont(CharacterAttributes& attributes, std::optional<HeadingLevel> level) {
-    const bool isItalic = attributes.font.isItalic;
+    const auto isItalic = attributes.font.isItalic;
     attributes.font = level ? fontOf(*level) : Font();
     attributes.font.isItalic = isItalic;
 }

@@ -30,11 +30,11 @@ public:
                 const Theme& theme, QWidget* window);
     ~BoardPicker() override;
 
-    /// In the middle of the window's top.
+    /// Shows it in the middle of the window's top.
     void open();
 
 Q_SIGNALS:
-    /// After the picker has closed.
+    /// Emitted after the picker has closed.
     void chosen(korvex::model::Board* board);
 
 protected:

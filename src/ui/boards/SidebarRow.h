@@ -15,9 +15,9 @@ public:
     SidebarRow(const QString& iconName, const QString& text, const Theme& theme,
                QWidget* parent = nullptr);
 
-    /// Of open todos; 0 is not shown.
+    /// Shows how many open todos there are; 0 is not shown.
     void setCount(int count);
-    /// At the row's end.
+    /// Shows `note` at the row's end; `description` says to screen readers what it means.
     void setNote(const QString& note, const QString& description);
     const QString& note() const { return m_note; }
     void setIconColor(const QColor& color) { m_iconColor = color; }

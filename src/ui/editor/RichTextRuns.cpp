@@ -5,10 +5,31 @@
 
 #include <QTextTable>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 using richtext::CharacterAttributes;
 using richtext::CodeSyntax;
+
+namespace {
+
+/// Calls `visit(start, end, format)` with each stretch of the block that has one format, cut to the
+/// range. False from `visit` ends it; false when it was ended.
+template <typename Visit>
+bool forEachStretch(const QTextBlock& block, int from, int to, Visit&& visit) {
+    for (auto it = block.begin(); !it.atEnd(); ++it) {
+        const auto fragment = it.fragment();
+        const auto start = std::max(fragment.position(), from);
+        const auto end = std::min(fragment.position() + fragment.length(), to);
+        if (start < end && !visit(start, end, fragment.charFormat())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
 
 std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block) {
     const auto first = block.begin();

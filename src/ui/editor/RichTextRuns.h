@@ -5,7 +5,6 @@
 #include "richtext/text/HeadingLevel.h"
 #include "ui/text/TextFormats.h"
 
-#include <algorithm>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -34,21 +33,6 @@ bool isHiddenBehindTable(const QTextBlock& block);
 /// The blocks that a range touches. The one in which nothing but the end of a selection stands is
 /// not touched.
 std::vector<QTextBlock> blocksOf(const QTextCursor& range);
-
-/// Calls `visit(start, end, format)` with each stretch of the block that has one format, cut to the
-/// range. False from `visit` ends it; false when it was ended.
-template <typename Visit>
-bool forEachStretch(const QTextBlock& block, int from, int to, Visit&& visit) {
-    for (auto it = block.begin(); !it.atEnd(); ++it) {
-        const auto fragment = it.fragment();
-        const auto start = std::max(fragment.position(), from);
-        const auto end = std::min(fragment.position() + fragment.length(), to);
-        if (start < end && !visit(start, end, fragment.charFormat())) {
-            return false;
-        }
-    }
-    return true;
-}
 
 /// What is typed next at a caret looks like this.
 inline richtext::CharacterAttributes typedAttributes(const QTextCursor& caret) {

@@ -70,7 +70,7 @@ AttributedString selectedCells(const QTextCursor& selection) {
 } // namespace
 
 void setText(QTextDocument& document, const AttributedString& text, const TextLook& look) {
-    const bool canUndo = document.isUndoRedoEnabled();
+    const auto canUndo = document.isUndoRedoEnabled();
     document.setUndoRedoEnabled(false);
     document.clear();
     document.setDefaultFont(look.font);

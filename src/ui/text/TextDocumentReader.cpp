@@ -69,7 +69,7 @@ void TextDocumentReader::readFrame(QTextFrame::iterator from, const QTextFrame::
 }
 
 void TextDocumentReader::readTable(const QTextTable& table) {
-    const bool isTooDeep = m_cells.size() == kMaximumCells;
+    const auto isTooDeep = m_cells.size() == kMaximumCells;
     auto outerStyles = std::exchange(m_styles, {});
     for (const auto& [place, cell] : cellsOf(table)) {
         if (isTooDeep) {
@@ -87,7 +87,7 @@ void TextDocumentReader::readTable(const QTextTable& table) {
 std::vector<TextDocumentReader::Cell> TextDocumentReader::cellsOf(const QTextTable& table) {
     const int columns = table.columns();
     auto identity = table.format().property(kTableProperty).value<TextTableRef>();
-    const bool isSame =
+    const auto isSame =
         identity && identity->columns == columns && m_tables.insert(identity.get()).second;
     if (!isSame) {
         identity = std::make_shared<TextTable>(TextTable{.columns = columns});
@@ -103,7 +103,7 @@ std::vector<TextDocumentReader::Cell> TextDocumentReader::cellsOf(const QTextTab
                 continue; // covered by another cell
             }
             auto cell = place.format().property(kCellProperty).value<TextTableCellRef>();
-            const bool fits = isSame && cell && cell->table == identity && cell->row == row &&
+            const auto fits = isSame && cell && cell->table == identity && cell->row == row &&
                               cell->column == column && cell->rowSpan == place.rowSpan() &&
                               cell->columnSpan == place.columnSpan() &&
                               known.insert(cell.get()).second;
@@ -131,7 +131,7 @@ void TextDocumentReader::readBlock(const QTextBlock& block) {
         const auto fragment = it.fragment();
         append(fragment.text(), known(fragment.charFormatIndex(), fragment.charFormat(), block));
     }
-    const bool isLast = block.position() + block.length() >= m_document.characterCount();
+    const auto isLast = block.position() + block.length() >= m_document.characterCount();
     if (!isLast) {
         m_builder.append(u'\n', known(block.charFormatIndex(), block.charFormat(), block).id);
     }
@@ -147,7 +147,7 @@ void TextDocumentReader::append(const QString& text, Known known) {
     }
     // What was typed behind a stand-in took its format over.
     for (const char16_t unit : viewOf(text)) {
-        const bool standsIn = unit == QChar::LineSeparator || unit == QChar::ReplacementCharacter;
+        const auto standsIn = unit == QChar::LineSeparator || unit == QChar::ReplacementCharacter;
         m_builder.append(standsIn ? known.unit : unit, known.id);
     }
 }

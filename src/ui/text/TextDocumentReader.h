@@ -59,9 +59,9 @@ private:
     std::unordered_map<const QTextList*, std::vector<richtext::TextListRef>> m_lists;
     /// Those of the last item, in which a list that Qt made may stand.
     std::vector<richtext::TextListRef> m_lastLists;
-    /// By the numbers of the two formats.
+    /// The key holds the numbers of the two formats.
     std::unordered_map<std::uint64_t, Known> m_attributes;
-    /// By the number of the block's format, in the cell that is being read.
+    /// The key is the number of the block's format. This holds for the cell that is being read.
     std::unordered_map<int, richtext::AttributedString::StyleId> m_styles;
 };
 

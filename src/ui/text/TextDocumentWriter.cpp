@@ -33,7 +33,7 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
     m_text = &text;
     m_cursor.beginEditBlock();
     auto rest = removeSelection();
-    const bool isInline = text.text().find(u'\n') == std::u16string::npos &&
+    const auto isInline = text.text().find(u'\n') == std::u16string::npos &&
                           (text.isEmpty() || text.styleAt(0).cells.empty());
     if (isInline && m_place != Place::ended) {
         writeInline();
@@ -46,7 +46,7 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
         }
         std::vector<Paragraph> paragraphs;
         text.forEachParagraph([&](const AttributedString::ParagraphRun& run) {
-            const bool hasFeed = text.text()[run.range.end() - 1] == u'\n';
+            const auto hasFeed = text.text()[run.range.end() - 1] == u'\n';
             paragraphs.push_back({run.range, &run.style, hasFeed});
         });
         write(paragraphs, 0);
@@ -66,7 +66,7 @@ TextDocumentWriter::Rest TextDocumentWriter::removeSelection() {
     if (const auto* const table = selectedTable()) {
         const int end = m_cursor.selectionEnd();
         m_cursor.setPosition(table->firstPosition() - 1);
-        const bool isParagraph = !isGap(m_cursor.block());
+        const auto isParagraph = !isGap(m_cursor.block());
         const auto look = isParagraph ? m_cursor.blockFormat() : rest.block;
         const auto endLook = isParagraph ? m_cursor.blockCharFormat() : rest.end;
         m_cursor.setPosition(end, QTextCursor::KeepAnchor);
@@ -171,7 +171,7 @@ void TextDocumentWriter::writeParagraph(const Paragraph& paragraph, std::size_t 
             format.setProperty(kCellsProperty, QVariant::fromValue(std::vector<TextTableCellRef>(
                                                    first, style.cells.end())));
         }
-        const bool hasList = style.lists.empty() || setList(format, style.lists);
+        const auto hasList = style.lists.empty() || setList(format, style.lists);
         const auto& end = endOf(paragraph);
         if (m_place == Place::ended) {
             m_cursor.insertBlock(format, charFormat(end));
@@ -243,7 +243,7 @@ void TextDocumentWriter::writeRuns(TextRange range) {
                 const char16_t unit = text[foreign];
                 auto standIn = format;
                 standIn.setProperty(kUnitProperty, int{unit});
-                const bool breaksLine = unit == u'\r' || unit == u'\u2029';
+                const auto breaksLine = unit == u'\r' || unit == u'\u2029';
                 m_cursor.insertText(
                     QString(QChar(breaksLine ? QChar::LineSeparator : QChar::ReplacementCharacter)),
                     standIn);
@@ -312,7 +312,7 @@ std::optional<TextDocumentWriter::Table> TextDocumentWriter::tableOf(Paragraphs 
         }
         const auto right = std::int64_t{cell->column} + cell->columnSpan;
         const auto bottom = std::int64_t{cell->row} + cell->rowSpan;
-        const bool isAfterLast = result.cells.empty() ||
+        const auto isAfterLast = result.cells.empty() ||
                                  std::pair(result.cells.back()->row, result.cells.back()->column) <
                                      std::pair(cell->row, cell->column);
         if (cell->row < 0 || cell->column < 0 || cell->rowSpan < 1 || cell->columnSpan < 1 ||

@@ -19,7 +19,8 @@ public:
     /// Both must outlive the writer.
     TextDocumentWriter(QTextCursor& cursor, const TextLook& look);
 
-    /// In the place of the selection; the cursor ends after the text. One step of undo.
+    /// Puts the text in the place of the selection, in one step of undo. The cursor ends after the
+    /// text.
     void replaceSelection(const richtext::AttributedString& text);
 
 private:
@@ -32,7 +33,7 @@ private:
     struct Table {
         int rows = 0;
         std::vector<richtext::TextTableCellRef> cells;
-        /// Of each cell.
+        /// Each cell has its paragraphs here, in the order of `cells`.
         std::vector<Paragraphs> contents;
     };
     /// What the cursor stands in.
@@ -72,7 +73,7 @@ private:
     bool setList(QTextBlockFormat& format, const std::vector<richtext::TextListRef>& lists);
     void markGap();
     const QTextCharFormat& charFormat(const richtext::CharacterAttributes& attributes);
-    /// Of a paragraph's end.
+    /// The attributes that the end of the paragraph has.
     const richtext::CharacterAttributes& endOf(const Paragraph& paragraph) const;
     Ground groundOf(const Paragraph& paragraph) const;
     /// Absent when these paragraphs are not one table, whole and in order.

@@ -74,7 +74,7 @@ std::optional<Color> colorIn(const QTextCharFormat& format, TextProperty propert
 }
 
 void setLines(QTextCharFormat& format, const CharacterAttributes& attributes) {
-    const bool isLink = !attributes.link.empty();
+    const auto isLink = !attributes.link.empty();
     const auto wanted = attributes.underline;
     if (isLink || wanted != LineStyle::none) {
         const auto drawn = wanted == LineStyle::none ? LineStyle::single : wanted;

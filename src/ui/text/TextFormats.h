@@ -29,21 +29,23 @@ enum TextProperty {
     kForegroundProperty,
     kBackgroundProperty,
     kAttachmentProperty,
-    /// Of a character that cannot stand in a document: the UTF-16 unit that it stands for, as int.
+    /// A character that cannot stand in a document has one that stands for it: this is its UTF-16
+    /// unit, as int.
     kUnitProperty,
-    /// Of blocks: a ParagraphStyle without its lists and cells.
+    /// A block has a ParagraphStyle without its lists and cells.
     kStyleProperty,
-    /// Of blocks: cells of a table that no QTextTable can show, a std::vector<TextTableCellRef>.
+    /// A block has the cells of a table that no QTextTable can show, as a
+    /// std::vector<TextTableCellRef>.
     kCellsProperty,
-    /// Of blocks: the text has no such paragraph, Qt needs it beside a table.
+    /// This block is no paragraph of the text: Qt needs it beside a table.
     kGapProperty,
-    /// Of lists: a std::vector<TextListRef>, from the outermost to the list itself.
+    /// A list has a std::vector<TextListRef>, from the outermost to the list itself.
     kListsProperty,
-    /// Of lists: Qt cannot draw the marker; `paintUnderText` does.
+    /// Qt cannot draw this list's marker; `paintUnderText` does.
     kOwnMarkerProperty,
-    /// Of tables: a TextTableRef.
+    /// A table has its TextTableRef.
     kTableProperty,
-    /// Of cells: a TextTableCellRef.
+    /// A cell has its TextTableCellRef.
     kCellProperty,
 };
 
@@ -56,7 +58,7 @@ enum class Ground { plain, code };
 /// it in.
 QTextBlockFormat blockFormatOf(const richtext::ParagraphStyle& style, Ground ground,
                                const TextLook& look);
-/// Without lists and cells.
+/// The style that the block shows, without lists and cells.
 richtext::ParagraphStyle styleOf(const QTextBlockFormat& format);
 /// A block whose whole text belongs to a code block.
 bool isCodeBlock(const QTextBlock& block);

@@ -140,14 +140,14 @@ bool isTooDeep(QStringView html) {
     int depth = 0;
     for (auto open = html.indexOf(QLatin1Char('<')); open >= 0 && open + 1 < html.size();
          open = html.indexOf(QLatin1Char('<'), open + 1)) {
-        const bool isEnd = html[open + 1] == QLatin1Char('/');
+        const auto isEnd = html[open + 1] == QLatin1Char('/');
         const auto start = open + (isEnd ? 2 : 1);
         auto end = start;
         while (end < html.size() && html[end].isLetterOrNumber()) {
             ++end;
         }
         const auto name = html.sliced(start, end - start);
-        const bool isFlat = std::any_of(kFlat.begin(), kFlat.end(), [&](const char* each) {
+        const auto isFlat = std::any_of(kFlat.begin(), kFlat.end(), [&](const char* each) {
             return name.compare(QLatin1String(each), Qt::CaseInsensitive) == 0;
         });
         if (!name.isEmpty() && !isFlat) {
@@ -197,7 +197,7 @@ AttributedString withSaneBlanks(const AttributedString& text) {
     text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
         auto start = paragraph.range.location;
         auto end = paragraph.range.end();
-        const bool hasFeed = units[end - 1] == u'\n';
+        const auto hasFeed = units[end - 1] == u'\n';
         end -= hasFeed ? 1 : 0;
         if (!text.attributesAt(start).korvexCodeBlock) {
             while (start < end && isBlank(units[start])) {

@@ -36,7 +36,7 @@ public:
 
 private:
     void write(TextRange range, const ParagraphStyle& style) {
-        const bool isCode = isCodeBlock(m_text, range);
+        const auto isCode = isCodeBlock(m_text, range);
         if (m_text.text()[range.end() - 1] == u'\n') {
             --range.length;
         }
@@ -145,7 +145,7 @@ private:
             m_cells.pop_back();
             m_html += QStringLiteral("</td>");
             const auto depth = m_cells.size();
-            const bool isSameTable =
+            const auto isSameTable =
                 depth == common && depth < next.size() && next[depth]->table == cell->table;
             if (!isSameTable || next[depth]->row != cell->row) {
                 m_html += QStringLiteral("</tr>");

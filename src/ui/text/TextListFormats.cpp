@@ -33,14 +33,14 @@ constexpr std::array kMarkers{
 QTextListFormat listFormatOf(const std::vector<TextListRef>& lists) {
     const auto& list = *lists.back();
     const auto marker = richtext::partsOf(list.marker);
-    const bool isNumbered = richtext::isCounting(marker.format);
+    const auto isNumbered = richtext::isCounting(marker.format);
     const auto* const drawn =
         std::find_if(kMarkers.begin(), kMarkers.end(),
                      [&](const DrawnMarker& each) { return each.format == marker.format; });
     QTextListFormat format;
     format.setIndent(static_cast<int>(lists.size()));
     format.setProperty(kListsProperty, QVariant::fromValue(lists));
-    const bool hasAffixes = !marker.before.empty() || !marker.after.empty();
+    const auto hasAffixes = !marker.before.empty() || !marker.after.empty();
     if (drawn == kMarkers.end() || (isNumbered ? list.start != 1 : hasAffixes)) {
         format.setStyle(QTextListFormat::ListStyleUndefined);
         format.setProperty(kOwnMarkerProperty, true);

@@ -18,8 +18,8 @@ struct Hues {
     QColor red;
 };
 
-Hues huesOf(bool isDark) {
-    if (isDark) {
+Hues huesOf(const ThemeColors& colors) {
+    if (colors.isDark) {
         return {.purple = QColor(0xc7, 0x8d, 0xf2),
                 .green = QColor(0x7f, 0xc9, 0x7a),
                 .orange = QColor(0xf0, 0xa4, 0x5d),
@@ -50,7 +50,7 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     text = readableOnAllGrounds(colors.text);
     link = readableOnAllGrounds(colors.accent);
 
-    const auto hues = huesOf(colors.isDark);
+    const auto hues = huesOf(colors);
     const auto set = [this](SystemColor name, const QColor& foreground, const QColor& fill) {
         m_foregrounds[static_cast<std::size_t>(name)] = readableOnAllGrounds(foreground);
         m_fills[static_cast<std::size_t>(name)] = fill;

@@ -34,9 +34,9 @@ struct TextLook {
     }
     QFont fontOf(const richtext::Font& wanted) const;
 
-    /// As the colour of a text.
+    /// What a text of this colour is drawn in.
     QColor foreground(const richtext::Color& color) const;
-    /// As a ground, a fill or a line.
+    /// What a ground, a fill or a line of this colour is drawn in.
     QColor fill(const richtext::Color& color) const;
 
     /// What one level of a list moves the text in by, in pixels.

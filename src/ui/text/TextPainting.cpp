@@ -31,7 +31,7 @@ void paintMarker(QPainter& painter, const QTextBlock& block, const QRectF& rect,
     const auto font = look.fontOf({.isBold = attributes.font.isBold, .size = attributes.font.size});
     const QFontMetricsF metrics(font);
     const auto line = layout->lineAt(0);
-    const bool isRightToLeft = block.textDirection() == Qt::RightToLeft;
+    const auto isRightToLeft = block.textDirection() == Qt::RightToLeft;
     const double gap = metrics.horizontalAdvance(QLatin1Char(' '));
     const double x =
         isRightToLeft ? rect.right() + gap : rect.left() - gap - metrics.horizontalAdvance(marker);
@@ -58,9 +58,9 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
         ground = {};
     };
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
-        const bool hasOwnMarker =
+        const auto hasOwnMarker =
             block.textList() && block.textList()->format().boolProperty(kOwnMarkerProperty);
-        const bool isCode = isCodeBlock(block);
+        const auto isCode = isCodeBlock(block);
         if (!isCode) {
             paintGround();
         }

@@ -158,7 +158,7 @@ void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& for
         if (!m_haveOneFrame) {
             format.setProperty(kSides[i].padding, paddingOf(geometry, i, m_look));
         }
-        const bool isDrawn = !m_haveOneFrame || drawsBorder(*cell, static_cast<Side>(i));
+        const auto isDrawn = !m_haveOneFrame || drawsBorder(*cell, static_cast<Side>(i));
         const double width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
         if (width > 0) {
             format.setProperty(kSides[i].width, width);

@@ -20,34 +20,37 @@ AppearanceMenu::AppearanceMenu(app::AppPreferences& preferences, QWidget* parent
 void AppearanceMenu::fill() {
     clear();
     auto* group = new QActionGroup(this);
-    const auto add = [&](QMenu& menu, const QString& text, bool isChosen, auto&& choose) {
+    const auto add = [&](QMenu& menu, const QString& text, auto&& choose) {
         auto* const action = menu.addAction(text);
         action->setCheckable(true);
-        action->setChecked(isChosen);
         action->setActionGroup(group);
         connect(action, &QAction::triggered, this, choose);
+        return action;
     };
     using Appearance = app::AppPreferences::Appearance;
     for (const auto& [appearance, title] :
          {std::pair(Appearance::system, tr("As the system")),
           std::pair(Appearance::light, tr("Light")), std::pair(Appearance::dark, tr("Dark"))}) {
-        add(*this, title, m_preferences.appearance() == appearance,
-            [this, chosen = appearance] { m_preferences.setAppearance(chosen); });
+        add(*this, title, [this, chosen = appearance] {
+            m_preferences.setAppearance(chosen);
+        })->setChecked(m_preferences.appearance() == appearance);
     }
     addSeparator();
     group = new QActionGroup(this);
     using Spacing = app::AppPreferences::BoardSpacing;
     for (const auto& [spacing, title] : {std::pair(Spacing::compact, tr("Compact")),
                                          std::pair(Spacing::comfortable, tr("Comfortable"))}) {
-        add(*this, title, m_preferences.boardSpacing() == spacing,
-            [this, chosen = spacing] { m_preferences.setBoardSpacing(chosen); });
+        add(*this, title, [this, chosen = spacing] {
+            m_preferences.setBoardSpacing(chosen);
+        })->setChecked(m_preferences.boardSpacing() == spacing);
     }
     addSeparator();
     group = new QActionGroup(this);
     auto* const sizes = addMenu(tr("Font size"));
     for (const int size : kFontSizes) {
-        add(*sizes, QString::number(size), m_preferences.fontSize() == size,
-            [this, size] { m_preferences.setFontSize(size); });
+        add(*sizes, QString::number(size), [this, size] {
+            m_preferences.setFontSize(size);
+        })->setChecked(m_preferences.fontSize() == size);
     }
 }
 

@@ -26,7 +26,7 @@ public:
 
     /// Shows what the user should know, over the board.
     void showNotices(const std::vector<std::string>& notices);
-    /// On the page that is in sight.
+    /// Shows it on the page that is in sight.
     void showError(const QString& message);
     void comeForward();
 

@@ -35,9 +35,9 @@ public:
     /// False when what is being edited cannot be left; then its page stays, and says why.
     bool showPage(PageKind page);
     void showBoard(model::Board& board);
-    /// With the keyboard in its list.
+    /// Shows the board and gives its list the keyboard.
     void openBoard(model::Board& board);
-    /// On its board, chosen and in sight.
+    /// Shows the entry on its board, chosen and in sight.
     void showEntry(model::Entry& entry);
     /// The board that is shown, or was before an archived one or before a page over all boards.
     /// False when there is none.

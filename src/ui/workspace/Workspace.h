@@ -27,9 +27,9 @@ struct Workspace {
     store::ModelContext& context;
     services::BoardService& boards;
     services::EntryService& entries;
-    /// Of the window.
+    /// The changes that this window can take back.
     services::UndoManager& undo;
-    /// Ticks when labels can change.
+    /// It ticks when labels can change.
     schedule::ScheduleClock& scheduleClock;
     const base::Clock& clock;
     app::AppPreferences& preferences;
@@ -38,12 +38,12 @@ struct Workspace {
     const richtext::RichTextSerializer& serializer;
     richtext::CodeHighlighter& code;
     const base::TextFolding& folding;
-    /// Of all entries, for who searches them.
+    /// The texts of all entries are kept here for whoever searches them.
     services::FoldedTexts& texts;
     services::SearchService& search;
-    /// Of attachments, for other programs to open.
+    /// Other programs open these copies of attachments.
     services::TemporaryAttachmentCopies& copies;
-    /// Of the pages over all boards.
+    /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
 
     base::Instant now() const { return clock.now(); }
