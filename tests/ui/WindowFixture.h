@@ -48,6 +48,8 @@ class WindowFixture : public ::testing::Test {
 protected:
     /// 2025-03-10 08:00 UTC, a Monday.
     static constexpr base::Instant kNow{763286400};
+    /// Seconds for which a tick is seen before its row leaves.
+    static constexpr double kTickShown = 0.5;
 
     WindowFixture() {
         own.boards.initializeDefaultBoards(kNow);

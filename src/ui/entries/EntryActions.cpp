@@ -3,8 +3,6 @@
 #include "ui/boards/BoardPicker.h"
 #include "ui/kit/Text.h"
 
-#include <QTimer>
-
 #include <algorithm>
 
 namespace korvex::ui {
@@ -13,7 +11,8 @@ EntryActions::EntryActions(const Parts& parts, const Workspace& workspace, const
     : m_parts(parts),
       m_workspace(workspace),
       m_theme(theme),
-      m_todos(parts.page, workspace, theme) {
+      m_todos(parts.page, workspace, theme),
+      m_ticks(workspace.runLoop) {
     connectList();
     connectEditing();
 }
@@ -65,7 +64,7 @@ void EntryActions::complete(model::Entry& entry) {
         m_parts.model.release(entry);
         return;
     }
-    QTimer::singleShot(kTickShown, this, [this, &entry] { endLingering(entry); });
+    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
 }
 
 void EntryActions::endLingering(const model::Entry& entry) {
@@ -75,6 +74,9 @@ void EntryActions::endLingering(const model::Entry& entry) {
     }
     const auto wasCurrent = m_parts.list.currentRow() == row;
     m_parts.list.animateLeaving(entry, [this, &entry, wasCurrent] {
+        if (m_ticks.contains(entry)) {
+            return; // ticked once more meanwhile
+        }
         auto& list = m_parts.list;
         if (wasCurrent && list.currentRow() == m_parts.model.rowOf(entry)) {
             list.setCurrentRow(std::min(list.currentRow() + 1, m_parts.model.rowCount() - 1));

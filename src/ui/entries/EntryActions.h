@@ -4,6 +4,7 @@
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/EntryEditing.h"
 #include "ui/kit/Page.h"
+#include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoActions.h"
 
 #include <QObject>
@@ -59,6 +60,7 @@ private:
     const Workspace& m_workspace;
     const Theme& m_theme;
     TodoActions m_todos;
+    LingeringTicks m_ticks;
 };
 
 } // namespace korvex::ui

@@ -5,8 +5,6 @@
 #include "ui/kit/PageHeader.h"
 #include "ui/overview/TodoListView.h"
 
-#include <QTimer>
-
 namespace korvex::ui {
 
 TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
@@ -16,12 +14,13 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
       m_model(workspace.clock, workspace.dates, detail),
       m_header(new PageHeader(title, theme)),
       m_list(new TodoListView(m_model, theme)),
-      m_actions(*this, workspace, theme) {
+      m_actions(*this, workspace, theme),
+      m_ticks(workspace.runLoop) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
     connectList();
-    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) { catchUp(); });
+    m_clockTicks = workspace.scheduleClock.didTick().connect([this](base::Instant) { catchUp(); });
 }
 
 TodoListPage::~TodoListPage() = default;
@@ -126,19 +125,18 @@ void TodoListPage::toggle(model::Entry& entry) {
 }
 
 void TodoListPage::tickAway(model::Entry& entry) {
-    const auto attempt = ++m_attempts;
     if (m_lingering.contains(&entry)) {
         release(entry.id()); // taken back before: it lingers where it is now
     }
-    m_lingering[&entry] = {attempt, entry.sortOrder(), entry.completedAt()};
+    m_lingering[&entry] = {entry.sortOrder(), entry.completedAt()};
     m_model.holdInPlace(entry);
     linger(entry.id());
     // Stored at once, so that nothing is lost; only the row stays a little longer.
     if (!m_actions.toggle(entry)) {
-        letGo(entry, attempt);
+        letGo(entry);
         return;
     }
-    QTimer::singleShot(kTickShown, this, [this, &entry, attempt] { endLingering(entry, attempt); });
+    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
 }
 
 /// As if nothing had been: to the place, or with the moment of completion, that it had.
@@ -154,24 +152,23 @@ void TodoListPage::takeBack(model::Entry& entry) {
     }
 }
 
-void TodoListPage::endLingering(model::Entry& entry, int attempt) {
-    const auto found = m_lingering.find(&entry);
-    if (found == m_lingering.end() || found->second.attempt != attempt) {
-        return;
-    }
+void TodoListPage::endLingering(model::Entry& entry) {
     if (isVisible() && !belongs(entry) && m_model.rowOf(entry) >= 0) {
-        m_list->animateLeaving(entry, [this, &entry, attempt] { letGo(entry, attempt); });
+        m_list->animateLeaving(entry, [this, &entry] {
+            if (!m_ticks.contains(entry)) { // not ticked once more meanwhile
+                letGo(entry);
+            }
+        });
     } else {
-        letGo(entry, attempt);
+        letGo(entry);
     }
 }
 
-void TodoListPage::letGo(model::Entry& entry, int attempt) {
-    const auto found = m_lingering.find(&entry);
-    if (found == m_lingering.end() || found->second.attempt != attempt) {
-        return; // ticked once more meanwhile
+void TodoListPage::letGo(model::Entry& entry) {
+    m_ticks.release(entry);
+    if (m_lingering.erase(&entry) == 0) {
+        return;
     }
-    m_lingering.erase(found);
     const auto row = m_model.rowOf(entry);
     const auto wasCurrent = row >= 0 && m_list->currentRow() == row;
     m_model.letMove(entry);

@@ -3,6 +3,7 @@
 #include "base/Signal.h"
 #include "ui/kit/Page.h"
 #include "ui/overview/TodoListModel.h"
+#include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
 #include <QWidget>
@@ -63,7 +64,6 @@ protected:
 private:
     /// A todo whose tick was changed here and is still to be seen.
     struct Lingering {
-        int attempt = 0;
         std::int64_t sortOrder = 0;
         std::optional<base::Instant> completedAt;
     };
@@ -78,8 +78,8 @@ private:
     void toggle(model::Entry& entry);
     void tickAway(model::Entry& entry);
     void takeBack(model::Entry& entry);
-    void endLingering(model::Entry& entry, int attempt);
-    void letGo(model::Entry& entry, int attempt);
+    void endLingering(model::Entry& entry);
+    void letGo(model::Entry& entry);
     void remove(model::Entry& entry);
     void openSchedule(model::Entry& entry);
     void openMenu(int row, const QPoint& globalPosition);
@@ -90,11 +90,11 @@ private:
     TodoListView* m_list;
     TodoActions m_actions;
     std::unordered_map<const model::Entry*, Lingering> m_lingering;
-    int m_attempts = 0;
+    LingeringTicks m_ticks;
     bool m_isBehind = true;
     bool m_isFollowing = false;
     base::Subscription m_changes;
-    base::Subscription m_ticks;
+    base::Subscription m_clockTicks;
 };
 
 } // namespace korvex::ui

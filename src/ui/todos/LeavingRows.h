@@ -3,14 +3,10 @@
 #include "model/Entry.h"
 #include "ui/kit/LazyListView.h"
 
-#include <chrono>
 #include <functional>
 #include <unordered_map>
 
 namespace korvex::ui {
-
-/// How long a tick is to be seen before its row leaves.
-inline constexpr std::chrono::milliseconds kTickShown{500};
 
 /// The todos whose rows are leaving a list: each row shrinks for a moment and is gone then. As fast
 /// as the list's style lets things move. Main thread.

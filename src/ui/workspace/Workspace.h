@@ -3,6 +3,7 @@
 #include "app/AppPreferences.h"
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
+#include "base/RunLoop.h"
 #include "base/TextFolding.h"
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -32,6 +33,7 @@ struct Workspace {
     /// It ticks when labels can change.
     schedule::ScheduleClock& scheduleClock;
     const base::Clock& clock;
+    base::RunLoop& runLoop;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
     DateTexts& dates;

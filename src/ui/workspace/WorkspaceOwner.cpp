@@ -23,6 +23,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
                   .undo = m_undo,
                   .scheduleClock = m_scheduleClock,
                   .clock = surroundings.clock,
+                  .runLoop = surroundings.runLoop,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,
                   .dates = m_dates,

@@ -1,6 +1,7 @@
 #include "ui/entries/BoardPage.h"
 
 #include "model/ServiceErrors.h"
+#include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/kit/ErrorBanner.h"
 
@@ -19,6 +20,7 @@ using ::testing::ElementsAre;
 class BoardPageTest : public tests::WindowFixture {
 protected:
     BoardPageTest() {
+        list().setStyle(&still);
         changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
         page.resize(600, 400);
         page.show();
@@ -52,6 +54,7 @@ protected:
         return {};
     }
 
+    tests::StillStyle still;
     BoardPage page{workspace, theme};
     base::Subscription changes;
 };
@@ -234,7 +237,8 @@ TEST_F(BoardPageTest, ATickIsStoredAtOnceAndItsRowLeavesAfterwards) {
     key(Qt::Key_Space);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
     EXPECT_EQ(page.entries().rowOf(*todos[0]), 0) << "still to be seen";
-    EXPECT_TRUE(QTest::qWaitFor([&] { return page.entries().rowOf(*todos[0]) < 0; }));
+    runLoop.advance(kTickShown);
+    EXPECT_LT(page.entries().rowOf(*todos[0]), 0);
     EXPECT_EQ(list().currentRow(), 0);
     EXPECT_EQ(page.entries().entry(0), todos[1]);
 }
@@ -246,8 +250,22 @@ TEST_F(BoardPageTest, ATickTakenBackInTimeChangesNothing) {
     key(Qt::Key_Space);
     key(Qt::Key_Space);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c"));
-    QTest::qWait(800);
+    runLoop.advance(2 * kTickShown);
     EXPECT_EQ(page.entries().rowOf(*todos[1]), 1);
+}
+
+TEST_F(BoardPageTest, ATickTakenBackAndMadeAgainIsSeenForItsOwnTime) {
+    const auto todos = add({"a", "b"});
+    list().setCurrentRow(0);
+    list().setFocus();
+    key(Qt::Key_Space);
+    key(Qt::Key_Space);
+    runLoop.advance(0.8 * kTickShown);
+    key(Qt::Key_Space);
+    runLoop.advance(0.8 * kTickShown);
+    EXPECT_EQ(page.entries().rowOf(*todos[0]), 0) << "the first tick's time does not count";
+    runLoop.advance(0.3 * kTickShown);
+    EXPECT_LT(page.entries().rowOf(*todos[0]), 0);
 }
 
 TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {

@@ -56,14 +56,13 @@ protected:
         list.resize(500, 400);
         list.show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&list));
-        QTest::qWait(1);
+        QApplication::processEvents();
     }
     /// The middle of the character at an offset of the text in a row, in the viewport.
     QPoint placeOf(int row, const AttributedString& text, std::size_t offset) {
         const auto rect = list.visualRect(model.index(row, 0));
         RichTextEdit edit;
         fill(edit, text, rect.width() - 36);
-        const auto frame = RowFrame::of(theme);
         return rect.topLeft() +
                QPoint(RowFrame::kBoxMargin + RowFrame::kGap,
                       theme.rowDistance() / 2 + RowFrame::kPadding) +

@@ -1,5 +1,6 @@
 #include "ui/entries/BoardPage.h"
 
+#include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/kit/ErrorBanner.h"
@@ -29,6 +30,7 @@ protected:
             page.addAction(action);
             QObject::connect(action, &QAction::triggered, &page.actions(), run);
         }
+        list().setStyle(&still);
         page.resize(600, 400);
         page.show();
         page.showBoard(*inbox);
@@ -55,6 +57,7 @@ protected:
         return nullptr;
     }
 
+    tests::StillStyle still;
     BoardPage page{workspace, theme};
     base::Subscription changes;
 };
@@ -148,7 +151,7 @@ TEST_F(UndoInWindowTest, ATickTakenBackByKeyWhileItIsSeenStays) {
     key(Qt::Key_Space);
     key(Qt::Key_Z, Qt::ControlModifier);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
-    QTest::qWait(900);
+    runLoop.advance(2 * kTickShown);
     ASSERT_EQ(page.entries().rowCount(), 3);
     EXPECT_EQ(page.entries().text(0), QStringLiteral("a"));
     EXPECT_FALSE(page.entries().isLingering(*page.entries().entry(0)));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/overview/TodoListPage.h"
 #include "ui/overview/TodoListView.h"
@@ -21,6 +22,7 @@ protected:
     }
 
     void show() {
+        list().setStyle(&still);
         page.resize(700, 500);
         page.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
@@ -62,12 +64,6 @@ protected:
         }
         return result;
     }
-    ::testing::AssertionResult rowsBecome(const std::vector<std::string>& wanted) {
-        if (QTest::qWaitFor([&] { return rows() == wanted; }, 3000)) {
-            return ::testing::AssertionSuccess();
-        }
-        return ::testing::AssertionFailure() << ::testing::PrintToString(rows());
-    }
 
     ui::TodoListView& list() { return *page.template findChild<ui::TodoListView*>(); }
     ui::TodoListModel& listModel() { return *qobject_cast<ui::TodoListModel*>(list().model()); }
@@ -83,6 +79,7 @@ protected:
         return row < 0 ? std::string() : ui::toUtf8(listModel().text(row));
     }
 
+    StillStyle still;
     Page page{workspace, theme};
 };
 
