@@ -5,7 +5,6 @@
 #include "ui/overview/TodoListModel.h"
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
-#include <QWidget>
 
 #include <optional>
 #include <unordered_map>
