@@ -3,7 +3,6 @@
 #include "model/Board.h"
 #include "services/BoardService.h"
 #include "ui/kit/RowModel.h"
-#include "ui/workspace/Workspace.h"
 
 #include <unordered_map>
 #include <vector>

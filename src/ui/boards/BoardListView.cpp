@@ -1,6 +1,7 @@
 #include "ui/boards/BoardListView.h"
 
 #include "ui/boards/BoardItemDelegate.h"
+#include "ui/boards/RowDragTypes.h"
 #include "ui/kit/RowDrag.h"
 
 #include <QContextMenuEvent>

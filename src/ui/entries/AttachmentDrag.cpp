@@ -1,14 +1,17 @@
+#include "ui/entries/AttachmentDrag.h"
+
 #include "ui/attachments/AttachmentActions.h"
+#include "ui/attachments/AttachmentClipboard.h"
 #include "ui/entries/AttachmentDropMark.h"
-#include "ui/entries/AttachmentInput.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QDrag>
 #include <QDropEvent>
+#include <QPainter>
+
+#include <utility>
 
 namespace korvex::ui {
-
-// What is dragged out of the list, and what is dropped on its entries.
 
 namespace {
 
@@ -31,10 +34,19 @@ bool acceptAsCopy(QDropEvent& event) {
 
 } // namespace
 
-void AttachmentInput::startDrag() {
-    const auto chip = *std::exchange(m_pressed, std::nullopt);
-    const auto shown = m_view.chips().of(m_model.rowOf(*chip.entry));
-    const int index = shown ? shown->chips->indexOf(*chip.id) : -1;
+AttachmentDrag::AttachmentDrag(EntryListModel& model, EntryListView& view,
+                               AttachmentActions& actions, store::ModelContext& context,
+                               const Theme& theme)
+    : m_model(model),
+      m_view(view),
+      m_actions(actions),
+      m_context(context),
+      m_theme(theme),
+      m_dropMark(new AttachmentDropMark(theme, view.viewport())) {}
+
+void AttachmentDrag::drag(const model::Entry& entry, const base::Uuid& id) {
+    const auto shown = m_view.chips().of(m_model.rowOf(entry));
+    const int index = shown ? shown->chips->indexOf(id) : -1;
     if (index < 0) {
         return;
     }
@@ -50,17 +62,16 @@ void AttachmentInput::startDrag() {
     painter.end();
 
     auto* const drag = new QDrag(&m_view);
-    drag->setMimeData(m_actions.dragged(*chip.entry, *chip.id).release());
+    drag->setMimeData(m_actions.dragged(entry, id).release());
     drag->setPixmap(picture);
     // Beside the pointer, where it hides nothing of the place that it would go to.
     drag->setHotSpot({-kPictureDistance, -kPictureDistance});
-    setHovered(std::nullopt);
     // Never as a move: a file manager would believe that it may take the file away.
     drag->exec(Qt::CopyAction);
     mark(std::nullopt);
 }
 
-bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
+bool AttachmentDrag::filter(QEvent& event, const QPoint& position) {
     if (event.type() == QEvent::DragLeave) {
         mark(std::nullopt);
         m_view.stopAutoScroll();
@@ -97,14 +108,14 @@ bool AttachmentInput::filterDrag(QEvent& event, const QPoint& position) {
     return true;
 }
 
-std::optional<AttachmentInput::Source> AttachmentInput::sourceOf(const QMimeData& data) const {
+std::optional<AttachmentDrag::Source> AttachmentDrag::sourceOf(const QMimeData& data) const {
     const auto dragged = draggedAttachment(data);
     auto* const entry = dragged ? m_context.find<model::Entry>(dragged->entry) : nullptr;
     return entry ? std::optional(Source{entry, dragged->attachment}) : std::nullopt;
 }
 
-std::optional<AttachmentInput::Target>
-AttachmentInput::targetAt(const QPoint& position, const std::optional<Source>& source) const {
+std::optional<AttachmentDrag::Target>
+AttachmentDrag::targetAt(const QPoint& position, const std::optional<Source>& source) const {
     const int row = m_view.indexAt(position).row();
     if (row < 0 || m_model.isReadOnly()) {
         return std::nullopt;
@@ -129,7 +140,7 @@ AttachmentInput::targetAt(const QPoint& position, const std::optional<Source>& s
     return target;
 }
 
-void AttachmentInput::mark(const std::optional<Target>& target) {
+void AttachmentDrag::mark(const std::optional<Target>& target) {
     if (!target) {
         m_dropMark->hide();
         return;
@@ -144,7 +155,7 @@ void AttachmentInput::mark(const std::optional<Target>& target) {
     m_dropMark->mark(m_view.visualRect(m_model.index(target->row, 0)), place);
 }
 
-void AttachmentInput::drop(const QMimeData& data, const Target& target) {
+void AttachmentDrag::drop(const QMimeData& data, const Target& target) {
     auto* const entry = m_model.entry(target.row);
     if (!entry) {
         Q_EMIT droppedOnDraft(&data);

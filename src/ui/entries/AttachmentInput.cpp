@@ -1,7 +1,6 @@
 #include "ui/entries/AttachmentInput.h"
 
 #include "ui/attachments/AttachmentActions.h"
-#include "ui/entries/AttachmentDropMark.h"
 #include "ui/entries/RowEditor.h"
 #include "ui/text/OfferedFiles.h"
 
@@ -26,10 +25,8 @@ AttachmentInput::AttachmentInput(EntryListModel& model, EntryListView& view,
     : m_model(model),
       m_view(view),
       m_actions(actions),
-      m_context(context),
-      m_theme(theme),
       m_preview(theme, view),
-      m_dropMark(new AttachmentDropMark(theme, view.viewport())) {
+      m_drag(model, view, actions, context, theme) {
     view.installEventFilter(this);
     view.viewport()->installEventFilter(this);
     connect(&view, &EntryListView::editorPlaced, this, [this](RowEditor* editor) {
@@ -42,6 +39,7 @@ AttachmentInput::AttachmentInput(EntryListModel& model, EntryListView& view,
     });
     connect(view.verticalScrollBar(), &QScrollBar::valueChanged, &m_preview,
             &AttachmentPreview::hide);
+    connect(&m_drag, &AttachmentDrag::droppedOnDraft, this, &AttachmentInput::droppedOnDraft);
 }
 
 bool AttachmentInput::eventFilter(QObject* watched, QEvent* event) {
@@ -69,9 +67,9 @@ bool AttachmentInput::eventFilter(QObject* watched, QEvent* event) {
         const auto position = event->type() == QEvent::DragLeave
                                   ? QPoint()
                                   : static_cast<QDropEvent*>(event)->position().toPoint();
-        return filterDrag(*event, area == m_view.viewport()
-                                      ? position
-                                      : area->mapTo(m_view.viewport(), position));
+        return m_drag.filter(*event, area == m_view.viewport()
+                                         ? position
+                                         : area->mapTo(m_view.viewport(), position));
     }
     default:
         return watched == m_view.viewport() && filterPointer(*event);
@@ -140,7 +138,9 @@ bool AttachmentInput::move(const QMouseEvent& event) {
     }
     if (m_pressed->id && event.buttons().testFlag(Qt::LeftButton) &&
         (position - m_pressedAt).manhattanLength() >= QApplication::startDragDistance()) {
-        startDrag();
+        const auto dragged = *std::exchange(m_pressed, std::nullopt);
+        setHovered(std::nullopt);
+        m_drag.drag(*dragged.entry, *dragged.id);
     }
     return true;
 }

@@ -1,11 +1,7 @@
 #include "ui/entries/EntryEditing.h"
 
 #include "model/ServiceErrors.h"
-#include "richtext/stored/EntryText.h"
-#include "services/EntryOrder.h"
 #include "ui/kit/MenuItems.h"
-#include "ui/kit/Popover.h"
-#include "ui/kit/Refusal.h"
 #include "ui/kit/Text.h"
 
 #include <QMenu>

@@ -21,7 +21,6 @@ EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& c
                              const Theme& theme, QWidget* parent)
     : RowListView(theme, parent),
       m_model(model),
-      m_theme(theme),
       m_delegate(new EntryItemDelegate(model, code, theme, this)),
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }),
       m_chips(model, *this, *m_delegate),
@@ -107,7 +106,7 @@ int EntryListView::measuredHeight(int row) {
 
 int EntryListView::estimatedHeight(int row) const {
     if (!m_estimate || m_estimate->width() != viewport()->width()) {
-        m_estimate.emplace(viewport()->width(), m_theme);
+        m_estimate.emplace(viewport()->width(), theme());
     }
     return m_estimate->height(m_model, row);
 }

@@ -91,7 +91,6 @@ private:
     void endDrag();
 
     EntryListModel& m_model;
-    const Theme& m_theme;
     EntryItemDelegate* m_delegate;
     LeavingRows m_leaving;
     EntryChips m_chips;

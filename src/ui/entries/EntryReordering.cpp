@@ -1,5 +1,6 @@
 #include "ui/entries/EntryReordering.h"
 
+#include "ui/boards/RowDragTypes.h"
 #include "ui/kit/RowDrag.h"
 
 #include <QDrag>

@@ -12,11 +12,8 @@ class QPainter;
 
 namespace korvex::ui {
 
-/// What is dragged when a row is: a type for what the row shows, and its identifier.
-inline constexpr const char* kEntryDragType = "dev.korvex.entry-reorder";
-inline constexpr const char* kBoardDragType = "dev.korvex.board-reorder";
-
-/// The payload of a drag; the caller owns it.
+/// What is dragged when a row is: a type for what the row shows, and its identifier. The caller
+/// owns the payload.
 QMimeData* rowDrag(const char* type, const base::Uuid& id);
 bool isRowDrag(const QMimeData& data, const char* type);
 /// The identifier of the dragged row; absent when something else is dragged.

@@ -22,9 +22,14 @@ inline QStyle::State quietWithoutKeyboard(QStyle::State state) {
 inline void paintRowBox(QPainter& painter, const QRect& box, QStyle::State state,
                         const QColor& hovered, const Theme& theme) {
     constexpr double kCornerRadius = 6;
+    constexpr auto kShown =
+        QStyle::State_Selected | QStyle::State_MouseOver | QStyle::State_HasFocus;
+    if (!state.testAnyFlags(kShown)) {
+        return;
+    }
     const auto& colors = theme.colors();
-    painter.save();
     const bool isChosen = state.testFlag(QStyle::State_Selected);
+    painter.save();
     if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(isChosen ? colors.selection : hovered);

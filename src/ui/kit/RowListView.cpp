@@ -122,6 +122,7 @@ void RowListView::contextMenuEvent(QContextMenuEvent* event) {
     const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
     const int row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
     if (row < 0 || !hasMenu(row)) {
+        event->ignore();
         return;
     }
     Q_EMIT menuRequested(row, isByKeyboard ? globalRect(row).bottomLeft() + QPoint(40, 0)

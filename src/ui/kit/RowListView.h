@@ -54,6 +54,7 @@ protected:
     /// come by themselves.
     void applyTheme();
 
+    const Theme& theme() const { return m_theme; }
     /// The part under a point of the viewport, of whatever row that is.
     RowPart partUnder(const QPoint& position) const;
     /// Whether a rectangle of a row, and a little around it, holds a point of that row.

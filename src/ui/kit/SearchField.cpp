@@ -18,8 +18,6 @@ SearchField::SearchField(const Theme& theme, QWidget* parent)
     : QLineEdit(parent), m_theme(theme), m_icon(addAction(QIcon(), QLineEdit::LeadingPosition)) {
     setFrame(false);
     setPlaceholderText(tr("Search"));
-    setAccessibleName(tr("Search all boards"));
-    setToolTip(tr("Search all boards (Ctrl+F)"));
     setClearButtonEnabled(true);
     setMaxLength(kMaximumLength);
     setMinimumWidth(0);

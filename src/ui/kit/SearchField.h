@@ -6,7 +6,7 @@
 
 namespace korvex::ui {
 
-/// The field that searches all boards. The keys that mean nothing to a line of text walk through
+/// A field for words to search for. The keys that mean nothing to a line of text walk through
 /// what was found, open it, or give up.
 class SearchField final : public QLineEdit {
     Q_OBJECT

@@ -46,7 +46,6 @@ CompletedFilterBar::CompletedFilterBar(const services::BoardService& boards, con
     using Period = CompletedFilter::Period;
     m_search->setPlaceholderText(tr("Search completed entries"));
     m_search->setAccessibleName(tr("Search completed entries"));
-    m_search->setToolTip({});
     m_boardStatus =
         makePicker(tr("Filter by board status"), {Status::any, Status::active, Status::archived});
     m_board = makePicker(tr("Filter by board"));

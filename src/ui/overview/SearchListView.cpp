@@ -173,7 +173,7 @@ private:
 };
 
 SearchListView::SearchListView(SearchListModel& model, const Theme& theme, QWidget* parent)
-    : RowListView(theme, parent), m_model(model), m_theme(theme) {
+    : RowListView(theme, parent), m_model(model) {
     setBottomMargin(kBoardDistance);
     setItemDelegate(new SearchResultDelegate(model, theme, this));
     setModel(&model);
@@ -191,7 +191,7 @@ int SearchListView::heightOf(int row) const {
 }
 
 void SearchListView::forgetLayouts() {
-    m_rowHeight = placesOf(kSideMargin, 0, m_theme).box.bottom() + 1 + m_theme.rowDistance() / 4;
+    m_rowHeight = placesOf(kSideMargin, 0, theme()).box.bottom() + 1 + theme().rowDistance() / 4;
 }
 
 void SearchListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
@@ -231,7 +231,7 @@ void SearchListView::clicked(int row, RowPart part, const QMouseEvent&) {
 
 /// Only the circle of a todo that can be ticked is a part of its own.
 RowPart SearchListView::partAt(int row, const QPoint& position) const {
-    const auto places = placesOf(viewport()->width(), distanceAbove(m_model, row), m_theme);
+    const auto places = placesOf(viewport()->width(), distanceAbove(m_model, row), theme());
     const bool isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
     const auto local = position - visualRect(m_model.index(row, 0)).topLeft();
     return isTickable && isOn(places.sign, local) ? RowPart::sign : RowPart::body;

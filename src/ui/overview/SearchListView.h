@@ -34,7 +34,6 @@ private:
     int heightOf(int row) const;
 
     SearchListModel& m_model;
-    const Theme& m_theme;
     /// The height of a row with nothing above it.
     int m_rowHeight = 0;
 };

@@ -6,7 +6,6 @@
 #include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
-#include <QWidget>
 
 #include <optional>
 #include <unordered_map>

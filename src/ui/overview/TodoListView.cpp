@@ -13,7 +13,6 @@ constexpr int kBottomMargin = 24;
 TodoListView::TodoListView(TodoListModel& model, const Theme& theme, QWidget* parent)
     : RowListView(theme, parent),
       m_model(model),
-      m_theme(theme),
       m_delegate(new TodoItemDelegate(model, theme, this)),
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }) {
     setBottomMargin(kBottomMargin);
@@ -77,8 +76,8 @@ int TodoListView::measuredHeight(int row) {
 
 int TodoListView::estimatedHeight(int row) const {
     // Without a look at the todo: most texts need one line, and a list may be very long.
-    return m_model.isHeading(row) ? TodoRowLayout::headingHeight(m_theme)
-                                  : TodoRowLayout::lowestHeight(m_theme);
+    return m_model.isHeading(row) ? TodoRowLayout::headingHeight(theme())
+                                  : TodoRowLayout::lowestHeight(theme());
 }
 
 QModelIndex TodoListView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {

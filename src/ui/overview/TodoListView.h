@@ -55,7 +55,6 @@ protected:
 
 private:
     TodoListModel& m_model;
-    const Theme& m_theme;
     TodoItemDelegate* m_delegate;
     LeavingRows m_leaving;
 };

@@ -6,7 +6,6 @@
 #include <QTextLayout>
 
 #include <memory>
-#include <string_view>
 
 namespace korvex::ui {
 

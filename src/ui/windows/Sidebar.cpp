@@ -38,6 +38,8 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
       m_archived(new SidebarRow(QStringLiteral("archive"), tr("Archived boards"), theme, this)) {
     setMinimumWidth(kMinimumWidth);
     setMaximumWidth(kMaximumWidth);
+    m_search->setAccessibleName(tr("Search all boards"));
+    m_search->setToolTip(tr("Search all boards (Ctrl+F)"));
     m_add->setAutoRaise(true);
     m_add->setFocusPolicy(Qt::TabFocus);
     m_add->setAccessibleName(tr("New board"));
