@@ -35,7 +35,8 @@ bool isCodeBlock(const AttributedString& text, TextRange paragraph) {
 }
 
 void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attributes) {
-    if (isInlineCode(attributes)) {
+    // Monospaced text that names no language was never made code here.
+    if (attributes.isCode() && !attributes.korvexCodeBlock) {
         return;
     }
     removeCode(attributes, std::nullopt);
