@@ -105,6 +105,7 @@ void EntryService::complete(std::string_view name, const std::vector<Entry*>& to
         }
     });
     std::vector<base::Uuid> ids;
+    ids.reserve(todos.size());
     for (const auto* const todo : todos) {
         ids.push_back(todo->id());
     }
