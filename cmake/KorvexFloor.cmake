@@ -21,8 +21,8 @@ include(KorvexHeaders)
 
 # korvex_floor(NAME [SOURCES …] [USES lower floors, rooms and libraries …] [HEADERS precompiled ones])
 # One folder, one library `korvex_<name>`: a floor, or one room of it, `korvex_<floor>_<room>`. Without
-# sources it is what its folder's headers need, or all rooms of a floor together. What a floor uses,
-# whoever uses the floor may use too, so a target names only what stands directly under it.
+# sources it is all rooms of a floor together. What a floor uses, whoever uses the floor may use too, so a
+# target names only what stands directly under it.
 function(korvex_floor name)
     cmake_parse_arguments(FLOOR "" "HEADERS" "SOURCES;USES" ${ARGN})
     if(NOT FLOOR_HEADERS)

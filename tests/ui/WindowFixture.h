@@ -61,6 +61,19 @@ protected:
             {.contents = std::move(contents), .board = *inbox, .now = clock.now()});
     }
 
+    /// A todo with files of 1,536 bytes each.
+    model::Entry& withFiles(const char* text, const std::vector<std::string>& names) {
+        auto& entry = *add({text}).front();
+        clock.advance(1);
+        std::vector<model::EntryAttachment> files;
+        for (const auto& name : names) {
+            files.push_back(
+                {.id = base::Uuid::random(), .filename = name, .data = base::Bytes(1536)});
+        }
+        own.entries.attach(std::move(files), entry, clock.now());
+        return entry;
+    }
+
     /// What another program does, with its own records; seen here after the refresh.
     template <typename Work>
     void elsewhere(Work&& work) {

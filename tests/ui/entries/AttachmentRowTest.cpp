@@ -5,20 +5,7 @@
 namespace korvex::ui {
 namespace {
 
-class AttachmentRowTest : public tests::WindowFixture {
-protected:
-    model::Entry& withFiles(const char* text, const std::vector<std::string>& names) {
-        auto& entry = *add({text}).front();
-        clock.advance(1);
-        std::vector<model::EntryAttachment> files;
-        for (const auto& name : names) {
-            files.push_back(
-                {.id = base::Uuid::random(), .filename = name, .data = base::Bytes(1536)});
-        }
-        own.entries.attach(std::move(files), entry, clock.now());
-        return entry;
-    }
-};
+class AttachmentRowTest : public tests::WindowFixture {};
 
 TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
     auto& plain = *add({"Buy milk"}).front();
