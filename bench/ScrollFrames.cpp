@@ -60,7 +60,14 @@ public:
                                            .board = store.inbox(),
                                            .now = bench::kNow});
           }),
-          m_list(*m_window.window().findChild<ui::EntryListView*>()) {}
+          m_list(*m_window.window().findChild<ui::EntryListView*>()) {
+        // What the start puts off until the window has been painted is no part of a frame.
+        constexpr std::chrono::seconds kSettling{3};
+        const auto start = std::chrono::steady_clock::now();
+        while (std::chrono::steady_clock::now() - start < kSettling) {
+            QApplication::processEvents(QEventLoop::AllEvents, 100);
+        }
+    }
 
     QAbstractScrollArea& list() { return m_list; }
 
@@ -68,11 +75,6 @@ private:
     bench::BenchWindow m_window;
     ui::EntryListView& m_list;
 };
-
-Window& window() {
-    static Window instance;
-    return instance;
-}
 
 /// Qt's own list of the same texts, as large.
 class BareList {
@@ -132,12 +134,13 @@ void scroll(benchmark::State& state, QAbstractScrollArea& list) {
 
 void korvexWindow(benchmark::State& state) {
     bench::application();
-    scroll(state, window().list());
+    Window window;
+    scroll(state, window.list());
 }
 
 void bareList(benchmark::State& state) {
     bench::application();
-    BareList bare(window().list().size());
+    BareList bare(Window().list().size());
     scroll(state, bare.list());
 }
 
