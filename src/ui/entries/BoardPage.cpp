@@ -10,11 +10,12 @@ namespace korvex::ui {
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
+      m_context(workspace.context),
       m_model(workspace.context, workspace.serializer, workspace.clock, workspace.dates),
       m_header(new BoardHeader(theme)),
       m_archivedNotice(new ArchivedNotice(theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
-      m_editing(m_model, *m_list, workspace.entries, workspace.code, workspace.clock, theme),
+      m_editing(m_model, *m_list, workspace, theme),
       m_attachments({.context = workspace.context,
                      .entries = workspace.entries,
                      .serializer = workspace.serializer,
@@ -62,6 +63,14 @@ void BoardPage::connectParts() {
             m_attachments.attachOffered(*offered, *entry);
         }
     };
+    connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
+        if (message.isEmpty()) {
+            banner().clear();
+        } else {
+            banner().showMessage(message, ErrorBanner::Tone::notice);
+        }
+    });
     connect(&m_editing, &EntryEditing::attachmentsPasted, this, attachToEdited);
     connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attachToEdited);
 }
@@ -101,6 +110,22 @@ void BoardPage::showEntry(model::Entry& entry) {
         m_list->showRow(row);
         m_list->setFocus();
     }
+}
+
+bool BoardPage::resume(const app::Draft& draft) {
+    const auto openEntry = [this](const std::optional<base::Uuid>& id) {
+        auto* const entry = id ? m_context.find<model::Entry>(*id) : nullptr;
+        const auto row = entry ? m_model.rowOf(*entry) : -1;
+        return row >= 0 && m_model.kind(row) == EntryRowKind::entry ? entry : nullptr;
+    };
+    if (!draft.edited) {
+        return m_editing.resume(draft, nullptr, openEntry(draft.after));
+    }
+    auto* const edited = openEntry(draft.edited->entry);
+    const auto isAsItWas = edited && edited->updatedAt() == draft.edited->updatedAt &&
+                           edited->type() == draft.type &&
+                           m_model.isEditable(m_model.rowOf(*edited));
+    return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited);
 }
 
 void BoardPage::startTodo() {

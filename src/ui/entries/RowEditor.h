@@ -1,5 +1,6 @@
 #pragma once
 
+#include "richtext/text/AttributedString.h"
 #include "ui/kit/Theme.h"
 
 #include <QFrame>
@@ -25,12 +26,22 @@ public:
     virtual int caret() const = 0;
     /// Puts the caret at a UTF-16 offset; -1, or one beyond the text, is the end.
     virtual void setCaret(int offset) = 0;
-    /// Whether the text differs from the one that was given last.
+    virtual richtext::AttributedString text() const = 0;
+    /// Shows a text that is stored, with nothing to undo.
+    virtual void load(const richtext::AttributedString& stored) = 0;
+    /// Makes the text another, as one step of undo that touches no more of it than differs: the
+    /// caret and what is typed around it stay.
+    virtual void change(const richtext::AttributedString& to) = 0;
+    /// What the store has of the text, as far as this editor was told.
+    const richtext::AttributedString& stored() const { return m_stored; }
+    /// The store has this by now; what was typed stays.
+    void setStored(const richtext::AttributedString& stored) { m_stored = stored; }
+    /// Whether the text differs from the stored one.
     virtual bool isChanged() const = 0;
     /// Whether there is nothing but white space.
     bool isBlank();
-    /// Gives up what was typed.
-    virtual void revert() = 0;
+    /// Gives up what was not stored.
+    void revert() { load(m_stored); }
     /// A menu with the commands on the text itself; the caller owns it.
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
@@ -59,6 +70,7 @@ private:
     void applyErrorTheme();
 
     const Theme& m_theme;
+    richtext::AttributedString m_stored;
     QLabel* m_error;
     QPushButton* m_discard;
 };

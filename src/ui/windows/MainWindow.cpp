@@ -40,6 +40,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .boardActions = m_boardActions,
                  .navigation = m_navigation},
                 workspace, theme),
+      m_drafts(workspace, m_navigation, *m_boardPage, this),
       m_layout(*this, *m_splitter, *m_sidebar, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     setMinimumSize(kSmallestSize);
@@ -197,6 +198,11 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     } else {
         QWidget::keyPressEvent(event);
     }
+}
+
+void MainWindow::storeAll() {
+    m_layout.save();
+    m_pages->current().leave();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/boards/BoardActions.h"
+#include "ui/windows/DraftOffers.h"
 #include "ui/windows/Navigation.h"
 #include "ui/windows/SearchSession.h"
 #include "ui/windows/WindowActions.h"
@@ -29,6 +30,11 @@ public:
     /// Shows it on the page that is in sight.
     void showError(const QString& message);
     void comeForward();
+    /// The program ends, whatever the window would say to that: what is being edited is stored, or
+    /// else kept as a draft, and where the window stands is kept.
+    void storeAll();
+    /// Shows what an earlier run could not store.
+    void offerDrafts() { m_drafts.start(); }
 
 Q_SIGNALS:
     /// The board's content has been drawn for the first time: now there is time for the rest.
@@ -61,6 +67,7 @@ private:
     Navigation m_navigation;
     SearchSession m_search;
     WindowActions m_actions;
+    DraftOffers m_drafts;
     WindowLayout m_layout;
     base::Subscription m_upcomingChanges;
     bool m_wasPainted = false;

@@ -14,6 +14,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_copies(surroundings.copies),
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
+      m_drafts(app::DraftFolder::beside(surroundings.container.configuration().file)),
       m_upcoming([this, &clock = surroundings.clock, timeZone = surroundings.timeZone] {
           return std::make_unique<schedule::UpcomingTodos>(m_context, clock.now(), timeZone());
       }),
@@ -33,6 +34,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
                   .texts = m_texts,
                   .search = m_search,
                   .copies = m_copies,
+                  .drafts = m_drafts,
                   .upcoming = m_upcoming} {}
 
 } // namespace korvex::ui

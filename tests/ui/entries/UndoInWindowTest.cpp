@@ -104,11 +104,14 @@ TEST_F(UndoInWindowTest, AnEditorUndoesItsOwnWordsFirst) {
     ASSERT_TRUE(isEditing());
     QTest::keyClicks(&field(), QStringLiteral("x"));
     key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_TRUE(isEditing());
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(isEditing()) << "one too many takes nothing else back";
     EXPECT_EQ(field().toPlainText(), QStringLiteral("b"));
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
+    key(Qt::Key_Escape);
+    key(Qt::Key_Return);
     key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_FALSE(isEditing());
+    EXPECT_FALSE(isEditing()) << "nothing was typed: the window's";
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
 }
 
