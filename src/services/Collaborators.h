@@ -30,7 +30,8 @@ public:
     TodoListeners(ReminderReconciling& reminders, WidgetReloading& widgets)
         : m_reminders(&reminders), m_widgets(&widgets) {}
 
-    /// After the save. `withoutReminder` are those whose pending reminder is no longer right.
+    /// Is to be called after the save. `withoutReminder` are those whose pending reminder is no
+    /// longer right.
     void todosChanged(std::span<const base::Uuid> withoutReminder = {}) const {
         if (!withoutReminder.empty()) {
             m_reminders->removePending(withoutReminder);
@@ -44,7 +45,7 @@ private:
     WidgetReloading* m_widgets;
 };
 
-/// For programs and tests without reminders and widgets: both do nothing.
+/// Stands in where a program or a test has no reminders: it does nothing.
 class NoReminders final : public ReminderReconciling {
 public:
     void requestReconcile() override {}

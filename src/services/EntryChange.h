@@ -15,13 +15,13 @@ namespace korvex::services {
 /// changed since. A value that knows its entry by identifier only.
 class EntryChange {
 public:
-    /// Where an entry stood, or is to stand again.
+    /// The place where an entry stood, or is to stand again.
     struct Place {
         base::Uuid board;
         std::int64_t sortOrder = 0;
     };
 
-    /// Of what is pending, before it is saved: the store still knows what was.
+    /// The change that is pending, before it is saved: the store still knows what was.
     static EntryChange pendingOf(const model::Entry& entry);
 
     const base::Uuid& id() const { return m_id; }

@@ -33,7 +33,7 @@ public:
     void validateBoard(const model::Board& board) const;
     /// The same of an entry, which it returns.
     model::Entry& persisted(model::Entry& entry) const;
-    /// By identifier; throws `entryUnavailable` for one that is not there.
+    /// The record of this identifier; throws `entryUnavailable` for one that is not there.
     model::Board& board(const base::Uuid& id) const;
     model::Entry& entry(const base::Uuid& id) const;
 

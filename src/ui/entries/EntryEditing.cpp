@@ -152,7 +152,7 @@ void EntryEditing::recordsChanged() {
         return;
     }
     auto& editor = m_editors.current();
-    const bool isUntouched = !editor.isChanged();
+    const auto isUntouched = !editor.isChanged();
     if (!m_edited.isStillOn(m_model.board())) {
         if (isUntouched) {
             close();
@@ -166,7 +166,7 @@ void EntryEditing::recordsChanged() {
         return;
     }
     if (isUntouched && !editor.input().document()->isUndoAvailable()) {
-        const int caret = editor.caret();
+        const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
         editor.setCaret(caret);
@@ -202,7 +202,7 @@ void EntryEditing::show(int row, int caret) {
 }
 
 void EntryEditing::close() {
-    const bool wasDraft = m_edited.isDraft();
+    const auto wasDraft = m_edited.isDraft();
     const auto* const last = entry();
     m_typing.stop();
     m_edited.close();
@@ -210,7 +210,7 @@ void EntryEditing::close() {
     if (wasDraft) {
         m_model.closeDraft();
     }
-    if (const int row = last ? m_model.rowOf(*last) : -1; row >= 0) {
+    if (const auto row = last ? m_model.rowOf(*last) : -1; row >= 0) {
         m_view.setCurrentRow(row);
     }
     Q_EMIT closed();
@@ -265,7 +265,7 @@ void EntryEditing::split() {
 /// changed here: the text lives on.
 void EntryEditing::becomeDraft() {
     const auto& gone = *entry();
-    const bool canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
+    const auto canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
     const auto* const after = canFollow ? &gone : m_model.openEntryAbove(m_view.editedRow());
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
@@ -281,7 +281,7 @@ template <typename Request>
 void EntryEditing::forward(Request&& request) {
     if (m_storing.store()) {
         auto* const stored = entry();
-        const int caret = m_editors.current().caret();
+        const auto caret = m_editors.current().caret();
         closeToList();
         if (stored) {
             request(stored, caret);
@@ -310,7 +310,7 @@ void EntryEditing::changeType() {
 }
 
 void EntryEditing::makeNext() {
-    const bool isEmptyDraft = m_edited.isNew() && m_editors.current().isBlank();
+    const auto isEmptyDraft = m_edited.isNew() && m_editors.current().isBlank();
     if (!m_storing.store()) {
         return;
     }
@@ -328,12 +328,12 @@ void EntryEditing::removeAndGoUp() {
     if (!m_edited.isNew()) {
         return;
     }
-    const int place = m_view.editedRow();
+    const auto place = m_view.editedRow();
     const auto* const above = place > 0 ? m_model.entry(place - 1) : nullptr;
     if (!leave()) {
         return;
     }
-    const int row = above ? m_model.rowOf(*above) : -1;
+    const auto row = above ? m_model.rowOf(*above) : -1;
     if (row >= 0) {
         edit(row, -1);
     } else {
@@ -342,7 +342,7 @@ void EntryEditing::removeAndGoUp() {
 }
 
 void EntryEditing::walk(int direction) {
-    const int row = m_view.editedRow() + direction;
+    const auto row = m_view.editedRow() + direction;
     if (row < 0 || row >= m_model.rowCount()) {
         return;
     }

@@ -37,7 +37,7 @@ public:
     /// Stores what was typed and closes the editor. False when it was refused: then all stays as it
     /// is.
     bool leave();
-    /// As `leave`, but a stored todo that was emptied gets its text back.
+    /// Does as `leave`, but a stored todo that was emptied gets its text back.
     bool leaveForGood();
     /// Goes on with a draft that an earlier run has left: in the place of `edited`, else as a new
     /// entry behind `after`, before all others for null. False when what is edited now cannot be

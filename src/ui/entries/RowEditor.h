@@ -49,7 +49,6 @@ public:
 
     void showError(const QString& message);
     void clearError();
-    bool hasError() const;
 
 Q_SIGNALS:
     void neededHeightChanged();
@@ -67,6 +66,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool hasError() const;
     void applyErrorTheme();
 
     const Theme& m_theme;
