@@ -20,8 +20,16 @@ constexpr std::size_t kState[]{Entry::typeRawValueField, Entry::isCompletedField
                                Entry::completedAtField};
 constexpr std::size_t kSchedule[]{Entry::dueDayField, Entry::dueDateField,
                                   Entry::dueStartDateField, Entry::reminderDateField};
+/// The words of a text are no todo's: where the type is another, they go with it.
+constexpr std::size_t kTypeAndWords[]{Entry::contentField, Entry::richTextDataField,
+                                      Entry::typeRawValueField, Entry::isCompletedField,
+                                      Entry::completedAtField};
 constexpr std::size_t kUpdated[]{Entry::updatedAtField};
 constexpr std::span<const std::size_t> kUnits[]{kWords, kAttachments, kState, kSchedule, kUpdated};
+
+bool isOneOf(std::span<const std::size_t> fields, std::size_t field) {
+    return std::find(fields.begin(), fields.end(), field) != fields.end();
+}
 
 /// A text or bytes are known again by their checksum, without being kept; all else is short enough.
 store::Value witness(const store::Value& value) {
@@ -74,16 +82,24 @@ EntryChange EntryChange::fieldsOf(const Entry& entry) {
     change.m_id = entry.id();
     change.m_boardAfter = entry.boardID();
     change.m_isActiveAfter = entry.isActive();
-    for (const auto fields : kUnits) {
-        if (std::none_of(fields.begin(), fields.end(),
-                         [&](std::size_t field) { return entry.isChanged(field); })) {
-            continue;
-        }
+    const auto add = [&](std::span<const std::size_t> fields) {
         auto& unit = change.m_units.emplace_back();
         for (const auto field : fields) {
             unit.push_back({.index = field,
                             .before = entry.originalValue(field),
                             .after = witness(entry.value(field))});
+        }
+    };
+    const auto isOtherType = entry.isChanged(Entry::typeRawValueField);
+    if (isOtherType) {
+        add(kTypeAndWords);
+    }
+    for (const auto fields : kUnits) {
+        const auto isInFirst = isOtherType && isOneOf(kTypeAndWords, fields.front());
+        if (!isInFirst && std::any_of(fields.begin(), fields.end(), [&](std::size_t field) {
+                return entry.isChanged(field);
+            })) {
+            add(fields);
         }
     }
     return change;

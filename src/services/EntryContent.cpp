@@ -51,6 +51,10 @@ void validateChanged(const model::Entry& entry) {
         !entry.schedule().isValid()) {
         throw EntryServiceError(EntryServiceErrorCase::invalidSchedule);
     }
+    if (isChanged(Entry::typeRawValueField, Entry::richTextDataField) && entry.isTodo() &&
+        entry.richTextData()) {
+        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    }
     if (isChanged(Entry::contentField)) {
         static_cast<void>(normalized(entry.content()));
     }
