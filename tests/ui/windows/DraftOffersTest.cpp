@@ -81,7 +81,7 @@ TEST_F(DraftOffersTest, EachIsOfferedOnItsBoardUntilItIsStoredOrDiscarded) {
 
 TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
     keep("of nowhere", base::Uuid::random());
-    own.boards.setArchived(ARCH, *work, kNow);
+    own.boards.setArchived(true, *work, kNow);
     keep("of the archive", work->id(), 1);
     for (const auto* const text : {"of nowhere", "of the archive"}) {
         open();
