@@ -17,7 +17,7 @@ namespace korvex::services {
 /// Finds the boards and entries whose text contains every word of a query. Main thread.
 class SearchService {
 public:
-    /// Of a longer query, in bytes, only the beginning counts.
+    /// Of a longer query, in bytes, only the words that begin within so many count.
     static constexpr std::size_t kMaximumQuery = 4096;
 
     /// All of them must outlive it, and the results.

@@ -31,8 +31,9 @@ public:
     std::string undoActionName() const;
     std::string redoActionName() const;
 
-    /// Takes the latest change back. Whatever the inverse throws goes on to the caller; that change
-    /// is then off the stack all the same.
+    /// Takes the latest change back. Whatever the inverse throws goes on to the caller. A change
+    /// that may not be taken back any more is then off the stack; one that the store could not take
+    /// back now, such as on a full disk, stays the latest, since those below it build on it.
     void undo();
     void redo();
 

@@ -46,7 +46,10 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     const auto& codec = statements(index).codec;
     const auto rowid = codec.rowid(row);
     if (auto* known = table.atRowid(rowid)) {
-        return *known;
+        if (known->id() == codec.identifier(row)) {
+            return *known;
+        }
+        displace(index, *known);
     }
     auto record = table.type->make();
     codec.readRow(row, *record);
@@ -54,11 +57,26 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     state.phase = Phase::stored;
     state.rowid = rowid;
     state.version = codec.version(row);
+    if (auto* known = table.withIdentifier(record->id())) {
+        displace(index, *known);
+    }
     table.byRowid.emplace(rowid, record.get());
     auto& reference = m_tables.adopt(index, std::move(record), *this);
     resolveOwner(reference);
     linkToOwner(reference);
     return reference;
+}
+
+void ContextCore::displace(std::size_t index, Record& record) {
+    if (record.isInserted()) {
+        return;
+    }
+    ChangeSet changes{.origin = ChangeSet::Origin::elsewhere};
+    m_tables[index].byRowid.erase(record.state().rowid);
+    goneFromStore(record, changes);
+    if (!changes.isEmpty()) {
+        m_announcements.add(std::move(changes), Announcements::Cause::other);
+    }
 }
 
 void ContextCore::resolveOwner(Record& record) {
@@ -180,14 +198,19 @@ Statement ContextCore::prepare(const std::string& what, const RecordType& type,
     return bound(m_container.connection().handle(), sql, bindings);
 }
 
-bool ContextCore::isStored(const Record& record) {
+Record* ContextCore::stored(const Record& record) {
+    const auto* owner = record.state().context;
+    if (owner && owner != this) {
+        return nullptr;
+    }
+    auto* const known = find(record.storedType(), record.id());
     auto& count = statements(m_tables.indexOf(record.storedType())).countByIdentifier;
     count.bind(0, record.id());
     std::int64_t number = 0;
     while (count.step()) {
         number = count.integer(0);
     }
-    return number == 1;
+    return number == 1 ? known : nullptr;
 }
 
 void ContextCore::loadOwned(Record& owner) {
@@ -375,6 +398,13 @@ void ContextCore::endStep() noexcept {
     if (auto* lock = connection.lock()) {
         lock->release();
     }
+    if (m_stepDepth == 0) {
+        m_announcements.deliver();
+    }
+}
+
+void ContextCore::afterStep(std::function<void()> work) {
+    m_announcements.add(std::move(work));
     if (m_stepDepth == 0) {
         m_announcements.deliver();
     }

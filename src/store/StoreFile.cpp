@@ -104,9 +104,10 @@ bool StoreFile::exists() const {
     return true;
 }
 
-bool StoreFile::hasJournal() const {
+std::uintmax_t StoreFile::journalSize() const {
     struct stat status {};
-    return ::stat(journal().c_str(), &status) == 0 && status.st_size > 0;
+    return ::stat(journal().c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size)
+                                                   : 0;
 }
 
 bool StoreFile::isWritable() const {
