@@ -227,9 +227,8 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
             auto entry = std::make_unique<Entry>(fieldsOf(record));
             entry->setBoard(boards[i]);
             restored.push_back(&m_writer.context().insert(std::move(entry)));
-            places.push_back(
-                index ? PlacedEntry{restored.back(), boards[i], *index}
-                      : placed(*restored.back(), *boards[i], record.sortOrder));
+            places.push_back(index ? PlacedEntry{restored.back(), boards[i], *index}
+                                   : placed(*restored.back(), *boards[i], record.sortOrder));
         }
         putInPlace(places);
     });

@@ -23,20 +23,20 @@ protected:
         office = &boards->createBoard("Office", kNow);
         // Another device has made an Inbox too.
         for (const double createdAt : {1, 2}) {
-            auto& made = context->insert(std::make_unique<model::Board>(
-                model::BoardFields{.id = base::Uuid::random(),
-                                   .name = "Inbox",
-                                   .createdAt = {createdAt},
-                                   .isSystem = true,
-                                   .systemIdentifier = "inbox"}));
+            auto& made = context->insert(
+                std::make_unique<model::Board>(model::BoardFields{.id = base::Uuid::random(),
+                                                                  .name = "Inbox",
+                                                                  .createdAt = {createdAt},
+                                                                  .isSystem = true,
+                                                                  .systemIdentifier = "inbox"}));
             inbox = inbox ? inbox : &made;
         }
         context->save();
     }
 
     RandomLife life() {
-        return {GetParam(), {*context, *entries, *boards}, {board->id(), office->id()},
-                folder.path()};
+        return {
+            GetParam(), {*context, *entries, *boards}, {board->id(), office->id()}, folder.path()};
     }
 
     std::string exportedBytes() {
@@ -44,9 +44,7 @@ protected:
         return {bytes.begin(), bytes.end()};
     }
 
-    void expectSound() {
-        ASSERT_THAT(brokenRules(*container, inbox->id()), testing::IsEmpty());
-    }
+    void expectSound() { ASSERT_THAT(brokenRules(*container, inbox->id()), testing::IsEmpty()); }
 
     services::UndoManager undo;
     model::Board* office = nullptr;
