@@ -82,6 +82,10 @@ void UndoableChanges::make(const Undoable& undoable,
     if (changes.empty()) {
         return;
     }
+    if (undoable.session) {
+        registerEdit(undoable.name, std::move(changes.front()), *undoable.session);
+        return;
+    }
     std::size_t cost = 0;
     for (const auto& each : changes) {
         cost += each.cost();
@@ -90,6 +94,22 @@ void UndoableChanges::make(const Undoable& undoable,
                  [changes = std::move(changes), name = undoable.name](const auto& self) {
                      self.takeBack(name, changes);
                  });
+}
+
+void UndoableChanges::registerEdit(std::string_view name, EntryChange change,
+                                   EditingSession& session) const {
+    if (session.isCreation) {
+        return;
+    }
+    const auto known = session.step.lock();
+    if (auto joined = known ? known->followedBy(change) : std::nullopt) {
+        *known = std::move(*joined);
+        return;
+    }
+    const auto step = std::make_shared<EntryChange>(std::move(change));
+    session.step = step;
+    registerUndo(name, step->cost(),
+                 [step, name](const auto& self) { self.takeBack(name, {step.get(), 1}); });
 }
 
 void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const {

@@ -2,7 +2,7 @@
 
 #include "backup/BackupDocument.h"
 #include "model/Entry.h"
-#include "services/EntryChange.h"
+#include "services/EditingSession.h"
 #include "services/RecordWriter.h"
 #include "services/TodoListeners.h"
 #include "services/UndoManager.h"
@@ -33,6 +33,8 @@ public:
     struct Undoable {
         std::string_view name;
         std::vector<model::Entry*> entries;
+        /// Given where the change is a part of the editing of the one entry.
+        EditingSession* session = nullptr;
     };
     /// Makes the change, saves it and registers its inverse.
     void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
@@ -57,6 +59,8 @@ private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
     void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
+    /// Registers a step for the session, or lets its step take this back too.
+    void registerEdit(std::string_view name, EntryChange change, EditingSession& session) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;

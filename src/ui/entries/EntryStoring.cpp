@@ -75,6 +75,7 @@ bool EntryStoring::giveUp() {
 }
 
 void EntryStoring::begin() {
+    m_session = {};
     m_opened = m_editors.current().stored();
     m_toldRefusal.clear();
 }
@@ -166,6 +167,8 @@ model::Entry* EntryStoring::split() {
 }
 
 model::Entry* EntryStoring::addLines(const QStringList& lines) {
+    // What the paste makes of the text is no longer the same step as what was typed.
+    m_session = {};
     std::vector<std::string> contents;
     for (const auto& line : lines) {
         contents.push_back(toUtf8(line));
@@ -187,6 +190,7 @@ void EntryStoring::create() {
     m_edited.setCreated(m_edited.isTodo()
                             ? *createTodos({toUtf8(m_editors.todo().typed())}, after).front()
                             : createText(after));
+    m_session.isCreation = true;
 }
 
 void EntryStoring::update() {
@@ -200,9 +204,9 @@ void EntryStoring::update() {
         }
     }
     if (m_edited.isTodo()) {
-        m_entries.updateTodo(entry, toUtf8(m_editors.todo().typed()), m_clock.now());
+        m_entries.updateTodo(entry, toUtf8(m_editors.todo().typed()), m_clock.now(), &m_session);
     } else {
-        m_entries.updateText(entry, m_editors.text().text(), m_clock.now());
+        m_entries.updateText(entry, m_editors.text().text(), m_clock.now(), &m_session);
     }
 }
 

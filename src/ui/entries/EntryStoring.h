@@ -77,6 +77,7 @@ private:
     bool m_isBusy = false;
     /// The entry's text before this editing, with what others have written into it since.
     richtext::AttributedString m_opened;
+    services::EditingSession m_session;
     /// The refusal that was told over the list; empty while there is none.
     QString m_toldRefusal;
     base::Signal<const QString&> m_noticed;

@@ -246,8 +246,8 @@ TEST_F(StoringWhileTypingTest, ADraftIsGoneOnWithInItsPlace) {
     };
     auto first = draft;
     first.after.reset();
-    auto elsewhere = draft;
-    elsewhere.after = base::Uuid::random();
+    auto lost = draft;
+    lost.after = base::Uuid::random();
     struct Case {
         const char* what;
         app::Draft draft;
@@ -256,7 +256,7 @@ TEST_F(StoringWhileTypingTest, ADraftIsGoneOnWithInItsPlace) {
     const std::vector<Case> cases{
         {"a new one", draft, {"a", "kept", "b"}},
         {"before all others", first, {"kept", "a", "b"}},
-        {"behind one that is gone", elsewhere, {"kept", "a", "b"}},
+        {"behind one that is gone", lost, {"kept", "a", "b"}},
         {"one that is as it was", of(*todos[1], todos[1]->updatedAt()), {"a", "kept"}},
         {"one that has changed", of(*todos[0], todos[0]->updatedAt() - 1), {"a", "kept", "b"}},
         {"one that is completed", of(*todos[2], todos[2]->updatedAt()), {"kept", "a", "b"}},
@@ -341,9 +341,41 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
     }
 }
 
+TEST_F(StoringWhileTypingTest, OneEditingIsOneStepOfUndo) {
+    auto& entry = *add({"a"}).front();
+    const auto typeInPieces = [&] {
+        edit(entry);
+        for (const auto* const piece : {"b", "c", "d"}) {
+            type(piece);
+            runLoop.advance(kPause);
+        }
+        key(Qt::Key_Escape);
+    };
+    typeInPieces();
+    EXPECT_EQ(entry.content(), "abcd");
+    own.undo.undo();
+    EXPECT_EQ(entry.content(), "a");
+    own.undo.redo();
+    EXPECT_EQ(entry.content(), "abcd");
+    typeInPieces();
+    own.undo.undo();
+    EXPECT_EQ(entry.content(), "abcd") << "each editing by itself";
+
+    edit(entry);
+    type("!");
+    runLoop.advance(kPause);
+    writeElsewhere(entry, "their abcd!");
+    type("?");
+    runLoop.advance(kPause);
+    EXPECT_EQ(entry.content(), "their abcd!?");
+    key(Qt::Key_Escape);
+    own.undo.undo();
+    EXPECT_EQ(entry.content(), "their abcd!") << "what another wrote in between is not taken back";
+}
+
 TEST_F(StoringWhileTypingTest, OneUndoTooManyInAnEditorChangesNothing) {
-    auto& other = *add({"a", "other"}).back();
-    own.entries.updateTodo(other, "changed", clock.now());
+    auto& second = *add({"a", "second"}).back();
+    own.entries.updateTodo(second, "changed", clock.now());
     edit(*services::activeEntries(*inbox).front());
     type("b");
     key(Qt::Key_Z, Qt::ControlModifier);
@@ -354,7 +386,7 @@ TEST_F(StoringWhileTypingTest, OneUndoTooManyInAnEditorChangesNothing) {
     EXPECT_EQ(shown(), QStringLiteral("ab"));
     key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     ASSERT_TRUE(isEditing());
-    EXPECT_EQ(other.content(), "changed");
+    EXPECT_EQ(second.content(), "changed");
 }
 
 } // namespace
