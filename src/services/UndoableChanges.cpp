@@ -108,8 +108,9 @@ void UndoableChanges::registerEdit(std::string_view name, EntryChange change,
     }
     const auto step = std::make_shared<EntryChange>(std::move(change));
     session.step = step;
-    registerUndo(name, step->cost(),
-                 [step, name](const auto& self) { self.takeBack(name, {step.get(), 1}); });
+    registerUndo(name, step->cost(), [step, name](const auto& self) {
+        self.takeBack(name, {step.get(), 1});
+    });
 }
 
 void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const {

@@ -67,7 +67,8 @@ TEST_F(DraftFolderTest, WhatIsNoDraftIsToldAndStays) {
     put(name(), "");
     put(name(), std::string(100'000, '['));
     put(name(), R"({"version": 1, "type": "todo", "typedAt": 1, "content": "no board"})");
-    put(name(), R"({"version": 2, "type": "todo", "typedAt": 1, "content": "newer", )" + board + "}");
+    put(name(),
+        R"({"version": 2, "type": "todo", "typedAt": 1, "content": "newer", )" + board + "}");
     put(name(), std::string(DraftFolder::kMaximumFileBytes + 1, ' '));
     put(name() + ".Ab12Cd", "half a file of a program that was killed");
     const auto found = drafts.find();

@@ -101,8 +101,8 @@ std::optional<AttributedString> mergedWords(const AttributedString& base,
         const auto isMine = !region.mine.empty();
         const auto& changes = isMine ? region.mine : region.theirs;
         const auto here = regionIn(changes, region.base);
-        if (region.isBoth() && !TextUnits::areEqual(myWords, here, theirWords,
-                                                    regionIn(region.theirs, region.base))) {
+        if (region.isBoth() &&
+            !TextUnits::areEqual(myWords, here, theirWords, regionIn(region.theirs, region.base))) {
             return std::nullopt;
         }
         result.append(baseWords.slice({done, region.base.begin}));
@@ -287,8 +287,8 @@ private:
             m_result.text.append(theirOwn);
             return;
         }
-        const auto areWords = !m_base.isSpecial(base) && !m_mine.isSpecial(mine) &&
-                              !m_theirs.isSpecial(theirs);
+        const auto areWords =
+            !m_base.isSpecial(base) && !m_mine.isSpecial(mine) && !m_theirs.isSpecial(theirs);
         const auto words = areWords ? mergedWords(m_base.slice({base, base + 1}), mySlice, theirOwn)
                                     : std::nullopt;
         m_result.text.append(words ? *words : mySlice);

@@ -7,6 +7,9 @@
 namespace korvex::ui {
 
 bool DraftKeeping::keep() {
+    if (m_editors.current().isBlank()) {
+        return true;
+    }
     if (!m_id) {
         m_id = base::Uuid::random();
     }

@@ -21,7 +21,10 @@ public:
           m_serializer(serializer),
           m_clock(clock) {}
 
-    /// Writes what the editor shows. False when that failed too.
+    /// Another entry is edited from here on. A draft that was kept until then waits for the next
+    /// start.
+    void begin() { m_id.reset(); }
+    /// Writes what the editor shows, if there are words in it. False when that failed too.
     bool keep();
     /// It was stored, or the user has given it up.
     void forget();

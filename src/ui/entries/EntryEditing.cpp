@@ -5,6 +5,7 @@
 #include "ui/kit/Text.h"
 
 #include <QMenu>
+#include <QScrollBar>
 
 namespace korvex::ui {
 
@@ -15,8 +16,7 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
     : m_model(model),
       m_view(view),
       m_editors(model, workspace.code, theme, *view.viewport()),
-      m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer,
-               workspace.clock),
+      m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
       m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
                 workspace.clock),
       m_typing(workspace.runLoop, [this] { storeSoFar(); }),
@@ -222,9 +222,8 @@ void EntryEditing::closeToList() {
 }
 
 void EntryEditing::discard() {
-    if (m_storing.giveUp()) {
-        closeToList();
-    }
+    m_storing.giveUp();
+    closeToList();
 }
 
 void EntryEditing::storeAndStay() {
@@ -247,8 +246,12 @@ void EntryEditing::storeSoFar() {
 
 void EntryEditing::settle() {
     if (m_edited.isDraft() && entry()) {
+        // The user is in the middle of a word: nothing on the screen may move.
+        auto* const bar = m_view.verticalScrollBar();
+        const auto scrolled = bar->value();
         m_storing.settleDraft();
         m_view.placeEditor(m_editors.current(), m_model.rowOf(*entry()));
+        bar->setValue(scrolled);
     }
 }
 
@@ -359,7 +362,8 @@ void EntryEditing::walk(int direction) {
 
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
     const auto isDraft = m_edited.isDraft();
-    if (const auto* const last = m_storing.addLines(isDraft ? QStringList(text) + others : others)) {
+    if (const auto* const last =
+            m_storing.addLines(isDraft ? QStringList(text) + others : others)) {
         auto& editor = m_editors.current();
         if (isDraft) {
             editor.revert(); // all of it is stored elsewhere

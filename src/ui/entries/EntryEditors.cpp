@@ -62,9 +62,8 @@ void EntryEditors::clear() {
 }
 
 richtext::AttributedString EntryEditors::textOf(const model::Entry& entry) const {
-    return m_current == m_todo.get()
-               ? richtext::RichTextSerializer::plainRichText(entry.content())
-               : m_model.richText(entry);
+    return m_current == m_todo.get() ? richtext::RichTextSerializer::plainRichText(entry.content())
+                                     : m_model.richText(entry);
 }
 
 void EntryEditors::showDue(const model::Entry* entry) {

@@ -35,7 +35,13 @@ bool EntryStoring::store() {
 }
 
 void EntryStoring::storeSoFar() {
-    if (!m_edited.isOpen() || m_editors.current().isBlank()) {
+    if (!m_edited.isOpen()) {
+        return;
+    }
+    if (m_editors.current().isBlank()) {
+        if (m_edited.isDraft()) {
+            m_drafts.forget();
+        }
         return;
     }
     const auto refused = tryToStore();
@@ -53,7 +59,7 @@ void EntryStoring::storeSoFar() {
     }
 }
 
-bool EntryStoring::giveUp() {
+void EntryStoring::giveUp() {
     auto& editor = m_editors.current();
     auto* const entry = m_edited.entry();
     const auto refused = refusal([&] {
@@ -66,16 +72,16 @@ bool EntryStoring::giveUp() {
         }
     });
     if (refused) {
-        editor.showError(*refused);
-        return false;
+        // The user is let go all the same; what was stored before stays.
+        m_noticed.emit(*refused);
     }
     m_drafts.forget();
     editor.revert();
-    return true;
 }
 
 void EntryStoring::begin() {
     m_session = {};
+    m_drafts.begin();
     m_opened = m_editors.current().stored();
     m_toldRefusal.clear();
 }
@@ -145,6 +151,14 @@ void EntryStoring::settleDraft() {
 }
 
 model::Entry* EntryStoring::split() {
+    // What was written so far is stored as one, so that a refusal loses nothing.
+    if (!m_editors.text().parts() || !store()) {
+        return nullptr;
+    }
+    if (m_edited.isDraft()) {
+        settleDraft();
+    }
+    // The text may have taken in what another program has written.
     const auto parts = m_editors.text().parts();
     if (!parts) {
         return nullptr;
@@ -152,11 +166,6 @@ model::Entry* EntryStoring::split() {
     model::Entry* second = nullptr;
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
-        if (m_edited.isDraft()) {
-            // What was written so far is stored as one, so that a refusal loses nothing.
-            create();
-            settleDraft();
-        }
         second =
             &m_entries.splitText(*m_edited.entry(), parts->before, parts->after, m_clock.now());
     });

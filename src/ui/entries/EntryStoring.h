@@ -36,8 +36,8 @@ public:
     /// refusal is told once, over the list.
     void storeSoFar();
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
-    /// opened. False when that was refused.
-    bool giveUp();
+    /// opened.
+    void giveUp();
     /// An entry was opened in its editor, or a draft.
     void begin();
     /// The store has another text by now: takes it into the editor, beside what was typed there.

@@ -4,6 +4,8 @@
 #include "ui/kit/Text.h"
 #include "ui/windows/Navigation.h"
 
+#include <utility>
+
 namespace korvex::ui {
 
 DraftOffers::DraftOffers(const Workspace& workspace, Navigation& navigation, BoardPage& boardPage,
@@ -35,6 +37,7 @@ void DraftOffers::showNext() {
     // Where something else cannot be left, this one waits with the others.
     if (m_boardPage.board() == board && m_boardPage.resume(draft)) {
         m_waiting.pop_front();
+        m_isShown = true;
         const auto isInPlace = board->id() == draft.board;
         m_boardPage.banner().showMessage(
             isInPlace ? tr("This was typed here before Korvex ended and could not be stored. Go on "
@@ -46,6 +49,9 @@ void DraftOffers::showNext() {
 }
 
 void DraftOffers::offerRest() {
+    if (std::exchange(m_isShown, false)) {
+        m_boardPage.banner().clear();
+    }
     if (!m_waiting.empty()) {
         m_boardPage.banner().offer(tr("More was typed before Korvex ended and not stored."),
                                    tr("Show"), [this] { showNext(); });

@@ -34,6 +34,8 @@ private:
     Navigation& m_navigation;
     BoardPage& m_boardPage;
     std::deque<app::Draft> m_waiting;
+    /// Whether the banner says what is edited.
+    bool m_isShown = false;
 };
 
 } // namespace korvex::ui

@@ -193,8 +193,8 @@ TEST(TextMerge, NoWordsOfEitherSideAreLost) {
         const auto base = versions.base();
         const auto mine = versions.changed(base);
         const auto theirs = versions.changed(base);
-        SCOPED_TRACE("seed " + std::to_string(seed) + "\n--- base\n" + base + "\n--- mine\n" + mine +
-                     "\n--- theirs\n" + theirs);
+        SCOPED_TRACE("seed " + std::to_string(seed) + "\n--- base\n" + base + "\n--- mine\n" +
+                     mine + "\n--- theirs\n" + theirs);
         const auto result = wordsOf(textOf(merged(plain(base), plain(mine), plain(theirs)).text));
         const auto before = wordsOf(base);
         const auto here = wordsOf(mine);
@@ -229,7 +229,8 @@ TEST(TextMerge, DifferencesMakeOneTextOfAnother) {
         }
         EXPECT_EQ(base::utf8(text.text()), base::utf8(after.text()));
     };
-    const auto narrow = differences(plain("same\nthe old words\nend"), plain("same\nthe new words\nend"));
+    const auto narrow =
+        differences(plain("same\nthe old words\nend"), plain("same\nthe new words\nend"));
     ASSERT_EQ(narrow.size(), 1U);
     EXPECT_EQ(narrow.front().before, (TextRange{9, 3}));
     EXPECT_EQ(narrow.front().after, (TextRange{9, 3}));

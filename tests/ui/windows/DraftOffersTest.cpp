@@ -41,9 +41,8 @@ protected:
     BoardPage& page() { return *window->findChild<BoardPage*>(); }
     std::string banner() { return page().banner().message().toStdString(); }
     std::string edited() {
-        return page().list().editedRow() < 0
-                   ? std::string("nothing")
-                   : toUtf8(page().findChild<TodoEditor*>()->typed());
+        return page().list().editedRow() < 0 ? std::string("nothing")
+                                             : toUtf8(page().findChild<TodoEditor*>()->typed());
     }
     std::vector<app::Draft> drafts() { return workspace.drafts.find().drafts; }
 
@@ -75,6 +74,7 @@ TEST_F(DraftOffersTest, EachIsOfferedOnItsBoardUntilItIsStoredOrDiscarded) {
         }
     }
     EXPECT_EQ(edited(), "nothing");
+    EXPECT_EQ(banner(), "");
     EXPECT_THAT(drafts(), IsEmpty());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
 }
