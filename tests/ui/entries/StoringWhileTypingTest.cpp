@@ -172,6 +172,26 @@ TEST_F(StoringWhileTypingTest, ANewEntryIsStoredInItsPlaceAndEmptiedIsNoneAnyMor
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("above"));
 }
 
+TEST_F(StoringWhileTypingTest, ALongNewTextStaysWhereItIsOnTheScreen) {
+    add(std::vector<std::string>(8, "above"));
+    page.startText();
+    for (int line = 0; line < 60; ++line) {
+        type("x");
+        key(Qt::Key_Return);
+    }
+    setCaret(60);
+    QApplication::processEvents();
+    auto* const bar = page.list().verticalScrollBar();
+    const int scrolled = bar->value();
+    ASSERT_GT(scrolled, 0);
+    const auto caret = field().mapToGlobal(field().cursorRect().topLeft());
+    runLoop.advance(kPause);
+    ASSERT_EQ(storedTexts(*inbox).size(), 9U);
+    QApplication::processEvents();
+    EXPECT_EQ(bar->value(), scrolled);
+    EXPECT_EQ(field().mapToGlobal(field().cursorRect().topLeft()), caret);
+}
+
 TEST_F(StoringWhileTypingTest, AnEmptiedTodoOfBeforeGetsBackWhatWasStoredLast) {
     edit(*add({"a"}).front());
     type("b");
@@ -310,10 +330,18 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
     };
     const std::vector<Case> cases{
         {"apart in a todo", true, " today", "Buy oat milk", {"Buy oat milk today"}, ""},
-        {"at one place in a todo", true, "shake", "Buy milkweed", {"Buy milkshake", "Buy milkweed"},
+        {"at one place in a todo",
+         true,
+         "shake",
+         "Buy milkweed",
+         {"Buy milkshake", "Buy milkweed"},
          "below"},
         {"apart in a text", false, "\nmine", "theirs\nBuy milk", {"theirs\nBuy milk\nmine"}, ""},
-        {"at one place in a text", false, "shake", "Buy milkweed", {"Buy milkshake\nBuy milkweed"},
+        {"at one place in a text",
+         false,
+         "shake",
+         "Buy milkweed",
+         {"Buy milkshake\nBuy milkweed"},
          "Both"},
     };
     for (const auto known : {Known::yes, Known::no}) {
@@ -327,7 +355,11 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
             }
             page.banner().clear();
             writeElsewhere(entry, each.theirs, known);
-            EXPECT_TRUE(field().textCursor().block().text().left(field().textCursor().positionInBlock())
+            EXPECT_TRUE(field()
+                            .textCursor()
+                            .block()
+                            .text()
+                            .left(field().textCursor().positionInBlock())
                             .endsWith(QString::fromUtf8(each.typedAtEnd).trimmed()))
                 << "the caret stays behind what was typed";
             runLoop.advance(kLongest);
