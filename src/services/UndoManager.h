@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "base/Uuid.h"
 
 #include <cstddef>
 #include <deque>
@@ -21,18 +22,38 @@ public:
     /// attachments.
     static constexpr std::size_t kMaximumCost = 256 * 1024 * 1024;
 
-    /// `name` is what was done ("Complete Todo"), `cost` about how many bytes `inverse` keeps.
-    /// Called during `undo`, it is the way to redo.
-    void registerUndo(std::string name, std::size_t cost, Action inverse);
+    /// While one lives, all that is registered becomes one step. A group within a group belongs to
+    /// the outer one, and one in which nothing was registered leaves no step. What was registered
+    /// before an exception makes a step too, since it was done.
+    class Group {
+    public:
+        /// `name` is what the user calls all of it; empty for the name of what is registered first.
+        explicit Group(UndoManager& manager, std::string name = {});
+        ~Group();
+        Group(const Group&) = delete;
+        Group& operator=(const Group&) = delete;
+
+    private:
+        UndoManager& m_manager;
+    };
+
+    /// `name` is what was done ("Complete Todo"), `cost` about how many bytes `inverse` keeps,
+    /// `entries` are those that the user meant. Called during `undo`, it is the way to redo.
+    void registerUndo(std::string name, std::size_t cost, Action inverse,
+                      std::vector<base::Uuid> entries = {});
 
     bool canUndo() const { return !m_undo.empty(); }
     bool canRedo() const { return !m_redo.empty(); }
     /// Empty when there is none.
     std::string undoActionName() const;
     std::string redoActionName() const;
+    /// The entries that the next `undo`, or `redo`, is about.
+    std::vector<base::Uuid> undoEntries() const;
+    std::vector<base::Uuid> redoEntries() const;
 
-    /// Takes the latest change back. Whatever the inverse throws goes on to the caller; that change
-    /// is then off the stack all the same.
+    /// Takes the latest step back, whole or not at all: when a part of it is refused, the parts
+    /// that were taken back before are done again. Whatever an inverse throws goes on to the
+    /// caller; that step is then off the stack all the same.
     void undo();
     void redo();
 
@@ -40,20 +61,28 @@ public:
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
-    struct Entry {
+    struct Step {
         std::string name;
-        std::size_t cost;
-        Action inverse;
+        std::size_t cost = 0;
+        std::vector<Action> inverses;
+        std::vector<base::Uuid> entries;
     };
-    using Stack = std::deque<Entry>;
+    using Stack = std::deque<Step>;
     enum class State { idle, undoing, redoing };
 
+    void open(std::string name);
+    void close();
     void run(Stack& stack, State state);
+    void takeBack(const Step& step);
+    void doAgain();
     void forgetOldest();
 
     Stack m_undo;
     Stack m_redo;
     State m_state = State::idle;
+    /// What is registered while a group lives, and how many of them do.
+    Step m_open;
+    int m_openGroups = 0;
     base::Signal<> m_didChange;
 };
 

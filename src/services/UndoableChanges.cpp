@@ -76,16 +76,19 @@ void UndoableChanges::make(const Undoable& undoable,
         return;
     }
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     for (const auto& each : changes) {
         cost += each.cost();
+        ids.push_back(each.id());
     }
-    registerUndo(undoable.name, cost,
+    registerUndo(undoable.name, cost, std::move(ids),
                  [changes = std::move(changes), name = undoable.name](const auto& self) {
                      self.takeBack(name, changes);
                  });
 }
 
-void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const {
+void UndoableChanges::registerUndo(std::string_view name, std::size_t cost,
+                                   std::vector<base::Uuid> entries, Inverse inverse) const {
     if (!m_undoManager) {
         return;
     }
@@ -99,7 +102,8 @@ void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inve
                                           " (" + std::to_string(error.code()) + ")");
                 throw;
             }
-        });
+        },
+        std::move(entries));
 }
 
 void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes) const {
@@ -139,12 +143,14 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
 
 void UndoableChanges::remove(std::span<Entry* const> entries) const {
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     std::vector<BackupDocument::EntryRecord> records;
     if (m_undoManager) {
         for (const auto* const entry : entries) {
             if (const auto board = entry->boardID()) {
                 records.push_back(backup::recordOf(*entry, *board));
                 cost += sizeOf(records.back());
+                ids.push_back(entry->id());
                 // What is deleted lives on as a shell: not with megabytes in it.
                 entry->forgetAttachmentData();
             }
@@ -156,9 +162,10 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
     }
     if (!records.empty()) {
         const auto* const name = entries.size() == 1 ? "Delete Entry" : "Delete Entries";
-        registerUndo(name, cost, [records = std::move(records), name](const auto& self) {
-            self.restore(name, records);
-        });
+        registerUndo(name, cost, std::move(ids),
+                     [records = std::move(records), name](const auto& self) {
+                         self.restore(name, records);
+                     });
     }
 }
 
@@ -205,24 +212,12 @@ UndoableChanges::restore(std::string_view name,
         }
         putInPlace(places);
     });
-    std::vector<base::Uuid> ids;
     for (const auto* const entry : restored) {
-        ids.push_back(entry->id());
         m_writer.logDone("Restored deleted entry", entry->id());
     }
     m_listeners.todosChanged();
-    const auto cost = sizeof(base::Uuid) * ids.size();
-    registerUndo(name, cost, [ids = std::move(ids)](const auto& self) { self.removeAgain(ids); });
+    registerCreation(name, restored);
     return restored;
-}
-
-void UndoableChanges::removeAgain(std::span<const base::Uuid> ids) const {
-    const store::LockedStep step(m_writer.context());
-    std::vector<Entry*> entries;
-    for (const auto& id : ids) {
-        entries.push_back(&m_writer.persisted(m_writer.entry(id)));
-    }
-    remove(entries);
 }
 
 } // namespace korvex::services

@@ -8,6 +8,7 @@
 #include "services/UndoManager.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <span>
 #include <string_view>
@@ -46,14 +47,27 @@ public:
     restore(std::string_view name,
             std::span<const backup::BackupDocument::EntryRecord> records) const;
 
+    /// Registers the inverse of a creation that was saved just now: it deletes the entries, and
+    /// throws `entryUnavailable` where another has written words into one of them since.
+    void registerCreation(std::string_view name, std::span<model::Entry* const> created) const;
+    /// What `work` registers is one step.
+    void asOneStep(std::string_view name, const std::function<void()>& work) const;
+
 private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
-    void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
+    /// What an entry had been given when it was made: of words and attachments a checksum.
+    struct Created {
+        base::Uuid id;
+        std::uint64_t words = 0;
+    };
+
+    void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
+                      Inverse inverse) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
-    void removeAgain(std::span<const base::Uuid> ids) const;
+    void takeBackCreation(std::span<const Created> created) const;
 
     RecordWriter m_writer;
     TodoListeners m_listeners;
