@@ -1,5 +1,7 @@
 #include "services/UndoManager.h"
 
+#include <algorithm>
+#include <iterator>
 #include <numeric>
 #include <utility>
 
@@ -15,7 +17,7 @@ UndoManager::Group::~Group() {
 
 void UndoManager::open(std::string name) {
     if (m_openGroups++ == 0) {
-        m_open = {.name = std::move(name)};
+        m_open = {.about = {.id = ++m_lastId, .name = std::move(name)}};
     }
 }
 
@@ -38,44 +40,49 @@ void UndoManager::close() {
 void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse,
                                std::vector<base::Uuid> entries) {
     const Group group(*this);
-    if (m_open.name.empty()) {
-        m_open.name = std::move(name);
+    auto& about = m_open.about;
+    if (about.name.empty()) {
+        about.name = std::move(name);
     }
+    about.entries.insert(about.entries.end(), entries.begin(), entries.end());
     m_open.cost += cost;
     m_open.inverses.push_back(std::move(inverse));
-    m_open.entries.insert(m_open.entries.end(), entries.begin(), entries.end());
 }
 
-std::string UndoManager::undoActionName() const {
-    return canUndo() ? m_undo.back().name : std::string();
+UndoManager::Stack::const_iterator UndoManager::placeOf(StepId id) const {
+    return std::find_if(m_undo.begin(), m_undo.end(),
+                        [id](const Step& step) { return step.about.id == id; });
 }
 
-std::string UndoManager::redoActionName() const {
-    return canRedo() ? m_redo.back().name : std::string();
-}
-
-std::vector<base::Uuid> UndoManager::undoEntries() const {
-    return canUndo() ? m_undo.back().entries : std::vector<base::Uuid>();
-}
-
-std::vector<base::Uuid> UndoManager::redoEntries() const {
-    return canRedo() ? m_redo.back().entries : std::vector<base::Uuid>();
+const UndoManager::About* UndoManager::findUndo(StepId id) const {
+    const auto place = placeOf(id);
+    return place == m_undo.end() ? nullptr : &place->about;
 }
 
 void UndoManager::undo() {
-    run(m_undo, State::undoing);
+    if (canUndo()) {
+        run(m_undo, std::prev(m_undo.cend()), State::undoing);
+    }
+}
+
+void UndoManager::undo(StepId id) {
+    if (const auto place = placeOf(id); place != m_undo.end()) {
+        run(m_undo, place, State::undoing);
+    }
 }
 
 void UndoManager::redo() {
-    run(m_redo, State::redoing);
+    if (canRedo()) {
+        run(m_redo, std::prev(m_redo.cend()), State::redoing);
+    }
 }
 
-void UndoManager::run(Stack& stack, State state) {
-    if (stack.empty() || m_state != State::idle || m_openGroups > 0) {
+void UndoManager::run(Stack& stack, Stack::const_iterator place, State state) {
+    if (m_state != State::idle || m_openGroups > 0) {
         return;
     }
-    const auto step = std::move(stack.back());
-    stack.pop_back();
+    const auto step = *place;
+    stack.erase(place);
     m_state = state;
     try {
         takeBack(step);
@@ -90,7 +97,7 @@ void UndoManager::run(Stack& stack, State state) {
 
 /// What its inverses register becomes one step again, under the same name.
 void UndoManager::takeBack(const Step& step) {
-    const Group group(*this, step.name);
+    const Group group(*this, step.about.name);
     try {
         for (auto inverse = step.inverses.rbegin(); inverse != step.inverses.rend(); ++inverse) {
             (*inverse)();

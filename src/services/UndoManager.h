@@ -4,6 +4,7 @@
 #include "base/Uuid.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>
@@ -42,19 +43,32 @@ public:
     void registerUndo(std::string name, std::size_t cost, Action inverse,
                       std::vector<base::Uuid> entries = {});
 
+    /// Knows a step again; no step has 0.
+    using StepId = std::uint64_t;
+    /// What a step takes back, or does again.
+    struct About {
+        StepId id = 0;
+        std::string name;
+        std::vector<base::Uuid> entries;
+    };
+    /// What the next `undo`, or `redo`, is about; null when there is none. Until the next change.
+    const About* nextUndo() const { return m_undo.empty() ? nullptr : &m_undo.back().about; }
+    const About* nextRedo() const { return m_redo.empty() ? nullptr : &m_redo.back().about; }
+    /// The same of a step that was the latest once; null when it was taken back or forgotten.
+    const About* findUndo(StepId id) const;
+
     bool canUndo() const { return !m_undo.empty(); }
     bool canRedo() const { return !m_redo.empty(); }
     /// Empty when there is none.
-    std::string undoActionName() const;
-    std::string redoActionName() const;
-    /// The entries that the next `undo`, or `redo`, is about.
-    std::vector<base::Uuid> undoEntries() const;
-    std::vector<base::Uuid> redoEntries() const;
+    std::string undoActionName() const { return canUndo() ? nextUndo()->name : std::string(); }
+    std::string redoActionName() const { return canRedo() ? nextRedo()->name : std::string(); }
 
     /// Takes the latest step back, whole or not at all: when a part of it is refused, the parts
     /// that were taken back before are done again. Whatever an inverse throws goes on to the
     /// caller; that step is then off the stack all the same.
     void undo();
+    /// The same of a step that need not be the latest any more: what was done since stays.
+    void undo(StepId id);
     void redo();
 
     /// After the stacks have changed.
@@ -62,17 +76,17 @@ public:
 
 private:
     struct Step {
-        std::string name;
+        About about;
         std::size_t cost = 0;
         std::vector<Action> inverses;
-        std::vector<base::Uuid> entries;
     };
     using Stack = std::deque<Step>;
     enum class State { idle, undoing, redoing };
 
     void open(std::string name);
     void close();
-    void run(Stack& stack, State state);
+    Stack::const_iterator placeOf(StepId id) const;
+    void run(Stack& stack, Stack::const_iterator place, State state);
     void takeBack(const Step& step);
     void doAgain();
     void forgetOldest();
@@ -83,6 +97,7 @@ private:
     /// What is registered while a group lives, and how many of them do.
     Step m_open;
     int m_openGroups = 0;
+    StepId m_lastId = 0;
     base::Signal<> m_didChange;
 };
 

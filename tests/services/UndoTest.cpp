@@ -97,14 +97,18 @@ public:
         return true;
     }
 
-    void create() {
+    void create(std::string_view undoName = {}) {
         ++m_now.seconds;
         if (roll(2) == 0) {
-            m_service.createTodos({.contents = {text(), text()}, .board = board(), .now = m_now});
+            m_service.createTodos({.contents = {text(), text()},
+                                   .board = board(),
+                                   .now = m_now,
+                                   .undoName = undoName});
         } else {
             m_service.createText({.rich = richtext::RichTextSerializer::plainRichText(text()),
                                   .board = board(),
-                                  .now = m_now});
+                                  .now = m_now,
+                                  .undoName = undoName});
         }
     }
 
@@ -131,7 +135,7 @@ private:
     void perform(Entry& entry) {
         using enum model::EntryPlacement;
         Entry& other = *any();
-        switch (roll(16)) {
+        switch (roll(18)) {
         case 0:
             return m_service.completeTodo(entry, m_now);
         case 1:
@@ -169,7 +173,12 @@ private:
             const std::filesystem::path file = m_folder / ("file " + std::to_string(roll(3)));
             return m_service.attachFiles({&file, 1}, entry, m_now);
         }
-        case 14: {
+        case 14:
+            return create("New");
+        case 15:
+            m_service.splitText(entry, rich(), rich(), m_now, "Split");
+            return;
+        case 16: {
             const auto attached = model::EntryAttachment::decode(entry.attachmentData());
             return attached.empty() ? void()
                                     : m_service.removeAttachment(attached.front().id, entry, m_now);
@@ -200,7 +209,7 @@ TEST_P(RandomLives, UndoneEverythingIsAsItWasAndRedoneAsItBecame) {
     for (int i = 0; i < 8; ++i) {
         life.create();
     }
-    // Creations are not undone: this is what all undoing leads back to.
+    // These have no name and are not undone: this is what all undoing leads back to.
     const auto firstBytes = backup::BackupFileIO::encode(exported());
     for (int round = 0; round < 3; ++round) {
         for (int i = 0; i < 40; ++i) {
@@ -244,7 +253,7 @@ TEST_P(RandomLives, UndoingAmongCreationsAndOtherProgramsKeepsTheStoreSound) {
         };
         switch (life.roll(8)) {
         case 0:
-            life.create();
+            life.create("New");
             break;
         case 1:
             otherContext.refresh();
@@ -270,8 +279,9 @@ INSTANTIATE_TEST_SUITE_P(Seeds, RandomLives, ::testing::Range(1U, 13U));
 
 TEST_F(UndoTest, ActionsCarryTheNamesThatTheMenuShows) {
     const auto todos = add({"a", "b", "c"});
-    EXPECT_FALSE(undo.canUndo()) << "a creation cannot be undone";
     auto& text = note("note");
+    auto& whole = note("one two");
+    EXPECT_FALSE(undo.canUndo()) << "a creation without a name cannot be undone";
     const std::vector<std::pair<std::string, std::function<void()>>> cases{
         {"Complete Todo", [&] { entries->completeTodo(*todos[0], kLater); }},
         {"Restore Todo", [&] { entries->restoreTodo(*todos[0], kLater); }},
@@ -284,11 +294,23 @@ TEST_F(UndoTest, ActionsCarryTheNamesThatTheMenuShows) {
         {"Change to Text", [&] { entries->changeType(*todos[2], model::EntryType::text, kLater); }},
         {"Complete Todos", [&] { entries->completeTodos(*board, kLater); }},
         {"Delete Entry", [&] { entries->updateText(text, plain(" \n"), kLater); }},
+        {"New Todos",
+         [&] {
+             entries->createTodos({.contents = {"x", "y"},
+                                   .board = *board,
+                                   .now = kLater,
+                                   .undoName = "New Todos"});
+         }},
+        {"Split Text",
+         [&] { entries->splitText(whole, plain("one"), plain("two"), kLater, "Split Text"); }},
     };
     for (const auto& [name, perform] : cases) {
+        const auto before = exported();
         perform();
         EXPECT_EQ(undo.undoActionName(), name);
+        EXPECT_FALSE(undo.nextUndo()->entries.empty()) << name;
         undo.undo();
+        EXPECT_EQ(exported(), before) << name;
         EXPECT_EQ(undo.redoActionName(), name);
         undo.redo();
         EXPECT_EQ(undo.undoActionName(), name);
@@ -336,6 +358,58 @@ TEST_F(UndoTest, WordsThatAnotherHasWrittenSinceAreNotWrittenOver) {
     undo.undo();
     EXPECT_FALSE(todo.isCompleted());
     EXPECT_EQ(todo.dueDay(), 20250310);
+}
+
+TEST_F(UndoTest, ACreationIsTakenBackUnlessAnotherHasWrittenIntoIt) {
+    const auto theirs = [&](const base::Uuid& id, auto&& work) {
+        store::ModelContext apart(*container);
+        services::EntryService others(apart, reminders, widgets, log);
+        work(others, *apart.find<Entry>(id));
+    };
+    const auto create = [&](std::vector<std::string> contents) {
+        return entries
+            ->createTodos({.contents = std::move(contents),
+                           .board = *board,
+                           .now = kNow,
+                           .undoName = "New"})
+            .front()
+            ->id();
+    };
+    const auto ticked = create({"a", "b"});
+    theirs(ticked, [](auto& others, Entry& entry) { others.completeTodo(entry, kLater); });
+    undo.undo();
+    EXPECT_TRUE(exported().entries.empty()) << "a tick is not lost, it comes back with the todo";
+    undo.redo();
+    EXPECT_TRUE(found(ticked).isCompleted());
+
+    for (const bool isRedone : {false, true}) {
+        const auto written = create({"mine", "too"});
+        if (isRedone) {
+            undo.undo();
+            undo.redo();
+        }
+        theirs(written,
+               [](auto& others, Entry& entry) { others.updateTodo(entry, "theirs", kLater); });
+        const auto before = exported();
+        log.expectError("New undo failed");
+        EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
+        EXPECT_EQ(exported(), before) << "none of them goes";
+    }
+}
+
+TEST_F(UndoTest, ASplitIsTakenBackWholeOrNotAtAll) {
+    auto& text = note("one two");
+    const auto& second = entries->splitText(text, plain("one"), plain("two"), kLater, "Split");
+    {
+        store::ModelContext theirs(*container);
+        services::EntryService others(theirs, reminders, widgets, log);
+        others.updateText(*theirs.find<Entry>(text.id()), plain("theirs"), kLater);
+    }
+    log.expectError("Split undo failed");
+    EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
+    EXPECT_EQ(storedOrder(*board), (std::vector<std::string>{"theirs", "two"}));
+    EXPECT_TRUE(context->find<Entry>(second.id()));
+    EXPECT_FALSE(undo.canRedo());
 }
 
 TEST_F(UndoTest, ARestoredEntryIsTheOneThatWasDeleted) {
@@ -389,6 +463,93 @@ TEST_F(UndoTest, WithdrawsAndPlansRemindersLikeTheChangesThemselves) {
     undo.undo();
     EXPECT_EQ(reminders.removed, std::vector{todo.id()});
     EXPECT_EQ(reminders.reconciles, reconciles + 1);
+}
+
+/// A row of letters; every change of it registers its inverse.
+struct Letters {
+    services::UndoManager undo;
+    std::string text;
+    char refused = '-';
+
+    void add(char letter) {
+        text += letter;
+        undo.registerUndo(std::string(1, letter), 1, [this, letter] { take(letter); });
+    }
+    void take(char letter) {
+        if (letter == refused) {
+            throw std::runtime_error("refused");
+        }
+        text.pop_back();
+        undo.registerUndo("again", 1, [this, letter] { add(letter); });
+    }
+};
+
+TEST(UndoManager, WhatAGroupHoldsIsOneStep) {
+    using Group = services::UndoManager::Group;
+    Letters letters;
+    auto& undo = letters.undo;
+    int changes = 0;
+    const auto subscription = undo.didChange().connect([&] { ++changes; });
+    letters.add('a');
+    {
+        const Group outer(undo, "outer");
+        letters.add('b');
+        const Group inner(undo, "inner");
+        letters.add('c');
+        undo.undo();
+        EXPECT_EQ(letters.text, "abc") << "it is not finished yet";
+    }
+    { const Group empty(undo, "empty"); }
+    EXPECT_EQ(changes, 2);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(undo.undoActionName(), "outer");
+        undo.undo();
+        EXPECT_EQ(letters.text, "a");
+        EXPECT_EQ(undo.redoActionName(), "outer");
+        undo.redo();
+        EXPECT_EQ(letters.text, "abc");
+    }
+    EXPECT_THROW(
+        {
+            const Group failing(undo);
+            letters.add('d');
+            throw std::runtime_error("the second part");
+        },
+        std::runtime_error);
+    EXPECT_EQ(undo.undoActionName(), "d") << "what was done can be undone";
+    EXPECT_FALSE(undo.canRedo());
+}
+
+TEST(UndoManager, AStepIsTakenBackFromAmongOthers) {
+    services::UndoManager undo;
+    std::string undone;
+    for (const char letter : {'a', 'b', 'c'}) {
+        undo.registerUndo(std::string(1, letter), 1, [&undone, letter] { undone += letter; });
+    }
+    const auto latest = undo.nextUndo()->id;
+    undo.undo();
+    EXPECT_FALSE(undo.findUndo(latest));
+    const auto middle = undo.nextUndo()->id;
+    undo.registerUndo("d", 1, [&] { undone += 'd'; });
+    undo.undo(middle);
+    undo.undo(middle);
+    EXPECT_EQ(undone, "cb") << "once";
+    EXPECT_EQ(undo.undoActionName(), "d");
+}
+
+TEST(UndoManager, AStepThatIsRefusedInTheMiddleIsDoneAgain) {
+    Letters letters;
+    {
+        const services::UndoManager::Group group(letters.undo, "abc");
+        for (const char letter : {'a', 'b', 'c'}) {
+            letters.add(letter);
+        }
+    }
+    letters.refused = 'a';
+    EXPECT_THROW(letters.undo.undo(), std::runtime_error);
+    EXPECT_EQ(letters.text, "abc");
+    EXPECT_FALSE(letters.undo.canUndo());
+    EXPECT_FALSE(letters.undo.canRedo());
 }
 
 TEST(UndoManager, KeepsTheLatestWithinItsBounds) {

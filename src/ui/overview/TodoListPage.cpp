@@ -48,6 +48,16 @@ void TodoListPage::takeKeyboard() {
     }
 }
 
+bool TodoListPage::showRecord(const base::Uuid& id) {
+    const auto* const entry = m_workspace.context.find<model::Entry>(id);
+    const auto row = entry ? m_model.rowOf(*entry) : -1;
+    if (row >= 0) {
+        m_list->setCurrentRow(row);
+        m_list->setFocus();
+    }
+    return row >= 0;
+}
+
 void TodoListPage::scrollToTop() {
     m_list->scrollToTop();
 }
@@ -188,8 +198,7 @@ void TodoListPage::remove(model::Entry& entry) {
                                  [this, row] {
                                      m_list->setCurrentRow(m_list->nearestTodo(row));
                                      m_list->setFocus();
-                                 },
-                             .undo = [this] { perform([this] { m_workspace.undo.undo(); }); }});
+                                 }});
 }
 
 void TodoListPage::openSchedule(model::Entry& entry) {

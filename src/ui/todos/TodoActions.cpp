@@ -7,7 +7,15 @@
 namespace korvex::ui {
 
 TodoActions::TodoActions(Page& page, const Workspace& workspace, const Theme& theme)
-    : m_page(page), m_workspace(workspace), m_theme(theme) {}
+    : m_page(page),
+      m_workspace(workspace),
+      m_theme(theme),
+      m_undoChanges(workspace.undo.didChange().connect([this] {
+          if (m_offered != 0 && !m_workspace.undo.findUndo(m_offered)) {
+              m_offered = 0;
+              m_page.banner().endOffer();
+          }
+      })) {}
 
 bool TodoActions::toggle(model::Entry& entry) {
     return entry.isCompleted() ? restore(entry) : complete(entry);
@@ -30,8 +38,15 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
     removal.goOn();
     const auto text = shortened(removal.text);
     if (!text.isEmpty()) {
-        m_page.banner().offer(tr("“%1” was deleted.").arg(text), tr("Undo"), removal.undo);
+        offerUndo(tr("“%1” was deleted.").arg(text));
     }
+}
+
+void TodoActions::offerUndo(const QString& message) {
+    const auto* const step = m_workspace.undo.nextUndo();
+    m_offered = step ? step->id : 0;
+    m_page.banner().offer(message, tr("Undo"),
+                          [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Instant.h"
+#include "base/Signal.h"
 #include "model/Entry.h"
 #include "ui/workspace/Workspace.h"
 
@@ -36,10 +37,10 @@ public:
         QString text;
         /// Leaves the list where the user can go on.
         std::function<void()> goOn;
-        /// Takes the removal back, which the page offers for a while.
-        std::function<void()> undo;
     };
     void remove(model::Entry& entry, const Removal& removal);
+    /// Says on the page what was done just now, and offers to take that back, until it was.
+    void offerUndo(const QString& message);
     /// Lets the schedule of an open todo be edited under this place on the screen.
     void openSchedule(model::Entry& entry, const QRect& globalAnchor);
 
@@ -47,6 +48,8 @@ private:
     Page& m_page;
     const Workspace& m_workspace;
     const Theme& m_theme;
+    services::UndoManager::StepId m_offered = 0;
+    base::Subscription m_undoChanges;
 };
 
 } // namespace korvex::ui
