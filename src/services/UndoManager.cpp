@@ -1,11 +1,29 @@
 #include "services/UndoManager.h"
 
+#include "store/StoreError.h"
+
 #include <algorithm>
-#include <iterator>
 #include <numeric>
 #include <utility>
 
 namespace korvex::services {
+
+namespace {
+
+/// Of the exception that is being handled: whether trying again would be refused again.
+bool isRefusal() {
+    try {
+        throw;
+    } catch (const store::StoreError&) {
+        return false;
+    } catch (const base::Error&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace
 
 UndoManager::Group::Group(UndoManager& manager, std::string name) : m_manager(manager) {
     m_manager.open(std::move(name));
@@ -49,44 +67,50 @@ void UndoManager::registerUndo(std::string name, std::size_t cost, Action invers
     m_open.inverses.push_back(std::move(inverse));
 }
 
-UndoManager::Stack::const_iterator UndoManager::placeOf(StepId id) const {
-    return std::find_if(m_undo.begin(), m_undo.end(),
-                        [id](const Step& step) { return step.about.id == id; });
+std::optional<std::size_t> UndoManager::placeOf(StepId id) const {
+    const auto found = std::find_if(m_undo.begin(), m_undo.end(),
+                                    [id](const Step& step) { return step.about.id == id; });
+    return found == m_undo.end() ? std::nullopt
+                                 : std::optional(static_cast<std::size_t>(found - m_undo.begin()));
 }
 
 const UndoManager::About* UndoManager::findUndo(StepId id) const {
     const auto place = placeOf(id);
-    return place == m_undo.end() ? nullptr : &place->about;
+    return place ? &m_undo[*place].about : nullptr;
 }
 
 void UndoManager::undo() {
     if (canUndo()) {
-        run(m_undo, std::prev(m_undo.cend()), State::undoing);
+        run(m_undo, m_undo.size() - 1, State::undoing);
     }
 }
 
 void UndoManager::undo(StepId id) {
-    if (const auto place = placeOf(id); place != m_undo.end()) {
-        run(m_undo, place, State::undoing);
+    if (const auto place = placeOf(id)) {
+        run(m_undo, *place, State::undoing);
     }
 }
 
 void UndoManager::redo() {
     if (canRedo()) {
-        run(m_redo, std::prev(m_redo.cend()), State::redoing);
+        run(m_redo, m_redo.size() - 1, State::redoing);
     }
 }
 
-void UndoManager::run(Stack& stack, Stack::const_iterator place, State state) {
+void UndoManager::run(Stack& stack, std::size_t place, State state) {
     if (m_state != State::idle || m_openGroups > 0) {
         return;
     }
-    const auto step = *place;
-    stack.erase(place);
+    const auto position = static_cast<std::ptrdiff_t>(place);
+    auto step = std::move(stack[place]);
+    stack.erase(stack.begin() + position);
     m_state = state;
     try {
         takeBack(step);
     } catch (...) {
+        if (!isRefusal()) {
+            stack.insert(stack.begin() + position, std::move(step));
+        }
         m_state = State::idle;
         m_didChange.emit();
         throw;
@@ -96,29 +120,34 @@ void UndoManager::run(Stack& stack, Stack::const_iterator place, State state) {
 }
 
 /// What its inverses register becomes one step again, under the same name.
-void UndoManager::takeBack(const Step& step) {
+void UndoManager::takeBack(Step& step) {
     const Group group(*this, step.about.name);
+    auto left = step.inverses.size();
     try {
-        for (auto inverse = step.inverses.rbegin(); inverse != step.inverses.rend(); ++inverse) {
-            (*inverse)();
+        for (; left > 0; --left) {
+            step.inverses[left - 1]();
         }
     } catch (...) {
-        doAgain();
+        if (!isDoneAgain()) {
+            step.inverses.resize(left); // the others are a step of their own now
+        }
         throw;
     }
 }
 
-/// Does again what of a step was taken back before the rest was refused.
-void UndoManager::doAgain() {
+/// Does again what of a step was taken back before the rest failed. False when that fails too: then
+/// what is still taken back can be done again later.
+bool UndoManager::isDoneAgain() {
     auto takenBack = std::exchange(m_open.inverses, {});
     try {
         for (; !takenBack.empty(); takenBack.pop_back()) {
             takenBack.back()();
         }
     } catch (...) {
-        // Refused as well, and not what the caller is to hear of: the user can do it again later.
+        // The caller is to hear of the first failure.
     }
     m_open.inverses = std::move(takenBack);
+    return m_open.inverses.empty();
 }
 
 void UndoManager::forgetOldest() {

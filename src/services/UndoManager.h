@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,8 @@ public:
     using Action = std::function<void()>;
 
     static constexpr std::size_t kMaximumActions = 500;
-    /// Of what the inverses keep; the oldest go first. Room for eight deletions of full
-    /// attachments.
+    /// The most that the inverses may keep, in bytes; the oldest go first. It has room for eight
+    /// deletions of full attachments.
     static constexpr std::size_t kMaximumCost = 256 * 1024 * 1024;
 
     /// While one lives, all that is registered becomes one step. A group within a group belongs to
@@ -63,15 +64,16 @@ public:
     std::string undoActionName() const { return canUndo() ? nextUndo()->name : std::string(); }
     std::string redoActionName() const { return canRedo() ? nextRedo()->name : std::string(); }
 
-    /// Takes the latest step back, whole or not at all: when a part of it is refused, the parts
-    /// that were taken back before are done again. Whatever an inverse throws goes on to the
-    /// caller; that step is then off the stack all the same.
+    /// Takes the latest step back, whole or not at all: when a part of it fails, the parts that
+    /// were taken back before are done again. Whatever an inverse throws goes on to the caller. A
+    /// step that may not be taken back any more is then off the stack; one that the store could not
+    /// take back now, such as on a full disk, stays in its place, since those below it build on it.
     void undo();
     /// The same of a step that need not be the latest any more: what was done since stays.
     void undo(StepId id);
     void redo();
 
-    /// After the stacks have changed.
+    /// Emitted after the stacks have changed.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
@@ -85,10 +87,10 @@ private:
 
     void open(std::string name);
     void close();
-    Stack::const_iterator placeOf(StepId id) const;
-    void run(Stack& stack, Stack::const_iterator place, State state);
-    void takeBack(const Step& step);
-    void doAgain();
+    std::optional<std::size_t> placeOf(StepId id) const;
+    void run(Stack& stack, std::size_t place, State state);
+    void takeBack(Step& step);
+    bool isDoneAgain();
     void forgetOldest();
 
     Stack m_undo;

@@ -2,14 +2,15 @@
 
 #include "backup/BackupDocument.h"
 #include "model/Entry.h"
-#include "services/Collaborators.h"
 #include "services/EntryChange.h"
 #include "services/RecordWriter.h"
+#include "services/TodoListeners.h"
 #include "services/UndoManager.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -37,18 +38,26 @@ public:
     void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
 
     /// Deletes them, closes the gaps on their boards and saves.
-    void remove(std::span<model::Entry* const> entries) const;
+    void remove(std::span<model::Entry* const> entries) const {
+        remove(entries.size() == 1 ? "Delete Entry" : "Delete Entries", entries);
+    }
     /// The same without a way back.
     void removeForGood(std::span<model::Entry* const> entries) const;
+    /// A deleted entry, and its index in its board's list: without one, its number says where it
+    /// was.
+    struct Deleted {
+        backup::BackupDocument::EntryRecord record;
+        std::optional<std::int64_t> index = std::nullopt;
+    };
     /// Brings deleted entries back, under their former identifiers and where they were; `name` is
     /// what their deletion was called. Throws `entryUnavailable` when a board is gone, or an entry
     /// there already.
-    std::vector<model::Entry*>
-    restore(std::string_view name,
-            std::span<const backup::BackupDocument::EntryRecord> records) const;
+    std::vector<model::Entry*> restore(std::string_view name,
+                                       std::span<const Deleted> deleted) const;
 
     /// Registers the inverse of a creation that was saved just now: it deletes the entries, and
-    /// throws `entryUnavailable` where another has written words into one of them since.
+    /// throws `entryUnavailable` where another has written words into one of them since. `name` is
+    /// a literal.
     void registerCreation(std::string_view name, std::span<model::Entry* const> created) const;
     /// What `work` registers is one step.
     void asOneStep(std::string_view name, const std::function<void()>& work) const;
@@ -62,12 +71,13 @@ private:
         std::uint64_t words = 0;
     };
 
+    void remove(std::string_view name, std::span<model::Entry* const> entries) const;
     void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
                       Inverse inverse) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
-    /// that another has written since.
+    /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
-    void takeBackCreation(std::span<const Created> created) const;
+    void takeBackCreation(std::string_view name, std::span<const Created> created) const;
 
     RecordWriter m_writer;
     TodoListeners m_listeners;

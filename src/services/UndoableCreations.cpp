@@ -39,20 +39,22 @@ void UndoableChanges::registerCreation(std::string_view name,
         known.push_back({.id = entry->id(), .words = wordsOf(*entry)});
         ids.push_back(entry->id());
     }
-    registerUndo(name, sizeof(Created) * known.size(), std::move(ids),
-                 [known = std::move(known)](const auto& self) { self.takeBackCreation(known); });
+    registerUndo(
+        name, sizeof(Created) * known.size(), std::move(ids),
+        [known = std::move(known), name](const auto& self) { self.takeBackCreation(name, known); });
 }
 
-void UndoableChanges::takeBackCreation(std::span<const Created> created) const {
+void UndoableChanges::takeBackCreation(std::string_view name,
+                                       std::span<const Created> created) const {
     const store::LockedStep step(m_writer.context());
     std::vector<Entry*> entries;
     for (const auto& each : created) {
-        entries.push_back(&m_writer.persisted(m_writer.entry(each.id)));
+        entries.push_back(&m_writer.persisted<Entry>(each.id));
         if (wordsOf(*entries.back()) != each.words) {
             throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
         }
     }
-    remove(entries);
+    remove(name, entries);
 }
 
 void UndoableChanges::asOneStep(std::string_view name, const std::function<void()>& work) const {

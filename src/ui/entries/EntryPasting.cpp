@@ -43,11 +43,11 @@ void EntryPasting::paste(const QMimeData& offered) {
 const model::Entry* EntryPasting::create(const QMimeData& offered) {
     const auto text = textFrom(offered);
     if (isFormatted(text)) {
-        return &m_workspace.entries.createText({.rich = text,
-                                                .board = *m_model.board(),
-                                                .after = place(),
-                                                .now = m_workspace.now(),
-                                                .undoName = kUndoName});
+        return &m_entries.createText({.rich = text,
+                                      .board = *m_model.board(),
+                                      .after = place(),
+                                      .now = m_clock.now(),
+                                      .undoName = kUndoName});
     }
     auto plain = toQString(text.text());
     plain.replace(QChar::LineSeparator, QLatin1Char('\n'));
@@ -59,11 +59,11 @@ const model::Entry* EntryPasting::create(const QMimeData& offered) {
     if (contents.empty()) {
         return nullptr;
     }
-    return m_workspace.entries
+    return m_entries
         .createTodos({.contents = std::move(contents),
                       .board = *m_model.board(),
                       .after = place(),
-                      .now = m_workspace.now(),
+                      .now = m_clock.now(),
                       .undoName = kUndoName})
         .back();
 }

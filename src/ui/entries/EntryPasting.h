@@ -1,8 +1,9 @@
 #pragma once
 
+#include "base/Clock.h"
+#include "services/EntryService.h"
 #include "ui/entries/EntryListView.h"
 #include "ui/kit/Page.h"
-#include "ui/workspace/Workspace.h"
 
 class QMimeData;
 
@@ -13,8 +14,8 @@ namespace korvex::ui {
 class EntryPasting final {
 public:
     EntryPasting(Page& page, EntryListModel& model, EntryListView& list,
-                 const Workspace& workspace)
-        : m_page(page), m_model(model), m_list(list), m_workspace(workspace) {}
+                 services::EntryService& entries, const base::Clock& clock)
+        : m_page(page), m_model(model), m_list(list), m_entries(entries), m_clock(clock) {}
 
     /// Nothing happens where there is no text.
     void paste(const QMimeData& offered);
@@ -28,7 +29,8 @@ private:
     Page& m_page;
     EntryListModel& m_model;
     EntryListView& m_list;
-    const Workspace& m_workspace;
+    services::EntryService& m_entries;
+    const base::Clock& m_clock;
 };
 
 } // namespace korvex::ui

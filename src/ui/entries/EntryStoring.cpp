@@ -27,7 +27,7 @@ bool EntryStoring::store() {
         return true;
     }
     auto& editor = m_editors.current();
-    const bool isDraft = m_edited.isDraft();
+    const auto isDraft = m_edited.isDraft();
     if (isDraft ? editor.isBlank() : !editor.isChanged()) {
         return true;
     }
@@ -133,10 +133,8 @@ std::vector<model::Entry*> EntryStoring::createTodos(const std::vector<std::stri
 
 model::Entry& EntryStoring::createText(const model::Entry* after) {
     const auto text = m_editors.text().text();
-    services::NewText entry{.rich = text,
-                            .board = *m_model.board(),
-                            .now = m_clock.now(),
-                            .undoName = "New Text"};
+    services::NewText entry{
+        .rich = text, .board = *m_model.board(), .now = m_clock.now(), .undoName = "New Text"};
     placeAfter(after, entry);
     return m_entries.createText(entry);
 }

@@ -6,12 +6,14 @@
 
 namespace korvex::ui {
 
-TodoActions::TodoActions(Page& page, const Workspace& workspace, const Theme& theme)
+TodoActions::TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
+                         const Theme& theme)
     : m_page(page),
-      m_workspace(workspace),
+      m_services(services),
+      m_undo(undo),
       m_theme(theme),
-      m_undoChanges(workspace.undo.didChange().connect([this] {
-          if (m_offered != 0 && !m_workspace.undo.findUndo(m_offered)) {
+      m_undoChanges(undo.didChange().connect([this] {
+          if (m_offered != 0 && !m_undo.findUndo(m_offered)) {
               m_offered = 0;
               m_page.banner().endOffer();
           }
@@ -23,16 +25,16 @@ bool TodoActions::toggle(model::Entry& entry) {
 
 bool TodoActions::complete(model::Entry& entry, std::optional<base::Instant> completedAt) {
     return m_page.perform(
-        [&] { m_workspace.entries.completeTodo(entry, m_workspace.now(), completedAt); });
+        [&] { m_services.entries.completeTodo(entry, m_services.clock.now(), completedAt); });
 }
 
 bool TodoActions::restore(model::Entry& entry, std::optional<std::int64_t> position) {
     return m_page.perform(
-        [&] { m_workspace.entries.restoreTodo(entry, m_workspace.now(), position); });
+        [&] { m_services.entries.restoreTodo(entry, m_services.clock.now(), position); });
 }
 
 void TodoActions::remove(model::Entry& entry, const Removal& removal) {
-    if (!m_page.perform([&] { m_workspace.entries.deleteEntry(entry); })) {
+    if (!m_page.perform([&] { m_services.entries.deleteEntry(entry); })) {
         return;
     }
     removal.goOn();
@@ -43,19 +45,14 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
 }
 
 void TodoActions::offerUndo(const QString& message) {
-    const auto* const step = m_workspace.undo.nextUndo();
+    const auto* const step = m_undo.nextUndo();
     m_offered = step ? step->id : 0;
     m_page.banner().offer(message, tr("Undo"),
                           [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {
-    auto* const popover = new SchedulePopover(entry,
-                                              {.entries = m_workspace.entries,
-                                               .preferences = m_workspace.preferences,
-                                               .dates = m_workspace.dates,
-                                               .clock = m_workspace.clock},
-                                              m_theme, m_page.window());
+    auto* const popover = new SchedulePopover(entry, m_services, m_theme, m_page.window());
     popover->openAt(globalAnchor);
     popover->setFocus();
 }

@@ -3,7 +3,7 @@
 #include "base/Instant.h"
 #include "base/Signal.h"
 #include "model/Entry.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/todos/TodoServices.h"
 
 #include <QCoreApplication>
 #include <QRect>
@@ -23,13 +23,16 @@ class TodoActions {
     Q_DECLARE_TR_FUNCTIONS(korvex::ui::TodoActions)
 
 public:
-    TodoActions(Page& page, const Workspace& workspace, const Theme& theme);
+    TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
+                const Theme& theme);
 
-    /// Completes an open todo and restores a completed one. False when that was refused, as below.
+    /// Completes an open todo and restores a completed one. False when that was refused.
     bool toggle(model::Entry& entry);
-    /// At this moment; now without one.
+    /// Completes the todo as of this moment, or of now where none is given. False when that was
+    /// refused.
     bool complete(model::Entry& entry, std::optional<base::Instant> completedAt = std::nullopt);
-    /// To this place on its board; to the end without one.
+    /// Opens the todo again at this place on its board, or at the end where none is given. False
+    /// when that was refused.
     bool restore(model::Entry& entry, std::optional<std::int64_t> position = std::nullopt);
 
     struct Removal {
@@ -38,6 +41,7 @@ public:
         /// Leaves the list where the user can go on.
         std::function<void()> goOn;
     };
+    /// Deletes the entry, and offers for a while to take that back.
     void remove(model::Entry& entry, const Removal& removal);
     /// Says on the page what was done just now, and offers to take that back, until it was.
     void offerUndo(const QString& message);
@@ -46,7 +50,8 @@ public:
 
 private:
     Page& m_page;
-    const Workspace& m_workspace;
+    TodoServices m_services;
+    services::UndoManager& m_undo;
     const Theme& m_theme;
     services::UndoManager::StepId m_offered = 0;
     base::Subscription m_undoChanges;

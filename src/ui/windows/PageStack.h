@@ -25,7 +25,7 @@ public:
     /// it stays, and says why.
     bool show(PageKind kind);
     PageKind currentKind() const { return m_current; }
-    /// Only once a page has been shown.
+    /// The page in sight; one must have been shown.
     Page& current() const { return *m_pages.at(m_current).page; }
 
 Q_SIGNALS:

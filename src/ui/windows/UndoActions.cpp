@@ -24,12 +24,14 @@ QString withName(const QString& action, const std::string& name) {
 
 } // namespace
 
-UndoActions::UndoActions(const Workspace& workspace, Navigation& navigation, QWidget& window)
-    : m_workspace(workspace),
+UndoActions::UndoActions(store::ModelContext& context, services::UndoManager& manager,
+                         Navigation& navigation, QWidget& window)
+    : m_context(context),
+      m_manager(manager),
       m_navigation(navigation),
       m_undo(makeAction(Qt::CTRL | Qt::Key_Z, window, qOverload<>(&UndoActions::undo))),
       m_redo(makeAction(Qt::CTRL | Qt::SHIFT | Qt::Key_Z, window, &UndoActions::redo)),
-      m_changes(workspace.undo.didChange().connect([this] { update(); })) {
+      m_changes(manager.didChange().connect([this] { update(); })) {
     update();
 }
 
@@ -48,36 +50,33 @@ void UndoActions::addTo(QMenu& menu) {
 }
 
 void UndoActions::update() {
-    const auto& manager = m_workspace.undo;
-    m_undo->setText(withName(tr("Undo"), manager.undoActionName()));
-    m_undo->setEnabled(manager.canUndo());
-    m_redo->setText(withName(tr("Redo"), manager.redoActionName()));
-    m_redo->setEnabled(manager.canRedo());
+    m_undo->setText(withName(tr("Undo"), m_manager.undoActionName()));
+    m_undo->setEnabled(m_manager.canUndo());
+    m_redo->setText(withName(tr("Redo"), m_manager.redoActionName()));
+    m_redo->setEnabled(m_manager.canRedo());
 }
 
 void UndoActions::undo() {
     // What is being edited is stored first, and is the latest change then.
-    const auto* const about = m_navigation.page().leave() ? m_workspace.undo.nextUndo() : nullptr;
+    const auto* const about = m_navigation.page().leave() ? m_manager.nextUndo() : nullptr;
     if (about) {
         undo(about->id);
     }
 }
 
 void UndoActions::undo(services::UndoManager::StepId step) {
-    auto& manager = m_workspace.undo;
     if (!m_navigation.page().leave()) {
         return;
     }
-    if (const auto* const about = manager.findUndo(step)) {
-        run(*about, tr("“%1” was undone on %2."), [&] { manager.undo(step); });
+    if (const auto* const about = m_manager.findUndo(step)) {
+        run(*about, tr("“%1” was undone on %2."), [&] { m_manager.undo(step); });
     }
 }
 
 void UndoActions::redo() {
-    auto& manager = m_workspace.undo;
-    const auto* const about = m_navigation.page().leave() ? manager.nextRedo() : nullptr;
+    const auto* const about = m_navigation.page().leave() ? m_manager.nextRedo() : nullptr;
     if (about) {
-        run(*about, tr("“%1” was done again on %2."), [&] { manager.redo(); });
+        run(*about, tr("“%1” was done again on %2."), [&] { m_manager.redo(); });
     }
 }
 
@@ -100,7 +99,7 @@ void UndoActions::run(const services::UndoManager::About& about, const QString& 
 
 UndoActions::Subject UndoActions::subjectOf(const std::vector<base::Uuid>& entries) const {
     for (const auto& id : entries) {
-        if (auto* const entry = m_workspace.context.find<model::Entry>(id)) {
+        if (auto* const entry = m_context.find<model::Entry>(id)) {
             return {entry, entry->board()};
         }
     }
@@ -126,7 +125,7 @@ void UndoActions::show(const Subject& subject, const QString& done) {
     } else if (subject.entry) {
         // A page over all boards is not left for what it does not list.
         page.banner().offer(message, tr("Show"), [this, id = subject.entry->id()] {
-            if (auto* const entry = m_workspace.context.find<model::Entry>(id)) {
+            if (auto* const entry = m_context.find<model::Entry>(id)) {
                 m_navigation.showEntry(*entry);
             }
         });

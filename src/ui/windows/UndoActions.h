@@ -2,7 +2,10 @@
 
 #include "base/Signal.h"
 #include "base/Uuid.h"
-#include "ui/workspace/Workspace.h"
+#include "model/Board.h"
+#include "model/Entry.h"
+#include "services/UndoManager.h"
+#include "store/ModelContext.h"
 
 #include <QObject>
 
@@ -25,7 +28,8 @@ class UndoActions final : public QObject {
 
 public:
     /// All of it outlives the actions.
-    UndoActions(const Workspace& workspace, Navigation& navigation, QWidget& window);
+    UndoActions(store::ModelContext& context, services::UndoManager& manager,
+                Navigation& navigation, QWidget& window);
 
     void addTo(QMenu& menu);
     void undo();
@@ -49,7 +53,8 @@ private:
     /// `done` says what was done; %2 stands for the board.
     void show(const Subject& subject, const QString& done);
 
-    const Workspace& m_workspace;
+    store::ModelContext& m_context;
+    services::UndoManager& m_manager;
     Navigation& m_navigation;
     QAction* m_undo;
     QAction* m_redo;

@@ -20,12 +20,12 @@ constexpr int kBoardShortcuts = 9;
 
 } // namespace
 
-WindowActions::WindowActions(const Parts& parts, const Workspace& workspace, const Theme& theme)
+WindowActions::WindowActions(const Parts& parts, const Services& services, const Theme& theme)
     : QObject(&parts.window),
       m_parts(parts),
-      m_workspace(workspace),
+      m_services(services),
       m_theme(theme),
-      m_undo(workspace, parts.navigation, parts.window) {
+      m_undo(services.context, services.undo, parts.navigation, parts.window) {
     addShortcuts();
     connect(
         &parts.sidebar, &Sidebar::boardMenuRequested, this,
@@ -87,7 +87,7 @@ void WindowActions::pickBoard() {
     }
     auto* const picker = new BoardPicker(
         {.title = tr("Go to board"), .boards = m_parts.sidebar.boards().activeBoards()},
-        m_workspace.context, m_workspace.folding, m_theme, &m_parts.window);
+        m_services.context, m_services.folding, m_theme, &m_parts.window);
     connect(picker, &BoardPicker::chosen, this,
             [this](model::Board* board) { m_parts.navigation.openBoard(*board); });
     picker->open();
@@ -140,7 +140,7 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     menu->addSeparator();
     m_parts.boardActions.addTo(*menu, *page.board());
     menu->addSeparator();
-    menu->addMenu(new AppearanceMenu(m_workspace.preferences, menu));
+    menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebar.isHidden() ? tr("Show sidebar") : tr("Hide sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
     menu->popup(globalPosition);
