@@ -42,19 +42,17 @@ bool RandomLife::changeBoards() {
     return isDone([&] { performOnBoards(); });
 }
 
-void RandomLife::create(std::string_view undoName) {
+void RandomLife::create() {
     ++m_now.seconds;
     if (roll(2) == 0) {
         m_program.entries.createTodos({.contents = {text(), text()},
                                        .board = board(),
                                        .now = m_now,
-                                       .schedule = roll(2) == 0 ? TodoSchedule() : schedule(),
-                                       .undoName = undoName});
+                                       .schedule = roll(2) == 0 ? TodoSchedule() : schedule()});
     } else {
         m_program.entries.createText({.rich = richtext::RichTextSerializer::plainRichText(text()),
                                       .board = board(),
-                                      .now = m_now,
-                                      .undoName = undoName});
+                                      .now = m_now});
     }
 }
 
@@ -92,7 +90,7 @@ void RandomLife::perform(Entry& entry) {
     using enum model::EntryPlacement;
     auto& service = m_program.entries;
     auto& other = *any();
-    switch (roll(18)) {
+    switch (roll(16)) {
     case 0:
         return service.completeTodo(entry, m_now);
     case 1:
@@ -133,12 +131,7 @@ void RandomLife::perform(Entry& entry) {
             return services::readAttachments(files);
         });
     }
-    case 14:
-        return create("New");
-    case 15:
-        service.splitText(entry, rich(), rich(), m_now, "Split");
-        return;
-    case 16: {
+    case 14: {
         const auto attached = model::EntryAttachment::decode(entry.attachmentData());
         return attached.empty() ? void()
                                 : service.removeAttachment(attached.front().id, entry, m_now);

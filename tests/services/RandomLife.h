@@ -9,7 +9,6 @@
 #include <optional>
 #include <random>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace korvex::tests {
@@ -29,7 +28,7 @@ public:
     /// One operation that can be undone, on any entry; false when it was refused.
     bool step();
     /// One or two entries more.
-    void create(std::string_view undoName = {});
+    void create();
     /// One operation on the boards, or the emptying of one; false when it was refused.
     bool changeBoards();
 
