@@ -87,7 +87,8 @@ std::string StoreFile::stagingPrefix() const {
 bool StoreFile::exists() const {
     struct stat status {};
     if (::stat(m_file.c_str(), &status) != 0) {
-        if (errno == ENOENT) {
+        // Where a file stands in the place of a folder, there is no store either.
+        if (errno == ENOENT || errno == ENOTDIR) {
             return false;
         }
         throw StoreError(StoreErrorCase::unreadable, std::strerror(errno));
@@ -104,9 +105,10 @@ bool StoreFile::exists() const {
     return true;
 }
 
-bool StoreFile::hasJournal() const {
-    struct stat status {};
-    return ::stat(journal().c_str(), &status) == 0 && status.st_size > 0;
+std::uintmax_t StoreFile::journalSize() const {
+    std::error_code failure;
+    const auto size = std::filesystem::file_size(journal(), failure);
+    return failure ? 0 : size;
 }
 
 bool StoreFile::isWritable() const {
