@@ -114,6 +114,7 @@ void SchedulePopover::layOut() {
     grid->addWidget(m_hasTime, 2, 0);
     grid->addWidget(m_time, 2, 1);
     auto* const start = new QVBoxLayout;
+    start->setSpacing(grid->verticalSpacing());
     start->addWidget(m_startDay);
     start->addWidget(m_start);
     grid->addWidget(m_hasWindow, 3, 0, Qt::AlignTop);
