@@ -20,6 +20,8 @@ constexpr int kLongJournalPages = 1000;
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
 /// How long whoever is about to end waits for other programs' steps.
 constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
+/// And at the start, where it was left so: every start reads all of it.
+constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
 /// For writers that are not ours and do not know our lock.
 constexpr int kBusyTimeoutMilliseconds = 5000;
 
@@ -120,6 +122,9 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
     StoreLock::Guard guard(lock());
     revision();
     noticeMissingChanges();
+    if (m_lock && m_file.journalSize() > kLongJournalBytes) {
+        emptyJournal();
+    }
 }
 
 StoreConnection::~StoreConnection() {
@@ -313,7 +318,9 @@ void StoreConnection::commit(std::int64_t newRevision) {
         if (m_journalInode == 0) {
             m_journalInode = inode(m_file.journal());
         }
-        checkpointLongJournal();
+        if (m_journalPages > kLongJournalPages) {
+            emptyJournal();
+        }
     }
 }
 
@@ -328,10 +335,7 @@ void StoreConnection::rollback() noexcept {
     }
 }
 
-void StoreConnection::checkpointLongJournal() {
-    if (m_journalPages <= kLongJournalPages) {
-        return;
-    }
+void StoreConnection::emptyJournal() {
     try {
         checkpoint();
     } catch (const StoreError& error) {
@@ -342,15 +346,20 @@ void StoreConnection::checkpointLongJournal() {
 void StoreConnection::checkpoint() {
     if (m_lock) {
         StoreLock::Guard guard(lock());
-        checkpoint(SQLITE_CHECKPOINT_PASSIVE);
+        moveJournal();
     }
 }
 
-void StoreConnection::checkpoint(int mode) {
+void StoreConnection::moveJournal() {
     checkFilesAreInPlace();
     int inJournal = 0;
     int moved = 0;
-    const int code = sqlite3_wal_checkpoint_v2(handle(), "main", mode, &inJournal, &moved);
+    // What is moved but stays in the journal is moved again by the next program, which cannot know,
+    // and the journal would grow with each. Where somebody reads in it just now, it stays for once.
+    sqlite3_busy_timeout(handle(), 0);
+    const int code =
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, &inJournal, &moved);
+    sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);
     }
@@ -364,15 +373,11 @@ void StoreConnection::shortenJournal() noexcept {
         return;
     }
     try {
-        if (!m_lock->acquireWithin(kPatienceAtTheEnd)) {
-            return; // whoever keeps it does the same at its own end
+        // Whoever keeps it for longer does the same at its own end.
+        if (m_lock->acquireWithin(kPatienceAtTheEnd)) {
+            const StoreLock::Guard guard(*m_lock, std::adopt_lock);
+            moveJournal();
         }
-        const StoreLock::Guard guard(*m_lock, std::adopt_lock);
-        // A reader in another program is not waited for: then the journal stays as long as it is,
-        // though what it holds stands in the store file too, up to what is read there.
-        sqlite3_busy_timeout(handle(), 0);
-        checkpoint(SQLITE_CHECKPOINT_TRUNCATE);
-        sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
     } catch (const StoreError& error) {
         m_log.warning("The journal could not be shortened: " + error.errorDescription());
     }

@@ -101,9 +101,10 @@ private:
     void configure();
     void probeWriting();
     void noticeMissingChanges();
-    void checkpointLongJournal();
+    /// `checkpoint`, where a failure is not the caller's: it is logged.
+    void emptyJournal();
     /// The write lock must be held.
-    void checkpoint(int mode);
+    void moveJournal();
 
     const Schema& m_schema;
     ModelConfiguration m_configuration;

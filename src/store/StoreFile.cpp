@@ -106,9 +106,9 @@ bool StoreFile::exists() const {
 }
 
 std::uintmax_t StoreFile::journalSize() const {
-    std::error_code failure;
-    const auto size = std::filesystem::file_size(journal(), failure);
-    return failure ? 0 : size;
+    struct stat status {};
+    return ::stat(journal().c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size)
+                                                   : 0;
 }
 
 bool StoreFile::isWritable() const {
@@ -176,8 +176,8 @@ void StoreFile::checkHeader(sqlite3* database) const {
             }
             return value;
         };
-        const std::int64_t storedPageSize = bigEndian(16, 2);
-        const std::int64_t pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
+        const auto storedPageSize = bigEndian(16, 2);
+        const auto pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
         if (size < pageSize * bigEndian(28, 4)) {
             throw StoreError(StoreErrorCase::notAStore, "cut short");
         }

@@ -27,7 +27,7 @@ public:
     /// `notAStore`.
     bool exists() const;
     bool hasJournal() const { return journalSize() > 0; }
-    /// In bytes; 0 when there is none.
+    /// In bytes; 0 where there is none.
     std::uintmax_t journalSize() const;
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;

@@ -36,8 +36,8 @@ public:
     /// The row on whose sign the pointer is, as far as it is the pointer that is used and no key;
     /// -1 for none.
     int pointedSign() const;
-    /// Where a row lies, in global coordinates.
-    QRect globalRect(int row) const;
+    /// Where a part of the viewport lies on the screen.
+    QRect globalRect(const QRect& part) const;
     /// Labels and layouts are made anew when they are drawn: "now" has moved, or the theme changed.
     void forgetLabels();
 
@@ -57,8 +57,8 @@ protected:
     /// What was laid out for this row, or for all rows, is out of date.
     virtual void forgetLayout(int) {}
     virtual void forgetLayouts() {}
-    /// For the end of the constructor of a view that can be laid out; later changes of the theme
-    /// come by themselves.
+    /// Is to be called at the end of the constructor of a view that can be laid out; later changes
+    /// of the theme come by themselves.
     void applyTheme();
 
     const Theme& theme() const { return m_theme; }

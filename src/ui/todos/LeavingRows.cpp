@@ -19,7 +19,7 @@ int LeavingRows::height(const model::Entry* entry, int fullHeight) const {
 }
 
 void LeavingRows::measure(const model::Entry& entry) {
-    if (const int row = m_rowOf(entry); row >= 0) {
+    if (const auto row = m_rowOf(entry); row >= 0) {
         m_list.measureAgain(row);
     }
 }

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "app/AppPreferences.h"
-#include "base/Clock.h"
 #include "schedule/TodoScheduleEditor.h"
-#include "services/EntryService.h"
 #include "ui/kit/Popover.h"
-#include "ui/workspace/DateTexts.h"
+#include "ui/todos/TodoServices.h"
 
 #include <QDateTime>
 
@@ -26,14 +23,7 @@ class SchedulePopover final : public Popover {
     Q_OBJECT
 
 public:
-    /// What the popover works with; all of it outlives the window.
-    struct Services {
-        services::EntryService& entries;
-        const app::AppPreferences& preferences;
-        const DateTexts& dates;
-        const base::Clock& clock;
-    };
-    SchedulePopover(model::Entry& entry, const Services& services, const Theme& theme,
+    SchedulePopover(model::Entry& entry, const TodoServices& services, const Theme& theme,
                     QWidget* window);
 
     /// A press outside saves what was changed, if anything was; what cannot be saved stays open
@@ -60,7 +50,7 @@ private:
     void showRefusal();
     void showError();
 
-    Services m_services;
+    TodoServices m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
     bool m_isShowing = false;

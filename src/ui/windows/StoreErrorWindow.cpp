@@ -26,7 +26,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     title->setFont(titleFont);
     auto* const reason = new QLabel(message, this);
     const auto folder = QString::fromStdString(storeFile.parent_path().string());
-    const bool hasFolder = QFileInfo(folder).isDir();
+    const auto hasFolder = QFileInfo(folder).isDir();
     auto* const advice = new QLabel(
         hasFolder ? tr("Nothing was changed. The store is the file below; keep a copy of its "
                        "folder before you try anything. When the cause is gone, start Korvex "

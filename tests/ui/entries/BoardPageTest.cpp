@@ -272,7 +272,7 @@ TEST_F(BoardPageTest, ATickTakenBackAndMadeAgainIsSeenForItsOwnTime) {
 TEST_F(BoardPageTest, TwoQuickClicksOnACircleAreATickTakenBack) {
     const auto todos = add({"a", "b"});
     auto* const viewport = list().viewport();
-    const auto circle = viewport->mapFromGlobal(list().globalRect(0).topLeft()) + QPoint(26, 16);
+    const auto circle = list().visualRect(page.entries().index(0, 0)).topLeft() + QPoint(26, 16);
     QTest::mouseClick(viewport, Qt::LeftButton, {}, circle);
     ASSERT_TRUE(todos[0]->isCompleted());
     QTest::mouseDClick(viewport, Qt::LeftButton, {}, circle); // as a quick second press arrives
@@ -324,7 +324,7 @@ TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
     EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Open"));
     EXPECT_TRUE(row->state().checkable);
     EXPECT_FALSE(row->state().checked);
-    EXPECT_EQ(row->rect().size(), this->list().globalRect(0).size());
+    EXPECT_EQ(row->rect().size(), this->list().visualRect(page.entries().index(0, 0)).size());
 }
 
 } // namespace
