@@ -29,9 +29,9 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
     }
     removal.goOn();
     const auto text = shortened(removal.text);
-    if (!text.isEmpty()) {
-        m_page.banner().offer(tr("“%1” was deleted.").arg(text), tr("Undo"), removal.undo);
-    }
+    m_page.banner().offer(text.isEmpty() ? tr("The entry was deleted.")
+                                         : tr("“%1” was deleted.").arg(text),
+                          tr("Undo"), removal.undo);
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {
