@@ -323,7 +323,7 @@ void RichTextTable::Grid::takeHeaderLook(Row& row) const {
     for (auto& content : row) {
         setBackground(content, std::nullopt);
         content.editAttributes({0, content.length()}, [](CharacterAttributes& attributes) {
-            if (!headingLevel(attributes.font)) {
+            if (!attributes.isCode() && !headingLevel(attributes.font)) {
                 attributes.font.isBold = false;
             }
         });
