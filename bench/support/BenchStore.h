@@ -30,7 +30,7 @@ public:
 
     store::ModelContainer& container() { return *m_container; }
     store::ModelContext& context() { return m_context; }
-    services::BoardService boards() { return {m_context, m_reminders, m_log}; }
+    services::BoardService boards() { return {m_context, m_reminders, m_widgets, m_log}; }
     services::EntryService entries(services::UndoManager* undo = nullptr) {
         return {m_context, m_reminders, m_widgets, m_log, undo};
     }

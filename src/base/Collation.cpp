@@ -19,6 +19,8 @@ NameOrder::NameOrder(const std::string& locale) : m_collator(std::make_unique<Co
         throw std::runtime_error(std::string("ICU has no collator: ") + u_errorName(status));
     }
     m_collator->icu->setAttribute(UCOL_NUMERIC_COLLATION, UCOL_ON, status);
+    // Letters and accents; case is the third difference.
+    m_collator->icu->setStrength(icu::Collator::SECONDARY);
 }
 
 NameOrder::~NameOrder() = default;

@@ -6,8 +6,8 @@
 
 namespace korvex::base {
 
-/// The order of names as file browsers show it: by the user's locale, numbers by value, case and
-/// accents second. Costs milliseconds to make. One thread.
+/// The order of names as file browsers show it: by the user's locale, numbers by value, accents
+/// second; names that differ only in case are equal. Costs milliseconds to make. One thread.
 class NameOrder {
 public:
     /// Empty means the user's locale, from LC_ALL, LC_COLLATE or LANG.

@@ -6,6 +6,7 @@
 #include "services/OrderKey.h"
 
 #include <algorithm>
+#include <limits>
 #include <set>
 
 namespace korvex::services {
@@ -53,12 +54,6 @@ std::string normalized(std::string_view name) {
     return std::string(trimmed);
 }
 
-void refuseSystemBoard(const Board& board) {
-    if (board.isSystem()) {
-        refuse(BoardServiceErrorCase::protectedBoard);
-    }
-}
-
 /// Gives a system board without an identifier the one that its name implies.
 void nameSystemBoard(Board& board) {
     if (board.isSystem() && !board.systemIdentifier()) {
@@ -86,6 +81,12 @@ model::BoardFields newInbox(base::Instant now) {
             .systemIdentifier = std::string(kInbox)};
 }
 
+std::vector<Board*> inOrder(std::vector<Board*> boards) {
+    std::sort(boards.begin(), boards.end(),
+              [](const Board* left, const Board* right) { return ordered(*left, *right); });
+    return boards;
+}
+
 bool needsRepair(const std::vector<Board*>& boards) {
     auto hasInbox = false;
     for (const auto* const board : boards) {
@@ -102,8 +103,9 @@ bool needsRepair(const std::vector<Board*>& boards) {
 } // namespace
 
 BoardService::BoardService(store::ModelContext& context, ReminderReconciling& reminders,
-                           base::LogSink& log)
-    : m_writer(context, base::Logger(log, "BoardService"), notSaved), m_reminders(&reminders) {}
+                           WidgetReloading& widgets, base::LogSink& log)
+    : m_writer(context, base::Logger(log, "BoardService"), notSaved),
+      m_listeners(context, reminders, widgets) {}
 
 void BoardService::initializeDefaultBoards(base::Instant now, SaveChanges saveChanges) {
     // Nearly every start finds nothing to do, and then takes no lock.
@@ -149,9 +151,8 @@ std::vector<Board*> BoardService::boards() const {
     return visibleBoards(m_writer.context().fetch<Board>());
 }
 
-std::vector<Board*> BoardService::visibleBoards(std::vector<Board*> boards) {
-    std::sort(boards.begin(), boards.end(),
-              [](const Board* left, const Board* right) { return ordered(*left, *right); });
+std::vector<Board*> BoardService::visibleBoards(std::vector<Board*> all) {
+    auto boards = inOrder(std::move(all));
     std::set<std::string_view> seen;
     std::erase_if(boards, [&](const Board* board) {
         if (const auto& identifier = board->systemIdentifier()) {
@@ -174,14 +175,21 @@ Board* BoardService::board(const base::Uuid& id) const {
     return m_writer.context().find<Board>(id);
 }
 
+Board& BoardService::persistedUserBoard(const Board& given) const {
+    if (given.isSystem()) {
+        refuse(BoardServiceErrorCase::protectedBoard);
+    }
+    auto& board = m_writer.persisted(given);
+    if (board.isSystem()) {
+        refuse(BoardServiceErrorCase::protectedBoard);
+    }
+    return board;
+}
+
 Board& BoardService::createBoard(std::string_view name, base::Instant now) {
     auto boardName = normalized(name);
     const store::LockedStep step(m_writer.context());
     m_writer.validateWritableStore();
-    std::int64_t sortOrder = 0;
-    for (const auto* const board : m_writer.context().fetch<Board>()) {
-        sortOrder = std::max(sortOrder, board->sortOrder() + 1);
-    }
     Board* created = nullptr;
     m_writer.change([&] {
         created = &m_writer.context().insert(std::make_unique<Board>(model::BoardFields{
@@ -189,16 +197,48 @@ Board& BoardService::createBoard(std::string_view name, base::Instant now) {
             .name = std::move(boardName),
             .createdAt = now,
             .updatedAt = now,
-            .sortOrder = sortOrder,
+            .sortOrder = nextSortOrder(now),
         }));
     });
     m_writer.logDone("Created board", created->id());
     return *created;
 }
 
-void BoardService::renameBoard(Board& board, std::string_view name, base::Instant now) {
+std::int64_t BoardService::nextSortOrder(base::Instant now) const {
+    const auto all = m_writer.context().fetch<Board>();
+    std::int64_t last = -1;
+    for (const auto* const board : all) {
+        last = std::max(last, board->sortOrder());
+    }
+    if (last < std::numeric_limits<std::int64_t>::max()) {
+        return last + 1;
+    }
+    // Only a store from elsewhere numbers so.
+    number(boards(), now);
+    return static_cast<std::int64_t>(all.size());
+}
+
+void BoardService::number(std::vector<Board*> visible, base::Instant now) const {
+    const std::set<const Board*> isVisible(visible.begin(), visible.end());
+    auto all = std::move(visible);
+    for (auto* const board : inOrder(m_writer.context().fetch<Board>())) {
+        if (!isVisible.contains(board)) {
+            all.push_back(board);
+        }
+    }
+    std::int64_t position = 0;
+    for (auto* const board : all) {
+        if (board->sortOrder() != position) {
+            board->setSortOrder(position);
+            board->setUpdatedAt(now);
+        }
+        ++position;
+    }
+}
+
+void BoardService::renameBoard(Board& given, std::string_view name, base::Instant now) {
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
+    auto& board = m_writer.persisted(given);
     auto boardName = normalized(name);
     m_writer.change([&] {
         nameSystemBoard(board);
@@ -208,21 +248,19 @@ void BoardService::renameBoard(Board& board, std::string_view name, base::Instan
     m_writer.logDone("Renamed board", board.id());
 }
 
-void BoardService::setArchived(bool archived, Board& board, base::Instant now) {
+void BoardService::setArchived(bool archived, Board& given, base::Instant now) {
     const store::LockedStep step(m_writer.context());
-    refuseSystemBoard(board);
-    m_writer.validateBoard(board);
+    auto& board = persistedUserBoard(given);
     m_writer.change([&] {
         board.setIsArchived(archived);
         board.setUpdatedAt(now);
     });
-    m_reminders->requestReconcile();
+    m_listeners.todosChanged();
 }
 
-void BoardService::deleteBoard(Board& board) {
+void BoardService::deleteBoard(Board& given) {
     const store::LockedStep step(m_writer.context());
-    refuseSystemBoard(board);
-    m_writer.validateBoard(board);
+    auto& board = persistedUserBoard(given);
     std::vector<base::Uuid> entryIDs;
     const auto id = board.id();
     m_writer.change([&] {
@@ -232,58 +270,48 @@ void BoardService::deleteBoard(Board& board) {
         }
         m_writer.context().remove(board);
     });
-    m_reminders->removePending(entryIDs);
-    m_reminders->requestReconcile();
+    m_listeners.todosChanged(entryIDs);
     m_writer.logDone("Deleted board", id);
 }
 
-void BoardService::setIcon(std::optional<std::string_view> icon, Board& board, base::Instant now) {
+void BoardService::setIcon(std::optional<std::string_view> icon, Board& given, base::Instant now) {
     if (icon && !model::boardIcon(*icon)) {
         refuse(BoardServiceErrorCase::invalidIcon);
     }
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
+    auto& board = m_writer.persisted(given);
     m_writer.change([&] {
         board.setIcon(icon ? std::optional(std::string(*icon)) : std::nullopt);
         board.setUpdatedAt(now);
     });
 }
 
-void BoardService::setIconColor(std::optional<std::string_view> color, Board& board,
+void BoardService::setIconColor(std::optional<std::string_view> color, Board& given,
                                 base::Instant now) {
     if (color && !model::boardIconColor(*color)) {
         refuse(BoardServiceErrorCase::invalidIconColor);
     }
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
+    auto& board = m_writer.persisted(given);
     m_writer.change([&] {
         board.setIconColor(color ? std::optional(std::string(*color)) : std::nullopt);
         board.setUpdatedAt(now);
     });
 }
 
-void BoardService::reorderBoards(std::span<Board* const> boards, base::Instant now) {
+void BoardService::reorderBoards(std::span<Board* const> given, base::Instant now) {
     const store::LockedStep step(m_writer.context());
-    for (const auto* const board : boards) {
-        m_writer.validateBoard(*board);
+    std::vector<Board*> boards;
+    for (const auto* const board : given) {
+        boards.push_back(&m_writer.persisted(*board));
     }
-    const std::set<const Board*> given(boards.begin(), boards.end());
     const auto current = this->boards();
     // As many, and the same ones: a list with a board twice is out of date too.
     if (boards.size() != current.size() ||
-        given != std::set<const Board*>(current.begin(), current.end())) {
+        std::set(boards.begin(), boards.end()) != std::set(current.begin(), current.end())) {
         refuse(EntryServiceErrorCase::entryUnavailable);
     }
-    m_writer.change([&] {
-        std::int64_t position = 0;
-        for (auto* const board : boards) {
-            if (board->sortOrder() != position) {
-                board->setSortOrder(position);
-                board->setUpdatedAt(now);
-            }
-            ++position;
-        }
-    });
+    m_writer.change([&] { number(std::move(boards), now); });
 }
 
 void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,

@@ -5,10 +5,11 @@
 #include "model/Board.h"
 #include "model/EntryPlacement.h"
 #include "model/ServiceErrors.h"
-#include "services/Collaborators.h"
 #include "services/RecordWriter.h"
+#include "services/TodoListeners.h"
 #include "store/ModelContext.h"
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -22,7 +23,8 @@ namespace korvex::services {
 /// (`entryUnavailable`, `readOnlyStore`) or StoreError. Main thread.
 class BoardService {
 public:
-    BoardService(store::ModelContext& context, ReminderReconciling& reminders, base::LogSink& log);
+    BoardService(store::ModelContext& context, ReminderReconciling& reminders,
+                 WidgetReloading& widgets, base::LogSink& log);
 
     enum class SaveChanges { no, yes };
     /// Makes sure that there is one Inbox; turns a legacy Today board into it. A caller that
@@ -48,7 +50,7 @@ public:
 
     /// `boards` must be all that `boards()` returns, in the new order.
     void reorderBoards(std::span<model::Board* const> boards, base::Instant now);
-    /// Among the active boards; archived boards keep their places between them.
+    /// Moves the board among the active ones; archived boards keep their places between them.
     void moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
                    model::EntryPlacement placement, base::Instant now);
     enum class Direction { ascending, descending };
@@ -58,9 +60,16 @@ public:
 private:
     /// Without duplicates of a system board and without boards merged into others, in order.
     static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> boards);
+    /// Throws `protectedBoard` too.
+    model::Board& persistedUserBoard(const model::Board& given) const;
+    /// Numbers the visible boards in this order, and the hidden ones behind them: a hidden
+    /// duplicate of the Inbox that came before the Inbox would take its place.
+    void number(std::vector<model::Board*> visible, base::Instant now) const;
+    /// For a new board, behind all others.
+    std::int64_t nextSortOrder(base::Instant now) const;
 
     RecordWriter m_writer;
-    ReminderReconciling* m_reminders;
+    TodoListeners m_listeners;
 };
 
 } // namespace korvex::services

@@ -24,27 +24,7 @@ public:
     virtual void reloadTodoWidgets() = 0;
 };
 
-/// Everybody who is told when stored todos have changed. A value over them, who must outlive it.
-class TodoListeners {
-public:
-    TodoListeners(ReminderReconciling& reminders, WidgetReloading& widgets)
-        : m_reminders(&reminders), m_widgets(&widgets) {}
-
-    /// After the save. `withoutReminder` are those whose pending reminder is no longer right.
-    void todosChanged(std::span<const base::Uuid> withoutReminder = {}) const {
-        if (!withoutReminder.empty()) {
-            m_reminders->removePending(withoutReminder);
-        }
-        m_widgets->reloadTodoWidgets();
-        m_reminders->requestReconcile();
-    }
-
-private:
-    ReminderReconciling* m_reminders;
-    WidgetReloading* m_widgets;
-};
-
-/// For programs and tests without reminders and widgets: both do nothing.
+/// Stand in where a program or a test has no reminders or widgets: both do nothing.
 class NoReminders final : public ReminderReconciling {
 public:
     void requestReconcile() override {}

@@ -3,8 +3,9 @@
 #include "base/Digest.h"
 
 #include <algorithm>
-#include <array>
+#include <iterator>
 #include <span>
+#include <utility>
 
 namespace korvex::services {
 
@@ -12,12 +13,19 @@ using model::Entry;
 
 namespace {
 
-/// What a person wrote or attached: never to be written over unseen.
-constexpr std::array<std::size_t, 3> kWords{Entry::contentField, Entry::richTextDataField,
-                                            Entry::attachmentDataField};
-/// The fields that are given back with the entry's place.
-constexpr std::array<std::size_t, 2> kPlace{Entry::sortOrderField, Entry::boardField};
-constexpr std::size_t kFieldCount = Entry::boardField + 1;
+/// The fields of an entry that make sense only together. Its number and its board are its place.
+constexpr std::size_t kWords[]{Entry::contentField, Entry::richTextDataField};
+constexpr std::size_t kAttachments[]{Entry::attachmentDataField};
+constexpr std::size_t kState[]{Entry::typeRawValueField, Entry::isCompletedField,
+                               Entry::completedAtField};
+constexpr std::size_t kSchedule[]{Entry::dueDayField, Entry::dueDateField, Entry::dueStartDateField,
+                                  Entry::reminderDateField};
+/// The words of a text are no todo's: where the type is another, they go with it.
+constexpr std::size_t kTypeAndWords[]{Entry::contentField, Entry::richTextDataField,
+                                      Entry::typeRawValueField, Entry::isCompletedField,
+                                      Entry::completedAtField};
+constexpr std::size_t kUpdated[]{Entry::updatedAtField};
+constexpr std::span<const std::size_t> kUnits[]{kWords, kAttachments, kState, kSchedule, kUpdated};
 
 bool isOneOf(std::span<const std::size_t> fields, std::size_t field) {
     return std::find(fields.begin(), fields.end(), field) != fields.end();
@@ -48,24 +56,49 @@ std::size_t sizeOf(const store::Value& value) {
 
 } // namespace
 
-EntryChange EntryChange::pendingOf(const Entry& entry) {
+std::vector<EntryChange> EntryChange::pendingOf(store::ModelContext& context,
+                                                std::span<Entry* const> entries) {
+    std::vector<Entry*> moved;
+    std::copy_if(entries.begin(), entries.end(), std::back_inserter(moved),
+                 [](const Entry* entry) { return isMoved(*entry); });
+    const auto places = formerPlaces(context, moved);
+    std::vector<EntryChange> changes;
+    auto nextMoved = std::size_t{0};
+    for (const auto* const entry : entries) {
+        auto change = fieldsOf(*entry);
+        if (nextMoved < moved.size() && moved[nextMoved] == entry) {
+            change.m_place = places[nextMoved];
+            ++nextMoved;
+        }
+        if (!change.m_units.empty() || change.m_place) {
+            changes.push_back(std::move(change));
+        }
+    }
+    return changes;
+}
+
+EntryChange EntryChange::fieldsOf(const Entry& entry) {
     EntryChange change;
     change.m_id = entry.id();
     change.m_boardAfter = entry.boardID();
     change.m_isActiveAfter = entry.isActive();
-    for (std::size_t field = 0; field < kFieldCount; ++field) {
-        if (entry.isChanged(field) && !isOneOf(kPlace, field)) {
-            change.m_fields.push_back({.index = field,
-                                       .before = entry.originalValue(field),
-                                       .after = witness(entry.value(field))});
+    const auto add = [&](std::span<const std::size_t> fields) {
+        auto& unit = change.m_units.emplace_back();
+        for (const auto field : fields) {
+            unit.push_back({.index = field,
+                            .before = entry.originalValue(field),
+                            .after = witness(entry.value(field))});
         }
+    };
+    const auto isOtherType = entry.isChanged(Entry::typeRawValueField);
+    if (isOtherType) {
+        add(kTypeAndWords);
     }
-    if (entry.isChanged(Entry::sortOrderField) || entry.isChanged(Entry::boardField)) {
-        const auto board = entry.originalValue(Entry::boardField);
-        if (const auto* const id = std::get_if<base::Uuid>(&board)) {
-            change.m_place = {
-                .board = *id,
-                .sortOrder = std::get<std::int64_t>(entry.originalValue(Entry::sortOrderField))};
+    for (const auto fields : kUnits) {
+        const auto isInFirst = isOtherType && isOneOf(kTypeAndWords, fields.front());
+        if (!isInFirst && std::any_of(fields.begin(), fields.end(),
+                                      [&](std::size_t field) { return entry.isChanged(field); })) {
+            add(fields);
         }
     }
     return change;
@@ -73,35 +106,58 @@ EntryChange EntryChange::pendingOf(const Entry& entry) {
 
 std::size_t EntryChange::cost() const {
     auto bytes = sizeof(EntryChange);
-    for (const auto& field : m_fields) {
-        bytes += sizeof(Field) + sizeOf(field.before);
+    for (const auto& unit : m_units) {
+        for (const auto& field : unit) {
+            bytes += sizeof(Field) + sizeOf(field.before);
+        }
     }
     return bytes;
 }
 
+const EntryChange::Unit* EntryChange::unitOf(std::size_t field) const {
+    const auto found = std::find_if(m_units.begin(), m_units.end(), [&](const Unit& unit) {
+        return std::any_of(unit.begin(), unit.end(),
+                           [&](const Field& each) { return each.index == field; });
+    });
+    return found == m_units.end() ? nullptr : &*found;
+}
+
 bool EntryChange::isCompletion() const {
-    return std::any_of(m_fields.begin(), m_fields.end(),
-                       [](const Field& field) { return field.index == Entry::isCompletedField; });
+    const auto* const state = unitOf(Entry::isCompletedField);
+    return state && std::any_of(state->begin(), state->end(), [](const Field& field) {
+               return field.index == Entry::isCompletedField && field.before != field.after;
+           });
 }
 
-bool EntryChange::isStillOurs(const Entry& entry, const Field& field) {
-    return witness(entry.value(field.index)) == field.after;
-}
-
-bool EntryChange::isWrittenOver(const Entry& entry) const {
-    return std::any_of(m_fields.begin(), m_fields.end(), [&](const Field& field) {
-        return isOneOf(kWords, field.index) && !isStillOurs(entry, field);
+bool EntryChange::isStillOurs(const Entry& entry, const Unit& unit) {
+    return std::all_of(unit.begin(), unit.end(), [&](const Field& field) {
+        return witness(entry.value(field.index)) == field.after;
     });
 }
 
-bool EntryChange::isWhereItWasPut(const Entry& entry) const {
-    return entry.boardID() == m_boardAfter && entry.isActive() == m_isActiveAfter;
+bool EntryChange::isWrittenOver(const Entry& entry) const {
+    for (const auto field : {Entry::contentField, Entry::attachmentDataField}) {
+        if (const auto* const unit = unitOf(field); unit && !isStillOurs(entry, *unit)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<EntryPlace> EntryChange::placeToGiveBack(const Entry& entry) const {
+    const auto* const state = unitOf(Entry::isCompletedField);
+    const auto isWhereItWasPut = entry.boardID() == m_boardAfter &&
+                                 entry.isActive() == m_isActiveAfter &&
+                                 (!state || isStillOurs(entry, *state));
+    return isWhereItWasPut ? m_place : std::nullopt;
 }
 
 void EntryChange::takeBackFields(Entry& entry) const {
-    for (const auto& field : m_fields) {
-        if (isStillOurs(entry, field)) {
-            entry.setValue(field.index, field.before);
+    for (const auto& unit : m_units) {
+        if (isStillOurs(entry, unit)) {
+            for (const auto& field : unit) {
+                entry.setValue(field.index, field.before);
+            }
         }
     }
 }

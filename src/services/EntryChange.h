@@ -2,11 +2,13 @@
 
 #include "base/Uuid.h"
 #include "model/Entry.h"
+#include "services/EntryPlaces.h"
+#include "store/ModelContext.h"
 #include "store/Value.h"
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
+#include <span>
 #include <vector>
 
 namespace korvex::services {
@@ -15,29 +17,25 @@ namespace korvex::services {
 /// changed since. A value that knows its entry by identifier only.
 class EntryChange {
 public:
-    /// Where an entry stood, or is to stand again.
-    struct Place {
-        base::Uuid board;
-        std::int64_t sortOrder = 0;
-    };
-
-    /// Of what is pending, before it is saved: the store still knows what was.
-    static EntryChange pendingOf(const model::Entry& entry);
+    /// The changes that are pending, before they are saved: the store still knows what was. One for
+    /// each entry that is changed; `entries` holds all that are pending to leave their boards. May
+    /// throw StoreError.
+    static std::vector<EntryChange> pendingOf(store::ModelContext& context,
+                                              std::span<model::Entry* const> entries);
 
     const base::Uuid& id() const { return m_id; }
-    bool isEmpty() const { return m_fields.empty() && !m_place; }
     /// About how many bytes this keeps.
     std::size_t cost() const;
     /// A todo was completed or restored.
     bool isCompletion() const;
-    /// Where the entry stood, if the change has moved it.
-    const std::optional<Place>& place() const { return m_place; }
 
     /// Whether another has written words or attachments since, which taking it back would replace.
     bool isWrittenOver(const model::Entry& entry) const;
-    /// Whether the entry is still on the board and in the list that the change has put it in.
-    bool isWhereItWasPut(const model::Entry& entry) const;
-    /// Gives the fields what they held before. What others have set since stays theirs.
+    /// Where the entry is to stand again; absent where the change has not moved it, or another has
+    /// moved, completed or restored it since.
+    std::optional<EntryPlace> placeToGiveBack(const model::Entry& entry) const;
+    /// Gives the fields what they held before. What others have set since stays theirs, with all
+    /// that belongs to it.
     void takeBackFields(model::Entry& entry) const;
 
 private:
@@ -47,12 +45,18 @@ private:
         /// What it was set to; of texts and bytes only a checksum.
         store::Value after;
     };
+    /// Fields that make sense only together, such as those of a schedule: when another has set one
+    /// of them, none is given back. One that has not changed has two equal values.
+    using Unit = std::vector<Field>;
 
-    static bool isStillOurs(const model::Entry& entry, const Field& field);
+    static EntryChange fieldsOf(const model::Entry& entry);
+    static bool isStillOurs(const model::Entry& entry, const Unit& unit);
+    const Unit* unitOf(std::size_t field) const;
 
     base::Uuid m_id;
-    std::vector<Field> m_fields;
-    std::optional<Place> m_place;
+    std::vector<Unit> m_units;
+    /// Where it stood, if the change has moved it, and the board and the list that it was put in.
+    std::optional<EntryPlace> m_place;
     std::optional<base::Uuid> m_boardAfter;
     bool m_isActiveAfter = true;
 };

@@ -36,6 +36,30 @@ void validate(const model::TodoSchedule& schedule,
     }
 }
 
+void validateChanged(const model::Entry& entry) {
+    using model::Entry;
+    const auto isChanged = [&](auto... fields) { return (entry.isChanged(fields) || ...); };
+    const auto isOfOtherState =
+        isChanged(Entry::typeRawValueField, Entry::isCompletedField, Entry::completedAtField);
+    if (isOfOtherState && (entry.isCompleted() != entry.completedAt().has_value() ||
+                           (entry.isCompleted() && !entry.isTodo()))) {
+        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    }
+    if (entry.isTodo() &&
+        (isOfOtherState || isChanged(Entry::dueDayField, Entry::dueDateField,
+                                     Entry::dueStartDateField, Entry::reminderDateField)) &&
+        !entry.schedule().isValid()) {
+        throw EntryServiceError(EntryServiceErrorCase::invalidSchedule);
+    }
+    if (isChanged(Entry::typeRawValueField, Entry::richTextDataField) && entry.isTodo() &&
+        entry.richTextData()) {
+        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    }
+    if (isChanged(Entry::contentField)) {
+        static_cast<void>(normalized(entry.content()));
+    }
+}
+
 std::optional<AttributedString> accepted(const AttributedString& rich) {
     auto text = RichTextSerializer::normalized(rich);
     if (!RichTextSerializer::isWithinLimits(text.text())) {

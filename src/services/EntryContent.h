@@ -25,6 +25,12 @@ std::string normalized(std::string_view content);
 void validate(const model::TodoSchedule& schedule,
               const std::optional<base::Instant>& previousReminder, base::Instant now);
 
+/// What every operation leaves, of those fields that are changed and not saved yet: for what is put
+/// together of former fields and of what others have set since. Throws `contentTooLong`,
+/// `emptyContent` or `invalidSchedule`, and `entryUnavailable` for a completion without its moment
+/// or of a text, and for a todo with formatting.
+void validateChanged(const model::Entry& entry);
+
 /// A formatted text as an entry keeps it.
 struct StoredText {
     std::string content;
@@ -34,7 +40,7 @@ struct StoredText {
 /// The text with only the formatting that is stored; absent when nothing but white space is left of
 /// it. Throws `contentTooLong`.
 std::optional<richtext::AttributedString> accepted(const richtext::AttributedString& rich);
-/// Of an accepted text. May throw RichTextSerializationError.
+/// The stored form of an accepted text. May throw RichTextSerializationError.
 StoredText encoded(const richtext::AttributedString& text,
                    const richtext::RichTextSerializer& serializer);
 /// Both in one.

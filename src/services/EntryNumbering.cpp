@@ -32,16 +32,9 @@ void arrange(const Board& board, std::span<const PlacedEntry> places,
     const auto isMoved = [&](const Entry* entry) { return moved.contains(entry); };
     std::erase_if(active, isMoved);
     std::erase_if(completed, isMoved);
-    // The active ones first: only then is it known where the completed ones begin.
     for (const auto& place : places) {
-        if (place.entry->board() == &board && place.entry->isActive()) {
-            insertAt(place.sortOrder, place.entry, active);
-        }
-    }
-    const auto begin = static_cast<std::int64_t>(active.size());
-    for (const auto& place : places) {
-        if (place.entry->board() == &board && !place.entry->isActive()) {
-            insertAt(std::max(place.sortOrder, begin) - begin, place.entry, completed);
+        if (place.entry->board() == &board) {
+            insertAt(place.index, place.entry, place.entry->isActive() ? active : completed);
         }
     }
     numberFrom(0, active, completed);
@@ -78,11 +71,18 @@ std::vector<const Board*> boardsOf(std::span<Entry* const> entries) {
     return boards;
 }
 
+PlacedEntry placed(Entry& entry, Board& board, std::int64_t sortOrder) {
+    if (entry.isActive()) {
+        return {.entry = &entry, .board = &board, .index = sortOrder};
+    }
+    const auto begin = static_cast<std::int64_t>(activeEntries(board).size());
+    return {.entry = &entry, .board = &board, .index = std::max(sortOrder, begin) - begin};
+}
+
 void putInPlace(std::span<const PlacedEntry> places) {
     std::vector<PlacedEntry> inOrder(places.begin(), places.end());
-    std::stable_sort(inOrder.begin(), inOrder.end(), [](const auto& left, const auto& right) {
-        return left.sortOrder < right.sortOrder;
-    });
+    std::stable_sort(inOrder.begin(), inOrder.end(),
+                     [](const auto& left, const auto& right) { return left.index < right.index; });
     std::unordered_set<const Entry*> moved;
     std::vector<const Board*> left;
     std::vector<const Board*> targets;

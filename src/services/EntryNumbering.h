@@ -24,15 +24,17 @@ void normalizeSortOrder(const model::Board& board);
 /// The boards that the entries stand on, each once.
 std::vector<const model::Board*> boardsOf(std::span<model::Entry* const> entries);
 
-/// Where an entry is to stand: among the active entries of the board when it is active, else among
-/// its completed todos. `sortOrder` is clamped to what there is.
+/// Where an entry is to stand: its index among the active entries of the board when it is active,
+/// else among its completed todos. The index is clamped to what there is.
 struct PlacedEntry {
     static constexpr auto kAtEnd = std::numeric_limits<std::int64_t>::max();
 
     model::Entry* entry;
     model::Board* board;
-    std::int64_t sortOrder = kAtEnd;
+    std::int64_t index = kAtEnd;
 };
+/// The place to which a number of the whole board, active entries and completed todos, leads.
+PlacedEntry placed(model::Entry& entry, model::Board& board, std::int64_t sortOrder);
 /// Moves the entries to their places and closes the gaps that they leave.
 void putInPlace(std::span<const PlacedEntry> places);
 inline void putInPlace(const PlacedEntry& place) {

@@ -51,7 +51,7 @@ std::vector<Entry*>::iterator positionOf(std::vector<Entry*>& entries, const bas
 EntryService::EntryService(store::ModelContext& context, ReminderReconciling& reminders,
                            WidgetReloading& widgets, base::LogSink& log, UndoManager* undoManager)
     : m_writer(context, base::Logger(log, "EntryService"), notSaved),
-      m_listeners(reminders, widgets),
+      m_listeners(context, reminders, widgets),
       m_changes(m_writer, m_listeners, undoManager),
       m_serializer(log) {}
 
@@ -74,19 +74,18 @@ void EntryService::completeTodo(Entry& given, base::Instant now,
 
 void EntryService::completeTodos(std::span<Entry* const> todos, base::Instant now) {
     const store::LockedStep step(m_writer.context());
-    for (auto* const todo : todos) {
-        persisted(*todo, EntryType::todo);
-    }
     std::vector<Entry*> open;
-    std::copy_if(todos.begin(), todos.end(), std::back_inserter(open),
-                 [](const Entry* todo) { return todo->isOpenTodo(); });
+    for (auto* const todo : todos) {
+        if (auto& entry = persisted(*todo, EntryType::todo); entry.isOpenTodo()) {
+            open.push_back(&entry);
+        }
+    }
     complete("Complete Todos", open, now, now);
 }
 
 void EntryService::completeTodos(model::Board& board, base::Instant now) {
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
-    complete("Complete Todos", activeTodos(board), now, now);
+    complete("Complete Todos", activeTodos(m_writer.persisted(board)), now, now);
 }
 
 void EntryService::complete(std::string_view name, const std::vector<Entry*>& todos,
@@ -127,7 +126,7 @@ void EntryService::restoreTodo(Entry& given, base::Instant now,
         entry.setCompletedAt(std::nullopt);
         entry.setUpdatedAt(now);
         if (auto* const board = entry.board()) {
-            putInPlace(PlacedEntry{&entry, board, position.value_or(PlacedEntry::kAtEnd)});
+            putInPlace({&entry, board, position.value_or(PlacedEntry::kAtEnd)});
         }
     });
     m_listeners.todosChanged();
@@ -231,40 +230,41 @@ void EntryService::deleteEntry(Entry& entry) {
     deleteEntries(entries);
 }
 
-void EntryService::deleteEntries(std::span<Entry* const> entries) {
+void EntryService::deleteEntries(std::span<Entry* const> given) {
     const store::LockedStep step(m_writer.context());
-    for (auto* const entry : entries) {
-        m_writer.persisted(*entry);
+    std::vector<Entry*> entries;
+    for (const auto* const entry : given) {
+        entries.push_back(&m_writer.persisted(*entry));
     }
     m_changes.remove(entries);
 }
 
 void EntryService::deleteEntries(model::Board& board) {
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
-    m_changes.removeForGood(board.entries());
+    m_changes.removeForGood(m_writer.persisted(board).entries());
 }
 
 Entry& EntryService::restoreDeletedEntry(const backup::BackupDocument::EntryRecord& record) {
-    return *m_changes.restore("Delete Entry", {&record, 1}).front();
+    const UndoableChanges::Deleted deleted{.record = record};
+    return *m_changes.restore("Delete Entry", {&deleted, 1}).front();
 }
 
-void EntryService::moveEntry(Entry& given, model::Board& to, base::Instant now,
+void EntryService::moveEntry(Entry& given, model::Board& givenTo, base::Instant now,
                              std::optional<std::int64_t> position) {
     const store::LockedStep step(m_writer.context());
     auto& entry = m_writer.persisted(given);
-    m_writer.validateBoard(to);
+    auto& to = m_writer.persisted(givenTo);
     m_changes.make({.name = "Move to Board", .entries = {&entry}}, [&] {
         entry.setUpdatedAt(now);
-        putInPlace(PlacedEntry{&entry, &to, position.value_or(PlacedEntry::kAtEnd)});
+        putInPlace(position ? placed(entry, to, *position) : PlacedEntry{&entry, &to});
     });
     m_listeners.todosChanged();
 }
 
 void EntryService::moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
-                             model::EntryPlacement placement, model::Board& board) {
+                             model::EntryPlacement placement, model::Board& given) {
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
+    const auto& board = m_writer.persisted(given);
     auto active = activeEntries(board);
     const auto moved = positionOf(active, id);
     const auto target = positionOf(active, relativeTo);
@@ -284,9 +284,9 @@ void EntryService::moveEntry(const base::Uuid& id, const base::Uuid& relativeTo,
                    [&] { assignSortOrder(active, board); });
 }
 
-void EntryService::moveEntry(const base::Uuid& id, std::int64_t offset, model::Board& board) {
+void EntryService::moveEntry(const base::Uuid& id, std::int64_t offset, model::Board& given) {
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(board);
+    auto& board = m_writer.persisted(given);
     auto active = activeEntries(board);
     const auto moved = positionOf(active, id);
     if (moved == active.end()) {

@@ -103,8 +103,11 @@ void EntryService::moveAttachment(const base::Uuid& id, Entry& givenFrom, Entry&
                                   model::EntryPlacement placement, base::Instant now) {
     const store::LockedStep step(m_writer.context());
     auto& from = m_writer.persisted(givenFrom);
+    auto& to = m_writer.persisted(givenTo);
     // What a heading has already may be put in another order.
-    auto& to = &givenTo == &givenFrom ? from : persistedForAttaching(givenTo);
+    if (&from != &to) {
+        persistedForAttaching(to);
+    }
     auto source = takeAttachments(from);
     const auto found = find(source, id);
     if (found == source.end() || (&from == &to && relativeTo == id)) {

@@ -21,7 +21,7 @@ model::EntryFields fieldsOf(StoredText text, base::Instant now) {
             .createdAt = now};
 }
 
-/// With a new identifier, and no number yet.
+/// Inserts an entry with a new identifier, and no number yet.
 Entry& insert(store::ModelContext& context, model::EntryFields fields, model::Board& board) {
     fields.id = base::Uuid::random();
     fields.updatedAt = fields.createdAt;
@@ -48,8 +48,8 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
     auto attachmentData = model::EntryAttachment::encode(todos.attachments);
 
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(todos.board);
-    NewEntryPlace place(m_writer.context(), todos.board, todos.after, todos.before);
+    auto& board = m_writer.persisted(todos.board);
+    NewEntryPlace place(m_writer.context(), board, todos.after, todos.before);
     std::vector<Entry*> created;
     created.reserve(contents.size());
     m_writer.change([&] {
@@ -58,7 +58,7 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
                                  {.typeRawValue = std::string(rawValue(model::EntryType::todo)),
                                   .content = std::move(content),
                                   .createdAt = todos.now},
-                                 todos.board);
+                                 board);
             entry.setSchedule(todos.schedule);
             entry.setAttachmentData(std::exchange(attachmentData, std::nullopt));
             created.push_back(&entry);
@@ -84,11 +84,11 @@ Entry& EntryService::createText(const NewText& text) {
     auto content = encoded(*rich, m_serializer);
     auto attachmentData = model::EntryAttachment::encode(text.attachments);
     const store::LockedStep step(m_writer.context());
-    m_writer.validateBoard(text.board);
-    NewEntryPlace place(m_writer.context(), text.board, text.after, text.before);
+    auto& board = m_writer.persisted(text.board);
+    NewEntryPlace place(m_writer.context(), board, text.after, text.before);
     Entry* created = nullptr;
     m_writer.change([&] {
-        created = &insert(m_writer.context(), fieldsOf(std::move(content), text.now), text.board);
+        created = &insert(m_writer.context(), fieldsOf(std::move(content), text.now), board);
         created->setAttachmentData(std::move(attachmentData));
         place.number({&created, 1});
     });

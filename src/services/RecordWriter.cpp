@@ -9,47 +9,14 @@ namespace korvex::services {
 using model::EntryServiceError;
 using model::EntryServiceErrorCase;
 
-namespace {
-
-template <typename T>
-T& found(store::ModelContext& context, const base::Uuid& id) {
-    auto* const record = context.find<T>(id);
-    if (!record) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-    }
-    return *record;
-}
-
-} // namespace
-
 void RecordWriter::validateWritableStore() const {
     if (!m_context->container().allowsSave()) {
         throw EntryServiceError(EntryServiceErrorCase::readOnlyStore);
     }
 }
 
-void RecordWriter::validateStored(const store::Record& record) const {
-    validateWritableStore();
-    if (!record.isLive() || !m_context->isStored(record)) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-    }
-}
-
-void RecordWriter::validateBoard(const model::Board& board) const {
-    validateStored(board);
-}
-
-model::Entry& RecordWriter::persisted(model::Entry& entry) const {
-    validateStored(entry);
-    return entry;
-}
-
-model::Board& RecordWriter::board(const base::Uuid& id) const {
-    return found<model::Board>(*m_context, id);
-}
-
-model::Entry& RecordWriter::entry(const base::Uuid& id) const {
-    return found<model::Entry>(*m_context, id);
+void RecordWriter::refuseUnavailable() {
+    throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
 }
 
 void RecordWriter::change(const std::function<void()>& makeChange) const {

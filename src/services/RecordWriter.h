@@ -2,10 +2,9 @@
 
 #include "base/Error.h"
 #include "base/Log.h"
-#include "model/Board.h"
-#include "model/Entry.h"
 #include "store/ModelContext.h"
 
+#include <concepts>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -29,13 +28,19 @@ public:
 
     /// Throws `readOnlyStore`.
     void validateWritableStore() const;
-    /// Throws `readOnlyStore`, and `entryUnavailable` for one that is not stored or not any more.
-    void validateBoard(const model::Board& board) const;
-    /// The same of an entry, which it returns.
-    model::Entry& persisted(model::Entry& entry) const;
-    /// By identifier; throws `entryUnavailable` for one that is not there.
-    model::Board& board(const base::Uuid& id) const;
-    model::Entry& entry(const base::Uuid& id) const;
+    /// The board or entry, read again by its identifier: whoever holds one that was deleted and
+    /// came back holds a shell. Throws `readOnlyStore`, and `entryUnavailable` for one that is not
+    /// stored or not any more, or that is another context's.
+    template <std::derived_from<store::Record> Record>
+    Record& persisted(const Record& given) const {
+        validateWritableStore();
+        return required(m_context->stored(given));
+    }
+    template <std::derived_from<store::Record> Record>
+    Record& persisted(const base::Uuid& id) const {
+        validateWritableStore();
+        return persisted(required(m_context->find<Record>(id)));
+    }
 
     /// Makes the change and saves it. Whatever fails, all of it is taken back: created records
     /// leave the context and their board, every other record gets its former fields and place.
@@ -45,7 +50,14 @@ public:
     void logDone(std::string_view what, const base::Uuid& id) const;
 
 private:
-    void validateStored(const store::Record& record) const;
+    [[noreturn]] static void refuseUnavailable();
+    template <typename Record>
+    static Record& required(Record* record) {
+        if (!record) {
+            refuseUnavailable();
+        }
+        return *record;
+    }
 
     store::ModelContext* m_context;
     base::Logger m_log;

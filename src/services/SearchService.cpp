@@ -29,20 +29,6 @@ std::vector<base::Needle> decisive(std::vector<std::string> terms) {
     return kept;
 }
 
-/// No more than `bytes` of it, and no part of a character's bytes.
-std::string_view beginning(std::string_view text, std::size_t bytes) {
-    if (text.size() <= bytes) {
-        return text;
-    }
-    constexpr auto isInside = [](char byte) {
-        return (static_cast<unsigned char>(byte) >> 6) == 2;
-    };
-    while (bytes > 0 && isInside(text[bytes])) {
-        --bytes;
-    }
-    return text.substr(0, bytes);
-}
-
 } // namespace
 
 SearchService::SearchService(store::ModelContext& context, const BoardService& boards,
@@ -104,7 +90,10 @@ std::vector<std::string> SearchService::terms(std::string_view query) {
 std::vector<std::string> SearchService::foldedTerms(std::string_view query,
                                                     const base::TextFolding& folding) {
     std::vector<std::string> result;
-    for (const auto word : base::words(beginning(query, kMaximumQuery))) {
+    for (const auto word : base::words(query)) {
+        if (static_cast<std::size_t>(word.data() - query.data()) >= kMaximumQuery) {
+            break;
+        }
         auto term = folding.folded(word);
         if (!term.empty()) {
             result.push_back(std::move(term));

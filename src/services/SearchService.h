@@ -17,7 +17,7 @@ namespace korvex::services {
 /// Finds the boards and entries whose text contains every word of a query. Main thread.
 class SearchService {
 public:
-    /// Of a longer query, in bytes, only the beginning counts.
+    /// Of a longer query, in bytes, only the words that begin within so many count.
     static constexpr std::size_t kMaximumQuery = 4096;
 
     /// All of them must outlive it, and the results.
@@ -25,7 +25,7 @@ public:
     SearchService(const SearchService&) = delete;
     SearchService& operator=(const SearchService&) = delete;
 
-    /// On every key press. Throws StoreError.
+    /// Searches, fast enough for every key press. Throws StoreError.
     SearchResults search(std::string_view query);
     /// Does some of what the first search would have to do before it can answer, for about this
     /// long; false once nothing is left to do.

@@ -1,9 +1,28 @@
 #include "services/UndoManager.h"
 
+#include "store/StoreError.h"
+
 #include <numeric>
 #include <utility>
 
 namespace korvex::services {
+
+namespace {
+
+/// Of the exception that is being handled: whether trying again would be refused again.
+bool isRefusal() {
+    try {
+        throw;
+    } catch (const store::StoreError&) {
+        return false;
+    } catch (const base::Error&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace
 
 void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse) {
     Entry entry{std::move(name), cost, std::move(inverse)};
@@ -39,12 +58,15 @@ void UndoManager::run(Stack& stack, State state) {
     if (stack.empty() || m_state != State::idle) {
         return;
     }
-    const auto entry = std::move(stack.back());
+    auto entry = std::move(stack.back());
     stack.pop_back();
     m_state = state;
     try {
         entry.inverse();
     } catch (...) {
+        if (!isRefusal()) {
+            stack.push_back(std::move(entry));
+        }
         m_state = State::idle;
         m_didChange.emit();
         throw;

@@ -2,7 +2,9 @@
 
 #include "model/EntryAttachment.h"
 #include "model/ServiceErrors.h"
+#include "services/EntryContent.h"
 #include "services/EntryNumbering.h"
+#include "services/EntryPlaces.h"
 
 #include <optional>
 #include <utility>
@@ -50,6 +52,15 @@ model::EntryFields fieldsOf(const BackupDocument::EntryRecord& record) {
             .reminderDate = record.reminderDate};
 }
 
+[[noreturn]] void refuse() {
+    throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+}
+
+/// The reminder that is pending for the entry, if there is one.
+std::optional<base::Instant> pendingReminder(const Entry& entry) {
+    return entry.isOpenTodo() ? entry.reminderDate() : std::nullopt;
+}
+
 std::string_view takenBackLine(const Entry& entry, const EntryChange& change) {
     if (change.isCompletion()) {
         return entry.isCompleted() ? "Completed todo" : "Restored todo";
@@ -65,11 +76,7 @@ void UndoableChanges::make(const Undoable& undoable,
     m_writer.change([&] {
         makeChange();
         if (m_undoManager) {
-            for (const auto* const entry : undoable.entries) {
-                if (auto made = EntryChange::pendingOf(*entry); !made.isEmpty()) {
-                    changes.push_back(std::move(made));
-                }
-            }
+            changes = EntryChange::pendingOf(m_writer.context(), undoable.entries);
         }
     });
     if (changes.empty()) {
@@ -106,47 +113,67 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
     const store::LockedStep step(m_writer.context());
     std::vector<Entry*> entries;
     for (const auto& each : changes) {
-        entries.push_back(&m_writer.persisted(m_writer.entry(each.id())));
+        entries.push_back(&m_writer.persisted<Entry>(each.id()));
         if (each.isWrittenOver(*entries.back())) {
-            throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-        }
-        if (each.place()) {
-            m_writer.validateBoard(m_writer.board(each.place()->board));
+            refuse();
         }
     }
+    std::vector<base::Uuid> withoutReminder;
+    auto areTodos = false;
+    std::vector<std::string_view> lines(entries.size());
     make({.name = name, .entries = entries}, [&] {
         std::vector<PlacedEntry> places;
+        std::vector<Entry*> unplaced;
         for (std::size_t i = 0; i < changes.size(); ++i) {
             auto& entry = *entries[i];
-            if (const auto& place = changes[i].place();
-                place && changes[i].isWhereItWasPut(entry)) {
-                places.push_back({.entry = &entry,
-                                  .board = &m_writer.board(place->board),
-                                  .sortOrder = place->sortOrder});
-            }
+            const auto place = changes[i].placeToGiveBack(entry);
+            const auto reminder = pendingReminder(entry);
+            const auto wasActive = entry.isActive();
+            areTodos = areTodos || entry.isTodo();
             changes[i].takeBackFields(entry);
+            validateChanged(entry);
+            areTodos = areTodos || entry.isTodo();
+            if (reminder && pendingReminder(entry) != reminder) {
+                withoutReminder.push_back(entry.id());
+            }
+            if (place) {
+                places.push_back({.entry = &entry,
+                                  .board = &m_writer.persisted<model::Board>(place->board),
+                                  .index = place->index});
+            } else if (entry.isActive() != wasActive) {
+                unplaced.push_back(&entry);
+            }
+            if (place || entry.hasChanges()) {
+                lines[i] = takenBackLine(entry, changes[i]);
+            }
         }
         putInPlace(places);
+        for (const auto* const board : boardsOf(unplaced)) {
+            normalizeSortOrder(*board);
+        }
     });
-    std::vector<base::Uuid> ids;
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        ids.push_back(entries[i]->id());
-        m_writer.logDone(takenBackLine(*entries[i], changes[i]), entries[i]->id());
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (!lines[i].empty()) {
+            m_writer.logDone(lines[i], entries[i]->id());
+        }
     }
-    // Whoever still needs one gets it again from the reconciliation.
-    m_listeners.todosChanged(ids);
+    if (areTodos) {
+        m_listeners.todosChanged(withoutReminder);
+    }
 }
 
 void UndoableChanges::remove(std::span<Entry* const> entries) const {
     std::size_t cost = 0;
-    std::vector<BackupDocument::EntryRecord> records;
+    std::vector<Deleted> deleted;
     if (m_undoManager) {
-        for (const auto* const entry : entries) {
-            if (const auto board = entry->boardID()) {
-                records.push_back(backup::recordOf(*entry, *board));
-                cost += sizeOf(records.back());
+        const auto places = formerPlaces(m_writer.context(), entries);
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            if (places[i]) {
+                deleted.push_back({.record = backup::recordOf(*entries[i], places[i]->board),
+                                   .index = places[i]->index});
+                cost += sizeOf(deleted.back().record);
                 // What is deleted lives on as a shell: not with megabytes in it.
-                entry->forgetAttachmentData();
+                entries[i]->forgetAttachmentData();
             }
         }
     }
@@ -154,10 +181,10 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
     for (const auto* const entry : entries) {
         m_writer.logDone("Deleted entry", entry->id());
     }
-    if (!records.empty()) {
+    if (!deleted.empty()) {
         const auto* const name = entries.size() == 1 ? "Delete Entry" : "Delete Entries";
-        registerUndo(name, cost, [records = std::move(records), name](const auto& self) {
-            self.restore(name, records);
+        registerUndo(name, cost, [deleted = std::move(deleted), name](const auto& self) {
+            self.restore(name, deleted);
         });
     }
 }
@@ -181,27 +208,27 @@ void UndoableChanges::removeForGood(std::span<Entry* const> entries) const {
     m_listeners.todosChanged(todos);
 }
 
-std::vector<Entry*>
-UndoableChanges::restore(std::string_view name,
-                         std::span<const BackupDocument::EntryRecord> records) const {
+std::vector<Entry*> UndoableChanges::restore(std::string_view name,
+                                             std::span<const Deleted> deleted) const {
     m_writer.validateWritableStore();
     const store::LockedStep step(m_writer.context());
-    for (const auto& record : records) {
-        m_writer.validateBoard(m_writer.board(record.boardID));
-        if (m_writer.context().find<Entry>(record.id)) {
-            throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+    std::vector<model::Board*> boards;
+    for (const auto& each : deleted) {
+        boards.push_back(&m_writer.persisted<model::Board>(each.record.boardID));
+        if (m_writer.context().find<Entry>(each.record.id)) {
+            refuse();
         }
     }
     std::vector<Entry*> restored;
     m_writer.change([&] {
         std::vector<PlacedEntry> places;
-        for (const auto& record : records) {
-            auto& board = m_writer.board(record.boardID);
+        for (std::size_t i = 0; i < deleted.size(); ++i) {
+            const auto& [record, index] = deleted[i];
             auto entry = std::make_unique<Entry>(fieldsOf(record));
-            entry->setBoard(&board);
+            entry->setBoard(boards[i]);
             restored.push_back(&m_writer.context().insert(std::move(entry)));
-            places.push_back(
-                {.entry = restored.back(), .board = &board, .sortOrder = record.sortOrder});
+            places.push_back(index ? PlacedEntry{restored.back(), boards[i], *index}
+                                   : placed(*restored.back(), *boards[i], record.sortOrder));
         }
         putInPlace(places);
     });
@@ -220,7 +247,7 @@ void UndoableChanges::removeAgain(std::span<const base::Uuid> ids) const {
     const store::LockedStep step(m_writer.context());
     std::vector<Entry*> entries;
     for (const auto& id : ids) {
-        entries.push_back(&m_writer.persisted(m_writer.entry(id)));
+        entries.push_back(&m_writer.persisted<Entry>(id));
     }
     remove(entries);
 }

@@ -2,13 +2,15 @@
 
 #include "backup/BackupDocument.h"
 #include "model/Entry.h"
-#include "services/Collaborators.h"
 #include "services/EntryChange.h"
 #include "services/RecordWriter.h"
+#include "services/TodoListeners.h"
 #include "services/UndoManager.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <vector>
@@ -39,19 +41,24 @@ public:
     void remove(std::span<model::Entry* const> entries) const;
     /// The same without a way back.
     void removeForGood(std::span<model::Entry* const> entries) const;
+    /// A deleted entry, and its index in its board's list: without one, its number says where it
+    /// was.
+    struct Deleted {
+        backup::BackupDocument::EntryRecord record;
+        std::optional<std::int64_t> index = std::nullopt;
+    };
     /// Brings deleted entries back, under their former identifiers and where they were; `name` is
     /// what their deletion was called. Throws `entryUnavailable` when a board is gone, or an entry
     /// there already.
-    std::vector<model::Entry*>
-    restore(std::string_view name,
-            std::span<const backup::BackupDocument::EntryRecord> records) const;
+    std::vector<model::Entry*> restore(std::string_view name,
+                                       std::span<const Deleted> deleted) const;
 
 private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
     void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
-    /// that another has written since.
+    /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
     void removeAgain(std::span<const base::Uuid> ids) const;
 

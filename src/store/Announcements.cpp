@@ -13,7 +13,13 @@ void Announcements::deliver() noexcept {
         return;
     }
     m_isDelivering = true;
-    while (!m_waiting.empty()) {
+    while (!m_waiting.empty() || !m_work.empty()) {
+        if (m_waiting.empty()) {
+            const auto work = std::move(m_work.front());
+            m_work.pop_front();
+            work();
+            continue;
+        }
         const auto next = std::move(m_waiting.front());
         m_waiting.pop_front();
         if (next.cause == Cause::save) {

@@ -4,6 +4,8 @@
 #include "store/ChangeSet.h"
 
 #include <deque>
+#include <functional>
+#include <utility>
 
 namespace korvex::store {
 
@@ -19,6 +21,8 @@ public:
 
     enum class Cause { save, other };
     void add(ChangeSet changes, Cause cause);
+    /// What is done once every change is told; it must not throw.
+    void add(std::function<void()> work) { m_work.push_back(std::move(work)); }
     /// What is added meanwhile is told too, by the call that is running already.
     void deliver() noexcept;
 
@@ -31,6 +35,7 @@ private:
     const Signal& m_didSave;
     const Signal& m_didChange;
     std::deque<Announcement> m_waiting;
+    std::deque<std::function<void()>> m_work;
     bool m_isDelivering = false;
 };
 

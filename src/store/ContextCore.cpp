@@ -13,18 +13,6 @@ namespace {
 
 using Phase = RecordState::Phase;
 
-/// Whether `left` comes before `right` by the keys; absent values first, as in SQLite.
-bool isBefore(const Record& left, const Record& right, const std::vector<SortKey>& order) {
-    for (const auto& key : order) {
-        const auto a = left.value(key.field);
-        const auto b = right.value(key.field);
-        if (a != b) {
-            return (a < b) == key.ascending;
-        }
-    }
-    return false;
-}
-
 Statement bound(sqlite3* database, const std::string& sql, const std::vector<Value>& bindings) {
     Statement statement(database, sql);
     for (std::size_t i = 0; i < bindings.size(); ++i) {
@@ -43,7 +31,7 @@ bool isPendingOf(const Record& record, const RecordType& type) {
 ContextCore::ContextCore(ModelContainer& container)
     : m_container(container),
       m_tables(container.schema().types),
-      m_revision(container.connection().revision()),
+      m_revision(container.revision()),
       m_announcements(container.didSave(), didChange) {}
 
 void ContextCore::announce(ChangeSet changes, Announcements::Cause cause) {
@@ -58,7 +46,10 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     const auto& codec = statements(index).codec;
     const auto rowid = codec.rowid(row);
     if (auto* known = table.atRowid(rowid)) {
-        return *known;
+        if (known->id() == codec.identifier(row)) {
+            return *known;
+        }
+        displace(index, *known);
     }
     auto record = table.type->make();
     codec.readRow(row, *record);
@@ -66,11 +57,26 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     state.phase = Phase::stored;
     state.rowid = rowid;
     state.version = codec.version(row);
+    if (auto* known = table.withIdentifier(record->id())) {
+        displace(index, *known);
+    }
     table.byRowid.emplace(rowid, record.get());
     auto& reference = m_tables.adopt(index, std::move(record), *this);
     resolveOwner(reference);
     linkToOwner(reference);
     return reference;
+}
+
+void ContextCore::displace(std::size_t index, Record& record) {
+    if (record.isInserted()) {
+        return;
+    }
+    ChangeSet changes{.origin = ChangeSet::Origin::elsewhere};
+    m_tables[index].byRowid.erase(record.state().rowid);
+    goneFromStore(record, changes);
+    if (!changes.isEmpty()) {
+        m_announcements.add(std::move(changes), Announcements::Cause::other);
+    }
 }
 
 void ContextCore::resolveOwner(Record& record) {
@@ -108,15 +114,8 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
                         const std::function<void(Record&)>& sink) {
     const auto index = m_tables.indexOf(type);
     std::vector<Value> bindings;
-    auto sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings);
-    if (!descriptor.order.empty()) {
-        sql += " ORDER BY ";
-        for (std::size_t i = 0; i < descriptor.order.size(); ++i) {
-            const auto& key = descriptor.order[i];
-            sql += (i > 0 ? ", " : "") + tableSql::quoted(type.fields[key.field].name) +
-                   (key.ascending ? "" : " DESC");
-        }
-    }
+    auto sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings) +
+               descriptor.orderSql(type);
     // Pending changes of this type can move records into the result, out of it, and within it: then
     // SQLite's limit and order say nothing yet.
     const auto concernsType = [&](const auto& records) {
@@ -150,7 +149,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
         }
     }
     std::stable_sort(result.begin(), result.end(), [&](const Record* left, const Record* right) {
-        return isBefore(*left, *right, descriptor.order);
+        return descriptor.isBefore(*left, *right);
     });
     if (descriptor.limit && result.size() > *descriptor.limit) {
         result.resize(*descriptor.limit);
@@ -199,14 +198,19 @@ Statement ContextCore::prepare(const std::string& what, const RecordType& type,
     return bound(m_container.connection().handle(), sql, bindings);
 }
 
-bool ContextCore::isStored(const Record& record) {
+Record* ContextCore::stored(const Record& record) {
+    const auto* owner = record.state().context;
+    if (owner && owner != this) {
+        return nullptr;
+    }
+    auto* const known = find(record.storedType(), record.id());
     auto& count = statements(m_tables.indexOf(record.storedType())).countByIdentifier;
     count.bind(0, record.id());
     std::int64_t number = 0;
     while (count.step()) {
         number = count.integer(0);
     }
-    return number == 1;
+    return number == 1 ? known : nullptr;
 }
 
 void ContextCore::loadOwned(Record& owner) {
@@ -394,6 +398,13 @@ void ContextCore::endStep() noexcept {
     if (auto* lock = connection.lock()) {
         lock->release();
     }
+    if (m_stepDepth == 0) {
+        m_announcements.deliver();
+    }
+}
+
+void ContextCore::afterStep(std::function<void()> work) {
+    m_announcements.add(std::move(work));
     if (m_stepDepth == 0) {
         m_announcements.deliver();
     }

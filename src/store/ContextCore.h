@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/Announcements.h"
-#include "store/Condition.h"
+#include "store/FetchDescriptor.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/RecordTables.h"
@@ -31,7 +31,7 @@ public:
                      const Condition& condition,
                      const std::function<void(std::span<const Value>)>& sink);
     std::size_t count(const RecordType& type, const Condition& condition);
-    bool isStored(const Record& record);
+    Record* stored(const Record& record);
     void loadOwned(Record& owner);
     std::optional<base::Bytes> readExternal(const Record& record, std::size_t field);
 
@@ -52,6 +52,7 @@ public:
     /// signals wait for the end of the outermost one.
     void beginStep();
     void endStep() noexcept;
+    void afterStep(std::function<void()> work);
 
     void processPendingChanges();
     base::Signal<const ChangeSet&> didChange;
@@ -63,8 +64,12 @@ private:
 
     /// "`what` table WHERE condition", with the condition's values bound.
     Statement prepare(const std::string& what, const RecordType& type, const Condition& condition);
-    /// The record of a row: the one in memory, else a new one read from the row.
+    /// The record of a row: the one in memory, else a new one read from the row. Rows and
+    /// identifiers are given away again: what is in memory under either and is not this row's
+    /// record is gone from the store.
     Record& materialize(std::size_t index, const Statement& row);
+    /// What is told with the next announcement: in the middle of a read nobody may be told.
+    void displace(std::size_t index, Record& record);
     void resolveOwner(Record& record);
     void announce(ChangeSet changes, Announcements::Cause cause);
 

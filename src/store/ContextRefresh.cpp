@@ -63,10 +63,11 @@ void ContextCore::refreshRow(std::size_t index, std::int64_t rowid, ChangeSet& c
         record = nullptr;
     }
     if (record) {
+        // One that was read since the last refresh is as it should be, and nobody was told.
         if (record->state().version != type.codec.version(type.selectByRowid)) {
             mergeRow(index, type.selectByRowid, *record);
-            changes.updated.push_back(id);
         }
+        changes.updated.push_back(id);
     } else {
         if (isWatched(index, type.selectByRowid)) {
             materialize(index, type.selectByRowid);

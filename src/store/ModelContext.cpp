@@ -13,10 +13,6 @@ ModelContainer& ModelContext::container() const {
     return m_core->container();
 }
 
-bool ModelContext::isStored(const Record& record) const {
-    return m_core->isStored(record);
-}
-
 void ModelContext::remove(Record& record) {
     m_core->remove(record);
 }
@@ -49,6 +45,10 @@ void ModelContext::refresh() {
     m_core->refresh();
 }
 
+void ModelContext::afterStep(std::function<void()> work) {
+    m_core->afterStep(std::move(work));
+}
+
 void ModelContext::processPendingChanges() {
     m_core->processPendingChanges();
 }
@@ -74,6 +74,10 @@ std::size_t ModelContext::countRecords(const RecordType& type, const Condition& 
 
 Record* ModelContext::findRecord(const RecordType& type, const base::Uuid& id) {
     return m_core->find(type, id);
+}
+
+Record* ModelContext::storedRecord(const Record& record) {
+    return m_core->stored(record);
 }
 
 void ModelContext::insertRecord(std::unique_ptr<Record> record) {

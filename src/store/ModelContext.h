@@ -2,7 +2,7 @@
 
 #include "base/Signal.h"
 #include "store/ChangeSet.h"
-#include "store/Condition.h"
+#include "store/FetchDescriptor.h"
 #include "store/Record.h"
 
 #include <functional>
@@ -52,8 +52,13 @@ public:
     T* find(const base::Uuid& id) {
         return static_cast<T*>(findRecord(T::recordType(), id));
     }
-    /// Whether the store itself (not this context's pending changes) holds the record now.
-    bool isStored(const Record& record) const;
+    /// The record that the store itself holds under the identifier of `record` now: another object
+    /// where that one is a shell whose record came back. Null for one that is gone or was never
+    /// saved, and for a record of another context.
+    template <typename T>
+    T* stored(const T& record) {
+        return static_cast<T*>(storedRecord(record));
+    }
 
     /// Takes the record over; it is stored at the next save.
     template <typename T>
@@ -84,11 +89,16 @@ public:
     /// then the next save reports it.
     void refresh();
 
+    /// Runs `work`, which must not throw, when nobody waits for this context any more: at the end
+    /// of the step that is under way, after its lock is released and its changes are told; at once
+    /// when there is none.
+    void afterStep(std::function<void()> work);
+
     /// Tells observers what is pending, before it is saved.
     void processPendingChanges();
 
-    /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`;
-    /// during a step, at its end. Observers must not throw.
+    /// Emitted after a save, a refresh that brought something, a rollback, or
+    /// `processPendingChanges`; during a step, at its end. Observers must not throw.
     base::Signal<const ChangeSet&>& didChange();
 
     /// For the store's own sources.
@@ -102,6 +112,7 @@ private:
                            const std::function<void(std::span<const Value>)>& sink);
     std::size_t countRecords(const RecordType& type, const Condition& condition);
     Record* findRecord(const RecordType& type, const base::Uuid& id);
+    Record* storedRecord(const Record& record);
     void insertRecord(std::unique_ptr<Record> record);
 
     std::unique_ptr<ContextCore> m_core;

@@ -14,6 +14,8 @@ namespace {
 
 /// A journal longer than this is moved into the store file after a commit.
 constexpr int kLongJournalPages = 1000;
+/// And at the start, where it was left so: every start reads all of it.
+constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
 /// For writers that are not ours and do not know our lock.
 constexpr int kBusyTimeoutMilliseconds = 5000;
 
@@ -112,6 +114,9 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
     StoreLock::Guard guard(lock());
     revision();
     noticeMissingChanges();
+    if (m_lock && m_file.journalSize() > kLongJournalBytes) {
+        emptyJournal();
+    }
 }
 
 StoreConnection::~StoreConnection() {
@@ -302,7 +307,9 @@ void StoreConnection::commit(std::int64_t newRevision) {
         if (m_journalInode == 0) {
             m_journalInode = inode(m_file.journal());
         }
-        checkpointLongJournal();
+        if (m_journalPages > kLongJournalPages) {
+            emptyJournal();
+        }
     }
 }
 
@@ -317,10 +324,7 @@ void StoreConnection::rollback() noexcept {
     }
 }
 
-void StoreConnection::checkpointLongJournal() {
-    if (m_journalPages <= kLongJournalPages) {
-        return;
-    }
+void StoreConnection::emptyJournal() {
     try {
         checkpoint();
     } catch (const StoreError& error) {
@@ -336,8 +340,12 @@ void StoreConnection::checkpoint() {
     checkFilesAreInPlace();
     int inJournal = 0;
     int moved = 0;
+    // What is moved but stays in the journal is moved again by the next program, which cannot know,
+    // and the journal would grow with each. Where somebody reads in it just now, it stays for once.
+    sqlite3_busy_timeout(handle(), 0);
     const int code =
-        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_PASSIVE, &inJournal, &moved);
+        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, &inJournal, &moved);
+    sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);
     }

@@ -98,7 +98,8 @@ private:
     void configure();
     void probeWriting();
     void noticeMissingChanges();
-    void checkpointLongJournal();
+    /// `checkpoint`, where a failure is not the caller's: it is logged.
+    void emptyJournal();
 
     const Schema& m_schema;
     ModelConfiguration m_configuration;

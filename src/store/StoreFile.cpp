@@ -104,9 +104,10 @@ bool StoreFile::exists() const {
     return true;
 }
 
-bool StoreFile::hasJournal() const {
+std::uintmax_t StoreFile::journalSize() const {
     struct stat status {};
-    return ::stat(journal().c_str(), &status) == 0 && status.st_size > 0;
+    return ::stat(journal().c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size)
+                                                   : 0;
 }
 
 bool StoreFile::isWritable() const {
@@ -174,8 +175,8 @@ void StoreFile::checkHeader(sqlite3* database) const {
             }
             return value;
         };
-        const std::int64_t storedPageSize = bigEndian(16, 2);
-        const std::int64_t pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
+        const auto storedPageSize = bigEndian(16, 2);
+        const auto pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
         if (size < pageSize * bigEndian(28, 4)) {
             throw StoreError(StoreErrorCase::notAStore, "cut short");
         }

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <filesystem>
 
 namespace korvex::store {
@@ -25,7 +26,9 @@ public:
     /// Whether anything stands there. Throws StoreError when that cannot be a store: `unreadable`,
     /// `notAStore`.
     bool exists() const;
-    bool hasJournal() const;
+    bool hasJournal() const { return journalSize() > 0; }
+    /// In bytes; 0 where there is none.
+    std::uintmax_t journalSize() const;
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;
 

@@ -66,7 +66,7 @@ TEST_F(EntryLifecycleTest, NothingMovesToABoardThatIsGone) {
     auto& entry = *add({"a"}).front();
     {
         store::ModelContext theirs(*container);
-        services::BoardService others(theirs, reminders, log);
+        services::BoardService others(theirs, reminders, widgets, log);
         others.deleteBoard(*theirs.find<model::Board>(office->id()));
     }
     EXPECT_EQ(entryRefusal([&] { entries->moveEntry(entry, *office, kLater); }),

@@ -63,7 +63,7 @@ TEST_F(EntryServiceTest, AppendingWithoutReadingTheBoardKeepsItsOrderAndMendsABr
 TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
     auto todos = add({"a", "done"});
     entries->completeTodo(*todos[1], kNow);
-    services::BoardService other(*context, reminders, log);
+    services::BoardService other(*context, reminders, widgets, log);
     model::Board& work = other.createBoard("Work", kNow);
     const auto elsewhere = entries->createTodos({.contents = {"w"}, .board = work, .now = kNow});
     const auto before = container->revision();
@@ -144,7 +144,7 @@ TEST_F(EntryServiceTest, ABoardOrEntryThatIsGoneIsRefused) {
     {
         const auto elsewhere = openContainer();
         store::ModelContext theirs(*elsewhere);
-        services::BoardService(theirs, reminders, log)
+        services::BoardService(theirs, reminders, widgets, log)
             .deleteBoard(*theirs.find<model::Board>(board->id()));
     }
     const auto unavailable = EntryServiceErrorCase::entryUnavailable;

@@ -276,7 +276,7 @@ TEST_F(SearchTest, OthersDeletionsAreSeenWithoutRecordsOfThem) {
     }();
     // A context that has never made a record of them.
     store::ModelContext reader(*container);
-    services::BoardService readersBoards(reader, reminders, log);
+    services::BoardService readersBoards(reader, reminders, widgets, log);
     services::FoldedTexts readersTexts(reader, folding);
     SearchService readersSearch(reader, readersBoards, readersTexts);
     ASSERT_EQ(readersSearch.search("here").size(), 3U);
@@ -414,7 +414,7 @@ TEST_P(RandomSearchTest, FindsWhatAFreshLookFinds) {
     const auto otherContainer = openContainer();
     store::ModelContext other(*otherContainer);
     services::EntryService othersEntries(other, reminders, widgets, log);
-    services::BoardService othersBoards(other, reminders, log);
+    services::BoardService othersBoards(other, reminders, widgets, log);
     std::size_t found = 0;
     for (int round = 0; round < 300; ++round) {
         try {

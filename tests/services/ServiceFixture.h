@@ -44,7 +44,7 @@ protected:
         container = openContainer();
         context = std::make_unique<store::ModelContext>(*container);
         entries = std::make_unique<services::EntryService>(*context, reminders, widgets, log);
-        boards = std::make_unique<services::BoardService>(*context, reminders, log);
+        boards = std::make_unique<services::BoardService>(*context, reminders, widgets, log);
         board = &boards->createBoard("Home", kNow);
     }
 

@@ -31,7 +31,7 @@ struct StoreClient {
                                                 {.file = file, .allowsSave = allowsSave}, log)),
           context(*container),
           entries(context, reminders, widgets, log, &undo),
-          boards(context, reminders, log) {}
+          boards(context, reminders, widgets, log) {}
 
     services::NoReminders reminders;
     services::NoWidgets widgets;

@@ -10,7 +10,7 @@ namespace korvex::cli {
 struct Session::Services {
     Services(store::ModelContainer& container, base::LogSink& log)
         : context(container),
-          boards(context, reminders, log),
+          boards(context, reminders, widgets, log),
           entries(context, reminders, widgets, log) {}
 
     services::NoReminders reminders;

@@ -69,7 +69,7 @@ TextListRef listInside(const std::vector<TextListRef>& above,
                                         markerInside(*outer.back(), outer.size())});
 }
 
-/// Those of the paragraph above in the same cell.
+/// The lists of the paragraph above, if it stands in the same cell.
 std::vector<TextListRef> listsAbove(const QTextBlock& block) {
     const auto above = block.previous();
     return above.isValid() && isSameCell(above, block) ? listsOf(above)

@@ -8,7 +8,7 @@ namespace {
 
 using namespace richtext;
 
-/// Of what a file says; half a screen.
+/// The longest distance that is taken from a file; half a screen.
 constexpr Twips kLongest = 720 * kTwipsPerPoint;
 
 } // namespace
@@ -45,7 +45,7 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
             style.direction == WritingDirection::rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     }
 
-    const double padding = ground == Ground::code ? look.codePadding() : 0;
+    const auto padding = ground == Ground::code ? look.codePadding() : 0;
     const auto set = [](double value, auto&& setter) {
         if (value != 0) {
             setter(value);
@@ -63,7 +63,7 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
         [&](double value) { format.setRightMargin(value); });
     // The lines of a code block are so far apart, and the ground's edges so far from the first and
     // the last; of two neighbours Qt takes the larger distance.
-    const double distance = ground == Ground::code ? look.codePadding() / 2 : 0;
+    const auto distance = ground == Ground::code ? look.codePadding() / 2 : 0;
     set(std::max(look.pixels(std::clamp(style.spacingBefore, 0, kLongest)), distance),
         [&](double value) { format.setTopMargin(value); });
     set(std::max(look.pixels(std::clamp(style.spacingAfter, 0, kLongest)), distance),

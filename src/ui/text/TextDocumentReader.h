@@ -27,9 +27,9 @@ protected:
     virtual richtext::CharacterAttributes attributes(const QTextCharFormat& format,
                                                      const QTextBlockFormat& block) const;
     virtual richtext::ParagraphStyle style(const QTextBlockFormat& format) const;
-    /// Of a list that Qt made.
+    /// What a list is that Qt made.
     virtual richtext::TextList list(const QTextListFormat& format) const;
-    /// Of blocks that are no paragraphs of the text.
+    /// Whether the block is no paragraph of the text.
     virtual bool isLeftOut(const QTextBlock& block) const;
 
 private:

@@ -87,7 +87,8 @@ private:
     bool m_hasEnd = false;
     std::unordered_set<const richtext::TextTable*> m_writtenTables;
     DrawnLists m_lists;
-    /// By the address of the attributes, which stay where they are while the text is written.
+    /// The formats by the address of their attributes, which stay where they are while the text is
+    /// written.
     std::unordered_map<const richtext::CharacterAttributes*, QTextCharFormat> m_charFormats;
 };
 

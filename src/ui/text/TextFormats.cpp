@@ -220,8 +220,8 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
         cursor.setCharFormat(charFormatOf(changed(cursor.charFormat()), look));
         return;
     }
-    const int start = cursor.selectionStart();
-    const int end = cursor.selectionEnd();
+    const auto start = cursor.selectionStart();
+    const auto end = cursor.selectionEnd();
     QTextCursor editing(cursor.document());
     editing.beginEditBlock();
     for (auto block = cursor.document()->findBlock(start);
@@ -234,8 +234,8 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
         std::vector<Run> runs;
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             const auto fragment = it.fragment();
-            const int from = std::max(start, fragment.position());
-            const int to = std::min(end, fragment.position() + fragment.length());
+            const auto from = std::max(start, fragment.position());
+            const auto to = std::min(end, fragment.position() + fragment.length());
             if (from < to) {
                 runs.push_back({from, to, fragment.charFormat()});
             }
@@ -262,7 +262,7 @@ std::vector<QTextBlock> blocksBesideTables(const QTextDocument& document) {
     while (!frames.isEmpty()) {
         const auto* const frame = frames.takeLast();
         frames += frame->childFrames();
-        for (const int position : {frame->firstPosition() - 1, frame->lastPosition() + 1}) {
+        for (const auto position : {frame->firstPosition() - 1, frame->lastPosition() + 1}) {
             if (const auto block = document.findBlock(position); block.isValid()) {
                 result.push_back(block);
             }
@@ -276,7 +276,7 @@ bool isGap(const QTextBlock& block) {
         return false;
     }
     const auto& document = *block.document();
-    const int position = block.position();
+    const auto position = block.position();
     const auto before = position == 0 ? kFrameStart : document.characterAt(position - 1);
     const auto after = document.characterAt(position);
     if (after == kFrameStart && (before == kFrameStart || before == kFrameEnd)) {

@@ -197,7 +197,7 @@ private:
                                                        : QStringLiteral("ul");
     }
 
-    /// What is not said is decimal, or what the bullets at that depth are.
+    /// The kind of a list's markers; empty for numbers, and for bullets that HTML does not know.
     static QString typeOf(const TextList& list) {
         switch (partsOf(list.marker).format) {
         case MarkerFormat::disc:

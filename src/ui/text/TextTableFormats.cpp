@@ -23,7 +23,7 @@ struct SideProperties {
     QTextFormat::Property style;
     QTextFormat::Property brush;
 };
-/// In the order of `Side`.
+/// The sides in the order of `Side`.
 constexpr std::array kSides{
     SideProperties{QTextFormat::TableCellTopPadding, QTextFormat::TableCellTopBorder,
                    QTextFormat::TableCellTopBorderStyle, QTextFormat::TableCellTopBorderBrush},
@@ -83,9 +83,9 @@ public:
     QList<QTextLength> constraints(double outerBorder, const TextLook& look) const {
         QList<QTextLength> result;
         for (std::size_t i = 0; i < m_widths.size(); ++i) {
-            const double content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
+            const auto content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
             // Half of each line beside it is in a column. The first has an outer one, too.
-            const double lines = (m_borders[i] + m_borders[i + 1]) / 2;
+            const auto lines = (m_borders[i] + m_borders[i + 1]) / 2;
             result.append(
                 QTextLength(QTextLength::FixedLength, std::ceil(content + m_paddings[i] + lines) +
                                                           (i == 0 ? outerBorder : 0)));
@@ -169,7 +169,7 @@ void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& for
             format.setProperty(kSides[i].padding, paddingOf(geometry, i, m_look));
         }
         const auto isDrawn = !m_haveOneFrame || drawsBorder(*cell, static_cast<Side>(i));
-        const double width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
+        const auto width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
         if (width > 0) {
             format.setProperty(kSides[i].width, width);
             format.setProperty(kSides[i].style, int{QTextFrameFormat::BorderStyle_Solid});

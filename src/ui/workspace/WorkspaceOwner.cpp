@@ -5,7 +5,7 @@ namespace korvex::ui {
 WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
     : m_context(surroundings.container),
       m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
-      m_boards(m_context, m_reminders, surroundings.log),
+      m_boards(m_context, m_reminders, m_widgets, surroundings.log),
       m_scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
                       surroundings.log),
       m_serializer(surroundings.log),

@@ -57,7 +57,7 @@ struct Program {
                                                 {.file = file, .whenMissing = whenMissing}, log);
         context = std::make_unique<store::ModelContext>(*container);
     }
-    services::BoardService boards() { return {*context, reminders, log}; }
+    services::BoardService boards() { return {*context, reminders, widgets, log}; }
     services::EntryService entries() { return {*context, reminders, widgets, log}; }
     model::Board& inbox() { return *boards().inboxBoard(); }
     std::vector<model::Entry*> todos() { return services::activeTodos(inbox()); }
