@@ -78,8 +78,7 @@ bool DocumentReader::isExpected(Destination destination) const {
         return m_group.destination == Destination::body ||
                m_group.destination == Destination::shape;
     case Destination::shapeResult:
-        return m_group.destination == Destination::shape &&
-               m_text.length() == m_group.shapeStart;
+        return m_group.destination == Destination::shape && m_text.length() == m_group.shapeStart;
     case Destination::objectResult:
         return m_group.destination == Destination::object;
     default:

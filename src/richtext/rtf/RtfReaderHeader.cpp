@@ -46,9 +46,8 @@ bool isMonospaced(std::string_view name) {
     std::string squeezed(name);
     std::erase(squeezed, ' ');
     return squeezed == "Hack" || squeezed == "Terminal" || hasMonoInName(squeezed) ||
-           std::any_of(kMonospaced.begin(), kMonospaced.end(), [&](std::string_view start) {
-               return squeezed.starts_with(start);
-           });
+           std::any_of(kMonospaced.begin(), kMonospaced.end(),
+                       [&](std::string_view start) { return squeezed.starts_with(start); });
 }
 
 /// What follows the family: "BoldItalic" of "Helvetica-BoldItalic".

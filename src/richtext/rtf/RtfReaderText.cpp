@@ -99,9 +99,8 @@ void TextBuilder::endParagraph() {
 
 void TextBuilder::openInsets() {
     if (m_insets.isPending()) {
-        m_insets.open(isParagraphEmpty(), [this](std::u16string_view text) {
-            m_builder.append(text, attributes());
-        });
+        m_insets.open(isParagraphEmpty(),
+                      [this](std::u16string_view text) { m_builder.append(text, attributes()); });
     }
 }
 

@@ -82,8 +82,7 @@ private:
     std::string m_styleWords;
 };
 
-Body::Body(const AttributedString& text)
-    : m_units(text.text()), m_text(text, m_output, m_colors) {
+Body::Body(const AttributedString& text) : m_units(text.text()), m_text(text, m_output, m_colors) {
     text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
         m_paragraphs.push_back({paragraph.range, &paragraph.style});
     });
@@ -94,8 +93,8 @@ std::size_t Body::estimatedSize() const {
     constexpr std::size_t kPerRun = 64;
     constexpr std::size_t kPerParagraph = 128;
     constexpr std::size_t kPerCell = 384;
-    auto size = 2 * m_units.size() + kPerRun * m_text.runCount() +
-                kPerParagraph * m_paragraphs.size();
+    auto size =
+        2 * m_units.size() + kPerRun * m_text.runCount() + kPerParagraph * m_paragraphs.size();
     for (const auto& paragraph : m_paragraphs) {
         size += paragraph.style->cells.empty() ? 0 : kPerCell;
     }

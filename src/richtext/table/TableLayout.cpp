@@ -97,6 +97,20 @@ std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t dep
     return layout;
 }
 
+CellGeometry TableLayout::geometryBeside(std::int32_t row, std::size_t depth) const {
+    const auto hasCell = [](const std::vector<Line>& place) { return !place.empty(); };
+    const auto first = places.begin() + row * columns;
+    auto model = std::find_if(first, first + columns, hasCell);
+    if (model == first + columns) {
+        model = std::find_if(places.begin(), places.end(), hasCell);
+    }
+    auto geometry = (*model->front().cell(depth))->geometry;
+    if (row > 0) {
+        geometry.background.reset();
+    }
+    return geometry;
+}
+
 TableLayout::Span TableLayout::freeSpan(std::size_t place, const TextTableCell& cell,
                                         std::vector<bool>& isCovered) const {
     const auto width = static_cast<std::size_t>(columns);

@@ -104,7 +104,7 @@ void Repair::write(const TableLayout& layout, std::size_t depth, std::vector<Lin
             const auto& old = layout.places[place];
             TextTableCell cell{.table = table, .row = row, .column = column};
             if (old.empty()) {
-                cell.geometry = newCellGeometry(row);
+                cell.geometry = layout.geometryBeside(row, depth);
             } else {
                 const auto& former = **old.front().cell(depth);
                 const auto span = layout.freeSpan(place, former, isCovered);

@@ -159,8 +159,7 @@ void AttributedString::appendPart(const AttributedString& other, TextRange range
         begun = feed == std::u16string::npos ? range.end() : std::min(feed + 1, range.end());
         m_styles.stretch(oldEnd + begun - range.location);
     }
-    m_styles.append(other.m_styles, {begun, range.end() - begun},
-                    oldEnd + begun - range.location);
+    m_styles.append(other.m_styles, {begun, range.end() - begun}, oldEnd + begun - range.location);
 }
 
 bool AttributedString::isEquivalentTo(const AttributedString& other) const {

@@ -41,9 +41,8 @@ void ParagraphKind::add(const CharacterAttributes& attributes) {
 
 ParagraphKind kindOf(const AttributedString& text, TextRange paragraph) {
     ParagraphKind kind;
-    text.forEachRun(paragraph, [&](const AttributedString::CharacterRun& run) {
-        kind.add(run.attributes);
-    });
+    text.forEachRun(paragraph,
+                    [&](const AttributedString::CharacterRun& run) { kind.add(run.attributes); });
     return kind;
 }
 

@@ -154,9 +154,7 @@ void FormatEditing::setHeading(std::optional<HeadingLevel> level) {
     editParagraphs(
         m_edit.textCursor(),
         [&](CharacterAttributes& attributes) { applyHeading(level, attributes); },
-        [&](ParagraphStyle& style, ParagraphKind former) {
-            applyHeading(level, style, former);
-        });
+        [&](ParagraphStyle& style, ParagraphKind former) { applyHeading(level, style, former); });
 }
 
 void FormatEditing::makeBodyText(const QTextCursor& range) {

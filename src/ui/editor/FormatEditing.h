@@ -1,8 +1,8 @@
 #pragma once
 
-#include "richtext/text/ParagraphStyle.h"
 #include "richtext/text/Formatting.h"
 #include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <QString>
 

@@ -64,9 +64,9 @@ bool isInside(const std::vector<TextListRef>& lists, const std::vector<TextListR
 /// that this item is in already, else a new one.
 TextListRef listInside(const std::vector<TextListRef>& above,
                        const std::vector<TextListRef>& outer) {
-    return isInside(above, outer) ? above[outer.size()]
-                                  : std::make_shared<TextList>(TextList{
-                                        markerInside(*outer.back(), outer.size())});
+    return isInside(above, outer)
+               ? above[outer.size()]
+               : std::make_shared<TextList>(TextList{markerInside(*outer.back(), outer.size())});
 }
 
 /// The lists of the paragraph above, if it stands in the same cell.
@@ -97,8 +97,8 @@ struct EditedItem {
     ParagraphStyle style;
 };
 
-/// Where all items of a drawn list go to one that is not drawn yet, it becomes that one: Qt looks at
-/// every item of a list whenever one comes or goes.
+/// Where all items of a drawn list go to one that is not drawn yet, it becomes that one: Qt looks
+/// at every item of a list whenever one comes or goes.
 void renameWholeLists(const std::vector<EditedItem>& items, DrawnLists& drawn) {
     struct Move {
         const std::vector<TextListRef>* lists = nullptr;

@@ -209,9 +209,9 @@ AttributedString textOfHtml(const QString& html) {
     usual.setPointSizeF(kUsualPointSize);
     document.setDefaultFont(usual);
     // As browsers have them: Qt gives all lists the bullets of the first.
-    document.setDefaultStyleSheet(QStringLiteral(
-        "ul ul, ol ul { list-style-type: circle }"
-        "ul ul ul, ul ol ul, ol ul ul, ol ol ul { list-style-type: square }"));
+    document.setDefaultStyleSheet(
+        QStringLiteral("ul ul, ol ul { list-style-type: circle }"
+                       "ul ul ul, ul ol ul, ol ul ul, ol ol ul { list-style-type: square }"));
     document.setHtml(sourceForQt(html));
     markGaps(document);
     auto text = withSaneBlanks(HtmlReader(document).read());

@@ -31,7 +31,8 @@ TEST(Formatting, CodeTakesItsLookAndKeepsLinksAndLines) {
     bold.font.isBold = true;
     bold.font.isItalic = true;
     applyCode(bold, "c", CodeKind::block);
-    EXPECT_EQ(bold.font, (Font{.family = FontFamily::monospaced, .isBold = true, .isItalic = true}));
+    EXPECT_EQ(bold.font,
+              (Font{.family = FontFamily::monospaced, .isBold = true, .isItalic = true}));
     removeCode(attributes, HeadingLevel::level2);
     EXPECT_EQ(attributes, (CharacterAttributes{.font = fontOf(HeadingLevel::level2),
                                                .underline = LineStyle::single,

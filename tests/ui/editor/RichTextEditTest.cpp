@@ -245,8 +245,7 @@ TEST_F(RichTextEditTest, BoldAndItalicStayInCodeOfAnotherLanguage) {
     edit.selectAll();
     EXPECT_FALSE(edit.formatState().isBold) << "not all of it is";
     edit.perform({RichTextAction::codeLanguage("cpp")});
-    text.editAttributes({0, 3},
-                        [](CharacterAttributes& each) { each.korvexCodeLanguage = "cpp"; });
+    text.editAttributes({0, 3}, [](CharacterAttributes& each) { each.korvexCodeLanguage = "cpp"; });
     EXPECT_TRUE(RichTextSerializer::normalized(edit.content()).isEquivalentTo(text));
 }
 
@@ -257,8 +256,7 @@ TEST_F(RichTextEditTest, ItemsThatMoveInGoOnWithTheListOfTheItemAboveThem) {
     const auto text = edit.content();
     EXPECT_EQ(text.styleAt(2).lists, text.styleAt(4).lists);
     type(QStringLiteral("<End><Down><Tab><Tab>"));
-    EXPECT_EQ(content(),
-              "1. a\n  {lower-alpha}. b\n  {lower-alpha}. c\n    {lower-roman}. d");
+    EXPECT_EQ(content(), "1. a\n  {lower-alpha}. b\n  {lower-alpha}. c\n    {lower-roman}. d");
 }
 
 TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {

@@ -96,7 +96,8 @@ TEST(RichTextClipboard, WhatIsCopiedIsPastedTheSame) {
     text.append(u"a link", {.link = "https://example.org/"}, {});
     text.append(u" & <tags>\n", {}, {});
     const auto outer = std::make_shared<TextList>(TextList{.marker = u"{disc}"});
-    const auto inner = std::make_shared<TextList>(TextList{.marker = u"{lower-roman}.", .start = 4});
+    const auto inner =
+        std::make_shared<TextList>(TextList{.marker = u"{lower-roman}.", .start = 4});
     text.append(u"one\n", {}, {.lists = {outer}});
     text.append(u"inner\ninner too\n", {}, {.lists = {outer, inner}});
     text.append(u"two\n", {}, {.lists = {outer}});
