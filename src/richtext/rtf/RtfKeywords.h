@@ -1,6 +1,7 @@
 #pragma once
 
 #include "richtext/rtf/RtfActions.h"
+#include "richtext/rtf/RtfDestinations.h"
 
 #include <cstdint>
 #include <string_view>
