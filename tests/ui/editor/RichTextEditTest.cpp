@@ -272,7 +272,7 @@ TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {
              {[&] { type(QStringLiteral("<Shift+Tab>")); }, "1. a\n1. b\n  {lower-alpha}. c"},
              {[&] { edit.toggleList(QStringLiteral("{square}")); },
               "{square} a\n{square} b\n  {square} c"},
-             {[&] { type(QStringLiteral("<Shift+Tab>")); }, "a\nb\n{square} c"},
+             {[&] { type(QStringLiteral("<Shift+Tab>")); }, "a\nb\n1. c"},
              {[&] { edit.toggleList(QStringLiteral("{square}")); },
               "{square} a\n{square} b\n{square} c"}}) {
         before.push_back(content());
