@@ -18,8 +18,8 @@ constexpr std::size_t kWords[]{Entry::contentField, Entry::richTextDataField};
 constexpr std::size_t kAttachments[]{Entry::attachmentDataField};
 constexpr std::size_t kState[]{Entry::typeRawValueField, Entry::isCompletedField,
                                Entry::completedAtField};
-constexpr std::size_t kSchedule[]{Entry::dueDayField, Entry::dueDateField,
-                                  Entry::dueStartDateField, Entry::reminderDateField};
+constexpr std::size_t kSchedule[]{Entry::dueDayField, Entry::dueDateField, Entry::dueStartDateField,
+                                  Entry::reminderDateField};
 /// The words of a text are no todo's: where the type is another, they go with it.
 constexpr std::size_t kTypeAndWords[]{Entry::contentField, Entry::richTextDataField,
                                       Entry::typeRawValueField, Entry::isCompletedField,
@@ -96,9 +96,8 @@ EntryChange EntryChange::fieldsOf(const Entry& entry) {
     }
     for (const auto fields : kUnits) {
         const auto isInFirst = isOtherType && isOneOf(kTypeAndWords, fields.front());
-        if (!isInFirst && std::any_of(fields.begin(), fields.end(), [&](std::size_t field) {
-                return entry.isChanged(field);
-            })) {
+        if (!isInFirst && std::any_of(fields.begin(), fields.end(),
+                                      [&](std::size_t field) { return entry.isChanged(field); })) {
             add(fields);
         }
     }

@@ -81,9 +81,8 @@ PlacedEntry placed(Entry& entry, Board& board, std::int64_t sortOrder) {
 
 void putInPlace(std::span<const PlacedEntry> places) {
     std::vector<PlacedEntry> inOrder(places.begin(), places.end());
-    std::stable_sort(inOrder.begin(), inOrder.end(), [](const auto& left, const auto& right) {
-        return left.index < right.index;
-    });
+    std::stable_sort(inOrder.begin(), inOrder.end(),
+                     [](const auto& left, const auto& right) { return left.index < right.index; });
     std::unordered_set<const Entry*> moved;
     std::vector<const Board*> left;
     std::vector<const Board*> targets;

@@ -68,9 +68,9 @@ public:
         std::int64_t before = 0;
         for (std::size_t i = 0; i < m_wanted.size(); ++i) {
             before += m_counts[i];
-            to[m_wanted[i].entry] = {
-                .board = board,
-                .index = m_wanted[i].key.isActive ? before : before - m_activeCount};
+            to[m_wanted[i].entry] = {.board = board,
+                                     .index = m_wanted[i].key.isActive ? before
+                                                                       : before - m_activeCount};
         }
     }
 

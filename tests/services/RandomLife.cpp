@@ -14,10 +14,7 @@ using model::TodoSchedule;
 
 RandomLife::RandomLife(unsigned seed, const Program& program, std::vector<base::Uuid> boards,
                        std::filesystem::path folder)
-    : m_random(seed),
-      m_program(program),
-      m_boards(std::move(boards)),
-      m_folder(std::move(folder)) {
+    : m_random(seed), m_program(program), m_boards(std::move(boards)), m_folder(std::move(folder)) {
     for (int i = 0; i < 3; ++i) {
         std::ofstream(m_folder / ("file " + std::to_string(i))) << "bytes " << i;
     }

@@ -51,7 +51,8 @@ protected:
     model::Board* inbox = nullptr;
 };
 
-/// What the fixture's store holds of a board and what it is like: "a [b] | done", texts in brackets.
+/// What the fixture's store holds of a board and what it is like: "a [b] | done", texts in
+/// brackets.
 std::string listed(const BackupDocument& document, const base::Uuid& board) {
     std::string text;
     auto isActive = true;
@@ -112,7 +113,9 @@ TEST_F(UndoTest, AnEntryGoesBackToItsPlaceAmongWhatCameMeanwhile) {
         std::function<void(UndoTest&, const std::vector<Entry*>&)> meanwhile;
         const char* expected;
     } cases[] = {
-        {"completed in the middle, one came before it", {"a", "b", "c", "d"}, {},
+        {"completed in the middle, one came before it",
+         {"a", "b", "c", "d"},
+         {},
          [](auto& test, const auto& todos) { test.entries->completeTodo(*todos[1], kLater); },
          [](auto& test, const auto& todos) {
              test.entries->createTodos({.contents = {"new"},
@@ -121,23 +124,37 @@ TEST_F(UndoTest, AnEntryGoesBackToItsPlaceAmongWhatCameMeanwhile) {
                                         .now = kLater});
          },
          "new b a c d "},
-        {"the last one completed keeps its number", {"a", "b"}, {},
+        {"the last one completed keeps its number",
+         {"a", "b"},
+         {},
          [](auto& test, const auto& todos) { test.entries->completeTodo(*todos[1], kLater); },
          [](auto& test, const auto&) { test.add({"new"}); },
          "a b new "},
-        {"the first completed one restored to the end keeps its number", {"a", "b", "c"}, {1, 2},
+        {"the first completed one restored to the end keeps its number",
+         {"a", "b", "c"},
+         {1, 2},
          [](auto& test, const auto& todos) { test.entries->restoreTodo(*todos[2], kLater); },
          [](auto& test, const auto&) { test.add({"new"}); },
          "a new | c b "},
-        {"restored from between the completed ones", {"a", "b", "c", "d"}, {1, 2, 3},
+        {"restored from between the completed ones",
+         {"a", "b", "c", "d"},
+         {1, 2, 3},
          [](auto& test, const auto& todos) { test.entries->restoreTodo(*todos[2], kLater); },
-         [](auto& test, const auto&) { test.add({"new", "newer"}); },
+         [](auto& test, const auto&) {
+             test.add({"new", "newer"});
+         },
          "a new newer | d c b "},
-        {"deleted from between the completed ones", {"a", "b", "c", "d"}, {1, 2, 3},
+        {"deleted from between the completed ones",
+         {"a", "b", "c", "d"},
+         {1, 2, 3},
          [](auto& test, const auto& todos) { test.entries->deleteEntry(*todos[2]); },
-         [](auto& test, const auto&) { test.add({"new", "newer"}); },
+         [](auto& test, const auto&) {
+             test.add({"new", "newer"});
+         },
          "a new newer | d c b "},
-        {"all completed, one of them deleted meanwhile on the other board", {"a", "b", "c"}, {},
+        {"all completed, one of them deleted meanwhile on the other board",
+         {"a", "b", "c"},
+         {},
          [](auto& test, const auto&) { test.entries->completeTodos(*test.board, kLater); },
          [](auto& test, const auto&) { test.add({"new"}); },
          "a b c new "},
@@ -185,28 +202,27 @@ TEST_F(UndoTest, WhatAnotherHasSetSinceStaysTheirsWithAllThatBelongsToIt) {
              others.restoreTodo(todo, kLater, 0);
              others.completeTodo(todo, kLater + 5);
          },
-         "a b | x ", "", {}, kLater + 5},
-        {"a text would be completed",
-         [](auto& own, auto& todo) { own.completeTodo(todo, kNow); },
+         "a b | x ",
+         "",
+         {},
+         kLater + 5},
+        {"a text would be completed", [](auto& own, auto& todo) { own.completeTodo(todo, kNow); },
          [](auto& own, auto& todo) { own.restoreTodo(todo, kLater, 1); },
          [](auto& others, auto& todo, auto&) {
              others.changeType(todo, model::EntryType::text, kLater);
          },
          "a [x] b ", ""},
-        {"where they have restored it to",
-         [](auto&, auto&) {},
+        {"where they have restored it to", [](auto&, auto&) {},
          [](auto& own, auto& todo) { own.completeTodo(todo, kLater); },
-         [](auto& others, auto& todo, auto&) { others.restoreTodo(todo, kLater, 0); },
-         "x a b ", ""},
-        {"the board that they have moved it to, where it is open again",
-         [](auto&, auto&) {},
+         [](auto& others, auto& todo, auto&) { others.restoreTodo(todo, kLater, 0); }, "x a b ",
+         ""},
+        {"the board that they have moved it to, where it is open again", [](auto&, auto&) {},
          [](auto& own, auto& todo) { own.completeTodo(todo, kLater); },
          [&](auto& others, auto& todo, auto& theirs) {
              others.moveEntry(todo, *theirs.template find<model::Board>(office->id()), kLater);
          },
          "a b ", "o x "},
-        {"the order that they have given the others",
-         [](auto&, auto&) {},
+        {"the order that they have given the others", [](auto&, auto&) {},
          [](auto& own, auto& todo) { own.completeTodo(todo, kLater); },
          [](auto& others, auto& todo, auto&) {
              auto& home = *todo.board();
@@ -321,15 +337,19 @@ TEST_F(UndoTest, WithdrawsRemindersThatAreNoLongerRightAndNoOthers) {
         int reconciles = 1;
     } cases[] = {
         {"rescheduled",
-         [&] { entries->updateSchedule(todo, {.reminderDate = kLater + 90}, kNow); }, {todo.id()}},
-        {"restored", [&] {
+         [&] { entries->updateSchedule(todo, {.reminderDate = kLater + 90}, kNow); },
+         {todo.id()}},
+        {"restored",
+         [&] {
              entries->completeTodo(todo, kLater);
              entries->restoreTodo(todo, kLater);
-         }, {todo.id()}},
-        {"due at another time", [&] {
-             entries->updateSchedule(
-                 todo, {.dueDate = kLater, .reminderDate = kLater + 90}, kNow);
-         }, {}},
+         },
+         {todo.id()}},
+        {"due at another time",
+         [&] {
+             entries->updateSchedule(todo, {.dueDate = kLater, .reminderDate = kLater + 90}, kNow);
+         },
+         {}},
         {"renamed", [&] { entries->updateTodo(todo, "c", kLater); }, {}},
         {"moved", [&] { entries->moveEntry(todo, *office, kLater); }, {}},
         {"completed", [&] { entries->completeTodo(*todos[1], kLater); }, {}},
