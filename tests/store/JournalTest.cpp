@@ -35,6 +35,13 @@ protected:
         return ModelContext(*container).count<Board>();
     }
 
+    /// Some 25 pages, all of them other ones than those of the save before.
+    static void saveMuch(ModelContext& context, int number) {
+        context.fetch<Board>().front()->setName(
+            std::string(100'000, static_cast<char>('a' + number % 26)));
+        context.save();
+    }
+
     std::filesystem::path sharedMemory() const { return folder() / "Primary.store-shm"; }
     std::vector<std::string> notices;
 };
@@ -112,8 +119,7 @@ TEST_F(JournalTest, ItStaysShortInOneLongProgramAndInManyShortOnes) {
                 container = open();
             }
             ModelContext context(*container);
-            context.fetch<Board>().front()->setName(std::to_string(i) + std::string(100'000, 'x'));
-            context.save();
+            saveMuch(context, i);
             longest = std::max(longest, std::filesystem::file_size(journalFile()));
         }
         EXPECT_GT(longest, kLong / 2) << isOneProgram;
@@ -129,8 +135,7 @@ TEST_F(JournalTest, AJournalThatIsLongAtTheStartIsMovedIntoTheStoreFile) {
         SQLite::Database reader(storeFile().string(), SQLite::OPEN_READONLY);
         reader.exec("BEGIN; SELECT count(*) FROM Board");
         for (int i = 0; i < 60; ++i) {
-            context.fetch<Board>().front()->setName(std::to_string(i) + std::string(100'000, 'x'));
-            context.save();
+            saveMuch(context, i);
         }
         EXPECT_GT(std::filesystem::file_size(journalFile()), std::uintmax_t{5} << 20U);
     }
