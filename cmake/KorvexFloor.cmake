@@ -38,13 +38,24 @@ function(korvex_floor name)
     endif()
 endfunction()
 
-# korvex_qt_floor: a floor or room whose sources Qt's moc reads.
+# korvex_moc(TARGET): Qt's moc reads the sources of the target.
+function(korvex_moc target)
+    # Qt 6.4's moc fails on the concepts behind <compare>: it is told that it has seen that header.
+    set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOMOC_MOC_OPTIONS -D_COMPARE)
+endfunction()
+
+# korvex_qt_floor: a floor or room whose sources, if it has any, Qt's moc reads.
 function(korvex_qt_floor name)
     korvex_floor(${name} HEADERS korvex_qt_headers ${ARGN})
+    get_target_property(kind korvex_${name} TYPE)
+    set(scope PUBLIC)
+    if(kind STREQUAL INTERFACE_LIBRARY)
+        set(scope INTERFACE)
+    else()
+        korvex_moc(korvex_${name})
+    endif()
     # `emit` is the name of base::Signal's own function.
-    target_compile_definitions(korvex_${name} PUBLIC QT_NO_KEYWORDS)
-    # Qt 6.4's moc fails on the concepts behind <compare>: it is told that it has seen that header.
-    set_target_properties(korvex_${name} PROPERTIES AUTOMOC ON AUTOMOC_MOC_OPTIONS -D_COMPARE)
+    target_compile_definitions(korvex_${name} ${scope} QT_NO_KEYWORDS)
 endfunction()
 
 # korvex_test(NAME SOURCES … USES … [ENVIRONMENT NAME=VALUE] [HEADERS precompiled ones]): a GoogleTest

@@ -38,7 +38,7 @@ std::string domainOf(BackupErrorCase) {
 }
 
 void BackupDocument::checkBackupSize(std::size_t maximumSize) const {
-    std::size_t left = maximumSize;
+    auto left = maximumSize;
     const auto take = [&left](std::size_t bytes) {
         if (bytes > left) {
             throw BackupError(BackupErrorCase::tooLarge);

@@ -28,7 +28,6 @@ struct DateFormats::Formats {
     icu::Locale locale;
     Calendar calendar;
     std::unique_ptr<icu::DateFormat> dayWithWeekday;
-    std::unique_ptr<icu::DateFormat> day;
     std::unique_ptr<icu::DateFormat> dayWithFullMonth;
     std::unique_ptr<icu::DateFormat> shortTime;
     std::unique_ptr<icu::DateFormat> dayAndShortTime;
@@ -68,10 +67,6 @@ const Calendar& DateFormats::calendar() const {
 
 std::string DateFormats::dayWithWeekday(Instant instant) const {
     return m_formats->text(m_formats->dayWithWeekday, u"yMMMEd", instant);
-}
-
-std::string DateFormats::day(Instant instant) const {
-    return m_formats->text(m_formats->day, u"yMMMd", instant);
 }
 
 std::string DateFormats::dayWithFullMonth(Instant instant) const {

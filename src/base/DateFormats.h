@@ -22,8 +22,6 @@ public:
 
     /// "Wed, Jan 15, 2025"
     std::string dayWithWeekday(Instant instant) const;
-    /// "Jan 15, 2025"
-    std::string day(Instant instant) const;
     /// "January 15, 2025"
     std::string dayWithFullMonth(Instant instant) const;
     /// "9:00 AM"

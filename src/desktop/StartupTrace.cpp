@@ -24,7 +24,7 @@ double processStart() {
     std::string text;
     std::getline(file, text);
     text.erase(0, text.rfind(')') + 1);
-    const char* rest = text.c_str();
+    const auto* rest = text.c_str();
     char* end = nullptr;
     double ticks = 0;
     for (int field = 3; field <= 22; ++field) {
@@ -41,7 +41,7 @@ StartupTrace::StartupTrace() : m_mainSeconds(secondsSinceBoot()) {}
 
 void StartupTrace::report(const char* event) const {
     if (std::getenv("KORVEX_TRACE_STARTUP")) {
-        const double now = secondsSinceBoot();
+        const auto now = secondsSinceBoot();
         std::fprintf(stderr, "%s: %.0f ms since exec, %.1f ms since main\n", event,
                      (now - processStart()) * 1000, (now - m_mainSeconds) * 1000);
     }

@@ -32,7 +32,7 @@ public:
     explicit Watchers(const Listeners& listeners);
     ~Watchers() override;
 
-    /// From now on; only the first call counts.
+    /// Listens from now on; only the first call counts.
     void start();
 
 private:

@@ -1,12 +1,11 @@
 #pragma once
 
-#include "schedule/EntryKey.h"
+#include "schedule/HeldEntries.h"
 
 #include <algorithm>
 #include <cassert>
 #include <optional>
-#include <unordered_map>
-#include <utility>
+#include <vector>
 
 namespace korvex::schedule {
 
@@ -16,24 +15,17 @@ namespace korvex::schedule {
 template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class GroupedEntries {
 public:
-    struct Held {
-        model::Entry* entry;
-        /// Absent while it is not shown.
-        std::optional<EntryKey> key;
-    };
+    using Held = HeldEntries::Held;
 
     const std::vector<Group>& groups() const { return m_groups; }
-    bool isEmpty() const { return m_held.empty(); }
+    bool isEmpty() const { return m_held.isEmpty(); }
     std::size_t shownCount() const { return m_shownCount; }
 
-    const Held* find(const base::Uuid& id) const {
-        const auto found = m_places.find(id);
-        return found != m_places.end() ? &m_held[found->second] : nullptr;
-    }
+    const Held* find(const base::Uuid& id) const { return m_held.find(id); }
 
     /// Holds the entry, shown at `key` or not at all. True when it was shown or is now.
     bool place(model::Entry& entry, const std::optional<EntryKey>& key) {
-        auto& held = heldFor(entry);
+        auto& held = m_held.of(entry);
         const auto former = held.key;
         if (former == key && held.entry == &entry) {
             return key.has_value();
@@ -44,7 +36,7 @@ public:
         return former || key;
     }
 
-    /// True when it was shown.
+    /// Lets the entry go. True when it was shown.
     bool drop(const base::Uuid& id) {
         const auto* held = find(id);
         if (!held) {
@@ -52,35 +44,25 @@ public:
         }
         const auto wasShown = held->key.has_value();
         hide(*held);
-        letGo(id);
+        m_held.letGo(id);
         return wasShown;
     }
 
     /// Holds the entry as `place` does, and lets it go as `drop` does; but the groups are wrong
     /// until `placeAll`.
-    void hold(model::Entry& entry) { heldFor(entry) = {&entry, std::nullopt}; }
-    void letGo(const base::Uuid& id) {
-        if (const auto found = m_places.find(id); found != m_places.end()) {
-            auto& held = m_held[found->second];
-            held = m_held.back();
-            m_places[held.entry->id()] = found->second;
-            m_held.pop_back();
-            m_places.erase(id);
-        }
-    }
-    void letAllGo() {
-        m_held.clear();
-        m_places.clear();
-    }
+    void hold(model::Entry& entry) { m_held.of(entry) = {&entry, std::nullopt}; }
+    void letGo(const base::Uuid& id) { m_held.letGo(id); }
+    void letAllGo() { m_held.letAllGo(); }
 
     /// Asks `keyOf` about every held entry and makes all groups anew: for when many are elsewhere
     /// than they were.
     template <typename KeyOf>
     void placeAll(KeyOf&& keyOf) {
+        const auto all = m_held.all();
         std::vector<KeyedEntry> shown;
-        shown.reserve(m_held.size());
+        shown.reserve(all.size());
         visitEntries(
-            m_held, [](const Held& held) { return held.entry; },
+            all, [](const Held& held) { return held.entry; },
             [&](Held& held) {
                 held.key = keyOf(*held.entry);
                 if (held.key) {
@@ -118,18 +100,7 @@ public:
 private:
     using Place = typename std::vector<model::Entry*>::iterator;
 
-    Held& heldFor(model::Entry& entry) {
-        const auto [place, isNew] =
-            m_places.try_emplace(entry.id(), static_cast<std::uint32_t>(m_held.size()));
-        if (isNew) {
-            m_held.push_back({&entry, std::nullopt});
-        }
-        return m_held[place->second];
-    }
-
-    const EntryKey& keyOf(const model::Entry& entry) const {
-        return *m_held[m_places.at(entry.id())].key;
-    }
+    const EntryKey& keyOf(const model::Entry& entry) const { return *m_held.find(entry.id())->key; }
 
     std::size_t indexOf(std::uint64_t group) const {
         return static_cast<std::size_t>(std::lower_bound(m_keys.begin(), m_keys.end(), group) -
@@ -174,10 +145,7 @@ private:
         --m_shownCount;
     }
 
-    /// Every entry that is held, in no order.
-    std::vector<Held> m_held;
-    /// Where in `m_held` each entry is.
-    std::unordered_map<base::Uuid, std::uint32_t> m_places;
+    HeldEntries m_held;
     std::vector<Group> m_groups;
     /// The group of the keys of each group's entries, in the order of `m_groups`.
     std::vector<std::uint64_t> m_keys;

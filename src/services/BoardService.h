@@ -50,7 +50,7 @@ public:
 
     /// `boards` must be all that `boards()` returns, in the new order.
     void reorderBoards(std::span<model::Board* const> boards, base::Instant now);
-    /// Among the active boards; archived boards keep their places between them.
+    /// Moves the board among the active ones; archived boards keep their places between them.
     void moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
                    model::EntryPlacement placement, base::Instant now);
     enum class Direction { ascending, descending };

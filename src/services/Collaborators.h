@@ -24,7 +24,7 @@ public:
     virtual void reloadTodoWidgets() = 0;
 };
 
-/// For programs and tests without reminders and widgets: both do nothing.
+/// Stand in where a program or a test has no reminders or widgets: both do nothing.
 class NoReminders final : public ReminderReconciling {
 public:
     void requestReconcile() override {}

@@ -17,9 +17,9 @@ namespace korvex::services {
 /// changed since. A value that knows its entry by identifier only.
 class EntryChange {
 public:
-    /// Of what is pending, before it is saved: the store still knows what was. One for each entry
-    /// that is changed; `entries` holds all that are pending to leave their boards. May throw
-    /// StoreError.
+    /// The changes that are pending, before they are saved: the store still knows what was. One for
+    /// each entry that is changed; `entries` holds all that are pending to leave their boards. May
+    /// throw StoreError.
     static std::vector<EntryChange> pendingOf(store::ModelContext& context,
                                               std::span<model::Entry* const> entries);
 

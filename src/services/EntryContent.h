@@ -40,7 +40,7 @@ struct StoredText {
 /// The text with only the formatting that is stored; absent when nothing but white space is left of
 /// it. Throws `contentTooLong`.
 std::optional<richtext::AttributedString> accepted(const richtext::AttributedString& rich);
-/// Of an accepted text. May throw RichTextSerializationError.
+/// The stored form of an accepted text. May throw RichTextSerializationError.
 StoredText encoded(const richtext::AttributedString& text,
                    const richtext::RichTextSerializer& serializer);
 /// Both in one.

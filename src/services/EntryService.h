@@ -47,12 +47,12 @@ public:
     /// Already completed: nothing happens. `completedAt` defaults to `now`.
     void completeTodo(model::Entry& entry, base::Instant now,
                       std::optional<base::Instant> completedAt = std::nullopt);
-    /// In one change, all or none of them; those that are completed already stay as they are.
-    /// `todos` holds each once.
+    /// Completes them in one change, all or none; those that are completed already stay as they
+    /// are. `todos` holds each once.
     void completeTodos(std::span<model::Entry* const> todos, base::Instant now);
     /// Every open todo of the board.
     void completeTodos(model::Board& board, base::Instant now);
-    /// To `position` among the active entries, clamped; without one to the end.
+    /// Restores the todo to `position` among the active entries, clamped; without one to the end.
     void restoreTodo(model::Entry& entry, base::Instant now,
                      std::optional<std::int64_t> position = std::nullopt);
     void updateTodo(model::Entry& entry, std::string_view content, base::Instant now);
@@ -86,8 +86,8 @@ public:
                         const std::optional<base::Uuid>& relativeTo,
                         model::EntryPlacement placement, base::Instant now);
 
-    /// To `position` among the active entries of the other board, clamped; without one to the end.
-    /// A completed todo stays one, behind them.
+    /// Moves the entry to `position` among the active entries of the other board, clamped; without
+    /// one to the end. A completed todo stays one, behind them.
     void moveEntry(model::Entry& entry, model::Board& to, base::Instant now,
                    std::optional<std::int64_t> position = std::nullopt);
     /// Drag within a board: directly before or after the target.

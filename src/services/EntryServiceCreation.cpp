@@ -21,7 +21,7 @@ model::EntryFields fieldsOf(StoredText text, base::Instant now) {
             .createdAt = now};
 }
 
-/// With a new identifier, and no number yet.
+/// Inserts an entry with a new identifier, and no number yet.
 Entry& insert(store::ModelContext& context, model::EntryFields fields, model::Board& board) {
     fields.id = base::Uuid::random();
     fields.updatedAt = fields.createdAt;

@@ -59,7 +59,7 @@ private:
         base::Uuid id;
         std::int64_t sortOrder = 0;
         base::Instant createdAt;
-        /// Of the content that the text was folded from.
+        /// The hash of the content that the text was folded from.
         std::size_t contentHash = 0;
         std::uint32_t contentLength = 0;
         /// Its place in `m_boards`, or `kNowhere`.

@@ -22,7 +22,7 @@ struct NewTodos {
     std::optional<base::Uuid> before = std::nullopt;
     base::Instant now;
     model::TodoSchedule schedule = {};
-    /// Of a single todo; with several contents the batch is refused (`multipleTodos`).
+    /// The files of a single todo; with several contents the batch is refused (`multipleTodos`).
     std::vector<model::EntryAttachment> attachments = {};
 };
 

@@ -34,7 +34,7 @@ public:
     bool isEmpty() const { return m_rows.empty(); }
     /// The content of an entry that others have deleted meanwhile is empty. May throw StoreError.
     SearchResult operator[](std::size_t index) const;
-    /// Without making a record.
+    /// The identity of a result, without making a record.
     SearchResult::ID id(std::size_t index) const;
     const model::Board& board(std::size_t index) const;
     /// Null for a board's row, and when others have deleted the entry meanwhile. May throw

@@ -25,7 +25,7 @@ public:
     SearchService(const SearchService&) = delete;
     SearchService& operator=(const SearchService&) = delete;
 
-    /// On every key press. Throws StoreError.
+    /// Searches, fast enough for every key press. Throws StoreError.
     SearchResults search(std::string_view query);
     /// Does some of what the first search would have to do before it can answer, for about this
     /// long; false once nothing is left to do.

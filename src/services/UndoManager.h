@@ -17,8 +17,8 @@ public:
     using Action = std::function<void()>;
 
     static constexpr std::size_t kMaximumActions = 500;
-    /// Of what the inverses keep; the oldest go first. Room for eight deletions of full
-    /// attachments.
+    /// The most that the inverses may keep, in bytes; the oldest go first. It has room for eight
+    /// deletions of full attachments.
     static constexpr std::size_t kMaximumCost = 256 * 1024 * 1024;
 
     /// `name` is what was done ("Complete Todo"), `cost` about how many bytes `inverse` keeps.
@@ -37,7 +37,7 @@ public:
     void undo();
     void redo();
 
-    /// After the stacks have changed.
+    /// Emitted after the stacks have changed.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:

@@ -55,7 +55,7 @@ base::Bytes ChangeLog::encode(const std::vector<RowChange>& changes) {
         const auto difference =
             static_cast<std::uint64_t>(change.rowid) - static_cast<std::uint64_t>(previous);
         const auto sign = static_cast<std::int64_t>(difference) < 0 ? ~std::uint64_t{0} : 0;
-        std::uint64_t zigzag = (difference << 1U) ^ sign;
+        auto zigzag = (difference << 1U) ^ sign;
         while (zigzag >= 0x80) {
             bytes.push_back(static_cast<std::uint8_t>(zigzag | 0x80U));
             zigzag >>= 7U;

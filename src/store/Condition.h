@@ -3,7 +3,6 @@
 #include "store/Value.h"
 
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -75,18 +74,6 @@ struct FieldReference {
     Condition operator>=(Value value) const {
         return Condition::compare(index, Condition::Comparison::greaterOrEqual, std::move(value));
     }
-};
-
-struct SortKey {
-    std::size_t field;
-    bool ascending = true;
-};
-
-/// What a fetch asks for. The default asks for everything, in no particular order.
-struct FetchDescriptor {
-    Condition condition = {};
-    std::vector<SortKey> order = {};
-    std::optional<std::size_t> limit = std::nullopt;
 };
 
 } // namespace korvex::store

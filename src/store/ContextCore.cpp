@@ -13,18 +13,6 @@ namespace {
 
 using Phase = RecordState::Phase;
 
-/// Whether `left` comes before `right` by the keys; absent values first, as in SQLite.
-bool isBefore(const Record& left, const Record& right, const std::vector<SortKey>& order) {
-    for (const auto& key : order) {
-        const auto a = left.value(key.field);
-        const auto b = right.value(key.field);
-        if (a != b) {
-            return (a < b) == key.ascending;
-        }
-    }
-    return false;
-}
-
 Statement bound(sqlite3* database, const std::string& sql, const std::vector<Value>& bindings) {
     Statement statement(database, sql);
     for (std::size_t i = 0; i < bindings.size(); ++i) {
@@ -43,7 +31,7 @@ bool isPendingOf(const Record& record, const RecordType& type) {
 ContextCore::ContextCore(ModelContainer& container)
     : m_container(container),
       m_tables(container.schema().types),
-      m_revision(container.connection().revision()),
+      m_revision(container.revision()),
       m_announcements(container.didSave(), didChange) {}
 
 void ContextCore::announce(ChangeSet changes, Announcements::Cause cause) {
@@ -126,15 +114,8 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
                         const std::function<void(Record&)>& sink) {
     const auto index = m_tables.indexOf(type);
     std::vector<Value> bindings;
-    auto sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings);
-    if (!descriptor.order.empty()) {
-        sql += " ORDER BY ";
-        for (std::size_t i = 0; i < descriptor.order.size(); ++i) {
-            const auto& key = descriptor.order[i];
-            sql += (i > 0 ? ", " : "") + tableSql::quoted(type.fields[key.field].name) +
-                   (key.ascending ? "" : " DESC");
-        }
-    }
+    auto sql = tableSql::select(type) + " WHERE " + descriptor.condition.sql(type, bindings) +
+               descriptor.orderSql(type);
     // Pending changes of this type can move records into the result, out of it, and within it: then
     // SQLite's limit and order say nothing yet.
     const auto concernsType = [&](const auto& records) {
@@ -168,7 +149,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
         }
     }
     std::stable_sort(result.begin(), result.end(), [&](const Record* left, const Record* right) {
-        return isBefore(*left, *right, descriptor.order);
+        return descriptor.isBefore(*left, *right);
     });
     if (descriptor.limit && result.size() > *descriptor.limit) {
         result.resize(*descriptor.limit);

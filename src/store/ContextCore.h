@@ -1,7 +1,7 @@
 #pragma once
 
 #include "store/Announcements.h"
-#include "store/Condition.h"
+#include "store/FetchDescriptor.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/RecordTables.h"

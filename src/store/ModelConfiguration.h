@@ -5,7 +5,7 @@
 
 namespace korvex::store {
 
-/// Where a store lies and what may be done with it.
+/// Says where a store lies and what may be done with it.
 struct ModelConfiguration {
     enum class Missing { create, refuse };
 

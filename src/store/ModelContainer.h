@@ -43,8 +43,8 @@ public:
     /// while no other process has written.
     std::int64_t revision() const;
 
-    /// After every save of a context of this container; during a step, at its end. Observers must
-    /// not throw.
+    /// Emitted after every save of a context of this container; during a step, at its end.
+    /// Observers must not throw.
     base::Signal<const ChangeSet&>& didSave() { return m_didSave; }
 
     /// Reads everything and compares it with its checksums. Takes the write lock, changes nothing.

@@ -2,7 +2,7 @@
 
 #include "base/Signal.h"
 #include "store/ChangeSet.h"
-#include "store/Condition.h"
+#include "store/FetchDescriptor.h"
 #include "store/Record.h"
 
 #include <functional>
@@ -97,8 +97,8 @@ public:
     /// Tells observers what is pending, before it is saved.
     void processPendingChanges();
 
-    /// After a save, a refresh that brought something, a rollback, or `processPendingChanges`;
-    /// during a step, at its end. Observers must not throw.
+    /// Emitted after a save, a refresh that brought something, a rollback, or
+    /// `processPendingChanges`; during a step, at its end. Observers must not throw.
     base::Signal<const ChangeSet&>& didChange();
 
     /// For the store's own sources.

@@ -43,8 +43,8 @@ void throwSqliteError(sqlite3* database, int code) {
 
 Statement::Statement(sqlite3* database, std::string_view sql) {
     sqlite3_stmt* handle = nullptr;
-    const int code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()),
-                                        SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
+    const auto code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()),
+                                         SQLITE_PREPARE_PERSISTENT, &handle, nullptr);
     m_handle.reset(handle);
     if (code != SQLITE_OK) {
         throwSqliteError(database, code);

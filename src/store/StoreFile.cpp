@@ -175,8 +175,8 @@ void StoreFile::checkHeader(sqlite3* database) const {
             }
             return value;
         };
-        const std::int64_t storedPageSize = bigEndian(16, 2);
-        const std::int64_t pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
+        const auto storedPageSize = bigEndian(16, 2);
+        const auto pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
         if (size < pageSize * bigEndian(28, 4)) {
             throw StoreError(StoreErrorCase::notAStore, "cut short");
         }

@@ -151,7 +151,7 @@ ExitStatus sort(Session& session, const SortOptions& options) {
 template <typename Cases>
 std::string choices(const std::string& title, const Cases& cases) {
     constexpr std::size_t kLineWidth = 88;
-    std::string text = title;
+    auto text = title;
     std::string line;
     for (const auto each : cases) {
         const auto name = model::rawValue(each);

@@ -20,7 +20,7 @@ std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
         return "There is no display for the desktop app here.";
     }
     std::string name = kProgram;
-    std::vector<std::string> copies = arguments;
+    auto copies = arguments;
     std::vector<char*> vector{name.data()};
     for (auto& argument : copies) {
         vector.push_back(argument.data());

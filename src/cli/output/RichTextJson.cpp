@@ -214,7 +214,7 @@ private:
     }
 
     using Numbers = std::unordered_map<const void*, std::int64_t>;
-    /// By first appearance, from 0.
+    /// Numbers each by its first appearance, from 0.
     static std::int64_t numberOf(Numbers& numbers, const void* identity) {
         return numbers.try_emplace(identity, static_cast<std::int64_t>(numbers.size()))
             .first->second;

@@ -13,7 +13,7 @@ inline constexpr std::string_view kDim = "\x1b[2m";
 inline constexpr std::string_view kRed = "\x1b[31m";
 inline constexpr std::string_view kPlain = "\x1b[0m";
 
-/// Between two columns.
+/// What stands between two columns.
 inline constexpr std::string_view kGap = "  ";
 /// A text column narrower than this is not worth having: texts wrap at the terminal's own edge
 /// then.

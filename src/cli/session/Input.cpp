@@ -43,7 +43,7 @@ private:
     int m_descriptor;
 };
 
-/// Up to the end, or to the first bytes after `maximum`. `Bytes` is a string or a vector.
+/// Reads up to the end, or to the first bytes after `maximum`. `Bytes` is a string or a vector.
 template <typename Bytes>
 Bytes readUpTo(std::size_t maximum, int descriptor, const std::string& name) {
     constexpr std::size_t kChunkBytes = 64 * 1024;

@@ -101,9 +101,9 @@ model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& sessio
     if (options.due) {
         const auto due = readWhen(*options.due, session);
         if (const auto* day = std::get_if<base::DayNumber>(&due)) {
-            schedule.dueDay = *day;
+            schedule = model::TodoSchedule::dueOn(*day);
         } else {
-            schedule.dueDate = std::get<base::Instant>(due);
+            schedule = model::TodoSchedule::dueAt(std::get<base::Instant>(due));
         }
     }
     if (options.from) {

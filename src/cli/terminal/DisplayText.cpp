@@ -107,7 +107,7 @@ struct Cell {
 };
 
 Cell nextCell(std::string_view line, std::size_t begin) {
-    std::size_t position = begin;
+    auto position = begin;
     auto codePoint = nextCodePoint(line, position);
     Cell cell{begin, position, columns(codePoint, 0), codePoint == ' '};
     auto previous = codePoint;

@@ -14,7 +14,7 @@ namespace korvex::cli {
 
 namespace {
 
-/// False with `errno` set when not everything could be written.
+/// Returns false, with `errno` set, when not everything could be written.
 bool writeAll(int descriptor, std::string_view text) {
     while (!text.empty()) {
         const auto written = ::write(descriptor, text.data(), text.size());

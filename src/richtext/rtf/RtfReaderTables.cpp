@@ -146,7 +146,7 @@ const std::vector<TextTableCellRef>& TableBuilder::cells(std::size_t depth) {
 }
 
 bool TableBuilder::isCellOpen(std::size_t depth) const {
-    return depth <= m_levels.size() && m_levels[depth - 1].cell != nullptr;
+    return depth <= m_levels.size() && m_levels[depth - 1].cell;
 }
 
 bool TableBuilder::isPlaceholderNext(std::size_t depth) const {

@@ -71,7 +71,7 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
     const auto depth = beginning->depth;
     std::vector<Line> own;
     std::vector<Line> others;
-    std::size_t ownEnd = first;
+    auto ownEnd = first;
     for (auto i = first; i < lines.size(); ++i) {
         const auto* const cell = lines[i].cell(depth);
         const auto isOwn =

@@ -225,7 +225,7 @@ std::size_t std::hash<korvex::richtext::CharacterAttributes>::operator()(
     const korvex::richtext::CharacterAttributes& attributes) const noexcept {
     using namespace korvex::richtext;
     const auto& font = attributes.font;
-    std::size_t seed = static_cast<std::size_t>(font.size);
+    auto seed = static_cast<std::size_t>(font.size);
     mix(seed, (static_cast<std::size_t>(font.family) << 2U) | (font.isBold ? 2U : 0U) |
                   (font.isItalic ? 1U : 0U));
     mix(seed, static_cast<std::size_t>(attributes.underline) << 8U |

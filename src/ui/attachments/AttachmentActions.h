@@ -37,20 +37,21 @@ public:
     };
     AttachmentActions(const Services& services, QWidget& page);
 
-    /// With the program that the system has for such files.
+    /// Opens it with the program that the system has for such files.
     void open(const model::Entry& entry, const base::Uuid& id);
-    /// As a file, for file managers and for other entries.
+    /// Copies it as a file, for file managers and for other entries.
     void copy(const model::Entry& entry, const base::Uuid& id);
     void remove(model::Entry& entry, const base::Uuid& id);
     void move(const base::Uuid& id, model::Entry& from, model::Entry& to,
               const std::optional<base::Uuid>& relativeTo, model::EntryPlacement placement);
-    /// By a place to the left (-1) or to the right (1) within its entry, if there is one.
+    /// Moves it by a place to the left (-1) or to the right (1) within its entry, if there is one.
     void moveBy(int offset, const base::Uuid& id, model::Entry& entry);
 
-    /// Asks for the files.
+    /// Asks the user for files, and attaches them.
     void chooseFiles(model::Entry& entry);
     void attachFiles(const std::vector<std::filesystem::path>& files, model::Entry& entry);
-    /// Files or a picture; nothing when `isForAttaching` says no.
+    /// Attaches the files or the picture that are offered; does nothing when `isForAttaching` says
+    /// no.
     void attachOffered(const QMimeData& offered, model::Entry& entry);
     bool canAttachTo(const model::Entry& entry) const;
 
@@ -66,7 +67,7 @@ public:
 
 Q_SIGNALS:
     void done();
-    /// Why something was not, in words for the user.
+    /// Something was not done, for this reason in words for the user.
     void refused(const QString& message);
 
 private:
@@ -82,7 +83,7 @@ private:
 
     Services m_services;
     QWidget& m_page;
-    /// Where the user saved or chose last.
+    /// The folder where the user saved or chose files last.
     QString m_folder;
 };
 

@@ -24,7 +24,7 @@ constexpr int kPadding = 3;
 constexpr int kInnerGap = 5;
 constexpr int kCornerRadius = 5;
 constexpr int kTenMegabytes = 10 * 1024 * 1024;
-/// Of a longer name no more than this is measured.
+/// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
 bool isInvisible(QChar character) {

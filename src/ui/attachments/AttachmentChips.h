@@ -57,7 +57,7 @@ private:
     struct Chip {
         std::optional<base::Uuid> id;
         QString icon;
-        /// As much of it as there is room for.
+        /// As much of the name as there is room for.
         QString name;
         QString size;
         QRect rect;

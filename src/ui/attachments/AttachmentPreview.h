@@ -14,7 +14,7 @@ namespace korvex::ui {
 struct PreviewPicture {
     /// No larger than asked for; null when the file is no picture, or one that is too large.
     QImage image;
-    /// Of the picture in the file.
+    /// The size of the picture in the file.
     QSize fullSize;
 };
 /// Judges the file by what it holds. Any thread; the time grows with the picture.

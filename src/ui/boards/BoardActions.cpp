@@ -17,7 +17,7 @@ BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
     if (board.isArchived()) {
         connect(menu.addAction(tr("Unarchive")), &QAction::triggered, this,
-                [this, &board] { setArchived(board, false); });
+                [this, &board] { unarchive(board); });
         connect(menu.addAction(tr("Delete…")), &QAction::triggered, this,
                 [this, &board] { confirmDeletion(board, anchorOf(board)); });
         return;
@@ -28,9 +28,9 @@ void BoardActions::addTo(QMenu& menu, model::Board& board) {
     connect(rename, &QAction::triggered, this, [this, &board] { m_listing.rename(board); });
     connect(menu.addAction(tr("Icon and color…")), &QAction::triggered, this,
             [this, &board] { chooseIcon(board, anchorOf(board)); });
-    auto* const archive = menu.addAction(tr("Archive"));
-    archive->setEnabled(!board.isSystem());
-    connect(archive, &QAction::triggered, this, [this, &board] { setArchived(board, true); });
+    auto* const archiving = menu.addAction(tr("Archive"));
+    archiving->setEnabled(!board.isSystem());
+    connect(archiving, &QAction::triggered, this, [this, &board] { archive(board); });
     auto* const remove = menu.addAction(tr("Delete…"));
     remove->setEnabled(!board.isSystem());
     connect(remove, &QAction::triggered, this,
@@ -50,8 +50,12 @@ void BoardActions::chooseIcon(model::Board& board, const QRect& globalAnchor) {
     popover->setFocus();
 }
 
-void BoardActions::setArchived(model::Board& board, bool archived) {
-    perform([&] { m_boards.setArchived(archived, board, m_clock.now()); });
+void BoardActions::archive(model::Board& board) {
+    perform([&] { m_boards.setArchived(true, board, m_clock.now()); });
+}
+
+void BoardActions::unarchive(model::Board& board) {
+    perform([&] { m_boards.setArchived(false, board, m_clock.now()); });
 }
 
 void BoardActions::confirmDeletion(model::Board& board, const QRect& globalAnchor) {

@@ -25,7 +25,8 @@ public:
     /// The entries on this board, to be put into any menu.
     void addTo(QMenu& menu, model::Board& board);
     void chooseIcon(model::Board& board, const QRect& globalAnchor);
-    void setArchived(model::Board& board, bool archived);
+    void archive(model::Board& board);
+    void unarchive(model::Board& board);
     void confirmDeletion(model::Board& board, const QRect& globalAnchor);
 
 Q_SIGNALS:

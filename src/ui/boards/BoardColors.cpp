@@ -6,7 +6,7 @@ namespace korvex::ui {
 
 namespace {
 
-/// In the order of the enumeration, for a light ground.
+/// The colours in the order of the enumeration, for a light ground.
 constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
     0xff2f6fde, // blue
     0xff2e9e4f, // green

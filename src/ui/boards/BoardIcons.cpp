@@ -8,7 +8,7 @@ namespace korvex::ui {
 
 namespace {
 
-/// In the order of `model::BoardIcon`.
+/// The names in the order of `model::BoardIcon`.
 constexpr std::array<std::string_view, model::kBoardIconCount> kBoardIcons{
     "squares-four-fill",  "folder-fill",
     "briefcase-fill",     "house-fill",

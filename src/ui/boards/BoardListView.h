@@ -28,7 +28,7 @@ public:
     enum class End { top, bottom };
     /// Takes the keyboard, on the first or the last board when none is shown.
     void focusEnd(End end);
-    /// As high as its boards, so that what follows stands right under them.
+    /// The list is as high as its boards, so that what follows stands right under them.
     QSize sizeHint() const override;
 
 Q_SIGNALS:
@@ -39,8 +39,9 @@ Q_SIGNALS:
                  korvex::model::EntryPlacement placement);
     /// An entry was dropped on a board that can take it.
     void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
-    /// Up on the first board, Down on the last.
+    /// Up was pressed on the first board.
     void leftUpwards();
+    /// Down was pressed on the last board.
     void leftDownwards();
 
 protected:

@@ -22,8 +22,8 @@ public:
     struct Offer {
         /// Says what the choice is for: "Go to board".
         QString title;
-        /// In the order in which they are offered while nothing is typed. One that is deleted or
-        /// archived meanwhile leaves the list.
+        /// The boards in the order in which they are offered while nothing is typed. One that is
+        /// deleted or archived meanwhile leaves the list.
         std::vector<model::Board*> boards;
     };
     BoardPicker(Offer offer, store::ModelContext& context, const base::TextFolding& folding,

@@ -24,7 +24,7 @@ public:
     QSize sizeHint() const override;
 
 Q_SIGNALS:
-    /// Up or Down: -1 or 1.
+    /// Up (-1) or Down (1) was pressed.
     void walked(int direction);
 
 protected:

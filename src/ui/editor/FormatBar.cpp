@@ -254,7 +254,7 @@ void FormatBar::applyTheme() {
 }
 
 QRect FormatBar::anchorOf(const QAction* action) const {
-    const QWidget* const button = buttonOf(action);
+    const auto* const button = buttonOf(action);
     const auto* const place = button->isVisible() ? button : moreButton();
     return {place->mapToGlobal(QPoint()), place->size()};
 }

@@ -28,7 +28,8 @@ public:
     /// Takes it away where all of the selection has it. A heading stays bold, being a heading.
     void toggle(Emphasis emphasis);
     void toggleInlineCode();
-    /// From a caret in a code block, the whole block becomes body text.
+    /// Makes a code block of the paragraphs, or body text of a code block: from a caret in one, of
+    /// all of it.
     void toggleCodeBlock();
     /// A caret in code stands for the whole piece of code. What is no code becomes a code block.
     void setCodeLanguage(const std::string& language);

@@ -28,8 +28,8 @@ struct FormatState {
     bool operator==(const FormatState&) const = default;
 };
 
-/// Of a selection, bold, italic, underlined and struck through say what all of it is; the rest is
-/// said of its first character. Main thread.
+/// What the selection is: bold, italic, underlined and struck through when all of it is; the rest
+/// is said of its first character. Main thread.
 FormatState formatStateOf(const QTextCursor& cursor);
 
 } // namespace korvex::ui

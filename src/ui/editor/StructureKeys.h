@@ -18,8 +18,8 @@ class StructureKeys final {
 public:
     explicit StructureKeys(RichTextEdit& edit) : m_edit(edit) {}
 
-    /// True when the key has done what it means here, or was refused since the text would become
-    /// too long.
+    /// Returns true when the key has done what it means here, or was refused since the text would
+    /// become too long.
     bool handle(const QKeyEvent& event);
 
 private:

@@ -52,8 +52,8 @@ public:
     void insert(int rows, int columns);
     /// Whether the command would change anything here.
     bool isAvailable(TableAction action) const;
-    /// False, and nothing is changed, when the command is not available or the text would become
-    /// longer than an entry may be.
+    /// Carries the command out. Returns false, and changes nothing, when it is not available or the
+    /// text would become longer than an entry may be.
     bool perform(TableAction action);
     /// The table may be any of the text. The width is clamped to 80 to 600 points; without one the
     /// column gets the default.

@@ -46,7 +46,7 @@ AttachmentDrag::AttachmentDrag(EntryListModel& model, EntryListView& view,
 
 void AttachmentDrag::drag(const model::Entry& entry, const base::Uuid& id) {
     const auto shown = m_view.chips().of(m_model.rowOf(entry));
-    const int index = shown ? shown->chips->indexOf(id) : -1;
+    const auto index = shown ? shown->chips->indexOf(id) : -1;
     if (index < 0) {
         return;
     }
@@ -90,7 +90,7 @@ bool AttachmentDrag::filter(QEvent& event, const QPoint& position) {
         acceptAsCopy(drop);
         return true;
     }
-    const bool isAccepted = target && acceptAsCopy(drop);
+    const auto isAccepted = target && acceptAsCopy(drop);
     if (!isAccepted) {
         drop.ignore();
     }
@@ -116,14 +116,14 @@ std::optional<AttachmentDrag::Source> AttachmentDrag::sourceOf(const QMimeData& 
 
 std::optional<AttachmentDrag::Target>
 AttachmentDrag::targetAt(const QPoint& position, const std::optional<Source>& source) const {
-    const int row = m_view.indexAt(position).row();
+    const auto row = m_view.indexAt(position).row();
     if (row < 0 || m_model.isReadOnly()) {
         return std::nullopt;
     }
     Target target{.row = row};
     if (!m_model.entry(row)) {
         // What is written there can be stored; it has no place among chips yet.
-        const bool isDraft = m_model.kind(row) == EntryRowKind::draft;
+        const auto isDraft = m_model.kind(row) == EntryRowKind::draft;
         return isDraft && !source ? std::optional(target) : std::nullopt;
     }
     const auto chip = source ? m_view.chips().at(position) : std::nullopt;
@@ -147,9 +147,9 @@ void AttachmentDrag::mark(const std::optional<Target>& target) {
     }
     std::optional<QRect> place;
     if (target->relativeTo) {
-        const int x = target->placement == model::EntryPlacement::before
-                          ? target->chip.left() - kPlaceDistance
-                          : target->chip.right() + 1 + kPlaceDistance - kPlaceWidth;
+        const auto x = target->placement == model::EntryPlacement::before
+                           ? target->chip.left() - kPlaceDistance
+                           : target->chip.right() + 1 + kPlaceDistance - kPlaceWidth;
         place = QRect(x, target->chip.top(), kPlaceWidth, target->chip.height());
     }
     m_dropMark->mark(m_view.visualRect(m_model.index(target->row, 0)), place);

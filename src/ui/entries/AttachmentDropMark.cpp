@@ -34,7 +34,7 @@ void AttachmentDropMark::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     auto tint = accent;
     tint.setAlpha(kTint);
-    const int distance = m_theme.rowDistance() / 2;
+    const auto distance = m_theme.rowDistance() / 2;
     const int margin = RowFrame::kBoxMargin;
     painter.setPen(QPen(accent, 2));
     painter.setBrush(tint);

@@ -14,7 +14,8 @@ class AttachmentDropMark final : public QWidget {
 public:
     AttachmentDropMark(const Theme& theme, QWidget* viewport);
 
-    /// In the coordinates of the viewport; `place` is a line between two chips.
+    /// Marks the row, or the place in it, a line between two chips; in the coordinates of the
+    /// viewport.
     void mark(const QRect& row, const std::optional<QRect>& place);
 
 protected:

@@ -119,7 +119,7 @@ bool AttachmentInput::press(const QMouseEvent& event) {
         select(std::nullopt);
         return false;
     }
-    const int row = m_view.indexAt(position).row();
+    const auto row = m_view.indexAt(position).row();
     if (row != m_view.editedRow()) {
         m_view.setCurrentRow(row);
     }
@@ -150,8 +150,8 @@ bool AttachmentInput::showTip(const QHelpEvent& event) {
     if (!chip || !chip->id) {
         return false;
     }
-    const QRect anchor(m_view.viewport()->mapToGlobal(chip->rect.topLeft()), chip->rect.size());
-    if (m_preview.isShown() || m_preview.show(*chip->entry, *chip->id, anchor)) {
+    if (m_preview.isShown() ||
+        m_preview.show(*chip->entry, *chip->id, m_view.globalRect(chip->rect))) {
         return true;
     }
     const auto& list = m_model.attachments(m_view.indexAt(event.pos()).row()).attachments;
@@ -191,16 +191,16 @@ model::Entry* AttachmentInput::entryOfSelected() const {
                : nullptr;
 }
 
-/// In global coordinates.
+/// Where the selected chip lies on the screen.
 QRect AttachmentInput::selectedRect() const {
     const auto shown = m_view.chips().of(m_view.currentRow());
     const auto rect =
         shown->chips->rect(shown->chips->indexOf(*m_marks.selected)).translated(shown->topLeft);
-    return {m_view.viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+    return m_view.globalRect(rect);
 }
 
 bool AttachmentInput::filterKey(const QKeyEvent& event) {
-    const int row = m_view.currentRow();
+    const auto row = m_view.currentRow();
     auto* const current = row < 0 ? nullptr : m_model.entry(row);
     // Keys that an editor does not want come this way too.
     if (!current || !m_view.hasFocus()) {
@@ -232,13 +232,13 @@ bool AttachmentInput::enterChips(int row) {
 
 bool AttachmentInput::handleChipKey(const QKeyEvent& event, model::Entry& entry) {
     const auto id = *m_marks.selected;
-    const int row = m_view.currentRow();
+    const auto row = m_view.currentRow();
     if (event.matches(QKeySequence::Copy)) {
         m_actions.copy(entry, id);
         return true;
     }
     const auto modifiers = event.modifiers() & ~Qt::KeypadModifier;
-    const int direction = event.key() == Qt::Key_Left ? -1 : event.key() == Qt::Key_Right ? 1 : 0;
+    const auto direction = event.key() == Qt::Key_Left ? -1 : event.key() == Qt::Key_Right ? 1 : 0;
     if (direction != 0 && modifiers == Qt::AltModifier) {
         if (m_model.isReadOnly()) {
             return true;
@@ -265,7 +265,7 @@ bool AttachmentInput::handleChipKey(const QKeyEvent& event, model::Entry& entry)
         if (m_model.isReadOnly()) {
             return true;
         }
-        const int index = m_view.chips().of(row)->chips->indexOf(id);
+        const auto index = m_view.chips().of(row)->chips->indexOf(id);
         m_actions.remove(entry, id);
         if (const auto left = m_view.chips().of(row); !entryOfSelected() && left) {
             select(left->chips->idOf(std::min(index, left->chips->count() - 1)));
@@ -284,7 +284,7 @@ bool AttachmentInput::handleChipKey(const QKeyEvent& event, model::Entry& entry)
 /// Left of the first chip is the row itself.
 void AttachmentInput::step(int row, int direction) {
     const auto* const chips = m_view.chips().of(row)->chips;
-    const int next = chips->indexOf(*m_marks.selected) + direction;
+    const auto next = chips->indexOf(*m_marks.selected) + direction;
     m_preview.hide();
     if (next < 0) {
         select(std::nullopt);

@@ -22,7 +22,17 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                      .clock = workspace.clock},
                     *this),
       m_attachmentInput(m_model, *m_list, m_attachments, workspace.context, theme),
-      m_actions(parts(), workspace, theme),
+      m_actions(parts(),
+                {.context = workspace.context,
+                 .boards = workspace.boards,
+                 .undo = workspace.undo,
+                 .folding = workspace.folding,
+                 .runLoop = workspace.runLoop,
+                 .todos = {.entries = workspace.entries,
+                           .preferences = workspace.preferences,
+                           .dates = workspace.dates,
+                           .clock = workspace.clock}},
+                theme),
       m_menu(parts(), m_actions) {
     layOut({m_header, m_archivedNotice}, *m_list);
     setFocusProxy(m_list);

@@ -3,6 +3,7 @@
 #include "ui/entries/AttachmentInput.h"
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
+#include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
 
@@ -22,13 +23,13 @@ public:
     bool leave() override { return m_editing.leaveForGood(); }
 
     model::Board* board() const { return m_model.board(); }
-    /// False when what is being edited cannot be left; then the page stays as it is.
+    /// Returns false when what is being edited cannot be left; then the page stays as it is.
     bool showBoard(model::Board& board);
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
     void startTodo();
-    /// After the current entry.
+    /// Starts a new text after the current entry.
     void startText();
     /// Gives the keyboard to the list, on its first row where none is chosen.
     void focusList();

@@ -7,12 +7,12 @@
 
 namespace korvex::ui {
 
-EntryActions::EntryActions(const Parts& parts, const Workspace& workspace, const Theme& theme)
+EntryActions::EntryActions(const Parts& parts, const Services& services, const Theme& theme)
     : m_parts(parts),
-      m_workspace(workspace),
+      m_services(services),
       m_theme(theme),
-      m_todos(parts.page, workspace, theme),
-      m_ticks(workspace.runLoop) {
+      m_todos(parts.page, services.todos, theme),
+      m_ticks(services.runLoop) {
     connectList();
     connectEditing();
 }
@@ -103,7 +103,7 @@ void EntryActions::move(model::Entry& entry, int offset) {
         return;
     }
     m_parts.page.perform(
-        [&] { m_workspace.entries.moveEntry(entry.id(), offset, *m_parts.model.board()); });
+        [&] { m_services.todos.entries.moveEntry(entry.id(), offset, *m_parts.model.board()); });
     m_parts.list.setCurrentRow(m_parts.model.rowOf(entry));
 }
 
@@ -113,13 +113,14 @@ void EntryActions::drop(const base::Uuid& id, int targetRow, model::EntryPlaceme
         return;
     }
     m_parts.page.perform([&] {
-        m_workspace.entries.moveEntry(id, target->id(), placement, *m_parts.model.board());
+        m_services.todos.entries.moveEntry(id, target->id(), placement, *m_parts.model.board());
     });
 }
 
 void EntryActions::changeType(model::Entry& entry) {
     const auto other = entry.isTodo() ? model::EntryType::text : model::EntryType::todo;
-    m_parts.page.perform([&] { m_workspace.entries.changeType(entry, other, m_workspace.now()); });
+    m_parts.page.perform(
+        [&] { m_services.todos.entries.changeType(entry, other, m_services.todos.clock.now()); });
 }
 
 void EntryActions::remove(model::Entry& entry) {
@@ -151,25 +152,26 @@ void EntryActions::openSchedule(model::Entry& entry) {
 }
 
 void EntryActions::chooseBoard(model::Entry& entry) {
-    auto boards = services::BoardService::activeBoards(m_workspace.boards.boards());
+    auto boards = services::BoardService::activeBoards(m_services.boards.boards());
     std::erase(boards, entry.board());
     auto* const picker =
         new BoardPicker({.title = tr("Move to board"), .boards = std::move(boards)},
-                        m_workspace.context, m_workspace.folding, m_theme, m_parts.page.window());
+                        m_services.context, m_services.folding, m_theme, m_parts.page.window());
     connect(picker, &BoardPicker::chosen, this,
             [this, id = entry.id()](model::Board* board) { moveToBoard(id, *board); });
     picker->open();
 }
 
 void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
-    auto* const entry = m_workspace.context.find<model::Entry>(id);
+    auto* const entry = m_services.context.find<model::Entry>(id);
     if (!entry) {
         return;
     }
     const auto row = m_parts.model.rowOf(*entry);
     const auto shown = row < 0 ? QString() : shortened(m_parts.model.text(row));
-    if (!m_parts.page.perform(
-            [&] { m_workspace.entries.moveEntry(*entry, board, m_workspace.now()); })) {
+    if (!m_parts.page.perform([&] {
+            m_services.todos.entries.moveEntry(*entry, board, m_services.todos.clock.now());
+        })) {
         return;
     }
     if (row >= 0 && m_parts.model.rowOf(*entry) < 0) {
@@ -197,11 +199,11 @@ void EntryActions::takeBack(Operation&& operation) {
         return;
     }
     std::vector<base::Uuid> restored;
-    const auto changes = m_workspace.context.didChange().connect(
+    const auto changes = m_services.context.didChange().connect(
         [&](const store::ChangeSet& set) { restored = set.inserted; });
     m_parts.page.perform(operation);
     for (const auto& id : restored) {
-        const auto* const entry = m_workspace.context.find<model::Entry>(id);
+        const auto* const entry = m_services.context.find<model::Entry>(id);
         if (const auto row = entry ? m_parts.model.rowOf(*entry) : -1; row >= 0) {
             m_parts.list.setCurrentRow(row);
             m_parts.list.setFocus();
@@ -210,11 +212,11 @@ void EntryActions::takeBack(Operation&& operation) {
 }
 
 void EntryActions::undo() {
-    takeBack([this] { m_workspace.undo.undo(); });
+    takeBack([this] { m_services.undo.undo(); });
 }
 
 void EntryActions::redo() {
-    takeBack([this] { m_workspace.undo.redo(); });
+    takeBack([this] { m_services.undo.redo(); });
 }
 
 } // namespace korvex::ui

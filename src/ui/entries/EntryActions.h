@@ -1,6 +1,11 @@
 #pragma once
 
+#include "base/RunLoop.h"
+#include "base/TextFolding.h"
 #include "model/EntryPlacement.h"
+#include "services/BoardService.h"
+#include "services/UndoManager.h"
+#include "store/ModelContext.h"
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/EntryEditing.h"
 #include "ui/kit/Page.h"
@@ -25,14 +30,24 @@ public:
         EntryEditing& editing;
         AttachmentActions& attachments;
     };
-    EntryActions(const Parts& parts, const Workspace& workspace, const Theme& theme);
+    /// What the actions work with; all of it outlives them.
+    struct Services {
+        store::ModelContext& context;
+        const services::BoardService& boards;
+        services::UndoManager& undo;
+        const base::TextFolding& folding;
+        base::RunLoop& runLoop;
+        TodoServices todos;
+    };
+    EntryActions(const Parts& parts, const Services& services, const Theme& theme);
 
-    /// Stored at once; the row of a completed todo stays a little longer.
+    /// Completes the todo: that is stored at once, but its row stays a little longer.
     void complete(model::Entry& entry);
+    /// Opens the todo again, at the end of its board; where its row still stays, in its old place.
     void restore(model::Entry& entry);
-    /// By this many places among the open entries.
+    /// Moves the entry by this many places among the open ones.
     void move(model::Entry& entry, int offset);
-    /// From a todo to a text and the other way round.
+    /// Makes a text of a todo and a todo of a text.
     void changeType(model::Entry& entry);
     void remove(model::Entry& entry);
     /// Does nothing for what has no schedule.
@@ -57,7 +72,7 @@ private:
     void takeBack(Operation&& operation);
 
     Parts m_parts;
-    const Workspace& m_workspace;
+    Services m_services;
     const Theme& m_theme;
     TodoActions m_todos;
     LingeringTicks m_ticks;

@@ -14,17 +14,17 @@ std::optional<EntryChips::OfRow> EntryChips::of(int row) const {
         return std::nullopt;
     }
     // Under an editor they stand at the foot of the row, however high that is.
-    const int above = row == m_list.editedRow() ? rect.height() - laidOut.height() : 0;
+    const auto above = row == m_list.editedRow() ? rect.height() - laidOut.height() : 0;
     return OfRow{laidOut.chips(), rect.topLeft() + laidOut.chipsTopLeft() + QPoint(0, above)};
 }
 
 std::optional<EntryChips::Chip> EntryChips::at(const QPoint& position) const {
-    const int row = m_list.indexAt(position).row();
+    const auto row = m_list.indexAt(position).row();
     const auto shown = of(row);
     if (!shown) {
         return std::nullopt;
     }
-    const int index = shown->chips->chipAt(position - shown->topLeft);
+    const auto index = shown->chips->chipAt(position - shown->topLeft);
     if (index < 0) {
         return std::nullopt;
     }

@@ -121,7 +121,7 @@ void EntryEditing::recordsChanged() {
         return;
     }
     auto& editor = m_editors.current();
-    const bool isUntouched = !editor.isChanged();
+    const auto isUntouched = !editor.isChanged();
     if (!m_edited.isStillOn(m_model.board())) {
         if (isUntouched) {
             close();
@@ -135,7 +135,7 @@ void EntryEditing::recordsChanged() {
         return;
     }
     if (isUntouched) {
-        const int caret = editor.caret();
+        const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
         editor.setCaret(caret);
@@ -167,14 +167,14 @@ void EntryEditing::show(int row, int caret) {
 }
 
 void EntryEditing::close() {
-    const bool wasDraft = m_edited.isDraft();
+    const auto wasDraft = m_edited.isDraft();
     const auto* const last = entry();
     m_edited.close();
     m_view.removeEditor();
     if (wasDraft) {
         m_model.closeDraft();
     }
-    if (const int row = last ? m_model.rowOf(*last) : -1; row >= 0) {
+    if (const auto row = last ? m_model.rowOf(*last) : -1; row >= 0) {
         m_view.setCurrentRow(row);
     }
 }
@@ -214,7 +214,7 @@ void EntryEditing::split() {
 /// changed here: the text lives on.
 void EntryEditing::becomeDraft() {
     const auto& gone = *entry();
-    const bool canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
+    const auto canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
     const auto* const after = canFollow ? &gone : m_model.openEntryAbove(m_view.editedRow());
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
@@ -228,7 +228,7 @@ template <typename Request>
 void EntryEditing::forward(Request&& request) {
     if (m_storing.store()) {
         auto* const stored = entry();
-        const int caret = m_editors.current().caret();
+        const auto caret = m_editors.current().caret();
         closeToList();
         if (stored) {
             request(stored, caret);
@@ -257,7 +257,7 @@ void EntryEditing::changeType() {
 }
 
 void EntryEditing::makeNext() {
-    const bool wasEmptyDraft = m_edited.isDraft() && m_editors.current().isBlank();
+    const auto wasEmptyDraft = m_edited.isDraft() && m_editors.current().isBlank();
     if (wasEmptyDraft) {
         // Return on a line left empty ends the writing.
         closeToList();
@@ -277,7 +277,7 @@ void EntryEditing::removeAndGoUp() {
     }
     const auto* const above = m_model.draftPredecessor();
     close();
-    const int row = above ? m_model.rowOf(*above) : -1;
+    const auto row = above ? m_model.rowOf(*above) : -1;
     if (row >= 0) {
         edit(row, -1);
     } else {
@@ -286,7 +286,7 @@ void EntryEditing::removeAndGoUp() {
 }
 
 void EntryEditing::walk(int direction) {
-    const int row = m_view.editedRow() + direction;
+    const auto row = m_view.editedRow() + direction;
     if (row < 0 || row >= m_model.rowCount()) {
         return;
     }

@@ -34,7 +34,7 @@ public:
     /// Stores what was typed and closes the editor. False when it was refused: then all stays as it
     /// is.
     bool leave();
-    /// As `leave`, but a stored todo that was emptied gets its text back.
+    /// Does as `leave`, but a stored todo that was emptied gets its text back.
     bool leaveForGood();
     /// The entry under edit, for what is attached to it; a draft is stored first. Null where that
     /// was refused, with the reason in the editor.

@@ -23,10 +23,10 @@ public:
 
     /// Takes the editor for this type into use.
     void choose(model::EntryType type);
-    /// The one in use; there must be one.
+    /// The editor in use; there must be one.
     RowEditor& current() { return *m_current; }
     TodoEditor& todo() { return *m_todo; }
-    /// Once a text was edited.
+    /// The editor of texts, which is there once a text was edited.
     TextEditor& text() { return *m_text; }
 
     /// The editor in use shows what the store has.
@@ -47,11 +47,11 @@ Q_SIGNALS:
     void discarded();
     void escaped();
     void menuRequested(const QPoint& globalPosition);
-    /// Up or down over the edge of the text.
+    /// The caret is to go up (-1) or down (1) over the edge of the text.
     void walked(int direction);
-    /// Return at the end of a todo.
+    /// Return was pressed at the end of a todo.
     void nextRequested();
-    /// Backspace in an empty todo.
+    /// Backspace was pressed in an empty todo.
     void backspacedAway();
     void linesPasted(const QString& text, const QStringList& others);
     void storeRequested();
@@ -77,7 +77,7 @@ private:
     const Theme& m_theme;
     QWidget& m_viewport;
     std::unique_ptr<TodoEditor> m_todo;
-    /// Made when the first text is edited.
+    /// The editor of texts is made when the first one is edited.
     std::unique_ptr<TextEditor> m_text;
     RowEditor* m_current = nullptr;
 };

@@ -27,7 +27,7 @@ EntryItemDelegate::EntryItemDelegate(const EntryListModel& model, richtext::Code
 
 void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const {
-    const int row = index.row();
+    const auto row = index.row();
     const auto& laidOut = layout(row, option.rect.width());
     painter->save();
     painter->setClipRect(option.rect);
@@ -35,7 +35,7 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->setRenderHint(QPainter::Antialiasing);
     if (m_model.kind(row) == EntryRowKind::draft || row == m_editedRow) {
         // The editor stands here; under it are the attachments.
-        const int editor = option.rect.height() - laidOut.height();
+        const auto editor = option.rect.height() - laidOut.height();
         paintChips(*painter, laidOut, laidOut.chipsTopLeft() + QPoint(0, editor), option.state);
         painter->restore();
         return;
@@ -59,7 +59,7 @@ void EntryItemDelegate::paintPlain(QPainter& painter, const EntryRowLayout& laid
     const auto& colors = m_theme.colors();
     paintSign(painter, laidOut.sign(), row, state);
     const auto* const entry = m_model.entry(row);
-    const bool isQuiet = !entry || entry->isCompleted();
+    const auto isQuiet = !entry || entry->isCompleted();
     painter.setPen(isQuiet ? colors.secondaryText : colors.text);
     laidOut.textLayout().draw(&painter, laidOut.text().topLeft());
 

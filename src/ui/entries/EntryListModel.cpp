@@ -27,7 +27,7 @@ void mix(std::size_t& stamp, const T& value) {
 }
 
 std::size_t stampOf(const model::Entry& entry) {
-    std::size_t stamp = std::hash<std::string>()(entry.content());
+    auto stamp = std::hash<std::string>()(entry.content());
     mix(stamp, entry.isTodo());
     if (const auto& data = entry.richTextData(); data && !entry.isTodo()) {
         // Of a long one its beginning and the time of the change tell enough.
@@ -179,7 +179,7 @@ void EntryListModel::closeDraft() {
 }
 
 model::Entry* EntryListModel::draftPredecessor() const {
-    const int row = rowOf(RowKind::draft);
+    const auto row = rowOf(RowKind::draft);
     return row > 0 ? entry(row - 1) : nullptr;
 }
 
@@ -240,13 +240,13 @@ std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
 void EntryListModel::addLingering(std::vector<Row>& rows) const {
     std::vector<int> shown;
     for (const auto* const each : m_lingering) {
-        if (const int row = rowOf(*each); row >= 0 && kind(row) == RowKind::entry) {
+        if (const auto row = rowOf(*each); row >= 0 && kind(row) == RowKind::entry) {
             shown.push_back(row);
         }
     }
     // From the top: then what stands above is in its place already.
     std::sort(shown.begin(), shown.end());
-    for (const int row : shown) {
+    for (const auto row : shown) {
         rows.insert(rows.begin(), {RowKind::entry, entry(row), stampOf(*entry(row))});
         keepPlace(row, rows);
     }

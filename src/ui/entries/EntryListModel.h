@@ -75,7 +75,7 @@ public:
     /// Puts the draft after this entry, before all entries when it is null. There is at most one;
     /// its row.
     int openDraft(const model::Entry* after);
-    /// Before the row for new todos, also when entries are added there.
+    /// Opens the draft before the row for new todos, where it stays when entries are added there.
     int openDraftAtEnd();
     void closeDraft();
     bool hasDraft() const { return m_draftPlace != DraftPlace::none; }

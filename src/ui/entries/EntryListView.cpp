@@ -42,7 +42,7 @@ EntryListView::~EntryListView() = default;
 
 void EntryListView::placeEditor(RowEditor& editor, int row) {
     m_editor = &editor;
-    const int before = editedRow();
+    const auto before = editedRow();
     m_editedIndex = m_model.index(row, 0);
     if (before >= 0 && before != row) {
         measureAgain(before);
@@ -65,7 +65,7 @@ void EntryListView::revealInEditor(const QRect& part) {
 }
 
 void EntryListView::removeEditor() {
-    const int row = editedRow();
+    const auto row = editedRow();
     m_editedIndex = QPersistentModelIndex();
     if (m_editor) {
         m_editor->hide();
@@ -89,7 +89,7 @@ QRect EntryListView::scheduleAnchor(int row) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
-    return {viewport()->mapToGlobal(rect.topLeft() + local.topLeft()), local.size()};
+    return globalRect(local.translated(rect.topLeft()));
 }
 
 void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
@@ -137,8 +137,8 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::ControlModifier);
     }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    const int row = currentRow();
-    const bool isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
+    const auto row = currentRow();
+    const auto isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
     switch (event->key()) {
     case Qt::Key_Return:
     case Qt::Key_Enter:
@@ -212,7 +212,7 @@ void EntryListView::mousePressEvent(QMouseEvent* event) {
 }
 
 void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
-    const bool isEntry = m_model.entry(row) != nullptr;
+    const auto isEntry = m_model.entry(row) != nullptr;
     const auto position = event.position().toPoint();
     if (part == RowPart::sign && isEntry) {
         Q_EMIT toggleRequested(row);
@@ -232,7 +232,7 @@ void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
 
 void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
-    const int row = indexAt(position).row();
+    const auto row = indexAt(position).row();
     forgetPress();
     if (event->button() == Qt::LeftButton && partUnder(position) == RowPart::body &&
         m_model.kind(row) == EntryRowKind::entry) {
@@ -278,7 +278,7 @@ RowPart EntryListView::partAt(int row, const QPoint& position) const {
 }
 
 bool EntryListView::isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const {
-    const bool isOnLink = modifiers == Qt::ControlModifier &&
+    const auto isOnLink = modifiers == Qt::ControlModifier &&
                           partUnder(position) == RowPart::body && !linkAt(position).isEmpty();
     return isOnLink || RowListView::isPressable(position, modifiers);
 }
@@ -302,7 +302,7 @@ QString EntryListView::linkAt(const QPoint& position) const {
 }
 
 void EntryListView::startDrag(Qt::DropActions) {
-    const int row = currentRow();
+    const auto row = currentRow();
     if (row < 0 || m_model.kind(row) != EntryRowKind::entry || row == editedRow()) {
         return;
     }

@@ -40,7 +40,7 @@ void EntryReordering::paint() const {
     constexpr int kMargin = 16;
     if (m_place) {
         QPainter painter(m_list.viewport());
-        const bool isBefore = m_place->placement == model::EntryPlacement::before;
+        const auto isBefore = m_place->placement == model::EntryPlacement::before;
         paintDropLine(painter, m_list.visualRect(m_model.index(m_place->row, 0)),
                       isBefore ? Qt::TopEdge : Qt::BottomEdge, kMargin, m_theme.colors().accent);
     }
@@ -53,13 +53,13 @@ std::optional<EntryReordering::Place> EntryReordering::placeAt(const QPoint& pos
     const auto index = m_list.indexAt(position);
     if (!index.isValid() || m_model.kind(index.row()) != EntryRowKind::entry) {
         // Below the entries: after the last of them.
-        int last = m_model.rowOf(EntryRowKind::newTodo) - 1;
+        auto last = m_model.rowOf(EntryRowKind::newTodo) - 1;
         while (last >= 0 && m_model.kind(last) != EntryRowKind::entry) {
             --last;
         }
         return last < 0 ? std::nullopt : std::optional(Place{last, model::EntryPlacement::after});
     }
-    const bool isAbove = position.y() < m_list.visualRect(index).center().y();
+    const auto isAbove = position.y() < m_list.visualRect(index).center().y();
     return Place{index.row(),
                  isAbove ? model::EntryPlacement::before : model::EntryPlacement::after};
 }

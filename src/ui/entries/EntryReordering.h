@@ -18,7 +18,7 @@ namespace korvex::ui {
 /// to and shows it with a line. Main thread.
 class EntryReordering final {
 public:
-    /// Before or after the entry of a row.
+    /// A place before or after the entry of a row.
     struct Place {
         int row;
         model::EntryPlacement placement;

@@ -26,7 +26,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
                                const TextLook& look)
     : m_width(width) {
     const auto* const entry = model.entry(row);
-    const bool isFormatted = model.kind(row) == EntryRowKind::entry && !entry->isTodo();
+    const auto isFormatted = model.kind(row) == EntryRowKind::entry && !entry->isTodo();
     int bottom =
         isFormatted ? layOutFormatted(model, row, theme, look) : layOutPlain(model, row, theme);
     if (entry) {
@@ -59,8 +59,8 @@ int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const 
         text.append(u"…", {}, {}); // only the beginning is shown
     }
     const auto sizes = RowFrame::of(theme);
-    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const int room = std::max(40, m_width - left - sizes.textRight);
+    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
+    const auto room = std::max(40, m_width - left - sizes.textRight);
     m_formatted = std::make_unique<TextRow>(text, room, look);
     m_textRect =
         QRect(left, theme.rowDistance() / 2 + RowFrame::kPadding, room, m_formatted->height());
@@ -68,35 +68,35 @@ int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const 
 }
 
 int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Theme& theme) {
-    const int width = m_width;
+    const auto width = m_width;
     const auto sizes = RowFrame::of(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
-    const bool isOpenTodo = kind == EntryRowKind::entry && entry->isOpenTodo();
+    const auto isOpenTodo = kind == EntryRowKind::entry && entry->isOpenTodo();
     if (isOpenTodo) {
         m_dueLabel = model.dueLabel(*entry);
     }
 
     m_text = makeTextLayout(model.text(row), theme);
-    const bool isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
+    const auto isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
 
-    const bool hasDue = !m_dueLabel.isEmpty();
-    const int dueWidth = m_dueLabel.width(theme);
-    const int dueHeight = lineHeight(theme.smallFont());
-    const int textLeft = sizes.textLeft;
-    const int room = std::max(40, width - textLeft - sizes.textRight);
-    const int besideWidth = hasDue       ? dueWidth + 2 * RowFrame::kGap
-                            : isOpenTodo ? sizes.scheduleSize + RowFrame::kGap
-                                         : 0;
+    const auto hasDue = !m_dueLabel.isEmpty();
+    const auto dueWidth = m_dueLabel.width(theme);
+    const auto dueHeight = lineHeight(theme.smallFont());
+    const auto textLeft = sizes.textLeft;
+    const auto room = std::max(40, width - textLeft - sizes.textRight);
+    const auto besideWidth = hasDue       ? dueWidth + 2 * RowFrame::kGap
+                             : isOpenTodo ? sizes.scheduleSize + RowFrame::kGap
+                                          : 0;
     const auto [isBeside, textWidth, textHeight] =
         arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
 
-    const int line = lineHeight(theme.font());
-    const int firstLine = std::max(line, sizes.signSize);
-    const int top = theme.rowDistance() / 2;
-    const int textTop = top + RowFrame::kPadding + (firstLine - line) / 2;
+    const auto line = lineHeight(theme.font());
+    const auto firstLine = std::max(line, sizes.signSize);
+    const auto top = theme.rowDistance() / 2;
+    const auto textTop = top + RowFrame::kPadding + (firstLine - line) / 2;
     m_textRect = QRect(textLeft, textTop, textWidth, textHeight);
-    int bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::kPadding + firstLine);
+    auto bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::kPadding + firstLine);
     m_sign = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
                    top + RowFrame::kPadding + (firstLine - sizes.signSize) / 2, sizes.signSize,
                    sizes.signSize);
@@ -117,7 +117,7 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
 
 /// `bottom` is where what the row shows ends.
 void EntryRowLayout::setBox(int bottom, const Theme& theme) {
-    const int top = theme.rowDistance() / 2;
+    const auto top = theme.rowDistance() / 2;
     m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
     m_box = QRect(RowFrame::kBoxMargin, top, m_width - 2 * RowFrame::kBoxMargin,
                   m_height - theme.rowDistance());
@@ -171,7 +171,7 @@ int EntryHeightEstimate::textHeight(const std::string& content) const {
     const auto length = std::min(content.size(), kLongest);
     const auto feeds =
         std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
-    const int wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
+    const auto wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
     return (static_cast<int>(feeds) + 1 + wrapped) * m_lineHeight;
 }
 

@@ -27,7 +27,7 @@ bool EntryStoring::store() {
         return true;
     }
     auto& editor = m_editors.current();
-    const bool isDraft = m_edited.isDraft();
+    const auto isDraft = m_edited.isDraft();
     if (isDraft ? editor.isBlank() : !editor.isChanged()) {
         return true;
     }

@@ -68,7 +68,7 @@ int RowEditor::errorHeight(int width) const {
 
 void RowEditor::placeError(const QPoint& topLeft, int width) {
     if (hasError()) {
-        const int room = width - m_discard->sizeHint().width();
+        const auto room = width - m_discard->sizeHint().width();
         m_error->setGeometry({topLeft, QSize(room, m_error->heightForWidth(room))});
         m_discard->setGeometry(topLeft.x() + room, topLeft.y() - 2, width - room,
                                QFontMetrics(m_theme.smallFont()).lineSpacing() + 4);

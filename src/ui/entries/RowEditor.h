@@ -38,7 +38,6 @@ public:
 
     void showError(const QString& message);
     void clearError();
-    bool hasError() const;
 
 Q_SIGNALS:
     void neededHeightChanged();
@@ -56,6 +55,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool hasError() const;
     void applyErrorTheme();
 
     const Theme& m_theme;

@@ -20,7 +20,7 @@ namespace korvex::ui {
 
 namespace {
 
-/// Between the bar and the text.
+/// The distance between the bar and the text.
 constexpr int kBarDistance = 4;
 
 } // namespace
@@ -91,7 +91,7 @@ int TextEditor::caret() const {
 void TextEditor::setCaret(int offset) {
     const auto& document = *m_field->document();
     auto cursor = m_field->textCursor();
-    const bool isInside = offset >= 0 && offset < document.characterCount();
+    const auto isInside = offset >= 0 && offset < document.characterCount();
     cursor.setPosition(isInside ? std::min(positionOf(document, static_cast<std::size_t>(offset)),
                                            document.characterCount() - 1)
                                 : document.characterCount() - 1);
@@ -111,7 +111,7 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::neededHeight(int width) {
-    const int room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
+    const auto room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
         // The document of a hidden field knows no width.
         m_field->document()->setTextWidth(room);
@@ -123,7 +123,7 @@ int TextEditor::neededHeight(int width) {
 
 int TextEditor::contentHeight() const {
     const auto size = m_field->document()->size();
-    const bool isWide = size.width() > m_field->document()->textWidth();
+    const auto isWide = size.width() > m_field->document()->textWidth();
     return static_cast<int>(std::ceil(size.height())) +
            (isWide ? m_field->horizontalScrollBar()->sizeHint().height() : 0);
 }
@@ -154,23 +154,23 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const int room = width() - 2 * left;
+    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
+    const auto room = width() - 2 * left;
     const int top =
         theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
     const int bottom =
         height() - (theme().rowDistance() - theme().rowDistance() / 2) - RowFrame::kPadding;
-    const int error = errorHeight(room);
+    const auto error = errorHeight(room);
     m_field->setGeometry(left, top, room, bottom - error - top);
     placeError({left, bottom - error + (error > 0 ? RowFrame::kPadding / 2 : 0)}, room);
     placeBar();
 }
 
-/// At the top of the editor; of one whose top is out of sight at the top of what is seen.
+/// Puts the bar at the top of the editor, or of what is seen of one whose top is out of sight.
 void TextEditor::placeBar() {
-    const int left = RowFrame::kBoxMargin + RowFrame::kGap / 2;
-    const int barHeight = m_bar->sizeHint().height();
-    const int top = theme().rowDistance() / 2 + RowFrame::kPadding;
+    const auto left = RowFrame::kBoxMargin + RowFrame::kGap / 2;
+    const auto barHeight = m_bar->sizeHint().height();
+    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
     m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
                        width() - 2 * left, barHeight);
     m_bar->raise();
@@ -178,7 +178,7 @@ void TextEditor::placeBar() {
 
 void TextEditor::reveal() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
-    const int bar = m_bar->sizeHint().height() + kBarDistance;
+    const auto bar = m_bar->sizeHint().height() + kBarDistance;
     const int margin = RowFrame::kPadding;
     Q_EMIT revealRequested(line.adjusted(0, -bar - margin, 0, margin));
 }

@@ -46,10 +46,10 @@ void TodoEditor::setDueLabel(const DueLabel& label) {
 
 int TodoEditor::neededHeight(int width) {
     const auto frame = RowFrame::of(theme());
-    const int room = width - frame.textLeft - frame.textRight;
+    const auto room = width - frame.textLeft - frame.textRight;
     const auto arranged = arrangement(room);
-    int height = std::max(arranged.textHeight, frame.signSize) + 2 * RowFrame::kPadding +
-                 theme().rowDistance();
+    auto height = std::max(arranged.textHeight, frame.signSize) + 2 * RowFrame::kPadding +
+                  theme().rowDistance();
     if (!arranged.isBeside) {
         height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
     }
@@ -61,10 +61,10 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
     const auto frame = RowFrame::of(theme());
     QPainter painter(this);
     const QFontMetrics metrics(theme().font());
-    const int line = std::max(metrics.lineSpacing(), frame.signSize);
-    const int top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
-    const int left = frame.textLeft - (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 -
-                     frame.signSize;
+    const auto line = std::max(metrics.lineSpacing(), frame.signSize);
+    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
+    const auto left = frame.textLeft -
+                      (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 - frame.signSize;
     TodoPainting::drawCircle(painter, QRect(left, top, frame.signSize, frame.signSize),
                              TodoPainting::Circle::open, theme().colors());
 }
@@ -89,7 +89,7 @@ void TodoEditor::applyTheme() {
     m_schedule->setPalette(schedulePalette);
     m_schedule->setText(m_dueLabel.text);
     m_schedule->setAccessibleName(m_dueLabel.text.isEmpty() ? tr("Schedule") : m_dueLabel.text);
-    const int size = theme().scaled(m_dueLabel.isEmpty() ? 16 : 13);
+    const auto size = theme().scaled(m_dueLabel.isEmpty() ? 16 : 13);
     m_schedule->setIconSize({size, size});
     m_schedule->setIcon(m_dueLabel.isEmpty() ? IconSet::icon(QStringLiteral("calendar-plus"), quiet)
                         : m_dueLabel.hasReminder ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
@@ -104,26 +104,26 @@ TextArrangement TodoEditor::arrangement(int room) const {
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
     const auto frame = RowFrame::of(theme());
-    const bool hasDue = !m_dueLabel.isEmpty();
-    const int beside = hasDue ? m_dueLabel.width(theme()) + 2 * RowFrame::kGap
-                              : frame.scheduleSize + RowFrame::kGap;
+    const auto hasDue = !m_dueLabel.isEmpty();
+    const auto beside = hasDue ? m_dueLabel.width(theme()) + 2 * RowFrame::kGap
+                               : frame.scheduleSize + RowFrame::kGap;
     return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 
 void TodoEditor::place() {
     const auto frame = RowFrame::of(theme());
-    const int room = width() - frame.textLeft - frame.textRight;
-    const int lineSpacing = QFontMetrics(theme().font()).lineSpacing();
-    const int line = std::max(lineSpacing, frame.signSize);
-    const int lead = (line - lineSpacing) / 2;
-    const int top = theme().rowDistance() / 2 + RowFrame::kPadding;
+    const auto room = width() - frame.textLeft - frame.textRight;
+    const auto lineSpacing = QFontMetrics(theme().font()).lineSpacing();
+    const auto line = std::max(lineSpacing, frame.signSize);
+    const auto lead = (line - lineSpacing) / 2;
+    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
     const auto arranged = arrangement(room);
     // Some room below, so that the field never scrolls by a rounded pixel.
     m_field->setGeometry(frame.textLeft, top + lead, arranged.textWidth,
                          arranged.textHeight + RowFrame::kPadding - 1);
-    int y = top + std::max(arranged.textHeight + lead, line);
+    auto y = top + std::max(arranged.textHeight + lead, line);
 
-    const int small = QFontMetrics(theme().smallFont()).lineSpacing();
+    const auto small = QFontMetrics(theme().smallFont()).lineSpacing();
     const auto button = m_schedule->sizeHint();
     if (arranged.isBeside) {
         m_schedule->setGeometry(width() - frame.textRight - button.width() + RowFrame::kGap / 2,

@@ -98,7 +98,7 @@ void ErrorBanner::applyTheme() {
     setPalette(own);
     m_text->setPalette(own);
     m_action->setPalette(own);
-    const int size = m_theme.scaled(16);
+    const auto size = m_theme.scaled(16);
     m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
                                       size, devicePixelRatioF()));
     m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));

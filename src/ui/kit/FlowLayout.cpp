@@ -41,15 +41,15 @@ void FlowLayout::setGeometry(const QRect& rect) {
 int FlowLayout::arrange(const QRect& rect, Do what) const {
     const auto margins = contentsMargins();
     const auto room = rect.marginsRemoved(margins);
-    int x = room.left();
-    int y = room.top();
+    auto x = room.left();
+    auto y = room.top();
     int lineHeight = 0;
     for (auto* const item : m_items) {
         if (item->isEmpty()) {
             continue;
         }
         const auto wanted = item->sizeHint();
-        const int width = std::min(wanted.width(), room.width());
+        const auto width = std::min(wanted.width(), room.width());
         if (lineHeight > 0 && x + width > room.right() + 1) {
             x = room.left();
             y += lineHeight + spacing();

@@ -33,7 +33,7 @@ std::optional<int> fuzzyDistance(const QString& name, const QString& typed) {
             continue;
         }
         std::vector<int> now(static_cast<std::size_t>(length), kUnreachable);
-        int best = kUnreachable; // of all places but the one directly before
+        auto best = kUnreachable; // of all places but the one directly before
         for (qsizetype i = 0; i < length; ++i) {
             const auto place = static_cast<std::size_t>(i);
             if (!before.empty() && i >= 2) {
@@ -42,16 +42,16 @@ std::optional<int> fuzzyDistance(const QString& name, const QString& typed) {
             if (name[i] != letter) {
                 continue;
             }
-            const bool isWord = beginsWord(name, i);
+            const auto isWord = beginsWord(name, i);
             if (mustBeginWord && !isWord) {
                 continue;
             }
-            const int jump = isWord ? kWordJump : kInnerJump;
+            const auto jump = isWord ? kWordJump : kInnerJump;
             if (before.empty()) {
                 now[place] = i == 0 ? 0 : jump;
                 continue;
             }
-            const int next = i == 0 ? kUnreachable : before[place - 1];
+            const auto next = i == 0 ? kUnreachable : before[place - 1];
             now[place] = std::min({next, best + jump, kUnreachable});
         }
         before = std::move(now);
@@ -61,7 +61,7 @@ std::optional<int> fuzzyDistance(const QString& name, const QString& typed) {
     if (before.empty()) {
         return 0;
     }
-    const int least = *std::min_element(before.begin(), before.end());
+    const auto least = *std::min_element(before.begin(), before.end());
     if (least >= kUnreachable) {
         return std::nullopt;
     }

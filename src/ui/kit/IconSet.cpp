@@ -66,7 +66,7 @@ private:
 } // namespace
 
 QPixmap IconSet::pixmap(const QString& name, const QColor& color, int size, qreal scale) {
-    const int pixels = qRound(size * scale);
+    const auto pixels = qRound(size * scale);
     const auto key = QStringLiteral("korvex/%1/%2/%3").arg(name, color.name()).arg(pixels);
     QPixmap result;
     if (!QPixmapCache::find(key, &result)) {

@@ -65,14 +65,11 @@ void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
     if (!index.isValid() || index.row() >= m_heights.count()) {
         return;
     }
-    const int row = index.row();
-    if (!m_heights.isMeasured(row)) {
-        m_heights.setMeasured(row, measuredHeight(row));
-    }
-    const int view = viewport()->height();
-    const int height = m_heights.height(row);
-    const int y = visualRect(index).top();
-    int target = y;
+    const auto row = index.row();
+    const auto view = viewport()->height();
+    const auto height = exactHeight(row);
+    const auto y = visualRect(index).top();
+    auto target = y;
     switch (hint) {
     case PositionAtTop:
         target = 0;
@@ -86,7 +83,7 @@ void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
     case EnsureVisible:
         if (height > view) {
             // Where most of what is seen is this row already, nothing jumps.
-            const int seen = std::min(y + height, view) - std::max(y, 0);
+            const auto seen = std::min(y + height, view) - std::max(y, 0);
             target = seen >= view / 2 ? y : y > 0 ? 0 : view - height;
         } else if (y < 0) {
             target = 0;
@@ -140,7 +137,7 @@ std::vector<int> LazyListView::measuredRows() const {
 }
 
 void LazyListView::keyPressEvent(QKeyEvent* event) {
-    const bool isLetter = !event->text().isEmpty() && event->text().front().isPrint();
+    const auto isLetter = !event->text().isEmpty() && event->text().front().isPrint();
     if (isLetter || event->key() == Qt::Key_Escape) {
         event->ignore();
     } else {
@@ -149,21 +146,21 @@ void LazyListView::keyPressEvent(QKeyEvent* event) {
 }
 
 QModelIndex LazyListView::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
-    const int count = m_heights.count();
+    const auto count = m_heights.count();
     if (count == 0) {
         return {};
     }
     const auto current = currentIndex();
-    const int row = current.isValid() ? current.row() : visibleRows().first;
+    const auto row = current.isValid() ? current.row() : visibleRows().first;
     if (!current.isValid() && action != MoveHome && action != MoveEnd) {
         return model()->index(row, 0);
     }
     const auto onPage = [&](int direction) {
         const auto y = m_heights.top(row) + std::int64_t{direction} * viewport()->height();
-        const int there = m_heights.rowAt(y);
+        const auto there = m_heights.rowAt(y);
         return there == row ? row + direction : there;
     };
-    int next = row;
+    auto next = row;
     switch (action) {
     case MoveUp:
     case MovePrevious:
@@ -233,8 +230,7 @@ void LazyListView::scrollContentsBy(int, int dy) {
         std::abs(dy) < viewport()->height()) {
         settle({m_anchor.row, m_anchor.y + dy});
     } else {
-        const int row = m_heights.rowAt(verticalOffset());
-        settle({row, row < 0 ? 0 : static_cast<int>(m_heights.top(row)) - verticalOffset()});
+        settle(anchorAtTop());
     }
 }
 
@@ -295,9 +291,8 @@ void LazyListView::rowsInserted(const QModelIndex& parent, int first, int last) 
     auto anchor = m_anchor;
     m_heights.insert(first, last - first + 1, [this](int row) { return estimatedHeight(row); });
     // At the very top new rows are to be seen; further down they must not push away what is read.
-    const bool showsTop = verticalOffset() == 0;
-    if (anchor.row >= first && !(showsTop && first == 0)) {
-        anchor.row += last - first + 1;
+    if (verticalOffset() != 0 || first != 0) {
+        anchor.rowsInserted(first, last);
     }
     QAbstractItemView::rowsInserted(parent, first, last);
     settle(anchor);
@@ -310,27 +305,18 @@ void LazyListView::rowsAboutToBeRemoved(const QModelIndex& parent, int first, in
 
 void LazyListView::rowsRemoved(int first, int last) {
     auto anchor = m_anchor;
-    if (anchor.row > last) {
-        anchor.row -= last - first + 1;
-    } else if (anchor.row >= first) {
-        anchor = {first, std::max(anchor.y, 0)};
-    }
+    anchor.rowsRemoved(first, last);
     m_heights.remove(first, last - first + 1);
     settle(anchor);
 }
 
 void LazyListView::rowsMoved(int first, int last, int destination) {
     auto anchor = m_anchor;
-    const int count = last - first + 1;
-    const bool anchorMoves = anchor.row >= first && anchor.row <= last;
-    m_heights.move(first, count, destination);
-    if (anchorMoves) {
-        const int row = m_heights.rowAt(verticalOffset());
-        anchor = {row, static_cast<int>(m_heights.top(row)) - verticalOffset()};
-    } else if (anchor.row > last && anchor.row < destination) {
-        anchor.row -= count;
-    } else if (anchor.row < first && anchor.row >= destination) {
-        anchor.row += count;
+    m_heights.move(first, last - first + 1, destination);
+    if (anchor.isAmong(first, last)) {
+        anchor = anchorAtTop();
+    } else {
+        anchor.rowsMoved(first, last, destination);
     }
     settle(anchor);
 }
@@ -345,7 +331,7 @@ void LazyListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bo
     settle(anchor);
 }
 
-void LazyListView::settle(Anchor anchor) {
+void LazyListView::settle(RowAnchor anchor) {
     if (m_isSettling || !model() || m_heights.count() != model()->rowCount()) {
         return;
     }
@@ -363,33 +349,38 @@ void LazyListView::settle(Anchor anchor) {
             const auto wanted = m_heights.top(anchor.row) - anchor.y;
             verticalScrollBar()->setValue(static_cast<int>(
                 std::clamp<std::int64_t>(wanted, 0, verticalScrollBar()->maximum())));
-            const int y = static_cast<int>(m_heights.top(anchor.row)) - verticalOffset();
+            const auto y = static_cast<int>(m_heights.top(anchor.row)) - verticalOffset();
             if (y == anchor.y) {
                 break;
             }
             anchor.y = y;
         }
-        const int first = m_heights.rowAt(verticalOffset());
-        m_anchor = {first, static_cast<int>(m_heights.top(first)) - verticalOffset()};
+        m_anchor = anchorAtTop();
     }
     viewport()->update();
     rowsPlaced();
 }
 
-void LazyListView::measureAround(Anchor anchor) {
-    const auto measure = [this](int row) {
-        if (!m_heights.isMeasured(row)) {
-            m_heights.setMeasured(row, measuredHeight(row));
-        }
-        return m_heights.height(row);
-    };
-    int y = anchor.y;
+RowAnchor LazyListView::anchorAtTop() const {
+    const auto row = m_heights.rowAt(verticalOffset());
+    return {row, row < 0 ? 0 : static_cast<int>(m_heights.top(row)) - verticalOffset()};
+}
+
+int LazyListView::exactHeight(int row) {
+    if (!m_heights.isMeasured(row)) {
+        m_heights.setMeasured(row, measuredHeight(row));
+    }
+    return m_heights.height(row);
+}
+
+void LazyListView::measureAround(const RowAnchor& anchor) {
+    auto y = anchor.y;
     for (int row = anchor.row; row < m_heights.count() && y < viewport()->height(); ++row) {
-        y += measure(row);
+        y += exactHeight(row);
     }
     y = anchor.y;
     for (int row = anchor.row - 1; row >= 0 && y > 0; --row) {
-        y -= measure(row);
+        y -= exactHeight(row);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/kit/RowAnchor.h"
 #include "ui/kit/RowHeights.h"
 
 #include <QListView>
@@ -68,16 +69,14 @@ protected:
                      const QList<int>& roles) override;
 
 private:
-    /// A row and where its top lies in the viewport.
-    struct Anchor {
-        int row = -1;
-        int y = 0;
-    };
-
     /// Measures what is in sight around the anchor and sets range and value of the scroll bar so
     /// that the anchor stays where it is, as far as the ends of the list allow.
-    void settle(Anchor anchor);
-    void measureAround(Anchor anchor);
+    void settle(RowAnchor anchor);
+    void measureAround(const RowAnchor& anchor);
+    /// The row's height, exactly: it is measured where it was not yet.
+    int exactHeight(int row);
+    /// The row that stands at the top of the viewport.
+    RowAnchor anchorAtTop() const;
     void setScrolling();
     void rowsRemoved(int first, int last);
     void rowsMoved(int first, int last, int destination);
@@ -85,7 +84,7 @@ private:
 
     RowHeights m_heights;
     /// The first row on the screen.
-    Anchor m_anchor;
+    RowAnchor m_anchor;
     /// The anchor's row while all rows change places.
     QPersistentModelIndex m_anchorIndex;
     int m_bottomMargin = 0;

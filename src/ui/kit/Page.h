@@ -45,7 +45,7 @@ protected:
     /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
     /// order. `top` stands over the messages; the content takes the room that is left.
     void layOut(std::initializer_list<QWidget*> top, QWidget& content);
-    /// Between the messages and the content, also for the keyboard.
+    /// Puts the bar between the messages and the content, also for the keyboard.
     void insertBar(QWidget& bar);
     /// Says over the content why there is nothing in it; an empty text says nothing.
     void setHint(const QString& text);

@@ -36,7 +36,7 @@ void Popover::openAt(const QRect& anchor) {
 
 void Popover::closeNow() {
     QApplication::instance()->removeEventFilter(this);
-    const bool hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
+    const auto hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
     close();
     if (hadFocus && m_focusBefore) {
         m_focusBefore->setFocus();
@@ -53,13 +53,13 @@ void Popover::placeAgain() {
     const auto place = [](int wanted, int size, int room) {
         return std::max(kWindowMargin, std::min(wanted, room - size - kWindowMargin));
     };
-    int y = near.bottom() + kDistance;
+    auto y = near.bottom() + kDistance;
     if (y + height() > area->height() - kWindowMargin &&
         near.top() - kDistance - height() >= kWindowMargin) {
         y = near.top() - kDistance - height();
     }
-    const bool isAtRight = near.center().x() > area->width() / 2;
-    const int x = isAtRight ? near.right() + 1 - width() : near.left();
+    const auto isAtRight = near.center().x() > area->width() / 2;
+    const auto x = isAtRight ? near.right() + 1 - width() : near.left();
     move(place(x, width(), area->width()), place(y, height(), area->height()));
 }
 

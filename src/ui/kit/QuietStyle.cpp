@@ -69,13 +69,13 @@ int QuietStyle::pixelMetric(PixelMetric metric, const QStyleOption* option,
 
 void QuietStyle::drawCheckBox(const QStyleOption& option, QPainter& painter) const {
     const auto& colors = m_theme.colors();
-    const bool isOn = option.state.testFlag(State_On);
+    const auto isOn = option.state.testFlag(State_On);
     if (!isOn) {
         drawFrame(option.rect, kCheckBoxRadius, option, painter, colors.content);
         return;
     }
     drawFrame(option.rect, kCheckBoxRadius, option, painter, colors.accent);
-    const int size = option.rect.width() - 4;
+    const auto size = option.rect.width() - 4;
     painter.drawPixmap(option.rect.x() + 2, option.rect.y() + 2,
                        IconSet::pixmap(QStringLiteral("check-bold"), colors.onAccent, size,
                                        painter.device()->devicePixelRatio()));
@@ -84,8 +84,8 @@ void QuietStyle::drawCheckBox(const QStyleOption& option, QPainter& painter) con
 void QuietStyle::drawButton(const QStyleOption& option, QPainter& painter) const {
     const auto& colors = m_theme.colors();
     const auto* const button = qstyleoption_cast<const QStyleOptionButton*>(&option);
-    const bool isFlat = button && button->features.testFlag(QStyleOptionButton::Flat);
-    const bool isDown = option.state.testFlag(State_Sunken);
+    const auto isFlat = button && button->features.testFlag(QStyleOptionButton::Flat);
+    const auto isDown = option.state.testFlag(State_Sunken);
     const bool isHovered =
         option.state.testFlag(State_MouseOver) && option.state.testFlag(State_Enabled);
     const auto ground = blended(colors.text, colors.content,
@@ -100,7 +100,7 @@ void QuietStyle::drawButton(const QStyleOption& option, QPainter& painter) const
 
 void QuietStyle::drawToolButton(const QStyleOption& option, QPainter& painter) const {
     const auto& colors = m_theme.colors();
-    const bool isPressed = option.state.testFlag(State_Sunken) || option.state.testFlag(State_On);
+    const auto isPressed = option.state.testFlag(State_Sunken) || option.state.testFlag(State_On);
     const bool isHovered =
         option.state.testFlag(State_MouseOver) && option.state.testFlag(State_Enabled);
     painter.setPen(option.state.testFlag(State_HasFocus) ? QPen(colors.accent, 1.5)
@@ -115,8 +115,8 @@ void QuietStyle::drawToolButton(const QStyleOption& option, QPainter& painter) c
 void QuietStyle::drawFrame(const QRectF& rect, double radius, const QStyleOption& option,
                            QPainter& painter, const QColor& ground) const {
     const auto& colors = m_theme.colors();
-    const bool isEnabled = option.state.testFlag(State_Enabled);
-    const bool hasFocus = option.state.testFlag(State_HasFocus);
+    const auto isEnabled = option.state.testFlag(State_Enabled);
+    const auto hasFocus = option.state.testFlag(State_HasFocus);
     painter.setOpacity(isEnabled ? 1 : 0.5);
     painter.setPen(QPen(hasFocus ? colors.accent : blended(colors.text, colors.content, 0.30),
                         hasFocus ? 1.5 : 1));

@@ -120,7 +120,7 @@ private:
         std::sort(moving.begin(), moving.end());
         auto ascending = m_kept;
         std::sort(ascending.begin(), ascending.end());
-        for (const int place : moving) {
+        for (const auto place : moving) {
             const auto rank = std::lower_bound(ascending.begin(), ascending.end(), place);
             const auto from = std::find(m_kept.begin(), m_kept.end(), place);
             const auto to = rank == ascending.begin()

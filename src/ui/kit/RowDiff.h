@@ -23,7 +23,7 @@ struct RowStep {
     Kind kind;
     int first;
     int count;
-    /// For a move: the rows go before what is this row before the step.
+    /// Moved rows go before what is this row before the step.
     int destination = 0;
 
     bool operator==(const RowStep&) const = default;

@@ -23,7 +23,7 @@ std::optional<base::Uuid> draggedRow(const QMimeData& data, const char* type) {
 
 void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,
                    const QColor& color) {
-    const int y = edge == Qt::TopEdge ? row.top() : row.bottom() + 1;
+    const auto y = edge == Qt::TopEdge ? row.top() : row.bottom() + 1;
     painter.fillRect(QRect(row.left() + margin, std::max(y - 1, 0), row.width() - 2 * margin, 2),
                      color);
 }

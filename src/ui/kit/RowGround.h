@@ -28,7 +28,7 @@ inline void paintRowBox(QPainter& painter, const QRect& box, QStyle::State state
         return;
     }
     const auto& colors = theme.colors();
-    const bool isChosen = state.testFlag(QStyle::State_Selected);
+    const auto isChosen = state.testFlag(QStyle::State_Selected);
     painter.save();
     if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
         painter.setPen(Qt::NoPen);

@@ -29,8 +29,8 @@ void RowHeights::move(int first, int count, int destination) {
 }
 
 void RowHeights::setMeasured(int row, int height) {
-    Row& changed = m_rows[static_cast<std::size_t>(row)];
-    const int difference = height - changed.height;
+    auto& changed = m_rows[static_cast<std::size_t>(row)];
+    const auto difference = height - changed.height;
     changed = {.height = height, .isMeasured = true};
     if (!m_treeIsValid || difference == 0) {
         return;

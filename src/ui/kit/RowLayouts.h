@@ -21,7 +21,7 @@ public:
             return *known;
         }
         std::unique_ptr<Layout> made = make();
-        const int cost = std::min(made->cost(), kKept);
+        const auto cost = std::min(made->cost(), kKept);
         auto* const kept = made.release();
         m_kept.insert(subject, kept, cost); // takes it over
         return *kept;

@@ -18,9 +18,8 @@ void RowListView::setCurrentRow(int row) {
     scrollTo(index);
 }
 
-QRect RowListView::globalRect(int row) const {
-    const auto rect = visualRect(model()->index(row, 0));
-    return {viewport()->mapToGlobal(rect.topLeft()), rect.size()};
+QRect RowListView::globalRect(const QRect& part) const {
+    return {viewport()->mapToGlobal(part.topLeft()), part.size()};
 }
 
 void RowListView::forgetLabels() {
@@ -41,7 +40,7 @@ RowPart RowListView::partUnder(const QPoint& position) const {
 }
 
 bool RowListView::isOn(const QRect& place, const QPoint& local) const {
-    const int margin = m_theme.scaled(6);
+    const auto margin = m_theme.scaled(6);
     return !place.isEmpty() && place.adjusted(-margin, -margin, margin, margin).contains(local);
 }
 
@@ -119,14 +118,16 @@ void RowListView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void RowListView::contextMenuEvent(QContextMenuEvent* event) {
-    const bool isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
-    const int row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
+    const auto isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const auto row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
     if (row < 0 || !hasMenu(row)) {
         event->ignore();
         return;
     }
-    Q_EMIT menuRequested(row, isByKeyboard ? globalRect(row).bottomLeft() + QPoint(40, 0)
-                                           : event->globalPos());
+    const auto below = [&] {
+        return globalRect(visualRect(model()->index(row, 0))).bottomLeft() + QPoint(40, 0);
+    };
+    Q_EMIT menuRequested(row, isByKeyboard ? below() : event->globalPos());
 }
 
 void RowListView::leaveEvent(QEvent* event) {

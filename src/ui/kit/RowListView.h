@@ -31,8 +31,8 @@ public:
     virtual void setCurrentRow(int row);
     /// The number of the chosen row, or -1.
     int currentRow() const { return currentIndex().row(); }
-    /// Where a row lies, in global coordinates.
-    QRect globalRect(int row) const;
+    /// Where a part of the viewport lies on the screen.
+    QRect globalRect(const QRect& part) const;
     /// Labels and layouts are made anew when they are drawn: "now" has moved, or the theme changed.
     void forgetLabels();
 
@@ -50,8 +50,8 @@ protected:
     /// What was laid out for this row, or for all rows, is out of date.
     virtual void forgetLayout(int) {}
     virtual void forgetLayouts() {}
-    /// For the end of the constructor of a view that can be laid out; later changes of the theme
-    /// come by themselves.
+    /// Is to be called at the end of the constructor of a view that can be laid out; later changes
+    /// of the theme come by themselves.
     void applyTheme();
 
     const Theme& theme() const { return m_theme; }

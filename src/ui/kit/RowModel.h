@@ -57,7 +57,7 @@ protected:
     /// The steps of RowDiff that lead to `wanted`.
     void applySteps(const std::vector<RowStep>& steps, const std::vector<Row>& wanted) {
         for (const auto& step : steps) {
-            const int last = step.first + step.count - 1;
+            const auto last = step.first + step.count - 1;
             switch (step.kind) {
             case RowStep::Kind::remove:
                 beginRemoveRows({}, step.first, last);
@@ -86,14 +86,14 @@ protected:
         const auto before = std::exchange(m_rows, std::move(wanted));
         const auto remembered = persistentIndexList();
         for (const auto& old : remembered) {
-            const int row = placeOf(before[static_cast<std::size_t>(old.row())]);
+            const auto row = placeOf(before[static_cast<std::size_t>(old.row())]);
             changePersistentIndex(old, row < 0 ? QModelIndex() : index(row, 0));
         }
         Q_EMIT layoutChanged();
     }
 
-    /// After the steps that lead to `wanted`: takes over what rows hold besides what they stand
-    /// for. `changed` is asked of each row as it was and as it is, and says whether it looks
+    /// Takes over what rows hold besides what they stand for, after the steps that lead to
+    /// `wanted`. `changed` is asked of each row as it was and as it is, and says whether it looks
     /// different now.
     template <typename Changed>
     void takeOver(std::vector<Row> wanted, Changed&& changed) {

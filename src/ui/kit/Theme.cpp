@@ -112,7 +112,7 @@ void Theme::apply() {
     m_colors = isDark() ? darkColors(accent) : lightColors(accent);
     m_colors.onAccent = readable(m_colors.isDark ? Qt::black : Qt::white, m_colors.accent);
 
-    const double size = m_preferences.fontSize() * kPointsPerPixel;
+    const auto size = m_preferences.fontSize() * kPointsPerPixel;
     m_font = m_systemFont;
     m_font.setPointSizeF(size);
     m_smallFont = m_font;
@@ -143,14 +143,14 @@ bool Theme::isDark() const {
 }
 
 double contrast(const QColor& left, const QColor& right) {
-    const double one = luminance(left);
-    const double other = luminance(right);
+    const auto one = luminance(left);
+    const auto other = luminance(right);
     return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
 }
 
 QColor readable(QColor color, const QColor& ground, double ratio) {
     const QColor target = luminance(ground) < 0.18 ? Qt::white : Qt::black;
-    const QColor start = color;
+    const auto start = color;
     for (int step = 1; step <= 20 && contrast(color, ground) < ratio; ++step) {
         color = blended(target, start, step / 20.0);
     }

@@ -37,10 +37,10 @@ public:
     const ThemeColors& colors() const { return m_colors; }
     /// The sans-serif of the system at the preferred size.
     const QFont& font() const { return m_font; }
-    /// For labels beside a text: one size smaller.
+    /// The font of labels beside a text is one size smaller.
     const QFont& smallFont() const { return m_smallFont; }
     const QFont& titleFont() const { return m_titleFont; }
-    /// Between the texts of two rows, in pixels.
+    /// The distance between the texts of two rows, in pixels.
     int rowDistance() const;
     /// A length given for the standard font size, scaled with the preferred one.
     int scaled(int length) const;

@@ -37,13 +37,14 @@ private:
         int number = 0;
         QString title;
     };
-    /// Of the day that begins then.
+    /// The number and the title of the day that a group stands for.
     const Day& day(const schedule::CompletedTodoGroup& group);
     void filterChanged();
 
     /// Null until the page is first shown.
     std::unique_ptr<schedule::CompletedTodos> m_completed;
-    /// By the seconds of their starts, as long as today stays today.
+    /// The days that were asked for, by the seconds of their starts; forgotten when today is
+    /// another day.
     std::unordered_map<double, Day> m_days;
     std::optional<base::DayNumber> m_today;
     /// A moment of that day.

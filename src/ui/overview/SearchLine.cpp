@@ -93,7 +93,7 @@ SearchLine SearchLine::fitted(const QFontMetrics& metrics, int width) const {
         auto start = first.start;
         QTextBoundaryFinder places(QTextBoundaryFinder::Grapheme, text);
         places.setPosition(start);
-        const int markWidth = metrics.horizontalAdvance(text.mid(first.start, first.length));
+        const auto markWidth = metrics.horizontalAdvance(text.mid(first.start, first.length));
         int room =
             std::min(width / 3, width - markWidth - 2 * metrics.horizontalAdvance(ellipsis()));
         while (start > 0 && room > 0) {

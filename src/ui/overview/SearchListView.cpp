@@ -1,181 +1,18 @@
 #include "ui/overview/SearchListView.h"
 
-#include "ui/boards/BoardColors.h"
-#include "ui/boards/BoardIcons.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/RowGround.h"
+#include "ui/overview/SearchResultDelegate.h"
 
 #include <QAccessible>
-#include <QApplication>
 #include <QKeyEvent>
-#include <QMouseEvent>
-#include <QPainter>
-#include <QStyledItemDelegate>
-#include <QTextLayout>
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr int kSideMargin = 8;
-constexpr int kGap = 10;
-constexpr int kPadding = 6;
-constexpr int kLineGap = 1;
-constexpr int kSignSize = 18;
-constexpr int kSmallIconSize = 13;
-/// Between the rows of two boards, with a hairline in its middle.
-constexpr int kBoardDistance = 13;
-constexpr double kMarkStrength = 0.30;
-
-/// The places of what a row shows, from its top left corner.
-struct Places {
-    QRect box;
-    QRect sign;
-    QRect line;
-    QRect note;
-};
-
-/// What is left free above a row.
-int distanceAbove(const SearchListModel& model, int row) {
-    return row > 0 && model.beginsBoard(row) ? kBoardDistance : 0;
-}
-
-Places placesOf(int width, int above, const Theme& theme) {
-    const QFontMetrics font(theme.font());
-    const QFontMetrics small(theme.smallFont());
-    const int sign = theme.scaled(kSignSize);
-    const int first = std::max(font.lineSpacing(), sign);
-    const int top = above + theme.rowDistance() / 4;
-    const int left = kSideMargin + kGap + sign + kGap;
-    const int room = std::max(40, width - left - kSideMargin - kGap);
-    Places places;
-    places.sign = QRect(kSideMargin + kGap, top + kPadding + (first - sign) / 2, sign, sign);
-    places.line = QRect(left, top + kPadding, room, first);
-    places.note = QRect(left, places.line.bottom() + 1 + kLineGap, room, small.lineSpacing());
-    places.box =
-        QRect(kSideMargin, top, width - 2 * kSideMargin, places.note.bottom() + 1 + kPadding - top);
-    return places;
-}
-
-} // namespace
-
-/// Draws what was found.
-class SearchResultDelegate final : public QStyledItemDelegate {
-public:
-    SearchResultDelegate(const SearchListModel& model, const Theme& theme, QObject* parent)
-        : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
-
-    void paint(QPainter* painter, const QStyleOptionViewItem& option,
-               const QModelIndex& index) const override {
-        const auto& colors = m_theme.colors();
-        const auto& row = m_model.row(index.row());
-        const int above = distanceAbove(m_model, index.row());
-        const auto places = placesOf(option.rect.width(), above, m_theme);
-        painter->save();
-        painter->translate(option.rect.topLeft());
-        painter->setRenderHint(QPainter::Antialiasing);
-        if (above > 0) {
-            painter->fillRect(QRect(places.line.left(), kBoardDistance / 2, places.line.width(), 1),
-                              colors.hairline);
-        }
-        paintRowGround(*painter, places.box, option.state, colors.content, m_theme);
-        const auto iconColor = row.isBoard       ? iconColorOf(m_model.board(index.row()), colors)
-                               : row.isCompleted ? colors.accent
-                                                 : colors.secondaryText;
-        IconSet::draw(*painter, row.icon, iconColor, places.sign);
-        paintLine(*painter, row, places.line,
-                  option.state.testFlag(QStyle::State_Selected) ? colors.selection
-                                                                : colors.content);
-        paintNote(*painter, row, index.row(), places.note);
-        painter->restore();
-    }
-
-private:
-    void paintLine(QPainter& painter, const SearchRow& row, const QRect& rect,
-                   const QColor& ground) const {
-        const auto& colors = m_theme.colors();
-        auto font = m_theme.font();
-        if (row.isBoard) {
-            font.setWeight(QFont::DemiBold);
-        }
-        const auto line = row.line.fitted(QFontMetrics(font), rect.width());
-        QTextLayout layout(line.text, font);
-        QTextOption direction;
-        direction.setWrapMode(QTextOption::NoWrap);
-        direction.setTextDirection(line.text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-        layout.setTextOption(direction);
-        QList<QTextLayout::FormatRange> marks;
-        for (const auto& mark : line.marks) {
-            QTextCharFormat format;
-            format.setBackground(blended(colors.accent, ground, kMarkStrength));
-            format.setForeground(colors.text);
-            marks.append({static_cast<int>(mark.start), static_cast<int>(mark.length), format});
-        }
-        layout.setFormats(marks);
-        layout.beginLayout();
-        auto placed = layout.createLine();
-        placed.setLineWidth(rect.width());
-        layout.endLayout();
-        painter.setPen(row.isCompleted ? colors.secondaryText : colors.text);
-        layout.draw(&painter, QPointF(rect.left(), rect.center().y() + 1 - placed.height() / 2));
-    }
-
-    /// Where it stands, whether that is archived, and when it is due; what has no room is left out
-    /// from behind.
-    void paintNote(QPainter& painter, const SearchRow& row, int number, const QRect& rect) const {
-        const auto& colors = m_theme.colors();
-        const QFontMetrics metrics(m_theme.smallFont());
-        const int size = m_theme.scaled(kSmallIconSize);
-        int left = rect.left();
-        const auto icon = [&](const QString& name, const QColor& color) {
-            if (left + size <= rect.right()) {
-                IconSet::draw(painter, name, color,
-                              QRect(left, rect.center().y() - size / 2, size, size));
-            }
-            left += size + 4;
-        };
-        const auto text = [&](const QString& words, const QColor& color, int most) {
-            const int room = std::min(rect.right() + 1 - left, most);
-            if (room > 0) {
-                const auto shown = metrics.elidedText(words, Qt::ElideRight, room);
-                painter.setPen(color);
-                painter.drawText(QRect(left, rect.top(), room, rect.height()),
-                                 Qt::AlignLeft | Qt::AlignVCenter, shown);
-                left += metrics.horizontalAdvance(shown) + kGap;
-            }
-        };
-        painter.setFont(m_theme.smallFont());
-        if (row.isBoard) {
-            text(row.kind, colors.secondaryText, rect.width());
-        } else {
-            const auto& board = m_model.board(number);
-            icon(boardIconName(board.iconSystemName()), iconColorOf(board, colors));
-            // A long name leaves room for the rest.
-            text(row.boardName, colors.secondaryText,
-                 row.due.isEmpty() && !row.isArchived ? rect.width() : rect.width() * 3 / 5);
-        }
-        if (row.isArchived) {
-            icon(QStringLiteral("archive"), colors.secondaryText);
-            text(SearchListModel::tr("Archived"), colors.secondaryText, rect.width());
-        }
-        const auto dueColor = row.due.isOverdue ? colors.danger : colors.secondaryText;
-        if (!row.due.text.isEmpty()) {
-            text(row.due.text, dueColor, rect.width());
-            left -= kGap - 5;
-        }
-        if (row.due.hasReminder) {
-            icon(QStringLiteral("bell-fill"), dueColor);
-        }
-    }
-
-    const SearchListModel& m_model;
-    const Theme& m_theme;
-};
-
 SearchListView::SearchListView(SearchListModel& model, const Theme& theme, QWidget* parent)
-    : RowListView(theme, parent), m_model(model) {
-    setBottomMargin(kBoardDistance);
-    setItemDelegate(new SearchResultDelegate(model, theme, this));
+    : RowListView(theme, parent),
+      m_model(model),
+      m_delegate(new SearchResultDelegate(model, theme, this)) {
+    setBottomMargin(SearchResultDelegate::kBoardDistance);
+    setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Results"));
     applyTheme();
@@ -187,11 +24,11 @@ void SearchListView::walk(int key) {
 }
 
 int SearchListView::heightOf(int row) const {
-    return m_rowHeight + distanceAbove(m_model, row);
+    return m_rowHeight + m_delegate->distanceAbove(row);
 }
 
 void SearchListView::forgetLayouts() {
-    m_rowHeight = placesOf(kSideMargin, 0, theme()).box.bottom() + 1 + theme().rowDistance() / 4;
+    m_rowHeight = m_delegate->plainHeight();
 }
 
 void SearchListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
@@ -231,10 +68,10 @@ void SearchListView::clicked(int row, RowPart part, const QMouseEvent&) {
 
 /// Only the circle of a todo that can be ticked is a part of its own.
 RowPart SearchListView::partAt(int row, const QPoint& position) const {
-    const auto places = placesOf(viewport()->width(), distanceAbove(m_model, row), theme());
-    const bool isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
+    const auto sign = m_delegate->signRect(row, viewport()->width());
+    const auto isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
     const auto local = position - visualRect(m_model.index(row, 0)).topLeft();
-    return isTickable && isOn(places.sign, local) ? RowPart::sign : RowPart::body;
+    return isTickable && isOn(sign, local) ? RowPart::sign : RowPart::body;
 }
 
 } // namespace korvex::ui

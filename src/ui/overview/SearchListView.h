@@ -5,6 +5,8 @@
 
 namespace korvex::ui {
 
+class SearchResultDelegate;
+
 /// The list of what was found: an icon, the line with what was searched marked in it, and under it
 /// where it stands and when it is due. Boards are set apart. Changes nothing itself.
 class SearchListView final : public RowListView {
@@ -34,6 +36,7 @@ private:
     int heightOf(int row) const;
 
     SearchListModel& m_model;
+    SearchResultDelegate* m_delegate;
     /// The height of a row with nothing above it.
     int m_rowHeight = 0;
 };

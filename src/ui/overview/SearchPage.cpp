@@ -15,7 +15,12 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
       m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
       m_header(new PageHeader(tr("Search"), theme)),
       m_list(new SearchListView(m_model, theme)),
-      m_actions(*this, workspace, theme) {
+      m_actions(*this,
+                {.entries = workspace.entries,
+                 .preferences = workspace.preferences,
+                 .dates = workspace.dates,
+                 .clock = workspace.clock},
+                theme) {
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,

@@ -27,7 +27,7 @@ public:
     void search(const QString& query);
     /// Forgets what was found.
     void clear();
-    /// As an arrow or page key in the list.
+    /// Does what this arrow or page key does in the list.
     void walk(int key) { m_list->walk(key); }
     void openCurrent();
 
@@ -36,7 +36,7 @@ Q_SIGNALS:
     void boardOpenRequested(korvex::model::Board* board);
 
 private:
-    /// False when the store refused.
+    /// Searches anew. Returns false when the store refused.
     bool find();
     void open(int row);
     void toggle(int row);

@@ -26,7 +26,7 @@ TodoItemDelegate::TodoItemDelegate(const TodoListModel& model, const Theme& them
 
 void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                              const QModelIndex& index) const {
-    const int row = index.row();
+    const auto row = index.row();
     painter->save();
     painter->setClipRect(option.rect);
     painter->translate(option.rect.topLeft());
@@ -47,7 +47,7 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     painter->setPen(entry.isCompleted() ? colors.secondaryText : colors.text);
     laidOut.textLayout().draw(painter, laidOut.text().topLeft());
     if (!laidOut.detail().isEmpty()) {
-        const bool isUrgent = laidOut.detailLabel().isOverdue && !entry.isCompleted();
+        const auto isUrgent = laidOut.detailLabel().isOverdue && !entry.isCompleted();
         TodoPainting::drawDueLabel(*painter, laidOut.detail(), laidOut.detailLabel(),
                                    isUrgent ? colors.danger : colors.secondaryText, m_theme);
     }
@@ -59,8 +59,8 @@ void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int ro
     const auto& colors = m_theme.colors();
     const auto& heading = m_model.heading(row);
     const QFontMetrics metrics(headingFont(m_theme));
-    const int line = metrics.lineSpacing();
-    const int left = RowFrame::kBoxMargin + RowFrame::kGap;
+    const auto line = metrics.lineSpacing();
+    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
     const QRect place(left, rect.bottom() + 1 - m_theme.rowDistance() / 2 - line,
                       rect.width() - 2 * left, line);
     painter.setFont(headingFont(m_theme));

@@ -36,7 +36,7 @@ private:
     const TodoListModel& m_model;
     const Theme& m_theme;
     QStringList m_boardNames;
-    /// For which width the column of boards was reckoned last, and how wide it is.
+    /// The width for which the column of boards was reckoned last, and how wide it is.
     mutable int m_columnFor = -1;
     mutable int m_column = 0;
     mutable RowLayouts<TodoRowLayout> m_layouts;

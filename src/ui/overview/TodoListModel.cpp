@@ -23,7 +23,7 @@ QVariant TodoListModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid() || index.row() >= rowCount()) {
         return {};
     }
-    const int row = index.row();
+    const auto row = index.row();
     switch (role) {
     case Qt::DisplayRole:
     case Qt::AccessibleTextRole:
@@ -50,7 +50,7 @@ Qt::ItemFlags TodoListModel::flags(const QModelIndex& index) const {
 
 void TodoListModel::setGroups(const std::vector<TodoGroup>& groups, Extent extent) {
     std::vector<Row> wanted;
-    std::size_t total = groups.size();
+    auto total = groups.size();
     for (const auto& group : groups) {
         total += group.entries.size();
     }
@@ -83,7 +83,7 @@ void TodoListModel::placeHeld(std::vector<Row>& wanted) const {
     }
     // From the top: then what stands above is in its place already.
     std::sort(shown.begin(), shown.end());
-    for (const int row : shown) {
+    for (const auto row : shown) {
         if (row >= 0) {
             keepPlace(row, wanted);
         }

@@ -82,7 +82,8 @@ private:
 
     /// Puts the held todos among the wanted rows where they stand among the shown ones.
     void placeHeld(std::vector<Row>& wanted) const;
-    /// False when that would be too many steps; then nothing has happened.
+    /// Shows the wanted rows step by step. Returns false when that would be too many steps; then
+    /// nothing has happened.
     bool showBySteps(const std::vector<Row>& wanted, const Headings& headings);
     void showAtOnce(std::vector<Row> wanted);
     /// The moment of completion as the row tells it, which is empty for an open todo.

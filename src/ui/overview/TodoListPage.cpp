@@ -14,7 +14,12 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
       m_model(workspace.clock, workspace.dates, detail),
       m_header(new PageHeader(title, theme)),
       m_list(new TodoListView(m_model, theme)),
-      m_actions(*this, workspace, theme),
+      m_actions(*this,
+                {.entries = workspace.entries,
+                 .preferences = workspace.preferences,
+                 .dates = workspace.dates,
+                 .clock = workspace.clock},
+                theme),
       m_ticks(workspace.runLoop) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
@@ -139,7 +144,8 @@ void TodoListPage::tickAway(model::Entry& entry) {
     m_ticks.start(entry, [this, &entry] { endLingering(entry); });
 }
 
-/// As if nothing had been: to the place, or with the moment of completion, that it had.
+/// Makes it as if nothing had been: the todo gets the place, or the moment of completion, that it
+/// had.
 void TodoListPage::takeBack(model::Entry& entry) {
     const auto before = m_lingering.find(&entry);
     if (before == m_lingering.end()) {

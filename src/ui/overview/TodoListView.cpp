@@ -48,7 +48,7 @@ QRect TodoListView::detailRect(int row) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = laidOut.detail().isEmpty() ? laidOut.text() : laidOut.detail();
-    return {viewport()->mapToGlobal(rect.topLeft() + local.topLeft()), local.size()};
+    return globalRect(local.translated(rect.topLeft()));
 }
 
 void TodoListView::setBoardNames(const QStringList& names) {
@@ -58,7 +58,7 @@ void TodoListView::setBoardNames(const QStringList& names) {
 }
 
 void TodoListView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
-    for (const int row : measuredRows()) {
+    for (const auto row : measuredRows()) {
         const auto* const entry = m_model.entry(row);
         if (entry && ids.contains(entry->id())) {
             m_model.touch(row);
@@ -85,7 +85,7 @@ QModelIndex TodoListView::moveCursor(CursorAction action, Qt::KeyboardModifiers 
     if (!wanted.isValid() || !m_model.isHeading(wanted.row())) {
         return wanted;
     }
-    const bool isUpwards = wanted.row() < currentRow();
+    const auto isUpwards = wanted.row() < currentRow();
     for (int row = wanted.row() - 1; isUpwards && row >= 0; --row) {
         if (!m_model.isHeading(row)) {
             return m_model.index(row, 0);
@@ -96,7 +96,7 @@ QModelIndex TodoListView::moveCursor(CursorAction action, Qt::KeyboardModifiers 
 
 void TodoListView::keyPressEvent(QKeyEvent* event) {
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    const int row = currentRow();
+    const auto row = currentRow();
     if (row < 0 || m_model.isHeading(row)) {
         RowListView::keyPressEvent(event);
         return;
@@ -160,10 +160,10 @@ void TodoListView::mouseMoveEvent(QMouseEvent* event) {
 
 void TodoListView::focusInEvent(QFocusEvent* event) {
     RowListView::focusInEvent(event);
-    const bool hasCurrent = currentIndex().isValid() && !m_model.isHeading(currentRow());
-    const int row = hasCurrent        ? currentRow()
-                    : isByTab(*event) ? nearestTodo(visibleRows().first)
-                                      : -1;
+    const auto hasCurrent = currentIndex().isValid() && !m_model.isHeading(currentRow());
+    const auto row = hasCurrent        ? currentRow()
+                     : isByTab(*event) ? nearestTodo(visibleRows().first)
+                                       : -1;
     if (row >= 0) {
         setCurrentRow(row);
     }
@@ -177,7 +177,7 @@ RowPart TodoListView::partAt(int row, const QPoint& position) const {
     if (isOn(laidOut.circle(), local)) {
         return RowPart::sign;
     }
-    const bool isSchedule = m_model.detail() == TodoListModel::Detail::due;
+    const auto isSchedule = m_model.detail() == TodoListModel::Detail::due;
     return isSchedule && isOn(laidOut.detail(), local) ? RowPart::label : RowPart::body;
 }
 

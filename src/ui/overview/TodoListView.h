@@ -17,7 +17,7 @@ class TodoListView final : public RowListView {
 public:
     TodoListView(TodoListModel& model, const Theme& theme, QWidget* parent = nullptr);
 
-    /// As in every list; the first todo brings the heading along.
+    /// Does as in every list; the first todo brings its heading along into sight.
     void setCurrentRow(int row) override;
     /// The todo at this row or the next one below, else above it; -1 when there is none.
     int nearestTodo(int row) const;

@@ -33,22 +33,22 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
     }
     m_isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
     const auto sizes = RowFrame::of(theme);
-    const int room = std::max(40, width - sizes.textLeft - sizes.textRight);
-    const int detailWidth = m_detailLabel.width(theme);
-    const int boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
+    const auto room = std::max(40, width - sizes.textLeft - sizes.textRight);
+    const auto detailWidth = m_detailLabel.width(theme);
+    const auto boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
     const int beside =
         2 * RowFrame::kGap + detailWidth + (detailWidth > 0 ? RowFrame::kGap : 0) + boardWidth;
     const auto [isBeside, textWidth, textHeight] =
         arrangeText(*m_text, room, beside, BesideText::goesBelow);
 
-    const int line = QFontMetrics(theme.font()).lineSpacing();
-    const int firstLine = std::max(line, sizes.signSize);
-    const int top = theme.rowDistance() / 2;
-    const int lineTop = top + RowFrame::kPadding;
+    const auto line = QFontMetrics(theme.font()).lineSpacing();
+    const auto firstLine = std::max(line, sizes.signSize);
+    const auto top = theme.rowDistance() / 2;
+    const auto lineTop = top + RowFrame::kPadding;
     m_textRect = QRect(sizes.textLeft, lineTop + (firstLine - line) / 2, textWidth, textHeight);
     m_circle = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
                      lineTop + (firstLine - sizes.signSize) / 2, sizes.signSize, sizes.signSize);
-    int bottom = std::max(m_textRect.bottom() + 1, lineTop + firstLine);
+    auto bottom = std::max(m_textRect.bottom() + 1, lineTop + firstLine);
     if (isBeside) {
         placeBeside(lineTop, firstLine, theme);
     } else {
@@ -62,13 +62,13 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
 /// The names of boards stand in one column, the details at its left.
 void TodoRowLayout::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
-    const int line = QFontMetrics(theme.smallFont()).lineSpacing();
-    const int top = firstLineTop + (firstLineHeight - line) / 2;
-    const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
-    const int left = m_width - sizes.textRight - m_boardColumn - icon;
+    const auto line = QFontMetrics(theme.smallFont()).lineSpacing();
+    const auto top = firstLineTop + (firstLineHeight - line) / 2;
+    const auto icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
+    const auto left = m_width - sizes.textRight - m_boardColumn - icon;
     setBoard({left, top}, line, m_boardColumn, theme);
     if (!m_detailLabel.isEmpty()) {
-        const int width = m_detailLabel.width(theme);
+        const auto width = m_detailLabel.width(theme);
         m_detail = QRect(left - RowFrame::kGap - width, top, width, line);
     }
 }
@@ -76,9 +76,9 @@ void TodoRowLayout::placeBeside(int firstLineTop, int firstLineHeight, const The
 int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
     const auto sizes = RowFrame::of(theme);
     const QFontMetrics metrics(theme.smallFont());
-    const int line = metrics.lineSpacing();
-    const int icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
-    const int detailWidth = std::min(m_detailLabel.width(theme), room);
+    const auto line = metrics.lineSpacing();
+    const auto icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
+    const auto detailWidth = std::min(m_detailLabel.width(theme), room);
     const int nameWidth =
         std::min(metrics.horizontalAdvance(m_boardText) + 1, std::max(0, room - icon));
     const auto leftOf = [&](int offset, int width) {
@@ -86,7 +86,7 @@ int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
     };
     int offset = 0;
     if (!m_detailLabel.isEmpty()) {
-        const int height = m_detailLabel.height(room, theme);
+        const auto height = m_detailLabel.height(room, theme);
         m_detail = QRect(leftOf(0, detailWidth), top, detailWidth, height);
         offset = detailWidth + RowFrame::kGap;
         if (!m_boardText.isEmpty() && offset + icon + nameWidth > room) {
@@ -103,7 +103,7 @@ void TodoRowLayout::setBoard(const QPoint& topLeft, int lineHeight, int nameWidt
     if (m_boardText.isEmpty()) {
         return;
     }
-    const int icon = theme.scaled(kBoardIconSize);
+    const auto icon = theme.scaled(kBoardIconSize);
     m_boardIcon = QRect(topLeft.x(), topLeft.y() + (lineHeight - icon) / 2, icon, icon);
     m_boardNameRect = QRect(topLeft.x() + icon + kBoardIconGap, topLeft.y(), nameWidth, lineHeight);
     m_boardText =

@@ -168,7 +168,7 @@ void CodeColors::moveColors(int position, int removed, int added) {
     if (!layout || layout->formats().isEmpty() || !layout->preeditAreaText().isEmpty()) {
         return;
     }
-    const int start = position - block.position();
+    const auto start = position - block.position();
     auto ranges = layout->formats();
     for (auto& range : ranges) {
         if (range.start >= start + removed) {

@@ -29,7 +29,7 @@ public:
 
     /// Colours anew, for another appearance.
     void setLook(const TextLook& look);
-    /// At once, for a text that is new as a whole.
+    /// Colours what it can at once, for a text that is new as a whole.
     void update();
 
 private:

@@ -114,9 +114,9 @@ std::size_t offsetOf(const QTextDocument& document, int position) {
 }
 
 int positionOf(const QTextDocument& document, std::size_t offset) {
-    const int last = document.characterCount() - 1;
-    int position = static_cast<int>(std::min(offset, static_cast<std::size_t>(last)));
-    for (const int gap : gapsOf(document)) {
+    const auto last = document.characterCount() - 1;
+    auto position = static_cast<int>(std::min(offset, static_cast<std::size_t>(last)));
+    for (const auto gap : gapsOf(document)) {
         if (gap <= position) {
             ++position;
         }

@@ -24,7 +24,7 @@ void insertText(QTextCursor& cursor, const richtext::AttributedString& text, con
 /// What is selected.
 richtext::AttributedString textOf(const QTextCursor& selection);
 
-/// Between positions of a document and UTF-16 offsets of its text.
+/// These convert between positions of a document and UTF-16 offsets of its text.
 std::size_t offsetOf(const QTextDocument& document, int position);
 int positionOf(const QTextDocument& document, std::size_t offset);
 

@@ -20,7 +20,7 @@ std::u16string_view viewOf(const QString& text) {
     return {reinterpret_cast<const char16_t*>(text.utf16()), static_cast<std::size_t>(text.size())};
 }
 
-/// Of a cell that came into a table, after those beside it.
+/// The geometry of a cell that came into a table, after those beside it.
 CellGeometry geometryBeside(const TextTableCell* above, const TextTableCell* left, int row) {
     const auto* const model = above ? above : left;
     if (!model) {
@@ -85,7 +85,7 @@ void TextDocumentReader::readTable(const QTextTable& table) {
 }
 
 std::vector<TextDocumentReader::Cell> TextDocumentReader::cellsOf(const QTextTable& table) {
-    const int columns = table.columns();
+    const auto columns = table.columns();
     auto identity = table.format().property(kTableProperty).value<TextTableRef>();
     const auto isSame =
         identity && identity->columns == columns && m_tables.insert(identity.get()).second;

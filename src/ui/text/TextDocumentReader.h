@@ -27,7 +27,7 @@ protected:
     virtual richtext::CharacterAttributes attributes(const QTextCharFormat& format,
                                                      const QTextBlockFormat& block) const;
     virtual richtext::ParagraphStyle style(const QTextBlockFormat& format) const;
-    /// Of blocks that are no paragraphs of the text.
+    /// Whether the block is no paragraph of the text.
     virtual bool isLeftOut(const QTextBlock& block) const;
 
 private:

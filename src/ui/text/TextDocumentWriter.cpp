@@ -64,7 +64,7 @@ TextDocumentWriter::Rest TextDocumentWriter::removeSelection() {
         .end = behind.blockCharFormat(),
     };
     if (const auto* const table = selectedTable()) {
-        const int end = m_cursor.selectionEnd();
+        const auto end = m_cursor.selectionEnd();
         m_cursor.setPosition(table->firstPosition() - 1);
         const auto isParagraph = !isGap(m_cursor.block());
         const auto look = isParagraph ? m_cursor.blockFormat() : rest.block;
@@ -89,7 +89,7 @@ const QTextTable* TextDocumentWriter::selectedTable() const {
         return nullptr;
     }
     // Not `selectionStart`: Qt lets a selection that leaves a table begin before it.
-    const int start = std::min(m_cursor.position(), m_cursor.anchor());
+    const auto start = std::min(m_cursor.position(), m_cursor.anchor());
     const QTextTable* result = nullptr;
     for (auto* frame = m_cursor.document()->frameAt(start); frame; frame = frame->parentFrame()) {
         const auto* const table = qobject_cast<const QTextTable*>(frame);
@@ -240,7 +240,7 @@ void TextDocumentWriter::writeRuns(TextRange range) {
                 m_cursor.insertText(toQString(text.substr(0, foreign)), format);
             }
             if (foreign < text.size()) {
-                const char16_t unit = text[foreign];
+                const auto unit = text[foreign];
                 auto standIn = format;
                 standIn.setProperty(kUnitProperty, int{unit});
                 const auto breaksLine = unit == u'\r' || unit == u'\u2029';

@@ -88,7 +88,8 @@ private:
     std::unordered_set<const richtext::TextTable*> m_writtenTables;
     bool m_knowsLists = false;
     std::map<std::vector<richtext::TextListRef>, const QTextList*> m_lists;
-    /// By the address of the attributes, which stay where they are while the text is written.
+    /// The formats by the address of their attributes, which stay where they are while the text is
+    /// written.
     std::unordered_map<const richtext::CharacterAttributes*, QTextCharFormat> m_charFormats;
 };
 

@@ -19,7 +19,7 @@ using namespace richtext;
 constexpr QChar kFrameStart{0xfdd0};
 constexpr QChar kFrameEnd{0xfdd1};
 
-/// Of what a file says; half a screen.
+/// The longest distance that is taken from a file; half a screen.
 constexpr Twips kLongest = 720 * kTwipsPerPoint;
 
 struct DrawnLine {
@@ -216,7 +216,7 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
             style.direction == WritingDirection::rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     }
 
-    const double padding = ground == Ground::code ? look.codePadding() : 0;
+    const auto padding = ground == Ground::code ? look.codePadding() : 0;
     const auto set = [](double value, auto&& setter) {
         if (value != 0) {
             setter(value);
@@ -234,7 +234,7 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
         [&](double value) { format.setRightMargin(value); });
     // The lines of a code block are so far apart, and the ground's edges so far from the first and
     // the last; of two neighbours Qt takes the larger distance.
-    const double distance = ground == Ground::code ? look.codePadding() / 2 : 0;
+    const auto distance = ground == Ground::code ? look.codePadding() / 2 : 0;
     set(std::max(look.pixels(std::clamp(style.spacingBefore, 0, kLongest)), distance),
         [&](double value) { format.setTopMargin(value); });
     set(std::max(look.pixels(std::clamp(style.spacingAfter, 0, kLongest)), distance),
@@ -343,8 +343,8 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
         cursor.setCharFormat(charFormatOf(changed(cursor.charFormat()), look));
         return;
     }
-    const int start = cursor.selectionStart();
-    const int end = cursor.selectionEnd();
+    const auto start = cursor.selectionStart();
+    const auto end = cursor.selectionEnd();
     QTextCursor editing(cursor.document());
     editing.beginEditBlock();
     for (auto block = cursor.document()->findBlock(start);
@@ -357,8 +357,8 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
         std::vector<Run> runs;
         for (auto it = block.begin(); !it.atEnd(); ++it) {
             const auto fragment = it.fragment();
-            const int from = std::max(start, fragment.position());
-            const int to = std::min(end, fragment.position() + fragment.length());
+            const auto from = std::max(start, fragment.position());
+            const auto to = std::min(end, fragment.position() + fragment.length());
             if (from < to) {
                 runs.push_back({from, to, fragment.charFormat()});
             }
@@ -385,7 +385,7 @@ std::vector<QTextBlock> blocksBesideTables(const QTextDocument& document) {
     while (!frames.isEmpty()) {
         const auto* const frame = frames.takeLast();
         frames += frame->childFrames();
-        for (const int position : {frame->firstPosition() - 1, frame->lastPosition() + 1}) {
+        for (const auto position : {frame->firstPosition() - 1, frame->lastPosition() + 1}) {
             if (const auto block = document.findBlock(position); block.isValid()) {
                 result.push_back(block);
             }
@@ -399,7 +399,7 @@ bool isGap(const QTextBlock& block) {
         return false;
     }
     const auto& document = *block.document();
-    const int position = block.position();
+    const auto position = block.position();
     const auto before = position == 0 ? kFrameStart : document.characterAt(position - 1);
     const auto after = document.characterAt(position);
     if (after == kFrameStart && (before == kFrameStart || before == kFrameEnd)) {

@@ -27,7 +27,7 @@ protected:
 };
 
 std::optional<HeadingLevel> levelOf(const QTextBlockFormat& block) {
-    const int level = block.headingLevel();
+    const auto level = block.headingLevel();
     return level < 1
                ? std::nullopt
                : std::optional(kHeadingLevels[static_cast<std::size_t>(std::min(level, 3) - 1)]);
@@ -40,16 +40,16 @@ std::optional<HeadingLevel> levelOf(const QTextCharFormat& format) {
     }
     if (format.hasProperty(QTextFormat::FontSizeAdjustment)) {
         // What <font size> became; 3 is what a first heading has.
-        const int steps = format.intProperty(QTextFormat::FontSizeAdjustment);
+        const auto steps = format.intProperty(QTextFormat::FontSizeAdjustment);
         return steps < 1 ? std::nullopt
                          : std::optional(
                                kHeadingLevels[static_cast<std::size_t>(3 - std::min(steps, 3))]);
     }
     constexpr double kPointsPerPixel = 0.75;
-    const double size = format.hasProperty(QTextFormat::FontPixelSize)
-                            ? format.intProperty(QTextFormat::FontPixelSize) * kPointsPerPixel
-                            : format.fontPointSize();
-    const double ratio = size / kUsualPointSize;
+    const auto size = format.hasProperty(QTextFormat::FontPixelSize)
+                          ? format.intProperty(QTextFormat::FontPixelSize) * kPointsPerPixel
+                          : format.fontPointSize();
+    const auto ratio = size / kUsualPointSize;
     if (ratio >= 1.5) {
         return HeadingLevel::level1;
     }

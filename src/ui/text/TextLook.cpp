@@ -39,7 +39,7 @@ Hues huesOf(const ThemeColors& colors) {
 
 TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     const auto& colors = theme.colors();
-    const double basePoints = richtext::kBaseFontSize / 1000.0;
+    const auto basePoints = richtext::kBaseFontSize / 1000.0;
     m_pixelsPerTwip = QFontInfo(font).pixelSize() / basePoints / richtext::kTwipsPerPoint;
     monospacedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
 

@@ -17,7 +17,7 @@ namespace korvex::ui {
 struct TextLook {
     explicit TextLook(const Theme& theme);
 
-    /// Of everything that has no font of its own.
+    /// The font of everything that has none of its own.
     QFont font;
     QString monospacedFamily;
     QColor text;
@@ -26,9 +26,9 @@ struct TextLook {
     QColor headerFill;
     QColor separator;
 
-    /// In pixels; fractions of a pixel stay.
+    /// The length in pixels; fractions of a pixel stay.
     double pixels(richtext::Twips length) const { return length * m_pixelsPerTwip; }
-    /// In points of the screen.
+    /// The size in points of the screen.
     double pointSize(richtext::MilliPoints size) const {
         return font.pointSizeF() * size / richtext::kBaseFontSize;
     }

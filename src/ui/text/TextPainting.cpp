@@ -11,7 +11,7 @@ namespace korvex::ui {
 
 namespace {
 
-/// Of the block's lines. Qt's own rectangle forgets how far they are moved in.
+/// The rectangle of the block's lines. Qt's own forgets how far they are moved in.
 QRectF rectOf(const QTextBlock& block) {
     return block.document()->documentLayout()->blockBoundingRect(block).translated(
         block.layout()->boundingRect().left(), 0);
@@ -32,7 +32,7 @@ void paintMarker(QPainter& painter, const QTextBlock& block, const QRectF& rect,
     const QFontMetricsF metrics(font);
     const auto line = layout->lineAt(0);
     const auto isRightToLeft = block.textDirection() == Qt::RightToLeft;
-    const double gap = metrics.horizontalAdvance(QLatin1Char(' '));
+    const auto gap = metrics.horizontalAdvance(QLatin1Char(' '));
     const double x =
         isRightToLeft ? rect.right() + gap : rect.left() - gap - metrics.horizontalAdvance(marker);
     painter.setFont(font);
@@ -44,8 +44,8 @@ void paintMarker(QPainter& painter, const QTextBlock& block, const QRectF& rect,
 
 void paintUnderText(QPainter& painter, const QTextDocument& document, const TextLook& look,
                     const QRectF& exposed) {
-    const double padding = look.codePadding();
-    const double above = padding / 2;
+    const auto padding = look.codePadding();
+    const auto above = padding / 2;
     QRectF ground;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kUnitsPerCost = 200;
 constexpr int kHighestCost = 60;
-/// Over which a wide table fades out, in pixels.
+/// The stretch over which a wide table fades out, in pixels.
 constexpr int kFade = 24;
 
 } // namespace
@@ -64,7 +64,7 @@ bool TextRow::color(richtext::CodeHighlighter& code, const TextLook& look) {
 }
 
 int TextRow::caretAt(const QPointF& point) const {
-    const int position = m_document.documentLayout()->hitTest(point, Qt::FuzzyHit);
+    const auto position = m_document.documentLayout()->hitTest(point, Qt::FuzzyHit);
     return static_cast<int>(offsetOf(m_document, std::max(position, 0)));
 }
 

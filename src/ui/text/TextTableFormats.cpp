@@ -23,7 +23,7 @@ struct SideProperties {
     QTextFormat::Property style;
     QTextFormat::Property brush;
 };
-/// In the order of `Side`.
+/// The sides in the order of `Side`.
 constexpr std::array kSides{
     SideProperties{QTextFormat::TableCellTopPadding, QTextFormat::TableCellTopBorder,
                    QTextFormat::TableCellTopBorderStyle, QTextFormat::TableCellTopBorderBrush},
@@ -79,7 +79,7 @@ public:
     QList<QTextLength> constraints(double border, double outerBorder, const TextLook& look) const {
         QList<QTextLength> result;
         for (std::size_t i = 0; i < m_widths.size(); ++i) {
-            const double content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
+            const auto content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
             // The first has a border on its left, too.
             result.append(
                 QTextLength(QTextLength::FixedLength, std::ceil(content + m_paddings[i] + border) +
@@ -159,7 +159,7 @@ void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& for
             format.setProperty(kSides[i].padding, paddingOf(geometry, i, m_look));
         }
         const auto isDrawn = !m_haveOneFrame || drawsBorder(*cell, static_cast<Side>(i));
-        const double width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
+        const auto width = isDrawn ? widthOf(geometry.borders[i], m_look) : 0;
         if (width > 0) {
             format.setProperty(kSides[i].width, width);
             format.setProperty(kSides[i].style, int{QTextFrameFormat::BorderStyle_Solid});

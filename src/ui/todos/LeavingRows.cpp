@@ -17,7 +17,7 @@ LeavingRows::LeavingRows(LazyListView& list, RowOf rowOf)
 void LeavingRows::start(const model::Entry& entry, std::function<void()> done) {
     auto* const animation = new QVariantAnimation(this);
     const auto* const style = m_list.style();
-    const bool moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_list) > 0;
+    const auto moves = style->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_list) > 0;
     animation->setDuration(moves ? kLeavingMilliseconds : 0);
     animation->setStartValue(1.0);
     animation->setEndValue(0.0);
@@ -42,7 +42,7 @@ int LeavingRows::height(const model::Entry* entry, int fullHeight) const {
 }
 
 void LeavingRows::measure(const model::Entry& entry) {
-    if (const int row = m_rowOf(entry); row >= 0) {
+    if (const auto row = m_rowOf(entry); row >= 0) {
         m_list.measureAgain(row);
     }
 }

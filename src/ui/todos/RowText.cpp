@@ -48,11 +48,11 @@ std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
 }
 
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside) {
-    const int width = room - besideWidth;
-    const bool stays = beside == BesideText::stays;
+    const auto width = room - besideWidth;
+    const auto stays = beside == BesideText::stays;
     // A text that needs but one line is content with less.
     if (width >= room / (stays ? 2 : 4)) {
-        const int height = layOut(text, width);
+        const auto height = layOut(text, width);
         if (stays || text.lineCount() <= 1) {
             return {.isBeside = true, .textWidth = width, .textHeight = height};
         }

@@ -19,13 +19,13 @@ namespace {
 
 constexpr int kPanelWidth = 300;
 constexpr int kMargin = 14;
-/// In the list of presets: a moment of the user's own.
+/// Stands in the list of presets for a moment of the user's own.
 constexpr int kCustom = -1;
 
 } // namespace
 
-SchedulePopover::SchedulePopover(model::Entry& entry, const Services& services, const Theme& theme,
-                                 QWidget* window)
+SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& services,
+                                 const Theme& theme, QWidget* window)
     : Popover(theme, window),
       m_services(services),
       m_formats(services.dates.shared()),
@@ -43,7 +43,7 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const Services& services, 
     layOut();
     connectFields();
     showState();
-    QWidget* const first = m_editor.hasDue ? static_cast<QWidget*>(m_day) : m_today;
+    auto* const first = m_editor.hasDue ? static_cast<QWidget*>(m_day) : m_today;
     first->setFocus();
     setFocusProxy(first);
 }

@@ -1,11 +1,8 @@
 #pragma once
 
-#include "app/AppPreferences.h"
-#include "base/Clock.h"
 #include "schedule/TodoScheduleEditor.h"
-#include "services/EntryService.h"
 #include "ui/kit/Popover.h"
-#include "ui/workspace/DateTexts.h"
+#include "ui/todos/TodoServices.h"
 
 #include <QDateTime>
 
@@ -26,14 +23,7 @@ class SchedulePopover final : public Popover {
     Q_OBJECT
 
 public:
-    /// What the popover works with; all of it outlives the window.
-    struct Services {
-        services::EntryService& entries;
-        const app::AppPreferences& preferences;
-        const DateTexts& dates;
-        const base::Clock& clock;
-    };
-    SchedulePopover(model::Entry& entry, const Services& services, const Theme& theme,
+    SchedulePopover(model::Entry& entry, const TodoServices& services, const Theme& theme,
                     QWidget* window);
 
     /// A press outside saves what can be saved; what cannot stays open with the reason.
@@ -57,7 +47,7 @@ private:
     void save();
     void showError();
 
-    Services m_services;
+    TodoServices m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
     bool m_isShowing = false;

@@ -6,8 +6,8 @@
 
 namespace korvex::ui {
 
-TodoActions::TodoActions(Page& page, const Workspace& workspace, const Theme& theme)
-    : m_page(page), m_workspace(workspace), m_theme(theme) {}
+TodoActions::TodoActions(Page& page, const TodoServices& services, const Theme& theme)
+    : m_page(page), m_services(services), m_theme(theme) {}
 
 bool TodoActions::toggle(model::Entry& entry) {
     return entry.isCompleted() ? restore(entry) : complete(entry);
@@ -15,16 +15,16 @@ bool TodoActions::toggle(model::Entry& entry) {
 
 bool TodoActions::complete(model::Entry& entry, std::optional<base::Instant> completedAt) {
     return m_page.perform(
-        [&] { m_workspace.entries.completeTodo(entry, m_workspace.now(), completedAt); });
+        [&] { m_services.entries.completeTodo(entry, m_services.clock.now(), completedAt); });
 }
 
 bool TodoActions::restore(model::Entry& entry, std::optional<std::int64_t> position) {
     return m_page.perform(
-        [&] { m_workspace.entries.restoreTodo(entry, m_workspace.now(), position); });
+        [&] { m_services.entries.restoreTodo(entry, m_services.clock.now(), position); });
 }
 
 void TodoActions::remove(model::Entry& entry, const Removal& removal) {
-    if (!m_page.perform([&] { m_workspace.entries.deleteEntry(entry); })) {
+    if (!m_page.perform([&] { m_services.entries.deleteEntry(entry); })) {
         return;
     }
     removal.goOn();
@@ -35,12 +35,7 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {
-    auto* const popover = new SchedulePopover(entry,
-                                              {.entries = m_workspace.entries,
-                                               .preferences = m_workspace.preferences,
-                                               .dates = m_workspace.dates,
-                                               .clock = m_workspace.clock},
-                                              m_theme, m_page.window());
+    auto* const popover = new SchedulePopover(entry, m_services, m_theme, m_page.window());
     popover->openAt(globalAnchor);
     popover->setFocus();
 }

@@ -2,7 +2,7 @@
 
 #include "base/Instant.h"
 #include "model/Entry.h"
-#include "ui/workspace/Workspace.h"
+#include "ui/todos/TodoServices.h"
 
 #include <QCoreApplication>
 #include <QRect>
@@ -22,13 +22,15 @@ class TodoActions {
     Q_DECLARE_TR_FUNCTIONS(korvex::ui::TodoActions)
 
 public:
-    TodoActions(Page& page, const Workspace& workspace, const Theme& theme);
+    TodoActions(Page& page, const TodoServices& services, const Theme& theme);
 
-    /// Completes an open todo and restores a completed one. False when that was refused, as below.
+    /// Completes an open todo and restores a completed one. False when that was refused.
     bool toggle(model::Entry& entry);
-    /// At this moment; now without one.
+    /// Completes the todo as of this moment, or of now where none is given. False when that was
+    /// refused.
     bool complete(model::Entry& entry, std::optional<base::Instant> completedAt = std::nullopt);
-    /// To this place on its board; to the end without one.
+    /// Opens the todo again at this place on its board, or at the end where none is given. False
+    /// when that was refused.
     bool restore(model::Entry& entry, std::optional<std::int64_t> position = std::nullopt);
 
     struct Removal {
@@ -36,16 +38,17 @@ public:
         QString text;
         /// Leaves the list where the user can go on.
         std::function<void()> goOn;
-        /// Takes the removal back, which the page offers for a while.
+        /// Takes the removal back.
         std::function<void()> undo;
     };
+    /// Deletes the entry, and offers for a while to take that back.
     void remove(model::Entry& entry, const Removal& removal);
     /// Lets the schedule of an open todo be edited under this place on the screen.
     void openSchedule(model::Entry& entry, const QRect& globalAnchor);
 
 private:
     Page& m_page;
-    const Workspace& m_workspace;
+    TodoServices m_services;
     const Theme& m_theme;
 };
 

@@ -14,7 +14,7 @@ TodoPainting::Circle TodoPainting::circleOf(const model::Entry& entry, QStyle::S
 
 void TodoPainting::drawCircle(QPainter& painter, const QRect& rect, Circle circle,
                               const ThemeColors& colors) {
-    const bool isCompleted = circle == Circle::completed;
+    const auto isCompleted = circle == Circle::completed;
     IconSet::draw(painter,
                   isCompleted ? QStringLiteral("check-circle-fill") : QStringLiteral("circle"),
                   circle == Circle::open ? colors.secondaryText : colors.accent, rect);

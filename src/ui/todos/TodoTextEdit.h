@@ -25,7 +25,7 @@ Q_SIGNALS:
     void scheduleRequested();
     void escaped();
     void backspacedAway();
-    /// Out of the text, up (-1) or down (1).
+    /// The caret is to go out of the text, up (-1) or down (1).
     void walked(int direction);
     /// The todo itself is to change places.
     void moveRequested(int offset);

@@ -47,7 +47,7 @@ void AppearanceMenu::fill() {
     addSeparator();
     group = new QActionGroup(this);
     auto* const sizes = addMenu(tr("Font size"));
-    for (const int size : kFontSizes) {
+    for (const auto size : kFontSizes) {
         add(*sizes, QString::number(size), [this, size] {
             m_preferences.setFontSize(size);
         })->setChecked(m_preferences.fontSize() == size);

@@ -39,7 +39,11 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .boardPage = *m_boardPage,
                  .boardActions = m_boardActions,
                  .navigation = m_navigation},
-                workspace, theme),
+                {.context = workspace.context,
+                 .undo = workspace.undo,
+                 .folding = workspace.folding,
+                 .preferences = workspace.preferences},
+                theme),
       m_layout(*this, *m_splitter, *m_sidebar, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     setMinimumSize(kSmallestSize);
@@ -61,7 +65,6 @@ MainWindow::~MainWindow() = default;
 void MainWindow::layOut() {
     m_splitter->addWidget(m_sidebar);
     m_splitter->addWidget(m_pages);
-    m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(1, 1);
     auto* const column = new QVBoxLayout(this);
@@ -102,7 +105,7 @@ Page* MainWindow::makeArchivedPage() {
         m_navigation.takeKeyboard();
     });
     connect(page, &ArchivedBoardsPage::unarchiveRequested, this,
-            [this](model::Board* board) { m_boardActions.setArchived(*board, false); });
+            [this](model::Board* board) { m_boardActions.unarchive(*board); });
     connect(page, &ArchivedBoardsPage::deletionRequested, this,
             [this](model::Board* board, const QRect& anchor) {
                 m_boardActions.confirmDeletion(*board, anchor);
@@ -129,7 +132,7 @@ void MainWindow::connectBoardPage() {
         m_boardActions.chooseIcon(*m_boardPage->board(), anchor);
     });
     connect(m_boardPage, &BoardPage::unarchiveRequested, this,
-            [this] { m_boardActions.setArchived(*m_boardPage->board(), false); });
+            [this] { m_boardActions.unarchive(*m_boardPage->board()); });
     connect(&m_boardPage->entries(), &EntryListModel::countsChanged, this, [this] {
         auto* const board = m_boardPage->board();
         if (board && m_sidebar->boards().rowOf(*board) >= 0) {

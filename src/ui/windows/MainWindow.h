@@ -5,6 +5,7 @@
 #include "ui/windows/SearchSession.h"
 #include "ui/windows/WindowActions.h"
 #include "ui/windows/WindowLayout.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QWidget>
 

@@ -32,7 +32,7 @@ public:
     void start();
 
     PageKind currentPage() const;
-    /// False when what is being edited cannot be left; then its page stays, and says why.
+    /// Returns false when what is being edited cannot be left; then its page stays, and says why.
     bool showPage(PageKind page);
     void showBoard(model::Board& board);
     /// Shows the board and gives its list the keyboard.
@@ -42,10 +42,10 @@ public:
     /// The board that is shown, or was before an archived one or before a page over all boards.
     /// False when there is none.
     bool showLastBoard();
-    /// From a page over all boards to the board, from an archived board to the list of them, from
-    /// the search to where it was begun.
+    /// Goes from a page over all boards to the board, from an archived board to the list of them,
+    /// from the search to where it was begun.
     void goBack();
-    /// To where the search was begun, without the keyboard.
+    /// Goes to where the search was begun, without the keyboard.
     void leaveSearch();
     /// Gives it to the page that is shown.
     void takeKeyboard();

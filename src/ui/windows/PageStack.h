@@ -23,7 +23,7 @@ public:
 
     void show(PageKind kind);
     PageKind currentKind() const { return m_current; }
-    /// Only once a page has been shown.
+    /// The page in sight; one must have been shown.
     Page& current() const { return *m_pages.at(m_current).page; }
 
 private:

@@ -20,12 +20,12 @@ constexpr int kBoardShortcuts = 9;
 
 } // namespace
 
-WindowActions::WindowActions(const Parts& parts, const Workspace& workspace, const Theme& theme)
+WindowActions::WindowActions(const Parts& parts, const Services& services, const Theme& theme)
     : QObject(&parts.window),
       m_parts(parts),
-      m_workspace(workspace),
+      m_services(services),
       m_theme(theme),
-      m_undo(workspace.undo, parts.window) {
+      m_undo(services.undo, parts.window) {
     addShortcuts();
     connect(&m_undo, &UndoActions::undoRequested, this, [this] {
         if (m_parts.navigation.currentPage() == PageKind::board) {
@@ -76,9 +76,10 @@ void WindowActions::addShortcuts() {
     }
 }
 
-/// On a page that follows the store; a board's page shows by itself what came back.
+/// Undoes or redoes on a page that follows the store; a board's page shows by itself what came
+/// back.
 void WindowActions::takeBack(void (services::UndoManager::*step)()) {
-    if (const auto message = refusal([&] { (m_workspace.undo.*step)(); })) {
+    if (const auto message = refusal([&] { (m_services.undo.*step)(); })) {
         Q_EMIT refused(*message);
     }
 }
@@ -108,7 +109,7 @@ void WindowActions::pickBoard() {
     }
     auto* const picker = new BoardPicker(
         {.title = tr("Go to board"), .boards = m_parts.sidebar.boards().activeBoards()},
-        m_workspace.context, m_workspace.folding, m_theme, &m_parts.window);
+        m_services.context, m_services.folding, m_theme, &m_parts.window);
     connect(picker, &BoardPicker::chosen, this,
             [this](model::Board* board) { m_parts.navigation.openBoard(*board); });
     picker->open();
@@ -152,7 +153,7 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     menu->addSeparator();
     m_parts.boardActions.addTo(*menu, *page.board());
     menu->addSeparator();
-    menu->addMenu(new AppearanceMenu(m_workspace.preferences, menu));
+    menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebar.isHidden() ? tr("Show sidebar") : tr("Hide sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
     menu->popup(globalPosition);

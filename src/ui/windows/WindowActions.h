@@ -1,7 +1,11 @@
 #pragma once
 
+#include "app/AppPreferences.h"
+#include "base/TextFolding.h"
+#include "model/Board.h"
+#include "services/UndoManager.h"
+#include "store/ModelContext.h"
 #include "ui/windows/UndoActions.h"
-#include "ui/workspace/Workspace.h"
 
 #include <QObject>
 
@@ -32,7 +36,14 @@ public:
         BoardActions& boardActions;
         Navigation& navigation;
     };
-    WindowActions(const Parts& parts, const Workspace& workspace, const Theme& theme);
+    /// What the actions work with; all of it outlives them.
+    struct Services {
+        store::ModelContext& context;
+        services::UndoManager& undo;
+        const base::TextFolding& folding;
+        app::AppPreferences& preferences;
+    };
+    WindowActions(const Parts& parts, const Services& services, const Theme& theme);
 
 Q_SIGNALS:
     /// Why something was not done, in words for the user.
@@ -54,7 +65,7 @@ private:
     void openPageMenu(const QPoint& globalPosition);
 
     Parts m_parts;
-    const Workspace& m_workspace;
+    Services m_services;
     const Theme& m_theme;
     UndoActions m_undo;
     QAction* m_find = nullptr;

@@ -7,14 +7,15 @@ class QWidget;
 
 namespace korvex::ui {
 
-/// Where the main window stands and how it is divided, from one start to the next. Main thread.
+/// Keeps where the main window stands and how it is divided, from one start to the next. Main
+/// thread.
 class WindowLayout {
 public:
     /// The sidebar is the left part of the splitter, the window's whole content.
     WindowLayout(QWidget& window, QSplitter& splitter, QWidget& sidebar,
                  app::UserDefaults& defaults);
 
-    /// As it was saved last; the first time in a size that suits most screens.
+    /// Lays the window out as it was saved last; the first time in a size that suits most screens.
     void restore();
     void save();
 

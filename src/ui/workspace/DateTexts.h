@@ -11,7 +11,7 @@ namespace korvex::ui {
 class DateTexts {
 public:
     const base::DateFormats& formats() const { return *shared(); }
-    /// For who keeps them: they stay as they are when the zone changes.
+    /// The formats for who keeps them: these stay as they are when the zone changes.
     std::shared_ptr<const base::DateFormats> shared() const {
         if (!m_formats) {
             m_formats =

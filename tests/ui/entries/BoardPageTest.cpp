@@ -290,7 +290,7 @@ TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
     EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Open"));
     EXPECT_TRUE(row->state().checkable);
     EXPECT_FALSE(row->state().checked);
-    EXPECT_EQ(row->rect().size(), this->list().globalRect(0).size());
+    EXPECT_EQ(row->rect().size(), this->list().visualRect(page.entries().index(0, 0)).size());
 }
 
 TEST_F(BoardPageTest, EveryControlHasAName) {

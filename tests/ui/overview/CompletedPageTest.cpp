@@ -247,7 +247,7 @@ TEST_F(CompletedPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
     own.entries.completeTodos(*inbox, kNow);
     show();
     ASSERT_EQ(listModel().rowCount(), 10'001);
-    const auto height = [this](int row) { return list().globalRect(row).height(); };
+    const auto height = [this](int row) { return rectOf(row).height(); };
     EXPECT_LT(height(10'000), height(1)) << "a guess, without a look at the text";
     own.entries.updateTodo(*todos.front(), "needle", kNow);
     search().setText(QStringLiteral("needle"));

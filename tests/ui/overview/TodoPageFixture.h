@@ -67,6 +67,8 @@ protected:
 
     ui::TodoListView& list() { return *page.template findChild<ui::TodoListView*>(); }
     ui::TodoListModel& listModel() { return *qobject_cast<ui::TodoListModel*>(list().model()); }
+    /// Where a row stands in the list's viewport.
+    QRect rectOf(int row) { return list().visualRect(listModel().index(row, 0)); }
     void choose(const model::Entry& entry) {
         list().setFocus();
         list().setCurrentRow(listModel().rowOf(entry));

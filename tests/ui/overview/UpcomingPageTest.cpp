@@ -32,12 +32,9 @@ protected:
         }
         return false;
     }
-    QPoint centerOf(const QRect& global) {
-        return list().viewport()->mapFromGlobal(global.center());
-    }
     QPoint circleOf(const model::Entry& entry) {
-        const auto rect = list().globalRect(listModel().rowOf(entry));
-        return list().viewport()->mapFromGlobal(rect.topLeft()) + QPoint(26, rect.height() / 2);
+        const auto rect = rectOf(listModel().rowOf(entry));
+        return rect.topLeft() + QPoint(26, rect.height() / 2);
     }
 };
 
@@ -125,7 +122,7 @@ TEST_F(UpcomingPageTest, UndoWhileARowIsLeavingBringsItBackInFullHeight) {
     auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
     show();
     list().setStyle(nullptr); // the application's, in which rows move
-    const auto height = [this] { return list().globalRect(1).height(); };
+    const auto height = [this] { return rectOf(1).height(); };
     const auto full = height();
     choose(todo);
     key(Qt::Key_Space);
@@ -186,7 +183,7 @@ TEST_F(UpcomingPageTest, ReturnADoubleClickAndTheMenuOpenTheEntryOnItsBoard) {
     choose(todo);
     key(Qt::Key_Return);
     QTest::mouseDClick(list().viewport(), Qt::LeftButton, {},
-                       centerOf(list().globalRect(listModel().rowOf(todo))));
+                       rectOf(listModel().rowOf(todo)).center());
     Q_EMIT list().menuRequested(1, page.mapToGlobal(QPoint(50, 50)));
     auto* const menu = page.findChild<QMenu*>();
     ASSERT_NE(menu, nullptr);
@@ -205,8 +202,9 @@ TEST_F(UpcomingPageTest, TheDueLabelAndControlDOpenTheSchedule) {
     auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
     show();
     const auto popover = [this] { return page.findChild<SchedulePopover*>(); };
-    QTest::mouseClick(list().viewport(), Qt::LeftButton, {},
-                      centerOf(list().detailRect(listModel().rowOf(todo))));
+    QTest::mouseClick(
+        list().viewport(), Qt::LeftButton, {},
+        list().viewport()->mapFromGlobal(list().detailRect(listModel().rowOf(todo)).center()));
     ASSERT_NE(popover(), nullptr);
     for (auto* const button : popover()->findChildren<QPushButton*>()) {
         if (button->text() == QStringLiteral("Tomorrow")) {
@@ -244,7 +242,7 @@ TEST_F(UpcomingPageTest, ChangesFromElsewhereLeaveChoiceAndPlaceOnTheScreenAlone
     show();
     choose(*todos[100]);
     list().scrollTo(list().currentIndex(), QAbstractItemView::PositionAtCenter);
-    const auto place = list().globalRect(list().currentRow()).top();
+    const auto place = rectOf(list().currentRow()).top();
     elsewhere([&](tests::StoreClient& client) {
         client.entries.completeTodo(theirs(client, *todos[3]), kNow);
         client.entries.updateTodo(theirs(client, *todos[101]), "changed", kNow + 1.0);
@@ -257,18 +255,18 @@ TEST_F(UpcomingPageTest, ChangesFromElsewhereLeaveChoiceAndPlaceOnTheScreenAlone
     EXPECT_EQ(rows().size(), 1U + 198 + 2);
     EXPECT_EQ(rows()[1], "[ ] new");
     EXPECT_EQ(currentText(), "todo 100");
-    EXPECT_EQ(list().globalRect(list().currentRow()).top(), place);
+    EXPECT_EQ(rectOf(list().currentRow()).top(), place);
     EXPECT_EQ(listModel().text(listModel().rowOf(*todos[101])), QStringLiteral("changed"));
 }
 
 TEST_F(UpcomingPageTest, ALongerTextElsewhereMakesItsRowHigher) {
     auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
     show();
-    const int height = list().globalRect(1).height();
+    const int height = rectOf(1).height();
     elsewhere([&](tests::StoreClient& client) {
         client.entries.updateTodo(theirs(client, todo), std::string(400, 'w') + " end", kNow);
     });
-    EXPECT_GT(list().globalRect(1).height(), 2 * height) << "wrapped, never cut";
+    EXPECT_GT(rectOf(1).height(), 2 * height) << "wrapped, never cut";
 }
 
 TEST_F(UpcomingPageTest, ABoardsNewNameAndItsArchivingAreFollowed) {
@@ -312,7 +310,7 @@ TEST_F(UpcomingPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
         return last - first + 1;
     };
     EXPECT_LT(shown(), 40);
-    const auto height = [this](int row) { return list().globalRect(row).height(); };
+    const auto height = [this](int row) { return rectOf(row).height(); };
     EXPECT_LT(height(10'000), height(1)) << "a guess, without a look at the text";
     list().setCurrentRow(10'000);
     EXPECT_EQ(list().visibleRows().second, 10'000);

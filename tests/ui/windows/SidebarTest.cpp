@@ -132,10 +132,10 @@ TEST_F(SidebarTest, ArchivedBoardsCanBeReached) {
     auto* const archived = found == rows.end() ? nullptr : *found;
     ASSERT_NE(archived, nullptr);
     EXPECT_TRUE(archived->isHidden());
-    actions.setArchived(*work, true);
+    actions.archive(*work);
     EXPECT_FALSE(archived->isHidden());
     EXPECT_THAT(sidebar.boards().archivedBoards(), ElementsAre(work));
-    actions.setArchived(*work, false);
+    actions.unarchive(*work);
     EXPECT_TRUE(archived->isHidden());
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));
 }

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "base/Clock.h"
+#include "services/EntryService.h"
+#include "ui/workspace/DateTexts.h"
+
+namespace korvex::ui {
+
+/// What is needed to change a todo at its row, its schedule too; all of it outlives the views.
+struct TodoServices {
+    services::EntryService& entries;
+    const app::AppPreferences& preferences;
+    const DateTexts& dates;
+    const base::Clock& clock;
+};
+
+} // namespace korvex::ui
