@@ -61,12 +61,66 @@ std::optional<base::Instant> pendingReminder(const Entry& entry) {
     return entry.isOpenTodo() ? entry.reminderDate() : std::nullopt;
 }
 
-std::string_view takenBackLine(const Entry& entry, const EntryChange& change) {
-    if (change.isCompletion()) {
-        return entry.isCompleted() ? "Completed todo" : "Restored todo";
+/// Takes the changes of several entries back, and knows what is then to be told of them.
+class TakingBack {
+public:
+    explicit TakingBack(const RecordWriter& writer) : m_writer(writer) {}
+
+    /// All but the place, which waits until every entry is in the list that it belongs to.
+    void takeBack(const EntryChange& change, Entry& entry) {
+        const auto place = change.placeToGiveBack(entry);
+        const auto reminder = pendingReminder(entry);
+        const auto wasActive = entry.isActive();
+        const auto wasTodo = entry.isTodo();
+        change.takeBackFields(entry);
+        validateChanged(entry);
+        if (place) {
+            m_places.push_back({.entry = &entry,
+                                .board = &m_writer.persisted<model::Board>(place->board),
+                                .index = place->index});
+        } else if (entry.isActive() != wasActive) {
+            m_unplaced.push_back(&entry);
+        }
+        m_hasTodos = m_hasTodos || wasTodo || entry.isTodo();
+        if (reminder && pendingReminder(entry) != reminder) {
+            m_withoutReminder.push_back(entry.id());
+        }
+        if (place || entry.hasChanges()) {
+            m_lines.emplace_back(lineFor(change, entry), entry.id());
+        }
     }
-    return entry.isTodo() ? "Updated todo" : "Updated text entry";
-}
+
+    void settlePlaces() {
+        putInPlace(m_places);
+        // Another has put them on another board: there they join the list that is now theirs.
+        for (const auto* const board : boardsOf(m_unplaced)) {
+            normalizeSortOrder(*board);
+        }
+    }
+
+    void log() const {
+        for (const auto& [line, id] : m_lines) {
+            m_writer.logDone(line, id);
+        }
+    }
+    bool hasTodos() const { return m_hasTodos; }
+    const std::vector<base::Uuid>& withoutReminder() const { return m_withoutReminder; }
+
+private:
+    static std::string_view lineFor(const EntryChange& change, const Entry& entry) {
+        if (change.isCompletion()) {
+            return entry.isCompleted() ? "Completed todo" : "Restored todo";
+        }
+        return entry.isTodo() ? "Updated todo" : "Updated text entry";
+    }
+
+    const RecordWriter& m_writer;
+    std::vector<PlacedEntry> m_places;
+    std::vector<Entry*> m_unplaced;
+    std::vector<base::Uuid> m_withoutReminder;
+    std::vector<std::pair<std::string_view, base::Uuid>> m_lines;
+    bool m_hasTodos = false;
+};
 
 } // namespace
 
@@ -122,47 +176,16 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
             refuse();
         }
     }
-    std::vector<base::Uuid> withoutReminder;
-    auto areTodos = false;
-    std::vector<std::string_view> lines(entries.size());
+    TakingBack taking(m_writer);
     make({.name = name, .entries = entries}, [&] {
-        std::vector<PlacedEntry> places;
-        std::vector<Entry*> unplaced;
         for (std::size_t i = 0; i < changes.size(); ++i) {
-            auto& entry = *entries[i];
-            const auto place = changes[i].placeToGiveBack(entry);
-            const auto reminder = pendingReminder(entry);
-            const auto wasActive = entry.isActive();
-            areTodos = areTodos || entry.isTodo();
-            changes[i].takeBackFields(entry);
-            validateChanged(entry);
-            areTodos = areTodos || entry.isTodo();
-            if (reminder && pendingReminder(entry) != reminder) {
-                withoutReminder.push_back(entry.id());
-            }
-            if (place) {
-                places.push_back({.entry = &entry,
-                                  .board = &m_writer.persisted<model::Board>(place->board),
-                                  .index = place->index});
-            } else if (entry.isActive() != wasActive) {
-                unplaced.push_back(&entry);
-            }
-            if (place || entry.hasChanges()) {
-                lines[i] = takenBackLine(entry, changes[i]);
-            }
+            taking.takeBack(changes[i], *entries[i]);
         }
-        putInPlace(places);
-        for (const auto* const board : boardsOf(unplaced)) {
-            normalizeSortOrder(*board);
-        }
+        taking.settlePlaces();
     });
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (!lines[i].empty()) {
-            m_writer.logDone(lines[i], entries[i]->id());
-        }
-    }
-    if (areTodos) {
-        m_listeners.todosChanged(withoutReminder);
+    taking.log();
+    if (taking.hasTodos()) {
+        m_listeners.todosChanged(taking.withoutReminder());
     }
 }
 

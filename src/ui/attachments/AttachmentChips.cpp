@@ -1,12 +1,12 @@
 #include "ui/attachments/AttachmentChips.h"
 
+#include "base/ByteSize.h"
 #include "ui/attachments/AttachmentKind.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/Text.h"
 
 #include <QCoreApplication>
 #include <QFontMetrics>
-#include <QLocale>
 
 #include <algorithm>
 
@@ -23,7 +23,6 @@ constexpr int kSidePadding = 7;
 constexpr int kPadding = 3;
 constexpr int kInnerGap = 5;
 constexpr int kCornerRadius = 5;
-constexpr int kTenMegabytes = 10 * 1024 * 1024;
 /// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
@@ -53,12 +52,6 @@ QString shownFilename(const std::string& filename) {
                : name.left(kMeasured / 2) + QStringLiteral("…") + name.right(kMeasured / 2);
 }
 
-QString shownFileSize(std::size_t bytes) {
-    const auto precision = bytes < 1024 * 1024 || bytes >= kTenMegabytes ? 0 : 1;
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), precision,
-                                       QLocale::DataSizeTraditionalFormat);
-}
-
 QString accessibleTextOf(const services::AttachmentList& list) {
     if (list.isDamaged) {
         return damagedText();
@@ -86,7 +79,7 @@ AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width
         m_chips.push_back({.id = each.id,
                            .icon = iconNameOf(attachmentKind(each.filename)),
                            .name = shownFilename(each.filename),
-                           .size = shownFileSize(each.size)});
+                           .size = toQString(base::sizeText(each.size))});
     }
     place(width, theme);
 }

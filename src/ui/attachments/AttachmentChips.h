@@ -15,8 +15,6 @@ namespace korvex::ui {
 /// A file's name as it is shown: without line breaks, and without the invisible characters that
 /// would let "exe.jpg" pass for another kind of file.
 QString shownFilename(const std::string& filename);
-/// "1.2 MB", in the user's locale.
-QString shownFileSize(std::size_t bytes);
 
 /// "2 attachments: a.pdf, b.png"; empty for none.
 QString accessibleTextOf(const services::AttachmentList& list);

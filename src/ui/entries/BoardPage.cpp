@@ -14,7 +14,7 @@ namespace korvex::ui {
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
-      m_model(workspace.context, workspace.serializer, workspace.clock, workspace.dates),
+      m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
       m_archivedNotice(new ArchivedNotice(theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),

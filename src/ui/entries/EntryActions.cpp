@@ -12,7 +12,11 @@ EntryActions::EntryActions(const Parts& parts, const Services& services, const T
       m_services(services),
       m_theme(theme),
       m_todos(parts.page, services.todos, services.undo, theme),
-      m_ticks(services.runLoop) {
+      m_ticks({.list = *this,
+               .view = parts.list,
+               .leaving = parts.list.leaving(),
+               .actions = m_todos,
+               .runLoop = services.runLoop}) {
     connectEditing();
 }
 
@@ -44,44 +48,17 @@ void EntryActions::toggle(int row) {
     }
 }
 
-void EntryActions::complete(model::Entry& entry) {
-    m_parts.model.linger(entry);
-    if (!m_todos.complete(entry)) {
-        m_parts.model.release(entry);
-        return;
-    }
-    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
-}
-
-void EntryActions::endLingering(const model::Entry& entry) {
-    const auto row = m_parts.model.rowOf(entry);
-    if (row < 0 || !m_parts.model.isLingering(entry)) {
-        return;
-    }
-    const auto wasCurrent = m_parts.list.currentRow() == row;
-    m_parts.list.animateLeaving(entry, [this, &entry, wasCurrent] {
-        if (m_ticks.contains(entry)) {
-            return; // ticked once more meanwhile
-        }
-        auto& list = m_parts.list;
-        if (wasCurrent && list.currentRow() == m_parts.model.rowOf(entry)) {
-            list.setCurrentRow(std::min(list.currentRow() + 1, m_parts.model.rowCount() - 1));
-        }
-        m_parts.model.release(entry);
-    });
-}
-
 void EntryActions::restore(model::Entry& entry) {
-    // A tick taken back while it is still seen puts the todo where it was.
-    std::optional<std::int64_t> position;
-    if (m_parts.model.isLingering(entry)) {
-        position = 0;
-        for (int row = 0; row < m_parts.model.rowOf(entry); ++row) {
-            const auto* const above = m_parts.model.entry(row);
-            position = *position + (above && !above->isCompleted() ? 1 : 0);
-        }
+    if (m_ticks.contains(entry)) {
+        m_ticks.toggle(entry);
+    } else {
+        m_todos.restore(entry);
     }
-    m_todos.restore(entry, position);
+}
+
+int EntryActions::tickedRow(const model::Entry& entry) const {
+    const auto row = m_parts.model.rowOf(entry);
+    return row >= 0 && m_parts.model.kind(row) == EntryListModel::RowKind::entry ? row : -1;
 }
 
 void EntryActions::move(model::Entry& entry, int offset) {

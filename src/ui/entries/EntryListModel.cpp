@@ -49,7 +49,8 @@ std::size_t stampOf(const model::Entry& entry) {
 
 EntryListModel::EntryListModel(store::ModelContext& context,
                                const richtext::RichTextSerializer& serializer,
-                               const base::Clock& clock, const DateTexts& dates, QObject* parent)
+                               const schedule::ScheduleClock& clock, const DateTexts& dates,
+                               QObject* parent)
     : RowModel(parent),
       m_serializer(serializer),
       m_clock(clock),

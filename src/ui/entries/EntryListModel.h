@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Clock.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "schedule/ScheduleClock.h"
 #include "ui/attachments/AttachmentSummaries.h"
 #include "ui/kit/RowModel.h"
 #include "ui/todos/DueLabel.h"
@@ -33,7 +33,8 @@ public:
     using RowKind = EntryRowKind;
 
     EntryListModel(store::ModelContext& context, const richtext::RichTextSerializer& serializer,
-                   const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
+                   const schedule::ScheduleClock& clock, const DateTexts& dates,
+                   QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
@@ -101,7 +102,7 @@ private:
     QString accessibleDescription(const model::Entry& entry) const;
 
     const richtext::RichTextSerializer& m_serializer;
-    const base::Clock& m_clock;
+    const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;
     AttachmentSummaries m_attachments;
     model::Board* m_board = nullptr;

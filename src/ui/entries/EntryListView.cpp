@@ -103,10 +103,6 @@ QRect EntryListView::scheduleAnchor(int row) const {
     return globalRect(local.translated(rect.topLeft()));
 }
 
-void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    m_leaving.start(entry, std::move(done));
-}
-
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
         return m_editor->neededHeight(viewport()->width()) + m_chips.extent(row);
@@ -263,12 +259,8 @@ void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
     }
 }
 
-void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    const auto row = indexAt(position).row();
-    forgetPress();
-    if (event->button() == Qt::LeftButton && partUnder(position) == RowPart::body &&
-        m_model.kind(row) == EntryRowKind::entry) {
+void EntryListView::doubleClicked(int row, const QPoint& position) {
+    if (m_model.kind(row) == EntryRowKind::entry) {
         Q_EMIT editRequested(row, caretAt(row, position));
     }
 }

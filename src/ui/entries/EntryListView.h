@@ -43,8 +43,7 @@ public:
     using RowListView::startAutoScroll;
     using RowListView::stopAutoScroll;
 
-    /// Lets the row of a todo shrink and fade away, then calls `done`.
-    void animateLeaving(const model::Entry& entry, std::function<void()> done);
+    LeavingRows& leaving() { return m_leaving; }
 
 Q_SIGNALS:
     /// The caret is to stand at this UTF-16 offset; -1: at the end.
@@ -78,7 +77,7 @@ protected:
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void doubleClicked(int row, const QPoint& position) override;
     void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void startDrag(Qt::DropActions supportedActions) override;

@@ -33,6 +33,7 @@ void TodoEditor::setText(const QString& text) {
     m_original = text;
     m_field->setPlainText(text);
     clearError();
+    place(); // an editor that stays as large is not laid out otherwise
 }
 
 void TodoEditor::setCaret(int offset) {
@@ -42,6 +43,7 @@ void TodoEditor::setCaret(int offset) {
 void TodoEditor::setDueLabel(const DueLabel& label) {
     m_dueLabel = label;
     applyTheme();
+    place();
 }
 
 int TodoEditor::neededHeight(int width) {

@@ -29,7 +29,8 @@ QString iconOf(std::string_view symbol, const model::Board& board) {
 } // namespace
 
 SearchListModel::SearchListModel(services::SearchService& search, const base::TextFolding& folding,
-                                 const base::Clock& clock, const DateTexts& dates, QObject* parent)
+                                 const schedule::ScheduleClock& clock, const DateTexts& dates,
+                                 QObject* parent)
     : QAbstractListModel(parent),
       m_search(search),
       m_folding(folding),

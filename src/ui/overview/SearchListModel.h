@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Clock.h"
+#include "schedule/ScheduleClock.h"
 #include "services/SearchService.h"
 #include "ui/overview/SearchLine.h"
 #include "ui/todos/DueLabel.h"
@@ -37,7 +37,8 @@ class SearchListModel final : public QAbstractListModel {
 
 public:
     SearchListModel(services::SearchService& search, const base::TextFolding& folding,
-                    const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
+                    const schedule::ScheduleClock& clock, const DateTexts& dates,
+                    QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -67,7 +68,7 @@ private:
 
     services::SearchService& m_search;
     const base::TextFolding& m_folding;
-    const base::Clock& m_clock;
+    const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;
     services::SearchResults m_results;
     std::vector<std::string> m_terms;

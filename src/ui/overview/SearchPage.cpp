@@ -12,7 +12,7 @@ namespace korvex::ui {
 SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
-      m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
+      m_model(workspace.search, workspace.folding, workspace.scheduleClock, workspace.dates),
       m_header(new PageHeader(tr("Search"), theme)),
       m_list(new SearchListView(m_model, theme)),
       m_actions(*this,

@@ -11,7 +11,7 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                            TodoListModel::Detail detail, const QString& title, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
-      m_model(workspace.clock, workspace.dates, detail),
+      m_model(workspace.scheduleClock, workspace.dates, detail),
       m_header(new PageHeader(title, theme)),
       m_list(new TodoListView(m_model, theme)),
       m_actions(*this,
@@ -20,7 +20,11 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
                 workspace.undo, theme),
-      m_ticks(workspace.runLoop) {
+      m_ticks({.list = *this,
+               .view = *m_list,
+               .leaving = m_list->leaving(),
+               .actions = m_actions,
+               .runLoop = workspace.runLoop}) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
@@ -80,7 +84,7 @@ void TodoListPage::catchUp() {
         return;
     }
     follow([this] {
-        setNow(m_workspace.now(), m_workspace.dates.formats().calendar().timeZone());
+        setNow(m_workspace.scheduleClock.now(), m_workspace.dates.formats().calendar().timeZone());
         followBoards();
     });
     if (!m_isFollowing) {
@@ -131,67 +135,18 @@ bool TodoListPage::belongs(const model::Entry& entry) const {
     return entry.isCompleted() == (m_model.detail() == TodoListModel::Detail::completion);
 }
 
-void TodoListPage::toggle(model::Entry& entry) {
-    if (belongs(entry)) {
-        tickAway(entry);
-    } else {
-        takeBack(entry);
-    }
-}
-
-void TodoListPage::tickAway(model::Entry& entry) {
-    if (m_lingering.contains(&entry)) {
-        release(entry.id()); // taken back before: it lingers where it is now
-    }
-    m_lingering[&entry] = {entry.sortOrder(), entry.completedAt()};
+void TodoListPage::hold(model::Entry& entry) {
     m_model.holdInPlace(entry);
     linger(entry.id());
-    // Stored at once, so that nothing is lost; only the row stays a little longer.
-    if (!m_actions.toggle(entry)) {
-        letGo(entry);
-        return;
-    }
-    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
-}
-
-/// Makes it as if nothing had been: the todo gets the place, or the moment of completion, that it
-/// had.
-void TodoListPage::takeBack(model::Entry& entry) {
-    const auto before = m_lingering.find(&entry);
-    if (before == m_lingering.end()) {
-        return;
-    }
-    if (entry.isCompleted()) {
-        m_actions.restore(entry, before->second.sortOrder);
-    } else {
-        m_actions.complete(entry, before->second.completedAt);
-    }
-}
-
-void TodoListPage::endLingering(model::Entry& entry) {
-    if (isVisible() && !belongs(entry) && m_model.rowOf(entry) >= 0) {
-        m_list->animateLeaving(entry, [this, &entry] {
-            if (!m_ticks.contains(entry)) { // not ticked once more meanwhile
-                letGo(entry);
-            }
-        });
-    } else {
-        letGo(entry);
-    }
 }
 
 void TodoListPage::letGo(model::Entry& entry) {
-    m_ticks.release(entry);
-    if (m_lingering.erase(&entry) == 0) {
-        return;
-    }
-    const auto row = m_model.rowOf(entry);
-    const auto wasCurrent = row >= 0 && m_list->currentRow() == row;
     m_model.letMove(entry);
     release(entry.id());
-    if (wasCurrent && m_model.rowOf(entry) < 0) {
-        m_list->setCurrentRow(m_list->nearestTodo(row));
-    }
+}
+
+int TodoListPage::rowAfter(int row) const {
+    return m_list->nearestTodo(row);
 }
 
 void TodoListPage::remove(model::Entry& entry) {

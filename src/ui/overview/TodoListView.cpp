@@ -66,10 +66,6 @@ void TodoListView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
     }
 }
 
-void TodoListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    m_leaving.start(entry, std::move(done));
-}
-
 int TodoListView::measuredHeight(int row) {
     return m_leaving.height(m_model.entry(row), m_delegate->height(row, viewport()->width()));
 }
@@ -133,19 +129,6 @@ void TodoListView::clicked(int row, RowPart part, const QMouseEvent&) {
         Q_EMIT toggleRequested(row);
     } else if (part == RowPart::label) {
         Q_EMIT scheduleRequested(row);
-    }
-}
-
-void TodoListView::mouseDoubleClickEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    if (event->button() != Qt::LeftButton) {
-        return;
-    }
-    if (partUnder(position) == RowPart::body) {
-        forgetPress();
-        Q_EMIT openRequested(indexAt(position).row());
-    } else {
-        mousePressEvent(event); // two quick ticks are two ticks
     }
 }
 

@@ -60,6 +60,9 @@ void SchedulePopover::makeFields() {
     m_time = new QTimeEdit(this);
     m_time->setAccessibleName(tr("Due time"));
     m_hasWindow = new QCheckBox(tr("Start"), this);
+    m_startDay = new QDateEdit(this);
+    m_startDay->setCalendarPopup(true);
+    m_startDay->setAccessibleName(tr("Start day"));
     m_start = new QTimeEdit(this);
     m_start->setAccessibleName(tr("Start time"));
     m_hasReminder = new QCheckBox(tr("Reminder"), this);
@@ -68,7 +71,9 @@ void SchedulePopover::makeFields() {
     m_reminder = new QDateTimeEdit(this);
     m_reminder->setCalendarPopup(true);
     m_reminder->setAccessibleName(tr("Moment of the reminder"));
-    DateFields::setUp(*m_day, DateFields::dayFormat());
+    for (auto* const day : {m_day, m_startDay}) {
+        DateFields::setUp(*day, DateFields::dayFormat());
+    }
     DateFields::setUp(*m_reminder,
                       DateFields::dayFormat() + QLatin1Char(' ') + DateFields::timeFormat());
     for (QDateTimeEdit* const field :
@@ -108,8 +113,12 @@ void SchedulePopover::layOut() {
     grid->addWidget(m_day, 1, 1);
     grid->addWidget(m_hasTime, 2, 0);
     grid->addWidget(m_time, 2, 1);
-    grid->addWidget(m_hasWindow, 3, 0);
-    grid->addWidget(m_start, 3, 1);
+    auto* const start = new QVBoxLayout;
+    start->setSpacing(grid->verticalSpacing());
+    start->addWidget(m_startDay);
+    start->addWidget(m_start);
+    grid->addWidget(m_hasWindow, 3, 0, Qt::AlignTop);
+    grid->addLayout(start, 3, 1);
     grid->addWidget(m_hasReminder, 4, 0);
     grid->addWidget(m_preset, 4, 1);
     grid->addWidget(m_reminder, 5, 1);
@@ -130,7 +139,8 @@ void SchedulePopover::connectFields() {
     }
     for (QDateTimeEdit* const field :
          {static_cast<QDateTimeEdit*>(m_day), static_cast<QDateTimeEdit*>(m_time),
-          static_cast<QDateTimeEdit*>(m_start), m_reminder}) {
+          static_cast<QDateTimeEdit*>(m_startDay), static_cast<QDateTimeEdit*>(m_start),
+          m_reminder}) {
         connect(field, &QDateTimeEdit::dateTimeChanged, this, changed);
     }
     connect(m_preset, &QComboBox::activated, this, changed);
@@ -163,7 +173,9 @@ void SchedulePopover::showState() {
     m_hasTime->setChecked(m_editor.hasTime);
     m_time->setTime(due.time());
     m_hasWindow->setChecked(m_editor.hasWindow);
-    m_start->setTime(dateTimeOf(m_editor.start).time());
+    const auto start = dateTimeOf(m_editor.start);
+    m_startDay->setDate(start.date());
+    m_start->setTime(start.time());
     m_hasReminder->setChecked(m_editor.hasReminder);
     m_reminder->setDateTime(dateTimeOf(m_editor.reminder));
     fillPresets();
@@ -174,6 +186,8 @@ void SchedulePopover::showState() {
     m_time->setVisible(m_editor.hasDue);
     m_time->setEnabled(hasTime);
     m_hasWindow->setVisible(hasTime);
+    m_startDay->setVisible(hasTime && m_editor.startHasOwnDay);
+    m_startDay->setEnabled(m_editor.hasWindow);
     m_start->setVisible(hasTime);
     m_start->setEnabled(m_editor.hasWindow);
     m_preset->setEnabled(m_editor.hasReminder);
@@ -201,8 +215,11 @@ void SchedulePopover::takeState() {
         m_time->time() != dateTimeOf(m_editor.due).time()) {
         m_editor.due = instantOf(m_day->date(), m_time->time(), m_editor.due);
     }
-    if (m_start->time() != dateTimeOf(m_editor.start).time()) {
-        m_editor.start = instantOf(m_day->date(), m_start->time(), m_editor.start);
+    const auto start = dateTimeOf(m_editor.start);
+    const auto hasOwnDay = m_editor.startHasOwnDay;
+    if (m_start->time() != start.time() || (hasOwnDay && m_startDay->date() != start.date())) {
+        m_editor.start = instantOf(hasOwnDay ? m_startDay->date() : m_day->date(), m_start->time(),
+                                   m_editor.start);
     }
     m_editor.hasReminder = m_hasReminder->isChecked();
     if (reminderMoved) {
@@ -237,9 +254,19 @@ void SchedulePopover::clear() {
 
 void SchedulePopover::save() {
     if (!m_editor.save(m_services.clock.now())) {
-        showError();
-        placeAgain();
+        showRefusal();
     }
+}
+
+void SchedulePopover::dismiss() {
+    if (!m_editor.dismiss(m_services.clock.now())) {
+        showRefusal();
+    }
+}
+
+void SchedulePopover::showRefusal() {
+    showError();
+    placeAgain();
 }
 
 void SchedulePopover::showError() {

@@ -39,9 +39,7 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
     }
     removal.goOn();
     const auto text = shortened(removal.text);
-    if (!text.isEmpty()) {
-        offerUndo(tr("“%1” was deleted.").arg(text));
-    }
+    offerUndo(text.isEmpty() ? tr("The entry was deleted.") : tr("“%1” was deleted.").arg(text));
 }
 
 void TodoActions::offerUndo(const QString& message) {

@@ -14,8 +14,9 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_copies(surroundings.copies),
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
-      m_upcoming([this, &clock = surroundings.clock, timeZone = surroundings.timeZone] {
-          return std::make_unique<schedule::UpcomingTodos>(m_context, clock.now(), timeZone());
+      m_upcoming([this, timeZone = surroundings.timeZone] {
+          return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
+                                                           timeZone());
       }),
       m_workspace{.context = m_context,
                   .boards = m_boards,

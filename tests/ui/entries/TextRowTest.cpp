@@ -81,7 +81,8 @@ protected:
         return edit.cursorRect(cursor).center() + QPoint(1, 0);
     }
 
-    EntryListModel model{workspace.context, workspace.serializer, workspace.clock, workspace.dates};
+    EntryListModel model{workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates};
     EntryListView list{model, workspace.code, theme};
 };
 

@@ -15,6 +15,7 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QComboBox>
 #include <QDropEvent>
 #include <QMimeData>
 #include <QPushButton>
@@ -399,8 +400,16 @@ TEST_F(NavigationTest, EveryControlOfEveryPageHasAName) {
     own.boards.setArchived(true, old, kNow);
     add({"a"});
     open();
+    page().startTodo();
+    page().startText();
     for (const auto kind : {PageKind::upcoming, PageKind::completed, PageKind::archived}) {
         navigation().showPage(kind);
+    }
+    for (auto* const picker : window->findChildren<QComboBox*>()) {
+        if (const int custom = picker->findText(QStringLiteral("Custom range")); custom >= 0) {
+            picker->setCurrentIndex(custom);
+            Q_EMIT picker->activated(custom); // and its fields appear
+        }
     }
     search("a");
     for (auto* const widget : window->findChildren<QWidget*>()) {
