@@ -9,6 +9,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvex::services {
@@ -24,6 +25,9 @@ struct NewTodos {
     model::TodoSchedule schedule = {};
     /// The files of a single todo; with several contents the batch is refused (`multipleTodos`).
     std::vector<model::EntryAttachment> attachments = {};
+    /// What the user calls the creation, a literal; then it can be undone under that name. Without
+    /// one it registers no undo.
+    std::string_view undoName = {};
 };
 
 /// What `EntryService::createText` makes: one text entry.
@@ -36,6 +40,8 @@ struct NewText {
     base::Instant now;
     /// None on a heading (`headingAttachments`).
     std::vector<model::EntryAttachment> attachments = {};
+    /// As of todos.
+    std::string_view undoName = {};
 };
 
 } // namespace korvex::services

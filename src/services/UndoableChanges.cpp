@@ -137,16 +137,19 @@ void UndoableChanges::make(const Undoable& undoable,
         return;
     }
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     for (const auto& each : changes) {
         cost += each.cost();
+        ids.push_back(each.id());
     }
-    registerUndo(undoable.name, cost,
+    registerUndo(undoable.name, cost, std::move(ids),
                  [changes = std::move(changes), name = undoable.name](const auto& self) {
                      self.takeBack(name, changes);
                  });
 }
 
-void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const {
+void UndoableChanges::registerUndo(std::string_view name, std::size_t cost,
+                                   std::vector<base::Uuid> entries, Inverse inverse) const {
     if (!m_undoManager) {
         return;
     }
@@ -160,7 +163,8 @@ void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inve
                                           " (" + std::to_string(error.code()) + ")");
                 throw;
             }
-        });
+        },
+        std::move(entries));
 }
 
 void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes) const {
@@ -185,8 +189,9 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
     }
 }
 
-void UndoableChanges::remove(std::span<Entry* const> entries) const {
+void UndoableChanges::remove(std::string_view name, std::span<Entry* const> entries) const {
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     std::vector<Deleted> deleted;
     if (m_undoManager) {
         const auto places = formerPlaces(m_writer.context(), entries);
@@ -195,6 +200,7 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
                 deleted.push_back({.record = backup::recordOf(*entries[i], places[i]->board),
                                    .index = places[i]->index});
                 cost += sizeOf(deleted.back().record);
+                ids.push_back(entries[i]->id());
                 // What is deleted lives on as a shell: not with megabytes in it.
                 entries[i]->forgetAttachmentData();
             }
@@ -205,10 +211,10 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
         m_writer.logDone("Deleted entry", entry->id());
     }
     if (!deleted.empty()) {
-        const auto* const name = entries.size() == 1 ? "Delete Entry" : "Delete Entries";
-        registerUndo(name, cost, [deleted = std::move(deleted), name](const auto& self) {
-            self.restore(name, deleted);
-        });
+        registerUndo(name, cost, std::move(ids),
+                     [deleted = std::move(deleted), name](const auto& self) {
+                         self.restore(name, deleted);
+                     });
     }
 }
 
@@ -255,24 +261,12 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
         }
         putInPlace(places);
     });
-    std::vector<base::Uuid> ids;
     for (const auto* const entry : restored) {
-        ids.push_back(entry->id());
         m_writer.logDone("Restored deleted entry", entry->id());
     }
     m_listeners.todosChanged();
-    const auto cost = sizeof(base::Uuid) * ids.size();
-    registerUndo(name, cost, [ids = std::move(ids)](const auto& self) { self.removeAgain(ids); });
+    registerCreation(name, restored);
     return restored;
-}
-
-void UndoableChanges::removeAgain(std::span<const base::Uuid> ids) const {
-    const store::LockedStep step(m_writer.context());
-    std::vector<Entry*> entries;
-    for (const auto& id : ids) {
-        entries.push_back(&m_writer.persisted<Entry>(id));
-    }
-    remove(entries);
 }
 
 } // namespace korvex::services

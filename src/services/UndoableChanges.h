@@ -38,7 +38,9 @@ public:
     void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
 
     /// Deletes them, closes the gaps on their boards and saves.
-    void remove(std::span<model::Entry* const> entries) const;
+    void remove(std::span<model::Entry* const> entries) const {
+        remove(entries.size() == 1 ? "Delete Entry" : "Delete Entries", entries);
+    }
     /// The same without a way back.
     void removeForGood(std::span<model::Entry* const> entries) const;
     /// A deleted entry, and its index in its board's list: without one, its number says where it
@@ -53,14 +55,29 @@ public:
     std::vector<model::Entry*> restore(std::string_view name,
                                        std::span<const Deleted> deleted) const;
 
+    /// Registers the inverse of a creation that was saved just now: it deletes the entries, and
+    /// throws `entryUnavailable` where another has written words into one of them since. `name` is
+    /// a literal.
+    void registerCreation(std::string_view name, std::span<model::Entry* const> created) const;
+    /// What `work` registers is one step.
+    void asOneStep(std::string_view name, const std::function<void()>& work) const;
+
 private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
-    void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
+    /// What an entry had been given when it was made: of words and attachments a checksum.
+    struct Created {
+        base::Uuid id;
+        std::uint64_t words = 0;
+    };
+
+    void remove(std::string_view name, std::span<model::Entry* const> entries) const;
+    void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
+                      Inverse inverse) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
-    void removeAgain(std::span<const base::Uuid> ids) const;
+    void takeBackCreation(std::string_view name, std::span<const Created> created) const;
 
     RecordWriter m_writer;
     TodoListeners m_listeners;

@@ -27,6 +27,14 @@ BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget*
     setItemDelegate(delegate);
     setModel(&model);
     connect(delegate, &BoardItemDelegate::renamed, this, &BoardListView::renamed);
+    connect(delegate, &QAbstractItemDelegate::closeEditor, this,
+            [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) {
+                if (hint == QAbstractItemDelegate::RevertModelCache) {
+                    Q_EMIT renamingGivenUp();
+                } else {
+                    Q_EMIT renamingEnded();
+                }
+            });
     for (const auto signal :
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(&model, signal, this, [this] { updateGeometry(); });

@@ -35,6 +35,9 @@ Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
     void menuRequested(korvex::model::Board* board, const QPoint& globalPosition);
     void renamed(korvex::model::Board* board, const QString& name);
+    /// The editor of a name is closed; with Escape, what was typed there is given up.
+    void renamingEnded();
+    void renamingGivenUp();
     void dropped(const korvex::base::Uuid& id, const korvex::base::Uuid& target,
                  korvex::model::EntryPlacement placement);
     /// An entry was dropped on a board that can take it.

@@ -3,18 +3,23 @@
 #include "ui/boards/ArchivedNotice.h"
 #include "ui/boards/BoardHeader.h"
 #include "ui/kit/Text.h"
+#include "ui/text/OfferedFiles.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 
 namespace korvex::ui {
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
+      m_workspace(workspace),
       m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
       m_archivedNotice(new ArchivedNotice(theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
-      m_editing(m_model, *m_list, workspace.entries, workspace.code, workspace.clock, theme),
+      m_editing(m_model, *m_list, workspace.entries, workspace.undo, workspace.code,
+                workspace.clock, theme),
       m_attachments({.context = workspace.context,
                      .entries = workspace.entries,
                      .serializer = workspace.serializer,
@@ -33,10 +38,12 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                            .dates = workspace.dates,
                            .clock = workspace.clock}},
                 theme),
-      m_menu(parts(), m_actions) {
+      m_menu(parts(), m_actions),
+      m_pasting(*this, m_model, *m_list, workspace.entries, workspace.clock) {
     layOut({m_header, m_archivedNotice}, *m_list);
     setFocusProxy(m_list);
     connectParts();
+    connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
     m_ticks = workspace.scheduleClock.didTick().connect(
         [this](base::Instant) { m_list->forgetLabels(); });
@@ -60,20 +67,45 @@ void BoardPage::connectParts() {
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
-    connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
-    connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
-    connect(m_list, &EntryListView::completedToggled, this,
-            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
     connect(&m_attachments, &AttachmentActions::refused, this,
             [this](const QString& message) { banner().showMessage(message); });
     connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
-    const auto attachToEdited = [this](const QMimeData* offered) {
-        if (auto* const entry = m_editing.storedEntry()) {
-            m_attachments.attachOffered(*offered, *entry);
-        }
-    };
-    connect(&m_editing, &EntryEditing::attachmentsPasted, this, attachToEdited);
-    connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attachToEdited);
+    const auto attach = [this](const QMimeData* offered) { attachToEdited(*offered); };
+    connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
+    connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attach);
+}
+
+/// All that the list asks for is carried out by the parts of the page, each its own share.
+void BoardPage::connectList() {
+    connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
+    connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
+    connect(m_list, &EntryListView::typed, &m_editing, &EntryEditing::startDraftWith);
+    connect(m_list, &EntryListView::pasteRequested, this, &BoardPage::paste);
+    connect(m_list, &EntryListView::toggleRequested, &m_actions, &EntryActions::toggle);
+    connect(m_list, &EntryListView::scheduleRequested, &m_actions,
+            [this](int row) { m_actions.openSchedule(*m_model.entry(row)); });
+    connect(m_list, &EntryListView::moveRequested, &m_actions,
+            [this](int row, int offset) { m_actions.move(*m_model.entry(row), offset); });
+    connect(m_list, &EntryListView::dropped, &m_actions, &EntryActions::drop);
+    connect(m_list, &EntryListView::menuRequested, &m_menu, &EntryMenu::open);
+    connect(m_list, &EntryListView::completedToggled, this,
+            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
+}
+
+void BoardPage::paste() {
+    const auto* const offered = QApplication::clipboard()->mimeData();
+    // Files belong to an entry: without a current one there is none to attach them to.
+    if (offered && !isForAttaching(*offered)) {
+        m_pasting.paste(*offered);
+    }
+}
+
+void BoardPage::attachToEdited(const QMimeData& offered) {
+    // A draft is stored for it: with its files it is one creation.
+    const services::UndoManager::Group creation(m_workspace.undo);
+    if (auto* const entry = m_editing.storedEntry()) {
+        m_attachments.attachOffered(offered, *entry);
+    }
 }
 
 QString BoardPage::title() const {
@@ -111,6 +143,16 @@ void BoardPage::showEntry(model::Entry& entry) {
         m_list->showRow(row);
         m_list->setFocus();
     }
+}
+
+bool BoardPage::showRecord(const base::Uuid& id) {
+    const auto* const entry = m_workspace.context.find<model::Entry>(id);
+    const auto row = entry ? m_model.rowOf(*entry) : -1;
+    if (row >= 0) {
+        m_list->setCurrentRow(row);
+        m_list->setFocus();
+    }
+    return row >= 0;
 }
 
 void BoardPage::startTodo() {

@@ -3,6 +3,7 @@
 #include "ui/entries/AttachmentInput.h"
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
+#include "ui/entries/EntryPasting.h"
 #include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
@@ -21,6 +22,7 @@ public:
     QString title() const override;
     void takeKeyboard() override;
     bool leave() override { return m_editing.leaveForGood(); }
+    bool showRecord(const base::Uuid& id) override;
 
     model::Board* board() const { return m_model.board(); }
     /// Returns false when what is being edited cannot be left; then the page stays as it is.
@@ -54,8 +56,12 @@ protected:
 private:
     EntryActions::Parts parts();
     void connectParts();
+    void connectList();
+    void paste();
+    void attachToEdited(const QMimeData& offered);
     void updateHeader();
 
+    const Workspace& m_workspace;
     EntryListModel m_model;
     BoardHeader* m_header;
     ArchivedNotice* m_archivedNotice;
@@ -65,6 +71,7 @@ private:
     AttachmentInput m_attachmentInput;
     EntryActions m_actions;
     EntryMenu m_menu;
+    EntryPasting m_pasting;
     base::Subscription m_ticks;
 };
 

@@ -11,27 +11,13 @@ EntryActions::EntryActions(const Parts& parts, const Services& services, const T
     : m_parts(parts),
       m_services(services),
       m_theme(theme),
-      m_todos(parts.page, services.todos, theme),
+      m_todos(parts.page, services.todos, services.undo, theme),
       m_ticks({.list = *this,
                .view = parts.list,
                .leaving = parts.list.leaving(),
                .actions = m_todos,
                .runLoop = services.runLoop}) {
-    connectList();
     connectEditing();
-}
-
-void EntryActions::connectList() {
-    auto* const list = &m_parts.list;
-    connect(list, &EntryListView::toggleRequested, this, &EntryActions::toggle);
-    connect(list, &EntryListView::scheduleRequested, this,
-            [this](int row) { openSchedule(*m_parts.model.entry(row)); });
-    connect(list, &EntryListView::moveRequested, this, [this](int row, int offset) {
-        if (m_parts.model.kind(row) == EntryListModel::RowKind::entry) {
-            move(*m_parts.model.entry(row), offset);
-        }
-    });
-    connect(list, &EntryListView::dropped, this, &EntryActions::drop);
 }
 
 void EntryActions::connectEditing() {
@@ -110,13 +96,10 @@ void EntryActions::remove(model::Entry& entry) {
         return;
     }
     m_todos.remove(entry,
-                   {.text = m_parts.model.text(row),
-                    .goOn =
-                        [this, row] {
-                            m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
-                            m_parts.list.setFocus();
-                        },
-                    .undo = [this] { undo(); }});
+                   {.text = m_parts.model.text(row), .goOn = [this, row] {
+                        m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
+                        m_parts.list.setFocus();
+                    }});
 }
 
 void EntryActions::openSchedule(model::Entry& entry) {
@@ -155,8 +138,7 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
     }
     m_parts.list.setFocus();
-    m_parts.page.banner().offer(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())),
-                                tr("Undo"), [this] { undo(); });
+    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())));
 }
 
 void EntryActions::attachFiles() {
@@ -168,32 +150,6 @@ void EntryActions::attachFiles() {
     if (entry) {
         m_parts.attachments.chooseFiles(*entry);
     }
-}
-
-template <typename Operation>
-void EntryActions::takeBack(Operation&& operation) {
-    if (!m_parts.editing.leaveForGood()) {
-        return;
-    }
-    std::vector<base::Uuid> restored;
-    const auto changes = m_services.context.didChange().connect(
-        [&](const store::ChangeSet& set) { restored = set.inserted; });
-    m_parts.page.perform(operation);
-    for (const auto& id : restored) {
-        const auto* const entry = m_services.context.find<model::Entry>(id);
-        if (const auto row = entry ? m_parts.model.rowOf(*entry) : -1; row >= 0) {
-            m_parts.list.setCurrentRow(row);
-            m_parts.list.setFocus();
-        }
-    }
-}
-
-void EntryActions::undo() {
-    takeBack([this] { m_services.undo.undo(); });
-}
-
-void EntryActions::redo() {
-    takeBack([this] { m_services.undo.redo(); });
 }
 
 } // namespace korvex::ui

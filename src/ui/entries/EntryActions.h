@@ -59,23 +59,18 @@ public:
     void moveToBoard(const base::Uuid& id, model::Board& board);
     /// Asks for files for what is edited, or else for the current entry.
     void attachFiles();
-    /// Takes the latest change of the window back, or does it again, and shows what came back.
-    void undo();
-    void redo();
+    /// Ticks the todo of a row, or takes the tick away.
+    void toggle(int row);
+    /// Puts an entry of the board before or after the one of a row.
+    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
 
 private:
-    void connectList();
     void connectEditing();
-    void toggle(int row);
     bool belongs(const model::Entry& entry) const override { return !entry.isCompleted(); }
     void hold(model::Entry& entry) override { m_parts.model.linger(entry); }
     void letGo(model::Entry& entry) override { m_parts.model.release(entry); }
     int tickedRow(const model::Entry& entry) const override;
     int rowAfter(int row) const override { return std::min(row, m_parts.model.rowCount() - 1); }
-    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
-    /// Undoes or redoes.
-    template <typename Operation>
-    void takeBack(Operation&& operation);
 
     Parts m_parts;
     Services m_services;

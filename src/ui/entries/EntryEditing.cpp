@@ -11,12 +11,14 @@ namespace korvex::ui {
 using model::EntryType;
 
 EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view,
-                           services::EntryService& entries, richtext::CodeHighlighter& code,
-                           const base::Clock& clock, const Theme& theme)
+                           services::EntryService& entries, services::UndoManager& undo,
+                           richtext::CodeHighlighter& code, const base::Clock& clock,
+                           const Theme& theme)
     : m_model(model),
       m_view(view),
       m_editors(model, code, theme, *view.viewport()),
-      m_storing(model, m_edited, m_editors, entries, clock) {
+      m_storing(model, m_edited, m_editors, entries, clock),
+      m_undo(undo) {
     connectEditors();
 }
 
@@ -77,6 +79,13 @@ void EntryEditing::startDraft(const model::Entry* after) {
 void EntryEditing::startDraftAtEnd() {
     if (leave()) {
         openDraft(EntryType::todo, m_model.openDraftAtEnd());
+    }
+}
+
+void EntryEditing::startDraftWith(const QString& typed) {
+    startDraftAtEnd();
+    if (m_edited.isDraft()) {
+        m_editors.todo().field().insertPlainText(typed);
     }
 }
 
@@ -170,10 +179,11 @@ void EntryEditing::close() {
     const auto wasDraft = m_edited.isDraft();
     const auto* const last = entry();
     m_edited.close();
-    m_view.removeEditor();
-    if (wasDraft) {
-        m_model.closeDraft();
+    if (wasDraft && last) {
+        m_model.settleDraft(*last);
     }
+    m_view.removeEditor();
+    m_model.closeDraft();
     if (const auto row = last ? m_model.rowOf(*last) : -1; row >= 0) {
         m_view.setCurrentRow(row);
     }
@@ -263,7 +273,7 @@ void EntryEditing::makeNext() {
         closeToList();
         return;
     }
-    if (!m_storing.store()) {
+    if (deleteEmptied() || !m_storing.store()) {
         return;
     }
     const auto* const after = entry();
@@ -271,12 +281,24 @@ void EntryEditing::makeNext() {
     openDraft(EntryType::todo, m_model.openDraft(after));
 }
 
-void EntryEditing::removeAndGoUp() {
-    if (!m_edited.isDraft()) {
-        return;
+bool EntryEditing::deleteEmptied() {
+    auto* const emptied = entry();
+    if (!m_edited.isTodo() || !m_edited.isStored() || !m_editors.current().isBlank()) {
+        return false;
     }
-    const auto* const above = m_model.draftPredecessor();
-    close();
+    Q_EMIT deletionRequested(emptied);
+    return true;
+}
+
+void EntryEditing::removeAndGoUp() {
+    const int place = m_view.editedRow();
+    const auto* const above = place > 0 ? m_model.entry(place - 1) : nullptr;
+    const auto* const emptied = entry();
+    if (!deleteEmptied()) {
+        close();
+    } else if (emptied->isLive()) {
+        return; // that was refused
+    }
     const auto row = above ? m_model.rowOf(*above) : -1;
     if (row >= 0) {
         edit(row, -1);
@@ -302,6 +324,8 @@ void EntryEditing::walk(int direction) {
 }
 
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
+    // The end of the text has gone with the last line: neither without the other.
+    const services::UndoManager::Group paste(m_undo, "Paste");
     if (const auto* const last = m_storing.addLines(text, others)) {
         edit(m_model.rowOf(*last), -1);
     }

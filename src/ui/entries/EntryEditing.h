@@ -18,7 +18,8 @@ class EntryEditing final : public QObject {
 
 public:
     EntryEditing(EntryListModel& model, EntryListView& view, services::EntryService& entries,
-                 richtext::CodeHighlighter& code, const base::Clock& clock, const Theme& theme);
+                 services::UndoManager& undo, richtext::CodeHighlighter& code,
+                 const base::Clock& clock, const Theme& theme);
 
     bool isOpen() const { return m_edited.isOpen(); }
     /// The stored entry that is edited; null for a draft.
@@ -29,6 +30,8 @@ public:
     /// Starts a new todo after this entry; before all others for null.
     void startDraft(const model::Entry* after);
     void startDraftAtEnd();
+    /// The same with something typed into it already.
+    void startDraftWith(const QString& typed);
     /// Starts a new text after this entry, at the end for null.
     void startTextDraft(const model::Entry* after);
     /// Stores what was typed and closes the editor. False when it was refused: then all stays as it
@@ -77,6 +80,8 @@ private:
     void changeType();
     void makeNext();
     void removeAndGoUp();
+    /// Deletes a stored todo that was emptied. False when it was not.
+    bool deleteEmptied();
     void walk(int direction);
     void pasteLines(const QString& text, const QStringList& others);
     void openMenu(const QPoint& globalPosition);
@@ -86,6 +91,7 @@ private:
     EditedEntry m_edited;
     EntryEditors m_editors;
     EntryStoring m_storing;
+    services::UndoManager& m_undo;
 };
 
 } // namespace korvex::ui

@@ -179,9 +179,13 @@ void EntryListModel::closeDraft() {
     }
 }
 
-model::Entry* EntryListModel::draftPredecessor() const {
-    const auto row = rowOf(RowKind::draft);
-    return row > 0 ? entry(row - 1) : nullptr;
+void EntryListModel::settleDraft(const model::Entry& entry) {
+    if (const auto row = rowOf(entry); row >= 0 && hasDraft()) {
+        const auto stored = at(row);
+        applySteps({{.kind = RowStep::Kind::remove, .first = row, .count = 1}}, {});
+        replace(rowOf(RowKind::draft), stored);
+    }
+    closeDraft();
 }
 
 void EntryListModel::linger(model::Entry& entry) {

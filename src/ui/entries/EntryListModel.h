@@ -79,9 +79,9 @@ public:
     /// Opens the draft before the row for new todos, where it stays when entries are added there.
     int openDraftAtEnd();
     void closeDraft();
+    /// The draft was stored as this entry, which has its row from now on: nothing moves.
+    void settleDraft(const model::Entry& entry);
     bool hasDraft() const { return m_draftPlace != DraftPlace::none; }
-    /// The entry before the draft; null when it stands first.
-    model::Entry* draftPredecessor() const;
 
     /// Lets a todo that is being completed stay in its row until `release`.
     void linger(model::Entry& entry);

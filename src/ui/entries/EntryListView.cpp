@@ -15,6 +15,14 @@ namespace {
 
 constexpr int kBottomMargin = 24;
 
+/// A character that begins a text; Space alone does not.
+bool isTyping(const QKeyEvent& event) {
+    const auto text = event.text();
+    constexpr auto kCommands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    return !text.isEmpty() && (text.front().isPrint() || text.front().isSurrogate()) &&
+           text.front() != QLatin1Char(' ') && (event.modifiers() & kCommands) == 0;
+}
+
 } // namespace
 
 EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& code,
@@ -68,6 +76,9 @@ void EntryListView::removeEditor() {
     const auto row = editedRow();
     m_editedIndex = QPersistentModelIndex();
     if (m_editor) {
+        if (m_editor->isAncestorOf(QApplication::focusWidget())) {
+            setFocus(); // or it would go to whatever is next in the window
+        }
         m_editor->hide();
         m_editor = nullptr;
     }
@@ -132,6 +143,16 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::ControlModifier);
     }
+    if (isTyping(*event) || event->matches(QKeySequence::Paste)) {
+        if (m_model.isReadOnly()) {
+            event->ignore();
+        } else if (isTyping(*event)) {
+            Q_EMIT typed(event->text());
+        } else {
+            Q_EMIT pasteRequested();
+        }
+        return;
+    }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const auto row = currentRow();
     const auto isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
@@ -150,6 +171,9 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
         }
         return;
     case Qt::Key_Space:
+        if (event->isAutoRepeat() || modifiers != Qt::NoModifier) {
+            return; // not what is meant by a tick
+        }
         if (isEntry) {
             Q_EMIT toggleRequested(row);
         } else if (row >= 0) {
@@ -183,6 +207,15 @@ void EntryListView::keyReleaseEvent(QKeyEvent* event) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::NoModifier);
     }
     RowListView::keyReleaseEvent(event);
+}
+
+void EntryListView::inputMethodEvent(QInputMethodEvent* event) {
+    // Until it is committed, the text is the input method's own affair: an editor that opened now
+    // would end the composition.
+    event->accept();
+    if (!event->commitString().isEmpty() && !m_model.isReadOnly()) {
+        Q_EMIT typed(event->commitString());
+    }
 }
 
 void EntryListView::activate(int row) {
@@ -249,7 +282,13 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
     if (currentIndex().isValid()) {
         selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
     }
+    setAttribute(Qt::WA_InputMethodEnabled);
     viewport()->update();
+}
+
+void EntryListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    RowListView::currentChanged(current, previous);
+    setAttribute(Qt::WA_InputMethodEnabled); // which QAbstractItemView asks the row for
 }
 
 RowPart EntryListView::partAt(int row, const QPoint& position) const {

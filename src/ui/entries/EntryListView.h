@@ -52,6 +52,10 @@ Q_SIGNALS:
     void toggleRequested(int row);
     void scheduleRequested(int row);
     void newTodoRequested();
+    /// With no editor open: a new todo is to begin with this.
+    void typed(const QString& text);
+    /// What the clipboard holds is to become entries.
+    void pasteRequested();
     void completedToggled();
     void moveRequested(int row, int offset);
     void dropped(const korvex::base::Uuid& id, int targetRow,
@@ -70,10 +74,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void doubleClicked(int row, const QPoint& position) override;
     void focusInEvent(QFocusEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;

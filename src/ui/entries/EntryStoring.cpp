@@ -51,24 +51,23 @@ bool EntryStoring::store() {
 
 void EntryStoring::settleDraft() {
     m_edited.becomeStored();
-    m_model.closeDraft();
+    m_model.settleDraft(*m_edited.entry());
 }
 
 model::Entry* EntryStoring::split() {
     const auto parts = m_editors.text().parts();
-    if (!parts) {
+    // What was written so far is stored as one: a refusal loses nothing, nor does an undo.
+    if (!parts || !store()) {
         return nullptr;
+    }
+    if (m_edited.isDraft()) {
+        settleDraft();
     }
     model::Entry* second = nullptr;
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
-        if (m_edited.isDraft()) {
-            // What was written so far is stored as one, so that a refusal loses nothing.
-            create();
-            settleDraft();
-        }
-        second =
-            &m_entries.splitText(*m_edited.entry(), parts->before, parts->after, m_clock.now());
+        second = &m_entries.splitText(*m_edited.entry(), parts->before, parts->after, m_clock.now(),
+                                      "Split Text");
     });
     if (refused) {
         m_editors.current().showError(*refused);
@@ -124,14 +123,18 @@ const model::Entry* EntryStoring::predecessorOfDraft() const {
 
 std::vector<model::Entry*> EntryStoring::createTodos(const std::vector<std::string>& contents,
                                                      const model::Entry* after) {
-    services::NewTodos todos{.contents = contents, .board = *m_model.board(), .now = m_clock.now()};
+    services::NewTodos todos{.contents = contents,
+                             .board = *m_model.board(),
+                             .now = m_clock.now(),
+                             .undoName = contents.size() == 1 ? "New Todo" : "New Todos"};
     placeAfter(after, todos);
     return m_entries.createTodos(todos);
 }
 
 model::Entry& EntryStoring::createText(const model::Entry* after) {
     const auto text = m_editors.text().text();
-    services::NewText entry{.rich = text, .board = *m_model.board(), .now = m_clock.now()};
+    services::NewText entry{
+        .rich = text, .board = *m_model.board(), .now = m_clock.now(), .undoName = "New Text"};
     placeAfter(after, entry);
     return m_entries.createText(entry);
 }

@@ -26,7 +26,7 @@ public:
     /// The draft that was created is a row as others are.
     void settleDraft();
     /// Makes two entries of a text, parted at the caret, and returns the second one. Null where
-    /// there is nothing to split, and where it was refused: what was a draft may be stored then.
+    /// there is nothing to split, and where it was refused: what was typed may be stored then.
     model::Entry* split();
     /// Makes todos of further lines, and of a draft's `text` too; the editor keeps `text` for an
     /// entry that is stored already. Returns the last of them, or null where it was refused.

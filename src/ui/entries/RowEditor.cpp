@@ -3,6 +3,7 @@
 #include "ui/todos/RowFrame.h"
 
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
 #include <QPushButton>
@@ -73,6 +74,22 @@ void RowEditor::placeError(const QPoint& topLeft, int width) {
         m_discard->setGeometry(topLeft.x() + room, topLeft.y() - 2, width - room,
                                QFontMetrics(m_theme.smallFont()).lineSpacing() + 4);
     }
+}
+
+void RowEditor::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseReleaseEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseDoubleClickEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseMoveEvent(QMouseEvent* event) {
+    event->accept();
 }
 
 void RowEditor::paintEvent(QPaintEvent* event) {

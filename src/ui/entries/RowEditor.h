@@ -51,6 +51,11 @@ protected:
     /// The height of the line at the foot; 0 while there is nothing to say.
     int errorHeight(int width) const;
     void placeError(const QPoint& topLeft, int width);
+    /// A press beside the field is none on the row behind: it changes nothing.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     /// Draws the ground and the frame that mark the row as the one that is edited.
     void paintEvent(QPaintEvent* event) override;
 

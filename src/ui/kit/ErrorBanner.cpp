@@ -14,7 +14,7 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Long enough to read the notice and to reach its button.
-constexpr auto kOfferShown = 10s;
+constexpr auto kNoticeShown = 10s;
 
 } // namespace
 
@@ -45,7 +45,7 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     m_action->setText(tr("Undo"));
     m_action->setAutoRaise(true);
     m_end->setSingleShot(true);
-    m_end->setInterval(kOfferShown);
+    m_end->setInterval(kNoticeShown);
     connect(m_end, &QTimer::timeout, this, &ErrorBanner::clear);
     connect(m_action, &QToolButton::clicked, this, [this] {
         const auto perform = m_perform;
@@ -67,13 +67,23 @@ void ErrorBanner::showMessage(const QString& message, Tone tone) {
     show();
 }
 
+void ErrorBanner::tell(const QString& message) {
+    showMessage(message, Tone::notice);
+    m_end->start();
+}
+
 void ErrorBanner::offer(const QString& message, const QString& action,
                         std::function<void()> perform) {
-    showMessage(message, Tone::notice);
+    tell(message);
     m_perform = std::move(perform);
     m_action->setText(action);
     m_action->show();
-    m_end->start();
+}
+
+void ErrorBanner::endOffer() {
+    if (!m_action->isHidden()) {
+        clear();
+    }
 }
 
 void ErrorBanner::clear() {

@@ -22,8 +22,12 @@ public:
 
     enum class Tone { error, notice };
     void showMessage(const QString& message, Tone tone = Tone::error);
-    /// A notice with a button that does something about it, and goes away by itself.
+    /// A notice that goes away by itself.
+    void tell(const QString& message);
+    /// The same with a button that does something about it.
     void offer(const QString& message, const QString& action, std::function<void()> perform);
+    /// What was offered does not apply any more; anything else that is said stays.
+    void endOffer();
     void clear();
     QString message() const;
 

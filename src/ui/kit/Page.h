@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/Uuid.h"
 #include "ui/kit/ErrorBanner.h"
 #include "ui/kit/Refusal.h"
 #include "ui/kit/Theme.h"
 
 #include <QWidget>
 
+#include <cstdint>
 #include <initializer_list>
 
 class QLabel;
@@ -29,6 +31,9 @@ public:
     /// Stores what is being edited, before something else is shown or the window closes. False when
     /// that was refused: then the page is to stay in sight, and says why.
     virtual bool leave() { return true; }
+    /// Chooses the row of this record and gives it the keyboard. False when the page lists no such
+    /// row.
+    virtual bool showRecord(const base::Uuid&) { return false; }
 
     ErrorBanner& banner() { return *m_banner; }
     /// Carries out what the user asked for. The banner is cleared first, so that it says why this
@@ -38,6 +43,10 @@ public:
         m_banner->clear();
         return follow(operation);
     }
+
+Q_SIGNALS:
+    /// The change of the window that this step of its undo stands for is to be taken back.
+    void undoRequested(std::uint64_t step);
 
 protected:
     Page(const Theme& theme, QWidget* parent);

@@ -20,7 +20,7 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
                  .preferences = workspace.preferences,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
-                theme) {
+                workspace.undo, theme) {
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,

@@ -19,7 +19,7 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                  .preferences = workspace.preferences,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
-                theme),
+                workspace.undo, theme),
       m_ticks({.list = *this,
                .view = *m_list,
                .leaving = m_list->leaving(),
@@ -55,6 +55,16 @@ void TodoListPage::takeKeyboard() {
     if (m_list->currentRow() < 0) {
         m_list->setCurrentRow(m_list->nearestTodo(0));
     }
+}
+
+bool TodoListPage::showRecord(const base::Uuid& id) {
+    const auto* const entry = m_workspace.context.find<model::Entry>(id);
+    const auto row = entry ? m_model.rowOf(*entry) : -1;
+    if (row >= 0) {
+        m_list->setCurrentRow(row);
+        m_list->setFocus();
+    }
+    return row >= 0;
 }
 
 void TodoListPage::scrollToTop() {
@@ -144,13 +154,10 @@ void TodoListPage::remove(model::Entry& entry) {
     if (row < 0) {
         return;
     }
-    m_actions.remove(entry, {.text = m_model.text(row),
-                             .goOn =
-                                 [this, row] {
-                                     m_list->setCurrentRow(m_list->nearestTodo(row));
-                                     m_list->setFocus();
-                                 },
-                             .undo = [this] { perform([this] { m_workspace.undo.undo(); }); }});
+    m_actions.remove(entry, {.text = m_model.text(row), .goOn = [this, row] {
+                                 m_list->setCurrentRow(m_list->nearestTodo(row));
+                                 m_list->setFocus();
+                             }});
 }
 
 void TodoListPage::openSchedule(model::Entry& entry) {

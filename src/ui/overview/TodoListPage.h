@@ -24,6 +24,7 @@ public:
 
     QString title() const override;
     void takeKeyboard() override;
+    bool showRecord(const base::Uuid& id) override;
 
 Q_SIGNALS:
     /// The entry is to be shown on its board.

@@ -54,7 +54,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     connectBoardPage();
     connect(&m_navigation, &Navigation::changed, this, &MainWindow::showTitle);
     connect(&m_boardActions, &BoardActions::refused, this, &MainWindow::showError);
-    connect(&m_actions, &WindowActions::refused, this, &MainWindow::showError);
+    connect(m_pages, &PageStack::undoRequested, &m_actions, &WindowActions::undo);
     m_boardPage->list().viewport()->installEventFilter(this);
     m_layout.restore();
     m_navigation.start();
@@ -121,6 +121,7 @@ void MainWindow::connectSidebar() {
             m_navigation.takeKeyboard();
         }
     });
+    connect(m_sidebar, &Sidebar::creationGivenUp, &m_navigation, &Navigation::takeKeyboard);
     connect(m_sidebar, &Sidebar::entryDropped, this,
             [this](const base::Uuid& entry, model::Board* board) {
                 m_boardPage->actions().moveToBoard(entry, *board);

@@ -12,6 +12,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <utility>
+
 namespace korvex::ui {
 
 namespace {
@@ -71,6 +73,10 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
     connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
     connect(m_list, &BoardListView::renamed, this,
             [this](model::Board* board, const QString& name) { store(*board, name); });
+    connect(m_list, &BoardListView::renamingEnded, this, [this] { m_creation.reset(); });
+    // Once the editor is gone, whose row goes with it.
+    connect(m_list, &BoardListView::renamingGivenUp, this, &Sidebar::takeBackCreation,
+            Qt::QueuedConnection);
     connect(m_list, &BoardListView::dropped, this, &Sidebar::move);
     connect(m_list, &BoardListView::entryDropped, this, &Sidebar::entryDropped);
     connect(&theme, &Theme::changed, this, &Sidebar::applyTheme);
@@ -109,6 +115,7 @@ void Sidebar::walk(const SidebarRow* from, int direction) {
 }
 
 void Sidebar::showChoice(PageKind page, const model::Board* board) {
+    m_choice = {page, board ? std::optional(board->id()) : std::nullopt};
     m_upcoming->setChecked(page == PageKind::upcoming);
     m_completed->setChecked(page == PageKind::completed);
     const auto isListed = board && m_model.rowOf(*board) >= 0;
@@ -155,8 +162,32 @@ void Sidebar::createBoard() {
         return;
     }
     m_banner->clear();
+    // A search has ended by now.
+    const auto before = m_choice.page == PageKind::search ? Choice() : m_choice;
     Q_EMIT boardChosen(created);
     rename(*created);
+    m_creation = {created->id(), before};
+}
+
+void Sidebar::takeBackCreation() {
+    const auto creation = std::exchange(m_creation, std::nullopt);
+    auto* const board = creation ? m_boards.board(creation->board) : nullptr;
+    if (!board) {
+        return;
+    }
+    const auto refused = refusal([&] {
+        if (board->entries().empty()) { // or somebody has begun to use it
+            m_boards.deleteBoard(*board);
+        }
+    });
+    if (refused) {
+        showMessage(*refused);
+    } else if (creation->before.page != PageKind::board) {
+        Q_EMIT pageRequested(creation->before.page);
+    } else if (auto* const shown = m_boards.board(creation->before.board.value_or(base::Uuid()))) {
+        Q_EMIT boardChosen(shown);
+    }
+    Q_EMIT creationGivenUp();
 }
 
 void Sidebar::rename(model::Board& board) {

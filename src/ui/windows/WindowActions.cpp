@@ -4,7 +4,7 @@
 #include "ui/boards/BoardPicker.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/MenuItems.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/Popover.h"
 #include "ui/kit/SearchField.h"
 #include "ui/windows/AppearanceMenu.h"
 #include "ui/windows/Navigation.h"
@@ -25,22 +25,8 @@ WindowActions::WindowActions(const Parts& parts, const Services& services, const
       m_parts(parts),
       m_services(services),
       m_theme(theme),
-      m_undo(services.undo, parts.window) {
+      m_undo(services.context, services.undo, parts.navigation, parts.window) {
     addShortcuts();
-    connect(&m_undo, &UndoActions::undoRequested, this, [this] {
-        if (m_parts.navigation.currentPage() == PageKind::board) {
-            m_parts.boardPage.actions().undo();
-        } else {
-            takeBack(&services::UndoManager::undo);
-        }
-    });
-    connect(&m_undo, &UndoActions::redoRequested, this, [this] {
-        if (m_parts.navigation.currentPage() == PageKind::board) {
-            m_parts.boardPage.actions().redo();
-        } else {
-            takeBack(&services::UndoManager::redo);
-        }
-    });
     connect(
         &parts.sidebar, &Sidebar::boardMenuRequested, this,
         [this](model::Board* board, const QPoint& position) { openBoardMenu(*board, position); });
@@ -73,14 +59,6 @@ void WindowActions::addShortcuts() {
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
                     [this, number] { openNumbered(number); });
-    }
-}
-
-/// Undoes or redoes on a page that follows the store; a board's page shows by itself what came
-/// back.
-void WindowActions::takeBack(void (services::UndoManager::*step)()) {
-    if (const auto message = refusal([&] { (m_services.undo.*step)(); })) {
-        Q_EMIT refused(*message);
     }
 }
 
@@ -122,6 +100,15 @@ void WindowActions::openNumbered(int number) {
 }
 
 void WindowActions::toggleSidebar() {
+    // A panel belongs to a place that would move: it goes first, as for a press outside of it.
+    for (auto* const open : m_parts.window.findChildren<Popover*>()) {
+        if (open->isVisible()) {
+            open->dismiss();
+        }
+        if (open->isVisible()) {
+            return; // it has something to lose
+        }
+    }
     m_parts.sidebar.setVisible(m_parts.sidebar.isHidden());
 }
 

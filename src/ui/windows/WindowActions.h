@@ -45,15 +45,13 @@ public:
     };
     WindowActions(const Parts& parts, const Services& services, const Theme& theme);
 
-Q_SIGNALS:
-    /// Why something was not done, in words for the user.
-    void refused(const QString& message);
+    /// Takes this change of the window back.
+    void undo(services::UndoManager::StepId step) { m_undo.undo(step); }
 
 private:
     template <typename Action>
     QAction* addShortcut(const QKeySequence& keys, Action&& action);
     void addShortcuts();
-    void takeBack(void (services::UndoManager::*step)());
     void startTodo();
     void startText();
     void find();

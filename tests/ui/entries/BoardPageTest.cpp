@@ -8,6 +8,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QLabel>
+#include <QMimeData>
 #include <QPushButton>
 #include <QToolButton>
 
@@ -178,6 +179,84 @@ TEST_F(BoardPageTest, AnEmptiedTodoIsRefusedInPlaceAndTheEditorStays) {
     key(Qt::Key_Escape);
     EXPECT_FALSE(isEditing());
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
+}
+
+TEST_F(BoardPageTest, AnEmptiedTodoGoesByBackspaceAndByReturn) {
+    add({"a", "b", "c"});
+    const auto empty = [this](int row) {
+        edit(row);
+        editor().field().selectAll();
+        key(Qt::Key_Backspace);
+    };
+    empty(1);
+    key(Qt::Key_Backspace);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "c"));
+    EXPECT_EQ(page.banner().message(), QStringLiteral("“b” was deleted."));
+    EXPECT_EQ(list().editedRow(), 0) << "goes up";
+    key(Qt::Key_Escape);
+    empty(1);
+    key(Qt::Key_Return);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a"));
+    EXPECT_FALSE(isEditing());
+    EXPECT_TRUE(list().hasFocus());
+    own.undo.undo();
+    own.undo.undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c"));
+}
+
+TEST_F(BoardPageTest, TypingInTheListStartsATodoAndSpaceIsPartOfIt) {
+    const auto* const todo = add({"a"}).front();
+    list().setFocus();
+    list().setCurrentRow(0);
+    for (const auto letter : QStringLiteral("Buy milk")) {
+        QTest::keyClick(QApplication::focusWidget(), letter.toLatin1());
+    }
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "Buy milk"));
+    EXPECT_FALSE(todo->isCompleted());
+
+    QInputMethodEvent composing(QStringLiteral("n"), {});
+    QApplication::sendEvent(&list(), &composing);
+    EXPECT_FALSE(isEditing()) << "an editor would end the composition";
+    QInputMethodEvent committing;
+    committing.setCommitString(QStringLiteral("日本"));
+    EXPECT_TRUE(list().testAttribute(Qt::WA_InputMethodEnabled));
+    QApplication::sendEvent(&list(), &committing);
+    EXPECT_EQ(editor().text(), QStringLiteral("日本"));
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(editor().text(), QString()) << "what was typed is what the editor undoes";
+}
+
+TEST_F(BoardPageTest, WhatIsPastedIntoTheListStandsBelowTheCurrentEntry) {
+    add({"a", "z"});
+    list().setFocus();
+    list().setCurrentRow(0);
+    QApplication::clipboard()->setText(QStringLiteral(" one\n\ntwo\r\n"));
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "one", "two", "z"));
+    EXPECT_EQ(list().currentRow(), 2);
+    auto* const formatted = new QMimeData;
+    formatted->setHtml(QStringLiteral("<p>see <b>this</b></p><p>and that</p>"));
+    QApplication::clipboard()->setMimeData(formatted);
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "one", "two", "see this\nand that", "z"));
+    EXPECT_FALSE(page.entries().entry(3)->isTodo());
+    auto* const unformatted = new QMimeData;
+    unformatted->setHtml(QStringLiteral("<p style='color:red'>three<br>four</p>"));
+    QApplication::clipboard()->setMimeData(unformatted);
+    list().setCurrentRow(0);
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_THAT(storedTexts(*inbox),
+                ElementsAre("a", "three", "four", "one", "two", "see this\nand that", "z"));
+    for (int i = 0; i < 3; ++i) {
+        own.undo.undo();
+    }
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "z")) << "each paste is one step";
+    QApplication::clipboard()->setText(QStringLiteral("ok\n") + QString(10'001, QLatin1Char('x')));
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "z"));
+    EXPECT_EQ(page.banner().message(),
+              toQString(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
 }
 
 TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {

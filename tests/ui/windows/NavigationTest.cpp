@@ -9,6 +9,7 @@
 #include "ui/kit/ErrorBanner.h"
 #include "ui/kit/SearchField.h"
 #include "ui/overview/SearchPage.h"
+#include "ui/todos/SchedulePopover.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 
@@ -264,6 +265,48 @@ TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
     key(Qt::Key_1, Qt::ControlModifier);
     EXPECT_EQ(page().board(), inbox);
     EXPECT_EQ(navigation().currentPage(), PageKind::board);
+}
+
+TEST_F(NavigationTest, ANewBoardIsTakenBackByEscape) {
+    open();
+    for (const auto from : {PageKind::upcoming, PageKind::board}) {
+        if (from == PageKind::board) {
+            navigation().openBoard(*work);
+        } else {
+            navigation().showPage(from);
+        }
+        key(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+        EXPECT_EQ(sidebar().boards().rowCount(), 3);
+        type("Ga");
+        key(Qt::Key_Escape);
+        EXPECT_TRUE(QTest::qWaitFor([this] { return sidebar().boards().rowCount() == 2; }));
+        EXPECT_EQ(navigation().currentPage(), from);
+        EXPECT_TRUE(from != PageKind::board || page().board() == work);
+        EXPECT_TRUE(navigation().page().isAncestorOf(QApplication::focusWidget()));
+        QApplication::processEvents();
+        EXPECT_EQ(navigation().currentPage(), from) << "no Inbox comes later";
+    }
+    key(Qt::Key_N, Qt::ControlModifier | Qt::ShiftModifier);
+    type("Garden");
+    key(Qt::Key_Return);
+    QApplication::processEvents();
+    sidebar().rename(*page().board());
+    key(Qt::Key_Escape);
+    QApplication::processEvents();
+    EXPECT_EQ(page().board()->name(), "Garden") << "Escape from a later renaming keeps the board";
+}
+
+TEST_F(NavigationTest, TheSidebarDoesNotMoveUnderAPanel) {
+    add({"a"});
+    open();
+    list().setFocus();
+    list().setCurrentRow(0);
+    key(Qt::Key_D, Qt::ControlModifier);
+    auto* const panel = window->findChild<SchedulePopover*>();
+    ASSERT_TRUE(panel);
+    key(Qt::Key_F9);
+    EXPECT_FALSE(panel->isVisible());
+    EXPECT_TRUE(sidebar().isHidden());
 }
 
 TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
