@@ -1,7 +1,8 @@
 #include "ui/entries/BoardPage.h"
 
-#include "ui/boards/ArchivedNotice.h"
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
+#include "ui/kit/NoticeLine.h"
 #include "ui/kit/Text.h"
 
 #include <QKeyEvent>
@@ -12,7 +13,10 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     : Page(theme, parent),
       m_model(workspace.context, workspace.serializer, workspace.clock, workspace.dates),
       m_header(new BoardHeader(theme)),
-      m_archivedNotice(new ArchivedNotice(theme)),
+      m_archivedNotice(new NoticeLine({.icon = QStringLiteral("archive"),
+                                       .text = tr("This board is archived."),
+                                       .action = tr("Unarchive")},
+                                      theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
       m_editing(m_model, *m_list, workspace.entries, workspace.code, workspace.clock, theme),
       m_attachments({.context = workspace.context,
@@ -34,6 +38,9 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                            .clock = workspace.clock}},
                 theme),
       m_menu(parts(), m_actions) {
+    const bool canChange = workspace.boards.allowsChanges();
+    m_header->setChangeable(canChange);
+    m_archivedNotice->setActionEnabled(canChange);
     layOut({m_header, m_archivedNotice}, *m_list);
     setFocusProxy(m_list);
     connectParts();
@@ -55,15 +62,13 @@ EntryActions::Parts BoardPage::parts() {
 void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
-    connect(m_archivedNotice, &ArchivedNotice::unarchiveRequested, this,
-            &BoardPage::unarchiveRequested);
+    connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
     connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
-    connect(m_list, &EntryListView::completedToggled, this,
-            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
+    connect(m_list, &EntryListView::completedToggled, this, &BoardPage::toggleCompleted);
     connect(&m_attachments, &AttachmentActions::refused, this,
             [this](const QString& message) { banner().showMessage(message); });
     connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
@@ -113,14 +118,37 @@ void BoardPage::showEntry(model::Entry& entry) {
     }
 }
 
+bool BoardPage::showsArchivedBoard() const {
+    return board() && board()->isLive() && board()->isArchived();
+}
+
+bool BoardPage::canAdd() {
+    if (isReadOnly()) {
+        banner().showMessage(
+            showsArchivedBoard()
+                ? tr("This board is archived.")
+                : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+    }
+    return !isReadOnly();
+}
+
+/// What is opened is to be seen, as much of it as there is room for.
+void BoardPage::toggleCompleted() {
+    m_model.setCompletedExpanded(!m_model.isCompletedExpanded());
+    if (m_model.isCompletedExpanded()) {
+        m_list->scrollToRows(m_model.rowOf(EntryListModel::RowKind::completedHeading),
+                             m_model.rowCount() - 1);
+    }
+}
+
 void BoardPage::startTodo() {
-    if (!isReadOnly()) {
+    if (canAdd()) {
         m_editing.startDraftAtEnd();
     }
 }
 
 void BoardPage::startText() {
-    if (isReadOnly() || !m_editing.leave()) {
+    if (!canAdd() || !m_editing.leave()) {
         return;
     }
     const auto row = m_list->currentRow();
@@ -167,7 +195,7 @@ void BoardPage::updateHeader() {
     const auto isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
     setHint(isEmpty && !isReadOnly() ? tr("Nothing here yet. Type a todo, or paste several lines.")
                                      : QString());
-    m_archivedNotice->setVisible(isReadOnly());
+    m_archivedNotice->setVisible(showsArchivedBoard());
 }
 
 } // namespace korvex::ui
