@@ -5,7 +5,6 @@
 #include "ui/kit/SearchField.h"
 #include "ui/overview/CompletedFilterBar.h"
 
-#include <QAccessible>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QLabel>
@@ -252,20 +251,6 @@ TEST_F(CompletedPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
     own.entries.updateTodo(*todos.front(), "needle", kNow);
     search().setText(QStringLiteral("needle"));
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] needle"));
-}
-
-TEST_F(CompletedPageTest, EveryControlHasAName) {
-    show();
-    pick("Filter by completion date", "Custom range");
-    for (auto* const widget : page.findChildren<QWidget*>()) {
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy() &&
-            widget->isVisible() && !widget->parentWidget()->inherits("QComboBox") &&
-            !widget->parentWidget()->inherits("QAbstractSpinBox")) {
-            EXPECT_FALSE(
-                QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
-                << widget->metaObject()->className();
-        }
-    }
 }
 
 } // namespace
