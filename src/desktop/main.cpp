@@ -9,6 +9,7 @@
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/SingleInstance.h"
 #include "platform/systemd/JournalLog.h"
+#include "ui/kit/Language.h"
 #include "ui/kit/QuietStyle.h"
 #include "ui/kit/Refusal.h"
 #include "ui/kit/Theme.h"
@@ -58,6 +59,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    const auto locale = ui::setUpLanguage(application);
     const auto directory = app::dataDirectory(dataDirectoryArgument(application));
     const auto file = app::storeFile(directory);
 
@@ -89,6 +91,7 @@ int main(int argc, char* argv[]) {
                                     .clock = clock,
                                     .runLoop = runLoop,
                                     .log = log,
+                                    .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources()});
     const auto& workspace = owner.workspace();

@@ -38,6 +38,8 @@ public:
     /// Above the chips, from the text.
     static constexpr int kDistance = 5;
 
+    /// That they were laid out for.
+    int width() const { return m_width; }
     int height() const { return m_height; }
     int count() const { return static_cast<int>(m_chips.size()); }
     QRect rect(int index) const { return m_chips[static_cast<std::size_t>(index)].rect; }
@@ -64,6 +66,7 @@ private:
     void place(int width, const Theme& theme);
 
     std::vector<Chip> m_chips;
+    int m_width;
     int m_height = 0;
 };
 

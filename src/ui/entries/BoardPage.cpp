@@ -1,7 +1,8 @@
 #include "ui/entries/BoardPage.h"
 
-#include "ui/boards/ArchivedNotice.h"
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
+#include "ui/kit/NoticeLine.h"
 #include "ui/kit/Text.h"
 #include "ui/text/OfferedFiles.h"
 
@@ -16,7 +17,10 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
       m_workspace(workspace),
       m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
-      m_archivedNotice(new ArchivedNotice(theme)),
+      m_archivedNotice(new NoticeLine({.icon = QStringLiteral("archive"),
+                                       .text = tr("This board is archived."),
+                                       .action = tr("Unarchive")},
+                                      theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
       m_editing(m_model, *m_list, workspace.entries, workspace.undo, workspace.code,
                 workspace.clock, theme),
@@ -40,6 +44,9 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                 theme),
       m_menu(parts(), m_actions),
       m_pasting(*this, m_model, *m_list, workspace.entries, workspace.clock) {
+    const bool canChange = workspace.boards.allowsChanges();
+    m_header->setChangeable(canChange);
+    m_archivedNotice->setActionEnabled(canChange);
     layOut({m_header, m_archivedNotice}, *m_list);
     setFocusProxy(m_list);
     connectParts();
@@ -62,8 +69,7 @@ EntryActions::Parts BoardPage::parts() {
 void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
-    connect(m_archivedNotice, &ArchivedNotice::unarchiveRequested, this,
-            &BoardPage::unarchiveRequested);
+    connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
@@ -88,8 +94,7 @@ void BoardPage::connectList() {
             [this](int row, int offset) { m_actions.move(*m_model.entry(row), offset); });
     connect(m_list, &EntryListView::dropped, &m_actions, &EntryActions::drop);
     connect(m_list, &EntryListView::menuRequested, &m_menu, &EntryMenu::open);
-    connect(m_list, &EntryListView::completedToggled, this,
-            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
+    connect(m_list, &EntryListView::completedToggled, this, &BoardPage::toggleCompleted);
 }
 
 void BoardPage::paste() {
@@ -155,14 +160,37 @@ bool BoardPage::showRecord(const base::Uuid& id) {
     return row >= 0;
 }
 
+bool BoardPage::showsArchivedBoard() const {
+    return board() && board()->isLive() && board()->isArchived();
+}
+
+bool BoardPage::canAdd() {
+    if (isReadOnly()) {
+        banner().showMessage(
+            showsArchivedBoard()
+                ? tr("This board is archived.")
+                : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+    }
+    return !isReadOnly();
+}
+
+/// What is opened is to be seen, as much of it as there is room for.
+void BoardPage::toggleCompleted() {
+    m_model.setCompletedExpanded(!m_model.isCompletedExpanded());
+    if (m_model.isCompletedExpanded()) {
+        m_list->scrollToRows(m_model.rowOf(EntryListModel::RowKind::completedHeading),
+                             m_model.rowCount() - 1);
+    }
+}
+
 void BoardPage::startTodo() {
-    if (!isReadOnly()) {
+    if (canAdd()) {
         m_editing.startDraftAtEnd();
     }
 }
 
 void BoardPage::startText() {
-    if (isReadOnly() || !m_editing.leave()) {
+    if (!canAdd() || !m_editing.leave()) {
         return;
     }
     const auto row = m_list->currentRow();
@@ -209,7 +237,7 @@ void BoardPage::updateHeader() {
     const auto isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
     setHint(isEmpty && !isReadOnly() ? tr("Nothing here yet. Type a todo, or paste several lines.")
                                      : QString());
-    m_archivedNotice->setVisible(isReadOnly());
+    m_archivedNotice->setVisible(showsArchivedBoard());
 }
 
 } // namespace korvex::ui

@@ -8,8 +8,8 @@
 
 namespace korvex::ui {
 
-class ArchivedNotice;
 class BoardHeader;
+class NoticeLine;
 
 /// The content of one board: header, messages, entries. Main thread.
 class BoardPage final : public Page {
@@ -35,8 +35,9 @@ public:
     void startText();
     /// Gives the keyboard to the list, on its first row where none is chosen.
     void focusList();
-    /// An archived board is only looked at.
+    /// An archived board is only looked at, as is every board of a store that cannot be written.
     bool isReadOnly() const { return m_model.isReadOnly(); }
+    bool showsArchivedBoard() const;
     /// The store's records have changed. To be called in sight or not: who counts the open todos
     /// hears of them from here.
     void refresh();
@@ -60,11 +61,14 @@ private:
     void paste();
     void attachToEdited(const QMimeData& offered);
     void updateHeader();
+    void toggleCompleted();
+    /// Whether new entries can be made; says why not.
+    bool canAdd();
 
     const Workspace& m_workspace;
     EntryListModel m_model;
     BoardHeader* m_header;
-    ArchivedNotice* m_archivedNotice;
+    NoticeLine* m_archivedNotice;
     EntryListView* m_list;
     EntryEditing m_editing;
     AttachmentActions m_attachments;

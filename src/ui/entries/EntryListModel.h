@@ -42,7 +42,8 @@ public:
     /// Shows this board; nothing for null.
     void setBoard(model::Board* board);
     model::Board* board() const { return m_board; }
-    /// An archived board is only looked at: nothing is edited, ticked or made on it.
+    /// An archived board is only looked at, as is every board of a store that cannot be written:
+    /// nothing is edited, ticked or made on it.
     bool isReadOnly() const { return m_isReadOnly; }
     /// Takes in what the store's records say now. Only rows that differ are touched.
     void refresh();
@@ -101,6 +102,7 @@ private:
     void show(std::vector<Row> wanted);
     QString accessibleDescription(const model::Entry& entry) const;
 
+    store::ModelContext& m_context;
     const richtext::RichTextSerializer& m_serializer;
     const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;

@@ -1,6 +1,7 @@
 #include "ui/entries/EntryListView.h"
 
 #include "ui/entries/RowEditor.h"
+#include "ui/kit/Direction.h"
 #include "ui/text/Links.h"
 
 #include <QApplication>
@@ -14,6 +15,9 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kBottomMargin = 24;
+/// What a key moves a wide table by, and one step of a wheel.
+constexpr int kTableStep = 48;
+constexpr int kWheelStep = 120;
 
 /// A character that begins a text; Space alone does not.
 bool isTyping(const QKeyEvent& event) {
@@ -76,8 +80,8 @@ void EntryListView::removeEditor() {
     const auto row = editedRow();
     m_editedIndex = QPersistentModelIndex();
     if (m_editor) {
-        if (m_editor->isAncestorOf(QApplication::focusWidget())) {
-            setFocus(); // or it would go to whatever is next in the window
+        if (m_editor->owns(QApplication::focusWidget())) {
+            setFocus(Qt::OtherFocusReason); // or Qt would give the keyboard to whatever is next
         }
         m_editor->hide();
         m_editor = nullptr;
@@ -183,8 +187,10 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Left:
     case Qt::Key_Right:
         if (row >= 0 && m_model.kind(row) == EntryRowKind::completedHeading &&
-            m_model.isCompletedExpanded() == (event->key() == Qt::Key_Left)) {
+            m_model.isCompletedExpanded() == (stepOf(event->key()) < 0)) {
             Q_EMIT completedToggled();
+        } else if (row >= 0) {
+            scrollTables(row, event->key() == Qt::Key_Right ? kTableStep : -kTableStep);
         }
         return;
     case Qt::Key_Up:
@@ -289,6 +295,70 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
 void EntryListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     RowListView::currentChanged(current, previous);
     setAttribute(Qt::WA_InputMethodEnabled); // which QAbstractItemView asks the row for
+}
+
+/// What goes sideways, or is turned sideways by Shift, moves the wide table under the pointer.
+void EntryListView::wheelEvent(QWheelEvent* event) {
+    const bool isTurned = event->modifiers() == Qt::ShiftModifier;
+    const auto pixels = isTurned ? event->pixelDelta().transposed() : event->pixelDelta();
+    const auto steps = isTurned ? event->angleDelta().transposed() : event->angleDelta();
+    const int by = pixels.isNull() ? steps.x() * kTableStep / kWheelStep : pixels.x();
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    if (by != 0 && index.isValid() && scrollTables(index.row(), -by, position)) {
+        event->accept();
+    } else {
+        RowListView::wheelEvent(event);
+    }
+}
+
+bool EntryListView::scrollTables(int row, int by, std::optional<QPoint> under) {
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto local =
+        under ? std::optional(QPointF(*under - rect.topLeft())) : std::optional<QPointF>();
+    const bool isText = this->isText(row) && row != editedRow();
+    const bool hasMoved = isText && m_delegate->scrollTables(row, rect.width(), by, local);
+    if (hasMoved) {
+        viewport()->update(rect);
+    }
+    return hasMoved;
+}
+
+QAccessible::Role EntryListView::roleOf(int row) const {
+    return m_model.kind(row) == EntryRowKind::newTodo ? QAccessible::Button : QAccessible::ListItem;
+}
+
+void EntryListView::addState(int row, QAccessible::State& state) const {
+    if (m_model.kind(row) == EntryRowKind::completedHeading) {
+        state.expandable = true;
+        state.expanded = m_model.isCompletedExpanded();
+        state.collapsed = !state.expanded;
+    }
+}
+
+std::vector<RowSpeech::Action> EntryListView::actionsOf(int row) {
+    const auto* const entry = m_model.entry(row);
+    if (!entry) {
+        return {{m_model.kind(row) == EntryRowKind::newTodo ? tr("New todo")
+                 : m_model.isCompletedExpanded()            ? tr("Collapse")
+                                                            : tr("Expand"),
+                 [this, row] { activate(row); }}};
+    }
+    if (m_model.isReadOnly()) {
+        return {};
+    }
+    std::vector<Action> actions;
+    const auto toggle = [this, row] { Q_EMIT toggleRequested(row); };
+    if (entry->isTodo()) {
+        actions.push_back({entry->isCompleted() ? tr("Restore") : tr("Complete"), toggle});
+    }
+    if (m_model.isEditable(row)) {
+        actions.push_back({tr("Edit"), [this, row] { Q_EMIT editRequested(row, -1); }});
+    }
+    if (entry->isOpenTodo()) {
+        actions.push_back({tr("Schedule"), [this, row] { Q_EMIT scheduleRequested(row); }});
+    }
+    return actions;
 }
 
 RowPart EntryListView::partAt(int row, const QPoint& position) const {

@@ -69,6 +69,10 @@ protected:
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     bool hasMenu(int row) const override { return m_model.entry(row) != nullptr; }
+    QAccessible::Role roleOf(int row) const override;
+    void addState(int row, QAccessible::State& state) const override;
+    std::vector<Action> actionsOf(int row) override;
+    int rowInEditing() const override { return editedRow(); }
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override;
     void paintEvent(QPaintEvent* event) override;
@@ -80,6 +84,7 @@ protected:
     void doubleClicked(int row, const QPoint& position) override;
     void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void wheelEvent(QWheelEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -91,6 +96,7 @@ private:
     /// The link of a text entry under a point of the viewport, if it may be opened; else empty.
     QString linkAt(const QPoint& position) const;
     int caretAt(int row, const QPoint& position) const;
+    bool scrollTables(int row, int by, std::optional<QPoint> under = std::nullopt);
     /// Does what the row is for.
     void activate(int row);
     void endDrag();

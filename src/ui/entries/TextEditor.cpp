@@ -117,8 +117,8 @@ int TextEditor::neededHeight(int width) {
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
-    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + errorHeight(room) +
-           2 * RowFrame::kPadding + theme().rowDistance();
+    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * RowFrame::kPadding +
+           theme().rowDistance();
 }
 
 int TextEditor::contentHeight() const {
@@ -160,9 +160,7 @@ void TextEditor::place() {
         theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
     const int bottom =
         height() - (theme().rowDistance() - theme().rowDistance() / 2) - RowFrame::kPadding;
-    const auto error = errorHeight(room);
-    m_field->setGeometry(left, top, room, bottom - error - top);
-    placeError({left, bottom - error + (error > 0 ? RowFrame::kPadding / 2 : 0)}, room);
+    m_field->setGeometry(left, top, room, bottom - top);
     placeBar();
 }
 

@@ -1,5 +1,6 @@
 #include "ui/entries/TodoEditor.h"
 
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
@@ -16,7 +17,7 @@ TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent), m_field(new TodoTextEdit(this)), m_schedule(new QToolButton(this)) {
     m_schedule->setAutoRaise(true);
     m_schedule->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_schedule->setLayoutDirection(Qt::RightToLeft); // the bell stands behind the label
+    m_schedule->setLayoutDirection(turnedDirection()); // the bell stands behind the label
     m_schedule->setFocusPolicy(Qt::TabFocus);
     m_schedule->setCursor(Qt::PointingHandCursor);
     m_schedule->setToolTip(tr("Schedule (Ctrl+D)"));
@@ -55,7 +56,7 @@ int TodoEditor::neededHeight(int width) {
     if (!arranged.isBeside) {
         height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
     }
-    return height + errorHeight(room);
+    return height;
 }
 
 void TodoEditor::paintEvent(QPaintEvent* event) {
@@ -67,8 +68,9 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
     const auto top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
     const auto left = frame.textLeft -
                       (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 - frame.signSize;
-    TodoPainting::drawCircle(painter, QRect(left, top, frame.signSize, frame.signSize),
-                             TodoPainting::Circle::open, theme().colors());
+    const QRect circle(left, top, frame.signSize, frame.signSize);
+    TodoPainting::drawCircle(painter, mirrored(circle, rect()), TodoPainting::Circle::open,
+                             theme().colors());
 }
 
 void TodoEditor::resizeEvent(QResizeEvent* event) {
@@ -121,22 +123,18 @@ void TodoEditor::place() {
     const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
     const auto arranged = arrangement(room);
     // Some room below, so that the field never scrolls by a rounded pixel.
-    m_field->setGeometry(frame.textLeft, top + lead, arranged.textWidth,
-                         arranged.textHeight + RowFrame::kPadding - 1);
-    auto y = top + std::max(arranged.textHeight + lead, line);
+    m_field->setGeometry(mirrored(QRect(frame.textLeft, top + lead, arranged.textWidth,
+                                        arranged.textHeight + RowFrame::kPadding - 1),
+                                  width()));
+    const auto y = top + std::max(arranged.textHeight + lead, line);
 
     const auto small = QFontMetrics(theme().smallFont()).lineSpacing();
     const auto button = m_schedule->sizeHint();
-    if (arranged.isBeside) {
-        m_schedule->setGeometry(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
-                                top + (line - button.height()) / 2, button.width(),
-                                button.height());
-    } else {
-        m_schedule->setGeometry(frame.textLeft - 1, y - (button.height() - small) / 2,
-                                button.width(), button.height());
-        y += small + 1;
-    }
-    placeError({frame.textLeft, y}, room);
+    const QPoint place =
+        arranged.isBeside ? QPoint(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
+                                   top + (line - button.height()) / 2)
+                          : QPoint(frame.textLeft - 1, y - (button.height() - small) / 2);
+    m_schedule->setGeometry(mirrored(QRect(place, button), width()));
 }
 
 } // namespace korvex::ui

@@ -1,9 +1,12 @@
 #include "ui/kit/ErrorBanner.h"
 
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QTimer>
 #include <QToolButton>
 
@@ -15,6 +18,7 @@ using namespace std::chrono_literals;
 
 /// Long enough to read the notice and to reach its button.
 constexpr auto kNoticeShown = 10s;
+constexpr double kCornerRadius = 6;
 
 } // namespace
 
@@ -26,15 +30,16 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
       m_action(new QToolButton(this)),
       m_close(new QToolButton(this)),
       m_end(new QTimer(this)) {
-    setAutoFillBackground(true);
+    Accessibility::setRole(*this, QAccessible::AlertMessage);
     m_text->setWordWrap(true);
+    m_text->setAlignment(lineStart());
     m_text->setTextFormat(Qt::PlainText);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_close->setAutoRaise(true);
     m_close->setAccessibleName(tr("Close this message"));
     m_close->setToolTip(tr("Close this message"));
     auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(18, 8, 10, 8);
+    row->setContentsMargins(10, 8, 10, 8);
     row->setSpacing(10);
     row->addWidget(m_sign, 0, Qt::AlignTop);
     row->addWidget(m_text, 1);
@@ -62,9 +67,9 @@ void ErrorBanner::showMessage(const QString& message, Tone tone) {
     m_end->stop();
     m_action->hide();
     m_text->setText(message);
-    m_text->setAccessibleName(message);
     applyTheme();
     show();
+    Accessibility::say(*this, message);
 }
 
 void ErrorBanner::tell(const QString& message) {
@@ -95,6 +100,16 @@ void ErrorBanner::clear() {
 
 QString ErrorBanner::message() const {
     return m_text->text();
+}
+
+void ErrorBanner::paintEvent(QPaintEvent*) {
+    const auto ground = palette().color(QPalette::Window);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(blended(palette().color(QPalette::WindowText), ground, 0.35));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
+                            kCornerRadius);
 }
 
 void ErrorBanner::applyTheme() {

@@ -12,7 +12,7 @@ class QToolButton;
 
 namespace korvex::ui {
 
-/// A line of text above what it concerns, with a button that takes it away: what was refused, or
+/// A few words over what they concern, with a button that takes them away: what was refused, or
 /// what the user should know. Hidden while there is nothing to say.
 class ErrorBanner final : public QFrame {
     Q_OBJECT
@@ -30,6 +30,9 @@ public:
     void endOffer();
     void clear();
     QString message() const;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyTheme();

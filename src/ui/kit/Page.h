@@ -15,8 +15,9 @@ class QVBoxLayout;
 
 namespace korvex::ui {
 
-/// What a window shows of the store, one page at a time: from above a header, messages, a hint
-/// while there is nothing to show, and the content. Main thread.
+/// What a window shows of the store, one page at a time: from above a header, bars, and the
+/// content. Messages, and a hint while there is nothing to show, lie over the content, so that no
+/// row moves when they come and go. Main thread.
 class Page : public QWidget {
     Q_OBJECT
 
@@ -52,9 +53,9 @@ protected:
     Page(const Theme& theme, QWidget* parent);
 
     /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
-    /// order. `top` stands over the messages; the content takes the room that is left.
+    /// order. The content takes the room that is left below `top`.
     void layOut(std::initializer_list<QWidget*> top, QWidget& content);
-    /// Puts the bar between the messages and the content, also for the keyboard.
+    /// Puts the bar directly above the content, also for the keyboard.
     void insertBar(QWidget& bar);
     /// Says over the content why there is nothing in it; an empty text says nothing.
     void setHint(const QString& text);

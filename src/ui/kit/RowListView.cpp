@@ -143,10 +143,9 @@ void RowListView::contextMenuEvent(QContextMenuEvent* event) {
         event->ignore();
         return;
     }
-    const auto below = [&] {
-        return globalRect(visualRect(model()->index(row, 0))).bottomLeft() + QPoint(40, 0);
-    };
-    Q_EMIT menuRequested(row, isByKeyboard ? below() : event->globalPos());
+    const auto seen = visualRect(model()->index(row, 0)).intersected(viewport()->rect());
+    Q_EMIT menuRequested(row, isByKeyboard ? viewport()->mapToGlobal(seen.center())
+                                           : event->globalPos());
 }
 
 void RowListView::leaveEvent(QEvent* event) {

@@ -2,7 +2,6 @@
 
 #include "ui/kit/PageHeader.h"
 
-#include <QLocale>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -88,9 +87,7 @@ bool SearchPage::find() {
         return false;
     }
     const auto count = m_model.rowCount();
-    m_header->setNote(count == 0   ? QString()
-                      : count == 1 ? tr("1 result")
-                                   : tr("%1 results").arg(QLocale().toString(count)));
+    m_header->setNote(count == 0 ? QString() : tr("%Ln result(s)", nullptr, count));
     setHint(count == 0 ? tr("No results for “%1”.").arg(m_query.simplified()) : QString());
     return true;
 }
@@ -113,7 +110,7 @@ void SearchPage::open(int row) {
 }
 
 void SearchPage::toggle(int row) {
-    if (!m_model.row(row).isTodo || m_model.board(row).isArchived()) {
+    if (!m_model.isTickable(row)) {
         return;
     }
     if (auto* const entry = record(row)) {

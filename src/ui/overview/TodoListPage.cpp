@@ -1,5 +1,6 @@
 #include "ui/overview/TodoListPage.h"
 
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/MenuItems.h"
 #include "ui/kit/PageHeader.h"
@@ -161,6 +162,11 @@ void TodoListPage::remove(model::Entry& entry) {
 }
 
 void TodoListPage::openSchedule(model::Entry& entry) {
+    if (!m_workspace.boards.allowsChanges()) {
+        banner().showMessage(
+            toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        return;
+    }
     const auto row = m_model.rowOf(entry);
     if (entry.isCompleted() || row < 0) {
         return;
@@ -171,6 +177,7 @@ void TodoListPage::openSchedule(model::Entry& entry) {
 
 void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
     auto& entry = *m_model.entry(row);
+    const bool canChange = m_workspace.boards.allowsChanges();
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const MenuItems items(*menu, *this);
@@ -179,12 +186,15 @@ void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
     menu->addSeparator();
     if (m_model.detail() == TodoListModel::Detail::due) {
         items.add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, [this, &entry] { openSchedule(entry); })
-            .setEnabled(!entry.isCompleted());
+            .setEnabled(canChange && !entry.isCompleted());
     }
-    items.add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return,
-              [this, &entry] { toggle(entry); });
+    items
+        .add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return,
+             [this, &entry] { toggle(entry); })
+        .setEnabled(canChange);
     menu->addSeparator();
-    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); });
+    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); })
+        .setEnabled(canChange);
     menu->popup(globalPosition);
 }
 

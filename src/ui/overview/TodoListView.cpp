@@ -153,6 +153,26 @@ void TodoListView::focusInEvent(QFocusEvent* event) {
     viewport()->update();
 }
 
+QAccessible::Role TodoListView::roleOf(int row) const {
+    return m_model.isHeading(row) ? QAccessible::Heading : QAccessible::ListItem;
+}
+
+std::vector<RowSpeech::Action> TodoListView::actionsOf(int row) {
+    const auto* const todo = m_model.entry(row);
+    if (!todo) {
+        return {};
+    }
+    std::vector<Action> actions{
+        {todo->isCompleted() ? tr("Restore") : tr("Complete"),
+         [this, row] { Q_EMIT toggleRequested(row); }},
+        {tr("Go to entry"), [this, row] { Q_EMIT openRequested(row); }},
+    };
+    if (!todo->isCompleted()) {
+        actions.push_back({tr("Schedule"), [this, row] { Q_EMIT scheduleRequested(row); }});
+    }
+    return actions;
+}
+
 RowPart TodoListView::partAt(int row, const QPoint& position) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());

@@ -44,6 +44,8 @@ protected:
     RowPart partAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool hasMenu(int row) const override { return !m_model.isHeading(row); }
+    QAccessible::Role roleOf(int row) const override;
+    std::vector<Action> actionsOf(int row) override;
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override { m_delegate->forgetAll(); }
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;

@@ -79,13 +79,13 @@ bool Navigation::showLastBoard() {
 }
 
 bool Navigation::canGoBack() const {
-    return currentPage() != PageKind::board || m_views.boardPage.isReadOnly();
+    return currentPage() != PageKind::board || m_views.boardPage.showsArchivedBoard();
 }
 
 void Navigation::goBack() {
     if (currentPage() == PageKind::search) {
         leaveSearch();
-    } else if (currentPage() == PageKind::board && m_views.boardPage.isReadOnly()) {
+    } else if (currentPage() == PageKind::board && m_views.boardPage.showsArchivedBoard()) {
         showPage(PageKind::archived);
     } else {
         showLastBoard();

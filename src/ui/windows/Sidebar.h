@@ -36,6 +36,10 @@ public:
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
     void setUpcomingCount(int count);
+    /// Gives the keyboard to what is chosen.
+    void takeKeyboard();
+    /// How much of its height the search takes.
+    int searchHeight() const;
     /// The store's records have changed.
     void refresh();
 
@@ -46,8 +50,12 @@ public:
 
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
+    /// The chosen board was clicked, or Return was pressed on it.
+    void boardPicked();
     void boardMenuRequested(korvex::model::Board* board, const QPoint& globalPosition);
     void pageRequested(korvex::ui::PageKind page);
+    /// The board is to stand this many places further down, or up where it is negative.
+    void moveRequested(korvex::model::Board* board, int offset);
     /// An entry was dropped on a board.
     void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
     /// A new board was taken back before it had a name: what was shown before is shown again.
@@ -71,6 +79,7 @@ private:
     /// Counts the open todos of all boards, soon.
     void countSoon();
     void showMessage(const QString& message);
+    void layOut();
     void connectRows();
     void walk(const SidebarRow* from, int direction);
     void store(model::Board& board, const QString& name);

@@ -1,5 +1,7 @@
 #include "ui/windows/StoreErrorWindow.h"
 
+#include "ui/kit/Accessibility.h"
+
 #include <QDesktopServices>
 #include <QFileInfo>
 #include <QHBoxLayout>
@@ -18,6 +20,7 @@ constexpr int kMargin = 32;
 
 StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile) {
     setWindowTitle(QStringLiteral("Korvex"));
+    Accessibility::setRole(*this, QAccessible::Window);
     resize(kSize);
     auto* const title = new QLabel(tr("Korvex could not open its store"), this);
     auto titleFont = title->font();

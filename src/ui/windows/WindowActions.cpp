@@ -9,8 +9,11 @@
 #include "ui/windows/AppearanceMenu.h"
 #include "ui/windows/Navigation.h"
 #include "ui/windows/Sidebar.h"
+#include "ui/windows/SidebarPlace.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QContextMenuEvent>
 
 namespace korvex::ui {
 
@@ -46,7 +49,7 @@ void WindowActions::addShortcuts() {
     addShortcut(Qt::CTRL | Qt::Key_N, [this] { startTodo(); });
     addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { startText(); });
     addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_N, [this] {
-        m_parts.sidebar.show();
+        m_parts.sidebarPlace.show();
         m_parts.sidebar.createBoard();
     });
     m_find = addShortcut(Qt::CTRL | Qt::Key_F, [this] { find(); });
@@ -55,6 +58,7 @@ void WindowActions::addShortcuts() {
     m_goToBoard->setText(tr("Go to board…"));
     addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
+    addShortcut(Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); });
     addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
@@ -75,7 +79,7 @@ void WindowActions::startText() {
 }
 
 void WindowActions::find() {
-    m_parts.sidebar.show();
+    m_parts.sidebarPlace.show();
     m_parts.sidebar.searchField().setFocus(Qt::ShortcutFocusReason);
     m_parts.sidebar.searchField().selectAll();
 }
@@ -109,7 +113,16 @@ void WindowActions::toggleSidebar() {
             return; // it has something to lose
         }
     }
-    m_parts.sidebar.setVisible(m_parts.sidebar.isHidden());
+    m_parts.sidebarPlace.toggle();
+}
+
+void WindowActions::openContextMenu() {
+    if (auto* const focused = QApplication::focusWidget()) {
+        const auto place =
+            focused->inputMethodQuery(Qt::ImCursorRectangle).toRectF().toRect().center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, place, focused->mapToGlobal(place));
+        QApplication::sendEvent(focused, &event);
+    }
 }
 
 QMenu* WindowActions::makeMenu() {
@@ -141,8 +154,8 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     m_parts.boardActions.addTo(*menu, *page.board());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
-    items.add(m_parts.sidebar.isHidden() ? tr("Show sidebar") : tr("Hide sidebar"), Qt::Key_F9,
-              [this] { toggleSidebar(); });
+    items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
+              [this] { m_parts.sidebarPlace.toggle(); });
     menu->popup(globalPosition);
 }
 

@@ -8,6 +8,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
       m_scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
                       surroundings.log),
+      m_dates(surroundings.locale),
       m_serializer(surroundings.log),
       m_code(surroundings.makeEngine, surroundings.resources, surroundings.runLoop,
              surroundings.log),

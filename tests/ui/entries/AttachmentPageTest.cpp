@@ -2,6 +2,7 @@
 #include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/ErrorBanner.h"
 
 #include <QApplication>
@@ -256,11 +257,8 @@ TEST_F(AttachmentPageTest, AnEditorTakesWordsAsTextAndFilesAsAttachments) {
     copyFiles({file("form.pdf")});
     field.paste();
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
-    bool isToldWhy = false;
-    for (const auto* const label : page.findChild<TodoEditor*>()->findChildren<QLabel*>()) {
-        isToldWhy = isToldWhy || label->text() == QLatin1String("Entry content cannot be empty.");
-    }
-    EXPECT_TRUE(isToldWhy) << "a draft without words cannot hold a file yet";
+    EXPECT_EQ(tests::shownRefusal(page), QStringLiteral("Entry content cannot be empty."))
+        << "a draft without words cannot hold a file yet";
 
     QTest::keyClicks(&field, QStringLiteral("Renew"));
     field.paste();

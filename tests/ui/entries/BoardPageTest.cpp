@@ -3,9 +3,9 @@
 #include "model/ServiceErrors.h"
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/ErrorBanner.h"
 
-#include <QAccessible>
 #include <QClipboard>
 #include <QLabel>
 #include <QMimeData>
@@ -47,14 +47,7 @@ protected:
         list().setFocus();
         key(Qt::Key_Return);
     }
-    QString editorError() {
-        for (const auto* const label : editor().findChildren<QLabel*>()) {
-            if (!label->isHidden()) {
-                return label->text();
-            }
-        }
-        return {};
-    }
+    QString editorError() { return tests::shownRefusal(page); }
 
     tests::StillStyle still;
     BoardPage page{workspace, theme};
@@ -306,7 +299,7 @@ TEST_F(BoardPageTest, ABoardThatIsGoneRefusesTheTextAndKeepsIt) {
     EXPECT_TRUE(isEditing());
     EXPECT_NE(editorError(), QString());
     EXPECT_FALSE(page.leave());
-    editor().findChild<QPushButton*>()->click();
+    page.findChild<RowRefusal*>()->findChild<QPushButton*>()->click();
     EXPECT_FALSE(isEditing()) << "the user can give it up";
 }
 
@@ -389,21 +382,6 @@ TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {
     EXPECT_EQ(todos[0]->content(), "ab");
     EXPECT_TRUE(todos[0]->isCompleted());
     EXPECT_FALSE(isEditing());
-}
-
-TEST_F(BoardPageTest, AScreenReaderFindsAListOfCheckableTodos) {
-    const auto todos = add({"a", "b"});
-    own.entries.completeTodo(*todos[0], kNow);
-    auto* const list = QAccessible::queryAccessibleInterface(&this->list());
-    ASSERT_NE(list, nullptr);
-    EXPECT_EQ(list->role(), QAccessible::List);
-    auto* const row = list->child(0);
-    ASSERT_NE(row, nullptr);
-    EXPECT_EQ(row->text(QAccessible::Name), QStringLiteral("b"));
-    EXPECT_EQ(row->text(QAccessible::Description), QStringLiteral("Open"));
-    EXPECT_TRUE(row->state().checkable);
-    EXPECT_FALSE(row->state().checked);
-    EXPECT_EQ(row->rect().size(), this->list().visualRect(page.entries().index(0, 0)).size());
 }
 
 } // namespace

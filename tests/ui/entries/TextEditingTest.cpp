@@ -6,6 +6,7 @@
 #include "ui/WindowFixture.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/ErrorBanner.h"
 
 #include <QLabel>
@@ -59,14 +60,7 @@ protected:
     std::string stored(const model::Entry& entry) {
         return tests::dump(richtext::richText(entry, workspace.serializer));
     }
-    QString error() {
-        for (const auto* const label : editor()->findChildren<QLabel*>()) {
-            if (!label->isHidden() && !label->text().isEmpty()) {
-                return label->text();
-            }
-        }
-        return {};
-    }
+    QString error() { return tests::shownRefusal(page); }
     /// Chooses a command of the menu that a right click in the editor opens.
     void choose(const QString& command) {
         QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5),

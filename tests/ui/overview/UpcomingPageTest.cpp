@@ -5,7 +5,6 @@
 #include "ui/kit/ErrorBanner.h"
 #include "ui/todos/SchedulePopover.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QMenu>
 #include <QMouseEvent>
@@ -437,20 +436,6 @@ TEST_F(UpcomingPageTest, AfterAnyChangesThePageIsAsOneMadeAnew) {
         EXPECT_EQ(wanted->entry(row), listModel().entry(row)) << row;
         EXPECT_EQ(toUtf8(wanted->text(row)), toUtf8(listModel().text(row))) << row;
     }
-}
-
-TEST_F(UpcomingPageTest, AScreenReaderFindsAListOfCheckableTodos) {
-    addTodo("a", TodoSchedule::dueOn(20250309));
-    show();
-    auto* const accessible = QAccessible::queryAccessibleInterface(&list());
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->role(), QAccessible::List);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Upcoming"));
-    EXPECT_EQ(accessible->child(0)->text(QAccessible::Name), QStringLiteral("Overdue"));
-    EXPECT_FALSE(accessible->child(0)->state().checkable);
-    EXPECT_EQ(accessible->child(1)->text(QAccessible::Description),
-              QStringLiteral("Open, Due: Yesterday, Overdue, Board: Inbox"));
-    EXPECT_TRUE(accessible->child(1)->state().checkable);
 }
 
 } // namespace

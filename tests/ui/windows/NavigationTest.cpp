@@ -1,19 +1,18 @@
 #include "ui/windows/Navigation.h"
 
 #include "ui/WindowFixture.h"
-#include "ui/boards/ArchivedNotice.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/boards/RowDragTypes.h"
 #include "ui/boards/SidebarRow.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/ErrorBanner.h"
+#include "ui/kit/NoticeLine.h"
 #include "ui/kit/SearchField.h"
 #include "ui/overview/SearchPage.h"
 #include "ui/todos/SchedulePopover.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 
-#include <QAccessible>
 #include <QAction>
 #include <QComboBox>
 #include <QDropEvent>
@@ -215,7 +214,7 @@ TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
     EXPECT_EQ(page().board(), inbox);
 
     navigation().showBoard(*work);
-    page().findChild<ArchivedNotice*>()->findChild<QPushButton*>()->click();
+    page().findChild<NoticeLine*>()->findChild<QPushButton*>()->click();
     EXPECT_FALSE(work->isArchived());
     EXPECT_FALSE(page().isReadOnly());
     EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Work"));
@@ -393,33 +392,6 @@ TEST_F(NavigationTest, TheCountOfUpcomingTodosFollowsTheStore) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return row("Upcoming").note() == QStringLiteral("1"); }));
     own.entries.completeTodo(*todos[0], kNow);
     EXPECT_EQ(row("Upcoming").note(), QString());
-}
-
-TEST_F(NavigationTest, EveryControlOfEveryPageHasAName) {
-    auto& old = own.boards.createBoard("Old", kNow);
-    own.boards.setArchived(true, old, kNow);
-    add({"a"});
-    open();
-    page().startTodo();
-    page().startText();
-    for (const auto kind : {PageKind::upcoming, PageKind::completed, PageKind::archived}) {
-        navigation().showPage(kind);
-    }
-    for (auto* const picker : window->findChildren<QComboBox*>()) {
-        if (const int custom = picker->findText(QStringLiteral("Custom range")); custom >= 0) {
-            picker->setCurrentIndex(custom);
-            Q_EMIT picker->activated(custom); // and its fields appear
-        }
-    }
-    search("a");
-    for (auto* const widget : window->findChildren<QWidget*>()) {
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy() &&
-            widget->window() == window.get() && widget->isVisibleTo(widget->parentWidget())) {
-            auto* const accessible = QAccessible::queryAccessibleInterface(widget);
-            EXPECT_FALSE(accessible->text(QAccessible::Name).isEmpty())
-                << widget->metaObject()->className();
-        }
-    }
 }
 
 } // namespace
