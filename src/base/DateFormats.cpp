@@ -5,6 +5,7 @@
 #include "base/UserLocale.h"
 
 #include <unicode/datefmt.h>
+#include <unicode/dtptngen.h>
 #include <unicode/reldatefmt.h>
 
 #include <stdexcept>
@@ -32,6 +33,19 @@ struct DateFormats::Formats {
     std::unique_ptr<icu::DateFormat> shortTime;
     std::unique_ptr<icu::DateFormat> dayAndShortTime;
     std::unique_ptr<icu::RelativeDateTimeFormatter> words;
+
+    std::string pattern(const char16_t* skeleton) const {
+        UErrorCode status = U_ZERO_ERROR;
+        const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+            icu::DateTimePatternGenerator::createInstance(locale, status));
+        const auto text =
+            patterns ? patterns->getBestPattern(skeleton, status) : icu::UnicodeString();
+        if (U_FAILURE(status)) {
+            throw std::runtime_error(std::string("ICU has no date pattern: ") +
+                                     u_errorName(status));
+        }
+        return utf8(text);
+    }
 
     /// `skeleton` names the fields; order and punctuation are the locale's. Null: its short time.
     std::string text(std::unique_ptr<icu::DateFormat>& format, const char16_t* skeleton,
@@ -79,6 +93,14 @@ std::string DateFormats::shortTime(Instant instant) const {
 
 std::string DateFormats::dayAndShortTime(Instant instant) const {
     return m_formats->text(m_formats->dayAndShortTime, u"yMMMdjm", instant);
+}
+
+std::string DateFormats::dayPattern() const {
+    return m_formats->pattern(u"yMd");
+}
+
+std::string DateFormats::timePattern() const {
+    return m_formats->pattern(u"jm");
 }
 
 std::string DateFormats::relativeDayWord(int offset) const {

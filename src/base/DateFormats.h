@@ -28,6 +28,9 @@ public:
     std::string shortTime(Instant instant) const;
     /// "Jan 15, 2025, 9:00 AM"
     std::string dayAndShortTime(Instant instant) const;
+    /// How a day and a time of day are typed, in ICU's letters: "M/d/y", "h:mm a".
+    std::string dayPattern() const;
+    std::string timePattern() const;
     /// "Yesterday", "Today", "Tomorrow" for -1, 0, 1.
     std::string relativeDayWord(int offset) const;
 

@@ -1,6 +1,12 @@
 #include "base/UserLocale.h"
 
+#include <unicode/dtptngen.h>
+#include <unicode/localebuilder.h>
+
+#include <algorithm>
+#include <array>
 #include <cstdlib>
+#include <memory>
 #include <string_view>
 
 namespace korvex::base {
@@ -22,7 +28,45 @@ bool namesLanguage(std::string_view name) {
     return !language.empty() && language != "C" && language != "POSIX";
 }
 
+bool isKnown(const std::string& language, const std::string& region) {
+    std::int32_t count = 0;
+    const auto* const known = icu::Locale::getAvailableLocales(count);
+    return std::any_of(known, known + count, [&](const icu::Locale& each) {
+        return language == each.getLanguage() && region == each.getCountry();
+    });
+}
+
+/// The clock of a locale, as the value of the key "hc".
+const char* hourCycle(const icu::Locale& locale) {
+    static constexpr std::array kCycles{"h11", "h12", "h23", "h24"};
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+        icu::DateTimePatternGenerator::createInstance(locale, status));
+    const auto cycle = patterns ? patterns->getDefaultHourCycle(status) : UDAT_HOUR_CYCLE_23;
+    return U_SUCCESS(status) ? kCycles[static_cast<std::size_t>(cycle)] : "h23";
+}
+
 } // namespace
+
+std::string localeSpeaking(const std::string& language, const char* category) {
+    const auto own = userLocale({}, category);
+    icu::LocaleBuilder builder;
+    if (language == own.getLanguage()) {
+        builder.setLocale(own);
+    } else {
+        const std::string region = own.getCountry();
+        const bool hasRegion = isKnown(language, region);
+        builder.setLanguage(language).setRegion(hasRegion ? region : std::string("001"));
+        builder.setUnicodeLocaleKeyword("hc", hourCycle(own));
+        if (!hasRegion && region.size() == 2) {
+            builder.setUnicodeLocaleKeyword("rg", region + "zzzz"); // the first day of the week
+        }
+    }
+    UErrorCode status = U_ZERO_ERROR;
+    const auto locale = builder.build(status);
+    auto tag = locale.toLanguageTag<std::string>(status);
+    return U_SUCCESS(status) ? tag : language;
+}
 
 icu::Locale userLocale(const std::string& name, const char* category) {
     const auto chosen = name.empty() ? localeOfEnvironment(category) : name;

@@ -11,4 +11,9 @@ namespace korvex::base {
 /// English, in which the program's own texts are.
 icu::Locale userLocale(const std::string& name, const char* category);
 
+/// The user's locale with the words of `language` ("en"), as a BCP 47 tag: who reads English texts
+/// in Germany has English days and months, in the order and by the clock that is used there. Where
+/// the language knows nothing of the region, it is that language as it is written in the world.
+std::string localeSpeaking(const std::string& language, const char* category);
+
 } // namespace korvex::base

@@ -10,6 +10,7 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
+#include "ui/kit/Language.h"
 #include "ui/kit/QuietStyle.h"
 #include "ui/kit/Refusal.h"
 #include "ui/kit/Theme.h"
@@ -59,6 +60,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    const auto locale = ui::setUpLanguage(application);
     const auto directory = app::dataDirectory(dataDirectoryArgument(application));
     const auto file = app::storeFile(directory);
 
@@ -90,6 +92,7 @@ int main(int argc, char* argv[]) {
                                     .clock = clock,
                                     .runLoop = runLoop,
                                     .log = log,
+                                    .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources()});
     const auto& workspace = owner.workspace();

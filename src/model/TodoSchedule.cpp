@@ -73,7 +73,7 @@ bool TodoSchedule::isOverdue(base::Instant now, const base::Calendar& calendar) 
         return today && *today > *dueDay && base::noonInUtc(*dueDay);
     }
     const auto due = dueTime(*this);
-    return due && now > *due;
+    return due && now >= *due;
 }
 
 std::optional<std::string> TodoSchedule::dueLabel(base::Instant now,

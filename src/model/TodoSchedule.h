@@ -41,7 +41,7 @@ struct TodoSchedule {
     std::optional<base::Instant> effectiveDate(const base::Calendar& calendar) const;
 
     /// Whether the todo is due and that has passed at `now`: an all-day todo once its day is over,
-    /// a timed one after its time.
+    /// a timed one from its very moment on.
     bool isOverdue(base::Instant now, const base::Calendar& calendar) const;
 
     /// "Today · 9:00 AM–10:00 AM"; absent without a valid effective date.

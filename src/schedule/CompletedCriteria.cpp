@@ -19,8 +19,8 @@ CompletedCriteria::CompletedCriteria(const CompletedFilter& filter, base::Instan
 }
 
 std::optional<EntryKey> CompletedCriteria::keyOf(const model::Entry& entry) {
-    if (!entry.isCompletedTodo() || (m_interval && !m_interval->contains(completionDate(entry))) ||
-        !isOnBoard(entry) || !hasSchedule(entry)) {
+    if (!entry.isCompletedTodo() || !isInPeriod(entry) || !isOnBoard(entry) ||
+        !hasSchedule(entry)) {
         return std::nullopt;
     }
     // On a board as `services::ordered` has it.
@@ -29,6 +29,11 @@ std::optional<EntryKey> CompletedCriteria::keyOf(const model::Entry& entry) {
     // One whose moment is not known goes last, though its day is that of its last change.
     key.moment = orderedBitsFromLatest(entry.completedAt().value_or(base::Instant::distantPast()));
     return key;
+}
+
+bool CompletedCriteria::isInPeriod(const model::Entry& entry) const {
+    const auto completedAt = entry.completedAt();
+    return !m_interval || (completedAt && m_interval->contains(*completedAt));
 }
 
 bool CompletedCriteria::isOnBoard(const model::Entry& entry) const {
@@ -63,11 +68,14 @@ bool CompletedCriteria::hasSchedule(const model::Entry& entry) {
 }
 
 bool CompletedCriteria::isLate(const model::Entry& entry) {
-    const auto completed = completionDate(entry);
-    if (const auto day = entry.dueDay()) {
-        return m_days.isAfter(completed, *day);
+    const auto completedAt = entry.completedAt();
+    if (!completedAt || !completedAt->isValid()) {
+        return false;
     }
-    return entry.dueDate() && completed > *entry.dueDate();
+    if (const auto day = entry.dueDay()) {
+        return m_days.isAfter(*completedAt, *day);
+    }
+    return entry.dueDate() && *completedAt > *entry.dueDate();
 }
 
 bool CompletedCriteria::matchesQuery(const model::Entry& entry) const {

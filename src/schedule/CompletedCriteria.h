@@ -27,6 +27,7 @@ public:
     DayCache& days() { return m_days; }
 
 private:
+    bool isInPeriod(const model::Entry& entry) const;
     bool isOnBoard(const model::Entry& entry) const;
     bool hasSchedule(const model::Entry& entry);
     bool isLate(const model::Entry& entry);

@@ -53,13 +53,8 @@ store::Condition CompletedFilter::condition(base::Instant now,
     }
     if (const auto bounds = interval(now, calendar)) {
         const FieldReference completedAt{Entry::completedAtField};
-        // What is no date counts as not known.
-        all.push_back(Condition::any(
-            {Condition::isAbsent(Entry::completedAtField),
-             completedAt<Value{base::Instant::distantPast().seconds}, completedAt> Value{
-                 base::Instant::distantFuture().seconds},
-             completedAt >= Value{bounds->start.seconds} &&
-                 completedAt < Value{bounds->end.seconds}}));
+        all.push_back(completedAt >= Value{bounds->start.seconds} &&
+                      completedAt < Value{bounds->end.seconds});
     }
     const auto hasDue =
         Condition::isPresent(Entry::dueDayField) || Condition::isPresent(Entry::dueDateField);

@@ -52,8 +52,8 @@ struct CompletedFilter {
                                      services::FoldedTexts& texts) const;
 };
 
-/// When a completed todo was completed, for periods, lateness and the day that it is shown under:
-/// where that is not known, its last change.
+/// When a completed todo was completed, for the day that it is shown under: where that is not
+/// known, its last change. Such a todo is of no period, and not late.
 base::Instant completionDate(const model::Entry& entry);
 
 /// English titles: "Any time", "This week" …; "Any due date" …; "Any board status" …

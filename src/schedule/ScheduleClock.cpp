@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <utility>
 
@@ -28,6 +29,19 @@ std::optional<base::Instant> earliestOpen(store::ModelContext& context, Entry::F
         .limit = 1,
     });
     return found.empty() ? std::nullopt : (found.front()->*value)();
+}
+
+/// Clocks that were set back over midnight show the end of a day again after it has ended. Where it
+/// ends once more is found by halving; midnight is a whole second.
+base::Instant endOfRepeatedHour(base::Instant now, const base::Calendar& calendar) {
+    const auto today = calendar.day(now);
+    auto before = now;
+    auto after = now + kSecondsPerDay;
+    while (after - before > 0.001) {
+        const auto middle = before + (after - before) / 2;
+        (calendar.day(middle) == today ? before : after) = middle;
+    }
+    return {std::floor(after.seconds)};
 }
 
 } // namespace
@@ -101,8 +115,8 @@ base::Instant ScheduleClock::nextTransition(store::ModelContext& context, base::
     auto earliest = now + kSecondsPerDay;
     if (const auto today = calendar.interval(base::CalendarPeriod::day, now)) {
         // Not always where today starts plus a day: after a day that began at one o'clock, midnight
-        // is an hour earlier. Nor after `now`, once clocks have been set back over midnight.
-        earliest = today->end > now ? today->end : earliest;
+        // is an hour earlier.
+        earliest = today->end > now ? today->end : endOfRepeatedHour(now, calendar);
     }
     for (const auto& candidate :
          {earliestOpen(context, Entry::dueDateField, &Entry::dueDate, now),

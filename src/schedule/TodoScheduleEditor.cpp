@@ -36,6 +36,18 @@ base::Instant proposedStart(base::Instant due, const base::Calendar& calendar) {
     return midnight ? std::max(due - kHour, *midnight) : due - kHour;
 }
 
+/// Raises the flag for a scope, whatever ends it.
+class Saving {
+public:
+    explicit Saving(bool& flag) : m_flag(flag) { m_flag = true; }
+    ~Saving() { m_flag = false; }
+    Saving(const Saving&) = delete;
+    Saving& operator=(const Saving&) = delete;
+
+private:
+    bool& m_flag;
+};
+
 bool isPresent(const std::optional<base::Instant>& instant) {
     return instant && instant->isValid();
 }
@@ -61,8 +73,10 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
     due = hasDue ? *effective : proposed;
     hasWindow = hasTime && isPresent(m_original.dueStartDate);
     start = hasWindow ? *m_original.dueStartDate : proposedStart(due, calendar);
+    startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(due);
     hasReminder = isPresent(m_original.reminderDate);
     reminder = hasReminder ? *m_original.reminderDate : nextHour;
+    m_initial = schedule();
 }
 
 std::optional<base::Instant> TodoScheduleEditor::anchor() const {
@@ -97,6 +111,9 @@ std::optional<std::string> TodoScheduleEditor::anchorExplanation() const {
 
 std::optional<base::Instant> TodoScheduleEditor::windowStart() const {
     const auto& calendar = m_formats.calendar();
+    if (startHasOwnDay) {
+        return start.isValid() ? std::optional(start) : std::nullopt;
+    }
     const auto date = calendar.components(due);
     auto fields = calendar.components(start);
     if (!date || !fields) {
@@ -163,8 +180,8 @@ bool TodoScheduleEditor::save(base::Instant now) {
     if (m_errorMessage) {
         return false;
     }
-    m_saving = true;
     try {
+        const Saving saving(m_saving);
         const auto described = schedule();
         if (!described) {
             throw model::EntryServiceError(model::EntryServiceErrorCase::invalidSchedule);
@@ -172,10 +189,15 @@ bool TodoScheduleEditor::save(base::Instant now) {
         m_onSave(*described);
     } catch (const base::Error& error) {
         m_errorMessage = error.errorDescription();
-    }
-    m_saving = false;
-    if (m_errorMessage) {
         return false;
+    }
+    close();
+    return true;
+}
+
+bool TodoScheduleEditor::dismiss(base::Instant now) {
+    if (schedule() != m_initial) {
+        return save(now);
     }
     close();
     return true;

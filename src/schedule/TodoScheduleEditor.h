@@ -12,7 +12,7 @@ namespace korvex::schedule {
 
 /// What a person edits in the schedule popover, and its checks; no widgets. The view sets the
 /// fields, calls `updatePresetReminder` after each change of the due fields or the preset, and
-/// `save` at the end. Main thread.
+/// `save` or `dismiss` at the end. Main thread.
 class TodoScheduleEditor {
 public:
     struct Settings {
@@ -32,8 +32,11 @@ public:
     bool hasDue = false;
     bool hasTime = false;
     bool hasWindow = false;
-    /// Only its wall-clock time counts: the window lies on the date of `due`.
+    /// Only its wall-clock time counts, on the date of `due`; unless it has a day of its own.
     base::Instant start;
+    /// The window of the original starts on another day than it ends. Then `start` counts as it is,
+    /// or opening such a window would squeeze it into one day.
+    bool startHasOwnDay = false;
     base::Instant due;
     bool hasReminder = false;
     base::Instant reminder;
@@ -57,16 +60,21 @@ public:
     /// Checks, builds, hands over and closes; a refusal becomes `errorMessage` and keeps the editor
     /// open. True when it was saved. `onClose` may destroy the editor.
     bool save(base::Instant now);
+    /// Saves like that where the fields describe another schedule than at the beginning; just
+    /// closes where they do not. True when it has closed.
+    bool dismiss(base::Instant now);
     void close() const { m_onClose(); }
 
 private:
     std::optional<base::Instant> anchor() const;
-    /// The start and the end of the window on the due date; absent where the clock has no such
-    /// time.
+    /// The start and the end of the window; absent where the clock has no such time on the due
+    /// date.
     std::optional<base::Instant> windowStart() const;
     std::optional<base::Instant> windowEnd() const;
 
     model::TodoSchedule m_original;
+    /// What the fields described at first: the original without what makes no sense.
+    std::optional<model::TodoSchedule> m_initial;
     Settings m_settings;
     const base::DateFormats& m_formats;
     OnSave m_onSave;

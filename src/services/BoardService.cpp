@@ -4,6 +4,7 @@
 #include "model/BoardIcon.h"
 #include "model/Entry.h"
 #include "services/OrderKey.h"
+#include "store/ModelContainer.h"
 
 #include <algorithm>
 #include <limits>
@@ -136,6 +137,10 @@ void BoardService::initializeDefaultBoards(base::Instant now, SaveChanges saveCh
     if (isMade) {
         m_writer.log().info("Initialized default boards");
     }
+}
+
+bool BoardService::allowsChanges() const {
+    return m_writer.context().container().allowsSave();
 }
 
 Board* BoardService::inboxBoard() const {

@@ -31,6 +31,9 @@ public:
     /// changes more at once passes `no` and saves the boards together with the rest.
     void initializeDefaultBoards(base::Instant now, SaveChanges saveChanges = SaveChanges::yes);
 
+    /// False for a store that can only be read: then every change throws `readOnlyStore`.
+    bool allowsChanges() const;
+
     model::Board* inboxBoard() const;
     /// Every visible board, archived ones too, in sidebar order.
     std::vector<model::Board*> boards() const;

@@ -28,9 +28,10 @@ namespace korvex::services {
 /// saves once, and on failure leaves records and store as they were. Throws EntryServiceError,
 /// RichTextSerializationError, AttachmentError or StoreError. Main thread.
 ///
-/// With an undo manager every change but the creations and the emptying of a board can be undone:
-/// its inverse gives the entries of the change their former fields and places among whatever others
-/// have done meanwhile, and throws `entryUnavailable` where that would write over another's words.
+/// With an undo manager every change but the emptying of a board can be undone, a creation where
+/// its caller gave it a name: its inverse gives the entries of the change their former fields and
+/// places among whatever others have done meanwhile, or deletes what was created, and throws
+/// `entryUnavailable` where that would cost another's words.
 class EntryService {
 public:
     EntryService(store::ModelContext& context, ReminderReconciling& reminders,
@@ -40,9 +41,10 @@ public:
     std::vector<model::Entry*> createTodos(const NewTodos& todos);
     model::Entry& createText(const NewText& text);
     /// The entry keeps `before`; the new one, which is returned, holds `after` and stands directly
-    /// behind it. Neither may be empty.
+    /// behind it. Neither may be empty. `undoName` as of new todos.
     model::Entry& splitText(model::Entry& entry, const richtext::AttributedString& before,
-                            const richtext::AttributedString& after, base::Instant now);
+                            const richtext::AttributedString& after, base::Instant now,
+                            std::string_view undoName = {});
 
     /// Already completed: nothing happens. `completedAt` defaults to `now`.
     void completeTodo(model::Entry& entry, base::Instant now,
@@ -107,6 +109,9 @@ private:
     /// Open todos that were checked; `name` is what the user calls it.
     void complete(std::string_view name, const std::vector<model::Entry*>& todos,
                   base::Instant completedAt, base::Instant now);
+    /// Makes it undoable where it has a name; before what was created forgets its attachments.
+    void registerCreation(std::string_view undoName, std::span<model::Entry* const> created,
+                          EditingSession* session) const;
     void becomeTodo(model::Entry& entry, base::Instant now);
     void becomeText(model::Entry& entry, base::Instant now);
 

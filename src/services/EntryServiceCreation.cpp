@@ -65,6 +65,7 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
         }
         place.number(created);
     });
+    registerCreation(todos.undoName, created, todos.session);
     for (const auto* const entry : created) {
         entry->forgetAttachmentData();
         m_writer.logDone("Created todo", entry->id());
@@ -92,13 +93,15 @@ Entry& EntryService::createText(const NewText& text) {
         created->setAttachmentData(std::move(attachmentData));
         place.number({&created, 1});
     });
+    registerCreation(text.undoName, {&created, 1}, text.session);
     created->forgetAttachmentData();
     m_writer.logDone("Created text entry", created->id());
     return *created;
 }
 
 Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& before,
-                               const richtext::AttributedString& after, base::Instant now) {
+                               const richtext::AttributedString& after, base::Instant now,
+                               std::string_view undoName) {
     const store::LockedStep step(m_writer.context());
     auto& entry = persisted(given, model::EntryType::text);
     auto kept = stored(before, m_serializer);
@@ -112,14 +115,28 @@ Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& b
     }
     NewEntryPlace place(m_writer.context(), *board, entry.id(), std::nullopt);
     Entry* created = nullptr;
-    m_writer.change([&] {
-        setText(entry, std::move(*kept), now);
-        created = &insert(m_writer.context(), fieldsOf(std::move(*moved), now), *board);
-        place.number({&created, 1});
+    std::vector<Entry*> undoable;
+    if (!undoName.empty()) {
+        undoable.push_back(&entry);
+    }
+    m_changes.asOneStep(undoName, [&] {
+        m_changes.make({.name = undoName, .entries = undoable}, [&] {
+            setText(entry, std::move(*kept), now);
+            created = &insert(m_writer.context(), fieldsOf(std::move(*moved), now), *board);
+            place.number({&created, 1});
+        });
+        registerCreation(undoName, {&created, 1}, nullptr);
     });
     m_writer.logDone("Updated text entry", entry.id());
     m_writer.logDone("Created text entry", created->id());
     return *created;
+}
+
+void EntryService::registerCreation(std::string_view undoName, std::span<Entry* const> created,
+                                    EditingSession* session) const {
+    if (!undoName.empty()) {
+        m_changes.registerCreation(undoName, created, session);
+    }
 }
 
 } // namespace korvex::services

@@ -9,9 +9,12 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvex::services {
+
+struct EditingSession;
 
 /// What `EntryService::createTodos` makes: one open todo per element of `contents`.
 struct NewTodos {
@@ -24,6 +27,11 @@ struct NewTodos {
     model::TodoSchedule schedule = {};
     /// The files of a single todo; with several contents the batch is refused (`multipleTodos`).
     std::vector<model::EntryAttachment> attachments = {};
+    /// What the user calls the creation, a literal; then it can be undone under that name. Without
+    /// one it registers no undo.
+    std::string_view undoName = {};
+    /// With a name and of a single todo: its creation is a part of this editing.
+    EditingSession* session = nullptr;
 };
 
 /// What `EntryService::createText` makes: one text entry.
@@ -36,6 +44,9 @@ struct NewText {
     base::Instant now;
     /// None on a heading (`headingAttachments`).
     std::vector<model::EntryAttachment> attachments = {};
+    /// As of todos.
+    std::string_view undoName = {};
+    EditingSession* session = nullptr;
 };
 
 } // namespace korvex::services

@@ -2,6 +2,7 @@
 
 #include "store/StoreError.h"
 
+#include <algorithm>
 #include <numeric>
 #include <utility>
 
@@ -24,13 +25,29 @@ bool isRefusal() {
 
 } // namespace
 
-void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse) {
-    Entry entry{std::move(name), cost, std::move(inverse)};
-    if (m_state == State::undoing) {
-        m_redo.push_back(std::move(entry));
+UndoManager::Group::Group(UndoManager& manager, std::string name) : m_manager(manager) {
+    m_manager.open(std::move(name));
+}
+
+UndoManager::Group::~Group() {
+    m_manager.close();
+}
+
+void UndoManager::open(std::string name) {
+    if (m_openGroups++ == 0) {
+        m_open = {.about = {.id = ++m_lastId, .name = std::move(name)}};
+    }
+}
+
+void UndoManager::close() {
+    if (--m_openGroups > 0) {
         return;
     }
-    m_undo.push_back(std::move(entry));
+    auto step = std::exchange(m_open, {});
+    if (step.inverses.empty()) {
+        return;
+    }
+    (m_state == State::undoing ? m_redo : m_undo).push_back(std::move(step));
     if (m_state == State::idle) {
         m_redo.clear();
         forgetOldest();
@@ -38,34 +55,61 @@ void UndoManager::registerUndo(std::string name, std::size_t cost, Action invers
     }
 }
 
-std::string UndoManager::undoActionName() const {
-    return canUndo() ? m_undo.back().name : std::string();
+void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse,
+                               std::vector<base::Uuid> entries) {
+    const Group group(*this);
+    auto& about = m_open.about;
+    if (about.name.empty()) {
+        about.name = std::move(name);
+    }
+    about.entries.insert(about.entries.end(), entries.begin(), entries.end());
+    m_open.cost += cost;
+    m_open.inverses.push_back(std::move(inverse));
 }
 
-std::string UndoManager::redoActionName() const {
-    return canRedo() ? m_redo.back().name : std::string();
+std::optional<std::size_t> UndoManager::placeOf(StepId id) const {
+    const auto found = std::find_if(m_undo.begin(), m_undo.end(),
+                                    [id](const Step& step) { return step.about.id == id; });
+    return found == m_undo.end() ? std::nullopt
+                                 : std::optional(static_cast<std::size_t>(found - m_undo.begin()));
+}
+
+const UndoManager::About* UndoManager::findUndo(StepId id) const {
+    const auto place = placeOf(id);
+    return place ? &m_undo[*place].about : nullptr;
 }
 
 void UndoManager::undo() {
-    run(m_undo, State::undoing);
+    if (canUndo()) {
+        run(m_undo, m_undo.size() - 1, State::undoing);
+    }
+}
+
+void UndoManager::undo(StepId id) {
+    if (const auto place = placeOf(id)) {
+        run(m_undo, *place, State::undoing);
+    }
 }
 
 void UndoManager::redo() {
-    run(m_redo, State::redoing);
+    if (canRedo()) {
+        run(m_redo, m_redo.size() - 1, State::redoing);
+    }
 }
 
-void UndoManager::run(Stack& stack, State state) {
-    if (stack.empty() || m_state != State::idle) {
+void UndoManager::run(Stack& stack, std::size_t place, State state) {
+    if (m_state != State::idle || m_openGroups > 0) {
         return;
     }
-    auto entry = std::move(stack.back());
-    stack.pop_back();
+    const auto position = static_cast<std::ptrdiff_t>(place);
+    auto step = std::move(stack[place]);
+    stack.erase(stack.begin() + position);
     m_state = state;
     try {
-        entry.inverse();
+        takeBack(step);
     } catch (...) {
         if (!isRefusal()) {
-            stack.push_back(std::move(entry));
+            stack.insert(stack.begin() + position, std::move(step));
         }
         m_state = State::idle;
         m_didChange.emit();
@@ -75,10 +119,40 @@ void UndoManager::run(Stack& stack, State state) {
     m_didChange.emit();
 }
 
+/// What its inverses register becomes one step again, under the same name.
+void UndoManager::takeBack(Step& step) {
+    const Group group(*this, step.about.name);
+    auto left = step.inverses.size();
+    try {
+        for (; left > 0; --left) {
+            step.inverses[left - 1]();
+        }
+    } catch (...) {
+        if (!isDoneAgain()) {
+            step.inverses.resize(left); // the others are a step of their own now
+        }
+        throw;
+    }
+}
+
+/// Does again what of a step was taken back before the rest failed. False when that fails too: then
+/// what is still taken back can be done again later.
+bool UndoManager::isDoneAgain() {
+    auto takenBack = std::exchange(m_open.inverses, {});
+    try {
+        for (; !takenBack.empty(); takenBack.pop_back()) {
+            takenBack.back()();
+        }
+    } catch (...) {
+        // The caller is to hear of the first failure.
+    }
+    m_open.inverses = std::move(takenBack);
+    return m_open.inverses.empty();
+}
+
 void UndoManager::forgetOldest() {
-    auto cost =
-        std::accumulate(m_undo.begin(), m_undo.end(), std::size_t{0},
-                        [](std::size_t sum, const Entry& entry) { return sum + entry.cost; });
+    auto cost = std::accumulate(m_undo.begin(), m_undo.end(), std::size_t{0},
+                                [](std::size_t sum, const Step& step) { return sum + step.cost; });
     // The latest stays, whatever it costs.
     while (m_undo.size() > 1 && (m_undo.size() > kMaximumActions || cost > kMaximumCost)) {
         cost -= m_undo.front().cost;

@@ -61,12 +61,66 @@ std::optional<base::Instant> pendingReminder(const Entry& entry) {
     return entry.isOpenTodo() ? entry.reminderDate() : std::nullopt;
 }
 
-std::string_view takenBackLine(const Entry& entry, const EntryChange& change) {
-    if (change.isCompletion()) {
-        return entry.isCompleted() ? "Completed todo" : "Restored todo";
+/// Takes the changes of several entries back, and knows what is then to be told of them.
+class TakingBack {
+public:
+    explicit TakingBack(const RecordWriter& writer) : m_writer(writer) {}
+
+    /// All but the place, which waits until every entry is in the list that it belongs to.
+    void takeBack(const EntryChange& change, Entry& entry) {
+        const auto place = change.placeToGiveBack(entry);
+        const auto reminder = pendingReminder(entry);
+        const auto wasActive = entry.isActive();
+        const auto wasTodo = entry.isTodo();
+        change.takeBackFields(entry);
+        validateChanged(entry);
+        if (place) {
+            m_places.push_back({.entry = &entry,
+                                .board = &m_writer.persisted<model::Board>(place->board),
+                                .index = place->index});
+        } else if (entry.isActive() != wasActive) {
+            m_unplaced.push_back(&entry);
+        }
+        m_hasTodos = m_hasTodos || wasTodo || entry.isTodo();
+        if (reminder && pendingReminder(entry) != reminder) {
+            m_withoutReminder.push_back(entry.id());
+        }
+        if (place || entry.hasChanges()) {
+            m_lines.emplace_back(lineFor(change, entry), entry.id());
+        }
     }
-    return entry.isTodo() ? "Updated todo" : "Updated text entry";
-}
+
+    void settlePlaces() {
+        putInPlace(m_places);
+        // Another has put them on another board: there they join the list that is now theirs.
+        for (const auto* const board : boardsOf(m_unplaced)) {
+            normalizeSortOrder(*board);
+        }
+    }
+
+    void log() const {
+        for (const auto& [line, id] : m_lines) {
+            m_writer.logDone(line, id);
+        }
+    }
+    bool hasTodos() const { return m_hasTodos; }
+    const std::vector<base::Uuid>& withoutReminder() const { return m_withoutReminder; }
+
+private:
+    static std::string_view lineFor(const EntryChange& change, const Entry& entry) {
+        if (change.isCompletion()) {
+            return entry.isCompleted() ? "Completed todo" : "Restored todo";
+        }
+        return entry.isTodo() ? "Updated todo" : "Updated text entry";
+    }
+
+    const RecordWriter& m_writer;
+    std::vector<PlacedEntry> m_places;
+    std::vector<Entry*> m_unplaced;
+    std::vector<base::Uuid> m_withoutReminder;
+    std::vector<std::pair<std::string_view, base::Uuid>> m_lines;
+    bool m_hasTodos = false;
+};
 
 } // namespace
 
@@ -83,37 +137,24 @@ void UndoableChanges::make(const Undoable& undoable,
         return;
     }
     if (undoable.session) {
-        registerEdit(undoable.name, std::move(changes.front()), *undoable.session);
+        registerEdit(undoable.name, std::move(changes.front()), *undoable.entries.front(),
+                     *undoable.session);
         return;
     }
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     for (const auto& each : changes) {
         cost += each.cost();
+        ids.push_back(each.id());
     }
-    registerUndo(undoable.name, cost,
+    registerUndo(undoable.name, cost, std::move(ids),
                  [changes = std::move(changes), name = undoable.name](const auto& self) {
                      self.takeBack(name, changes);
                  });
 }
 
-void UndoableChanges::registerEdit(std::string_view name, EntryChange change,
-                                   EditingSession& session) const {
-    if (session.isCreation) {
-        return;
-    }
-    const auto known = session.step.lock();
-    if (auto joined = known ? known->followedBy(change) : std::nullopt) {
-        *known = std::move(*joined);
-        return;
-    }
-    const auto step = std::make_shared<EntryChange>(std::move(change));
-    session.step = step;
-    registerUndo(name, step->cost(), [step, name](const auto& self) {
-        self.takeBack(name, {step.get(), 1});
-    });
-}
-
-void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const {
+void UndoableChanges::registerUndo(std::string_view name, std::size_t cost,
+                                   std::vector<base::Uuid> entries, Inverse inverse) const {
     if (!m_undoManager) {
         return;
     }
@@ -127,7 +168,8 @@ void UndoableChanges::registerUndo(std::string_view name, std::size_t cost, Inve
                                           " (" + std::to_string(error.code()) + ")");
                 throw;
             }
-        });
+        },
+        std::move(entries));
 }
 
 void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes) const {
@@ -139,52 +181,22 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
             refuse();
         }
     }
-    std::vector<base::Uuid> withoutReminder;
-    auto areTodos = false;
-    std::vector<std::string_view> lines(entries.size());
+    TakingBack taking(m_writer);
     make({.name = name, .entries = entries}, [&] {
-        std::vector<PlacedEntry> places;
-        std::vector<Entry*> unplaced;
         for (std::size_t i = 0; i < changes.size(); ++i) {
-            auto& entry = *entries[i];
-            const auto place = changes[i].placeToGiveBack(entry);
-            const auto reminder = pendingReminder(entry);
-            const auto wasActive = entry.isActive();
-            areTodos = areTodos || entry.isTodo();
-            changes[i].takeBackFields(entry);
-            validateChanged(entry);
-            areTodos = areTodos || entry.isTodo();
-            if (reminder && pendingReminder(entry) != reminder) {
-                withoutReminder.push_back(entry.id());
-            }
-            if (place) {
-                places.push_back({.entry = &entry,
-                                  .board = &m_writer.persisted<model::Board>(place->board),
-                                  .index = place->index});
-            } else if (entry.isActive() != wasActive) {
-                unplaced.push_back(&entry);
-            }
-            if (place || entry.hasChanges()) {
-                lines[i] = takenBackLine(entry, changes[i]);
-            }
+            taking.takeBack(changes[i], *entries[i]);
         }
-        putInPlace(places);
-        for (const auto* const board : boardsOf(unplaced)) {
-            normalizeSortOrder(*board);
-        }
+        taking.settlePlaces();
     });
-    for (std::size_t i = 0; i < entries.size(); ++i) {
-        if (!lines[i].empty()) {
-            m_writer.logDone(lines[i], entries[i]->id());
-        }
-    }
-    if (areTodos) {
-        m_listeners.todosChanged(withoutReminder);
+    taking.log();
+    if (taking.hasTodos()) {
+        m_listeners.todosChanged(taking.withoutReminder());
     }
 }
 
-void UndoableChanges::remove(std::span<Entry* const> entries) const {
+void UndoableChanges::remove(std::string_view name, std::span<Entry* const> entries) const {
     std::size_t cost = 0;
+    std::vector<base::Uuid> ids;
     std::vector<Deleted> deleted;
     if (m_undoManager) {
         const auto places = formerPlaces(m_writer.context(), entries);
@@ -193,6 +205,7 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
                 deleted.push_back({.record = backup::recordOf(*entries[i], places[i]->board),
                                    .index = places[i]->index});
                 cost += sizeOf(deleted.back().record);
+                ids.push_back(entries[i]->id());
                 // What is deleted lives on as a shell: not with megabytes in it.
                 entries[i]->forgetAttachmentData();
             }
@@ -203,10 +216,10 @@ void UndoableChanges::remove(std::span<Entry* const> entries) const {
         m_writer.logDone("Deleted entry", entry->id());
     }
     if (!deleted.empty()) {
-        const auto* const name = entries.size() == 1 ? "Delete Entry" : "Delete Entries";
-        registerUndo(name, cost, [deleted = std::move(deleted), name](const auto& self) {
-            self.restore(name, deleted);
-        });
+        registerUndo(name, cost, std::move(ids),
+                     [deleted = std::move(deleted), name](const auto& self) {
+                         self.restore(name, deleted);
+                     });
     }
 }
 
@@ -253,24 +266,12 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
         }
         putInPlace(places);
     });
-    std::vector<base::Uuid> ids;
     for (const auto* const entry : restored) {
-        ids.push_back(entry->id());
         m_writer.logDone("Restored deleted entry", entry->id());
     }
     m_listeners.todosChanged();
-    const auto cost = sizeof(base::Uuid) * ids.size();
-    registerUndo(name, cost, [ids = std::move(ids)](const auto& self) { self.removeAgain(ids); });
+    registerCreation(name, restored);
     return restored;
-}
-
-void UndoableChanges::removeAgain(std::span<const base::Uuid> ids) const {
-    const store::LockedStep step(m_writer.context());
-    std::vector<Entry*> entries;
-    for (const auto& id : ids) {
-        entries.push_back(&m_writer.persisted<Entry>(id));
-    }
-    remove(entries);
 }
 
 } // namespace korvex::services

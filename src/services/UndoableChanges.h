@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -40,7 +41,9 @@ public:
     void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
 
     /// Deletes them, closes the gaps on their boards and saves.
-    void remove(std::span<model::Entry* const> entries) const;
+    void remove(std::span<model::Entry* const> entries) const {
+        remove(entries.size() == 1 ? "Delete Entry" : "Delete Entries", entries);
+    }
     /// The same without a way back.
     void removeForGood(std::span<model::Entry* const> entries) const;
     /// A deleted entry, and its index in its board's list: without one, its number says where it
@@ -55,16 +58,35 @@ public:
     std::vector<model::Entry*> restore(std::string_view name,
                                        std::span<const Deleted> deleted) const;
 
+    /// Registers the inverse of a creation that was saved just now: it deletes the entries, and
+    /// throws `entryUnavailable` where another has written words into one of them since. `name` is
+    /// a literal.
+    void registerCreation(std::string_view name, std::span<model::Entry* const> created,
+                          EditingSession* session = nullptr) const;
+    /// What `work` registers is one step.
+    void asOneStep(std::string_view name, const std::function<void()>& work) const;
+
 private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
-    void registerUndo(std::string_view name, std::size_t cost, Inverse inverse) const;
+    /// What an entry had been given when it was made, or by the end of that editing: of its text,
+    /// and of its attachments, a checksum.
+    struct Created {
+        base::Uuid id;
+        std::shared_ptr<std::uint64_t> text;
+        std::uint64_t attachments = 0;
+    };
+
+    void remove(std::string_view name, std::span<model::Entry* const> entries) const;
+    void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
+                      Inverse inverse) const;
     /// Registers a step for the session, or lets its step take this back too.
-    void registerEdit(std::string_view name, EntryChange change, EditingSession& session) const;
+    void registerEdit(std::string_view name, EntryChange change, const model::Entry& entry,
+                      EditingSession& session) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
-    void removeAgain(std::span<const base::Uuid> ids) const;
+    void takeBackCreation(std::string_view name, std::span<const Created> created) const;
 
     RecordWriter m_writer;
     TodoListeners m_listeners;

@@ -34,4 +34,8 @@ void ModelContainer::checkpoint() {
     m_connection->checkpoint();
 }
 
+void ModelContainer::shortenJournal() noexcept {
+    m_connection->shortenJournal();
+}
+
 } // namespace korvex::store

@@ -54,6 +54,11 @@ public:
     /// the end; saves do it themselves when the journal is long.
     void checkpoint();
 
+    /// For a program that ends without ending its containers, which do it themselves: leaves no
+    /// journal of more than 256 KiB, so that the store file alone is nearly whole. Waits a moment
+    /// for other programs and then lets it be.
+    void shortenJournal() noexcept;
+
     /// For the store's own sources.
     StoreConnection& connection() const { return *m_connection; }
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 
 namespace korvex::store {
@@ -14,6 +15,11 @@ namespace {
 
 /// A journal longer than this is moved into the store file after a commit.
 constexpr int kLongJournalPages = 1000;
+/// A journal of more bytes than this is not left behind: who copies the store file alone then
+/// misses little.
+constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
+/// How long whoever is about to end waits for other programs' steps.
+constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
 /// And at the start, where it was left so: every start reads all of it.
 constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
 /// For writers that are not ours and do not know our lock.
@@ -43,12 +49,14 @@ std::string fileUri(const std::filesystem::path& path, std::string_view query) {
     return uri + std::string(query);
 }
 
-/// A missing folder is made for its owner alone; one that is there keeps its permissions. What
-/// fails shows when the lock file is opened.
+/// A missing folder is made for its owner alone; one that is there keeps its permissions. Throws
+/// StoreError `noFolder`.
 void makeFolder(const std::filesystem::path& folder) {
     std::error_code failure;
     if (std::filesystem::create_directories(folder, failure)) {
         std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
+    } else if (failure) {
+        throw StoreError(StoreErrorCase::noFolder, folder.string() + ": " + failure.message());
     }
 }
 
@@ -120,6 +128,7 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
 }
 
 StoreConnection::~StoreConnection() {
+    shortenJournal();
     // Statements before their database.
     m_types.clear();
     m_changeLog.reset();
@@ -163,7 +172,9 @@ void StoreConnection::openDatabase() {
         configure();
         return;
     }
-    makeFolder(m_file.path().parent_path());
+    if (m_file.path().has_parent_path()) {
+        makeFolder(m_file.path().parent_path());
+    }
     m_lock.emplace(m_file.lockFile(), m_configuration.lockTimeout);
     StoreLock::Guard guard(&*m_lock);
     m_file.removeStaging();
@@ -247,7 +258,7 @@ void StoreConnection::noticeMissingChanges() {
                             " saved changes are missing: the store's journal was cut or removed "
                             "outside Korvex." +
                             kept);
-        m_log.error(m_notices.back());
+        m_log.warning(m_notices.back()); // whoever opens the store tells the user
     }
     if (!record || record->storeID != m_storeID || record->revision != m_knownRevision) {
         m_lock->setRecord({.storeID = m_storeID, .revision = m_knownRevision});
@@ -333,10 +344,13 @@ void StoreConnection::emptyJournal() {
 }
 
 void StoreConnection::checkpoint() {
-    if (!m_lock) {
-        return;
+    if (m_lock) {
+        StoreLock::Guard guard(lock());
+        moveJournal();
     }
-    StoreLock::Guard guard(lock());
+}
+
+void StoreConnection::moveJournal() {
     checkFilesAreInPlace();
     int inJournal = 0;
     int moved = 0;
@@ -351,6 +365,21 @@ void StoreConnection::checkpoint() {
     }
     if (inJournal == moved) {
         m_journalPages = 0;
+    }
+}
+
+void StoreConnection::shortenJournal() noexcept {
+    if (!m_lock || m_file.journalSize() <= kLongestLeftJournal) {
+        return;
+    }
+    try {
+        // Whoever keeps it for longer does the same at its own end.
+        if (m_lock->acquireWithin(kPatienceAtTheEnd)) {
+            const StoreLock::Guard guard(*m_lock, std::adopt_lock);
+            moveJournal();
+        }
+    } catch (const StoreError& error) {
+        m_log.warning("The journal could not be shortened: " + error.errorDescription());
     }
 }
 

@@ -92,6 +92,9 @@ public:
 
     /// Moves what the journal holds into the store file, under the write lock.
     void checkpoint();
+    /// For the end of a program: empties a journal that is too long to be left behind. Does nothing
+    /// where another program keeps the lock for longer than a moment; a failure is logged.
+    void shortenJournal() noexcept;
 
 private:
     void openDatabase();
@@ -100,6 +103,8 @@ private:
     void noticeMissingChanges();
     /// `checkpoint`, where a failure is not the caller's: it is logged.
     void emptyJournal();
+    /// The write lock must be held.
+    void moveJournal();
 
     const Schema& m_schema;
     ModelConfiguration m_configuration;

@@ -20,6 +20,8 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::olderVersion:
         return "The store was written by an older version of Korvex that this one cannot upgrade. "
                "It has been left as it is.";
+    case StoreErrorCase::noFolder:
+        return "The folder of the store cannot be made.";
     case StoreErrorCase::unreadable:
         return "The store cannot be read. Check the permissions of its folder.";
     case StoreErrorCase::readOnly:

@@ -87,7 +87,8 @@ std::string StoreFile::stagingPrefix() const {
 bool StoreFile::exists() const {
     struct stat status {};
     if (::stat(m_file.c_str(), &status) != 0) {
-        if (errno == ENOENT) {
+        // Where a file stands in the place of a folder, there is no store either.
+        if (errno == ENOENT || errno == ENOTDIR) {
             return false;
         }
         throw StoreError(StoreErrorCase::unreadable, std::strerror(errno));

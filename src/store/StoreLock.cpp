@@ -77,18 +77,25 @@ bool StoreLock::tryLock() {
 }
 
 void StoreLock::acquire() {
+    if (!acquireWithin(m_timeout)) {
+        throw StoreError(StoreErrorCase::busy);
+    }
+}
+
+bool StoreLock::acquireWithin(std::chrono::milliseconds patience) {
     if (m_depth == 0) {
-        const auto deadline = std::chrono::steady_clock::now() + m_timeout;
+        const auto deadline = std::chrono::steady_clock::now() + patience;
         auto wait = kShortestWait;
         while (!tryLock()) {
             if (std::chrono::steady_clock::now() >= deadline) {
-                throw StoreError(StoreErrorCase::busy);
+                return false;
             }
             std::this_thread::sleep_for(wait);
             wait = std::min(wait * 2, kLongestWait);
         }
     }
     ++m_depth;
+    return true;
 }
 
 void StoreLock::release() noexcept {

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <optional>
 
 namespace korvex::store {
@@ -24,6 +25,8 @@ public:
     /// Takes the lock; calls nest. Throws StoreError: `busy` after the timeout, `readOnly` or
     /// `unreadable` when the file cannot be opened.
     void acquire();
+    /// The same with a patience of its own; false when that was not enough.
+    bool acquireWithin(std::chrono::milliseconds patience);
     void release() noexcept;
     bool isHeld() const { return m_depth > 0; }
 
@@ -45,6 +48,8 @@ public:
                 m_lock->acquire();
             }
         }
+        /// Releases a lock that is held already.
+        Guard(StoreLock& lock, std::adopt_lock_t) : m_lock(&lock) {}
         ~Guard() {
             if (m_lock) {
                 m_lock->release();

@@ -20,10 +20,32 @@ class WindowTest(WindowCase):
         return subprocess.run(["import", "-window", "root", "-depth", "8", "rgb:-"],
                               env=self.environment, capture_output=True, check=True).stdout
 
+    def changed(self, before):
+        """Whether the screen shows more that is new than a caret that blinks."""
+        now = self.picture()
+        return sum(old != new for old, new in zip(before[1::3], now[1::3])) > 400
+
+    def still_picture(self):
+        """What is on the screen once nothing moves there."""
+        def unchanged():
+            first = self.picture()
+            return first if self.picture() == first and self.picture() == first else None
+
+        return wait_for(unchanged, "the screen to stand still")
+
+    @staticmethod
+    def colored(picture):
+        """How many pixels are of a strong colour, as what is selected is."""
+        return sum(max(pixel) - min(pixel) > 80
+                   for pixel in zip(picture[0::3], picture[1::3], picture[2::3]))
+
+    def wait_for_row_to_leave(self, ticked):
+        wait_for(lambda: self.changed(ticked), "the ticked row to leave")
+        self.still_picture()
+
     def press_control(self, place):
         """The control of the format bar that Tab comes to after `place` steps."""
         self.keys("F6", *["Tab"] * place, "Return")
-        time.sleep(0.3)  # a panel that it opens takes the keyboard
 
     def test_a_todo_is_typed_scheduled_ticked_and_stored(self):
         self.start_window()
@@ -40,9 +62,10 @@ class WindowTest(WindowCase):
 
         self.keys("space")
         wait_for(lambda: self.texts() == ["Water plants"], "the ticked todo to be completed")
+        ticked = self.picture()
         self.assertEqual(self.texts("--completed"), ["Buy milk"])
         # Its row leaves; then the keyboard is on the other todo, which can be changed in its place.
-        time.sleep(1)
+        self.wait_for_row_to_leave(ticked)
         self.keys("Return")
         self.type(" today")
         self.keys("Escape")
@@ -53,8 +76,9 @@ class WindowTest(WindowCase):
         self.start_window()
         self.keys("ctrl+n")
         self.type("typed ")
+        before = self.still_picture()
         self.korvex("add", "from outside")
-        time.sleep(1)  # within which the change must appear
+        wait_for(lambda: self.changed(before), "the change to appear")
         self.type("here")
         # The window knows the new todo: two up from the draft stands the first one.
         self.keys("Up", "Up")
@@ -88,7 +112,6 @@ class WindowTest(WindowCase):
         self.keys("ctrl+b")
         self.type(", see ")
         self.keys("ctrl+shift+k")
-        time.sleep(0.3)
         self.type("example.org")
         self.keys("Return", "Return", "ctrl+shift+8")
         self.type("Pack")
@@ -112,9 +135,12 @@ class WindowTest(WindowCase):
         self.type("int main() {")
         self.keys("Return")
         self.type("return 1; }")
+        before = self.still_picture()
         self.press_control(9)  # the one for tables is passed over in code
-        time.sleep(1)  # until the languages are known
         self.type("c++")
+        # Until the languages are known, none is found.
+        wait_for(lambda: self.colored(self.still_picture()) > self.colored(before) + 2000,
+                 "the language to be found")
         self.keys("Return", "Escape")
 
         entry = wait_for(lambda: self.stored(), "the text to be stored")[0]
@@ -151,8 +177,7 @@ class WindowTest(WindowCase):
         self.assertEqual(places, {cell: (i // 3, i % 3) for i, cell in enumerate(cells)})
 
         self.keys("Home")
-        time.sleep(1)  # until the code has its colours
-        before = self.picture()
+        before = self.still_picture()  # with the colours of the code
         self.keys("ctrl+q")
         self.assertEqual(window.wait(PATIENCE), 0)
         self.start_window()
@@ -183,7 +208,7 @@ class WindowTest(WindowCase):
         wait_for(lambda: "dueDay" in self.stored()[2], "the second schedule")
         self.keys("Down", "space")
         wait_for(lambda: len(self.texts()) == 4, "the tick")
-        time.sleep(1)  # its row leaves
+        self.wait_for_row_to_leave(self.picture())
         self.keys("alt+Up")
         wait_for(lambda: self.texts()[2] == "Water plants", "the move")
         self.keys("Home", "Delete")
@@ -199,7 +224,6 @@ class WindowTest(WindowCase):
             self.keys("ctrl+f")
             self.type(word)
             self.keys("Return")  # opens the board with the entry selected
-            time.sleep(0.5)
             self.keys("Return")  # which is edited then
             self.type("!")
             self.keys("Escape")

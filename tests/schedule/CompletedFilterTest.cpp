@@ -268,19 +268,24 @@ TEST_F(CompletedFilterTest, ShowsOnlyCompletedTodosTheLatestFirst) {
     EXPECT_EQ(ofBoard.apply(entries, at, calendar, m_store.texts), services::completedTodos(first));
 }
 
-TEST_F(CompletedFilterTest, AnUnknownCompletionIsThatOfTheLastChange) {
+TEST_F(CompletedFilterTest, AnUnknownCompletionIsInNoPeriodAndNotLate) {
     auto& board = m_store.addBoard();
     auto fields = completed(std::nullopt, {.dueDay = 20250309});
     fields.updatedAt = moment("2025-03-10T09:00");
     auto& entry = m_store.add(fields, &board);
-    EXPECT_TRUE(passes({.period = Period::today}, entry));
-    EXPECT_TRUE(passes({.schedule = Schedule::late}, entry));
-    EXPECT_FALSE(passes({.period = Period::custom,
-                         .startDate = moment("2025-03-01T00:00"),
-                         .endDate = moment("2025-03-09T00:00")},
-                        entry));
-    entry.setCompletedAt(Instant{1e300});
-    EXPECT_TRUE(passes({.period = Period::today}, entry)) << "no date is as good as none";
+    for (const auto& completedAt : {std::optional<Instant>(), std::optional(Instant{1e300}),
+                                    std::optional(Instant{-1e300})}) {
+        entry.setCompletedAt(completedAt);
+        EXPECT_TRUE(passes({.schedule = Schedule::hadDueDate}, entry));
+        EXPECT_FALSE(passes({.schedule = Schedule::late}, entry));
+        for (const auto period : {Period::today, Period::week, Period::month}) {
+            EXPECT_FALSE(passes({.period = period}, entry));
+        }
+        EXPECT_FALSE(passes({.period = Period::custom,
+                             .startDate = Instant::distantPast(),
+                             .endDate = moment("2025-03-11T00:00")},
+                            entry));
+    }
 }
 
 TEST(CompletedTodoGroup, MakesAGroupOfEachDay) {
@@ -306,6 +311,12 @@ TEST(CompletedTodoGroup, MakesAGroupOfEachDay) {
              Case{"Pacific/Apia",
                   {"2011-12-31T00:00", "2011-12-29T23:59"},
                   {{"2011-12-30T10:00Z", 1}, {"2011-12-29T10:00Z", 1}}},
+             // One minute into the new day the clocks went back by an hour: that hour, with the
+             // date of the day that had ended, belongs to the day that has begun.
+             Case{"America/St_Johns",
+                  {"2006-10-28T23:30-03:30", "2006-10-29T12:00", "2006-10-29T00:00:30-02:30",
+                   "2006-10-28T23:30-02:30"},
+                  {{"2006-10-29T02:30Z", 3}, {"2006-10-28T02:30Z", 1}}},
              Case{"UTC", {}, {}},
          }) {
         std::vector<Entry*> entries;

@@ -143,6 +143,9 @@ TEST_F(ScheduleClockTest, MidnightIsWhereTheNextDayBegins) {
              Case{"America/Sao_Paulo", "2018-11-03T22:00", "2018-11-04T01:00-02:00"},
              Case{"America/Sao_Paulo", "2018-11-04T22:00", "2018-11-05T00:00-02:00"},
              Case{"Pacific/Apia", "2011-12-29T22:00", "2011-12-31T00:00+14:00"},
+             // The clocks go back over midnight: the day that has ended ends once more.
+             Case{"America/St_Johns", "2006-10-28T23:30-03:30", "2006-10-29T00:00-03:30"},
+             Case{"America/St_Johns", "2006-10-29T00:00-03:30", "2006-10-30T00:00-03:30"},
              Case{"UTC", "2025-01-15T00:00", "2025-01-16T00:00Z"},
          }) {
         EXPECT_EQ(ScheduleClock::nextTransition(context, moment(each.now, each.zone),

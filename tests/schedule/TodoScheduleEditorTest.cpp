@@ -7,6 +7,8 @@
 
 #include <limits>
 #include <memory>
+#include <new>
+#include <utility>
 #include <vector>
 
 namespace korvex::schedule {
@@ -47,6 +49,9 @@ TEST_F(TodoScheduleEditorTest, GivesBackWhatItWasGiven) {
              TodoSchedule{.dueDate = at("2025-01-15T09:00:30.250")},
              TodoSchedule{.dueDate = at("2025-01-15T10:00"),
              .dueStartDate = at("2025-01-15T09:00")},
+             // From one day to another.
+             TodoSchedule{.dueDate = at("2025-01-15T10:00"),
+             .dueStartDate = at("2025-01-14T22:00")},
              // The hour from two to three comes twice this day.
              TodoSchedule{.dueDate = tests::moment("2025-10-26T02:45+01:00"),
              .dueStartDate = tests::moment("2025-10-26T02:15+01:00")},
@@ -56,9 +61,38 @@ TEST_F(TodoScheduleEditorTest, GivesBackWhatItWasGiven) {
         editor.updatePresetReminder();
         EXPECT_EQ(editor.hasDue, original.hasDue());
         EXPECT_EQ(editor.schedule(), original);
+        EXPECT_TRUE(editor.dismiss(m_now));
+        EXPECT_TRUE(m_saved.empty()) << "nothing was touched";
         EXPECT_TRUE(editor.save(m_now));
-        EXPECT_EQ(m_saved.back(), original);
+        EXPECT_EQ(std::exchange(m_saved, {}), std::vector{original});
     }
+}
+
+TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
+    const TodoSchedule night{.dueDate = at("2025-01-16T06:00"),
+                             .dueStartDate = at("2025-01-15T22:00")};
+    auto editor = edit(night);
+    editor.hasReminder = true;
+    editor.reminder = at("2025-01-15T21:00");
+    EXPECT_TRUE(editor.dismiss(m_now));
+    EXPECT_EQ(m_saved.back(), (TodoSchedule{.dueDate = night.dueDate,
+                                            .dueStartDate = night.dueStartDate,
+                                            .reminderDate = editor.reminder}));
+    editor.due = at("2025-01-17T06:00");
+    editor.start = at("2025-01-16T23:00");
+    EXPECT_TRUE(editor.dismiss(m_now));
+    EXPECT_EQ(m_saved.back().dueDate, at("2025-01-17T06:00"));
+    EXPECT_EQ(m_saved.back().dueStartDate, at("2025-01-16T23:00")) << "both days can be others";
+    editor.start = at("2025-01-17T07:00");
+    EXPECT_FALSE(editor.dismiss(m_now));
+    EXPECT_EQ(editor.errorMessage(), kWindowRefusal);
+
+    auto undecided = edit({});
+    undecided.hasDue = true;
+    undecided.hasDue = false;
+    m_saved.clear();
+    EXPECT_TRUE(undecided.dismiss(m_now));
+    EXPECT_TRUE(m_saved.empty());
 }
 
 TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
@@ -247,6 +281,23 @@ TEST_F(TodoScheduleEditorTest, ShowsWhyTheServiceRefused) {
 
     isRefused = false;
     editor.due = m_now;
+    EXPECT_TRUE(editor.save(m_now));
+    EXPECT_EQ(m_closed, 1);
+}
+
+TEST_F(TodoScheduleEditorTest, AnUnexpectedExceptionLeavesItUsable) {
+    bool isBroken = true;
+    TodoScheduleEditor editor(
+        {}, {}, m_now, m_formats,
+        [&](const TodoSchedule&) {
+            if (isBroken) {
+                throw std::bad_alloc();
+            }
+        },
+        [&] { ++m_closed; });
+    EXPECT_THROW(editor.save(m_now), std::bad_alloc);
+    EXPECT_EQ(m_closed, 0);
+    isBroken = false;
     EXPECT_TRUE(editor.save(m_now));
     EXPECT_EQ(m_closed, 1);
 }

@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
+#include <limits>
+
 namespace korvex::tests {
 
 using model::Board;
@@ -94,6 +97,14 @@ TEST_F(BoardServiceTest, NamesAreTrimmedAndNewBoardsGoLast) {
     Board& created = boards->createBoard("\t Work\n", kNow);
     EXPECT_EQ(created.name(), "Work");
     EXPECT_EQ(created.sortOrder(), 6);
+    for (const auto* const name : {"as the last of all", "last again"}) {
+        board->setSortOrder(std::numeric_limits<std::int64_t>::max());
+        context->save();
+        boards->createBoard(name, kNow);
+        EXPECT_EQ(boards->boards().back()->name(), name);
+        EXPECT_EQ(boards->boards().back()->sortOrder(),
+                  static_cast<std::int64_t>(boards->boards().size()) - 1);
+    }
     EXPECT_EQ(boardRefusal([&] { boards->createBoard("  ", kNow); }),
               BoardServiceErrorCase::emptyName);
     EXPECT_EQ(boardRefusal([&] { boards->renameBoard(created, " \n", kNow); }),
@@ -137,8 +148,13 @@ TEST_F(BoardServiceTest, DeletingTakesEntriesAndTheirReminders) {
     EXPECT_THAT(board->deletionMessage(), testing::StartsWith("Deleting Home permanently"));
     EXPECT_THAT(board->deletionMessage(), testing::HasSubstr("to delete: 1."));
     reminders.removed.clear();
+    const auto reloads = widgets.reloads;
+    boards->setArchived(true, *board, kNow);
+    EXPECT_THAT(reminders.removed, testing::IsEmpty());
+    EXPECT_EQ(widgets.reloads, reloads + 1);
     boards->deleteBoard(*board);
     EXPECT_THAT(reminders.removed, testing::UnorderedElementsAreArray(ids));
+    EXPECT_EQ(widgets.reloads, reloads + 2);
     EXPECT_EQ(context->count<model::Entry>(), 0U);
     EXPECT_EQ(entryRefusal([&] { boards->renameBoard(*board, "x", kNow); }),
               EntryServiceErrorCase::entryUnavailable);
@@ -171,6 +187,31 @@ TEST_F(BoardServiceTest, MovingKeepsArchivedBoardsInTheirPlaces) {
     EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "b", "old", "c"));
 }
 
+TEST_F(BoardServiceTest, AHiddenBoardNeverComesBeforeTheVisibleOnes) {
+    auto& inbox = put({.name = "Inbox", .isSystem = true, .systemIdentifier = "inbox"});
+    put({.name = "Inbox of a phone",
+         .sortOrder = 1,
+         .isSystem = true,
+         .systemIdentifier = "inbox"});
+    auto& merged = put({.name = "Merged", .sortOrder = -5, .mergedIntoBoardID = board->id()});
+    auto& last = boards->createBoard("Last", kNow);
+    const base::NameOrder order("en_US");
+    const std::function<void()> changes[]{
+        [&] { boards->moveBoard(inbox.id(), last.id(), EntryPlacement::after, kNow); },
+        [&] {
+            boards->reorderBoards(std::vector{&last, board, &inbox}, kNow);
+        },
+        [&] { boards->sortBoardsByName(BoardService::Direction::descending, order, kNow); },
+    };
+    for (const auto& change : changes) {
+        change();
+        EXPECT_EQ(boards->inboxBoard(), &inbox);
+        EXPECT_EQ(boards->boards().size(), 3U);
+        EXPECT_EQ(boards->boards().back()->sortOrder(), 2);
+        EXPECT_EQ(merged.sortOrder(), 3);
+    }
+}
+
 TEST_F(BoardServiceTest, SortingTakesNumbersByValueAndKeepsTheInboxFirst) {
     boards->renameBoard(*board, "Board 10", kNow);
     boards->createBoard("Board 9", kNow);
@@ -184,6 +225,18 @@ TEST_F(BoardServiceTest, SortingTakesNumbersByValueAndKeepsTheInboxFirst) {
     boards->sortBoardsByName(BoardService::Direction::descending, order, kNow);
     EXPECT_THAT(names(boards->boards()),
                 ElementsAre("Inbox", "Board 10", "Board 9", "board 2", "Äpfel"));
+    // Names that differ only in case are one name, in one order both ways.
+    std::vector<std::string> twins{"TWIN", "twin"};
+    if (boards->createBoard("twin", kNow).id() < boards->createBoard("TWIN", kNow).id()) {
+        std::swap(twins[0], twins[1]);
+    }
+    for (const auto direction :
+         {BoardService::Direction::ascending, BoardService::Direction::descending}) {
+        boards->sortBoardsByName(direction, order, kNow);
+        auto sorted = names(boards->boards());
+        std::erase_if(sorted, [](const std::string& name) { return name.size() != 4; });
+        EXPECT_EQ(sorted, twins);
+    }
 }
 
 } // namespace korvex::tests

@@ -2,7 +2,12 @@
 
 #include "ServiceFixture.h"
 
+#include "backup/BackupDocument.h"
+
 #include <gmock/gmock.h>
+
+#include <chrono>
+#include <functional>
 
 namespace korvex::tests {
 
@@ -61,8 +66,10 @@ TEST_F(EntryServiceTest, AppendingWithoutReadingTheBoardKeepsItsOrderAndMendsABr
 }
 
 TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
-    auto todos = add({"a", "done"});
+    auto todos = add({"new", "done"});
     entries->completeTodo(*todos[1], kNow);
+    entries->updateTodo(*todos[0], " a\n", {2000});
+    EXPECT_EQ(todos[0]->updatedAt(), base::Instant{2000});
     services::BoardService other(*context, reminders, widgets, log);
     model::Board& work = other.createBoard("Work", kNow);
     const auto elsewhere = entries->createTodos({.contents = {"w"}, .board = work, .now = kNow});
@@ -133,6 +140,10 @@ TEST_F(EntryServiceTest, ARefusedCreationLeavesNothingBehind) {
                   each.expected)
             << each.name;
     }
+    for (const auto* const blank : {"", " \t\n"}) {
+        EXPECT_EQ(entryRefusal([&] { entries->updateTodo(*todos[0], blank, kNow); }),
+                  EntryServiceErrorCase::emptyContent);
+    }
     EXPECT_EQ(container->revision(), before);
     EXPECT_THAT(storedOrder(*board), ElementsAre("a", "done"));
     EXPECT_EQ(add({emoji}).size(), 1U);
@@ -155,6 +166,66 @@ TEST_F(EntryServiceTest, ABoardOrEntryThatIsGoneIsRefused) {
     EXPECT_EQ(entryRefusal([&] { entries->updateSchedule(todo, {}, kNow); }), unavailable);
     EXPECT_EQ(entryRefusal([&] { entries->moveEntry(todo.id(), 1, *board); }), unavailable);
     EXPECT_EQ(store::ModelContext(*container).count<Entry>(), 0U);
+}
+
+TEST_F(EntryServiceTest, ARecordIsReadAgainByItsIdentifierAndMustBeOfTheSameContext) {
+    auto& todo = *add({"a"}).front();
+    store::ModelContext theirs(*container);
+    auto& same = *theirs.find<Entry>(todo.id());
+    auto& sameBoard = *theirs.find<model::Board>(board->id());
+    Entry unsaved(model::EntryFields{.id = base::Uuid::random(), .typeRawValue = "todo"});
+    const std::function<void()> strangers[]{
+        [&] { entries->updateTodo(same, "b", kNow); },
+        [&] { entries->deleteEntry(same); },
+        [&] { entries->updateTodo(unsaved, "b", kNow); },
+        [&] { entries->moveEntry(todo, sameBoard, kNow); },
+        [&] { entries->createTodos({.contents = {"b"}, .board = sameBoard, .now = kNow}); },
+        [&] { boards->renameBoard(sameBoard, "b", kNow); },
+        [&] { boards->deleteBoard(sameBoard); },
+    };
+    for (const auto& operation : strangers) {
+        EXPECT_EQ(entryRefusal(operation), EntryServiceErrorCase::entryUnavailable);
+    }
+    EXPECT_FALSE(theirs.hasChanges());
+    // What was deleted and came back is another object; who holds the first means the same todo.
+    const auto record = backup::recordOf(todo, board->id());
+    entries->deleteEntry(todo);
+    auto& restored = entries->restoreDeletedEntry(record);
+    ASSERT_NE(&restored, &todo);
+    entries->updateTodo(todo, "edited", kNow);
+    EXPECT_EQ(restored.content(), "edited");
+    entries->completeTodos(std::vector{&todo}, kNow);
+    EXPECT_TRUE(restored.isCompleted());
+}
+
+TEST_F(EntryServiceTest, RemindersAndWidgetsAreToldOnceAStepWhenTheStoreIsFreeAndItsObserversKnow) {
+    const auto todos = add({"a", "b"});
+    // Another program that does not wait.
+    const auto hasty = store::ModelContainer::open(
+        model::currentSchema(),
+        {.file = folder.path() / "Primary.store", .lockTimeout = std::chrono::milliseconds(0)},
+        log);
+    store::ModelContext elsewhere(*hasty);
+    std::vector<std::string> told;
+    reminders.asked = [&](std::string what) {
+        told.push_back(std::move(what));
+        EXPECT_NO_THROW(store::LockedStep step(elsewhere)) << "the lock is held";
+    };
+    const auto observing =
+        context->didChange().connect([&](const auto&) { told.push_back("change"); });
+    const auto reloads = widgets.reloads;
+    {
+        const store::LockedStep step(*context);
+        entries->completeTodo(*todos[0], kNow);
+        entries->completeTodo(*todos[1], kNow);
+        EXPECT_TRUE(told.empty());
+    }
+    EXPECT_THAT(told, ElementsAre("change", "change", "remove", "reconcile"));
+    EXPECT_EQ(reminders.removed.size(), 2U);
+    EXPECT_EQ(widgets.reloads, reloads + 1);
+    told.clear();
+    boards->deleteBoard(*board);
+    EXPECT_THAT(told, ElementsAre("change", "remove", "reconcile"));
 }
 
 TEST_F(EntryServiceTest, ATodoOperationRefusesATextEntry) {
@@ -205,27 +276,14 @@ TEST_F(EntryServiceTest, CompletingClosesTheGapAndRestoringClampsThePosition) {
     entries->completeTodo(*four[2], kNow);
     entries->restoreTodo(*four[2], kNow, -1);
     EXPECT_THAT(storedOrder(*board), ElementsAre("c", "a", "d", "b"));
-    entries->completeTodo(*four[0], kNow);
+    entries->completeTodo(*four[0], {30});
     entries->restoreTodo(*four[0], kNow);
     EXPECT_THAT(storedOrder(*board), ElementsAre("c", "d", "b", "a"));
-}
-
-TEST_F(EntryServiceTest, CompletedTodosComeNewestFirst) {
-    auto three = add({"a", "b", "c"});
-    entries->completeTodo(*three[0], {10});
-    entries->completeTodo(*three[1], {30});
-    entries->completeTodo(*three[2], {20});
-    EXPECT_THAT(texts(services::completedTodos(*board)), ElementsAre("b", "c", "a"));
-}
-
-TEST_F(EntryServiceTest, EditingTrimsAndKeepsWhatWasStoredWhenItIsRefused) {
-    Entry& entry = *add({"a"})[0];
-    entries->updateTodo(entry, " b\n", {2000});
-    EXPECT_EQ(entry.content(), "b");
-    EXPECT_EQ(entry.updatedAt(), base::Instant{2000});
-    EXPECT_EQ(entryRefusal([&] { entries->updateTodo(entry, " \t\n", kNow); }),
-              EntryServiceErrorCase::emptyContent);
-    EXPECT_EQ(entry.content(), "b");
+    for (const auto& [todo, at] : {std::pair(0, 10), {3, 30}, {1, 20}}) {
+        entries->completeTodo(*four[static_cast<std::size_t>(todo)], {double(at)});
+    }
+    EXPECT_THAT(texts(services::completedTodos(*board)), ElementsAre("d", "b", "a"))
+        << "most recently completed first";
 }
 
 TEST_F(EntryServiceTest, AnUnchangedPastReminderMayStay) {

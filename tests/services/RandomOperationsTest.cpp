@@ -7,8 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include <functional>
-
 namespace korvex::tests {
 
 namespace {
@@ -49,14 +47,6 @@ protected:
     services::UndoManager undo;
     model::Board* office = nullptr;
     model::Board* inbox = nullptr;
-};
-
-/// Acts whenever reminders are to be planned anew: then no program may hold the store's lock.
-class Interfering final : public services::ReminderReconciling {
-public:
-    void requestReconcile() override { act(); }
-    void removePending(std::span<const base::Uuid>) override { act(); }
-    std::function<void()> act = [] {};
 };
 
 } // namespace
@@ -115,12 +105,13 @@ TEST_P(RandomOperations, AmongThoseOfAnotherProgramKeepTheStoreSound) {
             break;
         }
     };
-    Interfering interfering;
+    // When reminders are to be planned anew, no program may hold the store's lock.
+    RecordingReminders interfering;
     services::EntryService entriesHere(*context, interfering, widgets, log, &undo);
     services::BoardService boardsHere(*context, interfering, widgets, log);
     RandomLife own(GetParam(), {*context, entriesHere, boardsHere}, {board->id(), office->id()},
                    folder.path());
-    interfering.act = interfere;
+    interfering.asked = [&](const auto&) { interfere(); };
     own.whileReading = interfere;
     const auto takeBack = [&](auto&& work) {
         try {
@@ -165,6 +156,6 @@ TEST_P(RandomOperations, AmongThoseOfAnotherProgramKeepTheStoreSound) {
               texts(theirs.fetch<model::Entry>({.order = {{model::Entry::idField}}})));
 }
 
-INSTANTIATE_TEST_SUITE_P(Seeds, RandomOperations, testing::Range(1U, 13U));
+INSTANTIATE_TEST_SUITE_P(Seeds, RandomOperations, testing::Range(1U, 9U));
 
 } // namespace korvex::tests

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,13 +19,18 @@
 
 namespace korvex::tests {
 
-/// Counts what the services ask for.
+/// Counts what the services ask for, and may act on it.
 class RecordingReminders final : public services::ReminderReconciling {
 public:
-    void requestReconcile() override { ++reconciles; }
+    void requestReconcile() override {
+        ++reconciles;
+        asked("reconcile");
+    }
     void removePending(std::span<const base::Uuid> entryIDs) override {
         removed.insert(removed.end(), entryIDs.begin(), entryIDs.end());
+        asked("remove");
     }
+    std::function<void(std::string)> asked = [](const auto&) {};
     int reconciles = 0;
     std::vector<base::Uuid> removed;
 };

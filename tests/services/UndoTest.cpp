@@ -73,8 +73,9 @@ std::string listed(const BackupDocument& document, const base::Uuid& board) {
 
 TEST_F(UndoTest, ActionsCarryTheNamesThatTheMenuShows) {
     const auto todos = add({"a", "b", "c"});
-    EXPECT_FALSE(undo.canUndo()) << "a creation cannot be undone";
     auto& text = note("note");
+    auto& whole = note("one two");
+    EXPECT_FALSE(undo.canUndo()) << "a creation without a name cannot be undone";
     const std::vector<std::pair<std::string, std::function<void()>>> cases{
         {"Complete Todo", [&] { entries->completeTodo(*todos[0], kLater); }},
         {"Restore Todo", [&] { entries->restoreTodo(*todos[0], kLater); }},
@@ -87,10 +88,18 @@ TEST_F(UndoTest, ActionsCarryTheNamesThatTheMenuShows) {
         {"Change to Text", [&] { entries->changeType(*todos[2], model::EntryType::text, kLater); }},
         {"Complete Todos", [&] { entries->completeTodos(*board, kLater); }},
         {"Delete Entry", [&] { entries->updateText(text, plain(" \n"), kLater); }},
+        {"New Todos",
+         [&] {
+             entries->createTodos(
+                 {.contents = {"x", "y"}, .board = *board, .now = kLater, .undoName = "New Todos"});
+         }},
+        {"Split Text",
+         [&] { entries->splitText(whole, plain("one"), plain("two"), kLater, "Split Text"); }},
     };
     for (const auto& [name, perform] : cases) {
         perform();
         EXPECT_EQ(undo.undoActionName(), name);
+        EXPECT_FALSE(undo.nextUndo()->entries.empty()) << name;
         undo.undo();
         EXPECT_EQ(undo.redoActionName(), name);
         undo.redo();
@@ -277,6 +286,56 @@ TEST_F(UndoTest, WhatNoOperationMayLeaveIsRefusedWholly) {
     EXPECT_FALSE(undo.canUndo()) << "it would be refused again";
 }
 
+TEST_F(UndoTest, ACreationIsTakenBackUnlessAnotherHasWrittenIntoIt) {
+    const auto theirs = [&](const base::Uuid& id, auto&& work) {
+        store::ModelContext apart(*container);
+        services::EntryService others(apart, reminders, widgets, log);
+        work(others, *apart.find<Entry>(id));
+    };
+    const auto create = [&](std::vector<std::string> contents) {
+        return entries
+            ->createTodos(
+                {.contents = std::move(contents), .board = *board, .now = kNow, .undoName = "New"})
+            .front()
+            ->id();
+    };
+    const auto ticked = create({"a", "b"});
+    theirs(ticked, [](auto& others, Entry& entry) { others.completeTodo(entry, kLater); });
+    undo.undo();
+    EXPECT_TRUE(exported().entries.empty()) << "a tick is not lost, it comes back with the todo";
+    undo.redo();
+    EXPECT_TRUE(found(ticked).isCompleted());
+
+    for (const bool isRedone : {false, true}) {
+        const auto written = create({"mine", "too"});
+        if (isRedone) {
+            undo.undo();
+            undo.redo();
+        }
+        theirs(written,
+               [](auto& others, Entry& entry) { others.updateTodo(entry, "theirs", kLater); });
+        const auto before = exported();
+        log.expectError("New undo failed");
+        EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
+        EXPECT_EQ(exported(), before) << "none of them goes";
+    }
+}
+
+TEST_F(UndoTest, ASplitIsTakenBackWholeOrNotAtAll) {
+    auto& text = note("one two");
+    const auto& second = entries->splitText(text, plain("one"), plain("two"), kLater, "Split");
+    {
+        store::ModelContext theirs(*container);
+        services::EntryService others(theirs, reminders, widgets, log);
+        others.updateText(*theirs.find<Entry>(text.id()), plain("theirs"), kLater);
+    }
+    log.expectError("Split undo failed");
+    EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
+    EXPECT_EQ(storedOrder(*board), (std::vector<std::string>{"theirs", "two"}));
+    EXPECT_TRUE(context->find<Entry>(second.id()));
+    EXPECT_FALSE(undo.canRedo());
+}
+
 TEST_F(UndoTest, ARestoredEntryIsTheOneThatWasDeleted) {
     add({"a"});
     auto& text = entries->createText({.rich = formatted(), .board = *board, .now = kNow});
@@ -367,6 +426,93 @@ TEST_F(UndoTest, WithdrawsRemindersThatAreNoLongerRightAndNoOthers) {
         EXPECT_EQ(reminders.reconciles, reconciles + each.reconciles) << each.name;
         EXPECT_EQ(widgets.reloads, reloads + each.reconciles) << each.name;
     }
+}
+
+/// A row of letters; every change of it registers its inverse.
+struct Letters {
+    services::UndoManager undo;
+    std::string text;
+    char refused = '-';
+
+    void add(char letter) {
+        text += letter;
+        undo.registerUndo(std::string(1, letter), 1, [this, letter] { take(letter); });
+    }
+    void take(char letter) {
+        if (letter == refused) {
+            throw model::EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+        }
+        text.pop_back();
+        undo.registerUndo("again", 1, [this, letter] { add(letter); });
+    }
+};
+
+TEST(UndoManager, WhatAGroupHoldsIsOneStep) {
+    using Group = services::UndoManager::Group;
+    Letters letters;
+    auto& undo = letters.undo;
+    int changes = 0;
+    const auto subscription = undo.didChange().connect([&] { ++changes; });
+    letters.add('a');
+    {
+        const Group outer(undo, "outer");
+        letters.add('b');
+        const Group inner(undo, "inner");
+        letters.add('c');
+        undo.undo();
+        EXPECT_EQ(letters.text, "abc") << "it is not finished yet";
+    }
+    { const Group empty(undo, "empty"); }
+    EXPECT_EQ(changes, 2);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(undo.undoActionName(), "outer");
+        undo.undo();
+        EXPECT_EQ(letters.text, "a");
+        EXPECT_EQ(undo.redoActionName(), "outer");
+        undo.redo();
+        EXPECT_EQ(letters.text, "abc");
+    }
+    EXPECT_THROW(
+        {
+            const Group failing(undo);
+            letters.add('d');
+            throw std::runtime_error("the second part");
+        },
+        std::runtime_error);
+    EXPECT_EQ(undo.undoActionName(), "d") << "what was done can be undone";
+    EXPECT_FALSE(undo.canRedo());
+}
+
+TEST(UndoManager, AStepIsTakenBackFromAmongOthers) {
+    services::UndoManager undo;
+    std::string undone;
+    for (const char letter : {'a', 'b', 'c'}) {
+        undo.registerUndo(std::string(1, letter), 1, [&undone, letter] { undone += letter; });
+    }
+    const auto latest = undo.nextUndo()->id;
+    undo.undo();
+    EXPECT_FALSE(undo.findUndo(latest));
+    const auto middle = undo.nextUndo()->id;
+    undo.registerUndo("d", 1, [&] { undone += 'd'; });
+    undo.undo(middle);
+    undo.undo(middle);
+    EXPECT_EQ(undone, "cb") << "once";
+    EXPECT_EQ(undo.undoActionName(), "d");
+}
+
+TEST(UndoManager, AStepThatIsRefusedInTheMiddleIsDoneAgain) {
+    Letters letters;
+    {
+        const services::UndoManager::Group group(letters.undo, "abc");
+        for (const char letter : {'a', 'b', 'c'}) {
+            letters.add(letter);
+        }
+    }
+    letters.refused = 'a';
+    EXPECT_THROW(letters.undo.undo(), model::EntryServiceError);
+    EXPECT_EQ(letters.text, "abc");
+    EXPECT_FALSE(letters.undo.canUndo());
+    EXPECT_FALSE(letters.undo.canRedo());
 }
 
 TEST(UndoManager, KeepsTheLatestWithinItsBounds) {

@@ -1,7 +1,10 @@
 #include "StoreFixture.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
+
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <fstream>
 
 namespace korvex::tests {
@@ -32,19 +35,20 @@ protected:
         return ModelContext(*container).count<Board>();
     }
 
+    /// Some 25 pages, all of them other ones than those of the save before.
+    static void saveMuch(ModelContext& context, int number) {
+        context.fetch<Board>().front()->setName(
+            std::string(100'000, static_cast<char>('a' + number % 26)));
+        context.save();
+    }
+
     std::filesystem::path sharedMemory() const { return folder() / "Primary.store-shm"; }
     std::vector<std::string> notices;
 };
 
-TEST_F(JournalTest, AnUntouchedJournalIsTakenUpAtTheNextStart) {
-    EXPECT_EQ(boardCount(), std::size_t{kBoards});
-    EXPECT_TRUE(notices.empty());
-}
-
 TEST_F(JournalTest, ARemovedJournalIsNoticedOnceAndNeverAFreshStore) {
     std::filesystem::remove(journalFile());
     std::filesystem::remove(sharedMemory());
-    log.expectError("saved changes are missing");
     EXPECT_EQ(boardCount(), std::size_t{kBoards / 2 + 1});
     ASSERT_EQ(notices.size(), 1U);
     EXPECT_THAT(notices[0], testing::HasSubstr("The newest 19 saved changes are missing"));
@@ -56,7 +60,6 @@ TEST_F(JournalTest, ACutJournalIsNoticedAndItsRemainsAreKept) {
     std::filesystem::resize_file(journalFile(), std::filesystem::file_size(journalFile()) / 2);
     std::filesystem::remove(sharedMemory());
     const auto remains = std::filesystem::file_size(journalFile());
-    log.expectError("saved changes are missing");
     const auto count = boardCount();
     EXPECT_GE(count, std::size_t{kBoards / 2 + 1});
     EXPECT_LT(count, std::size_t{kBoards});
@@ -73,15 +76,18 @@ TEST_F(JournalTest, ABitFlippedInTheJournalIsNoticed) {
         file.put('\x55');
     }
     std::filesystem::remove(sharedMemory());
-    log.expectError("saved changes are missing");
     EXPECT_LT(boardCount(), std::size_t{kBoards});
     EXPECT_EQ(notices.size(), 1U);
 }
 
-TEST_F(JournalTest, StaleSharedMemoryIsRebuilt) {
-    std::ofstream(sharedMemory(), std::ios::binary) << std::string(32'768, '\x7f');
-    EXPECT_EQ(boardCount(), std::size_t{kBoards});
-    EXPECT_TRUE(notices.empty());
+TEST_F(JournalTest, ItIsTakenUpAtTheNextStartWhateverTheSharedMemorySays) {
+    for (const auto isStale : {false, true}) {
+        if (isStale) {
+            std::ofstream(sharedMemory(), std::ios::binary) << std::string(32'768, '\x7f');
+        }
+        EXPECT_EQ(boardCount(), std::size_t{kBoards});
+        EXPECT_TRUE(notices.empty());
+    }
 }
 
 TEST_F(JournalTest, AJournalRemovedWhileTheStoreIsOpenStopsSaves) {
@@ -100,15 +106,59 @@ TEST_F(JournalTest, AJournalRemovedWhileTheStoreIsOpenStopsSaves) {
     EXPECT_TRUE(context.hasChanges());
 }
 
-TEST_F(JournalTest, ALongJournalIsMovedIntoTheStoreFile) {
-    const auto container = open();
-    ModelContext context(*container);
-    Board& board = *context.fetch<Board>().front();
-    for (int i = 0; i < 3'000; ++i) {
-        board.setName("Name " + std::to_string(i));
-        context.save();
+TEST_F(JournalTest, ItStaysShortInOneLongProgramAndInManyShortOnes) {
+    constexpr auto kLong = std::uintmax_t{5} << 20U;
+    for (const auto isOneProgram : {true, false}) {
+        std::uintmax_t longest = 0;
+        std::unique_ptr<store::ModelContainer> container;
+        for (int i = 0; i < 100; ++i) {
+            if (!container || !isOneProgram) {
+                container = open();
+            }
+            ModelContext context(*container);
+            saveMuch(context, i);
+            longest = std::max(longest, std::filesystem::file_size(journalFile()));
+        }
+        EXPECT_GT(longest, kLong / 2) << isOneProgram;
+        EXPECT_LT(longest, kLong) << isOneProgram;
     }
-    EXPECT_LT(std::filesystem::file_size(journalFile()), 8U << 20U);
+}
+
+TEST_F(JournalTest, AJournalThatIsLongAtTheStartIsMovedIntoTheStoreFile) {
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        // Another program that reads all the while.
+        SQLite::Database reader(storeFile().string(), SQLite::OPEN_READONLY);
+        reader.exec("BEGIN; SELECT count(*) FROM Board");
+        for (int i = 0; i < 60; ++i) {
+            saveMuch(context, i);
+        }
+        EXPECT_GT(std::filesystem::file_size(journalFile()), std::uintmax_t{5} << 20U);
+    }
+    EXPECT_EQ(boardCount(), std::size_t{kBoards});
+    EXPECT_EQ(std::filesystem::file_size(journalFile()), 0U);
+    EXPECT_TRUE(notices.empty());
+}
+
+TEST_F(JournalTest, WhoeverEndsLeavesNoLongJournal) {
+    constexpr std::uintmax_t kLongest = 256 * 1024;
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        addBoard(context, "Newest");
+        for (auto* const board : context.fetch<Board>()) {
+            board->setName(std::string(10'000, 'n'));
+        }
+        context.save();
+        ASSERT_GT(std::filesystem::file_size(journalFile()), kLongest);
+    }
+    EXPECT_LE(std::filesystem::file_size(journalFile()), kLongest);
+    for (const auto& companion : {journalFile(), sharedMemory()}) {
+        std::filesystem::remove(companion);
+    }
+    EXPECT_EQ(boardCount(), std::size_t{kBoards + 1}) << "the file alone is whole";
+    EXPECT_TRUE(notices.empty());
 }
 
 } // namespace korvex::tests

@@ -1,8 +1,12 @@
 #include "StoreFixture.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
+
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <set>
+#include <utility>
 
 namespace korvex::tests {
 
@@ -72,40 +76,98 @@ TEST_F(SharedStoreTest, RefreshBringsInsertionsChangesMovesAndDeletions) {
 }
 
 TEST_F(SharedStoreTest, WhoeverIsFarBehindStillSeesEverything) {
-    Entry& changed = addTodo(*context, *board, "changed");
-    Entry& removed = addTodo(*context, *board, "removed");
-    context->save();
-    other->refresh();
-    ASSERT_EQ(sameBoard->entries().size(), 2U);
-    // More saves than the log keeps, then one too large for it.
-    for (int i = 0; i < 800; ++i) {
-        changed.setSortOrder(i + 1);
+    auto count = std::size_t{0};
+    // More saves than the log keeps, or none, and then one that it names, or one too large for it.
+    for (const auto& [saves, added] : {std::pair(800, 1), {0, 20'000}}) {
+        Entry& changed = addTodo(*context, *board, "changed");
+        Entry& removed = addTodo(*context, *board, "removed");
         context->save();
+        other->refresh();
+        ASSERT_EQ(sameBoard->entries().size(), count + 2);
+        for (int i = 0; i < saves; ++i) {
+            changed.setSortOrder(i + 1);
+            context->save();
+        }
+        context->remove(removed);
+        for (int i = 0; i < added; ++i) {
+            addTodo(*context, *board, "one more", i);
+        }
+        context->save();
+        other->refresh();
+        count += static_cast<std::size_t>(added) + 1;
+        EXPECT_EQ(sameBoard->entries().size(), count);
+        EXPECT_EQ(other->find<Entry>(changed.id())->sortOrder(), saves);
+        EXPECT_EQ(other->find<Entry>(removed.id()), nullptr);
     }
-    context->remove(removed);
-    for (int i = 0; i < 20'000; ++i) {
-        addTodo(*context, *board, "one of many", i);
-    }
+}
+
+TEST_F(SharedStoreTest, AStoreThatWentBackIsReadAgain) {
+    Entry& changed = addTodo(*context, *board, "before");
+    context->save();
+    const auto revision = std::to_string(mine->revision());
+    changed.setContent("after");
+    Entry& added = addTodo(*context, *board, "added");
     context->save();
     other->refresh();
-    EXPECT_EQ(sameBoard->entries().size(), 20'001U);
-    EXPECT_EQ(other->find<Entry>(changed.id())->sortOrder(), 800);
-    EXPECT_EQ(other->find<Entry>(removed.id()), nullptr);
+    Entry* same = other->find<Entry>(changed.id());
+    ASSERT_TRUE(other->find<Entry>(added.id()));
+    // As if a copy had been put back underneath.
+    SQLite::Database underneath(storeFile().string(), SQLite::OPEN_READWRITE);
+    underneath.exec(
+        "DELETE FROM Entry WHERE content = 'added'; UPDATE Entry SET content = 'before', "
+        "version = " +
+        revision + "; DELETE FROM ChangeLog WHERE revision > " + revision);
+    other->refresh();
+    EXPECT_EQ(same->content(), "before");
+    EXPECT_EQ(sameBoard->entries().size(), 1U);
+    same->setContent("and on");
+    other->save();
+    EXPECT_EQ(std::to_string(theirs->revision() - 1), revision);
 }
 
 TEST_F(SharedStoreTest, ANewRowUnderADeletedRowsNumberIsAnotherRecord) {
-    Entry& last = addTodo(*context, *board, "last");
-    context->save();
-    other->refresh();
-    Entry* sameLast = other->find<Entry>(last.id());
-    context->remove(last);
-    context->save();
-    Entry& next = addTodo(*context, *board, "next");
-    context->save();
-    other->refresh();
-    EXPECT_FALSE(sameLast->isLive());
-    ASSERT_TRUE(other->find<Entry>(next.id()));
-    EXPECT_EQ(other->find<Entry>(next.id())->content(), "next");
+    const auto contents = [&] {
+        std::vector<std::string> all;
+        for (const auto* const entry : other->fetch<Entry>({.order = {{Entry::sortOrderField}}})) {
+            all.push_back(entry->content());
+        }
+        return all;
+    };
+    for (const auto isReadBeforeRefresh : {false, true}) {
+        Entry& last = addTodo(*context, *board, "last");
+        context->save();
+        other->refresh();
+        Entry* sameLast = other->find<Entry>(last.id());
+        context->remove(last);
+        context->save();
+        Entry& next = addTodo(*context, *board, "next", 1);
+        // The deleted one comes back, under another row's number.
+        auto again = std::make_unique<Entry>(model::EntryFields{
+            .id = last.id(), .typeRawValue = "todo", .content = "again", .sortOrder = 2});
+        again->setBoard(board);
+        auto& back = context->insert(std::move(again));
+        context->save();
+
+        std::set<base::Uuid> told;
+        const auto observing = other->didChange().connect([&](const ChangeSet& changes) {
+            for (const auto* ids : {&changes.inserted, &changes.updated, &changes.deleted}) {
+                told.insert(ids->begin(), ids->end());
+            }
+        });
+        if (isReadBeforeRefresh) {
+            EXPECT_THAT(contents(), testing::ElementsAre("next", "again"));
+        }
+        other->refresh();
+        EXPECT_THAT(contents(), testing::ElementsAre("next", "again"));
+        EXPECT_FALSE(sameLast->isLive());
+        EXPECT_EQ(other->find<Entry>(next.id())->content(), "next");
+        EXPECT_EQ(other->find<Entry>(last.id())->content(), "again");
+        EXPECT_THAT(told, testing::UnorderedElementsAre(next.id(), last.id()))
+            << "what was read before the refresh is told all the same";
+        context->remove(next);
+        context->remove(back);
+        context->save();
+    }
 }
 
 TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {
@@ -173,18 +235,25 @@ TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
                                         .lockTimeout = std::chrono::milliseconds(30)};
     const auto third = open(impatient);
     ModelContext waiting(*third);
-    addBoard(waiting, "Waiting");
-    {
-        const store::LockedStep step(*context);
-        try {
-            waiting.save();
-            FAIL() << "saved without the lock";
-        } catch (const store::StoreError& error) {
-            EXPECT_EQ(error.which(), store::StoreErrorCase::busy);
+    for (const auto isRemoved : {false, true}) {
+        addBoard(waiting, "Waiting");
+        if (isRemoved) {
+            // Both have it open: a lock on it would exclude nobody any more.
+            std::filesystem::remove(folder() / "Primary.store.lock");
         }
-        EXPECT_TRUE(waiting.hasChanges());
+        {
+            const store::LockedStep step(*context);
+            EXPECT_TRUE(std::filesystem::exists(folder() / "Primary.store.lock"));
+            try {
+                waiting.save();
+                FAIL() << "saved without the lock";
+            } catch (const store::StoreError& error) {
+                EXPECT_EQ(error.which(), store::StoreErrorCase::busy);
+            }
+            EXPECT_TRUE(waiting.hasChanges());
+        }
+        EXPECT_NO_THROW(waiting.save());
     }
-    EXPECT_NO_THROW(waiting.save());
 }
 
 } // namespace korvex::tests

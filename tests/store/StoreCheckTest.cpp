@@ -43,12 +43,6 @@ protected:
     std::vector<base::Uuid> ids;
 };
 
-TEST_F(StoreCheckTest, ASoundStoreHasNoProblems) {
-    const auto report = container->check();
-    EXPECT_TRUE(report.problems.empty());
-    EXPECT_EQ(report.recordCount, 4U);
-}
-
 TEST_F(StoreCheckTest, EveryAlteredFieldIsReportedWithItsRecord) {
     const char* changes[] = {"content = 'todo X'",     "typeRawValue = 'toda'",
                              "richTextData = x'00'",   "createdAt = 0.5",

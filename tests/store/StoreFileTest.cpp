@@ -2,6 +2,8 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <gmock/gmock.h>
+
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -122,6 +124,31 @@ TEST_F(StoreFileTest, AMissingStoreIsCreatedOnlyWhereThatIsAskedFor) {
     EXPECT_EQ(refusal({.allowsSave = false}), StoreErrorCase::missing);
     EXPECT_TRUE(std::filesystem::is_empty(folder()));
     EXPECT_EQ(refusal({.file = folder() / "a" / "b" / "Primary.store"}), std::nullopt);
+}
+
+TEST_F(StoreFileTest, AFolderThatCannotBeMadeIsNamedWithItsError) {
+    std::ofstream(folder() / "file") << "no folder";
+    std::filesystem::create_symlink(folder() / "nowhere" / "else", folder() / "dangling");
+    for (const auto* name : {"file", "file/data", "dangling"}) {
+        try {
+            open({.file = folder() / name / "Primary.store"});
+            ADD_FAILURE() << name;
+        } catch (const store::StoreError& error) {
+            EXPECT_EQ(error.which(), StoreErrorCase::noFolder) << name;
+            EXPECT_THAT(error.errorDescription(),
+                        testing::AllOf(testing::HasSubstr((folder() / name).string() + ": "),
+                                       testing::Not(testing::EndsWith(": )"))));
+        }
+    }
+    ::chmod(folder().c_str(), 0555);
+    EXPECT_EQ(asNobody([&] {
+                  return refusal({.file = folder() / "new" / "Primary.store"}) ==
+                                 StoreErrorCase::noFolder
+                             ? 0
+                             : 1;
+              }),
+              0);
+    ::chmod(folder().c_str(), 0755);
 }
 
 TEST_F(StoreFileTest, AStoreWhoseFileIsGoneIsNotStartedAnew) {

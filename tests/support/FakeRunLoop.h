@@ -3,6 +3,7 @@
 #include "base/RunLoop.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstddef>
 #include <functional>
 #include <memory>
@@ -18,6 +19,7 @@ public:
     void post(std::function<void()> work) override {
         const std::lock_guard lock(m_mutex);
         m_posted.push_back(std::move(work));
+        m_change.notify_all();
     }
 
     [[nodiscard]] std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
@@ -41,6 +43,11 @@ public:
         return result;
     }
 
+    /// Waits until another thread has posted something; CTest's time limit ends a wait for ever.
+    void waitForPosted() {
+        std::unique_lock lock(m_mutex);
+        m_change.wait(lock, [this] { return !m_posted.empty(); });
+    }
     /// Runs what is posted, and what that posts in turn.
     void runPosted() {
         while (true) {
@@ -106,6 +113,7 @@ private:
 
     double m_time = 0;
     mutable std::mutex m_mutex;
+    std::condition_variable m_change;
     std::vector<std::function<void()>> m_posted;
     std::vector<FakeTimer*> m_timers;
 };

@@ -1,5 +1,6 @@
+#include "ui/kit/Language.h"
+
 #include <QApplication>
-#include <QLocale>
 
 #include <gtest/gtest.h>
 
@@ -12,5 +13,6 @@ int main(int argc, char* argv[]) {
     qputenv("TZ", "UTC");
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     QApplication application(argc, argv);
+    korvex::ui::setUpLanguage(application);
     return RUN_ALL_TESTS();
 }

@@ -2,12 +2,12 @@
 
 #include "cli/commands/CommandDefinition.h"
 #include "cli/commands/Options.h"
-#include "cli/output/AttachmentText.h"
 #include "cli/output/Json.h"
 #include "cli/output/ListText.h"
 #include "cli/session/Session.h"
 
 #include "backup/BackupFileIO.h"
+#include "base/ByteSize.h"
 #include "model/EntryAttachment.h"
 
 namespace korvex::cli {
@@ -92,7 +92,7 @@ void print(Session& session, const backup::BackupDocument& document, const Backu
     printFact(session, "Entries", std::to_string(counts.entries));
     printFact(session, "Todos", countText(counts.todos, counts.completedTodos, "completed"));
     printFact(session, "Texts", std::to_string(counts.texts));
-    const auto size = counts.attachments == 0 ? "" : ", " + sizeText(counts.attachmentBytes);
+    const auto size = counts.attachments == 0 ? "" : ", " + base::sizeText(counts.attachmentBytes);
     printFact(session, "Attachments", std::to_string(counts.attachments) + size);
 }
 

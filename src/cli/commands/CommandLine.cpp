@@ -132,6 +132,7 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
     case store::StoreErrorCase::notAStore:
     case store::StoreErrorCase::newerVersion:
     case store::StoreErrorCase::olderVersion:
+    case store::StoreErrorCase::noFolder:
     case store::StoreErrorCase::unreadable:
     case store::StoreErrorCase::busy:
     case store::StoreErrorCase::damaged:
@@ -169,6 +170,7 @@ ExitStatus CommandLine::run(std::vector<std::string> arguments) {
     // Also after a failure: the Inbox may have been made, or some of several todos completed.
     if (m_session) {
         m_session->announceChanges();
+        m_session->leaveStore();
     }
     return status;
 }

@@ -116,9 +116,9 @@ richtext::AttributedString readNote(Session& session, const NoteOptions& options
         return session.serializer().decode(readFormattedText(*options.rtf));
     }
     const auto isTyped = options.text && options.text != "-";
-    const auto text =
-        plainText(isTyped ? *options.text : readText(session.environment().inputDescriptor));
-    return level ? richtext::RichTextSerializer::applyingHeading(level, text) : text;
+    return richtext::RichTextSerializer::applyingHeading(
+        level,
+        plainText(isTyped ? *options.text : readText(session.environment().inputDescriptor)));
 }
 
 ExitStatus note(Session& session, const NoteOptions& options) {

@@ -64,9 +64,8 @@ ExitStatus list(Session& session, const ListOptions& options) {
     }
     printEntries(session, entries, options.completed ? ListDate::completed : ListDate::due);
     if (entries.empty() && session.terminal().isPresent) {
-        session.remark(options.completed ? "Nothing is completed on " + board.name() + "."
-                                         : "Nothing is open on " + board.name() +
-                                               ". Add a todo with korvex add.");
+        session.remark(options.completed ? "No completed todos yet."
+                                         : "Nothing here yet. Add a todo with korvex add.");
     }
     return ExitStatus::done;
 }

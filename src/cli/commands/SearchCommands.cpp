@@ -5,6 +5,8 @@
 #include "cli/output/SearchText.h"
 #include "cli/session/Session.h"
 
+#include "base/Text.h"
+
 namespace korvex::cli {
 
 namespace {
@@ -34,8 +36,9 @@ ExitStatus search(Session& session, const SearchOptions& options) {
     const auto terms = services::SearchService::foldedTerms(query, folding);
     printResults(session, results, terms, folding);
     if (results.isEmpty() && session.terminal().isPresent) {
-        session.remark(terms.empty() ? "There is no word to search for."
-                                     : "No board and no entry has every one of these words.");
+        session.remark(terms.empty()
+                           ? "There is no word to search for."
+                           : "No results for “" + std::string(base::trimmed(query)) + "”.");
     }
     return ExitStatus::done;
 }

@@ -65,6 +65,10 @@ ExitStatus check(Session& session, const NoOptions&) {
     if (report.problems.empty()) {
         report.problems = orderProblems(context);
     }
+    // What was noticed while opening is known only now: the next to open the store goes on from
+    // what is there.
+    report.problems.insert(report.problems.begin(), container.notices().begin(),
+                           container.notices().end());
     if (session.wantsJson()) {
         Json json(session.output());
         json.beginObject();

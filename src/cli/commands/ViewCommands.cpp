@@ -174,8 +174,9 @@ ExitStatus completed(Session& session, const CompletedOptions& options) {
     }
     printGroups(session, titled, ListDate::completed);
     if (groups.empty() && session.terminal().isPresent) {
-        session.remark(filter.isActive() ? "No matching completed todos."
-                                         : "No completed todos yet.");
+        const auto hasAny =
+            session.context().count<model::Entry>(model::Entry::completedTodos()) > 0;
+        session.remark(hasAny ? "No matching completed todos" : "No completed todos yet.");
     }
     return ExitStatus::done;
 }

@@ -5,23 +5,11 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/DisplayText.h"
 
+#include "base/ByteSize.h"
+
 #include <algorithm>
 
 namespace korvex::cli {
-
-std::string sizeText(std::size_t bytes) {
-    constexpr std::size_t kStep = 1024;
-    if (bytes < kStep) {
-        return std::to_string(bytes) + (bytes == 1 ? " byte" : " bytes");
-    }
-    if (bytes < kStep * kStep) {
-        return std::to_string(bytes / kStep) + " KB";
-    }
-    // In tenths, cut and not rounded: what fits is never shown as what does not.
-    const auto tenths = bytes * 10 / (kStep * kStep);
-    const auto fraction = tenths % 10 == 0 ? "" : "." + std::to_string(tenths % 10);
-    return std::to_string(tenths / 10) + fraction + " MB";
-}
 
 std::string attachmentMark(const services::AttachmentList& list) {
     if (list.isDamaged) {
@@ -37,12 +25,12 @@ void printAttachments(Session& session, const services::AttachmentList& list) {
     std::size_t sizeWidth = 0;
     for (const auto& each : list.attachments) {
         ids.push_back(each.id);
-        sizeWidth = std::max(sizeWidth, sizeText(each.size).size());
+        sizeWidth = std::max(sizeWidth, base::sizeText(each.size).size());
     }
     const auto idWidth = shortIdentifierLength(ids);
     auto& output = session.output();
     for (const auto& each : list.attachments) {
-        const auto size = sizeText(each.size);
+        const auto size = base::sizeText(each.size);
         output.write(each.id.text().substr(0, idWidth));
         output.spaces(kGap + sizeWidth - size.size());
         output.write(size);

@@ -2,16 +2,12 @@
 
 #include "services/AttachmentList.h"
 
-#include <cstddef>
 #include <string>
 
 namespace korvex::cli {
 
 class Json;
 class Session;
-
-/// "512 bytes", "3 KB", "1.2 MB": in steps of 1,024, as the limits count.
-std::string sizeText(std::size_t bytes);
 
 /// What the line of an entry says of them: "+2 files"; nothing when there are none.
 std::string attachmentMark(const services::AttachmentList& list);

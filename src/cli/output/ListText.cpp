@@ -8,6 +8,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/DisplayText.h"
 
+#include "base/ByteSize.h"
 #include "base/Text.h"
 #include "richtext/stored/EntryText.h"
 #include "services/OpenTodos.h"
@@ -61,7 +62,7 @@ void printAttachmentFacts(Session& session, const model::Entry& entry) {
     }
     std::string_view name = "Attached";
     for (const auto& each : list.attachments) {
-        printFact(session, name, each.filename + " (" + sizeText(each.size) + ")");
+        printFact(session, name, each.filename + " (" + base::sizeText(each.size) + ")");
         name = "";
     }
 }

@@ -71,6 +71,12 @@ void Session::announceChanges() const {
     }
 }
 
+void Session::leaveStore() noexcept {
+    if (m_container) {
+        m_container->shortenJournal();
+    }
+}
+
 void Session::remark(std::string_view text) const {
     writeMessage(m_environment.errorDescriptor, text);
 }
@@ -81,9 +87,6 @@ store::ModelContainer& Session::open(store::ModelConfiguration::Missing whenMiss
                                                   {.file = m_storeFile, .whenMissing = whenMissing},
                                                   m_environment.log);
         m_saves = m_container->didSave().connect([this](const auto&) { m_hasSaved = true; });
-        for (const auto& notice : m_container->notices()) {
-            remark(notice);
-        }
     }
     return *m_container;
 }
@@ -91,6 +94,9 @@ store::ModelContainer& Session::open(store::ModelConfiguration::Missing whenMiss
 Session::Services& Session::services() {
     if (!m_services) {
         auto& container = open(store::ModelConfiguration::Missing::create);
+        for (const auto& notice : container.notices()) {
+            remark(notice);
+        }
         m_services = std::make_unique<Services>(container, m_environment.log);
         if (container.allowsSave()) {
             m_services->boards.initializeDefaultBoards(m_now);

@@ -63,11 +63,14 @@ public:
         return richtext::RichTextSerializer(m_environment.log);
     }
 
-    /// Opens the store as it is: creates nothing, repairs nothing.
+    /// Opens the store as it is: creates nothing, repairs nothing, and leaves what was noticed to
+    /// the command.
     store::ModelContainer& openExisting();
 
     /// Tells the other programs, once, when something was saved.
     void announceChanges() const;
+    /// The last thing: leaves the store as a program that ends should.
+    void leaveStore() noexcept;
 
     /// A remark to the person, on standard error.
     void remark(std::string_view text) const;

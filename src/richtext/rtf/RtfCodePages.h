@@ -16,10 +16,13 @@ namespace korvex::richtext::rtf {
 /// document's own.
 std::int32_t codePageOf(std::int32_t charset, std::int32_t fallback);
 
+/// What is known of a code page.
+struct CodePageEntry;
+
 /// Turns bytes of a code page into UTF-16. For one thread.
 class CodePage {
 public:
-    explicit CodePage(std::int32_t number);
+    explicit CodePage(const CodePageEntry& entry);
     ~CodePage();
     CodePage(CodePage&&) = delete;
 
@@ -33,9 +36,10 @@ private:
         void operator()(UConverter* converter) const;
     };
 
+    char16_t upper(std::uint8_t byte);
     std::u16string_view converted(std::string_view bytes);
 
-    std::int32_t m_number;
+    const CodePageEntry* m_entry;
     std::unique_ptr<UConverter, Close> m_converter;
     /// What single bytes from 0x80 on mean, filled when the first of them comes.
     std::array<char16_t, 128> m_upper{};

@@ -1,6 +1,6 @@
 #include "richtext/rtf/RtfKeywords.h"
 
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <array>
 
@@ -46,10 +46,19 @@ constexpr auto kKeywords = std::to_array<Keyword>({
     group("nesttableprops", Destination::body),
     group("stylesheet", Destination::skipped),
     group("info", Destination::skipped),
+    group("footnote", Destination::note),
+    group("shp", Destination::shape),
+    group("shpinst", Destination::shape),
+    group("shpgrp", Destination::shape),
+    group("do", Destination::shape),
+    group("shptxt", Destination::textBox),
+    group("dptxbxtext", Destination::textBox),
+    group("shprslt", Destination::shapeResult),
+    group("object", Destination::object),
+    group("result", Destination::objectResult),
+    group("sp", Destination::skipped),
     group("pict", Destination::skipped),
     group("nonshppict", Destination::skipped),
-    group("object", Destination::skipped),
-    group("shprslt", Destination::skipped),
     group("header", Destination::skipped),
     group("headerl", Destination::skipped),
     group("headerr", Destination::skipped),
@@ -58,7 +67,6 @@ constexpr auto kKeywords = std::to_array<Keyword>({
     group("footerl", Destination::skipped),
     group("footerr", Destination::skipped),
     group("footerf", Destination::skipped),
-    group("footnote", Destination::skipped),
     group("annotation", Destination::skipped),
     group("atnid", Destination::skipped),
     group("atnauthor", Destination::skipped),
@@ -119,6 +127,9 @@ constexpr auto kKeywords = std::to_array<Keyword>({
     character("rtlmark", u'\u200F'),
     {"par", Action::paragraphEnd},
     {"sect", Action::section},
+    {"page", Action::lineBreak},
+    {"column", Action::lineBreak},
+    {"chftn", Action::noteMark},
     {"korvexnofeed", Action::withoutFeed},
     {"outlinelevel", Action::outlineLevel},
 

@@ -79,11 +79,35 @@ void DocumentReader::byte(char value) {
         break;
     default:
         if (m_decoder.isIdle()) {
+            if (m_group.destination == Destination::body && control(value)) {
+                break;
+            }
             selectCodePage();
         }
         m_decoder.add(static_cast<std::uint8_t>(value),
                       [this](std::u16string_view text) { units(text); });
         break;
+    }
+}
+
+/// Controls are kept where a document says them as characters; as bytes they come from elsewhere.
+bool DocumentReader::control(char value) {
+    constexpr char kLineTab = '\x0B';
+    constexpr char kFormFeed = '\x0C';
+    constexpr char kDelete = '\x7F';
+    switch (value) {
+    case '\t':
+        return false;
+    case '\n':
+    case '\r':
+        m_text.endParagraph();
+        return true;
+    case kLineTab:
+    case kFormFeed:
+        m_text.breakLine();
+        return true;
+    default:
+        return (value >= 0 && value < ' ') || value == kDelete;
     }
 }
 

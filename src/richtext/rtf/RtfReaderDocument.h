@@ -2,6 +2,7 @@
 
 #include "richtext/rtf/RtfBudget.h"
 #include "richtext/rtf/RtfCodePages.h"
+#include "richtext/rtf/RtfInsets.h"
 #include "richtext/rtf/RtfKeywords.h"
 #include "richtext/rtf/RtfReaderHeader.h"
 #include "richtext/rtf/RtfReaderLists.h"
@@ -32,6 +33,10 @@ private:
         Destination destination = Destination::body;
         std::int32_t fallbackUnits = 1;
         bool isField = false;
+        /// Where the text stood when the drawing began that this is a part of.
+        std::size_t shapeStart = 0;
+        /// Whether an inset ends with the group.
+        bool isInset = false;
         /// Whether the paragraph's state from before the group waits to be restored.
         bool hasChangedParagraph = false;
     };
@@ -50,7 +55,11 @@ private:
     void open();
     void close();
     void word(const Word& word);
+    /// Takes a byte of the body that is no character; false for all others.
+    bool control(char value);
+    void noteMark();
     void enter(Destination destination);
+    void enterInset(Inset inset);
     /// Whether such a group can stand here.
     bool isExpected(Destination destination) const;
     /// Comes after the end of a group that held `destination`.
@@ -83,6 +92,8 @@ private:
     /// How much of what follows stands for a character that was read already.
     std::int32_t m_unitsToSkip = 0;
     std::u16string m_instruction;
+    /// How many notes have a number for their mark.
+    std::int32_t m_noteMarks = 0;
     /// The depth of the cell that ended last, while nothing but the end of its row can follow.
     std::size_t m_endedCellDepth = 0;
 };

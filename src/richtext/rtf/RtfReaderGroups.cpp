@@ -15,6 +15,7 @@ void DocumentReader::open() {
     }
     m_groups.push_back({m_group, m_text.characters()});
     m_group.isField = false;
+    m_group.isInset = false;
     m_group.hasChangedParagraph = false;
 }
 
@@ -30,6 +31,9 @@ void DocumentReader::close() {
         // The last paragraph still has the styles of this group.
         m_isOver = true;
         return;
+    }
+    if (m_group.isInset) {
+        m_text.endInset();
     }
     const auto destination = m_group.destination;
     const auto& outer = m_groups.back();
@@ -53,7 +57,7 @@ bool DocumentReader::isExpected(Destination destination) const {
     case Destination::list:
         return outer == Destination::listTable;
     case Destination::listLevel:
-        return outer == Destination::list;
+        return outer == Destination::list || outer == Destination::overrideLevel;
     case Destination::levelText:
     case Destination::levelNumbers:
     case Destination::levelMarker:
@@ -67,6 +71,16 @@ bool DocumentReader::isExpected(Destination destination) const {
         return outer == Destination::numbering;
     case Destination::unicodeAlternative:
         return outer == Destination::alternatives;
+    case Destination::note:
+        return m_group.destination == Destination::body && !m_text.characters().isHidden;
+    case Destination::shape:
+    case Destination::textBox:
+        return m_group.destination == Destination::body ||
+               m_group.destination == Destination::shape;
+    case Destination::shapeResult:
+        return m_group.destination == Destination::shape && m_text.length() == m_group.shapeStart;
+    case Destination::objectResult:
+        return m_group.destination == Destination::object;
     default:
         return m_group.destination == Destination::body;
     }
@@ -104,6 +118,21 @@ void DocumentReader::enter(Destination destination) {
     case Destination::skipped:
         m_tokens.skipGroup();
         break;
+    case Destination::note:
+        enterInset(Inset::note);
+        break;
+    case Destination::textBox:
+    case Destination::shapeResult:
+        enterInset(Inset::box);
+        break;
+    case Destination::objectResult:
+        m_group.destination = Destination::body;
+        break;
+    case Destination::shape:
+        if (outerDestination() == Destination::body) {
+            m_group.shapeStart = m_text.length();
+        }
+        break;
     case Destination::fieldInstruction:
         m_instruction.clear();
         break;
@@ -111,6 +140,16 @@ void DocumentReader::enter(Destination destination) {
         m_lists.begin(m_group.destination);
         break;
     }
+}
+
+/// What stands beside the text is no part of a link or a heading in it.
+void DocumentReader::enterInset(Inset inset) {
+    m_group.destination = Destination::body;
+    m_group.isInset = true;
+    m_text.beginInset(inset);
+    auto& characters = m_text.editCharacters();
+    characters.link = 0;
+    characters.heading = 0;
 }
 
 void DocumentReader::leave(Destination destination) {
@@ -133,7 +172,10 @@ void DocumentReader::leave(Destination destination) {
         m_text.forgetAttributes();
         break;
     case Destination::fieldInstruction:
-        m_text.editCharacters().link = m_text.link(linkOf(m_instruction));
+        // A field of another kind within a link is a part of it.
+        if (auto target = linkOf(m_instruction); !target.empty()) {
+            m_text.editCharacters().link = m_text.link(std::move(target));
+        }
         m_instruction.clear();
         break;
     case Destination::numbering:

@@ -12,14 +12,42 @@ namespace korvex::richtext::rtf {
 
 namespace {
 
+/// Whether "Mono" stands in the name as a word, as it does not in "Monotype".
+bool hasMonoInName(std::string_view name) {
+    constexpr std::string_view kWord = "Mono";
+    for (auto place = name.find(kWord); place != name.npos; place = name.find(kWord, place + 1)) {
+        const auto rest = name.substr(place + kWord.size());
+        if (rest.empty() || rest.front() < 'a' || rest.front() > 'z' || rest.starts_with("space")) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether the name is that of a monospaced font, written as people read it or, without blanks, as
+/// PostScript has it.
 bool isMonospaced(std::string_view name) {
-    constexpr std::array<std::string_view, 8> kMonospaced{
-        ".SFNSMono", "SFMono",         ".AppleSystemUIFontMonospaced", "Menlo", "Courier", "Monaco",
-        "Consolas",  "Lucida Console",
-    };
-    return std::any_of(kMonospaced.begin(), kMonospaced.end(),
-                       [&](std::string_view start) { return name.starts_with(start); }) ||
-           name.find(" Mono") != name.npos;
+    constexpr auto kMonospaced = std::to_array<std::string_view>({
+        "CascadiaCode",
+        "Consolas",
+        "Courier",
+        "FiraCode",
+        "Fixedsys",
+        "Hack-",
+        "Inconsolata",
+        "LetterGothic",
+        "LucidaConsole",
+        "LucidaSansTypewriter",
+        "Menlo",
+        "Monaco",
+        "OCRA",
+        "SourceCodePro",
+    });
+    std::string squeezed(name);
+    std::erase(squeezed, ' ');
+    return squeezed == "Hack" || squeezed == "Terminal" || hasMonoInName(squeezed) ||
+           std::any_of(kMonospaced.begin(), kMonospaced.end(),
+                       [&](std::string_view start) { return squeezed.starts_with(start); });
 }
 
 /// What follows the family: "BoldItalic" of "Helvetica-BoldItalic".

@@ -86,6 +86,10 @@ void append(std::u16string& text, std::u16string_view more) {
 
 } // namespace
 
+TextList ListTable::LevelText::list() const {
+    return {marker ? marker->substr(0, kMaximumMarker) : markerOf(text, kind), start.value_or(1)};
+}
+
 void ListTable::begin(Destination destination) {
     switch (destination) {
     case Destination::list:
@@ -102,7 +106,9 @@ void ListTable::begin(Destination destination) {
         m_override = {};
         break;
     case Destination::overrideLevel:
+        m_isInOverride = true;
         m_overridesStart = false;
+        m_overrideLevel = {};
         m_level = {};
         break;
     case Destination::numbering:
@@ -130,12 +136,16 @@ void ListTable::word(const Keyword& keyword, std::int32_t parameter) {
     case Action::levelStart:
     case Action::numberStart:
         m_level.start = parameter;
+        if (m_overridesStart) {
+            m_overrideLevel.start = parameter;
+        }
         break;
     case Action::levelTemplate:
         m_level.templateNumber = parameter;
         break;
     case Action::overridesStart:
         m_overridesStart = true;
+        m_overrideLevel.start = m_level.start;
         break;
     case Action::numberKind:
         m_level.kind = keyword.value;
@@ -169,19 +179,19 @@ void ListTable::text(Destination destination, std::u16string_view text) {
 void ListTable::end(Destination destination) {
     switch (destination) {
     case Destination::listLevel:
-        if (m_levels.size() < kMaximumListDepth) {
-            auto text = m_level.marker ? m_level.marker->substr(0, kMaximumMarker)
-                                       : markerOf(m_level.text, m_level.kind);
-            m_levels.push_back({{std::move(text), m_level.start}, m_level.templateNumber, nullptr});
+        if (m_isInOverride) {
+            m_overrideLevel.list = m_level.list();
+        } else if (m_levels.size() < kMaximumListDepth) {
+            m_levels.push_back({m_level.list(), m_level.templateNumber, nullptr});
         }
         break;
     case Destination::list:
         endList();
         break;
     case Destination::overrideLevel:
-        if (m_override.levels < m_override.starts.size()) {
-            auto& start = m_override.starts[m_override.levels++];
-            start = m_overridesStart ? std::optional(m_level.start) : std::nullopt;
+        m_isInOverride = false;
+        if (m_override.levels.size() < kMaximumListDepth) {
+            m_override.levels.push_back(std::move(m_overrideLevel));
         }
         break;
     case Destination::listOverride:
@@ -209,13 +219,12 @@ void ListTable::endOverride() {
     if (m_budget.isExhausted() || m_override.number <= 0 || list == m_listsById.end()) {
         return;
     }
-    Numbered numbered{.list = list->second};
-    if (std::any_of(m_override.starts.begin(), m_override.starts.end(),
-                    [](const auto& start) { return start.has_value(); })) {
-        numbered.starts.assign(m_override.starts.begin(), m_override.starts.end());
-    }
-    m_budget.spend(kCost + sizeof(m_override.starts) * (numbered.starts.empty() ? 0 : 1));
-    m_numbered.insert_or_assign(m_override.number, std::move(numbered));
+    // A marker can be as long as this again.
+    constexpr std::size_t kLevelCost = 2 * sizeof(OverrideLevel) + 2 * kMaximumMarker;
+    m_budget.spend(kCost + kLevelCost * m_override.levels.size());
+    m_numbered.insert_or_assign(
+        m_override.number,
+        Numbered{.list = list->second, .overrides = std::move(m_override.levels)});
 }
 
 TextListRef ListTable::identity(Level& level) {
@@ -245,13 +254,15 @@ std::span<const TextListRef> ListTable::chain(std::int32_t number, std::int32_t 
     const auto depth = std::min(static_cast<std::size_t>(level) + 1, levels.size());
     while (numbered.chain.size() < depth) {
         const auto next = numbered.chain.size();
-        if (next < numbered.starts.size() && numbered.starts[next]) {
-            auto list = levels[next].list;
-            list.start = *numbered.starts[next];
-            numbered.chain.push_back(std::make_shared<TextList>(std::move(list)));
-        } else {
+        const auto* const changed =
+            next < numbered.overrides.size() ? &numbered.overrides[next] : nullptr;
+        if (!changed || (!changed->list && !changed->start)) {
             numbered.chain.push_back(identity(levels[next]));
+            continue;
         }
+        auto list = changed->list.value_or(levels[next].list);
+        list.start = changed->start.value_or(list.start);
+        numbered.chain.push_back(std::make_shared<TextList>(std::move(list)));
     }
     return std::span(numbered.chain).first(depth);
 }
@@ -260,7 +271,8 @@ TextList ListTable::numbering() const {
     if (m_level.kind == kBullet) {
         return {std::u16string(bracedName(bulletFormat(m_textBefore))), 1};
     }
-    return {marker(m_textBefore, numberFormat(m_level.kind), m_textAfter), m_level.start};
+    return {marker(m_textBefore, numberFormat(m_level.kind), m_textAfter),
+            m_level.start.value_or(1)};
 }
 
 } // namespace korvex::richtext::rtf

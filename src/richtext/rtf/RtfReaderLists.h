@@ -3,11 +3,10 @@
 #include "richtext/rtf/RtfBudget.h"
 #include "richtext/rtf/RtfDialect.h"
 #include "richtext/rtf/RtfKeywords.h"
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <tsl/robin_map.h>
 
-#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -51,19 +50,26 @@ private:
         std::optional<std::u16string> marker;
         std::u16string text;
         std::int32_t kind = 0;
-        std::int32_t start = 1;
+        std::optional<std::int32_t> start;
         std::int32_t templateNumber = 0;
+
+        TextList list() const;
+    };
+    /// What is said of one level of a list for some of its paragraphs.
+    struct OverrideLevel {
+        /// A format of its own, with its start.
+        std::optional<TextList> list;
+        std::optional<std::int32_t> start;
     };
     struct Override {
         std::int32_t listId = 0;
         std::int32_t number = 0;
-        std::array<std::optional<std::int32_t>, kMaximumListDepth> starts;
-        std::size_t levels = 0;
+        std::vector<OverrideLevel> levels;
     };
     /// What a paragraph's number leads to.
     struct Numbered {
         std::size_t list = 0;
-        std::vector<std::optional<std::int32_t>> starts;
+        std::vector<OverrideLevel> overrides;
         std::vector<TextListRef> chain;
     };
 
@@ -83,6 +89,8 @@ private:
     LevelText m_level;
     std::int32_t m_listId = 0;
     Override m_override;
+    OverrideLevel m_overrideLevel;
+    bool m_isInOverride = false;
     bool m_overridesStart = false;
     std::u16string m_textBefore;
     std::u16string m_textAfter;

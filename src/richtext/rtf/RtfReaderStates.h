@@ -1,7 +1,7 @@
 #pragma once
 
 #include "richtext/rtf/RtfKeywords.h"
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -8,111 +8,10 @@ namespace korvex::richtext::rtf {
 
 namespace {
 
-Twips limited(std::int32_t length) {
-    return std::clamp(length, -kMaximumLength, kMaximumLength);
-}
-
-/// The side whose padding a word means: office suites write the top one's word for the left side,
-/// and the left one's for the top.
-std::size_t paddedSide(Side named, RtfDialect dialect) {
-    if (dialect == RtfDialect::office && named == Side::top) {
-        return static_cast<std::size_t>(Side::left);
-    }
-    if (dialect == RtfDialect::office && named == Side::left) {
-        return static_cast<std::size_t>(Side::top);
-    }
-    return static_cast<std::size_t>(named);
-}
-
 /// A line that says no width is drawn this wide.
 constexpr Twips kThinLine = 10;
 
 } // namespace
-
-void RowDefinition::word(const Keyword& keyword, std::int32_t parameter, RtfDialect dialect) {
-    const auto length = limited(parameter);
-    switch (keyword.action) {
-    case Action::rowDefault:
-        *this = {};
-        break;
-    case Action::rowLeft:
-        m_left = length;
-        break;
-    case Action::rowGap:
-        // The native dialect writes a gap that means nothing.
-        if (dialect != RtfDialect::native) {
-            m_padding[static_cast<std::size_t>(Side::left)] = length;
-            m_padding[static_cast<std::size_t>(Side::right)] = length;
-        }
-        break;
-    case Action::rowPadding:
-        m_padding[static_cast<std::size_t>(keyword.value)] = length;
-        break;
-    case Action::cellEdge:
-        m_next.edge = length;
-        if (m_cells.size() < static_cast<std::size_t>(kMaximumColumns)) {
-            m_cells.push_back(m_next);
-        }
-        m_next = {};
-        m_border.reset();
-        break;
-    case Action::cellWidth:
-        m_next.width = length;
-        break;
-    case Action::cellWidthUnit: {
-        constexpr std::int32_t kTwips = 3;
-        m_next.isWidthInTwips = parameter == kTwips;
-        break;
-    }
-    case Action::cellPadding:
-        m_next.padding[paddedSide(static_cast<Side>(keyword.value), dialect)] = length;
-        break;
-    case Action::cellBorder:
-        m_border = static_cast<std::size_t>(keyword.value);
-        break;
-    case Action::otherBorder:
-        m_border.reset();
-        break;
-    case Action::borderLine:
-        if (m_border) {
-            m_next.borders[*m_border].hasLine = keyword.value != 0;
-        }
-        break;
-    case Action::borderWidth:
-        if (m_border) {
-            m_next.borders[*m_border].width = length;
-        }
-        break;
-    case Action::borderColor:
-        if (m_border) {
-            m_next.borders[*m_border].color = static_cast<std::uint32_t>(parameter);
-        }
-        break;
-    case Action::cellFill:
-        m_next.fill = static_cast<std::uint32_t>(parameter);
-        break;
-    case Action::cellAlignment:
-        m_next.alignment = static_cast<VerticalAlignment>(keyword.value);
-        break;
-    case Action::mergeStart:
-        m_next.startsColumns = true;
-        break;
-    case Action::merged:
-        m_next.isMerged = true;
-        break;
-    case Action::verticalMergeStart:
-        m_next.startsRows = true;
-        break;
-    case Action::verticallyMerged:
-        m_next.isVerticallyMerged = true;
-        break;
-    case Action::absentCell:
-        m_next.isAbsent = true;
-        break;
-    default:
-        break;
-    }
-}
 
 TableBuilder::TableBuilder(Budget& budget, const ColorTable& colors)
     : m_budget(budget), m_colors(colors) {
@@ -227,10 +126,8 @@ void TableBuilder::endTable(Level& level) {
     if (!level.haveRowsEqualSlots && level.hasAllEdges) {
         placeByEdges(level);
     }
-    if (level.hasRowSpans && !isConsistent(level)) {
-        for (const auto& placed : level.cells) {
-            placed.cell->rowSpan = 1;
-        }
+    if (level.hasRowSpans) {
+        separateRows(level);
     }
     // What the row definition says holds on.
     level = {.definition = std::move(level.definition)};
@@ -366,7 +263,7 @@ void TableBuilder::placeByEdges(Level& level) {
         cell->column = indexOf(left);
         cell->columnSpan = indexOf(right) - cell->column;
     }
-    if (isConsistent(level)) {
+    if (areRowsInOrder(level)) {
         level.table->columns = static_cast<std::int32_t>(columns.size()) - 1;
         return;
     }
@@ -376,30 +273,35 @@ void TableBuilder::placeByEdges(Level& level) {
     }
 }
 
-/// Whether no cell covers another's place. Cells come row by row.
-bool TableBuilder::isConsistent(const Level& level) {
-    std::array<std::int32_t, kMaximumColumns> freeFrom{};
+/// Whether no cell covers the place of another one in its row.
+bool TableBuilder::areRowsInOrder(const Level& level) {
     std::int32_t row = -1;
     std::int32_t column = 0;
     for (const auto& placed : level.cells) {
         const auto& cell = *placed.cell;
-        if (cell.row != row) {
-            row = cell.row;
-            column = 0;
-        }
+        column = cell.row == row ? column : 0;
+        row = cell.row;
         if (cell.column < column || cell.columnSpan < 1) {
             return false;
         }
         column = cell.column + cell.columnSpan;
-        for (auto covered = cell.column; covered < column; ++covered) {
-            auto& free = freeFrom[static_cast<std::size_t>(covered)];
-            if (free > row) {
-                return false;
-            }
-            free = row + cell.rowSpan;
-        }
     }
     return true;
+}
+
+/// A cell that reaches down ends where another one stands. Cells come row by row.
+void TableBuilder::separateRows(Level& level) {
+    std::array<TextTableCell*, kMaximumColumns> above{};
+    for (const auto& placed : level.cells) {
+        auto& cell = *placed.cell;
+        for (auto column = cell.column; column < cell.column + cell.columnSpan; ++column) {
+            auto*& reaching = above[static_cast<std::size_t>(column)];
+            if (reaching && reaching->row + reaching->rowSpan > cell.row) {
+                reaching->rowSpan = std::max(cell.row - reaching->row, 1);
+            }
+            reaching = &cell;
+        }
+    }
 }
 
 } // namespace korvex::richtext::rtf

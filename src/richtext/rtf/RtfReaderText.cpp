@@ -61,8 +61,10 @@ std::size_t TextBuilder::numbering(TextList list) {
 void TextBuilder::append(std::u16string_view text) {
     while (!text.empty()) {
         const auto length = std::min(text.find(u'\n'), text.size());
-        if (!m_characters.isHidden && length > 0) {
-            m_builder.append(text.substr(0, length), attributes());
+        const auto words = afterBlanks(text.substr(0, length));
+        if (!m_characters.isHidden && !words.empty()) {
+            openInsets();
+            m_builder.append(words, attributes());
         }
         if (length < text.size()) {
             endParagraph();
@@ -72,9 +74,11 @@ void TextBuilder::append(std::u16string_view text) {
 }
 
 void TextBuilder::appendPlain(std::string_view text) {
-    if (m_characters.isHidden) {
+    text = afterBlanks(text);
+    if (m_characters.isHidden || text.empty()) {
         return;
     }
+    openInsets();
     const auto id = attributes();
     std::array<char16_t, 256> wide;
     while (!text.empty()) {
@@ -86,7 +90,24 @@ void TextBuilder::appendPlain(std::string_view text) {
 }
 
 void TextBuilder::endParagraph() {
-    endParagraph(m_paragraph.depth());
+    if (isInInset()) {
+        breakLine();
+    } else {
+        endParagraph(m_paragraph.depth());
+    }
+}
+
+void TextBuilder::openInsets() {
+    if (m_insets.isPending()) {
+        m_insets.open(isParagraphEmpty(),
+                      [this](std::u16string_view text) { m_builder.append(text, attributes()); });
+    }
+}
+
+void TextBuilder::endInset() {
+    if (const auto text = m_insets.end(); !text.empty()) {
+        m_builder.append(text, attributes());
+    }
 }
 
 void TextBuilder::endParagraph(std::size_t depth) {
@@ -102,6 +123,7 @@ void TextBuilder::closeParagraph(std::size_t depth) {
     m_builder.endParagraph(style(m_tables.cells(depth)));
     m_lastNumbering = m_paragraph.numbering;
     m_isAfterNestedRow = false;
+    m_insets.forgetBreak();
 }
 
 void TextBuilder::endCell(std::size_t depth) {
@@ -126,6 +148,9 @@ void TextBuilder::endRow(std::size_t depth) {
 }
 
 AttributedString TextBuilder::finish() {
+    while (isInInset()) {
+        endInset();
+    }
     if (!isParagraphEmpty()) {
         closeParagraph(m_paragraph.depth());
     }

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "richtext/rtf/RtfBudget.h"
+#include "richtext/rtf/RtfInsets.h"
 #include "richtext/rtf/RtfReaderHeader.h"
 #include "richtext/rtf/RtfReaderLists.h"
 #include "richtext/rtf/RtfReaderStates.h"
 #include "richtext/rtf/RtfReaderTables.h"
-#include "richtext/text/AttributedString.h"
+#include "richtext/text/AttributedStringBuilder.h"
 
 #include <array>
 #include <cstdint>
@@ -47,6 +48,14 @@ public:
     /// The same for text that is only printable ASCII and tabs.
     void appendPlain(std::string_view text);
     void endParagraph();
+    /// The line ends, but not its paragraph.
+    void breakLine() { m_insets.breakLine(); }
+    /// Between these two everything stands within the paragraph that is being read: ends of
+    /// paragraphs and cells break its lines.
+    void beginInset(Inset inset) { m_insets.begin(inset); }
+    void endInset();
+    bool isInInset() const { return !m_insets.isEmpty(); }
+    std::size_t length() const { return m_builder.length(); }
     bool isParagraphEmpty() const { return m_builder.length() == m_builder.paragraphStart(); }
     /// The paragraph that ends next has no line feed, if it is the last.
     void setWithoutFeed() { m_isWithoutFeed = true; }
@@ -64,6 +73,20 @@ private:
         std::uint32_t generation = 0;
     };
 
+    /// Without the blanks with which an inset begins.
+    template <typename Text>
+    Text afterBlanks(Text text) const {
+        const auto isBlank = [](char16_t unit) {
+            return unit == u' ' || unit == u'\t' || unit == u'\u00A0';
+        };
+        while (m_insets.isAtStart() && !text.empty() &&
+               isBlank(static_cast<char16_t>(text.front()))) {
+            text.remove_prefix(1);
+        }
+        return text;
+    }
+    /// Writes what stands before the next unit.
+    void openInsets();
     AttributedString::AttributesId attributes();
     AttributedString::AttributesId resolved(const CharacterState& state);
     AttributedString::StyleId style(const std::vector<TextTableCellRef>& cells);
@@ -96,6 +119,7 @@ private:
     std::vector<TextListRef> m_numberings;
     std::size_t m_lastNumbering = 0;
 
+    Insets m_insets;
     bool m_isAfterNestedRow = false;
     bool m_isWithoutFeed = false;
     /// Where the text ends when its last line feed is one that does not count.

@@ -3,6 +3,7 @@
 #include "richtext/text/HeadingLevel.h"
 
 #include <algorithm>
+#include <string>
 #include <utility>
 
 namespace korvex::richtext::rtf {
@@ -41,7 +42,9 @@ void DocumentReader::word(const Word& word) {
         return;
     }
     case Action::unicode:
-        unicode(word.parameter.value);
+        if (word.parameter.isPresent) {
+            unicode(word.parameter.value);
+        }
         return;
     case Action::character: {
         finishBytes();
@@ -83,7 +86,10 @@ void DocumentReader::bodyWord(const Keyword& keyword, Parameter parameter) {
         if (keyword.action == Action::font) {
             finishBytes();
         }
-        m_text.editCharacters().word(keyword, parameter);
+        // The end of such a group would not be noticed.
+        if (keyword.action != Action::hidden || m_uncountedGroups == 0 || !parameter.isOn()) {
+            m_text.editCharacters().word(keyword, parameter);
+        }
     } else if (isBetween(keyword.action, Action::alignment, Action::tableDepth)) {
         editParagraph().word(keyword, parameter);
     } else if (isBetween(keyword.action, Action::rowDefault, Action::absentCell)) {
@@ -133,6 +139,13 @@ void DocumentReader::documentWord(const Keyword& keyword, Parameter parameter) {
             m_text.endParagraph();
         }
         break;
+    case Action::lineBreak:
+        finishBytes();
+        m_text.breakLine();
+        break;
+    case Action::noteMark:
+        noteMark();
+        break;
     case Action::outlineLevel:
         // In a native document, as in a text here, a heading is known by its font alone.
         if (m_dialect != RtfDialect::native) {
@@ -151,7 +164,27 @@ void DocumentReader::documentWord(const Keyword& keyword, Parameter parameter) {
     }
 }
 
+/// The number of the note that follows. Within a note, where it is repeated, it stands before it.
+void DocumentReader::noteMark() {
+    if (m_text.isInInset()) {
+        return;
+    }
+    finishBytes();
+    m_text.appendPlain(std::to_string(++m_noteMarks));
+}
+
 void DocumentReader::tableWord(const Keyword& keyword, Parameter parameter) {
+    if (m_text.isInInset()) {
+        // Tables beside the text are the lines of it.
+        finishBytes();
+        const auto isEnd = keyword.action == Action::cellEnd || keyword.action == Action::rowEnd ||
+                           keyword.action == Action::nestedCellEnd ||
+                           keyword.action == Action::nestedRowEnd;
+        if (isEnd) {
+            m_text.breakLine();
+        }
+        return;
+    }
     const auto depth = std::max<std::size_t>(m_text.paragraph().tableDepth, 1);
     const auto nestedDepth = std::max<std::size_t>(depth, 2);
     finishBytes();

@@ -1,18 +1,17 @@
 #include "richtext/rtf/RtfWriter.h"
 
-#include "base/Utf16.h"
 #include "richtext/rtf/RtfDialect.h"
 #include "richtext/rtf/RtfWriterHeader.h"
 #include "richtext/rtf/RtfWriterOutput.h"
 #include "richtext/rtf/RtfWriterStyles.h"
 #include "richtext/rtf/RtfWriterTables.h"
+#include "richtext/rtf/RtfWriterText.h"
 #include "richtext/text/HeadingLevel.h"
 
 #include <algorithm>
 #include <optional>
 #include <span>
-#include <string_view>
-#include <utility>
+#include <string>
 #include <vector>
 
 namespace korvex::richtext {
@@ -49,10 +48,6 @@ private:
         TextRange range;
         const ParagraphStyle* style;
     };
-    struct Run {
-        std::size_t end;
-        const CharacterAttributes* attributes;
-    };
     /// What ends a paragraph: a line feed, or the cell at this depth of nesting.
     using Ending = std::size_t;
     static constexpr Ending kLineFeed = 0;
@@ -65,42 +60,31 @@ private:
     std::size_t writeTable(std::size_t first, std::size_t end, std::size_t depth);
     void writeRow(const TablePlan& plan, const TablePlan::Row& row, std::size_t depth,
                   std::span<const CellStretch> stretches);
-    void writeCellEnd(std::size_t depth);
+    void writeCellEnd(std::size_t depth) { m_output.raw(endingWords(depth)); }
+    /// What stands for the end of a paragraph.
+    static std::string endingWords(Ending ending);
     void writeParagraph(const Paragraph& paragraph, std::size_t depth, Ending ending);
     std::size_t estimatedSize() const;
-    std::optional<HeadingLevel> headingLevelOf(TextRange paragraph);
     void writeStyle(const ParagraphStyle& style, std::size_t depth,
                     std::optional<HeadingLevel> heading = std::nullopt);
     void writeListText(const ParagraphStyle& style);
-    /// Whether a paragraph ends with a line feed, as all but the last one do.
-    bool isEnded(TextRange paragraph) const { return m_text[paragraph.end() - 1] == u'\n'; }
-    void writeText(TextRange paragraph, Ending ending);
-    void writeFormat(const CharacterAttributes& attributes);
-    void openLink(std::u16string_view link);
 
-    const std::u16string& m_text;
+    const std::u16string& m_units;
     std::vector<Paragraph> m_paragraphs;
-    std::vector<Run> m_runs;
-    std::size_t m_run = 0;
 
     Output m_output;
-    FontNumbers m_fonts;
     ColorNumbers m_colors;
     ListNumbers m_lists;
-    /// What holds at this point of the output; nothing before the first words.
-    std::optional<CharacterFormat> m_format;
+    TextWriter m_text;
     const ParagraphStyle* m_style = nullptr;
     std::size_t m_depth = 0;
     std::optional<HeadingLevel> m_heading;
     std::string m_styleWords;
 };
 
-Body::Body(const AttributedString& text) : m_text(text.text()) {
+Body::Body(const AttributedString& text) : m_units(text.text()), m_text(text, m_output, m_colors) {
     text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
         m_paragraphs.push_back({paragraph.range, &paragraph.style});
-    });
-    text.forEachRun([&](const AttributedString::CharacterRun& run) {
-        m_runs.push_back({run.range.end(), &run.attributes});
     });
 }
 
@@ -109,7 +93,8 @@ std::size_t Body::estimatedSize() const {
     constexpr std::size_t kPerRun = 64;
     constexpr std::size_t kPerParagraph = 128;
     constexpr std::size_t kPerCell = 384;
-    auto size = 2 * m_text.size() + kPerRun * m_runs.size() + kPerParagraph * m_paragraphs.size();
+    auto size =
+        2 * m_units.size() + kPerRun * m_text.runCount() + kPerParagraph * m_paragraphs.size();
     for (const auto& paragraph : m_paragraphs) {
         size += paragraph.style->cells.empty() ? 0 : kPerCell;
     }
@@ -190,37 +175,26 @@ void Body::writeRow(const TablePlan& plan, const TablePlan::Row& row, std::size_
     m_styleWords.clear();
 }
 
-void Body::writeCellEnd(std::size_t depth) {
-    if (depth == 1) {
-        m_output.raw("\\cell ");
-    } else {
-        m_output.word("\\itap", static_cast<std::int64_t>(depth));
-        m_output.raw("\\nestcell ");
+std::string Body::endingWords(Ending ending) {
+    switch (ending) {
+    case kLineFeed:
+        return "\\\n";
+    case 1:
+        return "\\cell ";
+    default:
+        return "\\itap" + std::to_string(ending) + "\\nestcell ";
     }
 }
 
 void Body::writeParagraph(const Paragraph& paragraph, std::size_t depth, Ending ending) {
-    writeStyle(*paragraph.style, depth, headingLevelOf(paragraph.range));
+    writeStyle(*paragraph.style, depth, m_text.headingLevelOf(paragraph.range));
     writeListText(*paragraph.style);
-    writeText(paragraph.range, ending);
-    if (!isEnded(paragraph.range) && ending != kLineFeed) {
+    m_text.write(paragraph.range, endingWords(ending));
+    const auto isEnded = m_units[paragraph.range.end() - 1] == u'\n';
+    if (!isEnded && ending != kLineFeed) {
         m_output.raw("\\korvexnofeed");
         writeCellEnd(ending);
     }
-}
-
-/// The level that all characters of a paragraph share.
-std::optional<HeadingLevel> Body::headingLevelOf(TextRange paragraph) {
-    while (m_runs[m_run].end <= paragraph.location) {
-        ++m_run;
-    }
-    const auto level = headingLevel(m_runs[m_run].attributes->font);
-    for (auto run = m_run; level && m_runs[run].end < paragraph.end(); ++run) {
-        if (headingLevel(m_runs[run + 1].attributes->font) != level) {
-            return std::nullopt;
-        }
-    }
-    return level;
 }
 
 /// Styles are compared as they are written, since two may differ in what cannot be.
@@ -257,93 +231,10 @@ void Body::writeListText(const ParagraphStyle& style) {
     m_output.closeGroup();
 }
 
-/// A paragraph's text, and what ends it when it ends. A field, and with it a group, never reaches
-/// past a paragraph, since the next one's style must outlive it.
-void Body::writeText(TextRange paragraph, Ending ending) {
-    const auto hasEnd = isEnded(paragraph);
-    auto start = paragraph.location;
-    std::u16string link;
-    std::optional<CharacterFormat> outer;
-    const auto closeLink = [&] {
-        if (!link.empty()) {
-            m_output.raw('}');
-            m_output.closeGroup();
-            m_format = outer;
-            link.clear();
-        }
-    };
-    while (start < paragraph.end()) {
-        while (m_runs[m_run].end <= start) {
-            ++m_run;
-        }
-        const auto& run = m_runs[m_run];
-        const auto& attributes = *run.attributes;
-        const auto end = std::min(run.end, paragraph.end());
-        if (!link.empty() || !attributes.link.empty()) {
-            auto next = base::utf16(attributes.link);
-            if (next != link) {
-                closeLink();
-                outer = m_format;
-                link = std::move(next);
-                openLink(link);
-            }
-        }
-        writeFormat(attributes);
-        const auto isLast = end == paragraph.end();
-        const auto length = end - start - (isLast && hasEnd ? 1 : 0);
-        m_output.text(std::u16string_view(m_text).substr(start, length));
-        start = end;
-    }
-    if (hasEnd) {
-        if (ending == kLineFeed) {
-            m_output.raw("\\\n");
-        } else {
-            writeCellEnd(ending);
-        }
-    }
-    closeLink();
-}
-
-void Body::openLink(std::u16string_view link) {
-    if (link.empty()) {
-        return;
-    }
-    m_output.openGroup();
-    m_output.raw("\\field{\\*\\fldinst{HYPERLINK \"");
-    std::u16string quoted;
-    for (const auto unit : link) {
-        if (unit == u'"' || unit == u'\\') {
-            quoted.push_back(u'\\');
-        }
-        quoted.push_back(unit);
-    }
-    m_output.text(quoted);
-    m_output.raw("\"}");
-    m_output.closeGroup();
-    m_output.raw("{\\fldrslt ");
-}
-
-void Body::writeFormat(const CharacterAttributes& attributes) {
-    const CharacterFormat format{
-        .font = m_fonts.of(attributes.font),
-        .isBold = attributes.font.isBold,
-        .isItalic = attributes.font.isItalic,
-        .size = std::clamp(attributes.font.size, 1, kMaximumFontSize),
-        .foreground = m_colors.of(attributes.foreground),
-        .background = m_colors.of(attributes.background),
-        .underline = attributes.underline,
-        .strikethrough = attributes.strikethrough,
-    };
-    if (m_format != format) {
-        writeChange(m_output, m_format, format);
-        m_format = format;
-    }
-}
-
 base::Bytes Body::document() const {
     Output header;
     header.raw("{\\rtf1\\ansi\\ansicpg1252\\cocoartf2822\n\\cocoatextscaling0\\cocoaplatform0");
-    m_fonts.write(header);
+    m_text.fonts().write(header);
     header.raw('\n');
     m_colors.write(header);
     m_lists.write(header);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "richtext/rtf/RtfWriterOutput.h"
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <tsl/robin_map.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "richtext/rtf/RtfWriterOutput.h"
-#include "richtext/text/Attributes.h"
 #include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <cstddef>
 #include <cstdint>

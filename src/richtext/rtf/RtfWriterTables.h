@@ -2,7 +2,7 @@
 
 #include "richtext/rtf/RtfWriterHeader.h"
 #include "richtext/rtf/RtfWriterOutput.h"
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <cstddef>
 #include <cstdint>

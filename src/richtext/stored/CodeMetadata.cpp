@@ -4,6 +4,7 @@
 #include "base/Digest.h"
 #include "base/Utf16.h"
 #include "richtext/code/CodeSyntax.h"
+#include "richtext/text/AttributedStringBuilder.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/stringbuffer.h>

@@ -71,48 +71,20 @@ void normalize(CharacterAttributes& attributes) {
               attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
 }
 
-/// Where the paragraphs begin that have characters of code blocks but not a block's line spacing.
-std::vector<std::size_t> unspacedCodeBlocks(const AttributedString& text) {
-    std::vector<std::size_t> starts;
-    // The end of the last paragraph looked at: long ones may have many runs.
-    std::size_t seen = 0;
+/// Paragraphs that have characters of code blocks have a block's line spacing.
+void spaceCodeBlocks(AttributedString& text) {
+    bool hasBlock = false;
     text.forEachRun([&](const AttributedString::CharacterRun& run) {
-        if (!run.attributes.korvexCodeBlock) {
-            return;
-        }
-        for (seen = std::max(seen, run.range.location); seen < run.range.end();) {
-            const auto paragraph = text.paragraphAt(seen);
-            if (text.styleAt(seen).lineSpacing != kCodeBlockLineSpacing) {
-                starts.push_back(paragraph.location);
-            }
-            seen = paragraph.end();
-        }
+        hasBlock = hasBlock || run.attributes.korvexCodeBlock;
     });
-    return starts;
-}
-
-AttributedString withSpacedCodeBlocks(AttributedString text) {
-    const auto starts = unspacedCodeBlocks(text);
-    if (starts.empty()) {
-        return text;
+    if (!hasBlock) {
+        return;
     }
-    AttributedString::Builder builder;
-    builder.reserve(text.length());
-    const std::u16string_view units = text.text();
-    auto next = starts.begin();
-    text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
-        text.forEachRun(paragraph.range, [&](const AttributedString::CharacterRun& run) {
-            builder.append(units.substr(run.range.location, run.range.length),
-                           builder.idOf(run.attributes));
-        });
-        auto style = paragraph.style;
-        if (next != starts.end() && *next == paragraph.range.location) {
+    text.editEachStyle([&](TextRange paragraph, ParagraphStyle& style) {
+        if (kindOf(text, paragraph).isCodeBlock) {
             style.lineSpacing = kCodeBlockLineSpacing;
-            ++next;
         }
-        builder.endParagraph(builder.idOf(style));
     });
-    return builder.take();
 }
 
 } // namespace
@@ -180,16 +152,19 @@ AttributedString RichTextSerializer::normalized(const AttributedString& text) {
     // Attachments go first: with one the end of a table's cell may go.
     auto result = RichTextTable::repairingIncompleteTables(withoutAttachments(text)).text;
     result.editAttributes({0, result.length()}, normalize);
-    return withSpacedCodeBlocks(std::move(result));
+    spaceCodeBlocks(result);
+    return result;
 }
 
 AttributedString RichTextSerializer::applyingHeading(std::optional<HeadingLevel> level,
                                                      const AttributedString& text) {
     auto result = text;
-    const TextRange whole{0, result.length()};
-    result.editAttributes(
-        whole, [&](CharacterAttributes& attributes) { applyHeading(level, attributes); });
-    result.editStyles(whole, [&](ParagraphStyle& style) { applyHeading(level, style); });
+    result.editEachStyle([&](TextRange paragraph, ParagraphStyle& style) {
+        applyHeading(level, style, kindOf(text, paragraph));
+    });
+    result.editAttributes({0, result.length()}, [&](CharacterAttributes& attributes) {
+        applyHeading(level, attributes);
+    });
     return result;
 }
 

@@ -100,8 +100,11 @@ std::optional<RichTextTable::Grid> RichTextTable::Grid::read(const AttributedStr
                 continue;
             }
             auto empty = outer;
-            empty.push_back(std::make_shared<TextTableCell>(TextTableCell{
-                .table = table, .row = row, .column = column, .geometry = newCellGeometry(row)}));
+            empty.push_back(std::make_shared<TextTableCell>(
+                TextTableCell{.table = table,
+                              .row = row,
+                              .column = column,
+                              .geometry = layout->geometryBeside(row, depth)}));
             contents.push_back(emptyParagraph(newCellAttributes(row), std::move(empty)));
         }
     }
@@ -323,7 +326,7 @@ void RichTextTable::Grid::takeHeaderLook(Row& row) const {
     for (auto& content : row) {
         setBackground(content, std::nullopt);
         content.editAttributes({0, content.length()}, [](CharacterAttributes& attributes) {
-            if (!headingLevel(attributes.font)) {
+            if (!attributes.isCode() && !headingLevel(attributes.font)) {
                 attributes.font.isBold = false;
             }
         });

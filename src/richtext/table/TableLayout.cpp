@@ -2,6 +2,7 @@
 
 #include "richtext/table/RichTextTable.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 namespace korvex::richtext {
@@ -19,10 +20,8 @@ bool isCovered(const TableLayout& layout, std::size_t depth) {
             continue;
         }
         const auto& cell = **layout.places[place].front().cell(depth);
-        const auto rowEnd = std::min(layout.rows, cell.row + cell.rowSpan);
-        const auto columnEnd = cell.column + cell.columnSpan;
-        for (auto row = cell.row; row < rowEnd; ++row) {
-            for (auto column = cell.column; column < columnEnd; ++column) {
+        for (auto row = cell.row; row < cell.row + cell.rowSpan; ++row) {
+            for (auto column = cell.column; column < cell.column + cell.columnSpan; ++column) {
                 const auto covered = static_cast<std::size_t>(row * layout.columns + column);
                 if (isTaken[covered]) {
                     return false;
@@ -89,13 +88,58 @@ std::optional<TableLayout> layoutOf(std::span<const Line> lines, std::size_t dep
         }
         last = place;
         layout.isDamaged = layout.isDamaged || cell.rowSpan < 1 || cell.columnSpan < 1 ||
-                           cell.rowSpan > RichTextTable::kMaximumRows - cell.row ||
+                           cell.rowSpan > layout.rows - cell.row ||
                            cell.columnSpan > layout.columns - cell.column;
         there.push_back(line);
         RichTextTable::noteWidth(layout.widths, cell);
     }
     layout.isDamaged = layout.isDamaged || !isCovered(layout, depth);
     return layout;
+}
+
+CellGeometry TableLayout::geometryBeside(std::int32_t row, std::size_t depth) const {
+    const auto hasCell = [](const std::vector<Line>& place) { return !place.empty(); };
+    const auto first = places.begin() + row * columns;
+    auto model = std::find_if(first, first + columns, hasCell);
+    if (model == first + columns) {
+        model = std::find_if(places.begin(), places.end(), hasCell);
+    }
+    auto geometry = (*model->front().cell(depth))->geometry;
+    if (row > 0) {
+        geometry.background.reset();
+    }
+    return geometry;
+}
+
+TableLayout::Span TableLayout::freeSpan(std::size_t place, const TextTableCell& cell,
+                                        std::vector<bool>& isCovered) const {
+    const auto width = static_cast<std::size_t>(columns);
+    const auto isFree = [&](std::size_t other) {
+        return !isCovered[other] && (other == place || places[other].empty());
+    };
+    // Along its row as far as it goes, then down for as long as all of that is free.
+    Span span;
+    while (span.columns < cell.columnSpan &&
+           place % width + static_cast<std::size_t>(span.columns) < width &&
+           isFree(place + static_cast<std::size_t>(span.columns))) {
+        ++span.columns;
+    }
+    const auto isRowFree = [&](std::size_t first) {
+        for (std::size_t i = 0; i < static_cast<std::size_t>(span.columns); ++i) {
+            if (!isFree(first + i)) {
+                return false;
+            }
+        }
+        return true;
+    };
+    const auto rowBelow = [&] { return place + static_cast<std::size_t>(span.rows) * width; };
+    while (span.rows < cell.rowSpan && rowBelow() < places.size() && isRowFree(rowBelow())) {
+        ++span.rows;
+    }
+    for (auto first = place; first < rowBelow(); first += width) {
+        std::fill_n(isCovered.begin() + static_cast<std::ptrdiff_t>(first), span.columns, true);
+    }
+    return span;
 }
 
 CellGeometry newCellGeometry(std::int32_t row) {

@@ -41,6 +41,19 @@ struct TableLayout {
     /// there are more columns than the table says.
     bool isDamaged = false;
 
+    /// What a cell looks like that is added to a row: like another one there, or else anywhere, but
+    /// only the first row, the header, passes its fill on.
+    CellGeometry geometryBeside(std::int32_t row, std::size_t depth) const;
+
+    /// The spans of the cell in a place, as far as they cover only places of the table that have no
+    /// cell and that `isCovered`, which has an element for each place, leaves free; they are noted
+    /// there.
+    struct Span {
+        std::int32_t rows = 1;
+        std::int32_t columns = 1;
+    };
+    Span freeSpan(std::size_t place, const TextTableCell& cell, std::vector<bool>& isCovered) const;
+
     const std::vector<Line>& at(std::int32_t row, std::int32_t column) const {
         return places[static_cast<std::size_t>(row * columns + column)];
     }

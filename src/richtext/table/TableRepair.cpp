@@ -1,5 +1,6 @@
 #include "richtext/table/RichTextTable.h"
 #include "richtext/table/TableLayout.h"
+#include "richtext/text/AttributedStringBuilder.h"
 
 #include <deque>
 #include <unordered_map>
@@ -93,13 +94,27 @@ void Repair::write(const TableLayout& layout, std::size_t depth, std::vector<Lin
                                     [](const auto& place) { return !place.empty(); });
     ParagraphStyle empty{.cells = first->front().style->cells};
     empty.cells.resize(depth + 1);
+    std::vector<bool> isCovered(layout.places.size());
     for (std::int32_t row = 0; row < layout.rows; ++row) {
         for (std::int32_t column = 0; column < layout.columns; ++column) {
-            const auto& old = layout.at(row, column);
+            const auto place = static_cast<std::size_t>(row * layout.columns + column);
+            if (isCovered[place]) {
+                continue;
+            }
+            const auto& old = layout.places[place];
             TextTableCell cell{.table = table, .row = row, .column = column};
-            cell.geometry =
-                old.empty() ? newCellGeometry(row) : (*old.front().cell(depth))->geometry;
-            cell.geometry.width = layout.widths[static_cast<std::size_t>(column)];
+            if (old.empty()) {
+                cell.geometry = layout.geometryBeside(row, depth);
+            } else {
+                const auto& former = **old.front().cell(depth);
+                const auto span = layout.freeSpan(place, former, isCovered);
+                cell.rowSpan = span.rows;
+                cell.columnSpan = span.columns;
+                cell.geometry = former.geometry;
+            }
+            if (cell.columnSpan == 1) {
+                cell.geometry.width = layout.widths[static_cast<std::size_t>(column)];
+            }
             const auto ref = std::make_shared<TextTableCell>(std::move(cell));
             if (old.empty()) {
                 empty.cells[depth] = ref;

@@ -1,5 +1,7 @@
 #include "richtext/text/AttributedString.h"
 
+#include <algorithm>
+#include <functional>
 #include <unordered_map>
 
 namespace korvex::richtext {
@@ -86,20 +88,12 @@ AttributedString::AttributedString(std::u16string_view text, const CharacterAttr
 
 const CharacterAttributes& AttributedString::attributesAt(std::size_t offset) const {
     static const CharacterAttributes kNone;
-    if (m_runs.empty()) {
-        return kNone;
-    }
-    const auto run = runAt(m_runs, offset);
-    return m_attributes[run == m_runs.end() ? m_runs.back().id : run->id];
+    return m_attributes.isEmpty() ? kNone : m_attributes.at(offset);
 }
 
 const ParagraphStyle& AttributedString::styleAt(std::size_t offset) const {
     static const ParagraphStyle kNone;
-    if (m_paragraphs.empty()) {
-        return kNone;
-    }
-    const auto run = runAt(m_paragraphs, offset);
-    return m_styles[run == m_paragraphs.end() ? m_paragraphs.back().id : run->id];
+    return m_styles.isEmpty() ? kNone : m_styles.at(offset);
 }
 
 TextRange AttributedString::paragraphAt(std::size_t offset) const {
@@ -135,15 +129,15 @@ void AttributedString::append(std::u16string_view text, const CharacterAttribute
     const auto isContinued = !m_text.empty() && m_text.back() != u'\n';
     const auto oldEnd = length();
     m_text.append(text);
-    extend(m_runs, length(), m_attributes.idOf(attributes));
+    m_attributes.extend(length(), m_attributes.idOf(attributes));
     auto begun = oldEnd;
     if (isContinued) {
         const auto feed = m_text.find(u'\n', oldEnd);
         begun = feed == std::u16string::npos ? length() : feed + 1;
-        m_paragraphs.back().end = begun;
+        m_styles.stretch(begun);
     }
     if (begun < length()) {
-        extend(m_paragraphs, length(), m_styles.idOf(style));
+        m_styles.extend(length(), m_styles.idOf(style));
     }
 }
 
@@ -157,53 +151,21 @@ void AttributedString::appendPart(const AttributedString& other, TextRange range
     }
     const auto isContinued = !m_text.empty() && m_text.back() != u'\n';
     const auto oldEnd = length();
-    // Ids of the other string, as they are known here.
-    constexpr auto kUnknown = static_cast<std::uint32_t>(-1);
-    const auto copyRuns = [&](const Runs& from, const auto& fromValues, Runs& into,
-                              auto& intoValues, std::size_t start) {
-        std::unordered_map<std::uint32_t, std::uint32_t> few;
-        auto lastFrom = kUnknown;
-        auto lastInto = kUnknown;
-        for (auto run = runAt(from, start); run != from.end() && start < range.end(); ++run) {
-            start = std::min(run->end, range.end());
-            if (run->id != lastFrom) {
-                lastFrom = run->id;
-                const auto [place, isNew] = few.try_emplace(run->id, 0);
-                if (isNew) {
-                    place->second = intoValues.idOf(fromValues[run->id]);
-                }
-                lastInto = place->second;
-            }
-            extend(into, oldEnd + start - range.location, lastInto);
-        }
-    };
     m_text.append(other.m_text, range.location, range.length);
-    copyRuns(other.m_runs, other.m_attributes, m_runs, m_attributes, range.location);
+    m_attributes.append(other.m_attributes, range, oldEnd);
     auto begun = range.location;
     if (isContinued) {
         const auto feed = other.m_text.find(u'\n', range.location);
         begun = feed == std::u16string::npos ? range.end() : std::min(feed + 1, range.end());
-        m_paragraphs.back().end = oldEnd + begun - range.location;
+        m_styles.stretch(oldEnd + begun - range.location);
     }
-    copyRuns(other.m_paragraphs, other.m_styles, m_paragraphs, m_styles, begun);
+    m_styles.append(other.m_styles, {begun, range.end() - begun}, oldEnd + begun - range.location);
 }
 
 bool AttributedString::isEquivalentTo(const AttributedString& other) const {
-    if (m_text != other.m_text || m_runs.size() != other.m_runs.size()) {
-        return false;
-    }
-    const auto haveSameAttributes = [&](const Run& left, const Run& right) {
-        return left.end == right.end && m_attributes[left.id] == other.m_attributes[right.id];
-    };
-    if (!std::equal(m_runs.begin(), m_runs.end(), other.m_runs.begin(), haveSameAttributes)) {
-        return false;
-    }
-    Equivalence areEquivalent;
-    return std::equal(m_paragraphs.begin(), m_paragraphs.end(), other.m_paragraphs.begin(),
-                      other.m_paragraphs.end(), [&](const Run& left, const Run& right) {
-                          return left.end == right.end &&
-                                 areEquivalent(m_styles[left.id], other.m_styles[right.id]);
-                      });
+    return m_text == other.m_text &&
+           m_attributes.isEqualTo(other.m_attributes, std::equal_to<CharacterAttributes>()) &&
+           m_styles.isEqualTo(other.m_styles, Equivalence());
 }
 
 TextRange AttributedString::clamped(TextRange range) const {

@@ -34,6 +34,18 @@ bool isCodeBlock(const AttributedString& text, TextRange paragraph) {
     return isBlock;
 }
 
+void ParagraphKind::add(const CharacterAttributes& attributes) {
+    isHeading = isHeading || (!countsAsCode(attributes) && headingLevel(attributes.font));
+    isCodeBlock = isCodeBlock || attributes.korvexCodeBlock;
+}
+
+ParagraphKind kindOf(const AttributedString& text, TextRange paragraph) {
+    ParagraphKind kind;
+    text.forEachRun(paragraph,
+                    [&](const AttributedString::CharacterRun& run) { kind.add(run.attributes); });
+    return kind;
+}
+
 void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attributes) {
     // Monospaced text that names no language was never made code here.
     if (attributes.isCode() && !attributes.korvexCodeBlock) {
@@ -43,9 +55,13 @@ void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attrib
     setFont(attributes, level);
 }
 
-void applyHeading(std::optional<HeadingLevel> level, ParagraphStyle& style) {
-    style.spacingBefore = level ? spacingBeforeOf(*level) : 0;
-    if (style.lineSpacing == kCodeBlockLineSpacing) {
+void applyHeading(std::optional<HeadingLevel> level, ParagraphStyle& style, ParagraphKind former) {
+    if (level) {
+        style.spacingBefore = spacingBeforeOf(*level);
+    } else if (former.isHeading) {
+        style.spacingBefore = 0;
+    }
+    if (former.isCodeBlock) {
         style.lineSpacing = 0;
     }
 }
@@ -59,8 +75,8 @@ void applyBodyText(CharacterAttributes& attributes) {
     }
 }
 
-void applyBodyText(ParagraphStyle& style) {
-    applyHeading(std::nullopt, style);
+void applyBodyText(ParagraphStyle& style, ParagraphKind former) {
+    applyHeading(std::nullopt, style, former);
 }
 
 void clearFormats(CharacterAttributes& attributes) {
@@ -72,7 +88,10 @@ void clearFormats(ParagraphStyle& style) {
 }
 
 void applyCode(CharacterAttributes& attributes, std::string_view language, CodeKind kind) {
-    attributes.font = {.family = FontFamily::monospaced};
+    const auto wasCode = countsAsCode(attributes);
+    attributes.font = {.family = FontFamily::monospaced,
+                       .isBold = wasCode && attributes.font.isBold,
+                       .isItalic = wasCode && attributes.font.isItalic};
     attributes.korvexCodeLanguage = std::string(language);
     attributes.korvexCodeBlock = kind == CodeKind::block;
     attributes.foreground.reset();

@@ -26,15 +26,26 @@ bool isInlineCode(const CharacterAttributes& attributes);
 /// is all that the paragraph has.
 bool isCodeBlock(const AttributedString& text, TextRange paragraph);
 
+/// What a paragraph's characters make of it, its line feed among them. Only what is a heading, or a
+/// code block, has spacing that is taken away with it.
+struct ParagraphKind {
+    bool isHeading = false;
+    bool isCodeBlock = false;
+
+    void add(const CharacterAttributes& attributes);
+};
+ParagraphKind kindOf(const AttributedString& text, TextRange paragraph);
+
 /// Makes a run part of a heading or, without a level, of body text; italics stay. A run of inline
 /// code keeps its font, the only one in which it can be stored; a code block is one no longer.
 void applyHeading(std::optional<HeadingLevel> level, CharacterAttributes& attributes);
-/// The paragraph gets the level's space before it and loses what made it a code block.
-void applyHeading(std::optional<HeadingLevel> level, ParagraphStyle& style);
+/// The paragraph gets the level's space before it, or loses a heading's, and loses what made it a
+/// code block. `former` is what it was.
+void applyHeading(std::optional<HeadingLevel> level, ParagraphStyle& style, ParagraphKind former);
 
 /// Ends a heading or a code block; what else is bold, a link or inline code stays so.
 void applyBodyText(CharacterAttributes& attributes);
-void applyBodyText(ParagraphStyle& style);
+void applyBodyText(ParagraphStyle& style, ParagraphKind former);
 
 /// Takes all formats away except where the run leads to.
 void clearFormats(CharacterAttributes& attributes);
@@ -42,7 +53,8 @@ void clearFormats(CharacterAttributes& attributes);
 void clearFormats(ParagraphStyle& style);
 
 /// Makes a run code in the look that code has, regular and without colours of its own, since those
-/// are computed when it is shown. Links and lines through or under the text stay.
+/// are computed when it is shown. Links and lines through or under the text stay, and what is code
+/// already stays bold or italic.
 void applyCode(CharacterAttributes& attributes, std::string_view language, CodeKind kind);
 /// Makes a paragraph part of a code block, which has no other formats: only the direction and the
 /// table's cells stay.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
 
 namespace korvex::richtext {
 

@@ -4,6 +4,7 @@
 #include "model/ServiceErrors.h"
 #include "richtext/stored/EntryText.h"
 #include "services/AttachmentList.h"
+#include "store/ModelContainer.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/kit/MenuItems.h"
@@ -44,11 +45,6 @@ model::EntryAttachment found(std::optional<model::EntryAttachment> attachment) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
     }
     return std::move(*attachment);
-}
-
-/// What is on an archived board is only looked at.
-bool isReadOnly(const model::Entry& entry) {
-    return entry.board() && entry.board()->isArchived();
 }
 
 QString reasonOf(const std::error_code& error) {
@@ -210,6 +206,11 @@ bool AttachmentActions::canAttachTo(const model::Entry& entry) const {
               richtext::allowsAttachments(entry, m_services.serializer);
     }));
     return can;
+}
+
+bool AttachmentActions::isReadOnly(const model::Entry& entry) const {
+    return !m_services.context.container().allowsSave() ||
+           (entry.board() && entry.board()->isArchived());
 }
 
 std::unique_ptr<QMimeData> AttachmentActions::dragged(const model::Entry& entry,

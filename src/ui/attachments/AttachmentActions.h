@@ -71,6 +71,8 @@ Q_SIGNALS:
     void refused(const QString& message);
 
 private:
+    /// What is on an archived board is only looked at, as is all of a store that cannot be written.
+    bool isReadOnly(const model::Entry& entry) const;
     /// Runs an operation and tells how it went; true when it was done.
     template <typename Operation>
     bool perform(Operation&& operation);

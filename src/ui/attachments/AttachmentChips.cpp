@@ -1,12 +1,13 @@
 #include "ui/attachments/AttachmentChips.h"
 
+#include "base/ByteSize.h"
 #include "ui/attachments/AttachmentKind.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/Text.h"
 
 #include <QCoreApplication>
 #include <QFontMetrics>
-#include <QLocale>
 
 #include <algorithm>
 
@@ -23,7 +24,6 @@ constexpr int kSidePadding = 7;
 constexpr int kPadding = 3;
 constexpr int kInnerGap = 5;
 constexpr int kCornerRadius = 5;
-constexpr int kTenMegabytes = 10 * 1024 * 1024;
 /// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
@@ -53,12 +53,6 @@ QString shownFilename(const std::string& filename) {
                : name.left(kMeasured / 2) + QStringLiteral("…") + name.right(kMeasured / 2);
 }
 
-QString shownFileSize(std::size_t bytes) {
-    const auto precision = bytes < 1024 * 1024 || bytes >= kTenMegabytes ? 0 : 1;
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), precision,
-                                       QLocale::DataSizeTraditionalFormat);
-}
-
 QString accessibleTextOf(const services::AttachmentList& list) {
     if (list.isDamaged) {
         return damagedText();
@@ -67,18 +61,16 @@ QString accessibleTextOf(const services::AttachmentList& list) {
     for (const auto& each : list.attachments) {
         names.append(shownFilename(each.filename));
     }
-    if (names.size() < 2) {
-        return names.isEmpty() ? QString()
-                               : translated(QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips",
-                                                              "1 attachment: %1"))
-                                     .arg(names.front());
-    }
-    return translated(QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips", "%1 attachments: %2"))
-        .arg(QString::number(names.size()), names.join(QStringLiteral(", ")));
+    const auto count = static_cast<int>(names.size());
+    return count == 0 ? QString()
+                      : QCoreApplication::translate("korvex::ui::AttachmentChips",
+                                                    "%n attachment(s): %1", nullptr, count)
+                            .arg(names.join(QStringLiteral(", ")));
 }
 
 AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width,
-                                 const Theme& theme) {
+                                 const Theme& theme)
+    : m_width(width) {
     if (list.isDamaged) {
         m_chips.push_back({.icon = QStringLiteral("warning-circle"), .name = damagedText()});
     }
@@ -86,7 +78,7 @@ AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width
         m_chips.push_back({.id = each.id,
                            .icon = iconNameOf(attachmentKind(each.filename)),
                            .name = shownFilename(each.filename),
-                           .size = shownFileSize(each.size)});
+                           .size = toQString(base::sizeText(each.size))});
     }
     place(width, theme);
 }
@@ -114,7 +106,7 @@ void AttachmentChips::place(int width, const Theme& theme) {
             x = 0;
             y += chipHeight + kGap;
         }
-        chip.rect = QRect(x, y, chipWidth, chipHeight);
+        chip.rect = mirrored(QRect(x, y, chipWidth, chipHeight), width);
         x += chipWidth + kGap;
     }
     m_height = m_chips.empty() ? 0 : y + chipHeight;
@@ -156,22 +148,22 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     painter.drawRoundedRect(QRectF(chip.rect).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
                             kCornerRadius);
 
-    auto inside = chip.rect.adjusted(kSidePadding, 0, -kSidePadding, 0);
+    const auto whole = chip.rect.adjusted(kSidePadding, 0, -kSidePadding, 0);
+    auto inside = whole;
     const auto icon = theme.scaled(kIcon);
     const auto quiet = chip.id ? colors.secondaryText : colors.danger;
-    painter.drawPixmap(
-        inside.left(), inside.center().y() + 1 - icon / 2,
-        IconSet::pixmap(chip.icon, quiet, icon, painter.device()->devicePixelRatio()));
+    const QRect sign(inside.left(), inside.center().y() + 1 - icon / 2, icon, icon);
+    IconSet::draw(painter, chip.icon, quiet, mirrored(sign, whole));
     inside.setLeft(inside.left() + icon + kInnerGap);
     painter.setFont(theme.smallFont());
     if (!chip.size.isEmpty()) {
         painter.setPen(quiet);
-        painter.drawText(inside, Qt::AlignRight | Qt::AlignVCenter, chip.size);
+        painter.drawText(mirrored(inside, whole), Qt::AlignRight | Qt::AlignVCenter, chip.size);
         inside.setRight(inside.right() -
                         QFontMetrics(theme.smallFont()).horizontalAdvance(chip.size) - kInnerGap);
     }
     painter.setPen(chip.id ? colors.text : colors.danger);
-    painter.drawText(inside, Qt::AlignLeft | Qt::AlignVCenter, chip.name);
+    painter.drawText(mirrored(inside, whole), Qt::AlignLeft | Qt::AlignVCenter, chip.name);
 }
 
 } // namespace korvex::ui

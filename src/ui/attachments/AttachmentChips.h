@@ -15,8 +15,6 @@ namespace korvex::ui {
 /// A file's name as it is shown: without line breaks, and without the invisible characters that
 /// would let "exe.jpg" pass for another kind of file.
 QString shownFilename(const std::string& filename);
-/// "1.2 MB", in the user's locale.
-QString shownFileSize(std::size_t bytes);
 
 /// "2 attachments: a.pdf, b.png"; empty for none.
 QString accessibleTextOf(const services::AttachmentList& list);
@@ -40,6 +38,8 @@ public:
     /// Above the chips, from the text.
     static constexpr int kDistance = 5;
 
+    /// That they were laid out for.
+    int width() const { return m_width; }
     int height() const { return m_height; }
     int count() const { return static_cast<int>(m_chips.size()); }
     QRect rect(int index) const { return m_chips[static_cast<std::size_t>(index)].rect; }
@@ -66,6 +66,7 @@ private:
     void place(int width, const Theme& theme);
 
     std::vector<Chip> m_chips;
+    int m_width;
     int m_height = 0;
 };
 

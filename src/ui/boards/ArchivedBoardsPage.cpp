@@ -4,6 +4,7 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/SidebarRow.h"
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/PageHeader.h"
 #include "ui/kit/Text.h"
 
@@ -83,6 +84,8 @@ void ArchivedBoardsPage::rebuild() {
     m_buttons.clear();
     m_lines.clear();
     auto* const rows = new QWidget;
+    rows->setAccessibleName(m_header->title());
+    Accessibility::setRole(*rows, QAccessible::List);
     auto* const column = new QVBoxLayout(rows);
     column->setContentsMargins(6, 0, 18, 18);
     column->setSpacing(m_theme.rowDistance() / 2);
@@ -109,12 +112,15 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
     open->setIconColor(row.color);
     open->setFocusPolicy(Qt::StrongFocus);
     const auto entries = static_cast<int>(row.entries);
-    const auto note = entries == 1 ? tr("1 entry") : tr("%1 entries").arg(entries);
+    const auto note = tr("%n (entry|entries)", nullptr, entries);
     open->setNote(note, note);
     auto* const unarchive = new QPushButton(tr("Unarchive"), &rows);
     unarchive->setAccessibleName(tr("Unarchive %1").arg(name));
     auto* const remove = new QPushButton(tr("Delete…"), &rows);
     remove->setAccessibleName(tr("Delete %1").arg(name));
+    for (auto* const button : {unarchive, remove}) {
+        button->setEnabled(m_boards.allowsChanges());
+    }
     line->addWidget(open, 1);
     auto* const actions = new QHBoxLayout;
     actions->setContentsMargins(10, 0, 0, 0);

@@ -4,9 +4,12 @@
 #include "ui/boards/BoardIconPopover.h"
 #include "ui/boards/BoardListing.h"
 #include "ui/kit/ConfirmationSheet.h"
+#include "ui/kit/MenuItems.h"
 #include "ui/kit/Refusal.h"
 
 #include <QMenu>
+
+#include <algorithm>
 
 namespace korvex::ui {
 
@@ -15,33 +18,61 @@ BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards
     : m_listing(listing), m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
+    const bool canChange = m_boards.allowsChanges();
+    const MenuItems items(menu, *this);
     if (board.isArchived()) {
-        connect(menu.addAction(tr("Unarchive")), &QAction::triggered, this,
-                [this, &board] { unarchive(board); });
-        connect(menu.addAction(tr("Delete…")), &QAction::triggered, this,
-                [this, &board] { confirmDeletion(board, anchorOf(board)); });
+        items.add(tr("Unarchive"), {}, [this, &board] { unarchive(board); }).setEnabled(canChange);
+    } else {
+        items.add(tr("Rename"), Qt::Key_F2, [this, &board] { m_listing.rename(board); })
+            .setEnabled(canChange);
+        items.add(tr("Icon and color…"), {}, [this, &board] { chooseIcon(board, anchorOf(board)); })
+            .setEnabled(canChange);
+        items.add(tr("Archive"), {}, [this, &board] { archive(board); })
+            .setEnabled(canChange && !board.isSystem());
+    }
+    items.add(tr("Delete…"), {}, [this, &board] { confirmDeletion(board, anchorOf(board)); })
+        .setEnabled(canChange && !board.isSystem());
+    if (!board.isArchived()) {
+        menu.addSeparator();
+        addMoves(menu, board);
+        addSorting(menu);
+    }
+}
+
+void BoardActions::addMoves(QMenu& menu, const model::Board& board) {
+    std::vector<model::Board*> boards;
+    perform([&] { boards = services::BoardService::activeBoards(m_boards.boards()); });
+    if (boards.empty()) {
         return;
     }
-    auto* const rename = menu.addAction(tr("Rename"));
-    rename->setShortcut(Qt::Key_F2);
-    rename->setShortcutVisibleInContextMenu(true);
-    connect(rename, &QAction::triggered, this, [this, &board] { m_listing.rename(board); });
-    connect(menu.addAction(tr("Icon and color…")), &QAction::triggered, this,
-            [this, &board] { chooseIcon(board, anchorOf(board)); });
-    auto* const archiving = menu.addAction(tr("Archive"));
-    archiving->setEnabled(!board.isSystem());
-    connect(archiving, &QAction::triggered, this, [this, &board] { archive(board); });
-    auto* const remove = menu.addAction(tr("Delete…"));
-    remove->setEnabled(!board.isSystem());
-    connect(remove, &QAction::triggered, this,
-            [this, &board] { confirmDeletion(board, anchorOf(board)); });
-    menu.addSeparator();
+    const MenuItems items(menu, *this);
+    items.add(tr("Move up"), Qt::ALT | Qt::Key_Up, [this, &board] { move(board, -1); })
+        .setEnabled(m_boards.allowsChanges() && boards.front() != &board);
+    items.add(tr("Move down"), Qt::ALT | Qt::Key_Down, [this, &board] { move(board, 1); })
+        .setEnabled(m_boards.allowsChanges() && boards.back() != &board);
+}
+
+void BoardActions::addSorting(QMenu& menu) {
     auto* const sorting = menu.addMenu(tr("Sort boards by name"));
+    const MenuItems items(*sorting, *this);
     using Direction = services::BoardService::Direction;
-    connect(sorting->addAction(tr("Ascending")), &QAction::triggered, this,
-            [this] { sort(Direction::ascending); });
-    connect(sorting->addAction(tr("Descending")), &QAction::triggered, this,
-            [this] { sort(Direction::descending); });
+    items.add(tr("Ascending"), {}, [this] { sort(Direction::ascending); });
+    items.add(tr("Descending"), {}, [this] { sort(Direction::descending); });
+    sorting->setEnabled(m_boards.allowsChanges());
+}
+
+void BoardActions::move(const model::Board& board, int offset) {
+    perform([&] {
+        const auto boards = services::BoardService::activeBoards(m_boards.boards());
+        const auto found = std::find(boards.begin(), boards.end(), &board) - boards.begin();
+        const auto target = found + offset;
+        if (target >= 0 && target < std::ssize(boards) && target != found) {
+            m_boards.moveBoard(board.id(), boards[static_cast<std::size_t>(target)]->id(),
+                               offset < 0 ? model::EntryPlacement::before
+                                          : model::EntryPlacement::after,
+                               m_clock.now());
+        }
+    });
 }
 
 void BoardActions::chooseIcon(model::Board& board, const QRect& globalAnchor) {

@@ -28,11 +28,16 @@ public:
     void archive(model::Board& board);
     void unarchive(model::Board& board);
     void confirmDeletion(model::Board& board, const QRect& globalAnchor);
+    /// Down by so many places among the active boards, up where it is negative; not beyond the
+    /// ends.
+    void move(const model::Board& board, int offset);
 
 Q_SIGNALS:
     void refused(const QString& message);
 
 private:
+    void addMoves(QMenu& menu, const model::Board& board);
+    void addSorting(QMenu& menu);
     void sort(services::BoardService::Direction direction);
     template <typename Operation>
     void perform(Operation&& operation);

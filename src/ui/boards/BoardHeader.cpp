@@ -2,9 +2,11 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/Text.h"
 
+#include <QContextMenuEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QToolButton>
@@ -24,6 +26,7 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     m_icon->setToolTip(tr("Choose icon and color"));
     m_name->setTextFormat(Qt::PlainText);
     m_name->setWordWrap(true);
+    m_name->setAlignment(lineStart());
     m_menu->setAutoRaise(true);
     m_menu->setFocusPolicy(Qt::TabFocus);
     m_menu->setAccessibleName(tr("Menu of the board"));
@@ -38,8 +41,7 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     connect(m_icon, &QToolButton::clicked, this, [this] {
         Q_EMIT iconRequested({m_icon->mapToGlobal(QPoint()), m_icon->size()});
     });
-    connect(m_menu, &QToolButton::clicked, this,
-            [this] { Q_EMIT menuRequested(m_menu->mapToGlobal(QPoint(0, m_menu->height()))); });
+    connect(m_menu, &QToolButton::clicked, this, [this] { Q_EMIT menuRequested(menuPlace()); });
     connect(&theme, &Theme::changed, this, &BoardHeader::applyTheme);
     applyTheme();
 }
@@ -48,8 +50,23 @@ void BoardHeader::show(const model::Board& board, int openTodoCount) {
     m_iconName = boardIconName(board.iconSystemName());
     m_iconColor = iconColorOf(board, m_theme.colors());
     m_icon->setIcon(IconSet::icon(m_iconName, m_iconColor));
-    m_name->setText(toQString(board.name()));
+    const auto name = toQString(board.name());
+    m_name->setText(breakable(name));
+    m_name->setAccessibleName(name);
     m_count->setText(openTodoCount == 0 ? QString() : tr("%1 open").arg(openTodoCount));
+}
+
+void BoardHeader::setChangeable(bool changeable) {
+    m_icon->setEnabled(changeable);
+}
+
+QPoint BoardHeader::menuPlace() const {
+    return m_menu->mapToGlobal(QPoint(0, m_menu->height()));
+}
+
+void BoardHeader::contextMenuEvent(QContextMenuEvent* event) {
+    Q_EMIT menuRequested(event->reason() == QContextMenuEvent::Keyboard ? menuPlace()
+                                                                        : event->globalPos());
 }
 
 void BoardHeader::applyTheme() {

@@ -18,12 +18,18 @@ public:
     explicit BoardHeader(const Theme& theme, QWidget* parent = nullptr);
 
     void show(const model::Board& board, int openTodoCount);
+    /// Whether the icon can be chosen.
+    void setChangeable(bool changeable);
 
 Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
     void menuRequested(const QPoint& globalPosition);
 
+protected:
+    void contextMenuEvent(QContextMenuEvent* event) override;
+
 private:
+    QPoint menuPlace() const;
     void applyTheme();
 
     const Theme& m_theme;

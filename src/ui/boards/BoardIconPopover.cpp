@@ -2,11 +2,12 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/ButtonGrid.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/Refusal.h"
 
 #include <QApplication>
-#include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
@@ -23,6 +24,15 @@ constexpr int kColorColumns = 10;
 constexpr int kMargin = 12;
 constexpr int kIconSize = 20;
 constexpr int kSwatchSize = 18;
+/// What a button is wider than its icon, with the distance to the next one.
+constexpr int kAroundIcon = 14;
+constexpr int kWindowMargin = 8;
+
+/// As many as the window has room for.
+int columnsIn(const QWidget& window, int iconSize, int most, const Theme& theme) {
+    const int room = window.width() - 2 * (kMargin + kWindowMargin);
+    return std::clamp(room / (theme.scaled(iconSize) + kAroundIcon), 1, most);
+}
 
 QIcon swatch(const QColor& color, int size, qreal scale) {
     QPixmap pixmap(QSize(size, size) * scale);
@@ -44,60 +54,52 @@ BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& 
       m_board(board),
       m_boards(boards),
       m_clock(clock),
+      m_icons(new ButtonGrid(tr("Icon"), columnsIn(*window, kIconSize, kIconColumns, theme), this)),
+      m_colors(
+          new ButtonGrid(tr("Color"), columnsIn(*window, kSwatchSize, kColorColumns, theme), this)),
       m_error(new QLabel(this)) {
     setAccessibleName(tr("Icon and color of the board"));
+    addIcons();
+    addColors();
+    m_error->setWordWrap(true);
+    m_error->setFont(theme.smallFont());
+    Accessibility::setRole(*m_error, QAccessible::AlertMessage);
+    m_error->hide();
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     column->setSpacing(10);
-    auto* const icons = new QGridLayout;
-    auto* const colors = new QGridLayout;
-    for (auto* const grid : {icons, colors}) {
-        grid->setSpacing(2);
-        column->addLayout(grid);
-    }
-    addIcons(*icons);
-    addColors(*colors);
-    m_error->setWordWrap(true);
-    m_error->setFont(theme.smallFont());
-    m_error->hide();
+    column->addWidget(m_icons, 0, Qt::AlignLeft);
+    column->addWidget(m_colors, 0, Qt::AlignLeft);
     column->addWidget(m_error);
     showChoice();
-    const auto icon = model::boardIcon(board.iconSystemName()).value_or(model::BoardIcon::board);
-    setFocusProxy(m_icons[static_cast<std::size_t>(icon)]);
+    setFocusProxy(m_icons);
 }
 
-QToolButton* BoardIconPopover::addButton(QGridLayout& grid, int place, int columns,
-                                         const QString& title) {
+QToolButton* BoardIconPopover::addButton(ButtonGrid& grid, const QString& title, int iconSize) {
     auto* const button = new QToolButton(this);
+    const auto size = theme().scaled(iconSize);
     button->setAutoRaise(true);
-    button->setCheckable(true);
-    button->setFocusPolicy(Qt::StrongFocus);
+    button->setIconSize({size, size});
     button->setToolTip(title);
     button->setAccessibleName(title);
-    grid.addWidget(button, place / columns, place % columns);
+    grid.add(button);
     return button;
 }
 
-void BoardIconPopover::addIcons(QGridLayout& grid) {
-    const auto size = theme().scaled(kIconSize);
+void BoardIconPopover::addIcons() {
     for (const auto icon : model::allBoardIcons()) {
-        auto* const button = addButton(grid, static_cast<int>(icon), kIconColumns,
-                                       tr(std::string(model::title(icon)).c_str()));
-        button->setIconSize({size, size});
+        auto* const button =
+            addButton(*m_icons, tr(std::string(model::title(icon)).c_str()), kIconSize);
         connect(button, &QToolButton::clicked, this, [this, icon] { chooseIcon(icon); });
-        m_icons.push_back(button);
     }
 }
 
-void BoardIconPopover::addColors(QGridLayout& grid) {
+void BoardIconPopover::addColors() {
     const auto size = theme().scaled(kSwatchSize);
     const auto add = [&](std::optional<model::BoardIconColor> color, const QString& title) {
-        auto* const button =
-            addButton(grid, static_cast<int>(m_colors.size()), kColorColumns, title);
-        button->setIconSize({size, size});
+        auto* const button = addButton(*m_colors, title, kSwatchSize);
         button->setIcon(swatch(colorOf(color, theme().colors()), size, devicePixelRatioF()));
         connect(button, &QToolButton::clicked, this, [this, color] { chooseColor(color); });
-        m_colors.push_back(button);
     };
     add(std::nullopt, tr("Accent color"));
     for (const auto color : model::allBoardIconColors()) {
@@ -124,50 +126,30 @@ void BoardIconPopover::showChoice() {
     const auto color =
         m_board.iconColor() ? model::boardIconColor(*m_board.iconColor()) : std::nullopt;
     const auto drawing = iconColorOf(m_board, theme().colors());
-    for (std::size_t i = 0; i < m_icons.size(); ++i) {
-        m_icons[i]->setIcon(IconSet::icon(
+    for (std::size_t i = 0; i < m_icons->buttons().size(); ++i) {
+        m_icons->buttons()[i]->setIcon(IconSet::icon(
             boardIconName(model::rawValue(static_cast<model::BoardIcon>(i))), drawing));
-        m_icons[i]->setChecked(i == static_cast<std::size_t>(icon));
     }
-    for (std::size_t i = 0; i < m_colors.size(); ++i) {
-        m_colors[i]->setChecked(i == (color ? static_cast<std::size_t>(*color) + 1 : 0));
-    }
+    m_icons->choose(static_cast<std::size_t>(icon));
+    m_colors->choose(color ? static_cast<std::size_t>(*color) + 1 : 0);
 }
 
 void BoardIconPopover::showRefusal(const std::optional<QString>& refused) {
     m_error->setVisible(refused.has_value());
     m_error->setText(refused.value_or(QString()));
+    Accessibility::say(*m_error, m_error->text());
     showChoice();
     placeAgain();
 }
 
 void BoardIconPopover::keyPressEvent(QKeyEvent* event) {
     auto* const focused = qobject_cast<QToolButton*>(QApplication::focusWidget());
-    for (const auto& [buttons, columns] :
-         {std::pair(&m_icons, kIconColumns), std::pair(&m_colors, kColorColumns)}) {
-        const auto found = std::find(buttons->begin(), buttons->end(), focused);
-        if (found == buttons->end()) {
-            continue;
-        }
-        const auto step = event->key() == Qt::Key_Left    ? -1
-                          : event->key() == Qt::Key_Right ? 1
-                          : event->key() == Qt::Key_Up    ? -columns
-                          : event->key() == Qt::Key_Down  ? columns
-                                                          : 0;
-        const auto place = found - buttons->begin() + step;
-        if (step != 0) {
-            if (place >= 0 && place < static_cast<std::ptrdiff_t>(buttons->size())) {
-                (*buttons)[static_cast<std::size_t>(place)]->setFocus();
-            }
-            return;
-        }
-        if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
-            focused->click();
-            closeNow();
-            return;
-        }
+    if (focused && (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)) {
+        focused->click();
+        closeNow();
+    } else {
+        Popover::keyPressEvent(event);
     }
-    Popover::keyPressEvent(event);
 }
 
 } // namespace korvex::ui

@@ -7,13 +7,15 @@
 
 #include <QStringList>
 
-class QGridLayout;
 class QLabel;
 class QToolButton;
 
 namespace korvex::ui {
 
-/// Chooses a board's icon and its colour; both are stored at once. Arrow keys walk the grids.
+class ButtonGrid;
+
+/// Chooses a board's icon and its colour; both are stored at once. Arrow keys walk the two grids,
+/// Tab leads from one to the other, Return chooses and closes.
 class BoardIconPopover final : public Popover {
     Q_OBJECT
 
@@ -25,9 +27,9 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    QToolButton* addButton(QGridLayout& grid, int place, int columns, const QString& title);
-    void addIcons(QGridLayout& grid);
-    void addColors(QGridLayout& grid);
+    QToolButton* addButton(ButtonGrid& grid, const QString& title, int iconSize);
+    void addIcons();
+    void addColors();
     void chooseIcon(std::optional<model::BoardIcon> icon);
     void chooseColor(std::optional<model::BoardIconColor> color);
     void showChoice();
@@ -36,9 +38,9 @@ private:
     model::Board& m_board;
     services::BoardService& m_boards;
     const base::Clock& m_clock;
-    std::vector<QToolButton*> m_icons;
+    ButtonGrid* m_icons;
     /// The first is the accent colour, for none of the board's own.
-    std::vector<QToolButton*> m_colors;
+    ButtonGrid* m_colors;
     QLabel* m_error;
 };
 

@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 
@@ -35,10 +36,9 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     paintRowGround(*painter, box, state, colors.sidebar, m_theme);
 
     const auto size = m_theme.scaled(kIconSize);
-    painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
-                        IconSet::pixmap(boardIconName(board.iconSystemName()),
-                                        iconColorOf(board, colors), size,
-                                        painter->device()->devicePixelRatio()));
+    const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
+    IconSet::draw(*painter, boardIconName(board.iconSystemName()), iconColorOf(board, colors),
+                  mirrored(icon, box));
 
     const auto count = m_model.openTodoCount(index.row());
     const auto countText = count > 0 ? QString::number(count) : QString();
@@ -46,12 +46,12 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     const auto countWidth = metrics.horizontalAdvance(countText);
     painter->setFont(m_theme.font());
     painter->setPen(colors.secondaryText);
-    painter->drawText(box.adjusted(0, 0, -kPadding, 0), Qt::AlignRight | Qt::AlignVCenter,
-                      countText);
+    painter->drawText(mirrored(box.adjusted(0, 0, -kPadding, 0), box),
+                      Qt::AlignRight | Qt::AlignVCenter, countText);
     auto name = nameRect(option.rect);
     name.setRight(name.right() - countWidth - (countWidth > 0 ? kPadding : 0));
     painter->setPen(colors.text);
-    painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
+    painter->drawText(mirrored(name, option.rect), Qt::AlignLeft | Qt::AlignVCenter,
                       metrics.elidedText(index.data().toString(), Qt::ElideRight, name.width()));
     painter->restore();
 }
@@ -82,7 +82,7 @@ void BoardItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
 
 void BoardItemDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                                              const QModelIndex&) const {
-    editor->setGeometry(nameRect(option.rect).adjusted(-3, 4, 0, -4));
+    editor->setGeometry(mirrored(nameRect(option.rect).adjusted(-3, 4, 0, -4), option.rect));
 }
 
 QRect BoardItemDelegate::nameRect(const QRect& row) const {

@@ -2,6 +2,7 @@
 
 #include "model/Entry.h"
 #include "services/OpenTodos.h"
+#include "store/ModelContainer.h"
 #include "ui/kit/RowDiff.h"
 #include "ui/kit/Text.h"
 
@@ -30,8 +31,10 @@ QVariant BoardListModel::data(const QModelIndex& index, int role) const {
 }
 
 Qt::ItemFlags BoardListModel::flags(const QModelIndex& index) const {
-    return QAbstractListModel::flags(index) | Qt::ItemIsEditable | Qt::ItemIsDragEnabled |
-           Qt::ItemIsDropEnabled;
+    const auto flags = QAbstractListModel::flags(index);
+    return m_context.container().allowsSave()
+               ? flags | Qt::ItemIsEditable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled
+               : flags;
 }
 
 void BoardListModel::refresh() {

@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardItemDelegate.h"
 #include "ui/boards/RowDragTypes.h"
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/RowDrag.h"
 
 #include <QContextMenuEvent>
@@ -14,6 +15,7 @@ namespace korvex::ui {
 
 BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget* parent)
     : QListView(parent), m_model(model), m_theme(theme) {
+    Accessibility::install();
     setFrameShape(NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setEditTriggers(EditKeyPressed);
@@ -27,6 +29,14 @@ BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget*
     setItemDelegate(delegate);
     setModel(&model);
     connect(delegate, &BoardItemDelegate::renamed, this, &BoardListView::renamed);
+    connect(delegate, &QAbstractItemDelegate::closeEditor, this,
+            [this](QWidget*, QAbstractItemDelegate::EndEditHint hint) {
+                if (hint == QAbstractItemDelegate::RevertModelCache) {
+                    Q_EMIT renamingGivenUp();
+                } else {
+                    Q_EMIT renamingEnded();
+                }
+            });
     for (const auto signal :
          {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved}) {
         connect(&model, signal, this, [this] { updateGeometry(); });
@@ -87,12 +97,23 @@ void BoardListView::focusEnd(End end) {
 
 void BoardListView::keyPressEvent(QKeyEvent* event) {
     const auto row = currentIndex().row();
-    if (event->key() == Qt::Key_Up && row <= 0) {
+    const bool isUp = event->key() == Qt::Key_Up;
+    if ((isUp || event->key() == Qt::Key_Down) && event->modifiers() == Qt::AltModifier) {
+        if (auto* const board = currentBoard()) {
+            Q_EMIT moveRequested(board, isUp ? -1 : 1);
+        }
+        return;
+    }
+    if (isUp && row <= 0) {
         Q_EMIT leftUpwards();
         return;
     }
     if (event->key() == Qt::Key_Down && row == m_model.rowCount() - 1) {
         Q_EMIT leftDownwards();
+        return;
+    }
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        Q_EMIT returnPressed();
         return;
     }
     if (event->key() == Qt::Key_Escape) {
@@ -115,6 +136,25 @@ void BoardListView::contextMenuEvent(QContextMenuEvent* event) {
                              isByKeyboard ? viewport()->mapToGlobal(visualRect(index).bottomLeft())
                                           : event->globalPos());
     }
+}
+
+void BoardListView::focusInEvent(QFocusEvent* event) {
+    QListView::focusInEvent(event);
+    m_announcer.focused();
+}
+
+std::vector<RowSpeech::Action> BoardListView::actionsOf(int row) {
+    auto* const board = m_model.board(row);
+    std::vector<Action> actions{{tr("Open"), [this, board] { Q_EMIT boardChosen(board); }}};
+    if (m_model.index(row, 0).flags().testFlag(Qt::ItemIsEditable)) {
+        actions.push_back({tr("Rename"), [this, board] { rename(*board); }});
+    }
+    return actions;
+}
+
+int BoardListView::rowInEditing() const {
+    const auto current = currentIndex();
+    return current.isValid() && indexWidget(current) ? current.row() : -1;
 }
 
 void BoardListView::startDrag(Qt::DropActions) {

@@ -4,6 +4,7 @@
 #include "model/EntryPlacement.h"
 #include "model/EntryType.h"
 #include "ui/boards/BoardListModel.h"
+#include "ui/kit/RowSpeech.h"
 #include "ui/kit/Theme.h"
 
 #include <QListView>
@@ -14,7 +15,7 @@ namespace korvex::ui {
 
 /// The boards in the sidebar: chosen, renamed in place and reordered by dragging. Changes nothing
 /// itself.
-class BoardListView final : public QListView {
+class BoardListView final : public QListView, public RowSpeech {
     Q_OBJECT
 
 public:
@@ -35,14 +36,20 @@ Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
     void menuRequested(korvex::model::Board* board, const QPoint& globalPosition);
     void renamed(korvex::model::Board* board, const QString& name);
+    /// The editor of a name is closed; with Escape, what was typed there is given up.
+    void renamingEnded();
+    void renamingGivenUp();
     void dropped(const korvex::base::Uuid& id, const korvex::base::Uuid& target,
                  korvex::model::EntryPlacement placement);
     /// An entry was dropped on a board that can take it.
     void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
+    void returnPressed();
     /// Up was pressed on the first board.
     void leftUpwards();
     /// Down was pressed on the last board.
     void leftDownwards();
+    /// The board is to stand this many places further down, or up where it is negative.
+    void moveRequested(korvex::model::Board* board, int offset);
 
 protected:
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
@@ -55,6 +62,9 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    std::vector<Action> actionsOf(int row) override;
+    int rowInEditing() const override;
 
 private:
     struct DropTarget {
@@ -72,6 +82,7 @@ private:
 
     BoardListModel& m_model;
     const Theme& m_theme;
+    RowAnnouncer m_announcer{*this};
     std::optional<DropTarget> m_dropTarget;
     int m_entryTarget = -1;
 };

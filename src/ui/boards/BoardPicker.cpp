@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/FuzzyMatch.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
@@ -101,14 +102,14 @@ public:
         paintRowGround(*painter, box, option.state & ~QStyle::State_HasFocus, colors.content,
                        m_theme);
         const auto size = m_theme.scaled(kIconSize);
-        painter->drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
-                            IconSet::pixmap(boardIconName(board.iconSystemName()),
-                                            iconColorOf(board, colors), size,
-                                            painter->device()->devicePixelRatio()));
+        const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
+        IconSet::draw(*painter, boardIconName(board.iconSystemName()), iconColorOf(board, colors),
+                      mirrored(icon, box));
         const auto name = box.adjusted(kPadding + size + kPadding, 0, -kPadding, 0);
         painter->setFont(m_theme.font());
         painter->setPen(colors.text);
-        painter->drawText(name, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+        painter->drawText(mirrored(name, box),
+                          Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                           QFontMetrics(m_theme.font())
                               .elidedText(toQString(board.name()), Qt::ElideRight, name.width()));
         painter->restore();

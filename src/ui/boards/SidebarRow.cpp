@@ -1,5 +1,7 @@
 #include "ui/boards/SidebarRow.h"
 
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 
@@ -27,6 +29,7 @@ SidebarRow::SidebarRow(const QString& iconName, const QString& text, const Theme
     setAttribute(Qt::WA_Hover);
     setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
     setAccessibleName(text);
+    Accessibility::setRole(*this, QAccessible::ListItem);
     setToolTip(text);
     connect(&theme, &Theme::changed, this, [this] { updateGeometry(); });
 }
@@ -62,19 +65,19 @@ void SidebarRow::paintEvent(QPaintEvent*) {
     paintRowGround(painter, box, state, colors.sidebar, m_theme);
 
     const auto size = m_theme.scaled(kIconSize);
-    painter.drawPixmap(box.left() + kPadding, box.center().y() - size / 2 + 1,
-                       IconSet::pixmap(m_iconName,
-                                       m_iconColor.isValid() ? m_iconColor : colors.secondaryText,
-                                       size, painter.device()->devicePixelRatio()));
+    const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
+    IconSet::draw(painter, m_iconName, m_iconColor.isValid() ? m_iconColor : colors.secondaryText,
+                  mirrored(icon, box));
     const QFontMetrics metrics(m_theme.font());
     const auto noteWidth = metrics.horizontalAdvance(m_note);
     painter.setFont(m_theme.font());
     painter.setPen(colors.secondaryText);
-    painter.drawText(box.adjusted(0, 0, -kPadding, 0), Qt::AlignRight | Qt::AlignVCenter, m_note);
+    painter.drawText(mirrored(box.adjusted(0, 0, -kPadding, 0), box),
+                     Qt::AlignRight | Qt::AlignVCenter, m_note);
     const auto name = box.adjusted(kPadding + size + kPadding, 0,
                                    -kPadding - noteWidth - (noteWidth > 0 ? kPadding : 0), 0);
     painter.setPen(colors.text);
-    painter.drawText(name, Qt::AlignLeft | Qt::AlignVCenter,
+    painter.drawText(mirrored(name, box), Qt::AlignLeft | Qt::AlignVCenter,
                      metrics.elidedText(text(), Qt::ElideRight, name.width()));
 }
 

@@ -4,6 +4,7 @@
 #include "ui/editor/LanguageMenu.h"
 #include "ui/editor/ListMenu.h"
 #include "ui/editor/TableMenu.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/MenuItems.h"
 #include "ui/text/TextLook.h"
@@ -173,7 +174,7 @@ void FormatBar::prepareButtons() {
     buttonOf(m_heading)->setToolButtonStyle(Qt::ToolButtonTextOnly);
     auto* const language = buttonOf(m_language);
     language->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    language->setLayoutDirection(Qt::RightToLeft); // the caret stands behind the name
+    language->setLayoutDirection(turnedDirection()); // the caret stands behind the name
     auto* const more = moreButton();
     more->setFocusPolicy(Qt::TabFocus);
     more->setAccessibleName(tr("More"));

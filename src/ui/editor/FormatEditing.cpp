@@ -5,6 +5,7 @@
 #include "ui/editor/ListEditing.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/kit/Text.h"
+#include "ui/text/DrawnLists.h"
 
 #include <QTextEdit>
 
@@ -17,10 +18,20 @@ using richtext::CodeKind;
 using richtext::CodeSyntax;
 using richtext::HeadingLevel;
 using richtext::LineStyle;
+using richtext::ParagraphKind;
 using richtext::ParagraphStyle;
 
 bool isBlockCode(const CharacterAttributes& attributes) {
     return attributes.korvexCodeBlock;
+}
+
+ParagraphKind kindOf(const QTextBlock& block) {
+    ParagraphKind kind;
+    for (auto it = block.begin(); !it.atEnd(); ++it) {
+        kind.add(attributesOf(it.fragment().charFormat()));
+    }
+    kind.add(attributesOf(block.charFormat()));
+    return kind;
 }
 
 bool has(const CharacterAttributes& attributes, Emphasis emphasis) {
@@ -107,7 +118,7 @@ void FormatEditing::makeCodeBlock(const QTextCursor& range, const std::string& l
     editParagraphs(
         range,
         [&](CharacterAttributes& attributes) { applyCode(attributes, language, CodeKind::block); },
-        [](ParagraphStyle& style) { applyCodeBlock(style); });
+        [](ParagraphStyle& style, ParagraphKind) { applyCodeBlock(style); });
 }
 
 void FormatEditing::setCodeLanguage(const std::string& language) {
@@ -124,7 +135,7 @@ void FormatEditing::setCodeLanguage(const std::string& language) {
                    CodeSyntax::language(each) == CodeSyntax::language(typed);
         });
         if (typed.korvexCodeBlock) {
-            editParagraphs(run, edit, [](ParagraphStyle&) {});
+            editParagraphs(run, edit, [](ParagraphStyle&, ParagraphKind) {});
         } else if (run.hasSelection()) {
             changeAttributes(run, m_look, edit);
             editSelection(edit);
@@ -143,19 +154,19 @@ void FormatEditing::setHeading(std::optional<HeadingLevel> level) {
     editParagraphs(
         m_edit.textCursor(),
         [&](CharacterAttributes& attributes) { applyHeading(level, attributes); },
-        [&](ParagraphStyle& style) { applyHeading(level, style); });
+        [&](ParagraphStyle& style, ParagraphKind former) { applyHeading(level, style, former); });
 }
 
 void FormatEditing::makeBodyText(const QTextCursor& range) {
     editParagraphs(
         range, [](CharacterAttributes& attributes) { applyBodyText(attributes); },
-        [](ParagraphStyle& style) { applyBodyText(style); });
+        [](ParagraphStyle& style, ParagraphKind former) { applyBodyText(style, former); });
 }
 
 void FormatEditing::clear() {
     editParagraphs(
         m_edit.textCursor(), [](CharacterAttributes& attributes) { clearFormats(attributes); },
-        [](ParagraphStyle& style) { clearFormats(style); });
+        [](ParagraphStyle& style, ParagraphKind) { clearFormats(style); });
 }
 
 void FormatEditing::setLink(const QString& target) {
@@ -187,7 +198,9 @@ void FormatEditing::editParagraphs(const QTextCursor& range, const AttributesEdi
                                    const StyleEdit& editStyle) {
     auto whole = range;
     whole.beginEditBlock();
+    DrawnLists lists(*range.document());
     for (const auto& block : blocksOf(range)) {
+        const auto former = kindOf(block);
         QTextCursor content(block);
         content.movePosition(QTextCursor::EndOfBlock, QTextCursor::KeepAnchor);
         if (content.hasSelection()) {
@@ -198,8 +211,8 @@ void FormatEditing::editParagraphs(const QTextCursor& range, const AttributesEdi
         setEndAttributes(block, atEnd, m_look);
 
         auto style = paragraphStyleOf(block);
-        editStyle(style);
-        setParagraphStyle(block, style, m_look);
+        editStyle(style, former);
+        setParagraphStyle(block, style, m_look, lists);
     }
     whole.endEditBlock();
     if (!m_edit.textCursor().hasSelection()) {

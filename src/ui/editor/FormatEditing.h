@@ -1,7 +1,8 @@
 #pragma once
 
-#include "richtext/text/Attributes.h"
+#include "richtext/text/Formatting.h"
 #include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ParagraphStyle.h"
 
 #include <QString>
 
@@ -46,7 +47,7 @@ public:
 
 private:
     using AttributesEdit = std::function<void(richtext::CharacterAttributes&)>;
-    using StyleEdit = std::function<void(richtext::ParagraphStyle&)>;
+    using StyleEdit = std::function<void(richtext::ParagraphStyle&, richtext::ParagraphKind)>;
 
     void makeCodeBlock(const QTextCursor& range, const std::string& language);
     /// Changes what is selected, or what is typed next.

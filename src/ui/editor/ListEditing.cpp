@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <functional>
+#include <map>
 #include <memory>
+#include <unordered_map>
 #include <utility>
 
 namespace korvex::ui {
@@ -58,20 +60,20 @@ bool isInside(const std::vector<TextListRef>& lists, const std::vector<TextListR
     return lists.size() > outer.size() && std::equal(outer.begin(), outer.end(), lists.begin());
 }
 
-/// The list that an item goes into when it moves in below the item above it: one that an item there
-/// is in already, else a new one.
-TextListRef listInside(const QTextBlock& item, const std::vector<TextListRef>& outer) {
-    for (auto above = item.previous(); above.isValid() && isSameCell(above, item);
-         above = above.previous()) {
-        const auto lists = listsOf(above);
-        if (isInside(lists, outer)) {
-            return lists[outer.size()];
-        }
-        if (lists.size() < outer.size() || lists.back() == outer.back()) {
-            break;
-        }
-    }
-    return std::make_shared<TextList>(TextList{markerInside(*outer.back(), outer.size())});
+/// The list that an item goes into when it moves in below an item of the lists `above`: the one
+/// that this item is in already, else a new one.
+TextListRef listInside(const std::vector<TextListRef>& above,
+                       const std::vector<TextListRef>& outer) {
+    return isInside(above, outer)
+               ? above[outer.size()]
+               : std::make_shared<TextList>(TextList{markerInside(*outer.back(), outer.size())});
+}
+
+/// The lists of the paragraph above, if it stands in the same cell.
+std::vector<TextListRef> listsAbove(const QTextBlock& block) {
+    const auto above = block.previous();
+    return above.isValid() && isSameCell(above, block) ? listsOf(above)
+                                                       : std::vector<TextListRef>();
 }
 
 /// A list that stands right above or below and can be gone on with.
@@ -89,13 +91,35 @@ TextListRef neighbouringList(const QTextBlock& first, const QTextBlock& last,
     return nullptr;
 }
 
-QTextList* drawnList(const QTextDocument& document, const std::vector<TextListRef>& lists) {
-    for (auto block = document.begin(); block.isValid(); block = block.next()) {
-        if (block.textList() && listsOf(block) == lists) {
-            return block.textList();
+/// A paragraph that gets other lists.
+struct EditedItem {
+    QTextBlock block;
+    ParagraphStyle style;
+};
+
+/// Where all items of a drawn list go to one that is not drawn yet, it becomes that one: Qt looks
+/// at every item of a list whenever one comes or goes.
+void renameWholeLists(const std::vector<EditedItem>& items, DrawnLists& drawn) {
+    struct Move {
+        const std::vector<TextListRef>* lists = nullptr;
+        int items = 0;
+        bool isOne = true;
+    };
+    std::unordered_map<QTextList*, Move> moves;
+    for (const auto& [block, style] : items) {
+        if (auto* const list = block.textList()) {
+            auto& move = moves[list];
+            move.isOne = move.isOne && (!move.lists || *move.lists == style.lists);
+            move.lists = &style.lists;
+            ++move.items;
         }
     }
-    return nullptr;
+    for (const auto& [list, move] : moves) {
+        if (move.isOne && move.items == list->count() && !move.lists->empty() &&
+            !drawn.of(*move.lists)) {
+            drawn.rename(*list, *move.lists);
+        }
+    }
 }
 
 /// Gives each paragraph of the range the lists that `edit` leaves in its style.
@@ -103,14 +127,20 @@ void editLists(const QTextCursor& range, const TextLook& look,
                const std::function<void(const QTextBlock&, ParagraphStyle&)>& edit) {
     auto editing = range;
     editing.beginEditBlock();
+    std::vector<EditedItem> items;
     for (const auto& block : blocksOf(range)) {
         auto style = paragraphStyleOf(block);
         const auto before = style.lists;
         edit(block, style);
         if (style.lists != before) {
             richtext::setListIndents(style);
-            setParagraphStyle(block, style, look);
+            items.push_back({block, std::move(style)});
         }
+    }
+    DrawnLists drawn(*range.document());
+    renameWholeLists(items, drawn);
+    for (const auto& [block, style] : items) {
+        setParagraphStyle(block, style, look, drawn);
     }
     editing.endEditBlock();
 }
@@ -140,10 +170,11 @@ ParagraphStyle paragraphStyleOf(const QTextBlock& block) {
     return style;
 }
 
-void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look) {
+void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look,
+                       DrawnLists& drawn) {
     const auto ground = isCodeBlock(block) ? Ground::code : Ground::plain;
     auto format = blockFormatOf(style, ground, look);
-    auto* const list = style.lists.empty() ? nullptr : drawnList(*block.document(), style.lists);
+    const auto* const list = style.lists.empty() ? nullptr : drawn.of(style.lists);
     if (list) {
         format.setObjectIndex(list->objectIndex());
     }
@@ -152,7 +183,7 @@ void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, con
         cursor.setBlockFormat(format);
     }
     if (!list && !style.lists.empty()) {
-        cursor.createList(listFormatOf(style.lists));
+        drawn.add(style.lists, *cursor.createList(listFormatOf(style.lists)));
     }
 }
 
@@ -172,15 +203,13 @@ void toggleList(const QTextCursor& range, const QString& marker, const TextLook&
         list = std::make_shared<TextList>(TextList{wanted});
     }
     // Where the selection goes through several levels, each keeps its depth.
-    std::vector<std::pair<TextListRef, TextListRef>> renamed;
+    std::map<TextListRef, TextListRef> renamed;
     const auto inPlaceOf = [&](const TextListRef& former) {
-        for (const auto& [old, now] : renamed) {
-            if (old == former) {
-                return now;
-            }
+        const auto [place, isNew] = renamed.try_emplace(former);
+        if (isNew) {
+            place->second = std::make_shared<TextList>(TextList{wanted});
         }
-        renamed.emplace_back(former, std::make_shared<TextList>(TextList{wanted}));
-        return renamed.back().second;
+        return place->second;
     };
     editLists(range, look, [&](const QTextBlock& block, ParagraphStyle& style) {
         if (isCodeBlock(block)) {
@@ -200,15 +229,20 @@ bool nestLists(const QTextCursor& range, Nesting nesting, const TextLook& look) 
                     [](const QTextBlock& block) { return !block.textList(); })) {
         return false;
     }
+    // What an item moves in below has been moved before it.
+    QTextBlock last;
+    std::vector<TextListRef> lastLists;
     editLists(range, look, [&](const QTextBlock& block, ParagraphStyle& style) {
-        if (style.lists.empty()) {
-            return;
-        }
-        if (nesting == Nesting::shallower) {
+        if (nesting == Nesting::shallower && !style.lists.empty()) {
             style.lists.pop_back();
-        } else if (style.lists.size() < kDeepest) {
-            style.lists.push_back(listInside(block, style.lists));
+        } else if (nesting == Nesting::deeper && !style.lists.empty() &&
+                   style.lists.size() < kDeepest) {
+            const auto isGoingOn = last.isValid() && isSameCell(last, block);
+            style.lists.push_back(
+                listInside(isGoingOn ? lastLists : listsAbove(block), style.lists));
         }
+        last = block;
+        lastLists = style.lists;
     });
     return true;
 }

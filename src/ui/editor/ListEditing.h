@@ -1,6 +1,7 @@
 #pragma once
 
-#include "richtext/text/Attributes.h"
+#include "richtext/text/ParagraphStyle.h"
+#include "ui/text/DrawnLists.h"
 #include "ui/text/TextLook.h"
 
 #include <QString>
@@ -25,9 +26,10 @@ ListKind listKindOf(const QTextBlock& block);
 
 /// The style includes the lists of the paragraph, but not its cells.
 richtext::ParagraphStyle paragraphStyleOf(const QTextBlock& block);
-/// The paragraph joins the drawn list that stands for the same objects, or begins one.
+/// The paragraph joins the drawn list that stands for the same objects, or begins one. `drawn` are
+/// those of the block's document, for one command on many paragraphs.
 void setParagraphStyle(const QTextBlock& block, const richtext::ParagraphStyle& style,
-                       const TextLook& look);
+                       const TextLook& look, DrawnLists& drawn);
 
 /// Makes the paragraphs items of a list with this marker, as TextList has it; those that all are
 /// already leave their lists. A list right above or below goes on. Code stays outside of lists.

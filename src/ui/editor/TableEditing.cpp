@@ -3,6 +3,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/editor/TableInPlace.h"
+#include "ui/kit/Text.h"
 #include "ui/text/TextDocumentConversion.h"
 
 #include <QTextCursor>
@@ -251,7 +252,7 @@ bool TableEditing::perform(TableAction action) {
     if (added > 0 && !m_edit.allows(QString(added, QLatin1Char('\n')))) {
         return false;
     }
-    if (editInPlace(*table, step.edit, grid, found->depth, m_edit.look())) {
+    if (editedInPlace(*table, step.edit, grid, found->depth)) {
         placeCaret(offset);
         return true;
     }
@@ -268,21 +269,35 @@ bool TableEditing::resizeColumn(QTextTable& table, int column,
     const Edit edit{.kind = Edit::Kind::resizeColumn, .index = column, .width = width};
     auto grid = found->grid;
     const auto caret = offsetOf(*m_edit.document(), m_edit.textCursor().position());
-    return grid.apply(edit) && (editInPlace(table, edit, grid, found->depth, m_edit.look()) ||
+    return grid.apply(edit) && (editedInPlace(table, edit, grid, found->depth) ||
                                 replace(table, rebuilt(*found, grid, leadOf(table, text)), caret));
+}
+
+// A step of undo that begins with the caret's own cursor leads back to where that stood.
+
+bool TableEditing::editedInPlace(QTextTable& table, const Edit& edit,
+                                 const RichTextTable::Grid& edited, std::size_t depth) {
+    auto caret = m_edit.textCursor();
+    caret.beginEditBlock();
+    const auto isDone = editInPlace(table, edit, edited, depth, m_edit.look());
+    caret.endEditBlock();
+    return isDone;
 }
 
 bool TableEditing::replace(const QTextTable& table, const AttributedString& text,
                            std::size_t caret) {
-    const auto before = m_edit.textCursor();
-    auto whole = before;
-    whole.setPosition(table.firstPosition() - 1);
-    whole.setPosition(table.lastPosition() + 1, QTextCursor::KeepAnchor);
-    m_edit.setTextCursor(whole);
-    if (!m_edit.insert(text)) {
-        m_edit.setTextCursor(before);
+    const auto first = table.firstPosition() - 1;
+    const auto end = table.lastPosition() + 1;
+    if (!m_edit.allowsReplacing(first, end, toQString(text.text()))) {
         return false;
     }
+    auto before = m_edit.textCursor();
+    before.beginEditBlock();
+    QTextCursor whole(m_edit.document());
+    whole.setPosition(first);
+    whole.setPosition(end, QTextCursor::KeepAnchor);
+    insertText(whole, text, m_edit.look());
+    before.endEditBlock();
     placeCaret(caret);
     return true;
 }

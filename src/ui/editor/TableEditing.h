@@ -65,6 +65,8 @@ public:
     bool previousCell() { return selectNeighbour(-1); }
 
 private:
+    bool editedInPlace(QTextTable& table, const richtext::RichTextTable::Grid::Edit& edit,
+                       const richtext::RichTextTable::Grid& edited, std::size_t depth);
     /// Puts the text in the place of the table and of its lead, as one step of undo; then the caret
     /// stands at this offset of the text.
     bool replace(const QTextTable& table, const richtext::AttributedString& text,

@@ -76,8 +76,8 @@ void TablePopover::layOut() {
 void TablePopover::showSize() {
     const auto columns = m_columns->value();
     const auto rows = m_rows->value();
-    m_size->setText(tr("%1 × %2").arg(columns == 1 ? tr("1 column") : tr("%1 columns").arg(columns),
-                                      rows == 1 ? tr("1 row") : tr("%1 rows").arg(rows)));
+    m_size->setText(
+        tr("%1 × %2").arg(tr("%n column(s)", nullptr, columns), tr("%n row(s)", nullptr, rows)));
 }
 
 void TablePopover::insert() {

@@ -1,7 +1,9 @@
 #include "ui/entries/AttachmentInput.h"
 
+#include "base/ByteSize.h"
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/RowEditor.h"
+#include "ui/kit/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>
@@ -162,7 +164,7 @@ bool AttachmentInput::showTip(const QHelpEvent& event) {
         QToolTip::showText(event.globalPos(),
                            QStringLiteral("<span>%1</span>")
                                .arg((shownFilename(found->filename) + QStringLiteral(" · ") +
-                                     shownFileSize(found->size))
+                                     toQString(base::sizeText(found->size)))
                                         .toHtmlEscaped()),
                            m_view.viewport(), chip->rect);
     }

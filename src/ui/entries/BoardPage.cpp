@@ -1,19 +1,26 @@
 #include "ui/entries/BoardPage.h"
 
-#include "ui/boards/ArchivedNotice.h"
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
+#include "ui/kit/NoticeLine.h"
 #include "ui/kit/Text.h"
+#include "ui/text/OfferedFiles.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QKeyEvent>
 
 namespace korvex::ui {
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
-      m_context(workspace.context),
-      m_model(workspace.context, workspace.serializer, workspace.clock, workspace.dates),
+      m_workspace(workspace),
+      m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
-      m_archivedNotice(new ArchivedNotice(theme)),
+      m_archivedNotice(new NoticeLine({.icon = QStringLiteral("archive"),
+                                       .text = tr("This board is archived."),
+                                       .action = tr("Unarchive")},
+                                      theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
       m_editing(m_model, *m_list, workspace, theme),
       m_attachments({.context = workspace.context,
@@ -34,10 +41,15 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                            .dates = workspace.dates,
                            .clock = workspace.clock}},
                 theme),
-      m_menu(parts(), m_actions) {
+      m_menu(parts(), m_actions),
+      m_pasting(*this, m_model, *m_list, workspace.entries, workspace.clock) {
+    const bool canChange = workspace.boards.allowsChanges();
+    m_header->setChangeable(canChange);
+    m_archivedNotice->setActionEnabled(canChange);
     layOut({m_header, m_archivedNotice}, *m_list);
     setFocusProxy(m_list);
     connectParts();
+    connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
     m_ticks = workspace.scheduleClock.didTick().connect(
         [this](base::Instant) { m_list->forgetLabels(); });
@@ -56,23 +68,13 @@ EntryActions::Parts BoardPage::parts() {
 void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
-    connect(m_archivedNotice, &ArchivedNotice::unarchiveRequested, this,
-            &BoardPage::unarchiveRequested);
+    connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
-    connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
-    connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
-    connect(m_list, &EntryListView::completedToggled, this,
-            [this] { m_model.setCompletedExpanded(!m_model.isCompletedExpanded()); });
     connect(&m_attachments, &AttachmentActions::refused, this,
             [this](const QString& message) { banner().showMessage(message); });
     connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
-    const auto attachToEdited = [this](const QMimeData* offered) {
-        if (auto* const entry = m_editing.storedEntry()) {
-            m_attachments.attachOffered(*offered, *entry);
-        }
-    };
     connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
         if (message.isEmpty()) {
@@ -81,8 +83,41 @@ void BoardPage::connectParts() {
             banner().showMessage(message, ErrorBanner::Tone::notice);
         }
     });
-    connect(&m_editing, &EntryEditing::attachmentsPasted, this, attachToEdited);
-    connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attachToEdited);
+    const auto attach = [this](const QMimeData* offered) { attachToEdited(*offered); };
+    connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
+    connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attach);
+}
+
+/// All that the list asks for is carried out by the parts of the page, each its own share.
+void BoardPage::connectList() {
+    connect(m_list, &EntryListView::editRequested, &m_editing, &EntryEditing::edit);
+    connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
+    connect(m_list, &EntryListView::typed, &m_editing, &EntryEditing::startDraftWith);
+    connect(m_list, &EntryListView::pasteRequested, this, &BoardPage::paste);
+    connect(m_list, &EntryListView::toggleRequested, &m_actions, &EntryActions::toggle);
+    connect(m_list, &EntryListView::scheduleRequested, &m_actions,
+            [this](int row) { m_actions.openSchedule(*m_model.entry(row)); });
+    connect(m_list, &EntryListView::moveRequested, &m_actions,
+            [this](int row, int offset) { m_actions.move(*m_model.entry(row), offset); });
+    connect(m_list, &EntryListView::dropped, &m_actions, &EntryActions::drop);
+    connect(m_list, &EntryListView::menuRequested, &m_menu, &EntryMenu::open);
+    connect(m_list, &EntryListView::completedToggled, this, &BoardPage::toggleCompleted);
+}
+
+void BoardPage::paste() {
+    const auto* const offered = QApplication::clipboard()->mimeData();
+    // Files belong to an entry: without a current one there is none to attach them to.
+    if (offered && !isForAttaching(*offered)) {
+        m_pasting.paste(*offered);
+    }
+}
+
+void BoardPage::attachToEdited(const QMimeData& offered) {
+    // A draft is stored for it: with its files it is one creation.
+    const services::UndoManager::Group creation(m_workspace.undo);
+    if (auto* const entry = m_editing.storedEntry()) {
+        m_attachments.attachOffered(offered, *entry);
+    }
 }
 
 QString BoardPage::title() const {
@@ -124,7 +159,7 @@ void BoardPage::showEntry(model::Entry& entry) {
 
 bool BoardPage::resume(const app::Draft& draft) {
     const auto openEntry = [this](const std::optional<base::Uuid>& id) {
-        auto* const entry = id ? m_context.find<model::Entry>(*id) : nullptr;
+        auto* const entry = id ? m_workspace.context.find<model::Entry>(*id) : nullptr;
         const auto row = entry ? m_model.rowOf(*entry) : -1;
         return row >= 0 && m_model.kind(row) == EntryRowKind::entry ? entry : nullptr;
     };
@@ -138,14 +173,47 @@ bool BoardPage::resume(const app::Draft& draft) {
     return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited);
 }
 
+bool BoardPage::showRecord(const base::Uuid& id) {
+    const auto* const entry = m_workspace.context.find<model::Entry>(id);
+    const auto row = entry ? m_model.rowOf(*entry) : -1;
+    if (row >= 0) {
+        m_list->setCurrentRow(row);
+        m_list->setFocus();
+    }
+    return row >= 0;
+}
+
+bool BoardPage::showsArchivedBoard() const {
+    return board() && board()->isLive() && board()->isArchived();
+}
+
+bool BoardPage::canAdd() {
+    if (isReadOnly()) {
+        banner().showMessage(
+            showsArchivedBoard()
+                ? tr("This board is archived.")
+                : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+    }
+    return !isReadOnly();
+}
+
+/// What is opened is to be seen, as much of it as there is room for.
+void BoardPage::toggleCompleted() {
+    m_model.setCompletedExpanded(!m_model.isCompletedExpanded());
+    if (m_model.isCompletedExpanded()) {
+        m_list->scrollToRows(m_model.rowOf(EntryListModel::RowKind::completedHeading),
+                             m_model.rowCount() - 1);
+    }
+}
+
 void BoardPage::startTodo() {
-    if (!isReadOnly()) {
+    if (canAdd()) {
         m_editing.startDraftAtEnd();
     }
 }
 
 void BoardPage::startText() {
-    if (isReadOnly() || !m_editing.leave()) {
+    if (!canAdd() || !m_editing.leave()) {
         return;
     }
     const auto row = m_list->currentRow();
@@ -192,7 +260,7 @@ void BoardPage::updateHeader() {
     const auto isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
     setHint(isEmpty && !isReadOnly() ? tr("Nothing here yet. Type a todo, or paste several lines.")
                                      : QString());
-    m_archivedNotice->setVisible(isReadOnly());
+    m_archivedNotice->setVisible(showsArchivedBoard());
 }
 
 } // namespace korvex::ui

@@ -3,12 +3,13 @@
 #include "ui/entries/AttachmentInput.h"
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
+#include "ui/entries/EntryPasting.h"
 #include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
 
-class ArchivedNotice;
 class BoardHeader;
+class NoticeLine;
 
 /// The content of one board: header, messages, entries. Main thread.
 class BoardPage final : public Page {
@@ -21,6 +22,7 @@ public:
     QString title() const override;
     void takeKeyboard() override;
     bool leave() override { return m_editing.leaveForGood(); }
+    bool showRecord(const base::Uuid& id) override;
 
     model::Board* board() const { return m_model.board(); }
     /// Returns false when what is being edited cannot be left; then the page stays as it is.
@@ -36,8 +38,9 @@ public:
     void startText();
     /// Gives the keyboard to the list, on its first row where none is chosen.
     void focusList();
-    /// An archived board is only looked at.
+    /// An archived board is only looked at, as is every board of a store that cannot be written.
     bool isReadOnly() const { return m_model.isReadOnly(); }
+    bool showsArchivedBoard() const;
     /// The store's records have changed. To be called in sight or not: who counts the open todos
     /// hears of them from here.
     void refresh();
@@ -59,18 +62,25 @@ protected:
 private:
     EntryActions::Parts parts();
     void connectParts();
+    void connectList();
+    void paste();
+    void attachToEdited(const QMimeData& offered);
     void updateHeader();
+    void toggleCompleted();
+    /// Whether new entries can be made; says why not.
+    bool canAdd();
 
-    store::ModelContext& m_context;
+    const Workspace& m_workspace;
     EntryListModel m_model;
     BoardHeader* m_header;
-    ArchivedNotice* m_archivedNotice;
+    NoticeLine* m_archivedNotice;
     EntryListView* m_list;
     EntryEditing m_editing;
     AttachmentActions m_attachments;
     AttachmentInput m_attachmentInput;
     EntryActions m_actions;
     EntryMenu m_menu;
+    EntryPasting m_pasting;
     base::Subscription m_ticks;
 };
 

@@ -11,23 +11,13 @@ EntryActions::EntryActions(const Parts& parts, const Services& services, const T
     : m_parts(parts),
       m_services(services),
       m_theme(theme),
-      m_todos(parts.page, services.todos, theme),
-      m_ticks(services.runLoop) {
-    connectList();
+      m_todos(parts.page, services.todos, services.undo, theme),
+      m_ticks({.list = *this,
+               .view = parts.list,
+               .leaving = parts.list.leaving(),
+               .actions = m_todos,
+               .runLoop = services.runLoop}) {
     connectEditing();
-}
-
-void EntryActions::connectList() {
-    auto* const list = &m_parts.list;
-    connect(list, &EntryListView::toggleRequested, this, &EntryActions::toggle);
-    connect(list, &EntryListView::scheduleRequested, this,
-            [this](int row) { openSchedule(*m_parts.model.entry(row)); });
-    connect(list, &EntryListView::moveRequested, this, [this](int row, int offset) {
-        if (m_parts.model.kind(row) == EntryListModel::RowKind::entry) {
-            move(*m_parts.model.entry(row), offset);
-        }
-    });
-    connect(list, &EntryListView::dropped, this, &EntryActions::drop);
 }
 
 void EntryActions::connectEditing() {
@@ -58,44 +48,17 @@ void EntryActions::toggle(int row) {
     }
 }
 
-void EntryActions::complete(model::Entry& entry) {
-    m_parts.model.linger(entry);
-    if (!m_todos.complete(entry)) {
-        m_parts.model.release(entry);
-        return;
-    }
-    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
-}
-
-void EntryActions::endLingering(const model::Entry& entry) {
-    const auto row = m_parts.model.rowOf(entry);
-    if (row < 0 || !m_parts.model.isLingering(entry)) {
-        return;
-    }
-    const auto wasCurrent = m_parts.list.currentRow() == row;
-    m_parts.list.animateLeaving(entry, [this, &entry, wasCurrent] {
-        if (m_ticks.contains(entry)) {
-            return; // ticked once more meanwhile
-        }
-        auto& list = m_parts.list;
-        if (wasCurrent && list.currentRow() == m_parts.model.rowOf(entry)) {
-            list.setCurrentRow(std::min(list.currentRow() + 1, m_parts.model.rowCount() - 1));
-        }
-        m_parts.model.release(entry);
-    });
-}
-
 void EntryActions::restore(model::Entry& entry) {
-    // A tick taken back while it is still seen puts the todo where it was.
-    std::optional<std::int64_t> position;
-    if (m_parts.model.isLingering(entry)) {
-        position = 0;
-        for (int row = 0; row < m_parts.model.rowOf(entry); ++row) {
-            const auto* const above = m_parts.model.entry(row);
-            position = *position + (above && !above->isCompleted() ? 1 : 0);
-        }
+    if (m_ticks.contains(entry)) {
+        m_ticks.toggle(entry);
+    } else {
+        m_todos.restore(entry);
     }
-    m_todos.restore(entry, position);
+}
+
+int EntryActions::tickedRow(const model::Entry& entry) const {
+    const auto row = m_parts.model.rowOf(entry);
+    return row >= 0 && m_parts.model.kind(row) == EntryListModel::RowKind::entry ? row : -1;
 }
 
 void EntryActions::move(model::Entry& entry, int offset) {
@@ -133,13 +96,10 @@ void EntryActions::remove(model::Entry& entry) {
         return;
     }
     m_todos.remove(entry,
-                   {.text = m_parts.model.text(row),
-                    .goOn =
-                        [this, row] {
-                            m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
-                            m_parts.list.setFocus();
-                        },
-                    .undo = [this] { undo(); }});
+                   {.text = m_parts.model.text(row), .goOn = [this, row] {
+                        m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
+                        m_parts.list.setFocus();
+                    }});
 }
 
 void EntryActions::openSchedule(model::Entry& entry) {
@@ -178,8 +138,7 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
     }
     m_parts.list.setFocus();
-    m_parts.page.banner().offer(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())),
-                                tr("Undo"), [this] { undo(); });
+    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())));
 }
 
 void EntryActions::attachFiles() {
@@ -191,32 +150,6 @@ void EntryActions::attachFiles() {
     if (entry) {
         m_parts.attachments.chooseFiles(*entry);
     }
-}
-
-template <typename Operation>
-void EntryActions::takeBack(Operation&& operation) {
-    if (!m_parts.editing.leaveForGood()) {
-        return;
-    }
-    std::vector<base::Uuid> restored;
-    const auto changes = m_services.context.didChange().connect(
-        [&](const store::ChangeSet& set) { restored = set.inserted; });
-    m_parts.page.perform(operation);
-    for (const auto& id : restored) {
-        const auto* const entry = m_services.context.find<model::Entry>(id);
-        if (const auto row = entry ? m_parts.model.rowOf(*entry) : -1; row >= 0) {
-            m_parts.list.setCurrentRow(row);
-            m_parts.list.setFocus();
-        }
-    }
-}
-
-void EntryActions::undo() {
-    takeBack([this] { m_services.undo.undo(); });
-}
-
-void EntryActions::redo() {
-    takeBack([this] { m_services.undo.redo(); });
 }
 
 } // namespace korvex::ui

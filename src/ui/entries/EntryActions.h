@@ -14,11 +14,13 @@
 
 #include <QObject>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 /// What the user asks of the entries on a board's page, of its list and of its editors: carries it
 /// out, tells on the page why it was refused, and leaves the list where one can go on. Main thread.
-class EntryActions final : public QObject {
+class EntryActions final : public QObject, private LingeringTicks::List {
     Q_OBJECT
 
 public:
@@ -42,7 +44,7 @@ public:
     EntryActions(const Parts& parts, const Services& services, const Theme& theme);
 
     /// Completes the todo: that is stored at once, but its row stays a little longer.
-    void complete(model::Entry& entry);
+    void complete(model::Entry& entry) { m_ticks.toggle(entry); }
     /// Opens the todo again, at the end of its board; where its row still stays, in its old place.
     void restore(model::Entry& entry);
     /// Moves the entry by this many places among the open ones.
@@ -57,19 +59,18 @@ public:
     void moveToBoard(const base::Uuid& id, model::Board& board);
     /// Asks for files for what is edited, or else for the current entry.
     void attachFiles();
-    /// Takes the latest change of the window back, or does it again, and shows what came back.
-    void undo();
-    void redo();
+    /// Ticks the todo of a row, or takes the tick away.
+    void toggle(int row);
+    /// Puts an entry of the board before or after the one of a row.
+    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
 
 private:
-    void connectList();
     void connectEditing();
-    void toggle(int row);
-    void endLingering(const model::Entry& entry);
-    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
-    /// Undoes or redoes.
-    template <typename Operation>
-    void takeBack(Operation&& operation);
+    bool belongs(const model::Entry& entry) const override { return !entry.isCompleted(); }
+    void hold(model::Entry& entry) override { m_parts.model.linger(entry); }
+    void letGo(model::Entry& entry) override { m_parts.model.release(entry); }
+    int tickedRow(const model::Entry& entry) const override;
+    int rowAfter(int row) const override { return std::min(row, m_parts.model.rowCount() - 1); }
 
     Parts m_parts;
     Services m_services;

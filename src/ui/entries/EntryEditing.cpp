@@ -5,7 +5,6 @@
 #include "ui/kit/Text.h"
 
 #include <QMenu>
-#include <QScrollBar>
 
 namespace korvex::ui {
 
@@ -19,7 +18,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
       m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
       m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
                 workspace.clock),
-      m_typing(workspace.runLoop, [this] { storeSoFar(); }),
+      m_undo(workspace.undo),
+      m_typing(workspace.runLoop, workspace.clock, [this] { storeSoFar(); }),
       m_notices(m_storing.noticed().connect(
           [this](const QString& message) { Q_EMIT noticed(message); })) {
     connectEditors();
@@ -87,6 +87,13 @@ void EntryEditing::startDraft(const model::Entry* after) {
 void EntryEditing::startDraftAtEnd() {
     if (leave()) {
         openDraft(EntryType::todo, m_model.openDraftAtEnd());
+    }
+}
+
+void EntryEditing::startDraftWith(const QString& typed) {
+    startDraftAtEnd();
+    if (m_edited.isDraft()) {
+        m_editors.todo().field().insertPlainText(typed);
     }
 }
 
@@ -206,10 +213,11 @@ void EntryEditing::close() {
     const auto* const last = entry();
     m_typing.stop();
     m_edited.close();
-    m_view.removeEditor();
-    if (wasDraft) {
-        m_model.closeDraft();
+    if (wasDraft && last) {
+        m_model.settleDraft(*last);
     }
+    m_view.removeEditor();
+    m_model.closeDraft();
     if (const auto row = last ? m_model.rowOf(*last) : -1; row >= 0) {
         m_view.setCurrentRow(row);
     }
@@ -246,12 +254,11 @@ void EntryEditing::storeSoFar() {
 
 void EntryEditing::settle() {
     if (m_edited.isDraft() && entry()) {
-        // The user is in the middle of a word: nothing on the screen may move.
-        auto* const bar = m_view.verticalScrollBar();
-        const auto scrolled = bar->value();
+        // The user is in the middle of a word: the editor stays where it is on the screen.
         m_storing.settleDraft();
-        m_view.placeEditor(m_editors.current(), m_model.rowOf(*entry()));
-        bar->setValue(scrolled);
+        if (const auto row = m_model.rowOf(*entry()); m_view.editedRow() != row) {
+            m_view.placeEditor(m_editors.current(), row);
+        }
     }
 }
 
@@ -314,7 +321,7 @@ void EntryEditing::changeType() {
 
 void EntryEditing::makeNext() {
     const auto isEmptyDraft = m_edited.isNew() && m_editors.current().isBlank();
-    if (!m_storing.store()) {
+    if ((!isEmptyDraft && deleteEmptied()) || !m_storing.store()) {
         return;
     }
     if (isEmptyDraft) {
@@ -327,14 +334,21 @@ void EntryEditing::makeNext() {
     openDraft(EntryType::todo, m_model.openDraft(after));
 }
 
-void EntryEditing::removeAndGoUp() {
-    if (!m_edited.isNew()) {
-        return;
+bool EntryEditing::deleteEmptied() {
+    auto* const emptied = entry();
+    if (!m_edited.isTodo() || !m_edited.isStored() || !m_editors.current().isBlank()) {
+        return false;
     }
+    Q_EMIT deletionRequested(emptied);
+    return true;
+}
+
+void EntryEditing::removeAndGoUp() {
     const auto place = m_view.editedRow();
     const auto* const above = place > 0 ? m_model.entry(place - 1) : nullptr;
-    if (!leave()) {
-        return;
+    const auto* const emptied = entry();
+    if (m_edited.isNew() ? !leave() : deleteEmptied() && emptied->isLive()) {
+        return; // that was refused
     }
     const auto row = above ? m_model.rowOf(*above) : -1;
     if (row >= 0) {
@@ -361,6 +375,8 @@ void EntryEditing::walk(int direction) {
 }
 
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
+    // The end of the text has gone with the last line: neither without the other.
+    const services::UndoManager::Group paste(m_undo, "Paste");
     const auto isDraft = m_edited.isDraft();
     if (const auto* const last =
             m_storing.addLines(isDraft ? QStringList(text) + others : others)) {

@@ -32,6 +32,8 @@ public:
     /// Starts a new todo after this entry; before all others for null.
     void startDraft(const model::Entry* after);
     void startDraftAtEnd();
+    /// The same with something typed into it already.
+    void startDraftWith(const QString& typed);
     /// Starts a new text after this entry, at the end for null.
     void startTextDraft(const model::Entry* after);
     /// Stores what was typed and closes the editor. False when it was refused: then all stays as it
@@ -91,6 +93,8 @@ private:
     void changeType();
     void makeNext();
     void removeAndGoUp();
+    /// Deletes a stored todo that was emptied. False when it was not.
+    bool deleteEmptied();
     void walk(int direction);
     void pasteLines(const QString& text, const QStringList& others);
     void openMenu(const QPoint& globalPosition);
@@ -101,6 +105,7 @@ private:
     EntryEditors m_editors;
     DraftKeeping m_drafts;
     EntryStoring m_storing;
+    services::UndoManager& m_undo;
     TypingTimer m_typing;
     base::Subscription m_notices;
 };

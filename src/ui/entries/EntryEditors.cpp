@@ -30,8 +30,11 @@ EntryEditors::EntryEditors(const EntryListModel& model, richtext::CodeHighlighte
 EntryEditors::~EntryEditors() = default;
 
 bool EntryEditors::isPartOfCurrent(const QWidget* widget) const {
+    if (m_current && m_current->owns(widget)) {
+        return true;
+    }
     for (; widget; widget = widget->parentWidget()) {
-        if (widget == m_current || qobject_cast<const Popover*>(widget)) {
+        if (qobject_cast<const Popover*>(widget)) {
             return true;
         }
     }

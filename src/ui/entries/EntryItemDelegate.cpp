@@ -1,5 +1,6 @@
 #include "ui/entries/EntryItemDelegate.h"
 
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 #include "ui/todos/TodoPainting.h"
@@ -106,8 +107,9 @@ void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
         return;
     case EntryRowKind::completedHeading:
         IconSet::draw(painter,
-                      m_model.isCompletedExpanded() ? QStringLiteral("caret-down")
-                                                    : QStringLiteral("caret-right"),
+                      m_model.isCompletedExpanded()      ? QStringLiteral("caret-down")
+                      : QGuiApplication::isRightToLeft() ? QStringLiteral("caret-left")
+                                                         : QStringLiteral("caret-right"),
                       colors.secondaryText, rect);
         return;
     case EntryRowKind::draft:
@@ -122,7 +124,12 @@ QSize EntryItemDelegate::sizeHint(const QStyleOptionViewItem& option,
 
 const EntryRowLayout& EntryItemDelegate::layout(int row, int width) const {
     return m_layouts.at(subjectOf(row), width, [&] {
-        return std::make_unique<EntryRowLayout>(m_model, row, width, m_theme, look());
+        auto made = std::make_unique<EntryRowLayout>(m_model, row, width, m_theme, look());
+        const auto kept = m_tableOffsets.find(subjectOf(row));
+        if (made->formatted() && kept != m_tableOffsets.end()) {
+            made->formatted()->setTableOffsets(kept->second);
+        }
+        return made;
     });
 }
 
@@ -136,6 +143,18 @@ const TextLook& EntryItemDelegate::look() const {
 void EntryItemDelegate::forgetAll() const {
     m_layouts.forgetAll();
     m_look.reset();
+}
+
+bool EntryItemDelegate::scrollTables(int row, int width, int by,
+                                     std::optional<QPointF> under) const {
+    const auto& laidOut = layout(row, width);
+    auto* const formatted = laidOut.formatted();
+    const auto local = under ? std::optional(*under - laidOut.text().topLeft()) : std::nullopt;
+    if (!formatted || !formatted->scrollTables(by, local)) {
+        return false;
+    }
+    m_tableOffsets.insert_or_assign(subjectOf(row), formatted->tableOffsets());
+    return true;
 }
 
 /// An entry is one object as long as it lives; the few other rows are told apart by their kind.

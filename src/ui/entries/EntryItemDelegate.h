@@ -7,6 +7,8 @@
 #include <QStyledItemDelegate>
 
 #include <optional>
+#include <unordered_map>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -26,6 +28,10 @@ public:
     const EntryRowLayout& layout(int row, int width) const;
     void forget(int row) const { m_layouts.forget(subjectOf(row)); }
     void forgetAll() const;
+    /// Moves what is seen of the tables of a row that are too wide for it: of all of them, or only
+    /// of the one under a point of the row. False where there is nothing to move.
+    bool scrollTables(int row, int width, int by,
+                      std::optional<QPointF> under = std::nullopt) const;
 
     /// The row in whose place an editor stands: only its attachments are drawn, at its foot. -1 for
     /// none.
@@ -50,6 +56,8 @@ private:
     /// Made when it is first needed: a board may hold no formatted text.
     mutable std::optional<TextLook> m_look;
     mutable RowLayouts<EntryRowLayout> m_layouts;
+    /// How far wide tables were scrolled, which outlasts their layouts.
+    mutable std::unordered_map<const void*, std::vector<int>> m_tableOffsets;
 };
 
 } // namespace korvex::ui

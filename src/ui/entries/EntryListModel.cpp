@@ -4,6 +4,7 @@
 #include "richtext/stored/EntryText.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "store/ModelContainer.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowText.h"
@@ -49,8 +50,10 @@ std::size_t stampOf(const model::Entry& entry) {
 
 EntryListModel::EntryListModel(store::ModelContext& context,
                                const richtext::RichTextSerializer& serializer,
-                               const base::Clock& clock, const DateTexts& dates, QObject* parent)
+                               const schedule::ScheduleClock& clock, const DateTexts& dates,
+                               QObject* parent)
     : RowModel(parent),
+      m_context(context),
       m_serializer(serializer),
       m_clock(clock),
       m_dates(dates),
@@ -63,8 +66,9 @@ QVariant EntryListModel::data(const QModelIndex& index, int role) const {
     const auto* const shown = entry(index.row());
     switch (role) {
     case Qt::DisplayRole:
-    case Qt::AccessibleTextRole:
         return text(index.row());
+    case Qt::AccessibleTextRole:
+        return kind(index.row()) == RowKind::draft ? tr("New entry") : text(index.row());
     case Qt::AccessibleDescriptionRole:
         return shown ? accessibleDescription(*shown) : QString();
     case Qt::CheckStateRole:
@@ -178,9 +182,13 @@ void EntryListModel::closeDraft() {
     }
 }
 
-model::Entry* EntryListModel::draftPredecessor() const {
-    const auto row = rowOf(RowKind::draft);
-    return row > 0 ? entry(row - 1) : nullptr;
+void EntryListModel::settleDraft(const model::Entry& entry) {
+    if (const auto row = rowOf(entry); row >= 0 && hasDraft()) {
+        const auto stored = at(row);
+        applySteps({{.kind = RowStep::Kind::remove, .first = row, .count = 1}}, {});
+        replace(rowOf(RowKind::draft), stored);
+    }
+    closeDraft();
 }
 
 void EntryListModel::linger(model::Entry& entry) {
@@ -201,7 +209,8 @@ bool EntryListModel::isLingering(const model::Entry& entry) const {
 
 std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
     std::vector<Row> rows;
-    m_isReadOnly = m_board && m_board->isLive() && m_board->isArchived();
+    m_isReadOnly = !m_context.container().allowsSave() ||
+                   (m_board && m_board->isLive() && m_board->isArchived());
     if (!m_board || !m_board->isLive()) {
         m_completed.clear();
         m_openTodoCount = 0;

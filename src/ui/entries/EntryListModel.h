@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Clock.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "schedule/ScheduleClock.h"
 #include "ui/attachments/AttachmentSummaries.h"
 #include "ui/kit/RowModel.h"
 #include "ui/todos/DueLabel.h"
@@ -33,7 +33,8 @@ public:
     using RowKind = EntryRowKind;
 
     EntryListModel(store::ModelContext& context, const richtext::RichTextSerializer& serializer,
-                   const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
+                   const schedule::ScheduleClock& clock, const DateTexts& dates,
+                   QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
     Qt::ItemFlags flags(const QModelIndex& index) const override;
@@ -41,7 +42,8 @@ public:
     /// Shows this board; nothing for null.
     void setBoard(model::Board* board);
     model::Board* board() const { return m_board; }
-    /// An archived board is only looked at: nothing is edited, ticked or made on it.
+    /// An archived board is only looked at, as is every board of a store that cannot be written:
+    /// nothing is edited, ticked or made on it.
     bool isReadOnly() const { return m_isReadOnly; }
     /// Takes in what the store's records say now. Only rows that differ are touched.
     void refresh();
@@ -78,9 +80,9 @@ public:
     /// Opens the draft before the row for new todos, where it stays when entries are added there.
     int openDraftAtEnd();
     void closeDraft();
+    /// The draft was stored as this entry, which has its row from now on: nothing moves.
+    void settleDraft(const model::Entry& entry);
     bool hasDraft() const { return m_draftPlace != DraftPlace::none; }
-    /// The entry before the draft; null when it stands first.
-    model::Entry* draftPredecessor() const;
 
     /// Lets a todo that is being completed stay in its row until `release`.
     void linger(model::Entry& entry);
@@ -100,8 +102,9 @@ private:
     void show(std::vector<Row> wanted);
     QString accessibleDescription(const model::Entry& entry) const;
 
+    store::ModelContext& m_context;
     const richtext::RichTextSerializer& m_serializer;
-    const base::Clock& m_clock;
+    const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;
     AttachmentSummaries m_attachments;
     model::Board* m_board = nullptr;

@@ -1,6 +1,7 @@
 #include "ui/entries/EntryListView.h"
 
 #include "ui/entries/RowEditor.h"
+#include "ui/kit/Direction.h"
 #include "ui/text/Links.h"
 
 #include <QApplication>
@@ -14,6 +15,17 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kBottomMargin = 24;
+/// What a key moves a wide table by, and one step of a wheel.
+constexpr int kTableStep = 48;
+constexpr int kWheelStep = 120;
+
+/// A character that begins a text; Space alone does not.
+bool isTyping(const QKeyEvent& event) {
+    const auto text = event.text();
+    constexpr auto kCommands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+    return !text.isEmpty() && (text.front().isPrint() || text.front().isSurrogate()) &&
+           text.front() != QLatin1Char(' ') && (event.modifiers() & kCommands) == 0;
+}
 
 } // namespace
 
@@ -68,6 +80,9 @@ void EntryListView::removeEditor() {
     const auto row = editedRow();
     m_editedIndex = QPersistentModelIndex();
     if (m_editor) {
+        if (m_editor->owns(QApplication::focusWidget())) {
+            setFocus(Qt::OtherFocusReason); // or Qt would give the keyboard to whatever is next
+        }
         m_editor->hide();
         m_editor = nullptr;
     }
@@ -90,10 +105,6 @@ QRect EntryListView::scheduleAnchor(int row) const {
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
     return globalRect(local.translated(rect.topLeft()));
-}
-
-void EntryListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    m_leaving.start(entry, std::move(done));
 }
 
 int EntryListView::measuredHeight(int row) {
@@ -136,6 +147,16 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Control) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::ControlModifier);
     }
+    if (isTyping(*event) || event->matches(QKeySequence::Paste)) {
+        if (m_model.isReadOnly()) {
+            event->ignore();
+        } else if (isTyping(*event)) {
+            Q_EMIT typed(event->text());
+        } else {
+            Q_EMIT pasteRequested();
+        }
+        return;
+    }
     const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
     const auto row = currentRow();
     const auto isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
@@ -154,6 +175,9 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
         }
         return;
     case Qt::Key_Space:
+        if (event->isAutoRepeat() || modifiers != Qt::NoModifier) {
+            return; // not what is meant by a tick
+        }
         if (isEntry) {
             Q_EMIT toggleRequested(row);
         } else if (row >= 0) {
@@ -163,8 +187,10 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Left:
     case Qt::Key_Right:
         if (row >= 0 && m_model.kind(row) == EntryRowKind::completedHeading &&
-            m_model.isCompletedExpanded() == (event->key() == Qt::Key_Left)) {
+            m_model.isCompletedExpanded() == (stepOf(event->key()) < 0)) {
             Q_EMIT completedToggled();
+        } else if (row >= 0) {
+            scrollTables(row, event->key() == Qt::Key_Right ? kTableStep : -kTableStep);
         }
         return;
     case Qt::Key_Up:
@@ -187,6 +213,15 @@ void EntryListView::keyReleaseEvent(QKeyEvent* event) {
         updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::NoModifier);
     }
     RowListView::keyReleaseEvent(event);
+}
+
+void EntryListView::inputMethodEvent(QInputMethodEvent* event) {
+    // Until it is committed, the text is the input method's own affair: an editor that opened now
+    // would end the composition.
+    event->accept();
+    if (!event->commitString().isEmpty() && !m_model.isReadOnly()) {
+        Q_EMIT typed(event->commitString());
+    }
 }
 
 void EntryListView::activate(int row) {
@@ -230,12 +265,8 @@ void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
     }
 }
 
-void EntryListView::mouseDoubleClickEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    const auto row = indexAt(position).row();
-    forgetPress();
-    if (event->button() == Qt::LeftButton && partUnder(position) == RowPart::body &&
-        m_model.kind(row) == EntryRowKind::entry) {
+void EntryListView::doubleClicked(int row, const QPoint& position) {
+    if (m_model.kind(row) == EntryRowKind::entry) {
         Q_EMIT editRequested(row, caretAt(row, position));
     }
 }
@@ -257,7 +288,77 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
     if (currentIndex().isValid()) {
         selectionModel()->select(currentIndex(), QItemSelectionModel::ClearAndSelect);
     }
+    setAttribute(Qt::WA_InputMethodEnabled);
     viewport()->update();
+}
+
+void EntryListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+    RowListView::currentChanged(current, previous);
+    setAttribute(Qt::WA_InputMethodEnabled); // which QAbstractItemView asks the row for
+}
+
+/// What goes sideways, or is turned sideways by Shift, moves the wide table under the pointer.
+void EntryListView::wheelEvent(QWheelEvent* event) {
+    const bool isTurned = event->modifiers() == Qt::ShiftModifier;
+    const auto pixels = isTurned ? event->pixelDelta().transposed() : event->pixelDelta();
+    const auto steps = isTurned ? event->angleDelta().transposed() : event->angleDelta();
+    const int by = pixels.isNull() ? steps.x() * kTableStep / kWheelStep : pixels.x();
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    if (by != 0 && index.isValid() && scrollTables(index.row(), -by, position)) {
+        event->accept();
+    } else {
+        RowListView::wheelEvent(event);
+    }
+}
+
+bool EntryListView::scrollTables(int row, int by, std::optional<QPoint> under) {
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto local =
+        under ? std::optional(QPointF(*under - rect.topLeft())) : std::optional<QPointF>();
+    const bool isText = this->isText(row) && row != editedRow();
+    const bool hasMoved = isText && m_delegate->scrollTables(row, rect.width(), by, local);
+    if (hasMoved) {
+        viewport()->update(rect);
+    }
+    return hasMoved;
+}
+
+QAccessible::Role EntryListView::roleOf(int row) const {
+    return m_model.kind(row) == EntryRowKind::newTodo ? QAccessible::Button : QAccessible::ListItem;
+}
+
+void EntryListView::addState(int row, QAccessible::State& state) const {
+    if (m_model.kind(row) == EntryRowKind::completedHeading) {
+        state.expandable = true;
+        state.expanded = m_model.isCompletedExpanded();
+        state.collapsed = !state.expanded;
+    }
+}
+
+std::vector<RowSpeech::Action> EntryListView::actionsOf(int row) {
+    const auto* const entry = m_model.entry(row);
+    if (!entry) {
+        return {{m_model.kind(row) == EntryRowKind::newTodo ? tr("New todo")
+                 : m_model.isCompletedExpanded()            ? tr("Collapse")
+                                                            : tr("Expand"),
+                 [this, row] { activate(row); }}};
+    }
+    if (m_model.isReadOnly()) {
+        return {};
+    }
+    std::vector<Action> actions;
+    const auto toggle = [this, row] { Q_EMIT toggleRequested(row); };
+    if (entry->isTodo()) {
+        actions.push_back({entry->isCompleted() ? tr("Restore") : tr("Complete"), toggle});
+    }
+    if (m_model.isEditable(row)) {
+        actions.push_back({tr("Edit"), [this, row] { Q_EMIT editRequested(row, -1); }});
+    }
+    if (entry->isOpenTodo()) {
+        actions.push_back({tr("Schedule"), [this, row] { Q_EMIT scheduleRequested(row); }});
+    }
+    return actions;
 }
 
 RowPart EntryListView::partAt(int row, const QPoint& position) const {

@@ -43,8 +43,7 @@ public:
     using RowListView::startAutoScroll;
     using RowListView::stopAutoScroll;
 
-    /// Lets the row of a todo shrink and fade away, then calls `done`.
-    void animateLeaving(const model::Entry& entry, std::function<void()> done);
+    LeavingRows& leaving() { return m_leaving; }
 
 Q_SIGNALS:
     /// The caret is to stand at this UTF-16 offset; -1: at the end.
@@ -53,6 +52,10 @@ Q_SIGNALS:
     void toggleRequested(int row);
     void scheduleRequested(int row);
     void newTodoRequested();
+    /// With no editor open: a new todo is to begin with this.
+    void typed(const QString& text);
+    /// What the clipboard holds is to become entries.
+    void pasteRequested();
     void completedToggled();
     void moveRequested(int row, int offset);
     void dropped(const korvex::base::Uuid& id, int targetRow,
@@ -66,15 +69,22 @@ protected:
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     bool hasMenu(int row) const override { return m_model.entry(row) != nullptr; }
+    QAccessible::Role roleOf(int row) const override;
+    void addState(int row, QAccessible::State& state) const override;
+    std::vector<Action> actionsOf(int row) override;
+    int rowInEditing() const override { return editedRow(); }
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override;
     void paintEvent(QPaintEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void doubleClicked(int row, const QPoint& position) override;
     void focusInEvent(QFocusEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+    void wheelEvent(QWheelEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
@@ -86,6 +96,7 @@ private:
     /// The link of a text entry under a point of the viewport, if it may be opened; else empty.
     QString linkAt(const QPoint& position) const;
     int caretAt(int row, const QPoint& position) const;
+    bool scrollTables(int row, int by, std::optional<QPoint> under = std::nullopt);
     /// Does what the row is for.
     void activate(int row);
     void endDrag();

@@ -6,7 +6,6 @@ namespace korvex::ui {
 
 EntryMenu::EntryMenu(const EntryActions::Parts& parts, EntryActions& actions)
     : m_parts(parts), m_actions(actions) {
-    connect(&m_parts.list, &EntryListView::menuRequested, this, &EntryMenu::open);
     connect(&m_parts.editing, &EntryEditing::menuOpening, this,
             [this](QMenu* menu, model::Entry* entry) { addAttachmentItems(*menu, entry); });
 }

@@ -14,8 +14,10 @@ class EntryMenu final : public QObject {
 public:
     EntryMenu(const EntryActions::Parts& parts, EntryActions& actions);
 
-private:
+    /// That of a row which shows an entry.
     void open(int row, const QPoint& globalPosition);
+
+private:
     void addOpenItems(QMenu& menu, int row);
     /// The entry is null for a draft.
     void addAttachmentItems(QMenu& menu, model::Entry* entry);

@@ -1,6 +1,7 @@
 #include "ui/entries/EntryRowLayout.h"
 
 #include "model/EntryContentLimit.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
@@ -37,6 +38,14 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
         }
     }
     setBox(bottom, theme);
+    for (auto* const place : {&m_sign, &m_textRect, &m_due, &m_scheduleButton}) {
+        *place = mirrored(*place, width);
+    }
+    if (m_chips) {
+        m_chipsTopLeft =
+            mirrored(QRect(m_chipsTopLeft, QSize(m_chips->width(), m_chips->height())), width)
+                .topLeft();
+    }
 }
 
 void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
@@ -77,8 +86,13 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
         m_dueLabel = model.dueLabel(*entry);
     }
 
-    m_text = makeTextLayout(model.text(row), theme);
-    const auto isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
+    // The window's own words follow the window.
+    const auto text = model.text(row);
+    m_text =
+        makeTextLayout(text, entry ? directionOf(text) : QGuiApplication::layoutDirection(), theme);
+    // The text begins at the other side than the row does.
+    const auto isTurned =
+        m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
 
     const auto hasDue = !m_dueLabel.isEmpty();
     const auto dueWidth = m_dueLabel.width(theme);
@@ -104,8 +118,8 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
         m_due = QRect(width - sizes.textRight - dueWidth,
                       top + RowFrame::kPadding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
     } else if (hasDue) {
-        m_due = QRect(isRightToLeft ? textLeft + textWidth - dueWidth : textLeft, bottom + 1,
-                      dueWidth, dueHeight);
+        m_due = QRect(isTurned ? textLeft + textWidth - dueWidth : textLeft, bottom + 1, dueWidth,
+                      dueHeight);
         bottom = m_due.bottom() + 1;
     } else if (isOpenTodo) {
         m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,

@@ -139,6 +139,8 @@ void EntryStoring::takeInOthers() {
     editor.setStored(theirs);
     m_edited.remember();
     m_opened = theirs;
+    // What another has written is not taken back with what was typed.
+    m_session = {};
     if (merge.hasBoth) {
         m_noticed.emit(tr("Another program changed the same part of this text meanwhile. Both "
                           "versions stand in it, yours first."));
@@ -147,11 +149,11 @@ void EntryStoring::takeInOthers() {
 
 void EntryStoring::settleDraft() {
     m_edited.becomeStored();
-    m_model.closeDraft();
+    m_model.settleDraft(*m_edited.entry());
 }
 
 model::Entry* EntryStoring::split() {
-    // What was written so far is stored as one, so that a refusal loses nothing.
+    // What was written so far is stored as one: a refusal loses nothing, nor does an undo.
     if (!m_editors.text().parts() || !store()) {
         return nullptr;
     }
@@ -166,8 +168,8 @@ model::Entry* EntryStoring::split() {
     model::Entry* second = nullptr;
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
-        second =
-            &m_entries.splitText(*m_edited.entry(), parts->before, parts->after, m_clock.now());
+        second = &m_entries.splitText(*m_edited.entry(), parts->before, parts->after, m_clock.now(),
+                                      "Split Text");
     });
     if (refused) {
         m_editors.current().showError(*refused);
@@ -186,7 +188,7 @@ model::Entry* EntryStoring::addLines(const QStringList& lines) {
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
         const auto* const entry = m_edited.entry();
-        last = createTodos(contents, entry ? entry : predecessorOfDraft()).back();
+        last = createTodos(contents, entry ? entry : predecessorOfDraft(), nullptr).back();
     });
     if (refused) {
         m_editors.current().showError(*refused);
@@ -196,10 +198,10 @@ model::Entry* EntryStoring::addLines(const QStringList& lines) {
 
 void EntryStoring::create() {
     const auto* const after = predecessorOfDraft();
-    m_edited.setCreated(m_edited.isTodo()
-                            ? *createTodos({toUtf8(m_editors.todo().typed())}, after).front()
-                            : createText(after));
-    m_session.isCreation = true;
+    m_edited.setCreated(
+        m_edited.isTodo()
+            ? *createTodos({toUtf8(m_editors.todo().typed())}, after, &m_session).front()
+            : createText(after));
 }
 
 void EntryStoring::update() {
@@ -237,15 +239,24 @@ const model::Entry* EntryStoring::predecessorOfDraft() const {
 }
 
 std::vector<model::Entry*> EntryStoring::createTodos(const std::vector<std::string>& contents,
-                                                     const model::Entry* after) {
-    services::NewTodos todos{.contents = contents, .board = *m_model.board(), .now = m_clock.now()};
+                                                     const model::Entry* after,
+                                                     services::EditingSession* session) {
+    services::NewTodos todos{.contents = contents,
+                             .board = *m_model.board(),
+                             .now = m_clock.now(),
+                             .undoName = contents.size() == 1 ? "New Todo" : "New Todos",
+                             .session = session};
     placeAfter(after, todos);
     return m_entries.createTodos(todos);
 }
 
 model::Entry& EntryStoring::createText(const model::Entry* after) {
     const auto text = m_editors.text().text();
-    services::NewText entry{.rich = text, .board = *m_model.board(), .now = m_clock.now()};
+    services::NewText entry{.rich = text,
+                            .board = *m_model.board(),
+                            .now = m_clock.now(),
+                            .undoName = "New Text",
+                            .session = &m_session};
     placeAfter(after, entry);
     return m_entries.createText(entry);
 }

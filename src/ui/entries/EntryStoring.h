@@ -47,7 +47,7 @@ public:
     /// The draft that was created is a row as others are.
     void settleDraft();
     /// Makes two entries of a text, parted at the caret, and returns the second one. Null where
-    /// there is nothing to split, and where it was refused: what was a draft may be stored then.
+    /// there is nothing to split, and where it was refused: what was typed may be stored then.
     model::Entry* split();
     /// Makes todos of the lines, in the place of the draft or behind the entry that is edited.
     /// Returns the last of them, or null where it was refused.
@@ -64,7 +64,8 @@ private:
     /// The entry that the new ones are to stand after; null: at the very front.
     const model::Entry* predecessorOfDraft() const;
     std::vector<model::Entry*> createTodos(const std::vector<std::string>& contents,
-                                           const model::Entry* after);
+                                           const model::Entry* after,
+                                           services::EditingSession* session);
     model::Entry& createText(const model::Entry* after);
 
     EntryListModel& m_model;

@@ -1,11 +1,12 @@
 #include "ui/entries/RowEditor.h"
 
+#include "ui/entries/RowRefusal.h"
+#include "ui/kit/Accessibility.h"
 #include "ui/todos/RowFrame.h"
 
-#include <QLabel>
+#include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <QPushButton>
 #include <QTextEdit>
 
 namespace korvex::ui {
@@ -17,23 +18,26 @@ constexpr int kCornerRadius = 6;
 } // namespace
 
 RowEditor::RowEditor(const Theme& theme, QWidget* parent)
-    : QFrame(parent),
-      m_theme(theme),
-      m_error(new QLabel(this)),
-      m_discard(new QPushButton(tr("Discard"), this)) {
+    : QFrame(parent), m_theme(theme), m_refusal(new RowRefusal(theme, parent)) {
     // It fills all of itself: the row under it need not be drawn with every key.
     setAttribute(Qt::WA_OpaquePaintEvent);
-    m_error->setWordWrap(true);
-    m_error->setTextFormat(Qt::PlainText);
-    m_error->setTextInteractionFlags(Qt::TextSelectableByMouse);
-    m_error->hide();
-    m_discard->setFlat(true);
-    m_discard->setCursor(Qt::PointingHandCursor);
-    m_discard->setToolTip(tr("Give up what was typed here"));
-    m_discard->hide();
-    connect(m_discard, &QPushButton::clicked, this, &RowEditor::discarded);
-    connect(&theme, &Theme::changed, this, &RowEditor::applyErrorTheme);
-    applyErrorTheme();
+    Accessibility::setRole(*this, QAccessible::Grouping);
+    connect(m_refusal, &RowRefusal::discarded, this, &RowEditor::discarded);
+}
+
+void RowEditor::editAround(const std::function<void(QTextCursor&)>& edit) {
+    auto caret = input().textCursor();
+    const auto hadSelection = caret.hasSelection();
+    caret.setKeepPositionOnInsert(true);
+    QTextCursor cursor(input().document());
+    cursor.beginEditBlock();
+    edit(cursor);
+    cursor.endEditBlock();
+    caret.setKeepPositionOnInsert(false);
+    if (!hadSelection) {
+        caret.setPosition(caret.position());
+    }
+    input().setTextCursor(caret);
 }
 
 bool RowEditor::isBlank() {
@@ -41,38 +45,57 @@ bool RowEditor::isBlank() {
 }
 
 void RowEditor::showError(const QString& message) {
-    m_error->setText(message);
-    m_error->setAccessibleName(message);
-    m_error->show();
-    m_discard->show();
-    Q_EMIT neededHeightChanged();
+    m_hasError = true;
+    m_refusal->setMessage(message);
+    m_refusal->placeAt(geometry());
+    update();
 }
 
 void RowEditor::clearError() {
-    if (hasError()) {
-        m_error->hide();
-        m_discard->hide();
-        Q_EMIT neededHeightChanged();
+    if (m_hasError) {
+        m_hasError = false;
+        m_refusal->hide();
+        update();
     }
 }
 
-bool RowEditor::hasError() const {
-    return !m_error->isHidden();
+bool RowEditor::owns(const QWidget* widget) const {
+    return widget == this || isAncestorOf(widget) || widget == m_refusal ||
+           m_refusal->isAncestorOf(widget);
 }
 
-int RowEditor::errorHeight(int width) const {
-    return hasError()
-               ? m_error->heightForWidth(width - m_discard->sizeHint().width()) + RowFrame::kPadding
-               : 0;
-}
-
-void RowEditor::placeError(const QPoint& topLeft, int width) {
-    if (hasError()) {
-        const auto room = width - m_discard->sizeHint().width();
-        m_error->setGeometry({topLeft, QSize(room, m_error->heightForWidth(room))});
-        m_discard->setGeometry(topLeft.x() + room, topLeft.y() - 2, width - room,
-                               QFontMetrics(m_theme.smallFont()).lineSpacing() + 4);
+bool RowEditor::event(QEvent* event) {
+    switch (event->type()) {
+    case QEvent::Move:
+    case QEvent::Resize:
+        if (m_hasError) {
+            m_refusal->placeAt(geometry());
+        }
+        break;
+    case QEvent::Show:
+    case QEvent::Hide:
+        m_refusal->setVisible(m_hasError && event->type() == QEvent::Show);
+        break;
+    default:
+        break;
     }
+    return QFrame::event(event);
+}
+
+void RowEditor::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseReleaseEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseDoubleClickEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void RowEditor::mouseMoveEvent(QMouseEvent* event) {
+    event->accept();
 }
 
 void RowEditor::paintEvent(QPaintEvent* event) {
@@ -87,19 +110,9 @@ void RowEditor::paintEvent(QPaintEvent* event) {
         return;
     }
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(hasError() ? colors.danger : colors.accent, 1.5));
+    painter.setPen(QPen(m_hasError ? colors.danger : colors.accent, 1.5));
     painter.setBrush(colors.content);
     painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
-}
-
-void RowEditor::applyErrorTheme() {
-    const auto& colors = m_theme.colors();
-    m_error->setFont(m_theme.smallFont());
-    m_discard->setFont(m_theme.smallFont());
-    auto palette = m_error->palette();
-    palette.setColor(QPalette::WindowText, colors.danger);
-    palette.setColor(QPalette::Text, colors.danger); // of a label whose text can be selected
-    m_error->setPalette(palette);
 }
 
 } // namespace korvex::ui

@@ -5,15 +5,18 @@
 
 #include <QFrame>
 
-class QLabel;
+#include <functional>
+
 class QMenu;
-class QPushButton;
+class QTextCursor;
 class QTextEdit;
 
 namespace korvex::ui {
 
-/// What stands in the place of a row while the row is edited, with a line at its foot that says why
-/// something was refused and offers to give up what was typed. Main thread.
+class RowRefusal;
+
+/// What stands in the place of a row while the row is edited; under it, where something was
+/// refused, the reason and the offer to give up what was typed. Main thread.
 class RowEditor : public QFrame {
     Q_OBJECT
 
@@ -49,6 +52,8 @@ public:
 
     void showError(const QString& message);
     void clearError();
+    /// Whether the widget is the editor or a part of it.
+    bool owns(const QWidget* widget) const;
 
 Q_SIGNALS:
     void neededHeightChanged();
@@ -59,20 +64,23 @@ Q_SIGNALS:
 
 protected:
     const Theme& theme() const { return m_theme; }
-    /// The height of the line at the foot; 0 while there is nothing to say.
-    int errorHeight(int width) const;
-    void placeError(const QPoint& topLeft, int width);
+    /// Lets `edit` change the document as one step of undo. The caret stays before what is put in
+    /// at its place.
+    void editAround(const std::function<void(QTextCursor&)>& edit);
+    bool event(QEvent* event) override;
+    /// A press beside the field is none on the row behind: it changes nothing.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     /// Draws the ground and the frame that mark the row as the one that is edited.
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    bool hasError() const;
-    void applyErrorTheme();
-
     const Theme& m_theme;
     richtext::AttributedString m_stored;
-    QLabel* m_error;
-    QPushButton* m_discard;
+    RowRefusal* m_refusal;
+    bool m_hasError = false;
 };
 
 } // namespace korvex::ui

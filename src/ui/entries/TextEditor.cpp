@@ -58,14 +58,13 @@ void TextEditor::load(const richtext::AttributedString& stored) {
 void TextEditor::change(const richtext::AttributedString& to) {
     const auto parts = richtext::differences(text(), to);
     auto& document = *m_field->document();
-    QTextCursor cursor(&document);
-    cursor.beginEditBlock();
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-        cursor.setPosition(positionOf(document, part->before.location));
-        cursor.setPosition(positionOf(document, part->before.end()), QTextCursor::KeepAnchor);
-        insertText(cursor, to.slice(part->after), m_field->look());
-    }
-    cursor.endEditBlock();
+    editAround([&](QTextCursor& cursor) {
+        for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+            cursor.setPosition(positionOf(document, part->before.location));
+            cursor.setPosition(positionOf(document, part->before.end()), QTextCursor::KeepAnchor);
+            insertText(cursor, to.slice(part->after), m_field->look());
+        }
+    });
     if (!text().isEquivalentTo(to)) {
         // The document could not be patched, as at the edge of a table: it is made anew.
         const int place = caret();
@@ -129,8 +128,8 @@ int TextEditor::neededHeight(int width) {
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
-    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + errorHeight(room) +
-           2 * RowFrame::kPadding + theme().rowDistance();
+    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * RowFrame::kPadding +
+           theme().rowDistance();
 }
 
 int TextEditor::contentHeight() const {
@@ -172,9 +171,7 @@ void TextEditor::place() {
         theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
     const int bottom =
         height() - (theme().rowDistance() - theme().rowDistance() / 2) - RowFrame::kPadding;
-    const auto error = errorHeight(room);
-    m_field->setGeometry(left, top, room, bottom - error - top);
-    placeError({left, bottom - error + (error > 0 ? RowFrame::kPadding / 2 : 0)}, room);
+    m_field->setGeometry(left, top, room, bottom - top);
     placeBar();
 }
 

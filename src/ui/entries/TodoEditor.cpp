@@ -3,6 +3,7 @@
 #include "base/Text.h"
 #include "base/Utf16.h"
 #include "richtext/text/TextMerge.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/Text.h"
 #include "ui/todos/RowFrame.h"
@@ -20,7 +21,7 @@ TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent), m_field(new TodoTextEdit(this)), m_schedule(new QToolButton(this)) {
     m_schedule->setAutoRaise(true);
     m_schedule->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_schedule->setLayoutDirection(Qt::RightToLeft); // the bell stands behind the label
+    m_schedule->setLayoutDirection(turnedDirection()); // the bell stands behind the label
     m_schedule->setFocusPolicy(Qt::TabFocus);
     m_schedule->setCursor(Qt::PointingHandCursor);
     m_schedule->setToolTip(tr("Schedule (Ctrl+D)"));
@@ -41,18 +42,18 @@ void TodoEditor::load(const richtext::AttributedString& stored) {
     setStored(stored);
     m_field->setPlainText(toQString(stored.text()));
     clearError();
+    place(); // an editor that stays as large is not laid out otherwise
 }
 
 void TodoEditor::change(const richtext::AttributedString& to) {
-    auto parts = richtext::differences(text(), to);
-    QTextCursor cursor(m_field->document());
-    cursor.beginEditBlock();
-    for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
-        cursor.setPosition(static_cast<int>(part->before.location));
-        cursor.setPosition(static_cast<int>(part->before.end()), QTextCursor::KeepAnchor);
-        cursor.insertText(toQString(to.slice(part->after).text()));
-    }
-    cursor.endEditBlock();
+    const auto parts = richtext::differences(text(), to);
+    editAround([&](QTextCursor& cursor) {
+        for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+            cursor.setPosition(static_cast<int>(part->before.location));
+            cursor.setPosition(static_cast<int>(part->before.end()), QTextCursor::KeepAnchor);
+            cursor.insertText(toQString(to.slice(part->after).text()));
+        }
+    });
 }
 
 /// Spaces at the ends are not stored: typing them changes nothing.
@@ -69,6 +70,7 @@ void TodoEditor::setCaret(int offset) {
 void TodoEditor::setDueLabel(const DueLabel& label) {
     m_dueLabel = label;
     applyTheme();
+    place();
 }
 
 int TodoEditor::neededHeight(int width) {
@@ -80,7 +82,7 @@ int TodoEditor::neededHeight(int width) {
     if (!arranged.isBeside) {
         height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
     }
-    return height + errorHeight(room);
+    return height;
 }
 
 void TodoEditor::paintEvent(QPaintEvent* event) {
@@ -92,8 +94,9 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
     const auto top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
     const auto left = frame.textLeft -
                       (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 - frame.signSize;
-    TodoPainting::drawCircle(painter, QRect(left, top, frame.signSize, frame.signSize),
-                             TodoPainting::Circle::open, theme().colors());
+    const QRect circle(left, top, frame.signSize, frame.signSize);
+    TodoPainting::drawCircle(painter, mirrored(circle, rect()), TodoPainting::Circle::open,
+                             theme().colors());
 }
 
 void TodoEditor::resizeEvent(QResizeEvent* event) {
@@ -146,22 +149,18 @@ void TodoEditor::place() {
     const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
     const auto arranged = arrangement(room);
     // Some room below, so that the field never scrolls by a rounded pixel.
-    m_field->setGeometry(frame.textLeft, top + lead, arranged.textWidth,
-                         arranged.textHeight + RowFrame::kPadding - 1);
-    auto y = top + std::max(arranged.textHeight + lead, line);
+    m_field->setGeometry(mirrored(QRect(frame.textLeft, top + lead, arranged.textWidth,
+                                        arranged.textHeight + RowFrame::kPadding - 1),
+                                  width()));
+    const auto y = top + std::max(arranged.textHeight + lead, line);
 
     const auto small = QFontMetrics(theme().smallFont()).lineSpacing();
     const auto button = m_schedule->sizeHint();
-    if (arranged.isBeside) {
-        m_schedule->setGeometry(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
-                                top + (line - button.height()) / 2, button.width(),
-                                button.height());
-    } else {
-        m_schedule->setGeometry(frame.textLeft - 1, y - (button.height() - small) / 2,
-                                button.width(), button.height());
-        y += small + 1;
-    }
-    placeError({frame.textLeft, y}, room);
+    const QPoint place =
+        arranged.isBeside ? QPoint(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
+                                   top + (line - button.height()) / 2)
+                          : QPoint(frame.textLeft - 1, y - (button.height() - small) / 2);
+    m_schedule->setGeometry(mirrored(QRect(place, button), width()));
 }
 
 } // namespace korvex::ui

@@ -1,21 +1,37 @@
 #include "ui/kit/DateFields.h"
 
+#include "ui/kit/Text.h"
+
 #include <QDateTimeEdit>
-#include <QLocale>
+#include <QRegularExpression>
 
 namespace korvex::ui {
 
-QString DateFields::dayFormat() {
-    const auto format = QLocale().dateFormat(QLocale::ShortFormat);
-    return format.contains(QLatin1String("yyyy")) ? format : QStringLiteral("yyyy-MM-dd");
+namespace {
+
+/// Both write the parts with the same letters, but for the year and the half of the day.
+QString toQtFormat(const std::string& pattern) {
+    auto format = toQString(pattern);
+    static const QRegularExpression kYear(QStringLiteral("y+"));
+    static const QRegularExpression kHalf(QStringLiteral("[aBb]+"));
+    format.replace(kYear, QStringLiteral("yyyy"));
+    format.replace(kHalf, QStringLiteral("AP"));
+    return format.replace(QLatin1Char('K'), QLatin1Char('h'))
+        .replace(QLatin1Char('k'), QLatin1Char('H'));
 }
 
-QString DateFields::timeFormat() {
-    auto format = QLocale().timeFormat(QLocale::ShortFormat);
-    return format.remove(QStringLiteral(":ss")); // some locales' short times have seconds
+} // namespace
+
+QString DateFields::dayFormat(const base::DateFormats& formats) {
+    return toQtFormat(formats.dayPattern());
+}
+
+QString DateFields::timeFormat(const base::DateFormats& formats) {
+    return toQtFormat(formats.timePattern());
 }
 
 void DateFields::setUp(QDateTimeEdit& field, const QString& format) {
+    field.setLayoutDirection(Qt::LeftToRight); // Qt would turn the parts of a date around
     field.setTimeSpec(Qt::UTC);
     field.setDisplayFormat(format);
     // The window's own calendar reckons by the proleptic calendar: no day before it matters here.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Calendar.h"
+#include "base/DateFormats.h"
 
 #include <QDateTime>
 
@@ -11,10 +11,10 @@ namespace korvex::ui {
 /// Fields for days and times: they show wall-clock time, the zone is the calendar's.
 namespace DateFields {
 
-/// The user's order of a day's parts, with all digits of the year.
-QString dayFormat();
-/// The user's time of day, without seconds.
-QString timeFormat();
+/// What the labels of these formats show, as a field takes it: a day in the same order, with all
+/// digits of the year, and a time by the same clock.
+QString dayFormat(const base::DateFormats& formats);
+QString timeFormat(const base::DateFormats& formats);
 /// Sets the format and what can be chosen.
 void setUp(QDateTimeEdit& field, const QString& format);
 

@@ -1,9 +1,12 @@
 #include "ui/kit/ErrorBanner.h"
 
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QTimer>
 #include <QToolButton>
 
@@ -14,7 +17,8 @@ namespace {
 using namespace std::chrono_literals;
 
 /// Long enough to read the notice and to reach its button.
-constexpr auto kOfferShown = 10s;
+constexpr auto kNoticeShown = 10s;
+constexpr double kCornerRadius = 6;
 
 } // namespace
 
@@ -26,15 +30,16 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
       m_action(new QToolButton(this)),
       m_close(new QToolButton(this)),
       m_end(new QTimer(this)) {
-    setAutoFillBackground(true);
+    Accessibility::setRole(*this, QAccessible::AlertMessage);
     m_text->setWordWrap(true);
+    m_text->setAlignment(lineStart());
     m_text->setTextFormat(Qt::PlainText);
     m_text->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_close->setAutoRaise(true);
     m_close->setAccessibleName(tr("Close this message"));
     m_close->setToolTip(tr("Close this message"));
     auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(18, 8, 10, 8);
+    row->setContentsMargins(10, 8, 10, 8);
     row->setSpacing(10);
     row->addWidget(m_sign, 0, Qt::AlignTop);
     row->addWidget(m_text, 1);
@@ -45,7 +50,7 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     m_action->setText(tr("Undo"));
     m_action->setAutoRaise(true);
     m_end->setSingleShot(true);
-    m_end->setInterval(kOfferShown);
+    m_end->setInterval(kNoticeShown);
     connect(m_end, &QTimer::timeout, this, &ErrorBanner::clear);
     connect(m_action, &QToolButton::clicked, this, [this] {
         const auto perform = m_perform;
@@ -62,18 +67,28 @@ void ErrorBanner::showMessage(const QString& message, Tone tone) {
     m_end->stop();
     m_action->hide();
     m_text->setText(message);
-    m_text->setAccessibleName(message);
     applyTheme();
     show();
+    Accessibility::say(*this, message);
+}
+
+void ErrorBanner::tell(const QString& message) {
+    showMessage(message, Tone::notice);
+    m_end->start();
 }
 
 void ErrorBanner::offer(const QString& message, const QString& action,
                         std::function<void()> perform) {
-    showMessage(message, Tone::notice);
+    tell(message);
     m_perform = std::move(perform);
     m_action->setText(action);
     m_action->show();
-    m_end->start();
+}
+
+void ErrorBanner::endOffer() {
+    if (!m_action->isHidden()) {
+        clear();
+    }
 }
 
 void ErrorBanner::clear() {
@@ -85,6 +100,16 @@ void ErrorBanner::clear() {
 
 QString ErrorBanner::message() const {
     return m_text->text();
+}
+
+void ErrorBanner::paintEvent(QPaintEvent*) {
+    const auto ground = palette().color(QPalette::Window);
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(blended(palette().color(QPalette::WindowText), ground, 0.35));
+    painter.setBrush(ground);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
+                            kCornerRadius);
 }
 
 void ErrorBanner::applyTheme() {

@@ -12,7 +12,7 @@ class QToolButton;
 
 namespace korvex::ui {
 
-/// A line of text above what it concerns, with a button that takes it away: what was refused, or
+/// A few words over what they concern, with a button that takes them away: what was refused, or
 /// what the user should know. Hidden while there is nothing to say.
 class ErrorBanner final : public QFrame {
     Q_OBJECT
@@ -22,10 +22,17 @@ public:
 
     enum class Tone { error, notice };
     void showMessage(const QString& message, Tone tone = Tone::error);
-    /// A notice with a button that does something about it, and goes away by itself.
+    /// A notice that goes away by itself.
+    void tell(const QString& message);
+    /// The same with a button that does something about it.
     void offer(const QString& message, const QString& action, std::function<void()> perform);
+    /// What was offered does not apply any more; anything else that is said stays.
+    void endOffer();
     void clear();
     QString message() const;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyTheme();

@@ -1,5 +1,7 @@
 #include "ui/kit/FlowLayout.h"
 
+#include "ui/kit/Direction.h"
+
 #include <algorithm>
 
 namespace korvex::ui {
@@ -56,7 +58,7 @@ int FlowLayout::arrange(const QRect& rect, Do what) const {
             lineHeight = 0;
         }
         if (what == Do::place) {
-            item->setGeometry({x, y, width, wanted.height()});
+            item->setGeometry(mirrored({x, y, width, wanted.height()}, room));
         }
         x += width + spacing();
         lineHeight = std::max(lineHeight, wanted.height());

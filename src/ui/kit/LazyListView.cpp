@@ -1,6 +1,7 @@
 #include "ui/kit/LazyListView.h"
 
-#include <QAccessible>
+#include "ui/kit/Accessibility.h"
+
 #include <QKeyEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -13,6 +14,7 @@
 namespace korvex::ui {
 
 LazyListView::LazyListView(QWidget* parent) : QListView(parent) {
+    Accessibility::install();
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSelectionMode(SingleSelection);
@@ -97,6 +99,11 @@ void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
     }
 }
 
+void LazyListView::scrollToRows(int first, int last) {
+    scrollTo(model()->index(last, 0));
+    scrollTo(model()->index(first, 0));
+}
+
 void LazyListView::doItemsLayout() {
     // Not QListView's, which would ask for the size of every row.
     QAbstractItemView::doItemsLayout();
@@ -140,9 +147,29 @@ void LazyListView::keyPressEvent(QKeyEvent* event) {
     const auto isLetter = !event->text().isEmpty() && event->text().front().isPrint();
     if (isLetter || event->key() == Qt::Key_Escape) {
         event->ignore();
-    } else {
+    } else if ((event->modifiers() & ~Qt::KeypadModifier) != 0 || !scrollsInside(event->key())) {
         QListView::keyPressEvent(event);
     }
+}
+
+bool LazyListView::scrollsInside(int key) {
+    const auto place = visualRect(currentIndex());
+    const int view = viewport()->height();
+    const int line = verticalScrollBar()->singleStep();
+    const int page = std::max(line, view - line);
+    const int above = std::max(0, -place.top());
+    const int below = std::max(0, place.bottom() + 1 - view);
+    // A row that is not in sight at all is scrolled to, not scrolled in.
+    if (place.height() <= view || above >= place.height() || below >= place.height()) {
+        return false;
+    }
+    const int step = key == Qt::Key_Up         ? -std::min(line, above)
+                     : key == Qt::Key_PageUp   ? -std::min(page, above)
+                     : key == Qt::Key_Down     ? std::min(line, below)
+                     : key == Qt::Key_PageDown ? std::min(page, below)
+                                               : 0;
+    verticalScrollBar()->setValue(verticalScrollBar()->value() + step);
+    return step != 0;
 }
 
 QModelIndex LazyListView::moveCursor(CursorAction action, Qt::KeyboardModifiers) {
@@ -268,22 +295,21 @@ void LazyListView::resizeEvent(QResizeEvent* event) {
     }
 }
 
+void LazyListView::focusInEvent(QFocusEvent* event) {
+    QListView::focusInEvent(event);
+    m_announcer.focused();
+}
+
 void LazyListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     QAbstractItemView::currentChanged(current, previous);
-    if (QAccessible::isActive() && current.isValid() && hasFocus()) {
-        QAccessibleEvent event(this, QAccessible::Focus);
-        event.setChild(current.row());
-        QAccessible::updateAccessibility(&event);
-    }
+    m_announcer.currentChanged();
 }
 
 void LazyListView::selectionChanged(const QItemSelection& selected,
                                     const QItemSelection& deselected) {
     QAbstractItemView::selectionChanged(selected, deselected);
-    if (QAccessible::isActive() && !selected.isEmpty()) {
-        QAccessibleEvent event(this, QAccessible::Selection);
-        event.setChild(selected.first().top());
-        QAccessible::updateAccessibility(&event);
+    if (!selected.isEmpty()) {
+        m_announcer.selected(selected.first().top());
     }
 }
 
@@ -329,6 +355,7 @@ void LazyListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bo
     }
     QAbstractItemView::dataChanged(topLeft, bottomRight, roles);
     settle(anchor);
+    m_announcer.changed(topLeft.row(), bottomRight.row());
 }
 
 void LazyListView::settle(RowAnchor anchor) {

@@ -2,6 +2,7 @@
 
 #include "ui/kit/RowAnchor.h"
 #include "ui/kit/RowHeights.h"
+#include "ui/kit/RowSpeech.h"
 
 #include <QListView>
 #include <QPersistentModelIndex>
@@ -12,9 +13,10 @@ namespace korvex::ui {
 
 /// A list whose rows have heights of their own and cost nothing while they are out of sight: only
 /// rows that are seen are measured, all others are estimated. When an estimate turns out wrong,
-/// what is on the screen stays where it is. Selection, keyboard, drag and drop and accessibility
-/// are those of QListView.
-class LazyListView : public QListView {
+/// what is on the screen stays where it is. Selection, keyboard, drag and drop are those of
+/// QListView; but a row that is higher than the view is walked through by the arrows before the
+/// next one is chosen. What a screen reader is told is in `RowSpeech`.
+class LazyListView : public QListView, public RowSpeech {
     Q_OBJECT
 
 public:
@@ -24,6 +26,9 @@ public:
     QRect visualRect(const QModelIndex& index) const override;
     QModelIndex indexAt(const QPoint& point) const override;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
+    /// Scrolls until the first of these rows is in sight, and as many of the others as there is
+    /// room for.
+    void scrollToRows(int first, int last);
     void doItemsLayout() override;
     void reset() override;
 
@@ -60,6 +65,7 @@ protected:
     void scrollContentsBy(int dx, int dy) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void selectionChanged(const QItemSelection& selected,
                           const QItemSelection& deselected) override;
@@ -81,8 +87,11 @@ private:
     void rowsRemoved(int first, int last);
     void rowsMoved(int first, int last, int destination);
     void forgetAllHeights();
+    /// Moves on inside the current row, if it goes on out of sight in the direction of this key.
+    bool scrollsInside(int key);
 
     RowHeights m_heights;
+    RowAnnouncer m_announcer{*this};
     /// The first row on the screen.
     RowAnchor m_anchor;
     /// The anchor's row while all rows change places.

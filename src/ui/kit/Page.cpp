@@ -1,5 +1,7 @@
 #include "ui/kit/Page.h"
 
+#include "ui/kit/Overlay.h"
+
 #include <QLabel>
 #include <QVBoxLayout>
 
@@ -8,6 +10,7 @@ namespace korvex::ui {
 namespace {
 
 constexpr QMargins kHintMargins(18, 4, 18, 8);
+constexpr int kBannerMargin = 10;
 
 } // namespace
 
@@ -22,6 +25,8 @@ Page::Page(const Theme& theme, QWidget* parent)
     m_hint->setWordWrap(true);
     m_hint->setContentsMargins(kHintMargins);
     m_hint->setForegroundRole(QPalette::PlaceholderText);
+    m_hint->setAlignment(Qt::AlignCenter);
+    m_hint->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_hint->hide();
 }
 
@@ -30,13 +35,13 @@ void Page::layOut(std::initializer_list<QWidget*> top, QWidget& content) {
     for (auto* const each : top) {
         m_column->addWidget(each);
     }
-    m_column->addWidget(m_banner);
-    m_column->addWidget(m_hint);
     m_column->addWidget(m_content, 1);
+    new Overlay(*m_hint, *m_content, Overlay::Place::middle, 0);
+    new Overlay(*m_banner, *m_content, Overlay::Place::foot, kBannerMargin);
 }
 
 void Page::insertBar(QWidget& bar) {
-    m_column->insertWidget(m_column->indexOf(m_hint), &bar);
+    m_column->insertWidget(m_column->indexOf(m_content), &bar);
     auto* last = &bar;
     while (bar.isAncestorOf(last->nextInFocusChain())) {
         last = last->nextInFocusChain();

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/Uuid.h"
 #include "ui/kit/ErrorBanner.h"
 #include "ui/kit/Refusal.h"
 #include "ui/kit/Theme.h"
 
 #include <QWidget>
 
+#include <cstdint>
 #include <initializer_list>
 
 class QLabel;
@@ -13,8 +15,9 @@ class QVBoxLayout;
 
 namespace korvex::ui {
 
-/// What a window shows of the store, one page at a time: from above a header, messages, a hint
-/// while there is nothing to show, and the content. Main thread.
+/// What a window shows of the store, one page at a time: from above a header, bars, and the
+/// content. Messages, and a hint while there is nothing to show, lie over the content, so that no
+/// row moves when they come and go. Main thread.
 class Page : public QWidget {
     Q_OBJECT
 
@@ -29,6 +32,9 @@ public:
     /// Stores what is being edited, before something else is shown or the window closes. False when
     /// that was refused: then the page is to stay in sight, and says why.
     virtual bool leave() { return true; }
+    /// Chooses the row of this record and gives it the keyboard. False when the page lists no such
+    /// row.
+    virtual bool showRecord(const base::Uuid&) { return false; }
 
     ErrorBanner& banner() { return *m_banner; }
     /// Carries out what the user asked for. The banner is cleared first, so that it says why this
@@ -39,13 +45,17 @@ public:
         return follow(operation);
     }
 
+Q_SIGNALS:
+    /// The change of the window that this step of its undo stands for is to be taken back.
+    void undoRequested(std::uint64_t step);
+
 protected:
     Page(const Theme& theme, QWidget* parent);
 
     /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
-    /// order. `top` stands over the messages; the content takes the room that is left.
+    /// order. The content takes the room that is left below `top`.
     void layOut(std::initializer_list<QWidget*> top, QWidget& content);
-    /// Puts the bar between the messages and the content, also for the keyboard.
+    /// Puts the bar directly above the content, also for the keyboard.
     void insertBar(QWidget& bar);
     /// Says over the content why there is nothing in it; an empty text says nothing.
     void setHint(const QString& text);

@@ -1,5 +1,7 @@
 #include "ui/kit/PageHeader.h"
 
+#include "ui/kit/Direction.h"
+
 #include <QHBoxLayout>
 #include <QLabel>
 
@@ -10,7 +12,8 @@ PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent
     // They wrap, so that a large font does not keep the window wide.
     m_title->setWordWrap(true);
     m_note->setWordWrap(true);
-    m_note->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    m_title->setAlignment(lineStart());
+    m_note->setAlignment(lineEnd());
     auto* const row = new QHBoxLayout(this);
     row->setContentsMargins(18, 16, 18, 10);
     row->addWidget(m_title, 1);

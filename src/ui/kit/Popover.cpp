@@ -1,5 +1,7 @@
 #include "ui/kit/Popover.h"
 
+#include "ui/kit/Accessibility.h"
+
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLayout>
@@ -22,6 +24,7 @@ Popover::Popover(const Theme& theme, QWidget* window)
     : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
     setFocusPolicy(Qt::StrongFocus);
+    Accessibility::setRole(*this, QAccessible::Dialog);
     hide();
     connect(&theme, &Theme::changed, this, [this] { update(); });
 }

@@ -18,6 +18,10 @@ void RowListView::setCurrentRow(int row) {
     scrollTo(index);
 }
 
+int RowListView::pointedSign() const {
+    return m_pointer && partUnder(*m_pointer) == RowPart::sign ? indexAt(*m_pointer).row() : -1;
+}
+
 QRect RowListView::globalRect(const QRect& part) const {
     return {viewport()->mapToGlobal(part.topLeft()), part.size()};
 }
@@ -56,6 +60,7 @@ bool RowListView::canBeChosen(const QModelIndex& index) const {
 void RowListView::follow(const QMouseEvent& event) {
     const auto position = event.position().toPoint();
     const auto index = indexAt(position);
+    m_pointer = position;
     setHoveredRow(canBeChosen(index) ? index.row() : -1);
     updateCursor(position, event.modifiers());
 }
@@ -93,6 +98,7 @@ void RowListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bot
 void RowListView::mousePressEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     const auto index = indexAt(position);
+    m_pointer = position;
     m_pressed = index;
     m_pressedPart = partUnder(position);
     // A press would make even a row current that cannot be chosen.
@@ -112,6 +118,19 @@ void RowListView::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
+void RowListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto part = partUnder(position);
+    if (event->button() == Qt::LeftButton && part == RowPart::sign) {
+        mousePressEvent(event);
+        return;
+    }
+    forgetPress();
+    if (event->button() == Qt::LeftButton && part == RowPart::body) {
+        doubleClicked(indexAt(position).row(), position);
+    }
+}
+
 void RowListView::mouseMoveEvent(QMouseEvent* event) {
     follow(*event);
     LazyListView::mouseMoveEvent(event);
@@ -124,15 +143,22 @@ void RowListView::contextMenuEvent(QContextMenuEvent* event) {
         event->ignore();
         return;
     }
-    const auto below = [&] {
-        return globalRect(visualRect(model()->index(row, 0))).bottomLeft() + QPoint(40, 0);
-    };
-    Q_EMIT menuRequested(row, isByKeyboard ? below() : event->globalPos());
+    const auto seen = visualRect(model()->index(row, 0)).intersected(viewport()->rect());
+    Q_EMIT menuRequested(row, isByKeyboard ? viewport()->mapToGlobal(seen.center())
+                                           : event->globalPos());
 }
 
 void RowListView::leaveEvent(QEvent* event) {
+    m_pointer.reset();
     setHoveredRow(-1);
     LazyListView::leaveEvent(event);
+}
+
+bool RowListView::event(QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        m_pointer.reset();
+    }
+    return LazyListView::event(event);
 }
 
 } // namespace korvex::ui

@@ -3,6 +3,8 @@
 #include "ui/kit/LazyListView.h"
 #include "ui/kit/Theme.h"
 
+#include <optional>
+
 namespace korvex::ui {
 
 /// What of a row a point is on. All but the body react to a press of their own.
@@ -31,6 +33,9 @@ public:
     virtual void setCurrentRow(int row);
     /// The number of the chosen row, or -1.
     int currentRow() const { return currentIndex().row(); }
+    /// The row on whose sign the pointer is, as far as it is the pointer that is used and no key;
+    /// -1 for none.
+    int pointedSign() const;
     /// Where a part of the viewport lies on the screen.
     QRect globalRect(const QRect& part) const;
     /// Labels and layouts are made anew when they are drawn: "now" has moved, or the theme changed.
@@ -44,6 +49,8 @@ protected:
     virtual RowPart partAt(int row, const QPoint& position) const = 0;
     /// A part was pressed and let go with the left button.
     virtual void clicked(int row, RowPart part, const QMouseEvent& event) = 0;
+    /// The body of a row was pressed twice. Two quick presses of a sign are just two.
+    virtual void doubleClicked(int /*row*/, const QPoint& /*position*/) {}
     /// Whether a press at this point does something at once.
     virtual bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const;
     virtual bool hasMenu(int) const { return false; }
@@ -63,8 +70,6 @@ protected:
     int hoveredRow() const { return m_hoveredRow; }
     /// The part that the last press was on.
     RowPart pressedPart() const { return m_pressedPart; }
-    /// Letting go of the button is no click any more.
-    void forgetPress() { m_pressed = QPersistentModelIndex(); }
     /// Shows what the pointer is over.
     void follow(const QMouseEvent& event);
     void updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers);
@@ -75,16 +80,22 @@ protected:
                      const QList<int>& roles) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void leaveEvent(QEvent* event) override;
+    bool event(QEvent* event) override;
 
 private:
+    /// Letting go of the button is no click any more.
+    void forgetPress() { m_pressed = QPersistentModelIndex(); }
     bool canBeChosen(const QModelIndex& index) const;
     void setHoveredRow(int row);
 
     const Theme& m_theme;
     int m_hoveredRow = -1;
+    /// Where the pointer is in the viewport, until it leaves or a key is pressed.
+    std::optional<QPoint> m_pointer;
     QPersistentModelIndex m_pressed;
     RowPart m_pressedPart = RowPart::none;
 };

@@ -105,6 +105,12 @@ protected:
         }
     }
 
+    /// The row stands for something else from now on; views keep what they know of it.
+    void replace(int row, Row other) {
+        m_rows[static_cast<std::size_t>(row)] = std::move(other);
+        touch(row);
+    }
+
     /// What the row shows has changed.
     void touch(int row) { Q_EMIT dataChanged(index(row, 0), index(row, 0)); }
 

@@ -1,5 +1,6 @@
 #include "ui/kit/SearchField.h"
 
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 
 #include <QAction>
@@ -17,8 +18,10 @@ constexpr double kCornerRadius = 6;
 SearchField::SearchField(const Theme& theme, QWidget* parent)
     : QLineEdit(parent), m_theme(theme), m_icon(addAction(QIcon(), QLineEdit::LeadingPosition)) {
     setFrame(false);
+    setAlignment(lineStart());
     setPlaceholderText(tr("Search"));
     setClearButtonEnabled(true);
+    m_icon->setText(tr("Search")); // the name of its button
     setMaxLength(kMaximumLength);
     setMinimumWidth(0);
     connect(m_icon, &QAction::triggered, this, [this] { setFocus(); });

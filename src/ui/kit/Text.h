@@ -22,6 +22,21 @@ inline std::string toUtf8(const QString& text) {
     return text.toStdString();
 }
 
+/// The text with invisible places to break a line in words that are too long for one.
+inline QString breakable(const QString& text) {
+    constexpr int kLongWord = 16;
+    QString result;
+    int letters = 0;
+    for (const auto character : text) {
+        letters = character.isSpace() ? 0 : letters + 1;
+        if (letters > kLongWord && !character.isLowSurrogate() && !character.isMark()) {
+            result += QChar(0x200B);
+        }
+        result += character;
+    }
+    return result;
+}
+
 /// The beginning of an entry's first line, to name it by.
 inline QString shortened(const QString& text) {
     constexpr int kShown = 60;

@@ -91,6 +91,11 @@ Theme::Theme(app::AppPreferences& preferences, QObject* parent)
     apply();
 }
 
+Theme::~Theme() {
+    QApplication::setPalette(m_systemPalette);
+    QApplication::setFont(m_systemFont);
+}
+
 int Theme::rowDistance() const {
     return m_preferences.boardSpacing() == app::AppPreferences::BoardSpacing::compact ? 4 : 8;
 }

@@ -33,6 +33,8 @@ class Theme final : public QObject {
 
 public:
     explicit Theme(app::AppPreferences& preferences, QObject* parent = nullptr);
+    /// Gives the application the system's palette and font back, so that the next one finds them.
+    ~Theme() override;
 
     const ThemeColors& colors() const { return m_colors; }
     /// The sans-serif of the system at the preferred size.

@@ -92,7 +92,7 @@ void CompletedFilterBar::makeRange() {
     m_end->setAccessibleName(tr("Last day"));
     for (auto* const field : {m_start, m_end}) {
         field->setCalendarPopup(true);
-        DateFields::setUp(*field, DateFields::dayFormat());
+        DateFields::setUp(*field, DateFields::dayFormat(m_dates.formats()));
     }
     auto* const row = new QHBoxLayout(m_range);
     row->setContentsMargins(0, 0, 0, 0);

@@ -29,7 +29,8 @@ QString iconOf(std::string_view symbol, const model::Board& board) {
 } // namespace
 
 SearchListModel::SearchListModel(services::SearchService& search, const base::TextFolding& folding,
-                                 const base::Clock& clock, const DateTexts& dates, QObject* parent)
+                                 const schedule::ScheduleClock& clock, const DateTexts& dates,
+                                 QObject* parent)
     : QAbstractListModel(parent),
       m_search(search),
       m_folding(folding),
@@ -63,9 +64,21 @@ QVariant SearchListModel::data(const QModelIndex& index, int role) const {
         }
         return parts.join(QStringLiteral(", "));
     }
+    case Qt::CheckStateRole:
+        return row(index.row()).isTodo
+                   ? QVariant(row(index.row()).isCompleted ? Qt::Checked : Qt::Unchecked)
+                   : QVariant();
     default:
         return {};
     }
+}
+
+Qt::ItemFlags SearchListModel::flags(const QModelIndex& index) const {
+    auto result = QAbstractListModel::flags(index);
+    if (index.isValid() && index.row() < rowCount()) {
+        result.setFlag(Qt::ItemIsUserCheckable, row(index.row()).isTodo);
+    }
+    return result;
 }
 
 void SearchListModel::search(const QString& query) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Clock.h"
+#include "schedule/ScheduleClock.h"
 #include "services/SearchService.h"
 #include "ui/overview/SearchLine.h"
 #include "ui/todos/DueLabel.h"
@@ -37,10 +37,12 @@ class SearchListModel final : public QAbstractListModel {
 
 public:
     SearchListModel(services::SearchService& search, const base::TextFolding& folding,
-                    const base::Clock& clock, const DateTexts& dates, QObject* parent = nullptr);
+                    const schedule::ScheduleClock& clock, const DateTexts& dates,
+                    QObject* parent = nullptr);
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     /// Finds other rows. Throws what the store throws; then it shows what it showed.
     void search(const QString& query);
@@ -50,6 +52,8 @@ public:
     bool isBoard(int row) const { return id(row).kind == services::SearchResult::ID::Kind::board; }
     /// The entry of a row; null for a row that is a board. May throw what the store throws.
     const model::Entry* entry(int row) const { return m_results.entry(at(row)); }
+    /// Whether it is a todo that can be completed or restored: on an archived board none can.
+    bool isTickable(int row) const { return this->row(row).isTodo && !board(row).isArchived(); }
     /// Whether the row above is of another board.
     bool beginsBoard(int row) const { return row == 0 || &board(row - 1) != &board(row); }
     /// Valid until the next call for another row, or of any function that is not const.
@@ -67,7 +71,7 @@ private:
 
     services::SearchService& m_search;
     const base::TextFolding& m_folding;
-    const base::Clock& m_clock;
+    const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;
     services::SearchResults m_results;
     std::vector<std::string> m_terms;

@@ -34,9 +34,11 @@ void SearchListView::forgetLayouts() {
 void SearchListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     RowListView::currentChanged(current, previous);
     // The keys may be the search field's; a screen reader is told where they have come to.
-    QAccessibleEvent event(this, QAccessible::Focus);
-    event.setChild(current.row());
-    QAccessible::updateAccessibility(&event);
+    if (QAccessible::isActive() && current.isValid() && !hasFocus()) {
+        QAccessibleEvent event(this, QAccessible::Focus);
+        event.setChild(current.row());
+        QAccessible::updateAccessibility(&event);
+    }
 }
 
 void SearchListView::keyPressEvent(QKeyEvent* event) {
@@ -66,10 +68,19 @@ void SearchListView::clicked(int row, RowPart part, const QMouseEvent&) {
     }
 }
 
+std::vector<RowSpeech::Action> SearchListView::actionsOf(int row) {
+    std::vector<Action> actions{{tr("Open"), [this, row] { Q_EMIT openRequested(row); }}};
+    if (m_model.isTickable(row)) {
+        actions.push_back({m_model.row(row).isCompleted ? tr("Restore") : tr("Complete"),
+                           [this, row] { Q_EMIT toggleRequested(row); }});
+    }
+    return actions;
+}
+
 /// Only the circle of a todo that can be ticked is a part of its own.
 RowPart SearchListView::partAt(int row, const QPoint& position) const {
     const auto sign = m_delegate->signRect(row, viewport()->width());
-    const auto isTickable = m_model.row(row).isTodo && !m_model.board(row).isArchived();
+    const auto isTickable = m_model.isTickable(row);
     const auto local = position - visualRect(m_model.index(row, 0)).topLeft();
     return isTickable && isOn(sign, local) ? RowPart::sign : RowPart::body;
 }

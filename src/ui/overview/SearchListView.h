@@ -26,6 +26,7 @@ Q_SIGNALS:
 protected:
     int measuredHeight(int row) override { return heightOf(row); }
     int estimatedHeight(int row) const override { return heightOf(row); }
+    std::vector<Action> actionsOf(int row) override;
     RowPart partAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     void forgetLayouts() override;

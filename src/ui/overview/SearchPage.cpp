@@ -2,7 +2,6 @@
 
 #include "ui/kit/PageHeader.h"
 
-#include <QLocale>
 #include <QScrollBar>
 
 #include <algorithm>
@@ -12,7 +11,7 @@ namespace korvex::ui {
 SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
-      m_model(workspace.search, workspace.folding, workspace.clock, workspace.dates),
+      m_model(workspace.search, workspace.folding, workspace.scheduleClock, workspace.dates),
       m_header(new PageHeader(tr("Search"), theme)),
       m_list(new SearchListView(m_model, theme)),
       m_actions(*this,
@@ -20,7 +19,7 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
                  .preferences = workspace.preferences,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
-                theme) {
+                workspace.undo, theme) {
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
@@ -88,9 +87,7 @@ bool SearchPage::find() {
         return false;
     }
     const auto count = m_model.rowCount();
-    m_header->setNote(count == 0   ? QString()
-                      : count == 1 ? tr("1 result")
-                                   : tr("%1 results").arg(QLocale().toString(count)));
+    m_header->setNote(count == 0 ? QString() : tr("%Ln result(s)", nullptr, count));
     setHint(count == 0 ? tr("No results for “%1”.").arg(m_query.simplified()) : QString());
     return true;
 }
@@ -113,7 +110,7 @@ void SearchPage::open(int row) {
 }
 
 void SearchPage::toggle(int row) {
-    if (!m_model.row(row).isTodo || m_model.board(row).isArchived()) {
+    if (!m_model.isTickable(row)) {
         return;
     }
     if (auto* const entry = record(row)) {

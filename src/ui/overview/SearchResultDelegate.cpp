@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 
@@ -42,6 +43,9 @@ Places placesOf(int width, int above, const Theme& theme) {
     places.sign = QRect(kSideMargin + kGap, top + kPadding + (first - sign) / 2, sign, sign);
     places.line = QRect(left, top + kPadding, room, first);
     places.note = QRect(left, places.line.bottom() + 1 + kLineGap, room, small.lineSpacing());
+    for (auto* const place : {&places.sign, &places.line, &places.note}) {
+        *place = mirrored(*place, width);
+    }
     places.box =
         QRect(kSideMargin, top, width - 2 * kSideMargin, places.note.bottom() + 1 + kPadding - top);
     return places;
@@ -100,7 +104,9 @@ void SearchResultDelegate::paintLine(QPainter& painter, const SearchRow& row, co
     QTextLayout layout(line.text, font);
     QTextOption direction;
     direction.setWrapMode(QTextOption::NoWrap);
-    direction.setTextDirection(line.text.isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+    direction.setTextDirection(directionOf(line.text));
+    direction.setAlignment(direction.textDirection() == Qt::RightToLeft ? Qt::AlignRight
+                                                                        : Qt::AlignLeft);
     layout.setTextOption(direction);
     QList<QTextLayout::FormatRange> marks;
     for (const auto& mark : line.marks) {
@@ -126,8 +132,8 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     auto left = rect.left();
     const auto icon = [&](const QString& name, const QColor& color) {
         if (left + size <= rect.right()) {
-            IconSet::draw(painter, name, color,
-                          QRect(left, rect.center().y() - size / 2, size, size));
+            const QRect place(left, rect.center().y() - size / 2, size, size);
+            IconSet::draw(painter, name, color, mirrored(place, rect));
         }
         left += size + 4;
     };
@@ -136,7 +142,7 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
         if (room > 0) {
             const auto shown = metrics.elidedText(words, Qt::ElideRight, room);
             painter.setPen(color);
-            painter.drawText(QRect(left, rect.top(), room, rect.height()),
+            painter.drawText(mirrored(QRect(left, rect.top(), room, rect.height()), rect),
                              Qt::AlignLeft | Qt::AlignVCenter, shown);
             left += metrics.horizontalAdvance(shown) + kGap;
         }

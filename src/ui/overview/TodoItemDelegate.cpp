@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 #include "ui/kit/RowGround.h"
 #include "ui/todos/RowFrame.h"
@@ -68,9 +69,10 @@ void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int ro
     painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, heading.title);
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
-    painter.drawText(
-        place.adjusted(metrics.horizontalAdvance(heading.title) + RowFrame::kGap, 0, 0, 0),
-        Qt::AlignLeft | Qt::AlignVCenter, QString::number(heading.count));
+    const auto behind =
+        place.adjusted(metrics.horizontalAdvance(heading.title) + RowFrame::kGap, 0, 0, 0);
+    painter.drawText(mirrored(behind, place), Qt::AlignLeft | Qt::AlignVCenter,
+                     QString::number(heading.count));
 }
 
 void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOut,

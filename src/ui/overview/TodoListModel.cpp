@@ -15,8 +15,8 @@ constexpr std::size_t kMaximumSteps = 60;
 
 } // namespace
 
-TodoListModel::TodoListModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
-                             QObject* parent)
+TodoListModel::TodoListModel(const schedule::ScheduleClock& clock, const DateTexts& dates,
+                             Detail detail, QObject* parent)
     : RowModel(parent), m_clock(clock), m_dates(dates), m_detail(detail) {}
 
 QVariant TodoListModel::data(const QModelIndex& index, int role) const {
@@ -141,7 +141,7 @@ QString TodoListModel::completionText(int row) const {
 
 QString TodoListModel::accessibleDescription(int row) const {
     if (isHeading(row)) {
-        return tr("Heading, %n todo(s)", nullptr, static_cast<int>(heading(row).count));
+        return tr("%n todo(s)", nullptr, static_cast<int>(heading(row).count));
     }
     const auto& todo = *entry(row);
     QStringList parts{todo.isCompleted() ? tr("Completed") : tr("Open")};

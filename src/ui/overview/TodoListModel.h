@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Clock.h"
 #include "model/Entry.h"
+#include "schedule/ScheduleClock.h"
 #include "ui/kit/RowModel.h"
 #include "ui/todos/DueLabel.h"
 
@@ -50,7 +50,7 @@ public:
         bool operator==(const Heading&) const = default;
     };
 
-    TodoListModel(const base::Clock& clock, const DateTexts& dates, Detail detail,
+    TodoListModel(const schedule::ScheduleClock& clock, const DateTexts& dates, Detail detail,
                   QObject* parent = nullptr);
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -90,7 +90,7 @@ private:
     QString completionText(int row) const;
     QString accessibleDescription(int row) const;
 
-    const base::Clock& m_clock;
+    const schedule::ScheduleClock& m_clock;
     const DateTexts& m_dates;
     Detail m_detail;
     Headings m_headings;

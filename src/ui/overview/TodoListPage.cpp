@@ -1,5 +1,6 @@
 #include "ui/overview/TodoListPage.h"
 
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/MenuItems.h"
 #include "ui/kit/PageHeader.h"
@@ -11,7 +12,7 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                            TodoListModel::Detail detail, const QString& title, QWidget* parent)
     : Page(theme, parent),
       m_workspace(workspace),
-      m_model(workspace.clock, workspace.dates, detail),
+      m_model(workspace.scheduleClock, workspace.dates, detail),
       m_header(new PageHeader(title, theme)),
       m_list(new TodoListView(m_model, theme)),
       m_actions(*this,
@@ -19,8 +20,12 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                  .preferences = workspace.preferences,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
-                theme),
-      m_ticks(workspace.runLoop) {
+                workspace.undo, theme),
+      m_ticks({.list = *this,
+               .view = *m_list,
+               .leaving = m_list->leaving(),
+               .actions = m_actions,
+               .runLoop = workspace.runLoop}) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
     setFocusProxy(m_list);
@@ -53,6 +58,16 @@ void TodoListPage::takeKeyboard() {
     }
 }
 
+bool TodoListPage::showRecord(const base::Uuid& id) {
+    const auto* const entry = m_workspace.context.find<model::Entry>(id);
+    const auto row = entry ? m_model.rowOf(*entry) : -1;
+    if (row >= 0) {
+        m_list->setCurrentRow(row);
+        m_list->setFocus();
+    }
+    return row >= 0;
+}
+
 void TodoListPage::scrollToTop() {
     m_list->scrollToTop();
 }
@@ -70,7 +85,7 @@ void TodoListPage::catchUp() {
         return;
     }
     follow([this] {
-        setNow(m_workspace.now(), m_workspace.dates.formats().calendar().timeZone());
+        setNow(m_workspace.scheduleClock.now(), m_workspace.dates.formats().calendar().timeZone());
         followBoards();
     });
     if (!m_isFollowing) {
@@ -121,67 +136,18 @@ bool TodoListPage::belongs(const model::Entry& entry) const {
     return entry.isCompleted() == (m_model.detail() == TodoListModel::Detail::completion);
 }
 
-void TodoListPage::toggle(model::Entry& entry) {
-    if (belongs(entry)) {
-        tickAway(entry);
-    } else {
-        takeBack(entry);
-    }
-}
-
-void TodoListPage::tickAway(model::Entry& entry) {
-    if (m_lingering.contains(&entry)) {
-        release(entry.id()); // taken back before: it lingers where it is now
-    }
-    m_lingering[&entry] = {entry.sortOrder(), entry.completedAt()};
+void TodoListPage::hold(model::Entry& entry) {
     m_model.holdInPlace(entry);
     linger(entry.id());
-    // Stored at once, so that nothing is lost; only the row stays a little longer.
-    if (!m_actions.toggle(entry)) {
-        letGo(entry);
-        return;
-    }
-    m_ticks.start(entry, [this, &entry] { endLingering(entry); });
-}
-
-/// Makes it as if nothing had been: the todo gets the place, or the moment of completion, that it
-/// had.
-void TodoListPage::takeBack(model::Entry& entry) {
-    const auto before = m_lingering.find(&entry);
-    if (before == m_lingering.end()) {
-        return;
-    }
-    if (entry.isCompleted()) {
-        m_actions.restore(entry, before->second.sortOrder);
-    } else {
-        m_actions.complete(entry, before->second.completedAt);
-    }
-}
-
-void TodoListPage::endLingering(model::Entry& entry) {
-    if (isVisible() && !belongs(entry) && m_model.rowOf(entry) >= 0) {
-        m_list->animateLeaving(entry, [this, &entry] {
-            if (!m_ticks.contains(entry)) { // not ticked once more meanwhile
-                letGo(entry);
-            }
-        });
-    } else {
-        letGo(entry);
-    }
 }
 
 void TodoListPage::letGo(model::Entry& entry) {
-    m_ticks.release(entry);
-    if (m_lingering.erase(&entry) == 0) {
-        return;
-    }
-    const auto row = m_model.rowOf(entry);
-    const auto wasCurrent = row >= 0 && m_list->currentRow() == row;
     m_model.letMove(entry);
     release(entry.id());
-    if (wasCurrent && m_model.rowOf(entry) < 0) {
-        m_list->setCurrentRow(m_list->nearestTodo(row));
-    }
+}
+
+int TodoListPage::rowAfter(int row) const {
+    return m_list->nearestTodo(row);
 }
 
 void TodoListPage::remove(model::Entry& entry) {
@@ -189,16 +155,18 @@ void TodoListPage::remove(model::Entry& entry) {
     if (row < 0) {
         return;
     }
-    m_actions.remove(entry, {.text = m_model.text(row),
-                             .goOn =
-                                 [this, row] {
-                                     m_list->setCurrentRow(m_list->nearestTodo(row));
-                                     m_list->setFocus();
-                                 },
-                             .undo = [this] { perform([this] { m_workspace.undo.undo(); }); }});
+    m_actions.remove(entry, {.text = m_model.text(row), .goOn = [this, row] {
+                                 m_list->setCurrentRow(m_list->nearestTodo(row));
+                                 m_list->setFocus();
+                             }});
 }
 
 void TodoListPage::openSchedule(model::Entry& entry) {
+    if (!m_workspace.boards.allowsChanges()) {
+        banner().showMessage(
+            toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        return;
+    }
     const auto row = m_model.rowOf(entry);
     if (entry.isCompleted() || row < 0) {
         return;
@@ -209,6 +177,7 @@ void TodoListPage::openSchedule(model::Entry& entry) {
 
 void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
     auto& entry = *m_model.entry(row);
+    const bool canChange = m_workspace.boards.allowsChanges();
     auto* const menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     const MenuItems items(*menu, *this);
@@ -217,12 +186,15 @@ void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
     menu->addSeparator();
     if (m_model.detail() == TodoListModel::Detail::due) {
         items.add(tr("Schedule…"), Qt::CTRL | Qt::Key_D, [this, &entry] { openSchedule(entry); })
-            .setEnabled(!entry.isCompleted());
+            .setEnabled(canChange && !entry.isCompleted());
     }
-    items.add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return,
-              [this, &entry] { toggle(entry); });
+    items
+        .add(entry.isCompleted() ? tr("Restore") : tr("Complete"), Qt::CTRL | Qt::Key_Return,
+             [this, &entry] { toggle(entry); })
+        .setEnabled(canChange);
     menu->addSeparator();
-    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); });
+    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); })
+        .setEnabled(canChange);
     menu->popup(globalPosition);
 }
 

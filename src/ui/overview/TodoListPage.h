@@ -7,9 +7,6 @@
 #include "ui/todos/TodoActions.h"
 #include "ui/workspace/Workspace.h"
 
-#include <optional>
-#include <unordered_map>
-
 namespace korvex::ui {
 
 class PageHeader;
@@ -19,7 +16,7 @@ class TodoListView;
 /// is stored at once and seen a moment longer, then its row leaves; ticked again before, nothing
 /// has changed. Follows the store and the clock; out of sight it does nothing, and catches up when
 /// it is shown. Main thread.
-class TodoListPage : public Page {
+class TodoListPage : public Page, private LingeringTicks::List {
     Q_OBJECT
 
 public:
@@ -27,6 +24,7 @@ public:
 
     QString title() const override;
     void takeKeyboard() override;
+    bool showRecord(const base::Uuid& id) override;
 
 Q_SIGNALS:
     /// The entry is to be shown on its board.
@@ -61,24 +59,17 @@ protected:
     void showEvent(QShowEvent* event) override;
 
 private:
-    /// A todo whose tick was changed here and is still to be seen.
-    struct Lingering {
-        std::int64_t sortOrder = 0;
-        std::optional<base::Instant> completedAt;
-    };
-
     void connectList();
     /// Takes in all that may be different, as far as the page is in sight.
     void catchUp();
     void recordsChanged(const store::ChangeSet& changes);
     void showNotes();
-    /// Whether a todo with this state is one of those that the page lists.
-    bool belongs(const model::Entry& entry) const;
-    void toggle(model::Entry& entry);
-    void tickAway(model::Entry& entry);
-    void takeBack(model::Entry& entry);
-    void endLingering(model::Entry& entry);
-    void letGo(model::Entry& entry);
+    bool belongs(const model::Entry& entry) const override;
+    void hold(model::Entry& entry) override;
+    void letGo(model::Entry& entry) override;
+    int tickedRow(const model::Entry& entry) const override { return m_model.rowOf(entry); }
+    int rowAfter(int row) const override;
+    void toggle(model::Entry& entry) { m_ticks.toggle(entry); }
     void remove(model::Entry& entry);
     void openSchedule(model::Entry& entry);
     void openMenu(int row, const QPoint& globalPosition);
@@ -88,7 +79,6 @@ private:
     PageHeader* m_header;
     TodoListView* m_list;
     TodoActions m_actions;
-    std::unordered_map<const model::Entry*, Lingering> m_lingering;
     LingeringTicks m_ticks;
     bool m_isBehind = true;
     bool m_isFollowing = false;

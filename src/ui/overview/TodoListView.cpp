@@ -66,10 +66,6 @@ void TodoListView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
     }
 }
 
-void TodoListView::animateLeaving(const model::Entry& entry, std::function<void()> done) {
-    m_leaving.start(entry, std::move(done));
-}
-
 int TodoListView::measuredHeight(int row) {
     return m_leaving.height(m_model.entry(row), m_delegate->height(row, viewport()->width()));
 }
@@ -136,19 +132,6 @@ void TodoListView::clicked(int row, RowPart part, const QMouseEvent&) {
     }
 }
 
-void TodoListView::mouseDoubleClickEvent(QMouseEvent* event) {
-    const auto position = event->position().toPoint();
-    if (event->button() != Qt::LeftButton) {
-        return;
-    }
-    if (partUnder(position) == RowPart::body) {
-        forgetPress();
-        Q_EMIT openRequested(indexAt(position).row());
-    } else {
-        mousePressEvent(event); // two quick ticks are two ticks
-    }
-}
-
 void TodoListView::mouseMoveEvent(QMouseEvent* event) {
     // Nothing is dragged here, and a drag over the rows chooses none.
     if (event->buttons() == Qt::NoButton) {
@@ -168,6 +151,26 @@ void TodoListView::focusInEvent(QFocusEvent* event) {
         setCurrentRow(row);
     }
     viewport()->update();
+}
+
+QAccessible::Role TodoListView::roleOf(int row) const {
+    return m_model.isHeading(row) ? QAccessible::Heading : QAccessible::ListItem;
+}
+
+std::vector<RowSpeech::Action> TodoListView::actionsOf(int row) {
+    const auto* const todo = m_model.entry(row);
+    if (!todo) {
+        return {};
+    }
+    std::vector<Action> actions{
+        {todo->isCompleted() ? tr("Restore") : tr("Complete"),
+         [this, row] { Q_EMIT toggleRequested(row); }},
+        {tr("Go to entry"), [this, row] { Q_EMIT openRequested(row); }},
+    };
+    if (!todo->isCompleted()) {
+        actions.push_back({tr("Schedule"), [this, row] { Q_EMIT scheduleRequested(row); }});
+    }
+    return actions;
 }
 
 RowPart TodoListView::partAt(int row, const QPoint& position) const {

@@ -30,8 +30,7 @@ public:
     /// These records have changed: the rows of theirs that have been in sight are drawn anew.
     void entriesChanged(const std::unordered_set<base::Uuid>& ids);
 
-    /// Lets the row of a todo shrink away, then calls `done`.
-    void animateLeaving(const model::Entry& entry, std::function<void()> done);
+    LeavingRows& leaving() { return m_leaving; }
 
 Q_SIGNALS:
     void toggleRequested(int row);
@@ -45,11 +44,13 @@ protected:
     RowPart partAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool hasMenu(int row) const override { return !m_model.isHeading(row); }
+    QAccessible::Role roleOf(int row) const override;
+    std::vector<Action> actionsOf(int row) override;
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override { m_delegate->forgetAll(); }
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void doubleClicked(int row, const QPoint&) override { Q_EMIT openRequested(row); }
     void mouseMoveEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
 

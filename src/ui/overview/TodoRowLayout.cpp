@@ -1,6 +1,7 @@
 #include "ui/overview/TodoRowLayout.h"
 
 #include "ui/boards/BoardLabel.h"
+#include "ui/kit/Direction.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 
@@ -26,12 +27,12 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
                              const Theme& theme)
     : m_width(width),
       m_boardColumn(boardColumn),
-      m_text(makeTextLayout(model.text(row), theme)),
+      m_text(makeTextLayout(model.text(row), directionOf(model.text(row)), theme)),
       m_detailLabel(model.detailLabel(row)) {
     if (const auto* const board = model.entry(row)->board()) {
         m_boardText = boardLabel(*board);
     }
-    m_isRightToLeft = m_text->textOption().textDirection() == Qt::RightToLeft;
+    m_isTurned = m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
     const auto sizes = RowFrame::of(theme);
     const auto room = std::max(40, width - sizes.textLeft - sizes.textRight);
     const auto detailWidth = m_detailLabel.width(theme);
@@ -57,6 +58,9 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
     m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
     m_box = QRect(RowFrame::kBoxMargin, top, width - 2 * RowFrame::kBoxMargin,
                   m_height - theme.rowDistance());
+    for (auto* const place : {&m_circle, &m_textRect, &m_detail, &m_boardIcon, &m_boardNameRect}) {
+        *place = mirrored(*place, width);
+    }
 }
 
 /// The names of boards stand in one column, the details at its left.
@@ -82,7 +86,7 @@ int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
     const int nameWidth =
         std::min(metrics.horizontalAdvance(m_boardText) + 1, std::max(0, room - icon));
     const auto leftOf = [&](int offset, int width) {
-        return m_isRightToLeft ? sizes.textLeft + room - offset - width : sizes.textLeft + offset;
+        return m_isTurned ? sizes.textLeft + room - offset - width : sizes.textLeft + offset;
     };
     int offset = 0;
     if (!m_detailLabel.isEmpty()) {

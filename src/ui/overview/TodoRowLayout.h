@@ -59,7 +59,8 @@ private:
     QRect m_boardIcon;
     QRect m_boardNameRect;
     QString m_boardText;
-    bool m_isRightToLeft = false;
+    /// The text begins at the other side than the row does.
+    bool m_isTurned = false;
     std::unique_ptr<QTextLayout> m_text;
     DueLabel m_detailLabel;
 };

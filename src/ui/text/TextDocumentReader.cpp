@@ -51,6 +51,10 @@ ParagraphStyle TextDocumentReader::style(const QTextBlockFormat& format) const {
     return styleOf(format);
 }
 
+TextList TextDocumentReader::list(const QTextListFormat& format) const {
+    return {.marker = markerOf(format)};
+}
+
 bool TextDocumentReader::isLeftOut(const QTextBlock& block) const {
     return isGap(block);
 }
@@ -196,7 +200,7 @@ const std::vector<TextListRef>& TextDocumentReader::listsOf(const QTextList& lis
             static_cast<std::size_t>(std::max(format.indent(), 1)), 1, kMaximumLists);
         lists = m_lastLists;
         lists.resize(std::min(lists.size(), depth - 1));
-        lists.push_back(std::make_shared<TextList>(TextList{.marker = markerOf(format)}));
+        lists.push_back(std::make_shared<TextList>(this->list(format)));
     }
     place->second = std::move(lists);
     return place->second;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "richtext/text/AttributedString.h"
+#include "richtext/text/AttributedStringBuilder.h"
 #include "ui/text/TextFormats.h"
 
 #include <QTextFrame>
@@ -27,6 +27,8 @@ protected:
     virtual richtext::CharacterAttributes attributes(const QTextCharFormat& format,
                                                      const QTextBlockFormat& block) const;
     virtual richtext::ParagraphStyle style(const QTextBlockFormat& format) const;
+    /// What a list is that Qt made.
+    virtual richtext::TextList list(const QTextListFormat& format) const;
     /// Whether the block is no paragraph of the text.
     virtual bool isLeftOut(const QTextBlock& block) const;
 

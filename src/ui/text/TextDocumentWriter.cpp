@@ -27,7 +27,7 @@ bool hasParagraphBefore(const QTextCursor& cursor) {
 } // namespace
 
 TextDocumentWriter::TextDocumentWriter(QTextCursor& cursor, const TextLook& look)
-    : m_cursor(cursor), m_look(look) {}
+    : m_cursor(cursor), m_look(look), m_lists(*cursor.document()) {}
 
 void TextDocumentWriter::replaceSelection(const AttributedString& text) {
     m_text = &text;
@@ -184,7 +184,7 @@ void TextDocumentWriter::writeParagraph(const Paragraph& paragraph, std::size_t 
             }
         }
         if (!hasList) {
-            m_lists[style.lists] = m_cursor.createList(listFormatOf(style.lists));
+            m_lists.add(style.lists, *m_cursor.createList(listFormatOf(style.lists)));
         }
     }
     m_hasEnd = false;
@@ -254,23 +254,11 @@ void TextDocumentWriter::writeRuns(TextRange range) {
 }
 
 bool TextDocumentWriter::setList(QTextBlockFormat& format, const std::vector<TextListRef>& lists) {
-    if (!m_knowsLists) {
-        const auto* const document = m_cursor.document();
-        for (auto block = document->begin(); block.isValid(); block = block.next()) {
-            if (const auto* const list = block.textList()) {
-                m_lists.try_emplace(
-                    list->format().property(kListsProperty).value<std::vector<TextListRef>>(),
-                    list);
-            }
-        }
-        m_knowsLists = true;
+    const auto* const known = m_lists.of(lists);
+    if (known) {
+        format.setObjectIndex(known->objectIndex());
     }
-    const auto known = m_lists.find(lists);
-    if (known == m_lists.end()) {
-        return false;
-    }
-    format.setObjectIndex(known->second->objectIndex());
-    return true;
+    return known;
 }
 
 void TextDocumentWriter::markGap() {

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "richtext/text/AttributedString.h"
+#include "ui/text/DrawnLists.h"
 #include "ui/text/TextFormats.h"
 
-#include <map>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -86,8 +86,7 @@ private:
     /// The paragraph is a cell's first, and the cell has the attributes of its end already.
     bool m_hasEnd = false;
     std::unordered_set<const richtext::TextTable*> m_writtenTables;
-    bool m_knowsLists = false;
-    std::map<std::vector<richtext::TextListRef>, const QTextList*> m_lists;
+    DrawnLists m_lists;
     /// The formats by the address of their attributes, which stay where they are while the text is
     /// written.
     std::unordered_map<const richtext::CharacterAttributes*, QTextCharFormat> m_charFormats;

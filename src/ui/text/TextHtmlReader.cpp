@@ -1,14 +1,14 @@
 #include "richtext/code/CodeSyntax.h"
+#include "richtext/text/AttributedStringBuilder.h"
 #include "richtext/text/HeadingLevel.h"
 #include "richtext/text/ListIndents.h"
 #include "ui/text/TextDocumentReader.h"
 #include "ui/text/TextHtml.h"
+#include "ui/text/TextHtmlSource.h"
 
-#include <QRegularExpression>
 #include <QTextDocument>
 
 #include <algorithm>
-#include <array>
 #include <optional>
 
 namespace korvex::ui {
@@ -97,10 +97,13 @@ protected:
         }
         result = attributesOf(format);
         if (isMonospaced(format)) {
-            const auto link = result.link;
-            result = CodeSyntax::attributes(CodeSyntax::kPlainText, CodeKind::inlineCode);
-            result.link = link;
-            return result;
+            // In a heading it is bold by what stands around it.
+            const auto isBold = result.font.isBold && !levelOf(block);
+            auto code = CodeSyntax::attributes(CodeSyntax::kPlainText, CodeKind::inlineCode);
+            code.font.isBold = isBold;
+            code.font.isItalic = result.font.isItalic;
+            code.link = std::move(result.link);
+            return code;
         }
         if (!result.link.empty()) {
             result.underline = LineStyle::none; // every link has one
@@ -110,6 +113,12 @@ protected:
             applyHeading(level, result);
         }
         return result;
+    }
+
+    TextList list(const QTextListFormat& format) const override {
+        auto shown = format;
+        const auto start = takeListStart(shown);
+        return {.marker = markerOf(shown), .start = start};
     }
 
     bool isLeftOut(const QTextBlock& block) const override {
@@ -124,48 +133,11 @@ protected:
             result.direction = read.direction;
         }
         if (const auto level = levelOf(format)) {
-            applyHeading(level, result);
+            applyHeading(level, result, {});
         }
         return result;
     }
 };
-
-/// Whether elements stand in each other deeper than in any page made to be read: Qt's time grows
-/// with the square of the depth.
-bool isTooDeep(QStringView html) {
-    constexpr int kDeepest = 250;
-    // Nothing can stand in these, or they end where the next one begins.
-    static constexpr std::array kFlat{"br", "img", "hr",    "meta", "link", "col", "wbr", "area",
-                                      "p",  "li",  "input", "td",   "th",   "tr",  "dt",  "dd"};
-    int depth = 0;
-    for (auto open = html.indexOf(QLatin1Char('<')); open >= 0 && open + 1 < html.size();
-         open = html.indexOf(QLatin1Char('<'), open + 1)) {
-        const auto isEnd = html[open + 1] == QLatin1Char('/');
-        const auto start = open + (isEnd ? 2 : 1);
-        auto end = start;
-        while (end < html.size() && html[end].isLetterOrNumber()) {
-            ++end;
-        }
-        const auto name = html.sliced(start, end - start);
-        const auto isFlat = std::any_of(kFlat.begin(), kFlat.end(), [&](const char* each) {
-            return name.compare(QLatin1String(each), Qt::CaseInsensitive) == 0;
-        });
-        if (!name.isEmpty() && !isFlat) {
-            depth = std::max(depth + (isEnd ? -1 : 1), 0);
-        }
-        if (depth > kDeepest) {
-            return true;
-        }
-    }
-    return false;
-}
-
-/// Qt 6.4 does not know this one.
-QString withKnownTags(QString html) {
-    static const QRegularExpression kDeleted(QStringLiteral("<(/?)del\\b"),
-                                             QRegularExpression::CaseInsensitiveOption);
-    return html.replace(kDeleted, QStringLiteral("<\\1s"));
-}
 
 /// The empty blocks that Qt put before and after tables are no paragraphs of the page.
 void markGaps(QTextDocument& document) {
@@ -236,7 +208,11 @@ AttributedString textOfHtml(const QString& html) {
     QFont usual;
     usual.setPointSizeF(kUsualPointSize);
     document.setDefaultFont(usual);
-    document.setHtml(withKnownTags(html));
+    // As browsers have them: Qt gives all lists the bullets of the first.
+    document.setDefaultStyleSheet(
+        QStringLiteral("ul ul, ol ul { list-style-type: circle }"
+                       "ul ul ul, ul ol ul, ol ul ul, ol ol ul { list-style-type: square }"));
+    document.setHtml(sourceForQt(html));
     markGaps(document);
     auto text = withSaneBlanks(HtmlReader(document).read());
     text.editStyles({0, text.length()}, [](richtext::ParagraphStyle& style) {

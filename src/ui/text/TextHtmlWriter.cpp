@@ -131,6 +131,9 @@ private:
         for (auto depth = common; depth < lists.size(); ++depth) {
             m_lists.push_back(lists[depth]);
             m_html += QLatin1Char('<') + listTag(*lists[depth]);
+            if (const auto type = typeOf(*lists[depth]); !type.isEmpty()) {
+                m_html += QStringLiteral(" type=\"") + type + QLatin1Char('"');
+            }
             if (lists[depth]->start != 1) {
                 m_html += QStringLiteral(" start=\"%1\"").arg(lists[depth]->start);
             }
@@ -192,6 +195,32 @@ private:
     static QString listTag(const TextList& list) {
         return isCounting(partsOf(list.marker).format) ? QStringLiteral("ol")
                                                        : QStringLiteral("ul");
+    }
+
+    /// The kind of a list's markers; empty for numbers, and for bullets that HTML does not know.
+    static QString typeOf(const TextList& list) {
+        switch (partsOf(list.marker).format) {
+        case MarkerFormat::disc:
+            return QStringLiteral("disc");
+        case MarkerFormat::circle:
+            return QStringLiteral("circle");
+        case MarkerFormat::square:
+            return QStringLiteral("square");
+        case MarkerFormat::lowerAlpha:
+            return QStringLiteral("a");
+        case MarkerFormat::upperAlpha:
+            return QStringLiteral("A");
+        case MarkerFormat::lowerRoman:
+            return QStringLiteral("i");
+        case MarkerFormat::upperRoman:
+            return QStringLiteral("I");
+        case MarkerFormat::none:
+        case MarkerFormat::hyphen:
+        case MarkerFormat::check:
+        case MarkerFormat::decimal:
+            break;
+        }
+        return {};
     }
 
     const AttributedString& m_text;

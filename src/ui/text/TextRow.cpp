@@ -7,6 +7,8 @@
 
 #include <QAbstractTextDocumentLayout>
 #include <QLinearGradient>
+#include <QTextBlock>
+#include <QTextFrame>
 
 #include <algorithm>
 #include <cmath>
@@ -19,6 +21,8 @@ constexpr std::size_t kUnitsPerCost = 200;
 constexpr int kHighestCost = 60;
 /// The stretch over which a wide table fades out, in pixels.
 constexpr int kFade = 24;
+/// The height of the bar that shows which part of a wide table is seen.
+constexpr int kThumb = 3;
 
 } // namespace
 
@@ -30,32 +34,127 @@ TextRow::TextRow(const richtext::AttributedString& text, int width, const TextLo
     setText(m_document, text, look);
     m_document.setTextWidth(width);
     m_height = static_cast<int>(std::ceil(m_document.size().height()));
+    findWideTables();
     m_isColored = true;
     text.forEachRun([this](const richtext::AttributedString::CharacterRun& run) {
         m_isColored = m_isColored && !run.attributes.isCode();
     });
 }
 
+void TextRow::findWideTables() {
+    for (auto* const frame : m_document.rootFrame()->childFrames()) {
+        auto place = m_document.documentLayout()->frameBoundingRect(frame);
+        // Qt reckons the distance to what follows to the table.
+        const auto next = m_document.findBlock(frame->lastPosition() + 1);
+        if (next.isValid()) {
+            const auto following = m_document.documentLayout()->blockBoundingRect(next);
+            place.setBottom(std::min(place.bottom(), following.top()));
+        }
+        if (place.right() > m_width + 1 || place.left() < -1) {
+            m_wideTables.push_back({place});
+        }
+    }
+}
+
+QRectF TextRow::bandOf(const WideTable& table) const {
+    // Whole pixels, of which the lines above and below lose none.
+    const double top = std::ceil(table.place.top());
+    return {0, top, static_cast<double>(m_width), std::floor(table.place.bottom()) - top};
+}
+
+void TextRow::move(WideTable& table, int offset) const {
+    const int least = static_cast<int>(std::floor(std::min(0.0, table.place.left())));
+    const int most = static_cast<int>(std::ceil(std::max(0.0, table.place.right() - m_width)));
+    table.offset = std::clamp(offset, least, most);
+}
+
+bool TextRow::scrollTables(int by, std::optional<QPointF> under) {
+    bool hasMoved = false;
+    for (auto& table : m_wideTables) {
+        if (!under || bandOf(table).contains(*under)) {
+            const int before = table.offset;
+            move(table, before + by);
+            hasMoved = hasMoved || table.offset != before;
+        }
+    }
+    return hasMoved;
+}
+
+std::vector<int> TextRow::tableOffsets() const {
+    std::vector<int> offsets;
+    for (const auto& table : m_wideTables) {
+        offsets.push_back(table.offset);
+    }
+    return offsets;
+}
+
+void TextRow::setTableOffsets(const std::vector<int>& offsets) {
+    for (std::size_t i = 0; i < std::min(offsets.size(), m_wideTables.size()); ++i) {
+        move(m_wideTables[i], offsets[i]);
+    }
+}
+
 void TextRow::paint(QPainter& painter, const TextLook& look, const QColor& ground) {
     const QRectF exposed(0, 0, m_width, m_height);
     // A code block's ground reaches a little beyond its text.
     const auto around = exposed.adjusted(0, -look.codePadding(), 0, look.codePadding());
+    QRegion text(around.toAlignedRect());
+    for (const auto& table : m_wideTables) {
+        text -= bandOf(table).toAlignedRect();
+    }
     painter.save();
-    painter.setClipRect(around, Qt::IntersectClip);
-    paintUnderText(painter, m_document, look, around);
+    painter.setClipRegion(text, Qt::IntersectClip);
+    paintDocument(painter, look, around);
+    painter.restore();
+    for (const auto& table : m_wideTables) {
+        paintTable(painter, table, look, ground);
+    }
+}
+
+void TextRow::paintDocument(QPainter& painter, const TextLook& look, const QRectF& clip) const {
+    paintUnderText(painter, m_document, look, clip);
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette.setColor(QPalette::Text, look.text);
-    context.clip = exposed;
+    context.clip = clip;
     m_document.documentLayout()->draw(&painter, context);
-    if (m_document.size().width() > m_width + 1) {
-        QLinearGradient fade(m_width - kFade, 0, m_width, 0);
-        auto clear = ground;
-        clear.setAlpha(0);
-        fade.setColorAt(0, clear);
-        fade.setColorAt(1, ground);
-        painter.fillRect(QRectF(m_width - kFade, 0, kFade, m_height), fade);
+}
+
+void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLook& look,
+                         const QColor& ground) const {
+    const auto band = bandOf(table);
+    painter.save();
+    painter.setClipRect(band.toAlignedRect(), Qt::IntersectClip);
+    painter.translate(-table.offset, 0);
+    paintDocument(painter, look, band.translated(table.offset, 0));
+    painter.translate(table.offset, 0);
+    auto clear = ground;
+    clear.setAlpha(0);
+    const auto fade = [&](double from, double to) {
+        QLinearGradient shade(from, 0, to, 0);
+        shade.setColorAt(0, ground);
+        shade.setColorAt(1, clear);
+        painter.fillRect(QRectF(std::min(from, to), band.top(), kFade, band.height()), shade);
+    };
+    if (table.place.left() < table.offset - 1) {
+        fade(0, kFade);
     }
+    if (table.place.right() > table.offset + m_width + 1) {
+        fade(m_width, m_width - kFade);
+    }
+    const double part = m_width / table.place.width();
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(look.separator);
+    painter.drawRoundedRect(QRectF((table.offset - table.place.left()) * part,
+                                   band.bottom() - kThumb, m_width * part, kThumb),
+                            kThumb / 2.0, kThumb / 2.0);
     painter.restore();
+}
+
+QPointF TextRow::inDocument(const QPointF& point) const {
+    const auto table =
+        std::find_if(m_wideTables.begin(), m_wideTables.end(),
+                     [&](const WideTable& each) { return bandOf(each).contains(point); });
+    return table == m_wideTables.end() ? point : point + QPointF(table->offset, 0);
 }
 
 bool TextRow::color(richtext::CodeHighlighter& code, const TextLook& look) {
@@ -64,12 +163,12 @@ bool TextRow::color(richtext::CodeHighlighter& code, const TextLook& look) {
 }
 
 int TextRow::caretAt(const QPointF& point) const {
-    const auto position = m_document.documentLayout()->hitTest(point, Qt::FuzzyHit);
+    const auto position = m_document.documentLayout()->hitTest(inDocument(point), Qt::FuzzyHit);
     return static_cast<int>(offsetOf(m_document, std::max(position, 0)));
 }
 
 QString TextRow::linkAt(const QPointF& point) const {
-    return openableLinkAt(m_document, point);
+    return openableLinkAt(m_document, inDocument(point));
 }
 
 } // namespace korvex::ui

@@ -7,10 +7,13 @@
 #include <QPainter>
 #include <QTextDocument>
 
+#include <optional>
+#include <vector>
+
 namespace korvex::ui {
 
-/// A text entry as its row shows it: exactly as the editor does, cut off at the right where a table
-/// is wider. All points count from the top left corner of the text.
+/// A text entry as its row shows it: exactly as the editor does. Of a table that is wider than the
+/// row a part is seen, which can be moved. All points count from the top left corner of the text.
 class TextRow {
 public:
     TextRow(const richtext::AttributedString& text, int width, const TextLook& look);
@@ -19,10 +22,17 @@ public:
     /// About how many times the memory of a one-line todo it takes; at least 1.
     int cost() const { return m_cost; }
 
-    /// `ground` is what the text stands on, into which a wide table fades.
+    /// `ground` is what the text stands on, into which a wide table fades where it goes on.
     void paint(QPainter& painter, const TextLook& look, const QColor& ground);
     /// Colours what code has no colours yet. False while some are awaited.
     bool color(richtext::CodeHighlighter& code, const TextLook& look);
+
+    /// Moves what is seen of the wide tables, or only of the one under a point, by so many pixels
+    /// to the right. False where there is nothing more to see.
+    bool scrollTables(int by, std::optional<QPointF> under = std::nullopt);
+    /// How far each wide table was moved, to be set again for the same text.
+    std::vector<int> tableOffsets() const;
+    void setTableOffsets(const std::vector<int>& offsets);
 
     /// The offset in the entry's text under a point.
     int caretAt(const QPointF& point) const;
@@ -30,7 +40,24 @@ public:
     QString linkAt(const QPointF& point) const;
 
 private:
+    struct WideTable {
+        /// Where it lies in the document, beyond the row's width at one side or both.
+        QRectF place;
+        int offset = 0;
+    };
+
+    void findWideTables();
+    void paintDocument(QPainter& painter, const TextLook& look, const QRectF& clip) const;
+    void paintTable(QPainter& painter, const WideTable& table, const TextLook& look,
+                    const QColor& ground) const;
+    void move(WideTable& table, int offset) const;
+    /// The part of the row that a table takes.
+    QRectF bandOf(const WideTable& table) const;
+    /// The point of the document that is seen at a point.
+    QPointF inDocument(const QPointF& point) const;
+
     QTextDocument m_document;
+    std::vector<WideTable> m_wideTables;
     int m_width;
     int m_height;
     int m_cost;

@@ -64,33 +64,45 @@ bool haveAllOneFrame(const std::vector<TextTableCellRef>& cells) {
 /// The columns of a table as Qt wants their widths: in pixels, with paddings and borders.
 class ColumnPixels {
 public:
-    explicit ColumnPixels(std::size_t columns) : m_widths(columns), m_paddings(columns) {}
+    explicit ColumnPixels(std::size_t columns)
+        : m_widths(columns), m_paddings(columns), m_borders(columns + 1) {}
 
     /// Cells come in the order of the text.
     void add(const TextTableCell& cell, const TextLook& look) {
         RichTextTable::noteWidth(m_widths, cell);
+        const auto left = static_cast<std::size_t>(cell.column);
+        noteBorder(left, cell, Side::left, look);
+        noteBorder(left + static_cast<std::size_t>(cell.columnSpan), cell, Side::right, look);
         if (cell.columnSpan == 1) {
-            auto& padding = m_paddings[static_cast<std::size_t>(cell.column)];
+            auto& padding = m_paddings[left];
             padding = std::max(
                 padding, paddingOf(cell.geometry, static_cast<std::size_t>(Side::left), look) +
                              paddingOf(cell.geometry, static_cast<std::size_t>(Side::right), look));
         }
     }
-    QList<QTextLength> constraints(double border, double outerBorder, const TextLook& look) const {
+    QList<QTextLength> constraints(double outerBorder, const TextLook& look) const {
         QList<QTextLength> result;
         for (std::size_t i = 0; i < m_widths.size(); ++i) {
             const auto content = look.pixels(m_widths[i].value_or(RichTextTable::kDefaultWidth));
-            // The first has a border on its left, too.
+            // Half of each line beside it is in a column. The first has an outer one, too.
+            const auto lines = (m_borders[i] + m_borders[i + 1]) / 2;
             result.append(
-                QTextLength(QTextLength::FixedLength, std::ceil(content + m_paddings[i] + border) +
+                QTextLength(QTextLength::FixedLength, std::ceil(content + m_paddings[i] + lines) +
                                                           (i == 0 ? outerBorder : 0)));
         }
         return result;
     }
 
 private:
+    void noteBorder(std::size_t edge, const TextTableCell& cell, Side side, const TextLook& look) {
+        m_borders[edge] = std::max(
+            m_borders[edge], widthOf(cell.geometry.borders[static_cast<std::size_t>(side)], look));
+    }
+
     std::vector<std::optional<Twips>> m_widths;
     std::vector<double> m_paddings;
+    /// The widest line at each edge of the columns.
+    std::vector<double> m_borders;
 };
 
 /// Whether the line on that side is the cell's to draw: of two neighbours the upper or left one
@@ -119,12 +131,10 @@ TableFormats::TableFormats(const std::vector<TextTableCellRef>& cells, const Tex
     m_table.setCellSpacing(0);
     m_table.setCellPadding(0);
     m_table.setBorder(0);
-    double border = 1;
     double outerBorder = 0;
     if (m_haveOneFrame) {
         const auto& geometry = cells.front()->geometry;
-        border = widthOf(geometry.borders.front(), look);
-        outerBorder = border;
+        outerBorder = widthOf(geometry.borders.front(), look);
         m_table.setCellPadding(paddingOf(geometry, 0, look));
     }
     // The outer lines stay clear of the edges of what the table stands in.
@@ -135,7 +145,7 @@ TableFormats::TableFormats(const std::vector<TextTableCellRef>& cells, const Tex
     for (const auto& cell : cells) {
         columns.add(*cell, look);
     }
-    m_table.setColumnWidthConstraints(columns.constraints(border, outerBorder, look));
+    m_table.setColumnWidthConstraints(columns.constraints(outerBorder, look));
 }
 
 void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& format) const {

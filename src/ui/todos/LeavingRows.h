@@ -8,17 +8,19 @@
 
 namespace korvex::ui {
 
-/// The todos whose rows are leaving a list: each row shrinks for a moment and is gone then. As fast
-/// as the list's style lets things move. Main thread.
-class LeavingRows final : public QObject {
+/// How much is left of the rows that are leaving a list, for the list to ask when it measures them.
+/// Main thread.
+class LeavingRows {
 public:
     /// The number of a todo's row, or -1.
     using RowOf = std::function<int(const model::Entry&)>;
 
-    LeavingRows(LazyListView& list, RowOf rowOf);
+    LeavingRows(LazyListView& list, RowOf rowOf) : m_list(list), m_rowOf(std::move(rowOf)) {}
 
-    /// Calls `done` at the end.
-    void start(const model::Entry& entry, std::function<void()> done);
+    /// `part` is left of the row: from 1, all of it, to 0.
+    void shrink(const model::Entry& entry, double part);
+    /// The row is as high as it is.
+    void forget(const model::Entry& entry);
     /// What is left now of a row's height. The entry is null for a row that shows none.
     int height(const model::Entry* entry, int fullHeight) const;
 
@@ -27,7 +29,6 @@ private:
 
     LazyListView& m_list;
     RowOf m_rowOf;
-    /// How much of each is left, from 1 to 0.
     std::unordered_map<const model::Entry*, double> m_parts;
 };
 

@@ -1,5 +1,12 @@
 #include "ui/todos/LingeringTicks.h"
 
+#include "ui/kit/RowListView.h"
+#include "ui/todos/LeavingRows.h"
+#include "ui/todos/TodoActions.h"
+
+#include <QStyle>
+
+#include <algorithm>
 #include <chrono>
 
 namespace korvex::ui {
@@ -7,24 +14,159 @@ namespace korvex::ui {
 namespace {
 
 constexpr std::chrono::milliseconds kTickShown{500};
+constexpr std::chrono::milliseconds kStep{16};
+/// A row is gone after so many.
+constexpr int kSteps = 10;
+
+/// How much of a row is left after some steps: slowly at both ends.
+double partLeft(int steps) {
+    const auto done = static_cast<double>(steps) / kSteps;
+    return 1 - done * done * (3 - 2 * done);
+}
+
+bool moves(const RowListView& view) {
+    return view.isVisible() &&
+           view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &view) > 0;
+}
 
 } // namespace
 
-LingeringTicks::LingeringTicks(base::RunLoop& runLoop) : m_runLoop(runLoop) {}
+void LingeringTicks::toggle(model::Entry& entry) {
+    const auto ticked = m_ticked.find(&entry);
+    if (ticked != m_ticked.end() && !m_parts.list.belongs(entry)) {
+        takeBack(entry, ticked->second);
+    } else {
+        tick(entry);
+    }
+}
 
-void LingeringTicks::start(const model::Entry& entry, std::function<void()> seen) {
-    m_timers[&entry] = m_runLoop.callAfter(kTickShown, [this, &entry, seen = std::move(seen)] {
-        m_timers.erase(&entry);
-        seen();
+void LingeringTicks::tick(model::Entry& entry) {
+    if (m_ticked.erase(&entry) > 0) {
+        m_parts.list.letGo(entry); // taken back before: it is held where it is now
+    }
+    m_ticked[&entry] = {.place = placeOf(entry), .completedAt = entry.completedAt()};
+    m_parts.list.hold(entry);
+    if (m_parts.actions.toggle(entry)) {
+        wait();
+    } else {
+        letGo(entry);
+    }
+}
+
+void LingeringTicks::takeBack(model::Entry& entry, Ticked& ticked) {
+    ticked.step.reset();
+    m_parts.leaving.forget(entry);
+    if (entry.isCompleted()) {
+        m_parts.actions.restore(entry, positionOf(entry, ticked));
+    } else {
+        m_parts.actions.complete(entry, ticked.completedAt);
+    }
+    wait();
+}
+
+bool LingeringTicks::isSeenOnBoardOf(const model::Entry& entry, const model::Entry& other) const {
+    return &other != &entry && other.isCompleted() && other.boardID() == entry.boardID();
+}
+
+std::int64_t LingeringTicks::placeOf(const model::Entry& entry) const {
+    std::vector<std::int64_t> seen;
+    for (const auto& [other, ticked] : m_ticked) {
+        if (isSeenOnBoardOf(entry, *other)) {
+            seen.push_back(ticked.place);
+        }
+    }
+    std::sort(seen.begin(), seen.end());
+    auto place = entry.sortOrder();
+    for (const auto each : seen) {
+        place += each <= place ? 1 : 0;
+    }
+    return place;
+}
+
+std::int64_t LingeringTicks::positionOf(const model::Entry& entry, const Ticked& ticked) const {
+    return ticked.place - std::count_if(m_ticked.begin(), m_ticked.end(), [&](const auto& each) {
+               return isSeenOnBoardOf(entry, *each.first) && each.second.place < ticked.place;
+           });
+}
+
+bool LingeringTicks::pointerTicksOn() const {
+    const auto row = m_parts.view.pointedSign();
+    return row >= 0 && std::none_of(m_ticked.begin(), m_ticked.end(), [&](const auto& each) {
+               return m_parts.list.tickedRow(*each.first) == row;
+           });
+}
+
+void LingeringTicks::wait() {
+    m_waiting = m_parts.runLoop.callAfter(kTickShown, [this] { leave(); });
+}
+
+void LingeringTicks::leave() {
+    if (pointerTicksOn()) {
+        wait();
+        return;
+    }
+    Entries gone;
+    for (auto& [entry, ticked] : m_ticked) {
+        if (m_parts.list.belongs(*entry) || m_parts.list.tickedRow(*entry) < 0 ||
+            !moves(m_parts.view)) {
+            gone.push_back(entry);
+        } else if (!ticked.step) {
+            ticked.step = 0;
+        }
+    }
+    letGo(gone);
+    goOn();
+}
+
+void LingeringTicks::goOn() {
+    const auto isLeaving = std::any_of(m_ticked.begin(), m_ticked.end(), [](const auto& each) {
+        return each.second.step.has_value();
     });
+    if (isLeaving) {
+        m_stepping = m_parts.runLoop.callAfter(kStep, [this] { stepOn(); });
+    } else {
+        m_stepping.reset();
+    }
 }
 
-void LingeringTicks::release(const model::Entry& entry) {
-    m_timers.erase(&entry);
+void LingeringTicks::stepOn() {
+    Entries gone;
+    for (auto& [entry, ticked] : m_ticked) {
+        if (!ticked.step) {
+            continue;
+        }
+        if (m_parts.list.belongs(*entry) || ++*ticked.step == kSteps) {
+            gone.push_back(entry);
+        } else {
+            m_parts.leaving.shrink(*entry, partLeft(*ticked.step));
+        }
+    }
+    letGo(gone);
+    goOn();
 }
 
-bool LingeringTicks::contains(const model::Entry& entry) const {
-    return m_timers.contains(&entry);
+void LingeringTicks::letGo(const Entries& entries) {
+    for (auto* const entry : entries) {
+        letGo(*entry);
+    }
+}
+
+void LingeringTicks::letGo(model::Entry& entry) {
+    const auto ticked = m_ticked.extract(&entry);
+    if (entry.isCompleted()) {
+        for (auto& [other, rest] : m_ticked) {
+            if (other->boardID() == entry.boardID() && rest.place > ticked.mapped().place) {
+                --rest.place;
+            }
+        }
+    }
+    const auto row = m_parts.list.tickedRow(entry);
+    const auto wasCurrent = row >= 0 && m_parts.view.currentRow() == row;
+    m_parts.list.letGo(entry);
+    m_parts.leaving.forget(entry);
+    if (wasCurrent && !m_parts.list.belongs(entry)) {
+        m_parts.view.setCurrentRow(m_parts.list.rowAfter(row));
+    }
 }
 
 } // namespace korvex::ui

@@ -33,14 +33,14 @@ QString shownText(const model::Entry& entry) {
     return shown.size() < content.size() ? text + QStringLiteral("…") : text;
 }
 
-std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme) {
+std::unique_ptr<QTextLayout> makeTextLayout(QString text, Qt::LayoutDirection direction,
+                                            const Theme& theme) {
     text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
     text.replace(QLatin1Char('\n'), QChar::LineSeparator);
     auto layout = std::make_unique<QTextLayout>(text, theme.font());
     QTextOption option;
-    const auto isRightToLeft = text.isRightToLeft();
-    option.setTextDirection(isRightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
-    option.setAlignment(isRightToLeft ? Qt::AlignRight : Qt::AlignLeft);
+    option.setTextDirection(direction);
+    option.setAlignment(direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft);
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout->setTextOption(option);
     layout->setCacheEnabled(true);

@@ -26,8 +26,9 @@ enum class BesideText {
     goesBelow,
 };
 
-/// A text as a row shows it, in its own direction. It has no lines yet.
-std::unique_ptr<QTextLayout> makeTextLayout(QString text, const Theme& theme);
+/// A text as a row shows it. It has no lines yet.
+std::unique_ptr<QTextLayout> makeTextLayout(QString text, Qt::LayoutDirection direction,
+                                            const Theme& theme);
 /// Lays the text out. `room` is the width that both have; `besideWidth` is what the other takes of
 /// it while it stands beside the text.
 TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside);

@@ -1,5 +1,6 @@
 #include "ui/todos/SchedulePopover.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/DateFields.h"
 #include "ui/kit/Text.h"
 
@@ -13,12 +14,17 @@
 #include <QScopedValueRollback>
 #include <QTimeEdit>
 
+#include <algorithm>
+#include <initializer_list>
+#include <utility>
+
 namespace korvex::ui {
 
 namespace {
 
 constexpr int kPanelWidth = 300;
 constexpr int kMargin = 14;
+constexpr int kWindowMargin = 8;
 /// Stands in the list of presets for a moment of the user's own.
 constexpr int kCustom = -1;
 
@@ -60,6 +66,9 @@ void SchedulePopover::makeFields() {
     m_time = new QTimeEdit(this);
     m_time->setAccessibleName(tr("Due time"));
     m_hasWindow = new QCheckBox(tr("Start"), this);
+    m_startDay = new QDateEdit(this);
+    m_startDay->setCalendarPopup(true);
+    m_startDay->setAccessibleName(tr("Start day"));
     m_start = new QTimeEdit(this);
     m_start->setAccessibleName(tr("Start time"));
     m_hasReminder = new QCheckBox(tr("Reminder"), this);
@@ -68,13 +77,15 @@ void SchedulePopover::makeFields() {
     m_reminder = new QDateTimeEdit(this);
     m_reminder->setCalendarPopup(true);
     m_reminder->setAccessibleName(tr("Moment of the reminder"));
-    DateFields::setUp(*m_day, DateFields::dayFormat());
-    DateFields::setUp(*m_reminder,
-                      DateFields::dayFormat() + QLatin1Char(' ') + DateFields::timeFormat());
+    const auto dayFormat = DateFields::dayFormat(*m_formats);
+    const auto timeFormat = DateFields::timeFormat(*m_formats);
+    for (auto* const day : {m_day, m_startDay}) {
+        DateFields::setUp(*day, dayFormat);
+    }
+    DateFields::setUp(*m_reminder, dayFormat + QLatin1Char(' ') + timeFormat);
     for (QDateTimeEdit* const field :
          {static_cast<QDateTimeEdit*>(m_time), static_cast<QDateTimeEdit*>(m_start)}) {
-        field->setTimeSpec(Qt::UTC);
-        field->setDisplayFormat(DateFields::timeFormat());
+        DateFields::setUp(*field, timeFormat);
     }
     m_explanation = new QLabel(this);
     m_explanation->setWordWrap(true);
@@ -82,6 +93,7 @@ void SchedulePopover::makeFields() {
     m_error = new QLabel(this);
     m_error->setWordWrap(true);
     m_error->setFont(theme().smallFont());
+    Accessibility::setRole(*m_error, QAccessible::AlertMessage);
     auto errorPalette = m_error->palette();
     errorPalette.setColor(QPalette::WindowText, theme().colors().danger);
     m_error->setPalette(errorPalette);
@@ -94,33 +106,57 @@ void SchedulePopover::makeFields() {
 }
 
 void SchedulePopover::layOut() {
-    setFixedWidth(theme().scaled(kPanelWidth));
+    const int room = window()->width() - 2 * kWindowMargin;
+    const bool isNarrow = theme().scaled(kPanelWidth) > room;
+    setFixedWidth(std::min(theme().scaled(kPanelWidth), room));
     auto* const grid = new QGridLayout(this);
     grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
     grid->setVerticalSpacing(8);
-    auto* const days = new QHBoxLayout;
+    const auto addLine = [grid](QLayout* line) {
+        grid->addLayout(line, grid->rowCount(), 0, 1, 2);
+    };
+    auto* const days = new QBoxLayout(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
     days->setSpacing(6);
     for (auto* const button : {m_today, m_tomorrow, m_nextWeek}) {
         days->addWidget(button);
     }
-    grid->addLayout(days, 0, 0, 1, 2);
-    grid->addWidget(m_hasDue, 1, 0);
-    grid->addWidget(m_day, 1, 1);
-    grid->addWidget(m_hasTime, 2, 0);
-    grid->addWidget(m_time, 2, 1);
-    grid->addWidget(m_hasWindow, 3, 0);
-    grid->addWidget(m_start, 3, 1);
-    grid->addWidget(m_hasReminder, 4, 0);
-    grid->addWidget(m_preset, 4, 1);
-    grid->addWidget(m_reminder, 5, 1);
-    grid->addWidget(m_explanation, 6, 0, 1, 2);
-    grid->addWidget(m_error, 7, 0, 1, 2);
+    auto* const start = new QWidget(this);
+    auto* const startLines = new QVBoxLayout(start);
+    startLines->setContentsMargins(QMargins());
+    startLines->setSpacing(grid->verticalSpacing());
+    startLines->addWidget(m_startDay);
+    startLines->addWidget(m_start);
+    addLine(days);
+    for (const auto& [box, field] :
+         std::initializer_list<std::pair<QWidget*, QWidget*>>{{m_hasDue, m_day},
+                                                              {m_hasTime, m_time},
+                                                              {m_hasWindow, start},
+                                                              {m_hasReminder, m_preset},
+                                                              {nullptr, m_reminder}}) {
+        const int row = grid->rowCount();
+        if (box) {
+            grid->addWidget(box, row, 0, 1, isNarrow ? 2 : 1);
+        }
+        // Where there is no room beside it, the field stands under its box.
+        grid->addWidget(field, isNarrow && box ? row + 1 : row, isNarrow ? 0 : 1, 1,
+                        isNarrow ? 2 : 1);
+    }
+    grid->addWidget(m_explanation, grid->rowCount(), 0, 1, 2);
+    grid->addWidget(m_error, grid->rowCount(), 0, 1, 2);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(m_clear);
     buttons->addStretch();
     buttons->addWidget(m_save);
-    grid->addLayout(buttons, 8, 0, 1, 2);
+    addLine(buttons);
     grid->setColumnStretch(1, 1);
+    // Tab leads through them as they stand.
+    QWidget* before = m_today;
+    for (QWidget* const each : std::initializer_list<QWidget*>{
+             m_tomorrow, m_nextWeek, m_hasDue, m_day, m_hasTime, m_time, m_hasWindow, m_startDay,
+             m_start, m_hasReminder, m_preset, m_reminder, m_clear, m_save}) {
+        setTabOrder(before, each);
+        before = each;
+    }
 }
 
 void SchedulePopover::connectFields() {
@@ -130,7 +166,8 @@ void SchedulePopover::connectFields() {
     }
     for (QDateTimeEdit* const field :
          {static_cast<QDateTimeEdit*>(m_day), static_cast<QDateTimeEdit*>(m_time),
-          static_cast<QDateTimeEdit*>(m_start), m_reminder}) {
+          static_cast<QDateTimeEdit*>(m_startDay), static_cast<QDateTimeEdit*>(m_start),
+          m_reminder}) {
         connect(field, &QDateTimeEdit::dateTimeChanged, this, changed);
     }
     connect(m_preset, &QComboBox::activated, this, changed);
@@ -163,7 +200,9 @@ void SchedulePopover::showState() {
     m_hasTime->setChecked(m_editor.hasTime);
     m_time->setTime(due.time());
     m_hasWindow->setChecked(m_editor.hasWindow);
-    m_start->setTime(dateTimeOf(m_editor.start).time());
+    const auto start = dateTimeOf(m_editor.start);
+    m_startDay->setDate(start.date());
+    m_start->setTime(start.time());
     m_hasReminder->setChecked(m_editor.hasReminder);
     m_reminder->setDateTime(dateTimeOf(m_editor.reminder));
     fillPresets();
@@ -174,6 +213,8 @@ void SchedulePopover::showState() {
     m_time->setVisible(m_editor.hasDue);
     m_time->setEnabled(hasTime);
     m_hasWindow->setVisible(hasTime);
+    m_startDay->setVisible(hasTime && m_editor.startHasOwnDay);
+    m_startDay->setEnabled(m_editor.hasWindow);
     m_start->setVisible(hasTime);
     m_start->setEnabled(m_editor.hasWindow);
     m_preset->setEnabled(m_editor.hasReminder);
@@ -201,8 +242,11 @@ void SchedulePopover::takeState() {
         m_time->time() != dateTimeOf(m_editor.due).time()) {
         m_editor.due = instantOf(m_day->date(), m_time->time(), m_editor.due);
     }
-    if (m_start->time() != dateTimeOf(m_editor.start).time()) {
-        m_editor.start = instantOf(m_day->date(), m_start->time(), m_editor.start);
+    const auto start = dateTimeOf(m_editor.start);
+    const auto hasOwnDay = m_editor.startHasOwnDay;
+    if (m_start->time() != start.time() || (hasOwnDay && m_startDay->date() != start.date())) {
+        m_editor.start = instantOf(hasOwnDay ? m_startDay->date() : m_day->date(), m_start->time(),
+                                   m_editor.start);
     }
     m_editor.hasReminder = m_hasReminder->isChecked();
     if (reminderMoved) {
@@ -237,15 +281,26 @@ void SchedulePopover::clear() {
 
 void SchedulePopover::save() {
     if (!m_editor.save(m_services.clock.now())) {
-        showError();
-        placeAgain();
+        showRefusal();
     }
+}
+
+void SchedulePopover::dismiss() {
+    if (!m_editor.dismiss(m_services.clock.now())) {
+        showRefusal();
+    }
+}
+
+void SchedulePopover::showRefusal() {
+    showError();
+    placeAgain();
 }
 
 void SchedulePopover::showError() {
     const auto& message = m_editor.errorMessage();
     m_error->setVisible(message.has_value());
     m_error->setText(message ? toQString(*message) : QString());
+    Accessibility::say(*m_error, m_error->text());
 }
 
 void SchedulePopover::keyPressEvent(QKeyEvent* event) {

@@ -26,8 +26,9 @@ public:
     SchedulePopover(model::Entry& entry, const TodoServices& services, const Theme& theme,
                     QWidget* window);
 
-    /// A press outside saves what can be saved; what cannot stays open with the reason.
-    void dismiss() override { save(); }
+    /// A press outside saves what was changed, if anything was; what cannot be saved stays open
+    /// with the reason.
+    void dismiss() override;
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -45,6 +46,8 @@ private:
     QDateTime dateTimeOf(base::Instant instant) const;
     void clear();
     void save();
+    /// After what was to close the editor and was refused.
+    void showRefusal();
     void showError();
 
     TodoServices m_services;
@@ -57,6 +60,7 @@ private:
     QCheckBox* m_hasTime;
     QTimeEdit* m_time;
     QCheckBox* m_hasWindow;
+    QDateEdit* m_startDay;
     QTimeEdit* m_start;
     QCheckBox* m_hasReminder;
     QComboBox* m_preset;

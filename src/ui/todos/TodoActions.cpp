@@ -6,8 +6,18 @@
 
 namespace korvex::ui {
 
-TodoActions::TodoActions(Page& page, const TodoServices& services, const Theme& theme)
-    : m_page(page), m_services(services), m_theme(theme) {}
+TodoActions::TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
+                         const Theme& theme)
+    : m_page(page),
+      m_services(services),
+      m_undo(undo),
+      m_theme(theme),
+      m_undoChanges(undo.didChange().connect([this] {
+          if (m_offered != 0 && !m_undo.findUndo(m_offered)) {
+              m_offered = 0;
+              m_page.banner().endOffer();
+          }
+      })) {}
 
 bool TodoActions::toggle(model::Entry& entry) {
     return entry.isCompleted() ? restore(entry) : complete(entry);
@@ -29,9 +39,14 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
     }
     removal.goOn();
     const auto text = shortened(removal.text);
-    if (!text.isEmpty()) {
-        m_page.banner().offer(tr("“%1” was deleted.").arg(text), tr("Undo"), removal.undo);
-    }
+    offerUndo(text.isEmpty() ? tr("The entry was deleted.") : tr("“%1” was deleted.").arg(text));
+}
+
+void TodoActions::offerUndo(const QString& message) {
+    const auto* const step = m_undo.nextUndo();
+    m_offered = step ? step->id : 0;
+    m_page.banner().offer(message, tr("Undo"),
+                          [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Instant.h"
+#include "base/Signal.h"
 #include "model/Entry.h"
 #include "ui/todos/TodoServices.h"
 
@@ -22,7 +23,8 @@ class TodoActions {
     Q_DECLARE_TR_FUNCTIONS(korvex::ui::TodoActions)
 
 public:
-    TodoActions(Page& page, const TodoServices& services, const Theme& theme);
+    TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
+                const Theme& theme);
 
     /// Completes an open todo and restores a completed one. False when that was refused.
     bool toggle(model::Entry& entry);
@@ -38,18 +40,21 @@ public:
         QString text;
         /// Leaves the list where the user can go on.
         std::function<void()> goOn;
-        /// Takes the removal back.
-        std::function<void()> undo;
     };
     /// Deletes the entry, and offers for a while to take that back.
     void remove(model::Entry& entry, const Removal& removal);
+    /// Says on the page what was done just now, and offers to take that back, until it was.
+    void offerUndo(const QString& message);
     /// Lets the schedule of an open todo be edited under this place on the screen.
     void openSchedule(model::Entry& entry, const QRect& globalAnchor);
 
 private:
     Page& m_page;
     TodoServices m_services;
+    services::UndoManager& m_undo;
     const Theme& m_theme;
+    services::UndoManager::StepId m_offered = 0;
+    base::Subscription m_undoChanges;
 };
 
 } // namespace korvex::ui

@@ -1,5 +1,6 @@
 #include "ui/todos/TodoPainting.h"
 
+#include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 
 #include <QPainter>
@@ -26,12 +27,13 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     painter.setPen(color);
     // A label that fits is not to be wrapped for a part of a pixel.
     const auto wraps = label.width(theme) > rect.width();
-    painter.drawText(wraps ? rect.adjusted(0, 0, -label.bellWidth(theme), 0) : rect,
+    const auto words = rect.adjusted(0, 0, wraps ? -label.bellWidth(theme) : 0, 0);
+    painter.drawText(mirrored(words, rect),
                      Qt::AlignLeft | Qt::AlignVCenter | (wraps ? Qt::TextWordWrap : 0), label.text);
     if (label.hasReminder) {
         const auto size = theme.scaled(13);
-        IconSet::draw(painter, QStringLiteral("bell-fill"), color,
-                      QRect(rect.right() + 1 - size, rect.center().y() - size / 2, size, size));
+        const QRect bell(rect.right() + 1 - size, rect.center().y() - size / 2, size, size);
+        IconSet::draw(painter, QStringLiteral("bell-fill"), color, mirrored(bell, rect));
     }
 }
 

@@ -1,9 +1,9 @@
 #include "ui/todos/TodoTextEdit.h"
 
-#include "base/Text.h"
 #include "model/EntryContentLimit.h"
 #include "ui/kit/Text.h"
 #include "ui/text/OfferedFiles.h"
+#include "ui/todos/PastedLines.h"
 
 #include <QKeyEvent>
 #include <QMimeData>
@@ -102,17 +102,11 @@ void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
         Q_EMIT attachmentsPasted(source);
         return;
     }
-    QStringList lines;
-    const auto pasted = toUtf8(source->text());
-    base::forEachLine(pasted, [&](std::string_view line) {
-        if (const auto text = base::trimmed(line); !text.empty()) {
-            lines.append(toQString(text));
-        }
-    });
+    const auto pasted = source->text();
+    auto lines = pastedLines(pasted);
     // Spaces at the ends of a part of a line are meant.
-    const auto only = lines.size() == 1 && pasted.find_first_of("\r\n") == std::string::npos
-                          ? source->text()
-                          : lines.value(0);
+    const auto isPart = !pasted.contains(QLatin1Char('\n')) && !pasted.contains(QLatin1Char('\r'));
+    const auto only = lines.size() == 1 && isPart ? pasted : lines.value(0);
     if (lines.size() <= 1) {
         if (allows(only)) {
             textCursor().insertText(only);

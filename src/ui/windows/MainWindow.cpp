@@ -2,6 +2,8 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/NoticeLine.h"
 #include "ui/kit/Text.h"
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
@@ -19,7 +21,7 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr QSize kSmallestSize(420, 320);
+constexpr QSize kSmallestSize(360, 320);
 
 } // namespace
 
@@ -28,14 +30,20 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
       m_theme(theme),
       m_splitter(new QSplitter(this)),
       m_sidebar(new Sidebar(workspace.boards, workspace.context, workspace.clock, theme)),
+      m_storeNotice(new NoticeLine({.icon = QStringLiteral("lock-simple"),
+                                    .text = tr("The store can only be read: its file or folder "
+                                               "cannot be written. Nothing can be changed.")},
+                                   theme)),
       m_pages(new PageStack),
       m_boardPage(new BoardPage(workspace, theme)),
       m_boardActions(*m_sidebar, workspace.boards, workspace.clock, theme, *this),
       m_navigation({.sidebar = *m_sidebar, .pages = *m_pages, .boardPage = *m_boardPage},
                    workspace.boards, workspace.context, workspace.preferences, this),
       m_search(m_sidebar->searchField(), m_navigation, workspace.search, this),
+      m_sidebarPlace(*this, *m_splitter, *m_sidebar),
       m_actions({.window = *this,
                  .sidebar = *m_sidebar,
+                 .sidebarPlace = m_sidebarPlace,
                  .boardPage = *m_boardPage,
                  .boardActions = m_boardActions,
                  .navigation = m_navigation},
@@ -45,8 +53,9 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .preferences = workspace.preferences},
                 theme),
       m_drafts(workspace, m_navigation, *m_boardPage, this),
-      m_layout(*this, *m_splitter, *m_sidebar, workspace.defaults) {
+      m_layout(*this, *m_splitter, m_sidebarPlace, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
+    Accessibility::setRole(*this, QAccessible::Window);
     setMinimumSize(kSmallestSize);
     layOut();
     addPages();
@@ -55,7 +64,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     connectBoardPage();
     connect(&m_navigation, &Navigation::changed, this, &MainWindow::showTitle);
     connect(&m_boardActions, &BoardActions::refused, this, &MainWindow::showError);
-    connect(&m_actions, &WindowActions::refused, this, &MainWindow::showError);
+    connect(m_pages, &PageStack::undoRequested, &m_actions, &WindowActions::undo);
     m_boardPage->list().viewport()->installEventFilter(this);
     m_layout.restore();
     m_navigation.start();
@@ -65,7 +74,14 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::layOut() {
     m_splitter->addWidget(m_sidebar);
-    m_splitter->addWidget(m_pages);
+    auto* const shown = new QWidget;
+    auto* const lines = new QVBoxLayout(shown);
+    lines->setContentsMargins(0, 0, 0, 0);
+    lines->setSpacing(0);
+    lines->addWidget(m_storeNotice);
+    lines->addWidget(m_pages, 1);
+    m_splitter->addWidget(shown);
+    m_storeNotice->setVisible(!m_workspace.context.container().allowsSave());
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(1, 1);
     auto* const column = new QVBoxLayout(this);
@@ -121,6 +137,14 @@ void MainWindow::connectSidebar() {
         if (m_navigation.showPage(page)) {
             m_navigation.takeKeyboard();
         }
+    });
+    connect(m_sidebar, &Sidebar::creationGivenUp, &m_navigation, &Navigation::takeKeyboard);
+    connect(m_sidebar, &Sidebar::moveRequested, this,
+            [this](model::Board* board, int offset) { m_boardActions.move(*board, offset); });
+    connect(m_sidebar, &Sidebar::boardPicked, &m_sidebarPlace, &SidebarPlace::leavePage);
+    connect(&m_sidebarPlace, &SidebarPlace::left, &m_navigation, &Navigation::takeKeyboard);
+    connect(&m_navigation, &Navigation::changed, this, [this] {
+        m_sidebarPlace.setSearching(m_navigation.currentPage() == PageKind::search);
     });
     connect(m_sidebar, &Sidebar::entryDropped, this,
             [this](const base::Uuid& entry, model::Board* board) {
@@ -196,7 +220,9 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && m_navigation.canGoBack()) {
+    if (event->key() == Qt::Key_Escape && m_sidebarPlace.isOver()) {
+        m_sidebarPlace.leavePage();
+    } else if (event->key() == Qt::Key_Escape && m_navigation.canGoBack()) {
         m_navigation.goBack();
     } else {
         QWidget::keyPressEvent(event);

@@ -4,6 +4,7 @@
 #include "ui/windows/DraftOffers.h"
 #include "ui/windows/Navigation.h"
 #include "ui/windows/SearchSession.h"
+#include "ui/windows/SidebarPlace.h"
 #include "ui/windows/WindowActions.h"
 #include "ui/windows/WindowLayout.h"
 #include "ui/workspace/Workspace.h"
@@ -15,6 +16,7 @@
 
 namespace korvex::ui {
 
+class NoticeLine;
 class Page;
 
 /// The main window: the sidebar at the left; at the right the chosen board, or a page over all
@@ -62,11 +64,14 @@ private:
     const Theme& m_theme;
     QSplitter* m_splitter;
     Sidebar* m_sidebar;
+    /// Says that the store can only be read.
+    NoticeLine* m_storeNotice;
     PageStack* m_pages;
     BoardPage* m_boardPage;
     BoardActions m_boardActions;
     Navigation m_navigation;
     SearchSession m_search;
+    SidebarPlace m_sidebarPlace;
     WindowActions m_actions;
     DraftOffers m_drafts;
     WindowLayout m_layout;

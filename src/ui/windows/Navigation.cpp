@@ -30,16 +30,22 @@ PageKind Navigation::currentPage() const {
     return m_views.pages.currentKind();
 }
 
+Page& Navigation::page() const {
+    return m_views.pages.current();
+}
+
+bool Navigation::isShown(const model::Board& board) const {
+    return currentPage() == PageKind::board && m_views.boardPage.board() == &board;
+}
+
 bool Navigation::showPage(PageKind page) {
-    const auto canLeave = m_views.pages.current().leave();
-    if (canLeave) {
-        if (page == PageKind::search && currentPage() != page) {
-            m_beforeSearch = currentPage();
-        }
-        m_views.pages.show(page);
+    const auto before = currentPage();
+    const auto isShown = m_views.pages.show(page);
+    if (isShown && page == PageKind::search && before != page) {
+        m_beforeSearch = before;
     }
     pageChanged();
-    return canLeave;
+    return isShown;
 }
 
 void Navigation::showBoard(model::Board& board) {
@@ -73,13 +79,13 @@ bool Navigation::showLastBoard() {
 }
 
 bool Navigation::canGoBack() const {
-    return currentPage() != PageKind::board || m_views.boardPage.isReadOnly();
+    return currentPage() != PageKind::board || m_views.boardPage.showsArchivedBoard();
 }
 
 void Navigation::goBack() {
     if (currentPage() == PageKind::search) {
         leaveSearch();
-    } else if (currentPage() == PageKind::board && m_views.boardPage.isReadOnly()) {
+    } else if (currentPage() == PageKind::board && m_views.boardPage.showsArchivedBoard()) {
         showPage(PageKind::archived);
     } else {
         showLastBoard();

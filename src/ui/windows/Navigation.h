@@ -10,6 +10,7 @@
 namespace korvex::ui {
 
 class BoardPage;
+class Page;
 class PageStack;
 class Sidebar;
 
@@ -32,6 +33,10 @@ public:
     void start();
 
     PageKind currentPage() const;
+    /// The page that is in sight.
+    Page& page() const;
+    /// Whether the board is what the window shows.
+    bool isShown(const model::Board& board) const;
     /// Returns false when what is being edited cannot be left; then its page stays, and says why.
     bool showPage(PageKind page);
     void showBoard(model::Board& board);

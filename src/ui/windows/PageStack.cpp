@@ -8,18 +8,24 @@ void PageStack::add(PageKind kind, MakePage make) {
     m_pages.emplace(kind, Slot{std::move(make), nullptr});
 }
 
-void PageStack::show(PageKind kind) {
+bool PageStack::show(PageKind kind) {
+    auto* const shown = m_pages.at(m_current).page;
+    if (shown && kind == m_current) {
+        return true;
+    }
+    if (shown && !shown->leave()) {
+        return false;
+    }
     auto& slot = m_pages.at(kind);
     if (!slot.page) {
         slot.page = slot.make();
         addWidget(slot.page);
+        connect(slot.page, &Page::undoRequested, this, &PageStack::undoRequested);
     }
-    const auto wasShown = currentWidget() == slot.page && m_current == kind;
     m_current = kind;
-    if (!wasShown) {
-        slot.page->storeChanged();
-    }
+    slot.page->storeChanged();
     setCurrentWidget(slot.page);
+    return true;
 }
 
 } // namespace korvex::ui

@@ -21,10 +21,16 @@ public:
     using MakePage = std::function<Page*()>;
     void add(PageKind kind, MakePage make);
 
-    void show(PageKind kind);
+    /// Leaves the page that is in sight before another is shown. False when it cannot be left; then
+    /// it stays, and says why.
+    bool show(PageKind kind);
     PageKind currentKind() const { return m_current; }
     /// The page in sight; one must have been shown.
     Page& current() const { return *m_pages.at(m_current).page; }
+
+Q_SIGNALS:
+    /// By one of the pages.
+    void undoRequested(std::uint64_t step);
 
 private:
     struct Slot {

@@ -1,8 +1,11 @@
 #include "ui/windows/Sidebar.h"
 
 #include "ui/boards/SidebarRow.h"
+#include "ui/kit/Accessibility.h"
+#include "ui/kit/Direction.h"
 #include "ui/kit/ErrorBanner.h"
 #include "ui/kit/IconSet.h"
+#include "ui/kit/Overlay.h"
 #include "ui/kit/Refusal.h"
 #include "ui/kit/SearchField.h"
 
@@ -12,12 +15,29 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <utility>
+
 namespace korvex::ui {
 
 namespace {
 
 constexpr int kMinimumWidth = 180;
 constexpr int kMaximumWidth = 360;
+constexpr int kBannerMargin = 6;
+
+/// Rows that lead to pages are a list to who hears of them.
+QWidget* listOf(const QString& name, std::initializer_list<SidebarRow*> rows, QWidget* parent) {
+    auto* const list = new QWidget(parent);
+    list->setAccessibleName(name);
+    Accessibility::setRole(*list, QAccessible::List);
+    auto* const column = new QVBoxLayout(list);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    for (auto* const row : rows) {
+        column->addWidget(row);
+    }
+    return list;
+}
 
 } // namespace
 
@@ -38,32 +58,17 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
       m_archived(new SidebarRow(QStringLiteral("archive"), tr("Archived boards"), theme, this)) {
     setMinimumWidth(kMinimumWidth);
     setMaximumWidth(kMaximumWidth);
+    setAccessibleName(tr("Sidebar"));
+    Accessibility::setRole(*this, QAccessible::Grouping);
     m_search->setAccessibleName(tr("Search all boards"));
     m_search->setToolTip(tr("Search all boards (Ctrl+F)"));
+    m_title->setAlignment(lineStart());
     m_add->setAutoRaise(true);
     m_add->setFocusPolicy(Qt::TabFocus);
     m_add->setAccessibleName(tr("New board"));
     m_add->setToolTip(tr("New board (Ctrl+Shift+N)"));
-    auto* const top = new QHBoxLayout;
-    top->setContentsMargins(8, 12, 8, 10);
-    top->addWidget(m_search);
-    auto* const heading = new QHBoxLayout;
-    heading->setContentsMargins(16, 14, 12, 4);
-    heading->addWidget(m_title, 1);
-    heading->addWidget(m_add);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(0, 0, 1, 10);
-    column->setSpacing(0);
-    column->addLayout(top);
-    column->addWidget(m_upcoming);
-    column->addWidget(m_completed);
-    column->addLayout(heading);
-    column->addWidget(m_banner);
-    column->addWidget(m_list);
-    column->addStretch();
-    column->addSpacing(8);
-    column->addWidget(m_archived);
-    m_archived->hide();
+    m_add->setEnabled(boards.allowsChanges());
+    layOut();
 
     connect(m_add, &QToolButton::clicked, this, &Sidebar::createBoard);
     connectRows();
@@ -71,10 +76,39 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
     connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
     connect(m_list, &BoardListView::renamed, this,
             [this](model::Board* board, const QString& name) { store(*board, name); });
+    connect(m_list, &BoardListView::renamingEnded, this, [this] { m_creation.reset(); });
+    // Once the editor is gone, whose row goes with it.
+    connect(m_list, &BoardListView::renamingGivenUp, this, &Sidebar::takeBackCreation,
+            Qt::QueuedConnection);
     connect(m_list, &BoardListView::dropped, this, &Sidebar::move);
+    connect(m_list, &BoardListView::moveRequested, this, &Sidebar::moveRequested);
     connect(m_list, &BoardListView::entryDropped, this, &Sidebar::entryDropped);
+    connect(m_list, &BoardListView::clicked, this, &Sidebar::boardPicked);
+    connect(m_list, &BoardListView::returnPressed, this, &Sidebar::boardPicked);
     connect(&theme, &Theme::changed, this, &Sidebar::applyTheme);
     applyTheme();
+}
+
+void Sidebar::layOut() {
+    auto* const top = new QHBoxLayout;
+    top->setContentsMargins(8, 12, 8, 10);
+    top->addWidget(m_search);
+    auto* const heading = new QHBoxLayout;
+    heading->setContentsMargins(mirrored(QMargins(16, 14, 12, 4)));
+    heading->addWidget(m_title, 1);
+    heading->addWidget(m_add);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(mirrored(QMargins(0, 0, 1, 10))); // beside the hairline
+    column->setSpacing(0);
+    column->addLayout(top);
+    column->addWidget(listOf(tr("Pages"), {m_upcoming, m_completed}, this));
+    column->addLayout(heading);
+    column->addWidget(m_list);
+    column->addStretch();
+    column->addSpacing(8);
+    column->addWidget(listOf(tr("More pages"), {m_archived}, this));
+    m_archived->hide();
+    new Overlay(*m_banner, *this, Overlay::Place::foot, kBannerMargin);
 }
 
 void Sidebar::connectRows() {
@@ -109,6 +143,7 @@ void Sidebar::walk(const SidebarRow* from, int direction) {
 }
 
 void Sidebar::showChoice(PageKind page, const model::Board* board) {
+    m_choice = {page, board ? std::optional(board->id()) : std::nullopt};
     m_upcoming->setChecked(page == PageKind::upcoming);
     m_completed->setChecked(page == PageKind::completed);
     const auto isListed = board && m_model.rowOf(*board) >= 0;
@@ -119,6 +154,20 @@ void Sidebar::showChoice(PageKind page, const model::Board* board) {
     } else {
         m_list->clearChoice();
     }
+}
+
+void Sidebar::takeKeyboard() {
+    for (auto* const row : {m_upcoming, m_completed, m_archived}) {
+        if (row->isChecked()) {
+            row->setFocus();
+            return;
+        }
+    }
+    m_list->setFocus();
+}
+
+int Sidebar::searchHeight() const {
+    return m_search->geometry().bottom() + 1 + m_search->y();
 }
 
 void Sidebar::setUpcomingCount(int count) {
@@ -155,8 +204,32 @@ void Sidebar::createBoard() {
         return;
     }
     m_banner->clear();
+    // A search has ended by now.
+    const auto before = m_choice.page == PageKind::search ? Choice() : m_choice;
     Q_EMIT boardChosen(created);
     rename(*created);
+    m_creation = {created->id(), before};
+}
+
+void Sidebar::takeBackCreation() {
+    const auto creation = std::exchange(m_creation, std::nullopt);
+    auto* const board = creation ? m_boards.board(creation->board) : nullptr;
+    if (!board) {
+        return;
+    }
+    const auto refused = refusal([&] {
+        if (board->entries().empty()) { // or somebody has begun to use it
+            m_boards.deleteBoard(*board);
+        }
+    });
+    if (refused) {
+        showMessage(*refused);
+    } else if (creation->before.page != PageKind::board) {
+        Q_EMIT pageRequested(creation->before.page);
+    } else if (auto* const shown = m_boards.board(creation->before.board.value_or(base::Uuid()))) {
+        Q_EMIT boardChosen(shown);
+    }
+    Q_EMIT creationGivenUp();
 }
 
 void Sidebar::rename(model::Board& board) {
@@ -207,7 +280,8 @@ void Sidebar::showMessage(const QString& message) {
 void Sidebar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), m_theme.colors().sidebar);
-    painter.fillRect(QRect(width() - 1, 0, 1, height()), m_theme.colors().hairline);
+    painter.fillRect(mirrored(QRect(width() - 1, 0, 1, height()), rect()),
+                     m_theme.colors().hairline);
 }
 
 void Sidebar::applyTheme() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "base/Uuid.h"
 #include "model/EntryPlacement.h"
 #include "services/BoardService.h"
 #include "store/ModelContext.h"
@@ -9,6 +10,8 @@
 #include "ui/windows/PageKind.h"
 
 #include <QWidget>
+
+#include <optional>
 
 class QLabel;
 class QToolButton;
@@ -33,31 +36,54 @@ public:
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
     void setUpcomingCount(int count);
+    /// Gives the keyboard to what is chosen.
+    void takeKeyboard();
+    /// How much of its height the search takes.
+    int searchHeight() const;
     /// The store's records have changed.
     void refresh();
 
-    /// Makes a board and lets its name be typed.
+    /// Makes a board and lets its name be typed. Escape there takes the board back.
     void createBoard();
     void rename(model::Board& board) override;
     std::optional<QRect> rowOf(const model::Board& board) const override;
 
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
+    /// The chosen board was clicked, or Return was pressed on it.
+    void boardPicked();
     void boardMenuRequested(korvex::model::Board* board, const QPoint& globalPosition);
     void pageRequested(korvex::ui::PageKind page);
+    /// The board is to stand this many places further down, or up where it is negative.
+    void moveRequested(korvex::model::Board* board, int offset);
     /// An entry was dropped on a board.
     void entryDropped(const korvex::base::Uuid& entry, korvex::model::Board* board);
+    /// A new board was taken back before it had a name: what was shown before is shown again.
+    void creationGivenUp();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    /// What the window shows.
+    struct Choice {
+        PageKind page = PageKind::board;
+        std::optional<base::Uuid> board;
+    };
+    /// A new board whose first name is being typed, and what was shown before.
+    struct Creation {
+        base::Uuid board;
+        Choice before;
+    };
+
     /// Counts the open todos of all boards, soon.
     void countSoon();
     void showMessage(const QString& message);
+    void layOut();
     void connectRows();
     void walk(const SidebarRow* from, int direction);
     void store(model::Board& board, const QString& name);
+    void takeBackCreation();
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
     void applyTheme();
 
@@ -73,6 +99,8 @@ private:
     BoardListView* m_list;
     ErrorBanner* m_banner;
     SidebarRow* m_archived;
+    Choice m_choice;
+    std::optional<Creation> m_creation;
     bool m_isCountDue = false;
 };
 

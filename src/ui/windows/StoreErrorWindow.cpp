@@ -1,6 +1,9 @@
 #include "ui/windows/StoreErrorWindow.h"
 
+#include "ui/kit/Accessibility.h"
+
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -17,6 +20,7 @@ constexpr int kMargin = 32;
 
 StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile) {
     setWindowTitle(QStringLiteral("Korvex"));
+    Accessibility::setRole(*this, QAccessible::Window);
     resize(kSize);
     auto* const title = new QLabel(tr("Korvex could not open its store"), this);
     auto titleFont = title->font();
@@ -24,9 +28,14 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     titleFont.setBold(true);
     title->setFont(titleFont);
     auto* const reason = new QLabel(message, this);
+    const auto folder = QString::fromStdString(storeFile.parent_path().string());
+    const auto hasFolder = QFileInfo(folder).isDir();
     auto* const advice = new QLabel(
-        tr("Nothing was changed. The store is the file below; keep a copy of its folder before you "
-           "try anything. When the cause is gone, start Korvex again."),
+        hasFolder ? tr("Nothing was changed. The store is the file below; keep a copy of its "
+                       "folder before you try anything. When the cause is gone, start Korvex "
+                       "again.")
+                  : tr("Nothing was changed. The store is to be the file below. When the cause is "
+                       "gone, start Korvex again."),
         this);
     const auto path = QString::fromStdString(storeFile.string());
     auto* const file = new QLabel(path, this);
@@ -36,6 +45,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
         label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     }
     auto* const show = new QPushButton(tr("Show the folder"), this);
+    show->setVisible(hasFolder);
     auto* const quit = new QPushButton(tr("Quit"), this);
     auto* const buttons = new QHBoxLayout;
     buttons->addStretch();
@@ -54,10 +64,8 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
         button->setAutoDefault(true);
     }
     connect(quit, &QPushButton::clicked, this, &QWidget::close);
-    connect(show, &QPushButton::clicked, this, [storeFile] {
-        QDesktopServices::openUrl(
-            QUrl::fromLocalFile(QString::fromStdString(storeFile.parent_path().string())));
-    });
+    connect(show, &QPushButton::clicked, this,
+            [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
 }
 
 } // namespace korvex::ui

@@ -1,9 +1,16 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "base/Uuid.h"
+#include "model/Board.h"
+#include "model/Entry.h"
 #include "services/UndoManager.h"
+#include "store/ModelContext.h"
 
 #include <QObject>
+
+#include <functional>
+#include <vector>
 
 class QAction;
 class QMenu;
@@ -11,26 +18,44 @@ class QWidget;
 
 namespace korvex::ui {
 
-/// Undo and redo with their keys in one window: they tell what they would take back, and are
-/// enabled while there is something. Whoever listens carries them out. Main thread.
+class Navigation;
+
+/// Undo and redo of one window, with their keys: they tell what they would take back, and are
+/// enabled while there is something. What came back is shown with the keyboard on its row; where
+/// that is another board, the window goes there and says so. Main thread.
 class UndoActions final : public QObject {
     Q_OBJECT
 
 public:
-    /// The manager outlives the window.
-    UndoActions(services::UndoManager& manager, QWidget& window);
+    /// All of it outlives the actions.
+    UndoActions(store::ModelContext& context, services::UndoManager& manager,
+                Navigation& navigation, QWidget& window);
 
     void addTo(QMenu& menu);
-
-Q_SIGNALS:
-    void undoRequested();
-    void redoRequested();
+    void undo();
+    /// Takes back this step, which need not be the latest any more.
+    void undo(services::UndoManager::StepId step);
+    void redo();
 
 private:
-    QAction* makeAction(const QKeySequence& keys, QWidget& window);
-    void update();
+    /// What a step is about: the first of its entries that is there, and a board.
+    struct Subject {
+        model::Entry* entry = nullptr;
+        model::Board* board = nullptr;
+    };
 
+    QAction* makeAction(const QKeySequence& keys, QWidget& window, void (UndoActions::*carryOut)());
+    void update();
+    /// `done` says that it was done; %1 stands for what, %2 for the board.
+    void run(const services::UndoManager::About& about, const QString& done,
+             const std::function<void()>& step);
+    Subject subjectOf(const std::vector<base::Uuid>& entries) const;
+    /// `done` says what was done; %2 stands for the board.
+    void show(const Subject& subject, const QString& done);
+
+    store::ModelContext& m_context;
     services::UndoManager& m_manager;
+    Navigation& m_navigation;
     QAction* m_undo;
     QAction* m_redo;
     base::Subscription m_changes;

@@ -4,13 +4,16 @@
 #include "ui/boards/BoardPicker.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/MenuItems.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/Popover.h"
 #include "ui/kit/SearchField.h"
 #include "ui/windows/AppearanceMenu.h"
 #include "ui/windows/Navigation.h"
 #include "ui/windows/Sidebar.h"
+#include "ui/windows/SidebarPlace.h"
 
 #include <QAction>
+#include <QApplication>
+#include <QContextMenuEvent>
 
 namespace korvex::ui {
 
@@ -25,22 +28,8 @@ WindowActions::WindowActions(const Parts& parts, const Services& services, const
       m_parts(parts),
       m_services(services),
       m_theme(theme),
-      m_undo(services.undo, parts.window) {
+      m_undo(services.context, services.undo, parts.navigation, parts.window) {
     addShortcuts();
-    connect(&m_undo, &UndoActions::undoRequested, this, [this] {
-        if (m_parts.navigation.currentPage() == PageKind::board) {
-            m_parts.boardPage.actions().undo();
-        } else {
-            takeBack(&services::UndoManager::undo);
-        }
-    });
-    connect(&m_undo, &UndoActions::redoRequested, this, [this] {
-        if (m_parts.navigation.currentPage() == PageKind::board) {
-            m_parts.boardPage.actions().redo();
-        } else {
-            takeBack(&services::UndoManager::redo);
-        }
-    });
     connect(
         &parts.sidebar, &Sidebar::boardMenuRequested, this,
         [this](model::Board* board, const QPoint& position) { openBoardMenu(*board, position); });
@@ -60,7 +49,7 @@ void WindowActions::addShortcuts() {
     addShortcut(Qt::CTRL | Qt::Key_N, [this] { startTodo(); });
     addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_T, [this] { startText(); });
     addShortcut(Qt::CTRL | Qt::SHIFT | Qt::Key_N, [this] {
-        m_parts.sidebar.show();
+        m_parts.sidebarPlace.show();
         m_parts.sidebar.createBoard();
     });
     m_find = addShortcut(Qt::CTRL | Qt::Key_F, [this] { find(); });
@@ -69,18 +58,11 @@ void WindowActions::addShortcuts() {
     m_goToBoard->setText(tr("Go to board…"));
     addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
+    addShortcut(Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); });
     addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
                     [this, number] { openNumbered(number); });
-    }
-}
-
-/// Undoes or redoes on a page that follows the store; a board's page shows by itself what came
-/// back.
-void WindowActions::takeBack(void (services::UndoManager::*step)()) {
-    if (const auto message = refusal([&] { (m_services.undo.*step)(); })) {
-        Q_EMIT refused(*message);
     }
 }
 
@@ -97,7 +79,7 @@ void WindowActions::startText() {
 }
 
 void WindowActions::find() {
-    m_parts.sidebar.show();
+    m_parts.sidebarPlace.show();
     m_parts.sidebar.searchField().setFocus(Qt::ShortcutFocusReason);
     m_parts.sidebar.searchField().selectAll();
 }
@@ -122,7 +104,25 @@ void WindowActions::openNumbered(int number) {
 }
 
 void WindowActions::toggleSidebar() {
-    m_parts.sidebar.setVisible(m_parts.sidebar.isHidden());
+    // A panel belongs to a place that would move: it goes first, as for a press outside of it.
+    for (auto* const open : m_parts.window.findChildren<Popover*>()) {
+        if (open->isVisible()) {
+            open->dismiss();
+        }
+        if (open->isVisible()) {
+            return; // it has something to lose
+        }
+    }
+    m_parts.sidebarPlace.toggle();
+}
+
+void WindowActions::openContextMenu() {
+    if (auto* const focused = QApplication::focusWidget()) {
+        const auto place =
+            focused->inputMethodQuery(Qt::ImCursorRectangle).toRectF().toRect().center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, place, focused->mapToGlobal(place));
+        QApplication::sendEvent(focused, &event);
+    }
 }
 
 QMenu* WindowActions::makeMenu() {
@@ -154,8 +154,8 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     m_parts.boardActions.addTo(*menu, *page.board());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
-    items.add(m_parts.sidebar.isHidden() ? tr("Show sidebar") : tr("Hide sidebar"), Qt::Key_F9,
-              [this] { toggleSidebar(); });
+    items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
+              [this] { m_parts.sidebarPlace.toggle(); });
     menu->popup(globalPosition);
 }
 

@@ -21,6 +21,7 @@ class BoardActions;
 class BoardPage;
 class Navigation;
 class Sidebar;
+class SidebarPlace;
 class Theme;
 
 /// What the keys of the main window and the menus of its boards do. Main thread.
@@ -32,6 +33,7 @@ public:
     struct Parts {
         QWidget& window;
         Sidebar& sidebar;
+        SidebarPlace& sidebarPlace;
         BoardPage& boardPage;
         BoardActions& boardActions;
         Navigation& navigation;
@@ -45,21 +47,21 @@ public:
     };
     WindowActions(const Parts& parts, const Services& services, const Theme& theme);
 
-Q_SIGNALS:
-    /// Why something was not done, in words for the user.
-    void refused(const QString& message);
+    /// Takes this change of the window back.
+    void undo(services::UndoManager::StepId step) { m_undo.undo(step); }
 
 private:
     template <typename Action>
     QAction* addShortcut(const QKeySequence& keys, Action&& action);
     void addShortcuts();
-    void takeBack(void (services::UndoManager::*step)());
     void startTodo();
     void startText();
     void find();
     void pickBoard();
     void openNumbered(int number);
+    /// The menu of what has the keyboard, which not every platform has a key for.
     void toggleSidebar();
+    static void openContextMenu();
     QMenu* makeMenu();
     void openBoardMenu(model::Board& board, const QPoint& globalPosition);
     void openPageMenu(const QPoint& globalPosition);

@@ -8,6 +8,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
       m_scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
                       surroundings.log),
+      m_dates(surroundings.locale),
       m_serializer(surroundings.log),
       m_code(surroundings.makeEngine, surroundings.resources, surroundings.runLoop,
              surroundings.log),
@@ -15,8 +16,9 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
       m_drafts(app::DraftFolder::beside(surroundings.container.configuration().file)),
-      m_upcoming([this, &clock = surroundings.clock, timeZone = surroundings.timeZone] {
-          return std::make_unique<schedule::UpcomingTodos>(m_context, clock.now(), timeZone());
+      m_upcoming([this, timeZone = surroundings.timeZone] {
+          return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
+                                                           timeZone());
       }),
       m_workspace{.context = m_context,
                   .boards = m_boards,

@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <string>
 
 namespace korvex::ui {
 
@@ -24,6 +25,8 @@ public:
         base::RunLoop& runLoop;
         base::LogSink& log;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
+        /// Of dates and times; empty for the user's.
+        std::string locale = {};
         /// Makes the engine that colours code, which stays uncoloured without one.
         richtext::ScriptEngineFactory makeEngine = nullptr;
         /// Finds what the engine loads.

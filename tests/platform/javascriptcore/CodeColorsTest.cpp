@@ -12,9 +12,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <chrono>
+#include <atomic>
+#include <iterator>
+#include <memory>
 #include <random>
-#include <thread>
 
 namespace korvex::tests {
 
@@ -42,6 +43,35 @@ protected:
     RecordingLog log;
     ScriptModule module{ScriptModule::defaultFile(), log};
     CodeSyntax syntax{module.engineFactory(), module.resources(), log};
+};
+
+/// The factory, three scripts, and two calls.
+constexpr int kSteps = 6;
+
+void advance(std::atomic<int>& reached) {
+    ++reached;
+    reached.notify_all();
+}
+
+/// Tells what the engine has begun to do.
+class NotedEngine final : public ScriptEngine {
+public:
+    NotedEngine(std::unique_ptr<ScriptEngine> engine, std::atomic<int>& reached)
+        : m_engine(std::move(engine)), m_reached(reached) {}
+
+    bool evaluate(std::string_view source) override {
+        advance(m_reached);
+        return m_engine->evaluate(source);
+    }
+    std::optional<Value> call(std::string_view function,
+                              const std::vector<std::u16string_view>& arguments) override {
+        advance(m_reached);
+        return m_engine->call(function, arguments);
+    }
+
+private:
+    std::unique_ptr<ScriptEngine> m_engine;
+    std::atomic<int>& m_reached;
 };
 
 /// Another library in the place of the real one.
@@ -209,13 +239,12 @@ TEST_F(CodeColorsTest, ManyRequestsFromALiveHighlighterAllArrive) {
         codes.push_back(u"return " + base::utf16(std::to_string(i)) + u";");
     }
     // More than may wait at once: what is still wanted is asked for again.
-    for (std::size_t known = 0; known < codes.size();) {
+    const auto isKnown = [&](const auto& code) {
+        return highlighter.scopes(code, "cpp") != nullptr;
+    };
+    while (std::count_if(codes.begin(), codes.end(), isKnown) < std::ssize(codes)) {
+        runLoop.waitForPosted();
         runLoop.runPosted();
-        known = static_cast<std::size_t>(
-            std::count_if(codes.begin(), codes.end(), [&](const auto& code) {
-                return highlighter.scopes(code, "cpp") != nullptr;
-            }));
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     for (const auto& code : codes) {
         EXPECT_EQ(*highlighter.scopes(code, "cpp"), syntax.scopes(code, "cpp"));
@@ -227,12 +256,20 @@ TEST_F(CodeColorsTest, HighlightersMayEndAtAnyTime) {
     while (code.size() < CodeSyntax::kMaximumHighlighted - 20) {
         code += u"auto x = f(1, \"two\");\n";
     }
-    for (int milliseconds : {0, 1, 5, 20, 60, 150}) {
+    // It ends while the engine is made, reads its scripts or analyses, or before or after that.
+    for (int step = 0; step <= kSteps; ++step) {
+        std::atomic<int> reached = 0;
+        const auto factory = [&](std::stop_token stop) -> std::unique_ptr<ScriptEngine> {
+            advance(reached);
+            return std::make_unique<NotedEngine>(module.engineFactory()(stop), reached);
+        };
         FakeRunLoop runLoop;
-        CodeHighlighter highlighter(module.engineFactory(), module.resources(), runLoop, log);
+        CodeHighlighter highlighter(factory, module.resources(), runLoop, log);
         highlighter.scopes(code, "auto");
         highlighter.languages();
-        std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+        for (auto at = reached.load(); at < step; at = reached.load()) {
+            reached.wait(at);
+        }
     }
 }
 

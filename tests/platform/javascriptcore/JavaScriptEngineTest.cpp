@@ -6,9 +6,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <chrono>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -187,9 +189,18 @@ TEST_F(JavaScriptEngineTest, AStopEndsTheScriptThatRuns) {
     ASSERT_TRUE(
         engine->evaluate("var rounds = 0; function forever() { for (;;) ++rounds; }"
                          "function stubborn() { for (;;) try { forever(); } catch (e) {} }"));
-    std::jthread stopping([&] {
-        // After the script has been allowed to go on some times.
-        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    clockid_t clock{};
+    ASSERT_EQ(pthread_getcpuclockid(pthread_self(), &clock), 0);
+    const auto computed = [clock] {
+        timespec time{};
+        clock_gettime(clock, &time);
+        return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+    };
+    std::jthread stopping([&, before = computed()] {
+        // The script is asked by its thread's own time, and has been allowed to go on some times.
+        while (computed() - before < std::chrono::milliseconds(200)) {
+            std::this_thread::yield();
+        }
         stop.request_stop();
     });
     EXPECT_EQ(written(engine->call("stubborn", {})), "nothing");

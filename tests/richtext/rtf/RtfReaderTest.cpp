@@ -155,6 +155,22 @@ const std::vector<Family>& families() {
                              numbered("{\\listoverride\\listid#\\ls#}", count) + "}" +
                              numbered("\\ls# x\\par", count));
          }},
+        {"overridden lists",
+         [](int count) {
+             return document(
+                 "{\\*\\listtable{\\list{\\listlevel}\\listid1}}{\\*\\listoverridetable" +
+                 numbered("{\\listoverride\\listid1{\\lfolevel{\\listlevel\\levelstartat#"
+                          "{\\leveltext\\'02\\'00.}}}\\ls#}",
+                          count) +
+                 "}" + numbered("\\ls# x\\par", count));
+         }},
+        {"notes", [](int count) { return document(repeated("{\\footnote x}\\chftn", count)); }},
+        {"notes in notes",
+         [](int count) { return document(repeated("{\\footnote x\\par", count)); }},
+        {"drawings",
+         [](int count) {
+             return document(repeated("{\\shp{\\shpinst{\\shptxt x\\par}}{\\shprslt y}}", count));
+         }},
         {"numberings",
          [](int count) { return document(numbered("{\\*\\pn\\pndec\\pnstart#}x\\par", count)); }},
         {"skipped groups",
@@ -340,6 +356,17 @@ TEST(RtfReader, TakesWordsInAnyOrder) {
         "\\sect",
         "\\korvexnofeed",
         "\\nesttableprops",
+        "\\footnote",
+        "\\footnote",
+        "\\chftn",
+        "\\shp",
+        "\\shpinst",
+        "\\shptxt",
+        "\\shprslt",
+        "\\object",
+        "\\result",
+        "\\page",
+        "\\lfolevel",
         "\\unknown",
         "{\\*\\listtable{\\list{\\listlevel\\leveltemplateid1}\\listid1}}"
         "{\\*\\listoverridetable{\\listoverride\\listid1\\ls1}}"};

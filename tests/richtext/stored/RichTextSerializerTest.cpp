@@ -109,7 +109,9 @@ TEST(RichTextNormalization, ReducesEveryRunToWhatIsStored) {
           .link = "x:y",
           .korvexCodeLanguage = "swift",
           .foreground = red},
-         {.font = {.family = mono}, .link = "x:y", .korvexCodeLanguage = "swift"}},
+         {.font = {.family = mono, .isBold = true, .isItalic = true},
+          .link = "x:y",
+          .korvexCodeLanguage = "swift"}},
         {{.korvexCodeLanguage = "no language", .korvexCodeBlock = true},
          {.font = {.family = mono}, .korvexCodeLanguage = "auto", .korvexCodeBlock = true}},
         {{.korvexCodeBlock = true}, {}},
@@ -220,6 +222,13 @@ TEST(RichTextHeadings, AreFontsAndASpaceBefore) {
         EXPECT_EQ(body.attributesAt(5), CharacterAttributes{.link = "x:y"});
         EXPECT_EQ(body.styleAt(0), ParagraphStyle{.spacingAfter = 3});
     }
+    // Each paragraph for itself, though their styles are one.
+    const ParagraphStyle style{.spacingBefore = spacingBeforeOf(HeadingLevel::level1)};
+    text = AttributedString(u"heading\n", {.font = fontOf(HeadingLevel::level1)}, style);
+    text.append(u"spaced\n", {}, style);
+    const auto body = Serializer::applyingHeading(std::nullopt, text);
+    EXPECT_EQ(body.styleAt(0), ParagraphStyle());
+    EXPECT_EQ(body.styleAt(8), style);
 }
 
 TEST(RichTextHeadings, EndCodeBlocksAndAreShownAsTheyAreStored) {
@@ -299,7 +308,8 @@ TEST_F(RichTextSerializerTest, TheStoredFormHasALimitBothWays) {
 
 TEST_F(RichTextSerializerTest, CodeRunsComeBackUnlessTheTextWasChangedElsewhere) {
     AttributedString text(u"Say ");
-    text.append(u"print(x)", {.korvexCodeLanguage = "swift"}, {});
+    text.append(u"print", {.font = {.isBold = true}, .korvexCodeLanguage = "swift"}, {});
+    text.append(u"(x)", {.font = {.isItalic = true}, .korvexCodeLanguage = "swift"}, {});
     text.append(u" twice:\n", {}, {});
     text.append(u"print(x)\nprint(x)\n", {.korvexCodeLanguage = "auto", .korvexCodeBlock = true},
                 {});

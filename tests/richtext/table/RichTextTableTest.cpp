@@ -462,6 +462,46 @@ TEST(RichTextTableRepair, SpansAreKeptUnlessTheyOverlap) {
         RichTextTable::repairingIncompleteTables(withSpan({"A00:a", "A01:b", ":x"}, 1, 2)).text;
     EXPECT_EQ(TableNotation::lines(overlapping), (Lines{"A00:a", "A01:b", ":x"}));
     EXPECT_EQ(overlapping.styleAt(0).cells[0]->columnSpan, 1);
+
+    // A new cell looks like those beside it.
+    auto framed = TableNotation().text({"A00:a", "A01:b", "A10:c", ":x"});
+    framed.editStyles({0, 5}, [](ParagraphStyle& style) {
+        auto cell = *style.cells[0];
+        cell.geometry = {.padding = {1, 2, 3, 4}, .background = Color{.red = 9}};
+        style.cells[0] = std::make_shared<TextTableCell>(cell);
+    });
+    const auto filled = RichTextTable::repairingIncompleteTables(framed).text;
+    EXPECT_EQ(filled.styleAt(6).cells[0]->geometry, (CellGeometry{.padding = {1, 2, 3, 4}}));
+
+    // A place without a cell is filled, and the spans around it stay as long as they fit.
+    struct Case {
+        Lines lines;
+        std::int32_t rows;
+        std::int32_t columns;
+        Lines repaired;
+        std::pair<std::int32_t, std::int32_t> span;
+    };
+    const std::vector<Case> cases{
+        {{"A00:a", "A01:b", "A20:c", ":x"},
+         2,
+         1,
+         {"A00:a", "A01:b", "A11:", "A20:c", "A21:", ":x"},
+         {2, 1}},
+        {{"A00:a", "A10:b", ":x"}, 1, 2, {"A00:a", "A10:b", "A11:", ":x"}, {1, 2}},
+        {{"A00:a", "A01:b", ":x"}, 2, 1, {"A00:a", "A01:b", ":x"}, {1, 1}},
+        {{"A00:a", "A11:b", ":x"}, 2, 2, {"A00:a", "A10:", "A11:b", ":x"}, {1, 2}},
+        {{"A00:a", "A10:b", ":x"}, 9, 9, {"A00:a", "A10:b", "A11:", ":x"}, {1, 2}},
+    };
+    for (const auto& each : cases) {
+        const auto repaired =
+            RichTextTable::repairingIncompleteTables(withSpan(each.lines, each.rows, each.columns))
+                .text;
+        EXPECT_EQ(TableNotation::lines(repaired), each.repaired);
+        const auto& first = *repaired.styleAt(0).cells[0];
+        EXPECT_EQ(std::pair(first.rowSpan, first.columnSpan), each.span);
+        EXPECT_TRUE(
+            RichTextTable::repairingIncompleteTables(repaired).text.isEquivalentTo(repaired));
+    }
 }
 
 TEST(RichTextTableRepair, RandomMixturesBecomeWholeOnceAndKeepTheirWords) {

@@ -20,14 +20,19 @@ TEST(Formatting, CodeTakesItsLookAndKeepsLinksAndLines) {
     CharacterAttributes attributes{.font = {.isBold = true, .size = 20'000},
                                    .underline = LineStyle::single,
                                    .link = "https://korvex.example",
-                                   .korvexCodeLanguage = "swift",
-                                   .korvexCodeBlock = true,
                                    .foreground = Color{.red = 200}};
     applyCode(attributes, "cpp", CodeKind::inlineCode);
     EXPECT_EQ(attributes, (CharacterAttributes{.font = kMonospaced,
                                                .underline = LineStyle::single,
                                                .link = "https://korvex.example",
                                                .korvexCodeLanguage = "cpp"}));
+    // What is code already is made bold on purpose.
+    auto bold = attributes;
+    bold.font.isBold = true;
+    bold.font.isItalic = true;
+    applyCode(bold, "c", CodeKind::block);
+    EXPECT_EQ(bold.font,
+              (Font{.family = FontFamily::monospaced, .isBold = true, .isItalic = true}));
     removeCode(attributes, HeadingLevel::level2);
     EXPECT_EQ(attributes, (CharacterAttributes{.font = fontOf(HeadingLevel::level2),
                                                .underline = LineStyle::single,
@@ -36,7 +41,7 @@ TEST(Formatting, CodeTakesItsLookAndKeepsLinksAndLines) {
 
 TEST(Formatting, AHeadingKeepsAParagraphsOwnFormatsAndACodeBlockHasNone) {
     ParagraphStyle style{.alignment = TextAlignment::center, .spacingAfter = 40, .lineSpacing = 7};
-    applyHeading(HeadingLevel::level1, style);
+    applyHeading(HeadingLevel::level1, style, {});
     EXPECT_EQ(style, (ParagraphStyle{.alignment = TextAlignment::center,
                                      .spacingBefore = spacingBeforeOf(HeadingLevel::level1),
                                      .spacingAfter = 40,
@@ -45,8 +50,26 @@ TEST(Formatting, AHeadingKeepsAParagraphsOwnFormatsAndACodeBlockHasNone) {
     style.leftIndent = 720;
     applyCodeBlock(style);
     EXPECT_EQ(style, (ParagraphStyle{.lineSpacing = kCodeBlockLineSpacing}));
-    applyBodyText(style);
+    applyBodyText(style, {.isCodeBlock = true});
     EXPECT_EQ(style, ParagraphStyle());
+}
+
+TEST(Formatting, OnlyWhatWasAHeadingOrACodeBlockLosesItsSpacing) {
+    const ParagraphStyle spaced{.spacingBefore = 240, .lineSpacing = kCodeBlockLineSpacing};
+    struct Case {
+        ParagraphKind former;
+        ParagraphStyle expected;
+    };
+    const std::vector<Case> cases{
+        {{}, spaced},
+        {{.isHeading = true}, {.lineSpacing = kCodeBlockLineSpacing}},
+        {{.isCodeBlock = true}, {.spacingBefore = 240}},
+    };
+    for (const auto& each : cases) {
+        auto style = spaced;
+        applyHeading(std::nullopt, style, each.former);
+        EXPECT_EQ(style, each.expected);
+    }
 }
 
 TEST(Formatting, BodyTextKeepsWhatIsBoldUnlessAHeadingWas) {

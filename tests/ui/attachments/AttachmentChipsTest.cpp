@@ -44,17 +44,6 @@ TEST_F(AttachmentChipsTest, NamesShowNothingThatIsNotThere) {
     EXPECT_TRUE(longest.endsWith(QLatin1String(".pdf"))) << "the kind of file stays readable";
 }
 
-TEST_F(AttachmentChipsTest, SizesCountAsTheLimitDoes) {
-    struct Case {
-        std::size_t bytes;
-        const char* shown;
-    };
-    for (const auto& [bytes, shown] : {Case{0, "0 bytes"}, Case{1536, "2 kB"},
-                                       Case{1'572'864, "1.5 MB"}, Case{10'485'760, "10 MB"}}) {
-        EXPECT_EQ(toUtf8(shownFileSize(bytes)), shown);
-    }
-}
-
 TEST_F(AttachmentChipsTest, KindsAreJudgedByTheName) {
     struct Case {
         const char* name;

@@ -1,6 +1,7 @@
 #include "ui/editor/RichTextEdit.h"
 
 #include "richtext/code/CodeSyntax.h"
+#include "richtext/stored/RichTextSerializer.h"
 #include "richtext/table/RichTextTable.h"
 #include "ui/TextDump.h"
 #include "ui/WindowFixture.h"
@@ -88,6 +89,7 @@ INSTANTIATE_TEST_SUITE_P(
         Typing{"for the selection", "ab<Shift+Left><Ctrl+U><Right><Ctrl+Shift+X>c", "a_b_~_c_~"},
         Typing{"only where not all has it, off", "a<Ctrl+B>b<Ctrl+A><Ctrl+B>", "*ab*"},
         Typing{"all has it, so off", "<Ctrl+B>ab<Ctrl+A><Ctrl+B>", "ab"},
+        Typing{"in code, too", "<Ctrl+E>f<Ctrl+B>g<Ctrl+I>h", "`f`*`g`*/*`h`*/"},
         Typing{"inline code and out of it", "<Ctrl+E>f(x)<Ctrl+E> is", "`f(x)` is"},
         Typing{"code is left by moving", "<Ctrl+E>x<Right>y", "`x`y"},
         Typing{"code is not typed into from outside", "<Ctrl+E>xy<Home>a<Right>b", "a`xby`"},
@@ -220,6 +222,69 @@ TEST_F(RichTextEditTest, TheLanguageIsThatOfAllThePiece) {
     edit.perform({RichTextAction::codeLanguage("go")});
     EXPECT_EQ(content(), "a `bb` c");
     EXPECT_EQ(edit.content().attributesAt(2).korvexCodeLanguage, "go");
+}
+
+TEST_F(RichTextEditTest, OnlyAHeadingLosesASpaceBeforeIt) {
+    using namespace richtext;
+    const ParagraphStyle spaced{.spacingBefore = spacingBeforeOf(HeadingLevel::level1)};
+    AttributedString text(u"heading\n", {.font = fontOf(HeadingLevel::level1)}, spaced);
+    text.append(u"spaced", {}, spaced);
+    edit.setContent(text);
+    edit.selectAll();
+    edit.perform({RichTextAction::heading(std::nullopt)});
+    EXPECT_EQ(edit.content().styleAt(0).spacingBefore, 0);
+    EXPECT_EQ(edit.content().styleAt(8), spaced);
+}
+
+TEST_F(RichTextEditTest, BoldAndItalicStayInCodeOfAnotherLanguage) {
+    using namespace richtext;
+    AttributedString text(u"int", CodeSyntax::attributes("c", CodeKind::block));
+    text.editAttributes({0, 2}, [](CharacterAttributes& each) { each.font.isBold = true; });
+    text = RichTextSerializer::normalized(text);
+    edit.setContent(text);
+    edit.selectAll();
+    EXPECT_FALSE(edit.formatState().isBold) << "not all of it is";
+    edit.perform({RichTextAction::codeLanguage("cpp")});
+    text.editAttributes({0, 3}, [](CharacterAttributes& each) { each.korvexCodeLanguage = "cpp"; });
+    EXPECT_TRUE(RichTextSerializer::normalized(edit.content()).isEquivalentTo(text));
+}
+
+TEST_F(RichTextEditTest, ItemsThatMoveInGoOnWithTheListOfTheItemAboveThem) {
+    typed("<Ctrl+Shift+7>a<Return>b<Return>c<Return>d");
+    type(QStringLiteral("<Up><Up><Home><Shift+Down><Shift+End><Tab>"));
+    EXPECT_EQ(content(), "1. a\n  {lower-alpha}. b\n  {lower-alpha}. c\n1. d");
+    const auto text = edit.content();
+    EXPECT_EQ(text.styleAt(2).lists, text.styleAt(4).lists);
+    type(QStringLiteral("<End><Down><Tab><Tab>"));
+    EXPECT_EQ(content(), "1. a\n  {lower-alpha}. b\n  {lower-alpha}. c\n    {lower-roman}. d");
+}
+
+TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {
+    typed("<Ctrl+Shift+7>a<Return>b<Return><Tab>c<Ctrl+A>");
+    struct Step {
+        std::function<void()> run;
+        const char* expected;
+    };
+    std::vector<std::string> before;
+    for (const auto& step : std::vector<Step>{
+             {[&] { type(QStringLiteral("<Tab>")); },
+              "  {lower-alpha}. a\n  {lower-alpha}. b\n    {lower-roman}. c"},
+             {[&] { type(QStringLiteral("<Shift+Tab>")); }, "1. a\n1. b\n  {lower-alpha}. c"},
+             {[&] { edit.toggleList(QStringLiteral("{square}")); },
+              "{square} a\n{square} b\n  {square} c"},
+             {[&] { type(QStringLiteral("<Shift+Tab>")); }, "a\nb\n1. c"},
+             {[&] { edit.toggleList(QStringLiteral("{square}")); },
+              "{square} a\n{square} b\n{square} c"}}) {
+        before.push_back(content());
+        step.run();
+        EXPECT_EQ(content(), step.expected);
+    }
+    const auto text = edit.content();
+    EXPECT_EQ(text.styleAt(0).lists, text.styleAt(2).lists);
+    for (; !before.empty(); before.pop_back()) {
+        edit.undo();
+        EXPECT_EQ(content(), before.back());
+    }
 }
 
 TEST_F(RichTextEditTest, TheStateIsWhatTheCaretOrAllOfTheSelectionHas) {

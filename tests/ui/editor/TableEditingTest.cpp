@@ -225,6 +225,7 @@ TEST_F(TableEditingTest, EveryCommandGivesWhatTheGridGivesAndUndoTakesItBack) {
                 show(text);
                 placeCaret(row, column, 2);
                 const auto before = drawn(edit);
+                const auto stood = caret();
                 const auto expected = edited(text, command.edit);
                 EXPECT_EQ(tables.isAvailable(command.action), expected.has_value());
                 EXPECT_EQ(tables.perform(command.action), expected.has_value());
@@ -242,6 +243,7 @@ TEST_F(TableEditingTest, EveryCommandGivesWhatTheGridGivesAndUndoTakesItBack) {
                 edit.undo();
                 ASSERT_TRUE(edit.content().isEquivalentTo(text));
                 EXPECT_EQ(drawn(edit), before);
+                EXPECT_EQ(caret(), stood);
                 EXPECT_FALSE(edit.document()->isUndoAvailable()) << "one step";
                 edit.redo();
                 ASSERT_TRUE(edit.content().isEquivalentTo(*expected));
@@ -311,6 +313,7 @@ TEST_F(TableEditingTest, DeletingTheTableOrItsOnlyRowOrColumnLeavesTheTextAround
         EXPECT_EQ(offsetOf(*edit.document(), edit.textCursor().position()), start);
         edit.undo();
         EXPECT_TRUE(edit.content().isEquivalentTo(text));
+        EXPECT_EQ(caret(), "1,1+0");
 
         for (const auto action : {TableAction::deleteRow, TableAction::deleteColumn}) {
             show(text);

@@ -10,7 +10,8 @@ class AttachmentRowTest : public tests::WindowFixture {};
 TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
     auto& plain = *add({"Buy milk"}).front();
     auto& entry = withFiles("Renew passport", {"photo.png", "form.pdf"});
-    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates);
     const auto changes = own.context.didChange().connect([&](const auto&) { model.refresh(); });
     model.setBoard(inbox);
     EntryItemDelegate delegate(model, workspace.code, theme);
@@ -38,7 +39,8 @@ TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
 TEST_F(AttachmentRowTest, AScreenReaderHearsTheFiles) {
     withFiles("one", {"a.pdf"});
     withFiles("two", {"a.pdf", "b.png"});
-    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates);
     model.setBoard(inbox);
     const auto description = [&](int row) {
         return toUtf8(model.data(model.index(row, 0), Qt::AccessibleDescriptionRole).toString());
@@ -51,7 +53,8 @@ TEST_F(AttachmentRowTest, ADamagedListIsToldOfAndNotTouched) {
     auto& entry = *add({"broken"}).front();
     entry.setAttachmentData(base::Bytes{'b', 'p', 'l', 'i', 's', 't', '?'});
     own.context.save();
-    EntryListModel model(workspace.context, workspace.serializer, workspace.clock, workspace.dates);
+    EntryListModel model(workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates);
     model.setBoard(inbox);
     EntryItemDelegate delegate(model, workspace.code, theme);
     const auto* const chips = delegate.layout(0, 500).chips();

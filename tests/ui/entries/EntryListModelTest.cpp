@@ -53,7 +53,8 @@ protected:
         return result;
     }
 
-    EntryListModel model{workspace.context, workspace.serializer, workspace.clock, workspace.dates};
+    EntryListModel model{workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates};
     base::Subscription changes;
     std::vector<std::string> signalled;
 };
@@ -118,6 +119,20 @@ TEST_F(EntryListModelTest, ATickedTodoStaysInItsPlaceUntilItIsReleased) {
         << "behind the one that it stood behind";
     model.release(*todos[1]);
     EXPECT_THAT(texts(), ElementsAre("c", "a", "new", "New todo", "Completed (1)"));
+}
+
+TEST_F(EntryListModelTest, TickedTodosKeepTheirOrderUntilOneGoesToAnotherBoard) {
+    auto& work = own.boards.createBoard("Work", kNow);
+    const auto todos = add({"a", "b", "c", "d"});
+    show();
+    for (const auto index : {2U, 1U, 0U}) { // each one below a row that is ticked after it
+        model.linger(*todos[index]);
+        own.entries.completeTodo(*todos[index], kNow);
+    }
+    EXPECT_THAT(texts(), ElementsAre("a", "b", "c", "d", "New todo"));
+    own.entries.moveEntry(*todos[1], work, kNow);
+    EXPECT_THAT(texts(), ElementsAre("a", "c", "d", "New todo")) << "and that one leaves at once";
+    EXPECT_FALSE(model.isLingering(*todos[1]));
 }
 
 TEST_F(EntryListModelTest, ATickTakenBackLeavesAnOrdinaryTodo) {

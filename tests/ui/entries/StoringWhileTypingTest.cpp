@@ -46,7 +46,7 @@ protected:
         key(Qt::Key_Return);
         ASSERT_TRUE(isEditing());
     }
-    bool isEditing() { return page.list().editedRow() >= 0; }
+    bool isEditing() { return qobject_cast<QTextEdit*>(page.focusWidget()) != nullptr; }
     QTextEdit& field() { return *qobject_cast<QTextEdit*>(page.focusWidget()); }
     QString shown() { return field().toPlainText(); }
     void type(const char* text) { QTest::keyClicks(page.focusWidget(), QString::fromUtf8(text)); }
@@ -105,6 +105,26 @@ TEST_F(StoringWhileTypingTest, WhatIsTypedIsStoredAtAPauseAndNowAndThenWithoutOn
     runLoop.advance(10 * kLongest);
     EXPECT_EQ(own.container->revision(), last) << "what is stored is not stored again";
     EXPECT_LE(last, revision + 1);
+}
+
+TEST_F(StoringWhileTypingTest, ASaveThatWouldBeFeltWaitsForAPause) {
+    int count = 0;
+    TypingTimer timer(runLoop, clock, [&] {
+        ++count;
+        clock.advance(0.1);
+    });
+    const auto typeOn = [&] {
+        for (double typed = 0; typed <= kLongest; typed += kPause / 2) {
+            timer.typed();
+            runLoop.advance(kPause / 2);
+        }
+    };
+    typeOn();
+    EXPECT_EQ(count, 1);
+    typeOn();
+    EXPECT_EQ(count, 1);
+    runLoop.advance(kPause);
+    EXPECT_EQ(count, 2);
 }
 
 TEST_F(StoringWhileTypingTest, TheEditorGoesOnAsItWas) {
@@ -238,6 +258,7 @@ TEST_F(StoringWhileTypingTest, DiscardingTakesBackWhatWasStoredMeanwhile) {
         EXPECT_FALSE(isEditing());
     };
     edit(entry);
+    setCaret(0);
     type("typed ");
     runLoop.advance(kPause);
     EXPECT_EQ(entry.content(), "typed before");
@@ -403,6 +424,18 @@ TEST_F(StoringWhileTypingTest, OneEditingIsOneStepOfUndo) {
     key(Qt::Key_Escape);
     own.undo.undo();
     EXPECT_EQ(entry.content(), "their abcd!") << "what another wrote in between is not taken back";
+
+    page.startTodo();
+    type("ne");
+    runLoop.advance(kPause);
+    type("w");
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("their abcd!", "new"));
+    own.undo.undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("their abcd!"))
+        << "a creation and what it grew to";
+    own.undo.redo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("their abcd!", "new"));
 }
 
 TEST_F(StoringWhileTypingTest, OneUndoTooManyInAnEditorChangesNothing) {

@@ -6,12 +6,14 @@
 #include "ui/WindowFixture.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/ErrorBanner.h"
 
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <gmock/gmock.h>
 
@@ -58,14 +60,7 @@ protected:
     std::string stored(const model::Entry& entry) {
         return tests::dump(richtext::richText(entry, workspace.serializer));
     }
-    QString error() {
-        for (const auto* const label : editor()->findChildren<QLabel*>()) {
-            if (!label->isHidden() && !label->text().isEmpty()) {
-                return label->text();
-            }
-        }
-        return {};
-    }
+    QString error() { return tests::shownRefusal(page); }
     /// Chooses a command of the menu that a right click in the editor opens.
     void choose(const QString& command) {
         QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5),
@@ -253,7 +248,7 @@ TEST_F(TextEditingTest, DeletingWhatIsEditedStoresWhatWasTypedSoThatItCanComeBac
     choose(QStringLiteral("Delete text"));
     EXPECT_FALSE(isEditing());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
-    page.actions().undo();
+    own.undo.undo();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre(HasSubstr("typed")));
 }
 
@@ -327,6 +322,45 @@ TEST_F(TextEditingTest, TheControlsDoNotTakeTheEditorAway) {
     page.list().setFocus();
     EXPECT_FALSE(isEditing());
     EXPECT_EQ(stored(entry), "[word](https://e.org)");
+}
+
+TEST_F(TextEditingTest, NoClickInTheEditorEndsIt) {
+    auto& entry = addText("one\ntwo");
+    edit(entry);
+    editor()->setCaret(2);
+    type("X");
+    const auto& bar = *editor()->findChild<FormatBar*>();
+    const auto besideButtons = QPoint(bar.geometry().right() - 2, bar.geometry().center().y());
+    for (const auto& place : {besideButtons, QPoint(2, editor()->height() / 2),
+                              QPoint(editor()->width() / 2, editor()->height() - 3)}) {
+        auto* const hit = editor()->childAt(place);
+        auto* const target = hit ? hit : editor();
+        const auto there = target->mapFrom(editor(), place);
+        QTest::mouseClick(target, Qt::LeftButton, {}, there);
+        QTest::mouseDClick(target, Qt::LeftButton, {}, there);
+        ASSERT_TRUE(isEditing());
+        EXPECT_TRUE(field().hasFocus());
+        EXPECT_EQ(editor()->caret(), 3);
+    }
+    EXPECT_TRUE(field().document()->isUndoAvailable());
+}
+
+TEST_F(TextEditingTest, ALongNewTextThatIsLeftKeepsItsPlace) {
+    add({"above"});
+    page.startText();
+    for (int i = 0; i < 80; ++i) {
+        type("line");
+        key(Qt::Key_Return);
+    }
+    type("last");
+    const auto scrolled = page.list().verticalScrollBar()->value();
+    ASSERT_GT(scrolled, page.list().viewport()->height());
+    const auto barHeight = editor()->height();
+    for (const auto& leave : {QKeySequence(Qt::CTRL | Qt::Key_S), QKeySequence(Qt::Key_Escape)}) {
+        key(leave[0].key(), leave[0].keyboardModifiers());
+        EXPECT_NEAR(page.list().verticalScrollBar()->value(), scrolled, barHeight / 10);
+    }
+    EXPECT_EQ(page.entries().entry(page.list().currentRow())->content().substr(0, 4), "line");
 }
 
 TEST_F(TextEditingTest, TheRowIsAsHighAsItsText) {

@@ -81,7 +81,8 @@ protected:
         return edit.cursorRect(cursor).center() + QPoint(1, 0);
     }
 
-    EntryListModel model{workspace.context, workspace.serializer, workspace.clock, workspace.dates};
+    EntryListModel model{workspace.context, workspace.serializer, workspace.scheduleClock,
+                         workspace.dates};
     EntryListView list{model, workspace.code, theme};
 };
 
@@ -194,6 +195,32 @@ TEST_F(TextRowTest, ARowFollowsItsFormatting) {
                            clock.now());
     model.refresh();
     EXPECT_GT(list.visualRect(model.index(0, 0)).height(), before + 3);
+}
+
+TEST_F(TextRowTest, AWideTableMovesInItsRowAndTheTextAroundStays) {
+    AttributedString text(u"above\n");
+    text.append(RichTextTable::make(1, 10));
+    text.append(u"below", {}, {});
+    constexpr int kWidth = 200;
+    const TextLook look(theme);
+    TextRow row(text, kWidth, look);
+    const QPointF inTable(kWidth - 5, row.height() / 2.0);
+    const QPointF above(2, 2);
+    const int first = row.caretAt(inTable);
+    EXPECT_FALSE(row.scrollTables(50, above));
+    int moves = 0;
+    while (moves < 100 && row.scrollTables(50, inTable)) {
+        ++moves;
+    }
+    EXPECT_GT(moves, 1);
+    EXPECT_LT(moves, 100) << "no further than to its end";
+    EXPECT_GT(row.caretAt(inTable), first);
+    EXPECT_EQ(row.caretAt(above), 0);
+    TextRow again(text, kWidth, look);
+    again.setTableOffsets(row.tableOffsets());
+    EXPECT_EQ(again.caretAt(inTable), row.caretAt(inTable));
+    EXPECT_TRUE(row.scrollTables(-10'000));
+    EXPECT_EQ(row.caretAt(inTable), first);
 }
 
 } // namespace

@@ -3,13 +3,18 @@
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
+#include "ui/editor/RichTextEdit.h"
 #include "ui/kit/ErrorBanner.h"
+#include "ui/overview/TodoListView.h"
+#include "ui/windows/MainWindow.h"
 
-#include <QAction>
+#include <QClipboard>
 #include <QLineEdit>
 #include <QToolButton>
 
 #include <gmock/gmock.h>
+
+#include <functional>
 
 namespace korvex::ui {
 namespace {
@@ -17,49 +22,49 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// A board's page in a window whose keys undo and redo.
 class UndoInWindowTest : public tests::WindowFixture {
 protected:
     UndoInWindowTest() {
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        for (const auto& [keys, run] :
-             {std::pair{QKeySequence(Qt::CTRL | Qt::Key_Z), &EntryActions::undo},
-              std::pair{QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), &EntryActions::redo}}) {
-            auto* const action = new QAction(&page);
-            action->setShortcut(keys);
-            page.addAction(action);
-            QObject::connect(action, &QAction::triggered, &page.actions(), run);
-        }
         list().setStyle(&still);
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
+        window.resize(800, 500);
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     }
 
     EntryListView& list() { return page.list(); }
     TodoTextEdit& field() { return page.findChild<TodoEditor*>()->field(); }
-    bool isEditing() { return !page.findChild<TodoEditor*>()->isHidden(); }
+    bool isEditing() { return list().editedRow() >= 0; }
     void select(int row) {
         list().setCurrentRow(row);
         list().setFocus();
     }
-    void key(int which, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(isEditing() ? static_cast<QWidget*>(&field()) : &list(),
-                        static_cast<Qt::Key>(which), modifiers);
+    static void key(int which, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(which), modifiers);
     }
-    QToolButton* offer() {
-        for (auto* const button : page.banner().findChildren<QToolButton*>()) {
-            if (button->isVisible() && button->text() == QStringLiteral("Undo")) {
+    static void type(const char* text) {
+        QTest::keyClicks(QApplication::focusWidget(), QString::fromUtf8(text));
+    }
+    static void undo() { key(Qt::Key_Z, Qt::ControlModifier); }
+    static void redo() { key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
+    static QToolButton* offerOf(Page& shown) {
+        for (auto* const button : shown.banner().findChildren<QToolButton*>()) {
+            if (button->isVisible() && !button->text().isEmpty()) {
                 return button;
             }
         }
         return nullptr;
     }
+    QToolButton* offer() { return offerOf(page); }
+    model::Entry& addText(const char* text) {
+        return own.entries.createText({.rich = richtext::RichTextSerializer::plainRichText(text),
+                                       .board = *inbox,
+                                       .now = clock.now()});
+    }
 
     tests::StillStyle still;
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
+    MainWindow window{workspace, theme};
+    Navigation& navigation = *window.findChild<Navigation*>();
+    BoardPage& page = *window.findChild<BoardPage*>();
 };
 
 TEST_F(UndoInWindowTest, DeletesAtOnceAndOffersToTakeItBack) {
@@ -87,11 +92,11 @@ TEST_F(UndoInWindowTest, KeysGoBackAndForwardThroughAllThatWasDone) {
     key(Qt::Key_Delete);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("c"));
     for (int i = 0; i < 4; ++i) {
-        key(Qt::Key_Z, Qt::ControlModifier);
+        undo();
     }
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b", "c"));
     for (int i = 0; i < 5; ++i) {
-        key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        redo();
     }
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("c"));
 }
@@ -103,14 +108,14 @@ TEST_F(UndoInWindowTest, AnEditorUndoesItsOwnWordsFirst) {
     key(Qt::Key_Return);
     ASSERT_TRUE(isEditing());
     QTest::keyClicks(&field(), QStringLiteral("x"));
-    key(Qt::Key_Z, Qt::ControlModifier);
-    key(Qt::Key_Z, Qt::ControlModifier);
+    undo();
+    undo();
     EXPECT_TRUE(isEditing()) << "one too many takes nothing else back";
     EXPECT_EQ(field().toPlainText(), QStringLiteral("b"));
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
     key(Qt::Key_Escape);
     key(Qt::Key_Return);
-    key(Qt::Key_Z, Qt::ControlModifier);
+    undo();
     EXPECT_FALSE(isEditing()) << "nothing was typed: the window's";
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
 }
@@ -123,7 +128,8 @@ TEST_F(UndoInWindowTest, AnUndoThatIsRefusedSaysWhyAndTheRestGoesOn) {
         program.entries.updateTodo(theirs(program, todo), "theirs", clock.now());
     });
     log.expectError("Edit Todo undo failed");
-    page.actions().undo();
+    list().setFocus();
+    undo();
     EXPECT_TRUE(page.banner().isVisible());
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("theirs"));
     EXPECT_TRUE(own.undo.canUndo());
@@ -134,7 +140,7 @@ TEST_F(UndoInWindowTest, MovesToABoardByItsName) {
     add({"a", "b"});
     select(0);
     key(Qt::Key_M, Qt::ControlModifier | Qt::ShiftModifier);
-    auto* const picker = page.findChild<BoardPicker*>();
+    auto* const picker = window.findChild<BoardPicker*>();
     ASSERT_TRUE(picker);
     auto* const search = picker->findChild<QLineEdit*>();
     QTest::keyClicks(search, QStringLiteral("wo"));
@@ -152,12 +158,190 @@ TEST_F(UndoInWindowTest, ATickTakenBackByKeyWhileItIsSeenStays) {
     add({"a", "b"});
     select(0);
     key(Qt::Key_Space);
-    key(Qt::Key_Z, Qt::ControlModifier);
+    undo();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
     runLoop.advance(2 * kTickShown);
     ASSERT_EQ(page.entries().rowCount(), 3);
     EXPECT_EQ(page.entries().text(0), QStringLiteral("a"));
     EXPECT_FALSE(page.entries().isLingering(*page.entries().entry(0)));
+}
+
+TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
+    add({"one two", "z"});
+    auto& text = addText("before after");
+    const auto before = storedTexts(*inbox);
+    using Action = std::function<void()>;
+    const auto paste = [](const char* lines) {
+        QApplication::clipboard()->setText(QString::fromUtf8(lines));
+        key(Qt::Key_V, Qt::ControlModifier);
+    };
+    const std::vector<std::pair<const char*, Action>> actions{
+        {"Return",
+         [&] {
+             select(0);
+             key(Qt::Key_Return);
+             key(Qt::Key_Return);
+             type("new");
+             key(Qt::Key_Return);
+         }},
+        {"Ctrl+N",
+         [&] {
+             key(Qt::Key_N, Qt::ControlModifier);
+             type("new");
+             key(Qt::Key_Escape);
+         }},
+        {"a text",
+         [&] {
+             key(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
+             type("new");
+             key(Qt::Key_Escape);
+         }},
+        {"lines in a draft",
+         [&] {
+             key(Qt::Key_N, Qt::ControlModifier);
+             paste("a\nb\nc");
+         }},
+        {"lines in a todo",
+         [&] {
+             select(0);
+             key(Qt::Key_Return);
+             field().setCaret(3);
+             paste("X\nY\nZ");
+         }},
+        {"lines in the list",
+         [&] {
+             select(0);
+             paste("a\nb");
+         }},
+        {"a split",
+         [&] {
+             select(2);
+             key(Qt::Key_Return);
+             page.findChild<TextEditor*>()->setCaret(6);
+             key(Qt::Key_Return, Qt::ControlModifier | Qt::ShiftModifier);
+         }},
+    };
+    for (const auto& [name, act] : actions) {
+        SCOPED_TRACE(name);
+        act();
+        const auto after = storedTexts(*inbox);
+        EXPECT_NE(after, before);
+        undo();
+        EXPECT_EQ(storedTexts(*inbox), before);
+        EXPECT_FALSE(own.undo.canUndo()) << "one step";
+        EXPECT_TRUE(list().hasFocus());
+        EXPECT_FALSE(isEditing());
+        EXPECT_TRUE(list().currentIndex().isValid());
+        redo();
+        EXPECT_EQ(storedTexts(*inbox), after);
+        EXPECT_TRUE(list().hasFocus());
+        undo();
+    }
+    EXPECT_EQ(text.content(), "before after");
+}
+
+TEST_F(UndoInWindowTest, ASplitThatIsTakenBackKeepsWhatWasTypedBefore) {
+    addText("one");
+    select(0);
+    key(Qt::Key_Return);
+    type(" two");
+    page.findChild<TextEditor*>()->setCaret(3);
+    key(Qt::Key_Return, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("one", " two"));
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("one two"));
+}
+
+TEST_F(UndoInWindowTest, LinesPastedIntoATextAreOneStepOfItsEditor) {
+    addText("one");
+    select(0);
+    key(Qt::Key_Return);
+    QApplication::clipboard()->setText(QStringLiteral("a\nb\nc\n"));
+    key(Qt::Key_V, Qt::ControlModifier);
+    undo();
+    EXPECT_TRUE(isEditing());
+    EXPECT_EQ(page.findChild<TextEditor*>()->field().toPlainText(), QStringLiteral("one"));
+    EXPECT_FALSE(page.findChild<TextEditor*>()->field().document()->isUndoAvailable());
+}
+
+TEST_F(UndoInWindowTest, WhatAnotherHasWrittenIntoAnEntryIsNotTakenBack) {
+    key(Qt::Key_N, Qt::ControlModifier);
+    type("mine");
+    key(Qt::Key_Escape);
+    elsewhere([&](auto& program) {
+        program.entries.updateTodo(theirs(program, *page.entries().entry(0)), "theirs",
+                                   clock.now());
+    });
+    log.expectError("New Todo undo failed");
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("theirs"));
+    EXPECT_TRUE(page.banner().isVisible());
+}
+
+TEST_F(UndoInWindowTest, GoesToTheBoardThatItIsAboutAndSaysSo) {
+    auto& work = own.boards.createBoard("Work", clock.now());
+    auto* const todo = add({"a", "b"}).front();
+    own.entries.deleteEntry(*todo);
+    navigation.openBoard(work);
+    undo();
+    EXPECT_EQ(page.board(), inbox);
+    EXPECT_EQ(page.banner().message(), QStringLiteral("“Delete Entry” was undone on Inbox."));
+    EXPECT_EQ(list().currentRow(), 0);
+    EXPECT_TRUE(list().hasFocus());
+    navigation.openBoard(work);
+    redo();
+    EXPECT_EQ(page.board(), inbox) << "also where nothing is left of it";
+    EXPECT_EQ(page.banner().message(), QStringLiteral("“Delete Entry” was done again on Inbox."));
+    page.banner().clear();
+    undo();
+    EXPECT_EQ(page.banner().message(), QString()) << "here it is seen";
+}
+
+TEST_F(UndoInWindowTest, OnAPageOverAllBoardsWhatCameBackIsShownThere) {
+    const auto todos = add({"due", "open"});
+    own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueOn(base::DayNumber{20250311}),
+                               clock.now());
+    own.entries.completeTodo(*todos[1], clock.now());
+    own.entries.deleteEntry(*todos[0]);
+    navigation.showPage(PageKind::upcoming);
+    navigation.takeKeyboard();
+    undo();
+    auto& upcoming = navigation.page();
+    auto& shown = *upcoming.findChild<TodoListView*>();
+    EXPECT_TRUE(shown.hasFocus());
+    EXPECT_EQ(shown.currentIndex().data().toString(), QStringLiteral("due"));
+    undo();
+    EXPECT_EQ(navigation.currentPage(), PageKind::upcoming);
+    EXPECT_EQ(upcoming.banner().message(), QStringLiteral("“Complete Todo” was undone on Inbox."));
+    ASSERT_TRUE(offerOf(upcoming));
+    offerOf(upcoming)->click();
+    EXPECT_EQ(navigation.currentPage(), PageKind::board);
+    EXPECT_EQ(page.entries().text(list().currentRow()), QStringLiteral("open"));
+}
+
+TEST_F(UndoInWindowTest, AnOfferIsForWhatItSaysAndGoesWhenThatIsTakenBack) {
+    const auto todos = add({"a", "b", "c"});
+    own.entries.updateSchedule(*todos[2], model::TodoSchedule::dueOn(base::DayNumber{20250311}),
+                               clock.now());
+    select(1);
+    key(Qt::Key_Delete);
+    ASSERT_TRUE(offer());
+    select(0);
+    key(Qt::Key_Return);
+    type("!");
+    offer()->click();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a!", "b", "c")) << "what was typed since stays";
+    EXPECT_EQ(page.entries().text(list().currentRow()), QStringLiteral("b"));
+    EXPECT_FALSE(offer());
+
+    navigation.showPage(PageKind::upcoming);
+    navigation.takeKeyboard();
+    key(Qt::Key_Delete);
+    ASSERT_TRUE(offerOf(navigation.page()));
+    undo();
+    EXPECT_FALSE(offerOf(navigation.page()));
+    EXPECT_FALSE(navigation.page().banner().isVisible());
+    EXPECT_EQ(storedTexts(*inbox).size(), 3U);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QScrollBar>
 #include <QStringListModel>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
@@ -204,6 +205,34 @@ TEST(LazyListView, ARowIsFoundWhereItIsShown) {
     }
     list.model.removeRows(0, 98);
     EXPECT_FALSE(list.view.indexAt({10, kHeight - 1}).isValid()) << "below the last row";
+}
+
+TEST(LazyListView, ARowHigherThanTheViewIsWalkedThroughBeforeTheNext) {
+    LazyList list({"50", "900", "50"});
+    auto& view = list.view;
+    const auto press = [&](Qt::Key key) {
+        QTest::keyClick(&view, key);
+        return view.currentIndex().row();
+    };
+    view.setCurrentIndex(list.model.index(0));
+    int steps = 0;
+    int seen = 0; // down to this pixel of the high row
+    while (press(Qt::Key_Down) < 2 && steps < 100) {
+        const auto place = view.visualRect(list.model.index(1));
+        EXPECT_LE(-place.top(), seen) << "nothing of it is passed over";
+        seen = kHeight - place.top();
+        ++steps;
+    }
+    EXPECT_GE(seen, 900);
+    EXPECT_GT(steps, 5);
+    EXPECT_EQ(press(Qt::Key_Up), 1);
+    EXPECT_GT(view.visualRect(list.model.index(1)).bottom(), kHeight / 2) << "from its end";
+    EXPECT_EQ(press(Qt::Key_PageUp), 1);
+    EXPECT_LT(view.visualRect(list.model.index(1)).top(), 0);
+    for (int i = 0; i < 6; ++i) {
+        press(Qt::Key_PageUp);
+    }
+    EXPECT_EQ(view.currentIndex().row(), 0);
 }
 
 } // namespace

@@ -43,5 +43,21 @@ TEST_F(ThemeTest, ThePreferenceOverrulesTheSystem) {
     EXPECT_TRUE(theme.colors().isDark);
 }
 
+TEST_F(ThemeTest, LeavesTheSystemsLookBehind) {
+    const auto palette = QApplication::palette();
+    const auto font = QApplication::font();
+    preferences.setAppearance(app::AppPreferences::Appearance::dark);
+    {
+        const auto before = QApplication::palette();
+        const Theme second(preferences);
+        preferences.setFontSize(20);
+        preferences.setAppearance(app::AppPreferences::Appearance::light);
+        EXPECT_NE(QApplication::palette(), before);
+    }
+    preferences.setAppearance(app::AppPreferences::Appearance::system);
+    EXPECT_EQ(theme.colors().isDark, palette.color(QPalette::Window).lightness() < 128);
+    EXPECT_EQ(QApplication::font().family(), font.family());
+}
+
 } // namespace
 } // namespace korvex::ui

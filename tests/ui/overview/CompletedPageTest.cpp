@@ -5,7 +5,6 @@
 #include "ui/kit/SearchField.h"
 #include "ui/overview/CompletedFilterBar.h"
 
-#include <QAccessible>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QLabel>
@@ -240,32 +239,6 @@ TEST_F(CompletedPageTest, TabLeadsFromTheSearchOverThePickersToTheList) {
     EXPECT_EQ(names.join(QLatin1Char('|')).toStdString(),
               "Search completed entries|Filter by board status|Filter by board|Filter by due date|"
               "Filter by completion date|Reset the filter|Completed");
-}
-
-TEST_F(CompletedPageTest, TenThousandTodosAreLaidOutOnlyWhereTheyAreSeen) {
-    const auto todos = add(std::vector<std::string>(10'000, std::string(300, 'a')));
-    own.entries.completeTodos(*inbox, kNow);
-    show();
-    ASSERT_EQ(listModel().rowCount(), 10'001);
-    const auto height = [this](int row) { return rectOf(row).height(); };
-    EXPECT_LT(height(10'000), height(1)) << "a guess, without a look at the text";
-    own.entries.updateTodo(*todos.front(), "needle", kNow);
-    search().setText(QStringLiteral("needle"));
-    EXPECT_THAT(rows(), ElementsAre("# Today", "[x] needle"));
-}
-
-TEST_F(CompletedPageTest, EveryControlHasAName) {
-    show();
-    pick("Filter by completion date", "Custom range");
-    for (auto* const widget : page.findChildren<QWidget*>()) {
-        if ((widget->focusPolicy() & Qt::TabFocus) != 0 && !widget->focusProxy() &&
-            widget->isVisible() && !widget->parentWidget()->inherits("QComboBox") &&
-            !widget->parentWidget()->inherits("QAbstractSpinBox")) {
-            EXPECT_FALSE(
-                QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
-                << widget->metaObject()->className();
-        }
-    }
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "ui/WindowFixture.h"
 #include "ui/kit/ErrorBanner.h"
 
-#include <QAccessible>
 #include <QLabel>
 #include <QScrollBar>
 

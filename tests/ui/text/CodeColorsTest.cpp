@@ -11,8 +11,6 @@
 #include <QTextBlock>
 #include <QTextLayout>
 
-#include <thread>
-
 namespace korvex::ui {
 namespace {
 
@@ -66,8 +64,8 @@ protected:
         bool hasArrived = false;
         const auto arrival = code.arrived().connect([&] { hasArrived = true; });
         while (!hasArrived) {
+            runLoop.waitForPosted();
             runLoop.runPosted();
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
     }
     bool becomes(const std::string& expected) {

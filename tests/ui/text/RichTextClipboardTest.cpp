@@ -41,7 +41,14 @@ TEST(RichTextClipboard, HtmlKeepsWhatATextCanHold) {
         Case{"lists inside lists",
              "<ul><li>one</li><li>two<ul><li>inner</li></ul></li><li>three</li></ul>"
              "<ol><li>first</li><li>second</li></ol><p>after</p>",
-             "- one\n- two\n  - inner\n- three\n1. first\n1. second\nafter"},
+             "- one\n- two\n  {circle} inner\n- three\n1. first\n1. second\nafter"},
+        Case{"lists that begin elsewhere, and bullets by their depth",
+             "<ol start=3><li>three<ul><li>a<ul><li>b</li></ul></li>"
+             "<li>c<ol TYPE=A\nSTART='27'><li>d</li></ol></li></ul></li><li>four</li></ol>"
+             "<p>x</p><ul><li>e<ul style=\"list-style-type: square\"><li>f</li></ul></li></ul>"
+             "<ol reversed start=\"-1\"><li>g</li></ol>",
+             "1. three\n  {circle} a\n    {square} b\n  {circle} c\n    {upper-alpha}. d\n"
+             "1. four\nx\n- e\n  {square} f\n1. g"},
         Case{"code", "<p>Run <code>ls -l</code> now.</p><pre><code>int a;\n  int b;</code></pre>",
              "Run `ls -l` now.\nauto> int a;\nauto>   int b;"},
         Case{"code that ends with a line break",
@@ -68,6 +75,17 @@ TEST(RichTextClipboard, HtmlKeepsWhatATextCanHold) {
     }
 }
 
+TEST(RichTextClipboard, HtmlListsBeginWhereTheySay) {
+    QMimeData data;
+    data.setHtml(QStringLiteral("<ol start=3><li>a<ol start=' 27'><li>b</ol><li>c</ol>"
+                                "<ol><li>d</ol><ol start=many><li>e</ol>"));
+    std::vector<std::int32_t> starts;
+    textFrom(data).forEachParagraph([&](const AttributedString::ParagraphRun& run) {
+        starts.push_back(run.style.lists.back()->start);
+    });
+    EXPECT_EQ(starts, (std::vector{3, 27, 3, 1, 1}));
+}
+
 TEST(RichTextClipboard, WhatIsCopiedIsPastedTheSame) {
     AttributedString text;
     text.append(u"Title\n", {.font = fontOf(HeadingLevel::level2)},
@@ -78,10 +96,15 @@ TEST(RichTextClipboard, WhatIsCopiedIsPastedTheSame) {
     text.append(u"a link", {.link = "https://example.org/"}, {});
     text.append(u" & <tags>\n", {}, {});
     const auto outer = std::make_shared<TextList>(TextList{.marker = u"{disc}"});
-    const auto inner = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
+    const auto inner =
+        std::make_shared<TextList>(TextList{.marker = u"{lower-roman}.", .start = 4});
     text.append(u"one\n", {}, {.lists = {outer}});
     text.append(u"inner\ninner too\n", {}, {.lists = {outer, inner}});
     text.append(u"two\n", {}, {.lists = {outer}});
+    const auto hollow = std::make_shared<TextList>(TextList{.marker = u"{square}"});
+    text.append(u"three\n", {}, {.lists = {outer, hollow}});
+    text.append(u"f()", {.font = {.isBold = true}, .korvexCodeLanguage = "plaintext"}, {});
+    text.append(u" is\n", {}, {});
     text.append(u"int a;\nint b;\n", CodeSyntax::attributes("cpp", CodeKind::block), {});
     text.append(RichTextTable::make(2, 2));
     text.append(u"end", {}, {});

@@ -3,10 +3,12 @@
 #include "TextFixture.h"
 #include "richtext/RandomText.h"
 #include "richtext/table/RichTextTable.h"
+#include "richtext/text/Formatting.h"
 #include "ui/text/TextFormats.h"
 
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextLayout>
 #include <QTextTable>
 
 #include <array>
@@ -178,6 +180,65 @@ TEST_F(TextDocumentConversionTest, ColumnsOfOtherProgramsAreDrawnWithinTheLimits
     EXPECT_NEAR(drawn[0].rawValue(), look().pixels(RichTextTable::kMinimumWidth) + inset, 2);
     EXPECT_NEAR(drawn[2].rawValue(), look().pixels(RichTextTable::kMaximumWidth) + inset, 2);
     EXPECT_NEAR(drawn[3].rawValue(), look().pixels(3'000) + inset, 2);
+}
+
+TEST_F(TextDocumentConversionTest, EveryColumnShowsAtLeastItsMinimum) {
+    const auto narrow = [](std::array<Twips, 4> borders) {
+        auto text = RichTextTable::make(2, 3);
+        text.editStyles({0, 6}, [&](ParagraphStyle& style) {
+            auto cell = *style.cells[0];
+            cell.geometry.width = 100;
+            for (std::size_t side = 0; side < borders.size(); ++side) {
+                cell.geometry.borders[side].width = borders[side];
+            }
+            style.cells[0] = std::make_shared<TextTableCell>(cell);
+        });
+        return text;
+    };
+    const std::vector<AttributedString> tables{narrow({10, 10, 10, 10}), narrow({0, 0, 0, 0}),
+                                               narrow({300, 300, 300, 300}),
+                                               narrow({10, 300, 10, 0}), narrow({0, 60, 0, 200})};
+    for (std::size_t i = 0; i < tables.size(); ++i) {
+        setText(document, tables[i], look());
+        document.setTextWidth(100);
+        document.size(); // lays it out
+        auto block = document.begin();
+        while (!QTextCursor(block).currentTable()) {
+            block = block.next();
+        }
+        for (int cell = 0; cell < 6; ++cell, block = block.next()) {
+            EXPECT_GE(block.layout()->lineAt(0).width(),
+                      look().pixels(RichTextTable::kMinimumWidth) - 0.1)
+                << "table " << i << " cell " << cell;
+        }
+    }
+}
+
+TEST_F(TextDocumentConversionTest, OnlyWhatIsAllCodeHasACodeBlocksPadding) {
+    const CharacterAttributes code{.font = {.family = FontFamily::monospaced},
+                                   .korvexCodeLanguage = "c",
+                                   .korvexCodeBlock = true};
+    const ParagraphStyle spaced{.lineSpacing = kCodeBlockLineSpacing};
+    struct Case {
+        const char* name;
+        AttributedString text;
+        double padding;
+    };
+    auto part = AttributedString(u"code", code, spaced);
+    part.append(u" and words", {}, {});
+    const auto padding = look().codePadding();
+    const std::vector<Case> cases{
+        {"code", AttributedString(u"code\n", code, spaced), padding},
+        {"an empty line of code", AttributedString(u"\n", code, spaced), padding},
+        {"words with a block's line spacing", AttributedString(u"words\n", {}, spaced), 0},
+        {"part of a paragraph", part, 0},
+        {"code that is moved in", AttributedString(u"code", code, {.leftIndent = 400}),
+         padding + look().pixels(400)},
+    };
+    for (const auto& each : cases) {
+        setText(document, each.text, look());
+        EXPECT_DOUBLE_EQ(document.begin().blockFormat().leftMargin(), each.padding) << each.name;
+    }
 }
 
 TEST_F(TextDocumentConversionTest, ADamagedTableIsShownAsParagraphsAndKept) {

@@ -131,6 +131,30 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReason) {
     EXPECT_TRUE(entry->schedule().isEmpty());
 }
 
+TEST_F(SchedulePopoverTest, AWindowFromOneDayToAnotherIsLeftAloneAndBothDaysCanBeOthers) {
+    const auto evening = kNow + 14 * 3600.0;
+    const model::TodoSchedule night{.dueDate = evening + 8 * 3600.0, .dueStartDate = evening};
+    own.entries.updateSchedule(*entry, night, kNow);
+    clock.advance(60);
+    open();
+    auto& startDay = field<QDateTimeEdit>("Start day");
+    EXPECT_TRUE(startDay.isVisible());
+    EXPECT_EQ(startDay.date(), QDate(2025, 3, 10));
+    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(2025, 3, 11));
+    popover->dismiss();
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(entry->schedule(), night);
+    EXPECT_EQ(entry->updatedAt(), kNow) << "nothing was touched, nothing is stored";
+
+    open();
+    field<QDateTimeEdit>("Due day").setDate(QDate(2025, 3, 13));
+    field<QDateTimeEdit>("Start day").setDate(QDate(2025, 3, 12));
+    popover->dismiss();
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = *night.dueDate + 2 * 86400.0,
+                                                      .dueStartDate = evening + 2 * 86400.0}));
+}
+
 TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueAt(kNow + 3600.0), kNow);
     open();

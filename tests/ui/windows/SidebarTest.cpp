@@ -96,7 +96,7 @@ TEST_F(SidebarTest, WhatIsNotAllowedForTheInboxIsDisabled) {
         }
         return result;
     };
-    EXPECT_THAT(disabled(*inbox), ElementsAre("Archive", "Delete…"));
+    EXPECT_THAT(disabled(*inbox), ElementsAre("Archive", "Delete…", "Move up"));
     EXPECT_THAT(disabled(*work), ::testing::IsEmpty());
 }
 

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QObject>
+#include <QWidget>
+
+namespace korvex::ui {
+
+/// Keeps a widget over another, as high as it needs, wherever that goes: what comes and goes there
+/// moves nothing under the pointer. The widget is a child of the other, or becomes one of the
+/// other's parent. Main thread.
+class Overlay final : public QObject {
+public:
+    enum class Place {
+        /// At the foot, for what is to be read now.
+        foot,
+        /// In the middle, for what says why there is nothing else.
+        middle,
+    };
+    /// Both live as long as this.
+    Overlay(QWidget& over, QWidget& ground, Place place, int margin);
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    QRect room() const;
+    void arrange();
+
+    QWidget& m_over;
+    QWidget& m_ground;
+    Place m_place;
+    int m_margin;
+};
+
+} // namespace korvex::ui

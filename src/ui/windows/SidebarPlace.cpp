@@ -1,0 +1,159 @@
+#include "ui/windows/SidebarPlace.h"
+
+#include "ui/kit/Direction.h"
+#include "ui/kit/Popover.h"
+#include "ui/windows/Sidebar.h"
+
+#include <QApplication>
+#include <QEvent>
+#include <QMouseEvent>
+#include <QSplitter>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+/// A page is not to be narrower than this beside the sidebar.
+constexpr int kNarrowestPage = 360;
+constexpr int kWidthOver = 280;
+/// Beside the page, where the window was narrow from its start.
+constexpr int kFirstWidth = 220;
+/// What is left of the page at its side, to be pressed.
+constexpr int kLeftOfPage = 48;
+
+bool isInPopover(const QWidget* widget) {
+    while (widget && !qobject_cast<const Popover*>(widget)) {
+        widget = widget->parentWidget();
+    }
+    return widget != nullptr;
+}
+
+} // namespace
+
+SidebarPlace::SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar)
+    : m_window(window), m_splitter(splitter), m_sidebar(sidebar) {
+    window.installEventFilter(this);
+    connect(qApp, &QApplication::focusChanged, this,
+            [this](const QWidget*, const QWidget* now) { focusMoved(now); });
+}
+
+bool SidebarPlace::isShown() const {
+    return !m_sidebar.isHidden();
+}
+
+void SidebarPlace::show() {
+    if (m_isNarrow) {
+        placeOver();
+        m_sidebar.show();
+        m_sidebar.raise();
+        qApp->installEventFilter(this);
+    } else {
+        setWanted(true);
+    }
+}
+
+void SidebarPlace::toggle() {
+    if (!m_isNarrow) {
+        setWanted(!m_isWanted);
+    } else if (isShown()) {
+        leavePage();
+    } else {
+        show();
+        m_sidebar.takeKeyboard();
+    }
+}
+
+void SidebarPlace::leavePage() {
+    if (isOver()) {
+        qApp->removeEventFilter(this);
+        m_sidebar.hide();
+        Q_EMIT left();
+    }
+}
+
+void SidebarPlace::setSearching(bool searching) {
+    m_isSearching = searching;
+    if (isOver()) {
+        placeOver();
+    }
+}
+
+void SidebarPlace::setWanted(bool wanted) {
+    m_isWanted = wanted;
+    if (!m_isNarrow) {
+        m_sidebar.setVisible(wanted);
+    }
+}
+
+bool SidebarPlace::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == &m_window && event->type() == QEvent::Resize) {
+        arrange();
+    } else if (event->type() == QEvent::MouseButtonPress && isOver()) {
+        auto* const pressed = qobject_cast<QWidget*>(watched);
+        if (pressed && pressed->window() == &m_window && pressed != &m_sidebar &&
+            !m_sidebar.isAncestorOf(pressed) && !isInPopover(pressed)) {
+            leavePage();
+        }
+    }
+    return false;
+}
+
+void SidebarPlace::arrange() {
+    const bool isNarrow = m_window.width() < m_sidebar.minimumWidth() + kNarrowestPage;
+    if (isNarrow != m_isNarrow) {
+        if (isNarrow) {
+            fold();
+        } else {
+            unfold();
+        }
+    } else if (isOver()) {
+        placeOver();
+    }
+}
+
+void SidebarPlace::fold() {
+    if (m_splitter.isVisible()) { // else it has no sizes yet
+        m_sizes = m_splitter.sizes();
+    }
+    const bool hadKeyboard = m_sidebar.isAncestorOf(QApplication::focusWidget());
+    m_isNarrow = true;
+    m_sidebar.setParent(&m_window);
+    m_sidebar.hide();
+    if (hadKeyboard) {
+        Q_EMIT left();
+    }
+}
+
+void SidebarPlace::unfold() {
+    leavePage();
+    m_isNarrow = false;
+    m_sidebar.clearMask();
+    m_splitter.insertWidget(0, &m_sidebar);
+    m_sidebar.setVisible(m_isWanted);
+    m_splitter.setSizes(m_sizes.isEmpty() ? QList<int>{kFirstWidth, m_window.width() - kFirstWidth}
+                                          : m_sizes);
+}
+
+void SidebarPlace::placeOver() {
+    const auto room = m_window.rect();
+    const int width =
+        m_isSearching ? room.width() : std::min(kWidthOver, room.width() - kLeftOfPage);
+    m_sidebar.setGeometry(mirrored(QRect(0, 0, width, room.height()), room));
+    if (m_isSearching) {
+        m_sidebar.setMask(QRect(0, 0, width, m_sidebar.searchHeight()));
+    } else {
+        m_sidebar.clearMask();
+    }
+}
+
+void SidebarPlace::focusMoved(const QWidget* now) {
+    // No new focus: another window or a menu has the keyboard for a while only.
+    if (isOver() && now && now->window() == &m_window && !m_sidebar.isAncestorOf(now) &&
+        !isInPopover(now)) {
+        leavePage();
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+
+class QSplitter;
+class QWidget;
+
+namespace korvex::ui {
+
+class Sidebar;
+
+/// Where the sidebar is: beside the page, or away, as the user wants it. A window that is too
+/// narrow for both folds it away; then it comes over the page for as long as it has the keyboard.
+/// Main thread.
+class SidebarPlace final : public QObject {
+    Q_OBJECT
+
+public:
+    /// The sidebar is the first part of the splitter, which fills the window.
+    SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar);
+
+    bool isShown() const;
+    /// Over the page, for the moment.
+    bool isOver() const { return m_isNarrow && isShown(); }
+    void show();
+    void toggle();
+    /// Away, if it lies over the page.
+    void leavePage();
+    /// While the page shows what is searched for, only the field lies over it.
+    void setSearching(bool searching);
+
+    /// Whether it is to be beside the page where there is room.
+    bool isWanted() const { return m_isWanted; }
+    void setWanted(bool wanted);
+
+Q_SIGNALS:
+    /// It has gone, and the keyboard is the page's.
+    void left();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void arrange();
+    void fold();
+    void unfold();
+    void placeOver();
+    /// The keyboard went to something that is not of the sidebar.
+    void focusMoved(const QWidget* now);
+
+    QWidget& m_window;
+    QSplitter& m_splitter;
+    Sidebar& m_sidebar;
+    /// Of the splitter's parts while they stand side by side.
+    QList<int> m_sizes;
+    bool m_isWanted = true;
+    bool m_isNarrow = false;
+    bool m_isSearching = false;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,68 @@
+#include "ui/kit/Language.h"
+
+#include "base/UserLocale.h"
+#include "support/ScopedEnvironment.h"
+#include "ui/kit/DateFields.h"
+#include "ui/kit/Plurals.h"
+#include "ui/kit/Text.h"
+
+#include <QCoreApplication>
+#include <QDateTimeEdit>
+
+#include <gtest/gtest.h>
+
+namespace korvex::ui {
+namespace {
+
+TEST(Plurals, SayOneAndMany) {
+    const Plurals plurals;
+    const auto said = [&](const char* text, int n) {
+        return plurals.translate("", text, nullptr, n).toStdString();
+    };
+    EXPECT_EQ(said("%n open todo(s)", 0), "%n open todos");
+    EXPECT_EQ(said("%n open todo(s)", 1), "%n open todo");
+    EXPECT_EQ(said("%n (entry|entries)", 1), "%n entry");
+    EXPECT_EQ(said("%n (entry|entries) in %1 row(s)", 2), "%n entries in %1 rows");
+    EXPECT_TRUE(plurals.translate("", "Sort (by name)", nullptr, -1).isNull());
+    EXPECT_EQ(QCoreApplication::translate("", "%n result(s)", nullptr, 1),
+              QStringLiteral("1 result"));
+}
+
+/// What is typed in a field reads as the same moment does in a label.
+TEST(DateFields, ReadAsLabelsDo) {
+    struct Case {
+        const char* environment;
+        const char* day;
+        const char* time;
+    };
+    constexpr base::Instant kEvening{763286400 + 13.5 * 3600}; // 2025-03-10 21:30 UTC
+    for (const auto& each : {
+             Case{"en_US.UTF-8", "3/10/2025", "9:30\u202fPM"},
+             Case{"en_GB.UTF-8", "10/03/2025", "21:30"},
+             Case{"de_DE.UTF-8", "10/03/2025", "21:30"},
+             Case{"fr_FR.UTF-8", "10/03/2025", "21:30"},
+             Case{"fi_FI.UTF-8", "10/03/2025", "21.30"},
+             Case{"ar_EG.UTF-8", "10/03/2025", "9:30\u202fpm"},
+             Case{"C", "3/10/2025", "9:30\u202fPM"},
+         }) {
+        const tests::ScopedEnvironment environment("LC_ALL", each.environment);
+        const auto locale = base::localeSpeaking("en", "LC_TIME");
+        const base::DateFormats formats(locale, base::TimeZone::utc());
+        const auto shown = [&](const QString& format) {
+            QDateTimeEdit field;
+            DateFields::setUp(field, format);
+            field.setDateTime(DateFields::dateTimeOf(kEvening, formats.calendar()));
+            return toUtf8(field.text());
+        };
+        EXPECT_EQ(shown(DateFields::dayFormat(formats)), each.day) << locale;
+        EXPECT_EQ(formats.shortTime(kEvening), each.time) << locale;
+        EXPECT_EQ(QString::fromStdString(shown(DateFields::timeFormat(formats))).toLower(),
+                  QString::fromUtf8(each.time).toLower())
+            << locale;
+        EXPECT_NE(formats.dayWithWeekday(kEvening).find("Mon"), std::string::npos)
+            << "in the language of the texts";
+    }
+}
+
+} // namespace
+} // namespace korvex::ui

@@ -1,0 +1,249 @@
+#include "ui/windows/SidebarPlace.h"
+
+#include "ui/WindowFixture.h"
+#include "ui/entries/BoardPage.h"
+#include "ui/kit/NoticeLine.h"
+#include "ui/kit/SearchField.h"
+#include "ui/windows/MainWindow.h"
+#include "ui/windows/PageStack.h"
+#include "ui/windows/Sidebar.h"
+
+#include <QMenu>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+
+namespace korvex::ui {
+namespace {
+
+using ::testing::ElementsAre;
+
+/// The window in the widths, directions and states that it must do its work in.
+class WindowShapesTest : public tests::WindowFixture {
+protected:
+    WindowShapesTest() { work = &own.boards.createBoard("Work", kNow); }
+
+    void open(int width, const ui::Workspace& shown) {
+        window = std::make_unique<MainWindow>(shown, theme);
+        window->resize(width, 500);
+        window->show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        QApplication::processEvents();
+    }
+    void open(int width) { open(width, workspace); }
+    Sidebar& sidebar() { return *window->findChild<Sidebar*>(); }
+    BoardPage& page() { return *window->findChild<BoardPage*>(); }
+    EntryListView& list() { return page().list(); }
+    QRect placeOf(int row) {
+        return list().globalRect(list().visualRect(page().entries().index(row, 0)));
+    }
+    Navigation& navigation() { return *window->findChild<Navigation*>(); }
+    void key(int which, Qt::KeyboardModifiers modifiers = {}) {
+        auto* const focused = QApplication::focusWidget();
+        QTest::keyClick(focused ? focused : window.get(), static_cast<Qt::Key>(which), modifiers);
+        QApplication::processEvents();
+    }
+
+    model::Board* work = nullptr;
+    std::unique_ptr<MainWindow> window;
+};
+
+TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
+    add({"a"});
+    open(360);
+    EXPECT_LE(window->minimumWidth(), 360);
+    EXPECT_EQ(window->width(), 360);
+    EXPECT_FALSE(sidebar().isVisible());
+    EXPECT_EQ(list().width(), 360) << "the page has all of the window";
+
+    key(Qt::Key_F9);
+    EXPECT_TRUE(sidebar().isVisible());
+    EXPECT_TRUE(sidebar().isAncestorOf(QApplication::focusWidget()));
+    EXPECT_EQ(list().width(), 360) << "over the page, which stays as it is";
+    key(Qt::Key_Down);
+    EXPECT_EQ(page().board(), work);
+    EXPECT_TRUE(sidebar().isVisible()) << "while the arrows walk";
+    key(Qt::Key_Return);
+    EXPECT_FALSE(sidebar().isVisible());
+    EXPECT_TRUE(list().hasFocus());
+    key(Qt::Key_F9);
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(sidebar().isVisible());
+    key(Qt::Key_F9);
+    QTest::mouseClick(list().viewport(), Qt::LeftButton, {}, QPoint(350, 300));
+    EXPECT_FALSE(sidebar().isVisible()) << "a press beside it";
+
+    key(Qt::Key_F, Qt::ControlModifier);
+    EXPECT_TRUE(sidebar().searchField().hasFocus());
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("a"));
+    EXPECT_LT(sidebar().visibleRegion().boundingRect().height(), 100)
+        << "what was found is to be seen";
+    key(Qt::Key_Return);
+    EXPECT_FALSE(sidebar().isVisible());
+    EXPECT_EQ(page().board(), inbox);
+
+    window->resize(800, 500);
+    EXPECT_TRUE(sidebar().isVisible());
+    EXPECT_LE(list().width(), 800 - sidebar().width());
+    key(Qt::Key_F9);
+    EXPECT_FALSE(sidebar().isVisible());
+    window->resize(360, 500);
+    window->resize(800, 500);
+    EXPECT_FALSE(sidebar().isVisible()) << "as the user wants it";
+}
+
+TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
+    add({"a", "b"});
+    open(700);
+    const auto before = placeOf(1);
+    window->showError(QStringLiteral("It is broken."));
+    QApplication::processEvents();
+    EXPECT_TRUE(page().banner().isVisible());
+    EXPECT_EQ(placeOf(1), before);
+    EXPECT_FALSE(page().banner().geometry().isEmpty());
+    page().banner().clear();
+    QApplication::processEvents();
+    EXPECT_EQ(placeOf(1), before);
+
+    page().startTodo();
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("typed"));
+    const auto edited = placeOf(list().editedRow());
+    page().findChild<TodoEditor*>()->showError(QStringLiteral("It is broken."));
+    QApplication::processEvents();
+    EXPECT_EQ(placeOf(list().editedRow()), edited);
+    key(Qt::Key_Escape);
+
+    own.entries.deleteEntry(*services::activeEntries(*inbox).back());
+    navigation().showBoard(*work);
+    const auto newTodo = placeOf(0);
+    page().startTodo();
+    QApplication::processEvents();
+    EXPECT_EQ(placeOf(0).top(), newTodo.top()) << "where the hint was";
+}
+
+TEST_F(WindowShapesTest, ExpandedCompletedTodosComeIntoSight) {
+    for (int i = 0; i < 40; ++i) {
+        add({"open"});
+    }
+    own.entries.completeTodos(*inbox, kNow);
+    for (int i = 0; i < 12; ++i) {
+        add({"open"});
+    }
+    open(700);
+    list().setFocus();
+    list().setCurrentRow(page().entries().rowOf(EntryRowKind::completedHeading));
+    key(Qt::Key_Right);
+    ASSERT_TRUE(page().entries().isCompletedExpanded());
+    const int heading = page().entries().rowOf(EntryRowKind::completedHeading);
+    EXPECT_EQ(list().visibleRows().first, heading);
+    EXPECT_GT(list().visibleRows().second, heading + 3);
+}
+
+TEST_F(WindowShapesTest, FromRightToLeftEverythingIsTurned) {
+    auto& todo = *add({"Buy milk", "\u05e9\u05dc\u05d5\u05dd"}).front();
+    own.entries.updateSchedule(todo, model::TodoSchedule::dueOn(base::DayNumber{20250310}), kNow);
+    const auto circle = [this](int row) {
+        // A press there ticks, so that is where it is.
+        const auto place = list().visualRect(page().entries().index(row, 0));
+        const bool isMirrored = QGuiApplication::isRightToLeft();
+        for (int step = 0; step < place.width(); ++step) {
+            const int x = isMirrored ? place.right() - step : step;
+            QMouseEvent move(QEvent::MouseMove, QPointF(x, place.center().y()),
+                             list().viewport()->mapToGlobal(QPointF(x, place.center().y())),
+                             Qt::NoButton, Qt::NoButton, {});
+            QApplication::sendEvent(list().viewport(), &move);
+            if (list().viewport()->cursor().shape() == Qt::PointingHandCursor) {
+                return x;
+            }
+        }
+        return -1;
+    };
+    open(700);
+    const auto fromLeft = circle(1);
+    const auto dueMargin = placeOf(0).right() - list().scheduleAnchor(0).right();
+    EXPECT_LT(fromLeft, 60);
+    EXPECT_LT(sidebar().mapTo(window.get(), QPoint()).x(), 10);
+    window.reset();
+
+    QApplication::setLayoutDirection(Qt::RightToLeft);
+    open(700);
+    EXPECT_GT(sidebar().mapTo(window.get(), QPoint(sidebar().width(), 0)).x(), 690);
+    const auto dueFromRight = list().scheduleAnchor(0);
+    EXPECT_EQ(dueFromRight.left() - placeOf(0).left(), dueMargin) << "at the other end of the row";
+    EXPECT_EQ(placeOf(0).width() - 1 - circle(1), fromLeft)
+        << "the circle is at the right, of every row";
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {
+    auto& todo = *add({"a"}).front();
+    own.entries.updateSchedule(todo, model::TodoSchedule::dueOn(base::DayNumber{20250310}), kNow);
+    const auto readOnly = store::ModelContainer::open(
+        model::currentSchema(), {.file = folder / "Primary.store", .allowsSave = false}, log);
+    const ui::WorkspaceOwner reader({.container = *readOnly,
+                                     .preferences = preferences,
+                                     .defaults = defaults,
+                                     .clock = clock,
+                                     .runLoop = runLoop,
+                                     .log = log,
+                                     .timeZone = base::TimeZone::utc,
+                                     .copies = folder / "copies"});
+    open(700, reader.workspace());
+    const auto notices = window->findChildren<NoticeLine*>();
+    EXPECT_TRUE(std::any_of(notices.begin(), notices.end(),
+                            [](const NoticeLine* line) { return line->isVisible(); }));
+    EXPECT_TRUE(page().isReadOnly());
+    EXPECT_LT(page().entries().rowOf(EntryRowKind::newTodo), 0);
+    for (auto* const button : window->findChildren<QToolButton*>()) {
+        if (button->accessibleName() == QStringLiteral("New board") ||
+            button->accessibleName() == QStringLiteral("Icon of the board")) {
+            EXPECT_FALSE(button->isEnabled()) << button->accessibleName().toStdString();
+        }
+    }
+    Q_EMIT sidebar().boardMenuRequested(page().board(), {});
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (const auto* const action : menu->actions()) {
+        EXPECT_TRUE(action->isSeparator() || !action->isEnabled()) << action->text().toStdString();
+    }
+    menu->close();
+    const auto said = [this] {
+        return window->findChild<PageStack*>()->current().banner().message();
+    };
+    key(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(said(), QStringLiteral("The local store is read-only."));
+    EXPECT_FALSE(list().editedRow() >= 0);
+    navigation().showPage(PageKind::upcoming);
+    navigation().takeKeyboard();
+    key(Qt::Key_Space);
+    EXPECT_EQ(said(), QStringLiteral("The local store is read-only."));
+    key(Qt::Key_D, Qt::ControlModifier);
+    EXPECT_EQ(window->findChild<Popover*>(), nullptr);
+    EXPECT_FALSE(todo.isCompleted());
+}
+
+TEST_F(WindowShapesTest, BoardsMoveByKeyboardAndKeepIt) {
+    auto& home = own.boards.createBoard("Home", kNow);
+    open(700);
+    navigation().showBoard(home);
+    auto& boards = *window->findChild<BoardListView*>();
+    boards.setFocus();
+    const auto names = [this] {
+        std::vector<std::string> result;
+        for (const auto* const board : sidebar().boards().activeBoards()) {
+            result.push_back(board->name());
+        }
+        return result;
+    };
+    key(Qt::Key_Up, Qt::AltModifier);
+    EXPECT_THAT(names(), ElementsAre("Inbox", "Home", "Work"));
+    EXPECT_TRUE(boards.hasFocus());
+    EXPECT_EQ(boards.currentIndex().data().toString(), QStringLiteral("Home"));
+    key(Qt::Key_Down, Qt::AltModifier);
+    key(Qt::Key_Down, Qt::AltModifier);
+    EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home")) << "not beyond the end";
+    EXPECT_EQ(page().board(), &home);
+}
+
+} // namespace
+} // namespace korvex::ui
