@@ -71,11 +71,10 @@ QAccessibleInterface* make(const QString&, QObject* object) {
 void Accessibility::setRole(QWidget& widget, QAccessible::Role role) {
     widget.setProperty(kRoleProperty, static_cast<int>(role));
     install();
-    // While the widget was made somebody may have been told of it, as what it was then.
-    if (QAccessible::isActive()) {
-        auto* const former = QAccessible::queryAccessibleInterface(&widget);
-        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(former));
-    }
+    // Qt asks what a widget is with the first event about it, which may have been its name, and
+    // keeps the answer.
+    auto* const former = QAccessible::queryAccessibleInterface(&widget);
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(former));
 }
 
 void Accessibility::install() {
