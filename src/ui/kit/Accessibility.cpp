@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
+#include <QAction>
+#include <QLineEdit>
 
 namespace korvex::ui {
 
@@ -79,6 +81,13 @@ void Accessibility::setRole(QWidget& widget, QAccessible::Role role) {
 
 void Accessibility::install() {
     QAccessible::installFactory(make); // which Qt remembers once
+}
+
+void Accessibility::nameClearButton(QLineEdit& field, const QString& name) {
+    field.setClearButtonEnabled(true);
+    if (auto* const clear = field.findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction"))) {
+        clear->setText(name);
+    }
 }
 
 void Accessibility::say(QWidget& alert, const QString& message) {

@@ -279,7 +279,8 @@ TEST_F(AccessibilityTest, TabReachesTheHeaderAndComesRound) {
         }
     }
     EXPECT_EQ(names.last(), QStringLiteral("Entries"));
-    EXPECT_TRUE(names.contains(QStringLiteral("Icon of the board")));
+    EXPECT_TRUE(names.contains(QStringLiteral("Icon of the board")))
+        << names.join(QStringLiteral(", ")).toStdString();
     EXPECT_TRUE(names.contains(QStringLiteral("Menu of the board")));
 }
 
