@@ -8,6 +8,7 @@
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/SingleInstance.h"
+#include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "ui/kit/Language.h"
 #include "ui/kit/QuietStyle.h"
@@ -110,10 +111,19 @@ int main(int argc, char* argv[]) {
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
         watchers.start();
+        window.offerDrafts();
     });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
     QTimer::singleShot(kLongestStart, &watchers, &desktop::Watchers::start);
     const auto raising = instance.raiseRequested().connect([&] { window.comeForward(); });
+    // A log-out asks every window first and ends the programs then.
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
+                     &ui::MainWindow::storeAll, Qt::DirectConnection);
+    platform::qt::TerminationWatcher termination;
+    const auto ending = termination.requested().connect([&] {
+        window.storeAll();
+        QApplication::exit();
+    });
     window.showNotices(container->notices());
     window.show();
     const auto status = QApplication::exec();

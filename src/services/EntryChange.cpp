@@ -129,6 +129,38 @@ bool EntryChange::isCompletion() const {
            });
 }
 
+bool EntryChange::shareFields(const Unit& left, const Unit& right) {
+    return std::any_of(left.begin(), left.end(), [&](const Field& field) {
+        return std::any_of(right.begin(), right.end(),
+                           [&](const Field& other) { return other.index == field.index; });
+    });
+}
+
+std::optional<EntryChange> EntryChange::followedBy(const EntryChange& later) const {
+    if (m_id != later.m_id || m_place || later.m_place) {
+        return std::nullopt;
+    }
+    auto joined = *this;
+    for (const auto& unit : later.m_units) {
+        const auto own = std::find_if(joined.m_units.begin(), joined.m_units.end(),
+                                      [&](const Unit& each) { return shareFields(each, unit); });
+        if (own == joined.m_units.end()) {
+            joined.m_units.push_back(unit);
+            continue;
+        }
+        if (own->size() != unit.size()) {
+            return std::nullopt; // the type has changed
+        }
+        for (std::size_t i = 0; i < unit.size(); ++i) {
+            if (witness(unit[i].before) != (*own)[i].after) {
+                return std::nullopt;
+            }
+            (*own)[i].after = unit[i].after;
+        }
+    }
+    return joined;
+}
+
 bool EntryChange::isStillOurs(const Entry& entry, const Unit& unit) {
     return std::all_of(unit.begin(), unit.end(), [&](const Field& field) {
         return witness(entry.value(field.index)) == field.after;

@@ -29,6 +29,10 @@ public:
     /// A todo was completed or restored.
     bool isCompletion() const;
 
+    /// This change and a later one of the same entry in one. Absent where another has changed in
+    /// between what both have, and where one of them has moved the entry.
+    std::optional<EntryChange> followedBy(const EntryChange& later) const;
+
     /// Whether another has written words or attachments since, which taking it back would replace.
     bool isWrittenOver(const model::Entry& entry) const;
     /// Where the entry is to stand again; absent where the change has not moved it, or another has
@@ -50,6 +54,7 @@ private:
     using Unit = std::vector<Field>;
 
     static EntryChange fieldsOf(const model::Entry& entry);
+    static bool shareFields(const Unit& left, const Unit& right);
     static bool isStillOurs(const model::Entry& entry, const Unit& unit);
     const Unit* unitOf(std::size_t field) const;
 

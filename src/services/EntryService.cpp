@@ -133,11 +133,12 @@ void EntryService::restoreTodo(Entry& given, base::Instant now,
     m_writer.logDone("Restored todo", entry.id());
 }
 
-void EntryService::updateTodo(Entry& given, std::string_view content, base::Instant now) {
+void EntryService::updateTodo(Entry& given, std::string_view content, base::Instant now,
+                              EditingSession* session) {
     const store::LockedStep step(m_writer.context());
     auto& entry = persisted(given, EntryType::todo);
     auto text = normalized(content);
-    m_changes.make({.name = "Edit Todo", .entries = {&entry}}, [&] {
+    m_changes.make({.name = "Edit Todo", .entries = {&entry}, .session = session}, [&] {
         entry.setContent(std::move(text));
         entry.setUpdatedAt(now);
     });
@@ -159,7 +160,7 @@ void EntryService::updateSchedule(Entry& given, const model::TodoSchedule& sched
 }
 
 void EntryService::updateText(Entry& given, const richtext::AttributedString& rich,
-                              base::Instant now) {
+                              base::Instant now, EditingSession* session) {
     const store::LockedStep step(m_writer.context());
     auto& entry = persisted(given, EntryType::text);
     auto text = stored(rich, m_serializer);
@@ -167,7 +168,7 @@ void EntryService::updateText(Entry& given, const richtext::AttributedString& ri
         deleteEntry(entry);
         return;
     }
-    m_changes.make({.name = "Edit Text", .entries = {&entry}},
+    m_changes.make({.name = "Edit Text", .entries = {&entry}, .session = session},
                    [&] { setText(entry, std::move(*text), now); });
     m_writer.logDone("Updated text entry", entry.id());
 }

@@ -57,11 +57,14 @@ public:
     /// Restores the todo to `position` among the active entries, clamped; without one to the end.
     void restoreTodo(model::Entry& entry, base::Instant now,
                      std::optional<std::int64_t> position = std::nullopt);
-    void updateTodo(model::Entry& entry, std::string_view content, base::Instant now);
+    /// What is stored with one `session` is one step of undo.
+    void updateTodo(model::Entry& entry, std::string_view content, base::Instant now,
+                    EditingSession* session = nullptr);
     void updateSchedule(model::Entry& entry, const model::TodoSchedule& schedule,
                         base::Instant now);
     /// A text of which nothing but white space is left is deleted.
-    void updateText(model::Entry& entry, const richtext::AttributedString& rich, base::Instant now);
+    void updateText(model::Entry& entry, const richtext::AttributedString& rich, base::Instant now,
+                    EditingSession* session = nullptr);
     /// A text becomes a todo of one line, without its formatting. A todo becomes a text that was
     /// never completed; its schedule and its attachments sleep until it is a todo again.
     void changeType(model::Entry& entry, model::EntryType type, base::Instant now);
@@ -107,7 +110,8 @@ private:
     void complete(std::string_view name, const std::vector<model::Entry*>& todos,
                   base::Instant completedAt, base::Instant now);
     /// Makes it undoable where it has a name; before what was created forgets its attachments.
-    void registerCreation(std::string_view undoName, std::span<model::Entry* const> created) const;
+    void registerCreation(std::string_view undoName, std::span<model::Entry* const> created,
+                          EditingSession* session) const;
     void becomeTodo(model::Entry& entry, base::Instant now);
     void becomeText(model::Entry& entry, base::Instant now);
 

@@ -65,7 +65,7 @@ std::vector<Entry*> EntryService::createTodos(const NewTodos& todos) {
         }
         place.number(created);
     });
-    registerCreation(todos.undoName, created);
+    registerCreation(todos.undoName, created, todos.session);
     for (const auto* const entry : created) {
         entry->forgetAttachmentData();
         m_writer.logDone("Created todo", entry->id());
@@ -93,7 +93,7 @@ Entry& EntryService::createText(const NewText& text) {
         created->setAttachmentData(std::move(attachmentData));
         place.number({&created, 1});
     });
-    registerCreation(text.undoName, {&created, 1});
+    registerCreation(text.undoName, {&created, 1}, text.session);
     created->forgetAttachmentData();
     m_writer.logDone("Created text entry", created->id());
     return *created;
@@ -125,17 +125,17 @@ Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& b
             created = &insert(m_writer.context(), fieldsOf(std::move(*moved), now), *board);
             place.number({&created, 1});
         });
-        registerCreation(undoName, {&created, 1});
+        registerCreation(undoName, {&created, 1}, nullptr);
     });
     m_writer.logDone("Updated text entry", entry.id());
     m_writer.logDone("Created text entry", created->id());
     return *created;
 }
 
-void EntryService::registerCreation(std::string_view undoName,
-                                    std::span<Entry* const> created) const {
+void EntryService::registerCreation(std::string_view undoName, std::span<Entry* const> created,
+                                    EditingSession* session) const {
     if (!undoName.empty()) {
-        m_changes.registerCreation(undoName, created);
+        m_changes.registerCreation(undoName, created, session);
     }
 }
 

@@ -14,6 +14,8 @@
 
 namespace korvex::services {
 
+struct EditingSession;
+
 /// What `EntryService::createTodos` makes: one open todo per element of `contents`.
 struct NewTodos {
     std::vector<std::string> contents;
@@ -28,6 +30,8 @@ struct NewTodos {
     /// What the user calls the creation, a literal; then it can be undone under that name. Without
     /// one it registers no undo.
     std::string_view undoName = {};
+    /// With a name and of a single todo: its creation is a part of this editing.
+    EditingSession* session = nullptr;
 };
 
 /// What `EntryService::createText` makes: one text entry.
@@ -42,6 +46,7 @@ struct NewText {
     std::vector<model::EntryAttachment> attachments = {};
     /// As of todos.
     std::string_view undoName = {};
+    EditingSession* session = nullptr;
 };
 
 } // namespace korvex::services

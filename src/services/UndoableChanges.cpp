@@ -136,6 +136,11 @@ void UndoableChanges::make(const Undoable& undoable,
     if (changes.empty()) {
         return;
     }
+    if (undoable.session) {
+        registerEdit(undoable.name, std::move(changes.front()), *undoable.entries.front(),
+                     *undoable.session);
+        return;
+    }
     std::size_t cost = 0;
     std::vector<base::Uuid> ids;
     for (const auto& each : changes) {

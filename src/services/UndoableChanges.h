@@ -2,7 +2,7 @@
 
 #include "backup/BackupDocument.h"
 #include "model/Entry.h"
-#include "services/EntryChange.h"
+#include "services/EditingSession.h"
 #include "services/RecordWriter.h"
 #include "services/TodoListeners.h"
 #include "services/UndoManager.h"
@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <span>
 #include <string_view>
@@ -33,6 +34,8 @@ public:
     struct Undoable {
         std::string_view name;
         std::vector<model::Entry*> entries;
+        /// Given where the change is a part of the editing of the one entry.
+        EditingSession* session = nullptr;
     };
     /// Makes the change, saves it and registers its inverse.
     void make(const Undoable& undoable, const std::function<void()>& makeChange) const;
@@ -58,22 +61,28 @@ public:
     /// Registers the inverse of a creation that was saved just now: it deletes the entries, and
     /// throws `entryUnavailable` where another has written words into one of them since. `name` is
     /// a literal.
-    void registerCreation(std::string_view name, std::span<model::Entry* const> created) const;
+    void registerCreation(std::string_view name, std::span<model::Entry* const> created,
+                          EditingSession* session = nullptr) const;
     /// What `work` registers is one step.
     void asOneStep(std::string_view name, const std::function<void()>& work) const;
 
 private:
     using Inverse = std::function<void(const UndoableChanges&)>;
 
-    /// What an entry had been given when it was made: of words and attachments a checksum.
+    /// What an entry had been given when it was made, or by the end of that editing: of its text,
+    /// and of its attachments, a checksum.
     struct Created {
         base::Uuid id;
-        std::uint64_t words = 0;
+        std::shared_ptr<std::uint64_t> text;
+        std::uint64_t attachments = 0;
     };
 
     void remove(std::string_view name, std::span<model::Entry* const> entries) const;
     void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
                       Inverse inverse) const;
+    /// Registers a step for the session, or lets its step take this back too.
+    void registerEdit(std::string_view name, EntryChange change, const model::Entry& entry,
+                      EditingSession& session) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;

@@ -16,32 +16,50 @@ std::uint64_t checksumOf(const std::optional<base::Bytes>& bytes) {
     return bytes ? base::checksum(*bytes) : 0;
 }
 
-/// Of all that a person writes into an entry or attaches to it.
-std::uint64_t wordsOf(const Entry& entry) {
-    std::uint64_t words = 0;
-    for (const auto each : {checksumOf(entry.content()), checksumOf(entry.richTextData()),
-                            checksumOf(entry.attachmentData())}) {
-        words = words * 31 + each;
-    }
-    return words;
+/// Of what a person writes into an entry.
+std::uint64_t textOf(const Entry& entry) {
+    return checksumOf(entry.content()) * 31 + checksumOf(entry.richTextData());
 }
 
 } // namespace
 
-void UndoableChanges::registerCreation(std::string_view name,
-                                       std::span<Entry* const> created) const {
+void UndoableChanges::registerCreation(std::string_view name, std::span<Entry* const> created,
+                                       EditingSession* session) const {
     if (!m_undoManager) {
         return;
     }
     std::vector<Created> known;
     std::vector<base::Uuid> ids;
     for (const auto* const entry : created) {
-        known.push_back({.id = entry->id(), .words = wordsOf(*entry)});
+        known.push_back({.id = entry->id(),
+                         .text = std::make_shared<std::uint64_t>(textOf(*entry)),
+                         .attachments = checksumOf(entry->attachmentData())});
         ids.push_back(entry->id());
+    }
+    if (session) {
+        session->createdText = known.front().text;
     }
     registerUndo(
         name, sizeof(Created) * known.size(), std::move(ids),
         [known = std::move(known), name](const auto& self) { self.takeBackCreation(name, known); });
+}
+
+void UndoableChanges::registerEdit(std::string_view name, EntryChange change, const Entry& entry,
+                                   EditingSession& session) const {
+    if (const auto created = session.createdText.lock()) {
+        *created = textOf(entry);
+        return;
+    }
+    const auto known = session.step.lock();
+    if (auto joined = known ? known->followedBy(change) : std::nullopt) {
+        *known = std::move(*joined);
+        return;
+    }
+    const auto step = std::make_shared<EntryChange>(std::move(change));
+    session.step = step;
+    registerUndo(name, step->cost(), {step->id()}, [step, name](const auto& self) {
+        self.takeBack(name, {step.get(), 1});
+    });
 }
 
 void UndoableChanges::takeBackCreation(std::string_view name,
@@ -50,7 +68,8 @@ void UndoableChanges::takeBackCreation(std::string_view name,
     std::vector<Entry*> entries;
     for (const auto& each : created) {
         entries.push_back(&m_writer.persisted<Entry>(each.id));
-        if (wordsOf(*entries.back()) != each.words) {
+        const auto& entry = *entries.back();
+        if (textOf(entry) != *each.text || checksumOf(entry.attachmentData()) != each.attachments) {
             throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
         }
     }

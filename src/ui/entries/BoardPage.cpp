@@ -22,8 +22,7 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                                        .action = tr("Unarchive")},
                                       theme)),
       m_list(new EntryListView(m_model, workspace.code, theme)),
-      m_editing(m_model, *m_list, workspace.entries, workspace.undo, workspace.code,
-                workspace.clock, theme),
+      m_editing(m_model, *m_list, workspace, theme),
       m_attachments({.context = workspace.context,
                      .entries = workspace.entries,
                      .serializer = workspace.serializer,
@@ -75,6 +74,14 @@ void BoardPage::connectParts() {
     connect(&m_attachments, &AttachmentActions::refused, this,
             [this](const QString& message) { banner().showMessage(message); });
     connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
+    connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
+        if (message.isEmpty()) {
+            banner().clear();
+        } else {
+            banner().showMessage(message, ErrorBanner::Tone::notice);
+        }
+    });
     const auto attach = [this](const QMimeData* offered) { attachToEdited(*offered); };
     connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
     connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attach);
@@ -147,6 +154,22 @@ void BoardPage::showEntry(model::Entry& entry) {
         m_list->showRow(row);
         m_list->setFocus();
     }
+}
+
+bool BoardPage::resume(const app::Draft& draft) {
+    const auto openEntry = [this](const std::optional<base::Uuid>& id) {
+        auto* const entry = id ? m_workspace.context.find<model::Entry>(*id) : nullptr;
+        const auto row = entry ? m_model.rowOf(*entry) : -1;
+        return row >= 0 && m_model.kind(row) == EntryRowKind::entry ? entry : nullptr;
+    };
+    if (!draft.edited) {
+        return m_editing.resume(draft, nullptr, openEntry(draft.after));
+    }
+    auto* const edited = openEntry(draft.edited->entry);
+    const auto isAsItWas = edited && edited->updatedAt() == draft.edited->updatedAt &&
+                           edited->type() == draft.type &&
+                           m_model.isEditable(m_model.rowOf(*edited));
+    return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited);
 }
 
 bool BoardPage::showRecord(const base::Uuid& id) {

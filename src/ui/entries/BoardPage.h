@@ -30,6 +30,9 @@ public:
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
+    /// Goes on with a draft in its place on this board. False when what is being edited cannot be
+    /// left.
+    bool resume(const app::Draft& draft);
     void startTodo();
     /// Starts a new text after the current entry.
     void startText();
@@ -50,6 +53,8 @@ Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
     void menuRequested(const QPoint& globalPosition);
     void unarchiveRequested();
+    /// Nothing is edited on the board any more.
+    void editingEnded();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

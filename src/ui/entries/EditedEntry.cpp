@@ -5,17 +5,20 @@ namespace korvex::ui {
 void EditedEntry::open(model::Entry& entry) {
     m_target = Target::stored;
     m_type = entry.type();
+    m_isNew = false;
     m_entry = &entry;
 }
 
 void EditedEntry::openDraft(model::EntryType type) {
     m_target = Target::draft;
     m_type = type;
+    m_isNew = true;
     m_entry = nullptr;
 }
 
 void EditedEntry::close() {
     m_target = Target::none;
+    m_isNew = false;
     m_entry = nullptr;
 }
 

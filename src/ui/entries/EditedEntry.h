@@ -28,10 +28,13 @@ public:
     /// The draft was stored as this entry. It counts as a draft until `becomeStored`.
     void setCreated(model::Entry& entry) { m_entry = &entry; }
     void becomeStored() { m_target = Target::stored; }
-    /// The text lives on without its entry.
+    /// The entry was stored in the same editing: emptied, it is as if it had never been.
+    bool isNew() const { return m_isNew; }
+    /// What is edited counts as the draft of a new entry from now on, of the same type.
     void becomeDraft() { openDraft(m_type); }
 
-    /// The store has now what the editor shows. An entry that was deleted is forgotten.
+    /// Keeps what the store has of the entry now, for `isChangedInStore`; an entry that is gone
+    /// from the store is let go.
     void remember();
     /// Whether the store has another text by now.
     bool isChangedInStore() const;
@@ -44,6 +47,7 @@ private:
 
     Target m_target = Target::none;
     model::EntryType m_type = model::EntryType::todo;
+    bool m_isNew = false;
     model::Entry* m_entry = nullptr;
     std::string m_storedContent;
     std::optional<base::Bytes> m_storedText;

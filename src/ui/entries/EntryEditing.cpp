@@ -10,19 +10,27 @@ namespace korvex::ui {
 
 using model::EntryType;
 
-EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view,
-                           services::EntryService& entries, services::UndoManager& undo,
-                           richtext::CodeHighlighter& code, const base::Clock& clock,
+EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Workspace& workspace,
                            const Theme& theme)
     : m_model(model),
       m_view(view),
-      m_editors(model, code, theme, *view.viewport()),
-      m_storing(model, m_edited, m_editors, entries, clock),
-      m_undo(undo) {
+      m_editors(model, workspace.code, theme, *view.viewport()),
+      m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
+      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
+                workspace.clock),
+      m_undo(workspace.undo),
+      m_typing(workspace.runLoop, workspace.clock, [this] { storeSoFar(); }),
+      m_notices(m_storing.noticed().connect(
+          [this](const QString& message) { Q_EMIT noticed(message); })) {
     connectEditors();
 }
 
 void EntryEditing::connectEditors() {
+    connect(&m_editors, &EntryEditors::typed, this, [this] {
+        if (isOpen() && !m_storing.isBusy()) {
+            m_typing.typed();
+        }
+    });
     connect(&m_editors, &EntryEditors::left, this, &EntryEditing::leave);
     connect(&m_editors, &EntryEditors::heightChanged, this, [this] {
         if (isOpen() && m_view.editedRow() >= 0) {
@@ -107,10 +115,31 @@ bool EntryEditing::leave() {
 }
 
 bool EntryEditing::leaveForGood() {
-    if (m_edited.isStored() && m_edited.isTodo() && m_editors.current().isBlank()) {
+    if (m_edited.isStored() && m_edited.isTodo() && !m_edited.isNew() &&
+        m_editors.current().isBlank()) {
         m_editors.current().revert();
     }
     return leave();
+}
+
+bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited,
+                          const model::Entry* after) {
+    if (!leave()) {
+        return false;
+    }
+    if (edited) {
+        openStored(*edited, m_model.rowOf(*edited), -1);
+    } else {
+        openDraft(draft.type, m_model.openDraft(after));
+    }
+    auto& editor = m_editors.current();
+    editor.change(m_drafts.textOf(draft));
+    editor.setCaret(-1);
+    m_drafts.resume(draft);
+    editor.showError(tr("Not stored yet."));
+    // It is stored when the user goes on with it or leaves it, and until then can be given up.
+    m_typing.stop();
+    return true;
 }
 
 model::Entry* EntryEditing::storedEntry() {
@@ -143,13 +172,15 @@ void EntryEditing::recordsChanged() {
     if (!m_edited.isChangedInStore()) {
         return;
     }
-    if (isUntouched) {
+    if (isUntouched && !editor.input().document()->isUndoAvailable()) {
         const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
         editor.setCaret(caret);
-    } else if (m_edited.isTodo()) {
-        m_editors.setStored(*entry());
+        m_storing.begin();
+        m_typing.stop();
+    } else {
+        m_storing.takeInOthers();
     }
 }
 
@@ -170,6 +201,8 @@ void EntryEditing::openDraft(EntryType type, int row) {
 
 void EntryEditing::show(int row, int caret) {
     auto& editor = m_editors.current();
+    m_storing.begin();
+    m_typing.stop();
     m_view.placeEditor(editor, row);
     editor.setCaret(caret);
     editor.input().setFocus();
@@ -178,6 +211,7 @@ void EntryEditing::show(int row, int caret) {
 void EntryEditing::close() {
     const auto wasDraft = m_edited.isDraft();
     const auto* const last = entry();
+    m_typing.stop();
     m_edited.close();
     if (wasDraft && last) {
         m_model.settleDraft(*last);
@@ -187,6 +221,7 @@ void EntryEditing::close() {
     if (const auto row = last ? m_model.rowOf(*last) : -1; row >= 0) {
         m_view.setCurrentRow(row);
     }
+    Q_EMIT closed();
 }
 
 void EntryEditing::closeToList() {
@@ -195,7 +230,7 @@ void EntryEditing::closeToList() {
 }
 
 void EntryEditing::discard() {
-    m_editors.current().revert();
+    m_storing.giveUp();
     closeToList();
 }
 
@@ -205,9 +240,25 @@ void EntryEditing::storeAndStay() {
     }
     if (!entry()) {
         closeToList();
-    } else if (m_edited.isDraft()) {
+    } else {
+        settle();
+    }
+}
+
+void EntryEditing::storeSoFar() {
+    if (!m_storing.isBusy()) {
+        m_storing.storeSoFar();
+        settle();
+    }
+}
+
+void EntryEditing::settle() {
+    if (m_edited.isDraft() && entry()) {
+        // The user is in the middle of a word: the editor stays where it is on the screen.
         m_storing.settleDraft();
-        m_view.placeEditor(m_editors.current(), m_model.rowOf(*entry()));
+        if (const auto row = m_model.rowOf(*entry()); m_view.editedRow() != row) {
+            m_view.placeEditor(m_editors.current(), row);
+        }
     }
 }
 
@@ -229,6 +280,8 @@ void EntryEditing::becomeDraft() {
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
     m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
+    // The words are in no store any more.
+    m_drafts.keep();
     m_editors.current().showError(
         toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
 }
@@ -267,13 +320,13 @@ void EntryEditing::changeType() {
 }
 
 void EntryEditing::makeNext() {
-    const auto wasEmptyDraft = m_edited.isDraft() && m_editors.current().isBlank();
-    if (wasEmptyDraft) {
-        // Return on a line left empty ends the writing.
-        closeToList();
+    const auto isEmptyDraft = m_edited.isNew() && m_editors.current().isBlank();
+    if ((!isEmptyDraft && deleteEmptied()) || !m_storing.store()) {
         return;
     }
-    if (deleteEmptied() || !m_storing.store()) {
+    if (isEmptyDraft) {
+        // Return on a line left empty ends the writing.
+        closeToList();
         return;
     }
     const auto* const after = entry();
@@ -291,12 +344,10 @@ bool EntryEditing::deleteEmptied() {
 }
 
 void EntryEditing::removeAndGoUp() {
-    const int place = m_view.editedRow();
+    const auto place = m_view.editedRow();
     const auto* const above = place > 0 ? m_model.entry(place - 1) : nullptr;
     const auto* const emptied = entry();
-    if (!deleteEmptied()) {
-        close();
-    } else if (emptied->isLive()) {
+    if (m_edited.isNew() ? !leave() : deleteEmptied() && emptied->isLive()) {
         return; // that was refused
     }
     const auto row = above ? m_model.rowOf(*above) : -1;
@@ -326,7 +377,15 @@ void EntryEditing::walk(int direction) {
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
     // The end of the text has gone with the last line: neither without the other.
     const services::UndoManager::Group paste(m_undo, "Paste");
-    if (const auto* const last = m_storing.addLines(text, others)) {
+    const auto isDraft = m_edited.isDraft();
+    if (const auto* const last =
+            m_storing.addLines(isDraft ? QStringList(text) + others : others)) {
+        auto& editor = m_editors.current();
+        if (isDraft) {
+            editor.revert(); // all of it is stored elsewhere
+        } else {
+            editor.change(richtext::AttributedString(text.toStdU16String()));
+        }
         edit(m_model.rowOf(*last), -1);
     }
 }
@@ -352,7 +411,7 @@ void EntryEditing::openMenu(const QPoint& globalPosition) {
         .setEnabled(!editor.isBlank());
     Q_EMIT menuOpening(menu, entry());
     items.add(isText ? tr("Delete text") : tr("Delete todo"), {}, [this] {
-        if (auto* const stored = entry()) {
+        if (auto* const stored = m_edited.isStored() ? entry() : nullptr) {
             Q_EMIT deletionRequested(stored);
         } else {
             discard();

@@ -2,6 +2,8 @@
 
 #include "ui/entries/EntryListView.h"
 #include "ui/entries/EntryStoring.h"
+#include "ui/entries/TypingTimer.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QMimeData>
 #include <QObject>
@@ -11,15 +13,15 @@ class QMenu;
 namespace korvex::ui {
 
 /// The editing of entries on a board's page, one at a time: a stored one or the draft of a new one.
-/// Opens and closes the editor and walks from row to row. What was typed is stored on leaving;
-/// where that is refused, the text stays in its editor with the reason under it. Main thread.
+/// Opens and closes the editor and walks from row to row. What is typed is stored while it is typed
+/// and on leaving; where that is refused, the text stays in its editor with the reason under it.
+/// Main thread.
 class EntryEditing final : public QObject {
     Q_OBJECT
 
 public:
-    EntryEditing(EntryListModel& model, EntryListView& view, services::EntryService& entries,
-                 services::UndoManager& undo, richtext::CodeHighlighter& code,
-                 const base::Clock& clock, const Theme& theme);
+    EntryEditing(EntryListModel& model, EntryListView& view, const Workspace& workspace,
+                 const Theme& theme);
 
     bool isOpen() const { return m_edited.isOpen(); }
     /// The stored entry that is edited; null for a draft.
@@ -39,6 +41,10 @@ public:
     bool leave();
     /// Does as `leave`, but a stored todo that was emptied gets its text back.
     bool leaveForGood();
+    /// Goes on with a draft that an earlier run has left: in the place of `edited`, else as a new
+    /// entry behind `after`, before all others for null. False when what is edited now cannot be
+    /// left.
+    bool resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after);
     /// The entry under edit, for what is attached to it; a draft is stored first. Null where that
     /// was refused, with the reason in the editor.
     model::Entry* storedEntry();
@@ -46,6 +52,10 @@ public:
     void recordsChanged();
 
 Q_SIGNALS:
+    /// What the user is to be told beside what the editor shows; empty: nothing any more.
+    void noticed(const QString& message);
+    /// Nothing is edited any more.
+    void closed();
     void completionRequested(korvex::model::Entry* entry);
     void scheduleRequested(korvex::model::Entry* entry);
     void moveRequested(korvex::model::Entry* entry, int offset);
@@ -68,8 +78,11 @@ private:
     /// Closes the editor and forgets what was typed.
     void discard();
     void storeAndStay();
+    void storeSoFar();
+    /// A draft that was stored is edited in the row that it has now.
+    void settle();
     void split();
-    /// Nobody has the entry any more whose text was changed here.
+    /// Edits the text of an entry that is gone, completed, moved or of another type as a new one.
     void becomeDraft();
 
     /// Stores, closes, and calls `request` with the entry and where the caret stood.
@@ -90,8 +103,11 @@ private:
     EntryListView& m_view;
     EditedEntry m_edited;
     EntryEditors m_editors;
+    DraftKeeping m_drafts;
     EntryStoring m_storing;
     services::UndoManager& m_undo;
+    TypingTimer m_typing;
+    base::Subscription m_notices;
 };
 
 } // namespace korvex::ui

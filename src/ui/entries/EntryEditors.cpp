@@ -55,29 +55,18 @@ void EntryEditors::choose(model::EntryType type) {
 }
 
 void EntryEditors::load(const model::Entry& entry) {
-    if (m_current == m_todo.get()) {
-        m_todo->setText(toQString(entry.content()));
-        showDue(&entry);
-    } else {
-        m_text->setText(m_model.richText(entry));
-    }
+    m_current->load(textOf(entry));
+    showDue(&entry);
 }
 
 void EntryEditors::clear() {
-    if (m_current == m_todo.get()) {
-        m_todo->setText({});
-        showDue(nullptr);
-    } else {
-        m_text->setText({});
-    }
+    m_current->load({});
+    showDue(nullptr);
 }
 
-void EntryEditors::setStored(const model::Entry& entry) {
-    if (m_current == m_todo.get()) {
-        m_todo->setOriginal(toQString(entry.content()));
-    } else {
-        m_text->setStored();
-    }
+richtext::AttributedString EntryEditors::textOf(const model::Entry& entry) const {
+    return m_current == m_todo.get() ? richtext::RichTextSerializer::plainRichText(entry.content())
+                                     : m_model.richText(entry);
 }
 
 void EntryEditors::showDue(const model::Entry* entry) {
@@ -95,9 +84,10 @@ bool EntryEditors::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ShortcutOverride && m_current) {
         auto* const key = static_cast<QKeyEvent*>(event);
         const auto& document = *m_current->input().document();
-        if ((key->matches(QKeySequence::Undo) && !document.isUndoAvailable()) ||
-            (key->matches(QKeySequence::Redo) && !document.isRedoAvailable())) {
-            // Nothing was typed: the window takes back what was done before.
+        const auto isUndo = key->matches(QKeySequence::Undo) || key->matches(QKeySequence::Redo);
+        if (isUndo && !document.isUndoAvailable() && !document.isRedoAvailable()) {
+            // Nothing was typed: the window takes back what was done before. An editor that has
+            // steps of its own keeps both keys, or one too many would close it and lose them.
             key->ignore();
             return true;
         }
@@ -119,6 +109,11 @@ void EntryEditors::connectEditor(RowEditor& editor) {
     });
     connect(&editor, &RowEditor::discarded, this, &EntryEditors::discarded);
     auto& input = editor.input();
+    connect(input.document(), &QTextDocument::contentsChanged, this, [this, &editor] {
+        if (m_current == &editor) {
+            Q_EMIT typed();
+        }
+    });
     input.installEventFilter(this);
     input.setContextMenuPolicy(Qt::CustomContextMenu);
     connect(&input, &QWidget::customContextMenuRequested, this,

@@ -33,12 +33,14 @@ public:
     void load(const model::Entry& entry);
     /// The editor in use is empty.
     void clear();
-    /// What the editor in use shows is stored as this entry.
-    void setStored(const model::Entry& entry);
+    /// What the store has of the entry's text.
+    richtext::AttributedString textOf(const model::Entry& entry) const;
     /// Shows when the entry is due; nothing for null.
     void showDue(const model::Entry* entry);
 
 Q_SIGNALS:
+    /// The text in the editor in use has changed.
+    void typed();
     /// The keyboard went to something else in the window.
     void left();
     void heightChanged();

@@ -1,5 +1,6 @@
 #include "ui/entries/EntryStoring.h"
 
+#include "richtext/text/TextMerge.h"
 #include "services/EntryOrder.h"
 #include "ui/kit/Refusal.h"
 
@@ -22,31 +23,128 @@ void placeAfter(const model::Entry* after, New& entry) {
 } // namespace
 
 bool EntryStoring::store() {
-    const QScopedValueRollback busy(m_isBusy, true);
     if (!m_edited.isOpen()) {
         return true;
     }
-    auto& editor = m_editors.current();
-    const auto isDraft = m_edited.isDraft();
-    if (isDraft ? editor.isBlank() : !editor.isChanged()) {
-        return true;
+    if (const auto refused = tryToStore()) {
+        m_editors.current().showError(*refused);
+        m_drafts.keep();
+        return false;
     }
+    return true;
+}
+
+void EntryStoring::storeSoFar() {
+    if (!m_edited.isOpen()) {
+        return;
+    }
+    if (m_editors.current().isBlank()) {
+        if (m_edited.isDraft()) {
+            m_drafts.forget();
+        }
+        return;
+    }
+    const auto refused = tryToStore();
+    if (!refused) {
+        return;
+    }
+    const auto isKept = m_drafts.keep();
+    if (*refused != m_toldRefusal) {
+        m_toldRefusal = *refused;
+        m_noticed.emit(*refused + QLatin1Char('\n') +
+                       (isKept ? tr("What you type is kept beside the store and offered again "
+                                    "until it can be stored.")
+                               : tr("What you type cannot be kept either. Copy it to another "
+                                    "place before you close the window.")));
+    }
+}
+
+void EntryStoring::giveUp() {
+    auto& editor = m_editors.current();
+    auto* const entry = m_edited.entry();
     const auto refused = refusal([&] {
-        if (isDraft) {
-            create();
-        } else {
+        const QScopedValueRollback busy(m_isBusy, true);
+        if (m_edited.isStored() && m_edited.isNew()) {
+            m_entries.deleteEntry(*entry);
+        } else if (m_edited.isStored() && !editor.stored().isEquivalentTo(m_opened)) {
+            editor.change(m_opened);
             update();
         }
     });
     if (refused) {
-        editor.showError(*refused);
-        return false;
+        // The user is let go all the same; what was stored before stays.
+        m_noticed.emit(*refused);
     }
+    m_drafts.forget();
+    editor.revert();
+}
+
+void EntryStoring::begin() {
+    m_session = {};
+    m_drafts.begin();
+    m_opened = m_editors.current().stored();
+    m_toldRefusal.clear();
+}
+
+bool EntryStoring::isEmptiedNewTodo() const {
+    return m_edited.isStored() && m_edited.isNew() && m_edited.isTodo() &&
+           m_editors.current().isBlank();
+}
+
+std::optional<QString> EntryStoring::tryToStore() {
+    const QScopedValueRollback busy(m_isBusy, true);
+    auto& editor = m_editors.current();
+    if (m_edited.isDraft() ? editor.isBlank() : !editor.isChanged()) {
+        m_drafts.forget();
+        return std::nullopt;
+    }
+    auto refused = refusal([&] {
+        if (m_edited.isDraft()) {
+            create();
+        } else if (isEmptiedNewTodo()) {
+            m_entries.deleteEntry(*m_edited.entry());
+        } else {
+            update();
+        }
+    });
+    if (!refused) {
+        stored();
+    }
+    return refused;
+}
+
+void EntryStoring::stored() {
+    m_drafts.forget();
     m_edited.remember();
+    auto& editor = m_editors.current();
     if (const auto* const entry = m_edited.entry()) {
-        m_editors.setStored(*entry);
+        // A text stays as it is typed, which may be more than is stored of it.
+        editor.setStored(m_edited.isTodo() ? m_editors.textOf(*entry) : editor.text());
     }
-    return true;
+    if (!m_toldRefusal.isEmpty()) {
+        m_toldRefusal.clear();
+        m_noticed.emit({});
+    }
+}
+
+void EntryStoring::takeInOthers() {
+    auto& editor = m_editors.current();
+    const auto theirs = m_editors.textOf(*m_edited.entry());
+    const auto merge = richtext::merged(editor.stored(), editor.text(), theirs);
+    if (merge.hasBoth && m_edited.isTodo()) {
+        // A todo has one line: the other one becomes a todo when this one is stored.
+        return;
+    }
+    editor.change(merge.text);
+    editor.setStored(theirs);
+    m_edited.remember();
+    m_opened = theirs;
+    // What another has written is not taken back with what was typed.
+    m_session = {};
+    if (merge.hasBoth) {
+        m_noticed.emit(tr("Another program changed the same part of this text meanwhile. Both "
+                          "versions stand in it, yours first."));
+    }
 }
 
 void EntryStoring::settleDraft() {
@@ -55,13 +153,17 @@ void EntryStoring::settleDraft() {
 }
 
 model::Entry* EntryStoring::split() {
-    const auto parts = m_editors.text().parts();
     // What was written so far is stored as one: a refusal loses nothing, nor does an undo.
-    if (!parts || !store()) {
+    if (!m_editors.text().parts() || !store()) {
         return nullptr;
     }
     if (m_edited.isDraft()) {
         settleDraft();
+    }
+    // The text may have taken in what another program has written.
+    const auto parts = m_editors.text().parts();
+    if (!parts) {
+        return nullptr;
     }
     model::Entry* second = nullptr;
     const auto refused = refusal([&] {
@@ -75,46 +177,61 @@ model::Entry* EntryStoring::split() {
     return second;
 }
 
-model::Entry* EntryStoring::addLines(const QString& text, const QStringList& others) {
+model::Entry* EntryStoring::addLines(const QStringList& lines) {
+    // What the paste makes of the text is no longer the same step as what was typed.
+    m_session = {};
     std::vector<std::string> contents;
-    if (m_edited.isDraft()) {
-        contents.push_back(toUtf8(text));
-    }
-    for (const auto& line : others) {
+    for (const auto& line : lines) {
         contents.push_back(toUtf8(line));
     }
     model::Entry* last = nullptr;
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
         const auto* const entry = m_edited.entry();
-        last = createTodos(contents, entry ? entry : predecessorOfDraft()).back();
+        last = createTodos(contents, entry ? entry : predecessorOfDraft(), nullptr).back();
     });
-    auto& editor = m_editors.todo();
     if (refused) {
-        editor.showError(*refused);
-    } else if (m_edited.isDraft()) {
-        editor.setText({});
-    } else {
-        editor.setText(text);
-        editor.setOriginal(toQString(m_edited.entry()->content()));
+        m_editors.current().showError(*refused);
     }
     return last;
 }
 
 void EntryStoring::create() {
     const auto* const after = predecessorOfDraft();
-    m_edited.setCreated(m_edited.isTodo()
-                            ? *createTodos({toUtf8(m_editors.todo().text())}, after).front()
-                            : createText(after));
+    m_edited.setCreated(
+        m_edited.isTodo()
+            ? *createTodos({toUtf8(m_editors.todo().typed())}, after, &m_session).front()
+            : createText(after));
 }
 
 void EntryStoring::update() {
+    // From here on nobody writes: what is taken in is all there is.
+    const store::LockedStep step(m_context);
     auto& entry = *m_edited.entry();
-    if (m_edited.isTodo()) {
-        m_entries.updateTodo(entry, toUtf8(m_editors.todo().text()), m_clock.now());
-    } else {
-        m_entries.updateText(entry, m_editors.text().text(), m_clock.now());
+    if (entry.isLive() && entry.type() == m_edited.type() && m_edited.isChangedInStore()) {
+        takeInOthers();
+        if (m_edited.isChangedInStore()) {
+            keepOthersTodo(entry);
+        }
     }
+    if (m_edited.isTodo()) {
+        m_entries.updateTodo(entry, toUtf8(m_editors.todo().typed()), m_clock.now(), &m_session);
+    } else {
+        m_entries.updateText(entry, m_editors.text().text(), m_clock.now(), &m_session);
+    }
+}
+
+/// What another has made of the todo under edit lives on as a todo of its own.
+void EntryStoring::keepOthersTodo(const model::Entry& entry) {
+    m_entries.createTodos({.contents = {entry.content()},
+                           .board = *m_model.board(),
+                           .after = entry.id(),
+                           .now = m_clock.now()});
+    m_opened = m_editors.textOf(entry);
+    m_editors.current().setStored(m_opened);
+    m_edited.remember();
+    m_noticed.emit(tr("Another program changed this todo meanwhile. Its version stands below "
+                      "yours."));
 }
 
 const model::Entry* EntryStoring::predecessorOfDraft() const {
@@ -122,19 +239,24 @@ const model::Entry* EntryStoring::predecessorOfDraft() const {
 }
 
 std::vector<model::Entry*> EntryStoring::createTodos(const std::vector<std::string>& contents,
-                                                     const model::Entry* after) {
+                                                     const model::Entry* after,
+                                                     services::EditingSession* session) {
     services::NewTodos todos{.contents = contents,
                              .board = *m_model.board(),
                              .now = m_clock.now(),
-                             .undoName = contents.size() == 1 ? "New Todo" : "New Todos"};
+                             .undoName = contents.size() == 1 ? "New Todo" : "New Todos",
+                             .session = session};
     placeAfter(after, todos);
     return m_entries.createTodos(todos);
 }
 
 model::Entry& EntryStoring::createText(const model::Entry* after) {
     const auto text = m_editors.text().text();
-    services::NewText entry{
-        .rich = text, .board = *m_model.board(), .now = m_clock.now(), .undoName = "New Text"};
+    services::NewText entry{.rich = text,
+                            .board = *m_model.board(),
+                            .now = m_clock.now(),
+                            .undoName = "New Text",
+                            .session = &m_session};
     placeAfter(after, entry);
     return m_entries.createText(entry);
 }

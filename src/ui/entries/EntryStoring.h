@@ -1,52 +1,87 @@
 #pragma once
 
+#include "base/Signal.h"
 #include "services/EntryService.h"
-#include "ui/entries/EditedEntry.h"
-#include "ui/entries/EntryEditors.h"
+#include "ui/entries/DraftKeeping.h"
+
+#include <QCoreApplication>
 
 namespace korvex::ui {
 
-/// Stores what was typed into the editor of a row. Where the service refuses, the text stays in the
-/// editor with the reason under it. Main thread.
+/// Stores what was typed into the editor of a row, now and then while it is typed and at the end.
+/// Where the service refuses, the text stays in the editor and is kept as a draft. What another
+/// program has written into the entry meanwhile is taken in, not written over. Main thread.
 class EntryStoring final {
+    Q_DECLARE_TR_FUNCTIONS(EntryStoring)
+
 public:
     EntryStoring(EntryListModel& model, EditedEntry& edited, EntryEditors& editors,
-                 services::EntryService& entries, const base::Clock& clock)
+                 DraftKeeping& drafts, services::EntryService& entries,
+                 store::ModelContext& context, const base::Clock& clock)
         : m_model(model),
           m_edited(edited),
           m_editors(editors),
+          m_drafts(drafts),
           m_entries(entries),
+          m_context(context),
           m_clock(clock) {}
 
     /// Whether the records change because of what is stored here.
     bool isBusy() const { return m_isBusy; }
-    /// Stores the text where that has changed. False when it was refused. A draft that was created
-    /// counts as a draft until `settleDraft`; an entry that was emptied is gone then.
+    /// Stores the text where that has changed. False when it was refused, with the reason under the
+    /// text. A draft that was created counts as a draft until `settleDraft`; a text that was
+    /// emptied is deleted, and so is a new todo.
     bool store();
+    /// The same while it is being typed: a text that is empty for now stays as it is stored, and a
+    /// refusal is told once, over the list.
+    void storeSoFar();
+    /// The user gives up what was typed: of a new entry all, of another what was typed since it was
+    /// opened.
+    void giveUp();
+    /// An entry was opened in its editor, or a draft.
+    void begin();
+    /// The store has another text by now: takes it into the editor, beside what was typed there.
+    void takeInOthers();
+    /// What the user is to be told beside what the editor shows; empty: nothing any more.
+    base::Signal<const QString&>& noticed() { return m_noticed; }
     /// The draft that was created is a row as others are.
     void settleDraft();
     /// Makes two entries of a text, parted at the caret, and returns the second one. Null where
     /// there is nothing to split, and where it was refused: what was typed may be stored then.
     model::Entry* split();
-    /// Makes todos of further lines, and of a draft's `text` too; the editor keeps `text` for an
-    /// entry that is stored already. Returns the last of them, or null where it was refused.
-    model::Entry* addLines(const QString& text, const QStringList& others);
+    /// Makes todos of the lines, in the place of the draft or behind the entry that is edited.
+    /// Returns the last of them, or null where it was refused.
+    model::Entry* addLines(const QStringList& lines);
 
 private:
+    bool isEmptiedNewTodo() const;
+    /// What was refused, if anything.
+    std::optional<QString> tryToStore();
+    void stored();
     void create();
     void update();
+    void keepOthersTodo(const model::Entry& entry);
     /// The entry that the new ones are to stand after; null: at the very front.
     const model::Entry* predecessorOfDraft() const;
     std::vector<model::Entry*> createTodos(const std::vector<std::string>& contents,
-                                           const model::Entry* after);
+                                           const model::Entry* after,
+                                           services::EditingSession* session);
     model::Entry& createText(const model::Entry* after);
 
     EntryListModel& m_model;
     EditedEntry& m_edited;
     EntryEditors& m_editors;
+    DraftKeeping& m_drafts;
     services::EntryService& m_entries;
+    store::ModelContext& m_context;
     const base::Clock& m_clock;
     bool m_isBusy = false;
+    /// The entry's text before this editing, with what others have written into it since.
+    richtext::AttributedString m_opened;
+    services::EditingSession m_session;
+    /// The refusal that was told over the list; empty while there is none.
+    QString m_toldRefusal;
+    base::Signal<const QString&> m_noticed;
 };
 
 } // namespace korvex::ui

@@ -25,6 +25,21 @@ RowEditor::RowEditor(const Theme& theme, QWidget* parent)
     connect(m_refusal, &RowRefusal::discarded, this, &RowEditor::discarded);
 }
 
+void RowEditor::editAround(const std::function<void(QTextCursor&)>& edit) {
+    auto caret = input().textCursor();
+    const auto hadSelection = caret.hasSelection();
+    caret.setKeepPositionOnInsert(true);
+    QTextCursor cursor(input().document());
+    cursor.beginEditBlock();
+    edit(cursor);
+    cursor.endEditBlock();
+    caret.setKeepPositionOnInsert(false);
+    if (!hadSelection) {
+        caret.setPosition(caret.position());
+    }
+    input().setTextCursor(caret);
+}
+
 bool RowEditor::isBlank() {
     return input().toPlainText().trimmed().isEmpty();
 }

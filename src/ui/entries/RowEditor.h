@@ -1,10 +1,14 @@
 #pragma once
 
+#include "richtext/text/AttributedString.h"
 #include "ui/kit/Theme.h"
 
 #include <QFrame>
 
+#include <functional>
+
 class QMenu;
+class QTextCursor;
 class QTextEdit;
 
 namespace korvex::ui {
@@ -25,12 +29,22 @@ public:
     virtual int caret() const = 0;
     /// Puts the caret at a UTF-16 offset; -1, or one beyond the text, is the end.
     virtual void setCaret(int offset) = 0;
-    /// Whether the text differs from the one that was given last.
+    virtual richtext::AttributedString text() const = 0;
+    /// Shows a text that is stored, with nothing to undo.
+    virtual void load(const richtext::AttributedString& stored) = 0;
+    /// Makes the text another, as one step of undo that touches no more of it than differs: the
+    /// caret and what is typed around it stay.
+    virtual void change(const richtext::AttributedString& to) = 0;
+    /// What the store has of the text, as far as this editor was told.
+    const richtext::AttributedString& stored() const { return m_stored; }
+    /// The store has this by now; what was typed stays.
+    void setStored(const richtext::AttributedString& stored) { m_stored = stored; }
+    /// Whether the text differs from the stored one.
     virtual bool isChanged() const = 0;
     /// Whether there is nothing but white space.
     bool isBlank();
-    /// Gives up what was typed.
-    virtual void revert() = 0;
+    /// Gives up what was not stored.
+    void revert() { load(m_stored); }
     /// A menu with the commands on the text itself; the caller owns it.
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
@@ -50,6 +64,9 @@ Q_SIGNALS:
 
 protected:
     const Theme& theme() const { return m_theme; }
+    /// Lets `edit` change the document as one step of undo. The caret stays before what is put in
+    /// at its place.
+    void editAround(const std::function<void(QTextCursor&)>& edit);
     bool event(QEvent* event) override;
     /// A press beside the field is none on the row behind: it changes nothing.
     void mousePressEvent(QMouseEvent* event) override;
@@ -61,6 +78,7 @@ protected:
 
 private:
     const Theme& m_theme;
+    richtext::AttributedString m_stored;
     RowRefusal* m_refusal;
     bool m_hasError = false;
 };

@@ -1,5 +1,6 @@
 #include "ui/entries/TextEditor.h"
 
+#include "richtext/text/TextMerge.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TextMenu.h"
@@ -46,17 +47,31 @@ richtext::AttributedString TextEditor::text() const {
     return m_field->content();
 }
 
-void TextEditor::setText(const richtext::AttributedString& text) {
-    m_field->setContent(text);
+void TextEditor::load(const richtext::AttributedString& stored) {
+    m_field->setContent(stored);
     m_colors->update();
-    m_original = m_field->content();
+    setStored(m_field->content());
     clearError();
     Q_EMIT neededHeightChanged();
 }
 
-void TextEditor::setStored() {
-    m_original = m_field->content();
-    m_field->document()->setModified(false);
+void TextEditor::change(const richtext::AttributedString& to) {
+    const auto parts = richtext::differences(text(), to);
+    auto& document = *m_field->document();
+    editAround([&](QTextCursor& cursor) {
+        for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+            cursor.setPosition(positionOf(document, part->before.location));
+            cursor.setPosition(positionOf(document, part->before.end()), QTextCursor::KeepAnchor);
+            insertText(cursor, to.slice(part->after), m_field->look());
+        }
+    });
+    if (!text().isEquivalentTo(to)) {
+        // The document could not be patched, as at the edge of a table: it is made anew.
+        const int place = caret();
+        m_field->setContent(to);
+        setCaret(place);
+    }
+    m_colors->update();
 }
 
 std::optional<TextEditor::Parts> TextEditor::parts() const {
@@ -99,11 +114,7 @@ void TextEditor::setCaret(int offset) {
 }
 
 bool TextEditor::isChanged() const {
-    return m_field->document()->isModified() && !m_field->content().isEquivalentTo(m_original);
-}
-
-void TextEditor::revert() {
-    setText(m_original);
+    return !text().isEquivalentTo(stored());
 }
 
 QMenu* TextEditor::makeMenu() {

@@ -21,10 +21,6 @@ public:
     ~TextEditor() override;
 
     RichTextEdit& field() { return *m_field; }
-    richtext::AttributedString text() const;
-    void setText(const richtext::AttributedString& text);
-    /// To be called when what is shown was stored.
-    void setStored();
     /// The text before and after the caret, for two entries. Absent where there is nothing to
     /// split: inside a table, and where one part would be blank.
     struct Parts {
@@ -36,8 +32,10 @@ public:
     QTextEdit& input() override;
     int caret() const override;
     void setCaret(int offset) override;
+    richtext::AttributedString text() const override;
+    void load(const richtext::AttributedString& stored) override;
+    void change(const richtext::AttributedString& to) override;
     bool isChanged() const override;
-    void revert() override;
     QMenu* makeMenu() override;
     int neededHeight(int width) override;
 
@@ -56,7 +54,6 @@ private:
     RichTextEdit* m_field;
     FormatBar* m_bar;
     CodeColors* m_colors;
-    richtext::AttributedString m_original;
     int m_contentHeight = 0;
 };
 

@@ -1,7 +1,11 @@
 #include "ui/entries/TodoEditor.h"
 
+#include "base/Text.h"
+#include "base/Utf16.h"
+#include "richtext/text/TextMerge.h"
 #include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
+#include "ui/kit/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 
@@ -30,15 +34,37 @@ TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
     applyTheme();
 }
 
-void TodoEditor::setText(const QString& text) {
-    m_original = text;
-    m_field->setPlainText(text);
+richtext::AttributedString TodoEditor::text() const {
+    return richtext::AttributedString(typed().toStdU16String());
+}
+
+void TodoEditor::load(const richtext::AttributedString& stored) {
+    setStored(stored);
+    m_field->setPlainText(toQString(stored.text()));
     clearError();
     place(); // an editor that stays as large is not laid out otherwise
 }
 
+void TodoEditor::change(const richtext::AttributedString& to) {
+    const auto parts = richtext::differences(text(), to);
+    editAround([&](QTextCursor& cursor) {
+        for (auto part = parts.rbegin(); part != parts.rend(); ++part) {
+            cursor.setPosition(static_cast<int>(part->before.location));
+            cursor.setPosition(static_cast<int>(part->before.end()), QTextCursor::KeepAnchor);
+            cursor.insertText(toQString(to.slice(part->after).text()));
+        }
+    });
+}
+
+/// Spaces at the ends are not stored: typing them changes nothing.
+bool TodoEditor::isChanged() const {
+    const auto now = typed();
+    const auto& before = stored().text();
+    return now != toQString(before) && base::trimmed(toUtf8(now)) != base::utf8(before);
+}
+
 void TodoEditor::setCaret(int offset) {
-    m_field->setCaret(offset < 0 ? static_cast<int>(text().size()) : offset);
+    m_field->setCaret(offset < 0 ? static_cast<int>(typed().size()) : offset);
 }
 
 void TodoEditor::setDueLabel(const DueLabel& label) {
@@ -103,7 +129,7 @@ void TodoEditor::applyTheme() {
 
 /// The document of a hidden field knows no width: its text is laid out here, as in the row.
 TextArrangement TodoEditor::arrangement(int room) const {
-    QTextLayout layout(text(), theme().font());
+    QTextLayout layout(typed(), theme().font());
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);

@@ -17,18 +17,17 @@ public:
     TodoEditor(const Theme& theme, QWidget* parent);
 
     TodoTextEdit& field() { return *m_field; }
-    QString text() const { return m_field->toPlainText(); }
-    void setText(const QString& text);
-    /// The stored text is `text` now; what was typed stays.
-    void setOriginal(const QString& text) { m_original = text; }
+    QString typed() const { return m_field->toPlainText(); }
     /// Lets the button beside the text say this; an empty label offers to make a schedule.
     void setDueLabel(const DueLabel& label);
 
     QTextEdit& input() override { return *m_field; }
     int caret() const override { return m_field->caret(); }
     void setCaret(int offset) override;
-    bool isChanged() const override { return text() != m_original; }
-    void revert() override { setText(m_original); }
+    richtext::AttributedString text() const override;
+    void load(const richtext::AttributedString& stored) override;
+    void change(const richtext::AttributedString& to) override;
+    bool isChanged() const override;
     QMenu* makeMenu() override { return m_field->createStandardContextMenu(); }
     int neededHeight(int width) override;
 
@@ -45,7 +44,6 @@ private:
     TextArrangement arrangement(int room) const;
 
     TodoTextEdit* m_field;
-    QString m_original;
     QToolButton* m_schedule;
     DueLabel m_dueLabel;
 };

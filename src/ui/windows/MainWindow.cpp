@@ -52,6 +52,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .folding = workspace.folding,
                  .preferences = workspace.preferences},
                 theme),
+      m_drafts(workspace, m_navigation, *m_boardPage, this),
       m_layout(*this, *m_splitter, m_sidebarPlace, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
@@ -226,6 +227,11 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
     } else {
         QWidget::keyPressEvent(event);
     }
+}
+
+void MainWindow::storeAll() {
+    m_layout.save();
+    m_pages->current().leave();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

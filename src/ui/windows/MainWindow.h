@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/boards/BoardActions.h"
+#include "ui/windows/DraftOffers.h"
 #include "ui/windows/Navigation.h"
 #include "ui/windows/SearchSession.h"
 #include "ui/windows/SidebarPlace.h"
@@ -32,6 +33,11 @@ public:
     /// Shows it on the page that is in sight.
     void showError(const QString& message);
     void comeForward();
+    /// The program ends, whatever the window would say to that: what is being edited is stored, or
+    /// else kept as a draft, and where the window stands is kept.
+    void storeAll();
+    /// Shows what an earlier run could not store.
+    void offerDrafts() { m_drafts.start(); }
 
 Q_SIGNALS:
     /// The board's content has been drawn for the first time: now there is time for the rest.
@@ -67,6 +73,7 @@ private:
     SearchSession m_search;
     SidebarPlace m_sidebarPlace;
     WindowActions m_actions;
+    DraftOffers m_drafts;
     WindowLayout m_layout;
     base::Subscription m_upcomingChanges;
     bool m_wasPainted = false;

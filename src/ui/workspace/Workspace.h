@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppPreferences.h"
+#include "app/DraftFolder.h"
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
 #include "base/RunLoop.h"
@@ -45,6 +46,8 @@ struct Workspace {
     services::SearchService& search;
     /// Other programs open these copies of attachments.
     services::TemporaryAttachmentCopies& copies;
+    /// What was typed and cannot be stored is kept there.
+    const app::DraftFolder& drafts;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
 

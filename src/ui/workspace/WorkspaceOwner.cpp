@@ -15,6 +15,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_copies(surroundings.copies),
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
+      m_drafts(app::DraftFolder::beside(surroundings.container.configuration().file)),
       m_upcoming([this, timeZone = surroundings.timeZone] {
           return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
                                                            timeZone());
@@ -35,6 +36,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
                   .texts = m_texts,
                   .search = m_search,
                   .copies = m_copies,
+                  .drafts = m_drafts,
                   .upcoming = m_upcoming} {}
 
 } // namespace korvex::ui

@@ -56,6 +56,7 @@ private:
     base::TextFolding m_folding;
     services::FoldedTexts m_texts;
     services::SearchService m_search;
+    app::DraftFolder m_drafts;
     OnFirstUse<schedule::UpcomingTodos> m_upcoming;
     Workspace m_workspace;
 };

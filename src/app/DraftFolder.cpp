@@ -1,0 +1,190 @@
+#include "app/DraftFolder.h"
+
+#include "base/Base64.h"
+#include "base/FileReplacement.h"
+
+#include <rapidjson/document.h>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <string_view>
+
+namespace korvex::app {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kFormVersion = 1;
+constexpr const char* kExtension = ".draft";
+
+using Writer = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
+
+void write(Writer& writer, const char* key, std::string_view text) {
+    writer.Key(key);
+    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+}
+
+std::string encoded(const Draft& draft) {
+    rapidjson::StringBuffer buffer;
+    Writer writer(buffer);
+    writer.StartObject();
+    writer.Key("version");
+    writer.Int(kFormVersion);
+    write(writer, "type", rawValue(draft.type));
+    write(writer, "board", draft.board.text());
+    if (draft.edited) {
+        write(writer, "entry", draft.edited->entry.text());
+        writer.Key("entryUpdatedAt");
+        writer.Double(draft.edited->updatedAt.seconds);
+    }
+    if (draft.after) {
+        write(writer, "after", draft.after->text());
+    }
+    writer.Key("typedAt");
+    writer.Double(draft.typedAt.seconds);
+    write(writer, "content", draft.content);
+    if (draft.richTextData) {
+        write(writer, "richTextData", base::base64(*draft.richTextData));
+    }
+    writer.EndObject();
+    buffer.Put('\n');
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+/// The members of a draft's JSON object; what is missing or of another kind is absent.
+class Members {
+public:
+    explicit Members(const rapidjson::Document& json) : m_json(json) {}
+
+    std::optional<std::string_view> text(const char* key) const {
+        const auto* const value = find(key);
+        return value && value->IsString()
+                   ? std::optional(std::string_view(value->GetString(), value->GetStringLength()))
+                   : std::nullopt;
+    }
+    std::optional<base::Uuid> id(const char* key) const {
+        const auto value = text(key);
+        return value ? base::Uuid::parse(*value) : std::nullopt;
+    }
+    std::optional<base::Instant> instant(const char* key) const {
+        const auto* const value = find(key);
+        const auto instant = base::Instant{value && value->IsNumber() ? value->GetDouble() : 0};
+        return value && value->IsNumber() && instant.isValid() ? std::optional(instant)
+                                                               : std::nullopt;
+    }
+    bool isVersion(int version) const {
+        const auto* const value = find("version");
+        return value && value->IsInt() && value->GetInt() == version;
+    }
+
+private:
+    const rapidjson::Value* find(const char* key) const {
+        const auto member = m_json.FindMember(key);
+        return member == m_json.MemberEnd() ? nullptr : &member->value;
+    }
+
+    const rapidjson::Document& m_json;
+};
+
+std::optional<Draft> decoded(const base::Uuid& id, const std::string& contents) {
+    // Without recursion: a file of brackets alone must not end the program.
+    constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
+                            rapidjson::kParseValidateEncodingFlag;
+    rapidjson::Document json;
+    json.Parse<kFlags>(contents.data(), contents.size());
+    if (json.HasParseError() || !json.IsObject()) {
+        return std::nullopt;
+    }
+    const Members members(json);
+    const auto type = members.text("type");
+    const auto board = members.id("board");
+    const auto typedAt = members.instant("typedAt");
+    const auto content = members.text("content");
+    if (!members.isVersion(kFormVersion) || !type || !board || !typedAt || !content) {
+        return std::nullopt;
+    }
+    Draft draft{.id = id,
+                .type = model::entryType(*type),
+                .board = *board,
+                .edited = {},
+                .after = members.id("after"),
+                .typedAt = *typedAt,
+                .content = std::string(*content),
+                .richTextData = {}};
+    const auto entry = members.id("entry");
+    const auto updatedAt = members.instant("entryUpdatedAt");
+    if (entry && updatedAt) {
+        draft.edited = {*entry, *updatedAt};
+    }
+    if (const auto data = members.text("richTextData")) {
+        draft.richTextData = base::bytesOfBase64(*data);
+    }
+    return draft;
+}
+
+/// Absent for what is too large to be a draft, and for what cannot be read.
+std::optional<std::string> contentsOf(const fs::path& file) {
+    std::error_code error;
+    if (const auto size = fs::file_size(file, error);
+        error || size > DraftFolder::kMaximumFileBytes) {
+        return std::nullopt;
+    }
+    std::ifstream stream(file, std::ios::binary);
+    std::string contents{std::istreambuf_iterator<char>(stream), {}};
+    return stream.bad() || !stream.is_open() ? std::nullopt : std::optional(std::move(contents));
+}
+
+} // namespace
+
+fs::path DraftFolder::beside(const fs::path& storeFile) {
+    return storeFile.parent_path() / "Drafts";
+}
+
+std::error_code DraftFolder::write(const Draft& draft) const {
+    auto contents = encoded(draft);
+    if (contents.size() > kMaximumFileBytes) {
+        auto plain = draft;
+        plain.richTextData.reset();
+        contents = encoded(plain);
+    }
+    return base::replaceFile(fileOf(draft.id), contents);
+}
+
+void DraftFolder::remove(const base::Uuid& id) const {
+    std::error_code error;
+    fs::remove(fileOf(id), error);
+    // An empty folder tells nobody anything; of one with drafts nothing happens.
+    fs::remove(m_folder, error);
+}
+
+DraftFolder::Found DraftFolder::find() const {
+    Found found;
+    std::error_code error;
+    for (fs::directory_iterator each(m_folder, error), end; !error && each != end;
+         each.increment(error)) {
+        const auto& file = each->path();
+        if (file.extension() != kExtension) {
+            continue; // what a killed program was writing
+        }
+        const auto id = base::Uuid::parse(file.stem().string());
+        const auto contents = id ? contentsOf(file) : std::nullopt;
+        if (auto draft = contents ? decoded(*id, *contents) : std::nullopt) {
+            found.drafts.push_back(std::move(*draft));
+        } else {
+            found.unreadable.push_back(file);
+        }
+    }
+    std::sort(found.drafts.begin(), found.drafts.end(),
+              [](const Draft& left, const Draft& right) { return left.typedAt < right.typedAt; });
+    return found;
+}
+
+fs::path DraftFolder::fileOf(const base::Uuid& id) const {
+    return m_folder / (id.text() + kExtension);
+}
+
+} // namespace korvex::app

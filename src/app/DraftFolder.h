@@ -1,0 +1,74 @@
+#pragma once
+
+#include "base/Bytes.h"
+#include "base/Instant.h"
+#include "base/Uuid.h"
+#include "model/EntryType.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace korvex::app {
+
+/// What was typed into one editor and could not be stored.
+struct Draft {
+    /// Names the editor that it was typed in, not an entry.
+    base::Uuid id;
+    model::EntryType type = model::EntryType::todo;
+    base::Uuid board;
+    /// The stored entry whose text this is to become, and when that was changed last; absent for a
+    /// new entry.
+    struct Edited {
+        base::Uuid entry;
+        base::Instant updatedAt;
+        bool operator==(const Edited&) const = default;
+    };
+    std::optional<Edited> edited;
+    /// The entry that a new one is to stand behind; absent: it comes first.
+    std::optional<base::Uuid> after;
+    base::Instant typedAt;
+    /// As plain text, UTF-8.
+    std::string content;
+    /// As a text entry keeps it; absent for a todo, and where formats could not be written.
+    std::optional<base::Bytes> richTextData;
+
+    bool operator==(const Draft&) const = default;
+};
+
+/// The drafts beside a store, a small file each (docs/formats/drafts.md). Nothing here looks into
+/// the store: drafts are written just because that could not be. Main thread.
+class DraftFolder {
+public:
+    /// No file holds more; what a program does not write it does not read either.
+    static constexpr std::size_t kMaximumFileBytes = 8 * 1024 * 1024;
+
+    /// Nothing is created before the first draft.
+    explicit DraftFolder(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+
+    /// The folder for the drafts of a store file.
+    static std::filesystem::path beside(const std::filesystem::path& storeFile);
+
+    /// All or nothing, and on the disk when it returns. Formats that leave no room for the words
+    /// are left out.
+    [[nodiscard]] std::error_code write(const Draft& draft) const;
+    /// Nothing happens when it is not there.
+    void remove(const base::Uuid& id) const;
+
+    struct Found {
+        /// In the order in which they were typed.
+        std::vector<Draft> drafts;
+        /// Files that are none, or of a newer form. They stay as they are.
+        std::vector<std::filesystem::path> unreadable;
+    };
+    Found find() const;
+
+private:
+    std::filesystem::path fileOf(const base::Uuid& id) const;
+
+    std::filesystem::path m_folder;
+};
+
+} // namespace korvex::app

@@ -1,0 +1,55 @@
+#include "ui/entries/DraftKeeping.h"
+
+#include "base/Utf16.h"
+#include "model/Board.h"
+#include "ui/kit/Refusal.h"
+
+namespace korvex::ui {
+
+bool DraftKeeping::keep() {
+    if (m_editors.current().isBlank()) {
+        return true;
+    }
+    if (!m_id) {
+        m_id = base::Uuid::random();
+    }
+    return !m_folder.write(draft());
+}
+
+void DraftKeeping::forget() {
+    if (m_id) {
+        m_folder.remove(*m_id);
+        m_id.reset();
+    }
+}
+
+richtext::AttributedString DraftKeeping::textOf(const app::Draft& draft) const {
+    return draft.type == model::EntryType::todo
+               ? richtext::RichTextSerializer::plainRichText(draft.content)
+               : m_serializer.richText(draft.richTextData, draft.content);
+}
+
+app::Draft DraftKeeping::draft() const {
+    const auto text = m_editors.current().text();
+    app::Draft draft{.id = *m_id,
+                     .type = m_edited.type(),
+                     .board = m_model.board()->id(),
+                     .edited = {},
+                     .after = {},
+                     .typedAt = m_clock.now(),
+                     .content = base::utf8(text.text()),
+                     .richTextData = {}};
+    if (const auto* const entry = m_edited.entry()) {
+        draft.edited = {entry->id(), entry->updatedAt()};
+    }
+    if (const auto* const after = m_model.openEntryAbove(m_model.rowOf(EntryRowKind::draft))) {
+        draft.after = after->id();
+    }
+    if (!m_edited.isTodo()) {
+        // Formats that cannot be written are no reason to lose the words.
+        static_cast<void>(refusal([&] { draft.richTextData = m_serializer.encode(text); }));
+    }
+    return draft;
+}
+
+} // namespace korvex::ui

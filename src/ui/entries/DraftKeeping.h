@@ -1,0 +1,49 @@
+#pragma once
+
+#include "app/DraftFolder.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "ui/entries/EditedEntry.h"
+#include "ui/entries/EntryEditors.h"
+
+namespace korvex::ui {
+
+/// Keeps what is typed into the editor of a row as a draft beside the store, while it cannot be
+/// stored. Main thread.
+class DraftKeeping final {
+public:
+    DraftKeeping(const EntryListModel& model, const EditedEntry& edited, EntryEditors& editors,
+                 const app::DraftFolder& folder, const richtext::RichTextSerializer& serializer,
+                 const base::Clock& clock)
+        : m_model(model),
+          m_edited(edited),
+          m_editors(editors),
+          m_folder(folder),
+          m_serializer(serializer),
+          m_clock(clock) {}
+
+    /// Another entry is edited from here on. A draft that was kept until then waits for the next
+    /// start.
+    void begin() { m_id.reset(); }
+    /// Writes what the editor shows, if there are words in it. False when that failed too.
+    bool keep();
+    /// It was stored, or the user has given it up.
+    void forget();
+    /// What was typed.
+    richtext::AttributedString textOf(const app::Draft& draft) const;
+    /// What the editor shows is this draft.
+    void resume(const app::Draft& draft) { m_id = draft.id; }
+
+private:
+    app::Draft draft() const;
+
+    const EntryListModel& m_model;
+    const EditedEntry& m_edited;
+    EntryEditors& m_editors;
+    const app::DraftFolder& m_folder;
+    const richtext::RichTextSerializer& m_serializer;
+    const base::Clock& m_clock;
+    /// Of the draft that is kept, if there is one.
+    std::optional<base::Uuid> m_id;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,132 @@
+"""Drives the real window on a screen of its own, with a window manager, by keyboard, and reads back what
+was stored with the command line."""
+import json
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+DESKTOP, KORVEX = (str(pathlib.Path(argument).resolve()) for argument in sys.argv[1:3])
+del sys.argv[1:3]
+PATIENCE = 10  # seconds; what is waited for takes a fraction of one
+
+
+def wait_for(condition, what):
+    deadline = time.monotonic() + PATIENCE
+    while time.monotonic() < deadline:
+        if result := condition():
+            return result
+        time.sleep(0.05)
+    raise AssertionError(f"waited {PATIENCE} s for {what}")
+
+
+class Screen:
+    """A virtual screen with a window manager."""
+
+    def __init__(self):
+        reading, writing = os.pipe()
+        self.server = subprocess.Popen(
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1100x800x24", "-nolisten", "tcp"],
+            pass_fds=[writing], stderr=subprocess.DEVNULL)
+        os.close(writing)
+        with os.fdopen(reading) as pipe:
+            self.display = f":{pipe.readline().strip()}"
+        self.manager = subprocess.Popen(["openbox"], env=os.environ | {"DISPLAY": self.display},
+                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        # A window that is there before its manager is taken down and put up again.
+        try:
+            wait_for(self.is_managed, "the window manager")
+        except AssertionError:
+            self.close()
+            raise
+
+    def is_managed(self):
+        asked = subprocess.run(["xdotool", "getactivewindow"], text=True, capture_output=True,
+                               env=os.environ | {"DISPLAY": self.display}, check=False)
+        return "claims not to support" not in asked.stderr
+
+    def close(self):
+        for process in (self.manager, self.server):
+            process.terminate()
+            process.wait()
+
+
+class WindowCase(unittest.TestCase):
+    """A home of its own for each test, and a screen for all of them."""
+
+    with_bus = False
+
+    @classmethod
+    def setUpClass(cls):
+        cls.screen = Screen()
+        cls.addClassCleanup(cls.screen.close)
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.home = pathlib.Path(folder.name)
+        runtime = self.home / "run"
+        runtime.mkdir(mode=0o700)
+        self.environment = {
+            "PATH": os.environ["PATH"], "HOME": str(self.home), "DISPLAY": self.screen.display,
+            "XDG_RUNTIME_DIR": str(runtime), "XDG_DATA_HOME": str(self.home / "data"),
+            "XDG_CONFIG_HOME": str(self.home / "config"), "XDG_CACHE_HOME": str(self.home / "cache"),
+            "TZ": "UTC", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "xcb", "NO_AT_BRIDGE": "1",
+            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "KORVEX_TRACE_STARTUP": "1",
+        }
+        if "ASAN_OPTIONS" in os.environ:
+            self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
+        if self.with_bus:
+            self.start_bus()
+
+    def start_bus(self):
+        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                               env=self.environment)
+        self.addCleanup(self.end, bus)
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
+        bus.stdout.close()
+
+    @staticmethod
+    def end(process):
+        if process.poll() is None:
+            process.send_signal(signal.SIGTERM)
+        process.wait()
+
+    def start_window(self):
+        """Starts the app and waits until its window is painted and has the keyboard."""
+        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(window.stderr.close)
+        self.addCleanup(self.end, window)
+        line = window.stderr.readline()
+        while line and "first paint" not in line:
+            line = window.stderr.readline()
+        self.assertIn("first paint", line, "the window is not painted")
+        wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
+                 "the window to have the keyboard")
+        return window
+
+    def xdotool(self, *arguments):
+        return subprocess.run(["xdotool", *arguments], env=self.environment, text=True,
+                              capture_output=True, check=False).stdout
+
+    def keys(self, *names):
+        for name in names:
+            self.xdotool("key", "--clearmodifiers", name)
+
+    def type(self, text):
+        self.xdotool("type", "--delay", "10", text)
+
+    def korvex(self, *arguments):
+        return subprocess.run([KORVEX, "--json", *arguments], env=self.environment, text=True,
+                              capture_output=True, check=True).stdout
+
+    def stored(self, *arguments):
+        return json.loads(self.korvex("list", *arguments))
+
+    def texts(self, *arguments):
+        return [entry["content"] for entry in self.stored(*arguments)]

@@ -1,0 +1,57 @@
+#include "platform/qt/TerminationWatcher.h"
+
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <optional>
+
+namespace korvex::platform::qt {
+namespace {
+
+TEST(TerminationWatcher, EachSignalIsToldInTheEventLoop) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        SCOPED_TRACE(signal);
+        TerminationWatcher watcher;
+        int count = 0;
+        const auto requests = watcher.requested().connect([&] { ++count; });
+        ::raise(signal);
+        EXPECT_EQ(count, 0) << "not within the handler";
+        EXPECT_TRUE(QTest::qWaitFor([&] { return count == 1; }));
+    }
+}
+
+TEST(TerminationWatcher, ASecondSignalOrOneAfterItsEndEndsTheProgram) {
+    for (const bool isAfterwards : {false, true}) {
+        const auto child = ::fork();
+        if (child == 0) {
+            std::optional<TerminationWatcher> watcher(std::in_place);
+            if (isAfterwards) {
+                watcher.reset();
+            } else {
+                ::raise(SIGTERM);
+            }
+            ::raise(SIGTERM);
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM);
+    }
+}
+
+TEST(TerminationWatcher, WhoIsStartedWithASignalIgnoredKeepsIgnoringIt) {
+    ::signal(SIGHUP, SIG_IGN);
+    {
+        const TerminationWatcher watcher;
+        ::raise(SIGHUP);
+    }
+    EXPECT_EQ(::signal(SIGHUP, SIG_DFL), SIG_IGN);
+}
+
+} // namespace
+} // namespace korvex::platform::qt
