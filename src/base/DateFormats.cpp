@@ -47,14 +47,12 @@ struct DateFormats::Formats {
         return utf8(text);
     }
 
-    /// `skeleton` names the fields; order and punctuation are the locale's. Null: its short time.
+    /// `skeleton` names the fields; order and punctuation are the locale's.
     std::string text(std::unique_ptr<icu::DateFormat>& format, const char16_t* skeleton,
                      Instant instant) {
         if (!format) {
             UErrorCode status = U_ZERO_ERROR;
-            format.reset(
-                skeleton ? icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status)
-                         : icu::DateFormat::createTimeInstance(icu::DateFormat::kShort, locale));
+            format.reset(icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status));
             if (!format || U_FAILURE(status)) {
                 throw std::runtime_error(std::string("ICU has no date format: ") +
                                          u_errorName(status));
@@ -88,7 +86,7 @@ std::string DateFormats::dayWithFullMonth(Instant instant) const {
 }
 
 std::string DateFormats::shortTime(Instant instant) const {
-    return m_formats->text(m_formats->shortTime, nullptr, instant);
+    return m_formats->text(m_formats->shortTime, u"jm", instant);
 }
 
 std::string DateFormats::dayAndShortTime(Instant instant) const {

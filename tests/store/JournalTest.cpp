@@ -119,8 +119,10 @@ TEST_F(JournalTest, ItStaysShortInOneLongProgramAndInManyShortOnes) {
             saveMuch(context, i);
             longest = std::max(longest, std::filesystem::file_size(journalFile()));
         }
-        EXPECT_GT(longest, kLong / 2) << isOneProgram;
         EXPECT_LT(longest, kLong) << isOneProgram;
+        if (isOneProgram) {
+            EXPECT_GT(longest, kLong / 2) << "or it was never moved";
+        }
     }
 }
 

@@ -153,8 +153,12 @@ std::vector<RowSpeech::Action> BoardListView::actionsOf(int row) {
 }
 
 int BoardListView::rowInEditing() const {
-    const auto current = currentIndex();
-    return current.isValid() && indexWidget(current) ? current.row() : -1;
+    for (int row = 0; row < m_model.rowCount(); ++row) {
+        if (indexWidget(m_model.index(row, 0))) {
+            return row;
+        }
+    }
+    return -1;
 }
 
 void BoardListView::startDrag(Qt::DropActions) {

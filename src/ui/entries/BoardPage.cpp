@@ -47,7 +47,6 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     m_header->setChangeable(canChange);
     m_archivedNotice->setActionEnabled(canChange);
     layOut({m_header, m_archivedNotice}, *m_list);
-    setFocusProxy(m_list);
     connectParts();
     connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);

@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QAbstractItemView>
 #include <QAccessibleWidget>
+#include <QAction>
+#include <QLineEdit>
 
 namespace korvex::ui {
 
@@ -71,15 +73,21 @@ QAccessibleInterface* make(const QString&, QObject* object) {
 void Accessibility::setRole(QWidget& widget, QAccessible::Role role) {
     widget.setProperty(kRoleProperty, static_cast<int>(role));
     install();
-    // While the widget was made somebody may have been told of it, as what it was then.
-    if (QAccessible::isActive()) {
-        auto* const former = QAccessible::queryAccessibleInterface(&widget);
-        QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(former));
-    }
+    // Qt asks what a widget is with the first event about it, which may have been its name, and
+    // keeps the answer.
+    auto* const former = QAccessible::queryAccessibleInterface(&widget);
+    QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(former));
 }
 
 void Accessibility::install() {
     QAccessible::installFactory(make); // which Qt remembers once
+}
+
+void Accessibility::nameClearButton(QLineEdit& field, const QString& name) {
+    field.setClearButtonEnabled(true);
+    if (auto* const clear = field.findChild<QAction*>(QStringLiteral("_q_qlineeditclearaction"))) {
+        clear->setText(name);
+    }
 }
 
 void Accessibility::say(QWidget& alert, const QString& message) {

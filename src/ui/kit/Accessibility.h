@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 
+class QLineEdit;
 class QString;
 class QWidget;
 
@@ -15,6 +16,8 @@ void install();
 /// Says what a widget is: an alert, a dialog, an item of a list. For the constructor of who makes
 /// it.
 void setRole(QWidget& widget, QAccessible::Role role);
+/// Names the button that empties a field; Qt has no word for it.
+void nameClearButton(QLineEdit& field, const QString& name);
 /// Names an alert by what it says, which is read out as soon as it is in sight.
 void say(QWidget& alert, const QString& message);
 

@@ -1,5 +1,7 @@
 #include "ui/kit/ChoicePopover.h"
 
+#include "ui/kit/Accessibility.h"
+
 #include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
@@ -27,7 +29,7 @@ void ChoicePopover::setUp(const Names& names) {
     setAccessibleName(names.choice);
     m_field->setPlaceholderText(names.field);
     m_field->setAccessibleName(names.field);
-    m_field->setClearButtonEnabled(true);
+    Accessibility::nameClearButton(*m_field, tr("Clear"));
     m_field->setMaxLength(kLongestTyped);
     m_field->installEventFilter(this);
     m_list->setAccessibleName(names.list);

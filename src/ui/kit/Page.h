@@ -24,7 +24,8 @@ class Page : public QWidget {
 public:
     /// Names the window while the page is in sight; empty for the name of the program alone.
     virtual QString title() const = 0;
-    /// Gives the keyboard to the content.
+    /// Gives the keyboard to the content. A page is no focus proxy of that: Tab would come to the
+    /// content first and pass over the header.
     virtual void takeKeyboard() = 0;
     /// The store's records have changed while the page is in sight, or it is about to come in
     /// sight. A page that follows the store by itself has nothing to do.

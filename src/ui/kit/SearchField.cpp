@@ -1,5 +1,6 @@
 #include "ui/kit/SearchField.h"
 
+#include "ui/kit/Accessibility.h"
 #include "ui/kit/Direction.h"
 #include "ui/kit/IconSet.h"
 
@@ -20,7 +21,7 @@ SearchField::SearchField(const Theme& theme, QWidget* parent)
     setFrame(false);
     setAlignment(lineStart());
     setPlaceholderText(tr("Search"));
-    setClearButtonEnabled(true);
+    Accessibility::nameClearButton(*this, tr("Clear"));
     m_icon->setText(tr("Search")); // the name of its button
     setMaxLength(kMaximumLength);
     setMinimumWidth(0);

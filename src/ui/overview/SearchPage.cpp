@@ -21,7 +21,6 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
                  .clock = workspace.clock},
                 workspace.undo, theme) {
     layOut({m_header}, *m_list);
-    setFocusProxy(m_list);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& index) {
                 m_chosen = index.isValid() ? std::optional(m_model.id(index.row())) : std::nullopt;

@@ -28,7 +28,6 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
                .runLoop = workspace.runLoop}) {
     m_list->setAccessibleName(title);
     layOut({m_header}, *m_list);
-    setFocusProxy(m_list);
     connectList();
     m_clockTicks = workspace.scheduleClock.didTick().connect([this](base::Instant) { catchUp(); });
 }

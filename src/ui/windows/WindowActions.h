@@ -59,8 +59,8 @@ private:
     void find();
     void pickBoard();
     void openNumbered(int number);
-    /// The menu of what has the keyboard, which not every platform has a key for.
     void toggleSidebar();
+    /// The menu of what has the keyboard, which not every platform has a key for.
     static void openContextMenu();
     QMenu* makeMenu();
     void openBoardMenu(model::Board& board, const QPoint& globalPosition);

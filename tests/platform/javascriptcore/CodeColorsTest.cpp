@@ -261,7 +261,9 @@ TEST_F(CodeColorsTest, HighlightersMayEndAtAnyTime) {
         std::atomic<int> reached = 0;
         const auto factory = [&](std::stop_token stop) -> std::unique_ptr<ScriptEngine> {
             advance(reached);
-            return std::make_unique<NotedEngine>(module.engineFactory()(stop), reached);
+            auto engine = module.engineFactory()(stop);
+            // One that was stopped before it was made.
+            return engine ? std::make_unique<NotedEngine>(std::move(engine), reached) : nullptr;
         };
         FakeRunLoop runLoop;
         CodeHighlighter highlighter(factory, module.resources(), runLoop, log);
