@@ -19,7 +19,7 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
       m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
                 workspace.clock),
       m_undo(workspace.undo),
-      m_typing(workspace.runLoop, workspace.clock, [this] { storeSoFar(); }),
+      m_typing(workspace.runLoop, [this] { storeSoFar(); }),
       m_notices(m_storing.noticed().connect(
           [this](const QString& message) { Q_EMIT noticed(message); })) {
     connectEditors();

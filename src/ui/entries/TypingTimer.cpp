@@ -4,7 +4,7 @@ namespace korvex::ui {
 
 void TypingTimer::typed() {
     m_pause = m_runLoop.callAfter(kPause, [this] { fire(); });
-    if (!m_longest && !m_isSlow) {
+    if (!m_longest) {
         m_longest = m_runLoop.callAfter(kLongest, [this] { fire(); });
     }
 }
@@ -16,9 +16,7 @@ void TypingTimer::stop() {
 
 void TypingTimer::fire() {
     stop();
-    const auto begin = m_clock.now();
     m_store();
-    m_isSlow = m_clock.now() - begin > kFrameSeconds;
 }
 
 } // namespace korvex::ui

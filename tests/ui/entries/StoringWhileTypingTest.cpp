@@ -116,26 +116,6 @@ TEST_F(StoringWhileTypingTest, WhatIsTypedIsStoredAtAPauseAndNowAndThenWithoutOn
     EXPECT_LE(last, revision + 1);
 }
 
-TEST_F(StoringWhileTypingTest, ASaveThatWouldBeFeltWaitsForAPause) {
-    int count = 0;
-    TypingTimer timer(runLoop, clock, [&] {
-        ++count;
-        clock.advance(0.1);
-    });
-    const auto typeOn = [&] {
-        for (double typed = 0; typed <= kLongest; typed += kPause / 2) {
-            timer.typed();
-            runLoop.advance(kPause / 2);
-        }
-    };
-    typeOn();
-    EXPECT_EQ(count, 1);
-    typeOn();
-    EXPECT_EQ(count, 1);
-    runLoop.advance(kPause);
-    EXPECT_EQ(count, 2);
-}
-
 TEST_F(StoringWhileTypingTest, TheEditorGoesOnAsItWas) {
     for (const auto isTodo : {true, false}) {
         SCOPED_TRACE(isTodo);
