@@ -39,9 +39,11 @@ void UndoableChanges::registerCreation(std::string_view name, std::span<Entry* c
     if (session) {
         session->createdText = known.front().text;
     }
-    registerUndo(
-        name, sizeof(Created) * known.size(), std::move(ids),
-        [known = std::move(known), name](const auto& self) { self.takeBackCreation(name, known); });
+    const auto cost = sizeof(Created) * known.size();
+    registerUndo(name, cost, std::move(ids),
+                 [known = std::move(known), name](const UndoableChanges& self) {
+                     self.takeBackCreation(name, known);
+                 });
 }
 
 void UndoableChanges::registerEdit(std::string_view name, EntryChange change, const Entry& entry,

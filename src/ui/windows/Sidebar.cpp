@@ -224,12 +224,18 @@ void Sidebar::takeBackCreation() {
     });
     if (refused) {
         showMessage(*refused);
-    } else if (creation->before.page != PageKind::board) {
-        Q_EMIT pageRequested(creation->before.page);
-    } else if (auto* const shown = m_boards.board(creation->before.board.value_or(base::Uuid()))) {
-        Q_EMIT boardChosen(shown);
+    } else {
+        choose(creation->before);
     }
     Q_EMIT creationGivenUp();
+}
+
+void Sidebar::choose(const Choice& choice) {
+    if (choice.page != PageKind::board) {
+        Q_EMIT pageRequested(choice.page);
+    } else if (auto* const board = m_boards.board(choice.board.value_or(base::Uuid()))) {
+        Q_EMIT boardChosen(board);
+    }
 }
 
 void Sidebar::rename(model::Board& board) {

@@ -84,6 +84,7 @@ private:
     void walk(const SidebarRow* from, int direction);
     void store(model::Board& board, const QString& name);
     void takeBackCreation();
+    void choose(const Choice& choice);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
     void applyTheme();
 
