@@ -75,6 +75,10 @@ void BoardPage::connectParts() {
             [this](const QString& message) { banner().showMessage(message); });
     connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
     connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
+        banner().offer(tr("What was typed was discarded."), tr("Undo"),
+                       [this, draft] { resume(draft); });
+    });
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
         if (message.isEmpty()) {
             banner().clear();

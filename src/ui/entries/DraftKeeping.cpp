@@ -31,7 +31,7 @@ richtext::AttributedString DraftKeeping::textOf(const app::Draft& draft) const {
 
 app::Draft DraftKeeping::draft() const {
     const auto text = m_editors.current().text();
-    app::Draft draft{.id = *m_id,
+    app::Draft draft{.id = m_id ? *m_id : base::Uuid::random(),
                      .type = m_edited.type(),
                      .board = m_model.board()->id(),
                      .edited = {},

@@ -28,14 +28,14 @@ public:
     bool keep();
     /// It was stored, or the user has given it up.
     void forget();
+    /// What the editor shows, as a draft.
+    app::Draft draft() const;
     /// What was typed.
     richtext::AttributedString textOf(const app::Draft& draft) const;
     /// What the editor shows is this draft.
     void resume(const app::Draft& draft) { m_id = draft.id; }
 
 private:
-    app::Draft draft() const;
-
     const EntryListModel& m_model;
     const EditedEntry& m_edited;
     EntryEditors& m_editors;

@@ -136,6 +136,7 @@ bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited,
     editor.change(m_drafts.textOf(draft));
     editor.setCaret(-1);
     m_drafts.resume(draft);
+    m_drafts.keep(); // one that was just given up is kept no more
     editor.showError(tr("Not stored yet."));
     // It is stored when the user goes on with it or leaves it, and until then can be given up.
     m_typing.stop();
@@ -237,8 +238,13 @@ void EntryEditing::closeToList() {
 }
 
 void EntryEditing::discard() {
+    const auto hasWords = !m_editors.current().isBlank();
+    const auto draft = hasWords ? std::optional(m_drafts.draft()) : std::nullopt;
     m_storing.giveUp();
     closeToList();
+    if (draft) {
+        Q_EMIT discarded(*draft);
+    }
 }
 
 bool EntryEditing::store() {

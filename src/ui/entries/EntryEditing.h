@@ -63,6 +63,8 @@ Q_SIGNALS:
     /// It is to go to another board.
     void boardChangeRequested(korvex::model::Entry* entry);
     void deletionRequested(korvex::model::Entry* entry);
+    /// The user has given up these words: the last chance to have them back.
+    void discarded(const korvex::app::Draft& draft);
     /// Files or a picture were pasted into an editor.
     void attachmentsPasted(const QMimeData* offered);
     /// More items may be added; the entry is null for a draft.

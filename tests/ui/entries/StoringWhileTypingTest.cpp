@@ -6,7 +6,7 @@
 #include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
 
-#include <QPushButton>
+#include <QAbstractButton>
 #include <QScrollBar>
 #include <QTextEdit>
 
@@ -58,15 +58,16 @@ protected:
         cursor.setPosition(position);
         field().setTextCursor(cursor);
     }
-    void discard() {
-        for (auto* const button : page.findChildren<QPushButton*>()) {
-            if (button->isVisible() && button->text() == QStringLiteral("Discard")) {
+    void press(const char* action) {
+        for (auto* const button : page.findChildren<QAbstractButton*>()) {
+            if (button->isVisible() && button->text() == QString::fromUtf8(action)) {
                 button->click();
                 return;
             }
         }
-        ADD_FAILURE() << "nothing offers to discard what was typed";
+        ADD_FAILURE() << "nothing offers: " << action;
     }
+    void discard() { press("Discard"); }
     void empty() {
         field().selectAll();
         key(Qt::Key_Delete);
@@ -292,6 +293,11 @@ TEST_F(StoringWhileTypingTest, DiscardingTakesBackWhatWasStoredMeanwhile) {
         field().selectAll();
         type("and more");
         page.findChild<TextEditor*>()->showError(QStringLiteral("refused"));
+        discard();
+        EXPECT_FALSE(isEditing());
+        press("Undo");
+        EXPECT_EQ(shown(), QStringLiteral("and more"));
+        EXPECT_THAT(drafts(), SizeIs(1));
         discard();
         EXPECT_FALSE(isEditing());
     };

@@ -74,7 +74,7 @@ TEST_F(DraftOffersTest, EachIsOfferedOnItsBoardUntilItIsStoredOrDiscarded) {
         }
     }
     EXPECT_EQ(edited(), "nothing");
-    EXPECT_EQ(banner(), "");
+    EXPECT_EQ(banner(), "What was typed was discarded.");
     EXPECT_THAT(drafts(), IsEmpty());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
 }
