@@ -157,6 +157,9 @@ void BoardPage::showEntry(model::Entry& entry) {
 }
 
 bool BoardPage::resume(const app::Draft& draft) {
+    if (isReadOnly()) {
+        return false; // it could be neither stored nor left
+    }
     const auto openEntry = [this](const std::optional<base::Uuid>& id) {
         auto* const entry = id ? m_workspace.context.find<model::Entry>(*id) : nullptr;
         const auto row = entry ? m_model.rowOf(*entry) : -1;

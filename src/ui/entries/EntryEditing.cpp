@@ -107,7 +107,7 @@ bool EntryEditing::leave() {
     if (!isOpen() || m_storing.isBusy()) {
         return true;
     }
-    if (!m_storing.store()) {
+    if (!store()) {
         return false;
     }
     close();
@@ -117,7 +117,7 @@ bool EntryEditing::leave() {
 bool EntryEditing::leaveForGood() {
     if (m_edited.isStored() && m_edited.isTodo() && !m_edited.isNew() &&
         m_editors.current().isBlank()) {
-        m_editors.current().revert();
+        m_storing.putBack();
     }
     return leave();
 }
@@ -155,16 +155,23 @@ model::Entry* EntryEditing::storedEntry() {
 }
 
 void EntryEditing::recordsChanged() {
-    if (!m_edited.isStored() || m_storing.isBusy()) {
+    followRecords(m_view.editedRow());
+}
+
+void EntryEditing::followRecords(int row) {
+    if (!m_edited.isStored() || !entry() || m_storing.isBusy()) {
         return;
     }
     auto& editor = m_editors.current();
     const auto isUntouched = !editor.isChanged();
+    const auto isTypedInto = editor.input().document()->isUndoAvailable();
     if (!m_edited.isStillOn(m_model.board())) {
-        if (isUntouched) {
+        // What was stored while it was typed is gone with a deleted entry, and is in no undo here.
+        const auto isLost = !entry()->isLive() && isTypedInto;
+        if (isUntouched && !isLost) {
             close();
         } else {
-            becomeDraft();
+            becomeDraft(row);
         }
         return;
     }
@@ -172,7 +179,7 @@ void EntryEditing::recordsChanged() {
     if (!m_edited.isChangedInStore()) {
         return;
     }
-    if (isUntouched && !editor.input().document()->isUndoAvailable()) {
+    if (isUntouched && !isTypedInto) {
         const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
@@ -234,8 +241,17 @@ void EntryEditing::discard() {
     closeToList();
 }
 
+bool EntryEditing::store() {
+    const auto row = m_view.editedRow();
+    const auto isStored = m_storing.store();
+    if (!isStored) {
+        followRecords(row); // nobody was told while it was busy
+    }
+    return isStored;
+}
+
 void EntryEditing::storeAndStay() {
-    if (!m_storing.store()) {
+    if (!store()) {
         return;
     }
     if (!entry()) {
@@ -247,7 +263,9 @@ void EntryEditing::storeAndStay() {
 
 void EntryEditing::storeSoFar() {
     if (!m_storing.isBusy()) {
+        const auto row = m_view.editedRow();
         m_storing.storeSoFar();
+        followRecords(row);
         settle();
     }
 }
@@ -273,10 +291,10 @@ void EntryEditing::split() {
 
 /// The entry was deleted, completed, moved or made another type elsewhere while its text was
 /// changed here: the text lives on.
-void EntryEditing::becomeDraft() {
+void EntryEditing::becomeDraft(int row) {
     const auto& gone = *entry();
     const auto canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
-    const auto* const after = canFollow ? &gone : m_model.openEntryAbove(m_view.editedRow());
+    const auto* const after = canFollow ? &gone : m_model.openEntryAbove(row);
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
     m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
@@ -289,7 +307,7 @@ void EntryEditing::becomeDraft() {
 /// Commands on the entry itself need it stored first; they go on with the editor closed.
 template <typename Request>
 void EntryEditing::forward(Request&& request) {
-    if (m_storing.store()) {
+    if (store()) {
         auto* const stored = entry();
         const auto caret = m_editors.current().caret();
         closeToList();
@@ -321,7 +339,7 @@ void EntryEditing::changeType() {
 
 void EntryEditing::makeNext() {
     const auto isEmptyDraft = m_edited.isNew() && m_editors.current().isBlank();
-    if ((!isEmptyDraft && deleteEmptied()) || !m_storing.store()) {
+    if ((!isEmptyDraft && deleteEmptied()) || !store()) {
         return;
     }
     if (isEmptyDraft) {
@@ -339,7 +357,11 @@ bool EntryEditing::deleteEmptied() {
     if (!m_edited.isTodo() || !m_edited.isStored() || !m_editors.current().isBlank()) {
         return false;
     }
-    Q_EMIT deletionRequested(emptied);
+    // Undoing brings back what it said before it was emptied.
+    m_storing.putBack();
+    if (store()) {
+        Q_EMIT deletionRequested(emptied);
+    }
     return true;
 }
 

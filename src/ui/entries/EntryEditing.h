@@ -77,13 +77,17 @@ private:
     void closeToList();
     /// Closes the editor and forgets what was typed.
     void discard();
+    /// False when it was refused; then what storing has found out about the entry is followed.
+    bool store();
+    /// The records have changed; `row` is where the editor stood before.
+    void followRecords(int row);
     void storeAndStay();
     void storeSoFar();
     /// A draft that was stored is edited in the row that it has now.
     void settle();
     void split();
     /// Edits the text of an entry that is gone, completed, moved or of another type as a new one.
-    void becomeDraft();
+    void becomeDraft(int row);
 
     /// Stores, closes, and calls `request` with the entry and where the caret stood.
     template <typename Request>
@@ -93,7 +97,7 @@ private:
     void changeType();
     void makeNext();
     void removeAndGoUp();
-    /// Deletes a stored todo that was emptied. False when it was not.
+    /// Deletes a stored todo that was emptied, as far as the store lets it. False when it was not.
     bool deleteEmptied();
     void walk(int direction);
     void pasteLines(const QString& text, const QStringList& others);

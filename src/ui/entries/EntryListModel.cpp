@@ -209,8 +209,8 @@ bool EntryListModel::isLingering(const model::Entry& entry) const {
 
 std::vector<EntryListModel::Row> EntryListModel::wantedRows() {
     std::vector<Row> rows;
-    m_isReadOnly = !m_context.container().allowsSave() ||
-                   (m_board && m_board->isLive() && m_board->isArchived());
+    m_isArchived = m_board && m_board->isLive() && m_board->isArchived();
+    m_isReadOnly = m_isArchived || !m_context.container().allowsSave();
     if (!m_board || !m_board->isLive()) {
         m_completed.clear();
         m_openTodoCount = 0;

@@ -45,6 +45,8 @@ public:
     /// An archived board is only looked at, as is every board of a store that cannot be written:
     /// nothing is edited, ticked or made on it.
     bool isReadOnly() const { return m_isReadOnly; }
+    /// Whether the rows are those of an archived board.
+    bool isArchived() const { return m_isArchived; }
     /// Takes in what the store's records say now. Only rows that differ are touched.
     void refresh();
 
@@ -112,6 +114,7 @@ private:
     std::vector<model::Entry*> m_lingering;
     int m_openTodoCount = 0;
     bool m_isReadOnly = false;
+    bool m_isArchived = false;
     bool m_isCompletedExpanded = false;
     DraftPlace m_draftPlace = DraftPlace::none;
     const model::Entry* m_draftAfter = nullptr;

@@ -27,6 +27,7 @@ bool EntryStoring::store() {
         return true;
     }
     if (const auto refused = tryToStore()) {
+        forgetRefusal(); // it stands under the text now
         m_editors.current().showError(*refused);
         m_drafts.keep();
         return false;
@@ -41,6 +42,7 @@ void EntryStoring::storeSoFar() {
     if (m_editors.current().isBlank()) {
         if (m_edited.isDraft()) {
             m_drafts.forget();
+            forgetRefusal();
         }
         return;
     }
@@ -71,6 +73,7 @@ void EntryStoring::giveUp() {
             update();
         }
     });
+    forgetRefusal();
     if (refused) {
         // The user is let go all the same; what was stored before stays.
         m_noticed.emit(*refused);
@@ -79,11 +82,15 @@ void EntryStoring::giveUp() {
     editor.revert();
 }
 
+void EntryStoring::putBack() {
+    m_editors.current().change(m_opened);
+}
+
 void EntryStoring::begin() {
     m_session = {};
     m_drafts.begin();
     m_opened = m_editors.current().stored();
-    m_toldRefusal.clear();
+    forgetRefusal();
 }
 
 bool EntryStoring::isEmptiedNewTodo() const {
@@ -96,6 +103,7 @@ std::optional<QString> EntryStoring::tryToStore() {
     auto& editor = m_editors.current();
     if (m_edited.isDraft() ? editor.isBlank() : !editor.isChanged()) {
         m_drafts.forget();
+        forgetRefusal();
         return std::nullopt;
     }
     auto refused = refusal([&] {
@@ -121,6 +129,10 @@ void EntryStoring::stored() {
         // A text stays as it is typed, which may be more than is stored of it.
         editor.setStored(m_edited.isTodo() ? m_editors.textOf(*entry) : editor.text());
     }
+    forgetRefusal();
+}
+
+void EntryStoring::forgetRefusal() {
     if (!m_toldRefusal.isEmpty()) {
         m_toldRefusal.clear();
         m_noticed.emit({});
@@ -135,10 +147,11 @@ void EntryStoring::takeInOthers() {
         // A todo has one line: the other one becomes a todo when this one is stored.
         return;
     }
+    const auto opened = richtext::merged(editor.stored(), m_opened, theirs);
+    m_opened = opened.hasBoth ? theirs : opened.text;
     editor.change(merge.text);
     editor.setStored(theirs);
     m_edited.remember();
-    m_opened = theirs;
     // What another has written is not taken back with what was typed.
     m_session = {};
     if (merge.hasBoth) {
@@ -227,9 +240,9 @@ void EntryStoring::keepOthersTodo(const model::Entry& entry) {
                            .board = *m_model.board(),
                            .after = entry.id(),
                            .now = m_clock.now()});
-    m_opened = m_editors.textOf(entry);
-    m_editors.current().setStored(m_opened);
+    m_editors.current().setStored(m_editors.textOf(entry));
     m_edited.remember();
+    m_session = {};
     m_noticed.emit(tr("Another program changed this todo meanwhile. Its version stands below "
                       "yours."));
 }

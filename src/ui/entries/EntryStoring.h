@@ -38,6 +38,8 @@ public:
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
     /// opened.
     void giveUp();
+    /// The editor shows again what stood there before this editing, which is not stored yet.
+    void putBack();
     /// An entry was opened in its editor, or a draft.
     void begin();
     /// The store has another text by now: takes it into the editor, beside what was typed there.
@@ -58,6 +60,8 @@ private:
     /// What was refused, if anything.
     std::optional<QString> tryToStore();
     void stored();
+    /// What was told of a refusal is not so any more.
+    void forgetRefusal();
     void create();
     void update();
     void keepOthersTodo(const model::Entry& entry);
@@ -76,7 +80,8 @@ private:
     store::ModelContext& m_context;
     const base::Clock& m_clock;
     bool m_isBusy = false;
-    /// The entry's text before this editing, with what others have written into it since.
+    /// The entry's text before this editing, with what others have written into it since: what
+    /// giving up leaves.
     richtext::AttributedString m_opened;
     services::EditingSession m_session;
     /// The refusal that was told over the list; empty while there is none.

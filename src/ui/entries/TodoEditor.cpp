@@ -29,6 +29,11 @@ TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
     connect(m_field, &QTextEdit::textChanged, this, &TodoEditor::clearError);
     connect(m_field->document(), &QTextDocument::contentsChanged, this,
             &TodoEditor::neededHeightChanged);
+    connect(m_field, &QTextEdit::cursorPositionChanged, this, [this] {
+        const int margin = RowFrame::kPadding;
+        Q_EMIT revealRequested(
+            m_field->cursorRect().translated(m_field->pos()).adjusted(0, -margin, 0, margin));
+    });
     connect(m_schedule, &QToolButton::clicked, this, &TodoEditor::scheduleClicked);
     connect(&theme, &Theme::changed, this, &TodoEditor::applyTheme);
     applyTheme();

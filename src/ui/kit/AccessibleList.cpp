@@ -26,7 +26,9 @@ public:
     QAccessibleInterface* parent() const override {
         return QAccessible::queryAccessibleInterface(m_view);
     }
-    int childCount() const override { return m_speech.rowInEditing() == row() ? 1 : 0; }
+    int childCount() const override {
+        return isValid() && m_speech.rowInEditing() == row() ? 1 : 0;
+    }
     QAccessibleInterface* child(int index) const override {
         return index == 0 && childCount() == 1
                    ? QAccessible::queryAccessibleInterface(m_view->viewport())

@@ -15,16 +15,31 @@ DraftOffers::DraftOffers(const Workspace& workspace, Navigation& navigation, Boa
 }
 
 void DraftOffers::start() {
+    if (!m_workspace.context.container().allowsSave()) {
+        return; // they wait until they can be stored
+    }
     const auto found = m_workspace.drafts.find();
     m_waiting.assign(found.drafts.begin(), found.drafts.end());
-    if (!m_waiting.empty()) {
+    m_unreadable = found.unreadable;
+    if (m_waiting.empty()) {
+        tellUnreadable();
+    } else {
         showNext();
-    } else if (!found.unreadable.empty()) {
-        m_boardPage.banner().showMessage(
-            tr("A draft of what was typed before cannot be read. It is kept at %1.")
-                .arg(toQString(found.unreadable.front().native())),
-            ErrorBanner::Tone::notice);
     }
+}
+
+void DraftOffers::tellUnreadable() {
+    if (m_unreadable.empty()) {
+        return;
+    }
+    QStringList places;
+    for (const auto& each : std::exchange(m_unreadable, {})) {
+        places.push_back(toQString(each.native()));
+    }
+    m_boardPage.banner().showMessage(
+        tr("A draft of what was typed before cannot be read. It is kept at %1.")
+            .arg(places.join(QStringLiteral(", "))),
+        ErrorBanner::Tone::notice);
 }
 
 void DraftOffers::showNext() {
@@ -55,6 +70,8 @@ void DraftOffers::offerRest() {
     if (!m_waiting.empty()) {
         m_boardPage.banner().offer(tr("More was typed before Korvex ended and not stored."),
                                    tr("Show"), [this] { showNext(); });
+    } else {
+        tellUnreadable();
     }
 }
 

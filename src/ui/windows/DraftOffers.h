@@ -27,6 +27,7 @@ public:
 private:
     void showNext();
     void offerRest();
+    void tellUnreadable();
     /// Where the draft can be gone on with.
     model::Board* boardOf(const app::Draft& draft) const;
 
@@ -34,6 +35,8 @@ private:
     Navigation& m_navigation;
     BoardPage& m_boardPage;
     std::deque<app::Draft> m_waiting;
+    /// Files that the user is still to be told of.
+    std::vector<std::filesystem::path> m_unreadable;
     /// Whether the banner says what is edited.
     bool m_isShown = false;
 };

@@ -125,7 +125,8 @@ void Navigation::storeChanged() {
     m_views.sidebar.refresh();
     auto* const shown = page.board();
     const auto isInPlace = shown && isListed(*shown);
-    const auto isLookedAt = shown && shown->isLive() && shown->isArchived() && page.isReadOnly();
+    const auto isLookedAt =
+        shown && shown->isLive() && shown->isArchived() && page.entries().isArchived();
     page.refresh();
     if (!isInPlace && !isLookedAt) {
         // Soon: what is typed there may be about to be stored, and is then to stay in sight with

@@ -67,10 +67,14 @@ void SidebarPlace::toggle() {
 
 void SidebarPlace::leavePage() {
     if (isOver()) {
-        qApp->removeEventFilter(this);
-        m_sidebar.hide();
+        putAway();
         Q_EMIT left();
     }
+}
+
+void SidebarPlace::putAway() {
+    qApp->removeEventFilter(this);
+    m_sidebar.hide();
 }
 
 void SidebarPlace::setSearching(bool searching) {
@@ -152,7 +156,7 @@ void SidebarPlace::focusMoved(const QWidget* now) {
     // No new focus: another window or a menu has the keyboard for a while only.
     if (isOver() && now && now->window() == &m_window && !m_sidebar.isAncestorOf(now) &&
         !isInPopover(now)) {
-        leavePage();
+        putAway();
     }
 }
 

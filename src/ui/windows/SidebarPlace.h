@@ -46,6 +46,8 @@ private:
     void fold();
     void unfold();
     void placeOver();
+    /// Away, wherever the keyboard is.
+    void putAway();
     /// The keyboard went to something that is not of the sidebar.
     void focusMoved(const QWidget* now);
 

@@ -155,7 +155,7 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
-              [this] { m_parts.sidebarPlace.toggle(); });
+              [this] { toggleSidebar(); });
     menu->popup(globalPosition);
 }
 

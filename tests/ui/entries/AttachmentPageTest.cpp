@@ -243,6 +243,7 @@ TEST_F(AttachmentPageTest, ADraftAndItsFilesAreOneCreation) {
     copyFiles({file("a.txt")});
     field.paste();
     ASSERT_EQ(own.undo.undoActionName(), "New Todo");
+    ASSERT_TRUE(page.leave());
     own.undo.undo();
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
     EXPECT_FALSE(own.undo.canUndo());

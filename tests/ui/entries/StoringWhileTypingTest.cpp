@@ -201,15 +201,64 @@ TEST_F(StoringWhileTypingTest, ALongNewTextStaysWhereItIsOnTheScreen) {
     EXPECT_EQ(field().mapToGlobal(field().cursorRect().topLeft()), caret);
 }
 
-TEST_F(StoringWhileTypingTest, AnEmptiedTodoOfBeforeGetsBackWhatWasStoredLast) {
-    edit(*add({"a"}).front());
-    type("b");
-    runLoop.advance(kPause);
-    empty();
-    runLoop.advance(kLongest);
-    EXPECT_THAT(storedTexts(*inbox), ElementsAre("ab"));
-    key(Qt::Key_Escape);
-    EXPECT_THAT(storedTexts(*inbox), ElementsAre("ab"));
+TEST_F(StoringWhileTypingTest, AnEmptiedTodoOfBeforeGetsBackWhatItSaid) {
+    for (const int leaving : {Qt::Key_Escape, Qt::Key_Backspace}) {
+        SCOPED_TRACE(leaving);
+        edit(*add({"Buy milk"}).front());
+        for (int left = 7; left > 0; --left) {
+            key(Qt::Key_Backspace);
+        }
+        runLoop.advance(kPause);
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre("B"));
+        key(Qt::Key_Backspace);
+        runLoop.advance(kLongest);
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre("B")) << "empty for now";
+        key(leaving);
+        if (leaving == Qt::Key_Backspace) {
+            EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+            own.undo.undo();
+        }
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre("Buy milk"));
+        own.entries.deleteEntries(*inbox);
+    }
+}
+
+TEST_F(StoringWhileTypingTest, WordsOutliveTheirEntry) {
+    struct Case {
+        const char* what;
+        bool isStored;
+        Known known;
+    };
+    for (const auto& [what, isStored, known] :
+         {Case{"stored while it was typed", true, Known::yes},
+          Case{"not stored yet", false, Known::yes},
+          Case{"found out by our own store", false, Known::no}}) {
+        SCOPED_TRACE(what);
+        auto& entry = *add({"above", "word"}).back();
+        edit(entry);
+        type("s");
+        if (isStored) {
+            runLoop.advance(kPause);
+        }
+        const auto remove = [&](tests::StoreClient& client) {
+            client.entries.deleteEntry(theirs(client, entry));
+        };
+        if (known == Known::yes) {
+            elsewhere(remove);
+        } else {
+            tests::StoreClient hidden(folder / "Primary.store", log);
+            remove(hidden);
+            runLoop.advance(kPause);
+        }
+        ASSERT_TRUE(isEditing());
+        EXPECT_EQ(shown(), QStringLiteral("words"));
+        EXPECT_THAT(drafts(), SizeIs(1));
+        EXPECT_EQ(page.list().editedRow(), 1);
+        EXPECT_TRUE(page.leave());
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre("above", "words"));
+        EXPECT_THAT(drafts(), IsEmpty());
+        own.entries.deleteEntries(*inbox);
+    }
 }
 
 TEST_F(StoringWhileTypingTest, WhatCannotBeStoredIsKeptUntilItIsStoredOrDiscarded) {
@@ -253,6 +302,14 @@ TEST_F(StoringWhileTypingTest, DiscardingTakesBackWhatWasStoredMeanwhile) {
     EXPECT_EQ(entry.content(), "typed before");
     refuseAndDiscard();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("before"));
+    edit(entry);
+    setCaret(0);
+    type("typed ");
+    runLoop.advance(kPause);
+    writeElsewhere(entry, "typed before\ntheirs");
+    refuseAndDiscard();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("before\ntheirs")) << "but not what others wrote";
+    own.entries.updateText(entry, plain("before"), clock.now());
     page.startText();
     type("new");
     runLoop.advance(kPause);
