@@ -2,14 +2,13 @@
 
 #include "base/Base64.h"
 #include "base/FileReplacement.h"
+#include "base/SmallFile.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
 #include <algorithm>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
 namespace korvex::app {
@@ -126,18 +125,6 @@ std::optional<Draft> decoded(const base::Uuid& id, const std::string& contents) 
     return draft;
 }
 
-/// Absent for what is too large to be a draft, and for what cannot be read.
-std::optional<std::string> contentsOf(const fs::path& file) {
-    std::error_code error;
-    if (const auto size = fs::file_size(file, error);
-        error || size > DraftFolder::kMaximumFileBytes) {
-        return std::nullopt;
-    }
-    std::ifstream stream(file, std::ios::binary);
-    std::string contents{std::istreambuf_iterator<char>(stream), {}};
-    return stream.bad() || !stream.is_open() ? std::nullopt : std::optional(std::move(contents));
-}
-
 } // namespace
 
 fs::path DraftFolder::beside(const fs::path& storeFile) {
@@ -171,7 +158,7 @@ DraftFolder::Found DraftFolder::find() const {
             continue; // what a killed program was writing
         }
         const auto id = base::Uuid::parse(file.stem().string());
-        const auto contents = id ? contentsOf(file) : std::nullopt;
+        const auto contents = id ? base::readSmallFile(file, kMaximumFileBytes) : std::nullopt;
         if (auto draft = contents ? decoded(*id, *contents) : std::nullopt) {
             found.drafts.push_back(std::move(*draft));
         } else {

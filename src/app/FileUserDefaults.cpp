@@ -3,13 +3,12 @@
 #include "app/UserFolders.h"
 #include "base/Base64.h"
 #include "base/FileReplacement.h"
+#include "base/SmallFile.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
 
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 namespace korvex::app {
@@ -18,6 +17,9 @@ namespace {
 
 /// JSON has no bytes: they stand as {"base64": "…"}, so that no text is taken for bytes.
 constexpr const char* kBytesMember = "base64";
+
+/// Far more than all settings together.
+constexpr std::size_t kMaximumFileBytes = 16 * 1024 * 1024;
 
 rapidjson::Value::StringRefType reference(std::string_view text) {
     return {text.data(), static_cast<rapidjson::SizeType>(text.size())};
@@ -116,8 +118,7 @@ void FileUserDefaults::remove(std::string_view key) {
 }
 
 std::string FileUserDefaults::read() {
-    std::ifstream stream(m_file, std::ios::binary);
-    std::string contents{std::istreambuf_iterator<char>(stream), {}};
+    auto contents = base::readSmallFile(m_file, kMaximumFileBytes).value_or(std::string());
     // Without recursion: a file of brackets alone must not end the program.
     constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
                             rapidjson::kParseValidateEncodingFlag;

@@ -42,17 +42,17 @@ public:
     model::Board* board(const base::Uuid& id) const;
 
     model::Board& createBoard(std::string_view name, base::Instant now);
-    void renameBoard(model::Board& board, std::string_view name, base::Instant now);
-    void setArchived(bool archived, model::Board& board, base::Instant now);
+    void renameBoard(model::Board& given, std::string_view name, base::Instant now);
+    void setArchived(bool archived, model::Board& given, base::Instant now);
     /// Deletes the board with all its entries; there is no undo.
-    void deleteBoard(model::Board& board);
+    void deleteBoard(model::Board& given);
     /// A raw value of `BoardIcon`, or none for the default.
-    void setIcon(std::optional<std::string_view> icon, model::Board& board, base::Instant now);
-    void setIconColor(std::optional<std::string_view> color, model::Board& board,
+    void setIcon(std::optional<std::string_view> icon, model::Board& given, base::Instant now);
+    void setIconColor(std::optional<std::string_view> color, model::Board& given,
                       base::Instant now);
 
-    /// `boards` must be all that `boards()` returns, in the new order.
-    void reorderBoards(std::span<model::Board* const> boards, base::Instant now);
+    /// `given` must be all that `boards()` returns, in the new order.
+    void reorderBoards(std::span<model::Board* const> given, base::Instant now);
     /// Moves the board among the active ones; archived boards keep their places between them.
     void moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
                    model::EntryPlacement placement, base::Instant now);
@@ -62,7 +62,7 @@ public:
 
 private:
     /// Without duplicates of a system board and without boards merged into others, in order.
-    static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> boards);
+    static std::vector<model::Board*> visibleBoards(std::vector<model::Board*> all);
     /// Throws `protectedBoard` too.
     model::Board& persistedUserBoard(const model::Board& given) const;
     /// Numbers the visible boards in this order, and the hidden ones behind them: a hidden

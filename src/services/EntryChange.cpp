@@ -184,14 +184,18 @@ std::optional<EntryPlace> EntryChange::placeToGiveBack(const Entry& entry) const
     return isWhereItWasPut ? m_place : std::nullopt;
 }
 
-void EntryChange::takeBackFields(Entry& entry) const {
+EntryChange::TakenBack EntryChange::takeBackFields(Entry& entry) const {
+    auto takenBack = TakenBack::wholly;
     for (const auto& unit : m_units) {
-        if (isStillOurs(entry, unit)) {
-            for (const auto& field : unit) {
-                entry.setValue(field.index, field.before);
-            }
+        if (!isStillOurs(entry, unit)) {
+            takenBack = TakenBack::inPart;
+            continue;
+        }
+        for (const auto& field : unit) {
+            entry.setValue(field.index, field.before);
         }
     }
+    return takenBack;
 }
 
 } // namespace korvex::services

@@ -33,14 +33,16 @@ public:
     /// between what both have, and where one of them has moved the entry.
     std::optional<EntryChange> followedBy(const EntryChange& later) const;
 
-    /// Whether another has written words or attachments since, which taking it back would replace.
+    /// Whether the words or the attachments that it has changed are no longer as it left them:
+    /// then none of it is to be taken back.
     bool isWrittenOver(const model::Entry& entry) const;
     /// Where the entry is to stand again; absent where the change has not moved it, or another has
     /// moved, completed or restored it since.
     std::optional<EntryPlace> placeToGiveBack(const model::Entry& entry) const;
+    enum class TakenBack { wholly, inPart };
     /// Gives the fields what they held before. What others have set since stays theirs, with all
-    /// that belongs to it.
-    void takeBackFields(model::Entry& entry) const;
+    /// that belongs to it: then it is taken back in part.
+    TakenBack takeBackFields(model::Entry& entry) const;
 
 private:
     struct Field {

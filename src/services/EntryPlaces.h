@@ -21,8 +21,9 @@ struct EntryPlace {
 /// Whether what is pending moves the entry: to another place, another board, or between the active
 /// entries and the completed todos.
 bool isMoved(const model::Entry& entry);
-/// Where the entries stood before what is pending; absent for one that had no board. `entries`
-/// holds all that are pending to leave their boards. May throw StoreError.
+/// Where the entries stood before what is pending; absent for one that had no board, or whose
+/// board is not found. `entries` holds all that are pending to leave their boards. May throw
+/// StoreError.
 std::vector<std::optional<EntryPlace>> formerPlaces(store::ModelContext& context,
                                                     std::span<model::Entry* const> entries);
 

@@ -49,8 +49,10 @@ public:
     /// One line about one record, whose identifier is masked.
     void logDone(std::string_view what, const base::Uuid& id) const;
 
-private:
+    /// Throws `entryUnavailable`.
     [[noreturn]] static void refuseUnavailable();
+
+private:
     template <typename Record>
     static Record& required(Record* record) {
         if (!record) {

@@ -1,6 +1,7 @@
 #include "services/SearchService.h"
 
 #include "base/Text.h"
+#include "model/EntryContentLimit.h"
 
 #include <algorithm>
 
@@ -90,11 +91,12 @@ std::vector<std::string> SearchService::terms(std::string_view query) {
 std::vector<std::string> SearchService::foldedTerms(std::string_view query,
                                                     const base::TextFolding& folding) {
     std::vector<std::string> result;
-    for (const auto word : base::words(query)) {
+    constexpr auto kMaximumWord = model::EntryContentLimit::kMaximumBytes + 1;
+    for (const auto word : base::words(query.substr(0, kMaximumQuery + kMaximumWord))) {
         if (static_cast<std::size_t>(word.data() - query.data()) >= kMaximumQuery) {
             break;
         }
-        auto term = folding.folded(word);
+        auto term = folding.folded(word.substr(0, kMaximumWord));
         if (!term.empty()) {
             result.push_back(std::move(term));
         }

@@ -17,7 +17,8 @@ namespace korvex::services {
 /// Finds the boards and entries whose text contains every word of a query. Main thread.
 class SearchService {
 public:
-    /// Of a longer query, in bytes, only the words that begin within so many count.
+    /// Of a longer query, in bytes, only the words that begin within so many count; and of a word
+    /// that is longer than an entry may be only so much that it still is.
     static constexpr std::size_t kMaximumQuery = 4096;
 
     /// All of them must outlive it, and the results.

@@ -47,16 +47,17 @@ void UndoManager::close() {
     if (step.inverses.empty()) {
         return;
     }
-    (m_state == State::undoing ? m_redo : m_undo).push_back(std::move(step));
+    auto& stack = m_state == State::undoing ? m_redo : m_undo;
+    stack.push_back(std::move(step));
+    forgetOldest(stack);
     if (m_state == State::idle) {
         m_redo.clear();
-        forgetOldest();
         m_didChange.emit();
     }
 }
 
-void UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse,
-                               std::vector<base::Uuid> entries) {
+UndoManager::StepId UndoManager::registerUndo(std::string name, std::size_t cost, Action inverse,
+                                              std::vector<base::Uuid> entries) {
     const Group group(*this);
     auto& about = m_open.about;
     if (about.name.empty()) {
@@ -65,6 +66,7 @@ void UndoManager::registerUndo(std::string name, std::size_t cost, Action invers
     about.entries.insert(about.entries.end(), entries.begin(), entries.end());
     m_open.cost += cost;
     m_open.inverses.push_back(std::move(inverse));
+    return about.id;
 }
 
 std::optional<std::size_t> UndoManager::placeOf(StepId id) const {
@@ -128,35 +130,38 @@ void UndoManager::takeBack(Step& step) {
             step.inverses[left - 1]();
         }
     } catch (...) {
-        if (!isDoneAgain()) {
+        left += doAgain();
+        if (!m_open.inverses.empty() && left < step.inverses.size()) {
             step.inverses.resize(left); // the others are a step of their own now
         }
         throw;
     }
 }
 
-/// Does again what of a step was taken back before the rest failed. False when that fails too: then
-/// what is still taken back can be done again later.
-bool UndoManager::isDoneAgain() {
+/// Does again what of a step was taken back before the rest failed, and says how many of its parts
+/// that was. When that fails too, what is still taken back can be done again later.
+std::size_t UndoManager::doAgain() {
     auto takenBack = std::exchange(m_open.inverses, {});
+    std::size_t count = 0;
     try {
         for (; !takenBack.empty(); takenBack.pop_back()) {
             takenBack.back()();
+            ++count;
         }
     } catch (...) {
         // The caller is to hear of the first failure.
     }
     m_open.inverses = std::move(takenBack);
-    return m_open.inverses.empty();
+    return count;
 }
 
-void UndoManager::forgetOldest() {
-    auto cost = std::accumulate(m_undo.begin(), m_undo.end(), std::size_t{0},
+void UndoManager::forgetOldest(Stack& stack) {
+    auto cost = std::accumulate(stack.begin(), stack.end(), std::size_t{0},
                                 [](std::size_t sum, const Step& step) { return sum + step.cost; });
     // The latest stays, whatever it costs.
-    while (m_undo.size() > 1 && (m_undo.size() > kMaximumActions || cost > kMaximumCost)) {
-        cost -= m_undo.front().cost;
-        m_undo.pop_front();
+    while (stack.size() > 1 && (stack.size() > kMaximumActions || cost > kMaximumCost)) {
+        cost -= stack.front().cost;
+        stack.pop_front();
     }
 }
 

@@ -18,10 +18,12 @@ class UndoManager {
 public:
     /// An inverse: takes a change back and, while it does, registers the inverse of that.
     using Action = std::function<void()>;
+    /// Knows a step again; no step has 0.
+    using StepId = std::uint64_t;
 
     static constexpr std::size_t kMaximumActions = 500;
-    /// The most that the inverses may keep, in bytes; the oldest go first. It has room for eight
-    /// deletions of full attachments.
+    /// The most that the inverses of undo may keep, and those of redo, in bytes; the oldest go
+    /// first. It has room for eight deletions of full attachments.
     static constexpr std::size_t kMaximumCost = 256 * 1024 * 1024;
 
     /// While one lives, all that is registered becomes one step. A group within a group belongs to
@@ -40,12 +42,11 @@ public:
     };
 
     /// `name` is what was done ("Complete Todo"), `cost` about how many bytes `inverse` keeps,
-    /// `entries` are those that the user meant. Called during `undo`, it is the way to redo.
-    void registerUndo(std::string name, std::size_t cost, Action inverse,
-                      std::vector<base::Uuid> entries = {});
+    /// `entries` are those that the user meant. Called during `undo`, it is the way to redo. The
+    /// step that it has become a part of.
+    StepId registerUndo(std::string name, std::size_t cost, Action inverse,
+                        std::vector<base::Uuid> entries = {});
 
-    /// Knows a step again; no step has 0.
-    using StepId = std::uint64_t;
     /// What a step takes back, or does again.
     struct About {
         StepId id = 0;
@@ -90,8 +91,8 @@ private:
     std::optional<std::size_t> placeOf(StepId id) const;
     void run(Stack& stack, std::size_t place, State state);
     void takeBack(Step& step);
-    bool isDoneAgain();
-    void forgetOldest();
+    std::size_t doAgain();
+    static void forgetOldest(Stack& stack);
 
     Stack m_undo;
     Stack m_redo;

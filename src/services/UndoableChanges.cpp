@@ -1,7 +1,6 @@
 #include "services/UndoableChanges.h"
 
 #include "model/EntryAttachment.h"
-#include "model/ServiceErrors.h"
 #include "services/EntryContent.h"
 #include "services/EntryNumbering.h"
 #include "services/EntryPlaces.h"
@@ -13,8 +12,6 @@ namespace korvex::services {
 
 using backup::BackupDocument;
 using model::Entry;
-using model::EntryServiceError;
-using model::EntryServiceErrorCase;
 
 namespace {
 
@@ -52,8 +49,11 @@ model::EntryFields fieldsOf(const BackupDocument::EntryRecord& record) {
             .reminderDate = record.reminderDate};
 }
 
-[[noreturn]] void refuse() {
-    throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+/// They are in the store, and may be megabytes.
+void forgetAttachments(std::span<Entry* const> entries) {
+    for (const auto* const entry : entries) {
+        entry->forgetAttachmentData();
+    }
 }
 
 /// The reminder that is pending for the entry, if there is one.
@@ -72,8 +72,9 @@ public:
         const auto reminder = pendingReminder(entry);
         const auto wasActive = entry.isActive();
         const auto wasTodo = entry.isTodo();
-        change.takeBackFields(entry);
-        validateChanged(entry);
+        if (change.takeBackFields(entry) == EntryChange::TakenBack::inPart) {
+            validateChanged(entry);
+        }
         if (place) {
             m_places.push_back({.entry = &entry,
                                 .board = &m_writer.persisted<model::Board>(place->board),
@@ -127,6 +128,7 @@ private:
 void UndoableChanges::make(const Undoable& undoable,
                            const std::function<void()>& makeChange) const {
     std::vector<EntryChange> changes;
+    const auto textBefore = undoable.session ? textOf(*undoable.entries.front()) : 0;
     m_writer.change([&] {
         makeChange();
         if (m_undoManager) {
@@ -137,8 +139,7 @@ void UndoableChanges::make(const Undoable& undoable,
         return;
     }
     if (undoable.session) {
-        registerEdit(undoable.name, std::move(changes.front()), *undoable.entries.front(),
-                     *undoable.session);
+        registerEdit(undoable, std::move(changes.front()), textBefore);
         return;
     }
     std::size_t cost = 0;
@@ -153,12 +154,13 @@ void UndoableChanges::make(const Undoable& undoable,
                  });
 }
 
-void UndoableChanges::registerUndo(std::string_view name, std::size_t cost,
-                                   std::vector<base::Uuid> entries, Inverse inverse) const {
+UndoManager::StepId UndoableChanges::registerUndo(std::string_view name, std::size_t cost,
+                                                  std::vector<base::Uuid> entries,
+                                                  Inverse inverse) const {
     if (!m_undoManager) {
-        return;
+        return 0;
     }
-    m_undoManager->registerUndo(
+    return m_undoManager->registerUndo(
         std::string(name), cost,
         [self = *this, inverse = std::move(inverse), name = std::string(name)] {
             try {
@@ -178,7 +180,7 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
     for (const auto& each : changes) {
         entries.push_back(&m_writer.persisted<Entry>(each.id()));
         if (each.isWrittenOver(*entries.back())) {
-            refuse();
+            RecordWriter::refuseUnavailable();
         }
     }
     TakingBack taking(m_writer);
@@ -188,6 +190,7 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
         }
         taking.settlePlaces();
     });
+    forgetAttachments(entries);
     taking.log();
     if (taking.hasTodos()) {
         m_listeners.todosChanged(taking.withoutReminder());
@@ -250,7 +253,7 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
     for (const auto& each : deleted) {
         boards.push_back(&m_writer.persisted<model::Board>(each.record.boardID));
         if (m_writer.context().find<Entry>(each.record.id)) {
-            refuse();
+            RecordWriter::refuseUnavailable();
         }
     }
     std::vector<Entry*> restored;
@@ -271,6 +274,7 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
     }
     m_listeners.todosChanged();
     registerCreation(name, restored);
+    forgetAttachments(restored);
     return restored;
 }
 

@@ -78,11 +78,14 @@ private:
     };
 
     void remove(std::string_view name, std::span<model::Entry* const> entries) const;
-    void registerUndo(std::string_view name, std::size_t cost, std::vector<base::Uuid> entries,
-                      Inverse inverse) const;
-    /// Registers a step for the session, or lets its step take this back too.
-    void registerEdit(std::string_view name, EntryChange change, const model::Entry& entry,
-                      EditingSession& session) const;
+    /// The step, or 0 where none is kept.
+    UndoManager::StepId registerUndo(std::string_view name, std::size_t cost,
+                                     std::vector<base::Uuid> entries, Inverse inverse) const;
+    /// A checksum of what a person writes into an entry.
+    static std::uint64_t textOf(const model::Entry& entry);
+    /// Registers a step for the session, or lets its step take this back too. `textBefore` is what
+    /// told the entry's text before the change: the session's own, or another's.
+    void registerEdit(const Undoable& edit, EntryChange change, std::uint64_t textBefore) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes) const;

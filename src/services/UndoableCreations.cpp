@@ -1,5 +1,4 @@
 #include "base/Digest.h"
-#include "model/ServiceErrors.h"
 #include "services/UndoableChanges.h"
 
 namespace korvex::services {
@@ -16,12 +15,11 @@ std::uint64_t checksumOf(const std::optional<base::Bytes>& bytes) {
     return bytes ? base::checksum(*bytes) : 0;
 }
 
-/// Of what a person writes into an entry.
-std::uint64_t textOf(const Entry& entry) {
+} // namespace
+
+std::uint64_t UndoableChanges::textOf(const Entry& entry) {
     return checksumOf(entry.content()) * 31 + checksumOf(entry.richTextData());
 }
-
-} // namespace
 
 void UndoableChanges::registerCreation(std::string_view name, std::span<Entry* const> created,
                                        EditingSession* session) const {
@@ -36,32 +34,39 @@ void UndoableChanges::registerCreation(std::string_view name, std::span<Entry* c
                          .attachments = checksumOf(entry->attachmentData())});
         ids.push_back(entry->id());
     }
-    if (session) {
-        session->createdText = known.front().text;
-    }
+    const auto text = known.front().text;
     const auto cost = sizeof(Created) * known.size();
-    registerUndo(name, cost, std::move(ids),
-                 [known = std::move(known), name](const UndoableChanges& self) {
-                     self.takeBackCreation(name, known);
-                 });
+    const auto id = registerUndo(name, cost, std::move(ids),
+                                 [known = std::move(known), name](const UndoableChanges& self) {
+                                     self.takeBackCreation(name, known);
+                                 });
+    if (session) {
+        *session = {.id = id, .step = {}, .createdText = text};
+    }
 }
 
-void UndoableChanges::registerEdit(std::string_view name, EntryChange change, const Entry& entry,
-                                   EditingSession& session) const {
-    if (const auto created = session.createdText.lock()) {
-        *created = textOf(entry);
-        return;
-    }
-    const auto known = session.step.lock();
-    if (auto joined = known ? known->followedBy(change) : std::nullopt) {
-        *known = std::move(*joined);
-        return;
+void UndoableChanges::registerEdit(const Undoable& edit, EntryChange change,
+                                   std::uint64_t textBefore) const {
+    auto& session = *edit.session;
+    const auto* const latest = m_undoManager->nextUndo();
+    if (latest && latest->id == session.id && !m_undoManager->canRedo()) {
+        // What another has written in between is theirs: the step must not take it for its own.
+        if (const auto created = session.createdText.lock(); created && *created == textBefore) {
+            *created = textOf(*edit.entries.front());
+            return;
+        }
+        const auto known = session.step.lock();
+        if (auto joined = known ? known->followedBy(change) : std::nullopt) {
+            *known = std::move(*joined);
+            return;
+        }
     }
     const auto step = std::make_shared<EntryChange>(std::move(change));
-    session.step = step;
-    registerUndo(name, step->cost(), {step->id()}, [step, name](const auto& self) {
-        self.takeBack(name, {step.get(), 1});
-    });
+    const auto id = registerUndo(edit.name, step->cost(), {step->id()},
+                                 [step, name = edit.name](const auto& self) {
+                                     self.takeBack(name, {step.get(), 1});
+                                 });
+    session = {.id = id, .step = step, .createdText = {}};
 }
 
 void UndoableChanges::takeBackCreation(std::string_view name,
@@ -72,7 +77,7 @@ void UndoableChanges::takeBackCreation(std::string_view name,
         entries.push_back(&m_writer.persisted<Entry>(each.id));
         const auto& entry = *entries.back();
         if (textOf(entry) != *each.text || checksumOf(entry.attachmentData()) != each.attachments) {
-            throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
+            RecordWriter::refuseUnavailable();
         }
     }
     remove(name, entries);

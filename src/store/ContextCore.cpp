@@ -72,7 +72,7 @@ void ContextCore::displace(std::size_t index, Record& record) {
         return;
     }
     ChangeSet changes{.origin = ChangeSet::Origin::elsewhere};
-    m_tables[index].byRowid.erase(record.state().rowid);
+    m_tables[index].forgetRow(record);
     goneFromStore(record, changes);
     if (!changes.isEmpty()) {
         m_announcements.add(std::move(changes), Announcements::Cause::other);

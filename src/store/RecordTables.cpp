@@ -29,6 +29,10 @@ Record* RecordTables::Table::withIdentifier(const base::Uuid& id) const {
     return found(byIdentifier, id);
 }
 
+void RecordTables::Table::forgetRow(const Record& record) {
+    erase(byRowid, record.state().rowid, record);
+}
+
 RecordTables::RecordTables(std::span<const RecordType* const> types) {
     for (const auto* type : types) {
         m_tables.push_back({type, {}, {}});
@@ -55,7 +59,7 @@ void RecordTables::forget(Record& record) {
     auto& table = of(record);
     auto& state = record.state();
     erase(table.byIdentifier, record.id(), record);
-    erase(table.byRowid, state.rowid, record);
+    table.forgetRow(record);
     state.phase = RecordState::Phase::deleted;
     state.context = nullptr;
     state.owner = nullptr;

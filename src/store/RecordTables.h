@@ -24,6 +24,8 @@ public:
         /// The record of a row, or of an identifier, deleted ones too; null when none is in memory.
         Record* atRowid(std::int64_t rowid) const;
         Record* withIdentifier(const base::Uuid& id) const;
+        /// Its row is not this record's any more, unless it is another's already.
+        void forgetRow(const Record& record);
     };
 
     /// The types must outlive the tables.

@@ -15,13 +15,13 @@ namespace {
 
 /// A journal longer than this is moved into the store file after a commit.
 constexpr int kLongJournalPages = 1000;
+/// And at the start, where it was left so: every start reads all of it.
+constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
 /// A journal of more bytes than this is not left behind: who copies the store file alone then
 /// misses little.
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
 /// How long whoever is about to end waits for other programs' steps.
 constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
-/// And at the start, where it was left so: every start reads all of it.
-constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
 /// For writers that are not ours and do not know our lock.
 constexpr int kBusyTimeoutMilliseconds = 5000;
 

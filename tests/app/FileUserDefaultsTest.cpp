@@ -124,6 +124,12 @@ TEST(FileUserDefaults, HoldsWhatCannotBeWritten) {
     defaults.setInteger("fontSize", 20);
     EXPECT_EQ(defaults.integer("fontSize"), 20);
     EXPECT_EQ(file.contents(), "in the way");
+
+    const SettingsFile folder;
+    fs::create_directories(folder.path() / "in its place");
+    auto others = folder.open();
+    others.setInteger("fontSize", 18);
+    EXPECT_EQ(others.integer("fontSize"), 18);
 }
 
 TEST(FileUserDefaults, LiesInTheUsersConfiguration) {

@@ -1,5 +1,6 @@
 #include "services/SearchService.h"
 
+#include "model/EntryContentLimit.h"
 #include "services/ServiceFixture.h"
 
 #include <gmock/gmock.h>
@@ -200,6 +201,9 @@ TEST(SearchTerms, OfALongQueryTheBeginningCounts) {
     }
     const std::string one(2 * SearchService::kMaximumQuery, 'x');
     EXPECT_FALSE(SearchService::matches(filler, one, folding));
+    const std::string longest(model::EntryContentLimit::kMaximumBytes, 'x');
+    const auto ofTooLong = SearchService::foldedTerms("a " + longest + longest, folding);
+    EXPECT_THAT(ofTooLong, ElementsAre("a", longest + 'x')) << "as much as finds nothing";
 }
 
 TEST_F(SearchTest, FindsEveryWordOfTheQueryInAnyOrder) {

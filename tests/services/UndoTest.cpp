@@ -277,9 +277,16 @@ TEST_F(UndoTest, WordsThatAnotherHasWrittenSinceAreNotWrittenOver) {
 TEST_F(UndoTest, WhatNoOperationMayLeaveIsRefusedWholly) {
     const auto todos = add({"a", "b"});
     // As a store from elsewhere may hold it: a day and a time.
-    todos[0]->setSchedule({.dueDay = 20250310, .dueDate = kLater});
+    const TodoSchedule both{.dueDay = 20250310, .dueDate = kLater};
+    todos[0]->setSchedule(both);
     context->save();
     entries->updateSchedule(*todos[0], {}, kLater);
+    undo.undo();
+    EXPECT_EQ(todos[0]->schedule(), both) << "exactly what the store held";
+    undo.redo();
+    elsewhere([&](auto& others, auto& theirs) {
+        others.updateTodo(*theirs.template find<Entry>(todos[0]->id()), "theirs", kLater + 1);
+    });
     log.expectError("Change Schedule undo failed: Choose a valid todo schedule.");
     EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::invalidSchedule);
     EXPECT_TRUE(todos[0]->schedule().isEmpty());
@@ -319,6 +326,63 @@ TEST_F(UndoTest, ACreationIsTakenBackUnlessAnotherHasWrittenIntoIt) {
         EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
         EXPECT_EQ(exported(), before) << "none of them goes";
     }
+}
+
+TEST_F(UndoTest, AnEditingGoesOnInItsStepWhileThatIsTheLatest) {
+    for (const bool isNew : {true, false}) {
+        entries->deleteEntries(*board);
+        auto& other = *add({"other"}).front();
+        services::EditingSession session;
+        auto& todo = *entries
+                          ->createTodos({.contents = {"a"},
+                                         .board = *board,
+                                         .now = kNow,
+                                         .undoName = isNew ? "New" : "",
+                                         .session = &session})
+                          .front();
+        const auto type = [&](const char* text) {
+            entries->updateTodo(todo, text, kLater, &session);
+        };
+        type("ab");
+        const auto first = undo.nextUndo()->id;
+        type("abc");
+        EXPECT_EQ(undo.nextUndo()->id, first);
+        entries->updateTodo(other, "changed", kLater);
+        undo.undo();
+        EXPECT_TRUE(undo.canRedo());
+        type("abcd");
+        EXPECT_FALSE(undo.canRedo()) << "what was undone came before this";
+        entries->updateTodo(other, "changed", kLater);
+        type("abcde");
+        undo.undo();
+        EXPECT_EQ(todo.content(), "abcd") << "the latest change is the first to go";
+        undo.undo();
+        EXPECT_EQ(other.content(), "other");
+        undo.undo();
+        EXPECT_EQ(todo.content(), "abc");
+        undo.undo();
+        EXPECT_EQ(listed(exported(), board->id()), isNew ? "other " : "other a ");
+    }
+}
+
+TEST_F(UndoTest, WordsOfAnotherInANewTodoDoNotBecomeItsOwn) {
+    services::EditingSession session;
+    auto& todo = *entries
+                      ->createTodos({.contents = {"mine"},
+                                     .board = *board,
+                                     .now = kNow,
+                                     .undoName = "New Todo",
+                                     .session = &session})
+                      .front();
+    elsewhere([&](auto& others, auto& theirs) {
+        others.updateTodo(*theirs.template find<Entry>(todo.id()), "theirs", kLater);
+    });
+    entries->updateTodo(todo, "theirs and mine", kLater + 1, &session);
+    undo.undo();
+    EXPECT_EQ(todo.content(), "theirs");
+    log.expectError("New Todo undo failed");
+    EXPECT_EQ(entryRefusal([&] { undo.undo(); }), EntryServiceErrorCase::entryUnavailable);
+    EXPECT_EQ(storedOrder(*board), (std::vector<std::string>{"theirs"}));
 }
 
 TEST_F(UndoTest, ASplitIsTakenBackWholeOrNotAtAll) {
@@ -426,117 +490,6 @@ TEST_F(UndoTest, WithdrawsRemindersThatAreNoLongerRightAndNoOthers) {
         EXPECT_EQ(reminders.reconciles, reconciles + each.reconciles) << each.name;
         EXPECT_EQ(widgets.reloads, reloads + each.reconciles) << each.name;
     }
-}
-
-/// A row of letters; every change of it registers its inverse.
-struct Letters {
-    services::UndoManager undo;
-    std::string text;
-    char refused = '-';
-
-    void add(char letter) {
-        text += letter;
-        undo.registerUndo(std::string(1, letter), 1, [this, letter] { take(letter); });
-    }
-    void take(char letter) {
-        if (letter == refused) {
-            throw model::EntryServiceError(EntryServiceErrorCase::entryUnavailable);
-        }
-        text.pop_back();
-        undo.registerUndo("again", 1, [this, letter] { add(letter); });
-    }
-};
-
-TEST(UndoManager, WhatAGroupHoldsIsOneStep) {
-    using Group = services::UndoManager::Group;
-    Letters letters;
-    auto& undo = letters.undo;
-    int changes = 0;
-    const auto subscription = undo.didChange().connect([&] { ++changes; });
-    letters.add('a');
-    {
-        const Group outer(undo, "outer");
-        letters.add('b');
-        const Group inner(undo, "inner");
-        letters.add('c');
-        undo.undo();
-        EXPECT_EQ(letters.text, "abc") << "it is not finished yet";
-    }
-    { const Group empty(undo, "empty"); }
-    EXPECT_EQ(changes, 2);
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(undo.undoActionName(), "outer");
-        undo.undo();
-        EXPECT_EQ(letters.text, "a");
-        EXPECT_EQ(undo.redoActionName(), "outer");
-        undo.redo();
-        EXPECT_EQ(letters.text, "abc");
-    }
-    EXPECT_THROW(
-        {
-            const Group failing(undo);
-            letters.add('d');
-            throw std::runtime_error("the second part");
-        },
-        std::runtime_error);
-    EXPECT_EQ(undo.undoActionName(), "d") << "what was done can be undone";
-    EXPECT_FALSE(undo.canRedo());
-}
-
-TEST(UndoManager, AStepIsTakenBackFromAmongOthers) {
-    services::UndoManager undo;
-    std::string undone;
-    for (const char letter : {'a', 'b', 'c'}) {
-        undo.registerUndo(std::string(1, letter), 1, [&undone, letter] { undone += letter; });
-    }
-    const auto latest = undo.nextUndo()->id;
-    undo.undo();
-    EXPECT_FALSE(undo.findUndo(latest));
-    const auto middle = undo.nextUndo()->id;
-    undo.registerUndo("d", 1, [&] { undone += 'd'; });
-    undo.undo(middle);
-    undo.undo(middle);
-    EXPECT_EQ(undone, "cb") << "once";
-    EXPECT_EQ(undo.undoActionName(), "d");
-}
-
-TEST(UndoManager, AStepThatIsRefusedInTheMiddleIsDoneAgain) {
-    Letters letters;
-    {
-        const services::UndoManager::Group group(letters.undo, "abc");
-        for (const char letter : {'a', 'b', 'c'}) {
-            letters.add(letter);
-        }
-    }
-    letters.refused = 'a';
-    EXPECT_THROW(letters.undo.undo(), model::EntryServiceError);
-    EXPECT_EQ(letters.text, "abc");
-    EXPECT_FALSE(letters.undo.canUndo());
-    EXPECT_FALSE(letters.undo.canRedo());
-}
-
-TEST(UndoManager, KeepsTheLatestWithinItsBounds) {
-    services::UndoManager undo;
-    std::vector<int> undone;
-    for (int i = 0; i < 600; ++i) {
-        undo.registerUndo("small", 1, [&undone, i] { undone.push_back(i); });
-    }
-    undo.registerUndo("large", services::UndoManager::kMaximumCost, [&] { undone.push_back(-1); });
-    undo.undo();
-    EXPECT_FALSE(undo.canUndo());
-    undo.registerUndo("larger", services::UndoManager::kMaximumCost * 2,
-                      [&] { undone.push_back(-2); });
-    undo.undo();
-    EXPECT_EQ(undone, (std::vector{-1, -2}));
-
-    for (int i = 0; i < 600; ++i) {
-        undo.registerUndo("small", 1, [] {});
-    }
-    std::size_t count = 0;
-    for (; undo.canUndo(); ++count) {
-        undo.undo();
-    }
-    EXPECT_EQ(count, services::UndoManager::kMaximumActions);
 }
 
 } // namespace korvex::tests

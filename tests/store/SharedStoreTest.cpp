@@ -170,6 +170,32 @@ TEST_F(SharedStoreTest, ANewRowUnderADeletedRowsNumberIsAnotherRecord) {
     }
 }
 
+TEST_F(SharedStoreTest, ARecordThatLostItsRowLeavesItToTheNewOne) {
+    Entry& last = addTodo(*context, *board, "last");
+    context->save();
+    other->refresh();
+    ASSERT_EQ(sameBoard->entries().size(), 1U);
+    other->find<Entry>(last.id())->setContent("pending");
+    context->remove(last);
+    context->save();
+    Entry& next = addTodo(*context, *board, "next", 1);
+    context->save();
+    other->refresh();
+    const auto* const sameNext = other->find<Entry>(next.id());
+    auto again = std::make_unique<Entry>(
+        model::EntryFields{.id = last.id(), .typeRawValue = "todo", .content = "again"});
+    again->setBoard(board);
+    context->insert(std::move(again));
+    context->save();
+    other->refresh();
+    next.setContent("changed");
+    context->save();
+    other->refresh();
+    EXPECT_TRUE(sameNext->isLive());
+    EXPECT_EQ(sameNext->content(), "changed");
+    other->rollback();
+}
+
 TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {
     Entry& entry = addTodo(*context, *board, "base");
     context->save();

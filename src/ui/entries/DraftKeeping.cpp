@@ -40,7 +40,9 @@ app::Draft DraftKeeping::draft() const {
                      .content = base::utf8(text.text()),
                      .richTextData = {}};
     if (const auto* const entry = m_edited.entry()) {
-        draft.edited = {entry->id(), entry->updatedAt()};
+        // Where the store holds another's words too, no state of it is the one that was typed into.
+        draft.edited = {entry->id(), m_edited.isChangedInStore() ? base::Instant::distantPast()
+                                                                 : entry->updatedAt()};
     }
     if (const auto* const after = m_model.openEntryAbove(m_model.rowOf(EntryRowKind::draft))) {
         draft.after = after->id();
