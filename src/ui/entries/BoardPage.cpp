@@ -181,12 +181,7 @@ bool BoardPage::resume(const app::Draft& draft) {
 
 bool BoardPage::showRecord(const base::Uuid& id) {
     const auto* const entry = m_workspace.context.find<model::Entry>(id);
-    const auto row = entry ? m_model.rowOf(*entry) : -1;
-    if (row >= 0) {
-        m_list->setCurrentRow(row);
-        m_list->setFocus();
-    }
-    return row >= 0;
+    return entry && m_list->goTo(m_model.rowOf(*entry));
 }
 
 bool BoardPage::showsArchivedBoard() const {

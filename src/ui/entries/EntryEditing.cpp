@@ -165,10 +165,9 @@ void EntryEditing::followRecords(int row) {
     }
     auto& editor = m_editors.current();
     const auto isUntouched = !editor.isChanged();
-    const auto isTypedInto = editor.input().document()->isUndoAvailable();
     if (!m_edited.isStillOn(m_model.board())) {
         // What was stored while it was typed is gone with a deleted entry, and is in no undo here.
-        const auto isLost = !entry()->isLive() && isTypedInto;
+        const auto isLost = !entry()->isLive() && m_storing.isTypedInto();
         if (isUntouched && !isLost) {
             close();
         } else {
@@ -180,7 +179,7 @@ void EntryEditing::followRecords(int row) {
     if (!m_edited.isChangedInStore()) {
         return;
     }
-    if (isUntouched && !isTypedInto) {
+    if (isUntouched && !m_storing.isTypedInto()) {
         const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());

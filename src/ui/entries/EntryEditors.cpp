@@ -30,15 +30,7 @@ EntryEditors::EntryEditors(const EntryListModel& model, richtext::CodeHighlighte
 EntryEditors::~EntryEditors() = default;
 
 bool EntryEditors::isPartOfCurrent(const QWidget* widget) const {
-    if (m_current && m_current->owns(widget)) {
-        return true;
-    }
-    for (; widget; widget = widget->parentWidget()) {
-        if (qobject_cast<const Popover*>(widget)) {
-            return true;
-        }
-    }
-    return false;
+    return (m_current && m_current->owns(widget)) || Popover::holds(widget);
 }
 
 void EntryEditors::choose(model::EntryType type) {

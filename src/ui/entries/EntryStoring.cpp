@@ -150,6 +150,8 @@ void EntryStoring::takeInOthers() {
     const auto opened = richtext::merged(editor.stored(), m_opened, theirs);
     m_opened = opened.hasBoth ? theirs : opened.text;
     editor.change(merge.text);
+    // As a step of the editor, one undo too many would take another's words away, and store that.
+    editor.forgetSteps();
     editor.setStored(theirs);
     m_edited.remember();
     // What another has written is not taken back with what was typed.

@@ -35,6 +35,8 @@ public:
     /// The same while it is being typed: a text that is empty for now stays as it is stored, and a
     /// refusal is told once, over the list.
     void storeSoFar();
+    /// Whether anything was typed since the entry was opened, stored by now or not.
+    bool isTypedInto() const { return !m_editors.current().text().isEquivalentTo(m_opened); }
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
     /// opened.
     void giveUp();

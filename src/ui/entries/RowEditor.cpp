@@ -40,6 +40,10 @@ void RowEditor::editAround(const std::function<void(QTextCursor&)>& edit) {
     input().setTextCursor(caret);
 }
 
+void RowEditor::forgetSteps() {
+    input().document()->clearUndoRedoStacks();
+}
+
 bool RowEditor::isBlank() {
     return input().toPlainText().trimmed().isEmpty();
 }

@@ -33,7 +33,8 @@ public:
     /// Shows a text that is stored, with nothing to undo.
     virtual void load(const richtext::AttributedString& stored) = 0;
     /// Makes the text another, as one step of undo that touches no more of it than differs: the
-    /// caret and what is typed around it stay.
+    /// caret and what is typed around it stay. Where a table's edge stands in the way the document
+    /// is made anew, with nothing to undo.
     virtual void change(const richtext::AttributedString& to) = 0;
     /// What the store has of the text, as far as this editor was told.
     const richtext::AttributedString& stored() const { return m_stored; }
@@ -41,6 +42,8 @@ public:
     void setStored(const richtext::AttributedString& stored) { m_stored = stored; }
     /// Whether the text differs from the stored one.
     virtual bool isChanged() const = 0;
+    /// Nothing of the text can be undone here from now on.
+    void forgetSteps();
     /// Whether there is nothing but white space.
     bool isBlank();
     /// Gives up what was not stored.

@@ -63,14 +63,14 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(colors.danger, 1));
-    painter.setBrush(blended(colors.danger, colors.content, colors.isDark ? 0.16 : 0.09));
+    painter.setBrush(messageGround(colors, colors.danger));
     painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
                             kCornerRadius);
 }
 
 void RowRefusal::applyTheme() {
     const auto& colors = m_theme.colors();
-    const auto ground = blended(colors.danger, colors.content, colors.isDark ? 0.16 : 0.09);
+    const auto ground = messageGround(colors, colors.danger);
     m_text->setFont(m_theme.smallFont());
     m_discard->setFont(m_theme.smallFont());
     auto own = m_text->palette();

@@ -105,7 +105,7 @@ void TodoEditor::paintEvent(QPaintEvent* event) {
 }
 
 void TodoEditor::resizeEvent(QResizeEvent* event) {
-    QFrame::resizeEvent(event);
+    RowEditor::resizeEvent(event);
     place();
 }
 

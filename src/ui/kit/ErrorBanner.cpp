@@ -47,7 +47,6 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     row->addWidget(m_close, 0, Qt::AlignTop);
     hide();
     m_action->hide();
-    m_action->setText(tr("Undo"));
     m_action->setAutoRaise(true);
     m_end->setSingleShot(true);
     m_end->setInterval(kNoticeShown);
@@ -115,8 +114,8 @@ void ErrorBanner::paintEvent(QPaintEvent*) {
 void ErrorBanner::applyTheme() {
     const auto& colors = m_theme.colors();
     const auto color = m_tone == Tone::error ? colors.danger : colors.text;
-    const auto ground = blended(m_tone == Tone::error ? colors.danger : colors.accent,
-                                colors.content, colors.isDark ? 0.16 : 0.09);
+    const auto ground =
+        messageGround(colors, m_tone == Tone::error ? colors.danger : colors.accent);
     auto own = palette();
     own.setColor(QPalette::Window, ground);
     own.setColor(QPalette::WindowText, readable(color, ground));

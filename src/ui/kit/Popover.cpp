@@ -46,6 +46,13 @@ void Popover::closeNow() {
     }
 }
 
+bool Popover::holds(const QWidget* widget) {
+    while (widget && !qobject_cast<const Popover*>(widget)) {
+        widget = widget->parentWidget();
+    }
+    return widget != nullptr;
+}
+
 void Popover::placeAgain() {
     if (layout()) {
         layout()->activate();

@@ -20,6 +20,8 @@ public:
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
     void closeNow();
+    /// Whether the widget is a popover or a part of one.
+    static bool holds(const QWidget* widget);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;

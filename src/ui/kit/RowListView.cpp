@@ -18,6 +18,14 @@ void RowListView::setCurrentRow(int row) {
     scrollTo(index);
 }
 
+bool RowListView::goTo(int row) {
+    if (row >= 0) {
+        setCurrentRow(row);
+        setFocus();
+    }
+    return row >= 0;
+}
+
 int RowListView::pointedSign() const {
     return m_pointer && partUnder(*m_pointer) == RowPart::sign ? indexAt(*m_pointer).row() : -1;
 }

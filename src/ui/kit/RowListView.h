@@ -31,6 +31,8 @@ public:
 
     /// Chooses the row and scrolls until it is in sight.
     virtual void setCurrentRow(int row);
+    /// Makes the row the current one and takes the keyboard there. False for a row below 0.
+    bool goTo(int row);
     /// The number of the chosen row, or -1.
     int currentRow() const { return currentIndex().row(); }
     /// The row on whose sign the pointer is, as far as it is the pointer that is used and no key;

@@ -170,4 +170,8 @@ QColor blended(const QColor& color, const QColor& ground, double part) {
                             mix(color.blueF(), ground.blueF()));
 }
 
+QColor messageGround(const ThemeColors& colors, const QColor& color) {
+    return blended(color, colors.content, colors.isDark ? 0.16 : 0.09);
+}
+
 } // namespace korvex::ui

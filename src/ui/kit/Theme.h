@@ -75,5 +75,7 @@ double contrast(const QColor& left, const QColor& right);
 QColor readable(QColor color, const QColor& ground, double ratio = 4.5);
 /// `part` of 0 to 1 of `color` over the ground.
 QColor blended(const QColor& color, const QColor& ground, double part);
+/// The ground of a message in this colour over the content.
+QColor messageGround(const ThemeColors& colors, const QColor& color);
 
 } // namespace korvex::ui

@@ -59,12 +59,7 @@ void TodoListPage::takeKeyboard() {
 
 bool TodoListPage::showRecord(const base::Uuid& id) {
     const auto* const entry = m_workspace.context.find<model::Entry>(id);
-    const auto row = entry ? m_model.rowOf(*entry) : -1;
-    if (row >= 0) {
-        m_list->setCurrentRow(row);
-        m_list->setFocus();
-    }
-    return row >= 0;
+    return entry && m_list->goTo(m_model.rowOf(*entry));
 }
 
 void TodoListPage::scrollToTop() {

@@ -23,13 +23,6 @@ constexpr int kFirstWidth = 220;
 /// What is left of the page at its side, to be pressed.
 constexpr int kLeftOfPage = 48;
 
-bool isInPopover(const QWidget* widget) {
-    while (widget && !qobject_cast<const Popover*>(widget)) {
-        widget = widget->parentWidget();
-    }
-    return widget != nullptr;
-}
-
 } // namespace
 
 SidebarPlace::SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar)
@@ -97,7 +90,7 @@ bool SidebarPlace::eventFilter(QObject* watched, QEvent* event) {
     } else if (event->type() == QEvent::MouseButtonPress && isOver()) {
         auto* const pressed = qobject_cast<QWidget*>(watched);
         if (pressed && pressed->window() == &m_window && pressed != &m_sidebar &&
-            !m_sidebar.isAncestorOf(pressed) && !isInPopover(pressed)) {
+            !m_sidebar.isAncestorOf(pressed) && !Popover::holds(pressed)) {
             leavePage();
         }
     }
@@ -155,7 +148,7 @@ void SidebarPlace::placeOver() {
 void SidebarPlace::focusMoved(const QWidget* now) {
     // No new focus: another window or a menu has the keyboard for a while only.
     if (isOver() && now && now->window() == &m_window && !m_sidebar.isAncestorOf(now) &&
-        !isInPopover(now)) {
+        !Popover::holds(now)) {
         putAway();
     }
 }
