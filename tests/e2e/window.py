@@ -30,7 +30,9 @@ class Screen:
     def __init__(self):
         reading, writing = os.pipe()
         self.server = subprocess.Popen(
-            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1100x800x24", "-nolisten", "tcp"],
+            # Else it starts anew when its last client leaves, and ends whoever comes just then.
+            ["Xvfb", "-displayfd", str(writing), "-screen", "0", "1100x800x24", "-nolisten", "tcp",
+             "-noreset"],
             pass_fds=[writing], stderr=subprocess.DEVNULL)
         os.close(writing)
         with os.fdopen(reading) as pipe:
