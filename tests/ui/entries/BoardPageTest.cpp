@@ -4,7 +4,7 @@
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QClipboard>
 #include <QLabel>
