@@ -12,7 +12,7 @@ namespace korvex::schedule {
 template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class KeptGroups {
 public:
-    /// `condition` takes every entry that the rules hold. Empty until `read`.
+    /// `condition` takes every entry that the rules hold. Empty until `start`.
     KeptGroups(store::ModelContext& context, store::Condition condition, GroupRules& rules)
         : m_context(context), m_followed(context, std::move(condition)), m_rules(rules) {}
 
