@@ -127,7 +127,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     std::vector<Record*> result;
     while (statement.step()) {
         auto& record = materialize(index, statement);
-        if (record.isLive() && !PendingRecords::hold(record)) {
+        if (record.isLive() && !PendingRecords::isPending(record)) {
             result.push_back(&record);
         }
     }

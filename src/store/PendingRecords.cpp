@@ -36,7 +36,7 @@ bool PendingRecords::concern(const RecordType& type) const {
     return isAmong(inserted) || isAmong(touched) || isAmong(deleted);
 }
 
-bool PendingRecords::hold(const Record& record) {
+bool PendingRecords::isPending(const Record& record) {
     return record.isLive() && (record.isInserted() || record.hasChanges());
 }
 
@@ -44,7 +44,7 @@ void PendingRecords::visit(const RecordType& type,
                            const std::function<void(Record&)>& visit) const {
     for (const auto* records : {&inserted, &touched}) {
         for (auto* record : *records) {
-            if (&record->storedType() == &type && hold(*record)) {
+            if (&record->storedType() == &type && isPending(*record)) {
                 visit(*record);
             }
         }

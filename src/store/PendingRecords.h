@@ -20,7 +20,7 @@ struct PendingRecords {
     /// Whether a record of this type is among them: what the store has of it is not the last word.
     bool concern(const RecordType& type) const;
     /// Whether the store does not have the record as it is now.
-    static bool hold(const Record& record);
+    static bool isPending(const Record& record);
     /// Calls `visit` with each record of the type that is inserted or changed.
     void visit(const RecordType& type, const std::function<void(Record&)>& visit) const;
     /// Those of `touched` that differ from what is stored.
