@@ -2,7 +2,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -1,7 +1,7 @@
 #include "model/ServiceErrors.h"
 #include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QClipboard>
 #include <QLabel>
