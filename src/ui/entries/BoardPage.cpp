@@ -50,8 +50,10 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     connectParts();
     connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
-    m_ticks = workspace.scheduleClock.didTick().connect(
-        [this](base::Instant) { m_list->forgetLabels(); });
+    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
+        m_list->forgetLabels();
+        m_editing.showDue();
+    });
 }
 
 BoardPage::~BoardPage() = default;

@@ -159,6 +159,12 @@ void EntryEditing::recordsChanged() {
     followRecords(m_view.editedRow());
 }
 
+void EntryEditing::showDue() {
+    if (m_edited.isStored() && entry()) {
+        m_editors.showDue(entry());
+    }
+}
+
 void EntryEditing::followRecords(int row) {
     if (!m_edited.isStored() || !entry() || m_storing.isBusy()) {
         return;
@@ -175,7 +181,7 @@ void EntryEditing::followRecords(int row) {
         }
         return;
     }
-    m_editors.showDue(entry());
+    showDue();
     if (!m_edited.isChangedInStore()) {
         return;
     }
