@@ -47,7 +47,7 @@ std::optional<std::string> impliedIdentifier(const Board& board) {
     return std::nullopt;
 }
 
-std::string normalized(std::string_view name) {
+std::string normalizedName(std::string_view name) {
     const auto trimmed = base::trimmed(name);
     if (trimmed.empty()) {
         refuse(BoardServiceErrorCase::emptyName);
@@ -208,7 +208,7 @@ Board& BoardService::persistedUserBoard(const Board& given) const {
 }
 
 Board& BoardService::createBoard(std::string_view name, base::Instant now, const Look& look) {
-    auto boardName = normalized(name);
+    auto boardName = normalizedName(name);
     auto icon = checkedIcon(look.icon);
     auto color = checkedColor(look.color);
     const store::LockedStep step(m_writer.context());
@@ -267,7 +267,7 @@ void BoardService::number(std::vector<Board*> visible, base::Instant now) const 
 void BoardService::renameBoard(Board& given, std::string_view name, base::Instant now) {
     const store::LockedStep step(m_writer.context());
     auto& board = m_writer.persisted(given);
-    auto boardName = normalized(name);
+    auto boardName = normalizedName(name);
     m_writer.change([&] {
         nameSystemBoard(board);
         board.setName(std::move(boardName));
