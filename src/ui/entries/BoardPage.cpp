@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>

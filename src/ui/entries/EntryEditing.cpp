@@ -1,8 +1,8 @@
 #include "ui/entries/EntryEditing.h"
 
 #include "model/ServiceErrors.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/words/Text.h"
 
 #include <QMenu>
 
