@@ -16,8 +16,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
       m_view(view),
       m_editors(model, workspace.code, theme, *view.viewport()),
       m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
-      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
-                workspace.clock),
+      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.undo,
+                workspace.context, workspace.clock),
       m_undo(workspace.undo),
       m_typing(workspace.runLoop, [this] { storeSoFar(); }),
       m_notices(m_storing.noticed().connect(

@@ -141,10 +141,12 @@ void Navigation::storeChanged() {
 }
 
 void Navigation::leaveGoneBoard(const model::Board* board) {
-    auto* const inbox = m_boards.inboxBoard();
+    // After a restore the same board is another record.
+    auto* const again = board ? m_boards.board(board->id()) : nullptr;
+    auto* const next = again && isListed(*again) ? again : m_boards.inboxBoard();
     const auto isGone = !board || !isListed(*board);
-    if (isGone && inbox && m_views.boardPage.board() == board) {
-        m_views.boardPage.showBoard(*inbox);
+    if (isGone && next && m_views.boardPage.board() == board) {
+        m_views.boardPage.showBoard(*next);
         pageChanged();
     }
 }
