@@ -19,8 +19,6 @@ public:
     /// The zone the machine is set to now (read anew at each call: TZ, then the system's setting).
     static TimeZone system();
     static TimeZone utc();
-    /// Absent for a name that the zone database does not hold.
-    static std::optional<TimeZone> named(std::string_view name);
 
     std::string name() const;
     bool operator==(const TimeZone& other) const;
@@ -73,7 +71,7 @@ public:
 
     /// Absent outside the distant past … distant future.
     std::optional<DayNumber> day(Instant instant) const;
-    /// Noon of the day; absent for a number that is no day of 0001-01-01 … 9999-12-31.
+    /// Noon of the day; absent for what is no day, and where noon is outside the valid range.
     std::optional<Instant> noon(DayNumber day) const;
     /// The first moment of the day that `instant` lies in; absent outside the valid range.
     std::optional<Instant> startOfDay(Instant instant) const;

@@ -414,6 +414,35 @@ TEST_F(EntryAttachmentsTest, WhatAnotherProgramAttachesIsKept) {
     EXPECT_THAT(names(entry), ElementsAre("theirs", "mine again", "last"));
 }
 
+TEST_F(EntryAttachmentsTest, NoOperationLeavesTheirBytesInMemory) {
+    const std::function<void(Entry&, Entry&)> operations[]{
+        [](Entry& from, Entry&) { services::attachmentsOf(from); },
+        [this](Entry& from, Entry&) { services::attachment(from, idOf(from, "a")); },
+        [this](Entry& from, Entry&) { entries->removeAttachment(idOf(from, "a"), from, kLater); },
+        [this](Entry& from, Entry&) {
+            entries->moveAttachment(idOf(from, "b"), from, from, idOf(from, "a"),
+                                    EntryPlacement::before, kLater);
+        },
+        [this](Entry& from, Entry& to) {
+            entries->moveAttachment(idOf(from, "a"), from, to, std::nullopt, EntryPlacement::after,
+                                    kLater);
+        },
+    };
+    for (const auto& operation : operations) {
+        auto& from = todo();
+        auto& to = todo();
+        attach(from, {"a", "b"});
+        attach(to, {"x"});
+        operation(from, to);
+        // Underneath, so that only what is read anew is seen to be damaged.
+        SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
+            .exec("UPDATE \"Entry.attachmentData\" SET bytes = x'00'");
+        for (const auto* const entry : {&from, &to}) {
+            EXPECT_TRUE(services::attachmentsOf(*entry).isDamaged) << &operation - operations;
+        }
+    }
+}
+
 TEST_F(EntryAttachmentsTest, RandomOperationsAgreeWithListsInMemory) {
     std::mt19937 random(4);
     const auto pick = [&](std::size_t below) { return random() % below; };

@@ -365,6 +365,14 @@ TEST_F(SearchTest, OthersDeletionsAreSeenWithoutRecordsOfThem) {
     EXPECT_EQ(all(readersSearch.search("here")), expected(reader, readersBoards, "here"));
 }
 
+TEST_F(SearchTest, WhatComesInThousandsIsFoundToo) {
+    add({"one here"});
+    ASSERT_EQ(search->search("here").size(), 1U);
+    add(std::vector<std::string>(3000, "many here"));
+    EXPECT_EQ(search->search("here").size(), 3001U);
+    EXPECT_EQ(search->search("one").size(), 1U);
+}
+
 /// Changes of all kinds, here and elsewhere, saved and not; after each the search finds what a
 /// fresh look at all records finds.
 class RandomSearchTest : public SearchTest, public testing::WithParamInterface<unsigned> {

@@ -245,6 +245,9 @@ TEST_F(SharedStoreTest, ARecordDeletedUnderneathIsReportedAndNeverComesBack) {
 }
 
 TEST_F(SharedStoreTest, NothingIsStoredOnABoardThatWasDeletedMeanwhile) {
+    Entry& stays = addTodo(*context, addBoard(*context, "Work"), "stays");
+    context->save();
+    other->refresh();
     Entry& added = addTodo(*other, *sameBoard, "typed meanwhile");
     context->remove(*board);
     context->save();
@@ -252,7 +255,17 @@ TEST_F(SharedStoreTest, NothingIsStoredOnABoardThatWasDeletedMeanwhile) {
     EXPECT_TRUE(added.isInserted());
     EXPECT_EQ(added.content(), "typed meanwhile");
     other->rollback();
-    EXPECT_EQ(ModelContext(*mine).count<Entry>(), 0U);
+    auto& moved = *other->find<Entry>(stays.id());
+    Board& gone = addBoard(*context, "Gone");
+    context->save();
+    other->refresh();
+    moved.setBoard(other->find<Board>(gone.id()));
+    context->remove(gone);
+    context->save();
+    EXPECT_THROW(other->save(), store::StoreError);
+    other->rollback();
+    EXPECT_EQ(moved.board()->name(), "Work");
+    EXPECT_EQ(ModelContext(*mine).count<Entry>(), 1U);
     EXPECT_TRUE(mine->check().problems.empty());
 }
 

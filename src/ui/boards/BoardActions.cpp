@@ -3,9 +3,9 @@
 #include "base/Collation.h"
 #include "ui/boards/BoardIconPopover.h"
 #include "ui/boards/BoardListing.h"
-#include "ui/kit/ConfirmationSheet.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QMenu>
 
@@ -18,7 +18,7 @@ BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards
     : m_listing(listing), m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
-    const bool canChange = m_boards.allowsChanges();
+    const auto canChange = m_boards.allowsChanges();
     const MenuItems items(menu, *this);
     if (board.isArchived()) {
         items.add(tr("Unarchive"), {}, [this, &board] { unarchive(board); }).setEnabled(canChange);

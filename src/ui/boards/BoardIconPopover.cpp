@@ -2,10 +2,10 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/ButtonGrid.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/controls/ButtonGrid.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -30,7 +30,7 @@ constexpr int kWindowMargin = 8;
 
 /// As many as the window has room for.
 int columnsIn(const QWidget& window, int iconSize, int most, const Theme& theme) {
-    const int room = window.width() - 2 * (kMargin + kWindowMargin);
+    const auto room = window.width() - 2 * (kMargin + kWindowMargin);
     return std::clamp(room / (theme.scaled(iconSize) + kAroundIcon), 1, most);
 }
 
@@ -88,8 +88,7 @@ QToolButton* BoardIconPopover::addButton(ButtonGrid& grid, const QString& title,
 
 void BoardIconPopover::addIcons() {
     for (const auto icon : model::allBoardIcons()) {
-        auto* const button =
-            addButton(*m_icons, tr(std::string(model::title(icon)).c_str()), kIconSize);
+        auto* const button = addButton(*m_icons, translated(model::title(icon)), kIconSize);
         connect(button, &QToolButton::clicked, this, [this, icon] { chooseIcon(icon); });
     }
 }
@@ -103,7 +102,7 @@ void BoardIconPopover::addColors() {
     };
     add(std::nullopt, tr("Accent color"));
     for (const auto color : model::allBoardIconColors()) {
-        add(color, tr(std::string(model::title(color)).c_str()));
+        add(color, translated(model::title(color)));
     }
 }
 

@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>
@@ -50,8 +50,10 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     connectParts();
     connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
-    m_ticks = workspace.scheduleClock.didTick().connect(
-        [this](base::Instant) { m_list->forgetLabels(); });
+    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
+        m_list->forgetLabels();
+        m_editing.showDue();
+    });
 }
 
 BoardPage::~BoardPage() = default;

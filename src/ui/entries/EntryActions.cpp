@@ -1,7 +1,7 @@
 #include "ui/entries/EntryActions.h"
 
 #include "ui/boards/BoardPicker.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <algorithm>
 

@@ -1,8 +1,8 @@
 #include "ui/entries/EntryEditing.h"
 
 #include "model/ServiceErrors.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/words/Text.h"
 
 #include <QMenu>
 
@@ -159,6 +159,12 @@ void EntryEditing::recordsChanged() {
     followRecords(m_view.editedRow());
 }
 
+void EntryEditing::showDue() {
+    if (m_edited.isStored() && entry()) {
+        m_editors.showDue(entry());
+    }
+}
+
 void EntryEditing::followRecords(int row) {
     if (!m_edited.isStored() || !entry() || m_storing.isBusy()) {
         return;
@@ -175,7 +181,7 @@ void EntryEditing::followRecords(int row) {
         }
         return;
     }
-    m_editors.showDue(entry());
+    showDue();
     if (!m_edited.isChangedInStore()) {
         return;
     }

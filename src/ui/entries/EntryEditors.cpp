@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/editor/RichTextEdit.h"
-#include "ui/kit/Popover.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/overlays/Popover.h"
+#include "ui/kit/words/Text.h"
 
 #include <QApplication>
 #include <QKeyEvent>

@@ -1,8 +1,8 @@
 #include "ui/entries/EntryItemDelegate.h"
 
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/RowGround.h"
+#include "ui/kit/lists/RowGround.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/todos/TodoPainting.h"
 
 #include <QPainter>
@@ -53,6 +53,20 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         paintPlain(*painter, laidOut, row, option.state);
     }
     painter->restore();
+}
+
+QPixmap EntryItemDelegate::picture(QStyleOptionViewItem option, const QModelIndex& index,
+                                   qreal scale) const {
+    constexpr double kOpacity = 0.85;
+    QPixmap picture(option.rect.size() * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setOpacity(kOpacity);
+    option.rect.moveTopLeft(QPoint());
+    paint(&painter, option, index);
+    painter.end();
+    return picture;
 }
 
 void EntryItemDelegate::paintPlain(QPainter& painter, const EntryRowLayout& laidOut, int row,

@@ -1,6 +1,6 @@
 #include "ui/entries/RowRefusal.h"
 
-#include "ui/kit/Accessibility.h"
+#include "ui/kit/speech/Accessibility.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QHBoxLayout>

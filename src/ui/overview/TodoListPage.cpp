@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/PageHeader.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/pages/PageHeader.h"
 #include "ui/overview/TodoListView.h"
 
 namespace korvex::ui {

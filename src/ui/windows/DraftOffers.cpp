@@ -1,7 +1,7 @@
 #include "ui/windows/DraftOffers.h"
 
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
 #include <utility>

@@ -2,9 +2,9 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/words/Text.h"
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
 #include "ui/overview/UpcomingPage.h"

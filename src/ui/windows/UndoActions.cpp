@@ -1,21 +1,15 @@
 #include "ui/windows/UndoActions.h"
 
-#include "ui/kit/Page.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/Page.h"
+#include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QMenu>
 
 namespace korvex::ui {
 
 namespace {
-
-/// "Complete Todo"; the names of what was done are the services' own.
-QString translated(const std::string& name) {
-    return QCoreApplication::translate("korvex::services::UndoManager", name.c_str());
-}
 
 /// "Undo Complete Todo".
 QString withName(const QString& action, const std::string& name) {

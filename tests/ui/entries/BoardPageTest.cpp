@@ -1,10 +1,7 @@
-#include "ui/entries/BoardPage.h"
-
 #include "model/ServiceErrors.h"
-#include "ui/StillStyle.h"
-#include "ui/WindowFixture.h"
+#include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QClipboard>
 #include <QLabel>
@@ -19,18 +16,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-class BoardPageTest : public tests::WindowFixture {
+class BoardPageTest : public tests::BoardPageFixture {
 protected:
-    BoardPageTest() {
-        list().setStyle(&still);
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
-    }
-
-    EntryListView& list() { return page.list(); }
     TodoEditor& editor() { return *page.findChild<TodoEditor*>(); }
     bool isEditing() { return !editor().isHidden(); }
     void key(int which, Qt::KeyboardModifiers modifiers = {}) {
@@ -48,10 +35,6 @@ protected:
         key(Qt::Key_Return);
     }
     QString editorError() { return tests::shownRefusal(page); }
-
-    tests::StillStyle still;
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
 };
 
 TEST_F(BoardPageTest, ReturnStoresAndMakesTheNextTodo) {
@@ -373,6 +356,17 @@ TEST_F(BoardPageTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {
     });
     EXPECT_EQ(list().editedRow(), 0);
     EXPECT_GE(label.width(), label.sizeHint().width()) << "when it arrives while one types";
+}
+
+TEST_F(BoardPageTest, TheLabelOfAnEditedTodoFollowsTheClock) {
+    auto& todo = *add({"a"}).front();
+    own.entries.updateSchedule(todo, model::TodoSchedule::dueAt(kNow + 60), kNow);
+    edit(0);
+    const auto& label = *editor().findChild<QToolButton*>();
+    EXPECT_TRUE(label.text().startsWith(QStringLiteral("Today")));
+    clock.advance(120);
+    workspace.scheduleClock.refresh();
+    EXPECT_TRUE(label.text().startsWith(QStringLiteral("Overdue")));
 }
 
 TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {

@@ -1,7 +1,7 @@
 #include "ui/overview/SearchPage.h"
 
 #include "ui/WindowFixture.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QLabel>
 #include <QScrollBar>
@@ -55,6 +55,18 @@ TEST_F(SearchPageTest, RowsSayWhatTheyAreAndWhere) {
                                     "Milk route | Board, Archived",
                                     "on oat milk | Text, on Milk route, Archived"));
     EXPECT_EQ(list().currentRow(), 0) << "Return opens the first without more ado";
+}
+
+TEST_F(SearchPageTest, WhatFallsDueIsSaidWithoutAClick) {
+    workspace.scheduleClock.start(*own.container);
+    const auto todos = add({"Buy milk"});
+    own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueAt(kNow + 60), kNow);
+    page.search(QStringLiteral("milk"));
+    runLoop.runPosted();
+    EXPECT_THAT(rows(), ElementsAre(::testing::Not(::testing::HasSubstr("Overdue"))));
+    clock.advance(61);
+    runLoop.advance(61);
+    EXPECT_THAT(rows(), ElementsAre(::testing::HasSubstr("Overdue")));
 }
 
 TEST_F(SearchPageTest, NothingFoundIsSaidInWords) {

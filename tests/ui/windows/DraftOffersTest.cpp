@@ -2,7 +2,7 @@
 
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/MainWindow.h"
 
 #include <QPushButton>

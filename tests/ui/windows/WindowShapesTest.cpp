@@ -2,8 +2,8 @@
 
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/pages/NoticeLine.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/PageStack.h"

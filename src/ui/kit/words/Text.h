@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+#include <string>
+#include <string_view>
+
+namespace korvex::ui {
+
+inline QString toQString(std::string_view text) {
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+/// Unit for unit; QString's own conversion takes a byte order mark away.
+inline QString toQString(std::u16string_view text) {
+    return QString(reinterpret_cast<const QChar*>(text.data()),
+                   static_cast<qsizetype>(text.size()));
+}
+
+/// An unpaired surrogate, which no UTF-8 can carry, becomes the replacement character.
+inline std::string toUtf8(const QString& text) {
+    return text.toStdString();
+}
+
+/// What the floors below say, in the language of the windows: a catalogue has it by its English
+/// text, all in one context.
+inline QString translated(std::string_view english) {
+    return QCoreApplication::translate("korvex", std::string(english).c_str());
+}
+
+/// The text with invisible places to break a line in words that are too long for one.
+inline QString breakable(const QString& text) {
+    constexpr int kLongWord = 16;
+    QString result;
+    int letters = 0;
+    for (const auto character : text) {
+        letters = character.isSpace() ? 0 : letters + 1;
+        if (letters > kLongWord && !character.isLowSurrogate() && !character.isMark()) {
+            result += QChar(0x200B);
+        }
+        result += character;
+    }
+    return result;
+}
+
+/// The beginning of an entry's first line, to name it by.
+inline QString shortened(const QString& text) {
+    constexpr int kShown = 60;
+    const auto line = text.trimmed().section(QLatin1Char('\n'), 0, 0);
+    return line.size() > kShown ? line.left(kShown) + QStringLiteral("…") : line;
+}
+
+} // namespace korvex::ui
