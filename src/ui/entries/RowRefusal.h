@@ -1,36 +1,43 @@
 #pragma once
 
-#include "ui/kit/Theme.h"
+#include "ui/kit/ErrorBanner.h"
 
-#include <QFrame>
-
-class QLabel;
+class QBoxLayout;
 class QPushButton;
 
 namespace korvex::ui {
 
-/// Says at the foot of an edited row why something was refused, and offers to give up what was
-/// typed. It lies over the rows beside: none of them moves when it comes and goes. Main thread.
+/// Says at the foot of an edited row why something was refused, or what has become of the entry,
+/// and offers to give up what was typed. Main thread.
 class RowRefusal final : public QFrame {
     Q_OBJECT
 
 public:
-    RowRefusal(const Theme& theme, QWidget* viewport);
+    RowRefusal(const Theme& theme, QWidget* editor);
 
-    void setMessage(const QString& message);
-    /// Stands under this place in the viewport, above it where there is no room.
-    void placeAt(const QRect& row);
+    void setMessage(const QString& message, ErrorBanner::Tone tone);
+    /// Whether there is anything to be given up.
+    void setDiscardable(bool discardable);
+    QString message() const;
+    /// The height that it needs at this width.
+    int neededHeight(int width);
 
 Q_SIGNALS:
     void discarded();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    /// Puts the button beside the words, or below them where there is no room for both.
+    void arrange(int width);
+    QColor color() const;
     void applyTheme();
 
     const Theme& m_theme;
+    ErrorBanner::Tone m_tone = ErrorBanner::Tone::error;
+    QBoxLayout* m_line;
     QLabel* m_text;
     QPushButton* m_discard;
 };

@@ -10,6 +10,8 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <utility>
+
 namespace korvex::ui {
 
 namespace {
@@ -50,51 +52,54 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     m_action->setAutoRaise(true);
     m_end->setSingleShot(true);
     m_end->setInterval(kNoticeShown);
-    connect(m_end, &QTimer::timeout, this, &ErrorBanner::clear);
+    connect(m_end, &QTimer::timeout, this, &ErrorBanner::endShown);
     connect(m_action, &QToolButton::clicked, this, [this] {
-        const auto perform = m_perform;
-        clear();
+        const auto perform = m_said.back().message.perform;
+        endShown();
         perform();
     });
-    connect(m_close, &QToolButton::clicked, this, &ErrorBanner::clear);
+    connect(m_close, &QToolButton::clicked, this, &ErrorBanner::endShown);
     connect(&theme, &Theme::changed, this, &ErrorBanner::applyTheme);
     applyTheme();
 }
 
-void ErrorBanner::showMessage(const QString& message, Tone tone) {
-    m_tone = tone;
+ErrorBanner::MessageId ErrorBanner::say(Message message, MessageId instead) {
+    std::erase_if(m_said, [instead](const Said& each) { return each.id == instead; });
+    m_said.push_back({++m_lastId, std::move(message)});
+    showLast();
+    return m_lastId;
+}
+
+void ErrorBanner::end(MessageId id) {
+    std::erase_if(m_said, [id](const Said& each) { return each.id == id; });
+    showLast();
+}
+
+void ErrorBanner::endShown() {
+    end(m_shown);
+}
+
+void ErrorBanner::showLast() {
+    const auto last = m_said.empty() ? 0 : m_said.back().id;
+    if (last == std::exchange(m_shown, last)) {
+        return;
+    }
     m_end->stop();
-    m_action->hide();
-    m_text->setText(message);
+    if (m_said.empty()) {
+        hide();
+        m_text->clear();
+        return;
+    }
+    const auto& message = m_said.back().message;
+    m_action->setText(message.action);
+    m_action->setVisible(!message.action.isEmpty());
+    m_text->setText(message.text);
     applyTheme();
     show();
-    Accessibility::say(*this, message);
-}
-
-void ErrorBanner::tell(const QString& message) {
-    showMessage(message, Tone::notice);
-    m_end->start();
-}
-
-void ErrorBanner::offer(const QString& message, const QString& action,
-                        std::function<void()> perform) {
-    tell(message);
-    m_perform = std::move(perform);
-    m_action->setText(action);
-    m_action->show();
-}
-
-void ErrorBanner::endOffer() {
-    if (!m_action->isHidden()) {
-        clear();
+    Accessibility::say(*this, message.text);
+    if (message.lasts == Lasts::shortly) {
+        m_end->start();
     }
-}
-
-void ErrorBanner::clear() {
-    hide();
-    m_end->stop();
-    m_action->hide();
-    m_text->clear();
 }
 
 QString ErrorBanner::message() const {
@@ -113,9 +118,9 @@ void ErrorBanner::paintEvent(QPaintEvent*) {
 
 void ErrorBanner::applyTheme() {
     const auto& colors = m_theme.colors();
-    const auto color = m_tone == Tone::error ? colors.danger : colors.text;
-    const auto ground =
-        messageGround(colors, m_tone == Tone::error ? colors.danger : colors.accent);
+    const auto isError = m_said.empty() || m_said.back().message.tone == Tone::error;
+    const auto color = isError ? colors.danger : colors.text;
+    const auto ground = messageGround(colors, isError ? colors.danger : colors.accent);
     auto own = palette();
     own.setColor(QPalette::Window, ground);
     own.setColor(QPalette::WindowText, readable(color, ground));

@@ -157,7 +157,7 @@ void TodoListPage::remove(model::Entry& entry) {
 
 void TodoListPage::openSchedule(model::Entry& entry) {
     if (!m_workspace.boards.allowsChanges()) {
-        banner().showMessage(
+        refuse(
             toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
         return;
     }

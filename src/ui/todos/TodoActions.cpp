@@ -15,7 +15,7 @@ TodoActions::TodoActions(Page& page, const TodoServices& services, services::Und
       m_undoChanges(undo.didChange().connect([this] {
           if (m_offered != 0 && !m_undo.findUndo(m_offered)) {
               m_offered = 0;
-              m_page.banner().endOffer();
+              m_page.banner().end(m_offer);
           }
       })) {}
 
@@ -45,8 +45,8 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
 void TodoActions::offerUndo(const QString& message) {
     const auto* const step = m_undo.nextUndo();
     m_offered = step ? step->id : 0;
-    m_page.banner().offer(message, tr("Undo"),
-                          [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
+    m_offer = m_page.offer(message, tr("Undo"),
+                           [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {

@@ -4,6 +4,7 @@
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/Accessibility.h"
 #include "ui/kit/NoticeLine.h"
+#include "ui/kit/Popover.h"
 #include "ui/kit/Text.h"
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
@@ -191,12 +192,13 @@ void MainWindow::showNotices(const std::vector<std::string>& notices) {
         lines.append(toQString(notice));
     }
     if (!lines.isEmpty()) {
-        m_boardPage->banner().showMessage(lines.join(QLatin1Char('\n')), ErrorBanner::Tone::notice);
+        m_boardPage->banner().say(
+            {.text = lines.join(QLatin1Char('\n')), .tone = ErrorBanner::Tone::notice});
     }
 }
 
 void MainWindow::showError(const QString& message) {
-    m_pages->current().banner().showMessage(message);
+    m_pages->current().refuse(message);
 }
 
 void MainWindow::comeForward() {
@@ -231,13 +233,20 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 
 void MainWindow::storeAll() {
     m_layout.save();
-    m_pages->current().leave();
+    static_cast<void>(leaveAll());
+}
+
+/// As a press outside of all that is being edited: panels, the name of a board, the entry.
+bool MainWindow::leaveAll() {
+    const auto isDismissed = Popover::dismissAll(*this);
+    m_sidebar->leave();
+    return m_pages->current().leave() && isDismissed;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     m_layout.save();
     // What could not be stored stays in sight, with the reason.
-    event->setAccepted(m_pages->current().leave());
+    event->setAccepted(leaveAll());
 }
 
 } // namespace korvex::ui
