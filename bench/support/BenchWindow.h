@@ -6,7 +6,7 @@
 #include "support/BenchStore.h"
 #include "support/Scratch.h"
 #include "support/VirtualScreen.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/workspace/WorkspaceOwner.h"
 

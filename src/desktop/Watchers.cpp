@@ -4,7 +4,7 @@
 #include "platform/qt/StoreWatcher.h"
 #include "platform/qt/SystemAppearanceWatcher.h"
 #include "platform/qt/SystemTimeWatcher.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QGuiApplication>
 

@@ -3,7 +3,7 @@
 #include "base/Signal.h"
 #include "platform/qt/SingleInstance.h"
 #include "store/ModelContainer.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/workspace/Workspace.h"
 

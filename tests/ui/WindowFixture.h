@@ -8,8 +8,8 @@
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
-#include "ui/kit/Text.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
+#include "ui/kit/words/Text.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>

@@ -1,4 +1,4 @@
-#include "ui/kit/Language.h"
+#include "ui/kit/words/Language.h"
 
 #include <QApplication>
 

@@ -7,8 +7,8 @@
 #include "store/ModelContainer.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/attachments/AttachmentClipboard.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>

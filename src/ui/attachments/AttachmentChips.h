@@ -1,7 +1,7 @@
 #pragma once
 
 #include "services/AttachmentList.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QPainter>
 #include <QRect>

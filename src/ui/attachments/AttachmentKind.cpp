@@ -1,6 +1,6 @@
 #include "ui/attachments/AttachmentKind.h"
 
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QMimeDatabase>
 

@@ -3,7 +3,7 @@
 #include "services/AttachmentList.h"
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/attachments/AttachmentKind.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QBuffer>
 #include <QFuture>

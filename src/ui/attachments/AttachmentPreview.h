@@ -2,7 +2,7 @@
 
 #include "base/Uuid.h"
 #include "model/Entry.h"
-#include "ui/kit/Popover.h"
+#include "ui/kit/overlays/Popover.h"
 
 #include <QImage>
 #include <QPointer>

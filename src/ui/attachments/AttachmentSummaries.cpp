@@ -1,6 +1,6 @@
 #include "ui/attachments/AttachmentSummaries.h"
 
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 namespace korvex::ui {
 

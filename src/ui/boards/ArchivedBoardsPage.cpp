@@ -4,9 +4,9 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/SidebarRow.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/PageHeader.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/PageHeader.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/words/Text.h"
 
 #include <QHBoxLayout>
 #include <QPushButton>

@@ -2,7 +2,7 @@
 
 #include "services/BoardService.h"
 #include "store/ModelContext.h"
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 
 #include <vector>
 

@@ -3,9 +3,9 @@
 #include "base/Collation.h"
 #include "ui/boards/BoardIconPopover.h"
 #include "ui/boards/BoardListing.h"
-#include "ui/kit/ConfirmationSheet.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QMenu>
 

@@ -2,7 +2,7 @@
 
 #include "base/Clock.h"
 #include "services/BoardService.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QObject>
 

@@ -2,7 +2,7 @@
 
 #include "model/Board.h"
 #include "model/BoardIcon.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QColor>
 

@@ -2,9 +2,9 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>

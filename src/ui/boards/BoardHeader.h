@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Board.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QWidget>
 

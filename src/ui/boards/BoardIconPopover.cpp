@@ -2,10 +2,10 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/ButtonGrid.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/controls/ButtonGrid.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QApplication>
 #include <QKeyEvent>

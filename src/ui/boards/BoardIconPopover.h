@@ -3,7 +3,7 @@
 #include "base/Clock.h"
 #include "model/BoardIcon.h"
 #include "services/BoardService.h"
-#include "ui/kit/Popover.h"
+#include "ui/kit/overlays/Popover.h"
 
 #include <QStringList>
 

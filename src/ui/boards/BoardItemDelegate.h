@@ -1,7 +1,7 @@
 #pragma once
 
 #include "ui/boards/BoardListModel.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QStyledItemDelegate>
 

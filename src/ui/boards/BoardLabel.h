@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Board.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
 

@@ -3,8 +3,8 @@
 #include "model/Entry.h"
 #include "services/OpenTodos.h"
 #include "store/ModelContainer.h"
-#include "ui/kit/RowDiff.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/lists/RowDiff.h"
+#include "ui/kit/words/Text.h"
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 
 #include "model/Board.h"
 #include "services/BoardService.h"
-#include "ui/kit/RowModel.h"
+#include "ui/kit/lists/RowModel.h"
 
 #include <unordered_map>
 #include <vector>

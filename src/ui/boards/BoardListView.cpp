@@ -2,8 +2,8 @@
 
 #include "ui/boards/BoardItemDelegate.h"
 #include "ui/boards/RowDragTypes.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/RowDrag.h"
+#include "ui/kit/lists/RowDrag.h"
+#include "ui/kit/speech/Accessibility.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>

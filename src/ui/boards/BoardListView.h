@@ -4,8 +4,8 @@
 #include "model/EntryPlacement.h"
 #include "model/EntryType.h"
 #include "ui/boards/BoardListModel.h"
-#include "ui/kit/RowSpeech.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/speech/RowSpeech.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QListView>
 

@@ -2,11 +2,11 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/FuzzyMatch.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/RowGround.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/lists/RowGround.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/FuzzyMatch.h"
+#include "ui/kit/words/Text.h"
 
 #include <QAbstractListModel>
 #include <QFocusEvent>

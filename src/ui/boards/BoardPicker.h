@@ -4,7 +4,7 @@
 #include "base/TextFolding.h"
 #include "model/Board.h"
 #include "store/ModelContext.h"
-#include "ui/kit/ChoicePopover.h"
+#include "ui/kit/overlays/ChoicePopover.h"
 
 #include <vector>
 

@@ -1,9 +1,9 @@
 #include "ui/boards/SidebarRow.h"
 
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/RowGround.h"
+#include "ui/kit/lists/RowGround.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
 
 #include <QKeyEvent>
 #include <QPainter>

@@ -4,9 +4,9 @@
 #include "ui/editor/LanguageMenu.h"
 #include "ui/editor/ListMenu.h"
 #include "ui/editor/TableMenu.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/MenuItems.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/text/TextLook.h"
 
 #include <QActionGroup>

@@ -5,7 +5,7 @@
 #include "ui/editor/FormatPanels.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TableEditing.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QToolBar>
 

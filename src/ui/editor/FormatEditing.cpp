@@ -4,7 +4,7 @@
 #include "richtext/text/Formatting.h"
 #include "ui/editor/ListEditing.h"
 #include "ui/editor/RichTextRuns.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/DrawnLists.h"
 
 #include <QTextEdit>

@@ -4,7 +4,7 @@
 #include "ui/editor/LinkPopover.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TablePopover.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/Links.h"
 
 #include <utility>

@@ -2,7 +2,7 @@
 
 #include "richtext/code/CodeHighlighter.h"
 #include "ui/editor/TableEditing.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QObject>
 #include <QPointer>

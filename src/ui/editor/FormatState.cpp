@@ -3,7 +3,7 @@
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/text/Formatting.h"
 #include "ui/editor/RichTextRuns.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <utility>
 

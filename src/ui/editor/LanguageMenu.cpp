@@ -1,7 +1,7 @@
 #include "ui/editor/LanguageMenu.h"
 
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
 #include <QLineEdit>

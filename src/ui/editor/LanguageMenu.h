@@ -2,7 +2,7 @@
 
 #include "base/Signal.h"
 #include "richtext/code/CodeHighlighter.h"
-#include "ui/kit/ChoicePopover.h"
+#include "ui/kit/overlays/ChoicePopover.h"
 
 class QListWidget;
 

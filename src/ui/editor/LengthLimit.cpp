@@ -3,7 +3,7 @@
 #include "base/Text.h"
 #include "base/Utf16.h"
 #include "model/EntryContentLimit.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextDocumentConversion.h"
 
 #include <QTextDocument>

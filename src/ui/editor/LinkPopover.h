@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/Popover.h"
+#include "ui/kit/overlays/Popover.h"
 
 class QLabel;
 class QLineEdit;

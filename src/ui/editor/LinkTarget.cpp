@@ -1,7 +1,7 @@
 #include "ui/editor/LinkTarget.h"
 
 #include "richtext/stored/RichTextSerializer.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QRegularExpression>
 

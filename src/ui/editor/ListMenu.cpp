@@ -1,9 +1,9 @@
 #include "ui/editor/ListMenu.h"
 
 #include "ui/editor/ListEditing.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 
 #include <QTextBlock>
 

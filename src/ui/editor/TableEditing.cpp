@@ -3,7 +3,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/editor/TableInPlace.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextDocumentConversion.h"
 
 #include <QTextCursor>

@@ -2,7 +2,7 @@
 
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TableMenu.h"
-#include "ui/kit/MenuItems.h"
+#include "ui/kit/controls/MenuItems.h"
 #include "ui/text/Links.h"
 
 namespace korvex::ui {

@@ -3,7 +3,7 @@
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/entries/AttachmentDropMark.h"
-#include "ui/kit/RowDrag.h"
+#include "ui/kit/lists/RowDrag.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QDrag>

@@ -3,7 +3,7 @@
 #include "base/ByteSize.h"
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/RowEditor.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>

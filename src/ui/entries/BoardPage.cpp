@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>
@@ -71,8 +71,7 @@ void BoardPage::connectParts() {
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
-    connect(&m_attachments, &AttachmentActions::refused, this,
-            &BoardPage::refuse);
+    connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::refuse);
     connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
     connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
     connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
@@ -80,8 +79,7 @@ void BoardPage::connectParts() {
               [this, draft] { Q_EMIT resumeRequested(draft); });
     });
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
-        m_noticed =
-            banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
+        m_noticed = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
     });
     const auto attach = [this](const QMimeData* offered) { m_actions.attachOffered(*offered); };
     connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
@@ -94,10 +92,9 @@ void BoardPage::connectList() {
     connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
     connect(m_list, &EntryListView::typed, &m_editing, &EntryEditing::startDraftWith);
     connect(m_list, &EntryListView::pasteRequested, this, &BoardPage::paste);
-    connect(m_list, &EntryListView::textDropped, this,
-            [this](const QMimeData* offered, const auto& place) {
-                m_pasting.drop(*offered, place);
-            });
+    connect(
+        m_list, &EntryListView::textDropped, this,
+        [this](const QMimeData* offered, const auto& place) { m_pasting.drop(*offered, place); });
     connect(m_list, &EntryListView::toggleRequested, &m_actions, &EntryActions::toggle);
     connect(m_list, &EntryListView::scheduleRequested, &m_actions,
             [this](int row) { m_actions.openSchedule(*m_model.entry(row)); });
@@ -194,9 +191,9 @@ bool BoardPage::showsArchivedBoard() const {
 
 bool BoardPage::canAdd() {
     if (isReadOnly()) {
-        refuse(showsArchivedBoard() ? tr("This board is archived.")
-                                    : toQString(model::descriptionOf(
-                                          model::EntryServiceErrorCase::readOnlyStore)));
+        refuse(showsArchivedBoard()
+                   ? tr("This board is archived.")
+                   : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
     }
     return !isReadOnly();
 }

@@ -2,7 +2,7 @@
 
 #include "base/Utf16.h"
 #include "model/Board.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 namespace korvex::ui {
 

@@ -2,7 +2,7 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardPicker.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <algorithm>
 
@@ -153,16 +153,14 @@ void EntryActions::attachFiles() {
         }
     } else if (m_parts.editing.hasWords()) {
         m_parts.attachments.chooseFiles([this](const AttachmentActions::Files& files) {
-            attachToEdited([&](model::Entry& entry) {
-                m_parts.attachments.attachFiles(files, entry);
-            });
+            attachToEdited(
+                [&](model::Entry& entry) { m_parts.attachments.attachFiles(files, entry); });
         });
     }
 }
 
 void EntryActions::attachOffered(const QMimeData& offered) {
-    attachToEdited(
-        [&](model::Entry& entry) { m_parts.attachments.attachOffered(offered, entry); });
+    attachToEdited([&](model::Entry& entry) { m_parts.attachments.attachOffered(offered, entry); });
 }
 
 template <typename Attach>

@@ -8,7 +8,7 @@
 #include "store/ModelContext.h"
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/entries/EntryEditing.h"
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 #include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoActions.h"
 

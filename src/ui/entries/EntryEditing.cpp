@@ -1,8 +1,8 @@
 #include "ui/entries/EntryEditing.h"
 
 #include "model/ServiceErrors.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/words/Text.h"
 
 #include <QMenu>
 
@@ -122,8 +122,8 @@ bool EntryEditing::leaveForGood() {
     return leave();
 }
 
-bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited,
-                          const model::Entry* after, const QString& why) {
+bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after,
+                          const QString& why) {
     if (!leave()) {
         return false;
     }

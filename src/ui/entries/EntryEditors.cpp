@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/editor/RichTextEdit.h"
-#include "ui/kit/Popover.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/overlays/Popover.h"
+#include "ui/kit/words/Text.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -22,7 +22,8 @@ EntryEditors::EntryEditors(const EntryListModel& model, richtext::CodeHighlighte
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
         // A menu or another window, such as a dialog, has the keyboard for a while only. So has a
         // panel.
-        if (now && now->window() == m_viewport.window() && isPartOfCurrent(before) && !isPartOfCurrent(now)) {
+        if (now && now->window() == m_viewport.window() && isPartOfCurrent(before) &&
+            !isPartOfCurrent(now)) {
             Q_EMIT left();
         }
     });

@@ -1,8 +1,8 @@
 #include "ui/entries/EntryItemDelegate.h"
 
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/RowGround.h"
+#include "ui/kit/lists/RowGround.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/todos/TodoPainting.h"
 
 #include <QPainter>

@@ -2,7 +2,7 @@
 
 #include "richtext/code/CodeHighlighter.h"
 #include "ui/entries/EntryRowLayout.h"
-#include "ui/kit/RowLayouts.h"
+#include "ui/kit/lists/RowLayouts.h"
 
 #include <QStyledItemDelegate>
 

@@ -6,7 +6,7 @@
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
 #include "ui/attachments/AttachmentChips.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/RowText.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "richtext/stored/RichTextSerializer.h"
 #include "schedule/ScheduleClock.h"
 #include "ui/attachments/AttachmentSummaries.h"
-#include "ui/kit/RowModel.h"
+#include "ui/kit/lists/RowModel.h"
 #include "ui/todos/DueLabel.h"
 
 #include <vector>

@@ -1,7 +1,7 @@
 #include "ui/entries/EntryListView.h"
 
 #include "ui/entries/RowEditor.h"
-#include "ui/kit/Direction.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/text/Links.h"
 
 #include <QApplication>

@@ -4,7 +4,7 @@
 #include "model/EntryPlacement.h"
 #include "ui/entries/EntryChips.h"
 #include "ui/entries/EntryReordering.h"
-#include "ui/kit/RowListView.h"
+#include "ui/kit/lists/RowListView.h"
 #include "ui/todos/LeavingRows.h"
 
 #include <QMimeData>

@@ -1,6 +1,6 @@
 #include "ui/entries/EntryMenu.h"
 
-#include "ui/kit/MenuItems.h"
+#include "ui/kit/controls/MenuItems.h"
 
 namespace korvex::ui {
 

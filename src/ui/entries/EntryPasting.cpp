@@ -1,6 +1,6 @@
 #include "ui/entries/EntryPasting.h"
 
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/RichTextClipboard.h"
 #include "ui/todos/PastedLines.h"
 

@@ -3,7 +3,7 @@
 #include "base/Clock.h"
 #include "services/EntryService.h"
 #include "ui/entries/EntryListView.h"
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 
 #include <string_view>
 

@@ -1,7 +1,7 @@
 #include "ui/entries/EntryReordering.h"
 
 #include "ui/boards/RowDragTypes.h"
-#include "ui/kit/RowDrag.h"
+#include "ui/kit/lists/RowDrag.h"
 #include "ui/text/RichTextClipboard.h"
 
 #include <QDrag>

@@ -4,8 +4,8 @@
 #include "model/EntryPlacement.h"
 #include "model/EntryType.h"
 #include "ui/entries/EntryListModel.h"
-#include "ui/kit/LazyListView.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/lists/LazyListView.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
 #include "ui/entries/EntryRowLayout.h"
 
 #include "model/EntryContentLimit.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 

@@ -2,7 +2,7 @@
 
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/entries/EntryListModel.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/text/TextRow.h"
 #include "ui/todos/DueLabel.h"
 

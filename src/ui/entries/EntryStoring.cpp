@@ -2,7 +2,7 @@
 
 #include "richtext/text/TextMerge.h"
 #include "services/EntryOrder.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QScopedValueRollback>
 

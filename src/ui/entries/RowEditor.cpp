@@ -1,7 +1,7 @@
 #include "ui/entries/RowEditor.h"
 
 #include "ui/entries/RowRefusal.h"
-#include "ui/kit/Accessibility.h"
+#include "ui/kit/speech/Accessibility.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QMouseEvent>

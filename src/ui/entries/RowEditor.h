@@ -1,7 +1,7 @@
 #pragma once
 
 #include "richtext/text/AttributedString.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <functional>
 #include <optional>

@@ -1,7 +1,7 @@
 #include "ui/entries/RowRefusal.h"
 
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/Direction.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QBoxLayout>
@@ -84,12 +84,12 @@ void RowRefusal::arrange(int width) {
     const auto margins = m_line->contentsMargins();
     const int room = width - margins.left() - margins.right() - m_line->spacing() -
                      m_discard->sizeHint().width();
-    const auto direction = room >= m_theme.scaled(kNarrowestText) ? QBoxLayout::LeftToRight
-                                                                  : QBoxLayout::TopToBottom;
+    const auto direction =
+        room >= m_theme.scaled(kNarrowestText) ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
     if (m_line->direction() != direction) {
         m_line->setDirection(direction);
-        m_line->setAlignment(m_discard, direction == QBoxLayout::LeftToRight ? Qt::AlignTop
-                                                                             : Qt::AlignRight);
+        m_line->setAlignment(m_discard,
+                             direction == QBoxLayout::LeftToRight ? Qt::AlignTop : Qt::AlignRight);
     }
 }
 

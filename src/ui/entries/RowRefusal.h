@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 class QBoxLayout;
 class QPushButton;

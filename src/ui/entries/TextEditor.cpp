@@ -4,7 +4,7 @@
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TextMenu.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/CodeColors.h"
 #include "ui/text/TextDocumentConversion.h"
 #include "ui/text/TextLook.h"

@@ -3,9 +3,9 @@
 #include "base/Text.h"
 #include "base/Utf16.h"
 #include "richtext/text/TextMerge.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 

@@ -3,10 +3,10 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/DateFields.h"
-#include "ui/kit/FlowLayout.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/DateFields.h"
+#include "ui/kit/controls/FlowLayout.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/theme/IconSet.h"
 
 #include <QComboBox>
 #include <QDateEdit>

@@ -3,7 +3,7 @@
 #include "base/Clock.h"
 #include "schedule/CompletedFilter.h"
 #include "services/BoardService.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/workspace/DateTexts.h"
 
 #include <QWidget>

@@ -1,7 +1,7 @@
 #include "ui/overview/CompletedPage.h"
 
 #include "schedule/CompletedTodos.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/overview/CompletedFilterBar.h"
 
 #include <QScopedValueRollback>

@@ -1,6 +1,6 @@
 #include "ui/overview/SearchLine.h"
 
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QTextBoundaryFinder>
 

@@ -1,7 +1,7 @@
 #include "ui/overview/SearchListModel.h"
 
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/Refusal.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QCoreApplication>
 #include <QStringList>

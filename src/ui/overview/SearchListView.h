@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/RowListView.h"
+#include "ui/kit/lists/RowListView.h"
 #include "ui/overview/SearchListModel.h"
 
 namespace korvex::ui {

@@ -1,6 +1,6 @@
 #include "ui/overview/SearchPage.h"
 
-#include "ui/kit/PageHeader.h"
+#include "ui/kit/pages/PageHeader.h"
 
 #include <QScrollBar>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 #include "ui/overview/SearchListModel.h"
 #include "ui/overview/SearchListView.h"
 #include "ui/todos/TodoActions.h"

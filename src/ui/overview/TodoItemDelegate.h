@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/RowLayouts.h"
+#include "ui/kit/lists/RowLayouts.h"
 #include "ui/overview/TodoRowLayout.h"
 
 #include <QStyledItemDelegate>

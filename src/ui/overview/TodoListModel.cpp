@@ -1,7 +1,7 @@
 #include "ui/overview/TodoListModel.h"
 
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/RowText.h"
 
 #include <algorithm>

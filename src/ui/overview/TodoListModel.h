@@ -2,7 +2,7 @@
 
 #include "model/Entry.h"
 #include "schedule/ScheduleClock.h"
-#include "ui/kit/RowModel.h"
+#include "ui/kit/lists/RowModel.h"
 #include "ui/todos/DueLabel.h"
 
 #include <span>

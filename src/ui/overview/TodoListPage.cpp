@@ -2,8 +2,8 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/MenuItems.h"
-#include "ui/kit/PageHeader.h"
+#include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/pages/PageHeader.h"
 #include "ui/overview/TodoListView.h"
 
 namespace korvex::ui {
@@ -157,8 +157,7 @@ void TodoListPage::remove(model::Entry& entry) {
 
 void TodoListPage::openSchedule(model::Entry& entry) {
     if (!m_workspace.boards.allowsChanges()) {
-        refuse(
-            toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        refuse(toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
         return;
     }
     const auto row = m_model.rowOf(entry);

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 #include "ui/overview/TodoListModel.h"
 #include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoActions.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/Uuid.h"
-#include "ui/kit/RowListView.h"
+#include "ui/kit/lists/RowListView.h"
 #include "ui/overview/TodoItemDelegate.h"
 #include "ui/todos/LeavingRows.h"
 

@@ -1,7 +1,7 @@
 #include "ui/overview/TodoRowLayout.h"
 
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/Direction.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 

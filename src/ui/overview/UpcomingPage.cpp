@@ -1,6 +1,6 @@
 #include "ui/overview/UpcomingPage.h"
 
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
 

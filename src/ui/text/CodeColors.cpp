@@ -1,7 +1,7 @@
 #include "ui/text/CodeColors.h"
 
 #include "richtext/code/CodePieces.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextFormats.h"
 
 #include <QTextBlock>

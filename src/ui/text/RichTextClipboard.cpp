@@ -5,7 +5,7 @@
 #include "richtext/rtf/RtfWriter.h"
 #include "richtext/stored/CodeMetadata.h"
 #include "richtext/stored/RichTextSerializer.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextHtml.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #include "ui/text/TextDocumentWriter.h"
 
 #include "richtext/text/Formatting.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QTextDocument>
 

@@ -1,7 +1,7 @@
 #include "ui/text/TextFormats.h"
 
 #include "richtext/code/CodeSyntax.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QTextDocument>
 #include <QTextFragment>

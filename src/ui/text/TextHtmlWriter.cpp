@@ -1,6 +1,6 @@
 #include "richtext/text/Formatting.h"
 #include "richtext/text/ListMarker.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextHtml.h"
 
 #include <QStringList>

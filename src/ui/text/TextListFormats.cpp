@@ -1,5 +1,5 @@
 #include "richtext/text/ListMarker.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>

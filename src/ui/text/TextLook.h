@@ -1,7 +1,7 @@
 #pragma once
 
 #include "richtext/text/Attributes.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QColor>
 #include <QFont>

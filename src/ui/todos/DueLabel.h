@@ -2,7 +2,7 @@
 
 #include "base/Instant.h"
 #include "model/Entry.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/workspace/DateTexts.h"
 
 #include <QString>

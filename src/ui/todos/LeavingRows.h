@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Entry.h"
-#include "ui/kit/LazyListView.h"
+#include "ui/kit/lists/LazyListView.h"
 
 #include <functional>
 #include <unordered_map>

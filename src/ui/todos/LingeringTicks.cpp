@@ -1,6 +1,6 @@
 #include "ui/todos/LingeringTicks.h"
 
-#include "ui/kit/RowListView.h"
+#include "ui/kit/lists/RowListView.h"
 #include "ui/todos/LeavingRows.h"
 #include "ui/todos/TodoActions.h"
 

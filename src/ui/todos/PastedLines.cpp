@@ -1,7 +1,7 @@
 #include "ui/todos/PastedLines.h"
 
 #include "base/Text.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 namespace korvex::ui {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 namespace korvex::ui {
 

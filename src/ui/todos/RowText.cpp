@@ -1,7 +1,7 @@
 #include "ui/todos/RowText.h"
 
 #include "model/EntryContentLimit.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <QTextOption>
 

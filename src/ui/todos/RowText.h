@@ -1,7 +1,7 @@
 #pragma once
 
 #include "model/Entry.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QTextLayout>
 

@@ -1,8 +1,8 @@
 #include "ui/todos/SchedulePopover.h"
 
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/DateFields.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/DateFields.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/words/Text.h"
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "schedule/TodoScheduleEditor.h"
-#include "ui/kit/Popover.h"
+#include "ui/kit/overlays/Popover.h"
 #include "ui/todos/TodoServices.h"
 
 #include <QDateTime>

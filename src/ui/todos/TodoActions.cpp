@@ -1,7 +1,7 @@
 #include "ui/todos/TodoActions.h"
 
-#include "ui/kit/Page.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/Page.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/SchedulePopover.h"
 
 namespace korvex::ui {

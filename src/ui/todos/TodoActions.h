@@ -3,7 +3,7 @@
 #include "base/Instant.h"
 #include "base/Signal.h"
 #include "model/Entry.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/todos/TodoServices.h"
 
 #include <QCoreApplication>

@@ -1,7 +1,7 @@
 #include "ui/todos/TodoPainting.h"
 
-#include "ui/kit/Direction.h"
-#include "ui/kit/IconSet.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
 
 #include <QPainter>
 

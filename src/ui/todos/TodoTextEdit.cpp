@@ -1,7 +1,7 @@
 #include "ui/todos/TodoTextEdit.h"
 
 #include "model/EntryContentLimit.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 #include "ui/todos/PastedLines.h"
 

@@ -1,7 +1,7 @@
 #include "ui/windows/DraftOffers.h"
 
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
 #include <utility>
@@ -59,8 +59,7 @@ void DraftOffers::showNext() {
     }
     m_navigation.openBoard(*board);
     // Where something else cannot be left, this one waits with the others.
-    if (m_boardPage.board() == board &&
-        m_boardPage.resume(next.draft, whereFrom(next, *board))) {
+    if (m_boardPage.board() == board && m_boardPage.resume(next.draft, whereFrom(next, *board))) {
         std::erase_if(m_waiting,
                       [&](const Waiting& each) { return each.draft.id == next.draft.id; });
     }

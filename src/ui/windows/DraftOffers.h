@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
@@ -12,9 +12,9 @@ namespace korvex::ui {
 class BoardPage;
 class Navigation;
 
-/// Offers what was typed and is stored nowhere. Of what an earlier run has left, the oldest draft at
-/// once, in the editor of the board that it was typed on, each other one when the one before it is
-/// settled; and what was discarded when the user wants it back. Main thread.
+/// Offers what was typed and is stored nowhere. Of what an earlier run has left, the oldest draft
+/// at once, in the editor of the board that it was typed on, each other one when the one before it
+/// is settled; and what was discarded when the user wants it back. Main thread.
 class DraftOffers final : public QObject {
     Q_OBJECT
 

@@ -18,7 +18,8 @@ Navigation::Navigation(const Views& views, services::BoardService& boards,
       m_preferences(preferences) {}
 
 void Navigation::start() {
-    m_changes = m_context.didChange().connect([this](const store::ChangeSet& changes) { storeChanged(changes.origin); });
+    m_changes = m_context.didChange().connect(
+        [this](const store::ChangeSet& changes) { storeChanged(changes.origin); });
     m_views.sidebar.refresh();
     if (auto* const board = launchBoard()) {
         showBoard(*board);

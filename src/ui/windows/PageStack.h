@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/Page.h"
+#include "ui/kit/pages/Page.h"
 #include "ui/windows/PageKind.h"
 
 #include <QStackedWidget>

@@ -1,7 +1,7 @@
 #include "ui/windows/SearchSession.h"
 
-#include "ui/kit/Refusal.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/overview/SearchPage.h"
 #include "ui/windows/Navigation.h"
 

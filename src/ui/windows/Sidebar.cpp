@@ -1,13 +1,13 @@
 #include "ui/windows/Sidebar.h"
 
 #include "ui/boards/SidebarRow.h"
-#include "ui/kit/Accessibility.h"
-#include "ui/kit/Direction.h"
-#include "ui/kit/ErrorBanner.h"
-#include "ui/kit/IconSet.h"
-#include "ui/kit/Overlay.h"
-#include "ui/kit/Refusal.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/overlays/ErrorBanner.h"
+#include "ui/kit/overlays/Overlay.h"
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Refusal.h"
 
 #include <QHBoxLayout>
 #include <QLabel>

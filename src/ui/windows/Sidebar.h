@@ -7,7 +7,7 @@
 #include "store/ModelContext.h"
 #include "ui/boards/BoardListView.h"
 #include "ui/boards/BoardListing.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/PageKind.h"
 
 #include <QWidget>

@@ -1,8 +1,8 @@
 #include "ui/windows/SidebarPlace.h"
 
-#include "ui/kit/Direction.h"
-#include "ui/kit/Popover.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/overlays/Popover.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/windows/Sidebar.h"
 
 #include <QApplication>

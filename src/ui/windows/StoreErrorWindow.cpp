@@ -1,6 +1,6 @@
 #include "ui/windows/StoreErrorWindow.h"
 
-#include "ui/kit/Accessibility.h"
+#include "ui/kit/speech/Accessibility.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 #include "ui/windows/UndoActions.h"
 
-#include "ui/kit/Page.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/pages/Page.h"
+#include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
 #include <QAction>

@@ -3,7 +3,7 @@
 #include "model/BoardIcon.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/IconSet.h"
+#include "ui/kit/theme/IconSet.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "ui/boards/BoardPicker.h"
 
 #include "ui/WindowFixture.h"
-#include "ui/kit/FuzzyMatch.h"
+#include "ui/kit/words/FuzzyMatch.h"
 
 #include <QLineEdit>
 #include <QListView>

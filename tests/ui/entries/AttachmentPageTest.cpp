@@ -3,7 +3,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QApplication>
 #include <QClipboard>

@@ -4,11 +4,11 @@
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QClipboard>
-#include <QLabel>
 #include <QDropEvent>
+#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
 #include <QTextDocumentFragment>

@@ -264,7 +264,9 @@ TEST_F(StoringWhileTypingTest, WordsOutliveTheirEntry) {
         if (isStored) {
             runLoop.advance(kPause);
         }
-        const auto change = [&](tests::StoreClient& client) { work(client, theirs(client, entry)); };
+        const auto change = [&](tests::StoreClient& client) {
+            work(client, theirs(client, entry));
+        };
         if (known == Known::yes) {
             elsewhere(change);
         } else {

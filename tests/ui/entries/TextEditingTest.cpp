@@ -7,7 +7,7 @@
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -4,7 +4,7 @@
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/editor/RichTextEdit.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 

@@ -1,4 +1,4 @@
-#include "ui/kit/ButtonGrid.h"
+#include "ui/kit/controls/ButtonGrid.h"
 
 #include <QApplication>
 #include <QLineEdit>

@@ -1,4 +1,4 @@
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include "ui/WindowFixture.h"
 
@@ -20,8 +20,7 @@ protected:
     }
     void press(const char* name) {
         for (auto* const button : banner.findChildren<QToolButton*>()) {
-            const auto& says =
-                button->text().isEmpty() ? button->accessibleName() : button->text();
+            const auto& says = button->text().isEmpty() ? button->accessibleName() : button->text();
             if (button->isVisible() && says == QString::fromUtf8(name)) {
                 button->click();
                 return;

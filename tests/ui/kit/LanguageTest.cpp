@@ -1,10 +1,10 @@
-#include "ui/kit/Language.h"
+#include "ui/kit/words/Language.h"
 
 #include "base/UserLocale.h"
 #include "support/ScopedEnvironment.h"
-#include "ui/kit/DateFields.h"
-#include "ui/kit/Plurals.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/controls/DateFields.h"
+#include "ui/kit/words/Plurals.h"
+#include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
 #include <QDateTimeEdit>

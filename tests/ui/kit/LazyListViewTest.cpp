@@ -1,4 +1,4 @@
-#include "ui/kit/LazyListView.h"
+#include "ui/kit/lists/LazyListView.h"
 
 #include <QApplication>
 #include <QScrollBar>

@@ -1,4 +1,4 @@
-#include "ui/kit/RowDiff.h"
+#include "ui/kit/lists/RowDiff.h"
 
 #include <gtest/gtest.h>
 

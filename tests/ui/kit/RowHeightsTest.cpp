@@ -1,4 +1,4 @@
-#include "ui/kit/RowHeights.h"
+#include "ui/kit/lists/RowHeights.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "ui/kit/RowLayouts.h"
+#include "ui/kit/lists/RowLayouts.h"
 
 #include <gtest/gtest.h>
 

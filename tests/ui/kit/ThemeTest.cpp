@@ -1,4 +1,4 @@
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 
 #include "ui/WindowFixture.h"
 

@@ -1,8 +1,8 @@
 #include "ui/overview/CompletedPage.h"
 
 #include "TodoPageFixture.h"
-#include "ui/kit/ErrorBanner.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/overview/CompletedFilterBar.h"
 
 #include <QComboBox>

@@ -1,7 +1,7 @@
 #include "ui/overview/SearchPage.h"
 
 #include "ui/WindowFixture.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QLabel>
 #include <QScrollBar>

@@ -2,7 +2,7 @@
 
 #include "TodoPageFixture.h"
 #include "model/ServiceErrors.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/todos/SchedulePopover.h"
 
 #include <QLabel>

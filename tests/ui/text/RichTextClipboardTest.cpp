@@ -5,7 +5,7 @@
 #include "richtext/table/RichTextTable.h"
 #include "richtext/text/HeadingLevel.h"
 #include "ui/TextDump.h"
-#include "ui/kit/Text.h"
+#include "ui/kit/words/Text.h"
 
 #include <gtest/gtest.h>
 

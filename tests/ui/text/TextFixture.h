@@ -4,7 +4,7 @@
 #include "app/FileUserDefaults.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
-#include "ui/kit/Theme.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/text/TextDocumentConversion.h"
 #include "ui/text/TextLook.h"
 

@@ -1,4 +1,4 @@
-#include "ui/kit/Accessibility.h"
+#include "ui/kit/speech/Accessibility.h"
 
 #include "ui/AccessibleTree.h"
 #include "ui/StillStyle.h"
@@ -8,8 +8,8 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/RowRefusal.h"
-#include "ui/kit/ConfirmationSheet.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"

@@ -3,7 +3,7 @@
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/todos/SchedulePopover.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"

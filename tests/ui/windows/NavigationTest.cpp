@@ -6,9 +6,9 @@
 #include "ui/boards/SidebarRow.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/ErrorBanner.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/overlays/ErrorBanner.h"
+#include "ui/kit/pages/NoticeLine.h"
 #include "ui/overview/SearchPage.h"
 #include "ui/todos/SchedulePopover.h"
 #include "ui/windows/MainWindow.h"
@@ -447,9 +447,9 @@ TEST_F(NavigationTest, ABoardThatAnotherTakesAwayIsTold) {
         });
         QApplication::processEvents();
         EXPECT_EQ(page().board(), inbox);
-        EXPECT_EQ(page().banner().message(), isDeleted
-                                                 ? QStringLiteral("Another program deleted “Work”.")
-                                                 : QStringLiteral("Another program archived “Work”."));
+        EXPECT_EQ(page().banner().message(),
+                  isDeleted ? QStringLiteral("Another program deleted “Work”.")
+                            : QStringLiteral("Another program archived “Work”."));
         if (!isDeleted) {
             own.boards.setArchived(false, *work, kNow);
         }

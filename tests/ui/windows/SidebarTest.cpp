@@ -3,8 +3,8 @@
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardActions.h"
 #include "ui/boards/SidebarRow.h"
-#include "ui/kit/ConfirmationSheet.h"
-#include "ui/kit/ErrorBanner.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QLineEdit>
 #include <QMenu>

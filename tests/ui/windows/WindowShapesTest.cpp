@@ -4,8 +4,8 @@
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/RowRefusal.h"
-#include "ui/kit/NoticeLine.h"
-#include "ui/kit/SearchField.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/pages/NoticeLine.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/PageStack.h"
@@ -127,8 +127,8 @@ TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
 
 /// Whatever is said under the text that is edited, it hides nothing, and what is above stays.
 TEST_F(WindowShapesTest, AMessageUnderTheTextHasRoomOfItsOwn) {
-    const auto message = toQString(
-        model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable));
+    const auto message =
+        toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable));
     add({"above", "edited", "below"});
     for (const auto size : {preferences.fontSize(), app::AppPreferences::kFontSizes.back()}) {
         preferences.setFontSize(size);

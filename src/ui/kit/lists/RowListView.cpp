@@ -1,0 +1,192 @@
+#include "ui/kit/lists/RowListView.h"
+
+#include <QContextMenuEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+
+#include <chrono>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Who types words strikes Space sooner than this after a letter.
+constexpr std::chrono::milliseconds kBetweenWords{1000};
+
+} // namespace
+
+RowListView::RowListView(const Theme& theme, QWidget* parent)
+    : LazyListView(parent), m_theme(theme) {
+    setFrameShape(NoFrame);
+    setMouseTracking(true);
+    connect(&theme, &Theme::changed, this, &RowListView::applyTheme);
+}
+
+void RowListView::setCurrentRow(int row) {
+    const auto index = model()->index(row, 0);
+    selectionModel()->setCurrentIndex(index, QItemSelectionModel::ClearAndSelect);
+    scrollTo(index);
+}
+
+bool RowListView::goTo(int row) {
+    if (row >= 0) {
+        setCurrentRow(row);
+        setFocus();
+    }
+    return row >= 0;
+}
+
+int RowListView::pointedSign() const {
+    return m_pointer && partUnder(*m_pointer) == RowPart::sign ? indexAt(*m_pointer).row() : -1;
+}
+
+QRect RowListView::globalRect(const QRect& part) const {
+    return {viewport()->mapToGlobal(part.topLeft()), part.size()};
+}
+
+void RowListView::forgetLabels() {
+    forgetLayouts();
+    measureAllAgain();
+}
+
+void RowListView::applyTheme() {
+    auto own = palette();
+    own.setColor(QPalette::Base, m_theme.colors().content);
+    setPalette(own);
+    forgetLabels();
+}
+
+RowPart RowListView::partUnder(const QPoint& position) const {
+    const auto index = indexAt(position);
+    return canBeChosen(index) ? partAt(index.row(), position) : RowPart::none;
+}
+
+bool RowListView::isOn(const QRect& place, const QPoint& local) const {
+    const auto margin = m_theme.scaled(6);
+    return !place.isEmpty() && place.adjusted(-margin, -margin, margin, margin).contains(local);
+}
+
+bool RowListView::isPressable(const QPoint& position, Qt::KeyboardModifiers) const {
+    const auto part = partUnder(position);
+    return part != RowPart::none && part != RowPart::body;
+}
+
+bool RowListView::canBeChosen(const QModelIndex& index) const {
+    return index.isValid() && index.flags().testFlag(Qt::ItemIsSelectable);
+}
+
+void RowListView::follow(const QMouseEvent& event) {
+    const auto position = event.position().toPoint();
+    const auto index = indexAt(position);
+    m_pointer = position;
+    setHoveredRow(canBeChosen(index) ? index.row() : -1);
+    updateCursor(position, event.modifiers());
+}
+
+void RowListView::updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers) {
+    viewport()->setCursor(isPressable(position, modifiers) ? Qt::PointingHandCursor
+                                                           : Qt::ArrowCursor);
+}
+
+void RowListView::setHoveredRow(int row) {
+    if (m_hoveredRow != row) {
+        m_hoveredRow = row;
+        viewport()->update();
+    }
+}
+
+bool RowListView::isByTab(const QFocusEvent& event) {
+    return event.reason() == Qt::TabFocusReason || event.reason() == Qt::BacktabFocusReason;
+}
+
+QStyle::State RowListView::stateOf(const QModelIndex& index) const {
+    auto state = LazyListView::stateOf(index);
+    state.setFlag(QStyle::State_MouseOver, index.row() == m_hoveredRow);
+    return state;
+}
+
+void RowListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                              const QList<int>& roles) {
+    for (int row = topLeft.row(); row <= bottomRight.row(); ++row) {
+        forgetLayout(row);
+    }
+    LazyListView::dataChanged(topLeft, bottomRight, roles);
+}
+
+void RowListView::mousePressEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    m_pointer = position;
+    m_pressed = index;
+    m_pressedPart = partUnder(position);
+    // A press would make even a row current that cannot be chosen.
+    if (!index.isValid() || canBeChosen(index)) {
+        LazyListView::mousePressEvent(event);
+    }
+}
+
+void RowListView::mouseReleaseEvent(QMouseEvent* event) {
+    LazyListView::mouseReleaseEvent(event);
+    const auto position = event->position().toPoint();
+    const auto index = indexAt(position);
+    const auto part = partUnder(position);
+    if (event->button() == Qt::LeftButton && part != RowPart::none && index == m_pressed &&
+        part == m_pressedPart) {
+        clicked(index.row(), part, *event);
+    }
+}
+
+void RowListView::mouseDoubleClickEvent(QMouseEvent* event) {
+    const auto position = event->position().toPoint();
+    const auto part = partUnder(position);
+    if (event->button() == Qt::LeftButton && part == RowPart::sign) {
+        mousePressEvent(event);
+        return;
+    }
+    forgetPress();
+    if (event->button() == Qt::LeftButton && part == RowPart::body) {
+        doubleClicked(indexAt(position).row(), position);
+    }
+}
+
+void RowListView::mouseMoveEvent(QMouseEvent* event) {
+    follow(*event);
+    LazyListView::mouseMoveEvent(event);
+}
+
+void RowListView::contextMenuEvent(QContextMenuEvent* event) {
+    const auto isByKeyboard = event->reason() == QContextMenuEvent::Keyboard;
+    const auto row = isByKeyboard ? currentRow() : indexAt(event->pos()).row();
+    if (row < 0 || !hasMenu(row)) {
+        event->ignore();
+        return;
+    }
+    const auto seen = visualRect(model()->index(row, 0)).intersected(viewport()->rect());
+    Q_EMIT menuRequested(row, isByKeyboard ? viewport()->mapToGlobal(seen.center())
+                                           : event->globalPos());
+}
+
+void RowListView::leaveEvent(QEvent* event) {
+    m_pointer.reset();
+    setHoveredRow(-1);
+    LazyListView::leaveEvent(event);
+}
+
+bool RowListView::event(QEvent* event) {
+    if (event->type() == QEvent::KeyPress) {
+        m_pointer.reset();
+        const auto typed = static_cast<QKeyEvent*>(event)->text();
+        if (!typed.isEmpty() && typed.front().isPrint() && !typed.front().isSpace()) {
+            m_sinceLetter.start();
+        }
+    }
+    return LazyListView::event(event);
+}
+
+bool RowListView::isTick(const QKeyEvent& event) const {
+    return event.key() == Qt::Key_Space && !event.isAutoRepeat() &&
+           (event.modifiers() & ~Qt::KeypadModifier) == 0 &&
+           (!m_sinceLetter.isValid() || m_sinceLetter.hasExpired(kBetweenWords.count()));
+}
+
+} // namespace korvex::ui

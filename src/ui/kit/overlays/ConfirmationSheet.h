@@ -1,0 +1,20 @@
+#pragma once
+
+#include "ui/kit/overlays/Popover.h"
+
+namespace korvex::ui {
+
+/// Asks, inside the window, before something is done that cannot be undone. The keyboard starts on
+/// the button that does nothing.
+class ConfirmationSheet final : public Popover {
+    Q_OBJECT
+
+public:
+    ConfirmationSheet(const QString& message, const QString& action, const Theme& theme,
+                      QWidget* window);
+
+Q_SIGNALS:
+    void confirmed();
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,49 @@
+#include "ui/kit/overlays/Overlay.h"
+
+#include <QEvent>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+Overlay::Overlay(QWidget& over, QWidget& ground, Place place, int margin)
+    : QObject(&over), m_over(over), m_ground(ground), m_place(place), m_margin(margin) {
+    if (m_over.parentWidget() != &m_ground) {
+        m_over.setParent(m_ground.parentWidget());
+    }
+    m_over.raise();
+    m_over.installEventFilter(this);
+    m_ground.installEventFilter(this);
+}
+
+bool Overlay::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (watched == &m_ground && (type == QEvent::Resize || type == QEvent::Move)) {
+        arrange();
+    }
+    if (watched == &m_over && (type == QEvent::LayoutRequest || type == QEvent::Show)) {
+        arrange();
+    }
+    return false;
+}
+
+QRect Overlay::room() const {
+    const auto ground = m_over.parentWidget() == &m_ground ? m_ground.rect() : m_ground.geometry();
+    return ground.adjusted(m_margin, m_margin, -m_margin, -m_margin);
+}
+
+void Overlay::arrange() {
+    if (m_over.isHidden()) {
+        return;
+    }
+    const auto room = this->room();
+    const int wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(room.width())
+                                                  : m_over.sizeHint().height();
+    const int height = std::min(wanted, room.height());
+    const int top = m_place == Place::foot ? room.bottom() + 1 - height
+                                           : room.top() + (room.height() - height) / 2;
+    m_over.setGeometry(room.left(), top, room.width(), height);
+    m_over.raise();
+}
+
+} // namespace korvex::ui

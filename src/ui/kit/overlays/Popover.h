@@ -1,0 +1,48 @@
+#pragma once
+
+#include "ui/kit/theme/Theme.h"
+
+#include <QFrame>
+#include <QPointer>
+
+namespace korvex::ui {
+
+/// A small panel over the window that belongs to a place in it. Escape does as a press outside: it
+/// keeps what was changed and closes; where that is refused, a second Escape gives the change up.
+/// Then the keyboard goes back to where it was. Deletes itself once closed.
+class Popover : public QFrame {
+    Q_OBJECT
+
+public:
+    Popover(const Theme& theme, QWidget* window);
+
+    /// Opens below `anchor`, in global coordinates, or above it where there is no room below.
+    void openAt(const QRect& anchor);
+    /// What a press outside asks for; closes unless a subclass has something to lose.
+    virtual void dismiss() { closeNow(); }
+    void closeNow();
+    /// Dismisses all that are open over this window. False when one has something to lose.
+    static bool dismissAll(const QWidget& window);
+    /// Whether the widget is a popover or a part of one.
+    static bool holds(const QWidget* widget);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    /// Tab stays inside the panel.
+    bool focusNextPrevChild(bool next) override;
+    /// To be called when the content has another size.
+    void placeAgain();
+    const Theme& theme() const { return m_theme; }
+
+private:
+    const Theme& m_theme;
+    QPointer<QWidget> m_focusBefore;
+    QRect m_anchor;
+    /// Escape has just been pressed in vain.
+    bool m_isRefused = false;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,48 @@
+#include "ui/kit/pages/NoticeLine.h"
+
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/IconSet.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+
+namespace korvex::ui {
+
+NoticeLine::NoticeLine(const Words& words, const Theme& theme, QWidget* parent)
+    : QWidget(parent),
+      m_theme(theme),
+      m_iconName(words.icon),
+      m_icon(new QLabel(this)),
+      m_text(new QLabel(words.text, this)) {
+    m_text->setWordWrap(true);
+    m_text->setAlignment(lineStart());
+    auto* const row = new QHBoxLayout(this);
+    row->setContentsMargins(18, 2, 18, 8);
+    row->addWidget(m_icon);
+    row->addWidget(m_text, 1);
+    if (!words.action.isEmpty()) {
+        m_button = new QPushButton(words.action, this);
+        m_button->setAutoDefault(true);
+        row->addWidget(m_button);
+        connect(m_button, &QPushButton::clicked, this, &NoticeLine::pressed);
+    }
+    connect(&theme, &Theme::changed, this, &NoticeLine::applyTheme);
+    applyTheme();
+    hide();
+}
+
+void NoticeLine::setActionEnabled(bool enabled) {
+    m_button->setEnabled(enabled);
+}
+
+void NoticeLine::applyTheme() {
+    const auto& color = m_theme.colors().secondaryText;
+    m_icon->setPixmap(IconSet::pixmap(m_iconName, color, m_theme.scaled(16), devicePixelRatioF()));
+    m_text->setFont(m_theme.font());
+    auto quiet = m_text->palette();
+    quiet.setColor(QPalette::WindowText, color);
+    m_text->setPalette(quiet);
+}
+
+} // namespace korvex::ui
