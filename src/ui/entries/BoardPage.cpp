@@ -151,14 +151,14 @@ void BoardPage::showEntry(model::Entry& entry) {
     }
 }
 
-void BoardPage::giveWayTo(model::Board& board) {
+bool BoardPage::giveWayTo(model::Board& board) {
     const auto before = title();
     const auto words = m_editing.takeAway();
-    if (showBoard(board) && words) {
-        resume(*words, tr("This was typed on “%1”, which is no longer there. Go on with it here, "
-                          "or discard it.")
-                           .arg(before));
-    }
+    return showBoard(board) && words &&
+           resume(*words,
+                  tr("This was typed on “%1”, which is no longer there. Go on with it here, "
+                     "or discard it.")
+                      .arg(before));
 }
 
 bool BoardPage::resume(const app::Draft& draft, const QString& why) {

@@ -31,8 +31,8 @@ public:
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
     /// Shows this board, since the other is gone. What was typed there and can be stored nowhere
-    /// comes along.
-    void giveWayTo(model::Board& board);
+    /// comes along, and says so. False when there was no such thing.
+    bool giveWayTo(model::Board& board);
     /// Goes on with a draft in its place on this board; `why` says where it comes from. False when
     /// what is being edited cannot be left.
     bool resume(const app::Draft& draft, const QString& why);

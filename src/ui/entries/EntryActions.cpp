@@ -2,6 +2,7 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardPicker.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
 #include <algorithm>
@@ -129,7 +130,7 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         return;
     }
     const auto row = m_parts.model.rowOf(*entry);
-    const auto shown = row < 0 ? QString() : shortened(m_parts.model.text(row));
+    const auto shown = row < 0 ? QString() : isolated(shortened(m_parts.model.text(row)));
     if (!m_parts.page.perform([&] {
             m_services.todos.entries.moveEntry(*entry, board, m_services.todos.clock.now());
         })) {
@@ -139,7 +140,7 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
     }
     m_parts.list.setFocus();
-    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())));
+    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, isolated(toQString(board.name()))));
 }
 
 void EntryActions::attachFiles() {

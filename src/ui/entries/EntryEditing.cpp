@@ -321,7 +321,9 @@ void EntryEditing::becomeDraft(int row) {
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
     m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
-    // The words are in no store any more.
+    // The words are in no store any more, and come into it when the user goes on: else the message
+    // would be gone before it is read.
+    m_typing.stop();
     m_drafts.keep();
     m_editors.current().showNotice(what);
 }

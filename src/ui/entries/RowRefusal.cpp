@@ -1,10 +1,10 @@
 #include "ui/entries/RowRefusal.h"
 
+#include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/todos/RowFrame.h"
 
-#include <QBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -16,16 +16,16 @@ namespace {
 constexpr int kCornerRadius = 6;
 constexpr int kPadding = 6;
 /// The words are not to stand in a narrower column, at the standard font size.
-constexpr int kNarrowestText = 220;
+constexpr int kNarrowestText = 180;
 
 } // namespace
 
 RowRefusal::RowRefusal(const Theme& theme, QWidget* editor)
     : QFrame(editor),
       m_theme(theme),
-      m_line(new QBoxLayout(QBoxLayout::LeftToRight, this)),
       m_text(new QLabel(this)),
-      m_discard(new QPushButton(tr("Discard"), this)) {
+      m_discard(new QPushButton(tr("Discard"), this)),
+      m_words(new WordsAndButton(*m_text, *m_discard)) {
     Accessibility::setRole(*this, QAccessible::AlertMessage);
     m_text->setWordWrap(true);
     m_text->setTextFormat(Qt::PlainText);
@@ -34,9 +34,8 @@ RowRefusal::RowRefusal(const Theme& theme, QWidget* editor)
     m_discard->setFlat(true);
     m_discard->setCursor(Qt::PointingHandCursor);
     m_discard->setToolTip(tr("Give up what was typed here"));
-    m_line->setContentsMargins(RowFrame::kGap, kPadding, kPadding, kPadding);
-    m_line->addWidget(m_text, 1);
-    m_line->addWidget(m_discard, 0, Qt::AlignTop);
+    m_words->setContentsMargins(mirrored(QMargins(RowFrame::kGap, kPadding, kPadding, kPadding)));
+    setLayout(m_words);
     hide();
     connect(m_discard, &QPushButton::clicked, this, &RowRefusal::discarded);
     connect(&theme, &Theme::changed, this, &RowRefusal::applyTheme);
@@ -60,10 +59,8 @@ QString RowRefusal::message() const {
     return m_text->text();
 }
 
-int RowRefusal::neededHeight(int width) {
-    arrange(width);
-    return m_line->hasHeightForWidth() ? m_line->totalHeightForWidth(width)
-                                       : m_line->totalSizeHint().height();
+int RowRefusal::neededHeight(int width) const {
+    return m_words->heightForWidth(width);
 }
 
 void RowRefusal::paintEvent(QPaintEvent*) {
@@ -73,24 +70,6 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(messageGround(colors, color()));
     painter.drawRoundedRect(rect(), kCornerRadius, kCornerRadius);
-}
-
-void RowRefusal::resizeEvent(QResizeEvent* event) {
-    QFrame::resizeEvent(event);
-    arrange(width());
-}
-
-void RowRefusal::arrange(int width) {
-    const auto margins = m_line->contentsMargins();
-    const int room = width - margins.left() - margins.right() - m_line->spacing() -
-                     m_discard->sizeHint().width();
-    const auto direction =
-        room >= m_theme.scaled(kNarrowestText) ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom;
-    if (m_line->direction() != direction) {
-        m_line->setDirection(direction);
-        m_line->setAlignment(m_discard,
-                             direction == QBoxLayout::LeftToRight ? Qt::AlignTop : Qt::AlignRight);
-    }
 }
 
 QColor RowRefusal::color() const {
@@ -103,6 +82,7 @@ void RowRefusal::applyTheme() {
     const auto ground = messageGround(colors, color());
     m_text->setFont(m_theme.smallFont());
     m_discard->setFont(m_theme.smallFont());
+    m_words->setNarrowest(m_theme.scaled(kNarrowestText));
     const auto words =
         readable(m_tone == ErrorBanner::Tone::error ? colors.danger : colors.text, ground);
     auto own = m_text->palette();

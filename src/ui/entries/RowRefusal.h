@@ -2,10 +2,11 @@
 
 #include "ui/kit/overlays/ErrorBanner.h"
 
-class QBoxLayout;
 class QPushButton;
 
 namespace korvex::ui {
+
+class WordsAndButton;
 
 /// Says at the foot of an edited row why something was refused, or what has become of the entry,
 /// and offers to give up what was typed. Main thread.
@@ -20,26 +21,23 @@ public:
     void setDiscardable(bool discardable);
     QString message() const;
     /// The height that it needs at this width.
-    int neededHeight(int width);
+    int neededHeight(int width) const;
 
 Q_SIGNALS:
     void discarded();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
 
 private:
-    /// Puts the button beside the words, or below them where there is no room for both.
-    void arrange(int width);
     QColor color() const;
     void applyTheme();
 
     const Theme& m_theme;
     ErrorBanner::Tone m_tone = ErrorBanner::Tone::error;
-    QBoxLayout* m_line;
     QLabel* m_text;
     QPushButton* m_discard;
+    WordsAndButton* m_words;
 };
 
 } // namespace korvex::ui

@@ -1,6 +1,7 @@
 #include "ui/todos/TodoActions.h"
 
 #include "ui/kit/pages/Page.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/SchedulePopover.h"
 
@@ -38,7 +39,7 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
         return;
     }
     removal.goOn();
-    const auto text = shortened(removal.text);
+    const auto text = isolated(shortened(removal.text));
     offerUndo(text.isEmpty() ? tr("The entry was deleted.") : tr("“%1” was deleted.").arg(text));
 }
 

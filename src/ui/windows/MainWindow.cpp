@@ -23,6 +23,7 @@ namespace korvex::ui {
 namespace {
 
 constexpr QSize kSmallestSize(360, 320);
+constexpr int kNoticeMargin = 10;
 
 } // namespace
 
@@ -79,6 +80,7 @@ void MainWindow::layOut() {
     auto* const lines = new QVBoxLayout(shown);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(0);
+    m_storeNotice->setContentsMargins(0, kNoticeMargin, 0, 0); // nothing stands above it
     lines->addWidget(m_storeNotice);
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);

@@ -149,8 +149,8 @@ void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Ori
         return;
     }
     const auto name = page.title();
-    page.giveWayTo(*inbox);
-    if (board && origin == store::ChangeSet::Origin::elsewhere) {
+    const auto saysSo = page.giveWayTo(*inbox);
+    if (!saysSo && board && origin == store::ChangeSet::Origin::elsewhere) {
         page.tell(board->isLive() ? tr("Another program archived “%1”.").arg(name)
                                   : tr("Another program deleted “%1”.").arg(name));
     }

@@ -277,6 +277,8 @@ TEST_F(StoringWhileTypingTest, WordsOutliveTheirEntry) {
         ASSERT_TRUE(isEditing());
         EXPECT_EQ(shown(), QStringLiteral("words"));
         EXPECT_THAT(drafts(), SizeIs(1));
+        runLoop.advance(10 * kLongest);
+        EXPECT_THAT(drafts(), SizeIs(1)) << "it is told, not stored unasked";
         const auto said = tests::shownRefusal(page).toStdString();
         EXPECT_THAT(said, HasSubstr(says));
         EXPECT_THAT(said, HasSubstr("becomes a new todo")) << "what happens, not what to try";

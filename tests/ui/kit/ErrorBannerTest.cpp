@@ -2,6 +2,7 @@
 
 #include "ui/WindowFixture.h"
 
+#include <QLabel>
 #include <QTimer>
 #include <QToolButton>
 
@@ -97,6 +98,30 @@ TEST_F(ErrorBannerTest, AButtonEndsItsMessageAndDoesWhatItSays) {
     EXPECT_EQ(shown(), "what came of it");
     for (const auto* const button : banner.findChildren<QToolButton*>()) {
         EXPECT_NE(button->isVisible() ? button->text() : QString(), QStringLiteral("Undo"));
+    }
+}
+
+TEST_F(ErrorBannerTest, WhereThereIsNoRoomTheButtonStandsBelowTheWords) {
+    preferences.setFontSize(app::AppPreferences::kFontSizes.back());
+    QApplication::processEvents();
+    auto offer = lasting("“Write the minutes of Tuesday and send them to Jonas” was deleted.");
+    offer.action = QStringLiteral("Undo");
+    banner.say(offer);
+    for (const int width : {340, 800}) {
+        banner.resize(width, banner.heightForWidth(width));
+        QApplication::processEvents();
+        QRect words;
+        QRect button;
+        for (const auto* const each : banner.findChildren<QWidget*>()) {
+            const auto* const label = qobject_cast<const QLabel*>(each);
+            const auto* const press = qobject_cast<const QToolButton*>(each);
+            words = label && label->wordWrap() ? each->geometry() : words;
+            button = press && press->text() == offer.action ? each->geometry() : button;
+            EXPECT_TRUE(banner.rect().contains(each->geometry())) << width;
+            EXPECT_GE(each->height(), label ? label->heightForWidth(label->width()) : 0) << width;
+        }
+        EXPECT_GE(words.width(), width / 2) << width;
+        EXPECT_EQ(button.top() > words.bottom(), width < 500);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "ui/kit/overlays/ErrorBanner.h"
 
+#include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
@@ -21,6 +22,8 @@ using namespace std::chrono_literals;
 /// Long enough to read the notice and to reach its button.
 constexpr auto kNoticeShown = 10s;
 constexpr double kCornerRadius = 6;
+/// In pixels, at the standard font size.
+constexpr int kNarrowestText = 160;
 
 } // namespace
 
@@ -31,6 +34,7 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
       m_text(new QLabel(this)),
       m_action(new QToolButton(this)),
       m_close(new QToolButton(this)),
+      m_words(new WordsAndButton(*m_text, *m_action)),
       m_end(new QTimer(this)) {
     Accessibility::setRole(*this, QAccessible::AlertMessage);
     m_text->setWordWrap(true);
@@ -44,8 +48,7 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     row->setContentsMargins(10, 8, 10, 8);
     row->setSpacing(10);
     row->addWidget(m_sign, 0, Qt::AlignTop);
-    row->addWidget(m_text, 1);
-    row->addWidget(m_action, 0, Qt::AlignTop);
+    row->addLayout(m_words, 1);
     row->addWidget(m_close, 0, Qt::AlignTop);
     hide();
     m_action->hide();
@@ -130,6 +133,8 @@ void ErrorBanner::applyTheme() {
     const auto size = m_theme.scaled(16);
     m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
                                       size, devicePixelRatioF()));
+    m_words->setNarrowest(m_theme.scaled(kNarrowestText));
+    m_close->setIconSize({size, size});
     m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));
 }
 

@@ -14,6 +14,8 @@ class QToolButton;
 
 namespace korvex::ui {
 
+class WordsAndButton;
+
 /// A few words over what they concern, with a button that takes them away: what was refused, or
 /// what the user should know. Of several messages the last one is seen, and when it ends, the one
 /// before it again. Only who has said something ends it, or the user, or its time. Hidden while
@@ -67,6 +69,7 @@ private:
     QLabel* m_text;
     QToolButton* m_action;
     QToolButton* m_close;
+    WordsAndButton* m_words;
     QTimer* m_end;
     std::vector<Said> m_said;
     MessageId m_shown = 0;
