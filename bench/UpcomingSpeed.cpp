@@ -11,6 +11,7 @@
 #include "schedule/UpcomingTodos.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <random>
 
 namespace {
@@ -23,7 +24,8 @@ constexpr double kHour = 3600;
 constexpr double kDay = 24 * kHour;
 
 base::TimeZone berlin() {
-    return *base::TimeZone::named("Europe/Berlin");
+    ::setenv("TZ", "Europe/Berlin", 1);
+    return base::TimeZone::system();
 }
 
 /// Half of the todos scheduled from a month ago to a year ahead, as people do: days, times,

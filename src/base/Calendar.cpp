@@ -42,19 +42,6 @@ TimeZone TimeZone::utc() {
         makeData("UTC", std::make_unique<icu::SimpleTimeZone>(0, icu::UnicodeString(u"UTC"))));
 }
 
-std::optional<TimeZone> TimeZone::named(std::string_view name) {
-    const auto id = icu::UnicodeString::fromUTF8(icu::StringPiece(name));
-    UErrorCode status = U_ZERO_ERROR;
-    UBool isInDatabase = false;
-    icu::UnicodeString canonical;
-    icu::TimeZone::getCanonicalID(id, canonical, isInDatabase, status);
-    if (U_FAILURE(status) || !isInDatabase) {
-        return std::nullopt;
-    }
-    return TimeZone(makeData(std::string(name),
-                             std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(id))));
-}
-
 std::string TimeZone::name() const {
     return m_data->name;
 }

@@ -19,8 +19,6 @@ public:
     /// The zone the machine is set to now (read anew at each call: TZ, then the system's setting).
     static TimeZone system();
     static TimeZone utc();
-    /// Absent for a name that the zone database does not hold.
-    static std::optional<TimeZone> named(std::string_view name);
 
     std::string name() const;
     bool operator==(const TimeZone& other) const;

@@ -55,7 +55,7 @@ std::string localeSpeaking(const std::string& language, const char* category) {
         builder.setLocale(own);
     } else {
         const std::string region = own.getCountry();
-        const bool hasRegion = isKnown(language, region);
+        const auto hasRegion = isKnown(language, region);
         builder.setLanguage(language).setRegion(hasRegion ? region : std::string("001"));
         builder.setUnicodeLocaleKeyword("hc", hourCycle(own));
         if (!hasRegion && region.size() == 2) {

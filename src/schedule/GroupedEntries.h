@@ -1,6 +1,7 @@
 #pragma once
 
 #include "schedule/HeldEntries.h"
+#include "schedule/KeyedGroups.h"
 
 #include <algorithm>
 #include <cassert>
@@ -11,13 +12,13 @@ namespace korvex::schedule {
 
 /// Entries in groups, each where its key puts it. Keys are remembered: so an entry that has changed
 /// is found where it stood, whatever its fields say now, and the others need not be asked again. An
-/// entry can also be held without being shown. `emptyGroup` makes a group from the group of a key.
+/// entry can also be held without being shown.
 template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class GroupedEntries {
 public:
     using Held = HeldEntries::Held;
 
-    const std::vector<Group>& groups() const { return m_groups; }
+    const std::vector<Group>& groups() const { return m_groups.all(); }
     bool isEmpty() const { return m_held.isEmpty(); }
     std::size_t shownCount() const { return m_shownCount; }
 
@@ -71,43 +72,33 @@ public:
             });
         const auto sorted = inOrder(shown);
         m_shownCount = sorted.size();
-        m_groups = cutIntoGroups<Group>(sorted, emptyGroup);
-        m_keys.clear();
-        for (std::size_t next = 0; const auto& group : m_groups) {
-            m_keys.push_back(sorted[next].group);
-            next += group.entries.size();
-        }
+        m_groups.assign(sorted);
     }
 
     /// The shown entries of a group whose moments lie within the two, both included.
     std::vector<model::Entry*> between(std::uint64_t group, std::uint64_t from,
                                        std::uint64_t to) const {
-        const auto index = indexOf(group);
-        if (index == m_keys.size() || m_keys[index] != group) {
+        const auto* entries = m_groups.find(group);
+        if (!entries) {
             return {};
         }
-        const auto& entries = m_groups[index].entries;
         const auto first =
-            std::partition_point(entries.begin(), entries.end(), [&](const model::Entry* each) {
+            std::partition_point(entries->begin(), entries->end(), [&](const model::Entry* each) {
                 return keyOf(*each).moment < from;
             });
-        const auto last = std::partition_point(first, entries.end(), [&](const model::Entry* each) {
-            return keyOf(*each).moment <= to;
-        });
+        const auto last =
+            std::partition_point(first, entries->end(), [&](const model::Entry* each) {
+                return keyOf(*each).moment <= to;
+            });
         return {first, last};
     }
 
 private:
-    using Place = typename std::vector<model::Entry*>::iterator;
+    using Entries = std::vector<model::Entry*>;
 
     const EntryKey& keyOf(const model::Entry& entry) const { return *m_held.find(entry.id())->key; }
 
-    std::size_t indexOf(std::uint64_t group) const {
-        return static_cast<std::size_t>(std::lower_bound(m_keys.begin(), m_keys.end(), group) -
-                                        m_keys.begin());
-    }
-
-    Place placeOf(const KeyedEntry& shown, std::vector<model::Entry*>& entries) const {
+    Entries::iterator placeOf(const KeyedEntry& shown, Entries& entries) const {
         return std::partition_point(entries.begin(), entries.end(), [&](model::Entry* each) {
             return KeyedEntry{keyOf(*each), each}.isBefore(shown);
         });
@@ -117,13 +108,7 @@ private:
         if (!held.key) {
             return;
         }
-        const auto index = indexOf(held.key->group);
-        const auto at = static_cast<std::ptrdiff_t>(index);
-        if (index == m_keys.size() || m_keys[index] != held.key->group) {
-            m_keys.insert(m_keys.begin() + at, held.key->group);
-            m_groups.insert(m_groups.begin() + at, emptyGroup(held.key->group));
-        }
-        auto& entries = m_groups[index].entries;
+        auto& entries = m_groups.of(held.key->group);
         entries.insert(placeOf({*held.key, held.entry}, entries), held.entry);
         ++m_shownCount;
     }
@@ -132,23 +117,18 @@ private:
         if (!held.key) {
             return;
         }
-        const auto index = indexOf(held.key->group);
-        auto& entries = m_groups[index].entries;
+        auto& entries = m_groups.of(held.key->group);
         const auto place = placeOf({*held.key, held.entry}, entries);
         assert(place != entries.end() && *place == held.entry);
         entries.erase(place);
         if (entries.empty()) {
-            const auto at = static_cast<std::ptrdiff_t>(index);
-            m_groups.erase(m_groups.begin() + at);
-            m_keys.erase(m_keys.begin() + at);
+            m_groups.remove(held.key->group);
         }
         --m_shownCount;
     }
 
     HeldEntries m_held;
-    std::vector<Group> m_groups;
-    /// The group of the keys of each group's entries, in the order of `m_groups`.
-    std::vector<std::uint64_t> m_keys;
+    KeyedGroups<Group, emptyGroup> m_groups;
     std::size_t m_shownCount = 0;
 };
 

@@ -2,8 +2,7 @@
 
 #include "base/Signal.h"
 #include "schedule/FollowedEntries.h"
-#include "schedule/GroupRules.h"
-#include "schedule/GroupedEntries.h"
+#include "schedule/RuledGroups.h"
 #include "store/StoreError.h"
 
 namespace korvex::schedule {
@@ -12,12 +11,12 @@ namespace korvex::schedule {
 template <typename Group, Group (*emptyGroup)(std::uint64_t)>
 class KeptGroups {
 public:
-    /// `condition` takes every entry that the rules hold. Empty until `read`.
+    /// `condition` takes every entry that the rules hold. Empty until `start`.
     KeptGroups(store::ModelContext& context, store::Condition condition, GroupRules& rules)
-        : m_context(context), m_followed(context, std::move(condition)), m_rules(rules) {}
+        : m_context(context), m_followed(context, std::move(condition)), m_groups(rules) {}
 
-    const GroupedEntries<Group, emptyGroup>& entries() const { return m_entries; }
-    const std::vector<Group>& groups() const { return m_entries.groups(); }
+    const GroupedEntries<Group, emptyGroup>& entries() const { return m_groups.entries(); }
+    const std::vector<Group>& groups() const { return entries().groups(); }
 
     /// Reads everything, and follows the store from then on. Throws StoreError.
     void start() {
@@ -28,7 +27,7 @@ public:
     /// To be called after the rules have changed.
     void placeAll() {
         const auto former = groups();
-        placeHeld();
+        m_groups.placeAll();
         if (groups() != former) {
             m_didChange.emit();
         }
@@ -39,7 +38,7 @@ public:
         auto isDifferent = false;
         for (auto* entry : entries) {
             const auto former = keyOf(entry->id());
-            place(*entry);
+            m_groups.place(*entry);
             isDifferent = keyOf(entry->id()) != former || isDifferent;
         }
         if (isDifferent) {
@@ -47,7 +46,7 @@ public:
         }
     }
     void placeAnew(const base::Uuid& id) {
-        const auto* held = m_entries.find(id);
+        const auto* held = entries().find(id);
         if (auto* entry = held ? held->entry : m_context.find<model::Entry>(id)) {
             placeAnew(std::vector{entry});
         }
@@ -55,7 +54,7 @@ public:
 
     /// Where an entry is shown; absent when it is not.
     std::optional<EntryKey> keyOf(const base::Uuid& id) const {
-        const auto* held = m_entries.find(id);
+        const auto* held = entries().find(id);
         return held ? held->key : std::nullopt;
     }
 
@@ -68,31 +67,12 @@ private:
     static constexpr std::size_t kManyChanged = 64;
 
     void read() {
-        m_entries.letAllGo();
+        m_groups.letAllGo();
         for (auto* entry : m_followed.readAll()) {
-            hold(*entry);
+            m_groups.hold(*entry);
         }
-        placeHeld();
+        m_groups.placeAll();
         m_isBehind = false;
-    }
-
-    bool isHeld(const model::Entry& entry) const { return entry.isLive() && m_rules.holds(entry); }
-
-    void hold(model::Entry& entry) {
-        if (isHeld(entry)) {
-            m_entries.hold(entry);
-        } else {
-            m_entries.letGo(entry.id());
-        }
-    }
-
-    bool place(model::Entry& entry) {
-        return isHeld(entry) ? m_entries.place(entry, m_rules.keyOf(entry))
-                             : m_entries.drop(entry.id());
-    }
-
-    void placeHeld() {
-        m_entries.placeAll([this](const model::Entry& entry) { return m_rules.keyOf(entry); });
     }
 
     void follow(const store::ChangeSet& set) {
@@ -115,35 +95,33 @@ private:
 
     /// True when what is shown may be different.
     bool take(FollowedEntries::Changes news) {
-        std::erase_if(news.entries, [this](const model::Entry* entry) {
-            return !isHeld(*entry) && !m_entries.find(entry->id());
-        });
-        std::erase_if(news.deleted, [this](const auto& id) { return !m_entries.find(id); });
+        std::erase_if(news.entries,
+                      [this](const model::Entry* entry) { return !m_groups.concern(*entry); });
+        std::erase_if(news.deleted, [this](const auto& id) { return !entries().find(id); });
         if (news.movedBoards || news.entries.size() + news.deleted.size() > kManyChanged) {
             for (const auto& id : news.deleted) {
-                m_entries.letGo(id);
+                m_groups.letGo(id);
             }
             for (auto* entry : news.entries) {
-                hold(*entry);
+                m_groups.hold(*entry);
             }
-            placeHeld();
+            m_groups.placeAll();
             return true;
         }
-        auto isDifferent = news.touchedBoards && m_entries.shownCount() > 0;
-        const auto wasEmpty = m_entries.isEmpty();
+        auto isDifferent = news.touchedBoards && entries().shownCount() > 0;
+        const auto wasEmpty = entries().isEmpty();
         for (const auto& id : news.deleted) {
-            isDifferent = m_entries.drop(id) || isDifferent;
+            isDifferent = m_groups.drop(id) || isDifferent;
         }
         for (auto* entry : news.entries) {
-            isDifferent = place(*entry) || isDifferent;
+            isDifferent = m_groups.place(*entry) || isDifferent;
         }
-        return isDifferent || m_entries.isEmpty() != wasEmpty;
+        return isDifferent || entries().isEmpty() != wasEmpty;
     }
 
     store::ModelContext& m_context;
     FollowedEntries m_followed;
-    GroupRules& m_rules;
-    GroupedEntries<Group, emptyGroup> m_entries;
+    RuledGroups<Group, emptyGroup> m_groups;
     /// The store could not be read when it had changed.
     bool m_isBehind = false;
     base::Signal<> m_didChange;

@@ -71,6 +71,9 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
     hasTime = !m_original.dueDay && isPresent(m_original.dueDate);
     hasDue = hasTime || (m_original.dueDay && effective);
     due = hasDue ? *effective : proposed;
+    if (hasDue && !hasTime) {
+        m_dueOfOriginalDay = due;
+    }
     hasWindow = hasTime && isPresent(m_original.dueStartDate);
     start = hasWindow ? *m_original.dueStartDate : proposedStart(due, calendar);
     startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(due);
@@ -79,12 +82,16 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
     m_initial = schedule();
 }
 
+std::optional<base::DayNumber> TodoScheduleEditor::dueDay() const {
+    return m_dueOfOriginalDay == due ? m_original.dueDay : m_formats.calendar().day(due);
+}
+
 std::optional<base::Instant> TodoScheduleEditor::anchor() const {
     const auto& calendar = m_formats.calendar();
     if (hasTime) {
         return hasWindow ? windowEnd() : due;
     }
-    const auto day = calendar.day(due);
+    const auto day = dueDay();
     return day ? allDayAnchor(*day, m_settings.defaultReminderMinutes, calendar) : std::nullopt;
 }
 
@@ -152,7 +159,7 @@ std::optional<std::string> TodoScheduleEditor::check(base::Instant now) const {
 std::optional<model::TodoSchedule> TodoScheduleEditor::schedule() const {
     model::TodoSchedule result;
     if (hasDue && !hasTime) {
-        result.dueDay = m_formats.calendar().day(due);
+        result.dueDay = dueDay();
         if (!result.dueDay) {
             return std::nullopt;
         }

@@ -67,6 +67,7 @@ public:
 
 private:
     std::optional<base::Instant> anchor() const;
+    std::optional<base::DayNumber> dueDay() const;
     /// The start and the end of the window; absent where the clock has no such time on the due
     /// date.
     std::optional<base::Instant> windowStart() const;
@@ -75,6 +76,9 @@ private:
     model::TodoSchedule m_original;
     /// What the fields described at first: the original without what makes no sense.
     std::optional<model::TodoSchedule> m_initial;
+    /// Where `due` stands for the original's day: one that the zone skipped has no moment of its
+    /// own.
+    std::optional<base::Instant> m_dueOfOriginalDay;
     Settings m_settings;
     const base::DateFormats& m_formats;
     OnSave m_onSave;

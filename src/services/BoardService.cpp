@@ -55,6 +55,22 @@ std::string normalized(std::string_view name) {
     return std::string(trimmed);
 }
 
+/// What is stored of an icon that was chosen; throws `invalidIcon`.
+std::optional<std::string> checkedIcon(std::optional<std::string_view> icon) {
+    if (icon && !model::boardIcon(*icon)) {
+        refuse(BoardServiceErrorCase::invalidIcon);
+    }
+    return icon ? std::optional(std::string(*icon)) : std::nullopt;
+}
+
+/// The same of a colour; throws `invalidIconColor`.
+std::optional<std::string> checkedColor(std::optional<std::string_view> color) {
+    if (color && !model::boardIconColor(*color)) {
+        refuse(BoardServiceErrorCase::invalidIconColor);
+    }
+    return color ? std::optional(std::string(*color)) : std::nullopt;
+}
+
 /// Gives a system board without an identifier the one that its name implies.
 void nameSystemBoard(Board& board) {
     if (board.isSystem() && !board.systemIdentifier()) {
@@ -191,8 +207,10 @@ Board& BoardService::persistedUserBoard(const Board& given) const {
     return board;
 }
 
-Board& BoardService::createBoard(std::string_view name, base::Instant now) {
+Board& BoardService::createBoard(std::string_view name, base::Instant now, const Look& look) {
     auto boardName = normalized(name);
+    auto icon = checkedIcon(look.icon);
+    auto color = checkedColor(look.color);
     const store::LockedStep step(m_writer.context());
     m_writer.validateWritableStore();
     Board* created = nullptr;
@@ -203,6 +221,8 @@ Board& BoardService::createBoard(std::string_view name, base::Instant now) {
             .createdAt = now,
             .updatedAt = now,
             .sortOrder = nextSortOrder(now),
+            .icon = std::move(icon),
+            .iconColor = std::move(color),
         }));
     });
     m_writer.logDone("Created board", created->id());
@@ -211,12 +231,15 @@ Board& BoardService::createBoard(std::string_view name, base::Instant now) {
 
 std::int64_t BoardService::nextSortOrder(base::Instant now) const {
     const auto all = m_writer.context().fetch<Board>();
-    std::int64_t last = -1;
+    std::optional<std::int64_t> last;
     for (const auto* const board : all) {
-        last = std::max(last, board->sortOrder());
+        last = std::max(last, std::optional(board->sortOrder()));
     }
-    if (last < std::numeric_limits<std::int64_t>::max()) {
-        return last + 1;
+    if (!last) {
+        return 0;
+    }
+    if (*last < std::numeric_limits<std::int64_t>::max()) {
+        return *last + 1;
     }
     // Only a store from elsewhere numbers so.
     number(boards(), now);
@@ -280,26 +303,22 @@ void BoardService::deleteBoard(Board& given) {
 }
 
 void BoardService::setIcon(std::optional<std::string_view> icon, Board& given, base::Instant now) {
-    if (icon && !model::boardIcon(*icon)) {
-        refuse(BoardServiceErrorCase::invalidIcon);
-    }
+    auto checked = checkedIcon(icon);
     const store::LockedStep step(m_writer.context());
     auto& board = m_writer.persisted(given);
     m_writer.change([&] {
-        board.setIcon(icon ? std::optional(std::string(*icon)) : std::nullopt);
+        board.setIcon(std::move(checked));
         board.setUpdatedAt(now);
     });
 }
 
 void BoardService::setIconColor(std::optional<std::string_view> color, Board& given,
                                 base::Instant now) {
-    if (color && !model::boardIconColor(*color)) {
-        refuse(BoardServiceErrorCase::invalidIconColor);
-    }
+    auto checked = checkedColor(color);
     const store::LockedStep step(m_writer.context());
     auto& board = m_writer.persisted(given);
     m_writer.change([&] {
-        board.setIconColor(color ? std::optional(std::string(*color)) : std::nullopt);
+        board.setIconColor(std::move(checked));
         board.setUpdatedAt(now);
     });
 }

@@ -41,12 +41,17 @@ public:
     static std::vector<model::Board*> activeBoards(std::vector<model::Board*> boards);
     model::Board* board(const base::Uuid& id) const;
 
-    model::Board& createBoard(std::string_view name, base::Instant now);
+    /// Raw values of `BoardIcon` and `BoardIconColor`, or none for the defaults.
+    struct Look {
+        std::optional<std::string_view> icon;
+        std::optional<std::string_view> color;
+    };
+    model::Board& createBoard(std::string_view name, base::Instant now, const Look& look = {});
     void renameBoard(model::Board& given, std::string_view name, base::Instant now);
     void setArchived(bool archived, model::Board& given, base::Instant now);
     /// Deletes the board with all its entries; there is no undo.
     void deleteBoard(model::Board& given);
-    /// A raw value of `BoardIcon`, or none for the default.
+    /// As in a `Look`.
     void setIcon(std::optional<std::string_view> icon, model::Board& given, base::Instant now);
     void setIconColor(std::optional<std::string_view> color, model::Board& given,
                       base::Instant now);

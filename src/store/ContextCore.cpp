@@ -21,11 +21,6 @@ Statement bound(sqlite3* database, const std::string& sql, const std::vector<Val
     return statement;
 }
 
-bool isPendingOf(const Record& record, const RecordType& type) {
-    return &record.storedType() == &type && record.isLive() &&
-           (record.isInserted() || record.hasChanges());
-}
-
 } // namespace
 
 ContextCore::ContextCore(ModelContainer& container)
@@ -118,12 +113,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
                descriptor.orderSql(type);
     // Pending changes of this type can move records into the result, out of it, and within it: then
     // SQLite's limit and order say nothing yet.
-    const auto concernsType = [&](const auto& records) {
-        return std::any_of(records.begin(), records.end(),
-                           [&](const Record* record) { return &record->storedType() == &type; });
-    };
-    const auto isPlain =
-        !concernsType(m_inserted) && !concernsType(m_changed) && !concernsType(m_deleted);
+    const auto isPlain = !m_pending.concern(type);
     if (isPlain && descriptor.limit) {
         sql += " LIMIT " + std::to_string(*descriptor.limit);
     }
@@ -137,17 +127,15 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
     std::vector<Record*> result;
     while (statement.step()) {
         auto& record = materialize(index, statement);
-        if (record.isLive() && !isPendingOf(record, type)) {
+        if (record.isLive() && !PendingRecords::isPending(record)) {
             result.push_back(&record);
         }
     }
-    for (const auto* pending : {&m_inserted, &m_changed}) {
-        for (auto* record : *pending) {
-            if (isPendingOf(*record, type) && descriptor.condition.matches(*record)) {
-                result.push_back(record);
-            }
+    m_pending.visit(type, [&](Record& record) {
+        if (descriptor.condition.matches(record)) {
+            result.push_back(&record);
         }
-    }
+    });
     std::stable_sort(result.begin(), result.end(), [&](const Record* left, const Record* right) {
         return descriptor.isBefore(*left, *right);
     });
@@ -160,7 +148,7 @@ void ContextCore::fetch(const RecordType& type, const FetchDescriptor& descripto
 }
 
 std::size_t ContextCore::count(const RecordType& type, const Condition& condition) {
-    if (hasChanges()) {
+    if (!m_pending.isEmpty()) {
         std::size_t number = 0;
         fetch(type, {.condition = condition}, [&](Record&) { ++number; });
         return number;
@@ -262,7 +250,7 @@ void ContextCore::insert(std::unique_ptr<Record> record) {
     // What a new record owns is known: nothing yet.
     reference.state().ownedIsLoaded = reference.storedType().ownedType != nullptr;
     linkToOwner(reference);
-    m_inserted.push_back(&reference);
+    m_pending.inserted.push_back(&reference);
 }
 
 void ContextCore::remove(Record& record) {
@@ -280,58 +268,37 @@ void ContextCore::remove(Record& record) {
     }
     unlinkFromOwner(record);
     if (record.isInserted()) {
-        std::erase(m_inserted, &record);
+        std::erase(m_pending.inserted, &record);
         m_tables.forget(record);
         return;
     }
     record.state().phase = Phase::deleted;
-    m_deleted.push_back(&record);
+    m_pending.deleted.push_back(&record);
 }
 
 void ContextCore::noteChanged(Record& record) {
     if (!record.state().isListedAsChanged) {
         record.state().isListedAsChanged = true;
-        m_changed.push_back(&record);
+        m_pending.touched.push_back(&record);
     }
-}
-
-bool ContextCore::hasChanges() const {
-    return !m_inserted.empty() || !m_deleted.empty() ||
-           std::any_of(m_changed.begin(), m_changed.end(),
-                       [](const Record* record) { return record->hasChanges(); });
-}
-
-std::vector<Record*> ContextCore::inserted() const {
-    return m_inserted;
-}
-
-std::vector<Record*> ContextCore::changed() const {
-    std::vector<Record*> records;
-    std::copy_if(m_changed.begin(), m_changed.end(), std::back_inserter(records),
-                 [](const Record* record) { return record->isLive() && record->hasChanges(); });
-    return records;
-}
-
-std::vector<Record*> ContextCore::deleted() const {
-    return m_deleted;
 }
 
 void ContextCore::rollback() {
     ChangeSet changes;
-    for (auto* record : m_inserted) {
+    for (auto* record : m_pending.inserted) {
         changes.deleted.push_back(record->id());
         unlinkFromOwner(*record);
         m_tables.forget(*record);
     }
-    m_inserted.clear();
-    for (auto* record : m_deleted) {
+    m_pending.inserted.clear();
+    for (auto* record : m_pending.deleted) {
         record->state().phase = Phase::stored;
         changes.inserted.push_back(record->id());
         linkToOwner(*record);
     }
-    m_deleted.clear();
+    m_pending.deleted.clear();
     std::vector<Record*> gone;
-    for (auto* record : m_changed) {
+    for (auto* record : m_pending.touched) {
         auto& state = record->state();
         state.isListedAsChanged = false;
         if (!record->isLive()) {
@@ -361,7 +328,7 @@ void ContextCore::rollback() {
             gone.push_back(record);
         }
     }
-    m_changed.clear();
+    m_pending.touched.clear();
     for (auto* record : gone) {
         goneFromStore(*record, changes);
     }
@@ -411,16 +378,7 @@ void ContextCore::afterStep(std::function<void()> work) {
 }
 
 void ContextCore::processPendingChanges() {
-    ChangeSet changes;
-    const auto append = [](std::vector<base::Uuid>& ids, const std::vector<Record*>& records) {
-        for (const auto* record : records) {
-            ids.push_back(record->id());
-        }
-    };
-    append(changes.inserted, m_inserted);
-    append(changes.updated, changed());
-    append(changes.deleted, m_deleted);
-    if (!changes.isEmpty()) {
+    if (auto changes = m_pending.changeSet(); !changes.isEmpty()) {
         announce(std::move(changes), Announcements::Cause::other);
     }
 }

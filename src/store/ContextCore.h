@@ -4,6 +4,7 @@
 #include "store/FetchDescriptor.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
+#include "store/PendingRecords.h"
 #include "store/RecordTables.h"
 #include "store/StoreConnection.h"
 
@@ -39,10 +40,7 @@ public:
     void insert(std::unique_ptr<Record> record);
     void remove(Record& record);
     void noteChanged(Record& record);
-    bool hasChanges() const;
-    std::vector<Record*> inserted() const;
-    std::vector<Record*> changed() const;
-    std::vector<Record*> deleted() const;
+    const PendingRecords& pending() const { return m_pending; }
     void rollback();
 
     // The store.
@@ -88,9 +86,7 @@ private:
 
     ModelContainer& m_container;
     RecordTables m_tables;
-    std::vector<Record*> m_inserted;
-    std::vector<Record*> m_changed;
-    std::vector<Record*> m_deleted;
+    PendingRecords m_pending;
     /// The owner that was looked up last: rows mostly come owner by owner.
     Record* m_lastOwner = nullptr;
     /// The store's revision that the records in memory show.

@@ -162,7 +162,7 @@ void ContextCore::goneFromStore(Record& record, ChangeSet& changes) {
     auto& state = record.state();
     if (!record.isLive()) {
         // Deleted here too, and not saved yet: then there is nothing left to delete.
-        std::erase(m_deleted, &record);
+        std::erase(m_pending.deleted, &record);
         m_tables.forget(record);
         return;
     }

@@ -62,7 +62,7 @@ private:
 } // namespace
 
 void ContextCore::save() {
-    if (!hasChanges()) {
+    if (m_pending.isEmpty()) {
         return;
     }
     auto& connection = m_container.connection();
@@ -70,12 +70,12 @@ void ContextCore::save() {
         throw StoreError(StoreErrorCase::readOnly);
     }
     const Step step(*this);
-    if (std::any_of(m_changed.begin(), m_changed.end(), isGone) ||
-        std::any_of(m_inserted.begin(), m_inserted.end(), hasLostItsOwner) ||
-        std::any_of(m_changed.begin(), m_changed.end(), hasLostItsOwner)) {
+    if (std::any_of(m_pending.touched.begin(), m_pending.touched.end(), isGone) ||
+        std::any_of(m_pending.inserted.begin(), m_pending.inserted.end(), hasLostItsOwner) ||
+        std::any_of(m_pending.touched.begin(), m_pending.touched.end(), hasLostItsOwner)) {
         throw StoreError(StoreErrorCase::conflict);
     }
-    if (!hasChanges()) {
+    if (m_pending.isEmpty()) {
         // What was deleted here, someone else deleted first.
         return;
     }
@@ -99,7 +99,7 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
     const auto note = [&](std::size_t index, const Record& record) {
         changes.push_back({static_cast<std::uint8_t>(index), record.state().rowid});
     };
-    for (auto* record : m_deleted) {
+    for (auto* record : m_pending.deleted) {
         const auto index = m_tables.indexOf(record->storedType());
         auto& type = statements(index);
         for (auto& external : type.externals) {
@@ -110,17 +110,15 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
         type.remove.run();
         note(index, *record);
     }
-    for (auto* record : m_inserted) {
+    for (auto* record : m_pending.inserted) {
         const auto index = m_tables.indexOf(record->storedType());
         writeInserted(index, *record, revision);
         note(index, *record);
     }
-    for (auto* record : m_changed) {
-        if (record->isLive() && record->hasChanges()) {
-            const auto index = m_tables.indexOf(record->storedType());
-            writeChanged(index, *record, revision);
-            note(index, *record);
-        }
+    for (auto* record : m_pending.changed()) {
+        const auto index = m_tables.indexOf(record->storedType());
+        writeChanged(index, *record, revision);
+        note(index, *record);
     }
     return changes;
 }
@@ -163,20 +161,20 @@ void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t r
 
 ChangeSet ContextCore::settlePending(std::int64_t revision) {
     ChangeSet changes;
-    for (auto* record : m_deleted) {
+    for (auto* record : m_pending.deleted) {
         changes.deleted.push_back(record->id());
         m_tables.forget(*record);
     }
-    m_deleted.clear();
-    for (auto* record : m_inserted) {
+    m_pending.deleted.clear();
+    for (auto* record : m_pending.inserted) {
         changes.inserted.push_back(record->id());
         auto& state = record->state();
         state.phase = Phase::stored;
         state.version = revision;
         m_tables.of(*record).byRowid[state.rowid] = record;
     }
-    m_inserted.clear();
-    for (auto* record : m_changed) {
+    m_pending.inserted.clear();
+    for (auto* record : m_pending.touched) {
         auto& state = record->state();
         state.isListedAsChanged = false;
         if (record->isLive() && record->hasChanges()) {
@@ -185,7 +183,7 @@ ChangeSet ContextCore::settlePending(std::int64_t revision) {
             state.version = revision;
         }
     }
-    m_changed.clear();
+    m_pending.touched.clear();
     return changes;
 }
 

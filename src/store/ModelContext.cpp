@@ -18,19 +18,19 @@ void ModelContext::remove(Record& record) {
 }
 
 bool ModelContext::hasChanges() const {
-    return m_core->hasChanges();
+    return !m_core->pending().isEmpty();
 }
 
 std::vector<Record*> ModelContext::insertedRecords() const {
-    return m_core->inserted();
+    return m_core->pending().inserted;
 }
 
 std::vector<Record*> ModelContext::deletedRecords() const {
-    return m_core->deleted();
+    return m_core->pending().deleted;
 }
 
 std::vector<Record*> ModelContext::changedRecords() const {
-    return m_core->changed();
+    return m_core->pending().changed();
 }
 
 void ModelContext::save() {

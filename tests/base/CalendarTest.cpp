@@ -223,16 +223,6 @@ TEST(Calendar, LosesNothingOfAnInstantWhenAdding) {
     EXPECT_EQ(calendar.adding(instant, CalendarUnit::day, 0), instant);
 }
 
-TEST(TimeZone, KnowsTheDatabaseNamesOnly) {
-    for (const char* name : {"Europe/Berlin", "UTC", "America/Argentina/Buenos_Aires"}) {
-        ASSERT_TRUE(TimeZone::named(name)) << name;
-        EXPECT_EQ(TimeZone::named(name)->name(), name);
-    }
-    for (const char* name : {"", "Europe/Atlantis", "GMT+5", "Etc/Unknown", "Europe/Berlin "}) {
-        EXPECT_FALSE(TimeZone::named(name)) << name;
-    }
-}
-
 TEST(TimeZone, ReadsTheMachinesZoneAnewEachTime) {
     for (const auto& [variable, name] :
          {std::pair{"Europe/Berlin", "Europe/Berlin"}, std::pair{":Asia/Kolkata", "Asia/Kolkata"},

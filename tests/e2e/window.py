@@ -3,12 +3,12 @@ was stored with the command line."""
 import json
 import os
 import pathlib
-import signal
 import subprocess
 import sys
-import tempfile
 import time
-import unittest
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+from program_case import ProgramCase
 
 DESKTOP, KORVEX = (str(pathlib.Path(argument).resolve()) for argument in sys.argv[1:3])
 del sys.argv[1:3]
@@ -57,7 +57,7 @@ class Screen:
             process.wait()
 
 
-class WindowCase(unittest.TestCase):
+class WindowCase(ProgramCase):
     """A home of its own for each test, and a screen for all of them."""
 
     with_bus = False
@@ -68,20 +68,8 @@ class WindowCase(unittest.TestCase):
         cls.addClassCleanup(cls.screen.close)
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = pathlib.Path(folder.name)
-        runtime = self.home / "run"
-        runtime.mkdir(mode=0o700)
-        self.environment = {
-            "PATH": os.environ["PATH"], "HOME": str(self.home), "DISPLAY": self.screen.display,
-            "XDG_RUNTIME_DIR": str(runtime), "XDG_DATA_HOME": str(self.home / "data"),
-            "XDG_CONFIG_HOME": str(self.home / "config"), "XDG_CACHE_HOME": str(self.home / "cache"),
-            "TZ": "UTC", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "xcb", "NO_AT_BRIDGE": "1",
-            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "KORVEX_TRACE_STARTUP": "1",
-        }
-        if "ASAN_OPTIONS" in os.environ:
-            self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
+        super().setUp()
+        self.environment |= {"DISPLAY": self.screen.display, "QT_QPA_PLATFORM": "xcb"}
         if self.with_bus:
             self.start_bus()
 
@@ -93,21 +81,9 @@ class WindowCase(unittest.TestCase):
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
         bus.stdout.close()
 
-    @staticmethod
-    def end(process):
-        if process.poll() is None:
-            process.send_signal(signal.SIGTERM)
-        process.wait()
-
     def start_window(self):
         """Starts the app and waits until its window is painted and has the keyboard."""
-        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.PIPE, text=True)
-        self.addCleanup(window.stderr.close)
-        self.addCleanup(self.end, window)
-        line = window.stderr.readline()
-        while line and "first paint" not in line:
-            line = window.stderr.readline()
-        self.assertIn("first paint", line, "the window is not painted")
+        window = self.painted_window(DESKTOP)
         wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
                  "the window to have the keyboard")
         return window

@@ -68,6 +68,16 @@ TEST_F(TodoScheduleEditorTest, GivesBackWhatItWasGiven) {
     }
 }
 
+TEST_F(TodoScheduleEditorTest, ADayThatTheZoneSkippedStaysUntilAnotherIsChosen) {
+    m_formats = base::DateFormats("en_GB", tests::zone("Pacific/Apia"));
+    auto editor = edit(TodoSchedule::dueOn(20111230));
+    editor.hasReminder = true;
+    EXPECT_EQ(editor.schedule(),
+              (TodoSchedule{.dueDay = 20111230, .reminderDate = editor.reminder}));
+    editor.due = editor.due + 86'400;
+    EXPECT_EQ(editor.schedule()->dueDay, 20120101);
+}
+
 TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
     const TodoSchedule night{.dueDate = at("2025-01-16T06:00"),
                              .dueStartDate = at("2025-01-15T22:00")};

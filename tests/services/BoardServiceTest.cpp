@@ -1,4 +1,6 @@
 #include "ServiceFixture.h"
+#include "StoreRules.h"
+#include "store/StoreError.h"
 
 #include <gmock/gmock.h>
 
@@ -29,6 +31,47 @@ protected:
             result.push_back(each->name());
         }
         return result;
+    }
+
+    /// One of each operation, at a moment of its own.
+    struct Operation {
+        const char* name;
+        /// Whether it is told by the board itself which one it is about.
+        bool isAboutOne;
+        std::function<void(BoardService&, Board&)> run;
+    };
+    static constexpr base::Instant kLater{2000};
+    static std::vector<Operation> operations() {
+        static const base::NameOrder order("en_US");
+        return {
+            {"create", false, [](auto& service, auto&) { service.createBoard("New", kLater); }},
+            {"rename", true,
+             [](auto& service, auto& of) { service.renameBoard(of, " Work\n", kLater); }},
+            {"icon", true,
+             [](auto& service, auto& of) { service.setIcon("folder.fill", of, kLater); }},
+            {"color", true,
+             [](auto& service, auto& of) { service.setIconColor("navy", of, kLater); }},
+            {"archive", true,
+             [](auto& service, auto& of) { service.setArchived(true, of, kLater); }},
+            {"reorder", true,
+             [](auto& service, auto& of) {
+                 auto all = service.boards();
+                 std::erase(all, &of);
+                 all.push_back(&of);
+                 service.reorderBoards(all, kLater);
+             }},
+            {"move", false,
+             [](auto& service, auto&) {
+                 const auto all = service.boards();
+                 service.moveBoard(all.back()->id(), all.front()->id(), EntryPlacement::before,
+                                   kLater);
+             }},
+            {"sort", false,
+             [](auto& service, auto&) {
+                 service.sortBoardsByName(BoardService::Direction::descending, order, kLater);
+             }},
+            {"delete", true, [](auto& service, auto& of) { service.deleteBoard(of); }},
+        };
     }
 };
 
@@ -77,6 +120,12 @@ TEST_F(BoardServiceTest, LegacySystemBoardsAreRepaired) {
         }
         context->save();
     }
+    // Beside an Inbox it is a second one.
+    boards->initializeDefaultBoards(kNow);
+    const auto& second = put({.name = "Today", .sortOrder = 5, .isSystem = true});
+    boards->initializeDefaultBoards(kNow);
+    EXPECT_EQ(second.systemIdentifier(), "inbox");
+    EXPECT_EQ(boards->boards(), std::vector{boards->inboxBoard()});
 }
 
 TEST_F(BoardServiceTest, DuplicatesOfTheInboxAndMergedBoardsAreNotVisible) {
@@ -97,6 +146,12 @@ TEST_F(BoardServiceTest, NamesAreTrimmedAndNewBoardsGoLast) {
     Board& created = boards->createBoard("\t Work\n", kNow);
     EXPECT_EQ(created.name(), "Work");
     EXPECT_EQ(created.sortOrder(), 6);
+    EXPECT_EQ(created.createdAt(), kNow);
+    EXPECT_EQ(created.updatedAt(), kNow);
+    created.setSortOrder(-7);
+    board->setSortOrder(-5);
+    context->save();
+    EXPECT_EQ(boards->createBoard("Play", kNow).sortOrder(), -4);
     for (const auto* const name : {"as the last of all", "last again"}) {
         board->setSortOrder(std::numeric_limits<std::int64_t>::max());
         context->save();
@@ -128,6 +183,16 @@ TEST_F(BoardServiceTest, IconsAndColoursAreRawValuesOrNone) {
               BoardServiceErrorCase::invalidIcon);
     EXPECT_EQ(boardRefusal([&] { boards->setIconColor("Blue", *board, kNow); }),
               BoardServiceErrorCase::invalidIconColor);
+    const auto revision = container->revision();
+    EXPECT_EQ(boardRefusal([&] { boards->createBoard("Work", kNow, {.icon = "folder"}); }),
+              BoardServiceErrorCase::invalidIcon);
+    EXPECT_EQ(boardRefusal([&] { boards->createBoard("Work", kNow, {.color = "Blue"}); }),
+              BoardServiceErrorCase::invalidIconColor);
+    EXPECT_EQ(container->revision(), revision);
+    const auto& work = boards->createBoard("Work", kNow, {.icon = "flag.fill", .color = "sand"});
+    EXPECT_EQ(container->revision(), revision + 1);
+    EXPECT_EQ(work.icon(), "flag.fill");
+    EXPECT_EQ(work.iconColor(), "sand");
     boards->setIcon("folder.fill", *board, {2000});
     boards->setIconColor("lavender", *board, {2000});
     EXPECT_EQ(board->iconSystemName(), "folder.fill");
@@ -184,7 +249,84 @@ TEST_F(BoardServiceTest, MovingKeepsArchivedBoardsInTheirPlaces) {
     missing.push_back(missing.front());
     EXPECT_EQ(entryRefusal([&] { boards->reorderBoards(missing, kNow); }),
               EntryServiceErrorCase::entryUnavailable);
+    auto twice = boards->boards();
+    twice.push_back(twice.front());
+    EXPECT_EQ(entryRefusal([&] { boards->reorderBoards(twice, kNow); }),
+              EntryServiceErrorCase::entryUnavailable);
     EXPECT_THAT(names(boards->boards()), ElementsAre("Home", "b", "old", "c"));
+}
+
+TEST_F(BoardServiceTest, WhatCannotBeStoredIsTakenBackWhole) {
+    boards->createBoard("Work", kNow);
+    add({"a", "b"});
+    const auto before = exported(*container);
+    const auto told = std::pair(reminders.reconciles, widgets.reloads);
+    log.expectError("Board persistence failed; rolled back");
+    for (const auto& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        breakSaves();
+        EXPECT_THROW(operation.run(*boards, *board), store::StoreError);
+        mendSaves();
+        EXPECT_FALSE(context->hasChanges());
+        EXPECT_EQ(exported(*container), before);
+        EXPECT_EQ(names(boards->boards()), (std::vector<std::string>{"Home", "Work"}));
+    }
+    EXPECT_EQ(std::pair(reminders.reconciles, widgets.reloads), told);
+    const auto readOnly = openContainer(false);
+    store::ModelContext reading(*readOnly);
+    BoardService service(reading, reminders, widgets, log);
+    for (const auto& operation : operations()) {
+        EXPECT_EQ(entryRefusal([&] { operation.run(service, *reading.find<Board>(board->id())); }),
+                  EntryServiceErrorCase::readOnlyStore)
+            << operation.name;
+    }
+}
+
+TEST_F(BoardServiceTest, ABoardThatAnotherProgramHasDeletedIsRefused) {
+    boards->createBoard("Work", kNow);
+    const auto other = openContainer();
+    store::ModelContext theirs(*other);
+    BoardService(theirs, reminders, widgets, log).deleteBoard(*theirs.find<Board>(board->id()));
+    for (const auto& operation : operations()) {
+        if (operation.isAboutOne) {
+            EXPECT_EQ(entryRefusal([&] { operation.run(*boards, *board); }),
+                      EntryServiceErrorCase::entryUnavailable)
+                << operation.name;
+        }
+    }
+    EXPECT_THAT(names(boards->boards()), ElementsAre("Work"));
+}
+
+TEST_F(BoardServiceTest, EveryChangeIsStoredWithItsMomentAndToldOfWhereTodosAreConcerned) {
+    for (const auto& operation : operations()) {
+        SCOPED_TRACE(operation.name);
+        auto& of = boards->createBoard("Attic", kNow);
+        auto& beside = boards->createBoard("Beside", kNow);
+        const auto told = std::pair(reminders.reconciles, widgets.reloads);
+        operation.run(*boards, of);
+        const auto isTold =
+            operation.name == std::string("archive") || operation.name == std::string("delete");
+        EXPECT_EQ(std::pair(reminders.reconciles, widgets.reloads),
+                  std::pair(told.first + (isTold ? 1 : 0), told.second + (isTold ? 1 : 0)));
+        store::ModelContext fresh(*container);
+        const auto* const stored = fresh.find<Board>(of.id());
+        EXPECT_EQ(stored == nullptr, operation.name == std::string("delete"));
+        if (operation.isAboutOne && stored) {
+            EXPECT_EQ(stored->updatedAt(), kLater);
+            EXPECT_EQ(stored->createdAt(), kNow);
+        }
+        EXPECT_EQ(stored && stored->name() == "Work", operation.name == std::string("rename"));
+        for (auto* const each : {&of, &beside}) {
+            if (each->isLive()) {
+                boards->deleteBoard(*each);
+            }
+        }
+    }
+    // The log tells what happens, but not to which board.
+    for (const auto* const what : {"Created board", "Renamed board", "Deleted board"}) {
+        EXPECT_GT(log.count(std::string(what) + " with identifier "), 0U) << what;
+    }
+    EXPECT_EQ(log.count(board->id().text()), 0U);
 }
 
 TEST_F(BoardServiceTest, AHiddenBoardNeverComesBeforeTheVisibleOnes) {

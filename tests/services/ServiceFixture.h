@@ -8,6 +8,8 @@
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -41,7 +43,7 @@ public:
     int reloads = 0;
 };
 
-/// Services over a real store file, with one board.
+/// Services over a real store file, which can be made to fail, with one board.
 class ServiceFixture : public ::testing::Test {
 protected:
     static constexpr base::Instant kNow{1000};
@@ -55,9 +57,18 @@ protected:
     }
 
     std::unique_ptr<store::ModelContainer> openContainer(bool allowsSave = true) {
-        return store::ModelContainer::open(
-            model::currentSchema(),
-            {.file = folder.path() / "Primary.store", .allowsSave = allowsSave}, log);
+        return store::ModelContainer::open(model::currentSchema(),
+                                           {.file = storeFile(), .allowsSave = allowsSave}, log);
+    }
+
+    /// Makes every save fail until `mendSaves`.
+    void breakSaves() {
+        SQLite::Database(storeFile(), SQLite::OPEN_READWRITE)
+            .exec("CREATE TRIGGER fault BEFORE INSERT ON ChangeLog "
+                  "BEGIN SELECT RAISE(ABORT, 'the disk'); END");
+    }
+    void mendSaves() {
+        SQLite::Database(storeFile(), SQLite::OPEN_READWRITE).exec("DROP TRIGGER fault");
     }
 
     std::vector<model::Entry*> add(std::vector<std::string> contents) {
@@ -117,6 +128,9 @@ protected:
     std::unique_ptr<services::EntryService> entries;
     std::unique_ptr<services::BoardService> boards;
     model::Board* board = nullptr;
+
+private:
+    std::string storeFile() const { return (folder.path() / "Primary.store").string(); }
 };
 
 } // namespace korvex::tests

@@ -4,13 +4,11 @@
 
 #include "richtext/stored/RichTextSerializer.h"
 
-#include <SQLiteCpp/SQLiteCpp.h>
-
 #include <memory>
 
 namespace korvex::tests {
 
-/// The services with texts to work on, and a store that can be made to fail.
+/// The services with texts to work on.
 class TextFixture : public ServiceFixture {
 protected:
     static constexpr base::Instant kLater{2000};
@@ -67,20 +65,7 @@ protected:
         return text;
     }
 
-    /// Makes every save fail until `mendSaves`.
-    void breakSaves() {
-        SQLite::Database(storeFile(), SQLite::OPEN_READWRITE)
-            .exec("CREATE TRIGGER fault BEFORE INSERT ON ChangeLog "
-                  "BEGIN SELECT RAISE(ABORT, 'the disk'); END");
-    }
-    void mendSaves() {
-        SQLite::Database(storeFile(), SQLite::OPEN_READWRITE).exec("DROP TRIGGER fault");
-    }
-
     richtext::RichTextSerializer serializer{log};
-
-private:
-    std::string storeFile() const { return (folder.path() / "Primary.store").string(); }
 };
 
 } // namespace korvex::tests

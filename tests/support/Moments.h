@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Calendar.h"
+#include "support/ScopedEnvironment.h"
 
 #include <stdexcept>
 #include <string>
@@ -8,12 +9,14 @@
 
 namespace korvex::tests {
 
+/// The zone of this name, as a machine that is set to it has it.
 inline base::TimeZone zone(std::string_view name) {
-    const auto found = base::TimeZone::named(name);
-    if (!found) {
+    const ScopedEnvironment variable("TZ", std::string(name));
+    auto found = base::TimeZone::system();
+    if (found.name() != name) {
         throw std::invalid_argument("no time zone " + std::string(name));
     }
-    return *found;
+    return found;
 }
 
 /// "2025-03-10T09:00" on the clocks of the zone, or with "Z" or an offset.

@@ -80,12 +80,17 @@ services::AttachmentList readableAttachments(const model::Entry& entry) {
 /// All of them, or none stay.
 std::vector<std::filesystem::path>
 save(const model::Entry& entry, const services::AttachmentList& list, const std::string& folder) {
+    // Read before the first is written: then nothing but writing can fail half way.
+    std::vector<model::EntryAttachment> attachments;
+    for (const auto& each : list.attachments) {
+        if (auto attachment = services::attachment(entry, each.id)) {
+            attachments.push_back(std::move(*attachment));
+        }
+    }
     std::vector<std::filesystem::path> saved;
     try {
-        for (const auto& each : list.attachments) {
-            if (const auto attachment = services::attachment(entry, each.id)) {
-                saved.push_back(services::saveAttachment(*attachment, folder));
-            }
+        for (const auto& each : attachments) {
+            saved.push_back(services::saveAttachment(each, folder));
         }
     } catch (const std::filesystem::filesystem_error& error) {
         std::error_code ignored;

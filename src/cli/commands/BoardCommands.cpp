@@ -54,21 +54,8 @@ void printRecord(Session& session, const model::Board& board) {
 }
 
 ExitStatus add(Session& session, const AddOptions& options) {
-    // Refused before the board is made: a board without its icon is not what was asked for.
-    if (options.icon && !model::boardIcon(*options.icon)) {
-        throw model::BoardServiceError(model::BoardServiceErrorCase::invalidIcon);
-    }
-    if (options.color && !model::boardIconColor(*options.color)) {
-        throw model::BoardServiceError(model::BoardServiceErrorCase::invalidIconColor);
-    }
-    const store::LockedStep step(session.context());
-    auto& board = session.boards().createBoard(options.name, session.now());
-    if (options.icon) {
-        session.boards().setIcon(*options.icon, board, session.now());
-    }
-    if (options.color) {
-        session.boards().setIconColor(*options.color, board, session.now());
-    }
+    const auto& board = session.boards().createBoard(
+        options.name, session.now(), {.icon = options.icon, .color = options.color});
     if (session.wantsJson()) {
         Json(session.output()).board(board);
     } else {

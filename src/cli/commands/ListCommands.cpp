@@ -41,6 +41,10 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
         Json(session.output()).boards(boards);
     } else {
         printBoards(session, boards);
+        // Others there always are: the Inbox.
+        if (boards.empty() && session.terminal().isPresent) {
+            session.remark("No board is archived.");
+        }
     }
     return ExitStatus::done;
 }

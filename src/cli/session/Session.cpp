@@ -3,6 +3,7 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
+#include "base/UserLocale.h"
 #include "model/SchemaVersions.h"
 
 namespace korvex::cli {
@@ -32,7 +33,8 @@ Session::~Session() = default;
 
 const base::DateFormats& Session::formats() {
     if (!m_formats) {
-        m_formats.emplace("", base::TimeZone::system());
+        // All that commands say is English, so the words for days are too.
+        m_formats.emplace(base::localeSpeaking("en", "LC_TIME"), base::TimeZone::system());
     }
     return *m_formats;
 }

@@ -50,6 +50,7 @@ public:
 
     /// One moment for the whole command.
     base::Instant now() const { return m_now; }
+    /// In English, in the order and by the clock of the user's region.
     const base::DateFormats& formats();
     const base::Calendar& calendar();
     /// Minutes after midnight, from the user's settings.

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <ctime>
 #include <limits>
 
 namespace korvex::platform::qt {
@@ -55,9 +56,10 @@ SystemTimeWatcher::~SystemTimeWatcher() {
 }
 
 void SystemTimeWatcher::armTimer() {
-    // It never fires by itself: a change of the clock cancels it, and that wakes the notifier.
+    // It never fires by itself: a change of the clock, or waking from sleep, cancels it, and that
+    // wakes the notifier.
     itimerspec never{};
-    never.it_value.tv_sec = std::numeric_limits<std::int32_t>::max();
+    never.it_value.tv_sec = std::numeric_limits<std::time_t>::max();
     ::timerfd_settime(m_timer, TFD_TIMER_ABSTIME | TFD_TIMER_CANCEL_ON_SET, &never, nullptr);
 }
 

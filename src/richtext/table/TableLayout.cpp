@@ -43,7 +43,7 @@ bool Line::isBeside(const Line& other, std::size_t depth) const {
                       others.begin());
 }
 
-bool hasTable(const AttributedString& text) {
+bool containsTable(const AttributedString& text) {
     bool isFound = false;
     text.forEachStyleRun([&](const AttributedString::ParagraphRun& run) {
         isFound = isFound || !run.style.cells.empty();

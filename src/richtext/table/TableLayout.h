@@ -25,7 +25,8 @@ struct Line {
     bool isBeside(const Line& other, std::size_t depth) const;
 };
 
-bool hasTable(const AttributedString& text);
+/// Whether any paragraph of the text stands in a cell.
+bool containsTable(const AttributedString& text);
 /// The paragraphs of a text, in order.
 std::vector<Line> linesOf(const AttributedString& text);
 

@@ -219,7 +219,7 @@ private:
 
 RichTextTable::Repaired RichTextTable::repairingIncompleteTables(AttributedString text,
                                                                  TextRange selection) {
-    if (!hasTable(text)) {
+    if (!containsTable(text)) {
         return {std::move(text), selection};
     }
     Repair repair;

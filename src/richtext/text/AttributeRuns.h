@@ -1,6 +1,7 @@
 #pragma once
 
 #include "richtext/text/Interned.h"
+#include "richtext/text/TextRange.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,15 +11,6 @@
 #include <vector>
 
 namespace korvex::richtext {
-
-/// A part of a string, in UTF-16 units.
-struct TextRange {
-    std::size_t location = 0;
-    std::size_t length = 0;
-
-    std::size_t end() const { return location + length; }
-    bool operator==(const TextRange&) const = default;
-};
 
 /// What the parts of a string are like: runs, each up to its end, of values that are kept once.
 /// Neighbouring runs have different values. Every operation is linear or better in what it touches.

@@ -88,8 +88,7 @@ QToolButton* BoardIconPopover::addButton(ButtonGrid& grid, const QString& title,
 
 void BoardIconPopover::addIcons() {
     for (const auto icon : model::allBoardIcons()) {
-        auto* const button =
-            addButton(*m_icons, tr(std::string(model::title(icon)).c_str()), kIconSize);
+        auto* const button = addButton(*m_icons, translated(model::title(icon)), kIconSize);
         connect(button, &QToolButton::clicked, this, [this, icon] { chooseIcon(icon); });
     }
 }
@@ -103,7 +102,7 @@ void BoardIconPopover::addColors() {
     };
     add(std::nullopt, tr("Accent color"));
     for (const auto color : model::allBoardIconColors()) {
-        add(color, tr(std::string(model::title(color)).c_str()));
+        add(color, translated(model::title(color)));
     }
 }
 

@@ -3,7 +3,6 @@
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
 
-#include <QCoreApplication>
 #include <QLineEdit>
 #include <QListWidget>
 
@@ -43,8 +42,7 @@ Fit fitOf(const QString& name, const QString& id, const QString& searched) {
 QString nameOf(const richtext::CodeLanguage& language) {
     const auto isOurs = language.id == richtext::CodeSyntax::kAutomatic ||
                         language.id == richtext::CodeSyntax::kPlainText;
-    return isOurs ? QCoreApplication::translate("korvex::ui::LanguageMenu", language.name.c_str())
-                  : toQString(language.name);
+    return isOurs ? translated(language.name) : toQString(language.name);
 }
 
 } // namespace

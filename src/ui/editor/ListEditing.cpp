@@ -2,6 +2,7 @@
 
 #include "richtext/text/ListIndents.h"
 #include "ui/editor/RichTextRuns.h"
+#include "ui/text/TextDocument.h"
 
 #include <algorithm>
 #include <array>
@@ -19,7 +20,6 @@ using richtext::ParagraphStyle;
 using richtext::TextList;
 using richtext::TextListRef;
 
-constexpr std::size_t kDeepest = 9;
 constexpr int kLongestMarker = 64;
 
 /// What a list inside a list begins with; deeper ones go round.
@@ -97,8 +97,8 @@ struct EditedItem {
     ParagraphStyle style;
 };
 
-/// Where all items of a drawn list go to one that is not drawn yet, it becomes that one: Qt looks
-/// at every item of a list whenever one comes or goes.
+/// Where all items of a drawn list go to one that is not drawn yet, it becomes that one: one change
+/// instead of one for each item.
 void renameWholeLists(const std::vector<EditedItem>& items, DrawnLists& drawn) {
     struct Move {
         const std::vector<TextListRef>* lists = nullptr;
@@ -115,7 +115,7 @@ void renameWholeLists(const std::vector<EditedItem>& items, DrawnLists& drawn) {
         }
     }
     for (const auto& [list, move] : moves) {
-        if (move.isOne && move.items == list->count() && !move.lists->empty() &&
+        if (move.isOne && move.items == itemCountOf(*list) && !move.lists->empty() &&
             !drawn.of(*move.lists)) {
             drawn.rename(*list, *move.lists);
         }
@@ -236,7 +236,7 @@ bool nestLists(const QTextCursor& range, Nesting nesting, const TextLook& look) 
         if (nesting == Nesting::shallower && !style.lists.empty()) {
             style.lists.pop_back();
         } else if (nesting == Nesting::deeper && !style.lists.empty() &&
-                   style.lists.size() < kDeepest) {
+                   style.lists.size() < kDeepestList) {
             const auto isGoingOn = last.isValid() && isSameCell(last, block);
             style.lists.push_back(
                 listInside(isGoingOn ? lastLists : listsAbove(block), style.lists));

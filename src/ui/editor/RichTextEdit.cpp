@@ -1,12 +1,14 @@
 #include "ui/editor/RichTextEdit.h"
 
 #include "ui/editor/FormatEditing.h"
+#include "ui/editor/Pasting.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/editor/StructureKeys.h"
 #include "ui/editor/TableEditing.h"
 #include "ui/text/Links.h"
 #include "ui/text/OfferedFiles.h"
 #include "ui/text/RichTextClipboard.h"
+#include "ui/text/TextDocument.h"
 #include "ui/text/TextDocumentConversion.h"
 #include "ui/text/TextLook.h"
 #include "ui/text/TextPainting.h"
@@ -37,9 +39,14 @@ bool leadsOut(QTextCursor caret, int direction) {
     return !caret.movePosition(direction < 0 ? QTextCursor::Up : QTextCursor::Down);
 }
 
+const QTextDocument& withOwnDocument(QTextEdit& edit) {
+    edit.setDocument(new TextDocument(&edit));
+    return *edit.document();
+}
+
 } // namespace
 
-RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent), m_limit(*document()) {
+RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent), m_limit(withOwnDocument(*this)) {
     setFrameShape(NoFrame);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -47,6 +54,8 @@ RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent), m_limit(*docume
     viewport()->setAutoFillBackground(false);
     setAccessibleName(tr("Text"));
     setPlaceholderText(tr("Text"));
+    // One item more or less changes the numbers of those behind it, which no layout knows of.
+    connect(document(), &QTextDocument::contentsChanged, viewport(), qOverload<>(&QWidget::update));
     connect(this, &QTextEdit::cursorPositionChanged, this, &RichTextEdit::updateState);
     connect(this, &QTextEdit::selectionChanged, this, &RichTextEdit::updateState);
     addShortcuts();
@@ -221,20 +230,8 @@ void RichTextEdit::pastePlainText() {
     }
 }
 
-/// Into code goes only what the text says.
 void RichTextEdit::insertPasted(const richtext::AttributedString& text) {
-    auto attributes = typedAttributes(textCursor());
-    attributes.link.clear();
-    if (!attributes.isCode()) {
-        insert(text);
-        return;
-    }
-    auto units = text.text();
-    if (!attributes.korvexCodeBlock) {
-        std::replace(units.begin(), units.end(), u'\n', u' ');
-    }
-    const auto style = styleOf(textCursor().blockFormat());
-    insert(richtext::AttributedString(units, attributes, style));
+    insert(fitted(text, textCursor()));
 }
 
 bool RichTextEdit::canInsertFromMimeData(const QMimeData* source) const {

@@ -55,6 +55,20 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->restore();
 }
 
+QPixmap EntryItemDelegate::picture(QStyleOptionViewItem option, const QModelIndex& index,
+                                   qreal scale) const {
+    constexpr double kOpacity = 0.85;
+    QPixmap picture(option.rect.size() * scale);
+    picture.setDevicePixelRatio(scale);
+    picture.fill(Qt::transparent);
+    QPainter painter(&picture);
+    painter.setOpacity(kOpacity);
+    option.rect.moveTopLeft(QPoint());
+    paint(&painter, option, index);
+    painter.end();
+    return picture;
+}
+
 void EntryItemDelegate::paintPlain(QPainter& painter, const EntryRowLayout& laidOut, int row,
                                    QStyle::State state) const {
     const auto& colors = m_theme.colors();

@@ -4,6 +4,7 @@
 #include "ui/entries/EntryRowLayout.h"
 #include "ui/kit/lists/RowLayouts.h"
 
+#include <QPixmap>
 #include <QStyledItemDelegate>
 
 #include <optional>
@@ -23,6 +24,9 @@ public:
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
+
+    /// What a row looks like while it is dragged, on a screen with so many dots to a pixel.
+    QPixmap picture(QStyleOptionViewItem option, const QModelIndex& index, qreal scale) const;
 
     /// Valid until the next call of any function of this class.
     const EntryRowLayout& layout(int row, int width) const;

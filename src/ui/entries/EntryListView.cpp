@@ -7,7 +7,6 @@
 #include <QApplication>
 #include <QDragMoveEvent>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QScrollBar>
 
 namespace korvex::ui {
@@ -15,9 +14,6 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kBottomMargin = 24;
-/// What a key moves a wide table by, and one step of a wheel.
-constexpr int kTableStep = 48;
-constexpr int kWheelStep = 120;
 
 /// A character that begins a text; Space alone does not.
 bool isTyping(const QKeyEvent& event) {
@@ -36,6 +32,8 @@ EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& c
       m_delegate(new EntryItemDelegate(model, code, theme, this)),
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }),
       m_chips(model, *this, *m_delegate),
+      m_hits(model, *this, *m_delegate),
+      m_tables(m_hits, *this, *m_delegate),
       m_reordering(model, *this, theme) {
     setDragEnabled(true);
     setAcceptDrops(true);
@@ -101,10 +99,7 @@ void EntryListView::showRow(int row) {
 }
 
 QRect EntryListView::scheduleAnchor(int row) const {
-    const auto rect = visualRect(m_model.index(row, 0));
-    const auto& laidOut = m_delegate->layout(row, rect.width());
-    const auto local = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
-    return globalRect(local.translated(rect.topLeft()));
+    return globalRect(m_hits.scheduleOf(row));
 }
 
 int EntryListView::measuredHeight(int row) {
@@ -191,7 +186,7 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
             m_model.isCompletedExpanded() == (stepOf(event->key()) < 0)) {
             Q_EMIT completedToggled();
         } else if (row >= 0) {
-            scrollTables(row, event->key() == Qt::Key_Right ? kTableStep : -kTableStep);
+            m_tables.step(row, event->key() == Qt::Key_Right ? 1 : -1);
         }
         return;
     case Qt::Key_Up:
@@ -256,19 +251,19 @@ void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
         Q_EMIT scheduleRequested(row);
     } else if (!isEntry) {
         activate(row);
-    } else if (part == RowPart::body && isText(row) &&
+    } else if (part == RowPart::body && m_hits.isText(row) &&
                (position - m_pressedAt).manhattanLength() < QApplication::startDragDistance()) {
         if (event.modifiers() == Qt::NoModifier) {
-            Q_EMIT editRequested(row, caretAt(row, position));
+            Q_EMIT editRequested(row, m_hits.caretAt(row, position));
         } else if (event.modifiers() == Qt::ControlModifier) {
-            openLink(linkAt(position));
+            openLink(m_hits.linkAt(position));
         }
     }
 }
 
 void EntryListView::doubleClicked(int row, const QPoint& position) {
     if (m_model.kind(row) == EntryRowKind::entry) {
-        Q_EMIT editRequested(row, caretAt(row, position));
+        Q_EMIT editRequested(row, m_hits.caretAt(row, position));
     }
 }
 
@@ -298,31 +293,12 @@ void EntryListView::currentChanged(const QModelIndex& current, const QModelIndex
     setAttribute(Qt::WA_InputMethodEnabled); // which QAbstractItemView asks the row for
 }
 
-/// What goes sideways, or is turned sideways by Shift, moves the wide table under the pointer.
 void EntryListView::wheelEvent(QWheelEvent* event) {
-    const bool isTurned = event->modifiers() == Qt::ShiftModifier;
-    const auto pixels = isTurned ? event->pixelDelta().transposed() : event->pixelDelta();
-    const auto steps = isTurned ? event->angleDelta().transposed() : event->angleDelta();
-    const int by = pixels.isNull() ? steps.x() * kTableStep / kWheelStep : pixels.x();
-    const auto position = event->position().toPoint();
-    const auto index = indexAt(position);
-    if (by != 0 && index.isValid() && scrollTables(index.row(), -by, position)) {
+    if (m_tables.follow(*event)) {
         event->accept();
     } else {
         RowListView::wheelEvent(event);
     }
-}
-
-bool EntryListView::scrollTables(int row, int by, std::optional<QPoint> under) {
-    const auto rect = visualRect(m_model.index(row, 0));
-    const auto local =
-        under ? std::optional(QPointF(*under - rect.topLeft())) : std::optional<QPointF>();
-    const bool isText = this->isText(row) && row != editedRow();
-    const bool hasMoved = isText && m_delegate->scrollTables(row, rect.width(), by, local);
-    if (hasMoved) {
-        viewport()->update(rect);
-    }
-    return hasMoved;
 }
 
 QAccessible::Role EntryListView::roleOf(int row) const {
@@ -366,41 +342,20 @@ RowPart EntryListView::partAt(int row, const QPoint& position) const {
     if (m_chips.at(position)) {
         return RowPart::chip;
     }
-    if (isText(row) || (m_model.isReadOnly() && m_model.entry(row))) {
+    if (m_hits.isText(row) || (m_model.isReadOnly() && m_model.entry(row))) {
         return RowPart::body;
     }
-    const auto rect = visualRect(m_model.index(row, 0));
-    const auto& laidOut = m_delegate->layout(row, rect.width());
-    const auto local = position - rect.topLeft();
-    if (isOn(laidOut.sign(), local)) {
+    if (isOn(m_hits.signOf(row), position)) {
         return RowPart::sign;
     }
-    const auto schedule = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
-    return isOn(schedule, local) ? RowPart::label : RowPart::body;
+    return isOn(m_hits.scheduleOf(row), position) ? RowPart::label : RowPart::body;
 }
 
 bool EntryListView::isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const {
     const auto isOnLink = modifiers == Qt::ControlModifier &&
-                          partUnder(position) == RowPart::body && !linkAt(position).isEmpty();
+                          partUnder(position) == RowPart::body &&
+                          !m_hits.linkAt(position).isEmpty();
     return isOnLink || RowListView::isPressable(position, modifiers);
-}
-
-bool EntryListView::isText(int row) const {
-    return m_model.kind(row) == EntryRowKind::entry && !m_model.entry(row)->isTodo();
-}
-
-int EntryListView::caretAt(int row, const QPoint& position) const {
-    const auto rect = visualRect(m_model.index(row, 0));
-    return m_delegate->layout(row, rect.width()).cursorAt(position - rect.topLeft());
-}
-
-QString EntryListView::linkAt(const QPoint& position) const {
-    const auto index = indexAt(position);
-    if (!index.isValid() || !isText(index.row())) {
-        return {};
-    }
-    const auto rect = visualRect(index);
-    return m_delegate->layout(index.row(), rect.width()).linkAt(position - rect.topLeft());
 }
 
 void EntryListView::startDrag(Qt::DropActions) {
@@ -408,20 +363,12 @@ void EntryListView::startDrag(Qt::DropActions) {
     if (row < 0 || m_model.kind(row) != EntryRowKind::entry || row == editedRow()) {
         return;
     }
-    const auto size = visualRect(currentIndex()).size();
-    QPixmap picture(size * devicePixelRatioF());
-    picture.setDevicePixelRatio(devicePixelRatioF());
-    picture.fill(Qt::transparent);
-    QPainter painter(&picture);
-    painter.setOpacity(0.85);
     QStyleOptionViewItem option;
     initViewItemOption(&option);
-    option.rect = QRect(QPoint(), size);
+    option.rect = visualRect(currentIndex());
     option.state = QStyle::State_Enabled | QStyle::State_Selected;
     option.state.setFlag(QStyle::State_MouseOver, row == hoveredRow());
-    m_delegate->paint(&painter, option, currentIndex());
-    painter.end();
-    m_reordering.drag(row, picture);
+    m_reordering.drag(row, m_delegate->picture(option, currentIndex(), devicePixelRatioF()));
 }
 
 void EntryListView::dragEnterEvent(QDragEnterEvent* event) {

@@ -3,7 +3,9 @@
 #include "base/Signal.h"
 #include "model/EntryPlacement.h"
 #include "ui/entries/EntryChips.h"
+#include "ui/entries/EntryHits.h"
 #include "ui/entries/EntryReordering.h"
+#include "ui/entries/WideTables.h"
 #include "ui/kit/lists/RowListView.h"
 #include "ui/todos/LeavingRows.h"
 
@@ -96,11 +98,6 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    bool isText(int row) const;
-    /// The link of a text entry under a point of the viewport, if it may be opened; else empty.
-    QString linkAt(const QPoint& position) const;
-    int caretAt(int row, const QPoint& position) const;
-    bool scrollTables(int row, int by, std::optional<QPoint> under = std::nullopt);
     /// Does what the row is for.
     void activate(int row);
     void endDrag();
@@ -109,6 +106,8 @@ private:
     EntryItemDelegate* m_delegate;
     LeavingRows m_leaving;
     EntryChips m_chips;
+    EntryHits m_hits;
+    WideTables m_tables;
     EntryReordering m_reordering;
     mutable std::optional<EntryHeightEstimate> m_estimate;
     RowEditor* m_editor = nullptr;

@@ -7,6 +7,7 @@
 #include "ui/kit/controls/FlowLayout.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 
 #include <QComboBox>
 #include <QDateEdit>
@@ -79,7 +80,7 @@ template <typename Case>
 QComboBox* CompletedFilterBar::makePicker(const QString& name, std::initializer_list<Case> cases) {
     auto* const picker = makePicker(name);
     for (const auto each : cases) {
-        picker->addItem(tr(std::string(schedule::title(each)).c_str()), static_cast<int>(each));
+        picker->addItem(translated(schedule::title(each)), static_cast<int>(each));
     }
     return picker;
 }

@@ -3,7 +3,6 @@
 #include "ui/boards/BoardIcons.h"
 #include "ui/kit/words/Refusal.h"
 
-#include <QCoreApplication>
 #include <QStringList>
 
 #include <memory>
@@ -117,8 +116,7 @@ SearchRow SearchListModel::made(int row) const {
     SearchRow shown{
         .line = SearchLine::of(result.content, m_terms, m_folding),
         .icon = iconOf(result.symbol(), board(row)),
-        .kind = QCoreApplication::translate("korvex::services::SearchResult",
-                                            std::string(result.kind()).c_str()),
+        .kind = translated(result.kind()),
         .boardName = toQString(result.boardName),
         .isBoard = !result.entryType,
         .isTodo = result.entryType == model::EntryType::todo,

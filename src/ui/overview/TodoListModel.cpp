@@ -134,7 +134,7 @@ DueLabel TodoListModel::detailLabel(int row) const {
 
 QString TodoListModel::completionText(int row) const {
     const auto completedAt = entry(row)->completedAt();
-    return entry(row)->isCompleted() && completedAt
+    return entry(row)->isCompleted() && completedAt && completedAt->isValid()
                ? toQString(m_dates.formats().shortTime(*completedAt))
                : QString();
 }

@@ -1,9 +1,6 @@
 #include "ui/overview/UpcomingPage.h"
 
 #include "ui/kit/words/Text.h"
-
-#include <QCoreApplication>
-
 namespace korvex::ui {
 
 UpcomingPage::UpcomingPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
@@ -15,10 +12,8 @@ std::vector<TodoGroup> UpcomingPage::groups() {
         return result;
     }
     for (const auto& group : m_upcoming->groups()) {
-        const auto title = QCoreApplication::translate(
-            "korvex::ui::UpcomingPage", std::string(schedule::title(group.section)).c_str());
         result.push_back({.key = static_cast<int>(group.section),
-                          .title = title,
+                          .title = translated(schedule::title(group.section)),
                           .isUrgent = group.section == schedule::UpcomingSection::overdue,
                           .entries = group.entries});
     }

@@ -202,11 +202,15 @@ void setEndAttributes(const QTextBlock& block, const CharacterAttributes& attrib
             }
             format.clearBackground(); // would be the cell's fill
             cellFormat.merge(format);
-            cell.setFormat(cellFormat);
+            if (cellFormat != cell.format()) {
+                cell.setFormat(cellFormat);
+            }
             return;
         }
     }
-    QTextCursor(block).setBlockCharFormat(format);
+    if (format != block.charFormat()) {
+        QTextCursor(block).setBlockCharFormat(format);
+    }
 }
 
 void changeAttributes(QTextCursor& cursor, const TextLook& look,
@@ -247,7 +251,10 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
             if (run.format.hasProperty(kUnitProperty)) {
                 format.setProperty(kUnitProperty, run.format.property(kUnitProperty));
             }
-            editing.setCharFormat(format);
+            // A change that changes nothing would be a step of undo all the same.
+            if (format != run.format) {
+                editing.setCharFormat(format);
+            }
         }
         if (block.position() + block.length() <= end) {
             setEndAttributes(block, changed(block.charFormat()), look);

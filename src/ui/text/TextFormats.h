@@ -41,7 +41,7 @@ enum TextProperty {
     kGapProperty,
     /// A list has a std::vector<TextListRef>, from the outermost to the list itself.
     kListsProperty,
-    /// Qt cannot draw this list's marker; `paintUnderText` does.
+    /// Not Qt draws this list's markers but `paintUnderText`: numbers, and what Qt has not.
     kOwnMarkerProperty,
     /// A table has its TextTableRef.
     kTableProperty,
@@ -65,8 +65,8 @@ bool isCodeBlock(const QTextBlock& block);
 
 /// `lists` must not be empty.
 QTextListFormat listFormatOf(const std::vector<richtext::TextListRef>& lists);
-/// What stands before an item, in words: "3.", "•".
-QString markerTextOf(const QTextList& list, const QTextBlock& item);
+/// What stands before an item, in words: "3.", "•". The list's first item is 0.
+QString markerTextOf(const QTextList& list, int item);
 /// A TextList's marker for a list that Qt made.
 std::u16string markerOf(const QTextListFormat& format);
 

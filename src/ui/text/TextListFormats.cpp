@@ -16,7 +16,7 @@ struct DrawnMarker {
     MarkerFormat format;
     QTextListFormat::Style style;
 };
-/// What Qt can draw.
+/// What Qt has, too.
 constexpr std::array kMarkers{
     DrawnMarker{MarkerFormat::disc, QTextListFormat::ListDisc},
     DrawnMarker{MarkerFormat::circle, QTextListFormat::ListCircle},
@@ -31,35 +31,28 @@ constexpr std::array kMarkers{
 } // namespace
 
 QTextListFormat listFormatOf(const std::vector<TextListRef>& lists) {
-    const auto& list = *lists.back();
-    const auto marker = richtext::partsOf(list.marker);
-    const auto isNumbered = richtext::isCounting(marker.format);
+    const auto marker = richtext::partsOf(lists.back()->marker);
     const auto* const drawn =
         std::find_if(kMarkers.begin(), kMarkers.end(),
                      [&](const DrawnMarker& each) { return each.format == marker.format; });
     QTextListFormat format;
     format.setIndent(static_cast<int>(lists.size()));
     format.setProperty(kListsProperty, QVariant::fromValue(lists));
-    const auto hasAffixes = !marker.before.empty() || !marker.after.empty();
-    if (drawn == kMarkers.end() || (isNumbered ? list.start != 1 : hasAffixes)) {
+    const auto isBare = marker.before.empty() && marker.after.empty();
+    if (drawn != kMarkers.end() && isBare && !richtext::isCounting(marker.format)) {
+        format.setStyle(drawn->style);
+    } else {
         format.setStyle(QTextListFormat::ListStyleUndefined);
         format.setProperty(kOwnMarkerProperty, true);
-        return format;
-    }
-    format.setStyle(drawn->style);
-    if (isNumbered) {
-        format.setNumberPrefix(toQString(marker.before));
-        format.setNumberSuffix(toQString(marker.after));
     }
     return format;
 }
 
-QString markerTextOf(const QTextList& list, const QTextBlock& item) {
+QString markerTextOf(const QTextList& list, int item) {
     const auto lists = list.format().property(kListsProperty).value<std::vector<TextListRef>>();
     const auto value =
         lists.empty() ? richtext::TextList{.marker = markerOf(list.format())} : *lists.back();
-    return toQString(
-        richtext::markerText(value, std::int64_t{value.start} + list.itemNumber(item)));
+    return toQString(richtext::markerText(value, std::int64_t{value.start} + item));
 }
 
 std::u16string markerOf(const QTextListFormat& format) {

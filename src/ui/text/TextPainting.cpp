@@ -7,6 +7,8 @@
 #include <QTextBlock>
 #include <QTextLayout>
 
+#include <unordered_map>
+
 namespace korvex::ui {
 
 namespace {
@@ -17,10 +19,8 @@ QRectF rectOf(const QTextBlock& block) {
         block.layout()->boundingRect().left(), 0);
 }
 
-void paintMarker(QPainter& painter, const QTextBlock& block, const QRectF& rect,
-                 const TextLook& look) {
-    const auto& list = *block.textList();
-    const auto marker = markerTextOf(list, block);
+void paintMarker(QPainter& painter, const QString& marker, const QTextBlock& block,
+                 const QRectF& rect, const TextLook& look) {
     const auto* const layout = block.layout();
     if (marker.isEmpty() || !layout || layout->lineCount() == 0) {
         return;
@@ -57,9 +57,23 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
         }
         ground = {};
     };
+    struct Markers {
+        bool areOwn = false;
+        int items = 0;
+    };
+    std::unordered_map<const QTextList*, Markers> lists;
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
-        const auto hasOwnMarker =
-            block.textList() && block.textList()->format().boolProperty(kOwnMarkerProperty);
+        const auto* const list = block.textList();
+        auto hasOwnMarker = false;
+        auto item = 0;
+        if (list) {
+            const auto [place, isNew] = lists.try_emplace(list);
+            if (isNew) {
+                place->second.areOwn = list->format().boolProperty(kOwnMarkerProperty);
+            }
+            hasOwnMarker = place->second.areOwn;
+            item = place->second.items++;
+        }
         const auto isCode = isCodeBlock(block);
         if (!isCode) {
             paintGround();
@@ -78,7 +92,7 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
             ground = ground.isEmpty() ? own : ground.united(own);
         }
         if (hasOwnMarker && rect.intersects(exposed.adjusted(-rect.left(), 0, rect.left(), 0))) {
-            paintMarker(painter, block, rect, look);
+            paintMarker(painter, markerTextOf(*list, item), block, rect, look);
         }
     }
     paintGround();

@@ -2,10 +2,10 @@
 
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/text/AttributedString.h"
+#include "ui/text/TextDocument.h"
 #include "ui/text/TextLook.h"
 
 #include <QPainter>
-#include <QTextDocument>
 
 #include <optional>
 #include <vector>
@@ -56,7 +56,7 @@ private:
     /// The point of the document that is seen at a point.
     QPointF inDocument(const QPointF& point) const;
 
-    QTextDocument m_document;
+    TextDocument m_document;
     std::vector<WideTable> m_wideTables;
     int m_width;
     int m_height;

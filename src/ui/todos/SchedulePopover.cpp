@@ -106,8 +106,8 @@ void SchedulePopover::makeFields() {
 }
 
 void SchedulePopover::layOut() {
-    const int room = window()->width() - 2 * kWindowMargin;
-    const bool isNarrow = theme().scaled(kPanelWidth) > room;
+    const auto room = window()->width() - 2 * kWindowMargin;
+    const auto isNarrow = theme().scaled(kPanelWidth) > room;
     setFixedWidth(std::min(theme().scaled(kPanelWidth), room));
     auto* const grid = new QGridLayout(this);
     grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
@@ -133,7 +133,7 @@ void SchedulePopover::layOut() {
                                                               {m_hasWindow, start},
                                                               {m_hasReminder, m_preset},
                                                               {nullptr, m_reminder}}) {
-        const int row = grid->rowCount();
+        const auto row = grid->rowCount();
         if (box) {
             grid->addWidget(box, row, 0, 1, isNarrow ? 2 : 1);
         }
@@ -182,7 +182,7 @@ void SchedulePopover::fillPresets() {
     m_preset->clear();
     if (m_editor.hasDue) {
         for (const auto preset : schedule::kAllReminderPresets) {
-            m_preset->addItem(toQString(schedule::title(preset)), static_cast<int>(preset));
+            m_preset->addItem(translated(schedule::title(preset)), static_cast<int>(preset));
         }
     }
     m_preset->addItem(tr("Custom"), kCustom);
@@ -206,6 +206,7 @@ void SchedulePopover::showState() {
     m_hasReminder->setChecked(m_editor.hasReminder);
     m_reminder->setDateTime(dateTimeOf(m_editor.reminder));
     fillPresets();
+    m_shown = shown();
 
     m_day->setEnabled(m_editor.hasDue);
     const auto hasTime = m_editor.hasDue && m_editor.hasTime;
@@ -234,24 +235,18 @@ void SchedulePopover::takeState() {
         return;
     }
     const auto reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
-    const auto reminderMoved = m_reminder->dateTime() != dateTimeOf(m_editor.reminder);
+    const auto now = shown();
     m_editor.hasDue = m_hasDue->isChecked();
     m_editor.hasTime = m_hasTime->isChecked();
     m_editor.hasWindow = m_hasWindow->isChecked();
-    if (m_day->date() != dateTimeOf(m_editor.due).date() ||
-        m_time->time() != dateTimeOf(m_editor.due).time()) {
-        m_editor.due = instantOf(m_day->date(), m_time->time(), m_editor.due);
-    }
-    const auto start = dateTimeOf(m_editor.start);
-    const auto hasOwnDay = m_editor.startHasOwnDay;
-    if (m_start->time() != start.time() || (hasOwnDay && m_startDay->date() != start.date())) {
-        m_editor.start = instantOf(hasOwnDay ? m_startDay->date() : m_day->date(), m_start->time(),
-                                   m_editor.start);
+    m_editor.due = edited(m_editor.due, m_shown.due, now.due);
+    if (m_editor.startHasOwnDay) {
+        m_editor.start = edited(m_editor.start, m_shown.start, now.start);
+    } else if (now.start.time() != m_shown.start.time()) {
+        m_editor.start = instantOf(now.due.date(), now.start.time(), m_editor.start);
     }
     m_editor.hasReminder = m_hasReminder->isChecked();
-    if (reminderMoved) {
-        m_editor.reminder = instantOf(m_reminder->date(), m_reminder->time(), m_editor.reminder);
-    }
+    m_editor.reminder = edited(m_editor.reminder, m_shown.reminder, now.reminder);
     const auto preset = m_preset->currentData().toInt();
     if (reminderAppears && m_editor.hasDue) {
         m_editor.reminderPreset = schedule::TodoReminderPreset::atDueTime;
@@ -292,14 +287,14 @@ void SchedulePopover::dismiss() {
 }
 
 void SchedulePopover::showRefusal() {
-    showError();
+    showState();
     placeAgain();
 }
 
 void SchedulePopover::showError() {
     const auto& message = m_editor.errorMessage();
     m_error->setVisible(message.has_value());
-    m_error->setText(message ? toQString(*message) : QString());
+    m_error->setText(message ? translated(*message) : QString());
     Accessibility::say(*m_error, m_error->text());
 }
 
@@ -318,6 +313,22 @@ void SchedulePopover::keyPressEvent(QKeyEvent* event) {
         }
     }
     save();
+}
+
+SchedulePopover::Shown SchedulePopover::shown() const {
+    return {.due = QDateTime(m_day->date(), m_time->time(), Qt::UTC),
+            .start = QDateTime(m_startDay->date(), m_start->time(), Qt::UTC),
+            .reminder = m_reminder->dateTime()};
+}
+
+base::Instant SchedulePopover::edited(base::Instant instant, const QDateTime& before,
+                                      const QDateTime& now) const {
+    if (now == before) {
+        return instant;
+    }
+    const auto former = dateTimeOf(instant);
+    return instantOf(now.date() != before.date() ? now.date() : former.date(),
+                     now.time() != before.time() ? now.time() : former.time(), instant);
 }
 
 base::Instant SchedulePopover::instantOf(const QDate& day, const QTime& time,

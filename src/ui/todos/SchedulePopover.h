@@ -40,6 +40,17 @@ private:
     /// Shows the editor's state in the fields, and the other way round.
     void showState();
     void takeState();
+    /// What the fields show, which is not always what the editor has: they know fewer days.
+    struct Shown {
+        QDateTime due;
+        QDateTime start;
+        QDateTime reminder;
+    };
+    Shown shown() const;
+    /// The moment with the day and the time that were changed in its field since `before`: what was
+    /// not touched stays, even where the field could not show it.
+    base::Instant edited(base::Instant instant, const QDateTime& before,
+                         const QDateTime& now) const;
     void setDueDay(int daysFromToday);
     base::Instant instantOf(const QDate& day, const QTime& time, base::Instant otherwise) const;
     QDateTime dateTimeOf(base::Instant instant) const;
@@ -53,6 +64,7 @@ private:
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
     bool m_isShowing = false;
+    Shown m_shown;
 
     QCheckBox* m_hasDue;
     QDateEdit* m_day;

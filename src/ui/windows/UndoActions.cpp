@@ -5,17 +5,11 @@
 #include "ui/windows/Navigation.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QMenu>
 
 namespace korvex::ui {
 
 namespace {
-
-/// "Complete Todo"; the names of what was done are the services' own.
-QString translated(const std::string& name) {
-    return QCoreApplication::translate("korvex::services::UndoManager", name.c_str());
-}
 
 /// "Undo Complete Todo".
 QString withName(const QString& action, const std::string& name) {

@@ -122,6 +122,12 @@ TEST_F(CommandLine, SchedulesAreReadInTheMachinesTimeZone) {
     }
 }
 
+TEST_F(CommandLine, DatesAreSaidInEnglishByTheClockOfTheRegion) {
+    const ScopedEnvironment german("LC_ALL", "de_DE.UTF-8");
+    result({"add", "Call", "--due", "2025-03-11T16:30"});
+    EXPECT_THAT(result({"list"}), HasSubstr("Tomorrow · 16:30"));
+}
+
 TEST_F(CommandLine, SchedulesThatMakeNoSenseLeaveNoTodo) {
     struct {
         std::vector<std::string> options;

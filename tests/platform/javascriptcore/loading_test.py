@@ -4,13 +4,14 @@ nothing else."""
 import base64
 import hashlib
 import json
-import os
 import pathlib
 import subprocess
 import sys
-import tempfile
 import time
 import unittest
+
+sys.path.append(str(pathlib.Path(__file__).resolve().parents[2] / "support"))
+from program_case import ProgramCase
 
 KORVEX, *DESKTOP = (str(pathlib.Path(argument).resolve()) for argument in sys.argv[1:3])
 del sys.argv[1:3]
@@ -30,19 +31,7 @@ def formatted(text, language=None):
     return "{\\rtf1\\ansi{\\fonttbl{\\f0\\fswiss Helvetica;}}\\f0\\fs26 " + text + group + "}"
 
 
-class LoadingTest(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = pathlib.Path(folder.name)
-        runtime = self.home / "run"
-        runtime.mkdir(mode=0o700)
-        self.environment = {
-            "PATH": os.environ["PATH"], "HOME": str(self.home), "XDG_RUNTIME_DIR": str(runtime),
-            "TZ": "UTC", "LC_ALL": "C.UTF-8", "QT_QPA_PLATFORM": "offscreen", "NO_AT_BRIDGE": "1",
-            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "KORVEX_TRACE_STARTUP": "1",
-        }
-
+class LoadingTest(ProgramCase):
     def korvex(self, *arguments):
         """Runs a command; gives back its output and what it loaded."""
         loaded = self.home / "loaded"
@@ -62,15 +51,8 @@ class LoadingTest(unittest.TestCase):
         return self.korvex("note", "--rtf", str(file))[0].strip()
 
     def window(self):
-        """Starts the app and waits for its first picture; gives back what its process maps."""
-        window = subprocess.Popen([*DESKTOP], env=self.environment, stderr=subprocess.PIPE, text=True)
-        self.addCleanup(window.wait)
-        self.addCleanup(window.kill)
-        self.addCleanup(window.stderr.close)
-        line = window.stderr.readline()
-        while line and "first paint" not in line:
-            line = window.stderr.readline()
-        self.assertIn("first paint", line, "the window is not painted")
+        """Starts the app; gives back what its process maps."""
+        window = self.painted_window(*DESKTOP)
         return lambda: pathlib.Path(f"/proc/{window.pid}/maps").read_text()
 
     def test_no_command_loads_the_engine(self):

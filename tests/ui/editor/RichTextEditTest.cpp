@@ -3,14 +3,10 @@
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "richtext/table/RichTextTable.h"
-#include "ui/TextDump.h"
-#include "ui/WindowFixture.h"
-#include "ui/editor/TableEditing.h"
-#include "ui/text/TextLook.h"
+#include "ui/editor/RichTextFixture.h"
 
 #include <QClipboard>
 #include <QMimeData>
-#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTextTable>
 
@@ -20,48 +16,7 @@ namespace {
 using richtext::RichTextAction;
 using Kind = RichTextAction::Kind;
 
-class RichTextEditTest : public tests::WindowFixture {
-protected:
-    RichTextEditTest() {
-        edit.setLook(TextLook(theme));
-        edit.resize(500, 400);
-        edit.show();
-        edit.setContent({});
-        edit.setFocus();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&edit));
-    }
-
-    /// Types text and, in angle brackets, keys: "a<Return>", "<Ctrl+B>". "<link>" sets one on the
-    /// selection, "<table>" inserts one of 2 × 2, "<code>" makes a code block.
-    void type(const QString& keys) {
-        static const QRegularExpression token(QStringLiteral("<([^<>]+)>|([^<]+)"));
-        for (auto match = token.globalMatch(keys); match.hasNext();) {
-            const auto found = match.next();
-            const auto name = found.captured(1);
-            if (name.isEmpty()) {
-                QTest::keyClicks(&edit, found.captured(2));
-            } else if (name == QLatin1String("link")) {
-                edit.setLink(QStringLiteral("https://e.org"));
-            } else if (name == QLatin1String("table")) {
-                TableEditing(edit).insert(2, 2);
-            } else if (name == QLatin1String("code")) {
-                edit.perform({{Kind::codeBlock}});
-            } else {
-                const auto sequence = QKeySequence::fromString(name, QKeySequence::PortableText);
-                ASSERT_EQ(sequence.count(), 1) << name.toStdString();
-                QTest::keyClick(&edit, sequence[0].key(), sequence[0].keyboardModifiers());
-            }
-        }
-    }
-    std::string content() { return tests::dump(edit.content()); }
-    std::string typed(const char* keys) {
-        edit.setContent({});
-        type(QString::fromUtf8(keys));
-        return content();
-    }
-
-    RichTextEdit edit;
-};
+using RichTextEditTest = tests::RichTextFixture;
 
 struct Typing {
     const char* what;
@@ -211,6 +166,29 @@ TEST_F(RichTextEditTest, EveryCommandIsOneStepOfUndo) {
     typed("a<table>");
     edit.undo();
     EXPECT_EQ(content(), "a");
+}
+
+TEST_F(RichTextEditTest, NoStepOfUndoIsEmpty) {
+    for (const char* const keys :
+         {"ab<Backspace><Backspace>c<Ctrl+Z><Ctrl+Z>d", "a<Ctrl+Alt+0><Home><Backspace>",
+          "<Ctrl+Alt+1>a<Ctrl+Alt+1><Return>b<Ctrl+A><Ctrl+B><Ctrl+B>",
+          "<Ctrl+Shift+8>a<Return><Return>b<Ctrl+Shift+7><Shift+Tab><Shift+Tab>",
+          "x<Return><code>a<Return><Return><Shift+Tab>b<Ctrl+E>", "ab<Ctrl+A><link><link>",
+          "x<table>a<Tab><Ctrl+Alt+0><Shift+Tab><Tab><Ctrl+B>b"}) {
+        typed(keys);
+        // What an empty last paragraph looks like is not in the text.
+        const auto lastBlock = [&] { return edit.document()->lastBlock(); };
+        while (edit.document()->isUndoAvailable()) {
+            const auto text = edit.content();
+            const auto block = lastBlock().blockFormat();
+            const auto typedNext = lastBlock().charFormat();
+            edit.undo();
+            EXPECT_FALSE(edit.content().isEquivalentTo(text) &&
+                         lastBlock().blockFormat() == block &&
+                         lastBlock().charFormat() == typedNext)
+                << keys << ": " << tests::dump(text);
+        }
+    }
 }
 
 TEST_F(RichTextEditTest, TheLanguageIsThatOfAllThePiece) {

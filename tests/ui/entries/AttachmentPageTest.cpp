@@ -1,7 +1,6 @@
 #include "richtext/text/HeadingLevel.h"
-#include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
-#include "ui/entries/BoardPage.h"
+#include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
@@ -47,18 +46,10 @@ std::string contentsOf(const std::filesystem::path& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-class AttachmentPageTest : public tests::WindowFixture {
+class AttachmentPageTest : public tests::BoardPageFixture {
 protected:
-    AttachmentPageTest() {
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
-        page.list().setFocus();
-    }
+    AttachmentPageTest() { list().setFocus(); }
 
-    EntryListView& list() { return page.list(); }
     QWidget& viewport() { return *list().viewport(); }
     std::string message() { return toUtf8(page.banner().message()); }
 
@@ -140,7 +131,6 @@ protected:
         clock.advance(1);
         QTest::keyClick(&list(), which, modifiers);
     }
-    void choose(model::Entry& entry) { list().setCurrentRow(page.entries().rowOf(entry)); }
     static void copyFiles(const QStringList& files) {
         auto* const data = new QMimeData;
         QList<QUrl> urls;
@@ -175,8 +165,6 @@ protected:
     }
 
     Opener opener;
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
 };
 
 TEST_F(AttachmentPageTest, FilesDroppedOnAnEntryAreCopiedIntoIt) {

@@ -1,8 +1,5 @@
-#include "ui/entries/BoardPage.h"
-
 #include "model/ServiceErrors.h"
-#include "ui/StillStyle.h"
-#include "ui/WindowFixture.h"
+#include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
@@ -21,18 +18,8 @@ namespace {
 
 using ::testing::ElementsAre;
 
-class BoardPageTest : public tests::WindowFixture {
+class BoardPageTest : public tests::BoardPageFixture {
 protected:
-    BoardPageTest() {
-        list().setStyle(&still);
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
-    }
-
-    EntryListView& list() { return page.list(); }
     TodoEditor& editor() { return *page.findChild<TodoEditor*>(); }
     bool isEditing() { return !editor().isHidden(); }
     void key(int which, Qt::KeyboardModifiers modifiers = {}) {
@@ -50,10 +37,6 @@ protected:
         key(Qt::Key_Return);
     }
     QString editorError() { return tests::shownRefusal(page); }
-
-    tests::StillStyle still;
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
 };
 
 TEST_F(BoardPageTest, ReturnStoresAndMakesTheNextTodo) {

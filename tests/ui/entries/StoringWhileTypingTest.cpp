@@ -1,10 +1,7 @@
-#include "ui/entries/BoardPage.h"
-
 #include "richtext/stored/EntryText.h"
-#include "ui/StillStyle.h"
 #include "ui/TextDump.h"
-#include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
+#include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
 
 #include <QAbstractButton>
@@ -26,31 +23,13 @@ using ::testing::SizeIs;
 constexpr double kPause = TypingTimer::kPause.count();
 constexpr double kLongest = TypingTimer::kLongest.count();
 
-class StoringWhileTypingTest : public tests::WindowFixture {
+class StoringWhileTypingTest : public tests::BoardPageFixture {
 protected:
     StoringWhileTypingTest() {
-        page.list().setStyle(&still);
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
         QObject::connect(&page, &BoardPage::resumeRequested, &page,
                          [this](const app::Draft& draft) { page.resume(draft, kWhy); });
     }
 
-    model::Entry& addText(std::string_view text) {
-        return own.entries.createText({.rich = plain(text), .board = *inbox, .now = clock.now()});
-    }
-    static richtext::AttributedString plain(std::string_view text) {
-        return richtext::RichTextSerializer::plainRichText(text);
-    }
-    void edit(const model::Entry& entry) {
-        page.list().setCurrentRow(page.entries().rowOf(entry));
-        page.list().setFocus();
-        key(Qt::Key_Return);
-        ASSERT_TRUE(isEditing());
-    }
     bool isEditing() { return qobject_cast<QTextEdit*>(page.focusWidget()) != nullptr; }
     QTextEdit& field() { return *qobject_cast<QTextEdit*>(page.focusWidget()); }
     QString shown() { return field().toPlainText(); }
@@ -97,10 +76,6 @@ protected:
     }
     const QString kWhy = QStringLiteral("This was typed before.");
     std::vector<app::Draft> drafts() { return workspace.drafts.find().drafts; }
-
-    tests::StillStyle still;
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
 };
 
 TEST_F(StoringWhileTypingTest, WhatIsTypedIsStoredAtAPauseAndNowAndThenWithoutOne) {

@@ -1,11 +1,9 @@
-#include "ui/entries/BoardPage.h"
-
 #include "model/ServiceErrors.h"
 #include "richtext/stored/EntryText.h"
 #include "ui/TextDump.h"
-#include "ui/WindowFixture.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
+#include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
@@ -26,29 +24,8 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-AttributedString plain(std::string_view text) {
-    return richtext::RichTextSerializer::plainRichText(text);
-}
-
-class TextEditingTest : public tests::WindowFixture {
+class TextEditingTest : public tests::BoardPageFixture {
 protected:
-    TextEditingTest() {
-        changes = own.context.didChange().connect([this](const auto&) { page.refresh(); });
-        page.resize(600, 400);
-        page.show();
-        page.showBoard(*inbox);
-        EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
-    }
-
-    model::Entry& addText(std::string_view text) {
-        return own.entries.createText({.rich = plain(text), .board = *inbox, .now = clock.now()});
-    }
-    void edit(const model::Entry& entry) {
-        page.list().setCurrentRow(page.entries().rowOf(entry));
-        page.list().setFocus();
-        QTest::keyClick(&page.list(), Qt::Key_Return);
-        ASSERT_TRUE(isEditing());
-    }
     TextEditor* editor() { return page.findChild<TextEditor*>(); }
     RichTextEdit& field() { return editor()->field(); }
     bool isEditing() { return editor() && !editor()->isHidden(); }
@@ -79,9 +56,6 @@ protected:
     static QString textOf(model::EntryServiceErrorCase which) {
         return toQString(model::descriptionOf(which));
     }
-
-    BoardPage page{workspace, theme};
-    base::Subscription changes;
 };
 
 TEST_F(TextEditingTest, WhatIsTypedIsStoredOnLeavingAndFoundAgain) {

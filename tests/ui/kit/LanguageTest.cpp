@@ -4,10 +4,12 @@
 #include "support/ScopedEnvironment.h"
 #include "ui/kit/controls/DateFields.h"
 #include "ui/kit/words/Plurals.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
 #include <QDateTimeEdit>
+#include <QTranslator>
 
 #include <gtest/gtest.h>
 
@@ -26,6 +28,24 @@ TEST(Plurals, SayOneAndMany) {
     EXPECT_TRUE(plurals.translate("", "Sort (by name)", nullptr, -1).isNull());
     EXPECT_EQ(QCoreApplication::translate("", "%n result(s)", nullptr, 1),
               QStringLiteral("1 result"));
+}
+
+/// A language in which everything is said out loud.
+class Loud final : public QTranslator {
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char* context, const char* text, const char*, int) const override {
+        return std::string_view(context) == "korvex" ? toQString(text).toUpper() : QString();
+    }
+};
+
+TEST(Language, WhatTheFloorsBelowSayIsTranslatedByItsEnglishText) {
+    Loud loud;
+    QCoreApplication::installTranslator(&loud);
+    EXPECT_EQ(refusal([] { throw base::Error("test", 1, "The disk is full."); }),
+              QStringLiteral("THE DISK IS FULL."));
+    QCoreApplication::removeTranslator(&loud);
+    EXPECT_EQ(translated("15 minutes before"), QStringLiteral("15 minutes before"));
 }
 
 /// What is typed in a field reads as the same moment does in a label.

@@ -73,6 +73,10 @@ TEST_F(CompletedPageTest, TodosStandUnderTheDayOfTheirCompletionTheLatestFirst) 
     EXPECT_THAT(rows(), ElementsAre("# Yesterday", "[x] late", "[x] early", "# March 9, 2025",
                                     "[x] yesterday", "# January 29, 2025", "[x] old"))
         << "at midnight, without a click";
+    auto& odd = addCompleted("from elsewhere", kNow);
+    odd.setCompletedAt(base::Instant{1e300});
+    own.context.save();
+    EXPECT_EQ(listModel().detailLabel(listModel().rowOf(odd)).text, QString());
 }
 
 TEST_F(CompletedPageTest, TakingATickAwayRestoresAndTheRowLeavesAfterAMoment) {

@@ -196,6 +196,36 @@ TEST_F(SchedulePopoverTest, AWindowFromOneDayToAnotherIsLeftAloneAndBothDaysCanB
                                                       .dueStartDate = evening + 2 * 86400.0}));
 }
 
+TEST_F(SchedulePopoverTest, ADayThatNoFieldCanShowStaysUntilItIsChanged) {
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(12000310), kNow);
+    const auto noon = entry->schedule().effectiveDate(workspace.dates.formats().calendar());
+    open();
+    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(1600, 1, 1));
+    box("Time").click();
+    popover->dismiss();
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = noon}));
+
+    open();
+    field<QDateTimeEdit>("Due time").setTime(QTime(13, 0));
+    popover->dismiss();
+    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueAt(*noon + 3600.0));
+
+    open();
+    field<QDateTimeEdit>("Due day").setDate(QDate(2025, 3, 11));
+    popover->dismiss();
+    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueAt(kNow + 86400.0 + 5 * 3600.0));
+}
+
+TEST_F(SchedulePopoverTest, AClearingThatIsRefusedShowsWhatSavingWouldStore) {
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueAt(kNow + 3600.0), kNow);
+    open();
+    own.entries.deleteEntry(*entry);
+    button("Clear").click();
+    ASSERT_TRUE(isOpen());
+    EXPECT_FALSE(box("Due").isChecked());
+}
+
 TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueAt(kNow + 3600.0), kNow);
     open();

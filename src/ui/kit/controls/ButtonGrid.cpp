@@ -32,7 +32,7 @@ void ButtonGrid::choose(std::size_t index) {
     for (std::size_t i = 0; i < m_buttons.size(); ++i) {
         m_buttons[i]->setChecked(i == index);
     }
-    const bool isWalkedIn = std::any_of(m_buttons.begin(), m_buttons.end(),
+    const auto isWalkedIn = std::any_of(m_buttons.begin(), m_buttons.end(),
                                         [](const auto* button) { return button->hasFocus(); });
     if (!isWalkedIn) {
         enterAt(index);
@@ -62,9 +62,9 @@ bool ButtonGrid::eventFilter(QObject* watched, QEvent* event) {
 bool ButtonGrid::walk(std::size_t from, int key) {
     const auto place = static_cast<int>(from);
     const auto count = static_cast<int>(m_buttons.size());
-    const int column = place % m_columns + stepOf(key);
-    const int row = place / m_columns + (key == Qt::Key_Down ? 1 : key == Qt::Key_Up ? -1 : 0);
-    const int target = row * m_columns + column;
+    const auto column = place % m_columns + stepOf(key);
+    const auto row = place / m_columns + (key == Qt::Key_Down ? 1 : key == Qt::Key_Up ? -1 : 0);
+    const auto target = row * m_columns + column;
     if (target == place) {
         return false; // no arrow
     }

@@ -1,5 +1,6 @@
 #include "ui/kit/lists/LazyListView.h"
 
+#include "ui/kit/lists/RowScrolling.h"
 #include "ui/kit/speech/Accessibility.h"
 
 #include <QKeyEvent>
@@ -68,34 +69,11 @@ void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {
         return;
     }
     const auto row = index.row();
-    const auto view = viewport()->height();
     const auto height = exactHeight(row);
-    const auto y = visualRect(index).top();
-    auto target = y;
-    switch (hint) {
-    case PositionAtTop:
-        target = 0;
-        break;
-    case PositionAtBottom:
-        target = view - height;
-        break;
-    case PositionAtCenter:
-        target = (view - height) / 2;
-        break;
-    case EnsureVisible:
-        if (height > view) {
-            // Where most of what is seen is this row already, nothing jumps.
-            const auto seen = std::min(y + height, view) - std::max(y, 0);
-            target = seen >= view / 2 ? y : y > 0 ? 0 : view - height;
-        } else if (y < 0) {
-            target = 0;
-        } else if (y + height > view) {
-            target = view - height;
-        }
-        break;
-    }
-    if (target != y) {
-        settle({row, target});
+    const auto top = visualRect(index).top();
+    const auto wanted = RowScrolling::wantedTop(hint, top, height, viewport()->height());
+    if (wanted != top) {
+        settle({row, wanted});
     }
 }
 
@@ -154,20 +132,8 @@ void LazyListView::keyPressEvent(QKeyEvent* event) {
 
 bool LazyListView::scrollsInside(int key) {
     const auto place = visualRect(currentIndex());
-    const int view = viewport()->height();
-    const int line = verticalScrollBar()->singleStep();
-    const int page = std::max(line, view - line);
-    const int above = std::max(0, -place.top());
-    const int below = std::max(0, place.bottom() + 1 - view);
-    // A row that is not in sight at all is scrolled to, not scrolled in.
-    if (place.height() <= view || above >= place.height() || below >= place.height()) {
-        return false;
-    }
-    const int step = key == Qt::Key_Up         ? -std::min(line, above)
-                     : key == Qt::Key_PageUp   ? -std::min(page, above)
-                     : key == Qt::Key_Down     ? std::min(line, below)
-                     : key == Qt::Key_PageDown ? std::min(page, below)
-                                               : 0;
+    const auto step = RowScrolling::stepInside(
+        key, place.top(), place.height(), viewport()->height(), verticalScrollBar()->singleStep());
     verticalScrollBar()->setValue(verticalScrollBar()->value() + step);
     return step != 0;
 }

@@ -37,11 +37,11 @@ void Overlay::arrange() {
         return;
     }
     const auto room = this->room();
-    const int wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(room.width())
-                                                  : m_over.sizeHint().height();
-    const int height = std::min(wanted, room.height());
-    const int top = m_place == Place::foot ? room.bottom() + 1 - height
-                                           : room.top() + (room.height() - height) / 2;
+    const auto wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(room.width())
+                                                   : m_over.sizeHint().height();
+    const auto height = std::min(wanted, room.height());
+    const auto top = m_place == Place::foot ? room.bottom() + 1 - height
+                                            : room.top() + (room.height() - height) / 2;
     m_over.setGeometry(room.left(), top, room.width(), height);
     m_over.raise();
 }

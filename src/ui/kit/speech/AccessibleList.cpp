@@ -156,7 +156,7 @@ void AccessibleList::forgetRowsThatAreGone() const {
         return;
     }
     m_rows.removeIf([](const auto& each) {
-        const bool isGone = !each.key().isValid();
+        const auto isGone = !each.key().isValid();
         if (isGone) {
             QAccessible::deleteAccessibleInterface(each.value());
         }
@@ -188,7 +188,7 @@ AccessibleRowContent::AccessibleRowContent(QWidget& viewport, QAbstractItemView&
 
 QAccessibleInterface* AccessibleRowContent::parent() const {
     auto* const list = QAccessible::queryAccessibleInterface(&m_view);
-    const int row = speechOf(&m_view)->rowInEditing();
+    const auto row = speechOf(&m_view)->rowInEditing();
     return row < 0 ? list : list->child(row);
 }
 

@@ -27,7 +27,7 @@ void RowAnnouncer::selected(int row) {
 }
 
 void RowAnnouncer::changed(int first, int last) {
-    const int row = m_view.currentIndex().row();
+    const auto row = m_view.currentIndex().row();
     if (row < first || row > last || isChecked() == m_wasChecked) {
         return;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QString>
 
 #include <string>
@@ -20,6 +21,12 @@ inline QString toQString(std::u16string_view text) {
 /// An unpaired surrogate, which no UTF-8 can carry, becomes the replacement character.
 inline std::string toUtf8(const QString& text) {
     return text.toStdString();
+}
+
+/// What the floors below say, in the language of the windows: a catalogue has it by its English
+/// text, all in one context.
+inline QString translated(std::string_view english) {
+    return QCoreApplication::translate("korvex", std::string(english).c_str());
 }
 
 /// The text with invisible places to break a line in words that are too long for one.

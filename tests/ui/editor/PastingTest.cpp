@@ -1,0 +1,132 @@
+#include "ui/editor/ListEditing.h"
+#include "ui/editor/RichTextFixture.h"
+#include "ui/text/TextFormats.h"
+
+#include <QClipboard>
+#include <QMimeData>
+
+#include <map>
+
+namespace korvex::ui {
+namespace {
+
+struct Pasting {
+    const char* what;
+    const char* keys;
+    /// HTML if it begins with a tag.
+    const char* offered;
+    const char* expected;
+};
+
+void PrintTo(const Pasting& pasting, std::ostream* out) {
+    *out << pasting.what;
+}
+
+class PastingTest : public tests::RichTextFixture {
+protected:
+    void paste(const char* offered) {
+        auto* const data = new QMimeData;
+        const auto text = QString::fromUtf8(offered);
+        if (text.startsWith(QLatin1Char('<'))) {
+            data->setHtml(text);
+        } else {
+            data->setText(text);
+        }
+        QApplication::clipboard()->setMimeData(data);
+        type(QStringLiteral("<Ctrl+V>"));
+    }
+};
+
+class Pastings : public PastingTest, public ::testing::WithParamInterface<Pasting> {};
+
+TEST_P(Pastings, FitWhereTheyGoInOneStep) {
+    const auto before = typed(GetParam().keys);
+    paste(GetParam().offered);
+    EXPECT_EQ(content(), GetParam().expected);
+    edit.undo();
+    EXPECT_EQ(content(), before);
+    edit.redo();
+    EXPECT_EQ(content(), GetParam().expected);
+    edit.setContent(edit.content());
+    EXPECT_EQ(content(), GetParam().expected) << "shown anew";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lists, Pastings,
+    ::testing::Values(
+        Pasting{"lines behind an item", "<Ctrl+Shift+8>a<Return>b<Up><End>", "x\ny",
+                "- ax\n- y\n- b"},
+        Pasting{"before one", "<Ctrl+Shift+7>a<Home>", "x\ny", "1. x\n1. ya"},
+        Pasting{"into one", "<Ctrl+Shift+8>ab<Left>", "x\ny\nz", "- ax\n- y\n- zb"},
+        Pasting{"whole lines into one", "<Ctrl+Shift+8>ab<Left>", "x\ny\n", "- ax\n- y\n- b"},
+        Pasting{"into an empty one", "<Ctrl+Shift+7>a<Return>", "x\ny", "1. a\n1. x\n1. y"},
+        Pasting{"in the place of one", "<Ctrl+Shift+7>a<Return>b<Shift+Home>", "x\ny",
+                "1. a\n1. x\n1. y"},
+        Pasting{"in the place of all", "<Ctrl+Shift+7>a<Return>b<Ctrl+A>", "x\ny", "1. x\n1. y"},
+        Pasting{"into an inner list", "<Ctrl+Shift+8>a<Return><Tab>b<Return><Shift+Tab>c<Up><End>",
+                "x\ny", "- a\n  {circle} bx\n  {circle} y\n- c"},
+        Pasting{"formatted paragraphs join", "<Ctrl+Shift+8>a<Return>",
+                "<p align=center><b>x</b></p><h2>y</h2><p>z</p>", "- a\n- *x*\n- ## y\n- z"},
+        Pasting{"another list stays another", "<Ctrl+Shift+8>a<Return>b<Home>",
+                "<ol><li>x</li><li>y</li></ol><p></p>", "- a\n1. x\n1. y\n- b"},
+        Pasting{"one that is the same goes on", "<Ctrl+Shift+8>a<Return><Tab>b",
+                "<ul style='list-style-type: circle'><li>x</li><li>y<ul><li>z</li></ul></li></ul>",
+                "- a\n  {circle} bx\n  {circle} y\n    {circle} z"},
+        Pasting{"a code block stays outside", "<Ctrl+Shift+8>a<Return>", "<pre>x\ny</pre><p>z</p>",
+                "- a\nauto> x\nauto> y\n- z"},
+        Pasting{"a table, too", "<Ctrl+Shift+8>a<Return>b",
+                "<p>x</p><table><tr><td>y</td></tr></table><p>z</p>", "- a\n- bx\n|0,0 y\n- z"}));
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, Pastings,
+    ::testing::Values(
+        Pasting{"words look like those around them", "<Ctrl+B>ab<Left>", "x", "*axb*"},
+        Pasting{"formats are kept", "<Ctrl+B>ab<Left>", "<i>x</i>", "*a*/x/*b*"},
+        Pasting{"a link goes on inside only", "ab<Ctrl+A><link><Home><Right>", "x",
+                "[axb](https://e.org)"},
+        Pasting{"words in a heading", "<Ctrl+Alt+1>ab<Left>", "x", "# axb"},
+        Pasting{"formatted ones", "<Ctrl+Alt+1>ab<Left>", "<h3>x</h3>", "# axb"},
+        Pasting{"lines in a heading", "<Ctrl+Alt+1>ab<Left>", "x\ny\nz", "# ax\ny\n# zb"},
+        Pasting{"lines before one", "<Ctrl+Alt+1>ab<Home>", "x\ny\n", "x\ny\n# ab"},
+        Pasting{"lines behind one", "<Ctrl+Alt+1>ab", "x\ny", "# abx\ny"},
+        Pasting{"lines in an empty one", "<Ctrl+Alt+2>", "x\ny", "## x\ny"},
+        Pasting{"code in an empty one", "<Ctrl+Alt+2>", "<pre>x</pre>", "auto> x"},
+        Pasting{"part of a heading in a line", "ab<Left>", "<h1>x</h1>", "axb"},
+        Pasting{"a heading in an empty line", "ab<Return>", "<h1>x</h1><p>y</p>", "ab\n# x\ny"},
+        Pasting{"part of a code block in a line", "ab<Left>", "<pre>x</pre>", "a`x`b"},
+        Pasting{"lines in a code block", "<code>ab<Left>", "<p><b>x</b></p><h1>y</h1>",
+                "auto> ax\nauto> yb"},
+        Pasting{"in the place of code", "<code>ab<Return>c<Shift+Home>", "x\ny",
+                "auto> ab\nauto> x\nauto> y"},
+        Pasting{"lines in code in a line", "<Ctrl+E>ab<Left>", "x\ny", "`ax yb`"},
+        Pasting{"lines in a header cell", "<table>a", "x\ny",
+                "|0,0 *ax*\n|0,0 *y*\n|0,1 \n|1,0 \n|1,1 \n\n"},
+        Pasting{"formatted paragraphs in a cell", "<table><Tab><Tab>", "<p>x</p><h1>y</h1>",
+                "|0,0 \n|0,1 \n|1,0 x\n|1,0 # y\n|1,1 \n\n"},
+        Pasting{"a table in a cell", "<table><Tab><Tab>a",
+                "<table><tr><td>x</td><td>y</td></tr></table>",
+                "|0,0 \n|0,1 \n|1,0 ax\n|1,0 y\n|1,1 \n\n"}));
+
+TEST_F(PastingTest, NumbersGoOnThroughWhatIsPasted) {
+    const auto markers = [this] {
+        std::string result;
+        std::map<const QTextList*, int> items;
+        for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
+            const auto* const list = block.textList();
+            result += list ? markerTextOf(*list, items[list]++).toStdString() : "-";
+        }
+        return result;
+    };
+    typed("<Ctrl+Shift+7>a<Return><Tab>b<Return>c<Return><Shift+Tab>d<Up><End>");
+    ASSERT_EQ(markers(), "1.a.b.2.");
+    paste("x\ny");
+    EXPECT_EQ(markers(), "1.a.b.c.2.");
+    paste("<ol><li>x</li><li>y</li></ol><p>z</p>");
+    EXPECT_EQ(markers(), "1.a.b.c.2.d.3.") << "what looks like the outer list is the outer list";
+    edit.undo();
+    edit.undo();
+    EXPECT_EQ(markers(), "1.a.b.2.");
+}
+
+} // namespace
+} // namespace korvex::ui

@@ -1,0 +1,153 @@
+#include "richtext/text/Formatting.h"
+#include "ui/editor/RichTextFixture.h"
+#include "ui/text/TextDocument.h"
+#include "ui/text/TextDocumentConversion.h"
+
+#include <QClipboard>
+#include <QMimeData>
+
+#include <array>
+#include <random>
+
+namespace korvex::ui {
+namespace {
+
+using richtext::AttributedString;
+using richtext::RichTextAction;
+using Kind = RichTextAction::Kind;
+
+constexpr std::array kOffered{
+    "x",
+    "x\ny",
+    "x\n\ny\n",
+    "<p>x</p><p><b>y</b> z</p>",
+    "<ul><li>x</li><li>y<ul><li>z</li></ul></li></ul>",
+    "<ol><li>x</li></ol><p>y</p>",
+    "<h1>x</h1><p>y</p>",
+    "<pre>x\ny</pre>",
+    "<p>x</p><table><tr><td>y</td><td>z</td></tr></table><p>w</p>",
+};
+constexpr std::array kKeys{
+    "a",
+    "b",
+    "<Return>",
+    "<Return>",
+    "<Shift+Return>",
+    "<Backspace>",
+    "<Backspace>",
+    "<Del>",
+    "<Tab>",
+    "<Tab>",
+    "<Shift+Tab>",
+    "<Ctrl+Return>",
+    "<Ctrl+Shift+7>",
+    "<Ctrl+Shift+8>",
+    "<Ctrl+Shift+8>",
+    "<Ctrl+Alt+0>",
+    "<Ctrl+Alt+1>",
+    "<Ctrl+Alt+2>",
+    "<Ctrl+B>",
+    "<Ctrl+I>",
+    "<Ctrl+E>",
+    "<code>",
+    "<link>",
+    "<table>",
+    "<Home>",
+    "<End>",
+    "<Ctrl+X>",
+    "<Ctrl+V>",
+};
+
+class RandomEditingTest : public tests::RichTextFixture {
+protected:
+    std::size_t below(std::size_t limit) { return static_cast<std::size_t>(random() % limit); }
+    int place() {
+        return static_cast<int>(below(static_cast<std::size_t>(edit.document()->characterCount())));
+    }
+    std::string act() {
+        switch (below(6)) {
+        case 0: {
+            auto cursor = edit.textCursor();
+            cursor.setPosition(place());
+            edit.setTextCursor(cursor);
+            return "move to " + std::to_string(cursor.position());
+        }
+        case 1: {
+            auto cursor = edit.textCursor();
+            cursor.setPosition(place());
+            cursor.setPosition(place(), QTextCursor::KeepAnchor);
+            edit.setTextCursor(cursor);
+            return "select " + std::to_string(cursor.anchor()) + " to " +
+                   std::to_string(cursor.position());
+        }
+        case 2: {
+            const auto* const offered = kOffered[below(kOffered.size())];
+            auto* const data = new QMimeData;
+            if (*offered == '<') {
+                data->setHtml(QString::fromUtf8(offered));
+            } else {
+                data->setText(QString::fromUtf8(offered));
+            }
+            QApplication::clipboard()->setMimeData(data);
+            edit.paste();
+            return "paste " + std::string(offered);
+        }
+        case 3:
+            if (edit.textCursor().currentTable()) {
+                const auto action = kTableActions[below(kTableActions.size())];
+                TableEditing(edit).perform(action);
+                return "table action " + std::to_string(static_cast<int>(action));
+            }
+            [[fallthrough]];
+        default: {
+            const auto* const key = kKeys[below(kKeys.size())];
+            type(QString::fromUtf8(key));
+            return key;
+        }
+        }
+    }
+    /// Qt does not take back what became of the first paragraph's end.
+    static AttributedString comparable(AttributedString text) {
+        text.editAttributes({text.paragraphAt(0).end() - 1, 1},
+                            [](richtext::CharacterAttributes& attributes) { attributes = {}; });
+        return text;
+    }
+
+    std::mt19937_64 random;
+};
+
+TEST_F(RandomEditingTest, EverythingIsTakenBackAndDoneAgainAndShownAnew) {
+    const auto runs = qEnvironmentVariableIntValue("RICH_RUNS");
+    for (std::uint64_t seed = 1; seed <= static_cast<std::uint64_t>(runs > 0 ? runs : 12); ++seed) {
+        random.seed(seed);
+        edit.setContent({});
+        std::string story = "seed " + std::to_string(seed);
+        for (int step = 0; step < 40; ++step) {
+            story += ", " + act();
+            const auto now = edit.content();
+            TextDocument anew;
+            setText(anew, now, edit.look());
+            ASSERT_TRUE(textOf(anew).isEquivalentTo(now)) << story << "\n" << content();
+        }
+        const auto last = edit.content();
+        std::vector<AttributedString> texts{last};
+        while (edit.document()->isUndoAvailable()) {
+            edit.undo();
+            texts.push_back(edit.content());
+        }
+        EXPECT_TRUE(texts.back().isEmpty()) << story << "\n" << content();
+        for (auto text = texts.rbegin(); text != texts.rend(); ++text) {
+            EXPECT_TRUE(comparable(edit.content()).isEquivalentTo(comparable(*text)))
+                << story << "\n"
+                << content() << "\nwas\n"
+                << tests::dump(*text);
+            edit.redo();
+        }
+        if (HasFailure()) {
+            break;
+        }
+    }
+}
+
+} // namespace
+} // namespace korvex::ui
