@@ -15,8 +15,6 @@ namespace korvex::services {
 using model::Board;
 using model::BoardServiceError;
 using model::BoardServiceErrorCase;
-using model::EntryServiceError;
-using model::EntryServiceErrorCase;
 
 namespace {
 
@@ -31,9 +29,6 @@ std::string notSaved(const base::Error&) {
 
 [[noreturn]] void refuse(BoardServiceErrorCase which) {
     throw BoardServiceError(which);
-}
-[[noreturn]] void refuse(EntryServiceErrorCase which) {
-    throw EntryServiceError(which);
 }
 
 /// What the name of a system board without an identifier says about it.
@@ -333,7 +328,7 @@ void BoardService::reorderBoards(std::span<Board* const> given, base::Instant no
     // As many, and the same ones: a list with a board twice is out of date too.
     if (boards.size() != current.size() ||
         std::set(boards.begin(), boards.end()) != std::set(current.begin(), current.end())) {
-        refuse(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     m_writer.change([&] { number(std::move(boards), now); });
 }
@@ -349,7 +344,7 @@ void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
     };
     const auto moved = find(id);
     if (moved == active.end() || find(relativeTo) == active.end()) {
-        refuse(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     if (id == relativeTo) {
         return;

@@ -357,6 +357,7 @@ TEST_F(SearchTest, OthersDeletionsAreSeenWithoutRecordsOfThem) {
     EXPECT_EQ(all(stale)[0].content, "");
     EXPECT_EQ(stale.entry(0), nullptr);
     reader.refresh();
+    readersBoards.createBoard("Of its own", kNow);
     EXPECT_EQ(readersSearch.search("here").size(), 2U);
     // The store gives the last row's number to the next one.
     entries->deleteEntry(*context->find<Entry>(ids[1]));

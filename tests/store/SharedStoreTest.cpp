@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "support/RestoredStore.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <gmock/gmock.h>
@@ -194,6 +196,85 @@ TEST_F(SharedStoreTest, ARecordThatLostItsRowLeavesItToTheNewOne) {
     EXPECT_TRUE(sameNext->isLive());
     EXPECT_EQ(sameNext->content(), "changed");
     other->rollback();
+}
+
+TEST_F(SharedStoreTest, EntriesFindTheirBoardThatCameBackInAnotherRow) {
+    enum class Came { bySave, byFile };
+    for (const auto& [came, isLoaded] : {std::pair(Came::bySave, false),
+                                         {Came::bySave, true},
+                                         {Came::byFile, false},
+                                         {Came::byFile, true}}) {
+        Board& work = addBoard(*context, "Work");
+        Entry& one = addTodo(*context, *board, "one");
+        Entry& two = addTodo(*context, work, "two");
+        context->save();
+        other->refresh();
+        const auto sameOne = other->find<Entry>(one.id());
+        const auto sameTwo = other->find<Entry>(two.id());
+        ASSERT_EQ(sameOne->board()->name(), "Home");
+        if (isLoaded) {
+            ASSERT_EQ(sameTwo->board()->entries().size(), 1U);
+            ASSERT_EQ(sameOne->board()->entries().size(), 1U);
+        }
+        const auto home = board->id();
+        const auto office = work.id();
+        const auto first = one.id();
+        const auto second = two.id();
+        if (came == Came::bySave) {
+            restoreEverything(*context);
+        } else {
+            // As a copy is put back underneath.
+            const auto revision = std::to_string(mine->revision());
+            addBoard(*context, "Later");
+            context->save();
+            SQLite::Database underneath(storeFile().string(), SQLite::OPEN_READWRITE);
+            underneath.exec("DELETE FROM Board WHERE name = 'Later'; "
+                            "UPDATE Board SET rowid = rowid + 100; "
+                            "DELETE FROM ChangeLog WHERE revision > " +
+                            revision);
+        }
+        other->refresh();
+        context->refresh();
+        auto* const onHome = other->find<Entry>(first);
+        auto* const onWork = other->find<Entry>(second);
+        auto* const otherHome = other->find<Board>(home);
+        auto* const otherWork = other->find<Board>(office);
+        EXPECT_EQ(onHome->board(), otherHome);
+        EXPECT_EQ(onWork->board(), otherWork);
+        EXPECT_THAT(otherHome->entries(), testing::ElementsAre(onHome));
+        onHome->setBoard(otherWork);
+        EXPECT_THAT(otherHome->entries(), testing::IsEmpty());
+        EXPECT_THAT(otherWork->entries(), testing::UnorderedElementsAre(onHome, onWork));
+        other->rollback();
+        EXPECT_THAT(otherHome->entries(), testing::ElementsAre(onHome));
+        onHome->setBoard(otherWork);
+        other->save();
+        context->refresh();
+        EXPECT_EQ(context->find<Entry>(first)->board()->name(), "Work");
+        other->remove(*onHome);
+        other->remove(*onWork);
+        other->remove(*otherWork);
+        other->save();
+        context->refresh();
+        board = context->find<Board>(home);
+    }
+}
+
+TEST_F(SharedStoreTest, WhatIsReadBeforeARefreshStandsOnOneBoard) {
+    Board& work = addBoard(*context, "Work");
+    Entry& entry = addTodo(*context, *board, "moves");
+    context->save();
+    other->refresh();
+    ASSERT_EQ(sameBoard->entries().size(), 1U);
+    entry.setBoard(&work);
+    context->save();
+    // Not told of it yet, another looks what stands on the board.
+    auto* const sameWork = other->find<Board>(work.id());
+    EXPECT_THAT(sameWork->entries(), testing::IsEmpty());
+    other->refresh();
+    auto* const same = other->find<Entry>(entry.id());
+    EXPECT_THAT(sameWork->entries(), testing::ElementsAre(same));
+    EXPECT_THAT(sameBoard->entries(), testing::IsEmpty());
 }
 
 TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {

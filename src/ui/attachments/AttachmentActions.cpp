@@ -158,21 +158,25 @@ void AttachmentActions::moveBy(int offset, const base::Uuid& id, model::Entry& e
 }
 
 void AttachmentActions::chooseFiles(model::Entry& entry) {
+    chooseFiles(later(
+        entry, [this](model::Entry& still, const Files& files) { attachFiles(files, still); }));
+}
+
+void AttachmentActions::chooseFiles(std::function<void(const Files&)> receive) {
     auto* const dialog = new QFileDialog(&m_page, tr("Attach files"), m_folder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFiles);
     connect(dialog, &QFileDialog::filesSelected, this,
-            later(entry, [this](model::Entry& still, const QStringList& chosen) {
-                std::vector<std::filesystem::path> files;
+            [this, receive = std::move(receive)](const QStringList& chosen) {
+                Files files;
                 std::transform(chosen.begin(), chosen.end(), std::back_inserter(files), toPath);
                 m_folder = QFileInfo(chosen.value(0)).absolutePath();
-                attachFiles(files, still);
-            }));
+                receive(files);
+            });
     dialog->open();
 }
 
-void AttachmentActions::attachFiles(const std::vector<std::filesystem::path>& files,
-                                    model::Entry& entry) {
+void AttachmentActions::attachFiles(const Files& files, model::Entry& entry) {
     perform([&] { m_services.entries.attachFiles(files, entry, m_services.clock.now()); });
 }
 

@@ -12,6 +12,7 @@
 #include <QObject>
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -47,9 +48,12 @@ public:
     /// Moves it by a place to the left (-1) or to the right (1) within its entry, if there is one.
     void moveBy(int offset, const base::Uuid& id, model::Entry& entry);
 
+    using Files = std::vector<std::filesystem::path>;
     /// Asks the user for files, and attaches them.
     void chooseFiles(model::Entry& entry);
-    void attachFiles(const std::vector<std::filesystem::path>& files, model::Entry& entry);
+    /// Asks the user for files, for somebody who knows then what to attach them to.
+    void chooseFiles(std::function<void(const Files&)> receive);
+    void attachFiles(const Files& files, model::Entry& entry);
     /// Attaches the files or the picture that are offered; does nothing when `isForAttaching` says
     /// no.
     void attachOffered(const QMimeData& offered, model::Entry& entry);

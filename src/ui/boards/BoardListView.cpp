@@ -70,6 +70,14 @@ void BoardListView::rename(const model::Board& board, const QString& typed) {
     }
 }
 
+void BoardListView::endRenaming() {
+    const auto row = rowInEditing();
+    if (auto* const field = row < 0 ? nullptr : indexWidget(m_model.index(row, 0))) {
+        Q_EMIT itemDelegate()->commitData(field);
+        Q_EMIT itemDelegate()->closeEditor(field);
+    }
+}
+
 QSize BoardListView::sizeHint() const {
     const auto rowHeight = m_model.rowCount() > 0 ? sizeHintForRow(0) : 0;
     return {QListView::sizeHint().width(), rowHeight * m_model.rowCount() + 2};

@@ -26,6 +26,8 @@ public:
     void clearChoice();
     /// Opens the editor of its name; with `typed` in it rather than the name.
     void rename(const model::Board& board, const QString& typed = {});
+    /// Closes that editor; what was typed there is taken.
+    void endRenaming();
     enum class End { top, bottom };
     /// Takes the keyboard, on the first or the last board when none is shown.
     void focusEnd(End end);

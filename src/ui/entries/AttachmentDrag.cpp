@@ -3,6 +3,7 @@
 #include "ui/attachments/AttachmentActions.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/entries/AttachmentDropMark.h"
+#include "ui/kit/lists/RowDrag.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QDrag>
@@ -18,19 +19,6 @@ namespace {
 constexpr int kPlaceWidth = 2;
 constexpr int kPlaceDistance = 4;
 constexpr int kPictureDistance = 12;
-
-/// What is dragged stays where it comes from, whatever the other program proposes.
-bool acceptAsCopy(QDropEvent& event) {
-    for (const auto action : {Qt::CopyAction, Qt::LinkAction}) {
-        if (event.possibleActions().testFlag(action)) {
-            event.setDropAction(action);
-            event.accept();
-            return true;
-        }
-    }
-    event.ignore();
-    return false;
-}
 
 } // namespace
 

@@ -73,22 +73,17 @@ void BoardPage::connectParts() {
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
-    connect(&m_attachments, &AttachmentActions::refused, this,
-            [this](const QString& message) { banner().showMessage(message); });
-    connect(&m_attachments, &AttachmentActions::done, this, [this] { banner().clear(); });
+    connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::refuse);
+    connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
     connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
     connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
-        banner().offer(tr("What was typed was discarded."), tr("Undo"),
-                       [this, draft] { resume(draft); });
+        offer(tr("What was typed was discarded."), tr("Undo"),
+              [this, draft] { Q_EMIT resumeRequested(draft); });
     });
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
-        if (message.isEmpty()) {
-            banner().clear();
-        } else {
-            banner().showMessage(message, ErrorBanner::Tone::notice);
-        }
+        m_noticed = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
     });
-    const auto attach = [this](const QMimeData* offered) { attachToEdited(*offered); };
+    const auto attach = [this](const QMimeData* offered) { m_actions.attachOffered(*offered); };
     connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
     connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attach);
 }
@@ -99,6 +94,9 @@ void BoardPage::connectList() {
     connect(m_list, &EntryListView::newTodoRequested, &m_editing, &EntryEditing::startDraftAtEnd);
     connect(m_list, &EntryListView::typed, &m_editing, &EntryEditing::startDraftWith);
     connect(m_list, &EntryListView::pasteRequested, this, &BoardPage::paste);
+    connect(
+        m_list, &EntryListView::textDropped, this,
+        [this](const QMimeData* offered, const auto& place) { m_pasting.drop(*offered, place); });
     connect(m_list, &EntryListView::toggleRequested, &m_actions, &EntryActions::toggle);
     connect(m_list, &EntryListView::scheduleRequested, &m_actions,
             [this](int row) { m_actions.openSchedule(*m_model.entry(row)); });
@@ -117,14 +115,6 @@ void BoardPage::paste() {
     }
 }
 
-void BoardPage::attachToEdited(const QMimeData& offered) {
-    // A draft is stored for it: with its files it is one creation.
-    const services::UndoManager::Group creation(m_workspace.undo);
-    if (auto* const entry = m_editing.storedEntry()) {
-        m_attachments.attachOffered(offered, *entry);
-    }
-}
-
 QString BoardPage::title() const {
     return board() ? toQString(board()->name()) : QString();
 }
@@ -140,8 +130,9 @@ bool BoardPage::showBoard(model::Board& board) {
     if (!leave()) {
         return false;
     }
-    // Reads the entries; what follows cannot fail any more.
-    if (!perform([&] { static_cast<void>(board.entries()); })) {
+    // Reads the entries; what follows cannot fail any more. What is on offer goes on being so.
+    if (const auto refused = refusal([&] { static_cast<void>(board.entries()); })) {
+        refuse(*refused);
         return false;
     }
     m_model.setBoard(&board);
@@ -162,7 +153,20 @@ void BoardPage::showEntry(model::Entry& entry) {
     }
 }
 
-bool BoardPage::resume(const app::Draft& draft) {
+bool BoardPage::giveWayTo(model::Board& board) {
+    const auto isSame = this->board() && this->board()->id() == board.id();
+    const auto why = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+                                 "typed, or discard it.")
+                            : tr("This was typed on “%1”, which is no longer there. Go on with it "
+                                 "here, or discard it.");
+    const auto before = title();
+    const auto words = m_editing.takeAway();
+    // Where the other board cannot be read, they stay on this one.
+    const auto isShown = showBoard(board);
+    return words && resume(*words, why.arg(before)) && isShown;
+}
+
+bool BoardPage::resume(const app::Draft& draft, const QString& why) {
     if (isReadOnly()) {
         return false; // it could be neither stored nor left
     }
@@ -172,13 +176,13 @@ bool BoardPage::resume(const app::Draft& draft) {
         return row >= 0 && m_model.kind(row) == EntryRowKind::entry ? entry : nullptr;
     };
     if (!draft.edited) {
-        return m_editing.resume(draft, nullptr, openEntry(draft.after));
+        return m_editing.resume(draft, nullptr, openEntry(draft.after), why);
     }
     auto* const edited = openEntry(draft.edited->entry);
     const auto isAsItWas = edited && edited->updatedAt() == draft.edited->updatedAt &&
                            edited->type() == draft.type &&
                            m_model.isEditable(m_model.rowOf(*edited));
-    return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited);
+    return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited, why);
 }
 
 bool BoardPage::showRecord(const base::Uuid& id) {
@@ -192,10 +196,9 @@ bool BoardPage::showsArchivedBoard() const {
 
 bool BoardPage::canAdd() {
     if (isReadOnly()) {
-        banner().showMessage(
-            showsArchivedBoard()
-                ? tr("This board is archived.")
-                : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        refuse(showsArchivedBoard()
+                   ? tr("This board is archived.")
+                   : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
     }
     return !isReadOnly();
 }

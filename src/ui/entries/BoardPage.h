@@ -30,9 +30,12 @@ public:
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
-    /// Goes on with a draft in its place on this board. False when what is being edited cannot be
-    /// left.
-    bool resume(const app::Draft& draft);
+    /// Shows this board, since the other is gone. What was typed there and can be stored nowhere
+    /// comes along, and says so. False when there was no such thing.
+    bool giveWayTo(model::Board& board);
+    /// Goes on with a draft in its place on this board; `why` says where it comes from. False when
+    /// what is being edited cannot be left.
+    bool resume(const app::Draft& draft, const QString& why);
     void startTodo();
     /// Starts a new text after the current entry.
     void startText();
@@ -53,8 +56,10 @@ Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
     void menuRequested(const QPoint& globalPosition);
     void unarchiveRequested();
-    /// Nothing is edited on the board any more.
+    /// What was edited on the board is edited no more.
     void editingEnded();
+    /// What was discarded is to be gone on with, on its board.
+    void resumeRequested(const korvex::app::Draft& draft);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -64,7 +69,6 @@ private:
     void connectParts();
     void connectList();
     void paste();
-    void attachToEdited(const QMimeData& offered);
     void updateHeader();
     void toggleCompleted();
     /// Whether new entries can be made; says why not.
@@ -82,6 +86,8 @@ private:
     EntryMenu m_menu;
     EntryPasting m_pasting;
     base::Subscription m_ticks;
+    /// What the editing has told last.
+    ErrorBanner::MessageId m_noticed = 0;
 };
 
 } // namespace korvex::ui

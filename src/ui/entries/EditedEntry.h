@@ -3,6 +3,8 @@
 #include "base/Bytes.h"
 #include "model/Entry.h"
 
+#include <QCoreApplication>
+
 #include <optional>
 #include <string>
 
@@ -11,6 +13,8 @@ namespace korvex::ui {
 /// What is under edit on a board's page, if anything: a stored entry or the draft of a new one; and
 /// what the store had of it when its editor was filled last. Main thread.
 class EditedEntry final {
+    Q_DECLARE_TR_FUNCTIONS(EditedEntry)
+
 public:
     bool isOpen() const { return m_target != Target::none; }
     bool isStored() const { return m_target == Target::stored; }
@@ -41,6 +45,8 @@ public:
     /// Whether the entry can go on being edited where it is: nobody has deleted, completed or moved
     /// it, or made it another type.
     bool isStillOn(const model::Board* board) const;
+    /// What has become of one that cannot, and so of its text, in words for the user.
+    QString whatBecameOfIt() const;
 
 private:
     enum class Target { none, stored, draft };

@@ -1,6 +1,8 @@
 #include "ui/entries/EntryActions.h"
 
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardPicker.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
 #include <algorithm>
@@ -128,7 +130,7 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         return;
     }
     const auto row = m_parts.model.rowOf(*entry);
-    const auto shown = row < 0 ? QString() : shortened(m_parts.model.text(row));
+    const auto shown = row < 0 ? QString() : isolated(shortened(m_parts.model.text(row)));
     if (!m_parts.page.perform([&] {
             m_services.todos.entries.moveEntry(*entry, board, m_services.todos.clock.now());
         })) {
@@ -138,17 +140,39 @@ void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
         m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
     }
     m_parts.list.setFocus();
-    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, toQString(board.name())));
+    m_todos.offerUndo(tr("“%1” was moved to %2.").arg(shown, isolated(toQString(board.name()))));
 }
 
 void EntryActions::attachFiles() {
     const auto row = m_parts.list.currentRow();
-    auto* const entry = m_parts.model.isReadOnly() ? nullptr
-                        : m_parts.editing.isOpen() ? m_parts.editing.storedEntry()
-                        : row < 0                  ? nullptr
-                                                   : m_parts.model.entry(row);
-    if (entry) {
-        m_parts.attachments.chooseFiles(*entry);
+    if (m_parts.model.isReadOnly()) {
+        return;
+    }
+    if (!m_parts.editing.isOpen()) {
+        if (auto* const entry = row < 0 ? nullptr : m_parts.model.entry(row)) {
+            m_parts.attachments.chooseFiles(*entry);
+        }
+    } else if (m_parts.editing.hasWords()) {
+        m_parts.attachments.chooseFiles([this](const AttachmentActions::Files& files) {
+            attachToEdited(
+                [&](model::Entry& entry) { m_parts.attachments.attachFiles(files, entry); });
+        });
+    }
+}
+
+void EntryActions::attachOffered(const QMimeData& offered) {
+    attachToEdited([&](model::Entry& entry) { m_parts.attachments.attachOffered(offered, entry); });
+}
+
+template <typename Attach>
+void EntryActions::attachToEdited(Attach&& attach) {
+    // A draft is stored for it: with its files it is one creation.
+    const services::UndoManager::Group creation(m_services.undo);
+    if (auto* const entry = m_parts.editing.storedEntry()) {
+        attach(*entry);
+    } else if (!m_parts.editing.isOpen()) {
+        m_parts.page.refuse(
+            toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
     }
 }
 

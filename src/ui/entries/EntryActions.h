@@ -59,6 +59,8 @@ public:
     void moveToBoard(const base::Uuid& id, model::Board& board);
     /// Asks for files for what is edited, or else for the current entry.
     void attachFiles();
+    /// Attaches files or a picture to what is edited.
+    void attachOffered(const QMimeData& offered);
     /// Ticks the todo of a row, or takes the tick away.
     void toggle(int row);
     /// Puts an entry of the board before or after the one of a row.
@@ -66,6 +68,8 @@ public:
 
 private:
     void connectEditing();
+    template <typename Attach>
+    void attachToEdited(Attach&& attach);
     bool belongs(const model::Entry& entry) const override { return !entry.isCompleted(); }
     void hold(model::Entry& entry) override { m_parts.model.linger(entry); }
     void letGo(model::Entry& entry) override { m_parts.model.release(entry); }

@@ -16,8 +16,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
       m_view(view),
       m_editors(model, workspace.code, theme, *view.viewport()),
       m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
-      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
-                workspace.clock),
+      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.undo,
+                workspace.context, workspace.clock),
       m_undo(workspace.undo),
       m_typing(workspace.runLoop, [this] { storeSoFar(); }),
       m_notices(m_storing.noticed().connect(
@@ -122,8 +122,8 @@ bool EntryEditing::leaveForGood() {
     return leave();
 }
 
-bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited,
-                          const model::Entry* after) {
+bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after,
+                          const QString& why) {
     if (!leave()) {
         return false;
     }
@@ -137,19 +137,35 @@ bool EntryEditing::resume(const app::Draft& draft, model::Entry* edited,
     editor.setCaret(-1);
     m_drafts.resume(draft);
     m_drafts.keep(); // one that was just given up is kept no more
-    editor.showError(tr("Not stored yet."));
+    editor.showNotice(why);
     // It is stored when the user goes on with it or leaves it, and until then can be given up.
     m_typing.stop();
     return true;
 }
 
+std::optional<app::Draft> EntryEditing::takeAway() {
+    if (leaveForGood()) {
+        return std::nullopt;
+    }
+    auto draft = m_drafts.draft();
+    close();
+    return draft;
+}
+
+bool EntryEditing::hasWords() {
+    const auto isEmpty = m_edited.isDraft() && m_editors.current().isBlank();
+    if (isEmpty) {
+        m_editors.current().showError(
+            toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
+    }
+    return !isEmpty;
+}
+
 model::Entry* EntryEditing::storedEntry() {
+    if (!hasWords()) {
+        return nullptr;
+    }
     if (m_edited.isDraft()) {
-        if (m_editors.current().isBlank()) {
-            m_editors.current().showError(
-                toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
-            return nullptr;
-        }
         storeAndStay();
     }
     return entry();
@@ -173,7 +189,7 @@ void EntryEditing::followRecords(int row) {
     const auto isUntouched = !editor.isChanged();
     if (!m_edited.isStillOn(m_model.board())) {
         // What was stored while it was typed is gone with a deleted entry, and is in no undo here.
-        const auto isLost = !entry()->isLive() && m_storing.isTypedInto();
+        const auto isLost = !entry()->isLive() && editor.isTypedInto();
         if (isUntouched && !isLost) {
             close();
         } else {
@@ -185,7 +201,7 @@ void EntryEditing::followRecords(int row) {
     if (!m_edited.isChangedInStore()) {
         return;
     }
-    if (isUntouched && !m_storing.isTypedInto()) {
+    if (isUntouched && !editor.isTypedInto()) {
         const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
@@ -226,6 +242,7 @@ void EntryEditing::close() {
     const auto* const last = entry();
     m_typing.stop();
     m_edited.close();
+    m_editors.current().endMessage();
     if (wasDraft && last) {
         m_model.settleDraft(*last);
     }
@@ -306,13 +323,15 @@ void EntryEditing::becomeDraft(int row) {
     const auto& gone = *entry();
     const auto canFollow = gone.isLive() && !gone.isCompleted() && gone.board() == m_model.board();
     const auto* const after = canFollow ? &gone : m_model.openEntryAbove(row);
+    const auto what = m_edited.whatBecameOfIt();
     m_edited.becomeDraft();
     m_editors.showDue(nullptr);
     m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
-    // The words are in no store any more.
+    // The words are in no store any more, and come into it when the user goes on: else the message
+    // would be gone before it is read.
+    m_typing.stop();
     m_drafts.keep();
-    m_editors.current().showError(
-        toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+    m_editors.current().showNotice(what);
 }
 
 /// Commands on the entry itself need it stored first; they go on with the editor closed.
@@ -360,6 +379,7 @@ void EntryEditing::makeNext() {
     }
     const auto* const after = entry();
     m_model.closeDraft();
+    Q_EMIT closed();
     openDraft(EntryType::todo, m_model.openDraft(after));
 }
 

@@ -41,12 +41,18 @@ public:
     bool leave();
     /// Does as `leave`, but a stored todo that was emptied gets its text back.
     bool leaveForGood();
-    /// Goes on with a draft that an earlier run has left: in the place of `edited`, else as a new
-    /// entry behind `after`, before all others for null. False when what is edited now cannot be
-    /// left.
-    bool resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after);
+    /// Goes on with a draft: in the place of `edited`, else as a new entry behind `after`, before
+    /// all others for null. `why` says under the text where it comes from. False when what is
+    /// edited now cannot be left.
+    bool resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after,
+                const QString& why);
+    /// Closes the editor, whatever the store says to that. What could not be stored, for another
+    /// place.
+    std::optional<app::Draft> takeAway();
+    /// Whether there is anything to which something can be attached; says so where there is not.
+    bool hasWords();
     /// The entry under edit, for what is attached to it; a draft is stored first. Null where that
-    /// was refused, with the reason in the editor.
+    /// was refused, with the reason in the editor, and where nothing is edited.
     model::Entry* storedEntry();
     /// The store's records have changed: call before the model follows.
     void recordsChanged();
@@ -54,9 +60,9 @@ public:
     void showDue();
 
 Q_SIGNALS:
-    /// What the user is to be told beside what the editor shows; empty: nothing any more.
+    /// What the user is to be told beside what the editor shows.
     void noticed(const QString& message);
-    /// Nothing is edited any more.
+    /// What was edited is edited no more: it is stored, or given up.
     void closed();
     void completionRequested(korvex::model::Entry* entry);
     void scheduleRequested(korvex::model::Entry* entry);

@@ -20,8 +20,10 @@ EntryEditors::EntryEditors(const EntryListModel& model, richtext::CodeHighlighte
     connectEditor(*m_todo);
     connectTodo();
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget* before, QWidget* now) {
-        // No new focus: another window or a menu has the keyboard for a while only. So has a panel.
-        if (now && isPartOfCurrent(before) && !isPartOfCurrent(now)) {
+        // A menu or another window, such as a dialog, has the keyboard for a while only. So has a
+        // panel.
+        if (now && now->window() == m_viewport.window() && isPartOfCurrent(before) &&
+            !isPartOfCurrent(now)) {
             Q_EMIT left();
         }
     });

@@ -124,6 +124,7 @@ void EntryListView::rowsPlaced() {
         if (m_editor->geometry() != rect) {
             m_editor->setGeometry(rect);
         }
+        m_editor->placeInSight();
     }
 }
 
@@ -170,8 +171,8 @@ void EntryListView::keyPressEvent(QKeyEvent* event) {
         }
         return;
     case Qt::Key_Space:
-        if (event->isAutoRepeat() || modifiers != Qt::NoModifier) {
-            return; // not what is meant by a tick
+        if (!isTick(*event)) {
+            return;
         }
         if (isEntry) {
             Q_EMIT toggleRequested(row);
@@ -371,20 +372,17 @@ void EntryListView::startDrag(Qt::DropActions) {
 }
 
 void EntryListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (EntryReordering::isWanted(*event)) {
+    if (EntryReordering::take(*event)) {
         setState(DraggingState);
-        event->acceptProposedAction();
     } else {
         event->ignore();
     }
 }
 
 void EntryListView::dragMoveEvent(QDragMoveEvent* event) {
-    if (m_reordering.follow(*event)) {
-        event->acceptProposedAction();
+    m_reordering.follow(*event);
+    if (event->isAccepted()) {
         startAutoScroll();
-    } else {
-        event->ignore();
     }
 }
 
@@ -396,9 +394,10 @@ void EntryListView::dragLeaveEvent(QDragLeaveEvent*) {
 void EntryListView::dropEvent(QDropEvent* event) {
     const auto drop = m_reordering.drop(*event);
     endDrag();
-    if (drop) {
-        event->acceptProposedAction();
-        Q_EMIT dropped(drop->entry, drop->place.row, drop->place.placement);
+    if (drop && drop->entry) {
+        Q_EMIT dropped(*drop->entry, drop->place->row, drop->place->placement);
+    } else if (drop) {
+        Q_EMIT textDropped(event->mimeData(), drop->place);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "ui/kit/lists/RowListView.h"
 #include "ui/todos/LeavingRows.h"
 
+#include <QMimeData>
 #include <QPersistentModelIndex>
 
 #include <optional>
@@ -62,6 +63,9 @@ Q_SIGNALS:
     void moveRequested(int row, int offset);
     void dropped(const korvex::base::Uuid& id, int targetRow,
                  korvex::model::EntryPlacement placement);
+    /// Text was let go here; with no place, on a board without entries.
+    void textDropped(const QMimeData* offered,
+                     const std::optional<korvex::ui::EntryReordering::Place>& place);
 
 protected:
     int measuredHeight(int row) override;

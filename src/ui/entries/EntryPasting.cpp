@@ -10,8 +10,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr std::string_view kUndoName = "Paste";
-
 /// Whether there is anything that a todo could not keep.
 bool isFormatted(const richtext::AttributedString& text) {
     bool isFormatted = false;
@@ -31,23 +29,39 @@ bool isFormatted(const richtext::AttributedString& text) {
 } // namespace
 
 void EntryPasting::paste(const QMimeData& offered) {
+    makeEntries(offered, current(), "Paste");
+}
+
+void EntryPasting::drop(const QMimeData& offered,
+                        const std::optional<EntryReordering::Place>& place) {
+    const auto* const beside = place ? m_model.entry(place->row) : nullptr;
+    const auto id = beside ? std::optional(beside->id()) : std::nullopt;
+    const auto isBefore = place && place->placement == model::EntryPlacement::before;
+    makeEntries(offered, isBefore ? Beside{{}, id} : Beside{id, {}}, "Drop");
+}
+
+void EntryPasting::makeEntries(const QMimeData& offered, const Beside& place,
+                               std::string_view undoName) {
     const model::Entry* last = nullptr;
-    if (!m_page.perform([&] { last = create(offered); }) || !last) {
+    if (!m_page.perform([&] { last = create(offered, place, undoName); }) || !last) {
         return;
     }
-    if (const int row = m_model.rowOf(*last); row >= 0) {
+    // Who is typing somewhere goes on there.
+    if (const int row = m_model.rowOf(*last); row >= 0 && m_list.editedRow() < 0) {
         m_list.setCurrentRow(row);
     }
 }
 
-const model::Entry* EntryPasting::create(const QMimeData& offered) {
+const model::Entry* EntryPasting::create(const QMimeData& offered, const Beside& place,
+                                         std::string_view undoName) {
     const auto text = textFrom(offered);
     if (isFormatted(text)) {
         return &m_entries.createText({.rich = text,
                                       .board = *m_model.board(),
-                                      .after = place(),
+                                      .after = place.after,
+                                      .before = place.before,
                                       .now = m_clock.now(),
-                                      .undoName = kUndoName});
+                                      .undoName = undoName});
     }
     auto plain = toQString(text.text());
     plain.replace(QChar::LineSeparator, QLatin1Char('\n'));
@@ -62,17 +76,18 @@ const model::Entry* EntryPasting::create(const QMimeData& offered) {
     return m_entries
         .createTodos({.contents = std::move(contents),
                       .board = *m_model.board(),
-                      .after = place(),
+                      .after = place.after,
+                      .before = place.before,
                       .now = m_clock.now(),
-                      .undoName = kUndoName})
+                      .undoName = undoName})
         .back();
 }
 
-std::optional<base::Uuid> EntryPasting::place() const {
+EntryPasting::Beside EntryPasting::current() const {
     const int row = m_list.currentRow();
     const auto isEntry = row >= 0 && m_model.kind(row) == EntryRowKind::entry;
     const auto* const above = isEntry ? m_model.openEntryAbove(row + 1) : nullptr;
-    return above ? std::optional(above->id()) : std::nullopt;
+    return {above ? std::optional(above->id()) : std::nullopt, std::nullopt};
 }
 
 } // namespace korvex::ui

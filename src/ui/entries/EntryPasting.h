@@ -5,12 +5,14 @@
 #include "ui/entries/EntryListView.h"
 #include "ui/kit/pages/Page.h"
 
+#include <string_view>
+
 class QMimeData;
 
 namespace korvex::ui {
 
-/// What is pasted into the list itself, with no editor open: formatted text becomes a text, plain
-/// lines become todos, below the current entry and as one step of undo. Main thread.
+/// What is pasted into the list itself, below the current entry, or let go over it: formatted text
+/// becomes a text, plain lines become todos, as one step of undo. Main thread.
 class EntryPasting final {
 public:
     EntryPasting(Page& page, EntryListModel& model, EntryListView& list,
@@ -19,12 +21,22 @@ public:
 
     /// Nothing happens where there is no text.
     void paste(const QMimeData& offered);
+    /// The same where it was let go; with no place, at the end.
+    void drop(const QMimeData& offered, const std::optional<EntryReordering::Place>& place);
 
 private:
+    /// Beside which entry the new ones are to stand; with neither, at the end.
+    struct Beside {
+        std::optional<base::Uuid> after;
+        std::optional<base::Uuid> before;
+    };
+
+    void makeEntries(const QMimeData& offered, const Beside& place, std::string_view undoName);
     /// What is last of the new.
-    const model::Entry* create(const QMimeData& offered);
-    /// The open entry that the new ones are to stand below; absent for the end.
-    std::optional<base::Uuid> place() const;
+    const model::Entry* create(const QMimeData& offered, const Beside& place,
+                               std::string_view undoName);
+    /// Below the current entry, as far as that is open.
+    Beside current() const;
 
     Page& m_page;
     EntryListModel& m_model;

@@ -2,6 +2,7 @@
 
 #include "ui/boards/RowDragTypes.h"
 #include "ui/kit/lists/RowDrag.h"
+#include "ui/text/RichTextClipboard.h"
 
 #include <QDrag>
 #include <QDropEvent>
@@ -20,20 +21,36 @@ void EntryReordering::drag(int row, const QPixmap& picture) {
     leave();
 }
 
-bool EntryReordering::isWanted(const QDropEvent& event) {
-    return isRowDrag(*event.mimeData(), kEntryDragType);
+bool EntryReordering::take(QDropEvent& event) {
+    if (isRowDrag(*event.mimeData(), kEntryDragType)) {
+        event.acceptProposedAction();
+        return true;
+    }
+    return hasText(*event.mimeData()) && acceptAsCopy(event);
 }
 
-bool EntryReordering::follow(const QDropEvent& event) {
-    mark(isWanted(event) ? placeAt(event.position().toPoint()) : std::nullopt);
-    return m_place.has_value();
+void EntryReordering::follow(QDropEvent& event) {
+    const auto drop = at(event);
+    mark(drop ? drop->place : std::nullopt);
+    if (!drop || !take(event)) {
+        event.ignore();
+    }
 }
 
-std::optional<EntryReordering::Drop> EntryReordering::drop(const QDropEvent& event) {
-    const auto place = placeAt(event.position().toPoint());
-    const auto entry = draggedRow(*event.mimeData(), kEntryDragType);
+std::optional<EntryReordering::Drop> EntryReordering::drop(QDropEvent& event) {
+    const auto drop = at(event);
     leave();
-    return entry && place ? std::optional(Drop{*entry, *place}) : std::nullopt;
+    return drop && take(event) ? drop : std::nullopt;
+}
+
+std::optional<EntryReordering::Drop> EntryReordering::at(const QDropEvent& event) const {
+    const auto place = placeAt(event.position().toPoint());
+    if (isRowDrag(*event.mimeData(), kEntryDragType)) {
+        const auto entry = draggedRow(*event.mimeData(), kEntryDragType);
+        return entry && place ? std::optional(Drop{entry, place}) : std::nullopt;
+    }
+    const auto canBeText = !m_model.isReadOnly() && hasText(*event.mimeData());
+    return canBeText ? std::optional(Drop{std::nullopt, place}) : std::nullopt;
 }
 
 void EntryReordering::paint() const {

@@ -14,8 +14,8 @@ class QPixmap;
 
 namespace korvex::ui {
 
-/// The reordering of a board's entries by dragging: finds the place that a dragged entry would go
-/// to and shows it with a line. Main thread.
+/// What is dragged over the list to stand there as entries: an entry that goes to another place, or
+/// text that becomes new ones. Finds the place and shows it with a line. Main thread.
 class EntryReordering final {
 public:
     /// A place before or after the entry of a row.
@@ -24,8 +24,10 @@ public:
         model::EntryPlacement placement;
     };
     struct Drop {
-        base::Uuid entry;
-        Place place;
+        /// Absent for text.
+        std::optional<base::Uuid> entry;
+        /// Absent for text on a board without entries.
+        std::optional<Place> place;
     };
 
     EntryReordering(const EntryListModel& model, LazyListView& list, const Theme& theme)
@@ -33,17 +35,19 @@ public:
 
     /// Drags the entry of a row until it is let go. `picture` is what the row looks like.
     void drag(int row, const QPixmap& picture);
-    /// Whether an entry is dragged, and not something else.
-    static bool isWanted(const QDropEvent& event);
-    /// Marks the place under the pointer. False when there is none.
-    bool follow(const QDropEvent& event);
+    /// Whether an entry or text is dragged, and not something else. Accepts it then.
+    static bool take(QDropEvent& event);
+    /// Marks the place under the pointer, and accepts the event where it can be let go.
+    void follow(QDropEvent& event);
     void leave() { mark(std::nullopt); }
     /// What was let go, and where; absent when it cannot go there.
-    std::optional<Drop> drop(const QDropEvent& event);
+    std::optional<Drop> drop(QDropEvent& event);
     /// Draws the line over the rows, while there is a place to show.
     void paint() const;
 
 private:
+    /// What would be let go there.
+    std::optional<Drop> at(const QDropEvent& event) const;
     std::optional<Place> placeAt(const QPoint& position) const;
     void mark(std::optional<Place> place);
 

@@ -10,6 +10,8 @@ namespace korvex::ui {
 
 namespace {
 
+constexpr const char* kEditTodo = "Edit Todo";
+
 /// Directly after an entry, at the very front for null.
 template <typename New>
 void placeAfter(const model::Entry* after, New& entry) {
@@ -27,9 +29,7 @@ bool EntryStoring::store() {
         return true;
     }
     if (const auto refused = tryToStore()) {
-        forgetRefusal(); // it stands under the text now
-        m_editors.current().showError(*refused);
-        m_drafts.keep();
+        refuse(*refused);
         return false;
     }
     return true;
@@ -39,25 +39,33 @@ void EntryStoring::storeSoFar() {
     if (!m_edited.isOpen()) {
         return;
     }
-    if (m_editors.current().isBlank()) {
-        if (m_edited.isDraft()) {
-            m_drafts.forget();
-            forgetRefusal();
+    if (!m_editors.current().isBlank()) {
+        if (const auto refused = tryToStore()) {
+            refuse(*refused);
         }
+    } else if (m_edited.isDraft()) {
+        m_drafts.forget();
+        endMessage();
+    }
+}
+
+void EntryStoring::refuse(const QString& reason) {
+    auto& editor = m_editors.current();
+    if (editor.isBlank()) {
+        editor.showError(reason); // which the next letter mends
         return;
     }
-    const auto refused = tryToStore();
-    if (!refused) {
-        return;
-    }
-    const auto isKept = m_drafts.keep();
-    if (*refused != m_toldRefusal) {
-        m_toldRefusal = *refused;
-        m_noticed.emit(*refused + QLatin1Char('\n') +
-                       (isKept ? tr("What you type is kept beside the store and offered again "
-                                    "until it can be stored.")
-                               : tr("What you type cannot be kept either. Copy it to another "
-                                    "place before you close the window.")));
+    const auto keeping = m_drafts.keep()
+                             ? tr("What you type is kept beside the store and offered again until "
+                                  "it can be stored.")
+                             : tr("What you type cannot be kept either. Copy it to another place "
+                                  "before you close the window.");
+    editor.showError(reason + QLatin1Char('\n') + keeping, RowEditor::Until::stored);
+}
+
+void EntryStoring::endMessage() {
+    if (m_editors.current().says(RowEditor::Until::stored)) {
+        m_editors.current().endMessage();
     }
 }
 
@@ -68,12 +76,11 @@ void EntryStoring::giveUp() {
         const QScopedValueRollback busy(m_isBusy, true);
         if (m_edited.isStored() && m_edited.isNew()) {
             m_entries.deleteEntry(*entry);
-        } else if (m_edited.isStored() && !editor.stored().isEquivalentTo(m_opened)) {
-            editor.change(m_opened);
+        } else if (m_edited.isStored() && !editor.stored().isEquivalentTo(editor.opened())) {
+            editor.change(editor.opened());
             update();
         }
     });
-    forgetRefusal();
     if (refused) {
         // The user is let go all the same; what was stored before stays.
         m_noticed.emit(*refused);
@@ -83,14 +90,13 @@ void EntryStoring::giveUp() {
 }
 
 void EntryStoring::putBack() {
-    m_editors.current().change(m_opened);
+    m_editors.current().change(m_editors.current().opened());
 }
 
 void EntryStoring::begin() {
     m_session = {};
     m_drafts.begin();
-    m_opened = m_editors.current().stored();
-    forgetRefusal();
+    m_editors.current().setOpened(m_editors.current().stored());
 }
 
 bool EntryStoring::isEmptiedNewTodo() const {
@@ -103,7 +109,7 @@ std::optional<QString> EntryStoring::tryToStore() {
     auto& editor = m_editors.current();
     if (m_edited.isDraft() ? editor.isBlank() : !editor.isChanged()) {
         m_drafts.forget();
-        forgetRefusal();
+        endMessage();
         return std::nullopt;
     }
     auto refused = refusal([&] {
@@ -129,14 +135,7 @@ void EntryStoring::stored() {
         // A text stays as it is typed, which may be more than is stored of it.
         editor.setStored(m_edited.isTodo() ? m_editors.textOf(*entry) : editor.text());
     }
-    forgetRefusal();
-}
-
-void EntryStoring::forgetRefusal() {
-    if (!m_toldRefusal.isEmpty()) {
-        m_toldRefusal.clear();
-        m_noticed.emit({});
-    }
+    endMessage();
 }
 
 void EntryStoring::takeInOthers() {
@@ -147,8 +146,8 @@ void EntryStoring::takeInOthers() {
         // A todo has one line: the other one becomes a todo when this one is stored.
         return;
     }
-    const auto opened = richtext::merged(editor.stored(), m_opened, theirs);
-    m_opened = opened.hasBoth ? theirs : opened.text;
+    const auto opened = richtext::merged(editor.stored(), editor.opened(), theirs);
+    editor.setOpened(opened.hasBoth ? theirs : opened.text);
     editor.change(merge.text);
     // As a step of the editor, one undo too many would take another's words away, and store that.
     editor.forgetSteps();
@@ -223,9 +222,12 @@ void EntryStoring::update() {
     // From here on nobody writes: what is taken in is all there is.
     const store::LockedStep step(m_context);
     auto& entry = *m_edited.entry();
+    std::optional<services::UndoManager::Group> both;
     if (entry.isLive() && entry.type() == m_edited.type() && m_edited.isChangedInStore()) {
         takeInOthers();
         if (m_edited.isChangedInStore()) {
+            // Taken back, the other's version stands where it stood, and not a second time.
+            both.emplace(m_undo, kEditTodo);
             keepOthersTodo(entry);
         }
     }
@@ -241,7 +243,8 @@ void EntryStoring::keepOthersTodo(const model::Entry& entry) {
     m_entries.createTodos({.contents = {entry.content()},
                            .board = *m_model.board(),
                            .after = entry.id(),
-                           .now = m_clock.now()});
+                           .now = m_clock.now(),
+                           .undoName = kEditTodo});
     m_editors.current().setStored(m_editors.textOf(entry));
     m_edited.remember();
     m_session = {};

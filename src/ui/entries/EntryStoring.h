@@ -16,13 +16,14 @@ class EntryStoring final {
 
 public:
     EntryStoring(EntryListModel& model, EditedEntry& edited, EntryEditors& editors,
-                 DraftKeeping& drafts, services::EntryService& entries,
+                 DraftKeeping& drafts, services::EntryService& entries, services::UndoManager& undo,
                  store::ModelContext& context, const base::Clock& clock)
         : m_model(model),
           m_edited(edited),
           m_editors(editors),
           m_drafts(drafts),
           m_entries(entries),
+          m_undo(undo),
           m_context(context),
           m_clock(clock) {}
 
@@ -32,11 +33,8 @@ public:
     /// text. A draft that was created counts as a draft until `settleDraft`; a text that was
     /// emptied is deleted, and so is a new todo.
     bool store();
-    /// The same while it is being typed: a text that is empty for now stays as it is stored, and a
-    /// refusal is told once, over the list.
+    /// The same while it is being typed: a text that is empty for now stays as it is stored.
     void storeSoFar();
-    /// Whether anything was typed since the entry was opened, stored by now or not.
-    bool isTypedInto() const { return !m_editors.current().text().isEquivalentTo(m_opened); }
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
     /// opened.
     void giveUp();
@@ -46,7 +44,7 @@ public:
     void begin();
     /// The store has another text by now: takes it into the editor, beside what was typed there.
     void takeInOthers();
-    /// What the user is to be told beside what the editor shows; empty: nothing any more.
+    /// What the user is to be told beside what the editor shows.
     base::Signal<const QString&>& noticed() { return m_noticed; }
     /// The draft that was created is a row as others are.
     void settleDraft();
@@ -62,8 +60,11 @@ private:
     /// What was refused, if anything.
     std::optional<QString> tryToStore();
     void stored();
-    /// What was told of a refusal is not so any more.
-    void forgetRefusal();
+    /// What was said of the text under it, of a refusal or of where it comes from, is not so any
+    /// more.
+    void endMessage();
+    /// Keeps what cannot be stored, and says so under the text, where it stays until it is stored.
+    void refuse(const QString& reason);
     void create();
     void update();
     void keepOthersTodo(const model::Entry& entry);
@@ -79,15 +80,11 @@ private:
     EntryEditors& m_editors;
     DraftKeeping& m_drafts;
     services::EntryService& m_entries;
+    services::UndoManager& m_undo;
     store::ModelContext& m_context;
     const base::Clock& m_clock;
     bool m_isBusy = false;
-    /// The entry's text before this editing, with what others have written into it since: what
-    /// giving up leaves.
-    richtext::AttributedString m_opened;
     services::EditingSession m_session;
-    /// The refusal that was told over the list; empty while there is none.
-    QString m_toldRefusal;
     base::Signal<const QString&> m_noticed;
 };
 

@@ -9,20 +9,24 @@
 #include <QPainter>
 #include <QTextEdit>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 namespace {
 
 constexpr int kCornerRadius = 6;
+/// From the sides of the editor to the message within its frame.
+constexpr int kMessageMargin = RowFrame::kBoxMargin + RowFrame::kPadding;
 
 } // namespace
 
 RowEditor::RowEditor(const Theme& theme, QWidget* parent)
-    : QFrame(parent), m_theme(theme), m_refusal(new RowRefusal(theme, parent)) {
+    : QFrame(parent), m_theme(theme), m_message(new RowRefusal(theme, this)) {
     // It fills all of itself: the row under it need not be drawn with every key.
     setAttribute(Qt::WA_OpaquePaintEvent);
     Accessibility::setRole(*this, QAccessible::Grouping);
-    connect(m_refusal, &RowRefusal::discarded, this, &RowEditor::discarded);
+    connect(m_message, &RowRefusal::discarded, this, &RowEditor::discarded);
 }
 
 void RowEditor::editAround(const std::function<void(QTextCursor&)>& edit) {
@@ -48,42 +52,77 @@ bool RowEditor::isBlank() {
     return input().toPlainText().trimmed().isEmpty();
 }
 
-void RowEditor::showError(const QString& message) {
-    m_hasError = true;
-    m_refusal->setMessage(message);
-    m_refusal->placeAt(geometry());
-    update();
+void RowEditor::showError(const QString& message, Until until) {
+    say(message, ErrorBanner::Tone::error, until);
 }
 
-void RowEditor::clearError() {
-    if (m_hasError) {
-        m_hasError = false;
-        m_refusal->hide();
+void RowEditor::showNotice(const QString& message) {
+    say(message, ErrorBanner::Tone::notice, Until::stored);
+}
+
+void RowEditor::say(const QString& message, ErrorBanner::Tone tone, Until until) {
+    const auto isSaid = m_until && tone == m_tone && message == m_message->message();
+    m_until = until;
+    m_tone = tone;
+    m_message->setDiscardable(isTypedInto());
+    if (!isSaid) { // what is said again and again is heard once
+        m_message->setMessage(message, tone);
+    }
+    update();
+    Q_EMIT neededHeightChanged();
+    placeInSight();
+    reveal();
+}
+
+void RowEditor::endMessage() {
+    if (m_until) {
+        m_until.reset();
+        m_message->hide();
         update();
+        Q_EMIT neededHeightChanged();
     }
 }
 
-bool RowEditor::owns(const QWidget* widget) const {
-    return widget == this || isAncestorOf(widget) || widget == m_refusal ||
-           m_refusal->isAncestorOf(widget);
+void RowEditor::edited() {
+    if (m_until == Until::edited) {
+        endMessage();
+    } else if (m_until) {
+        m_message->setDiscardable(isTypedInto());
+    }
+}
+
+int RowEditor::messageHeight(int width) const {
+    return m_until ? m_message->neededHeight(width - 2 * kMessageMargin) + RowFrame::kPadding : 0;
+}
+
+void RowEditor::placeInSight() {
+    if (!m_until) {
+        return;
+    }
+    const int needed = messageHeight(width());
+    const int foot = height() - m_theme.rowDistance() / 2;
+    // Where the list ends, as this sees it.
+    const int end = parentWidget()->height() - y();
+    const int top = std::max(std::min(foot, end) - needed, 0);
+    m_message->setGeometry(kMessageMargin, top, width() - 2 * kMessageMargin,
+                           needed - RowFrame::kPadding);
+    m_message->raise();
+}
+
+void RowEditor::reveal() {
+    Q_EMIT revealRequested(caretPlace().adjusted(0, 0, 0, messageHeight(width())));
 }
 
 bool RowEditor::event(QEvent* event) {
-    switch (event->type()) {
-    case QEvent::Move:
-    case QEvent::Resize:
-        if (m_hasError) {
-            m_refusal->placeAt(geometry());
-        }
-        break;
-    case QEvent::Show:
-    case QEvent::Hide:
-        m_refusal->setVisible(m_hasError && event->type() == QEvent::Show);
-        break;
-    default:
-        break;
+    if (event->type() == QEvent::Move) {
+        placeInSight();
     }
     return QFrame::event(event);
+}
+
+void RowEditor::resizeEvent(QResizeEvent* event) {
+    QFrame::resizeEvent(event);
+    placeInSight();
 }
 
 void RowEditor::mousePressEvent(QMouseEvent* event) {
@@ -113,8 +152,9 @@ void RowEditor::paintEvent(QPaintEvent* event) {
             .contains(event->rect())) {
         return;
     }
+    const auto isWrong = m_until && m_tone == ErrorBanner::Tone::error;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(m_hasError ? colors.danger : colors.accent, 1.5));
+    painter.setPen(QPen(isWrong ? colors.danger : colors.accent, 1.5));
     painter.setBrush(colors.content);
     painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
 }

@@ -1,11 +1,10 @@
 #pragma once
 
 #include "richtext/text/AttributedString.h"
-#include "ui/kit/theme/Theme.h"
-
-#include <QFrame>
+#include "ui/kit/overlays/ErrorBanner.h"
 
 #include <functional>
+#include <optional>
 
 class QMenu;
 class QTextCursor;
@@ -15,8 +14,9 @@ namespace korvex::ui {
 
 class RowRefusal;
 
-/// What stands in the place of a row while the row is edited; under it, where something was
-/// refused, the reason and the offer to give up what was typed. Main thread.
+/// What stands in the place of a row while the row is edited; at its foot, where something was
+/// refused, the reason and the offer to give up what was typed. The message has room of its own, by
+/// which the editor grows downwards, and stays in sight where the foot is not. Main thread.
 class RowEditor : public QFrame {
     Q_OBJECT
 
@@ -40,6 +40,12 @@ public:
     const richtext::AttributedString& stored() const { return m_stored; }
     /// The store has this by now; what was typed stays.
     void setStored(const richtext::AttributedString& stored) { m_stored = stored; }
+    /// The text before this editing, with what others have written into it since: what giving up
+    /// leaves.
+    const richtext::AttributedString& opened() const { return m_opened; }
+    void setOpened(const richtext::AttributedString& opened) { m_opened = opened; }
+    /// Whether anything was typed since the entry was opened, stored by now or not.
+    bool isTypedInto() const { return !text().isEquivalentTo(m_opened); }
     /// Whether the text differs from the stored one.
     virtual bool isChanged() const = 0;
     /// Nothing of the text can be undone here from now on.
@@ -51,12 +57,26 @@ public:
     /// A menu with the commands on the text itself; the caller owns it.
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
-    virtual int neededHeight(int width) = 0;
+    int neededHeight(int width) { return textHeight(width) + messageHeight(width); }
 
-    void showError(const QString& message);
-    void clearError();
+    /// What ends a message at the foot.
+    enum class Until {
+        /// The next change of the text.
+        edited,
+        /// `endMessage`: the text is stored, or is another's.
+        stored,
+    };
+    void showError(const QString& message, Until until = Until::edited);
+    /// What the user should know, and nothing is wrong with.
+    void showNotice(const QString& message);
+    void endMessage();
+    /// Whether a message is shown that this ends.
+    bool says(Until until) const { return m_until == until; }
     /// Whether the widget is the editor or a part of it.
-    bool owns(const QWidget* widget) const;
+    bool owns(const QWidget* widget) const { return widget == this || isAncestorOf(widget); }
+    /// Places what stays in sight of an editor that is higher than the list. To be called when
+    /// either has another place or size.
+    virtual void placeInSight();
 
 Q_SIGNALS:
     void neededHeightChanged();
@@ -67,10 +87,21 @@ Q_SIGNALS:
 
 protected:
     const Theme& theme() const { return m_theme; }
+    /// The height that the editor needs without a message.
+    virtual int textHeight(int width) = 0;
+    /// What a message takes of the height.
+    int messageHeight(int width) const;
+    /// The place of the caret, with all around it that is to be seen while one types.
+    virtual QRect caretPlace() = 0;
+    /// Asks for the caret to be in sight, and of a message that it is not over it.
+    void reveal();
+    /// The text has changed.
+    void edited();
     /// Lets `edit` change the document as one step of undo. The caret stays before what is put in
     /// at its place.
     void editAround(const std::function<void(QTextCursor&)>& edit);
     bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
     /// A press beside the field is none on the row behind: it changes nothing.
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -80,10 +111,15 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void say(const QString& message, ErrorBanner::Tone tone, Until until);
+
     const Theme& m_theme;
     richtext::AttributedString m_stored;
-    RowRefusal* m_refusal;
-    bool m_hasError = false;
+    richtext::AttributedString m_opened;
+    RowRefusal* m_message;
+    ErrorBanner::Tone m_tone = ErrorBanner::Tone::error;
+    /// Absent while there is no message.
+    std::optional<Until> m_until;
 };
 
 } // namespace korvex::ui

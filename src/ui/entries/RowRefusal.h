@@ -1,25 +1,27 @@
 #pragma once
 
-#include "ui/kit/theme/Theme.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 
-#include <QFrame>
-
-class QLabel;
 class QPushButton;
 
 namespace korvex::ui {
 
-/// Says at the foot of an edited row why something was refused, and offers to give up what was
-/// typed. It lies over the rows beside: none of them moves when it comes and goes. Main thread.
+class WordsAndButton;
+
+/// Says at the foot of an edited row why something was refused, or what has become of the entry,
+/// and offers to give up what was typed. Main thread.
 class RowRefusal final : public QFrame {
     Q_OBJECT
 
 public:
-    RowRefusal(const Theme& theme, QWidget* viewport);
+    RowRefusal(const Theme& theme, QWidget* editor);
 
-    void setMessage(const QString& message);
-    /// Stands under this place in the viewport, above it where there is no room.
-    void placeAt(const QRect& row);
+    void setMessage(const QString& message, ErrorBanner::Tone tone);
+    /// Whether there is anything to be given up.
+    void setDiscardable(bool discardable);
+    QString message() const;
+    /// The height that it needs at this width.
+    int neededHeight(int width) const;
 
 Q_SIGNALS:
     void discarded();
@@ -28,11 +30,14 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    QColor color() const;
     void applyTheme();
 
     const Theme& m_theme;
+    ErrorBanner::Tone m_tone = ErrorBanner::Tone::error;
     QLabel* m_text;
     QPushButton* m_discard;
+    WordsAndButton* m_words;
 };
 
 } // namespace korvex::ui

@@ -34,7 +34,7 @@ TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWid
     setFocusProxy(m_field);
     applyTheme();
     connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);
-    connect(m_field->document(), &QTextDocument::contentsChanged, this, &TextEditor::clearError);
+    connect(m_field->document(), &QTextDocument::contentsChanged, this, &TextEditor::edited);
     // The row changes its height when the text does, not with every key.
     connect(m_field->document()->documentLayout(),
             &QAbstractTextDocumentLayout::documentSizeChanged, this, &TextEditor::checkHeight);
@@ -51,7 +51,7 @@ void TextEditor::load(const richtext::AttributedString& stored) {
     m_field->setContent(stored);
     m_colors->update();
     setStored(m_field->content());
-    clearError();
+    endMessage();
     Q_EMIT neededHeightChanged();
 }
 
@@ -121,7 +121,7 @@ QMenu* TextEditor::makeMenu() {
     return new TextMenu(*m_field, m_field);
 }
 
-int TextEditor::neededHeight(int width) {
+int TextEditor::textHeight(int width) {
     const auto room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
         // The document of a hidden field knows no width.
@@ -145,13 +145,6 @@ void TextEditor::checkHeight() {
     }
 }
 
-bool TextEditor::event(QEvent* event) {
-    if (event->type() == QEvent::Move) {
-        placeBar();
-    }
-    return RowEditor::event(event);
-}
-
 void TextEditor::resizeEvent(QResizeEvent* event) {
     RowEditor::resizeEvent(event);
     place();
@@ -169,27 +162,27 @@ void TextEditor::place() {
     const auto room = width() - 2 * left;
     const int top =
         theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
-    const int bottom =
-        height() - (theme().rowDistance() - theme().rowDistance() / 2) - RowFrame::kPadding;
+    const int bottom = height() - (theme().rowDistance() - theme().rowDistance() / 2) -
+                       RowFrame::kPadding - messageHeight(width());
     m_field->setGeometry(left, top, room, bottom - top);
-    placeBar();
 }
 
 /// Puts the bar at the top of the editor, or of what is seen of one whose top is out of sight.
-void TextEditor::placeBar() {
+void TextEditor::placeInSight() {
     const auto left = RowFrame::kBoxMargin + RowFrame::kGap / 2;
     const auto barHeight = m_bar->sizeHint().height();
     const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
     m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
                        width() - 2 * left, barHeight);
     m_bar->raise();
+    RowEditor::placeInSight();
 }
 
-void TextEditor::reveal() {
+QRect TextEditor::caretPlace() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
     const auto bar = m_bar->sizeHint().height() + kBarDistance;
     const int margin = RowFrame::kPadding;
-    Q_EMIT revealRequested(line.adjusted(0, -bar - margin, 0, margin));
+    return line.adjusted(0, -bar - margin, 0, margin);
 }
 
 } // namespace korvex::ui

@@ -37,19 +37,18 @@ public:
     void change(const richtext::AttributedString& to) override;
     bool isChanged() const override;
     QMenu* makeMenu() override;
-    int neededHeight(int width) override;
+    void placeInSight() override;
 
 protected:
-    bool event(QEvent* event) override;
+    int textHeight(int width) override;
+    QRect caretPlace() override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void applyTheme();
     void place();
-    void placeBar();
     int contentHeight() const;
     void checkHeight();
-    void reveal();
 
     RichTextEdit* m_field;
     FormatBar* m_bar;

@@ -26,14 +26,10 @@ TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
     m_schedule->setCursor(Qt::PointingHandCursor);
     m_schedule->setToolTip(tr("Schedule (Ctrl+D)"));
     setFocusProxy(m_field);
-    connect(m_field, &QTextEdit::textChanged, this, &TodoEditor::clearError);
+    connect(m_field, &QTextEdit::textChanged, this, &TodoEditor::edited);
     connect(m_field->document(), &QTextDocument::contentsChanged, this,
             &TodoEditor::neededHeightChanged);
-    connect(m_field, &QTextEdit::cursorPositionChanged, this, [this] {
-        const int margin = RowFrame::kPadding;
-        Q_EMIT revealRequested(
-            m_field->cursorRect().translated(m_field->pos()).adjusted(0, -margin, 0, margin));
-    });
+    connect(m_field, &QTextEdit::cursorPositionChanged, this, &TodoEditor::reveal);
     connect(m_schedule, &QToolButton::clicked, this, &TodoEditor::scheduleClicked);
     connect(&theme, &Theme::changed, this, &TodoEditor::applyTheme);
     applyTheme();
@@ -46,7 +42,7 @@ richtext::AttributedString TodoEditor::text() const {
 void TodoEditor::load(const richtext::AttributedString& stored) {
     setStored(stored);
     m_field->setPlainText(toQString(stored.text()));
-    clearError();
+    endMessage();
     place(); // an editor that stays as large is not laid out otherwise
 }
 
@@ -78,7 +74,12 @@ void TodoEditor::setDueLabel(const DueLabel& label) {
     place();
 }
 
-int TodoEditor::neededHeight(int width) {
+QRect TodoEditor::caretPlace() {
+    const int margin = RowFrame::kPadding;
+    return m_field->cursorRect().translated(m_field->pos()).adjusted(0, -margin, 0, margin);
+}
+
+int TodoEditor::textHeight(int width) {
     const auto frame = RowFrame::of(theme());
     const auto room = width - frame.textLeft - frame.textRight;
     const auto arranged = arrangement(room);

@@ -29,12 +29,13 @@ public:
     void change(const richtext::AttributedString& to) override;
     bool isChanged() const override;
     QMenu* makeMenu() override { return m_field->createStandardContextMenu(); }
-    int neededHeight(int width) override;
 
 Q_SIGNALS:
     void scheduleClicked();
 
 protected:
+    int textHeight(int width) override;
+    QRect caretPlace() override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 

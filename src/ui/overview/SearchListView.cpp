@@ -50,7 +50,7 @@ void SearchListView::keyPressEvent(QKeyEvent* event) {
         }
         return;
     case Qt::Key_Space:
-        if (currentIndex().isValid()) {
+        if (currentIndex().isValid() && isTick(*event)) {
             Q_EMIT toggleRequested(currentRow());
         }
         return;

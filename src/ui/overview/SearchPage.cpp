@@ -53,7 +53,7 @@ void SearchPage::search(const QString& query) {
 void SearchPage::clear() {
     m_query.clear();
     m_model.clear();
-    banner().clear();
+    endAnswer();
 }
 
 void SearchPage::storeChanged() {

@@ -107,7 +107,9 @@ void TodoListView::keyPressEvent(QKeyEvent* event) {
         }
         return;
     case Qt::Key_Space:
-        Q_EMIT toggleRequested(row);
+        if (isTick(*event)) {
+            Q_EMIT toggleRequested(row);
+        }
         return;
     case Qt::Key_Delete:
         Q_EMIT deletionRequested(row);

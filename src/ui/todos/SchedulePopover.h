@@ -18,7 +18,7 @@ class QTimeEdit;
 
 namespace korvex::ui {
 
-/// Edits when a todo is due and when to be reminded of it. Return saves, Escape gives up.
+/// Edits when a todo is due and when to be reminded of it.
 class SchedulePopover final : public Popover {
     Q_OBJECT
 
@@ -26,8 +26,7 @@ public:
     SchedulePopover(model::Entry& entry, const TodoServices& services, const Theme& theme,
                     QWidget* window);
 
-    /// A press outside saves what was changed, if anything was; what cannot be saved stays open
-    /// with the reason.
+    /// Saves what was changed, if anything was; what cannot be saved stays open with the reason.
     void dismiss() override;
 
 protected:

@@ -1,6 +1,7 @@
 #include "ui/todos/TodoActions.h"
 
 #include "ui/kit/pages/Page.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/SchedulePopover.h"
 
@@ -15,7 +16,7 @@ TodoActions::TodoActions(Page& page, const TodoServices& services, services::Und
       m_undoChanges(undo.didChange().connect([this] {
           if (m_offered != 0 && !m_undo.findUndo(m_offered)) {
               m_offered = 0;
-              m_page.banner().endOffer();
+              m_page.banner().end(m_offer);
           }
       })) {}
 
@@ -38,15 +39,15 @@ void TodoActions::remove(model::Entry& entry, const Removal& removal) {
         return;
     }
     removal.goOn();
-    const auto text = shortened(removal.text);
+    const auto text = isolated(shortened(removal.text));
     offerUndo(text.isEmpty() ? tr("The entry was deleted.") : tr("“%1” was deleted.").arg(text));
 }
 
 void TodoActions::offerUndo(const QString& message) {
     const auto* const step = m_undo.nextUndo();
     m_offered = step ? step->id : 0;
-    m_page.banner().offer(message, tr("Undo"),
-                          [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
+    m_offer = m_page.offer(message, tr("Undo"),
+                           [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
 void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {

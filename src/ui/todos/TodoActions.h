@@ -3,6 +3,7 @@
 #include "base/Instant.h"
 #include "base/Signal.h"
 #include "model/Entry.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/todos/TodoServices.h"
 
 #include <QCoreApplication>
@@ -53,7 +54,9 @@ private:
     TodoServices m_services;
     services::UndoManager& m_undo;
     const Theme& m_theme;
+    /// The step that can be taken back by a message, and that message.
     services::UndoManager::StepId m_offered = 0;
+    ErrorBanner::MessageId m_offer = 0;
     base::Subscription m_undoChanges;
 };
 

@@ -2,15 +2,7 @@
 
 #include <QActionGroup>
 
-#include <array>
-
 namespace korvex::ui {
-
-namespace {
-
-constexpr std::array kFontSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24};
-
-} // namespace
 
 AppearanceMenu::AppearanceMenu(app::AppPreferences& preferences, QWidget* parent)
     : QMenu(tr("Appearance"), parent), m_preferences(preferences) {
@@ -47,7 +39,7 @@ void AppearanceMenu::fill() {
     addSeparator();
     group = new QActionGroup(this);
     auto* const sizes = addMenu(tr("Font size"));
-    for (const auto size : kFontSizes) {
+    for (const auto size : app::AppPreferences::kFontSizes) {
         add(*sizes, QString::number(size), [this, size] {
             m_preferences.setFontSize(size);
         })->setChecked(m_preferences.fontSize() == size);

@@ -12,15 +12,23 @@ DraftOffers::DraftOffers(const Workspace& workspace, Navigation& navigation, Boa
                          QObject* parent)
     : QObject(parent), m_workspace(workspace), m_navigation(navigation), m_boardPage(boardPage) {
     connect(&boardPage, &BoardPage::editingEnded, this, &DraftOffers::offerRest);
+    connect(&boardPage, &BoardPage::resumeRequested, this, [this](const app::Draft& draft) {
+        // Until it is shown, it is kept as well as those of before; when not, it waits with them.
+        static_cast<void>(m_workspace.drafts.write(draft));
+        m_waiting.push_front({draft, false});
+        showNext();
+    });
 }
 
 void DraftOffers::start() {
     if (!m_workspace.context.container().allowsSave()) {
         return; // they wait until they can be stored
     }
-    const auto found = m_workspace.drafts.find();
-    m_waiting.assign(found.drafts.begin(), found.drafts.end());
-    m_unreadable = found.unreadable;
+    auto found = m_workspace.drafts.find();
+    for (auto& each : found.drafts) {
+        m_waiting.push_back({std::move(each), true});
+    }
+    m_unreadable = std::move(found.unreadable);
     if (m_waiting.empty()) {
         tellUnreadable();
     } else {
@@ -36,43 +44,49 @@ void DraftOffers::tellUnreadable() {
     for (const auto& each : std::exchange(m_unreadable, {})) {
         places.push_back(toQString(each.native()));
     }
-    m_boardPage.banner().showMessage(
-        tr("A draft of what was typed before cannot be read. It is kept at %1.")
-            .arg(places.join(QStringLiteral(", "))),
-        ErrorBanner::Tone::notice);
+    m_boardPage.banner().say(
+        {.text = tr("A draft of what was typed before cannot be read. It is kept at %1.")
+                     .arg(places.join(QStringLiteral(", "))),
+         .tone = ErrorBanner::Tone::notice});
 }
 
 void DraftOffers::showNext() {
-    const auto draft = m_waiting.front();
-    auto* const board = boardOf(draft);
+    m_offer = 0;
+    const auto next = m_waiting.front();
+    auto* const board = boardOf(next.draft);
     if (!board) {
         return;
     }
     m_navigation.openBoard(*board);
     // Where something else cannot be left, this one waits with the others.
-    if (m_boardPage.board() == board && m_boardPage.resume(draft)) {
-        m_waiting.pop_front();
-        m_isShown = true;
-        const auto isInPlace = board->id() == draft.board;
-        m_boardPage.banner().showMessage(
-            isInPlace ? tr("This was typed here before Korvex ended and could not be stored. Go on "
-                           "with it, or discard it.")
-                      : tr("This was typed before Korvex ended and could not be stored. Its board "
-                           "is no longer there. Go on with it here, or discard it."),
-            ErrorBanner::Tone::notice);
+    if (m_boardPage.board() == board && m_boardPage.resume(next.draft, whereFrom(next, *board))) {
+        std::erase_if(m_waiting,
+                      [&](const Waiting& each) { return each.draft.id == next.draft.id; });
     }
 }
 
 void DraftOffers::offerRest() {
-    if (std::exchange(m_isShown, false)) {
-        m_boardPage.banner().clear();
-    }
-    if (!m_waiting.empty()) {
-        m_boardPage.banner().offer(tr("More was typed before Korvex ended and not stored."),
-                                   tr("Show"), [this] { showNext(); });
-    } else {
+    if (m_waiting.empty()) {
         tellUnreadable();
+    } else if (m_offer == 0) {
+        m_offer = m_boardPage.banner().say({.text = tr("More was typed and not stored."),
+                                            .tone = ErrorBanner::Tone::notice,
+                                            .action = tr("Show"),
+                                            .perform = [this] { showNext(); }});
     }
+}
+
+QString DraftOffers::whereFrom(const Waiting& waiting, const model::Board& shownOn) const {
+    const auto isInPlace = shownOn.id() == waiting.draft.board;
+    if (!waiting.isOfEarlierRun) {
+        return isInPlace ? tr("This was discarded. Go on with it, or discard it.")
+                         : tr("This was discarded. Its board is no longer there. Go on with it "
+                              "here, or discard it.");
+    }
+    return isInPlace ? tr("This was typed here before Korvex ended and could not be stored. Go on "
+                          "with it, or discard it.")
+                     : tr("This was typed before Korvex ended and could not be stored. Its board "
+                          "is no longer there. Go on with it here, or discard it.");
 }
 
 model::Board* DraftOffers::boardOf(const app::Draft& draft) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
@@ -11,9 +12,9 @@ namespace korvex::ui {
 class BoardPage;
 class Navigation;
 
-/// Offers what was typed in an earlier run and could not be stored: the oldest draft at once, in
-/// the editor of the board that it was typed on, each other one when the one before it is settled.
-/// Main thread.
+/// Offers what was typed and is stored nowhere. Of what an earlier run has left, the oldest draft
+/// at once, in the editor of the board that it was typed on, each other one when the one before it
+/// is settled; and what was discarded when the user wants it back. Main thread.
 class DraftOffers final : public QObject {
     Q_OBJECT
 
@@ -25,20 +26,26 @@ public:
     void start();
 
 private:
+    struct Waiting {
+        app::Draft draft;
+        bool isOfEarlierRun;
+    };
+
     void showNext();
     void offerRest();
     void tellUnreadable();
+    QString whereFrom(const Waiting& waiting, const model::Board& shownOn) const;
     /// Where the draft can be gone on with.
     model::Board* boardOf(const app::Draft& draft) const;
 
     const Workspace& m_workspace;
     Navigation& m_navigation;
     BoardPage& m_boardPage;
-    std::deque<app::Draft> m_waiting;
+    std::deque<Waiting> m_waiting;
     /// Files that the user is still to be told of.
     std::vector<std::filesystem::path> m_unreadable;
-    /// Whether the banner says what is edited.
-    bool m_isShown = false;
+    /// The message that offers the next draft, once it was said.
+    ErrorBanner::MessageId m_offer = 0;
 };
 
 } // namespace korvex::ui

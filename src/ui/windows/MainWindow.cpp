@@ -2,6 +2,7 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/words/Text.h"
@@ -22,6 +23,7 @@ namespace korvex::ui {
 namespace {
 
 constexpr QSize kSmallestSize(360, 320);
+constexpr int kNoticeMargin = 10;
 
 } // namespace
 
@@ -78,6 +80,7 @@ void MainWindow::layOut() {
     auto* const lines = new QVBoxLayout(shown);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(0);
+    m_storeNotice->setContentsMargins(0, kNoticeMargin, 0, 0); // nothing stands above it
     lines->addWidget(m_storeNotice);
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);
@@ -191,12 +194,13 @@ void MainWindow::showNotices(const std::vector<std::string>& notices) {
         lines.append(toQString(notice));
     }
     if (!lines.isEmpty()) {
-        m_boardPage->banner().showMessage(lines.join(QLatin1Char('\n')), ErrorBanner::Tone::notice);
+        m_boardPage->banner().say(
+            {.text = lines.join(QLatin1Char('\n')), .tone = ErrorBanner::Tone::notice});
     }
 }
 
 void MainWindow::showError(const QString& message) {
-    m_pages->current().banner().showMessage(message);
+    m_pages->current().refuse(message);
 }
 
 void MainWindow::comeForward() {
@@ -231,13 +235,20 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 
 void MainWindow::storeAll() {
     m_layout.save();
-    m_pages->current().leave();
+    static_cast<void>(leaveAll());
+}
+
+/// As a press outside of all that is being edited: panels, the name of a board, the entry.
+bool MainWindow::leaveAll() {
+    const auto isDismissed = Popover::dismissAll(*this);
+    m_sidebar->leave();
+    return m_pages->current().leave() && isDismissed;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     m_layout.save();
     // What could not be stored stays in sight, with the reason.
-    event->setAccepted(m_pages->current().leave());
+    event->setAccepted(leaveAll());
 }
 
 } // namespace korvex::ui

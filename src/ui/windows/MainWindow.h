@@ -57,6 +57,8 @@ private:
     Page* makeArchivedPage();
     void connectSidebar();
     void connectBoardPage();
+    /// Ends all that is being edited, as far as it can be stored. False when something cannot.
+    bool leaveAll();
     void showTitle();
     void countUpcoming();
 

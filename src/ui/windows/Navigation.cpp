@@ -18,7 +18,8 @@ Navigation::Navigation(const Views& views, services::BoardService& boards,
       m_preferences(preferences) {}
 
 void Navigation::start() {
-    m_changes = m_context.didChange().connect([this](const store::ChangeSet&) { storeChanged(); });
+    m_changes = m_context.didChange().connect(
+        [this](const store::ChangeSet& changes) { storeChanged(changes.origin); });
     m_views.sidebar.refresh();
     if (auto* const board = launchBoard()) {
         showBoard(*board);
@@ -120,7 +121,7 @@ model::Board* Navigation::lastBoard() const {
     return board && isListed(*board) ? board : launchBoard();
 }
 
-void Navigation::storeChanged() {
+void Navigation::storeChanged(store::ChangeSet::Origin origin) {
     auto& page = m_views.boardPage;
     m_views.sidebar.refresh();
     auto* const shown = page.board();
@@ -131,7 +132,7 @@ void Navigation::storeChanged() {
     if (!isInPlace && !isLookedAt) {
         // Soon: what is typed there may be about to be stored, and is then to stay in sight with
         // the reason why it was not.
-        QTimer::singleShot(0, this, [this, shown] { leaveGoneBoard(shown); });
+        QTimer::singleShot(0, this, [this, shown, origin] { leaveGoneBoard(shown, origin); });
     }
     if (currentPage() == PageKind::archived && m_views.sidebar.boards().archivedBoards().empty()) {
         goBack();
@@ -140,13 +141,22 @@ void Navigation::storeChanged() {
     pageChanged();
 }
 
-void Navigation::leaveGoneBoard(const model::Board* board) {
-    auto* const inbox = m_boards.inboxBoard();
+void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin) {
+    auto& page = m_views.boardPage;
+    // After a restore the same board is another record.
+    auto* const again = board ? m_boards.board(board->id()) : nullptr;
+    auto* const next = again && isListed(*again) ? again : m_boards.inboxBoard();
     const auto isGone = !board || !isListed(*board);
-    if (isGone && inbox && m_views.boardPage.board() == board) {
-        m_views.boardPage.showBoard(*inbox);
-        pageChanged();
+    if (!isGone || !next || page.board() != board) {
+        return;
     }
+    const auto name = page.title();
+    const auto saysSo = page.giveWayTo(*next);
+    if (!saysSo && board && next != again && origin == store::ChangeSet::Origin::elsewhere) {
+        page.tell(board->isLive() ? tr("Another program archived “%1”.").arg(name)
+                                  : tr("Another program deleted “%1”.").arg(name));
+    }
+    pageChanged();
 }
 
 void Navigation::pageChanged() {

@@ -66,8 +66,9 @@ private:
     bool isListed(const model::Board& board) const;
     model::Board* launchBoard() const;
     model::Board* lastBoard() const;
-    void storeChanged();
-    void leaveGoneBoard(const model::Board* board);
+    void storeChanged(store::ChangeSet::Origin origin);
+    /// `origin` says whose change has taken it away.
+    void leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin);
     void pageChanged();
 
     Views m_views;

@@ -203,7 +203,7 @@ void Sidebar::createBoard() {
         showMessage(*refused);
         return;
     }
-    m_banner->clear();
+    m_banner->end(m_message);
     // A search has ended by now.
     const auto before = m_choice.page == PageKind::search ? Choice() : m_choice;
     Q_EMIT boardChosen(created);
@@ -256,7 +256,7 @@ std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
 void Sidebar::store(model::Board& board, const QString& name) {
     const auto refused = refusal([&] { m_boards.renameBoard(board, toUtf8(name), m_clock.now()); });
     if (!refused) {
-        m_banner->clear();
+        m_banner->end(m_message);
         return;
     }
     showMessage(*refused);
@@ -280,7 +280,7 @@ void Sidebar::move(const base::Uuid& id, const base::Uuid& target,
 }
 
 void Sidebar::showMessage(const QString& message) {
-    m_banner->showMessage(message);
+    m_message = m_banner->say({.text = message}, m_message);
 }
 
 void Sidebar::paintEvent(QPaintEvent*) {

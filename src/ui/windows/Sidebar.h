@@ -7,6 +7,7 @@
 #include "store/ModelContext.h"
 #include "ui/boards/BoardListView.h"
 #include "ui/boards/BoardListing.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/PageKind.h"
 
 #include <QWidget>
@@ -18,7 +19,6 @@ class QToolButton;
 
 namespace korvex::ui {
 
-class ErrorBanner;
 class SearchField;
 class SidebarRow;
 
@@ -36,6 +36,8 @@ public:
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
     void setUpcomingCount(int count);
+    /// Ends the typing of a board's name, which is taken as it is.
+    void leave() { m_list->endRenaming(); }
     /// Gives the keyboard to what is chosen.
     void takeKeyboard();
     /// How much of its height the search takes.
@@ -99,6 +101,7 @@ private:
     QToolButton* m_add;
     BoardListView* m_list;
     ErrorBanner* m_banner;
+    ErrorBanner::MessageId m_message = 0;
     SidebarRow* m_archived;
     Choice m_choice;
     std::optional<Creation> m_creation;

@@ -1,5 +1,6 @@
 #include "ui/windows/SidebarPlace.h"
 
+#include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/windows/Sidebar.h"
@@ -114,23 +115,35 @@ void SidebarPlace::fold() {
     if (m_splitter.isVisible()) { // else it has no sizes yet
         m_sizes = m_splitter.sizes();
     }
-    const bool hadKeyboard = m_sidebar.isAncestorOf(QApplication::focusWidget());
+    auto* const focused = QApplication::focusWidget();
+    const bool hadKeyboard = m_sidebar.isAncestorOf(focused);
+    const bool isTyping = hadKeyboard && focused == &m_sidebar.searchField();
     m_isNarrow = true;
     m_sidebar.setParent(&m_window);
     m_sidebar.hide();
-    if (hadKeyboard) {
+    if (isTyping) {
+        show();
+        focused->setFocus();
+    } else if (hadKeyboard) {
         Q_EMIT left();
     }
 }
 
 void SidebarPlace::unfold() {
-    leavePage();
+    auto* const focused = isOver() ? QApplication::focusWidget() : nullptr;
+    const bool hasKeyboard = m_sidebar.isAncestorOf(focused);
+    putAway();
     m_isNarrow = false;
     m_sidebar.clearMask();
     m_splitter.insertWidget(0, &m_sidebar);
+    // Who is at work in it goes on there.
+    m_isWanted = m_isWanted || hasKeyboard;
     m_sidebar.setVisible(m_isWanted);
     m_splitter.setSizes(m_sizes.isEmpty() ? QList<int>{kFirstWidth, m_window.width() - kFirstWidth}
                                           : m_sizes);
+    if (hasKeyboard) {
+        focused->setFocus();
+    }
 }
 
 void SidebarPlace::placeOver() {

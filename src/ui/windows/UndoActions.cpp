@@ -115,16 +115,16 @@ void UndoActions::show(const Subject& subject, const QString& done) {
         if (subject.entry) {
             m_navigation.page().showRecord(subject.entry->id());
         }
-        m_navigation.page().banner().tell(message);
+        m_navigation.page().tell(message);
     } else if (subject.entry) {
         // A page over all boards is not left for what it does not list.
-        page.banner().offer(message, tr("Show"), [this, id = subject.entry->id()] {
+        page.offer(message, tr("Show"), [this, id = subject.entry->id()] {
             if (auto* const entry = m_context.find<model::Entry>(id)) {
                 m_navigation.showEntry(*entry);
             }
         });
     } else {
-        page.banner().tell(message);
+        page.tell(message);
     }
 }
 

@@ -105,15 +105,9 @@ void WindowActions::openNumbered(int number) {
 
 void WindowActions::toggleSidebar() {
     // A panel belongs to a place that would move: it goes first, as for a press outside of it.
-    for (auto* const open : m_parts.window.findChildren<Popover*>()) {
-        if (open->isVisible()) {
-            open->dismiss();
-        }
-        if (open->isVisible()) {
-            return; // it has something to lose
-        }
+    if (Popover::dismissAll(m_parts.window)) {
+        m_parts.sidebarPlace.toggle();
     }
-    m_parts.sidebarPlace.toggle();
 }
 
 void WindowActions::openContextMenu() {

@@ -139,7 +139,15 @@ TEST_F(LinkPopoverTest, ALinkThatIsThereCanBeOpenedKeptAndTakenAway) {
     open(target);
     type("example.com");
     press(Qt::Key_Escape);
-    EXPECT_TRUE(chosen.isEmpty()) << "given up";
+    EXPECT_EQ(chosen, QStringList(QStringLiteral("https://example.com"))) << "kept, as typed words";
+    open(target);
+    type("javascript:alert(1)");
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(isOpen());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(chosen.size(), 1) << "what is refused is given up with a second one";
+    chosen.clear();
 
     open(target);
     button("Remove Link").click();

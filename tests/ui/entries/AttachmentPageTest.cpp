@@ -202,7 +202,9 @@ TEST_F(AttachmentPageTest, WhatCannotBeAttachedIsRefusedInWordsAndChangesNothing
         << "beside the entries";
     QMimeData link;
     link.setUrls({QUrl(QStringLiteral("https://korvex.dev/a.txt"))});
-    EXPECT_EQ(drag(link, middleOf(todo)), Qt::IgnoreAction) << "no file of this computer";
+    EXPECT_EQ(drag(link, middleOf(todo)), Qt::CopyAction);
+    EXPECT_THAT(namesOf(todo), ElementsAre("1", "2", "3")) << "no file of this computer";
+    EXPECT_THAT(storedTexts(*inbox), ::testing::Contains("https://korvex.dev/a.txt"));
 }
 
 TEST_F(AttachmentPageTest, FilesAndPicturesArePastedOnTheCurrentEntry) {
@@ -349,6 +351,30 @@ TEST_F(AttachmentPageTest, ChosenFilesAreAttached) {
     key(Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
     Q_EMIT dialog()->filesSelected({file("a.txt"), file("b.txt")});
     EXPECT_THAT(namesOf(todo), ElementsAre("a.txt", "b.txt"));
+}
+
+TEST_F(AttachmentPageTest, FilesChosenForADraftAreOneStepWithIt) {
+    page.startTodo();
+    const auto shortcut = [this] {
+        QTest::keyClick(page.focusWidget(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
+    };
+    shortcut();
+    EXPECT_FALSE(page.findChild<QFileDialog*>()) << "nothing to attach them to";
+    EXPECT_NE(tests::shownRefusal(page), QString());
+    QTest::keyClicks(page.focusWidget(), QStringLiteral("Renew passport"));
+    shortcut();
+    auto* const chooser = dialog();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(chooser));
+    EXPECT_THAT(storedTexts(*inbox), IsEmpty()) << "the user may choose none";
+    Q_EMIT chooser->filesSelected({file("a.txt")});
+    chooser->close();
+    ASSERT_THAT(storedTexts(*inbox), ElementsAre("Renew passport"));
+    EXPECT_THAT(namesOf(*services::activeEntries(*inbox).front()), ElementsAre("a.txt"));
+    EXPECT_GE(list().editedRow(), 0) << "one goes on writing";
+    own.undo.undo();
+    EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+    own.undo.redo();
+    EXPECT_THAT(namesOf(*services::activeEntries(*inbox).front()), ElementsAre("a.txt"));
 }
 
 TEST_F(AttachmentPageTest, ChipsMoveBetweenEntriesAndWithinOne) {

@@ -2,12 +2,15 @@
 #include "ui/TextDump.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPageFixture.h"
+#include "ui/entries/ShownRefusal.h"
 
 #include <QAbstractButton>
 #include <QScrollBar>
 #include <QTextEdit>
 
 #include <gmock/gmock.h>
+
+#include <functional>
 
 namespace korvex::ui {
 namespace {
@@ -22,6 +25,11 @@ constexpr double kLongest = TypingTimer::kLongest.count();
 
 class StoringWhileTypingTest : public tests::BoardPageFixture {
 protected:
+    StoringWhileTypingTest() {
+        QObject::connect(&page, &BoardPage::resumeRequested, &page,
+                         [this](const app::Draft& draft) { page.resume(draft, kWhy); });
+    }
+
     bool isEditing() { return qobject_cast<QTextEdit*>(page.focusWidget()) != nullptr; }
     QTextEdit& field() { return *qobject_cast<QTextEdit*>(page.focusWidget()); }
     QString shown() { return field().toPlainText(); }
@@ -66,6 +74,7 @@ protected:
             write(hidden);
         }
     }
+    const QString kWhy = QStringLiteral("This was typed before.");
     std::vector<app::Draft> drafts() { return workspace.drafts.find().drafts; }
 };
 
@@ -197,15 +206,32 @@ TEST_F(StoringWhileTypingTest, AnEmptiedTodoOfBeforeGetsBackWhatItSaid) {
 }
 
 TEST_F(StoringWhileTypingTest, WordsOutliveTheirEntry) {
+    using Work = std::function<void(tests::StoreClient&, model::Entry&)>;
+    auto& elsewhereBoard = own.boards.createBoard("Work", clock.now());
+    const Work remove = [](auto& client, auto& entry) { client.entries.deleteEntry(entry); };
+    const Work complete = [&](auto& client, auto& entry) {
+        client.entries.completeTodo(entry, clock.now());
+    };
+    const Work move = [&](auto& client, auto& entry) {
+        client.entries.moveEntry(entry, *client.boards.board(elsewhereBoard.id()), clock.now());
+    };
+    const Work makeText = [&](auto& client, auto& entry) {
+        client.entries.changeType(entry, model::EntryType::text, clock.now());
+    };
     struct Case {
         const char* what;
         bool isStored;
         Known known;
+        const Work& work;
+        const char* says;
     };
-    for (const auto& [what, isStored, known] :
-         {Case{"stored while it was typed", true, Known::yes},
-          Case{"not stored yet", false, Known::yes},
-          Case{"found out by our own store", false, Known::no}}) {
+    for (const auto& [what, isStored, known, work, says] :
+         {Case{"stored while it was typed", true, Known::yes, remove, "deleted this todo"},
+          Case{"not stored yet", false, Known::yes, remove, "deleted this todo"},
+          Case{"found out by our own store", false, Known::no, remove, "deleted this todo"},
+          Case{"completed", false, Known::yes, complete, "completed this todo"},
+          Case{"moved", false, Known::yes, move, "moved this todo to another board"},
+          Case{"made a text", false, Known::yes, makeText, "made a text of this todo"}}) {
         SCOPED_TRACE(what);
         auto& entry = *add({"above", "word"}).back();
         edit(entry);
@@ -213,22 +239,26 @@ TEST_F(StoringWhileTypingTest, WordsOutliveTheirEntry) {
         if (isStored) {
             runLoop.advance(kPause);
         }
-        const auto remove = [&](tests::StoreClient& client) {
-            client.entries.deleteEntry(theirs(client, entry));
+        const auto change = [&](tests::StoreClient& client) {
+            work(client, theirs(client, entry));
         };
         if (known == Known::yes) {
-            elsewhere(remove);
+            elsewhere(change);
         } else {
             tests::StoreClient hidden(folder / "Primary.store", log);
-            remove(hidden);
+            change(hidden);
             runLoop.advance(kPause);
         }
         ASSERT_TRUE(isEditing());
         EXPECT_EQ(shown(), QStringLiteral("words"));
         EXPECT_THAT(drafts(), SizeIs(1));
-        EXPECT_EQ(page.list().editedRow(), 1);
+        runLoop.advance(10 * kLongest);
+        EXPECT_THAT(drafts(), SizeIs(1)) << "it is told, not stored unasked";
+        const auto said = tests::shownRefusal(page).toStdString();
+        EXPECT_THAT(said, HasSubstr(says));
+        EXPECT_THAT(said, HasSubstr("becomes a new todo")) << "what happens, not what to try";
         EXPECT_TRUE(page.leave());
-        EXPECT_THAT(storedTexts(*inbox), ElementsAre("above", "words"));
+        EXPECT_THAT(storedTexts(*inbox), ::testing::Contains("words"));
         EXPECT_THAT(drafts(), IsEmpty());
         own.entries.deleteEntries(*inbox);
     }
@@ -247,9 +277,12 @@ TEST_F(StoringWhileTypingTest, WhatCannotBeStoredIsKeptUntilItIsStoredOrDiscarde
     ASSERT_THAT(drafts(), SizeIs(1));
     EXPECT_EQ(drafts().front().content, "words");
     EXPECT_EQ(drafts().front().board, board.id());
-    EXPECT_THAT(page.banner().message().toStdString(), HasSubstr("kept"));
+    EXPECT_THAT(tests::shownRefusal(page).toStdString(), HasSubstr("kept"));
+    EXPECT_EQ(page.banner().message(), QString()) << "one place says it";
     EXPECT_TRUE(isEditing());
     type(" more");
+    EXPECT_THAT(tests::shownRefusal(page).toStdString(), HasSubstr("kept"))
+        << "it stands as long as it is so";
     runLoop.advance(kLongest);
     ASSERT_THAT(drafts(), SizeIs(1));
     EXPECT_EQ(drafts().front().content, "words more");
@@ -330,8 +363,9 @@ TEST_F(StoringWhileTypingTest, ADraftIsGoneOnWithInItsPlace) {
         SCOPED_TRACE(each.what);
         const auto before = storedTexts(*inbox);
         ASSERT_FALSE(workspace.drafts.write(each.draft));
-        ASSERT_TRUE(page.resume(each.draft));
+        ASSERT_TRUE(page.resume(each.draft, kWhy));
         EXPECT_EQ(shown(), QStringLiteral("kept"));
+        EXPECT_EQ(tests::shownRefusal(page), kWhy);
         runLoop.advance(10 * kLongest);
         EXPECT_EQ(storedTexts(*inbox), before) << "it is offered, not stored unasked";
         EXPECT_THAT(drafts(), SizeIs(1));
@@ -360,7 +394,7 @@ TEST_F(StoringWhileTypingTest, AFormattedDraftKeepsItsFormats) {
                      .typedAt = clock.now(),
                      .content = "bold",
                      .richTextData = services::activeEntries(*inbox).front()->richTextData()};
-    ASSERT_TRUE(page.resume(draft));
+    ASSERT_TRUE(page.resume(draft, kWhy));
     EXPECT_EQ(tests::dump(page.findChild<TextEditor*>()->text()), "*bold*");
 }
 
@@ -398,7 +432,6 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
             for (const char* typed = each.typedAtEnd; *typed != 0; ++typed) {
                 *typed == '\n' ? key(Qt::Key_Return) : type(std::string(1, *typed).c_str());
             }
-            page.banner().clear();
             writeElsewhere(entry, each.theirs, known);
             EXPECT_TRUE(field()
                             .textCursor()
@@ -418,6 +451,12 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
             }
             key(Qt::Key_Escape);
             EXPECT_EQ(storedTexts(*inbox), each.result);
+            if (each.result.size() > 1) {
+                own.undo.undo();
+                EXPECT_THAT(storedTexts(*inbox), ElementsAre(each.theirs)) << "and not twice";
+                own.undo.redo();
+                EXPECT_EQ(storedTexts(*inbox), each.result);
+            }
             own.entries.deleteEntries(*inbox);
         }
     }
@@ -453,6 +492,15 @@ TEST_F(StoringWhileTypingTest, OneEditingIsOneStepOfUndo) {
     key(Qt::Key_Escape);
     own.undo.undo();
     EXPECT_EQ(entry.content(), "their abcd!") << "what another wrote in between is not taken back";
+
+    const auto latest = own.undo.nextUndo()->id;
+    edit(entry);
+    type("!");
+    runLoop.advance(kPause);
+    key(Qt::Key_Backspace);
+    runLoop.advance(kPause);
+    key(Qt::Key_Escape);
+    EXPECT_EQ(own.undo.nextUndo()->id, latest) << "nothing is left of it to take back";
 
     page.startTodo();
     type("ne");

@@ -292,7 +292,7 @@ TEST_F(UndoInWindowTest, GoesToTheBoardThatItIsAboutAndSaysSo) {
     redo();
     EXPECT_EQ(page.board(), inbox) << "also where nothing is left of it";
     EXPECT_EQ(page.banner().message(), QStringLiteral("“Delete Entry” was done again on Inbox."));
-    page.banner().clear();
+    page.endAnswer();
     undo();
     EXPECT_EQ(page.banner().message(), QString()) << "here it is seen";
 }

@@ -130,6 +130,18 @@ TEST_F(UpcomingPageTest, ATickTakenBackInTimeChangesNothing) {
     EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a", "[ ] c"));
 }
 
+TEST_F(UpcomingPageTest, SpaceBetweenWordsIsNoTick) {
+    auto& todo = addTodo("a", TodoSchedule::dueOn(20250310));
+    show();
+    list().setCurrentRow(1);
+    for (const int key : {Qt::Key_B, Qt::Key_Space}) {
+        QTest::keyClick(&list(), static_cast<Qt::Key>(key));
+    }
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
+    QApplication::sendEvent(&list(), &held);
+    EXPECT_FALSE(todo.isCompleted());
+}
+
 TEST_F(UpcomingPageTest, RowsHoldStillWhileThePointerTicksOneAfterAnother) {
     std::vector<model::Entry*> todos;
     for (const auto* text : {"a", "b", "c"}) {

@@ -83,10 +83,51 @@ TEST_F(SchedulePopoverTest, ReturnOnADaysButtonSchedulesForThatDay) {
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250311));
 }
 
-TEST_F(SchedulePopoverTest, EscapeChangesNothing) {
+TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {
+    for (const bool isByEscape : {true, false}) {
+        const auto leave = [&] {
+            isByEscape ? QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape)
+                       : QTest::mouseClick(&window, Qt::LeftButton, {}, QPoint(590, 490));
+        };
+        open();
+        leave();
+        EXPECT_FALSE(isOpen());
+        EXPECT_FALSE(own.undo.canUndo()) << "nothing was touched";
+        open();
+        button("Today").click();
+        leave();
+        EXPECT_FALSE(isOpen());
+        EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250310));
+        own.undo.undo();
+        EXPECT_TRUE(entry->schedule().isEmpty());
+    }
+}
+
+TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
+    const auto escape = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); };
     open();
     button("Today").click();
-    QTest::keyClick(popover.data(), Qt::Key_Escape);
+    box("Time").click();
+    box("Start").click();
+    auto& due = field<QDateTimeEdit>("Due time");
+    field<QDateTimeEdit>("Start time").setTime(due.time());
+    escape();
+    ASSERT_TRUE(isOpen());
+    due.setFocus();
+    QTest::keyClick(&due, Qt::Key_Up);
+    escape();
+    EXPECT_FALSE(isOpen()) << "what was mended in between is kept";
+    EXPECT_FALSE(entry->schedule().isEmpty());
+    own.undo.undo();
+
+    open();
+    button("Today").click();
+    box("Time").click();
+    box("Start").click();
+    field<QDateTimeEdit>("Start time").setTime(field<QDateTimeEdit>("Due time").time());
+    escape();
+    ASSERT_TRUE(isOpen());
+    escape();
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(entry->schedule().isEmpty());
 }

@@ -193,7 +193,7 @@ TEST_F(AccessibilityTest, WhateverIsInSightCanBeFoundAndNamedAndReached) {
                 Q_EMIT refusal->discarded();
             }
         }
-        page().banner().clear();
+        page().endAnswer();
     }
 }
 

@@ -2,11 +2,14 @@
 
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/overlays/ErrorBanner.h"
+#include "ui/todos/SchedulePopover.h"
 #include "ui/windows/MainWindow.h"
+#include "ui/windows/Sidebar.h"
 
+#include <QLineEdit>
 #include <QPushButton>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -39,10 +42,21 @@ protected:
         window->offerDrafts();
     }
     BoardPage& page() { return *window->findChild<BoardPage*>(); }
+    std::string underTheText() { return tests::shownRefusal(page()).toStdString(); }
     std::string banner() { return page().banner().message().toStdString(); }
     std::string edited() {
         return page().list().editedRow() < 0 ? std::string("nothing")
                                              : toUtf8(page().findChild<TodoEditor*>()->typed());
+    }
+    void press(const char* name) {
+        for (auto* const button : page().findChildren<QAbstractButton*>()) {
+            const auto says = button->text().isEmpty() ? button->accessibleName() : button->text();
+            if (button->isVisible() && says == QString::fromUtf8(name)) {
+                button->click();
+                return;
+            }
+        }
+        ADD_FAILURE() << "no button says: " << name;
     }
     std::vector<app::Draft> drafts() { return workspace.drafts.find().drafts; }
 
@@ -56,27 +70,43 @@ TEST_F(DraftOffersTest, EachIsOfferedOnItsBoardUntilItIsStoredOrDiscarded) {
     open();
     EXPECT_EQ(page().board(), work);
     EXPECT_EQ(edited(), "first");
-    EXPECT_THAT(banner(), HasSubstr("could not be stored"));
+    EXPECT_THAT(underTheText(), HasSubstr("could not be stored"));
     QTest::keyClick(page().focusWidget(), Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*work), ElementsAre("first"));
     EXPECT_THAT(drafts(), SizeIs(1));
     ASSERT_THAT(banner(), HasSubstr("More was typed"));
-    for (auto* const button : page().banner().findChildren<QToolButton*>()) {
-        if (button->text() == QStringLiteral("Show")) {
-            button->click();
-        }
-    }
+    press("Show");
     EXPECT_EQ(page().board(), inbox);
     EXPECT_EQ(edited(), "second");
-    for (auto* const button : page().findChildren<QPushButton*>()) {
-        if (button->isVisible() && button->text() == QStringLiteral("Discard")) {
-            button->click();
-        }
-    }
+    press("Discard");
     EXPECT_EQ(edited(), "nothing");
     EXPECT_EQ(banner(), "What was typed was discarded.");
     EXPECT_THAT(drafts(), IsEmpty());
     EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+    window->findChild<Navigation*>()->openBoard(*work);
+    press("Undo");
+    EXPECT_EQ(page().board(), inbox) << "it goes back to where it was typed";
+    EXPECT_EQ(edited(), "second");
+}
+
+TEST_F(DraftOffersTest, OneMessageWaitsForAnother) {
+    keep("first", inbox->id());
+    keep("second", inbox->id(), 1);
+    open();
+    window->showNotices({"A save is missing."});
+    QTest::keyClick(page().focusWidget(), Qt::Key_Return);
+    EXPECT_THAT(banner(), HasSubstr("More was typed")) << "Return stores one and begins the next";
+    EXPECT_EQ(edited(), "");
+    press("Close this message");
+    EXPECT_EQ(banner(), "A save is missing.");
+    QTest::keyClicks(page().focusWidget(), QStringLiteral("third"));
+    QTest::keyClick(page().focusWidget(), Qt::Key_Escape);
+    EXPECT_EQ(banner(), "A save is missing.") << "what the user closed does not come again";
+    QTest::keyClick(&page().list(), Qt::Key_Delete);
+    EXPECT_EQ(banner(), "“third” was deleted.");
+    press("Undo");
+    EXPECT_EQ(banner(), "A save is missing.");
+    EXPECT_THAT(drafts(), SizeIs(1)) << "and is offered at the next start";
 }
 
 TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
@@ -87,7 +117,7 @@ TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
         open();
         EXPECT_EQ(page().board(), inbox);
         EXPECT_EQ(edited(), text);
-        EXPECT_THAT(banner(), HasSubstr("no longer there"));
+        EXPECT_THAT(underTheText(), HasSubstr("no longer there"));
         EXPECT_TRUE(window->close());
     }
     EXPECT_THAT(drafts(), IsEmpty());
@@ -107,6 +137,25 @@ TEST_F(DraftOffersTest, WhatIsStillBeingEditedAtTheEndIsStoredOrKept) {
     hidden.boards.deleteBoard(*hidden.boards.board(work->id()));
     window->storeAll();
     EXPECT_THAT(drafts(), SizeIs(1));
+}
+
+TEST_F(DraftOffersTest, WhatAPressOutsideWouldStoreIsStoredAtTheEnd) {
+    auto& todo = *add({"a"}).front();
+    open();
+    window->findChild<Navigation*>()->showEntry(todo);
+    QTest::keyClick(&page().list(), Qt::Key_D, Qt::ControlModifier);
+    for (auto* const button : window->findChild<SchedulePopover*>()->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("Today")) {
+            button->click();
+        }
+    }
+    window->storeAll();
+    EXPECT_EQ(todo.schedule(), model::TodoSchedule::dueOn(20250310));
+    auto& sidebar = *window->findChild<Sidebar*>();
+    sidebar.rename(*work);
+    sidebar.findChild<BoardListView*>()->findChild<QLineEdit*>()->setText(QStringLiteral("Office"));
+    window->storeAll();
+    EXPECT_EQ(work->name(), "Office");
 }
 
 TEST_F(DraftOffersTest, WhatCannotBeReadIsToldAndStays) {

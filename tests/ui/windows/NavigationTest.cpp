@@ -1,10 +1,12 @@
 #include "ui/windows/Navigation.h"
 
+#include "support/RestoredStore.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/boards/RowDragTypes.h"
 #include "ui/boards/SidebarRow.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/entries/ShownRefusal.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/kit/pages/NoticeLine.h"
@@ -170,9 +172,9 @@ TEST_F(NavigationTest, AnEditorThatCannotBeLeftKeepsItsPage) {
     navigation().showBoard(*work);
     page().startTodo();
     type("kept");
-    // Deleted by a program of whose change nothing is known here yet.
-    tests::StoreClient hidden(folder / "Primary.store", log);
-    hidden.boards.deleteBoard(*hidden.boards.board(work->id()));
+    const auto file = folder / "Primary.store";
+    log.expectError("Entry persistence failed");
+    std::filesystem::rename(file, folder / "away");
     search("x");
     EXPECT_EQ(navigation().currentPage(), PageKind::board);
     QApplication::processEvents();
@@ -181,6 +183,10 @@ TEST_F(NavigationTest, AnEditorThatCannotBeLeftKeepsItsPage) {
     EXPECT_EQ(page().findChild<TodoEditor*>()->typed(), QStringLiteral("kept"));
     EXPECT_FALSE(page().findChild<TodoEditor*>()->isHidden());
     EXPECT_EQ(page().board(), work);
+    std::filesystem::rename(folder / "away", file);
+    row("Upcoming").click();
+    EXPECT_EQ(navigation().currentPage(), PageKind::upcoming);
+    EXPECT_THAT(storedTexts(*work), ElementsAre("kept"));
 }
 
 TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
@@ -230,6 +236,17 @@ TEST_F(NavigationTest, ABoardThatIsDeletedElsewhereGivesWayToTheInbox) {
     });
     EXPECT_TRUE(QTest::qWaitFor([this] { return page().board() == inbox; }));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
+}
+
+TEST_F(NavigationTest, ABoardThatIsRestoredElsewhereStaysInSight) {
+    own.entries.createTodos({.contents = {"kept"}, .board = *work, .now = kNow});
+    open();
+    navigation().showBoard(*work);
+    elsewhere([](tests::StoreClient& client) { tests::restoreEverything(client.context); });
+    EXPECT_TRUE(QTest::qWaitFor([this] { return page().board()->isLive(); }));
+    EXPECT_EQ(page().board()->id(), work->id());
+    ASSERT_TRUE(page().entries().entry(0));
+    EXPECT_EQ(page().entries().entry(0)->content(), "kept");
 }
 
 TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
@@ -392,6 +409,63 @@ TEST_F(NavigationTest, TheCountOfUpcomingTodosFollowsTheStore) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return row("Upcoming").note() == QStringLiteral("1"); }));
     own.entries.completeTodo(*todos[0], kNow);
     EXPECT_EQ(row("Upcoming").note(), QString());
+}
+
+TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
+    struct Case {
+        const char* what;
+        bool isStored;
+    };
+    for (const auto& [what, isStored] : {Case{"a new todo", false}, Case{"a stored one", true}}) {
+        SCOPED_TRACE(what);
+        auto& board = own.boards.createBoard("Garden", kNow);
+        own.entries.createTodos({.contents = {"sow"}, .board = board, .now = kNow});
+        open();
+        navigation().openBoard(board);
+        if (isStored) {
+            key(Qt::Key_Return);
+        } else {
+            page().startTodo();
+        }
+        type(" peas");
+        elsewhere([&](tests::StoreClient& client) {
+            client.boards.deleteBoard(*client.boards.board(board.id()));
+        });
+        QApplication::processEvents();
+        EXPECT_EQ(page().board(), inbox);
+        EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
+        EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Inbox"));
+        ASSERT_GE(list().editedRow(), 0);
+        EXPECT_EQ(page().findChild<TodoEditor*>()->typed(),
+                  isStored ? QStringLiteral("sow peas") : QStringLiteral(" peas"));
+        EXPECT_TRUE(tests::shownRefusal(page()).contains(QStringLiteral("“Garden”")));
+        EXPECT_EQ(workspace.drafts.find().drafts.size(), 1U);
+        key(Qt::Key_Escape);
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peas" : "peas"));
+        EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
+        own.entries.deleteEntries(*inbox);
+        window.reset();
+    }
+}
+
+TEST_F(NavigationTest, ABoardThatAnotherTakesAwayIsTold) {
+    open();
+    for (const bool isDeleted : {false, true}) {
+        navigation().openBoard(*work);
+        elsewhere([&](tests::StoreClient& client) {
+            auto& theirs = *client.boards.board(work->id());
+            isDeleted ? client.boards.deleteBoard(theirs)
+                      : client.boards.setArchived(true, theirs, kNow);
+        });
+        QApplication::processEvents();
+        EXPECT_EQ(page().board(), inbox);
+        EXPECT_EQ(page().banner().message(),
+                  isDeleted ? QStringLiteral("Another program deleted “Work”.")
+                            : QStringLiteral("Another program archived “Work”."));
+        if (!isDeleted) {
+            own.boards.setArchived(false, *work, kNow);
+        }
+    }
 }
 
 } // namespace

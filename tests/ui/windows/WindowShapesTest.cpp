@@ -1,7 +1,9 @@
 #include "ui/windows/SidebarPlace.h"
 
+#include "model/ServiceErrors.h"
 #include "ui/WindowFixture.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/entries/RowRefusal.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/overview/TodoListView.h"
@@ -9,7 +11,9 @@
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
 
+#include <QLabel>
 #include <QMenu>
+#include <QTextEdit>
 #include <QToolButton>
 
 #include <gmock/gmock.h>
@@ -101,7 +105,7 @@ TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
     EXPECT_TRUE(page().banner().isVisible());
     EXPECT_EQ(placeOf(1), before);
     EXPECT_FALSE(page().banner().geometry().isEmpty());
-    page().banner().clear();
+    page().endAnswer();
     QApplication::processEvents();
     EXPECT_EQ(placeOf(1), before);
 
@@ -110,7 +114,7 @@ TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
     const auto edited = placeOf(list().editedRow());
     page().findChild<TodoEditor*>()->showError(QStringLiteral("It is broken."));
     QApplication::processEvents();
-    EXPECT_EQ(placeOf(list().editedRow()), edited);
+    EXPECT_EQ(placeOf(list().editedRow()).top(), edited.top());
     key(Qt::Key_Escape);
 
     own.entries.deleteEntry(*services::activeEntries(*inbox).back());
@@ -119,6 +123,81 @@ TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
     page().startTodo();
     QApplication::processEvents();
     EXPECT_EQ(placeOf(0).top(), newTodo.top()) << "where the hint was";
+}
+
+/// Whatever is said under the text that is edited, it hides nothing, and what is above stays.
+TEST_F(WindowShapesTest, AMessageUnderTheTextHasRoomOfItsOwn) {
+    const auto message =
+        toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable));
+    add({"above", "edited", "below"});
+    for (const auto size : {preferences.fontSize(), app::AppPreferences::kFontSizes.back()}) {
+        preferences.setFontSize(size);
+        for (const int width : {700, 360}) {
+            SCOPED_TRACE(std::to_string(size) + " at " + std::to_string(width));
+            open(width);
+            list().setCurrentRow(1);
+            list().setFocus();
+            key(Qt::Key_Return);
+            QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("!"));
+            const auto above = placeOf(0);
+            const auto edited = placeOf(1);
+            auto& editor = *page().findChild<TodoEditor*>();
+            editor.showError(message);
+            QApplication::processEvents();
+            EXPECT_EQ(placeOf(0), above);
+            EXPECT_EQ(placeOf(1).top(), edited.top());
+            EXPECT_GE(placeOf(2).top(), placeOf(1).bottom());
+            auto& shown = *editor.findChild<RowRefusal*>();
+            const QRect place(shown.mapToGlobal(QPoint()), shown.size());
+            EXPECT_TRUE(placeOf(1).contains(place));
+            EXPECT_GE(place.top(), edited.bottom() - 2 * theme.rowDistance());
+            for (auto* const part : shown.findChildren<QWidget*>()) {
+                EXPECT_TRUE(shown.rect().contains(part->geometry()));
+            }
+            const auto& words = *shown.findChild<QLabel*>();
+            EXPECT_GE(words.height(), words.heightForWidth(words.width()));
+            key(Qt::Key_Escape);
+            EXPECT_EQ(placeOf(0), above);
+            EXPECT_EQ(placeOf(1).height(), edited.height());
+        }
+    }
+}
+
+TEST_F(WindowShapesTest, AMessageUnderALongTextIsInSightAndNotOverTheCaret) {
+    open(700);
+    page().startText();
+    auto& field = *qobject_cast<QTextEdit*>(QApplication::focusWidget());
+    field.setPlainText(QStringLiteral("line\n").repeated(80));
+    for (const auto where : {QTextCursor::Start, QTextCursor::End}) {
+        field.moveCursor(where);
+        auto& editor = *page().findChild<TextEditor*>();
+        editor.showError(QStringLiteral("The disk is full."));
+        QApplication::processEvents();
+        const auto& shown = *editor.findChild<RowRefusal*>();
+        const QRect place(shown.mapToGlobal(QPoint()), shown.size());
+        const QRect seen(list().viewport()->mapToGlobal(QPoint()), list().viewport()->size());
+        EXPECT_TRUE(seen.contains(place));
+        const QRect caret(field.viewport()->mapToGlobal(field.cursorRect().topLeft()),
+                          field.cursorRect().size());
+        EXPECT_TRUE(seen.contains(caret));
+        EXPECT_FALSE(place.intersects(caret));
+    }
+}
+
+TEST_F(WindowShapesTest, WhoeverSearchesGoesOnWhenTheWindowGetsAnotherWidth) {
+    add({"a"});
+    open(360);
+    key(Qt::Key_F, Qt::ControlModifier);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("a"));
+    for (const int width : {800, 360, 800}) {
+        window->resize(width, 500);
+        QApplication::processEvents();
+        EXPECT_TRUE(sidebar().searchField().hasFocus()) << width;
+        EXPECT_TRUE(sidebar().searchField().isVisible()) << width;
+        QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("b"));
+    }
+    EXPECT_EQ(sidebar().searchField().text(), QStringLiteral("abbb"));
+    EXPECT_EQ(navigation().currentPage(), PageKind::search);
 }
 
 TEST_F(WindowShapesTest, ExpandedCompletedTodosComeIntoSight) {

@@ -1,6 +1,7 @@
 #include "ui/kit/lists/RowDrag.h"
 
 #include <QColor>
+#include <QDropEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -19,6 +20,18 @@ bool isRowDrag(const QMimeData& data, const char* type) {
 
 std::optional<base::Uuid> draggedRow(const QMimeData& data, const char* type) {
     return base::Uuid::parse(data.data(QString::fromLatin1(type)).toStdString());
+}
+
+bool acceptAsCopy(QDropEvent& event) {
+    for (const auto action : {Qt::CopyAction, Qt::LinkAction}) {
+        if (event.possibleActions().testFlag(action)) {
+            event.setDropAction(action);
+            event.accept();
+            return true;
+        }
+    }
+    event.ignore();
+    return false;
 }
 
 void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,

@@ -8,6 +8,7 @@
 #include <optional>
 
 class QColor;
+class QDropEvent;
 class QPainter;
 
 namespace korvex::ui {
@@ -18,6 +19,10 @@ QMimeData* rowDrag(const char* type, const base::Uuid& id);
 bool isRowDrag(const QMimeData& data, const char* type);
 /// The identifier of the dragged row; absent when something else is dragged.
 std::optional<base::Uuid> draggedRow(const QMimeData& data, const char* type);
+
+/// Takes what is dragged without taking it away from where it comes from, whatever that proposes.
+/// False where it can only be moved; then it is not taken.
+bool acceptAsCopy(QDropEvent& event);
 
 /// Draws the line where a dragged row would go: along the top or the bottom edge of another row,
 /// shorter than that by `margin` pixels at each end.

@@ -1,9 +1,19 @@
 #include "ui/kit/lists/RowListView.h"
 
 #include <QContextMenuEvent>
+#include <QKeyEvent>
 #include <QMouseEvent>
 
+#include <chrono>
+
 namespace korvex::ui {
+
+namespace {
+
+/// Who types words strikes Space sooner than this after a letter.
+constexpr std::chrono::milliseconds kBetweenWords{1000};
+
+} // namespace
 
 RowListView::RowListView(const Theme& theme, QWidget* parent)
     : LazyListView(parent), m_theme(theme) {
@@ -165,8 +175,18 @@ void RowListView::leaveEvent(QEvent* event) {
 bool RowListView::event(QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         m_pointer.reset();
+        const auto typed = static_cast<QKeyEvent*>(event)->text();
+        if (!typed.isEmpty() && typed.front().isPrint() && !typed.front().isSpace()) {
+            m_sinceLetter.start();
+        }
     }
     return LazyListView::event(event);
+}
+
+bool RowListView::isTick(const QKeyEvent& event) const {
+    return event.key() == Qt::Key_Space && !event.isAutoRepeat() &&
+           (event.modifiers() & ~Qt::KeypadModifier) == 0 &&
+           (!m_sinceLetter.isValid() || m_sinceLetter.hasExpired(kBetweenWords.count()));
 }
 
 } // namespace korvex::ui

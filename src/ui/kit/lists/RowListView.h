@@ -3,6 +3,8 @@
 #include "ui/kit/lists/LazyListView.h"
 #include "ui/kit/theme/Theme.h"
 
+#include <QElapsedTimer>
+
 #include <optional>
 
 namespace korvex::ui {
@@ -76,6 +78,9 @@ protected:
     void follow(const QMouseEvent& event);
     void updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers);
     static bool isByTab(const QFocusEvent& event);
+    /// Whether the key is meant to tick what is chosen: Space alone, not held down, and not the
+    /// one between two words that somebody types.
+    bool isTick(const QKeyEvent& event) const;
 
     QStyle::State stateOf(const QModelIndex& index) const override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
@@ -100,6 +105,8 @@ private:
     std::optional<QPoint> m_pointer;
     QPersistentModelIndex m_pressed;
     RowPart m_pressedPart = RowPart::none;
+    /// Since a letter was typed.
+    QElapsedTimer m_sinceLetter;
 };
 
 } // namespace korvex::ui

@@ -4,7 +4,9 @@
 
 #include <QFrame>
 
+#include <cstdint>
 #include <functional>
+#include <vector>
 
 class QLabel;
 class QTimer;
@@ -12,8 +14,12 @@ class QToolButton;
 
 namespace korvex::ui {
 
+class WordsAndButton;
+
 /// A few words over what they concern, with a button that takes them away: what was refused, or
-/// what the user should know. Hidden while there is nothing to say.
+/// what the user should know. Of several messages the last one is seen, and when it ends, the one
+/// before it again. Only who has said something ends it, or the user, or its time. Hidden while
+/// there is nothing to say. Main thread.
 class ErrorBanner final : public QFrame {
     Q_OBJECT
 
@@ -21,30 +27,53 @@ public:
     explicit ErrorBanner(const Theme& theme, QWidget* parent = nullptr);
 
     enum class Tone { error, notice };
-    void showMessage(const QString& message, Tone tone = Tone::error);
-    /// A notice that goes away by itself.
-    void tell(const QString& message);
-    /// The same with a button that does something about it.
-    void offer(const QString& message, const QString& action, std::function<void()> perform);
-    /// What was offered does not apply any more; anything else that is said stays.
-    void endOffer();
-    void clear();
+    enum class Lasts {
+        untilEnded,
+        /// It goes by itself, some seconds after nothing has been said over it.
+        shortly,
+    };
+    struct Message {
+        QString text;
+        Tone tone = Tone::error;
+        Lasts lasts = Lasts::untilEnded;
+        /// Of a button that does something about it, and ends it; empty for none.
+        QString action = {};
+        std::function<void()> perform = {};
+    };
+    /// Knows a message again; none has 0.
+    using MessageId = std::uint64_t;
+
+    /// Says it over all that is said already. `instead` ends.
+    MessageId say(Message message, MessageId instead = 0);
+    /// It is not so any more. Does nothing for what has ended.
+    void end(MessageId id);
+    /// What is seen; empty for nothing.
     QString message() const;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    struct Said {
+        MessageId id;
+        Message message;
+    };
+
+    /// Shows the last message, if that is not in sight already.
+    void showLast();
+    void endShown();
     void applyTheme();
 
     const Theme& m_theme;
-    Tone m_tone = Tone::error;
     QLabel* m_sign;
     QLabel* m_text;
     QToolButton* m_action;
     QToolButton* m_close;
-    std::function<void()> m_perform;
+    WordsAndButton* m_words;
     QTimer* m_end;
+    std::vector<Said> m_said;
+    MessageId m_shown = 0;
+    MessageId m_lastId = 0;
 };
 
 } // namespace korvex::ui

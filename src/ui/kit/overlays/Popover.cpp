@@ -46,6 +46,16 @@ void Popover::closeNow() {
     }
 }
 
+bool Popover::dismissAll(const QWidget& window) {
+    const auto popovers = window.findChildren<Popover*>();
+    return std::all_of(popovers.begin(), popovers.end(), [](Popover* open) {
+        if (open->isVisible()) {
+            open->dismiss();
+        }
+        return !open->isVisible();
+    });
+}
+
 bool Popover::holds(const QWidget* widget) {
     while (widget && !qobject_cast<const Popover*>(widget)) {
         widget = widget->parentWidget();
@@ -74,14 +84,22 @@ void Popover::placeAgain() {
 }
 
 void Popover::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape) {
+    if (event->key() == Qt::Key_Escape && m_isRefused) {
         closeNow();
+    } else if (event->key() == Qt::Key_Escape) {
+        dismiss();
+        m_isRefused = isVisible();
     } else {
         QFrame::keyPressEvent(event);
     }
 }
 
 bool Popover::eventFilter(QObject* watched, QEvent* event) {
+    const auto isKey = event->type() == QEvent::KeyPress;
+    if (isKey ? static_cast<QKeyEvent*>(event)->key() != Qt::Key_Escape
+              : event->type() == QEvent::MouseButtonPress) {
+        m_isRefused = false;
+    }
     if (event->type() == QEvent::MouseButtonPress && watched->isWidgetType()) {
         auto* const pressed = static_cast<QWidget*>(watched);
         // Menus and the lists of combo boxes are windows of their own.

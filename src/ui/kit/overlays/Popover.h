@@ -7,8 +7,9 @@
 
 namespace korvex::ui {
 
-/// A small panel over the window that belongs to a place in it. Escape closes it, as does a press
-/// outside; then the keyboard goes back to where it was. Deletes itself once closed.
+/// A small panel over the window that belongs to a place in it. Escape does as a press outside: it
+/// keeps what was changed and closes; where that is refused, a second Escape gives the change up.
+/// Then the keyboard goes back to where it was. Deletes itself once closed.
 class Popover : public QFrame {
     Q_OBJECT
 
@@ -20,6 +21,8 @@ public:
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
     void closeNow();
+    /// Dismisses all that are open over this window. False when one has something to lose.
+    static bool dismissAll(const QWidget& window);
     /// Whether the widget is a popover or a part of one.
     static bool holds(const QWidget* widget);
 
@@ -38,6 +41,8 @@ private:
     const Theme& m_theme;
     QPointer<QWidget> m_focusBefore;
     QRect m_anchor;
+    /// Escape has just been pressed in vain.
+    bool m_isRefused = false;
 };
 
 } // namespace korvex::ui

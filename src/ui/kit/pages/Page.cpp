@@ -30,6 +30,27 @@ Page::Page(const Theme& theme, QWidget* parent)
     m_hint->hide();
 }
 
+void Page::refuse(const QString& reason) {
+    m_answer = m_banner->say({.text = reason}, m_answer);
+}
+
+void Page::tell(const QString& message) {
+    m_answer = m_banner->say(
+        {.text = message, .tone = ErrorBanner::Tone::notice, .lasts = ErrorBanner::Lasts::shortly},
+        m_answer);
+}
+
+ErrorBanner::MessageId Page::offer(const QString& message, const QString& action,
+                                   std::function<void()> perform) {
+    m_answer = m_banner->say({.text = message,
+                              .tone = ErrorBanner::Tone::notice,
+                              .lasts = ErrorBanner::Lasts::shortly,
+                              .action = action,
+                              .perform = std::move(perform)},
+                             m_answer);
+    return m_answer;
+}
+
 void Page::layOut(std::initializer_list<QWidget*> top, QWidget& content) {
     m_content = &content;
     for (auto* const each : top) {

@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 
 class QLabel;
@@ -37,13 +38,26 @@ public:
     /// row.
     virtual bool showRecord(const base::Uuid&) { return false; }
 
+    /// For what lasts, and whose end its owner knows.
     ErrorBanner& banner() { return *m_banner; }
-    /// Carries out what the user asked for. The banner is cleared first, so that it says why this
-    /// was refused, or what went wrong while the page took the change in. True when it was done.
+    /// What came of what the user did last, for as long as that is news: the next answer ends it,
+    /// as does the next operation.
+    void refuse(const QString& reason);
+    void tell(const QString& message);
+    /// The same with a button that does something about it.
+    ErrorBanner::MessageId offer(const QString& message, const QString& action,
+                                 std::function<void()> perform);
+    void endAnswer() { m_banner->end(m_answer); }
+    /// Carries out what the user asked for. The answer says why it was refused, or what came of it.
+    /// True when it was done.
     template <typename Operation>
     bool perform(Operation&& operation) {
-        m_banner->clear();
-        return follow(operation);
+        endAnswer();
+        const auto refused = refusal(operation);
+        if (refused) {
+            refuse(*refused);
+        }
+        return !refused;
     }
 
 Q_SIGNALS:
@@ -60,13 +74,15 @@ protected:
     void insertBar(QWidget& bar);
     /// Says over the content why there is nothing in it; an empty text says nothing.
     void setHint(const QString& text);
-    /// Takes in what the store says, which nobody asked for: what the banner tells stays, unless
-    /// there is a refusal to tell. True when it was done.
+    /// Takes in what the store says, which nobody asked for. What is refused is told until it is
+    /// done. True when it was done.
     template <typename Operation>
     bool follow(Operation&& operation) {
         const auto refused = refusal(operation);
         if (refused) {
-            m_banner->showMessage(*refused);
+            m_trouble = m_banner->say({.text = *refused}, m_trouble);
+        } else {
+            m_banner->end(m_trouble);
         }
         return !refused;
     }
@@ -76,6 +92,8 @@ private:
     ErrorBanner* m_banner;
     QLabel* m_hint;
     QWidget* m_content = nullptr;
+    ErrorBanner::MessageId m_answer = 0;
+    ErrorBanner::MessageId m_trouble = 0;
 };
 
 } // namespace korvex::ui

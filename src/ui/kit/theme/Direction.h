@@ -66,4 +66,13 @@ inline Qt::LayoutDirection directionOf(const QString& text) {
     return QGuiApplication::layoutDirection();
 }
 
+/// Words of the user's for within a sentence, which keep their own direction there.
+inline QString isolated(const QString& words) {
+    constexpr QChar kFirstStrongIsolate(0x2068);
+    constexpr QChar kPopDirectionalIsolate(0x2069);
+    return directionOf(words) == QGuiApplication::layoutDirection()
+               ? words
+               : kFirstStrongIsolate + words + kPopDirectionalIsolate;
+}
+
 } // namespace korvex::ui

@@ -1,0 +1,44 @@
+#include "ui/kit/controls/WordsAndButton.h"
+
+#include <QWidget>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+WordsAndButton::WordsAndButton(QWidget& words, QWidget& button) : QBoxLayout(LeftToRight) {
+    addWidget(&words, 1);
+    addWidget(&button, 0, Qt::AlignTop | Qt::AlignRight);
+}
+
+int WordsAndButton::roomBeside(int width) const {
+    return itemAt(1)->isEmpty() ? width : width - spacing() - itemAt(1)->sizeHint().width();
+}
+
+int WordsAndButton::heightForWidth(int width) const {
+    const auto margins = contentsMargins();
+    const int room = width - margins.left() - margins.right();
+    const int button = itemAt(1)->isEmpty() ? 0 : itemAt(1)->sizeHint().height();
+    const auto words = [this](int column) {
+        return std::max(itemAt(0)->heightForWidth(column), itemAt(0)->minimumSize().height());
+    };
+    const int height = button == 0      ? words(room)
+                       : isBeside(room) ? std::max(words(roomBeside(room)), button)
+                                        : words(room) + spacing() + button;
+    return height + margins.top() + margins.bottom();
+}
+
+QSize WordsAndButton::minimumSize() const {
+    const auto margins = contentsMargins();
+    return itemAt(0)->minimumSize().expandedTo(itemAt(1)->minimumSize()) +
+           QSize(margins.left() + margins.right(), margins.top() + margins.bottom());
+}
+
+void WordsAndButton::setGeometry(const QRect& rect) {
+    const auto margins = contentsMargins();
+    setDirection(isBeside(rect.width() - margins.left() - margins.right()) ? LeftToRight
+                                                                           : TopToBottom);
+    QBoxLayout::setGeometry(rect);
+}
+
+} // namespace korvex::ui

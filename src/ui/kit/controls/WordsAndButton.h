@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QBoxLayout>
+
+namespace korvex::ui {
+
+/// Words that wrap, and a button beside them; where that would leave the words too narrow a column,
+/// the button stands below, at the end of the line. A button that is hidden takes no room.
+class WordsAndButton final : public QBoxLayout {
+public:
+    WordsAndButton(QWidget& words, QWidget& button);
+
+    /// In pixels: beside a button the words are not to have less.
+    void setNarrowest(int width) { m_narrowest = width; }
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+    int minimumHeightForWidth(int width) const override { return heightForWidth(width); }
+    QSize minimumSize() const override;
+    void setGeometry(const QRect& rect) override;
+
+private:
+    /// What is left for the words where the button stands beside them.
+    int roomBeside(int width) const;
+    bool isBeside(int width) const { return roomBeside(width) >= m_narrowest; }
+
+    int m_narrowest = 0;
+};
+
+} // namespace korvex::ui
