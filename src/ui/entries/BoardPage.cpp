@@ -198,7 +198,7 @@ bool BoardPage::canAdd() {
     if (isReadOnly()) {
         refuse(showsArchivedBoard()
                    ? tr("This board is archived.")
-                   : toQString(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+                   : translated(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
     }
     return !isReadOnly();
 }

@@ -172,7 +172,7 @@ void EntryActions::attachToEdited(Attach&& attach) {
         attach(*entry);
     } else if (!m_parts.editing.isOpen()) {
         m_parts.page.refuse(
-            toQString(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+            translated(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
     }
 }
 

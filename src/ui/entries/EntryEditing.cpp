@@ -156,7 +156,7 @@ bool EntryEditing::hasWords() {
     const auto isEmpty = m_edited.isDraft() && m_editors.current().isBlank();
     if (isEmpty) {
         m_editors.current().showError(
-            toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
+            translated(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
     }
     return !isEmpty;
 }

@@ -71,7 +71,7 @@ void EntryEditors::showDue(const model::Entry* entry) {
 
 void EntryEditors::showLimit() {
     m_current->showError(
-        toQString(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
+        translated(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
 }
 
 bool EntryEditors::eventFilter(QObject* watched, QEvent* event) {
