@@ -19,7 +19,8 @@ void korvexStore(benchmark::State& state, Measured measured) {
     const auto file = scratch / "Primary.store";
     bench::makeStore(file, bench::bodies(kEntries));
     bench::OpenStore store(file);
-    services::UndoManager undo;
+    const base::SystemClock clock{};
+    services::UndoManager undo(clock);
     auto service = store.entries(&undo);
     auto& todo = *services::activeEntries(store.inbox()).front();
     const auto step = [&](Measured which, auto&& work) {

@@ -71,7 +71,7 @@ public:
 
     /// Absent outside the distant past … distant future.
     std::optional<DayNumber> day(Instant instant) const;
-    /// Noon of the day; absent for a number that is no day of 0001-01-01 … 9999-12-31.
+    /// Noon of the day; absent for what is no day, and where noon is outside the valid range.
     std::optional<Instant> noon(DayNumber day) const;
     /// The first moment of the day that `instant` lies in; absent outside the valid range.
     std::optional<Instant> startOfDay(Instant instant) const;

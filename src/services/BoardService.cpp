@@ -15,8 +15,6 @@ namespace korvex::services {
 using model::Board;
 using model::BoardServiceError;
 using model::BoardServiceErrorCase;
-using model::EntryServiceError;
-using model::EntryServiceErrorCase;
 
 namespace {
 
@@ -32,9 +30,6 @@ std::string notSaved(const base::Error&) {
 [[noreturn]] void refuse(BoardServiceErrorCase which) {
     throw BoardServiceError(which);
 }
-[[noreturn]] void refuse(EntryServiceErrorCase which) {
-    throw EntryServiceError(which);
-}
 
 /// What the name of a system board without an identifier says about it.
 std::optional<std::string> impliedIdentifier(const Board& board) {
@@ -47,7 +42,7 @@ std::optional<std::string> impliedIdentifier(const Board& board) {
     return std::nullopt;
 }
 
-std::string normalized(std::string_view name) {
+std::string normalizedName(std::string_view name) {
     const auto trimmed = base::trimmed(name);
     if (trimmed.empty()) {
         refuse(BoardServiceErrorCase::emptyName);
@@ -208,7 +203,7 @@ Board& BoardService::persistedUserBoard(const Board& given) const {
 }
 
 Board& BoardService::createBoard(std::string_view name, base::Instant now, const Look& look) {
-    auto boardName = normalized(name);
+    auto boardName = normalizedName(name);
     auto icon = checkedIcon(look.icon);
     auto color = checkedColor(look.color);
     const store::LockedStep step(m_writer.context());
@@ -267,7 +262,7 @@ void BoardService::number(std::vector<Board*> visible, base::Instant now) const 
 void BoardService::renameBoard(Board& given, std::string_view name, base::Instant now) {
     const store::LockedStep step(m_writer.context());
     auto& board = m_writer.persisted(given);
-    auto boardName = normalized(name);
+    auto boardName = normalizedName(name);
     m_writer.change([&] {
         nameSystemBoard(board);
         board.setName(std::move(boardName));
@@ -333,7 +328,7 @@ void BoardService::reorderBoards(std::span<Board* const> given, base::Instant no
     // As many, and the same ones: a list with a board twice is out of date too.
     if (boards.size() != current.size() ||
         std::set(boards.begin(), boards.end()) != std::set(current.begin(), current.end())) {
-        refuse(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     m_writer.change([&] { number(std::move(boards), now); });
 }
@@ -349,7 +344,7 @@ void BoardService::moveBoard(const base::Uuid& id, const base::Uuid& relativeTo,
     };
     const auto moved = find(id);
     if (moved == active.end() || find(relativeTo) == active.end()) {
-        refuse(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     if (id == relativeTo) {
         return;

@@ -24,8 +24,7 @@ constexpr std::size_t kSchedule[]{Entry::dueDayField, Entry::dueDateField, Entry
 constexpr std::size_t kTypeAndWords[]{Entry::contentField, Entry::richTextDataField,
                                       Entry::typeRawValueField, Entry::isCompletedField,
                                       Entry::completedAtField};
-constexpr std::size_t kUpdated[]{Entry::updatedAtField};
-constexpr std::span<const std::size_t> kUnits[]{kWords, kAttachments, kState, kSchedule, kUpdated};
+constexpr std::span<const std::size_t> kUnits[]{kWords, kAttachments, kState, kSchedule};
 
 bool isOneOf(std::span<const std::size_t> fields, std::size_t field) {
     return std::find(fields.begin(), fields.end(), field) != fields.end();
@@ -101,6 +100,8 @@ EntryChange EntryChange::fieldsOf(const Entry& entry) {
             add(fields);
         }
     }
+    change.m_updatedAtAfter = entry.updatedAt();
+    change.m_setsUpdatedAt = !change.m_units.empty() || entry.isChanged(Entry::updatedAtField);
     return change;
 }
 
@@ -129,6 +130,13 @@ bool EntryChange::isCompletion() const {
            });
 }
 
+bool EntryChange::isNothing() const {
+    return !m_place && std::all_of(m_units.begin(), m_units.end(), [](const Unit& unit) {
+        return std::all_of(unit.begin(), unit.end(),
+                           [](const Field& field) { return witness(field.before) == field.after; });
+    });
+}
+
 bool EntryChange::shareFields(const Unit& left, const Unit& right) {
     return std::any_of(left.begin(), left.end(), [&](const Field& field) {
         return std::any_of(right.begin(), right.end(),
@@ -141,6 +149,7 @@ std::optional<EntryChange> EntryChange::followedBy(const EntryChange& later) con
         return std::nullopt;
     }
     auto joined = *this;
+    joined.m_updatedAtAfter = later.m_updatedAtAfter;
     for (const auto& unit : later.m_units) {
         const auto own = std::find_if(joined.m_units.begin(), joined.m_units.end(),
                                       [&](const Unit& each) { return shareFields(each, unit); });
@@ -185,17 +194,14 @@ std::optional<EntryPlace> EntryChange::placeToGiveBack(const Entry& entry) const
 }
 
 EntryChange::TakenBack EntryChange::takeBackFields(Entry& entry) const {
-    auto takenBack = TakenBack::wholly;
     for (const auto& unit : m_units) {
-        if (!isStillOurs(entry, unit)) {
-            takenBack = TakenBack::inPart;
-            continue;
-        }
-        for (const auto& field : unit) {
-            entry.setValue(field.index, field.before);
+        if (isStillOurs(entry, unit)) {
+            for (const auto& field : unit) {
+                entry.setValue(field.index, field.before);
+            }
         }
     }
-    return takenBack;
+    return entry.updatedAt() == m_updatedAtAfter ? TakenBack::exactly : TakenBack::amongOthers;
 }
 
 } // namespace korvex::services

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Instant.h"
 #include "base/Uuid.h"
 #include "model/Entry.h"
 #include "services/EntryPlaces.h"
@@ -28,6 +29,10 @@ public:
     std::size_t cost() const;
     /// A todo was completed or restored.
     bool isCompletion() const;
+    /// It has left everything as it was, such as words that were typed and taken away again.
+    bool isNothing() const;
+    /// It counts as a change of the entry itself, as which a move within its board does not.
+    bool setsUpdatedAt() const { return m_setsUpdatedAt; }
 
     /// This change and a later one of the same entry in one. Absent where another has changed in
     /// between what both have, and where one of them has moved the entry.
@@ -39,9 +44,10 @@ public:
     /// Where the entry is to stand again; absent where the change has not moved it, or another has
     /// moved, completed or restored it since.
     std::optional<EntryPlace> placeToGiveBack(const model::Entry& entry) const;
-    enum class TakenBack { wholly, inPart };
-    /// Gives the fields what they held before. What others have set since stays theirs, with all
-    /// that belongs to it: then it is taken back in part.
+    enum class TakenBack { exactly, amongOthers };
+    /// Gives the fields what they held before; not `updatedAt`, since this is a change too. What
+    /// others have set since stays theirs, with all that belongs to it. Where the entry was not
+    /// changed since, it is exactly what it was.
     TakenBack takeBackFields(model::Entry& entry) const;
 
 private:
@@ -66,6 +72,8 @@ private:
     std::optional<EntryPlace> m_place;
     std::optional<base::Uuid> m_boardAfter;
     bool m_isActiveAfter = true;
+    bool m_setsUpdatedAt = false;
+    base::Instant m_updatedAtAfter;
 };
 
 } // namespace korvex::services

@@ -58,7 +58,7 @@ EntryService::EntryService(store::ModelContext& context, ReminderReconciling& re
 Entry& EntryService::persisted(Entry& given, EntryType type) const {
     auto& entry = m_writer.persisted(given);
     if (entry.type() != type) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     return entry;
 }

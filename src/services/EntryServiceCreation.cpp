@@ -111,7 +111,7 @@ Entry& EntryService::splitText(Entry& given, const richtext::AttributedString& b
     }
     auto* const board = entry.board();
     if (!board) {
-        throw EntryServiceError(EntryServiceErrorCase::entryUnavailable);
+        RecordWriter::refuseUnavailable();
     }
     NewEntryPlace place(m_writer.context(), *board, entry.id(), std::nullopt);
     Entry* created = nullptr;

@@ -69,6 +69,13 @@ UndoManager::StepId UndoManager::registerUndo(std::string name, std::size_t cost
     return about.id;
 }
 
+void UndoManager::withdraw(StepId id) {
+    if (const auto place = placeOf(id); place && m_undo[*place].inverses.size() == 1) {
+        m_undo.erase(m_undo.begin() + static_cast<std::ptrdiff_t>(*place));
+        m_didChange.emit();
+    }
+}
+
 std::optional<std::size_t> UndoManager::placeOf(StepId id) const {
     const auto found = std::find_if(m_undo.begin(), m_undo.end(),
                                     [id](const Step& step) { return step.about.id == id; });
@@ -124,13 +131,14 @@ void UndoManager::run(Stack& stack, std::size_t place, State state) {
 /// What its inverses register becomes one step again, under the same name.
 void UndoManager::takeBack(Step& step) {
     const Group group(*this, step.about.name);
+    const auto now = m_clock.now();
     auto left = step.inverses.size();
     try {
         for (; left > 0; --left) {
-            step.inverses[left - 1]();
+            step.inverses[left - 1](now);
         }
     } catch (...) {
-        left += doAgain();
+        left += doAgain(now);
         if (!m_open.inverses.empty() && left < step.inverses.size()) {
             step.inverses.resize(left); // the others are a step of their own now
         }
@@ -140,12 +148,12 @@ void UndoManager::takeBack(Step& step) {
 
 /// Does again what of a step was taken back before the rest failed, and says how many of its parts
 /// that was. When that fails too, what is still taken back can be done again later.
-std::size_t UndoManager::doAgain() {
+std::size_t UndoManager::doAgain(base::Instant now) {
     auto takenBack = std::exchange(m_open.inverses, {});
     std::size_t count = 0;
     try {
         for (; !takenBack.empty(); takenBack.pop_back()) {
-            takenBack.back()();
+            takenBack.back()(now);
             ++count;
         }
     } catch (...) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Clock.h"
 #include "base/Signal.h"
 #include "base/Uuid.h"
 
@@ -16,8 +17,9 @@ namespace korvex::services {
 /// The changes of one window that can be taken back, the latest first. Main thread.
 class UndoManager {
 public:
-    /// An inverse: takes a change back and, while it does, registers the inverse of that.
-    using Action = std::function<void()>;
+    /// An inverse: takes a change back, which is itself a change of that moment, and registers the
+    /// inverse of that while it does.
+    using Action = std::function<void(base::Instant now)>;
     /// Knows a step again; no step has 0.
     using StepId = std::uint64_t;
 
@@ -25,6 +27,9 @@ public:
     /// The most that the inverses of undo may keep, and those of redo, in bytes; the oldest go
     /// first. It has room for eight deletions of full attachments.
     static constexpr std::size_t kMaximumCost = 256 * 1024 * 1024;
+
+    /// The clock must outlive the manager.
+    explicit UndoManager(const base::Clock& clock) : m_clock(clock) {}
 
     /// While one lives, all that is registered becomes one step. A group within a group belongs to
     /// the outer one, and one in which nothing was registered leaves no step. What was registered
@@ -46,6 +51,9 @@ public:
     /// step that it has become a part of.
     StepId registerUndo(std::string name, std::size_t cost, Action inverse,
                         std::vector<base::Uuid> entries = {});
+    /// What this step would take back has come to nothing: it leaves the stack, unless more than
+    /// that was registered with it.
+    void withdraw(StepId id);
 
     /// What a step takes back, or does again.
     struct About {
@@ -91,9 +99,10 @@ private:
     std::optional<std::size_t> placeOf(StepId id) const;
     void run(Stack& stack, std::size_t place, State state);
     void takeBack(Step& step);
-    std::size_t doAgain();
+    std::size_t doAgain(base::Instant now);
     static void forgetOldest(Stack& stack);
 
+    const base::Clock& m_clock;
     Stack m_undo;
     Stack m_redo;
     State m_state = State::idle;

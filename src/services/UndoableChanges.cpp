@@ -64,7 +64,7 @@ std::optional<base::Instant> pendingReminder(const Entry& entry) {
 /// Takes the changes of several entries back, and knows what is then to be told of them.
 class TakingBack {
 public:
-    explicit TakingBack(const RecordWriter& writer) : m_writer(writer) {}
+    TakingBack(const RecordWriter& writer, base::Instant now) : m_writer(writer), m_now(now) {}
 
     /// All but the place, which waits until every entry is in the list that it belongs to.
     void takeBack(const EntryChange& change, Entry& entry) {
@@ -72,7 +72,7 @@ public:
         const auto reminder = pendingReminder(entry);
         const auto wasActive = entry.isActive();
         const auto wasTodo = entry.isTodo();
-        if (change.takeBackFields(entry) == EntryChange::TakenBack::inPart) {
+        if (change.takeBackFields(entry) == EntryChange::TakenBack::amongOthers) {
             validateChanged(entry);
         }
         if (place) {
@@ -88,6 +88,9 @@ public:
         }
         if (place || entry.hasChanges()) {
             m_lines.emplace_back(lineFor(change, entry), entry.id());
+            if (change.setsUpdatedAt()) {
+                entry.setUpdatedAt(m_now);
+            }
         }
     }
 
@@ -116,6 +119,7 @@ private:
     }
 
     const RecordWriter& m_writer;
+    base::Instant m_now;
     std::vector<PlacedEntry> m_places;
     std::vector<Entry*> m_unplaced;
     std::vector<base::Uuid> m_withoutReminder;
@@ -149,8 +153,8 @@ void UndoableChanges::make(const Undoable& undoable,
         ids.push_back(each.id());
     }
     registerUndo(undoable.name, cost, std::move(ids),
-                 [changes = std::move(changes), name = undoable.name](const auto& self) {
-                     self.takeBack(name, changes);
+                 [changes = std::move(changes), name = undoable.name](const auto& self, auto now) {
+                     self.takeBack(name, changes, now);
                  });
 }
 
@@ -162,9 +166,9 @@ UndoManager::StepId UndoableChanges::registerUndo(std::string_view name, std::si
     }
     return m_undoManager->registerUndo(
         std::string(name), cost,
-        [self = *this, inverse = std::move(inverse), name = std::string(name)] {
+        [self = *this, inverse = std::move(inverse), name = std::string(name)](base::Instant now) {
             try {
-                inverse(self);
+                inverse(self, now);
             } catch (const base::Error& error) {
                 self.m_writer.log().error(name + " undo failed: " + error.errorDescription() +
                                           " (" + std::to_string(error.code()) + ")");
@@ -174,7 +178,8 @@ UndoManager::StepId UndoableChanges::registerUndo(std::string_view name, std::si
         std::move(entries));
 }
 
-void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes) const {
+void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes,
+                               base::Instant now) const {
     const store::LockedStep step(m_writer.context());
     std::vector<Entry*> entries;
     for (const auto& each : changes) {
@@ -183,7 +188,7 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
             RecordWriter::refuseUnavailable();
         }
     }
-    TakingBack taking(m_writer);
+    TakingBack taking(m_writer, now);
     make({.name = name, .entries = entries}, [&] {
         for (std::size_t i = 0; i < changes.size(); ++i) {
             taking.takeBack(changes[i], *entries[i]);
@@ -220,7 +225,7 @@ void UndoableChanges::remove(std::string_view name, std::span<Entry* const> entr
     }
     if (!deleted.empty()) {
         registerUndo(name, cost, std::move(ids),
-                     [deleted = std::move(deleted), name](const auto& self) {
+                     [deleted = std::move(deleted), name](const auto& self, base::Instant) {
                          self.restore(name, deleted);
                      });
     }

@@ -67,7 +67,7 @@ public:
     void asOneStep(std::string_view name, const std::function<void()>& work) const;
 
 private:
-    using Inverse = std::function<void(const UndoableChanges&)>;
+    using Inverse = std::function<void(const UndoableChanges&, base::Instant now)>;
 
     /// What an entry had been given when it was made, or by the end of that editing: of its text,
     /// and of its attachments, a checksum.
@@ -88,7 +88,8 @@ private:
     void registerEdit(const Undoable& edit, EntryChange change, std::uint64_t textBefore) const;
     /// Undoes what is still as these changes have left it; refuses where it would write over words
     /// that another has written since, or leave what no operation may.
-    void takeBack(std::string_view name, std::span<const EntryChange> changes) const;
+    void takeBack(std::string_view name, std::span<const EntryChange> changes,
+                  base::Instant now) const;
     void takeBackCreation(std::string_view name, std::span<const Created> created) const;
 
     RecordWriter m_writer;

@@ -37,7 +37,7 @@ void UndoableChanges::registerCreation(std::string_view name, std::span<Entry* c
     const auto text = known.front().text;
     const auto cost = sizeof(Created) * known.size();
     const auto id = registerUndo(name, cost, std::move(ids),
-                                 [known = std::move(known), name](const UndoableChanges& self) {
+                                 [known = std::move(known), name](const auto& self, base::Instant) {
                                      self.takeBackCreation(name, known);
                                  });
     if (session) {
@@ -58,13 +58,16 @@ void UndoableChanges::registerEdit(const Undoable& edit, EntryChange change,
         const auto known = session.step.lock();
         if (auto joined = known ? known->followedBy(change) : std::nullopt) {
             *known = std::move(*joined);
+            if (known->isNothing()) {
+                m_undoManager->withdraw(session.id);
+            }
             return;
         }
     }
     const auto step = std::make_shared<EntryChange>(std::move(change));
     const auto id = registerUndo(edit.name, step->cost(), {step->id()},
-                                 [step, name = edit.name](const auto& self) {
-                                     self.takeBack(name, {step.get(), 1});
+                                 [step, name = edit.name](const auto& self, auto now) {
+                                     self.takeBack(name, {step.get(), 1}, now);
                                  });
     session = {.id = id, .step = step, .createdText = {}};
 }

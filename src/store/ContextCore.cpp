@@ -21,6 +21,11 @@ Statement bound(sqlite3* database, const std::string& sql, const std::vector<Val
     return statement;
 }
 
+/// Of a record that can have an owner.
+const std::optional<base::Uuid>& ownerReference(const Record& record) {
+    return *static_cast<std::optional<base::Uuid>*>(record.slot(*record.storedType().ownerField));
+}
+
 } // namespace
 
 ContextCore::ContextCore(ModelContainer& container)
@@ -74,12 +79,21 @@ void ContextCore::displace(std::size_t index, Record& record) {
     }
 }
 
+Record* ContextCore::ownerOf(Record& record) {
+    const auto* const known = record.state().owner;
+    if (!known || known->state().context != this) {
+        resolveOwner(record);
+        linkToOwner(record);
+    }
+    return record.state().owner;
+}
+
 void ContextCore::resolveOwner(Record& record) {
     const auto& type = record.storedType();
     if (!type.ownerField) {
         return;
     }
-    const auto& reference = *static_cast<std::optional<base::Uuid>*>(record.slot(*type.ownerField));
+    const auto& reference = ownerReference(record);
     if (!reference) {
         record.state().owner = nullptr;
         return;
@@ -210,12 +224,19 @@ void ContextCore::loadOwned(Record& owner) {
     fetch(type,
           {.condition =
                Condition::compare(*type.ownerField, Condition::Comparison::equal, owner.id())},
-          [&](Record& record) { members.push_back(&record); });
+          [&](Record& record) {
+              // One that another has moved here since the last refresh comes with that.
+              if (ownerReference(record) == owner.id()) {
+                  members.push_back(&record);
+              }
+          });
     auto& state = owner.state();
     state.owned = std::move(members);
     state.ownedIsLoaded = true;
     for (std::size_t i = 0; i < state.owned.size(); ++i) {
-        state.owned[i]->state().ownedIndex = i;
+        auto& owned = state.owned[i]->state();
+        owned.owner = &owner;
+        owned.ownedIndex = i;
     }
 }
 
@@ -294,9 +315,11 @@ void ContextCore::rollback() {
     for (auto* record : m_pending.deleted) {
         record->state().phase = Phase::stored;
         changes.inserted.push_back(record->id());
+    }
+    for (auto* record : std::exchange(m_pending.deleted, {})) {
+        ownerOf(*record);
         linkToOwner(*record);
     }
-    m_pending.deleted.clear();
     std::vector<Record*> gone;
     for (auto* record : m_pending.touched) {
         auto& state = record->state();

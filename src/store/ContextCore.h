@@ -33,6 +33,9 @@ public:
                      const std::function<void(std::span<const Value>)>& sink);
     std::size_t count(const RecordType& type, const Condition& condition);
     Record* stored(const Record& record);
+    /// The owner that a record refers to. What was an owner once may be a shell by now whose record
+    /// came back in another row, as after a restore: then it is looked up again, by its identifier.
+    Record* ownerOf(Record& record);
     void loadOwned(Record& owner);
     std::optional<base::Bytes> readExternal(const Record& record, std::size_t field);
 

@@ -17,12 +17,12 @@ bool isGone(const Record* record) {
 }
 
 /// Put with an owner here that someone else has deleted meanwhile.
-bool hasLostItsOwner(const Record* record) {
+bool hasLostItsOwner(Record* record) {
     const auto field = record->storedType().ownerField;
     if (!field || !record->isLive() || !(record->isInserted() || record->isChanged(*field))) {
         return false;
     }
-    const auto* owner = record->state().owner;
+    const auto* owner = record->state().context->ownerOf(*record);
     return !isAbsent(record->value(*field)) && (!owner || !owner->isLive());
 }
 

@@ -86,20 +86,21 @@ void Record::assignExternal(std::size_t field, std::optional<base::Bytes> bytes)
 }
 
 Record* Record::owner() const {
-    return m_state.owner;
+    return m_state.context ? m_state.context->ownerOf(const_cast<Record&>(*this)) : m_state.owner;
 }
 
 void Record::setOwner(Record* owner) {
     assert(m_type->ownerField);
-    if (owner == m_state.owner) {
+    const auto field = *m_type->ownerField;
+    auto& reference = *static_cast<std::optional<base::Uuid>*>(slot(field));
+    // A reference to an owner that is gone is taken away all the same.
+    if (owner == this->owner() && (owner || !reference)) {
         return;
     }
-    const auto field = *m_type->ownerField;
     willChange(field);
     unlinkFromOwner(*this);
     m_state.owner = owner;
-    *static_cast<std::optional<base::Uuid>*>(slot(field)) =
-        owner ? std::optional(owner->id()) : std::nullopt;
+    reference = owner ? std::optional(owner->id()) : std::nullopt;
     linkToOwner(*this);
     didChange(field);
 }

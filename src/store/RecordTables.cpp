@@ -73,8 +73,10 @@ void linkToOwner(Record& record) {
     // A record that is not in the context yet is linked when it is inserted.
     if (record.isLive() && state.owner && state.owner->state().ownedIsLoaded) {
         auto& siblings = state.owner->state().owned;
-        state.ownedIndex = siblings.size();
-        siblings.push_back(&record);
+        if (state.ownedIndex >= siblings.size() || siblings[state.ownedIndex] != &record) {
+            state.ownedIndex = siblings.size();
+            siblings.push_back(&record);
+        }
     }
 }
 

@@ -41,7 +41,8 @@ std::string quoted(std::string_view name) {
 }
 
 std::string externalTable(const RecordType& type, const Field& field) {
-    return quoted(std::string(type.name) + "." + std::string(field.name));
+    // Not the standard library's of this name, which a std::string would call.
+    return tableSql::quoted(std::string(type.name) + "." + std::string(field.name));
 }
 
 std::vector<std::size_t> rowFields(const RecordType& type) {
@@ -72,9 +73,10 @@ std::vector<std::string> createStatements(const RecordType& type) {
             table += " UNIQUE";
         }
         if (field.index != Field::Index::none) {
-            std::string index = "CREATE INDEX " +
-                                quoted(std::string(type.name) + "_" + std::string(field.name)) +
-                                " ON " + quoted(type.name) + "(" + quoted(field.name) + ")";
+            std::string index =
+                "CREATE INDEX " +
+                tableSql::quoted(std::string(type.name) + "_" + std::string(field.name)) + " ON " +
+                quoted(type.name) + "(" + quoted(field.name) + ")";
             if (field.index == Field::Index::present) {
                 index += " WHERE " + quoted(field.name) + " IS NOT NULL";
             }

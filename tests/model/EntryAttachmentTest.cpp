@@ -371,6 +371,10 @@ TEST(EntryAttachment, WhatBytesClaimCostsNeitherTimeNorMemory) {
                                           std::vector<std::uint64_t>(32, 2));
                          plist.string(std::string(20 * kMany, 'k'));
                      })});
+    cases.push_back({"bytes beside the list that nobody asks for", listWith([](auto& plist) {
+                         plist.array({});
+                         plist.data(base::Bytes(EntryAttachment::kMaximumTotalBytes + 70'000));
+                     })});
     cases.push_back({"more bytes than three files have",
                      base::Bytes(EntryAttachment::kMaximumTotalBytes + 70'000, 'x')});
     for (const auto& each : cases) {

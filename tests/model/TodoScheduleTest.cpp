@@ -41,6 +41,8 @@ TEST(TodoSchedule, IsValidWhenEachPresentFieldMakesSense) {
              Case{"no leap day", {.dueDay = 20250229}, false},
              Case{"first day", {.dueDay = 10101}, true},
              Case{"before the first day", {.dueDay = 10100}, false},
+             Case{"last day before the distant future", {.dueDay = 40001231}, true},
+             Case{"noon in the distant future", {.dueDay = 40010101}, false},
              Case{"no number of a day", {.dueDay = 100000000}, false},
              Case{"dropped by the reform", {.dueDay = 15821010}, false},
              Case{"negative", {.dueDay = -20250115}, false},

@@ -5,6 +5,8 @@
 #include "services/OrderKey.h"
 #include "support/TemporaryFolder.h"
 
+#include <SQLiteCpp/SQLiteCpp.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -324,6 +326,8 @@ protected:
 
     Entry& add(const model::TodoSchedule& schedule, std::optional<Instant> completedAt = {}) {
         auto fields = TodoStore::fields(schedule);
+        fields.createdAt =
+            Instant{--m_lastCreated}; // the later it is made, the older it says it is
         fields.isCompleted = completedAt.has_value();
         fields.completedAt = completedAt;
         auto& entry = m_store.add(fields, m_board);
@@ -334,11 +338,15 @@ protected:
     TodoStore m_store;
     Board* m_board = &m_store.addBoard();
     Instant m_now = moment("2025-01-15T09:00");
+    double m_lastCreated = 0;
 };
 
 TEST_F(KeptViewsTest, SayNothingOfWhatTheyDoNotShow) {
     auto& due = add(model::TodoSchedule::dueAt(m_now + 60));
     auto& plain = add({});
+    auto& hidden = add(model::TodoSchedule::dueAt(m_now + 60));
+    hidden.setBoard(&m_store.addBoard(1, true));
+    m_store.context.save();
     UpcomingTodos upcoming(m_store.context, m_now, base::TimeZone::utc());
     CompletedTodos completed(m_store.context, m_store.texts, m_now, base::TimeZone::utc());
     int upcomingChanges = 0;
@@ -347,6 +355,9 @@ TEST_F(KeptViewsTest, SayNothingOfWhatTheyDoNotShow) {
     const auto second = completed.didChange().connect([&] { ++completedChanges; });
 
     plain.setContent("Something else");
+    hidden.setContent("On an archived board");
+    m_store.context.save();
+    hidden.setSchedule({});
     m_store.context.save();
     upcoming.setNow(m_now + 59, base::TimeZone::utc());
     completed.setNow(m_now + 59, base::TimeZone::utc());
@@ -451,6 +462,32 @@ TEST_F(KeptViewsTest, ManyTodosOfAnotherProgramArriveAtOnce) {
     EXPECT_EQ(upcoming.count(), 2000U);
     EXPECT_EQ(shown(upcoming.groups()), shown(UpcomingGroup::groups(mine.context.fetch<Entry>(),
                                                                     m_now, base::TimeZone::utc())));
+}
+
+TEST_F(KeptViewsTest, WhatCouldNotBeReadIsMadeUpFor) {
+    const tests::TemporaryFolder folder;
+    TodoStore others(folder / "Primary.store");
+    auto& board = others.addBoard();
+    others.context.save();
+    TodoStore mine(folder / "Primary.store");
+    const auto arrive = [&] {
+        others.add(TodoStore::fields(model::TodoSchedule::dueAt(m_now + 60)), &board);
+        others.context.save();
+        mine.context.refresh();
+    };
+    const auto underneath = [&](const char* sql) {
+        SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE).exec(sql);
+    };
+    // Just before the view hears of the change.
+    auto breaking = mine.context.didChange().connect(
+        [&](const auto&) { underneath("ALTER TABLE Entry RENAME TO Gone"); });
+    UpcomingTodos upcoming(mine.context, m_now, base::TimeZone::utc());
+    arrive();
+    EXPECT_EQ(upcoming.count(), 0U);
+    breaking = {};
+    underneath("ALTER TABLE Gone RENAME TO Entry");
+    arrive();
+    EXPECT_EQ(upcoming.count(), 2U);
 }
 
 } // namespace

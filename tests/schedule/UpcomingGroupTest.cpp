@@ -224,10 +224,11 @@ TEST(UpcomingGroup, EqualsItsDefinitionForAnyTodos) {
     const auto pick = [&](std::int64_t from, std::int64_t to) {
         return std::uniform_int_distribution<std::int64_t>(from, to)(random);
     };
-    for (const auto& [zoneName, nowText] : {std::pair{"Europe/Berlin", "2025-03-29T09:00"},
-                                            std::pair{"America/Sao_Paulo", "2018-11-02T09:00"},
-                                            std::pair{"Pacific/Apia", "2011-12-28T09:00"},
-                                            std::pair{"Asia/Kolkata", "2025-01-01T00:15"}}) {
+    for (const auto& [zoneName, nowText] :
+         {std::pair{"Europe/Berlin", "2025-03-29T09:00"},
+          std::pair{"America/Sao_Paulo", "2018-11-02T09:00"},
+          std::pair{"Pacific/Apia", "2011-12-28T09:00"}, std::pair{"UTC", "1999-12-24T09:00"},
+          std::pair{"Asia/Kolkata", "2025-01-01T00:15"}}) {
         TodoStore store;
         std::vector<model::Board*> boards{nullptr, &store.addBoard(0, true)};
         for (const std::int64_t order : {3L, 3L, -1L, 0L, 1'000'000'000'000L}) {

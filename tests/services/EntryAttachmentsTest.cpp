@@ -132,7 +132,7 @@ TEST_F(EntryAttachmentsTest, OneBadFileOfSeveralAttachesNone) {
     EXPECT_EQ(reads, 1);
 }
 
-TEST_F(EntryAttachmentsTest, ThreeFullFilesFitAndLeaveNoMemoryBehind) {
+TEST_F(EntryAttachmentsTest, ThreeFullFilesFit) {
     auto& entry = todo();
     for (const auto* name : {"a", "b", "c"}) {
         file(name);
@@ -143,14 +143,10 @@ TEST_F(EntryAttachmentsTest, ThreeFullFilesFitAndLeaveNoMemoryBehind) {
     const auto list = services::attachmentsOf(entry);
     ASSERT_EQ(list.attachments.size(), 3U);
     EXPECT_EQ(list.attachments.back().size, EntryAttachment::kMaximumBytes);
-    EXPECT_FALSE(
-        static_cast<const store::ExternalBytes*>(entry.slot(Entry::attachmentDataField))->isRead);
     const auto second = services::attachment(entry, list.attachments[1].id);
     ASSERT_TRUE(second);
     EXPECT_EQ(second->filename, "b");
     EXPECT_EQ(services::attachment(entry, base::Uuid::random()), std::nullopt);
-    EXPECT_FALSE(
-        static_cast<const store::ExternalBytes*>(entry.slot(Entry::attachmentDataField))->isRead);
 }
 
 TEST_F(EntryAttachmentsTest, RemovingTheLastLeavesNoData) {
@@ -412,6 +408,35 @@ TEST_F(EntryAttachmentsTest, WhatAnotherProgramAttachesIsKept) {
     EXPECT_EQ(attachmentRefusal([&] { attach(entry, {"1", "2"}); }), AttachmentErrorCase::tooLarge);
     attach(entry, {"last"});
     EXPECT_THAT(names(entry), ElementsAre("theirs", "mine again", "last"));
+}
+
+TEST_F(EntryAttachmentsTest, NoOperationLeavesTheirBytesInMemory) {
+    const std::function<void(Entry&, Entry&)> operations[]{
+        [](Entry& from, Entry&) { services::attachmentsOf(from); },
+        [this](Entry& from, Entry&) { services::attachment(from, idOf(from, "a")); },
+        [this](Entry& from, Entry&) { entries->removeAttachment(idOf(from, "a"), from, kLater); },
+        [this](Entry& from, Entry&) {
+            entries->moveAttachment(idOf(from, "b"), from, from, idOf(from, "a"),
+                                    EntryPlacement::before, kLater);
+        },
+        [this](Entry& from, Entry& to) {
+            entries->moveAttachment(idOf(from, "a"), from, to, std::nullopt, EntryPlacement::after,
+                                    kLater);
+        },
+    };
+    for (const auto& operation : operations) {
+        auto& from = todo();
+        auto& to = todo();
+        attach(from, {"a", "b"});
+        attach(to, {"x"});
+        operation(from, to);
+        // Underneath, so that only what is read anew is seen to be damaged.
+        SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
+            .exec("UPDATE \"Entry.attachmentData\" SET bytes = x'00'");
+        for (const auto* const entry : {&from, &to}) {
+            EXPECT_TRUE(services::attachmentsOf(*entry).isDamaged) << &operation - operations;
+        }
+    }
 }
 
 TEST_F(EntryAttachmentsTest, RandomOperationsAgreeWithListsInMemory) {

@@ -42,6 +42,12 @@ bool RandomLife::changeBoards() {
     return isDone([&] { performOnBoards(); });
 }
 
+void RandomLife::look() const {
+    for (const auto* const each : m_program.boards.boards()) {
+        static_cast<void>(each->entries());
+    }
+}
+
 void RandomLife::create() {
     ++m_now.seconds;
     if (roll(2) == 0) {
@@ -63,6 +69,11 @@ Entry* RandomLife::any() {
 
 Board& RandomLife::board() {
     return *m_program.context.find<Board>(m_boards[roll(2)]);
+}
+
+Board& RandomLife::anyBoard() {
+    const auto all = m_program.boards.boards();
+    return roll(3) == 0 ? *all[roll(static_cast<unsigned>(all.size()))] : board();
 }
 
 richtext::AttributedString RandomLife::rich() {
@@ -90,7 +101,7 @@ void RandomLife::perform(Entry& entry) {
     using enum model::EntryPlacement;
     auto& service = m_program.entries;
     auto& other = *any();
-    switch (roll(16)) {
+    switch (roll(22)) {
     case 0:
         return service.completeTodo(entry, m_now);
     case 1:
@@ -106,7 +117,7 @@ void RandomLife::perform(Entry& entry) {
             entry, entry.isTodo() ? model::EntryType::text : model::EntryType::todo, m_now);
     case 6:
     case 7:
-        return service.moveEntry(entry, board(), m_now, position());
+        return service.moveEntry(entry, anyBoard(), m_now, position());
     case 8:
         return service.moveEntry(entry.id(), other.id(), roll(2) == 0 ? before : after,
                                  *entry.board());
@@ -124,25 +135,97 @@ void RandomLife::perform(Entry& entry) {
     case 12:
         return roll(4) == 0 ? service.completeTodos(*entry.board(), m_now)
                             : service.completeTodo(entry, m_now);
-    case 13: {
-        const std::filesystem::path file = m_folder / ("file " + std::to_string(roll(3)));
-        return service.attachFiles({&file, 1}, entry, m_now, [&](auto files) {
-            whileReading();
-            return services::readAttachments(files);
-        });
-    }
+    case 13:
+        return attachTo(entry);
     case 14: {
         const auto attached = model::EntryAttachment::decode(entry.attachmentData());
         return attached.empty() ? void()
                                 : service.removeAttachment(attached.front().id, entry, m_now);
     }
-    default: {
+    case 15: {
         const auto attached = model::EntryAttachment::decode(entry.attachmentData());
         return attached.empty() ? void()
                                 : service.moveAttachment(attached.front().id, entry, other,
                                                          std::nullopt, before, m_now);
     }
+    case 16:
+    case 17:
+        return createBeside(entry);
+    case 18:
+        return void(service.splitText(entry, rich(), rich(), m_now, "Split Text"));
+    case 19:
+        return pasteLinesInto(entry);
+    default:
+        return type(entry);
     }
+}
+
+void RandomLife::attachTo(Entry& entry) {
+    const std::filesystem::path file = m_folder / ("file " + std::to_string(roll(3)));
+    m_program.entries.attachFiles({&file, 1}, entry, m_now, [&](auto files) {
+        whileReading();
+        return services::readAttachments(files);
+    });
+}
+
+void RandomLife::type(Entry& entry) {
+    if (m_edited != entry.id()) {
+        m_edited = entry.id();
+        m_session = {};
+    }
+    for (auto left = 1 + roll(3); left > 0; --left) {
+        const auto typed = "typed " + std::to_string(roll(2));
+        if (entry.isTodo()) {
+            m_program.entries.updateTodo(entry, typed, m_now, &m_session);
+        } else {
+            m_program.entries.updateText(entry, richtext::RichTextSerializer::plainRichText(typed),
+                                         m_now, &m_session);
+        }
+    }
+}
+
+void RandomLife::createBeside(const Entry& entry) {
+    auto& home = roll(4) == 0 ? anyBoard() : *entry.board();
+    const auto place = roll(3);
+    const auto after = place == 1 ? std::optional(entry.id()) : std::nullopt;
+    const auto before = place == 2 ? std::optional(entry.id()) : std::nullopt;
+    m_session = {};
+    if (roll(3) == 0) {
+        m_edited = m_program.entries
+                       .createText({.rich = rich(),
+                                    .board = home,
+                                    .after = after,
+                                    .before = before,
+                                    .now = m_now,
+                                    .undoName = "New Text",
+                                    .session = &m_session})
+                       .id();
+        return;
+    }
+    const auto isOne = roll(2) == 0;
+    m_edited = m_program.entries
+                   .createTodos({.contents = std::vector(isOne ? 1 : 2, text()),
+                                 .board = home,
+                                 .after = after,
+                                 .before = before,
+                                 .now = m_now,
+                                 .undoName = "New Todo",
+                                 .session = isOne ? &m_session : nullptr})
+                   .front()
+                   ->id();
+}
+
+void RandomLife::pasteLinesInto(Entry& entry) {
+    std::optional<services::UndoManager::Group> paste;
+    if (m_program.undo) {
+        paste.emplace(*m_program.undo, "Paste");
+    }
+    m_program.entries.createTodos({.contents = {text(), text()},
+                                   .board = *entry.board(),
+                                   .after = entry.id(),
+                                   .now = m_now,
+                                   .undoName = "New Todos"});
+    m_program.entries.updateTodo(entry, text(), m_now);
 }
 
 void RandomLife::performOnBoards() {

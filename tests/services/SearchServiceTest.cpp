@@ -357,12 +357,21 @@ TEST_F(SearchTest, OthersDeletionsAreSeenWithoutRecordsOfThem) {
     EXPECT_EQ(all(stale)[0].content, "");
     EXPECT_EQ(stale.entry(0), nullptr);
     reader.refresh();
+    readersBoards.createBoard("Of its own", kNow);
     EXPECT_EQ(readersSearch.search("here").size(), 2U);
     // The store gives the last row's number to the next one.
     entries->deleteEntry(*context->find<Entry>(ids[1]));
     add({"four here"});
     reader.refresh();
     EXPECT_EQ(all(readersSearch.search("here")), expected(reader, readersBoards, "here"));
+}
+
+TEST_F(SearchTest, WhatComesInThousandsIsFoundToo) {
+    add({"one here"});
+    ASSERT_EQ(search->search("here").size(), 1U);
+    add(std::vector<std::string>(3000, "many here"));
+    EXPECT_EQ(search->search("here").size(), 3001U);
+    EXPECT_EQ(search->search("one").size(), 1U);
 }
 
 /// Changes of all kinds, here and elsewhere, saved and not; after each the search finds what a

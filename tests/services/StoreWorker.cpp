@@ -102,7 +102,8 @@ private:
     services::NoWidgets m_widgets;
     std::unique_ptr<store::ModelContainer> m_container;
     store::ModelContext m_context;
-    services::UndoManager m_undo;
+    base::SystemClock m_clock;
+    services::UndoManager m_undo{m_clock};
     EntryService m_entries;
     model::Board* m_board;
     std::mt19937 m_random;

@@ -13,9 +13,11 @@ namespace korvex::tests {
 
 namespace {
 
+const base::SystemClock kClock{};
+
 /// A row of letters; every change of it registers its inverse.
 struct Letters {
-    services::UndoManager undo;
+    services::UndoManager undo{kClock};
     std::string text;
     char refused = '-';
     /// What the store cannot take now, and what it cannot add.
@@ -27,7 +29,7 @@ struct Letters {
             throw store::StoreError(store::StoreErrorCase::full);
         }
         text += letter;
-        undo.registerUndo(std::string(1, letter), 1, [this, letter] { take(letter); });
+        undo.registerUndo(std::string(1, letter), 1, [this, letter](auto) { take(letter); });
     }
     void take(char letter) {
         if (letter == refused) {
@@ -37,7 +39,7 @@ struct Letters {
             throw store::StoreError(store::StoreErrorCase::full);
         }
         text.pop_back();
-        undo.registerUndo("again", 1, [this, letter] { add(letter); });
+        undo.registerUndo("again", 1, [this, letter](auto) { add(letter); });
     }
 };
 
@@ -60,6 +62,8 @@ TEST(UndoManager, WhatAGroupHoldsIsOneStep) {
     }
     { const Group empty(undo, "empty"); }
     EXPECT_EQ(changes, 2);
+    undo.withdraw(undo.nextUndo()->id);
+    EXPECT_EQ(undo.undoActionName(), "outer") << "it has more to take back";
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(undo.undoActionName(), "outer");
         undo.undo();
@@ -80,16 +84,16 @@ TEST(UndoManager, WhatAGroupHoldsIsOneStep) {
 }
 
 TEST(UndoManager, AStepIsTakenBackFromAmongOthers) {
-    services::UndoManager undo;
+    services::UndoManager undo(kClock);
     std::string undone;
     for (const char letter : {'a', 'b', 'c'}) {
-        undo.registerUndo(std::string(1, letter), 1, [&undone, letter] { undone += letter; });
+        undo.registerUndo(std::string(1, letter), 1, [&undone, letter](auto) { undone += letter; });
     }
     const auto latest = undo.nextUndo()->id;
     undo.undo();
     EXPECT_FALSE(undo.findUndo(latest));
     const auto middle = undo.nextUndo()->id;
-    undo.registerUndo("d", 1, [&] { undone += 'd'; });
+    undo.registerUndo("d", 1, [&](auto) { undone += 'd'; });
     undo.undo(middle);
     undo.undo(middle);
     EXPECT_EQ(undone, "cb") << "once";
@@ -133,21 +137,22 @@ TEST(UndoManager, WhatCannotBeDoneAgainWhollyIsNotForgottenEither) {
 }
 
 TEST(UndoManager, KeepsTheLatestWithinItsBounds) {
-    services::UndoManager undo;
+    services::UndoManager undo(kClock);
     std::vector<int> undone;
     for (int i = 0; i < 600; ++i) {
-        undo.registerUndo("small", 1, [&undone, i] { undone.push_back(i); });
+        undo.registerUndo("small", 1, [&undone, i](auto) { undone.push_back(i); });
     }
-    undo.registerUndo("large", services::UndoManager::kMaximumCost, [&] { undone.push_back(-1); });
+    undo.registerUndo("large", services::UndoManager::kMaximumCost,
+                      [&](auto) { undone.push_back(-1); });
     undo.undo();
     EXPECT_FALSE(undo.canUndo());
     undo.registerUndo("larger", services::UndoManager::kMaximumCost * 2,
-                      [&] { undone.push_back(-2); });
+                      [&](auto) { undone.push_back(-2); });
     undo.undo();
     EXPECT_EQ(undone, (std::vector{-1, -2}));
 
     for (int i = 0; i < 600; ++i) {
-        undo.registerUndo("small", 1, [] {});
+        undo.registerUndo("small", 1, [](auto) {});
     }
     std::size_t count = 0;
     for (; undo.canUndo(); ++count) {
@@ -156,8 +161,8 @@ TEST(UndoManager, KeepsTheLatestWithinItsBounds) {
     EXPECT_EQ(count, services::UndoManager::kMaximumActions);
 
     for (int i = 0; i < 2; ++i) {
-        undo.registerUndo("large when undone", 1, [&] {
-            undo.registerUndo("again", services::UndoManager::kMaximumCost, [] {});
+        undo.registerUndo("large when undone", 1, [&](auto) {
+            undo.registerUndo("again", services::UndoManager::kMaximumCost, [](auto) {});
         });
     }
     undo.undo();

@@ -1,6 +1,7 @@
 #include "TextFixture.h"
 
 #include "services/StoreRules.h"
+#include "support/FakeClock.h"
 
 #include <gmock/gmock.h>
 
@@ -46,7 +47,8 @@ protected:
         work(others, theirs);
     }
 
-    services::UndoManager undo;
+    FakeClock clock{{9000}};
+    services::UndoManager undo{clock};
     model::Board* office = nullptr;
     model::Board* inbox = nullptr;
 };
@@ -110,6 +112,58 @@ TEST_F(UndoTest, ActionsCarryTheNamesThatTheMenuShows) {
     entries->moveEntry(todos[2]->id(), 0, *board);
     entries->deleteEntries(*office);
     EXPECT_EQ(undo.undoActionName(), before) << "nothing was moved, and emptying is for good";
+}
+
+TEST_F(UndoTest, AnUndoIsAChangeOfItsOwnMomentWhereTheChangeWasOne) {
+    const auto id = add({"a", "b"}).front()->id();
+    enum class Sets { now, nothing };
+    const struct {
+        const char* name;
+        std::function<void(Entry&)> change;
+        Sets sets;
+    } cases[] = {
+        {"completed", [&](Entry& todo) { entries->completeTodo(todo, kLater); }, Sets::now},
+        {"edited", [&](Entry& todo) { entries->updateTodo(todo, "new", kLater); }, Sets::now},
+        {"moved to a board", [&](Entry& todo) { entries->moveEntry(todo, *office, kLater); },
+         Sets::now},
+        {"moved to a place", [&](Entry& todo) { entries->moveEntry(todo, *board, kLater, 1); },
+         Sets::now},
+        {"dragged", [&](Entry& todo) { entries->moveEntry(todo.id(), 1, *board); }, Sets::nothing},
+        {"deleted", [&](Entry& todo) { entries->deleteEntry(todo); }, Sets::nothing},
+    };
+    for (const auto& each : cases) {
+        const auto before = found(id).updatedAt();
+        each.change(found(id));
+        clock.advance(10);
+        undo.undo();
+        EXPECT_EQ(found(id).updatedAt(), each.sets == Sets::now ? clock.now() : before)
+            << each.name;
+        clock.advance(10);
+        undo.redo();
+        if (each.sets == Sets::now) {
+            EXPECT_EQ(found(id).updatedAt(), clock.now()) << each.name;
+        }
+        undo.undo();
+    }
+}
+
+TEST_F(UndoTest, WhatChangesNothingIsNoStep) {
+    auto& todo = *add({"a"}).front();
+    auto& text = note("note");
+    entries->updateTodo(todo, "a", kLater);
+    entries->updateText(text, plain("note"), kLater);
+    entries->updateSchedule(todo, {}, kLater);
+    EXPECT_FALSE(undo.canUndo());
+    EXPECT_EQ(todo.updatedAt(), kLater);
+
+    services::EditingSession session;
+    entries->updateTodo(todo, "ab", kLater, &session);
+    EXPECT_TRUE(undo.canUndo());
+    entries->updateTodo(todo, "a", kLater, &session);
+    EXPECT_FALSE(undo.canUndo()) << "typed and taken away again";
+    entries->updateTodo(todo, "abc", kLater, &session);
+    undo.undo();
+    EXPECT_EQ(todo.content(), "a");
 }
 
 TEST_F(UndoTest, AnEntryGoesBackToItsPlaceAmongWhatCameMeanwhile) {

@@ -90,6 +90,9 @@ TEST_F(ModelContextTest, RollbackRestoresEveryFieldRelationshipAndDeletion) {
     moved.setType(model::EntryType::text);
     moved.setContent("other");
     moved.setRichTextData(base::Bytes{9});
+    moved.setAttachmentData(base::Bytes{4});
+    moved.forgetAttachmentData();
+    EXPECT_EQ(moved.attachmentData(), base::Bytes{4}) << "what is not stored is not forgotten";
     moved.setAttachmentData(std::nullopt);
     moved.setUpdatedAt({5});
     moved.setSortOrder(7);

@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "support/RestoredStore.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <gmock/gmock.h>
@@ -196,6 +198,85 @@ TEST_F(SharedStoreTest, ARecordThatLostItsRowLeavesItToTheNewOne) {
     other->rollback();
 }
 
+TEST_F(SharedStoreTest, EntriesFindTheirBoardThatCameBackInAnotherRow) {
+    enum class Came { bySave, byFile };
+    for (const auto& [came, isLoaded] : {std::pair(Came::bySave, false),
+                                         {Came::bySave, true},
+                                         {Came::byFile, false},
+                                         {Came::byFile, true}}) {
+        Board& work = addBoard(*context, "Work");
+        Entry& one = addTodo(*context, *board, "one");
+        Entry& two = addTodo(*context, work, "two");
+        context->save();
+        other->refresh();
+        const auto sameOne = other->find<Entry>(one.id());
+        const auto sameTwo = other->find<Entry>(two.id());
+        ASSERT_EQ(sameOne->board()->name(), "Home");
+        if (isLoaded) {
+            ASSERT_EQ(sameTwo->board()->entries().size(), 1U);
+            ASSERT_EQ(sameOne->board()->entries().size(), 1U);
+        }
+        const auto home = board->id();
+        const auto office = work.id();
+        const auto first = one.id();
+        const auto second = two.id();
+        if (came == Came::bySave) {
+            restoreEverything(*context);
+        } else {
+            // As a copy is put back underneath.
+            const auto revision = std::to_string(mine->revision());
+            addBoard(*context, "Later");
+            context->save();
+            SQLite::Database underneath(storeFile().string(), SQLite::OPEN_READWRITE);
+            underneath.exec("DELETE FROM Board WHERE name = 'Later'; "
+                            "UPDATE Board SET rowid = rowid + 100; "
+                            "DELETE FROM ChangeLog WHERE revision > " +
+                            revision);
+        }
+        other->refresh();
+        context->refresh();
+        auto* const onHome = other->find<Entry>(first);
+        auto* const onWork = other->find<Entry>(second);
+        auto* const otherHome = other->find<Board>(home);
+        auto* const otherWork = other->find<Board>(office);
+        EXPECT_EQ(onHome->board(), otherHome);
+        EXPECT_EQ(onWork->board(), otherWork);
+        EXPECT_THAT(otherHome->entries(), testing::ElementsAre(onHome));
+        onHome->setBoard(otherWork);
+        EXPECT_THAT(otherHome->entries(), testing::IsEmpty());
+        EXPECT_THAT(otherWork->entries(), testing::UnorderedElementsAre(onHome, onWork));
+        other->rollback();
+        EXPECT_THAT(otherHome->entries(), testing::ElementsAre(onHome));
+        onHome->setBoard(otherWork);
+        other->save();
+        context->refresh();
+        EXPECT_EQ(context->find<Entry>(first)->board()->name(), "Work");
+        other->remove(*onHome);
+        other->remove(*onWork);
+        other->remove(*otherWork);
+        other->save();
+        context->refresh();
+        board = context->find<Board>(home);
+    }
+}
+
+TEST_F(SharedStoreTest, WhatIsReadBeforeARefreshStandsOnOneBoard) {
+    Board& work = addBoard(*context, "Work");
+    Entry& entry = addTodo(*context, *board, "moves");
+    context->save();
+    other->refresh();
+    ASSERT_EQ(sameBoard->entries().size(), 1U);
+    entry.setBoard(&work);
+    context->save();
+    // Not told of it yet, another looks what stands on the board.
+    auto* const sameWork = other->find<Board>(work.id());
+    EXPECT_THAT(sameWork->entries(), testing::IsEmpty());
+    other->refresh();
+    auto* const same = other->find<Entry>(entry.id());
+    EXPECT_THAT(sameWork->entries(), testing::ElementsAre(same));
+    EXPECT_THAT(sameBoard->entries(), testing::IsEmpty());
+}
+
 TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {
     Entry& entry = addTodo(*context, *board, "base");
     context->save();
@@ -245,6 +326,9 @@ TEST_F(SharedStoreTest, ARecordDeletedUnderneathIsReportedAndNeverComesBack) {
 }
 
 TEST_F(SharedStoreTest, NothingIsStoredOnABoardThatWasDeletedMeanwhile) {
+    Entry& stays = addTodo(*context, addBoard(*context, "Work"), "stays");
+    context->save();
+    other->refresh();
     Entry& added = addTodo(*other, *sameBoard, "typed meanwhile");
     context->remove(*board);
     context->save();
@@ -252,7 +336,17 @@ TEST_F(SharedStoreTest, NothingIsStoredOnABoardThatWasDeletedMeanwhile) {
     EXPECT_TRUE(added.isInserted());
     EXPECT_EQ(added.content(), "typed meanwhile");
     other->rollback();
-    EXPECT_EQ(ModelContext(*mine).count<Entry>(), 0U);
+    auto& moved = *other->find<Entry>(stays.id());
+    Board& gone = addBoard(*context, "Gone");
+    context->save();
+    other->refresh();
+    moved.setBoard(other->find<Board>(gone.id()));
+    context->remove(gone);
+    context->save();
+    EXPECT_THROW(other->save(), store::StoreError);
+    other->rollback();
+    EXPECT_EQ(moved.board()->name(), "Work");
+    EXPECT_EQ(ModelContext(*mine).count<Entry>(), 1U);
     EXPECT_TRUE(mine->check().problems.empty());
 }
 

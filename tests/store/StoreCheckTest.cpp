@@ -66,6 +66,8 @@ TEST_F(StoreCheckTest, AlteredAttachmentsAndOrphansAreReported) {
     EXPECT_THAT(problemsAfter("UPDATE \"Entry.attachmentData\" SET bytes = zeroblob(100) "
                               "WHERE owner = 1"),
                 testing::ElementsAre(testing::HasSubstr("attachmentData differs")));
+    EXPECT_THAT(problemsAfter("UPDATE Entry SET board = NULL WHERE content = 'todo 1'"),
+                testing::Contains(testing::HasSubstr(ids[1].text() + " belongs to nothing")));
     EXPECT_THAT(problemsAfter("DELETE FROM Board"),
                 testing::Contains(testing::HasSubstr("belongs to something that is not there")));
 }

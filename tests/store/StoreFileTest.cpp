@@ -155,6 +155,8 @@ TEST_F(StoreFileTest, AStoreWhoseFileIsGoneIsNotStartedAnew) {
     makeStore();
     std::filesystem::rename(storeFile(), folder() / "elsewhere");
     EXPECT_EQ(refusal(), StoreErrorCase::incomplete);
+    removeJournal();
+    EXPECT_EQ(refusal(), StoreErrorCase::incomplete) << "the lock file knows";
     EXPECT_FALSE(std::filesystem::exists(storeFile()));
     std::filesystem::rename(folder() / "elsewhere", storeFile());
     const auto container = open();

@@ -37,7 +37,8 @@ struct StoreClient {
     services::NoWidgets widgets;
     std::unique_ptr<store::ModelContainer> container;
     store::ModelContext context;
-    services::UndoManager undo;
+    base::SystemClock clock;
+    services::UndoManager undo{clock};
     services::EntryService entries;
     services::BoardService boards;
 };

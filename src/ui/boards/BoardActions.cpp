@@ -18,7 +18,7 @@ BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards
     : m_listing(listing), m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
 
 void BoardActions::addTo(QMenu& menu, model::Board& board) {
-    const bool canChange = m_boards.allowsChanges();
+    const auto canChange = m_boards.allowsChanges();
     const MenuItems items(menu, *this);
     if (board.isArchived()) {
         items.add(tr("Unarchive"), {}, [this, &board] { unarchive(board); }).setEnabled(canChange);

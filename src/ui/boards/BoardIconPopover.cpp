@@ -30,7 +30,7 @@ constexpr int kWindowMargin = 8;
 
 /// As many as the window has room for.
 int columnsIn(const QWidget& window, int iconSize, int most, const Theme& theme) {
-    const int room = window.width() - 2 * (kMargin + kWindowMargin);
+    const auto room = window.width() - 2 * (kMargin + kWindowMargin);
     return std::clamp(room / (theme.scaled(iconSize) + kAroundIcon), 1, most);
 }
 

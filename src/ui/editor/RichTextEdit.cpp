@@ -281,6 +281,7 @@ void RichTextEdit::keyPressEvent(QKeyEvent* event) {
 
 bool RichTextEdit::handledAsStructure(const QKeyEvent& event) {
     if (StructureKeys(*this).handle(event)) {
+        stepOutOfRuns();
         updateState();
         return true;
     }

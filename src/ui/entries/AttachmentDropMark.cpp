@@ -35,7 +35,7 @@ void AttachmentDropMark::paintEvent(QPaintEvent*) {
     auto tint = accent;
     tint.setAlpha(kTint);
     const auto distance = m_theme.rowDistance() / 2;
-    const int margin = RowFrame::kBoxMargin;
+    const auto margin = RowFrame::kBoxMargin;
     painter.setPen(QPen(accent, 2));
     painter.setBrush(tint);
     painter.drawRoundedRect(QRectF(rect()).adjusted(margin + 1, distance + 1, -margin - 1,

@@ -50,8 +50,10 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     connectParts();
     connectList();
     connect(&theme, &Theme::changed, this, &BoardPage::updateHeader);
-    m_ticks = workspace.scheduleClock.didTick().connect(
-        [this](base::Instant) { m_list->forgetLabels(); });
+    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) {
+        m_list->forgetLabels();
+        m_editing.showDue();
+    });
 }
 
 BoardPage::~BoardPage() = default;
@@ -152,13 +154,16 @@ void BoardPage::showEntry(model::Entry& entry) {
 }
 
 bool BoardPage::giveWayTo(model::Board& board) {
+    const auto isSame = this->board() && this->board()->id() == board.id();
+    const auto why = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+                                 "typed, or discard it.")
+                            : tr("This was typed on “%1”, which is no longer there. Go on with it "
+                                 "here, or discard it.");
     const auto before = title();
     const auto words = m_editing.takeAway();
-    return showBoard(board) && words &&
-           resume(*words,
-                  tr("This was typed on “%1”, which is no longer there. Go on with it here, "
-                     "or discard it.")
-                      .arg(before));
+    // Where the other board cannot be read, they stay on this one.
+    const auto isShown = showBoard(board);
+    return words && resume(*words, why.arg(before)) && isShown;
 }
 
 bool BoardPage::resume(const app::Draft& draft, const QString& why) {

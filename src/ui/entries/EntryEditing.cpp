@@ -16,8 +16,8 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
       m_view(view),
       m_editors(model, workspace.code, theme, *view.viewport()),
       m_drafts(model, m_edited, m_editors, workspace.drafts, workspace.serializer, workspace.clock),
-      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.context,
-                workspace.clock),
+      m_storing(model, m_edited, m_editors, m_drafts, workspace.entries, workspace.undo,
+                workspace.context, workspace.clock),
       m_undo(workspace.undo),
       m_typing(workspace.runLoop, [this] { storeSoFar(); }),
       m_notices(m_storing.noticed().connect(
@@ -175,6 +175,12 @@ void EntryEditing::recordsChanged() {
     followRecords(m_view.editedRow());
 }
 
+void EntryEditing::showDue() {
+    if (m_edited.isStored() && entry()) {
+        m_editors.showDue(entry());
+    }
+}
+
 void EntryEditing::followRecords(int row) {
     if (!m_edited.isStored() || !entry() || m_storing.isBusy()) {
         return;
@@ -191,7 +197,7 @@ void EntryEditing::followRecords(int row) {
         }
         return;
     }
-    m_editors.showDue(entry());
+    showDue();
     if (!m_edited.isChangedInStore()) {
         return;
     }

@@ -56,6 +56,8 @@ public:
     model::Entry* storedEntry();
     /// The store's records have changed: call before the model follows.
     void recordsChanged();
+    /// Says anew when the edited todo is due: the time goes on while one types.
+    void showDue();
 
 Q_SIGNALS:
     /// What the user is to be told beside what the editor shows.

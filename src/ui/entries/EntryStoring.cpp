@@ -10,6 +10,8 @@ namespace korvex::ui {
 
 namespace {
 
+constexpr const char* kEditTodo = "Edit Todo";
+
 /// Directly after an entry, at the very front for null.
 template <typename New>
 void placeAfter(const model::Entry* after, New& entry) {
@@ -220,9 +222,12 @@ void EntryStoring::update() {
     // From here on nobody writes: what is taken in is all there is.
     const store::LockedStep step(m_context);
     auto& entry = *m_edited.entry();
+    std::optional<services::UndoManager::Group> both;
     if (entry.isLive() && entry.type() == m_edited.type() && m_edited.isChangedInStore()) {
         takeInOthers();
         if (m_edited.isChangedInStore()) {
+            // Taken back, the other's version stands where it stood, and not a second time.
+            both.emplace(m_undo, kEditTodo);
             keepOthersTodo(entry);
         }
     }
@@ -238,7 +243,8 @@ void EntryStoring::keepOthersTodo(const model::Entry& entry) {
     m_entries.createTodos({.contents = {entry.content()},
                            .board = *m_model.board(),
                            .after = entry.id(),
-                           .now = m_clock.now()});
+                           .now = m_clock.now(),
+                           .undoName = kEditTodo});
     m_editors.current().setStored(m_editors.textOf(entry));
     m_edited.remember();
     m_session = {};

@@ -16,13 +16,14 @@ class EntryStoring final {
 
 public:
     EntryStoring(EntryListModel& model, EditedEntry& edited, EntryEditors& editors,
-                 DraftKeeping& drafts, services::EntryService& entries,
+                 DraftKeeping& drafts, services::EntryService& entries, services::UndoManager& undo,
                  store::ModelContext& context, const base::Clock& clock)
         : m_model(model),
           m_edited(edited),
           m_editors(editors),
           m_drafts(drafts),
           m_entries(entries),
+          m_undo(undo),
           m_context(context),
           m_clock(clock) {}
 
@@ -79,6 +80,7 @@ private:
     EntryEditors& m_editors;
     DraftKeeping& m_drafts;
     services::EntryService& m_entries;
+    services::UndoManager& m_undo;
     store::ModelContext& m_context;
     const base::Clock& m_clock;
     bool m_isBusy = false;

@@ -58,7 +58,7 @@ void TextRow::findWideTables() {
 
 QRectF TextRow::bandOf(const WideTable& table) const {
     // Whole pixels, of which the lines above and below lose none.
-    const double top = std::ceil(table.place.top());
+    const auto top = std::ceil(table.place.top());
     return {0, top, static_cast<double>(m_width), std::floor(table.place.bottom()) - top};
 }
 
@@ -72,7 +72,7 @@ bool TextRow::scrollTables(int by, std::optional<QPointF> under) {
     bool hasMoved = false;
     for (auto& table : m_wideTables) {
         if (!under || bandOf(table).contains(*under)) {
-            const int before = table.offset;
+            const auto before = table.offset;
             move(table, before + by);
             hasMoved = hasMoved || table.offset != before;
         }
@@ -141,7 +141,7 @@ void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLo
     if (table.place.right() > table.offset + m_width + 1) {
         fade(m_width, m_width - kFade);
     }
-    const double part = m_width / table.place.width();
+    const auto part = m_width / table.place.width();
     painter.setPen(Qt::NoPen);
     painter.setBrush(look.separator);
     painter.drawRoundedRect(QRectF((table.offset - table.place.left()) * part,

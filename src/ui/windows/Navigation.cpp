@@ -143,14 +143,16 @@ void Navigation::storeChanged(store::ChangeSet::Origin origin) {
 
 void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin) {
     auto& page = m_views.boardPage;
-    auto* const inbox = m_boards.inboxBoard();
+    // After a restore the same board is another record.
+    auto* const again = board ? m_boards.board(board->id()) : nullptr;
+    auto* const next = again && isListed(*again) ? again : m_boards.inboxBoard();
     const auto isGone = !board || !isListed(*board);
-    if (!isGone || !inbox || page.board() != board) {
+    if (!isGone || !next || page.board() != board) {
         return;
     }
     const auto name = page.title();
-    const auto saysSo = page.giveWayTo(*inbox);
-    if (!saysSo && board && origin == store::ChangeSet::Origin::elsewhere) {
+    const auto saysSo = page.giveWayTo(*next);
+    if (!saysSo && board && next != again && origin == store::ChangeSet::Origin::elsewhere) {
         page.tell(board->isLive() ? tr("Another program archived “%1”.").arg(name)
                                   : tr("Another program deleted “%1”.").arg(name));
     }

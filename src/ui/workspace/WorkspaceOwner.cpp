@@ -4,6 +4,7 @@ namespace korvex::ui {
 
 WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
     : m_context(surroundings.container),
+      m_undo(surroundings.clock),
       m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
       m_scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,

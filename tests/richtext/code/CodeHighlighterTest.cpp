@@ -222,6 +222,18 @@ TEST(HighlightQueue, IsBoundedAndKeepsTheNewest) {
     EXPECT_EQ(count, HighlightQueue::kMaximumWaiting + 1);
 }
 
+TEST(HighlightQueue, DropsWhatNobodyHasAskedForAgain) {
+    HighlightQueue queue;
+    queue.ask(CodeKey::of(u"a", "cpp"), u"a");
+    queue.ask(CodeKey::of(u"b", "cpp"), u"b");
+    queue.forgetUnwanted();
+    queue.ask(CodeKey::of(u"a", "cpp"), u"a");
+    queue.forgetUnwanted();
+    ASSERT_FALSE(queue.isEmpty());
+    EXPECT_EQ(queue.takeNewest().code, u"a");
+    EXPECT_TRUE(queue.isEmpty());
+}
+
 TEST(ScopeCache, ForgetsWhatWasAskedForLongestAgo) {
     constexpr std::size_t kUnits = 100;
     ScopeCache cache(kUnits);
@@ -242,6 +254,10 @@ TEST(ScopeCache, ForgetsWhatWasAskedForLongestAgo) {
 
     cache.insert(key(10), {});
     EXPECT_TRUE(cache.find(key(10))->empty());
+    for (const std::size_t there : {11U, 12U}) {
+        cache.insert(key(there), {});
+    }
+    EXPECT_NE(cache.find(key(5)), nullptr) << "the room of the stretch was free again";
     const auto huge = CodeKey::of(std::u16string(1000, u'z'), "cpp");
     cache.insert(huge, {});
     EXPECT_NE(cache.find(huge), nullptr);

@@ -1,11 +1,9 @@
-#include "ui/editor/ListEditing.h"
 #include "ui/editor/RichTextFixture.h"
-#include "ui/text/TextFormats.h"
 
 #include <QClipboard>
 #include <QMimeData>
 
-#include <map>
+#include <gmock/gmock.h>
 
 namespace korvex::ui {
 namespace {
@@ -72,6 +70,10 @@ INSTANTIATE_TEST_SUITE_P(
         Pasting{"one that is the same goes on", "<Ctrl+Shift+8>a<Return><Tab>b",
                 "<ul style='list-style-type: circle'><li>x</li><li>y<ul><li>z</li></ul></li></ul>",
                 "- a\n  {circle} bx\n  {circle} y\n    {circle} z"},
+        Pasting{"but lists go no deeper than nine",
+                "<Ctrl+Shift+7>a<Tab><Tab><Tab><Tab><Tab><Tab><Tab><Tab>",
+                "<ol type=i><li>x<ol><li>y</li></ol></li></ol>",
+                "                {lower-roman}. ax\n  1. y"},
         Pasting{"a code block stays outside", "<Ctrl+Shift+8>a<Return>", "<pre>x\ny</pre><p>z</p>",
                 "- a\nauto> x\nauto> y\n- z"},
         Pasting{"a table, too", "<Ctrl+Shift+8>a<Return>b",
@@ -81,12 +83,16 @@ INSTANTIATE_TEST_SUITE_P(
     Lines, Pastings,
     ::testing::Values(
         Pasting{"words look like those around them", "<Ctrl+B>ab<Left>", "x", "*axb*"},
+        Pasting{"and like those they replace", "a<Ctrl+B>b<Shift+Left>", "x", "a*x*"},
         Pasting{"formats are kept", "<Ctrl+B>ab<Left>", "<i>x</i>", "*a*/x/*b*"},
         Pasting{"a link goes on inside only", "ab<Ctrl+A><link><Home><Right>", "x",
                 "[axb](https://e.org)"},
         Pasting{"words in a heading", "<Ctrl+Alt+1>ab<Left>", "x", "# axb"},
         Pasting{"formatted ones", "<Ctrl+Alt+1>ab<Left>", "<h3>x</h3>", "# axb"},
         Pasting{"lines in a heading", "<Ctrl+Alt+1>ab<Left>", "x\ny\nz", "# ax\ny\n# zb"},
+        Pasting{"lines that end in one",
+                "ab<Return><Ctrl+Alt+1>cd<Left><Shift+Up><Shift+Home><Shift+Right>", "x\ny",
+                "ax\n# yd"},
         Pasting{"lines before one", "<Ctrl+Alt+1>ab<Home>", "x\ny\n", "x\ny\n# ab"},
         Pasting{"lines behind one", "<Ctrl+Alt+1>ab", "x\ny", "# abx\ny"},
         Pasting{"lines in an empty one", "<Ctrl+Alt+2>", "x\ny", "## x\ny"},
@@ -108,15 +114,6 @@ INSTANTIATE_TEST_SUITE_P(
                 "|0,0 \n|0,1 \n|1,0 ax\n|1,0 y\n|1,1 \n\n"}));
 
 TEST_F(PastingTest, NumbersGoOnThroughWhatIsPasted) {
-    const auto markers = [this] {
-        std::string result;
-        std::map<const QTextList*, int> items;
-        for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
-            const auto* const list = block.textList();
-            result += list ? markerTextOf(*list, items[list]++).toStdString() : "-";
-        }
-        return result;
-    };
     typed("<Ctrl+Shift+7>a<Return><Tab>b<Return>c<Return><Shift+Tab>d<Up><End>");
     ASSERT_EQ(markers(), "1.a.b.2.");
     paste("x\ny");
@@ -126,6 +123,27 @@ TEST_F(PastingTest, NumbersGoOnThroughWhatIsPasted) {
     edit.undo();
     edit.undo();
     EXPECT_EQ(markers(), "1.a.b.2.");
+}
+
+TEST_F(PastingTest, CellsThatAreReplacedSayNothingOfTheLastLine) {
+    typed("<table>ab<Tab><Ctrl+Alt+1>cd<Home><Shift+Left>");
+    ASSERT_TRUE(edit.textCursor().hasComplexSelection());
+    paste("x\ny");
+    EXPECT_THAT(content(), ::testing::StartsWith("|0,0 *x*\n|0,0 *y*\n|0,1 "));
+}
+
+TEST_F(PastingTest, WhatJoinsAListIsMovedInLikeItsItems) {
+    typed("<Ctrl+Shift+8>a<Return>");
+    paste("<h2>x</h2><p align=center>y</p><p>z</p>");
+    const auto text = edit.content();
+    EXPECT_EQ(text.text(), u"a\nx\ny\nz");
+    const auto& item = text.styleAt(0);
+    text.forEachParagraph([&](const richtext::AttributedString::ParagraphRun& paragraph) {
+        EXPECT_EQ(paragraph.style.lists, item.lists);
+        EXPECT_EQ(paragraph.style.leftIndent, item.leftIndent);
+        EXPECT_EQ(paragraph.style.tabStops, item.tabStops);
+    });
+    EXPECT_EQ(text.styleAt(4).alignment, richtext::TextAlignment::center);
 }
 
 } // namespace

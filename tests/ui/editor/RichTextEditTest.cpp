@@ -5,9 +5,11 @@
 #include "richtext/table/RichTextTable.h"
 #include "ui/editor/RichTextFixture.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QClipboard>
 #include <QMimeData>
 #include <QSignalSpy>
+#include <QTextLayout>
 #include <QTextTable>
 
 namespace korvex::ui {
@@ -54,6 +56,10 @@ INSTANTIATE_TEST_SUITE_P(
         Typing{"inside it is", "ab<Ctrl+A><link><Home><Right>c", "[acb](https://e.org)"},
         Typing{"a link without a selection", "a<link>b", "a[https://e.org](https://e.org)b"},
         Typing{"Return leaves link and code", "<Ctrl+E>x<Return>y", "`x`\ny"},
+        Typing{"also in the middle of a link", "ab<Ctrl+A><link><Home><Right><Return>c",
+               "[a](https://e.org)\nc[b](https://e.org)"},
+        Typing{"which leaves nothing of it behind", "ab<Ctrl+A><link><Home><Right><Return><Del>c",
+               "[a](https://e.org)\nc"},
         Typing{"bold goes on", "<Ctrl+B>x<Return>y", "*x*\n*y*"}));
 
 INSTANTIATE_TEST_SUITE_P(
@@ -67,6 +73,7 @@ INSTANTIATE_TEST_SUITE_P(
         Typing{"Return in an empty heading ends it", "<Ctrl+Alt+1><Return>a", "a"},
         Typing{"Backspace at its front ends it", "<Ctrl+Alt+1>ab<Home><Backspace>", "ab"},
         Typing{"bold is what a heading is", "<Ctrl+Alt+1>a<Ctrl+B>b", "# ab"},
+        Typing{"and stays", "<Ctrl+Alt+1>ab<Ctrl+A><Ctrl+B>", "# ab"},
         Typing{"several paragraphs", "a<Return>b<Return>c<Shift+Up><Ctrl+Alt+1>", "a\n# b\n# c"},
         Typing{"a line break inside", "a<Shift+Return>b", "a\u2028b"},
         Typing{"Tab in plain text", "a<Tab>b", "a\tb"}));
@@ -112,6 +119,9 @@ INSTANTIATE_TEST_SUITE_P(
         Typing{"links stay", "ab<Ctrl+A><link><code>", "auto> [ab](https://e.org)"},
         Typing{"code in a line is not bold", "<Ctrl+B>a<Ctrl+A><Ctrl+E>", "`a`"},
         Typing{"a heading ends it", "<code>a<Ctrl+Alt+1>", "# a"},
+        Typing{"is no code in a line", "a<Return><code>b<Ctrl+A><Ctrl+E>", "`a`\nauto> b"},
+        Typing{"nor can be", "<code>ab<Ctrl+A><Ctrl+E>", "auto> ab"},
+        Typing{"nor an item", "a<Return><code>b<Ctrl+A><Ctrl+Shift+8>", "- a\nauto> b"},
         Typing{"code in a line outlives a heading", "<Ctrl+E>a<Ctrl+E> b<Ctrl+Alt+1><Ctrl+Alt+0>",
                "`a` b"},
         Typing{"Backspace at its front ends its first line",
@@ -237,6 +247,87 @@ TEST_F(RichTextEditTest, ItemsThatMoveInGoOnWithTheListOfTheItemAboveThem) {
     EXPECT_EQ(content(), "1. a\n  {lower-alpha}. b\n  {lower-alpha}. c\n    {lower-roman}. d");
 }
 
+TEST_F(RichTextEditTest, NumbersGoOnInTheListThatAnItemComesTo) {
+    typed("<Ctrl+Shift+7>a<Return><Tab>b");
+    EXPECT_EQ(markers(), "1.a.");
+    type(QStringLiteral("<Shift+Tab>"));
+    EXPECT_EQ(markers(), "1.2.");
+    typed("<Ctrl+Shift+7>a<Return><Tab>b<Return><Return><Return>c<Ctrl+Shift+7>");
+    EXPECT_EQ(markers(), "1.a.2.") << "the outermost list above goes on";
+    edit.undo();
+    EXPECT_EQ(markers(), "1.a.-");
+}
+
+TEST_F(RichTextEditTest, EveryItemHasANumberOfItsOwn) {
+    const auto marker = [this](int line) {
+        const auto block = edit.document()->findBlockByNumber(line);
+        const auto rect = edit.document()->documentLayout()->blockBoundingRect(block).toRect();
+        const auto left = static_cast<int>(block.layout()->lineAt(0).x());
+        return edit.viewport()->grab({0, rect.top(), left, rect.height()}).toImage();
+    };
+    typed("<Ctrl+Shift+7>a<Return>a<Return>b");
+    EXPECT_NE(marker(0), marker(1));
+    type(QStringLiteral("<Up><Home><Backspace>"));
+    EXPECT_EQ(markers(), "1.-2.");
+    typed("<Ctrl+Shift+8>a<Return>a<Return>b");
+    EXPECT_EQ(marker(0), marker(1));
+}
+
+TEST_F(RichTextEditTest, ListsOfOneCellHaveNothingToDoWithThoseOfTheNext) {
+    using namespace richtext;
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
+    auto text = RichTextTable::make(1, 4);
+    text.editStyles({0, 3}, [&](ParagraphStyle& style) { style.lists = {list}; });
+    edit.setContent(text);
+    const auto cell = [&](int column) {
+        const auto* const table =
+            qobject_cast<QTextTable*>(edit.document()->rootFrame()->childFrames().front());
+        return table->cellAt(0, column).firstCursorPosition();
+    };
+    const auto listIn = [&](int column) {
+        const auto lists = listsOf(cell(column).block());
+        return lists.empty() ? nullptr : lists.back();
+    };
+    auto both = cell(0);
+    both.setPosition(cell(2).position(), QTextCursor::KeepAnchor); // which is not touched
+    nestLists(both, Nesting::deeper, edit.look());
+    EXPECT_NE(listIn(0), list);
+    EXPECT_NE(listIn(1), list);
+    EXPECT_NE(listIn(0), listIn(1));
+    nestLists(cell(2), Nesting::deeper, edit.look());
+    EXPECT_NE(listIn(1), listIn(2));
+    toggleList(cell(3), QStringLiteral("{decimal}."), edit.look());
+    EXPECT_TRUE(listIn(3));
+    EXPECT_NE(listIn(3), list);
+}
+
+TEST_F(RichTextEditTest, BetweenTwoLinksOrTwoPiecesOfCodeIsNeither) {
+    using namespace richtext;
+    struct Case {
+        CharacterAttributes left;
+        CharacterAttributes right;
+        const char* expected;
+    };
+    for (const auto& [left, right, expected] :
+         {Case{{.link = "a:"}, {.link = "b:"}, "[l](a:)x[r](b:)"},
+          Case{CodeSyntax::attributes("c", CodeKind::inlineCode),
+               CodeSyntax::attributes("go", CodeKind::inlineCode), "`l`x`r`"}}) {
+        auto text = AttributedString(u"l", left);
+        text.append(AttributedString(u"r", right));
+        edit.setContent(RichTextSerializer::normalized(text));
+        type(QStringLiteral("<Right>x"));
+        EXPECT_EQ(content(), expected);
+    }
+}
+
+TEST_F(RichTextEditTest, ShiftTabTakesATabAsWellAsBlanks) {
+    using namespace richtext;
+    edit.setContent(RichTextSerializer::normalized(
+        AttributedString(u"\ta\n      b\n c", CodeSyntax::attributes("c", CodeKind::block))));
+    type(QStringLiteral("<Ctrl+A><Shift+Tab>"));
+    EXPECT_EQ(content(), "c> a\nc>   b\nc> c");
+}
+
 TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {
     typed("<Ctrl+Shift+7>a<Return>b<Return><Tab>c<Ctrl+A>");
     struct Step {
@@ -291,6 +382,9 @@ TEST_F(RichTextEditTest, ALinkIsChangedAndTakenAwayAsAWhole) {
     EXPECT_EQ(content(), "ab cd");
     edit.setLink({});
     EXPECT_EQ(content(), "ab cd") << "where there is none, nothing happens";
+    typed("ab<Return>c<Up><Home><Shift+End><link><Home><Right><Return>");
+    EXPECT_EQ(content(), "[a](https://e.org)\n[b](https://e.org)\nc");
+    EXPECT_EQ(edit.content().attributesAt(3).link, "") << "the end of a paragraph is no part of it";
 }
 
 TEST_F(RichTextEditTest, NothingGoesBeyondTheLimit) {

@@ -5,9 +5,13 @@
 #include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TableEditing.h"
+#include "ui/text/TextFormats.h"
 #include "ui/text/TextLook.h"
 
 #include <QRegularExpression>
+#include <QTextList>
+
+#include <map>
 
 namespace korvex::tests {
 
@@ -46,6 +50,16 @@ protected:
         }
     }
     std::string content() { return dump(edit.content()); }
+    /// What is drawn before the items of lists; "-" for what is no item.
+    std::string markers() {
+        std::string result;
+        std::map<const QTextList*, int> items;
+        for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
+            const auto* const list = block.textList();
+            result += list ? ui::markerTextOf(*list, items[list]++).toStdString() : "-";
+        }
+        return result;
+    }
     std::string typed(const char* keys) {
         edit.setContent({});
         type(QString::fromUtf8(keys));

@@ -405,6 +405,17 @@ TEST_F(BoardPageTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {
     EXPECT_GE(label.width(), label.sizeHint().width()) << "when it arrives while one types";
 }
 
+TEST_F(BoardPageTest, TheLabelOfAnEditedTodoFollowsTheClock) {
+    auto& todo = *add({"a"}).front();
+    own.entries.updateSchedule(todo, model::TodoSchedule::dueAt(kNow + 60), kNow);
+    edit(0);
+    const auto& label = *editor().findChild<QToolButton*>();
+    EXPECT_TRUE(label.text().startsWith(QStringLiteral("Today")));
+    clock.advance(120);
+    workspace.scheduleClock.refresh();
+    EXPECT_TRUE(label.text().startsWith(QStringLiteral("Overdue")));
+}
+
 TEST_F(BoardPageTest, ControlReturnInAnEditorStoresAndCompletes) {
     const auto todos = add({"a"});
     edit(0);

@@ -451,6 +451,12 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
             }
             key(Qt::Key_Escape);
             EXPECT_EQ(storedTexts(*inbox), each.result);
+            if (each.result.size() > 1) {
+                own.undo.undo();
+                EXPECT_THAT(storedTexts(*inbox), ElementsAre(each.theirs)) << "and not twice";
+                own.undo.redo();
+                EXPECT_EQ(storedTexts(*inbox), each.result);
+            }
             own.entries.deleteEntries(*inbox);
         }
     }
@@ -486,6 +492,15 @@ TEST_F(StoringWhileTypingTest, OneEditingIsOneStepOfUndo) {
     key(Qt::Key_Escape);
     own.undo.undo();
     EXPECT_EQ(entry.content(), "their abcd!") << "what another wrote in between is not taken back";
+
+    const auto latest = own.undo.nextUndo()->id;
+    edit(entry);
+    type("!");
+    runLoop.advance(kPause);
+    key(Qt::Key_Backspace);
+    runLoop.advance(kPause);
+    key(Qt::Key_Escape);
+    EXPECT_EQ(own.undo.nextUndo()->id, latest) << "nothing is left of it to take back";
 
     page.startTodo();
     type("ne");

@@ -57,6 +57,18 @@ TEST_F(SearchPageTest, RowsSayWhatTheyAreAndWhere) {
     EXPECT_EQ(list().currentRow(), 0) << "Return opens the first without more ado";
 }
 
+TEST_F(SearchPageTest, WhatFallsDueIsSaidWithoutAClick) {
+    workspace.scheduleClock.start(*own.container);
+    const auto todos = add({"Buy milk"});
+    own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueAt(kNow + 60), kNow);
+    page.search(QStringLiteral("milk"));
+    runLoop.runPosted();
+    EXPECT_THAT(rows(), ElementsAre(::testing::Not(::testing::HasSubstr("Overdue"))));
+    clock.advance(61);
+    runLoop.advance(61);
+    EXPECT_THAT(rows(), ElementsAre(::testing::HasSubstr("Overdue")));
+}
+
 TEST_F(SearchPageTest, NothingFoundIsSaidInWords) {
     add({"Bread"});
     page.search(QStringLiteral("milk "));

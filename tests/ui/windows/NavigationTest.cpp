@@ -1,5 +1,6 @@
 #include "ui/windows/Navigation.h"
 
+#include "support/RestoredStore.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/boards/RowDragTypes.h"
@@ -235,6 +236,17 @@ TEST_F(NavigationTest, ABoardThatIsDeletedElsewhereGivesWayToTheInbox) {
     });
     EXPECT_TRUE(QTest::qWaitFor([this] { return page().board() == inbox; }));
     EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
+}
+
+TEST_F(NavigationTest, ABoardThatIsRestoredElsewhereStaysInSight) {
+    own.entries.createTodos({.contents = {"kept"}, .board = *work, .now = kNow});
+    open();
+    navigation().showBoard(*work);
+    elsewhere([](tests::StoreClient& client) { tests::restoreEverything(client.context); });
+    EXPECT_TRUE(QTest::qWaitFor([this] { return page().board()->isLive(); }));
+    EXPECT_EQ(page().board()->id(), work->id());
+    ASSERT_TRUE(page().entries().entry(0));
+    EXPECT_EQ(page().entries().entry(0)->content(), "kept");
 }
 
 TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
