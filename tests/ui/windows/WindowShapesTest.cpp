@@ -6,6 +6,7 @@
 #include "ui/entries/RowRefusal.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/PageStack.h"
@@ -251,7 +252,11 @@ TEST_F(WindowShapesTest, FromRightToLeftEverythingIsTurned) {
     EXPECT_EQ(dueFromRight.left() - placeOf(0).left(), dueMargin) << "at the other end of the row";
     EXPECT_EQ(placeOf(0).width() - 1 - circle(1), fromLeft)
         << "the circle is at the right, of every row";
+    EXPECT_EQ(isolated(QStringLiteral("שלום")), QStringLiteral("שלום"));
+    EXPECT_EQ(isolated(QStringLiteral("Buy milk")).size(), 10);
     QApplication::setLayoutDirection(Qt::LeftToRight);
+    EXPECT_EQ(isolated(QStringLiteral("Buy milk")), QStringLiteral("Buy milk"));
+    EXPECT_EQ(isolated(QStringLiteral("Buy שלום")).size(), 10) << "it moves nothing around it";
 }
 
 TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {

@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 /// Where `place`, reckoned as if lines began at the left, lies within `bounds` in the direction of
@@ -66,13 +68,20 @@ inline Qt::LayoutDirection directionOf(const QString& text) {
     return QGuiApplication::layoutDirection();
 }
 
-/// Words of the user's for within a sentence, which keep their own direction there.
+/// Words of the user's for within a sentence of the window's language: where some of them run the
+/// other way, they keep that to themselves.
 inline QString isolated(const QString& words) {
     constexpr QChar kFirstStrongIsolate(0x2068);
     constexpr QChar kPopDirectionalIsolate(0x2069);
-    return directionOf(words) == QGuiApplication::layoutDirection()
-               ? words
-               : kFirstStrongIsolate + words + kPopDirectionalIsolate;
+    const auto isOther = [](QChar character) {
+        const auto direction = character.direction();
+        return QGuiApplication::isRightToLeft()
+                   ? direction == QChar::DirL
+                   : direction == QChar::DirR || direction == QChar::DirAL;
+    };
+    return std::any_of(words.begin(), words.end(), isOther)
+               ? kFirstStrongIsolate + words + kPopDirectionalIsolate
+               : words;
 }
 
 } // namespace korvex::ui
