@@ -153,7 +153,7 @@ void BoardPage::showEntry(model::Entry& entry) {
     }
 }
 
-bool BoardPage::giveWayTo(model::Board& board) {
+BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
     const auto isSame = this->board() && this->board()->id() == board.id();
     const auto why = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
                                  "typed, or discard it.")
@@ -161,9 +161,15 @@ bool BoardPage::giveWayTo(model::Board& board) {
                                  "here, or discard it.");
     const auto before = title();
     const auto words = m_editing.takeAway();
-    // Where the other board cannot be read, they stay on this one.
     const auto isShown = showBoard(board);
-    return words && resume(*words, why.arg(before)) && isShown;
+    if (!words) {
+        return isShown ? GivenWay::alone : GivenWay::no;
+    }
+    // Where the other board cannot be read, they stay on this one, or wait.
+    if (!resume(*words, why.arg(before))) {
+        Q_EMIT resumeRequested(*words);
+    }
+    return isShown ? GivenWay::withWords : GivenWay::no;
 }
 
 bool BoardPage::resume(const app::Draft& draft, const QString& why) {

@@ -30,9 +30,16 @@ public:
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
+    enum class GivenWay {
+        /// The board could not be read, which the page says.
+        no,
+        alone,
+        /// The editor says where they were typed.
+        withWords,
+    };
     /// Shows this board, since the other is gone. What was typed there and can be stored nowhere
-    /// comes along, and says so. False when there was no such thing.
-    bool giveWayTo(model::Board& board);
+    /// comes along.
+    GivenWay giveWayTo(model::Board& board);
     /// Goes on with a draft in its place on this board; `why` says where it comes from. False when
     /// what is being edited cannot be left.
     bool resume(const app::Draft& draft, const QString& why);

@@ -51,17 +51,21 @@ void DraftOffers::tellUnreadable() {
 }
 
 void DraftOffers::showNext() {
-    m_offer = 0;
-    const auto next = m_waiting.front();
-    auto* const board = boardOf(next.draft);
-    if (!board) {
+    m_boardPage.banner().end(std::exchange(m_offer, 0));
+    if (m_waiting.empty()) {
         return;
     }
-    m_navigation.openBoard(*board);
-    // Where something else cannot be left, this one waits with the others.
-    if (m_boardPage.board() == board && m_boardPage.resume(next.draft, whereFrom(next, *board))) {
-        std::erase_if(m_waiting,
-                      [&](const Waiting& each) { return each.draft.id == next.draft.id; });
+    // What is edited until now ends with this, and asks what else waits.
+    auto next = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    auto* const board = boardOf(next.draft);
+    if (board) {
+        m_navigation.openBoard(*board);
+    }
+    if (!board || m_boardPage.board() != board ||
+        !m_boardPage.resume(next.draft, whereFrom(next, *board))) {
+        // Where something else cannot be left, this one waits with the others.
+        m_waiting.push_front(std::move(next));
     }
 }
 

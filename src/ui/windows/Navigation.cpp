@@ -151,8 +151,9 @@ void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Ori
         return;
     }
     const auto name = page.title();
-    const auto saysSo = page.giveWayTo(*next);
-    if (!saysSo && board && next != again && origin == store::ChangeSet::Origin::elsewhere) {
+    const auto givenWay = page.giveWayTo(*next);
+    if (givenWay == BoardPage::GivenWay::alone && board && next != again &&
+        origin == store::ChangeSet::Origin::elsewhere) {
         page.tell(board->isLive() ? tr("Another program archived “%1”.").arg(name)
                                   : tr("Another program deleted “%1”.").arg(name));
     }

@@ -109,6 +109,23 @@ TEST_F(DraftOffersTest, OneMessageWaitsForAnother) {
     EXPECT_THAT(drafts(), SizeIs(1)) << "and is offered at the next start";
 }
 
+TEST_F(DraftOffersTest, WhatComesBackOutOfTurnIsNotOfferedAgain) {
+    keep("first", inbox->id(), 1);
+    keep("second", inbox->id(), 2);
+    open();
+    EXPECT_EQ(edited(), "first");
+
+    const auto discarded = keep("discarded", work->id());
+    Q_EMIT page().resumeRequested(discarded);
+    EXPECT_EQ(edited(), "discarded");
+    EXPECT_EQ(banner(), "More was typed and not stored.");
+    press("Show");
+    EXPECT_EQ(edited(), "second");
+    EXPECT_EQ(banner(), "");
+    EXPECT_TRUE(page().leave());
+    EXPECT_EQ(banner(), "");
+}
+
 TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
     keep("of nowhere", base::Uuid::random());
     own.boards.setArchived(true, *work, kNow);
