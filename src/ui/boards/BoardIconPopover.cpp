@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QToolButton>
+#include <QVBoxLayout>
 
 #include <algorithm>
 

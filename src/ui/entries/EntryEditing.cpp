@@ -428,6 +428,10 @@ void EntryEditing::walk(int direction) {
 }
 
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
+    if (!m_editors.current().isBlank()) {
+        storeSoFar(); // what was typed until now is a step of its own, and stays when this is
+                      // undone
+    }
     // The end of the text has gone with the last line: neither without the other.
     const services::UndoManager::Group paste(m_undo, "Paste");
     const auto isDraft = m_edited.isDraft();

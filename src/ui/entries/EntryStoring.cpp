@@ -39,7 +39,11 @@ void EntryStoring::storeSoFar() {
     if (!m_edited.isOpen()) {
         return;
     }
-    if (!m_editors.current().isBlank()) {
+    if (auto& editor = m_editors.current(); !editor.isBlank()) {
+        if (editor.says(RowEditor::Until::stored)) {
+            // The last try was refused, and the next may wait long for another's lock before it is.
+            static_cast<void>(m_drafts.keep());
+        }
         if (const auto refused = tryToStore()) {
             refuse(*refused);
         }

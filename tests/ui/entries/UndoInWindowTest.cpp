@@ -240,6 +240,30 @@ TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
     EXPECT_EQ(text.content(), "before after");
 }
 
+TEST_F(UndoInWindowTest, LinesThatAreTakenBackLeaveWhatWasTypedBefore) {
+    add({"alpha"});
+    const auto typeAndPaste = [](const char* typed) {
+        type(typed);
+        key(Qt::Key_Home, Qt::ShiftModifier);
+        QApplication::clipboard()->setText(QStringLiteral("S1\nS2"));
+        key(Qt::Key_V, Qt::ControlModifier);
+    };
+    select(0);
+    key(Qt::Key_Return);
+    typeAndPaste(" precious");
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("S1", "S2"));
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("alpha precious"));
+
+    key(Qt::Key_N, Qt::ControlModifier);
+    typeAndPaste("typed with care");
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("alpha precious", "S1", "S2"));
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("alpha precious", "typed with care"));
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("alpha precious"));
+}
+
 TEST_F(UndoInWindowTest, ASplitThatIsTakenBackKeepsWhatWasTypedBefore) {
     addText("one");
     select(0);

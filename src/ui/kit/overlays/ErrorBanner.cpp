@@ -53,6 +53,9 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     hide();
     m_action->hide();
     m_action->setAutoRaise(true);
+    // A click on what goes with it leaves the keyboard where one types.
+    m_action->setFocusPolicy(Qt::TabFocus);
+    m_close->setFocusPolicy(Qt::TabFocus);
     m_end->setSingleShot(true);
     m_end->setInterval(kNoticeShown);
     connect(m_end, &QTimer::timeout, this, &ErrorBanner::endShown);
