@@ -42,11 +42,12 @@ public:
     /// Absent while the reminder is a moment of the user's own.
     std::optional<TodoReminderPreset> reminderPreset;
 
-    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
     base::Instant due() const { return m_due; }
     /// The user has chosen it, be it the moment that it was: a day of the original that the zone
     /// skipped is kept until then.
     void setDue(base::Instant due);
+
+    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
     bool isCompleted() const { return m_settings.completed; }
     const model::TodoSchedule& original() const { return m_original; }
 
