@@ -25,7 +25,11 @@ std::vector<model::Entry*> FollowedEntries::readAll() {
 FollowedEntries::Changes FollowedEntries::of(const store::ChangeSet& changes) {
     Changes result{.entries = {}, .deleted = changes.deleted};
     for (const auto& id : changes.deleted) {
-        m_boards.erase(id);
+        // One that came back in another row is among the inserted, too, and is compared there with
+        // what it was.
+        if (m_boards.contains(id) && !m_context.find<model::Board>(id)) {
+            m_boards.erase(id);
+        }
     }
     if (changes.inserted.size() > kManyInserted) {
         result.entries = readAll();

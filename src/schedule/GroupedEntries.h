@@ -117,11 +117,12 @@ private:
         if (!held.key) {
             return;
         }
-        auto& entries = m_groups.of(held.key->group);
-        const auto place = placeOf({*held.key, held.entry}, entries);
-        assert(place != entries.end() && *place == held.entry);
-        entries.erase(place);
-        if (entries.empty()) {
+        auto* const entries = m_groups.find(held.key->group);
+        assert(entries);
+        const auto place = placeOf({*held.key, held.entry}, *entries);
+        assert(place != entries->end() && *place == held.entry);
+        entries->erase(place);
+        if (entries->empty()) {
             m_groups.remove(held.key->group);
         }
         --m_shownCount;

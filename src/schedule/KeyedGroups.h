@@ -22,12 +22,20 @@ public:
         const auto index = indexOf(key);
         return isAt(index, key) ? &m_groups[index].entries : nullptr;
     }
+    Entries* find(std::uint64_t key) {
+        const auto index = indexOf(key);
+        return isAt(index, key) ? &m_groups[index].entries : nullptr;
+    }
     /// The entries of the group, which is made where there is none.
     Entries& of(std::uint64_t key) {
         const auto index = indexOf(key);
         if (!isAt(index, key)) {
-            m_keys.insert(m_keys.begin() + static_cast<std::ptrdiff_t>(index), key);
+            // The room for the key comes first: once the group is in, nothing may fail.
+            if (m_keys.size() == m_keys.capacity()) {
+                m_keys.reserve(2 * m_keys.size() + 1);
+            }
             m_groups.insert(m_groups.begin() + static_cast<std::ptrdiff_t>(index), emptyGroup(key));
+            m_keys.insert(m_keys.begin() + static_cast<std::ptrdiff_t>(index), key);
         }
         return m_groups[index].entries;
     }

@@ -14,7 +14,7 @@ constexpr const char* kWindowRefusal = "Choose a start time before the end time 
 constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
 constexpr const char* kWindowAnchor =
     "The end time is the deadline. Reminder presets count back from the end time.";
-constexpr const char* kAllDayAnchor = "Without a due time, presets count back from ";
+constexpr const char* kAllDayAnchor = "Without a due time, presets count back from %1.";
 
 constexpr double kHour = 3600;
 
@@ -70,26 +70,29 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
 
     hasTime = !m_original.dueDay && isPresent(m_original.dueDate);
     hasDue = hasTime || (m_original.dueDay && effective);
-    due = hasDue ? *effective : proposed;
-    if (hasDue && !hasTime) {
-        m_dueOfOriginalDay = due;
-    }
+    m_due = hasDue ? *effective : proposed;
+    m_isDueOfOriginalDay = hasDue && !hasTime;
     hasWindow = hasTime && isPresent(m_original.dueStartDate);
-    start = hasWindow ? *m_original.dueStartDate : proposedStart(due, calendar);
-    startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(due);
+    start = hasWindow ? *m_original.dueStartDate : proposedStart(m_due, calendar);
+    startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(m_due);
     hasReminder = isPresent(m_original.reminderDate);
     reminder = hasReminder ? *m_original.reminderDate : nextHour;
     m_initial = schedule();
 }
 
+void TodoScheduleEditor::setDue(base::Instant due) {
+    m_due = due;
+    m_isDueOfOriginalDay = false;
+}
+
 std::optional<base::DayNumber> TodoScheduleEditor::dueDay() const {
-    return m_dueOfOriginalDay == due ? m_original.dueDay : m_formats.calendar().day(due);
+    return m_isDueOfOriginalDay ? m_original.dueDay : m_formats.calendar().day(m_due);
 }
 
 std::optional<base::Instant> TodoScheduleEditor::anchor() const {
     const auto& calendar = m_formats.calendar();
     if (hasTime) {
-        return hasWindow ? windowEnd() : due;
+        return hasWindow ? windowEnd() : m_due;
     }
     const auto day = dueDay();
     return day ? allDayAnchor(*day, m_settings.defaultReminderMinutes, calendar) : std::nullopt;
@@ -105,15 +108,18 @@ void TodoScheduleEditor::updatePresetReminder() {
     reminder = moved.value_or(reminder);
 }
 
-std::optional<std::string> TodoScheduleEditor::anchorExplanation() const {
+std::optional<TodoScheduleEditor::Explanation> TodoScheduleEditor::anchorExplanation() const {
     if (!hasReminder || !hasDue) {
         return std::nullopt;
     }
     if (hasTime) {
-        return hasWindow ? std::optional<std::string>(kWindowAnchor) : std::nullopt;
+        return hasWindow ? std::optional(Explanation{.text = kWindowAnchor, .time = std::nullopt})
+                         : std::nullopt;
     }
     const auto from = anchor();
-    return from ? std::optional(kAllDayAnchor + m_formats.shortTime(*from) + ".") : std::nullopt;
+    return from ? std::optional(
+                      Explanation{.text = kAllDayAnchor, .time = m_formats.shortTime(*from)})
+                : std::nullopt;
 }
 
 std::optional<base::Instant> TodoScheduleEditor::windowStart() const {
@@ -121,7 +127,7 @@ std::optional<base::Instant> TodoScheduleEditor::windowStart() const {
     if (startHasOwnDay) {
         return start.isValid() ? std::optional(start) : std::nullopt;
     }
-    const auto date = calendar.components(due);
+    const auto date = calendar.components(m_due);
     auto fields = calendar.components(start);
     if (!date || !fields) {
         return std::nullopt;
@@ -138,7 +144,7 @@ std::optional<base::Instant> TodoScheduleEditor::windowStart() const {
 }
 
 std::optional<base::Instant> TodoScheduleEditor::windowEnd() const {
-    return due.isValid() ? std::optional(due) : std::nullopt;
+    return m_due.isValid() ? std::optional(m_due) : std::nullopt;
 }
 
 std::optional<std::string> TodoScheduleEditor::check(base::Instant now) const {
@@ -164,7 +170,7 @@ std::optional<model::TodoSchedule> TodoScheduleEditor::schedule() const {
             return std::nullopt;
         }
     } else if (hasDue) {
-        result.dueDate = due;
+        result.dueDate = m_due;
         if (hasWindow) {
             result.dueDate = windowEnd();
             result.dueStartDate = windowStart();

@@ -37,11 +37,15 @@ public:
     /// The window of the original starts on another day than it ends. Then `start` counts as it is,
     /// or opening such a window would squeeze it into one day.
     bool startHasOwnDay = false;
-    base::Instant due;
     bool hasReminder = false;
     base::Instant reminder;
     /// Absent while the reminder is a moment of the user's own.
     std::optional<TodoReminderPreset> reminderPreset;
+
+    base::Instant due() const { return m_due; }
+    /// The user has chosen it, be it the moment that it was: a day of the original that the zone
+    /// skipped is kept until then.
+    void setDue(base::Instant due);
 
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
     bool isCompleted() const { return m_settings.completed; }
@@ -49,8 +53,14 @@ public:
 
     /// Moves the reminder to its preset, if one is chosen and there is something due.
     void updatePresetReminder();
+    /// In English, to be translated; "%1" in it stands for the time where there is one.
+    struct Explanation {
+        std::string text;
+        std::optional<std::string> time;
+        bool operator==(const Explanation&) const = default;
+    };
     /// What the presets count back from, when that needs a word; absent otherwise.
-    std::optional<std::string> anchorExplanation() const;
+    std::optional<Explanation> anchorExplanation() const;
 
     /// The first check that fails at `now`, in the user's words; absent when all pass.
     std::optional<std::string> check(base::Instant now) const;
@@ -76,9 +86,9 @@ private:
     model::TodoSchedule m_original;
     /// What the fields described at first: the original without what makes no sense.
     std::optional<model::TodoSchedule> m_initial;
-    /// Where `due` stands for the original's day: one that the zone skipped has no moment of its
-    /// own.
-    std::optional<base::Instant> m_dueOfOriginalDay;
+    base::Instant m_due;
+    /// `m_due` stands for the original's day: one that the zone skipped has no moment of its own.
+    bool m_isDueOfOriginalDay = false;
     Settings m_settings;
     const base::DateFormats& m_formats;
     OnSave m_onSave;

@@ -104,6 +104,16 @@ void ContextCore::resolveOwner(Record& record) {
     record.state().owner = m_lastOwner;
 }
 
+Record* ContextCore::ownerInMemory(const Record& record) {
+    const auto& type = record.storedType();
+    if (!type.ownerField || !ownerReference(record)) {
+        return nullptr;
+    }
+    auto& owners = m_tables[m_tables.indexOf(type.ownerType())];
+    auto* const owner = owners.withIdentifier(*ownerReference(record));
+    return owner && owner->isLive() ? owner : nullptr;
+}
+
 Record* ContextCore::find(const RecordType& type, const base::Uuid& id) {
     const auto index = m_tables.indexOf(type);
     if (auto* known = m_tables[index].withIdentifier(id)) {
@@ -304,7 +314,7 @@ void ContextCore::noteChanged(Record& record) {
     }
 }
 
-void ContextCore::rollback() {
+void ContextCore::rollback() noexcept {
     ChangeSet changes;
     for (auto* record : m_pending.inserted) {
         changes.deleted.push_back(record->id());
@@ -316,10 +326,7 @@ void ContextCore::rollback() {
         record->state().phase = Phase::stored;
         changes.inserted.push_back(record->id());
     }
-    for (auto* record : std::exchange(m_pending.deleted, {})) {
-        ownerOf(*record);
-        linkToOwner(*record);
-    }
+    auto moved = std::exchange(m_pending.deleted, {});
     std::vector<Record*> gone;
     for (auto* record : m_pending.touched) {
         auto& state = record->state();
@@ -327,8 +334,8 @@ void ContextCore::rollback() {
         if (!record->isLive()) {
             continue;
         }
-        const auto originals = std::exchange(state.originals, {});
-        for (const auto& original : originals) {
+        auto originals = std::exchange(state.originals, {});
+        for (auto& original : originals) {
             const auto& field = record->storedType().fields[original.field];
             auto* slot = record->slot(original.field);
             if (field.kind == FieldKind::externalBytes) {
@@ -337,12 +344,9 @@ void ContextCore::rollback() {
             }
             if (record->storedType().ownerField == original.field) {
                 unlinkFromOwner(*record);
-                writeSlot(slot, field.kind, original.value);
-                resolveOwner(*record);
-                linkToOwner(*record);
-                continue;
+                moved.push_back(record);
             }
-            writeSlot(slot, field.kind, original.value);
+            writeSlot(slot, field.kind, std::move(original.value));
         }
         if (!originals.empty()) {
             changes.updated.push_back(record->id());
@@ -352,6 +356,11 @@ void ContextCore::rollback() {
         }
     }
     m_pending.touched.clear();
+    // Not before every record is as it was: an owner may have been deleted, too.
+    for (auto* record : moved) {
+        record->state().owner = ownerInMemory(*record);
+        linkToOwner(*record);
+    }
     for (auto* record : gone) {
         goneFromStore(*record, changes);
     }

@@ -44,7 +44,8 @@ public:
     void remove(Record& record);
     void noteChanged(Record& record);
     const PendingRecords& pending() const { return m_pending; }
-    void rollback();
+    /// Asks the store nothing: a refusal of the store is what mostly leads here.
+    void rollback() noexcept;
 
     // The store.
     void save();
@@ -72,6 +73,8 @@ private:
     /// What is told with the next announcement: in the middle of a read nobody may be told.
     void displace(std::size_t index, Record& record);
     void resolveOwner(Record& record);
+    /// Null where the owner was not read yet: then `ownerOf` reads it when it is asked for.
+    Record* ownerInMemory(const Record& record);
     void announce(ChangeSet changes, Announcements::Cause cause);
 
     // ContextRefresh.cpp

@@ -37,7 +37,7 @@ void ModelContext::save() {
     m_core->save();
 }
 
-void ModelContext::rollback() {
+void ModelContext::rollback() noexcept {
     m_core->rollback();
 }
 

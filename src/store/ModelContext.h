@@ -81,8 +81,9 @@ public:
     /// Throws StoreError and leaves everything pending; `conflict` when a changed record was
     /// deleted.
     void save();
-    /// Gives every field its stored value, forgets insertions, takes back deletions.
-    void rollback();
+    /// Gives every field its stored value, forgets insertions, takes back deletions. Works also
+    /// while the store cannot be read.
+    void rollback() noexcept;
 
     /// Takes in what other contexts and processes saved. Cheap when nothing was. Own pending
     /// changes stay. A record deleted elsewhere stops being live, unless it has pending changes:

@@ -464,6 +464,24 @@ TEST_F(KeptViewsTest, ManyTodosOfAnotherProgramArriveAtOnce) {
                                                                     m_now, base::TimeZone::utc())));
 }
 
+TEST_F(KeptViewsTest, ABoardThatCameBackInAnotherRowIsComparedWithWhatItWas) {
+    const tests::TemporaryFolder folder;
+    TodoStore mine(folder / "Primary.store");
+    auto& board = mine.addBoard();
+    mine.add(TodoStore::fields(model::TodoSchedule::dueAt(m_now + 60)), &board);
+    mine.context.save();
+    UpcomingTodos upcoming(mine.context, m_now, base::TimeZone::utc());
+    ASSERT_EQ(upcoming.count(), 1U);
+    TodoStore others(folder / "Primary.store");
+    others.context.find<Board>(board.id())->setIsArchived(true);
+    others.context.save();
+    // As after a restore: no log leads here, and no todo's own row is another.
+    SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
+        .exec("UPDATE Board SET rowid = rowid + 100; DELETE FROM ChangeLog");
+    mine.context.refresh();
+    EXPECT_EQ(upcoming.count(), 0U);
+}
+
 TEST_F(KeptViewsTest, WhatCouldNotBeReadIsMadeUpFor) {
     const tests::TemporaryFolder folder;
     TodoStore others(folder / "Primary.store");

@@ -74,8 +74,11 @@ TEST_F(TodoScheduleEditorTest, ADayThatTheZoneSkippedStaysUntilAnotherIsChosen) 
     editor.hasReminder = true;
     EXPECT_EQ(editor.schedule(),
               (TodoSchedule{.dueDay = 20111230, .reminderDate = editor.reminder}));
-    editor.due = editor.due + 86'400;
+    const auto shown = editor.due();
+    editor.setDue(shown + 86'400);
     EXPECT_EQ(editor.schedule()->dueDay, 20120101);
+    editor.setDue(shown);
+    EXPECT_EQ(editor.schedule()->dueDay, 20111231) << "chosen, not left as it was";
 }
 
 TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
@@ -88,7 +91,7 @@ TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
     EXPECT_EQ(m_saved.back(), (TodoSchedule{.dueDate = night.dueDate,
                                             .dueStartDate = night.dueStartDate,
                                             .reminderDate = editor.reminder}));
-    editor.due = at("2025-01-17T06:00");
+    editor.setDue(at("2025-01-17T06:00"));
     editor.start = at("2025-01-16T23:00");
     EXPECT_TRUE(editor.dismiss(m_now));
     EXPECT_EQ(m_saved.back().dueDate, at("2025-01-17T06:00"));
@@ -107,14 +110,14 @@ TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
 
 TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
     const auto editor = edit({});
-    EXPECT_EQ(editor.due, at("2025-01-15T09:00"));
+    EXPECT_EQ(editor.due(), at("2025-01-15T09:00"));
     EXPECT_EQ(editor.start, at("2025-01-15T08:00"));
     EXPECT_EQ(editor.reminder, at("2025-01-15T09:00"));
 
     // In the day's last hour, today is still today, but a reminder must lie ahead.
     m_now = at("2025-01-15T23:10");
     const auto late = edit({});
-    EXPECT_EQ(m_formats.calendar().day(late.due), 20250115);
+    EXPECT_EQ(m_formats.calendar().day(late.due()), 20250115);
     EXPECT_EQ(late.reminder, at("2025-01-16T00:00"));
 }
 
@@ -129,7 +132,7 @@ TEST_F(TodoScheduleEditorTest, LeavesOutWhatMakesNoSense) {
 
 TEST_F(TodoScheduleEditorTest, BuildsTheScheduleThatItsFieldsDescribe) {
     auto editor = edit({});
-    editor.due = at("2025-03-10T10:00");
+    editor.setDue(at("2025-03-10T10:00"));
     editor.start = at("2001-09-09T09:30");
     editor.hasTime = true;
     editor.hasWindow = true;
@@ -141,7 +144,7 @@ TEST_F(TodoScheduleEditorTest, BuildsTheScheduleThatItsFieldsDescribe) {
     EXPECT_EQ(editor.schedule(), TodoSchedule::dueAt(at("2025-03-10T10:00")));
     editor.hasTime = false;
     EXPECT_EQ(editor.schedule(), TodoSchedule::dueOn(20250310));
-    editor.due = Instant::distantFuture() + 1;
+    editor.setDue(Instant::distantFuture() + 1);
     EXPECT_EQ(editor.schedule(), std::nullopt);
 }
 
@@ -166,7 +169,7 @@ TEST_F(TodoScheduleEditorTest, MovesTheReminderWithItsPreset) {
         editor.hasDue = true;
         editor.hasTime = each.hasTime;
         editor.hasWindow = each.hasWindow;
-        editor.due = at("2025-03-10T14:00");
+        editor.setDue(at("2025-03-10T14:00"));
         editor.start = at("2025-03-10T12:00");
         editor.hasReminder = true;
         editor.reminderPreset = each.preset;
@@ -194,11 +197,15 @@ TEST_F(TodoScheduleEditorTest, SaysWhatPresetsCountBackFrom) {
                         .reminderDate = at("2025-01-15T08:00")},
                        {.defaultReminderMinutes = 450});
     EXPECT_EQ(editor.anchorExplanation(),
-              "The end time is the deadline. Reminder presets count back from the end time.");
+              (TodoScheduleEditor::Explanation{
+                  "The end time is the deadline. Reminder presets count back from the end time.",
+                  std::nullopt}));
     editor.hasWindow = false;
     EXPECT_EQ(editor.anchorExplanation(), std::nullopt);
     editor.hasTime = false;
-    EXPECT_EQ(editor.anchorExplanation(), "Without a due time, presets count back from 07:30.");
+    EXPECT_EQ(editor.anchorExplanation(),
+              (TodoScheduleEditor::Explanation{"Without a due time, presets count back from %1.",
+                                               "07:30"}));
     editor.hasReminder = false;
     EXPECT_EQ(editor.anchorExplanation(), std::nullopt);
 }
@@ -223,7 +230,7 @@ TEST_F(TodoScheduleEditorTest, ChecksTheWindowOnItsDate) {
         editor.hasTime = true;
         editor.hasWindow = true;
         editor.start = at(each.start);
-        editor.due = at(each.due);
+        editor.setDue(at(each.due));
         EXPECT_EQ(editor.check(m_now), each.refusal) << each.what;
         // A window that is switched off is not looked at.
         editor.hasWindow = false;
@@ -247,7 +254,7 @@ TEST_F(TodoScheduleEditorTest, WantsAReminderInTheFutureUnlessItIsTheOldOne) {
     editor.hasReminder = true;
     editor.hasTime = true;
     editor.hasWindow = true;
-    editor.start = editor.due;
+    editor.start = editor.due();
     EXPECT_EQ(editor.check(m_now), kWindowRefusal);
 }
 
@@ -285,12 +292,12 @@ TEST_F(TodoScheduleEditorTest, ShowsWhyTheServiceRefused) {
     EXPECT_EQ(m_closed, 0);
 
     editor.hasDue = true;
-    editor.due = Instant::distantFuture() + 1;
+    editor.setDue(Instant::distantFuture() + 1);
     EXPECT_FALSE(editor.save(m_now));
     EXPECT_EQ(editor.errorMessage(), "Choose a valid todo schedule.");
 
     isRefused = false;
-    editor.due = m_now;
+    editor.setDue(m_now);
     EXPECT_TRUE(editor.save(m_now));
     EXPECT_EQ(m_closed, 1);
 }

@@ -277,6 +277,42 @@ TEST_F(SharedStoreTest, WhatIsReadBeforeARefreshStandsOnOneBoard) {
     EXPECT_THAT(sameBoard->entries(), testing::IsEmpty());
 }
 
+TEST_F(SharedStoreTest, ARollbackIsWholeWhileTheStoreCannotBeRead) {
+    Board& away = addBoard(*context, "Away");
+    Entry& entry = addTodo(*context, *board, "moves");
+    Entry& another = addTodo(*context, *board, "stays");
+    context->save();
+    other->refresh();
+    auto& moved = *other->find<Entry>(entry.id());
+    auto& removed = *other->find<Entry>(another.id());
+    ASSERT_EQ(sameBoard->entries().size(), 2U);
+    moved.setBoard(other->find<Board>(away.id()));
+    moved.setContent("typed meanwhile");
+    other->remove(removed);
+    Board& work = addBoard(*context, "Work");
+    entry.setBoard(&work);
+    context->save();
+    other->refresh();
+    const auto rename = [&](const char* sql) {
+        SQLite::Database(storeFile().string(), SQLite::OPEN_READWRITE).exec(sql);
+    };
+    ChangeSet seen;
+    const auto observing =
+        other->didChange().connect([&](const ChangeSet& changes) { seen = changes; });
+
+    rename("ALTER TABLE Board RENAME TO Hidden");
+    EXPECT_NO_THROW(other->rollback());
+    EXPECT_FALSE(other->hasChanges());
+    EXPECT_EQ(moved.content(), "moves");
+    EXPECT_TRUE(removed.isLive());
+    EXPECT_THAT(seen.updated, testing::ElementsAre(moved.id()));
+    EXPECT_THAT(seen.inserted, testing::ElementsAre(removed.id()));
+    EXPECT_THAT(sameBoard->entries(), testing::ElementsAre(&removed));
+    rename("ALTER TABLE Hidden RENAME TO Board");
+    EXPECT_EQ(moved.board(), other->find<Board>(work.id())) << "read once it is asked for";
+    EXPECT_THAT(moved.board()->entries(), testing::ElementsAre(&moved));
+}
+
 TEST_F(SharedStoreTest, DifferentFieldsMergeAndMineWinTheSameField) {
     Entry& entry = addTodo(*context, *board, "base");
     context->save();

@@ -83,9 +83,11 @@ save(const model::Entry& entry, const services::AttachmentList& list, const std:
     // Read before the first is written: then nothing but writing can fail half way.
     std::vector<model::EntryAttachment> attachments;
     for (const auto& each : list.attachments) {
-        if (auto attachment = services::attachment(entry, each.id)) {
-            attachments.push_back(std::move(*attachment));
+        auto attachment = services::attachment(entry, each.id);
+        if (!attachment) {
+            throw refusal(each.filename + " was detached meanwhile. Nothing was saved.");
         }
+        attachments.push_back(std::move(*attachment));
     }
     std::vector<std::filesystem::path> saved;
     try {

@@ -41,8 +41,7 @@ ExitStatus boards(Session& session, const BoardsOptions& options) {
         Json(session.output()).boards(boards);
     } else {
         printBoards(session, boards);
-        // Others there always are: the Inbox.
-        if (boards.empty() && session.terminal().isPresent) {
+        if (boards.empty() && options.archived && session.terminal().isPresent) {
             session.remark("No board is archived.");
         }
     }

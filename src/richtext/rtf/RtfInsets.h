@@ -44,11 +44,13 @@ public:
     /// The paragraph has ended, and with it its lines.
     void forgetBreak() { m_isBroken = false; }
 
-    /// Calls `put` with what stands before the next unit. `isAtLineStart`: nothing stands before it
-    /// in its paragraph.
+    /// Where the next unit stands in its paragraph.
+    enum class Place { atStart, behindText };
+    /// Calls `put` with what stands before the next unit.
     template <typename Put>
-    void open(bool isAtLineStart, Put&& put) {
+    void open(Place place, Put&& put) {
         constexpr std::u16string_view kBreak = u"\u2028";
+        auto isAtLineStart = place == Place::atStart;
         if (m_isBroken && !isAtLineStart) {
             put(kBreak);
             isAtLineStart = true;

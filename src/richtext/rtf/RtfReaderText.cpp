@@ -99,7 +99,7 @@ void TextBuilder::endParagraph() {
 
 void TextBuilder::openInsets() {
     if (m_insets.isPending()) {
-        m_insets.open(isParagraphEmpty(),
+        m_insets.open(isParagraphEmpty() ? Insets::Place::atStart : Insets::Place::behindText,
                       [this](std::u16string_view text) { m_builder.append(text, attributes()); });
     }
 }

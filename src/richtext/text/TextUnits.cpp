@@ -48,7 +48,8 @@ TextUnits TextUnits::paragraphsOf(const AttributedString& text) {
     const TextTable* table = nullptr;
     const auto close = [&] {
         if (open.length > 0) {
-            units.add(open, withPlainFeed(text.slice(open)), table != nullptr);
+            units.add(open, withPlainFeed(text.slice(open)),
+                      table ? Weight::special : Weight::plain);
         }
     };
     text.forEachParagraph([&](const AttributedString::ParagraphRun& paragraph) {
@@ -77,15 +78,16 @@ TextUnits TextUnits::wordsOf(const AttributedString& paragraph) {
             ++end;
         }
         const TextRange range{start, end - start};
-        units.add(range, plain.slice(range), kind != UnitKind::gap);
+        units.add(range, plain.slice(range),
+                  kind == UnitKind::gap ? Weight::plain : Weight::special);
         start = end;
     }
     return units;
 }
 
-void TextUnits::add(TextRange range, AttributedString key, bool isSpecial) {
+void TextUnits::add(TextRange range, AttributedString key, Weight weight) {
     const auto hash = std::hash<std::u16string>()(key.text());
-    m_units.push_back({range, hash, std::move(key), isSpecial});
+    m_units.push_back({range, hash, std::move(key), weight});
 }
 
 std::size_t TextUnits::start(std::size_t index) const {

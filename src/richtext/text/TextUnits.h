@@ -19,7 +19,7 @@ public:
 
     std::size_t size() const { return m_units.size(); }
     /// A table, or a word.
-    bool isSpecial(std::size_t index) const { return m_units[index].isSpecial; }
+    bool isSpecial(std::size_t index) const { return m_units[index].weight == Weight::special; }
     TextRange range(IndexRange units) const;
     AttributedString slice(IndexRange units) const { return m_text->slice(range(units)); }
     /// Where the unit begins; the end of the text for `size()`.
@@ -31,15 +31,16 @@ public:
                          IndexRange rightUnits);
 
 private:
+    enum class Weight { plain, special };
     struct Unit {
         TextRange range;
         std::size_t hash;
         AttributedString key;
-        bool isSpecial;
+        Weight weight;
     };
 
     explicit TextUnits(const AttributedString& text) : m_text(&text) {}
-    void add(TextRange range, AttributedString key, bool isSpecial);
+    void add(TextRange range, AttributedString key, Weight weight);
 
     const AttributedString* m_text;
     std::vector<Unit> m_units;

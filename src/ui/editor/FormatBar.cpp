@@ -7,6 +7,7 @@
 #include "ui/kit/controls/MenuItems.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/TextLook.h"
 
 #include <QActionGroup>
@@ -115,7 +116,7 @@ void FormatBar::addHeadings() {
     };
     addLevel(tr("Normal Text"), std::nullopt);
     for (const auto level : richtext::kHeadingLevels) {
-        addLevel(tr(richtext::titleOf(level).c_str()), level);
+        addLevel(translated(richtext::titleOf(level)), level);
     }
     m_heading = add(QString(), tr("Heading"), QString());
     m_heading->setToolTip(tr("Heading (Ctrl+Alt+1 to 3)"));

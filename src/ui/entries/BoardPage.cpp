@@ -202,9 +202,8 @@ bool BoardPage::showsArchivedBoard() const {
 
 bool BoardPage::canAdd() {
     if (isReadOnly()) {
-        refuse(showsArchivedBoard()
-                   ? tr("This board is archived.")
-                   : translated(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        refuse(showsArchivedBoard() ? tr("This board is archived.")
+                                    : translated(model::EntryServiceErrorCase::readOnlyStore));
     }
     return !isReadOnly();
 }

@@ -171,8 +171,7 @@ void EntryActions::attachToEdited(Attach&& attach) {
     if (auto* const entry = m_parts.editing.storedEntry()) {
         attach(*entry);
     } else if (!m_parts.editing.isOpen()) {
-        m_parts.page.refuse(
-            translated(model::descriptionOf(model::EntryServiceErrorCase::entryUnavailable)));
+        m_parts.page.refuse(translated(model::EntryServiceErrorCase::entryUnavailable));
     }
 }
 

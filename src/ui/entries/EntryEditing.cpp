@@ -155,8 +155,7 @@ std::optional<app::Draft> EntryEditing::takeAway() {
 bool EntryEditing::hasWords() {
     const auto isEmpty = m_edited.isDraft() && m_editors.current().isBlank();
     if (isEmpty) {
-        m_editors.current().showError(
-            translated(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)));
+        m_editors.current().showError(translated(model::EntryServiceErrorCase::emptyContent));
     }
     return !isEmpty;
 }

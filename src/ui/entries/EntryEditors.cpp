@@ -70,8 +70,7 @@ void EntryEditors::showDue(const model::Entry* entry) {
 }
 
 void EntryEditors::showLimit() {
-    m_current->showError(
-        translated(model::descriptionOf(model::EntryServiceErrorCase::contentTooLong)));
+    m_current->showError(translated(model::EntryServiceErrorCase::contentTooLong));
 }
 
 bool EntryEditors::eventFilter(QObject* watched, QEvent* event) {

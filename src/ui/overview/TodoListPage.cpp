@@ -157,7 +157,7 @@ void TodoListPage::remove(model::Entry& entry) {
 
 void TodoListPage::openSchedule(model::Entry& entry) {
     if (!m_workspace.boards.allowsChanges()) {
-        refuse(translated(model::descriptionOf(model::EntryServiceErrorCase::readOnlyStore)));
+        refuse(translated(model::EntryServiceErrorCase::readOnlyStore));
         return;
     }
     const auto row = m_model.rowOf(entry);

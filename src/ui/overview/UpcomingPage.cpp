@@ -1,6 +1,7 @@
 #include "ui/overview/UpcomingPage.h"
 
 #include "ui/kit/words/Text.h"
+
 namespace korvex::ui {
 
 UpcomingPage::UpcomingPage(const Workspace& workspace, const Theme& theme, QWidget* parent)

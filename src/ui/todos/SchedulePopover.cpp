@@ -194,7 +194,7 @@ void SchedulePopover::fillPresets() {
 
 void SchedulePopover::showState() {
     const QScopedValueRollback showing(m_isShowing, true);
-    const auto due = dateTimeOf(m_editor.due);
+    const auto due = dateTimeOf(m_editor.due());
     m_hasDue->setChecked(m_editor.hasDue);
     m_day->setDate(due.date());
     m_hasTime->setChecked(m_editor.hasTime);
@@ -222,7 +222,11 @@ void SchedulePopover::showState() {
     m_reminder->setVisible(m_editor.hasReminder && m_preset->currentData().toInt() == kCustom);
     const auto explanation = m_editor.anchorExplanation();
     m_explanation->setVisible(explanation && m_editor.reminderPreset);
-    m_explanation->setText(explanation ? toQString(*explanation) : QString());
+    auto text = explanation ? translated(explanation->text) : QString();
+    if (explanation && explanation->time) {
+        text = text.arg(toQString(*explanation->time));
+    }
+    m_explanation->setText(text);
     m_clear->setEnabled(!m_editor.original().isEmpty());
     showError();
     if (isVisible()) {
@@ -239,7 +243,9 @@ void SchedulePopover::takeState() {
     m_editor.hasDue = m_hasDue->isChecked();
     m_editor.hasTime = m_hasTime->isChecked();
     m_editor.hasWindow = m_hasWindow->isChecked();
-    m_editor.due = edited(m_editor.due, m_shown.due, now.due);
+    if (now.due != m_shown.due) {
+        m_editor.setDue(edited(m_editor.due(), m_shown.due, now.due));
+    }
     if (m_editor.startHasOwnDay) {
         m_editor.start = edited(m_editor.start, m_shown.start, now.start);
     } else if (now.start.time() != m_shown.start.time()) {
@@ -262,8 +268,8 @@ void SchedulePopover::takeState() {
 void SchedulePopover::setDueDay(int daysFromToday) {
     const auto today = dateTimeOf(m_services.clock.now()).date();
     m_editor.hasDue = true;
-    m_editor.due =
-        instantOf(today.addDays(daysFromToday), dateTimeOf(m_editor.due).time(), m_editor.due);
+    const auto due = m_editor.due();
+    m_editor.setDue(instantOf(today.addDays(daysFromToday), dateTimeOf(due).time(), due));
     m_editor.updatePresetReminder();
     showState();
 }
@@ -276,19 +282,14 @@ void SchedulePopover::clear() {
 
 void SchedulePopover::save() {
     if (!m_editor.save(m_services.clock.now())) {
-        showRefusal();
+        showState();
     }
 }
 
 void SchedulePopover::dismiss() {
     if (!m_editor.dismiss(m_services.clock.now())) {
-        showRefusal();
+        showState();
     }
-}
-
-void SchedulePopover::showRefusal() {
-    showState();
-    placeAgain();
 }
 
 void SchedulePopover::showError() {

@@ -56,8 +56,6 @@ private:
     QDateTime dateTimeOf(base::Instant instant) const;
     void clear();
     void save();
-    /// After what was to close the editor and was refused.
-    void showRefusal();
     void showError();
 
     TodoServices m_services;

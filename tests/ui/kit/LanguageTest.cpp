@@ -1,6 +1,7 @@
 #include "ui/kit/words/Language.h"
 
 #include "base/UserLocale.h"
+#include "model/ServiceErrors.h"
 #include "support/ScopedEnvironment.h"
 #include "ui/kit/controls/DateFields.h"
 #include "ui/kit/words/Plurals.h"
@@ -44,8 +45,10 @@ TEST(Language, WhatTheFloorsBelowSayIsTranslatedByItsEnglishText) {
     QCoreApplication::installTranslator(&loud);
     EXPECT_EQ(refusal([] { throw base::Error("test", 1, "The disk is full."); }),
               QStringLiteral("THE DISK IS FULL."));
+    EXPECT_EQ(
+        translated(model::EntryServiceErrorCase::emptyContent),
+        toQString(model::descriptionOf(model::EntryServiceErrorCase::emptyContent)).toUpper());
     QCoreApplication::removeTranslator(&loud);
-    EXPECT_EQ(translated("15 minutes before"), QStringLiteral("15 minutes before"));
 }
 
 /// What is typed in a field reads as the same moment does in a label.

@@ -1,5 +1,6 @@
 #include "ui/todos/SchedulePopover.h"
 
+#include "support/ScopedEnvironment.h"
 #include "ui/WindowFixture.h"
 
 #include <QCheckBox>
@@ -215,6 +216,24 @@ TEST_F(SchedulePopoverTest, ADayThatNoFieldCanShowStaysUntilItIsChanged) {
     field<QDateTimeEdit>("Due day").setDate(QDate(2025, 3, 11));
     popover->dismiss();
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueAt(kNow + 86400.0 + 5 * 3600.0));
+}
+
+TEST_F(SchedulePopoverTest, ADayThatTheZoneSkippedStaysUntilItIsChanged) {
+    const tests::ScopedEnvironment zone("TZ", "Pacific/Apia");
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20111230), kNow);
+    open();
+    box("Time").click();
+    box("Time").click();
+    popover->dismiss();
+    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20111230));
+
+    open();
+    auto& day = field<QDateTimeEdit>("Due day");
+    EXPECT_EQ(day.date(), QDate(2011, 12, 31));
+    day.setDate(QDate(2012, 1, 2));
+    day.setDate(QDate(2011, 12, 31));
+    popover->dismiss();
+    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20111231));
 }
 
 TEST_F(SchedulePopoverTest, AClearingThatIsRefusedShowsWhatSavingWouldStore) {

@@ -29,6 +29,15 @@ inline QString translated(std::string_view english) {
     return QCoreApplication::translate("korvex", std::string(english).c_str());
 }
 
+/// The same of a refusal that nobody threw.
+template <typename Case>
+requires requires(Case which) {
+    descriptionOf(which);
+}
+QString translated(Case which) {
+    return translated(descriptionOf(which));
+}
+
 /// The text with invisible places to break a line in words that are too long for one.
 inline QString breakable(const QString& text) {
     constexpr int kLongWord = 16;
