@@ -132,12 +132,11 @@ protected:
             expected[letter] += count;
         }
         std::erase_if(expected, [](const auto& entry) { return entry.second == 0; });
-        auto isInLine =
-            cursor.hasSelection() ? replaced.text().find(u'\n') == std::u16string::npos : true;
+        auto isInLine = cursor.hasSelection() ? replaced.text().find(u'\n') == std::u16string::npos
+                                              : richtext::isInlineCode(typedAttributes(cursor));
         replaced.forEachRun([&](const AttributedString::CharacterRun& run) {
             isInLine = isInLine && richtext::isInlineCode(run.attributes);
         });
-        isInLine = isInLine && richtext::isInlineCode(typedAttributes(cursor));
 
         edit.paste();
         const auto now = edit.content();
