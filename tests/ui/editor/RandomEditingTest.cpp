@@ -64,7 +64,7 @@ constexpr std::array kKeys{
 };
 /// The test runs so many random stories; RICH_RUNS in the environment asks for others, to look for
 /// faults for longer.
-constexpr int kStories = 12;
+constexpr int kStories = 30;
 
 class RandomEditingTest : public tests::RichTextFixture {
 protected:
