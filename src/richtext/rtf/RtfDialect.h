@@ -25,7 +25,6 @@ inline constexpr Twips kMaximumLength = 1'000'000;
 inline constexpr MilliPoints kMaximumFontSize = 10'000'000;
 inline constexpr std::int32_t kMaximumColumns = 256;
 inline constexpr std::size_t kMaximumTableDepth = 16;
-inline constexpr std::size_t kMaximumListDepth = 9;
 inline constexpr std::size_t kMaximumTabStops = 64;
 /// A list's marker has at most so many UTF-16 units.
 inline constexpr std::size_t kMaximumMarker = 64;

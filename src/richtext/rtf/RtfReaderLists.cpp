@@ -1,5 +1,6 @@
 #include "richtext/rtf/RtfReaderLists.h"
 
+#include "richtext/text/ListIndents.h"
 #include "richtext/text/ListMarker.h"
 
 #include <algorithm>

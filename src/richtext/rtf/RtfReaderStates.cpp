@@ -1,6 +1,7 @@
 #include "richtext/rtf/RtfReaderStates.h"
 
 #include "richtext/rtf/RtfDialect.h"
+#include "richtext/text/ListIndents.h"
 
 #include <algorithm>
 

@@ -7,6 +7,7 @@
 #include "richtext/rtf/RtfWriterTables.h"
 #include "richtext/rtf/RtfWriterText.h"
 #include "richtext/text/HeadingLevel.h"
+#include "richtext/text/ListIndents.h"
 
 #include <algorithm>
 #include <optional>

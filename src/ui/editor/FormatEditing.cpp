@@ -6,6 +6,7 @@
 #include "ui/editor/RichTextRuns.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/DrawnLists.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextEdit>
 
@@ -95,7 +96,7 @@ void FormatEditing::toggle(Emphasis emphasis) {
 void FormatEditing::toggleInlineCode() {
     const auto cursor = m_edit.textCursor();
     const auto isOn = isEverywhere(cursor, [](const auto& each) { return countsAsCode(each); });
-    const auto level = headingOf(m_edit.document()->findBlock(cursor.selectionStart()));
+    const auto level = headingOf(m_edit.document()->findBlock(startOf(cursor)));
     editSelection([&](CharacterAttributes& attributes) {
         if (isOn && isInlineCode(attributes)) {
             removeCode(attributes, level);

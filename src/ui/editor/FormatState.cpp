@@ -4,6 +4,7 @@
 #include "richtext/text/Formatting.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/kit/words/Text.h"
+#include "ui/text/TextSelection.h"
 
 #include <utility>
 
@@ -41,7 +42,7 @@ FormatState formatStateOf(const QTextCursor& cursor) {
     state.isCode = countsAsCode(first);
     state.isCodeBlock = first.korvexCodeBlock;
     state.codeLanguage = toQString(richtext::CodeSyntax::language(first));
-    state.list = listKindOf(cursor.document()->findBlock(cursor.selectionStart()));
+    state.list = listKindOf(cursor.document()->findBlock(startOf(cursor)));
     state.isInTable = cursor.currentTable() != nullptr;
     state.link = toQString(first.link);
     return state;

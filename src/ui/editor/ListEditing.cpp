@@ -236,7 +236,7 @@ bool nestLists(const QTextCursor& range, Nesting nesting, const TextLook& look) 
         if (nesting == Nesting::shallower && !style.lists.empty()) {
             style.lists.pop_back();
         } else if (nesting == Nesting::deeper && !style.lists.empty() &&
-                   style.lists.size() < kDeepestList) {
+                   style.lists.size() < richtext::kMaximumListDepth) {
             const auto isGoingOn = last.isValid() && isSameCell(last, block);
             style.lists.push_back(
                 listInside(isGoingOn ? lastLists : listsAbove(block), style.lists));

@@ -8,7 +8,6 @@
 #include <QTextBlock>
 #include <QTextCursor>
 
-#include <cstddef>
 #include <vector>
 
 namespace korvex::ui {
@@ -16,9 +15,6 @@ namespace korvex::ui {
 /// Lists in a document under edit: which paragraphs are their items, and the commands that change
 /// that. A command is about the paragraphs that the range touches, and is one step of undo. Main
 /// thread.
-
-/// Lists in lists go no deeper.
-inline constexpr std::size_t kDeepestList = 9;
 
 enum class ListKind { none, bulleted, numbered, other };
 enum class Nesting { deeper, shallower };

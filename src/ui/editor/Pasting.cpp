@@ -1,11 +1,13 @@
 #include "ui/editor/Pasting.h"
 
+#include "richtext/code/CodeSyntax.h"
 #include "richtext/table/TableLayout.h"
 #include "richtext/text/AttributedStringBuilder.h"
 #include "richtext/text/Formatting.h"
 #include "richtext/text/ListIndents.h"
 #include "ui/editor/ListEditing.h"
 #include "ui/editor/RichTextRuns.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextTable>
 
@@ -21,15 +23,21 @@ namespace {
 
 using richtext::AttributedString;
 using richtext::CharacterAttributes;
+using richtext::CodeKind;
+using richtext::CodeSyntax;
 using richtext::HeadingLevel;
 using richtext::ParagraphStyle;
 using richtext::TextListRef;
 using richtext::TextRange;
 
-/// What takes the place of a selection is typed like its first character.
+/// What takes the place of a selection is typed like its first character, in the place of a table
+/// like body text.
 CharacterAttributes typedInPlaceOf(const QTextCursor& place) {
     if (!place.hasSelection()) {
         return typedAttributes(place);
+    }
+    if (tableLeftBy(place)) {
+        return {};
     }
     QTextCursor first(place.document()->findBlock(place.selectionStart()));
     first.setPosition(place.selectionStart());
@@ -37,6 +45,45 @@ CharacterAttributes typedInPlaceOf(const QTextCursor& place) {
         first.movePosition(QTextCursor::NextCharacter);
     }
     return typedAttributes(first);
+}
+
+/// What the words of a line in a code block look like; absent where the block is in none.
+std::optional<CharacterAttributes> codeOf(const QTextBlock& block) {
+    if (!isCodeBlock(block)) {
+        return std::nullopt;
+    }
+    const auto first = block.begin();
+    const auto attributes =
+        attributesOf(first.atEnd() ? block.charFormat() : first.fragment().charFormat());
+    return CodeSyntax::attributes(CodeSyntax::language(attributes), CodeKind::block);
+}
+
+bool endsWithLine(const AttributedString& text) {
+    return text.text().ends_with(u'\n');
+}
+
+/// Whether the text goes into this code and touches nothing else: what is longer than a line must
+/// not become code, or one line, because the first of many words that it replaces is code.
+bool goesInto(const CharacterAttributes& code, const AttributedString& text,
+              const QTextCursor& place) {
+    if (!code.isCode() || !place.hasSelection()) {
+        return code.isCode();
+    }
+    const auto last = place.document()->findBlock(place.selectionEnd());
+    auto blocks = blocksOf(place);
+    if (!endsWithLine(text)) {
+        blocks.push_back(last);
+    }
+    if (code.korvexCodeBlock) {
+        const auto first = codeOf(blocks.front());
+        return first && std::all_of(blocks.begin(), blocks.end(), [&](const QTextBlock& block) {
+                   return codeOf(block) == first;
+               });
+    }
+    return blocks.front() == last && isEverywhere(place, [&](const CharacterAttributes& each) {
+               return richtext::isInlineCode(each) &&
+                      each.korvexCodeLanguage == code.korvexCodeLanguage;
+           });
 }
 
 AttributedString asCode(const AttributedString& text, const CharacterAttributes& code,
@@ -72,9 +119,12 @@ bool isWithoutFormats(const AttributedString& text) {
 struct Line {
     ParagraphStyle style;
     std::optional<HeadingLevel> heading;
+    std::optional<CharacterAttributes> code;
 
+    /// Body text.
+    Line() = default;
     explicit Line(const QTextBlock& block)
-        : style(paragraphStyleOf(block)), heading(headingOf(block)) {}
+        : style(paragraphStyleOf(block)), heading(headingOf(block)), code(codeOf(block)) {}
 };
 
 class Fitting {
@@ -83,14 +133,20 @@ public:
         : m_text(text),
           m_isPlain(isWithoutFormats(text)),
           m_typed(std::move(typed)),
-          m_first(place.document()->findBlock(place.selectionStart())),
-          m_last(place.document()->findBlock(place.selectionEnd())),
-          m_bodyStyle(m_first.style) {
-        applyBodyText(m_bodyStyle, {.isHeading = m_first.heading.has_value()});
+          m_last(place.document()->findBlock(place.selectionEnd())) {
+        const auto replacesTable = tableLeftBy(place) != nullptr;
+        const auto first = place.document()->findBlock(place.selectionStart());
+        if (!replacesTable) {
+            m_first = Line(first);
+            m_isFirstKept = isEmpty(first) || first.contains(place.selectionEnd());
+        }
+        m_bodyStyle = m_first.style;
+        applyBodyText(m_bodyStyle, {.isHeading = m_first.heading.has_value(),
+                                    .isCodeBlock = m_first.code.has_value()});
         if (!place.hasComplexSelection()) {
             QTextCursor edge(place);
             edge.setPosition(place.selectionStart());
-            m_isBehindWords = !edge.atBlockStart();
+            m_isBehindWords = !replacesTable && !edge.atBlockStart();
             edge.setPosition(place.selectionEnd());
             m_isBeforeWords = !edge.atBlockEnd();
         }
@@ -112,13 +168,17 @@ private:
         const auto* const line = lineOf(range, ownStyle);
         m_text.forEachRun(range, [&](const AttributedString::CharacterRun& run) {
             auto attributes = m_isPlain ? m_typed : run.attributes;
-            if (line) {
-                attributes.korvexCodeBlock = false; // it goes on as code in the line
-            }
-            if (line && line->heading) {
-                applyHeading(line->heading, attributes);
-            } else if (line || m_isPlain) {
-                applyBodyText(attributes);
+            if (line && line->code) {
+                attributes = *line->code;
+            } else {
+                if (line) {
+                    attributes.korvexCodeBlock = false; // it goes on as code in the line
+                }
+                if (line && line->heading) {
+                    applyHeading(line->heading, attributes);
+                } else if (line || m_isPlain) {
+                    applyBodyText(attributes);
+                }
             }
             m_builder.append(
                 std::u16string_view(m_text.text()).substr(run.range.location, run.range.length),
@@ -140,11 +200,11 @@ private:
         if (!isWhole && m_isBeforeWords) {
             return &m_last;
         }
-        // An empty line has its kind already, for what has none of its own.
+        // A line has its kind already, for what has none of its own, also when it lost its words.
         const auto kind = richtext::kindOf(m_text, range);
         const auto isBody = !kind.isHeading && !kind.isCodeBlock && style.lists.empty();
-        const auto isEmptyLine = !m_isBehindWords && !m_isBeforeWords;
-        return isFirst && isEmptyLine && isBody && m_first.heading ? &m_first : nullptr;
+        const auto isEmptied = m_isFirstKept && !m_isBehindWords && !m_isBeforeWords;
+        return isFirst && isEmptied && isBody && m_first.heading ? &m_first : nullptr;
     }
 
     /// The style of a paragraph that stays one.
@@ -171,7 +231,7 @@ private:
             return list->marker == own.front()->marker;
         });
         std::vector<TextListRef> lists(around.begin(), same.base());
-        if (lists.empty() || lists.size() + own.size() - 1 > kDeepestList) {
+        if (lists.empty() || lists.size() + own.size() - 1 > richtext::kMaximumListDepth) {
             return own;
         }
         lists.insert(lists.end(), own.begin() + 1, own.end());
@@ -181,10 +241,13 @@ private:
     const AttributedString& m_text;
     bool m_isPlain;
     CharacterAttributes m_typed;
-    /// The paragraphs in which the selection begins and ends.
+    /// The paragraphs in which the selection begins and ends; where a whole table goes, what comes
+    /// in its place begins anew.
     Line m_first;
     Line m_last;
     ParagraphStyle m_bodyStyle;
+    /// The first paragraph was empty, or nothing but words of it goes.
+    bool m_isFirstKept = false;
     bool m_isBehindWords = false;
     bool m_isBeforeWords = false;
     AttributedString::Builder m_builder;
@@ -194,10 +257,13 @@ private:
 
 AttributedString fitted(const AttributedString& text, const QTextCursor& place) {
     auto typed = typedInPlaceOf(place);
-    if (typed.isCode()) {
+    if (goesInto(typed, text, place)) {
         typed.link.clear();
         return asCode(text, typed,
                       paragraphStyleOf(place.document()->findBlock(place.selectionStart())));
+    }
+    if (typed.isCode()) {
+        richtext::removeCode(typed, std::nullopt);
     }
     const auto lines =
         place.currentTable() && richtext::containsTable(text) ? withoutTables(text) : text;

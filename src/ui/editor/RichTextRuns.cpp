@@ -2,6 +2,7 @@
 
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/text/Formatting.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextTable>
 
@@ -58,7 +59,7 @@ std::vector<QTextBlock> blocksOf(const QTextCursor& range) {
     const auto& document = *range.document();
     std::vector<QTextBlock> blocks;
     const auto end = range.selectionEnd();
-    auto block = document.findBlock(range.selectionStart());
+    auto block = document.findBlock(startOf(range));
     do {
         blocks.push_back(block);
         block = block.next();
@@ -102,8 +103,10 @@ bool isEverywhere(const QTextCursor& range, const AttributesTest& test) {
         return test(typedAttributes(range));
     }
     bool hasText = false;
-    for (const auto& block : blocksOf(range)) {
-        if (!forEachStretch(block, range.selectionStart(), range.selectionEnd(),
+    const auto blocks = blocksOf(range);
+    const auto start = startOf(range);
+    for (const auto& block : blocks) {
+        if (!forEachStretch(block, start, range.selectionEnd(),
                             [&](int, int, const QTextCharFormat& format) {
                                 hasText = true;
                                 return test(attributesOf(format));
@@ -112,8 +115,7 @@ bool isEverywhere(const QTextCursor& range, const AttributesTest& test) {
         }
     }
     // The ends of empty paragraphs speak for them.
-    return hasText ||
-           test(attributesOf(range.document()->findBlock(range.selectionStart()).charFormat()));
+    return hasText || test(attributesOf(blocks.front().charFormat()));
 }
 
 QTextCursor runAround(const QTextCursor& range, const AttributesTest& test) {

@@ -21,7 +21,8 @@ public:
     /// Null where none is drawn for these. `lists` are not empty.
     const QTextList* of(const std::vector<richtext::TextListRef>& lists);
     void add(const std::vector<richtext::TextListRef>& lists, QTextList& list);
-    /// The list stands for other ones from now on, with all its items.
+    /// The list stands for other ones from now on, with all its items. It does not mark them as
+    /// changed: they get formats of their new depth from whoever moves them.
     void rename(QTextList& list, const std::vector<richtext::TextListRef>& lists);
 
 private:
@@ -29,7 +30,7 @@ private:
 
     const QTextDocument& m_document;
     bool m_isKnown = false;
-    /// A list that lost its last item is gone.
+    /// A QTextDocument of Qt deletes a list that lost its last item; a TextDocument keeps it.
     std::map<std::vector<richtext::TextListRef>, QPointer<QTextList>> m_lists;
 };
 

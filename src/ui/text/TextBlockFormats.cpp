@@ -58,6 +58,8 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
         set(look.pixels(
                 std::clamp(style.firstLineIndent, -std::max(style.leftIndent, 0), kLongest)),
             [&](double value) { format.setTextIndent(value); });
+    } else {
+        format.setProperty(kDepthProperty, static_cast<int>(style.lists.size()));
     }
     set(look.pixels(std::clamp(style.rightIndent, 0, kLongest)) + padding,
         [&](double value) { format.setRightMargin(value); });

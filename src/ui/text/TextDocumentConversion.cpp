@@ -2,6 +2,7 @@
 
 #include "ui/text/TextDocumentReader.h"
 #include "ui/text/TextDocumentWriter.h"
+#include "ui/text/TextSelection.h"
 
 #include <algorithm>
 #include <vector>
@@ -101,7 +102,7 @@ AttributedString textOf(const QTextCursor& selection) {
         return selectedCells(selection);
     }
     const auto& document = *selection.document();
-    const auto start = offsetOf(document, selection.selectionStart());
+    const auto start = offsetOf(document, startOf(selection));
     const auto end = offsetOf(document, selection.selectionEnd());
     return textOf(document).slice({start, end - start});
 }

@@ -1,6 +1,7 @@
 #include "ui/text/TextDocumentReader.h"
 
 #include "richtext/table/TableLayout.h"
+#include "richtext/text/ListIndents.h"
 
 #include <QTextDocument>
 #include <QTextFragment>
@@ -13,7 +14,6 @@ namespace {
 
 using namespace richtext;
 
-constexpr std::size_t kMaximumLists = 9;
 constexpr std::size_t kMaximumCells = 16;
 
 std::u16string_view viewOf(const QString& text) {
@@ -197,7 +197,7 @@ const std::vector<TextListRef>& TextDocumentReader::listsOf(const QTextList& lis
     auto lists = format.property(kListsProperty).value<std::vector<TextListRef>>();
     if (lists.empty()) {
         const auto depth = std::clamp<std::size_t>(
-            static_cast<std::size_t>(std::max(format.indent(), 1)), 1, kMaximumLists);
+            static_cast<std::size_t>(std::max(format.indent(), 1)), 1, kMaximumListDepth);
         lists = m_lastLists;
         lists.resize(std::min(lists.size(), depth - 1));
         lists.push_back(std::make_shared<TextList>(this->list(format)));

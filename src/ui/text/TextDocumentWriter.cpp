@@ -2,6 +2,7 @@
 
 #include "richtext/text/Formatting.h"
 #include "ui/kit/words/Text.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextDocument>
 
@@ -63,7 +64,7 @@ TextDocumentWriter::Rest TextDocumentWriter::removeSelection() {
         .block = behind.blockFormat(),
         .end = behind.blockCharFormat(),
     };
-    if (const auto* const table = selectedTable()) {
+    if (const auto* const table = tableLeftBy(m_cursor)) {
         const auto end = m_cursor.selectionEnd();
         m_cursor.setPosition(table->firstPosition() - 1);
         const auto isParagraph = !isGap(m_cursor.block());
@@ -82,23 +83,6 @@ TextDocumentWriter::Rest TextDocumentWriter::removeSelection() {
     }
     m_place = m_cursor.atBlockStart() ? Place::fresh : Place::inside;
     return rest;
-}
-
-const QTextTable* TextDocumentWriter::selectedTable() const {
-    if (!m_cursor.hasSelection()) {
-        return nullptr;
-    }
-    // Not `selectionStart`: Qt lets a selection that leaves a table begin before it.
-    const auto start = std::min(m_cursor.position(), m_cursor.anchor());
-    const QTextTable* result = nullptr;
-    for (auto* frame = m_cursor.document()->frameAt(start); frame; frame = frame->parentFrame()) {
-        const auto* const table = qobject_cast<const QTextTable*>(frame);
-        if (table && table->firstPosition() == start &&
-            table->lastPosition() < m_cursor.selectionEnd()) {
-            result = table;
-        }
-    }
-    return result;
 }
 
 void TextDocumentWriter::writeInline() {

@@ -61,8 +61,6 @@ private:
     };
 
     Rest removeSelection();
-    /// The outermost table that begins where the selection does and that it reaches beyond.
-    const QTextTable* selectedTable() const;
     void writeInline();
     void finish(const Rest& rest);
     void write(Paragraphs paragraphs, std::size_t depth);

@@ -2,6 +2,7 @@
 
 #include "richtext/code/CodeSyntax.h"
 #include "ui/kit/words/Text.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextDocument>
 #include <QTextFragment>
@@ -224,7 +225,7 @@ void changeAttributes(QTextCursor& cursor, const TextLook& look,
         cursor.setCharFormat(charFormatOf(changed(cursor.charFormat()), look));
         return;
     }
-    const auto start = cursor.selectionStart();
+    const auto start = startOf(cursor);
     const auto end = cursor.selectionEnd();
     QTextCursor editing(cursor.document());
     editing.beginEditBlock();

@@ -37,6 +37,9 @@ enum TextProperty {
     /// A block has the cells of a table that no QTextTable can show, as a
     /// std::vector<TextTableCellRef>.
     kCellsProperty,
+    /// A list item has the number of its lists, as int. Its list's format moves it in, but an item
+    /// is laid out anew, by an undo too, only where its own format changes.
+    kDepthProperty,
     /// This block is no paragraph of the text: Qt needs it beside a table.
     kGapProperty,
     /// A list has a std::vector<TextListRef>, from the outermost to the list itself.

@@ -1,4 +1,5 @@
 #include "ui/editor/RichTextFixture.h"
+#include "ui/text/TextDocumentConversion.h"
 
 #include <QClipboard>
 #include <QMimeData>
@@ -105,6 +106,25 @@ INSTANTIATE_TEST_SUITE_P(
         Pasting{"in the place of code", "<code>ab<Return>c<Shift+Home>", "x\ny",
                 "auto> ab\nauto> x\nauto> y"},
         Pasting{"lines in code in a line", "<Ctrl+E>ab<Left>", "x\ny", "`ax yb`"},
+        Pasting{"in the place of code in a line", "<Ctrl+E>ab<Ctrl+A>", "x\ny", "`x y`"},
+        Pasting{"in the place of more than it", "<Ctrl+E>ab<Ctrl+E>c<Ctrl+A>",
+                "<p><b>x</b></p><p>y</p>", "*x*\ny"},
+        Pasting{"plainly", "<Ctrl+E>ab<Ctrl+E>c<Return><Ctrl+E>d<Ctrl+A>", "x\n\ny", "x\n\ny"},
+        Pasting{"a table there", "<Ctrl+E>ab<Return>c<Ctrl+A>",
+                "<table><tr><td>x</td><td>y</td></tr></table>", "|0,0 x\n|0,1 y\n\n"},
+        Pasting{"in the place of a code block", "<code>ab<Return>c<Ctrl+A>", "x\ny",
+                "auto> x\nauto> y"},
+        Pasting{"in the place of more than a code block", "<code>ab<Return><Ctrl+Return>c<Ctrl+A>",
+                "x\ny\nz", "x\ny\nz"},
+        Pasting{"formatted, from within it to within a line",
+                "<code>ab<Return><Ctrl+Return>cd<Left><Ctrl+Shift+Home><Shift+Right>",
+                "<p>x</p><p><b>y</b></p>", "auto> ax\n*y*d"},
+        Pasting{"from within a line to within a code block",
+                "ab<Return><code>cd<Left><Ctrl+Shift+Home><Shift+Right>", "x\ny", "ax\nauto> yd"},
+        Pasting{"in the place of a heading", "<Ctrl+Alt+1>ab<Shift+Home>", "<p>x</p><p>y</p>",
+                "# x\ny"},
+        Pasting{"in the place of more than a heading", "<Ctrl+Alt+1>ab<Return>c<Ctrl+A>",
+                "<p>x</p><p>y</p>", "x\ny"},
         Pasting{"lines in a header cell", "<table>a", "x\ny",
                 "|0,0 *ax*\n|0,0 *y*\n|0,1 \n|1,0 \n|1,1 \n\n"},
         Pasting{"formatted paragraphs in a cell", "<table><Tab><Tab>", "<p>x</p><h1>y</h1>",
@@ -131,6 +151,42 @@ TEST_F(PastingTest, CellsThatAreReplacedSayNothingOfTheLastLine) {
     paste("x\ny");
     EXPECT_THAT(content(), ::testing::StartsWith("|0,0 *x*\n|0,0 *y*\n|0,1 "));
 }
+
+/// A table of which a part is selected with what stands below it is selected as a whole.
+struct TableReplacing {
+    const char* above;
+    const char* expected;
+};
+
+void PrintTo(const TableReplacing& replacing, std::ostream* out) {
+    *out << replacing.above;
+}
+
+class TableReplacings : public PastingTest, public ::testing::WithParamInterface<TableReplacing> {};
+
+TEST_P(TableReplacings, AreAboutNothingAboveTheTable) {
+    for (const auto cell : {0, 1, 2}) {
+        const auto before = typed((std::string(GetParam().above) + "<table>").c_str());
+        const auto frames = edit.document()->rootFrame()->childFrames();
+        ASSERT_EQ(frames.size(), 1) << before;
+        const auto* const table = qobject_cast<QTextTable*>(frames.front());
+        auto selection = table->cellAt(cell / 2, cell % 2).firstCursorPosition();
+        selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+        edit.setTextCursor(selection);
+        EXPECT_THAT(tests::dump(textOf(selection)), ::testing::StartsWith("|0,0 "));
+        paste("x\ny");
+        EXPECT_EQ(content(), GetParam().expected) << cell;
+        edit.undo();
+        EXPECT_EQ(content(), before) << cell;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Places, TableReplacings,
+                         ::testing::Values(TableReplacing{"a", "a\nx\ny"},
+                                           TableReplacing{"<Ctrl+Alt+1>a", "# a\nx\ny"},
+                                           TableReplacing{"<Ctrl+Shift+8>a", "- a\nx\ny"},
+                                           TableReplacing{"<code>a<Ctrl+Return>", "auto> a\nx\ny"},
+                                           TableReplacing{"", "x\ny"}));
 
 TEST_F(PastingTest, WhatJoinsAListIsMovedInLikeItsItems) {
     typed("<Ctrl+Shift+8>a<Return>");

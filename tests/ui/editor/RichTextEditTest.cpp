@@ -3,6 +3,7 @@
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "richtext/table/RichTextTable.h"
+#include "richtext/text/ListIndents.h"
 #include "ui/editor/RichTextFixture.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -354,6 +355,32 @@ TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {
         edit.undo();
         EXPECT_EQ(content(), before.back());
     }
+}
+
+TEST_F(RichTextEditTest, ItemsAreDrawnAsDeepAsTheyAreWhateverIndentsAreStored) {
+    using namespace richtext;
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
+    ParagraphStyle style{.lists = {list, list}};
+    setListIndents(style);
+    style.lists.pop_back(); // moved in like an item of the depth that it gets next
+    edit.setContent(AttributedString(u"a\nb", {}, style));
+    const auto lefts = [&] {
+        std::vector<double> result;
+        for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
+            const auto rect = edit.document()->documentLayout()->blockBoundingRect(block);
+            result.push_back(rect.left() + block.layout()->lineAt(0).x());
+        }
+        return result;
+    };
+    const auto first = lefts();
+    type(QStringLiteral("<Ctrl+A><Tab>"));
+    const auto deeper = lefts();
+    EXPECT_DOUBLE_EQ(deeper[0], 2 * first[0]);
+    EXPECT_DOUBLE_EQ(deeper[1], 2 * first[1]);
+    edit.undo();
+    EXPECT_EQ(lefts(), first);
+    edit.redo();
+    EXPECT_EQ(lefts(), deeper);
 }
 
 TEST_F(RichTextEditTest, TheStateIsWhatTheCaretOrAllOfTheSelectionHas) {
