@@ -27,7 +27,7 @@ struct Draft {
         bool operator==(const Edited&) const = default;
     };
     std::optional<Edited> edited;
-    /// The entry that a new one is to stand behind; absent: it comes first.
+    /// What a new one is to stand behind, also where the edited one is gone; absent: nothing.
     std::optional<base::Uuid> after;
     base::Instant typedAt;
     /// As plain text, UTF-8.

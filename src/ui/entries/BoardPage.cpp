@@ -188,7 +188,8 @@ bool BoardPage::resume(const app::Draft& draft, const QString& why) {
     const auto isAsItWas = edited && edited->updatedAt() == draft.edited->updatedAt &&
                            edited->type() == draft.type &&
                            m_model.isEditable(m_model.rowOf(*edited));
-    return m_editing.resume(draft, isAsItWas ? edited : nullptr, edited, why);
+    return m_editing.resume(draft, isAsItWas ? edited : nullptr,
+                            edited ? edited : openEntry(draft.after), why);
 }
 
 bool BoardPage::showRecord(const base::Uuid& id) {

@@ -6,6 +6,11 @@
 
 namespace korvex::ui {
 
+void DraftKeeping::begin() {
+    m_id.reset();
+    m_after.reset();
+}
+
 bool DraftKeeping::keep() {
     if (m_editors.current().isBlank()) {
         return true;
@@ -35,7 +40,7 @@ app::Draft DraftKeeping::draft() const {
                      .type = m_edited.type(),
                      .board = m_model.board()->id(),
                      .edited = {},
-                     .after = {},
+                     .after = predecessor(),
                      .typedAt = m_clock.now(),
                      .content = base::utf8(text.text()),
                      .richTextData = {}};
@@ -44,14 +49,21 @@ app::Draft DraftKeeping::draft() const {
         draft.edited = {entry->id(), m_edited.isChangedInStore() ? base::Instant::distantPast()
                                                                  : entry->updatedAt()};
     }
-    if (const auto* const after = m_model.openEntryAbove(m_model.rowOf(EntryRowKind::draft))) {
-        draft.after = after->id();
-    }
     if (!m_edited.isTodo()) {
         // Formats that cannot be written are no reason to lose the words.
         static_cast<void>(refusal([&] { draft.richTextData = m_serializer.encode(text); }));
     }
     return draft;
+}
+
+std::optional<base::Uuid> DraftKeeping::predecessor() const {
+    const auto row = m_edited.isStored() && m_edited.entry() ? m_model.rowOf(*m_edited.entry())
+                                                             : m_model.rowOf(EntryRowKind::draft);
+    if (row < 0) {
+        return m_after;
+    }
+    const auto* const above = m_model.openEntryAbove(row);
+    return above ? std::optional(above->id()) : std::nullopt;
 }
 
 } // namespace korvex::ui

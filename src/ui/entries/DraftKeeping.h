@@ -23,7 +23,10 @@ public:
 
     /// Another entry is edited from here on. A draft that was kept until then waits for the next
     /// start.
-    void begin() { m_id.reset(); }
+    void begin();
+    /// The rows are about to follow the store, and may all go with their board: keeps what a draft
+    /// tells of the place.
+    void rememberPlace() { m_after = predecessor(); }
     /// Writes what the editor shows, if there are words in it. False when that failed too.
     bool keep();
     /// It was stored, or the user has given it up.
@@ -36,6 +39,9 @@ public:
     void resume(const app::Draft& draft) { m_id = draft.id; }
 
 private:
+    /// The open entry above what is edited; the last one known where its row is not shown any more.
+    std::optional<base::Uuid> predecessor() const;
+
     const EntryListModel& m_model;
     const EditedEntry& m_edited;
     EntryEditors& m_editors;
@@ -44,6 +50,7 @@ private:
     const base::Clock& m_clock;
     /// Of the draft that is kept, if there is one.
     std::optional<base::Uuid> m_id;
+    std::optional<base::Uuid> m_after;
 };
 
 } // namespace korvex::ui

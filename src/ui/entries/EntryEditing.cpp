@@ -1,5 +1,6 @@
 #include "ui/entries/EntryEditing.h"
 
+#include "model/Board.h"
 #include "model/ServiceErrors.h"
 #include "ui/kit/controls/MenuItems.h"
 #include "ui/kit/words/Text.h"
@@ -147,7 +148,7 @@ std::optional<app::Draft> EntryEditing::takeAway() {
     if (leaveForGood()) {
         return std::nullopt;
     }
-    auto draft = m_drafts.draft();
+    auto draft = m_editors.current().isBlank() ? std::nullopt : std::optional(m_drafts.draft());
     close();
     return draft;
 }
@@ -171,6 +172,9 @@ model::Entry* EntryEditing::storedEntry() {
 }
 
 void EntryEditing::recordsChanged() {
+    if (isOpen()) {
+        m_drafts.rememberPlace();
+    }
     followRecords(m_view.editedRow());
 }
 
@@ -184,23 +188,23 @@ void EntryEditing::followRecords(int row) {
     if (!m_edited.isStored() || !entry() || m_storing.isBusy()) {
         return;
     }
-    auto& editor = m_editors.current();
-    const auto isUntouched = !editor.isChanged();
+    if (const auto* const board = m_model.board(); !board || !board->isLive()) {
+        return; // the page is about to give way to another board, and takes away what was typed
+    }
     if (!m_edited.isStillOn(m_model.board())) {
-        // What was stored while it was typed is gone with a deleted entry, and is in no undo here.
-        const auto isLost = !entry()->isLive() && editor.isTypedInto();
-        if (isUntouched && !isLost) {
-            close();
-        } else {
+        if (m_storing.hasUnstored()) {
             becomeDraft(row);
+        } else {
+            close();
         }
         return;
     }
+    auto& editor = m_editors.current();
     showDue();
     if (!m_edited.isChangedInStore()) {
         return;
     }
-    if (isUntouched && !editor.isTypedInto()) {
+    if (!editor.isChanged() && !editor.isTypedInto()) {
         const auto caret = editor.caret();
         m_edited.remember();
         m_editors.load(*entry());
@@ -259,12 +263,13 @@ void EntryEditing::closeToList() {
 }
 
 void EntryEditing::discard() {
-    const auto hasWords = !m_editors.current().isBlank();
-    const auto draft = hasWords ? std::optional(m_drafts.draft()) : std::nullopt;
-    m_storing.giveUp();
+    if (!isOpen()) {
+        return;
+    }
+    const auto words = m_storing.giveUp();
     closeToList();
-    if (draft) {
-        Q_EMIT discarded(*draft);
+    if (words) {
+        Q_EMIT discarded(*words);
     }
 }
 
@@ -324,13 +329,17 @@ void EntryEditing::becomeDraft(int row) {
     const auto* const after = canFollow ? &gone : m_model.openEntryAbove(row);
     const auto what = m_edited.whatBecameOfIt();
     m_edited.becomeDraft();
+    // Nothing of a new entry is stored: giving it up leaves nothing.
+    auto& editor = m_editors.current();
+    editor.setStored({});
+    editor.setOpened({});
     m_editors.showDue(nullptr);
-    m_view.placeEditor(m_editors.current(), m_model.openDraft(after));
+    m_view.placeEditor(editor, m_model.openDraft(after));
     // The words are in no store any more, and come into it when the user goes on: else the message
     // would be gone before it is read.
     m_typing.stop();
     m_drafts.keep();
-    m_editors.current().showNotice(what);
+    editor.showNotice(what);
 }
 
 /// Commands on the entry itself need it stored first; they go on with the editor closed.
@@ -451,6 +460,8 @@ void EntryEditing::openMenu(const QPoint& globalPosition) {
     auto* const menu = editor.makeMenu();
     menu->setParent(&m_view, menu->windowFlags());
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    // Another program may end the editing that the menu is of.
+    connect(this, &EntryEditing::closed, menu, &QMenu::close);
     const MenuItems items(*menu, *this);
     menu->addSeparator();
     const auto isText = !m_edited.isTodo();

@@ -58,7 +58,9 @@ void EntryListView::placeEditor(RowEditor& editor, int row) {
         measureAgain(before);
     }
     setCurrentRow(row);
-    measureAgain(row);
+    if (row >= 0) {
+        measureAgain(row);
+    }
     m_editor->show();
     scrollTo(m_editedIndex);
     Q_EMIT editorPlaced(m_editor);

@@ -1,5 +1,7 @@
 #include "ui/entries/EntryStoring.h"
 
+#include "model/Board.h"
+#include "model/ServiceErrors.h"
 #include "richtext/text/TextMerge.h"
 #include "services/EntryOrder.h"
 #include "ui/kit/words/Refusal.h"
@@ -11,6 +13,14 @@ namespace korvex::ui {
 namespace {
 
 constexpr const char* kEditTodo = "Edit Todo";
+
+/// What stands in the place of a record that is gone, as after a restore, may say something else:
+/// whoever typed is asked, and nothing is written over it.
+void requireLive(const store::Record& record) {
+    if (!record.isLive()) {
+        throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
+    }
+}
 
 /// Directly after an entry, at the very front for null.
 template <typename New>
@@ -73,16 +83,34 @@ void EntryStoring::endMessage() {
     }
 }
 
-void EntryStoring::giveUp() {
+bool EntryStoring::hasUnstored() {
+    auto& editor = m_editors.current();
+    if (m_edited.isDraft()) {
+        return !editor.isBlank();
+    }
+    // What was stored while it was typed is gone with a deleted entry, and is in no undo here.
+    const auto* const entry = m_edited.entry();
+    const auto isLost = entry && !entry->isLive() && editor.isTypedInto();
+    return isLost || editor.isChanged();
+}
+
+std::optional<app::Draft> EntryStoring::giveUp() {
     auto& editor = m_editors.current();
     auto* const entry = m_edited.entry();
+    auto words = editor.isBlank() ? std::nullopt : std::optional(m_drafts.draft());
     const auto refused = refusal([&] {
         const QScopedValueRollback busy(m_isBusy, true);
         if (m_edited.isStored() && m_edited.isNew()) {
             m_entries.deleteEntry(*entry);
         } else if (m_edited.isStored() && !editor.stored().isEquivalentTo(editor.opened())) {
+            // From here on nobody writes: what it was typed into is all that is stored, or is not.
+            const store::LockedStep step(m_context);
+            const auto isAsItWas = !m_edited.isChangedInStore();
             editor.change(editor.opened());
             update();
+            if (words && words->edited && isAsItWas) {
+                words->edited->updatedAt = entry->updatedAt();
+            }
         }
     });
     if (refused) {
@@ -91,6 +119,7 @@ void EntryStoring::giveUp() {
     }
     m_drafts.forget();
     editor.revert();
+    return words;
 }
 
 void EntryStoring::putBack() {
@@ -110,8 +139,7 @@ bool EntryStoring::isEmptiedNewTodo() const {
 
 std::optional<QString> EntryStoring::tryToStore() {
     const QScopedValueRollback busy(m_isBusy, true);
-    auto& editor = m_editors.current();
-    if (m_edited.isDraft() ? editor.isBlank() : !editor.isChanged()) {
+    if (!hasUnstored()) {
         m_drafts.forget();
         endMessage();
         return std::nullopt;
@@ -215,6 +243,8 @@ model::Entry* EntryStoring::addLines(const QStringList& lines) {
 }
 
 void EntryStoring::create() {
+    const store::LockedStep step(m_context);
+    requireLive(*m_model.board());
     const auto* const after = predecessorOfDraft();
     m_edited.setCreated(
         m_edited.isTodo()
@@ -226,8 +256,9 @@ void EntryStoring::update() {
     // From here on nobody writes: what is taken in is all there is.
     const store::LockedStep step(m_context);
     auto& entry = *m_edited.entry();
+    requireLive(entry);
     std::optional<services::UndoManager::Group> both;
-    if (entry.isLive() && entry.type() == m_edited.type() && m_edited.isChangedInStore()) {
+    if (entry.type() == m_edited.type() && m_edited.isChangedInStore()) {
         takeInOthers();
         if (m_edited.isChangedInStore()) {
             // Taken back, the other's version stands where it stood, and not a second time.

@@ -35,9 +35,11 @@ public:
     bool store();
     /// The same while it is being typed: a text that is empty for now stays as it is stored.
     void storeSoFar();
+    /// Whether there is something typed that the store does not have.
+    bool hasUnstored();
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
-    /// opened.
-    void giveUp();
+    /// opened. Returns the words as they could be gone on with; nothing where there were none.
+    std::optional<app::Draft> giveUp();
     /// The editor shows again what stood there before this editing, which is not stored yet.
     void putBack();
     /// An entry was opened in its editor, or a draft.

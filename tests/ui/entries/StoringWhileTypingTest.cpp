@@ -5,6 +5,9 @@
 #include "ui/entries/ShownRefusal.h"
 
 #include <QAbstractButton>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QMenu>
 #include <QScrollBar>
 #include <QTextEdit>
 
@@ -326,6 +329,68 @@ TEST_F(StoringWhileTypingTest, DiscardingTakesBackWhatWasStoredMeanwhile) {
     runLoop.advance(kPause);
     refuseAndDiscard();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("before"));
+}
+
+TEST_F(StoringWhileTypingTest, WhatWasDiscardedComesBackInItsPlace) {
+    const auto todos = add({"above", "abc", "below"});
+    const auto discardAndUndo = [this] {
+        clock.advance(1);
+        page.findChild<TodoEditor*>()->showError(QStringLiteral("refused"));
+        discard();
+        const auto left = storedTexts(*inbox);
+        press("Undo");
+        EXPECT_TRUE(page.leave());
+        return left;
+    };
+    edit(*todos[1]);
+    type("x");
+    runLoop.advance(kPause);
+    EXPECT_THAT(discardAndUndo(), ElementsAre("above", "abc", "below"));
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("above", "abcx", "below")) << "not doubled";
+
+    edit(*todos[0]);
+    key(Qt::Key_Return);
+    type("new");
+    runLoop.advance(kPause);
+    EXPECT_THAT(discardAndUndo(), ElementsAre("above", "abcx", "below"));
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("above", "new", "abcx", "below"));
+
+    edit(*todos[1]);
+    type(" and more");
+    runLoop.advance(kPause);
+    writeElsewhere(*todos[1], "their abcx and more", Known::no);
+    EXPECT_THAT(discardAndUndo(), ElementsAre("above", "new", "their abcx", "below"));
+    EXPECT_THAT(storedTexts(*inbox),
+                ElementsAre("above", "new", "their abcx", "abcx and more", "below"))
+        << "not over another's words";
+}
+
+TEST_F(StoringWhileTypingTest, LinesArePastedIntoWordsThatOutlivedTheirEntry) {
+    auto& entry = *add({"above", "word"}).back();
+    edit(entry);
+    type("s");
+    elsewhere(
+        [&](tests::StoreClient& client) { client.entries.deleteEntry(theirs(client, entry)); });
+    QApplication::clipboard()->setText(QStringLiteral("X\nY"));
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_TRUE(page.leave());
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("above", "wordsX", "Y"));
+}
+
+TEST_F(StoringWhileTypingTest, AnEditorsMenuGoesWithTheEditing) {
+    auto& entry = *add({"word"}).front();
+    edit(entry);
+    QContextMenuEvent event(QContextMenuEvent::Keyboard, QPoint(5, 5),
+                            field().mapToGlobal(QPoint(5, 5)));
+    QApplication::sendEvent(&field(), &event);
+    const auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(menu);
+    elsewhere(
+        [&](tests::StoreClient& client) { client.entries.deleteEntry(theirs(client, entry)); });
+    EXPECT_TRUE(menu->isHidden());
+    menu->actions().back()->trigger(); // the press may be under way
+    EXPECT_EQ(page.banner().message(), QString());
+    EXPECT_THAT(storedTexts(*inbox), IsEmpty());
 }
 
 TEST_F(StoringWhileTypingTest, ADraftIsGoneOnWithInItsPlace) {

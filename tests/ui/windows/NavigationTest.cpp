@@ -7,6 +7,7 @@
 #include "ui/boards/SidebarRow.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/ShownRefusal.h"
+#include "ui/entries/TypingTimer.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/kit/pages/NoticeLine.h"
@@ -247,6 +248,61 @@ TEST_F(NavigationTest, ABoardThatIsRestoredElsewhereStaysInSight) {
     EXPECT_EQ(page().board()->id(), work->id());
     ASSERT_TRUE(page().entries().entry(0));
     EXPECT_EQ(page().entries().entry(0)->content(), "kept");
+}
+
+TEST_F(NavigationTest, WordsOutliveTheirBoard) {
+    enum class Fate { restored, deleted };
+    struct Case {
+        const char* what;
+        bool isNew;
+        bool isStored;
+        Fate fate;
+        std::vector<std::string> texts;
+    };
+    const std::vector<std::string> changed{"first", "Buy milk today", "last", "more"};
+    const std::vector<std::string> withNew{"first", "new", "Buy milk", "last", "more"};
+    const std::vector<Case> cases{
+        {"changed", false, false, Fate::restored, changed},
+        {"changed and stored", false, true, Fate::restored, changed},
+        {"new", true, false, Fate::restored, withNew},
+        {"new and stored", true, true, Fate::restored, withNew},
+        {"changed and gone", false, false, Fate::deleted, {"Buy milk today"}},
+        {"changed, stored and gone", false, true, Fate::deleted, {"Buy milk today"}},
+        {"new and gone", true, false, Fate::deleted, {"new"}},
+    };
+    open();
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        auto& board = own.boards.createBoard(each.what, kNow);
+        const auto id = board.id();
+        own.entries.createTodos(
+            {.contents = {"first", "Buy milk", "last", "more"}, .board = board, .now = kNow});
+        navigation().showBoard(board);
+        list().setCurrentRow(each.isNew ? 0 : 1);
+        list().setFocus();
+        key(Qt::Key_Return);
+        if (each.isNew) {
+            key(Qt::Key_Return);
+        }
+        type(each.isNew ? "new" : " today");
+        if (each.isStored) {
+            runLoop.advance(TypingTimer::kPause.count());
+        }
+        elsewhere([&](tests::StoreClient& client) {
+            if (each.fate == Fate::restored) {
+                tests::restoreEverything(client.context);
+            } else {
+                client.boards.deleteBoard(*client.boards.board(id));
+            }
+        });
+        ASSERT_TRUE(QTest::qWaitFor([this] { return page().board()->isLive(); }));
+        EXPECT_EQ(page().board()->id(), each.fate == Fate::restored ? id : inbox->id());
+        EXPECT_NE(tests::shownRefusal(page()), QString()) << "it is offered";
+        ASSERT_TRUE(page().leave());
+        EXPECT_EQ(storedTexts(*page().board()), each.texts);
+        own.entries.deleteEntries(*page().board());
+    }
+    EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
 }
 
 TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
