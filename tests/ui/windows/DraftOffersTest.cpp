@@ -186,3 +186,21 @@ TEST_F(DraftOffersTest, WhatCannotBeReadIsToldAndStays) {
 
 } // namespace
 } // namespace korvex::ui
+TEST_F(DraftOffersTest, TheWindowDoesNotCloseOverANameThatWasRefused) {
+    open();
+    auto& sidebar = *window->findChild<Sidebar*>();
+    const auto nameField = [&] {
+        return sidebar.findChild<BoardListView*>()->findChild<QLineEdit*>();
+    };
+    sidebar.rename(*work);
+    nameField()->setText(QStringLiteral("   "));
+    EXPECT_FALSE(window->close());
+    EXPECT_FALSE(window->close()) << "nor before it is back in its field";
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return nameField() != nullptr; }));
+    EXPECT_EQ(nameField()->text(), QStringLiteral("   "));
+    nameField()->setText(QStringLiteral("Shop"));
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(work->name(), "Shop");
+}
+
