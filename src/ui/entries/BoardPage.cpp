@@ -77,8 +77,12 @@ void BoardPage::connectParts() {
     connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
     connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
     connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
-        offer(tr("What was typed was discarded."), tr("Undo"),
-              [this, draft] { Q_EMIT resumeRequested(draft); });
+        offer(tr("What was typed was discarded."), tr("Undo"), [this, draft] {
+            Q_EMIT resumeRequested(
+                draft, {.onTheirBoard = tr("This was discarded. Go on with it, or discard it."),
+                        .elsewhere = tr("This was discarded. Its board is no longer there. Go on "
+                                        "with it here, or discard it.")});
+        });
     });
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
         m_noticed = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
@@ -155,19 +159,19 @@ void BoardPage::showEntry(model::Entry& entry) {
 
 BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
     const auto isSame = this->board() && this->board()->id() == board.id();
-    const auto why = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
-                                 "typed, or discard it.")
-                            : tr("This was typed on “%1”, which is no longer there. Go on with it "
-                                 "here, or discard it.");
-    const auto before = title();
+    const auto form = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+                                  "typed, or discard it.")
+                             : tr("This was typed on “%1”, which is no longer there. Go on with it "
+                                  "here, or discard it.");
+    const auto why = form.arg(title());
     const auto words = m_editing.takeAway();
     const auto isShown = showBoard(board);
     if (!words) {
         return isShown ? GivenWay::alone : GivenWay::no;
     }
     // Where the other board cannot be read, they stay on this one, or wait.
-    if (!resume(*words, why.arg(before))) {
-        Q_EMIT resumeRequested(*words);
+    if (!resume(*words, why)) {
+        Q_EMIT resumeRequested(*words, {.onTheirBoard = why, .elsewhere = why});
     }
     return isShown ? GivenWay::withWords : GivenWay::no;
 }

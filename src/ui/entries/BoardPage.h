@@ -30,6 +30,12 @@ public:
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
+    /// Where words come from, as the editor says it under them.
+    struct Origin {
+        QString onTheirBoard;
+        /// Where their board is no longer there.
+        QString elsewhere;
+    };
     enum class GivenWay {
         /// The board could not be read, which the page says.
         no,
@@ -65,8 +71,9 @@ Q_SIGNALS:
     void unarchiveRequested();
     /// What was edited on the board is edited no more.
     void editingEnded();
-    /// What was discarded is to be gone on with, on its board.
-    void resumeRequested(const korvex::app::Draft& draft);
+    /// What was discarded is to be gone on with, on its board, or what has no board any more.
+    void resumeRequested(const korvex::app::Draft& draft,
+                         const korvex::ui::BoardPage::Origin& origin);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
