@@ -10,6 +10,9 @@
 #include <QClipboard>
 #include <QKeyEvent>
 
+#include <algorithm>
+#include <utility>
+
 namespace korvex::ui {
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
@@ -75,7 +78,11 @@ void BoardPage::connectParts() {
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::refuse);
     connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
-    connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_editing, &EntryEditing::closed, this, [this] {
+        // What is told while one leaves an entry is still to be read; by the next end it was.
+        banner().end(std::exchange(m_noticedBefore, m_noticed));
+        Q_EMIT editingEnded();
+    });
     connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
         offer(tr("What was typed was discarded."), tr("Undo"), [this, draft] {
             Q_EMIT resumeRequested(
@@ -134,6 +141,7 @@ bool BoardPage::showBoard(model::Board& board) {
     if (!leave()) {
         return false;
     }
+    const auto told = m_noticed;
     // Reads the entries; what follows cannot fail any more. What is on offer goes on being so.
     if (const auto refused = refusal([&] { static_cast<void>(board.entries()); })) {
         refuse(*refused);
@@ -144,6 +152,7 @@ bool BoardPage::showBoard(model::Board& board) {
     return true;
 }
 
+    banner().end(told); // of an entry of the other board
 void BoardPage::showEntry(model::Entry& entry) {
     if (entry.board() != m_model.board() || !leave()) {
         return;

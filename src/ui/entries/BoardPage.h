@@ -105,3 +105,5 @@ private:
 };
 
 } // namespace korvex::ui
+    /// The same when the editing before had ended.
+    ErrorBanner::MessageId m_noticedBefore = 0;
