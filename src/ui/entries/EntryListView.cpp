@@ -395,7 +395,7 @@ void EntryListView::dropEvent(QDropEvent* event) {
     const auto drop = m_reordering.drop(*event);
     endDrag();
     if (drop && drop->entry) {
-        Q_EMIT dropped(*drop->entry, drop->place->row, drop->place->placement);
+        Q_EMIT dropped(*drop->entry, *drop->place);
     } else if (drop) {
         Q_EMIT textDropped(event->mimeData(), drop->place);
     }

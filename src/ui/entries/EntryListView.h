@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "model/EntryPlacement.h"
 #include "ui/entries/EntryChips.h"
 #include "ui/entries/EntryHits.h"
 #include "ui/entries/EntryReordering.h"
@@ -61,8 +60,7 @@ Q_SIGNALS:
     void pasteRequested();
     void completedToggled();
     void moveRequested(int row, int offset);
-    void dropped(const korvex::base::Uuid& id, int targetRow,
-                 korvex::model::EntryPlacement placement);
+    void dropped(const korvex::base::Uuid& id, const korvex::ui::EntryReordering::Place& place);
     /// Text was let go here; with no place, on a board without entries.
     void textDropped(const QMimeData* offered,
                      const std::optional<korvex::ui::EntryReordering::Place>& place);

@@ -281,6 +281,26 @@ TEST_F(BoardPageTest, TextLetGoOverTheListBecomesEntriesThere) {
     key(Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*inbox),
                 ElementsAre("first!", "one", "a bold word", "meanwhile", "two"));
+
+    const auto tick = [this](int row) {
+        list().setCurrentRow(row);
+        list().setFocus();
+        key(Qt::Key_Space);
+    };
+    tick(0);
+    drop("<p>top</p>", edge(0, 30), copyOrMove);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("top", "one", "a bold word", "meanwhile", "two"))
+        << "beside a todo that was just ticked";
+    tick(page.entries().rowOf(EntryRowKind::newTodo) - 1);
+    drop("<p>last</p>", {200, 390}, copyOrMove);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("top", "one", "a bold word", "meanwhile", "last"))
+        << "below one";
+    const auto ticked = page.entries().rowOf(EntryRowKind::newTodo) - 2;
+    ASSERT_TRUE(page.entries().entry(ticked)->isCompleted());
+    Q_EMIT list().dropped(services::activeEntries(*inbox).front()->id(),
+                          {ticked, model::EntryPlacement::before});
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("one", "a bold word", "meanwhile", "top", "last"));
+    EXPECT_EQ(page.banner().message(), QString());
 }
 
 TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {
