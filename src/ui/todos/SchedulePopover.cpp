@@ -234,6 +234,7 @@ void SchedulePopover::takeState() {
     if (m_isShowing) {
         return;
     }
+    changed();
     const auto reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
     const auto now = shown();
     m_editor.hasDue = m_hasDue->isChecked();
@@ -260,6 +261,7 @@ void SchedulePopover::takeState() {
 }
 
 void SchedulePopover::setDueDay(int daysFromToday) {
+    changed();
     const auto today = dateTimeOf(m_services.clock.now()).date();
     m_editor.hasDue = true;
     m_editor.due =
