@@ -49,6 +49,9 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     const bool canChange = workspace.boards.allowsChanges();
     m_header->setChangeable(canChange);
     m_archivedNotice->setActionEnabled(canChange);
+    // Hears of them after who places the banner over the list.
+    banner().installEventFilter(this);
+    m_list->installEventFilter(this);
     layOut({m_header, m_archivedNotice}, *m_list);
     connectParts();
     connectList();
@@ -138,10 +141,10 @@ bool BoardPage::showBoard(model::Board& board) {
     if (m_model.board() == &board) {
         return true;
     }
+    const auto told = m_noticed;
     if (!leave()) {
         return false;
     }
-    const auto told = m_noticed;
     // Reads the entries; what follows cannot fail any more. What is on offer goes on being so.
     if (const auto refused = refusal([&] { static_cast<void>(board.entries()); })) {
         refuse(*refused);
@@ -149,10 +152,10 @@ bool BoardPage::showBoard(model::Board& board) {
     }
     m_model.setBoard(&board);
     m_list->scrollToTop();
+    banner().end(told); // of an entry of the other board
     return true;
 }
 
-    banner().end(told); // of an entry of the other board
 void BoardPage::showEntry(model::Entry& entry) {
     if (entry.board() != m_model.board() || !leave()) {
         return;
@@ -256,6 +259,20 @@ void BoardPage::focusList() {
 void BoardPage::refresh() {
     m_editing.recordsChanged();
     m_model.refresh();
+}
+
+bool BoardPage::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::Show || type == QEvent::Hide || type == QEvent::Move ||
+        type == QEvent::Resize) {
+        measureBanner();
+    }
+    return Page::eventFilter(watched, event);
+}
+
+void BoardPage::measureBanner() {
+    const auto end = m_list->geometry().bottom() + 1;
+    m_list->coverFoot(banner().isHidden() ? 0 : std::max(0, end - banner().y()));
 }
 
 void BoardPage::keyPressEvent(QKeyEvent* event) {

@@ -77,6 +77,7 @@ Q_SIGNALS:
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     EntryActions::Parts parts();
@@ -85,6 +86,8 @@ private:
     void paste();
     void updateHeader();
     void toggleCompleted();
+    /// Tells the list how much of it the banner covers.
+    void measureBanner();
     /// Whether new entries can be made; says why not.
     bool canAdd();
 
@@ -102,8 +105,8 @@ private:
     base::Subscription m_ticks;
     /// What the editing has told last.
     ErrorBanner::MessageId m_noticed = 0;
+    /// The same when the editing before had ended.
+    ErrorBanner::MessageId m_noticedBefore = 0;
 };
 
 } // namespace korvex::ui
-    /// The same when the editing before had ended.
-    ErrorBanner::MessageId m_noticedBefore = 0;

@@ -31,6 +31,9 @@ public:
     void placeEditor(RowEditor& editor, int row);
     /// Scrolls until this part of the editor is in sight.
     void revealInEditor(const QRect& part);
+    /// So many pixels at the foot are out of sight under a message: what is typed is not to be
+    /// there, and the last rows can be scrolled out from under it.
+    void coverFoot(int height);
     void removeEditor();
     /// The row in whose place the editor stands; -1 while nothing is edited.
     int editedRow() const;
@@ -112,6 +115,7 @@ private:
     QPersistentModelIndex m_editedIndex;
     base::Subscription m_codeArrivals;
     QPoint m_pressedAt;
+    int m_coveredFoot = 0;
 };
 
 } // namespace korvex::ui
