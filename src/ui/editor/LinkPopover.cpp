@@ -100,6 +100,7 @@ void LinkPopover::save() {
 }
 
 void LinkPopover::showTarget() {
+    changed();
     m_open->setEnabled(linkTarget(m_target->text()).has_value());
     showError(QString());
 }

@@ -10,6 +10,9 @@
 #include <QClipboard>
 #include <QKeyEvent>
 
+#include <algorithm>
+#include <utility>
+
 namespace korvex::ui {
 
 BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
@@ -46,6 +49,9 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
     const bool canChange = workspace.boards.allowsChanges();
     m_header->setChangeable(canChange);
     m_archivedNotice->setActionEnabled(canChange);
+    // Hears of them after who places the banner over the list.
+    banner().installEventFilter(this);
+    m_list->installEventFilter(this);
     layOut({m_header, m_archivedNotice}, *m_list);
     connectParts();
     connectList();
@@ -75,10 +81,18 @@ void BoardPage::connectParts() {
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::refuse);
     connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
-    connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_editing, &EntryEditing::closed, this, [this] {
+        // What is told while one leaves an entry is still to be read; by the next end it was.
+        banner().end(std::exchange(m_noticedBefore, m_noticed));
+        Q_EMIT editingEnded();
+    });
     connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
-        offer(tr("What was typed was discarded."), tr("Undo"),
-              [this, draft] { Q_EMIT resumeRequested(draft); });
+        offer(tr("What was typed was discarded."), tr("Undo"), [this, draft] {
+            Q_EMIT resumeRequested(
+                draft, {.onTheirBoard = tr("This was discarded. Go on with it, or discard it."),
+                        .elsewhere = tr("This was discarded. Its board is no longer there. Go on "
+                                        "with it here, or discard it.")});
+        });
     });
     connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
         m_noticed = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
@@ -127,6 +141,7 @@ bool BoardPage::showBoard(model::Board& board) {
     if (m_model.board() == &board) {
         return true;
     }
+    const auto told = m_noticed;
     if (!leave()) {
         return false;
     }
@@ -137,6 +152,7 @@ bool BoardPage::showBoard(model::Board& board) {
     }
     m_model.setBoard(&board);
     m_list->scrollToTop();
+    banner().end(told); // of an entry of the other board
     return true;
 }
 
@@ -155,19 +171,19 @@ void BoardPage::showEntry(model::Entry& entry) {
 
 BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
     const auto isSame = this->board() && this->board()->id() == board.id();
-    const auto why = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
-                                 "typed, or discard it.")
-                            : tr("This was typed on “%1”, which is no longer there. Go on with it "
-                                 "here, or discard it.");
-    const auto before = title();
+    const auto form = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+                                  "typed, or discard it.")
+                             : tr("This was typed on “%1”, which is no longer there. Go on with it "
+                                  "here, or discard it.");
+    const auto why = form.arg(title());
     const auto words = m_editing.takeAway();
     const auto isShown = showBoard(board);
     if (!words) {
         return isShown ? GivenWay::alone : GivenWay::no;
     }
     // Where the other board cannot be read, they stay on this one, or wait.
-    if (!resume(*words, why.arg(before))) {
-        Q_EMIT resumeRequested(*words);
+    if (!resume(*words, why)) {
+        Q_EMIT resumeRequested(*words, {.onTheirBoard = why, .elsewhere = why});
     }
     return isShown ? GivenWay::withWords : GivenWay::no;
 }
@@ -243,6 +259,20 @@ void BoardPage::focusList() {
 void BoardPage::refresh() {
     m_editing.recordsChanged();
     m_model.refresh();
+}
+
+bool BoardPage::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (type == QEvent::Show || type == QEvent::Hide || type == QEvent::Move ||
+        type == QEvent::Resize) {
+        measureBanner();
+    }
+    return Page::eventFilter(watched, event);
+}
+
+void BoardPage::measureBanner() {
+    const auto end = m_list->geometry().bottom() + 1;
+    m_list->coverFoot(banner().isHidden() ? 0 : std::max(0, end - banner().y()));
 }
 
 void BoardPage::keyPressEvent(QKeyEvent* event) {

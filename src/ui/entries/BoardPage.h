@@ -30,6 +30,12 @@ public:
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
     /// nothing when it is not on this board, or what is being edited cannot be left.
     void showEntry(model::Entry& entry);
+    /// Where words come from, as the editor says it under them.
+    struct Origin {
+        QString onTheirBoard;
+        /// Where their board is no longer there.
+        QString elsewhere;
+    };
     enum class GivenWay {
         /// The board could not be read, which the page says.
         no,
@@ -65,11 +71,13 @@ Q_SIGNALS:
     void unarchiveRequested();
     /// What was edited on the board is edited no more.
     void editingEnded();
-    /// What was discarded is to be gone on with, on its board.
-    void resumeRequested(const korvex::app::Draft& draft);
+    /// What was discarded is to be gone on with, on its board, or what has no board any more.
+    void resumeRequested(const korvex::app::Draft& draft,
+                         const korvex::ui::BoardPage::Origin& origin);
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     EntryActions::Parts parts();
@@ -78,6 +86,8 @@ private:
     void paste();
     void updateHeader();
     void toggleCompleted();
+    /// Tells the list how much of it the banner covers.
+    void measureBanner();
     /// Whether new entries can be made; says why not.
     bool canAdd();
 
@@ -95,6 +105,8 @@ private:
     base::Subscription m_ticks;
     /// What the editing has told last.
     ErrorBanner::MessageId m_noticed = 0;
+    /// The same when the editing before had ended.
+    ErrorBanner::MessageId m_noticedBefore = 0;
 };
 
 } // namespace korvex::ui

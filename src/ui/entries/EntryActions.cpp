@@ -2,6 +2,7 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardPicker.h"
+#include "ui/entries/OpenPlace.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
@@ -72,13 +73,17 @@ void EntryActions::move(model::Entry& entry, int offset) {
     m_parts.list.setCurrentRow(m_parts.model.rowOf(entry));
 }
 
-void EntryActions::drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement) {
-    const auto* const target = m_parts.model.entry(targetRow);
-    if (!target || target->id() == id) {
-        return;
+void EntryActions::drop(const base::Uuid& id, const EntryReordering::Place& place) {
+    const auto* const beside = m_parts.model.entry(place.row);
+    const auto [after, before] = openPlace(m_parts.model, place);
+    const auto& target = after ? after : before;
+    if (!target || *target == id || (beside && beside->id() == id)) {
+        return; // it stands there
     }
     m_parts.page.perform([&] {
-        m_services.todos.entries.moveEntry(id, target->id(), placement, *m_parts.model.board());
+        m_services.todos.entries.moveEntry(
+            id, *target, after ? model::EntryPlacement::after : model::EntryPlacement::before,
+            *m_parts.model.board());
     });
 }
 

@@ -63,8 +63,8 @@ public:
     void attachOffered(const QMimeData& offered);
     /// Ticks the todo of a row, or takes the tick away.
     void toggle(int row);
-    /// Puts an entry of the board before or after the one of a row.
-    void drop(const base::Uuid& id, int targetRow, model::EntryPlacement placement);
+    /// Puts an entry of the board beside a row.
+    void drop(const base::Uuid& id, const EntryReordering::Place& place);
 
 private:
     void connectEditing();

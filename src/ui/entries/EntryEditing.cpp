@@ -238,6 +238,7 @@ void EntryEditing::show(int row, int caret) {
     m_view.placeEditor(editor, row);
     editor.setCaret(caret);
     editor.input().setFocus();
+    editor.reveal(); // even where it stands as before
 }
 
 void EntryEditing::close() {

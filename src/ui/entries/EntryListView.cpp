@@ -69,10 +69,25 @@ void EntryListView::placeEditor(RowEditor& editor, int row) {
 void EntryListView::revealInEditor(const QRect& part) {
     const auto wanted = part.translated(m_editor->pos());
     auto* const bar = verticalScrollBar();
+    const int end = viewport()->height() - m_coveredFoot;
     if (wanted.top() < 0) {
         bar->setValue(bar->value() + wanted.top());
-    } else if (wanted.bottom() >= viewport()->height()) {
-        bar->setValue(bar->value() + wanted.bottom() + 1 - viewport()->height());
+    } else if (wanted.bottom() >= end) {
+        // Of what is higher than the room, the top.
+        bar->setValue(bar->value() + std::min(wanted.bottom() + 1 - end, wanted.top()));
+    }
+}
+
+void EntryListView::coverFoot(int height) {
+    if (height == m_coveredFoot) {
+        return;
+    }
+    const auto isTypedInSight = editedRow() >= 0 && m_editor->isCaretInSight();
+    m_coveredFoot = height;
+    setBottomMargin(kBottomMargin + height);
+    updateGeometries();
+    if (isTypedInSight) {
+        m_editor->reveal();
     }
 }
 
@@ -126,6 +141,7 @@ void EntryListView::rowsPlaced() {
         if (m_editor->geometry() != rect) {
             m_editor->setGeometry(rect);
         }
+        m_editor->coverFoot(m_coveredFoot);
         m_editor->placeInSight();
     }
 }
@@ -397,7 +413,7 @@ void EntryListView::dropEvent(QDropEvent* event) {
     const auto drop = m_reordering.drop(*event);
     endDrag();
     if (drop && drop->entry) {
-        Q_EMIT dropped(*drop->entry, drop->place->row, drop->place->placement);
+        Q_EMIT dropped(*drop->entry, *drop->place);
     } else if (drop) {
         Q_EMIT textDropped(event->mimeData(), drop->place);
     }

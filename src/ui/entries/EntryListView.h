@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "model/EntryPlacement.h"
 #include "ui/entries/EntryChips.h"
 #include "ui/entries/EntryHits.h"
 #include "ui/entries/EntryReordering.h"
@@ -32,6 +31,9 @@ public:
     void placeEditor(RowEditor& editor, int row);
     /// Scrolls until this part of the editor is in sight.
     void revealInEditor(const QRect& part);
+    /// So many pixels at the foot are out of sight under a message: what is typed is not to be
+    /// there, and the last rows can be scrolled out from under it.
+    void coverFoot(int height);
     void removeEditor();
     /// The row in whose place the editor stands; -1 while nothing is edited.
     int editedRow() const;
@@ -61,8 +63,7 @@ Q_SIGNALS:
     void pasteRequested();
     void completedToggled();
     void moveRequested(int row, int offset);
-    void dropped(const korvex::base::Uuid& id, int targetRow,
-                 korvex::model::EntryPlacement placement);
+    void dropped(const korvex::base::Uuid& id, const korvex::ui::EntryReordering::Place& place);
     /// Text was let go here; with no place, on a board without entries.
     void textDropped(const QMimeData* offered,
                      const std::optional<korvex::ui::EntryReordering::Place>& place);
@@ -114,6 +115,7 @@ private:
     QPersistentModelIndex m_editedIndex;
     base::Subscription m_codeArrivals;
     QPoint m_pressedAt;
+    int m_coveredFoot = 0;
 };
 
 } // namespace korvex::ui

@@ -34,13 +34,10 @@ void EntryPasting::paste(const QMimeData& offered) {
 
 void EntryPasting::drop(const QMimeData& offered,
                         const std::optional<EntryReordering::Place>& place) {
-    const auto* const beside = place ? m_model.entry(place->row) : nullptr;
-    const auto id = beside ? std::optional(beside->id()) : std::nullopt;
-    const auto isBefore = place && place->placement == model::EntryPlacement::before;
-    makeEntries(offered, isBefore ? Beside{{}, id} : Beside{id, {}}, "Drop");
+    makeEntries(offered, place ? openPlace(m_model, *place) : OpenPlace{}, "Drop");
 }
 
-void EntryPasting::makeEntries(const QMimeData& offered, const Beside& place,
+void EntryPasting::makeEntries(const QMimeData& offered, const OpenPlace& place,
                                std::string_view undoName) {
     const model::Entry* last = nullptr;
     if (!m_page.perform([&] { last = create(offered, place, undoName); }) || !last) {
@@ -52,7 +49,7 @@ void EntryPasting::makeEntries(const QMimeData& offered, const Beside& place,
     }
 }
 
-const model::Entry* EntryPasting::create(const QMimeData& offered, const Beside& place,
+const model::Entry* EntryPasting::create(const QMimeData& offered, const OpenPlace& place,
                                          std::string_view undoName) {
     const auto text = textFrom(offered);
     if (isFormatted(text)) {
@@ -83,11 +80,10 @@ const model::Entry* EntryPasting::create(const QMimeData& offered, const Beside&
         .back();
 }
 
-EntryPasting::Beside EntryPasting::current() const {
+OpenPlace EntryPasting::current() const {
     const int row = m_list.currentRow();
     const auto isEntry = row >= 0 && m_model.kind(row) == EntryRowKind::entry;
-    const auto* const above = isEntry ? m_model.openEntryAbove(row + 1) : nullptr;
-    return {above ? std::optional(above->id()) : std::nullopt, std::nullopt};
+    return isEntry ? openPlace(m_model, {row, model::EntryPlacement::after}) : OpenPlace{};
 }
 
 } // namespace korvex::ui

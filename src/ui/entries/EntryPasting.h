@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 #include "services/EntryService.h"
 #include "ui/entries/EntryListView.h"
+#include "ui/entries/OpenPlace.h"
 #include "ui/kit/pages/Page.h"
 
 #include <string_view>
@@ -25,18 +26,12 @@ public:
     void drop(const QMimeData& offered, const std::optional<EntryReordering::Place>& place);
 
 private:
-    /// Beside which entry the new ones are to stand; with neither, at the end.
-    struct Beside {
-        std::optional<base::Uuid> after;
-        std::optional<base::Uuid> before;
-    };
-
-    void makeEntries(const QMimeData& offered, const Beside& place, std::string_view undoName);
+    void makeEntries(const QMimeData& offered, const OpenPlace& place, std::string_view undoName);
     /// What is last of the new.
-    const model::Entry* create(const QMimeData& offered, const Beside& place,
+    const model::Entry* create(const QMimeData& offered, const OpenPlace& place,
                                std::string_view undoName);
-    /// Below the current entry, as far as that is open.
-    Beside current() const;
+    /// Below the current entry, as far as that is open; else at the end.
+    OpenPlace current() const;
 
     Page& m_page;
     EntryListModel& m_model;

@@ -3,7 +3,7 @@
 #include "model/Board.h"
 #include "model/ServiceErrors.h"
 #include "richtext/text/TextMerge.h"
-#include "services/EntryOrder.h"
+#include "ui/entries/OpenPlace.h"
 #include "ui/kit/words/Refusal.h"
 
 #include <QScopedValueRollback>
@@ -19,16 +19,6 @@ constexpr const char* kEditTodo = "Edit Todo";
 void requireLive(const store::Record& record) {
     if (!record.isLive()) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
-    }
-}
-
-/// Directly after an entry, at the very front for null.
-template <typename New>
-void placeAfter(const model::Entry* after, New& entry) {
-    if (after) {
-        entry.after = after->id();
-    } else if (const auto active = services::activeEntries(entry.board); !active.empty()) {
-        entry.before = active.front()->id();
     }
 }
 
@@ -294,24 +284,26 @@ const model::Entry* EntryStoring::predecessorOfDraft() const {
 std::vector<model::Entry*> EntryStoring::createTodos(const std::vector<std::string>& contents,
                                                      const model::Entry* after,
                                                      services::EditingSession* session) {
-    services::NewTodos todos{.contents = contents,
-                             .board = *m_model.board(),
-                             .now = m_clock.now(),
-                             .undoName = contents.size() == 1 ? "New Todo" : "New Todos",
-                             .session = session};
-    placeAfter(after, todos);
-    return m_entries.createTodos(todos);
+    const auto place = placeAfter(after, *m_model.board());
+    return m_entries.createTodos({.contents = contents,
+                                  .board = *m_model.board(),
+                                  .after = place.after,
+                                  .before = place.before,
+                                  .now = m_clock.now(),
+                                  .undoName = contents.size() == 1 ? "New Todo" : "New Todos",
+                                  .session = session});
 }
 
 model::Entry& EntryStoring::createText(const model::Entry* after) {
     const auto text = m_editors.text().text();
-    services::NewText entry{.rich = text,
-                            .board = *m_model.board(),
-                            .now = m_clock.now(),
-                            .undoName = "New Text",
-                            .session = &m_session};
-    placeAfter(after, entry);
-    return m_entries.createText(entry);
+    const auto place = placeAfter(after, *m_model.board());
+    return m_entries.createText({.rich = text,
+                                 .board = *m_model.board(),
+                                 .after = place.after,
+                                 .before = place.before,
+                                 .now = m_clock.now(),
+                                 .undoName = "New Text",
+                                 .session = &m_session});
 }
 
 } // namespace korvex::ui

@@ -64,7 +64,7 @@ void RowEditor::say(const QString& message, ErrorBanner::Tone tone, Until until)
     const auto isSaid = m_until && tone == m_tone && message == m_message->message();
     m_until = until;
     m_tone = tone;
-    m_message->setDiscardable(isTypedInto());
+    offerDiscard();
     if (!isSaid) { // what is said again and again is heard once
         m_message->setMessage(message, tone);
     }
@@ -86,9 +86,17 @@ void RowEditor::endMessage() {
 void RowEditor::edited() {
     if (m_until == Until::edited) {
         endMessage();
-    } else if (m_until) {
-        m_message->setDiscardable(isTypedInto());
+    } else if (m_until && input().document()->isUndoAvailable() != m_couldUndo && offerDiscard()) {
+        Q_EMIT neededHeightChanged();
+        placeInSight();
     }
+}
+
+/// Compares the whole text, which takes too long for every key: who types is asked at the first
+/// letter, when all is undone, and when the text is to be stored.
+bool RowEditor::offerDiscard() {
+    m_couldUndo = input().document()->isUndoAvailable();
+    return m_message->setDiscardable(isTypedInto());
 }
 
 int RowEditor::messageHeight(int width) const {
@@ -101,12 +109,19 @@ void RowEditor::placeInSight() {
     }
     const int needed = messageHeight(width());
     const int foot = height() - m_theme.rowDistance() / 2;
-    // Where the list ends, as this sees it.
-    const int end = parentWidget()->height() - y();
-    const int top = std::max(std::min(foot, end) - needed, 0);
+    const int top = std::max(std::min(foot, endOfSight()) - needed, 0);
     m_message->setGeometry(kMessageMargin, top, width() - 2 * kMessageMargin,
                            needed - RowFrame::kPadding);
     m_message->raise();
+}
+
+int RowEditor::endOfSight() const {
+    return parentWidget()->height() - m_coveredFoot - y();
+}
+
+bool RowEditor::isCaretInSight() {
+    const auto caret = caretPlace();
+    return caret.bottom() >= -y() && caret.top() < endOfSight();
 }
 
 void RowEditor::reveal() {

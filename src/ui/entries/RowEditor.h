@@ -77,6 +77,12 @@ public:
     /// Places what stays in sight of an editor that is higher than the list. To be called when
     /// either has another place or size.
     virtual void placeInSight();
+    /// So many pixels at the foot of the list are out of sight under something else, from the next
+    /// `placeInSight` on.
+    void coverFoot(int height) { m_coveredFoot = height; }
+    bool isCaretInSight();
+    /// Asks for the caret to be in sight, and of a message that it is not over it.
+    void reveal();
 
 Q_SIGNALS:
     void neededHeightChanged();
@@ -93,8 +99,6 @@ protected:
     int messageHeight(int width) const;
     /// The place of the caret, with all around it that is to be seen while one types.
     virtual QRect caretPlace() = 0;
-    /// Asks for the caret to be in sight, and of a message that it is not over it.
-    void reveal();
     /// The text has changed.
     void edited();
     /// Lets `edit` change the document as one step of undo. The caret stays before what is put in
@@ -112,6 +116,10 @@ protected:
 
 private:
     void say(const QString& message, ErrorBanner::Tone tone, Until until);
+    /// Offers to give up what was typed where there is anything. True when that has changed.
+    bool offerDiscard();
+    /// Where the list ends for who looks at it, as this sees it.
+    int endOfSight() const;
 
     const Theme& m_theme;
     richtext::AttributedString m_stored;
@@ -120,6 +128,9 @@ private:
     ErrorBanner::Tone m_tone = ErrorBanner::Tone::error;
     /// Absent while there is no message.
     std::optional<Until> m_until;
+    /// Whether anything could be undone when the message was shown last.
+    bool m_couldUndo = false;
+    int m_coveredFoot = 0;
 };
 
 } // namespace korvex::ui

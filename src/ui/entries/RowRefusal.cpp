@@ -51,8 +51,10 @@ void RowRefusal::setMessage(const QString& message, ErrorBanner::Tone tone) {
     Accessibility::say(*this, message);
 }
 
-void RowRefusal::setDiscardable(bool discardable) {
+bool RowRefusal::setDiscardable(bool discardable) {
+    const auto isOther = m_discard->isHidden() == discardable;
     m_discard->setVisible(discardable);
+    return isOther;
 }
 
 QString RowRefusal::message() const {

@@ -17,8 +17,9 @@ public:
     RowRefusal(const Theme& theme, QWidget* editor);
 
     void setMessage(const QString& message, ErrorBanner::Tone tone);
-    /// Whether there is anything to be given up.
-    void setDiscardable(bool discardable);
+    /// Whether there is anything to be given up. True when that is another than before, and with it
+    /// perhaps the height.
+    bool setDiscardable(bool discardable);
     QString message() const;
     /// The height that it needs at this width.
     int neededHeight(int width) const;

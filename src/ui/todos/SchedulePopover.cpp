@@ -238,6 +238,7 @@ void SchedulePopover::takeState() {
     if (m_isShowing) {
         return;
     }
+    changed();
     const auto reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
     const auto now = shown();
     m_editor.hasDue = m_hasDue->isChecked();
@@ -266,6 +267,7 @@ void SchedulePopover::takeState() {
 }
 
 void SchedulePopover::setDueDay(int daysFromToday) {
+    changed();
     const auto today = dateTimeOf(m_services.clock.now()).date();
     m_editor.hasDue = true;
     const auto due = m_editor.due();

@@ -1,6 +1,5 @@
 #include "ui/windows/DraftOffers.h"
 
-#include "ui/entries/BoardPage.h"
 #include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
@@ -12,12 +11,14 @@ DraftOffers::DraftOffers(const Workspace& workspace, Navigation& navigation, Boa
                          QObject* parent)
     : QObject(parent), m_workspace(workspace), m_navigation(navigation), m_boardPage(boardPage) {
     connect(&boardPage, &BoardPage::editingEnded, this, &DraftOffers::offerRest);
-    connect(&boardPage, &BoardPage::resumeRequested, this, [this](const app::Draft& draft) {
-        // Until it is shown, it is kept as well as those of before; when not, it waits with them.
-        static_cast<void>(m_workspace.drafts.write(draft));
-        m_waiting.push_front({draft, false});
-        showNext();
-    });
+    connect(&boardPage, &BoardPage::resumeRequested, this,
+            [this](const app::Draft& draft, const BoardPage::Origin& origin) {
+                // Until it is shown, it is kept as well as those of before; when not, it waits with
+                // them.
+                static_cast<void>(m_workspace.drafts.write(draft));
+                m_waiting.push_front({draft, origin});
+                showNext();
+            });
 }
 
 void DraftOffers::start() {
@@ -26,7 +27,12 @@ void DraftOffers::start() {
     }
     auto found = m_workspace.drafts.find();
     for (auto& each : found.drafts) {
-        m_waiting.push_back({std::move(each), true});
+        m_waiting.push_back(
+            {std::move(each),
+             {.onTheirBoard = tr("This was typed here before Korvex ended and could not be stored. "
+                                 "Go on with it, or discard it."),
+              .elsewhere = tr("This was typed before Korvex ended and could not be stored. Its "
+                              "board is no longer there. Go on with it here, or discard it.")}});
     }
     m_unreadable = std::move(found.unreadable);
     if (m_waiting.empty()) {
@@ -62,10 +68,13 @@ void DraftOffers::showNext() {
     if (board) {
         m_navigation.openBoard(*board);
     }
+    const auto& [onTheirBoard, elsewhere] = next.origin;
+    const auto isTheirs = board && board->id() == next.draft.board;
     if (!board || m_boardPage.board() != board ||
-        !m_boardPage.resume(next.draft, whereFrom(next, *board))) {
+        !m_boardPage.resume(next.draft, isTheirs ? onTheirBoard : elsewhere)) {
         // Where something else cannot be left, this one waits with the others.
         m_waiting.push_front(std::move(next));
+        offerRest();
     }
 }
 
@@ -78,19 +87,6 @@ void DraftOffers::offerRest() {
                                             .action = tr("Show"),
                                             .perform = [this] { showNext(); }});
     }
-}
-
-QString DraftOffers::whereFrom(const Waiting& waiting, const model::Board& shownOn) const {
-    const auto isInPlace = shownOn.id() == waiting.draft.board;
-    if (!waiting.isOfEarlierRun) {
-        return isInPlace ? tr("This was discarded. Go on with it, or discard it.")
-                         : tr("This was discarded. Its board is no longer there. Go on with it "
-                              "here, or discard it.");
-    }
-    return isInPlace ? tr("This was typed here before Korvex ended and could not be stored. Go on "
-                          "with it, or discard it.")
-                     : tr("This was typed before Korvex ended and could not be stored. Its board "
-                          "is no longer there. Go on with it here, or discard it.");
 }
 
 model::Board* DraftOffers::boardOf(const app::Draft& draft) const {

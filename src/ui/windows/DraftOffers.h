@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/overlays/ErrorBanner.h"
+#include "ui/entries/BoardPage.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
@@ -9,7 +9,6 @@
 
 namespace korvex::ui {
 
-class BoardPage;
 class Navigation;
 
 /// Offers what was typed and is stored nowhere. Of what an earlier run has left, the oldest draft
@@ -28,13 +27,12 @@ public:
 private:
     struct Waiting {
         app::Draft draft;
-        bool isOfEarlierRun;
+        BoardPage::Origin origin;
     };
 
     void showNext();
     void offerRest();
     void tellUnreadable();
-    QString whereFrom(const Waiting& waiting, const model::Board& shownOn) const;
     /// Where the draft can be gone on with.
     model::Board* boardOf(const app::Draft& draft) const;
 

@@ -241,8 +241,8 @@ void MainWindow::storeAll() {
 /// As a press outside of all that is being edited: panels, the name of a board, the entry.
 bool MainWindow::leaveAll() {
     const auto isDismissed = Popover::dismissAll(*this);
-    m_sidebar->leave();
-    return m_pages->current().leave() && isDismissed;
+    const auto isNamed = m_sidebar->leave();
+    return m_pages->current().leave() && isNamed && isDismissed;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -253,6 +253,11 @@ std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
     return QRect(m_list->viewport()->mapToGlobal(rect.topLeft() + QPoint(8, 0)), rect.size());
 }
 
+bool Sidebar::leave() {
+    m_list->endRenaming();
+    return !m_isNameComingBack;
+}
+
 void Sidebar::store(model::Board& board, const QString& name) {
     const auto refused = refusal([&] { m_boards.renameBoard(board, toUtf8(name), m_clock.now()); });
     if (!refused) {
@@ -261,7 +266,9 @@ void Sidebar::store(model::Board& board, const QString& name) {
     }
     showMessage(*refused);
     // What was typed stays to be corrected; Escape gives it up.
+    m_isNameComingBack = true;
     QTimer::singleShot(0, this, [this, id = board.id(), name] {
+        m_isNameComingBack = false;
         if (auto* const again = m_boards.board(id); again && m_model.rowOf(*again) >= 0) {
             m_list->rename(*again, name);
         }

@@ -36,8 +36,9 @@ public:
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
     void setUpcomingCount(int count);
-    /// Ends the typing of a board's name, which is taken as it is.
-    void leave() { m_list->endRenaming(); }
+    /// Ends the typing of a board's name, which is taken as it is. False when it was refused: then
+    /// it stays in its field, with the reason.
+    bool leave();
     /// Gives the keyboard to what is chosen.
     void takeKeyboard();
     /// How much of its height the search takes.
@@ -105,6 +106,8 @@ private:
     SidebarRow* m_archived;
     Choice m_choice;
     std::optional<Creation> m_creation;
+    /// A name that was refused goes back into its field soon.
+    bool m_isNameComingBack = false;
     bool m_isCountDue = false;
 };
 

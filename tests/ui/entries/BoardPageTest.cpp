@@ -281,6 +281,72 @@ TEST_F(BoardPageTest, TextLetGoOverTheListBecomesEntriesThere) {
     key(Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*inbox),
                 ElementsAre("first!", "one", "a bold word", "meanwhile", "two"));
+
+    const auto tick = [this](int row) {
+        list().setCurrentRow(row);
+        list().setFocus();
+        key(Qt::Key_Space);
+    };
+    tick(0);
+    drop("<p>top</p>", edge(0, 30), copyOrMove);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("top", "one", "a bold word", "meanwhile", "two"))
+        << "beside a todo that was just ticked";
+    tick(page.entries().rowOf(EntryRowKind::newTodo) - 1);
+    drop("<p>last</p>", {200, 390}, copyOrMove);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("top", "one", "a bold word", "meanwhile", "last"))
+        << "below one";
+    const auto ticked = page.entries().rowOf(EntryRowKind::newTodo) - 2;
+    ASSERT_TRUE(page.entries().entry(ticked)->isCompleted());
+    Q_EMIT list().dropped(services::activeEntries(*inbox).front()->id(),
+                          {ticked, model::EntryPlacement::before});
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("one", "a bold word", "meanwhile", "top", "last"));
+    EXPECT_EQ(page.banner().message(), QString());
+}
+
+TEST_F(BoardPageTest, ALastingMessageCoversNeitherWhatIsTypedNorWhatIsSaidOfIt) {
+    add(std::vector<std::string>(30, "above"));
+    page.startTodo();
+    type("typed");
+    const auto said = page.banner().say({.text = QStringLiteral("It lasts.")});
+    const auto isCovered = [this](const QWidget& part, const QRect& rect) {
+        return part.mapTo(&page, rect.bottomLeft()).y() >= page.banner().y();
+    };
+    const auto& field = editor().field();
+    EXPECT_FALSE(isCovered(field, field.cursorRect())) << "when it comes";
+    editor().showError(QStringLiteral("refused"));
+    const auto& refusal = *editor().findChild<RowRefusal*>();
+    EXPECT_FALSE(isCovered(refusal, refusal.rect()));
+    for (int line = 0; line < 3; ++line) {
+        type(std::string(120, 'w').c_str());
+        EXPECT_FALSE(isCovered(field, field.cursorRect())) << "while one types";
+    }
+    key(Qt::Key_Return);
+    EXPECT_EQ(editor().typed(), QString());
+    EXPECT_FALSE(isCovered(field, field.cursorRect())) << "when one goes on with the next";
+    page.banner().end(said);
+    EXPECT_TRUE(list().rect().contains(editor().mapTo(&list(), field.cursorRect().center())));
+}
+
+TEST_F(BoardPageTest, DiscardingIsOfferedOnceThereIsSomethingToDiscard) {
+    page.resize(360, 400);
+    add({"a"});
+    edit(0);
+    editor().showNotice(QStringLiteral("Another program has done something to this todo."));
+    const auto& refusal = *editor().findChild<RowRefusal*>();
+    const auto& discard = *refusal.findChild<QPushButton*>();
+    const auto isLaidOut = [&] {
+        return refusal.height() == refusal.neededHeight(refusal.width());
+    };
+    EXPECT_FALSE(discard.isVisible());
+    const int before = editor().height();
+    type("b");
+    EXPECT_TRUE(discard.isVisible());
+    EXPECT_TRUE(isLaidOut());
+    EXPECT_GT(editor().height(), before) << "it stands under the words";
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(discard.isVisible());
+    EXPECT_TRUE(isLaidOut());
+    EXPECT_EQ(editor().height(), before);
 }
 
 TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {

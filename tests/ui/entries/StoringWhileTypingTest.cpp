@@ -527,6 +527,34 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
     }
 }
 
+TEST_F(StoringWhileTypingTest, WhatIsToldOfAMergeEndsWithTheNextEntryOrBoard) {
+    auto& board = own.boards.createBoard("Work", clock.now());
+    auto& next = *add({"next"}).front();
+    const std::vector<std::pair<const char*, std::function<void()>>> ways{
+        {"an entry",
+         [&] {
+             edit(next);
+             EXPECT_THAT(page.banner().message().toStdString(), HasSubstr("Both"))
+                 << "it was told only just now";
+             key(Qt::Key_Escape);
+         }},
+        {"a board", [&] { page.showBoard(board); }},
+    };
+    for (const auto& [what, goOn] : ways) {
+        SCOPED_TRACE(what);
+        page.showBoard(*inbox);
+        auto& entry = addText("Buy milk");
+        edit(entry);
+        field().moveCursor(QTextCursor::End);
+        type("shake");
+        writeElsewhere(entry, "Buy milkweed", Known::no);
+        key(Qt::Key_Escape);
+        ASSERT_THAT(page.banner().message().toStdString(), HasSubstr("Both"));
+        goOn();
+        EXPECT_EQ(page.banner().message(), QString());
+    }
+}
+
 TEST_F(StoringWhileTypingTest, OneEditingIsOneStepOfUndo) {
     auto& entry = *add({"a"}).front();
     const auto typeInPieces = [&] {

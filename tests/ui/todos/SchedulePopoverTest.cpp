@@ -128,6 +128,12 @@ TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
     field<QDateTimeEdit>("Start time").setTime(field<QDateTimeEdit>("Due time").time());
     escape();
     ASSERT_TRUE(isOpen());
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Escape, {}, {}, true);
+    QApplication::sendEvent(QApplication::focusWidget(), &held);
+    ASSERT_TRUE(isOpen()) << "a key that is held down is no second press";
+    field<QDateTimeEdit>("Start time").setTime(QTime(23, 59)); // as the wheel does, with no press
+    escape();
+    ASSERT_TRUE(isOpen()) << "what was changed in between is tried anew";
     escape();
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(entry->schedule().isEmpty());

@@ -116,14 +116,35 @@ TEST_F(DraftOffersTest, WhatComesBackOutOfTurnIsNotOfferedAgain) {
     EXPECT_EQ(edited(), "first");
 
     const auto discarded = keep("discarded", work->id());
-    Q_EMIT page().resumeRequested(discarded);
+    Q_EMIT page().resumeRequested(
+        discarded, {.onTheirBoard = QStringLiteral("Here."), .elsewhere = QStringLiteral("Gone.")});
     EXPECT_EQ(edited(), "discarded");
+    EXPECT_EQ(underTheText(), "Here.");
     EXPECT_EQ(banner(), "More was typed and not stored.");
     press("Show");
     EXPECT_EQ(edited(), "second");
     EXPECT_EQ(banner(), "");
     EXPECT_TRUE(page().leave());
     EXPECT_EQ(banner(), "");
+}
+
+TEST_F(DraftOffersTest, WhatCannotBeShownYetIsOfferedAgainAndSaysWhereItComesFrom) {
+    keep(std::string(10'001, 'x').c_str(), inbox->id());
+    open();
+    Q_EMIT page().resumeRequested(
+        keep("moved", base::Uuid::random()),
+        {.onTheirBoard = QStringLiteral("Here."), .elsewhere = QStringLiteral("Gone.")});
+    for (const auto* const where : {"at once", "and with each try"}) {
+        SCOPED_TRACE(where);
+        EXPECT_THAT(edited(), SizeIs(10'001)) << "it cannot be stored, and so not be left";
+        ASSERT_EQ(banner(), "More was typed and not stored.");
+        press("Show");
+    }
+    press("Discard");
+    press("Close this message");
+    press("Show");
+    EXPECT_EQ(edited(), "moved");
+    EXPECT_EQ(underTheText(), "Gone.");
 }
 
 TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
@@ -173,6 +194,24 @@ TEST_F(DraftOffersTest, WhatAPressOutsideWouldStoreIsStoredAtTheEnd) {
     sidebar.findChild<BoardListView*>()->findChild<QLineEdit*>()->setText(QStringLiteral("Office"));
     window->storeAll();
     EXPECT_EQ(work->name(), "Office");
+}
+
+TEST_F(DraftOffersTest, TheWindowDoesNotCloseOverANameThatWasRefused) {
+    open();
+    auto& sidebar = *window->findChild<Sidebar*>();
+    const auto nameField = [&] {
+        return sidebar.findChild<BoardListView*>()->findChild<QLineEdit*>();
+    };
+    sidebar.rename(*work);
+    nameField()->setText(QStringLiteral("   "));
+    EXPECT_FALSE(window->close());
+    EXPECT_FALSE(window->close()) << "nor before it is back in its field";
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return nameField() != nullptr; }));
+    EXPECT_EQ(nameField()->text(), QStringLiteral("   "));
+    nameField()->setText(QStringLiteral("Shop"));
+    EXPECT_TRUE(window->close());
+    EXPECT_EQ(work->name(), "Shop");
 }
 
 TEST_F(DraftOffersTest, WhatCannotBeReadIsToldAndStays) {

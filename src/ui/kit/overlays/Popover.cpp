@@ -85,7 +85,10 @@ void Popover::placeAgain() {
 
 void Popover::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && m_isRefused) {
-        closeNow();
+        // A key that is still held down gives nothing up: the reason was not read yet.
+        if (!event->isAutoRepeat()) {
+            closeNow();
+        }
     } else if (event->key() == Qt::Key_Escape) {
         dismiss();
         m_isRefused = isVisible();

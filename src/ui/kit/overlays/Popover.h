@@ -33,6 +33,8 @@ protected:
     void showEvent(QShowEvent* event) override;
     /// Tab stays inside the panel.
     bool focusNextPrevChild(bool next) override;
+    /// To be called when what could be lost is another: Escape is to be tried anew.
+    void changed() { m_isRefused = false; }
     /// To be called when the content has another size.
     void placeAgain();
     const Theme& theme() const { return m_theme; }
