@@ -77,14 +77,12 @@ void EntryActions::drop(const base::Uuid& id, const EntryReordering::Place& plac
     const auto* const beside = m_parts.model.entry(place.row);
     const auto [after, before] = openPlace(m_parts.model, place);
     const auto& target = after ? after : before;
+    const auto side = after ? model::EntryPlacement::after : model::EntryPlacement::before;
     if (!target || *target == id || (beside && beside->id() == id)) {
         return; // it stands there
     }
-    m_parts.page.perform([&] {
-        m_services.todos.entries.moveEntry(
-            id, *target, after ? model::EntryPlacement::after : model::EntryPlacement::before,
-            *m_parts.model.board());
-    });
+    m_parts.page.perform(
+        [&] { m_services.todos.entries.moveEntry(id, *target, side, *m_parts.model.board()); });
 }
 
 void EntryActions::changeType(model::Entry& entry) {
