@@ -41,20 +41,32 @@ bool EditedEntry::isStillOn(const model::Board* board) const {
 }
 
 QString EditedEntry::whatBecameOfIt() const {
-    const auto what =
-        isTodo() ? !m_entry->isLive()       ? tr("Another program deleted this todo meanwhile.")
-                   : m_entry->isCompleted() ? tr("Another program completed this todo meanwhile.")
-                   : m_entry->type() != m_type
-                       ? tr("Another program made a text of this todo meanwhile.")
-                       : tr("Another program moved this todo to another board meanwhile.")
-        : !m_entry->isLive()        ? tr("Another program deleted this text meanwhile.")
-        : m_entry->type() != m_type ? tr("Another program made a todo of this text meanwhile.")
-                                    : tr("Another program moved this text to another board "
-                                         "meanwhile.");
-    const auto next =
-        isTodo() ? tr("What you typed is not stored yet. It becomes a new todo when you go on.")
-                 : tr("What you typed is not stored yet. It becomes a new text when you go on.");
-    return what + QLatin1Char(' ') + next;
+    struct Words {
+        QString deleted, madeOther, moved, next;
+    };
+    const auto words =
+        isTodo()
+            ? Words{.deleted = tr("Another program deleted this todo meanwhile."),
+                    .madeOther = tr("Another program made a text of this todo meanwhile."),
+                    .moved = tr("Another program moved this todo to another board meanwhile."),
+                    .next = tr("What you typed is not stored yet. It becomes a new todo when you "
+                               "go on.")}
+            : Words{.deleted = tr("Another program deleted this text meanwhile."),
+                    .madeOther = tr("Another program made a todo of this text meanwhile."),
+                    .moved = tr("Another program moved this text to another board meanwhile."),
+                    .next = tr("What you typed is not stored yet. It becomes a new text when you "
+                               "go on.")};
+    const auto what = [&] {
+        if (!m_entry->isLive()) {
+            return words.deleted;
+        }
+        if (m_entry->type() != m_type) {
+            return words.madeOther;
+        }
+        return m_entry->isCompleted() ? tr("Another program completed this todo meanwhile.")
+                                      : words.moved;
+    };
+    return what() + QLatin1Char(' ') + words.next;
 }
 
 } // namespace korvex::ui

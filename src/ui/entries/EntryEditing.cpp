@@ -49,6 +49,9 @@ void EntryEditing::connectEditors() {
     connect(&m_editors, &EntryEditors::walked, this, &EntryEditing::walk);
     connect(&m_editors, &EntryEditors::nextRequested, this, &EntryEditing::makeNext);
     connect(&m_editors, &EntryEditors::backspacedAway, this, &EntryEditing::removeAndGoUp);
+    // What was typed until then is a step of its own, which stays when the paste is taken back;
+    // and what another has written meanwhile is in the text that the lines are pasted into.
+    connect(&m_editors, &EntryEditors::linesComing, this, &EntryEditing::storeSoFar);
     connect(&m_editors, &EntryEditors::linesPasted, this, &EntryEditing::pasteLines);
     connect(&m_editors, &EntryEditors::storeRequested, this, &EntryEditing::storeAndStay);
     connect(&m_editors, &EntryEditors::splitRequested, this, &EntryEditing::split);
@@ -437,9 +440,8 @@ void EntryEditing::walk(int direction) {
 }
 
 void EntryEditing::pasteLines(const QString& text, const QStringList& others) {
-    if (!m_editors.current().isBlank()) {
-        storeSoFar(); // what was typed until now is a step of its own, and stays when this is
-                      // undone
+    if (!isOpen()) {
+        return; // the entry has just been found to be gone
     }
     // The end of the text has gone with the last line: neither without the other.
     const services::UndoManager::Group paste(m_undo, "Paste");

@@ -121,6 +121,7 @@ void EntryEditors::connectTodo() {
     connect(&field, &TodoTextEdit::returnPressed, this, &EntryEditors::nextRequested);
     connect(&field, &TodoTextEdit::backspacedAway, this, &EntryEditors::backspacedAway);
     connect(&field, &TodoTextEdit::walked, this, &EntryEditors::walked);
+    connect(&field, &TodoTextEdit::linesComing, this, &EntryEditors::linesComing);
     connect(&field, &TodoTextEdit::linesPasted, this, &EntryEditors::linesPasted);
     connect(&field, &TodoTextEdit::limitReached, this, &EntryEditors::showLimit);
     connect(&field, &TodoTextEdit::attachmentsPasted, this, &EntryEditors::attachmentsPasted);

@@ -55,6 +55,7 @@ Q_SIGNALS:
     void nextRequested();
     /// Backspace was pressed in an empty todo.
     void backspacedAway();
+    void linesComing();
     void linesPasted(const QString& text, const QStringList& others);
     void storeRequested();
     void splitRequested();

@@ -114,6 +114,7 @@ void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
         }
         return;
     }
+    Q_EMIT linesComing();
     const auto cursor = textCursor();
     const auto text = toPlainText();
     const auto first = text.left(cursor.selectionStart()) + lines.takeFirst();

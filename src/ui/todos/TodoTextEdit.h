@@ -29,6 +29,8 @@ Q_SIGNALS:
     void walked(int direction);
     /// The todo itself is to change places.
     void moveRequested(int offset);
+    /// Several lines are pasted, and the text is still without them.
+    void linesComing();
     /// Several lines were pasted: the text with the first of them, and the others.
     void linesPasted(const QString& text, const QStringList& others);
     void limitReached();

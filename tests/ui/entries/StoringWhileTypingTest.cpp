@@ -1,5 +1,7 @@
 #include "ui/entries/TypingFixture.h"
 
+#include <QApplication>
+#include <QClipboard>
 #include <QScrollBar>
 
 #include <gmock/gmock.h>
@@ -207,6 +209,18 @@ TEST_F(StoringWhileTypingTest, WordsOfTwoProgramsAreMerged) {
             own.entries.deleteEntries(*inbox);
         }
     }
+}
+
+TEST_F(StoringWhileTypingTest, LinesArePastedIntoWhatAnotherHasWrittenToo) {
+    auto& entry = *add({"Buy milk"}).front();
+    edit(entry);
+    field().moveCursor(QTextCursor::End);
+    type(" today");
+    writeElsewhere(entry, "Buy oat milk", Known::no);
+    QApplication::clipboard()->setText(QStringLiteral(" and X\nY"));
+    key(Qt::Key_V, Qt::ControlModifier);
+    key(Qt::Key_Escape);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("Buy oat milk todayand X", "Y"));
 }
 
 TEST_F(StoringWhileTypingTest, WhatIsToldOfAMergeEndsWithTheNextEntryOrBoard) {
