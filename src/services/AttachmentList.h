@@ -27,6 +27,8 @@ struct AttachmentList {
     /// What is stored cannot be read: it is shown as no attachments, and nothing can be attached.
     bool isDamaged = false;
 
+    /// Nothing is to be shown of it.
+    bool isEmpty() const { return attachments.empty() && !isDamaged; }
     bool operator==(const AttachmentList&) const = default;
 };
 

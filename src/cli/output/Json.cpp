@@ -62,8 +62,7 @@ void Json::entryMembers(const model::Entry& entry, DueLabels& labels) {
     if (!entry.isLive()) {
         return;
     }
-    if (const auto list = services::attachmentsOf(entry);
-        list.isDamaged || !list.attachments.empty()) {
+    if (const auto list = services::attachmentsOf(entry); !list.isEmpty()) {
         key("attachments");
         writeAttachments(*this, list);
     }

@@ -71,13 +71,26 @@ void normalize(CharacterAttributes& attributes) {
               attributes.korvexCodeBlock ? CodeKind::block : CodeKind::inlineCode);
 }
 
-/// Paragraphs that have characters of code blocks have a block's line spacing.
-void spaceCodeBlocks(AttributedString& text) {
-    bool hasBlock = false;
+/// Whether a paragraph that has characters of code blocks lacks a block's line spacing. This is
+/// asked first: of nearly every text that is saved the answer is no, and then its styles stay.
+bool hasUnspacedCodeBlock(const AttributedString& text) {
+    bool isFound = false;
+    // The end of the last paragraph looked at: long ones may have many runs.
+    std::size_t seen = 0;
     text.forEachRun([&](const AttributedString::CharacterRun& run) {
-        hasBlock = hasBlock || run.attributes.korvexCodeBlock;
+        if (isFound || !run.attributes.korvexCodeBlock) {
+            return;
+        }
+        for (seen = std::max(seen, run.range.location); !isFound && seen < run.range.end();) {
+            isFound = text.styleAt(seen).lineSpacing != kCodeBlockLineSpacing;
+            seen = text.paragraphAt(seen).end();
+        }
     });
-    if (!hasBlock) {
+    return isFound;
+}
+
+void spaceCodeBlocks(AttributedString& text) {
+    if (!hasUnspacedCodeBlock(text)) {
         return;
     }
     text.editEachStyle([&](TextRange paragraph, ParagraphStyle& style) {

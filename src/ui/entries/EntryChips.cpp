@@ -4,14 +4,18 @@
 
 namespace korvex::ui {
 
+bool EntryChips::hasAny(int row) const {
+    return row >= 0 && m_model.entry(row) && !m_model.attachments(row).isEmpty();
+}
+
 std::optional<EntryChips::OfRow> EntryChips::of(int row) const {
-    if (row < 0 || !m_model.entry(row)) {
+    if (!hasAny(row)) {
         return std::nullopt;
     }
     const auto rect = m_list.visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate.layout(row, rect.width());
     if (!laidOut.chips()) {
-        return std::nullopt;
+        return std::nullopt; // the layout is older than the attachments
     }
     // Under an editor they stand at the foot of the row, however high that is.
     const auto above = row == m_list.editedRow() ? rect.height() - laidOut.height() : 0;
@@ -33,8 +37,7 @@ std::optional<EntryChips::Chip> EntryChips::at(const QPoint& position) const {
 }
 
 int EntryChips::extent(int row) const {
-    return m_model.entry(row) ? m_delegate.layout(row, m_list.viewport()->width()).chipsExtent()
-                              : 0;
+    return hasAny(row) ? m_delegate.layout(row, m_list.viewport()->width()).chipsExtent() : 0;
 }
 
 void EntryChips::setMarks(const AttachmentMarks& marks) {

@@ -36,6 +36,10 @@ public:
     void setMarks(const AttachmentMarks& marks);
 
 private:
+    /// Asked first: an edited text is drawn by its editor, and laying it out as a row too takes as
+    /// long as a frame of the screen, each time that it is stored.
+    bool hasAny(int row) const;
+
     const EntryListModel& m_model;
     EntryListView& m_list;
     EntryItemDelegate& m_delegate;

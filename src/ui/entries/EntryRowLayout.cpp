@@ -31,8 +31,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
     int bottom =
         isFormatted ? layOutFormatted(model, row, theme, look) : layOutPlain(model, row, theme);
     if (entry) {
-        if (const auto& list = model.attachments(row);
-            list.isDamaged || !list.attachments.empty()) {
+        if (const auto& list = model.attachments(row); !list.isEmpty()) {
             placeChips(list, bottom, theme);
             bottom = m_chipsTopLeft.y() + m_chips->height();
         }
