@@ -67,8 +67,15 @@ void Watchers::connectSources() {
         workspace.scheduleClock.scheduleRefresh();
     }));
     m_subscriptions.push_back(
-        m_sources->appearance.changed().connect([&theme = m_listeners.theme](auto scheme) {
-            theme.setSystemAppearance(toAppearance(scheme));
+        m_sources->appearance.changed().connect([&theme = m_listeners.theme](const auto& said) {
+            using Watcher = SystemAppearanceWatcher;
+            theme.setSystemMotion(said.motion == Watcher::Motion::reduced
+                                      ? ui::Theme::SystemMotion::still
+                                      : ui::Theme::SystemMotion::usual);
+            theme.setSystemContrast(said.contrast == Watcher::Contrast::high
+                                        ? ui::Theme::SystemContrast::high
+                                        : ui::Theme::SystemContrast::usual);
+            theme.setSystemAppearance(toAppearance(said.scheme));
         }));
     m_subscriptions.push_back(m_listeners.container.didSave().connect(
         [this, file = m_listeners.container.configuration().file](const store::ChangeSet&) {

@@ -5,12 +5,11 @@
 #include <QObject>
 
 class QDBusVariant;
-class QDBusPendingCallWatcher;
 
 namespace korvex::platform::qt {
 
-/// Asks the desktop's settings portal whether the user prefers dark windows, and follows changes.
-/// Without a portal it never says anything. Main thread.
+/// Asks the desktop's settings portal whether the user prefers dark windows, more contrast and less
+/// motion, and follows changes. Without a portal it never says anything. Main thread.
 class SystemAppearanceWatcher final : public QObject {
     Q_OBJECT
 
@@ -18,18 +17,29 @@ public:
     /// What the user prefers, as the portal numbers it.
     enum class ColorScheme { noPreference = 0, dark = 1, light = 2 };
 
+    enum class Contrast { usual, high };
+    enum class Motion { usual, reduced };
+    struct Appearance {
+        ColorScheme scheme = ColorScheme::noPreference;
+        Contrast contrast = Contrast::usual;
+        Motion motion = Motion::usual;
+    };
+
     SystemAppearanceWatcher();
 
-    base::Signal<ColorScheme>& changed() { return m_changed; }
+    base::Signal<Appearance>& changed() { return m_changed; }
 
 private Q_SLOTS:
     void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
 private:
-    void replied(QDBusPendingCallWatcher* call);
-    void take(const QVariant& value);
+    void ask(const QString& group, const QString& key);
+    void take(const QString& group, const QString& key, const QVariant& value);
 
-    base::Signal<ColorScheme> m_changed;
+    base::Signal<Appearance> m_changed;
+    Appearance m_appearance;
+    bool m_prefersLessMotion = false;
+    bool m_isWithoutAnimations = false;
 };
 
 } // namespace korvex::platform::qt

@@ -10,24 +10,36 @@ class ThemeTest : public tests::WindowFixture {};
 TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
     const auto before = QApplication::palette();
     using Appearance = app::AppPreferences::Appearance;
+    using SystemContrast = Theme::SystemContrast;
     for (const auto* const accent : {"#308cc6", "#ffff00", "#000000", "#ffffff", "#e95420"}) {
         auto system = before;
         system.setColor(QPalette::Highlight, QColor(QLatin1String(accent)));
         QApplication::setPalette(system);
-        for (const auto appearance : {Appearance::light, Appearance::dark}) {
+        for (const auto& [appearance, contrastOf] :
+             {std::pair(Appearance::light, SystemContrast::usual),
+              std::pair(Appearance::dark, SystemContrast::usual),
+              std::pair(Appearance::light, SystemContrast::high),
+              std::pair(Appearance::dark, SystemContrast::high)}) {
             preferences.setAppearance(appearance);
-            const Theme made(preferences);
+            Theme made(preferences);
+            made.setSystemContrast(contrastOf);
             const auto& colors = made.colors();
-            for (const auto& ground :
-                 {colors.content, colors.sidebar, colors.selection, colors.hover}) {
+            const auto forText = colors.isHighContrast ? 7.0 : 4.5;
+            const auto forMarks = colors.isHighContrast ? 4.5 : 3.0;
+            for (const auto& ground : {colors.content, colors.sidebar, colors.raised, colors.field,
+                                       colors.selection, colors.hover}) {
                 for (const auto& text : {colors.text, colors.secondaryText, colors.danger}) {
-                    EXPECT_GE(contrast(text, ground), 4.5)
+                    EXPECT_GE(contrast(text, ground), forText)
                         << accent << (colors.isDark ? " dark " : " light ")
                         << text.name().toStdString() << " on " << ground.name().toStdString();
                 }
             }
-            EXPECT_GE(contrast(colors.accent, colors.content), 4.5) << accent;
+            EXPECT_GE(contrast(colors.accent, colors.content), forText) << accent;
             EXPECT_GE(contrast(colors.onAccent, colors.accent), 4.5) << accent;
+            for (const auto& mark : {colors.border, colors.scrollHandle}) {
+                EXPECT_GE(contrast(mark, colors.content), forMarks) << mark.name().toStdString();
+                EXPECT_GE(contrast(mark, colors.sidebar), forMarks) << mark.name().toStdString();
+            }
         }
     }
     QApplication::setPalette(before);

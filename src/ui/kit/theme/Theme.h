@@ -2,29 +2,14 @@
 
 #include "app/AppPreferences.h"
 #include "base/Signal.h"
+#include "ui/kit/theme/Design.h"
+#include "ui/kit/theme/ThemeColors.h"
 
-#include <QColor>
 #include <QFont>
 #include <QObject>
 #include <QPalette>
 
 namespace korvex::ui {
-
-/// The colours of one appearance. Texts have a contrast of at least 4.5 to 1 on every ground they
-/// stand on.
-struct ThemeColors {
-    QColor content;
-    QColor sidebar;
-    QColor text;
-    QColor secondaryText;
-    QColor hairline;
-    QColor accent;
-    QColor onAccent;
-    QColor selection;
-    QColor hover;
-    QColor danger;
-    bool isDark = false;
-};
 
 /// How the windows look: colours, fonts and distances, from the user's preferences and the system's
 /// appearance. Sets the application's palette and font. Main thread.
@@ -41,15 +26,27 @@ public:
     const QFont& font() const { return m_font; }
     /// The font of labels beside a text is one size smaller.
     const QFont& smallFont() const { return m_smallFont; }
+    const QFont& sectionFont() const { return m_sectionFont; }
     const QFont& titleFont() const { return m_titleFont; }
     /// The distance between the texts of two rows, in pixels.
     int rowDistance() const;
     /// A length given for the standard font size, scaled with the preferred one.
     int scaled(int length) const;
+    int space(Space space) const { return scaled(static_cast<int>(space)); }
+    int extent(Extent extent) const { return scaled(static_cast<int>(extent)); }
+    double radius(Radius radius) const { return scaled(static_cast<int>(radius)); }
+    /// The widest column of text, in pixels.
+    int measure() const { return scaled(kMeasure); }
+    /// In milliseconds; 0 where the desktop asks for stillness.
+    int motion(Motion motion) const;
 
     enum class SystemAppearance { unknown, light, dark };
+    enum class SystemContrast { usual, high };
+    enum class SystemMotion { usual, still };
     /// What the desktop says; while it is unknown the palette that it gave decides.
     void setSystemAppearance(SystemAppearance appearance);
+    void setSystemContrast(SystemContrast contrast);
+    void setSystemMotion(SystemMotion motion) { m_systemMotion = motion; }
 
 Q_SIGNALS:
     void changed();
@@ -57,25 +54,20 @@ Q_SIGNALS:
 private:
     void apply();
     bool isDark() const;
+    QFont fontOf(TextSize size) const;
 
     app::AppPreferences& m_preferences;
     base::Subscription m_changes;
     QPalette m_systemPalette;
     QFont m_systemFont;
     SystemAppearance m_systemAppearance = SystemAppearance::unknown;
+    SystemContrast m_systemContrast = SystemContrast::usual;
+    SystemMotion m_systemMotion = SystemMotion::usual;
     ThemeColors m_colors;
     QFont m_font;
     QFont m_smallFont;
+    QFont m_sectionFont;
     QFont m_titleFont;
 };
-
-/// The ratio of luminances of the Web Content Accessibility Guidelines, from 1 to 21.
-double contrast(const QColor& left, const QColor& right);
-/// The colour, as much darker or lighter as it takes for `ratio` against the ground.
-QColor readable(QColor color, const QColor& ground, double ratio = 4.5);
-/// `part` of 0 to 1 of `color` over the ground.
-QColor blended(const QColor& color, const QColor& ground, double part);
-/// The ground of a message in this colour over the content.
-QColor messageGround(const ThemeColors& colors, const QColor& color);
 
 } // namespace korvex::ui

@@ -1,0 +1,134 @@
+#include "ui/kit/theme/ThemeColors.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace korvex::ui {
+
+namespace {
+
+double luminance(const QColor& color) {
+    const auto linear = [](double part) {
+        return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+/// How strong the tints of the states are, as parts of the text's or the accent's colour.
+struct Tints {
+    double selection;
+    double hover;
+    double pressed;
+};
+
+/// What follows from the grounds and texts, which have been set.
+void derive(ThemeColors& colors, const QColor& accent, const QColor& danger, const Tints& tints) {
+    const auto forText = colors.isHighContrast ? 7.0 : 4.5;
+    const auto forMarks = colors.isHighContrast ? 4.5 : 3.0;
+    colors.selection = blended(accent, colors.content, tints.selection);
+    colors.hover = blended(colors.text, colors.content, tints.hover);
+    colors.pressed = blended(colors.text, colors.content, tints.pressed);
+    colors.border = readable(blended(colors.text, colors.content, 0.30), colors.sidebar, forMarks);
+    colors.scrollHandle =
+        readable(blended(colors.text, colors.content, 0.40), colors.sidebar, forMarks);
+    if (colors.isHighContrast) {
+        colors.hairline = colors.border;
+    }
+    colors.accent = readable(accent, colors.selection, forText);
+    colors.danger = readable(danger, colors.selection, forText);
+    const QColor onAccent = colors.isDark ? Qt::black : Qt::white;
+    colors.onAccent = readable(onAccent, colors.accent, forText);
+}
+
+} // namespace
+
+ThemeColors ThemeColors::light(const QColor& accent, Contrast contrast) {
+    ThemeColors colors;
+    colors.isHighContrast = contrast == Contrast::high;
+    colors.content = QColor(0xff, 0xff, 0xff);
+    colors.sidebar = QColor(0xf6, 0xf6, 0xf7);
+    colors.raised = QColor(0xff, 0xff, 0xff);
+    colors.field = QColor(0xff, 0xff, 0xff);
+    colors.text = colors.isHighContrast ? QColor(Qt::black) : QColor(0x1d, 0x1d, 0x20);
+    colors.secondaryText =
+        colors.isHighContrast ? QColor(0x33, 0x34, 0x38) : QColor(0x5e, 0x61, 0x68);
+    colors.hairline = QColor(0xe3, 0xe4, 0xe7);
+    derive(colors, accent, QColor(0xc6, 0x28, 0x28),
+           {.selection = 0.12, .hover = 0.04, .pressed = 0.10});
+    return colors;
+}
+
+ThemeColors ThemeColors::dark(const QColor& accent, Contrast contrast) {
+    ThemeColors colors;
+    colors.isDark = true;
+    colors.isHighContrast = contrast == Contrast::high;
+    colors.content = colors.isHighContrast ? QColor(Qt::black) : QColor(0x1b, 0x1b, 0x1e);
+    colors.sidebar = colors.isHighContrast ? QColor(0x12, 0x12, 0x14) : QColor(0x23, 0x23, 0x26);
+    colors.raised = colors.isHighContrast ? QColor(0x12, 0x12, 0x14) : QColor(0x2a, 0x2a, 0x2e);
+    colors.field = colors.isHighContrast ? QColor(0x12, 0x12, 0x14) : QColor(0x28, 0x28, 0x2c);
+    colors.text = colors.isHighContrast ? QColor(Qt::white) : QColor(0xec, 0xec, 0xee);
+    colors.secondaryText =
+        colors.isHighContrast ? QColor(0xd4, 0xd5, 0xda) : QColor(0xa8, 0xaa, 0xb1);
+    colors.hairline = QColor(0x37, 0x38, 0x3c);
+    derive(colors, accent, QColor(0xff, 0x7b, 0x72),
+           {.selection = 0.24, .hover = 0.05, .pressed = 0.12});
+    return colors;
+}
+
+QPalette ThemeColors::palette() const {
+    QPalette palette;
+    palette.setColor(QPalette::Window, content);
+    palette.setColor(QPalette::WindowText, text);
+    palette.setColor(QPalette::Base, field);
+    palette.setColor(QPalette::AlternateBase, sidebar);
+    palette.setColor(QPalette::Text, text);
+    palette.setColor(QPalette::PlaceholderText, secondaryText);
+    palette.setColor(QPalette::Button, sidebar);
+    palette.setColor(QPalette::ButtonText, text);
+    palette.setColor(QPalette::BrightText, danger);
+    palette.setColor(QPalette::ToolTipBase, raised);
+    palette.setColor(QPalette::ToolTipText, text);
+    palette.setColor(QPalette::Highlight, accent);
+    palette.setColor(QPalette::HighlightedText, onAccent);
+    palette.setColor(QPalette::Link, accent);
+    palette.setColor(QPalette::Light, blended(text, content, 0.02));
+    palette.setColor(QPalette::Midlight, hairline);
+    palette.setColor(QPalette::Mid, hairline);
+    palette.setColor(QPalette::Dark, border);
+    palette.setColor(QPalette::Shadow, border);
+    const auto disabled = blended(text, content, 0.45);
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(QPalette::Disabled, role, disabled);
+    }
+    return palette;
+}
+
+double contrast(const QColor& left, const QColor& right) {
+    const auto one = luminance(left);
+    const auto other = luminance(right);
+    return (std::max(one, other) + 0.05) / (std::min(one, other) + 0.05);
+}
+
+QColor readable(QColor color, const QColor& ground, double ratio) {
+    const QColor target = luminance(ground) < 0.18 ? Qt::white : Qt::black;
+    const auto start = color;
+    for (int step = 1; step <= 20 && contrast(color, ground) < ratio; ++step) {
+        color = blended(target, start, step / 20.0);
+    }
+    return color;
+}
+
+QColor blended(const QColor& color, const QColor& ground, double part) {
+    const auto mix = [part](double one, double other) {
+        return static_cast<float>(one * part + other * (1 - part));
+    };
+    return QColor::fromRgbF(mix(color.redF(), ground.redF()), mix(color.greenF(), ground.greenF()),
+                            mix(color.blueF(), ground.blueF()));
+}
+
+QColor messageGround(const ThemeColors& colors, const QColor& color) {
+    return blended(color, colors.content, colors.isDark ? 0.16 : 0.09);
+}
+
+} // namespace korvex::ui

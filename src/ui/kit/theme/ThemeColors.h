@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+
+namespace korvex::ui {
+
+/// The colours of one appearance. Texts have a contrast of at least 4.5 to 1 on every ground they
+/// stand on, and what is no text but says something 3 to 1; in high contrast 7 to 1 and 4.5 to 1.
+struct ThemeColors {
+    /// The grounds: of what the user wrote, of the sidebar, of panels and menus over the content,
+    /// of what is filled in.
+    QColor content;
+    QColor sidebar;
+    QColor raised;
+    QColor field;
+    QColor text;
+    QColor secondaryText;
+    /// A line that only parts; it says nothing by itself.
+    QColor hairline;
+    /// The edge by which a control is known.
+    QColor border;
+    QColor accent;
+    QColor onAccent;
+    /// The grounds of states: chosen, under the pointer, held down.
+    QColor selection;
+    QColor hover;
+    QColor pressed;
+    QColor danger;
+    QColor scrollHandle;
+    bool isDark = false;
+    bool isHighContrast = false;
+
+    enum class Contrast { usual, high };
+    static ThemeColors light(const QColor& accent, Contrast contrast);
+    static ThemeColors dark(const QColor& accent, Contrast contrast);
+
+    /// The same for what Qt draws.
+    QPalette palette() const;
+};
+
+/// The ratio of luminances of the Web Content Accessibility Guidelines, from 1 to 21.
+double contrast(const QColor& left, const QColor& right);
+/// The colour, as much darker or lighter as it takes for `ratio` against the ground.
+QColor readable(QColor color, const QColor& ground, double ratio = 4.5);
+/// `part` of 0 to 1 of `color` over the ground.
+QColor blended(const QColor& color, const QColor& ground, double part);
+/// The ground of a message in this colour over the content.
+QColor messageGround(const ThemeColors& colors, const QColor& color);
+
+} // namespace korvex::ui
