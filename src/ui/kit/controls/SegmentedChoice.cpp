@@ -32,8 +32,7 @@ protected:
         const auto radius = m_theme.radius(Radius::small);
         QPainter painter(this);
         if (isChecked()) {
-            Shapes::paintBox(painter, rect(), radius, colors.selection,
-                             colors.isHighContrast ? colors.accent : QColor());
+            Shapes::paintBox(painter, rect(), radius, colors.selection, colors.accent);
         } else if (isEnabled() && (underMouse() || isDown())) {
             Shapes::paintBox(
                 painter, rect(), radius,
