@@ -203,7 +203,10 @@ bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option
     case CE_ItemViewItem: {
         const auto& row = as<QStyleOptionViewItem>(option);
         proxy()->drawPrimitive(PE_PanelItemViewItem, &row, &painter, widget);
-        const auto content = ListDrawing::contentOf(row);
+        auto content = ListDrawing::contentOf(row);
+        if (widget && isChoiceList(widget->window())) {
+            content.state.setFlag(State_HasFocus, false); // the tint walks, as in a menu
+        }
         QProxyStyle::drawControl(element, &content, &painter, widget);
         return true;
     }
