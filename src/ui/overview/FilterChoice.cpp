@@ -57,7 +57,13 @@ void FilterChoice::showPopup() {
     // The button may be narrower than what it offers.
     auto& list = *view();
     list.setMinimumWidth(list.sizeHintForColumn(0) + 2 * m_theme.space(Space::medium));
+    m_isOpen = true;
     QComboBox::showPopup();
+}
+
+void FilterChoice::hidePopup() {
+    m_isOpen = false;
+    QComboBox::hidePopup();
 }
 
 void FilterChoice::paintEvent(QPaintEvent*) {
@@ -68,9 +74,8 @@ void FilterChoice::paintEvent(QPaintEvent*) {
         Shapes::paintBox(painter, rect(), radius, colors.selection,
                          colors.isHighContrast ? colors.accent : QColor());
     }
-    const bool isOpen = view()->isVisible();
-    if (!isSet() || underMouse() || isOpen) {
-        const auto tint = isOpen         ? Shapes::Tint::pressed
+    if (!isSet() || underMouse() || m_isOpen) {
+        const auto tint = m_isOpen       ? Shapes::Tint::pressed
                           : underMouse() ? Shapes::Tint::hovered
                                          : Shapes::Tint::rest;
         Shapes::paintBox(painter, rect(), radius, Shapes::tint(colors, tint),

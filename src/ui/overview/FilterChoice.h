@@ -18,6 +18,7 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
     void showPopup() override;
+    void hidePopup() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -32,6 +33,7 @@ private:
     int iconRoom() const;
 
     const Theme& m_theme;
+    bool m_isOpen = false;
 };
 
 } // namespace korvex::ui

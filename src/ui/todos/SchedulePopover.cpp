@@ -65,7 +65,7 @@ void SchedulePopover::makeFields() {
     m_time = new TimeField(m_formats, theme(), this);
     m_time->setAccessibleName(tr("Due time"));
     m_hasReminder = new QCheckBox(tr("Reminder"), this);
-    const auto inside = theme().scaled(kPanelWidth) - 2 * theme().space(Space::large);
+    const auto inside = theme().scaled(kPanelMeasure) - 2 * theme().space(Space::large);
     m_reminder = new ReminderChoice(
         dates, std::min(inside, room().width() - 2 * theme().space(Space::large)), theme(), this);
     m_explanation = new QLabel(this);
@@ -119,7 +119,7 @@ QWidget* SchedulePopover::makeForm() {
 }
 
 void SchedulePopover::layOut() {
-    setPanelWidth(theme().scaled(kPanelWidth));
+    setPanelWidth(theme().scaled(kPanelMeasure));
     auto* const column = new QVBoxLayout(this);
     const auto margin = theme().space(Space::large);
     column->setContentsMargins(margin, margin, margin, margin);

@@ -13,7 +13,7 @@ ConfirmationSheet::ConfirmationSheet(const QString& message, const QString& acti
                                      const Theme& theme, QWidget* window)
     : Popover(theme, window) {
     setAccessibleName(message);
-    setPanelWidth(theme.scaled(kSheetWidth));
+    setPanelWidth(theme.scaled(kSheetMeasure));
     auto* const text = new QLabel(breakable(message), this);
     text->setTextFormat(Qt::PlainText);
     text->setWordWrap(true);

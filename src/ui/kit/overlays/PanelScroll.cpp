@@ -1,5 +1,6 @@
 #include "ui/kit/overlays/PanelScroll.h"
 
+#include <QApplication>
 #include <QEvent>
 #include <QLayout>
 
@@ -17,6 +18,12 @@ PanelScroll::PanelScroll(QWidget* content, QWidget* parent) : QScrollArea(parent
     // The ground is the panel's.
     viewport()->setAutoFillBackground(false);
     content->setAutoFillBackground(false);
+    // However the keyboard comes there, also from what does not scroll.
+    connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, QWidget* now) {
+        if (now && widget()->isAncestorOf(now)) {
+            ensureWidgetVisible(now, 0, 0);
+        }
+    });
 }
 
 int PanelScroll::heightForWidth(int width) const {

@@ -89,10 +89,14 @@ QSize Popover::room() const {
 
 void Popover::placeAgain() {
     const auto most = room();
+    if (layout()) {
+        layout()->activate();
+    }
     auto size = sizeHint();
-    if (auto* const content = layout()) {
-        content->activate();
-        const auto wanted = m_panelWidth > 0 ? m_panelWidth : sizeHint().width();
+    if (const auto* const content = layout()) {
+        const auto wanted = m_panelWidth > 0
+                                ? m_panelWidth
+                                : std::clamp(size.width(), minimumWidth(), maximumWidth());
         size.setWidth(std::min(wanted, most.width()));
         size.setHeight(content->hasHeightForWidth() ? content->totalHeightForWidth(size.width())
                                                     : content->totalSizeHint().height());

@@ -69,8 +69,8 @@ enum class Extent : std::uint8_t {
 /// are hard to follow, and what belongs to a todo is to stand near it.
 inline constexpr int kMeasure = 760;
 /// The widest that a question over the window is, and a panel of fields.
-inline constexpr int kSheetWidth = 380;
-inline constexpr int kPanelWidth = 320;
+inline constexpr int kSheetMeasure = 380;
+inline constexpr int kPanelMeasure = 320;
 
 /// How long what moves takes, in milliseconds where the desktop does not ask for stillness.
 enum class Motion : std::uint8_t {
