@@ -89,7 +89,7 @@ void BoardActions::unarchive(model::Board& board) {
     perform([&] { m_boards.setArchived(false, board, m_clock.now()); });
 }
 
-void BoardActions::confirmDeletion(model::Board& board, const QRect& globalAnchor) {
+void BoardActions::confirmDeletion(model::Board& board, const QRect&) {
     QString message;
     perform([&] { message = toQString(board.deletionMessage()); });
     if (message.isEmpty()) {
@@ -98,8 +98,7 @@ void BoardActions::confirmDeletion(model::Board& board, const QRect& globalAncho
     auto* const sheet = new ConfirmationSheet(message, tr("Delete board"), m_theme, &m_window);
     connect(sheet, &ConfirmationSheet::confirmed, this,
             [this, &board] { perform([&] { m_boards.deleteBoard(board); }); });
-    sheet->openAt(globalAnchor);
-    sheet->setFocus();
+    sheet->ask();
 }
 
 void BoardActions::sort(services::BoardService::Direction direction) {
