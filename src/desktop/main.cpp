@@ -10,6 +10,7 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
@@ -45,8 +46,9 @@ std::optional<std::filesystem::path> dataDirectoryArgument(const QApplication& a
     return std::filesystem::path(parser.value(option).toStdString());
 }
 
-int showStoreError(const QString& message, const std::filesystem::path& file) {
-    ui::StoreErrorWindow window(message, file);
+int showStoreError(const QString& message, const std::filesystem::path& file,
+                   const ui::Theme& theme) {
+    ui::StoreErrorWindow window(message, file, theme);
     window.show();
     QApplication::exec();
     return kStoreUnusable;
@@ -75,12 +77,13 @@ int main(int argc, char* argv[]) {
     app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
     ui::QuietStyle::installOver(theme);
+    QApplication::setWindowIcon(ui::IconSet::program());
 
     std::unique_ptr<store::ModelContainer> container;
     if (const auto refused = ui::refusal([&] {
             container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
         })) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
@@ -99,7 +102,7 @@ int main(int argc, char* argv[]) {
     if (const auto refused =
             ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
         refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
 
     ui::MainWindow window(workspace, theme);
