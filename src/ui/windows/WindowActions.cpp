@@ -4,6 +4,7 @@
 #include "ui/boards/BoardPicker.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/controls/MenuPlace.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/windows/AppearanceMenu.h"
@@ -127,11 +128,11 @@ QMenu* WindowActions::makeMenu() {
 
 void WindowActions::openBoardMenu(model::Board& board, const QPoint& globalPosition) {
     auto* const menu = makeMenu();
-    m_parts.boardActions.addTo(*menu, board);
-    menu->popup(globalPosition);
+    m_parts.boardActions.addTo(*menu, board, m_parts.sidebar);
+    openMenu(*menu, {globalPosition, QSize(0, 0)}, m_parts.window);
 }
 
-void WindowActions::openPageMenu(const QPoint& globalPosition) {
+void WindowActions::openPageMenu(const QRect& globalAnchor) {
     auto& page = m_parts.boardPage;
     if (!page.board()) {
         return;
@@ -145,12 +146,12 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     menu->addAction(m_find);
     menu->addAction(m_goToBoard);
     menu->addSeparator();
-    m_parts.boardActions.addTo(*menu, *page.board());
+    m_parts.boardActions.addTo(*menu, *page.board(), page.header());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
-    menu->popup(globalPosition);
+    openMenu(*menu, globalAnchor, m_parts.window);
 }
 
 } // namespace korvex::ui
