@@ -140,7 +140,8 @@ void BoardHeader::endRenaming() {
 
 /// In the first line of the name.
 void BoardHeader::placeField() {
-    const auto around = m_theme.space(Space::small);
+    // What a field keeps free before its letters: they stay where they are drawn.
+    const auto around = m_theme.space(Space::small) + m_theme.space(Space::hair);
     const auto name = m_name->geometry();
     const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
     m_field->setGeometry(name.left() - around, m_icon->geometry().center().y() - height / 2,

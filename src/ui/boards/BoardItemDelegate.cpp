@@ -53,12 +53,11 @@ void BoardItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
 void BoardItemDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                                              const QModelIndex&) const {
     const auto box = boxOf(option.rect);
-    const auto name = NamedRow::nameRect(box, m_theme);
     const auto around = m_theme.space(Space::hair);
-    // The letters stay where they are drawn.
-    const QRect place(name.left() - m_theme.space(Space::small), box.top() + around,
-                      box.right() - around - name.left() + m_theme.space(Space::small) + 1,
-                      box.height() - 2 * around);
+    // What a field keeps free before its letters: they stay where they are drawn.
+    const auto before = m_theme.space(Space::small) + m_theme.space(Space::hair);
+    auto place = box.adjusted(0, around, -around, -around);
+    place.setLeft(NamedRow::nameRect(box, m_theme).left() - before);
     editor->setGeometry(mirrored(place, option.rect));
 }
 

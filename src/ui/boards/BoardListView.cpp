@@ -5,6 +5,7 @@
 #include "ui/boards/RowDragTypes.h"
 #include "ui/kit/lists/RowDrag.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>
@@ -243,13 +244,8 @@ void BoardListView::paintEvent(QPaintEvent* event) {
         const auto box =
             NamedRow::box(visualRect(m_model.index(m_entryTarget, 0)),
                           m_theme.space(Space::medium), m_theme);
-        const auto line = m_theme.space(Space::hair);
-        const auto radius = m_theme.radius(Radius::medium);
         QPainter painter(viewport());
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(m_theme.colors().accent, line));
-        const auto inner = line / 2.0;
-        painter.drawRoundedRect(QRectF(box).adjusted(inner, inner, -inner, -inner), radius, radius);
+        Shapes::paintRing(painter, box, m_theme.radius(Radius::medium), m_theme.colors().accent);
     }
 }
 

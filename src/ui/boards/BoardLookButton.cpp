@@ -1,6 +1,7 @@
 #include "ui/boards/BoardLookButton.h"
 
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QPainter>
 
@@ -36,14 +37,12 @@ QRectF BoardLookButton::middle(double size) const {
 
 void BoardLookButton::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
-    const double line = m_theme.space(Space::hair);
     const auto radius = m_theme.radius(Radius::medium);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (underMouse() && !isChecked()) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isDown() ? colors.pressed : colors.hover);
-        painter.drawRoundedRect(rect(), radius, radius);
+        const auto tint = isDown() ? Shapes::Tint::pressed : Shapes::Tint::hovered;
+        Shapes::paintBox(painter, rect(), radius, Shapes::tint(colors, tint), QColor());
     }
     if (m_icon.isEmpty()) {
         paintColor(painter);
@@ -51,10 +50,7 @@ void BoardLookButton::paintEvent(QPaintEvent*) {
         paintIcon(painter);
     }
     if (hasFocus()) {
-        painter.setPen(QPen(colors.accent, line));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(
-            QRectF(rect()).adjusted(line / 2, line / 2, -line / 2, -line / 2), radius, radius);
+        Shapes::paintRing(painter, rect(), radius, colors.accent);
     }
 }
 
@@ -62,10 +58,8 @@ void BoardLookButton::paintIcon(QPainter& painter) const {
     if (isChecked()) {
         // Apart from the ring of the keyboard, which is of the same colour on many boards.
         const auto apart = m_theme.space(Space::small);
-        const auto radius = m_theme.radius(Radius::small);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(m_color);
-        painter.drawRoundedRect(rect().adjusted(apart, apart, -apart, -apart), radius, radius);
+        Shapes::paintBox(painter, rect().adjusted(apart, apart, -apart, -apart),
+                         m_theme.radius(Radius::small), m_color, QColor());
     }
     IconSet::draw(painter, m_icon, isChecked() ? signOn(m_color) : m_color,
                   middle(width() / 2).toRect());

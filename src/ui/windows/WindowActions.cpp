@@ -4,7 +4,6 @@
 #include "ui/boards/BoardPicker.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/controls/MenuItems.h"
-#include "ui/kit/controls/MenuPlace.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/windows/AppearanceMenu.h"
@@ -21,6 +20,15 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kBoardShortcuts = 9;
+
+/// Below what it belongs to, which ends where the menu does; at the pointer, where that has no
+/// size.
+QPoint placeUnder(const QRect& anchor, QMenu& menu) {
+    menu.ensurePolished();
+    const auto isAtEnd = !anchor.isEmpty() && !QGuiApplication::isRightToLeft();
+    return {anchor.left() + (isAtEnd ? anchor.width() - menu.sizeHint().width() : 0),
+            anchor.top() + anchor.height()};
+}
 
 } // namespace
 
@@ -129,7 +137,7 @@ QMenu* WindowActions::makeMenu() {
 void WindowActions::openBoardMenu(model::Board& board, const QPoint& globalPosition) {
     auto* const menu = makeMenu();
     m_parts.boardActions.addTo(*menu, board, m_parts.sidebar);
-    openMenu(*menu, {globalPosition, QSize(0, 0)}, m_parts.window);
+    menu->popup(globalPosition);
 }
 
 void WindowActions::openPageMenu(const QRect& globalAnchor) {
@@ -151,7 +159,7 @@ void WindowActions::openPageMenu(const QRect& globalAnchor) {
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
-    openMenu(*menu, globalAnchor, m_parts.window);
+    menu->popup(placeUnder(globalAnchor, *menu));
 }
 
 } // namespace korvex::ui
