@@ -20,6 +20,7 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
       m_workspace(workspace),
       m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
+      m_renaming(workspace.boards, workspace.clock, *m_header),
       m_archivedNotice(new NoticeLine({.icon = QStringLiteral("archive"),
                                        .text = tr("This board is archived."),
                                        .action = tr("Unarchive")},
@@ -75,6 +76,13 @@ EntryActions::Parts BoardPage::parts() {
 void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
+    connect(m_header, &BoardHeader::renamingLeft, this, &BoardPage::takeKeyboard);
+    connect(m_header, &BoardHeader::renamed, this, [this](const QString& name) {
+        endAnswer();
+        if (const auto refused = m_renaming.store(*board(), name)) {
+            refuse(*refused);
+        }
+    });
     connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
@@ -135,6 +143,15 @@ QString BoardPage::title() const {
 
 void BoardPage::takeKeyboard() {
     m_list->setFocus();
+}
+
+BoardListing& BoardPage::header() {
+    return *m_header;
+}
+
+bool BoardPage::leave() {
+    m_header->endRenaming();
+    return !m_renaming.isNameComingBack() && m_editing.leaveForGood();
 }
 
 bool BoardPage::showBoard(model::Board& board) {

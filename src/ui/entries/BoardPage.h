@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/boards/BoardRenaming.h"
 #include "ui/entries/AttachmentInput.h"
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
@@ -9,6 +10,7 @@
 namespace korvex::ui {
 
 class BoardHeader;
+class BoardListing;
 class NoticeLine;
 
 /// The content of one board: header, messages, entries. Main thread.
@@ -21,7 +23,7 @@ public:
 
     QString title() const override;
     void takeKeyboard() override;
-    bool leave() override { return m_editing.leaveForGood(); }
+    bool leave() override;
     bool showRecord(const base::Uuid& id) override;
 
     model::Board* board() const { return m_model.board(); }
@@ -64,10 +66,12 @@ public:
     EntryActions& actions() { return m_actions; }
     EntryListView& list() { return *m_list; }
     EntryListModel& entries() { return m_model; }
+    /// Where what is done with the board from its page happens.
+    BoardListing& header();
 
 Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
-    void menuRequested(const QPoint& globalPosition);
+    void menuRequested(const QRect& globalAnchor);
     void unarchiveRequested();
     /// What was edited on the board is edited no more.
     void editingEnded();
@@ -94,6 +98,7 @@ private:
     const Workspace& m_workspace;
     EntryListModel m_model;
     BoardHeader* m_header;
+    BoardRenaming m_renaming;
     NoticeLine* m_archivedNotice;
     EntryListView* m_list;
     EntryEditing m_editing;

@@ -97,6 +97,52 @@ TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
     EXPECT_FALSE(sidebar().isVisible()) << "as the user wants it";
 }
 
+TEST_F(WindowShapesTest, TheSidebarHasTheRoomThatItsFontNeeds) {
+    open(640);
+    EXPECT_TRUE(sidebar().isVisible());
+    preferences.setFontSize(24);
+    QApplication::processEvents();
+    EXPECT_FALSE(sidebar().isVisible()) << "there is no room for both any more";
+    window->resize(360, 500);
+    window->resize(1000, 500);
+    QApplication::processEvents();
+    EXPECT_TRUE(sidebar().isVisible());
+    EXPECT_GE(sidebar().width(), theme.scaled(180));
+    EXPECT_LE(sidebar().width(), 500);
+}
+
+TEST_F(WindowShapesTest, TheHeaderOfALongNameStandsInItsFirstLineAndItsMenuWithinTheWindow) {
+    own.boards.renameBoard(*inbox, "All that is to be done before we leave, and then some more",
+                           kNow);
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QApplication::setLayoutDirection(direction);
+        open(400);
+        const auto button = [this](const char* name) {
+            for (auto* const each : page().findChildren<QToolButton*>()) {
+                if (each->accessibleName() == QString::fromUtf8(name)) {
+                    return each;
+                }
+            }
+            return static_cast<QToolButton*>(nullptr);
+        };
+        auto* const menu = button("Menu of the board");
+        const auto* const header = menu->parentWidget();
+        EXPECT_GT(header->height(), 3 * menu->height()) << "the name wraps";
+        EXPECT_EQ(button("Icon of the board")->y(), menu->y());
+        EXPECT_LT(menu->geometry().bottom(), header->height() / 2);
+        menu->click();
+        auto* const opened = QApplication::activePopupWidget();
+        ASSERT_NE(opened, nullptr);
+        EXPECT_TRUE(window->geometry().contains(opened->geometry()));
+        const QRect anchor(menu->mapToGlobal(QPoint()), menu->size());
+        EXPECT_TRUE(opened->geometry().right() == anchor.right() ||
+                    opened->geometry().left() == anchor.left());
+        opened->close();
+        window.reset();
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
 TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
     add({"a", "b"});
     open(700);
