@@ -9,6 +9,7 @@
 #include <vector>
 
 class QLabel;
+class QPushButton;
 class QTimer;
 class QToolButton;
 
@@ -50,6 +51,9 @@ public:
     /// What is seen; empty for nothing.
     QString message() const;
 
+    /// As wide as all of it takes in one line, up to the measure of a text.
+    QSize sizeHint() const override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
@@ -67,7 +71,7 @@ private:
     const Theme& m_theme;
     QLabel* m_sign;
     QLabel* m_text;
-    QToolButton* m_action;
+    QPushButton* m_action;
     QToolButton* m_close;
     WordsAndButton* m_words;
     QTimer* m_end;

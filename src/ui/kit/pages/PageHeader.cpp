@@ -13,9 +13,7 @@ PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent
     m_title->setWordWrap(true);
     m_note->setWordWrap(true);
     m_title->setAlignment(lineStart());
-    m_note->setAlignment(lineEnd());
     auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(18, 16, 18, 10);
     row->addWidget(m_title, 1);
     row->addWidget(m_note);
     connect(&theme, &Theme::changed, this, &PageHeader::applyTheme);
@@ -33,6 +31,13 @@ void PageHeader::setNote(const QString& note) {
 void PageHeader::applyTheme() {
     m_title->setFont(m_theme.titleFont());
     m_note->setFont(m_theme.font());
+    const auto side = m_theme.space(Space::wide);
+    layout()->setContentsMargins(side, side, side, m_theme.space(Space::large));
+    layout()->setSpacing(m_theme.space(Space::large));
+    // Beside a title of several lines the note stands on the baseline of the first.
+    m_note->setAlignment((lineEnd() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
+    const auto ascent = [](const QFont& font) { return QFontMetrics(font).ascent(); };
+    m_note->setContentsMargins(0, ascent(m_theme.titleFont()) - ascent(m_theme.font()), 0, 0);
     auto quiet = m_note->palette();
     quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
     m_note->setPalette(quiet);
