@@ -90,10 +90,9 @@ void AttachmentChips::place(int width, const Theme& theme) {
     int y = 0;
     for (auto& chip : m_chips) {
         const int plain = 2 * theme.space(Space::medium) + icon + gap;
-        int around =
-            plain + (chip.size.isEmpty()
-                         ? 0
-                         : metrics.horizontalAdvance(chip.size) + theme.space(Space::medium) + 1);
+        int around = plain + (chip.size.isEmpty() ? 0
+                                                  : metrics.horizontalAdvance(chip.size) +
+                                                        theme.space(Space::medium) + 1);
         const auto name = metrics.horizontalAdvance(chip.name);
         if (name > widest - around && widest - around < theme.scaled(kNarrow)) {
             // What a file is called says more than how large it is.
@@ -146,8 +145,8 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     const auto edge = isMarked ? kRing : 1;
     painter.setPen(QPen(isSelected ? colors.accent : colors.hairline, edge));
     painter.setBrush(isMarked ? colors.selection : isHovered ? colors.hover : colors.content);
-    painter.drawRoundedRect(
-        QRectF(chip.rect).adjusted(edge / 2, edge / 2, -edge / 2, -edge / 2), radius, radius);
+    painter.drawRoundedRect(QRectF(chip.rect).adjusted(edge / 2, edge / 2, -edge / 2, -edge / 2),
+                            radius, radius);
 
     const auto side = theme.space(Space::medium);
     const auto whole = chip.rect.adjusted(side, 0, -side, 0);

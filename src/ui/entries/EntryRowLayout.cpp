@@ -102,8 +102,7 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
         arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
     const RowLine line(frame, arranged.ascent, theme);
     m_textRect = QRect(frame.textLeft, line.textTop(), arranged.textWidth, arranged.textHeight);
-    m_sign =
-        QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
+    m_sign = QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
     auto bottom = std::max(m_textRect.bottom() + 1, frame.top() + frame.signSize);
     if (hasDue) {
         const auto dueWidth = std::min(m_dueLabel.width(theme), room);
@@ -111,14 +110,13 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
         const auto dueLeft = arranged.isBeside ? width - frame.side - dueWidth
                              : isTurned        ? frame.textLeft + room - dueWidth
                                                : frame.textLeft;
-        const auto dueTop = arranged.isBeside ? line.topOf(theme.smallFont())
-                                              : bottom + theme.space(Space::hair);
+        const auto dueTop =
+            arranged.isBeside ? line.topOf(theme.smallFont()) : bottom + theme.space(Space::hair);
         m_due = QRect(dueLeft, dueTop, dueWidth, dueHeight);
         bottom = std::max(bottom, m_due.bottom() + 1);
     } else if (isOpenTodo) {
         const auto size = frame.scheduleSize;
-        m_scheduleButton =
-            QRect(width - frame.side - size, line.topOfSign(size), size, size);
+        m_scheduleButton = QRect(width - frame.side - size, line.topOfSign(size), size, size);
     }
     return bottom;
 }

@@ -83,8 +83,8 @@ void RowRefusal::applyTheme() {
     m_text->setFont(m_theme.smallFont());
     m_discard->setFont(m_theme.smallFont());
     const auto padding = m_theme.space(Space::small);
-    m_words->setContentsMargins(mirrored(QMargins(RowFrame::of(m_theme).gap - padding, padding,
-                                                  padding, padding)));
+    m_words->setContentsMargins(
+        mirrored(QMargins(RowFrame::of(m_theme).gap - padding, padding, padding, padding)));
     m_words->setSpacing(m_theme.space(Space::medium));
     m_words->setNarrowest(m_theme.scaled(kNarrowestText));
     const auto words =

@@ -171,8 +171,8 @@ void TextEditor::place() {
     const auto frame = RowFrame::of(theme());
     const auto room = width() - 2 * frame.side;
     const int top = frame.top() + m_bar->sizeHint().height() + kBarDistance;
-    const int bottom = height() - (frame.rowDistance - frame.boxTop) - frame.padding -
-                       messageHeight(width());
+    const int bottom =
+        height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
     m_field->setGeometry(frame.side, top, room, bottom - top);
 }
 

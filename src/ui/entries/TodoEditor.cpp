@@ -144,8 +144,8 @@ TextArrangement TodoEditor::arrangement(int width) const {
     const auto frame = RowFrame::of(theme());
     const auto room = width - frame.textLeft - frame.side;
     const auto hasDue = !m_dueLabel.isEmpty();
-    const auto beside = hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap
-                               : frame.scheduleSize + frame.gap;
+    const auto beside =
+        hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
     return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 

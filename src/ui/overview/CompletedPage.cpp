@@ -89,8 +89,7 @@ TodoListPage::Hint CompletedPage::emptyHint() const {
         return {.what = tr("No matching completed todos"),
                 .next = tr("Search for something else, or reset the filter.")};
     }
-    return {.what = tr("No completed todos yet."),
-            .next = tr("Todos that you tick show up here.")};
+    return {.what = tr("No completed todos yet."), .next = tr("Todos that you tick show up here.")};
 }
 
 QString CompletedPage::headerNote() const {

@@ -35,8 +35,8 @@ Places placesOf(int width, int above, const Theme& theme) {
     const RowLine first(frame, font.ascent(), theme);
     const auto room = width - frame.textLeft - frame.side;
     Places places;
-    places.sign = QRect(frame.side, first.topOfSign(frame.signSize), frame.signSize,
-                        frame.signSize);
+    places.sign =
+        QRect(frame.side, first.topOfSign(frame.signSize), frame.signSize, frame.signSize);
     places.line = QRect(frame.textLeft, first.textTop(), room, font.height());
     places.note = QRect(frame.textLeft, places.line.bottom() + 1 + theme.space(Space::hair), room,
                         QFontMetrics(theme.smallFont()).height());

@@ -103,9 +103,8 @@ void TodoRowLayout::setBoard(const QPoint& topLeft, int nameWidth, const Theme& 
     }
     const QFontMetrics metrics(theme.smallFont());
     const auto icon = theme.extent(Extent::smallIcon);
-    m_boardIcon = QRect(topLeft.x(),
-                        topLeft.y() + metrics.ascent() - (metrics.capHeight() + icon) / 2, icon,
-                        icon);
+    m_boardIcon = QRect(
+        topLeft.x(), topLeft.y() + metrics.ascent() - (metrics.capHeight() + icon) / 2, icon, icon);
     m_boardNameRect =
         QRect(topLeft.x() + iconWidth(theme), topLeft.y(), nameWidth, metrics.height());
     m_boardText = metrics.elidedText(m_boardText, Qt::ElideRight, nameWidth);
@@ -113,8 +112,8 @@ void TodoRowLayout::setBoard(const QPoint& topLeft, int nameWidth, const Theme& 
 
 int TodoRowLayout::lowestHeight(const Theme& theme) {
     const auto frame = RowFrame::of(theme);
-    return frame.heightFor(
-        frame.top() + std::max(QFontMetrics(theme.font()).lineSpacing(), frame.signSize));
+    return frame.heightFor(frame.top() +
+                           std::max(QFontMetrics(theme.font()).lineSpacing(), frame.signSize));
 }
 
 int TodoRowLayout::headingHeight(const Theme& theme) {

@@ -72,7 +72,11 @@ int TextRow::endOf(const WideTable& table) const {
 void TextRow::findWideTables() {
     for (auto* const frame : m_document.rootFrame()->childFrames()) {
         auto place = m_document.documentLayout()->frameBoundingRect(frame);
-        // Qt reckons the distance to what follows to the table.
+        // Of the distances around the table Qt reckons one to it and the other not.
+        const auto before = m_document.findBlock(frame->firstPosition() - 1);
+        if (before.isValid()) {
+            place.setTop(m_document.documentLayout()->blockBoundingRect(before).bottom());
+        }
         const auto next = m_document.findBlock(frame->lastPosition() + 1);
         if (next.isValid()) {
             const auto following = m_document.documentLayout()->blockBoundingRect(next);
@@ -92,8 +96,7 @@ QRectF TextRow::bandOf(const WideTable& table) const {
 
 void TextRow::move(WideTable& table, int offset) const {
     const int least = static_cast<int>(std::floor(std::min(0.0, table.place.left())));
-    const int most =
-        static_cast<int>(std::ceil(std::max(0.0, table.place.right() - endOf(table))));
+    const int most = static_cast<int>(std::ceil(std::max(0.0, table.place.right() - endOf(table))));
     table.offset = std::clamp(offset, least, most);
 }
 

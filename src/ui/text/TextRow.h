@@ -13,7 +13,8 @@
 namespace korvex::ui {
 
 /// A text entry as its row shows it: exactly as the editor does. A table that is wider than the
-/// text may reach beyond it; where that is not enough a part of it is seen, which can be moved. All points count from the top left corner of the text.
+/// text may reach beyond it; where that is not enough a part of it is seen, which can be moved. All
+/// points count from the top left corner of the text.
 class TextRow {
 public:
     TextRow(const richtext::AttributedString& text, int width, const TextLook& look);

@@ -67,10 +67,7 @@ TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, Beside
         }
     }
     const auto height = layOut(text, room);
-    return {.isBeside = false,
-            .textWidth = room,
-            .textHeight = height,
-            .ascent = ascentOf(text)};
+    return {.isBeside = false, .textWidth = room, .textHeight = height, .ascent = ascentOf(text)};
 }
 
 } // namespace korvex::ui

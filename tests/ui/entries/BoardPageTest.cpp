@@ -454,9 +454,9 @@ TEST_F(BoardPageTest, TwoQuickClicksOnACircleAreATickTakenBack) {
 
 TEST_F(BoardPageTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
     page.resize(500, 400);
-    const auto todos =
-        add({"plain", "due", "Call the landlord about the heating: it knocks at night, and the "
-                             "meter in the cellar has not been read since spring"});
+    const auto todos = add({"plain", "due",
+                            "Call the landlord about the heating: it knocks at night, and the "
+                            "meter in the cellar has not been read since spring"});
     for (const auto row : {1U, 2U}) {
         own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
     }

@@ -101,6 +101,18 @@ TEST_F(ErrorBannerTest, AButtonEndsItsMessageAndDoesWhatItSays) {
     }
 }
 
+TEST_F(ErrorBannerTest, ItIsAsWideAsItsWordsAndNoWiderThanATextIsToBe) {
+    auto offer = lasting("“a” was deleted.");
+    offer.action = QStringLiteral("Undo");
+    banner.say(offer);
+    EXPECT_LT(banner.sizeHint().width(), theme.measure() / 2);
+    banner.resize(banner.sizeHint());
+    EXPECT_EQ(banner.heightForWidth(banner.width()), banner.heightForWidth(theme.measure()))
+        << "in one line";
+    banner.say(lasting(std::string(400, 'w').c_str()));
+    EXPECT_EQ(banner.sizeHint().width(), theme.measure());
+}
+
 TEST_F(ErrorBannerTest, WhereThereIsNoRoomTheButtonStandsBelowTheWords) {
     preferences.setFontSize(app::AppPreferences::kFontSizes.back());
     QApplication::processEvents();

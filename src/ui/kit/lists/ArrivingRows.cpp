@@ -17,8 +17,8 @@ ArrivingRows::ArrivingRows(QWidget& viewport) : m_viewport(viewport) {
 }
 
 void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
-    const auto duration = m_viewport.style()->styleHint(QStyle::SH_Widget_Animation_Duration,
-                                                        nullptr, &m_viewport);
+    const auto duration =
+        m_viewport.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_viewport);
     m_animation.stop();
     m_rows.clear();
     if (duration <= 0) {

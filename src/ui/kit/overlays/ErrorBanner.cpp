@@ -113,11 +113,14 @@ QString ErrorBanner::message() const {
     return m_text->text();
 }
 
+int ErrorBanner::widthOfWords() const {
+    // What is measured may be a part of a pixel too narrow for what is drawn.
+    return QFontMetrics(m_text->font()).size(0, m_text->text()).width() + 2;
+}
+
 QSize ErrorBanner::sizeHint() const {
     const auto margins = layout()->contentsMargins();
-    // What is measured may be a part of a pixel too narrow for what is drawn.
-    int width = margins.left() + margins.right() + 2 +
-                QFontMetrics(m_text->font()).size(0, m_text->text()).width();
+    int width = margins.left() + margins.right() + widthOfWords();
     for (const auto* const part : std::initializer_list<QWidget*>{m_sign, m_action, m_close}) {
         width += part->isHidden() ? 0 : part->sizeHint().width() + layout()->spacing();
     }
@@ -158,7 +161,7 @@ void ErrorBanner::applyTheme() {
     m_close->setFixedSize(line, line);
     m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
                                       size, devicePixelRatioF()));
-    m_words->setNarrowest(m_theme.scaled(kNarrowestText));
+    m_words->setNarrowest(std::min(m_theme.scaled(kNarrowestText), widthOfWords()));
     m_close->setIconSize({size, size});
     m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));
 }

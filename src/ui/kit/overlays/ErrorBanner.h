@@ -66,6 +66,8 @@ private:
     /// Shows the last message, if that is not in sight already.
     void showLast();
     void endShown();
+    /// In one line.
+    int widthOfWords() const;
     void applyTheme();
 
     const Theme& m_theme;

@@ -44,8 +44,8 @@ void NoticeLine::applyTheme() {
     const auto side = m_theme.space(Space::wide);
     m_row->setContentsMargins(side, 0, side, m_theme.space(Space::medium));
     m_row->setSpacing(m_theme.space(Space::medium));
-    m_icon->setPixmap(IconSet::pixmap(m_iconName, color, m_theme.extent(Extent::icon),
-                                      devicePixelRatioF()));
+    m_icon->setPixmap(
+        IconSet::pixmap(m_iconName, color, m_theme.extent(Extent::icon), devicePixelRatioF()));
     m_text->setFont(m_theme.font());
     auto quiet = m_text->palette();
     quiet.setColor(QPalette::WindowText, color);
