@@ -13,8 +13,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kBottomMargin = 24;
-
 /// A character that begins a text; Space alone does not.
 bool isTyping(const QKeyEvent& event) {
     const auto text = event.text();
@@ -39,7 +37,6 @@ EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& c
     setAcceptDrops(true);
     setDragDropMode(DragDrop);
     setAutoScroll(true);
-    setBottomMargin(kBottomMargin);
     setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Entries"));
@@ -84,7 +81,7 @@ void EntryListView::coverFoot(int height) {
     }
     const auto isTypedInSight = editedRow() >= 0 && m_editor->isCaretInSight();
     m_coveredFoot = height;
-    setBottomMargin(kBottomMargin + height);
+    setBottomMargin(std::max(footRoom(), height + theme().space(Space::wide)));
     updateGeometries();
     if (isTypedInSight) {
         m_editor->reveal();
@@ -121,17 +118,47 @@ QRect EntryListView::scheduleAnchor(int row) const {
 
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
-        return m_editor->neededHeight(viewport()->width()) + m_chips.extent(row);
+        return m_editor->neededHeight(column().width) + m_chips.extent(row);
     }
-    return m_leaving.height(m_model.entry(row),
-                            m_delegate->layout(row, viewport()->width()).height());
+    const auto& laidOut = m_delegate->layout(row);
+    if (laidOut.wholeWidth() > laidOut.width()) {
+        m_wholeWidths.insert_or_assign(m_model.entry(row), laidOut.wholeWidth());
+    } else {
+        m_wholeWidths.erase(m_model.entry(row));
+    }
+    return m_leaving.height(m_model.entry(row), laidOut.height());
+}
+
+EntryRowRoom EntryListView::room() const {
+    const auto place = column();
+    // From right to left a table has its room at the other side, where no field can scroll to.
+    return {.width = place.width,
+            .most = isRightToLeft() ? place.width : viewport()->width() - place.left};
+}
+
+int EntryListView::widthOf(int row) const {
+    const auto [width, most] = room();
+    if (m_editor && row == editedRow()) {
+        return std::min(m_editor->wholeWidth(width), most);
+    }
+    const auto whole = m_wholeWidths.find(m_model.entry(row));
+    return whole == m_wholeWidths.end() ? width : std::min(whole->second, most);
+}
+
+void EntryListView::resizeEvent(QResizeEvent* event) {
+    m_delegate->setRoom(room());
+    RowListView::resizeEvent(event);
 }
 
 int EntryListView::estimatedHeight(int row) const {
-    if (!m_estimate || m_estimate->width() != viewport()->width()) {
-        m_estimate.emplace(viewport()->width(), theme());
+    if (!m_estimate || m_estimate->width() != column().width) {
+        m_estimate.emplace(column().width, theme());
     }
     return m_estimate->height(m_model, row);
+}
+
+double EntryListView::opacityOf(const QModelIndex& index) const {
+    return m_leaving.opacity(m_model.entry(index.row())) * RowListView::opacityOf(index);
 }
 
 void EntryListView::rowsPlaced() {
@@ -148,6 +175,8 @@ void EntryListView::rowsPlaced() {
 
 void EntryListView::forgetLayouts() {
     m_estimate.reset();
+    m_wholeWidths.clear();
+    m_delegate->setRoom(room());
     m_delegate->forgetAll();
 }
 

@@ -12,6 +12,7 @@
 #include <QPersistentModelIndex>
 
 #include <optional>
+#include <unordered_map>
 
 namespace korvex::ui {
 
@@ -71,7 +72,10 @@ Q_SIGNALS:
 protected:
     int measuredHeight(int row) override;
     int estimatedHeight(int row) const override;
+    int widthOf(int row) const override;
+    void resizeEvent(QResizeEvent* event) override;
     void rowsPlaced() override;
+    double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
@@ -99,6 +103,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    EntryRowRoom room() const;
     /// Does what the row is for.
     void activate(int row);
     void endDrag();
@@ -111,6 +116,8 @@ private:
     WideTables m_tables;
     EntryReordering m_reordering;
     mutable std::optional<EntryHeightEstimate> m_estimate;
+    /// Of the rows that are wider than the column, how wide they would be to be seen whole.
+    std::unordered_map<const model::Entry*, int> m_wholeWidths;
     RowEditor* m_editor = nullptr;
     QPersistentModelIndex m_editedIndex;
     base::Subscription m_codeArrivals;

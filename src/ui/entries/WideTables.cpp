@@ -33,7 +33,7 @@ bool WideTables::scroll(int row, int by, std::optional<QPoint> under) {
     const auto rect = m_list.visualRect(m_list.model()->index(row, 0));
     const auto local =
         under ? std::optional(QPointF(*under - rect.topLeft())) : std::optional<QPointF>();
-    const auto hasMoved = m_delegate.scrollTables(row, rect.width(), by, local);
+    const auto hasMoved = m_delegate.scrollTables(row, by, local);
     if (hasMoved) {
         m_list.viewport()->update(rect);
     }

@@ -8,9 +8,9 @@
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 
+#include <QAbstractButton>
 #include <QClipboard>
 #include <QLineEdit>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -46,15 +46,15 @@ protected:
     }
     static void undo() { key(Qt::Key_Z, Qt::ControlModifier); }
     static void redo() { key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
-    static QToolButton* offerOf(Page& shown) {
-        for (auto* const button : shown.banner().findChildren<QToolButton*>()) {
+    static QAbstractButton* offerOf(Page& shown) {
+        for (auto* const button : shown.banner().findChildren<QAbstractButton*>()) {
             if (button->isVisible() && !button->text().isEmpty()) {
                 return button;
             }
         }
         return nullptr;
     }
-    QToolButton* offer() { return offerOf(page); }
+    QAbstractButton* offer() { return offerOf(page); }
     model::Entry& addText(const char* text) {
         return own.entries.createText({.rich = richtext::RichTextSerializer::plainRichText(text),
                                        .board = *inbox,

@@ -17,37 +17,54 @@ inline QStyle::State quietWithoutKeyboard(QStyle::State state) {
     return state;
 }
 
-/// The rounded box of a row that is chosen or under the pointer, and the ring of the one that has
-/// the keyboard. `hovered` is the colour of the box under the pointer.
-inline void paintRowBox(QPainter& painter, const QRect& box, QStyle::State state,
-                        const QColor& hovered, const Theme& theme) {
-    constexpr double kCornerRadius = 6;
-    constexpr auto kShown =
-        QStyle::State_Selected | QStyle::State_MouseOver | QStyle::State_HasFocus;
-    if (!state.testAnyFlags(kShown)) {
-        return;
+/// How wide the ring is around what has the keyboard, in pixels.
+inline constexpr double kRowRing = 2;
+
+/// Draws an edge of this width within the rounded box of a row.
+inline void paintRowEdge(QPainter& painter, const QRect& box, const QColor& color, double width,
+                         const Theme& theme) {
+    const auto inside = width / 2;
+    const auto radius = theme.radius(Radius::medium) - inside;
+    painter.setPen(QPen(color, width));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(box).adjusted(inside, inside, -inside, -inside), radius, radius);
+}
+
+/// The ring of the row that has the keyboard, within its box.
+inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State state,
+                         const Theme& theme) {
+    if (state.testFlag(QStyle::State_HasFocus)) {
+        paintRowEdge(painter, box, theme.colors().accent, kRowRing, theme);
     }
-    const auto& colors = theme.colors();
+}
+
+/// The rounded box of a row of plain text that is chosen or under the pointer, and the ring of the
+/// one that has the keyboard. `ground` is what the list stands on.
+inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
+                           const QColor& ground, const Theme& theme) {
+    constexpr double kHover = 0.06;
     const auto isChosen = state.testFlag(QStyle::State_Selected);
+    const auto radius = theme.radius(Radius::medium);
     painter.save();
     if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
+        const auto& colors = theme.colors();
         painter.setPen(Qt::NoPen);
-        painter.setBrush(isChosen ? colors.selection : hovered);
-        painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
+        painter.setBrush(isChosen ? colors.selection : blended(colors.text, ground, kHover));
+        painter.drawRoundedRect(box, radius, radius);
     }
-    if (state.testFlag(QStyle::State_HasFocus)) {
-        painter.setPen(QPen(colors.accent, 1.5));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(box).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
-                                kCornerRadius);
-    }
+    paintRowRing(painter, box, state, theme);
     painter.restore();
 }
 
-/// The same where `ground` is what the list stands on and its rows hold plain text only.
-inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
-                           const QColor& ground, const Theme& theme) {
-    paintRowBox(painter, box, state, blended(theme.colors().text, ground, 0.06), theme);
+/// The same of a row that may be large and has colours of its own: an edge and no ground.
+inline void paintRowOutline(QPainter& painter, const QRect& box, QStyle::State state,
+                            const Theme& theme) {
+    painter.save();
+    if (state.testAnyFlags(QStyle::State_Selected | QStyle::State_MouseOver)) {
+        paintRowEdge(painter, box, theme.colors().hairline, 1, theme);
+    }
+    paintRowRing(painter, box, state, theme);
+    painter.restore();
 }
 
 } // namespace korvex::ui
