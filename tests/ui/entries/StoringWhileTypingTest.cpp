@@ -235,22 +235,6 @@ TEST_F(StoringWhileTypingTest, WhatIsToldOfAMergeEndsWithTheNextEntryOrBoard) {
              key(Qt::Key_Escape);
              edit(next);
          }},
-        {"an entry after the one that one walked to",
-         [&] {
-             key(Qt::Key_Return);
-             field().moveCursor(QTextCursor::End);
-             type("s");
-             writeElsewhere(*page.entries().entry(list().currentRow()),
-                            "Buy milkshake\nBuy milkwood", Known::no);
-             setCaret(0);
-             key(Qt::Key_Up);
-             ASSERT_TRUE(isEditing());
-             EXPECT_THAT(page.banner().message().toStdString(), HasSubstr("Both"))
-                 << "it was told only just now";
-             QApplication::processEvents();
-             key(Qt::Key_Escape);
-             edit(next);
-         }},
         {"a board", [&] { page.showBoard(board); }},
     };
     for (const auto& [what, goOn] : ways) {
