@@ -66,14 +66,18 @@ void RowEditor::say(const QString& message, ErrorBanner::Tone tone, Until until)
     const auto isSaid = m_until && tone == m_tone && message == m_message->message();
     m_until = until;
     m_tone = tone;
-    offerDiscard();
-    if (!isSaid) { // what is said again and again is heard once
+    const auto isOther = offerDiscard();
+    if (!isSaid) {
         m_message->setMessage(message, tone);
     }
-    update();
-    Q_EMIT neededHeightChanged();
-    placeInSight();
-    reveal();
+    if (isOther || !isSaid) {
+        update();
+        Q_EMIT neededHeightChanged();
+        placeInSight();
+    }
+    if (!isSaid) { // what is said again and again is heard once, and takes nobody back to it
+        reveal();
+    }
 }
 
 void RowEditor::endMessage() {

@@ -75,6 +75,8 @@ public:
     void endMessage();
     /// Whether a message is shown that this ends.
     bool says(Until until) const { return m_until == until; }
+    /// Whether it says that the text could not be stored.
+    bool isRefused() const { return says(Until::stored) && m_tone == ErrorBanner::Tone::error; }
     /// Whether the widget is the editor or a part of it.
     bool owns(const QWidget* widget) const { return widget == this || isAncestorOf(widget); }
     /// Places what stays in sight of an editor that is higher than the list. To be called when
