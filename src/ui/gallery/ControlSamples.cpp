@@ -195,9 +195,8 @@ QWidget* makeControlSamples(const Theme& theme, QWidget* parent) {
         Column{.title = QStringLiteral("Under the pointer"), .state = QStyle::State_MouseOver},
         Column{.title = QStringLiteral("Pressed"), .state = QStyle::State_Sunken},
         Column{.title = QStringLiteral("With the keyboard"), .state = QStyle::State_HasFocus},
-        Column{.title = QStringLiteral("Disabled"),
-               .state = QStyle::State_None,
-               .isEnabled = false},
+        Column{
+            .title = QStringLiteral("Disabled"), .state = QStyle::State_None, .isEnabled = false},
     };
     int row = 0;
     int column = 1;

@@ -67,8 +67,8 @@ QWidget* GalleryWindow::makeControls() {
     size->setCurrentIndex(size->findData(m_preferences.fontSize()));
     connect(size, &QComboBox::currentIndexChanged, this,
             [this, size] { m_preferences.setFontSize(size->currentData().toInt()); });
-    for (auto* const control : std::initializer_list<QWidget*>{appearance, size, contrast, still,
-                                                               mirrored}) {
+    for (auto* const control :
+         std::initializer_list<QWidget*>{appearance, size, contrast, still, mirrored}) {
         row->addWidget(control);
     }
     row->addStretch();

@@ -35,10 +35,10 @@ protected:
             Shapes::paintBox(painter, rect(), radius, colors.selection,
                              colors.isHighContrast ? colors.accent : QColor());
         } else if (isEnabled() && (underMouse() || isDown())) {
-            Shapes::paintBox(painter, rect(), radius,
-                             Shapes::tint(colors, isDown() ? Shapes::Tint::pressed
-                                                           : Shapes::Tint::rest),
-                             QColor());
+            Shapes::paintBox(
+                painter, rect(), radius,
+                Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::rest),
+                QColor());
         }
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
@@ -53,8 +53,8 @@ private:
 
 } // namespace
 
-SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles,
-                                 const Theme& theme, QWidget* parent)
+SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
+                                 QWidget* parent)
     : QWidget(parent), m_theme(theme), m_segments(new QButtonGroup(this)) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);

@@ -49,14 +49,13 @@ void Switch::paintEvent(QPaintEvent*) {
     const auto room = rect().adjusted(margin, 0, -margin, 0);
     QPainter painter(this);
     if (!isEnabled()) {
-        painter.setOpacity(0.45);
+        painter.setOpacity(Shapes::kDisabledOpacity);
     }
     painter.setPen(colors.text);
-    painter.drawText(
-        room,
-        static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)) |
-            Qt::AlignVCenter | Qt::TextShowMnemonic,
-        text());
+    painter.drawText(room,
+                     static_cast<int>(QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft)) |
+                         Qt::AlignVCenter | Qt::TextShowMnemonic,
+                     text());
 
     QRect track(QPoint(room.right() + 1 - trackSize().width(),
                        room.top() + (room.height() - trackSize().height()) / 2),
@@ -68,10 +67,10 @@ void Switch::paintEvent(QPaintEvent*) {
     const auto off = colors.border;
     Shapes::paintBox(painter, track, radius, blended(colors.accent, off, place), QColor());
     if (isEnabled() && (underMouse() || isDown())) {
-        Shapes::paintBox(painter, track, radius,
-                         Shapes::tint(colors, isDown() ? Shapes::Tint::pressed
-                                                       : Shapes::Tint::hovered),
-                         QColor());
+        Shapes::paintBox(
+            painter, track, radius,
+            Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::hovered),
+            QColor());
     }
     const auto inset = m_theme.space(Space::hair);
     const auto size = track.height() - 2 * inset;

@@ -28,7 +28,7 @@ void paintMark(QPainter& painter, const QStyleOption& option, double radius, con
     const auto isOff = option.state.testFlag(QStyle::State_Off);
     const auto ground = isOff ? colors.field : colors.accent;
     Shapes::paintBox(painter, option.rect, radius, ground,
-                     !isOff             ? QColor()
+                     !isOff              ? QColor()
                      : state.isHovered() ? colors.accent
                                          : colors.border);
     if (state.isHovered() || state.isPressed()) {
@@ -42,9 +42,9 @@ void paintMark(QPainter& painter, const QStyleOption& option, double radius, con
 
 ButtonDrawing::Weight ButtonDrawing::weightOf(const QStyleOptionButton& option,
                                               const QWidget* button) {
-    return isDangerous(button)                                              ? Weight::dangerous
-           : option.features.testFlag(QStyleOptionButton::DefaultButton)    ? Weight::chief
-                                                                            : Weight::plain;
+    return isDangerous(button)                                           ? Weight::dangerous
+           : option.features.testFlag(QStyleOptionButton::DefaultButton) ? Weight::chief
+                                                                         : Weight::plain;
 }
 
 void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& option, Weight weight,
@@ -140,9 +140,9 @@ void ButtonDrawing::paintCheckBox(QPainter& painter, const QStyleOption& option,
     const auto isPartly = option.state.testFlag(QStyle::State_NoChange);
     if (isPartly || option.state.testFlag(QStyle::State_On)) {
         const auto margin = theme.space(Space::hair);
-        IconSet::draw(painter, isPartly ? QStringLiteral("minus-bold") : QStringLiteral("check-bold"),
-                      theme.colors().onAccent,
-                      option.rect.adjusted(margin, margin, -margin, -margin));
+        IconSet::draw(
+            painter, isPartly ? QStringLiteral("minus-bold") : QStringLiteral("check-bold"),
+            theme.colors().onAccent, option.rect.adjusted(margin, margin, -margin, -margin));
     }
 }
 

@@ -34,7 +34,7 @@ public:
     FadedWhenDisabled(QPainter& painter, const ControlState& state)
         : m_painter(painter), m_before(painter.opacity()) {
         if (!state.isEnabled()) {
-            painter.setOpacity(m_before * kFaint);
+            painter.setOpacity(m_before * Shapes::kDisabledOpacity);
         }
     }
     ~FadedWhenDisabled() { m_painter.setOpacity(m_before); }
@@ -42,8 +42,6 @@ public:
     FadedWhenDisabled& operator=(const FadedWhenDisabled&) = delete;
 
 private:
-    static constexpr double kFaint = 0.45;
-
     QPainter& m_painter;
     double m_before;
 };

@@ -26,10 +26,10 @@ void paintStep(QPainter& painter, const QStyleOptionSpinBox& option, QStyle::Sub
                                                        : QAbstractSpinBox::StepDownEnabled);
     const ControlState state(option);
     if (leads && option.activeSubControls.testFlag(part) && state.isEnabled()) {
-        Shapes::paintBox(painter, room, theme.radius(Radius::small),
-                         Shapes::tint(colors, state.isPressed() ? Shapes::Tint::pressed
-                                                                : Shapes::Tint::hovered),
-                         QColor());
+        Shapes::paintBox(
+            painter, room, theme.radius(Radius::small),
+            Shapes::tint(colors, state.isPressed() ? Shapes::Tint::pressed : Shapes::Tint::hovered),
+            QColor());
     }
     auto step = option;
     step.state.setFlag(QStyle::State_Enabled, leads && state.isEnabled());

@@ -19,8 +19,7 @@ QRect partOfComboBox(const QStyleOptionComboBox& option, QStyle::SubControl part
                      const Theme& theme);
 
 void paintSpinBox(QPainter& painter, const QStyleOptionSpinBox& option, const Theme& theme);
-QRect partOfSpinBox(const QStyleOptionSpinBox& option, QStyle::SubControl part,
-                    const Theme& theme);
+QRect partOfSpinBox(const QStyleOptionSpinBox& option, QStyle::SubControl part, const Theme& theme);
 
 void paintProgress(QPainter& painter, const QStyleOptionProgressBar& option, const Theme& theme);
 

@@ -26,8 +26,7 @@ QStyleOptionViewItem ListDrawing::contentOf(const QStyleOptionViewItem& option) 
     return content;
 }
 
-void ListDrawing::paintSplitter(QPainter& painter, const QStyleOption& option,
-                                const Theme& theme) {
+void ListDrawing::paintSplitter(QPainter& painter, const QStyleOption& option, const Theme& theme) {
     const auto& colors = theme.colors();
     const ControlState state(option);
     painter.fillRect(option.rect,

@@ -123,7 +123,8 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
         // A heading shows its own letters, its keys the letters of all keys.
         painter.setFont(theme.font());
         painter.setPen(colors.secondaryText);
-        painter.drawText(words, static_cast<int>(end) | kFlags, option.text.section(kBeforeKeys, 1));
+        painter.drawText(words, static_cast<int>(end) | kFlags,
+                         option.text.section(kBeforeKeys, 1));
     }
 }
 

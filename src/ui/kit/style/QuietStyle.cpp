@@ -156,8 +156,8 @@ void QuietStyle::drawControl(ControlElement element, const QStyleOption* option,
     }
 }
 
-bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option,
-                              QPainter& painter, const QWidget* widget) const {
+bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option, QPainter& painter,
+                              const QWidget* widget) const {
     switch (element) {
     case CE_PushButton: {
         // Without Qt's ring, which comes only after a key was pressed.
@@ -169,14 +169,13 @@ bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option
     }
     case CE_PushButtonBevel: {
         const auto& button = as<QStyleOptionButton>(option);
-        ButtonDrawing::paintPush(painter, button, ButtonDrawing::weightOf(button, widget),
-                                 m_theme);
+        ButtonDrawing::paintPush(painter, button, ButtonDrawing::weightOf(button, widget), m_theme);
         return true;
     }
     case CE_PushButtonLabel: {
         auto label = as<QStyleOptionButton>(option);
-        const auto words = ButtonDrawing::wordsOf(label, ButtonDrawing::weightOf(label, widget),
-                                                  m_theme.colors());
+        const auto words =
+            ButtonDrawing::wordsOf(label, ButtonDrawing::weightOf(label, widget), m_theme.colors());
         if (words.isValid()) {
             label.palette.setColor(QPalette::ButtonText, words);
         }

@@ -8,9 +8,9 @@ namespace korvex::ui {
 
 class PopupPlace;
 
-/// Draws every control that Qt brings by the theme: flat, in its colours and measures, with one look
-/// for what is chosen and one ring for what has the keyboard. Qt's plain style lies under it for
-/// what is not drawn here, whatever style the desktop has. The theme outlives it. Main thread.
+/// Draws every control that Qt brings by the theme: flat, in its colours and measures, with one
+/// look for what is chosen and one ring for what has the keyboard. Qt's plain style lies under it
+/// for what is not drawn here, whatever style the desktop has. The theme outlives it. Main thread.
 class QuietStyle final : public QProxyStyle {
     Q_OBJECT
 
@@ -31,8 +31,8 @@ public:
                             QPainter* painter, const QWidget* widget) const override;
     QRect subElementRect(SubElement element, const QStyleOption* option,
                          const QWidget* widget) const override;
-    QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option,
-                         SubControl part, const QWidget* widget) const override;
+    QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
+                         const QWidget* widget) const override;
     QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& content,
                            const QWidget* widget) const override;
     int pixelMetric(PixelMetric metric, const QStyleOption* option,

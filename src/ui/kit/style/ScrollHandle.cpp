@@ -74,7 +74,7 @@ ScrollHandle::ScrollHandle(QScrollBar& bar, const Theme& theme)
 }
 
 double ScrollHandle::opacity() const {
-    return stays() || m_isShown                                 ? 1
+    return stays() || m_isShown                             ? 1
            : m_fading.state() == QVariantAnimation::Running ? m_fading.currentValue().toDouble()
                                                             : 0;
 }
@@ -177,8 +177,7 @@ QRect ScrollHandle::partOf(const QStyleOptionSlider& option, QStyle::SubControl 
         const auto place =
             isUpright
                 ? QRect(option.rect.left(), option.rect.top() + start, option.rect.width(), count)
-                : QRect(option.rect.left() + start, option.rect.top(), count,
-                        option.rect.height());
+                : QRect(option.rect.left() + start, option.rect.top(), count, option.rect.height());
         return QStyle::visualRect(option.direction, option.rect, place);
     };
     const auto end = slider.start + slider.length;

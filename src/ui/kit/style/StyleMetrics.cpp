@@ -103,8 +103,8 @@ QSize StyleMetrics::size(QStyle::ContentsType type, const QStyleOption* option,
         const auto caret = button && ButtonDrawing::hasCaret(*button)
                                ? theme.extent(Extent::caret) + theme.space(Space::hair)
                                : 0;
-        const auto hasWords = button && button->toolButtonStyle != Qt::ToolButtonIconOnly &&
-                              !button->text.isEmpty();
+        const auto hasWords =
+            button && button->toolButtonStyle != Qt::ToolButtonIconOnly && !button->text.isEmpty();
         const auto around = theme.space(hasWords ? Space::medium : Space::small);
         return content + QSize(2 * around + caret, 2 * theme.space(Space::small));
     }

@@ -16,6 +16,9 @@ enum class Tint { rest, hovered, pressed };
 /// A translucent colour, so that it suits every ground.
 QColor tint(const ThemeColors& colors, Tint tint);
 
+/// How much of a control is seen while it is disabled.
+inline constexpr double kDisabledOpacity = 0.45;
+
 /// A rounded box with an edge of one pixel; a colour that is not valid draws nothing.
 void paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
               const QColor& edge);
