@@ -165,8 +165,8 @@ std::optional<CivilDay> onTheRightSide(const CivilDay& day, int step,
         return std::nullopt;
     }
     const bool isFuture = around.towards == TypedDates::Around::Towards::future;
-    const bool isOver = isFuture ? *number < *today && *shown >= *today
-                                 : *number > *today && *shown <= *today;
+    const bool isOver =
+        isFuture ? *number < *today && *shown >= *today : *number > *today && *shown <= *today;
     if (!isOver) {
         return day;
     }
@@ -437,9 +437,8 @@ std::optional<ClockTime> TypedDates::time(std::u16string_view typed) const {
         time.minute = numbers[1].number;
     }
     const auto most = numbers.size() == 1 ? 4 : 2;
-    const bool isTooLong = std::any_of(numbers.begin(), numbers.end(), [most](const Token& each) {
-        return each.digits > most;
-    });
+    const bool isTooLong = std::any_of(numbers.begin(), numbers.end(),
+                                       [most](const Token& each) { return each.digits > most; });
     if (half && time.hour == kHalf) {
         time.hour = 0;
     }

@@ -142,9 +142,9 @@ TEST(TypedDates, ReadsTimesByEveryClock) {
 
 /// Whatever a field shows, it reads again, in all languages that there are words for.
 TEST(TypedDates, ReadsWhatItShows) {
-    for (const auto* const locale : {"en_US", "en_DE", "de_DE", "fr_CA", "fi_FI", "bg_BG", "hr_HR",
-                                     "hu_HU", "ko_KR", "zh_TW", "th_TH", "fa_IR", "ar_EG", "he_IL",
-                                     "hi_IN", "pt_BR", "el_GR", "sv_SE", "vi_VN"}) {
+    for (const auto* const locale :
+         {"en_US", "en_DE", "de_DE", "fr_CA", "fi_FI", "bg_BG", "hr_HR", "hu_HU", "ko_KR", "zh_TW",
+          "th_TH", "fa_IR", "ar_EG", "he_IL", "hi_IN", "pt_BR", "el_GR", "sv_SE", "vi_VN"}) {
         const TypedDates dates(locale);
         for (const CivilDay day : {CivilDay{2025, 3, 10}, CivilDay{1600, 1, 1}, {4000, 12, 31}}) {
             const auto shown = dates.shown(day);

@@ -48,9 +48,9 @@ QSize FilterChoice::sizeHint() const {
 
 QRect FilterChoice::signRect() const {
     const auto size = m_theme.extent(Extent::smallIcon);
-    return mirrored(QRect(width() - m_theme.space(Space::medium) - size, (height() - size) / 2,
-                          size, size),
-                    width());
+    return mirrored(
+        QRect(width() - m_theme.space(Space::medium) - size, (height() - size) / 2, size, size),
+        width());
 }
 
 void FilterChoice::showPopup() {

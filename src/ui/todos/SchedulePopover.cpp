@@ -46,9 +46,9 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
 }
 
 void SchedulePopover::makeFields() {
-    const DateField::Settings dates{
-        .formats = m_formats,
-        .today = [this] { return dateTimeOf(m_services.clock.now()).date(); }};
+    const DateField::Settings dates{.formats = m_formats, .today = [this] {
+                                        return dateTimeOf(m_services.clock.now()).date();
+                                    }};
     m_today = new QPushButton(tr("Today"), this);
     m_tomorrow = new QPushButton(tr("Tomorrow"), this);
     m_nextWeek = new QPushButton(tr("Next week"), this);
@@ -134,9 +134,9 @@ void SchedulePopover::layOut() {
 }
 
 void SchedulePopover::orderTabs() {
-    std::vector<QWidget*> stops{m_today,    m_tomorrow, m_nextWeek, m_hasDue, m_day,
-                                m_hasStart, m_startDay, m_start,    m_hasTime, m_time,
-                                m_hasReminder};
+    std::vector<QWidget*> stops{m_today,   m_tomorrow, m_nextWeek,   m_hasDue,
+                                m_day,     m_hasStart, m_startDay,   m_start,
+                                m_hasTime, m_time,     m_hasReminder};
     const auto ofReminder = m_reminder->stops();
     stops.insert(stops.end(), ofReminder.begin(), ofReminder.end());
     stops.insert(stops.end(), {m_clear, m_save});
@@ -149,7 +149,8 @@ void SchedulePopover::connectFields() {
     for (auto* const box : {m_hasDue, m_hasStart, m_hasTime, m_hasReminder}) {
         connect(box, &QCheckBox::toggled, this, &SchedulePopover::takeState);
     }
-    for (auto* const field : std::initializer_list<TypedField*>{m_day, m_startDay, m_start, m_time}) {
+    for (auto* const field :
+         std::initializer_list<TypedField*>{m_day, m_startDay, m_start, m_time}) {
         connect(field, &TypedField::changed, this, &SchedulePopover::takeState);
         connect(field, &TypedField::problemChanged, this, &SchedulePopover::showErrors);
     }
@@ -263,7 +264,8 @@ void SchedulePopover::dismiss() {
 
 bool SchedulePopover::takeTyped() {
     auto isRead = !m_reminder->isVisible() || m_reminder->take();
-    for (auto* const field : std::initializer_list<TypedField*>{m_time, m_start, m_startDay, m_day}) {
+    for (auto* const field :
+         std::initializer_list<TypedField*>{m_time, m_start, m_startDay, m_day}) {
         if (field->isVisible() && !field->take()) {
             field->setFocus(); // in the end it is the first
             isRead = false;

@@ -21,8 +21,8 @@ class FieldsTest : public tests::WindowFixture {
 protected:
     FieldsTest() {
         auto* const column = new QVBoxLayout(&window);
-        day = new DateField(
-            {.formats = formats, .today = [] { return QDate(2025, 3, 10); }}, theme, &window);
+        day = new DateField({.formats = formats, .today = [] { return QDate(2025, 3, 10); }}, theme,
+                            &window);
         day->setAccessibleName(QStringLiteral("Day"));
         time = new TimeField(formats, theme, &window);
         column->addWidget(day);

@@ -174,8 +174,8 @@ TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
     enter("Day of the reminder", "3/12");
     enter("Time of the reminder", "8:15");
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDay = 20250311,
-                                                      .reminderDate = day + 32.25 * 3600.0}));
+    EXPECT_EQ(entry->schedule(),
+              (model::TodoSchedule{.dueDay = 20250311, .reminderDate = day + 32.25 * 3600.0}));
 }
 
 TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
@@ -197,8 +197,8 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
     enter("Start time", "10");
     button("Save").click();
     ASSERT_TRUE(isOpen());
-    EXPECT_TRUE(isBelow("Choose a start time before the end time on this date.",
-                        field("Due time"), button("Reminder")));
+    EXPECT_TRUE(isBelow("Choose a start time before the end time on this date.", field("Due time"),
+                        button("Reminder")));
     button("From").click();
     enter("Due time", "7"); // an hour ago
     button("Reminder").click();
@@ -293,11 +293,10 @@ TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
 /// Whatever is on, in the narrowest window with the largest font too: nothing hangs out of the
 /// window, Tab goes as the eye does, and what has the keyboard is in sight.
 TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
-    own.entries.updateSchedule(*entry,
-                               {.dueDate = kNow + 7200.0,
-                                .dueStartDate = kNow + 3600.0,
-                                .reminderDate = kNow + 1800.0},
-                               kNow);
+    own.entries.updateSchedule(
+        *entry,
+        {.dueDate = kNow + 7200.0, .dueStartDate = kNow + 3600.0, .reminderDate = kNow + 1800.0},
+        kNow);
     for (const auto size : {preferences.fontSize(), app::AppPreferences::kFontSizes.back()}) {
         preferences.setFontSize(size);
         window.resize(360, 500);

@@ -36,8 +36,7 @@ DateField::DateField(Settings settings, const Theme& theme, QWidget* parent)
 }
 
 void DateField::applyTheme() {
-    m_open->setIcon(
-        IconSet::icon(QStringLiteral("calendar-dots"), theme().colors().secondaryText));
+    m_open->setIcon(IconSet::icon(QStringLiteral("calendar-dots"), theme().colors().secondaryText));
 }
 
 void DateField::setDate(const QDate& date) {
@@ -53,11 +52,10 @@ void DateField::setRange(const QDate& first, const QDate& last) {
 }
 
 bool DateField::read(const QString& typed) {
-    const auto read =
-        m_settings.formats->typed().day(typed.toStdU16String(),
-                                        {.today = WallClock::civilDay(m_settings.today()),
-                                         .shown = WallClock::civilDay(m_date),
-                                         .towards = m_settings.towards});
+    const auto read = m_settings.formats->typed().day(
+        typed.toStdU16String(), {.today = WallClock::civilDay(m_settings.today()),
+                                 .shown = WallClock::civilDay(m_date),
+                                 .towards = m_settings.towards});
     const auto day = read ? WallClock::toQDate(*read) : QDate();
     const bool isOnOffer = day.isValid() && day == bounded(day);
     if (isOnOffer) {
@@ -106,9 +104,8 @@ void DateField::stepPart(base::DatePart part, int steps) {
 }
 
 void DateField::keyPressEvent(QKeyEvent* event) {
-    const bool opens =
-        event->key() == Qt::Key_F4 ||
-        (event->key() == Qt::Key_Down && event->modifiers().testFlag(Qt::AltModifier));
+    const bool opens = event->key() == Qt::Key_F4 || (event->key() == Qt::Key_Down &&
+                                                      event->modifiers().testFlag(Qt::AltModifier));
     if (opens) {
         toggleMonth();
     } else {

@@ -44,10 +44,9 @@ void DayButton::paintGround(QPainter& painter) const {
         Shapes::paintBox(painter, box, radius, colors.selection, QColor());
     }
     if (isEnabled() && (isDown() || underMouse())) {
-        Shapes::paintBox(painter, box, radius,
-                         Shapes::tint(colors, isDown() ? Shapes::Tint::hovered
-                                                       : Shapes::Tint::rest),
-                         QColor());
+        Shapes::paintBox(
+            painter, box, radius,
+            Shapes::tint(colors, isDown() ? Shapes::Tint::hovered : Shapes::Tint::rest), QColor());
     }
     if (m_look.isChosen && colors.isHighContrast) {
         Shapes::paintBox(painter, box, radius, QColor(), colors.accent);

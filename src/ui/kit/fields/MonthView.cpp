@@ -73,8 +73,7 @@ QToolButton* MonthView::makeStep(const QString& icon, const QString& name, int m
     button->setAccessibleName(name);
     button->setToolTip(name);
     button->setFocusPolicy(Qt::StrongFocus);
-    connect(button, &QToolButton::clicked, this,
-            [this, months] { goTo(m_day.addMonths(months)); });
+    connect(button, &QToolButton::clicked, this, [this, months] { goTo(m_day.addMonths(months)); });
     return button;
 }
 
@@ -107,9 +106,8 @@ void MonthView::makeGrid() {
 void MonthView::fitInto(const QSize& room) {
     const auto usual = m_theme.extent(Extent::control);
     const auto head = usual + layout()->spacing() + m_weekdays.front()->sizeHint().height();
-    const QSize day(
-        std::min(usual + m_theme.space(Space::medium), room.width() / kDaysOfWeek),
-        std::min(usual, (room.height() - head) / kWeeks));
+    const QSize day(std::min(usual + m_theme.space(Space::medium), room.width() / kDaysOfWeek),
+                    std::min(usual, (room.height() - head) / kWeeks));
     for (auto* const each : m_days) {
         each->setFixedSize(day);
     }
@@ -159,8 +157,8 @@ void MonthView::goTo(const QDate& wanted) {
     const auto day = std::clamp(wanted, WallClock::earliestDay(), WallClock::latestDay());
     const bool isWalkedIn = std::any_of(m_days.begin(), m_days.end(),
                                         [](const auto* each) { return each->hasFocus(); });
-    const bool isShown = m_day.isValid() && day.year() == m_day.year() &&
-                         day.month() == m_day.month();
+    const bool isShown =
+        m_day.isValid() && day.year() == m_day.year() && day.month() == m_day.month();
     m_day = day;
     if (!isShown) {
         fill();

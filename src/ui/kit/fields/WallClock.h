@@ -7,7 +7,8 @@
 
 namespace korvex::ui {
 
-/// Days and times as fields have them: what a clock on the wall shows, whose zone is the calendar's.
+/// Days and times as fields have them: what a clock on the wall shows, whose zone is the
+/// calendar's.
 namespace WallClock {
 
 /// The days that a field can have. Before the first, Qt's calendar is another than the store's.
