@@ -104,13 +104,10 @@ int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
         return m_editor->neededHeight(column().width) + m_chips.extent(row);
     }
+    const auto* const entry = m_model.entry(row);
     const auto& laidOut = m_delegate->layout(row);
-    if (laidOut.wholeWidth() > laidOut.width()) {
-        m_wholeWidths.insert_or_assign(m_model.entry(row), laidOut.wholeWidth());
-    } else {
-        m_wholeWidths.erase(m_model.entry(row));
-    }
-    return m_leaving.height(m_model.entry(row), laidOut.height());
+    m_tables.measured(entry, laidOut);
+    return m_leaving.height(entry, laidOut.height());
 }
 
 EntryRowRoom EntryListView::room() const {
@@ -123,10 +120,11 @@ EntryRowRoom EntryListView::room() const {
 int EntryListView::widthOf(int row) const {
     const auto [width, most] = room();
     if (m_editor && row == editedRow()) {
-        return std::min(m_editor->wholeWidth(width), most);
+        return std::clamp(m_editor->wholeWidth(), width, most);
     }
-    const auto whole = m_wholeWidths.find(m_model.entry(row));
-    return whole == m_wholeWidths.end() ? width : std::min(whole->second, most);
+    // Between two steps of the model a row may be asked for that has just gone.
+    const auto* const entry = row < m_model.rowCount() ? m_model.entry(row) : nullptr;
+    return std::clamp(m_tables.wholeWidth(entry), width, most);
 }
 
 void EntryListView::resizeEvent(QResizeEvent* event) {
@@ -159,7 +157,7 @@ void EntryListView::rowsPlaced() {
 
 void EntryListView::forgetLayouts() {
     m_estimate.reset();
-    m_wholeWidths.clear();
+    m_tables.forget();
     m_delegate->setRoom(room());
     m_delegate->forgetAll();
 }

@@ -12,7 +12,6 @@
 #include <QPersistentModelIndex>
 
 #include <optional>
-#include <unordered_map>
 
 namespace korvex::ui {
 
@@ -118,8 +117,6 @@ private:
     WideTables m_tables;
     EntryReordering m_reordering;
     mutable std::optional<EntryHeightEstimate> m_estimate;
-    /// Of the rows that are wider than the column, how wide they would be to be seen whole.
-    std::unordered_map<const model::Entry*, int> m_wholeWidths;
     RowEditor* m_editor = nullptr;
     QPersistentModelIndex m_editedIndex;
     base::Subscription m_codeArrivals;

@@ -1,8 +1,8 @@
 #include "ui/entries/RowEditor.h"
 
 #include "ui/entries/RowRefusal.h"
-#include "ui/kit/lists/RowGround.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QMouseEvent>
@@ -177,7 +177,8 @@ void RowEditor::paintEvent(QPaintEvent* event) {
     }
     const auto isWrong = m_until && m_tone == ErrorBanner::Tone::error;
     painter.setRenderHint(QPainter::Antialiasing);
-    paintRowEdge(painter, box, isWrong ? colors.danger : colors.accent, kRowRing, m_theme);
+    Shapes::paintRing(painter, box, m_theme.radius(Radius::medium),
+                      isWrong ? colors.danger : colors.accent);
 }
 
 } // namespace korvex::ui

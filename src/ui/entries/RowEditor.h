@@ -58,9 +58,9 @@ public:
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
     int neededHeight(int width) { return textHeight(width) + messageHeight(width); }
-    /// The width of the row that it would take to show all of the text that is wide, for one of
-    /// this width: as wide at least. The text itself is laid out for what `neededHeight` was told.
-    virtual int wholeWidth(int width) const { return width; }
+    /// The width that it would take for all of the text to be seen, which is laid out for what
+    /// `neededHeight` was told last; 0 where that is wide enough.
+    virtual int wholeWidth() const { return 0; }
 
     /// What ends a message at the foot.
     enum class Until {
