@@ -113,7 +113,11 @@ void EntryActions::openSchedule(model::Entry& entry) {
         return;
     }
     m_parts.list.setCurrentRow(row);
-    m_todos.openSchedule(entry, m_parts.list.scheduleAnchor(row));
+    m_todos.openSchedule(entry, [this, id = entry.id()]() -> std::optional<QRect> {
+        const auto* const found = m_services.context.find<model::Entry>(id);
+        const auto at = found && m_parts.page.isVisible() ? m_parts.model.rowOf(*found) : -1;
+        return at < 0 ? std::nullopt : std::optional(m_parts.list.scheduleAnchor(at));
+    });
 }
 
 void EntryActions::chooseBoard(model::Entry& entry) {
