@@ -132,6 +132,15 @@ void EntryActions::chooseBoard(model::Entry& entry) {
 }
 
 void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
+    // Another program may have archived it while it was being chosen.
+    if (!m_parts.page.perform([&] { m_services.context.refresh(); })) {
+        return;
+    }
+    if (board.isLive() && board.isArchived()) {
+        m_parts.page.refuse(tr("“%1” is archived. The entry stays where it is.")
+                                .arg(isolated(toQString(board.name()))));
+        return;
+    }
     auto* const entry = m_services.context.find<model::Entry>(id);
     if (!entry) {
         return;
