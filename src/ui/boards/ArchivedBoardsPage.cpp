@@ -6,6 +6,7 @@
 #include "ui/boards/SidebarRow.h"
 #include "ui/kit/pages/PageHeader.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Danger.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
@@ -125,12 +126,14 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
     auto* const remove = new QPushButton(tr("Delete…"), &rows);
     remove->setAccessibleName(tr("Delete %1").arg(name));
     for (auto* const button : {unarchive, remove}) {
+        button->setFlat(true);
         button->setEnabled(m_boards.allowsChanges());
     }
+    markDangerous(*remove);
     line->addWidget(open, 1);
     auto* const actions = new QHBoxLayout;
     actions->setContentsMargins(mirrored(QMargins(2 * m_theme.space(Space::medium), 0, 0, 0)));
-    actions->setSpacing(m_theme.space(Space::medium));
+    actions->setSpacing(m_theme.space(Space::small));
     actions->addWidget(unarchive);
     actions->addWidget(remove);
     actions->addStretch();

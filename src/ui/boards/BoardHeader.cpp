@@ -21,8 +21,10 @@ namespace korvex::ui {
 
 namespace {
 
-/// Beside the count the name is not to have less, in pixels at the standard font size.
+/// In pixels at the standard font size: beside the count the name is not to have less, and in a
+/// header that is narrower it is no title but a heading, or its words would be too long for it.
 constexpr int kNarrowestName = 140;
+constexpr int kNarrow = 280;
 
 } // namespace
 
@@ -107,10 +109,11 @@ void BoardHeader::openField(const QString& text) {
     if (!m_field) {
         m_field = new QLineEdit(this);
         m_field->setAccessibleName(tr("Name of the board"));
+        m_field->setAlignment(lineStart());
         m_field->installEventFilter(this);
         setTabOrder(m_icon, m_field);
     }
-    m_field->setFont(m_theme.titleFont());
+    m_field->setFont(m_name->font());
     m_field->setText(text);
     m_field->selectAll();
     placeField();
@@ -152,6 +155,10 @@ void BoardHeader::placeField() {
 
 void BoardHeader::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
+    if (m_isNarrow != (width() < m_theme.scaled(kNarrow))) {
+        applyTheme();
+    }
+    alignCount();
     if (m_field && !m_field->isHidden()) {
         m_line->activate();
         placeField();
@@ -183,6 +190,15 @@ bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
+/// Beside the name the count stands on the base line of its first line.
+void BoardHeader::alignCount() {
+    const QFontMetrics name(m_name->font());
+    const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
+    const auto above = m_name->contentsMargins().top() + name.ascent() -
+                       QFontMetrics(m_count->font()).ascent();
+    m_count->setContentsMargins(0, isBeside ? above : 0, 0, 0);
+}
+
 bool BoardHeader::takeKey(int key) {
     if (key == Qt::Key_Return || key == Qt::Key_Enter) {
         endRenaming();
@@ -196,11 +212,12 @@ bool BoardHeader::takeKey(int key) {
 
 void BoardHeader::applyTheme() {
     const auto& colors = m_theme.colors();
-    const QFontMetrics title(m_theme.titleFont());
-    const QFontMetrics body(m_theme.font());
+    m_isNarrow = width() < m_theme.scaled(kNarrow);
+    const QFontMetrics title(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
     const auto line = std::max(m_theme.extent(Extent::control), title.height());
-    // The icon is as large as the name's letters are high.
-    const auto sign = m_theme.scaled(static_cast<int>(TextSize::title));
+    // The icon is as large as the name is written.
+    const auto sign = m_isNarrow ? m_theme.extent(Extent::sign)
+                                 : m_theme.scaled(static_cast<int>(TextSize::title));
     const auto dots = m_theme.extent(Extent::sign);
     for (const auto& [button, size] : {std::pair(m_icon, sign), std::pair(m_menu, dots)}) {
         button->setIconSize({size, size});
@@ -218,13 +235,13 @@ void BoardHeader::applyTheme() {
     m_words->setNarrowest(m_theme.scaled(kNarrowestName));
 
     const auto above = (line - title.height()) / 2;
-    m_name->setFont(m_theme.titleFont());
+    m_name->setFont(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
     m_name->setContentsMargins(0, above, 0, 0);
     m_count->setFont(m_theme.font());
-    m_count->setContentsMargins(0, above + title.ascent() - body.ascent(), 0, 0);
     auto quiet = m_count->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
     m_count->setPalette(quiet);
+    alignCount();
 }
 
 } // namespace korvex::ui

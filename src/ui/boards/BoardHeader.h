@@ -53,6 +53,7 @@ private:
     QString closeField();
     bool takeKey(int key);
     void placeField();
+    void alignCount();
     QRect anchorOf(const QWidget& control) const;
     void applyTheme();
 
@@ -69,6 +70,7 @@ private:
     QString m_iconName;
     QColor m_iconColor;
     bool m_isChangeable = true;
+    bool m_isNarrow = false;
 };
 
 } // namespace korvex::ui

@@ -65,7 +65,9 @@ void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state, c
     }
     painter.setFont(theme.font());
     painter.setPen(colors.text);
-    painter.drawText(mirrored(place, box), Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+    // The name runs in its own direction from where the window's lines begin.
+    painter.setLayoutDirection(directionOf(name));
+    painter.drawText(mirrored(place, box), static_cast<int>(lineStart()) | Qt::TextSingleLine,
                      metrics.elidedText(name, Qt::ElideRight, place.width()));
     painter.restore();
 }

@@ -1,5 +1,6 @@
 #include "ui/entries/AttachmentDropMark.h"
 
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QPainter>
@@ -37,9 +38,8 @@ void AttachmentDropMark::paintEvent(QPaintEvent*) {
     const auto box = rect().adjusted(frame.boxMargin, frame.boxTop, -frame.boxMargin,
                                      frame.boxTop - frame.rowDistance);
     const auto radius = m_theme.radius(Radius::medium);
-    painter.setPen(QPen(accent, 2));
-    painter.setBrush(tint);
-    painter.drawRoundedRect(QRectF(box).adjusted(1, 1, -1, -1), radius, radius);
+    Shapes::paintBox(painter, box, radius, tint, {});
+    Shapes::paintRing(painter, box, radius, accent);
     if (m_place) {
         painter.fillRect(*m_place, accent);
     }

@@ -12,7 +12,6 @@
 #include <QPersistentModelIndex>
 
 #include <optional>
-#include <unordered_map>
 
 namespace korvex::ui {
 
@@ -77,7 +76,6 @@ protected:
     void rowsPlaced() override;
     double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
-    void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     bool hasMenu(int row) const override { return m_model.entry(row) != nullptr; }
     QAccessible::Role roleOf(int row) const override;
@@ -87,14 +85,17 @@ protected:
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override;
     void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+    // What comes from keys and pointer: EntryListInput.cpp
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void clicked(int row, RowPart part, const QMouseEvent& event) override;
     void doubleClicked(int row, const QPoint& position) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void wheelEvent(QWheelEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -116,8 +117,6 @@ private:
     WideTables m_tables;
     EntryReordering m_reordering;
     mutable std::optional<EntryHeightEstimate> m_estimate;
-    /// Of the rows that are wider than the column, how wide they would be to be seen whole.
-    std::unordered_map<const model::Entry*, int> m_wholeWidths;
     RowEditor* m_editor = nullptr;
     QPersistentModelIndex m_editedIndex;
     base::Subscription m_codeArrivals;

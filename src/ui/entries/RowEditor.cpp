@@ -1,8 +1,8 @@
 #include "ui/entries/RowEditor.h"
 
 #include "ui/entries/RowRefusal.h"
-#include "ui/kit/lists/RowGround.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QMouseEvent>
@@ -66,14 +66,18 @@ void RowEditor::say(const QString& message, ErrorBanner::Tone tone, Until until)
     const auto isSaid = m_until && tone == m_tone && message == m_message->message();
     m_until = until;
     m_tone = tone;
-    offerDiscard();
-    if (!isSaid) { // what is said again and again is heard once
+    const auto isOther = offerDiscard();
+    if (!isSaid) {
         m_message->setMessage(message, tone);
     }
-    update();
-    Q_EMIT neededHeightChanged();
-    placeInSight();
-    reveal();
+    if (isOther || !isSaid) {
+        update();
+        Q_EMIT neededHeightChanged();
+        placeInSight();
+    }
+    if (!isSaid) { // what is said again and again is heard once, and takes nobody back to it
+        reveal();
+    }
 }
 
 void RowEditor::endMessage() {
@@ -173,7 +177,8 @@ void RowEditor::paintEvent(QPaintEvent* event) {
     }
     const auto isWrong = m_until && m_tone == ErrorBanner::Tone::error;
     painter.setRenderHint(QPainter::Antialiasing);
-    paintRowEdge(painter, box, isWrong ? colors.danger : colors.accent, kRowRing, m_theme);
+    Shapes::paintRing(painter, box, m_theme.radius(Radius::medium),
+                      isWrong ? colors.danger : colors.accent);
 }
 
 } // namespace korvex::ui

@@ -3,6 +3,7 @@
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QLabel>
@@ -66,10 +67,8 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(messageGround(colors, color()));
-    const auto radius = m_theme.radius(Radius::small);
-    painter.drawRoundedRect(rect(), radius, radius);
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small),
+                     messageGround(colors, color()), {});
 }
 
 QColor RowRefusal::color() const {

@@ -131,15 +131,14 @@ int TextEditor::textHeight(int width) {
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
-    m_wholeWidth = wholeWidth(0);
+    m_wholeWidth = wholeWidth();
     return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * frame.padding +
            frame.rowDistance;
 }
 
-int TextEditor::wholeWidth(int width) const {
-    const auto side = RowFrame::of(theme()).side;
+int TextEditor::wholeWidth() const {
     const auto text = static_cast<int>(std::ceil(m_field->document()->size().width()));
-    return std::max(width, text + 2 * side);
+    return text + 2 * RowFrame::of(theme()).side;
 }
 
 int TextEditor::contentHeight() const {
@@ -150,7 +149,7 @@ int TextEditor::contentHeight() const {
 }
 
 void TextEditor::checkHeight() {
-    if (contentHeight() != m_contentHeight || wholeWidth(0) != m_wholeWidth) {
+    if (contentHeight() != m_contentHeight || wholeWidth() != m_wholeWidth) {
         Q_EMIT neededHeightChanged();
     }
 }

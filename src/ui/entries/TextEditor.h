@@ -38,7 +38,7 @@ public:
     bool isChanged() const override;
     QMenu* makeMenu() override;
     void placeInSight() override;
-    int wholeWidth(int width) const override;
+    int wholeWidth() const override;
 
 protected:
     int textHeight(int width) override;

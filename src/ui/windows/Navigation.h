@@ -69,6 +69,7 @@ private:
     model::Board* lastBoard() const;
     void storeChanged(store::ChangeSet::Origin origin);
     /// `origin` says whose change has taken it away.
+    void leaveSoon(const model::Board* board, store::ChangeSet::Origin origin);
     void leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin);
     /// Says that another program has taken the board away, whose page had this title.
     void tellTaken(const model::Board& board, const QString& name);
@@ -85,6 +86,8 @@ private:
         ErrorBanner::MessageId message = 0;
     };
     Taken m_taken;
+    /// Another program has archived it, and something is still typed on it.
+    const model::Board* m_archivedUnderEdit = nullptr;
     base::Subscription m_changes;
 };
 

@@ -548,6 +548,7 @@ TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
             page().startTodo();
         }
         type(" peas");
+        key(Qt::Key_Left);
         elsewhere([&](tests::StoreClient& client) {
             client.boards.deleteBoard(*client.boards.board(board.id()));
         });
@@ -556,14 +557,44 @@ TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
         EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
         EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Inbox"));
         ASSERT_GE(list().editedRow(), 0);
+        type("l");
         EXPECT_EQ(page().findChild<TodoEditor*>()->typed(),
-                  isStored ? QStringLiteral("sow peas") : QStringLiteral(" peas"));
+                  isStored ? QStringLiteral("sow peals") : QStringLiteral(" peals"))
+            << "typed on where one was";
         EXPECT_TRUE(tests::shownRefusal(page()).contains(QStringLiteral("“Garden”")));
         EXPECT_EQ(workspace.drafts.find().drafts.size(), 1U);
         key(Qt::Key_Escape);
-        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peas" : "peas"));
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peals" : "peals"));
         EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
         own.entries.deleteEntries(*inbox);
+        window.reset();
+    }
+}
+
+TEST_F(NavigationTest, WhatIsTypedOnABoardThatAnotherArchivesStaysInOnePiece) {
+    for (const bool isStored : {false, true}) {
+        SCOPED_TRACE(isStored);
+        auto& board = own.boards.createBoard("Garden", kNow);
+        open();
+        navigation().openBoard(board);
+        page().startTodo();
+        type("sow");
+        if (isStored) {
+            runLoop.advance(TypingTimer::kPause.count());
+        }
+        elsewhere([&](tests::StoreClient& client) {
+            client.boards.setArchived(true, *client.boards.board(board.id()), kNow);
+        });
+        QApplication::processEvents();
+        EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
+        type(" peas");
+        key(Qt::Key_Return);
+        QApplication::processEvents();
+        EXPECT_EQ(page().board(), inbox);
+        EXPECT_EQ(list().editedRow(), -1);
+        EXPECT_THAT(storedTexts(board), ElementsAre("sow peas"));
+        EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+        EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
         window.reset();
     }
 }

@@ -74,6 +74,10 @@ TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
     key(Qt::Key_Down);
     EXPECT_EQ(page().board(), work);
     EXPECT_TRUE(sidebar().isVisible()) << "while the arrows walk";
+    key(Qt::Key_Home);
+    EXPECT_EQ(page().board(), inbox);
+    key(Qt::Key_End);
+    EXPECT_EQ(page().board(), work);
     key(Qt::Key_Return);
     EXPECT_FALSE(sidebar().isVisible());
     EXPECT_TRUE(list().hasFocus());

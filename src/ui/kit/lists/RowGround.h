@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/theme/Theme.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QPainter>
 #include <QRect>
@@ -17,24 +17,11 @@ inline QStyle::State quietWithoutKeyboard(QStyle::State state) {
     return state;
 }
 
-/// How wide the ring is around what has the keyboard, in pixels.
-inline constexpr double kRowRing = 2;
-
-/// Draws an edge of this width within the rounded box of a row.
-inline void paintRowEdge(QPainter& painter, const QRect& box, const QColor& color, double width,
-                         const Theme& theme) {
-    const auto inside = width / 2;
-    const auto radius = theme.radius(Radius::medium) - inside;
-    painter.setPen(QPen(color, width));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(QRectF(box).adjusted(inside, inside, -inside, -inside), radius, radius);
-}
-
 /// The ring of the row that has the keyboard, within its box.
 inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State state,
                          const Theme& theme) {
     if (state.testFlag(QStyle::State_HasFocus)) {
-        paintRowEdge(painter, box, theme.colors().accent, kRowRing, theme);
+        Shapes::paintRing(painter, box, theme.radius(Radius::medium), theme.colors().accent);
     }
 }
 
@@ -43,28 +30,22 @@ inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State stat
 inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
                            const QColor& ground, const Theme& theme) {
     constexpr double kHover = 0.06;
-    const auto isChosen = state.testFlag(QStyle::State_Selected);
-    const auto radius = theme.radius(Radius::medium);
-    painter.save();
-    if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
-        const auto& colors = theme.colors();
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isChosen ? colors.selection : blended(colors.text, ground, kHover));
-        painter.drawRoundedRect(box, radius, radius);
-    }
+    const auto& colors = theme.colors();
+    const auto shown = state.testFlag(QStyle::State_Selected) ? colors.selection
+                       : state.testFlag(QStyle::State_MouseOver)
+                           ? blended(colors.text, ground, kHover)
+                           : QColor();
+    Shapes::paintBox(painter, box, theme.radius(Radius::medium), shown, {});
     paintRowRing(painter, box, state, theme);
-    painter.restore();
 }
 
 /// The same of a row that may be large and has colours of its own: an edge and no ground.
 inline void paintRowOutline(QPainter& painter, const QRect& box, QStyle::State state,
                             const Theme& theme) {
-    painter.save();
-    if (state.testAnyFlags(QStyle::State_Selected | QStyle::State_MouseOver)) {
-        paintRowEdge(painter, box, theme.colors().hairline, 1, theme);
-    }
+    const auto isMarked = state.testAnyFlags(QStyle::State_Selected | QStyle::State_MouseOver);
+    Shapes::paintBox(painter, box, theme.radius(Radius::medium), {},
+                     isMarked ? theme.colors().hairline : QColor());
     paintRowRing(painter, box, state, theme);
-    painter.restore();
 }
 
 } // namespace korvex::ui

@@ -77,7 +77,7 @@ RowPart RowListView::partUnder(const QPoint& position) const {
 }
 
 bool RowListView::isOn(const QRect& place, const QPoint& local) const {
-    const auto margin = m_theme.scaled(6);
+    const auto margin = m_theme.space(Space::medium);
     return !place.isEmpty() && place.adjusted(-margin, -margin, margin, margin).contains(local);
 }
 

@@ -4,6 +4,7 @@
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -129,12 +130,10 @@ QSize ErrorBanner::sizeHint() const {
 
 void ErrorBanner::paintEvent(QPaintEvent*) {
     const auto ground = palette().color(QPalette::Window);
-    const auto radius = m_theme.radius(Radius::large);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(blended(palette().color(QPalette::WindowText), ground, kEdge));
-    painter.setBrush(ground);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::large), ground,
+                     blended(palette().color(QPalette::WindowText), ground, kEdge));
 }
 
 void ErrorBanner::applyTheme() {
