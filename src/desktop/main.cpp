@@ -1,6 +1,7 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
+#include "app/UserFolders.h"
 #include "base/Clock.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/Watchers.h"
@@ -67,12 +68,20 @@ Arguments read(const QApplication& application) {
     return arguments;
 }
 
-int showStoreError(const QString& message, const std::filesystem::path& file,
-                   const ui::Theme& theme) {
+enum class AfterError { quit, tryAgain };
+
+/// Until the window is closed.
+AfterError showStoreError(const QString& message, const std::filesystem::path& file,
+                          const ui::Theme& theme) {
     ui::StoreErrorWindow window(message, file, theme);
+    auto next = AfterError::quit;
+    QObject::connect(&window, &ui::StoreErrorWindow::retryRequested, &window, [&] {
+        next = AfterError::tryAgain;
+        window.close();
+    });
     window.show();
     QApplication::exec();
-    return kStoreUnusable;
+    return next;
 }
 
 } // namespace
@@ -106,11 +115,14 @@ int main(int argc, char* argv[]) {
     ui::Theme theme(preferences);
     ui::QuietStyle::install(theme);
 
+    const auto missing = app::missingStoreNotice(directory);
     std::unique_ptr<store::ModelContainer> container;
-    if (const auto refused = ui::refusal([&] {
-            container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
-        })) {
-        return showStoreError(*refused, file, theme);
+    while (const auto refused = ui::refusal([&] {
+               container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
+           })) {
+        if (showStoreError(*refused, file, theme) == AfterError::quit) {
+            return kStoreUnusable;
+        }
     }
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
@@ -124,12 +136,17 @@ int main(int argc, char* argv[]) {
                                     .log = log,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
-                                    .resources = script.resources()});
+                                    .resources = script.resources(),
+                                    .state = app::userFolder("XDG_STATE_HOME", ".local/state")});
     const auto& workspace = owner.workspace();
-    if (const auto refused =
-            ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
-        refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file, theme);
+    while (const auto refused =
+               ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); })) {
+        if (workspace.boards.inboxBoard()) {
+            break;
+        }
+        if (showStoreError(*refused, file, theme) == AfterError::quit) {
+            return kStoreUnusable;
+        }
     }
 
     ui::MainWindow window(workspace, theme);
@@ -154,7 +171,11 @@ int main(int argc, char* argv[]) {
         window.storeAll();
         QApplication::exit();
     });
-    window.showNotices(container->notices());
+    auto notices = container->notices();
+    if (missing) {
+        notices.push_back(*missing);
+    }
+    window.showNotices(notices);
     window.show();
     const auto status = QApplication::exec();
     // What a long day left in the journal moves into the store file; where that fails the journal

@@ -32,6 +32,9 @@ public:
         richtext::ScriptEngineFactory makeEngine = nullptr;
         /// Finds what the engine loads.
         richtext::ResourceLookup resources = nullptr;
+        /// Drafts are written below this folder where they cannot stand beside the store; nowhere
+        /// where it is empty.
+        std::filesystem::path state = {};
         /// The folder below which other programs get copies of attachments; empty for the system's
         /// folder for temporary files.
         std::filesystem::path copies = {};

@@ -484,6 +484,13 @@ TEST_F(NavigationTest, AnEntryDroppedOnAnotherBoardMovesThere) {
     EXPECT_TRUE(drop(*todos[0], *work));
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
     EXPECT_THAT(storedTexts(*work), ElementsAre("a"));
+
+    // Archived while the entry is on its way, and not heard of yet.
+    tests::StoreClient another(folder / "Primary.store", log);
+    another.boards.setArchived(true, *another.boards.board(work->id()), kNow);
+    drop(*todos[1], *work);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
+    EXPECT_THAT(toUtf8(page().banner().message()), ::testing::HasSubstr("is archived"));
 }
 
 TEST_F(NavigationTest, UndoWorksOnEveryPageUnderItsName) {
@@ -579,6 +586,7 @@ TEST_F(NavigationTest, WhatIsTypedOnABoardThatAnotherArchivesStaysInOnePiece) {
             client.boards.setArchived(true, *client.boards.board(board.id()), kNow);
         });
         QApplication::processEvents();
+        EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
         type(" peas");
         key(Qt::Key_Return);
         QApplication::processEvents();
@@ -606,7 +614,10 @@ TEST_F(NavigationTest, ABoardThatAnotherTakesAwayIsTold) {
                   isDeleted ? QStringLiteral("Another program deleted “Work”.")
                             : QStringLiteral("Another program archived “Work”."));
         if (!isDeleted) {
-            own.boards.setArchived(false, *work, kNow);
+            elsewhere([&](tests::StoreClient& client) {
+                client.boards.setArchived(false, *client.boards.board(work->id()), kNow);
+            });
+            EXPECT_EQ(page().banner().message(), QString()) << "it is not so any more";
         }
     }
 }
