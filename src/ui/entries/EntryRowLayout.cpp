@@ -6,6 +6,7 @@
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 
+#include <QFontInfo>
 #include <QFontMetrics>
 
 #include <algorithm>
@@ -161,6 +162,7 @@ EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_widt
         std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::kGap);
     m_textRoom = std::max(1, width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap));
     m_lineHeight = metrics.lineSpacing();
+    m_textLineHeight = QFontInfo(theme.font()).pixelSize() * kLineHeight;
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = sizes.signSize;
     m_around = 2 * RowFrame::kPadding + theme.rowDistance();
@@ -185,7 +187,7 @@ int EntryHeightEstimate::textHeight(const std::string& content) const {
     const auto feeds =
         std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
     const auto wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
-    return (static_cast<int>(feeds) + 1 + wrapped) * m_lineHeight;
+    return static_cast<int>((static_cast<int>(feeds) + 1 + wrapped) * m_textLineHeight);
 }
 
 } // namespace korvex::ui

@@ -73,7 +73,9 @@ public:
     /// Whether a message is shown that this ends.
     bool says(Until until) const { return m_until == until; }
     /// Whether the widget is the editor or a part of it.
-    bool owns(const QWidget* widget) const { return widget == this || isAncestorOf(widget); }
+    virtual bool owns(const QWidget* widget) const {
+        return widget == this || isAncestorOf(widget);
+    }
     /// Places what stays in sight of an editor that is higher than the list. To be called when
     /// either has another place or size.
     virtual void placeInSight();
@@ -114,12 +116,13 @@ protected:
     /// Draws the ground and the frame that mark the row as the one that is edited.
     void paintEvent(QPaintEvent* event) override;
 
+    /// Where the list ends for who looks at it, as this sees it.
+    int endOfSight() const;
+
 private:
     void say(const QString& message, ErrorBanner::Tone tone, Until until);
     /// Offers to give up what was typed where there is anything. True when that has changed.
     bool offerDiscard();
-    /// Where the list ends for who looks at it, as this sees it.
-    int endOfSight() const;
 
     const Theme& m_theme;
     richtext::AttributedString m_stored;

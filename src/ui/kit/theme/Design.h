@@ -65,6 +65,10 @@ enum class Extent : std::uint8_t {
 /// are hard to follow, and what belongs to a todo is to stand near it.
 inline constexpr int kMeasure = 760;
 
+/// How high a line of a text is, and of a heading in it, as a part of the size of its letters.
+inline constexpr double kLineHeight = 1.4;
+inline constexpr double kHeadingLineHeight = 1.25;
+
 /// How long what moves takes, in milliseconds where the desktop does not ask for stillness.
 enum class Motion : std::uint8_t {
     /// A state of a control.
