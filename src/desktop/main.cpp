@@ -10,7 +10,8 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
-#include "ui/kit/theme/QuietStyle.h"
+#include "ui/kit/style/QuietStyle.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
@@ -24,6 +25,10 @@
 
 #include <chrono>
 
+#ifdef KORVEX_GALLERY
+#include "ui/gallery/Gallery.h"
+#endif
+
 using namespace korvex;
 
 namespace {
@@ -31,22 +36,40 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 
-std::optional<std::filesystem::path> dataDirectoryArgument(const QApplication& application) {
+struct Arguments {
+    std::optional<std::filesystem::path> dataDirectory;
+    /// Set to show the gallery instead of the notes; how that is to look.
+    std::optional<QStringList> gallery;
+};
+
+Arguments read(const QApplication& application) {
     QCommandLineParser parser;
     parser.addHelpOption();
-    const QCommandLineOption option(QStringLiteral("data-dir"),
-                                    QApplication::tr("The folder that holds the store."),
-                                    QStringLiteral("DIR"));
-    parser.addOption(option);
+    const QCommandLineOption directory(QStringLiteral("data-dir"),
+                                       QApplication::tr("The folder that holds the store."),
+                                       QStringLiteral("DIR"));
+    parser.addOption(directory);
+#ifdef KORVEX_GALLERY
+    const QCommandLineOption gallery(QStringLiteral("gallery"),
+                                     QStringLiteral("Show what the windows are made of."));
+    parser.addOption(gallery);
+#endif
     parser.process(application);
-    if (!parser.isSet(option)) {
-        return std::nullopt;
+    Arguments arguments;
+    if (parser.isSet(directory)) {
+        arguments.dataDirectory = parser.value(directory).toStdString();
     }
-    return std::filesystem::path(parser.value(option).toStdString());
+#ifdef KORVEX_GALLERY
+    if (parser.isSet(gallery)) {
+        arguments.gallery = parser.positionalArguments();
+    }
+#endif
+    return arguments;
 }
 
-int showStoreError(const QString& message, const std::filesystem::path& file) {
-    ui::StoreErrorWindow window(message, file);
+int showStoreError(const QString& message, const std::filesystem::path& file,
+                   const ui::Theme& theme) {
+    ui::StoreErrorWindow window(message, file, theme);
     window.show();
     QApplication::exec();
     return kStoreUnusable;
@@ -60,8 +83,15 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
-    const auto directory = app::dataDirectory(dataDirectoryArgument(application));
+    const auto arguments = read(application);
+#ifdef KORVEX_GALLERY
+    if (arguments.gallery) {
+        return ui::runGallery(*arguments.gallery);
+    }
+#endif
+    const auto directory = app::dataDirectory(arguments.dataDirectory);
     const auto file = app::storeFile(directory);
 
     platform::qt::SingleInstance instance(directory);
@@ -74,13 +104,13 @@ int main(int argc, char* argv[]) {
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
     app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
-    ui::QuietStyle::installOver(theme);
+    ui::QuietStyle::install(theme);
 
     std::unique_ptr<store::ModelContainer> container;
     if (const auto refused = ui::refusal([&] {
             container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
         })) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
@@ -99,7 +129,7 @@ int main(int argc, char* argv[]) {
     if (const auto refused =
             ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
         refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
 
     ui::MainWindow window(workspace, theme);

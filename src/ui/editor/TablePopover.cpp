@@ -22,7 +22,7 @@ TablePopover::TablePopover(const Theme& theme, QWidget* window)
                               .arg(RichTextTable::kMaximumRows)
                               .arg(RichTextTable::kMaximumColumns),
                           this)),
-      m_insert(new QPushButton(tr("Insert Table"), this)) {
+      m_insert(new QPushButton(tr("Insert table"), this)) {
     setAccessibleName(tr("New table"));
     m_size->setFont(theme.sectionFont());
     m_limits->setFont(theme.smallFont());

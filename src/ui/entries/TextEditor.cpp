@@ -27,6 +27,7 @@ TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWid
       m_colors(new CodeColors(*m_field->document(), code, TextLook(theme), this)) {
     setFocusProxy(m_field);
     m_bar->hide();
+    m_field->setLineWrapMode(QTextEdit::FixedPixelWidth);
     applyTheme();
     connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);
     connect(m_field->document(), &QTextDocument::contentsChanged, this, &TextEditor::edited);
@@ -127,24 +128,32 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::textHeight(int width) {
-    const auto room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
+    const auto frame = RowFrame::of(theme());
+    const auto room = width - 2 * frame.side;
+    // However wide the field is, its text is not; and that of a hidden field knows no width.
+    m_field->setLineWrapColumnOrWidth(room);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
-        // The document of a hidden field knows no width.
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
-    return m_contentHeight + 2 * RowFrame::kPadding + theme().rowDistance();
+    m_wholeWidth = wholeWidth();
+    return m_contentHeight + 2 * frame.padding + frame.rowDistance;
+}
+
+int TextEditor::wholeWidth() const {
+    const auto text = static_cast<int>(std::ceil(m_field->document()->size().width()));
+    return text + 2 * RowFrame::of(theme()).side;
 }
 
 int TextEditor::contentHeight() const {
     const auto size = m_field->document()->size();
-    const auto isWide = size.width() > m_field->document()->textWidth();
+    const auto isWide = size.width() > std::max(m_field->width(), m_field->lineWrapColumnOrWidth());
     return static_cast<int>(std::ceil(size.height())) +
            (isWide ? m_field->horizontalScrollBar()->sizeHint().height() : 0);
 }
 
 void TextEditor::checkHeight() {
-    if (contentHeight() != m_contentHeight) {
+    if (contentHeight() != m_contentHeight || wholeWidth() != m_wholeWidth) {
         Q_EMIT neededHeightChanged();
     }
 }
@@ -162,12 +171,11 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const auto room = width() - 2 * left;
-    const int top = theme().rowDistance() / 2 + RowFrame::kPadding;
-    const int bottom = height() - (theme().rowDistance() - theme().rowDistance() / 2) -
-                       RowFrame::kPadding - messageHeight(width());
-    m_field->setGeometry(left, top, room, bottom - top);
+    const auto frame = RowFrame::of(theme());
+    const auto room = width() - 2 * frame.side;
+    const int bottom =
+        height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
+    m_field->setGeometry(frame.side, frame.top(), room, bottom - frame.top());
 }
 
 void TextEditor::placeInSight() {
@@ -179,8 +187,9 @@ void TextEditor::placeBar() {
     if (isHidden()) {
         return;
     }
-    const auto row = QRect(RowFrame::kBoxMargin, theme().rowDistance() / 2,
-                           width() - 2 * RowFrame::kBoxMargin, height() - theme().rowDistance())
+    const auto frame = RowFrame::of(theme());
+    const auto row = QRect(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
+                           height() - frame.rowDistance)
                          .translated(pos());
     auto sight = QRect(0, 0, parentWidget()->width(), endOfSight() + y());
     if (row.bottom() > sight.bottom()) {
@@ -206,7 +215,7 @@ void TextEditor::hideEvent(QHideEvent* event) {
 
 QRect TextEditor::caretPlace() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
-    const int margin = RowFrame::kPadding;
+    const int margin = RowFrame::of(theme()).padding;
     return line.adjusted(0, -margin, 0, margin);
 }
 

@@ -42,6 +42,7 @@ public:
     QMenu* makeMenu() override;
     void placeInSight() override;
     bool owns(const QWidget* widget) const override;
+    int wholeWidth() const override;
 
 protected:
     int textHeight(int width) override;
@@ -61,6 +62,7 @@ private:
     QPointer<FormatBar> m_bar;
     CodeColors* m_colors;
     int m_contentHeight = 0;
+    int m_wholeWidth = 0;
 };
 
 } // namespace korvex::ui

@@ -56,6 +56,10 @@ enum class Extent : std::uint8_t {
     control = 28,
     /// The circle or box of a choice.
     box = 16,
+    /// The sign of a choice or a menu behind it.
+    caret = 12,
+    /// The bar that shows how far something has come.
+    progress = 6,
     /// The handle of a scroll bar: at rest, and under the pointer.
     scrollHandle = 4,
     scrollHandleHeld = 8,
@@ -64,6 +68,9 @@ enum class Extent : std::uint8_t {
 /// The widest that a column of text and todos is, in pixels at the standard font size: longer lines
 /// are hard to follow, and what belongs to a todo is to stand near it.
 inline constexpr int kMeasure = 760;
+/// The widest that a question over the window is, and a panel of fields.
+inline constexpr int kSheetMeasure = 380;
+inline constexpr int kPanelMeasure = 320;
 
 /// How high a line of a text is, and of a heading in it, as a part of the size of its letters.
 inline constexpr double kLineHeight = 1.4;
