@@ -62,7 +62,7 @@ LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* win
 
 void LinkPopover::layOut() {
     const auto margin = theme().space(Space::large);
-    setFixedWidth(std::min(theme().scaled(kPanelWidth), parentWidget()->width() - 2 * margin));
+    setPanelWidth(theme().scaled(kPanelWidth));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(theme().space(Space::medium));

@@ -173,7 +173,7 @@ ParagraphStyle paragraphStyleOf(const QTextBlock& block) {
 void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look,
                        DrawnLists& drawn) {
     const auto level = headingOf(block);
-    const auto kind = isCodeBlock(block)      ? BlockKind::code
+    const auto kind = isCodeBlock(block)     ? BlockKind::code
                       : !style.lists.empty() ? BlockKind::item
                       : level                ? kindOf(*level)
                                              : BlockKind::body;

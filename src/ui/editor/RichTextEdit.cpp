@@ -50,15 +50,9 @@ const QTextDocument& withOwnDocument(QTextEdit& edit) {
 /// The same event on the nearest line.
 QMouseEvent moved(const QMouseEvent& event, const RichTextEdit& edit) {
     const auto place = onLine(*edit.document(), event.position() + edit.scrolled());
-    return {event.type(),
-            place - edit.scrolled(),
-            event.scenePosition(),
-            event.globalPosition(),
-            event.button(),
-            event.buttons(),
-            event.modifiers(),
-            event.source(),
-            event.pointingDevice()};
+    return {event.type(),           place - edit.scrolled(), event.scenePosition(),
+            event.globalPosition(), event.button(),          event.buttons(),
+            event.modifiers(),      event.source(),          event.pointingDevice()};
 }
 
 } // namespace

@@ -57,8 +57,7 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
     const auto base = origin.y() + line.y() + line.ascent();
     const auto isRightToLeft = block.textDirection() == Qt::RightToLeft;
     const auto distance = m_look.space(Space::medium);
-    const auto start =
-        origin.x() + (isRightToLeft ? line.x() + line.width() : line.x());
+    const auto start = origin.x() + (isRightToLeft ? line.x() + line.width() : line.x());
 
     const auto parts = richtext::partsOf(m_last->list.marker);
     painter.setPen(m_look.quiet);
@@ -69,8 +68,8 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
                    base - metrics.xHeight() / 2);
         return;
     }
-    const auto text = toQString(
-        richtext::markerText(m_last->list, m_last->list.start + m_last->items - 1));
+    const auto text =
+        toQString(richtext::markerText(m_last->list, m_last->list.start + m_last->items - 1));
     auto fitting = font;
     auto width = metrics.horizontalAdvance(text);
     // Long numbers come closer to the text, and are set smaller before they leave the list's room.
@@ -107,14 +106,14 @@ void ListMarkers::paintShape(QPainter& painter, MarkerFormat format, const QRect
         painter.drawRect(bullet(0.65));
         break;
     case MarkerFormat::hyphen:
-        painter.drawRoundedRect(
-            QRectF(room.left(), middle - line / 2, room.width(), line), line / 2, line / 2);
+        painter.drawRoundedRect(QRectF(room.left(), middle - line / 2, room.width(), line),
+                                line / 2, line / 2);
         break;
     case MarkerFormat::check: {
         const auto size = m_look.extent(Extent::smallIcon);
-        IconSet::draw(painter, QStringLiteral("check"), m_look.quiet,
-                      QRectF(center.x() - size / 2.0, center.y() - size / 2.0, size, size)
-                          .toRect());
+        IconSet::draw(
+            painter, QStringLiteral("check"), m_look.quiet,
+            QRectF(center.x() - size / 2.0, center.y() - size / 2.0, size, size).toRect());
         break;
     }
     default:

@@ -93,8 +93,9 @@ QPointF onLine(const QTextDocument& document, const QPointF& point) {
         for (int i = 0; i < layout.lineCount(); ++i) {
             const auto letters = layout.lineAt(i).naturalTextRect().translated(0, top);
             constexpr double kInside = 0.5;
-            const auto y = std::clamp(point.y(), letters.top() + kInside,
-                                      std::max(letters.bottom() - kInside, letters.top() + kInside));
+            const auto y =
+                std::clamp(point.y(), letters.top() + kInside,
+                           std::max(letters.bottom() - kInside, letters.top() + kInside));
             if (const auto distance = std::abs(y - point.y()); distance < nearest) {
                 nearest = distance;
                 result.setY(y);

@@ -64,9 +64,8 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     const auto isDark = colors.isDark;
     codeGround = blended(colors.text, colors.content, isDark ? 0.08 : 0.05);
     headerFill = blended(colors.text, colors.content, isDark ? 0.10 : 0.06);
-    separator = colors.isHighContrast
-                    ? colors.border
-                    : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
+    separator = colors.isHighContrast ? colors.border
+                                      : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
     selection = colors.selection;
     scrollHandle = colors.scrollHandle;
     m_contrast = colors.isHighContrast ? 7.0 : 4.5;

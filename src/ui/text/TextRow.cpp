@@ -197,8 +197,8 @@ bool TextRow::color(richtext::CodeHighlighter& code, const TextLook& look) {
 }
 
 int TextRow::caretAt(const QPointF& point) const {
-    const auto position = m_document.documentLayout()->hitTest(
-        onLine(m_document, inDocument(point)), Qt::FuzzyHit);
+    const auto position =
+        m_document.documentLayout()->hitTest(onLine(m_document, inDocument(point)), Qt::FuzzyHit);
     return static_cast<int>(offsetOf(m_document, std::max(position, 0)));
 }
 

@@ -81,8 +81,8 @@ QTextBlockFormat spaced(const QTextBlock& block, const TextLook& look) {
     setKind(format, style, kind, look);
     if (hasParagraphBelow(block)) {
         const auto below = block.next();
-        const auto asked = std::max(style.spacingAfter,
-                                    storedStyleOf(below.blockFormat()).spacingBefore);
+        const auto asked =
+            std::max(style.spacingAfter, storedStyleOf(below.blockFormat()).spacingBefore);
         format.setBottomMargin(std::max(static_cast<double>(distance(kind, kindOf(below), look)),
                                         pixelsOf(asked, look)));
     }
@@ -153,10 +153,10 @@ void setKind(QTextBlockFormat& format, const ParagraphStyle& style, BlockKind ki
     const auto isItem = !style.lists.empty(); // its list moves it in
     // What hangs out to the left must not leave the text's ground.
     format.setLeftMargin(padding + (isItem ? 0 : pixelsOf(style.leftIndent, look)));
-    format.setTextIndent(
-        isItem ? 0
-               : look.pixels(std::clamp(style.firstLineIndent, -std::max(style.leftIndent, 0),
-                                        kLongest)));
+    format.setTextIndent(isItem
+                             ? 0
+                             : look.pixels(std::clamp(style.firstLineIndent,
+                                                      -std::max(style.leftIndent, 0), kLongest)));
     format.setRightMargin(padding + pixelsOf(style.rightIndent, look));
     format.setBottomMargin(std::max(static_cast<double>(distance(kind, kind, look)),
                                     pixelsOf(style.spacingAfter, look)));

@@ -159,7 +159,8 @@ void TableFormats::apply(const TextTableCellRef& cell, QTextTableCellFormat& for
         if (width > 0) {
             format.setProperty(kSides[i].width, width);
             format.setProperty(kSides[i].style, int{QTextFrameFormat::BorderStyle_Solid});
-            format.setProperty(kSides[i].brush, m_isBare ? m_look.separator : brushOf(geometry.borders[i], m_look));
+            format.setProperty(kSides[i].brush,
+                               m_isBare ? m_look.separator : brushOf(geometry.borders[i], m_look));
         } else {
             format.clearProperty(kSides[i].width);
             format.clearProperty(kSides[i].style);

@@ -321,8 +321,8 @@ TEST(BarPlaceTest, TheBarIsBesideTheRowAndNeverOnWhatIsTyped) {
           Case{"one that begins out of sight", QRect(8, -500, 384, 700), 100, 4},
           Case{"typed in at the edge", QRect(8, -500, 384, 700), 20, 260}}) {
         const QRect line(20, caret, 1, 18);
-        const auto bar = placeOfBar(
-            {200, 36}, {.sight = sight, .row = row, .caret = line, .distance = 4});
+        const auto bar =
+            placeOfBar({200, 36}, {.sight = sight, .row = row, .caret = line, .distance = 4});
         EXPECT_EQ(bar, QRect(8, top, 200, 36)) << what;
     }
     EXPECT_EQ(placeOfBar({900, 36}, {.sight = sight, .row = {8, 100, 384, 50}, .distance = 4}),

@@ -158,9 +158,8 @@ protected:
         for (auto block = document.begin(); block != last; block = block.next()) {
             if (!isGap(block)) {
                 result.push_back(block.blockFormat().lineHeight());
-                result.push_back(block.next() == last && isEmpty(last)
-                                     ? 0
-                                     : block.blockFormat().bottomMargin());
+                result.push_back(
+                    block.next() == last && isEmpty(last) ? 0 : block.blockFormat().bottomMargin());
             }
         }
         return result;
