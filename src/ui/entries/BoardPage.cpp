@@ -161,7 +161,7 @@ void BoardPage::takeKeyboard() {
 bool BoardPage::leave() {
     m_header->endRenaming();
     if (m_renaming.isNameComingBack()) {
-        return false;
+        return false; // it says why
     }
     const auto isLeft = m_editing.leaveForGood();
     if (!isLeft) {

@@ -125,7 +125,7 @@ TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWordsAndCountsTheOpenEntries)
     const auto todos =
         own.entries.createTodos({.contents = {"a", "b", "c"}, .board = *work, .now = kNow});
     own.entries.completeTodo(*todos.front(), kNow);
-    actions.confirmDeletion(*work, {});
+    actions.confirmDeletion(*work);
     auto* const sheet = sidebar.findChild<ConfirmationSheet*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->accessibleName(),
