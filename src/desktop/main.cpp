@@ -3,8 +3,8 @@
 #include "app/StoreLocation.h"
 #include "base/Clock.h"
 #include "desktop/StartupTrace.h"
+#include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
-#include "model/SchemaVersions.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/SingleInstance.h"
@@ -31,19 +31,36 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 
-std::optional<std::filesystem::path> dataDirectoryArgument(const QApplication& application) {
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    const QCommandLineOption option(QStringLiteral("data-dir"),
-                                    QApplication::tr("The folder that holds the store."),
-                                    QStringLiteral("DIR"));
-    parser.addOption(option);
-    parser.process(application);
-    if (!parser.isSet(option)) {
-        return std::nullopt;
+/// What the program was started with, known before there is an application.
+class Arguments {
+public:
+    Arguments(int count, char* given[]) {
+        QStringList words;
+        for (int i = 0; i < count; ++i) {
+            words.append(QString::fromLocal8Bit(given[i]));
+        }
+        m_parser.addOption(m_directory);
+        m_areClear = m_parser.parse(words) && !m_parser.isSet(m_help);
     }
-    return std::filesystem::path(parser.value(option).toStdString());
-}
+
+    /// Nothing is to be answered, and there is none of Qt's own.
+    bool areClear() const { return m_areClear; }
+    /// Gives the help that was asked for, or says what is wrong; either ends the program.
+    void answer(const QApplication& application) { m_parser.process(application); }
+    std::optional<std::filesystem::path> dataDirectory() const {
+        return m_parser.isSet(m_directory)
+                   ? std::optional(std::filesystem::path(m_parser.value(m_directory).toStdString()))
+                   : std::nullopt;
+    }
+
+private:
+    QCommandLineParser m_parser;
+    QCommandLineOption m_help = m_parser.addHelpOption();
+    QCommandLineOption m_directory{QStringLiteral("data-dir"),
+                                   QApplication::tr("The folder that holds the store."),
+                                   QStringLiteral("DIR")};
+    bool m_areClear = false;
+};
 
 int showStoreError(const QString& message, const std::filesystem::path& file) {
     ui::StoreErrorWindow window(message, file);
@@ -56,37 +73,44 @@ int showStoreError(const QString& message, const std::filesystem::path& file) {
 
 int main(int argc, char* argv[]) {
     const desktop::StartupTrace trace;
+    Arguments arguments(argc, argv);
+    const auto directory = app::dataDirectory(arguments.dataDirectory());
+    const auto file = app::storeFile(directory);
+    platform::qt::SingleInstance instance(directory);
+    if (arguments.areClear() && instance.raiseRunning()) {
+        return 0;
+    }
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::AppPreferences preferences(defaults, log);
+    using When = desktop::StoreOpening::When;
+    desktop::StoreOpening opening(file, preferences.mainBoardSelectedBoardID(), log,
+                                  arguments.areClear() ? When::now : When::whenTaken);
+
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
     const auto locale = ui::setUpLanguage(application);
-    const auto directory = app::dataDirectory(dataDirectoryArgument(application));
-    const auto file = app::storeFile(directory);
-
-    platform::qt::SingleInstance instance(directory);
-    if (instance.raiseRunning()) {
+    arguments.answer(application);
+    if (!arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-
-    base::StandardErrorLog standardError(base::LogLevel::warning);
-    platform::systemd::JournalLog log(standardError);
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
     ui::QuietStyle::installOver(theme);
 
-    std::unique_ptr<store::ModelContainer> container;
-    if (const auto refused = ui::refusal([&] {
-            container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
-        })) {
+    desktop::StoreOpening::Opened store;
+    if (const auto refused = ui::refusal([&] { store = opening.take(); })) {
         return showStoreError(*refused, file);
     }
+    auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
-    const ui::WorkspaceOwner owner({.container = *container,
+    const ui::WorkspaceOwner owner({.container = container,
+                                    .context = std::move(store.context),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,
@@ -103,7 +127,7 @@ int main(int argc, char* argv[]) {
     }
 
     ui::MainWindow window(workspace, theme);
-    desktop::Watchers watchers({.container = *container,
+    desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
                                 .window = window,
@@ -124,12 +148,12 @@ int main(int argc, char* argv[]) {
         window.storeAll();
         QApplication::exit();
     });
-    window.showNotices(container->notices());
+    window.showNotices(container.notices());
     window.show();
     const auto status = QApplication::exec();
     // What a long day left in the journal moves into the store file; where that fails the journal
     // keeps it.
-    if (const auto refused = ui::refusal([&] { container->checkpoint(); })) {
+    if (const auto refused = ui::refusal([&] { container.checkpoint(); })) {
         log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
     }
     return status;

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace korvex::tests {
 
@@ -36,15 +37,15 @@ public:
     bool begin(QPaintDevice*) override { return true; }
     bool end() override { return true; }
 
-    void updateState(const QPaintEngineState& state) override {
-        if (state.state() & DirtyClipEnabled && !state.isClipEnabled()) {
+    void updateState(const QPaintEngineState& now) override {
+        if (now.state() & DirtyClipEnabled && !now.isClipEnabled()) {
             m_clip.reset();
         }
-        if (state.state() & DirtyClipRegion) {
-            clip(state.transform().map(state.clipRegion()), state.clipOperation());
+        if (now.state() & DirtyClipRegion) {
+            clip(now.transform().map(now.clipRegion()), now.clipOperation());
         }
-        if (state.state() & DirtyClipPath) {
-            clip(regionOf(state.transform().map(state.clipPath())), state.clipOperation());
+        if (now.state() & DirtyClipPath) {
+            clip(regionOf(now.transform().map(now.clipPath())), now.clipOperation());
         }
     }
 

@@ -19,7 +19,7 @@ namespace korvex::tests {
 
 namespace {
 
-constexpr std::chrono::seconds kForColors{5};
+constexpr int kForColors = 5'000; // milliseconds
 
 } // namespace
 
@@ -61,7 +61,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     m_window->resize(variant.size);
     m_window->show();
     static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
-    QTest::qWaitFor([&] { return areColorsKnown; }, kForColors);
+    static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
     m_scenes = std::make_unique<WindowScenes>(*m_window, workspace);
 }
 

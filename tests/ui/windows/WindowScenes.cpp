@@ -5,6 +5,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/RowRefusal.h"
+#include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
