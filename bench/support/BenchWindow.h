@@ -6,13 +6,12 @@
 #include "support/BenchStore.h"
 #include "support/Scratch.h"
 #include "support/VirtualScreen.h"
-#include "ui/kit/theme/QuietStyle.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
-#include <QStyleFactory>
 
 #include <chrono>
 #include <cstdlib>
@@ -94,7 +93,7 @@ public:
 
     ~BenchWindow() {
         // The style must not outlive the theme.
-        QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
+        QApplication::setStyle(QStringLiteral("fusion"));
     }
     BenchWindow(const BenchWindow&) = delete;
     BenchWindow& operator=(const BenchWindow&) = delete;
@@ -113,7 +112,7 @@ private:
     };
 
     const ui::Workspace& styled(const ui::Workspace& workspace) const {
-        ui::QuietStyle::installOver(m_theme);
+        ui::QuietStyle::install(m_theme);
         return workspace;
     }
 

@@ -2,6 +2,7 @@
 #include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
 #include "base/Clock.h"
+#include "desktop/Arguments.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
@@ -10,7 +11,7 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
-#include "ui/kit/theme/QuietStyle.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
@@ -19,10 +20,13 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QTimer>
 
 #include <chrono>
+
+#ifdef KORVEX_GALLERY
+#include "ui/gallery/Gallery.h"
+#endif
 
 using namespace korvex;
 
@@ -30,37 +34,6 @@ namespace {
 
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
-
-/// What the program was started with, known before there is an application.
-class Arguments {
-public:
-    Arguments(int count, char* given[]) {
-        QStringList words;
-        for (int i = 0; i < count; ++i) {
-            words.append(QString::fromLocal8Bit(given[i]));
-        }
-        m_parser.addOption(m_directory);
-        m_areClear = m_parser.parse(words) && !m_parser.isSet(m_help);
-    }
-
-    /// Nothing is to be answered, and there is none of Qt's own.
-    bool areClear() const { return m_areClear; }
-    /// Gives the help that was asked for, or says what is wrong; either ends the program.
-    void answer(const QApplication& application) { m_parser.process(application); }
-    std::optional<std::filesystem::path> dataDirectory() const {
-        return m_parser.isSet(m_directory)
-                   ? std::optional(std::filesystem::path(m_parser.value(m_directory).toStdString()))
-                   : std::nullopt;
-    }
-
-private:
-    QCommandLineParser m_parser;
-    QCommandLineOption m_help = m_parser.addHelpOption();
-    QCommandLineOption m_directory{QStringLiteral("data-dir"),
-                                   QApplication::tr("The folder that holds the store."),
-                                   QStringLiteral("DIR")};
-    bool m_areClear = false;
-};
 
 int showStoreError(const QString& message, const std::filesystem::path& file) {
     ui::StoreErrorWindow window(message, file);
@@ -94,11 +67,16 @@ int main(int argc, char* argv[]) {
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
     const auto locale = ui::setUpLanguage(application);
     arguments.answer(application);
+#ifdef KORVEX_GALLERY
+    if (const auto look = arguments.gallery()) {
+        return ui::runGallery(*look);
+    }
+#endif
     if (!arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
     ui::Theme theme(preferences);
-    ui::QuietStyle::installOver(theme);
+    ui::QuietStyle::install(theme);
 
     desktop::StoreOpening::Opened store;
     if (const auto refused = ui::refusal([&] { store = opening.take(); })) {

@@ -57,9 +57,9 @@ FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const 
     addLists();
     addCommand(Kind::link, QStringLiteral("link"), tr("Link"), tr("Ctrl+Shift+K"),
                [](const FormatState& state) { return !state.link.isEmpty(); });
-    addCommand(Kind::code, QStringLiteral("code"), tr("Inline Code"), tr("Ctrl+E"),
+    addCommand(Kind::code, QStringLiteral("code"), tr("Inline code"), tr("Ctrl+E"),
                [](const FormatState& state) { return state.isCode && !state.isCodeBlock; });
-    addCommand(Kind::codeBlock, QStringLiteral("code-block"), tr("Code Block"), QString(),
+    addCommand(Kind::codeBlock, QStringLiteral("code-block"), tr("Code block"), QString(),
                [](const FormatState& state) { return state.isCodeBlock; });
     // What follows comes and goes with the place of the caret; so nothing else ever moves.
     addTableControls();
@@ -114,7 +114,7 @@ void FormatBar::addHeadings() {
                 [this, level] { perform(RichTextAction::heading(level)); });
         m_headings.emplace_back(action, level);
     };
-    addLevel(tr("Normal Text"), std::nullopt);
+    addLevel(tr("Normal text"), std::nullopt);
     for (const auto level : richtext::kHeadingLevels) {
         addLevel(translated(richtext::titleOf(level)), level);
     }

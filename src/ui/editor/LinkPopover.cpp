@@ -26,8 +26,8 @@ LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* win
       m_target(new QLineEdit(target, this)),
       m_error(new QLabel(this)),
       m_open(new QPushButton(tr("Open"), this)),
-      m_remove(new QPushButton(tr("Remove Link"), this)),
-      m_save(new QPushButton(target.isEmpty() ? tr("Add Link") : tr("Save"), this)) {
+      m_remove(new QPushButton(tr("Remove link"), this)),
+      m_save(new QPushButton(target.isEmpty() ? tr("Add link") : tr("Save"), this)) {
     setAccessibleName(tr("Link"));
     // A stored target may be longer than one that is typed.
     m_target->setMaxLength(std::max(kMaximumLinkLength, static_cast<int>(target.size())));

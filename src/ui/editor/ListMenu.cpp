@@ -28,12 +28,12 @@ ListMenu::ListMenu(RichTextEdit& edit, const Theme& theme, QWidget* parent)
         QString keys;
     };
     for (const auto& each :
-         {Choice{tr("Bulleted List"), "{disc}", "list-bullets", tr("Ctrl+Shift+8")},
-          Choice{tr("Dashed List"), "{hyphen}", "list-dashes", {}},
-          Choice{tr("Checked List"), "{check}", "list-checks", {}},
-          Choice{tr("Numbered List: 1."), "{decimal}.", "list-numbers", tr("Ctrl+Shift+7")},
-          Choice{tr("Numbered List: a."), "{lower-alpha}.", "list-numbers", {}},
-          Choice{tr("Numbered List: i."), "{lower-roman}.", "list-numbers", {}}}) {
+         {Choice{tr("Bulleted list"), "{disc}", "list-bullets", tr("Ctrl+Shift+8")},
+          Choice{tr("Dashed list"), "{hyphen}", "list-dashes", {}},
+          Choice{tr("Checked list"), "{check}", "list-checks", {}},
+          Choice{tr("Numbered list: 1."), "{decimal}.", "list-numbers", tr("Ctrl+Shift+7")},
+          Choice{tr("Numbered list: a."), "{lower-alpha}.", "list-numbers", {}},
+          Choice{tr("Numbered list: i."), "{lower-roman}.", "list-numbers", {}}}) {
         auto* const action = addAction(withKeys(each.title, each.keys));
         action->setCheckable(true);
         action->setData(QString::fromLatin1(each.marker));
@@ -44,7 +44,7 @@ ListMenu::ListMenu(RichTextEdit& edit, const Theme& theme, QWidget* parent)
         connect(&theme, &Theme::changed, action, draw);
     }
     addSeparator();
-    addAction(tr("No List"));
+    addAction(tr("No list"));
     connect(this, &QMenu::aboutToShow, this, &ListMenu::showState);
     connect(this, &QMenu::triggered, this, [this](const QAction* action) {
         // The marker that is there takes the list away.

@@ -28,7 +28,7 @@ TablePopover::TablePopover(const Theme& theme, QWidget* window)
                               .arg(RichTextTable::kMaximumRows)
                               .arg(RichTextTable::kMaximumColumns),
                           this)),
-      m_insert(new QPushButton(tr("Insert Table"), this)) {
+      m_insert(new QPushButton(tr("Insert table"), this)) {
     setAccessibleName(tr("New table"));
     auto bold = theme.font();
     bold.setBold(true);

@@ -112,14 +112,14 @@ TEST_F(FormatBarTest, TheControlsShowWhatStandsAtTheCaret) {
     const auto heading =
         RichTextSerializer::applyingHeading(HeadingLevel::level2, AttributedString(u"heading"));
     for (const auto& [text, expected] :
-         {Case{AttributedString(u"plain"), {"Normal Text"}},
-          Case{AttributedString(u"struck", struck), {"Normal Text", "Italic", "Strikethrough"}},
-          Case{AttributedString(u"linked", linked), {"Normal Text", "Link"}},
-          Case{AttributedString(u"item", {}, item), {"Normal Text", "Lists"}},
+         {Case{AttributedString(u"plain"), {"Normal text"}},
+          Case{AttributedString(u"struck", struck), {"Normal text", "Italic", "Strikethrough"}},
+          Case{AttributedString(u"linked", linked), {"Normal text", "Link"}},
+          Case{AttributedString(u"item", {}, item), {"Normal text", "Lists"}},
           Case{AttributedString(u"code", CodeSyntax::attributes("cpp", CodeKind::inlineCode)),
-               {"Normal Text", "Inline Code"}},
+               {"Normal text", "Inline code"}},
           Case{AttributedString(u"block", CodeSyntax::attributes("cpp", CodeKind::block)),
-               {"Normal Text", "Code Block"}},
+               {"Normal text", "Code block"}},
           Case{heading, {"Heading 2", "Bold"}}}) {
         edit->setContent(text);
         select(2, 2);
@@ -129,7 +129,7 @@ TEST_F(FormatBarTest, TheControlsShowWhatStandsAtTheCaret) {
 
 TEST_F(FormatBarTest, AClickFormatsTheSelectionAndLeavesKeyboardAndSelectionWithTheText) {
     for (const auto* const name :
-         {"Bold", "Italic", "Underline", "Strikethrough", "Inline Code", "Code Block"}) {
+         {"Bold", "Italic", "Underline", "Strikethrough", "Inline code", "Code block"}) {
         edit->setContent(AttributedString(u"some words here"));
         select(5, 10);
         click(name);
@@ -148,19 +148,19 @@ TEST_F(FormatBarTest, HeadingsAndListsAreChosenFromMenus) {
     EXPECT_EQ(RichTextSerializer::headingLevel(edit->content()), HeadingLevel::level3);
     EXPECT_EQ(button("Heading").text(), QStringLiteral("Heading 3"));
     EXPECT_EQ(ticked("Heading"), QStringList(QStringLiteral("Heading 3")));
-    choose("Heading", "Normal Text");
+    choose("Heading", "Normal text");
     EXPECT_EQ(RichTextSerializer::headingLevel(edit->content()), std::nullopt);
 
     for (const auto& [entry, marker] :
-         {std::pair("Dashed List", u"{hyphen}"), std::pair("Numbered List: a.", u"{lower-alpha}."),
-          std::pair("Checked List", u"{check}")}) {
+         {std::pair("Dashed list", u"{hyphen}"), std::pair("Numbered list: a.", u"{lower-alpha}."),
+          std::pair("Checked list", u"{check}")}) {
         choose("Lists", entry);
         const auto text = edit->content();
         ASSERT_FALSE(text.styleAt(0).lists.empty()) << entry;
         EXPECT_EQ(text.styleAt(0).lists.back()->marker, marker);
         EXPECT_EQ(ticked("Lists"), QStringList(QString::fromUtf8(entry)));
     }
-    choose("Lists", "No List");
+    choose("Lists", "No list");
     EXPECT_TRUE(edit->content().styleAt(0).lists.empty());
 }
 

@@ -150,7 +150,7 @@ TEST_F(LinkPopoverTest, ALinkThatIsThereCanBeOpenedKeptAndTakenAway) {
     chosen.clear();
 
     open(target);
-    button("Remove Link").click();
+    button("Remove link").click();
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(chosen, QStringList(QString()));
     open(target);

@@ -2,14 +2,13 @@
 
 #include "model/SchemaVersions.h"
 #include "services/EntryOrder.h"
-#include "ui/kit/theme/QuietStyle.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/windows/WindowContents.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QMenu>
 #include <QPainter>
-#include <QStyleFactory>
 #include <QTest>
 
 #include <algorithm>
@@ -31,7 +30,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     m_preferences.setFontSize(variant.fontSize);
     m_theme.setSystemContrast(variant.contrast);
     m_theme.setSystemMotion(ui::Theme::SystemMotion::still);
-    ui::QuietStyle::installOver(m_theme);
+    ui::QuietStyle::install(m_theme);
     m_owner = std::make_unique<ui::WorkspaceOwner>(
         ui::WorkspaceOwner::Surroundings{.container = *m_container,
                                          .preferences = m_preferences,
@@ -69,7 +68,7 @@ PicturedWindow::~PicturedWindow() {
     m_scenes.reset();
     m_window.reset();
     // The style must not outlive the theme.
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
+    QApplication::setStyle(QStringLiteral("fusion"));
 }
 
 QImage PicturedWindow::picture() {

@@ -1,12 +1,11 @@
 #include "ui/PictureContrast.h"
 #include "ui/WindowFixture.h"
-#include "ui/kit/theme/QuietStyle.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/WindowContents.h"
 #include "ui/windows/WindowScenes.h"
 
 #include <QPainter>
-#include <QStyleFactory>
 
 #include <gmock/gmock.h>
 
@@ -25,10 +24,10 @@ protected:
 
     ContrastTest() {
         theme.setSystemMotion(Theme::SystemMotion::still);
-        QuietStyle::installOver(theme);
+        QuietStyle::install(theme);
     }
     ~ContrastTest() override {
-        QApplication::setStyle(QStyleFactory::create(QStringLiteral("fusion")));
+        QApplication::setStyle(QStringLiteral("fusion"));
     }
 
     void measureAll(Appearance appearance, Contrast contrast) {

@@ -3,18 +3,13 @@
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QAction>
 #include <QKeyEvent>
 #include <QPainter>
 
 namespace korvex::ui {
-
-namespace {
-
-constexpr double kCornerRadius = 6;
-
-} // namespace
 
 SearchField::SearchField(const Theme& theme, QWidget* parent)
     : QLineEdit(parent), m_theme(theme), m_icon(addAction(QIcon(), QLineEdit::LeadingPosition)) {
@@ -58,11 +53,13 @@ void SearchField::focusInEvent(QFocusEvent* event) {
 void SearchField::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(hasFocus() ? QPen(colors.accent, 1.5) : QPen(Qt::NoPen));
-    painter.setBrush(hasFocus() ? colors.content : blended(colors.text, colors.sidebar, 0.07));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
-                            kCornerRadius);
+    const auto radius = m_theme.radius(Radius::medium);
+    Shapes::paintBox(painter, rect(), radius,
+                     hasFocus() ? colors.field : Shapes::tint(colors, Shapes::Tint::rest),
+                     colors.isHighContrast ? colors.border : QColor());
+    if (hasFocus()) {
+        Shapes::paintRing(painter, rect(), radius, colors.accent);
+    }
     painter.end();
     QLineEdit::paintEvent(event);
 }
@@ -76,7 +73,7 @@ void SearchField::applyTheme() {
     own.setColor(QPalette::PlaceholderText, colors.secondaryText);
     setPalette(own);
     m_icon->setIcon(IconSet::icon(QStringLiteral("magnifying-glass"), colors.secondaryText));
-    setFixedHeight(QFontMetrics(m_theme.font()).lineSpacing() + m_theme.scaled(10));
+    setFixedHeight(m_theme.extent(Extent::control));
     update();
 }
 

@@ -56,6 +56,10 @@ enum class Extent : std::uint8_t {
     control = 28,
     /// The circle or box of a choice.
     box = 16,
+    /// The sign of a choice or a menu behind it.
+    caret = 12,
+    /// The bar that shows how far something has come.
+    progress = 6,
     /// The handle of a scroll bar: at rest, and under the pointer.
     scrollHandle = 4,
     scrollHandleHeld = 8,

@@ -1,0 +1,40 @@
+#include "ui/gallery/Gallery.h"
+
+#include "app/FileUserDefaults.h"
+#include "ui/gallery/GalleryWindow.h"
+#include "ui/kit/style/QuietStyle.h"
+
+#include <QApplication>
+#include <QTemporaryDir>
+
+namespace korvex::ui {
+
+int runGallery(const QStringList& look) {
+    using Appearance = app::AppPreferences::Appearance;
+    const QTemporaryDir folder;
+    base::StandardErrorLog log(base::LogLevel::warning);
+    app::FileUserDefaults defaults(folder.filePath(QStringLiteral("settings.json")).toStdString());
+    app::AppPreferences preferences(defaults, log);
+    Theme theme(preferences);
+    QuietStyle::install(theme);
+    for (const auto& word : look) {
+        if (word == QLatin1String("light")) {
+            preferences.setAppearance(Appearance::light);
+        } else if (word == QLatin1String("dark")) {
+            preferences.setAppearance(Appearance::dark);
+        } else if (word == QLatin1String("contrast")) {
+            theme.setSystemContrast(Theme::SystemContrast::high);
+        } else if (word == QLatin1String("still")) {
+            theme.setSystemMotion(Theme::SystemMotion::still);
+        } else if (word == QLatin1String("rtl")) {
+            QApplication::setLayoutDirection(Qt::RightToLeft);
+        } else if (const auto size = word.toInt(); size > 0) {
+            preferences.setFontSize(size);
+        }
+    }
+    GalleryWindow window(preferences, theme);
+    window.show();
+    return QApplication::exec();
+}
+
+} // namespace korvex::ui

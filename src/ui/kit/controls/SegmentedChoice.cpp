@@ -1,0 +1,101 @@
+#include "ui/kit/controls/SegmentedChoice.h"
+
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
+
+#include <QButtonGroup>
+#include <QHBoxLayout>
+#include <QPainter>
+#include <QRadioButton>
+
+namespace korvex::ui {
+
+namespace {
+
+class Segment final : public QRadioButton {
+public:
+    Segment(const QString& title, const Theme& theme, QWidget* parent)
+        : QRadioButton(title, parent), m_theme(theme) {}
+
+    QSize sizeHint() const override {
+        const auto words = fontMetrics().size(Qt::TextShowMnemonic, text());
+        const auto edge = 2 * m_theme.space(Space::hair);
+        return {words.width() + 2 * m_theme.space(Space::large),
+                m_theme.extent(Extent::control) - edge};
+    }
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    bool hitButton(const QPoint& place) const override { return rect().contains(place); }
+    void paintEvent(QPaintEvent*) override {
+        const auto& colors = m_theme.colors();
+        const auto radius = m_theme.radius(Radius::small);
+        QPainter painter(this);
+        if (isChecked()) {
+            Shapes::paintBox(painter, rect(), radius, colors.selection,
+                             colors.isHighContrast ? colors.accent : QColor());
+        } else if (isEnabled() && (underMouse() || isDown())) {
+            Shapes::paintBox(
+                painter, rect(), radius,
+                Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::rest),
+                QColor());
+        }
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
+        if (hasFocus()) {
+            Shapes::paintRing(painter, rect(), radius, colors.accent);
+        }
+    }
+
+private:
+    const Theme& m_theme;
+};
+
+} // namespace
+
+SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
+                                 QWidget* parent)
+    : QWidget(parent), m_theme(theme), m_segments(new QButtonGroup(this)) {
+    setAccessibleName(name);
+    Accessibility::setRole(*this, QAccessible::Grouping);
+    auto* const row = new QHBoxLayout(this);
+    row->setSpacing(0);
+    for (const auto& title : titles) {
+        auto* const segment = new Segment(title, theme, this);
+        m_segments->addButton(segment, static_cast<int>(m_segments->buttons().size()));
+        row->addWidget(segment, 1);
+    }
+    choose(0);
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    connect(m_segments, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
+        if (isChosen) {
+            Q_EMIT chosenChanged(index);
+        }
+    });
+    connect(&theme, &Theme::changed, this, &SegmentedChoice::applyTheme);
+    applyTheme();
+}
+
+int SegmentedChoice::chosen() const {
+    return m_segments->checkedId();
+}
+
+void SegmentedChoice::choose(int index) {
+    m_segments->button(index)->setChecked(true);
+}
+
+void SegmentedChoice::paintEvent(QPaintEvent*) {
+    const auto& colors = m_theme.colors();
+    QPainter painter(this);
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium),
+                     Shapes::tint(colors, Shapes::Tint::rest),
+                     colors.isHighContrast ? colors.border : QColor());
+}
+
+void SegmentedChoice::applyTheme() {
+    const auto edge = m_theme.space(Space::hair);
+    layout()->setContentsMargins(edge, edge, edge, edge);
+    update();
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,71 @@
+#include "ui/kit/theme/Shapes.h"
+
+#include "ui/kit/theme/IconSet.h"
+
+#include <QPainter>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr double kRingWidth = 2;
+
+QString iconOf(Shapes::Caret caret) {
+    switch (caret) {
+    case Shapes::Caret::up:
+        return QStringLiteral("caret-up-bold");
+    case Shapes::Caret::left:
+        return QStringLiteral("caret-left-bold");
+    case Shapes::Caret::right:
+        return QStringLiteral("caret-right-bold");
+    case Shapes::Caret::down:
+        break;
+    }
+    return QStringLiteral("caret-down-bold");
+}
+
+} // namespace
+
+QColor Shapes::tint(const ThemeColors& colors, Tint tint) {
+    auto color = colors.text;
+    color.setAlphaF(tint == Tint::rest ? 0.07F : tint == Tint::hovered ? 0.12F : 0.18F);
+    return color;
+}
+
+void Shapes::paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
+                      const QColor& edge) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(edge.isValid() ? QPen(edge, 1) : QPen(Qt::NoPen));
+    painter.setBrush(ground.isValid() ? QBrush(ground) : QBrush(Qt::NoBrush));
+    const auto inset = edge.isValid() ? 0.5 : 0.0;
+    painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius - inset,
+                            radius - inset);
+    painter.restore();
+}
+
+void Shapes::paintRing(QPainter& painter, const QRectF& box, double radius, const QColor& color) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, kRingWidth));
+    painter.setBrush(Qt::NoBrush);
+    constexpr auto kInset = kRingWidth / 2;
+    painter.drawRoundedRect(box.adjusted(kInset, kInset, -kInset, -kInset), radius - kInset,
+                            radius - kInset);
+    painter.restore();
+}
+
+void Shapes::paintPanel(QPainter& painter, const QRectF& box, const Theme& theme) {
+    paintBox(painter, box, theme.radius(Radius::large), theme.colors().raised,
+             theme.colors().hairline);
+}
+
+void Shapes::paintCaret(QPainter& painter, const QRect& room, Caret caret, const QColor& color,
+                        const Theme& theme) {
+    const auto size = theme.extent(Extent::caret);
+    QRect place(0, 0, size, size);
+    place.moveCenter(room.center());
+    IconSet::draw(painter, iconOf(caret), color, place);
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "ui/kit/theme/Theme.h"
+
+#include <QRectF>
+
+class QPainter;
+
+namespace korvex::ui {
+
+/// The few shapes that every control and panel is made of.
+namespace Shapes {
+
+/// How strongly a control stands out from the ground under it, whatever that is.
+enum class Tint { rest, hovered, pressed };
+/// A translucent colour, so that it suits every ground.
+QColor tint(const ThemeColors& colors, Tint tint);
+
+/// How much of a control is seen while it is disabled.
+inline constexpr double kDisabledOpacity = 0.45;
+
+/// A rounded box with an edge of one pixel; a colour that is not valid draws nothing.
+void paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
+              const QColor& edge);
+/// The ring of what has the keyboard, inside `box`.
+void paintRing(QPainter& painter, const QRectF& box, double radius, const QColor& color);
+/// What lies over the content: a menu, a list of choices, a tip.
+void paintPanel(QPainter& painter, const QRectF& box, const Theme& theme);
+
+enum class Caret { up, down, left, right };
+/// In the middle of `room`.
+void paintCaret(QPainter& painter, const QRect& room, Caret caret, const QColor& color,
+                const Theme& theme);
+
+} // namespace Shapes
+
+} // namespace korvex::ui

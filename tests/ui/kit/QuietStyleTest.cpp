@@ -1,0 +1,197 @@
+#include "ui/kit/style/QuietStyle.h"
+
+#include "ui/WindowFixture.h"
+#include "ui/kit/controls/SegmentedChoice.h"
+#include "ui/kit/controls/Switch.h"
+#include "ui/kit/style/PopupPlace.h"
+#include "ui/kit/style/ScrollHandle.h"
+#include "ui/kit/theme/Danger.h"
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QSpinBox>
+
+namespace korvex::ui {
+namespace {
+
+using Appearance = app::AppPreferences::Appearance;
+
+class QuietStyleTest : public tests::WindowFixture {
+protected:
+    QuietStyleTest() { QuietStyle::install(theme); }
+    ~QuietStyleTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
+
+    static QColor colorAt(QWidget& widget, const QPoint& place) {
+        return widget.grab().toImage().pixelColor(place);
+    }
+};
+
+TEST_F(QuietStyleTest, WhatStandsInOneLineIsOfOneHeightAtEveryFontSize) {
+    for (const auto size : app::AppPreferences::kFontSizes) {
+        preferences.setFontSize(size);
+        const QPushButton button(QStringLiteral("Save"));
+        const QLineEdit field(QStringLiteral("Ägypten"));
+        const QSpinBox number;
+        QComboBox choice;
+        choice.addItem(QStringLiteral("Inbox"));
+        const QCheckBox box(QStringLiteral("Due"));
+        const Switch onOff(QStringLiteral("Sounds"), theme);
+        const SegmentedChoice few(QStringLiteral("Span"), {QStringLiteral("Day")}, theme);
+        for (const auto* const control : std::initializer_list<const QWidget*>{
+                 &button, &field, &number, &choice, &box, &onOff, &few}) {
+            EXPECT_EQ(control->sizeHint().height(), theme.extent(Extent::control))
+                << control->metaObject()->className() << " at " << size;
+        }
+    }
+}
+
+TEST_F(QuietStyleTest, AButtonSaysByItsGroundWhatItDoes) {
+    for (const auto appearance : {Appearance::light, Appearance::dark}) {
+        preferences.setAppearance(appearance);
+        const auto& colors = theme.colors();
+        QPushButton chief;
+        chief.setDefault(true);
+        QPushButton dangerous;
+        markDangerous(dangerous);
+        QPushButton plain;
+        for (auto* const button : {&chief, &dangerous, &plain}) {
+            button->resize(100, theme.extent(Extent::control));
+        }
+        const QPoint middle(50, theme.extent(Extent::control) / 2);
+        EXPECT_EQ(colorAt(chief, middle), colors.accent);
+        EXPECT_EQ(colorAt(dangerous, middle), colors.danger);
+        const auto quiet = colorAt(plain, middle);
+        EXPECT_NE(quiet, colors.content);
+        EXPECT_GE(contrast(colors.text, quiet), 4.5);
+    }
+}
+
+/// A list in a window, at the height of five rows.
+class ScrollHandleTest : public QuietStyleTest {
+protected:
+    ScrollHandleTest() {
+        list.resize(200, 150);
+        list.setFrameShape(QFrame::NoFrame);
+        fill(3);
+        list.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&list));
+    }
+    void fill(int rows) {
+        list.clear();
+        for (int i = 0; i < rows; ++i) {
+            list.addItem(QString::number(i));
+        }
+        QApplication::processEvents();
+    }
+    QScrollBar& bar() { return *list.verticalScrollBar(); }
+
+    QListWidget list;
+};
+
+TEST_F(ScrollHandleTest, TakesNoRoomAndHasNoArrows) {
+    const auto width = list.viewport()->width();
+    fill(100);
+    ASSERT_TRUE(bar().isVisible());
+    EXPECT_EQ(list.viewport()->width(), width);
+    EXPECT_EQ(width, list.width());
+    const auto middle = bar().width() / 2;
+    QTest::mousePress(&bar(), Qt::LeftButton, {}, {middle, 2});
+    QTest::mouseMove(&bar(), {middle, bar().height() + 50});
+    QMouseEvent move(QEvent::MouseMove, QPointF(middle, bar().height() + 50.0),
+                     bar().mapToGlobal(QPointF(middle, bar().height() + 50.0)), Qt::NoButton,
+                     Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(&bar(), &move);
+    EXPECT_EQ(bar().value(), bar().maximum()) << "grabbed at its upper end";
+    QTest::mouseRelease(&bar(), Qt::LeftButton, {}, {middle, bar().height() - 1});
+}
+
+TEST_F(ScrollHandleTest, ComesWithScrollingAndStaysWhereNothingMayMove) {
+    fill(100);
+    auto& handle = ScrollHandle::of(bar(), theme);
+    bar().setValue(7);
+    EXPECT_EQ(handle.opacity(), 1);
+    const auto& colors = theme.colors();
+    const auto seen = [this, &colors] {
+        const auto strip = list.grab().toImage();
+        int count = 0;
+        for (int y = 0; y < strip.height(); ++y) {
+            count += strip.pixelColor(strip.width() - 4, y) == colors.scrollHandle ? 1 : 0;
+        }
+        return count;
+    };
+    EXPECT_GT(seen(), theme.extent(Extent::control) / 2);
+    QListWidget resting;
+    resting.addItems(QStringList(100, QStringLiteral("Row")));
+    resting.resize(200, 150);
+    theme.setSystemMotion(Theme::SystemMotion::still);
+    EXPECT_EQ(ScrollHandle::of(*resting.verticalScrollBar(), theme).opacity(), 1);
+}
+
+TEST_F(QuietStyleTest, APopupOpensInsideItsWindowWhereItHasRoom) {
+    const QRect window(100, 100, 400, 300);
+    struct Case {
+        const char* what;
+        QRect wanted;
+        QPoint pointer;
+        QPoint placed;
+    };
+    for (const auto& each :
+         {Case{"with room", {150, 150, 100, 80}, {150, 150}, {150, 150}},
+          Case{"at the right edge", {450, 150, 100, 80}, {10, 10}, {400, 150}},
+          Case{"before the left edge", {60, 150, 100, 80}, {10, 10}, {100, 150}},
+          Case{"at the foot", {150, 350, 100, 80}, {10, 10}, {150, 320}},
+          Case{"at the foot, opened by the pointer", {150, 350, 100, 80}, {150, 350}, {150, 270}},
+          Case{"wider than the window", {450, 150, 500, 80}, {10, 10}, {450, 150}},
+          Case{"higher than the window", {150, 150, 100, 500}, {10, 10}, {150, 150}}}) {
+        EXPECT_EQ(PopupPlace::inside(window, each.wanted, each.pointer).topLeft(), each.placed)
+            << each.what;
+    }
+}
+
+TEST_F(QuietStyleTest, OneOfFewIsAGroupOfRadioButtons) {
+    QWidget window;
+    auto* const row = new QHBoxLayout(&window);
+    auto* const before = new QLineEdit;
+    auto* const few = new SegmentedChoice(
+        QStringLiteral("Span"),
+        {QStringLiteral("Day"), QStringLiteral("Week"), QStringLiteral("Year")}, theme);
+    auto* const after = new QLineEdit;
+    for (auto* const each : std::initializer_list<QWidget*>{before, few, after}) {
+        row->addWidget(each);
+    }
+    few->choose(1);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    const QSignalSpy chosen(few, &SegmentedChoice::chosenChanged);
+    before->setFocus();
+    QTest::keyClick(before, Qt::Key_Tab);
+    auto* const first = QApplication::focusWidget();
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(first)->role(), QAccessible::RadioButton);
+    QTest::keyClick(first, Qt::Key_Right);
+    EXPECT_EQ(few->chosen(), 2);
+    EXPECT_EQ(chosen.size(), 1);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    EXPECT_TRUE(after->hasFocus());
+}
+
+TEST_F(QuietStyleTest, ASwitchIsACheckBoxThatIsPressedAnywhere) {
+    Switch onOff(QStringLiteral("Sounds"), theme);
+    onOff.resize(300, 40);
+    onOff.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&onOff));
+    QTest::mouseClick(&onOff, Qt::LeftButton, {}, {150, 20});
+    EXPECT_TRUE(onOff.isChecked());
+    QTest::keyClick(&onOff, Qt::Key_Space);
+    EXPECT_FALSE(onOff.isChecked());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&onOff)->role(), QAccessible::CheckBox);
+}
+
+} // namespace
+} // namespace korvex::ui
