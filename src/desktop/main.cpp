@@ -46,7 +46,7 @@ int showStoreError(const QString& message, const std::filesystem::path& file) {
 
 int main(int argc, char* argv[]) {
     const desktop::StartupTrace trace;
-    Arguments arguments(argc, argv);
+    desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
     const auto file = app::storeFile(directory);
     platform::qt::SingleInstance instance(directory);

@@ -14,6 +14,10 @@
 #include <algorithm>
 #include <stdexcept>
 
+#ifdef KORVEX_GALLERY
+#include "ui/gallery/GalleryWindow.h"
+#endif
+
 namespace korvex::tests {
 
 namespace {
@@ -88,6 +92,18 @@ QImage PicturedWindow::picture() {
     painter.drawPixmap(place.topLeft() - all.topLeft(), menu->grab());
     painter.end();
     return both.toImage();
+}
+
+QImage PicturedWindow::gallery() {
+#ifdef KORVEX_GALLERY
+    ui::GalleryWindow gallery(m_preferences, m_theme);
+    gallery.resize(m_window->width(), 2 * m_window->width());
+    gallery.show();
+    QApplication::processEvents();
+    return gallery.grab().toImage();
+#else
+    return {};
+#endif
 }
 
 void PicturedWindow::writeNote(const QString& file) const {

@@ -45,6 +45,8 @@ public:
     WindowScenes& scenes() { return *m_scenes; }
     /// With the menu that is open over it.
     QImage picture();
+    /// All controls in all states, in the same look; empty where the build has no gallery.
+    QImage gallery();
     /// The formatted text of the Inbox, for other programs.
     void writeNote(const QString& file) const;
 

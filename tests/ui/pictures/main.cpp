@@ -106,6 +106,9 @@ void takeAll(const QDir& folder, int scale, const QStringList& only) {
         }
         if (only.isEmpty()) {
             takeStoreError(fileOf(folder, name, QStringLiteral("store-error")));
+            if (const auto gallery = window.gallery(); !gallery.isNull()) {
+                save(gallery, fileOf(folder, name, QStringLiteral("gallery")));
+            }
         }
     }
 }

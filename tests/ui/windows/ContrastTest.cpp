@@ -7,6 +7,10 @@
 
 #include <QPainter>
 
+#ifdef KORVEX_GALLERY
+#include "ui/gallery/GalleryWindow.h"
+#endif
+
 #include <gmock/gmock.h>
 
 namespace korvex::ui {
@@ -53,6 +57,13 @@ protected:
             }
             scenes.close();
         }
+#ifdef KORVEX_GALLERY
+        GalleryWindow gallery(preferences, theme); // every control in every state
+        gallery.resize(1000, 2400);
+        gallery.show();
+        QApplication::processEvents();
+        EXPECT_THAT(PictureContrast(gallery, limits).faint(), IsEmpty()) << "gallery";
+#endif
     }
 };
 
