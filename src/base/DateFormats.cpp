@@ -5,7 +5,6 @@
 #include "base/UserLocale.h"
 
 #include <unicode/datefmt.h>
-#include <unicode/dtptngen.h>
 #include <unicode/reldatefmt.h>
 
 #include <stdexcept>
@@ -33,19 +32,8 @@ struct DateFormats::Formats {
     std::unique_ptr<icu::DateFormat> shortTime;
     std::unique_ptr<icu::DateFormat> dayAndShortTime;
     std::unique_ptr<icu::RelativeDateTimeFormatter> words;
-
-    std::string pattern(const char16_t* skeleton) const {
-        UErrorCode status = U_ZERO_ERROR;
-        const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
-            icu::DateTimePatternGenerator::createInstance(locale, status));
-        const auto text =
-            patterns ? patterns->getBestPattern(skeleton, status) : icu::UnicodeString();
-        if (U_FAILURE(status)) {
-            throw std::runtime_error(std::string("ICU has no date pattern: ") +
-                                     u_errorName(status));
-        }
-        return utf8(text);
-    }
+    std::unique_ptr<TypedDates> typed;
+    std::unique_ptr<MonthWords> monthWords;
 
     /// `skeleton` names the fields; order and punctuation are the locale's.
     std::string text(std::unique_ptr<icu::DateFormat>& format, const char16_t* skeleton,
@@ -93,14 +81,6 @@ std::string DateFormats::dayAndShortTime(Instant instant) const {
     return m_formats->text(m_formats->dayAndShortTime, u"yMMMdjm", instant);
 }
 
-std::string DateFormats::dayPattern() const {
-    return m_formats->pattern(u"yMd");
-}
-
-std::string DateFormats::timePattern() const {
-    return m_formats->pattern(u"jm");
-}
-
 std::string DateFormats::relativeDayWord(int offset) const {
     UErrorCode status = U_ZERO_ERROR;
     auto& words = m_formats->words;
@@ -115,6 +95,22 @@ std::string DateFormats::relativeDayWord(int offset) const {
         throw std::runtime_error(std::string("ICU has no word for a day: ") + u_errorName(status));
     }
     return utf8(text);
+}
+
+const TypedDates& DateFormats::typed() const {
+    auto& typed = m_formats->typed;
+    if (!typed) {
+        typed = std::make_unique<TypedDates>(m_formats->locale.getName());
+    }
+    return *typed;
+}
+
+const MonthWords& DateFormats::monthWords() const {
+    auto& words = m_formats->monthWords;
+    if (!words) {
+        words = std::make_unique<MonthWords>(m_formats->locale.getName());
+    }
+    return *words;
 }
 
 } // namespace korvex::base

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "base/Calendar.h"
+#include "base/MonthWords.h"
+#include "base/TypedDates.h"
 
 #include <memory>
 #include <string>
@@ -28,11 +30,12 @@ public:
     std::string shortTime(Instant instant) const;
     /// "Jan 15, 2025, 9:00 AM"
     std::string dayAndShortTime(Instant instant) const;
-    /// How a day and a time of day are typed, in ICU's letters: "M/d/y", "h:mm a".
-    std::string dayPattern() const;
-    std::string timePattern() const;
     /// "Yesterday", "Today", "Tomorrow" for -1, 0, 1.
     std::string relativeDayWord(int offset) const;
+
+    /// What is typed, and a month as a grid, in the same locale.
+    const TypedDates& typed() const;
+    const MonthWords& monthWords() const;
 
 private:
     struct Formats;

@@ -12,6 +12,7 @@
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "ui/kit/style/QuietStyle.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
@@ -35,8 +36,9 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 
-int showStoreError(const QString& message, const std::filesystem::path& file) {
-    ui::StoreErrorWindow window(message, file);
+int showStoreError(const QString& message, const std::filesystem::path& file,
+                   const ui::Theme& theme) {
+    ui::StoreErrorWindow window(message, file, theme);
     window.show();
     QApplication::exec();
     return kStoreUnusable;
@@ -65,6 +67,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
     arguments.answer(application);
 #ifdef KORVEX_GALLERY
@@ -80,7 +83,7 @@ int main(int argc, char* argv[]) {
 
     desktop::StoreOpening::Opened store;
     if (const auto refused = ui::refusal([&] { store = opening.take(); })) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
@@ -101,7 +104,7 @@ int main(int argc, char* argv[]) {
     if (const auto refused =
             ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
         refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
 
     ui::MainWindow window(workspace, theme);

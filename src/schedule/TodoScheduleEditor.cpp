@@ -80,6 +80,12 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
     m_initial = schedule();
 }
 
+TodoScheduleEditor::Concern TodoScheduleEditor::errorConcern() const {
+    return m_errorMessage == kWindowRefusal     ? Concern::window
+           : m_errorMessage == kReminderRefusal ? Concern::reminder
+                                                : Concern::whole;
+}
+
 void TodoScheduleEditor::setDue(base::Instant due) {
     m_due = due;
     m_isDueOfOriginalDay = false;

@@ -48,6 +48,9 @@ public:
     void setDue(base::Instant due);
 
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
+    /// What that message is about, so that it can be said there.
+    enum class Concern { window, reminder, whole };
+    Concern errorConcern() const;
     bool isCompleted() const { return m_settings.completed; }
     const model::TodoSchedule& original() const { return m_original; }
 

@@ -256,6 +256,13 @@ TEST_F(TodoScheduleEditorTest, WantsAReminderInTheFutureUnlessItIsTheOldOne) {
     editor.hasWindow = true;
     editor.start = editor.due();
     EXPECT_EQ(editor.check(m_now), kWindowRefusal);
+
+    using Concern = TodoScheduleEditor::Concern;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.errorConcern(), Concern::window);
+    editor.hasWindow = false;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.errorConcern(), Concern::reminder);
 }
 
 TEST_F(TodoScheduleEditorTest, StaysOpenWithTheReasonUntilItIsSaved) {

@@ -56,7 +56,7 @@ LanguageMenu::LanguageMenu(richtext::CodeHighlighter& code, const QString& curre
     setUp({.choice = tr("Language of the code"),
            .field = tr("Search languages"),
            .list = tr("Languages")});
-    setFixedWidth(theme.scaled(kPanelWidth));
+    setPanelWidth(theme.scaled(kPanelWidth));
     m_list->setFixedHeight(std::clamp(window->height() - theme.scaled(kAroundList),
                                       theme.scaled(kSmallestListHeight),
                                       theme.scaled(kListHeight)));

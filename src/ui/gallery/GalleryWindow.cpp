@@ -2,6 +2,7 @@
 
 #include "ui/gallery/ControlSamples.h"
 #include "ui/gallery/DesignSamples.h"
+#include "ui/gallery/FieldSamples.h"
 #include "ui/gallery/PanelSamples.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
@@ -81,6 +82,7 @@ void GalleryWindow::showSamples() {
     columns->addWidget(makeControlSamples(m_theme, samples), 0, Qt::AlignTop);
     auto* const right = new QVBoxLayout;
     right->addWidget(makePanelSamples(m_theme, samples));
+    right->addWidget(makeFieldSamples(m_theme, samples));
     right->addWidget(new DesignSamples(m_theme, samples));
     right->addStretch();
     columns->addLayout(right, 1);

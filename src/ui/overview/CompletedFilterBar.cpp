@@ -3,14 +3,14 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/BoardLabel.h"
-#include "ui/kit/controls/DateFields.h"
 #include "ui/kit/controls/FlowLayout.h"
 #include "ui/kit/controls/SearchField.h"
+#include "ui/kit/fields/DateField.h"
+#include "ui/kit/fields/WallClock.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
+#include "ui/overview/FilterChoice.h"
 
-#include <QComboBox>
-#include <QDateEdit>
 #include <QLabel>
 #include <QPushButton>
 #include <QScopedValueRollback>
@@ -24,10 +24,6 @@ namespace {
 
 using schedule::CompletedFilter;
 
-constexpr int kSideMargin = 18;
-constexpr int kSpacing = 8;
-/// A board's name may be long: this many letters of it tell enough.
-constexpr int kShownLetters = 14;
 /// How far back a range reaches that was just chosen.
 constexpr int kFirstRangeDays = 6;
 
@@ -49,16 +45,16 @@ CompletedFilterBar::CompletedFilterBar(const services::BoardService& boards, con
     m_search->setAccessibleName(tr("Search completed entries"));
     m_boardStatus =
         makePicker(tr("Filter by board status"), {Status::any, Status::active, Status::archived});
-    m_board = makePicker(tr("Filter by board"));
-    m_board->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-    m_board->setMinimumContentsLength(kShownLetters);
+    m_board = new FilterChoice(tr("Filter by board"), m_theme, this);
     m_schedule = makePicker(tr("Filter by due date"), {Schedule::any, Schedule::hadDueDate,
                                                        Schedule::noDueDate, Schedule::late});
     m_period =
         makePicker(tr("Filter by completion date"),
                    {Period::any, Period::today, Period::week, Period::month, Period::custom});
-    makeRange();
+    m_start = makeDay(tr("First day"));
+    m_end = makeDay(tr("Last day"));
     m_reset = new QPushButton(tr("Reset"), this);
+    m_reset->setFlat(true);
     m_reset->setAccessibleName(tr("Reset the filter"));
     layOut();
     fillBoards();
@@ -68,53 +64,47 @@ CompletedFilterBar::CompletedFilterBar(const services::BoardService& boards, con
     showFilter();
 }
 
-QComboBox* CompletedFilterBar::makePicker(const QString& name) {
-    auto* const picker = new QComboBox(this);
-    picker->setAccessibleName(name);
-    picker->setToolTip(name);
-    picker->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-    return picker;
-}
-
 template <typename Case>
-QComboBox* CompletedFilterBar::makePicker(const QString& name, std::initializer_list<Case> cases) {
-    auto* const picker = makePicker(name);
+FilterChoice* CompletedFilterBar::makePicker(const QString& name,
+                                             std::initializer_list<Case> cases) {
+    auto* const picker = new FilterChoice(name, m_theme, this);
     for (const auto each : cases) {
         picker->addItem(translated(schedule::title(each)), static_cast<int>(each));
     }
     return picker;
 }
 
-void CompletedFilterBar::makeRange() {
-    m_range = new QWidget(this);
-    m_start = new QDateEdit(m_range);
-    m_start->setAccessibleName(tr("First day"));
-    m_end = new QDateEdit(m_range);
-    m_end->setAccessibleName(tr("Last day"));
-    for (auto* const field : {m_start, m_end}) {
-        field->setCalendarPopup(true);
-        DateFields::setUp(*field, DateFields::dayFormat(m_dates.formats()));
-    }
-    auto* const row = new QHBoxLayout(m_range);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(kSpacing / 2);
-    row->addWidget(m_start);
-    row->addWidget(new QLabel(QStringLiteral("–"), m_range));
-    row->addWidget(m_end);
+DateField* CompletedFilterBar::makeDay(const QString& name) {
+    const auto today = [this] {
+        return WallClock::dateTimeOf(m_clock.now(), m_dates.formats().calendar()).date();
+    };
+    auto* const field = new DateField({.formats = m_dates.shared(),
+                                       .today = today,
+                                       .towards = base::TypedDates::Around::Towards::past},
+                                      m_theme, this);
+    field->setAccessibleName(name);
+    return field;
 }
 
 void CompletedFilterBar::layOut() {
+    const auto space = m_theme.space(Space::medium);
+    const auto side = m_theme.space(Space::wide);
+    m_toEnd = new QWidget(this);
+    auto* const toEnd = new QHBoxLayout(m_toEnd);
+    toEnd->setContentsMargins(0, 0, 0, 0);
+    toEnd->setSpacing(space);
+    toEnd->addWidget(new QLabel(QStringLiteral("–"), m_toEnd));
+    toEnd->addWidget(m_end);
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kSideMargin, 0, kSideMargin, kSpacing);
-    column->setSpacing(kSpacing);
+    column->setContentsMargins(side, 0, side, space);
+    column->setSpacing(space);
     column->addWidget(m_search);
     auto* const pickers = new FlowLayout;
-    pickers->setSpacing(kSpacing);
-    for (auto* const each :
-         std::initializer_list<QWidget*>{m_boardStatus, m_board, m_schedule, m_period, m_range}) {
+    pickers->setSpacing(space);
+    for (auto* const each : std::initializer_list<QWidget*>{m_boardStatus, m_board, m_schedule,
+                                                            m_period, m_start, m_toEnd, m_reset}) {
         pickers->addWidget(each);
     }
-    pickers->addWidget(m_reset);
     column->addLayout(pickers);
 }
 
@@ -129,10 +119,10 @@ void CompletedFilterBar::connectFields() {
         m_search->clear();
     });
     for (auto* const picker : {m_boardStatus, m_board, m_schedule, m_period}) {
-        connect(picker, &QComboBox::currentIndexChanged, this, &CompletedFilterBar::take);
+        connect(picker, &FilterChoice::currentIndexChanged, this, &CompletedFilterBar::take);
     }
     for (auto* const field : {m_start, m_end}) {
-        connect(field, &QDateEdit::dateChanged, this, &CompletedFilterBar::take);
+        connect(field, &DateField::changed, this, &CompletedFilterBar::take);
     }
     connect(m_reset, &QPushButton::clicked, this, [this] {
         m_search->setFocus(); // before the button goes
@@ -184,7 +174,7 @@ void CompletedFilterBar::showFilter() {
     if (m_search->text() != toQString(m_filter.query)) {
         m_search->setText(toQString(m_filter.query));
     }
-    const auto choose = [](QComboBox& picker, auto which) {
+    const auto choose = [](FilterChoice& picker, auto which) {
         picker.setCurrentIndex(picker.findData(static_cast<int>(which)));
     };
     choose(*m_boardStatus, m_filter.boardStatus);
@@ -198,10 +188,15 @@ void CompletedFilterBar::showFilter() {
     const auto isCustom = m_filter.period == CompletedFilter::Period::custom;
     if (isCustom) {
         const auto& calendar = m_dates.formats().calendar();
-        m_start->setDate(DateFields::dateTimeOf(m_filter.startDate, calendar).date());
-        m_end->setDate(DateFields::dateTimeOf(m_filter.endDate, calendar).date());
+        m_start->setDate(WallClock::dateTimeOf(m_filter.startDate, calendar).date());
+        m_end->setDate(WallClock::dateTimeOf(m_filter.endDate, calendar).date());
+        for (auto* const field : {m_start, m_end}) {
+            // In the wrong order they mean the first day alone.
+            field->setRange(m_start->date(), std::max(m_start->date(), m_end->date()));
+        }
     }
-    m_range->setVisible(isCustom);
+    m_start->setVisible(isCustom);
+    m_toEnd->setVisible(isCustom);
     m_reset->setVisible(m_filter.isActive());
 }
 
@@ -225,12 +220,12 @@ void CompletedFilterBar::take() {
         auto start = m_start->date();
         auto end = m_end->date();
         if (before.period != CompletedFilter::Period::custom) {
-            end = DateFields::dateTimeOf(now, calendar).date();
+            end = WallClock::dateTimeOf(now, calendar).date();
             start = end.addDays(-kFirstRangeDays);
         }
         const QTime noon(12, 0);
-        m_filter.startDate = DateFields::instantOf(start, noon, calendar, now);
-        m_filter.endDate = DateFields::instantOf(end, noon, calendar, now);
+        m_filter.startDate = WallClock::instantOf(start, noon, calendar, now);
+        m_filter.endDate = WallClock::instantOf(end, noon, calendar, now);
     }
     if (m_filter != before) {
         showFilter();
@@ -239,8 +234,7 @@ void CompletedFilterBar::take() {
 }
 
 void CompletedFilterBar::applyTheme() {
-    const auto size = m_theme.scaled(14);
-    m_board->setIconSize({size, size});
+    m_board->setIconSize(QSize(1, 1) * m_theme.extent(Extent::smallIcon));
 }
 
 } // namespace korvex::ui

@@ -11,12 +11,12 @@
 #include <optional>
 #include <vector>
 
-class QComboBox;
-class QDateEdit;
 class QPushButton;
 
 namespace korvex::ui {
 
+class DateField;
+class FilterChoice;
 class SearchField;
 
 /// Chooses which completed todos are shown: by words, board, due date and completion date. Main
@@ -49,9 +49,8 @@ private:
     };
 
     template <typename Case>
-    QComboBox* makePicker(const QString& name, std::initializer_list<Case> cases);
-    QComboBox* makePicker(const QString& name);
-    void makeRange();
+    FilterChoice* makePicker(const QString& name, std::initializer_list<Case> cases);
+    DateField* makeDay(const QString& name);
     void layOut();
     void connectFields();
     void fillBoards();
@@ -69,13 +68,14 @@ private:
     bool m_isShowing = false;
 
     SearchField* m_search;
-    QComboBox* m_boardStatus;
-    QComboBox* m_board;
-    QComboBox* m_schedule;
-    QComboBox* m_period;
-    QWidget* m_range;
-    QDateEdit* m_start;
-    QDateEdit* m_end;
+    FilterChoice* m_boardStatus;
+    FilterChoice* m_board;
+    FilterChoice* m_schedule;
+    FilterChoice* m_period;
+    DateField* m_start;
+    /// The last day, with a dash before it.
+    QWidget* m_toEnd;
+    DateField* m_end;
     QPushButton* m_reset;
 };
 

@@ -1,34 +1,25 @@
 #include "ui/todos/SchedulePopover.h"
 
-#include "ui/kit/controls/DateFields.h"
-#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/controls/FlowLayout.h"
+#include "ui/kit/controls/RefusalLabel.h"
+#include "ui/kit/fields/DateField.h"
+#include "ui/kit/fields/TimeField.h"
+#include "ui/kit/fields/WallClock.h"
+#include "ui/kit/overlays/PanelScroll.h"
 #include "ui/kit/words/Text.h"
+#include "ui/todos/ReminderChoice.h"
 
 #include <QCheckBox>
-#include <QComboBox>
-#include <QDateEdit>
-#include <QGridLayout>
+#include <QFormLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QTimeEdit>
 
 #include <algorithm>
 #include <initializer_list>
-#include <utility>
 
 namespace korvex::ui {
-
-namespace {
-
-constexpr int kPanelWidth = 300;
-constexpr int kMargin = 14;
-constexpr int kWindowMargin = 8;
-/// Stands in the list of presets for a moment of the user's own.
-constexpr int kCustom = -1;
-
-} // namespace
 
 SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& services,
                                  const Theme& theme, QWidget* window)
@@ -55,122 +46,116 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
 }
 
 void SchedulePopover::makeFields() {
-    m_hasDue = new QCheckBox(tr("Due"), this);
-    m_day = new QDateEdit(this);
-    m_day->setCalendarPopup(true);
-    m_day->setAccessibleName(tr("Due day"));
+    const DateField::Settings dates{.formats = m_formats, .today = [this] {
+                                        return dateTimeOf(m_services.clock.now()).date();
+                                    }};
     m_today = new QPushButton(tr("Today"), this);
     m_tomorrow = new QPushButton(tr("Tomorrow"), this);
     m_nextWeek = new QPushButton(tr("Next week"), this);
-    m_hasTime = new QCheckBox(tr("Time"), this);
-    m_time = new QTimeEdit(this);
-    m_time->setAccessibleName(tr("Due time"));
-    m_hasWindow = new QCheckBox(tr("Start"), this);
-    m_startDay = new QDateEdit(this);
-    m_startDay->setCalendarPopup(true);
+    m_hasDue = new QCheckBox(tr("Due"), this);
+    m_day = new DateField(dates, theme(), this);
+    m_day->setAccessibleName(tr("Due day"));
+    m_hasStart = new QCheckBox(tr("From"), this);
+    m_startFields = new QWidget(this);
+    m_startDay = new DateField(dates, theme(), m_startFields);
     m_startDay->setAccessibleName(tr("Start day"));
-    m_start = new QTimeEdit(this);
+    m_start = new TimeField(m_formats, theme(), m_startFields);
     m_start->setAccessibleName(tr("Start time"));
+    m_hasTime = new QCheckBox(tr("Until"), this);
+    m_time = new TimeField(m_formats, theme(), this);
+    m_time->setAccessibleName(tr("Due time"));
     m_hasReminder = new QCheckBox(tr("Reminder"), this);
-    m_preset = new QComboBox(this);
-    m_preset->setAccessibleName(tr("Reminder"));
-    m_reminder = new QDateTimeEdit(this);
-    m_reminder->setCalendarPopup(true);
-    m_reminder->setAccessibleName(tr("Moment of the reminder"));
-    const auto dayFormat = DateFields::dayFormat(*m_formats);
-    const auto timeFormat = DateFields::timeFormat(*m_formats);
-    for (auto* const day : {m_day, m_startDay}) {
-        DateFields::setUp(*day, dayFormat);
-    }
-    DateFields::setUp(*m_reminder, dayFormat + QLatin1Char(' ') + timeFormat);
-    for (QDateTimeEdit* const field :
-         {static_cast<QDateTimeEdit*>(m_time), static_cast<QDateTimeEdit*>(m_start)}) {
-        DateFields::setUp(*field, timeFormat);
-    }
+    const auto inside = theme().scaled(kPanelMeasure) - 2 * theme().space(Space::large);
+    m_reminder = new ReminderChoice(
+        dates, std::min(inside, room().width() - 2 * theme().space(Space::large)), theme(), this);
     m_explanation = new QLabel(this);
     m_explanation->setWordWrap(true);
     m_explanation->setFont(theme().smallFont());
-    m_error = new QLabel(this);
-    m_error->setWordWrap(true);
-    m_error->setFont(theme().smallFont());
-    Accessibility::setRole(*m_error, QAccessible::AlertMessage);
-    auto errorPalette = m_error->palette();
-    errorPalette.setColor(QPalette::WindowText, theme().colors().danger);
-    m_error->setPalette(errorPalette);
-    auto quietPalette = m_explanation->palette();
-    quietPalette.setColor(QPalette::WindowText, theme().colors().secondaryText);
-    m_explanation->setPalette(quietPalette);
+    auto quiet = m_explanation->palette();
+    quiet.setColor(QPalette::WindowText, theme().colors().secondaryText);
+    m_explanation->setPalette(quiet);
+    m_dayRefusal = new RefusalLabel(theme(), this);
+    m_timeRefusal = new RefusalLabel(theme(), this);
+    m_reminderRefusal = new RefusalLabel(theme(), this);
+    m_refusal = new RefusalLabel(theme(), this);
     m_clear = new QPushButton(tr("Clear"), this);
+    m_clear->setFlat(true);
     m_save = new QPushButton(tr("Save"), this);
     m_save->setDefault(true);
 }
 
-void SchedulePopover::layOut() {
-    const auto room = window()->width() - 2 * kWindowMargin;
-    const auto isNarrow = theme().scaled(kPanelWidth) > room;
-    setFixedWidth(std::min(theme().scaled(kPanelWidth), room));
-    auto* const grid = new QGridLayout(this);
-    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    grid->setVerticalSpacing(8);
-    const auto addLine = [grid](QLayout* line) {
-        grid->addLayout(line, grid->rowCount(), 0, 1, 2);
-    };
-    auto* const days = new QBoxLayout(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-    days->setSpacing(6);
-    for (auto* const button : {m_today, m_tomorrow, m_nextWeek}) {
-        days->addWidget(button);
-    }
-    auto* const start = new QWidget(this);
-    auto* const startLines = new QVBoxLayout(start);
-    startLines->setContentsMargins(QMargins());
-    startLines->setSpacing(grid->verticalSpacing());
-    startLines->addWidget(m_startDay);
-    startLines->addWidget(m_start);
-    addLine(days);
-    for (const auto& [box, field] :
-         std::initializer_list<std::pair<QWidget*, QWidget*>>{{m_hasDue, m_day},
-                                                              {m_hasTime, m_time},
-                                                              {m_hasWindow, start},
-                                                              {m_hasReminder, m_preset},
-                                                              {nullptr, m_reminder}}) {
-        const auto row = grid->rowCount();
-        if (box) {
-            grid->addWidget(box, row, 0, 1, isNarrow ? 2 : 1);
+QWidget* SchedulePopover::makeForm() {
+    const auto space = theme().space(Space::medium);
+    const auto flow = [space](std::initializer_list<QWidget*> widgets, QWidget* parent) {
+        auto* const layout = new FlowLayout(parent);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(space);
+        for (auto* const each : widgets) {
+            layout->addWidget(each);
         }
-        // Where there is no room beside it, the field stands under its box.
-        grid->addWidget(field, isNarrow && box ? row + 1 : row, isNarrow ? 0 : 1, 1,
-                        isNarrow ? 2 : 1);
-    }
-    grid->addWidget(m_explanation, grid->rowCount(), 0, 1, 2);
-    grid->addWidget(m_error, grid->rowCount(), 0, 1, 2);
+        return layout;
+    };
+    flow({m_startDay, m_start}, m_startFields);
+    auto* const content = new QWidget(this);
+    auto* const form = new QFormLayout(content);
+    form->setContentsMargins(0, 0, 0, 0);
+    form->setHorizontalSpacing(theme().space(Space::large));
+    form->setVerticalSpacing(space);
+    form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
+    form->setRowWrapPolicy(QFormLayout::WrapLongRows);
+    form->addRow(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
+    form->addRow(m_hasDue, m_day);
+    form->addRow(m_dayRefusal);
+    form->addRow(m_hasStart, m_startFields);
+    form->addRow(m_hasTime, m_time);
+    form->addRow(m_timeRefusal);
+    form->addRow(m_hasReminder);
+    form->addRow(m_reminder);
+    form->addRow(m_explanation);
+    form->addRow(m_reminderRefusal);
+    form->addRow(m_refusal);
+    return content;
+}
+
+void SchedulePopover::layOut() {
+    setPanelWidth(theme().scaled(kPanelMeasure));
+    auto* const column = new QVBoxLayout(this);
+    const auto margin = theme().space(Space::large);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(margin);
+    column->addWidget(new PanelScroll(makeForm(), this), 1);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(m_clear);
     buttons->addStretch();
     buttons->addWidget(m_save);
-    addLine(buttons);
-    grid->setColumnStretch(1, 1);
-    // Tab leads through them as they stand.
-    QWidget* before = m_today;
-    for (QWidget* const each : std::initializer_list<QWidget*>{
-             m_tomorrow, m_nextWeek, m_hasDue, m_day, m_hasTime, m_time, m_hasWindow, m_startDay,
-             m_start, m_hasReminder, m_preset, m_reminder, m_clear, m_save}) {
-        setTabOrder(before, each);
-        before = each;
+    column->addLayout(buttons);
+    orderTabs();
+}
+
+void SchedulePopover::orderTabs() {
+    std::vector<QWidget*> stops{m_today,   m_tomorrow, m_nextWeek,   m_hasDue,
+                                m_day,     m_hasStart, m_startDay,   m_start,
+                                m_hasTime, m_time,     m_hasReminder};
+    const auto ofReminder = m_reminder->stops();
+    stops.insert(stops.end(), ofReminder.begin(), ofReminder.end());
+    stops.insert(stops.end(), {m_clear, m_save});
+    for (std::size_t i = 1; i < stops.size(); ++i) {
+        setTabOrder(stops[i - 1], stops[i]);
     }
 }
 
 void SchedulePopover::connectFields() {
-    const auto changed = [this] { takeState(); };
-    for (auto* const box : {m_hasDue, m_hasTime, m_hasWindow, m_hasReminder}) {
-        connect(box, &QCheckBox::toggled, this, changed);
+    for (auto* const box : {m_hasDue, m_hasStart, m_hasTime, m_hasReminder}) {
+        connect(box, &QCheckBox::toggled, this, &SchedulePopover::takeState);
     }
-    for (QDateTimeEdit* const field :
-         {static_cast<QDateTimeEdit*>(m_day), static_cast<QDateTimeEdit*>(m_time),
-          static_cast<QDateTimeEdit*>(m_startDay), static_cast<QDateTimeEdit*>(m_start),
-          m_reminder}) {
-        connect(field, &QDateTimeEdit::dateTimeChanged, this, changed);
+    for (auto* const field :
+         std::initializer_list<TypedField*>{m_day, m_startDay, m_start, m_time}) {
+        connect(field, &TypedField::changed, this, &SchedulePopover::takeState);
+        connect(field, &TypedField::problemChanged, this, &SchedulePopover::showErrors);
     }
-    connect(m_preset, &QComboBox::activated, this, changed);
+    connect(m_reminder, &ReminderChoice::changed, this, &SchedulePopover::takeState);
+    connect(m_reminder, &ReminderChoice::problemChanged, this, &SchedulePopover::showErrors);
     connect(m_today, &QPushButton::clicked, this, [this] { setDueDay(0); });
     connect(m_tomorrow, &QPushButton::clicked, this, [this] { setDueDay(1); });
     connect(m_nextWeek, &QPushButton::clicked, this, [this] { setDueDay(7); });
@@ -178,48 +163,32 @@ void SchedulePopover::connectFields() {
     connect(m_save, &QPushButton::clicked, this, &SchedulePopover::save);
 }
 
-void SchedulePopover::fillPresets() {
-    m_preset->clear();
-    if (m_editor.hasDue) {
-        for (const auto preset : schedule::kAllReminderPresets) {
-            m_preset->addItem(translated(schedule::title(preset)), static_cast<int>(preset));
-        }
-    }
-    m_preset->addItem(tr("Custom"), kCustom);
-    const auto chosen = m_editor.reminderPreset && m_editor.hasDue
-                            ? static_cast<int>(*m_editor.reminderPreset)
-                            : kCustom;
-    m_preset->setCurrentIndex(m_preset->findData(chosen));
-}
-
 void SchedulePopover::showState() {
     const QScopedValueRollback showing(m_isShowing, true);
     const auto due = dateTimeOf(m_editor.due());
+    const auto start = dateTimeOf(m_editor.start);
+    const bool hasTime = m_editor.hasDue && m_editor.hasTime;
+    const bool hasStart = hasTime && m_editor.hasWindow;
     m_hasDue->setChecked(m_editor.hasDue);
     m_day->setDate(due.date());
-    m_hasTime->setChecked(m_editor.hasTime);
-    m_time->setTime(due.time());
-    m_hasWindow->setChecked(m_editor.hasWindow);
-    const auto start = dateTimeOf(m_editor.start);
+    m_hasStart->setChecked(hasStart);
     m_startDay->setDate(start.date());
     m_start->setTime(start.time());
+    m_hasTime->setChecked(hasTime);
+    m_time->setTime(due.time());
     m_hasReminder->setChecked(m_editor.hasReminder);
-    m_reminder->setDateTime(dateTimeOf(m_editor.reminder));
-    fillPresets();
+    m_reminder->show(m_editor.reminderPreset, dateTimeOf(m_editor.reminder),
+                     m_editor.hasDue ? ReminderChoice::Offer::presets
+                                     : ReminderChoice::Offer::momentOnly);
     m_shown = shown();
 
-    m_day->setEnabled(m_editor.hasDue);
-    const auto hasTime = m_editor.hasDue && m_editor.hasTime;
+    m_day->setVisible(m_editor.hasDue);
+    m_hasStart->setVisible(m_editor.hasDue);
+    m_startFields->setVisible(hasStart);
+    m_startDay->setVisible(m_editor.startHasOwnDay);
     m_hasTime->setVisible(m_editor.hasDue);
-    m_time->setVisible(m_editor.hasDue);
-    m_time->setEnabled(hasTime);
-    m_hasWindow->setVisible(hasTime);
-    m_startDay->setVisible(hasTime && m_editor.startHasOwnDay);
-    m_startDay->setEnabled(m_editor.hasWindow);
-    m_start->setVisible(hasTime);
-    m_start->setEnabled(m_editor.hasWindow);
-    m_preset->setEnabled(m_editor.hasReminder);
-    m_reminder->setVisible(m_editor.hasReminder && m_preset->currentData().toInt() == kCustom);
+    m_time->setVisible(hasTime);
+    m_reminder->setVisible(m_editor.hasReminder);
     const auto explanation = m_editor.anchorExplanation();
     m_explanation->setVisible(explanation && m_editor.reminderPreset);
     auto text = explanation ? translated(explanation->text) : QString();
@@ -228,10 +197,7 @@ void SchedulePopover::showState() {
     }
     m_explanation->setText(text);
     m_clear->setEnabled(!m_editor.original().isEmpty());
-    showError();
-    if (isVisible()) {
-        placeAgain();
-    }
+    showErrors();
 }
 
 void SchedulePopover::takeState() {
@@ -239,11 +205,15 @@ void SchedulePopover::takeState() {
         return;
     }
     changed();
-    const auto reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
+    const bool reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
     const auto now = shown();
     m_editor.hasDue = m_hasDue->isChecked();
-    m_editor.hasTime = m_hasTime->isChecked();
-    m_editor.hasWindow = m_hasWindow->isChecked();
+    if (m_editor.hasDue) {
+        // A start needs an end, and goes with it.
+        const bool startAppears = m_hasStart->isChecked() && !m_editor.hasWindow;
+        m_editor.hasTime = m_hasTime->isChecked() || startAppears;
+        m_editor.hasWindow = m_hasStart->isChecked() && m_editor.hasTime;
+    }
     if (now.due != m_shown.due) {
         m_editor.setDue(edited(m_editor.due(), m_shown.due, now.due));
     }
@@ -254,14 +224,9 @@ void SchedulePopover::takeState() {
     }
     m_editor.hasReminder = m_hasReminder->isChecked();
     m_editor.reminder = edited(m_editor.reminder, m_shown.reminder, now.reminder);
-    const auto preset = m_preset->currentData().toInt();
-    if (reminderAppears && m_editor.hasDue) {
-        m_editor.reminderPreset = schedule::TodoReminderPreset::atDueTime;
-    } else if (preset == kCustom) {
-        m_editor.reminderPreset.reset();
-    } else {
-        m_editor.reminderPreset = static_cast<schedule::TodoReminderPreset>(preset);
-    }
+    m_editor.reminderPreset = reminderAppears && m_editor.hasDue
+                                  ? schedule::TodoReminderPreset::atDueTime
+                                  : m_reminder->preset();
     m_editor.updatePresetReminder();
     showState();
 }
@@ -274,31 +239,64 @@ void SchedulePopover::setDueDay(int daysFromToday) {
     m_editor.setDue(instantOf(today.addDays(daysFromToday), dateTimeOf(due).time(), due));
     m_editor.updatePresetReminder();
     showState();
+    save();
 }
 
 void SchedulePopover::clear() {
     m_editor.hasDue = false;
     m_editor.hasReminder = false;
-    save();
-}
-
-void SchedulePopover::save() {
     if (!m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
-void SchedulePopover::dismiss() {
-    if (!m_editor.dismiss(m_services.clock.now())) {
+void SchedulePopover::save() {
+    if (takeTyped() && !m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
-void SchedulePopover::showError() {
+void SchedulePopover::dismiss() {
+    if (takeTyped() && !m_editor.dismiss(m_services.clock.now())) {
+        showState();
+    }
+}
+
+bool SchedulePopover::takeTyped() {
+    auto isRead = !m_reminder->isVisible() || m_reminder->take();
+    for (auto* const field :
+         std::initializer_list<TypedField*>{m_time, m_start, m_startDay, m_day}) {
+        if (field->isVisible() && !field->take()) {
+            field->setFocus(); // in the end it is the first
+            isRead = false;
+        }
+    }
+    return isRead;
+}
+
+void SchedulePopover::showErrors() {
     const auto& message = m_editor.errorMessage();
-    m_error->setVisible(message.has_value());
-    m_error->setText(message ? translated(*message) : QString());
-    Accessibility::say(*m_error, m_error->text());
+    using Concern = schedule::TodoScheduleEditor::Concern;
+    const auto problemOf = [](std::initializer_list<const TypedField*> fields) {
+        for (const auto* const field : fields) {
+            if (!field->isHidden() && !field->problem().isEmpty()) {
+                return field->problem();
+            }
+        }
+        return QString();
+    };
+    const auto say = [&](RefusalLabel& label, const QString& problem, Concern concern) {
+        const bool isMeant = message && m_editor.errorConcern() == concern;
+        label.say(!problem.isEmpty() ? problem : isMeant ? translated(*message) : QString());
+    };
+    m_dayRefusal->say(problemOf({m_day}));
+    say(*m_timeRefusal, problemOf({m_startDay, m_start, m_time}), Concern::window);
+    say(*m_reminderRefusal, m_reminder->isHidden() ? QString() : m_reminder->problem(),
+        Concern::reminder);
+    say(*m_refusal, {}, Concern::whole);
+    if (isVisible()) {
+        placeAgain();
+    }
 }
 
 void SchedulePopover::keyPressEvent(QKeyEvent* event) {
@@ -306,22 +304,20 @@ void SchedulePopover::keyPressEvent(QKeyEvent* event) {
         Popover::keyPressEvent(event);
         return;
     }
-    // On a day's button Return chooses the day and is done.
     for (auto* const button : {m_today, m_tomorrow, m_nextWeek, m_clear}) {
         if (button->hasFocus()) {
             button->click();
-            if (button == m_clear) {
-                return;
-            }
+            return;
         }
     }
+    m_reminder->pressFocused();
     save();
 }
 
 SchedulePopover::Shown SchedulePopover::shown() const {
     return {.due = QDateTime(m_day->date(), m_time->time(), Qt::UTC),
             .start = QDateTime(m_startDay->date(), m_start->time(), Qt::UTC),
-            .reminder = m_reminder->dateTime()};
+            .reminder = m_reminder->moment()};
 }
 
 base::Instant SchedulePopover::edited(base::Instant instant, const QDateTime& before,
@@ -336,11 +332,11 @@ base::Instant SchedulePopover::edited(base::Instant instant, const QDateTime& be
 
 base::Instant SchedulePopover::instantOf(const QDate& day, const QTime& time,
                                          base::Instant otherwise) const {
-    return DateFields::instantOf(day, time, m_formats->calendar(), otherwise);
+    return WallClock::instantOf(day, time, m_formats->calendar(), otherwise);
 }
 
 QDateTime SchedulePopover::dateTimeOf(base::Instant instant) const {
-    return DateFields::dateTimeOf(instant, m_formats->calendar());
+    return WallClock::dateTimeOf(instant, m_formats->calendar());
 }
 
 } // namespace korvex::ui

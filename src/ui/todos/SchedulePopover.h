@@ -9,14 +9,16 @@
 #include <memory>
 
 class QCheckBox;
-class QComboBox;
-class QDateEdit;
-class QDateTimeEdit;
 class QLabel;
 class QPushButton;
-class QTimeEdit;
 
 namespace korvex::ui {
+
+class DateField;
+class ReminderChoice;
+class RefusalLabel;
+class TimeField;
+class TypedField;
 
 /// Edits when a todo is due and when to be reminded of it.
 class SchedulePopover final : public Popover {
@@ -35,8 +37,9 @@ protected:
 private:
     void makeFields();
     void layOut();
+    QWidget* makeForm();
+    void orderTabs();
     void connectFields();
-    void fillPresets();
     /// Shows the editor's state in the fields, and the other way round.
     void showState();
     void takeState();
@@ -51,12 +54,16 @@ private:
     /// not touched stays, even where the field could not show it.
     base::Instant edited(base::Instant instant, const QDateTime& before,
                          const QDateTime& now) const;
+    /// Chooses the day and is done.
     void setDueDay(int daysFromToday);
     base::Instant instantOf(const QDate& day, const QTime& time, base::Instant otherwise) const;
     QDateTime dateTimeOf(base::Instant instant) const;
     void clear();
     void save();
-    void showError();
+    /// Reads what is being typed. False where a field says nothing; the first such one then has the
+    /// keyboard.
+    bool takeTyped();
+    void showErrors();
 
     TodoServices m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
@@ -64,21 +71,25 @@ private:
     bool m_isShowing = false;
     Shown m_shown;
 
-    QCheckBox* m_hasDue;
-    QDateEdit* m_day;
-    QCheckBox* m_hasTime;
-    QTimeEdit* m_time;
-    QCheckBox* m_hasWindow;
-    QDateEdit* m_startDay;
-    QTimeEdit* m_start;
-    QCheckBox* m_hasReminder;
-    QComboBox* m_preset;
-    QDateTimeEdit* m_reminder;
-    QLabel* m_explanation;
-    QLabel* m_error;
     QPushButton* m_today;
     QPushButton* m_tomorrow;
     QPushButton* m_nextWeek;
+    QCheckBox* m_hasDue;
+    DateField* m_day;
+    QCheckBox* m_hasStart;
+    QWidget* m_startFields;
+    DateField* m_startDay;
+    TimeField* m_start;
+    QCheckBox* m_hasTime;
+    TimeField* m_time;
+    QCheckBox* m_hasReminder;
+    ReminderChoice* m_reminder;
+    QLabel* m_explanation;
+    /// Each beside what it concerns; the last is about all of it.
+    RefusalLabel* m_dayRefusal;
+    RefusalLabel* m_timeRefusal;
+    RefusalLabel* m_reminderRefusal;
+    RefusalLabel* m_refusal;
     QPushButton* m_clear;
     QPushButton* m_save;
 };

@@ -1,15 +1,15 @@
 #include "ui/kit/words/Language.h"
 
+#include "base/DateFormats.h"
 #include "base/UserLocale.h"
+#include "base/Utf16.h"
 #include "model/ServiceErrors.h"
 #include "support/ScopedEnvironment.h"
-#include "ui/kit/controls/DateFields.h"
 #include "ui/kit/words/Plurals.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
-#include <QDateTimeEdit>
 #include <QTranslator>
 
 #include <gtest/gtest.h>
@@ -51,8 +51,8 @@ TEST(Language, WhatTheFloorsBelowSayIsTranslatedByItsEnglishText) {
     QCoreApplication::removeTranslator(&loud);
 }
 
-/// What is typed in a field reads as the same moment does in a label.
-TEST(DateFields, ReadAsLabelsDo) {
+/// What stands in a field reads as the same moment does in a label.
+TEST(Language, FieldsReadAsLabelsDo) {
     struct Case {
         const char* environment;
         const char* day;
@@ -71,17 +71,10 @@ TEST(DateFields, ReadAsLabelsDo) {
         const tests::ScopedEnvironment environment("LC_ALL", each.environment);
         const auto locale = base::localeSpeaking("en", "LC_TIME");
         const base::DateFormats formats(locale, base::TimeZone::utc());
-        const auto shown = [&](const QString& format) {
-            QDateTimeEdit field;
-            DateFields::setUp(field, format);
-            field.setDateTime(DateFields::dateTimeOf(kEvening, formats.calendar()));
-            return toUtf8(field.text());
-        };
-        EXPECT_EQ(shown(DateFields::dayFormat(formats)), each.day) << locale;
+        const auto& typed = formats.typed();
+        EXPECT_EQ(base::utf8(typed.shown(base::CivilDay{2025, 3, 10}).text), each.day) << locale;
+        EXPECT_EQ(base::utf8(typed.shown(base::ClockTime{21, 30}).text), each.time) << locale;
         EXPECT_EQ(formats.shortTime(kEvening), each.time) << locale;
-        EXPECT_EQ(QString::fromStdString(shown(DateFields::timeFormat(formats))).toLower(),
-                  QString::fromUtf8(each.time).toLower())
-            << locale;
         EXPECT_NE(formats.dayWithWeekday(kEvening).find("Mon"), std::string::npos)
             << "in the language of the texts";
     }

@@ -42,6 +42,7 @@ public:
     explicit PicturedWindow(const Variant& variant);
     ~PicturedWindow();
 
+    const ui::Theme& theme() const { return m_theme; }
     WindowScenes& scenes() { return *m_scenes; }
     /// With the menu that is open over it.
     QImage picture();

@@ -81,9 +81,9 @@ QString fileOf(const QDir& folder, const QString& variant, const QString& scene)
 }
 
 /// Such a store has no main window.
-void takeStoreError(const QString& file) {
+void takeStoreError(const ui::Theme& theme, const QString& file) {
     ui::StoreErrorWindow window(QStringLiteral("The store is damaged. Nothing was changed."),
-                                "/home/ada/.local/share/korvex/Primary.store");
+                                "/home/ada/.local/share/korvex/Primary.store", theme);
     window.show();
     QApplication::processEvents();
     save(window.grab().toImage(), file);
@@ -105,7 +105,7 @@ void takeAll(const QDir& folder, int scale, const QStringList& only) {
             }
         }
         if (only.isEmpty()) {
-            takeStoreError(fileOf(folder, name, QStringLiteral("store-error")));
+            takeStoreError(window.theme(), fileOf(folder, name, QStringLiteral("store-error")));
             if (const auto gallery = window.gallery(); !gallery.isNull()) {
                 save(gallery, fileOf(folder, name, QStringLiteral("gallery")));
             }

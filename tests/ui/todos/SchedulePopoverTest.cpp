@@ -2,13 +2,12 @@
 
 #include "support/ScopedEnvironment.h"
 #include "ui/WindowFixture.h"
+#include "ui/kit/fields/TypedField.h"
 
-#include <QCheckBox>
-#include <QComboBox>
-#include <QDateEdit>
+#include <QAbstractButton>
 #include <QLabel>
 #include <QPointer>
-#include <QPushButton>
+#include <QWheelEvent>
 
 namespace korvex::ui {
 namespace {
@@ -33,39 +32,40 @@ protected:
         popover->setFocus();
         QApplication::processEvents();
     }
-    QPushButton& button(const char* text) {
-        for (auto* const each : popover->findChildren<QPushButton*>()) {
+    QAbstractButton& button(const char* text) {
+        for (auto* const each : popover->findChildren<QAbstractButton*>()) {
             if (each->text() == QString::fromUtf8(text)) {
                 return *each;
             }
         }
         throw std::invalid_argument(text);
     }
-    QCheckBox& box(const char* text) {
-        for (auto* const each : popover->findChildren<QCheckBox*>()) {
-            if (each->text() == QString::fromUtf8(text)) {
-                return *each;
-            }
-        }
-        throw std::invalid_argument(text);
-    }
-    template <typename Field>
-    Field& field(const char* accessibleName) {
-        for (auto* const each : popover->findChildren<Field*>()) {
+    TypedField& field(const char* accessibleName) {
+        for (auto* const each : popover->findChildren<TypedField*>()) {
             if (each->accessibleName() == QString::fromUtf8(accessibleName)) {
                 return *each;
             }
         }
         throw std::invalid_argument(accessibleName);
     }
-    bool says(const char* text) const {
+    /// Types over what is there; it is taken when the keyboard goes elsewhere.
+    void enter(const char* fieldName, const char* text) {
+        auto& into = field(fieldName);
+        into.setFocus();
+        into.selectAll();
+        QTest::keyClicks(&into, QString::fromUtf8(text));
+    }
+    QString shown(const char* fieldName) { return field(fieldName).text(); }
+    bool isOn(const char* text) { return button(text).isChecked(); }
+    const QLabel* said(const char* text) const {
         for (const auto* const label : popover->findChildren<QLabel*>()) {
             if (label->isVisible() && label->text() == QString::fromUtf8(text)) {
-                return true;
+                return label;
             }
         }
-        return false;
+        return nullptr;
     }
+    bool says(const char* text) const { return said(text) != nullptr; }
     bool isOpen() {
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         return popover && popover->isVisible();
@@ -76,12 +76,21 @@ protected:
     QPointer<SchedulePopover> popover;
 };
 
-TEST_F(SchedulePopoverTest, ReturnOnADaysButtonSchedulesForThatDay) {
-    open();
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-    EXPECT_FALSE(isOpen());
-    EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250311));
+/// The days that people mean most take one click, or Return.
+TEST_F(SchedulePopoverTest, ADaysButtonSchedulesForThatDayAndIsDone) {
+    for (const bool isByReturn : {true, false}) {
+        open();
+        if (isByReturn) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        } else {
+            button("Tomorrow").click();
+        }
+        EXPECT_FALSE(isOpen());
+        EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250311));
+        own.undo.undo();
+        EXPECT_TRUE(entry->schedule().isEmpty());
+    }
 }
 
 TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {
@@ -95,10 +104,11 @@ TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {
         EXPECT_FALSE(isOpen());
         EXPECT_FALSE(own.undo.canUndo()) << "nothing was touched";
         open();
-        button("Today").click();
+        button("Due").click();
+        enter("Due day", "mar 12");
         leave();
         EXPECT_FALSE(isOpen());
-        EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250310));
+        EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20250312)) << "also half typed";
         own.undo.undo();
         EXPECT_TRUE(entry->schedule().isEmpty());
     }
@@ -106,32 +116,33 @@ TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {
 
 TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
     const auto escape = [] { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); };
-    open();
-    button("Today").click();
-    box("Time").click();
-    box("Start").click();
-    auto& due = field<QDateTimeEdit>("Due time");
-    field<QDateTimeEdit>("Start time").setTime(due.time());
+    const auto makeEmptyWindow = [&] {
+        open();
+        button("Due").click();
+        button("From").click();
+        EXPECT_TRUE(isOn("Until")) << "a start needs an end";
+        enter("Start time", "9");
+        enter("Due time", "9");
+    };
+    makeEmptyWindow();
     escape();
     ASSERT_TRUE(isOpen());
-    due.setFocus();
-    QTest::keyClick(&due, Qt::Key_Up);
+    QTest::keyClick(&field("Due time"), Qt::Key_Up);
     escape();
     EXPECT_FALSE(isOpen()) << "what was mended in between is kept";
     EXPECT_FALSE(entry->schedule().isEmpty());
     own.undo.undo();
 
-    open();
-    button("Today").click();
-    box("Time").click();
-    box("Start").click();
-    field<QDateTimeEdit>("Start time").setTime(field<QDateTimeEdit>("Due time").time());
+    makeEmptyWindow();
     escape();
     ASSERT_TRUE(isOpen());
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Escape, {}, {}, true);
     QApplication::sendEvent(QApplication::focusWidget(), &held);
     ASSERT_TRUE(isOpen()) << "a key that is held down is no second press";
-    field<QDateTimeEdit>("Start time").setTime(QTime(23, 59)); // as the wheel does, with no press
+    auto& due = field("Due time");
+    QWheelEvent turn({5, 5}, due.mapToGlobal(QPointF(5, 5)), {}, {0, -120}, Qt::NoButton,
+                     Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&due, &turn);
     escape();
     ASSERT_TRUE(isOpen()) << "what was changed in between is tried anew";
     escape();
@@ -141,15 +152,13 @@ TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
 
 TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
     open();
-    button("Tomorrow").click();
-    box("Time").click();
-    field<QDateTimeEdit>("Due time").setTime(QTime(10, 0));
-    box("Start").click();
-    field<QDateTimeEdit>("Start time").setTime(QTime(9, 0));
-    box("Reminder").click();
-    auto& presets = field<QComboBox>("Reminder");
-    presets.setCurrentIndex(presets.findText(QStringLiteral("15 minutes before")));
-    Q_EMIT presets.activated(presets.currentIndex());
+    button("Due").click();
+    enter("Due day", "tomorrow");
+    button("From").click();
+    enter("Start time", "9");
+    enter("Due time", "10");
+    button("Reminder").click();
+    button("15 minutes before").click();
     EXPECT_TRUE(says("The end time is the deadline. Reminder presets count back from the end "
                      "time."));
     button("Save").click();
@@ -158,24 +167,44 @@ TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
     EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = day + 10 * 3600.0,
                                                       .dueStartDate = day + 9 * 3600.0,
                                                       .reminderDate = day + 9.75 * 3600.0}));
+    open();
+    button("Until").click();
+    EXPECT_FALSE(isOn("From")) << "it goes with the end";
+    button("Custom").click();
+    enter("Day of the reminder", "3/12");
+    enter("Time of the reminder", "8:15");
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+    EXPECT_EQ(entry->schedule(),
+              (model::TodoSchedule{.dueDay = 20250311, .reminderDate = day + 32.25 * 3600.0}));
 }
 
-TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReason) {
+TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
+    const auto isBelow = [&](const char* reason, const QWidget& above, const QWidget& below) {
+        const auto* const label = said(reason);
+        const auto top = [&](const QWidget& of) { return of.mapTo(popover, QPoint()).y(); };
+        return label && top(*label) > top(above) && top(*label) < top(below);
+    };
     open();
-    button("Today").click();
-    box("Time").click();
-    field<QDateTimeEdit>("Due time").setTime(QTime(10, 0));
-    box("Start").click();
-    field<QDateTimeEdit>("Start time").setTime(QTime(10, 0));
+    button("Due").click();
+    enter("Due day", "31.2.");
     button("Save").click();
     ASSERT_TRUE(isOpen());
-    EXPECT_TRUE(says("Choose a start time before the end time on this date."));
-    box("Start").click();
-    field<QDateTimeEdit>("Due time").setTime(QTime(7, 0)); // an hour ago
-    box("Reminder").click();
+    EXPECT_TRUE(isBelow("“31.2.” is not a day.", field("Due day"), button("From")));
+    EXPECT_TRUE(field("Due day").hasFocus());
+    enter("Due day", "today");
+    button("From").click();
+    enter("Due time", "10");
+    enter("Start time", "10");
+    button("Save").click();
+    ASSERT_TRUE(isOpen());
+    EXPECT_TRUE(isBelow("Choose a start time before the end time on this date.", field("Due time"),
+                        button("Reminder")));
+    button("From").click();
+    enter("Due time", "7"); // an hour ago
+    button("Reminder").click();
     popover->dismiss();
     ASSERT_TRUE(isOpen()) << "a press outside loses nothing either";
-    EXPECT_TRUE(says("Choose a reminder in the future."));
+    EXPECT_TRUE(isBelow("Choose a reminder in the future.", button("Reminder"), button("Save")));
     EXPECT_TRUE(entry->schedule().isEmpty());
 }
 
@@ -185,18 +214,17 @@ TEST_F(SchedulePopoverTest, AWindowFromOneDayToAnotherIsLeftAloneAndBothDaysCanB
     own.entries.updateSchedule(*entry, night, kNow);
     clock.advance(60);
     open();
-    auto& startDay = field<QDateTimeEdit>("Start day");
-    EXPECT_TRUE(startDay.isVisible());
-    EXPECT_EQ(startDay.date(), QDate(2025, 3, 10));
-    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(2025, 3, 11));
+    EXPECT_TRUE(field("Start day").isVisible());
+    EXPECT_EQ(shown("Start day"), QStringLiteral("3/10/2025"));
+    EXPECT_EQ(shown("Due day"), QStringLiteral("3/11/2025"));
     popover->dismiss();
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(entry->schedule(), night);
     EXPECT_EQ(entry->updatedAt(), kNow) << "nothing was touched, nothing is stored";
 
     open();
-    field<QDateTimeEdit>("Due day").setDate(QDate(2025, 3, 13));
-    field<QDateTimeEdit>("Start day").setDate(QDate(2025, 3, 12));
+    enter("Due day", "3/13");
+    enter("Start day", "3/12");
     popover->dismiss();
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = *night.dueDate + 2 * 86400.0,
@@ -207,19 +235,19 @@ TEST_F(SchedulePopoverTest, ADayThatNoFieldCanShowStaysUntilItIsChanged) {
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(12000310), kNow);
     const auto noon = entry->schedule().effectiveDate(workspace.dates.formats().calendar());
     open();
-    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(1600, 1, 1));
-    box("Time").click();
+    EXPECT_EQ(shown("Due day"), QStringLiteral("1/1/1600"));
+    button("Until").click();
     popover->dismiss();
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = noon}));
 
     open();
-    field<QDateTimeEdit>("Due time").setTime(QTime(13, 0));
+    enter("Due time", "1pm");
     popover->dismiss();
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueAt(*noon + 3600.0));
 
     open();
-    field<QDateTimeEdit>("Due day").setDate(QDate(2025, 3, 11));
+    enter("Due day", "3/11/2025");
     popover->dismiss();
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueAt(kNow + 86400.0 + 5 * 3600.0));
 }
@@ -228,16 +256,16 @@ TEST_F(SchedulePopoverTest, ADayThatTheZoneSkippedStaysUntilItIsChanged) {
     const tests::ScopedEnvironment zone("TZ", "Pacific/Apia");
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20111230), kNow);
     open();
-    box("Time").click();
-    box("Time").click();
+    button("Until").click();
+    button("Until").click();
     popover->dismiss();
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20111230));
 
     open();
-    auto& day = field<QDateTimeEdit>("Due day");
-    EXPECT_EQ(day.date(), QDate(2011, 12, 31));
-    day.setDate(QDate(2012, 1, 2));
-    day.setDate(QDate(2011, 12, 31));
+    EXPECT_EQ(shown("Due day"), QStringLiteral("12/31/2011"));
+    enter("Due day", "1/2/2012");
+    EXPECT_TRUE(field("Due day").take());
+    enter("Due day", "12/31/2011");
     popover->dismiss();
     EXPECT_EQ(entry->schedule(), model::TodoSchedule::dueOn(20111231));
 }
@@ -248,18 +276,49 @@ TEST_F(SchedulePopoverTest, AClearingThatIsRefusedShowsWhatSavingWouldStore) {
     own.entries.deleteEntry(*entry);
     button("Clear").click();
     ASSERT_TRUE(isOpen());
-    EXPECT_FALSE(box("Due").isChecked());
+    EXPECT_FALSE(isOn("Due"));
 }
 
 TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueAt(kNow + 3600.0), kNow);
     open();
-    EXPECT_TRUE(box("Due").isChecked());
-    EXPECT_EQ(field<QDateTimeEdit>("Due day").date(), QDate(2025, 3, 10));
-    EXPECT_EQ(field<QDateTimeEdit>("Due time").time(), QTime(9, 0));
+    EXPECT_TRUE(isOn("Due"));
+    EXPECT_EQ(shown("Due day"), QStringLiteral("3/10/2025"));
+    EXPECT_EQ(shown("Due time"), QStringLiteral("9:00\u202fAM"));
     button("Clear").click();
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+/// Whatever is on, in the narrowest window with the largest font too: nothing hangs out of the
+/// window, Tab goes as the eye does, and what has the keyboard is in sight.
+TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
+    own.entries.updateSchedule(
+        *entry,
+        {.dueDate = kNow + 7200.0, .dueStartDate = kNow + 3600.0, .reminderDate = kNow + 1800.0},
+        kNow);
+    for (const auto size : {preferences.fontSize(), app::AppPreferences::kFontSizes.back()}) {
+        preferences.setFontSize(size);
+        window.resize(360, 500);
+        open();
+        EXPECT_TRUE(window.rect().contains(popover->geometry())) << size;
+        button("Today").setFocus();
+        auto* const content = button("Today").parentWidget();
+        int top = 0;
+        do {
+            const auto* const at = QApplication::focusWidget();
+            const QRect place(at->mapTo(popover, QPoint()), at->size());
+            EXPECT_TRUE(popover->rect().contains(place)) << at->accessibleName().toStdString();
+            if (content->isAncestorOf(at)) {
+                const auto now = at->mapTo(content, QPoint()).y() + at->height() / 2;
+                EXPECT_GE(now, top) << at->accessibleName().toStdString();
+                top = now;
+            }
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        } while (!button("Today").hasFocus());
+        popover->closeNow();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
 }
 
 } // namespace

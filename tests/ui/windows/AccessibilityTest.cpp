@@ -197,11 +197,11 @@ TEST_F(AccessibilityTest, ShiftF10OpensTheMenuOfWhatHasTheKeyboard) {
     EXPECT_TRUE(menuTexts().contains(QStringLiteral("Go to entry")));
 }
 
-TEST(StoreErrorWindow, IsAWindowWithNamesForAllThatCanBeReached) {
-    StoreErrorWindow window(QStringLiteral("The store is damaged."), "/tmp/Primary.store");
-    window.show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-    EXPECT_THAT(AccessibleTree(window).problems(), IsEmpty());
+TEST_F(AccessibilityTest, AStoreErrorHasNamesForAllThatCanBeReached) {
+    StoreErrorWindow error(QStringLiteral("The store is damaged."), "/tmp/Primary.store", theme);
+    error.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&error));
+    EXPECT_THAT(AccessibleTree(error).problems(), IsEmpty());
 }
 
 } // namespace

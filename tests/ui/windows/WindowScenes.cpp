@@ -56,6 +56,8 @@ void WindowScenes::addBoardScenes() {
     add("board-name", [this] {
         m_window.findChild<Sidebar*>()->rename(m_other ? *m_other : *m_inbox);
     }, "EditableText: Name of the board");
+    add("board-name-over-page", [this] { page().header().rename(*m_inbox); },
+        "EditableText: Name of the board");
     add("error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
         "AlertMessage: It is broken.");
     if (m_todo) {
@@ -96,6 +98,12 @@ void WindowScenes::addPanelScenes() {
             choose(*m_todo);
             key(Qt::Key_D, Qt::ControlModifier);
         }, "Dialog: Schedule");
+        add("month", [this] {
+            choose(*m_todo);
+            key(Qt::Key_D, Qt::ControlModifier);
+            focus("Due day");
+            key(Qt::Key_Down, Qt::AltModifier);
+        }, "Dialog: Schedule");
     }
     add("icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
     add("board-choice", [this] { key(Qt::Key_K, Qt::ControlModifier); }, "Dialog: Go to board");
@@ -133,6 +141,11 @@ void WindowScenes::addPageScenes() {
             }
         }
     }, "List: Completed");
+    add("completed-choice", [this] {
+        navigation().showPage(PageKind::completed);
+        focus("Filter by due date");
+        key(Qt::Key_Space);
+    });
     add("search", [this] {
         key(Qt::Key_F, Qt::ControlModifier);
         type("a");
@@ -219,6 +232,14 @@ void WindowScenes::press(const char* button) {
     for (auto* const each : m_window.findChildren<QAbstractButton*>()) {
         if (each->accessibleName() == QString::fromUtf8(button)) {
             each->click();
+        }
+    }
+}
+
+void WindowScenes::focus(const char* field) {
+    for (auto* const each : m_window.findChildren<QWidget*>()) {
+        if (each->accessibleName() == QString::fromUtf8(field)) {
+            each->setFocus();
         }
     }
 }

@@ -58,6 +58,7 @@ private:
     void choose(const model::Entry& entry);
     void type(const char* text);
     void press(const char* button);
+    void focus(const char* field);
     /// Chooses an entry of the menu that is open.
     static void chooseInMenu(const char* text);
 

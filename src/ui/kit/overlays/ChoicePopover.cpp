@@ -13,7 +13,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kMargin = 10;
 constexpr int kLongestTyped = 100;
 
 } // namespace
@@ -40,11 +39,12 @@ void ChoicePopover::setUp(const Names& names) {
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->setFocusPolicy(Qt::NoFocus); // the keys of the field walk in it
     auto quiet = m_list->palette();
-    quiet.setColor(QPalette::Base, theme().colors().content);
+    quiet.setColor(QPalette::Base, theme().colors().raised);
     m_list->setPalette(quiet);
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(6);
+    const auto margin = theme().space(Space::medium);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(margin);
     column->addWidget(m_field);
     column->addWidget(m_list);
     connect(m_field, &QLineEdit::textChanged, this, [this] { fill(); });

@@ -4,14 +4,16 @@
 
 namespace korvex::ui {
 
-/// Asks, inside the window, before something is done that cannot be undone. The keyboard starts on
-/// the button that does nothing.
+/// Asks, in the middle of the window, before something is done that cannot be undone. The keyboard
+/// starts on the button that does nothing.
 class ConfirmationSheet final : public Popover {
     Q_OBJECT
 
 public:
     ConfirmationSheet(const QString& message, const QString& action, const Theme& theme,
                       QWidget* window);
+
+    void ask();
 
 Q_SIGNALS:
     void confirmed();

@@ -1,6 +1,7 @@
 #include "ui/kit/overlays/Popover.h"
 
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -12,14 +13,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr int kDistance = 4;
-constexpr int kWindowMargin = 8;
-constexpr int kCornerRadius = 8;
-
-} // namespace
-
 Popover::Popover(const Theme& theme, QWidget* window)
     : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -30,7 +23,16 @@ Popover::Popover(const Theme& theme, QWidget* window)
 }
 
 void Popover::openAt(const QRect& anchor) {
-    m_anchor = anchor;
+    m_anchor = QRect(parentWidget()->mapFromGlobal(anchor.topLeft()), anchor.size());
+    open();
+}
+
+void Popover::openInMiddle() {
+    m_anchor.reset();
+    open();
+}
+
+void Popover::open() {
     placeAgain();
     show();
     raise();
@@ -39,6 +41,11 @@ void Popover::openAt(const QRect& anchor) {
 
 void Popover::closeNow() {
     QApplication::instance()->removeEventFilter(this);
+    for (auto* const each : parentWidget()->findChildren<Popover*>()) {
+        if (each != this && each->isVisible() && owns(each)) {
+            each->closeNow();
+        }
+    }
     const auto hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
     close();
     if (hadFocus && m_focusBefore) {
@@ -63,24 +70,55 @@ bool Popover::holds(const QWidget* widget) {
     return widget != nullptr;
 }
 
+bool Popover::owns(const QWidget* pressed) const {
+    const auto isOpener = m_opener && (m_opener == pressed || m_opener->isAncestorOf(pressed));
+    if (pressed == this || isAncestorOf(pressed) || isOpener) {
+        return true;
+    }
+    while (pressed && !qobject_cast<const Popover*>(pressed)) {
+        pressed = pressed->parentWidget();
+    }
+    const auto* const other = qobject_cast<const Popover*>(pressed);
+    return other && other->m_focusBefore && owns(other->m_focusBefore);
+}
+
+QSize Popover::room() const {
+    const auto margin = m_theme.space(Space::medium);
+    return parentWidget()->size().shrunkBy({margin, margin, margin, margin});
+}
+
 void Popover::placeAgain() {
+    const auto most = room();
     if (layout()) {
         layout()->activate();
     }
-    adjustSize();
-    const auto* const area = parentWidget();
-    const QRect near(area->mapFromGlobal(m_anchor.topLeft()), m_anchor.size());
-    const auto place = [](int wanted, int size, int room) {
-        return std::max(kWindowMargin, std::min(wanted, room - size - kWindowMargin));
-    };
-    auto y = near.bottom() + kDistance;
-    if (y + height() > area->height() - kWindowMargin &&
-        near.top() - kDistance - height() >= kWindowMargin) {
-        y = near.top() - kDistance - height();
+    auto size = sizeHint();
+    if (const auto* const content = layout()) {
+        const auto wanted = m_panelWidth > 0
+                                ? m_panelWidth
+                                : std::clamp(size.width(), minimumWidth(), maximumWidth());
+        size.setWidth(std::min(wanted, most.width()));
+        size.setHeight(content->hasHeightForWidth() ? content->totalHeightForWidth(size.width())
+                                                    : content->totalSizeHint().height());
     }
-    const auto isAtRight = near.center().x() > area->width() / 2;
-    const auto x = isAtRight ? near.right() + 1 - width() : near.left();
-    move(place(x, width(), area->width()), place(y, height(), area->height()));
+    resize(size.boundedTo(most));
+    const auto* const area = parentWidget();
+    const auto margin = m_theme.space(Space::medium);
+    const auto inside = [margin](int wanted, int extent, int whole) {
+        return std::max(margin, std::min(wanted, whole - extent - margin));
+    };
+    QPoint place((area->width() - width()) / 2, (area->height() - height()) / 2);
+    if (m_anchor) {
+        const auto distance = m_theme.space(Space::small);
+        const auto above = m_anchor->top() - distance - height();
+        place.setY(m_anchor->bottom() + 1 + distance);
+        if (place.y() + height() > area->height() - margin && above >= margin) {
+            place.setY(above);
+        }
+        const auto isAtRight = m_anchor->center().x() > area->width() / 2;
+        place.setX(isAtRight ? m_anchor->right() + 1 - width() : m_anchor->left());
+    }
+    move(inside(place.x(), width(), area->width()), inside(place.y(), height(), area->height()));
 }
 
 void Popover::keyPressEvent(QKeyEvent* event) {
@@ -104,24 +142,20 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
         m_isRefused = false;
     }
     if (event->type() == QEvent::MouseButtonPress && watched->isWidgetType()) {
-        auto* const pressed = static_cast<QWidget*>(watched);
+        const auto* const pressed = static_cast<QWidget*>(watched);
         // Menus and the lists of combo boxes are windows of their own.
-        if (pressed != this && !isAncestorOf(pressed) && pressed->window() == window()) {
+        if (!owns(pressed) && pressed->window() == window()) {
             dismiss();
         }
+    } else if (event->type() == QEvent::Resize && watched == parentWidget()) {
+        placeAgain();
     }
     return QFrame::eventFilter(watched, event);
 }
 
 void Popover::paintEvent(QPaintEvent*) {
-    const auto& colors = m_theme.colors();
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::transparent);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(blended(colors.text, colors.content, 0.25));
-    painter.setBrush(colors.content);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
-                            kCornerRadius);
+    Shapes::paintPanel(painter, rect(), m_theme);
 }
 
 bool Popover::focusNextPrevChild(bool next) {

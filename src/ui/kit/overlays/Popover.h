@@ -5,11 +5,14 @@
 #include <QFrame>
 #include <QPointer>
 
+#include <optional>
+
 namespace korvex::ui {
 
-/// A small panel over the window that belongs to a place in it. Escape does as a press outside: it
-/// keeps what was changed and closes; where that is refused, a second Escape gives the change up.
-/// Then the keyboard goes back to where it was. Deletes itself once closed.
+/// A small panel over the window that belongs to a place in it, and never reaches beyond the
+/// window. Escape does as a press outside: it keeps what was changed and closes; where that is
+/// refused, a second Escape gives the change up. Then the keyboard goes back to where it was. One
+/// that is opened from another belongs to it and closes with it. Deletes itself once closed.
 class Popover : public QFrame {
     Q_OBJECT
 
@@ -18,6 +21,12 @@ public:
 
     /// Opens below `anchor`, in global coordinates, or above it where there is no room below.
     void openAt(const QRect& anchor);
+    /// Opens in the middle of the window.
+    void openInMiddle();
+    /// What opens and closes the panel: a press there is no press outside.
+    void setOpener(const QWidget& opener) { m_opener = &opener; }
+    /// The most that the panel can take.
+    QSize room() const;
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
     void closeNow();
@@ -37,12 +46,22 @@ protected:
     void changed() { m_isRefused = false; }
     /// To be called when the content has another size.
     void placeAgain();
+    /// In pixels; in a window that is narrower the panel is as wide as that allows.
+    void setPanelWidth(int width) { m_panelWidth = width; }
     const Theme& theme() const { return m_theme; }
 
 private:
+    void open();
+    /// Whether a press there is one into this panel, or into one that was opened from it.
+    bool owns(const QWidget* pressed) const;
+
     const Theme& m_theme;
     QPointer<QWidget> m_focusBefore;
-    QRect m_anchor;
+    QPointer<const QWidget> m_opener;
+    /// In the window's coordinates; none for its middle.
+    std::optional<QRect> m_anchor;
+    /// 0 for that of the content.
+    int m_panelWidth = 0;
     /// Escape has just been pressed in vain.
     bool m_isRefused = false;
 };

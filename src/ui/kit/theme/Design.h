@@ -68,6 +68,9 @@ enum class Extent : std::uint8_t {
 /// The widest that a column of text and todos is, in pixels at the standard font size: longer lines
 /// are hard to follow, and what belongs to a todo is to stand near it.
 inline constexpr int kMeasure = 760;
+/// The widest that a question over the window is, and a panel of fields.
+inline constexpr int kSheetMeasure = 380;
+inline constexpr int kPanelMeasure = 320;
 
 /// How long what moves takes, in milliseconds where the desktop does not ask for stillness.
 enum class Motion : std::uint8_t {

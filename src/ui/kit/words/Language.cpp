@@ -14,7 +14,7 @@ std::string setUpLanguage(QCoreApplication& application) {
     // A catalogue translates the name of the language to that of its own.
     const auto language = toUtf8(QCoreApplication::translate("korvex::ui::Language", "en"));
     auto locale = base::localeSpeaking(language, "LC_TIME");
-    // Fields and calendars of Qt's own, which know nothing of the parts after "-u-".
+    // For what Qt writes itself, which knows nothing of the parts after "-u-".
     QLocale::setDefault(QLocale(toQString(locale).section(QStringLiteral("-u-"), 0, 0)));
     return locale;
 }

@@ -1,4 +1,4 @@
-#include "ui/PictureContrast.h"
+#include "ui/contrast/PictureContrast.h"
 #include "ui/WindowFixture.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/windows/MainWindow.h"

@@ -1,4 +1,4 @@
-#include "ui/PaintRecord.h"
+#include "ui/contrast/PaintRecord.h"
 
 #include <QAbstractSpinBox>
 #include <QComboBox>
@@ -209,6 +209,15 @@ protected:
             return qRound(screen.physicalDotsPerInch());
         case PdmDepth:
             return 32;
+        case PdmNumColors:
+            return 0;
+        case PdmWidthMM:
+        case PdmHeightMM:
+            return 0;
+        case PdmDevicePixelRatio:
+            return 1;
+        case PdmDevicePixelRatioScaled:
+            return qRound(devicePixelRatioFScale());
         default:
             return QPaintDevice::metric(metric);
         }

@@ -1,4 +1,4 @@
-#include "ui/PictureContrast.h"
+#include "ui/contrast/PictureContrast.h"
 
 #include "ui/kit/theme/ThemeColors.h"
 
@@ -13,8 +13,6 @@ namespace {
 
 using Drawn = PaintRecord::Drawn;
 
-/// Drawn so much larger, every stroke of a letter has pixels that its edges do not reach.
-constexpr int kScale = 3;
 /// A colour counts that at least this part of what is no ground has: no edge, no stray pixel.
 constexpr double kLeastPart = 0.03;
 
@@ -25,20 +23,10 @@ QColor mostFrequent(const Counts& counts) {
     return found == counts.end() ? QColor() : QColor(found.key());
 }
 
-QImage pictureOf(QWidget& widget) {
-    QImage picture(widget.size() * kScale, QImage::Format_RGB32);
-    picture.setDevicePixelRatio(kScale);
-    picture.fill(widget.palette().color(QPalette::Window));
-    widget.render(&picture);
-    return picture;
-}
-
-QRect enlarged(const QRect& rect) {
-    return {rect.topLeft() * kScale, rect.size() * kScale};
-}
-
 void count(const QImage& picture, const QRect& rect, Counts& counts) {
-    const auto inside = enlarged(rect) & picture.rect();
+    const auto scale = qRound(picture.devicePixelRatio());
+    const QRect inside =
+        QRect(rect.topLeft() * scale, rect.size() * scale) & picture.rect();
     for (int y = inside.top(); y <= inside.bottom(); ++y) {
         const auto* const line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
         for (int x = inside.left(); x <= inside.right(); ++x) {
@@ -74,7 +62,7 @@ double strongest(const Counts& counts, const QColor& ground) {
 } // namespace
 
 PictureContrast::PictureContrast(QWidget& widget, const Limits& limits)
-    : m_picture(pictureOf(widget)) {
+    : m_picture(widget.grab().toImage().convertToFormat(QImage::Format_RGB32)) {
     auto drawn = PaintRecord(widget).drawn();
     for (auto* const bar : widget.findChildren<QScrollBar*>()) {
         if (bar->isVisible() && bar->maximum() > bar->minimum()) {
@@ -112,7 +100,7 @@ double PictureContrast::measure(const Drawn& drawn) const {
 double PictureContrast::measureOutline(const Drawn& drawn, const QColor& ground) const {
     std::vector<double> ratios;
     for (const auto& point : drawn.points) {
-        const auto pixel = (point * kScale).toPoint();
+        const auto pixel = (point * m_picture.devicePixelRatio()).toPoint();
         if (drawn.visible.contains(point.toPoint()) && m_picture.rect().contains(pixel)) {
             ratios.push_back(ui::contrast(m_picture.pixelColor(pixel), ground));
         }

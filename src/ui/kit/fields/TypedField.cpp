@@ -1,0 +1,165 @@
+#include "ui/kit/fields/TypedField.h"
+
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/Shapes.h"
+#include "ui/kit/words/Text.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+/// What the wheel turns for one step, in the units of its events.
+constexpr int kNotch = 120;
+
+/// Another window, or a menu of this one, has the keyboard for a while only.
+bool isForAWhile(Qt::FocusReason reason) {
+    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
+}
+
+} // namespace
+
+TypedField::TypedField(const Theme& theme, QWidget* parent) : QLineEdit(parent), m_theme(theme) {
+    setAlignment(lineStart());
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    connect(this, &QLineEdit::textEdited, this, [this] { setProblem({}); });
+}
+
+bool TypedField::take() {
+    if (!isModified()) {
+        return true;
+    }
+    if (!read(text())) {
+        setProblem(reason());
+        return false;
+    }
+    showValue();
+    Q_EMIT changed();
+    return true;
+}
+
+QSize TypedField::sizeHint() const {
+    // Qt reckons with seventeen of these letters, and with all that stands around them.
+    constexpr int kQtsLetters = 17;
+    const auto metrics = fontMetrics();
+    const auto around =
+        QLineEdit::sizeHint() - QSize(kQtsLetters * metrics.horizontalAdvance(QLatin1Char('x')), 0);
+    return around + QSize(metrics.horizontalAdvance(widest()) + theme().space(Space::small), 0);
+}
+
+void TypedField::showValue() {
+    auto now = shown();
+    m_places = std::move(now.places);
+    setText(toQString(std::u16string_view(now.text)));
+    setProblem({});
+}
+
+void TypedField::setProblem(const QString& problem) {
+    if (problem != m_problem) {
+        m_problem = problem;
+        setAccessibleDescription(problem);
+        setToolTip(problem);
+        update();
+        Q_EMIT problemChanged();
+    }
+}
+
+base::DatePart TypedField::partAtCaret() const {
+    const auto usual = partOf(Stride::line);
+    if (selectedText() == text()) {
+        return usual;
+    }
+    const auto caret = hasSelectedText() ? selectionStart() : cursorPosition();
+    const auto found = std::find_if(m_places.begin(), m_places.end(), [caret](const auto& place) {
+        return caret <= place.offset + place.length;
+    });
+    return found == m_places.end() ? usual : found->part;
+}
+
+void TypedField::select(base::DatePart part) {
+    const auto found = std::find_if(m_places.begin(), m_places.end(),
+                                    [part](const auto& place) { return place.part == part; });
+    if (found != m_places.end()) {
+        setSelection(found->offset, found->length);
+    }
+}
+
+void TypedField::step(Stride stride, int steps) {
+    if (!take()) {
+        return;
+    }
+    const auto part = stride == Stride::line ? partAtCaret() : partOf(stride);
+    stepPart(part, steps);
+    showValue();
+    Q_EMIT changed();
+    select(part);
+}
+
+void TypedField::keyPressEvent(QKeyEvent* event) {
+    const bool isFar = event->modifiers().testFlag(Qt::ShiftModifier);
+    switch (event->key()) {
+    case Qt::Key_Up:
+        step(Stride::line, 1);
+        break;
+    case Qt::Key_Down:
+        step(Stride::line, -1);
+        break;
+    case Qt::Key_PageUp:
+        step(isFar ? Stride::farPage : Stride::page, 1);
+        break;
+    case Qt::Key_PageDown:
+        step(isFar ? Stride::farPage : Stride::page, -1);
+        break;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        // Whose panel it is may have more to do than to read this.
+        take();
+        event->ignore();
+        break;
+    default:
+        QLineEdit::keyPressEvent(event);
+    }
+}
+
+void TypedField::wheelEvent(QWheelEvent* event) {
+    if (!hasFocus()) {
+        event->ignore(); // who scrolls over it does not mean it
+        return;
+    }
+    m_turned += event->angleDelta().y();
+    const auto notches = m_turned / kNotch;
+    m_turned %= kNotch;
+    if (notches != 0) {
+        step(Stride::line, notches);
+    }
+    event->accept();
+}
+
+void TypedField::focusInEvent(QFocusEvent* event) {
+    QLineEdit::focusInEvent(event);
+    if (event->reason() != Qt::MouseFocusReason && !isForAWhile(event->reason())) {
+        selectAll();
+    }
+}
+
+void TypedField::focusOutEvent(QFocusEvent* event) {
+    QLineEdit::focusOutEvent(event);
+    if (!isForAWhile(event->reason())) {
+        take();
+    }
+}
+
+void TypedField::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    if (!m_problem.isEmpty()) {
+        QPainter painter(this);
+        Shapes::paintRing(painter, rect(), theme().radius(Radius::medium), theme().colors().danger);
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "ui/kit/theme/Theme.h"
+
+#include <QComboBox>
+
+namespace korvex::ui {
+
+/// One criterion of a filter: a quiet button that says its choice and offers the others. The first
+/// choice leaves everything as it is; with another one the button is tinted, and its cross, Delete
+/// or Backspace choose the first again. Main thread.
+class FilterChoice final : public QComboBox {
+    Q_OBJECT
+
+public:
+    FilterChoice(const QString& name, const Theme& theme, QWidget* parent);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+    void showPopup() override;
+    void hidePopup() override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+private:
+    bool isSet() const { return currentIndex() > 0; }
+    /// Where the cross or the caret is.
+    QRect signRect() const;
+    int iconRoom() const;
+
+    const Theme& m_theme;
+    bool m_isOpen = false;
+};
+
+} // namespace korvex::ui
