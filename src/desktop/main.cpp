@@ -3,9 +3,10 @@
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
 #include "base/Clock.h"
+#include "desktop/Arguments.h"
 #include "desktop/StartupTrace.h"
+#include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
-#include "model/SchemaVersions.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/SingleInstance.h"
@@ -21,7 +22,6 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QTimer>
 
 #include <chrono>
@@ -36,37 +36,6 @@ namespace {
 
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
-
-struct Arguments {
-    std::optional<std::filesystem::path> dataDirectory;
-    /// Set to show the gallery instead of the notes; how that is to look.
-    std::optional<QStringList> gallery;
-};
-
-Arguments read(const QApplication& application) {
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    const QCommandLineOption directory(QStringLiteral("data-dir"),
-                                       QApplication::tr("The folder that holds the store."),
-                                       QStringLiteral("DIR"));
-    parser.addOption(directory);
-#ifdef KORVEX_GALLERY
-    const QCommandLineOption gallery(QStringLiteral("gallery"),
-                                     QStringLiteral("Show what the windows are made of."));
-    parser.addOption(gallery);
-#endif
-    parser.process(application);
-    Arguments arguments;
-    if (parser.isSet(directory)) {
-        arguments.dataDirectory = parser.value(directory).toStdString();
-    }
-#ifdef KORVEX_GALLERY
-    if (parser.isSet(gallery)) {
-        arguments.gallery = parser.positionalArguments();
-    }
-#endif
-    return arguments;
-}
 
 enum class AfterError { quit, tryAgain };
 
@@ -88,47 +57,55 @@ AfterError showStoreError(const QString& message, const std::filesystem::path& f
 
 int main(int argc, char* argv[]) {
     const desktop::StartupTrace trace;
+    desktop::Arguments arguments(argc, argv);
+    const auto directory = app::dataDirectory(arguments.dataDirectory());
+    const auto file = app::storeFile(directory);
+    platform::qt::SingleInstance instance(directory);
+    if (arguments.areClear() && instance.raiseRunning()) {
+        return 0;
+    }
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::AppPreferences preferences(defaults, log);
+    const auto missing = app::missingStoreNotice(directory); // opening makes a new one
+    using When = desktop::StoreOpening::When;
+    desktop::StoreOpening opening(file, preferences.mainBoardSelectedBoardID(), log,
+                                  arguments.areClear() ? When::now : When::whenTaken);
+
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
     QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
-    const auto arguments = read(application);
+    arguments.answer(application);
 #ifdef KORVEX_GALLERY
-    if (arguments.gallery) {
-        return ui::runGallery(*arguments.gallery);
+    if (const auto look = arguments.gallery()) {
+        return ui::runGallery(*look);
     }
 #endif
-    const auto directory = app::dataDirectory(arguments.dataDirectory);
-    const auto file = app::storeFile(directory);
-
-    platform::qt::SingleInstance instance(directory);
-    if (instance.raiseRunning()) {
+    if (!arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-
-    base::StandardErrorLog standardError(base::LogLevel::warning);
-    platform::systemd::JournalLog log(standardError);
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
     ui::QuietStyle::install(theme);
 
-    const auto missing = app::missingStoreNotice(directory);
-    std::unique_ptr<store::ModelContainer> container;
-    while (const auto refused = ui::refusal([&] {
-               container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
-           })) {
+    desktop::StoreOpening::Opened store;
+    while (const auto refused = ui::refusal([&] { store = opening.take(); })) {
         if (showStoreError(*refused, file, theme) == AfterError::quit) {
             return kStoreUnusable;
         }
+        opening = desktop::StoreOpening(file, preferences.mainBoardSelectedBoardID(), log,
+                                        When::whenTaken);
     }
+    auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
-    const ui::WorkspaceOwner owner({.container = *container,
+    const ui::WorkspaceOwner owner({.container = container,
+                                    .context = std::move(store.context),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,
@@ -150,7 +127,7 @@ int main(int argc, char* argv[]) {
     }
 
     ui::MainWindow window(workspace, theme);
-    desktop::Watchers watchers({.container = *container,
+    desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
                                 .window = window,
@@ -171,7 +148,7 @@ int main(int argc, char* argv[]) {
         window.storeAll();
         QApplication::exit();
     });
-    auto notices = container->notices();
+    auto notices = container.notices();
     if (missing) {
         notices.push_back(*missing);
     }
@@ -180,7 +157,7 @@ int main(int argc, char* argv[]) {
     const auto status = QApplication::exec();
     // What a long day left in the journal moves into the store file; where that fails the journal
     // keeps it.
-    if (const auto refused = ui::refusal([&] { container->checkpoint(); })) {
+    if (const auto refused = ui::refusal([&] { container.checkpoint(); })) {
         log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
     }
     return status;

@@ -1,5 +1,7 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
+#include <utility>
+
 namespace korvex::ui {
 
 namespace {
@@ -15,8 +17,11 @@ std::vector<std::filesystem::path> draftFolders(const WorkspaceOwner::Surroundin
 
 } // namespace
 
-WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
-    : m_context(surroundings.container),
+WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
+    : m_ownContext(surroundings.context
+                       ? std::move(surroundings.context)
+                       : std::make_unique<store::ModelContext>(surroundings.container)),
+      m_context(*m_ownContext),
       m_undo(surroundings.clock),
       m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
