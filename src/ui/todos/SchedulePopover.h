@@ -37,7 +37,7 @@ protected:
 private:
     void makeFields();
     void layOut();
-    QWidget* makeForm();
+    QWidget* makeContent();
     void orderTabs();
     void connectFields();
     /// Shows the editor's state in the fields, and the other way round.
