@@ -11,6 +11,7 @@
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "ui/kit/style/QuietStyle.h"
+#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
@@ -66,8 +67,9 @@ Arguments read(const QApplication& application) {
     return arguments;
 }
 
-int showStoreError(const QString& message, const std::filesystem::path& file) {
-    ui::StoreErrorWindow window(message, file);
+int showStoreError(const QString& message, const std::filesystem::path& file,
+                   const ui::Theme& theme) {
+    ui::StoreErrorWindow window(message, file, theme);
     window.show();
     QApplication::exec();
     return kStoreUnusable;
@@ -81,6 +83,7 @@ int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
     const auto arguments = read(application);
 #ifdef KORVEX_GALLERY
@@ -107,7 +110,7 @@ int main(int argc, char* argv[]) {
     if (const auto refused = ui::refusal([&] {
             container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
         })) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
@@ -126,7 +129,7 @@ int main(int argc, char* argv[]) {
     if (const auto refused =
             ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
         refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file);
+        return showStoreError(*refused, file, theme);
     }
 
     ui::MainWindow window(workspace, theme);

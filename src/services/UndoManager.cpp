@@ -114,6 +114,8 @@ void UndoManager::run(Stack& stack, std::size_t place, State state) {
     auto step = std::move(stack[place]);
     stack.erase(stack.begin() + position);
     m_state = state;
+    m_leftOut = 0;
+    m_runningParts = step.inverses.size();
     try {
         takeBack(step);
     } catch (...) {

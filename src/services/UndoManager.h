@@ -82,6 +82,14 @@ public:
     void undo(StepId id);
     void redo();
 
+    /// Said by an inverse that goes on without so many of the entries that it is about: they are
+    /// gone, and there is nothing left of them to take back.
+    void leaveOut(std::size_t entries) { m_leftOut += entries; }
+    /// Whether the inverse that runs is one of several of its step.
+    bool isPartOfStep() const { return m_runningParts > 1; }
+    /// How many the latest `undo` or `redo` went on without.
+    std::size_t leftOut() const { return m_leftOut; }
+
     /// Emitted after the stacks have changed.
     base::Signal<>& didChange() { return m_didChange; }
 
@@ -110,6 +118,8 @@ private:
     Step m_open;
     int m_openGroups = 0;
     StepId m_lastId = 0;
+    std::size_t m_leftOut = 0;
+    std::size_t m_runningParts = 0;
     base::Signal<> m_didChange;
 };
 

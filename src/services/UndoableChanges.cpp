@@ -181,17 +181,25 @@ UndoManager::StepId UndoableChanges::registerUndo(std::string_view name, std::si
 void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChange> changes,
                                base::Instant now) const {
     const store::LockedStep step(m_writer.context());
+    std::vector<const EntryChange*> remainingChanges;
     std::vector<Entry*> entries;
     for (const auto& each : changes) {
-        entries.push_back(&m_writer.persisted<Entry>(each.id()));
-        if (each.isWrittenOver(*entries.back())) {
-            RecordWriter::refuseUnavailable();
+        if (auto* const entry = remaining(each.id())) {
+            if (each.isWrittenOver(*entry)) {
+                RecordWriter::refuseUnavailable();
+            }
+            remainingChanges.push_back(&each);
+            entries.push_back(entry);
         }
     }
+    if (entries.empty()) {
+        RecordWriter::refuseUnavailable();
+    }
+    m_undoManager->leaveOut(changes.size() - entries.size());
     TakingBack taking(m_writer, now);
     make({.name = name, .entries = entries}, [&] {
-        for (std::size_t i = 0; i < changes.size(); ++i) {
-            taking.takeBack(changes[i], *entries[i]);
+        for (std::size_t i = 0; i < entries.size(); ++i) {
+            taking.takeBack(*remainingChanges[i], *entries[i]);
         }
         taking.settlePlaces();
     });
@@ -200,6 +208,12 @@ void UndoableChanges::takeBack(std::string_view name, std::span<const EntryChang
     if (taking.hasTodos()) {
         m_listeners.todosChanged(taking.withoutReminder());
     }
+}
+
+Entry* UndoableChanges::remaining(const base::Uuid& id) const {
+    m_writer.validateWritableStore();
+    const auto* const known = m_writer.context().find<Entry>(id);
+    return known ? m_writer.context().stored(*known) : nullptr;
 }
 
 void UndoableChanges::remove(std::string_view name, std::span<Entry* const> entries) const {

@@ -78,6 +78,8 @@ private:
     };
 
     void remove(std::string_view name, std::span<model::Entry* const> entries) const;
+    /// The entry with this identifier that the store still holds; null where it was deleted.
+    model::Entry* remaining(const base::Uuid& id) const;
     /// The step, or 0 where none is kept.
     UndoManager::StepId registerUndo(std::string_view name, std::size_t cost,
                                      std::vector<base::Uuid> entries, Inverse inverse) const;
@@ -86,8 +88,9 @@ private:
     /// Registers a step for the session, or lets its step take this back too. `textBefore` is what
     /// told the entry's text before the change: the session's own, or another's.
     void registerEdit(const Undoable& edit, EntryChange change, std::uint64_t textBefore) const;
-    /// Undoes what is still as these changes have left it; refuses where it would write over words
-    /// that another has written since, or leave what no operation may.
+    /// Undoes what is still as these changes have left it, of the entries that are still there;
+    /// refuses where it would write over words that another has written since, or leave what no
+    /// operation may.
     void takeBack(std::string_view name, std::span<const EntryChange> changes,
                   base::Instant now) const;
     void takeBackCreation(std::string_view name, std::span<const Created> created) const;

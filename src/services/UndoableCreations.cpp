@@ -77,13 +77,22 @@ void UndoableChanges::takeBackCreation(std::string_view name,
     const store::LockedStep step(m_writer.context());
     std::vector<Entry*> entries;
     for (const auto& each : created) {
-        entries.push_back(&m_writer.persisted<Entry>(each.id));
-        const auto& entry = *entries.back();
-        if (textOf(entry) != *each.text || checksumOf(entry.attachmentData()) != each.attachments) {
-            RecordWriter::refuseUnavailable();
+        if (auto* const entry = remaining(each.id)) {
+            if (textOf(*entry) != *each.text ||
+                checksumOf(entry->attachmentData()) != each.attachments) {
+                RecordWriter::refuseUnavailable();
+            }
+            entries.push_back(entry);
         }
     }
-    remove(name, entries);
+    // Where the rest of the step gives words back to the entry that these came from, it does.
+    if (entries.empty() && !m_undoManager->isPartOfStep()) {
+        RecordWriter::refuseUnavailable();
+    }
+    m_undoManager->leaveOut(created.size() - entries.size());
+    if (!entries.empty()) {
+        remove(name, entries);
+    }
 }
 
 void UndoableChanges::asOneStep(std::string_view name, const std::function<void()>& work) const {

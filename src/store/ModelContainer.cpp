@@ -30,6 +30,10 @@ std::int64_t ModelContainer::revision() const {
     return m_connection->revision();
 }
 
+void ModelContainer::setPatience(std::chrono::milliseconds patience) {
+    m_connection->setPatience(patience);
+}
+
 void ModelContainer::checkpoint() {
     m_connection->checkpoint();
 }

@@ -47,6 +47,11 @@ public:
     /// Observers must not throw.
     base::Signal<const ChangeSet&>& didSave() { return m_didSave; }
 
+    /// How long steps wait from now on for other programs before they give up with `busy`; at first
+    /// it is the configuration's `lockTimeout`. Opening may well wait for a migration, while who
+    /// sits in front of a window would take a wait for a fault.
+    void setPatience(std::chrono::milliseconds patience);
+
     /// Reads everything and compares it with its checksums. Takes the write lock, changes nothing.
     StoreCheckReport check() const;
 

@@ -22,8 +22,6 @@ constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournal
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
 /// How long whoever is about to end waits for other programs' steps.
 constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
-/// For writers that are not ours and do not know our lock.
-constexpr int kBusyTimeoutMilliseconds = 5000;
 
 /// A connection belongs to one thread, so its calls need no mutex; there is one for every value
 /// read.
@@ -209,7 +207,7 @@ void StoreConnection::probeWriting() {
 }
 
 void StoreConnection::configure() {
-    sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
+    applyBusyTimeout();
     // The last connection to close would checkpoint, and nothing may checkpoint outside our lock.
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -233,6 +231,18 @@ void StoreConnection::configure() {
         m_storeID = identity.uuid(0);
     }
     m_journalInode = inode(m_file.journal());
+}
+
+void StoreConnection::applyBusyTimeout() {
+    sqlite3_busy_timeout(handle(), static_cast<int>(m_busyTimeout.count()));
+}
+
+void StoreConnection::setPatience(std::chrono::milliseconds patience) {
+    m_busyTimeout = patience;
+    applyBusyTimeout();
+    if (m_lock) {
+        m_lock->setTimeout(patience);
+    }
 }
 
 void StoreConnection::noticeMissingChanges() {
@@ -359,7 +369,7 @@ void StoreConnection::moveJournal() {
     sqlite3_busy_timeout(handle(), 0);
     const int code =
         sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, &inJournal, &moved);
-    sqlite3_busy_timeout(handle(), kBusyTimeoutMilliseconds);
+    applyBusyTimeout();
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);
     }

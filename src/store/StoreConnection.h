@@ -11,6 +11,7 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -59,6 +60,9 @@ public:
     TypeStatements& statements(std::size_t index) { return *m_types[index]; }
     ChangeLog& changeLog() { return *m_changeLog; }
 
+    /// How long a write waits from now on for other programs, whether they know our lock or not.
+    void setPatience(std::chrono::milliseconds patience);
+
     /// The write lock of a store in a file; null in memory and where nothing may be written.
     StoreLock* lock() { return m_lock ? &*m_lock : nullptr; }
     /// Throws `changesMissing` or `incomplete` when the store's files are no longer those that this
@@ -99,6 +103,7 @@ public:
 private:
     void openDatabase();
     void configure();
+    void applyBusyTimeout();
     void probeWriting();
     void noticeMissingChanges();
     /// `checkpoint`, where a failure is not the caller's: it is logged.
@@ -108,6 +113,8 @@ private:
 
     const Schema& m_schema;
     ModelConfiguration m_configuration;
+    /// For writers that are not ours and do not know our lock.
+    std::chrono::milliseconds m_busyTimeout{5000};
     base::Logger m_log;
     StoreFile m_file;
     bool m_allowsSave = true;

@@ -28,6 +28,8 @@ public:
     /// The same with a patience of its own; false when that was not enough.
     bool acquireWithin(std::chrono::milliseconds patience);
     void release() noexcept;
+    /// How long `acquire` waits from now on.
+    void setTimeout(std::chrono::milliseconds timeout) { m_timeout = timeout; }
     bool isHeld() const { return m_depth > 0; }
 
     struct Record {

@@ -23,6 +23,7 @@ public:
     using TextFixture::add;
     using TextFixture::board;
     using TextFixture::entries;
+    using TextFixture::note;
 
 protected:
     void SetUp() override {
@@ -164,6 +165,52 @@ TEST_F(UndoTest, WhatChangesNothingIsNoStep) {
     entries->updateTodo(todo, "abc", kLater, &session);
     undo.undo();
     EXPECT_EQ(todo.content(), "a");
+}
+
+TEST_F(UndoTest, WhatAnotherHasDeletedIsLeftOutOfAStep) {
+    const struct {
+        const char* name;
+        std::function<std::vector<Entry*>(UndoTest&)> make;
+        /// Of the entries, deleted by another.
+        std::size_t gone;
+        const char* undone;
+        const char* redone;
+    } cases[] = {
+        {"completed",
+         [](auto& test) {
+             const auto todos = test.add({"a", "b", "c"});
+             test.entries->completeTodos(*test.board, kLater);
+             return todos;
+         },
+         1, "a c ", "| a c "},
+        {"created",
+         [](auto& test) {
+             return test.entries->createTodos({.contents = {"a", "b", "c"},
+                                               .board = *test.board,
+                                               .now = kLater,
+                                               .undoName = "New Todos"});
+         },
+         0, "", "b c "},
+        {"split",
+         [](auto& test) -> std::vector<Entry*> {
+             auto& whole = test.note("one two");
+             return {&test.entries->splitText(whole, plain("one"), plain(" two"), kLater, "Split")};
+         },
+         0, "[one two] ", "[one] "},
+    };
+    for (const auto& each : cases) {
+        const auto made = each.make(*this);
+        elsewhere([&](services::EntryService& others, store::ModelContext& theirs) {
+            others.deleteEntry(*theirs.find<Entry>(made[each.gone]->id()));
+        });
+        undo.undo();
+        EXPECT_EQ(undo.leftOut(), 1U) << each.name;
+        EXPECT_EQ(listed(exported(), board->id()), each.undone) << each.name;
+        undo.redo();
+        EXPECT_EQ(undo.leftOut(), 0U) << each.name;
+        EXPECT_EQ(listed(exported(), board->id()), each.redone) << each.name;
+        entries->deleteEntries(*board);
+    }
 }
 
 TEST_F(UndoTest, AnEntryGoesBackToItsPlaceAmongWhatCameMeanwhile) {

@@ -116,7 +116,8 @@ protected:
                               .runLoop = runLoop,
                               .log = log,
                               .timeZone = base::TimeZone::utc,
-                              .copies = folder / "copies"}};
+                              .copies = folder / "copies",
+                              .patience = std::chrono::milliseconds(0)}};
     const ui::Workspace& workspace = owner.workspace();
     /// What the windows work with, under the names of a client.
     struct {

@@ -103,7 +103,11 @@ std::vector<model::EntryAttachment> readFiles(const Session& session,
         }
         try {
             attachments.push_back(services::readAttachment(file));
-        } catch (const model::AttachmentError&) {
+        } catch (const model::AttachmentError& error) {
+            if (error.which() == model::AttachmentErrorCase::invalidFile &&
+                ::access(file.c_str(), R_OK) != 0) {
+                refuseUnreadable(file.string());
+            }
             if (files.size() > 1) {
                 session.remark(file.string() + " cannot be attached.");
             }

@@ -31,8 +31,9 @@ std::string readText(int descriptor);
 /// this shows. Throws CommandLineError (`refused`) when it cannot be read.
 base::Bytes readFormattedText(const std::string& file);
 
-/// The files that are to be attached, read. Throws AttachmentError, and then says on standard error
-/// which of several it is about.
+/// The files that are to be attached, read. Throws CommandLineError (`refused`) for one that is not
+/// there or may not be read; for what else cannot be attached AttachmentError, and then says on
+/// standard error which of several it is about.
 std::vector<model::EntryAttachment> readFiles(const Session& session,
                                               std::span<const std::filesystem::path> files);
 

@@ -15,15 +15,12 @@ namespace korvex::ui {
 
 namespace {
 
+/// How wide a chip is at most, in pixels at the standard font size.
 constexpr int kWidest = 300;
 /// A name that gets no more room than this is left alone in its chip.
 constexpr int kNarrow = 90;
-constexpr int kGap = 6;
-constexpr int kIcon = 14;
-constexpr int kSidePadding = 7;
-constexpr int kPadding = 3;
-constexpr int kInnerGap = 5;
-constexpr int kCornerRadius = 5;
+/// How wide the edge of the chosen chip is while the list has the keyboard, in pixels.
+constexpr double kRing = 2;
 /// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
@@ -85,15 +82,17 @@ AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width
 
 void AttachmentChips::place(int width, const Theme& theme) {
     const QFontMetrics metrics(theme.smallFont());
-    const auto chipHeight = std::max(metrics.lineSpacing(), theme.scaled(kIcon)) + 2 * kPadding;
+    const auto icon = theme.extent(Extent::smallIcon);
+    const auto gap = theme.space(Space::small);
+    const auto chipHeight = std::max(metrics.lineSpacing(), icon) + 2 * gap;
     const auto widest = std::min(width, theme.scaled(kWidest));
     int x = 0;
     int y = 0;
     for (auto& chip : m_chips) {
-        const int plain = 2 * kSidePadding + theme.scaled(kIcon) + kInnerGap;
-        int around =
-            plain +
-            (chip.size.isEmpty() ? 0 : metrics.horizontalAdvance(chip.size) + kInnerGap + 1);
+        const int plain = 2 * theme.space(Space::medium) + icon + gap;
+        int around = plain + (chip.size.isEmpty() ? 0
+                                                  : metrics.horizontalAdvance(chip.size) +
+                                                        theme.space(Space::medium) + 1);
         const auto name = metrics.horizontalAdvance(chip.name);
         if (name > widest - around && widest - around < theme.scaled(kNarrow)) {
             // What a file is called says more than how large it is.
@@ -104,10 +103,10 @@ void AttachmentChips::place(int width, const Theme& theme) {
         const auto chipWidth = std::min(around + metrics.horizontalAdvance(chip.name) + 1, width);
         if (x > 0 && x + chipWidth > width) {
             x = 0;
-            y += chipHeight + kGap;
+            y += chipHeight + gap;
         }
         chip.rect = mirrored(QRect(x, y, chipWidth, chipHeight), width);
-        x += chipWidth + kGap;
+        x += chipWidth + theme.space(Space::medium);
     }
     m_height = m_chips.empty() ? 0 : y + chipHeight;
 }
@@ -142,25 +141,27 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     const auto isSelected = chip.id && chip.id == marks.selected;
     const auto isHovered = chip.id && chip.id == marks.hovered;
     const auto isMarked = isSelected && marks.isActive;
-    painter.setPen(isMarked ? QPen(colors.accent, 1.5)
-                            : QPen(isSelected ? colors.accent : colors.hairline, 1));
+    const auto radius = theme.radius(Radius::small);
+    const auto edge = isMarked ? kRing : 1;
+    painter.setPen(QPen(isSelected ? colors.accent : colors.hairline, edge));
     painter.setBrush(isMarked ? colors.selection : isHovered ? colors.hover : colors.content);
-    painter.drawRoundedRect(QRectF(chip.rect).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
-                            kCornerRadius);
+    painter.drawRoundedRect(QRectF(chip.rect).adjusted(edge / 2, edge / 2, -edge / 2, -edge / 2),
+                            radius, radius);
 
-    const auto whole = chip.rect.adjusted(kSidePadding, 0, -kSidePadding, 0);
+    const auto side = theme.space(Space::medium);
+    const auto whole = chip.rect.adjusted(side, 0, -side, 0);
     auto inside = whole;
-    const auto icon = theme.scaled(kIcon);
+    const auto icon = theme.extent(Extent::smallIcon);
     const auto quiet = chip.id ? colors.secondaryText : colors.danger;
     const QRect sign(inside.left(), inside.center().y() + 1 - icon / 2, icon, icon);
     IconSet::draw(painter, chip.icon, quiet, mirrored(sign, whole));
-    inside.setLeft(inside.left() + icon + kInnerGap);
+    inside.setLeft(inside.left() + icon + theme.space(Space::small));
     painter.setFont(theme.smallFont());
     if (!chip.size.isEmpty()) {
         painter.setPen(quiet);
         painter.drawText(mirrored(inside, whole), Qt::AlignRight | Qt::AlignVCenter, chip.size);
         inside.setRight(inside.right() -
-                        QFontMetrics(theme.smallFont()).horizontalAdvance(chip.size) - kInnerGap);
+                        QFontMetrics(theme.smallFont()).horizontalAdvance(chip.size) - side);
     }
     painter.setPen(chip.id ? colors.text : colors.danger);
     painter.drawText(mirrored(inside, whole), Qt::AlignLeft | Qt::AlignVCenter, chip.name);

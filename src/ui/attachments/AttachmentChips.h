@@ -36,7 +36,7 @@ public:
     AttachmentChips(const services::AttachmentList& list, int width, const Theme& theme);
 
     /// Above the chips, from the text.
-    static constexpr int kDistance = 5;
+    static int distance(const Theme& theme) { return theme.space(Space::small); }
 
     /// That they were laid out for.
     int width() const { return m_width; }

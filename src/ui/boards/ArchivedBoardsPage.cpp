@@ -6,6 +6,8 @@
 #include "ui/boards/SidebarRow.h"
 #include "ui/kit/pages/PageHeader.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Danger.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
 #include <QHBoxLayout>
@@ -18,6 +20,7 @@ namespace korvex::ui {
 
 namespace {
 
+/// Below this width, in pixels at the standard font size, a row's buttons stand under its name.
 constexpr int kNarrow = 400;
 
 } // namespace
@@ -87,7 +90,10 @@ void ArchivedBoardsPage::rebuild() {
     rows->setAccessibleName(m_header->title());
     Accessibility::setRole(*rows, QAccessible::List);
     auto* const column = new QVBoxLayout(rows);
-    column->setContentsMargins(6, 0, 18, 18);
+    // The icons begin where the title does.
+    const auto edge = m_theme.space(Space::wide);
+    column->setContentsMargins(
+        mirrored(QMargins(edge - 2 * m_theme.space(Space::medium), 0, edge, edge)));
     column->setSpacing(m_theme.rowDistance() / 2);
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
         addRow(*rows, m_rows[i], static_cast<int>(i));
@@ -99,7 +105,8 @@ void ArchivedBoardsPage::rebuild() {
     }
     m_area->setWidget(rows);
     arrange();
-    setHint(m_rows.empty() ? tr("No board is archived.") : QString());
+    setHint(m_rows.empty() ? tr("Boards that you archive from their menu are kept here.")
+                           : QString());
     if (hadFocus && !m_buttons.empty()) {
         m_buttons[std::min(static_cast<std::size_t>(place), m_buttons.size() - 1)]->setFocus();
     }
@@ -112,18 +119,21 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
     open->setIconColor(row.color);
     open->setFocusPolicy(Qt::StrongFocus);
     const auto entries = static_cast<int>(row.entries);
-    const auto note = tr("%n (entry|entries)", nullptr, entries);
+    const auto note = tr("%Ln (entry|entries)", nullptr, entries);
     open->setNote(note, note);
     auto* const unarchive = new QPushButton(tr("Unarchive"), &rows);
     unarchive->setAccessibleName(tr("Unarchive %1").arg(name));
     auto* const remove = new QPushButton(tr("Delete…"), &rows);
     remove->setAccessibleName(tr("Delete %1").arg(name));
     for (auto* const button : {unarchive, remove}) {
+        button->setFlat(true);
         button->setEnabled(m_boards.allowsChanges());
     }
+    markDangerous(*remove);
     line->addWidget(open, 1);
     auto* const actions = new QHBoxLayout;
-    actions->setContentsMargins(10, 0, 0, 0);
+    actions->setContentsMargins(mirrored(QMargins(2 * m_theme.space(Space::medium), 0, 0, 0)));
+    actions->setSpacing(m_theme.space(Space::small));
     actions->addWidget(unarchive);
     actions->addWidget(remove);
     actions->addStretch();
@@ -152,7 +162,7 @@ void ArchivedBoardsPage::arrange() {
     const auto isNarrow = width() < m_theme.scaled(kNarrow);
     for (auto* const line : m_lines) {
         line->setDirection(isNarrow ? QBoxLayout::TopToBottom : QBoxLayout::LeftToRight);
-        line->setSpacing(isNarrow ? 0 : 6);
+        line->setSpacing(isNarrow ? m_theme.space(Space::hair) : 0);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "ui/boards/BoardActions.h"
 
 #include "base/Collation.h"
+#include "model/Entry.h"
 #include "ui/boards/BoardIconPopover.h"
 #include "ui/boards/BoardListing.h"
 #include "ui/kit/controls/MenuItems.h"
@@ -13,24 +14,28 @@
 
 namespace korvex::ui {
 
-BoardActions::BoardActions(BoardListing& listing, services::BoardService& boards,
-                           const base::Clock& clock, const Theme& theme, QWidget& window)
-    : m_listing(listing), m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
+BoardActions::BoardActions(services::BoardService& boards, const base::Clock& clock,
+                           const Theme& theme, QWidget& window)
+    : m_boards(boards), m_clock(clock), m_theme(theme), m_window(window) {}
 
-void BoardActions::addTo(QMenu& menu, model::Board& board) {
+void BoardActions::addTo(QMenu& menu, model::Board& board, BoardListing& where) {
     const auto canChange = m_boards.allowsChanges();
     const MenuItems items(menu, *this);
     if (board.isArchived()) {
         items.add(tr("Unarchive"), {}, [this, &board] { unarchive(board); }).setEnabled(canChange);
     } else {
-        items.add(tr("Rename"), Qt::Key_F2, [this, &board] { m_listing.rename(board); })
+        items.add(tr("Rename"), Qt::Key_F2, [&board, &where] { where.rename(board); })
             .setEnabled(canChange);
-        items.add(tr("Icon and color…"), {}, [this, &board] { chooseIcon(board, anchorOf(board)); })
+        items
+            .add(tr("Icon and color…"), {},
+                 [this, &board, &where] { chooseIcon(board, anchorOf(board, where)); })
             .setEnabled(canChange);
         items.add(tr("Archive"), {}, [this, &board] { archive(board); })
             .setEnabled(canChange && !board.isSystem());
     }
-    items.add(tr("Delete…"), {}, [this, &board] { confirmDeletion(board, anchorOf(board)); })
+    items
+        .add(tr("Delete…"), {},
+             [this, &board, &where] { confirmDeletion(board, anchorOf(board, where)); })
         .setEnabled(canChange && !board.isSystem());
     if (!board.isArchived()) {
         menu.addSeparator();
@@ -82,7 +87,10 @@ void BoardActions::chooseIcon(model::Board& board, const QRect& globalAnchor) {
 }
 
 void BoardActions::archive(model::Board& board) {
-    perform([&] { m_boards.setArchived(true, board, m_clock.now()); });
+    perform([&] {
+        m_boards.setArchived(true, board, m_clock.now());
+        Q_EMIT archived(&board);
+    });
 }
 
 void BoardActions::unarchive(model::Board& board) {
@@ -91,7 +99,13 @@ void BoardActions::unarchive(model::Board& board) {
 
 void BoardActions::confirmDeletion(model::Board& board, const QRect&) {
     QString message;
-    perform([&] { message = toQString(board.deletionMessage()); });
+    perform([&] {
+        const auto entries = board.entries();
+        const auto open = std::count_if(entries.begin(), entries.end(),
+                                        [](const auto* entry) { return !entry->isCompleted(); });
+        message = toQString(board.deletionMessage()) + QLatin1Char('\n') +
+                  tr("Open entries to delete: %L1.").arg(open);
+    });
     if (message.isEmpty()) {
         return;
     }
@@ -112,10 +126,11 @@ void BoardActions::perform(Operation&& operation) {
     }
 }
 
-QRect BoardActions::anchorOf(const model::Board& board) const {
-    // Where the list is hidden the window's corner has to do.
-    return m_listing.rowOf(board).value_or(
-        QRect(m_window.mapToGlobal(QPoint(16, 48)), QSize(1, 1)));
+QRect BoardActions::anchorOf(const model::Board& board, const BoardListing& where) const {
+    // Where it has gone out of sight the window's corner has to do.
+    const auto corner = m_theme.space(Space::wide);
+    return where.placeOf(board).value_or(
+        QRect(m_window.mapToGlobal(QPoint(corner, corner)), QSize(1, 1)));
 }
 
 } // namespace korvex::ui

@@ -19,11 +19,12 @@ class BoardActions final : public QObject {
     Q_OBJECT
 
 public:
-    BoardActions(BoardListing& listing, services::BoardService& boards, const base::Clock& clock,
-                 const Theme& theme, QWidget& window);
+    BoardActions(services::BoardService& boards, const base::Clock& clock, const Theme& theme,
+                 QWidget& window);
 
-    /// The entries on this board, to be put into any menu.
-    void addTo(QMenu& menu, model::Board& board);
+    /// The entries on this board, to be put into any menu. `where` is what the menu was opened on,
+    /// and outlives it: there the board is renamed, and there panels open.
+    void addTo(QMenu& menu, model::Board& board, BoardListing& where);
     void chooseIcon(model::Board& board, const QRect& globalAnchor);
     void archive(model::Board& board);
     void unarchive(model::Board& board);
@@ -34,6 +35,8 @@ public:
 
 Q_SIGNALS:
     void refused(const QString& message);
+    /// The user put it away, and may want it back.
+    void archived(korvex::model::Board* board);
 
 private:
     void addMoves(QMenu& menu, const model::Board& board);
@@ -41,9 +44,8 @@ private:
     void sort(services::BoardService::Direction direction);
     template <typename Operation>
     void perform(Operation&& operation);
-    QRect anchorOf(const model::Board& board) const;
+    QRect anchorOf(const model::Board& board, const BoardListing& where) const;
 
-    BoardListing& m_listing;
     services::BoardService& m_boards;
     const base::Clock& m_clock;
     const Theme& m_theme;

@@ -1,12 +1,13 @@
 #include "ui/boards/BoardColors.h"
 
+#include <algorithm>
 #include <array>
 
 namespace korvex::ui {
 
 namespace {
 
-/// The colours in the order of the enumeration, for a light ground.
+/// The colours in the order of the enumeration; on each ground they are made as strong as it takes.
 constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
     0xff2f6fde, // blue
     0xff2e9e4f, // green
@@ -31,6 +32,11 @@ constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
 
 /// What an icon needs to be told from its ground.
 constexpr double kIconContrast = 3;
+constexpr double kHighIconContrast = 4.5;
+
+std::optional<model::BoardIconColor> ownColorOf(const model::Board& board) {
+    return board.iconColor() ? model::boardIconColor(*board.iconColor()) : std::nullopt;
+}
 
 } // namespace
 
@@ -39,12 +45,24 @@ QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& th
         return theme.accent;
     }
     const QColor base(kColors[static_cast<std::size_t>(*color)]);
-    return theme.isDark ? readable(base, theme.sidebar, kIconContrast) : base;
+    // Of the grounds that icons stand on, the one of a chosen row is the nearest to them.
+    return readable(base, theme.selection,
+                    theme.isHighContrast ? kHighIconContrast : kIconContrast);
 }
 
 QColor iconColorOf(const model::Board& board, const ThemeColors& theme) {
-    return colorOf(board.iconColor() ? model::boardIconColor(*board.iconColor()) : std::nullopt,
-                   theme);
+    return colorOf(ownColorOf(board), theme);
+}
+
+model::BoardIconColor nextColor(const std::vector<model::Board*>& boards) {
+    std::array<int, model::kBoardIconColorCount> uses{};
+    for (const auto* const board : boards) {
+        if (const auto color = ownColorOf(*board)) {
+            ++uses[static_cast<std::size_t>(*color)];
+        }
+    }
+    const auto least = std::min_element(uses.begin(), uses.end());
+    return static_cast<model::BoardIconColor>(least - uses.begin());
 }
 
 } // namespace korvex::ui

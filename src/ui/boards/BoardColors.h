@@ -7,6 +7,7 @@
 #include <QColor>
 
 #include <optional>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -14,5 +15,8 @@ namespace korvex::ui {
 QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& theme);
 /// The colour of a board's icon.
 QColor iconColorOf(const model::Board& board, const ThemeColors& theme);
+/// What a new board beside these is offered: the first colour that none of them has, or else the
+/// first of those that the fewest have.
+model::BoardIconColor nextColor(const std::vector<model::Board*>& boards);
 
 } // namespace korvex::ui

@@ -2,23 +2,40 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
 
 #include <QContextMenuEvent>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLineEdit>
 #include <QToolButton>
 
+#include <algorithm>
+#include <utility>
+
 namespace korvex::ui {
+
+namespace {
+
+/// In pixels at the standard font size: beside the count the name is not to have less, and in a
+/// header that is narrower it is no title but a heading, or its words would be too long for it.
+constexpr int kNarrowestName = 140;
+constexpr int kNarrow = 280;
+
+} // namespace
 
 BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     : QWidget(parent),
       m_theme(theme),
+      m_line(new QHBoxLayout(this)),
       m_icon(new QToolButton(this)),
       m_name(new QLabel(this)),
       m_count(new QLabel(this)),
+      m_words(new WordsAndButton(*m_name, *m_count)),
       m_menu(new QToolButton(this)) {
     m_icon->setAutoRaise(true);
     m_icon->setFocusPolicy(Qt::TabFocus);
@@ -26,61 +43,205 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     m_icon->setToolTip(tr("Choose icon and color"));
     m_name->setTextFormat(Qt::PlainText);
     m_name->setWordWrap(true);
-    m_name->setAlignment(lineStart());
+    m_name->setAlignment((lineStart() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
+    auto policy = m_name->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    m_name->setSizePolicy(policy);
+    m_name->installEventFilter(this);
     m_menu->setAutoRaise(true);
     m_menu->setFocusPolicy(Qt::TabFocus);
     m_menu->setAccessibleName(tr("Menu of the board"));
     m_menu->setToolTip(tr("Board and appearance"));
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(14, 16, 14, 10);
-    row->setSpacing(6);
-    row->addWidget(m_icon);
-    row->addWidget(m_name, 1);
-    row->addWidget(m_count);
-    row->addWidget(m_menu);
-    connect(m_icon, &QToolButton::clicked, this, [this] {
-        Q_EMIT iconRequested({m_icon->mapToGlobal(QPoint()), m_icon->size()});
-    });
-    connect(m_menu, &QToolButton::clicked, this, [this] { Q_EMIT menuRequested(menuPlace()); });
+    // All of it stands in the first line of a long name.
+    m_line->addWidget(m_icon, 0, Qt::AlignTop);
+    m_line->addLayout(m_words, 1);
+    m_line->addWidget(m_menu, 0, Qt::AlignTop);
+    connect(m_icon, &QToolButton::clicked, this,
+            [this] { Q_EMIT iconRequested(anchorOf(*m_icon)); });
+    connect(m_menu, &QToolButton::clicked, this,
+            [this] { Q_EMIT menuRequested(anchorOf(*m_menu)); });
     connect(&theme, &Theme::changed, this, &BoardHeader::applyTheme);
     applyTheme();
 }
 
 void BoardHeader::show(const model::Board& board, int openTodoCount) {
+    if (m_board != &board && m_field) {
+        closeField();
+    }
+    m_board = &board;
     m_iconName = boardIconName(board.iconSystemName());
     m_iconColor = iconColorOf(board, m_theme.colors());
     m_icon->setIcon(IconSet::icon(m_iconName, m_iconColor));
     const auto name = toQString(board.name());
     m_name->setText(breakable(name));
     m_name->setAccessibleName(name);
-    m_count->setText(openTodoCount == 0 ? QString() : tr("%1 open").arg(openTodoCount));
+    m_name->setCursor(m_isChangeable && !board.isArchived() ? Qt::IBeamCursor : Qt::ArrowCursor);
+    m_count->setText(openTodoCount == 0 ? QString() : tr("%L1 open").arg(openTodoCount));
+    m_count->setVisible(openTodoCount > 0);
 }
 
 void BoardHeader::setChangeable(bool changeable) {
+    m_isChangeable = changeable;
     m_icon->setEnabled(changeable);
 }
 
-QPoint BoardHeader::menuPlace() const {
-    return m_menu->mapToGlobal(QPoint(0, m_menu->height()));
+std::optional<QRect> BoardHeader::placeOf(const model::Board& board) const {
+    return m_board == &board && isVisible() ? std::optional(anchorOf(*m_icon)) : std::nullopt;
+}
+
+QRect BoardHeader::anchorOf(const QWidget& control) const {
+    return {control.mapToGlobal(QPoint()), control.size()};
 }
 
 void BoardHeader::contextMenuEvent(QContextMenuEvent* event) {
-    Q_EMIT menuRequested(event->reason() == QContextMenuEvent::Keyboard ? menuPlace()
-                                                                        : event->globalPos());
+    Q_EMIT menuRequested(event->reason() == QContextMenuEvent::Keyboard
+                             ? anchorOf(*m_menu)
+                             : QRect(event->globalPos(), QSize(0, 0)));
+}
+
+void BoardHeader::rename(model::Board& board, const QString& typed) {
+    if (m_board == &board && m_isChangeable && !board.isArchived()) {
+        openField(typed.isEmpty() ? toQString(board.name()) : typed);
+    }
+}
+
+void BoardHeader::openField(const QString& text) {
+    if (!m_field) {
+        m_field = new QLineEdit(this);
+        m_field->setAccessibleName(tr("Name of the board"));
+        m_field->setAlignment(lineStart());
+        m_field->installEventFilter(this);
+        setTabOrder(m_icon, m_field);
+    }
+    m_field->setFont(m_name->font());
+    m_field->setText(text);
+    m_field->selectAll();
+    placeField();
+    m_name->hide(); // which keeps its room, so that nothing moves
+    m_field->show();
+    m_field->raise();
+    m_field->setFocus();
+}
+
+QString BoardHeader::closeField() {
+    const auto hadKeyboard = m_field->hasFocus();
+    m_field->hide();
+    m_name->show();
+    if (hadKeyboard) {
+        Q_EMIT renamingLeft();
+    }
+    return m_field->text();
+}
+
+void BoardHeader::endRenaming() {
+    if (!m_field || m_field->isHidden()) {
+        return;
+    }
+    const auto typed = closeField();
+    if (m_board && typed != toQString(m_board->name())) {
+        Q_EMIT renamed(typed);
+    }
+}
+
+/// In the first line of the name.
+void BoardHeader::placeField() {
+    // What a field keeps free before its letters: they stay where they are drawn.
+    const auto around = m_theme.space(Space::small) + m_theme.space(Space::hair);
+    const auto name = m_name->geometry();
+    const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
+    m_field->setGeometry(name.left() - around, m_icon->geometry().center().y() - height / 2,
+                         name.width() + 2 * around, height);
+}
+
+void BoardHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    if (m_isNarrow != (width() < m_theme.scaled(kNarrow))) {
+        applyTheme();
+    }
+    alignCount();
+    if (m_field && !m_field->isHidden()) {
+        m_line->activate();
+        placeField();
+    }
+}
+
+void BoardHeader::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_F2 && m_isChangeable && m_board && !m_board->isArchived()) {
+        openField(toQString(m_board->name()));
+    } else {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (watched == m_name && type == QEvent::MouseButtonPress && m_board && m_isChangeable &&
+        !m_board->isArchived() && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+        openField(toQString(m_board->name()));
+        return true;
+    }
+    if (watched == m_field && type == QEvent::KeyPress) {
+        return takeKey(static_cast<QKeyEvent*>(event)->key());
+    }
+    if (watched == m_field && type == QEvent::FocusOut &&
+        static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
+        endRenaming();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+/// Beside the name the count stands on the base line of its first line.
+void BoardHeader::alignCount() {
+    const QFontMetrics name(m_name->font());
+    const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
+    const auto above =
+        m_name->contentsMargins().top() + name.ascent() - QFontMetrics(m_count->font()).ascent();
+    m_count->setContentsMargins(0, isBeside ? above : 0, 0, 0);
+}
+
+bool BoardHeader::takeKey(int key) {
+    if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+        endRenaming();
+    } else if (key == Qt::Key_Escape) {
+        closeField();
+    } else {
+        return false;
+    }
+    return true;
 }
 
 void BoardHeader::applyTheme() {
     const auto& colors = m_theme.colors();
-    m_name->setFont(m_theme.titleFont());
+    m_isNarrow = width() < m_theme.scaled(kNarrow);
+    const QFontMetrics title(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
+    const auto line = std::max(m_theme.extent(Extent::control), title.height());
+    // The icon is as large as the name is written.
+    const auto sign = m_isNarrow ? m_theme.extent(Extent::sign)
+                                 : m_theme.scaled(static_cast<int>(TextSize::title));
+    const auto dots = m_theme.extent(Extent::sign);
+    for (const auto& [button, size] : {std::pair(m_icon, sign), std::pair(m_menu, dots)}) {
+        button->setIconSize({size, size});
+        button->setFixedSize(line, line);
+    }
+    m_menu->setIcon(IconSet::icon(QStringLiteral("dots-three"), colors.secondaryText));
+
+    // What is seen of the buttons ends where the page's content does.
+    const auto edge = m_theme.space(Space::wide);
+    m_line->setContentsMargins(
+        mirrored(QMargins(edge - (line - sign) / 2, m_theme.space(Space::large),
+                          edge - (line - dots) / 2, m_theme.space(Space::medium))));
+    m_line->setSpacing(m_theme.space(Space::small));
+    m_words->setSpacing(m_theme.space(Space::medium));
+    m_words->setNarrowest(m_theme.scaled(kNarrowestName));
+
+    const auto above = (line - title.height()) / 2;
+    m_name->setFont(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
+    m_name->setContentsMargins(0, above, 0, 0);
     m_count->setFont(m_theme.font());
     auto quiet = m_count->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
     m_count->setPalette(quiet);
-    const auto icon = m_theme.scaled(22);
-    m_icon->setIconSize({icon, icon});
-    const auto dots = m_theme.scaled(20);
-    m_menu->setIconSize({dots, dots});
-    m_menu->setIcon(IconSet::icon(QStringLiteral("dots-three"), colors.secondaryText));
+    alignCount();
 }
 
 } // namespace korvex::ui

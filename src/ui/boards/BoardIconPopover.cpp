@@ -2,16 +2,14 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/boards/BoardLookButton.h"
 #include "ui/kit/controls/ButtonGrid.h"
 #include "ui/kit/speech/Accessibility.h"
-#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Refusal.h"
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
-#include <QPainter>
-#include <QToolButton>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -20,31 +18,18 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kIconColumns = 8;
-constexpr int kColorColumns = 10;
-constexpr int kMargin = 12;
-constexpr int kIconSize = 20;
-constexpr int kSwatchSize = 18;
-/// What a button is wider than its icon, with the distance to the next one.
-constexpr int kAroundIcon = 14;
-constexpr int kWindowMargin = 8;
+/// Icons and colours stand in the same columns.
+constexpr int kColumns = 8;
+constexpr int kRows = (model::kBoardIconCount + kColumns - 1) / kColumns +
+                      (1 + model::kBoardIconColorCount + kColumns - 1) / kColumns;
 
-/// As many as the window has room for.
-int columnsIn(const QWidget& window, int iconSize, int most, const Theme& theme) {
-    const auto room = window.width() - 2 * (kMargin + kWindowMargin);
-    return std::clamp(room / (theme.scaled(iconSize) + kAroundIcon), 1, most);
-}
-
-QIcon swatch(const QColor& color, int size, qreal scale) {
-    QPixmap pixmap(QSize(size, size) * scale);
-    pixmap.setDevicePixelRatio(scale);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawEllipse(QRectF(0.5, 0.5, size - 1, size - 1));
-    return QIcon(pixmap);
+/// How wide and high a button is: smaller in a window that has no room for all of them.
+int sideIn(const QWidget& window, const Theme& theme) {
+    const auto usual = theme.extent(Extent::control) + theme.space(Space::small);
+    const auto around = 2 * theme.space(Space::wide);
+    const auto apart = theme.space(Space::hair);
+    return std::min({usual, (window.width() - around) / kColumns - apart,
+                     (window.height() - around - theme.space(Space::large)) / kRows - apart});
 }
 
 } // namespace
@@ -55,9 +40,9 @@ BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& 
       m_board(board),
       m_boards(boards),
       m_clock(clock),
-      m_icons(new ButtonGrid(tr("Icon"), columnsIn(*window, kIconSize, kIconColumns, theme), this)),
-      m_colors(
-          new ButtonGrid(tr("Color"), columnsIn(*window, kSwatchSize, kColorColumns, theme), this)),
+      m_side(sideIn(*window, theme)),
+      m_icons(new ButtonGrid(tr("Icon"), kColumns, this)),
+      m_colors(new ButtonGrid(tr("Color"), kColumns, this)),
       m_error(new QLabel(this)) {
     setAccessibleName(tr("Icon and color of the board"));
     addIcons();
@@ -67,8 +52,9 @@ BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& 
     Accessibility::setRole(*m_error, QAccessible::AlertMessage);
     m_error->hide();
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(10);
+    const auto margin = theme.space(Space::large);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(margin);
     column->addWidget(m_icons, 0, Qt::AlignLeft);
     column->addWidget(m_colors, 0, Qt::AlignLeft);
     column->addWidget(m_error);
@@ -76,29 +62,23 @@ BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& 
     setFocusProxy(m_icons);
 }
 
-QToolButton* BoardIconPopover::addButton(ButtonGrid& grid, const QString& title, int iconSize) {
-    auto* const button = new QToolButton(this);
-    const auto size = theme().scaled(iconSize);
-    button->setAutoRaise(true);
-    button->setIconSize({size, size});
-    button->setToolTip(title);
-    button->setAccessibleName(title);
+BoardLookButton* BoardIconPopover::addButton(ButtonGrid& grid, const QString& title) const {
+    auto* const button = new BoardLookButton(title, m_side, theme(), &grid);
     grid.add(button);
     return button;
 }
 
 void BoardIconPopover::addIcons() {
     for (const auto icon : model::allBoardIcons()) {
-        auto* const button = addButton(*m_icons, translated(model::title(icon)), kIconSize);
+        auto* const button = addButton(*m_icons, translated(model::title(icon)));
         connect(button, &QToolButton::clicked, this, [this, icon] { chooseIcon(icon); });
     }
 }
 
 void BoardIconPopover::addColors() {
-    const auto size = theme().scaled(kSwatchSize);
     const auto add = [&](std::optional<model::BoardIconColor> color, const QString& title) {
-        auto* const button = addButton(*m_colors, title, kSwatchSize);
-        button->setIcon(swatch(colorOf(color, theme().colors()), size, devicePixelRatioF()));
+        auto* const button = addButton(*m_colors, title);
+        button->show(colorOf(color, theme().colors()));
         connect(button, &QToolButton::clicked, this, [this, color] { chooseColor(color); });
     };
     add(std::nullopt, tr("Accent color"));
@@ -127,8 +107,8 @@ void BoardIconPopover::showChoice() {
         m_board.iconColor() ? model::boardIconColor(*m_board.iconColor()) : std::nullopt;
     const auto drawing = iconColorOf(m_board, theme().colors());
     for (std::size_t i = 0; i < m_icons->buttons().size(); ++i) {
-        m_icons->buttons()[i]->setIcon(IconSet::icon(
-            boardIconName(model::rawValue(static_cast<model::BoardIcon>(i))), drawing));
+        static_cast<BoardLookButton*>(m_icons->buttons()[i])
+            ->show(drawing, boardIconName(model::rawValue(static_cast<model::BoardIcon>(i))));
     }
     m_icons->choose(static_cast<std::size_t>(icon));
     m_colors->choose(color ? static_cast<std::size_t>(*color) + 1 : 0);

@@ -5,17 +5,15 @@
 #include "services/BoardService.h"
 #include "ui/kit/overlays/Popover.h"
 
-#include <QStringList>
-
 class QLabel;
-class QToolButton;
 
 namespace korvex::ui {
 
+class BoardLookButton;
 class ButtonGrid;
 
 /// Chooses a board's icon and its colour; both are stored at once. Arrow keys walk the two grids,
-/// Tab leads from one to the other, Return chooses and closes.
+/// which have the same columns; Tab leads from one to the other, Return chooses and closes.
 class BoardIconPopover final : public Popover {
     Q_OBJECT
 
@@ -27,7 +25,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
-    QToolButton* addButton(ButtonGrid& grid, const QString& title, int iconSize);
+    BoardLookButton* addButton(ButtonGrid& grid, const QString& title) const;
     void addIcons();
     void addColors();
     void chooseIcon(std::optional<model::BoardIcon> icon);
@@ -38,6 +36,8 @@ private:
     model::Board& m_board;
     services::BoardService& m_boards;
     const base::Clock& m_clock;
+    /// Of each button, in pixels.
+    int m_side;
     ButtonGrid* m_icons;
     /// The first is the accent colour, for none of the board's own.
     ButtonGrid* m_colors;

@@ -2,22 +2,13 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/lists/RowGround.h"
+#include "ui/boards/NamedRow.h"
 #include "ui/kit/theme/Direction.h"
-#include "ui/kit/theme/IconSet.h"
 
 #include <QLineEdit>
-#include <QPainter>
+#include <QLocale>
 
 namespace korvex::ui {
-
-namespace {
-
-constexpr int kSideMargin = 8;
-constexpr int kPadding = 8;
-constexpr int kIconSize = 18;
-
-} // namespace
 
 BoardItemDelegate::BoardItemDelegate(const BoardListModel& model, const Theme& theme,
                                      QObject* parent)
@@ -27,46 +18,26 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                               const QModelIndex& index) const {
     const auto& colors = m_theme.colors();
     const auto& board = *m_model.board(index.row());
-    const auto box = option.rect.adjusted(kSideMargin, 1, -kSideMargin, -1);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
     auto state = option.state;
     state.setFlag(QStyle::State_HasFocus,
                   state.testFlag(QStyle::State_HasFocus) && state.testFlag(QStyle::State_Selected));
-    paintRowGround(*painter, box, state, colors.sidebar, m_theme);
-
-    const auto size = m_theme.scaled(kIconSize);
-    const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
-    IconSet::draw(*painter, boardIconName(board.iconSystemName()), iconColorOf(board, colors),
-                  mirrored(icon, box));
-
     const auto count = m_model.openTodoCount(index.row());
-    const auto countText = count > 0 ? QString::number(count) : QString();
-    const QFontMetrics metrics(m_theme.font());
-    const auto countWidth = metrics.horizontalAdvance(countText);
-    painter->setFont(m_theme.font());
-    painter->setPen(colors.secondaryText);
-    painter->drawText(mirrored(box.adjusted(0, 0, -kPadding, 0), box),
-                      Qt::AlignRight | Qt::AlignVCenter, countText);
-    auto name = nameRect(option.rect);
-    name.setRight(name.right() - countWidth - (countWidth > 0 ? kPadding : 0));
-    painter->setPen(colors.text);
-    painter->drawText(mirrored(name, option.rect), Qt::AlignLeft | Qt::AlignVCenter,
-                      metrics.elidedText(index.data().toString(), Qt::ElideRight, name.width()));
-    painter->restore();
+    const NamedRow row{.icon = boardIconName(board.iconSystemName()),
+                       .iconColor = iconColorOf(board, colors),
+                       .name = index.data().toString(),
+                       .note = count > 0 ? QLocale().toString(count) : QString()};
+    row.paint(*painter, boxOf(option.rect), state, m_theme);
 }
 
 QSize BoardItemDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
-    const int height =
-        std::max(QFontMetrics(m_theme.font()).lineSpacing(), m_theme.scaled(kIconSize));
-    return {0, height + 10 + m_theme.rowDistance() / 2};
+    return {0, NamedRow::height(m_theme)};
 }
 
 QWidget* BoardItemDelegate::createEditor(QWidget* parent, const QStyleOptionViewItem&,
                                          const QModelIndex&) const {
     auto* const field = new QLineEdit(parent);
-    field->setFrame(false);
     field->setFont(m_theme.font());
+    field->setAlignment(lineStart());
     field->setAutoFillBackground(true);
     field->setAccessibleName(tr("Name of the board"));
     return field;
@@ -82,12 +53,17 @@ void BoardItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
 
 void BoardItemDelegate::updateEditorGeometry(QWidget* editor, const QStyleOptionViewItem& option,
                                              const QModelIndex&) const {
-    editor->setGeometry(mirrored(nameRect(option.rect).adjusted(-3, 4, 0, -4), option.rect));
+    const auto box = boxOf(option.rect);
+    const auto around = m_theme.space(Space::hair);
+    // What a field keeps free before its letters: they stay where they are drawn.
+    const auto before = m_theme.space(Space::small) + m_theme.space(Space::hair);
+    auto place = box.adjusted(0, around, -around, -around);
+    place.setLeft(NamedRow::nameRect(box, m_theme).left() - before);
+    editor->setGeometry(mirrored(place, option.rect));
 }
 
-QRect BoardItemDelegate::nameRect(const QRect& row) const {
-    const auto left = kSideMargin + kPadding + m_theme.scaled(kIconSize) + kPadding;
-    return row.adjusted(left, 0, -kSideMargin - kPadding, 0);
+QRect BoardItemDelegate::boxOf(const QRect& row) const {
+    return NamedRow::box(row, m_theme.space(Space::medium), m_theme);
 }
 
 } // namespace korvex::ui

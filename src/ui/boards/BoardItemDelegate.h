@@ -29,7 +29,7 @@ Q_SIGNALS:
     void renamed(korvex::model::Board* board, const QString& name) const;
 
 private:
-    QRect nameRect(const QRect& row) const;
+    QRect boxOf(const QRect& row) const;
 
     const BoardListModel& m_model;
     const Theme& m_theme;

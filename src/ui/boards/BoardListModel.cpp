@@ -24,7 +24,7 @@ QVariant BoardListModel::data(const QModelIndex& index, int role) const {
     case Qt::AccessibleTextRole:
         return toQString(board(index.row())->name());
     case Qt::AccessibleDescriptionRole:
-        return tr("%n open todo(s)", nullptr, openTodoCount(index.row()));
+        return tr("%Ln open todo(s)", nullptr, openTodoCount(index.row()));
     default:
         return {};
     }

@@ -1,15 +1,20 @@
 #include "ui/boards/BoardListView.h"
 
 #include "ui/boards/BoardItemDelegate.h"
+#include "ui/boards/NamedRow.h"
 #include "ui/boards/RowDragTypes.h"
 #include "ui/kit/lists/RowDrag.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QContextMenuEvent>
 #include <QDrag>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPainter>
+#include <QScrollBar>
+
+#include <utility>
 
 namespace korvex::ui {
 
@@ -18,6 +23,7 @@ BoardListView::BoardListView(BoardListModel& model, const Theme& theme, QWidget*
     Accessibility::install();
     setFrameShape(NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setVerticalScrollMode(ScrollPerPixel);
     setEditTriggers(EditKeyPressed);
     setDragEnabled(true);
     setAcceptDrops(true);
@@ -225,20 +231,39 @@ void BoardListView::dropEvent(QDropEvent* event) {
 
 void BoardListView::paintEvent(QPaintEvent* event) {
     QListView::paintEvent(event);
+    paintEnds();
     if (m_dropTarget) {
         const auto rect = visualRect(m_model.index(m_dropTarget->row, 0));
         QPainter painter(viewport());
         paintDropLine(painter, rect,
                       m_dropTarget->placement == model::EntryPlacement::before ? Qt::TopEdge
                                                                                : Qt::BottomEdge,
-                      8, m_theme.colors().accent);
+                      m_theme.space(Space::medium), m_theme.colors().accent);
     }
     if (m_entryTarget >= 0 && m_entryTarget < m_model.rowCount()) {
-        const auto box = visualRect(m_model.index(m_entryTarget, 0)).adjusted(8, 1, -8, -1);
+        const auto box = NamedRow::box(visualRect(m_model.index(m_entryTarget, 0)),
+                                       m_theme.space(Space::medium), m_theme);
         QPainter painter(viewport());
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(m_theme.colors().accent, 2));
-        painter.drawRoundedRect(QRectF(box).adjusted(1, 1, -1, -1), 6, 6);
+        Shapes::paintRing(painter, box, m_theme.radius(Radius::medium), m_theme.colors().accent);
+    }
+}
+
+void BoardListView::scrollContentsBy(int dx, int dy) {
+    QListView::scrollContentsBy(dx, dy);
+    viewport()->update(); // the lines at the ends do not move along
+}
+
+/// A line where more boards are beyond the edge, so that a row that is cut is known as one.
+void BoardListView::paintEnds() {
+    const auto& bar = *verticalScrollBar();
+    const auto& ground = *viewport();
+    const auto side = m_theme.space(Space::medium);
+    QPainter painter(viewport());
+    for (const auto& [isCut, y] : {std::pair(bar.value() > bar.minimum(), 0),
+                                   std::pair(bar.value() < bar.maximum(), ground.height() - 1)}) {
+        if (isCut) {
+            painter.fillRect(side, y, ground.width() - 2 * side, 1, m_theme.colors().hairline);
+        }
     }
 }
 

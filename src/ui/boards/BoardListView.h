@@ -64,6 +64,7 @@ protected:
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
     void focusInEvent(QFocusEvent* event) override;
     std::vector<Action> actionsOf(int row) override;
     int rowInEditing() const override;
@@ -80,6 +81,7 @@ private:
     /// The row of the board that takes the dragged entry at this place, -1 for none.
     int entryTargetAt(const QDropEvent& event) const;
     void setEntryTarget(int row);
+    void paintEnds();
     void applyTheme();
 
     BoardListModel& m_model;

@@ -2,9 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
-#include "ui/kit/lists/RowGround.h"
-#include "ui/kit/theme/Direction.h"
-#include "ui/kit/theme/IconSet.h"
+#include "ui/boards/NamedRow.h"
 #include "ui/kit/words/FuzzyMatch.h"
 #include "ui/kit/words/Text.h"
 
@@ -23,11 +21,7 @@ namespace korvex::ui {
 namespace {
 
 constexpr int kPanelWidth = 340;
-constexpr int kWindowMargin = 24;
 constexpr int kMostRows = 9;
-constexpr int kPadding = 8;
-constexpr int kIconSize = 18;
-constexpr int kTop = 48;
 
 } // namespace
 
@@ -95,28 +89,15 @@ public:
                const QModelIndex& index) const override {
         const auto& colors = m_theme.colors();
         const auto& board = m_model.board(index.row());
-        const auto box = option.rect.adjusted(0, 1, 0, -1);
-        painter->save();
-        painter->setRenderHint(QPainter::Antialiasing);
+        const NamedRow row{.icon = boardIconName(board.iconSystemName()),
+                           .iconColor = iconColorOf(board, colors),
+                           .name = toQString(board.name())};
         // The keys of the field above walk here; the field shows who has the keyboard.
-        paintRowGround(*painter, box, option.state & ~QStyle::State_HasFocus, colors.content,
-                       m_theme);
-        const auto size = m_theme.scaled(kIconSize);
-        const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
-        IconSet::draw(*painter, boardIconName(board.iconSystemName()), iconColorOf(board, colors),
-                      mirrored(icon, box));
-        const auto name = box.adjusted(kPadding + size + kPadding, 0, -kPadding, 0);
-        painter->setFont(m_theme.font());
-        painter->setPen(colors.text);
-        painter->drawText(mirrored(name, box),
-                          Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
-                          QFontMetrics(m_theme.font())
-                              .elidedText(toQString(board.name()), Qt::ElideRight, name.width()));
-        painter->restore();
+        row.paint(*painter, NamedRow::box(option.rect, 0, m_theme),
+                  option.state & ~QStyle::State_HasFocus, m_theme);
     }
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
-        return {0, std::max(QFontMetrics(m_theme.font()).lineSpacing(), m_theme.scaled(kIconSize)) +
-                       m_theme.rowDistance() + 4};
+        return {0, NamedRow::height(m_theme)};
     }
 
 private:
@@ -131,7 +112,8 @@ BoardPicker::BoardPicker(Offer offer, store::ModelContext& context,
     : ChoicePopover(new QListView, theme, window),
       m_model(new BoardPickerModel(std::move(offer.boards), folding, this)),
       m_nothing(new QLabel(tr("No board of this name"), this)) {
-    setFixedWidth(std::min(theme.scaled(kPanelWidth), window->width() - kWindowMargin));
+    setFixedWidth(
+        std::min(theme.scaled(kPanelWidth), window->width() - 2 * theme.space(Space::large)));
     list().setMouseTracking(true);
     list().setItemDelegate(new BoardPickerDelegate(*m_model, theme, &list()));
     list().setModel(m_model);
@@ -148,7 +130,8 @@ BoardPicker::~BoardPicker() = default;
 void BoardPicker::open() {
     const auto* const area = parentWidget();
     const auto left = (area->width() - width()) / 2;
-    openAt({area->mapToGlobal(QPoint(left, kTop)), QSize(1, 1)});
+    const auto top = theme().extent(Extent::control) + theme().space(Space::wide);
+    openAt({area->mapToGlobal(QPoint(left, top)), QSize(1, 1)});
     move(left, y());
     field().setFocus();
 }

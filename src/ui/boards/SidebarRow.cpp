@@ -1,24 +1,13 @@
 #include "ui/boards/SidebarRow.h"
 
-#include "ui/kit/lists/RowGround.h"
+#include "ui/boards/NamedRow.h"
 #include "ui/kit/speech/Accessibility.h"
-#include "ui/kit/theme/Direction.h"
-#include "ui/kit/theme/IconSet.h"
 
 #include <QKeyEvent>
+#include <QLocale>
 #include <QPainter>
-#include <QStyleOption>
 
 namespace korvex::ui {
-
-namespace {
-
-// Those of the boards below.
-constexpr int kSideMargin = 8;
-constexpr int kPadding = 8;
-constexpr int kIconSize = 18;
-
-} // namespace
 
 SidebarRow::SidebarRow(const QString& iconName, const QString& text, const Theme& theme,
                        QWidget* parent)
@@ -35,8 +24,8 @@ SidebarRow::SidebarRow(const QString& iconName, const QString& text, const Theme
 }
 
 void SidebarRow::setCount(int count) {
-    setNote(count > 0 ? QString::number(count) : QString(),
-            count > 0 ? tr("%n open todo(s)", nullptr, count) : QString());
+    setNote(count > 0 ? QLocale().toString(count) : QString(),
+            count > 0 ? tr("%Ln open todo(s)", nullptr, count) : QString());
 }
 
 void SidebarRow::setNote(const QString& note, const QString& description) {
@@ -48,37 +37,23 @@ void SidebarRow::setNote(const QString& note, const QString& description) {
 }
 
 QSize SidebarRow::sizeHint() const {
-    const int height =
-        std::max(QFontMetrics(m_theme.font()).lineSpacing(), m_theme.scaled(kIconSize));
-    return {0, height + 10 + m_theme.rowDistance() / 2};
+    return {0, NamedRow::height(m_theme)};
 }
 
 void SidebarRow::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     QStyle::State state;
     state.setFlag(QStyle::State_Selected, isChecked());
     state.setFlag(QStyle::State_MouseOver, underMouse() || isDown());
     state.setFlag(QStyle::State_HasFocus, hasFocus());
-    const auto box = rect().adjusted(kSideMargin, 1, -kSideMargin, -1);
-    paintRowGround(painter, box, state, colors.sidebar, m_theme);
-
-    const auto size = m_theme.scaled(kIconSize);
-    const QRect icon(box.left() + kPadding, box.center().y() - size / 2 + 1, size, size);
-    IconSet::draw(painter, m_iconName, m_iconColor.isValid() ? m_iconColor : colors.secondaryText,
-                  mirrored(icon, box));
-    const QFontMetrics metrics(m_theme.font());
-    const auto noteWidth = metrics.horizontalAdvance(m_note);
-    painter.setFont(m_theme.font());
-    painter.setPen(colors.secondaryText);
-    painter.drawText(mirrored(box.adjusted(0, 0, -kPadding, 0), box),
-                     Qt::AlignRight | Qt::AlignVCenter, m_note);
-    const auto name = box.adjusted(kPadding + size + kPadding, 0,
-                                   -kPadding - noteWidth - (noteWidth > 0 ? kPadding : 0), 0);
-    painter.setPen(colors.text);
-    painter.drawText(mirrored(name, box), Qt::AlignLeft | Qt::AlignVCenter,
-                     metrics.elidedText(text(), Qt::ElideRight, name.width()));
+    const auto quiet = isChecked() ? colors.accent : colors.secondaryText;
+    const NamedRow row{.icon = m_iconName,
+                       .iconColor = m_iconColor.isValid() ? m_iconColor : quiet,
+                       .name = text(),
+                       .note = m_note};
+    row.paint(painter, NamedRow::box(rect(), m_theme.space(Space::medium), m_theme), state,
+              m_theme);
 }
 
 void SidebarRow::keyPressEvent(QKeyEvent* event) {

@@ -36,7 +36,8 @@ protected:
 private:
     const Theme& m_theme;
     QString m_iconName;
-    QColor m_iconColor; ///< Not valid: the theme's quiet one.
+    /// Not valid: the theme's quiet one, and its accent while the page is shown.
+    QColor m_iconColor;
     QString m_note;
 };
 

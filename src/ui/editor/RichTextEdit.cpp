@@ -12,6 +12,7 @@
 #include "ui/text/TextDocumentConversion.h"
 #include "ui/text/TextLook.h"
 #include "ui/text/TextPainting.h"
+#include "ui/text/TextSelection.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -199,10 +200,11 @@ void RichTextEdit::toggleList(const QString& marker) {
 
 bool RichTextEdit::insert(const richtext::AttributedString& text) {
     const auto& units = text.text();
-    if (!allows({units.data(), static_cast<qsizetype>(units.size())})) {
+    auto cursor = textCursor();
+    if (!allowsReplacing(startOf(cursor), cursor.selectionEnd(),
+                         {units.data(), static_cast<qsizetype>(units.size())})) {
         return false;
     }
-    auto cursor = textCursor();
     insertText(cursor, text, look());
     setTextCursor(cursor);
     stepOutOfRuns();
@@ -211,6 +213,8 @@ bool RichTextEdit::insert(const richtext::AttributedString& text) {
     return true;
 }
 
+/// What is typed takes the place of what Qt calls the selection, though that begins in the line
+/// above a table that it leaves.
 bool RichTextEdit::allows(QStringView replacement) {
     const auto cursor = textCursor();
     return allowsReplacing(cursor.selectionStart(), cursor.selectionEnd(), replacement);

@@ -4,10 +4,13 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/RichTextRuns.h"
 #include "ui/editor/TableEditing.h"
+#include "ui/text/TextSelection.h"
 
 #include <QKeyEvent>
 #include <QTextBlock>
 #include <QTextTable>
+
+#include <vector>
 
 namespace korvex::ui {
 
@@ -19,6 +22,20 @@ constexpr QStringView kCodeIndent = u"    ";
 /// The neighbour goes on with the block's code.
 bool continuesCode(const QTextBlock& neighbour, const QTextBlock& block) {
     return neighbour.isValid() && isCodeBlock(neighbour) && isSameCell(neighbour, block);
+}
+
+/// The selected lines of code, or the one that the caret is in.
+std::vector<QTextBlock> codeLinesOf(const QTextCursor& selection) {
+    const auto& document = *selection.document();
+    const auto last = document.findBlock(selection.selectionEnd()).blockNumber();
+    std::vector<QTextBlock> lines;
+    for (auto block = document.findBlock(startOf(selection));
+         block.isValid() && block.blockNumber() <= last; block = block.next()) {
+        if (isCodeBlock(block)) {
+            lines.push_back(block);
+        }
+    }
+    return lines;
 }
 
 } // namespace
@@ -189,28 +206,25 @@ void StructureKeys::indentCode() {
         }
         return;
     }
-    const auto last = m_edit.document()->findBlock(cursor.selectionEnd());
-    auto block = m_edit.document()->findBlock(cursor.selectionStart());
-    const auto lines = last.blockNumber() - block.blockNumber() + 1;
-    const QString indents(lines * kCodeIndent.size(), QLatin1Char(' '));
-    if (!m_edit.allowsReplacing(block.position(), block.position(), indents)) {
+    const auto lines = codeLinesOf(cursor);
+    const QString indents(static_cast<qsizetype>(lines.size()) * kCodeIndent.size(),
+                          QLatin1Char(' '));
+    const auto first = lines.front().position();
+    if (!m_edit.allowsReplacing(first, first, indents)) {
         return;
     }
     cursor.beginEditBlock();
-    for (int i = 0; i < lines; ++i, block = block.next()) {
-        QTextCursor line(block);
-        line.insertText(kCodeIndent.toString());
+    for (const auto& each : lines) {
+        QTextCursor(each).insertText(kCodeIndent.toString());
     }
     cursor.endEditBlock();
 }
 
 void StructureKeys::unindentCode() {
     auto cursor = m_edit.textCursor();
-    const auto last = m_edit.document()->findBlock(cursor.selectionEnd()).blockNumber();
     cursor.beginEditBlock();
-    for (auto block = m_edit.document()->findBlock(cursor.selectionStart());
-         block.isValid() && block.blockNumber() <= last; block = block.next()) {
-        const auto text = block.text();
+    for (const auto& each : codeLinesOf(cursor)) {
+        const auto text = each.text();
         int blanks = 0;
         while (blanks < kCodeIndent.size() && blanks < text.size() &&
                text[blanks] == QLatin1Char(' ')) {
@@ -219,7 +233,7 @@ void StructureKeys::unindentCode() {
         if (blanks == 0 && text.startsWith(QLatin1Char('\t'))) {
             blanks = 1;
         }
-        QTextCursor line(block);
+        QTextCursor line(each);
         line.movePosition(QTextCursor::NextCharacter, QTextCursor::KeepAnchor, blanks);
         line.removeSelectedText();
     }

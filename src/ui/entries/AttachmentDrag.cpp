@@ -104,7 +104,7 @@ std::optional<AttachmentDrag::Source> AttachmentDrag::sourceOf(const QMimeData& 
 
 std::optional<AttachmentDrag::Target>
 AttachmentDrag::targetAt(const QPoint& position, const std::optional<Source>& source) const {
-    const auto row = m_view.indexAt(position).row();
+    const auto row = m_view.indexBeside(position.y()).row();
     if (row < 0 || m_model.isReadOnly()) {
         return std::nullopt;
     }

@@ -1,5 +1,6 @@
 #include "ui/entries/AttachmentDropMark.h"
 
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QPainter>
@@ -8,7 +9,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kCornerRadius = 6;
 constexpr int kTint = 30; // of 255
 
 } // namespace
@@ -34,13 +34,12 @@ void AttachmentDropMark::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     auto tint = accent;
     tint.setAlpha(kTint);
-    const auto distance = m_theme.rowDistance() / 2;
-    const auto margin = RowFrame::kBoxMargin;
-    painter.setPen(QPen(accent, 2));
-    painter.setBrush(tint);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(margin + 1, distance + 1, -margin - 1,
-                                                    -(m_theme.rowDistance() - distance) - 1),
-                            kCornerRadius, kCornerRadius);
+    const auto frame = RowFrame::of(m_theme);
+    const auto box = rect().adjusted(frame.boxMargin, frame.boxTop, -frame.boxMargin,
+                                     frame.boxTop - frame.rowDistance);
+    const auto radius = m_theme.radius(Radius::medium);
+    Shapes::paintBox(painter, box, radius, tint, {});
+    Shapes::paintRing(painter, box, radius, accent);
     if (m_place) {
         painter.fillRect(*m_place, accent);
     }

@@ -9,9 +9,9 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QKeyEvent>
+#include <QTimer>
 
 #include <algorithm>
-#include <utility>
 
 namespace korvex::ui {
 
@@ -20,6 +20,7 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
       m_workspace(workspace),
       m_model(workspace.context, workspace.serializer, workspace.scheduleClock, workspace.dates),
       m_header(new BoardHeader(theme)),
+      m_renaming(workspace.boards, workspace.clock, *m_header),
       m_archivedNotice(new NoticeLine({.icon = QStringLiteral("archive"),
                                        .text = tr("This board is archived."),
                                        .action = tr("Unarchive")},
@@ -75,31 +76,46 @@ EntryActions::Parts BoardPage::parts() {
 void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::iconRequested, this, &BoardPage::iconRequested);
     connect(m_header, &BoardHeader::menuRequested, this, &BoardPage::menuRequested);
+    connect(m_header, &BoardHeader::renamingLeft, this, &BoardPage::takeKeyboard);
+    connect(m_header, &BoardHeader::renamed, this, [this](const QString& name) {
+        endAnswer();
+        if (const auto refused = m_renaming.store(*board(), name)) {
+            refuse(*refused);
+        }
+    });
     connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
     connect(&m_model, &EntryListModel::countsChanged, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsInserted, this, &BoardPage::updateHeader);
     connect(&m_model, &QAbstractItemModel::rowsRemoved, this, &BoardPage::updateHeader);
     connect(&m_attachments, &AttachmentActions::refused, this, &BoardPage::refuse);
     connect(&m_attachments, &AttachmentActions::done, this, &BoardPage::endAnswer);
-    connect(&m_editing, &EntryEditing::closed, this, [this] {
-        // What is told while one leaves an entry is still to be read; by the next end it was.
-        banner().end(std::exchange(m_noticedBefore, m_noticed));
-        Q_EMIT editingEnded();
+    connect(&m_editing, &EntryEditing::closed, this, &BoardPage::editingEnded);
+    connect(&m_actions, &EntryActions::discardedWanted, this, [this](const app::Draft& draft) {
+        Q_EMIT resumeRequested(
+            draft, {.onTheirBoard = tr("This was discarded. Go on with it, or discard it."),
+                    .elsewhere = tr("This was discarded. Its board is no longer there. Go on with "
+                                    "it here, or discard it.")});
     });
-    connect(&m_editing, &EntryEditing::discarded, this, [this](const app::Draft& draft) {
-        offer(tr("What was typed was discarded."), tr("Undo"), [this, draft] {
-            Q_EMIT resumeRequested(
-                draft, {.onTheirBoard = tr("This was discarded. Go on with it, or discard it."),
-                        .elsewhere = tr("This was discarded. Its board is no longer there. Go on "
-                                        "with it here, or discard it.")});
-        });
-    });
-    connect(&m_editing, &EntryEditing::noticed, this, [this](const QString& message) {
-        m_noticed = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_noticed);
+    connect(&m_editing, &EntryEditing::noticed, this, &BoardPage::tellOfEditing);
+    connect(&m_editing, &EntryEditing::opened, this, [this] {
+        const auto* const entry = m_editing.entry();
+        if (!m_isToldJustNow && !(entry && entry->id() == m_toldOf)) {
+            banner().end(m_told);
+        }
     });
     const auto attach = [this](const QMimeData* offered) { m_actions.attachOffered(*offered); };
     connect(&m_editing, &EntryEditing::attachmentsPasted, this, attach);
     connect(&m_attachmentInput, &AttachmentInput::droppedOnDraft, this, attach);
+}
+
+/// It ends when another entry is edited, but not with the step to that one: who has just left an
+/// entry is still to read it.
+void BoardPage::tellOfEditing(const QString& message) {
+    m_told = banner().say({.text = message, .tone = ErrorBanner::Tone::notice}, m_told);
+    const auto* const entry = m_editing.entry();
+    m_toldOf = entry ? std::optional(entry->id()) : std::nullopt;
+    m_isToldJustNow = true;
+    QTimer::singleShot(0, this, [this] { m_isToldJustNow = false; });
 }
 
 /// All that the list asks for is carried out by the parts of the page, each its own share.
@@ -134,14 +150,34 @@ QString BoardPage::title() const {
 }
 
 void BoardPage::takeKeyboard() {
-    m_list->setFocus();
+    if (m_editing.isOpen()) {
+        m_editing.takeKeyboard();
+    } else {
+        m_list->setFocus();
+    }
+}
+
+bool BoardPage::leave() {
+    m_header->endRenaming();
+    if (m_renaming.isNameComingBack()) {
+        return false;
+    }
+    const auto isLeft = m_editing.leaveForGood();
+    if (!isLeft) {
+        m_editing.takeKeyboard(); // it says why
+    }
+    return isLeft;
+}
+
+BoardListing& BoardPage::header() {
+    return *m_header;
 }
 
 bool BoardPage::showBoard(model::Board& board) {
     if (m_model.board() == &board) {
         return true;
     }
-    const auto told = m_noticed;
+    const auto told = m_told;
     if (!leave()) {
         return false;
     }
@@ -176,19 +212,20 @@ BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
                              : tr("This was typed on “%1”, which is no longer there. Go on with it "
                                   "here, or discard it.");
     const auto why = form.arg(title());
+    const auto caret = m_editing.caret();
     const auto words = m_editing.takeAway();
     const auto isShown = showBoard(board);
     if (!words) {
         return isShown ? GivenWay::alone : GivenWay::no;
     }
     // Where the other board cannot be read, they stay on this one, or wait.
-    if (!resume(*words, why)) {
+    if (!resume(*words, why, caret)) {
         Q_EMIT resumeRequested(*words, {.onTheirBoard = why, .elsewhere = why});
     }
     return isShown ? GivenWay::withWords : GivenWay::no;
 }
 
-bool BoardPage::resume(const app::Draft& draft, const QString& why) {
+bool BoardPage::resume(const app::Draft& draft, const QString& why, int caret) {
     if (isReadOnly()) {
         return false; // it could be neither stored nor left
     }
@@ -198,14 +235,14 @@ bool BoardPage::resume(const app::Draft& draft, const QString& why) {
         return row >= 0 && m_model.kind(row) == EntryRowKind::entry ? entry : nullptr;
     };
     if (!draft.edited) {
-        return m_editing.resume(draft, nullptr, openEntry(draft.after), why);
+        return m_editing.resume(draft, nullptr, openEntry(draft.after), why, caret);
     }
     auto* const edited = openEntry(draft.edited->entry);
     const auto isAsItWas = edited && edited->updatedAt() == draft.edited->updatedAt &&
                            edited->type() == draft.type &&
                            m_model.isEditable(m_model.rowOf(*edited));
     return m_editing.resume(draft, isAsItWas ? edited : nullptr,
-                            edited ? edited : openEntry(draft.after), why);
+                            edited ? edited : openEntry(draft.after), why, caret);
 }
 
 bool BoardPage::showRecord(const base::Uuid& id) {
@@ -221,8 +258,15 @@ bool BoardPage::canAdd() {
     if (isReadOnly()) {
         refuse(showsArchivedBoard() ? tr("This board is archived.")
                                     : translated(model::EntryServiceErrorCase::readOnlyStore));
+        return false;
     }
-    return !isReadOnly();
+    if (!m_editing.leave()) {
+        m_editing.takeKeyboard();
+        tell(tr("What you typed is not stored yet. Something new can be started when it is stored "
+                "or discarded."));
+        return false;
+    }
+    return true;
 }
 
 /// What is opened is to be seen, as much of it as there is room for.
@@ -241,7 +285,7 @@ void BoardPage::startTodo() {
 }
 
 void BoardPage::startText() {
-    if (!canAdd() || !m_editing.leave()) {
+    if (!canAdd()) {
         return;
     }
     const auto row = m_list->currentRow();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/boards/BoardRenaming.h"
 #include "ui/entries/AttachmentInput.h"
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
@@ -9,6 +10,7 @@
 namespace korvex::ui {
 
 class BoardHeader;
+class BoardListing;
 class NoticeLine;
 
 /// The content of one board: header, messages, entries. Main thread.
@@ -21,10 +23,11 @@ public:
 
     QString title() const override;
     void takeKeyboard() override;
-    bool leave() override { return m_editing.leaveForGood(); }
+    bool leave() override;
     bool showRecord(const base::Uuid& id) override;
 
     model::Board* board() const { return m_model.board(); }
+    bool isEditing() const { return m_editing.isOpen(); }
     /// Returns false when what is being edited cannot be left; then the page stays as it is.
     bool showBoard(model::Board& board);
     /// Chooses the entry's row and scrolls it into the middle, among the completed todos too. Does
@@ -46,9 +49,9 @@ public:
     /// Shows this board, since the other is gone. What was typed there and can be stored nowhere
     /// comes along.
     GivenWay giveWayTo(model::Board& board);
-    /// Goes on with a draft in its place on this board; `why` says where it comes from. False when
-    /// what is being edited cannot be left.
-    bool resume(const app::Draft& draft, const QString& why);
+    /// Goes on with a draft in its place on this board, with the caret at this UTF-16 offset or at
+    /// the end; `why` says where it comes from. False when what is being edited cannot be left.
+    bool resume(const app::Draft& draft, const QString& why, int caret = -1);
     void startTodo();
     /// Starts a new text after the current entry.
     void startText();
@@ -64,10 +67,12 @@ public:
     EntryActions& actions() { return m_actions; }
     EntryListView& list() { return *m_list; }
     EntryListModel& entries() { return m_model; }
+    /// Where what is done with the board from its page happens.
+    BoardListing& header();
 
 Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
-    void menuRequested(const QPoint& globalPosition);
+    void menuRequested(const QRect& globalAnchor);
     void unarchiveRequested();
     /// What was edited on the board is edited no more.
     void editingEnded();
@@ -88,12 +93,15 @@ private:
     void toggleCompleted();
     /// Tells the list how much of it the banner covers.
     void measureBanner();
-    /// Whether new entries can be made; says why not.
+    /// Whether a new entry can be begun, with nothing else under edit; says why not.
     bool canAdd();
+    /// Says what came of an editing beside what its editor shows.
+    void tellOfEditing(const QString& message);
 
     const Workspace& m_workspace;
     EntryListModel m_model;
     BoardHeader* m_header;
+    BoardRenaming m_renaming;
     NoticeLine* m_archivedNotice;
     EntryListView* m_list;
     EntryEditing m_editing;
@@ -103,10 +111,10 @@ private:
     EntryMenu m_menu;
     EntryPasting m_pasting;
     base::Subscription m_ticks;
-    /// What the editing has told last.
-    ErrorBanner::MessageId m_noticed = 0;
-    /// The same when the editing before had ended.
-    ErrorBanner::MessageId m_noticedBefore = 0;
+    /// What the editing has told last, and of which entry.
+    ErrorBanner::MessageId m_told = 0;
+    std::optional<base::Uuid> m_toldOf;
+    bool m_isToldJustNow = false;
 };
 
 } // namespace korvex::ui

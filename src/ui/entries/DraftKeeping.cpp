@@ -8,6 +8,7 @@ namespace korvex::ui {
 
 void DraftKeeping::begin() {
     m_id.reset();
+    m_kept.reset();
     m_after.reset();
 }
 
@@ -18,13 +19,26 @@ bool DraftKeeping::keep() {
     if (!m_id) {
         m_id = base::Uuid::random();
     }
-    return !m_folder.write(draft());
+    auto words = draft();
+    if (m_kept) {
+        words.typedAt = m_kept->typedAt;
+    }
+    if (words == m_kept) {
+        return true; // it is tried again and again, and the disk is perhaps what is slow
+    }
+    words.typedAt = m_clock.now();
+    if (m_folder.write(words)) {
+        return false;
+    }
+    m_kept = std::move(words);
+    return true;
 }
 
 void DraftKeeping::forget() {
     if (m_id) {
         m_folder.remove(*m_id);
         m_id.reset();
+        m_kept.reset();
     }
 }
 

@@ -27,7 +27,8 @@ public:
     /// The rows are about to follow the store, and may all go with their board: keeps what a draft
     /// tells of the place.
     void rememberPlace() { m_after = predecessor(); }
-    /// Writes what the editor shows, if there are words in it. False when that failed too.
+    /// Writes what the editor shows, if there are words in it that are not kept yet. False when
+    /// that failed too.
     bool keep();
     /// It was stored, or the user has given it up.
     void forget();
@@ -50,6 +51,8 @@ private:
     const base::Clock& m_clock;
     /// Of the draft that is kept, if there is one.
     std::optional<base::Uuid> m_id;
+    /// What was written last under it.
+    std::optional<app::Draft> m_kept;
     std::optional<base::Uuid> m_after;
 };
 

@@ -6,6 +6,8 @@
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
+#include <QPointer>
+
 #include <algorithm>
 
 namespace korvex::ui {
@@ -37,6 +39,18 @@ void EntryActions::connectEditing() {
             [this](model::Entry* entry) { chooseBoard(*entry); });
     connect(editing, &EntryEditing::deletionRequested, this,
             [this](model::Entry* entry) { remove(*entry); });
+    connect(editing, &EntryEditing::discarded, this, &EntryActions::registerDiscarded);
+}
+
+void EntryActions::registerDiscarded(const app::Draft& draft) {
+    const auto cost = draft.content.size() + (draft.richTextData ? draft.richTextData->size() : 0);
+    m_services.undo.registerUndo("Discard", sizeof draft + cost,
+                                 [self = QPointer(this), draft](base::Instant) {
+                                     if (self) { // the words go with their window
+                                         Q_EMIT self->discardedWanted(draft);
+                                     }
+                                 });
+    m_todos.offerUndo(tr("What was typed was discarded."));
 }
 
 void EntryActions::toggle(int row) {

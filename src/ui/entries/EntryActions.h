@@ -66,8 +66,14 @@ public:
     /// Puts an entry of the board beside a row.
     void drop(const base::Uuid& id, const EntryReordering::Place& place);
 
+Q_SIGNALS:
+    /// Words that the user had given up are to be gone on with.
+    void discardedWanted(const korvex::app::Draft& draft);
+
 private:
     void connectEditing();
+    /// The user has given these words up, which is a step of undo like a deletion.
+    void registerDiscarded(const app::Draft& draft);
     template <typename Attach>
     void attachToEdited(Attach&& attach);
     bool belongs(const model::Entry& entry) const override { return !entry.isCompleted(); }

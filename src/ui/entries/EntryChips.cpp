@@ -13,7 +13,7 @@ std::optional<EntryChips::OfRow> EntryChips::of(int row) const {
         return std::nullopt;
     }
     const auto rect = m_list.visualRect(m_model.index(row, 0));
-    const auto& laidOut = m_delegate.layout(row, rect.width());
+    const auto& laidOut = m_delegate.layout(row);
     if (!laidOut.chips()) {
         return std::nullopt; // the layout is older than the attachments
     }
@@ -37,7 +37,7 @@ std::optional<EntryChips::Chip> EntryChips::at(const QPoint& position) const {
 }
 
 int EntryChips::extent(int row) const {
-    return hasAny(row) ? m_delegate.layout(row, m_list.viewport()->width()).chipsExtent() : 0;
+    return hasAny(row) ? m_delegate.layout(row).chipsExtent() : 0;
 }
 
 void EntryChips::setMarks(const AttachmentMarks& marks) {

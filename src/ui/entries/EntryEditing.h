@@ -8,6 +8,8 @@
 #include <QMimeData>
 #include <QObject>
 
+#include <functional>
+
 class QMenu;
 
 namespace korvex::ui {
@@ -45,7 +47,11 @@ public:
     /// all others for null. `why` says under the text where it comes from. False when what is
     /// edited now cannot be left.
     bool resume(const app::Draft& draft, model::Entry* edited, const model::Entry* after,
-                const QString& why);
+                const QString& why, int caret);
+    /// The UTF-16 offset at which one types; -1 while nothing is edited.
+    int caret() { return isOpen() ? m_editors.current().caret() : -1; }
+    /// Gives it to what is edited, which comes into sight with what is said of it.
+    void takeKeyboard();
     /// Closes the editor, whatever the store says to that. What could not be stored, for another
     /// place.
     std::optional<app::Draft> takeAway();
@@ -62,6 +68,8 @@ public:
 Q_SIGNALS:
     /// What the user is to be told beside what the editor shows.
     void noticed(const QString& message);
+    /// Another entry is edited, or a draft.
+    void opened();
     /// What was edited is edited no more: it is stored, or given up.
     void closed();
     void completionRequested(korvex::model::Entry* entry);
@@ -71,7 +79,7 @@ Q_SIGNALS:
     /// It is to go to another board.
     void boardChangeRequested(korvex::model::Entry* entry);
     void deletionRequested(korvex::model::Entry* entry);
-    /// The user has given up these words: the last chance to have them back.
+    /// The user has given up these words, which are stored and kept nowhere any more.
     void discarded(const korvex::app::Draft& draft);
     /// Files or a picture were pasted into an editor.
     void attachmentsPasted(const QMimeData* offered);
@@ -91,20 +99,23 @@ private:
     bool store();
     /// The records have changed; `row` is where the editor stood before.
     void followRecords(int row);
+    /// Whether the text of the open editor waits for the store to take it.
+    bool isRefused();
     void storeAndStay();
     void storeSoFar();
     /// A draft that was stored is edited in the row that it has now.
     void settle();
-    void split();
     /// Edits the text of an entry that is gone, completed, moved or of another type as a new one.
     void becomeDraft(int row);
 
+    // What the keys and the menu of an editor ask for: EntryEditingCommands.cpp
+    using Request = std::function<void(model::Entry* entry, int caret)>;
     /// Stores, closes, and calls `request` with the entry and where the caret stood.
-    template <typename Request>
-    void forward(Request&& request);
+    void forward(const Request& request);
     void leaveToList();
     void moveAndGoOn(int offset);
     void changeType();
+    void split();
     void makeNext();
     void removeAndGoUp();
     /// Deletes a stored todo that was emptied, as far as the store lets it. False when it was not.

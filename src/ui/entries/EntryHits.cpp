@@ -8,19 +8,19 @@ bool EntryHits::isText(int row) const {
 
 QRect EntryHits::signOf(int row) const {
     const auto place = placeOf(row);
-    return m_delegate.layout(row, place.width()).sign().translated(place.topLeft());
+    return m_delegate.layout(row).sign().translated(place.topLeft());
 }
 
 QRect EntryHits::scheduleOf(int row) const {
     const auto place = placeOf(row);
-    const auto& laidOut = m_delegate.layout(row, place.width());
+    const auto& laidOut = m_delegate.layout(row);
     const auto local = laidOut.due().isEmpty() ? laidOut.scheduleButton() : laidOut.due();
     return local.translated(place.topLeft());
 }
 
 int EntryHits::caretAt(int row, const QPoint& position) const {
     const auto place = placeOf(row);
-    return m_delegate.layout(row, place.width()).cursorAt(position - place.topLeft());
+    return m_delegate.layout(row).cursorAt(position - place.topLeft());
 }
 
 QString EntryHits::linkAt(const QPoint& position) const {
@@ -29,7 +29,7 @@ QString EntryHits::linkAt(const QPoint& position) const {
         return {};
     }
     const auto place = m_list.visualRect(index);
-    return m_delegate.layout(index.row(), place.width()).linkAt(position - place.topLeft());
+    return m_delegate.layout(index.row()).linkAt(position - place.topLeft());
 }
 
 } // namespace korvex::ui

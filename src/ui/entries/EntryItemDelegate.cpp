@@ -11,17 +11,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// What the text of a row stands on.
-const QColor& groundOf(QStyle::State state, const ThemeColors& colors) {
-    return state.testFlag(QStyle::State_Selected)    ? colors.selection
-           : state.testFlag(QStyle::State_MouseOver) ? colors.hover
-                                                     : colors.content;
-}
-
-} // namespace
-
 EntryItemDelegate::EntryItemDelegate(const EntryListModel& model, richtext::CodeHighlighter& code,
                                      const Theme& theme, QObject* parent)
     : QStyledItemDelegate(parent), m_model(model), m_code(code), m_theme(theme) {}
@@ -29,7 +18,7 @@ EntryItemDelegate::EntryItemDelegate(const EntryListModel& model, richtext::Code
 void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
                               const QModelIndex& index) const {
     const auto row = index.row();
-    const auto& laidOut = layout(row, option.rect.width());
+    const auto& laidOut = layout(row);
     painter->save();
     painter->setClipRect(option.rect);
     painter->translate(option.rect.topLeft());
@@ -43,13 +32,15 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     }
     const auto& colors = m_theme.colors();
     const auto shown = quietWithoutKeyboard(option.state);
-    paintRowBox(*painter, laidOut.box(), shown, colors.hover, m_theme);
-    paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
     if (auto* const formatted = laidOut.formatted()) {
+        paintRowOutline(*painter, laidOut.box(), shown, m_theme);
+        paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
         painter->translate(laidOut.text().topLeft());
         formatted->color(m_code, look());
-        formatted->paint(*painter, look(), groundOf(shown, colors));
+        formatted->paint(*painter, look(), colors.content);
     } else {
+        paintRowGround(*painter, laidOut.box(), shown, m_theme);
+        paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
         paintPlain(*painter, laidOut, row, option.state);
     }
     painter->restore();
@@ -133,18 +124,22 @@ void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
 
 QSize EntryItemDelegate::sizeHint(const QStyleOptionViewItem& option,
                                   const QModelIndex& index) const {
-    return {option.rect.width(), layout(index.row(), option.rect.width()).height()};
+    return {option.rect.width(), layout(index.row()).height()};
 }
 
-const EntryRowLayout& EntryItemDelegate::layout(int row, int width) const {
-    return m_layouts.at(subjectOf(row), width, [&] {
-        auto made = std::make_unique<EntryRowLayout>(m_model, row, width, m_theme, look());
+const EntryRowLayout& EntryItemDelegate::layout(int row) const {
+    const auto make = [&](std::unique_ptr<EntryRowLayout> former) {
+        auto made = std::make_unique<EntryRowLayout>(m_model, row, m_room.width, m_theme, look(),
+                                                     std::move(former));
         const auto kept = m_tableOffsets.find(subjectOf(row));
         if (made->formatted() && kept != m_tableOffsets.end()) {
             made->formatted()->setTableOffsets(kept->second);
         }
         return made;
-    });
+    };
+    const auto& laidOut = m_layouts.at(subjectOf(row), m_room.width, make);
+    laidOut.reachTo(m_room.most);
+    return laidOut;
 }
 
 const TextLook& EntryItemDelegate::look() const {
@@ -159,9 +154,8 @@ void EntryItemDelegate::forgetAll() const {
     m_look.reset();
 }
 
-bool EntryItemDelegate::scrollTables(int row, int width, int by,
-                                     std::optional<QPointF> under) const {
-    const auto& laidOut = layout(row, width);
+bool EntryItemDelegate::scrollTables(int row, int by, std::optional<QPointF> under) const {
+    const auto& laidOut = layout(row);
     auto* const formatted = laidOut.formatted();
     const auto local = under ? std::optional(*under - laidOut.text().topLeft()) : std::nullopt;
     if (!formatted || !formatted->scrollTables(by, local)) {

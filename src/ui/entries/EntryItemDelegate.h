@@ -28,14 +28,15 @@ public:
     /// What a row looks like while it is dragged, on a screen with so many dots to a pixel.
     QPixmap picture(QStyleOptionViewItem option, const QModelIndex& index, qreal scale) const;
 
+    /// For what width rows are laid out, and how far what is wide in one of them may reach.
+    void setRoom(const EntryRowRoom& room) { m_room = room; }
     /// Valid until the next call of any function of this class.
-    const EntryRowLayout& layout(int row, int width) const;
+    const EntryRowLayout& layout(int row) const;
     void forget(int row) const { m_layouts.forget(subjectOf(row)); }
     void forgetAll() const;
     /// Moves what is seen of the tables of a row that are too wide for it: of all of them, or only
     /// of the one under a point of the row. False where there is nothing to move.
-    bool scrollTables(int row, int width, int by,
-                      std::optional<QPointF> under = std::nullopt) const;
+    bool scrollTables(int row, int by, std::optional<QPointF> under = std::nullopt) const;
 
     /// The row in whose place an editor stands: only its attachments are drawn, at its foot. -1 for
     /// none.
@@ -55,6 +56,7 @@ private:
     const EntryListModel& m_model;
     richtext::CodeHighlighter& m_code;
     const Theme& m_theme;
+    EntryRowRoom m_room;
     int m_editedRow = -1;
     AttachmentMarks m_marks;
     /// Made when it is first needed: a board may hold no formatted text.

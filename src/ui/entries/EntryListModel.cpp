@@ -135,7 +135,7 @@ QString EntryListModel::text(int row) const {
     case RowKind::newTodo:
         return tr("New todo");
     case RowKind::completedHeading:
-        return tr("Completed (%1)").arg(m_completed.size());
+        return tr("Completed (%L1)").arg(m_completed.size());
     }
     return {};
 }

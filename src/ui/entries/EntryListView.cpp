@@ -1,29 +1,11 @@
 #include "ui/entries/EntryListView.h"
 
 #include "ui/entries/RowEditor.h"
-#include "ui/kit/theme/Direction.h"
-#include "ui/text/Links.h"
 
 #include <QApplication>
-#include <QDragMoveEvent>
-#include <QMouseEvent>
 #include <QScrollBar>
 
 namespace korvex::ui {
-
-namespace {
-
-constexpr int kBottomMargin = 24;
-
-/// A character that begins a text; Space alone does not.
-bool isTyping(const QKeyEvent& event) {
-    const auto text = event.text();
-    constexpr auto kCommands = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
-    return !text.isEmpty() && (text.front().isPrint() || text.front().isSurrogate()) &&
-           text.front() != QLatin1Char(' ') && (event.modifiers() & kCommands) == 0;
-}
-
-} // namespace
 
 EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& code,
                              const Theme& theme, QWidget* parent)
@@ -39,7 +21,6 @@ EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& c
     setAcceptDrops(true);
     setDragDropMode(DragDrop);
     setAutoScroll(true);
-    setBottomMargin(kBottomMargin);
     setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Entries"));
@@ -84,7 +65,7 @@ void EntryListView::coverFoot(int height) {
     }
     const auto isTypedInSight = editedRow() >= 0 && m_editor->isCaretInSight();
     m_coveredFoot = height;
-    setBottomMargin(kBottomMargin + height);
+    setBottomMargin(std::max(footRoom(), height + theme().space(Space::wide)));
     updateGeometries();
     if (isTypedInSight) {
         m_editor->reveal();
@@ -121,17 +102,45 @@ QRect EntryListView::scheduleAnchor(int row) const {
 
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
-        return m_editor->neededHeight(viewport()->width()) + m_chips.extent(row);
+        return m_editor->neededHeight(column().width) + m_chips.extent(row);
     }
-    return m_leaving.height(m_model.entry(row),
-                            m_delegate->layout(row, viewport()->width()).height());
+    const auto* const entry = m_model.entry(row);
+    const auto& laidOut = m_delegate->layout(row);
+    m_tables.measured(entry, laidOut);
+    return m_leaving.height(entry, laidOut.height());
+}
+
+EntryRowRoom EntryListView::room() const {
+    const auto place = column();
+    // From right to left a table has its room at the other side, where no field can scroll to.
+    return {.width = place.width,
+            .most = isRightToLeft() ? place.width : viewport()->width() - place.left};
+}
+
+int EntryListView::widthOf(int row) const {
+    const auto [width, most] = room();
+    if (m_editor && row == editedRow()) {
+        return std::clamp(m_editor->wholeWidth(), width, most);
+    }
+    // Between two steps of the model a row may be asked for that has just gone.
+    const auto* const entry = row < m_model.rowCount() ? m_model.entry(row) : nullptr;
+    return std::clamp(m_tables.wholeWidth(entry), width, most);
+}
+
+void EntryListView::resizeEvent(QResizeEvent* event) {
+    m_delegate->setRoom(room());
+    RowListView::resizeEvent(event);
 }
 
 int EntryListView::estimatedHeight(int row) const {
-    if (!m_estimate || m_estimate->width() != viewport()->width()) {
-        m_estimate.emplace(viewport()->width(), theme());
+    if (!m_estimate || m_estimate->width() != column().width) {
+        m_estimate.emplace(column().width, theme());
     }
     return m_estimate->height(m_model, row);
+}
+
+double EntryListView::opacityOf(const QModelIndex& index) const {
+    return m_leaving.opacity(m_model.entry(index.row())) * RowListView::opacityOf(index);
 }
 
 void EntryListView::rowsPlaced() {
@@ -148,6 +157,8 @@ void EntryListView::rowsPlaced() {
 
 void EntryListView::forgetLayouts() {
     m_estimate.reset();
+    m_tables.forget();
+    m_delegate->setRoom(room());
     m_delegate->forgetAll();
 }
 
@@ -155,143 +166,6 @@ void EntryListView::paintEvent(QPaintEvent* event) {
     m_delegate->setEditedRow(editedRow());
     RowListView::paintEvent(event);
     m_reordering.paint();
-}
-
-void EntryListView::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Control) {
-        updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::ControlModifier);
-    }
-    if (isTyping(*event) || event->matches(QKeySequence::Paste)) {
-        if (m_model.isReadOnly()) {
-            event->ignore();
-        } else if (isTyping(*event)) {
-            Q_EMIT typed(event->text());
-        } else {
-            Q_EMIT pasteRequested();
-        }
-        return;
-    }
-    const auto modifiers = event->modifiers() & ~Qt::KeypadModifier;
-    const auto row = currentRow();
-    const auto isEntry = row >= 0 && m_model.entry(row) && !m_model.isReadOnly();
-    switch (event->key()) {
-    case Qt::Key_Return:
-    case Qt::Key_Enter:
-        if (row >= 0 && modifiers == Qt::ControlModifier && isEntry) {
-            Q_EMIT toggleRequested(row);
-        } else if (row >= 0 && modifiers == Qt::NoModifier) {
-            activate(row);
-        }
-        return;
-    case Qt::Key_F2:
-        if (isEntry) {
-            Q_EMIT editRequested(row, -1);
-        }
-        return;
-    case Qt::Key_Space:
-        if (!isTick(*event)) {
-            return;
-        }
-        if (isEntry) {
-            Q_EMIT toggleRequested(row);
-        } else if (row >= 0) {
-            activate(row);
-        }
-        return;
-    case Qt::Key_Left:
-    case Qt::Key_Right:
-        if (row >= 0 && m_model.kind(row) == EntryRowKind::completedHeading &&
-            m_model.isCompletedExpanded() == (stepOf(event->key()) < 0)) {
-            Q_EMIT completedToggled();
-        } else if (row >= 0) {
-            m_tables.step(row, event->key() == Qt::Key_Right ? 1 : -1);
-        }
-        return;
-    case Qt::Key_Up:
-    case Qt::Key_Down:
-        if (modifiers == Qt::AltModifier) {
-            if (isEntry) {
-                Q_EMIT moveRequested(row, event->key() == Qt::Key_Up ? -1 : 1);
-            }
-            return;
-        }
-        break;
-    default:
-        break;
-    }
-    RowListView::keyPressEvent(event);
-}
-
-void EntryListView::keyReleaseEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Control) {
-        updateCursor(viewport()->mapFromGlobal(QCursor::pos()), Qt::NoModifier);
-    }
-    RowListView::keyReleaseEvent(event);
-}
-
-void EntryListView::inputMethodEvent(QInputMethodEvent* event) {
-    // Until it is committed, the text is the input method's own affair: an editor that opened now
-    // would end the composition.
-    event->accept();
-    if (!event->commitString().isEmpty() && !m_model.isReadOnly()) {
-        Q_EMIT typed(event->commitString());
-    }
-}
-
-void EntryListView::activate(int row) {
-    switch (m_model.kind(row)) {
-    case EntryRowKind::entry:
-        Q_EMIT editRequested(row, -1);
-        break;
-    case EntryRowKind::newTodo:
-        Q_EMIT newTodoRequested();
-        break;
-    case EntryRowKind::completedHeading:
-        Q_EMIT completedToggled();
-        break;
-    case EntryRowKind::draft:
-    case EntryRowKind::completed:
-        break;
-    }
-}
-
-void EntryListView::mousePressEvent(QMouseEvent* event) {
-    m_pressedAt = event->position().toPoint();
-    RowListView::mousePressEvent(event);
-}
-
-void EntryListView::clicked(int row, RowPart part, const QMouseEvent& event) {
-    const auto isEntry = m_model.entry(row) != nullptr;
-    const auto position = event.position().toPoint();
-    if (part == RowPart::sign && isEntry) {
-        Q_EMIT toggleRequested(row);
-    } else if (part == RowPart::label) {
-        Q_EMIT scheduleRequested(row);
-    } else if (!isEntry) {
-        activate(row);
-    } else if (part == RowPart::body && m_hits.isText(row) &&
-               (position - m_pressedAt).manhattanLength() < QApplication::startDragDistance()) {
-        if (event.modifiers() == Qt::NoModifier) {
-            Q_EMIT editRequested(row, m_hits.caretAt(row, position));
-        } else if (event.modifiers() == Qt::ControlModifier) {
-            openLink(m_hits.linkAt(position));
-        }
-    }
-}
-
-void EntryListView::doubleClicked(int row, const QPoint& position) {
-    if (m_model.kind(row) == EntryRowKind::entry) {
-        Q_EMIT editRequested(row, m_hits.caretAt(row, position));
-    }
-}
-
-void EntryListView::mouseMoveEvent(QMouseEvent* event) {
-    // A press on the circle or the label is no beginning of a drag.
-    if (pressedPart() == RowPart::body || event->buttons() == Qt::NoButton) {
-        RowListView::mouseMoveEvent(event);
-    } else {
-        follow(*event);
-    }
 }
 
 void EntryListView::focusInEvent(QFocusEvent* event) {
@@ -309,14 +183,6 @@ void EntryListView::focusInEvent(QFocusEvent* event) {
 void EntryListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
     RowListView::currentChanged(current, previous);
     setAttribute(Qt::WA_InputMethodEnabled); // which QAbstractItemView asks the row for
-}
-
-void EntryListView::wheelEvent(QWheelEvent* event) {
-    if (m_tables.follow(*event)) {
-        event->accept();
-    } else {
-        RowListView::wheelEvent(event);
-    }
 }
 
 QAccessible::Role EntryListView::roleOf(int row) const {
@@ -374,54 +240,6 @@ bool EntryListView::isPressable(const QPoint& position, Qt::KeyboardModifiers mo
                           partUnder(position) == RowPart::body &&
                           !m_hits.linkAt(position).isEmpty();
     return isOnLink || RowListView::isPressable(position, modifiers);
-}
-
-void EntryListView::startDrag(Qt::DropActions) {
-    const auto row = currentRow();
-    if (row < 0 || m_model.kind(row) != EntryRowKind::entry || row == editedRow()) {
-        return;
-    }
-    QStyleOptionViewItem option;
-    initViewItemOption(&option);
-    option.rect = visualRect(currentIndex());
-    option.state = QStyle::State_Enabled | QStyle::State_Selected;
-    option.state.setFlag(QStyle::State_MouseOver, row == hoveredRow());
-    m_reordering.drag(row, m_delegate->picture(option, currentIndex(), devicePixelRatioF()));
-}
-
-void EntryListView::dragEnterEvent(QDragEnterEvent* event) {
-    if (EntryReordering::take(*event)) {
-        setState(DraggingState);
-    } else {
-        event->ignore();
-    }
-}
-
-void EntryListView::dragMoveEvent(QDragMoveEvent* event) {
-    m_reordering.follow(*event);
-    if (event->isAccepted()) {
-        startAutoScroll();
-    }
-}
-
-void EntryListView::dragLeaveEvent(QDragLeaveEvent*) {
-    m_reordering.leave();
-    endDrag();
-}
-
-void EntryListView::dropEvent(QDropEvent* event) {
-    const auto drop = m_reordering.drop(*event);
-    endDrag();
-    if (drop && drop->entry) {
-        Q_EMIT dropped(*drop->entry, *drop->place);
-    } else if (drop) {
-        Q_EMIT textDropped(event->mimeData(), drop->place);
-    }
-}
-
-void EntryListView::endDrag() {
-    stopAutoScroll();
-    setState(NoState);
 }
 
 } // namespace korvex::ui

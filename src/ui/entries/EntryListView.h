@@ -71,9 +71,11 @@ Q_SIGNALS:
 protected:
     int measuredHeight(int row) override;
     int estimatedHeight(int row) const override;
+    int widthOf(int row) const override;
+    void resizeEvent(QResizeEvent* event) override;
     void rowsPlaced() override;
+    double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
-    void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     bool hasMenu(int row) const override { return m_model.entry(row) != nullptr; }
     QAccessible::Role roleOf(int row) const override;
@@ -83,14 +85,17 @@ protected:
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override;
     void paintEvent(QPaintEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
+    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+
+    // What comes from keys and pointer: EntryListInput.cpp
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void clicked(int row, RowPart part, const QMouseEvent& event) override;
     void doubleClicked(int row, const QPoint& position) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
     void wheelEvent(QWheelEvent* event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
@@ -99,6 +104,7 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
+    EntryRowRoom room() const;
     /// Does what the row is for.
     void activate(int row);
     void endDrag();

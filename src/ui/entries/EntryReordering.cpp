@@ -54,12 +54,12 @@ std::optional<EntryReordering::Drop> EntryReordering::at(const QDropEvent& event
 }
 
 void EntryReordering::paint() const {
-    constexpr int kMargin = 16;
     if (m_place) {
         QPainter painter(m_list.viewport());
         const auto isBefore = m_place->placement == model::EntryPlacement::before;
         paintDropLine(painter, m_list.visualRect(m_model.index(m_place->row, 0)),
-                      isBefore ? Qt::TopEdge : Qt::BottomEdge, kMargin, m_theme.colors().accent);
+                      isBefore ? Qt::TopEdge : Qt::BottomEdge, m_theme.space(Space::wide),
+                      m_theme.colors().accent);
     }
 }
 
@@ -67,7 +67,7 @@ std::optional<EntryReordering::Place> EntryReordering::placeAt(const QPoint& pos
     if (m_model.isReadOnly()) {
         return std::nullopt;
     }
-    const auto index = m_list.indexAt(position);
+    const auto index = m_list.indexBeside(position.y());
     if (!index.isValid() || m_model.kind(index.row()) != EntryRowKind::entry) {
         // Below the entries: after the last of them.
         auto last = m_model.rowOf(EntryRowKind::newTodo) - 1;

@@ -17,26 +17,25 @@ namespace {
 /// Estimates look at no more bytes of a content than these.
 constexpr std::size_t kLongest = 12'000;
 
-int lineHeight(const QFont& font) {
-    return QFontMetrics(font).lineSpacing();
-}
+/// A row in a window that is hardly wider than its signs still has so much room for its text.
+constexpr int kLeastRoom = 40;
 
 } // namespace
 
 EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, const Theme& theme,
-                               const TextLook& look)
+                               const TextLook& look, std::unique_ptr<EntryRowLayout> former)
     : m_width(width) {
     const auto* const entry = model.entry(row);
     const auto isFormatted = model.kind(row) == EntryRowKind::entry && !entry->isTodo();
-    int bottom =
-        isFormatted ? layOutFormatted(model, row, theme, look) : layOutPlain(model, row, theme);
+    int bottom = isFormatted ? layOutFormatted(model, row, theme, look, former.get())
+                             : layOutPlain(model, row, theme);
     if (entry) {
         if (const auto& list = model.attachments(row); !list.isEmpty()) {
             placeChips(list, bottom, theme);
             bottom = m_chipsTopLeft.y() + m_chips->height();
         }
     }
-    setBox(bottom, theme);
+    setBox(bottom, RowFrame::of(theme));
     for (auto* const place : {&m_sign, &m_textRect, &m_due, &m_scheduleButton}) {
         *place = mirrored(*place, width);
     }
@@ -49,35 +48,36 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
 
 void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
                                 const Theme& theme) {
-    const auto sizes = RowFrame::of(theme);
-    m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::kDistance};
+    const auto frame = RowFrame::of(theme);
+    m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::distance(theme)};
     m_chips = std::make_unique<AttachmentChips>(
-        list, std::max(40, m_width - m_textRect.left() - sizes.textRight), theme);
-}
-
-int EntryRowLayout::chipsExtent() const {
-    return m_chips ? AttachmentChips::kDistance + m_chips->height() + RowFrame::kPadding : 0;
+        list, std::max(kLeastRoom, m_width - m_textRect.left() - frame.side), theme);
+    m_chipsExtent = AttachmentChips::distance(theme) + m_chips->height() + frame.padding;
 }
 
 int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
-                                    const TextLook& look) {
-    const auto& entry = *model.entry(row);
-    auto text = model.richText(entry);
-    if (!model::EntryContentLimit::allows(entry.content())) {
-        text.append(u"…", {}, {}); // only the beginning is shown
+                                    const TextLook& look, EntryRowLayout* former) {
+    const auto frame = RowFrame::of(theme);
+    m_side = frame.side;
+    const auto room = std::max(kLeastRoom, m_width - 2 * frame.side);
+    if (former && former->m_formatted) {
+        m_formatted = std::move(former->m_formatted);
+        m_formatted->setWidth(room);
+    } else {
+        const auto& entry = *model.entry(row);
+        auto text = model.richText(entry);
+        if (!model::EntryContentLimit::allows(entry.content())) {
+            text.append(u"…", {}, {}); // only the beginning is shown
+        }
+        m_formatted = std::make_unique<TextRow>(text, room, look);
     }
-    const auto sizes = RowFrame::of(theme);
-    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const auto room = std::max(40, m_width - left - sizes.textRight);
-    m_formatted = std::make_unique<TextRow>(text, room, look);
-    m_textRect =
-        QRect(left, theme.rowDistance() / 2 + RowFrame::kPadding, room, m_formatted->height());
+    m_textRect = QRect(frame.side, frame.top(), room, m_formatted->height());
     return m_textRect.bottom() + 1;
 }
 
 int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Theme& theme) {
     const auto width = m_width;
-    const auto sizes = RowFrame::of(theme);
+    const auto frame = RowFrame::of(theme);
     const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
     const auto isOpenTodo = kind == EntryRowKind::entry && entry->isOpenTodo();
@@ -94,46 +94,52 @@ int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Them
         m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
 
     const auto hasDue = !m_dueLabel.isEmpty();
-    const auto dueWidth = m_dueLabel.width(theme);
-    const auto dueHeight = lineHeight(theme.smallFont());
-    const auto textLeft = sizes.textLeft;
-    const auto room = std::max(40, width - textLeft - sizes.textRight);
-    const auto besideWidth = hasDue       ? dueWidth + 2 * RowFrame::kGap
-                             : isOpenTodo ? sizes.scheduleSize + RowFrame::kGap
+    const auto room = std::max(kLeastRoom, width - frame.textLeft - frame.side);
+    const auto besideWidth = hasDue       ? m_dueLabel.width(theme) + 2 * frame.gap
+                             : isOpenTodo ? frame.scheduleSize + frame.gap
                                           : 0;
-    const auto [isBeside, textWidth, textHeight] =
+    const auto arranged =
         arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
-
-    const auto line = lineHeight(theme.font());
-    const auto firstLine = std::max(line, sizes.signSize);
-    const auto top = theme.rowDistance() / 2;
-    const auto textTop = top + RowFrame::kPadding + (firstLine - line) / 2;
-    m_textRect = QRect(textLeft, textTop, textWidth, textHeight);
-    auto bottom = std::max(m_textRect.bottom() + 1, top + RowFrame::kPadding + firstLine);
-    m_sign = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
-                   top + RowFrame::kPadding + (firstLine - sizes.signSize) / 2, sizes.signSize,
-                   sizes.signSize);
-    if (hasDue && isBeside) {
-        m_due = QRect(width - sizes.textRight - dueWidth,
-                      top + RowFrame::kPadding + (firstLine - dueHeight) / 2, dueWidth, dueHeight);
-    } else if (hasDue) {
-        m_due = QRect(isTurned ? textLeft + textWidth - dueWidth : textLeft, bottom + 1, dueWidth,
-                      dueHeight);
-        bottom = m_due.bottom() + 1;
+    const RowLine line(frame, arranged.ascent, theme);
+    m_textRect = QRect(frame.textLeft, line.textTop(), arranged.textWidth, arranged.textHeight);
+    m_sign = QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
+    auto bottom = std::max(m_textRect.bottom() + 1, frame.top() + frame.signSize);
+    if (hasDue) {
+        const auto dueWidth = std::min(m_dueLabel.width(theme), room);
+        const auto dueHeight = m_dueLabel.height(room, theme);
+        const auto dueLeft = arranged.isBeside ? width - frame.side - dueWidth
+                             : isTurned        ? frame.textLeft + room - dueWidth
+                                               : frame.textLeft;
+        const auto dueTop =
+            arranged.isBeside ? line.topOf(theme.smallFont()) : bottom + theme.space(Space::hair);
+        m_due = QRect(dueLeft, dueTop, dueWidth, dueHeight);
+        bottom = std::max(bottom, m_due.bottom() + 1);
     } else if (isOpenTodo) {
-        m_scheduleButton = QRect(width - sizes.textRight - sizes.scheduleSize,
-                                 top + RowFrame::kPadding + (firstLine - sizes.scheduleSize) / 2,
-                                 sizes.scheduleSize, sizes.scheduleSize);
+        const auto size = frame.scheduleSize;
+        m_scheduleButton = QRect(width - frame.side - size, line.topOfSign(size), size, size);
     }
     return bottom;
 }
 
 /// `bottom` is where what the row shows ends.
-void EntryRowLayout::setBox(int bottom, const Theme& theme) {
-    const auto top = theme.rowDistance() / 2;
-    m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
-    m_box = QRect(RowFrame::kBoxMargin, top, m_width - 2 * RowFrame::kBoxMargin,
-                  m_height - theme.rowDistance());
+void EntryRowLayout::setBox(int bottom, const RowFrame& frame) {
+    m_height = frame.heightFor(bottom);
+    m_box = QRect(frame.boxMargin, frame.boxTop, m_width - 2 * frame.boxMargin,
+                  m_height - frame.rowDistance);
+}
+
+void EntryRowLayout::reachTo(int most) const {
+    if (m_formatted) {
+        m_formatted->reachTo(most - 2 * m_side);
+    }
+}
+
+int EntryRowLayout::wholeWidth() const {
+    return m_formatted ? std::max(m_width, m_formatted->wholeWidth() + 2 * m_side) : m_width;
+}
+
+QRect EntryRowLayout::box() const {
+    return m_formatted ? m_box.adjusted(0, 0, m_formatted->reach() - m_textRect.width(), 0) : m_box;
 }
 
 int EntryRowLayout::cursorAt(const QPoint& point) const {
@@ -155,15 +161,14 @@ QString EntryRowLayout::linkAt(const QPoint& point) const {
 }
 
 EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {
-    const auto sizes = RowFrame::of(theme);
+    const auto frame = RowFrame::of(theme);
     const QFontMetrics metrics(theme.font());
-    m_room =
-        std::max(1, width - sizes.textLeft - sizes.textRight - sizes.scheduleSize - RowFrame::kGap);
-    m_textRoom = std::max(1, width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap));
+    m_room = std::max(1, width - frame.textLeft - frame.side - frame.scheduleSize - frame.gap);
+    m_textRoom = std::max(1, width - 2 * frame.side);
     m_lineHeight = metrics.lineSpacing();
     m_characterWidth = metrics.averageCharWidth();
-    m_lowest = sizes.signSize;
-    m_around = 2 * RowFrame::kPadding + theme.rowDistance();
+    m_lowest = frame.signSize;
+    m_around = 2 * frame.padding + frame.rowDistance;
 }
 
 int EntryHeightEstimate::height(const EntryListModel& model, int row) const {

@@ -5,6 +5,7 @@
 #include "ui/kit/theme/Theme.h"
 #include "ui/text/TextRow.h"
 #include "ui/todos/DueLabel.h"
+#include "ui/todos/RowFrame.h"
 
 #include <QRect>
 #include <QTextLayout>
@@ -13,17 +14,30 @@
 
 namespace korvex::ui {
 
+/// The width that rows are laid out for, and the one up to which what cannot be made narrower may
+/// reach beyond that: a wide table.
+struct EntryRowRoom {
+    int width = 0;
+    int most = 0;
+};
+
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
 public:
+    /// `former` is the layout of the same for another width, or null: a text is read and formatted
+    /// once, however often the window changes its width.
     EntryRowLayout(const EntryListModel& model, int row, int width, const Theme& theme,
-                   const TextLook& look);
+                   const TextLook& look, std::unique_ptr<EntryRowLayout> former = nullptr);
 
     int width() const { return m_width; }
     int height() const { return m_height; }
+    /// Lets wide tables reach up to this width of the row, where it is more than its own.
+    void reachTo(int most) const;
+    /// How wide the row would have to be for all of it to be seen.
+    int wholeWidth() const;
     /// The ground of the row, which shows hover and selection; the rest is the distance to its
     /// neighbours.
-    QRect box() const { return m_box; }
+    QRect box() const;
     /// The circle, or the sign in its place.
     QRect sign() const { return m_sign; }
     QRect text() const { return m_textRect; }
@@ -41,7 +55,7 @@ public:
     const AttachmentChips* chips() const { return m_chips.get(); }
     QPoint chipsTopLeft() const { return m_chipsTopLeft; }
     /// What the chips add below an editor that stands in the row's place.
-    int chipsExtent() const;
+    int chipsExtent() const { return m_chipsExtent; }
 
     /// About how many times the memory of a one-line todo it takes; at least 1.
     int cost() const { return m_formatted ? m_formatted->cost() : 1; }
@@ -54,10 +68,10 @@ public:
 private:
     /// Both return where the text ends.
     int layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
-                        const TextLook& look);
+                        const TextLook& look, EntryRowLayout* former);
     int layOutPlain(const EntryListModel& model, int row, const Theme& theme);
     void placeChips(const services::AttachmentList& list, int bottom, const Theme& theme);
-    void setBox(int bottom, const Theme& theme);
+    void setBox(int bottom, const RowFrame& frame);
 
     int m_width;
     int m_height = 0;
@@ -70,6 +84,9 @@ private:
     std::unique_ptr<TextRow> m_formatted;
     std::unique_ptr<AttachmentChips> m_chips;
     QPoint m_chipsTopLeft;
+    int m_chipsExtent = 0;
+    /// What is free at each side of a text.
+    int m_side = 0;
     DueLabel m_dueLabel;
 };
 

@@ -4,6 +4,7 @@
 #include "model/ServiceErrors.h"
 #include "richtext/text/TextMerge.h"
 #include "ui/entries/OpenPlace.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Refusal.h"
 
 #include <QScopedValueRollback>
@@ -20,6 +21,11 @@ void requireLive(const store::Record& record) {
     if (!record.isLive()) {
         throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
     }
+}
+
+/// What is told of an entry may be read when another one is edited already.
+QString nameOf(const QString& text) {
+    return isolated(shortened(text));
 }
 
 } // namespace
@@ -39,11 +45,7 @@ void EntryStoring::storeSoFar() {
     if (!m_edited.isOpen()) {
         return;
     }
-    if (auto& editor = m_editors.current(); !editor.isBlank()) {
-        if (editor.says(RowEditor::Until::stored)) {
-            // The last try was refused, and the next may wait long for another's lock before it is.
-            static_cast<void>(m_drafts.keep());
-        }
+    if (!m_editors.current().isBlank()) {
         if (const auto refused = tryToStore()) {
             refuse(*refused);
         }
@@ -178,8 +180,9 @@ void EntryStoring::takeInOthers() {
     // What another has written is not taken back with what was typed.
     m_session = {};
     if (merge.hasBoth) {
-        m_noticed.emit(tr("Another program changed the same part of this text meanwhile. Both "
-                          "versions stand in it, yours first."));
+        m_noticed.emit(tr("Another program changed the same part of “%1” meanwhile. Both versions "
+                          "stand in it, yours first.")
+                           .arg(nameOf(toQString(merge.text.text()))));
     }
 }
 
@@ -273,8 +276,8 @@ void EntryStoring::keepOthersTodo(const model::Entry& entry) {
     m_editors.current().setStored(m_editors.textOf(entry));
     m_edited.remember();
     m_session = {};
-    m_noticed.emit(tr("Another program changed this todo meanwhile. Its version stands below "
-                      "yours."));
+    m_noticed.emit(tr("Another program changed “%1” meanwhile. Its version stands below yours.")
+                       .arg(nameOf(m_editors.todo().typed())));
 }
 
 const model::Entry* EntryStoring::predecessorOfDraft() const {

@@ -2,6 +2,7 @@
 
 #include "ui/entries/RowRefusal.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QMouseEvent>
@@ -15,9 +16,10 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kCornerRadius = 6;
 /// From the sides of the editor to the message within its frame.
-constexpr int kMessageMargin = RowFrame::kBoxMargin + RowFrame::kPadding;
+int messageMargin(const RowFrame& frame) {
+    return frame.boxMargin + frame.padding;
+}
 
 } // namespace
 
@@ -64,14 +66,18 @@ void RowEditor::say(const QString& message, ErrorBanner::Tone tone, Until until)
     const auto isSaid = m_until && tone == m_tone && message == m_message->message();
     m_until = until;
     m_tone = tone;
-    offerDiscard();
-    if (!isSaid) { // what is said again and again is heard once
+    const auto isOther = offerDiscard();
+    if (!isSaid) {
         m_message->setMessage(message, tone);
     }
-    update();
-    Q_EMIT neededHeightChanged();
-    placeInSight();
-    reveal();
+    if (isOther || !isSaid) {
+        update();
+        Q_EMIT neededHeightChanged();
+        placeInSight();
+    }
+    if (!isSaid) { // what is said again and again is heard once, and takes nobody back to it
+        reveal();
+    }
 }
 
 void RowEditor::endMessage() {
@@ -100,18 +106,20 @@ bool RowEditor::offerDiscard() {
 }
 
 int RowEditor::messageHeight(int width) const {
-    return m_until ? m_message->neededHeight(width - 2 * kMessageMargin) + RowFrame::kPadding : 0;
+    const auto frame = RowFrame::of(m_theme);
+    return m_until ? m_message->neededHeight(width - 2 * messageMargin(frame)) + frame.padding : 0;
 }
 
 void RowEditor::placeInSight() {
     if (!m_until) {
         return;
     }
+    const auto frame = RowFrame::of(m_theme);
+    const auto side = messageMargin(frame);
     const int needed = messageHeight(width());
-    const int foot = height() - m_theme.rowDistance() / 2;
+    const int foot = height() - (frame.rowDistance - frame.boxTop);
     const int top = std::max(std::min(foot, endOfSight()) - needed, 0);
-    m_message->setGeometry(kMessageMargin, top, width() - 2 * kMessageMargin,
-                           needed - RowFrame::kPadding);
+    m_message->setGeometry(side, top, width() - 2 * side, needed - frame.padding);
     m_message->raise();
 }
 
@@ -160,18 +168,17 @@ void RowEditor::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     painter.fillRect(event->rect(), colors.content);
-    const QRectF box(RowFrame::kBoxMargin + 0.75, m_theme.rowDistance() / 2.0 + 0.75,
-                     width() - 2 * RowFrame::kBoxMargin - 1.5,
-                     height() - m_theme.rowDistance() - 1.5);
-    if (box.adjusted(kCornerRadius, kCornerRadius, -kCornerRadius, -kCornerRadius)
-            .contains(event->rect())) {
+    const auto frame = RowFrame::of(m_theme);
+    const QRect box(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
+                    height() - frame.rowDistance);
+    const auto corner = static_cast<int>(m_theme.radius(Radius::medium));
+    if (box.adjusted(corner, corner, -corner, -corner).contains(event->rect())) {
         return;
     }
     const auto isWrong = m_until && m_tone == ErrorBanner::Tone::error;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(isWrong ? colors.danger : colors.accent, 1.5));
-    painter.setBrush(colors.content);
-    painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
+    Shapes::paintRing(painter, box, m_theme.radius(Radius::medium),
+                      isWrong ? colors.danger : colors.accent);
 }
 
 } // namespace korvex::ui

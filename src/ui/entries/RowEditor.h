@@ -58,6 +58,9 @@ public:
     virtual QMenu* makeMenu() = 0;
     /// The height that the row needs at this width.
     int neededHeight(int width) { return textHeight(width) + messageHeight(width); }
+    /// The width that it would take for all of the text to be seen, which is laid out for what
+    /// `neededHeight` was told last; 0 where that is wide enough.
+    virtual int wholeWidth() const { return 0; }
 
     /// What ends a message at the foot.
     enum class Until {
@@ -72,6 +75,8 @@ public:
     void endMessage();
     /// Whether a message is shown that this ends.
     bool says(Until until) const { return m_until == until; }
+    /// Whether it says that the text could not be stored.
+    bool isRefused() const { return says(Until::stored) && m_tone == ErrorBanner::Tone::error; }
     /// Whether the widget is the editor or a part of it.
     bool owns(const QWidget* widget) const { return widget == this || isAncestorOf(widget); }
     /// Places what stays in sight of an editor that is higher than the list. To be called when

@@ -3,6 +3,7 @@
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
 #include <QLabel>
@@ -13,8 +14,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kCornerRadius = 6;
-constexpr int kPadding = 6;
 /// The words are not to stand in a narrower column, at the standard font size.
 constexpr int kNarrowestText = 180;
 
@@ -34,7 +33,6 @@ RowRefusal::RowRefusal(const Theme& theme, QWidget* editor)
     m_discard->setFlat(true);
     m_discard->setCursor(Qt::PointingHandCursor);
     m_discard->setToolTip(tr("Give up what was typed here"));
-    m_words->setContentsMargins(mirrored(QMargins(RowFrame::kGap, kPadding, kPadding, kPadding)));
     setLayout(m_words);
     hide();
     connect(m_discard, &QPushButton::clicked, this, &RowRefusal::discarded);
@@ -69,9 +67,8 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(messageGround(colors, color()));
-    painter.drawRoundedRect(rect(), kCornerRadius, kCornerRadius);
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small), messageGround(colors, color()),
+                     {});
 }
 
 QColor RowRefusal::color() const {
@@ -84,6 +81,10 @@ void RowRefusal::applyTheme() {
     const auto ground = messageGround(colors, color());
     m_text->setFont(m_theme.smallFont());
     m_discard->setFont(m_theme.smallFont());
+    const auto padding = m_theme.space(Space::small);
+    m_words->setContentsMargins(
+        mirrored(QMargins(RowFrame::of(m_theme).gap - padding, padding, padding, padding)));
+    m_words->setSpacing(m_theme.space(Space::medium));
     m_words->setNarrowest(m_theme.scaled(kNarrowestText));
     const auto words =
         readable(m_tone == ErrorBanner::Tone::error ? colors.danger : colors.text, ground);

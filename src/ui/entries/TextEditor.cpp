@@ -32,6 +32,7 @@ TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWid
       m_bar(new FormatBar(*m_field, code, theme, this)),
       m_colors(new CodeColors(*m_field->document(), code, TextLook(theme), this)) {
     setFocusProxy(m_field);
+    m_field->setLineWrapMode(QTextEdit::FixedPixelWidth);
     applyTheme();
     connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);
     connect(m_field->document(), &QTextDocument::contentsChanged, this, &TextEditor::edited);
@@ -122,25 +123,33 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::textHeight(int width) {
-    const auto room = width - 2 * (RowFrame::kBoxMargin + RowFrame::kGap);
+    const auto frame = RowFrame::of(theme());
+    const auto room = width - 2 * frame.side;
+    // However wide the field is, its text is not; and that of a hidden field knows no width.
+    m_field->setLineWrapColumnOrWidth(room);
     if (static_cast<int>(m_field->document()->textWidth()) != room) {
-        // The document of a hidden field knows no width.
         m_field->document()->setTextWidth(room);
     }
     m_contentHeight = contentHeight();
-    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * RowFrame::kPadding +
-           theme().rowDistance();
+    m_wholeWidth = wholeWidth();
+    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * frame.padding +
+           frame.rowDistance;
+}
+
+int TextEditor::wholeWidth() const {
+    const auto text = static_cast<int>(std::ceil(m_field->document()->size().width()));
+    return text + 2 * RowFrame::of(theme()).side;
 }
 
 int TextEditor::contentHeight() const {
     const auto size = m_field->document()->size();
-    const auto isWide = size.width() > m_field->document()->textWidth();
+    const auto isWide = size.width() > std::max(m_field->width(), m_field->lineWrapColumnOrWidth());
     return static_cast<int>(std::ceil(size.height())) +
            (isWide ? m_field->horizontalScrollBar()->sizeHint().height() : 0);
 }
 
 void TextEditor::checkHeight() {
-    if (contentHeight() != m_contentHeight) {
+    if (contentHeight() != m_contentHeight || wholeWidth() != m_wholeWidth) {
         Q_EMIT neededHeightChanged();
     }
 }
@@ -158,20 +167,20 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const auto room = width() - 2 * left;
-    const int top =
-        theme().rowDistance() / 2 + RowFrame::kPadding + m_bar->sizeHint().height() + kBarDistance;
-    const int bottom = height() - (theme().rowDistance() - theme().rowDistance() / 2) -
-                       RowFrame::kPadding - messageHeight(width());
-    m_field->setGeometry(left, top, room, bottom - top);
+    const auto frame = RowFrame::of(theme());
+    const auto room = width() - 2 * frame.side;
+    const int top = frame.top() + m_bar->sizeHint().height() + kBarDistance;
+    const int bottom =
+        height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
+    m_field->setGeometry(frame.side, top, room, bottom - top);
 }
 
 /// Puts the bar at the top of the editor, or of what is seen of one whose top is out of sight.
 void TextEditor::placeInSight() {
-    const auto left = RowFrame::kBoxMargin + RowFrame::kGap / 2;
+    const auto frame = RowFrame::of(theme());
+    const auto left = frame.boxMargin + frame.gap / 2;
     const auto barHeight = m_bar->sizeHint().height();
-    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
+    const auto top = frame.top();
     m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
                        width() - 2 * left, barHeight);
     m_bar->raise();
@@ -181,7 +190,7 @@ void TextEditor::placeInSight() {
 QRect TextEditor::caretPlace() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
     const auto bar = m_bar->sizeHint().height() + kBarDistance;
-    const int margin = RowFrame::kPadding;
+    const int margin = RowFrame::of(theme()).padding;
     return line.adjusted(0, -bar - margin, 0, margin);
 }
 

@@ -38,6 +38,7 @@ public:
     bool isChanged() const override;
     QMenu* makeMenu() override;
     void placeInSight() override;
+    int wholeWidth() const override;
 
 protected:
     int textHeight(int width) override;
@@ -54,6 +55,7 @@ private:
     FormatBar* m_bar;
     CodeColors* m_colors;
     int m_contentHeight = 0;
+    int m_wholeWidth = 0;
 };
 
 } // namespace korvex::ui

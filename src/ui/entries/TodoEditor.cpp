@@ -75,32 +75,33 @@ void TodoEditor::setDueLabel(const DueLabel& label) {
 }
 
 QRect TodoEditor::caretPlace() {
-    const int margin = RowFrame::kPadding;
+    const int margin = RowFrame::of(theme()).padding;
     return m_field->cursorRect().translated(m_field->pos()).adjusted(0, -margin, 0, margin);
 }
 
 int TodoEditor::textHeight(int width) {
     const auto frame = RowFrame::of(theme());
-    const auto room = width - frame.textLeft - frame.textRight;
-    const auto arranged = arrangement(room);
-    auto height = std::max(arranged.textHeight, frame.signSize) + 2 * RowFrame::kPadding +
-                  theme().rowDistance();
+    const auto arranged = arrangement(width);
+    auto bottom = bottomOf(arranged);
     if (!arranged.isBeside) {
-        height += QFontMetrics(theme().smallFont()).lineSpacing() + 1;
+        bottom += theme().space(Space::hair) + QFontMetrics(theme().smallFont()).height();
     }
-    return height;
+    return frame.heightFor(bottom);
+}
+
+/// Where the text ends, or the circle.
+int TodoEditor::bottomOf(const TextArrangement& arranged) const {
+    const auto frame = RowFrame::of(theme());
+    const RowLine line(frame, arranged.ascent, theme());
+    return std::max(line.textTop() + arranged.textHeight, frame.top() + frame.signSize);
 }
 
 void TodoEditor::paintEvent(QPaintEvent* event) {
     RowEditor::paintEvent(event);
     const auto frame = RowFrame::of(theme());
+    const RowLine line(frame, arrangement(width()).ascent, theme());
     QPainter painter(this);
-    const QFontMetrics metrics(theme().font());
-    const auto line = std::max(metrics.lineSpacing(), frame.signSize);
-    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding + (line - frame.signSize) / 2;
-    const auto left = frame.textLeft -
-                      (frame.textLeft - RowFrame::kBoxMargin - frame.signSize) / 2 - frame.signSize;
-    const QRect circle(left, top, frame.signSize, frame.signSize);
+    const QRect circle(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
     TodoPainting::drawCircle(painter, mirrored(circle, rect()), TodoPainting::Circle::open,
                              theme().colors());
 }
@@ -125,7 +126,7 @@ void TodoEditor::applyTheme() {
     m_schedule->setPalette(schedulePalette);
     m_schedule->setText(m_dueLabel.text);
     m_schedule->setAccessibleName(m_dueLabel.text.isEmpty() ? tr("Schedule") : m_dueLabel.text);
-    const auto size = theme().scaled(m_dueLabel.isEmpty() ? 16 : 13);
+    const auto size = theme().extent(m_dueLabel.isEmpty() ? Extent::icon : Extent::smallIcon);
     m_schedule->setIconSize({size, size});
     m_schedule->setIcon(m_dueLabel.isEmpty() ? IconSet::icon(QStringLiteral("calendar-plus"), quiet)
                         : m_dueLabel.hasReminder ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
@@ -133,39 +134,40 @@ void TodoEditor::applyTheme() {
     Q_EMIT neededHeightChanged();
 }
 
-/// The document of a hidden field knows no width: its text is laid out here, as in the row.
-TextArrangement TodoEditor::arrangement(int room) const {
+/// The document of a hidden field knows no width: its text is laid out here, as in a row of this
+/// width.
+TextArrangement TodoEditor::arrangement(int width) const {
     QTextLayout layout(typed(), theme().font());
     QTextOption option;
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     layout.setTextOption(option);
     const auto frame = RowFrame::of(theme());
+    const auto room = width - frame.textLeft - frame.side;
     const auto hasDue = !m_dueLabel.isEmpty();
-    const auto beside = hasDue ? m_dueLabel.width(theme()) + 2 * RowFrame::kGap
-                               : frame.scheduleSize + RowFrame::kGap;
+    const auto beside =
+        hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
     return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 
 void TodoEditor::place() {
     const auto frame = RowFrame::of(theme());
-    const auto room = width() - frame.textLeft - frame.textRight;
-    const auto lineSpacing = QFontMetrics(theme().font()).lineSpacing();
-    const auto line = std::max(lineSpacing, frame.signSize);
-    const auto lead = (line - lineSpacing) / 2;
-    const auto top = theme().rowDistance() / 2 + RowFrame::kPadding;
-    const auto arranged = arrangement(room);
+    const auto arranged = arrangement(width());
+    const RowLine line(frame, arranged.ascent, theme());
     // Some room below, so that the field never scrolls by a rounded pixel.
-    m_field->setGeometry(mirrored(QRect(frame.textLeft, top + lead, arranged.textWidth,
-                                        arranged.textHeight + RowFrame::kPadding - 1),
+    m_field->setGeometry(mirrored(QRect(frame.textLeft, line.textTop(), arranged.textWidth,
+                                        arranged.textHeight + frame.padding - 1),
                                   width()));
-    const auto y = top + std::max(arranged.textHeight + lead, line);
 
-    const auto small = QFontMetrics(theme().smallFont()).lineSpacing();
+    // What the button says stands where the row shows it; around that is the button's own room.
+    const QFontMetrics small(theme().smallFont());
     const auto button = m_schedule->sizeHint();
-    const QPoint place =
-        arranged.isBeside ? QPoint(width() - frame.textRight - button.width() + RowFrame::kGap / 2,
-                                   top + (line - button.height()) / 2)
-                          : QPoint(frame.textLeft - 1, y - (button.height() - small) / 2);
+    const auto around = (button.height() - small.height()) / 2;
+    const auto aside = theme().space(Space::small);
+    const auto labelTop = arranged.isBeside ? line.topOf(theme().smallFont())
+                                            : bottomOf(arranged) + theme().space(Space::hair);
+    const QPoint place(arranged.isBeside ? width() - frame.side - button.width() + aside
+                                         : frame.textLeft - aside,
+                       labelTop - around);
     m_schedule->setGeometry(mirrored(QRect(place, button), width()));
 }
 

@@ -42,7 +42,8 @@ protected:
 private:
     void applyTheme();
     void place();
-    TextArrangement arrangement(int room) const;
+    TextArrangement arrangement(int width) const;
+    int bottomOf(const TextArrangement& arranged) const;
 
     TodoTextEdit* m_field;
     QToolButton* m_schedule;

@@ -9,9 +9,18 @@ void TypingTimer::typed() {
     }
 }
 
+void TypingTimer::refused() {
+    m_again = m_runLoop.callAfter(kAgain, [this] { fire(); });
+}
+
+void TypingTimer::tryAgain() {
+    m_again = m_runLoop.callAfter({}, [this] { fire(); });
+}
+
 void TypingTimer::stop() {
     m_pause.reset();
     m_longest.reset();
+    m_again.reset();
 }
 
 void TypingTimer::fire() {

@@ -12,6 +12,19 @@ constexpr int kWheelStep = 120;
 
 } // namespace
 
+void WideTables::measured(const model::Entry* entry, const EntryRowLayout& laidOut) {
+    if (laidOut.wholeWidth() > laidOut.width()) {
+        m_wholeWidths.insert_or_assign(entry, laidOut.wholeWidth());
+    } else {
+        m_wholeWidths.erase(entry);
+    }
+}
+
+int WideTables::wholeWidth(const model::Entry* entry) const {
+    const auto whole = m_wholeWidths.find(entry);
+    return whole == m_wholeWidths.end() ? 0 : whole->second;
+}
+
 void WideTables::step(int row, int direction) {
     scroll(row, direction * kTableStep);
 }
@@ -33,7 +46,7 @@ bool WideTables::scroll(int row, int by, std::optional<QPoint> under) {
     const auto rect = m_list.visualRect(m_list.model()->index(row, 0));
     const auto local =
         under ? std::optional(QPointF(*under - rect.topLeft())) : std::optional<QPointF>();
-    const auto hasMoved = m_delegate.scrollTables(row, rect.width(), by, local);
+    const auto hasMoved = m_delegate.scrollTables(row, by, local);
     if (hasMoved) {
         m_list.viewport()->update(rect);
     }

@@ -84,9 +84,12 @@ void CompletedPage::filterChanged() {
     scrollToTop();
 }
 
-QString CompletedPage::emptyHint() const {
-    return m_completed && m_completed->hasAny() ? tr("No matching completed todos")
-                                                : tr("No completed todos yet.");
+TodoListPage::Hint CompletedPage::emptyHint() const {
+    if (m_completed && m_completed->hasAny()) {
+        return {.what = tr("No matching completed todos"),
+                .next = tr("Search for something else, or reset the filter.")};
+    }
+    return {.what = tr("No completed todos yet."), .next = tr("Todos that you tick show up here.")};
 }
 
 QString CompletedPage::headerNote() const {
@@ -100,8 +103,8 @@ QString CompletedPage::headerNote() const {
     if (count == 0) {
         return {};
     }
-    return m_completed->filter().isActive() ? tr("%1 found").arg(count)
-                                            : tr("%1 completed").arg(count);
+    return m_completed->filter().isActive() ? tr("%L1 found").arg(count)
+                                            : tr("%L1 completed").arg(count);
 }
 
 } // namespace korvex::ui

@@ -29,7 +29,7 @@ protected:
     void linger(const base::Uuid& id) override;
     void release(const base::Uuid& id) override;
     void followBoards() override;
-    QString emptyHint() const override;
+    Hint emptyHint() const override;
     QString headerNote() const override;
 
 private:

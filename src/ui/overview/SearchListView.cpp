@@ -11,7 +11,6 @@ SearchListView::SearchListView(SearchListModel& model, const Theme& theme, QWidg
     : RowListView(theme, parent),
       m_model(model),
       m_delegate(new SearchResultDelegate(model, theme, this)) {
-    setBottomMargin(SearchResultDelegate::kBoardDistance);
     setItemDelegate(m_delegate);
     setModel(&model);
     setAccessibleName(tr("Results"));
@@ -79,7 +78,7 @@ std::vector<RowSpeech::Action> SearchListView::actionsOf(int row) {
 
 /// Only the circle of a todo that can be ticked is a part of its own.
 RowPart SearchListView::partAt(int row, const QPoint& position) const {
-    const auto sign = m_delegate->signRect(row, viewport()->width());
+    const auto sign = m_delegate->signRect(row, column().width);
     const auto isTickable = m_model.isTickable(row);
     const auto local = position - visualRect(m_model.index(row, 0)).topLeft();
     return isTickable && isOn(sign, local) ? RowPart::sign : RowPart::body;

@@ -87,7 +87,12 @@ bool SearchPage::find() {
     }
     const auto count = m_model.rowCount();
     m_header->setNote(count == 0 ? QString() : tr("%Ln result(s)", nullptr, count));
-    setHint(count == 0 ? tr("No results for “%1”.").arg(m_query.simplified()) : QString());
+    if (count == 0) {
+        setHint(tr("No results for “%1”.").arg(m_query.simplified()),
+                tr("Search for fewer letters, or for other words."));
+    } else {
+        setHint({});
+    }
     return true;
 }
 

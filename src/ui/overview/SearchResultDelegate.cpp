@@ -5,6 +5,7 @@
 #include "ui/kit/lists/RowGround.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/todos/RowFrame.h"
 
 #include <QPainter>
 #include <QTextLayout>
@@ -15,13 +16,9 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kSideMargin = 8;
-constexpr int kGap = 10;
-constexpr int kPadding = 6;
-constexpr int kLineGap = 1;
-constexpr int kSignSize = 18;
-constexpr int kSmallIconSize = 13;
 constexpr double kMarkStrength = 0.30;
+/// The name of a board leaves room for what is said behind it.
+constexpr double kWidestName = 0.6;
 
 /// The places of what a row shows, from its top left corner.
 struct Places {
@@ -29,25 +26,29 @@ struct Places {
     QRect sign;
     QRect line;
     QRect note;
+    int height;
 };
 
 Places placesOf(int width, int above, const Theme& theme) {
     const QFontMetrics font(theme.font());
-    const QFontMetrics small(theme.smallFont());
-    const auto sign = theme.scaled(kSignSize);
-    const auto first = std::max(font.lineSpacing(), sign);
-    const auto top = above + theme.rowDistance() / 4;
-    const auto left = kSideMargin + kGap + sign + kGap;
-    const auto room = std::max(40, width - left - kSideMargin - kGap);
+    const auto frame = RowFrame::of(theme);
+    const RowLine first(frame, font.ascent(), theme);
+    const auto room = width - frame.textLeft - frame.side;
     Places places;
-    places.sign = QRect(kSideMargin + kGap, top + kPadding + (first - sign) / 2, sign, sign);
-    places.line = QRect(left, top + kPadding, room, first);
-    places.note = QRect(left, places.line.bottom() + 1 + kLineGap, room, small.lineSpacing());
+    places.sign =
+        QRect(frame.side, first.topOfSign(frame.signSize), frame.signSize, frame.signSize);
+    places.line = QRect(frame.textLeft, first.textTop(), room, font.height());
+    places.note = QRect(frame.textLeft, places.line.bottom() + 1 + theme.space(Space::hair), room,
+                        QFontMetrics(theme.smallFont()).height());
+    places.height = frame.heightFor(places.note.bottom() + 1);
+    places.box = QRect(frame.boxMargin, frame.boxTop, width - 2 * frame.boxMargin,
+                       places.height - frame.rowDistance);
     for (auto* const place : {&places.sign, &places.line, &places.note}) {
         *place = mirrored(*place, width);
     }
-    places.box =
-        QRect(kSideMargin, top, width - 2 * kSideMargin, places.note.bottom() + 1 + kPadding - top);
+    for (auto* const place : {&places.sign, &places.line, &places.note, &places.box}) {
+        place->translate(0, above);
+    }
     return places;
 }
 
@@ -58,11 +59,11 @@ SearchResultDelegate::SearchResultDelegate(const SearchListModel& model, const T
     : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
 
 int SearchResultDelegate::plainHeight() const {
-    return placesOf(kSideMargin, 0, m_theme).box.bottom() + 1 + m_theme.rowDistance() / 4;
+    return placesOf(0, 0, m_theme).height;
 }
 
 int SearchResultDelegate::distanceAbove(int row) const {
-    return row > 0 && m_model.beginsBoard(row) ? kBoardDistance : 0;
+    return row > 0 && m_model.beginsBoard(row) ? m_theme.space(Space::large) : 0;
 }
 
 QRect SearchResultDelegate::signRect(int row, int width) const {
@@ -79,10 +80,10 @@ void SearchResultDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
     painter->translate(option.rect.topLeft());
     painter->setRenderHint(QPainter::Antialiasing);
     if (above > 0) {
-        painter->fillRect(QRect(places.line.left(), kBoardDistance / 2, places.line.width(), 1),
+        painter->fillRect(QRect(places.line.left(), above / 2, places.line.width(), 1),
                           colors.hairline);
     }
-    paintRowGround(*painter, places.box, option.state, colors.content, m_theme);
+    paintRowGround(*painter, places.box, option.state, m_theme);
     const auto iconColor = row.isBoard       ? iconColorOf(m_model.board(index.row()), colors)
                            : row.isCompleted ? colors.accent
                                              : colors.secondaryText;
@@ -121,21 +122,24 @@ void SearchResultDelegate::paintLine(QPainter& painter, const SearchRow& row, co
     placed.setLineWidth(rect.width());
     layout.endLayout();
     painter.setPen(row.isCompleted ? colors.secondaryText : colors.text);
-    layout.draw(&painter, QPointF(rect.left(), rect.center().y() + 1 - placed.height() / 2));
+    const auto ascent = QFontMetrics(m_theme.font()).ascent();
+    layout.draw(&painter, QPointF(rect.left(), rect.top() + ascent - placed.ascent()));
 }
 
 void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, int number,
                                      const QRect& rect) const {
     const auto& colors = m_theme.colors();
     const QFontMetrics metrics(m_theme.smallFont());
-    const auto size = m_theme.scaled(kSmallIconSize);
+    const auto size = m_theme.extent(Extent::smallIcon);
+    const auto small = m_theme.space(Space::small);
+    const auto gap = m_theme.space(Space::large);
     auto left = rect.left();
     const auto icon = [&](const QString& name, const QColor& color) {
         if (left + size <= rect.right()) {
-            const QRect place(left, rect.center().y() - size / 2, size, size);
-            IconSet::draw(painter, name, color, mirrored(place, rect));
+            const auto top = rect.top() + metrics.ascent() - (metrics.capHeight() + size) / 2;
+            IconSet::draw(painter, name, color, mirrored(QRect(left, top, size, size), rect));
         }
-        left += size + 4;
+        left += size + small;
     };
     const auto text = [&](const QString& words, const QColor& color, int most) {
         const auto room = std::min(rect.right() + 1 - left, most);
@@ -143,8 +147,8 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
             const auto shown = metrics.elidedText(words, Qt::ElideRight, room);
             painter.setPen(color);
             painter.drawText(mirrored(QRect(left, rect.top(), room, rect.height()), rect),
-                             Qt::AlignLeft | Qt::AlignVCenter, shown);
-            left += metrics.horizontalAdvance(shown) + kGap;
+                             Qt::AlignLeft | Qt::AlignTop, shown);
+            left += metrics.horizontalAdvance(shown) + gap;
         }
     };
     painter.setFont(m_theme.smallFont());
@@ -153,9 +157,9 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     } else {
         const auto& board = m_model.board(number);
         icon(boardIconName(board.iconSystemName()), iconColorOf(board, colors));
-        // A long name leaves room for the rest.
         text(row.boardName, colors.secondaryText,
-             row.due.isEmpty() && !row.isArchived ? rect.width() : rect.width() * 3 / 5);
+             row.due.isEmpty() && !row.isArchived ? rect.width()
+                                                  : static_cast<int>(rect.width() * kWidestName));
     }
     if (row.isArchived) {
         icon(QStringLiteral("archive"), colors.secondaryText);
@@ -164,7 +168,7 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     const auto dueColor = row.due.isOverdue ? colors.danger : colors.secondaryText;
     if (!row.due.text.isEmpty()) {
         text(row.due.text, dueColor, rect.width());
-        left -= kGap - 5;
+        left -= gap - small;
     }
     if (row.due.hasReminder) {
         icon(QStringLiteral("bell-fill"), dueColor);

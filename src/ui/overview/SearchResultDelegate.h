@@ -10,9 +10,6 @@ namespace korvex::ui {
 /// Draws what was found, and knows where the parts of a row stand.
 class SearchResultDelegate final : public QStyledItemDelegate {
 public:
-    /// What is left free between the rows of two boards, in pixels; a hairline is in its middle.
-    static constexpr int kBoardDistance = 13;
-
     SearchResultDelegate(const SearchListModel& model, const Theme& theme, QObject* parent);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -20,7 +17,7 @@ public:
 
     /// The height of a row above which nothing is left free.
     int plainHeight() const;
-    /// What is left free above a row.
+    /// What is left free above a row between those of two boards; a hairline is in its middle.
     int distanceAbove(int row) const;
     /// Where the circle or icon stands, from the row's top left corner.
     QRect signRect(int row, int width) const;

@@ -8,19 +8,10 @@
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 
+#include <QLocale>
 #include <QPainter>
 
 namespace korvex::ui {
-
-namespace {
-
-QFont headingFont(const Theme& theme) {
-    auto font = theme.font();
-    font.setWeight(QFont::DemiBold);
-    return font;
-}
-
-} // namespace
 
 TodoItemDelegate::TodoItemDelegate(const TodoListModel& model, const Theme& theme, QObject* parent)
     : QStyledItemDelegate(parent), m_model(model), m_theme(theme) {}
@@ -40,8 +31,7 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const auto& colors = m_theme.colors();
     const auto& laidOut = layout(row, option.rect.width());
     const auto& entry = *m_model.entry(row);
-    paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), colors.content,
-                   m_theme);
+    paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), m_theme);
 
     TodoPainting::drawCircle(*painter, laidOut.circle(),
                              TodoPainting::circleOf(entry, option.state), colors);
@@ -59,20 +49,22 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
 void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int row) const {
     const auto& colors = m_theme.colors();
     const auto& heading = m_model.heading(row);
-    const QFontMetrics metrics(headingFont(m_theme));
-    const auto line = metrics.lineSpacing();
-    const auto left = RowFrame::kBoxMargin + RowFrame::kGap;
-    const QRect place(left, rect.bottom() + 1 - m_theme.rowDistance() / 2 - line,
-                      rect.width() - 2 * left, line);
-    painter.setFont(headingFont(m_theme));
+    const auto frame = RowFrame::of(m_theme);
+    const QFontMetrics metrics(m_theme.sectionFont());
+    const QFontMetrics small(m_theme.smallFont());
+    const auto line = metrics.height();
+    const QRect place(frame.side, rect.bottom() + 1 - m_theme.space(Space::small) - line,
+                      rect.width() - 2 * frame.side, line);
+    painter.setFont(m_theme.sectionFont());
     painter.setPen(heading.isUrgent ? colors.danger : colors.text);
-    painter.drawText(place, Qt::AlignLeft | Qt::AlignVCenter, heading.title);
+    painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, heading.title);
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
     const auto behind =
-        place.adjusted(metrics.horizontalAdvance(heading.title) + RowFrame::kGap, 0, 0, 0);
-    painter.drawText(mirrored(behind, place), Qt::AlignLeft | Qt::AlignVCenter,
-                     QString::number(heading.count));
+        place.adjusted(metrics.horizontalAdvance(heading.title) + m_theme.space(Space::medium),
+                       metrics.ascent() - small.ascent(), 0, 0);
+    painter.drawText(mirrored(behind, place), Qt::AlignLeft | Qt::AlignTop,
+                     QLocale().toString(heading.count));
 }
 
 void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOut,
@@ -92,7 +84,7 @@ void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOu
     }
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
-    painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignVCenter, laidOut.boardText());
+    painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignTop, laidOut.boardText());
 }
 
 QSize TodoItemDelegate::sizeHint(const QStyleOptionViewItem& option,
@@ -106,7 +98,7 @@ int TodoItemDelegate::height(int row, int width) const {
 }
 
 const TodoRowLayout& TodoItemDelegate::layout(int row, int width) const {
-    return m_layouts.at(m_model.entry(row), width, [&] {
+    return m_layouts.at(m_model.entry(row), width, [&](const auto&) {
         if (m_columnFor != width) {
             m_columnFor = width;
             m_column = TodoRowLayout::boardColumn(m_boardNames, width, m_theme);

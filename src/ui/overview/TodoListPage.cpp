@@ -123,7 +123,12 @@ void TodoListPage::groupsChanged(TodoListModel::Extent extent) {
 
 void TodoListPage::showNotes() {
     m_header->setNote(headerNote());
-    setHint(m_model.rowCount() == 0 ? emptyHint() : QString());
+    if (m_model.rowCount() == 0) {
+        const auto hint = emptyHint();
+        setHint(hint.what, hint.next);
+    } else {
+        setHint({});
+    }
 }
 
 bool TodoListPage::belongs(const model::Entry& entry) const {

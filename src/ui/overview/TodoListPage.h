@@ -43,8 +43,12 @@ protected:
     /// Lets a todo stay in its place until `release`, though it does not belong there any more.
     virtual void linger(const base::Uuid& id) = 0;
     virtual void release(const base::Uuid& id) = 0;
-    /// What is said while there is nothing to show.
-    virtual QString emptyHint() const = 0;
+    /// What is said while there is nothing to show, and what would change that.
+    struct Hint {
+        QString what;
+        QString next;
+    };
+    virtual Hint emptyHint() const = 0;
     /// What stands beside the title, quietly; may be empty.
     virtual QString headerNote() const = 0;
 

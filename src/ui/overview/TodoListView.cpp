@@ -4,18 +4,11 @@
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr int kBottomMargin = 24;
-
-} // namespace
-
 TodoListView::TodoListView(TodoListModel& model, const Theme& theme, QWidget* parent)
     : RowListView(theme, parent),
       m_model(model),
       m_delegate(new TodoItemDelegate(model, theme, this)),
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }) {
-    setBottomMargin(kBottomMargin);
     setItemDelegate(m_delegate);
     setModel(&model);
     applyTheme();
@@ -67,13 +60,17 @@ void TodoListView::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
 }
 
 int TodoListView::measuredHeight(int row) {
-    return m_leaving.height(m_model.entry(row), m_delegate->height(row, viewport()->width()));
+    return m_leaving.height(m_model.entry(row), m_delegate->height(row, column().width));
 }
 
 int TodoListView::estimatedHeight(int row) const {
     // Without a look at the todo: most texts need one line, and a list may be very long.
     return m_model.isHeading(row) ? TodoRowLayout::headingHeight(theme())
                                   : TodoRowLayout::lowestHeight(theme());
+}
+
+double TodoListView::opacityOf(const QModelIndex& index) const {
+    return m_leaving.opacity(m_model.entry(index.row())) * RowListView::opacityOf(index);
 }
 
 QModelIndex TodoListView::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {

@@ -41,6 +41,7 @@ Q_SIGNALS:
 protected:
     int measuredHeight(int row) override;
     int estimatedHeight(int row) const override;
+    double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool hasMenu(int row) const override { return !m_model.isHeading(row); }

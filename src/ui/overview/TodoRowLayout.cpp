@@ -13,13 +13,17 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kBoardIconSize = 14;
-constexpr int kBoardIconGap = 5;
+/// A row in a window that is hardly wider than its signs still has so much room for its text.
+constexpr int kLeastRoom = 40;
 /// A board's name takes no more of the row than this, beside a text.
 constexpr double kWidestColumn = 0.22;
+/// In pixels, at the standard font size.
 constexpr int kWidestName = 160;
-/// Above a heading.
-constexpr int kHeadingDistance = 14;
+
+/// The width of a board's icon, with its distance from the name.
+int iconWidth(const Theme& theme) {
+    return theme.extent(Extent::smallIcon) + theme.space(Space::small);
+}
 
 } // namespace
 
@@ -33,96 +37,88 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
         m_boardText = boardLabel(*board);
     }
     m_isTurned = m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
-    const auto sizes = RowFrame::of(theme);
-    const auto room = std::max(40, width - sizes.textLeft - sizes.textRight);
+    const auto frame = RowFrame::of(theme);
+    const auto room = std::max(kLeastRoom, width - frame.textLeft - frame.side);
     const auto detailWidth = m_detailLabel.width(theme);
-    const auto boardWidth = theme.scaled(kBoardIconSize) + kBoardIconGap + boardColumn;
-    const int beside =
-        2 * RowFrame::kGap + detailWidth + (detailWidth > 0 ? RowFrame::kGap : 0) + boardWidth;
-    const auto [isBeside, textWidth, textHeight] =
-        arrangeText(*m_text, room, beside, BesideText::goesBelow);
+    const int beside = 2 * frame.gap + detailWidth + (detailWidth > 0 ? frame.gap : 0) +
+                       iconWidth(theme) + boardColumn;
+    const auto arranged = arrangeText(*m_text, room, beside, BesideText::goesBelow);
 
-    const auto line = QFontMetrics(theme.font()).lineSpacing();
-    const auto firstLine = std::max(line, sizes.signSize);
-    const auto top = theme.rowDistance() / 2;
-    const auto lineTop = top + RowFrame::kPadding;
-    m_textRect = QRect(sizes.textLeft, lineTop + (firstLine - line) / 2, textWidth, textHeight);
-    m_circle = QRect(RowFrame::kBoxMargin + RowFrame::kGap,
-                     lineTop + (firstLine - sizes.signSize) / 2, sizes.signSize, sizes.signSize);
-    auto bottom = std::max(m_textRect.bottom() + 1, lineTop + firstLine);
-    if (isBeside) {
-        placeBeside(lineTop, firstLine, theme);
+    const RowLine line(frame, arranged.ascent, theme);
+    m_textRect = QRect(frame.textLeft, line.textTop(), arranged.textWidth, arranged.textHeight);
+    m_circle = QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
+    auto bottom = std::max(m_textRect.bottom() + 1, frame.top() + frame.signSize);
+    if (arranged.isBeside) {
+        placeBeside(line.topOf(theme.smallFont()), theme);
     } else {
-        bottom = placeBelow(bottom + 1, room, theme);
+        bottom = placeBelow(bottom + theme.space(Space::hair), room, theme);
     }
-    m_height = bottom + RowFrame::kPadding + theme.rowDistance() - top;
-    m_box = QRect(RowFrame::kBoxMargin, top, width - 2 * RowFrame::kBoxMargin,
-                  m_height - theme.rowDistance());
+    m_height = frame.heightFor(bottom);
+    m_box = QRect(frame.boxMargin, frame.boxTop, width - 2 * frame.boxMargin,
+                  m_height - frame.rowDistance);
     for (auto* const place : {&m_circle, &m_textRect, &m_detail, &m_boardIcon, &m_boardNameRect}) {
         *place = mirrored(*place, width);
     }
 }
 
 /// The names of boards stand in one column, the details at its left.
-void TodoRowLayout::placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme) {
-    const auto sizes = RowFrame::of(theme);
-    const auto line = QFontMetrics(theme.smallFont()).lineSpacing();
-    const auto top = firstLineTop + (firstLineHeight - line) / 2;
-    const auto icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
-    const auto left = m_width - sizes.textRight - m_boardColumn - icon;
-    setBoard({left, top}, line, m_boardColumn, theme);
+void TodoRowLayout::placeBeside(int top, const Theme& theme) {
+    const auto frame = RowFrame::of(theme);
+    const auto left = m_width - frame.side - m_boardColumn - iconWidth(theme);
+    setBoard({left, top}, m_boardColumn, theme);
     if (!m_detailLabel.isEmpty()) {
         const auto width = m_detailLabel.width(theme);
-        m_detail = QRect(left - RowFrame::kGap - width, top, width, line);
+        m_detail =
+            QRect(left - frame.gap - width, top, width, QFontMetrics(theme.smallFont()).height());
     }
 }
 
 int TodoRowLayout::placeBelow(int top, int room, const Theme& theme) {
-    const auto sizes = RowFrame::of(theme);
+    const auto frame = RowFrame::of(theme);
     const QFontMetrics metrics(theme.smallFont());
-    const auto line = metrics.lineSpacing();
-    const auto icon = theme.scaled(kBoardIconSize) + kBoardIconGap;
+    const auto icon = iconWidth(theme);
     const auto detailWidth = std::min(m_detailLabel.width(theme), room);
     const int nameWidth =
         std::min(metrics.horizontalAdvance(m_boardText) + 1, std::max(0, room - icon));
     const auto leftOf = [&](int offset, int width) {
-        return m_isTurned ? sizes.textLeft + room - offset - width : sizes.textLeft + offset;
+        return m_isTurned ? frame.textLeft + room - offset - width : frame.textLeft + offset;
     };
     int offset = 0;
     if (!m_detailLabel.isEmpty()) {
         const auto height = m_detailLabel.height(room, theme);
         m_detail = QRect(leftOf(0, detailWidth), top, detailWidth, height);
-        offset = detailWidth + RowFrame::kGap;
+        offset = detailWidth + frame.gap;
         if (!m_boardText.isEmpty() && offset + icon + nameWidth > room) {
             offset = 0;
-            top += height;
+            top += height + theme.space(Space::hair);
         }
     }
-    setBoard({leftOf(offset, icon + nameWidth), top}, line, nameWidth, theme);
-    return top + line;
+    setBoard({leftOf(offset, icon + nameWidth), top}, nameWidth, theme);
+    return top + metrics.height();
 }
 
-void TodoRowLayout::setBoard(const QPoint& topLeft, int lineHeight, int nameWidth,
-                             const Theme& theme) {
+void TodoRowLayout::setBoard(const QPoint& topLeft, int nameWidth, const Theme& theme) {
     if (m_boardText.isEmpty()) {
         return;
     }
-    const auto icon = theme.scaled(kBoardIconSize);
-    m_boardIcon = QRect(topLeft.x(), topLeft.y() + (lineHeight - icon) / 2, icon, icon);
-    m_boardNameRect = QRect(topLeft.x() + icon + kBoardIconGap, topLeft.y(), nameWidth, lineHeight);
-    m_boardText =
-        QFontMetrics(theme.smallFont()).elidedText(m_boardText, Qt::ElideRight, nameWidth);
+    const QFontMetrics metrics(theme.smallFont());
+    const auto icon = theme.extent(Extent::smallIcon);
+    m_boardIcon = QRect(
+        topLeft.x(), topLeft.y() + metrics.ascent() - (metrics.capHeight() + icon) / 2, icon, icon);
+    m_boardNameRect =
+        QRect(topLeft.x() + iconWidth(theme), topLeft.y(), nameWidth, metrics.height());
+    m_boardText = metrics.elidedText(m_boardText, Qt::ElideRight, nameWidth);
 }
 
 int TodoRowLayout::lowestHeight(const Theme& theme) {
-    const auto sizes = RowFrame::of(theme);
-    return std::max(QFontMetrics(theme.font()).lineSpacing(), sizes.signSize) +
-           2 * RowFrame::kPadding + theme.rowDistance();
+    const auto frame = RowFrame::of(theme);
+    return frame.heightFor(frame.top() +
+                           std::max(QFontMetrics(theme.font()).lineSpacing(), frame.signSize));
 }
 
 int TodoRowLayout::headingHeight(const Theme& theme) {
-    return theme.scaled(kHeadingDistance) + QFontMetrics(theme.font()).lineSpacing() +
-           theme.rowDistance() / 2;
+    return theme.space(Space::wide) + QFontMetrics(theme.sectionFont()).height() +
+           theme.space(Space::small);
 }
 
 int TodoRowLayout::boardColumn(const QStringList& names, int width, const Theme& theme) {

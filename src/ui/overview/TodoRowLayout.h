@@ -44,10 +44,10 @@ public:
     static int boardColumn(const QStringList& names, int width, const Theme& theme);
 
 private:
-    void placeBeside(int firstLineTop, int firstLineHeight, const Theme& theme);
+    void placeBeside(int top, const Theme& theme);
     /// Puts label and board under the text and returns where they end.
     int placeBelow(int top, int room, const Theme& theme);
-    void setBoard(const QPoint& topLeft, int lineHeight, int nameWidth, const Theme& theme);
+    void setBoard(const QPoint& topLeft, int nameWidth, const Theme& theme);
 
     int m_width;
     int m_boardColumn;

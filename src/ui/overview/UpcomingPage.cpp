@@ -37,13 +37,13 @@ void UpcomingPage::release(const base::Uuid& id) {
     m_upcoming->release(id);
 }
 
-QString UpcomingPage::emptyHint() const {
-    return tr("No upcoming todos.");
+TodoListPage::Hint UpcomingPage::emptyHint() const {
+    return {.what = tr("No upcoming todos."), .next = tr("Todos with a date show up here.")};
 }
 
 QString UpcomingPage::headerNote() const {
     const auto count = m_upcoming ? m_upcoming->count() : 0;
-    return count == 0 ? QString() : tr("%1 open").arg(count);
+    return count == 0 ? QString() : tr("%L1 open").arg(count);
 }
 
 } // namespace korvex::ui

@@ -19,7 +19,7 @@ protected:
     bool shows(const model::Board& board) const override { return !board.isArchived(); }
     void linger(const base::Uuid& id) override;
     void release(const base::Uuid& id) override;
-    QString emptyHint() const override;
+    Hint emptyHint() const override;
     QString headerNote() const override;
 
 private:

@@ -27,24 +27,56 @@ constexpr int kThumb = 3;
 } // namespace
 
 TextRow::TextRow(const richtext::AttributedString& text, int width, const TextLook& look)
-    : m_width(width),
-      m_cost(static_cast<int>(
+    : m_cost(static_cast<int>(
           std::min(1 + text.length() / kUnitsPerCost, std::size_t{kHighestCost}))) {
     m_document.setUndoRedoEnabled(false);
     setText(m_document, text, look);
-    m_document.setTextWidth(width);
-    m_height = static_cast<int>(std::ceil(m_document.size().height()));
-    findWideTables();
+    setWidth(width);
     m_isColored = true;
     text.forEachRun([this](const richtext::AttributedString::CharacterRun& run) {
         m_isColored = m_isColored && !run.attributes.isCode();
     });
 }
 
+void TextRow::setWidth(int width) {
+    m_width = width;
+    m_document.setTextWidth(width);
+    m_height = static_cast<int>(std::ceil(m_document.size().height()));
+    m_wideTables.clear();
+    findWideTables();
+    reachTo(m_most);
+}
+
+void TextRow::reachTo(int most) {
+    m_most = most;
+    m_reach = m_width;
+    for (auto& table : m_wideTables) {
+        m_reach = std::max(m_reach, endOf(table));
+        move(table, table.offset);
+    }
+}
+
+int TextRow::wholeWidth() const {
+    int whole = m_width;
+    for (const auto& table : m_wideTables) {
+        whole = std::max(whole, static_cast<int>(std::ceil(table.place.right())));
+    }
+    return whole;
+}
+
+int TextRow::endOf(const WideTable& table) const {
+    const auto whole = static_cast<int>(std::ceil(table.place.right()));
+    return std::clamp(whole, m_width, std::max(m_width, m_most));
+}
+
 void TextRow::findWideTables() {
     for (auto* const frame : m_document.rootFrame()->childFrames()) {
         auto place = m_document.documentLayout()->frameBoundingRect(frame);
-        // Qt reckons the distance to what follows to the table.
+        // Of the distances around the table Qt reckons one to it and the other not.
+        const auto before = m_document.findBlock(frame->firstPosition() - 1);
+        if (before.isValid()) {
+            place.setTop(m_document.documentLayout()->blockBoundingRect(before).bottom());
+        }
         const auto next = m_document.findBlock(frame->lastPosition() + 1);
         if (next.isValid()) {
             const auto following = m_document.documentLayout()->blockBoundingRect(next);
@@ -59,12 +91,12 @@ void TextRow::findWideTables() {
 QRectF TextRow::bandOf(const WideTable& table) const {
     // Whole pixels, of which the lines above and below lose none.
     const auto top = std::ceil(table.place.top());
-    return {0, top, static_cast<double>(m_width), std::floor(table.place.bottom()) - top};
+    return {0, top, static_cast<double>(endOf(table)), std::floor(table.place.bottom()) - top};
 }
 
 void TextRow::move(WideTable& table, int offset) const {
     const int least = static_cast<int>(std::floor(std::min(0.0, table.place.left())));
-    const int most = static_cast<int>(std::ceil(std::max(0.0, table.place.right() - m_width)));
+    const int most = static_cast<int>(std::ceil(std::max(0.0, table.place.right() - endOf(table))));
     table.offset = std::clamp(offset, least, most);
 }
 
@@ -138,15 +170,17 @@ void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLo
     if (table.place.left() < table.offset - 1) {
         fade(0, kFade);
     }
-    if (table.place.right() > table.offset + m_width + 1) {
-        fade(m_width, m_width - kFade);
+    if (table.place.right() > table.offset + band.width() + 1) {
+        fade(band.width(), band.width() - kFade);
     }
-    const auto part = m_width / table.place.width();
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(look.separator);
-    painter.drawRoundedRect(QRectF((table.offset - table.place.left()) * part,
-                                   band.bottom() - kThumb, m_width * part, kThumb),
-                            kThumb / 2.0, kThumb / 2.0);
+    const auto part = band.width() / table.place.width();
+    if (part < 1) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(look.separator);
+        painter.drawRoundedRect(QRectF((table.offset - table.place.left()) * part,
+                                       band.bottom() - kThumb, band.width() * part, kThumb),
+                                kThumb / 2.0, kThumb / 2.0);
+    }
     painter.restore();
 }
 

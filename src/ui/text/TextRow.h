@@ -12,12 +12,21 @@
 
 namespace korvex::ui {
 
-/// A text entry as its row shows it: exactly as the editor does. Of a table that is wider than the
-/// row a part is seen, which can be moved. All points count from the top left corner of the text.
+/// A text entry as its row shows it: exactly as the editor does. A table that is wider than the
+/// text may reach beyond it; where that is not enough a part of it is seen, which can be moved. All
+/// points count from the top left corner of the text.
 class TextRow {
 public:
     TextRow(const richtext::AttributedString& text, int width, const TextLook& look);
 
+    /// Lays the text out for another width.
+    void setWidth(int width);
+    /// Lets wide tables reach up to this width, where it is more than that of the text.
+    void reachTo(int most);
+    /// How far the widest of them reaches: the width of the text at least.
+    int reach() const { return m_reach; }
+    /// How far it would reach to be seen whole.
+    int wholeWidth() const;
     int height() const { return m_height; }
     /// About how many times the memory of a one-line todo it takes; at least 1.
     int cost() const { return m_cost; }
@@ -53,13 +62,17 @@ private:
     void move(WideTable& table, int offset) const;
     /// The part of the row that a table takes.
     QRectF bandOf(const WideTable& table) const;
+    /// As far as a table reaches.
+    int endOf(const WideTable& table) const;
     /// The point of the document that is seen at a point.
     QPointF inDocument(const QPointF& point) const;
 
     TextDocument m_document;
     std::vector<WideTable> m_wideTables;
-    int m_width;
-    int m_height;
+    int m_width = 0;
+    int m_most = 0;
+    int m_reach = 0;
+    int m_height = 0;
     int m_cost;
     bool m_isColored;
 };

@@ -15,7 +15,7 @@ int DueLabel::width(const Theme& theme) const {
 int DueLabel::height(int room, const Theme& theme) const {
     const QFontMetrics metrics(theme.smallFont());
     if (width(theme) <= room) {
-        return metrics.lineSpacing();
+        return metrics.height();
     }
     constexpr int kHighest = 1000;
     return metrics

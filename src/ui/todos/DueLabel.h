@@ -21,7 +21,9 @@ struct DueLabel {
     /// The height in as many lines as it takes in this room.
     int height(int room, const Theme& theme) const;
     /// The width of the bell, with its distance from the text.
-    int bellWidth(const Theme& theme) const { return hasReminder ? theme.scaled(13) + 5 : 0; }
+    int bellWidth(const Theme& theme) const {
+        return hasReminder ? theme.extent(Extent::smallIcon) + theme.space(Space::small) : 0;
+    }
 };
 /// Whether the label says "Overdue", or something above it has said so.
 enum class OverdueWord { no, yes };

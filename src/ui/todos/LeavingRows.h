@@ -8,8 +8,8 @@
 
 namespace korvex::ui {
 
-/// How much is left of the rows that are leaving a list, for the list to ask when it measures them.
-/// Main thread.
+/// The rows that are leaving a list: each fades away, and then its place closes, so that nothing is
+/// ever seen cut. For the list to ask when it measures and draws them. Main thread.
 class LeavingRows {
 public:
     /// The number of a todo's row, or -1.
@@ -17,12 +17,14 @@ public:
 
     LeavingRows(LazyListView& list, RowOf rowOf) : m_list(list), m_rowOf(std::move(rowOf)) {}
 
-    /// `part` is left of the row: from 1, all of it, to 0.
-    void shrink(const model::Entry& entry, double part);
-    /// The row is as high as it is.
+    /// The row has gone this part of its way, of 0 to 1.
+    void leave(const model::Entry& entry, double part);
+    /// The row is as it was.
     void forget(const model::Entry& entry);
     /// What is left now of a row's height. The entry is null for a row that shows none.
     int height(const model::Entry* entry, int fullHeight) const;
+    /// How much of it is seen, of 0 to 1.
+    double opacity(const model::Entry* entry) const;
 
 private:
     void measure(const model::Entry& entry);

@@ -15,18 +15,12 @@ namespace {
 
 constexpr std::chrono::milliseconds kTickShown{500};
 constexpr std::chrono::milliseconds kStep{16};
-/// A row is gone after so many.
-constexpr int kSteps = 10;
 
-/// How much of a row is left after some steps: slowly at both ends.
-double partLeft(int steps) {
-    const auto done = static_cast<double>(steps) / kSteps;
-    return 1 - done * done * (3 - 2 * done);
-}
-
-bool moves(const RowListView& view) {
-    return view.isVisible() &&
-           view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &view) > 0;
+/// In how many steps a row leaves; 0 where nothing moves.
+int stepsOfLeaving(const RowListView& view) {
+    const std::chrono::milliseconds duration(
+        view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &view));
+    return view.isVisible() ? static_cast<int>(duration / kStep) : 0;
 }
 
 } // namespace
@@ -105,10 +99,10 @@ void LingeringTicks::leave() {
         wait();
         return;
     }
+    const auto steps = stepsOfLeaving(m_parts.view);
     Entries gone;
     for (auto& [entry, ticked] : m_ticked) {
-        if (m_parts.list.belongs(*entry) || m_parts.list.tickedRow(*entry) < 0 ||
-            !moves(m_parts.view)) {
+        if (m_parts.list.belongs(*entry) || m_parts.list.tickedRow(*entry) < 0 || steps == 0) {
             gone.push_back(entry);
         } else if (!ticked.step) {
             ticked.step = 0;
@@ -130,15 +124,16 @@ void LingeringTicks::goOn() {
 }
 
 void LingeringTicks::stepOn() {
+    const auto steps = stepsOfLeaving(m_parts.view);
     Entries gone;
     for (auto& [entry, ticked] : m_ticked) {
         if (!ticked.step) {
             continue;
         }
-        if (m_parts.list.belongs(*entry) || ++*ticked.step == kSteps) {
+        if (m_parts.list.belongs(*entry) || ++*ticked.step >= steps) {
             gone.push_back(entry);
         } else {
-            m_parts.leaving.shrink(*entry, partLeft(*ticked.step));
+            m_parts.leaving.leave(*entry, static_cast<double>(*ticked.step) / steps);
         }
     }
     letGo(gone);

@@ -18,7 +18,7 @@ class TodoActions;
 
 /// The todos of a list whose ticks were changed just now. A change is stored at once; its row stays
 /// for half a second after the latest one, and as long as the pointer is on a further circle: while
-/// one ticks one todo after another, no row moves under the pointer. Then the rows shrink together
+/// one ticks one todo after another, no row moves under the pointer. Then the rows leave together
 /// and are gone. Ticked once more before, all is as it was: the place on the board, or the moment
 /// of completion. Nothing is done any more once this is gone. Main thread.
 class LingeringTicks {

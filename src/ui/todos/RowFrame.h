@@ -5,18 +5,46 @@
 namespace korvex::ui {
 
 /// The distances and sizes in pixels that all rows have in common, and the editors that take a
-/// row's place.
+/// row's place. What stands in a row begins and ends where the page's header does.
 struct RowFrame {
-    static constexpr int kBoxMargin = 8;
-    static constexpr int kPadding = 5;
-    static constexpr int kGap = 10;
-
+    /// From a side of the row to its box, which shows hover and selection.
+    int boxMargin;
+    /// From a side of the box to what stands in it, and between what stands there side by side.
+    int gap;
+    /// From the top and the foot of the box to what stands in it.
+    int padding;
+    /// From the top of the row to its box; what is left of the distance between two rows is under
+    /// the box.
+    int boxTop;
+    int rowDistance;
     int signSize;
+    /// From a side of the row to its sign, and as much at its end.
+    int side;
     int textLeft;
-    int textRight;
     int scheduleSize;
 
     static RowFrame of(const Theme& theme);
+    /// The height of a row in which something ends there.
+    int heightFor(int bottom) const { return bottom + padding + rowDistance - boxTop; }
+    int top() const { return boxTop + padding; }
+};
+
+/// The first line of a row: its words stand on one baseline whatever their sizes, and its signs in
+/// the middle of its capital letters.
+class RowLine {
+public:
+    /// `ascent` is that of the text in the line, which may hold letters of a higher font.
+    RowLine(const RowFrame& frame, int ascent, const Theme& theme);
+
+    int textTop() const { return m_textTop; }
+    /// Where words in this font begin.
+    int topOf(const QFont& font) const;
+    int topOfSign(int size) const;
+
+private:
+    int m_textTop;
+    int m_baseline;
+    int m_capital;
 };
 
 } // namespace korvex::ui

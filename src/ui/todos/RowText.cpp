@@ -3,6 +3,7 @@
 #include "model/EntryContentLimit.h"
 #include "ui/kit/words/Text.h"
 
+#include <QFontMetrics>
 #include <QTextOption>
 
 #include <cmath>
@@ -22,6 +23,11 @@ int layOut(QTextLayout& text, int width) {
     }
     text.endLayout();
     return static_cast<int>(std::ceil(y));
+}
+
+int ascentOf(const QTextLayout& text) {
+    return text.lineCount() == 0 ? QFontMetrics(text.font()).ascent()
+                                 : static_cast<int>(std::lround(text.lineAt(0).ascent()));
 }
 
 } // namespace
@@ -54,10 +60,14 @@ TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, Beside
     if (width >= room / (stays ? 2 : 4)) {
         const auto height = layOut(text, width);
         if (stays || text.lineCount() <= 1) {
-            return {.isBeside = true, .textWidth = width, .textHeight = height};
+            return {.isBeside = true,
+                    .textWidth = width,
+                    .textHeight = height,
+                    .ascent = ascentOf(text)};
         }
     }
-    return {.isBeside = false, .textWidth = room, .textHeight = layOut(text, room)};
+    const auto height = layOut(text, room);
+    return {.isBeside = false, .textWidth = room, .textHeight = height, .ascent = ascentOf(text)};
 }
 
 } // namespace korvex::ui

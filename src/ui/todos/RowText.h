@@ -17,6 +17,8 @@ struct TextArrangement {
     bool isBeside = true;
     int textWidth = 0;
     int textHeight = 0;
+    /// Of the first line.
+    int ascent = 0;
 };
 /// What becomes of what stands beside a text that needs more than one line.
 enum class BesideText {

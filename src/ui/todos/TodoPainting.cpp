@@ -29,10 +29,12 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     const auto wraps = label.width(theme) > rect.width();
     const auto words = rect.adjusted(0, 0, wraps ? -label.bellWidth(theme) : 0, 0);
     painter.drawText(mirrored(words, rect),
-                     Qt::AlignLeft | Qt::AlignVCenter | (wraps ? Qt::TextWordWrap : 0), label.text);
+                     Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0), label.text);
     if (label.hasReminder) {
-        const auto size = theme.scaled(13);
-        const QRect bell(rect.right() + 1 - size, rect.center().y() - size / 2, size, size);
+        const QFontMetrics metrics(theme.smallFont());
+        const auto size = theme.extent(Extent::smallIcon);
+        const auto top = metrics.ascent() - (metrics.capHeight() + size) / 2;
+        const QRect bell(rect.right() + 1 - size, rect.top() + top, size, size);
         IconSet::draw(painter, QStringLiteral("bell-fill"), color, mirrored(bell, rect));
     }
 }

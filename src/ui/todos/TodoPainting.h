@@ -16,7 +16,7 @@ enum class Circle { open, openHovered, completed };
 /// The circle of a todo whose row is under the pointer, or is not.
 Circle circleOf(const model::Entry& entry, QStyle::State row);
 void drawCircle(QPainter& painter, const QRect& rect, Circle circle, const ThemeColors& colors);
-/// Draws the label's text and its bell.
+/// Draws the label's text from the top of its place, and its bell beside it.
 void drawDueLabel(QPainter& painter, const QRect& rect, const DueLabel& label, const QColor& color,
                   const Theme& theme);
 

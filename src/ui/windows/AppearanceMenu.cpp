@@ -1,6 +1,7 @@
 #include "ui/windows/AppearanceMenu.h"
 
 #include <QActionGroup>
+#include <QLocale>
 
 namespace korvex::ui {
 
@@ -40,7 +41,7 @@ void AppearanceMenu::fill() {
     group = new QActionGroup(this);
     auto* const sizes = addMenu(tr("Font size"));
     for (const auto size : app::AppPreferences::kFontSizes) {
-        add(*sizes, QString::number(size), [this, size] {
+        add(*sizes, QLocale().toString(size), [this, size] {
             m_preferences.setFontSize(size);
         })->setChecked(m_preferences.fontSize() == size);
     }

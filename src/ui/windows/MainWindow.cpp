@@ -5,6 +5,7 @@
 #include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
@@ -23,7 +24,6 @@ namespace korvex::ui {
 namespace {
 
 constexpr QSize kSmallestSize(360, 320);
-constexpr int kNoticeMargin = 10;
 
 } // namespace
 
@@ -38,11 +38,11 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                                    theme)),
       m_pages(new PageStack),
       m_boardPage(new BoardPage(workspace, theme)),
-      m_boardActions(*m_sidebar, workspace.boards, workspace.clock, theme, *this),
+      m_boardActions(workspace.boards, workspace.clock, theme, *this),
       m_navigation({.sidebar = *m_sidebar, .pages = *m_pages, .boardPage = *m_boardPage},
                    workspace.boards, workspace.context, workspace.preferences, this),
       m_search(m_sidebar->searchField(), m_navigation, workspace.search, this),
-      m_sidebarPlace(*this, *m_splitter, *m_sidebar),
+      m_sidebarPlace(*this, *m_splitter, *m_sidebar, theme),
       m_actions({.window = *this,
                  .sidebar = *m_sidebar,
                  .sidebarPlace = m_sidebarPlace,
@@ -66,6 +66,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     connectBoardPage();
     connect(&m_navigation, &Navigation::changed, this, &MainWindow::showTitle);
     connect(&m_boardActions, &BoardActions::refused, this, &MainWindow::showError);
+    connect(&m_boardActions, &BoardActions::archived, this, &MainWindow::offerToUnarchive);
     connect(m_pages, &PageStack::undoRequested, &m_actions, &WindowActions::undo);
     m_boardPage->list().viewport()->installEventFilter(this);
     m_layout.restore();
@@ -80,7 +81,8 @@ void MainWindow::layOut() {
     auto* const lines = new QVBoxLayout(shown);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(0);
-    m_storeNotice->setContentsMargins(0, kNoticeMargin, 0, 0); // nothing stands above it
+    // Nothing stands above it.
+    m_storeNotice->setContentsMargins(0, m_theme.space(Space::medium), 0, 0);
     lines->addWidget(m_storeNotice);
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);
@@ -167,6 +169,22 @@ void MainWindow::connectBoardPage() {
             m_sidebar->boards().setOpenTodoCount(*board, m_boardPage->entries().openTodoCount());
         }
     });
+}
+
+void MainWindow::offerToUnarchive(const model::Board* board) {
+    const auto name = isolated(toQString(board->name()));
+    const auto wasShown = m_navigation.isShown(*board);
+    m_pages->current().offer(tr("“%1” was archived.").arg(name), tr("Undo"),
+                             [this, id = board->id(), wasShown] {
+                                 auto* const again = m_workspace.boards.board(id);
+                                 if (!again) {
+                                     return;
+                                 }
+                                 m_boardActions.unarchive(*again);
+                                 if (wasShown && !again->isArchived()) {
+                                     m_navigation.openBoard(*again);
+                                 }
+                             });
 }
 
 void MainWindow::showTitle() {

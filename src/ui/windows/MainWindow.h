@@ -59,6 +59,8 @@ private:
     void connectBoardPage();
     /// Ends all that is being edited, as far as it can be stored. False when something cannot.
     bool leaveAll();
+    /// Says that the board was put away, with a button that takes it back.
+    void offerToUnarchive(const model::Board* board);
     void showTitle();
     void countUpcoming();
 

@@ -6,6 +6,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 namespace korvex::ui {
 
 Navigation::Navigation(const Views& views, services::BoardService& boards,
@@ -20,6 +22,11 @@ Navigation::Navigation(const Views& views, services::BoardService& boards,
 void Navigation::start() {
     m_changes = m_context.didChange().connect(
         [this](const store::ChangeSet& changes) { storeChanged(changes.origin); });
+    connect(&m_views.boardPage, &BoardPage::editingEnded, this, [this] {
+        if (const auto* const board = std::exchange(m_archivedUnderEdit, nullptr)) {
+            leaveSoon(board, store::ChangeSet::Origin::elsewhere);
+        }
+    });
     m_views.sidebar.refresh();
     if (auto* const board = launchBoard()) {
         showBoard(*board);
@@ -130,15 +137,19 @@ void Navigation::storeChanged(store::ChangeSet::Origin origin) {
         shown && shown->isLive() && shown->isArchived() && page.entries().isArchived();
     page.refresh();
     if (!isInPlace && !isLookedAt) {
-        // Soon: what is typed there may be about to be stored, and is then to stay in sight with
-        // the reason why it was not.
-        QTimer::singleShot(0, this, [this, shown, origin] { leaveGoneBoard(shown, origin); });
+        // What is typed there may be about to be stored, and is then to stay in sight with the
+        // reason why it was not.
+        leaveSoon(shown, origin);
     }
     if (currentPage() == PageKind::archived && m_views.sidebar.boards().archivedBoards().empty()) {
         goBack();
     }
     m_views.pages.current().storeChanged();
     pageChanged();
+}
+
+void Navigation::leaveSoon(const model::Board* board, store::ChangeSet::Origin origin) {
+    QTimer::singleShot(0, this, [this, board, origin] { leaveGoneBoard(board, origin); });
 }
 
 void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin) {
@@ -148,6 +159,12 @@ void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Ori
     auto* const next = again && isListed(*again) ? again : m_boards.inboxBoard();
     const auto isGone = !board || !isListed(*board);
     if (!isGone || !next || page.board() != board) {
+        return;
+    }
+    if (origin == store::ChangeSet::Origin::elsewhere && board && board->isLive() &&
+        page.isEditing()) {
+        // What is typed belongs there to its end: gone on with elsewhere, it would be two halves.
+        m_archivedUnderEdit = board;
         return;
     }
     const auto name = page.title();

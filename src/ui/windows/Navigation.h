@@ -68,6 +68,7 @@ private:
     model::Board* lastBoard() const;
     void storeChanged(store::ChangeSet::Origin origin);
     /// `origin` says whose change has taken it away.
+    void leaveSoon(const model::Board* board, store::ChangeSet::Origin origin);
     void leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin);
     void pageChanged();
 
@@ -76,6 +77,8 @@ private:
     store::ModelContext& m_context;
     app::AppPreferences& m_preferences;
     PageKind m_beforeSearch = PageKind::board;
+    /// Another program has archived it, and something is still typed on it.
+    const model::Board* m_archivedUnderEdit = nullptr;
     base::Subscription m_changes;
 };
 

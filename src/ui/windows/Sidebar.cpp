@@ -1,5 +1,6 @@
 #include "ui/windows/Sidebar.h"
 
+#include "ui/boards/BoardColors.h"
 #include "ui/boards/SidebarRow.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/ErrorBanner.h"
@@ -15,15 +16,16 @@
 #include <QTimer>
 #include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace korvex::ui {
 
 namespace {
 
+/// In pixels at the standard font size and any smaller one.
 constexpr int kMinimumWidth = 180;
 constexpr int kMaximumWidth = 360;
-constexpr int kBannerMargin = 6;
 
 /// Rows that lead to pages are a list to who hears of them.
 QWidget* listOf(const QString& name, std::initializer_list<SidebarRow*> rows, QWidget* parent) {
@@ -48,6 +50,10 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
       m_clock(clock),
       m_theme(theme),
       m_model(boards, context),
+      m_renaming(boards, clock, *this),
+      m_column(new QVBoxLayout(this)),
+      m_top(new QHBoxLayout),
+      m_heading(new QHBoxLayout),
       m_search(new SearchField(theme, this)),
       m_upcoming(new SidebarRow(QStringLiteral("calendar-dots"), tr("Upcoming"), theme, this)),
       m_completed(new SidebarRow(QStringLiteral("check-circle"), tr("Completed"), theme, this)),
@@ -56,8 +62,6 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
       m_list(new BoardListView(m_model, theme, this)),
       m_banner(new ErrorBanner(theme, this)),
       m_archived(new SidebarRow(QStringLiteral("archive"), tr("Archived boards"), theme, this)) {
-    setMinimumWidth(kMinimumWidth);
-    setMaximumWidth(kMaximumWidth);
     setAccessibleName(tr("Sidebar"));
     Accessibility::setRole(*this, QAccessible::Grouping);
     m_search->setAccessibleName(tr("Search all boards"));
@@ -75,7 +79,12 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
     connect(m_list, &BoardListView::boardChosen, this, &Sidebar::boardChosen);
     connect(m_list, &BoardListView::menuRequested, this, &Sidebar::boardMenuRequested);
     connect(m_list, &BoardListView::renamed, this,
-            [this](model::Board* board, const QString& name) { store(*board, name); });
+            [this](model::Board* board, const QString& name) {
+                m_banner->end(m_message);
+                if (const auto refused = m_renaming.store(*board, name)) {
+                    showMessage(*refused);
+                }
+            });
     connect(m_list, &BoardListView::renamingEnded, this, [this] { m_creation.reset(); });
     // Once the editor is gone, whose row goes with it.
     connect(m_list, &BoardListView::renamingGivenUp, this, &Sidebar::takeBackCreation,
@@ -90,25 +99,18 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
 }
 
 void Sidebar::layOut() {
-    auto* const top = new QHBoxLayout;
-    top->setContentsMargins(8, 12, 8, 10);
-    top->addWidget(m_search);
-    auto* const heading = new QHBoxLayout;
-    heading->setContentsMargins(mirrored(QMargins(16, 14, 12, 4)));
-    heading->addWidget(m_title, 1);
-    heading->addWidget(m_add);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(mirrored(QMargins(0, 0, 1, 10))); // beside the hairline
-    column->setSpacing(0);
-    column->addLayout(top);
-    column->addWidget(listOf(tr("Pages"), {m_upcoming, m_completed}, this));
-    column->addLayout(heading);
-    column->addWidget(m_list);
-    column->addStretch();
-    column->addSpacing(8);
-    column->addWidget(listOf(tr("More pages"), {m_archived}, this));
+    m_top->addWidget(m_search);
+    m_heading->addWidget(m_title, 1);
+    m_heading->addWidget(m_add);
+    m_column->setSpacing(0);
+    m_column->addLayout(m_top);
+    m_column->addWidget(listOf(tr("Pages"), {m_upcoming, m_completed}, this));
+    m_column->addLayout(m_heading);
+    m_column->addWidget(m_list);
+    m_column->addStretch();
+    m_column->addWidget(listOf(tr("More pages"), {m_archived}, this));
     m_archived->hide();
-    new Overlay(*m_banner, *this, Overlay::Place::foot, kBannerMargin);
+    new Overlay(*m_banner, *this, Overlay::Place::foot, m_theme.space(Space::medium));
 }
 
 void Sidebar::connectRows() {
@@ -197,8 +199,10 @@ void Sidebar::countSoon() {
 
 void Sidebar::createBoard() {
     model::Board* created = nullptr;
-    const auto refused =
-        refusal([&] { created = &m_boards.createBoard(toUtf8(tr("New board")), m_clock.now()); });
+    const auto refused = refusal([&] {
+        created = &m_boards.createBoard(toUtf8(tr("New board")), m_clock.now(),
+                                        {.color = model::rawValue(nextColor(m_boards.boards()))});
+    });
     if (refused) {
         showMessage(*refused);
         return;
@@ -238,41 +242,24 @@ void Sidebar::choose(const Choice& choice) {
     }
 }
 
-void Sidebar::rename(model::Board& board) {
+void Sidebar::rename(model::Board& board, const QString& typed) {
     if (m_model.rowOf(board) >= 0) {
-        m_list->rename(board);
+        m_list->rename(board, typed);
     }
 }
 
-std::optional<QRect> Sidebar::rowOf(const model::Board& board) const {
+std::optional<QRect> Sidebar::placeOf(const model::Board& board) const {
     const auto row = m_model.rowOf(board);
     if (row < 0 || !m_list->isVisible()) {
         return std::nullopt;
     }
     const auto rect = m_list->visualRect(m_model.index(row, 0));
-    return QRect(m_list->viewport()->mapToGlobal(rect.topLeft() + QPoint(8, 0)), rect.size());
+    return QRect(m_list->viewport()->mapToGlobal(rect.topLeft()), rect.size());
 }
 
 bool Sidebar::leave() {
     m_list->endRenaming();
-    return !m_isNameComingBack;
-}
-
-void Sidebar::store(model::Board& board, const QString& name) {
-    const auto refused = refusal([&] { m_boards.renameBoard(board, toUtf8(name), m_clock.now()); });
-    if (!refused) {
-        m_banner->end(m_message);
-        return;
-    }
-    showMessage(*refused);
-    // What was typed stays to be corrected; Escape gives it up.
-    m_isNameComingBack = true;
-    QTimer::singleShot(0, this, [this, id = board.id(), name] {
-        m_isNameComingBack = false;
-        if (auto* const again = m_boards.board(id); again && m_model.rowOf(*again) >= 0) {
-            m_list->rename(*again, name);
-        }
-    });
+    return !m_renaming.isNameComingBack();
 }
 
 void Sidebar::move(const base::Uuid& id, const base::Uuid& target,
@@ -297,6 +284,11 @@ void Sidebar::paintEvent(QPaintEvent*) {
                      m_theme.colors().hairline);
 }
 
+QSize Sidebar::minimumSizeHint() const {
+    return {std::max(kMinimumWidth, m_theme.scaled(kMinimumWidth)),
+            QWidget::minimumSizeHint().height()};
+}
+
 void Sidebar::applyTheme() {
     const auto& colors = m_theme.colors();
     auto font = m_theme.smallFont();
@@ -305,8 +297,21 @@ void Sidebar::applyTheme() {
     auto quiet = m_title->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
     m_title->setPalette(quiet);
+    const auto sign = m_theme.extent(Extent::icon);
+    const auto control = m_theme.extent(Extent::control);
     m_add->setIcon(IconSet::icon(QStringLiteral("plus"), colors.secondaryText));
-    m_add->setIconSize({m_theme.scaled(16), m_theme.scaled(16)});
+    m_add->setIconSize({sign, sign});
+    m_add->setFixedSize(control, control);
+
+    const auto side = m_theme.space(Space::medium);
+    const auto apart = m_theme.space(Space::large);
+    m_column->setContentsMargins(mirrored(QMargins(0, 0, 1, side))); // beside the hairline
+    m_top->setContentsMargins(side, apart, side, side);
+    // Its words begin over the icons of the boards, its sign ends over their counts.
+    m_heading->setContentsMargins(
+        mirrored(QMargins(2 * side, apart, 2 * side - (control - sign) / 2, 0)));
+    setMaximumWidth(std::max(kMaximumWidth, m_theme.scaled(kMaximumWidth)));
+    updateGeometry();
     update();
 }
 

@@ -7,6 +7,7 @@
 #include "store/ModelContext.h"
 #include "ui/boards/BoardListView.h"
 #include "ui/boards/BoardListing.h"
+#include "ui/boards/BoardRenaming.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/PageKind.h"
 
@@ -14,6 +15,7 @@
 
 #include <optional>
 
+class QBoxLayout;
 class QLabel;
 class QToolButton;
 
@@ -48,8 +50,10 @@ public:
 
     /// Makes a board and lets its name be typed. Escape there takes the board back.
     void createBoard();
-    void rename(model::Board& board) override;
-    std::optional<QRect> rowOf(const model::Board& board) const override;
+    void rename(model::Board& board, const QString& typed = {}) override;
+    std::optional<QRect> placeOf(const model::Board& board) const override;
+    /// A larger font needs more room beside a page.
+    QSize minimumSizeHint() const override;
 
 Q_SIGNALS:
     void boardChosen(korvex::model::Board* board);
@@ -85,7 +89,6 @@ private:
     void layOut();
     void connectRows();
     void walk(const SidebarRow* from, int direction);
-    void store(model::Board& board, const QString& name);
     void takeBackCreation();
     void choose(const Choice& choice);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);
@@ -95,6 +98,10 @@ private:
     const base::Clock& m_clock;
     const Theme& m_theme;
     BoardListModel m_model;
+    BoardRenaming m_renaming;
+    QBoxLayout* m_column;
+    QBoxLayout* m_top;
+    QBoxLayout* m_heading;
     SearchField* m_search;
     SidebarRow* m_upcoming;
     SidebarRow* m_completed;
@@ -106,8 +113,6 @@ private:
     SidebarRow* m_archived;
     Choice m_choice;
     std::optional<Creation> m_creation;
-    /// A name that was refused goes back into its field soon.
-    bool m_isNameComingBack = false;
     bool m_isCountDue = false;
 };
 

@@ -3,6 +3,7 @@
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/kit/theme/Direction.h"
+#include "ui/kit/theme/Theme.h"
 #include "ui/windows/Sidebar.h"
 
 #include <QApplication>
@@ -26,11 +27,14 @@ constexpr int kLeftOfPage = 48;
 
 } // namespace
 
-SidebarPlace::SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar)
+SidebarPlace::SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar,
+                           const Theme& theme)
     : m_window(window), m_splitter(splitter), m_sidebar(sidebar) {
     window.installEventFilter(this);
     connect(qApp, &QApplication::focusChanged, this,
             [this](const QWidget*, const QWidget* now) { focusMoved(now); });
+    // With a larger font the sidebar needs more of the window.
+    connect(&theme, &Theme::changed, this, &SidebarPlace::arrange);
 }
 
 bool SidebarPlace::isShown() const {
@@ -99,7 +103,7 @@ bool SidebarPlace::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void SidebarPlace::arrange() {
-    const bool isNarrow = m_window.width() < m_sidebar.minimumWidth() + kNarrowestPage;
+    const bool isNarrow = m_window.width() < m_sidebar.minimumSizeHint().width() + kNarrowestPage;
     if (isNarrow != m_isNarrow) {
         if (isNarrow) {
             fold();
@@ -148,8 +152,8 @@ void SidebarPlace::unfold() {
 
 void SidebarPlace::placeOver() {
     const auto room = m_window.rect();
-    const int width =
-        m_isSearching ? room.width() : std::min(kWidthOver, room.width() - kLeftOfPage);
+    const auto wanted = std::max(kWidthOver, m_sidebar.minimumSizeHint().width());
+    const auto width = m_isSearching ? room.width() : std::min(wanted, room.width() - kLeftOfPage);
     m_sidebar.setGeometry(mirrored(QRect(0, 0, width, room.height()), room));
     if (m_isSearching) {
         m_sidebar.setMask(QRect(0, 0, width, m_sidebar.searchHeight()));

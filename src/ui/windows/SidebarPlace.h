@@ -9,6 +9,7 @@ class QWidget;
 namespace korvex::ui {
 
 class Sidebar;
+class Theme;
 
 /// Where the sidebar is: beside the page, or away, as the user wants it. A window that is too
 /// narrow for both folds it away; then it comes over the page for as long as it has the keyboard.
@@ -18,7 +19,7 @@ class SidebarPlace final : public QObject {
 
 public:
     /// The sidebar is the first part of the splitter, which fills the window.
-    SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar);
+    SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar, const Theme& theme);
 
     bool isShown() const;
     /// Over the page, for the moment.

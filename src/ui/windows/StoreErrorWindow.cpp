@@ -1,6 +1,7 @@
 #include "ui/windows/StoreErrorWindow.h"
 
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/IconSet.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>
@@ -13,52 +14,60 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr QSize kSize(560, 320);
-constexpr int kMargin = 32;
+/// In pixels at the standard font size.
+constexpr int kWidth = 560;
+constexpr int kIconSize = 48;
 
 } // namespace
 
-StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile) {
+StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
+                                   const Theme& theme)
+    : m_theme(theme) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
-    resize(kSize);
-    auto* const title = new QLabel(tr("Korvex could not open its store"), this);
-    auto titleFont = title->font();
-    titleFont.setPointSizeF(titleFont.pointSizeF() * 1.4);
-    titleFont.setBold(true);
-    title->setFont(titleFont);
-    auto* const reason = new QLabel(message, this);
     const auto folder = QString::fromStdString(storeFile.parent_path().string());
     const auto hasFolder = QFileInfo(folder).isDir();
-    auto* const advice = new QLabel(
+    const auto& colors = theme.colors();
+    auto* const sign = new QLabel(this);
+    const auto size = theme.scaled(kIconSize);
+    sign->setPixmap(IconSet::program().pixmap(QSize(size, size), devicePixelRatioF()));
+    auto* const title =
+        addWords(tr("Korvex could not open its store"), theme.titleFont(), colors.text);
+    auto* const reason = addWords(message, theme.font(), colors.text);
+    auto* const advice = addWords(
         hasFolder ? tr("Nothing was changed. The store is the file below; keep a copy of its "
                        "folder before you try anything. When the cause is gone, start Korvex "
                        "again.")
                   : tr("Nothing was changed. The store is to be the file below. When the cause is "
                        "gone, start Korvex again."),
-        this);
-    const auto path = QString::fromStdString(storeFile.string());
-    auto* const file = new QLabel(path, this);
-    for (auto* const label : {title, reason, advice, file}) {
-        label->setTextFormat(Qt::PlainText);
-        label->setWordWrap(true);
-        label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    }
+        theme.font(), colors.text);
+    auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont(),
+                                colors.secondaryText);
     auto* const show = new QPushButton(tr("Show the folder"), this);
     show->setVisible(hasFolder);
     auto* const quit = new QPushButton(tr("Quit"), this);
     auto* const buttons = new QHBoxLayout;
+    buttons->setSpacing(theme.space(Space::medium));
     buttons->addStretch();
     buttons->addWidget(show);
     buttons->addWidget(quit);
-    auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(14);
+    auto* const words = new QVBoxLayout;
+    words->setSpacing(theme.space(Space::large));
     for (auto* const label : {title, reason, advice, file}) {
-        column->addWidget(label);
+        words->addWidget(label);
     }
-    column->addStretch();
-    column->addLayout(buttons);
+    words->addStretch();
+    words->addSpacing(theme.space(Space::medium));
+    words->addLayout(buttons);
+    auto* const line = new QHBoxLayout(this);
+    const auto margin = theme.space(Space::vast);
+    line->setContentsMargins(margin, margin, margin, theme.space(Space::wide));
+    line->setSpacing(theme.space(Space::wide));
+    line->addWidget(sign, 0, Qt::AlignTop);
+    line->addLayout(words, 1);
+    const auto width = theme.scaled(kWidth);
+    resize(width, line->heightForWidth(width));
+    quit->setDefault(true);
     quit->setFocus();
     for (auto* const button : {show, quit}) {
         button->setAutoDefault(true);
@@ -66,6 +75,18 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     connect(quit, &QPushButton::clicked, this, &QWidget::close);
     connect(show, &QPushButton::clicked, this,
             [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+}
+
+QLabel* StoreErrorWindow::addWords(const QString& words, const QFont& font, const QColor& color) {
+    auto* const label = new QLabel(words, this);
+    label->setFont(font);
+    auto own = label->palette();
+    own.setColor(QPalette::WindowText, color);
+    label->setPalette(own);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    return label;
 }
 
 } // namespace korvex::ui

@@ -1,8 +1,12 @@
 #pragma once
 
+#include "ui/kit/theme/Theme.h"
+
 #include <QWidget>
 
 #include <filesystem>
+
+class QLabel;
 
 namespace korvex::ui {
 
@@ -12,7 +16,13 @@ class StoreErrorWindow final : public QWidget {
     Q_OBJECT
 
 public:
-    StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile);
+    StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
+                     const Theme& theme);
+
+private:
+    QLabel* addWords(const QString& words, const QFont& font, const QColor& color);
+
+    const Theme& m_theme;
 };
 
 } // namespace korvex::ui

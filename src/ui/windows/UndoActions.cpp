@@ -1,11 +1,14 @@
 #include "ui/windows/UndoActions.h"
 
+#include "services/EntryOrder.h"
 #include "ui/kit/pages/Page.h"
 #include "ui/kit/words/Text.h"
 #include "ui/windows/Navigation.h"
 
 #include <QAction>
 #include <QMenu>
+
+#include <algorithm>
 
 namespace korvex::ui {
 
@@ -14,6 +17,15 @@ namespace {
 /// "Undo Complete Todo".
 QString withName(const QString& action, const std::string& name) {
     return name.empty() ? action : action + QLatin1Char(' ') + translated(name);
+}
+
+/// The open entry of the board that the first of these stands behind, if there is one.
+const model::Entry* entryAbove(const model::Board& board, const std::vector<base::Uuid>& entries) {
+    const auto open = services::activeEntries(board);
+    const auto first = std::find_if(open.begin(), open.end(), [&](const model::Entry* each) {
+        return std::find(entries.begin(), entries.end(), each->id()) != entries.end();
+    });
+    return first == open.begin() || first == open.end() ? nullptr : *(first - 1);
 }
 
 } // namespace
@@ -63,41 +75,61 @@ void UndoActions::undo(services::UndoManager::StepId step) {
         return;
     }
     if (const auto* const about = m_manager.findUndo(step)) {
-        run(*about, tr("“%1” was undone on %2."), [&] { m_manager.undo(step); });
+        run(*about, Way::back, [&] { m_manager.undo(step); });
     }
 }
 
 void UndoActions::redo() {
     const auto* const about = m_navigation.page().leave() ? m_manager.nextRedo() : nullptr;
     if (about) {
-        run(*about, tr("“%1” was done again on %2."), [&] { m_manager.redo(); });
+        run(*about, Way::forth, [&] { m_manager.redo(); });
     }
 }
 
-void UndoActions::run(const services::UndoManager::About& about, const QString& done,
+void UndoActions::run(const services::UndoManager::About& about, Way way,
                       const std::function<void()>& step) {
     const auto entries = about.entries;
-    const auto message = done.arg(translated(about.name));
-    const auto before = subjectOf(entries);
-    auto& page = m_navigation.page();
-    if (!page.perform(step)) {
-        page.takeKeyboard();
+    const auto name = translated(about.name);
+    const auto before = subjectOf(entries, way);
+    // Whoever created something and takes it back was at what it stands behind.
+    const auto isInSight = before.board && m_navigation.isShown(*before.board);
+    const auto* const above =
+        isInSight && way == Way::back ? entryAbove(*before.board, entries) : nullptr;
+    if (!m_navigation.page().perform(step)) {
+        m_navigation.page().takeKeyboard();
         return;
     }
-    auto subject = subjectOf(entries);
-    if (!subject.board && before.board && before.board->isLive()) {
-        subject.board = before.board; // what was there is gone
+    if (entries.empty()) {
+        return; // such as words that come back into their editor, which is in sight by now
     }
-    show(subject, message);
+    auto subject = subjectOf(entries, way);
+    if (!subject.entry && before.board && before.board->isLive()) {
+        subject = {above && above->isLive() ? above : nullptr, before.board};
+    }
+    const auto form =
+        way == Way::back ? tr("“%1” was undone on %2.") : tr("“%1” was done again on %2.");
+    show(subject, subject.board ? form.arg(name, toQString(subject.board->name())) : QString());
+    if (const auto left = static_cast<int>(m_manager.leftOut()); left > 0) {
+        const auto partly =
+            way == Way::back
+                ? tr("“%1” was undone, except for %n (entry|entries) deleted meanwhile.", nullptr,
+                     left)
+                : tr("“%1” was done again, except for %n (entry|entries) deleted meanwhile.",
+                     nullptr, left);
+        m_navigation.page().tell(partly.arg(name));
+    }
 }
 
-UndoActions::Subject UndoActions::subjectOf(const std::vector<base::Uuid>& entries) const {
+/// Of several, what is seen first of what comes back, and of what is done again what was done last.
+UndoActions::Subject UndoActions::subjectOf(const std::vector<base::Uuid>& entries, Way way) const {
+    Subject found;
     for (const auto& id : entries) {
-        if (auto* const entry = m_context.find<model::Entry>(id)) {
-            return {entry, entry->board()};
+        auto* const entry = m_context.find<model::Entry>(id);
+        if (entry && (!found.entry || way == Way::forth)) {
+            found = {entry, entry->board()};
         }
     }
-    return {};
+    return found;
 }
 
 void UndoActions::show(const Subject& subject, const QString& done) {
@@ -109,22 +141,21 @@ void UndoActions::show(const Subject& subject, const QString& done) {
     if (!subject.board || m_navigation.isShown(*subject.board)) {
         return;
     }
-    const auto message = done.arg(toQString(subject.board->name()));
     if (m_navigation.currentPage() == PageKind::board) {
         m_navigation.openBoard(*subject.board);
         if (subject.entry) {
             m_navigation.page().showRecord(subject.entry->id());
         }
-        m_navigation.page().tell(message);
+        m_navigation.page().tell(done);
     } else if (subject.entry) {
         // A page over all boards is not left for what it does not list.
-        page.offer(message, tr("Show"), [this, id = subject.entry->id()] {
+        page.offer(done, tr("Show"), [this, id = subject.entry->id()] {
             if (auto* const entry = m_context.find<model::Entry>(id)) {
                 m_navigation.showEntry(*entry);
             }
         });
     } else {
-        page.tell(message);
+        page.tell(done);
     }
 }
 

@@ -38,19 +38,18 @@ public:
     void redo();
 
 private:
-    /// What a step is about: the first of its entries that is there, and a board.
+    enum class Way { back, forth };
+    /// What a step is about: one of its entries that is there, and a board.
     struct Subject {
-        model::Entry* entry = nullptr;
+        const model::Entry* entry = nullptr;
         model::Board* board = nullptr;
     };
 
     QAction* makeAction(const QKeySequence& keys, QWidget& window, void (UndoActions::*carryOut)());
     void update();
-    /// `done` says that it was done; %1 stands for what, %2 for the board.
-    void run(const services::UndoManager::About& about, const QString& done,
-             const std::function<void()>& step);
-    Subject subjectOf(const std::vector<base::Uuid>& entries) const;
-    /// `done` says what was done; %2 stands for the board.
+    void run(const services::UndoManager::About& about, Way way, const std::function<void()>& step);
+    Subject subjectOf(const std::vector<base::Uuid>& entries, Way way) const;
+    /// Shows it on the page; `done` says what was done, on a board that is not in sight.
     void show(const Subject& subject, const QString& done);
 
     store::ModelContext& m_context;

@@ -21,6 +21,15 @@ namespace {
 
 constexpr int kBoardShortcuts = 9;
 
+/// Below what it belongs to, which ends where the menu does; at the pointer, where that has no
+/// size.
+QPoint placeUnder(const QRect& anchor, QMenu& menu) {
+    menu.ensurePolished();
+    const auto isAtEnd = !anchor.isEmpty() && !QGuiApplication::isRightToLeft();
+    return {anchor.left() + (isAtEnd ? anchor.width() - menu.sizeHint().width() : 0),
+            anchor.top() + anchor.height()};
+}
+
 } // namespace
 
 WindowActions::WindowActions(const Parts& parts, const Services& services, const Theme& theme)
@@ -127,11 +136,11 @@ QMenu* WindowActions::makeMenu() {
 
 void WindowActions::openBoardMenu(model::Board& board, const QPoint& globalPosition) {
     auto* const menu = makeMenu();
-    m_parts.boardActions.addTo(*menu, board);
+    m_parts.boardActions.addTo(*menu, board, m_parts.sidebar);
     menu->popup(globalPosition);
 }
 
-void WindowActions::openPageMenu(const QPoint& globalPosition) {
+void WindowActions::openPageMenu(const QRect& globalAnchor) {
     auto& page = m_parts.boardPage;
     if (!page.board()) {
         return;
@@ -145,12 +154,12 @@ void WindowActions::openPageMenu(const QPoint& globalPosition) {
     menu->addAction(m_find);
     menu->addAction(m_goToBoard);
     menu->addSeparator();
-    m_parts.boardActions.addTo(*menu, *page.board());
+    m_parts.boardActions.addTo(*menu, *page.board(), page.header());
     menu->addSeparator();
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
-    menu->popup(globalPosition);
+    menu->popup(placeUnder(globalAnchor, *menu));
 }
 
 } // namespace korvex::ui

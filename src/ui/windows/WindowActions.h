@@ -64,7 +64,7 @@ private:
     static void openContextMenu();
     QMenu* makeMenu();
     void openBoardMenu(model::Board& board, const QPoint& globalPosition);
-    void openPageMenu(const QPoint& globalPosition);
+    void openPageMenu(const QRect& globalAnchor);
 
     Parts m_parts;
     Services m_services;

@@ -38,6 +38,8 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
                   .search = m_search,
                   .copies = m_copies,
                   .drafts = m_drafts,
-                  .upcoming = m_upcoming} {}
+                  .upcoming = m_upcoming} {
+    surroundings.container.setPatience(surroundings.patience);
+}
 
 } // namespace korvex::ui

@@ -6,6 +6,7 @@
 #include "store/ModelContainer.h"
 #include "ui/workspace/Workspace.h"
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -34,6 +35,9 @@ public:
         /// The folder below which other programs get copies of attachments; empty for the system's
         /// folder for temporary files.
         std::filesystem::path copies = {};
+        /// How long the windows wait for a program that writes into the store. Two that write at
+        /// once keep each other for less; who is kept longer is told so, and can go on.
+        std::chrono::milliseconds patience{250};
     };
     explicit WorkspaceOwner(const Surroundings& surroundings);
     WorkspaceOwner(const WorkspaceOwner&) = delete;

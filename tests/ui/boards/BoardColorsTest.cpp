@@ -41,5 +41,34 @@ TEST_F(BoardColorsTest, BoardColorsDifferInBothAppearances) {
     }
 }
 
+TEST_F(BoardColorsTest, ANewBoardIsOfferedTheFirstColourThatTheFewestHave) {
+    std::vector<const char*> all;
+    for (const auto color : model::allBoardIconColors()) {
+        all.push_back(model::rawValue(color).data());
+    }
+    auto twice = all;
+    twice.insert(twice.end(), all.begin(), all.end() - 1);
+    const std::pair<std::vector<const char*>, const char*> cases[] = {
+        {{}, "blue"},
+        {{nullptr, "a color of tomorrow"}, "blue"},
+        {{"orange", "blue"}, "green"},
+        {all, "blue"},
+        {twice, "sand"},
+    };
+    for (const auto& [colors, offered] : cases) {
+        for (auto* const board : own.boards.boards()) {
+            if (board != inbox) {
+                own.boards.deleteBoard(*board);
+            }
+        }
+        for (const auto* const color : colors) {
+            auto& board = own.boards.createBoard("Work", kNow);
+            board.setIconColor(color ? std::optional<std::string>(color) : std::nullopt);
+            own.context.save();
+        }
+        EXPECT_EQ(model::rawValue(nextColor(own.boards.boards())), offered) << colors.size();
+    }
+}
+
 } // namespace
 } // namespace korvex::ui

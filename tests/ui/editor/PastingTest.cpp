@@ -145,11 +145,15 @@ TEST_F(PastingTest, NumbersGoOnThroughWhatIsPasted) {
     EXPECT_EQ(markers(), "1.a.b.2.");
 }
 
-TEST_F(PastingTest, CellsThatAreReplacedSayNothingOfTheLastLine) {
-    typed("<table>ab<Tab><Ctrl+Alt+1>cd<Home><Shift+Left>");
-    ASSERT_TRUE(edit.textCursor().hasComplexSelection());
-    paste("x\ny");
-    EXPECT_THAT(content(), ::testing::StartsWith("|0,0 *x*\n|0,0 *y*\n|0,1 "));
+TEST_F(PastingTest, CellsThatAreReplacedSayNothingOfTheLinesInTheirPlace) {
+    for (const auto& [keys, expected] :
+         {std::pair{"<table>ab<Tab><Ctrl+Alt+1>cd<Home><Shift+Left>", "|0,0 *x*\n|0,0 *y*\n|0,1 "},
+          std::pair{"<table><Ctrl+Alt+1>ab<Tab>cd<Home><Shift+Left>", "|0,0 x\n|0,0 y\n|0,1 "}}) {
+        typed(keys);
+        ASSERT_TRUE(edit.textCursor().hasComplexSelection());
+        paste("x\ny");
+        EXPECT_THAT(content(), ::testing::StartsWith(expected));
+    }
 }
 
 /// A table of which a part is selected with what stands below it is selected as a whole.

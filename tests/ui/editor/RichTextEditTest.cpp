@@ -329,6 +329,23 @@ TEST_F(RichTextEditTest, ShiftTabTakesATabAsWellAsBlanks) {
     EXPECT_EQ(content(), "c> a\nc>   b\nc> c");
 }
 
+TEST_F(RichTextEditTest, TabIndentsNothingBesideTheSelectedCode) {
+    typed("a<table>");
+    type(QStringLiteral("<Ctrl+End>b<code>"));
+    const auto before = content();
+    const auto* const table = edit.document()->rootFrame()->childFrames().front();
+    auto selection = edit.textCursor();
+    selection.setPosition(table->firstPosition());
+    selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    edit.setTextCursor(selection);
+    type(QStringLiteral("<Tab>"));
+    auto expected = before;
+    expected.insert(expected.find("> b") + 2, "    ");
+    EXPECT_EQ(content(), expected) << "of a selection that leaves a table Qt says it begins above";
+    type(QStringLiteral("<Shift+Tab>"));
+    EXPECT_EQ(content(), before);
+}
+
 TEST_F(RichTextEditTest, AWholeListMovesAndIsRenamedAtOnce) {
     typed("<Ctrl+Shift+7>a<Return>b<Return><Tab>c<Ctrl+A>");
     struct Step {
@@ -443,6 +460,22 @@ TEST_F(RichTextEditTest, NothingGoesBeyondTheLimit) {
     type(QStringLiteral("d"));
     EXPECT_EQ(refusals.count(), 6);
     EXPECT_EQ(edit.content().length(), full);
+}
+
+TEST_F(RichTextEditTest, TheLineBreakAboveAReplacedTableCountsForTheLimit) {
+    edit.setContent(richtext::AttributedString(std::u16string(9'990, u'a')));
+    edit.moveCursor(QTextCursor::End);
+    type(QStringLiteral("<Return><table>"));
+    for (const auto isAllowed : {false, true}) {
+        auto selection = edit.textCursor();
+        selection.setPosition(edit.document()->rootFrame()->childFrames().front()->firstPosition());
+        selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+        edit.setTextCursor(selection);
+        QApplication::clipboard()->setText(QString(isAllowed ? 9 : 10, QLatin1Char('b')));
+        edit.paste();
+        EXPECT_EQ(edit.document()->rootFrame()->childFrames().isEmpty(), isAllowed);
+    }
+    EXPECT_EQ(edit.content().length(), 10'000U);
 }
 
 TEST_F(RichTextEditTest, KeysThatLeadOutAreAnnounced) {

@@ -15,19 +15,20 @@ TEST_F(AttachmentRowTest, ARowIsHigherByItsChipsAndFollowsTheStore) {
     const auto changes = own.context.didChange().connect([&](const auto&) { model.refresh(); });
     model.setBoard(inbox);
     EntryItemDelegate delegate(model, workspace.code, theme);
+    delegate.setRoom({.width = 500, .most = 500});
     QObject::connect(&model, &QAbstractItemModel::dataChanged, &model,
                      [&](const QModelIndex& index) { delegate.forget(index.row()); });
     const auto height = [&](const model::Entry& of) {
-        return delegate.layout(model.rowOf(of), 500).height();
+        return delegate.layout(model.rowOf(of)).height();
     };
-    const auto* const chips = delegate.layout(model.rowOf(entry), 500).chips();
+    const auto* const chips = delegate.layout(model.rowOf(entry)).chips();
     ASSERT_TRUE(chips);
-    EXPECT_EQ(height(entry), height(plain) + chips->height() + AttachmentChips::kDistance);
+    EXPECT_EQ(height(entry), height(plain) + chips->height() + AttachmentChips::distance(theme));
 
     clock.advance(1);
     own.entries.removeAttachment(model.attachments(model.rowOf(entry)).attachments.front().id,
                                  entry, clock.now());
-    EXPECT_EQ(delegate.layout(model.rowOf(entry), 500).chips()->count(), 1);
+    EXPECT_EQ(delegate.layout(model.rowOf(entry)).chips()->count(), 1);
     elsewhere([&](tests::StoreClient& client) {
         auto& same = theirs(client, entry);
         client.entries.removeAttachment(services::attachmentsOf(same).attachments.front().id, same,
@@ -57,7 +58,8 @@ TEST_F(AttachmentRowTest, ADamagedListIsToldOfAndNotTouched) {
                          workspace.dates);
     model.setBoard(inbox);
     EntryItemDelegate delegate(model, workspace.code, theme);
-    const auto* const chips = delegate.layout(0, 500).chips();
+    delegate.setRoom({.width = 500, .most = 500});
+    const auto* const chips = delegate.layout(0).chips();
     ASSERT_TRUE(chips);
     EXPECT_EQ(chips->count(), 1);
     EXPECT_FALSE(chips->idOf(0));

@@ -452,6 +452,38 @@ TEST_F(BoardPageTest, TwoQuickClicksOnACircleAreATickTakenBack) {
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
 }
 
+TEST_F(BoardPageTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
+    page.resize(500, 400);
+    const auto todos = add({"plain", "due",
+                            "Call the landlord about the heating: it knocks at night, and the "
+                            "meter in the cellar has not been read since spring"});
+    for (const auto row : {1U, 2U}) {
+        own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
+    }
+    for (const auto size : app::AppPreferences::kFontSizes) {
+        preferences.setFontSize(size);
+        for (const auto* const todo : todos) {
+            SCOPED_TRACE(todo->content() + " at " + std::to_string(size));
+            const auto row = page.entries().rowOf(*todo);
+            const EntryRowLayout shown(page.entries(), row, list().column().width, theme,
+                                       TextLook(theme));
+            const auto baseline = shown.text().top() + QFontMetrics(theme.font()).ascent();
+            const QFontMetrics small(theme.smallFont());
+            const auto isBeside = shown.due().top() < shown.text().bottom();
+            if (!shown.due().isEmpty() && isBeside) {
+                EXPECT_EQ(shown.due().top() + small.ascent(), baseline);
+            }
+            EXPECT_NEAR(shown.sign().center().y(),
+                        baseline - QFontMetrics(theme.font()).capHeight() / 2, 1);
+            const auto before = list().visualRect(page.entries().index(row, 0));
+            edit(row);
+            EXPECT_EQ(list().visualRect(page.entries().index(row, 0)), before);
+            EXPECT_EQ(editor().field().geometry().topLeft(), shown.text().topLeft());
+            key(Qt::Key_Escape);
+        }
+    }
+}
+
 TEST_F(BoardPageTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {
     const auto todos = add({"a", "b"});
     own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueOn(20250310), kNow);

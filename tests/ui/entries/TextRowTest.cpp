@@ -61,12 +61,10 @@ protected:
     /// The middle of the character at an offset of the text in a row, in the viewport.
     QPoint placeOf(int row, const AttributedString& text, std::size_t offset) {
         const auto rect = list.visualRect(model.index(row, 0));
+        const auto frame = RowFrame::of(theme);
         RichTextEdit edit;
-        fill(edit, text, rect.width() - 36);
-        return rect.topLeft() +
-               QPoint(RowFrame::kBoxMargin + RowFrame::kGap,
-                      theme.rowDistance() / 2 + RowFrame::kPadding) +
-               placeIn(edit, offset);
+        fill(edit, text, rect.width() - 2 * frame.side);
+        return rect.topLeft() + QPoint(frame.side, frame.top()) + placeIn(edit, offset);
     }
     void fill(RichTextEdit& edit, const AttributedString& text, int width) {
         edit.setLook(TextLook(theme));
@@ -113,6 +111,11 @@ TEST_F(TextRowTest, EveryCharacterStandsWhereTheEditorShowsIt) {
             EXPECT_EQ(row.caretAt(placeIn(edit, offset)), static_cast<int>(offset));
         }
     }
+    TextRow narrowed(text, 4 * kWidth, TextLook(theme));
+    narrowed.setWidth(kWidth);
+    EXPECT_EQ(narrowed.height(), row.height());
+    const auto offset = text.text().find(u"end");
+    EXPECT_EQ(narrowed.caretAt(placeIn(edit, offset)), static_cast<int>(offset));
 }
 
 TEST_F(TextRowTest, AClickAsksForEditingAtTheCharacter) {
@@ -216,7 +219,18 @@ TEST_F(TextRowTest, AWideTableMovesInItsRowAndTheTextAroundStays) {
     EXPECT_LT(moves, 100) << "no further than to its end";
     EXPECT_GT(row.caretAt(inTable), first);
     EXPECT_EQ(row.caretAt(above), 0);
-    TextRow again(text, kWidth, look);
+    row.reachTo(2 * kWidth);
+    EXPECT_EQ(row.reach(), 2 * kWidth);
+    EXPECT_GT(row.caretAt({2 * kWidth - 5, inTable.y()}), row.caretAt(inTable));
+    row.reachTo(100 * kWidth);
+    EXPECT_EQ(row.reach(), row.wholeWidth());
+    EXPECT_FALSE(row.scrollTables(1)) << "all of it is seen";
+    row.reachTo(0);
+    EXPECT_EQ(row.reach(), kWidth);
+    row.scrollTables(10'000);
+    TextRow again(text, 10 * kWidth, look);
+    EXPECT_FALSE(again.scrollTables(50)) << "it has room";
+    again.setWidth(kWidth);
     again.setTableOffsets(row.tableOffsets());
     EXPECT_EQ(again.caretAt(inTable), row.caretAt(inTable));
     EXPECT_TRUE(row.scrollTables(-10'000));

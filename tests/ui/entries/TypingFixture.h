@@ -16,6 +16,8 @@ protected:
     TypingFixture() {
         QObject::connect(&page, &ui::BoardPage::resumeRequested, &page,
                          [this](const app::Draft& draft) { page.resume(draft, kWhy); });
+        QObject::connect(&page, &ui::BoardPage::undoRequested, &page,
+                         [this](std::uint64_t step) { own.undo.undo(step); });
     }
 
     bool isEditing() { return qobject_cast<QTextEdit*>(page.focusWidget()) != nullptr; }
@@ -61,6 +63,11 @@ protected:
             StoreClient hidden(folder / "Primary.store", log);
             write(hidden);
         }
+    }
+    /// While it lives, another program keeps the store busy.
+    std::unique_ptr<store::LockedStep> keepBusy() {
+        elsewhere([](const auto&) {});
+        return std::make_unique<store::LockedStep>(other->context);
     }
     const QString kWhy = QStringLiteral("This was typed before.");
     std::vector<app::Draft> drafts() { return workspace.drafts.find().drafts; }

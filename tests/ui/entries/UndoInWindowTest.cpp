@@ -8,9 +8,9 @@
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 
+#include <QAbstractButton>
 #include <QClipboard>
 #include <QLineEdit>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -46,15 +46,15 @@ protected:
     }
     static void undo() { key(Qt::Key_Z, Qt::ControlModifier); }
     static void redo() { key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier); }
-    static QToolButton* offerOf(Page& shown) {
-        for (auto* const button : shown.banner().findChildren<QToolButton*>()) {
+    static QAbstractButton* offerOf(Page& shown) {
+        for (auto* const button : shown.banner().findChildren<QAbstractButton*>()) {
             if (button->isVisible() && !button->text().isEmpty()) {
                 return button;
             }
         }
         return nullptr;
     }
-    QToolButton* offer() { return offerOf(page); }
+    QAbstractButton* offer() { return offerOf(page); }
     model::Entry& addText(const char* text) {
         return own.entries.createText({.rich = richtext::RichTextSerializer::plainRichText(text),
                                        .board = *inbox,
@@ -135,6 +135,17 @@ TEST_F(UndoInWindowTest, AnUndoThatIsRefusedSaysWhyAndTheRestGoesOn) {
     EXPECT_TRUE(own.undo.canUndo());
 }
 
+TEST_F(UndoInWindowTest, WhatCannotBeTakenBackOfAStepIsSaid) {
+    const auto todos = add({"a", "b"});
+    own.entries.completeTodos(*inbox, clock.now());
+    elsewhere([&](auto& program) { program.entries.deleteEntry(theirs(program, *todos[1])); });
+    list().setFocus();
+    undo();
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("a"));
+    EXPECT_EQ(page.banner().message(), QStringLiteral("“Complete Todos” was undone, except for 1 "
+                                                      "entry deleted meanwhile."));
+}
+
 TEST_F(UndoInWindowTest, MovesToABoardByItsName) {
     auto& work = own.boards.createBoard("Work", clock.now());
     add({"a", "b"});
@@ -175,8 +186,15 @@ TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
         QApplication::clipboard()->setText(QString::fromUtf8(lines));
         key(Qt::Key_V, Qt::ControlModifier);
     };
-    const std::vector<std::pair<const char*, Action>> actions{
-        {"Return",
+    struct Case {
+        const char* name;
+        /// On which row one is after the undo, and after the redo.
+        const char* undone;
+        const char* redone;
+        Action act;
+    };
+    const std::vector<Case> actions{
+        {"Return", "one two", "new",
          [&] {
              select(0);
              key(Qt::Key_Return);
@@ -184,36 +202,36 @@ TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
              type("new");
              key(Qt::Key_Return);
          }},
-        {"Ctrl+N",
+        {"Ctrl+N", "before after", "new",
          [&] {
              key(Qt::Key_N, Qt::ControlModifier);
              type("new");
              key(Qt::Key_Escape);
          }},
-        {"a text",
+        {"a text", "before after", "new",
          [&] {
              key(Qt::Key_T, Qt::ControlModifier | Qt::ShiftModifier);
              type("new");
              key(Qt::Key_Escape);
          }},
-        {"lines in a draft",
+        {"lines in a draft", "before after", "c",
          [&] {
              key(Qt::Key_N, Qt::ControlModifier);
              paste("a\nb\nc");
          }},
-        {"lines in a todo",
+        {"lines in a todo", "one two", "Z two",
          [&] {
              select(0);
              key(Qt::Key_Return);
              field().setCaret(3);
              paste("X\nY\nZ");
          }},
-        {"lines in the list",
+        {"lines in the list", "one two", "b",
          [&] {
              select(0);
              paste("a\nb");
          }},
-        {"a split",
+        {"a split", "before after", "before",
          [&] {
              select(2);
              key(Qt::Key_Return);
@@ -221,7 +239,8 @@ TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
              key(Qt::Key_Return, Qt::ControlModifier | Qt::ShiftModifier);
          }},
     };
-    for (const auto& [name, act] : actions) {
+    const auto current = [&] { return page.entries().text(list().currentRow()).toStdString(); };
+    for (const auto& [name, undone, redone, act] : actions) {
         SCOPED_TRACE(name);
         act();
         const auto after = storedTexts(*inbox);
@@ -231,10 +250,11 @@ TEST_F(UndoInWindowTest, WhatOneActionCreatedGoesInOneStepAndComesBack) {
         EXPECT_FALSE(own.undo.canUndo()) << "one step";
         EXPECT_TRUE(list().hasFocus());
         EXPECT_FALSE(isEditing());
-        EXPECT_TRUE(list().currentIndex().isValid());
+        EXPECT_EQ(current(), undone);
         redo();
         EXPECT_EQ(storedTexts(*inbox), after);
         EXPECT_TRUE(list().hasFocus());
+        EXPECT_EQ(current(), redone);
         undo();
     }
     EXPECT_EQ(text.content(), "before after");

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <functional>
 
 namespace korvex::ui {
@@ -109,6 +110,72 @@ TEST_F(UnstoredWordsTest, WhatCannotBeStoredIsKeptUntilItIsStoredOrDiscarded) {
     discard();
     EXPECT_THAT(drafts(), IsEmpty());
     EXPECT_FALSE(isEditing());
+}
+
+TEST_F(UnstoredWordsTest, WhatABusyStoreRefusesIsKeptAtOnceAndTriedAgainByItself) {
+    const std::vector<std::pair<const char*, std::function<void()>>> ways{
+        {"after a while", [&] { runLoop.advance(TypingTimer::kAgain.count()); }},
+        {"when the store changes",
+         [&] {
+             elsewhere([&](auto& client) { client.boards.createBoard("New", clock.now()); });
+             runLoop.advance(0);
+         }},
+    };
+    const auto begin = std::chrono::steady_clock::now();
+    for (const auto& [what, goOn] : ways) {
+        SCOPED_TRACE(what);
+        const auto timers = runLoop.delays().size();
+        page.startTodo();
+        type("words");
+        auto busy = keepBusy();
+        runLoop.advance(kPause);
+        ASSERT_THAT(drafts(), SizeIs(1));
+        EXPECT_THAT(tests::shownRefusal(page).toStdString(), HasSubstr("busy"));
+        const auto first = drafts().front();
+        clock.advance(1);
+        runLoop.advance(TypingTimer::kAgain.count());
+        EXPECT_THAT(drafts(), ElementsAre(first)) << "the same words are not written again";
+        type("!");
+        key(Qt::Key_Escape);
+        ASSERT_TRUE(isEditing());
+        EXPECT_EQ(drafts().front().content, "words!");
+        busy.reset();
+        goOn();
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre("words!"));
+        EXPECT_THAT(drafts(), IsEmpty());
+        EXPECT_EQ(tests::shownRefusal(page), QString());
+        EXPECT_TRUE(isEditing());
+        EXPECT_THAT(runLoop.delays(), SizeIs(timers)) << "and then no more";
+        key(Qt::Key_Escape);
+        own.entries.deleteEntries(*inbox);
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5))
+        << "nobody who types waits for another program";
+}
+
+TEST_F(UnstoredWordsTest, NothingNewIsBegunOverWordsThatAreRefused) {
+    const auto todos = add(std::vector<std::string>(40, "todo"));
+    edit(*todos.front());
+    type("!");
+    const auto busy = keepBusy();
+    key(Qt::Key_Escape);
+    const std::vector<std::pair<const char*, std::function<bool()>>> ways{
+        {"a todo", [&] { return page.startTodo(), true; }},
+        {"a text", [&] { return page.startText(), true; }},
+        {"another page", [&] { return page.leave(), false; }},
+    };
+    for (const auto& [what, ask] : ways) {
+        SCOPED_TRACE(what);
+        list().setFocus();
+        list().scrollToBottom();
+        const auto isTold = ask();
+        EXPECT_TRUE(isEditing());
+        EXPECT_EQ(shown(), QStringLiteral("todo!"));
+        EXPECT_TRUE(list().viewport()->rect().contains(
+            list().visualRect(page.entries().index(0, 0)).center()));
+        EXPECT_EQ(page.banner().message().contains(QStringLiteral("not stored yet")), isTold);
+        page.endAnswer();
+    }
 }
 
 TEST_F(UnstoredWordsTest, DiscardingTakesBackWhatWasStoredMeanwhile) {

@@ -2,9 +2,9 @@
 
 #include "ui/WindowFixture.h"
 
+#include <QAbstractButton>
 #include <QLabel>
 #include <QTimer>
-#include <QToolButton>
 
 namespace korvex::ui {
 namespace {
@@ -20,7 +20,7 @@ protected:
         return banner.isVisible() ? toUtf8(banner.message()) : std::string("nothing");
     }
     void press(const char* name) {
-        for (auto* const button : banner.findChildren<QToolButton*>()) {
+        for (auto* const button : banner.findChildren<QAbstractButton*>()) {
             const auto& says = button->text().isEmpty() ? button->accessibleName() : button->text();
             if (button->isVisible() && says == QString::fromUtf8(name)) {
                 button->click();
@@ -96,9 +96,21 @@ TEST_F(ErrorBannerTest, AButtonEndsItsMessageAndDoesWhatItSays) {
     press("Undo");
     EXPECT_EQ(seen, "lasting");
     EXPECT_EQ(shown(), "what came of it");
-    for (const auto* const button : banner.findChildren<QToolButton*>()) {
+    for (const auto* const button : banner.findChildren<QAbstractButton*>()) {
         EXPECT_NE(button->isVisible() ? button->text() : QString(), QStringLiteral("Undo"));
     }
+}
+
+TEST_F(ErrorBannerTest, ItIsAsWideAsItsWordsAndNoWiderThanATextIsToBe) {
+    auto offer = lasting("“a” was deleted.");
+    offer.action = QStringLiteral("Undo");
+    banner.say(offer);
+    EXPECT_LT(banner.sizeHint().width(), theme.measure() / 2);
+    banner.resize(banner.sizeHint());
+    EXPECT_EQ(banner.heightForWidth(banner.width()), banner.heightForWidth(theme.measure()))
+        << "in one line";
+    banner.say(lasting(std::string(400, 'w').c_str()));
+    EXPECT_EQ(banner.sizeHint().width(), theme.measure());
 }
 
 TEST_F(ErrorBannerTest, WhereThereIsNoRoomTheButtonStandsBelowTheWords) {
@@ -114,7 +126,7 @@ TEST_F(ErrorBannerTest, WhereThereIsNoRoomTheButtonStandsBelowTheWords) {
         QRect button;
         for (const auto* const each : banner.findChildren<QWidget*>()) {
             const auto* const label = qobject_cast<const QLabel*>(each);
-            const auto* const press = qobject_cast<const QToolButton*>(each);
+            const auto* const press = qobject_cast<const QAbstractButton*>(each);
             words = label && label->wordWrap() ? each->geometry() : words;
             button = press && press->text() == offer.action ? each->geometry() : button;
             EXPECT_TRUE(banner.rect().contains(each->geometry())) << width;

@@ -23,7 +23,13 @@ public:
         setFrameShape(NoFrame);
     }
 
+    Column column() const override {
+        const auto width = std::min(viewport()->width(), widest);
+        return {.left = (viewport()->width() - width) / 2, .width = width};
+    }
+
     int measurements = 0;
+    int widest = kWidth;
 
 protected:
     int measuredHeight(int row) override {
@@ -205,6 +211,25 @@ TEST(LazyListView, ARowIsFoundWhereItIsShown) {
     }
     list.model.removeRows(0, 98);
     EXPECT_FALSE(list.view.indexAt({10, kHeight - 1}).isValid()) << "below the last row";
+}
+
+TEST(LazyListView, RowsStandInTheirColumnAndAreMeasuredForItsWidthOnly) {
+    LazyList list({"30", "40", "50"});
+    auto& view = list.view;
+    view.resize(2 * kWidth, kHeight);
+    EXPECT_EQ(view.visualRect(list.model.index(1)), QRect(kWidth / 2, 30, kWidth, 40));
+    for (const int x : {1, kWidth / 2 - 1, 3 * kWidth / 2, 2 * kWidth - 1}) {
+        EXPECT_FALSE(view.indexAt({x, 35}).isValid()) << x;
+        EXPECT_EQ(view.indexBeside(35).row(), 1);
+    }
+    EXPECT_EQ(view.indexAt({kWidth / 2, 35}).row(), 1);
+    EXPECT_EQ(view.indexAt({3 * kWidth / 2 - 1, 35}).row(), 1);
+    const int before = view.measurements;
+    view.resize(3 * kWidth, kHeight);
+    EXPECT_EQ(view.visualRect(list.model.index(1)).left(), kWidth);
+    EXPECT_EQ(view.measurements, before) << "no row has another width";
+    view.resize(kWidth / 2, kHeight);
+    EXPECT_GT(view.measurements, before);
 }
 
 TEST(LazyListView, ARowHigherThanTheViewIsWalkedThroughBeforeTheNext) {

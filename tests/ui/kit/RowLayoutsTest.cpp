@@ -30,8 +30,9 @@ protected:
     /// Whether the layout of the subject had to be made.
     bool isMade(int subject, Sizes sizes = {}) {
         bool isMade = false;
-        const auto make = [&] {
+        const auto make = [&](const std::unique_ptr<FakeLayout>& former) {
             isMade = true;
+            formerWidth = former ? former->width() : 0;
             return std::make_unique<FakeLayout>(sizes);
         };
         const auto& layout =
@@ -39,6 +40,9 @@ protected:
         EXPECT_EQ(layout.width(), sizes.width);
         return isMade;
     }
+
+    /// Of the layout that was at hand when one was made last; 0 for none.
+    int formerWidth = 0;
 
     RowLayouts<FakeLayout> m_layouts;
 
@@ -51,6 +55,7 @@ TEST_F(RowLayoutsTest, AreMadeOncePerSubjectAndWidth) {
     EXPECT_TRUE(isMade(1));
     EXPECT_FALSE(isMade(0));
     EXPECT_TRUE(isMade(0, {.width = 200}));
+    EXPECT_EQ(formerWidth, 100) << "of which it may use what no width changes";
     EXPECT_FALSE(isMade(0, {.width = 200}));
     EXPECT_FALSE(isMade(1));
     EXPECT_TRUE(isMade(0, {.width = 100})) << "only the last width is kept";

@@ -219,14 +219,24 @@ TEST_F(UpcomingPageTest, UndoWhileARowIsLeavingBringsItBackInFullHeight) {
     const auto full = height();
     choose(todo);
     key(Qt::Key_Space);
-    runLoop.advance(kTickShown + 0.08);
+    const auto isSeen = [this] {
+        const auto picture = list().viewport()->grab(rectOf(1)).toImage();
+        auto empty = picture;
+        empty.fill(theme.colors().content);
+        return picture != empty;
+    };
+    runLoop.advance(kTickShown + 0.05);
+    EXPECT_EQ(height(), full) << "it fades";
+    EXPECT_TRUE(isSeen());
+    runLoop.advance(0.08);
     ASSERT_LT(height(), full);
+    EXPECT_FALSE(isSeen()) << "what closes is empty: nothing is seen cut";
     own.undo.undo();
     runLoop.advance(0.08);
     EXPECT_EQ(height(), full);
     EXPECT_THAT(rows(), ElementsAre("# Today", "[ ] a"));
     key(Qt::Key_Space);
-    runLoop.advance(kTickShown + 0.08);
+    runLoop.advance(kTickShown + 0.13);
     key(Qt::Key_Space); // taken back while it leaves
     EXPECT_EQ(height(), full);
     runLoop.advance(2 * kTickShown);

@@ -3,6 +3,7 @@
 #include "ui/AccessibleTree.h"
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
+#include "ui/boards/BoardListing.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/boards/SidebarRow.h"
 #include "ui/editor/RichTextEdit.h"
@@ -152,6 +153,8 @@ TEST_F(AccessibilityTest, WhateverIsInSightCanBeFoundAndNamedAndReached) {
          },
          "Button: Delete board"},
         {"a name that is typed", [this] { window->findChild<Sidebar*>()->rename(*work); },
+         "EditableText: Name of the board"},
+        {"a name over its page", [this] { page().header().rename(*inbox); },
          "EditableText: Name of the board"},
         {"an error", [this] { window->showError(QStringLiteral("It is broken.")); },
          "AlertMessage: It is broken."},
@@ -316,11 +319,11 @@ TEST_F(AccessibilityTest, ShiftF10OpensTheMenuOfWhatHasTheKeyboard) {
     EXPECT_TRUE(menuTexts().contains(QStringLiteral("Go to entry")));
 }
 
-TEST(StoreErrorWindow, IsAWindowWithNamesForAllThatCanBeReached) {
-    StoreErrorWindow window(QStringLiteral("The store is damaged."), "/tmp/Primary.store");
-    window.show();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
-    EXPECT_THAT(AccessibleTree(window).problems(), IsEmpty());
+TEST_F(AccessibilityTest, AStoreErrorHasNamesForAllThatCanBeReached) {
+    StoreErrorWindow error(QStringLiteral("The store is damaged."), "/tmp/Primary.store", theme);
+    error.show();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&error));
+    EXPECT_THAT(AccessibleTree(error).problems(), IsEmpty());
 }
 
 } // namespace

@@ -87,6 +87,14 @@ TEST_F(DraftOffersTest, EachIsOfferedOnItsBoardUntilItIsStoredOrDiscarded) {
     press("Undo");
     EXPECT_EQ(page().board(), inbox) << "it goes back to where it was typed";
     EXPECT_EQ(edited(), "second");
+    press("Discard");
+    press("Close this message");
+    add({"more"});
+    window->findChild<Navigation*>()->showPage(PageKind::upcoming);
+    QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(page().board(), inbox);
+    EXPECT_EQ(edited(), "second") << "a step of undo, when the offer has gone too";
+    EXPECT_TRUE(page().findChild<TodoEditor*>()->input().hasFocus());
 }
 
 TEST_F(DraftOffersTest, OneMessageWaitsForAnother) {

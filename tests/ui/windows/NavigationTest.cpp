@@ -2,6 +2,7 @@
 
 #include "support/RestoredStore.h"
 #include "ui/WindowFixture.h"
+#include "ui/boards/BoardListing.h"
 #include "ui/boards/BoardPicker.h"
 #include "ui/boards/RowDragTypes.h"
 #include "ui/boards/SidebarRow.h"
@@ -19,9 +20,11 @@
 #include <QAction>
 #include <QComboBox>
 #include <QDropEvent>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QToolButton>
 
 #include <gmock/gmock.h>
 
@@ -368,6 +371,60 @@ TEST_F(NavigationTest, ANewBoardIsTakenBackByEscape) {
     EXPECT_EQ(page().board()->name(), "Garden") << "Escape from a later renaming keeps the board";
 }
 
+TEST_F(NavigationTest, ABoardIsRenamedOverItsPage) {
+    open();
+    navigation().openBoard(*work);
+    const auto rename = [this](const char* name) {
+        page().header().rename(*work);
+        type(name);
+    };
+    rename("Office");
+    key(Qt::Key_Return);
+    EXPECT_EQ(work->name(), "Office");
+    EXPECT_TRUE(list().hasFocus());
+    rename("Shop");
+    key(Qt::Key_Escape);
+    EXPECT_EQ(work->name(), "Office");
+    rename("Shop");
+    navigation().showBoard(*inbox);
+    EXPECT_EQ(work->name(), "Shop") << "taken as it is";
+    navigation().showBoard(*work);
+    rename("  ");
+    navigation().showBoard(*inbox);
+    EXPECT_EQ(page().board(), work) << "a refused name is not left";
+    EXPECT_EQ(page().banner().message(), QStringLiteral("Board names cannot be empty."));
+    ASSERT_TRUE(QTest::qWaitFor([] {
+        const auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+        return field && field->text() == QStringLiteral("  ");
+    }));
+    key(Qt::Key_Escape);
+    navigation().showBoard(*inbox);
+    EXPECT_EQ(page().board(), inbox);
+}
+
+TEST_F(NavigationTest, ArchivingIsToldAndTakenBack) {
+    open();
+    navigation().openBoard(*work);
+    Q_EMIT sidebar().boardMenuRequested(work, {});
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    for (auto* const action : menu->actions()) {
+        if (action->text() == QStringLiteral("Archive")) {
+            action->trigger();
+        }
+    }
+    menu->close();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return page().board() == inbox; }));
+    EXPECT_EQ(page().banner().message(), QStringLiteral("“Work” was archived."));
+    for (auto* const button : page().banner().findChildren<QToolButton*>()) {
+        if (button->text() == QStringLiteral("Undo")) {
+            button->click();
+        }
+    }
+    EXPECT_FALSE(work->isArchived());
+    EXPECT_EQ(page().board(), work) << "it is in sight again";
+}
+
 TEST_F(NavigationTest, TheSidebarDoesNotMoveUnderAPanel) {
     add({"a"});
     open();
@@ -484,6 +541,7 @@ TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
             page().startTodo();
         }
         type(" peas");
+        key(Qt::Key_Left);
         elsewhere([&](tests::StoreClient& client) {
             client.boards.deleteBoard(*client.boards.board(board.id()));
         });
@@ -492,14 +550,43 @@ TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
         EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
         EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Inbox"));
         ASSERT_GE(list().editedRow(), 0);
+        type("l");
         EXPECT_EQ(page().findChild<TodoEditor*>()->typed(),
-                  isStored ? QStringLiteral("sow peas") : QStringLiteral(" peas"));
+                  isStored ? QStringLiteral("sow peals") : QStringLiteral(" peals"))
+            << "typed on where one was";
         EXPECT_TRUE(tests::shownRefusal(page()).contains(QStringLiteral("“Garden”")));
         EXPECT_EQ(workspace.drafts.find().drafts.size(), 1U);
         key(Qt::Key_Escape);
-        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peas" : "peas"));
+        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peals" : "peals"));
         EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
         own.entries.deleteEntries(*inbox);
+        window.reset();
+    }
+}
+
+TEST_F(NavigationTest, WhatIsTypedOnABoardThatAnotherArchivesStaysInOnePiece) {
+    for (const bool isStored : {false, true}) {
+        SCOPED_TRACE(isStored);
+        auto& board = own.boards.createBoard("Garden", kNow);
+        open();
+        navigation().openBoard(board);
+        page().startTodo();
+        type("sow");
+        if (isStored) {
+            runLoop.advance(TypingTimer::kPause.count());
+        }
+        elsewhere([&](tests::StoreClient& client) {
+            client.boards.setArchived(true, *client.boards.board(board.id()), kNow);
+        });
+        QApplication::processEvents();
+        type(" peas");
+        key(Qt::Key_Return);
+        QApplication::processEvents();
+        EXPECT_EQ(page().board(), inbox);
+        EXPECT_EQ(list().editedRow(), -1);
+        EXPECT_THAT(storedTexts(board), ElementsAre("sow peas"));
+        EXPECT_THAT(storedTexts(*inbox), IsEmpty());
+        EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
         window.reset();
     }
 }

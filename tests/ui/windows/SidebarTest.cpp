@@ -46,7 +46,7 @@ protected:
     }
 
     Sidebar sidebar{own.boards, own.context, clock, theme};
-    BoardActions actions{sidebar, own.boards, clock, theme, sidebar};
+    BoardActions actions{own.boards, clock, theme, sidebar};
     base::Subscription changes;
     model::Board* work = nullptr;
     model::Board* home = nullptr;
@@ -76,6 +76,10 @@ TEST_F(SidebarTest, ANewBoardStandsAtTheEndWithItsNameToBeTyped) {
     ASSERT_NE(nameField(), nullptr);
     typeName("Garden");
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home", "Garden"));
+    sidebar.createBoard();
+    const auto boards = own.boards.boards();
+    EXPECT_EQ(boards[3]->iconColor(), "blue");
+    EXPECT_EQ(boards[4]->iconColor(), "green") << "each in a colour of its own";
 }
 
 TEST_F(SidebarTest, DroppingABoardReordersTheSidebar) {
@@ -87,7 +91,7 @@ TEST_F(SidebarTest, DroppingABoardReordersTheSidebar) {
 TEST_F(SidebarTest, WhatIsNotAllowedForTheInboxIsDisabled) {
     const auto disabled = [this](model::Board& board) {
         QMenu menu;
-        actions.addTo(menu, board);
+        actions.addTo(menu, board, sidebar);
         std::vector<std::string> result;
         for (const auto* const action : menu.actions()) {
             if (!action->isEnabled()) {
@@ -100,12 +104,16 @@ TEST_F(SidebarTest, WhatIsNotAllowedForTheInboxIsDisabled) {
     EXPECT_THAT(disabled(*work), ::testing::IsEmpty());
 }
 
-TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWords) {
+TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWordsAndCountsTheOpenEntries) {
     add({"elsewhere"});
+    const auto todos =
+        own.entries.createTodos({.contents = {"a", "b", "c"}, .board = *work, .now = kNow});
+    own.entries.completeTodo(*todos.front(), kNow);
     actions.confirmDeletion(*work, {});
     auto* const sheet = sidebar.findChild<ConfirmationSheet*>();
     ASSERT_NE(sheet, nullptr);
-    EXPECT_EQ(sheet->accessibleName(), toQString(work->deletionMessage()));
+    EXPECT_EQ(sheet->accessibleName(),
+              toQString(work->deletionMessage()) + QStringLiteral("\nOpen entries to delete: 2."));
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // on the button that cancels
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));

@@ -6,6 +6,8 @@
 #include "ui/entries/RowRefusal.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/pages/NoticeLine.h"
+#include "ui/kit/pages/PageHeader.h"
+#include "ui/kit/pages/ScrollEdge.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
@@ -14,6 +16,7 @@
 
 #include <QLabel>
 #include <QMenu>
+#include <QScrollBar>
 #include <QTextEdit>
 #include <QToolButton>
 
@@ -32,6 +35,8 @@ protected:
     void open(int width, const ui::Workspace& shown) {
         window = std::make_unique<MainWindow>(shown, theme);
         window->resize(width, 500);
+        // The style of these tests would take room for it.
+        list().setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         QApplication::processEvents();
@@ -69,6 +74,10 @@ TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
     key(Qt::Key_Down);
     EXPECT_EQ(page().board(), work);
     EXPECT_TRUE(sidebar().isVisible()) << "while the arrows walk";
+    key(Qt::Key_Home);
+    EXPECT_EQ(page().board(), inbox);
+    key(Qt::Key_End);
+    EXPECT_EQ(page().board(), work);
     key(Qt::Key_Return);
     EXPECT_FALSE(sidebar().isVisible());
     EXPECT_TRUE(list().hasFocus());
@@ -95,6 +104,52 @@ TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
     window->resize(360, 500);
     window->resize(800, 500);
     EXPECT_FALSE(sidebar().isVisible()) << "as the user wants it";
+}
+
+TEST_F(WindowShapesTest, TheSidebarHasTheRoomThatItsFontNeeds) {
+    open(640);
+    EXPECT_TRUE(sidebar().isVisible());
+    preferences.setFontSize(24);
+    QApplication::processEvents();
+    EXPECT_FALSE(sidebar().isVisible()) << "there is no room for both any more";
+    window->resize(360, 500);
+    window->resize(1000, 500);
+    QApplication::processEvents();
+    EXPECT_TRUE(sidebar().isVisible());
+    EXPECT_GE(sidebar().width(), theme.scaled(180));
+    EXPECT_LE(sidebar().width(), 500);
+}
+
+TEST_F(WindowShapesTest, TheHeaderOfALongNameStandsInItsFirstLineAndItsMenuWithinTheWindow) {
+    own.boards.renameBoard(*inbox, "All that is to be done before we leave, and then some more",
+                           kNow);
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QApplication::setLayoutDirection(direction);
+        open(400);
+        const auto button = [this](const char* name) {
+            for (auto* const each : page().findChildren<QToolButton*>()) {
+                if (each->accessibleName() == QString::fromUtf8(name)) {
+                    return each;
+                }
+            }
+            return static_cast<QToolButton*>(nullptr);
+        };
+        auto* const menu = button("Menu of the board");
+        const auto* const header = menu->parentWidget();
+        EXPECT_GT(header->height(), 3 * menu->height()) << "the name wraps";
+        EXPECT_EQ(button("Icon of the board")->y(), menu->y());
+        EXPECT_LT(menu->geometry().bottom(), header->height() / 2);
+        menu->click();
+        auto* const opened = QApplication::activePopupWidget();
+        ASSERT_NE(opened, nullptr);
+        EXPECT_TRUE(window->geometry().contains(opened->geometry()));
+        const QRect anchor(menu->mapToGlobal(QPoint()), menu->size());
+        EXPECT_TRUE(opened->geometry().right() == anchor.right() ||
+                    opened->geometry().left() == anchor.left());
+        opened->close();
+        window.reset();
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
@@ -124,6 +179,55 @@ TEST_F(WindowShapesTest, NothingMovesWhenMessagesComeAndGo) {
     page().startTodo();
     QApplication::processEvents();
     EXPECT_EQ(placeOf(0).top(), newTodo.top()) << "where the hint was";
+}
+
+TEST_F(WindowShapesTest, AllOfAPageStandsInOneColumn) {
+    for (int i = 0; i < 60; ++i) {
+        add({"a todo"});
+    }
+    auto& todo = *add({"due"}).back();
+    own.entries.updateSchedule(todo, model::TodoSchedule::dueOn(base::DayNumber{20250310}), kNow);
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QApplication::setLayoutDirection(direction);
+        for (const int width : {360, 960, 1'600}) {
+            SCOPED_TRACE(std::to_string(direction) + " at " + std::to_string(width));
+            open(width);
+            auto& upcoming = [this]() -> Page& {
+                navigation().showPage(PageKind::upcoming);
+                QApplication::processEvents();
+                return window->findChild<PageStack*>()->current();
+            }();
+            const auto& rows = *upcoming.findChild<TodoListView*>();
+            const auto row = rows.globalRect(rows.visualRect(rows.model()->index(1, 0)));
+            EXPECT_EQ(row.width(), Column::of(rows.width(), theme).width);
+            const auto beside = row.left() - rows.mapToGlobal(QPoint()).x();
+            EXPECT_NEAR(beside, rows.mapToGlobal(QPoint(rows.width(), 0)).x() - row.right() - 1, 1);
+            const auto isRightToLeft = direction == Qt::RightToLeft;
+            const auto inner =
+                row.adjusted(theme.space(Space::wide), 0, -theme.space(Space::wide), 0);
+            for (const auto* const label :
+                 upcoming.findChild<PageHeader*>()->findChildren<QLabel*>()) {
+                const QRect place(label->mapToGlobal(QPoint()), label->size());
+                const auto isTitle = label->text() == QStringLiteral("Upcoming");
+                EXPECT_EQ(isTitle != isRightToLeft ? place.left() - inner.left()
+                                                   : place.right() - inner.right(),
+                          0)
+                    << label->text().toStdString();
+            }
+            navigation().showBoard(*inbox);
+            QApplication::processEvents();
+            const auto due = list().scheduleAnchor(page().entries().rowOf(todo));
+            EXPECT_EQ(isRightToLeft ? due.left() - inner.left() : due.right() - inner.right(), 0);
+
+            const auto& edge = *page().findChild<ScrollEdge*>();
+            list().scrollToTop();
+            EXPECT_FALSE(edge.isVisible());
+            list().verticalScrollBar()->setValue(1);
+            EXPECT_TRUE(edge.isVisible()) << "rows have gone under the header";
+            EXPECT_EQ(edge.width(), list().width());
+        }
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 /// Whatever is said under the text that is edited, it hides nothing, and what is above stays.

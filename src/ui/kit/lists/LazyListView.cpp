@@ -52,12 +52,17 @@ QRect LazyListView::visualRect(const QModelIndex& index) const {
     if (!index.isValid() || index.row() >= m_heights.count()) {
         return {};
     }
-    return {0, static_cast<int>(m_heights.top(index.row())) - verticalOffset(), viewport()->width(),
-            m_heights.height(index.row())};
+    const auto top = static_cast<int>(m_heights.top(index.row())) - verticalOffset();
+    return {column().left, top, widthOf(index.row()), m_heights.height(index.row())};
 }
 
 QModelIndex LazyListView::indexAt(const QPoint& point) const {
-    const auto y = std::int64_t{point.y()} + verticalOffset();
+    const auto index = indexBeside(point.y());
+    return visualRect(index).contains(point) ? index : QModelIndex();
+}
+
+QModelIndex LazyListView::indexBeside(int height) const {
+    const auto y = std::int64_t{height} + verticalOffset();
     if (!model() || m_heights.count() != model()->rowCount() || y < 0 || y >= m_heights.total()) {
         return {};
     }
@@ -187,7 +192,7 @@ int LazyListView::verticalOffset() const {
 }
 
 void LazyListView::setSelection(const QRect& rect, QItemSelectionModel::SelectionFlags command) {
-    const auto index = indexAt(rect.topLeft());
+    const auto index = indexBeside(rect.top());
     selectionModel()->select(index.isValid() ? QItemSelection(index, index) : QItemSelection(),
                              command);
 }
@@ -240,6 +245,7 @@ void LazyListView::paintEvent(QPaintEvent* event) {
             continue;
         }
         option.state = stateOf(index);
+        painter.setOpacity(opacityOf(index));
         itemDelegate()->paint(&painter, option, index);
     }
 }
@@ -254,7 +260,7 @@ QStyle::State LazyListView::stateOf(const QModelIndex& index) const {
 
 void LazyListView::resizeEvent(QResizeEvent* event) {
     QAbstractItemView::resizeEvent(event);
-    if (event->oldSize().width() != event->size().width()) {
+    if (m_measuredWidth != column().width) {
         measureAllAgain();
     } else {
         settle(m_anchor);
@@ -386,6 +392,7 @@ void LazyListView::setScrolling() {
 }
 
 void LazyListView::forgetAllHeights() {
+    m_measuredWidth = column().width;
     m_heights.reset(model() ? model()->rowCount() : 0,
                     [this](int row) { return estimatedHeight(row); });
 }

@@ -3,6 +3,7 @@
 #include "ui/kit/lists/RowAnchor.h"
 #include "ui/kit/lists/RowHeights.h"
 #include "ui/kit/speech/RowSpeech.h"
+#include "ui/kit/theme/Column.h"
 
 #include <QListView>
 #include <QPersistentModelIndex>
@@ -13,7 +14,8 @@ namespace korvex::ui {
 
 /// A list whose rows have heights of their own and cost nothing while they are out of sight: only
 /// rows that are seen are measured, all others are estimated. When an estimate turns out wrong,
-/// what is on the screen stays where it is. Selection, keyboard, drag and drop are those of
+/// what is on the screen stays where it is. Rows may stand in a column of the view; beside them is
+/// nothing to press, and everything to scroll. Selection, keyboard, drag and drop are those of
 /// QListView; but a row that is higher than the view is walked through by the arrows before the
 /// next one is chosen. What a screen reader is told is in `RowSpeech`.
 class LazyListView : public QListView, public RowSpeech {
@@ -25,6 +27,8 @@ public:
     void setModel(QAbstractItemModel* model) override;
     QRect visualRect(const QModelIndex& index) const override;
     QModelIndex indexAt(const QPoint& point) const override;
+    /// The row that stands at this height of the viewport, or beside which that is.
+    QModelIndex indexBeside(int y) const;
     void scrollTo(const QModelIndex& index, ScrollHint hint = EnsureVisible) override;
     /// Scrolls until the first of these rows is in sight, and as many of the others as there is
     /// room for.
@@ -34,18 +38,24 @@ public:
 
     /// Measures a row again, where it stands; what is above it on the screen keeps its place.
     void measureAgain(int row);
+    /// Where the rows stand in the viewport, each laid out for this width.
+    virtual Column column() const { return {.left = 0, .width = viewport()->width()}; }
     /// Measures all rows anew, for another width or font; the first in sight keeps its place.
     void measureAllAgain();
     /// The first and the last row in sight; -1 and -1 when there are none.
     std::pair<int, int> visibleRows() const;
 
 protected:
-    /// The height of a row at the width of the viewport, exactly.
+    /// The height of a row at the width of the column, exactly.
     virtual int measuredHeight(int row) = 0;
     /// A guess at almost no cost: it is asked of every row.
     virtual int estimatedHeight(int row) const = 0;
+    /// How far a row reaches, which may be beyond the end of the column.
+    virtual int widthOf(int /*row*/) const { return column().width; }
     /// What the delegate is told of a row that it paints.
     virtual QStyle::State stateOf(const QModelIndex& index) const;
+    /// How much of a row is seen, of 0 to 1, while it comes or goes.
+    virtual double opacityOf(const QModelIndex&) const { return 1; }
     /// Called after the rows have found new places on the screen.
     virtual void rowsPlaced() {}
     /// The rows whose height is known: a part of those that have been in sight.
@@ -97,6 +107,8 @@ private:
     /// The anchor's row while all rows change places.
     QPersistentModelIndex m_anchorIndex;
     int m_bottomMargin = 0;
+    /// The width of the column for which rows were measured.
+    int m_measuredWidth = -1;
     bool m_isSettling = false;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/kit/theme/Theme.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QPainter>
 #include <QRect>
@@ -17,37 +17,34 @@ inline QStyle::State quietWithoutKeyboard(QStyle::State state) {
     return state;
 }
 
-/// The rounded box of a row that is chosen or under the pointer, and the ring of the one that has
-/// the keyboard. `hovered` is the colour of the box under the pointer.
-inline void paintRowBox(QPainter& painter, const QRect& box, QStyle::State state,
-                        const QColor& hovered, const Theme& theme) {
-    constexpr double kCornerRadius = 6;
-    constexpr auto kShown =
-        QStyle::State_Selected | QStyle::State_MouseOver | QStyle::State_HasFocus;
-    if (!state.testAnyFlags(kShown)) {
-        return;
-    }
-    const auto& colors = theme.colors();
-    const auto isChosen = state.testFlag(QStyle::State_Selected);
-    painter.save();
-    if (isChosen || state.testFlag(QStyle::State_MouseOver)) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(isChosen ? colors.selection : hovered);
-        painter.drawRoundedRect(box, kCornerRadius, kCornerRadius);
-    }
+/// The ring of the row that has the keyboard, within its box.
+inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State state,
+                         const Theme& theme) {
     if (state.testFlag(QStyle::State_HasFocus)) {
-        painter.setPen(QPen(colors.accent, 1.5));
-        painter.setBrush(Qt::NoBrush);
-        painter.drawRoundedRect(QRectF(box).adjusted(0.75, 0.75, -0.75, -0.75), kCornerRadius,
-                                kCornerRadius);
+        Shapes::paintRing(painter, box, theme.radius(Radius::medium), theme.colors().accent);
     }
-    painter.restore();
 }
 
-/// The same where `ground` is what the list stands on and its rows hold plain text only.
+/// The rounded box of a row of plain text that is chosen or under the pointer, and the ring of the
+/// one that has the keyboard.
 inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
-                           const QColor& ground, const Theme& theme) {
-    paintRowBox(painter, box, state, blended(theme.colors().text, ground, 0.06), theme);
+                           const Theme& theme) {
+    const auto& colors = theme.colors();
+    const auto shown = state.testFlag(QStyle::State_Selected) ? colors.selection
+                       : state.testFlag(QStyle::State_MouseOver)
+                           ? Shapes::tint(colors, Shapes::Tint::rest)
+                           : QColor();
+    Shapes::paintBox(painter, box, theme.radius(Radius::medium), shown, {});
+    paintRowRing(painter, box, state, theme);
+}
+
+/// The same of a row that may be large and has colours of its own: an edge and no ground.
+inline void paintRowOutline(QPainter& painter, const QRect& box, QStyle::State state,
+                            const Theme& theme) {
+    const auto isMarked = state.testAnyFlags(QStyle::State_Selected | QStyle::State_MouseOver);
+    Shapes::paintBox(painter, box, theme.radius(Radius::medium), {},
+                     isMarked ? theme.colors().hairline : QColor());
+    paintRowRing(painter, box, state, theme);
 }
 
 } // namespace korvex::ui

@@ -14,13 +14,14 @@ template <typename Layout>
 class RowLayouts {
 public:
     /// The layout of what `subject` points to, made by `make` when none is kept for this width.
-    /// Valid until the next call of any function of this class.
+    /// `make` is given the layout of the same for another width, if one is kept, of which it may
+    /// use what no width changes. Valid until the next call of any function of this class.
     template <typename Make>
     const Layout& at(const void* subject, int width, Make&& make) {
         if (const auto* const known = m_kept.object(subject); known && known->width() == width) {
             return *known;
         }
-        std::unique_ptr<Layout> made = make();
+        std::unique_ptr<Layout> made = make(std::unique_ptr<Layout>(m_kept.take(subject)));
         const auto cost = std::min(made->cost(), kKept);
         auto* const kept = made.release();
         m_kept.insert(subject, kept, cost); // takes it over

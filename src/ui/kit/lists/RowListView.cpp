@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 
+#include <algorithm>
 #include <chrono>
 
 namespace korvex::ui {
@@ -40,6 +41,14 @@ int RowListView::pointedSign() const {
     return m_pointer && partUnder(*m_pointer) == RowPart::sign ? indexAt(*m_pointer).row() : -1;
 }
 
+Column RowListView::column() const {
+    // Of the whole list: a scroll bar that takes room of the viewport moves no row.
+    const auto column = Column::of(width(), m_theme);
+    const auto left = std::max(0, column.left - viewport()->x());
+    const auto end = std::min(viewport()->width(), column.end() - viewport()->x());
+    return {.left = left, .width = std::max(0, end - left)};
+}
+
 QRect RowListView::globalRect(const QRect& part) const {
     return {viewport()->mapToGlobal(part.topLeft()), part.size()};
 }
@@ -53,7 +62,13 @@ void RowListView::applyTheme() {
     auto own = palette();
     own.setColor(QPalette::Base, m_theme.colors().content);
     setPalette(own);
+    setBottomMargin(footRoom());
     forgetLabels();
+}
+
+int RowListView::footRoom() const {
+    return m_theme.space(Space::vast) + m_theme.extent(Extent::control) +
+           2 * m_theme.space(Space::medium);
 }
 
 RowPart RowListView::partUnder(const QPoint& position) const {
@@ -62,7 +77,7 @@ RowPart RowListView::partUnder(const QPoint& position) const {
 }
 
 bool RowListView::isOn(const QRect& place, const QPoint& local) const {
-    const auto margin = m_theme.scaled(6);
+    const auto margin = m_theme.space(Space::medium);
     return !place.isEmpty() && place.adjusted(-margin, -margin, margin, margin).contains(local);
 }
 
@@ -103,6 +118,19 @@ QStyle::State RowListView::stateOf(const QModelIndex& index) const {
     auto state = LazyListView::stateOf(index);
     state.setFlag(QStyle::State_MouseOver, index.row() == m_hoveredRow);
     return state;
+}
+
+double RowListView::opacityOf(const QModelIndex& index) const {
+    return m_arriving.opacityOf(index);
+}
+
+void RowListView::rowsInserted(const QModelIndex& parent, int first, int last) {
+    LazyListView::rowsInserted(parent, first, last);
+    // What a list begins with is there at once, as is what fills the screen.
+    constexpr int kMost = 12;
+    if (isVisible() && last - first < std::min(kMost, model()->rowCount() - 1)) {
+        m_arriving.add(model()->index(first, 0), model()->index(last, 0));
+    }
 }
 
 void RowListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/kit/lists/ArrivingRows.h"
 #include "ui/kit/lists/LazyListView.h"
 #include "ui/kit/theme/Theme.h"
 
@@ -24,13 +25,14 @@ enum class RowPart {
 /// A list of rows with parts, as the windows have them: tells the delegate which row is under the
 /// pointer, shows where it can be pressed, finds out what was clicked, and asks for a row's menu by
 /// pointer and keyboard. Rows that cannot be chosen, as headings, take part in none of this. Stands
-/// on the colour of the content. Main thread.
+/// on the colour of the content, its rows in the column of the page. Main thread.
 class RowListView : public LazyListView {
     Q_OBJECT
 
 public:
     RowListView(const Theme& theme, QWidget* parent);
 
+    Column column() const override;
     /// Chooses the row and scrolls until it is in sight.
     virtual void setCurrentRow(int row);
     /// Makes the row the current one and takes the keyboard there. False for a row below 0.
@@ -66,6 +68,9 @@ protected:
     void applyTheme();
 
     const Theme& theme() const { return m_theme; }
+    /// What is free under the last row: so much that a message over the foot of the list covers
+    /// none when that is scrolled to its end, and moves none when it comes and goes.
+    int footRoom() const;
     /// The part under a point of the viewport, of whatever row that is.
     RowPart partUnder(const QPoint& position) const;
     /// Whether a rectangle of a row, and a little around it, holds a point of that row.
@@ -83,6 +88,8 @@ protected:
     bool isTick(const QKeyEvent& event) const;
 
     QStyle::State stateOf(const QModelIndex& index) const override;
+    double opacityOf(const QModelIndex& index) const override;
+    void rowsInserted(const QModelIndex& parent, int first, int last) override;
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QList<int>& roles) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -100,6 +107,7 @@ private:
     void setHoveredRow(int row);
 
     const Theme& m_theme;
+    ArrivingRows m_arriving{*viewport()};
     int m_hoveredRow = -1;
     /// Where the pointer is in the viewport, until it leaves or a key is pressed.
     std::optional<QPoint> m_pointer;

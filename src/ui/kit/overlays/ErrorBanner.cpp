@@ -4,13 +4,16 @@
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
+#include <QPushButton>
 #include <QTimer>
 #include <QToolButton>
 
+#include <algorithm>
 #include <utility>
 
 namespace korvex::ui {
@@ -21,9 +24,10 @@ using namespace std::chrono_literals;
 
 /// Long enough to read the notice and to reach its button.
 constexpr auto kNoticeShown = 10s;
-constexpr double kCornerRadius = 6;
 /// In pixels, at the standard font size.
 constexpr int kNarrowestText = 160;
+/// How much of the colour of the words its edge has, which sets it off from the rows under it.
+constexpr double kEdge = 0.35;
 
 } // namespace
 
@@ -32,7 +36,7 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
       m_theme(theme),
       m_sign(new QLabel(this)),
       m_text(new QLabel(this)),
-      m_action(new QToolButton(this)),
+      m_action(new QPushButton(this)),
       m_close(new QToolButton(this)),
       m_words(new WordsAndButton(*m_text, *m_action)),
       m_end(new QTimer(this)) {
@@ -45,21 +49,19 @@ ErrorBanner::ErrorBanner(const Theme& theme, QWidget* parent)
     m_close->setAccessibleName(tr("Close this message"));
     m_close->setToolTip(tr("Close this message"));
     auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(10, 8, 10, 8);
-    row->setSpacing(10);
     row->addWidget(m_sign, 0, Qt::AlignTop);
     row->addLayout(m_words, 1);
     row->addWidget(m_close, 0, Qt::AlignTop);
     hide();
     m_action->hide();
-    m_action->setAutoRaise(true);
+    m_action->setAutoDefault(true);
     // A click on what goes with it leaves the keyboard where one types.
     m_action->setFocusPolicy(Qt::TabFocus);
     m_close->setFocusPolicy(Qt::TabFocus);
     m_end->setSingleShot(true);
     m_end->setInterval(kNoticeShown);
     connect(m_end, &QTimer::timeout, this, &ErrorBanner::endShown);
-    connect(m_action, &QToolButton::clicked, this, [this] {
+    connect(m_action, &QPushButton::clicked, this, [this] {
         const auto perform = m_said.back().message.perform;
         endShown();
         perform();
@@ -112,14 +114,27 @@ QString ErrorBanner::message() const {
     return m_text->text();
 }
 
+int ErrorBanner::widthOfWords() const {
+    // What is measured may be a part of a pixel too narrow for what is drawn.
+    return QFontMetrics(m_text->font()).size(0, m_text->text()).width() + 2;
+}
+
+QSize ErrorBanner::sizeHint() const {
+    const auto margins = layout()->contentsMargins();
+    int width = margins.left() + margins.right() + widthOfWords();
+    for (const auto* const part : std::initializer_list<QWidget*>{m_sign, m_action, m_close}) {
+        const auto needed = part->sizeHint().expandedTo(part->minimumSize()).width();
+        width += part->isHidden() ? 0 : needed + layout()->spacing();
+    }
+    return {std::min(width, m_theme.measure()), QFrame::sizeHint().height()};
+}
+
 void ErrorBanner::paintEvent(QPaintEvent*) {
     const auto ground = palette().color(QPalette::Window);
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(blended(palette().color(QPalette::WindowText), ground, 0.35));
-    painter.setBrush(ground);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius,
-                            kCornerRadius);
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::large), ground,
+                     blended(palette().color(QPalette::WindowText), ground, kEdge));
 }
 
 void ErrorBanner::applyTheme() {
@@ -132,11 +147,21 @@ void ErrorBanner::applyTheme() {
     own.setColor(QPalette::WindowText, readable(color, ground));
     setPalette(own);
     m_text->setPalette(own);
-    m_action->setPalette(own);
-    const auto size = m_theme.scaled(16);
+    const auto size = m_theme.extent(Extent::icon);
+    const auto side = m_theme.space(Space::large);
+    const auto lead = m_theme.space(Space::medium);
+    const auto line = m_theme.extent(Extent::control);
+    layout()->setContentsMargins(mirrored(QMargins(side, lead, lead, lead)));
+    layout()->setSpacing(lead);
+    m_words->setSpacing(lead);
+    // One line of words is as high as the buttons beside it.
+    m_text->setMinimumHeight(line);
+    m_sign->setFixedHeight(line);
+    m_sign->setVisible(isError);
+    m_close->setFixedSize(line, line);
     m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
                                       size, devicePixelRatioF()));
-    m_words->setNarrowest(m_theme.scaled(kNarrowestText));
+    m_words->setNarrowest(std::min(m_theme.scaled(kNarrowestText), widthOfWords()));
     m_close->setIconSize({size, size});
     m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 class QLabel;
+class QPushButton;
 class QTimer;
 class QToolButton;
 
@@ -50,6 +51,9 @@ public:
     /// What is seen; empty for nothing.
     QString message() const;
 
+    /// As wide as all of it takes in one line, up to the measure of a text.
+    QSize sizeHint() const override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
@@ -62,12 +66,14 @@ private:
     /// Shows the last message, if that is not in sight already.
     void showLast();
     void endShown();
+    /// In one line.
+    int widthOfWords() const;
     void applyTheme();
 
     const Theme& m_theme;
     QLabel* m_sign;
     QLabel* m_text;
-    QToolButton* m_action;
+    QPushButton* m_action;
     QToolButton* m_close;
     WordsAndButton* m_words;
     QTimer* m_end;

@@ -37,12 +37,22 @@ void Overlay::arrange() {
         return;
     }
     const auto room = this->room();
-    const auto wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(room.width())
-                                                   : m_over.sizeHint().height();
+    const auto asked = m_over.sizeHint();
+    const auto width = std::min(asked.width(), room.width());
+    const auto wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(width) : asked.height();
     const auto height = std::min(wanted, room.height());
-    const auto top = m_place == Place::foot ? room.bottom() + 1 - height
-                                            : room.top() + (room.height() - height) / 2;
-    m_over.setGeometry(room.left(), top, room.width(), height);
+    const auto left = room.left() + (room.width() - width) / 2;
+    switch (m_place) {
+    case Place::head:
+        m_over.setGeometry(left, room.top(), width, height);
+        break;
+    case Place::middle:
+        m_over.setGeometry(left, room.top() + (room.height() - height) / 2, width, height);
+        break;
+    case Place::foot:
+        m_over.setGeometry(left, room.bottom() + 1 - height, width, height);
+        break;
+    }
     m_over.raise();
 }
 

@@ -5,12 +5,14 @@
 
 namespace korvex::ui {
 
-/// Keeps a widget over another, as high as it needs, wherever that goes: what comes and goes there
-/// moves nothing under the pointer. The widget is a child of the other, or becomes one of the
-/// other's parent. Main thread.
+/// Keeps a widget over another, in the middle of its width and as large as it asks for, wherever
+/// that goes: what comes and goes there moves nothing under the pointer. The widget is a child of
+/// the other, or becomes one of the other's parent. Main thread.
 class Overlay final : public QObject {
 public:
     enum class Place {
+        /// Along the upper edge.
+        head,
         /// At the foot, for what is to be read now.
         foot,
         /// In the middle, for what says why there is nothing else.

@@ -1,5 +1,6 @@
 #include "ui/kit/pages/NoticeLine.h"
 
+#include "ui/kit/pages/ColumnLayout.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 
@@ -13,12 +14,14 @@ NoticeLine::NoticeLine(const Words& words, const Theme& theme, QWidget* parent)
     : QWidget(parent),
       m_theme(theme),
       m_iconName(words.icon),
+      m_row(new QHBoxLayout),
       m_icon(new QLabel(this)),
       m_text(new QLabel(words.text, this)) {
     m_text->setWordWrap(true);
     m_text->setAlignment(lineStart());
-    auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(18, 2, 18, 8);
+    auto* const column = new ColumnLayout(theme, this);
+    auto* const row = m_row;
+    column->addLayout(row);
     row->addWidget(m_icon);
     row->addWidget(m_text, 1);
     if (!words.action.isEmpty()) {
@@ -38,7 +41,11 @@ void NoticeLine::setActionEnabled(bool enabled) {
 
 void NoticeLine::applyTheme() {
     const auto& color = m_theme.colors().secondaryText;
-    m_icon->setPixmap(IconSet::pixmap(m_iconName, color, m_theme.scaled(16), devicePixelRatioF()));
+    const auto side = m_theme.space(Space::wide);
+    m_row->setContentsMargins(side, 0, side, m_theme.space(Space::medium));
+    m_row->setSpacing(m_theme.space(Space::medium));
+    m_icon->setPixmap(
+        IconSet::pixmap(m_iconName, color, m_theme.extent(Extent::icon), devicePixelRatioF()));
     m_text->setFont(m_theme.font());
     auto quiet = m_text->palette();
     quiet.setColor(QPalette::WindowText, color);

@@ -4,6 +4,7 @@
 
 #include <QWidget>
 
+class QHBoxLayout;
 class QLabel;
 class QPushButton;
 
@@ -34,6 +35,7 @@ private:
 
     const Theme& m_theme;
     QString m_iconName;
+    QHBoxLayout* m_row;
     QLabel* m_icon;
     QLabel* m_text;
     /// Null where there is nothing to do.

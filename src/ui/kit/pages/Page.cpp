@@ -1,33 +1,24 @@
 #include "ui/kit/pages/Page.h"
 
 #include "ui/kit/overlays/Overlay.h"
+#include "ui/kit/pages/ColumnLayout.h"
+#include "ui/kit/pages/PageHint.h"
+#include "ui/kit/pages/ScrollEdge.h"
 
-#include <QLabel>
-#include <QVBoxLayout>
+#include <QAbstractScrollArea>
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr QMargins kHintMargins(18, 4, 18, 8);
-constexpr int kBannerMargin = 10;
-
-} // namespace
-
 Page::Page(const Theme& theme, QWidget* parent)
     : QWidget(parent),
-      m_column(new QVBoxLayout(this)),
+      m_theme(theme),
+      m_top(new ColumnLayout(theme)),
       m_banner(new ErrorBanner(theme)),
-      m_hint(new QLabel) {
-    m_column->setContentsMargins(0, 0, 0, 0);
-    m_column->setSpacing(0);
-    m_hint->setTextFormat(Qt::PlainText);
-    m_hint->setWordWrap(true);
-    m_hint->setContentsMargins(kHintMargins);
-    m_hint->setForegroundRole(QPalette::PlaceholderText);
-    m_hint->setAlignment(Qt::AlignCenter);
-    m_hint->setAttribute(Qt::WA_TransparentForMouseEvents);
-    m_hint->hide();
+      m_hint(new PageHint(theme)) {
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addLayout(m_top);
 }
 
 void Page::refuse(const QString& reason) {
@@ -51,18 +42,19 @@ ErrorBanner::MessageId Page::offer(const QString& message, const QString& action
     return m_answer;
 }
 
-void Page::layOut(std::initializer_list<QWidget*> top, QWidget& content) {
+void Page::layOut(std::initializer_list<QWidget*> top, QAbstractScrollArea& content) {
     m_content = &content;
     for (auto* const each : top) {
-        m_column->addWidget(each);
+        m_top->addWidget(each);
     }
-    m_column->addWidget(m_content, 1);
+    static_cast<QVBoxLayout*>(layout())->addWidget(m_content, 1);
+    new ScrollEdge(content, m_theme);
     new Overlay(*m_hint, *m_content, Overlay::Place::middle, 0);
-    new Overlay(*m_banner, *m_content, Overlay::Place::foot, kBannerMargin);
+    new Overlay(*m_banner, *m_content, Overlay::Place::foot, m_theme.space(Space::large));
 }
 
 void Page::insertBar(QWidget& bar) {
-    m_column->insertWidget(m_column->indexOf(m_content), &bar);
+    m_top->addWidget(&bar);
     auto* last = &bar;
     while (bar.isAncestorOf(last->nextInFocusChain())) {
         last = last->nextInFocusChain();
@@ -70,9 +62,8 @@ void Page::insertBar(QWidget& bar) {
     setTabOrder(last, m_content);
 }
 
-void Page::setHint(const QString& text) {
-    m_hint->setText(text);
-    m_hint->setVisible(!text.isEmpty());
+void Page::setHint(const QString& text, const QString& next) {
+    m_hint->say(text, next);
 }
 
 } // namespace korvex::ui

@@ -11,14 +11,16 @@
 #include <functional>
 #include <initializer_list>
 
-class QLabel;
-class QVBoxLayout;
+class QAbstractScrollArea;
 
 namespace korvex::ui {
 
+class ColumnLayout;
+class PageHint;
+
 /// What a window shows of the store, one page at a time: from above a header, bars, and the
-/// content. Messages, and a hint while there is nothing to show, lie over the content, so that no
-/// row moves when they come and go. Main thread.
+/// content, all in one column. Messages, and a hint while there is nothing to show, lie over the
+/// content, so that no row moves when they come and go. Main thread.
 class Page : public QWidget {
     Q_OBJECT
 
@@ -68,12 +70,14 @@ protected:
     Page(const Theme& theme, QWidget* parent);
 
     /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
-    /// order. The content takes the room that is left below `top`.
-    void layOut(std::initializer_list<QWidget*> top, QWidget& content);
+    /// order. The content takes the room that is left below `top`, in all its width: what of it
+    /// stands in the column is its own affair.
+    void layOut(std::initializer_list<QWidget*> top, QAbstractScrollArea& content);
     /// Puts the bar directly above the content, also for the keyboard.
     void insertBar(QWidget& bar);
-    /// Says over the content why there is nothing in it; an empty text says nothing.
-    void setHint(const QString& text);
+    /// Says over the content why there is nothing in it, and what would change that; an empty text
+    /// says nothing.
+    void setHint(const QString& text, const QString& next = {});
     /// Takes in what the store says, which nobody asked for. What is refused is told until it is
     /// done. True when it was done.
     template <typename Operation>
@@ -88,9 +92,11 @@ protected:
     }
 
 private:
-    QVBoxLayout* m_column;
+    const Theme& m_theme;
+    /// What stands above the content.
+    ColumnLayout* m_top;
     ErrorBanner* m_banner;
-    QLabel* m_hint;
+    PageHint* m_hint;
     QWidget* m_content = nullptr;
     ErrorBanner::MessageId m_answer = 0;
     ErrorBanner::MessageId m_trouble = 0;

@@ -5,6 +5,8 @@
 #include <QHBoxLayout>
 #include <QLabel>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent)
@@ -13,9 +15,8 @@ PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent
     m_title->setWordWrap(true);
     m_note->setWordWrap(true);
     m_title->setAlignment(lineStart());
-    m_note->setAlignment(lineEnd());
+    m_note->setAlignment((lineEnd() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
     auto* const row = new QHBoxLayout(this);
-    row->setContentsMargins(18, 16, 18, 10);
     row->addWidget(m_title, 1);
     row->addWidget(m_note);
     connect(&theme, &Theme::changed, this, &PageHeader::applyTheme);
@@ -33,6 +34,17 @@ void PageHeader::setNote(const QString& note) {
 void PageHeader::applyTheme() {
     m_title->setFont(m_theme.titleFont());
     m_note->setFont(m_theme.font());
+    const auto side = m_theme.space(Space::wide);
+    layout()->setContentsMargins(side, m_theme.space(Space::large), side,
+                                 m_theme.space(Space::medium));
+    layout()->setSpacing(m_theme.space(Space::large));
+    // As high as one with buttons in it, so that titles stand at one height on all pages.
+    const QFontMetrics title(m_theme.titleFont());
+    const auto above = std::max(0, m_theme.extent(Extent::control) - title.height()) / 2;
+    m_title->setContentsMargins(0, above, 0, above);
+    // Beside a title of several lines the note stands on the baseline of the first.
+    const auto ascent = QFontMetrics(m_theme.font()).ascent();
+    m_note->setContentsMargins(0, above + title.ascent() - ascent, 0, 0);
     auto quiet = m_note->palette();
     quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
     m_note->setPalette(quiet);

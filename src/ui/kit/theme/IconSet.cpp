@@ -81,6 +81,10 @@ QIcon IconSet::icon(const QString& name, const QColor& color) {
     return QIcon(new IconEngine(name, color));
 }
 
+QIcon IconSet::program() {
+    return icon(QStringLiteral("korvex"), Qt::black);
+}
+
 void IconSet::draw(QPainter& painter, const QString& name, const QColor& color, const QRect& rect) {
     painter.drawPixmap(rect.topLeft(),
                        pixmap(name, color, rect.width(), painter.device()->devicePixelRatio()));

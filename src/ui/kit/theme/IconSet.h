@@ -18,6 +18,8 @@ namespace IconSet {
 /// empty.
 QPixmap pixmap(const QString& name, const QColor& color, int size, qreal scale);
 QIcon icon(const QString& name, const QColor& color);
+/// The program's own, which has its own colours.
+QIcon program();
 /// Draws an icon at the top left of `rect`, as large as that is wide.
 void draw(QPainter& painter, const QString& name, const QColor& color, const QRect& rect);
 

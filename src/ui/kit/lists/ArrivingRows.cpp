@@ -1,0 +1,39 @@
+#include "ui/kit/lists/ArrivingRows.h"
+
+#include <QStyle>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+ArrivingRows::ArrivingRows(QWidget& viewport) : m_viewport(viewport) {
+    m_animation.setStartValue(0.0);
+    m_animation.setEndValue(1.0);
+    QObject::connect(&m_animation, &QVariantAnimation::valueChanged, &viewport,
+                     qOverload<>(&QWidget::update));
+    QObject::connect(&m_animation, &QVariantAnimation::finished, &viewport,
+                     [this] { m_rows.clear(); });
+}
+
+void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
+    const auto duration =
+        m_viewport.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_viewport);
+    m_animation.stop();
+    m_rows.clear();
+    if (duration <= 0) {
+        return;
+    }
+    for (int row = first.row(); row <= last.row(); ++row) {
+        m_rows.emplace_back(first.siblingAtRow(row));
+    }
+    m_animation.setDuration(duration);
+    m_animation.start();
+}
+
+double ArrivingRows::opacityOf(const QModelIndex& index) const {
+    const auto isArriving = std::find(m_rows.begin(), m_rows.end(), index) != m_rows.end();
+    return isArriving ? m_animation.currentValue().toDouble() : 1;
+}
+
+} // namespace korvex::ui
