@@ -117,7 +117,7 @@ void SchedulePopover::makeFields() {
     m_save->setDefault(true);
 }
 
-QWidget* SchedulePopover::makeForm() {
+QWidget* SchedulePopover::makeContent() {
     const auto space = theme().space(Space::medium);
     const auto flow = [space](std::initializer_list<QWidget*> widgets, QWidget* parent) {
         auto* const layout = new FlowLayout(parent);
@@ -129,25 +129,30 @@ QWidget* SchedulePopover::makeForm() {
         return layout;
     };
     flow({m_startDay, m_start}, m_startFields);
-    auto* const content = new QWidget(this);
-    auto* const form = new QFormLayout(content);
-    form->setContentsMargins(0, 0, 0, 0);
+    auto* const form = new QFormLayout;
     form->setHorizontalSpacing(theme().space(Space::large));
     form->setVerticalSpacing(space);
     form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    form->addRow(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
     form->addRow(m_hasDue, m_day);
     form->addRow(m_dayRefusal);
     form->addRow(m_hasStart, m_startFields);
     form->addRow(m_hasTime, m_time);
     form->addRow(m_timeRefusal);
-    form->addRow(m_hasReminder);
-    form->addRow(m_reminder);
-    form->addRow(m_explanation);
-    form->addRow(m_reminderRefusal);
-    form->addRow(m_refusal);
+    auto* const reminder = new QVBoxLayout;
+    reminder->setSpacing(space);
+    for (auto* const each : std::initializer_list<QWidget*>{
+             m_hasReminder, m_reminder, m_explanation, m_reminderRefusal, m_refusal}) {
+        reminder->addWidget(each);
+    }
+    auto* const content = new QWidget(this);
+    auto* const groups = new QVBoxLayout(content);
+    groups->setContentsMargins(0, 0, 0, 0);
+    groups->setSpacing(theme().space(Space::large));
+    groups->addLayout(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
+    groups->addLayout(form);
+    groups->addLayout(reminder);
     return content;
 }
 
@@ -157,7 +162,7 @@ void SchedulePopover::layOut() {
     const auto margin = theme().space(Space::large);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(margin);
-    column->addWidget(new PanelScroll(makeForm(), this), 1);
+    column->addWidget(new PanelScroll(makeContent(), this), 1);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(m_clear);
     buttons->addStretch();

@@ -45,7 +45,7 @@ private:
     bool hearOfOthers();
     void makeFields();
     void layOut();
-    QWidget* makeForm();
+    QWidget* makeContent();
     void orderTabs();
     void connectFields();
     /// Shows the editor's state in the fields, and the other way round.
