@@ -26,7 +26,7 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                        .iconColor = iconColorOf(board, colors),
                        .name = index.data().toString(),
                        .note = count > 0 ? QLocale().toString(count) : QString()};
-    row.paint(*painter, boxOf(option.rect), state, colors.sidebar, m_theme);
+    row.paint(*painter, boxOf(option.rect), state, m_theme);
 }
 
 QSize BoardItemDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {

@@ -158,6 +158,10 @@ void BoardPage::takeKeyboard() {
 }
 
 bool BoardPage::leave() {
+    m_header->endRenaming();
+    if (m_renaming.isNameComingBack()) {
+        return false;
+    }
     const auto isLeft = m_editing.leaveForGood();
     if (!isLeft) {
         m_editing.takeKeyboard(); // it says why
@@ -167,11 +171,6 @@ bool BoardPage::leave() {
 
 BoardListing& BoardPage::header() {
     return *m_header;
-}
-
-bool BoardPage::leave() {
-    m_header->endRenaming();
-    return !m_renaming.isNameComingBack() && m_editing.leaveForGood();
 }
 
 bool BoardPage::showBoard(model::Board& board) {
