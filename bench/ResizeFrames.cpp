@@ -1,6 +1,6 @@
-// The longest frame while the window of a board of 1,000 formatted texts is made wider and narrower,
-// as one who drags its edge does: from the moment that it gets another width until the window system
-// has the new picture. Against one frame of a screen.
+// The longest frame while the window of a board of 1,000 formatted texts is made wider and
+// narrower, as one who drags its edge does: from the moment that it gets another width until the
+// window system has the new picture. Against one frame of a screen.
 
 #include "support/BenchWindow.h"
 #include "support/Frames.h"
@@ -39,9 +39,8 @@ std::vector<double> dragEdge(ui::MainWindow& window, const bench::PaintCount& pa
 
 void korvexWindow(benchmark::State& state) {
     bench::application();
-    bench::BenchWindow owner([](bench::OpenStore& store) {
-        bench::addNotes(store, store.inbox(), kTexts);
-    });
+    bench::BenchWindow owner(
+        [](bench::OpenStore& store) { bench::addNotes(store, store.inbox(), kTexts); });
     auto& list = *owner.window().findChild<ui::EntryListView*>();
     const bench::PaintCount paints(*list.viewport());
     bench::settle();

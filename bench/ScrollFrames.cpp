@@ -119,9 +119,8 @@ void scroll(benchmark::State& state, QAbstractScrollArea& list) {
 }
 
 void fillWithTodos(bench::OpenStore& store) {
-    store.entries().createTodos({.contents = bench::titles(kEntries),
-                                 .board = store.inbox(),
-                                 .now = bench::kNow});
+    store.entries().createTodos(
+        {.contents = bench::titles(kEntries), .board = store.inbox(), .now = bench::kNow});
 }
 
 void fillWithTexts(bench::OpenStore& store) {

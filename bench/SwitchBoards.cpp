@@ -1,6 +1,6 @@
-// The longest time from the choice of another board to its picture, among boards of 10,000 todos, of
-// 1,000 formatted texts, of 100 todos and of none, each of which was shown before; "first" is that of
-// the first time. Against one frame of a screen.
+// The longest time from the choice of another board to its picture, among boards of 10,000 todos,
+// of 1,000 formatted texts, of 100 todos and of none, each of which was shown before; "first" is
+// that of the first time. Against one frame of a screen.
 
 #include "support/BenchWindow.h"
 #include "support/Frames.h"
@@ -17,8 +17,7 @@ void fill(bench::OpenStore& store) {
     auto boards = store.boards();
     auto entries = store.entries();
     const auto addTodos = [&](std::size_t count, model::Board& board) {
-        entries.createTodos(
-            {.contents = bench::titles(count), .board = board, .now = bench::kNow});
+        entries.createTodos({.contents = bench::titles(count), .board = board, .now = bench::kNow});
     };
     addTodos(100, store.inbox());
     addTodos(10'000, boards.createBoard("Everything", bench::kNow));

@@ -4,8 +4,8 @@
 
 namespace korvex::bench {
 
-/// Adds so many formatted texts to the board, as people write them: a heading, a link, a list; every
-/// tenth has a table and code.
+/// Adds so many formatted texts to the board, as people write them: a heading, a link, a list;
+/// every tenth has a table and code.
 void addNotes(OpenStore& store, model::Board& board, std::size_t count);
 
 } // namespace korvex::bench

@@ -23,8 +23,8 @@ void readBoard(store::ModelContext& context, const std::optional<base::Uuid>& wa
     }
 }
 
-StoreOpening::Opened open(const std::filesystem::path& file,
-                          const std::optional<base::Uuid>& board, base::LogSink& log) {
+StoreOpening::Opened open(const std::filesystem::path& file, const std::optional<base::Uuid>& board,
+                          base::LogSink& log) {
     StoreOpening::Opened opened;
     opened.container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
     opened.context = std::make_unique<store::ModelContext>(*opened.container);

@@ -1,5 +1,5 @@
-#include "ui/contrast/PictureContrast.h"
 #include "ui/WindowFixture.h"
+#include "ui/contrast/PictureContrast.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/WindowContents.h"
@@ -30,9 +30,7 @@ protected:
         theme.setSystemMotion(Theme::SystemMotion::still);
         QuietStyle::install(theme);
     }
-    ~ContrastTest() override {
-        QApplication::setStyle(QStringLiteral("fusion"));
-    }
+    ~ContrastTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
 
     void measureAll(Appearance appearance, Contrast contrast) {
         const auto isHigh = contrast == Contrast::high;

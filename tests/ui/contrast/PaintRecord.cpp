@@ -31,7 +31,8 @@ constexpr int kOutlinePoints = 64;
 /// Takes down what is painted instead of painting it.
 class RecordingEngine final : public QPaintEngine {
 public:
-    explicit RecordingEngine(std::vector<Drawn>& drawn) : QPaintEngine(AllFeatures), m_drawn(drawn) {}
+    explicit RecordingEngine(std::vector<Drawn>& drawn)
+        : QPaintEngine(AllFeatures), m_drawn(drawn) {}
 
     Type type() const override { return User; }
     bool begin(QPaintDevice*) override { return true; }

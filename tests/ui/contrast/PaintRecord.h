@@ -12,8 +12,8 @@ class QWidget;
 namespace korvex::tests {
 
 /// What a widget has drawn that somebody is to make out, in the widget's own coordinates: letters,
-/// signs, and the lines that controls are known by. What was painted over, clipped away or disabled is
-/// not in it, nor are grounds and hairlines.
+/// signs, and the lines that controls are known by. What was painted over, clipped away or disabled
+/// is not in it, nor are grounds and hairlines.
 class PaintRecord {
 public:
     struct Drawn {

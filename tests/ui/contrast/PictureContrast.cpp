@@ -25,8 +25,7 @@ QColor mostFrequent(const Counts& counts) {
 
 void count(const QImage& picture, const QRect& rect, Counts& counts) {
     const auto scale = qRound(picture.devicePixelRatio());
-    const QRect inside =
-        QRect(rect.topLeft() * scale, rect.size() * scale) & picture.rect();
+    const QRect inside = QRect(rect.topLeft() * scale, rect.size() * scale) & picture.rect();
     for (int y = inside.top(); y <= inside.bottom(); ++y) {
         const auto* const line = reinterpret_cast<const QRgb*>(picture.constScanLine(y));
         for (int x = inside.left(); x <= inside.right(); ++x) {
@@ -82,7 +81,10 @@ PictureContrast::PictureContrast(QWidget& widget, const Limits& limits)
             m_faint.push_back(
                 QStringLiteral("%1 “%2” at %3, %4, %5 × %6: %7 to 1")
                     .arg(isText ? QStringLiteral("text") : QStringLiteral("mark"), each.words)
-                    .arg(place.x()).arg(place.y()).arg(place.width()).arg(place.height())
+                    .arg(place.x())
+                    .arg(place.y())
+                    .arg(place.width())
+                    .arg(place.height())
                     .arg(ratio, 0, 'f', 2)
                     .toStdString());
         }

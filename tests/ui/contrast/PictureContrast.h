@@ -13,8 +13,8 @@ class QWidget;
 namespace korvex::tests {
 
 /// The contrasts of a widget as it shows itself, measured from the colours of its picture.
-/// On a screen of three pixels for one every stroke of a letter or sign has some that its edges do not
-/// blur.
+/// On a screen of three pixels for one every stroke of a letter or sign has some that its edges do
+/// not blur.
 class PictureContrast {
 public:
     /// What texts, and what is no text but is to be made out, must have against their ground.

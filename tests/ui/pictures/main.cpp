@@ -1,7 +1,9 @@
-// ui_pictures FOLDER [--scale N] [--only SCENE]…: pictures of every scene in every variant of that scale
+// ui_pictures FOLDER [--scale N] [--only SCENE]…: pictures of every scene in every variant of that
+// scale
 //     (1 or 2), as FOLDER/VARIANT/SCENE.png.
-// ui_pictures FOLDER --sheets: of those, one picture a scene with all its variants, in FOLDER/sheets.
-// ui_pictures FOLDER --readme: the pictures of the README, and its note as FOLDER/note.rtf.
+// ui_pictures FOLDER --sheets: of those, one picture a scene with all its variants, in
+// FOLDER/sheets. ui_pictures FOLDER --readme: the pictures of the README, and its note as
+// FOLDER/note.rtf.
 //
 // `tools/take-screenshots` runs all of it.
 
@@ -116,21 +118,21 @@ void takeAll(const QDir& folder, int scale, const QStringList& only) {
 QImage sheetOf(const std::vector<std::pair<QString, QImage>>& pictures) {
     const auto rows = (static_cast<int>(pictures.size()) + kColumns - 1) / kColumns;
     const QSize step(kCell.width() + kGap, kCell.height() + kLabel + kGap);
-    QImage sheet(kColumns * step.width() + kGap, rows * step.height() + kGap,
-                 QImage::Format_RGB32);
+    QImage sheet(kColumns * step.width() + kGap, rows * step.height() + kGap, QImage::Format_RGB32);
     sheet.fill(Qt::darkGray);
     QPainter painter(&sheet);
     painter.setPen(Qt::white);
     for (int i = 0; i < static_cast<int>(pictures.size()); ++i) {
-        const QPoint corner(kGap + i % kColumns * step.width(), kGap + i / kColumns * step.height());
+        const QPoint corner(kGap + i % kColumns * step.width(),
+                            kGap + i / kColumns * step.height());
         const auto& [name, picture] = pictures[static_cast<std::size_t>(i)];
         painter.drawText(QRect(corner, QSize(kCell.width(), kLabel)), Qt::AlignVCenter, name);
         const auto isTooLarge =
             picture.width() > kCell.width() || picture.height() > kCell.height();
         painter.drawImage(corner + QPoint(0, kLabel),
-                          isTooLarge ? picture.scaled(kCell, Qt::KeepAspectRatio,
-                                                      Qt::SmoothTransformation)
-                                     : picture);
+                          isTooLarge
+                              ? picture.scaled(kCell, Qt::KeepAspectRatio, Qt::SmoothTransformation)
+                              : picture);
     }
     return sheet;
 }
@@ -139,7 +141,8 @@ void makeSheets(const QDir& folder) {
     std::map<QString, std::vector<std::pair<QString, QImage>>> scenes;
     for (const auto& variant : kVariants) {
         const auto name = QString::fromLatin1(variant.name);
-        for (const auto& file : QDir(folder.filePath(name)).entryInfoList({QStringLiteral("*.png")})) {
+        for (const auto& file :
+             QDir(folder.filePath(name)).entryInfoList({QStringLiteral("*.png")})) {
             QImage picture(file.filePath());
             picture.setDevicePixelRatio(1);
             scenes[file.completeBaseName()].emplace_back(name, picture);
@@ -161,11 +164,11 @@ void takeForReadme(const QDir& folder) {
          {Shot{"light", "board"}, Shot{"dark", "board", Appearance::dark},
           Shot{"upcoming", "upcoming"}, Shot{"completed", "completed"}, Shot{"search", "search"},
           Shot{"note", "text-edited", Appearance::light, {900, 760}}}) {
-        PicturedWindow window({.name = shot.file, .appearance = shot.appearance, .size = shot.size});
+        PicturedWindow window(
+            {.name = shot.file, .appearance = shot.appearance, .size = shot.size});
         const auto& scenes = window.scenes().all();
-        const auto scene = std::find_if(scenes.begin(), scenes.end(), [&](const auto& each) {
-            return each.name == shot.scene;
-        });
+        const auto scene = std::find_if(scenes.begin(), scenes.end(),
+                                        [&](const auto& each) { return each.name == shot.scene; });
         window.scenes().open(*scene);
         save(window.picture(), folder.filePath(QString::fromLatin1(shot.file) + ".png"));
         if (std::string_view(shot.file) == "note") {
@@ -190,7 +193,8 @@ int main(int argc, char* argv[]) {
     parser.addOptions({scale, only, sheets, readme});
     parser.addPositionalArgument(QStringLiteral("FOLDER"), {});
     if (!parser.parse(arguments) || parser.positionalArguments().size() != 1) {
-        std::fputs("ui_pictures FOLDER [--scale N] [--only SCENE]… | --sheets | --readme\n", stderr);
+        std::fputs("ui_pictures FOLDER [--scale N] [--only SCENE]… | --sheets | --readme\n",
+                   stderr);
         return 2;
     }
     // One look everywhere: no screen, no desktop's theme, one locale and zone.

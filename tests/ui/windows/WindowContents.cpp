@@ -23,8 +23,8 @@ constexpr std::size_t kMany = 10'000;
 richtext::AttributedString table() {
     using richtext::RichTextTable;
     constexpr std::array<std::u16string_view, 12> kCells{
-        u"Day",   u"Plan", u"Where",    u"Cost",   u"Friday", u"Old town",
-        u"Alfama", u"12",  u"Saturday", u"Museum", u"Belém",  u"20"};
+        u"Day",    u"Plan", u"Where",    u"Cost",   u"Friday", u"Old town",
+        u"Alfama", u"12",   u"Saturday", u"Museum", u"Belém",  u"20"};
     auto text = RichTextTable::make(3, 4);
     const auto cells = RichTextTable::cells(text, text.styleAt(0).cells.front()->table);
     for (auto i = cells.size(); i-- > 0;) {
@@ -111,11 +111,11 @@ void fillInbox(const ui::Workspace& workspace, model::Board& inbox) {
     filling.add("Renew passport", filling.day(-1));
     filling.add("Buy milk", filling.day(0));
     const auto nine = now + kDay + kHour;
-    filling.add("Water the plants", {.dueDate = nine + kHour,
-                                     .dueStartDate = nine,
-                                     .reminderDate = nine + -kHour / 4});
-    auto& call = filling.add("Call the landlord about the heating: it knocks at night, and the meter "
-                             "in the cellar has not been read since spring");
+    filling.add("Water the plants",
+                {.dueDate = nine + kHour, .dueStartDate = nine, .reminderDate = nine + -kHour / 4});
+    auto& call =
+        filling.add("Call the landlord about the heating: it knocks at night, and the meter "
+                    "in the cellar has not been read since spring");
     workspace.entries.attach({picture()}, call, now);
     filling.add("Find a birthday present for Ada", filling.day(10));
     workspace.entries.createText({.rich = note(), .board = inbox, .now = now});
@@ -156,7 +156,8 @@ void fillWindowFull(const ui::Workspace& workspace) {
     const auto now = workspace.now();
     auto& boards = workspace.boards;
     for (int i = 1; i <= 30; ++i) {
-        boards.createBoard("Customer " + std::to_string(i) + ": what was agreed in the meeting", now);
+        boards.createBoard("Customer " + std::to_string(i) + ": what was agreed in the meeting",
+                           now);
     }
     std::vector<std::string> many;
     for (std::size_t i = 0; i < kMany; ++i) {

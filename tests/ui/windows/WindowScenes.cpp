@@ -45,73 +45,105 @@ void WindowScenes::add(const char* name, std::function<void()> open, std::string
 }
 
 void WindowScenes::addBoardScenes() {
-    add("board", [] {}, "List: Entries");
+    add(
+        "board", [] {}, "List: Entries");
     if (!services::completedTodos(*m_inbox).empty()) {
-        add("board-completed", [this] {
-            page().list().setCurrentRow(page().entries().rowOf(EntryRowKind::completedHeading));
-            page().list().setFocus();
-            key(Qt::Key_Return);
-        }, "ListItem: " + services::completedTodos(*m_inbox).front()->content());
+        add(
+            "board-completed",
+            [this] {
+                page().list().setCurrentRow(page().entries().rowOf(EntryRowKind::completedHeading));
+                page().list().setFocus();
+                key(Qt::Key_Return);
+            },
+            "ListItem: " + services::completedTodos(*m_inbox).front()->content());
     }
-    add("board-name", [this] {
-        m_window.findChild<Sidebar*>()->rename(m_other ? *m_other : *m_inbox);
-    }, "EditableText: Name of the board");
-    add("board-name-over-page", [this] { page().header().rename(*m_inbox); },
+    add(
+        "board-name",
+        [this] { m_window.findChild<Sidebar*>()->rename(m_other ? *m_other : *m_inbox); },
         "EditableText: Name of the board");
-    add("error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
+    add(
+        "board-name-over-page", [this] { page().header().rename(*m_inbox); },
+        "EditableText: Name of the board");
+    add(
+        "error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
         "AlertMessage: It is broken.");
     if (m_todo) {
-        add("undo", [this] {
-            page().offer(QStringLiteral("Deleted “Buy milk”."), QStringLiteral("Undo"), [] {});
-        }, "Button: Undo");
+        add(
+            "undo",
+            [this] {
+                page().offer(QStringLiteral("Deleted “Buy milk”."), QStringLiteral("Undo"), [] {});
+            },
+            "Button: Undo");
     }
 }
 
 void WindowScenes::addEditingScenes() {
-    add("todo-new", [this] { page().startTodo(); }, "EditableText: Todo");
-    add("todo-refused", [this] {
-        page().startTodo();
-        QApplication::clipboard()->setText(QString(10'001, QLatin1Char('x')));
-        key(Qt::Key_V, Qt::ControlModifier);
-    }, "AlertMessage: Entries can contain");
+    add(
+        "todo-new", [this] { page().startTodo(); }, "EditableText: Todo");
+    add(
+        "todo-refused",
+        [this] {
+            page().startTodo();
+            QApplication::clipboard()->setText(QString(10'001, QLatin1Char('x')));
+            key(Qt::Key_V, Qt::ControlModifier);
+        },
+        "AlertMessage: Entries can contain");
     if (m_todo) {
-        add("todo-edited", [this] { edit(*m_todo); }, "EditableText: Todo");
+        add(
+            "todo-edited", [this] { edit(*m_todo); }, "EditableText: Todo");
     }
-    add("text-new", [this] { page().startText(); }, "ToolBar: Format");
+    add(
+        "text-new", [this] { page().startText(); }, "ToolBar: Format");
     if (m_text) {
-        add("text-selected", [this] { choose(*m_text); }, "List: Entries");
-        add("text-edited", [this] { edit(*m_text); }, "ToolBar: Format");
+        add(
+            "text-selected", [this] { choose(*m_text); }, "List: Entries");
+        add(
+            "text-edited", [this] { edit(*m_text); }, "ToolBar: Format");
         add("text-table", [this] {
             edit(*m_text);
             key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
         });
-        add("text-link", [this] {
-            edit(*m_text);
-            key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
-        }, "Dialog: ");
+        add(
+            "text-link",
+            [this] {
+                edit(*m_text);
+                key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
+            },
+            "Dialog: ");
     }
 }
 
 void WindowScenes::addPanelScenes() {
     if (m_todo) {
-        add("schedule", [this] {
-            choose(*m_todo);
-            key(Qt::Key_D, Qt::ControlModifier);
-        }, "Dialog: Schedule");
-        add("month", [this] {
-            choose(*m_todo);
-            key(Qt::Key_D, Qt::ControlModifier);
-            focus("Due day");
-            key(Qt::Key_Down, Qt::AltModifier);
-        }, "Dialog: Schedule");
+        add(
+            "schedule",
+            [this] {
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+            },
+            "Dialog: Schedule");
+        add(
+            "month",
+            [this] {
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+                focus("Due day");
+                key(Qt::Key_Down, Qt::AltModifier);
+            },
+            "Dialog: Schedule");
     }
-    add("icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
-    add("board-choice", [this] { key(Qt::Key_K, Qt::ControlModifier); }, "Dialog: Go to board");
+    add(
+        "icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
+    add(
+        "board-choice", [this] { key(Qt::Key_K, Qt::ControlModifier); }, "Dialog: Go to board");
     if (m_other) {
-        add("question", [this] {
-            Q_EMIT m_window.findChild<Sidebar*>()->boardMenuRequested(m_other, {});
-            chooseInMenu("Delete…");
-        }, "Button: Delete board");
+        add(
+            "question",
+            [this] {
+                Q_EMIT m_window.findChild<Sidebar*>()->boardMenuRequested(m_other, {});
+                chooseInMenu("Delete…");
+            },
+            "Button: Delete board");
     }
 }
 
@@ -131,42 +163,55 @@ void WindowScenes::addMenuScenes() {
 }
 
 void WindowScenes::addPageScenes() {
-    add("upcoming", [this] { navigation().showPage(PageKind::upcoming); }, "List: Upcoming");
-    add("completed", [this] { navigation().showPage(PageKind::completed); }, "List: Completed");
-    add("completed-range", [this] {
-        navigation().showPage(PageKind::completed);
-        for (auto* const picker : m_window.findChildren<QComboBox*>()) {
-            if (picker->accessibleName() == QStringLiteral("Filter by completion date")) {
-                picker->setCurrentIndex(picker->count() - 1);
+    add(
+        "upcoming", [this] { navigation().showPage(PageKind::upcoming); }, "List: Upcoming");
+    add(
+        "completed", [this] { navigation().showPage(PageKind::completed); }, "List: Completed");
+    add(
+        "completed-range",
+        [this] {
+            navigation().showPage(PageKind::completed);
+            for (auto* const picker : m_window.findChildren<QComboBox*>()) {
+                if (picker->accessibleName() == QStringLiteral("Filter by completion date")) {
+                    picker->setCurrentIndex(picker->count() - 1);
+                }
             }
-        }
-    }, "List: Completed");
+        },
+        "List: Completed");
     add("completed-choice", [this] {
         navigation().showPage(PageKind::completed);
         focus("Filter by due date");
         key(Qt::Key_Space);
     });
-    add("search", [this] {
-        key(Qt::Key_F, Qt::ControlModifier);
-        type("a");
-    }, "List: Results");
+    add(
+        "search",
+        [this] {
+            key(Qt::Key_F, Qt::ControlModifier);
+            type("a");
+        },
+        "List: Results");
     add("search-nothing", [this] {
         key(Qt::Key_F, Qt::ControlModifier);
         type("zzz");
     });
     if (m_archived) {
-        add("archived", [this] { navigation().showPage(PageKind::archived); },
+        add(
+            "archived", [this] { navigation().showPage(PageKind::archived); },
             "List: Archived boards");
-        add("board-archived", [this] { navigation().showBoard(*m_archived); },
+        add(
+            "board-archived", [this] { navigation().showBoard(*m_archived); },
             "This board is archived.");
     }
-    add("sidebar", [this] {
-        auto& sidebar = *m_window.findChild<Sidebar*>();
-        if (!sidebar.isVisible()) {
-            key(Qt::Key_F9); // over the page of a narrow window
-        }
-        sidebar.takeKeyboard();
-    }, "List: Boards");
+    add(
+        "sidebar",
+        [this] {
+            auto& sidebar = *m_window.findChild<Sidebar*>();
+            if (!sidebar.isVisible()) {
+                key(Qt::Key_F9); // over the page of a narrow window
+            }
+            sidebar.takeKeyboard();
+        },
+        "List: Boards");
 }
 
 void WindowScenes::open(const Scene& scene) {

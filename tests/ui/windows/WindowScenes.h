@@ -18,8 +18,8 @@ class Navigation;
 
 namespace korvex::tests {
 
-/// The ways of a user to every page and panel of a main window, for whoever looks at all of them: by
-/// ear, for its contrasts, or with a person's eyes.
+/// The ways of a user to every page and panel of a main window, for whoever looks at all of them:
+/// by ear, for its contrasts, or with a person's eyes.
 class WindowScenes {
 public:
     struct Scene {
@@ -31,8 +31,8 @@ public:
     };
 
     /// Of the window's store as it is now: what it holds nothing for is left out. A store with
-    /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox a
-    /// text, an open todo and a completed one.
+    /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox
+    /// a text, an open todo and a completed one.
     WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace);
 
     const std::vector<Scene>& all() const { return m_scenes; }
