@@ -40,7 +40,8 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                  .undo = workspace.undo,
                  .folding = workspace.folding,
                  .runLoop = workspace.runLoop,
-                 .todos = {.entries = workspace.entries,
+                 .todos = {.context = workspace.context,
+                           .entries = workspace.entries,
                            .preferences = workspace.preferences,
                            .dates = workspace.dates,
                            .clock = workspace.clock}},
@@ -158,6 +159,10 @@ void BoardPage::takeKeyboard() {
 }
 
 bool BoardPage::leave() {
+    m_header->endRenaming();
+    if (m_renaming.isNameComingBack()) {
+        return false; // it says why
+    }
     const auto isLeft = m_editing.leaveForGood();
     if (!isLeft) {
         m_editing.takeKeyboard(); // it says why
@@ -167,11 +172,6 @@ bool BoardPage::leave() {
 
 BoardListing& BoardPage::header() {
     return *m_header;
-}
-
-bool BoardPage::leave() {
-    m_header->endRenaming();
-    return !m_renaming.isNameComingBack() && m_editing.leaveForGood();
 }
 
 bool BoardPage::showBoard(model::Board& board) {
