@@ -4,6 +4,7 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/SidebarRow.h"
+#include "ui/kit/pages/ColumnLayout.h"
 #include "ui/kit/pages/PageHeader.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Danger.h"
@@ -89,7 +90,7 @@ void ArchivedBoardsPage::rebuild() {
     auto* const rows = new QWidget;
     rows->setAccessibleName(m_header->title());
     Accessibility::setRole(*rows, QAccessible::List);
-    auto* const column = new QVBoxLayout(rows);
+    auto* const column = new ColumnLayout(m_theme, rows);
     // The icons begin where the title does.
     const auto edge = m_theme.space(Space::wide);
     column->setContentsMargins(
@@ -152,9 +153,8 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
     connect(unarchive, &QPushButton::clicked, this, [this, id = row.id] {
         with(id, [this](model::Board* board) { Q_EMIT unarchiveRequested(board); });
     });
-    connect(remove, &QPushButton::clicked, this, [this, id = row.id, remove] {
-        const QRect anchor(remove->mapToGlobal(QPoint()), remove->size());
-        with(id, [&](model::Board* board) { Q_EMIT deletionRequested(board, anchor); });
+    connect(remove, &QPushButton::clicked, this, [this, id = row.id] {
+        with(id, [this](model::Board* board) { Q_EMIT deletionRequested(board); });
     });
 }
 

@@ -30,7 +30,7 @@ public:
 Q_SIGNALS:
     void openRequested(korvex::model::Board* board);
     void unarchiveRequested(korvex::model::Board* board);
-    void deletionRequested(korvex::model::Board* board, const QRect& globalAnchor);
+    void deletionRequested(korvex::model::Board* board);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;

@@ -33,9 +33,7 @@ void BoardActions::addTo(QMenu& menu, model::Board& board, BoardListing& where) 
         items.add(tr("Archive"), {}, [this, &board] { archive(board); })
             .setEnabled(canChange && !board.isSystem());
     }
-    items
-        .add(tr("Delete…"), {},
-             [this, &board, &where] { confirmDeletion(board, anchorOf(board, where)); })
+    items.add(tr("Delete…"), {}, [this, &board] { confirmDeletion(board); })
         .setEnabled(canChange && !board.isSystem());
     if (!board.isArchived()) {
         menu.addSeparator();
@@ -97,7 +95,7 @@ void BoardActions::unarchive(model::Board& board) {
     perform([&] { m_boards.setArchived(false, board, m_clock.now()); });
 }
 
-void BoardActions::confirmDeletion(model::Board& board, const QRect&) {
+void BoardActions::confirmDeletion(model::Board& board) {
     QString message;
     perform([&] {
         const auto entries = board.entries();

@@ -28,7 +28,7 @@ public:
     void chooseIcon(model::Board& board, const QRect& globalAnchor);
     void archive(model::Board& board);
     void unarchive(model::Board& board);
-    void confirmDeletion(model::Board& board, const QRect& globalAnchor);
+    void confirmDeletion(model::Board& board);
     /// Down by so many places among the active boards, up where it is negative; not beyond the
     /// ends.
     void move(const model::Board& board, int offset);

@@ -43,6 +43,17 @@ QWidget* BoardItemDelegate::createEditor(QWidget* parent, const QStyleOptionView
     return field;
 }
 
+/// The list asks for this whenever anything of the board changes, as by another program: a name
+/// that is being typed stays, one that nobody has touched follows.
+void BoardItemDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    auto* const field = static_cast<QLineEdit*>(editor);
+    const auto name = index.data(Qt::EditRole).toString();
+    if (!field->isModified() && field->text() != name) {
+        field->setText(name);
+        field->selectAll();
+    }
+}
+
 void BoardItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,
                                      const QModelIndex& index) const {
     const auto name = static_cast<QLineEdit*>(editor)->text();

@@ -40,7 +40,8 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                  .undo = workspace.undo,
                  .folding = workspace.folding,
                  .runLoop = workspace.runLoop,
-                 .todos = {.entries = workspace.entries,
+                 .todos = {.context = workspace.context,
+                           .entries = workspace.entries,
                            .preferences = workspace.preferences,
                            .dates = workspace.dates,
                            .clock = workspace.clock}},
@@ -160,7 +161,7 @@ void BoardPage::takeKeyboard() {
 bool BoardPage::leave() {
     m_header->endRenaming();
     if (m_renaming.isNameComingBack()) {
-        return false;
+        return false; // it says why
     }
     const auto isLeft = m_editing.leaveForGood();
     if (!isLeft) {

@@ -6,6 +6,7 @@
 #include "ui/kit/fields/TimeField.h"
 #include "ui/kit/fields/WallClock.h"
 #include "ui/kit/overlays/PanelScroll.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/ReminderChoice.h"
 
@@ -31,10 +32,17 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
           {.completed = entry.isCompleted(),
            .defaultReminderMinutes = services.preferences.defaultReminderMinutes()},
           services.clock.now(), *m_formats,
-          [this, &entry](const model::TodoSchedule& schedule) {
-              m_services.entries.updateSchedule(entry, schedule, m_services.clock.now());
+          [this](const model::TodoSchedule& schedule) {
+              auto* const todo = m_services.context.find<model::Entry>(m_entry);
+              if (!todo) {
+                  throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
+              }
+              m_services.entries.updateSchedule(*todo, schedule, m_services.clock.now());
           },
-          [this] { closeNow(); }) {
+          [this] { closeNow(); }),
+      m_entry(entry.id()),
+      m_changes(
+          services.context.didChange().connect([this](const store::ChangeSet&) { follow(); })) {
     setAccessibleName(tr("Schedule"));
     makeFields();
     layOut();
@@ -43,6 +51,31 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
     auto* const first = m_editor.hasDue ? static_cast<QWidget*>(m_day) : m_today;
     first->setFocus();
     setFocusProxy(first);
+}
+
+void SchedulePopover::follow() {
+    const auto* const todo = m_services.context.find<model::Entry>(m_entry);
+    if (!todo || !todo->isTodo() || todo->isCompleted()) {
+        closeNow();
+        return;
+    }
+    using Typing = schedule::TodoScheduleEditor::Typing;
+    const auto fields = findChildren<const TypedField*>();
+    const auto isTyping = std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
+        return !each->isHidden() && each->isModified();
+    });
+    if (m_editor.storedChanged(todo->schedule(), isTyping ? Typing::yes : Typing::no,
+                               m_services.clock.now())) {
+        showState();
+    }
+    Q_EMIT followed();
+}
+
+/// What is about to be replaced is to be known. False when there is nothing any more.
+bool SchedulePopover::hearOfOthers() {
+    // Where this cannot be read, saving says so.
+    static_cast<void>(refusal([this] { m_services.context.refresh(); }));
+    return !isHidden();
 }
 
 void SchedulePopover::makeFields() {
@@ -250,19 +283,19 @@ void SchedulePopover::setDueDay(int daysFromToday) {
 void SchedulePopover::clear() {
     m_editor.hasDue = false;
     m_editor.hasReminder = false;
-    if (!m_editor.save(m_services.clock.now())) {
+    if (hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
 void SchedulePopover::save() {
-    if (takeTyped() && !m_editor.save(m_services.clock.now())) {
+    if (takeTyped() && hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
 void SchedulePopover::dismiss() {
-    if (takeTyped() && !m_editor.dismiss(m_services.clock.now())) {
+    if (takeTyped() && hearOfOthers() && !m_editor.dismiss(m_services.clock.now())) {
         showState();
     }
 }
@@ -279,6 +312,12 @@ bool SchedulePopover::takeTyped() {
     return isRead;
 }
 
+QString SchedulePopover::reason() const {
+    const auto now = m_editor.stored().accessibilityLabel(m_editor.isCompleted(),
+                                                          m_services.clock.now(), *m_formats);
+    return translated(*m_editor.errorMessage()).replace(QLatin1String("%1"), toQString(now));
+}
+
 void SchedulePopover::showErrors() {
     const auto& message = m_editor.errorMessage();
     using Concern = schedule::TodoScheduleEditor::Concern;
@@ -292,7 +331,7 @@ void SchedulePopover::showErrors() {
     };
     const auto say = [&](RefusalLabel& label, const QString& problem, Concern concern) {
         const bool isMeant = message && m_editor.errorConcern() == concern;
-        label.say(!problem.isEmpty() ? problem : isMeant ? translated(*message) : QString());
+        label.say(!problem.isEmpty() ? problem : isMeant ? reason() : QString());
     };
     m_dayRefusal->say(problemOf({m_day}));
     say(*m_timeRefusal, problemOf({m_startDay, m_start, m_time}), Concern::window);

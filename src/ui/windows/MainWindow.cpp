@@ -129,9 +129,7 @@ Page* MainWindow::makeArchivedPage() {
     connect(page, &ArchivedBoardsPage::unarchiveRequested, this,
             [this](model::Board* board) { m_boardActions.unarchive(*board); });
     connect(page, &ArchivedBoardsPage::deletionRequested, this,
-            [this](model::Board* board, const QRect& anchor) {
-                m_boardActions.confirmDeletion(*board, anchor);
-            });
+            [this](model::Board* board) { m_boardActions.confirmDeletion(*board); });
     return page;
 }
 

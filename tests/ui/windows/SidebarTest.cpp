@@ -59,6 +59,22 @@ TEST_F(SidebarTest, ABoardIsRenamedInPlace) {
     EXPECT_EQ(nameField(), nullptr);
 }
 
+TEST_F(SidebarTest, ANameThatIsBeingTypedOutlivesWhatOthersDo) {
+    sidebar.rename(*work);
+    elsewhere([&](auto& client) {
+        client.boards.renameBoard(*client.boards.board(work->id()), "Desk", kNow);
+    });
+    EXPECT_EQ(nameField()->selectedText(), QStringLiteral("Desk")) << "nobody has touched it";
+    QTest::keyClicks(nameField(), QStringLiteral("Offi"));
+    elsewhere([&](auto& client) {
+        client.boards.createBoard("Another", kNow);
+        client.boards.renameBoard(*client.boards.board(work->id()), "Lab", kNow);
+    });
+    QTest::keyClicks(nameField(), QStringLiteral("ce"));
+    QTest::keyClick(nameField(), Qt::Key_Return);
+    EXPECT_EQ(work->name(), "Office");
+}
+
 TEST_F(SidebarTest, ARefusedNameStaysToBeCorrected) {
     sidebar.rename(*work);
     typeName("   ");
@@ -109,7 +125,7 @@ TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWordsAndCountsTheOpenEntries)
     const auto todos =
         own.entries.createTodos({.contents = {"a", "b", "c"}, .board = *work, .now = kNow});
     own.entries.completeTodo(*todos.front(), kNow);
-    actions.confirmDeletion(*work, {});
+    actions.confirmDeletion(*work);
     auto* const sheet = sidebar.findChild<ConfirmationSheet*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->accessibleName(),

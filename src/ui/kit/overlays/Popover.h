@@ -19,7 +19,8 @@ class Popover : public QFrame {
 public:
     Popover(const Theme& theme, QWidget* window);
 
-    /// Opens below `anchor`, in global coordinates, or above it where there is no room below.
+    /// Opens below `anchor`, in global coordinates, or above it where there is no room below; or
+    /// goes there, where it is open.
     void openAt(const QRect& anchor);
     /// Opens in the middle of the window.
     void openInMiddle();
