@@ -2,15 +2,16 @@
 // bar moves until the window system has the new picture. Screen by screen through the whole list,
 // line by line as a wheel does, and in jumps as the handle does when it is dragged. Against the
 // same in a bare list of as many plain rows ("limit"), and against one frame of a screen ("frame").
+// "texts" is the same over 1,000 formatted texts.
 
 #include "support/BenchWindow.h"
+#include "support/Frames.h"
+#include "support/Notes.h"
 #include "ui/entries/EntryListView.h"
 
 #include <QListView>
 #include <QScrollBar>
 #include <QStringListModel>
-
-#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
@@ -21,7 +22,7 @@ namespace {
 using namespace korvex;
 
 constexpr std::size_t kEntries = 10'000;
-constexpr double kLongestFrame = 0.016;
+constexpr std::size_t kTexts = 1'000;
 
 /// A list that is scrolled, once it has been painted.
 class Scrolled {
@@ -51,22 +52,12 @@ private:
     bench::PaintCount m_paints;
 };
 
-/// The desktop app's window on a board of that many entries.
+/// The desktop app's window on a store that was filled so.
 class Window {
 public:
-    Window()
-        : m_window([](bench::OpenStore& store) {
-              store.entries().createTodos({.contents = bench::titles(kEntries),
-                                           .board = store.inbox(),
-                                           .now = bench::kNow});
-          }),
-          m_list(*m_window.window().findChild<ui::EntryListView*>()) {
-        // What the start puts off until the window has been painted is no part of a frame.
-        constexpr std::chrono::seconds kSettling{3};
-        const auto start = std::chrono::steady_clock::now();
-        while (std::chrono::steady_clock::now() - start < kSettling) {
-            QApplication::processEvents(QEventLoop::AllEvents, 100);
-        }
+    explicit Window(void (*fill)(bench::OpenStore&))
+        : m_window(fill), m_list(*m_window.window().findChild<ui::EntryListView*>()) {
+        bench::settle();
     }
 
     QAbstractScrollArea& list() { return m_list; }
@@ -117,51 +108,48 @@ std::vector<double> scrollThrough(Scrolled& list) {
         // Places all over the list, never twice the same.
         draw(static_cast<int>(static_cast<std::int64_t>(i) * 7919 % 200 * bar.maximum() / 200));
     }
-    std::sort(frames.begin(), frames.end());
     return frames;
 }
 
 void scroll(benchmark::State& state, QAbstractScrollArea& list) {
     Scrolled scrolled(list);
     for (auto _ : state) {
-        const auto frames = scrollThrough(scrolled);
-        state.SetIterationTime(frames.back());
-        state.counters["frames"] = static_cast<double>(frames.size());
-        state.counters["p99"] = frames[frames.size() * 99 / 100];
-        state.counters["median"] = frames[frames.size() / 2];
+        bench::report(state, scrollThrough(scrolled));
     }
+}
+
+void fillWithTodos(bench::OpenStore& store) {
+    store.entries().createTodos(
+        {.contents = bench::titles(kEntries), .board = store.inbox(), .now = bench::kNow});
+}
+
+void fillWithTexts(bench::OpenStore& store) {
+    bench::addNotes(store, store.inbox(), kTexts);
 }
 
 void korvexWindow(benchmark::State& state) {
     bench::application();
-    Window window;
+    Window window(fillWithTodos);
+    scroll(state, window.list());
+}
+
+void windowOfTexts(benchmark::State& state) {
+    bench::application();
+    Window window(fillWithTexts);
     scroll(state, window.list());
 }
 
 void bareList(benchmark::State& state) {
     bench::application();
-    BareList bare(Window().list().size());
+    BareList bare(Window(fillWithTodos).list().size());
     scroll(state, bare.list());
 }
 
-void frame(benchmark::State& state) {
-    for (auto _ : state) {
-        state.SetIterationTime(kLongestFrame);
-    }
-}
-
-template <typename Function>
-void add(const char* name, Function function) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseManualTime()
-        ->Iterations(1)
-        ->Unit(benchmark::kMillisecond);
-}
-
 const bool kAreAdded = [] {
-    add("korvex", korvexWindow);
-    add("limit", bareList);
-    add("frame", frame);
+    bench::add("korvex", korvexWindow);
+    bench::add("texts", windowOfTexts);
+    bench::add("limit", bareList);
+    bench::addFrame();
     return true;
 }();
 

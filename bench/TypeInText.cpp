@@ -5,6 +5,7 @@
 // ("frame").
 
 #include "support/BenchWindow.h"
+#include "support/Frames.h"
 
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/table/RichTextTable.h"
@@ -13,8 +14,6 @@
 
 #include <QKeyEvent>
 #include <QTextEdit>
-
-#include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <chrono>
@@ -25,7 +24,6 @@ using namespace korvex;
 using richtext::AttributedString;
 using richtext::RichTextTable;
 
-constexpr double kLongestFrame = 0.016;
 constexpr std::size_t kCharacters = 9'400;
 constexpr int kKeysInEachPlace = 100;
 
@@ -123,10 +121,7 @@ void typeEverywhere(benchmark::State& state, Typing& typing) {
         state.counters[place] = *std::max_element(times.begin(), times.end());
         all.insert(all.end(), times.begin(), times.end());
     }
-    std::sort(all.begin(), all.end());
-    state.SetIterationTime(all.back());
-    state.counters["p99"] = all[all.size() * 99 / 100];
-    state.counters["median"] = all[all.size() / 2];
+    bench::report(state, all);
 }
 
 void korvexEditor(benchmark::State& state) {
@@ -155,24 +150,10 @@ void bareEditor(benchmark::State& state) {
     }
 }
 
-void frame(benchmark::State& state) {
-    for (auto _ : state) {
-        state.SetIterationTime(kLongestFrame);
-    }
-}
-
-template <typename Function>
-void add(const char* name, Function function) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseManualTime()
-        ->Iterations(1)
-        ->Unit(benchmark::kMillisecond);
-}
-
 const bool kAreAdded = [] {
-    add("korvex", korvexEditor);
-    add("limit", bareEditor);
-    add("frame", frame);
+    bench::add("korvex", korvexEditor);
+    bench::add("limit", bareEditor);
+    bench::addFrame();
     return true;
 }();
 

@@ -1,6 +1,7 @@
 #include "app/DraftFolder.h"
 
 #include "base/Base64.h"
+#include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 
@@ -9,6 +10,8 @@
 #include <rapidjson/stringbuffer.h>
 
 #include <algorithm>
+#include <cinttypes>
+#include <cstdio>
 #include <string_view>
 
 namespace korvex::app {
@@ -125,53 +128,127 @@ std::optional<Draft> decoded(const base::Uuid& id, const std::string& contents) 
     return draft;
 }
 
+fs::path fileOf(const fs::path& folder, const base::Uuid& id) {
+    return folder / (id.text() + kExtension);
+}
+
 } // namespace
 
 fs::path DraftFolder::beside(const fs::path& storeFile) {
     return storeFile.parent_path() / "Drafts";
 }
 
-std::error_code DraftFolder::write(const Draft& draft) const {
+fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {
+    const auto path = storeFile.string();
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
+    char name[17];
+    std::snprintf(name, sizeof name, "%016" PRIx64, base::checksum({bytes, path.size()}));
+    return stateFolder / "korvex" / "drafts" / name;
+}
+
+std::error_code DraftFolder::write(const Draft& draft) {
     auto contents = encoded(draft);
     if (contents.size() > kMaximumFileBytes) {
         auto plain = draft;
         plain.richTextData.reset();
         contents = encoded(plain);
     }
-    return base::replaceFile(fileOf(draft.id), contents);
-}
-
-void DraftFolder::remove(const base::Uuid& id) const {
-    std::error_code error;
-    fs::remove(fileOf(id), error);
-    // An empty folder tells nobody anything; of one with drafts nothing happens.
-    fs::remove(m_folder, error);
-}
-
-DraftFolder::Found DraftFolder::find() const {
-    Found found;
-    std::error_code error;
-    for (fs::directory_iterator each(m_folder, error), end; !error && each != end;
-         each.increment(error)) {
-        const auto& file = each->path();
-        if (file.extension() != kExtension) {
-            continue; // what a killed program was writing
+    std::error_code first;
+    for (const auto& folder : m_folders) {
+        const auto error = writeIn(folder, draft.id, contents);
+        if (!error) {
+            for (const auto& other : m_folders) {
+                if (other != folder) {
+                    removeFrom(other, draft.id); // what it said before
+                }
+            }
+            return {};
         }
-        const auto id = base::Uuid::parse(file.stem().string());
-        const auto contents = id ? base::readSmallFile(file, kMaximumFileBytes) : std::nullopt;
-        if (auto draft = contents ? decoded(*id, *contents) : std::nullopt) {
-            found.drafts.push_back(std::move(*draft));
-        } else {
-            found.unreadable.push_back(file);
-        }
+        first = first ? first : error;
     }
-    std::sort(found.drafts.begin(), found.drafts.end(),
-              [](const Draft& left, const Draft& right) { return left.typedAt < right.typedAt; });
+    return first;
+}
+
+std::error_code DraftFolder::writeIn(const fs::path& folder, const base::Uuid& id,
+                                     std::string_view contents) {
+    std::error_code error;
+    fs::create_directories(folder, error); // where that fails, so does what follows
+    const auto file = fileOf(folder, id);
+    m_claims.claim(file); // before others can see it
+    const auto failure = base::replaceFile(file, contents);
+    if (failure && !fs::exists(file, error)) {
+        removeFrom(folder, id); // no claim without a file
+    }
+    return failure;
+}
+
+void DraftFolder::remove(const base::Uuid& id) {
+    for (const auto& folder : m_folders) {
+        removeFrom(folder, id);
+    }
+}
+
+void DraftFolder::removeFrom(const fs::path& folder, const base::Uuid& id) {
+    std::error_code error;
+    const auto file = fileOf(folder, id);
+    fs::remove(file, error);
+    m_claims.release(file);
+    // An empty folder tells nobody anything; of one with drafts nothing happens.
+    fs::remove(folder, error);
+}
+
+DraftFolder::Found DraftFolder::find() {
+    Found found;
+    for (const auto& folder : m_folders) {
+        findIn(folder, found);
+    }
+    auto& drafts = found.drafts;
+    std::stable_sort(drafts.begin(), drafts.end(), [](const Draft& left, const Draft& right) {
+        return left.typedAt < right.typedAt;
+    });
+    for (auto each = drafts.begin(); each != drafts.end();) {
+        const auto isOlder = std::any_of(each + 1, drafts.end(),
+                                         [&](const Draft& newer) { return newer.id == each->id; });
+        each = isOlder ? drafts.erase(each) : each + 1;
+    }
     return found;
 }
 
-fs::path DraftFolder::fileOf(const base::Uuid& id) const {
-    return m_folder / (id.text() + kExtension);
+void DraftFolder::findIn(const fs::path& folder, Found& found) {
+    std::vector<fs::path> files;
+    std::vector<fs::path> locked;
+    std::error_code error;
+    for (fs::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        // Of others a killed program was writing them.
+        if (each->path().extension() == kExtension) {
+            files.push_back(each->path());
+        } else if (each->path().extension() == FileClaims::kExtension) {
+            locked.push_back(each->path());
+        }
+    }
+    for (auto& file : locked) {
+        file.replace_extension(kExtension);
+        if (!fs::exists(file, error) && m_claims.claim(file) == FileClaims::Claim::ours) {
+            m_claims.release(file); // a program was killed before it wrote
+        }
+    }
+    for (const auto& file : files) {
+        const auto id = base::Uuid::parse(file.stem().string());
+        if (id && m_claims.claim(file) == FileClaims::Claim::theirs) {
+            continue;
+        }
+        const auto contents = id ? base::readSmallFile(file, kMaximumFileBytes) : std::nullopt;
+        if (auto draft = contents ? decoded(*id, *contents) : std::nullopt) {
+            found.drafts.push_back(std::move(*draft));
+            continue;
+        }
+        m_claims.release(file);
+        // One that has just been stored by who had it is gone.
+        if (fs::exists(file, error)) {
+            found.unreadable.push_back(file);
+        }
+    }
 }
 
 } // namespace korvex::app

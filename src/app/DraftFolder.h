@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/FileClaims.h"
 #include "base/Bytes.h"
 #include "base/Instant.h"
 #include "base/Uuid.h"
@@ -38,37 +39,49 @@ struct Draft {
     bool operator==(const Draft&) const = default;
 };
 
-/// The drafts beside a store, a small file each (docs/formats/drafts.md). Nothing here looks into
-/// the store: drafts are written just because that could not be. Main thread.
+/// The drafts of a store, a small file each (docs/formats/drafts.md), beside it or, where that disk
+/// takes nothing, in another place. Nothing here looks into the store: drafts are written just
+/// because that could not be. What this object writes or finds belongs to its process until it
+/// ends: no other one finds it. Main thread.
 class DraftFolder {
 public:
     /// No file holds more; what a program does not write it does not read either.
     static constexpr std::size_t kMaximumFileBytes = 8 * 1024 * 1024;
 
     /// Nothing is created before the first draft.
-    explicit DraftFolder(std::filesystem::path folder) : m_folder(std::move(folder)) {}
+    /// Each folder is tried when those before it take nothing.
+    explicit DraftFolder(std::vector<std::filesystem::path> folders)
+        : m_folders(std::move(folders)) {}
 
     /// The folder for the drafts of a store file.
     static std::filesystem::path beside(const std::filesystem::path& storeFile);
+    /// The one for them in the folder for the state of programs.
+    static std::filesystem::path in(const std::filesystem::path& stateFolder,
+                                    const std::filesystem::path& storeFile);
 
-    /// All or nothing, and on the disk when it returns. Formats that leave no room for the words
-    /// are left out.
-    [[nodiscard]] std::error_code write(const Draft& draft) const;
+    /// All or nothing, and on a disk when it returns; else the first folder's error. Formats that
+    /// leave no room for the words are left out.
+    [[nodiscard]] std::error_code write(const Draft& draft);
     /// Nothing happens when it is not there.
-    void remove(const base::Uuid& id) const;
+    void remove(const base::Uuid& id);
 
     struct Found {
-        /// In the order in which they were typed.
+        /// In the order in which they were typed; of one that stands in several folders the newest.
         std::vector<Draft> drafts;
         /// Files that are none, or of a newer form. They stay as they are.
         std::vector<std::filesystem::path> unreadable;
     };
-    Found find() const;
+    /// Those of other living processes are left out.
+    Found find();
 
 private:
-    std::filesystem::path fileOf(const base::Uuid& id) const;
+    std::error_code writeIn(const std::filesystem::path& folder, const base::Uuid& id,
+                            std::string_view contents);
+    void removeFrom(const std::filesystem::path& folder, const base::Uuid& id);
+    void findIn(const std::filesystem::path& folder, Found& found);
 
-    std::filesystem::path m_folder;
+    std::vector<std::filesystem::path> m_folders;
+    FileClaims m_claims;
 };
 
 } // namespace korvex::app

@@ -1,5 +1,6 @@
 #include "app/StoreLocation.h"
 
+#include "app/DraftFolder.h"
 #include "app/UserFolders.h"
 
 namespace korvex::app {
@@ -16,6 +17,18 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
 
 fs::path storeFile(const fs::path& dataDirectory) {
     return dataDirectory / kStoreFileName;
+}
+
+std::optional<std::string> missingStoreNotice(const fs::path& dataDirectory) {
+    const auto file = storeFile(dataDirectory);
+    std::error_code ignored;
+    if (fs::exists(file, ignored) || !fs::exists(DraftFolder::beside(file), ignored)) {
+        return std::nullopt;
+    }
+    return "The store that was in " + dataDirectory.string() +
+           " is gone, and a new one was made there. What was typed and could not be stored is "
+           "still "
+           "kept beside it.";
 }
 
 } // namespace korvex::app

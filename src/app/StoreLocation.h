@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 namespace korvex::app {
 
@@ -14,5 +15,9 @@ std::filesystem::path dataDirectory(const std::optional<std::filesystem::path>& 
 
 /// The store file inside it.
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
+
+/// To be asked before a store is opened that is made where there is none: what the user is to be
+/// told then, since the folder has held one before. Drafts are written beside a store only.
+std::optional<std::string> missingStoreNotice(const std::filesystem::path& dataDirectory);
 
 } // namespace korvex::app

@@ -36,6 +36,7 @@ struct MonthWords::Formats {
     /// Days from Sunday to the first of the week.
     int firstWeekday = 0;
     std::unique_ptr<icu::DateFormat> title;
+    std::unique_ptr<icu::DateFormat> shortTitle;
     std::unique_ptr<icu::DateFormat> wholeDay;
     std::unique_ptr<icu::DateFormat> dayOfMonth;
 };
@@ -72,6 +73,7 @@ MonthWords::MonthWords(const std::string& name) : m_formats(std::make_unique<For
         return prepared(icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status));
     };
     m_formats->title = bySkeleton(u"yMMMM");
+    m_formats->shortTitle = bySkeleton(u"yMMM");
     m_formats->wholeDay = bySkeleton(u"yMMMMEEEEd");
     // The number alone: by a skeleton it would be "10日" in Japanese.
     m_formats->dayOfMonth = prepared(new icu::SimpleDateFormat(u"d", locale, status));
@@ -98,6 +100,10 @@ int MonthWords::column(const CivilDay& day) const {
 
 std::string MonthWords::title(const CivilDay& day) const {
     return textOf(*m_formats->title, day);
+}
+
+std::string MonthWords::shortTitle(const CivilDay& day) const {
+    return textOf(*m_formats->shortTitle, day);
 }
 
 std::string MonthWords::wholeDay(const CivilDay& day) const {

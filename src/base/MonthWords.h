@@ -31,8 +31,9 @@ public:
     /// Which of them the day is. Throws std::out_of_range for what is no day.
     int column(const CivilDay& day) const;
 
-    /// "March 2025"
+    /// "March 2025", or "Mar 2025" where there is no room for that.
     std::string title(const CivilDay& day) const;
+    std::string shortTitle(const CivilDay& day) const;
     /// "Monday, March 10, 2025"
     std::string wholeDay(const CivilDay& day) const;
     /// "10"

@@ -1,10 +1,12 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
+#include "app/UserFolders.h"
 #include "base/Clock.h"
+#include "desktop/Arguments.h"
 #include "desktop/StartupTrace.h"
+#include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
-#include "model/SchemaVersions.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/qt/SingleInstance.h"
@@ -20,7 +22,6 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QTimer>
 
 #include <chrono>
@@ -36,87 +37,75 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 
-struct Arguments {
-    std::optional<std::filesystem::path> dataDirectory;
-    /// Set to show the gallery instead of the notes; how that is to look.
-    std::optional<QStringList> gallery;
-};
+enum class AfterError { quit, tryAgain };
 
-Arguments read(const QApplication& application) {
-    QCommandLineParser parser;
-    parser.addHelpOption();
-    const QCommandLineOption directory(QStringLiteral("data-dir"),
-                                       QApplication::tr("The folder that holds the store."),
-                                       QStringLiteral("DIR"));
-    parser.addOption(directory);
-#ifdef KORVEX_GALLERY
-    const QCommandLineOption gallery(QStringLiteral("gallery"),
-                                     QStringLiteral("Show what the windows are made of."));
-    parser.addOption(gallery);
-#endif
-    parser.process(application);
-    Arguments arguments;
-    if (parser.isSet(directory)) {
-        arguments.dataDirectory = parser.value(directory).toStdString();
-    }
-#ifdef KORVEX_GALLERY
-    if (parser.isSet(gallery)) {
-        arguments.gallery = parser.positionalArguments();
-    }
-#endif
-    return arguments;
-}
-
-int showStoreError(const QString& message, const std::filesystem::path& file,
-                   const ui::Theme& theme) {
+/// Until the window is closed.
+AfterError showStoreError(const QString& message, const std::filesystem::path& file,
+                          const ui::Theme& theme) {
     ui::StoreErrorWindow window(message, file, theme);
+    auto next = AfterError::quit;
+    QObject::connect(&window, &ui::StoreErrorWindow::retryRequested, &window, [&] {
+        next = AfterError::tryAgain;
+        window.close();
+    });
     window.show();
     QApplication::exec();
-    return kStoreUnusable;
+    return next;
 }
 
 } // namespace
 
 int main(int argc, char* argv[]) {
     const desktop::StartupTrace trace;
+    desktop::Arguments arguments(argc, argv);
+    const auto directory = app::dataDirectory(arguments.dataDirectory());
+    const auto file = app::storeFile(directory);
+    platform::qt::SingleInstance instance(directory);
+    if (arguments.areClear() && instance.raiseRunning()) {
+        return 0;
+    }
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::AppPreferences preferences(defaults, log);
+    const auto missing = app::missingStoreNotice(directory); // opening makes a new one
+    using When = desktop::StoreOpening::When;
+    desktop::StoreOpening opening(file, preferences.mainBoardSelectedBoardID(), log,
+                                  arguments.areClear() ? When::now : When::whenTaken);
+
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
     QApplication::setDesktopFileName(QStringLiteral("korvex"));
     QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
-    const auto arguments = read(application);
+    arguments.answer(application);
 #ifdef KORVEX_GALLERY
-    if (arguments.gallery) {
-        return ui::runGallery(*arguments.gallery);
+    if (const auto look = arguments.gallery()) {
+        return ui::runGallery(*look);
     }
 #endif
-    const auto directory = app::dataDirectory(arguments.dataDirectory);
-    const auto file = app::storeFile(directory);
-
-    platform::qt::SingleInstance instance(directory);
-    if (instance.raiseRunning()) {
+    if (!arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-
-    base::StandardErrorLog standardError(base::LogLevel::warning);
-    platform::systemd::JournalLog log(standardError);
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    app::AppPreferences preferences(defaults, log);
     ui::Theme theme(preferences);
     ui::QuietStyle::install(theme);
 
-    std::unique_ptr<store::ModelContainer> container;
-    if (const auto refused = ui::refusal([&] {
-            container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
-        })) {
-        return showStoreError(*refused, file, theme);
+    desktop::StoreOpening::Opened store;
+    while (const auto refused = ui::refusal([&] { store = opening.take(); })) {
+        if (showStoreError(*refused, file, theme) == AfterError::quit) {
+            return kStoreUnusable;
+        }
+        opening = desktop::StoreOpening(file, preferences.mainBoardSelectedBoardID(), log,
+                                        When::whenTaken);
     }
+    auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
-    const ui::WorkspaceOwner owner({.container = *container,
+    const ui::WorkspaceOwner owner({.container = container,
+                                    .context = std::move(store.context),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,
@@ -124,16 +113,21 @@ int main(int argc, char* argv[]) {
                                     .log = log,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
-                                    .resources = script.resources()});
+                                    .resources = script.resources(),
+                                    .state = app::userFolder("XDG_STATE_HOME", ".local/state")});
     const auto& workspace = owner.workspace();
-    if (const auto refused =
-            ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); });
-        refused && !workspace.boards.inboxBoard()) {
-        return showStoreError(*refused, file, theme);
+    while (const auto refused =
+               ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); })) {
+        if (workspace.boards.inboxBoard()) {
+            break;
+        }
+        if (showStoreError(*refused, file, theme) == AfterError::quit) {
+            return kStoreUnusable;
+        }
     }
 
     ui::MainWindow window(workspace, theme);
-    desktop::Watchers watchers({.container = *container,
+    desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
                                 .window = window,
@@ -154,12 +148,16 @@ int main(int argc, char* argv[]) {
         window.storeAll();
         QApplication::exit();
     });
-    window.showNotices(container->notices());
+    auto notices = container.notices();
+    if (missing) {
+        notices.push_back(*missing);
+    }
+    window.showNotices(notices);
     window.show();
     const auto status = QApplication::exec();
     // What a long day left in the journal moves into the store file; where that fails the journal
     // keeps it.
-    if (const auto refused = ui::refusal([&] { container->checkpoint(); })) {
+    if (const auto refused = ui::refusal([&] { container.checkpoint(); })) {
         log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
     }
     return status;

@@ -12,6 +12,10 @@ namespace {
 
 constexpr const char* kWindowRefusal = "Choose a start time before the end time on this date.";
 constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
+constexpr const char* kChangedRefusal =
+    "Another program changed this schedule. It is now: %1. Save again to replace that.";
+constexpr const char* kClearedRefusal =
+    "Another program cleared this schedule. Save again to set what is chosen here.";
 constexpr const char* kWindowAnchor =
     "The end time is the deadline. Reminder presets count back from the end time.";
 constexpr const char* kAllDayAnchor = "Without a due time, presets count back from %1.";
@@ -57,11 +61,16 @@ bool isPresent(const std::optional<base::Instant>& instant) {
 TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Settings settings,
                                        base::Instant now, const base::DateFormats& formats,
                                        OnSave onSave, std::function<void()> onClose)
-    : m_original(original),
-      m_settings(settings),
+    : m_settings(settings),
       m_formats(formats),
       m_onSave(std::move(onSave)),
       m_onClose(std::move(onClose)) {
+    load(original, now);
+}
+
+void TodoScheduleEditor::load(const model::TodoSchedule& stored, base::Instant now) {
+    m_original = stored;
+    m_stored = stored;
     const auto& calendar = m_formats.calendar();
     const auto nextHour = nextFullHour(now, calendar);
     // A day that is proposed is today, also in the last hour of it.
@@ -77,7 +86,22 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
     startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(m_due);
     hasReminder = isPresent(m_original.reminderDate);
     reminder = hasReminder ? *m_original.reminderDate : nextHour;
+    reminderPreset.reset();
     m_initial = schedule();
+}
+
+bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing typing,
+                                       base::Instant now) {
+    if (m_saving || stored == m_stored) {
+        return false;
+    }
+    if (typing == Typing::no && schedule() == m_initial) {
+        load(stored, now);
+        return true;
+    }
+    m_stored = stored;
+    m_isUnseen = true;
+    return false;
 }
 
 TodoScheduleEditor::Concern TodoScheduleEditor::errorConcern() const {
@@ -199,9 +223,13 @@ bool TodoScheduleEditor::save(base::Instant now) {
     if (m_errorMessage) {
         return false;
     }
+    const auto described = schedule();
+    if (std::exchange(m_isUnseen, false) && described != m_stored) {
+        m_errorMessage = m_stored.isEmpty() ? kClearedRefusal : kChangedRefusal;
+        return false;
+    }
     try {
         const Saving saving(m_saving);
-        const auto described = schedule();
         if (!described) {
             throw model::EntryServiceError(model::EntryServiceErrorCase::invalidSchedule);
         }

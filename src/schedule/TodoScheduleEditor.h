@@ -54,6 +54,15 @@ public:
     bool isCompleted() const { return m_settings.completed; }
     const model::TodoSchedule& original() const { return m_original; }
 
+    /// The todo has another schedule now, which another program has set. While nothing was changed
+    /// here the fields follow; else the next save of something else is refused once, so that nobody
+    /// replaces what they have not seen. What is being typed is a change too. True when the fields
+    /// are others now.
+    enum class Typing { no, yes };
+    bool storedChanged(const model::TodoSchedule& stored, Typing typing, base::Instant now);
+    /// What the todo has now; in such a refusal "%1" stands for it.
+    const model::TodoSchedule& stored() const { return m_stored; }
+
     /// Moves the reminder to its preset, if one is chosen and there is something due.
     void updatePresetReminder();
     /// In English, to be translated; "%1" in it stands for the time where there is one.
@@ -79,6 +88,7 @@ public:
     void close() const { m_onClose(); }
 
 private:
+    void load(const model::TodoSchedule& stored, base::Instant now);
     std::optional<base::Instant> anchor() const;
     std::optional<base::DayNumber> dueDay() const;
     /// The start and the end of the window; absent where the clock has no such time on the due
@@ -89,6 +99,9 @@ private:
     model::TodoSchedule m_original;
     /// What the fields described at first: the original without what makes no sense.
     std::optional<model::TodoSchedule> m_initial;
+    model::TodoSchedule m_stored;
+    /// Another program has set it since something was changed here.
+    bool m_isUnseen = false;
     base::Instant m_due;
     /// `m_due` stands for the original's day: one that the zone skipped has no moment of its own.
     bool m_isDueOfOriginalDay = false;

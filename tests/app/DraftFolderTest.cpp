@@ -27,8 +27,12 @@ protected:
     }
     std::filesystem::path path() const { return DraftFolder::beside(folder / "Primary.store"); }
 
+    std::filesystem::path second() const {
+        return DraftFolder::in(folder / "state", folder / "Primary.store");
+    }
+
     tests::TemporaryFolder folder;
-    DraftFolder drafts{path()};
+    DraftFolder drafts{{path(), second()}};
 };
 
 TEST_F(DraftFolderTest, WhatIsWrittenIsFoundUntilItIsRemoved) {
@@ -50,6 +54,47 @@ TEST_F(DraftFolderTest, WhatIsWrittenIsFoundUntilItIsRemoved) {
     EXPECT_THAT(drafts.find().drafts, ElementsAre(todo));
     drafts.remove(todo.id);
     EXPECT_FALSE(std::filesystem::exists(path()));
+}
+
+TEST_F(DraftFolderTest, WhatALivingProgramHasIsNotFoundByOthers) {
+    DraftFolder other{{path(), second()}};
+    const auto todo = draft(1, "a");
+    EXPECT_FALSE(drafts.write(todo));
+    EXPECT_THAT(other.find().drafts, IsEmpty());
+    auto more = todo;
+    more.content = "a b";
+    EXPECT_FALSE(drafts.write(more));
+    EXPECT_THAT(other.find().drafts, IsEmpty()) << "also once it was replaced";
+    drafts = DraftFolder{{path(), second()}}; // as when its program ends
+    EXPECT_THAT(other.find().drafts, ElementsAre(more));
+    EXPECT_THAT(drafts.find().drafts, IsEmpty()) << "whoever offers it has it";
+    other.remove(more.id);
+    EXPECT_FALSE(std::filesystem::exists(path()));
+
+    put(base::Uuid::random().text() + ".lock", "of a program that was killed before it wrote");
+    EXPECT_THAT(other.find().drafts, IsEmpty());
+    EXPECT_TRUE(std::filesystem::is_empty(path()));
+}
+
+TEST_F(DraftFolderTest, WhereTheDiskTakesNothingTheStateFolderDoes) {
+    auto todo = draft(1, "before");
+    EXPECT_FALSE(drafts.write(todo));
+    // A folder in the place of its file is refused, whoever asks.
+    std::filesystem::remove(path() / (todo.id.text() + ".draft"));
+    std::filesystem::create_directories(path() / (todo.id.text() + ".draft") / "x");
+    todo.content = "more";
+    EXPECT_FALSE(drafts.write(todo));
+    EXPECT_THAT(drafts.find().drafts, ElementsAre(todo));
+    EXPECT_TRUE(std::filesystem::exists(second()));
+
+    std::filesystem::remove_all(path());
+    put(todo.id.text() + ".draft", R"({"version": 1, "type": "todo", "typedAt": 0, "content": "old",
+        "board": "00000000-0000-0000-0000-000000000001"})");
+    EXPECT_THAT(drafts.find().drafts, ElementsAre(todo)) << "the newest of both";
+    todo.content = "most";
+    EXPECT_FALSE(drafts.write(todo));
+    EXPECT_FALSE(std::filesystem::exists(second())) << "and one again, once there is room";
+    EXPECT_THAT(drafts.find().drafts, ElementsAre(todo));
 }
 
 TEST_F(DraftFolderTest, FormatsMakeRoomForTheWords) {
@@ -85,8 +130,9 @@ TEST_F(DraftFolderTest, AFolderThatCannotBeWrittenIsAnError) {
     put("x", "");
     std::filesystem::remove_all(path());
     std::ofstream(path(), std::ios::binary) << "a file in its place";
-    EXPECT_TRUE(drafts.write(draft(1, "kept in the editor")));
-    EXPECT_THAT(drafts.find().drafts, IsEmpty());
+    DraftFolder only{{path()}};
+    EXPECT_TRUE(only.write(draft(1, "kept in the editor")));
+    EXPECT_THAT(only.find().drafts, IsEmpty());
 }
 
 } // namespace

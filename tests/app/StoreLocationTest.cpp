@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 namespace korvex::app {
 namespace {
 
@@ -31,6 +33,15 @@ TEST(StoreLocation, IsTheGivenFolderElseTheUsersData) {
         EXPECT_EQ(dataDirectory(each.given), each.expected);
     }
     EXPECT_TRUE(fs::is_empty(root)) << "asking creates nothing";
+}
+
+TEST(StoreLocation, AStoreThatIsGoneIsMissedWhereDraftsAreLeft) {
+    const tests::TemporaryFolder folder;
+    EXPECT_FALSE(missingStoreNotice(folder.path()));
+    fs::create_directories(folder / "Drafts");
+    EXPECT_TRUE(missingStoreNotice(folder.path()));
+    std::ofstream(storeFile(folder.path())) << "there";
+    EXPECT_FALSE(missingStoreNotice(folder.path()));
 }
 
 TEST(StoreLocation, OneFolderHasOneName) {

@@ -97,6 +97,7 @@ class EndTest(WindowCase):
                 self.type(f"typed before {each.name}")
                 time.sleep(0.2)  # until the window has the last key
                 window.send_signal(each)
+                window.send_signal(signal.SIGTERM)  # a session that ends sends several
                 self.assertEqual(window.wait(PATIENCE), 0)
                 self.assertEqual(self.texts()[-1], f"typed before {each.name}")
                 window = self.start_window()

@@ -108,6 +108,39 @@ TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
     EXPECT_TRUE(m_saved.empty());
 }
 
+TEST_F(TodoScheduleEditorTest, FollowsOtherProgramsUntilItIsTouchedAndReplacesNothingUnseen) {
+    using Typing = TodoScheduleEditor::Typing;
+    const auto theirs = TodoSchedule::dueOn(20250120);
+    auto untouched = edit(TodoSchedule::dueOn(20250116));
+    EXPECT_TRUE(untouched.storedChanged(theirs, Typing::no, m_now));
+    EXPECT_EQ(untouched.schedule(), theirs);
+    EXPECT_TRUE(untouched.dismiss(m_now));
+    EXPECT_TRUE(m_saved.empty());
+
+    for (const auto typing : {Typing::no, Typing::yes}) {
+        auto editor = edit(TodoSchedule::dueOn(20250116));
+        const auto choose = [&editor] { editor.setDue(at("2025-01-18T12:00")); };
+        if (typing == Typing::no) {
+            choose();
+        }
+        EXPECT_FALSE(editor.storedChanged(theirs, typing, m_now));
+        choose(); // what was being typed is read before it is saved
+        EXPECT_FALSE(editor.save(m_now));
+        EXPECT_EQ(editor.errorMessage()->find("Another program changed this schedule"), 0U);
+        EXPECT_EQ(editor.errorConcern(), TodoScheduleEditor::Concern::whole);
+        EXPECT_EQ(editor.stored(), theirs);
+        EXPECT_FALSE(editor.storedChanged(theirs, Typing::no, m_now))
+            << "something else was changed";
+        EXPECT_TRUE(editor.save(m_now)) << "once";
+        EXPECT_EQ(m_saved.back(), TodoSchedule::dueOn(20250118));
+    }
+    auto same = edit({});
+    same.hasDue = true;
+    same.setDue(at("2025-01-20T12:00"));
+    same.storedChanged(theirs, Typing::no, m_now);
+    EXPECT_TRUE(same.save(m_now)) << "both want the same";
+}
+
 TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
     const auto editor = edit({});
     EXPECT_EQ(editor.due(), at("2025-01-15T09:00"));

@@ -11,6 +11,9 @@ int main(int argc, char* argv[]) {
     qputenv("QT_QPA_PLATFORMTHEME", "none");
     qputenv("LC_ALL", "en_US.UTF-8");
     qputenv("TZ", "UTC");
+#ifdef KORVEX_SCREEN_SCALE
+    qputenv("QT_SCALE_FACTOR", KORVEX_SCREEN_SCALE);
+#endif
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
     QApplication application(argc, argv);
     korvex::ui::setUpLanguage(application);

@@ -3,6 +3,7 @@
 #include "cli/commands/CommandDefinition.h"
 #include "cli/commands/Options.h"
 #include "cli/output/Json.h"
+#include "cli/session/Input.h"
 #include "cli/session/Lookup.h"
 #include "cli/session/Session.h"
 
@@ -55,7 +56,7 @@ void printRecord(Session& session, const model::Board& board) {
 
 ExitStatus add(Session& session, const AddOptions& options) {
     const auto& board = session.boards().createBoard(
-        options.name, session.now(), {.icon = options.icon, .color = options.color});
+        oneLine(options.name), session.now(), {.icon = options.icon, .color = options.color});
     if (session.wantsJson()) {
         Json(session.output()).board(board);
     } else {
@@ -66,7 +67,7 @@ ExitStatus add(Session& session, const AddOptions& options) {
 
 ExitStatus rename(Session& session, const ValueOptions& options) {
     auto& board = findBoard(session, options.board);
-    session.boards().renameBoard(board, options.value.value_or(""), session.now());
+    session.boards().renameBoard(board, oneLine(options.value.value_or("")), session.now());
     printRecord(session, board);
     return ExitStatus::done;
 }

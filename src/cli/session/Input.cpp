@@ -130,4 +130,13 @@ richtext::AttributedString plainText(std::string_view typed) {
     return richtext::RichTextSerializer::plainRichText(text);
 }
 
+std::string oneLine(std::string_view typed) {
+    std::string line;
+    base::forEachLine(typed, [&line](std::string_view each) {
+        line += line.empty() ? "" : " ";
+        line += each;
+    });
+    return line;
+}
+
 } // namespace korvex::cli

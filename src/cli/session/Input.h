@@ -41,4 +41,8 @@ std::vector<model::EntryAttachment> readFiles(const Session& session,
 /// the only ones that end a paragraph.
 richtext::AttributedString plainText(std::string_view typed);
 
+/// What was typed for something that has one line, such as the name of a board: its lines joined,
+/// as a field of the windows takes them.
+std::string oneLine(std::string_view typed);
+
 } // namespace korvex::cli

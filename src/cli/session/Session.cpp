@@ -95,7 +95,11 @@ store::ModelContainer& Session::open(store::ModelConfiguration::Missing whenMiss
 
 Session::Services& Session::services() {
     if (!m_services) {
+        const auto missing = app::missingStoreNotice(m_storeFile.parent_path());
         auto& container = open(store::ModelConfiguration::Missing::create);
+        if (missing) {
+            remark(*missing);
+        }
         for (const auto& notice : container.notices()) {
             remark(notice);
         }

@@ -1,14 +1,43 @@
 #include "platform/qt/SingleInstance.h"
 
 #include <QCryptographicHash>
-#include <QLocalSocket>
+#include <QDir>
+#include <QSocketNotifier>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string_view>
 
 namespace korvex::platform::qt {
 
 namespace {
 
-constexpr int kPatience = 500; // milliseconds
-const QByteArray kRaise("raise\n");
+constexpr timeval kPatience{.tv_sec = 0, .tv_usec = 500'000};
+constexpr std::string_view kRaise = "raise";
+
+/// Each request is a datagram of its own: there is no connection to look after.
+base::FileDescriptor makeSocket(int flags) {
+    return base::FileDescriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | flags, 0));
+}
+
+/// Connects or binds the socket. False for a name that is too long for one.
+bool apply(int (*operation)(int, const sockaddr*, socklen_t), const base::FileDescriptor& socket,
+           const std::filesystem::path& file) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const auto& name = file.native();
+    if (name.size() >= sizeof address.sun_path) {
+        return false;
+    }
+    std::memcpy(address.sun_path, name.c_str(), name.size() + 1);
+    return operation(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+           0;
+}
 
 } // namespace
 
@@ -17,41 +46,53 @@ SingleInstance::SingleInstance(const std::filesystem::path& dataDirectory) {
     const auto folder = std::filesystem::weakly_canonical(dataDirectory, ignored);
     const auto digest = QCryptographicHash::hash(QByteArray::fromStdString(folder.string()),
                                                  QCryptographicHash::Sha256);
-    m_name = QStringLiteral("korvex-%1").arg(QString::fromLatin1(digest.toHex().left(16)));
+    const auto name = "korvex-" + digest.toHex().left(16).toStdString();
     const auto runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
     if (!runtime.isEmpty()) {
-        m_name = runtime + QLatin1Char('/') + m_name;
+        m_file = std::filesystem::path(runtime.toStdString()) / name;
     } else {
-        m_name += QStringLiteral("-%1").arg(qEnvironmentVariable("USER"));
+        // The folder is everybody's.
+        m_file = std::filesystem::path(QDir::tempPath().toStdString()) /
+                 (name + "-" + qEnvironmentVariable("USER").toStdString());
     }
-    m_server.setSocketOptions(QLocalServer::UserAccessOption);
-    connect(&m_server, &QLocalServer::newConnection, this, [this] {
-        while (auto* const socket = m_server.nextPendingConnection()) {
-            connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-            connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
-                if (socket->readAll().startsWith(kRaise)) {
-                    m_raiseRequested.emit();
-                }
-            });
-        }
-    });
+}
+
+SingleInstance::~SingleInstance() {
+    if (m_notifier) {
+        ::unlink(m_file.c_str());
+    }
 }
 
 bool SingleInstance::raiseRunning() const {
-    QLocalSocket socket;
-    socket.connectToServer(m_name);
-    if (!socket.waitForConnected(kPatience)) {
-        return false;
-    }
-    socket.write(kRaise);
-    return socket.waitForBytesWritten(kPatience);
+    const auto socket = makeSocket(0);
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
+    return apply(::connect, socket, m_file) &&
+           ::send(socket.get(), kRaise.data(), kRaise.size(), MSG_NOSIGNAL) ==
+               static_cast<ssize_t>(kRaise.size());
 }
 
 void SingleInstance::listen() {
-    if (!m_server.listen(m_name)) {
+    auto socket = makeSocket(SOCK_NONBLOCK);
+    ::fchmod(socket.get(), S_IRUSR | S_IWUSR); // what the file will have
+    if (!apply(::bind, socket, m_file)) {
         // Nobody answered there, so the socket is what a killed app has left.
-        QLocalServer::removeServer(m_name);
-        m_server.listen(m_name);
+        ::unlink(m_file.c_str());
+        if (!apply(::bind, socket, m_file)) {
+            return; // later starts open windows of their own
+        }
+    }
+    m_socket = std::move(socket);
+    m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
+    connect(m_notifier.get(), &QSocketNotifier::activated, this, &SingleInstance::takeRequests);
+}
+
+void SingleInstance::takeRequests() {
+    char request[kRaise.size()];
+    for (ssize_t size = 0;
+         (size = ::recv(m_socket.get(), request, sizeof request, MSG_DONTWAIT)) >= 0;) {
+        if (std::string_view(request, static_cast<std::size_t>(size)) == kRaise) {
+            m_raiseRequested.emit();
+        }
     }
 }
 

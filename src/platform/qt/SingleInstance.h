@@ -1,21 +1,26 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "base/Signal.h"
 
-#include <QLocalServer>
 #include <QObject>
 
 #include <filesystem>
+#include <memory>
+
+class QSocketNotifier;
 
 namespace korvex::platform::qt {
 
 /// One desktop app per data folder: the first one listens, a later one asks it to come forward and
-/// ends. Main thread.
+/// ends. A plain socket does that; what Qt knows of networks would load a dozen libraries at each
+/// start. Main thread; only `listen` needs the application.
 class SingleInstance final : public QObject {
     Q_OBJECT
 
 public:
     explicit SingleInstance(const std::filesystem::path& dataDirectory);
+    ~SingleInstance() override;
 
     /// Tells a running app of this folder to show itself; false when there is none.
     bool raiseRunning() const;
@@ -25,8 +30,12 @@ public:
     base::Signal<>& raiseRequested() { return m_raiseRequested; }
 
 private:
-    QString m_name;
-    QLocalServer m_server;
+    void takeRequests();
+
+    std::filesystem::path m_file;
+    base::FileDescriptor m_socket;
+    /// Null until it listens.
+    std::unique_ptr<QSocketNotifier> m_notifier;
     base::Signal<> m_raiseRequested;
 };
 

@@ -30,7 +30,7 @@ void tell(int) {
 void handle(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
-    action.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
+    action.sa_flags = SA_RESTART;
     for (const int signal : kSignals) {
         struct sigaction before {};
         // Who starts a program with a signal ignored (nohup) wants it so.
@@ -51,9 +51,7 @@ TerminationWatcher::TerminationWatcher() {
     m_writing = base::FileDescriptor(ends[1]);
     m_notifier = std::make_unique<QSocketNotifier>(m_reading.get(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
-        char told = 0;
-        while (::read(m_reading.get(), &told, 1) > 0) {
-        }
+        m_notifier->setEnabled(false);
         m_requested.emit();
     });
     signalPipe = m_writing.get();

@@ -13,8 +13,9 @@ namespace korvex::platform::qt {
 
 /// Notices that the program is asked to end from outside: SIGTERM, SIGINT and SIGHUP, as a log-out,
 /// a shutdown or a terminal that closes send them. What it says is said in the event loop, where
-/// there is time to store what was typed; a second signal of the same kind ends the program at
-/// once. At most one of them at a time. Main thread.
+/// there is time to store what was typed. It is said once: who asks again, as a session that ends
+/// does with several signals at a time, waits for what is being stored; only SIGKILL does not. At
+/// most one of them at a time. Main thread.
 class TerminationWatcher final : public QObject {
     Q_OBJECT
 

@@ -195,8 +195,8 @@ bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
 void BoardHeader::alignCount() {
     const QFontMetrics name(m_name->font());
     const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
-    const auto above = m_name->contentsMargins().top() + name.ascent() -
-                       QFontMetrics(m_count->font()).ascent();
+    const auto above =
+        m_name->contentsMargins().top() + name.ascent() - QFontMetrics(m_count->font()).ascent();
     m_count->setContentsMargins(0, isBeside ? above : 0, 0, 0);
 }
 

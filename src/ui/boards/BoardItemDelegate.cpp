@@ -26,7 +26,7 @@ void BoardItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
                        .iconColor = iconColorOf(board, colors),
                        .name = index.data().toString(),
                        .note = count > 0 ? QLocale().toString(count) : QString()};
-    row.paint(*painter, boxOf(option.rect), state, colors.sidebar, m_theme);
+    row.paint(*painter, boxOf(option.rect), state, m_theme);
 }
 
 QSize BoardItemDelegate::sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const {
@@ -41,6 +41,17 @@ QWidget* BoardItemDelegate::createEditor(QWidget* parent, const QStyleOptionView
     field->setAutoFillBackground(true);
     field->setAccessibleName(tr("Name of the board"));
     return field;
+}
+
+/// The list asks for this whenever anything of the board changes, as by another program: a name
+/// that is being typed stays, one that nobody has touched follows.
+void BoardItemDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const {
+    auto* const field = static_cast<QLineEdit*>(editor);
+    const auto name = index.data(Qt::EditRole).toString();
+    if (!field->isModified() && field->text() != name) {
+        field->setText(name);
+        field->selectAll();
+    }
 }
 
 void BoardItemDelegate::setModelData(QWidget* editor, QAbstractItemModel*,

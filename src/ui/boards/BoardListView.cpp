@@ -72,6 +72,7 @@ void BoardListView::rename(const model::Board& board, const QString& typed) {
     auto* const field = qobject_cast<QLineEdit*>(indexWidget(index));
     if (field && !typed.isEmpty()) {
         field->setText(typed);
+        field->setModified(true);
         field->selectAll();
     }
 }

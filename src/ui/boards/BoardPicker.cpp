@@ -94,7 +94,7 @@ public:
                            .name = toQString(board.name())};
         // The keys of the field above walk here; the field shows who has the keyboard.
         row.paint(*painter, NamedRow::box(option.rect, 0, m_theme),
-                  option.state & ~QStyle::State_HasFocus, colors.raised, m_theme);
+                  option.state & ~QStyle::State_HasFocus, m_theme);
     }
     QSize sizeHint(const QStyleOptionViewItem&, const QModelIndex&) const override {
         return {0, NamedRow::height(m_theme)};

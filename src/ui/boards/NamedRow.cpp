@@ -38,7 +38,7 @@ QRect NamedRow::nameRect(const QRect& box, const Theme& theme) {
     return box.adjusted(padding + theme.extent(Extent::sign) + padding, 0, -padding, 0);
 }
 
-void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state, const QColor& ground,
+void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state,
                      const Theme& theme) const {
     const auto& colors = theme.colors();
     const auto padding = theme.space(Space::medium);
@@ -46,7 +46,7 @@ void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state, c
     const QFontMetrics noteMetrics(theme.smallFont());
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    paintRowGround(painter, box, state, ground, theme);
+    paintRowGround(painter, box, state, theme);
 
     const auto size = theme.extent(Extent::sign);
     const QRect sign(box.left() + padding, box.top() + (box.height() - size) / 2, size, size);

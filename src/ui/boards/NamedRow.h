@@ -25,10 +25,9 @@ struct NamedRow {
     /// Where the name may stand, as if lines began at the left.
     static QRect nameRect(const QRect& box, const Theme& theme);
 
-    /// `ground` is what the list stands on. What has no room is cut at the end of the name; where
+    /// What has no room is cut at the end of the name; where
     /// the note would leave next to nothing of the name, the note goes.
-    void paint(QPainter& painter, const QRect& box, QStyle::State state, const QColor& ground,
-               const Theme& theme) const;
+    void paint(QPainter& painter, const QRect& box, QStyle::State state, const Theme& theme) const;
 };
 
 } // namespace korvex::ui

@@ -53,7 +53,7 @@ void SidebarRow::paintEvent(QPaintEvent*) {
                        .name = text(),
                        .note = m_note};
     row.paint(painter, NamedRow::box(rect(), m_theme.space(Space::medium), m_theme), state,
-              colors.sidebar, m_theme);
+              m_theme);
 }
 
 void SidebarRow::keyPressEvent(QKeyEvent* event) {

@@ -21,9 +21,6 @@ namespace {
 
 /// How far from a border the pointer takes hold of it, in pixels.
 constexpr int kGrip = 4;
-constexpr int kGuideWidth = 2;
-/// Padding and border between the contents of two columns.
-constexpr richtext::Twips kBetweenContents = 17 * richtext::kTwipsPerPoint;
 
 } // namespace
 
@@ -108,7 +105,7 @@ bool ColumnResizer::handlePointer(QEvent& event) {
 std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& position) const {
     const auto scrolled = m_edit.scrolled().toPoint();
     const auto& layout = *m_edit.document()->documentLayout();
-    const auto between = m_edit.look().pixels(kBetweenContents);
+    const auto between = 2 * m_edit.look().cellPadding() + 1; // and the line
     for (auto* const frame : m_edit.document()->rootFrame()->childFrames()) {
         auto* const table = qobject_cast<QTextTable*>(frame);
         if (!table) {
@@ -124,7 +121,7 @@ std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& posit
                 continue;
             }
             const auto content = layout.blockBoundingRect(cell.firstCursorPosition().block());
-            const auto x = qRound(content.right() + between / 2) - scrolled.x();
+            const auto x = qRound(content.right() + between / 2.0) - scrolled.x();
             if (std::abs(position.x() - x) <= kGrip) {
                 return Border{table, column, x, area, content.width()};
             }
@@ -146,11 +143,15 @@ void ColumnResizer::follow(int x) {
     if (!m_guide) {
         m_guide = new QWidget(m_viewport);
         m_guide->setAttribute(Qt::WA_TransparentForMouseEvents);
-        m_guide->setBackgroundRole(QPalette::Highlight);
+        auto shown = m_guide->palette();
+        shown.setColor(QPalette::Window, m_edit.look().link);
+        m_guide->setPalette(shown);
+        m_guide->setBackgroundRole(QPalette::Window);
         m_guide->setAutoFillBackground(true);
     }
-    m_guide->setGeometry(m_dragged->x + distance - kGuideWidth / 2, m_dragged->tableRect.top(),
-                         kGuideWidth, m_dragged->tableRect.height());
+    const auto width = m_edit.look().space(Space::hair);
+    m_guide->setGeometry(m_dragged->x + distance - width / 2, m_dragged->tableRect.top(), width,
+                         m_dragged->tableRect.height());
     m_guide->show();
 }
 

@@ -13,6 +13,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QKeyEvent>
+#include <QLayout>
 #include <QMenu>
 #include <QPainter>
 #include <QShortcut>
@@ -25,13 +26,6 @@ namespace korvex::ui {
 using richtext::RichTextAction;
 using Kind = RichTextAction::Kind;
 
-namespace {
-
-constexpr int kIconSize = 18;
-constexpr int kCaretSize = 12;
-
-} // namespace
-
 FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
                      QWidget* parent)
     : QToolBar(parent),
@@ -43,6 +37,9 @@ FormatBar::FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const 
       m_panels(edit, code, theme) {
     setAccessibleName(tr("Format"));
     setMovable(false);
+    // Else a click would give the keyboard to what the bar floats over.
+    setFocusPolicy(Qt::ClickFocus);
+    setFocusProxy(&edit);
     addHeadings();
     addSeparator();
     addCommand(Kind::bold, QStringLiteral("text-b"), tr("Bold"), tr("Ctrl+B"),
@@ -232,15 +229,18 @@ void FormatBar::showTableState() {
 
 void FormatBar::applyTheme() {
     const auto& colors = m_theme.colors();
-    const auto size = m_theme.scaled(kIconSize);
+    const auto size = m_theme.extent(Extent::icon);
     setIconSize({size, size});
+    const auto around = m_theme.space(Space::small);
+    layout()->setContentsMargins(around, around, around, around);
+    layout()->setSpacing(m_theme.space(Space::hair));
     setFont(m_theme.font());
     for (const auto& control : m_controls) {
         if (!control.icon.isEmpty()) {
             control.action->setIcon(IconSet::icon(control.icon, colors.text));
         }
     }
-    const auto caret = m_theme.scaled(kCaretSize);
+    const auto caret = m_theme.extent(Extent::smallIcon);
     buttonOf(m_language)->setIconSize({caret, caret});
     moreButton()->setIcon(IconSet::icon(QStringLiteral("dots-three"), colors.text));
     const TextLook look(m_theme);
@@ -292,10 +292,37 @@ bool FormatBar::eventFilter(QObject* watched, QEvent* event) {
     return QToolBar::eventFilter(watched, event);
 }
 
+bool FormatBar::event(QEvent* event) {
+    const auto isDone = QToolBar::event(event);
+    if (event->type() == QEvent::LayoutRequest) {
+        Q_EMIT sizeChanged();
+    }
+    return isDone;
+}
+
 void FormatBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), m_theme.colors().content);
-    painter.fillRect(0, height() - 1, width(), 1, m_theme.colors().hairline);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(m_theme.colors().hairline);
+    painter.setBrush(m_theme.colors().raised);
+    const auto radius = m_theme.radius(Radius::large);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+void FormatBar::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void FormatBar::mouseReleaseEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void FormatBar::mouseDoubleClickEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void FormatBar::mouseMoveEvent(QMouseEvent* event) {
+    event->accept();
 }
 
 } // namespace korvex::ui

@@ -17,11 +17,11 @@ class QToolButton;
 
 namespace korvex::ui {
 
-/// The controls of formatted text, over its editor. They show what the text at the caret looks
-/// like and leave keyboard and selection with the text: a click takes neither, and a control that
-/// was reached by keyboard gives them back. F6 in the text goes to the first control, Escape and F6
-/// return. What does not fit goes into a menu at the end. Main thread; the editor must outlive the
-/// bar.
+/// The controls of formatted text, a panel that floats beside its editor. They show what the text
+/// at the caret looks like and leave keyboard and selection with the text: a click takes neither,
+/// and a control that was reached by keyboard gives them back. F6 in the text goes to the first
+/// control, Escape and F6 return. What does not fit goes into a menu at the end. Main thread; the
+/// editor must outlive the bar.
 class FormatBar final : public QToolBar {
     Q_OBJECT
 
@@ -29,9 +29,19 @@ public:
     explicit FormatBar(RichTextEdit& edit, richtext::CodeHighlighter& code, const Theme& theme,
                        QWidget* parent = nullptr);
 
+Q_SIGNALS:
+    /// Controls have come or gone: the bar needs another size.
+    void sizeChanged();
+
 protected:
+    bool event(QEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    /// A press beside the controls is none on what the bar floats over.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
 
 private:
     using IsOn = bool (*)(const FormatState&);

@@ -13,6 +13,7 @@ namespace korvex::ui {
 
 namespace {
 
+/// In pixels at the standard font size.
 constexpr int kPanelWidth = 240;
 constexpr int kListHeight = 280;
 constexpr int kSmallestListHeight = 60;
@@ -60,7 +61,7 @@ LanguageMenu::LanguageMenu(richtext::CodeHighlighter& code, const QString& curre
     m_list->setFixedHeight(std::clamp(window->height() - theme.scaled(kAroundList),
                                       theme.scaled(kSmallestListHeight),
                                       theme.scaled(kListHeight)));
-    const auto size = theme.scaled(14);
+    const auto size = theme.extent(Extent::smallIcon);
     m_list->setIconSize({size, size});
     m_arrivals = m_code.arrived().connect([this] {
         if (static_cast<std::size_t>(m_list->count()) < m_code.languages().size()) {
@@ -100,8 +101,9 @@ void LanguageMenu::fill() {
         return IconSet::pixmap(QStringLiteral("check"), color, m_list->iconSize().width(),
                                devicePixelRatioF());
     };
+    // One selection everywhere: a tint, on which the text keeps its colour.
     QIcon tick(check(colors.text));
-    tick.addPixmap(check(colors.onAccent), QIcon::Selected);
+    tick.addPixmap(check(colors.text), QIcon::Selected);
     // An empty icon of the same size, so that all names begin at one edge.
     QPixmap nothing(m_list->iconSize());
     nothing.fill(Qt::transparent);

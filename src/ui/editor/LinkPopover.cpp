@@ -15,8 +15,8 @@ namespace korvex::ui {
 
 namespace {
 
+/// In pixels at the standard font size.
 constexpr int kPanelWidth = 340;
-constexpr int kMargin = 12;
 
 } // namespace
 
@@ -61,14 +61,15 @@ LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* win
 }
 
 void LinkPopover::layOut() {
-    setFixedWidth(std::min(theme().scaled(kPanelWidth), parentWidget()->width() - 2 * kMargin));
+    const auto margin = theme().space(Space::large);
+    setPanelWidth(theme().scaled(kPanelWidth));
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    column->setSpacing(8);
+    column->setContentsMargins(margin, margin, margin, margin);
+    column->setSpacing(theme().space(Space::medium));
     column->addWidget(m_target);
     column->addWidget(m_error);
     auto* const buttons = new QHBoxLayout;
-    buttons->setSpacing(6);
+    buttons->setSpacing(theme().space(Space::medium));
     buttons->addWidget(m_open);
     buttons->addWidget(m_remove);
     buttons->addStretch();

@@ -172,8 +172,14 @@ ParagraphStyle paragraphStyleOf(const QTextBlock& block) {
 
 void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look,
                        DrawnLists& drawn) {
-    const auto ground = isCodeBlock(block) ? Ground::code : Ground::plain;
-    auto format = blockFormatOf(style, ground, look);
+    const auto level = headingOf(block);
+    const auto kind = isCodeBlock(block)     ? BlockKind::code
+                      : !style.lists.empty() ? BlockKind::item
+                      : level                ? kindOf(*level)
+                                             : BlockKind::body;
+    auto format = blockFormatOf(style, kind, look);
+    // What is below asks for it, and it is no change of the paragraph's own.
+    format.setBottomMargin(block.blockFormat().bottomMargin());
     const auto* const list = style.lists.empty() ? nullptr : drawn.of(style.lists);
     if (list) {
         format.setObjectIndex(list->objectIndex());

@@ -10,9 +10,11 @@
 #include "ui/text/RichTextClipboard.h"
 #include "ui/text/TextDocument.h"
 #include "ui/text/TextDocumentConversion.h"
+#include "ui/text/TextLines.h"
 #include "ui/text/TextLook.h"
 #include "ui/text/TextPainting.h"
 #include "ui/text/TextSelection.h"
+#include "ui/text/TextSpacing.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -45,9 +47,20 @@ const QTextDocument& withOwnDocument(QTextEdit& edit) {
     return *edit.document();
 }
 
+/// The same event on the nearest line.
+QMouseEvent moved(const QMouseEvent& event, const RichTextEdit& edit) {
+    const auto place = onLine(*edit.document(), event.position() + edit.scrolled());
+    return {event.type(),           place - edit.scrolled(), event.scenePosition(),
+            event.globalPosition(), event.button(),          event.buttons(),
+            event.modifiers(),      event.source(),          event.pointingDevice()};
+}
+
 } // namespace
 
-RichTextEdit::RichTextEdit(QWidget* parent) : QTextEdit(parent), m_limit(withOwnDocument(*this)) {
+RichTextEdit::RichTextEdit(QWidget* parent)
+    : QTextEdit(parent),
+      m_limit(withOwnDocument(*this)),
+      m_spacing(new TextSpacing(*document(), this)) {
     setFrameShape(NoFrame);
     setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
@@ -68,11 +81,14 @@ void RichTextEdit::setLook(const TextLook& look) {
     const auto text = m_look ? std::optional(content()) : std::nullopt;
     const auto position = textCursor().position();
     m_look = std::make_unique<TextLook>(look);
+    m_spacing->setLook(look);
     setFont(look.font);
     document()->setDefaultFont(look.font);
     auto own = palette();
     own.setColor(QPalette::Base, Qt::transparent);
     own.setColor(QPalette::Text, look.text);
+    own.setColor(QPalette::Highlight, look.selection);
+    own.setColor(QPalette::HighlightedText, look.text);
     setPalette(own);
     if (text) {
         const auto wasModified = document()->isModified();
@@ -257,7 +273,9 @@ QMimeData* RichTextEdit::createMimeDataFromSelection() const {
 void RichTextEdit::paintEvent(QPaintEvent* event) {
     QPainter painter(viewport());
     painter.translate(-scrolled());
-    paintUnderText(painter, *document(), look(), QRectF(event->rect()).translated(scrolled()));
+    const auto exposed = QRectF(event->rect()).translated(scrolled());
+    paintUnderText(painter, *document(), look(), exposed);
+    paintSelection(painter, textCursor(), look(), exposed);
     painter.end();
     QTextEdit::paintEvent(event);
 }
@@ -341,10 +359,11 @@ void RichTextEdit::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 void RichTextEdit::mousePressEvent(QMouseEvent* event) {
-    QTextEdit::mousePressEvent(event);
+    auto pressed = moved(*event, *this);
+    QTextEdit::mousePressEvent(&pressed);
     if (event->button() == Qt::RightButton) {
         // The menu is about the place that was pressed, unless that is selected.
-        const auto place = cursorForPosition(event->position().toPoint());
+        const auto place = cursorForPosition(pressed.position().toPoint());
         const auto current = textCursor();
         if (place.position() < current.selectionStart() ||
             place.position() > current.selectionEnd()) {
@@ -355,14 +374,21 @@ void RichTextEdit::mousePressEvent(QMouseEvent* event) {
 }
 
 void RichTextEdit::mouseMoveEvent(QMouseEvent* event) {
-    QTextEdit::mouseMoveEvent(event);
+    auto followed = moved(*event, *this);
+    QTextEdit::mouseMoveEvent(&followed);
     const auto opens = event->modifiers().testFlag(Qt::ControlModifier) &&
                        !openableLinkAt(*document(), event->position() + scrolled()).isEmpty();
     viewport()->setCursor(opens ? Qt::PointingHandCursor : Qt::IBeamCursor);
 }
 
+void RichTextEdit::mouseDoubleClickEvent(QMouseEvent* event) {
+    auto pressed = moved(*event, *this);
+    QTextEdit::mouseDoubleClickEvent(&pressed);
+}
+
 void RichTextEdit::mouseReleaseEvent(QMouseEvent* event) {
-    QTextEdit::mouseReleaseEvent(event);
+    auto released = moved(*event, *this);
+    QTextEdit::mouseReleaseEvent(&released);
     if (event->button() == Qt::LeftButton && event->modifiers() == Qt::ControlModifier &&
         !textCursor().hasSelection()) {
         openLink(anchorAt(event->position().toPoint()));

@@ -12,6 +12,7 @@
 namespace korvex::ui {
 
 struct TextLook;
+class TextSpacing;
 
 /// The formatted text under edit: a widget that turns events into commands and tells what it cannot
 /// do itself by signals. What a command does stands in `FormatEditing`, `ListEditing`,
@@ -80,6 +81,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
     QMimeData* createMimeDataFromSelection() const override;
@@ -97,6 +99,7 @@ private:
 
     std::unique_ptr<TextLook> m_look;
     LengthLimit m_limit;
+    TextSpacing* m_spacing;
     FormatState m_state;
 };
 

@@ -32,12 +32,6 @@ bool forEachStretch(const QTextBlock& block, int from, int to, Visit&& visit) {
 
 } // namespace
 
-std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block) {
-    const auto first = block.begin();
-    return richtext::headingLevel(
-        attributesOf(first.atEnd() ? block.charFormat() : first.fragment().charFormat()).font);
-}
-
 bool isSameCell(const QTextBlock& left, const QTextBlock& right) {
     const QTextCursor first(left);
     const QTextCursor second(right);

@@ -16,9 +16,6 @@ namespace korvex::ui {
 
 using AttributesTest = std::function<bool(const richtext::CharacterAttributes&)>;
 
-/// The first character tells it, in an empty paragraph what is typed into it.
-std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block);
-
 inline bool isEmpty(const QTextBlock& block) {
     return block.length() <= 1;
 }

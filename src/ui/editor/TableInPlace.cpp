@@ -56,7 +56,7 @@ void dress(QTextTableCell cell, const AttributedString& content,
     formats.apply(look, format);
     cell.setFormat(format);
     cell.firstCursorPosition().setBlockFormat(
-        blockFormatOf(content.styleAt(0), Ground::plain, textLook));
+        blockFormatOf(content.styleAt(0), BlockKind::body, textLook));
 }
 
 } // namespace

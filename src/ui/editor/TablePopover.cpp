@@ -12,12 +12,6 @@ namespace korvex::ui {
 
 using richtext::RichTextTable;
 
-namespace {
-
-constexpr int kMargin = 14;
-
-} // namespace
-
 TablePopover::TablePopover(const Theme& theme, QWidget* window)
     : Popover(theme, window),
       m_size(new QLabel(this)),
@@ -30,9 +24,7 @@ TablePopover::TablePopover(const Theme& theme, QWidget* window)
                           this)),
       m_insert(new QPushButton(tr("Insert table"), this)) {
     setAccessibleName(tr("New table"));
-    auto bold = theme.font();
-    bold.setBold(true);
-    m_size->setFont(bold);
+    m_size->setFont(theme.sectionFont());
     m_limits->setFont(theme.smallFont());
     auto quiet = m_limits->palette();
     quiet.setColor(QPalette::WindowText, theme.colors().secondaryText);
@@ -57,9 +49,10 @@ QSpinBox* TablePopover::field(const QString& title, int value, int maximum) {
 
 void TablePopover::layOut() {
     auto* const grid = new QGridLayout(this);
-    grid->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
-    grid->setVerticalSpacing(8);
-    grid->setHorizontalSpacing(12);
+    const auto margin = theme().space(Space::large);
+    grid->setContentsMargins(margin, margin, margin, margin);
+    grid->setVerticalSpacing(theme().space(Space::medium));
+    grid->setHorizontalSpacing(margin);
     grid->addWidget(m_size, 0, 0, 1, 2);
     int row = 1;
     for (auto* const each : {m_columns, m_rows}) {

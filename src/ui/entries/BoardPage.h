@@ -38,6 +38,8 @@ public:
         QString onTheirBoard;
         /// Where their board is no longer there.
         QString elsewhere;
+        /// Where it is archived; empty for the same as above.
+        QString archived = {};
     };
     enum class GivenWay {
         /// The board could not be read, which the page says.

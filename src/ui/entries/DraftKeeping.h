@@ -12,7 +12,7 @@ namespace korvex::ui {
 class DraftKeeping final {
 public:
     DraftKeeping(const EntryListModel& model, const EditedEntry& edited, EntryEditors& editors,
-                 const app::DraftFolder& folder, const richtext::RichTextSerializer& serializer,
+                 app::DraftFolder& folder, const richtext::RichTextSerializer& serializer,
                  const base::Clock& clock)
         : m_model(model),
           m_edited(edited),
@@ -46,7 +46,7 @@ private:
     const EntryListModel& m_model;
     const EditedEntry& m_edited;
     EntryEditors& m_editors;
-    const app::DraftFolder& m_folder;
+    app::DraftFolder& m_folder;
     const richtext::RichTextSerializer& m_serializer;
     const base::Clock& m_clock;
     /// Of the draft that is kept, if there is one.

@@ -127,7 +127,11 @@ void EntryActions::openSchedule(model::Entry& entry) {
         return;
     }
     m_parts.list.setCurrentRow(row);
-    m_todos.openSchedule(entry, m_parts.list.scheduleAnchor(row));
+    m_todos.openSchedule(entry, [this, id = entry.id()]() -> std::optional<QRect> {
+        const auto* const found = m_services.context.find<model::Entry>(id);
+        const auto at = found && m_parts.page.isVisible() ? m_parts.model.rowOf(*found) : -1;
+        return at < 0 ? std::nullopt : std::optional(m_parts.list.scheduleAnchor(at));
+    });
 }
 
 void EntryActions::chooseBoard(model::Entry& entry) {
@@ -142,6 +146,15 @@ void EntryActions::chooseBoard(model::Entry& entry) {
 }
 
 void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
+    // Another program may have archived it while it was being chosen.
+    if (!m_parts.page.perform([&] { m_services.context.refresh(); })) {
+        return;
+    }
+    if (board.isLive() && board.isArchived()) {
+        m_parts.page.refuse(tr("“%1” is archived. The entry stays where it is.")
+                                .arg(isolated(toQString(board.name()))));
+        return;
+    }
     auto* const entry = m_services.context.find<model::Entry>(id);
     if (!entry) {
         return;

@@ -39,7 +39,7 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         formatted->color(m_code, look());
         formatted->paint(*painter, look(), colors.content);
     } else {
-        paintRowGround(*painter, laidOut.box(), shown, colors.content, m_theme);
+        paintRowGround(*painter, laidOut.box(), shown, m_theme);
         paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
         paintPlain(*painter, laidOut, row, option.state);
     }

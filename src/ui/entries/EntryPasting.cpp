@@ -60,10 +60,8 @@ const model::Entry* EntryPasting::create(const QMimeData& offered, const OpenPla
                                       .now = m_clock.now(),
                                       .undoName = undoName});
     }
-    auto plain = toQString(text.text());
-    plain.replace(QChar::LineSeparator, QLatin1Char('\n'));
     std::vector<std::string> contents;
-    const auto lines = pastedLines(plain);
+    const auto lines = pastedLines(toQString(text.text()));
     for (const auto& line : lines) {
         contents.push_back(toUtf8(line));
     }

@@ -6,6 +6,7 @@
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 
+#include <QFontInfo>
 #include <QFontMetrics>
 
 #include <algorithm>
@@ -166,6 +167,7 @@ EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_widt
     m_room = std::max(1, width - frame.textLeft - frame.side - frame.scheduleSize - frame.gap);
     m_textRoom = std::max(1, width - 2 * frame.side);
     m_lineHeight = metrics.lineSpacing();
+    m_textLineHeight = QFontInfo(theme.font()).pixelSize() * kLineHeight;
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = frame.signSize;
     m_around = 2 * frame.padding + frame.rowDistance;
@@ -190,7 +192,7 @@ int EntryHeightEstimate::textHeight(const std::string& content) const {
     const auto feeds =
         std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
     const auto wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
-    return (static_cast<int>(feeds) + 1 + wrapped) * m_lineHeight;
+    return static_cast<int>((static_cast<int>(feeds) + 1 + wrapped) * m_textLineHeight);
 }
 
 } // namespace korvex::ui

@@ -106,6 +106,7 @@ private:
     int m_room;
     int m_textRoom;
     int m_lineHeight;
+    double m_textLineHeight;
     int m_characterWidth;
     int m_lowest;
     int m_around;

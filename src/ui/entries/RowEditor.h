@@ -78,7 +78,9 @@ public:
     /// Whether it says that the text could not be stored.
     bool isRefused() const { return says(Until::stored) && m_tone == ErrorBanner::Tone::error; }
     /// Whether the widget is the editor or a part of it.
-    bool owns(const QWidget* widget) const { return widget == this || isAncestorOf(widget); }
+    virtual bool owns(const QWidget* widget) const {
+        return widget == this || isAncestorOf(widget);
+    }
     /// Places what stays in sight of an editor that is higher than the list. To be called when
     /// either has another place or size.
     virtual void placeInSight();
@@ -119,12 +121,13 @@ protected:
     /// Draws the ground and the frame that mark the row as the one that is edited.
     void paintEvent(QPaintEvent* event) override;
 
+    /// Where the list ends for who looks at it, as this sees it.
+    int endOfSight() const;
+
 private:
     void say(const QString& message, ErrorBanner::Tone tone, Until until);
     /// Offers to give up what was typed where there is anything. True when that has changed.
     bool offerDiscard();
-    /// Where the list ends for who looks at it, as this sees it.
-    int endOfSight() const;
 
     const Theme& m_theme;
     richtext::AttributedString m_stored;

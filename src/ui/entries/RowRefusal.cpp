@@ -67,8 +67,8 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small),
-                     messageGround(colors, color()), {});
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small), messageGround(colors, color()),
+                     {});
 }
 
 QColor RowRefusal::color() const {

@@ -1,6 +1,7 @@
 #include "ui/entries/TextEditor.h"
 
 #include "richtext/text/TextMerge.h"
+#include "ui/editor/BarPlace.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TextMenu.h"
@@ -19,19 +20,13 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// The distance between the bar and the text.
-constexpr int kBarDistance = 4;
-
-} // namespace
-
 TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent),
       m_field(new RichTextEdit(this)),
-      m_bar(new FormatBar(*m_field, code, theme, this)),
+      m_bar(new FormatBar(*m_field, code, theme, parent)),
       m_colors(new CodeColors(*m_field->document(), code, TextLook(theme), this)) {
     setFocusProxy(m_field);
+    m_bar->hide();
     m_field->setLineWrapMode(QTextEdit::FixedPixelWidth);
     applyTheme();
     connect(&theme, &Theme::changed, this, &TextEditor::applyTheme);
@@ -39,10 +34,20 @@ TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWid
     // The row changes its height when the text does, not with every key.
     connect(m_field->document()->documentLayout(),
             &QAbstractTextDocumentLayout::documentSizeChanged, this, &TextEditor::checkHeight);
-    connect(m_field, &QTextEdit::cursorPositionChanged, this, &TextEditor::reveal);
+    connect(m_field, &QTextEdit::cursorPositionChanged, this, [this] {
+        reveal();
+        placeBar();
+    });
+    connect(m_bar, &FormatBar::sizeChanged, this, &TextEditor::placeBar);
 }
 
-TextEditor::~TextEditor() = default;
+TextEditor::~TextEditor() {
+    delete m_bar;
+}
+
+bool TextEditor::owns(const QWidget* widget) const {
+    return RowEditor::owns(widget) || widget == m_bar || m_bar->isAncestorOf(widget);
+}
 
 richtext::AttributedString TextEditor::text() const {
     return m_field->content();
@@ -132,8 +137,7 @@ int TextEditor::textHeight(int width) {
     }
     m_contentHeight = contentHeight();
     m_wholeWidth = wholeWidth();
-    return m_bar->sizeHint().height() + kBarDistance + m_contentHeight + 2 * frame.padding +
-           frame.rowDistance;
+    return m_contentHeight + 2 * frame.padding + frame.rowDistance;
 }
 
 int TextEditor::wholeWidth() const {
@@ -169,29 +173,50 @@ void TextEditor::applyTheme() {
 void TextEditor::place() {
     const auto frame = RowFrame::of(theme());
     const auto room = width() - 2 * frame.side;
-    const int top = frame.top() + m_bar->sizeHint().height() + kBarDistance;
     const int bottom =
         height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
-    m_field->setGeometry(frame.side, top, room, bottom - top);
+    m_field->setGeometry(frame.side, frame.top(), room, bottom - frame.top());
 }
 
-/// Puts the bar at the top of the editor, or of what is seen of one whose top is out of sight.
 void TextEditor::placeInSight() {
-    const auto frame = RowFrame::of(theme());
-    const auto left = frame.boxMargin + frame.gap / 2;
-    const auto barHeight = m_bar->sizeHint().height();
-    const auto top = frame.top();
-    m_bar->setGeometry(left, std::clamp(-y(), top, std::max(top, height() - 2 * barHeight)),
-                       width() - 2 * left, barHeight);
-    m_bar->raise();
+    placeBar();
     RowEditor::placeInSight();
+}
+
+void TextEditor::placeBar() {
+    if (isHidden()) {
+        return;
+    }
+    const auto frame = RowFrame::of(theme());
+    const auto row = QRect(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
+                           height() - frame.rowDistance)
+                         .translated(pos());
+    auto sight = QRect(0, 0, parentWidget()->width(), endOfSight() + y());
+    if (row.bottom() > sight.bottom()) {
+        sight.setBottom(sight.bottom() - messageHeight(width())); // which stays in sight there
+    }
+    m_bar->setGeometry(placeOfBar(m_bar->sizeHint(), {.sight = sight,
+                                                      .row = row,
+                                                      .caret = caretPlace().translated(pos()),
+                                                      .distance = theme().space(Space::small)}));
+    m_bar->setVisible(row.intersects(sight));
+    m_bar->raise();
+}
+
+void TextEditor::showEvent(QShowEvent* event) {
+    RowEditor::showEvent(event);
+    placeBar();
+}
+
+void TextEditor::hideEvent(QHideEvent* event) {
+    RowEditor::hideEvent(event);
+    m_bar->hide();
 }
 
 QRect TextEditor::caretPlace() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
-    const auto bar = m_bar->sizeHint().height() + kBarDistance;
     const int margin = RowFrame::of(theme()).padding;
-    return line.adjusted(0, -bar - margin, 0, margin);
+    return line.adjusted(0, -margin, 0, margin);
 }
 
 } // namespace korvex::ui

@@ -4,6 +4,8 @@
 #include "richtext/text/AttributedString.h"
 #include "ui/entries/RowEditor.h"
 
+#include <QPointer>
+
 #include <optional>
 
 namespace korvex::ui {
@@ -12,7 +14,8 @@ class CodeColors;
 class FormatBar;
 class RichTextEdit;
 
-/// Edits a text entry in its row, with the format bar above the text. Main thread.
+/// Edits a text entry in its row, where its text stands anyway; the format bar floats beside the
+/// row, over the list. Main thread.
 class TextEditor final : public RowEditor {
     Q_OBJECT
 
@@ -38,21 +41,25 @@ public:
     bool isChanged() const override;
     QMenu* makeMenu() override;
     void placeInSight() override;
+    bool owns(const QWidget* widget) const override;
     int wholeWidth() const override;
 
 protected:
     int textHeight(int width) override;
     QRect caretPlace() override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void applyTheme();
     void place();
+    void placeBar();
     int contentHeight() const;
     void checkHeight();
 
     RichTextEdit* m_field;
-    FormatBar* m_bar;
+    QPointer<FormatBar> m_bar;
     CodeColors* m_colors;
     int m_contentHeight = 0;
     int m_wholeWidth = 0;

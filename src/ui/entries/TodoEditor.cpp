@@ -1,16 +1,15 @@
 #include "ui/entries/TodoEditor.h"
 
 #include "base/Text.h"
-#include "base/Utf16.h"
 #include "richtext/text/TextMerge.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
+#include "ui/todos/PastedLines.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 
 #include <QPainter>
-#include <QTextLayout>
 #include <QToolButton>
 
 #include <cmath>
@@ -59,9 +58,10 @@ void TodoEditor::change(const richtext::AttributedString& to) {
 
 /// Spaces at the ends are not stored: typing them changes nothing.
 bool TodoEditor::isChanged() const {
-    const auto now = typed();
-    const auto& before = stored().text();
-    return now != toQString(before) && base::trimmed(toUtf8(now)) != base::utf8(before);
+    // The field has one kind of break between lines.
+    const auto now = withLineFeeds(typed());
+    const auto before = withLineFeeds(toQString(stored().text()));
+    return now != before && base::trimmed(toUtf8(now)) != toUtf8(before);
 }
 
 void TodoEditor::setCaret(int offset) {
@@ -137,16 +137,13 @@ void TodoEditor::applyTheme() {
 /// The document of a hidden field knows no width: its text is laid out here, as in a row of this
 /// width.
 TextArrangement TodoEditor::arrangement(int width) const {
-    QTextLayout layout(typed(), theme().font());
-    QTextOption option;
-    option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
-    layout.setTextOption(option);
+    const auto layout = makeTextLayout(typed(), layoutDirection(), theme());
     const auto frame = RowFrame::of(theme());
     const auto room = width - frame.textLeft - frame.side;
     const auto hasDue = !m_dueLabel.isEmpty();
     const auto beside =
         hasDue ? m_dueLabel.width(theme()) + 2 * frame.gap : frame.scheduleSize + frame.gap;
-    return arrangeText(layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
+    return arrangeText(*layout, room, beside, hasDue ? BesideText::goesBelow : BesideText::stays);
 }
 
 void TodoEditor::place() {

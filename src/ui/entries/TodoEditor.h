@@ -17,7 +17,7 @@ public:
     TodoEditor(const Theme& theme, QWidget* parent);
 
     TodoTextEdit& field() { return *m_field; }
-    QString typed() const { return m_field->toPlainText(); }
+    QString typed() const { return m_field->typed(); }
     /// Lets the button beside the text say this; an empty label offers to make a schedule.
     void setDueLabel(const DueLabel& label);
 

@@ -18,8 +18,8 @@ public:
 
     /// The row of this entry was laid out; null for a row that shows none.
     void measured(const model::Entry* entry, const EntryRowLayout& laidOut);
-    /// How wide the row of an entry would have to be for all of it to be seen, as far as it was laid
-    /// out; 0 where it is as wide as others.
+    /// How wide the row of an entry would have to be for all of it to be seen, as far as it was
+    /// laid out; 0 where it is as wide as others.
     int wholeWidth(const model::Entry* entry) const;
     void forget() { m_wholeWidths.clear(); }
 

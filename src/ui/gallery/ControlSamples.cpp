@@ -27,6 +27,9 @@ namespace korvex::ui {
 
 namespace {
 
+/// Of a sample, in pixels at the standard font size.
+constexpr int kWidest = 130;
+
 struct Column {
     QString title;
     QStyle::State state;
@@ -211,6 +214,7 @@ QWidget* makeControlSamples(const Theme& theme, QWidget* parent) {
                 auto* const sample = kind.make();
                 sample->setEnabled(each.isEnabled);
                 show(*sample, each.state, theme);
+                sample->setMaximumWidth(theme.scaled(kWidest));
                 grid->addWidget(sample, row, column++, Qt::AlignVCenter);
             }
         }

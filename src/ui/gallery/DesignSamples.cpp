@@ -68,11 +68,11 @@ int DesignSamples::paintColors(QPainter& painter, int top) const {
         Shapes::paintBox(painter, mirrored(QRect(x, y, cell - gap, patch), rect()),
                          m_theme.radius(Radius::medium), color, colors.hairline);
         painter.setPen(colors.text);
-        painter.drawText(mirrored(QRect(x, y + patch, cell - gap, line), rect()), lineStart(),
-                         QString::fromLatin1(name));
+        painter.drawText(mirrored(QRect(x, y + patch, cell - gap, line), rect()),
+                         static_cast<int>(lineStart()), QString::fromLatin1(name));
         painter.setPen(colors.secondaryText);
         painter.drawText(mirrored(QRect(x, y + patch + line, cell - gap, line), rect()),
-                         lineStart(),
+                         static_cast<int>(lineStart()),
                          QStringLiteral("%1 : 1").arg(contrast(color, colors.content), 0, 'f', 1));
         ++count;
     }
@@ -89,7 +89,8 @@ int DesignSamples::paintType(QPainter& painter, int top) const {
           std::pair(m_theme.smallFont(), "Label: Tomorrow, 09:00 to 10:00")}) {
         const auto line = QFontMetrics(font).height() + m_theme.space(Space::small);
         painter.setFont(font);
-        painter.drawText(QRect(0, top, width(), line), lineStart(), QString::fromLatin1(words));
+        painter.drawText(QRect(0, top, width(), line), static_cast<int>(lineStart()),
+                         QString::fromLatin1(words));
         top += line;
     }
     return top;

@@ -15,6 +15,7 @@ public:
     DesignSamples(const Theme& theme, QWidget* parent);
 
     QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -22,6 +22,10 @@ namespace korvex::ui {
 
 namespace {
 
+/// In pixels at the standard font size.
+constexpr int kPanelWidth = 240;
+constexpr int kListHeight = 200;
+
 /// A panel that has a place in a layout.
 class Panel final : public QFrame {
 public:
@@ -61,6 +65,7 @@ QWidget* makeMenu(const Theme& theme) {
     }
     menu->addMenu(QStringLiteral("Font size"))->addAction(QStringLiteral("13"));
     menu->setActiveAction(&chosen);
+    menu->setFixedSize(menu->sizeHint());
     return menu;
 }
 
@@ -80,12 +85,13 @@ QWidget* makeChoices(const Theme& theme, QWidget* parent) {
     field->setPlaceholderText(QStringLiteral("Go to a board"));
     panel->column().addWidget(field);
     panel->column().addWidget(makeList(12));
-    panel->setFixedHeight(theme.scaled(200));
+    panel->setFixedSize(theme.scaled(kPanelWidth), theme.scaled(kListHeight));
     return panel;
 }
 
 QWidget* makeQuestion(const Theme& theme, QWidget* parent) {
     auto* const panel = new Panel(theme, parent);
+    panel->setFixedWidth(theme.scaled(kPanelWidth));
     auto* const words =
         new QLabel(QStringLiteral("Delete “Lisbon” with three open todos and one completed?"));
     words->setWordWrap(true);
@@ -108,6 +114,7 @@ QWidget* makeBanner(const Theme& theme, QWidget* parent, ErrorBanner::Tone tone)
                  .tone = tone,
                  .action = isError ? QString() : QStringLiteral("Undo"),
                  .perform = [] {}});
+    banner->setFixedWidth(theme.scaled(kPanelWidth));
     return banner;
 }
 

@@ -83,7 +83,7 @@ void SearchResultDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
         painter->fillRect(QRect(places.line.left(), above / 2, places.line.width(), 1),
                           colors.hairline);
     }
-    paintRowGround(*painter, places.box, option.state, colors.content, m_theme);
+    paintRowGround(*painter, places.box, option.state, m_theme);
     const auto iconColor = row.isBoard       ? iconColorOf(m_model.board(index.row()), colors)
                            : row.isCompleted ? colors.accent
                                              : colors.secondaryText;

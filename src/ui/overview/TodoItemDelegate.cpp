@@ -31,8 +31,7 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const auto& colors = m_theme.colors();
     const auto& laidOut = layout(row, option.rect.width());
     const auto& entry = *m_model.entry(row);
-    paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), colors.content,
-                   m_theme);
+    paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), m_theme);
 
     TodoPainting::drawCircle(*painter, laidOut.circle(),
                              TodoPainting::circleOf(entry, option.state), colors);

@@ -16,7 +16,8 @@ TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
       m_header(new PageHeader(title, theme)),
       m_list(new TodoListView(m_model, theme)),
       m_actions(*this,
-                {.entries = workspace.entries,
+                {.context = workspace.context,
+                 .entries = workspace.entries,
                  .preferences = workspace.preferences,
                  .dates = workspace.dates,
                  .clock = workspace.clock},
@@ -170,7 +171,11 @@ void TodoListPage::openSchedule(model::Entry& entry) {
         return;
     }
     m_list->setCurrentRow(row);
-    m_actions.openSchedule(entry, m_list->detailRect(row));
+    m_actions.openSchedule(entry, [this, id = entry.id()]() -> std::optional<QRect> {
+        const auto* const found = m_workspace.context.find<model::Entry>(id);
+        const auto at = found && isVisible() ? m_model.rowOf(*found) : -1;
+        return at < 0 ? std::nullopt : std::optional(m_list->detailRect(at));
+    });
 }
 
 void TodoListPage::openMenu(int row, const QPoint& globalPosition) {

@@ -1,19 +1,11 @@
 #include "ui/text/TextFormats.h"
-
-#include <algorithm>
+#include "ui/text/TextSpacing.h"
 
 namespace korvex::ui {
 
-namespace {
-
 using namespace richtext;
 
-/// The longest distance that is taken from a file; half a screen.
-constexpr Twips kLongest = 720 * kTwipsPerPoint;
-
-} // namespace
-
-QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const TextLook& look) {
+QTextBlockFormat blockFormatOf(const ParagraphStyle& style, BlockKind kind, const TextLook& look) {
     QTextBlockFormat format;
     auto kept = style;
     kept.lists.clear();
@@ -45,44 +37,10 @@ QTextBlockFormat blockFormatOf(const ParagraphStyle& style, Ground ground, const
             style.direction == WritingDirection::rightToLeft ? Qt::RightToLeft : Qt::LeftToRight);
     }
 
-    const auto padding = ground == Ground::code ? look.codePadding() : 0;
-    const auto set = [](double value, auto&& setter) {
-        if (value != 0) {
-            setter(value);
-        }
-    };
-    if (style.lists.empty()) {
-        // What hangs out to the left must not leave the text's ground.
-        set(look.pixels(std::clamp(style.leftIndent, 0, kLongest)) + padding,
-            [&](double value) { format.setLeftMargin(value); });
-        set(look.pixels(
-                std::clamp(style.firstLineIndent, -std::max(style.leftIndent, 0), kLongest)),
-            [&](double value) { format.setTextIndent(value); });
-    } else {
+    if (!style.lists.empty()) {
         format.setProperty(kDepthProperty, static_cast<int>(style.lists.size()));
     }
-    set(look.pixels(std::clamp(style.rightIndent, 0, kLongest)) + padding,
-        [&](double value) { format.setRightMargin(value); });
-    // The lines of a code block are so far apart, and the ground's edges so far from the first and
-    // the last; of two neighbours Qt takes the larger distance.
-    const auto distance = ground == Ground::code ? look.codePadding() / 2 : 0;
-    set(std::max(look.pixels(std::clamp(style.spacingBefore, 0, kLongest)), distance),
-        [&](double value) { format.setTopMargin(value); });
-    set(std::max(look.pixels(std::clamp(style.spacingAfter, 0, kLongest)), distance),
-        [&](double value) { format.setBottomMargin(value); });
-    if (style.lineHeight < 0) {
-        format.setLineHeight(look.pixels(std::clamp(-style.lineHeight, 80, kLongest)),
-                             QTextBlockFormat::FixedHeight);
-    } else if (style.lineHeight > 0) {
-        format.setLineHeight(look.pixels(std::min(style.lineHeight, kLongest)),
-                             QTextBlockFormat::MinimumHeight);
-    } else if (style.lineHeightMultiple > 0) {
-        format.setLineHeight(std::clamp(style.lineHeightMultiple, 120, 2'400) / 2.4,
-                             QTextBlockFormat::ProportionalHeight);
-    } else if (style.lineSpacing > 0 && ground == Ground::plain) {
-        format.setLineHeight(look.pixels(std::min(style.lineSpacing, kLongest)),
-                             QTextBlockFormat::LineDistanceHeight);
-    }
+    setKind(format, style, kind, look);
     if (!style.tabStops.empty()) {
         QList<QTextOption::Tab> tabs;
         for (const auto stop : style.tabStops) {
@@ -120,6 +78,14 @@ ParagraphStyle styleOf(const QTextBlockFormat& format) {
         }
     }
     return result;
+}
+
+std::optional<HeadingLevel> headingOf(const QTextBlock& block) {
+    const auto first = block.begin();
+    const auto format = first.atEnd() ? block.charFormat() : first.fragment().charFormat();
+    // What has no size of its own is none, as most paragraphs are.
+    return format.hasProperty(kFontSizeProperty) ? headingLevel(attributesOf(format).font)
+                                                 : std::nullopt;
 }
 
 bool isCodeBlock(const QTextBlock& block) {

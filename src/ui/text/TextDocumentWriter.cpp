@@ -3,6 +3,7 @@
 #include "richtext/text/Formatting.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/TextSelection.h"
+#include "ui/text/TextSpacing.h"
 
 #include <QTextDocument>
 
@@ -34,6 +35,7 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
     m_text = &text;
     m_cursor.beginEditBlock();
     auto rest = removeSelection();
+    const auto start = m_cursor.position();
     const auto isInline = text.text().find(u'\n') == std::u16string::npos &&
                           (text.isEmpty() || text.styleAt(0).cells.empty());
     if (isInline && m_place != Place::ended) {
@@ -53,6 +55,7 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
         write(paragraphs, 0);
         finish(rest);
     }
+    spaceParagraphs(*m_cursor.document(), start - 1, m_cursor.position() + 1, m_look);
     m_cursor.endEditBlock();
 }
 
@@ -149,7 +152,7 @@ void TextDocumentWriter::write(Paragraphs paragraphs, std::size_t depth) {
 void TextDocumentWriter::writeParagraph(const Paragraph& paragraph, std::size_t depth) {
     const auto& style = *paragraph.style;
     if (m_place != Place::inside) {
-        auto format = blockFormatOf(style, groundOf(paragraph), m_look);
+        auto format = blockFormatOf(style, kindOf(paragraph), m_look);
         if (style.cells.size() > depth) {
             const auto first = style.cells.begin() + static_cast<std::ptrdiff_t>(depth);
             format.setProperty(kCellsProperty, QVariant::fromValue(std::vector<TextTableCellRef>(
@@ -263,8 +266,15 @@ const CharacterAttributes& TextDocumentWriter::endOf(const Paragraph& paragraph)
     return m_text->attributesAt(paragraph.range.end() - 1);
 }
 
-Ground TextDocumentWriter::groundOf(const Paragraph& paragraph) const {
-    return richtext::isCodeBlock(*m_text, paragraph.range) ? Ground::code : Ground::plain;
+BlockKind TextDocumentWriter::kindOf(const Paragraph& paragraph) const {
+    if (richtext::isCodeBlock(*m_text, paragraph.range)) {
+        return BlockKind::code;
+    }
+    if (!paragraph.style->lists.empty()) {
+        return BlockKind::item;
+    }
+    const auto level = headingLevel(m_text->attributesAt(paragraph.range.location).font);
+    return level ? ui::kindOf(*level) : BlockKind::body;
 }
 
 std::optional<TextDocumentWriter::Table> TextDocumentWriter::tableOf(Paragraphs paragraphs,

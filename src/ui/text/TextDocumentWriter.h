@@ -73,7 +73,7 @@ private:
     const QTextCharFormat& charFormat(const richtext::CharacterAttributes& attributes);
     /// The attributes that the end of the paragraph has.
     const richtext::CharacterAttributes& endOf(const Paragraph& paragraph) const;
-    Ground groundOf(const Paragraph& paragraph) const;
+    BlockKind kindOf(const Paragraph& paragraph) const;
     /// Absent when these paragraphs are not one table, whole and in order.
     std::optional<Table> tableOf(Paragraphs paragraphs, std::size_t depth) const;
 

@@ -102,12 +102,8 @@ void setColors(QTextCharFormat& format, const CharacterAttributes& attributes,
     } else if (attributes.foreground) {
         format.setForeground(look.foreground(*attributes.foreground));
     }
-    if (attributes.korvexCodeBlock) {
-        return; // its ground goes over the whole width and is not the characters'
-    }
-    if (attributes.isCode()) {
-        format.setBackground(look.codeGround);
-    } else if (attributes.background) {
+    // The ground of code is not the characters': `paintUnderText` draws it.
+    if (attributes.background && !attributes.isCode()) {
         format.setBackground(look.fill(*attributes.background));
     }
 }

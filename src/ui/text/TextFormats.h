@@ -10,6 +10,7 @@
 #include <QTextTable>
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 namespace korvex::ui {
@@ -44,8 +45,6 @@ enum TextProperty {
     kGapProperty,
     /// A list has a std::vector<TextListRef>, from the outermost to the list itself.
     kListsProperty,
-    /// Not Qt draws this list's markers but `paintUnderText`: numbers, and what Qt has not.
-    kOwnMarkerProperty,
     /// A table has its TextTableRef.
     kTableProperty,
     /// A cell has its TextTableCellRef.
@@ -55,27 +54,28 @@ enum TextProperty {
 QTextCharFormat charFormatOf(const richtext::CharacterAttributes& attributes, const TextLook& look);
 richtext::CharacterAttributes attributesOf(const QTextCharFormat& format);
 
-/// Whether a paragraph stands on the ground of a code block.
-enum class Ground { plain, code };
 /// All but the paragraph's lists and cells. A list item's own indents are not drawn: its list moves
-/// it in.
-QTextBlockFormat blockFormatOf(const richtext::ParagraphStyle& style, Ground ground,
+/// it in. The distance to what is below is that to a paragraph of the same kind.
+QTextBlockFormat blockFormatOf(const richtext::ParagraphStyle& style, BlockKind kind,
                                const TextLook& look);
 /// The style that the block shows, without lists and cells.
 richtext::ParagraphStyle styleOf(const QTextBlockFormat& format);
 /// A block whose whole text belongs to a code block.
 bool isCodeBlock(const QTextBlock& block);
+/// The first character tells it, in an empty paragraph what is typed into it.
+std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block);
 
-/// `lists` must not be empty.
+/// `lists` must not be empty. Qt draws no markers of it: `paintUnderText` does.
 QTextListFormat listFormatOf(const std::vector<richtext::TextListRef>& lists);
-/// What stands before an item, in words: "3.", "•". The list's first item is 0.
-QString markerTextOf(const QTextList& list, int item);
+/// The innermost of the lists that a drawn one stands for.
+richtext::TextList listOf(const QTextList& list);
 /// A TextList's marker for a list that Qt made.
 std::u16string markerOf(const QTextListFormat& format);
 
-/// How a table is drawn. Where all its cells have the same padding and borders on all sides each
-/// draws those on its right and below, and the first ones of rows and columns the outer ones; else
-/// neighbours share theirs and the wider one is seen. `look` must outlive it.
+/// How a table is drawn: with the same padding in all cells, and with thin lines where it has none
+/// of its own. Where all its cells have the same borders on all sides each draws those on its right
+/// and below, and the first ones of rows and columns the outer ones; else neighbours share theirs
+/// and the wider one is seen. `look` must outlive it.
 class TableFormats {
 public:
     /// All cells of a table, whose columns are within the table; not empty.
@@ -85,7 +85,11 @@ public:
     void apply(const richtext::TextTableCellRef& cell, QTextTableCellFormat& format) const;
 
 private:
+    double widthOf(const richtext::TextTableCell& cell, richtext::Side side) const;
+
     const TextLook& m_look;
+    /// No cell has a border.
+    bool m_isBare;
     bool m_haveOneFrame;
     QTextTableFormat m_table;
 };

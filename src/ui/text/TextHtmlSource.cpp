@@ -1,5 +1,7 @@
 #include "ui/text/TextHtmlSource.h"
 
+#include "ui/text/HiddenHtml.h"
+
 #include <QRegularExpression>
 
 #include <algorithm>
@@ -49,6 +51,7 @@ QString sourceForQt(QString html) {
     static const QRegularExpression kStart(
         QStringLiteral("<ol\\b(?=[^<>]*\\sstart\\s*=\\s*[\"']?\\s*(-?[0-9]{1,9})\\b)"),
         QRegularExpression::CaseInsensitiveOption);
+    html = withoutHidden(html);
     html.remove(kStartMark);
     html.replace(kDeleted, QStringLiteral("<\\1s"));
     return html.replace(kStart, QStringLiteral("<ol style=\"-qt-list-number-prefix:'") +

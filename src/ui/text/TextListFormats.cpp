@@ -1,5 +1,4 @@
 #include "richtext/text/ListMarker.h"
-#include "ui/kit/words/Text.h"
 #include "ui/text/TextFormats.h"
 
 #include <algorithm>
@@ -12,53 +11,42 @@ namespace {
 using richtext::MarkerFormat;
 using richtext::TextListRef;
 
-struct DrawnMarker {
+struct KnownMarker {
     MarkerFormat format;
     QTextListFormat::Style style;
 };
 /// What Qt has, too.
 constexpr std::array kMarkers{
-    DrawnMarker{MarkerFormat::disc, QTextListFormat::ListDisc},
-    DrawnMarker{MarkerFormat::circle, QTextListFormat::ListCircle},
-    DrawnMarker{MarkerFormat::square, QTextListFormat::ListSquare},
-    DrawnMarker{MarkerFormat::decimal, QTextListFormat::ListDecimal},
-    DrawnMarker{MarkerFormat::lowerAlpha, QTextListFormat::ListLowerAlpha},
-    DrawnMarker{MarkerFormat::upperAlpha, QTextListFormat::ListUpperAlpha},
-    DrawnMarker{MarkerFormat::lowerRoman, QTextListFormat::ListLowerRoman},
-    DrawnMarker{MarkerFormat::upperRoman, QTextListFormat::ListUpperRoman},
+    KnownMarker{MarkerFormat::disc, QTextListFormat::ListDisc},
+    KnownMarker{MarkerFormat::circle, QTextListFormat::ListCircle},
+    KnownMarker{MarkerFormat::square, QTextListFormat::ListSquare},
+    KnownMarker{MarkerFormat::decimal, QTextListFormat::ListDecimal},
+    KnownMarker{MarkerFormat::lowerAlpha, QTextListFormat::ListLowerAlpha},
+    KnownMarker{MarkerFormat::upperAlpha, QTextListFormat::ListUpperAlpha},
+    KnownMarker{MarkerFormat::lowerRoman, QTextListFormat::ListLowerRoman},
+    KnownMarker{MarkerFormat::upperRoman, QTextListFormat::ListUpperRoman},
 };
 
 } // namespace
 
 QTextListFormat listFormatOf(const std::vector<TextListRef>& lists) {
-    const auto marker = richtext::partsOf(lists.back()->marker);
-    const auto* const drawn =
-        std::find_if(kMarkers.begin(), kMarkers.end(),
-                     [&](const DrawnMarker& each) { return each.format == marker.format; });
     QTextListFormat format;
     format.setIndent(static_cast<int>(lists.size()));
     format.setProperty(kListsProperty, QVariant::fromValue(lists));
-    const auto isBare = marker.before.empty() && marker.after.empty();
-    if (drawn != kMarkers.end() && isBare && !richtext::isCounting(marker.format)) {
-        format.setStyle(drawn->style);
-    } else {
-        format.setStyle(QTextListFormat::ListStyleUndefined);
-        format.setProperty(kOwnMarkerProperty, true);
-    }
+    format.setStyle(QTextListFormat::ListStyleUndefined);
     return format;
 }
 
-QString markerTextOf(const QTextList& list, int item) {
-    const auto lists = list.format().property(kListsProperty).value<std::vector<TextListRef>>();
-    const auto value =
-        lists.empty() ? richtext::TextList{.marker = markerOf(list.format())} : *lists.back();
-    return toQString(richtext::markerText(value, std::int64_t{value.start} + item));
+richtext::TextList listOf(const QTextList& list) {
+    const auto format = list.format();
+    const auto lists = format.property(kListsProperty).value<std::vector<TextListRef>>();
+    return lists.empty() ? richtext::TextList{.marker = markerOf(format)} : *lists.back();
 }
 
 std::u16string markerOf(const QTextListFormat& format) {
     const auto* const drawn =
         std::find_if(kMarkers.begin(), kMarkers.end(),
-                     [&](const DrawnMarker& each) { return each.style == format.style(); });
+                     [&](const KnownMarker& each) { return each.style == format.style(); });
     const auto known = drawn == kMarkers.end() ? MarkerFormat::disc : drawn->format;
     std::u16string name(richtext::bracedName(known));
     if (!richtext::isCounting(known)) {

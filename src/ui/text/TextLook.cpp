@@ -2,6 +2,10 @@
 
 #include <QFontDatabase>
 #include <QFontInfo>
+#include <QFontMetricsF>
+
+#include <algorithm>
+#include <cmath>
 
 namespace korvex::ui {
 
@@ -37,17 +41,37 @@ Hues huesOf(const ThemeColors& colors) {
 
 } // namespace
 
+BlockKind kindOf(richtext::HeadingLevel level) {
+    switch (level) {
+    case richtext::HeadingLevel::level1:
+        return BlockKind::heading1;
+    case richtext::HeadingLevel::level2:
+        return BlockKind::heading2;
+    case richtext::HeadingLevel::level3:
+        return BlockKind::heading3;
+    }
+    return BlockKind::body;
+}
+
 TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     const auto& colors = theme.colors();
     const auto basePoints = richtext::kBaseFontSize / 1000.0;
     m_pixelsPerTwip = QFontInfo(font).pixelSize() / basePoints / richtext::kTwipsPerPoint;
     monospacedFamily = QFontDatabase::systemFont(QFontDatabase::FixedFont).family();
+    const auto leading = lineHeight(BlockKind::body) - QFontMetricsF(font).height();
+    m_halfLeading = std::max(0, static_cast<int>(std::lround(leading / 2)));
 
-    codeGround = blended(colors.text, colors.content, colors.isDark ? 0.08 : 0.05);
-    headerFill = blended(colors.text, colors.content, colors.isDark ? 0.10 : 0.06);
-    separator = blended(colors.text, colors.content, colors.isDark ? 0.24 : 0.18);
+    const auto isDark = colors.isDark;
+    codeGround = blended(colors.text, colors.content, isDark ? 0.08 : 0.05);
+    headerFill = blended(colors.text, colors.content, isDark ? 0.10 : 0.06);
+    separator = colors.isHighContrast ? colors.border
+                                      : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
+    selection = colors.selection;
+    scrollHandle = colors.scrollHandle;
+    m_contrast = colors.isHighContrast ? 7.0 : 4.5;
     m_grounds = {colors.content, colors.hover, colors.selection, codeGround, headerFill};
     text = readableOnAllGrounds(colors.text);
+    quiet = readableOnAllGrounds(colors.secondaryText);
     link = readableOnAllGrounds(colors.accent);
 
     const auto hues = huesOf(colors);
@@ -92,9 +116,37 @@ QColor TextLook::fill(const richtext::Color& color) const {
                                            : m_fills[static_cast<std::size_t>(color.name)];
 }
 
+int TextLook::lineHeight(BlockKind kind) const {
+    return static_cast<int>(
+        std::lround(letterSize(kind) * (isHeading(kind) ? kHeadingLineHeight : kLineHeight)));
+}
+
+double TextLook::letterSize(BlockKind kind) const {
+    const auto size = [&] {
+        switch (kind) {
+        case BlockKind::heading1:
+            return richtext::fontOf(richtext::HeadingLevel::level1).size;
+        case BlockKind::heading2:
+            return richtext::fontOf(richtext::HeadingLevel::level2).size;
+        case BlockKind::heading3:
+            return richtext::fontOf(richtext::HeadingLevel::level3).size;
+        case BlockKind::body:
+        case BlockKind::item:
+        case BlockKind::code:
+            break;
+        }
+        return richtext::kBaseFontSize;
+    }();
+    return pixels(richtext::kTwipsPerPoint) * size / 1000.0;
+}
+
+int TextLook::scaled(int length) const {
+    return static_cast<int>(std::lround(pixels(length * richtext::kTwipsPerPoint)));
+}
+
 QColor TextLook::readableOnAllGrounds(QColor color) const {
     for (const auto& ground : m_grounds) {
-        color = readable(color, ground);
+        color = readable(color, ground, m_contrast);
     }
     return color;
 }

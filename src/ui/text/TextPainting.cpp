@@ -1,101 +1,209 @@
 #include "ui/text/TextPainting.h"
 
+#include "ui/text/ListMarkers.h"
 #include "ui/text/TextFormats.h"
+#include "ui/text/TextLines.h"
 
-#include <QAbstractTextDocumentLayout>
-#include <QFontMetricsF>
 #include <QTextBlock>
 #include <QTextLayout>
 
-#include <unordered_map>
+#include <algorithm>
+#include <optional>
 
 namespace korvex::ui {
 
 namespace {
 
-/// The rectangle of the block's lines. Qt's own forgets how far they are moved in.
-QRectF rectOf(const QTextBlock& block) {
-    return block.document()->documentLayout()->blockBoundingRect(block).translated(
-        block.layout()->boundingRect().left(), 0);
+/// The grounds of code blocks: paragraphs of one stand on one.
+class BlockGrounds {
+public:
+    BlockGrounds(QPainter& painter, const TextLook& look, const QRectF& exposed)
+        : m_painter(painter), m_look(look), m_exposed(exposed) {}
+
+    void add(const QTextBlock& block) {
+        const auto beside = m_look.codePaddingBeside();
+        const auto above = m_look.codePaddingAbove();
+        const auto own = bandsOf(block).adjusted(-beside, -above, beside, above);
+        // Lines of one block of code stand on one ground, those of two cells on two.
+        if (!m_ground.isEmpty() &&
+            (own.left() != m_ground.left() || own.top() > m_ground.bottom() ||
+             own.bottom() < m_ground.top())) {
+            finish();
+        }
+        m_ground = m_ground.isEmpty() ? own : m_ground.united(own);
+    }
+    void finish() {
+        if (!m_ground.isEmpty() && m_ground.intersects(m_exposed)) {
+            m_painter.setPen(Qt::NoPen);
+            m_painter.setBrush(m_look.codeGround);
+            const auto radius = m_look.radius(Radius::medium);
+            m_painter.drawRoundedRect(m_ground, radius, radius);
+        }
+        m_ground = {};
+    }
+
+private:
+    QPainter& m_painter;
+    const TextLook& m_look;
+    QRectF m_exposed;
+    QRectF m_ground;
+};
+
+/// From where to where the characters go, other text that stands between them included.
+QRectF boundsOf(const QTextBlock& block, const QTextLine& line, int from, int to) {
+    const auto left = originOf(block).x();
+    auto result = bandOf(block, line);
+    const auto last = std::min(to, line.textStart() + line.textLength());
+    auto least = result.right();
+    auto most = result.left();
+    for (int at = std::max(from, line.textStart()); at < last; ++at) {
+        for (const auto edge : {QTextLine::Leading, QTextLine::Trailing}) {
+            const auto x = left + line.cursorToX(at, edge);
+            least = std::min(least, x);
+            most = std::max(most, x);
+        }
+    }
+    result.setLeft(least);
+    result.setRight(std::max(least, most));
+    return result;
 }
 
-void paintMarker(QPainter& painter, const QString& marker, const QTextBlock& block,
-                 const QRectF& rect, const TextLook& look) {
-    const auto* const layout = block.layout();
-    if (marker.isEmpty() || !layout || layout->lineCount() == 0) {
-        return;
+/// The little ground of the code between two characters of a block.
+void paintInlineGround(QPainter& painter, const QTextBlock& block, int from, int to,
+                       const TextLook& look) {
+    const auto& layout = *block.layout();
+    for (int i = 0; i < layout.lineCount(); ++i) {
+        const auto line = layout.lineAt(i);
+        if (line.textStart() >= to || line.textStart() + line.textLength() <= from) {
+            continue;
+        }
+        auto ground = stretchOf(block, line, from, to).value_or(boundsOf(block, line, from, to));
+        const auto top = originOf(block).y() + line.y();
+        ground.setTop(top);
+        ground.setBottom(top + line.height());
+        const auto beside = look.space(Space::hair);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(look.codeGround);
+        const auto radius = look.radius(Radius::small);
+        painter.drawRoundedRect(ground.adjusted(-beside, 0, beside, 0), radius, radius);
     }
-    const auto first = block.begin();
-    const auto attributes =
-        attributesOf(first.atEnd() ? block.charFormat() : first.fragment().charFormat());
-    const auto font = look.fontOf({.isBold = attributes.font.isBold, .size = attributes.font.size});
-    const QFontMetricsF metrics(font);
-    const auto line = layout->lineAt(0);
-    const auto isRightToLeft = block.textDirection() == Qt::RightToLeft;
-    const auto gap = metrics.horizontalAdvance(QLatin1Char(' '));
-    const double x =
-        isRightToLeft ? rect.right() + gap : rect.left() - gap - metrics.horizontalAdvance(marker);
-    painter.setFont(font);
-    painter.setPen(look.text);
-    painter.drawText(QPointF(x, rect.top() + line.y() + line.ascent()), marker);
 }
+
+void paintInlineGrounds(QPainter& painter, const QTextBlock& block, const TextLook& look,
+                        const QRectF& exposed) {
+    int from = -1;
+    int to = -1;
+    const auto finish = [&] {
+        if (from >= 0 && bandsOf(block).intersects(exposed)) {
+            paintInlineGround(painter, block, from, to, look);
+        }
+        from = -1;
+    };
+    for (auto it = block.begin(); !it.atEnd(); ++it) {
+        const auto fragment = it.fragment();
+        if (!fragment.charFormat().hasProperty(kCodeLanguageProperty)) {
+            finish();
+            continue;
+        }
+        const auto start = fragment.position() - block.position();
+        from = from < 0 ? start : from;
+        to = start + fragment.length();
+    }
+    finish();
+}
+
+/// Bands of a selection that touch become one shape, of which the outer corners are round.
+class SelectionShape {
+public:
+    SelectionShape(QPainter& painter, double radius) : m_painter(painter), m_radius(radius) {}
+
+    void add(const QRectF& band) {
+        m_painter.drawRoundedRect(band, m_radius, m_radius);
+        const auto left = std::max(band.left(), m_last.left());
+        const auto right = std::min(band.right(), m_last.right());
+        if (band.top() <= m_last.bottom() + 1 && band.top() >= m_last.top() && left < right) {
+            const auto between = QRectF(QPointF(left, m_last.bottom() - m_radius),
+                                        QPointF(right, band.top() + m_radius));
+            m_painter.drawRect(between.intersected(m_last.united(band)));
+        }
+        m_last = band;
+    }
+    const QRectF& last() const { return m_last; }
+
+private:
+    QPainter& m_painter;
+    double m_radius;
+    QRectF m_last;
+};
 
 } // namespace
 
 void paintUnderText(QPainter& painter, const QTextDocument& document, const TextLook& look,
                     const QRectF& exposed) {
-    const auto padding = look.codePadding();
-    const auto above = padding / 2;
-    QRectF ground;
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    const auto paintGround = [&] {
-        if (!ground.isEmpty() && ground.intersects(exposed)) {
-            painter.setPen(Qt::NoPen);
-            painter.setBrush(look.codeGround);
-            painter.drawRoundedRect(ground, above, above);
-        }
-        ground = {};
-    };
-    struct Markers {
-        bool areOwn = false;
-        int items = 0;
-    };
-    std::unordered_map<const QTextList*, Markers> lists;
+    BlockGrounds grounds(painter, look, exposed);
+    ListMarkers markers(look);
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
-        const auto* const list = block.textList();
-        auto hasOwnMarker = false;
-        auto item = 0;
-        if (list) {
-            const auto [place, isNew] = lists.try_emplace(list);
-            if (isNew) {
-                place->second.areOwn = list->format().boolProperty(kOwnMarkerProperty);
+        const auto hasMarker = markers.count(block);
+        if (isCodeBlock(block)) {
+            grounds.add(block);
+        } else {
+            grounds.finish();
+            paintInlineGrounds(painter, block, look, exposed);
+        }
+        if (hasMarker) {
+            const auto lines = bandsOf(block);
+            if (lines.top() <= exposed.bottom() && lines.bottom() >= exposed.top()) {
+                markers.paint(painter, block);
             }
-            hasOwnMarker = place->second.areOwn;
-            item = place->second.items++;
-        }
-        const auto isCode = isCodeBlock(block);
-        if (!isCode) {
-            paintGround();
-        }
-        if (!isCode && !hasOwnMarker) {
-            continue;
-        }
-        const auto rect = rectOf(block);
-        if (isCode) {
-            const auto own = rect.adjusted(-padding, -above, padding, above);
-            // Lines of one block of code stand on one ground, those of two cells on two.
-            if (!ground.isEmpty() && (own.left() != ground.left() || own.top() > ground.bottom() ||
-                                      own.bottom() < ground.top())) {
-                paintGround();
-            }
-            ground = ground.isEmpty() ? own : ground.united(own);
-        }
-        if (hasOwnMarker && rect.intersects(exposed.adjusted(-rect.left(), 0, rect.left(), 0))) {
-            paintMarker(painter, markerTextOf(*list, item), block, rect, look);
         }
     }
-    paintGround();
+    grounds.finish();
+    painter.restore();
+}
+
+void paintSelection(QPainter& painter, const QTextCursor& selection, const TextLook& look,
+                    const QRectF& exposed) {
+    if (!selection.hasSelection() || selection.hasComplexSelection()) {
+        return; // of cells that are selected Qt draws all
+    }
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(look.selection);
+    SelectionShape shape(painter, look.radius(Radius::small));
+    const auto start = selection.selectionStart();
+    const auto end = selection.selectionEnd();
+    const auto lineEnd = look.space(Space::small);
+    for (auto block = selection.document()->findBlock(start);
+         block.isValid() && block.position() < end; block = block.next()) {
+        const auto bands = bandsOf(block);
+        if (bands.bottom() < exposed.top() - bands.height() || bands.top() > exposed.bottom()) {
+            continue;
+        }
+        const auto& layout = *block.layout();
+        const auto goesOn = end >= block.position() + block.length();
+        for (int i = 0; i < layout.lineCount(); ++i) {
+            auto band = stretchOf(block, layout.lineAt(i), start - block.position(),
+                                  end - block.position());
+            if (!band) {
+                continue;
+            }
+            if (goesOn && i == layout.lineCount() - 1) {
+                const auto isTurned = block.textDirection() == Qt::RightToLeft;
+                band->adjust(isTurned ? -lineEnd : 0, 0, isTurned ? 0 : lineEnd, 0);
+            }
+            // What is between two paragraphs that are both selected is selected, too.
+            const auto isBelow = i == 0 && block.position() > start &&
+                                 selection.document()->characterAt(block.position() - 1) ==
+                                     QChar(QChar::ParagraphSeparator);
+            if (isBelow && !shape.last().isNull()) {
+                band->setTop(std::min(band->top(), shape.last().bottom()));
+            }
+            shape.add(*band);
+        }
+    }
     painter.restore();
 }
 

@@ -3,6 +3,7 @@
 #include "ui/text/CodeColors.h"
 #include "ui/text/Links.h"
 #include "ui/text/TextDocumentConversion.h"
+#include "ui/text/TextLines.h"
 #include "ui/text/TextPainting.h"
 
 #include <QAbstractTextDocumentLayout>
@@ -19,10 +20,6 @@ namespace {
 
 constexpr std::size_t kUnitsPerCost = 200;
 constexpr int kHighestCost = 60;
-/// The stretch over which a wide table fades out, in pixels.
-constexpr int kFade = 24;
-/// The height of the bar that shows which part of a wide table is seen.
-constexpr int kThumb = 3;
 
 } // namespace
 
@@ -75,7 +72,9 @@ void TextRow::findWideTables() {
         // Of the distances around the table Qt reckons one to it and the other not.
         const auto before = m_document.findBlock(frame->firstPosition() - 1);
         if (before.isValid()) {
-            place.setTop(m_document.documentLayout()->blockBoundingRect(before).bottom());
+            // Not of a paragraph that Qt hides behind the table's upper line.
+            const auto letters = originOf(before).y() + before.layout()->boundingRect().bottom();
+            place.setTop(std::min(place.top(), letters));
         }
         const auto next = m_document.findBlock(frame->lastPosition() + 1);
         if (next.isValid()) {
@@ -128,15 +127,13 @@ void TextRow::setTableOffsets(const std::vector<int>& offsets) {
 
 void TextRow::paint(QPainter& painter, const TextLook& look, const QColor& ground) {
     const QRectF exposed(0, 0, m_width, m_height);
-    // A code block's ground reaches a little beyond its text.
-    const auto around = exposed.adjusted(0, -look.codePadding(), 0, look.codePadding());
-    QRegion text(around.toAlignedRect());
+    QRegion text(exposed.toAlignedRect());
     for (const auto& table : m_wideTables) {
         text -= bandOf(table).toAlignedRect();
     }
     painter.save();
     painter.setClipRegion(text, Qt::IntersectClip);
-    paintDocument(painter, look, around);
+    paintDocument(painter, look, exposed);
     painter.restore();
     for (const auto& table : m_wideTables) {
         paintTable(painter, table, look, ground);
@@ -148,6 +145,7 @@ void TextRow::paintDocument(QPainter& painter, const TextLook& look, const QRect
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette.setColor(QPalette::Text, look.text);
     context.clip = clip;
+    painter.setRenderHint(QPainter::Antialiasing, false); // as the editor draws its lines
     m_document.documentLayout()->draw(&painter, context);
 }
 
@@ -161,25 +159,27 @@ void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLo
     painter.translate(table.offset, 0);
     auto clear = ground;
     clear.setAlpha(0);
+    const auto fading = look.space(Space::wide);
     const auto fade = [&](double from, double to) {
         QLinearGradient shade(from, 0, to, 0);
         shade.setColorAt(0, ground);
         shade.setColorAt(1, clear);
-        painter.fillRect(QRectF(std::min(from, to), band.top(), kFade, band.height()), shade);
+        painter.fillRect(QRectF(std::min(from, to), band.top(), fading, band.height()), shade);
     };
     if (table.place.left() < table.offset - 1) {
-        fade(0, kFade);
+        fade(0, fading);
     }
     if (table.place.right() > table.offset + band.width() + 1) {
-        fade(band.width(), band.width() - kFade);
+        fade(band.width(), band.width() - fading);
     }
     const auto part = band.width() / table.place.width();
     if (part < 1) {
         painter.setPen(Qt::NoPen);
-        painter.setBrush(look.separator);
+        painter.setBrush(look.scrollHandle);
+        const auto handle = look.extent(Extent::scrollHandle);
         painter.drawRoundedRect(QRectF((table.offset - table.place.left()) * part,
-                                       band.bottom() - kThumb, band.width() * part, kThumb),
-                                kThumb / 2.0, kThumb / 2.0);
+                                       band.bottom() - handle, band.width() * part, handle),
+                                handle / 2.0, handle / 2.0);
     }
     painter.restore();
 }
@@ -197,7 +197,8 @@ bool TextRow::color(richtext::CodeHighlighter& code, const TextLook& look) {
 }
 
 int TextRow::caretAt(const QPointF& point) const {
-    const auto position = m_document.documentLayout()->hitTest(inDocument(point), Qt::FuzzyHit);
+    const auto position =
+        m_document.documentLayout()->hitTest(onLine(m_document, inDocument(point)), Qt::FuzzyHit);
     return static_cast<int>(offsetOf(m_document, std::max(position, 0)));
 }
 

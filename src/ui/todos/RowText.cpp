@@ -42,7 +42,10 @@ QString shownText(const model::Entry& entry) {
 std::unique_ptr<QTextLayout> makeTextLayout(QString text, Qt::LayoutDirection direction,
                                             const Theme& theme) {
     text.replace(QLatin1String("\r\n"), QString(QChar::LineSeparator));
-    text.replace(QLatin1Char('\n'), QChar::LineSeparator);
+    for (const QChar each :
+         {QChar(QChar::LineFeed), QChar(QChar::CarriageReturn), QChar(QChar::ParagraphSeparator)}) {
+        text.replace(each, QChar::LineSeparator);
+    }
     auto layout = std::make_unique<QTextLayout>(text, theme.font());
     QTextOption option;
     option.setTextDirection(direction);

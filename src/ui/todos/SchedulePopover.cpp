@@ -6,6 +6,7 @@
 #include "ui/kit/fields/TimeField.h"
 #include "ui/kit/fields/WallClock.h"
 #include "ui/kit/overlays/PanelScroll.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/ReminderChoice.h"
 
@@ -31,10 +32,17 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
           {.completed = entry.isCompleted(),
            .defaultReminderMinutes = services.preferences.defaultReminderMinutes()},
           services.clock.now(), *m_formats,
-          [this, &entry](const model::TodoSchedule& schedule) {
-              m_services.entries.updateSchedule(entry, schedule, m_services.clock.now());
+          [this](const model::TodoSchedule& schedule) {
+              auto* const todo = m_services.context.find<model::Entry>(m_entry);
+              if (!todo) {
+                  throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
+              }
+              m_services.entries.updateSchedule(*todo, schedule, m_services.clock.now());
           },
-          [this] { closeNow(); }) {
+          [this] { closeNow(); }),
+      m_entry(entry.id()),
+      m_changes(
+          services.context.didChange().connect([this](const store::ChangeSet&) { follow(); })) {
     setAccessibleName(tr("Schedule"));
     makeFields();
     layOut();
@@ -43,6 +51,31 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
     auto* const first = m_editor.hasDue ? static_cast<QWidget*>(m_day) : m_today;
     first->setFocus();
     setFocusProxy(first);
+}
+
+void SchedulePopover::follow() {
+    const auto* const todo = m_services.context.find<model::Entry>(m_entry);
+    if (!todo || !todo->isTodo() || todo->isCompleted()) {
+        closeNow();
+        return;
+    }
+    using Typing = schedule::TodoScheduleEditor::Typing;
+    const auto fields = findChildren<const TypedField*>();
+    const auto isTyping = std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
+        return !each->isHidden() && each->isModified();
+    });
+    if (m_editor.storedChanged(todo->schedule(), isTyping ? Typing::yes : Typing::no,
+                               m_services.clock.now())) {
+        showState();
+    }
+    Q_EMIT followed();
+}
+
+/// What is about to be replaced is to be known. False when there is nothing any more.
+bool SchedulePopover::hearOfOthers() {
+    // Where this cannot be read, saving says so.
+    static_cast<void>(refusal([this] { m_services.context.refresh(); }));
+    return !isHidden();
 }
 
 void SchedulePopover::makeFields() {
@@ -84,7 +117,7 @@ void SchedulePopover::makeFields() {
     m_save->setDefault(true);
 }
 
-QWidget* SchedulePopover::makeForm() {
+QWidget* SchedulePopover::makeContent() {
     const auto space = theme().space(Space::medium);
     const auto flow = [space](std::initializer_list<QWidget*> widgets, QWidget* parent) {
         auto* const layout = new FlowLayout(parent);
@@ -96,25 +129,30 @@ QWidget* SchedulePopover::makeForm() {
         return layout;
     };
     flow({m_startDay, m_start}, m_startFields);
-    auto* const content = new QWidget(this);
-    auto* const form = new QFormLayout(content);
-    form->setContentsMargins(0, 0, 0, 0);
+    auto* const form = new QFormLayout;
     form->setHorizontalSpacing(theme().space(Space::large));
     form->setVerticalSpacing(space);
     form->setLabelAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     form->setFieldGrowthPolicy(QFormLayout::ExpandingFieldsGrow);
     form->setRowWrapPolicy(QFormLayout::WrapLongRows);
-    form->addRow(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
     form->addRow(m_hasDue, m_day);
     form->addRow(m_dayRefusal);
     form->addRow(m_hasStart, m_startFields);
     form->addRow(m_hasTime, m_time);
     form->addRow(m_timeRefusal);
-    form->addRow(m_hasReminder);
-    form->addRow(m_reminder);
-    form->addRow(m_explanation);
-    form->addRow(m_reminderRefusal);
-    form->addRow(m_refusal);
+    auto* const reminder = new QVBoxLayout;
+    reminder->setSpacing(space);
+    for (auto* const each : std::initializer_list<QWidget*>{
+             m_hasReminder, m_reminder, m_explanation, m_reminderRefusal, m_refusal}) {
+        reminder->addWidget(each);
+    }
+    auto* const content = new QWidget(this);
+    auto* const groups = new QVBoxLayout(content);
+    groups->setContentsMargins(0, 0, 0, 0);
+    groups->setSpacing(theme().space(Space::large));
+    groups->addLayout(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
+    groups->addLayout(form);
+    groups->addLayout(reminder);
     return content;
 }
 
@@ -124,7 +162,7 @@ void SchedulePopover::layOut() {
     const auto margin = theme().space(Space::large);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(margin);
-    column->addWidget(new PanelScroll(makeForm(), this), 1);
+    column->addWidget(new PanelScroll(makeContent(), this), 1);
     auto* const buttons = new QHBoxLayout;
     buttons->addWidget(m_clear);
     buttons->addStretch();
@@ -245,19 +283,19 @@ void SchedulePopover::setDueDay(int daysFromToday) {
 void SchedulePopover::clear() {
     m_editor.hasDue = false;
     m_editor.hasReminder = false;
-    if (!m_editor.save(m_services.clock.now())) {
+    if (hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
 void SchedulePopover::save() {
-    if (takeTyped() && !m_editor.save(m_services.clock.now())) {
+    if (takeTyped() && hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
     }
 }
 
 void SchedulePopover::dismiss() {
-    if (takeTyped() && !m_editor.dismiss(m_services.clock.now())) {
+    if (takeTyped() && hearOfOthers() && !m_editor.dismiss(m_services.clock.now())) {
         showState();
     }
 }
@@ -274,6 +312,12 @@ bool SchedulePopover::takeTyped() {
     return isRead;
 }
 
+QString SchedulePopover::reason() const {
+    const auto now = m_editor.stored().accessibilityLabel(m_editor.isCompleted(),
+                                                          m_services.clock.now(), *m_formats);
+    return translated(*m_editor.errorMessage()).replace(QLatin1String("%1"), toQString(now));
+}
+
 void SchedulePopover::showErrors() {
     const auto& message = m_editor.errorMessage();
     using Concern = schedule::TodoScheduleEditor::Concern;
@@ -287,7 +331,7 @@ void SchedulePopover::showErrors() {
     };
     const auto say = [&](RefusalLabel& label, const QString& problem, Concern concern) {
         const bool isMeant = message && m_editor.errorConcern() == concern;
-        label.say(!problem.isEmpty() ? problem : isMeant ? translated(*message) : QString());
+        label.say(!problem.isEmpty() ? problem : isMeant ? reason() : QString());
     };
     m_dayRefusal->say(problemOf({m_day}));
     say(*m_timeRefusal, problemOf({m_startDay, m_start, m_time}), Concern::window);

@@ -20,7 +20,8 @@ class RefusalLabel;
 class TimeField;
 class TypedField;
 
-/// Edits when a todo is due and when to be reminded of it.
+/// Edits when a todo is due and when to be reminded of it. While nothing was changed in it, it
+/// follows what other programs do; it closes when the todo is gone or completed.
 class SchedulePopover final : public Popover {
     Q_OBJECT
 
@@ -31,13 +32,20 @@ public:
     /// Saves what was changed, if anything was; what cannot be saved stays open with the reason.
     void dismiss() override;
 
+Q_SIGNALS:
+    /// Something has changed in the store, and the todo may stand elsewhere.
+    void followed();
+
 protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// Anything has changed in the store.
+    void follow();
+    bool hearOfOthers();
     void makeFields();
     void layOut();
-    QWidget* makeForm();
+    QWidget* makeContent();
     void orderTabs();
     void connectFields();
     /// Shows the editor's state in the fields, and the other way round.
@@ -64,10 +72,14 @@ private:
     /// keyboard.
     bool takeTyped();
     void showErrors();
+    /// Why the editor refused, of which it has said so.
+    QString reason() const;
 
     TodoServices m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
+    base::Uuid m_entry;
+    base::Subscription m_changes;
     bool m_isShowing = false;
     Shown m_shown;
 

@@ -50,10 +50,31 @@ void TodoActions::offerUndo(const QString& message) {
                            [this, id = m_offered] { Q_EMIT m_page.undoRequested(id); });
 }
 
-void TodoActions::openSchedule(model::Entry& entry, const QRect& globalAnchor) {
+void TodoActions::openSchedule(model::Entry& entry, const Place& place) {
+    const auto anchor = place();
+    if (!anchor) {
+        return;
+    }
     auto* const popover = new SchedulePopover(entry, m_services, m_theme, m_page.window());
-    popover->openAt(globalAnchor);
+    popover->openAt(*anchor);
     popover->setFocus();
+    // Once the rows have followed too.
+    QObject::connect(
+        popover, &SchedulePopover::followed, popover,
+        [popover, place] {
+            if (popover->isHidden()) {
+                return;
+            }
+            if (const auto now = place()) {
+                popover->openAt(*now);
+                return;
+            }
+            popover->dismiss();
+            if (!popover->isHidden()) {
+                popover->closeNow(); // nobody would know what its reason is about
+            }
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace korvex::ui

@@ -46,8 +46,10 @@ public:
     void remove(model::Entry& entry, const Removal& removal);
     /// Says on the page what was done just now, and offers to take that back, until it was.
     void offerUndo(const QString& message);
-    /// Lets the schedule of an open todo be edited under this place on the screen.
-    void openSchedule(model::Entry& entry, const QRect& globalAnchor);
+    /// Where the todo's schedule is shown, on the screen; absent when it is not any more.
+    using Place = std::function<std::optional<QRect>()>;
+    /// Lets the schedule of an open todo be edited there, and follows when rows come and go.
+    void openSchedule(model::Entry& entry, const Place& place);
 
 private:
     Page& m_page;

@@ -3,12 +3,14 @@
 #include "app/AppPreferences.h"
 #include "base/Clock.h"
 #include "services/EntryService.h"
+#include "store/ModelContext.h"
 #include "ui/workspace/DateTexts.h"
 
 namespace korvex::ui {
 
 /// What is needed to change a todo at its row, its schedule too; all of it outlives the views.
 struct TodoServices {
+    store::ModelContext& context;
     services::EntryService& entries;
     const app::AppPreferences& preferences;
     const DateTexts& dates;

@@ -23,6 +23,10 @@ TodoTextEdit::TodoTextEdit(QWidget* parent) : QTextEdit(parent) {
     setAccessibleName(tr("Todo"));
 }
 
+QString TodoTextEdit::typed() const {
+    return document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+}
+
 void TodoTextEdit::setCaret(int position) {
     auto cursor = textCursor();
     cursor.setPosition(std::clamp(position, 0, document()->characterCount() - 1));
@@ -105,7 +109,7 @@ void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
     const auto pasted = source->text();
     auto lines = pastedLines(pasted);
     // Spaces at the ends of a part of a line are meant.
-    const auto isPart = !pasted.contains(QLatin1Char('\n')) && !pasted.contains(QLatin1Char('\r'));
+    const auto isPart = !withLineFeeds(pasted).contains(QLatin1Char('\n'));
     const auto only = lines.size() == 1 && isPart ? pasted : lines.value(0);
     if (lines.size() <= 1) {
         if (allows(only)) {
@@ -116,7 +120,7 @@ void TodoTextEdit::insertFromMimeData(const QMimeData* source) {
     }
     Q_EMIT linesComing();
     const auto cursor = textCursor();
-    const auto text = toPlainText();
+    const auto text = typed();
     const auto first = text.left(cursor.selectionStart()) + lines.takeFirst();
     lines.last() += text.mid(cursor.selectionEnd());
     Q_EMIT linesPasted(first, lines);
@@ -126,7 +130,7 @@ bool TodoTextEdit::allows(const QString& replacement) {
     const auto cursor = textCursor();
     const auto start = cursor.selectionStart();
     if (model::EntryContentLimit::allowsReplacing(
-            toUtf8(toPlainText()), static_cast<std::size_t>(start),
+            toUtf8(typed()), static_cast<std::size_t>(start),
             static_cast<std::size_t>(cursor.selectionEnd() - start), toUtf8(replacement))) {
         return true;
     }

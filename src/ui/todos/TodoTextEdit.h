@@ -15,6 +15,8 @@ class TodoTextEdit final : public QTextEdit {
 public:
     explicit TodoTextEdit(QWidget* parent = nullptr);
 
+    /// Every character as it is: `toPlainText` makes other ones of some spaces and line breaks.
+    QString typed() const;
     /// UTF-16 offset of the caret.
     int caret() const { return textCursor().position(); }
     void setCaret(int position);

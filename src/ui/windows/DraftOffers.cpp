@@ -32,7 +32,9 @@ void DraftOffers::start() {
              {.onTheirBoard = tr("This was typed here before Korvex ended and could not be stored. "
                                  "Go on with it, or discard it."),
               .elsewhere = tr("This was typed before Korvex ended and could not be stored. Its "
-                              "board is no longer there. Go on with it here, or discard it.")}});
+                              "board is no longer there. Go on with it here, or discard it."),
+              .archived = tr("This was typed before Korvex ended and could not be stored. Its "
+                             "board is archived. Go on with it here, or discard it.")}});
     }
     m_unreadable = std::move(found.unreadable);
     if (m_waiting.empty()) {
@@ -68,10 +70,8 @@ void DraftOffers::showNext() {
     if (board) {
         m_navigation.openBoard(*board);
     }
-    const auto& [onTheirBoard, elsewhere] = next.origin;
-    const auto isTheirs = board && board->id() == next.draft.board;
     if (!board || m_boardPage.board() != board ||
-        !m_boardPage.resume(next.draft, isTheirs ? onTheirBoard : elsewhere)) {
+        !m_boardPage.resume(next.draft, whyOn(*board, next))) {
         // Where something else cannot be left, this one waits with the others.
         m_waiting.push_front(std::move(next));
         offerRest();
@@ -87,6 +87,15 @@ void DraftOffers::offerRest() {
                                             .action = tr("Show"),
                                             .perform = [this] { showNext(); }});
     }
+}
+
+QString DraftOffers::whyOn(const model::Board& board, const Waiting& waiting) const {
+    const auto& origin = waiting.origin;
+    if (board.id() == waiting.draft.board) {
+        return origin.onTheirBoard;
+    }
+    const auto isThere = m_workspace.boards.board(waiting.draft.board) != nullptr;
+    return isThere && !origin.archived.isEmpty() ? origin.archived : origin.elsewhere;
 }
 
 model::Board* DraftOffers::boardOf(const app::Draft& draft) const {

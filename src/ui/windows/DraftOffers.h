@@ -33,6 +33,8 @@ private:
     void showNext();
     void offerRest();
     void tellUnreadable();
+    /// What is said of it on this board.
+    QString whyOn(const model::Board& board, const Waiting& waiting) const;
     /// Where the draft can be gone on with.
     model::Board* boardOf(const app::Draft& draft) const;
 

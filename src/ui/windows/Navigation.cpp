@@ -131,6 +131,10 @@ model::Board* Navigation::lastBoard() const {
 void Navigation::storeChanged(store::ChangeSet::Origin origin) {
     auto& page = m_views.boardPage;
     m_views.sidebar.refresh();
+    if (const auto* const back = m_taken.message != 0 ? m_boards.board(m_taken.board) : nullptr;
+        back && isListed(*back)) {
+        page.banner().end(std::exchange(m_taken, {}).message);
+    }
     auto* const shown = page.board();
     const auto isInPlace = shown && isListed(*shown);
     const auto isLookedAt =
@@ -161,20 +165,30 @@ void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Ori
     if (!isGone || !next || page.board() != board) {
         return;
     }
+    const auto name = page.title();
     if (origin == store::ChangeSet::Origin::elsewhere && board && board->isLive() &&
         page.isEditing()) {
         // What is typed belongs there to its end: gone on with elsewhere, it would be two halves.
         m_archivedUnderEdit = board;
+        tellTaken(*board, name);
         return;
     }
-    const auto name = page.title();
     const auto givenWay = page.giveWayTo(*next);
     if (givenWay == BoardPage::GivenWay::alone && board && next != again &&
         origin == store::ChangeSet::Origin::elsewhere) {
-        page.tell(board->isLive() ? tr("Another program archived “%1”.").arg(name)
-                                  : tr("Another program deleted “%1”.").arg(name));
+        tellTaken(*board, name);
     }
     pageChanged();
+}
+
+/// Until the board is back.
+void Navigation::tellTaken(const model::Board& board, const QString& name) {
+    const auto text = board.isLive() ? tr("Another program archived “%1”.").arg(name)
+                                     : tr("Another program deleted “%1”.").arg(name);
+    m_taken = {board.id(), m_views.boardPage.banner().say({.text = text,
+                                                           .tone = ErrorBanner::Tone::notice,
+                                                           .lasts = ErrorBanner::Lasts::shortly},
+                                                          m_taken.message)};
 }
 
 void Navigation::pageChanged() {

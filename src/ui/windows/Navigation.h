@@ -3,6 +3,7 @@
 #include "app/AppPreferences.h"
 #include "services/BoardService.h"
 #include "store/ModelContext.h"
+#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/PageKind.h"
 
 #include <QObject>
@@ -70,6 +71,8 @@ private:
     /// `origin` says whose change has taken it away.
     void leaveSoon(const model::Board* board, store::ChangeSet::Origin origin);
     void leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin);
+    /// Says that another program has taken the board away, whose page had this title.
+    void tellTaken(const model::Board& board, const QString& name);
     void pageChanged();
 
     Views m_views;
@@ -77,6 +80,12 @@ private:
     store::ModelContext& m_context;
     app::AppPreferences& m_preferences;
     PageKind m_beforeSearch = PageKind::board;
+    /// The board that was taken away last, and the message that says so, while there is one.
+    struct Taken {
+        base::Uuid board;
+        ErrorBanner::MessageId message = 0;
+    };
+    Taken m_taken;
     /// Another program has archived it, and something is still typed on it.
     const model::Board* m_archivedUnderEdit = nullptr;
     base::Subscription m_changes;

@@ -35,22 +35,22 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
         addWords(tr("Korvex could not open its store"), theme.titleFont(), colors.text);
     auto* const reason = addWords(message, theme.font(), colors.text);
     auto* const advice = addWords(
-        hasFolder ? tr("Nothing was changed. The store is the file below; keep a copy of its "
-                       "folder before you try anything. When the cause is gone, start Korvex "
-                       "again.")
-                  : tr("Nothing was changed. The store is to be the file below. When the cause is "
-                       "gone, start Korvex again."),
+        hasFolder ? tr("The store is the file below; keep a copy of its folder before you change "
+                       "anything there. When the cause is gone, try again.")
+                  : tr("The store is to be the file below. When the cause is gone, try again."),
         theme.font(), colors.text);
     auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont(),
                                 colors.secondaryText);
     auto* const show = new QPushButton(tr("Show the folder"), this);
     show->setVisible(hasFolder);
+    auto* const again = new QPushButton(tr("Try again"), this);
     auto* const quit = new QPushButton(tr("Quit"), this);
     auto* const buttons = new QHBoxLayout;
     buttons->setSpacing(theme.space(Space::medium));
     buttons->addStretch();
     buttons->addWidget(show);
     buttons->addWidget(quit);
+    buttons->addWidget(again);
     auto* const words = new QVBoxLayout;
     words->setSpacing(theme.space(Space::large));
     for (auto* const label : {title, reason, advice, file}) {
@@ -67,11 +67,12 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     line->addLayout(words, 1);
     const auto width = theme.scaled(kWidth);
     resize(width, line->heightForWidth(width));
-    quit->setDefault(true);
-    quit->setFocus();
-    for (auto* const button : {show, quit}) {
+    again->setDefault(true);
+    again->setFocus();
+    for (auto* const button : {show, quit, again}) {
         button->setAutoDefault(true);
     }
+    connect(again, &QPushButton::clicked, this, &StoreErrorWindow::retryRequested);
     connect(quit, &QPushButton::clicked, this, &QWidget::close);
     connect(show, &QPushButton::clicked, this,
             [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });

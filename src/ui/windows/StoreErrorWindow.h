@@ -11,13 +11,16 @@ class QLabel;
 namespace korvex::ui {
 
 /// Stands in for the main window when the store could not be opened: says why and what to do.
-/// Nothing has been changed.
 class StoreErrorWindow final : public QWidget {
     Q_OBJECT
 
 public:
     StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
                      const Theme& theme);
+
+Q_SIGNALS:
+    /// The store is to be opened once more.
+    void retryRequested();
 
 private:
     QLabel* addWords(const QString& words, const QFont& font, const QColor& color);

@@ -47,7 +47,7 @@ struct Workspace {
     /// Other programs open these copies of attachments.
     services::TemporaryAttachmentCopies& copies;
     /// What was typed and cannot be stored is kept there.
-    const app::DraftFolder& drafts;
+    app::DraftFolder& drafts;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
 

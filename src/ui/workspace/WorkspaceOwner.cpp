@@ -1,9 +1,27 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
+#include <utility>
+
 namespace korvex::ui {
 
-WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
-    : m_context(surroundings.container),
+namespace {
+
+std::vector<std::filesystem::path> draftFolders(const WorkspaceOwner::Surroundings& surroundings) {
+    const auto& file = surroundings.container.configuration().file;
+    std::vector folders{app::DraftFolder::beside(file)};
+    if (!surroundings.state.empty()) {
+        folders.push_back(app::DraftFolder::in(surroundings.state, file));
+    }
+    return folders;
+}
+
+} // namespace
+
+WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
+    : m_ownContext(surroundings.context
+                       ? std::move(surroundings.context)
+                       : std::make_unique<store::ModelContext>(surroundings.container)),
+      m_context(*m_ownContext),
       m_undo(surroundings.clock),
       m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
@@ -16,7 +34,7 @@ WorkspaceOwner::WorkspaceOwner(const Surroundings& surroundings)
       m_copies(surroundings.copies),
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
-      m_drafts(app::DraftFolder::beside(surroundings.container.configuration().file)),
+      m_drafts(draftFolders(surroundings)),
       m_upcoming([this, timeZone = surroundings.timeZone] {
           return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
                                                            timeZone());

@@ -9,17 +9,20 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace korvex::ui {
 
-/// Makes what the views work with over an open store, and keeps it. It has read nothing of the
-/// store yet; what costs more than a start should pay is made at its first use. Main thread.
+/// Makes what the views work with over an open store, and keeps it. It reads nothing of the
+/// store by itself; what costs more than a start should pay is made at its first use. Main thread.
 class WorkspaceOwner {
 public:
     /// What is there before. All that is referred to outlives the owner.
     struct Surroundings {
         store::ModelContainer& container;
+        /// One of that container that has read something already; null for a new one.
+        std::unique_ptr<store::ModelContext> context = nullptr;
         app::AppPreferences& preferences;
         app::UserDefaults& defaults;
         const base::Clock& clock;
@@ -32,6 +35,9 @@ public:
         richtext::ScriptEngineFactory makeEngine = nullptr;
         /// Finds what the engine loads.
         richtext::ResourceLookup resources = nullptr;
+        /// Drafts are written below this folder where they cannot stand beside the store; nowhere
+        /// where it is empty.
+        std::filesystem::path state = {};
         /// The folder below which other programs get copies of attachments; empty for the system's
         /// folder for temporary files.
         std::filesystem::path copies = {};
@@ -39,14 +45,15 @@ public:
         /// once keep each other for less; who is kept longer is told so, and can go on.
         std::chrono::milliseconds patience{250};
     };
-    explicit WorkspaceOwner(const Surroundings& surroundings);
+    explicit WorkspaceOwner(Surroundings surroundings);
     WorkspaceOwner(const WorkspaceOwner&) = delete;
     WorkspaceOwner& operator=(const WorkspaceOwner&) = delete;
 
     const Workspace& workspace() const { return m_workspace; }
 
 private:
-    store::ModelContext m_context;
+    std::unique_ptr<store::ModelContext> m_ownContext;
+    store::ModelContext& m_context;
     services::NoReminders m_reminders;
     services::NoWidgets m_widgets;
     services::UndoManager m_undo;

@@ -17,7 +17,7 @@ protected:
                            .iconColor = theme.colors().accent,
                            .name = QString::fromUtf8(name),
                            .note = QString::fromUtf8(note)};
-        row.paint(painter, image.rect(), {}, theme.colors().sidebar, theme);
+        row.paint(painter, image.rect(), {}, theme);
         return image;
     }
 };

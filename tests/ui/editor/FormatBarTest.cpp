@@ -1,6 +1,7 @@
 #include "ui/editor/FormatBar.h"
 
 #include "ui/WindowFixture.h"
+#include "ui/editor/BarPlace.h"
 #include "ui/editor/LanguageMenu.h"
 #include "ui/editor/LinkPopover.h"
 #include "ui/editor/TablePopover.h"
@@ -302,6 +303,31 @@ TEST_F(FormatBarTest, TheLanguageOfCodeIsShownAndChosen) {
     EXPECT_TRUE(edit->hasFocus());
     EXPECT_EQ(edit->content().attributesAt(3).korvexCodeLanguage, "plaintext");
     EXPECT_EQ(button("Language").text(), QStringLiteral("Plain Text"));
+}
+
+TEST(BarPlaceTest, TheBarIsBesideTheRowAndNeverOnWhatIsTyped) {
+    struct Case {
+        const char* what;
+        QRect row;
+        int caret;
+        int top;
+    };
+    const QRect sight(0, 0, 400, 300);
+    for (const auto& [what, row, caret, top] :
+         {Case{"room over it", QRect(8, 100, 384, 50), 110, 60},
+          Case{"the first row", QRect(8, 4, 384, 50), 10, 58},
+          Case{"a row that fills the list, typed in above", QRect(8, 4, 384, 290), 10, 260},
+          Case{"and below", QRect(8, 4, 384, 290), 200, 4},
+          Case{"one that begins out of sight", QRect(8, -500, 384, 700), 100, 4},
+          Case{"typed in at the edge", QRect(8, -500, 384, 700), 20, 260}}) {
+        const QRect line(20, caret, 1, 18);
+        const auto bar =
+            placeOfBar({200, 36}, {.sight = sight, .row = row, .caret = line, .distance = 4});
+        EXPECT_EQ(bar, QRect(8, top, 200, 36)) << what;
+    }
+    EXPECT_EQ(placeOfBar({900, 36}, {.sight = sight, .row = {8, 100, 384, 50}, .distance = 4}),
+              QRect(8, 60, 384, 36))
+        << "what does not fit goes into its menu";
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <QClipboard>
 #include <QMimeData>
+#include <QTextFrame>
 
 #include <algorithm>
 #include <array>
@@ -149,6 +150,20 @@ protected:
         EXPECT_TRUE(withoutLastFeeds(now.text().substr(0, end)).ends_with(withoutLastFeeds(lines)))
             << "lines";
     }
+    /// How far the paragraphs stand apart, and how high their lines are. What an empty last one
+    /// looks like is not in the text.
+    static std::vector<double> spacing(const QTextDocument& document) {
+        std::vector<double> result{document.rootFrame()->frameFormat().topMargin()};
+        const auto last = document.lastBlock();
+        for (auto block = document.begin(); block != last; block = block.next()) {
+            if (!isGap(block)) {
+                result.push_back(block.blockFormat().lineHeight());
+                result.push_back(
+                    block.next() == last && isEmpty(last) ? 0 : block.blockFormat().bottomMargin());
+            }
+        }
+        return result;
+    }
     static std::map<char16_t, int> lettersOf(const AttributedString& text) {
         std::map<char16_t, int> result;
         for (const auto unit : text.text()) {
@@ -188,6 +203,7 @@ TEST_F(RandomEditingTest, EverythingIsTakenBackAndDoneAgainAndShownAnew) {
             TextDocument anew;
             setText(anew, now, edit.look());
             ASSERT_TRUE(textOf(anew).isEquivalentTo(now)) << story << "\n" << content();
+            ASSERT_EQ(spacing(*edit.document()), spacing(anew)) << story << "\n" << content();
         }
         const auto last = edit.content();
         std::vector<AttributedString> texts{last};

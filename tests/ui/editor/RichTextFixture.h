@@ -1,5 +1,6 @@
 #pragma once
 
+#include "richtext/text/ListMarker.h"
 #include "richtext/text/RichTextCommand.h"
 #include "ui/TextDump.h"
 #include "ui/WindowFixture.h"
@@ -56,7 +57,13 @@ protected:
         std::map<const QTextList*, int> items;
         for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
             const auto* const list = block.textList();
-            result += list ? ui::markerTextOf(*list, items[list]++).toStdString() : "-";
+            if (!list) {
+                result += "-";
+                continue;
+            }
+            const auto shown = ui::listOf(*list);
+            const auto text = richtext::markerText(shown, shown.start + items[list]++);
+            result += QString::fromStdU16String(text).toStdString();
         }
         return result;
     }

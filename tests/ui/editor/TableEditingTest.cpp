@@ -273,6 +273,17 @@ TEST_F(TableEditingTest, EveryLineIsSeenOnceAndOnePixelWide) {
         EXPECT_EQ(across, table().columns() + 1);
         EXPECT_EQ(down, table().rows() + 1);
     };
+    auto bare = documents().at("alone");
+    bare.editStyles({0, bare.length()}, [](ParagraphStyle& style) {
+        for (auto& ref : style.cells) {
+            auto cell = *ref;
+            cell.geometry.borders = {};
+            cell.geometry.padding = {0, 108, 0, 108};
+            ref = std::make_shared<TextTableCell>(cell);
+        }
+    });
+    edit.setContent(bare); // each paragraph has a cell of its own, as there are no longer ones
+    expectLines();
     show(documents().at("alone"));
     expectLines();
     for (const auto action :
@@ -445,7 +456,7 @@ protected:
     QPoint border(int column) {
         const auto content = edit.document()->documentLayout()->blockBoundingRect(
             table().cellAt(0, column).firstCursorPosition().block());
-        const double beside = edit.look().pixels(17 * kTwipsPerPoint) / 2;
+        const double beside = edit.look().cellPadding() + 0.5;
         return QPointF(content.right() + beside, content.center().y()).toPoint();
     }
     void send(QEvent::Type type, const QPoint& position, Qt::MouseButtons buttons) {
@@ -462,7 +473,7 @@ protected:
     /// Two pixels wide, give or take one for what was rounded.
     bool hasGuideAt(int x) {
         const auto picture = edit.viewport()->grab().toImage();
-        const auto color = edit.palette().color(QPalette::Highlight).rgb();
+        const auto color = edit.look().link.rgb();
         const int y = border(0).y();
         return picture.pixel(x - 1, y) == color || picture.pixel(x + 1, y) == color;
     }

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextDocumentFragment>
 #include <QToolButton>
 
@@ -118,6 +119,37 @@ TEST_F(BoardPageTest, PastedLinesBecomeTodosInOrder) {
     key(Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("last", "oX", "Yne", "two", "three"))
         << "in the middle of a text the ends of it go with the first and the last line";
+    for (const auto* const lineBreak : {u"\u2028", u"\u2029", u"\u0085", u"\v", u"\f", u"\r"}) {
+        page.startTodo();
+        paste(QStringLiteral("a%1b").arg(QString::fromUtf16(lineBreak)));
+        EXPECT_EQ(editor().typed(), QStringLiteral("b")) << toUtf8(QString::fromUtf16(lineBreak));
+        key(Qt::Key_Escape);
+    }
+}
+
+/// As the command line and other programs make them.
+TEST_F(BoardPageTest, ATodoOfSeveralLinesIsEditedAsItIsDrawn) {
+    const std::string twenty = "20 lines" + [] {
+        std::string lines;
+        for (int i = 2; i <= 20; ++i) {
+            lines += "\n" + std::to_string(i);
+        }
+        return lines;
+    }();
+    page.resize(500, 1000);
+    for (const auto& content : {std::string("a\nb\nc"), std::string("a\u2028b\r\nc"),
+                                std::string("a\u00a0b\u2029c"), twenty}) {
+        SCOPED_TRACE(content);
+        const auto* const todo = add({content}).front();
+        clock.advance(1);
+        const auto row = page.entries().rowOf(*todo);
+        const auto before = list().visualRect(page.entries().index(row, 0));
+        edit(row);
+        EXPECT_EQ(list().visualRect(page.entries().index(row, 0)), before);
+        EXPECT_EQ(editor().field().verticalScrollBar()->maximum(), 0) << "all of it is in sight";
+        key(Qt::Key_Escape);
+        EXPECT_EQ(todo->updatedAt(), todo->createdAt()) << "who only looks changes nothing";
+    }
 }
 
 TEST_F(BoardPageTest, APasteThatIsRefusedChangesNothing) {

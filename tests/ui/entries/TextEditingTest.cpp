@@ -1,5 +1,8 @@
 #include "model/ServiceErrors.h"
+#include "richtext/code/CodeSyntax.h"
 #include "richtext/stored/EntryText.h"
+#include "richtext/table/RichTextTable.h"
+#include "richtext/text/Formatting.h"
 #include "ui/TextDump.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
@@ -303,13 +306,16 @@ TEST_F(TextEditingTest, NoClickInTheEditorEndsIt) {
     edit(entry);
     editor()->setCaret(2);
     type("X");
-    const auto& bar = *editor()->findChild<FormatBar*>();
+    auto& viewport = *page.list().viewport();
+    const auto& bar = *page.findChild<FormatBar*>();
+    ASSERT_TRUE(bar.isVisible());
     const auto besideButtons = QPoint(bar.geometry().right() - 2, bar.geometry().center().y());
-    for (const auto& place : {besideButtons, QPoint(2, editor()->height() / 2),
-                              QPoint(editor()->width() / 2, editor()->height() - 3)}) {
-        auto* const hit = editor()->childAt(place);
-        auto* const target = hit ? hit : editor();
-        const auto there = target->mapFrom(editor(), place);
+    const auto inEditor = [&](int x, int y) { return editor()->pos() + QPoint(x, y); };
+    for (const auto& place : {besideButtons, inEditor(2, editor()->height() / 2),
+                              inEditor(editor()->width() / 2, editor()->height() - 3)}) {
+        auto* const target = viewport.childAt(place);
+        ASSERT_TRUE(target);
+        const auto there = target->mapFrom(&viewport, place);
         QTest::mouseClick(target, Qt::LeftButton, {}, there);
         QTest::mouseDClick(target, Qt::LeftButton, {}, there);
         ASSERT_TRUE(isEditing());
@@ -317,6 +323,73 @@ TEST_F(TextEditingTest, NoClickInTheEditorEndsIt) {
         EXPECT_EQ(editor()->caret(), 3);
     }
     EXPECT_TRUE(field().document()->isUndoAvailable());
+}
+
+TEST_F(TextEditingTest, TheTextStandsInTheEditorAsInTheRow) {
+    using namespace richtext;
+    AttributedString text;
+    const auto code = CodeSyntax::attributes("plaintext", CodeKind::block);
+    text.append(u"int first;\nint second;\n", code, {});
+    text.append(u"Heading\n", {.font = fontOf(HeadingLevel::level1)}, {});
+    text.append(u"and body text with ", {}, {});
+    text.append(u"code", CodeSyntax::attributes("plaintext", CodeKind::inlineCode), {});
+    text.append(u" and a ", {}, {});
+    text.append(u"link\n", {.link = "https://e.org"}, {});
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
+    text.append(u"one\ntwo\n", {}, {.lists = {list}});
+    text.append(RichTextTable::make(2, 2));
+    add({"above", "and above", "once more"});
+    auto& entry = own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
+    page.refresh();
+    page.resize(600, 700);
+    QApplication::processEvents();
+    const auto row = page.entries().rowOf(entry);
+    page.list().setCurrentRow(0);
+    auto& viewport = *page.list().viewport();
+    const auto place = page.list().visualRect(page.entries().index(row, 0));
+    ASSERT_LT(place.bottom(), viewport.height());
+    // Neither the row's frame nor the row above, over which the bar floats.
+    const auto inside = place.adjusted(12, 8, -12, -8);
+    const auto before = viewport.grab(inside).toImage();
+    edit(entry);
+    field().setCursorWidth(0);
+    EXPECT_EQ(page.list().visualRect(page.entries().index(row, 0)), place);
+    const auto* const bar = page.findChild<FormatBar*>();
+    EXPECT_TRUE(bar->isVisible());
+    EXPECT_FALSE(bar->geometry().intersects(inside));
+    EXPECT_TRUE(viewport.grab(inside).toImage() == before);
+}
+
+TEST_F(TextEditingTest, WhatATextIsSpacedByIsStoredAsItCame) {
+    using namespace richtext;
+    const auto list = std::make_shared<TextList>(TextList{.marker = u"{disc}"});
+    const ParagraphStyle odd{.leftIndent = 333,
+                             .firstLineIndent = -77,
+                             .rightIndent = 55,
+                             .spacingBefore = 41,
+                             .spacingAfter = 1'313,
+                             .lineSpacing = 17,
+                             .lineHeightMultiple = 276,
+                             .tabStops = {500, 900}};
+    auto item = odd;
+    item.lists = {list};
+    AttributedString text;
+    text.append(u"body\n", {}, odd);
+    text.append(u"Heading\n", {.font = fontOf(HeadingLevel::level2)}, odd);
+    text.append(u"item\n", {}, item);
+    text.append(u"code\n", CodeSyntax::attributes("cpp", CodeKind::block),
+                {.spacingAfter = 12, .lineSpacing = kCodeBlockLineSpacing});
+    text.append(u"end", {}, {.lineHeight = -300});
+    auto& entry = own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
+    page.refresh();
+    edit(entry);
+    editor()->setCaret(-1);
+    type("!");
+    key(Qt::Key_Escape);
+    text.append(u"!", {}, {.lineHeight = -300});
+    const auto& expected =
+        own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
+    EXPECT_EQ(entry.richTextData(), expected.richTextData());
 }
 
 TEST_F(TextEditingTest, ALongNewTextThatIsLeftKeepsItsPlace) {

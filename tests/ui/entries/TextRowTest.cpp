@@ -10,6 +10,8 @@
 #include "ui/todos/RowFrame.h"
 
 #include <QDesktopServices>
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTextBrowser>
 #include <QUrl>
@@ -116,6 +118,58 @@ TEST_F(TextRowTest, EveryCharacterStandsWhereTheEditorShowsIt) {
     EXPECT_EQ(narrowed.height(), row.height());
     const auto offset = text.text().find(u"end");
     EXPECT_EQ(narrowed.caretAt(placeIn(edit, offset)), static_cast<int>(offset));
+}
+
+TEST_F(TextRowTest, BetweenTwoLinesTheNearerOneIsMeant) {
+    constexpr int kWidth = 200;
+    constexpr auto kWords = u"one two three four five six seven eight nine ten eleven twelve";
+    AttributedString text(kWords + std::u16string(u"\n"));
+    text.append(AttributedString(kWords));
+    RichTextEdit edit;
+    fill(edit, text, kWidth);
+    TextRow row(text, kWidth, TextLook(theme));
+    // Every line but the last of each paragraph is longer than this.
+    constexpr int kAcross = 20;
+    for (int y = 2; y < row.height() - 2; ++y) {
+        const QPoint place(kAcross, y);
+        QTest::mouseClick(edit.viewport(), Qt::LeftButton, {}, place);
+        EXPECT_NEAR(placeIn(edit, static_cast<std::size_t>(row.caretAt(place))).x(), place.x(), 12)
+            << y;
+        EXPECT_EQ(edit.textCursor().position(), row.caretAt(place)) << y;
+    }
+}
+
+TEST_F(TextRowTest, MarkersStandAtOneDistanceBeforeTheText) {
+    const TextLook look(theme);
+    constexpr int kWidth = 300;
+    for (const auto* const letters : {u"text\n", u"\u05d0\u05d1\n"}) {
+        for (const auto* const marker :
+             {u"{disc}", u"{circle}", u"{square}", u"{hyphen}", u"{decimal}.", u"{lower-roman})"}) {
+            const auto drawn = std::make_shared<TextList>(TextList{.marker = marker});
+            TextRow row(AttributedString(letters, {}, {.lists = {drawn}}), kWidth, look);
+            QImage seen(kWidth, row.height(), QImage::Format_RGB32);
+            seen.fill(Qt::white);
+            QPainter painter(&seen);
+            row.paint(painter, look, Qt::white);
+            painter.end();
+            const auto isRightToLeft = *letters != u't';
+            const auto isInked = [&](int fromText) {
+                const int x = look.listIndent() - 1 - fromText;
+                for (int y = 0; y < seen.height(); ++y) {
+                    if (qGray(seen.pixel(isRightToLeft ? kWidth - 1 - x : x, y)) < 180) {
+                        return true;
+                    }
+                }
+                return false;
+            };
+            int blank = 0;
+            while (blank < look.listIndent() && !isInked(blank)) {
+                ++blank;
+            }
+            EXPECT_NEAR(blank, look.space(Space::medium), 2)
+                << QString::fromUtf16(marker).toStdString() << ' ' << isRightToLeft;
+        }
+    }
 }
 
 TEST_F(TextRowTest, AClickAsksForEditingAtTheCharacter) {

@@ -28,8 +28,8 @@ protected:
     QuietStyleTest() { QuietStyle::install(theme); }
     ~QuietStyleTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
 
-    static QColor colorAt(QWidget& widget, const QPoint& place) {
-        return widget.grab().toImage().pixelColor(place);
+    static QRgb colorAt(QWidget& widget, const QPoint& place) {
+        return widget.grab().toImage().pixel(place);
     }
 };
 
@@ -65,10 +65,10 @@ TEST_F(QuietStyleTest, AButtonSaysByItsGroundWhatItDoes) {
             button->resize(100, theme.extent(Extent::control));
         }
         const QPoint middle(50, theme.extent(Extent::control) / 2);
-        EXPECT_EQ(colorAt(chief, middle), colors.accent);
-        EXPECT_EQ(colorAt(dangerous, middle), colors.danger);
+        EXPECT_EQ(colorAt(chief, middle), colors.accent.rgb());
+        EXPECT_EQ(colorAt(dangerous, middle), colors.danger.rgb());
         const auto quiet = colorAt(plain, middle);
-        EXPECT_NE(quiet, colors.content);
+        EXPECT_NE(quiet, colors.content.rgb());
         EXPECT_GE(contrast(colors.text, quiet), 4.5);
     }
 }
@@ -122,7 +122,7 @@ TEST_F(ScrollHandleTest, ComesWithScrollingAndStaysWhereNothingMayMove) {
         const auto strip = list.grab().toImage();
         int count = 0;
         for (int y = 0; y < strip.height(); ++y) {
-            count += strip.pixelColor(strip.width() - 4, y) == colors.scrollHandle ? 1 : 0;
+            count += strip.pixel(strip.width() - 4, y) == colors.scrollHandle.rgb() ? 1 : 0;
         }
         return count;
     };

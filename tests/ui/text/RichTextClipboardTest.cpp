@@ -66,6 +66,13 @@ TEST(RichTextClipboard, HtmlKeepsWhatATextCanHold) {
 <p><span style="font-family:'Courier New';font-size:10pt">x = 1</span></p>)",
              "## Title\n## Large\n`x = 1`"},
         Case{
+            "what a page does not show",
+            R"(<p>a<span title=">" style="color: red; Display:NONE !important">X<i>Y</i></span>b</p>
+<div hidden><p>X<br>Y<div>Z</div></div><ul><li>c<li style="display: none">X<ul><li>Y</ul><li>d</ul>
+<!-- <div hidden> --><p hidden>X<p>e<div style='display:none'><b>X</div><p hidden>X</p>
+<p style="display: none; display: block">f</p><div><span hidden>X</div>g<img hidden>h)",
+            "ab\n- c\n- d\ne\nf\ngh"},
+        Case{
             "pictures and other things are left out",
             R"(<p>a<img src="http://example.org/spy.png" alt="cat">b</p><script>alert(1)</script>)",
             "ab"},

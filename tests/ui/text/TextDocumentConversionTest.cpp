@@ -227,7 +227,7 @@ TEST_F(TextDocumentConversionTest, OnlyWhatIsAllCodeHasACodeBlocksPadding) {
     };
     auto part = AttributedString(u"code", code, spaced);
     part.append(u" and words", {}, {});
-    const auto padding = look().codePadding();
+    const double padding = look().codePaddingBeside();
     const std::vector<Case> cases{
         {"code", AttributedString(u"code\n", code, spaced), padding},
         {"an empty line of code", AttributedString(u"\n", code, spaced), padding},

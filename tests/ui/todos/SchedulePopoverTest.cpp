@@ -23,7 +23,8 @@ protected:
 
     void open() {
         popover = new SchedulePopover(*entry,
-                                      {.entries = own.entries,
+                                      {.context = own.context,
+                                       .entries = own.entries,
                                        .preferences = preferences,
                                        .dates = workspace.dates,
                                        .clock = clock},
@@ -148,6 +149,36 @@ TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
     escape();
     EXPECT_FALSE(isOpen());
     EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen) {
+    const auto set = [&](base::DayNumber day) {
+        elsewhere([&](auto& client) {
+            client.entries.updateSchedule(theirs(client, *entry), model::TodoSchedule::dueOn(day),
+                                          kNow);
+        });
+    };
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250311), kNow);
+    open();
+    set(20250312);
+    EXPECT_EQ(shown("Due day"), QStringLiteral("Mar 12, 2025"));
+    enter("Due day", "2025-03-20");
+    set(20250313);
+    EXPECT_EQ(shown("Due day"), QStringLiteral("2025-03-20")) << "what is being typed stays";
+    // Not heard of yet.
+    other->entries.updateSchedule(theirs(*other, *entry), model::TodoSchedule::dueOn(20250314),
+                                  kNow);
+    popover->dismiss();
+    ASSERT_TRUE(isOpen());
+    EXPECT_TRUE(says("Another program changed this schedule. It is now: Due: Friday. Save again to "
+                     "replace that."));
+    EXPECT_EQ(entry->dueDay(), 20250314);
+    button("Save").click();
+    EXPECT_FALSE(isOpen());
+    EXPECT_EQ(entry->dueDay(), 20250320);
+    open();
+    elsewhere([&](auto& client) { client.entries.deleteEntry(theirs(client, *entry)); });
+    EXPECT_FALSE(isOpen());
 }
 
 TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {

@@ -3,21 +3,14 @@
 #include "ui/AccessibleTree.h"
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
-#include "ui/boards/BoardListing.h"
-#include "ui/boards/BoardPicker.h"
 #include "ui/boards/SidebarRow.h"
-#include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/entries/RowRefusal.h"
-#include "ui/kit/overlays/ConfirmationSheet.h"
-#include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 #include "ui/windows/StoreErrorWindow.h"
+#include "ui/windows/WindowScenes.h"
 
-#include <QClipboard>
-#include <QComboBox>
 #include <QMenu>
 #include <QToolButton>
 
@@ -34,23 +27,24 @@ class AccessibilityTest : public tests::WindowFixture {
 protected:
     AccessibilityTest() {
         work = &own.boards.createBoard("Work", kNow);
-        old = &own.boards.createBoard("Old", kNow);
+        auto& old = own.boards.createBoard("Old", kNow);
         todo = &withFiles("Renew passport", {"form.pdf"});
         add({"Buy milk"});
         own.entries.updateSchedule(*todo, model::TodoSchedule::dueOn(base::DayNumber{20250310}),
                                    kNow);
         own.entries.completeTodo(*add({"Water plants"}).front(), kNow);
-        note = &own.entries.createText(
+        own.entries.createText(
             {.rich = richtext::RichTextSerializer::plainRichText("We land on Friday."),
              .board = *inbox,
              .now = kNow});
-        own.boards.setArchived(true, *old, kNow);
+        own.boards.setArchived(true, old, kNow);
         window = std::make_unique<MainWindow>(workspace, theme);
         window->resize(900, 640);
         window->show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         QApplication::processEvents();
         list().setStyle(&still);
+        scenes.emplace(*window, workspace);
     }
 
     BoardPage& page() { return *window->findChild<BoardPage*>(); }
@@ -60,143 +54,27 @@ protected:
         QApplication::processEvents();
         return AccessibleTree(*window);
     }
-    /// What has the keyboard; the window while nothing in it has.
-    QWidget* focused() const {
-        auto* const widget = QApplication::focusWidget();
-        return widget ? widget : window.get();
-    }
-    void key(int which, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(focused(), static_cast<Qt::Key>(which), modifiers);
-    }
-    void edit(const model::Entry& entry) {
-        list().setFocus();
-        list().setCurrentRow(page().entries().rowOf(entry));
-        key(Qt::Key_Return);
-    }
+    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) { scenes->key(which, modifiers); }
+    void edit(const model::Entry& entry) { scenes->edit(entry); }
     static void perform(QAccessibleInterface& object, const char* action) {
         object.actionInterface()->doAction(QString::fromUtf8(action));
     }
 
     tests::StillStyle still;
     model::Board* work = nullptr;
-    model::Board* old = nullptr;
     model::Entry* todo = nullptr;
-    model::Entry* note = nullptr;
     std::unique_ptr<MainWindow> window;
+    std::optional<tests::WindowScenes> scenes;
 };
 
 TEST_F(AccessibilityTest, WhateverIsInSightCanBeFoundAndNamedAndReached) {
-    struct Scene {
-        const char* name;
-        std::function<void()> open;
-        /// What is in it, among other things.
-        const char* shows;
-    };
-    const auto press = [this](const char* name) {
-        for (auto* const each : window->findChildren<QAbstractButton*>()) {
-            if (each->accessibleName() == QString::fromUtf8(name)) {
-                each->click();
-            }
-        }
-    };
-    const std::vector<Scene> scenes{
-        {"a board", [] {}, "List: Entries"},
-        {"its completed todos",
-         [this] {
-             list().setCurrentRow(page().entries().rowOf(EntryRowKind::completedHeading));
-             list().setFocus();
-             key(Qt::Key_Return);
-         },
-         "ListItem: Water plants"},
-        {"an edited todo", [this] { edit(*todo); }, "EditableText: Todo"},
-        {"a refused todo",
-         [this] {
-             page().startTodo();
-             QApplication::clipboard()->setText(QString(10'001, QLatin1Char('x')));
-             key(Qt::Key_V, Qt::ControlModifier);
-         },
-         "AlertMessage: Entries can contain"},
-        {"an edited text", [this] { edit(*note); }, "ToolBar: Format"},
-        {"a new table",
-         [this] {
-             edit(*note);
-             key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
-         },
-         ""},
-        {"a link",
-         [this] {
-             edit(*note);
-             key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
-         },
-         "Dialog: "},
-        {"a schedule",
-         [this] {
-             list().setFocus();
-             list().setCurrentRow(page().entries().rowOf(*todo));
-             key(Qt::Key_D, Qt::ControlModifier);
-         },
-         "Dialog: Schedule"},
-        {"icons and colours", [&] { press("Icon of the board"); },
-         "Dialog: Icon and color of the board"},
-        {"a choice of boards", [this] { key(Qt::Key_K, Qt::ControlModifier); },
-         "Dialog: Go to board"},
-        {"a question",
-         [this] {
-             Q_EMIT window->findChild<Sidebar*>()->boardMenuRequested(work, {});
-             auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-             for (auto* const action : menu->actions()) {
-                 if (action->text() == QStringLiteral("Delete…")) {
-                     action->trigger();
-                 }
-             }
-             menu->close();
-         },
-         "Button: Delete board"},
-        {"a name that is typed", [this] { window->findChild<Sidebar*>()->rename(*work); },
-         "EditableText: Name of the board"},
-        {"a name over its page", [this] { page().header().rename(*inbox); },
-         "EditableText: Name of the board"},
-        {"an error", [this] { window->showError(QStringLiteral("It is broken.")); },
-         "AlertMessage: It is broken."},
-        {"upcoming", [this] { navigation().showPage(PageKind::upcoming); }, "List: Upcoming"},
-        {"completed",
-         [this] {
-             navigation().showPage(PageKind::completed);
-             for (auto* const picker : window->findChildren<QComboBox*>()) {
-                 if (picker->accessibleName() == QStringLiteral("Filter by completion date")) {
-                     picker->setCurrentIndex(picker->count() - 1);
-                 }
-             }
-         },
-         "List: Completed"},
-        {"search",
-         [this] {
-             key(Qt::Key_F, Qt::ControlModifier);
-             QTest::keyClicks(focused(), QStringLiteral("a"));
-         },
-         "List: Results"},
-        {"archived boards", [this] { navigation().showPage(PageKind::archived); }, "ListItem: Old"},
-        {"an archived board", [this] { navigation().showBoard(*old); }, "This board is archived."},
-    };
-    for (const auto& scene : scenes) {
-        window->activateWindow(); // after a menu
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get())) << scene.name;
-        navigation().openBoard(*inbox);
-        scene.open();
+    for (const auto& scene : scenes->all()) {
+        scenes->open(scene);
         const auto found = tree();
         EXPECT_THAT(found.problems(), IsEmpty()) << scene.name;
         EXPECT_THAT(found.text(), HasSubstr(scene.shows)) << scene.name;
         EXPECT_THAT(found.text(), HasSubstr("Window: ")) << scene.name;
-        for (auto* const popover : window->findChildren<Popover*>()) {
-            popover->closeNow();
-        }
-        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        for (auto* const refusal : page().findChildren<RowRefusal*>()) {
-            if (!refusal->isHidden()) {
-                Q_EMIT refusal->discarded();
-            }
-        }
-        page().endAnswer();
+        scenes->close();
     }
 }
 

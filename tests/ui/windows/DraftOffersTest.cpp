@@ -159,11 +159,12 @@ TEST_F(DraftOffersTest, ABoardThatIsGoneOrArchivedGivesWayToTheInbox) {
     keep("of nowhere", base::Uuid::random());
     own.boards.setArchived(true, *work, kNow);
     keep("of the archive", work->id(), 1);
-    for (const auto* const text : {"of nowhere", "of the archive"}) {
+    for (const auto& [text, why] : {std::pair("of nowhere", "Its board is no longer there"),
+                                    std::pair("of the archive", "Its board is archived")}) {
         open();
         EXPECT_EQ(page().board(), inbox);
         EXPECT_EQ(edited(), text);
-        EXPECT_THAT(underTheText(), HasSubstr("no longer there"));
+        EXPECT_THAT(underTheText(), HasSubstr(why));
         EXPECT_TRUE(window->close());
     }
     EXPECT_THAT(drafts(), IsEmpty());

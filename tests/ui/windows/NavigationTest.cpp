@@ -1,30 +1,4 @@
-#include "ui/windows/Navigation.h"
-
-#include "support/RestoredStore.h"
-#include "ui/WindowFixture.h"
-#include "ui/boards/BoardListing.h"
-#include "ui/boards/BoardPicker.h"
-#include "ui/boards/RowDragTypes.h"
-#include "ui/boards/SidebarRow.h"
-#include "ui/entries/BoardPage.h"
-#include "ui/entries/ShownRefusal.h"
-#include "ui/entries/TypingTimer.h"
-#include "ui/kit/controls/SearchField.h"
-#include "ui/kit/overlays/ErrorBanner.h"
-#include "ui/kit/pages/NoticeLine.h"
-#include "ui/overview/SearchPage.h"
-#include "ui/todos/SchedulePopover.h"
-#include "ui/windows/MainWindow.h"
-#include "ui/windows/Sidebar.h"
-
-#include <QAction>
-#include <QComboBox>
-#include <QDropEvent>
-#include <QMenu>
-#include <QMimeData>
-#include <QPushButton>
-#include <QScrollBar>
-#include <QToolButton>
+#include "ui/windows/NavigationFixture.h"
 
 #include <gmock/gmock.h>
 
@@ -34,71 +8,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-class NavigationTest : public tests::WindowFixture {
-protected:
-    NavigationTest() { work = &own.boards.createBoard("Work", kNow); }
-
-    void open() {
-        window = std::make_unique<MainWindow>(workspace, theme);
-        window->resize(800, 500);
-        window->show();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    }
-    Navigation& navigation() { return *window->findChild<Navigation*>(); }
-    BoardPage& page() { return *window->findChild<BoardPage*>(); }
-    Sidebar& sidebar() { return *window->findChild<Sidebar*>(); }
-    BoardListView& boards() { return *window->findChild<BoardListView*>(); }
-    EntryListView& list() { return page().list(); }
-    SearchField& field() { return sidebar().searchField(); }
-    SearchListView& results() { return *window->findChild<SearchListView*>(); }
-    static void key(int which, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(QApplication::focusWidget(), static_cast<Qt::Key>(which), modifiers);
-    }
-    static void type(const char* text) {
-        QTest::keyClicks(QApplication::focusWidget(), QString::fromUtf8(text));
-    }
-    void search(const char* text) {
-        key(Qt::Key_F, Qt::ControlModifier);
-        type(text);
-    }
-    std::string currentText() { return toUtf8(list().currentIndex().data().toString()); }
-    SidebarRow& row(const char* name) {
-        for (auto* const each : sidebar().findChildren<SidebarRow*>()) {
-            if (each->text() == QString::fromUtf8(name)) {
-                return *each;
-            }
-        }
-        throw std::logic_error(name);
-    }
-    std::vector<model::Entry*> addMany(int count) {
-        std::vector<std::string> contents;
-        for (int i = 0; i < count; ++i) {
-            contents.push_back("todo " + std::to_string(i));
-        }
-        return add(contents);
-    }
-    /// What a drop of the entry on the middle of a board's row does; whether it was accepted.
-    bool drop(const model::Entry& entry, const model::Board& board) {
-        const int row = sidebar().boards().rowOf(board);
-        const auto place = boards().visualRect(sidebar().boards().index(row, 0)).center();
-        QMimeData payload;
-        payload.setData(QString::fromLatin1(kEntryDragType),
-                        QByteArray::fromStdString(entry.id().text()));
-        QDragEnterEvent enter(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards().viewport(), &enter);
-        QDragMoveEvent move(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards().viewport(), &move);
-        if (!move.isAccepted()) {
-            return false;
-        }
-        QDropEvent event(place, Qt::MoveAction, &payload, Qt::LeftButton, {});
-        QApplication::sendEvent(boards().viewport(), &event);
-        return true;
-    }
-
-    model::Board* work = nullptr;
-    std::unique_ptr<MainWindow> window;
-};
+class NavigationTest : public tests::NavigationFixture {};
 
 TEST_F(NavigationTest, TheSearchComesAndGoesWithoutATrace) {
     addMany(100);
@@ -229,83 +139,6 @@ TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
     EXPECT_FALSE(page().isReadOnly());
     EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Work"));
     EXPECT_GE(page().entries().rowOf(EntryListModel::RowKind::newTodo), 0);
-}
-
-TEST_F(NavigationTest, ABoardThatIsDeletedElsewhereGivesWayToTheInbox) {
-    own.boards.setArchived(true, *work, kNow);
-    open();
-    navigation().showBoard(*work);
-    elsewhere([&](tests::StoreClient& client) {
-        client.boards.deleteBoard(*client.boards.board(work->id()));
-    });
-    EXPECT_TRUE(QTest::qWaitFor([this] { return page().board() == inbox; }));
-    EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
-}
-
-TEST_F(NavigationTest, ABoardThatIsRestoredElsewhereStaysInSight) {
-    own.entries.createTodos({.contents = {"kept"}, .board = *work, .now = kNow});
-    open();
-    navigation().showBoard(*work);
-    elsewhere([](tests::StoreClient& client) { tests::restoreEverything(client.context); });
-    EXPECT_TRUE(QTest::qWaitFor([this] { return page().board()->isLive(); }));
-    EXPECT_EQ(page().board()->id(), work->id());
-    ASSERT_TRUE(page().entries().entry(0));
-    EXPECT_EQ(page().entries().entry(0)->content(), "kept");
-}
-
-TEST_F(NavigationTest, WordsOutliveTheirBoard) {
-    enum class Fate { restored, deleted };
-    struct Case {
-        const char* what;
-        bool isNew;
-        bool isStored;
-        Fate fate;
-        std::vector<std::string> texts;
-    };
-    const std::vector<std::string> changed{"first", "Buy milk today", "last", "more"};
-    const std::vector<std::string> withNew{"first", "new", "Buy milk", "last", "more"};
-    const std::vector<Case> cases{
-        {"changed", false, false, Fate::restored, changed},
-        {"changed and stored", false, true, Fate::restored, changed},
-        {"new", true, false, Fate::restored, withNew},
-        {"new and stored", true, true, Fate::restored, withNew},
-        {"changed and gone", false, false, Fate::deleted, {"Buy milk today"}},
-        {"changed, stored and gone", false, true, Fate::deleted, {"Buy milk today"}},
-        {"new and gone", true, false, Fate::deleted, {"new"}},
-    };
-    open();
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.what);
-        auto& board = own.boards.createBoard(each.what, kNow);
-        const auto id = board.id();
-        own.entries.createTodos(
-            {.contents = {"first", "Buy milk", "last", "more"}, .board = board, .now = kNow});
-        navigation().showBoard(board);
-        list().setCurrentRow(each.isNew ? 0 : 1);
-        list().setFocus();
-        key(Qt::Key_Return);
-        if (each.isNew) {
-            key(Qt::Key_Return);
-        }
-        type(each.isNew ? "new" : " today");
-        if (each.isStored) {
-            runLoop.advance(TypingTimer::kPause.count());
-        }
-        elsewhere([&](tests::StoreClient& client) {
-            if (each.fate == Fate::restored) {
-                tests::restoreEverything(client.context);
-            } else {
-                client.boards.deleteBoard(*client.boards.board(id));
-            }
-        });
-        ASSERT_TRUE(QTest::qWaitFor([this] { return page().board()->isLive(); }));
-        EXPECT_EQ(page().board()->id(), each.fate == Fate::restored ? id : inbox->id());
-        EXPECT_NE(tests::shownRefusal(page()), QString()) << "it is offered";
-        ASSERT_TRUE(page().leave());
-        EXPECT_EQ(storedTexts(*page().board()), each.texts);
-        own.entries.deleteEntries(*page().board());
-    }
-    EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
 }
 
 TEST_F(NavigationTest, PagesOverAllBoardsComeAndGoByKeysAlone) {
@@ -484,6 +317,13 @@ TEST_F(NavigationTest, AnEntryDroppedOnAnotherBoardMovesThere) {
     EXPECT_TRUE(drop(*todos[0], *work));
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
     EXPECT_THAT(storedTexts(*work), ElementsAre("a"));
+
+    // Archived while the entry is on its way, and not heard of yet.
+    tests::StoreClient another(folder / "Primary.store", log);
+    another.boards.setArchived(true, *another.boards.board(work->id()), kNow);
+    drop(*todos[1], *work);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("b"));
+    EXPECT_THAT(toUtf8(page().banner().message()), ::testing::HasSubstr("is archived"));
 }
 
 TEST_F(NavigationTest, UndoWorksOnEveryPageUnderItsName) {
@@ -522,93 +362,6 @@ TEST_F(NavigationTest, TheCountOfUpcomingTodosFollowsTheStore) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return row("Upcoming").note() == QStringLiteral("1"); }));
     own.entries.completeTodo(*todos[0], kNow);
     EXPECT_EQ(row("Upcoming").note(), QString());
-}
-
-TEST_F(NavigationTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
-    struct Case {
-        const char* what;
-        bool isStored;
-    };
-    for (const auto& [what, isStored] : {Case{"a new todo", false}, Case{"a stored one", true}}) {
-        SCOPED_TRACE(what);
-        auto& board = own.boards.createBoard("Garden", kNow);
-        own.entries.createTodos({.contents = {"sow"}, .board = board, .now = kNow});
-        open();
-        navigation().openBoard(board);
-        if (isStored) {
-            key(Qt::Key_Return);
-        } else {
-            page().startTodo();
-        }
-        type(" peas");
-        key(Qt::Key_Left);
-        elsewhere([&](tests::StoreClient& client) {
-            client.boards.deleteBoard(*client.boards.board(board.id()));
-        });
-        QApplication::processEvents();
-        EXPECT_EQ(page().board(), inbox);
-        EXPECT_EQ(window->windowTitle(), QStringLiteral("Inbox – Korvex"));
-        EXPECT_EQ(boards().currentIndex().data().toString(), QStringLiteral("Inbox"));
-        ASSERT_GE(list().editedRow(), 0);
-        type("l");
-        EXPECT_EQ(page().findChild<TodoEditor*>()->typed(),
-                  isStored ? QStringLiteral("sow peals") : QStringLiteral(" peals"))
-            << "typed on where one was";
-        EXPECT_TRUE(tests::shownRefusal(page()).contains(QStringLiteral("“Garden”")));
-        EXPECT_EQ(workspace.drafts.find().drafts.size(), 1U);
-        key(Qt::Key_Escape);
-        EXPECT_THAT(storedTexts(*inbox), ElementsAre(isStored ? "sow peals" : "peals"));
-        EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
-        own.entries.deleteEntries(*inbox);
-        window.reset();
-    }
-}
-
-TEST_F(NavigationTest, WhatIsTypedOnABoardThatAnotherArchivesStaysInOnePiece) {
-    for (const bool isStored : {false, true}) {
-        SCOPED_TRACE(isStored);
-        auto& board = own.boards.createBoard("Garden", kNow);
-        open();
-        navigation().openBoard(board);
-        page().startTodo();
-        type("sow");
-        if (isStored) {
-            runLoop.advance(TypingTimer::kPause.count());
-        }
-        elsewhere([&](tests::StoreClient& client) {
-            client.boards.setArchived(true, *client.boards.board(board.id()), kNow);
-        });
-        QApplication::processEvents();
-        type(" peas");
-        key(Qt::Key_Return);
-        QApplication::processEvents();
-        EXPECT_EQ(page().board(), inbox);
-        EXPECT_EQ(list().editedRow(), -1);
-        EXPECT_THAT(storedTexts(board), ElementsAre("sow peas"));
-        EXPECT_THAT(storedTexts(*inbox), IsEmpty());
-        EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
-        window.reset();
-    }
-}
-
-TEST_F(NavigationTest, ABoardThatAnotherTakesAwayIsTold) {
-    open();
-    for (const bool isDeleted : {false, true}) {
-        navigation().openBoard(*work);
-        elsewhere([&](tests::StoreClient& client) {
-            auto& theirs = *client.boards.board(work->id());
-            isDeleted ? client.boards.deleteBoard(theirs)
-                      : client.boards.setArchived(true, theirs, kNow);
-        });
-        QApplication::processEvents();
-        EXPECT_EQ(page().board(), inbox);
-        EXPECT_EQ(page().banner().message(),
-                  isDeleted ? QStringLiteral("Another program deleted “Work”.")
-                            : QStringLiteral("Another program archived “Work”."));
-        if (!isDeleted) {
-            own.boards.setArchived(false, *work, kNow);
-        }
-    }
 }
 
 } // namespace

@@ -59,6 +59,22 @@ TEST_F(SidebarTest, ABoardIsRenamedInPlace) {
     EXPECT_EQ(nameField(), nullptr);
 }
 
+TEST_F(SidebarTest, ANameThatIsBeingTypedOutlivesWhatOthersDo) {
+    sidebar.rename(*work);
+    elsewhere([&](auto& client) {
+        client.boards.renameBoard(*client.boards.board(work->id()), "Desk", kNow);
+    });
+    EXPECT_EQ(nameField()->selectedText(), QStringLiteral("Desk")) << "nobody has touched it";
+    QTest::keyClicks(nameField(), QStringLiteral("Offi"));
+    elsewhere([&](auto& client) {
+        client.boards.createBoard("Another", kNow);
+        client.boards.renameBoard(*client.boards.board(work->id()), "Lab", kNow);
+    });
+    QTest::keyClicks(nameField(), QStringLiteral("ce"));
+    QTest::keyClick(nameField(), Qt::Key_Return);
+    EXPECT_EQ(work->name(), "Office");
+}
+
 TEST_F(SidebarTest, ARefusedNameStaysToBeCorrected) {
     sidebar.rename(*work);
     typeName("   ");

@@ -32,8 +32,7 @@ protected:
         const auto radius = m_theme.radius(Radius::small);
         QPainter painter(this);
         if (isChecked()) {
-            Shapes::paintBox(painter, rect(), radius, colors.selection,
-                             colors.isHighContrast ? colors.accent : QColor());
+            Shapes::paintBox(painter, rect(), radius, colors.selection, colors.accent);
         } else if (isEnabled() && (underMouse() || isDown())) {
             Shapes::paintBox(
                 painter, rect(), radius,
@@ -63,15 +62,19 @@ SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles,
     for (const auto& title : titles) {
         auto* const segment = new Segment(title, theme, this);
         m_segments->addButton(segment, static_cast<int>(m_segments->buttons().size()));
+        segment->setFocusPolicy(Qt::ClickFocus);
         row->addWidget(segment, 1);
     }
-    choose(0);
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     connect(m_segments, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
+        // Qt makes the chosen one the only place in the tab order, but not before it had the
+        // keyboard.
+        m_segments->button(index)->setFocusPolicy(isChosen ? Qt::StrongFocus : Qt::ClickFocus);
         if (isChosen) {
             Q_EMIT chosenChanged(index);
         }
     });
+    choose(0);
     connect(&theme, &Theme::changed, this, &SegmentedChoice::applyTheme);
     applyTheme();
 }

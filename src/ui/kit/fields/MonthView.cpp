@@ -46,6 +46,8 @@ MonthView::MonthView(std::shared_ptr<const base::DateFormats> formats, const Mar
     column->addLayout(m_grid);
     makeGrid();
     goTo(marks.chosen);
+    const auto side = m_theme.extent(Extent::control);
+    fitInto(QSize(2 * kDaysOfWeek, 2 * (kWeeks + 2)) * side); // as large as usual
 }
 
 QLayout* MonthView::makeHeader() {
@@ -99,8 +101,6 @@ void MonthView::makeGrid() {
         m_grid->addWidget(day, 1 + place / kDaysOfWeek, place % kDaysOfWeek);
         m_days.push_back(day);
     }
-    const auto side = m_theme.extent(Extent::control);
-    fitInto(QSize(kDaysOfWeek * 2 * side, 2 * kWeeks * side));
 }
 
 void MonthView::fitInto(const QSize& room) {
@@ -114,6 +114,19 @@ void MonthView::fitInto(const QSize& room) {
     for (auto* const each : m_weekdays) {
         each->setFixedWidth(day.width());
     }
+    m_titleRoom = kDaysOfWeek * day.width() - 2 * usual - m_title->contentsMargins().left() -
+                  m_title->contentsMargins().right();
+    showTitle();
+}
+
+void MonthView::showTitle() {
+    const auto& words = m_formats->monthWords();
+    const auto month = WallClock::civilDay(m_day);
+    const auto title = toQString(words.title(month));
+    const auto isTooLong = m_title->fontMetrics().horizontalAdvance(title) > m_titleRoom;
+    m_title->setText(isTooLong ? toQString(words.shortTitle(month)) : title);
+    m_title->setAccessibleName(title);
+    setAccessibleName(title);
 }
 
 int MonthView::columnOf(const QDate& day) const {
@@ -126,10 +139,7 @@ DayButton& MonthView::buttonOf(const QDate& day) const {
 
 void MonthView::fill() {
     const auto& words = m_formats->monthWords();
-    const auto month = WallClock::civilDay(m_day);
-    const auto title = toQString(words.title(month));
-    m_title->setText(title);
-    setAccessibleName(title);
+    showTitle();
     const QDate first(m_day.year(), m_day.month(), 1);
     m_start = first.addDays(-columnOf(first));
     for (std::size_t place = 0; place < m_days.size(); ++place) {

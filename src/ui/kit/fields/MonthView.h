@@ -49,6 +49,7 @@ private:
     QToolButton* makeStep(const QString& icon, const QString& name, int months);
     void makeGrid();
     void fill();
+    void showTitle();
     /// Makes this day the one that the keyboard is on.
     void goTo(const QDate& day);
     /// The day that a key leads to from there; none for other keys.
@@ -67,6 +68,7 @@ private:
     QGridLayout* m_grid;
     std::vector<QLabel*> m_weekdays;
     std::vector<DayButton*> m_days;
+    int m_titleRoom = 0;
     int m_turned = 0;
 };
 

@@ -40,6 +40,9 @@ bool TypedField::take() {
     }
     showValue();
     Q_EMIT changed();
+    if (hasFocus()) {
+        selectAll(); // a step from here is one of the whole, and what is typed takes its place
+    }
     return true;
 }
 

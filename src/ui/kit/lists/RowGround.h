@@ -26,14 +26,13 @@ inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State stat
 }
 
 /// The rounded box of a row of plain text that is chosen or under the pointer, and the ring of the
-/// one that has the keyboard. `ground` is what the list stands on.
+/// one that has the keyboard.
 inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
-                           const QColor& ground, const Theme& theme) {
-    constexpr double kHover = 0.06;
+                           const Theme& theme) {
     const auto& colors = theme.colors();
     const auto shown = state.testFlag(QStyle::State_Selected) ? colors.selection
                        : state.testFlag(QStyle::State_MouseOver)
-                           ? blended(colors.text, ground, kHover)
+                           ? Shapes::tint(colors, Shapes::Tint::rest)
                            : QColor();
     Shapes::paintBox(painter, box, theme.radius(Radius::medium), shown, {});
     paintRowRing(painter, box, state, theme);

@@ -123,7 +123,8 @@ QSize ErrorBanner::sizeHint() const {
     const auto margins = layout()->contentsMargins();
     int width = margins.left() + margins.right() + widthOfWords();
     for (const auto* const part : std::initializer_list<QWidget*>{m_sign, m_action, m_close}) {
-        width += part->isHidden() ? 0 : part->sizeHint().width() + layout()->spacing();
+        const auto needed = part->sizeHint().expandedTo(part->minimumSize()).width();
+        width += part->isHidden() ? 0 : needed + layout()->spacing();
     }
     return {std::min(width, m_theme.measure()), QFrame::sizeHint().height()};
 }

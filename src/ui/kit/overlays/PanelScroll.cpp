@@ -21,7 +21,7 @@ PanelScroll::PanelScroll(QWidget* content, QWidget* parent) : QScrollArea(parent
     // However the keyboard comes there, also from what does not scroll.
     connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, QWidget* now) {
         if (now && widget()->isAncestorOf(now)) {
-            ensureWidgetVisible(now, 0, 0);
+            ensureWidgetVisible(now, 0, 2 * now->height()); // with what it is called
         }
     });
 }

@@ -16,6 +16,7 @@ namespace korvex::ui {
 Popover::Popover(const Theme& theme, QWidget* window)
     : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
+    setAttribute(Qt::WA_NoMousePropagation); // a press on its ground is none on the window
     setFocusPolicy(Qt::StrongFocus);
     Accessibility::setRole(*this, QAccessible::Dialog);
     hide();
@@ -171,6 +172,14 @@ bool Popover::focusNextPrevChild(bool next) {
         }
     }
     return true;
+}
+
+bool Popover::event(QEvent* event) {
+    const auto isDone = QFrame::event(event);
+    if (event->type() == QEvent::LayoutRequest && isVisible()) {
+        placeAgain();
+    }
+    return isDone;
 }
 
 void Popover::showEvent(QShowEvent* event) {

@@ -19,7 +19,8 @@ class Popover : public QFrame {
 public:
     Popover(const Theme& theme, QWidget* window);
 
-    /// Opens below `anchor`, in global coordinates, or above it where there is no room below.
+    /// Opens below `anchor`, in global coordinates, or above it where there is no room below; or
+    /// goes there, where it is open.
     void openAt(const QRect& anchor);
     /// Opens in the middle of the window.
     void openInMiddle();
@@ -39,12 +40,13 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+    bool event(QEvent* event) override;
     void showEvent(QShowEvent* event) override;
     /// Tab stays inside the panel.
     bool focusNextPrevChild(bool next) override;
     /// To be called when what could be lost is another: Escape is to be tried anew.
     void changed() { m_isRefused = false; }
-    /// To be called when the content has another size.
+    /// To be called when the content has another size, where that is to be seen at once.
     void placeAgain();
     /// In pixels; in a window that is narrower the panel is as wide as that allows.
     void setPanelWidth(int width) { m_panelWidth = width; }

@@ -101,8 +101,8 @@ void ButtonDrawing::paintTool(QPainter& painter, const QStyleOption& option, con
     const FadedWhenDisabled faded(painter, state);
     const auto isOn = option.state.testFlag(QStyle::State_On);
     if (isOn) {
-        Shapes::paintBox(painter, option.rect, radius, colors.selection,
-                         colors.isHighContrast ? colors.accent : QColor());
+        // The tint alone is too quiet for what is read from it.
+        Shapes::paintBox(painter, option.rect, radius, colors.selection, colors.accent);
     }
     const auto isRaised = !option.state.testFlag(QStyle::State_AutoRaise);
     if (state.tint() != Tint::rest || (isRaised && !isOn)) {

@@ -182,10 +182,31 @@ bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option
         QProxyStyle::drawControl(element, &label, &painter, widget);
         return true;
     }
+    case CE_CheckBox:
+    case CE_RadioButton: {
+        const auto isRadio = element == CE_RadioButton;
+        auto part = as<QStyleOptionButton>(option);
+        part.rect = proxy()->subElementRect(
+            isRadio ? SE_RadioButtonIndicator : SE_CheckBoxIndicator, &option, widget);
+        proxy()->drawPrimitive(isRadio ? PE_IndicatorRadioButton : PE_IndicatorCheckBox, &part,
+                               &painter, widget);
+        part.rect = proxy()->subElementRect(isRadio ? SE_RadioButtonContents : SE_CheckBoxContents,
+                                            &option, widget);
+        proxy()->drawControl(isRadio ? CE_RadioButtonLabel : CE_CheckBoxLabel, &part, &painter,
+                             widget);
+        if (option.state.testFlag(State_HasFocus)) {
+            part.rect = ButtonDrawing::ringOf(as<QStyleOptionButton>(option), m_theme);
+            proxy()->drawPrimitive(PE_FrameFocusRect, &part, &painter, widget);
+        }
+        return true;
+    }
     case CE_ItemViewItem: {
         const auto& row = as<QStyleOptionViewItem>(option);
         proxy()->drawPrimitive(PE_PanelItemViewItem, &row, &painter, widget);
-        const auto content = ListDrawing::contentOf(row);
+        auto content = ListDrawing::contentOf(row);
+        if (widget && isChoiceList(widget->window())) {
+            content.state.setFlag(State_HasFocus, false); // the tint walks, as in a menu
+        }
         QProxyStyle::drawControl(element, &content, &painter, widget);
         return true;
     }
@@ -256,9 +277,6 @@ QRect QuietStyle::subElementRect(SubElement element, const QStyleOption* option,
         return isChoiceList(widget)
                    ? inside(m_theme.space(Space::small), m_theme.space(Space::small))
                    : QProxyStyle::subElementRect(element, option, widget);
-    case SE_CheckBoxFocusRect:
-    case SE_RadioButtonFocusRect:
-        return ButtonDrawing::ringOf(as<QStyleOptionButton>(*option), m_theme);
     case SE_CheckBoxIndicator:
     case SE_CheckBoxContents:
     case SE_RadioButtonIndicator:

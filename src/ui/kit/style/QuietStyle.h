@@ -4,6 +4,8 @@
 
 #include <QProxyStyle>
 
+class QStyleOptionToolButton;
+
 namespace korvex::ui {
 
 class PopupPlace;

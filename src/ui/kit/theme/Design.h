@@ -72,6 +72,10 @@ inline constexpr int kMeasure = 760;
 inline constexpr int kSheetMeasure = 380;
 inline constexpr int kPanelMeasure = 320;
 
+/// How high a line of a text is, and of a heading in it, as a part of the size of its letters.
+inline constexpr double kLineHeight = 1.4;
+inline constexpr double kHeadingLineHeight = 1.25;
+
 /// How long what moves takes, in milliseconds where the desktop does not ask for stillness.
 enum class Motion : std::uint8_t {
     /// A state of a control.

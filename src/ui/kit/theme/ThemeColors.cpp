@@ -98,7 +98,8 @@ QPalette ThemeColors::palette() const {
     palette.setColor(QPalette::Dark, border);
     palette.setColor(QPalette::Shadow, border);
     const auto disabled = blended(text, content, 0.45);
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+    for (const auto role :
+         {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText}) {
         palette.setColor(QPalette::Disabled, role, disabled);
     }
     return palette;

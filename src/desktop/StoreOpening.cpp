@@ -1,0 +1,44 @@
+#include "desktop/StoreOpening.h"
+
+#include "model/SchemaVersions.h"
+#include "services/BoardService.h"
+
+namespace korvex::desktop {
+
+namespace {
+
+/// What cannot be read now is read anew by the window, which says why.
+void readBoard(store::ModelContext& context, const std::optional<base::Uuid>& wanted,
+               base::LogSink& log) {
+    try {
+        services::NoReminders reminders;
+        services::NoWidgets widgets;
+        const services::BoardService boards(context, reminders, widgets, log);
+        const auto* board = wanted ? boards.board(*wanted) : nullptr;
+        board = board ? board : boards.inboxBoard();
+        if (board) {
+            static_cast<void>(board->entries());
+        }
+    } catch (const base::Error&) {
+    }
+}
+
+StoreOpening::Opened open(const std::filesystem::path& file, const std::optional<base::Uuid>& board,
+                          base::LogSink& log) {
+    StoreOpening::Opened opened;
+    opened.container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
+    opened.context = std::make_unique<store::ModelContext>(*opened.container);
+    readBoard(*opened.context, board, log);
+    return opened;
+}
+
+} // namespace
+
+StoreOpening::StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board,
+                           base::LogSink& log, When when)
+    // Where no thread can be had, `take` does it as well.
+    : m_opened(std::async(
+          when == When::now ? std::launch::async | std::launch::deferred : std::launch::deferred,
+          [file = std::move(file), board, &log] { return open(file, board, log); })) {}
+
+} // namespace korvex::desktop

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/Log.h"
+#include "base/Uuid.h"
+#include "store/ModelContainer.h"
+#include "store/ModelContext.h"
+
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <optional>
+
+namespace korvex::desktop {
+
+/// Opens the store on a thread of its own and reads the board that the window will show first: that
+/// takes about as long as to come to terms with the window system, which the main thread does
+/// meanwhile. Nothing of the store is used by both: it is the other thread's until `take`.
+class StoreOpening {
+public:
+    enum class When { now, whenTaken };
+    /// `board` is the one that was shown last; the Inbox where there is none. `log` must outlive
+    /// this and may be written from the other thread.
+    StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board, base::LogSink& log,
+                 When when);
+
+    struct Opened {
+        std::unique_ptr<store::ModelContainer> container;
+        /// After the container, which must outlive it.
+        std::unique_ptr<store::ModelContext> context;
+    };
+    /// Waits for the store. Once. Throws what it could not be opened for.
+    Opened take() { return m_opened.get(); }
+
+private:
+    std::future<Opened> m_opened;
+};
+
+} // namespace korvex::desktop

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "richtext/text/ListMarker.h"
+#include "ui/text/TextLook.h"
+
+#include <QPainter>
+#include <QTextBlock>
+
+#include <optional>
+#include <unordered_map>
+
+class QTextList;
+
+namespace korvex::ui {
+
+/// The markers of a document's lists, which Qt neither counts nor draws. For one painting: it is
+/// told of all blocks in order. Main thread.
+class ListMarkers {
+public:
+    explicit ListMarkers(const TextLook& look) : m_look(look) {}
+
+    /// Counts the block. Returns whether it has a marker.
+    bool count(const QTextBlock& block);
+    /// Draws the marker of the block that was counted last, before its first line.
+    void paint(QPainter& painter, const QTextBlock& block) const;
+
+private:
+    struct List {
+        richtext::TextList list;
+        bool isDrawn = false;
+        std::int64_t items = 0;
+    };
+
+    void paintShape(QPainter& painter, richtext::MarkerFormat format, const QRectF& room,
+                    double middle) const;
+
+    const TextLook& m_look;
+    std::unordered_map<const QTextList*, List> m_lists;
+    const List* m_last = nullptr;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,122 @@
+#include "ui/pictures/PicturedWindow.h"
+
+#include "model/SchemaVersions.h"
+#include "services/EntryOrder.h"
+#include "ui/kit/style/QuietStyle.h"
+#include "ui/windows/WindowContents.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QMenu>
+#include <QPainter>
+#include <QTest>
+
+#include <algorithm>
+#include <stdexcept>
+
+#ifdef KORVEX_GALLERY
+#include "ui/gallery/GalleryWindow.h"
+#endif
+
+namespace korvex::tests {
+
+namespace {
+
+constexpr int kForColors = 5'000; // milliseconds
+
+} // namespace
+
+PicturedWindow::PicturedWindow(const Variant& variant)
+    : m_container(store::ModelContainer::open(model::currentSchema(),
+                                              {.file = m_folder / "Primary.store"}, m_log)) {
+    QApplication::setLayoutDirection(variant.direction);
+    m_preferences.setAppearance(variant.appearance);
+    m_preferences.setFontSize(variant.fontSize);
+    m_theme.setSystemContrast(variant.contrast);
+    m_theme.setSystemMotion(ui::Theme::SystemMotion::still);
+    ui::QuietStyle::install(m_theme);
+    m_owner = std::make_unique<ui::WorkspaceOwner>(
+        ui::WorkspaceOwner::Surroundings{.container = *m_container,
+                                         .preferences = m_preferences,
+                                         .defaults = m_defaults,
+                                         .clock = m_clock,
+                                         .runLoop = m_runLoop,
+                                         .log = m_log,
+                                         .timeZone = base::TimeZone::utc,
+                                         .makeEngine = m_script.engineFactory(),
+                                         .resources = m_script.resources(),
+                                         .copies = m_folder / "copies"});
+    const auto& workspace = m_owner->workspace();
+    switch (variant.fill) {
+    case Variant::Fill::empty:
+        workspace.boards.initializeDefaultBoards(m_clock.now());
+        break;
+    case Variant::Fill::usual:
+        fillWindow(workspace);
+        break;
+    case Variant::Fill::full:
+        fillWindowFull(workspace);
+        break;
+    }
+    bool areColorsKnown = variant.fill == Variant::Fill::empty;
+    const auto arrivals = workspace.code.arrived().connect([&] { areColorsKnown = true; });
+    m_window = std::make_unique<ui::MainWindow>(workspace, m_theme);
+    m_window->resize(variant.size);
+    m_window->show();
+    static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
+    static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
+    m_scenes = std::make_unique<WindowScenes>(*m_window, workspace);
+}
+
+PicturedWindow::~PicturedWindow() {
+    m_scenes.reset();
+    m_window.reset();
+    // The style must not outlive the theme.
+    QApplication::setStyle(QStringLiteral("fusion"));
+}
+
+QImage PicturedWindow::picture() {
+    QTest::qWait(20); // what follows an event by a timer
+    auto window = m_window->grab();
+    auto* const menu = QApplication::activePopupWidget();
+    if (!menu) {
+        return window.toImage();
+    }
+    const QRect place(menu->pos() - m_window->pos(), menu->size());
+    const auto all = place | m_window->rect();
+    QPixmap both(all.size() * window.devicePixelRatio());
+    both.setDevicePixelRatio(window.devicePixelRatio());
+    both.fill(Qt::gray);
+    QPainter painter(&both);
+    painter.drawPixmap(-all.topLeft(), window);
+    painter.drawPixmap(place.topLeft() - all.topLeft(), menu->grab());
+    painter.end();
+    return both.toImage();
+}
+
+QImage PicturedWindow::gallery() {
+#ifdef KORVEX_GALLERY
+    ui::GalleryWindow gallery(m_preferences, m_theme);
+    gallery.resize(m_window->width(), 2 * m_window->width());
+    gallery.show();
+    QApplication::processEvents();
+    return gallery.grab().toImage();
+#else
+    return {};
+#endif
+}
+
+void PicturedWindow::writeNote(const QString& file) const {
+    const auto entries = services::activeEntries(*m_owner->workspace().boards.inboxBoard());
+    const auto note = std::find_if(entries.begin(), entries.end(),
+                                   [](const model::Entry* each) { return !each->isTodo(); });
+    const auto& data = (*note)->richTextData();
+    QFile written(file);
+    if (!written.open(QIODevice::WriteOnly) ||
+        written.write(reinterpret_cast<const char*>(data->data()),
+                      static_cast<qint64>(data->size())) < 0) {
+        throw std::runtime_error(file.toStdString() + " cannot be written");
+    }
+}
+
+} // namespace korvex::tests

@@ -1,0 +1,307 @@
+#include "ui/windows/WindowScenes.h"
+
+#include "services/EntryOrder.h"
+#include "ui/boards/SidebarRow.h"
+#include "ui/editor/RichTextEdit.h"
+#include "ui/entries/BoardPage.h"
+#include "ui/entries/RowRefusal.h"
+#include "ui/kit/controls/SearchField.h"
+#include "ui/kit/overlays/Popover.h"
+#include "ui/windows/MainWindow.h"
+#include "ui/windows/Sidebar.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QMenu>
+#include <QTest>
+
+#include <algorithm>
+
+namespace korvex::tests {
+
+using namespace ui;
+
+WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
+    : m_window(window), m_workspace(workspace), m_inbox(workspace.boards.inboxBoard()) {
+    for (auto* const board : workspace.boards.boards()) {
+        auto*& found = board->isArchived() ? m_archived : m_other;
+        found = found || board == m_inbox ? found : board;
+    }
+    for (auto* const entry : services::activeEntries(*m_inbox)) {
+        auto*& found = entry->isTodo() ? m_todo : m_text;
+        found = found ? found : entry;
+    }
+    addBoardScenes();
+    addEditingScenes();
+    addPanelScenes();
+    addMenuScenes();
+    addPageScenes();
+}
+
+void WindowScenes::add(const char* name, std::function<void()> open, std::string shows) {
+    m_scenes.push_back({name, std::move(open), std::move(shows)});
+}
+
+void WindowScenes::addBoardScenes() {
+    add(
+        "board", [] {}, "List: Entries");
+    if (!services::completedTodos(*m_inbox).empty()) {
+        add(
+            "board-completed",
+            [this] {
+                page().list().setCurrentRow(page().entries().rowOf(EntryRowKind::completedHeading));
+                page().list().setFocus();
+                key(Qt::Key_Return);
+            },
+            "ListItem: " + services::completedTodos(*m_inbox).front()->content());
+    }
+    add(
+        "board-name",
+        [this] { m_window.findChild<Sidebar*>()->rename(m_other ? *m_other : *m_inbox); },
+        "EditableText: Name of the board");
+    add(
+        "board-name-over-page", [this] { page().header().rename(*m_inbox); },
+        "EditableText: Name of the board");
+    add(
+        "error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
+        "AlertMessage: It is broken.");
+    if (m_todo) {
+        add(
+            "undo",
+            [this] {
+                page().offer(QStringLiteral("Deleted “Buy milk”."), QStringLiteral("Undo"), [] {});
+            },
+            "Button: Undo");
+    }
+}
+
+void WindowScenes::addEditingScenes() {
+    add(
+        "todo-new", [this] { page().startTodo(); }, "EditableText: Todo");
+    add(
+        "todo-refused",
+        [this] {
+            page().startTodo();
+            QApplication::clipboard()->setText(QString(10'001, QLatin1Char('x')));
+            key(Qt::Key_V, Qt::ControlModifier);
+        },
+        "AlertMessage: Entries can contain");
+    if (m_todo) {
+        add(
+            "todo-edited", [this] { edit(*m_todo); }, "EditableText: Todo");
+    }
+    add(
+        "text-new", [this] { page().startText(); }, "ToolBar: Format");
+    if (m_text) {
+        add(
+            "text-selected", [this] { choose(*m_text); }, "List: Entries");
+        add(
+            "text-edited", [this] { edit(*m_text); }, "ToolBar: Format");
+        add("text-table", [this] {
+            edit(*m_text);
+            key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
+        });
+        add(
+            "text-link",
+            [this] {
+                edit(*m_text);
+                key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
+            },
+            "Dialog: ");
+    }
+}
+
+void WindowScenes::addPanelScenes() {
+    if (m_todo) {
+        add(
+            "schedule",
+            [this] {
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+            },
+            "Dialog: Schedule");
+        add(
+            "month",
+            [this] {
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+                focus("Due day");
+                key(Qt::Key_Down, Qt::AltModifier);
+            },
+            "Dialog: Schedule");
+    }
+    add(
+        "icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
+    add(
+        "board-choice", [this] { key(Qt::Key_K, Qt::ControlModifier); }, "Dialog: Go to board");
+    if (m_other) {
+        add(
+            "question",
+            [this] {
+                Q_EMIT m_window.findChild<Sidebar*>()->boardMenuRequested(m_other, {});
+                chooseInMenu("Delete…");
+            },
+            "Button: Delete board");
+    }
+}
+
+void WindowScenes::addMenuScenes() {
+    add("menu-page", [this] { press("Menu of the board"); });
+    add("menu-board", [this] {
+        auto& sidebar = *m_window.findChild<Sidebar*>();
+        Q_EMIT sidebar.boardMenuRequested(m_other ? m_other : m_inbox,
+                                          sidebar.mapToGlobal(sidebar.rect().center()));
+    });
+    if (m_todo) {
+        add("menu-entry", [this] {
+            choose(*m_todo);
+            key(Qt::Key_F10, Qt::ShiftModifier);
+        });
+    }
+}
+
+void WindowScenes::addPageScenes() {
+    add(
+        "upcoming", [this] { navigation().showPage(PageKind::upcoming); }, "List: Upcoming");
+    add(
+        "completed", [this] { navigation().showPage(PageKind::completed); }, "List: Completed");
+    add(
+        "completed-range",
+        [this] {
+            navigation().showPage(PageKind::completed);
+            for (auto* const picker : m_window.findChildren<QComboBox*>()) {
+                if (picker->accessibleName() == QStringLiteral("Filter by completion date")) {
+                    picker->setCurrentIndex(picker->count() - 1);
+                }
+            }
+        },
+        "List: Completed");
+    add("completed-choice", [this] {
+        navigation().showPage(PageKind::completed);
+        focus("Filter by due date");
+        key(Qt::Key_Space);
+    });
+    add(
+        "search",
+        [this] {
+            key(Qt::Key_F, Qt::ControlModifier);
+            type("a");
+        },
+        "List: Results");
+    add("search-nothing", [this] {
+        key(Qt::Key_F, Qt::ControlModifier);
+        type("zzz");
+    });
+    if (m_archived) {
+        add(
+            "archived", [this] { navigation().showPage(PageKind::archived); },
+            "List: Archived boards");
+        add(
+            "board-archived", [this] { navigation().showBoard(*m_archived); },
+            "This board is archived.");
+    }
+    add(
+        "sidebar",
+        [this] {
+            auto& sidebar = *m_window.findChild<Sidebar*>();
+            if (!sidebar.isVisible()) {
+                key(Qt::Key_F9); // over the page of a narrow window
+            }
+            sidebar.takeKeyboard();
+        },
+        "List: Boards");
+}
+
+void WindowScenes::open(const Scene& scene) {
+    m_window.activateWindow(); // after a menu
+    static_cast<void>(QTest::qWaitForWindowActive(&m_window));
+    if (m_other) {
+        navigation().openBoard(*m_other); // what was opened out on the Inbox closes
+    }
+    navigation().openBoard(*m_inbox);
+    scene.open();
+    QApplication::processEvents();
+}
+
+void WindowScenes::close() {
+    while (auto* const menu = QApplication::activePopupWidget()) {
+        menu->close();
+    }
+    for (auto* const popover : m_window.findChildren<Popover*>()) {
+        popover->closeNow();
+    }
+    press("Reset the filter");
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    for (auto* const refusal : page().findChildren<RowRefusal*>()) {
+        if (!refusal->isHidden()) {
+            Q_EMIT refusal->discarded();
+        }
+    }
+    m_window.findChild<Sidebar*>()->searchField().clear();
+    page().endAnswer();
+    key(Qt::Key_Escape); // the sidebar that lies over a narrow page
+}
+
+void WindowScenes::edit(const model::Entry& entry) {
+    choose(entry);
+    key(Qt::Key_Return);
+}
+
+void WindowScenes::key(Qt::Key which, Qt::KeyboardModifiers modifiers) {
+    auto* const focused = QApplication::focusWidget();
+    QTest::keyClick(focused ? focused : &m_window, which, modifiers);
+}
+
+BoardPage& WindowScenes::page() const {
+    return *m_window.findChild<BoardPage*>();
+}
+
+Navigation& WindowScenes::navigation() const {
+    return *m_window.findChild<Navigation*>();
+}
+
+void WindowScenes::choose(const model::Entry& entry) {
+    page().list().setFocus();
+    page().list().setCurrentRow(page().entries().rowOf(entry));
+}
+
+void WindowScenes::type(const char* text) {
+    if (auto* const focused = QApplication::focusWidget()) {
+        QTest::keyClicks(focused, QString::fromUtf8(text));
+    }
+}
+
+void WindowScenes::press(const char* button) {
+    for (auto* const each : m_window.findChildren<QAbstractButton*>()) {
+        if (each->accessibleName() == QString::fromUtf8(button)) {
+            each->click();
+        }
+    }
+}
+
+void WindowScenes::focus(const char* field) {
+    for (auto* const each : m_window.findChildren<QWidget*>()) {
+        if (each->accessibleName() == QString::fromUtf8(field)) {
+            each->setFocus();
+        }
+    }
+}
+
+void WindowScenes::chooseInMenu(const char* text) {
+    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    if (!menu) {
+        return;
+    }
+    const auto actions = menu->actions();
+    const auto found = std::find_if(actions.begin(), actions.end(), [&](const QAction* action) {
+        return action->text() == QString::fromUtf8(text);
+    });
+    if (found != actions.end()) {
+        (*found)->trigger();
+    }
+    menu->close();
+}
+
+} // namespace korvex::tests

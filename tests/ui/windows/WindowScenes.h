@@ -1,0 +1,75 @@
+#pragma once
+
+#include "ui/workspace/Workspace.h"
+
+#include <Qt>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+class QWidget;
+
+namespace korvex::ui {
+class BoardPage;
+class MainWindow;
+class Navigation;
+} // namespace korvex::ui
+
+namespace korvex::tests {
+
+/// The ways of a user to every page and panel of a main window, for whoever looks at all of them:
+/// by ear, for its contrasts, or with a person's eyes.
+class WindowScenes {
+public:
+    struct Scene {
+        /// As in the name of a file.
+        std::string name;
+        std::function<void()> open;
+        /// What a screen reader finds there, among other things.
+        std::string shows;
+    };
+
+    /// Of the window's store as it is now: what it holds nothing for is left out. A store with
+    /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox
+    /// a text, an open todo and a completed one.
+    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace);
+
+    const std::vector<Scene>& all() const { return m_scenes; }
+    /// Leads there from wherever the window is.
+    void open(const Scene& scene);
+    /// Gives up what the scene has opened.
+    void close();
+    /// Opens the editor of an entry of the Inbox.
+    void edit(const model::Entry& entry);
+    /// Presses a key where the keyboard is.
+    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {});
+
+private:
+    void addBoardScenes();
+    void addEditingScenes();
+    void addPanelScenes();
+    void addMenuScenes();
+    void addPageScenes();
+    void add(const char* name, std::function<void()> open, std::string shows = {});
+    ui::BoardPage& page() const;
+    ui::Navigation& navigation() const;
+    /// Gives the keyboard to this entry's row.
+    void choose(const model::Entry& entry);
+    void type(const char* text);
+    void press(const char* button);
+    void focus(const char* field);
+    /// Chooses an entry of the menu that is open.
+    static void chooseInMenu(const char* text);
+
+    ui::MainWindow& m_window;
+    const ui::Workspace& m_workspace;
+    model::Board* m_inbox = nullptr;
+    model::Board* m_other = nullptr;
+    model::Board* m_archived = nullptr;
+    model::Entry* m_todo = nullptr;
+    model::Entry* m_text = nullptr;
+    std::vector<Scene> m_scenes;
+};
+
+} // namespace korvex::tests
