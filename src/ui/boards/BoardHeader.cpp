@@ -150,8 +150,8 @@ void BoardHeader::placeField() {
     const auto name = m_name->geometry();
     const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
     const auto left = QGuiApplication::isRightToLeft() ? name.left() : name.left() - around;
-    m_field->setGeometry(left, m_icon->geometry().center().y() - height / 2,
-                         name.width() + around, height);
+    m_field->setGeometry(left, m_icon->geometry().center().y() - height / 2, name.width() + around,
+                         height);
 }
 
 void BoardHeader::resizeEvent(QResizeEvent* event) {
