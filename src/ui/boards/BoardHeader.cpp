@@ -149,8 +149,9 @@ void BoardHeader::placeField() {
     const auto around = m_theme.space(Space::small) + m_theme.space(Space::hair);
     const auto name = m_name->geometry();
     const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
-    m_field->setGeometry(name.left() - around, m_icon->geometry().center().y() - height / 2,
-                         name.width() + 2 * around, height);
+    const auto left = QGuiApplication::isRightToLeft() ? name.left() : name.left() - around;
+    m_field->setGeometry(left, m_icon->geometry().center().y() - height / 2, name.width() + around,
+                         height);
 }
 
 void BoardHeader::resizeEvent(QResizeEvent* event) {

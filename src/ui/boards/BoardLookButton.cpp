@@ -62,7 +62,7 @@ void BoardLookButton::paintIcon(QPainter& painter) const {
                          m_theme.radius(Radius::small), m_color, QColor());
     }
     IconSet::draw(painter, m_icon, isChecked() ? signOn(m_color) : m_color,
-                  middle(width() / 2).toRect());
+                  middle(width() / 2.0).toRect());
 }
 
 void BoardLookButton::paintColor(QPainter& painter) const {
@@ -73,7 +73,7 @@ void BoardLookButton::paintColor(QPainter& painter) const {
     painter.drawEllipse(middle(size));
     if (isChecked()) {
         IconSet::draw(painter, QStringLiteral("check-bold"), signOn(m_color),
-                      middle(width() * 3 / 8).toRect());
+                      middle(width() * 3 / 8.0).toRect());
         painter.setPen(QPen(m_color, line));
         painter.setBrush(Qt::NoBrush);
         painter.drawEllipse(middle(size + 3 * line));

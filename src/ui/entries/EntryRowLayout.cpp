@@ -36,7 +36,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
             bottom = m_chipsTopLeft.y() + m_chips->height();
         }
     }
-    setBox(bottom, RowFrame::of(theme));
+    setBox(bottom, isFormatted ? RowFrame::ofText(theme) : RowFrame::of(theme));
     for (auto* const place : {&m_sign, &m_textRect, &m_due, &m_scheduleButton}) {
         *place = mirrored(*place, width);
     }
@@ -49,7 +49,7 @@ EntryRowLayout::EntryRowLayout(const EntryListModel& model, int row, int width, 
 
 void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom,
                                 const Theme& theme) {
-    const auto frame = RowFrame::of(theme);
+    const auto frame = m_formatted ? RowFrame::ofText(theme) : RowFrame::of(theme);
     m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::distance(theme)};
     m_chips = std::make_unique<AttachmentChips>(
         list, std::max(kLeastRoom, m_width - m_textRect.left() - frame.side), theme);
@@ -58,7 +58,7 @@ void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom
 
 int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const Theme& theme,
                                     const TextLook& look, EntryRowLayout* former) {
-    const auto frame = RowFrame::of(theme);
+    const auto frame = RowFrame::ofText(theme);
     m_side = frame.side;
     const auto room = std::max(kLeastRoom, m_width - 2 * frame.side);
     if (former && former->m_formatted) {

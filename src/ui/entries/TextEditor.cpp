@@ -128,7 +128,7 @@ QMenu* TextEditor::makeMenu() {
 }
 
 int TextEditor::textHeight(int width) {
-    const auto frame = RowFrame::of(theme());
+    const auto frame = RowFrame::ofText(theme());
     const auto room = width - 2 * frame.side;
     // However wide the field is, its text is not; and that of a hidden field knows no width.
     m_field->setLineWrapColumnOrWidth(room);
@@ -142,7 +142,7 @@ int TextEditor::textHeight(int width) {
 
 int TextEditor::wholeWidth() const {
     const auto text = static_cast<int>(std::ceil(m_field->document()->size().width()));
-    return text + 2 * RowFrame::of(theme()).side;
+    return text + 2 * RowFrame::ofText(theme()).side;
 }
 
 int TextEditor::contentHeight() const {
@@ -171,7 +171,7 @@ void TextEditor::applyTheme() {
 }
 
 void TextEditor::place() {
-    const auto frame = RowFrame::of(theme());
+    const auto frame = RowFrame::ofText(theme());
     const auto room = width() - 2 * frame.side;
     const int bottom =
         height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
@@ -187,7 +187,7 @@ void TextEditor::placeBar() {
     if (isHidden()) {
         return;
     }
-    const auto frame = RowFrame::of(theme());
+    const auto frame = RowFrame::ofText(theme());
     const auto row = QRect(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
                            height() - frame.rowDistance)
                          .translated(pos());
@@ -215,7 +215,7 @@ void TextEditor::hideEvent(QHideEvent* event) {
 
 QRect TextEditor::caretPlace() {
     const auto line = m_field->cursorRect().translated(m_field->pos());
-    const int margin = RowFrame::of(theme()).padding;
+    const int margin = RowFrame::ofText(theme()).padding;
     return line.adjusted(0, -margin, 0, margin);
 }
 

@@ -87,25 +87,19 @@ DateField* CompletedFilterBar::makeDay(const QString& name) {
 }
 
 void CompletedFilterBar::layOut() {
-    const auto space = m_theme.space(Space::medium);
-    const auto side = m_theme.space(Space::wide);
     m_toEnd = new QWidget(this);
     auto* const toEnd = new QHBoxLayout(m_toEnd);
     toEnd->setContentsMargins(0, 0, 0, 0);
-    toEnd->setSpacing(space);
     toEnd->addWidget(new QLabel(QStringLiteral("–"), m_toEnd));
     toEnd->addWidget(m_end);
     auto* const column = new QVBoxLayout(this);
-    column->setContentsMargins(side, 0, side, space);
-    column->setSpacing(space);
     column->addWidget(m_search);
-    auto* const pickers = new FlowLayout;
-    pickers->setSpacing(space);
+    m_pickers = new FlowLayout;
     for (auto* const each : std::initializer_list<QWidget*>{m_boardStatus, m_board, m_schedule,
                                                             m_period, m_start, m_toEnd, m_reset}) {
-        pickers->addWidget(each);
+        m_pickers->addWidget(each);
     }
-    column->addLayout(pickers);
+    column->addLayout(m_pickers);
 }
 
 void CompletedFilterBar::connectFields() {
@@ -234,6 +228,13 @@ void CompletedFilterBar::take() {
 }
 
 void CompletedFilterBar::applyTheme() {
+    const auto space = m_theme.space(Space::medium);
+    const auto side = m_theme.space(Space::wide);
+    layout()->setContentsMargins(side, 0, side, space);
+    for (auto* const each :
+         std::initializer_list<QLayout*>{layout(), m_pickers, m_toEnd->layout()}) {
+        each->setSpacing(space);
+    }
     m_board->setIconSize(QSize(1, 1) * m_theme.extent(Extent::smallIcon));
 }
 

@@ -17,6 +17,7 @@ namespace korvex::ui {
 
 class DateField;
 class FilterChoice;
+class FlowLayout;
 class SearchField;
 
 /// Chooses which completed todos are shown: by words, board, due date and completion date. Main
@@ -67,6 +68,7 @@ private:
     std::vector<BoardChoice> m_boards;
     bool m_isShowing = false;
 
+    FlowLayout* m_pickers;
     SearchField* m_search;
     FilterChoice* m_boardStatus;
     FilterChoice* m_board;

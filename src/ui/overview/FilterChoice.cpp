@@ -94,7 +94,7 @@ void FilterChoice::paintEvent(QPaintEvent*) {
     words.setRight(width() - 1 - margin - m_theme.extent(Extent::smallIcon) -
                    m_theme.space(Space::small));
     painter.setPen(colors.text);
-    painter.drawText(mirrored(words, width()), lineStart() | Qt::TextSingleLine,
+    painter.drawText(mirrored(words, width()), static_cast<int>(lineStart()),
                      fontMetrics().elidedText(currentText(), Qt::ElideRight, words.width()));
     if (isSet()) {
         IconSet::draw(painter, QStringLiteral("x"), colors.text, signRect());

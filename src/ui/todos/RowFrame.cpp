@@ -24,6 +24,12 @@ RowFrame RowFrame::of(const Theme& theme) {
     };
 }
 
+RowFrame RowFrame::ofText(const Theme& theme) {
+    auto frame = of(theme);
+    frame.padding = theme.space(Space::medium);
+    return frame;
+}
+
 RowLine::RowLine(const RowFrame& frame, int ascent, const Theme& theme) {
     const QFontMetrics metrics(theme.font());
     m_capital = metrics.capHeight();

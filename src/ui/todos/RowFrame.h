@@ -24,6 +24,8 @@ struct RowFrame {
     int scheduleSize;
 
     static RowFrame of(const Theme& theme);
+    /// Of a text, which may be long and has more air around it than a line has.
+    static RowFrame ofText(const Theme& theme);
     /// The height of a row in which something ends there.
     int heightFor(int bottom) const { return bottom + padding + rowDistance - boxTop; }
     int top() const { return boxTop + padding; }

@@ -61,12 +61,14 @@ void TodoActions::openSchedule(model::Entry& entry, const Place& place) {
     // Once the rows have followed too.
     QObject::connect(
         popover, &SchedulePopover::followed, popover,
-        [popover, place] {
-            if (popover->isHidden()) {
+        [popover, place, shown = *anchor]() mutable {
+            const auto now = popover->isHidden() ? shown : place();
+            if (now == shown) {
                 return;
             }
-            if (const auto now = place()) {
-                popover->openAt(*now);
+            if (now) {
+                shown = *now;
+                popover->openAt(shown);
                 return;
             }
             popover->dismiss();

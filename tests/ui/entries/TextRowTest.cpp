@@ -63,7 +63,7 @@ protected:
     /// The middle of the character at an offset of the text in a row, in the viewport.
     QPoint placeOf(int row, const AttributedString& text, std::size_t offset) {
         const auto rect = list.visualRect(model.index(row, 0));
-        const auto frame = RowFrame::of(theme);
+        const auto frame = RowFrame::ofText(theme);
         RichTextEdit edit;
         fill(edit, text, rect.width() - 2 * frame.side);
         return rect.topLeft() + QPoint(frame.side, frame.top()) + placeIn(edit, offset);

@@ -85,7 +85,7 @@ QString fileOf(const QDir& folder, const QString& variant, const QString& scene)
 /// Such a store has no main window.
 void takeStoreError(const ui::Theme& theme, const QString& file) {
     ui::StoreErrorWindow window(QStringLiteral("The store is damaged. Nothing was changed."),
-                                "/home/ada/.local/share/korvex/Primary.store", theme);
+                                "/var/notes/Primary.store", theme);
     window.show();
     QApplication::processEvents();
     save(window.grab().toImage(), file);

@@ -249,7 +249,7 @@ TEST_F(NavigationTest, ArchivingIsToldAndTakenBack) {
     menu->close();
     ASSERT_TRUE(QTest::qWaitFor([this] { return page().board() == inbox; }));
     EXPECT_EQ(page().banner().message(), QStringLiteral("“Work” was archived."));
-    for (auto* const button : page().banner().findChildren<QToolButton*>()) {
+    for (auto* const button : page().banner().findChildren<QPushButton*>()) {
         if (button->text() == QStringLiteral("Undo")) {
             button->click();
         }
