@@ -42,7 +42,9 @@ void Popover::open() {
 
 void Popover::closeNow() {
     QApplication::instance()->removeEventFilter(this);
-    for (auto* const each : parentWidget()->findChildren<Popover*>()) {
+    // One that is closed, or whose window is being taken down, has none that belong to it.
+    for (auto* const each :
+         isVisible() ? parentWidget()->findChildren<Popover*>() : QList<Popover*>()) {
         if (each != this && each->isVisible() && owns(each)) {
             each->closeNow();
         }
