@@ -153,8 +153,11 @@ protected:
     /// How far the paragraphs stand apart, and how high their lines are. What an empty last one
     /// looks like is not in the text.
     static std::vector<double> spacing(const QTextDocument& document) {
-        std::vector<double> result{document.rootFrame()->frameFormat().topMargin()};
         const auto last = document.lastBlock();
+        std::vector<double> result;
+        if (document.begin() != last) {
+            result.push_back(document.rootFrame()->frameFormat().topMargin());
+        }
         for (auto block = document.begin(); block != last; block = block.next()) {
             if (!isGap(block)) {
                 result.push_back(block.blockFormat().lineHeight());
