@@ -31,6 +31,8 @@ protected:
         window.resize(500, 500);
         window.show();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        // The window gave the keyboard to its first field when it came; that is no coming to it.
+        time->setFocus();
         day->setFocus();
     }
     ~FieldsTest() override { QApplication::setLayoutDirection(Qt::LeftToRight); }
