@@ -326,7 +326,6 @@ TEST_F(TextEditingTest, NoClickInTheEditorEndsIt) {
 }
 
 TEST_F(TextEditingTest, TheTextStandsInTheEditorAsInTheRow) {
-    theme.setSystemMotion(Theme::SystemMotion::still); // a new row would come slowly into sight
     using namespace richtext;
     AttributedString text;
     const auto code = CodeSyntax::attributes("plaintext", CodeKind::block);

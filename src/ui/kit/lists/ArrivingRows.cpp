@@ -1,27 +1,33 @@
 #include "ui/kit/lists/ArrivingRows.h"
 
+#include <QAbstractScrollArea>
 #include <QStyle>
-#include <QWidget>
 
 #include <algorithm>
 
 namespace korvex::ui {
 
-ArrivingRows::ArrivingRows(QWidget& viewport) : m_viewport(viewport) {
+namespace {
+
+/// More than a screen of rows is not followed by the eye, and each of them would be asked for.
+constexpr int kMostRows = 50;
+
+} // namespace
+
+ArrivingRows::ArrivingRows(QAbstractScrollArea& view) : m_view(view) {
     m_animation.setStartValue(0.0);
     m_animation.setEndValue(1.0);
-    QObject::connect(&m_animation, &QVariantAnimation::valueChanged, &viewport,
-                     qOverload<>(&QWidget::update));
-    QObject::connect(&m_animation, &QVariantAnimation::finished, &viewport,
-                     [this] { m_rows.clear(); });
+    QObject::connect(&m_animation, &QVariantAnimation::valueChanged, &view,
+                     [&view] { view.viewport()->update(); });
+    QObject::connect(&m_animation, &QVariantAnimation::finished, &view, [this] { m_rows.clear(); });
 }
 
 void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
     const auto duration =
-        m_viewport.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_viewport);
+        m_view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view);
     m_animation.stop();
     m_rows.clear();
-    if (duration <= 0) {
+    if (duration <= 0 || last.row() - first.row() >= kMostRows) {
         return;
     }
     for (int row = first.row(); row <= last.row(); ++row) {

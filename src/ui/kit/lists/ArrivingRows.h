@@ -5,7 +5,7 @@
 
 #include <vector>
 
-class QWidget;
+class QAbstractScrollArea;
 
 namespace korvex::ui {
 
@@ -14,7 +14,7 @@ namespace korvex::ui {
 /// thread.
 class ArrivingRows final {
 public:
-    explicit ArrivingRows(QWidget& viewport);
+    explicit ArrivingRows(QAbstractScrollArea& view);
 
     /// Those from `first` to `last`. What was still appearing is there now.
     void add(const QModelIndex& first, const QModelIndex& last);
@@ -22,7 +22,7 @@ public:
     double opacityOf(const QModelIndex& index) const;
 
 private:
-    QWidget& m_viewport;
+    QAbstractScrollArea& m_view;
     QVariantAnimation m_animation;
     std::vector<QPersistentModelIndex> m_rows;
 };

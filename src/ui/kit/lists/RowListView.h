@@ -107,7 +107,7 @@ private:
     void setHoveredRow(int row);
 
     const Theme& m_theme;
-    ArrivingRows m_arriving{*viewport()};
+    ArrivingRows m_arriving{*this};
     int m_hoveredRow = -1;
     /// Where the pointer is in the viewport, until it leaves or a key is pressed.
     std::optional<QPoint> m_pointer;
