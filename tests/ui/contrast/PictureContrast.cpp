@@ -64,10 +64,10 @@ PictureContrast::PictureContrast(QWidget& widget, const Limits& limits)
     : m_picture(widget.grab().toImage().convertToFormat(QImage::Format_RGB32)) {
     auto drawn = PaintRecord(widget).drawn();
     for (auto* const bar : widget.findChildren<QScrollBar*>()) {
-        if (bar->isVisible() && bar->maximum() > bar->minimum()) {
-            const QRect place(bar->mapTo(&widget, QPoint()), bar->size());
+        const auto place = bar->visibleRegion().translated(bar->mapTo(&widget, QPoint()));
+        if (!place.isEmpty() && bar->maximum() > bar->minimum()) {
             drawn.push_back({.kind = Drawn::Kind::sign,
-                             .place = place,
+                             .place = place.boundingRect(),
                              .visible = place,
                              .words = QStringLiteral("scroll handle")});
         }

@@ -64,8 +64,9 @@ void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& optio
             const auto isSeen = !isFlat || state.tint() != Tint::rest;
             auto ground = isSeen ? Shapes::tint(colors, state.tint()) : QColor();
             if (isFilled) {
+                // Away from the colour of its words: they are to be read in every state.
                 const auto alpha = ground.alphaF();
-                ground = colors.onAccent;
+                ground = colors.isDark ? Qt::white : Qt::black;
                 ground.setAlphaF(alpha);
             }
             Shapes::paintBox(painter, option.rect, radius, ground, isFilled ? QColor() : edge);
