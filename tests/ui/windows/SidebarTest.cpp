@@ -72,6 +72,7 @@ TEST_F(SidebarTest, ANameThatIsBeingTypedOutlivesWhatOthersDo) {
     });
     QTest::keyClicks(nameField(), QStringLiteral("ce"));
     QTest::keyClick(nameField(), Qt::Key_Return);
+    QApplication::processEvents();
     EXPECT_EQ(work->name(), "Office");
 }
 

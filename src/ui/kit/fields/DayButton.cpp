@@ -63,8 +63,13 @@ void DayButton::paintEvent(QPaintEvent*) {
     auto color = colors.text;
     if (m_look.isToday) {
         color = colors.accent;
-    } else if (m_look.isOfOtherMonth || !isEnabled()) {
+    } else if (!isEnabled()) {
         color = palette().color(QPalette::Disabled, QPalette::Text);
+    } else if (m_look.isOfOtherMonth) {
+        // As faint as what can be chosen may be.
+        color = readable(palette().color(QPalette::Disabled, QPalette::Text),
+                         m_look.isChosen || m_look.isInRange ? colors.selection : colors.raised,
+                         colors.isHighContrast ? 7 : 4.5);
     } else if (m_look.isQuiet) {
         color = colors.secondaryText;
     }

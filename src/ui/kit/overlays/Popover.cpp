@@ -34,6 +34,9 @@ void Popover::openInMiddle() {
 }
 
 void Popover::open() {
+    if (const auto* const from = panelOf(m_focusBefore)) {
+        connect(from, &Popover::closing, this, &Popover::closeNow, Qt::UniqueConnection);
+    }
     placeAgain();
     show();
     raise();
@@ -42,13 +45,7 @@ void Popover::open() {
 
 void Popover::closeNow() {
     QApplication::instance()->removeEventFilter(this);
-    // One that is closed, or whose window is being taken down, has none that belong to it.
-    for (auto* const each :
-         isVisible() ? parentWidget()->findChildren<Popover*>() : QList<Popover*>()) {
-        if (each != this && each->isVisible() && owns(each)) {
-            each->closeNow();
-        }
-    }
+    Q_EMIT closing();
     const auto hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
     close();
     if (hadFocus && m_focusBefore) {
@@ -66,11 +63,11 @@ bool Popover::dismissAll(const QWidget& window) {
     });
 }
 
-bool Popover::holds(const QWidget* widget) {
+const Popover* Popover::panelOf(const QWidget* widget) {
     while (widget && !qobject_cast<const Popover*>(widget)) {
         widget = widget->parentWidget();
     }
-    return widget != nullptr;
+    return qobject_cast<const Popover*>(widget);
 }
 
 bool Popover::owns(const QWidget* pressed) const {
@@ -78,10 +75,7 @@ bool Popover::owns(const QWidget* pressed) const {
     if (pressed == this || isAncestorOf(pressed) || isOpener) {
         return true;
     }
-    while (pressed && !qobject_cast<const Popover*>(pressed)) {
-        pressed = pressed->parentWidget();
-    }
-    const auto* const other = qobject_cast<const Popover*>(pressed);
+    const auto* const other = panelOf(pressed);
     return other && other->m_focusBefore && owns(other->m_focusBefore);
 }
 

@@ -34,7 +34,11 @@ public:
     /// Dismisses all that are open over this window. False when one has something to lose.
     static bool dismissAll(const QWidget& window);
     /// Whether the widget is a popover or a part of one.
-    static bool holds(const QWidget* widget);
+    static bool holds(const QWidget* widget) { return panelOf(widget) != nullptr; }
+
+Q_SIGNALS:
+    /// What was opened from it closes with it.
+    void closing();
 
 protected:
     void keyPressEvent(QKeyEvent* event) override;
@@ -54,6 +58,8 @@ protected:
 
 private:
     void open();
+    /// The popover that the widget is, or is a part of; null for none.
+    static const Popover* panelOf(const QWidget* widget);
     /// Whether a press there is one into this panel, or into one that was opened from it.
     bool owns(const QWidget* pressed) const;
 

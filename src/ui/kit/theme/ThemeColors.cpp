@@ -29,9 +29,13 @@ void derive(ThemeColors& colors, const QColor& accent, const QColor& danger, con
     colors.selection = blended(accent, colors.content, tints.selection);
     colors.hover = blended(colors.text, colors.content, tints.hover);
     colors.pressed = blended(colors.text, colors.content, tints.pressed);
-    colors.border = readable(blended(colors.text, colors.content, 0.30), colors.sidebar, forMarks);
-    colors.scrollHandle =
-        readable(blended(colors.text, colors.content, 0.40), colors.sidebar, forMarks);
+    // Of the grounds, one of these two is the nearest to such a line, in the light and in the dark.
+    const auto line = [&](double strength) {
+        const auto color = blended(colors.text, colors.content, strength);
+        return readable(readable(color, colors.sidebar, forMarks), colors.raised, forMarks);
+    };
+    colors.border = line(0.30);
+    colors.scrollHandle = line(0.40);
     if (colors.isHighContrast) {
         colors.hairline = colors.border;
     }
