@@ -338,6 +338,7 @@ TEST_F(TextEditingTest, TheTextStandsInTheEditorAsInTheRow) {
     const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
     text.append(u"one\ntwo\n", {}, {.lists = {list}});
     text.append(RichTextTable::make(2, 2));
+    page.list().viewport()->setStyle(&still); // rows are there at once
     add({"above", "and above", "once more"});
     auto& entry = own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
     page.refresh();
