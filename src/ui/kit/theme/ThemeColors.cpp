@@ -125,11 +125,12 @@ QColor readable(QColor color, const QColor& ground, double ratio) {
 }
 
 QColor blended(const QColor& color, const QColor& ground, double part) {
-    const auto mix = [part](double one, double other) {
-        return static_cast<float>(one * part + other * (1 - part));
+    const auto mix = [part](int one, int other) {
+        return static_cast<int>(std::lround(one * part + other * (1 - part)));
     };
-    return QColor::fromRgbF(mix(color.redF(), ground.redF()), mix(color.greenF(), ground.greenF()),
-                            mix(color.blueF(), ground.blueF()));
+    // As screens show it: what is to be readable is reckoned with the colour that will be seen.
+    return {mix(color.red(), ground.red()), mix(color.green(), ground.green()),
+            mix(color.blue(), ground.blue())};
 }
 
 QColor messageGround(const ThemeColors& colors, const QColor& color) {
