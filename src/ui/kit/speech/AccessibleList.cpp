@@ -22,7 +22,7 @@ public:
 
     bool isValid() const override { return m_view && m_index.isValid(); }
     QObject* object() const override { return nullptr; }
-    QWindow* window() const override { return m_view->window()->windowHandle(); }
+    QWindow* window() const override { return m_view ? m_view->window()->windowHandle() : nullptr; }
     QAccessibleInterface* parent() const override {
         return QAccessible::queryAccessibleInterface(m_view);
     }
@@ -53,10 +53,16 @@ public:
     }
     void setText(QAccessible::Text, const QString&) override {}
     QRect rect() const override {
+        if (!isValid()) {
+            return {};
+        }
         const auto place = m_view->visualRect(m_index);
         return {m_view->viewport()->mapToGlobal(place.topLeft()), place.size()};
     }
-    QAccessible::Role role() const override { return m_speech.roleOf(row()); }
+    /// Who reads the screen may ask for a row that has just gone, or whose list has.
+    QAccessible::Role role() const override {
+        return isValid() ? m_speech.roleOf(row()) : QAccessible::ListItem;
+    }
     QAccessible::State state() const override {
         QAccessible::State state;
         if (!isValid()) {
