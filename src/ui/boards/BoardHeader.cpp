@@ -191,12 +191,12 @@ bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
     return QWidget::eventFilter(watched, event);
 }
 
-/// Beside the name the count stands on the base line of its first line.
+/// Beside the name the count stands in the middle of its first line, as the menu does.
 void BoardHeader::alignCount() {
     const QFontMetrics name(m_name->font());
     const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
-    const auto above =
-        m_name->contentsMargins().top() + name.ascent() - QFontMetrics(m_count->font()).ascent();
+    const auto above = m_name->contentsMargins().top() +
+                       (name.height() - QFontMetrics(m_count->font()).height()) / 2;
     m_count->setContentsMargins(0, isBeside ? above : 0, 0, 0);
 }
 

@@ -103,6 +103,9 @@ TEST_F(AccessibilityTest, RowsTellTheirStateAndWhatCanBeDoneWithThem) {
     perform(*board, "Open");
     EXPECT_EQ(page().board(), work);
     EXPECT_TRUE(board->state().selected);
+    EXPECT_FALSE(row->isValid());
+    EXPECT_EQ(row->role(), QAccessible::ListItem) << "and not what stands before the first row";
+    EXPECT_TRUE(row->rect().isEmpty());
     auto* const completed = found.find(QAccessible::ListItem, QStringLiteral("Completed"));
     ASSERT_NE(completed, nullptr);
     EXPECT_FALSE(completed->state().checkable) << "it is no box to tick";

@@ -1,8 +1,8 @@
 #include "ui/kit/pages/PageHeader.h"
 
+#include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/theme/Direction.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 
 #include <algorithm>
@@ -10,15 +10,15 @@
 namespace korvex::ui {
 
 PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent)
-    : QWidget(parent), m_theme(theme), m_title(new QLabel(title, this)), m_note(new QLabel(this)) {
-    // They wrap, so that a large font does not keep the window wide.
-    m_title->setWordWrap(true);
-    m_note->setWordWrap(true);
+    : QWidget(parent),
+      m_theme(theme),
+      m_title(new QLabel(title, this)),
+      m_note(new QLabel(this)),
+      m_words(new WordsAndButton(*m_title, *m_note)) {
+    m_title->setWordWrap(true); // so that a large font does not keep the window wide
     m_title->setAlignment(lineStart());
     m_note->setAlignment((lineEnd() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
-    auto* const row = new QHBoxLayout(this);
-    row->addWidget(m_title, 1);
-    row->addWidget(m_note);
+    setLayout(m_words);
     connect(&theme, &Theme::changed, this, &PageHeader::applyTheme);
     applyTheme();
 }
@@ -29,6 +29,20 @@ QString PageHeader::title() const {
 
 void PageHeader::setNote(const QString& note) {
     m_note->setText(note);
+}
+
+void PageHeader::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    alignNote();
+}
+
+/// Beside the title the note stands in the middle of its first line.
+void PageHeader::alignNote() {
+    const QFontMetrics title(m_title->font());
+    const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
+    const auto above = m_title->contentsMargins().top() +
+                       (title.height() - QFontMetrics(m_note->font()).height()) / 2;
+    m_note->setContentsMargins(0, isBeside ? above : 0, 0, 0);
 }
 
 void PageHeader::applyTheme() {
@@ -42,9 +56,8 @@ void PageHeader::applyTheme() {
     const QFontMetrics title(m_theme.titleFont());
     const auto above = std::max(0, m_theme.extent(Extent::control) - title.height()) / 2;
     m_title->setContentsMargins(0, above, 0, above);
-    // Beside a title of several lines the note stands on the baseline of the first.
-    const auto ascent = QFontMetrics(m_theme.font()).ascent();
-    m_note->setContentsMargins(0, above + title.ascent() - ascent, 0, 0);
+    m_words->setNarrowest(title.horizontalAdvance(m_title->text()));
+    alignNote();
     auto quiet = m_note->palette();
     quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
     m_note->setPalette(quiet);

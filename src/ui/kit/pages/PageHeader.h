@@ -8,7 +8,10 @@ class QLabel;
 
 namespace korvex::ui {
 
-/// The top of a page: its title, and beside it something short that is said quietly.
+class WordsAndButton;
+
+/// The top of a page: its title, and beside it something short that is said quietly; below it where
+/// the title would not be whole.
 class PageHeader final : public QWidget {
     Q_OBJECT
 
@@ -19,12 +22,17 @@ public:
     /// May be empty.
     void setNote(const QString& note);
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void applyTheme();
+    void alignNote();
 
     const Theme& m_theme;
     QLabel* m_title;
     QLabel* m_note;
+    WordsAndButton* m_words;
 };
 
 } // namespace korvex::ui
