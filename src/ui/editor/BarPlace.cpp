@@ -8,7 +8,9 @@
 namespace korvex::ui {
 
 QRect placeOfBar(const QSize& wanted, const BarSurroundings& around) {
-    const auto& [sight, row, caret, distance] = around;
+    const auto& sight = around.sight;
+    const auto& row = around.row;
+    const auto distance = around.distance;
     const auto room = sight.adjusted(distance, distance, -distance, -distance);
     const auto height = wanted.height();
     const auto width = std::min({wanted.width(), row.width(), room.width()});
@@ -17,7 +19,7 @@ QRect placeOfBar(const QSize& wanted, const BarSurroundings& around) {
     const auto fits = [&](int top) {
         const auto bar = place.translated(0, top);
         return top >= room.top() && bar.bottom() <= room.bottom() &&
-               (bar.bottom() < caret.top() || top > caret.bottom());
+               (bar.bottom() < around.caret.top() || top > around.caret.bottom());
     };
     const auto over = row.top() - distance - height;
     const auto under = row.bottom() + 1 + distance;
