@@ -6,6 +6,7 @@
 // memory that it took, and the longest slice of the preparation that spares it ("slice").
 
 #include "support/BenchStore.h"
+#include "support/Frames.h"
 #include "support/MixedTexts.h"
 #include "support/Scratch.h"
 #include "support/Stopwatch.h"
@@ -22,6 +23,7 @@
 namespace {
 
 using namespace korvex;
+using bench::add;
 
 constexpr std::size_t kEntries = 100'000;
 constexpr std::size_t kBoards = 20;
@@ -196,14 +198,6 @@ void longestSlice(benchmark::State& state) {
         state.SetIterationTime(longest);
         state.counters["all_ms"] = all * 1e3;
     }
-}
-
-template <typename Function>
-void add(const char* name, Function function) {
-    benchmark::RegisterBenchmark(name, function)
-        ->UseManualTime()
-        ->Iterations(1)
-        ->Unit(benchmark::kMillisecond);
 }
 
 const bool kAreAdded = [] {

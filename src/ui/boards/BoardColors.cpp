@@ -34,11 +34,11 @@ constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
 constexpr double kIconContrast = 3;
 constexpr double kHighIconContrast = 4.5;
 
+} // namespace
+
 std::optional<model::BoardIconColor> ownColorOf(const model::Board& board) {
     return board.iconColor() ? model::boardIconColor(*board.iconColor()) : std::nullopt;
 }
-
-} // namespace
 
 QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& theme) {
     if (!color) {

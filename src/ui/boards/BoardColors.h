@@ -13,6 +13,8 @@ namespace korvex::ui {
 
 /// What a board's colour looks like; the accent for none.
 QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& theme);
+/// The one that was chosen for a board; none where the accent is to be used.
+std::optional<model::BoardIconColor> ownColorOf(const model::Board& board);
 /// The colour of a board's icon.
 QColor iconColorOf(const model::Board& board, const ThemeColors& theme);
 /// What a new board beside these is offered: the first colour that none of them has, or else the

@@ -2,6 +2,7 @@
 
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
+#include "ui/boards/NamedRow.h"
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
@@ -69,13 +70,16 @@ void BoardHeader::show(const model::Board& board, int openTodoCount) {
         closeField();
     }
     m_board = &board;
-    m_iconName = boardIconName(board.iconSystemName());
-    m_iconColor = iconColorOf(board, m_theme.colors());
-    m_icon->setIcon(IconSet::icon(m_iconName, m_iconColor));
+    m_icon->setIcon(
+        IconSet::icon(boardIconName(board.iconSystemName()), iconColorOf(board, m_theme.colors())));
     const auto name = toQString(board.name());
+    if (m_field && !m_field->isModified()) {
+        m_field->setText(name); // what nobody has touched follows the record
+        m_field->selectAll();
+    }
     m_name->setText(breakable(name));
     m_name->setAccessibleName(name);
-    m_name->setCursor(m_isChangeable && !board.isArchived() ? Qt::IBeamCursor : Qt::ArrowCursor);
+    m_name->setCursor(canRename() ? Qt::IBeamCursor : Qt::ArrowCursor);
     m_count->setText(openTodoCount == 0 ? QString() : tr("%L1 open").arg(openTodoCount));
     m_count->setVisible(openTodoCount > 0);
 }
@@ -100,12 +104,19 @@ void BoardHeader::contextMenuEvent(QContextMenuEvent* event) {
 }
 
 void BoardHeader::rename(model::Board& board, const QString& typed) {
-    if (m_board == &board && m_isChangeable && !board.isArchived()) {
-        openField(typed.isEmpty() ? toQString(board.name()) : typed);
+    if (m_board == &board) {
+        startRenaming(typed);
     }
 }
 
-void BoardHeader::openField(const QString& text) {
+bool BoardHeader::canRename() const {
+    return m_isChangeable && m_board && !m_board->isArchived();
+}
+
+void BoardHeader::startRenaming(const QString& typed) {
+    if (!canRename()) {
+        return;
+    }
     if (!m_field) {
         m_field = new QLineEdit(this);
         m_field->setAccessibleName(tr("Name of the board"));
@@ -114,7 +125,8 @@ void BoardHeader::openField(const QString& text) {
         setTabOrder(m_icon, m_field);
     }
     m_field->setFont(m_name->font());
-    m_field->setText(text);
+    m_field->setText(typed.isEmpty() ? toQString(m_board->name()) : typed);
+    m_field->setModified(!typed.isEmpty());
     m_field->selectAll();
     placeField();
     m_name->hide(); // which keeps its room, so that nothing moves
@@ -138,15 +150,14 @@ void BoardHeader::endRenaming() {
         return;
     }
     const auto typed = closeField();
-    if (m_board && typed != toQString(m_board->name())) {
+    if (m_board && m_field->isModified() && typed != toQString(m_board->name())) {
         Q_EMIT renamed(typed);
     }
 }
 
 /// In the first line of the name.
 void BoardHeader::placeField() {
-    // What a field keeps free before its letters: they stay where they are drawn.
-    const auto around = m_theme.space(Space::small) + m_theme.space(Space::hair);
+    const auto around = NamedRow::fieldMargin(m_theme);
     const auto name = m_name->geometry();
     const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
     const auto left = QGuiApplication::isRightToLeft() ? name.left() : name.left() - around;
@@ -159,7 +170,7 @@ void BoardHeader::resizeEvent(QResizeEvent* event) {
     if (m_isNarrow != (width() < m_theme.scaled(kNarrow))) {
         applyTheme();
     }
-    alignCount();
+    alignNote(*m_count, *m_name, *m_words);
     if (m_field && !m_field->isHidden()) {
         m_line->activate();
         placeField();
@@ -167,8 +178,8 @@ void BoardHeader::resizeEvent(QResizeEvent* event) {
 }
 
 void BoardHeader::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_F2 && m_isChangeable && m_board && !m_board->isArchived()) {
-        openField(toQString(m_board->name()));
+    if (event->key() == Qt::Key_F2 && canRename()) {
+        startRenaming();
     } else {
         QWidget::keyPressEvent(event);
     }
@@ -176,9 +187,9 @@ void BoardHeader::keyPressEvent(QKeyEvent* event) {
 
 bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
-    if (watched == m_name && type == QEvent::MouseButtonPress && m_board && m_isChangeable &&
-        !m_board->isArchived() && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-        openField(toQString(m_board->name()));
+    if (watched == m_name && type == QEvent::MouseButtonPress && canRename() &&
+        static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
+        startRenaming();
         return true;
     }
     if (watched == m_field && type == QEvent::KeyPress) {
@@ -189,15 +200,6 @@ bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
         endRenaming();
     }
     return QWidget::eventFilter(watched, event);
-}
-
-/// Beside the name the count stands in the middle of its first line, as the menu does.
-void BoardHeader::alignCount() {
-    const QFontMetrics name(m_name->font());
-    const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
-    const auto above = m_name->contentsMargins().top() +
-                       (name.height() - QFontMetrics(m_count->font()).height()) / 2;
-    m_count->setContentsMargins(0, isBeside ? above : 0, 0, 0);
 }
 
 bool BoardHeader::takeKey(int key) {
@@ -242,7 +244,7 @@ void BoardHeader::applyTheme() {
     auto quiet = m_count->palette();
     quiet.setColor(QPalette::WindowText, colors.secondaryText);
     m_count->setPalette(quiet);
-    alignCount();
+    alignNote(*m_count, *m_name, *m_words);
 }
 
 } // namespace korvex::ui

@@ -48,12 +48,14 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    void openField(const QString& text);
+    bool canRename() const;
+    /// Opens the field with the board's name, or with one that was refused. Does nothing where the
+    /// name cannot be changed.
+    void startRenaming(const QString& typed = {});
     /// Returns what was typed.
     QString closeField();
     bool takeKey(int key);
     void placeField();
-    void alignCount();
     QRect anchorOf(const QWidget& control) const;
     void applyTheme();
 
@@ -67,8 +69,6 @@ private:
     /// Null until the first name is typed.
     QLineEdit* m_field = nullptr;
     const model::Board* m_board = nullptr;
-    QString m_iconName;
-    QColor m_iconColor;
     bool m_isChangeable = true;
     bool m_isNarrow = false;
 };

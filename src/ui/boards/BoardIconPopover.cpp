@@ -103,8 +103,7 @@ void BoardIconPopover::chooseColor(std::optional<model::BoardIconColor> color) {
 
 void BoardIconPopover::showChoice() {
     const auto icon = model::boardIcon(m_board.iconSystemName()).value_or(model::BoardIcon::board);
-    const auto color =
-        m_board.iconColor() ? model::boardIconColor(*m_board.iconColor()) : std::nullopt;
+    const auto color = ownColorOf(m_board);
     const auto drawing = iconColorOf(m_board, theme().colors());
     for (std::size_t i = 0; i < m_icons->buttons().size(); ++i) {
         static_cast<BoardLookButton*>(m_icons->buttons()[i])

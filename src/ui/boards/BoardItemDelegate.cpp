@@ -66,10 +66,8 @@ void BoardItemDelegate::updateEditorGeometry(QWidget* editor, const QStyleOption
                                              const QModelIndex&) const {
     const auto box = boxOf(option.rect);
     const auto around = m_theme.space(Space::hair);
-    // What a field keeps free before its letters: they stay where they are drawn.
-    const auto before = m_theme.space(Space::small) + m_theme.space(Space::hair);
     auto place = box.adjusted(0, around, -around, -around);
-    place.setLeft(NamedRow::nameRect(box, m_theme).left() - before);
+    place.setLeft(NamedRow::nameRect(box, m_theme).left() - NamedRow::fieldMargin(m_theme));
     editor->setGeometry(mirrored(place, option.rect));
 }
 

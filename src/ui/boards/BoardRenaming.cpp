@@ -13,7 +13,8 @@ BoardRenaming::BoardRenaming(services::BoardService& boards, const base::Clock& 
 
 std::optional<QString> BoardRenaming::store(model::Board& board, const QString& name) {
     auto refused = refusal([&] { m_boards.renameBoard(board, toUtf8(name), m_clock.now()); });
-    if (refused) {
+    // Of a board that another program deleted meanwhile there is nothing left to correct.
+    if (refused && m_boards.board(board.id())) {
         // Soon: the field that it was typed in is being closed.
         m_isNameComingBack = true;
         QTimer::singleShot(0, this, [this, id = board.id(), name] {

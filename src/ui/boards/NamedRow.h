@@ -24,9 +24,14 @@ struct NamedRow {
     static QRect box(const QRect& row, int margin, const Theme& theme);
     /// Where the name may stand, as if lines began at the left.
     static QRect nameRect(const QRect& box, const Theme& theme);
+    /// What a field for the name keeps free before its letters: with it they stay where they are
+    /// drawn.
+    static int fieldMargin(const Theme& theme) {
+        return theme.space(Space::small) + theme.space(Space::hair);
+    }
 
-    /// What has no room is cut at the end of the name; where
-    /// the note would leave next to nothing of the name, the note goes.
+    /// What has no room is cut at the end of the name; where the note would leave next to nothing
+    /// of the name, the note goes.
     void paint(QPainter& painter, const QRect& box, QStyle::State state, const Theme& theme) const;
 };
 

@@ -141,7 +141,7 @@ QString TodoListModel::completionText(int row) const {
 
 QString TodoListModel::accessibleDescription(int row) const {
     if (isHeading(row)) {
-        return tr("%n todo(s)", nullptr, static_cast<int>(heading(row).count));
+        return tr("%Ln todo(s)", nullptr, static_cast<int>(heading(row).count));
     }
     const auto& todo = *entry(row);
     QStringList parts{todo.isCompleted() ? tr("Completed") : tr("Open")};

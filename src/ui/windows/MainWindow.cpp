@@ -81,8 +81,11 @@ void MainWindow::layOut() {
     auto* const lines = new QVBoxLayout(shown);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(0);
-    // Nothing stands above it.
-    m_storeNotice->setContentsMargins(0, m_theme.space(Space::medium), 0, 0);
+    const auto leaveRoom = [this] { // nothing stands above it
+        m_storeNotice->setContentsMargins(0, m_theme.space(Space::medium), 0, 0);
+    };
+    connect(&m_theme, &Theme::changed, m_storeNotice, leaveRoom);
+    leaveRoom();
     lines->addWidget(m_storeNotice);
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);

@@ -110,7 +110,7 @@ void Sidebar::layOut() {
     m_column->addStretch();
     m_column->addWidget(listOf(tr("More pages"), {m_archived}, this));
     m_archived->hide();
-    new Overlay(*m_banner, *this, Overlay::Place::foot, m_theme.space(Space::medium));
+    new Overlay(*m_banner, *this, Overlay::Place::foot, m_theme, Space::medium);
 }
 
 void Sidebar::connectRows() {

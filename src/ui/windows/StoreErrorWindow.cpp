@@ -21,8 +21,7 @@ constexpr int kIconSize = 48;
 } // namespace
 
 StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
-                                   const Theme& theme)
-    : m_theme(theme) {
+                                   const Theme& theme) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
     const auto folder = QString::fromStdString(storeFile.parent_path().string());

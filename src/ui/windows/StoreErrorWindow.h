@@ -24,8 +24,6 @@ Q_SIGNALS:
 
 private:
     QLabel* addWords(const QString& words, const QFont& font, const QColor& color);
-
-    const Theme& m_theme;
 };
 
 } // namespace korvex::ui

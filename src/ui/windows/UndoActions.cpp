@@ -19,13 +19,11 @@ QString withName(const QString& action, const std::string& name) {
     return name.empty() ? action : action + QLatin1Char(' ') + translated(name);
 }
 
-/// The open entry of the board that the first of these stands behind, if there is one.
-const model::Entry* entryAbove(const model::Board& board, const std::vector<base::Uuid>& entries) {
+/// The open entry of the board that this one stands behind, if there is one.
+const model::Entry* entryAbove(const model::Board& board, const model::Entry& entry) {
     const auto open = services::activeEntries(board);
-    const auto first = std::find_if(open.begin(), open.end(), [&](const model::Entry* each) {
-        return std::find(entries.begin(), entries.end(), each->id()) != entries.end();
-    });
-    return first == open.begin() || first == open.end() ? nullptr : *(first - 1);
+    const auto place = std::find(open.begin(), open.end(), &entry);
+    return place == open.begin() || place == open.end() ? nullptr : *(place - 1);
 }
 
 } // namespace
@@ -94,7 +92,7 @@ void UndoActions::run(const services::UndoManager::About& about, Way way,
     // Whoever created something and takes it back was at what it stands behind.
     const auto isInSight = before.board && m_navigation.isShown(*before.board);
     const auto* const above =
-        isInSight && way == Way::back ? entryAbove(*before.board, entries) : nullptr;
+        isInSight && way == Way::back ? entryAbove(*before.board, *before.entry) : nullptr;
     if (!m_navigation.page().perform(step)) {
         m_navigation.page().takeKeyboard();
         return;
@@ -112,9 +110,9 @@ void UndoActions::run(const services::UndoManager::About& about, Way way,
     if (const auto left = static_cast<int>(m_manager.leftOut()); left > 0) {
         const auto partly =
             way == Way::back
-                ? tr("“%1” was undone, except for %n (entry|entries) deleted meanwhile.", nullptr,
+                ? tr("“%1” was undone, except for %Ln (entry|entries) deleted meanwhile.", nullptr,
                      left)
-                : tr("“%1” was done again, except for %n (entry|entries) deleted meanwhile.",
+                : tr("“%1” was done again, except for %Ln (entry|entries) deleted meanwhile.",
                      nullptr, left);
         m_navigation.page().tell(partly.arg(name));
     }

@@ -48,7 +48,11 @@ protected:
             EXPECT_THAT(measured.faint(), IsEmpty()) << scene.name;
             EXPECT_GT(measured.texts(), 8) << scene.name;
             EXPECT_GT(measured.marks(), 5) << scene.name;
-            if (auto* const menu = QApplication::activePopupWidget()) {
+            auto* const menu = QApplication::activePopupWidget();
+            EXPECT_EQ(menu != nullptr,
+                      scene.name.starts_with("menu-") || scene.name == "completed-choice")
+                << scene.name;
+            if (menu) {
                 const PictureContrast ofMenu(*menu, limits);
                 EXPECT_THAT(ofMenu.faint(), IsEmpty()) << scene.name;
                 EXPECT_GT(ofMenu.texts(), 3) << scene.name;

@@ -1,9 +1,10 @@
 // ui_pictures FOLDER [--scale N] [--only SCENE]…: pictures of every scene in every variant of that
-// scale
-//     (1 or 2), as FOLDER/VARIANT/SCENE.png.
-// ui_pictures FOLDER --sheets: of those, one picture a scene with all its variants, in
-// FOLDER/sheets. ui_pictures FOLDER --readme: the pictures of the README, and its note as
-// FOLDER/note.rtf.
+// scale (1 or 2), as FOLDER/VARIANT/SCENE.png.
+//
+// ui_pictures FOLDER --sheets: of those, a picture for each scene with all its variants, in
+// FOLDER/sheets.
+//
+// ui_pictures FOLDER --readme: the pictures of the README, and its note as FOLDER/note.rtf.
 //
 // `tools/take-screenshots` runs all of it.
 
@@ -20,6 +21,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstdio>
 #include <map>
 #include <string_view>
@@ -68,12 +70,16 @@ constexpr int kColumns = 3;
 constexpr int kLabel = 24;
 constexpr int kGap = 12;
 
+/// Set by whoever cannot write a picture.
+std::atomic<bool> hasFailed = false;
+
 void save(const QImage& picture, const QString& file) {
     QDir().mkpath(QFileInfo(file).path());
     QThreadPool::globalInstance()->start([picture, file] {
         constexpr int kQuickly = 80;
         if (!picture.save(file, "PNG", kQuickly)) {
             std::fprintf(stderr, "%s cannot be written\n", qPrintable(file));
+            hasFailed = true;
         }
     });
 }
@@ -166,10 +172,7 @@ void takeForReadme(const QDir& folder) {
           Shot{"note", "text-edited", Appearance::light, {900, 760}}}) {
         PicturedWindow window(
             {.name = shot.file, .appearance = shot.appearance, .size = shot.size});
-        const auto& scenes = window.scenes().all();
-        const auto scene = std::find_if(scenes.begin(), scenes.end(),
-                                        [&](const auto& each) { return each.name == shot.scene; });
-        window.scenes().open(*scene);
+        window.scenes().open(shot.scene);
         save(window.picture(), folder.filePath(QString::fromLatin1(shot.file) + ".png"));
         if (std::string_view(shot.file) == "note") {
             window.writeNote(folder.filePath(QStringLiteral("note.rtf")));
@@ -216,5 +219,5 @@ int main(int argc, char* argv[]) {
         takeAll(folder, parser.value(scale).toInt(), parser.values(only));
     }
     QThreadPool::globalInstance()->waitForDone();
-    return 0;
+    return hasFailed ? 1 : 0;
 }

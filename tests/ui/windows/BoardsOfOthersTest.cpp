@@ -1,5 +1,9 @@
 #include "ui/windows/NavigationFixture.h"
 
+#include "ui/boards/BoardHeader.h"
+
+#include <QLineEdit>
+
 #include <gmock/gmock.h>
 
 namespace korvex::ui {
@@ -153,6 +157,37 @@ TEST_F(BoardsOfOthersTest, WhatIsTypedOnABoardThatAnotherArchivesStaysInOnePiece
         EXPECT_EQ(page().banner().message(), QStringLiteral("Another program archived “Garden”."));
         window.reset();
     }
+}
+
+TEST_F(BoardsOfOthersTest, ANameThatIsTypedOverThePageOutlivesWhatOthersDo) {
+    open();
+    navigation().openBoard(*work);
+    const auto name = [this] { return window->findChild<BoardHeader*>()->findChild<QLineEdit*>(); };
+    const auto theyRename = [this](const char* to) {
+        elsewhere([&](tests::StoreClient& client) {
+            client.boards.renameBoard(*client.boards.board(work->id()), to, kNow);
+        });
+        QApplication::processEvents();
+    };
+    page().header().rename(*work);
+    theyRename("Desk");
+    EXPECT_EQ(name()->selectedText(), QStringLiteral("Desk")) << "nobody has touched it";
+    list().setFocus();
+    EXPECT_EQ(work->name(), "Desk") << "nor typed the old one";
+    page().header().rename(*work);
+    QTest::keyClicks(name(), QStringLiteral("Offi"));
+    theyRename("Lab");
+    QTest::keyClicks(name(), QStringLiteral("ce"));
+    key(Qt::Key_Return);
+    EXPECT_EQ(work->name(), "Office");
+
+    page().header().rename(*work);
+    type("Shop");
+    elsewhere([this](tests::StoreClient& client) {
+        client.boards.deleteBoard(*client.boards.board(work->id()));
+    });
+    QApplication::processEvents();
+    EXPECT_EQ(page().board(), inbox) << "there is no board for the name";
 }
 
 TEST_F(BoardsOfOthersTest, ABoardThatAnotherTakesAwayIsTold) {

@@ -20,13 +20,11 @@
 #include "ui/windows/Sidebar.h"
 
 #include <QAction>
-#include <QComboBox>
 #include <QDropEvent>
 #include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScrollBar>
-#include <QToolButton>
 
 #include <memory>
 #include <stdexcept>

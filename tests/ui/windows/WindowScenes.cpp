@@ -1,8 +1,6 @@
 #include "ui/windows/WindowScenes.h"
 
 #include "services/EntryOrder.h"
-#include "ui/boards/SidebarRow.h"
-#include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/RowRefusal.h"
 #include "ui/kit/controls/SearchField.h"
@@ -18,10 +16,24 @@
 #include <QTest>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace korvex::tests {
 
 using namespace ui;
+
+namespace {
+
+/// A scene that does not find what it is of would be a picture of something else.
+template <typename Thing>
+Thing& found(Thing* thing, const char* name) {
+    if (!thing) {
+        throw std::logic_error(name);
+    }
+    return *thing;
+}
+
+} // namespace
 
 WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
     : m_window(window), m_workspace(workspace), m_inbox(workspace.boards.inboxBoard()) {
@@ -99,10 +111,13 @@ void WindowScenes::addEditingScenes() {
             "text-selected", [this] { choose(*m_text); }, "List: Entries");
         add(
             "text-edited", [this] { edit(*m_text); }, "ToolBar: Format");
-        add("text-table", [this] {
-            edit(*m_text);
-            key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
-        });
+        add(
+            "text-table",
+            [this] {
+                edit(*m_text);
+                key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
+            },
+            "Dialog: Insert table");
         add(
             "text-link",
             [this] {
@@ -130,7 +145,7 @@ void WindowScenes::addPanelScenes() {
                 focus("Due day");
                 key(Qt::Key_Down, Qt::AltModifier);
             },
-            "Dialog: Schedule");
+            "Button: Next month");
     }
     add(
         "icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
@@ -214,6 +229,12 @@ void WindowScenes::addPageScenes() {
         "List: Boards");
 }
 
+void WindowScenes::open(const std::string& name) {
+    const auto scene = std::find_if(m_scenes.begin(), m_scenes.end(),
+                                    [&](const Scene& each) { return each.name == name; });
+    open(found(scene == m_scenes.end() ? nullptr : &*scene, name.c_str()));
+}
+
 void WindowScenes::open(const Scene& scene) {
     m_window.activateWindow(); // after a menu
     static_cast<void>(QTest::qWaitForWindowActive(&m_window));
@@ -232,7 +253,9 @@ void WindowScenes::close() {
     for (auto* const popover : m_window.findChildren<Popover*>()) {
         popover->closeNow();
     }
-    press("Reset the filter");
+    if (auto* const reset = widget<QAbstractButton>("Reset the filter")) {
+        reset->click();
+    }
     QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     for (auto* const refusal : page().findChildren<RowRefusal*>()) {
         if (!refusal->isHidden()) {
@@ -273,35 +296,31 @@ void WindowScenes::type(const char* text) {
     }
 }
 
+template <typename Kind>
+Kind* WindowScenes::widget(const char* name) const {
+    const auto all = m_window.findChildren<Kind*>();
+    const auto found = std::find_if(all.begin(), all.end(), [&](const Kind* each) {
+        return each->isVisible() && each->accessibleName() == QString::fromUtf8(name);
+    });
+    return found == all.end() ? nullptr : *found;
+}
+
 void WindowScenes::press(const char* button) {
-    for (auto* const each : m_window.findChildren<QAbstractButton*>()) {
-        if (each->accessibleName() == QString::fromUtf8(button)) {
-            each->click();
-        }
-    }
+    found(widget<QAbstractButton>(button), button).click();
 }
 
 void WindowScenes::focus(const char* field) {
-    for (auto* const each : m_window.findChildren<QWidget*>()) {
-        if (each->accessibleName() == QString::fromUtf8(field)) {
-            each->setFocus();
-        }
-    }
+    found(widget<QWidget>(field), field).setFocus();
 }
 
 void WindowScenes::chooseInMenu(const char* text) {
-    auto* const menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-    if (!menu) {
-        return;
-    }
-    const auto actions = menu->actions();
-    const auto found = std::find_if(actions.begin(), actions.end(), [&](const QAction* action) {
-        return action->text() == QString::fromUtf8(text);
+    auto& menu = found(qobject_cast<QMenu*>(QApplication::activePopupWidget()), text);
+    const auto actions = menu.actions();
+    const auto action = std::find_if(actions.begin(), actions.end(), [&](const QAction* each) {
+        return each->text() == QString::fromUtf8(text);
     });
-    if (found != actions.end()) {
-        (*found)->trigger();
-    }
-    menu->close();
+    found(action == actions.end() ? nullptr : *action, text).trigger();
+    menu.close();
 }
 
 } // namespace korvex::tests

@@ -8,8 +8,6 @@
 #include <string>
 #include <vector>
 
-class QWidget;
-
 namespace korvex::ui {
 class BoardPage;
 class MainWindow;
@@ -36,8 +34,9 @@ public:
     WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace);
 
     const std::vector<Scene>& all() const { return m_scenes; }
-    /// Leads there from wherever the window is.
+    /// Leads there from wherever the window is. Throws where the way is not found.
     void open(const Scene& scene);
+    void open(const std::string& name);
     /// Gives up what the scene has opened.
     void close();
     /// Opens the editor of an entry of the Inbox.
@@ -57,6 +56,9 @@ private:
     /// Gives the keyboard to this entry's row.
     void choose(const model::Entry& entry);
     void type(const char* text);
+    /// The one in sight of this accessible name; null for none.
+    template <typename Kind>
+    Kind* widget(const char* name) const;
     void press(const char* button);
     void focus(const char* field);
     /// Chooses an entry of the menu that is open.

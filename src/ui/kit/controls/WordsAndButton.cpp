@@ -1,6 +1,7 @@
 #include "ui/kit/controls/WordsAndButton.h"
 
-#include <QWidget>
+#include <QFontMetrics>
+#include <QLabel>
 
 #include <algorithm>
 
@@ -39,6 +40,14 @@ void WordsAndButton::setGeometry(const QRect& rect) {
     setDirection(isBeside(rect.width() - margins.left() - margins.right()) ? LeftToRight
                                                                            : TopToBottom);
     QBoxLayout::setGeometry(rect);
+}
+
+void alignNote(QLabel& note, const QLabel& words, const WordsAndButton& layout) {
+    const auto isBeside = layout.direction() != QBoxLayout::TopToBottom;
+    const auto above =
+        words.contentsMargins().top() +
+        (QFontMetrics(words.font()).height() - QFontMetrics(note.font()).height()) / 2;
+    note.setContentsMargins(0, isBeside ? above : 0, 0, 0);
 }
 
 } // namespace korvex::ui

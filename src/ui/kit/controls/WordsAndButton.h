@@ -2,6 +2,8 @@
 
 #include <QBoxLayout>
 
+class QLabel;
+
 namespace korvex::ui {
 
 /// Words that wrap, and a button beside them; where that would leave the words too narrow a column,
@@ -26,5 +28,9 @@ private:
 
     int m_narrowest = 0;
 };
+
+/// Puts a short note, which stands beside words in place of a button, into the middle of their
+/// first line; below them it keeps its place. To be called when fonts or the width have changed.
+void alignNote(QLabel& note, const QLabel& words, const WordsAndButton& layout);
 
 } // namespace korvex::ui

@@ -7,13 +7,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// More than a screen of rows is not followed by the eye, and each of them would be asked for.
-constexpr int kMostRows = 50;
-
-} // namespace
-
 ArrivingRows::ArrivingRows(QAbstractScrollArea& view) : m_view(view) {
     m_animation.setStartValue(0.0);
     m_animation.setEndValue(1.0);
@@ -27,7 +20,7 @@ void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
         m_view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view);
     m_animation.stop();
     m_rows.clear();
-    if (duration <= 0 || last.row() - first.row() >= kMostRows) {
+    if (duration <= 0) {
         return;
     }
     for (int row = first.row(); row <= last.row(); ++row) {

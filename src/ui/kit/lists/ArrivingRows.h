@@ -16,7 +16,8 @@ class ArrivingRows final {
 public:
     explicit ArrivingRows(QAbstractScrollArea& view);
 
-    /// Those from `first` to `last`. What was still appearing is there now.
+    /// Those from `first` to `last`, of which a screen has room for. What was still appearing is
+    /// there now.
     void add(const QModelIndex& first, const QModelIndex& last);
     /// How much of a row is seen, of 0 to 1.
     double opacityOf(const QModelIndex& index) const;

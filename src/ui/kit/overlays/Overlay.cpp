@@ -6,14 +6,21 @@
 
 namespace korvex::ui {
 
-Overlay::Overlay(QWidget& over, QWidget& ground, Place place, int margin)
-    : QObject(&over), m_over(over), m_ground(ground), m_place(place), m_margin(margin) {
+Overlay::Overlay(QWidget& over, QWidget& ground, Place place, const Theme& theme,
+                 std::optional<Space> margin)
+    : QObject(&over),
+      m_over(over),
+      m_ground(ground),
+      m_place(place),
+      m_theme(theme),
+      m_margin(margin) {
     if (m_over.parentWidget() != &m_ground) {
         m_over.setParent(m_ground.parentWidget());
     }
     m_over.raise();
     m_over.installEventFilter(this);
     m_ground.installEventFilter(this);
+    connect(&theme, &Theme::changed, this, &Overlay::arrange);
 }
 
 bool Overlay::eventFilter(QObject* watched, QEvent* event) {
@@ -29,7 +36,8 @@ bool Overlay::eventFilter(QObject* watched, QEvent* event) {
 
 QRect Overlay::room() const {
     const auto ground = m_over.parentWidget() == &m_ground ? m_ground.rect() : m_ground.geometry();
-    return ground.adjusted(m_margin, m_margin, -m_margin, -m_margin);
+    const auto margin = m_margin ? m_theme.space(*m_margin) : 0;
+    return ground.adjusted(margin, margin, -margin, -margin);
 }
 
 void Overlay::arrange() {

@@ -1,7 +1,11 @@
 #pragma once
 
+#include "ui/kit/theme/Theme.h"
+
 #include <QObject>
 #include <QWidget>
+
+#include <optional>
 
 namespace korvex::ui {
 
@@ -18,8 +22,9 @@ public:
         /// In the middle, for what says why there is nothing else.
         middle,
     };
-    /// Both live as long as this.
-    Overlay(QWidget& over, QWidget& ground, Place place, int margin);
+    /// Both live as long as this. `margin` is kept free around it, none where it is absent.
+    Overlay(QWidget& over, QWidget& ground, Place place, const Theme& theme,
+            std::optional<Space> margin = {});
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -31,7 +36,8 @@ private:
     QWidget& m_over;
     QWidget& m_ground;
     Place m_place;
-    int m_margin;
+    const Theme& m_theme;
+    std::optional<Space> m_margin;
 };
 
 } // namespace korvex::ui

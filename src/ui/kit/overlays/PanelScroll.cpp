@@ -20,8 +20,8 @@ PanelScroll::PanelScroll(QWidget* content, QWidget* parent) : QScrollArea(parent
     content->setAutoFillBackground(false);
     // However the keyboard comes there, also from what does not scroll.
     connect(qApp, &QApplication::focusChanged, this, [this](const QWidget*, QWidget* now) {
-        if (now && widget()->isAncestorOf(now)) {
-            ensureWidgetVisible(now, 0, 2 * now->height()); // with what it is called
+        if (now && widget() && widget()->isAncestorOf(now)) { // also while it is taken down
+            ensureWidgetVisible(now, 0, 2 * now->height());   // with what it is called
         }
     });
 }

@@ -49,8 +49,8 @@ void Page::layOut(std::initializer_list<QWidget*> top, QAbstractScrollArea& cont
     }
     static_cast<QVBoxLayout*>(layout())->addWidget(m_content, 1);
     new ScrollEdge(content, m_theme);
-    new Overlay(*m_hint, *m_content, Overlay::Place::middle, 0);
-    new Overlay(*m_banner, *m_content, Overlay::Place::foot, m_theme.space(Space::large));
+    new Overlay(*m_hint, *m_content, Overlay::Place::middle, m_theme);
+    new Overlay(*m_banner, *m_content, Overlay::Place::foot, m_theme, Space::large);
 }
 
 void Page::insertBar(QWidget& bar) {

@@ -33,16 +33,7 @@ void PageHeader::setNote(const QString& note) {
 
 void PageHeader::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
-    alignNote();
-}
-
-/// Beside the title the note stands in the middle of its first line.
-void PageHeader::alignNote() {
-    const QFontMetrics title(m_title->font());
-    const auto isBeside = m_words->direction() != QBoxLayout::TopToBottom;
-    const auto above = m_title->contentsMargins().top() +
-                       (title.height() - QFontMetrics(m_note->font()).height()) / 2;
-    m_note->setContentsMargins(0, isBeside ? above : 0, 0, 0);
+    alignNote(*m_note, *m_title, *m_words);
 }
 
 void PageHeader::applyTheme() {
@@ -57,7 +48,7 @@ void PageHeader::applyTheme() {
     const auto above = std::max(0, m_theme.extent(Extent::control) - title.height()) / 2;
     m_title->setContentsMargins(0, above, 0, above);
     m_words->setNarrowest(title.horizontalAdvance(m_title->text()));
-    alignNote();
+    alignNote(*m_note, *m_title, *m_words);
     auto quiet = m_note->palette();
     quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
     m_note->setPalette(quiet);

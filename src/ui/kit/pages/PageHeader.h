@@ -27,7 +27,6 @@ protected:
 
 private:
     void applyTheme();
-    void alignNote();
 
     const Theme& m_theme;
     QLabel* m_title;

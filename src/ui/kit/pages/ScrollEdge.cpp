@@ -12,7 +12,7 @@ ScrollEdge::ScrollEdge(QAbstractScrollArea& content, const Theme& theme)
     : m_content(content), m_theme(theme) {
     setAttribute(Qt::WA_TransparentForMouseEvents);
     hide();
-    new Overlay(*this, content, Overlay::Place::head, 0);
+    new Overlay(*this, content, Overlay::Place::head, theme);
     const auto* const bar = content.verticalScrollBar();
     connect(bar, &QScrollBar::valueChanged, this, &ScrollEdge::follow);
     connect(bar, &QScrollBar::rangeChanged, this, &ScrollEdge::follow);
