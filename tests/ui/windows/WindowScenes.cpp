@@ -115,9 +115,9 @@ void WindowScenes::addEditingScenes() {
             "text-table",
             [this] {
                 edit(*m_text);
-                key(Qt::Key_T, Qt::ControlModifier | Qt::AltModifier);
+                press("Table");
             },
-            "Dialog: Insert table");
+            "Button: Insert table");
         add(
             "text-link",
             [this] {
