@@ -41,8 +41,17 @@ Hues huesOf(const ThemeColors& colors) {
 
 } // namespace
 
-BlockKind kindOf(richtext::HeadingLevel level) {
-    switch (level) {
+BlockKind kindOf(const KindTraits& traits) {
+    if (traits.isCode) {
+        return BlockKind::code;
+    }
+    if (traits.isItem) {
+        return BlockKind::item;
+    }
+    if (!traits.heading) {
+        return BlockKind::body;
+    }
+    switch (*traits.heading) {
     case richtext::HeadingLevel::level1:
         return BlockKind::heading1;
     case richtext::HeadingLevel::level2:
