@@ -34,8 +34,7 @@ bool isOf(const QColor& color, QRgb pixel) {
 
 class QuietStyleTest : public tests::WindowFixture {
 protected:
-    QuietStyleTest() { QuietStyle::install(theme); }
-    ~QuietStyleTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
+    InstalledStyle style{theme};
 
     static QRgb colorAt(QWidget& widget, const QPoint& place) {
         return widget.grab().toImage().pixel(place);

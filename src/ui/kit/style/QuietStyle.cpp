@@ -53,14 +53,22 @@ const Option& as(const QStyleOption& option) {
     return static_cast<const Option&>(option);
 }
 
+QString plainStyle() {
+    return QStringLiteral("fusion");
+}
+
 } // namespace
 
-QuietStyle::QuietStyle(const Theme& theme)
-    : QProxyStyle(QStringLiteral("fusion")), m_theme(theme), m_popups(new PopupPlace(this)) {}
-
-void QuietStyle::install(const Theme& theme) {
+InstalledStyle::InstalledStyle(const Theme& theme) {
     QApplication::setStyle(new QuietStyle(theme)); // the application takes it over
 }
+
+InstalledStyle::~InstalledStyle() {
+    QApplication::setStyle(plainStyle());
+}
+
+QuietStyle::QuietStyle(const Theme& theme)
+    : QProxyStyle(plainStyle()), m_theme(theme), m_popups(new PopupPlace(this)) {}
 
 void QuietStyle::polish(QWidget* widget) {
     QProxyStyle::polish(widget);
