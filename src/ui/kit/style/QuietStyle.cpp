@@ -123,7 +123,9 @@ bool QuietStyle::drawsPrimitive(PrimitiveElement element, const QStyleOption& op
         FieldDrawing::paintField(painter, option, m_theme);
         return true;
     case PE_FrameFocusRect:
-        Shapes::paintRing(painter, option.rect, m_theme.radius(Radius::medium), colors.accent);
+        if (option.state.testFlag(State_HasFocus)) {
+            Shapes::paintRing(painter, option.rect, m_theme.radius(Radius::medium), colors.accent);
+        }
         return true;
     case PE_Frame:
         if (isChoiceList(widget)) {
@@ -202,10 +204,8 @@ bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option
                                             &option, widget);
         proxy()->drawControl(isRadio ? CE_RadioButtonLabel : CE_CheckBoxLabel, &part, &painter,
                              widget);
-        if (option.state.testFlag(State_HasFocus)) {
-            part.rect = ButtonDrawing::ringOf(as<QStyleOptionButton>(option), m_theme);
-            proxy()->drawPrimitive(PE_FrameFocusRect, &part, &painter, widget);
-        }
+        part.rect = ButtonDrawing::ringOf(as<QStyleOptionButton>(option), m_theme);
+        proxy()->drawPrimitive(PE_FrameFocusRect, &part, &painter, widget);
         return true;
     }
     case CE_ItemViewItem: {
