@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 int runGallery(const QStringList& look) {
@@ -16,7 +18,8 @@ int runGallery(const QStringList& look) {
     app::FileUserDefaults defaults(folder.filePath(QStringLiteral("settings.json")).toStdString());
     app::AppPreferences preferences(defaults, log);
     Theme theme(preferences);
-    QuietStyle::install(theme);
+    const InstalledStyle style(theme);
+    const auto& sizes = app::AppPreferences::kFontSizes;
     for (const auto& word : look) {
         if (word == QLatin1String("light")) {
             preferences.setAppearance(Appearance::light);
@@ -28,8 +31,8 @@ int runGallery(const QStringList& look) {
             theme.setSystemMotion(Theme::SystemMotion::still);
         } else if (word == QLatin1String("rtl")) {
             QApplication::setLayoutDirection(Qt::RightToLeft);
-        } else if (const auto size = word.toInt(); size > 0) {
-            preferences.setFontSize(size);
+        } else if (std::find(sizes.begin(), sizes.end(), word.toInt()) != sizes.end()) {
+            preferences.setFontSize(word.toInt());
         }
     }
     GalleryWindow window(preferences, theme);

@@ -50,6 +50,7 @@ QWidget* GalleryWindow::makeControls() {
                                          : Theme::SystemContrast::usual);
     });
     auto* const still = new Switch(QStringLiteral("Still"), m_theme);
+    still->setChecked(m_theme.motion(Motion::calm) == 0);
     connect(still, &Switch::toggled, this, [this](bool isStill) {
         m_theme.setSystemMotion(isStill ? Theme::SystemMotion::still : Theme::SystemMotion::usual);
     });

@@ -77,7 +77,7 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
                                       : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
     selection = colors.selection;
     scrollHandle = colors.scrollHandle;
-    m_contrast = colors.isHighContrast ? 7.0 : 4.5;
+    m_contrast = colors.textContrast();
     m_grounds = {colors.content, colors.hover, colors.selection, codeGround, headerFill};
     text = readableOnAllGrounds(colors.text);
     quiet = readableOnAllGrounds(colors.secondaryText);

@@ -276,6 +276,7 @@ void SchedulePopover::setDueDay(int daysFromToday) {
     const auto due = m_editor.due();
     m_editor.setDue(instantOf(today.addDays(daysFromToday), dateTimeOf(due).time(), due));
     m_editor.updatePresetReminder();
+    m_day->discard();
     showState();
     save();
 }

@@ -26,11 +26,9 @@ protected:
     using Appearance = app::AppPreferences::Appearance;
     using Contrast = Theme::SystemContrast;
 
-    ContrastTest() {
-        theme.setSystemMotion(Theme::SystemMotion::still);
-        QuietStyle::install(theme);
-    }
-    ~ContrastTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
+    ContrastTest() { theme.setSystemMotion(Theme::SystemMotion::still); }
+
+    InstalledStyle style{theme};
 
     void measureAll(Appearance appearance, Contrast contrast) {
         const auto isHigh = contrast == Contrast::high;

@@ -182,6 +182,11 @@ TEST_F(CompletedPageTest, ACustomRangeHoldsWholeDays) {
     show();
     EXPECT_FALSE(dateField("First day").isVisible());
     pick("Filter by completion date", "Custom range");
+    enter("First day", "31.2.");
+    EXPECT_NE(dateField("First day").problem(), QString());
+    pick("Filter by completion date", "Any time");
+    pick("Filter by completion date", "Custom range");
+    EXPECT_EQ(dateField("First day").problem(), QString()) << "it was never meant for this range";
     EXPECT_EQ(dateField("First day").date(), QDate(2025, 3, 4));
     EXPECT_EQ(dateField("Last day").date(), QDate(2025, 3, 10));
     enter("First day", "3/9");

@@ -92,6 +92,13 @@ TEST_F(SchedulePopoverTest, ADaysButtonSchedulesForThatDayAndIsDone) {
         own.undo.undo();
         EXPECT_TRUE(entry->schedule().isEmpty());
     }
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250310), kNow);
+    open();
+    enter("Due day", "31.2.");
+    button("Save").click();
+    button("Today").click();
+    EXPECT_FALSE(isOpen()) << "the day is another than what was typed";
+    EXPECT_EQ(entry->dueDay(), 20250310);
 }
 
 TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {

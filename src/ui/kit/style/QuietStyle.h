@@ -19,9 +19,6 @@ class QuietStyle final : public QProxyStyle {
 public:
     explicit QuietStyle(const Theme& theme);
 
-    /// Makes it the style of the application.
-    static void install(const Theme& theme);
-
     using QProxyStyle::polish;
     void polish(QWidget* widget) override;
 
@@ -57,6 +54,16 @@ private:
 
     const Theme& m_theme;
     PopupPlace* m_popups;
+};
+
+/// As long as it lives, the application has this style; before the theme goes, the application gets
+/// Qt's plain one.
+class InstalledStyle final {
+public:
+    explicit InstalledStyle(const Theme& theme);
+    ~InstalledStyle();
+    InstalledStyle(const InstalledStyle&) = delete;
+    InstalledStyle& operator=(const InstalledStyle&) = delete;
 };
 
 } // namespace korvex::ui
