@@ -28,8 +28,6 @@ protected:
 
     ContrastTest() { theme.setSystemMotion(Theme::SystemMotion::still); }
 
-    InstalledStyle style{theme};
-
     void measureAll(Appearance appearance, Contrast contrast) {
         const auto isHigh = contrast == Contrast::high;
         const PictureContrast::Limits limits{.text = isHigh ? 7 : 4.5, .marks = isHigh ? 4.5 : 3};
@@ -65,6 +63,9 @@ protected:
         EXPECT_THAT(PictureContrast(gallery, limits).faint(), IsEmpty()) << "gallery";
 #endif
     }
+
+private:
+    InstalledStyle m_style{theme};
 };
 
 TEST_F(ContrastTest, InTheLight) {

@@ -515,7 +515,7 @@ TEST_F(RichTextEditTest, WhatIsScrolledAsideIsFoundWhereItIsSeen) {
 }
 
 TEST_F(RichTextEditTest, ASelectionThatLeavesATableMarksNothingAboveIt) {
-    typed("a<table>");
+    typed("a<Return><Return><table>");
     auto selection = edit.textCursor();
     selection.setPosition(edit.document()->rootFrame()->childFrames().front()->firstPosition());
     const auto table = edit.cursorRect(selection);

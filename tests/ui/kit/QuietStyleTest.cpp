@@ -39,11 +39,12 @@ bool isOf(const QColor& color, QRgb pixel) {
 
 class QuietStyleTest : public tests::WindowFixture {
 protected:
-    InstalledStyle style{theme};
-
     static QRgb colorAt(QWidget& widget, const QPoint& place) {
         return widget.grab().toImage().pixel(place);
     }
+
+private:
+    InstalledStyle m_style{theme};
 };
 
 TEST_F(QuietStyleTest, WhatStandsInOneLineIsOfOneHeightAtEveryFontSize) {
