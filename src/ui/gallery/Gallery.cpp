@@ -17,21 +17,23 @@ int runGallery(const QStringList& look) {
     app::AppPreferences preferences(defaults, log);
     Theme theme(preferences);
     QuietStyle::install(theme);
+    Theme::System system;
     for (const auto& word : look) {
         if (word == QLatin1String("light")) {
             preferences.setAppearance(Appearance::light);
         } else if (word == QLatin1String("dark")) {
             preferences.setAppearance(Appearance::dark);
         } else if (word == QLatin1String("contrast")) {
-            theme.setSystemContrast(Theme::SystemContrast::high);
+            system.contrast = Theme::SystemContrast::high;
         } else if (word == QLatin1String("still")) {
-            theme.setSystemMotion(Theme::SystemMotion::still);
+            system.motion = Theme::SystemMotion::still;
         } else if (word == QLatin1String("rtl")) {
             QApplication::setLayoutDirection(Qt::RightToLeft);
         } else if (const auto size = word.toInt(); size > 0) {
             preferences.setFontSize(size);
         }
     }
+    theme.setSystem(system);
     GalleryWindow window(preferences, theme);
     window.show();
     return QApplication::exec();

@@ -139,7 +139,7 @@ TEST_F(ScrollHandleTest, ComesWithScrollingAndStaysWhereNothingMayMove) {
     QListWidget resting;
     resting.addItems(QStringList(100, QStringLiteral("Row")));
     resting.resize(200, 150);
-    theme.setSystemMotion(Theme::SystemMotion::still);
+    theme.setSystem({.motion = Theme::SystemMotion::still});
     EXPECT_EQ(ScrollHandle::of(*resting.verticalScrollBar(), theme).opacity(), 1);
 }
 
