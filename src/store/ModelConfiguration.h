@@ -14,7 +14,8 @@ struct ModelConfiguration {
     /// Where this is false, the store is read and never written, not even its companions.
     bool allowsSave = true;
     Missing whenMissing = Missing::create;
-    /// How long a step waits for another program's before it gives up with `busy`.
+    /// How long a step waits for another program's before it gives up with `busy`, and then as long
+    /// again for a writer that does not know our lock.
     std::chrono::milliseconds lockTimeout{10'000};
 
     bool isInMemory() const { return file.empty(); }

@@ -23,7 +23,7 @@ TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
             preferences.setAppearance(appearance); // with which the theme at hand sets its own
             QApplication::setPalette(system);
             Theme made(preferences);
-            made.setSystemContrast(contrastOf);
+            made.setSystem({.contrast = contrastOf});
             const auto& colors = made.colors();
             const auto forText = colors.isHighContrast ? 7.0 : 4.5;
             const auto forMarks = colors.isHighContrast ? 4.5 : 3.0;
@@ -56,8 +56,16 @@ TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
 
 TEST_F(ThemeTest, ThePreferenceOverrulesTheSystem) {
     using Appearance = app::AppPreferences::Appearance;
-    theme.setSystemAppearance(Theme::SystemAppearance::dark);
-    EXPECT_TRUE(theme.colors().isDark);
+    int changes = 0;
+    QObject::connect(&theme, &Theme::changed, &theme, [&] { ++changes; });
+    const Theme::System system{.appearance = Theme::SystemAppearance::dark,
+                               .contrast = Theme::SystemContrast::high,
+                               .motion = Theme::SystemMotion::still};
+    theme.setSystem(system);
+    theme.setSystem(system);
+    EXPECT_EQ(changes, 1) << "the windows are drawn anew once";
+    EXPECT_TRUE(theme.colors().isDark && theme.colors().isHighContrast);
+    EXPECT_EQ(theme.motion(Motion::calm), 0);
     preferences.setAppearance(Appearance::light);
     EXPECT_FALSE(theme.colors().isDark);
     preferences.setAppearance(Appearance::system);

@@ -31,8 +31,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     QApplication::setLayoutDirection(variant.direction);
     m_preferences.setAppearance(variant.appearance);
     m_preferences.setFontSize(variant.fontSize);
-    m_theme.setSystemContrast(variant.contrast);
-    m_theme.setSystemMotion(ui::Theme::SystemMotion::still);
+    m_theme.setSystem({.contrast = variant.contrast, .motion = ui::Theme::SystemMotion::still});
     m_owner = std::make_unique<ui::WorkspaceOwner>(
         ui::WorkspaceOwner::Surroundings{.container = *m_container,
                                          .preferences = m_preferences,

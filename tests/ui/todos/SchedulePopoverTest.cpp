@@ -165,7 +165,12 @@ TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen)
                                           kNow);
         });
     };
-    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250311), kNow);
+    open();
+    EXPECT_FALSE(button("Clear").isEnabled());
+    button("Due").click();
+    set(20250311);
+    EXPECT_TRUE(button("Clear").isEnabled()) << "whatever has been changed here";
+    popover->closeNow();
     open();
     set(20250312);
     EXPECT_EQ(shown("Due day"), QStringLiteral("3/12/2025"));

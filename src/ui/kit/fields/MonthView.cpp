@@ -22,7 +22,7 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kDaysOfWeek = base::MonthWords::kDaysOfWeek;
+using base::kDaysOfWeek;
 /// As many as any month touches, so that the grid is always as high.
 constexpr int kWeeks = 6;
 
