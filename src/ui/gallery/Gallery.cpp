@@ -18,13 +18,9 @@ int runGallery(const QStringList& look) {
     app::FileUserDefaults defaults(folder.filePath(QStringLiteral("settings.json")).toStdString());
     app::AppPreferences preferences(defaults, log);
     Theme theme(preferences);
-<<<<<<< HEAD
     const InstalledStyle style(theme);
     const auto& sizes = app::AppPreferences::kFontSizes;
-=======
-    QuietStyle::install(theme);
     Theme::System system;
->>>>>>> mend9
     for (const auto& word : look) {
         if (word == QLatin1String("light")) {
             preferences.setAppearance(Appearance::light);

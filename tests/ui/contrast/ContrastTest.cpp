@@ -26,13 +26,6 @@ protected:
     using Appearance = app::AppPreferences::Appearance;
     using Contrast = Theme::SystemContrast;
 
-<<<<<<< HEAD
-    ContrastTest() { theme.setSystemMotion(Theme::SystemMotion::still); }
-=======
-    ContrastTest() { QuietStyle::install(theme); }
-    ~ContrastTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
->>>>>>> mend9
-
     void measureAll(Appearance appearance, Contrast contrast) {
         const auto isHigh = contrast == Contrast::high;
         const PictureContrast::Limits limits{.text = isHigh ? 7 : 4.5, .marks = isHigh ? 4.5 : 3};

@@ -165,7 +165,7 @@ TEST_F(ScrollHandleTest, ComesWhileOneScrollsOrPointsAndFadesAMomentLater) {
     EXPECT_EQ(handle.opacity(), 1);
     letTimePass(1);
     EXPECT_EQ(handle.opacity(), 0);
-    theme.setSystemMotion(Theme::SystemMotion::still);
+    theme.setSystem({.motion = Theme::SystemMotion::still});
     EXPECT_GT(seen(), 0) << "what may not fade stays";
 }
 
@@ -197,7 +197,7 @@ TEST_F(ScrollHandleTest, NothingButTheRowsThatArriveIsDrawnAgain) {
 
 TEST_F(QuietStyleTest, InHighContrastWhatIsChosenHasAnEdge) {
     for (const auto system : {Theme::SystemContrast::usual, Theme::SystemContrast::high}) {
-        theme.setSystemContrast(system);
+        theme.setSystem({.contrast = system});
         QListWidget list;
         list.addItem(QStringLiteral("Row"));
         list.setCurrentRow(0);
