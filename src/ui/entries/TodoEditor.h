@@ -5,6 +5,8 @@
 #include "ui/todos/RowText.h"
 #include "ui/todos/TodoTextEdit.h"
 
+#include <optional>
+
 class QToolButton;
 
 namespace korvex::ui {
@@ -34,20 +36,25 @@ Q_SIGNALS:
     void scheduleClicked();
 
 protected:
-    int textHeight(int width) override;
+    int textHeight(const EntryRowRoom& room) override;
     QRect caretPlace() override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void applyTheme();
+    /// What the editor shows, or how, is another.
+    void arrangeAgain();
+    const TodoArrangement& arrangement(int width);
     void place();
-    TextArrangement arrangement(int width) const;
-    int bottomOf(const TextArrangement& arranged) const;
 
     TodoTextEdit* m_field;
     QToolButton* m_schedule;
     DueLabel m_dueLabel;
+    /// Made when it is first asked for after a change, and for this width.
+    std::optional<TodoArrangement> m_arrangement;
+    int m_arrangedWidth = 0;
+    QRect m_circle;
 };
 
 } // namespace korvex::ui
