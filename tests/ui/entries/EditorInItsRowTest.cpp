@@ -38,13 +38,7 @@ protected:
 
 /// As the command line and other programs make them.
 TEST_F(EditorInItsRowTest, ATodoOfSeveralLinesIsEditedAsItIsDrawn) {
-    const std::string twenty = "20 lines" + [] {
-        std::string lines;
-        for (int i = 2; i <= 20; ++i) {
-            lines += "\n" + std::to_string(i);
-        }
-        return lines;
-    }();
+    const auto twenty = "20 lines" + QByteArray("\nand one").repeated(19).toStdString();
     page.resize(500, 1000);
     for (const auto& content :
          {std::string("a\nb\nc"), std::string("a\u2028b\r\nc"), std::string("a\u00a0b\u2029c"),
@@ -251,17 +245,25 @@ TEST_F(EditorInItsRowTest, AWideTablesScrollBarHasRoomOfItsOwnWhereItIsNeeded) {
     }
 }
 
-TEST_F(EditorInItsRowTest, ALongNewTextThatIsLeftKeepsItsPlace) {
-    add({"above"});
+TEST_F(EditorInItsRowTest, ALongNewTextKeepsItsPlaceWhenItIsStoredAndWhenItIsLeft) {
+    add(std::vector<std::string>(8, "above"));
     page.startText();
     for (int i = 0; i < 80; ++i) {
         type("line");
         key(Qt::Key_Return);
     }
-    type("last");
+    setCaret(300);
+    QApplication::processEvents();
     auto& bar = *list().verticalScrollBar();
     const auto scrolled = bar.value();
     ASSERT_GT(scrolled, list().viewport()->height());
+    const auto caret = [this] { return field().mapToGlobal(field().cursorRect().topLeft()); };
+    const auto before = caret();
+    runLoop.advance(tests::kPause);
+    ASSERT_EQ(storedTexts(*inbox).size(), 9U);
+    QApplication::processEvents();
+    EXPECT_EQ(bar.value(), scrolled);
+    EXPECT_EQ(caret(), before);
     const auto height = textEditor().height();
     for (const auto& leave : {QKeySequence(Qt::CTRL | Qt::Key_S), QKeySequence(Qt::Key_Escape)}) {
         key(leave[0].key(), leave[0].keyboardModifiers());
