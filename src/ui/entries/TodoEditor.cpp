@@ -3,29 +3,21 @@
 #include "base/Text.h"
 #include "richtext/text/TextMerge.h"
 #include "ui/kit/theme/Direction.h"
-#include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 
 #include <QPainter>
-#include <QToolButton>
 
 namespace korvex::ui {
 
 TodoEditor::TodoEditor(const Theme& theme, QWidget* parent)
-    : RowEditor(theme, parent), m_field(new TodoTextEdit(this)), m_schedule(new QToolButton(this)) {
-    m_schedule->setAutoRaise(true);
-    m_schedule->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
-    m_schedule->setLayoutDirection(turnedDirection()); // the bell stands behind the label
-    m_schedule->setFocusPolicy(Qt::TabFocus);
-    m_schedule->setCursor(Qt::PointingHandCursor);
-    m_schedule->setToolTip(tr("Schedule (Ctrl+D)"));
+    : RowEditor(theme, parent), m_field(new TodoTextEdit(this)), m_due(new DueButton(theme, this)) {
     setFocusProxy(m_field);
     connect(m_field, &QTextEdit::textChanged, this, &TodoEditor::edited);
     connect(m_field->document(), &QTextDocument::contentsChanged, this, &TodoEditor::arrangeAgain);
     connect(m_field, &QTextEdit::cursorPositionChanged, this, &TodoEditor::reveal);
-    connect(m_schedule, &QToolButton::clicked, this, &TodoEditor::scheduleClicked);
+    connect(m_due, &QToolButton::clicked, this, &TodoEditor::scheduleClicked);
     connect(&theme, &Theme::changed, this, &TodoEditor::applyTheme);
     applyTheme();
 }
@@ -63,8 +55,8 @@ void TodoEditor::setCaret(int offset) {
 }
 
 void TodoEditor::setDueLabel(const DueLabel& label) {
-    m_dueLabel = label;
-    applyTheme();
+    m_due->setLabel(label);
+    arrangeAgain();
 }
 
 QRect TodoEditor::caretPlace() {
@@ -95,18 +87,6 @@ void TodoEditor::applyTheme() {
     fieldPalette.setColor(QPalette::Base, Qt::transparent);
     fieldPalette.setColor(QPalette::Text, colors.text);
     m_field->setPalette(fieldPalette);
-    m_schedule->setFont(theme().smallFont());
-    const auto quiet = m_dueLabel.isOverdue ? colors.danger : colors.secondaryText;
-    auto schedulePalette = m_schedule->palette();
-    schedulePalette.setColor(QPalette::ButtonText, quiet);
-    m_schedule->setPalette(schedulePalette);
-    m_schedule->setText(m_dueLabel.text);
-    m_schedule->setAccessibleName(m_dueLabel.text.isEmpty() ? tr("Schedule") : m_dueLabel.text);
-    const auto size = theme().extent(m_dueLabel.isEmpty() ? Extent::icon : Extent::smallIcon);
-    m_schedule->setIconSize({size, size});
-    m_schedule->setIcon(m_dueLabel.isEmpty() ? IconSet::icon(QStringLiteral("calendar-plus"), quiet)
-                        : m_dueLabel.hasReminder ? IconSet::icon(QStringLiteral("bell-fill"), quiet)
-                                                 : QIcon());
     arrangeAgain();
 }
 
@@ -122,7 +102,8 @@ const TodoArrangement& TodoEditor::arrangement(int width) {
     if (!m_arrangement || m_arrangedWidth != width) {
         const auto text = typed();
         const auto layout = makeTextLayout(text, directionOf(text), theme());
-        m_arrangement = arrangeTodo(*layout, width, m_dueLabel, ScheduleButton::offered, theme());
+        m_arrangement =
+            arrangeTodo(*layout, width, m_due->label(), ScheduleButton::offered, theme());
         m_arrangedWidth = width;
     }
     return *m_arrangement;
@@ -137,20 +118,7 @@ void TodoEditor::place() {
         m_circle = circle;
         update();
     }
-
-    // What the button says stands where the row shows it; around that is the button's own room.
-    const auto& shown = arranged.schedule;
-    auto button = QRect(QPoint(), m_schedule->sizeHint());
-    const auto line =
-        m_dueLabel.isEmpty() ? shown.height() : QFontMetrics(theme().smallFont()).height();
-    button.moveTop(shown.top() - (button.height() - line) / 2);
-    const auto aside = theme().space(Space::small);
-    if (arranged.isScheduleAtEnd) {
-        button.moveRight(shown.right() + aside);
-    } else {
-        button.moveLeft(shown.left() - aside);
-    }
-    m_schedule->setGeometry(mirrored(button, width()));
+    m_due->placeAround(mirrored(arranged.schedule, width()));
 }
 
 } // namespace korvex::ui

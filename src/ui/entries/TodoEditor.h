@@ -1,13 +1,11 @@
 #pragma once
 
+#include "ui/entries/DueButton.h"
 #include "ui/entries/RowEditor.h"
-#include "ui/todos/DueLabel.h"
 #include "ui/todos/RowText.h"
 #include "ui/todos/TodoTextEdit.h"
 
 #include <optional>
-
-class QToolButton;
 
 namespace korvex::ui {
 
@@ -20,7 +18,7 @@ public:
 
     TodoTextEdit& field() { return *m_field; }
     QString typed() const { return m_field->typed(); }
-    /// Lets the button beside the text say this; an empty label offers to make a schedule.
+    /// Lets the button beside the text or below it say this.
     void setDueLabel(const DueLabel& label);
 
     QTextEdit& input() override { return *m_field; }
@@ -49,8 +47,7 @@ private:
     void place();
 
     TodoTextEdit* m_field;
-    QToolButton* m_schedule;
-    DueLabel m_dueLabel;
+    DueButton* m_due;
     /// Made when it is first asked for after a change, and for this width.
     std::optional<TodoArrangement> m_arrangement;
     int m_arrangedWidth = 0;

@@ -104,9 +104,9 @@ TodoArrangement arrangeTodo(QTextLayout& text, int rowWidth, const DueLabel& due
         // The text may begin at the other side than the row does.
         const auto isTurned =
             text.textOption().textDirection() != QGuiApplication::layoutDirection();
-        result.isScheduleAtEnd = arranged.isBeside || isTurned;
+        const auto isAtEnd = arranged.isBeside || isTurned;
         const auto width = std::min(due.width(theme), room);
-        result.schedule = QRect(result.isScheduleAtEnd ? end - width : frame.textLeft,
+        result.schedule = QRect(isAtEnd ? end - width : frame.textLeft,
                                 arranged.isBeside ? line.topOf(theme.smallFont())
                                                   : arranged.bottom + theme.space(Space::hair),
                                 width, due.height(room, theme));

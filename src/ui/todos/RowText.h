@@ -47,8 +47,6 @@ struct TodoArrangement {
     /// The due label with its bell; of a todo without them the button that makes a schedule, where
     /// one is offered.
     QRect schedule;
-    /// The schedule ends where the row does; else it begins where the text does.
-    bool isScheduleAtEnd = true;
     /// Where all of it ends.
     int bottom = 0;
 };
