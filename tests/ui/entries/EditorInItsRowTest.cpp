@@ -62,10 +62,9 @@ TEST_F(EditorInItsRowTest, ATodoOfSeveralLinesIsEditedAsItIsDrawn) {
 }
 
 TEST_F(EditorInItsRowTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
-    const auto todos = add({"plain", "due", "overdue",
-                            "Call the landlord about the heating: it knocks at night, and the "
-                            "meter in the cellar has not been read since spring",
-                            "דירה"});
+    const auto todos =
+        add({"plain", "due", "overdue",
+             "Call the landlord: the heating knocks, the meter was not read", "דירה"});
     for (const auto row : {1U, 3U, 4U}) {
         own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
     }
