@@ -2,6 +2,7 @@
 
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/todos/RowFrame.h"
 
 #include <QPainter>
 
@@ -31,9 +32,8 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     painter.drawText(mirrored(words, rect),
                      Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0), label.text);
     if (label.hasReminder) {
-        const QFontMetrics metrics(theme.smallFont());
         const auto size = theme.extent(Extent::smallIcon);
-        const auto top = metrics.ascent() - (metrics.capHeight() + size) / 2;
+        const auto top = topOfSign(QFontMetrics(theme.smallFont()), size);
         const QRect bell(rect.right() + 1 - size, rect.top() + top, size, size);
         IconSet::draw(painter, QStringLiteral("bell-fill"), color, mirrored(bell, rect));
     }
