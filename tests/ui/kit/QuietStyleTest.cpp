@@ -154,7 +154,6 @@ TEST_F(ScrollHandleTest, ComesWhileOneScrollsOrPointsAndFadesAMomentLater) {
     EXPECT_EQ(seen(), 0);
     bar().setValue(7);
     EXPECT_GT(seen(), theme.extent(Extent::control) / 2);
-<<<<<<< HEAD
     letTimePass(0.5);
     EXPECT_GT(handle.opacity(), 0);
     EXPECT_LT(handle.opacity(), 1);
@@ -212,13 +211,6 @@ TEST_F(QuietStyleTest, InHighContrastWhatIsChosenHasAnEdge) {
             EXPECT_EQ(isOf(theme.colors().accent, pixel), theme.colors().isHighContrast);
         }
     }
-=======
-    QListWidget resting;
-    resting.addItems(QStringList(100, QStringLiteral("Row")));
-    resting.resize(200, 150);
-    theme.setSystem({.motion = Theme::SystemMotion::still});
-    EXPECT_EQ(ScrollHandle::of(*resting.verticalScrollBar(), theme).opacity(), 1);
->>>>>>> mend9
 }
 
 TEST_F(QuietStyleTest, APopupOpensInsideItsWindowWhereItHasRoom) {
