@@ -30,7 +30,8 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     const auto wraps = label.width(theme) > rect.width();
     const auto words = rect.adjusted(0, 0, wraps ? -label.bellWidth(theme) : 0, 0);
     painter.drawText(mirrored(words, rect),
-                     Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0), label.text);
+                     Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0),
+                     isolated(label.text));
     if (label.hasReminder) {
         const auto size = theme.extent(Extent::smallIcon);
         const auto top = topOfSign(QFontMetrics(theme.smallFont()), size);

@@ -7,6 +7,7 @@
 #include "ui/kit/style/PopupPlace.h"
 #include "ui/kit/style/ScrollHandle.h"
 #include "ui/kit/style/StyleMetrics.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Shapes.h"
 
@@ -157,6 +158,12 @@ bool QuietStyle::drawsPrimitive(PrimitiveElement element, const QStyleOption& op
         return true;
     }
     return false;
+}
+
+void QuietStyle::drawItemText(QPainter* painter, const QRect& rect, int flags,
+                              const QPalette& palette, bool isEnabled, const QString& text,
+                              QPalette::ColorRole role) const {
+    QProxyStyle::drawItemText(painter, rect, flags, palette, isEnabled, isolated(text), role);
 }
 
 void QuietStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
