@@ -5,6 +5,7 @@
 #include "base/FileLock.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
+#include "base/Text.h"
 
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
@@ -27,8 +28,8 @@ constexpr const char* kBytesMember = "base64";
 constexpr std::size_t kMaximumFileBytes = 16 * 1024 * 1024;
 
 /// A program writes for some milliseconds. One that hangs while it does must not keep the others
-/// from going on, nor the user waiting.
-constexpr std::chrono::milliseconds kPatience{250};
+/// from going on for ever.
+constexpr std::chrono::milliseconds kPatience{2'000};
 
 constexpr const char* kLockExtension = ".lock";
 constexpr const char* kDamagedExtension = ".damaged";
@@ -200,7 +201,7 @@ FileUserDefaults::Found FileUserDefaults::read() {
         m_settings = std::move(fresh);
         return {Found::Kind::settings, *std::move(contents)};
     }
-    const auto isEmpty = fresh->json.GetParseError() == rapidjson::kParseErrorDocumentEmpty;
+    const auto isEmpty = base::trimmed(*contents).empty();
     return {isEmpty ? Found::Kind::nothing : Found::Kind::damaged, *std::move(contents)};
 }
 
