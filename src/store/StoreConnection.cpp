@@ -161,10 +161,11 @@ void StoreConnection::openDatabase() {
         m_allowsSave = false;
     }
     if (!m_allowsSave) {
-        // Without a journal nothing is missing from the file itself, and it opens where not even
-        // the journal's companions can be made.
-        const std::string uri =
-            fileUri(m_file.path(), m_file.hasJournal() ? "?mode=ro" : "?mode=ro&immutable=1");
+        // Where not even the journal's companions can be made, the file alone opens if it has no
+        // journal. Elsewhere it must not: it would be read while a checkpoint writes to it.
+        const std::string uri = fileUri(
+            m_file.path(),
+            m_file.hasJournal() || m_file.allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
         m_database = std::make_unique<SQLite::Database>(uri, SQLite::OPEN_READONLY |
                                                                  SQLite::OPEN_URI | kNoMutex);
         configure();

@@ -111,9 +111,13 @@ std::uintmax_t StoreFile::journalSize() const {
                                                    : 0;
 }
 
+bool StoreFile::allowsCompanions() const {
+    return ::access(directory().c_str(), W_OK) == 0;
+}
+
 bool StoreFile::isWritable() const {
     const auto lock = lockFile();
-    return ::access(directory().c_str(), W_OK) == 0 && ::access(m_file.c_str(), W_OK) == 0 &&
+    return allowsCompanions() && ::access(m_file.c_str(), W_OK) == 0 &&
            (::access(lock.c_str(), F_OK) != 0 || ::access(lock.c_str(), W_OK) == 0);
 }
 

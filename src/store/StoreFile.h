@@ -29,6 +29,8 @@ public:
     bool hasJournal() const { return journalSize() > 0; }
     /// In bytes; 0 where there is none.
     std::uintmax_t journalSize() const;
+    /// Whether this process can make files beside it.
+    bool allowsCompanions() const;
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;
 
