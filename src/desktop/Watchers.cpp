@@ -1,5 +1,7 @@
 #include "desktop/Watchers.h"
 
+#include "app/FileUserDefaults.h"
+#include "platform/qt/FileWatcher.h"
 #include "platform/qt/QtStoreChangeBroadcaster.h"
 #include "platform/qt/StoreWatcher.h"
 #include "platform/qt/SystemAppearanceWatcher.h"
@@ -33,6 +35,7 @@ struct Watchers::Sources {
     explicit Sources(const std::filesystem::path& file) : store(file) {}
 
     platform::qt::StoreWatcher store;
+    platform::qt::FileWatcher settings{app::FileUserDefaults::defaultFile()};
     platform::qt::SystemTimeWatcher time;
     SystemAppearanceWatcher appearance;
     platform::qt::QtStoreChangeBroadcaster broadcaster;
@@ -62,6 +65,8 @@ void Watchers::connectSources() {
                 workspace.scheduleClock.scheduleRefresh();
             }
         }));
+    m_subscriptions.push_back(m_sources->settings.changed().connect(
+        [&workspace] { workspace.preferences.reload(); }));
     m_subscriptions.push_back(m_sources->time.changed().connect([&workspace] {
         workspace.dates.renew();
         workspace.scheduleClock.scheduleRefresh();
