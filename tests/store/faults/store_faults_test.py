@@ -26,13 +26,21 @@ ERRORS = ("ENOSPC", "EIO", "EROFS")
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board",
               "complete-all", "restore-deleted", "save",
-              "checkpoint")
+              "checkpoint", "export", "import", "undo-import")
+# Each leaves this backup, whole, once it is done; undoing an import also whatever becomes of it.
+BACKUP_OF = {"export": "mine.korvexbackup", "import": "BeforeRestore.korvexbackup",
+             "undo-import": "BeforeRestore.korvexbackup"}
 # In a folder of its own, which a new store makes.
 DATA = "data"
 STORE = "Primary.store"
-BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock"}
+BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
+             "mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
+             "Recovery/BeforeUndo.korvexbackup"}
 # What the driver says when a promise between it and the store is broken.
 BROKEN = ("WRONG", "LOST", "LEFT")
+
+# What each verifying adds.
+PROOF = "[proof that it can be written]"
 
 Fault = collections.namedtuple("Fault", "call when effect")
 
@@ -57,8 +65,9 @@ class Case:
     """One operation, the store that it starts from, and what it makes of it."""
 
     def __init__(self, operation, prepared, scratch):
+        """`prepared` is None for a store that is not there yet."""
         self.operation = operation
-        self.start = None if operation == "create-store" else prepared
+        self.start = prepared
         self.scratch = scratch
         self.numbers = itertools.count()
         folder = self.fresh_folder()
@@ -128,11 +137,31 @@ class Case:
                 # Verifying never creates; the next start does.
                 if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
                     yield "the next start does not create the store"
-            left = {path.name for path in (folder / DATA).iterdir()} - BELONGING
+            if self.operation in BACKUP_OF:
+                yield from self.problems_with_backups(folder, acknowledged, found)
+            data = folder / DATA
+            left = {str(path.relative_to(data)) for path in data.rglob("*")} - BELONGING
             if left:
                 yield f"left behind: {sorted(left)}"
         finally:
             shutil.rmtree(folder)
+
+    def problems_with_backups(self, folder, acknowledged, found):
+        """Of what stands beside the store. A next run needs no hands, and clears up."""
+        backup = f"backup {BACKUP_OF[self.operation]}"
+        if (acknowledged or self.operation == "undo-import") and backup not in found:
+            yield f"no {backup}: {found}"
+        if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
+            yield "the next run does not succeed"
+        again = drive(folder, "verify")
+        if any(line.startswith(BROKEN) for line in again) or backup not in again:
+            yield f"after the next run: {again}"
+        # Taking back what was taken back gives the other one, wherever the first was ended.
+        expected = {"export": {self.after + PROOF, self.after + PROOF * 2},
+                    "import": {self.after},
+                    "undo-import": self.allowed - {state_of(found)}}[self.operation]
+        if state_of(again) not in expected:
+            yield f"the next run makes of {state_of(found)}: {state_of(again)}"
 
 
 def strace_works():
@@ -157,8 +186,13 @@ def main():
         prepared.mkdir()
         if drive(prepared, "perform", "prepare") != ["acknowledged"]:
             sys.exit("The store to start from could not be made.")
-        for operation in OPERATIONS:
-            case = Case(operation, prepared, scratch)
+        imported = scratch / "imported"
+        shutil.copytree(prepared, imported)
+        if drive(imported, "perform", "import") != ["acknowledged"]:
+            sys.exit("The backup to take back could not be imported.")
+        starts = {"create-store": None, "undo-import": imported}
+        for operation in sys.argv[2:] or OPERATIONS:
+            case = Case(operation, starts.get(operation, prepared), scratch)
             faults = list(case.faults())
             for fault, problems in zip(faults, pool.map(lambda f: list(case.problems(f)), faults)):
                 failed += bool(problems)
