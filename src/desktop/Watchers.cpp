@@ -54,6 +54,7 @@ void Watchers::start() {
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
     m_listeners.instance.listen();
     m_listeners.workspace.copies.removeLeftovers();
+    m_listeners.workspace.automaticBackups.start();
 }
 
 void Watchers::connectSources() {

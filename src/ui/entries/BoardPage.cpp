@@ -208,7 +208,7 @@ void BoardPage::showEntry(model::Entry& entry) {
 
 BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
     const auto isSame = this->board() && this->board()->id() == board.id();
-    const auto form = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+    const auto form = isSame ? tr("“%1” was replaced meanwhile. Go on with what was "
                                   "typed, or discard it.")
                              : tr("This was typed on “%1”, which is no longer there. Go on with it "
                                   "here, or discard it.");

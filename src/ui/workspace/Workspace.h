@@ -15,6 +15,8 @@
 #include "services/FoldedTexts.h"
 #include "services/SearchService.h"
 #include "services/TemporaryAttachmentCopies.h"
+#include "storage/AutomaticBackupService.h"
+#include "storage/BackupService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "ui/workspace/DateTexts.h"
@@ -37,6 +39,8 @@ struct Workspace {
     base::RunLoop& runLoop;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
+    /// Written by any thread.
+    base::LogSink& log;
     DateTexts& dates;
     const richtext::RichTextSerializer& serializer;
     richtext::CodeHighlighter& code;
@@ -48,6 +52,8 @@ struct Workspace {
     services::TemporaryAttachmentCopies& copies;
     /// What was typed and cannot be stored is kept there.
     app::DraftFolder& drafts;
+    storage::BackupService& backup;
+    storage::AutomaticBackupService& automaticBackups;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
 

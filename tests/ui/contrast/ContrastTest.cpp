@@ -38,7 +38,7 @@ protected:
         tests::WindowScenes scenes(window, workspace);
         for (const auto& scene : scenes.all()) {
             scenes.open(scene);
-            const PictureContrast measured(window, limits);
+            const PictureContrast measured(scenes.shown(), limits);
             EXPECT_THAT(measured.faint(), IsEmpty()) << scene.name;
             EXPECT_GT(measured.texts(), 8) << scene.name;
             EXPECT_GT(measured.marks(), 5) << scene.name;
