@@ -90,8 +90,8 @@ void AutomaticBackupRows::follow() {
     m_folderRow->setNote(folder ? folderText(*folder) : tr("None has been chosen yet."));
     m_isOn->setEnabled(folder || m_preferences.automaticBackupEnabled());
     m_isOn->setChecked(m_preferences.automaticBackupEnabled());
-    const auto kept = std::find(kRetentions.begin(), kRetentions.end(),
-                                m_preferences.automaticBackupRetention());
+    const auto kept =
+        std::find(kRetentions.begin(), kRetentions.end(), m_preferences.automaticBackupRetention());
     m_retention->choose(static_cast<int>(kept - kRetentions.begin()));
 
     const auto last = m_preferences.automaticBackupLastSuccess();

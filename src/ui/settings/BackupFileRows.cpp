@@ -97,9 +97,8 @@ void BackupFileRows::chooseExport() {
 
 void BackupFileRows::chooseImport() {
     if (m_operations.mayBegin()) {
-        FileQuestion::backupToRead(*m_import, [this](const std::filesystem::path& file) {
-            m_operations.import(file);
-        });
+        FileQuestion::backupToRead(
+            *m_import, [this](const std::filesystem::path& file) { m_operations.import(file); });
     }
 }
 
@@ -116,8 +115,8 @@ void BackupFileRows::readKept() {
 void BackupFileRows::follow() {
     const auto isFree = !m_operations.isUnderWay();
     m_export->setEnabled(isFree);
-    m_import->setEnabled(
-        isFree && !storage::BackupService::isCloudBacked(m_workspace.context.container()));
+    m_import->setEnabled(isFree &&
+                         !storage::BackupService::isCloudBacked(m_workspace.context.container()));
     m_takeBack->setEnabled(m_import->isEnabled() && !m_kept.items().empty() &&
                            m_kept.items().front().summary);
     if (isFree) {

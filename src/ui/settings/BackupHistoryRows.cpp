@@ -77,7 +77,8 @@ void BackupHistoryRows::follow() {
         const auto& item = items[i];
         const auto size = toQString(base::sizeText(item.file.bytes));
         m_rows[i].row->setNote(
-            item.summary    ? tr("%1, %2. Checked: it is whole.").arg(contentsText(*item.summary), size)
+            item.summary
+                ? tr("%1, %2. Checked: it is whole.").arg(contentsText(*item.summary), size)
             : item.isRead() ? size
                             : tr("%1. Checking…").arg(size));
         m_rows[i].row->setRefusal(item.refusal);

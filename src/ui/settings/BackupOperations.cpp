@@ -73,45 +73,46 @@ void BackupOperations::exportTo(const fs::path& file) {
     if (isUnderWay() || !mayBegin()) {
         return;
     }
-    start({tr("Exporting"),
-           tr("Could not export the backup. Check the selected location and try again.")},
-          [file, store = m_workspace.context.container().configuration().file,
-           now = m_workspace.now(), &log = m_workspace.log](Work& work) {
-              return storage::exportBackup(*storage::openForReading(store, log), file, now, log,
-                                           work);
-          },
-          [this](const storage::BackupSummary&) { m_answer.done = tr("Backup exported."); });
+    start(
+        {tr("Exporting"),
+         tr("Could not export the backup. Check the selected location and try again.")},
+        [file, store = m_workspace.context.container().configuration().file,
+         now = m_workspace.now(), &log = m_workspace.log](Work& work) {
+            return storage::exportBackup(*storage::openForReading(store, log), file, now, log,
+                                         work);
+        },
+        [this](const storage::BackupSummary&) { m_answer.done = tr("Backup exported."); });
 }
 
 void BackupOperations::import(const fs::path& file) {
-    const Words words{
-        tr("Preparing the import"),
-        tr("Could not restore the backup. Your previous data has been retained.")};
+    const Words words{tr("Preparing the import"),
+                      tr("Could not restore the backup. Your previous data has been retained.")};
     if (isUnderWay() || !mayBegin() || !mayReplace(words.failure)) {
         return;
     }
-    start({tr("Reading the backup"),
-           tr("Could not read this backup. Your current data has not been changed.")},
-          [file, &log = m_workspace.log](Work& work) {
-              auto document = storage::readBackup(file, work);
-              work.begin(storage::Stage::checking);
-              backup::validate(document, log);
-              return std::make_shared<backup::BackupDocument>(std::move(document));
-          },
-          [this, words](const std::shared_ptr<backup::BackupDocument>& document) {
-              const auto question =
-                  tr("Importing this backup will replace your current boards, text entries and "
-                     "todos with %n (entry|entries). A local recovery backup will be saved first.",
-                     nullptr, static_cast<int>(document->entries.size()));
-              ask(question, tr("Import"), words,
-                  [document, store = m_workspace.context.container().configuration().file,
-                   recovery = recoveryFile(), now = m_workspace.now(),
-                   &log = m_workspace.log](Work& work) {
-                      return storage::prepareRestore(std::move(*document),
-                                                     *storage::openForReading(store, log), recovery,
-                                                     now, log, work);
-                  });
-          });
+    start(
+        {tr("Reading the backup"),
+         tr("Could not read this backup. Your current data has not been changed.")},
+        [file, &log = m_workspace.log](Work& work) {
+            auto document = storage::readBackup(file, work);
+            work.begin(storage::Stage::checking);
+            backup::validate(document, log);
+            return std::make_shared<backup::BackupDocument>(std::move(document));
+        },
+        [this, words](const std::shared_ptr<backup::BackupDocument>& document) {
+            const auto question =
+                tr("Importing this backup will replace your current boards, text entries and "
+                   "todos with %n (entry|entries). A local recovery backup will be saved first.",
+                   nullptr, static_cast<int>(document->entries.size()));
+            ask(question, tr("Import"), words,
+                [document, store = m_workspace.context.container().configuration().file,
+                 recovery = recoveryFile(), now = m_workspace.now(),
+                 &log = m_workspace.log](Work& work) {
+                    return storage::prepareRestore(std::move(*document),
+                                                   *storage::openForReading(store, log), recovery,
+                                                   now, log, work);
+                });
+        });
 }
 
 void BackupOperations::takeBack(const storage::BackupSummary& kept) {
@@ -153,9 +154,8 @@ void BackupOperations::giveUp() {
     if (m_prepare) {
         // To let go of a large backup takes long as well.
         m_letGo = std::make_unique<storage::BackgroundTask>(
-            m_workspace.runLoop, [given = std::exchange(m_prepare, nullptr)](Work&) mutable {
-                given = nullptr;
-            },
+            m_workspace.runLoop,
+            [given = std::exchange(m_prepare, nullptr)](Work&) mutable { given = nullptr; },
             [this](const std::future<void>&) { m_letGo.reset(); });
     }
 }
@@ -164,9 +164,8 @@ void BackupOperations::confirm() {
     auto prepare = std::exchange(m_prepare, nullptr);
     // Something may have been typed since the question.
     if (prepare && !isUnderWay() && mayBegin()) {
-        start(m_asked, std::move(prepare), [this](PreparedRestore prepared) {
-            replace(std::move(prepared));
-        });
+        start(m_asked, std::move(prepare),
+              [this](PreparedRestore prepared) { replace(std::move(prepared)); });
     }
 }
 

@@ -88,8 +88,7 @@ void BackupReader::take(std::vector<ListedBackup> files) {
 void BackupReader::startReading(std::size_t index) {
     const auto file = m_items.at(index).file;
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_runLoop,
-        withErrorsOnly([file, &log = m_log](storage::Work& work) {
+        m_runLoop, withErrorsOnly([file, &log = m_log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
         }),
         [this, file](std::future<storage::BackupSummary> outcome) {

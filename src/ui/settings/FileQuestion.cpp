@@ -20,9 +20,8 @@ QString extension() {
 }
 
 QFileDialog* makeDialog(QWidget& asker, const QString& title, FileQuestion::Receive receive) {
-    auto* const dialog =
-        new QFileDialog(asker.window(), title,
-                        QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    auto* const dialog = new QFileDialog(
+        asker.window(), title, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(dialog, &QFileDialog::fileSelected, &asker,
                      [receive = std::move(receive)](const QString& file) {

@@ -27,8 +27,7 @@ GeneralPane::GeneralPane(const Workspace& workspace, const Theme& theme)
     addDefaults(theme);
     m_settings =
         m_preferences.didChange().connect([this](app::AppPreferences::Property) { follow(); });
-    m_boards =
-        workspace.context.didChange().connect([this](const store::ChangeSet&) { follow(); });
+    m_boards = workspace.context.didChange().connect([this](const store::ChangeSet&) { follow(); });
     connect(&theme, &Theme::changed, this, &GeneralPane::follow);
     follow();
 }

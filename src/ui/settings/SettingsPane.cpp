@@ -16,8 +16,7 @@ SettingsPane::SettingsPane(const QString& title, const Theme& theme)
     auto* const whole = new QVBoxLayout(this);
     whole->setContentsMargins(0, 0, 0, 0);
     whole->addWidget(m_scroll);
-    m_column->addWidget(
-        new SettingsLabel(SettingsLabel::Kind::title, title, theme, m_content));
+    m_column->addWidget(new SettingsLabel(SettingsLabel::Kind::title, title, theme, m_content));
     m_column->addStretch();
     connect(&theme, &Theme::changed, this, &SettingsPane::applyTheme);
     applyTheme();

@@ -12,7 +12,8 @@ class ColumnLayout;
 class PanelScroll;
 
 /// One subject of the settings: its title, and under it groups of rows, in a column that scrolls.
-/// What is changed there holds at once, and what is changed elsewhere is shown at once. Main thread.
+/// What is changed there holds at once, and what is changed elsewhere is shown at once. Main
+/// thread.
 class SettingsPane : public QWidget {
     Q_OBJECT
 

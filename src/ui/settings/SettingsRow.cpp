@@ -1,10 +1,13 @@
 #include "ui/settings/SettingsRow.h"
 
+#include "ui/kit/controls/FlowLayout.h"
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/speech/Accessibility.h"
 
 #include <QAbstractButton>
-#include <QHBoxLayout>
+#include <QComboBox>
+
+#include <algorithm>
 
 namespace korvex::ui {
 
@@ -12,6 +15,8 @@ namespace {
 
 /// What a name is to have beside its control, in pixels at the standard font size.
 constexpr int kNarrowestName = 150;
+/// The widest that a choice is, in such pixels: a board can have a long name.
+constexpr int kWidestChoice = 240;
 
 /// Whether a screen reader knows it by the words on it.
 bool hasWords(const QWidget& control) {
@@ -19,6 +24,20 @@ bool hasWords(const QWidget& control) {
     return (button && !button->text().isEmpty()) || qobject_cast<const QLabel*>(&control) ||
            !control.accessibleName().isEmpty();
 }
+
+/// Wants room for all of its buttons in one line, and makes do with less.
+class ButtonLine final : public QWidget {
+public:
+    QSize sizeHint() const override {
+        QSize size(-layout()->spacing(), 0);
+        for (int i = 0; i < layout()->count(); ++i) {
+            const auto button = layout()->itemAt(i)->sizeHint();
+            size = {size.width() + layout()->spacing() + button.width(),
+                    std::max(size.height(), button.height())};
+        }
+        return size;
+    }
+};
 
 } // namespace
 
@@ -70,6 +89,10 @@ void SettingsRow::applyTheme() {
     m_lines->setContentsMargins(side, above, side, above);
     m_lines->setSpacing(m_theme.space(Space::small));
     m_name->setMinimumHeight(m_theme.extent(Extent::control));
+    if (qobject_cast<QComboBox*>(m_control)) {
+        m_control->setMinimumWidth(1); // less than its longest choice, where there is no room
+        m_control->setMaximumWidth(m_theme.scaled(kWidestChoice));
+    }
     if (m_words) {
         m_words->setSpacing(m_theme.space(Space::large));
         m_words->setNarrowest(m_theme.scaled(kNarrowestName));
@@ -84,16 +107,16 @@ SettingsLabel* settingsValue(const Theme& theme) {
 
 QWidget* settingsButtons(const QString& name, std::initializer_list<QWidget*> buttons,
                          const Theme& theme) {
-    auto* const holder = new QWidget;
-    holder->setAccessibleName(name);
-    Accessibility::setRole(*holder, QAccessible::Grouping);
-    auto* const row = new QHBoxLayout(holder);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(theme.space(Space::medium));
+    auto* const line = new ButtonLine;
+    line->setAccessibleName(name);
+    Accessibility::setRole(*line, QAccessible::Grouping);
+    auto* const flow = new FlowLayout(line);
+    flow->setContentsMargins(0, 0, 0, 0);
+    flow->setSpacing(theme.space(Space::medium));
     for (auto* const button : buttons) {
-        row->addWidget(button);
+        flow->addWidget(button);
     }
-    return holder;
+    return line;
 }
 
 } // namespace korvex::ui

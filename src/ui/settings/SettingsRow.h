@@ -11,7 +11,8 @@ namespace korvex::ui {
 class WordsAndButton;
 
 /// A line of the settings: a name, behind it what sets or tells the value, and under both what is
-/// to be known of it. Where there is no room beside the name, the control stands below. Main thread.
+/// to be known of it. Where there is no room beside the name, the control stands below. Main
+/// thread.
 class SettingsRow final : public QWidget {
     Q_OBJECT
 

@@ -62,8 +62,8 @@ SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDe
     showPane(0);
     resize(kFirstSize);
     if (const auto place = defaults.bytes(kGeometryKey)) {
-        restoreGeometry({reinterpret_cast<const char*>(place->data()),
-                         static_cast<qsizetype>(place->size())});
+        restoreGeometry(
+            {reinterpret_cast<const char*>(place->data()), static_cast<qsizetype>(place->size())});
     }
 }
 
@@ -83,7 +83,6 @@ void SettingsWindow::addRows() {
         connect(row, &SidebarRow::clicked, this, [this, i] { showPane(i); });
         connect(row, &SidebarRow::walked, this, [this, i](int direction) {
             showPane(std::clamp(i + direction, 0, m_stack->count() - 1));
-            focusList();
         });
         column->addWidget(row);
         m_rows.push_back(row);
@@ -105,6 +104,9 @@ void SettingsWindow::showPane(int index) {
         m_rows[i]->setChecked(static_cast<int>(i) == index);
     }
     m_choice->setCurrentIndex(index);
+    if (focusWidget() && m_list->isAncestorOf(focusWidget())) {
+        focusList(); // it goes along
+    }
 }
 
 void SettingsWindow::comeForward() {

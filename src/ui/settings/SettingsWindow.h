@@ -16,8 +16,8 @@ namespace korvex::ui {
 class SidebarRow;
 
 /// The settings: a list of panes, and beside it the one that is chosen; in a narrow window the list
-/// is a choice above the pane. Every change holds at once. Escape and Ctrl+W close the window, which
-/// remembers its place; what a pane is doing goes on. Main thread.
+/// is a choice above the pane. Every change holds at once. Escape and Ctrl+W close the window,
+/// which remembers its place; what a pane is doing goes on. Main thread.
 class SettingsWindow final : public QWidget {
     Q_OBJECT
 

@@ -37,8 +37,7 @@ void Navigation::start() {
     takeKeyboard();
 }
 
-app::AppPreferences::BoardID
-Navigation::launchBoardID(const app::AppPreferences& preferences) {
+app::AppPreferences::BoardID Navigation::launchBoardID(const app::AppPreferences& preferences) {
     return preferences.launchDestination() == app::AppPreferences::LaunchDestination::board
                ? preferences.launchBoardID()
                : preferences.mainBoardSelectedBoardID();

@@ -66,15 +66,19 @@ protected:
         QStringList lines;
         for (const auto* const label : settings->findChildren<SettingsLabel*>()) {
             if (label->isVisible()) {
-                auto text = label->text();
-                lines.append(text.remove(QChar(0x200B)));
+                lines.append(label->text());
             }
         }
-        return toUtf8(lines.join(QLatin1Char('\n')));
+        return plain(lines.join(QLatin1Char('\n')));
+    }
+    /// As it is typed: without places to break a line, and with plain spaces.
+    static std::string plain(QString text) {
+        return toUtf8(text.remove(QChar(0x200B)).replace(QChar(0x202F), QLatin1Char(' ')));
     }
     /// Answers the dialog that the button opens, after something else has happened.
-    void answer(const char* button, const std::filesystem::path& file,
-                const std::function<void()>& before = [] {}) {
+    void answer(
+        const char* button, const std::filesystem::path& file,
+        const std::function<void()>& before = [] {}) {
         press(button);
         auto* const dialog = settings->findChild<QFileDialog*>();
         ASSERT_TRUE(dialog) << button;
@@ -97,8 +101,12 @@ protected:
         workUntil([&] { return words().find(text) != std::string::npos; });
     }
     std::string question() {
-        auto* const sheet = settings->findChild<ConfirmationSheet*>();
-        return sheet ? toUtf8(sheet->accessibleName()) : std::string();
+        for (const auto* const sheet : settings->findChildren<ConfirmationSheet*>()) {
+            if (sheet->isVisible()) {
+                return plain(sheet->accessibleName());
+            }
+        }
+        return {};
     }
 
     SettingsWindow* settings = nullptr;

@@ -11,9 +11,9 @@
 namespace korvex::ui {
 namespace {
 
+using app::AppPreferences;
 using ::testing::HasSubstr;
 using ::testing::Not;
-using app::AppPreferences;
 using Destination = AppPreferences::LaunchDestination;
 
 class SettingsTest : public tests::SettingsFixture {

@@ -23,7 +23,10 @@ public:
         return {words.width() + 2 * m_theme.space(Space::large),
                 m_theme.extent(Extent::control) - edge};
     }
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    /// Less room shortens the words.
+    QSize minimumSizeHint() const override {
+        return {2 * m_theme.space(Space::large), sizeHint().height()};
+    }
 
 protected:
     bool hitButton(const QPoint& place) const override { return rect().contains(place); }
@@ -40,7 +43,10 @@ protected:
                 QColor());
         }
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
+        const auto room = width() - 2 * m_theme.space(Space::small);
+        painter.drawText(
+            rect(), Qt::AlignCenter | Qt::TextShowMnemonic,
+            fontMetrics().elidedText(text(), Qt::ElideRight, room, Qt::TextShowMnemonic));
         Shapes::paintFocusRing(painter, *this);
     }
 
