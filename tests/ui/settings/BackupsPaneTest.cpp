@@ -39,6 +39,12 @@ protected:
         press("Import");
         workUntilSaid("Backup restored. A recovery copy of the previous data is kept locally.");
     }
+    void typeIntoNewTodo(const QString& text) {
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        page().startTodo();
+        QTest::keyClicks(QApplication::focusWidget(), text);
+    }
     void write(const std::string& text, std::uintmax_t size) {
         std::ofstream(backup()) << text;
         std::filesystem::resize_file(backup(), size);
@@ -100,8 +106,10 @@ TEST_F(BackupsPaneTest, WhatIsRefusedLeavesAllAsItWasAndSaysWhy) {
         EXPECT_EQ(question(), "") << each.what;
     }
     std::filesystem::create_directory(folder / "gone");
-    answer("Export…", folder / "gone" / "mine.korvexbackup",
-           [&] { std::filesystem::remove(folder / "gone"); });
+    answer("Export…", folder / "gone" / "mine.korvexbackup", [&] {
+        std::filesystem::remove(folder / "gone");
+        std::ofstream(folder / "gone") << "a file";
+    });
     workUntilSaid("Could not export the backup. Check the selected location and try again.\n");
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
 }
@@ -120,14 +128,11 @@ TEST_F(BackupsPaneTest, WhatIsCancelledHasChangedNothing) {
 
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
     add({"mine"});
-    open();
-    page().startTodo();
-    type("typed");
     openSettings(backups);
+    typeIntoNewTodo(QStringLiteral("typed"));
     exportAll();
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine", "typed"));
-    page().startTodo();
-    QTest::keyClicks(QApplication::focusWidget(), QString(10'001, QLatin1Char('x')));
+    typeIntoNewTodo(QString(10'001, QLatin1Char('x')));
     for (const auto* const button : {"Export…", "Import…"}) {
         press(button);
         EXPECT_THAT(words(), HasSubstr("Your open edits could not be saved. Resolve the save error "
@@ -144,10 +149,7 @@ TEST_F(BackupsPaneTest, WordsThatAreTypedMeanwhileAreOffered) {
     exportAll();
     chooseImport();
     press("Import");
-    window->activateWindow();
-    EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-    page().startTodo();
-    type("half a thou");
+    typeIntoNewTodo(QStringLiteral("half a thou"));
     workUntilSaid("Backup restored.");
     EXPECT_TRUE(QTest::qWaitFor([&] { return page().isEditing(); }));
     EXPECT_THAT(toUtf8(tests::shownRefusal(page())), HasSubstr("was replaced meanwhile"));

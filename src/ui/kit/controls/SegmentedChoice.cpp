@@ -15,7 +15,9 @@ namespace {
 class Segment final : public QRadioButton {
 public:
     Segment(const QString& title, const Theme& theme, QWidget* parent)
-        : QRadioButton(title, parent), m_theme(theme) {}
+        : QRadioButton(title, parent), m_theme(theme) {
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
 
     QSize sizeHint() const override {
         const auto words = fontMetrics().size(Qt::TextShowMnemonic, text());
