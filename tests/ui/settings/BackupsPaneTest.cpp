@@ -184,6 +184,7 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     workUntilSaid("Backup restored.");
     EXPECT_THAT(boardNames(), ElementsAre("Inbox", "Work"));
 
+    log.expectError("Backup operation failed");
     std::filesystem::rename(chosen, folder / "elsewhere");
     press("Back Up Now");
     workUntilSaid(storage::AutomaticBackupService::kFailure);
