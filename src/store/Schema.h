@@ -1,5 +1,6 @@
 #pragma once
 
+#include "store/Migration.h"
 #include "store/RecordType.h"
 
 #include <cstdint>
@@ -24,6 +25,8 @@ struct Schema {
     std::span<const SchemaVersion> history;
     /// Owners before the records they own.
     std::span<const RecordType* const> types;
+    /// How a store of an older version becomes one of this; null where none does.
+    const MigrationPlan* migrations = nullptr;
 };
 
 } // namespace korvex::store

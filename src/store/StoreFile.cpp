@@ -1,6 +1,7 @@
 #include "store/StoreFile.h"
 
 #include "base/Uuid.h"
+#include "store/OlderTable.h"
 #include "store/Statement.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
@@ -15,6 +16,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 
 namespace korvex::store {
 
@@ -33,6 +35,12 @@ std::int64_t pragma(sqlite3* database, const char* name) {
     return value;
 }
 
+[[noreturn]] void throwSystemError(int error) {
+    throw StoreError(error == ENOSPC || error == EDQUOT ? StoreErrorCase::full
+                                                        : StoreErrorCase::inputOutput,
+                     std::strerror(error));
+}
+
 void syncPath(const std::filesystem::path& path, int flags) {
     const auto descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
     const auto isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
@@ -41,32 +49,30 @@ void syncPath(const std::filesystem::path& path, int flags) {
         ::close(descriptor);
     }
     if (!isSynced) {
-        throw StoreError(error == ENOSPC ? StoreErrorCase::full : StoreErrorCase::inputOutput,
-                         std::strerror(error));
+        throwSystemError(error);
     }
 }
 
-void fill(const std::filesystem::path& staging, const Schema& schema) {
-    SQLite::Database database(staging.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-    database.exec("PRAGMA synchronous = FULL");
-    SQLite::Transaction transaction(database);
-    database.exec("PRAGMA application_id = " + std::to_string(StoreFile::kApplicationID));
-    database.exec("PRAGMA user_version = " + std::to_string(schema.version.number));
-    for (const auto& sql : tableSql::createCommonStatements()) {
-        database.exec(sql);
+void rename(const std::filesystem::path& from, const std::filesystem::path& to, unsigned how) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), how) != 0) {
+        throwSystemError(errno);
     }
-    for (const auto* type : schema.types) {
-        for (const auto& sql : tableSql::createStatements(*type)) {
-            database.exec(sql);
+}
+
+/// What cannot be removed now is left for the next time.
+void removeFiles(const std::filesystem::path& directory,
+                 const std::function<bool(const std::string& name)>& isMeant) {
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator at(directory, ignored), end; !ignored && at != end;
+         at.increment(ignored)) {
+        if (isMeant(at->path().filename().string())) {
+            std::error_code failure;
+            std::filesystem::remove(at->path(), failure);
         }
     }
-    Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
-    const auto storeID = base::Uuid::random();
-    identify.bind(0, storeID);
-    identify.run();
-    transaction.commit();
-    database.exec("PRAGMA journal_mode = WAL");
 }
+
+constexpr std::string_view kStagingMark = ".new-";
 
 } // namespace
 
@@ -78,10 +84,6 @@ std::filesystem::path StoreFile::withSuffix(const char* suffix) const {
 
 std::filesystem::path StoreFile::directory() const {
     return m_file.has_parent_path() ? m_file.parent_path() : std::filesystem::path(".");
-}
-
-std::string StoreFile::stagingPrefix() const {
-    return "." + m_file.filename().string() + ".new-";
 }
 
 bool StoreFile::exists() const {
@@ -117,39 +119,143 @@ bool StoreFile::isWritable() const {
            (::access(lock.c_str(), F_OK) != 0 || ::access(lock.c_str(), W_OK) == 0);
 }
 
-void StoreFile::create(const Schema& schema) const {
-    const auto staging = directory() / (stagingPrefix() + base::Uuid::random().text());
-    try {
-        fill(staging, schema);
-        // A person's notes are nobody else's; the journal takes over the file's permissions.
-        std::filesystem::permissions(staging, std::filesystem::perms::owner_read |
-                                                  std::filesystem::perms::owner_write);
-        syncPath(staging, O_RDWR);
-        if (::renameat2(AT_FDCWD, staging.c_str(), AT_FDCWD, m_file.c_str(), RENAME_NOREPLACE) !=
-            0) {
-            throw StoreError(errno == ENOSPC ? StoreErrorCase::full : StoreErrorCase::inputOutput,
-                             std::strerror(errno));
+void StoreFile::writeEmpty(const std::filesystem::path& file, const Schema& schema) {
+    SQLite::Database database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec("PRAGMA synchronous = FULL");
+    SQLite::Transaction transaction(database);
+    database.exec("PRAGMA application_id = " + std::to_string(kApplicationID));
+    database.exec("PRAGMA user_version = " + std::to_string(schema.version.number));
+    for (const auto& sql : tableSql::createCommonStatements()) {
+        database.exec(sql);
+    }
+    for (const auto* type : schema.types) {
+        for (const auto& sql : tableSql::createStatements(*type)) {
+            database.exec(sql);
         }
+    }
+    Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
+    const auto storeID = base::Uuid::random();
+    identify.bind(0, storeID);
+    identify.run();
+    transaction.commit();
+    database.exec("PRAGMA journal_mode = WAL");
+}
+
+void StoreFile::create(const Schema& schema) const {
+    createBy([&](const std::filesystem::path& staging) { writeEmpty(staging, schema); });
+}
+
+std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
+    auto staging = directory() / ("." + m_file.filename().string());
+    staging += std::string(kStagingMark) + base::Uuid::random().text();
+    fill(staging);
+    // A person's notes are nobody else's; the journal takes over the file's permissions.
+    std::error_code isNew;
+    const auto permissions = std::filesystem::status(m_file, isNew).permissions();
+    std::filesystem::permissions(staging, exists() ? permissions
+                                                   : std::filesystem::perms::owner_read |
+                                                         std::filesystem::perms::owner_write);
+    syncPath(staging, O_RDWR);
+    return staging;
+}
+
+void StoreFile::createBy(const Filling& fill) const {
+    place(fill, [&](const std::filesystem::path& staging) {
+        rename(staging, m_file, RENAME_NOREPLACE);
+    });
+}
+
+void StoreFile::place(const Filling& fill, const Filling& moveIn) const {
+    try {
+        moveIn(makeStaging(fill));
         syncPath(directory(), O_RDONLY | O_DIRECTORY);
     } catch (const SQLite::Exception& error) {
         removeStaging();
         throwSqliteError(nullptr, error.getExtendedErrorCode());
+    } catch (const std::filesystem::filesystem_error& error) {
+        removeStaging();
+        throw StoreError(StoreErrorCase::inputOutput, error.code().message());
     } catch (...) {
         removeStaging();
         throw;
     }
 }
 
+void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept) const {
+    place(fill, [&](const std::filesystem::path& staging) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(kept, m_file, ignored) ||
+            ::link(m_file.c_str(), kept.c_str()) == 0) {
+            rename(staging, m_file, 0);
+            return;
+        }
+        if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS) {
+            throwSystemError(errno);
+        }
+        // A file system without links. Under its later name at once: a kill before the exchange
+        // leaves a copy too many, a kill after it must not leave the former store as staging.
+        rename(staging, kept, RENAME_NOREPLACE);
+        try {
+            rename(kept, m_file, RENAME_EXCHANGE);
+        } catch (const StoreError&) {
+            std::filesystem::remove(kept, ignored);
+            throw;
+        }
+    });
+}
+
 void StoreFile::removeStaging() const {
+    const auto prefix = "." + m_file.filename().string();
+    removeFiles(directory(), [&](const std::string& name) {
+        return name.starts_with(prefix) && name.find(kStagingMark, prefix.size()) != name.npos;
+    });
+}
+
+std::string StoreFile::keptPrefix(std::string_view what) const {
+    return m_file.filename().string() + "." + std::string(what) + "-";
+}
+
+std::filesystem::path StoreFile::keptName(std::string_view what) const {
+    const auto prefix = keptPrefix(what);
     std::error_code ignored;
-    const auto prefix = stagingPrefix();
     for (std::filesystem::directory_iterator at(directory(), ignored), end; !ignored && at != end;
          at.increment(ignored)) {
-        if (at->path().filename().string().starts_with(prefix)) {
-            std::error_code failure;
-            std::filesystem::remove(at->path(), failure);
+        std::error_code failure;
+        if (at->path().filename().string().starts_with(prefix) &&
+            std::filesystem::equivalent(at->path(), m_file, failure)) {
+            return at->path();
         }
     }
+    const auto now = std::time(nullptr);
+    std::tm parts{};
+    ::gmtime_r(&now, &parts);
+    std::array<char, 32> moment{};
+    std::strftime(moment.data(), moment.size(), "%Y%m%d-%H%M%S", &parts);
+    return directory() / (prefix + moment.data() + "-" + base::Uuid::random().text());
+}
+
+void StoreFile::removeKept(std::string_view what) const noexcept {
+    const auto prefix = keptPrefix(what);
+    removeFiles(directory(), [&](const std::string& name) { return name.starts_with(prefix); });
+}
+
+std::string StoreFile::uri(const std::filesystem::path& path, std::string_view query) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const auto character : std::filesystem::absolute(path).string()) {
+        const auto byte = static_cast<unsigned char>(character);
+        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
+                            byte == '-' || byte == '_';
+        if (isSafe) {
+            uri += character;
+        } else {
+            uri += '%';
+            uri += kDigits[byte >> 4U];
+            uri += kDigits[byte & 15U];
+        }
+    }
+    return uri + std::string(query);
 }
 
 void StoreFile::checkHeader(sqlite3* database) const {
@@ -184,17 +290,18 @@ void StoreFile::checkHeader(sqlite3* database) const {
     }
 }
 
-void StoreFile::checkVersion(sqlite3* database, const Schema& schema) {
+std::int32_t StoreFile::version(sqlite3* database, const Schema& schema) {
     if (pragma(database, "application_id") != kApplicationID) {
         throw StoreError(StoreErrorCase::notAStore);
     }
-    const auto number = pragma(database, "user_version");
+    const auto number = static_cast<std::int32_t>(pragma(database, "user_version"));
     if (number > schema.version.number) {
         throw StoreError(StoreErrorCase::newerVersion);
     }
     if (number < schema.version.number) {
-        throw StoreError(StoreErrorCase::olderVersion);
+        static_cast<void>(olderTables(schema, number));
     }
+    return number;
 }
 
 } // namespace korvex::store

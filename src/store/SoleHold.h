@@ -1,0 +1,30 @@
+#pragma once
+
+#include "store/StoreFile.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <chrono>
+#include <memory>
+
+namespace korvex::store {
+
+/// A connection that nobody else shares the store with while it lives, with the journal moved into
+/// the file: only such a file may be replaced, since SQLite finds a journal by the file's name. The
+/// write lock must be held all the time.
+class SoleHold {
+public:
+    /// Waits that long for other connections to close. Throws StoreError: `busy` when that was not
+    /// enough.
+    SoleHold(const StoreFile& file, std::chrono::milliseconds patience);
+
+    sqlite3* handle() const { return m_database->getHandle(); }
+
+private:
+    /// False while another connection is open.
+    bool tryToTake();
+
+    std::unique_ptr<SQLite::Database> m_database;
+};
+
+} // namespace korvex::store
