@@ -15,6 +15,13 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
     return error ? fs::absolute(folder) : canonical;
 }
 
+std::optional<fs::path> legacyStoreFile(const fs::path& dataDirectory) {
+    if (dataDirectory != app::dataDirectory(std::nullopt)) {
+        return std::nullopt;
+    }
+    return userFolder("XDG_DATA_HOME", ".local/share") / "Korvex" / "default.store";
+}
+
 fs::path storeFile(const fs::path& dataDirectory) {
     return dataDirectory / kStoreFileName;
 }

@@ -13,6 +13,10 @@ inline constexpr const char* kStoreFileName = "Primary.store";
 /// `~/.local/share/korvex`. Nothing is created.
 std::filesystem::path dataDirectory(const std::optional<std::filesystem::path>& given);
 
+/// Where programs from before all shared one store kept theirs: `$XDG_DATA_HOME/Korvex/default.store`.
+/// Only the user's own data folder takes it over; absent for any other.
+std::optional<std::filesystem::path> legacyStoreFile(const std::filesystem::path& dataDirectory);
+
 /// The store file inside it.
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
 
