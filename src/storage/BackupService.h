@@ -15,7 +15,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <span>
 #include <vector>
 
 namespace korvex::storage {
@@ -63,8 +62,11 @@ struct PreparedRestore {
 PreparedRestore prepareRestore(backup::BackupDocument document, store::ModelContainer& container,
                                const std::filesystem::path& recoveryFile, base::Instant now,
                                base::LogSink& log, Work& work);
-/// The same to take a restore back: what comes back is in the recovery snapshot, which stays until
-/// it is back in the store. Throws FileError too where there is none.
+/// What taking a restore back would bring. Throws what `readBackup` throws, and FileError where no
+/// snapshot is kept.
+backup::BackupDocument recoveredDocument(const std::filesystem::path& recoveryFile, Work& work);
+/// The same as `prepareRestore` to take a restore back: what comes back is in the recovery
+/// snapshot, which stays until it is back in the store. Throws what `recoveredDocument` throws too.
 PreparedRestore prepareUndo(store::ModelContainer& container,
                             const std::filesystem::path& recoveryFile, base::Instant now,
                             base::LogSink& log, Work& work);
@@ -90,11 +92,6 @@ public:
 
     /// Whether a store is replicated, so that it must not be replaced.
     static bool isCloudBacked(const store::ModelContainer& container);
-    enum class CloudConfigured { no, yes };
-    /// Throws BackupError `cloudRestoreUnsupported`.
-    static void
-    validateRestoreConfiguration(std::span<const store::ModelConfiguration> configurations,
-                                 CloudConfigured cloudConfigured);
     /// Whether the store could be replaced now. Throws BackupError `cloudRestoreUnsupported` and
     /// `pendingChanges`, EntryServiceError `readOnlyStore`. To be asked before anything is
     /// prepared.
@@ -115,9 +112,6 @@ public:
                                            base::Instant now, Work& work) const;
 
 private:
-    void checkRevision(const RecoverySnapshot& snapshot, Work& work) const;
-    void replace(store::ModelContext& context, backup::BackupDocument document, Work& work) const;
-
     store::ModelContext* m_context;
     services::ReminderReconciling* m_reminders;
     services::WidgetReloading* m_widgets;

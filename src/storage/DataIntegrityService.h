@@ -3,38 +3,12 @@
 #include "base/Instant.h"
 #include "base/Log.h"
 #include "base/Uuid.h"
+#include "storage/RepairReport.h"
 #include "store/ModelContext.h"
 
-#include <cstddef>
 #include <functional>
-#include <map>
-#include <string>
 
 namespace korvex::storage {
-
-/// What a repair found to be wrong.
-enum class RepairKind {
-    doubledSystemBoards,
-    systemMarks,
-    boardNames,
-    boardLooks,
-    entriesWithoutBoard,
-    entryTypes,
-    completion,
-    schedules,
-    dates,
-    boardOrder,
-    entryOrder,
-};
-/// In English, of so many values: "2 entries without a board are on the Inbox".
-std::string descriptionOf(RepairKind kind, std::size_t count);
-
-/// How many values of each kind were repaired; what is not in it was sound.
-struct RepairReport {
-    std::map<RepairKind, std::size_t> repaired;
-
-    std::size_t count() const;
-};
 
 /// Brings the metadata of a store into a state that a backup may have, without a change to any
 /// word, formatted text or attachment. A value over its context, which must outlive it. The
@@ -55,7 +29,7 @@ public:
         /// Called for each board that another takes the place of, once that is saved.
         std::function<void(const base::Uuid& from, const base::Uuid& to)> onMergedBoard = {};
     };
-    /// Reads the values that can be wrong; a sound store is not locked and no records are made of
+    /// Reads the values that can be wrong; a sound store is not locked, and no records are made of
     /// its entries. Entries are judged as they are stored, so the context must not have changed
     /// any. Throws StoreError, and then nothing is changed.
     RepairReport repair(const Request& request) const;

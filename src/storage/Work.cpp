@@ -17,6 +17,11 @@ void Work::begin(Stage stage, std::uint64_t parts) {
     tell();
 }
 
+void Work::beginForGood(Stage stage, std::uint64_t parts) {
+    m_stop = {};
+    begin(stage, parts);
+}
+
 void Work::tell() {
     m_next = m_done + std::max<std::uint64_t>(m_parts / kSteps, 1);
     checkCancellation();

@@ -48,6 +48,8 @@ public:
     /// A stage begins that has so many parts, of whatever kind; none where nobody knows. Throws
     /// Cancelled.
     void begin(Stage stage, std::uint64_t parts = 0);
+    /// The same of one that is too late to cancel, as is all that follows.
+    void beginForGood(Stage stage, std::uint64_t parts = 0);
     /// Costs next to nothing, so it can be called for each row. Throws Cancelled.
     void advance(std::uint64_t parts) {
         m_done += parts;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string>
 
 namespace korvex::store {
 
@@ -12,7 +13,7 @@ struct ModelConfiguration {
 
     /// An empty path: the store lives in memory and ends with its container.
     std::filesystem::path file = {};
-    /// Where this is false, the store is read and never written, not even its companions.
+    /// Where this is false, the store is read and never written, beside whoever else writes to it.
     bool allowsSave = true;
     Missing whenMissing = Missing::create;
     /// What becomes of a store that an older version of the schema has written. To upgrade it takes
@@ -20,6 +21,8 @@ struct ModelConfiguration {
     Older whenOlder = Older::refuse;
     /// How long a step waits for another program's before it gives up with `busy`.
     std::chrono::milliseconds lockTimeout{10'000};
+    /// With what the store is kept in step elsewhere; empty for a store of this machine alone.
+    std::string cloudContainerIdentifier = {};
 
     bool isInMemory() const { return file.empty(); }
 };

@@ -23,8 +23,10 @@ struct StoreCheckReport {
     std::vector<std::string> problems;
 };
 
-/// One open store. Several contexts can work on it; other processes can have it open too. Main
-/// thread; contexts must end before their container.
+/// One open store. Several contexts can work on it; other processes and other containers of this
+/// one can have it open too. It shares nothing with those, so each thread may have containers of
+/// its own; "main thread" in this folder means the one thread to which a container, its contexts
+/// and their records belong. Contexts must end before their container.
 class ModelContainer {
 public:
     /// Opens, creates or upgrades the store; creation and upgrade are all or nothing. Never overwrites a file that it

@@ -142,12 +142,8 @@ void StoreConnection::openDatabase() {
         m_allowsSave = false;
     }
     if (!m_allowsSave) {
-        // Without a journal nothing is missing from the file itself, and it opens where not even
-        // the journal's companions can be made.
-        const std::string uri =
-            StoreFile::uri(m_file.path(), m_file.hasJournal() ? "?mode=ro" : "?mode=ro&immutable=1");
-        m_database = std::make_unique<SQLite::Database>(uri, SQLite::OPEN_READONLY |
-                                                                 SQLite::OPEN_URI | kNoMutex);
+        m_database = std::make_unique<SQLite::Database>(
+            m_file.readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI | kNoMutex);
         configure();
         return;
     }

@@ -16,14 +16,6 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{10};
 
-SQLite::Database openForReading(const StoreFile& file) {
-    // Without a journal nothing is missing from the file itself, and it opens where not even the
-    // journal's companions can be made.
-    const auto uri =
-        StoreFile::uri(file.path(), file.hasJournal() ? "?mode=ro" : "?mode=ro&immutable=1");
-    return {uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI};
-}
-
 } // namespace
 
 void copyStore(const std::filesystem::path& store, const std::filesystem::path& copy) {
@@ -40,7 +32,8 @@ void copyStore(const std::filesystem::path& store, const std::filesystem::path& 
     }
     const StoreLock::Guard guard(lock ? &*lock : nullptr);
     try {
-        const auto database = openForReading(file);
+        const SQLite::Database database(file.readingUri(),
+                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
         file.checkHeader(database.getHandle());
         StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
             copyDatabase(database.getHandle(), staging);

@@ -22,7 +22,7 @@ std::string description(StoreErrorCase which) {
                "It has been left as it is.";
     case StoreErrorCase::needsUpgrade:
         return "The store was written by an older version of Korvex and has not been upgraded yet. "
-               "It has been left as it is.";
+               "Open Korvex once to upgrade it. It has been left as it is.";
     case StoreErrorCase::noFolder:
         return "The folder of the store cannot be made.";
     case StoreErrorCase::unreadable:

@@ -72,6 +72,26 @@ void removeFiles(const std::filesystem::path& directory,
     }
 }
 
+/// A path as a URI for SQLite, every byte that is not plainly safe escaped.
+std::string uri(const std::filesystem::path& path, std::string_view query) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const auto character : std::filesystem::absolute(path).string()) {
+        const auto byte = static_cast<unsigned char>(character);
+        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
+                            byte == '-' || byte == '_';
+        if (isSafe) {
+            uri += character;
+        } else {
+            uri += '%';
+            uri += kDigits[byte >> 4U];
+            uri += kDigits[byte & 15U];
+        }
+    }
+    return uri + std::string(query);
+}
+
 constexpr std::string_view kStagingMark = ".new-";
 
 } // namespace
@@ -113,9 +133,13 @@ std::uintmax_t StoreFile::journalSize() const {
                                                    : 0;
 }
 
+bool StoreFile::allowsCompanions() const {
+    return ::access(directory().c_str(), W_OK) == 0;
+}
+
 bool StoreFile::isWritable() const {
     const auto lock = lockFile();
-    return ::access(directory().c_str(), W_OK) == 0 && ::access(m_file.c_str(), W_OK) == 0 &&
+    return allowsCompanions() && ::access(m_file.c_str(), W_OK) == 0 &&
            (::access(lock.c_str(), F_OK) != 0 || ::access(lock.c_str(), W_OK) == 0);
 }
 
@@ -239,23 +263,11 @@ void StoreFile::removeKept(std::string_view what) const noexcept {
     removeFiles(directory(), [&](const std::string& name) { return name.starts_with(prefix); });
 }
 
-std::string StoreFile::uri(const std::filesystem::path& path, std::string_view query) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string uri = "file:";
-    for (const auto character : std::filesystem::absolute(path).string()) {
-        const auto byte = static_cast<unsigned char>(character);
-        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
-                            byte == '-' || byte == '_';
-        if (isSafe) {
-            uri += character;
-        } else {
-            uri += '%';
-            uri += kDigits[byte >> 4U];
-            uri += kDigits[byte & 15U];
-        }
-    }
-    return uri + std::string(query);
+std::string StoreFile::readingUri() const {
+    // Where not even the journal's companions can be made, the file alone opens if it has no
+    // journal. Elsewhere it must not: it would be read while a checkpoint writes to it.
+    return uri(m_file,
+               hasJournal() || allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
 }
 
 void StoreFile::checkHeader(sqlite3* database) const {

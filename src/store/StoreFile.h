@@ -32,6 +32,8 @@ public:
     bool hasJournal() const { return journalSize() > 0; }
     /// In bytes; 0 where there is none.
     std::uintmax_t journalSize() const;
+    /// Whether this process can make files beside it.
+    bool allowsCompanions() const;
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;
 
@@ -60,8 +62,8 @@ public:
     /// Removes every file of such a name. Failures are for the next time.
     void removeKept(std::string_view what) const noexcept;
 
-    /// A path as a URI for SQLite, every byte that is not plainly safe escaped.
-    static std::string uri(const std::filesystem::path& path, std::string_view query);
+    /// The URI under which SQLite opens the store for reading only.
+    std::string readingUri() const;
 
     /// Looks at the header of an open database; throws `notAStore` for a file that is cut short.
     void checkHeader(sqlite3* database) const;

@@ -68,6 +68,9 @@ public:
     /// the command.
     store::ModelContainer& openExisting();
 
+    /// For a command that changes the store past these: `announceChanges` has something to tell.
+    void noteChange() { m_hasSaved = true; }
+
     /// Tells the other programs, once, when something was saved.
     void announceChanges() const;
     /// The last thing: leaves the store as a program that ends should.
@@ -79,7 +82,7 @@ public:
 private:
     struct Services;
 
-    store::ModelContainer& open(store::ModelConfiguration::Missing whenMissing);
+    void keep(std::unique_ptr<store::ModelContainer> container);
     Services& services();
 
     Environment m_environment;
