@@ -94,11 +94,23 @@ void publish(const fs::path& staged, const fs::path& store) {
     }
 }
 
-bool exists(const fs::path& file) {
+bool isThere(const fs::path& file) {
     std::error_code failure;
     const auto status = fs::status(file, failure);
     // What cannot be looked at is left to whoever opens it, with the reason.
     return status.type() != fs::file_type::not_found;
+}
+
+/// Of whatever version. Throws StoreError.
+void checkThatItIsAStore(const fs::path& file, base::LogSink& log) {
+    try {
+        store::ModelContainer::open(SharedModelContainer::schema(),
+                                    {.file = file, .allowsSave = false}, log);
+    } catch (const store::StoreError& error) {
+        if (error.which() != store::StoreErrorCase::needsUpgrade) {
+            throw;
+        }
+    }
 }
 
 } // namespace
@@ -110,34 +122,35 @@ void SharedStoreMigration::prepare(const std::optional<fs::path>& legacyURL,
                                    const fs::path& directory) const {
     const auto store = app::storeFile(directory);
     if (storeMarkers::isSet(store, storeMarkers::kPrepared)) {
-        if (!exists(store)) {
+        if (!isThere(store)) {
             throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
         }
         StagingFolder::removeLeftovers(directory);
         return;
     }
     StagingFolder::removeLeftovers(directory);
-    try {
-        if (exists(store)) {
-            if (::access(directory.c_str(), W_OK) != 0) {
-                return;
-            }
-        } else if (legacyURL && exists(*legacyURL)) {
-            carryOver(*legacyURL, store);
-        } else {
-            store::ModelContainer::open(SharedModelContainer::schema(), {.file = store}, *m_sink);
+    if (isThere(store)) {
+        if (::access(directory.c_str(), W_OK) != 0) {
+            return;
         }
-        storeMarkers::set(store, storeMarkers::kPrepared);
-    } catch (const base::Error& error) {
-        m_log.error("Migration failed; original untouched: " + error.errorDescription() + " (" +
-                    std::to_string(error.code()) + ")");
-        throw;
+        checkThatItIsAStore(store, *m_sink);
+    } else if (legacyURL && isThere(*legacyURL)) {
+        try {
+            carryOver(*legacyURL, store);
+        } catch (const base::Error& error) {
+            m_log.error("Migration failed; original untouched: " + error.errorDescription() + " (" +
+                        std::to_string(error.code()) + ")");
+            throw;
+        }
+    } else {
+        store::ModelContainer::open(SharedModelContainer::schema(), {.file = store}, *m_sink);
     }
+    storeMarkers::set(store, storeMarkers::kPrepared);
 }
 
 void SharedStoreMigration::carryOver(const fs::path& legacy, const fs::path& store) const {
     // Another store's journal would be taken for one of the store that is published here.
-    if (exists(store.string() + "-wal")) {
+    if (isThere(store.string() + "-wal")) {
         throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
     }
     const StagingFolder staging(store.parent_path());

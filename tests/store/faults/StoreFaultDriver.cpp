@@ -3,7 +3,8 @@
 //   kill or to fail at any system call of it. One line for each thing that happened: "acknowledged"
 //   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
-//   what is wrong with it, and proves that it can still be written.
+//   what is wrong with it, and proves that it can still be written. verify-salvaged allows for what
+//   is missing.
 
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
@@ -15,6 +16,9 @@
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
+#include "store/StoreSalvage.h"
+#include "store/StoreUpgrade.h"
+#include "support/OldStore.h"
 #include "support/SilentLog.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -23,6 +27,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -53,8 +59,12 @@ struct Program {
     std::unique_ptr<store::ModelContext> context;
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
-        container = store::ModelContainer::open(model::currentSchema(),
-                                                {.file = file, .whenMissing = whenMissing}, log);
+        container = store::ModelContainer::open(
+            model::currentSchema(),
+            {.file = file,
+             .whenMissing = whenMissing,
+             .whenOlder = store::ModelConfiguration::Older::upgrade},
+            log);
         context = std::make_unique<store::ModelContext>(*container);
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
@@ -203,6 +213,9 @@ void checkpoint(Program& program) {
     program.container->checkpoint();
 }
 
+/// Opening has done it.
+void upgrade(Program&) {}
+
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
     {"prepare", prepare},
@@ -220,7 +233,50 @@ const std::map<std::string, Operation> kOperations{
     {"restore-deleted", restoreDeleted},
     {"save", save},
     {"checkpoint", checkpoint},
+    {"upgrade", upgrade},
 };
+
+/// A store of the oldest version, for the upgrade to start from.
+void prepareOld(const std::string& file) {
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    tests::OldStore old(file, tests::OldStore::version("V10"));
+    const auto board = base::Uuid::random();
+    old.addBoard({{"id", board},
+                  {"name", std::string("Inbox")},
+                  {"createdAt", 1.0},
+                  {"updatedAt", 1.0},
+                  {"sortOrder", std::int64_t{0}},
+                  {"isSystem", std::int64_t{1}}});
+    for (std::int64_t i = 0; i < kPreparedTodos; ++i) {
+        old.addEntry({{"id", base::Uuid::random()},
+                      {"type", std::string(i % 2 == 0 ? "todo" : "text")},
+                      {"content", "old " + std::to_string(i) + std::string(500, 'x')},
+                      {"createdAt", 1.0},
+                      {"updatedAt", 1.0},
+                      {"sortOrder", i},
+                      {"isCompleted", std::int64_t{0}},
+                      {"board", board}});
+    }
+}
+
+/// A page of entries is gone.
+void prepareDamaged(const std::string& file) {
+    Program program;
+    program.open(file, store::ModelConfiguration::Missing::create);
+    prepare(program);
+    std::vector<std::string> contents;
+    for (int i = 0; i < kPreparedTodos; ++i) {
+        contents.push_back(std::to_string(i) + std::string(900, 'y'));
+    }
+    program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
+    program.container->checkpoint();
+    const int page = SQLite::Database(file, SQLite::OPEN_READONLY)
+                         .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
+                                     "pagetype = 'leaf'");
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(std::streamoff{4096} * (page - 1));
+    stream << std::string(4096, '\0');
+}
 
 /// Whether it succeeded; a refusal is said.
 bool attempt(const char* what, const std::function<void()>& work) {
@@ -231,6 +287,18 @@ bool attempt(const char* what, const std::function<void()>& work) {
         say(std::string("refused ") + what + ": " + error.errorDescription());
         return false;
     }
+}
+
+int performSalvage(const std::string& file) {
+    const auto salvage = [&] {
+        tests::SilentLog log;
+        store::salvageStore(file, model::currentSchema(), std::chrono::milliseconds(50), log);
+    };
+    if (!attempt("operation", salvage) && !attempt("operation again", salvage)) {
+        return 1;
+    }
+    say("acknowledged");
+    return 0;
 }
 
 int perform(const std::string& name, const std::string& file) {
@@ -261,10 +329,29 @@ int perform(const std::string& name, const std::string& file) {
     return 0;
 }
 
-int verify(const std::string& file) {
+int prepared(void (*make)(const std::string&), const std::string& file) {
+    make(file);
+    say("acknowledged");
+    return 0;
+}
+
+/// What has the file to itself.
+const std::map<std::string, int (*)(const std::string&)> kFiles{
+    {"prepare-old", [](const std::string& file) { return prepared(prepareOld, file); }},
+    {"prepare-damaged", [](const std::string& file) { return prepared(prepareDamaged, file); }},
+    {"salvage", performSalvage},
+};
+
+/// What is missing from a damaged store leaves gaps.
+enum class Gaps { wrong, expected };
+
+int verify(const std::string& file, Gaps gaps) {
     Program program;
     try {
         program.open(file, store::ModelConfiguration::Missing::refuse);
+        if (!program.container->wasUpgraded()) {
+            store::removeFormerStores(file, model::currentSchema());
+        }
     } catch (const store::StoreError& error) {
         say(error.which() == store::StoreErrorCase::missing ? "state none"
                                                             : "WRONG " + error.errorDescription());
@@ -285,6 +372,9 @@ int verify(const std::string& file) {
         }
     }
     for (const model::Board* board : program.boards().boards()) {
+        if (gaps == Gaps::expected) {
+            break;
+        }
         std::vector<std::int64_t> orders;
         for (const model::Entry* entry : board->entries()) {
             orders.push_back(entry->sortOrder());
@@ -307,11 +397,17 @@ int verify(const std::string& file) {
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
     try {
+        if (words.size() == 3 && words[0] == "perform" && kFiles.contains(words[1])) {
+            return kFiles.at(words[1])(words[2]);
+        }
         if (words.size() == 3 && words[0] == "perform" && kOperations.contains(words[1])) {
             return perform(words[1], words[2]);
         }
         if (words.size() == 2 && words[0] == "verify") {
-            return verify(words[1]);
+            return verify(words[1], Gaps::wrong);
+        }
+        if (words.size() == 2 && words[0] == "verify-salvaged") {
+            return verify(words[1], Gaps::expected);
         }
     } catch (const std::exception& error) {
         say(std::string("WRONG exception: ") + error.what());

@@ -26,11 +26,15 @@ ERRORS = ("ENOSPC", "EIO", "EROFS")
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board",
               "complete-all", "restore-deleted", "save",
-              "checkpoint")
+              "checkpoint", "upgrade", "salvage")
+# What an operation starts from, unless it is the store that "prepare" makes.
+STARTS = {"upgrade": "prepare-old", "salvage": "prepare-damaged"}
 # In a folder of its own, which a new store makes.
 DATA = "data"
 STORE = "Primary.store"
 BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock"}
+# What stays on purpose: for good, or until the start after the next.
+KEPT = {"salvage": STORE + ".damaged-", "upgrade": STORE + ".BeforeV17-"}
 # What the driver says when a promise between it and the store is broken.
 BROKEN = ("WRONG", "LOST", "LEFT")
 
@@ -59,14 +63,18 @@ class Case:
     def __init__(self, operation, prepared, scratch):
         self.operation = operation
         self.start = None if operation == "create-store" else prepared
+        # A damaged store has no state: the one that matters comes of the operation.
+        self.verify = "verify-salvaged" if operation == "salvage" else "verify"
         self.scratch = scratch
         self.numbers = itertools.count()
         folder = self.fresh_folder()
-        before = state_of(drive(self.fresh_folder(), "verify"))
+        before = None
+        if operation != "salvage":
+            before = state_of(drive(self.fresh_folder(), self.verify))
         trace = folder / "trace"
         drive(folder, "perform", operation,
               tracer=strace(trace, f"trace={WRITING},{OPENING}"))
-        self.after = state_of(drive(folder, "verify"))
+        self.after = state_of(drive(folder, self.verify))
         self.allowed = {before, self.after}
         if self.start is None:
             # The file is there whole before it gets its first board.
@@ -116,7 +124,9 @@ class Case:
                 yield f"the second try did not succeed: {said}"
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
-            found = drive(folder, "verify")
+            if self.operation == "salvage" and not acknowledged:
+                acknowledged = drive(folder, "perform", "salvage")[-1:] == ["acknowledged"]
+            found = drive(folder, self.verify)
             if any(line.startswith(BROKEN) for line in found):
                 yield str(found)
             state = state_of(found)
@@ -129,8 +139,15 @@ class Case:
                 if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
                     yield "the next start does not create the store"
             left = {path.name for path in (folder / DATA).iterdir()} - BELONGING
-            if left:
+            kept = {name for name in left if name.startswith(KEPT.get(self.operation, STORE + "?"))}
+            if left - kept or len(kept) > 1:
                 yield f"left behind: {sorted(left)}"
+            if kept and self.operation == "upgrade":
+                drive(folder, self.verify)
+                if {path.name for path in (folder / DATA).iterdir()} & kept:
+                    yield f"kept after a good start: {sorted(kept)}"
+            if self.operation == "salvage" and not kept:
+                yield "the damaged store is gone"
         finally:
             shutil.rmtree(folder)
 
@@ -153,12 +170,14 @@ def main():
     with tempfile.TemporaryDirectory(dir=memory) as name, \
             concurrent.futures.ThreadPoolExecutor(2) as pool:
         scratch = pathlib.Path(name)
-        prepared = scratch / "prepared"
-        prepared.mkdir()
-        if drive(prepared, "perform", "prepare") != ["acknowledged"]:
-            sys.exit("The store to start from could not be made.")
-        for operation in OPERATIONS:
-            case = Case(operation, prepared, scratch)
+        starts = {}
+        for start in {"prepare", *STARTS.values()}:
+            starts[start] = scratch / start
+            (starts[start] / DATA).mkdir(parents=True)
+            if drive(starts[start], "perform", start) != ["acknowledged"]:
+                sys.exit(f"The store to start from could not be made: {start}.")
+        for operation in sys.argv[2:] or OPERATIONS:
+            case = Case(operation, starts[STARTS.get(operation, "prepare")], scratch)
             faults = list(case.faults())
             for fault, problems in zip(faults, pool.map(lambda f: list(case.problems(f)), faults)):
                 failed += bool(problems)
