@@ -1,5 +1,6 @@
 #include "storage/StoreStart.h"
 
+#include "base/Error.h"
 #include "storage/CloudStorePreparation.h"
 #include "storage/DataIntegrityService.h"
 #include "storage/SharedModelContainer.h"

@@ -51,37 +51,13 @@ bool readAll(sqlite3* database, const std::string& sql,
     }
 }
 
-/// Whether a value that stands in a row is one of the kind.
-bool fits(const Statement& row, int column, FieldKind kind) {
+/// Whether an altered row can go on as a record: with an identifier, and with text where it should
+/// have some. Any other value reads as something, which the repair of metadata then judges.
+bool isReadable(const Statement& row, int column, FieldKind kind) {
     const auto stored = row.storageClass(column);
-    const auto isIdentifier =
-        stored == SQLITE_BLOB && row.bytes(column).size() == sizeof(base::Uuid::bytes);
-    const auto isNumber = stored == SQLITE_FLOAT || stored == SQLITE_INTEGER;
-    switch (kind) {
-    case FieldKind::uuid:
-        return isIdentifier;
-    case FieldKind::optionalUuid:
-    case FieldKind::reference:
-        return stored == SQLITE_NULL || isIdentifier;
-    case FieldKind::text:
-        return stored == SQLITE_TEXT;
-    case FieldKind::optionalText:
-        return stored == SQLITE_NULL || stored == SQLITE_TEXT;
-    case FieldKind::optionalBytes:
-        return stored == SQLITE_NULL || stored == SQLITE_BLOB;
-    case FieldKind::integer:
-    case FieldKind::boolean:
-        return stored == SQLITE_INTEGER;
-    case FieldKind::optionalInteger:
-        return stored == SQLITE_NULL || stored == SQLITE_INTEGER;
-    case FieldKind::date:
-        return isNumber;
-    case FieldKind::optionalDate:
-        return stored == SQLITE_NULL || isNumber;
-    case FieldKind::externalBytes:
-        break;
-    }
-    return false;
+    return kind == FieldKind::uuid
+               ? stored == SQLITE_BLOB && row.bytes(column).size() == sizeof(base::Uuid::bytes)
+               : kind != FieldKind::text || stored == SQLITE_TEXT;
 }
 
 /// The rows of one record type, out of the damaged store into the new one.
@@ -240,7 +216,7 @@ private:
         }
         if (!isSound) {
             for (int i = 0; i < count; ++i) {
-                if (!fits(row, first + i, m_fields[static_cast<std::size_t>(i)].kind)) {
+                if (!isReadable(row, first + i, m_fields[static_cast<std::size_t>(i)].kind)) {
                     return Outcome::missing;
                 }
             }

@@ -1,4 +1,5 @@
 #include "backup/BackupFileIO.h"
+#include "base/FileDescriptor.h"
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "model/SchemaVersions.h"

@@ -290,7 +290,15 @@ bool attempt(const char* what, const std::function<void()>& work) {
 }
 
 int performSalvage(const std::string& file) {
+    // As a repair does: what was saved already is not saved again.
     const auto salvage = [&] {
+        {
+            Program program;
+            program.open(file, store::ModelConfiguration::Missing::refuse);
+            if (!program.container->check().isDamaged) {
+                return;
+            }
+        }
         tests::SilentLog log;
         store::salvageStore(file, model::currentSchema(), std::chrono::milliseconds(50), log);
     };
