@@ -3,8 +3,8 @@
 //   kill or to fail at any system call of it. One line for each thing that happened: "acknowledged"
 //   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
-//   what is wrong with it, and proves that it can still be written. verify-salvaged allows for what
-//   is missing.
+//   what is wrong with it or with the backups beside it, and proves that it can still be written.
+//   verify-salvaged allows for what is missing.
 
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
@@ -13,6 +13,7 @@
 #include "services/BoardService.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "storage/BackupService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
@@ -52,6 +53,7 @@ void say(const std::string& line) {
 }
 
 struct Program {
+    std::filesystem::path folder;
     tests::SilentLog log;
     services::NoReminders reminders;
     services::NoWidgets widgets;
@@ -59,6 +61,7 @@ struct Program {
     std::unique_ptr<store::ModelContext> context;
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
+        folder = std::filesystem::path(file).parent_path();
         container = store::ModelContainer::open(
             model::currentSchema(),
             {.file = file,
@@ -69,6 +72,12 @@ struct Program {
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
     services::EntryService entries() { return {*context, reminders, widgets, log}; }
+    storage::BackupService backups() { return {*context, reminders, widgets, log}; }
+    std::filesystem::path importedFile() const { return folder / "other.korvexbackup"; }
+    std::filesystem::path exportedFile() const { return folder / "mine.korvexbackup"; }
+    std::filesystem::path recoveryFile() const {
+        return folder / "Recovery" / "BeforeRestore.korvexbackup";
+    }
     model::Board& inbox() { return *boards().inboxBoard(); }
     std::vector<model::Entry*> todos() { return services::activeTodos(inbox()); }
 };
@@ -108,6 +117,32 @@ void createStore(Program& program) {
     program.boards().initializeDefaultBoards(kNow);
 }
 
+/// What is imported: another Inbox, and a board with a todo and a text.
+backup::BackupDocument otherStore() {
+    const auto identifier = [](std::uint8_t number) {
+        base::Uuid id;
+        id.bytes.fill(number);
+        return id;
+    };
+    backup::BackupDocument document{.exportedAt = kNow, .appVersion = "0"};
+    for (std::uint8_t number = 0; number < 2; ++number) {
+        document.boards.push_back({.id = identifier(number),
+                                   .name = number == 0 ? "Inbox" : "Imported",
+                                   .createdAt = kNow,
+                                   .updatedAt = kNow,
+                                   .sortOrder = number,
+                                   .isSystem = number == 0});
+        document.entries.push_back({.id = identifier(number),
+                                    .boardID = identifier(1),
+                                    .type = number == 0 ? "todo" : "text",
+                                    .content = "imported",
+                                    .createdAt = kNow,
+                                    .updatedAt = kNow,
+                                    .sortOrder = number});
+    }
+    return document;
+}
+
 void prepare(Program& program) {
     createStore(program);
     program.boards().createBoard("Work", kNow);
@@ -123,6 +158,8 @@ void prepare(Program& program) {
                                   .board = program.inbox(),
                                   .before = program.todos().at(1)->id(),
                                   .now = kNow});
+    storage::Work work;
+    storage::writeBackup(otherStore(), program.importedFile(), work);
 }
 
 /// In front, so that every other entry is renumbered.
@@ -209,6 +246,22 @@ void save(Program& program) {
     context.save();
 }
 
+void exportBackup(Program& program) {
+    storage::Work work;
+    storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
+}
+
+void importBackup(Program& program) {
+    storage::Work work;
+    program.backups().restore(storage::readBackup(program.importedFile(), work),
+                              program.recoveryFile(), kLater, work);
+}
+
+void undoImport(Program& program) {
+    storage::Work work;
+    program.backups().undoRestore(program.recoveryFile(), kLater, work);
+}
+
 void checkpoint(Program& program) {
     program.container->checkpoint();
 }
@@ -234,6 +287,9 @@ const std::map<std::string, Operation> kOperations{
     {"save", save},
     {"checkpoint", checkpoint},
     {"upgrade", upgrade},
+    {"export", exportBackup},
+    {"import", importBackup},
+    {"undo-import", undoImport},
 };
 
 /// A store of the oldest version, for the upgrade to start from.
@@ -393,6 +449,13 @@ int verify(const std::string& file, Gaps gaps) {
                 say("WRONG order in " + board->name());
                 break;
             }
+        }
+    }
+    for (const auto& backup : {program.exportedFile(), program.recoveryFile()}) {
+        if (std::filesystem::exists(backup)) {
+            storage::Work work;
+            backup::validate(storage::readBackup(backup, work), program.log); // throws
+            say("backup " + backup.filename().string());
         }
     }
     program.boards().createBoard("proof that it can be written", kLater);

@@ -17,7 +17,7 @@ import shutil
 import sys
 import tempfile
 
-from store_faults_test import (BROKEN, DATA, SKIPPED, STARTS, STORE, drive, state_of, strace,
+from store_faults_test import (BROKEN, DATA, SKIPPED, STORE, drive, start_of, state_of, strace,
                                strace_works)
 
 OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "upgrade",
@@ -154,17 +154,17 @@ class Loss:
         self.operation = operation
         self.scratch = scratch
         folder = scratch / operation
-        if operation == "create-store":
-            (folder / DATA).mkdir(parents=True)
-        else:
+        if start:
             shutil.copytree(start / DATA, folder / DATA)
+        else:
+            (folder / DATA).mkdir(parents=True)
         self.allowed = set()
         self.verify = "verify-salvaged" if operation == "salvage" else "verify"
-        if operation == "create-store":
+        if not start:
             self.allowed |= {"state none", "state "}
         elif operation != "salvage":
             before = scratch / f"{operation}-before"
-            shutil.copytree(folder, before)
+            shutil.copytree(start, before)
             self.allowed.add(state_of(drive(before, "verify")))
         disk = Disk(folder)
         trace = folder / "trace"
@@ -224,10 +224,7 @@ def main():
             concurrent.futures.ThreadPoolExecutor(2) as pool:
         scratch = pathlib.Path(name)
         for operation in sys.argv[2:] or OPERATIONS:
-            start = scratch / f"start-{operation}"
-            (start / DATA).mkdir(parents=True)
-            drive(start, "perform", STARTS.get(operation, "prepare"))
-            loss = Loss(operation, start, scratch)
+            loss = Loss(operation, start_of(operation, scratch), scratch)
             for problems in pool.map(lambda each: list(loss.problems(each)), loss.disks):
                 failed += bool(problems)
                 print("\n".join(problems), end="\n" if problems else "")

@@ -26,17 +26,26 @@ ERRORS = ("ENOSPC", "EIO", "EROFS")
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board",
               "complete-all", "restore-deleted", "save",
-              "checkpoint", "upgrade", "salvage")
-# What an operation starts from, unless it is the store that "prepare" makes.
-STARTS = {"upgrade": "prepare-old", "salvage": "prepare-damaged"}
+              "checkpoint", "export", "import", "undo-import", "upgrade", "salvage")
+# What makes the store that an operation starts from, unless it is "prepare" alone.
+STARTS = {"create-store": (), "undo-import": ("prepare", "import"), "upgrade": ("prepare-old",),
+          "salvage": ("prepare-damaged",)}
+# Each leaves this backup, whole, once it is done; undoing an import also whatever becomes of it.
+BACKUP_OF = {"export": "mine.korvexbackup", "import": "BeforeRestore.korvexbackup",
+             "undo-import": "BeforeRestore.korvexbackup"}
 # In a folder of its own, which a new store makes.
 DATA = "data"
 STORE = "Primary.store"
-BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock"}
+BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
+             "mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
+             "Recovery/BeforeUndo.korvexbackup"}
 # What stays on purpose: for good, or until the start after the next.
 KEPT = {"salvage": STORE + ".damaged-", "upgrade": STORE + ".BeforeV17-"}
 # What the driver says when a promise between it and the store is broken.
 BROKEN = ("WRONG", "LOST", "LEFT")
+
+# What each verifying adds.
+PROOF = "[proof that it can be written]"
 
 Fault = collections.namedtuple("Fault", "call when effect")
 
@@ -57,12 +66,27 @@ def state_of(lines):
     return next((line for line in lines if line.startswith("state ")), "no state")
 
 
+def start_of(operation, scratch):
+    """A folder with the store that the operation starts from; none where there is no store yet."""
+    words = STARTS.get(operation, ("prepare",))
+    if not words:
+        return None
+    folder = scratch / "-".join(words)
+    if not folder.exists():
+        (folder / DATA).mkdir(parents=True)
+        for word in words:
+            if drive(folder, "perform", word)[-1:] != ["acknowledged"]:
+                sys.exit(f"The store to start from could not be made: {word}.")
+    return folder
+
+
 class Case:
     """One operation, the store that it starts from, and what it makes of it."""
 
     def __init__(self, operation, prepared, scratch):
+        """`prepared` is None for a store that is not there yet."""
         self.operation = operation
-        self.start = None if operation == "create-store" else prepared
+        self.start = prepared
         # A damaged store has no state: the one that matters comes of the operation.
         self.verify = "verify-salvaged" if operation == "salvage" else "verify"
         self.scratch = scratch
@@ -138,7 +162,10 @@ class Case:
                 # Verifying never creates; the next start does.
                 if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
                     yield "the next start does not create the store"
-            left = {path.name for path in (folder / DATA).iterdir()} - BELONGING
+            if self.operation in BACKUP_OF:
+                yield from self.problems_with_backups(folder, acknowledged, found)
+            data = folder / DATA
+            left = {str(path.relative_to(data)) for path in data.rglob("*")} - BELONGING
             kept = {name for name in left if name.startswith(KEPT.get(self.operation, STORE + "?"))}
             if left - kept or len(kept) > 1:
                 yield f"left behind: {sorted(left)}"
@@ -150,6 +177,23 @@ class Case:
                 yield "the damaged store is gone"
         finally:
             shutil.rmtree(folder)
+
+    def problems_with_backups(self, folder, acknowledged, found):
+        """Of what stands beside the store. A next run needs no hands, and clears up."""
+        backup = f"backup {BACKUP_OF[self.operation]}"
+        if (acknowledged or self.operation == "undo-import") and backup not in found:
+            yield f"no {backup}: {found}"
+        if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
+            yield "the next run does not succeed"
+        again = drive(folder, "verify")
+        if any(line.startswith(BROKEN) for line in again) or backup not in again:
+            yield f"after the next run: {again}"
+        # Taking back what was taken back gives the other one, wherever the first was ended.
+        expected = {"export": {self.after + PROOF, self.after + PROOF * 2},
+                    "import": {self.after},
+                    "undo-import": self.allowed - {state_of(found)}}[self.operation]
+        if state_of(again) not in expected:
+            yield f"the next run makes of {state_of(found)}: {state_of(again)}"
 
 
 def strace_works():
@@ -170,14 +214,8 @@ def main():
     with tempfile.TemporaryDirectory(dir=memory) as name, \
             concurrent.futures.ThreadPoolExecutor(2) as pool:
         scratch = pathlib.Path(name)
-        starts = {}
-        for start in {"prepare", *STARTS.values()}:
-            starts[start] = scratch / start
-            (starts[start] / DATA).mkdir(parents=True)
-            if drive(starts[start], "perform", start) != ["acknowledged"]:
-                sys.exit(f"The store to start from could not be made: {start}.")
         for operation in sys.argv[2:] or OPERATIONS:
-            case = Case(operation, starts[STARTS.get(operation, "prepare")], scratch)
+            case = Case(operation, start_of(operation, scratch), scratch)
             faults = list(case.faults())
             for fault, problems in zip(faults, pool.map(lambda f: list(case.problems(f)), faults)):
                 failed += bool(problems)
