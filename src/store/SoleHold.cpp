@@ -3,17 +3,25 @@
 #include "store/Statement.h"
 #include "store/StoreError.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
 #include <thread>
+#include <vector>
 
 namespace korvex::store {
 
 namespace {
 
 constexpr std::chrono::milliseconds kWait{2};
+/// Of a copy, in one go.
+constexpr std::size_t kPiece = 1 << 20;
 
 } // namespace
 
-SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) {
+SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
     try {
         m_database =
             std::make_unique<SQLite::Database>(file.path().string(), SQLite::OPEN_READWRITE);
@@ -49,6 +57,35 @@ bool SoleHold::tryToTake() {
             return false;
         }
         throw;
+    }
+}
+
+void SoleHold::copyTo(const std::filesystem::path& copy) {
+    const auto check = [](bool isDone) {
+        if (!isDone) {
+            throw StoreError(errno == ENOSPC || errno == EDQUOT ? StoreErrorCase::full
+                                                                : StoreErrorCase::inputOutput,
+                             std::strerror(errno));
+        }
+    };
+    m_source = base::FileDescriptor(::open(m_file.path().c_str(), O_RDONLY | O_CLOEXEC));
+    check(m_source.isOpen());
+    const base::FileDescriptor target(
+        ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    check(target.isOpen());
+    std::vector<char> piece(kPiece);
+    for (;;) {
+        const auto size = ::read(m_source.get(), piece.data(), piece.size());
+        check(size >= 0);
+        if (size == 0) {
+            return;
+        }
+        for (ssize_t done = 0; done < size;) {
+            const auto written = ::write(target.get(), piece.data() + done,
+                                         static_cast<std::size_t>(size - done));
+            check(written > 0);
+            done += written;
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "store/StoreFile.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -19,11 +20,17 @@ public:
     SoleHold(const StoreFile& file, std::chrono::milliseconds patience);
 
     sqlite3* handle() const { return m_database->getHandle(); }
+    /// Copies the file, which is all of the store, into a new one that is not synced. Once. Throws
+    /// StoreError.
+    void copyTo(const std::filesystem::path& copy);
 
 private:
     /// False while another connection is open.
     bool tryToTake();
 
+    StoreFile m_file;
+    /// Closed after the database: to close any descriptor of its file gives up all locks on it.
+    base::FileDescriptor m_source;
     std::unique_ptr<SQLite::Database> m_database;
 };
 

@@ -16,6 +16,21 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{10};
 
+/// Into a new file, which is not synced.
+void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
+    const SQLite::Database target(copy.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    sqlite3_exec(target.getHandle(), "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);
+    auto* const backup = sqlite3_backup_init(target.getHandle(), "main", database, "main");
+    if (!backup) {
+        throwSqliteError(target.getHandle(), sqlite3_extended_errcode(target.getHandle()));
+    }
+    sqlite3_backup_step(backup, -1);
+    const auto code = sqlite3_backup_finish(backup);
+    if (code != SQLITE_OK) {
+        throwSqliteError(nullptr, code);
+    }
+}
+
 } // namespace
 
 void copyStore(const std::filesystem::path& store, const std::filesystem::path& copy) {
@@ -40,20 +55,6 @@ void copyStore(const std::filesystem::path& store, const std::filesystem::path& 
         });
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
-    }
-}
-
-void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
-    const SQLite::Database target(copy.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-    sqlite3_exec(target.getHandle(), "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);
-    auto* const backup = sqlite3_backup_init(target.getHandle(), "main", database, "main");
-    if (!backup) {
-        throwSqliteError(target.getHandle(), sqlite3_extended_errcode(target.getHandle()));
-    }
-    sqlite3_backup_step(backup, -1);
-    const auto code = sqlite3_backup_finish(backup);
-    if (code != SQLITE_OK) {
-        throwSqliteError(nullptr, code);
     }
 }
 

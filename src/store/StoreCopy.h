@@ -1,7 +1,5 @@
 #pragma once
 
-#include <sqlite3.h>
-
 #include <filesystem>
 
 namespace korvex::store {
@@ -11,9 +9,5 @@ namespace korvex::store {
 /// whole, in one file and on the disk, or not at all; it never replaces a file. Blocks; any thread.
 /// Throws StoreError.
 void copyStore(const std::filesystem::path& store, const std::filesystem::path& copy);
-
-/// Copies an open database into a new file, which is not synced. Throws StoreError and
-/// SQLite::Exception.
-void copyDatabase(sqlite3* database, const std::filesystem::path& copy);
 
 } // namespace korvex::store

@@ -1,16 +1,16 @@
 #include "store/StoreUpgrade.h"
 
-#include "store/ChecksumFunction.h"
+#include "store/ChecksumsAhead.h"
 #include "store/OlderTable.h"
 #include "store/SoleHold.h"
 #include "store/Statement.h"
-#include "store/StoreCopy.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <algorithm>
+#include <exception>
 #include <map>
 #include <set>
 #include <vector>
@@ -19,9 +19,8 @@ namespace korvex::store {
 
 namespace {
 
-/// The functions of the checksums before and after.
-constexpr const char* kStoredChecksum = "storedChecksum";
-constexpr const char* kNewChecksum = "newChecksum";
+/// The function that gives a row its checksum.
+constexpr const char* kNextChecksum = "nextChecksum";
 
 void run(sqlite3* database, const std::string& sql) {
     Statement(database, sql).run();
@@ -34,12 +33,50 @@ std::string formerName(const Schema& schema) {
     return "Before" + std::string(at == name.npos ? name : name.substr(at));
 }
 
+/// The checksums ahead, as a function of SQL.
+class Checksums {
+public:
+    Checksums(sqlite3* store, const OlderTable& table) : m_ahead(store, table) {}
+
+    /// Until the function is offered anew, this must live.
+    void offer(sqlite3* database) {
+        const auto code = sqlite3_create_function_v2(database, kNextChecksum, 1, SQLITE_UTF8, this,
+                                                     next, nullptr, nullptr, nullptr);
+        if (code != SQLITE_OK) {
+            throwSqliteError(database, code);
+        }
+    }
+    void rethrow() const {
+        if (m_failure) {
+            std::rethrow_exception(m_failure);
+        }
+    }
+
+private:
+    static void next(sqlite3_context* context, int, sqlite3_value** values) {
+        auto& self = *static_cast<Checksums*>(sqlite3_user_data(context));
+        try {
+            sqlite3_result_int64(context, self.m_ahead.next(sqlite3_value_int64(values[0])));
+        } catch (...) {
+            self.m_failure = std::current_exception();
+            sqlite3_result_error_code(context, SQLITE_ABORT);
+        }
+    }
+
+    ChecksumsAhead m_ahead;
+    std::exception_ptr m_failure;
+};
+
 /// The upgrade of one table, in the transaction of all of them. Rows stay where they are: to write
 /// them anew would cost more than twice the time, for the sake of the columns' order.
 class TableUpgrade {
 public:
-    TableUpgrade(sqlite3* database, const OlderTable& table)
-        : m_database(database), m_table(table), m_name(tableSql::quoted(table.type->name)) {
+    /// `store` is what the database is a copy of.
+    TableUpgrade(sqlite3* store, sqlite3* database, const OlderTable& table)
+        : m_store(store),
+          m_database(database),
+          m_table(table),
+          m_name(tableSql::quoted(table.type->name)) {
         for (const auto& field : table.rowFields()) {
             m_columns[field.name] = std::string(field.name);
         }
@@ -123,30 +160,23 @@ private:
         });
     }
 
-    /// One pass over the rows. A row that was not sound before is not sound after it either.
+    /// One pass over the rows.
     void rewriteRows() {
-        std::vector<StoredField> newFields;
-        std::string newValues;
-        std::string sql = "UPDATE " + m_name + " SET ";
+        std::string sql = "UPDATE " + m_name + " NOT INDEXED SET ";
         for (const auto index : tableSql::rowFields(*m_table.type)) {
-            newFields.push_back({field(index).name, field(index).kind});
-            newValues += (newValues.empty() ? "" : ", ") + value(index);
             if (value(index) != tableSql::quoted(field(index).name) &&
                 (m_table.has(field(index).name) || m_present.contains(field(index).name))) {
                 sql += tableSql::quoted(field(index).name) + " = " + value(index) + ", ";
             }
         }
-        std::string storedValues;
-        for (const auto& each : m_table.rowFields()) {
-            storedValues +=
-                (storedValues.empty() ? "" : ", ") + tableSql::quoted(m_columns.at(each.name));
+        Checksums checksums(m_store, m_table);
+        checksums.offer(m_database);
+        try {
+            store::run(m_database, sql + "checksum = " + kNextChecksum + "(rowid)");
+        } catch (const StoreError&) {
+            checksums.rethrow(); // what SQLite says of a function that fails is less
+            throw;
         }
-        addChecksumFunction(m_database, kStoredChecksum, m_table.type->name, m_table.rowFields());
-        addChecksumFunction(m_database, kNewChecksum, m_table.type->name, newFields);
-        sql += std::string("checksum = CASE ") + kStoredChecksum + "(" + storedValues +
-               ") WHEN checksum THEN " + kNewChecksum + "(" + newValues + ") ELSE ~" +
-               kNewChecksum + "(" + newValues + ") END";
-        store::run(m_database, sql);
     }
 
     void dropColumns() {
@@ -158,6 +188,7 @@ private:
         }
     }
 
+    sqlite3* m_store;
     sqlite3* m_database;
     const OlderTable& m_table;
     std::string m_name;
@@ -168,7 +199,7 @@ private:
 };
 
 /// In a file that nobody else knows and that is thrown away when anything fails: no journal.
-void upgradeCopy(const std::filesystem::path& copy, const Schema& schema,
+void upgradeCopy(sqlite3* store, const std::filesystem::path& copy, const Schema& schema,
                  const std::vector<OlderTable>& tables) {
     const SQLite::Database database(copy.string(), SQLite::OPEN_READWRITE);
     auto* const handle = database.getHandle();
@@ -177,7 +208,7 @@ void upgradeCopy(const std::filesystem::path& copy, const Schema& schema,
         run(handle, sql);
     }
     for (const auto& table : tables) {
-        TableUpgrade(handle, table).run();
+        TableUpgrade(store, handle, table).run();
     }
     // To whoever knew the store before, everything has changed.
     run(handle, "INSERT INTO ChangeLog(revision, changes) "
@@ -192,14 +223,14 @@ void upgradeCopy(const std::filesystem::path& copy, const Schema& schema,
 
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
                   const base::Logger& log) {
-    const SoleHold store(file, patience);
+    SoleHold store(file, patience);
     const auto version = StoreFile::version(store.handle(), schema);
     const auto tables = olderTables(schema, version);
     const auto kept = file.keptName(formerName(schema));
     file.replaceBy(
         [&](const std::filesystem::path& staging) {
-            copyDatabase(store.handle(), staging);
-            upgradeCopy(staging, schema, tables);
+            store.copyTo(staging);
+            upgradeCopy(store.handle(), staging, schema, tables);
         },
         kept);
     log.info("Upgraded the store from version " + std::to_string(version) + " to " +
