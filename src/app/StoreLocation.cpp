@@ -15,6 +15,10 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
     return error ? fs::absolute(folder) : canonical;
 }
 
+bool isUsersOwn(const fs::path& dataDirectory) {
+    return dataDirectory == app::dataDirectory(std::nullopt);
+}
+
 fs::path storeFile(const fs::path& dataDirectory) {
     return dataDirectory / kStoreFileName;
 }

@@ -13,6 +13,10 @@ inline constexpr const char* kStoreFileName = "Primary.store";
 /// `~/.local/share/korvex`. Nothing is created.
 std::filesystem::path dataDirectory(const std::optional<std::filesystem::path>& given);
 
+/// Whether this is the folder that is used where none is given. What there is once for a user,
+/// belongs to the store in it.
+bool isUsersOwn(const std::filesystem::path& dataDirectory);
+
 /// The store file inside it.
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
 

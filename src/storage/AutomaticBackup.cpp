@@ -98,6 +98,24 @@ std::string domainOf(AutomaticBackupErrorCase) {
     return "Korvex.AutomaticBackup";
 }
 
+AutomaticBackup automaticBackup(const app::AppPreferences& preferences, fs::path storeFile,
+                                base::Instant now) {
+    return {.storeFile = std::move(storeFile),
+            .bookmark = preferences.automaticBackupBookmark(),
+            .installation = preferences.automaticBackupID(),
+            .keeping = static_cast<std::size_t>(preferences.automaticBackupRetention()),
+            .now = now};
+}
+
+bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences) {
+    preferences.reload();
+    if (preferences.automaticBackupBookmark() != backup.bookmark) {
+        return false;
+    }
+    preferences.setAutomaticBackupLastSuccess(backup.now);
+    return true;
+}
+
 AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
                                           Work& work) {
     if (!backup.bookmark) {

@@ -7,6 +7,7 @@
 #include <future>
 #include <memory>
 #include <thread>
+#include <type_traits>
 #include <utility>
 
 namespace korvex::storage {
@@ -17,14 +18,18 @@ namespace korvex::storage {
 /// waits until it has, and nobody is told any more.
 class BackgroundTask {
 public:
-    /// `work` runs on the thread. `finished` is called once, on the main thread, with what `work`
-    /// returned or threw: `get` of the future returns or throws it, and never waits. It may destroy
-    /// the task. `progress` is called on the main thread, before that; while the main thread is
-    /// busy only the latest is kept.
-    template <typename Result>
-    BackgroundTask(base::RunLoop& runLoop, std::function<Result(Work&)> work,
-                   std::function<void(std::future<Result>)> finished, Work::Sink progress = {})
+    /// What `finished` gets of a function: `get` returns or throws what that did, and never waits.
+    template <typename Function>
+    using Outcome = std::future<std::invoke_result_t<Function&, Work&>>;
+
+    /// `work` is given a Work and runs on the thread. `finished` is called once, on the main
+    /// thread; it may destroy the task. `progress` is called on the main thread, before that; while
+    /// the main thread is busy only the latest is kept.
+    template <typename Function>
+    BackgroundTask(base::RunLoop& runLoop, Function work,
+                   std::function<void(Outcome<Function>)> finished, Work::Sink progress = {})
         : BackgroundTask(runLoop, std::move(progress)) {
+        using Result = std::invoke_result_t<Function&, Work&>;
         const auto task = std::make_shared<std::packaged_task<Result(Work&)>>(std::move(work));
         start([task](Work& mine) { (*task)(mine); },
               [task, finished = std::move(finished)] { finished(task->get_future()); });

@@ -1,7 +1,5 @@
 #include "cli/session/Session.h"
 
-#include "app/AppPreferences.h"
-#include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
 #include "base/UserLocale.h"
 #include "model/SchemaVersions.h"
@@ -46,9 +44,12 @@ const base::Calendar& Session::calendar() {
     return *m_calendar;
 }
 
-int Session::defaultReminderMinutes() {
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    return app::AppPreferences(defaults, m_environment.log).defaultReminderMinutes();
+app::AppPreferences& Session::preferences() {
+    if (!m_preferences) {
+        m_defaults.emplace(app::FileUserDefaults::defaultFile());
+        m_preferences.emplace(*m_defaults, m_environment.log);
+    }
+    return *m_preferences;
 }
 
 store::ModelContext& Session::context() {

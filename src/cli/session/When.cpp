@@ -66,7 +66,7 @@ When readWhen(std::string_view typed, Session& session) {
 
 base::Instant defaultReminderTime(base::DayNumber day, Session& session, std::string_view typed) {
     const auto moment =
-        schedule::allDayAnchor(day, session.defaultReminderMinutes(), session.calendar());
+        schedule::allDayAnchor(day, session.preferences().defaultReminderMinutes(), session.calendar());
     if (!moment) {
         throw noSuchMoment(typed);
     }
