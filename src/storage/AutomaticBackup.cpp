@@ -65,8 +65,8 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
     try {
+        // What a power cut brings back goes with the next one.
         prune(history.path(), backup.keeping, name);
-        history.sync();
     } catch (const std::exception&) {
         result.pruningFailure = std::current_exception();
     }

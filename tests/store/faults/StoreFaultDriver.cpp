@@ -5,6 +5,8 @@
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
 //   what is wrong with it, and proves that it can still be written.
 
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -12,6 +14,9 @@
 #include "services/BoardService.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackupHistory.h"
+#include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
@@ -30,11 +35,13 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvex;
 
 constexpr base::Instant kNow{800'000'000};
 constexpr base::Instant kLater{800'000'100};
 constexpr int kPreparedTodos = 12;
+constexpr std::size_t kKeptBackups = 2;
 
 /// writev, which no fault is planned for: the faults are the store's, not the report's.
 void say(const std::string& line) {
@@ -203,6 +210,30 @@ void checkpoint(Program& program) {
     program.container->checkpoint();
 }
 
+/// Beside the store lie the settings, and the folder that they name.
+fs::path chosenFolder(Program& program) {
+    return fs::path(program.container->configuration().file).parent_path() / "chosen";
+}
+
+/// As the window does, from choosing the folder on.
+void backUp(Program& program) {
+    const auto& file = program.container->configuration().file;
+    app::FileUserDefaults defaults(file.parent_path() / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    const auto chosen = chosenFolder(program);
+    std::error_code ignored;
+    fs::create_directory(chosen, ignored);
+    preferences.setAutomaticBackupBookmark(storage::FolderBookmark::make(chosen).bytes());
+    auto backup = storage::automaticBackup(preferences, file, kLater);
+    backup.keeping = kKeptBackups;
+    storage::Work work;
+    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
+    storage::recordSuccess(backup, preferences);
+    if (made.pruningFailure) {
+        std::rethrow_exception(made.pruningFailure);
+    }
+}
+
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
     {"prepare", prepare},
@@ -220,6 +251,7 @@ const std::map<std::string, Operation> kOperations{
     {"restore-deleted", restoreDeleted},
     {"save", save},
     {"checkpoint", checkpoint},
+    {"automatic-backup", backUp},
 };
 
 /// Whether it succeeded; a refusal is said.
@@ -295,6 +327,16 @@ int verify(const std::string& file) {
                 say("WRONG order in " + board->name());
                 break;
             }
+        }
+    }
+    if (fs::exists(chosenFolder(program))) {
+        const auto backups = storage::backupsIn(chosenFolder(program));
+        storage::Work work;
+        for (const auto& backup : backups) {
+            storage::checkBackup(backup, program.log, work);
+        }
+        if (backups.size() < kKeptBackups) {
+            say("WRONG: a backup was lost");
         }
     }
     program.boards().createBoard("proof that it can be written", kLater);

@@ -26,11 +26,15 @@ ERRORS = ("ENOSPC", "EIO", "EROFS")
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board",
               "complete-all", "restore-deleted", "save",
-              "checkpoint")
+              "checkpoint", "automatic-backup")
 # In a folder of its own, which a new store makes.
 DATA = "data"
 STORE = "Primary.store"
-BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock"}
+BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock",
+             "settings.json", "settings.json.lock", "chosen"}
+# Of automatic backups, how many the driver keeps; the folder is held open while one is made.
+KEPT_BACKUPS = 2
+HELD = "/proc/self/fd/"
 # What the driver says when a promise between it and the store is broken.
 BROKEN = ("WRONG", "LOST", "LEFT")
 
@@ -88,7 +92,7 @@ class Case:
             found = re.match(r"(?:\d+ +)?(\w+)\((.*)", line)
             if found:
                 seen[found[1]] += 1
-                if str(folder / DATA) in found[2]:
+                if str(folder / DATA) in found[2] or HELD in found[2]:
                     yield found[1], seen[found[1]]
 
     def faults(self):
@@ -128,11 +132,26 @@ class Case:
                 # Verifying never creates; the next start does.
                 if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
                     yield "the next start does not create the store"
+            if self.operation == "automatic-backup":
+                yield from self.problems_of_next_backup(folder)
             left = {path.name for path in (folder / DATA).iterdir()} - BELONGING
             if left:
                 yield f"left behind: {sorted(left)}"
         finally:
             shutil.rmtree(folder)
+
+
+    def problems_of_next_backup(self, folder):
+        """Like the next day's: it needs no hands, and removes what the fault left."""
+        if drive(folder, "perform", self.operation) != ["acknowledged"]:
+            yield "the next backup fails"
+        names = sorted(str(path.relative_to(folder / DATA / "chosen"))
+                       for path in (folder / DATA / "chosen").rglob("*") if path.is_file())
+        backups = [name for name in names
+                   if re.fullmatch(r"Korvex Automatic Backups [\w-]{36}/Korvex-[\w-]{36}"
+                                   r"\.korvexbackup", name)]
+        if set(names) - set(backups) != {".korvex-backup-folder"} or len(backups) != KEPT_BACKUPS:
+            yield f"there are {names}"
 
 
 def strace_works():
@@ -157,8 +176,14 @@ def main():
         prepared.mkdir()
         if drive(prepared, "perform", "prepare") != ["acknowledged"]:
             sys.exit("The store to start from could not be made.")
+        with_backups = scratch / "with-backups"
+        shutil.copytree(prepared, with_backups)
+        for _ in range(KEPT_BACKUPS):
+            if drive(with_backups, "perform", "automatic-backup") != ["acknowledged"]:
+                sys.exit("The backups to start from could not be made.")
         for operation in OPERATIONS:
-            case = Case(operation, prepared, scratch)
+            case = Case(operation, with_backups if operation == "automatic-backup" else prepared,
+                        scratch)
             faults = list(case.faults())
             for fault, problems in zip(faults, pool.map(lambda f: list(case.problems(f)), faults)):
                 failed += bool(problems)
