@@ -80,7 +80,7 @@ struct Reading {
 // One for each kind of setting; `value` is the default, and stays where there is no better one.
 
 template <typename Case>
-    requires std::is_enum_v<Case>
+requires std::is_enum_v<Case>
 void read(Reading& reading, Property, std::string_view key, Case& value) {
     const auto stored = reading.defaults.string(key);
     for (const auto& each : namesOf(Case{})) {
@@ -136,7 +136,7 @@ void read(Reading& reading, Property, std::string_view key, QuickEntryShortcut& 
 }
 
 template <typename Case>
-    requires std::is_enum_v<Case>
+requires std::is_enum_v<Case>
 void write(UserDefaults& defaults, std::string_view key, Case value) {
     for (const auto& each : namesOf(value)) {
         if (each.which == value) {

@@ -117,12 +117,12 @@ std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
     if (const auto error = makeFolders(folder, folderMode)) {
         return error;
     }
-    removeLeftBehind(folder, [name = stagedName(m_target)](std::string_view target) {
-        return target == name;
-    });
+    removeLeftBehind(
+        folder, [name = stagedName(m_target)](std::string_view target) { return target == name; });
     struct stat status {};
     do {
-        auto staged = (folder / ("." + stagedName(m_target) + std::string(kStaged) + "XXXXXX")).string();
+        auto staged =
+            (folder / ("." + stagedName(m_target) + std::string(kStaged) + "XXXXXX")).string();
         m_file = FileDescriptor(::mkostemp(staged.data(), O_CLOEXEC));
         if (!m_file.isOpen()) {
             return lastError();

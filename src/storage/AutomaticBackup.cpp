@@ -128,8 +128,8 @@ AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::L
     try {
         return makeIn(bookmark->open(), *bookmark, backup, log, work);
     } catch (const fs::filesystem_error& error) {
-        throw FileError("The folder for automatic backups could not be used: " +
-                        error.code().message() + ".");
+        throw FileError(
+            "The folder for automatic backups could not be used: " + error.code().message() + ".");
     }
 }
 

@@ -88,8 +88,7 @@ FolderBookmark FolderBookmark::make(const fs::path& folder) {
         if (!marker) {
             // One that is there and cannot be read now may be that of other installations.
             const auto file = held.path() / kMarkerName;
-            const auto isThere =
-                fs::symlink_status(file).type() != fs::file_type::not_found;
+            const auto isThere = fs::symlink_status(file).type() != fs::file_type::not_found;
             if (isThere && !base::readSmallFile(file, kMaximumMarkerBytes)) {
                 throw refuse();
             }

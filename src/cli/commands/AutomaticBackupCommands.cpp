@@ -92,8 +92,7 @@ ExitStatus list(Session& session, const ListOptions& options) {
 ExitStatus now(Session& session, const NoOptions&) {
     requireUsersOwnStore(session);
     auto& preferences = session.preferences();
-    const auto backup =
-        storage::automaticBackup(preferences, session.storeFile(), session.now());
+    const auto backup = storage::automaticBackup(preferences, session.storeFile(), session.now());
     const auto made = [&] {
         LongWork longWork(session.environment().errorDescriptor);
         return storage::makeAutomaticBackup(backup, session.environment().log, longWork.work());
@@ -113,9 +112,9 @@ ExitStatus now(Session& session, const NoOptions&) {
 } // namespace
 
 void addAutomaticBackupCommands(CLI::App& backupCommands, Action& chosen) {
-    const auto listing = addCommand(backupCommands, "list",
-                                    "Reads the automatic backups and says what each holds", chosen,
-                                    list);
+    const auto listing =
+        addCommand(backupCommands, "list", "Reads the automatic backups and says what each holds",
+                   chosen, list);
     addFiles(listing.parser, "FOLDER", listing.options->folder,
              "Another folder, and those of automatic backups in it")
         ->expected(1)

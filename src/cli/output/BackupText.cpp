@@ -76,11 +76,10 @@ void printBackups(Session& session, std::span<const ReadBackup> backups) {
     std::array<std::size_t, kColumns> widths{};
     for (const auto& [listed, summary, problem] : backups) {
         const auto date = summary ? summary->exportedAt : listed.modifiedAt;
-        rows.push_back(
-            {date.isValid() ? session.formats().dayAndShortTime(date) : "",
-             summary ? counted(summary->boards, "board", "boards") : "",
-             summary ? counted(summary->entries, "entry", "entries") : "",
-             base::sizeText(listed.bytes), summary ? "sound" : "damaged"});
+        rows.push_back({date.isValid() ? session.formats().dayAndShortTime(date) : "",
+                        summary ? counted(summary->boards, "board", "boards") : "",
+                        summary ? counted(summary->entries, "entry", "entries") : "",
+                        base::sizeText(listed.bytes), summary ? "sound" : "damaged"});
         for (std::size_t column = 0; column < kColumns; ++column) {
             widths[column] = std::max(widths[column], displayWidth(rows.back()[column]));
         }
