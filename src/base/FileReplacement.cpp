@@ -69,8 +69,12 @@ std::error_code makeFolders(const fs::path& folder, mode_t mode) {
     }
     if (::mkdir(folder.c_str(), mode) != 0) {
         const auto failure = lastError();
+        if (failure != std::errc::file_exists) {
+            return failure;
+        }
         // Another program was quicker, or something else stands there.
-        return fs::is_directory(folder, error) ? std::error_code() : failure;
+        return fs::is_directory(folder, error) ? std::error_code()
+                                               : std::make_error_code(std::errc::not_a_directory);
     }
     return syncFolder(folder.parent_path());
 }

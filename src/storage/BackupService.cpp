@@ -31,19 +31,18 @@ std::optional<std::string> systemIdentifierOf(const BackupDocument::BoardRecord&
     return board.name == "Inbox" ? std::optional<std::string>("inbox") : std::nullopt;
 }
 
-std::unique_ptr<Board> boardOf(BackupDocument::BoardRecord record) {
+Board boardOf(BackupDocument::BoardRecord record) {
     auto identifier = systemIdentifierOf(record);
-    return std::make_unique<Board>(
-        model::BoardFields{.id = record.id,
-                           .name = std::move(record.name),
-                           .createdAt = record.createdAt,
-                           .updatedAt = record.updatedAt,
-                           .sortOrder = record.sortOrder,
-                           .isSystem = record.isSystem,
-                           .isArchived = record.isArchived.value_or(false),
-                           .icon = std::move(record.icon),
-                           .iconColor = std::move(record.iconColor),
-                           .systemIdentifier = std::move(identifier)});
+    return Board({.id = record.id,
+                  .name = std::move(record.name),
+                  .createdAt = record.createdAt,
+                  .updatedAt = record.updatedAt,
+                  .sortOrder = record.sortOrder,
+                  .isSystem = record.isSystem,
+                  .isArchived = record.isArchived.value_or(false),
+                  .icon = std::move(record.icon),
+                  .iconColor = std::move(record.iconColor),
+                  .systemIdentifier = std::move(identifier)});
 }
 
 /// On no board yet.
@@ -108,7 +107,9 @@ void replace(store::ModelContext& context, BackupDocument document, Work& work) 
     store::ContentReplacement replacement(context);
     BoardTable boards;
     for (auto& record : document.boards) {
-        boards.add(context.insert(boardOf(std::move(record))));
+        auto board = boardOf(std::move(record));
+        replacement.add(board);
+        boards.add(*context.find<Board>(board.id()));
     }
     boards.sort();
     for (auto& record : document.entries) {
@@ -190,10 +191,10 @@ std::vector<Board*> BackupService::finish(PreparedRestore prepared, base::Instan
             m_log.warning("The recovery snapshot is not in its place: " + error.message());
         }
     }
-    m_context->refresh();
     if (m_undo) {
         m_undo->forgetEverything();
     }
+    m_context->refresh();
     m_reminders->requestReconcile();
     m_widgets->reloadTodoWidgets();
     m_log.info("Restored backup; recovery snapshot retained locally");

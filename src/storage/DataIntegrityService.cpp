@@ -156,7 +156,7 @@ private:
         auto sound = stored;
         makeSound(sound, m_findings.report);
         const auto board = boardFor(stored.board);
-        if (board == stored.board) {
+        if (board && board == stored.board) {
             auto& numbers = numbersOf(*board);
             (sound.isCompleted ? numbers.completed : numbers.active).push_back(sound.sortOrder);
         } else {
@@ -223,7 +223,7 @@ void apply(const EntryValues& values, Entry& entry) {
     entry.setSchedule(values.schedule);
 }
 
-void apply(Findings findings, store::ModelContext& context) {
+void apply(Findings& findings, store::ModelContext& context) {
     for (const auto& fields : findings.boards) {
         apply(fields, *context.find<Board>(fields.id));
     }
@@ -248,16 +248,15 @@ DataIntegrityService::DataIntegrityService(store::ModelContext& context, base::L
     : m_context(&context), m_sink(&log), m_log(log, "DataIntegrity") {}
 
 RepairReport DataIntegrityService::repair(const Request& request) const {
-    auto& context = *m_context;
-    const auto look = [&] { return Look(context, request.normalizeOrdering).findings(); };
-    context.refresh();
+    const auto look = [&] { return Look(*m_context, request.normalizeOrdering).findings(); };
+    m_context->refresh();
     {
-        const store::ReadingStep step(context.container());
+        const store::ReadingStep step(m_context->container());
         if (look().report.isEmpty()) {
             return {};
         }
     }
-    const store::LockedStep step(context);
+    const store::LockedStep step(*m_context);
     auto findings = look();
     if (findings.report.isEmpty()) {
         return {};
@@ -266,29 +265,27 @@ RepairReport DataIntegrityService::repair(const Request& request) const {
         if (findings.needsInbox) {
             services::NoReminders reminders;
             services::NoWidgets widgets;
-            services::BoardService(context, reminders, widgets, *m_sink)
+            services::BoardService(*m_context, reminders, widgets, *m_sink)
                 .initializeDefaultBoards(request.now, services::BoardService::SaveChanges::no);
             findings = look();
         }
-        const auto report = findings.report;
-        const auto merged = findings.newlyMerged;
-        apply(std::move(findings), context);
+        apply(findings, *m_context);
         if (request.saveChanges == SaveChanges::yes) {
-            context.save();
+            m_context->save();
         }
-        m_log.info("Repaired " + std::to_string(report.count()) +
-                   " inconsistent metadata values; preserved entry contents");
-        for (const auto& [from, to] : merged) {
-            if (request.onMergedBoard) {
-                request.onMergedBoard(from, to);
-            }
-        }
-        return report;
     } catch (const base::Error&) {
-        context.rollback();
+        m_context->rollback();
         m_log.error("Integrity repair could not be saved");
         throw;
     }
+    m_log.info("Repaired " + std::to_string(findings.report.count()) +
+               " inconsistent metadata values; preserved entry contents");
+    if (request.onMergedBoard) {
+        for (const auto& [from, to] : findings.newlyMerged) {
+            request.onMergedBoard(from, to);
+        }
+    }
+    return std::move(findings.report);
 }
 
 } // namespace korvex::storage

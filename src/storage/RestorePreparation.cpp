@@ -4,6 +4,8 @@
 #include "app/UserFolders.h"
 #include "base/FileReplacement.h"
 
+#include <algorithm>
+#include <map>
 #include <utility>
 
 namespace korvex::storage {
@@ -31,22 +33,50 @@ RecoverySnapshot writeSnapshot(store::ModelContainer& container, const fs::path&
     return {.file = file, .revision = snapshot.revision, .exportedAt = now};
 }
 
+using Words = std::map<base::Uuid, const BackupDocument::EntryRecord*>;
+
+/// Whether two documents have the same entries with the same words, whatever a repair has made of
+/// the rest.
+bool haveSameWords(const BackupDocument& left, const BackupDocument& right) {
+    const auto wordsOf = [](const BackupDocument& document) {
+        Words words;
+        for (const auto& entry : document.entries) {
+            words.emplace(entry.id, &entry);
+        }
+        return words;
+    };
+    const auto leftWords = wordsOf(left);
+    const auto rightWords = wordsOf(right);
+    return std::equal(leftWords.begin(), leftWords.end(), rightWords.begin(), rightWords.end(),
+                      [](const auto& one, const auto& other) {
+                          return one.first == other.first &&
+                                 one.second->content == other.second->content &&
+                                 one.second->richTextData == other.second->richTextData;
+                      });
+}
+
 /// A program was killed while it took a restore back. Where it had done so and was only to move the
-/// new snapshot into its place, that is done now.
+/// new snapshot into its place, that is done now: the store is not what that snapshot has any more,
+/// but what was to come back.
 void settleUndo(store::ModelContainer& container, const fs::path& recoveryFile, Work& work) {
     const auto pending = pendingFile(recoveryFile);
     std::error_code error;
     if (!fs::exists(pending, error)) {
         return;
     }
-    const auto restored = recoveredDocument(recoveryFile, work);
-    auto current = createBackup(container, restored.exportedAt, work).document;
-    current.appVersion = restored.appVersion;
-    if (current == restored) {
-        if (const auto failure = base::moveFile(pending, recoveryFile)) {
-            throw FileError(recoveryFile.string() + " could not be written: " + failure.message() +
-                            ".");
+    try {
+        const auto undone = readBackup(pending, work);
+        auto current = createBackup(container, undone.exportedAt, work).document;
+        current.appVersion = undone.appVersion;
+        if (current == undone || !haveSameWords(current, recoveredDocument(recoveryFile, work))) {
+            return;
         }
+    } catch (const backup::BackupError&) {
+        return; // not written to its end, or no store that could have been replaced
+    }
+    if (const auto failure = base::moveFile(pending, recoveryFile)) {
+        throw FileError(recoveryFile.string() + " could not be written: " + failure.message() +
+                        ".");
     }
 }
 

@@ -26,6 +26,7 @@ protected:
     void SetUp() override {
         ServiceFixture::SetUp();
         boards->initializeDefaultBoards(kNow);
+        boards->reorderBoards(std::vector{boards->inboxBoard(), board}, kNow);
         const auto made = add({"one", "two", "three"});
         entries->completeTodo(*made[1], kNow);
         entries->attach({{.id = base::Uuid::random(),
@@ -113,14 +114,14 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
     std::vector<Stage> stages;
     const auto cancelAt = [&](Stage stage) {
         return [&, stage] {
-            std::stop_source stop;
+            const auto stop = std::make_unique<std::stop_source>();
             Work cancelled(
                 [&](const Progress& progress) {
                     if (progress.stage == stage) {
-                        stop.request_stop();
+                        stop->request_stop();
                     }
                 },
-                stop.get_token());
+                stop->get_token());
             exportBackup(*container, target, kNow, log, cancelled);
         };
     };
@@ -211,9 +212,9 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
     store::ModelContext inCloud(*cloud);
     const auto readOnly = openContainer(false);
     store::ModelContext forReading(*readOnly);
-    std::stop_source stopped;
-    stopped.request_stop();
-    Work cancelled({}, stopped.get_token());
+    const auto stopped = std::make_unique<std::stop_source>();
+    stopped->request_stop();
+    Work cancelled({}, stopped->get_token());
     enum class Snapshot { none, kept };
     struct {
         const char* name;
@@ -278,8 +279,8 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
          other(),
          *context,
          work,
-         {.beforeSave = [&] { breakSaves(); }},
-         "The store could not be used. (the disk, 1811)",
+         {.beforeReplace = [&] { breakSaves(); }},
+         "The store already has a record with this identifier. (the disk, 1811)",
          Snapshot::kept},
     };
     log.expectError("Restore failed; transaction rolled back and recovery snapshot retained");

@@ -3,7 +3,7 @@
 //   kill or to fail at any system call of it. One line for each thing that happened: "acknowledged"
 //   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
-//   what is wrong with it, and proves that it can still be written.
+//   what is wrong with it or with the backups beside it, and proves that it can still be written.
 
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
@@ -16,6 +16,7 @@
 #include "services/EntryService.h"
 #include "storage/AutomaticBackup.h"
 #include "storage/BackupHistory.h"
+#include "storage/BackupService.h"
 #include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
@@ -53,6 +54,7 @@ void say(const std::string& line) {
 }
 
 struct Program {
+    std::filesystem::path folder;
     tests::SilentLog log;
     services::NoReminders reminders;
     services::NoWidgets widgets;
@@ -60,12 +62,19 @@ struct Program {
     std::unique_ptr<store::ModelContext> context;
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
+        folder = std::filesystem::path(file).parent_path();
         container = store::ModelContainer::open(model::currentSchema(),
                                                 {.file = file, .whenMissing = whenMissing}, log);
         context = std::make_unique<store::ModelContext>(*container);
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
     services::EntryService entries() { return {*context, reminders, widgets, log}; }
+    storage::BackupService backups() { return {*context, reminders, widgets, log}; }
+    std::filesystem::path importedFile() const { return folder / "other.korvexbackup"; }
+    std::filesystem::path exportedFile() const { return folder / "mine.korvexbackup"; }
+    std::filesystem::path recoveryFile() const {
+        return folder / "Recovery" / "BeforeRestore.korvexbackup";
+    }
     model::Board& inbox() { return *boards().inboxBoard(); }
     std::vector<model::Entry*> todos() { return services::activeTodos(inbox()); }
 };
@@ -105,6 +114,32 @@ void createStore(Program& program) {
     program.boards().initializeDefaultBoards(kNow);
 }
 
+/// What is imported: another Inbox, and a board with a todo and a text.
+backup::BackupDocument otherStore() {
+    const auto identifier = [](std::uint8_t number) {
+        base::Uuid id;
+        id.bytes.fill(number);
+        return id;
+    };
+    backup::BackupDocument document{.exportedAt = kNow, .appVersion = "0"};
+    for (std::uint8_t number = 0; number < 2; ++number) {
+        document.boards.push_back({.id = identifier(number),
+                                   .name = number == 0 ? "Inbox" : "Imported",
+                                   .createdAt = kNow,
+                                   .updatedAt = kNow,
+                                   .sortOrder = number,
+                                   .isSystem = number == 0});
+        document.entries.push_back({.id = identifier(number),
+                                    .boardID = identifier(1),
+                                    .type = number == 0 ? "todo" : "text",
+                                    .content = "imported",
+                                    .createdAt = kNow,
+                                    .updatedAt = kNow,
+                                    .sortOrder = number});
+    }
+    return document;
+}
+
 void prepare(Program& program) {
     createStore(program);
     program.boards().createBoard("Work", kNow);
@@ -120,6 +155,8 @@ void prepare(Program& program) {
                                   .board = program.inbox(),
                                   .before = program.todos().at(1)->id(),
                                   .now = kNow});
+    storage::Work work;
+    storage::writeBackup(otherStore(), program.importedFile(), work);
 }
 
 /// In front, so that every other entry is renumbered.
@@ -206,6 +243,22 @@ void save(Program& program) {
     context.save();
 }
 
+void exportBackup(Program& program) {
+    storage::Work work;
+    storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
+}
+
+void importBackup(Program& program) {
+    storage::Work work;
+    program.backups().restore(storage::readBackup(program.importedFile(), work),
+                              program.recoveryFile(), kLater, work);
+}
+
+void undoImport(Program& program) {
+    storage::Work work;
+    program.backups().undoRestore(program.recoveryFile(), kLater, work);
+}
+
 void checkpoint(Program& program) {
     program.container->checkpoint();
 }
@@ -252,6 +305,9 @@ const std::map<std::string, Operation> kOperations{
     {"save", save},
     {"checkpoint", checkpoint},
     {"automatic-backup", backUp},
+    {"export", exportBackup},
+    {"import", importBackup},
+    {"undo-import", undoImport},
 };
 
 /// Whether it succeeded; a refusal is said.
@@ -337,6 +393,13 @@ int verify(const std::string& file) {
         }
         if (backups.size() < kKeptBackups) {
             say("WRONG: a backup was lost");
+        }
+    }
+    for (const auto& backup : {program.exportedFile(), program.recoveryFile()}) {
+        if (std::filesystem::exists(backup)) {
+            storage::Work work;
+            backup::validate(storage::readBackup(backup, work), program.log); // throws
+            say("backup " + backup.filename().string());
         }
     }
     program.boards().createBoard("proof that it can be written", kLater);

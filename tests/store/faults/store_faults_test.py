@@ -26,17 +26,24 @@ ERRORS = ("ENOSPC", "EIO", "EROFS")
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board",
               "complete-all", "restore-deleted", "save",
-              "checkpoint", "automatic-backup")
-# In a folder of its own, which a new store makes.
-DATA = "data"
-STORE = "Primary.store"
-BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock",
-             "settings.json", "settings.json.lock", "chosen"}
+              "checkpoint", "export", "import", "undo-import", "automatic-backup")
+# Each leaves this backup, whole, once it is done; undoing an import also whatever becomes of it.
+BACKUP_OF = {"export": "mine.korvexbackup", "import": "BeforeRestore.korvexbackup",
+              "undo-import": "BeforeRestore.korvexbackup"}
 # Of automatic backups, how many the driver keeps; the folder is held open while one is made.
 KEPT_BACKUPS = 2
 HELD = "/proc/self/fd/"
+# In a folder of its own, which a new store makes.
+DATA = "data"
+STORE = "Primary.store"
+BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
+             "mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
+             "Recovery/BeforeUndo.korvexbackup", "settings.json", "settings.json.lock", "chosen"}
 # What the driver says when a promise between it and the store is broken.
 BROKEN = ("WRONG", "LOST", "LEFT")
+
+# What each verifying adds.
+PROOF = "[proof that it can be written]"
 
 Fault = collections.namedtuple("Fault", "call when effect")
 
@@ -61,8 +68,9 @@ class Case:
     """One operation, the store that it starts from, and what it makes of it."""
 
     def __init__(self, operation, prepared, scratch):
+        """`prepared` is None for a store that is not there yet."""
         self.operation = operation
-        self.start = None if operation == "create-store" else prepared
+        self.start = prepared
         self.scratch = scratch
         self.numbers = itertools.count()
         folder = self.fresh_folder()
@@ -132,14 +140,34 @@ class Case:
                 # Verifying never creates; the next start does.
                 if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
                     yield "the next start does not create the store"
+            if self.operation in BACKUP_OF:
+                yield from self.problems_with_backups(folder, acknowledged, found)
             if self.operation == "automatic-backup":
                 yield from self.problems_of_next_backup(folder)
-            left = {path.name for path in (folder / DATA).iterdir()} - BELONGING
+            data = folder / DATA
+            left = {str(path.relative_to(data)) for path in data.rglob("*")
+                    if data / "chosen" not in path.parents} - BELONGING
             if left:
                 yield f"left behind: {sorted(left)}"
         finally:
             shutil.rmtree(folder)
 
+    def problems_with_backups(self, folder, acknowledged, found):
+        """Of what stands beside the store. A next run needs no hands, and clears up."""
+        backup = f"backup {BACKUP_OF[self.operation]}"
+        if (acknowledged or self.operation == "undo-import") and backup not in found:
+            yield f"no {backup}: {found}"
+        if drive(folder, "perform", self.operation)[-1:] != ["acknowledged"]:
+            yield "the next run does not succeed"
+        again = drive(folder, "verify")
+        if any(line.startswith(BROKEN) for line in again) or backup not in again:
+            yield f"after the next run: {again}"
+        # Taking back what was taken back gives the other one, wherever the first was ended.
+        expected = {"export": {self.after + PROOF},
+                    "import": {self.after},
+                    "undo-import": self.allowed - {state_of(found)}}[self.operation]
+        if state_of(again) not in expected:
+            yield f"the next run makes of {state_of(found)}: {state_of(again)}"
 
     def problems_of_next_backup(self, folder):
         """Like the next day's: it needs no hands, and removes what the fault left."""
@@ -176,14 +204,18 @@ def main():
         prepared.mkdir()
         if drive(prepared, "perform", "prepare") != ["acknowledged"]:
             sys.exit("The store to start from could not be made.")
+        imported = scratch / "imported"
+        shutil.copytree(prepared, imported)
+        if drive(imported, "perform", "import") != ["acknowledged"]:
+            sys.exit("The backup to take back could not be imported.")
         with_backups = scratch / "with-backups"
         shutil.copytree(prepared, with_backups)
         for _ in range(KEPT_BACKUPS):
             if drive(with_backups, "perform", "automatic-backup") != ["acknowledged"]:
                 sys.exit("The backups to start from could not be made.")
-        for operation in OPERATIONS:
-            case = Case(operation, with_backups if operation == "automatic-backup" else prepared,
-                        scratch)
+        starts = {"create-store": None, "undo-import": imported, "automatic-backup": with_backups}
+        for operation in sys.argv[2:] or OPERATIONS:
+            case = Case(operation, starts.get(operation, prepared), scratch)
             faults = list(case.faults())
             for fault, problems in zip(faults, pool.map(lambda f: list(case.problems(f)), faults)):
                 failed += bool(problems)
