@@ -16,10 +16,14 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
 }
 
 std::optional<fs::path> legacyStoreFile(const fs::path& dataDirectory) {
-    if (dataDirectory != app::dataDirectory(std::nullopt)) {
+    if (!isUsersOwn(dataDirectory)) {
         return std::nullopt;
     }
     return userFolder("XDG_DATA_HOME", ".local/share") / "Korvex" / "default.store";
+}
+
+bool isUsersOwn(const fs::path& dataDirectory) {
+    return dataDirectory == app::dataDirectory(std::nullopt);
 }
 
 fs::path storeFile(const fs::path& dataDirectory) {

@@ -79,29 +79,25 @@ std::error_code makeFolders(const fs::path& folder, mode_t mode) {
     return syncFolder(folder.parent_path());
 }
 
-/// What the names of all staging files of a target begin with; what follows are six characters.
-std::string stagingPrefix(const fs::path& target) {
-    // Room for the rest in a name of 255 bytes. Whose name is cut may share with others: what is
-    // theirs and in use is locked.
-    constexpr std::size_t kLongestName = 240;
-    return "." + target.filename().string().substr(0, kLongestName) + ".new-";
+/// The names of all staging files of a target are a dot, this much of its own name, this, and six
+/// characters: room for all that in a name of 255 bytes. Whose name is cut may share with others;
+/// what is theirs and in use is locked.
+constexpr std::size_t kLongestName = 240;
+constexpr std::string_view kStaged = ".new-";
+constexpr std::size_t kRandomCharacters = 6;
+
+std::string stagedName(const fs::path& target) {
+    return target.filename().native().substr(0, kLongestName);
 }
 
-void removeLeftBehind(const fs::path& target) {
-    constexpr std::size_t kRandomCharacters = 6;
-    const auto prefix = stagingPrefix(target);
-    std::error_code error;
-    for (fs::directory_iterator each(target.parent_path(), error), end; !error && each != end;
-         each.increment(error)) {
-        const auto name = each->path().filename().string();
-        if (name.size() != prefix.size() + kRandomCharacters || !name.starts_with(prefix)) {
-            continue;
-        }
-        const FileDescriptor file(::open(each->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
-            ::unlink(each->path().c_str());
-        }
+/// Of which target a staging file is; empty for what is none.
+std::string_view targetOf(std::string_view name) {
+    const auto rest = kStaged.size() + kRandomCharacters;
+    if (name.size() <= rest + 1 || name.front() != '.' ||
+        name.substr(name.size() - rest, kStaged.size()) != kStaged) {
+        return {};
     }
+    return name.substr(1, name.size() - rest - 1);
 }
 
 } // namespace
@@ -125,10 +121,12 @@ std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
     if (const auto error = makeFolders(folder, folderMode)) {
         return error;
     }
-    removeLeftBehind(m_target);
+    removeLeftBehind(
+        folder, [name = stagedName(m_target)](std::string_view target) { return target == name; });
     struct stat status {};
     do {
-        auto staged = (folder / (stagingPrefix(m_target) + "XXXXXX")).string();
+        auto staged =
+            (folder / ("." + stagedName(m_target) + std::string(kStaged) + "XXXXXX")).string();
         m_file = FileDescriptor(::mkostemp(staged.data(), O_CLOEXEC));
         if (!m_file.isOpen()) {
             return lastError();
@@ -174,6 +172,23 @@ std::error_code moveFile(const fs::path& from, const fs::path& to) {
         return lastError();
     }
     return syncFolder(fs::absolute(to).parent_path());
+}
+
+void removeLeftBehind(const fs::path& folder,
+                      const std::function<bool(std::string_view target)>& isMeant) {
+    std::error_code error;
+    for (fs::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        const auto name = each->path().filename();
+        const auto target = targetOf(name.native());
+        if (target.empty() || !isMeant(target)) {
+            continue;
+        }
+        const FileDescriptor file(::open(each->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            ::unlink(each->path().c_str());
+        }
+    }
 }
 
 } // namespace korvex::base

@@ -5,6 +5,7 @@
 #include <sys/types.h>
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <system_error>
 
@@ -47,5 +48,10 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
 
 /// Renames a file over another one, for good. Any thread.
 std::error_code moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Removes what killed programs left of such targets in a folder, by their names; what is being
+/// written stays. Any thread.
+void removeLeftBehind(const std::filesystem::path& folder,
+                      const std::function<bool(std::string_view target)>& isMeant);
 
 } // namespace korvex::base

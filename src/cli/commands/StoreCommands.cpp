@@ -187,6 +187,7 @@ ExitStatus repair(Session& session, const NoOptions&) {
         return storage::repairStore(session.storeFile(), session.now(), session.environment().log,
                                     longWork.work());
     }();
+    session.remapBoards(report.mergedBoards);
     if (!report.wasSound()) {
         session.noteChange();
     }

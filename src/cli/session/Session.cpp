@@ -1,7 +1,5 @@
 #include "cli/session/Session.h"
 
-#include "app/AppPreferences.h"
-#include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
 #include "base/UserLocale.h"
 #include "model/SchemaVersions.h"
@@ -49,9 +47,12 @@ const base::Calendar& Session::calendar() {
     return *m_calendar;
 }
 
-int Session::defaultReminderMinutes() {
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    return app::AppPreferences(defaults, m_environment.log).defaultReminderMinutes();
+app::AppPreferences& Session::preferences() {
+    if (!m_preferences) {
+        m_defaults.emplace(app::FileUserDefaults::defaultFile());
+        m_preferences.emplace(*m_defaults, m_environment.log);
+    }
+    return *m_preferences;
 }
 
 store::ModelContext& Session::context() {
@@ -76,6 +77,12 @@ store::ModelContainer& Session::openExisting() {
     return *m_container;
 }
 
+
+void Session::remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged) {
+    for (const auto& [from, to] : merged) {
+        preferences().remapBoard(from, to);
+    }
+}
 
 void Session::announceChanges() const {
     if (m_hasSaved) {
@@ -107,6 +114,7 @@ Session::Services& Session::services() {
              .now = m_now},
             m_environment.log);
         keep(std::move(store.container));
+        remapBoards(store.mergedBoards);
         if (missing) {
             remark(*missing);
         }

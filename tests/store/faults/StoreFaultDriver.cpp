@@ -6,6 +6,8 @@
 //   what is wrong with it or with the backups beside it, and proves that it can still be written.
 //   verify-salvaged allows for what is missing.
 
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -13,7 +15,10 @@
 #include "services/BoardService.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackupHistory.h"
 #include "storage/BackupService.h"
+#include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
@@ -37,11 +42,13 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvex;
 
 constexpr base::Instant kNow{800'000'000};
 constexpr base::Instant kLater{800'000'100};
 constexpr int kPreparedTodos = 12;
+constexpr std::size_t kKeptBackups = 2;
 
 /// writev, which no fault is planned for: the faults are the store's, not the report's.
 void say(const std::string& line) {
@@ -266,6 +273,30 @@ void checkpoint(Program& program) {
     program.container->checkpoint();
 }
 
+/// Beside the store lie the settings, and the folder that they name.
+fs::path chosenFolder(Program& program) {
+    return fs::path(program.container->configuration().file).parent_path() / "chosen";
+}
+
+/// As the window does, from choosing the folder on.
+void backUp(Program& program) {
+    const auto& file = program.container->configuration().file;
+    app::FileUserDefaults defaults(file.parent_path() / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    const auto chosen = chosenFolder(program);
+    std::error_code ignored;
+    fs::create_directory(chosen, ignored);
+    preferences.setAutomaticBackupBookmark(storage::FolderBookmark::make(chosen).bytes());
+    auto backup = storage::automaticBackup(preferences, file, kLater);
+    backup.keeping = kKeptBackups;
+    storage::Work work;
+    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
+    storage::recordSuccess(backup, preferences);
+    if (made.pruningFailure) {
+        std::rethrow_exception(made.pruningFailure);
+    }
+}
+
 /// Opening has done it.
 void upgrade(Program&) {}
 
@@ -287,6 +318,7 @@ const std::map<std::string, Operation> kOperations{
     {"save", save},
     {"checkpoint", checkpoint},
     {"upgrade", upgrade},
+    {"automatic-backup", backUp},
     {"export", exportBackup},
     {"import", importBackup},
     {"undo-import", undoImport},
@@ -449,6 +481,16 @@ int verify(const std::string& file, Gaps gaps) {
                 say("WRONG order in " + board->name());
                 break;
             }
+        }
+    }
+    if (fs::exists(chosenFolder(program))) {
+        const auto backups = storage::backupsIn(chosenFolder(program));
+        storage::Work work;
+        for (const auto& backup : backups) {
+            storage::checkBackup(backup, program.log, work);
+        }
+        if (backups.size() < kKeptBackups) {
+            say("WRONG: a backup was lost");
         }
     }
     for (const auto& backup : {program.exportedFile(), program.recoveryFile()}) {
