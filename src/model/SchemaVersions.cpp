@@ -23,11 +23,10 @@ constexpr std::array kVersions{
 
 const store::Schema& currentSchema() {
     static const std::array types{&Board::recordType(), &Entry::recordType()};
-    static const store::Schema schema{
-        .version = kVersions.back(),
-        .history = kVersions,
-        .types = types,
-        .migrations = &korvexMigrationPlan()};
+    static const store::Schema schema{.version = kVersions.back(),
+                                      .history = kVersions,
+                                      .types = types,
+                                      .migrations = &korvexMigrationPlan()};
     return schema;
 }
 

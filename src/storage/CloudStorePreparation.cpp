@@ -22,12 +22,12 @@ void CloudStorePreparation::prepare(const std::filesystem::path& at, base::Insta
         throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
     }
     store::copyStore(at, store::StoreFile(at).keptName("BeforeCloudV11"));
-    const auto container = store::ModelContainer::open(
-        SharedModelContainer::schema(),
-        {.file = at,
-         .whenMissing = store::ModelConfiguration::Missing::refuse,
-         .whenOlder = store::ModelConfiguration::Older::upgrade},
-        *m_log);
+    const auto container =
+        store::ModelContainer::open(SharedModelContainer::schema(),
+                                    {.file = at,
+                                     .whenMissing = store::ModelConfiguration::Missing::refuse,
+                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                    *m_log);
     {
         store::ModelContext context(*container);
         services::NoReminders reminders;

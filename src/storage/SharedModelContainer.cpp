@@ -29,8 +29,7 @@ void checkThatItIsPrepared(const std::filesystem::path& file,
     if (!std::filesystem::exists(file, ignored)) {
         throw SharedStoreError(Which::incompleteStore);
     }
-    if (options.cloudKitIdentifier &&
-        !storeMarkers::isSet(file, storeMarkers::kPreparedForCloud)) {
+    if (options.cloudKitIdentifier && !storeMarkers::isSet(file, storeMarkers::kPreparedForCloud)) {
         throw SharedStoreError(Which::cloudMigrationRequired);
     }
 }

@@ -10,8 +10,9 @@
 
 namespace korvex::storage {
 
-/// The one store that all programs of a user share: how it is opened. Whoever may prepare it does so
-/// first (`StoreStart`); others open with `existingStoreOnly`, which creates and upgrades nothing.
+/// The one store that all programs of a user share: how it is opened. Whoever may prepare it does
+/// so first (`StoreStart`); others open with `existingStoreOnly`, which creates and upgrades
+/// nothing.
 class SharedModelContainer {
 public:
     /// The schema of this build.

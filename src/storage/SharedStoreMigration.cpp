@@ -27,9 +27,8 @@ namespace fs = std::filesystem;
 constexpr std::string_view kStagingPrefix = ".migration-";
 
 [[noreturn]] void throwSystemError(int error) {
-    throw store::StoreError(error == ENOSPC || error == EDQUOT
-                                ? store::StoreErrorCase::full
-                                : store::StoreErrorCase::inputOutput,
+    throw store::StoreError(error == ENOSPC || error == EDQUOT ? store::StoreErrorCase::full
+                                                               : store::StoreErrorCase::inputOutput,
                             std::strerror(error));
 }
 
@@ -163,12 +162,12 @@ void SharedStoreMigration::carryOver(const fs::path& legacy, const fs::path& sto
 }
 
 void SharedStoreMigration::validateStore(const fs::path& at) const {
-    const auto container = store::ModelContainer::open(
-        SharedModelContainer::schema(),
-        {.file = at,
-         .whenMissing = store::ModelConfiguration::Missing::refuse,
-         .whenOlder = store::ModelConfiguration::Older::upgrade},
-        *m_sink);
+    const auto container =
+        store::ModelContainer::open(SharedModelContainer::schema(),
+                                    {.file = at,
+                                     .whenMissing = store::ModelConfiguration::Missing::refuse,
+                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                    *m_sink);
     for (const auto& problem : container->check().problems) {
         m_log.warning(problem);
     }

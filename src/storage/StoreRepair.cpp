@@ -56,8 +56,8 @@ StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Inst
     work.checkCancellation();
     work.begin(Stage::replacing);
     if (needsSalvage) {
-        report.salvage = store::salvageStore(storeFile, SharedModelContainer::schema(), kPatience,
-                                             log);
+        report.salvage =
+            store::salvageStore(storeFile, SharedModelContainer::schema(), kPatience, log);
     }
     const auto container = open(storeFile, log);
     store::ModelContext context(*container);

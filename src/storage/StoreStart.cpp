@@ -44,16 +44,14 @@ StartedStore StoreStart::open(const Request& request, base::LogSink& log) {
         CloudStorePreparation(log).prepare(request.storeFile, request.now);
     }
     StartedStore store;
-    store.container =
-        SharedModelContainer::make({.storeURL = request.storeFile,
-                                    .cloudKitIdentifier = request.cloudKitIdentifier},
-                                   log);
+    store.container = SharedModelContainer::make(
+        {.storeURL = request.storeFile, .cloudKitIdentifier = request.cloudKitIdentifier}, log);
     store.context = std::make_unique<store::ModelContext>(*store.container);
     if (!store.container->allowsSave()) {
         return store;
     }
-    const auto isSound = !needsRepair(*store.container, request.storeFile) ||
-                         repair(store, request, log);
+    const auto isSound =
+        !needsRepair(*store.container, request.storeFile) || repair(store, request, log);
     // A store that this start has upgraded has yet to prove itself.
     if (isSound && !store.container->wasUpgraded()) {
         store::removeFormerStores(request.storeFile, SharedModelContainer::schema());

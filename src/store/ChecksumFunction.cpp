@@ -21,8 +21,8 @@ struct Row {
 };
 
 void appendBytes(ChecksumForm& form, sqlite3_value* value, bool isText) {
-    const auto* data = isText ? static_cast<const void*>(sqlite3_value_text(value))
-                              : sqlite3_value_blob(value);
+    const auto* data =
+        isText ? static_cast<const void*>(sqlite3_value_text(value)) : sqlite3_value_blob(value);
     const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
     form.bytes(data ? data : "", data ? size : 0);
 }

@@ -20,7 +20,8 @@ std::string prepared(sqlite3* database, const OlderTable& table) {
     std::string storedValues;
     for (const auto index : tableSql::rowFields(*table.type)) {
         newFields.push_back({table.type->fields[index].name, table.type->fields[index].kind});
-        newValues += (newValues.empty() ? "" : ", ") + resolved(table.values[index], tableSql::quoted);
+        newValues +=
+            (newValues.empty() ? "" : ", ") + resolved(table.values[index], tableSql::quoted);
     }
     for (const auto& each : table.rowFields()) {
         storedValues += (storedValues.empty() ? "" : ", ") + tableSql::quoted(each.name);

@@ -18,8 +18,8 @@
 namespace korvex::store {
 
 /// The checksums that the rows of a table will have in the current version, read from a connection
-/// by a thread that keeps ahead of whoever rewrites the rows: that takes as long as the rewriting. A
-/// row that was not sound gets a checksum that it will not have. The connection belongs to the
+/// by a thread that keeps ahead of whoever rewrites the rows: that takes as long as the rewriting.
+/// A row that was not sound gets a checksum that it will not have. The connection belongs to the
 /// thread as long as this lives.
 class ChecksumsAhead {
 public:

@@ -29,9 +29,10 @@ struct StoreCheckReport {
 /// and their records belong. Contexts must end before their container.
 class ModelContainer {
 public:
-    /// Opens, creates or upgrades the store; creation and upgrade are all or nothing. Never overwrites a file that it
-    /// cannot read as a store of this schema: throws StoreError instead. A store whose folder or
-    /// file cannot be written opens for reading only (`allowsSave()` is false).
+    /// Opens, creates or upgrades the store; creation and upgrade are all or nothing. Never
+    /// overwrites a file that it cannot read as a store of this schema: throws StoreError instead.
+    /// A store whose folder or file cannot be written opens for reading only (`allowsSave()` is
+    /// false).
     static std::unique_ptr<ModelContainer>
     open(const Schema& schema, ModelConfiguration configuration, base::LogSink& log);
     ~ModelContainer();

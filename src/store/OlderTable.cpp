@@ -39,9 +39,8 @@ public:
         auto values = m_values;
         for (const auto& assignment : stage.assignments) {
             if (assignment.type == m_type.name) {
-                values[assignment.field] = resolved(assignment.expression, [&](auto name) {
-                    return "(" + m_values[name] + ")";
-                });
+                values[assignment.field] = resolved(
+                    assignment.expression, [&](auto name) { return "(" + m_values[name] + ")"; });
             }
         }
         m_values = std::move(values);
@@ -53,7 +52,7 @@ public:
             const auto found = m_values.find(field.name);
             assert(found != m_values.end()); // or the plan does not lead to the current version
             table.values.push_back(field.kind == FieldKind::externalBytes ? std::string()
-                                                                         : found->second);
+                                                                          : found->second);
         }
         return table;
     }

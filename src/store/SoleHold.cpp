@@ -81,8 +81,8 @@ void SoleHold::copyTo(const std::filesystem::path& copy) {
             return;
         }
         for (ssize_t done = 0; done < size;) {
-            const auto written = ::write(target.get(), piece.data() + done,
-                                         static_cast<std::size_t>(size - done));
+            const auto written =
+                ::write(target.get(), piece.data() + done, static_cast<std::size_t>(size - done));
             check(written > 0);
             done += written;
         }

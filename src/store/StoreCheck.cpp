@@ -98,7 +98,7 @@ private:
             while (rows.step()) {
                 if (base::checksum(rows.bytes(2)) != static_cast<std::uint64_t>(rows.integer(1))) {
                     damage(std::string(type.name) + " row " + std::to_string(rows.integer(0)) +
-                            ": " + std::string(field.name) + " differs from its checksum.");
+                           ": " + std::string(field.name) + " differs from its checksum.");
                 }
             }
         }

@@ -184,9 +184,8 @@ std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
 }
 
 void StoreFile::createBy(const Filling& fill) const {
-    place(fill, [&](const std::filesystem::path& staging) {
-        rename(staging, m_file, RENAME_NOREPLACE);
-    });
+    place(fill,
+          [&](const std::filesystem::path& staging) { rename(staging, m_file, RENAME_NOREPLACE); });
 }
 
 void StoreFile::place(const Filling& fill, const Filling& moveIn) const {
@@ -266,8 +265,7 @@ void StoreFile::removeKept(std::string_view what) const noexcept {
 std::string StoreFile::readingUri() const {
     // Where not even the journal's companions can be made, the file alone opens if it has no
     // journal. Elsewhere it must not: it would be read while a checkpoint writes to it.
-    return uri(m_file,
-               hasJournal() || allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
+    return uri(m_file, hasJournal() || allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
 }
 
 void StoreFile::checkHeader(sqlite3* database) const {

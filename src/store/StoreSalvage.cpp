@@ -173,9 +173,8 @@ private:
         addChecksumFunction(m_source, kStoredChecksum, m_type.name, m_table.rowFields());
         addChecksumFunction(m_source, kNewChecksum, m_type.name, newFields);
         m_select.emplace(m_source, "SELECT rowid, version, " + std::string(kNewChecksum) + "(" +
-                                       values + "), " + values + ", checksum = " +
-                                       kStoredChecksum + "(" + stored + ") FROM " + m_name +
-                                       " WHERE rowid = ?");
+                                       values + "), " + values + ", checksum = " + kStoredChecksum +
+                                       "(" + stored + ") FROM " + m_name + " WHERE rowid = ?");
         std::string columns = "rowid, version, checksum";
         std::string places = "?, ?, ?";
         for (const auto& field : newFields) {

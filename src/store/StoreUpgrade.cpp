@@ -182,8 +182,8 @@ private:
     void dropColumns() {
         for (const auto& [name, column] : m_columns) {
             if (!isStillAField(column)) {
-                store::run(m_database, "ALTER TABLE " + m_name + " DROP COLUMN " +
-                                           tableSql::quoted(column));
+                store::run(m_database,
+                           "ALTER TABLE " + m_name + " DROP COLUMN " + tableSql::quoted(column));
             }
         }
     }

@@ -28,11 +28,12 @@ protected:
 
     std::unique_ptr<store::ModelContainer>
     open(ModelConfiguration::Older whenOlder = ModelConfiguration::Older::upgrade) {
-        return store::ModelContainer::open(
-            model::currentSchema(),
-            {.file = file(), .whenMissing = ModelConfiguration::Missing::refuse,
-             .whenOlder = whenOlder, .lockTimeout = std::chrono::milliseconds(50)},
-            m_log);
+        return store::ModelContainer::open(model::currentSchema(),
+                                           {.file = file(),
+                                            .whenMissing = ModelConfiguration::Missing::refuse,
+                                            .whenOlder = whenOlder,
+                                            .lockTimeout = std::chrono::milliseconds(50)},
+                                           m_log);
     }
 
     void write(const OldStore::Version& version) {
@@ -53,7 +54,10 @@ protected:
 
     static const std::vector<Row>& boards() {
         static const std::vector<Row> rows{
-            board("Today", 1), board("Inbox", 1), board("Other system", 1), board("Today", 0),
+            board("Today", 1),
+            board("Inbox", 1),
+            board("Other system", 1),
+            board("Today", 0),
             board("Work \"quoted\" {name}", 0),
         };
         return rows;
@@ -82,11 +86,16 @@ protected:
 
 private:
     static Row board(const std::string& name, std::int64_t isSystem) {
-        return {{"id", base::Uuid::random()},     {"name", name},
-                {"createdAt", -63114076800.0},    {"updatedAt", 8e8},
-                {"sortOrder", std::int64_t{-5}},  {"isSystem", isSystem},
-                {"isArchived", std::int64_t{1}},  {"icon", std::string("no such icon")},
-                {"iconColor", std::string("")},   {"systemIdentifier", std::string("of its own")},
+        return {{"id", base::Uuid::random()},
+                {"name", name},
+                {"createdAt", -63114076800.0},
+                {"updatedAt", 8e8},
+                {"sortOrder", std::int64_t{-5}},
+                {"isSystem", isSystem},
+                {"isArchived", std::int64_t{1}},
+                {"icon", std::string("no such icon")},
+                {"iconColor", std::string("")},
+                {"systemIdentifier", std::string("of its own")},
                 {"mergedIntoBoardID", base::Uuid::random()}};
     }
 
@@ -212,9 +221,9 @@ TEST_F(MigrationTest, AStoreIsUpgradedOnlyWhereItMayBe) {
         // A program of that version, still running.
         SQLite::Database other(file().string(), SQLite::OPEN_READWRITE);
         EXPECT_EQ(other.execAndGet("SELECT count(*) FROM Board").getInt(), 5);
-        EXPECT_EQ(refusal({.whenOlder = Older::upgrade,
-                           .lockTimeout = std::chrono::milliseconds(5)}),
-                  store::StoreErrorCase::busy);
+        EXPECT_EQ(
+            refusal({.whenOlder = Older::upgrade, .lockTimeout = std::chrono::milliseconds(5)}),
+            store::StoreErrorCase::busy);
     }
     EXPECT_THAT(kept(), testing::IsEmpty());
     EXPECT_TRUE(open()->wasUpgraded());

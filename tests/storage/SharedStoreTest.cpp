@@ -174,8 +174,8 @@ TEST_F(SharedStoreTest, AStoreThatIsThereIsOnlyMarked) {
 
 TEST_F(SharedStoreTest, WhoOpensExistingStoresOnlyPreparesNothing) {
     const auto open = [&] {
-        return storage::SharedModelContainer::make(
-            {.storeURL = store(), .existingStoreOnly = true}, m_log);
+        return storage::SharedModelContainer::make({.storeURL = store(), .existingStoreOnly = true},
+                                                   m_log);
     };
     EXPECT_EQ(refusalOf(open), SharedStoreErrorCase::notPrepared);
     EXPECT_FALSE(fs::exists(folder()));

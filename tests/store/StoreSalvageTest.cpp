@@ -69,7 +69,8 @@ protected:
     }
     void overwrite(std::int64_t page, std::size_t offset, const std::string& bytes) {
         std::fstream file(storeFile(), std::ios::in | std::ios::out | std::ios::binary);
-        file.seekp(static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset));
+        file.seekp(
+            static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset));
         file << bytes;
     }
     void zero(std::int64_t page) { overwrite(page, 0, std::string(kPage, '\0')); }
@@ -191,8 +192,8 @@ TEST_F(StoreSalvageTest, FlippedBitsCostNoMoreThanTheyHit) {
         const auto offset = random() % kPage;
         {
             std::fstream file(storeFile(), std::ios::in | std::ios::out | std::ios::binary);
-            const auto place = static_cast<std::streamoff>(
-                static_cast<std::size_t>(page - 1) * kPage + offset);
+            const auto place =
+                static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset);
             file.seekg(place);
             const auto byte = static_cast<char>(file.get() ^ (1 << random() % 8));
             file.seekp(place);

@@ -96,38 +96,49 @@ private:
         auto entryV11 = bridge;
         std::erase(entryV11, "type");
         const auto entryV12 = with(entryV11, {"dueDay", "dueDate", "reminderDate"});
-        return {{"V10", 100, boardV10, entryV10, false},   {"Bridge", 105, boardV10, bridge, false},
-                {"V11", 110, boardV11, entryV11, false},   {"V12", 120, boardV11, entryV12, false},
-                {"V13", 130, boardV11, entryV12, true},    {"V14", 140, boardV14, entryV12, true},
-                {"V15", 150, boardV15, entryV12, true},    {"V16", 160, boardV16, entryV12, true}};
+        return {{"V10", 100, boardV10, entryV10, false}, {"Bridge", 105, boardV10, bridge, false},
+                {"V11", 110, boardV11, entryV11, false}, {"V12", 120, boardV11, entryV12, false},
+                {"V13", 130, boardV11, entryV12, true},  {"V14", 140, boardV14, entryV12, true},
+                {"V15", 150, boardV15, entryV12, true},  {"V16", 160, boardV16, entryV12, true}};
     }
 
     static std::string typeOf(const std::string& column) {
-        static const std::map<std::string, std::string> types{
-            {"id", "BLOB NOT NULL UNIQUE"},     {"name", "TEXT NOT NULL"},
-            {"createdAt", "REAL NOT NULL"},     {"updatedAt", "REAL NOT NULL"},
-            {"sortOrder", "INTEGER NOT NULL"},  {"isSystem", "INTEGER NOT NULL"},
-            {"isArchived", "INTEGER NOT NULL"}, {"type", "TEXT NOT NULL"},
-            {"typeRawValue", "TEXT NOT NULL"},  {"content", "TEXT NOT NULL"},
-            {"isCompleted", "INTEGER NOT NULL"}, {"systemIdentifier", "TEXT"},
-            {"icon", "TEXT"},                   {"iconColor", "TEXT"},
-            {"mergedIntoBoardID", "BLOB"},      {"richTextData", "BLOB"},
-            {"board", "BLOB"},                  {"completedAt", "REAL"},
-            {"dueDay", "INTEGER"},              {"dueDate", "REAL"},
-            {"reminderDate", "REAL"}};
+        static const std::map<std::string, std::string> types{{"id", "BLOB NOT NULL UNIQUE"},
+                                                              {"name", "TEXT NOT NULL"},
+                                                              {"createdAt", "REAL NOT NULL"},
+                                                              {"updatedAt", "REAL NOT NULL"},
+                                                              {"sortOrder", "INTEGER NOT NULL"},
+                                                              {"isSystem", "INTEGER NOT NULL"},
+                                                              {"isArchived", "INTEGER NOT NULL"},
+                                                              {"type", "TEXT NOT NULL"},
+                                                              {"typeRawValue", "TEXT NOT NULL"},
+                                                              {"content", "TEXT NOT NULL"},
+                                                              {"isCompleted", "INTEGER NOT NULL"},
+                                                              {"systemIdentifier", "TEXT"},
+                                                              {"icon", "TEXT"},
+                                                              {"iconColor", "TEXT"},
+                                                              {"mergedIntoBoardID", "BLOB"},
+                                                              {"richTextData", "BLOB"},
+                                                              {"board", "BLOB"},
+                                                              {"completedAt", "REAL"},
+                                                              {"dueDay", "INTEGER"},
+                                                              {"dueDate", "REAL"},
+                                                              {"reminderDate", "REAL"}};
         return types.at(column);
     }
 
     void createTable(const std::string& name, const Columns& columns) {
-        auto sql = "CREATE TABLE " + name +
-                   "(rowid INTEGER PRIMARY KEY, version INTEGER NOT NULL, checksum INTEGER NOT NULL";
+        auto sql =
+            "CREATE TABLE " + name +
+            "(rowid INTEGER PRIMARY KEY, version INTEGER NOT NULL, checksum INTEGER NOT NULL";
         for (const auto& column : columns) {
             sql += ", \"" + column + "\" " + typeOf(column);
         }
         m_database.exec(sql + ")");
     }
 
-    static std::int64_t checksum(const std::string& table, const std::vector<store::Value>& values) {
+    static std::int64_t checksum(const std::string& table,
+                                 const std::vector<store::Value>& values) {
         base::Bytes form;
         const auto word = [&](std::uint64_t bits) {
             for (int i = 0; i < 8; ++i) {

@@ -97,8 +97,8 @@ ExitStatus check(Session& session, const NoOptions&) {
 /// "3 entries", "1 board".
 std::string counted(std::size_t count, const store::RecordType& type) {
     const auto isEntry = &type == &model::Entry::recordType();
-    const auto* const noun = isEntry ? (count == 1 ? " entry" : " entries")
-                                     : (count == 1 ? " board" : " boards");
+    const auto* const noun =
+        isEntry ? (count == 1 ? " entry" : " entries") : (count == 1 ? " board" : " boards");
     return std::to_string(count) + noun;
 }
 
@@ -202,7 +202,8 @@ ExitStatus repair(Session& session, const NoOptions&) {
 } // namespace
 
 void addStoreCommands(CLI::App& program, Action& chosen) {
-    auto& group = *program.add_subcommand("store", "Says where the store lies, checks and repairs it");
+    auto& group =
+        *program.add_subcommand("store", "Says where the store lies, checks and repairs it");
     group.fallthrough()->require_subcommand(1);
     addCommand(group, "path", "Prints the path of the store file", chosen, path);
     addCommand(group, "check", "Reads the whole store and reports what is wrong with it", chosen,

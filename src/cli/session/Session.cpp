@@ -77,7 +77,6 @@ store::ModelContainer& Session::openExisting() {
     return *m_container;
 }
 
-
 void Session::remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged) {
     for (const auto& [from, to] : merged) {
         preferences().remapBoard(from, to);

@@ -69,12 +69,12 @@ struct Program {
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
         folder = std::filesystem::path(file).parent_path();
-        container = store::ModelContainer::open(
-            model::currentSchema(),
-            {.file = file,
-             .whenMissing = whenMissing,
-             .whenOlder = store::ModelConfiguration::Older::upgrade},
-            log);
+        container =
+            store::ModelContainer::open(model::currentSchema(),
+                                        {.file = file,
+                                         .whenMissing = whenMissing,
+                                         .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                        log);
         context = std::make_unique<store::ModelContext>(*container);
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
