@@ -8,7 +8,6 @@
 #include "storage/SharedStoreError.h"
 #include "storage/StoreMarkers.h"
 #include "store/ModelContext.h"
-#include "store/StoreCopy.h"
 #include "store/StoreFile.h"
 
 namespace korvex::storage {
@@ -21,7 +20,7 @@ void CloudStorePreparation::prepare(const std::filesystem::path& at, base::Insta
     if (!std::filesystem::exists(at, ignored)) {
         throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
     }
-    store::copyStore(at, store::StoreFile(at).keptName("BeforeCloudV11"));
+    store::StoreFile(at).copyTo(store::StoreFile(at).keptName("BeforeCloudV11"));
     const auto container =
         store::ModelContainer::open(SharedModelContainer::schema(),
                                     {.file = at,

@@ -6,8 +6,8 @@
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
 #include "storage/StoreMarkers.h"
-#include "store/StoreCopy.h"
 #include "store/StoreError.h"
+#include "store/StoreFile.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -154,7 +154,7 @@ void SharedStoreMigration::carryOver(const fs::path& legacy, const fs::path& sto
     }
     const StagingFolder staging(store.parent_path());
     const auto staged = staging.path() / store.filename();
-    store::copyStore(legacy, staged);
+    store::StoreFile(legacy).copyTo(staged);
     validateStore(staged);
     m_log.info("Verified a snapshot of the legacy store; original retained");
     publish(staged, store);

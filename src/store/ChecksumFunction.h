@@ -1,6 +1,6 @@
 #pragma once
 
-#include "store/Migration.h"
+#include "store/Schema.h"
 
 #include <sqlite3.h>
 

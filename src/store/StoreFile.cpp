@@ -4,6 +4,7 @@
 #include "store/OlderTable.h"
 #include "store/Statement.h"
 #include "store/StoreError.h"
+#include "store/StoreLock.h"
 #include "store/TableSql.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -14,9 +15,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <optional>
 
 namespace korvex::store {
 
@@ -90,6 +93,24 @@ std::string uri(const std::filesystem::path& path, std::string_view query) {
         }
     }
     return uri + std::string(query);
+}
+
+/// For the lock, of whoever copies.
+constexpr std::chrono::seconds kPatience{10};
+
+/// Into a new file, which is not synced.
+void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
+    const SQLite::Database target(copy.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    sqlite3_exec(target.getHandle(), "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);
+    auto* const backup = sqlite3_backup_init(target.getHandle(), "main", database, "main");
+    if (!backup) {
+        throwSqliteError(target.getHandle(), sqlite3_extended_errcode(target.getHandle()));
+    }
+    sqlite3_backup_step(backup, -1);
+    const auto code = sqlite3_backup_finish(backup);
+    if (code != SQLITE_OK) {
+        throwSqliteError(nullptr, code);
+    }
 }
 
 constexpr std::string_view kStagingMark = ".new-";
@@ -225,6 +246,29 @@ void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept
             throw;
         }
     });
+}
+
+void StoreFile::copyTo(const std::filesystem::path& copy) const {
+    if (!exists()) {
+        throw StoreError(hasJournal() ? StoreErrorCase::incomplete : StoreErrorCase::missing);
+    }
+    // Nobody writes meanwhile. Who cannot take the lock is not asked to: nothing may be changed
+    // beside a store that is only read.
+    std::error_code ignored;
+    std::optional<StoreLock> lock;
+    if (isWritable() && std::filesystem::exists(lockFile(), ignored)) {
+        lock.emplace(lockFile(), kPatience);
+    }
+    const StoreLock::Guard guard(lock ? &*lock : nullptr);
+    try {
+        const SQLite::Database database(readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        checkHeader(database.getHandle());
+        StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
+            copyDatabase(database.getHandle(), staging);
+        });
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
 }
 
 void StoreFile::removeStaging() const {

@@ -13,7 +13,7 @@
 namespace korvex::store {
 
 /// The files of one store and what can be told from them before and after SQLite opens them. None
-/// of these functions opens the store file itself: closing any descriptor of it would drop the
+/// of these functions opens the store file past SQLite: closing any descriptor of it would drop the
 /// locks that SQLite holds in this process.
 class StoreFile {
 public:
@@ -52,6 +52,11 @@ public:
     /// same folder: at every moment one of them is in place. The write lock must be held, and
     /// nobody else may have the store open (`SoleHold`).
     void replaceBy(const Filling& fill, const std::filesystem::path& kept) const;
+    /// Makes `copy` a store that holds what this one holds at one moment, its journal included. It
+    /// may be in use, of any version, and need not be writable; it is not changed. The copy is
+    /// there whole, in one file and on the disk, or not at all; it never replaces a file. Blocks;
+    /// any thread. Throws StoreError.
+    void copyTo(const std::filesystem::path& copy) const;
     /// Removes what interrupted ones of these left. The write lock must be held.
     void removeStaging() const;
 

@@ -1,6 +1,6 @@
 #include "StoreFixture.h"
 
-#include "store/StoreCopy.h"
+#include "store/StoreFile.h"
 #include "store/StoreSalvage.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -223,9 +223,9 @@ TEST_F(StoreSalvageTest, ACopyHoldsTheJournalToo) {
     context.save();
     const auto copy = folder() / "copy" / "Primary.store";
     std::filesystem::create_directory(copy.parent_path());
-    store::copyStore(storeFile(), copy);
-    EXPECT_THROW(store::copyStore(storeFile(), copy), store::StoreError) << "never replaced";
-    EXPECT_THROW(store::copyStore(folder() / "none", folder() / "other"), store::StoreError);
+    store::StoreFile(storeFile()).copyTo(copy);
+    EXPECT_THROW(store::StoreFile(storeFile()).copyTo(copy), store::StoreError) << "never replaced";
+    EXPECT_THROW(store::StoreFile(folder() / "none").copyTo(folder() / "other"), store::StoreError);
     const auto copied = open({.file = copy});
     EXPECT_EQ(ModelContext(*copied).fetch<Board>().at(0)->name(), "In the journal");
     EXPECT_TRUE(copied->isFromElsewhere());
