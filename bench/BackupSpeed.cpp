@@ -6,9 +6,8 @@
 #include "backup/BackupFileIO.h"
 #include "base/Base64.h"
 #include "base/Log.h"
-#include "richtext/stored/RichTextSerializer.h"
 #include "support/AllocationCounter.h"
-#include "support/BenchStore.h"
+#include "support/LargeBackup.h"
 
 #include <benchmark/benchmark.h>
 #include <rapidjson/memorystream.h>
@@ -21,51 +20,9 @@ namespace {
 
 using namespace korvex;
 
-constexpr std::size_t kEntries = 100'000;
-constexpr std::size_t kContents = 100'000'000;
-
 base::StandardErrorLog& errors() {
     static base::StandardErrorLog log(base::LogLevel::error);
     return log;
-}
-
-/// About 600 bytes when it is stored.
-base::Bytes formattedText(const std::string& text) {
-    richtext::AttributedString formatted;
-    formatted.append(u"Bold words", {.font = {.isBold = true}}, {});
-    formatted.append(u" and \u201Cquoted\u201D ones, a caf\u00E9, ", {}, {});
-    formatted.append(u"a link", {.link = "https://example.org/a/path?with=query"}, {});
-    formatted.append(richtext::RichTextSerializer::plainRichText(text));
-    return richtext::RichTextSerializer(errors()).encode(formatted);
-}
-
-backup::BackupDocument makeDocument() {
-    const auto board = base::Uuid::random();
-    backup::BackupDocument document{.exportedAt = bench::kNow, .appVersion = "0.1.0"};
-    document.boards = {
-        {.id = board, .name = "Notes", .createdAt = bench::kNow, .isArchived = false}};
-    const auto texts = bench::bodies(kEntries);
-    document.entries.reserve(kEntries);
-    std::size_t contents = 0;
-    for (std::size_t number = 0; number < kEntries; ++number) {
-        // Each so long that all come to what was meant.
-        auto stored = formattedText(texts[number]);
-        const auto room = (kContents - contents) / (kEntries - number);
-        auto content = texts[number] + "\n\"" + texts[number] + "\"";
-        content.resize(std::min(content.size(), room - std::min(room, stored.size())));
-        content.shrink_to_fit();
-        contents += stored.size() + content.size();
-        document.entries.push_back(
-            {.id = base::Uuid::random(),
-             .boardID = board,
-             .type = "text",
-             .content = std::move(content),
-             .richTextData = std::move(stored),
-             .createdAt = bench::kNow + 0.123456 * static_cast<double>(number),
-             .updatedAt = bench::kNow + 1.7 * static_cast<double>(number),
-             .sortOrder = static_cast<std::int64_t>(number)});
-    }
-    return document;
 }
 
 struct Subject {
@@ -78,7 +35,7 @@ struct Subject {
         static const Subject subject = [] {
             const auto before = bench::allocatedBytes();
             Subject made;
-            made.document = makeDocument();
+            made.document = bench::largeBackup();
             made.size = bench::allocatedBytes() - before;
             made.bytes = backup::BackupFileIO::encode(made.document);
             return made;
@@ -101,7 +58,7 @@ void run(benchmark::State& state, std::size_t shared, Work&& work) {
                                static_cast<double>(subject.size);
     state.counters["document"] = static_cast<double>(subject.size);
     state.counters["file"] = static_cast<double>(subject.bytes.size());
-    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kContents));
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bench::kBackupContents));
 }
 
 void validating(benchmark::State& state) {

@@ -1,22 +1,18 @@
 #include "app/AppPreferences.h"
 
-#include "schedule/TodoReminderPreset.h"
+#include "services/BoardService.h"
 
 #include <algorithm>
-#include <array>
 #include <cassert>
 #include <string>
-#include <utility>
+#include <type_traits>
+#include <vector>
 
 namespace korvex::app {
 
 namespace {
 
-constexpr std::string_view kAppearanceKey = "appearance";
-constexpr std::string_view kFontSizeKey = "fontSize";
-constexpr std::string_view kDefaultReminderMinutesKey = "defaultReminderMinutes";
-constexpr std::string_view kBoardSpacingKey = "boardSpacing";
-constexpr std::string_view kMainBoardSelectedBoardIDKey = "mainBoardSelectedBoardID";
+using Property = AppPreferences::Property;
 
 constexpr int kMinutesPerDay = 24 * 60;
 
@@ -26,104 +22,350 @@ struct StoredName {
     std::string_view rawValue;
 };
 
-constexpr std::array<StoredName<AppPreferences::Appearance>, 3> kAppearances{{
-    {AppPreferences::Appearance::system, "system"},
-    {AppPreferences::Appearance::light, "light"},
-    {AppPreferences::Appearance::dark, "dark"},
-}};
-
-constexpr std::array<StoredName<AppPreferences::BoardSpacing>, 2> kBoardSpacings{{
-    {AppPreferences::BoardSpacing::compact, "compact"},
-    {AppPreferences::BoardSpacing::comfortable, "comfortable"},
-}};
-
-template <typename Table>
-auto readCase(const UserDefaults& defaults, std::string_view key, const Table& table,
-              decltype(table[0].which) fallback) {
-    const auto stored = defaults.string(key);
-    const auto row = std::find_if(table.begin(), table.end(),
-                                  [&](const auto& each) { return each.rawValue == stored; });
-    return row == table.end() ? fallback : row->which;
+constexpr auto namesOf(AppPreferences::Appearance) {
+    using Appearance = AppPreferences::Appearance;
+    return std::array{StoredName{Appearance::system, "system"},
+                      StoredName{Appearance::light, "light"}, StoredName{Appearance::dark, "dark"}};
 }
 
-template <typename Table, typename Case>
-std::string_view rawValue(const Table& table, Case which) {
-    return std::find_if(table.begin(), table.end(),
-                        [which](const auto& each) { return each.which == which; })
-        ->rawValue;
+constexpr auto namesOf(AppPreferences::BoardSpacing) {
+    using BoardSpacing = AppPreferences::BoardSpacing;
+    return std::array{StoredName{BoardSpacing::compact, "compact"},
+                      StoredName{BoardSpacing::comfortable, "comfortable"}};
 }
 
-template <typename IsAllowed>
-int readInteger(const UserDefaults& defaults, std::string_view key, int fallback,
-                IsAllowed isAllowed) {
-    const auto stored = defaults.integer(key);
-    return stored && isAllowed(*stored) ? static_cast<int>(*stored) : fallback;
+constexpr auto namesOf(AppPreferences::LaunchDestination) {
+    using Destination = AppPreferences::LaunchDestination;
+    return std::array{StoredName{Destination::lastBoard, "lastBoard"},
+                      StoredName{Destination::board, "board"},
+                      StoredName{Destination::upcoming, "upcoming"}};
 }
 
-bool isFontSize(std::int64_t points) {
-    constexpr auto kSizes = AppPreferences::kFontSizes;
-    return std::find(kSizes.begin(), kSizes.end(), points) != kSizes.end();
+constexpr auto namesOf(model::EntryType) {
+    using model::EntryType;
+    return std::array{StoredName{EntryType::text, model::rawValue(EntryType::text)},
+                      StoredName{EntryType::todo, model::rawValue(EntryType::todo)}};
 }
 
-bool isMinuteOfDay(std::int64_t minutes) {
-    return minutes >= 0 && minutes < kMinutesPerDay;
+template <typename Values>
+bool contains(const Values& values, std::int64_t value) {
+    return std::find(values.begin(), values.end(), value) != values.end();
 }
 
-std::optional<base::Uuid> readBoard(UserDefaults& defaults, std::string_view key,
-                                    const base::Logger& log) {
-    const auto stored = defaults.string(key);
-    if (!stored) {
-        return std::nullopt;
+/// Whether a whole number may be the value of this setting.
+bool isAllowed(Property property, std::int64_t value) {
+    switch (property) {
+    case Property::fontSize:
+        return contains(AppPreferences::kFontSizes, value);
+    case Property::defaultReminderMinutes:
+        return value >= 0 && value < kMinutesPerDay;
+    case Property::automaticBackupRetention:
+        return contains(AppPreferences::kRetentions, value);
+    default:
+        return false;
     }
-    const auto id = base::Uuid::parse(*stored);
-    if (!id) {
+}
+
+bool isUuid(std::string_view text) {
+    return base::Uuid::parse(text).has_value();
+}
+
+/// Where settings are read from, and what is noticed on the way.
+struct Reading {
+    UserDefaults& defaults;
+    const base::Logger& log;
+    bool hasMalformedShortcut = false;
+};
+
+// One for each kind of setting; `value` is the default, and stays where there is no better one.
+
+template <typename Case>
+requires std::is_enum_v<Case>
+void read(Reading& reading, Property, std::string_view key, Case& value) {
+    const auto stored = reading.defaults.string(key);
+    for (const auto& each : namesOf(Case{})) {
+        if (each.rawValue == stored) {
+            value = each.which;
+        }
+    }
+}
+
+void read(Reading& reading, Property property, std::string_view key, int& value) {
+    if (const auto stored = reading.defaults.integer(key); stored && isAllowed(property, *stored)) {
+        value = static_cast<int>(*stored);
+    }
+}
+
+void read(Reading& reading, Property, std::string_view key, bool& value) {
+    value = reading.defaults.boolean(key).value_or(value);
+}
+
+void read(Reading& reading, Property, std::string_view key, std::optional<base::Bytes>& value) {
+    value = reading.defaults.bytes(key);
+}
+
+void read(Reading& reading, Property, std::string_view key, std::optional<base::Instant>& value) {
+    if (const auto seconds = reading.defaults.real(key);
+        seconds && base::Instant{*seconds}.isValid()) {
+        value = base::Instant{*seconds};
+    }
+}
+
+void read(Reading& reading, Property, std::string_view key, AppPreferences::BoardID& value) {
+    const auto stored = reading.defaults.string(key);
+    if (stored) {
+        value = base::Uuid::parse(*stored);
+    }
+    if (stored && !value) {
+        reading.defaults.remove(key);
+        reading.log.warning("Removed malformed board preference: " + std::string(key));
+    }
+}
+
+void read(Reading& reading, Property, std::string_view key, base::Uuid& value) {
+    const auto otherwise = value == base::Uuid() ? base::Uuid::random() : value;
+    value = *base::Uuid::parse(reading.defaults.settle(key, isUuid, otherwise.text()));
+}
+
+void read(Reading& reading, Property, std::string_view key, QuickEntryShortcut& value) {
+    if (const auto stored = reading.defaults.bytes(key)) {
+        const auto shortcut = QuickEntryShortcut::ofJson(*stored);
+        reading.hasMalformedShortcut = !shortcut || !shortcut->isValid();
+        value = reading.hasMalformedShortcut ? value : *shortcut;
+    }
+}
+
+template <typename Case>
+requires std::is_enum_v<Case>
+void write(UserDefaults& defaults, std::string_view key, Case value) {
+    for (const auto& each : namesOf(value)) {
+        if (each.which == value) {
+            defaults.setString(key, each.rawValue);
+        }
+    }
+}
+
+void write(UserDefaults& defaults, std::string_view key, int value) {
+    defaults.setInteger(key, value);
+}
+
+void write(UserDefaults& defaults, std::string_view key, bool value) {
+    defaults.setBoolean(key, value);
+}
+
+void write(UserDefaults& defaults, std::string_view key, const base::Bytes& value) {
+    defaults.setBytes(key, value);
+}
+
+void write(UserDefaults& defaults, std::string_view key, base::Instant value) {
+    defaults.setReal(key, value.seconds);
+}
+
+void write(UserDefaults& defaults, std::string_view key, const base::Uuid& value) {
+    defaults.setString(key, value.text());
+}
+
+void write(UserDefaults& defaults, std::string_view key, const QuickEntryShortcut& value) {
+    defaults.setBytes(key, value.json());
+}
+
+template <typename T>
+void write(UserDefaults& defaults, std::string_view key, const std::optional<T>& value) {
+    if (value) {
+        write(defaults, key, *value);
+    } else {
         defaults.remove(key);
-        log.warning("Removed malformed board preference: " + std::string(key));
     }
-    return id;
 }
 
 } // namespace
 
+template <typename Visit>
+void AppPreferences::forEachSetting(Visit visit) {
+    using P = Property;
+    visit(P::appearance, "appearance", &Values::appearance);
+    visit(P::fontSize, "fontSize", &Values::fontSize);
+    visit(P::launchDestination, "launchDestination", &Values::launchDestination);
+    visit(P::launchBoardID, "launchBoardID", &Values::launchBoardID);
+    visit(P::defaultReminderMinutes, "defaultReminderMinutes", &Values::defaultReminderMinutes);
+    visit(P::boardSpacing, "boardSpacing", &Values::boardSpacing);
+    visit(P::automaticBackupEnabled, "automaticBackupEnabled", &Values::automaticBackupEnabled);
+    visit(P::automaticBackupBookmark, "automaticBackupBookmark", &Values::automaticBackupBookmark);
+    visit(P::automaticBackupLastSuccess, "automaticBackupLastSuccess",
+          &Values::automaticBackupLastSuccess);
+    visit(P::automaticBackupRetention, "automaticBackupRetention",
+          &Values::automaticBackupRetention);
+    visit(P::automaticBackupID, "automaticBackupID", &Values::automaticBackupID);
+    visit(P::defaultBoardID, "defaultBoardID", &Values::defaultBoardID);
+    visit(P::quickEntryShortcut, "quickEntryShortcut", &Values::quickEntryShortcut);
+    visit(P::quickEntryDefaultType, "quickEntryDefaultType", &Values::quickEntryDefaultType);
+    visit(P::quickEntryFixedBoardID, "quickEntryFixedBoardID", &Values::quickEntryFixedBoardID);
+    visit(P::quickEntryDefaultBoardID, "quickEntryDefaultBoardID",
+          &Values::quickEntryDefaultBoardID);
+    visit(P::mainBoardSelectedBoardID, "mainBoardSelectedBoardID",
+          &Values::mainBoardSelectedBoardID);
+    visit(P::desktopBoardSelectedBoardID, "desktopBoardSelectedBoardID",
+          &Values::desktopBoardSelectedBoardID);
+    visit(P::desktopBoardAlwaysOnTop, "desktopBoardAlwaysOnTop", &Values::desktopBoardAlwaysOnTop);
+    visit(P::desktopBoardShowOnLaunch, "desktopBoardShowOnLaunch",
+          &Values::desktopBoardShowOnLaunch);
+    visit(P::showsMenuBarExtra, "showsMenuBarExtra", &Values::showsMenuBarExtra);
+}
+
 AppPreferences::AppPreferences(UserDefaults& defaults, base::LogSink& log)
-    : m_defaults(defaults),
-      m_appearance(readCase(defaults, kAppearanceKey, kAppearances, Appearance::system)),
-      m_fontSize(readInteger(defaults, kFontSizeKey, kStandardFontSize, isFontSize)),
-      m_boardSpacing(readCase(defaults, kBoardSpacingKey, kBoardSpacings, BoardSpacing::compact)),
-      m_defaultReminderMinutes(readInteger(defaults, kDefaultReminderMinutesKey,
-                                           schedule::kStandardReminderMinutes, isMinuteOfDay)),
-      m_mainBoardSelectedBoardID(
-          readBoard(defaults, kMainBoardSelectedBoardIDKey, base::Logger(log, "preferences"))) {}
+    : m_defaults(defaults), m_log(log, "preferences") {
+    Reading reading{.defaults = m_defaults, .log = m_log};
+    forEachSetting([&](Property property, const char* key, auto member) {
+        read(reading, property, key, m_values.*member);
+    });
+    m_repairedShortcut = reading.hasMalformedShortcut;
+    if (m_repairedShortcut) {
+        m_log.error("Malformed Quick Entry shortcut; using default configuration");
+    }
+}
+
+void AppPreferences::reload() {
+    m_defaults.refresh();
+    Values fresh;
+    // Where it is gone from the file, this is still the same installation.
+    fresh.automaticBackupID = m_values.automaticBackupID;
+    Reading reading{.defaults = m_defaults, .log = m_log};
+    std::vector<Property> changed;
+    forEachSetting([&](Property property, const char* key, auto member) {
+        read(reading, property, key, fresh.*member);
+        if (fresh.*member != m_values.*member) {
+            changed.push_back(property);
+        }
+    });
+    m_values = std::move(fresh);
+    for (const auto property : changed) {
+        m_didChange.emit(property);
+    }
+}
+
+template <typename T>
+void AppPreferences::set(T Values::*member, T value) {
+    forEachSetting([&](Property property, const char* key, auto each) {
+        if constexpr (std::is_same_v<decltype(each), T Values::*>) {
+            if (each == member) {
+                write(m_defaults, key, value);
+                if (m_values.*member != value) {
+                    m_values.*member = std::move(value);
+                    m_didChange.emit(property);
+                }
+            }
+        }
+    });
+}
 
 void AppPreferences::setAppearance(Appearance appearance) {
-    m_defaults.setString(kAppearanceKey, rawValue(kAppearances, appearance));
-    if (std::exchange(m_appearance, appearance) != appearance) {
-        m_didChange.emit();
-    }
+    set(&Values::appearance, appearance);
 }
 
 void AppPreferences::setFontSize(int fontSize) {
-    assert(isFontSize(fontSize));
-    m_defaults.setInteger(kFontSizeKey, fontSize);
-    if (std::exchange(m_fontSize, fontSize) != fontSize) {
-        m_didChange.emit();
-    }
+    assert(isAllowed(Property::fontSize, fontSize));
+    set(&Values::fontSize, fontSize);
+}
+
+void AppPreferences::setLaunchDestination(LaunchDestination destination) {
+    set(&Values::launchDestination, destination);
+}
+
+void AppPreferences::setLaunchBoardID(BoardID id) {
+    set(&Values::launchBoardID, id);
+}
+
+void AppPreferences::setDefaultReminderMinutes(int minutes) {
+    assert(isAllowed(Property::defaultReminderMinutes, minutes));
+    set(&Values::defaultReminderMinutes, minutes);
 }
 
 void AppPreferences::setBoardSpacing(BoardSpacing spacing) {
-    m_defaults.setString(kBoardSpacingKey, rawValue(kBoardSpacings, spacing));
-    if (std::exchange(m_boardSpacing, spacing) != spacing) {
-        m_didChange.emit();
-    }
+    set(&Values::boardSpacing, spacing);
 }
 
-void AppPreferences::setMainBoardSelectedBoardID(std::optional<base::Uuid> id) {
-    m_mainBoardSelectedBoardID = id;
-    if (id) {
-        m_defaults.setString(kMainBoardSelectedBoardIDKey, id->text());
-    } else {
-        m_defaults.remove(kMainBoardSelectedBoardIDKey);
+void AppPreferences::setAutomaticBackupEnabled(bool enabled) {
+    set(&Values::automaticBackupEnabled, enabled);
+}
+
+void AppPreferences::setAutomaticBackupBookmark(std::optional<base::Bytes> bookmark) {
+    set(&Values::automaticBackupBookmark, std::move(bookmark));
+}
+
+void AppPreferences::setAutomaticBackupLastSuccess(std::optional<base::Instant> moment) {
+    set(&Values::automaticBackupLastSuccess, moment);
+}
+
+void AppPreferences::setAutomaticBackupRetention(int count) {
+    assert(isAllowed(Property::automaticBackupRetention, count));
+    set(&Values::automaticBackupRetention, count);
+}
+
+void AppPreferences::setDefaultBoardID(BoardID id) {
+    set(&Values::defaultBoardID, id);
+}
+
+void AppPreferences::setQuickEntryShortcut(QuickEntryShortcut shortcut) {
+    assert(shortcut.isValid());
+    set(&Values::quickEntryShortcut, shortcut);
+}
+
+void AppPreferences::setQuickEntryDefaultType(model::EntryType type) {
+    set(&Values::quickEntryDefaultType, type);
+}
+
+void AppPreferences::setQuickEntryFixedBoardID(BoardID id) {
+    set(&Values::quickEntryFixedBoardID, id);
+}
+
+void AppPreferences::setQuickEntryDefaultBoardID(BoardID id) {
+    set(&Values::quickEntryDefaultBoardID, id);
+}
+
+void AppPreferences::setMainBoardSelectedBoardID(BoardID id) {
+    set(&Values::mainBoardSelectedBoardID, id);
+}
+
+void AppPreferences::setDesktopBoardSelectedBoardID(BoardID id) {
+    set(&Values::desktopBoardSelectedBoardID, id);
+}
+
+void AppPreferences::setDesktopBoardAlwaysOnTop(bool alwaysOnTop) {
+    set(&Values::desktopBoardAlwaysOnTop, alwaysOnTop);
+}
+
+void AppPreferences::setDesktopBoardShowOnLaunch(bool showOnLaunch) {
+    set(&Values::desktopBoardShowOnLaunch, showOnLaunch);
+}
+
+void AppPreferences::setShowsMenuBarExtra(bool shows) {
+    set(&Values::showsMenuBarExtra, shows);
+}
+
+model::Board* AppPreferences::defaultBoard(std::span<model::Board* const> boards) {
+    const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
+        return board->id() == m_values.defaultBoardID && !board->isArchived();
+    });
+    if (found != boards.end()) {
+        return *found;
     }
+    auto* const inbox = fallbackBoard(boards);
+    setDefaultBoardID(inbox ? BoardID(inbox->id()) : std::nullopt);
+    return inbox;
+}
+
+model::Board* AppPreferences::fallbackBoard(std::span<model::Board* const> boards) {
+    return services::BoardService::inboxBoard(boards);
+}
+
+void AppPreferences::remapBoard(const base::Uuid& from, const base::Uuid& to) {
+    forEachSetting([&](Property, const char*, auto member) {
+        if constexpr (std::is_same_v<decltype(member), BoardID Values::*>) {
+            if (m_values.*member == from) {
+                set(member, BoardID(to));
+            }
+        }
+    });
 }
 
 } // namespace korvex::app

@@ -148,13 +148,52 @@ private:
     std::bitset<kFieldCount<Record>> m_seen;
 };
 
+/// Whether the records that come are those of a document, in its order.
+class Comparison {
+public:
+    explicit Comparison(const BackupDocument& meant) : m_meant(meant) {}
+
+    bool take(const BackupDocument::BoardRecord& board) {
+        return isNext(board, m_meant.boards, m_boards);
+    }
+    bool take(const BackupDocument::EntryRecord& entry) {
+        return isNext(entry, m_meant.entries, m_entries);
+    }
+    /// With all of them taken, and the rest of what was read.
+    bool isWhole(const BackupDocument& read) const {
+        return m_boards == m_meant.boards.size() && m_entries == m_meant.entries.size() &&
+               read.schemaVersion == m_meant.schemaVersion &&
+               read.exportedAt == m_meant.exportedAt && read.appVersion == m_meant.appVersion;
+    }
+
+private:
+    template <typename Record>
+    static bool isNext(const Record& record, const std::vector<Record>& meant, std::size_t& place) {
+        const auto isSame = place < meant.size() && record == meant[place];
+        ++place;
+        return isSame;
+    }
+
+    const BackupDocument& m_meant;
+    std::size_t m_boards = 0;
+    std::size_t m_entries = 0;
+};
+
 /// Takes what RapidJSON's reader meets, under the names that it calls; false ends the reading.
 class DocumentHandler {
 public:
     using Ch = char;
 
-    DocumentHandler(BackupDocument& document, const JsonStream& stream, std::size_t byteCount)
-        : m_document(document), m_stream(stream), m_byteCount(byteCount), m_top(&document) {}
+    /// With a comparison, each record goes there and not into the document; the first one that
+    /// differs ends the reading. `advance` may be empty.
+    DocumentHandler(BackupDocument& document, const JsonStream& stream, std::size_t byteCount,
+                    const Advance& advance, Comparison* comparison = nullptr)
+        : m_document(document),
+          m_stream(stream),
+          m_byteCount(byteCount),
+          m_advance(advance),
+          m_comparison(comparison),
+          m_top(&document) {}
 
     bool Null() { return scalar({Scalar::Kind::null}); }
     bool Bool(bool boolean) { return scalar({Scalar::Kind::boolean, boolean}); }
@@ -211,12 +250,12 @@ public:
         return isAtUnknown() && enter(Place::unknown);
     }
     bool EndObject(rapidjson::SizeType) {
-        const auto isComplete = m_place == Place::document ? m_top.hasAllRequired()
-                                : m_place == Place::board  ? m_board.hasAllRequired()
-                                : m_place == Place::entry  ? m_entry.hasAllRequired()
-                                                           : true;
+        const auto isRight = m_place == Place::document ? m_top.hasAllRequired()
+                             : m_place == Place::board  ? isRecord(m_board, m_document.boards)
+                             : m_place == Place::entry  ? isRecord(m_entry, m_document.entries)
+                                                        : true;
         leave();
-        return isComplete;
+        return isRight;
     }
     bool StartArray() {
         if (m_place == Place::document && m_top.isAt("boards")) {
@@ -270,10 +309,23 @@ private:
         m_places.pop_back();
     }
 
+    /// Whether the record that has just ended, the last of these, is one, and the one that should
+    /// come.
+    template <typename Record>
+    bool isRecord(const OpenObject<Record>& object, const std::vector<Record>& records) {
+        if (m_advance) {
+            m_advance(m_stream.Tell() - std::exchange(m_told, m_stream.Tell()));
+        }
+        return object.hasAllRequired() && (!m_comparison || m_comparison->take(records.back()));
+    }
+
     /// A new record at the end. There is room for as many as the bytes so far let expect: doubling
     /// would take up to three times what the records need.
     template <typename Record>
     Record& added(std::vector<Record>& records) {
+        if (m_comparison) {
+            records.clear();
+        }
         constexpr std::size_t kFewRecords = 256;
         constexpr double kReserve = 1.05;
         if (records.size() == records.capacity() && records.size() >= kFewRecords) {
@@ -288,6 +340,10 @@ private:
     BackupDocument& m_document;
     const JsonStream& m_stream;
     std::size_t m_byteCount;
+    const Advance& m_advance;
+    Comparison* m_comparison;
+    /// How far `m_advance` knows it to be.
+    std::size_t m_told = 0;
     Place m_place = Place::outside;
     /// Where each thing that is open stands.
     std::vector<Place> m_places;
@@ -296,7 +352,8 @@ private:
     OpenObject<BackupDocument::EntryRecord> m_entry;
 };
 
-bool readDocument(std::string_view text, BackupDocument& document) {
+bool readDocument(std::string_view text, BackupDocument& document, const Advance& advance,
+                  Comparison* comparison = nullptr) {
     // Without recursion: brackets alone must not end the program.
     constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseInsituFlag |
                             rapidjson::kParseNumbersAsStringsFlag;
@@ -304,24 +361,36 @@ bool readDocument(std::string_view text, BackupDocument& document) {
         return false;
     }
     JsonStream stream(text);
-    DocumentHandler handler(document, stream, text.size());
+    DocumentHandler handler(document, stream, text.size(), advance, comparison);
     rapidjson::GenericReader<JsonUtf8, JsonUtf8> reader;
     const auto result = reader.Parse<kFlags>(stream, handler);
     // A zero byte looks like the end.
     return !result.IsError() && stream.Tell() == text.size();
 }
 
+std::string_view textOf(std::span<const std::uint8_t> bytes) {
+    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 } // namespace
 
-BackupDocument decode(std::span<const std::uint8_t> bytes) {
+BackupDocument decode(std::span<const std::uint8_t> bytes, const Advance& advance) {
     if (bytes.size() > BackupDocument::kMaximumBytes) {
         throw BackupError(BackupErrorCase::tooLarge);
     }
     BackupDocument document;
-    if (!readDocument({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, document)) {
+    if (!readDocument(textOf(bytes), document, advance)) {
         throw BackupError(BackupErrorCase::invalidDocument);
     }
     return document;
+}
+
+bool holds(std::span<const std::uint8_t> bytes, const BackupDocument& document,
+           const Advance& advance) {
+    BackupDocument read;
+    Comparison comparison(document);
+    return bytes.size() <= BackupDocument::kMaximumBytes &&
+           readDocument(textOf(bytes), read, advance, &comparison) && comparison.isWhole(read);
 }
 
 } // namespace korvex::backup::BackupFileIO

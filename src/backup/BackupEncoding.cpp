@@ -5,6 +5,7 @@
 #include "base/Base64.h"
 #include "base/Text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -42,6 +43,57 @@ public:
 
 private:
     char* m_at;
+};
+
+/// Hands on what is written, a piece of some size at a time.
+class Pieces {
+public:
+    explicit Pieces(const std::function<void(std::string_view)>& sink) : m_sink(sink) {}
+
+    void put(std::string_view text) {
+        if (text.size() > m_buffer.size() - m_used) {
+            flush();
+            if (text.size() > m_buffer.size()) {
+                handOn(text);
+                return;
+            }
+        }
+        std::memcpy(m_buffer.data() + m_used, text.data(), text.size());
+        m_used += text.size();
+    }
+    void putBase64(std::span<const std::uint8_t> bytes) {
+        while (!bytes.empty()) {
+            if (m_buffer.size() - m_used < base::base64Length(1)) {
+                flush();
+            }
+            // Whole groups of three, all but the last.
+            const auto room = (m_buffer.size() - m_used) / base::base64Length(1) * 3;
+            const auto part = bytes.first(std::min(bytes.size(), room));
+            base::writeBase64(part, m_buffer.data() + m_used);
+            m_used += base::base64Length(part.size());
+            bytes = bytes.subspan(part.size());
+        }
+    }
+    void flush() {
+        handOn({m_buffer.data(), m_used});
+        m_used = 0;
+    }
+
+private:
+    void handOn(std::string_view piece) {
+        m_bytes += piece.size();
+        if (m_bytes > BackupDocument::kMaximumBytes) {
+            throw BackupError(BackupErrorCase::tooLarge);
+        }
+        m_sink(piece);
+    }
+
+    static constexpr std::size_t kPieceBytes = 256 * 1024;
+
+    const std::function<void(std::string_view)>& m_sink;
+    std::vector<char> m_buffer = std::vector<char>(kPieceBytes);
+    std::size_t m_used = 0;
+    std::size_t m_bytes = 0;
 };
 
 /// A document as JSON. The sink is a type of its own and not an interface: it is called for each
@@ -183,6 +235,13 @@ base::Bytes encode(const BackupDocument& document) {
     Memory memory(bytes);
     Writer(memory).object(document);
     return bytes;
+}
+
+void encode(const BackupDocument& document, const std::function<void(std::string_view)>& sink) {
+    document.checkBackupSize(BackupDocument::kMaximumBytes);
+    Pieces pieces(sink);
+    Writer(pieces).object(document);
+    pieces.flush();
 }
 
 } // namespace korvex::backup::BackupFileIO

@@ -46,7 +46,7 @@ std::size_t sizeWithinLimit(std::uint64_t size) {
 
 } // namespace
 
-base::Bytes readFile(const std::filesystem::path& file) {
+base::Bytes readFile(const std::filesystem::path& file, const Advance& advance) {
     const OpenFile open(file);
     struct stat status {};
     if (::fstat(open.descriptor(), &status) != 0) {
@@ -60,14 +60,19 @@ base::Bytes readFile(const std::filesystem::path& file) {
     base::Bytes bytes(sizeWithinLimit(static_cast<std::uint64_t>(status.st_size)) + 1);
     std::size_t used = 0;
     while (true) {
-        const auto count = ::read(open.descriptor(), bytes.data() + used, bytes.size() - used);
+        const auto count = ::read(open.descriptor(), bytes.data() + used,
+                                  std::min(bytes.size() - used, kChunkBytes));
         if (count < 0 && errno != EINTR) {
             fail("read", file);
         }
         if (count == 0) {
             break;
         }
-        used += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        const auto more = static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+        used += more;
+        if (advance) {
+            advance(more);
+        }
         if (used == bytes.size()) {
             bytes.resize(
                 std::min(sizeWithinLimit(used) + kChunkBytes, BackupDocument::kMaximumBytes + 1));

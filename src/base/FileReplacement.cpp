@@ -1,8 +1,7 @@
 #include "base/FileReplacement.h"
 
-#include "base/FileDescriptor.h"
-
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -53,48 +52,143 @@ void takePermissions(int descriptor, const fs::path& target) {
     }
 }
 
-std::error_code fill(const FileDescriptor& staging, const fs::path& target,
-                     std::string_view contents) {
-    if (const auto error = writeAll(staging.get(), contents)) {
-        return error;
-    }
-    takePermissions(staging.get(), target);
-    return ::fsync(staging.get()) == 0 ? std::error_code() : lastError();
-}
-
-/// Makes the rename itself last.
+/// Makes what was done in a folder last.
 std::error_code syncFolder(const fs::path& folder) {
     const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code() : lastError();
 }
 
+/// Each folder on the way that is missing.
+std::error_code makeFolders(const fs::path& folder, mode_t mode) {
+    std::error_code error;
+    if (fs::is_directory(folder, error) || folder == folder.root_path()) {
+        return {};
+    }
+    if (error = makeFolders(folder.parent_path(), mode); error) {
+        return error;
+    }
+    if (::mkdir(folder.c_str(), mode) != 0) {
+        const auto failure = lastError();
+        if (failure != std::errc::file_exists) {
+            return failure;
+        }
+        // Another program was quicker, or something else stands there.
+        return fs::is_directory(folder, error) ? std::error_code()
+                                               : std::make_error_code(std::errc::not_a_directory);
+    }
+    return syncFolder(folder.parent_path());
+}
+
+/// The names of all staging files of a target are a dot, this much of its own name, this, and six
+/// characters: room for all that in a name of 255 bytes. Whose name is cut may share with others;
+/// what is theirs and in use is locked.
+constexpr std::size_t kLongestName = 240;
+constexpr std::string_view kStaged = ".new-";
+constexpr std::size_t kRandomCharacters = 6;
+
+std::string stagedName(const fs::path& target) {
+    return target.filename().native().substr(0, kLongestName);
+}
+
+/// Of which target a staging file is; empty for what is none.
+std::string_view targetOf(std::string_view name) {
+    const auto rest = kStaged.size() + kRandomCharacters;
+    if (name.size() <= rest + 1 || name.front() != '.' ||
+        name.substr(name.size() - rest, kStaged.size()) != kStaged) {
+        return {};
+    }
+    return name.substr(1, name.size() - rest - 1);
+}
+
 } // namespace
 
-std::error_code replaceFile(const fs::path& file, std::string_view contents) {
-    auto target = fs::absolute(file);
-    auto error = followLinks(target);
-    if (error) {
-        return error;
+StagedFile::~StagedFile() {
+    if (!m_staged.empty()) {
+        ::unlink(m_staged.c_str());
     }
-    fs::create_directories(target.parent_path(), error);
-    if (error) {
-        return error;
-    }
+}
 
-    auto staged = target.string() + ".XXXXXX";
-    const FileDescriptor staging(::mkostemp(staged.data(), O_CLOEXEC));
-    if (!staging.isOpen()) {
+std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
+    m_target = fs::absolute(file);
+    if (const auto error = followLinks(m_target)) {
+        return error;
+    }
+    std::error_code ignored;
+    if (fs::is_directory(m_target, ignored)) {
+        return std::make_error_code(std::errc::is_a_directory);
+    }
+    const auto folder = m_target.parent_path();
+    if (const auto error = makeFolders(folder, folderMode)) {
+        return error;
+    }
+    removeLeftBehind(
+        folder, [name = stagedName(m_target)](std::string_view target) { return target == name; });
+    struct stat status {};
+    do {
+        auto staged =
+            (folder / ("." + stagedName(m_target) + std::string(kStaged) + "XXXXXX")).string();
+        m_file = FileDescriptor(::mkostemp(staged.data(), O_CLOEXEC));
+        if (!m_file.isOpen()) {
+            return lastError();
+        }
+        m_staged = staged;
+        // Before this, another program may just have taken it for left behind. Where a file system
+        // knows no locks, one of two that write the same file at once may fail at its end.
+        ::flock(m_file.get(), LOCK_EX | LOCK_NB);
+    } while (::fstat(m_file.get(), &status) == 0 && status.st_nlink == 0);
+    return {};
+}
+
+std::error_code StagedFile::write(std::string_view contents) {
+    return writeAll(m_file.get(), contents);
+}
+
+std::error_code StagedFile::sync() {
+    if (::fsync(m_file.get()) != 0) {
         return lastError();
     }
-    error = fill(staging, target, contents);
-    if (!error && ::rename(staged.c_str(), target.c_str()) != 0) {
-        error = lastError();
+    ::posix_fadvise(m_file.get(), 0, 0, POSIX_FADV_DONTNEED);
+    return {};
+}
+
+std::error_code StagedFile::commit() {
+    takePermissions(m_file.get(), m_target);
+    if (::fsync(m_file.get()) != 0 || ::rename(m_staged.c_str(), m_target.c_str()) != 0) {
+        return lastError();
     }
-    if (error) {
-        ::unlink(staged.c_str());
-        return error;
+    m_staged.clear();
+    return syncFolder(m_target.parent_path());
+}
+
+std::error_code replaceFile(const fs::path& file, std::string_view contents) {
+    StagedFile staged;
+    auto error = staged.open(file);
+    error = error ? error : staged.write(contents);
+    return error ? error : staged.commit();
+}
+
+std::error_code moveFile(const fs::path& from, const fs::path& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0) {
+        return lastError();
     }
-    return syncFolder(target.parent_path());
+    return syncFolder(fs::absolute(to).parent_path());
+}
+
+void removeLeftBehind(const fs::path& folder,
+                      const std::function<bool(std::string_view target)>& isMeant) {
+    std::error_code error;
+    for (fs::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        const auto name = each->path().filename();
+        const auto target = targetOf(name.native());
+        if (target.empty() || !isMeant(target)) {
+            continue;
+        }
+        const FileDescriptor file(::open(each->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+            ::unlink(each->path().c_str());
+        }
+    }
 }
 
 } // namespace korvex::base

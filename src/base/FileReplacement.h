@@ -1,14 +1,57 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
+
+#include <sys/types.h>
+
 #include <filesystem>
+#include <functional>
 #include <string_view>
 #include <system_error>
 
 namespace korvex::base {
 
-/// Gives a file new contents, all or nothing: written beside it, synced, renamed over it. A
-/// symbolic link stays one, its target is replaced; the permissions stay. Missing folders are made.
-/// Any thread.
+/// New contents for a file, all or nothing: written beside it, synced, renamed over it. A symbolic
+/// link stays one, its target is replaced; the permissions stay, and a new file is its owner's
+/// alone. What is not committed is removed with the object; what a killed program left of the same
+/// file is removed by the next one that stages it. One thread at a time.
+class StagedFile {
+public:
+    StagedFile() = default;
+    ~StagedFile();
+    StagedFile(const StagedFile&) = delete;
+    StagedFile& operator=(const StagedFile&) = delete;
+
+    /// Missing folders are made for good, with this mode less the user's mask. Once.
+    [[nodiscard]] std::error_code open(const std::filesystem::path& file, mode_t folderMode = 0777);
+    /// Appends.
+    [[nodiscard]] std::error_code write(std::string_view contents);
+    /// Puts what was written on the disk, and out of the memory of the system: who reads `path`
+    /// then sees what the disk has.
+    [[nodiscard]] std::error_code sync();
+    /// Gives the file its contents, synced, for good. After a failure it is as it was, or has them
+    /// and might lose them in a power cut.
+    [[nodiscard]] std::error_code commit();
+
+    /// Where the contents stand until they are committed.
+    const std::filesystem::path& path() const { return m_staged; }
+
+private:
+    std::filesystem::path m_target;
+    std::filesystem::path m_staged;
+    /// Locked, so that nobody takes it for left behind.
+    FileDescriptor m_file;
+};
+
+/// The same of contents that are in memory. Any thread.
 std::error_code replaceFile(const std::filesystem::path& file, std::string_view contents);
+
+/// Renames a file over another one, for good. Any thread.
+std::error_code moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Removes what killed programs left of such targets in a folder, by their names; what is being
+/// written stays. Any thread.
+void removeLeftBehind(const std::filesystem::path& folder,
+                      const std::function<bool(std::string_view target)>& isMeant);
 
 } // namespace korvex::base

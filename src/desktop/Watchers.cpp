@@ -1,5 +1,8 @@
 #include "desktop/Watchers.h"
 
+#include "app/FileUserDefaults.h"
+#include "app/StoreLocation.h"
+#include "platform/qt/FileWatcher.h"
 #include "platform/qt/QtStoreChangeBroadcaster.h"
 #include "platform/qt/StoreWatcher.h"
 #include "platform/qt/SystemAppearanceWatcher.h"
@@ -33,6 +36,7 @@ struct Watchers::Sources {
     explicit Sources(const std::filesystem::path& file) : store(file) {}
 
     platform::qt::StoreWatcher store;
+    platform::qt::FileWatcher settings{app::FileUserDefaults::defaultFile()};
     platform::qt::SystemTimeWatcher time;
     SystemAppearanceWatcher appearance;
     platform::qt::QtStoreChangeBroadcaster broadcaster;
@@ -46,11 +50,16 @@ void Watchers::start() {
     if (m_sources) {
         return;
     }
-    m_sources = std::make_unique<Sources>(m_listeners.container.configuration().file);
+    const auto& file = m_listeners.container.configuration().file;
+    m_sources = std::make_unique<Sources>(file);
     connectSources();
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
     m_listeners.instance.listen();
     m_listeners.workspace.copies.removeLeftovers();
+    // The settings name one folder and one last backup for a user.
+    if (app::isUsersOwn(file.parent_path())) {
+        m_listeners.workspace.automaticBackups.start();
+    }
 }
 
 void Watchers::connectSources() {
@@ -62,6 +71,8 @@ void Watchers::connectSources() {
                 workspace.scheduleClock.scheduleRefresh();
             }
         }));
+    m_subscriptions.push_back(
+        m_sources->settings.changed().connect([&workspace] { workspace.preferences.reload(); }));
     m_subscriptions.push_back(m_sources->time.changed().connect([&workspace] {
         workspace.dates.renew();
         workspace.scheduleClock.scheduleRefresh();

@@ -49,6 +49,10 @@ void Board::setName(std::string name) {
     assign(nameField, m_fields.name, std::move(name));
 }
 
+void Board::setCreatedAt(base::Instant createdAt) {
+    assign(createdAtField, m_fields.createdAt, createdAt);
+}
+
 void Board::setUpdatedAt(base::Instant updatedAt) {
     assign(updatedAtField, m_fields.updatedAt, updatedAt);
 }
@@ -75,6 +79,10 @@ void Board::setIconColor(std::optional<std::string> iconColor) {
 
 void Board::setSystemIdentifier(std::optional<std::string> identifier) {
     assign(systemIdentifierField, m_fields.systemIdentifier, std::move(identifier));
+}
+
+void Board::setMergedIntoBoardID(std::optional<base::Uuid> id) {
+    assign(mergedIntoBoardIDField, m_fields.mergedIntoBoardID, id);
 }
 
 std::vector<Entry*> Board::entries() const {

@@ -64,6 +64,7 @@ public:
     const BoardFields& fields() const { return m_fields; }
 
     void setName(std::string name);
+    void setCreatedAt(base::Instant createdAt);
     void setUpdatedAt(base::Instant updatedAt);
     void setSortOrder(std::int64_t sortOrder);
     void setIsSystem(bool isSystem);
@@ -71,6 +72,7 @@ public:
     void setIcon(std::optional<std::string> icon);
     void setIconColor(std::optional<std::string> iconColor);
     void setSystemIdentifier(std::optional<std::string> identifier);
+    void setMergedIntoBoardID(std::optional<base::Uuid> id);
 
     /// The board's entries in no particular order; read from the store when first asked for.
     std::vector<Entry*> entries() const;

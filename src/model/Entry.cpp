@@ -106,6 +106,10 @@ void Entry::setAttachmentData(std::optional<base::Bytes> data) {
     assignExternal(attachmentDataField, std::move(data));
 }
 
+void Entry::setCreatedAt(base::Instant createdAt) {
+    assign(createdAtField, m_fields.createdAt, createdAt);
+}
+
 void Entry::setUpdatedAt(base::Instant updatedAt) {
     assign(updatedAtField, m_fields.updatedAt, updatedAt);
 }

@@ -100,6 +100,7 @@ public:
     void setContent(std::string content);
     void setRichTextData(std::optional<base::Bytes> data);
     void setAttachmentData(std::optional<base::Bytes> data);
+    void setCreatedAt(base::Instant createdAt);
     void setUpdatedAt(base::Instant updatedAt);
     void setSortOrder(std::int64_t sortOrder);
     void setIsCompleted(bool isCompleted);

@@ -155,7 +155,11 @@ bool BoardService::allowsChanges() const {
 }
 
 Board* BoardService::inboxBoard() const {
-    for (auto* const board : boards()) {
+    return inboxBoard(boards());
+}
+
+Board* BoardService::inboxBoard(std::span<Board* const> boards) {
+    for (auto* const board : boards) {
         if (board->systemIdentifier() == kInbox || board->systemIdentifier() == kLegacyToday) {
             return board;
         }

@@ -35,6 +35,8 @@ public:
     bool allowsChanges() const;
 
     model::Board* inboxBoard() const;
+    /// That among `boards`, which stand in sidebar order; null where they have none.
+    static model::Board* inboxBoard(std::span<model::Board* const> boards);
     /// Every visible board, archived ones too, in sidebar order.
     std::vector<model::Board*> boards() const;
     /// Those of them that are visible and not archived, in order.

@@ -69,6 +69,12 @@ UndoManager::StepId UndoManager::registerUndo(std::string name, std::size_t cost
     return about.id;
 }
 
+void UndoManager::forgetEverything() {
+    m_undo.clear();
+    m_redo.clear();
+    m_didChange.emit();
+}
+
 void UndoManager::withdraw(StepId id) {
     if (const auto place = placeOf(id); place && m_undo[*place].inverses.size() == 1) {
         m_undo.erase(m_undo.begin() + static_cast<std::ptrdiff_t>(*place));

@@ -51,6 +51,9 @@ public:
     /// step that it has become a part of.
     StepId registerUndo(std::string name, std::size_t cost, Action inverse,
                         std::vector<base::Uuid> entries = {});
+    /// Nothing of what was done can be taken back any more, as after another store has taken the
+    /// place of this one. Not while a group lives.
+    void forgetEverything();
     /// What this step would take back has come to nothing: it leaves the stack, unless more than
     /// that was registered with it.
     void withdraw(StepId id);

@@ -18,14 +18,22 @@ std::int64_t ChangeLog::newestRevision() {
 }
 
 void ChangeLog::append(std::int64_t revision, const std::vector<RowChange>& changes) {
-    m_append.bind(0, revision);
-    base::Bytes encoded;
     if (changes.size() > kMaximumRows) {
-        m_append.bindAbsent(1);
-    } else {
-        encoded = encode(changes);
-        m_append.bind(1, std::span<const std::uint8_t>(encoded));
+        appendEverything(revision);
+        return;
     }
+    const auto encoded = encode(changes);
+    m_append.bind(1, std::span<const std::uint8_t>(encoded));
+    runAppend(revision);
+}
+
+void ChangeLog::appendEverything(std::int64_t revision) {
+    m_append.bindAbsent(1);
+    runAppend(revision);
+}
+
+void ChangeLog::runAppend(std::int64_t revision) {
+    m_append.bind(0, revision);
     m_append.run();
     if (revision % kPruneEvery == 0) {
         m_prune.bind(0, revision - kKeptRevisions);

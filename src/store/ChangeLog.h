@@ -31,6 +31,8 @@ public:
     std::int64_t newestRevision();
     /// Notes what a save touched; to be called in the write transaction of that save.
     void append(std::int64_t revision, const std::vector<RowChange>& changes);
+    /// The same of a save that touched more than can be named.
+    void appendEverything(std::int64_t revision);
     /// Everything touched after `revision`, rows perhaps named more than once; absent when the log
     /// does not reach back that far or cannot be read.
     std::optional<std::vector<RowChange>> changesSince(std::int64_t revision);
@@ -42,6 +44,9 @@ public:
     static bool decode(std::span<const std::uint8_t> bytes, std::vector<RowChange>& changes);
 
 private:
+    /// With what is bound as the changes.
+    void runAppend(std::int64_t revision);
+
     Statement m_newest;
     Statement m_append;
     Statement m_since;

@@ -177,7 +177,8 @@ std::size_t ContextCore::count(const RecordType& type, const Condition& conditio
         fetch(type, {.condition = condition}, [&](Record&) { ++number; });
         return number;
     }
-    auto statement = prepare("SELECT count(*) FROM ", type, condition);
+    auto statement =
+        prepare("SELECT count(*) FROM " + tableSql::quoted(type.name), type, condition);
     std::size_t number = 0;
     while (statement.step()) {
         number = static_cast<std::size_t>(statement.integer(0));
@@ -192,7 +193,7 @@ void ContextCore::fetchValues(const RecordType& type, const std::vector<std::siz
     for (const auto field : fields) {
         columns += (columns.empty() ? "SELECT " : ", ") + tableSql::quoted(type.fields[field].name);
     }
-    auto statement = prepare(columns + " FROM ", type, condition);
+    auto statement = prepare(columns + " FROM " + tableSql::quoted(type.name), type, condition);
     std::vector<Value> values(fields.size());
     while (statement.step()) {
         for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -202,11 +203,25 @@ void ContextCore::fetchValues(const RecordType& type, const std::vector<std::siz
     }
 }
 
+void ContextCore::visit(const RecordType& type, const Condition& condition,
+                        const std::function<void(const Record&)>& sink) {
+    auto statement = prepare(tableSql::select(type), type, condition);
+    const auto& codec = statements(m_tables.indexOf(type)).codec;
+    const auto record = type.make();
+    auto& state = record->state();
+    // It belongs to no table; but what stands apart from its row is read by the row's number.
+    state.context = this;
+    while (statement.step()) {
+        codec.readRow(statement, *record);
+        state.rowid = codec.rowid(statement);
+        sink(*record);
+    }
+}
+
 Statement ContextCore::prepare(const std::string& what, const RecordType& type,
                                const Condition& condition) {
     std::vector<Value> bindings;
-    const std::string sql =
-        what + tableSql::quoted(type.name) + " WHERE " + condition.sql(type, bindings);
+    const std::string sql = what + " WHERE " + condition.sql(type, bindings);
     return bound(m_container.connection().handle(), sql, bindings);
 }
 
@@ -392,6 +407,7 @@ void ContextCore::endStep() noexcept {
     auto& connection = m_container.connection();
     if (m_stepDepth == 1) {
         connection.rollback();
+        m_replacement.reset();
     }
     --m_stepDepth;
     if (auto* lock = connection.lock()) {

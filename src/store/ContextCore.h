@@ -31,6 +31,8 @@ public:
     void fetchValues(const RecordType& type, const std::vector<std::size_t>& fields,
                      const Condition& condition,
                      const std::function<void(std::span<const Value>)>& sink);
+    void visit(const RecordType& type, const Condition& condition,
+               const std::function<void(const Record&)>& sink);
     std::size_t count(const RecordType& type, const Condition& condition);
     Record* stored(const Record& record);
     /// The owner that a record refers to. What was an owner once may be a shell by now whose record
@@ -48,6 +50,9 @@ public:
     void rollback() noexcept;
 
     // The store.
+    /// In a step of a context that has no records: what `ContentReplacement` is made of.
+    void removeAllRows();
+    void writeRow(Record& detached);
     void save();
     void refresh();
     /// A step holds the write lock and a transaction, and starts with a refresh. Steps nest;
@@ -64,7 +69,7 @@ private:
         return m_container.connection().statements(index);
     }
 
-    /// "`what` table WHERE condition", with the condition's values bound.
+    /// "`what` WHERE condition", with the condition's values bound.
     Statement prepare(const std::string& what, const RecordType& type, const Condition& condition);
     /// The record of a row: the one in memory, else a new one read from the row. Rows and
     /// identifiers are given away again: what is in memory under either and is not this row's
@@ -98,6 +103,8 @@ private:
     /// The store's revision that the records in memory show.
     std::int64_t m_revision = 0;
     int m_stepDepth = 0;
+    /// Where the step has taken all rows out of the store: the revision that makes that last.
+    std::optional<std::int64_t> m_replacement;
     Announcements m_announcements;
 };
 

@@ -1,10 +1,12 @@
 #include "store/ContextCore.h"
 #include "store/StoreError.h"
+#include "store/TableSql.h"
 
 #include "base/Digest.h"
 
 #include <algorithm>
 #include <cassert>
+#include <utility>
 
 namespace korvex::store {
 
@@ -61,8 +63,35 @@ private:
 
 } // namespace
 
+void ContextCore::removeAllRows() {
+    assert(m_stepDepth > 0 && m_pending.isEmpty());
+    if (!m_container.allowsSave()) {
+        throw StoreError(StoreErrorCase::readOnly);
+    }
+    auto& connection = m_container.connection();
+    connection.begin();
+    m_replacement = connection.revision() + 1;
+    for (std::size_t index = 0; index < m_tables.size(); ++index) {
+        assert(m_tables[index].byIdentifier.empty());
+        const auto& type = *m_tables[index].type;
+        for (const auto& field : type.fields) {
+            if (field.kind == FieldKind::externalBytes) {
+                Statement(connection.handle(),
+                          "DELETE FROM " + tableSql::externalTable(type, field))
+                    .run();
+            }
+        }
+        Statement(connection.handle(), "DELETE FROM " + tableSql::quoted(type.name)).run();
+    }
+}
+
+void ContextCore::writeRow(Record& detached) {
+    assert(m_replacement && !detached.isLive());
+    writeInserted(m_tables.indexOf(detached.storedType()), detached, *m_replacement);
+}
+
 void ContextCore::save() {
-    if (m_pending.isEmpty()) {
+    if (m_pending.isEmpty() && !m_replacement) {
         return;
     }
     auto& connection = m_container.connection();
@@ -75,7 +104,7 @@ void ContextCore::save() {
         std::any_of(m_pending.touched.begin(), m_pending.touched.end(), hasLostItsOwner)) {
         throw StoreError(StoreErrorCase::conflict);
     }
-    if (m_pending.isEmpty()) {
+    if (m_pending.isEmpty() && !m_replacement) {
         // What was deleted here, someone else deleted first.
         return;
     }
@@ -84,14 +113,22 @@ void ContextCore::save() {
     connection.begin();
     const auto revision = connection.revision() + 1;
     try {
-        connection.changeLog().append(revision, writePending(revision));
+        const auto rows = writePending(revision);
+        if (m_replacement) {
+            connection.changeLog().appendEverything(revision);
+        } else {
+            connection.changeLog().append(revision, rows);
+        }
         connection.commit(revision);
     } catch (...) {
         connection.rollback();
+        m_replacement.reset();
         throw;
     }
     m_revision = revision;
-    announce(settlePending(revision), Announcements::Cause::save);
+    auto changes = settlePending(revision);
+    changes.hasUnknownDeletions = std::exchange(m_replacement, std::nullopt).has_value();
+    announce(std::move(changes), Announcements::Cause::save);
 }
 
 std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {

@@ -68,6 +68,11 @@ void ModelContext::fetchRecordValues(const RecordType& type, const std::vector<s
     m_core->fetchValues(type, fields, condition, sink);
 }
 
+void ModelContext::visitRecords(const RecordType& type, const Condition& condition,
+                                const std::function<void(const Record&)>& sink) {
+    m_core->visit(type, condition, sink);
+}
+
 std::size_t ModelContext::countRecords(const RecordType& type, const Condition& condition) {
     return m_core->count(type, condition);
 }
@@ -83,6 +88,15 @@ Record* ModelContext::storedRecord(const Record& record) {
 void ModelContext::insertRecord(std::unique_ptr<Record> record) {
     m_core->insert(std::move(record));
 }
+
+struct ReadingStep::Scope {
+    StoreConnection::ReadScope scope;
+};
+
+ReadingStep::ReadingStep(ModelContainer& container)
+    : m_scope(new Scope{StoreConnection::ReadScope(container.connection())}) {}
+
+ReadingStep::~ReadingStep() = default;
 
 LockedStep::LockedStep(ModelContext& context) : m_context(context) {
     m_context.core().beginStep();

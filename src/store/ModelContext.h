@@ -47,6 +47,14 @@ public:
                      const std::function<void(std::span<const Value>)>& sink) {
         fetchRecordValues(T::recordType(), fields, condition, sink);
     }
+    /// Shows `sink` each stored record that matches, in no order, without keeping any: it is good
+    /// until `sink` returns, and of its relationships only the identifiers. Own pending changes are
+    /// not seen.
+    template <typename T>
+    void visit(const Condition& condition, const std::function<void(const T&)>& sink) {
+        visitRecords(T::recordType(), condition,
+                     [&](const Record& record) { sink(static_cast<const T&>(record)); });
+    }
     /// The record with this identifier, or null.
     template <typename T>
     T* find(const base::Uuid& id) {
@@ -111,12 +119,28 @@ private:
     void fetchRecordValues(const RecordType& type, const std::vector<std::size_t>& fields,
                            const Condition& condition,
                            const std::function<void(std::span<const Value>)>& sink);
+    void visitRecords(const RecordType& type, const Condition& condition,
+                      const std::function<void(const Record&)>& sink);
     std::size_t countRecords(const RecordType& type, const Condition& condition);
     Record* findRecord(const RecordType& type, const base::Uuid& id);
     Record* storedRecord(const Record& record);
     void insertRecord(std::unique_ptr<Record> record);
 
     std::unique_ptr<ContextCore> m_core;
+};
+
+/// Several reads of one state of the store, from here to the end of the scope, whatever others save
+/// meanwhile. Throws StoreError. Nothing may be saved within.
+class ReadingStep {
+public:
+    explicit ReadingStep(ModelContainer& container);
+    ~ReadingStep();
+    ReadingStep(const ReadingStep&) = delete;
+    ReadingStep& operator=(const ReadingStep&) = delete;
+
+private:
+    struct Scope;
+    std::unique_ptr<Scope> m_scope;
 };
 
 /// One step of a service: holds the store's write lock from here to the end of the scope, with the

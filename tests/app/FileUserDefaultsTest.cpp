@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <thread>
 
 namespace korvex::app {
 namespace {
@@ -26,6 +27,7 @@ TEST(FileUserDefaults, KeepsEachTypeOfSetting) {
         defaults.setString("empty", "");
         defaults.setInteger("least", std::numeric_limits<std::int64_t>::min());
         defaults.setInteger("most", std::numeric_limits<std::int64_t>::max());
+        defaults.setReal("real", 800000000.123456789);
         defaults.setBoolean("no", false);
         defaults.setBytes("bytes", bytes);
         defaults.setBytes("none", {});
@@ -35,6 +37,8 @@ TEST(FileUserDefaults, KeepsEachTypeOfSetting) {
     EXPECT_EQ(defaults.string("empty"), "");
     EXPECT_EQ(defaults.integer("least"), std::numeric_limits<std::int64_t>::min());
     EXPECT_EQ(defaults.integer("most"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(defaults.real("real"), 800000000.123456789);
+    EXPECT_EQ(defaults.real("least"), -0x1p63);
     EXPECT_EQ(defaults.boolean("no"), false);
     EXPECT_EQ(defaults.bytes("bytes"), bytes);
     EXPECT_EQ(defaults.bytes("none"), base::Bytes());
@@ -50,6 +54,9 @@ TEST(FileUserDefaults, ReadsNothingUnderAnotherType) {
         const std::string_view name = key;
         EXPECT_EQ(defaults.string(name).has_value(), name == "text") << name;
         EXPECT_EQ(defaults.integer(name).has_value(), name == "number") << name;
+        EXPECT_EQ(defaults.real(name).has_value(),
+                  name == "number" || name == "real" || name == "large")
+            << name;
         EXPECT_EQ(defaults.boolean(name).has_value(), name == "flag") << name;
         EXPECT_EQ(defaults.bytes(name).has_value(), name == "bytes") << name;
     }
@@ -89,6 +96,37 @@ TEST(FileUserDefaults, TakesInWhatAnotherProgramWroteMeanwhile) {
     const auto both = file.open();
     EXPECT_EQ(both.integer("mine"), 3);
     EXPECT_EQ(both.integer("theirs"), 2);
+    EXPECT_EQ(theirs.integer("mine"), 1);
+    theirs.refresh();
+    EXPECT_EQ(theirs.integer("mine"), 3);
+}
+
+TEST(FileUserDefaults, ManyWhoWriteAtOnceLoseNothing) {
+    const SettingsFile file;
+    constexpr int kWriters = 4;
+    constexpr int kSettings = 8;
+    std::vector<std::string> settled(kWriters);
+    {
+        std::vector<std::jthread> writers;
+        for (int writer = 0; writer < kWriters; ++writer) {
+            writers.emplace_back([&file, &settled, writer] {
+                auto mine = file.open();
+                const auto name = std::to_string(writer);
+                settled[static_cast<std::size_t>(writer)] = mine.settle(
+                    "id", [](std::string_view) { return true; }, name);
+                for (int i = 0; i < kSettings; ++i) {
+                    mine.setInteger(name + "." + std::to_string(i), i);
+                }
+            });
+        }
+    }
+    const auto all = file.open();
+    for (int writer = 0; writer < kWriters; ++writer) {
+        EXPECT_EQ(settled[static_cast<std::size_t>(writer)], all.string("id"));
+        for (int i = 0; i < kSettings; ++i) {
+            EXPECT_EQ(all.integer(std::to_string(writer) + "." + std::to_string(i)), i);
+        }
+    }
 }
 
 TEST(FileUserDefaults, WritesOnlyWhatChanges) {
@@ -113,6 +151,8 @@ TEST(FileUserDefaults, ReadsADamagedFileAsNoSettings) {
         EXPECT_FALSE(defaults.integer("fontSize")) << contents.substr(0, 40);
         defaults.setInteger("fontSize", 18);
         EXPECT_EQ(file.open().integer("fontSize"), 18) << contents.substr(0, 40);
+        std::ifstream kept(file.path().string() + ".damaged", std::ios::binary);
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), contents);
     }
 }
 
@@ -129,7 +169,16 @@ TEST(FileUserDefaults, HoldsWhatCannotBeWritten) {
     fs::create_directories(folder.path() / "in its place");
     auto others = folder.open();
     others.setInteger("fontSize", 18);
+    others.setInteger("later", 1);
+    others.refresh();
     EXPECT_EQ(others.integer("fontSize"), 18);
+    fs::remove_all(folder.path());
+    folder.write(R"({"fontSize": 12, "theirs": 2})");
+    others.refresh();
+    EXPECT_EQ(others.integer("fontSize"), 18);
+    EXPECT_EQ(others.integer("theirs"), 2);
+    others.setInteger("later", 3);
+    EXPECT_EQ(folder.open().integer("fontSize"), 18) << "written with the next that can be";
 }
 
 TEST(FileUserDefaults, LiesInTheUsersConfiguration) {

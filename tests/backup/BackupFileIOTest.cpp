@@ -87,7 +87,30 @@ TEST(BackupFileIO, WhatIsWrittenIsReadAsTheSame) {
         const auto decoded = BackupFileIO::decode(bytes);
         ASSERT_EQ(decoded, document) << "round " << round;
         ASSERT_EQ(BackupFileIO::encode(decoded), bytes) << "round " << round;
+        std::string pieces;
+        BackupFileIO::encode(document, [&](std::string_view piece) { pieces += piece; });
+        ASSERT_EQ(pieces, textOf(bytes)) << "round " << round;
+        ASSERT_TRUE(BackupFileIO::holds(bytes, document)) << "round " << round;
     }
+}
+
+TEST(BackupFileIO, HoldsADocumentOnlyWhereNothingDiffers) {
+    const auto whole = BackupFileIO::readFile(KORVEX_BACKUP_CASES "/valid/everything.korvexbackup");
+    const auto document = BackupFileIO::decode(whole);
+    std::mt19937 random(4);
+    for (std::size_t at = 0; at < whole.size(); ++at) {
+        auto changed = whole;
+        changed[at] = static_cast<std::uint8_t>(random());
+        std::optional<BackupDocument> read;
+        errorOf([&] { read = BackupFileIO::decode(changed); });
+        EXPECT_EQ(BackupFileIO::holds(changed, document), read == document) << at;
+    }
+    auto shorter = document;
+    shorter.entries.pop_back();
+    auto longer = document;
+    longer.boards.push_back(longer.boards.back());
+    EXPECT_FALSE(BackupFileIO::holds(whole, shorter));
+    EXPECT_FALSE(BackupFileIO::holds(whole, longer));
 }
 
 TEST(BackupFileIO, AnotherReaderFindsTheOneForm) {
@@ -181,6 +204,8 @@ TEST(BackupFileIO, TheLimitHoldsForWhatIsWritten) {
     content.push_back('x');
     EXPECT_NO_THROW(document.checkBackupSize(BackupDocument::kMaximumBytes));
     EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document); }), BackupErrorCase::tooLarge);
+    EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document, [](std::string_view) {}); }),
+              BackupErrorCase::tooLarge);
     content.resize(BackupDocument::kMaximumBytes + 1);
     EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document); }), BackupErrorCase::tooLarge);
 }

@@ -71,5 +71,21 @@ TEST(FileReplacement, LeavesNothingBehindWhereItFails) {
     EXPECT_TRUE(fs::is_symlink(folder / "loop"));
 }
 
+TEST(FileReplacement, RemovesWhatAKilledProgramLeftAndNothingElse) {
+    const tests::TemporaryFolder folder;
+    const auto file = folder / "settings.json";
+    std::ofstream(folder / ".settings.json.new-abcdef") << "left behind";
+    std::ofstream(folder / ".settings.json.new-a-user's") << "not ours";
+    StagedFile running;
+    ASSERT_FALSE(running.open(file));
+    ASSERT_FALSE(running.write("slow"));
+    ASSERT_FALSE(replaceFile(file, "quick"));
+    EXPECT_EQ(fileCount(folder.path()), 3U);
+    EXPECT_FALSE(fs::exists(folder / ".settings.json.new-abcdef"));
+    ASSERT_FALSE(running.commit());
+    EXPECT_EQ(contents(file), "slow");
+    EXPECT_EQ(fileCount(folder.path()), 2U);
+}
+
 } // namespace
 } // namespace korvex::base

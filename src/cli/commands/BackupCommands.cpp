@@ -2,13 +2,15 @@
 
 #include "cli/commands/CommandDefinition.h"
 #include "cli/commands/Options.h"
+#include "cli/output/BackupText.h"
 #include "cli/output/Json.h"
 #include "cli/output/ListText.h"
 #include "cli/session/Session.h"
+#include "cli/terminal/LongWork.h"
 
-#include "backup/BackupFileIO.h"
 #include "base/ByteSize.h"
 #include "model/EntryAttachment.h"
+#include "storage/BackupService.h"
 
 namespace korvex::cli {
 
@@ -18,13 +20,19 @@ struct CheckOptions {
     std::vector<std::string> file;
 };
 
-backup::BackupDocument readBackup(const std::string& file) {
-    try {
-        return backup::BackupFileIO::decode(backup::BackupFileIO::readFile(file));
-    } catch (const std::filesystem::filesystem_error& error) {
-        throw refusal(file + " could not be read: " + error.code().message() + ".");
-    }
-}
+struct ExportOptions {
+    std::vector<std::string> file;
+    bool mayReplace = false;
+};
+
+struct ImportOptions {
+    std::vector<std::string> file;
+    bool isConfirmed = false;
+};
+
+struct UndoOptions {
+    bool isConfirmed = false;
+};
 
 /// What a backup holds.
 struct BackupCounts {
@@ -97,7 +105,8 @@ void print(Session& session, const backup::BackupDocument& document, const Backu
 }
 
 ExitStatus check(Session& session, const CheckOptions& options) {
-    const auto document = readBackup(options.file.front());
+    LongWork longWork(session.environment().errorDescriptor);
+    const auto document = storage::readBackup(options.file.front(), longWork.work());
     backup::validate(document, session.environment().log);
     const BackupCounts counts(document);
     if (session.wantsJson()) {
@@ -108,11 +117,119 @@ ExitStatus check(Session& session, const CheckOptions& options) {
     return ExitStatus::done;
 }
 
+ExitStatus exportTo(Session& session, const ExportOptions& options) {
+    const std::filesystem::path file = options.file.front();
+    std::error_code error;
+    if (!options.mayReplace &&
+        std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
+        throw refusal(file.string() + " is there already. Add --force to replace it.");
+    }
+    const auto summary = [&] {
+        LongWork longWork(session.environment().errorDescriptor);
+        const auto store = storage::openForReading(session.storeFile(), session.environment().log);
+        return storage::exportBackup(*store, file, session.now(), session.environment().log,
+                                     longWork.work());
+    }();
+    printBackup(session, "Backup exported.", file, summary);
+    return ExitStatus::done;
+}
+
+/// The service over the session's store.
+class Restoring {
+public:
+    explicit Restoring(Session& session)
+        : m_session(session),
+          m_service(session.context(), m_reminders, m_widgets, session.environment().log) {}
+
+    std::filesystem::path recoveryFile() const {
+        return storage::recoveryFile(m_session.storeFile().parent_path());
+    }
+    const storage::BackupService& service() const { return m_service; }
+    void printResult(std::string_view text) const {
+        if (m_session.wantsJson()) {
+            Json json(m_session.output());
+            json.beginObject();
+            json.member("boardCount",
+                        static_cast<std::int64_t>(m_session.boards().boards().size()));
+            json.member("entryCount",
+                        static_cast<std::int64_t>(m_session.context().count<model::Entry>()));
+            json.member("recoveryFile", std::string_view(recoveryFile().native()));
+            json.endObject();
+        } else {
+            m_session.output().write(std::string(text) + "\n");
+        }
+    }
+
+private:
+    Session& m_session;
+    services::NoReminders m_reminders;
+    services::NoWidgets m_widgets;
+    storage::BackupService m_service;
+};
+
+/// What is to be confirmed before the store is replaced by so many entries.
+CommandLineError unconfirmed(std::string_view what, const backup::BackupDocument& document) {
+    return refusal(std::string(what) +
+                   " will replace your current boards, text entries and todos with " +
+                   std::to_string(document.entries.size()) +
+                   " entries. A local recovery backup will be saved first. Add --yes to do it.");
+}
+
+ExitStatus importFrom(Session& session, const ImportOptions& options) {
+    LongWork longWork(session.environment().errorDescriptor);
+    auto document = storage::readBackup(options.file.front(), longWork.work());
+    if (!options.isConfirmed) {
+        backup::validate(document, session.environment().log);
+        throw unconfirmed("Importing this backup", document);
+    }
+    const Restoring restoring(session);
+    restoring.service().restore(std::move(document), restoring.recoveryFile(), session.now(),
+                                longWork.work());
+    restoring.printResult("Backup restored. A recovery copy of the previous data is kept locally.");
+    return ExitStatus::done;
+}
+
+ExitStatus undoImport(Session& session, const UndoOptions& options) {
+    LongWork longWork(session.environment().errorDescriptor);
+    const Restoring restoring(session);
+    if (!options.isConfirmed) {
+        throw unconfirmed("Taking the import back",
+                          storage::recoveredDocument(restoring.recoveryFile(), longWork.work()));
+    }
+    restoring.service().undoRestore(restoring.recoveryFile(), session.now(), longWork.work());
+    restoring.printResult("The import was taken back. A recovery copy of what it brought is kept "
+                          "locally.");
+    return ExitStatus::done;
+}
+
 } // namespace
 
 void addBackupCommands(CLI::App& program, Action& chosen) {
-    auto& group = *program.add_subcommand("backup", "Checks backups");
+    auto& group = *program.add_subcommand("backup", "Makes, checks and imports backups");
     group.fallthrough()->require_subcommand(1);
+
+    const auto exported =
+        addCommand(group, "export", "Writes all boards and entries to a file", chosen, exportTo);
+    addFiles(exported.parser, "FILE", exported.options->file, "The new backup")->expected(1);
+    exported.parser.add_flag("--force", exported.options->mayReplace,
+                             "Replace a file that is there already");
+    exported.parser.footer("The file is read back and compared before the command ends with 0. It "
+                           "is private content:\nkeep it in a safe location.");
+
+    const auto imported =
+        addCommand(group, "import", "Replaces all boards and entries by those of a backup", chosen,
+                   importFrom);
+    addFiles(imported.parser, "FILE", imported.options->file, "The backup")->expected(1);
+    imported.parser.add_flag("--yes", imported.options->isConfirmed,
+                             "Do it; without this the command only says what would be replaced");
+    imported.parser.footer("What was there before is kept; korvex backup undo-import brings it "
+                           "back.");
+
+    const auto undone = addCommand(group, "undo-import",
+                                   "Brings back what the last import replaced", chosen, undoImport);
+    undone.parser.add_flag("--yes", undone.options->isConfirmed,
+                           "Do it; without this the command only says what would be replaced");
+    undone.parser.footer("It can be taken back alike.");
 
     const auto checked =
         addCommand(group, "check", "Reads a whole backup and says what it holds", chosen, check);
@@ -120,6 +237,8 @@ void addBackupCommands(CLI::App& program, Action& chosen) {
     checked.parser.footer("Ends with 0 for a backup that could be imported and with 1 for what is "
                           "none. The store is\n"
                           "neither read nor changed.");
+
+    addAutomaticBackupCommands(group, chosen);
 }
 
 } // namespace korvex::cli

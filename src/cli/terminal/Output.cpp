@@ -57,8 +57,12 @@ Terminal Terminal::of(int descriptor) {
     return terminal;
 }
 
+void writeRaw(int descriptor, std::string_view text) {
+    writeAll(descriptor, text);
+}
+
 void writeMessage(int descriptor, std::string_view message) {
-    writeAll(descriptor, "korvex: " + inLines(message) + "\n");
+    writeRaw(descriptor, "korvex: " + inLines(message) + "\n");
 }
 
 } // namespace korvex::cli

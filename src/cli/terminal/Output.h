@@ -49,6 +49,9 @@ struct Terminal {
     static Terminal of(int descriptor);
 };
 
+/// Text on a descriptor as it stands. What cannot be written is lost.
+void writeRaw(int descriptor, std::string_view text);
+
 /// "korvex: message" as one line on a descriptor, fit for a terminal. What cannot be written is
 /// lost.
 void writeMessage(int descriptor, std::string_view message);

@@ -15,6 +15,7 @@
 #include "services/FoldedTexts.h"
 #include "services/SearchService.h"
 #include "services/TemporaryAttachmentCopies.h"
+#include "storage/AutomaticBackupService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "ui/workspace/DateTexts.h"
@@ -48,6 +49,8 @@ struct Workspace {
     services::TemporaryAttachmentCopies& copies;
     /// What was typed and cannot be stored is kept there.
     app::DraftFolder& drafts;
+    /// It makes none by itself before it is started.
+    storage::AutomaticBackupService& automaticBackups;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
 

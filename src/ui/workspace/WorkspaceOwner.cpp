@@ -35,6 +35,11 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
       m_drafts(draftFolders(surroundings)),
+      m_automaticBackups({.preferences = surroundings.preferences,
+                          .container = surroundings.container,
+                          .clock = surroundings.clock,
+                          .runLoop = surroundings.runLoop,
+                          .log = surroundings.log}),
       m_upcoming([this, timeZone = surroundings.timeZone] {
           return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
                                                            timeZone());
@@ -56,6 +61,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .search = m_search,
                   .copies = m_copies,
                   .drafts = m_drafts,
+                  .automaticBackups = m_automaticBackups,
                   .upcoming = m_upcoming} {
     surroundings.container.setPatience(surroundings.patience);
 }

@@ -3,8 +3,11 @@
 //   kill or to fail at any system call of it. One line for each thing that happened: "acknowledged"
 //   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
-//   what is wrong with it, and proves that it can still be written.
+//   what is wrong with it or with the backups beside it, and proves that it can still be written.
+//   verify-salvaged allows for what is missing.
 
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -12,9 +15,16 @@
 #include "services/BoardService.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackupHistory.h"
+#include "storage/BackupService.h"
+#include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
+#include "store/StoreSalvage.h"
+#include "store/StoreUpgrade.h"
+#include "support/OldStore.h"
 #include "support/SilentLog.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -23,6 +33,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -30,11 +42,13 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvex;
 
 constexpr base::Instant kNow{800'000'000};
 constexpr base::Instant kLater{800'000'100};
 constexpr int kPreparedTodos = 12;
+constexpr std::size_t kKeptBackups = 2;
 
 /// writev, which no fault is planned for: the faults are the store's, not the report's.
 void say(const std::string& line) {
@@ -46,6 +60,7 @@ void say(const std::string& line) {
 }
 
 struct Program {
+    std::filesystem::path folder;
     tests::SilentLog log;
     services::NoReminders reminders;
     services::NoWidgets widgets;
@@ -53,12 +68,23 @@ struct Program {
     std::unique_ptr<store::ModelContext> context;
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
-        container = store::ModelContainer::open(model::currentSchema(),
-                                                {.file = file, .whenMissing = whenMissing}, log);
+        folder = std::filesystem::path(file).parent_path();
+        container =
+            store::ModelContainer::open(model::currentSchema(),
+                                        {.file = file,
+                                         .whenMissing = whenMissing,
+                                         .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                        log);
         context = std::make_unique<store::ModelContext>(*container);
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
     services::EntryService entries() { return {*context, reminders, widgets, log}; }
+    storage::BackupService backups() { return {*context, reminders, widgets, log}; }
+    std::filesystem::path importedFile() const { return folder / "other.korvexbackup"; }
+    std::filesystem::path exportedFile() const { return folder / "mine.korvexbackup"; }
+    std::filesystem::path recoveryFile() const {
+        return folder / "Recovery" / "BeforeRestore.korvexbackup";
+    }
     model::Board& inbox() { return *boards().inboxBoard(); }
     std::vector<model::Entry*> todos() { return services::activeTodos(inbox()); }
 };
@@ -98,6 +124,32 @@ void createStore(Program& program) {
     program.boards().initializeDefaultBoards(kNow);
 }
 
+/// What is imported: another Inbox, and a board with a todo and a text.
+backup::BackupDocument otherStore() {
+    const auto identifier = [](std::uint8_t number) {
+        base::Uuid id;
+        id.bytes.fill(number);
+        return id;
+    };
+    backup::BackupDocument document{.exportedAt = kNow, .appVersion = "0"};
+    for (std::uint8_t number = 0; number < 2; ++number) {
+        document.boards.push_back({.id = identifier(number),
+                                   .name = number == 0 ? "Inbox" : "Imported",
+                                   .createdAt = kNow,
+                                   .updatedAt = kNow,
+                                   .sortOrder = number,
+                                   .isSystem = number == 0});
+        document.entries.push_back({.id = identifier(number),
+                                    .boardID = identifier(1),
+                                    .type = number == 0 ? "todo" : "text",
+                                    .content = "imported",
+                                    .createdAt = kNow,
+                                    .updatedAt = kNow,
+                                    .sortOrder = number});
+    }
+    return document;
+}
+
 void prepare(Program& program) {
     createStore(program);
     program.boards().createBoard("Work", kNow);
@@ -113,6 +165,8 @@ void prepare(Program& program) {
                                   .board = program.inbox(),
                                   .before = program.todos().at(1)->id(),
                                   .now = kNow});
+    storage::Work work;
+    storage::writeBackup(otherStore(), program.importedFile(), work);
 }
 
 /// In front, so that every other entry is renumbered.
@@ -199,9 +253,52 @@ void save(Program& program) {
     context.save();
 }
 
+void exportBackup(Program& program) {
+    storage::Work work;
+    storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
+}
+
+void importBackup(Program& program) {
+    storage::Work work;
+    program.backups().restore(storage::readBackup(program.importedFile(), work),
+                              program.recoveryFile(), kLater, work);
+}
+
+void undoImport(Program& program) {
+    storage::Work work;
+    program.backups().undoRestore(program.recoveryFile(), kLater, work);
+}
+
 void checkpoint(Program& program) {
     program.container->checkpoint();
 }
+
+/// Beside the store lie the settings, and the folder that they name.
+fs::path chosenFolder(Program& program) {
+    return fs::path(program.container->configuration().file).parent_path() / "chosen";
+}
+
+/// As the window does, from choosing the folder on.
+void backUp(Program& program) {
+    const auto& file = program.container->configuration().file;
+    app::FileUserDefaults defaults(file.parent_path() / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    const auto chosen = chosenFolder(program);
+    std::error_code ignored;
+    fs::create_directory(chosen, ignored);
+    preferences.setAutomaticBackupBookmark(storage::FolderBookmark::make(chosen).bytes());
+    auto backup = storage::automaticBackup(preferences, file, kLater);
+    backup.keeping = kKeptBackups;
+    storage::Work work;
+    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
+    storage::recordSuccess(backup, preferences);
+    if (made.pruningFailure) {
+        std::rethrow_exception(made.pruningFailure);
+    }
+}
+
+/// Opening has done it.
+void upgrade(Program&) {}
 
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
@@ -220,7 +317,54 @@ const std::map<std::string, Operation> kOperations{
     {"restore-deleted", restoreDeleted},
     {"save", save},
     {"checkpoint", checkpoint},
+    {"upgrade", upgrade},
+    {"automatic-backup", backUp},
+    {"export", exportBackup},
+    {"import", importBackup},
+    {"undo-import", undoImport},
 };
+
+/// A store of the oldest version, for the upgrade to start from.
+void prepareOld(const std::string& file) {
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    tests::OldStore old(file, tests::OldStore::version("V10"));
+    const auto board = base::Uuid::random();
+    old.addBoard({{"id", board},
+                  {"name", std::string("Inbox")},
+                  {"createdAt", 1.0},
+                  {"updatedAt", 1.0},
+                  {"sortOrder", std::int64_t{0}},
+                  {"isSystem", std::int64_t{1}}});
+    for (std::int64_t i = 0; i < kPreparedTodos; ++i) {
+        old.addEntry({{"id", base::Uuid::random()},
+                      {"type", std::string(i % 2 == 0 ? "todo" : "text")},
+                      {"content", "old " + std::to_string(i) + std::string(500, 'x')},
+                      {"createdAt", 1.0},
+                      {"updatedAt", 1.0},
+                      {"sortOrder", i},
+                      {"isCompleted", std::int64_t{0}},
+                      {"board", board}});
+    }
+}
+
+/// A page of entries is gone.
+void prepareDamaged(const std::string& file) {
+    Program program;
+    program.open(file, store::ModelConfiguration::Missing::create);
+    prepare(program);
+    std::vector<std::string> contents;
+    for (int i = 0; i < kPreparedTodos; ++i) {
+        contents.push_back(std::to_string(i) + std::string(900, 'y'));
+    }
+    program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
+    program.container->checkpoint();
+    const int page = SQLite::Database(file, SQLite::OPEN_READONLY)
+                         .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
+                                     "pagetype = 'leaf'");
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(std::streamoff{4096} * (page - 1));
+    stream << std::string(4096, '\0');
+}
 
 /// Whether it succeeded; a refusal is said.
 bool attempt(const char* what, const std::function<void()>& work) {
@@ -231,6 +375,26 @@ bool attempt(const char* what, const std::function<void()>& work) {
         say(std::string("refused ") + what + ": " + error.errorDescription());
         return false;
     }
+}
+
+int performSalvage(const std::string& file) {
+    // As a repair does: what was saved already is not saved again.
+    const auto salvage = [&] {
+        {
+            Program program;
+            program.open(file, store::ModelConfiguration::Missing::refuse);
+            if (!program.container->check().isDamaged) {
+                return;
+            }
+        }
+        tests::SilentLog log;
+        store::salvageStore(file, model::currentSchema(), std::chrono::milliseconds(50), log);
+    };
+    if (!attempt("operation", salvage) && !attempt("operation again", salvage)) {
+        return 1;
+    }
+    say("acknowledged");
+    return 0;
 }
 
 int perform(const std::string& name, const std::string& file) {
@@ -261,10 +425,29 @@ int perform(const std::string& name, const std::string& file) {
     return 0;
 }
 
-int verify(const std::string& file) {
+int prepared(void (*make)(const std::string&), const std::string& file) {
+    make(file);
+    say("acknowledged");
+    return 0;
+}
+
+/// What has the file to itself.
+const std::map<std::string, int (*)(const std::string&)> kFiles{
+    {"prepare-old", [](const std::string& file) { return prepared(prepareOld, file); }},
+    {"prepare-damaged", [](const std::string& file) { return prepared(prepareDamaged, file); }},
+    {"salvage", performSalvage},
+};
+
+/// What is missing from a damaged store leaves gaps.
+enum class Gaps { wrong, expected };
+
+int verify(const std::string& file, Gaps gaps) {
     Program program;
     try {
         program.open(file, store::ModelConfiguration::Missing::refuse);
+        if (!program.container->wasUpgraded()) {
+            store::removeFormerStores(file, model::currentSchema());
+        }
     } catch (const store::StoreError& error) {
         say(error.which() == store::StoreErrorCase::missing ? "state none"
                                                             : "WRONG " + error.errorDescription());
@@ -285,6 +468,9 @@ int verify(const std::string& file) {
         }
     }
     for (const model::Board* board : program.boards().boards()) {
+        if (gaps == Gaps::expected) {
+            break;
+        }
         std::vector<std::int64_t> orders;
         for (const model::Entry* entry : board->entries()) {
             orders.push_back(entry->sortOrder());
@@ -297,6 +483,23 @@ int verify(const std::string& file) {
             }
         }
     }
+    if (fs::exists(chosenFolder(program))) {
+        const auto backups = storage::backupsIn(chosenFolder(program));
+        storage::Work work;
+        for (const auto& backup : backups) {
+            storage::checkBackup(backup, program.log, work);
+        }
+        if (backups.size() < kKeptBackups) {
+            say("WRONG: a backup was lost");
+        }
+    }
+    for (const auto& backup : {program.exportedFile(), program.recoveryFile()}) {
+        if (std::filesystem::exists(backup)) {
+            storage::Work work;
+            backup::validate(storage::readBackup(backup, work), program.log); // throws
+            say("backup " + backup.filename().string());
+        }
+    }
     program.boards().createBoard("proof that it can be written", kLater);
     say("writable");
     return 0;
@@ -307,11 +510,17 @@ int verify(const std::string& file) {
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
     try {
+        if (words.size() == 3 && words[0] == "perform" && kFiles.contains(words[1])) {
+            return kFiles.at(words[1])(words[2]);
+        }
         if (words.size() == 3 && words[0] == "perform" && kOperations.contains(words[1])) {
             return perform(words[1], words[2]);
         }
         if (words.size() == 2 && words[0] == "verify") {
-            return verify(words[1]);
+            return verify(words[1], Gaps::wrong);
+        }
+        if (words.size() == 2 && words[0] == "verify-salvaged") {
+            return verify(words[1], Gaps::expected);
         }
     } catch (const std::exception& error) {
         say(std::string("WRONG exception: ") + error.what());

@@ -9,6 +9,8 @@ namespace korvex::ui {
 
 namespace {
 
+using Preference = app::AppPreferences::Property;
+
 constexpr int kStandardFontSize = 13;
 /// A size of 13 means as much as elsewhere: 13 pixels where the screen has 96 to the inch, which
 /// are 9.75 points there, and more where the user scales texts up.
@@ -21,7 +23,12 @@ Theme::Theme(app::AppPreferences& preferences, QObject* parent)
       m_preferences(preferences),
       m_systemPalette(QApplication::palette()),
       m_systemFont(QApplication::font()) {
-    m_changes = preferences.didChange().connect([this] { apply(); });
+    m_changes = preferences.didChange().connect([this](Preference changed) {
+        if (changed == Preference::appearance || changed == Preference::fontSize ||
+            changed == Preference::boardSpacing) {
+            apply();
+        }
+    });
     apply();
 }
 

@@ -1,0 +1,136 @@
+#include "storage/AutomaticBackup.h"
+
+#include "base/FileLock.h"
+#include "storage/BackupHistory.h"
+#include "storage/BackupService.h"
+#include "storage/FolderBookmark.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace korvex::storage {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+AutomaticBackupError refusal(AutomaticBackupErrorCase which) {
+    return AutomaticBackupError(which);
+}
+
+/// The installation's own folder in the chosen one. What the backups hold is the user's alone.
+HeldFolder historyFolder(const HeldFolder& chosen, const base::Uuid& installation) {
+    const auto name = historyFolderName(installation);
+    if (::mkdirat(chosen.descriptor(), name.c_str(), S_IRWXU) == 0) {
+        chosen.sync();
+    } else if (errno != EEXIST) {
+        throw fs::filesystem_error("mkdir", name, {errno, std::generic_category()});
+    }
+    try {
+        return {chosen, name};
+    } catch (const fs::filesystem_error& error) {
+        if (error.code() == std::errc::not_a_directory ||
+            error.code() == std::errc::too_many_symbolic_link_levels) {
+            throw refusal(AutomaticBackupErrorCase::historyIsNoFolder);
+        }
+        throw;
+    }
+}
+
+/// Two programs of one installation would each remove what the other is about to keep.
+base::FileLock exclusively(const HeldFolder& history) {
+    base::FileLock lock(base::FileDescriptor(::openat(history.descriptor(), ".",
+                                                      O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
+                        std::chrono::milliseconds::zero());
+    if (lock.state() == base::FileLock::State::taken) {
+        throw refusal(AutomaticBackupErrorCase::running);
+    }
+    return lock;
+}
+
+AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& bookmark,
+                             const AutomaticBackup& backup, base::LogSink& log, Work& work) {
+    const auto history = historyFolder(chosen, backup.installation);
+    const auto lock = exclusively(history);
+    const auto name = newBackupName();
+    const auto container = openForReading(backup.storeFile, log);
+    AutomaticBackupResult result{
+        .file = bookmark.path() / historyFolderName(backup.installation) / name,
+        .summary = exportBackup(*container, history.path() / name, backup.now, log, work)};
+    // Where it was removed or unmounted by now, nobody would find the backup.
+    if (!bookmark.open().is(chosen)) {
+        throw refusal(AutomaticBackupErrorCase::chooseAgain);
+    }
+    try {
+        // What a power cut brings back goes with the next one.
+        prune(history.path(), backup.keeping, name);
+    } catch (const std::exception&) {
+        result.pruningFailure = std::current_exception();
+    }
+    return result;
+}
+
+} // namespace
+
+std::string descriptionOf(AutomaticBackupErrorCase which) {
+    switch (which) {
+    case AutomaticBackupErrorCase::noFolder:
+        return "No folder for automatic backups has been chosen yet. Choose one in the settings of "
+               "Korvex.";
+    case AutomaticBackupErrorCase::notSaved:
+        return "Could not save access to this backup folder. Choose another folder and try again.";
+    case AutomaticBackupErrorCase::chooseAgain:
+        return "The folder that was chosen for automatic backups is not there, or another one "
+               "stands in its place. Make it available, or choose it again.";
+    case AutomaticBackupErrorCase::historyIsNoFolder:
+        return "Something else stands in the place of the folder that the automatic backups are "
+               "kept in.";
+    case AutomaticBackupErrorCase::running:
+        return "Another program is making an automatic backup right now.";
+    }
+    return {};
+}
+
+std::string domainOf(AutomaticBackupErrorCase) {
+    return "Korvex.AutomaticBackup";
+}
+
+AutomaticBackup automaticBackup(const app::AppPreferences& preferences, fs::path storeFile,
+                                base::Instant now) {
+    return {.storeFile = std::move(storeFile),
+            .bookmark = preferences.automaticBackupBookmark(),
+            .installation = preferences.automaticBackupID(),
+            .keeping = static_cast<std::size_t>(preferences.automaticBackupRetention()),
+            .now = now};
+}
+
+bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences) {
+    preferences.reload();
+    if (preferences.automaticBackupBookmark() != backup.bookmark) {
+        return false;
+    }
+    preferences.setAutomaticBackupLastSuccess(backup.now);
+    return true;
+}
+
+AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
+                                          Work& work) {
+    if (!backup.bookmark) {
+        throw refusal(AutomaticBackupErrorCase::noFolder);
+    }
+    const auto bookmark = FolderBookmark::ofBytes(*backup.bookmark);
+    if (!bookmark) {
+        throw refusal(AutomaticBackupErrorCase::chooseAgain);
+    }
+    try {
+        return makeIn(bookmark->open(), *bookmark, backup, log, work);
+    } catch (const fs::filesystem_error& error) {
+        throw FileError(
+            "The folder for automatic backups could not be used: " + error.code().message() + ".");
+    }
+}
+
+} // namespace korvex::storage

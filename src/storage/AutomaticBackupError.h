@@ -1,0 +1,21 @@
+#pragma once
+
+#include "base/Error.h"
+
+#include <string>
+
+namespace korvex::storage {
+
+/// Why no automatic backup could be made; what else can fail says so itself.
+enum class AutomaticBackupErrorCase {
+    noFolder,          ///< none was chosen yet
+    notSaved,          ///< a folder that was chosen cannot be marked
+    chooseAgain,       ///< the chosen folder is gone, or is another one
+    historyIsNoFolder, ///< something else stands in the place of the backups' own folder
+    running,           ///< another program is making one
+};
+std::string descriptionOf(AutomaticBackupErrorCase which);
+std::string domainOf(AutomaticBackupErrorCase which);
+using AutomaticBackupError = base::TypedError<AutomaticBackupErrorCase>;
+
+} // namespace korvex::storage

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "base/Clock.h"
+#include "base/Log.h"
+#include "base/RunLoop.h"
+#include "base/Signal.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackgroundTask.h"
+#include "store/ModelContainer.h"
+
+#include <exception>
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace korvex::storage {
+
+/// Backs the store up once a day into the folder that the user chose, while the program runs; what
+/// fell due before is made at the start. One a program; main thread; all that it is given must
+/// outlive it. With it ends a run, and nothing is left of that.
+class AutomaticBackupService {
+public:
+    /// What a run that failed is told by; the reason is beside it.
+    static constexpr const char* kFailure =
+        "Automatic backup failed. Check the folder is available, or choose it again. Your saved "
+        "entries have not been changed.";
+
+    struct Surroundings {
+        app::AppPreferences& preferences;
+        const store::ModelContainer& container;
+        const base::Clock& clock;
+        base::RunLoop& runLoop;
+        base::LogSink& log;
+    };
+    explicit AutomaticBackupService(const Surroundings& surroundings);
+
+    /// Looks now and every quarter of an hour from now on whether a backup is due.
+    void start();
+    /// Starts one if it is due, automatic backups are on, and none is under way.
+    void runIfDue(base::Instant now);
+    /// Starts one unless one is under way, also where automatic backups are off.
+    void backUpNow();
+    /// Ends one that is under way, soon; nothing is left of it.
+    void cancel();
+
+    /// Automatic backups go there from now on, the first at the next look. Throws
+    /// AutomaticBackupError `notSaved`; all is then as it was.
+    void chooseFolder(const std::filesystem::path& folder);
+    /// The chosen folder, there or not; absent: none was chosen.
+    std::optional<std::filesystem::path> folder() const;
+
+    bool isRunning() const { return m_run != nullptr; }
+    /// How far it is.
+    const Progress& progress() const { return m_progress; }
+
+    /// That the last run failed, until one succeeds; the reason in its own words, else empty.
+    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
+    const std::string& errorReason() const { return m_errorReason; }
+
+    /// Whether one is due when the last one was made at `last`: after a day, or when the clock was
+    /// set back behind it.
+    static bool isDue(std::optional<base::Instant> last, base::Instant now);
+    /// When the next one is due; `now` where it is already, absent where none will be made.
+    std::optional<base::Instant> nextDue(base::Instant now) const;
+
+    /// Emitted when a run begins, advances or ends, and when another setting or success makes the
+    /// next one due at another time.
+    base::Signal<>& didChange() { return m_didChange; }
+
+private:
+    enum class AskedBy { clock, user };
+
+    void look();
+    void lookSoon();
+    void run(base::Instant now, AskedBy asked);
+    void finish(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
+                AskedBy asked);
+    void succeed(const AutomaticBackup& request);
+    void fail(const std::exception_ptr& failure, AskedBy asked);
+    void settingChanged(app::AppPreferences::Property property);
+
+    Surroundings m_surroundings;
+    base::Logger m_log;
+    std::optional<std::string> m_errorMessage;
+    std::string m_errorReason;
+    Progress m_progress;
+    base::Signal<> m_didChange;
+    base::Subscription m_settings;
+    /// Null before `start`.
+    std::unique_ptr<base::RunLoop::Timer> m_timer;
+    /// Null where none is under way.
+    std::unique_ptr<BackgroundTask> m_run;
+};
+
+} // namespace korvex::storage

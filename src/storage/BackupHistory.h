@@ -1,0 +1,49 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "base/Log.h"
+#include "base/Uuid.h"
+#include "storage/BackupFile.h"
+#include "storage/FolderBookmark.h"
+#include "storage/Work.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace korvex::storage {
+
+/// A backup's file as its folder shows it, unread.
+struct ListedBackup {
+    std::filesystem::path file;
+    base::Instant modifiedAt;
+    std::uintmax_t bytes = 0;
+};
+
+/// The folder of one installation's automatic backups in the chosen one: two that share a folder
+/// never remove each other's.
+std::string historyFolderName(const base::Uuid& installation);
+/// A new automatic backup's name.
+std::string newBackupName();
+
+/// The automatic backups of this installation, the newest first. Nothing is read of them. Throws
+/// AutomaticBackupError `chooseAgain`, and FileError where the folder cannot be read. Any thread.
+std::vector<ListedBackup> automaticBackups(const FolderBookmark& bookmark,
+                                           const base::Uuid& installation);
+/// All backups that stand in a folder or in the folder of an installation in it, the newest first.
+/// Throws FileError. Any thread.
+std::vector<ListedBackup> backupsIn(const std::filesystem::path& folder);
+
+/// Reads a backup in full, and checks that it may become a store. Throws as `readBackup` and
+/// `backup::validate`. Any thread.
+BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& work);
+
+/// Keeps `newest` and the most recent automatic backups beside it, by the time of their files and
+/// then by their names: `keeping` altogether, at least one. Everything else in the folder stays,
+/// but for what killed programs left of unfinished ones. Throws FileError; the oldest go first.
+void prune(const std::filesystem::path& folder, std::size_t keeping, std::string_view newest);
+
+} // namespace korvex::storage

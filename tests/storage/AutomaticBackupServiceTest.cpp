@@ -1,0 +1,189 @@
+#include "storage/AutomaticBackupService.h"
+
+#include "app/SettingsFile.h"
+#include "storage/AutomaticBackupFixture.h"
+#include "support/FakeClock.h"
+#include "support/FakeRunLoop.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+namespace korvex::storage {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr double kDay = 86'400;
+constexpr double kTenYears = 3650 * kDay;
+
+class AutomaticBackupServiceTest : public tests::AutomaticBackupFixture {
+protected:
+    void SetUp() override {
+        AutomaticBackupFixture::SetUp();
+        preferences.setAutomaticBackupEnabled(true);
+        service.emplace(surroundings());
+        service->chooseFolder(chosen);
+    }
+
+    AutomaticBackupService::Surroundings surroundings() {
+        return {.preferences = preferences,
+                .container = *container,
+                .clock = clock,
+                .runLoop = runLoop,
+                .log = log};
+    }
+    /// Until the run that is under way is over.
+    void finish() {
+        while (service->isRunning()) {
+            runLoop.waitForPosted();
+            runLoop.runPosted();
+        }
+    }
+    std::vector<std::string> backups(const fs::path& in) const {
+        const auto theirs = in / historyFolderName(preferences.automaticBackupID());
+        return fs::exists(theirs) ? namesIn(theirs) : std::vector<std::string>();
+    }
+    std::vector<std::string> backups() const { return backups(chosen); }
+
+    tests::SettingsFile settings;
+    app::FileUserDefaults defaults = settings.open();
+    app::AppPreferences preferences{defaults, log};
+    tests::FakeClock clock{base::Instant{800'000'000}};
+    tests::FakeRunLoop runLoop;
+    std::optional<AutomaticBackupService> service;
+};
+
+TEST_F(AutomaticBackupServiceTest, OneIsDueADayAfterTheLastOrWhenTheClockWasSetBack) {
+    const auto now = clock.now();
+    for (const auto& [last, isDue] :
+         std::initializer_list<std::pair<std::optional<base::Instant>, bool>>{
+             {std::nullopt, true},
+             {now, false},
+             {now - (kDay - 60), false},
+             {now - kDay, true},
+             {now - kTenYears, true},
+             {now + 1, true},
+             {now + kTenYears, true},
+         }) {
+        preferences.setAutomaticBackupLastSuccess(last);
+        EXPECT_EQ(service->nextDue(now), isDue ? now : *last + kDay);
+        const auto before = backups().size();
+        service->runIfDue(now);
+        EXPECT_EQ(service->isRunning(), isDue);
+        service->runIfDue(now);
+        finish();
+        EXPECT_EQ(backups().size(), std::min<std::size_t>(before + (isDue ? 1 : 0), 7));
+        EXPECT_EQ(preferences.automaticBackupLastSuccess(), isDue ? now : last);
+    }
+    preferences.setAutomaticBackupLastSuccess(std::nullopt);
+    preferences.setAutomaticBackupEnabled(false);
+    EXPECT_EQ(service->nextDue(now), std::nullopt);
+    service->runIfDue(now);
+    EXPECT_FALSE(service->isRunning());
+    service->backUpNow();
+    EXPECT_TRUE(service->isRunning()) << "who asks for one gets one";
+    finish();
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), now);
+}
+
+TEST_F(AutomaticBackupServiceTest, LooksAtTheStartAndEveryQuarterOfAnHour) {
+    preferences.setAutomaticBackupEnabled(false);
+    service->start();
+    runLoop.advance(0);
+    EXPECT_FALSE(service->isRunning());
+    EXPECT_THAT(runLoop.delays(), ElementsAre(900));
+    preferences.setAutomaticBackupEnabled(true);
+    runLoop.advance(0);
+    EXPECT_TRUE(service->isRunning()) << "who has just wanted them need not wait";
+    finish();
+    EXPECT_THAT(backups(), SizeIs(1));
+
+    runLoop.advance(900);
+    EXPECT_FALSE(service->isRunning());
+    clock.advance(kDay);
+    runLoop.advance(900);
+    EXPECT_TRUE(service->isRunning());
+    finish();
+    EXPECT_THAT(backups(), SizeIs(2));
+}
+
+TEST_F(AutomaticBackupServiceTest, AFailureIsSaidUntilOneSucceeds) {
+    log.expectError("Backup operation failed: The folder that was chosen for automatic backups");
+    const auto away = folder / "away";
+    int changes = 0;
+    const auto subscription = service->didChange().connect([&] { ++changes; });
+    fs::rename(chosen, away);
+    service->runIfDue(clock.now());
+    finish();
+    EXPECT_EQ(service->errorMessage(), AutomaticBackupService::kFailure);
+    EXPECT_THAT(service->errorReason(), HasSubstr("choose it again"));
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt) << "tried again";
+    EXPECT_EQ(service->nextDue(clock.now()), clock.now());
+    EXPECT_GE(changes, 2);
+
+    fs::rename(away, chosen);
+    service->runIfDue(clock.now());
+    finish();
+    EXPECT_EQ(service->errorMessage(), std::nullopt);
+    EXPECT_THAT(service->errorReason(), IsEmpty());
+    EXPECT_THAT(backups(), SizeIs(1));
+}
+
+TEST_F(AutomaticBackupServiceTest, AFolderChosenDuringARunGetsItsOwn) {
+    const auto other = folder / "other";
+    fs::create_directory(other);
+    service->start();
+    runLoop.advance(0);
+    ASSERT_TRUE(service->isRunning());
+    service->chooseFolder(other);
+    EXPECT_EQ(service->folder(), other);
+    finish();
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt);
+    runLoop.advance(0);
+    EXPECT_TRUE(service->isRunning());
+    finish();
+    EXPECT_THAT(backups(other), SizeIs(1));
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), clock.now());
+
+    EXPECT_THROW(service->chooseFolder(folder / "none"), AutomaticBackupError);
+    EXPECT_EQ(service->folder(), other);
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), clock.now());
+    service->chooseFolder(other);
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt);
+}
+
+TEST_F(AutomaticBackupServiceTest, OneThatIsStoppedIsNoFailureAndLeavesNothing) {
+    service->backUpNow();
+    service->cancel();
+    finish();
+    EXPECT_EQ(service->errorMessage(), std::nullopt);
+    EXPECT_THAT(backups(), SizeIs(::testing::Le(1U)));
+    service->backUpNow();
+    service.reset();
+    runLoop.runPosted();
+    for (const auto& name : backups()) {
+        EXPECT_FALSE(name.starts_with(".")) << name;
+    }
+}
+
+TEST_F(AutomaticBackupServiceTest, OneThatAnotherProgramMakesIsNoFailureUnlessAskedFor) {
+    const auto theirs = chosen / historyFolderName(preferences.automaticBackupID());
+    fs::create_directory(theirs);
+    const base::FileDescriptor other(::open(theirs.c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    service->runIfDue(clock.now());
+    finish();
+    EXPECT_EQ(service->errorMessage(), std::nullopt);
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt);
+    log.expectError("Another program is making an automatic backup right now.");
+    service->backUpNow();
+    finish();
+    EXPECT_EQ(service->errorMessage(), AutomaticBackupService::kFailure);
+}
+
+} // namespace
+} // namespace korvex::storage

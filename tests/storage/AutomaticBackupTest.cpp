@@ -1,0 +1,244 @@
+#include "storage/AutomaticBackup.h"
+
+#include "storage/AutomaticBackupFixture.h"
+#include "storage/BackupService.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+
+#include <functional>
+
+namespace korvex::storage {
+namespace {
+
+namespace fs = std::filesystem;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using ::testing::UnorderedElementsAre;
+
+class AutomaticBackupTest : public tests::AutomaticBackupFixture {
+protected:
+    AutomaticBackupResult make(Work&& work = Work()) {
+        return makeAutomaticBackup({.storeFile = container->configuration().file,
+                                    .bookmark = bookmark,
+                                    .installation = installation,
+                                    .keeping = 7,
+                                    .now = kNow},
+                                   log, work);
+    }
+    /// What it is refused with; the case itself, so that a test says which.
+    std::optional<AutomaticBackupErrorCase> refusal(Work&& work = Work()) {
+        try {
+            make(std::move(work));
+            return std::nullopt;
+        } catch (const AutomaticBackupError& error) {
+            return error.which();
+        }
+    }
+
+    std::optional<base::Bytes> bookmark;
+};
+
+TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
+    EXPECT_EQ(refusal(), AutomaticBackupErrorCase::noFolder);
+    bookmark = FolderBookmark::make(chosen).bytes();
+    const auto known = *FolderBookmark::ofBytes(*bookmark);
+    EXPECT_THAT(automaticBackups(known, installation), IsEmpty());
+    const auto made = make();
+    EXPECT_EQ(made.file.parent_path(), history());
+    EXPECT_FALSE(made.pruningFailure);
+    EXPECT_EQ(fs::status(history()).permissions(), fs::perms::owner_all);
+
+    Work work;
+    EXPECT_EQ(readBackup(made.file, work), createBackup(*container, kNow, work).document);
+    setAge(made.file, 1);
+    const auto second = make();
+    put(history() / "Korvex-damaged.korvexbackup");
+    setAge(history() / "Korvex-damaged.korvexbackup", 2);
+    put(history() / "notes.korvexbackup");
+    const auto listed = automaticBackups(known, installation);
+    ASSERT_THAT(listed, SizeIs(3));
+    EXPECT_EQ(listed[0].file, second.file);
+    EXPECT_EQ(listed[1].file, made.file);
+    EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
+    EXPECT_THROW(checkBackup(listed[2], log, work), backup::BackupError);
+    put(chosen / "exported by hand.korvexbackup");
+    EXPECT_THAT(backupsIn(chosen), SizeIs(5));
+    EXPECT_THAT(backupsIn(history()), SizeIs(4));
+    EXPECT_THROW(backupsIn(chosen / "none"), FileError);
+}
+
+TEST_F(AutomaticBackupTest, ABookmarkKnowsItsFolderAgain) {
+    const auto other = folder / "other";
+    const auto away = folder / "away";
+    fs::create_directory(other);
+    const auto marker = chosen / FolderBookmark::kMarkerName;
+    using Happening = std::function<void()>;
+    const Happening vanish = [&] { fs::rename(chosen, away); };
+    const Happening unmount = [&] {
+        vanish();
+        fs::create_directory(chosen);
+    };
+    const Happening replace = [&] {
+        vanish();
+        FolderBookmark::make(other);
+        fs::rename(other, chosen);
+    };
+    const Happening becomeAFile = [&] {
+        vanish();
+        put(chosen);
+    };
+    const Happening loseItsMark = [&] { fs::remove(marker); };
+    const Happening damageItsMark = [&] { put(marker, "none"); };
+    for (const auto& happening :
+         {vanish, unmount, replace, becomeAFile, loseItsMark, damageItsMark}) {
+        fs::remove_all(chosen);
+        fs::remove_all(away);
+        fs::create_directories(other);
+        fs::create_directory(chosen);
+        bookmark = FolderBookmark::make(chosen).bytes();
+        EXPECT_EQ(refusal(), std::nullopt);
+        const auto before = namesIn(history());
+        happening();
+        const auto left = fs::is_directory(chosen) ? namesIn(chosen) : std::vector<std::string>();
+        EXPECT_EQ(refusal(), AutomaticBackupErrorCase::chooseAgain);
+        EXPECT_EQ(fs::is_directory(chosen) ? namesIn(chosen) : std::vector<std::string>(), left)
+            << "nothing is written where another folder stands";
+    }
+
+    // Whoever chooses a folder that another installation has chosen shares its mark.
+    fs::remove_all(chosen);
+    fs::create_directory(chosen);
+    bookmark = FolderBookmark::make(chosen).bytes();
+    EXPECT_EQ(FolderBookmark::make(folder / "." / "chosen").bytes(), bookmark);
+    fs::rename(chosen, away);
+    fs::create_directory_symlink(away, chosen);
+    EXPECT_EQ(refusal(), std::nullopt) << "the same folder, by whatever way";
+    EXPECT_THROW(FolderBookmark::make(folder / "none"), AutomaticBackupError);
+    for (const std::string bytes : {"", "KVXFLDR1", "KVXFLDR1 no path of it", "/a path"}) {
+        EXPECT_EQ(FolderBookmark::ofBytes(base::Bytes(bytes.begin(), bytes.end())).has_value(),
+                  bytes.size() > 24)
+            << bytes;
+    }
+}
+
+/// Right before each stage of a run, the folder goes and an empty one stands there.
+TEST_F(AutomaticBackupTest, WritesIntoNoOtherFolderWhateverHappensMeanwhile) {
+    const auto away = folder / "away";
+    for (const auto stage : {Stage::reading, Stage::writing, Stage::verifying}) {
+        for (const auto isRemoved : {false, true}) {
+            fs::remove_all(away);
+            fs::remove_all(chosen);
+            fs::create_directory(chosen);
+            bookmark = FolderBookmark::make(chosen).bytes();
+            Work work([&](const Progress& progress) {
+                if (progress.stage == stage && !fs::exists(away)) {
+                    fs::rename(chosen, away);
+                    fs::create_directory(chosen);
+                    if (isRemoved) {
+                        fs::remove_all(away);
+                        fs::create_directory(away);
+                    }
+                }
+            });
+            EXPECT_THROW(make(std::move(work)), base::Error);
+            EXPECT_THAT(namesIn(chosen), IsEmpty());
+        }
+    }
+}
+
+TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
+    bookmark = FolderBookmark::make(chosen).bytes();
+    for (const auto stage : {Stage::reading, Stage::checking, Stage::writing, Stage::verifying}) {
+        std::stop_source stop;
+        Work work(
+            [&](const Progress& progress) {
+                if (progress.stage == stage) {
+                    stop.request_stop();
+                }
+            },
+            stop.get_token());
+        EXPECT_THROW(make(std::move(work)), Cancelled);
+        EXPECT_THAT(namesIn(history()), IsEmpty());
+    }
+    const auto killed = newBackupName();
+    put(history() / ("." + killed + ".new-Ab12Cd"));
+    put(history() / ".notes.korvexbackup.new-Ab12Cd");
+    const auto inUse = "." + newBackupName() + ".new-123456";
+    put(history() / inUse);
+    const base::FileDescriptor writer(::open((history() / inUse).c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
+    const auto made = make().file.filename().string();
+    EXPECT_THAT(namesIn(history()),
+                UnorderedElementsAre(made, inUse, ".notes.korvexbackup.new-Ab12Cd"));
+}
+
+TEST_F(AutomaticBackupTest, TheirFolderMustBeOneAndIsUsedByOneProgramAtATime) {
+    bookmark = FolderBookmark::make(chosen).bytes();
+    for (const std::function<void()>& make : std::initializer_list<std::function<void()>>{
+             [&] { put(history()); },
+             [&] { fs::create_directory_symlink(folder.path(), history()); },
+             [&] { fs::create_symlink("nowhere", history()); }}) {
+        make();
+        const auto before = namesIn(folder.path());
+        EXPECT_EQ(refusal(), AutomaticBackupErrorCase::historyIsNoFolder);
+        EXPECT_EQ(namesIn(folder.path()), before);
+        fs::remove(history());
+    }
+    fs::create_directory(history());
+    const base::FileDescriptor other(::open(history().c_str(), O_RDONLY | O_CLOEXEC));
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    EXPECT_EQ(refusal(), AutomaticBackupErrorCase::running);
+    EXPECT_THAT(namesIn(history()), IsEmpty());
+}
+
+TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
+    struct Case {
+        std::size_t keeping;
+        std::vector<std::string> kept;
+    };
+    for (const auto& each : {
+             Case{0, {"Korvex-new"}},
+             Case{1, {"Korvex-new"}},
+             Case{2, {"Korvex-future", "Korvex-new"}},
+             Case{4, {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a"}},
+             Case{5, {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a", "Korvex-b"}},
+             Case{7,
+                  {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a", "Korvex-b",
+                   "Korvex-old"}},
+         }) {
+        fs::remove_all(chosen);
+        const std::vector<std::string> foreign{"notes.korvexbackup", "korvex-a.korvexbackup",
+                                               "Korvex-a.korvexbackup.bak", "Korvex-a.KORVEXBACKUP",
+                                               "Korvex-.txt"};
+        for (const auto& name : foreign) {
+            put(chosen / name);
+            setAge(chosen / name, 10'000);
+        }
+        fs::create_symlink("notes.korvexbackup", chosen / "Korvex-link.korvexbackup");
+        fs::create_directories(chosen / "Korvex-folder.korvexbackup" / "x");
+        const auto now = fs::file_time_type::clock::now();
+        // The clock was ten years ahead once, and is an hour back now.
+        for (const auto& [name, age] :
+             {std::pair("Korvex-new", 1), std::pair("Korvex-young", 0), std::pair("Korvex-b", 24),
+              std::pair("Korvex-a", 24), std::pair("Korvex-old", 48),
+              std::pair("Korvex-future", -87'600)}) {
+            const auto file = chosen / (std::string(name) + ".korvexbackup");
+            put(file);
+            fs::last_write_time(file, now - std::chrono::hours(age));
+        }
+        prune(chosen, each.keeping, "Korvex-new.korvexbackup");
+        auto expected = foreign;
+        expected.insert(expected.end(), {"Korvex-link.korvexbackup", "Korvex-folder.korvexbackup"});
+        for (const auto& name : each.kept) {
+            expected.push_back(name + ".korvexbackup");
+        }
+        EXPECT_THAT(namesIn(chosen), ::testing::UnorderedElementsAreArray(expected))
+            << each.keeping;
+    }
+    EXPECT_THROW(prune(chosen / "none", 1, ""), FileError);
+}
+
+} // namespace
+} // namespace korvex::storage

@@ -1,0 +1,100 @@
+#include "storage/BackgroundTask.h"
+
+#include "support/FakeRunLoop.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <memory>
+#include <semaphore>
+#include <vector>
+
+namespace korvex::storage {
+namespace {
+
+TEST(BackgroundTask, BringsItsResultAndItsErrorToTheMainThread) {
+    tests::FakeRunLoop loop;
+    const auto mainThread = std::this_thread::get_id();
+    for (const bool fails : {false, true}) {
+        std::vector<Progress> progress;
+        std::string end;
+        std::unique_ptr<BackgroundTask> task;
+        task = std::make_unique<BackgroundTask>(
+            loop,
+            [&](Work& work) {
+                EXPECT_NE(std::this_thread::get_id(), mainThread);
+                work.begin(Stage::writing, 100'000);
+                for (int i = 0; i < 100'000; ++i) {
+                    work.advance(1);
+                }
+                if (fails) {
+                    throw Cancelled();
+                }
+                return std::string("done");
+            },
+            [&](std::future<std::string> result) {
+                EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                try {
+                    end = result.get();
+                } catch (const base::Error& error) {
+                    end = error.domain();
+                }
+                task.reset();
+            },
+            [&](const Progress& each) {
+                EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                EXPECT_TRUE(end.empty());
+                progress.push_back(each);
+            });
+        while (task) {
+            loop.waitForPosted();
+            loop.runPosted();
+        }
+        EXPECT_EQ(end, fails ? "Korvex.Storage" : "done");
+        ASSERT_FALSE(progress.empty());
+        EXPECT_LE(progress.size(), 102U); // not for each of the parts
+        EXPECT_EQ(progress.back(), (Progress{.stage = Stage::writing, .fraction = 1}));
+    }
+}
+
+TEST(BackgroundTask, StopsWhenItIsCancelledOrDestroyedAndThenTellsNobody) {
+    for (const bool isDestroyed : {false, true}) {
+        tests::FakeRunLoop loop;
+        std::binary_semaphore started(0);
+        std::atomic<bool> wasStopped = false;
+        int told = 0;
+        auto task = std::make_unique<BackgroundTask>(
+            loop,
+            [&](Work& work) {
+                started.release();
+                work.begin(Stage::reading);
+                try {
+                    while (true) {
+                        work.advance(1);
+                    }
+                } catch (const Cancelled&) {
+                    wasStopped = true;
+                    throw;
+                }
+                return 1;
+            },
+            [&](std::future<int> result) {
+                ++told;
+                EXPECT_THROW(result.get(), Cancelled);
+            });
+        started.acquire();
+        if (isDestroyed) {
+            task.reset();
+            EXPECT_TRUE(wasStopped);
+        } else {
+            task->cancel();
+            loop.waitForPosted();
+        }
+        loop.runPosted();
+        EXPECT_EQ(told, isDestroyed ? 0 : 1);
+    }
+}
+
+} // namespace
+} // namespace korvex::storage

@@ -1,0 +1,409 @@
+#include "storage/BackupService.h"
+
+#include "backup/BackupFileIO.h"
+#include "model/EntryAttachment.h"
+#include "model/ServiceErrors.h"
+#include "richtext/stored/RichTextSerializer.h"
+#include "services/ServiceFixture.h"
+#include "support/FakeClock.h"
+
+#include <sys/stat.h>
+
+#include <fstream>
+#include <thread>
+
+namespace korvex::storage {
+namespace {
+
+namespace fs = std::filesystem;
+using backup::BackupDocument;
+using backup::BackupErrorCase;
+using model::Board;
+using model::Entry;
+
+class BackupServiceTest : public tests::ServiceFixture {
+protected:
+    void SetUp() override {
+        ServiceFixture::SetUp();
+        boards->initializeDefaultBoards(kNow);
+        boards->reorderBoards(std::vector{boards->inboxBoard(), board}, kNow);
+        const auto made = add({"one", "two", "three"});
+        entries->completeTodo(*made[1], kNow);
+        entries->attach({{.id = base::Uuid::random(),
+                          .filename = "a.txt",
+                          .data = base::Bytes(20'000, std::uint8_t{7})}},
+                        *made[0], kNow);
+        entries->createText(
+            {.rich = richtext::RichTextSerializer::plainRichText("a \"text\"\nof two lines"),
+             .board = *boards->inboxBoard(),
+             .now = kNow});
+        undo.registerUndo("Something", 1, [](base::Instant) {});
+    }
+
+    BackupDocument stored() { return createBackup(*container, kNow, work).document; }
+    BackupDocument inFile(const fs::path& file) { return readBackup(file, work); }
+    /// Of another store; it has what a document can have.
+    BackupDocument other() { return inFile(KORVEX_BACKUP_CASES "/valid/everything.korvexbackup"); }
+    /// Both without what differs by the moment and the program.
+    static void expectSameStore(BackupDocument left, const BackupDocument& right) {
+        left.schemaVersion = right.schemaVersion;
+        left.exportedAt = right.exportedAt;
+        left.appVersion = right.appVersion;
+        const auto byId = [](const auto& one, const auto& another) { return one.id < another.id; };
+        auto sorted = right;
+        for (auto* document : {&left, &sorted}) {
+            std::sort(document->boards.begin(), document->boards.end(), byId);
+            std::sort(document->entries.begin(), document->entries.end(), byId);
+        }
+        EXPECT_EQ(left, sorted);
+    }
+    BackupService service(store::ModelContext& of) { return {of, reminders, widgets, log, &undo}; }
+    BackupService service() { return service(*context); }
+
+    /// The error's text; "" when there is none.
+    template <typename Work>
+    static std::string refusal(Work&& attempt) {
+        try {
+            attempt();
+            return "";
+        } catch (const base::Error& error) {
+            return error.errorDescription();
+        }
+    }
+    static std::string textOf(BackupErrorCase which) { return descriptionOf(which); }
+    static std::vector<std::string> filesIn(const fs::path& folder) {
+        std::vector<std::string> names;
+        for (const auto& each : fs::directory_iterator(folder)) {
+            names.push_back(each.path().filename());
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    fs::path out = folder / "out";
+    fs::path target = out / "mine.korvexbackup";
+    fs::path recovery = folder / "Korvex" / "Recovery" / "BeforeRestore.korvexbackup";
+    Work work;
+    tests::FakeClock clock{kNow};
+    services::UndoManager undo{clock};
+};
+
+TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
+    const auto reader = openForReading(container->configuration().file, log);
+    context->fetch<Board>().front()->setName("not saved");
+    const auto expected = stored();
+    fs::create_directories(out);
+    // What killed runs left of this file; another one is none of it.
+    std::ofstream(out / ".mine.korvexbackup.new-abcdef") << "half";
+    std::ofstream(out / ".mine.korvexbackup.new-other-1") << "kept";
+    const auto summary = exportBackup(*reader, target, kNow, log, work);
+    EXPECT_EQ(inFile(target), expected);
+    EXPECT_EQ(summary,
+              (BackupSummary{
+                  .exportedAt = kNow, .boards = 2, .entries = 4, .bytes = fs::file_size(target)}));
+    EXPECT_EQ(filesIn(out),
+              (std::vector<std::string>{".mine.korvexbackup.new-other-1", "mine.korvexbackup"}));
+    EXPECT_EQ(fs::status(target).permissions(), fs::perms(0600));
+    context->rollback();
+    EXPECT_NO_THROW(backup::validate(expected, log));
+}
+
+TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
+    fs::create_directories(out / "folder");
+    std::ofstream(target) << "before";
+    std::vector<Stage> stages;
+    const auto cancelAt = [&](Stage stage) {
+        return [&, stage] {
+            const auto stop = std::make_unique<std::stop_source>();
+            Work cancelled(
+                [&](const Progress& progress) {
+                    if (progress.stage == stage) {
+                        stop->request_stop();
+                    }
+                },
+                stop->get_token());
+            exportBackup(*container, target, kNow, log, cancelled);
+        };
+    };
+    for (const auto stage : {Stage::reading, Stage::writing, Stage::verifying}) {
+        EXPECT_EQ(refusal(cancelAt(stage)), Cancelled().errorDescription());
+    }
+    EXPECT_EQ(refusal([&] { exportBackup(*container, out / "folder", kNow, log, work); }),
+              "The backup could not be written: Is a directory.");
+    EXPECT_EQ(refusal([&] { exportBackup(*container, target / "x", kNow, log, work); }),
+              "The backup could not be written: Not a directory.");
+    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
+        .exec("UPDATE Entry SET board = NULL WHERE content = 'three'");
+    EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work); }),
+              textOf(BackupErrorCase::incompleteRelationships));
+    EXPECT_EQ(fs::file_size(target), 6U);
+    EXPECT_EQ(filesIn(out), (std::vector<std::string>{"folder", "mine.korvexbackup"}));
+}
+
+TEST_F(BackupServiceTest, AnExportHasOneMomentHoweverTheStoreChangesMeanwhile) {
+    const auto expected = stored();
+    const auto revision = container->revision();
+    const auto reader = openForReading(container->configuration().file, log);
+    // Between the first look and the rows, another program adds, empties the journal, adds more.
+    Work disturbed([&](const Progress& progress) {
+        if (progress == Progress{.stage = Stage::reading, .fraction = 0}) {
+            add({"while it is read"});
+            container->checkpoint();
+            add({"and more"});
+        }
+    });
+    const auto snapshot = createBackup(*reader, kNow, disturbed);
+    EXPECT_EQ(snapshot.document, expected);
+    EXPECT_EQ(snapshot.revision, revision);
+    EXPECT_EQ(createBackup(*reader, kNow, work).document, stored());
+}
+
+TEST_F(BackupServiceTest, ARestoreReplacesEverythingForEverybody) {
+    const auto before = stored();
+    const auto backup = other();
+    const auto elsewhere = openContainer(); // as another program has it
+    store::ModelContext theirs(*elsewhere);
+    ASSERT_EQ(theirs.fetch<Entry>().size(), 4U);
+    ASSERT_EQ(board->entries().size(), 3U);
+    const auto* const oldEntry = board->entries().front();
+
+    const auto reconciles = reminders.reconciles;
+    const auto restored = service().restore(backup, recovery, kNow, work);
+    EXPECT_EQ(restored, boards->boards());
+    expectSameStore(stored(), backup);
+    EXPECT_EQ(inFile(recovery), before);
+    EXPECT_EQ(fs::status(recovery.parent_path()).permissions(), fs::perms(0700));
+    EXPECT_EQ(fs::status(recovery.parent_path().parent_path()).permissions(), fs::perms(0700));
+    EXPECT_TRUE(container->check().problems.empty());
+    EXPECT_EQ(reminders.reconciles, reconciles + 1);
+    EXPECT_GT(widgets.reloads, 0);
+    EXPECT_FALSE(undo.canUndo());
+    EXPECT_EQ(log.count("Restored backup; recovery snapshot retained locally"), 1U);
+
+    EXPECT_FALSE(board->isLive());
+    EXPECT_FALSE(oldEntry->isLive());
+    theirs.refresh();
+    for (auto* each : {context.get(), &theirs}) {
+        ASSERT_EQ(each->fetch<Entry>().size(), backup.entries.size());
+        std::size_t underBoards = 0;
+        for (const auto* const mine : each->fetch<Board>()) {
+            underBoards += mine->entries().size();
+        }
+        EXPECT_EQ(underBoards, backup.entries.size());
+    }
+    // What comes back is the same to who holds it, and both can go on.
+    service().restore(backup, recovery, kNow, work);
+    EXPECT_TRUE(restored.front()->isLive());
+    boards->createBoard("After", kNow);
+    theirs.refresh();
+    EXPECT_EQ(theirs.fetch<Board>().size(), backup.boards.size() + 1);
+}
+
+TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
+    const auto before = stored();
+    auto unsupported = other();
+    unsupported.schemaVersion = 8;
+    auto invalid = other();
+    invalid.entries.front().boardID = base::Uuid();
+    const auto failing = [] { throw std::runtime_error("hook"); };
+    const auto cloud = store::ModelContainer::open(
+        model::currentSchema(),
+        {.file = container->configuration().file, .cloudContainerIdentifier = "some"}, log);
+    store::ModelContext inCloud(*cloud);
+    const auto readOnly = openContainer(false);
+    store::ModelContext forReading(*readOnly);
+    const auto stopped = std::make_unique<std::stop_source>();
+    stopped->request_stop();
+    Work cancelled({}, stopped->get_token());
+    enum class Snapshot { none, kept };
+    struct {
+        const char* name;
+        BackupDocument document;
+        store::ModelContext& in;
+        Work& under;
+        RestoreHooks hooks;
+        std::string error;
+        Snapshot snapshot;
+    } const cases[]{
+        {"version",
+         unsupported,
+         *context,
+         work,
+         {},
+         textOf(BackupErrorCase::unsupportedVersion),
+         Snapshot::none},
+        {"document",
+         invalid,
+         *context,
+         work,
+         {},
+         textOf(BackupErrorCase::invalidDocument),
+         Snapshot::none},
+        {"cloud",
+         other(),
+         inCloud,
+         work,
+         {},
+         textOf(BackupErrorCase::cloudRestoreUnsupported),
+         Snapshot::none},
+        {"read-only",
+         other(),
+         forReading,
+         work,
+         {},
+         descriptionOf(model::EntryServiceErrorCase::readOnlyStore),
+         Snapshot::none},
+        {"cancelled",
+         other(),
+         *context,
+         cancelled,
+         {},
+         Cancelled().errorDescription(),
+         Snapshot::none},
+        {"before replacing",
+         other(),
+         *context,
+         work,
+         {.beforeReplace = failing},
+         "hook",
+         Snapshot::kept},
+        {"typed before replacing",
+         other(),
+         *context,
+         work,
+         {.beforeReplace = [&] { board->setName("typed"); }},
+         textOf(BackupErrorCase::pendingChanges),
+         Snapshot::kept},
+        {"before saving", other(), *context, work, {.beforeSave = failing}, "hook", Snapshot::kept},
+        {"saving",
+         other(),
+         *context,
+         work,
+         {.beforeReplace = [&] { breakSaves(); }},
+         "The store already has a record with this identifier. (the disk, 1811)",
+         Snapshot::kept},
+    };
+    log.expectError("Restore failed; transaction rolled back and recovery snapshot retained");
+    for (const auto& each : cases) {
+        fs::remove(recovery);
+        std::string error;
+        try {
+            service(each.in).restore(each.document, recovery, kNow, each.under, each.hooks);
+        } catch (const std::exception& thrown) {
+            error = thrown.what();
+        }
+        EXPECT_EQ(error, each.error) << each.name;
+        EXPECT_EQ(fs::exists(recovery), each.snapshot == Snapshot::kept) << each.name;
+        EXPECT_TRUE(undo.canUndo()) << each.name;
+        context->rollback();
+        EXPECT_TRUE(board->isLive() && board->entries().size() == 3) << each.name;
+        EXPECT_EQ(stored(), before) << each.name;
+        EXPECT_TRUE(container->check().problems.empty()) << each.name;
+    }
+    mendSaves();
+    EXPECT_EQ(cloud->allowsSave(), true);
+    EXPECT_EQ(exportBackup(*cloud, target, kNow, log, work).entries, 4U); // export goes on
+}
+
+TEST_F(BackupServiceTest, WhatAnotherProgramSavesMeanwhileIsNeverLost) {
+    const auto elsewhere = openContainer();
+    store::ModelContext theirs(*elsewhere);
+    services::BoardService theirBoards(theirs, reminders, widgets, log);
+    // At each point of progress up to the replacement; then at the hook before it.
+    for (int point = 0;; ++point) {
+        int passed = 0;
+        std::string added;
+        const auto disturb = [&] {
+            if (passed++ == point) {
+                added = "Added at " + std::to_string(point);
+                theirBoards.createBoard(added, kNow);
+            }
+        };
+        Work disturbed([&](const Progress& progress) {
+            if (progress.stage != Stage::replacing) {
+                disturb();
+            }
+        });
+        const auto before = stored();
+        const auto error = refusal([&] {
+            service().restore(other(), recovery, kNow, disturbed, {.beforeReplace = disturb});
+        });
+        if (added.empty()) {
+            EXPECT_EQ(error, "");
+            EXPECT_GT(point, 4);
+            break;
+        }
+        // Either it is still there, or it is in the snapshot.
+        const auto kept = error.empty() ? inFile(recovery) : stored();
+        EXPECT_TRUE(error.empty() || error == textOf(BackupErrorCase::storeChanged)) << error;
+        EXPECT_EQ(kept.boards.size(), before.boards.size() + 1) << point << error;
+        EXPECT_EQ(kept.entries, before.entries);
+    }
+    // A save that leaves everything as it was is no change.
+    const auto hook = [&] {
+        const auto* const first = theirBoards.boards().front();
+        const auto updatedAt = first->updatedAt();
+        const auto name = first->name();
+        theirBoards.renameBoard(*theirBoards.boards().front(), "for a moment", updatedAt);
+        theirBoards.renameBoard(*theirBoards.boards().front(), name, updatedAt);
+    };
+    theirs.refresh();
+    EXPECT_EQ(
+        refusal([&] { service().restore(other(), recovery, kNow, work, {.beforeReplace = hook}); }),
+        "");
+}
+
+TEST_F(BackupServiceTest, ARestoreIsTakenBackAndThatTooAndAKillInBetweenIsSettled) {
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
+              "There is no import to take back: no recovery backup is kept.");
+    const auto before = stored();
+    service().restore(other(), recovery, kNow, work);
+    const auto imported = stored();
+    service().undoRestore(recovery, kNow, work);
+    expectSameStore(stored(), before);
+    expectSameStore(inFile(recovery), imported);
+    service().undoRestore(recovery, kNow, work);
+    expectSameStore(stored(), imported);
+
+    // Killed after the new snapshot was written, before the store was replaced: the old one counts.
+    const auto pending = recovery.parent_path() / "BeforeUndo.korvexbackup";
+    static_cast<void>(prepareUndo(*container, recovery, kNow, log, work));
+    EXPECT_TRUE(fs::exists(pending));
+    expectSameStore(inFile(recovery), before);
+    service().undoRestore(recovery, kNow, work);
+    expectSameStore(stored(), before);
+    // Killed after the store was replaced, before the new snapshot was in its place.
+    auto prepared = prepareUndo(*container, recovery, kNow, log, work);
+    prepared.snapshot.becomes.reset();
+    service().finish(std::move(prepared), kNow, work);
+    expectSameStore(stored(), imported);
+    service().undoRestore(recovery, kNow, work);
+    expectSameStore(stored(), before);
+    EXPECT_FALSE(fs::exists(pending));
+
+    // A damaged snapshot harms nothing.
+    std::ofstream(recovery) << "no backup";
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
+              textOf(BackupErrorCase::invalidDocument));
+    expectSameStore(stored(), before);
+}
+
+TEST_F(BackupServiceTest, ABackupWithoutAnInboxGetsOneAndItsOrderGetsDense) {
+    auto document = other();
+    std::erase_if(document.boards, [](const auto& each) { return each.isSystem; });
+    const auto home = document.boards.front().id;
+    for (auto& entry : document.entries) {
+        entry.boardID = home;
+    }
+    service().restore(document, recovery, kNow, work);
+    ASSERT_NE(boards->inboxBoard(), nullptr);
+    const auto after = stored();
+    EXPECT_NO_THROW(backup::validate(after, log));
+    for (std::size_t i = 0; i < after.boards.size(); ++i) {
+        EXPECT_EQ(after.boards[i].sortOrder, static_cast<std::int64_t>(i));
+    }
+    EXPECT_EQ(storedOrder(*boards->board(home)).size(), document.entries.size());
+}
+
+} // namespace
+} // namespace korvex::storage
