@@ -124,7 +124,7 @@ void RowEditor::placeInSight() {
 }
 
 int RowEditor::endOfSight() const {
-    return parentWidget()->height() - m_coveredFoot - y();
+    return parentWidget()->height() - m_around.coveredFoot - y();
 }
 
 bool RowEditor::isCaretInSight() {
@@ -133,7 +133,11 @@ bool RowEditor::isCaretInSight() {
 }
 
 void RowEditor::reveal() {
-    Q_EMIT revealRequested(caretPlace().adjusted(0, 0, 0, messageHeight(width())));
+    const auto over = overSight();
+    const auto whole = rect().marginsAdded(over);
+    const auto caret = caretPlace().marginsAdded(over).adjusted(0, 0, 0, messageHeight(width()));
+    const auto hasRoom = whole.united(caret).height() <= endOfSight() + y();
+    Q_EMIT revealRequested(hasRoom ? whole.united(caret) : caret);
 }
 
 bool RowEditor::event(QEvent* event) {

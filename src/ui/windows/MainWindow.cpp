@@ -55,7 +55,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .preferences = workspace.preferences},
                 theme),
       m_drafts(workspace, m_navigation, *m_boardPage, this),
-      m_layout(*this, *m_splitter, m_sidebarPlace, workspace.defaults) {
+      m_layout(*this, m_sidebarPlace, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
     setMinimumSize(kSmallestSize);
@@ -90,6 +90,7 @@ void MainWindow::layOut() {
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);
     m_storeNotice->setVisible(!m_workspace.context.container().allowsSave());
+    m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(1, 1);
     auto* const column = new QVBoxLayout(this);

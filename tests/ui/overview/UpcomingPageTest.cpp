@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <random>
@@ -377,6 +378,22 @@ TEST_F(UpcomingPageTest, ChangesFromElsewhereLeaveChoiceAndPlaceOnTheScreenAlone
     EXPECT_EQ(currentText(), "todo 100");
     EXPECT_EQ(rectOf(list().currentRow()).top(), place);
     EXPECT_EQ(listModel().text(listModel().rowOf(*todos[101])), QStringLiteral("changed"));
+}
+
+TEST_F(UpcomingPageTest, TheRowUnderAPointerThatRestsIsMarkedWhateverScrolls) {
+    for (int i = 0; i < 30; ++i) {
+        addTodo("a todo", TodoSchedule::dueOn(20250310));
+    }
+    show();
+    const QPoint rest(350, 200);
+    const auto seen = [this] { return list().viewport()->grab().toImage(); };
+    point(rest);
+    for (const int value : {90, 200}) {
+        list().verticalScrollBar()->setValue(value);
+        const auto scrolled = seen();
+        point(rest);
+        EXPECT_TRUE(seen() == scrolled);
+    }
 }
 
 TEST_F(UpcomingPageTest, ALongerTextElsewhereMakesItsRowHigher) {

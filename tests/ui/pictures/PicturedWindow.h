@@ -52,6 +52,8 @@ public:
     void writeNote(const QString& file) const;
 
 private:
+    bool isStill() const;
+
     TemporaryFolder m_folder;
     base::StandardErrorLog m_log{base::LogLevel::warning};
     /// A Monday morning in March 2025, so that no day changes what is to be seen.

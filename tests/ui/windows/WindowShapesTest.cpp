@@ -17,6 +17,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QScrollBar>
+#include <QSplitter>
 #include <QTextEdit>
 #include <QToolButton>
 
@@ -104,6 +105,21 @@ TEST_F(WindowShapesTest, ANarrowWindowFoldsTheSidebarAndLaysItOverThePage) {
     window->resize(360, 500);
     window->resize(800, 500);
     EXPECT_FALSE(sidebar().isVisible()) << "as the user wants it";
+
+    key(Qt::Key_F9);
+    auto& handle = *window->findChild<QSplitter*>()->handle(1);
+    const auto moved = sidebar().width() + 37;
+    QTest::mousePress(&handle, Qt::LeftButton, {}, QPoint());
+    QMouseEvent drag(QEvent::MouseMove, QPointF(37, 0), handle.mapToGlobal(QPointF(37, 0)),
+                     Qt::NoButton, Qt::LeftButton, {});
+    QApplication::sendEvent(&handle, &drag);
+    QTest::mouseRelease(&handle, Qt::LeftButton);
+    ASSERT_EQ(sidebar().width(), moved);
+    for (const int width : {1'380, 360, 960, 545, 960}) {
+        window->resize(width, 500);
+        QApplication::processEvents();
+    }
+    EXPECT_EQ(sidebar().width(), moved) << "as wide as the user has made it";
 }
 
 TEST_F(WindowShapesTest, TheSidebarHasTheRoomThatItsFontNeeds) {

@@ -19,8 +19,8 @@ class Popover : public QFrame {
 public:
     Popover(const Theme& theme, QWidget* window);
 
-    /// Opens below `anchor`, in global coordinates, or above it where there is no room below; or
-    /// goes there, where it is open.
+    /// Opens below `anchor`, in global coordinates, or above or beside it where there is no room
+    /// below; or goes there, where it is open.
     void openAt(const QRect& anchor);
     /// Opens in the middle of the window.
     void openInMiddle();
@@ -58,6 +58,8 @@ protected:
 
 private:
     void open();
+    /// Below the anchor, else above it, else beside it; over it where there is no room anywhere.
+    QPoint placeBy(const QRect& anchor) const;
     /// The popover that the widget is, or is a part of; null for none.
     static const Popover* panelOf(const QWidget* widget);
     /// Whether a press there is one into this panel, or into one that was opened from it.
