@@ -308,7 +308,7 @@ bool FormatBar::event(QEvent* event) {
 
 void FormatBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    Shapes::paintPanel(painter, rect(), m_theme);
+    Shapes::paintPanel(painter, rect(), m_theme.radius(Radius::large), m_theme.colors());
 }
 
 } // namespace korvex::ui
