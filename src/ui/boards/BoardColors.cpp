@@ -74,8 +74,8 @@ model::BoardIconColor nextColor(const std::vector<model::Board*>& boards,
     }
     std::vector<QColor> beside{theme.accent};
     const auto listed = services::BoardService::activeBoards(boards);
-    for (auto board = listed.rbegin();
-         board != listed.rend() && std::ssize(beside) <= kNeighbours; ++board) {
+    for (auto board = listed.rbegin(); board != listed.rend() && std::ssize(beside) <= kNeighbours;
+         ++board) {
         beside.push_back(iconColorOf(**board, theme));
     }
     const auto apart = [&](model::BoardIconColor color) {

@@ -183,8 +183,7 @@ void BoardHeader::placeField() {
     const auto line = std::max(m_icon->height(), m_field->sizeHint().height());
     const auto top = m_icon->geometry().center().y() - line / 2;
     const auto left = QGuiApplication::isRightToLeft() ? name.left() : name.left() - around;
-    m_field->setGeometry(left, top, name.width() + around,
-                         std::max(line, name.bottom() + 1 - top));
+    m_field->setGeometry(left, top, name.width() + around, std::max(line, name.bottom() + 1 - top));
 }
 
 void BoardHeader::resizeEvent(QResizeEvent* event) {

@@ -231,8 +231,7 @@ void CompletedFilterBar::takeRange(const CompletedFilter& before) {
         m_start->discard();
         m_end->discard();
     } else if (start > end) {
-        const auto isStartNew =
-            start != WallClock::dateTimeOf(before.startDate, calendar).date();
+        const auto isStartNew = start != WallClock::dateTimeOf(before.startDate, calendar).date();
         (isStartNew ? end : start) = isStartNew ? start : end;
     }
     const QTime noon(12, 0);
@@ -244,9 +243,8 @@ void CompletedFilterBar::applyTheme() {
     const auto space = m_theme.space(Space::medium);
     const auto side = m_theme.space(Space::wide);
     layout()->setContentsMargins(side, 0, side, space);
-    for (auto* const each :
-         std::initializer_list<QLayout*>{layout(), m_pickers, m_range->layout(),
-                                         m_fromStart->layout()}) {
+    for (auto* const each : std::initializer_list<QLayout*>{layout(), m_pickers, m_range->layout(),
+                                                            m_fromStart->layout()}) {
         each->setSpacing(space);
     }
     m_board->setIconSize(QSize(1, 1) * m_theme.extent(Extent::smallIcon));

@@ -143,9 +143,8 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     const auto dueWidth = row.due.width(m_theme);
     // A part of a date says another date: it is there as a whole or not at all.
     const auto hasDue =
-        !row.due.isEmpty() && forName - gap - dueWidth >=
-                                  std::min(metrics.horizontalAdvance(name),
-                                           m_theme.scaled(kShortestName));
+        !row.due.isEmpty() && forName - gap - dueWidth >= std::min(metrics.horizontalAdvance(name),
+                                                                   m_theme.scaled(kShortestName));
     auto left = rect.left();
     const auto icon = [&](const QString& sign, const QColor& color) {
         if (left + size <= rect.right()) {

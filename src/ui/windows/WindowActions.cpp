@@ -67,11 +67,13 @@ void WindowActions::addShortcuts() {
     });
     m_find = addShortcut(Qt::CTRL | Qt::Key_F, [this] { find(); });
     m_find->setText(tr("Search"));
-    m_goToBoard = addShortcut(Qt::CTRL | Qt::Key_K, [this] { pickBoard(); }, Panels::stay);
+    m_goToBoard = addShortcut(
+        Qt::CTRL | Qt::Key_K, [this] { pickBoard(); }, Panels::stay);
     m_goToBoard->setText(tr("Go to board…"));
     addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
-    addShortcut(Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); }, Panels::stay);
+    addShortcut(
+        Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); }, Panels::stay);
     addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),

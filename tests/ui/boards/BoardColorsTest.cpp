@@ -51,23 +51,21 @@ TEST(BoardColors, DifferAndAreSeenOnEveryGroundWhateverTheSystemsAccent) {
 }
 
 TEST_F(BoardColorsTest, ANewBoardIsOfferedAColourOfItsOwnThatIsToldFromItsNeighbours) {
-    constexpr int kFirst = 8;
+    constexpr std::size_t kFirst = 8;
     constexpr int kApart = 64; // of 255, in one channel at least
-    const auto areApart = [](const QColor& one, const QColor& other) {
-        return std::max({std::abs(one.red() - other.red()), std::abs(one.green() - other.green()),
-                         std::abs(one.blue() - other.blue())}) >= kApart;
+    const auto areApart = [](const QColor& one, const QColor& two) {
+        return std::max({std::abs(one.red() - two.red()), std::abs(one.green() - two.green()),
+                         std::abs(one.blue() - two.blue())}) >= kApart;
     };
     for (const auto accent : {QColor(0x2f, 0x6f, 0xde), QColor(0xe0, 0x7b, 0x1a)}) {
         const auto colors = ThemeColors::light(accent, ThemeColors::Contrast::usual);
         std::vector<model::BoardIconColor> offered;
-        for (int i = 0; i < model::kBoardIconColorCount; ++i) {
+        for (std::size_t i = 0; i < model::kBoardIconColorCount; ++i) {
             const auto next = nextColor(own.boards.boards(), colors);
             const auto drawn = colorOf(next, colors);
             EXPECT_TRUE(i >= kFirst || areApart(drawn, colors.accent)) << i;
-            for (int before = std::max(0, i - 2); before < i && i < kFirst; ++before) {
-                EXPECT_TRUE(areApart(drawn, colorOf(offered[static_cast<std::size_t>(before)],
-                                                    colors)))
-                    << i;
+            for (auto before = i < 2 ? 0 : i - 2; before < i && i < kFirst; ++before) {
+                EXPECT_TRUE(areApart(drawn, colorOf(offered[before], colors))) << i;
             }
             offered.push_back(next);
             own.boards.createBoard("Work", kNow, {.color = model::rawValue(next)});

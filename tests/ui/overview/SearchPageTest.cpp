@@ -73,8 +73,8 @@ TEST_F(SearchPageTest, WhatFallsDueIsSaidWithoutAClick) {
 TEST_F(SearchPageTest, ADateIsThereAsAWholeOrNotAtAll) {
     const auto todos = add({"a milk", "b milk"});
     own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueOn(20250311), kNow);
-    own.entries.updateSchedule(
-        *todos[1], {.dueDate = kNow + 7200.0, .dueStartDate = kNow + 3600.0}, kNow);
+    own.entries.updateSchedule(*todos[1], {.dueDate = kNow + 7200.0, .dueStartDate = kNow + 3600.0},
+                               kNow);
     page.search(QStringLiteral("milk"));
     const auto drawn = [this] {
         const tests::PaintRecord record(*list().viewport());

@@ -295,13 +295,12 @@ TEST_F(NavigationTest, APanelKeepsClearOfItsRowAndEndsWhenWhatItIsAboutGoes) {
         EXPECT_FALSE(place.intersects(box)) << "its ring is whole";
         return panel;
     };
-    const std::pair<int, Qt::KeyboardModifiers> keys[] = {
-        {Qt::Key_F9, {}},
-        {Qt::Key_2, Qt::ControlModifier},
-        {Qt::Key_1, Qt::ControlModifier},
-        {Qt::Key_N, Qt::ControlModifier},
-        {Qt::Key_F, Qt::ControlModifier},
-        {Qt::Key_K, Qt::ControlModifier}};
+    const std::pair<int, Qt::KeyboardModifiers> keys[] = {{Qt::Key_F9, {}},
+                                                          {Qt::Key_2, Qt::ControlModifier},
+                                                          {Qt::Key_1, Qt::ControlModifier},
+                                                          {Qt::Key_N, Qt::ControlModifier},
+                                                          {Qt::Key_F, Qt::ControlModifier},
+                                                          {Qt::Key_K, Qt::ControlModifier}};
     for (const auto& [which, modifiers] : keys) {
         auto* const panel = openPanel();
         panel->findChild<QCheckBox*>()->click();

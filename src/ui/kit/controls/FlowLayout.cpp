@@ -66,8 +66,8 @@ int FlowLayout::arrange(const QRect& rect, Do what) const {
         }
         const auto wanted = item->sizeHint();
         const auto width = std::min(wanted.width(), room.width());
-        const auto height = item->hasHeightForWidth() ? item->heightForWidth(width)
-                                                      : wanted.height();
+        const auto height =
+            item->hasHeightForWidth() ? item->heightForWidth(width) : wanted.height();
         if (lineHeight > 0 && x + width > room.right() + 1) {
             x = room.left();
             y += lineHeight + spacing();
