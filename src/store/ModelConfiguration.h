@@ -15,7 +15,8 @@ struct ModelConfiguration {
     /// Where this is false, the store is read and never written, beside whoever else writes to it.
     bool allowsSave = true;
     Missing whenMissing = Missing::create;
-    /// How long a step waits for another program's before it gives up with `busy`.
+    /// How long a step waits for another program's before it gives up with `busy`, and then as long
+    /// again for a writer that does not know our lock.
     std::chrono::milliseconds lockTimeout{10'000};
     /// With what the store is kept in step elsewhere; empty for a store of this machine alone.
     std::string cloudContainerIdentifier = {};
