@@ -15,7 +15,6 @@
 #include <rapidjson/reader.h>
 
 #include <fcntl.h>
-#include <malloc.h>
 #include <unistd.h>
 
 namespace {
@@ -45,7 +44,6 @@ struct Subject {
     bench::ChildProcess::Result runKorvex(std::vector<std::string> arguments) const {
         std::vector<std::string> command{KORVEX_PROGRAM, "--data-dir", data.string(), "backup"};
         command.insert(command.end(), arguments.begin(), arguments.end());
-        ::malloc_trim(0);
         return bench::runToEnd(command);
     }
 
