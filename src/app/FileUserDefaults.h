@@ -54,7 +54,8 @@ private:
     void change(std::string_view key, Change change);
     /// Whether the file holds all changes now.
     bool write();
-    /// Reads the file and makes the changes that it lacks; it lacks none where that changes nothing.
+    /// Reads the file and makes the changes that it lacks; it lacks none where that changes
+    /// nothing.
     std::optional<Found> readAndChange();
 
     std::filesystem::path m_file;

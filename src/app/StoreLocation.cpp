@@ -15,6 +15,17 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
     return error ? fs::absolute(folder) : canonical;
 }
 
+std::optional<fs::path> legacyStoreFile(const fs::path& dataDirectory) {
+    if (!isUsersOwn(dataDirectory)) {
+        return std::nullopt;
+    }
+    return userFolder("XDG_DATA_HOME", ".local/share") / "Korvex" / "default.store";
+}
+
+bool isUsersOwn(const fs::path& dataDirectory) {
+    return dataDirectory == app::dataDirectory(std::nullopt);
+}
+
 fs::path storeFile(const fs::path& dataDirectory) {
     return dataDirectory / kStoreFileName;
 }

@@ -13,6 +13,14 @@ inline constexpr const char* kStoreFileName = "Primary.store";
 /// `~/.local/share/korvex`. Nothing is created.
 std::filesystem::path dataDirectory(const std::optional<std::filesystem::path>& given);
 
+/// Whether this is the folder that is used where none is given. What there is once for a user,
+/// belongs to the store in it.
+bool isUsersOwn(const std::filesystem::path& dataDirectory);
+
+/// Where programs kept a store before all shared one: `$XDG_DATA_HOME/Korvex/default.store`. Only
+/// the user's own data folder takes it over; absent for any other.
+std::optional<std::filesystem::path> legacyStoreFile(const std::filesystem::path& dataDirectory);
+
 /// The store file inside it.
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
 

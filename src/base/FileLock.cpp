@@ -33,8 +33,8 @@ FileLock::FileLock(FileDescriptor opened, std::chrono::milliseconds patience)
     : m_opened(std::move(opened)), m_state(lock(m_opened, patience)) {}
 
 FileLock::FileLock(const std::filesystem::path& file, std::chrono::milliseconds patience)
-    : FileLock(FileDescriptor(
-                   ::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR)),
-               patience) {}
+    : FileLock(
+          FileDescriptor(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR)),
+          patience) {}
 
 } // namespace korvex::base

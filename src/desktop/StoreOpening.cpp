@@ -1,7 +1,9 @@
 #include "desktop/StoreOpening.h"
 
-#include "model/SchemaVersions.h"
+#include "app/StoreLocation.h"
+#include "base/Clock.h"
 #include "services/BoardService.h"
+#include "storage/StoreStart.h"
 
 namespace korvex::desktop {
 
@@ -24,8 +26,14 @@ void readBoard(store::ModelContext& context, const std::optional<base::Uuid>& wa
 StoreOpening::Opened open(const std::filesystem::path& file, const std::optional<base::Uuid>& board,
                           base::LogSink& log) {
     StoreOpening::Opened opened;
-    opened.container = store::ModelContainer::open(model::currentSchema(), {.file = file}, log);
-    opened.context = std::make_unique<store::ModelContext>(*opened.container);
+    auto started =
+        storage::StoreStart::open({.storeFile = file,
+                                   .legacyFile = app::legacyStoreFile(file.parent_path()),
+                                   .now = base::SystemClock().now()},
+                                  log);
+    opened.container = std::move(started.container);
+    opened.context = std::move(started.context);
+    opened.mergedBoards = std::move(started.mergedBoards);
     readBoard(*opened.context, board, log);
     return opened;
 }

@@ -9,12 +9,15 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <utility>
+#include <vector>
 
 namespace korvex::desktop {
 
-/// Opens the store on a thread of its own and reads the board that the window will show first: that
-/// takes about as long as to come to terms with the window system, which the main thread does
-/// meanwhile. Nothing of the store is used by both: it is the other thread's until `take`.
+/// Prepares and opens the store (`storage::StoreStart`) on a thread of its own and reads the board
+/// that the window will show first: that takes about as long as to come to terms with the window
+/// system, which the main thread does meanwhile. Nothing of the store is used by both: it is the
+/// other thread's until `take`.
 class StoreOpening {
 public:
     enum class When { now, whenTaken };
@@ -27,6 +30,8 @@ public:
         std::unique_ptr<store::ModelContainer> container;
         /// After the container, which must outlive it.
         std::unique_ptr<store::ModelContext> context;
+        /// Boards that another took the place of: the preferences are to name that one.
+        std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards;
     };
     /// Waits for the store. Once. Throws what it could not be opened for.
     Opened take() { return m_opened.get(); }

@@ -1,6 +1,7 @@
 #include "desktop/Watchers.h"
 
 #include "app/FileUserDefaults.h"
+#include "app/StoreLocation.h"
 #include "platform/qt/FileWatcher.h"
 #include "platform/qt/QtStoreChangeBroadcaster.h"
 #include "platform/qt/StoreWatcher.h"
@@ -49,12 +50,16 @@ void Watchers::start() {
     if (m_sources) {
         return;
     }
-    m_sources = std::make_unique<Sources>(m_listeners.container.configuration().file);
+    const auto& file = m_listeners.container.configuration().file;
+    m_sources = std::make_unique<Sources>(file);
     connectSources();
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
     m_listeners.instance.listen();
     m_listeners.workspace.copies.removeLeftovers();
-    m_listeners.workspace.automaticBackups.start();
+    // The settings name one folder and one last backup for a user.
+    if (app::isUsersOwn(file.parent_path())) {
+        m_listeners.workspace.automaticBackups.start();
+    }
 }
 
 void Watchers::connectSources() {
@@ -66,8 +71,8 @@ void Watchers::connectSources() {
                 workspace.scheduleClock.scheduleRefresh();
             }
         }));
-    m_subscriptions.push_back(m_sources->settings.changed().connect(
-        [&workspace] { workspace.preferences.reload(); }));
+    m_subscriptions.push_back(
+        m_sources->settings.changed().connect([&workspace] { workspace.preferences.reload(); }));
     m_subscriptions.push_back(m_sources->time.changed().connect([&workspace] {
         workspace.dates.renew();
         workspace.scheduleClock.scheduleRefresh();

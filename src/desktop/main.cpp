@@ -99,6 +99,9 @@ int main(int argc, char* argv[]) {
         opening = desktop::StoreOpening(file, ui::Navigation::launchBoardID(preferences), log,
                                         When::whenTaken);
     }
+    for (const auto& [from, to] : store.mergedBoards) {
+        preferences.remapBoard(from, to);
+    }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
     const base::SystemClock clock;

@@ -2,6 +2,7 @@
 
 #include "model/Board.h"
 #include "model/Entry.h"
+#include "model/KorvexMigrationPlan.h"
 
 #include <array>
 
@@ -22,8 +23,10 @@ constexpr std::array kVersions{
 
 const store::Schema& currentSchema() {
     static const std::array types{&Board::recordType(), &Entry::recordType()};
-    static const store::Schema schema{
-        .version = kVersions.back(), .history = kVersions, .types = types};
+    static const store::Schema schema{.version = kVersions.back(),
+                                      .history = kVersions,
+                                      .types = types,
+                                      .migrations = &korvexMigrationPlan()};
     return schema;
 }
 

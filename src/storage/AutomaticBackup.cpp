@@ -65,8 +65,8 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
     try {
+        // What a power cut brings back goes with the next one.
         prune(history.path(), backup.keeping, name);
-        history.sync();
     } catch (const std::exception&) {
         result.pruningFailure = std::current_exception();
     }
@@ -98,6 +98,24 @@ std::string domainOf(AutomaticBackupErrorCase) {
     return "Korvex.AutomaticBackup";
 }
 
+AutomaticBackup automaticBackup(const app::AppPreferences& preferences, fs::path storeFile,
+                                base::Instant now) {
+    return {.storeFile = std::move(storeFile),
+            .bookmark = preferences.automaticBackupBookmark(),
+            .installation = preferences.automaticBackupID(),
+            .keeping = static_cast<std::size_t>(preferences.automaticBackupRetention()),
+            .now = now};
+}
+
+bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences) {
+    preferences.reload();
+    if (preferences.automaticBackupBookmark() != backup.bookmark) {
+        return false;
+    }
+    preferences.setAutomaticBackupLastSuccess(backup.now);
+    return true;
+}
+
 AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
                                           Work& work) {
     if (!backup.bookmark) {
@@ -110,8 +128,8 @@ AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::L
     try {
         return makeIn(bookmark->open(), *bookmark, backup, log, work);
     } catch (const fs::filesystem_error& error) {
-        throw FileError("The folder for automatic backups could not be used: " +
-                        error.code().message() + ".");
+        throw FileError(
+            "The folder for automatic backups could not be used: " + error.code().message() + ".");
     }
 }
 

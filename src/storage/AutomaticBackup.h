@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/AppPreferences.h"
 #include "base/Bytes.h"
 #include "base/Instant.h"
 #include "base/Log.h"
@@ -26,6 +27,10 @@ struct AutomaticBackup {
     base::Instant now;
 };
 
+/// The one that the user's settings ask for.
+AutomaticBackup automaticBackup(const app::AppPreferences& preferences,
+                                std::filesystem::path storeFile, base::Instant now);
+
 struct AutomaticBackupResult {
     /// Proven, as `writeBackup` does.
     std::filesystem::path file;
@@ -40,5 +45,9 @@ struct AutomaticBackupResult {
 /// `exportBackup` throw, and FileError. Any thread.
 AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
                                           Work& work);
+
+/// The settings tell from now on when this one was made; false, and they do not, where another
+/// folder was chosen meanwhile, which has none. Main thread.
+bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences);
 
 } // namespace korvex::storage

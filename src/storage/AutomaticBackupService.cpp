@@ -80,22 +80,17 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
     if (m_run) {
         return;
     }
-    const auto& preferences = m_surroundings.preferences;
-    AutomaticBackup request{
-        .storeFile = m_surroundings.container.configuration().file,
-        .bookmark = preferences.automaticBackupBookmark(),
-        .installation = preferences.automaticBackupID(),
-        .keeping = static_cast<std::size_t>(preferences.automaticBackupRetention()),
-        .now = now};
+    const auto request = automaticBackup(m_surroundings.preferences,
+                                         m_surroundings.container.configuration().file, now);
     m_progress = {};
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.runLoop,
-        std::function([request, &log = m_surroundings.log](Work& work) {
+        [request, &log = m_surroundings.log](Work& work) {
             return makeAutomaticBackup(request, log, work);
-        }),
-        std::function([this, request, asked](std::future<AutomaticBackupResult> result) {
+        },
+        [this, request, asked](std::future<AutomaticBackupResult> result) {
             finish(std::move(result), request, asked);
-        }),
+        },
         [this](const Progress& progress) {
             m_progress = progress;
             m_didChange.emit();
@@ -121,11 +116,7 @@ void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
 void AutomaticBackupService::succeed(const AutomaticBackup& request) {
     m_errorMessage.reset();
     m_errorReason.clear();
-    auto& preferences = m_surroundings.preferences;
-    if (preferences.automaticBackupBookmark() == request.bookmark) {
-        preferences.setAutomaticBackupLastSuccess(request.now);
-    } else if (m_timer) {
-        // Another folder was chosen meanwhile, which has none yet.
+    if (!recordSuccess(request, m_surroundings.preferences) && m_timer) {
         lookSoon();
     }
 }

@@ -191,10 +191,10 @@ std::vector<Board*> BackupService::finish(PreparedRestore prepared, base::Instan
             m_log.warning("The recovery snapshot is not in its place: " + error.message());
         }
     }
-    m_context->refresh();
     if (m_undo) {
         m_undo->forgetEverything();
     }
+    m_context->refresh();
     m_reminders->requestReconcile();
     m_widgets->reloadTodoWidgets();
     m_log.info("Restored backup; recovery snapshot retained locally");

@@ -86,7 +86,13 @@ FolderBookmark FolderBookmark::make(const fs::path& folder) {
         const HeldFolder held(path);
         auto marker = markerIn(held);
         if (!marker) {
-            if (base::replaceFile(held.path() / kMarkerName, base::Uuid::random().text() + "\n")) {
+            // One that is there and cannot be read now may be that of other installations.
+            const auto file = held.path() / kMarkerName;
+            const auto isThere = fs::symlink_status(file).type() != fs::file_type::not_found;
+            if (isThere && !base::readSmallFile(file, kMaximumMarkerBytes)) {
+                throw refuse();
+            }
+            if (base::replaceFile(file, base::Uuid::random().text() + "\n")) {
                 throw refuse();
             }
             // What another program has put there meanwhile, if one has.

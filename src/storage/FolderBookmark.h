@@ -11,8 +11,8 @@
 namespace korvex::storage {
 
 /// A folder held open: what is done by its `path` is done in this very folder, though it be renamed
-/// or another file system be mounted over it meanwhile. A folder that is removed takes nothing more,
-/// and its file system stays mounted while it is held.
+/// or another file system be mounted over it meanwhile. A folder that is removed takes nothing
+/// more, and its file system stays mounted while it is held.
 class HeldFolder {
 public:
     /// Opens a folder, and no symbolic link to one, by its name in `parent` or by a path. Throws

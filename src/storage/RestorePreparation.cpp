@@ -112,9 +112,9 @@ PreparedRestore prepareUndo(store::ModelContainer& container, const fs::path& re
 }
 
 fs::path recoveryFile(const fs::path& dataDirectory) {
-    const auto isUsersOwn = dataDirectory == app::dataDirectory(std::nullopt);
-    const auto folder =
-        isUsersOwn ? app::userFolder("XDG_DATA_HOME", ".local/share") / "Korvex" : dataDirectory;
+    const auto folder = app::isUsersOwn(dataDirectory)
+                            ? app::userFolder("XDG_DATA_HOME", ".local/share") / "Korvex"
+                            : dataDirectory;
     return folder / kRecoveryFolder / kSnapshotName;
 }
 

@@ -26,6 +26,14 @@ const std::vector<std::string>& ModelContainer::notices() const {
     return m_connection->notices();
 }
 
+bool ModelContainer::wasUpgraded() const {
+    return m_connection->wasUpgraded();
+}
+
+bool ModelContainer::isFromElsewhere() const {
+    return m_connection->isFromElsewhere();
+}
+
 std::int64_t ModelContainer::revision() const {
     return m_connection->revision();
 }

@@ -18,6 +18,8 @@ class StoreConnection;
 /// What a check of the store found: one plain sentence each; empty when it is sound.
 struct StoreCheckReport {
     std::size_t recordCount = 0;
+    /// Something cannot be read, or is not what was saved last.
+    bool isDamaged = false;
     std::vector<std::string> problems;
 };
 
@@ -27,9 +29,10 @@ struct StoreCheckReport {
 /// and their records belong. Contexts must end before their container.
 class ModelContainer {
 public:
-    /// Opens or creates the store; creation is all or nothing. Never overwrites a file that it
-    /// cannot read as a store of this schema: throws StoreError instead. A store whose folder or
-    /// file cannot be written opens for reading only (`allowsSave()` is false).
+    /// Opens, creates or upgrades the store; creation and upgrade are all or nothing. Never
+    /// overwrites a file that it cannot read as a store of this schema: throws StoreError instead.
+    /// A store whose folder or file cannot be written opens for reading only (`allowsSave()` is
+    /// false).
     static std::unique_ptr<ModelContainer>
     open(const Schema& schema, ModelConfiguration configuration, base::LogSink& log);
     ~ModelContainer();
@@ -40,6 +43,12 @@ public:
 
     /// What was noticed while opening and what the user should know, in full sentences.
     const std::vector<std::string>& notices() const;
+
+    /// This opening has upgraded the store from an older version of the schema.
+    bool wasUpgraded() const;
+    /// The last revision is not the one that the programs on this machine have left, so the file
+    /// was copied or put back here, or has lost its newest changes.
+    bool isFromElsewhere() const;
 
     /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter
     /// while no other process has written.

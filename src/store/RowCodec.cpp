@@ -2,6 +2,7 @@
 
 #include "base/Digest.h"
 #include "base/Instant.h"
+#include "store/ChecksumForm.h"
 #include "store/TableSql.h"
 
 #include <bit>
@@ -66,43 +67,6 @@ void readSlotFrom(const Statement& row, int column, FieldKind kind, void* slot) 
     }
     assert(false);
 }
-
-/// Appends fields in the form that checksums are taken of.
-class ChecksumForm {
-public:
-    explicit ChecksumForm(std::vector<std::uint8_t>& bytes) : m_bytes(bytes) {}
-
-    void absent() { m_bytes.push_back(0); }
-    void number(std::uint64_t bits) {
-        m_bytes.push_back(1);
-        word(bits);
-    }
-    void bytes(const void* data, std::size_t size) {
-        m_bytes.push_back(2);
-        word(size);
-        const auto* first = static_cast<const std::uint8_t*>(data);
-        m_bytes.insert(m_bytes.end(), first, first + size);
-    }
-    template <typename T, typename Append>
-    void optional(const std::optional<T>& value, Append&& append) {
-        if (value) {
-            append(*value);
-        } else {
-            absent();
-        }
-    }
-
-private:
-    void word(std::uint64_t bits) {
-        std::uint8_t raw[8];
-        for (int i = 0; i < 8; ++i) {
-            raw[i] = static_cast<std::uint8_t>(bits >> (8 * i));
-        }
-        m_bytes.insert(m_bytes.end(), raw, raw + 8);
-    }
-
-    std::vector<std::uint8_t>& m_bytes;
-};
 
 void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
     const auto appendUuid = [&](const base::Uuid& id) {

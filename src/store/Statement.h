@@ -48,6 +48,13 @@ public:
     /// Copies the value: it need not live on.
     void bindValue(int index, const Value& value);
 
+    /// A column of another statement's row, copied as it stands.
+    void bindColumn(int index, const Statement& row, int column) {
+        check(sqlite3_bind_value(raw(), index + 1, sqlite3_column_value(row.raw(), column)));
+    }
+
+    /// SQLITE_INTEGER and its like: what stands in the column, whatever it should be.
+    int storageClass(int column) const { return sqlite3_column_type(raw(), column); }
     bool isAbsent(int column) const { return sqlite3_column_type(raw(), column) == SQLITE_NULL; }
     std::int64_t integer(int column) const { return sqlite3_column_int64(raw(), column); }
     double real(int column) const { return sqlite3_column_double(raw(), column); }

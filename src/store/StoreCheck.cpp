@@ -33,11 +33,16 @@ private:
         }
     }
 
+    void damage(std::string sentence) {
+        m_report.isDamaged = true;
+        problem(std::move(sentence));
+    }
+
     void structure() {
         Statement check(m_connection.handle(), "PRAGMA integrity_check(20)");
         while (check.step()) {
             if (check.text(0) != "ok") {
-                problem("Structure: " + std::string(check.text(0)));
+                damage("Structure: " + std::string(check.text(0)));
             }
         }
     }
@@ -56,13 +61,13 @@ private:
                 const auto name = std::string(type.name) + " " + scratch->id().text();
                 if (statements.codec.checksum(*scratch) !=
                     static_cast<std::uint64_t>(rows.integer(tableSql::kChecksumColumn))) {
-                    problem(name + " differs from its checksum.");
+                    damage(name + " differs from its checksum.");
                 }
                 owner(type, *scratch, name);
             }
             externals(type);
         } catch (const StoreError& error) {
-            problem(std::string(type.name) + ": " + error.errorDescription());
+            damage(std::string(type.name) + ": " + error.errorDescription());
         }
     }
 
@@ -92,8 +97,8 @@ private:
                                                       tableSql::externalTable(type, field));
             while (rows.step()) {
                 if (base::checksum(rows.bytes(2)) != static_cast<std::uint64_t>(rows.integer(1))) {
-                    problem(std::string(type.name) + " row " + std::to_string(rows.integer(0)) +
-                            ": " + std::string(field.name) + " differs from its checksum.");
+                    damage(std::string(type.name) + " row " + std::to_string(rows.integer(0)) +
+                           ": " + std::string(field.name) + " differs from its checksum.");
                 }
             }
         }
@@ -114,7 +119,7 @@ StoreCheckReport ModelContainer::check() const {
         const StoreConnection::ReadScope scope(*m_connection);
         return Check(*m_connection, m_schema).run();
     } catch (const StoreError& error) {
-        return {.recordCount = 0, .problems = {error.errorDescription()}};
+        return {.isDamaged = true, .problems = {error.errorDescription()}};
     }
 }
 

@@ -1,6 +1,7 @@
 #include "store/StoreConnection.h"
 
 #include "store/StoreError.h"
+#include "store/StoreUpgrade.h"
 #include "store/TableSql.h"
 
 #include <sys/stat.h>
@@ -26,26 +27,6 @@ constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
 /// A connection belongs to one thread, so its calls need no mutex; there is one for every value
 /// read.
 constexpr int kNoMutex = SQLITE_OPEN_NOMUTEX;
-
-/// A path as a URI for SQLite, every byte that is not plainly safe escaped.
-std::string fileUri(const std::filesystem::path& path, std::string_view query) {
-    static constexpr char kDigits[] = "0123456789ABCDEF";
-    std::string uri = "file:";
-    for (const auto character : std::filesystem::absolute(path).string()) {
-        const auto byte = static_cast<unsigned char>(character);
-        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
-                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
-                            byte == '-' || byte == '_';
-        if (isSafe) {
-            uri += character;
-        } else {
-            uri += '%';
-            uri += kDigits[byte >> 4U];
-            uri += kDigits[byte & 15U];
-        }
-    }
-    return uri + std::string(query);
-}
 
 /// A missing folder is made for its owner alone; one that is there keeps its permissions. Throws
 /// StoreError `noFolder`.
@@ -162,13 +143,8 @@ void StoreConnection::openDatabase() {
         m_allowsSave = false;
     }
     if (!m_allowsSave) {
-        // Where not even the journal's companions can be made, the file alone opens if it has no
-        // journal. Elsewhere it must not: it would be read while a checkpoint writes to it.
-        const std::string uri = fileUri(
-            m_file.path(),
-            m_file.hasJournal() || m_file.allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
-        m_database = std::make_unique<SQLite::Database>(uri, SQLite::OPEN_READONLY |
-                                                                 SQLite::OPEN_URI | kNoMutex);
+        m_database = std::make_unique<SQLite::Database>(
+            m_file.readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI | kNoMutex);
         configure();
         return;
     }
@@ -186,9 +162,23 @@ void StoreConnection::openDatabase() {
         }
         m_file.create(m_schema);
     }
-    m_database = std::make_unique<SQLite::Database>(m_file.path().string(),
-                                                    SQLite::OPEN_READWRITE | kNoMutex);
-    configure();
+    const auto openFile = [&] {
+        m_database = std::make_unique<SQLite::Database>(m_file.path().string(),
+                                                        SQLite::OPEN_READWRITE | kNoMutex);
+        configure();
+    };
+    try {
+        openFile();
+    } catch (const StoreError& error) {
+        if (error.which() != StoreErrorCase::needsUpgrade ||
+            m_configuration.whenOlder == ModelConfiguration::Older::refuse) {
+            throw;
+        }
+        m_database.reset();
+        upgradeStore(m_file, m_schema, m_configuration.lockTimeout, m_log);
+        m_wasUpgraded = true;
+        openFile();
+    }
     probeWriting();
 }
 
@@ -215,7 +205,9 @@ void StoreConnection::configure() {
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     m_file.checkHeader(handle());
-    StoreFile::checkVersion(handle(), m_schema);
+    if (StoreFile::version(handle(), m_schema) < m_schema.version.number) {
+        throw StoreError(StoreErrorCase::needsUpgrade);
+    }
     if (m_allowsSave) {
         m_database->exec("PRAGMA journal_mode = WAL");
         m_database->exec("PRAGMA synchronous = FULL");
@@ -273,6 +265,7 @@ void StoreConnection::noticeMissingChanges() {
         m_log.warning(m_notices.back()); // whoever opens the store tells the user
     }
     if (!record || record->storeID != m_storeID || record->revision != m_knownRevision) {
+        m_isFromElsewhere = m_knownRevision > 0;
         m_lock->setRecord({.storeID = m_storeID, .revision = m_knownRevision});
     }
 }

@@ -55,6 +55,8 @@ public:
 
     bool allowsSave() const { return m_allowsSave; }
     const std::vector<std::string>& notices() const { return m_notices; }
+    bool wasUpgraded() const { return m_wasUpgraded; }
+    bool isFromElsewhere() const { return m_isFromElsewhere; }
     sqlite3* handle() const { return m_database->getHandle(); }
     /// `index`: the type's place in the schema.
     TypeStatements& statements(std::size_t index) { return *m_types[index]; }
@@ -119,6 +121,8 @@ private:
     base::Logger m_log;
     StoreFile m_file;
     bool m_allowsSave = true;
+    bool m_wasUpgraded = false;
+    bool m_isFromElsewhere = false;
     std::optional<StoreLock> m_lock;
     std::unique_ptr<SQLite::Database> m_database;
     base::Uuid m_storeID;

@@ -20,6 +20,9 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::olderVersion:
         return "The store was written by an older version of Korvex that this one cannot upgrade. "
                "It has been left as it is.";
+    case StoreErrorCase::needsUpgrade:
+        return "The store was written by an older version of Korvex and has not been upgraded yet. "
+               "Open Korvex once to upgrade it. It has been left as it is.";
     case StoreErrorCase::noFolder:
         return "The folder of the store cannot be made.";
     case StoreErrorCase::unreadable:

@@ -11,6 +11,7 @@ enum class StoreErrorCase {
     notAStore,      ///< empty, truncated, or no store of this system
     newerVersion,   ///< written by a newer version of the schema
     olderVersion,   ///< no migration leads from there to the current schema
+    needsUpgrade,   ///< of an older version, and not to be upgraded by who opened it
     noFolder,       ///< the folder is not there and cannot be made
     unreadable,     ///< the folder or file may not be read
     readOnly,       ///< a save on a store that may only be read

@@ -1,8 +1,10 @@
 #include "store/StoreFile.h"
 
 #include "base/Uuid.h"
+#include "store/OlderTable.h"
 #include "store/Statement.h"
 #include "store/StoreError.h"
+#include "store/StoreLock.h"
 #include "store/TableSql.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -13,8 +15,11 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
+#include <optional>
 
 namespace korvex::store {
 
@@ -33,6 +38,12 @@ std::int64_t pragma(sqlite3* database, const char* name) {
     return value;
 }
 
+[[noreturn]] void throwSystemError(int error) {
+    throw StoreError(error == ENOSPC || error == EDQUOT ? StoreErrorCase::full
+                                                        : StoreErrorCase::inputOutput,
+                     std::strerror(error));
+}
+
 void syncPath(const std::filesystem::path& path, int flags) {
     const auto descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
     const auto isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
@@ -41,32 +52,68 @@ void syncPath(const std::filesystem::path& path, int flags) {
         ::close(descriptor);
     }
     if (!isSynced) {
-        throw StoreError(error == ENOSPC ? StoreErrorCase::full : StoreErrorCase::inputOutput,
-                         std::strerror(error));
+        throwSystemError(error);
     }
 }
 
-void fill(const std::filesystem::path& staging, const Schema& schema) {
-    SQLite::Database database(staging.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
-    database.exec("PRAGMA synchronous = FULL");
-    SQLite::Transaction transaction(database);
-    database.exec("PRAGMA application_id = " + std::to_string(StoreFile::kApplicationID));
-    database.exec("PRAGMA user_version = " + std::to_string(schema.version.number));
-    for (const auto& sql : tableSql::createCommonStatements()) {
-        database.exec(sql);
+void rename(const std::filesystem::path& from, const std::filesystem::path& to, unsigned how) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), how) != 0) {
+        throwSystemError(errno);
     }
-    for (const auto* type : schema.types) {
-        for (const auto& sql : tableSql::createStatements(*type)) {
-            database.exec(sql);
+}
+
+/// What cannot be removed now is left for the next time.
+void removeFiles(const std::filesystem::path& directory,
+                 const std::function<bool(const std::string& name)>& isMeant) {
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator at(directory, ignored), end; !ignored && at != end;
+         at.increment(ignored)) {
+        if (isMeant(at->path().filename().string())) {
+            std::error_code failure;
+            std::filesystem::remove(at->path(), failure);
         }
     }
-    Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
-    const auto storeID = base::Uuid::random();
-    identify.bind(0, storeID);
-    identify.run();
-    transaction.commit();
-    database.exec("PRAGMA journal_mode = WAL");
 }
+
+/// A path as a URI for SQLite, every byte that is not plainly safe escaped.
+std::string uri(const std::filesystem::path& path, std::string_view query) {
+    static constexpr char kDigits[] = "0123456789ABCDEF";
+    std::string uri = "file:";
+    for (const auto character : std::filesystem::absolute(path).string()) {
+        const auto byte = static_cast<unsigned char>(character);
+        const auto isSafe = (byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') ||
+                            (byte >= '0' && byte <= '9') || byte == '/' || byte == '.' ||
+                            byte == '-' || byte == '_';
+        if (isSafe) {
+            uri += character;
+        } else {
+            uri += '%';
+            uri += kDigits[byte >> 4U];
+            uri += kDigits[byte & 15U];
+        }
+    }
+    return uri + std::string(query);
+}
+
+/// For the lock, of whoever copies.
+constexpr std::chrono::seconds kPatience{10};
+
+/// Into a new file, which is not synced.
+void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
+    const SQLite::Database target(copy.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    sqlite3_exec(target.getHandle(), "PRAGMA synchronous = OFF", nullptr, nullptr, nullptr);
+    auto* const backup = sqlite3_backup_init(target.getHandle(), "main", database, "main");
+    if (!backup) {
+        throwSqliteError(target.getHandle(), sqlite3_extended_errcode(target.getHandle()));
+    }
+    sqlite3_backup_step(backup, -1);
+    const auto code = sqlite3_backup_finish(backup);
+    if (code != SQLITE_OK) {
+        throwSqliteError(nullptr, code);
+    }
+}
+
+constexpr std::string_view kStagingMark = ".new-";
 
 } // namespace
 
@@ -78,10 +125,6 @@ std::filesystem::path StoreFile::withSuffix(const char* suffix) const {
 
 std::filesystem::path StoreFile::directory() const {
     return m_file.has_parent_path() ? m_file.parent_path() : std::filesystem::path(".");
-}
-
-std::string StoreFile::stagingPrefix() const {
-    return "." + m_file.filename().string() + ".new-";
 }
 
 bool StoreFile::exists() const {
@@ -121,39 +164,152 @@ bool StoreFile::isWritable() const {
            (::access(lock.c_str(), F_OK) != 0 || ::access(lock.c_str(), W_OK) == 0);
 }
 
-void StoreFile::create(const Schema& schema) const {
-    const auto staging = directory() / (stagingPrefix() + base::Uuid::random().text());
-    try {
-        fill(staging, schema);
-        // A person's notes are nobody else's; the journal takes over the file's permissions.
-        std::filesystem::permissions(staging, std::filesystem::perms::owner_read |
-                                                  std::filesystem::perms::owner_write);
-        syncPath(staging, O_RDWR);
-        if (::renameat2(AT_FDCWD, staging.c_str(), AT_FDCWD, m_file.c_str(), RENAME_NOREPLACE) !=
-            0) {
-            throw StoreError(errno == ENOSPC ? StoreErrorCase::full : StoreErrorCase::inputOutput,
-                             std::strerror(errno));
+void StoreFile::writeEmpty(const std::filesystem::path& file, const Schema& schema) {
+    SQLite::Database database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
+    database.exec("PRAGMA synchronous = FULL");
+    SQLite::Transaction transaction(database);
+    database.exec("PRAGMA application_id = " + std::to_string(kApplicationID));
+    database.exec("PRAGMA user_version = " + std::to_string(schema.version.number));
+    for (const auto& sql : tableSql::createCommonStatements()) {
+        database.exec(sql);
+    }
+    for (const auto* type : schema.types) {
+        for (const auto& sql : tableSql::createStatements(*type)) {
+            database.exec(sql);
         }
+    }
+    Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
+    const auto storeID = base::Uuid::random();
+    identify.bind(0, storeID);
+    identify.run();
+    transaction.commit();
+    database.exec("PRAGMA journal_mode = WAL");
+}
+
+void StoreFile::create(const Schema& schema) const {
+    createBy([&](const std::filesystem::path& staging) { writeEmpty(staging, schema); });
+}
+
+std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
+    auto staging = directory() / ("." + m_file.filename().string());
+    staging += std::string(kStagingMark) + base::Uuid::random().text();
+    fill(staging);
+    // A person's notes are nobody else's; the journal takes over the file's permissions.
+    std::error_code isNew;
+    const auto permissions = std::filesystem::status(m_file, isNew).permissions();
+    std::filesystem::permissions(staging, exists() ? permissions
+                                                   : std::filesystem::perms::owner_read |
+                                                         std::filesystem::perms::owner_write);
+    syncPath(staging, O_RDWR);
+    return staging;
+}
+
+void StoreFile::createBy(const Filling& fill) const {
+    place(fill,
+          [&](const std::filesystem::path& staging) { rename(staging, m_file, RENAME_NOREPLACE); });
+}
+
+void StoreFile::place(const Filling& fill, const Filling& moveIn) const {
+    try {
+        moveIn(makeStaging(fill));
         syncPath(directory(), O_RDONLY | O_DIRECTORY);
     } catch (const SQLite::Exception& error) {
         removeStaging();
         throwSqliteError(nullptr, error.getExtendedErrorCode());
+    } catch (const std::filesystem::filesystem_error& error) {
+        removeStaging();
+        throw StoreError(StoreErrorCase::inputOutput, error.code().message());
     } catch (...) {
         removeStaging();
         throw;
     }
 }
 
-void StoreFile::removeStaging() const {
+void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept) const {
+    place(fill, [&](const std::filesystem::path& staging) {
+        std::error_code ignored;
+        if (std::filesystem::equivalent(kept, m_file, ignored) ||
+            ::link(m_file.c_str(), kept.c_str()) == 0) {
+            rename(staging, m_file, 0);
+            return;
+        }
+        if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS) {
+            throwSystemError(errno);
+        }
+        // A file system without links. Under its later name at once: a kill before the exchange
+        // leaves a copy too many, a kill after it must not leave the former store as staging.
+        rename(staging, kept, RENAME_NOREPLACE);
+        try {
+            rename(kept, m_file, RENAME_EXCHANGE);
+        } catch (const StoreError&) {
+            std::filesystem::remove(kept, ignored);
+            throw;
+        }
+    });
+}
+
+void StoreFile::copyTo(const std::filesystem::path& copy) const {
+    if (!exists()) {
+        throw StoreError(hasJournal() ? StoreErrorCase::incomplete : StoreErrorCase::missing);
+    }
+    // Nobody writes meanwhile. Who cannot take the lock is not asked to: nothing may be changed
+    // beside a store that is only read.
     std::error_code ignored;
-    const auto prefix = stagingPrefix();
+    std::optional<StoreLock> lock;
+    if (isWritable() && std::filesystem::exists(lockFile(), ignored)) {
+        lock.emplace(lockFile(), kPatience);
+    }
+    const StoreLock::Guard guard(lock ? &*lock : nullptr);
+    try {
+        const SQLite::Database database(readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        checkHeader(database.getHandle());
+        StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
+            copyDatabase(database.getHandle(), staging);
+        });
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
+}
+
+void StoreFile::removeStaging() const {
+    const auto prefix = "." + m_file.filename().string();
+    removeFiles(directory(), [&](const std::string& name) {
+        return name.starts_with(prefix) && name.find(kStagingMark, prefix.size()) != name.npos;
+    });
+}
+
+std::string StoreFile::keptPrefix(std::string_view what) const {
+    return m_file.filename().string() + "." + std::string(what) + "-";
+}
+
+std::filesystem::path StoreFile::keptName(std::string_view what) const {
+    const auto prefix = keptPrefix(what);
+    std::error_code ignored;
     for (std::filesystem::directory_iterator at(directory(), ignored), end; !ignored && at != end;
          at.increment(ignored)) {
-        if (at->path().filename().string().starts_with(prefix)) {
-            std::error_code failure;
-            std::filesystem::remove(at->path(), failure);
+        std::error_code failure;
+        if (at->path().filename().string().starts_with(prefix) &&
+            std::filesystem::equivalent(at->path(), m_file, failure)) {
+            return at->path();
         }
     }
+    const auto now = std::time(nullptr);
+    std::tm parts{};
+    ::gmtime_r(&now, &parts);
+    std::array<char, 32> moment{};
+    std::strftime(moment.data(), moment.size(), "%Y%m%d-%H%M%S", &parts);
+    return directory() / (prefix + moment.data() + "-" + base::Uuid::random().text());
+}
+
+void StoreFile::removeKept(std::string_view what) const noexcept {
+    const auto prefix = keptPrefix(what);
+    removeFiles(directory(), [&](const std::string& name) { return name.starts_with(prefix); });
+}
+
+std::string StoreFile::readingUri() const {
+    // Where not even the journal's companions can be made, the file alone opens if it has no
+    // journal. Elsewhere it must not: it would be read while a checkpoint writes to it.
+    return uri(m_file, hasJournal() || allowsCompanions() ? "?mode=ro" : "?mode=ro&immutable=1");
 }
 
 void StoreFile::checkHeader(sqlite3* database) const {
@@ -188,17 +344,18 @@ void StoreFile::checkHeader(sqlite3* database) const {
     }
 }
 
-void StoreFile::checkVersion(sqlite3* database, const Schema& schema) {
+std::int32_t StoreFile::version(sqlite3* database, const Schema& schema) {
     if (pragma(database, "application_id") != kApplicationID) {
         throw StoreError(StoreErrorCase::notAStore);
     }
-    const auto number = pragma(database, "user_version");
+    const auto number = static_cast<std::int32_t>(pragma(database, "user_version"));
     if (number > schema.version.number) {
         throw StoreError(StoreErrorCase::newerVersion);
     }
     if (number < schema.version.number) {
-        throw StoreError(StoreErrorCase::olderVersion);
+        static_cast<void>(olderTables(schema, number));
     }
+    return number;
 }
 
 } // namespace korvex::store

@@ -6,11 +6,14 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <string>
+#include <string_view>
 
 namespace korvex::store {
 
 /// The files of one store and what can be told from them before and after SQLite opens them. None
-/// of these functions opens the store file itself: closing any descriptor of it would drop the
+/// of these functions opens the store file past SQLite: closing any descriptor of it would drop the
 /// locks that SQLite holds in this process.
 class StoreFile {
 public:
@@ -34,22 +37,53 @@ public:
     /// Whether the file, its folder and the lock file may be written by this process.
     bool isWritable() const;
 
-    /// Builds a new, empty store beside the file and renames it into place, so that it is there
-    /// whole or not at all. The write lock must be held. Never replaces a file.
+    /// Writes an empty store with an identifier of its own to a new file, which is not synced.
+    /// Throws StoreError and SQLite::Exception.
+    static void writeEmpty(const std::filesystem::path& file, const Schema& schema);
+    /// A new, empty store. The write lock must be held. Never replaces a file.
     void create(const Schema& schema) const;
-    /// Removes what an interrupted `create` left. The write lock must be held.
+
+    /// Writes a store file at the path that it is given and leaves no other connection on it.
+    using Filling = std::function<void(const std::filesystem::path& staging)>;
+    /// Has a file made beside the place of this one, syncs it and renames it into place, so that it
+    /// is there whole or not at all. Never replaces a file. Throws StoreError.
+    void createBy(const Filling& fill) const;
+    /// The same in the place of the store that stands there, which becomes the file `kept` in the
+    /// same folder: at every moment one of them is in place. The write lock must be held, and
+    /// nobody else may have the store open (`SoleHold`).
+    void replaceBy(const Filling& fill, const std::filesystem::path& kept) const;
+    /// Makes `copy` a store that holds what this one holds at one moment, its journal included. It
+    /// may be in use, of any version, and need not be writable; it is not changed. The copy is
+    /// there whole, in one file and on the disk, or not at all; it never replaces a file. Blocks;
+    /// any thread. Throws StoreError.
+    void copyTo(const std::filesystem::path& copy) const;
+    /// Removes what interrupted ones of these left. The write lock must be held.
     void removeStaging() const;
+
+    /// The name under which the store is kept when another takes its place:
+    /// "Primary.store.`what`-20250310-143000-…", with the moment in UTC. It is new, unless a killed
+    /// `replaceBy` has given the store one already.
+    std::filesystem::path keptName(std::string_view what) const;
+    /// Removes every file of such a name. Failures are for the next time.
+    void removeKept(std::string_view what) const noexcept;
+
+    /// The URI under which SQLite opens the store for reading only.
+    std::string readingUri() const;
 
     /// Looks at the header of an open database; throws `notAStore` for a file that is cut short.
     void checkHeader(sqlite3* database) const;
-    /// Checks that the open database belongs to this system and is of the schema's version; throws
-    /// `notAStore`, `newerVersion`, `olderVersion`.
-    static void checkVersion(sqlite3* database, const Schema& schema);
+    /// The number of the version that has written the open database. Throws `notAStore` for one
+    /// that does not belong to this system, `newerVersion`, and `olderVersion` for one that cannot
+    /// be upgraded.
+    static std::int32_t version(sqlite3* database, const Schema& schema);
 
 private:
     std::filesystem::path withSuffix(const char* suffix) const;
     std::filesystem::path directory() const;
-    std::string stagingPrefix() const;
+    std::string keptPrefix(std::string_view what) const;
+    std::filesystem::path makeStaging(const Filling& fill) const;
+    /// Has a staging file made and `moveIn` move it, and syncs the folder; leaves none on failure.
+    void place(const Filling& fill, const Filling& moveIn) const;
 
     std::filesystem::path m_file;
 };

@@ -40,6 +40,34 @@ std::string quoted(std::string_view name) {
     return "\"" + std::string(name) + "\"";
 }
 
+std::string columnDefinition(std::string_view name, FieldKind kind) {
+    return tableSql::quoted(name) + " " + std::string(columnType(kind));
+}
+
+std::string emptyValue(FieldKind kind) {
+    switch (kind) {
+    case FieldKind::uuid:
+        return "x'00000000000000000000000000000000'";
+    case FieldKind::text:
+        return "''";
+    case FieldKind::integer:
+    case FieldKind::boolean:
+        return "0";
+    case FieldKind::date:
+        return "0.0";
+    case FieldKind::optionalUuid:
+    case FieldKind::reference:
+    case FieldKind::optionalText:
+    case FieldKind::optionalBytes:
+    case FieldKind::optionalInteger:
+    case FieldKind::optionalDate:
+    case FieldKind::externalBytes:
+        return "NULL";
+    }
+    assert(false);
+    return {};
+}
+
 std::string externalTable(const RecordType& type, const Field& field) {
     // Not the standard library's of this name, which a std::string would call.
     return tableSql::quoted(std::string(type.name) + "." + std::string(field.name));
@@ -56,25 +84,25 @@ std::vector<std::size_t> rowFields(const RecordType& type) {
 }
 
 std::vector<std::string> createStatements(const RecordType& type) {
-    std::string table = "CREATE TABLE " + quoted(type.name) +
+    std::string table = "CREATE TABLE IF NOT EXISTS " + quoted(type.name) +
                         "(rowid INTEGER PRIMARY KEY, version INTEGER NOT NULL, "
                         "checksum INTEGER NOT NULL";
     std::vector<std::string> others;
     for (std::size_t i = 0; i < type.fields.size(); ++i) {
         const auto& field = type.fields[i];
         if (field.kind == FieldKind::externalBytes) {
-            others.push_back("CREATE TABLE " + externalTable(type, field) +
+            others.push_back("CREATE TABLE IF NOT EXISTS " + externalTable(type, field) +
                              "(owner INTEGER PRIMARY KEY, checksum INTEGER NOT NULL, "
                              "bytes BLOB NOT NULL)");
             continue;
         }
-        table += ", " + quoted(field.name) + " " + std::string(columnType(field.kind));
+        table += ", " + columnDefinition(field.name, field.kind);
         if (i == 0) {
             table += " UNIQUE";
         }
         if (field.index != Field::Index::none) {
             std::string index =
-                "CREATE INDEX " +
+                "CREATE INDEX IF NOT EXISTS " +
                 tableSql::quoted(std::string(type.name) + "_" + std::string(field.name)) + " ON " +
                 quoted(type.name) + "(" + quoted(field.name) + ")";
             if (field.index == Field::Index::present) {

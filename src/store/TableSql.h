@@ -21,7 +21,14 @@ std::string externalTable(const RecordType& type, const Field& field);
 /// The fields that stand in the record's own row, by index.
 std::vector<std::size_t> rowFields(const RecordType& type);
 
-/// What creates the tables and indexes of one record type.
+/// A column as a table is made with it: its name, its type, and whether it may be absent.
+std::string columnDefinition(std::string_view name, FieldKind kind);
+
+/// The value, in SQL, of a field that nobody has given one: absent; 0, false or empty where it
+/// cannot be.
+std::string emptyValue(FieldKind kind);
+
+/// What creates the tables and indexes of one record type, those that are not there yet.
 std::vector<std::string> createStatements(const RecordType& type);
 /// What creates the tables that every store has: its identity and the log of changes.
 std::vector<std::string> createCommonStatements();

@@ -34,21 +34,21 @@ std::string settings(const std::string& one) {
 
 /// {"keyCode":1,"modifiers":256} and so on, as settings keep bytes.
 std::string shortcut(const std::string& json) {
-    return R"("quickEntryShortcut": {"base64": ")" + base::base64(base::Bytes(json.begin(), json.end())) +
-           "\"}";
+    return R"("quickEntryShortcut": {"base64": ")" +
+           base::base64(base::Bytes(json.begin(), json.end())) + "\"}";
 }
 
 /// What all settings are, but for the identifier, in the order in which they are read.
 auto valuesOf(const AppPreferences& preferences) {
     const auto& p = preferences;
-    return std::tuple(
-        p.appearance(), p.fontSize(), p.launchDestination(), p.launchBoardID(),
-        p.defaultReminderMinutes(), p.boardSpacing(), p.automaticBackupEnabled(),
-        p.automaticBackupBookmark(), p.automaticBackupLastSuccess(), p.automaticBackupRetention(),
-        p.defaultBoardID(), p.quickEntryShortcut(), p.quickEntryDefaultType(),
-        p.quickEntryFixedBoardID(), p.quickEntryDefaultBoardID(), p.mainBoardSelectedBoardID(),
-        p.desktopBoardSelectedBoardID(), p.desktopBoardAlwaysOnTop(), p.desktopBoardShowOnLaunch(),
-        p.showsMenuBarExtra());
+    return std::tuple(p.appearance(), p.fontSize(), p.launchDestination(), p.launchBoardID(),
+                      p.defaultReminderMinutes(), p.boardSpacing(), p.automaticBackupEnabled(),
+                      p.automaticBackupBookmark(), p.automaticBackupLastSuccess(),
+                      p.automaticBackupRetention(), p.defaultBoardID(), p.quickEntryShortcut(),
+                      p.quickEntryDefaultType(), p.quickEntryFixedBoardID(),
+                      p.quickEntryDefaultBoardID(), p.mainBoardSelectedBoardID(),
+                      p.desktopBoardSelectedBoardID(), p.desktopBoardAlwaysOnTop(),
+                      p.desktopBoardShowOnLaunch(), p.showsMenuBarExtra());
 }
 
 TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
@@ -81,7 +81,9 @@ TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
               [](auto& p) { p.setAutomaticBackupEnabled(true); }},
              {R"("automaticBackupEnabled": 1)", theDefault},
              {R"("automaticBackupBookmark": {"base64": "AQI="})",
-              [](auto& p) { p.setAutomaticBackupBookmark(base::Bytes{1, 2}); }},
+              [](auto& p) {
+                  p.setAutomaticBackupBookmark(base::Bytes{1, 2});
+              }},
              {R"("automaticBackupBookmark": "AQI=")", theDefault},
              {R"("automaticBackupLastSuccess": 800000000.25)",
               [](auto& p) { p.setAutomaticBackupLastSuccess(base::Instant{800000000.25}); }},

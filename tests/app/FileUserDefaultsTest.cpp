@@ -112,8 +112,8 @@ TEST(FileUserDefaults, ManyWhoWriteAtOnceLoseNothing) {
             writers.emplace_back([&file, &settled, writer] {
                 auto mine = file.open();
                 const auto name = std::to_string(writer);
-                settled[static_cast<std::size_t>(writer)] =
-                    mine.settle("id", [](std::string_view) { return true; }, name);
+                settled[static_cast<std::size_t>(writer)] = mine.settle(
+                    "id", [](std::string_view) { return true; }, name);
                 for (int i = 0; i < kSettings; ++i) {
                     mine.setInteger(name + "." + std::to_string(i), i);
                 }

@@ -34,8 +34,8 @@ protected:
         std::ofstream(file, std::ios::binary) << contents;
     }
     static void setAge(const std::filesystem::path& file, int hours) {
-        std::filesystem::last_write_time(
-            file, std::filesystem::file_time_type::clock::now() - std::chrono::hours(hours));
+        std::filesystem::last_write_time(file, std::filesystem::file_time_type::clock::now() -
+                                                   std::chrono::hours(hours));
     }
 
     /// The names in a folder in order, hidden ones too.

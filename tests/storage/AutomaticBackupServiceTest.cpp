@@ -59,8 +59,8 @@ protected:
 
 TEST_F(AutomaticBackupServiceTest, OneIsDueADayAfterTheLastOrWhenTheClockWasSetBack) {
     const auto now = clock.now();
-    for (const auto& [last, isDue] : std::initializer_list<
-             std::pair<std::optional<base::Instant>, bool>>{
+    for (const auto& [last, isDue] :
+         std::initializer_list<std::pair<std::optional<base::Instant>, bool>>{
              {std::nullopt, true},
              {now, false},
              {now - (kDay - 60), false},

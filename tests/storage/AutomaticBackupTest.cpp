@@ -204,13 +204,14 @@ TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
              Case{2, {"Korvex-future", "Korvex-new"}},
              Case{4, {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a"}},
              Case{5, {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a", "Korvex-b"}},
-             Case{7, {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a", "Korvex-b",
-                      "Korvex-old"}},
+             Case{7,
+                  {"Korvex-future", "Korvex-new", "Korvex-young", "Korvex-a", "Korvex-b",
+                   "Korvex-old"}},
          }) {
         fs::remove_all(chosen);
-        const std::vector<std::string> foreign{
-            "notes.korvexbackup", "korvex-a.korvexbackup", "Korvex-a.korvexbackup.bak",
-            "Korvex-a.KORVEXBACKUP", "Korvex-.txt"};
+        const std::vector<std::string> foreign{"notes.korvexbackup", "korvex-a.korvexbackup",
+                                               "Korvex-a.korvexbackup.bak", "Korvex-a.KORVEXBACKUP",
+                                               "Korvex-.txt"};
         for (const auto& name : foreign) {
             put(chosen / name);
             setAge(chosen / name, 10'000);
@@ -219,18 +220,17 @@ TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
         fs::create_directories(chosen / "Korvex-folder.korvexbackup" / "x");
         const auto now = fs::file_time_type::clock::now();
         // The clock was ten years ahead once, and is an hour back now.
-        for (const auto& [name, age] : {std::pair("Korvex-new", 1), std::pair("Korvex-young", 0),
-                                        std::pair("Korvex-b", 24), std::pair("Korvex-a", 24),
-                                        std::pair("Korvex-old", 48),
-                                        std::pair("Korvex-future", -87'600)}) {
+        for (const auto& [name, age] :
+             {std::pair("Korvex-new", 1), std::pair("Korvex-young", 0), std::pair("Korvex-b", 24),
+              std::pair("Korvex-a", 24), std::pair("Korvex-old", 48),
+              std::pair("Korvex-future", -87'600)}) {
             const auto file = chosen / (std::string(name) + ".korvexbackup");
             put(file);
             fs::last_write_time(file, now - std::chrono::hours(age));
         }
         prune(chosen, each.keeping, "Korvex-new.korvexbackup");
         auto expected = foreign;
-        expected.insert(expected.end(),
-                        {"Korvex-link.korvexbackup", "Korvex-folder.korvexbackup"});
+        expected.insert(expected.end(), {"Korvex-link.korvexbackup", "Korvex-folder.korvexbackup"});
         for (const auto& name : each.kept) {
             expected.push_back(name + ".korvexbackup");
         }

@@ -111,7 +111,6 @@ TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
 TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
     fs::create_directories(out / "folder");
     std::ofstream(target) << "before";
-    std::vector<Stage> stages;
     const auto cancelAt = [&](Stage stage) {
         return [&, stage] {
             const auto stop = std::make_unique<std::stop_source>();

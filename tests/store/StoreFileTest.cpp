@@ -108,7 +108,10 @@ TEST_F(StoreFileTest, VersionsThatThisBuildCannotReadAreRefused) {
     EXPECT_EQ(refusal(), StoreErrorCase::newerVersion);
     EXPECT_EQ(refusal({.allowsSave = false}), StoreErrorCase::newerVersion);
     setVersion(160);
-    EXPECT_EQ(refusal(), StoreErrorCase::olderVersion);
+    EXPECT_EQ(refusal(), StoreErrorCase::needsUpgrade);
+    setVersion(90);
+    EXPECT_EQ(refusal({.whenOlder = ModelConfiguration::Older::upgrade}),
+              StoreErrorCase::olderVersion);
     setVersion(model::currentSchema().version.number);
     EXPECT_EQ(refusal(), std::nullopt);
 }

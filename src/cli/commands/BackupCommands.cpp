@@ -2,6 +2,7 @@
 
 #include "cli/commands/CommandDefinition.h"
 #include "cli/commands/Options.h"
+#include "cli/output/BackupText.h"
 #include "cli/output/Json.h"
 #include "cli/output/ListText.h"
 #include "cli/session/Session.h"
@@ -129,21 +130,7 @@ ExitStatus exportTo(Session& session, const ExportOptions& options) {
         return storage::exportBackup(*store, file, session.now(), session.environment().log,
                                      longWork.work());
     }();
-    if (session.wantsJson()) {
-        Json json(session.output());
-        json.beginObject();
-        json.member("file", std::string_view(file.native()));
-        json.member("exportedAt", std::string_view(base::isoText(summary.exportedAt)));
-        json.member("boardCount", static_cast<std::int64_t>(summary.boards));
-        json.member("entryCount", static_cast<std::int64_t>(summary.entries));
-        json.member("bytes", static_cast<std::int64_t>(summary.bytes));
-        json.endObject();
-    } else {
-        session.output().write("Backup exported.\n");
-        printFact(session, "Boards", std::to_string(summary.boards));
-        printFact(session, "Entries", std::to_string(summary.entries));
-        printFact(session, "Size", base::sizeText(summary.bytes));
-    }
+    printBackup(session, "Backup exported.", file, summary);
     return ExitStatus::done;
 }
 
@@ -250,6 +237,8 @@ void addBackupCommands(CLI::App& program, Action& chosen) {
     checked.parser.footer("Ends with 0 for a backup that could be imported and with 1 for what is "
                           "none. The store is\n"
                           "neither read nor changed.");
+
+    addAutomaticBackupCommands(group, chosen);
 }
 
 } // namespace korvex::cli

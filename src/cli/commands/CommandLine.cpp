@@ -132,6 +132,7 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
     case store::StoreErrorCase::notAStore:
     case store::StoreErrorCase::newerVersion:
     case store::StoreErrorCase::olderVersion:
+    case store::StoreErrorCase::needsUpgrade:
     case store::StoreErrorCase::noFolder:
     case store::StoreErrorCase::unreadable:
     case store::StoreErrorCase::busy:

@@ -26,6 +26,7 @@ void addEntryCommands(CLI::App& program, Action& chosen);
 void addAttachmentCommands(CLI::App& program, Action& chosen);
 void addSearchCommands(CLI::App& program, Action& chosen);
 void addBackupCommands(CLI::App& program, Action& chosen);
+void addAutomaticBackupCommands(CLI::App& backupCommands, Action& chosen);
 void addStoreCommands(CLI::App& program, Action& chosen);
 
 /// The open entries of the Inbox, for who starts the program without a display.

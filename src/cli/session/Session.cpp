@@ -1,22 +1,23 @@
 #include "cli/session/Session.h"
 
-#include "app/AppPreferences.h"
-#include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
 #include "base/UserLocale.h"
 #include "model/SchemaVersions.h"
+#include "storage/StoreStart.h"
 
 namespace korvex::cli {
 
 struct Session::Services {
-    Services(store::ModelContainer& container, base::LogSink& log)
-        : context(container),
+    Services(std::unique_ptr<store::ModelContext> opened, base::LogSink& log)
+        : owned(std::move(opened)),
+          context(*owned),
           boards(context, reminders, widgets, log),
           entries(context, reminders, widgets, log) {}
 
     services::NoReminders reminders;
     services::NoWidgets widgets;
-    store::ModelContext context;
+    std::unique_ptr<store::ModelContext> owned;
+    store::ModelContext& context;
     services::BoardService boards;
     services::EntryService entries;
 };
@@ -46,9 +47,12 @@ const base::Calendar& Session::calendar() {
     return *m_calendar;
 }
 
-int Session::defaultReminderMinutes() {
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    return app::AppPreferences(defaults, m_environment.log).defaultReminderMinutes();
+app::AppPreferences& Session::preferences() {
+    if (!m_preferences) {
+        m_defaults.emplace(app::FileUserDefaults::defaultFile());
+        m_preferences.emplace(*m_defaults, m_environment.log);
+    }
+    return *m_preferences;
 }
 
 store::ModelContext& Session::context() {
@@ -64,7 +68,19 @@ services::EntryService& Session::entries() {
 }
 
 store::ModelContainer& Session::openExisting() {
-    return open(store::ModelConfiguration::Missing::refuse);
+    if (!m_container) {
+        keep(store::ModelContainer::open(
+            model::currentSchema(),
+            {.file = m_storeFile, .whenMissing = store::ModelConfiguration::Missing::refuse},
+            m_environment.log));
+    }
+    return *m_container;
+}
+
+void Session::remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged) {
+    for (const auto& [from, to] : merged) {
+        preferences().remapBoard(from, to);
+    }
 }
 
 void Session::announceChanges() const {
@@ -83,28 +99,29 @@ void Session::remark(std::string_view text) const {
     writeMessage(m_environment.errorDescriptor, text);
 }
 
-store::ModelContainer& Session::open(store::ModelConfiguration::Missing whenMissing) {
-    if (!m_container) {
-        m_container = store::ModelContainer::open(model::currentSchema(),
-                                                  {.file = m_storeFile, .whenMissing = whenMissing},
-                                                  m_environment.log);
-        m_saves = m_container->didSave().connect([this](const auto&) { m_hasSaved = true; });
-    }
-    return *m_container;
+void Session::keep(std::unique_ptr<store::ModelContainer> container) {
+    m_container = std::move(container);
+    m_saves = m_container->didSave().connect([this](const auto&) { m_hasSaved = true; });
 }
 
 Session::Services& Session::services() {
     if (!m_services) {
         const auto missing = app::missingStoreNotice(m_storeFile.parent_path());
-        auto& container = open(store::ModelConfiguration::Missing::create);
+        auto store = storage::StoreStart::open(
+            {.storeFile = m_storeFile,
+             .legacyFile = app::legacyStoreFile(m_storeFile.parent_path()),
+             .now = m_now},
+            m_environment.log);
+        keep(std::move(store.container));
+        remapBoards(store.mergedBoards);
         if (missing) {
             remark(*missing);
         }
-        for (const auto& notice : container.notices()) {
+        for (const auto& notice : m_container->notices()) {
             remark(notice);
         }
-        m_services = std::make_unique<Services>(container, m_environment.log);
-        if (container.allowsSave()) {
+        m_services = std::make_unique<Services>(std::move(store.context), m_environment.log);
+        if (m_container->allowsSave()) {
             m_services->boards.initializeDefaultBoards(m_now);
         }
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
 #include "app/StoreChangeChannel.h"
 #include "base/Clock.h"
 #include "base/DateFormats.h"
@@ -14,6 +16,8 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <span>
+#include <utility>
 
 namespace korvex::cli {
 
@@ -53,8 +57,8 @@ public:
     /// In English, in the order and by the clock of the user's region.
     const base::DateFormats& formats();
     const base::Calendar& calendar();
-    /// Minutes after midnight, from the user's settings.
-    int defaultReminderMinutes();
+    /// The user's settings.
+    app::AppPreferences& preferences();
 
     /// The store with its default boards, created where there is none. Throws StoreError.
     store::ModelContext& context();
@@ -68,6 +72,11 @@ public:
     /// the command.
     store::ModelContainer& openExisting();
 
+    /// The settings that name the first of two boards name the second from now on.
+    void remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged);
+    /// For a command that changes the store past these: `announceChanges` has something to tell.
+    void noteChange() { m_hasSaved = true; }
+
     /// Tells the other programs, once, when something was saved.
     void announceChanges() const;
     /// The last thing: leaves the store as a program that ends should.
@@ -79,7 +88,7 @@ public:
 private:
     struct Services;
 
-    store::ModelContainer& open(store::ModelConfiguration::Missing whenMissing);
+    void keep(std::unique_ptr<store::ModelContainer> container);
     Services& services();
 
     Environment m_environment;
@@ -90,6 +99,8 @@ private:
     base::Instant m_now;
     std::optional<base::DateFormats> m_formats;
     std::optional<base::Calendar> m_calendar;
+    std::optional<app::FileUserDefaults> m_defaults;
+    std::optional<app::AppPreferences> m_preferences;
     std::unique_ptr<store::ModelContainer> m_container;
     base::Subscription m_saves;
     bool m_hasSaved = false;

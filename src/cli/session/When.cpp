@@ -65,8 +65,8 @@ When readWhen(std::string_view typed, Session& session) {
 }
 
 base::Instant defaultReminderTime(base::DayNumber day, Session& session, std::string_view typed) {
-    const auto moment =
-        schedule::allDayAnchor(day, session.defaultReminderMinutes(), session.calendar());
+    const auto moment = schedule::allDayAnchor(day, session.preferences().defaultReminderMinutes(),
+                                               session.calendar());
     if (!moment) {
         throw noSuchMoment(typed);
     }

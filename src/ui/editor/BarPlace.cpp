@@ -3,11 +3,15 @@
 #include "ui/kit/theme/Direction.h"
 
 #include <algorithm>
-#include <array>
 
 namespace korvex::ui {
 
-QRect placeOfBar(const QSize& wanted, const BarSurroundings& around) {
+BarRoom roomForBar(int height, const BarSurroundings& around) {
+    const auto room = height + 2 * around.distance;
+    return around.above >= room ? BarRoom{.top = room} : BarRoom{.foot = room};
+}
+
+BarPlace placeOfBar(const QSize& wanted, const BarSurroundings& around) {
     const auto& sight = around.sight;
     const auto& row = around.row;
     const auto distance = around.distance;
@@ -16,20 +20,15 @@ QRect placeOfBar(const QSize& wanted, const BarSurroundings& around) {
     const auto width = std::min({wanted.width(), row.width(), room.width()});
     const auto line = QRect(row.left(), 0, row.width(), height);
     const auto place = mirrored(QRect(row.left(), 0, width, height), line);
-    const auto fits = [&](int top) {
-        const auto bar = place.translated(0, top);
-        return top >= room.top() && bar.bottom() <= room.bottom() &&
-               (bar.bottom() < around.caret.top() || top > around.caret.bottom());
-    };
-    const auto over = row.top() - distance - height;
+    if (roomForBar(height, around).top > 0) {
+        const auto over = row.top() - distance - height;
+        return {place.translated(0, std::max(over, room.top())),
+                over < room.top() ? BarPlace::Edge::top : BarPlace::Edge::none};
+    }
     const auto under = row.bottom() + 1 + distance;
-    const auto top = room.top();
-    const auto foot = room.bottom() + 1 - height;
-    // Of a row whose top is out of sight the bar keeps to where its top would be.
-    const auto isTopInSight = row.top() >= sight.top();
-    const std::array choices{over, isTopInSight ? under : top, isTopInSight ? top : foot, foot};
-    const auto* const chosen = std::find_if(choices.begin(), choices.end(), fits);
-    return place.translated(0, chosen == choices.end() ? top : *chosen);
+    const auto lowest = room.bottom() + 1 - height;
+    return {place.translated(0, std::min(under, lowest)),
+            under > lowest ? BarPlace::Edge::foot : BarPlace::Edge::none};
 }
 
 } // namespace korvex::ui

@@ -23,6 +23,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QShortcut>
+#include <QTextFrame>
 
 #include <algorithm>
 #include <optional>
@@ -285,6 +286,16 @@ void RichTextEdit::paintEvent(QPaintEvent* event) {
     paintSelection(painter, textCursor(), look(), exposed);
     painter.end();
     QTextEdit::paintEvent(event);
+    paintEndsOfTables();
+}
+
+void RichTextEdit::paintEndsOfTables() {
+    QPainter painter(viewport());
+    const QRectF seen(viewport()->rect());
+    for (auto* const table : document()->rootFrame()->childFrames()) {
+        const auto whole = placeOf(*document(), *table).translated(-scrolled());
+        paintWhereItGoesOn(painter, whole, seen, look());
+    }
 }
 
 void RichTextEdit::keyPressEvent(QKeyEvent* event) {

@@ -90,6 +90,8 @@ private:
     void addShortcuts();
     bool handledAsStructure(const QKeyEvent& event);
     bool handledAsMovement(const QKeyEvent& event);
+    /// Shows where a table goes on beyond what is seen of it.
+    void paintEndsOfTables();
     /// The caret does not stay where it could not be seen, unless it has come to the end.
     void passHiddenParagraph(const QKeyEvent& event);
     void insertPasted(const richtext::AttributedString& text);

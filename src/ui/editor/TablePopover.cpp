@@ -33,6 +33,7 @@ TablePopover::TablePopover(const Theme& theme, QWidget* window)
     layOut();
     connect(m_insert, &QPushButton::clicked, this, &TablePopover::insert);
     showSize();
+    wrapWords();
     m_columns->setFocus();
     m_columns->selectAll();
     setFocusProxy(m_columns);
@@ -64,6 +65,14 @@ void TablePopover::layOut() {
     grid->addWidget(m_limits, row++, 0, 1, 2);
     grid->addWidget(m_insert, row, 0, 1, 2, Qt::AlignRight);
     grid->setColumnStretch(1, 1);
+}
+
+/// As wide as the words are in one line; in a window that is narrower they wrap.
+void TablePopover::wrapWords() {
+    setPanelWidth(layout()->totalSizeHint().width());
+    for (auto* const words : {m_size, m_limits}) {
+        words->setWordWrap(true);
+    }
 }
 
 void TablePopover::showSize() {

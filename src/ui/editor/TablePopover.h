@@ -25,6 +25,7 @@ protected:
 private:
     QSpinBox* field(const QString& title, int value, int maximum);
     void layOut();
+    void wrapWords();
     void showSize();
     void insert();
 

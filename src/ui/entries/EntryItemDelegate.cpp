@@ -30,14 +30,13 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
         painter->restore();
         return;
     }
-    const auto& colors = m_theme.colors();
     const auto shown = quietWithoutKeyboard(option.state);
     if (auto* const formatted = laidOut.formatted()) {
         paintRowOutline(*painter, laidOut.box(), shown, m_theme);
         paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
         painter->translate(laidOut.text().topLeft());
         formatted->color(m_code, look());
-        formatted->paint(*painter, look(), colors.content);
+        formatted->paint(*painter, look());
     } else {
         paintRowGround(*painter, laidOut.box(), shown, m_theme);
         paintChips(*painter, laidOut, laidOut.chipsTopLeft(), option.state);
@@ -49,12 +48,13 @@ void EntryItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
 QPixmap EntryItemDelegate::picture(QStyleOptionViewItem option, const QModelIndex& index,
                                    qreal scale) const {
     constexpr double kOpacity = 0.85;
-    QPixmap picture(option.rect.size() * scale);
+    const auto box = layout(index.row()).box();
+    QPixmap picture(box.size() * scale);
     picture.setDevicePixelRatio(scale);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
     painter.setOpacity(kOpacity);
-    option.rect.moveTopLeft(QPoint());
+    option.rect.moveTopLeft(-box.topLeft());
     paint(&painter, option, index);
     painter.end();
     return picture;

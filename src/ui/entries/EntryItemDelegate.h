@@ -26,7 +26,8 @@ public:
                const QModelIndex& index) const override;
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override;
 
-    /// What a row looks like while it is dragged, on a screen with so many dots to a pixel.
+    /// What the box of a row looks like while it is dragged, on a screen with so many dots to a
+    /// pixel. Nothing beside it: not every screen can show what lies under a picture.
     QPixmap picture(QStyleOptionViewItem option, const QModelIndex& index, qreal scale) const;
 
     /// For what width rows are laid out, and how far what is wide in one of them may reach.

@@ -175,7 +175,8 @@ void EntryListView::startDrag(Qt::DropActions) {
     option.rect = visualRect(currentIndex());
     option.state = QStyle::State_Enabled | QStyle::State_Selected;
     option.state.setFlag(QStyle::State_MouseOver, row == hoveredRow());
-    m_reordering.drag(row, m_delegate->picture(option, currentIndex(), devicePixelRatioF()));
+    m_reordering.drag(row, m_delegate->picture(option, currentIndex(), devicePixelRatioF()),
+                      option.rect.topLeft() + m_delegate->layout(row).box().topLeft());
 }
 
 void EntryListView::dragEnterEvent(QDragEnterEvent* event) {

@@ -51,7 +51,13 @@ void EntryListView::revealInEditor(const QRect& part) {
     const auto wanted = part.translated(m_editor->pos());
     auto* const bar = verticalScrollBar();
     const int end = viewport()->height() - m_coveredFoot;
-    if (wanted.top() < 0) {
+    const auto hasRoom = wanted.height() <= end;
+    // From far away it comes with what is around it.
+    if (hasRoom && wanted.bottom() < 0) {
+        bar->setValue(bar->value() + wanted.top() - std::min(end / 3, end - wanted.height()));
+    } else if (hasRoom && wanted.top() >= end) {
+        bar->setValue(bar->value() + wanted.bottom() + 1 - std::max(end * 2 / 3, wanted.height()));
+    } else if (wanted.top() < 0) {
         bar->setValue(bar->value() + wanted.top());
     } else if (wanted.bottom() >= end) {
         // Of what is higher than the room, the top.
@@ -97,7 +103,8 @@ void EntryListView::showRow(int row) {
 }
 
 QRect EntryListView::scheduleAnchor(int row) const {
-    return globalRect(m_hits.scheduleOf(row));
+    const auto place = visualRect(m_model.index(row, 0));
+    return globalRect(RowFrame::of(theme()).anchorOf(m_hits.scheduleOf(row), place));
 }
 
 int EntryListView::measuredHeight(int row) {
@@ -149,13 +156,15 @@ double EntryListView::opacityOf(const QModelIndex& index) const {
 }
 
 void EntryListView::rowsPlaced() {
+    RowListView::rowsPlaced();
     if (m_editor && m_editedIndex.isValid()) {
         const auto rect =
             visualRect(m_editedIndex).adjusted(0, 0, 0, -m_chips.extent(m_editedIndex.row()));
+        m_editor->setSurroundings(
+            {.above = rect.top() + verticalOffset(), .coveredFoot = m_coveredFoot});
         if (m_editor->geometry() != rect) {
             m_editor->setGeometry(rect);
         }
-        m_editor->coverFoot(m_coveredFoot);
         m_editor->placeInSight();
     }
 }

@@ -11,12 +11,11 @@
 
 namespace korvex::ui {
 
-void EntryReordering::drag(int row, const QPixmap& picture) {
-    const auto topLeft = m_list.visualRect(m_model.index(row, 0)).topLeft();
+void EntryReordering::drag(int row, const QPixmap& picture, const QPoint& place) {
     auto* const drag = new QDrag(&m_list);
     drag->setMimeData(rowDrag(kEntryDragType, m_model.entry(row)->id()));
     drag->setPixmap(picture);
-    drag->setHotSpot(m_list.viewport()->mapFromGlobal(QCursor::pos()) - topLeft);
+    drag->setHotSpot(m_list.viewport()->mapFromGlobal(QCursor::pos()) - place);
     drag->exec(Qt::MoveAction);
     leave();
 }

@@ -33,8 +33,9 @@ public:
     EntryReordering(const EntryListModel& model, LazyListView& list, const Theme& theme)
         : m_model(model), m_list(list), m_theme(theme) {}
 
-    /// Drags the entry of a row until it is let go. `picture` is what the row looks like.
-    void drag(int row, const QPixmap& picture);
+    /// Drags the entry of a row until it is let go. `picture` is what it looks like, at this place
+    /// of the viewport.
+    void drag(int row, const QPixmap& picture, const QPoint& place);
     /// Whether an entry or text is dragged, and not something else. Accepts it then.
     static bool take(QDropEvent& event);
     /// Marks the place under the pointer, and accepts the event where it can be let go.

@@ -90,11 +90,16 @@ public:
     /// Places what stays in sight of an editor that is higher than the list. To be called when
     /// either has another place or size.
     virtual void placeInSight();
-    /// So many pixels at the foot of the list are out of sight under something else, from the next
-    /// `placeInSight` on.
-    void coverFoot(int height) { m_coveredFoot = height; }
+    /// What of the list there is over the editor, in sight or not, and how much at its foot is out
+    /// of sight under something else, both in pixels. From the next `placeInSight` on.
+    struct Surroundings {
+        int above = 0;
+        int coveredFoot = 0;
+    };
+    void setSurroundings(const Surroundings& around) { m_around = around; }
     bool isCaretInSight();
-    /// Asks for the caret to be in sight, and of a message that it is not over it.
+    /// Asks for the editor to be in sight or, where there is no room for all of it, the caret; and
+    /// for nothing to lie over that.
     void reveal();
 
 Q_SIGNALS:
@@ -115,6 +120,8 @@ protected:
     int messageHeight(int width) const;
     /// The place of the caret, with all around it that is to be seen while one types.
     virtual QRect caretPlace() = 0;
+    /// What this lays over the list at the edges of what is seen, in pixels.
+    virtual QMargins overSight() const { return {}; }
     /// The text has changed.
     void edited();
     /// Lets `edit` change the document as one step of undo. The caret stays before what is put in
@@ -132,6 +139,8 @@ protected:
 
     /// Where the list ends for who looks at it, as this sees it.
     int endOfSight() const;
+    /// What of the list there is over the editor, in sight or not.
+    int above() const { return m_around.above; }
 
 private:
     void say(const QString& message, ErrorBanner::Tone tone, Until until);
@@ -147,7 +156,7 @@ private:
     std::optional<Until> m_until;
     /// Whether anything could be undone when the message was shown last.
     bool m_couldUndo = false;
-    int m_coveredFoot = 0;
+    Surroundings m_around;
 };
 
 } // namespace korvex::ui

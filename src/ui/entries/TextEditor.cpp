@@ -1,7 +1,7 @@
 #include "ui/entries/TextEditor.h"
 
 #include "richtext/text/TextMerge.h"
-#include "ui/editor/BarPlace.h"
+#include "ui/editor/BarStrip.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TextMenu.h"
@@ -23,6 +23,7 @@ namespace korvex::ui {
 TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWidget* parent)
     : RowEditor(theme, parent),
       m_field(new RichTextEdit(this)),
+      m_strip(new BarStrip(theme, parent)),
       m_bar(new FormatBar(*m_field, code, theme, parent)),
       m_colors(new CodeColors(*m_field->document(), code, TextLook(theme), this)) {
     setFocusProxy(m_field);
@@ -34,15 +35,13 @@ TextEditor::TextEditor(richtext::CodeHighlighter& code, const Theme& theme, QWid
     // The row changes its height when the text does, not with every key.
     connect(m_field->document()->documentLayout(),
             &QAbstractTextDocumentLayout::documentSizeChanged, this, &TextEditor::checkHeight);
-    connect(m_field, &QTextEdit::cursorPositionChanged, this, [this] {
-        reveal();
-        placeBar();
-    });
+    connect(m_field, &QTextEdit::cursorPositionChanged, this, &TextEditor::reveal);
     connect(m_bar, &FormatBar::sizeChanged, this, &TextEditor::placeBar);
 }
 
 TextEditor::~TextEditor() {
     delete m_bar;
+    delete m_strip;
 }
 
 bool TextEditor::owns(const QWidget* widget) const {
@@ -187,17 +186,31 @@ void TextEditor::placeBar() {
     if (isHidden()) {
         return;
     }
+    const auto around = aroundBar();
+    const auto wanted = m_bar->sizeHint();
+    const auto [bar, edge] = placeOfBar(wanted, around);
+    const auto room = roomForBar(wanted.height(), around);
+    const auto isSeen = around.row.intersects(around.sight.adjusted(0, room.top, 0, -room.foot));
+    m_bar->setGeometry(bar);
+    m_bar->setVisible(isSeen);
+    m_strip->setVisible(isSeen && edge != BarPlace::Edge::none);
+    m_strip->keepTo(edge, around.sight, bar);
+    m_strip->raise();
+    m_bar->raise();
+}
+
+BarSurroundings TextEditor::aroundBar() const {
     const auto row = RowFrame::ofText(theme()).box(size()).translated(pos());
     auto sight = QRect(0, 0, parentWidget()->width(), endOfSight() + y());
     if (row.bottom() > sight.bottom()) {
         sight.setBottom(sight.bottom() - messageHeight(width())); // which stays in sight there
     }
-    m_bar->setGeometry(placeOfBar(m_bar->sizeHint(), {.sight = sight,
-                                                      .row = row,
-                                                      .caret = caretPlace().translated(pos()),
-                                                      .distance = theme().space(Space::small)}));
-    m_bar->setVisible(row.intersects(sight));
-    m_bar->raise();
+    return {.sight = sight, .row = row, .above = above(), .distance = theme().space(Space::small)};
+}
+
+QMargins TextEditor::overSight() const {
+    const auto room = roomForBar(m_bar->sizeHint().height(), aroundBar());
+    return {0, room.top, 0, room.foot};
 }
 
 void TextEditor::showEvent(QShowEvent* event) {
@@ -208,6 +221,7 @@ void TextEditor::showEvent(QShowEvent* event) {
 void TextEditor::hideEvent(QHideEvent* event) {
     RowEditor::hideEvent(event);
     m_bar->hide();
+    m_strip->hide();
 }
 
 QRect TextEditor::caretPlace() {

@@ -2,6 +2,7 @@
 
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/text/AttributedString.h"
+#include "ui/editor/BarPlace.h"
 #include "ui/entries/RowEditor.h"
 
 #include <QPointer>
@@ -10,6 +11,7 @@
 
 namespace korvex::ui {
 
+class BarStrip;
 class CodeColors;
 class FormatBar;
 class RichTextEdit;
@@ -47,6 +49,7 @@ protected:
     int textHeight(const EntryRowRoom& room) override;
     int wholeWidth() const override;
     QRect caretPlace() override;
+    QMargins overSight() const override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
@@ -54,11 +57,13 @@ protected:
 private:
     void applyTheme();
     void place();
+    BarSurroundings aroundBar() const;
     void placeBar();
     int contentHeight() const;
     void checkHeight();
 
     RichTextEdit* m_field;
+    QPointer<BarStrip> m_strip;
     QPointer<FormatBar> m_bar;
     CodeColors* m_colors;
     /// Up to which the row may reach for a wide table.

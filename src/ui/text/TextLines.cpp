@@ -121,4 +121,21 @@ QPointF onLine(const QTextDocument& document, const QPointF& point) {
     return result;
 }
 
+QRectF placeOf(const QTextDocument& document, QTextFrame& table) {
+    const auto& layout = *document.documentLayout();
+    auto place = layout.frameBoundingRect(&table);
+    // Of the distances around the table Qt reckons one to it and the other not.
+    const auto before = document.findBlock(table.firstPosition() - 1);
+    if (before.isValid()) {
+        // Not of a paragraph that Qt hides behind the table's upper line.
+        const auto letters = originOf(before).y() + before.layout()->boundingRect().bottom();
+        place.setTop(std::min(place.top(), letters));
+    }
+    const auto next = document.findBlock(table.lastPosition() + 1);
+    if (next.isValid()) {
+        place.setBottom(std::min(place.bottom(), layout.blockBoundingRect(next).top()));
+    }
+    return place;
+}
+
 } // namespace korvex::ui

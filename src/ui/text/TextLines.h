@@ -4,6 +4,7 @@
 #include <QRectF>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTextFrame>
 #include <QTextLayout>
 
 #include <optional>
@@ -32,5 +33,8 @@ bool isParagraphBelow(const QTextBlock& block);
 /// two lines for the end of the one or the start of the other. Above the first line and below the
 /// last one, where the start and the end of the text are meant, the same point.
 QPointF onLine(const QTextDocument& document, const QPointF& point);
+
+/// Where a table is seen in the document, of which the lines above and below lose nothing.
+QRectF placeOf(const QTextDocument& document, QTextFrame& table);
 
 } // namespace korvex::ui

@@ -71,6 +71,7 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     m_halfLeading = std::max(0, static_cast<int>(std::lround(leading / 2)));
 
     const auto isDark = colors.isDark;
+    ground = colors.content;
     codeGround = blended(colors.text, colors.content, isDark ? 0.08 : 0.05);
     headerFill = blended(colors.text, colors.content, isDark ? 0.10 : 0.06);
     separator = colors.isHighContrast ? colors.border
@@ -154,8 +155,8 @@ int TextLook::scaled(int length) const {
 }
 
 QColor TextLook::readableOnAllGrounds(QColor color) const {
-    for (const auto& ground : m_grounds) {
-        color = readable(color, ground, m_contrast);
+    for (const auto& each : m_grounds) {
+        color = readable(color, each, m_contrast);
     }
     return color;
 }

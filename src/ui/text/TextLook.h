@@ -41,6 +41,8 @@ struct TextLook {
     /// Of the markers of lists.
     QColor quiet;
     QColor link;
+    /// What the text stands on.
+    QColor ground;
     QColor codeGround;
     QColor headerFill;
     QColor separator;

@@ -5,6 +5,7 @@
 #include "ui/text/TextLines.h"
 #include "ui/text/TextSelection.h"
 
+#include <QLinearGradient>
 #include <QTextBlock>
 #include <QTextLayout>
 
@@ -216,6 +217,26 @@ void paintSelection(QPainter& painter, const QTextCursor& selection, const TextL
         }
     }
     painter.restore();
+}
+
+void paintWhereItGoesOn(QPainter& painter, const QRectF& whole, const QRectF& seen,
+                        const TextLook& look) {
+    const auto part = QRectF(whole.toAlignedRect());
+    const auto fading = look.space(Space::wide);
+    auto clear = look.ground;
+    clear.setAlpha(0);
+    const auto fade = [&](double from, double to) {
+        QLinearGradient shade(from, 0, to, 0);
+        shade.setColorAt(0, look.ground);
+        shade.setColorAt(1, clear);
+        painter.fillRect(QRectF(std::min(from, to), part.top(), fading, part.height()), shade);
+    };
+    if (whole.left() < seen.left() - 1) {
+        fade(seen.left(), seen.left() + fading);
+    }
+    if (whole.right() > seen.right() + 1) {
+        fade(seen.right(), seen.right() - fading);
+    }
 }
 
 } // namespace korvex::ui

@@ -19,4 +19,9 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
 void paintSelection(QPainter& painter, const QTextCursor& selection, const TextLook& look,
                     const QRectF& exposed);
 
+/// Lets what is wider than the part of it that is seen fade into the ground where it goes on. To be
+/// called when it is drawn.
+void paintWhereItGoesOn(QPainter& painter, const QRectF& whole, const QRectF& seen,
+                        const TextLook& look);
+
 } // namespace korvex::ui

@@ -7,8 +7,6 @@
 #include "ui/text/TextPainting.h"
 
 #include <QAbstractTextDocumentLayout>
-#include <QLinearGradient>
-#include <QTextBlock>
 #include <QTextFrame>
 
 #include <algorithm>
@@ -68,19 +66,7 @@ int TextRow::endOf(const WideTable& table) const {
 
 void TextRow::findWideTables() {
     for (auto* const frame : m_document.rootFrame()->childFrames()) {
-        auto place = m_document.documentLayout()->frameBoundingRect(frame);
-        // Of the distances around the table Qt reckons one to it and the other not.
-        const auto before = m_document.findBlock(frame->firstPosition() - 1);
-        if (before.isValid()) {
-            // Not of a paragraph that Qt hides behind the table's upper line.
-            const auto letters = originOf(before).y() + before.layout()->boundingRect().bottom();
-            place.setTop(std::min(place.top(), letters));
-        }
-        const auto next = m_document.findBlock(frame->lastPosition() + 1);
-        if (next.isValid()) {
-            const auto following = m_document.documentLayout()->blockBoundingRect(next);
-            place.setBottom(std::min(place.bottom(), following.top()));
-        }
+        const auto place = placeOf(m_document, *frame);
         if (place.right() > m_width + 1 || place.left() < -1) {
             m_wideTables.push_back({place});
         }
@@ -125,7 +111,7 @@ void TextRow::setTableOffsets(const std::vector<int>& offsets) {
     }
 }
 
-void TextRow::paint(QPainter& painter, const TextLook& look, const QColor& ground) {
+void TextRow::paint(QPainter& painter, const TextLook& look) {
     const QRectF exposed(0, 0, m_width, m_height);
     QRegion text(exposed.toAlignedRect());
     for (const auto& table : m_wideTables) {
@@ -136,7 +122,7 @@ void TextRow::paint(QPainter& painter, const TextLook& look, const QColor& groun
     paintDocument(painter, look, exposed);
     painter.restore();
     for (const auto& table : m_wideTables) {
-        paintTable(painter, table, look, ground);
+        paintTable(painter, table, look);
     }
 }
 
@@ -151,29 +137,14 @@ void TextRow::paintDocument(QPainter& painter, const TextLook& look, const QRect
     painter.restore();
 }
 
-void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLook& look,
-                         const QColor& ground) const {
+void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLook& look) const {
     const auto band = bandOf(table);
     painter.save();
     painter.setClipRect(band.toAlignedRect(), Qt::IntersectClip);
     painter.translate(-table.offset, 0);
     paintDocument(painter, look, band.translated(table.offset, 0));
     painter.translate(table.offset, 0);
-    auto clear = ground;
-    clear.setAlpha(0);
-    const auto fading = look.space(Space::wide);
-    const auto fade = [&](double from, double to) {
-        QLinearGradient shade(from, 0, to, 0);
-        shade.setColorAt(0, ground);
-        shade.setColorAt(1, clear);
-        painter.fillRect(QRectF(std::min(from, to), band.top(), fading, band.height()), shade);
-    };
-    if (table.place.left() < table.offset - 1) {
-        fade(0, fading);
-    }
-    if (table.place.right() > table.offset + band.width() + 1) {
-        fade(band.width(), band.width() - fading);
-    }
+    paintWhereItGoesOn(painter, table.place.translated(-table.offset, 0), band, look);
     const auto part = band.width() / table.place.width();
     if (part < 1) {
         painter.setPen(Qt::NoPen);

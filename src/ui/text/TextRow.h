@@ -31,8 +31,7 @@ public:
     /// About how many times the memory of a one-line todo it takes; at least 1.
     int cost() const { return m_cost; }
 
-    /// `ground` is what the text stands on, into which a wide table fades where it goes on.
-    void paint(QPainter& painter, const TextLook& look, const QColor& ground);
+    void paint(QPainter& painter, const TextLook& look);
     /// Colours what code has no colours yet. False while some are awaited.
     bool color(richtext::CodeHighlighter& code, const TextLook& look);
 
@@ -57,8 +56,7 @@ private:
 
     void findWideTables();
     void paintDocument(QPainter& painter, const TextLook& look, const QRectF& clip) const;
-    void paintTable(QPainter& painter, const WideTable& table, const TextLook& look,
-                    const QColor& ground) const;
+    void paintTable(QPainter& painter, const WideTable& table, const TextLook& look) const;
     void move(WideTable& table, int offset) const;
     /// The part of the row that a table takes.
     QRectF bandOf(const WideTable& table) const;

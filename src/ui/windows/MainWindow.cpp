@@ -2,7 +2,6 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
@@ -57,7 +56,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                  .preferences = workspace.preferences},
                 theme),
       m_drafts(workspace, m_navigation, *m_boardPage, this),
-      m_layout(*this, *m_splitter, m_sidebarPlace, workspace.defaults) {
+      m_layout(*this, m_sidebarPlace, workspace.defaults) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
     setMinimumSize(kSmallestSize);
@@ -93,6 +92,7 @@ void MainWindow::layOut() {
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);
     m_storeNotice->setVisible(!m_workspace.context.container().allowsSave());
+    m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(1, 1);
     auto* const column = new QVBoxLayout(this);
@@ -277,9 +277,8 @@ void MainWindow::storeAll() {
 
 /// As a press outside of all that is being edited: panels, the name of a board, the entry.
 bool MainWindow::leaveAll() {
-    const auto isDismissed = Popover::dismissAll(*this);
     const auto isNamed = m_sidebar->leave();
-    return m_pages->current().leave() && isNamed && isDismissed;
+    return m_pages->current().leave() && isNamed;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

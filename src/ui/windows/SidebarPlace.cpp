@@ -20,7 +20,7 @@ namespace {
 /// A page is not to be narrower than this beside the sidebar.
 constexpr int kNarrowestPage = 360;
 constexpr int kWidthOver = 280;
-/// Beside the page, where the window was narrow from its start.
+/// Beside the page, before the user has given it another.
 constexpr int kFirstWidth = 220;
 /// What is left of the page at its side, to be pressed.
 constexpr int kLeftOfPage = 48;
@@ -29,8 +29,11 @@ constexpr int kLeftOfPage = 48;
 
 SidebarPlace::SidebarPlace(QWidget& window, QSplitter& splitter, Sidebar& sidebar,
                            const Theme& theme)
-    : m_window(window), m_splitter(splitter), m_sidebar(sidebar) {
+    : m_window(window), m_splitter(splitter), m_sidebar(sidebar), m_width(kFirstWidth) {
     window.installEventFilter(this);
+    splitter.installEventFilter(this);
+    connect(&splitter, &QSplitter::splitterMoved, this,
+            [this](int, int) { m_width = m_splitter.sizes().front(); });
     connect(qApp, &QApplication::focusChanged, this,
             [this](const QWidget*, const QWidget* now) { focusMoved(now); });
     // With a larger font the sidebar needs more of the window.
@@ -82,16 +85,24 @@ void SidebarPlace::setSearching(bool searching) {
     }
 }
 
+void SidebarPlace::setWidth(int width) {
+    m_width = std::max(width, 0);
+    divide();
+}
+
 void SidebarPlace::setWanted(bool wanted) {
     m_isWanted = wanted;
     if (!m_isNarrow) {
         m_sidebar.setVisible(wanted);
+        divide();
     }
 }
 
 bool SidebarPlace::eventFilter(QObject* watched, QEvent* event) {
     if (watched == &m_window && event->type() == QEvent::Resize) {
         arrange();
+    } else if (watched == &m_splitter && event->type() == QEvent::Resize) {
+        divide();
     } else if (event->type() == QEvent::MouseButtonPress && isOver()) {
         auto* const pressed = qobject_cast<QWidget*>(watched);
         if (pressed && pressed->window() == &m_window && pressed != &m_sidebar &&
@@ -113,12 +124,17 @@ void SidebarPlace::arrange() {
     } else if (isOver()) {
         placeOver();
     }
+    divide();
+}
+
+/// A window that was narrow has left it less room than it is to have.
+void SidebarPlace::divide() {
+    if (!m_isNarrow && m_splitter.sizes().front() != m_width) {
+        m_splitter.setSizes({m_width, std::max(1, m_splitter.width() - m_width)});
+    }
 }
 
 void SidebarPlace::fold() {
-    if (m_splitter.isVisible()) { // else it has no sizes yet
-        m_sizes = m_splitter.sizes();
-    }
     auto* const focused = QApplication::focusWidget();
     const bool hadKeyboard = m_sidebar.isAncestorOf(focused);
     const bool isTyping = hadKeyboard && focused == &m_sidebar.searchField();
@@ -143,8 +159,6 @@ void SidebarPlace::unfold() {
     // Who is at work in it goes on there.
     m_isWanted = m_isWanted || hasKeyboard;
     m_sidebar.setVisible(m_isWanted);
-    m_splitter.setSizes(m_sizes.isEmpty() ? QList<int>{kFirstWidth, m_window.width() - kFirstWidth}
-                                          : m_sizes);
     if (hasKeyboard) {
         focused->setFocus();
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QList>
 #include <QObject>
 
 class QSplitter;
@@ -31,6 +30,9 @@ public:
     /// While the page shows what is searched for, only the field lies over it.
     void setSearching(bool searching);
 
+    /// Beside the page, in pixels, as the user has it: however narrow the window is meanwhile.
+    int width() const { return m_width; }
+    void setWidth(int width);
     /// Whether it is to be beside the page where there is room.
     bool isWanted() const { return m_isWanted; }
     void setWanted(bool wanted);
@@ -44,6 +46,7 @@ protected:
 
 private:
     void arrange();
+    void divide();
     void fold();
     void unfold();
     void placeOver();
@@ -55,8 +58,7 @@ private:
     QWidget& m_window;
     QSplitter& m_splitter;
     Sidebar& m_sidebar;
-    /// Of the splitter's parts while they stand side by side.
-    QList<int> m_sizes;
+    int m_width;
     bool m_isWanted = true;
     bool m_isNarrow = false;
     bool m_isSearching = false;

@@ -54,8 +54,11 @@ Q_SIGNALS:
     void settingsRequested();
 
 private:
+    /// What becomes of the panels that are open: they belong to what stands there, which most
+    /// actions change.
+    enum class Panels { end, stay };
     template <typename Action>
-    QAction* addShortcut(const QKeySequence& keys, Action&& action);
+    QAction* addShortcut(const QKeySequence& keys, Action&& action, Panels panels = Panels::end);
     void addShortcuts();
     void startTodo();
     void startText();

@@ -2,18 +2,16 @@
 
 #include "ui/windows/SidebarPlace.h"
 
-#include <QSplitter>
+#include <QWidget>
 
 namespace korvex::ui {
 
 namespace {
 
 constexpr const char* kGeometryKey = "mainWindowGeometry";
-constexpr const char* kSplitterKey = "mainWindowSplitter";
+constexpr const char* kSidebarWidthKey = "mainWindowSidebarWidth";
 constexpr const char* kSidebarHiddenKey = "mainWindowSidebarHidden";
 constexpr QSize kFirstSize(960, 640);
-constexpr int kFirstSidebarWidth = 220;
-constexpr int kHandleWidth = 1;
 
 base::Bytes toBytes(const QByteArray& bytes) {
     return {bytes.begin(), bytes.end()};
@@ -25,19 +23,15 @@ QByteArray toByteArray(const base::Bytes& bytes) {
 
 } // namespace
 
-WindowLayout::WindowLayout(QWidget& window, QSplitter& splitter, SidebarPlace& sidebar,
-                           app::UserDefaults& defaults)
-    : m_window(window), m_splitter(splitter), m_sidebar(sidebar), m_defaults(defaults) {}
+WindowLayout::WindowLayout(QWidget& window, SidebarPlace& sidebar, app::UserDefaults& defaults)
+    : m_window(window), m_sidebar(sidebar), m_defaults(defaults) {}
 
 void WindowLayout::restore() {
     m_window.resize(kFirstSize);
-    m_splitter.setSizes({kFirstSidebarWidth, kFirstSize.width() - kFirstSidebarWidth});
-    if (const auto sizes = m_defaults.bytes(kSplitterKey)) {
-        m_splitter.restoreState(toByteArray(*sizes));
+    if (const auto width = m_defaults.integer(kSidebarWidthKey)) {
+        m_sidebar.setWidth(static_cast<int>(*width));
     }
-    m_splitter.setHandleWidth(kHandleWidth); // what was saved holds a width of its own
     m_sidebar.setWanted(!m_defaults.boolean(kSidebarHiddenKey).value_or(false));
-    // A narrow window folds the sidebar away, which is in its place until then.
     if (const auto geometry = m_defaults.bytes(kGeometryKey)) {
         m_window.restoreGeometry(toByteArray(*geometry));
     }
@@ -45,9 +39,7 @@ void WindowLayout::restore() {
 
 void WindowLayout::save() {
     m_defaults.setBytes(kGeometryKey, toBytes(m_window.saveGeometry()));
-    if (m_splitter.count() > 1) {
-        m_defaults.setBytes(kSplitterKey, toBytes(m_splitter.saveState()));
-    }
+    m_defaults.setInteger(kSidebarWidthKey, m_sidebar.width());
     m_defaults.setBoolean(kSidebarHiddenKey, !m_sidebar.isWanted());
 }
 

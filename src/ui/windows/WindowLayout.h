@@ -2,7 +2,6 @@
 
 #include "app/UserDefaults.h"
 
-class QSplitter;
 class QWidget;
 
 namespace korvex::ui {
@@ -13,8 +12,7 @@ class SidebarPlace;
 /// thread.
 class WindowLayout {
 public:
-    WindowLayout(QWidget& window, QSplitter& splitter, SidebarPlace& sidebar,
-                 app::UserDefaults& defaults);
+    WindowLayout(QWidget& window, SidebarPlace& sidebar, app::UserDefaults& defaults);
 
     /// Lays the window out as it was saved last; the first time in a size that suits most screens.
     void restore();
@@ -22,7 +20,6 @@ public:
 
 private:
     QWidget& m_window;
-    QSplitter& m_splitter;
     SidebarPlace& m_sidebar;
     app::UserDefaults& m_defaults;
 };

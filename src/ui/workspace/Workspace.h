@@ -53,6 +53,7 @@ struct Workspace {
     /// What was typed and cannot be stored is kept there.
     app::DraftFolder& drafts;
     storage::BackupService& backup;
+    /// It makes none by itself before it is started.
     storage::AutomaticBackupService& automaticBackups;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;

@@ -29,8 +29,8 @@ TEST(FileWatcher, HoweverAFileChangesItIsNoticed) {
         fs::create_symlink("dotfiles/settings.json", file);
     };
     for (const std::function<void()>& change : std::initializer_list<std::function<void()>>{
-             replace, write, replace, write, link, write, replace, write,
-             [&] { fs::remove(file); }, replace}) {
+             replace, write, replace, write, link, write, replace, write, [&] { fs::remove(file); },
+             replace}) {
         const auto before = changes;
         change();
         EXPECT_TRUE(QTest::qWaitFor([&] { return changes > before; }));

@@ -4,7 +4,10 @@
 //   once the operation has returned, "refused …" when it threw; a refused one is tried once more.
 // store_fault_driver verify STORE: opens the store as the next start would, says what it holds and
 //   what is wrong with it or with the backups beside it, and proves that it can still be written.
+//   verify-salvaged allows for what is missing.
 
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
 #include "base/Error.h"
 #include "model/SchemaVersions.h"
 #include "richtext/stored/RichTextSerializer.h"
@@ -12,10 +15,16 @@
 #include "services/BoardService.h"
 #include "services/EntryOrder.h"
 #include "services/EntryService.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackupHistory.h"
 #include "storage/BackupService.h"
+#include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
+#include "store/StoreSalvage.h"
+#include "store/StoreUpgrade.h"
+#include "support/OldStore.h"
 #include "support/SilentLog.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -24,6 +33,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <iostream>
 #include <map>
@@ -31,11 +42,13 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using namespace korvex;
 
 constexpr base::Instant kNow{800'000'000};
 constexpr base::Instant kLater{800'000'100};
 constexpr int kPreparedTodos = 12;
+constexpr std::size_t kKeptBackups = 2;
 
 /// writev, which no fault is planned for: the faults are the store's, not the report's.
 void say(const std::string& line) {
@@ -56,8 +69,12 @@ struct Program {
 
     void open(const std::string& file, store::ModelConfiguration::Missing whenMissing) {
         folder = std::filesystem::path(file).parent_path();
-        container = store::ModelContainer::open(model::currentSchema(),
-                                                {.file = file, .whenMissing = whenMissing}, log);
+        container =
+            store::ModelContainer::open(model::currentSchema(),
+                                        {.file = file,
+                                         .whenMissing = whenMissing,
+                                         .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                        log);
         context = std::make_unique<store::ModelContext>(*container);
     }
     services::BoardService boards() { return {*context, reminders, widgets, log}; }
@@ -256,6 +273,33 @@ void checkpoint(Program& program) {
     program.container->checkpoint();
 }
 
+/// Beside the store lie the settings, and the folder that they name.
+fs::path chosenFolder(Program& program) {
+    return fs::path(program.container->configuration().file).parent_path() / "chosen";
+}
+
+/// As the window does, from choosing the folder on.
+void backUp(Program& program) {
+    const auto& file = program.container->configuration().file;
+    app::FileUserDefaults defaults(file.parent_path() / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    const auto chosen = chosenFolder(program);
+    std::error_code ignored;
+    fs::create_directory(chosen, ignored);
+    preferences.setAutomaticBackupBookmark(storage::FolderBookmark::make(chosen).bytes());
+    auto backup = storage::automaticBackup(preferences, file, kLater);
+    backup.keeping = kKeptBackups;
+    storage::Work work;
+    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
+    storage::recordSuccess(backup, preferences);
+    if (made.pruningFailure) {
+        std::rethrow_exception(made.pruningFailure);
+    }
+}
+
+/// Opening has done it.
+void upgrade(Program&) {}
+
 using Operation = void (*)(Program&);
 const std::map<std::string, Operation> kOperations{
     {"prepare", prepare},
@@ -273,10 +317,54 @@ const std::map<std::string, Operation> kOperations{
     {"restore-deleted", restoreDeleted},
     {"save", save},
     {"checkpoint", checkpoint},
+    {"upgrade", upgrade},
+    {"automatic-backup", backUp},
     {"export", exportBackup},
     {"import", importBackup},
     {"undo-import", undoImport},
 };
+
+/// A store of the oldest version, for the upgrade to start from.
+void prepareOld(const std::string& file) {
+    std::filesystem::create_directories(std::filesystem::path(file).parent_path());
+    tests::OldStore old(file, tests::OldStore::version("V10"));
+    const auto board = base::Uuid::random();
+    old.addBoard({{"id", board},
+                  {"name", std::string("Inbox")},
+                  {"createdAt", 1.0},
+                  {"updatedAt", 1.0},
+                  {"sortOrder", std::int64_t{0}},
+                  {"isSystem", std::int64_t{1}}});
+    for (std::int64_t i = 0; i < kPreparedTodos; ++i) {
+        old.addEntry({{"id", base::Uuid::random()},
+                      {"type", std::string(i % 2 == 0 ? "todo" : "text")},
+                      {"content", "old " + std::to_string(i) + std::string(500, 'x')},
+                      {"createdAt", 1.0},
+                      {"updatedAt", 1.0},
+                      {"sortOrder", i},
+                      {"isCompleted", std::int64_t{0}},
+                      {"board", board}});
+    }
+}
+
+/// A page of entries is gone.
+void prepareDamaged(const std::string& file) {
+    Program program;
+    program.open(file, store::ModelConfiguration::Missing::create);
+    prepare(program);
+    std::vector<std::string> contents;
+    for (int i = 0; i < kPreparedTodos; ++i) {
+        contents.push_back(std::to_string(i) + std::string(900, 'y'));
+    }
+    program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
+    program.container->checkpoint();
+    const int page = SQLite::Database(file, SQLite::OPEN_READONLY)
+                         .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
+                                     "pagetype = 'leaf'");
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(std::streamoff{4096} * (page - 1));
+    stream << std::string(4096, '\0');
+}
 
 /// Whether it succeeded; a refusal is said.
 bool attempt(const char* what, const std::function<void()>& work) {
@@ -287,6 +375,26 @@ bool attempt(const char* what, const std::function<void()>& work) {
         say(std::string("refused ") + what + ": " + error.errorDescription());
         return false;
     }
+}
+
+int performSalvage(const std::string& file) {
+    // As a repair does: what was saved already is not saved again.
+    const auto salvage = [&] {
+        {
+            Program program;
+            program.open(file, store::ModelConfiguration::Missing::refuse);
+            if (!program.container->check().isDamaged) {
+                return;
+            }
+        }
+        tests::SilentLog log;
+        store::salvageStore(file, model::currentSchema(), std::chrono::milliseconds(50), log);
+    };
+    if (!attempt("operation", salvage) && !attempt("operation again", salvage)) {
+        return 1;
+    }
+    say("acknowledged");
+    return 0;
 }
 
 int perform(const std::string& name, const std::string& file) {
@@ -317,10 +425,29 @@ int perform(const std::string& name, const std::string& file) {
     return 0;
 }
 
-int verify(const std::string& file) {
+int prepared(void (*make)(const std::string&), const std::string& file) {
+    make(file);
+    say("acknowledged");
+    return 0;
+}
+
+/// What has the file to itself.
+const std::map<std::string, int (*)(const std::string&)> kFiles{
+    {"prepare-old", [](const std::string& file) { return prepared(prepareOld, file); }},
+    {"prepare-damaged", [](const std::string& file) { return prepared(prepareDamaged, file); }},
+    {"salvage", performSalvage},
+};
+
+/// What is missing from a damaged store leaves gaps.
+enum class Gaps { wrong, expected };
+
+int verify(const std::string& file, Gaps gaps) {
     Program program;
     try {
         program.open(file, store::ModelConfiguration::Missing::refuse);
+        if (!program.container->wasUpgraded()) {
+            store::removeFormerStores(file, model::currentSchema());
+        }
     } catch (const store::StoreError& error) {
         say(error.which() == store::StoreErrorCase::missing ? "state none"
                                                             : "WRONG " + error.errorDescription());
@@ -341,6 +468,9 @@ int verify(const std::string& file) {
         }
     }
     for (const model::Board* board : program.boards().boards()) {
+        if (gaps == Gaps::expected) {
+            break;
+        }
         std::vector<std::int64_t> orders;
         for (const model::Entry* entry : board->entries()) {
             orders.push_back(entry->sortOrder());
@@ -351,6 +481,16 @@ int verify(const std::string& file) {
                 say("WRONG order in " + board->name());
                 break;
             }
+        }
+    }
+    if (fs::exists(chosenFolder(program))) {
+        const auto backups = storage::backupsIn(chosenFolder(program));
+        storage::Work work;
+        for (const auto& backup : backups) {
+            storage::checkBackup(backup, program.log, work);
+        }
+        if (backups.size() < kKeptBackups) {
+            say("WRONG: a backup was lost");
         }
     }
     for (const auto& backup : {program.exportedFile(), program.recoveryFile()}) {
@@ -370,11 +510,17 @@ int verify(const std::string& file) {
 int main(int count, char** arguments) {
     const std::vector<std::string> words(arguments + 1, arguments + count);
     try {
+        if (words.size() == 3 && words[0] == "perform" && kFiles.contains(words[1])) {
+            return kFiles.at(words[1])(words[2]);
+        }
         if (words.size() == 3 && words[0] == "perform" && kOperations.contains(words[1])) {
             return perform(words[1], words[2]);
         }
         if (words.size() == 2 && words[0] == "verify") {
-            return verify(words[1]);
+            return verify(words[1], Gaps::wrong);
+        }
+        if (words.size() == 2 && words[0] == "verify-salvaged") {
+            return verify(words[1], Gaps::expected);
         }
     } catch (const std::exception& error) {
         say(std::string("WRONG exception: ") + error.what());

@@ -305,28 +305,33 @@ TEST_F(FormatBarTest, TheLanguageOfCodeIsShownAndChosen) {
     EXPECT_EQ(button("Language").text(), QStringLiteral("Plain Text"));
 }
 
-TEST(BarPlaceTest, TheBarIsBesideTheRowAndNeverOnWhatIsTyped) {
+TEST(BarPlaceTest, TheBarIsBesideTheRowOrAtTheEdgeThatTheRowReachesBeyond) {
+    using Edge = BarPlace::Edge;
     struct Case {
         const char* what;
         QRect row;
-        int caret;
+        int above;
         int top;
+        Edge edge = Edge::none;
     };
     const QRect sight(0, 0, 400, 300);
-    for (const auto& [what, row, caret, top] :
-         {Case{"room over it", QRect(8, 100, 384, 50), 110, 60},
-          Case{"the first row", QRect(8, 4, 384, 50), 10, 58},
-          Case{"a row that fills the list, typed in above", QRect(8, 4, 384, 290), 10, 260},
-          Case{"and below", QRect(8, 4, 384, 290), 200, 4},
-          Case{"one that begins out of sight", QRect(8, -500, 384, 700), 100, 4},
-          Case{"typed in at the edge", QRect(8, -500, 384, 700), 20, 260}}) {
-        const QRect line(20, caret, 1, 18);
-        const auto bar =
-            placeOfBar({200, 36}, {.sight = sight, .row = row, .caret = line, .distance = 4});
+    for (const auto& [what, row, above, top, edge] :
+         {Case{"room over it", QRect(8, 100, 384, 50), 100, 60},
+          Case{"just enough", QRect(8, 44, 384, 50), 44, 4},
+          Case{"one that begins at the edge", QRect(8, 20, 384, 50), 500, 4, Edge::top},
+          Case{"out of sight", QRect(8, -500, 384, 700), 500, 4, Edge::top},
+          Case{"the first row", QRect(8, 4, 384, 50), 4, 58},
+          Case{"the first row, higher than the list", QRect(8, 4, 384, 900), 4, 260, Edge::foot},
+          Case{"and scrolled", QRect(8, -300, 384, 900), 4, 260, Edge::foot},
+          Case{"to its end", QRect(8, -650, 384, 900), 4, 254}}) {
+        const auto [bar, kept] =
+            placeOfBar({200, 36}, {.sight = sight, .row = row, .above = above, .distance = 4});
         EXPECT_EQ(bar, QRect(8, top, 200, 36)) << what;
+        EXPECT_EQ(kept, edge) << what;
     }
-    EXPECT_EQ(placeOfBar({900, 36}, {.sight = sight, .row = {8, 100, 384, 50}, .distance = 4}),
-              QRect(8, 60, 384, 36))
+    const BarSurroundings wide{
+        .sight = sight, .row = {8, 100, 384, 50}, .above = 100, .distance = 4};
+    EXPECT_EQ(placeOfBar({900, 36}, wide).bar, QRect(8, 60, 384, 36))
         << "what does not fit goes into its menu";
 }
 

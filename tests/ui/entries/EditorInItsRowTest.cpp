@@ -69,7 +69,7 @@ TEST_F(EditorInItsRowTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
         own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
     }
     own.entries.updateSchedule(*todos[2], model::TodoSchedule::dueAt(kNow - 86400.0 * 400), kNow);
-    for (const int width : {500, 180}) {
+    for (const int width : {500, 360, 180}) {
         page.resize(width, 600);
         for (const auto size : app::AppPreferences::kFontSizes) {
             preferences.setFontSize(size);
@@ -100,6 +100,17 @@ TEST_F(EditorInItsRowTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
             }
         }
     }
+}
+
+TEST_F(EditorInItsRowTest, OneRingIsDrawnAroundWhatHasTheKeyboard) {
+    edit(*add({"a"}).front());
+    const auto hasRing = [this] {
+        const QPoint onEdge(todoEditor().width() / 2, RowFrame::of(theme).boxTop);
+        return todoEditor().grab().toImage().pixelColor(onEdge) == theme.colors().accent;
+    };
+    EXPECT_TRUE(hasRing());
+    todoEditor().findChild<QToolButton*>()->setFocus();
+    EXPECT_FALSE(hasRing());
 }
 
 TEST_F(EditorInItsRowTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {
@@ -181,20 +192,69 @@ TEST_F(EditorInItsRowTest, ATextStandsInItsEditorAsInItsRow) {
     const auto& entry = addFormatted(text);
     page.resize(600, 700);
     QApplication::processEvents();
-    page.list().setCurrentRow(0);
     auto& viewport = *page.list().viewport();
-    const auto place = placeOf(entry);
-    ASSERT_LT(place.bottom(), viewport.height());
-    // Neither the row's frame nor the row above, over which the bar floats.
-    const auto inside = place.adjusted(12, 8, -12, -8);
-    const auto before = viewport.grab(inside).toImage();
-    edit(entry);
-    field().setCursorWidth(0);
-    EXPECT_EQ(placeOf(entry), place);
-    const auto* const bar = page.findChild<FormatBar*>();
-    EXPECT_TRUE(bar->isVisible());
-    EXPECT_FALSE(bar->geometry().intersects(inside));
-    EXPECT_TRUE(viewport.grab(inside).toImage() == before);
+    for (const auto direction : {Qt::RightToLeft, Qt::LeftToRight}) {
+        SCOPED_TRACE(direction);
+        QApplication::setLayoutDirection(direction);
+        page.list().forgetLabels();
+        QApplication::processEvents();
+        page.list().setCurrentRow(0);
+        const auto place = placeOf(entry);
+        ASSERT_LT(place.bottom(), viewport.height());
+        // Neither the row's frame nor the row above, over which the bar floats.
+        const auto inside = place.adjusted(12, 8, -12, -8);
+        const auto before = viewport.grab(inside).toImage();
+        edit(entry);
+        field().setCursorWidth(0);
+        EXPECT_EQ(placeOf(entry), place);
+        const auto* const bar = page.findChild<FormatBar*>();
+        EXPECT_TRUE(bar->isVisible());
+        EXPECT_FALSE(bar->geometry().intersects(inside));
+        EXPECT_TRUE(viewport.grab(inside).toImage() == before);
+        key(Qt::Key_Escape);
+    }
+}
+
+TEST_F(EditorInItsRowTest, TheBarStaysAtOneEdgeAndNeverOnWhatIsTyped) {
+    const auto rows = static_cast<int>(add(std::vector<std::string>(5, "above")).size());
+    auto& entry = addText(QByteArray("line\n").repeated(80).toStdString());
+    add(std::vector<std::string>(20, "below"));
+    page.resize(500, 400);
+    const auto& bar = *page.findChild<FormatBar*>();
+    const auto& sight = *list().viewport();
+    const auto caret = [&] {
+        return QRect(field().mapTo(&sight, field().cursorRect().topLeft()),
+                     field().cursorRect().size());
+    };
+    for (const bool isFirst : {false, true}) {
+        if (isFirst) {
+            own.entries.moveEntry(entry.id(), -rows, *inbox);
+            page.refresh();
+        }
+        edit(entry);
+        const auto expectSound = [&](const char* what) {
+            EXPECT_TRUE(sight.rect().contains(caret())) << what;
+            EXPECT_FALSE(bar.geometry().intersects(caret())) << what;
+            EXPECT_EQ(bar.y() < sight.height() / 3, !isFirst) << what;
+        };
+        key(Qt::Key_Home, Qt::ControlModifier);
+        expectSound("at the beginning");
+        for (int step = 0; step < 70; ++step) {
+            key(Qt::Key_Down);
+            expectSound("on the way down");
+        }
+        for (int step = 0; step < 70; ++step) {
+            key(Qt::Key_Up);
+            expectSound("on the way up");
+        }
+        setCaret(200);
+        list().verticalScrollBar()->setValue(list().verticalScrollBar()->maximum());
+        type("x");
+        expectSound("out of sight");
+        EXPECT_NEAR(caret().y(), sight.height() / 3, sight.height() / 6)
+            << "it comes back with what is around it";
+        key(Qt::Key_Escape);
+    }
 }
 
 TEST_F(EditorInItsRowTest, ATextIsAsHighAsItsLines) {
@@ -227,6 +287,10 @@ TEST_F(EditorInItsRowTest, AWideTablesScrollBarHasRoomOfItsOwnWhereItIsNeeded) {
         QApplication::processEvents();
         EXPECT_EQ(field().horizontalScrollBar()->isVisible(), hasBar);
         EXPECT_EQ(field().viewport()->height(), std::ceil(field().document()->size().height()));
+        const auto seen = field().viewport()->grab().toImage();
+        for (int y = 0; hasBar && y < seen.height(); ++y) {
+            ASSERT_GT(qGray(seen.pixel(seen.width() - 1, y)), 245) << "it fades where it goes on";
+        }
     };
     constexpr int kRoomy = 3'000;
     constexpr int kTight = 1'000;

@@ -150,7 +150,7 @@ TEST_F(TextRowTest, MarkersStandAtOneDistanceBeforeTheText) {
             QImage seen(kWidth, row.height(), QImage::Format_RGB32);
             seen.fill(Qt::white);
             QPainter painter(&seen);
-            row.paint(painter, look, Qt::white);
+            row.paint(painter, look);
             painter.end();
             const auto isRightToLeft = *letters != u't';
             const auto isInked = [&](int fromText) {

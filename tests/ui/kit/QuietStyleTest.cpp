@@ -158,9 +158,13 @@ TEST_F(ScrollHandleTest, ComesWhileOneScrollsOrPointsAndFadesAMomentLater) {
     EXPECT_GT(handle.opacity(), 0);
     EXPECT_LT(handle.opacity(), 1);
     QApplication::sendEvent(&list, &enter);
+    EXPECT_EQ(handle.opacity(), 1);
     letTimePass(1);
-    EXPECT_EQ(handle.opacity(), 1) << "as long as the pointer is there";
-    QApplication::sendEvent(&list, &leave);
+    EXPECT_EQ(handle.opacity(), 0) << "though the pointer rests there";
+    QApplication::sendEvent(&bar(), &enter);
+    letTimePass(1);
+    EXPECT_EQ(handle.opacity(), 1) << "as long as it is on the bar";
+    QApplication::sendEvent(&bar(), &leave);
     EXPECT_EQ(handle.opacity(), 1);
     letTimePass(1);
     EXPECT_EQ(handle.opacity(), 0);

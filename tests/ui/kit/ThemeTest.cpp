@@ -3,6 +3,8 @@
 #include "ui/WindowFixture.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
+#include <QSignalSpy>
+
 namespace korvex::ui {
 namespace {
 
@@ -52,6 +54,16 @@ TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
         }
     }
     QApplication::setPalette(before);
+}
+
+TEST_F(ThemeTest, ChangesForNoSettingThatIsNotItsOwn) {
+    QSignalSpy changes(&theme, &Theme::changed);
+    preferences.setAutomaticBackupLastSuccess(kNow);
+    preferences.setMainBoardSelectedBoardID(inbox->id());
+    EXPECT_EQ(changes.count(), 0);
+    preferences.setFontSize(20);
+    preferences.setBoardSpacing(app::AppPreferences::BoardSpacing::comfortable);
+    EXPECT_EQ(changes.count(), 2);
 }
 
 TEST_F(ThemeTest, ThePreferenceOverrulesTheSystem) {

@@ -9,6 +9,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include <algorithm>
 #include <random>
@@ -306,7 +307,7 @@ TEST_F(UpcomingPageTest, ReturnADoubleClickAndTheMenuOpenTheEntryOnItsBoard) {
     }
     items.removeAll(QString());
     EXPECT_EQ(items, QStringList({QStringLiteral("Go to entry"), QStringLiteral("Schedule…"),
-                                  QStringLiteral("Complete"), QStringLiteral("Delete")}));
+                                  QStringLiteral("Complete"), QStringLiteral("Delete todo")}));
     menu->actions().front()->trigger();
     EXPECT_THAT(opened, ElementsAre(&todo, &todo, &todo));
 }
@@ -317,7 +318,7 @@ TEST_F(UpcomingPageTest, TheDueLabelAndControlDOpenTheSchedule) {
     const auto popover = [this] { return page.findChild<SchedulePopover*>(); };
     QTest::mouseClick(
         list().viewport(), Qt::LeftButton, {},
-        list().viewport()->mapFromGlobal(list().detailRect(listModel().rowOf(todo)).center()));
+        list().viewport()->mapFromGlobal(list().scheduleAnchor(listModel().rowOf(todo)).center()));
     ASSERT_NE(popover(), nullptr);
     for (auto* const button : popover()->findChildren<QPushButton*>()) {
         if (button->text() == QStringLiteral("Tomorrow")) {
@@ -377,6 +378,22 @@ TEST_F(UpcomingPageTest, ChangesFromElsewhereLeaveChoiceAndPlaceOnTheScreenAlone
     EXPECT_EQ(currentText(), "todo 100");
     EXPECT_EQ(rectOf(list().currentRow()).top(), place);
     EXPECT_EQ(listModel().text(listModel().rowOf(*todos[101])), QStringLiteral("changed"));
+}
+
+TEST_F(UpcomingPageTest, TheRowUnderAPointerThatRestsIsMarkedWhateverScrolls) {
+    for (int i = 0; i < 30; ++i) {
+        addTodo("a todo", TodoSchedule::dueOn(20250310));
+    }
+    show();
+    const QPoint rest(350, 200);
+    const auto seen = [this] { return list().viewport()->grab().toImage(); };
+    point(rest);
+    for (const int value : {90, 200}) {
+        list().verticalScrollBar()->setValue(value);
+        const auto scrolled = seen();
+        point(rest);
+        EXPECT_TRUE(seen() == scrolled);
+    }
 }
 
 TEST_F(UpcomingPageTest, ALongerTextElsewhereMakesItsRowHigher) {

@@ -4,6 +4,7 @@
 #include "services/EntryOrder.h"
 #include "ui/windows/WindowContents.h"
 
+#include <QAbstractAnimation>
 #include <QApplication>
 #include <QFile>
 #include <QMenu>
@@ -22,6 +23,7 @@ namespace korvex::tests {
 namespace {
 
 constexpr int kForColors = 5'000; // milliseconds
+constexpr int kForMotion = 1'000;
 
 } // namespace
 
@@ -83,9 +85,18 @@ void PicturedWindow::backUp(const ui::Workspace& workspace) {
     }
 }
 
+/// Some of Qt's own motion heeds no wish for stillness.
+bool PicturedWindow::isStill() const {
+    const auto motions = m_window->findChildren<QAbstractAnimation*>();
+    return std::none_of(motions.begin(), motions.end(), [](const QAbstractAnimation* motion) {
+        return motion->state() == QAbstractAnimation::Running;
+    });
+}
+
 QImage PicturedWindow::picture() {
     QTest::qWait(20); // what follows an event by a timer
     static_cast<void>(QTest::qWaitFor([this] { return m_scenes->isSettled(); }));
+    static_cast<void>(QTest::qWaitFor([this] { return isStill(); }, kForMotion));
     auto& shown = m_scenes->shown();
     auto window = shown.grab();
     auto* const menu = QApplication::activePopupWidget();

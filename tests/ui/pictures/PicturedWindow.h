@@ -53,6 +53,7 @@ public:
 
 private:
     void backUp(const ui::Workspace& workspace);
+    bool isStill() const;
 
     TemporaryFolder m_folder;
     base::StandardErrorLog m_log{base::LogLevel::warning};

@@ -16,7 +16,11 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
 #include <QPainter>
+#include <QTemporaryFile>
 #include <QThreadPool>
 
 #include <algorithm>
@@ -24,6 +28,7 @@
 #include <atomic>
 #include <cstdio>
 #include <map>
+#include <stdexcept>
 #include <string_view>
 
 namespace {
@@ -65,6 +70,9 @@ constexpr std::array kVariants{
             .scale = 2},
 };
 
+/// So large is the screen: menus and choice lists stay on it.
+constexpr QSize kScreen(1'600, 900);
+
 constexpr QSize kCell(900, 620);
 constexpr int kColumns = 3;
 constexpr int kLabel = 24;
@@ -86,6 +94,18 @@ void save(const QImage& picture, const QString& file) {
 
 QString fileOf(const QDir& folder, const QString& variant, const QString& scene) {
     return folder.filePath(variant + QLatin1Char('/') + scene + QStringLiteral(".png"));
+}
+
+/// As Qt's platform without a screen reads it; what is not said is as usual.
+void describeScreen(QTemporaryFile& file, int scale) {
+    const QJsonObject screen{{"width", scale * kScreen.width()},
+                             {"height", scale * kScreen.height()},
+                             {"logicalDpi", 96},
+                             {"dpr", 1}};
+    const auto text = QJsonDocument(QJsonObject{{"screens", QJsonArray{screen}}}).toJson();
+    if (!file.open() || file.write(text) != text.size() || !file.flush()) {
+        throw std::runtime_error("the screen cannot be described");
+    }
 }
 
 /// Such a store has no main window.
@@ -202,7 +222,9 @@ int main(int argc, char* argv[]) {
         return 2;
     }
     // One look everywhere: no screen, no desktop's theme, one locale and zone.
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QTemporaryFile screen;
+    describeScreen(screen, parser.value(scale).toInt());
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(screen.fileName()));
     qputenv("QT_QPA_PLATFORMTHEME", "none");
     qputenv("QT_SCALE_FACTOR", parser.value(scale).toUtf8());
     qputenv("LC_ALL", "en_US.UTF-8");

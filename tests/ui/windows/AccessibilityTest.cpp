@@ -5,13 +5,16 @@
 #include "ui/WindowFixture.h"
 #include "ui/boards/SidebarRow.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/overview/TodoListView.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 #include "ui/windows/StoreErrorWindow.h"
 #include "ui/windows/WindowScenes.h"
 
+#include <QLabel>
 #include <QMenu>
+#include <QPushButton>
 #include <QToolButton>
 
 #include <gmock/gmock.h>
@@ -74,6 +77,28 @@ TEST_F(AccessibilityTest, WhateverIsInSightCanBeFoundAndNamedAndReached) {
         EXPECT_THAT(found.problems(), IsEmpty()) << scene.name;
         EXPECT_THAT(found.text(), HasSubstr(scene.shows)) << scene.name;
         EXPECT_THAT(found.text(), HasSubstr("Window: ")) << scene.name;
+        scenes->close();
+    }
+}
+
+TEST_F(AccessibilityTest, NoWordOfAButtonOrALabelIsCutInTheNarrowestWindow) {
+    const ui::InstalledStyle style(theme);
+    preferences.setFontSize(app::AppPreferences::kFontSizes.back());
+    window->resize(window->minimumSize().width(), 700);
+    for (const auto& scene : scenes->all()) {
+        scenes->open(scene);
+        for (const auto* const part : window->findChildren<QWidget*>()) {
+            const auto* const button = qobject_cast<const QPushButton*>(part);
+            const auto* const label = qobject_cast<const QLabel*>(part);
+            const auto words = button ? button->text() : label ? label->text() : QString();
+            const auto wanted = label && label->wordWrap()
+                                    ? QSize(0, label->heightForWidth(label->width()))
+                                    : part->minimumSizeHint();
+            if (!words.isEmpty() && part->isVisible()) {
+                EXPECT_EQ(part->size().expandedTo(wanted), part->size())
+                    << scene.name << ": " << words.toStdString();
+            }
+        }
         scenes->close();
     }
 }

@@ -130,7 +130,7 @@ TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWordsAndCountsTheOpenEntries)
     auto* const sheet = sidebar.findChild<ConfirmationSheet*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->accessibleName(),
-              toQString(work->deletionMessage()) + QStringLiteral("\nOpen entries to delete: 2."));
+              QStringLiteral("Open entries to delete: 2.\n") + toQString(work->deletionMessage()));
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // on the button that cancels
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));

@@ -83,14 +83,19 @@ void WindowScenes::addBoardScenes() {
     add(
         "error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
         "AlertMessage: It is broken.");
-    if (m_todo) {
-        add(
-            "undo",
-            [this] {
-                page().offer(QStringLiteral("Deleted “Buy milk”."), QStringLiteral("Undo"), [] {});
-            },
-            "Button: Undo");
-    }
+    add(
+        "undo",
+        [this] { // one more than there are: all others stay
+            const auto added = m_workspace.entries.createTodos(
+                {.contents = {"Buy milk"},
+                 .board = *m_inbox,
+                 .after = m_todo ? std::optional(m_todo->id()) : std::nullopt,
+                 .now = m_workspace.clock.now()});
+            page().refresh();
+            choose(*added.front());
+            key(Qt::Key_Delete);
+        },
+        "Button: Undo");
 }
 
 void WindowScenes::addEditingScenes() {
@@ -148,6 +153,7 @@ void WindowScenes::addPanelScenes() {
             [this] {
                 choose(*m_todo);
                 key(Qt::Key_D, Qt::ControlModifier);
+                QApplication::processEvents(); // what is filled in finds its place
                 focus("Due day");
                 key(Qt::Key_Down, Qt::AltModifier);
             },

@@ -1,6 +1,7 @@
 #include "ui/kit/lists/RowListView.h"
 
 #include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
 
@@ -38,7 +39,9 @@ bool RowListView::goTo(int row) {
 }
 
 int RowListView::pointedSign() const {
-    return m_pointer && partUnder(*m_pointer) == RowPart::sign ? indexAt(*m_pointer).row() : -1;
+    return m_pointer && !m_isByKeys && partUnder(*m_pointer) == RowPart::sign
+               ? indexAt(*m_pointer).row()
+               : -1;
 }
 
 Column RowListView::column() const {
@@ -91,11 +94,21 @@ bool RowListView::canBeChosen(const QModelIndex& index) const {
 }
 
 void RowListView::follow(const QMouseEvent& event) {
-    const auto position = event.position().toPoint();
-    const auto index = indexAt(position);
-    m_pointer = position;
+    m_pointer = event.position().toPoint();
+    m_isByKeys = false;
+    showPointed(event.modifiers());
+}
+
+void RowListView::rowsPlaced() {
+    if (m_pointer) {
+        showPointed(QGuiApplication::keyboardModifiers());
+    }
+}
+
+void RowListView::showPointed(Qt::KeyboardModifiers modifiers) {
+    const auto index = indexAt(*m_pointer);
     setHoveredRow(canBeChosen(index) ? index.row() : -1);
-    updateCursor(position, event.modifiers());
+    updateCursor(*m_pointer, modifiers);
 }
 
 void RowListView::updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers) {
@@ -145,6 +158,7 @@ void RowListView::mousePressEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     const auto index = indexAt(position);
     m_pointer = position;
+    m_isByKeys = false;
     m_pressed = index;
     m_pressedPart = partUnder(position);
     // A press would make even a row current that cannot be chosen.
@@ -202,7 +216,7 @@ void RowListView::leaveEvent(QEvent* event) {
 
 bool RowListView::event(QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
-        m_pointer.reset();
+        m_isByKeys = true;
         const auto typed = static_cast<QKeyEvent*>(event)->text();
         if (!typed.isEmpty() && typed.front().isPrint() && !typed.front().isSpace()) {
             m_sinceLetter.start();

@@ -81,6 +81,8 @@ protected:
     RowPart pressedPart() const { return m_pressedPart; }
     /// Shows what the pointer is over.
     void follow(const QMouseEvent& event);
+    /// Other rows have come under a pointer that rests.
+    void rowsPlaced() override;
     void updateCursor(const QPoint& position, Qt::KeyboardModifiers modifiers);
     static bool isByTab(const QFocusEvent& event);
     /// Whether the key is meant to tick what is chosen: Space alone, not held down, and not the
@@ -104,13 +106,16 @@ private:
     /// Letting go of the button is no click any more.
     void forgetPress() { m_pressed = QPersistentModelIndex(); }
     bool canBeChosen(const QModelIndex& index) const;
+    void showPointed(Qt::KeyboardModifiers modifiers);
     void setHoveredRow(int row);
 
     const Theme& m_theme;
     ArrivingRows m_arriving{*this};
     int m_hoveredRow = -1;
-    /// Where the pointer is in the viewport, until it leaves or a key is pressed.
+    /// Where the pointer is in the viewport, until it leaves.
     std::optional<QPoint> m_pointer;
+    /// Since a key was pressed, the pointer was not used.
+    bool m_isByKeys = false;
     QPersistentModelIndex m_pressed;
     RowPart m_pressedPart = RowPart::none;
     /// Since a letter was typed.

@@ -1,11 +1,12 @@
 #include "ui/kit/overlays/ConfirmationSheet.h"
 
+#include "ui/kit/controls/ButtonRow.h"
 #include "ui/kit/theme/Danger.h"
 #include "ui/kit/words/Text.h"
 
-#include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace korvex::ui {
 
@@ -24,17 +25,12 @@ ConfirmationSheet::ConfirmationSheet(const QString& message, const QString& acti
         // Return presses the button that has the keyboard, as everywhere in the window.
         button->setAutoDefault(true);
     }
-    auto* const buttons = new QHBoxLayout;
-    buttons->setSpacing(theme.space(Space::medium));
-    buttons->addStretch();
-    buttons->addWidget(cancel);
-    buttons->addWidget(confirm);
     auto* const column = new QVBoxLayout(this);
     const auto margin = theme.space(Space::wide);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(margin);
     column->addWidget(text);
-    column->addLayout(buttons);
+    column->addLayout(new ButtonRow({cancel, confirm}, theme.space(Space::medium)));
     setFocusProxy(cancel);
     connect(cancel, &QPushButton::clicked, this, &Popover::closeNow);
     connect(confirm, &QPushButton::clicked, this, [this] {

@@ -13,6 +13,26 @@
 
 namespace korvex::ui {
 
+namespace {
+
+/// A menu is a window of its own: its parents lead to the one that it was opened from.
+bool isOf(const QWidget& window, const QWidget& menu) {
+    const auto* from = &menu;
+    while (from && from != &window) {
+        from = from->parentWidget();
+    }
+    return from != nullptr;
+}
+
+void closeMenus(const QWidget& window) {
+    for (auto* menu = QApplication::activePopupWidget(); menu && isOf(window, *menu);
+         menu = QApplication::activePopupWidget()) {
+        menu->close();
+    }
+}
+
+} // namespace
+
 Popover::Popover(const Theme& theme, QWidget* window)
     : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -53,7 +73,15 @@ void Popover::closeNow() {
     }
 }
 
+void Popover::end() {
+    dismiss();
+    if (!isHidden()) {
+        closeNow();
+    }
+}
+
 bool Popover::dismissAll(const QWidget& window) {
+    closeMenus(window);
     const auto popovers = window.findChildren<Popover*>();
     return std::all_of(popovers.begin(), popovers.end(), [](Popover* open) {
         if (open->isVisible()) {
@@ -61,6 +89,15 @@ bool Popover::dismissAll(const QWidget& window) {
         }
         return !open->isVisible();
     });
+}
+
+void Popover::endAll(const QWidget& window) {
+    closeMenus(window);
+    for (auto* const open : window.findChildren<Popover*>()) {
+        if (open->isVisible()) {
+            open->end();
+        }
+    }
 }
 
 const Popover* Popover::panelOf(const QWidget* widget) {
@@ -104,18 +141,33 @@ void Popover::placeAgain() {
     const auto inside = [margin](int wanted, int extent, int whole) {
         return std::max(margin, std::min(wanted, whole - extent - margin));
     };
-    QPoint place((area->width() - width()) / 2, (area->height() - height()) / 2);
-    if (m_anchor) {
-        const auto distance = m_theme.space(Space::small);
-        const auto above = m_anchor->top() - distance - height();
-        place.setY(m_anchor->bottom() + 1 + distance);
-        if (place.y() + height() > area->height() - margin && above >= margin) {
-            place.setY(above);
-        }
-        const auto isAtRight = m_anchor->center().x() > area->width() / 2;
-        place.setX(isAtRight ? m_anchor->right() + 1 - width() : m_anchor->left());
-    }
+    const auto place = m_anchor
+                           ? placeBy(*m_anchor)
+                           : QPoint((area->width() - width()) / 2, (area->height() - height()) / 2);
     move(inside(place.x(), width(), area->width()), inside(place.y(), height(), area->height()));
+}
+
+QPoint Popover::placeBy(const QRect& anchor) const {
+    const auto distance = m_theme.space(Space::small);
+    const auto margin = m_theme.space(Space::medium);
+    const auto area = parentWidget()->rect().adjusted(margin, margin, -margin, -margin);
+    const auto isAtRight = anchor.center().x() > area.center().x();
+    const auto x = isAtRight ? anchor.right() + 1 - width() : anchor.left();
+    const auto below = anchor.bottom() + 1 + distance;
+    if (below + height() <= area.bottom() + 1) {
+        return {x, below};
+    }
+    const auto above = anchor.top() - distance - height();
+    if (above >= area.top()) {
+        return {x, above};
+    }
+    const auto before = anchor.left() - distance - width();
+    const auto after = anchor.right() + 1 + distance;
+    const auto isAfterFree = after + width() <= area.right() + 1;
+    if (isAfterFree || before >= area.left()) {
+        return {isAfterFree ? after : before, anchor.top()};
+    }
+    return {x, below};
 }
 
 void Popover::keyPressEvent(QKeyEvent* event) {

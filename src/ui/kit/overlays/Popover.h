@@ -19,8 +19,8 @@ class Popover : public QFrame {
 public:
     Popover(const Theme& theme, QWidget* window);
 
-    /// Opens below `anchor`, in global coordinates, or above it where there is no room below; or
-    /// goes there, where it is open.
+    /// Opens below `anchor`, in global coordinates, or above or beside it where there is no room
+    /// below; or goes there, where it is open.
     void openAt(const QRect& anchor);
     /// Opens in the middle of the window.
     void openInMiddle();
@@ -31,8 +31,12 @@ public:
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
     void closeNow();
-    /// Dismisses all that are open over this window. False when one has something to lose.
+    /// Dismisses it, and gives up what cannot be kept: what it is about has gone out of sight.
+    void end();
+    /// Dismisses all that are open over this window, and closes its menus. False when one has
+    /// something to lose.
     static bool dismissAll(const QWidget& window);
+    static void endAll(const QWidget& window);
     /// Whether the widget is a popover or a part of one.
     static bool holds(const QWidget* widget) { return panelOf(widget) != nullptr; }
 
@@ -58,6 +62,8 @@ protected:
 
 private:
     void open();
+    /// Below the anchor, else above it, else beside it; over it where there is no room anywhere.
+    QPoint placeBy(const QRect& anchor) const;
     /// The popover that the widget is, or is a part of; null for none.
     static const Popover* panelOf(const QWidget* widget);
     /// Whether a press there is one into this panel, or into one that was opened from it.

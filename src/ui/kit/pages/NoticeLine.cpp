@@ -1,5 +1,6 @@
 #include "ui/kit/pages/NoticeLine.h"
 
+#include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/pages/ColumnLayout.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
@@ -8,7 +9,16 @@
 #include <QLabel>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace korvex::ui {
+
+namespace {
+
+/// In pixels at the standard font size: beside the button the words are not to have less.
+constexpr int kNarrowestWords = 140;
+
+} // namespace
 
 NoticeLine::NoticeLine(const Words& words, const Theme& theme, QWidget* parent)
     : QWidget(parent),
@@ -18,16 +28,17 @@ NoticeLine::NoticeLine(const Words& words, const Theme& theme, QWidget* parent)
       m_icon(new QLabel(this)),
       m_text(new QLabel(words.text, this)) {
     m_text->setWordWrap(true);
-    m_text->setAlignment(lineStart());
+    m_text->setAlignment((lineStart() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
     auto* const column = new ColumnLayout(theme, this);
-    auto* const row = m_row;
-    column->addLayout(row);
-    row->addWidget(m_icon);
-    row->addWidget(m_text, 1);
-    if (!words.action.isEmpty()) {
+    column->addLayout(m_row);
+    m_row->addWidget(m_icon, 0, Qt::AlignTop);
+    if (words.action.isEmpty()) {
+        m_row->addWidget(m_text, 1);
+    } else {
         m_button = new QPushButton(words.action, this);
         m_button->setAutoDefault(true);
-        row->addWidget(m_button);
+        m_words = new WordsAndButton(*m_text, *m_button);
+        m_row->addLayout(m_words, 1);
         connect(m_button, &QPushButton::clicked, this, &NoticeLine::pressed);
     }
     connect(&theme, &Theme::changed, this, &NoticeLine::applyTheme);
@@ -50,6 +61,15 @@ void NoticeLine::applyTheme() {
     auto quiet = m_text->palette();
     quiet.setColor(QPalette::WindowText, color);
     m_text->setPalette(quiet);
+    // The icon is beside the first line of the words, which is in the middle of the button.
+    const auto line = QFontMetrics(m_theme.font()).height();
+    const auto height = m_button ? std::max(line, m_theme.extent(Extent::control)) : line;
+    m_icon->setFixedHeight(height);
+    m_text->setContentsMargins(0, (height - line) / 2, 0, 0);
+    if (m_words) {
+        m_words->setSpacing(m_theme.space(Space::medium));
+        m_words->setNarrowest(m_theme.scaled(kNarrowestWords));
+    }
 }
 
 } // namespace korvex::ui

@@ -10,6 +10,8 @@ class QPushButton;
 
 namespace korvex::ui {
 
+class WordsAndButton;
+
 /// A quiet line over a page that says something lasting about it, with a button that does something
 /// about it where there is something to do. Hidden until it is shown.
 class NoticeLine final : public QWidget {
@@ -40,6 +42,7 @@ private:
     QLabel* m_text;
     /// Null where there is nothing to do.
     QPushButton* m_button = nullptr;
+    WordsAndButton* m_words = nullptr;
 };
 
 } // namespace korvex::ui

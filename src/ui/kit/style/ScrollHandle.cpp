@@ -84,17 +84,13 @@ bool ScrollHandle::stays() const {
 }
 
 bool ScrollHandle::isWanted() const {
-    return m_isOverArea || m_bar.isSliderDown() || m_bar.underMouse();
+    return m_bar.isSliderDown() || m_bar.underMouse();
 }
 
 void ScrollHandle::come() {
     m_fading.stop();
     m_isShown = true;
     m_bar.update();
-    goLater();
-}
-
-void ScrollHandle::goLater() {
     if (isWanted()) {
         m_rest.stop();
     } else {
@@ -112,25 +108,11 @@ void ScrollHandle::fade() {
 }
 
 bool ScrollHandle::eventFilter(QObject* watched, QEvent* event) {
-    const auto isBar = watched == &m_bar;
-    switch (event->type()) {
-    case QEvent::Enter:
-        // Going over to the bar does not leave the area.
-        m_isOverArea = m_isOverArea || !isBar;
+    const auto isOfBar = watched == &m_bar && (event->type() == QEvent::Leave ||
+                                               event->type() == QEvent::MouseButtonRelease ||
+                                               event->type() == QEvent::Show);
+    if (isOfBar || event->type() == QEvent::Enter) {
         come();
-        break;
-    case QEvent::Leave:
-        m_isOverArea = m_isOverArea && isBar;
-        goLater();
-        break;
-    case QEvent::MouseButtonRelease:
-    case QEvent::Show:
-        if (isBar) {
-            come();
-        }
-        break;
-    default:
-        break;
     }
     return false;
 }

@@ -15,8 +15,9 @@ class QWidget;
 namespace korvex::ui {
 
 /// The thin handle of a scroll bar that lies over the content and takes no room of it. It comes
-/// while something scrolls and while the pointer is over what can be scrolled, and fades a moment
-/// later; where the desktop asks for stillness or high contrast it stays. It can always be grabbed.
+/// when something scrolls or the pointer comes to what can be scrolled, and fades a moment later,
+/// unless the pointer is on the bar; where the desktop asks for stillness or high contrast it
+/// stays. It can always be grabbed.
 /// One for each bar, which it belongs to. Main thread.
 class ScrollHandle final : public QObject {
     Q_OBJECT
@@ -43,7 +44,6 @@ private:
     ScrollHandle(QScrollBar& bar, const Theme& theme);
     /// Shows the handle, for as long as it is wanted and a moment more.
     void come();
-    void goLater();
     void fade();
     bool isWanted() const;
     bool stays() const;
@@ -52,7 +52,6 @@ private:
     const Theme& m_theme;
     QTimer m_rest;
     QVariantAnimation m_fading;
-    bool m_isOverArea = false;
     bool m_isShown = false;
 };
 

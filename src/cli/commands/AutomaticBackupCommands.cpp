@@ -1,0 +1,129 @@
+#include "cli/commands/Commands.h"
+
+#include "cli/commands/CommandDefinition.h"
+#include "cli/commands/Options.h"
+#include "cli/output/BackupText.h"
+#include "cli/session/Session.h"
+#include "cli/terminal/LongWork.h"
+
+#include "app/StoreLocation.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/BackupHistory.h"
+#include "storage/FolderBookmark.h"
+
+#include <exception>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace korvex::cli {
+
+namespace {
+
+struct ListOptions {
+    std::vector<std::string> folder;
+};
+
+struct NoOptions {};
+
+/// Settings are the user's, and so is what they say of automatic backups.
+void requireUsersOwnStore(const Session& session) {
+    if (!app::isUsersOwn(session.storeFile().parent_path())) {
+        throw refusal("Automatic backups are made of the store in " +
+                      app::dataDirectory(std::nullopt).string() +
+                      " only. korvex backup export makes one of this store.");
+    }
+}
+
+std::vector<storage::ListedBackup> listed(Session& session, const ListOptions& options) {
+    if (!options.folder.empty()) {
+        return storage::backupsIn(options.folder.front());
+    }
+    requireUsersOwnStore(session);
+    const auto& preferences = session.preferences();
+    if (!preferences.automaticBackupBookmark()) {
+        throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::noFolder);
+    }
+    const auto bookmark = storage::FolderBookmark::ofBytes(*preferences.automaticBackupBookmark());
+    if (!bookmark) {
+        throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::chooseAgain);
+    }
+    return storage::automaticBackups(*bookmark, preferences.automaticBackupID());
+}
+
+std::vector<ReadBackup> read(Session& session, std::vector<storage::ListedBackup> backups) {
+    LongWork longWork(session.environment().errorDescriptor);
+    std::vector<ReadBackup> result;
+    for (auto& each : backups) {
+        ReadBackup one{.listed = std::move(each)};
+        try {
+            one.summary =
+                storage::checkBackup(one.listed, session.environment().log, longWork.work());
+        } catch (const storage::Cancelled&) {
+            throw;
+        } catch (const base::Error& error) {
+            one.problem = error.errorDescription();
+        }
+        result.push_back(std::move(one));
+    }
+    return result;
+}
+
+ExitStatus list(Session& session, const ListOptions& options) {
+    const auto backups = read(session, listed(session, options));
+    printBackups(session, backups);
+    if (backups.empty() && !session.wantsJson()) {
+        session.remark(options.folder.empty()
+                           ? "There are no automatic backups yet."
+                           : "There are no backups in " + options.folder.front() + ".");
+    }
+    auto status = ExitStatus::done;
+    for (const auto& each : backups) {
+        if (!each.summary) {
+            status = ExitStatus::refused;
+            if (!session.wantsJson()) {
+                session.remark(each.listed.file.filename().string() + ": " + each.problem);
+            }
+        }
+    }
+    return status;
+}
+
+ExitStatus now(Session& session, const NoOptions&) {
+    requireUsersOwnStore(session);
+    auto& preferences = session.preferences();
+    const auto backup = storage::automaticBackup(preferences, session.storeFile(), session.now());
+    const auto made = [&] {
+        LongWork longWork(session.environment().errorDescriptor);
+        return storage::makeAutomaticBackup(backup, session.environment().log, longWork.work());
+    }();
+    storage::recordSuccess(backup, preferences);
+    printBackup(session, "Backup made: " + made.file.string(), made.file, made.summary);
+    if (made.pruningFailure) {
+        try {
+            std::rethrow_exception(made.pruningFailure);
+        } catch (const std::exception& error) {
+            session.remark(error.what());
+        }
+    }
+    return ExitStatus::done;
+}
+
+} // namespace
+
+void addAutomaticBackupCommands(CLI::App& backupCommands, Action& chosen) {
+    const auto listing =
+        addCommand(backupCommands, "list", "Reads the automatic backups and says what each holds",
+                   chosen, list);
+    addFiles(listing.parser, "FOLDER", listing.options->folder,
+             "Another folder, and those of automatic backups in it")
+        ->expected(1)
+        ->required(false);
+    listing.parser.footer("Ends with 1 when one of them could not be imported.");
+    addCommand(backupCommands, "now",
+               "Makes an automatic backup at once, in the folder that was chosen in the window",
+               chosen, now)
+        .parser.footer("Also where daily backups are off. Those that are too many are removed.");
+}
+
+} // namespace korvex::cli

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "base/Log.h"
+
+#include <filesystem>
+
+namespace korvex::storage {
+
+/// Makes a local store ready to be kept in step with a cloud, once. Any thread that has no
+/// container of the store open.
+class CloudStorePreparation {
+public:
+    /// What is written beside the store: all of its data, as it stood after the preparation.
+    static constexpr const char* kBackupName = "Migrated.korvexbackup";
+
+    explicit CloudStorePreparation(base::LogSink& log) : m_log(&log) {}
+
+    /// Keeps a copy of the store beside it first, under a name with ".BeforeCloudV11-" in it, then
+    /// repairs it and writes the backup. Does nothing where it has been done. Throws
+    /// SharedStoreError `incompleteStore`, StoreError, BackupError and FileError; nothing is marked
+    /// as done then, and the next call begins anew.
+    void prepare(const std::filesystem::path& at, base::Instant now) const;
+
+private:
+    base::LogSink* m_log;
+};
+
+} // namespace korvex::storage

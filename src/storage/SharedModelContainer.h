@@ -1,0 +1,38 @@
+#pragma once
+
+#include "base/Log.h"
+#include "store/ModelContainer.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace korvex::storage {
+
+/// The one store that all programs of a user share: how it is opened. Whoever may prepare it does
+/// so first (`StoreStart`); others open with `existingStoreOnly`, which creates and upgrades
+/// nothing.
+class SharedModelContainer {
+public:
+    /// The schema of this build.
+    static const store::Schema& schema();
+    /// For the store file, kept in step with a cloud container where one is named.
+    static store::ModelConfiguration
+    configuration(const std::filesystem::path& at,
+                  const std::optional<std::string>& cloudKitIdentifier);
+
+    struct Options {
+        bool isStoredInMemoryOnly = false;
+        /// Else the one in the user's data folder.
+        std::optional<std::filesystem::path> storeURL = std::nullopt;
+        bool existingStoreOnly = false;
+        std::optional<std::string> cloudKitIdentifier = std::nullopt;
+    };
+    /// Where opening with a cloud fails, the same file opens without it. Throws StoreError, and
+    /// SharedStoreError: `appGroupUnavailable` where the user has no data folder; of an existing
+    /// store only `notPrepared`, `incompleteStore` and `cloudMigrationRequired`.
+    static std::unique_ptr<store::ModelContainer> make(const Options& options, base::LogSink& log);
+};
+
+} // namespace korvex::storage

@@ -1,0 +1,38 @@
+#include "storage/StoreMarkers.h"
+
+#include "base/FileReplacement.h"
+#include "base/SmallFile.h"
+#include "store/StoreError.h"
+
+namespace korvex::storage::storeMarkers {
+
+namespace {
+
+constexpr std::size_t kLongest = 1024;
+
+std::filesystem::path pathOf(const std::filesystem::path& store, std::string_view marker) {
+    return store.parent_path() / marker;
+}
+
+} // namespace
+
+bool isSet(const std::filesystem::path& store, std::string_view marker) {
+    std::error_code ignored;
+    return std::filesystem::exists(pathOf(store, marker), ignored);
+}
+
+void set(const std::filesystem::path& store, std::string_view marker, std::string_view contents) {
+    const auto error = base::replaceFile(pathOf(store, marker), contents);
+    if (error) {
+        throw store::StoreError(error == std::errc::no_space_on_device
+                                    ? store::StoreErrorCase::full
+                                    : store::StoreErrorCase::inputOutput,
+                                error.message());
+    }
+}
+
+bool says(const std::filesystem::path& store, std::string_view marker, std::string_view contents) {
+    return base::readSmallFile(pathOf(store, marker), kLongest) == contents;
+}
+
+} // namespace korvex::storage::storeMarkers

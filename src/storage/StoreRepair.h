@@ -1,0 +1,37 @@
+#pragma once
+
+#include "base/Instant.h"
+#include "base/Log.h"
+#include "storage/RepairReport.h"
+#include "storage/Work.h"
+#include "store/StoreSalvage.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace korvex::storage {
+
+/// What was wrong with a store, and what became of it.
+struct StoreRepairReport {
+    /// Present where the store was damaged and a new one took its place.
+    std::optional<store::SalvageReport> salvage;
+    /// For each of its losses the name of the board that the lost ones stood on; empty where that
+    /// is not known.
+    std::vector<std::string> boardNames;
+    RepairReport metadata;
+    /// Boards that another took the place of: the preferences are to name that one.
+    std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards;
+
+    bool wasSound() const { return !salvage && metadata.isEmpty(); }
+};
+
+/// Reads the whole store; saves what can be read of a damaged one, then repairs its metadata. No
+/// container of the store may be open in this process. Any thread; blocks. Can be cancelled while
+/// it is checked. Throws StoreError and Cancelled.
+StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Instant now,
+                              base::LogSink& log, Work& work);
+
+} // namespace korvex::storage

@@ -1,0 +1,158 @@
+#include "store/OlderTable.h"
+
+#include "store/StoreError.h"
+#include "store/TableSql.h"
+
+#include <algorithm>
+#include <cassert>
+#include <map>
+
+namespace korvex::store {
+
+namespace {
+
+/// One type on its way through the versions.
+class Course {
+public:
+    Course(const RecordType& type, const MigrationPlan& plan) : m_type(type) {
+        for (const auto& each : plan.types) {
+            if (each.name == type.name) {
+                m_fields.assign(each.fields.begin(), each.fields.end());
+            }
+        }
+    }
+
+    /// From here on the values are followed: this is the version that the store has.
+    void begin() {
+        m_stored = m_fields;
+        for (const auto& field : m_fields) {
+            m_values[field.name] = "{" + std::string(field.name) + "}";
+        }
+    }
+
+    void pass(const MigrationStage& stage) {
+        for (const auto& change : stage.changes) {
+            if (change.type == m_type.name) {
+                apply(change);
+            }
+        }
+        auto values = m_values;
+        for (const auto& assignment : stage.assignments) {
+            if (assignment.type == m_type.name) {
+                values[assignment.field] = resolved(
+                    assignment.expression, [&](auto name) { return "(" + m_values[name] + ")"; });
+            }
+        }
+        m_values = std::move(values);
+    }
+
+    OlderTable end() const {
+        OlderTable table{.type = &m_type, .fields = m_stored, .values = {}};
+        for (const auto& field : m_type.fields) {
+            const auto found = m_values.find(field.name);
+            assert(found != m_values.end()); // or the plan does not lead to the current version
+            table.values.push_back(field.kind == FieldKind::externalBytes ? std::string()
+                                                                          : found->second);
+        }
+        return table;
+    }
+
+private:
+    void apply(const FieldChange& change) {
+        const auto drop = [&](std::string_view name) {
+            std::erase_if(m_fields, [&](const StoredField& field) { return field.name == name; });
+            return m_values.extract(name);
+        };
+        if (change.kind == FieldChange::Kind::removed) {
+            drop(change.field.name);
+            return;
+        }
+        auto value = tableSql::emptyValue(change.field.kind);
+        if (!change.originalName.empty()) {
+            if (const auto former = drop(change.originalName)) {
+                value = former.mapped();
+            }
+        }
+        m_fields.push_back(change.field);
+        m_values[change.field.name] = std::move(value);
+    }
+
+    const RecordType& m_type;
+    std::vector<StoredField> m_fields;
+    std::vector<StoredField> m_stored;
+    std::map<std::string_view, std::string> m_values;
+};
+
+OlderTable currentTable(const RecordType& type) {
+    OlderTable table{.type = &type, .fields = {}, .values = {}};
+    for (const auto& field : type.fields) {
+        table.fields.push_back({field.name, field.kind});
+        table.values.push_back(field.kind == FieldKind::externalBytes
+                                   ? std::string()
+                                   : "{" + std::string(field.name) + "}");
+    }
+    return table;
+}
+
+} // namespace
+
+bool OlderTable::has(std::string_view field) const {
+    return std::any_of(fields.begin(), fields.end(),
+                       [&](const StoredField& each) { return each.name == field; });
+}
+
+std::vector<StoredField> OlderTable::rowFields() const {
+    auto result = fields;
+    std::erase_if(result, [](const auto& each) { return each.kind == FieldKind::externalBytes; });
+    return result;
+}
+
+std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version) {
+    std::vector<OlderTable> tables;
+    for (const auto* type : schema.types) {
+        if (version == schema.version.number) {
+            tables.push_back(currentTable(*type));
+            continue;
+        }
+        if (!schema.migrations) {
+            throw StoreError(StoreErrorCase::olderVersion);
+        }
+        const auto& plan = *schema.migrations;
+        Course course(*type, plan);
+        auto isKnown = plan.oldest == version;
+        if (isKnown) {
+            course.begin();
+        }
+        for (const auto& stage : plan.stages) {
+            course.pass(stage);
+            if (stage.to == version) {
+                isKnown = true;
+                course.begin();
+            }
+        }
+        if (!isKnown) {
+            throw StoreError(StoreErrorCase::olderVersion);
+        }
+        tables.push_back(course.end());
+    }
+    return tables;
+}
+
+std::string resolved(std::string_view expression,
+                     const std::function<std::string(std::string_view)>& column) {
+    std::string result;
+    while (!expression.empty()) {
+        const auto open = expression.find('{');
+        result += expression.substr(0, open);
+        if (open == std::string_view::npos) {
+            break;
+        }
+        const auto close = expression.find('}', open);
+        assert(close != std::string_view::npos);
+        result += column(expression.substr(open + 1, close - open - 1));
+        expression.remove_prefix(close + 1);
+    }
+    return result;
+}
+
+} // namespace korvex::store

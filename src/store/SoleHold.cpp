@@ -1,0 +1,92 @@
+#include "store/SoleHold.h"
+
+#include "store/Statement.h"
+#include "store/StoreError.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+namespace korvex::store {
+
+namespace {
+
+constexpr std::chrono::milliseconds kWait{2};
+/// Of a copy, in one go.
+constexpr std::size_t kPiece = 1 << 20;
+
+} // namespace
+
+SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
+    try {
+        m_database =
+            std::make_unique<SQLite::Database>(file.path().string(), SQLite::OPEN_READWRITE);
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (!tryToTake()) {
+        if (std::chrono::steady_clock::now() >= deadline) {
+            throw StoreError(StoreErrorCase::busy);
+        }
+        std::this_thread::sleep_for(kWait);
+    }
+}
+
+bool SoleHold::tryToTake() {
+    try {
+        // Leaving the mode with a journal empties and removes it, and works for a sole connection
+        // only. In the exclusive mode it keeps the lock of a transaction that has ended: nothing is
+        // copied out of one that writes.
+        Statement leave(handle(), "PRAGMA journal_mode = DELETE");
+        while (leave.step()) {
+            if (leave.text(0) != "delete") {
+                return false;
+            }
+        }
+        for (const auto* sql : {"PRAGMA locking_mode = EXCLUSIVE", "BEGIN EXCLUSIVE", "COMMIT"}) {
+            Statement(handle(), sql).run();
+        }
+        return true;
+    } catch (const StoreError& error) {
+        if (error.which() == StoreErrorCase::busy) {
+            return false;
+        }
+        throw;
+    }
+}
+
+void SoleHold::copyTo(const std::filesystem::path& copy) {
+    const auto check = [](bool isDone) {
+        if (!isDone) {
+            throw StoreError(errno == ENOSPC || errno == EDQUOT ? StoreErrorCase::full
+                                                                : StoreErrorCase::inputOutput,
+                             std::strerror(errno));
+        }
+    };
+    m_source = base::FileDescriptor(::open(m_file.path().c_str(), O_RDONLY | O_CLOEXEC));
+    check(m_source.isOpen());
+    const base::FileDescriptor target(
+        ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    check(target.isOpen());
+    std::vector<char> piece(kPiece);
+    for (;;) {
+        const auto size = ::read(m_source.get(), piece.data(), piece.size());
+        check(size >= 0);
+        if (size == 0) {
+            return;
+        }
+        for (ssize_t done = 0; done < size;) {
+            const auto written =
+                ::write(target.get(), piece.data() + done, static_cast<std::size_t>(size - done));
+            check(written > 0);
+            done += written;
+        }
+    }
+}
+
+} // namespace korvex::store

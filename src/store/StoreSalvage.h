@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/Log.h"
+#include "base/Uuid.h"
+#include "store/Schema.h"
+
+#include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <optional>
+#include <vector>
+
+namespace korvex::store {
+
+/// What could be saved from a damaged store, and what could not.
+struct SalvageReport {
+    struct Loss {
+        const RecordType* type = nullptr;
+        /// To which record the lost ones belonged, as far as that is known.
+        std::optional<base::Uuid> owner;
+        std::size_t missing = 0;
+        /// They differ from what was saved last, and are kept as they can be read.
+        std::size_t altered = 0;
+        /// Their external bytes cannot be read, at most these.
+        std::size_t withoutBytes = 0;
+    };
+
+    std::size_t saved = 0;
+    std::vector<Loss> losses;
+    /// So much is damaged that nobody knows what else there was.
+    bool mayMissMore = false;
+    /// The damaged store.
+    std::filesystem::path kept;
+};
+
+/// Reads what can be read of a store, row by row, into a new one of the schema's version, which
+/// takes its place when it is on the disk. The damaged file stays beside it under the name
+/// "Primary.store.damaged-…". The store may be of an older version. No connection may be open in
+/// this process; waits `patience` for other programs to close theirs. Blocks, some microseconds for
+/// each row; any thread. Throws StoreError, and has changed nothing then.
+SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
+                           std::chrono::milliseconds patience, base::LogSink& log);
+
+} // namespace korvex::store

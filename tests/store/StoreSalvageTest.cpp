@@ -1,0 +1,236 @@
+#include "StoreFixture.h"
+
+#include "store/StoreFile.h"
+#include "store/StoreSalvage.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <map>
+#include <random>
+#include <set>
+
+namespace korvex::tests {
+
+using model::Board;
+using model::Entry;
+using store::ModelContext;
+
+/// A store whose pages can be damaged behind its back, as a disk would.
+class StoreSalvageTest : public StoreFixture {
+protected:
+    static constexpr int kEntries = 400;
+    static constexpr std::size_t kPage = 4096;
+
+    /// Two boards by turns, texts of some 200 bytes, attachments now and then.
+    void makeStore() {
+        for (const auto& each : std::filesystem::directory_iterator(folder())) {
+            std::filesystem::remove(each.path());
+        }
+        contents.clear();
+        const auto container = open();
+        ModelContext context(*container);
+        boards = {addBoard(context, "Home").id(), addBoard(context, "Work").id()};
+        for (int i = 0; i < kEntries; ++i) {
+            const auto text = "entry " + std::to_string(i) + std::string(200, 'x');
+            auto& board = *context.find<Board>(boards[static_cast<std::size_t>(i % 2)]);
+            auto& entry = addTodo(context, board, text, i);
+            if (i % 40 == 0) {
+                entry.setAttachmentData(base::Bytes(9000, 7));
+            }
+            contents[entry.id()] = text;
+        }
+        context.save();
+        container->checkpoint();
+    }
+
+    store::SalvageReport salvage() {
+        return store::salvageStore(storeFile(), model::currentSchema(),
+                                   std::chrono::milliseconds(50), log);
+    }
+
+    std::int64_t number(const std::string& sql) {
+        return SQLite::Database(storeFile().string(), SQLite::OPEN_READONLY).execAndGet(sql);
+    }
+    /// The pages of a table or index, leaves only where asked.
+    std::vector<std::int64_t> pages(const std::string& name, const std::string& type) {
+        SQLite::Database database(storeFile().string(), SQLite::OPEN_READONLY);
+        SQLite::Statement pages(database, "SELECT pageno FROM dbstat WHERE name = ? AND "
+                                          "pagetype = ? ORDER BY pageno");
+        pages.bind(1, name);
+        pages.bind(2, type);
+        std::vector<std::int64_t> result;
+        while (pages.executeStep()) {
+            result.push_back(pages.getColumn(0));
+        }
+        return result;
+    }
+    void overwrite(std::int64_t page, std::size_t offset, const std::string& bytes) {
+        std::fstream file(storeFile(), std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(
+            static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset));
+        file << bytes;
+    }
+    void zero(std::int64_t page) { overwrite(page, 0, std::string(kPage, '\0')); }
+
+    /// Opens what was saved: it is sound, and every entry has the words that it had, but for
+    /// `altered` ones.
+    void expectSound(std::size_t entries, std::size_t altered = 0) {
+        const auto container = open();
+        const auto check = container->check();
+        EXPECT_FALSE(check.isDamaged);
+        // An altered one may name a board that never was.
+        EXPECT_LE(check.problems.size(), altered);
+        EXPECT_THAT(container->notices(), testing::IsEmpty());
+        ModelContext context(*container);
+        const auto found = context.fetch<Entry>();
+        EXPECT_EQ(found.size(), entries);
+        std::size_t differing = 0;
+        for (const auto* entry : found) {
+            const auto known = contents.find(entry->id());
+            differing += known == contents.end() || known->second != entry->content() ? 1 : 0;
+        }
+        EXPECT_LE(differing, altered);
+        addBoard(context, "It can be written");
+        context.save();
+    }
+
+    struct Sum {
+        std::size_t missing = 0;
+        std::size_t altered = 0;
+        std::size_t withoutBytes = 0;
+    };
+    static Sum sumOf(const store::SalvageReport& report) {
+        Sum sum;
+        for (const auto& loss : report.losses) {
+            sum.missing += loss.missing;
+            sum.altered += loss.altered;
+            sum.withoutBytes += loss.withoutBytes;
+        }
+        return sum;
+    }
+
+    std::vector<base::Uuid> boards;
+    std::map<base::Uuid, std::string> contents;
+};
+
+TEST_F(StoreSalvageTest, ZeroedPagesCostTheirOwnRowsWhichAreCountedByBoard) {
+    makeStore();
+    const auto leaves = pages("Entry", "leaf");
+    ASSERT_GT(leaves.size(), 10U);
+    const auto hit = leaves[leaves.size() / 2];
+    const auto lost = static_cast<std::size_t>(
+        number("SELECT ncell FROM dbstat WHERE pageno = " + std::to_string(hit)));
+    zero(hit);
+    EXPECT_TRUE(open()->check().isDamaged);
+    const auto report = salvage();
+    EXPECT_FALSE(report.mayMissMore);
+    EXPECT_EQ(report.saved, kEntries - lost + 2);
+    std::map<base::Uuid, std::size_t> missing;
+    for (const auto& loss : report.losses) {
+        ASSERT_TRUE(loss.owner);
+        EXPECT_EQ(loss.type, &Entry::recordType());
+        missing[*loss.owner] = loss.missing;
+    }
+    EXPECT_EQ(missing[boards[0]] + missing[boards[1]], lost);
+    EXPECT_LE(missing[boards[0]], missing[boards[1]] + 1);
+    EXPECT_LE(missing[boards[1]], missing[boards[0]] + 1);
+    EXPECT_TRUE(std::filesystem::exists(report.kept));
+    expectSound(kEntries - lost);
+}
+
+TEST_F(StoreSalvageTest, EveryPageMayBeGone) {
+    makeStore();
+    const auto count = number("PRAGMA page_count");
+    const auto whole = folder() / "whole";
+    std::filesystem::copy_file(storeFile(), whole);
+    std::map<std::int64_t, std::string> names;
+    {
+        SQLite::Database database(whole.string(), SQLite::OPEN_READONLY);
+        SQLite::Statement pages(database, "SELECT pageno, name || ' ' || pagetype FROM dbstat");
+        while (pages.executeStep()) {
+            names[pages.getColumn(0)] = pages.getColumn(1).getString();
+        }
+    }
+    std::set<std::string> tried;
+    for (std::int64_t page = 2; page <= count; ++page) {
+        if (!tried.insert(names[page]).second) {
+            continue; // one of its kind
+        }
+        SCOPED_TRACE(names[page]);
+        for (const auto* companion : {"-wal", "-shm", ".lock"}) {
+            std::filesystem::remove(storeFile().string() + companion);
+        }
+        std::filesystem::copy_file(whole, storeFile(),
+                                   std::filesystem::copy_options::overwrite_existing);
+        zero(page);
+        const auto report = salvage();
+        const auto sum = sumOf(report);
+        const auto container = open();
+        EXPECT_FALSE(container->check().isDamaged);
+        const auto entries = ModelContext(*container).count<Entry>();
+        if (!report.mayMissMore) {
+            const auto boardsLost = 2 - ModelContext(*container).count<Board>();
+            EXPECT_EQ(entries + boardsLost, kEntries + boardsLost * 2 - sum.missing);
+        }
+        // Without its root nothing of a table is found any more, but still known.
+        EXPECT_GE(entries, names[page] == "Entry internal" ? 0U : kEntries - 30U);
+        std::filesystem::remove(report.kept);
+    }
+    EXPECT_GT(tried.size(), 8U);
+}
+
+TEST_F(StoreSalvageTest, FlippedBitsCostNoMoreThanTheyHit) {
+    makeStore();
+    const auto leaves = pages("Entry", "leaf");
+    std::mt19937 random(11);
+    for (int round = 0; round < 30; ++round) {
+        makeStore();
+        const auto page = leaves[random() % leaves.size()];
+        const auto offset = random() % kPage;
+        {
+            std::fstream file(storeFile(), std::ios::in | std::ios::out | std::ios::binary);
+            const auto place =
+                static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset);
+            file.seekg(place);
+            const auto byte = static_cast<char>(file.get() ^ (1 << random() % 8));
+            file.seekp(place);
+            file.put(byte);
+        }
+        SCOPED_TRACE("page " + std::to_string(page) + " offset " + std::to_string(offset));
+        const auto sum = sumOf(salvage());
+        EXPECT_LE(sum.altered, 1U);
+        EXPECT_LE(sum.missing, 25U); // the rows of a page, where its head was hit
+        expectSound(kEntries - sum.missing, sum.altered);
+    }
+}
+
+TEST_F(StoreSalvageTest, AStoreInUseStaysAsItIs) {
+    makeStore();
+    const auto other = open();
+    EXPECT_THROW(salvage(), store::StoreError);
+    ModelContext context(*other);
+    addBoard(context, "Goes on");
+    context.save();
+}
+
+TEST_F(StoreSalvageTest, ACopyHoldsTheJournalToo) {
+    const auto container = open();
+    ModelContext context(*container);
+    addBoard(context, "In the journal");
+    context.save();
+    const auto copy = folder() / "copy" / "Primary.store";
+    std::filesystem::create_directory(copy.parent_path());
+    store::StoreFile(storeFile()).copyTo(copy);
+    EXPECT_THROW(store::StoreFile(storeFile()).copyTo(copy), store::StoreError) << "never replaced";
+    EXPECT_THROW(store::StoreFile(folder() / "none").copyTo(folder() / "other"), store::StoreError);
+    const auto copied = open({.file = copy});
+    EXPECT_EQ(ModelContext(*copied).fetch<Board>().at(0)->name(), "In the journal");
+    EXPECT_TRUE(copied->isFromElsewhere());
+    EXPECT_FALSE(container->isFromElsewhere());
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(copy.parent_path()), {}), 4);
+}
+
+} // namespace korvex::tests
