@@ -86,9 +86,7 @@ void MonthView::makeGrid() {
         head->setAccessibleName(toQString(weekday.name));
         head->setAlignment(Qt::AlignCenter);
         head->setFont(m_theme.smallFont());
-        auto quiet = head->palette();
-        quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
-        head->setPalette(quiet);
+        head->setForegroundRole(QPalette::PlaceholderText);
         m_grid->addWidget(head, 0, column);
         m_weekdays.push_back(head);
     }

@@ -80,7 +80,7 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
     const auto inset = theme.space(Space::small);
     if (isSeparator(option)) {
         painter.fillRect(option.rect.left() + inset, option.rect.center().y(),
-                         option.rect.width() - 2 * inset, 1, colors.hairline);
+                         option.rect.width() - 2 * inset, kLine, colors.hairline);
         return;
     }
     const ControlState state(option);
@@ -129,7 +129,7 @@ QSize MenuDrawing::sizeOf(const QStyleOptionMenuItem& option, const QSize& words
                           const Theme& theme) {
     const auto gap = theme.space(Space::medium);
     if (isSeparator(option)) {
-        return {words.width(), gap + 1};
+        return {words.width(), gap + kLine};
     }
     auto width = words.width() + 2 * (theme.space(Space::small) + gap);
     width += option.menuHasCheckableItems ? theme.extent(Extent::smallIcon) + gap : 0;
