@@ -102,7 +102,7 @@ void BoardActions::confirmDeletion(model::Board& board) {
         const auto open = std::count_if(entries.begin(), entries.end(),
                                         [](const auto* entry) { return !entry->isCompleted(); });
         message = toQString(board.deletionMessage()) + QLatin1Char('\n') +
-                  tr("Open entries to delete: %1.").arg(open);
+                  tr("Open entries to delete: %L1.").arg(open);
     });
     if (message.isEmpty()) {
         return;

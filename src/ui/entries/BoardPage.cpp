@@ -345,8 +345,11 @@ void BoardPage::updateHeader() {
     }
     m_header->show(*m_model.board(), m_model.openTodoCount());
     const auto isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
-    setHint(isEmpty && !isReadOnly() ? tr("Nothing here yet. Type a todo, or paste several lines.")
-                                     : QString());
+    if (isEmpty && !isReadOnly()) {
+        setHint(tr("Nothing here yet."), tr("Type a todo, or paste several lines."));
+    } else {
+        setHint({});
+    }
     m_archivedNotice->setVisible(showsArchivedBoard());
 }
 

@@ -87,7 +87,7 @@ QImage PicturedWindow::picture() {
 QImage PicturedWindow::gallery() {
 #ifdef KORVEX_GALLERY
     ui::GalleryWindow gallery(m_preferences, m_theme);
-    gallery.resize(m_window->width(), 2 * m_window->width());
+    gallery.resize(gallery.wholeSize());
     gallery.show();
     QApplication::processEvents();
     return gallery.grab().toImage();

@@ -34,10 +34,8 @@ protected:
         if (isChecked()) {
             Shapes::paintBox(painter, rect(), radius, colors.selection, colors.accent);
         } else if (isEnabled() && (underMouse() || isDown())) {
-            Shapes::paintBox(
-                painter, rect(), radius,
-                Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::rest),
-                QColor());
+            Shapes::paintBox(painter, rect(), radius,
+                             colors.tint(isDown() ? Tint::pressed : Tint::rest), QColor());
         }
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
@@ -88,8 +86,8 @@ void SegmentedChoice::choose(int index) {
 void SegmentedChoice::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
-    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium),
-                     Shapes::tint(colors, Shapes::Tint::rest), Shapes::controlEdge(colors));
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium), colors.tint(Tint::rest),
+                     Shapes::controlEdge(colors));
 }
 
 void SegmentedChoice::applyTheme() {
