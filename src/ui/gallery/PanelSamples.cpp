@@ -104,7 +104,7 @@ QWidget* makeChoices(const Theme& theme, QWidget* parent) {
 }
 
 /// The list that a choice opens, as a part of this window.
-QWidget* makeOpenList(QWidget* parent) {
+QWidget* makeOpenList(const Theme& theme, QWidget* parent) {
     auto* const choice = new QComboBox;
     choice->addItems(
         {QStringLiteral("All boards"), QStringLiteral("Inbox"), QStringLiteral("Trip to Lisbon")});
@@ -114,6 +114,8 @@ QWidget* makeOpenList(QWidget* parent) {
     choice->setParent(list);
     choice->hide();
     choice->view()->setCurrentIndex(choice->model()->index(1, 0));
+    list->setFixedSize(theme.scaled(kPanelWidth), choice->count() * theme.extent(Extent::control) +
+                                                      2 * theme.space(Space::medium));
     return list;
 }
 
@@ -158,8 +160,9 @@ QWidget* makePanelSamples(const Theme& theme, QWidget* parent) {
     auto* const banners = new QVBoxLayout;
     banners->addWidget(makeBanner(theme, table, ErrorBanner::Tone::error));
     banners->addWidget(makeBanner(theme, table, ErrorBanner::Tone::notice));
+    banners->addStretch();
     grid->addLayout(banners, 1, 1, Qt::AlignTop);
-    grid->addWidget(makeOpenList(table), 2, 0, Qt::AlignTop);
+    grid->addWidget(makeOpenList(theme, table), 2, 0, Qt::AlignTop);
     grid->addWidget(new Tip(theme, table), 2, 1, Qt::AlignTop | Qt::AlignLeft);
     auto* const lists = new QHBoxLayout;
     lists->addWidget(makeList(30));

@@ -84,6 +84,7 @@ void FilterChoice::paintEvent(QPaintEvent*) {
         shown.currentIcon.isNull() ? 0 : shown.iconSize.width() + m_theme.space(Space::small);
     shown.currentText =
         fontMetrics().elidedText(currentText(), Qt::ElideRight, words.width() - icon);
+    painter.setPen(colors.text);
     painter.drawControl(QStyle::CE_ComboBoxLabel, shown);
 }
 

@@ -52,6 +52,7 @@ QLayout* MonthView::makeHeader() {
     m_title->setFont(m_theme.sectionFont());
     m_title->setContentsMargins(m_theme.space(Space::medium), 0, m_theme.space(Space::medium), 0);
     m_title->setTextFormat(Qt::PlainText);
+    m_title->setAlignment(lineStart());
     const auto back = QStringLiteral("caret-left");
     const auto forth = QStringLiteral("caret-right");
     const bool isMirrored = isRightToLeft();

@@ -81,6 +81,9 @@ void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& optio
 QColor ButtonDrawing::wordsOf(const QStyleOptionButton& option, Weight weight,
                               const ThemeColors& colors) {
     const auto isFlat = option.features.testFlag(QStyleOptionButton::Flat);
+    if (isFlat && !ControlState(option).isEnabled()) {
+        return {}; // no ground fades with them
+    }
     switch (weight) {
     case Weight::dangerous:
         return isFlat ? colors.danger

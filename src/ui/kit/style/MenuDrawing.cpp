@@ -1,6 +1,7 @@
 #include "ui/kit/style/MenuDrawing.h"
 
 #include "ui/kit/style/ControlState.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Shapes.h"
 
@@ -114,7 +115,7 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
     constexpr int kFlags =
         Qt::AlignVCenter | Qt::TextShowMnemonic | Qt::TextDontClip | Qt::TextSingleLine;
     painter.drawText(words, static_cast<int>(start) | kFlags,
-                     option.text.section(kBeforeKeys, 0, 0));
+                     isolated(option.text.section(kBeforeKeys, 0, 0)));
     if (option.text.contains(kBeforeKeys)) {
         const auto end = QStyle::visualAlignment(option.direction, Qt::AlignRight);
         // A heading shows its own letters, its keys the letters of all keys.
