@@ -13,14 +13,15 @@ namespace {
 constexpr const char* kWindowRefusal = "Choose a start time before the end time on this date.";
 constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
 constexpr const char* kChangedRefusal =
-    "Another program changed this schedule. It is now: %1. Save again to replace that.";
+    "Another program changed this schedule. It is now: %1. Choose Done to replace that.";
 constexpr const char* kClearedRefusal =
-    "Another program cleared this schedule. Save again to set what is chosen here.";
+    "Another program cleared this schedule. Choose Done to set what is chosen here.";
 constexpr const char* kWindowAnchor =
     "The end time is the deadline. Reminder presets count back from the end time.";
 constexpr const char* kAllDayAnchor = "Without a due time, presets count back from %1.";
 
 constexpr double kHour = 3600;
+constexpr double kMinute = 60;
 
 base::Instant nextFullHour(base::Instant now, const base::Calendar& calendar) {
     auto fields = calendar.components(now);
@@ -74,20 +75,19 @@ void TodoScheduleEditor::load(const model::TodoSchedule& stored, base::Instant n
     m_isUnseen = false;
     m_refusal.reset();
     const auto& calendar = m_formats.calendar();
-    const auto nextHour = nextFullHour(now, calendar);
-    // A day that is proposed is today, also in the last hour of it.
-    const auto proposed = calendar.day(nextHour) == calendar.day(now) ? nextHour : now;
     const auto effective = m_original.effectiveDate(calendar);
 
     hasTime = !m_original.dueDay && isPresent(m_original.dueDate);
     hasDue = hasTime || (m_original.dueDay && effective);
-    m_due = hasDue ? *effective : proposed;
+    m_due = hasDue ? *effective : proposal(now);
+    m_proposedDue = hasDue ? std::nullopt : std::optional(m_due);
     m_isDueOfOriginalDay = hasDue && !hasTime;
     hasWindow = hasTime && isPresent(m_original.dueStartDate);
     start = hasWindow ? *m_original.dueStartDate : proposedStart(m_due, calendar);
+    m_proposedStart = hasWindow ? std::nullopt : std::optional(start);
     startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(m_due);
     hasReminder = isPresent(m_original.reminderDate);
-    reminder = hasReminder ? *m_original.reminderDate : nextHour;
+    reminder = hasReminder ? *m_original.reminderDate : nextFullHour(now, calendar);
     reminderPreset.reset();
     m_initial = schedule();
 }
@@ -104,6 +104,58 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
     m_stored = stored;
     m_isUnseen = stored != m_original; // nobody misses a change that was taken back
     return false;
+}
+
+bool TodoScheduleEditor::isToday(base::Instant moment, base::Instant now) const {
+    return m_formats.calendar().day(moment) == m_formats.calendar().day(now);
+}
+
+base::Instant TodoScheduleEditor::proposal(base::Instant now) const {
+    const auto nextHour = nextFullHour(now, m_formats.calendar());
+    return isToday(nextHour, now) ? nextHour : now;
+}
+
+void TodoScheduleEditor::addTime(base::Instant now) {
+    hasTime = true;
+    if (m_due < now && isToday(m_due, now)) {
+        setDue(proposal(now));
+        m_proposedDue = m_due;
+    }
+}
+
+void TodoScheduleEditor::addWindow(base::Instant now) {
+    if (!hasTime) {
+        addTime(now);
+    }
+    hasWindow = true;
+    if (start != m_proposedStart) {
+        return;
+    }
+    const auto& calendar = m_formats.calendar();
+    start = proposedStart(m_due, calendar);
+    const auto next = nextFullHour(now, calendar);
+    const auto isMovable = m_due == m_proposedDue;
+    if (start < now && isToday(m_due, now) && isToday(next, now) && (next < m_due || isMovable)) {
+        start = next;
+        if (isMovable) {
+            const auto end = next + kHour;
+            const auto midnight = calendar.startOfDay(end);
+            setDue(isToday(end, now) || !midnight ? end : *midnight - kMinute);
+            m_proposedDue = m_due;
+        }
+    }
+    m_proposedStart = start;
+}
+
+void TodoScheduleEditor::addReminder(base::Instant now) {
+    hasReminder = true;
+    reminderPreset = hasDue ? std::optional(TodoReminderPreset::atDueTime) : std::nullopt;
+    const auto own = reminder;
+    updatePresetReminder();
+    if (reminderPreset && reminder < now) {
+        reminderPreset.reset();
+        reminder = own;
+    }
 }
 
 void TodoScheduleEditor::setDue(base::Instant due) {
@@ -186,6 +238,20 @@ std::optional<TodoScheduleEditor::Refusal> TodoScheduleEditor::check(base::Insta
         return Refusal{Concern::reminder, kReminderRefusal};
     }
     return std::nullopt;
+}
+
+void TodoScheduleEditor::judge(base::Instant now) {
+    if (auto refused = check(now)) {
+        m_refusal = std::move(refused);
+    } else {
+        holdJudgement();
+    }
+}
+
+void TodoScheduleEditor::holdJudgement() {
+    if (m_refusal && m_refusal->concern != Concern::whole) {
+        m_refusal.reset();
+    }
 }
 
 std::optional<model::TodoSchedule> TodoScheduleEditor::schedule() const {

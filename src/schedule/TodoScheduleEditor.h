@@ -42,6 +42,16 @@ public:
     /// Absent while the reminder is a moment of the user's own.
     std::optional<TodoReminderPreset> reminderPreset;
 
+    /// Gives the due day a time: that of `due`, but today none that is over.
+    void addTime(base::Instant now);
+    /// Gives it a start too: the hour before the end, but today none that is over while there is
+    /// another. Times that the user chose stay.
+    void addWindow(base::Instant now);
+
+    /// Reminds at the due time, or at a moment of the user's own where there is no such time any
+    /// more.
+    void addReminder(base::Instant now);
+
     base::Instant due() const { return m_due; }
     /// The user has chosen it, be it the moment that it was: a day of the original that the zone
     /// skipped is kept until then.
@@ -55,8 +65,12 @@ public:
         std::string errorMessage;
         bool operator==(const Refusal&) const = default;
     };
-    /// That of the last save; absent where there is none to be shown.
+    /// That of the last save, or of what was judged since; absent where there is none to be shown.
     const std::optional<Refusal>& refusal() const { return m_refusal; }
+    /// Finds out after a change whether the fields agree with each other.
+    void judge(base::Instant now);
+    /// While one still types, nothing is said of how the fields agree.
+    void holdJudgement();
     bool isCompleted() const { return m_settings.completed; }
 
     /// The todo has another schedule now, which another program has set. While nothing was changed
@@ -94,6 +108,9 @@ public:
 
 private:
     void load(const model::TodoSchedule& stored, base::Instant now);
+    /// What is offered for today: the next full hour, in the last one this moment.
+    base::Instant proposal(base::Instant now) const;
+    bool isToday(base::Instant moment, base::Instant now) const;
     std::optional<base::Instant> anchor() const;
     std::optional<base::DayNumber> dueDay() const;
     /// The start and the end of the window; absent where the clock has no such time on the due
@@ -108,6 +125,9 @@ private:
     /// It is another than the user was told of.
     bool m_isUnseen = false;
     base::Instant m_due;
+    /// What the user was offered and has not changed, where they still are `m_due` and `start`.
+    std::optional<base::Instant> m_proposedDue;
+    std::optional<base::Instant> m_proposedStart;
     /// `m_due` stands for the original's day: one that the zone skipped has no moment of its own.
     bool m_isDueOfOriginalDay = false;
     Settings m_settings;

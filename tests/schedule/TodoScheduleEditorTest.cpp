@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <new>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -173,6 +174,48 @@ TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
     const auto late = edit({});
     EXPECT_EQ(m_formats.calendar().day(late.due()), 20250115);
     EXPECT_EQ(late.reminder, at("2025-01-16T00:00"));
+}
+
+TEST_F(TodoScheduleEditorTest, ProposesNoTimeThatIsOverWhileTodayHasAnother) {
+    const auto today = TodoSchedule::dueOn(20250115);
+    const struct {
+        const char* now;
+        TodoSchedule stored;
+        const char* start;
+        const char* end;
+    } cases[] = {
+        {"2025-01-15T16:20", {}, "2025-01-15T17:00", "2025-01-15T18:00"},
+        {"2025-01-15T16:20", today, "2025-01-15T17:00", "2025-01-15T18:00"},
+        {"2025-01-15T16:20", TodoSchedule::dueOn(20250116), "2025-01-16T11:00", "2025-01-16T12:00"},
+        {"2025-01-15T16:20", TodoSchedule::dueAt(at("2025-01-15T17:10")), "2025-01-15T17:00",
+         "2025-01-15T17:10"},
+        {"2025-01-15T16:20", TodoSchedule::dueAt(at("2025-01-15T17:00")), "2025-01-15T16:00",
+         "2025-01-15T17:00"},
+        {"2025-01-15T22:10", {}, "2025-01-15T23:00", "2025-01-15T23:59"},
+        {"2025-01-15T23:10", today, "2025-01-15T22:10", "2025-01-15T23:10"},
+    };
+    for (const auto& each : cases) {
+        m_now = at(each.now);
+        auto editor = edit(each.stored);
+        editor.hasDue = true;
+        editor.addWindow(m_now);
+        const TodoSchedule window{.dueDate = at(each.end), .dueStartDate = at(each.start)};
+        EXPECT_EQ(editor.schedule(), window) << each.now << " to " << each.end;
+        editor.hasWindow = false;
+        editor.start = at(each.start) - 60;
+        editor.addWindow(m_now);
+        EXPECT_EQ(editor.start, at(each.start) - 60) << "what the user chose stays";
+    }
+    m_now = at("2025-01-15T16:20");
+    for (const auto& [stored, preset, moment] :
+         {std::tuple(today, std::optional<TodoReminderPreset>(), at("2025-01-15T17:00")),
+          std::tuple(TodoSchedule::dueOn(20250116), std::optional(TodoReminderPreset::atDueTime),
+                     at("2025-01-16T09:00"))}) {
+        auto editor = edit(stored);
+        editor.addReminder(m_now);
+        EXPECT_EQ(editor.reminderPreset, preset);
+        EXPECT_EQ(editor.reminder, moment);
+    }
 }
 
 TEST_F(TodoScheduleEditorTest, LeavesOutWhatMakesNoSense) {

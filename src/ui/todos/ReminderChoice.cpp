@@ -23,6 +23,7 @@ ReminderChoice::ReminderChoice(const DateField::Settings& dates, int room, const
     m_day->setAccessibleName(tr("Day of the reminder"));
     m_time->setAccessibleName(tr("Time of the reminder"));
     for (auto* const field : std::initializer_list<TypedField*>{m_day, m_time}) {
+        connect(field, &TypedField::typing, this, &ReminderChoice::typing);
         connect(field, &TypedField::changed, this, &ReminderChoice::changed);
         connect(field, &TypedField::problemChanged, this, &ReminderChoice::problemChanged);
     }
@@ -76,6 +77,7 @@ void ReminderChoice::choose(std::optional<schedule::TodoReminderPreset> preset) 
 void ReminderChoice::show(std::optional<schedule::TodoReminderPreset> preset,
                           const QDateTime& moment, Offer offer) {
     m_presets->setVisible(offer == Offer::presets);
+    setFocusProxy(offer == Offer::presets ? static_cast<QWidget*>(m_presets) : m_day);
     choose(offer == Offer::presets ? preset : std::nullopt);
     m_day->setDate(moment.date());
     m_time->setTime(moment.time());
@@ -101,6 +103,11 @@ bool ReminderChoice::take() {
 QString ReminderChoice::problem() const {
     const auto& ofDay = m_day->problem();
     return m_preset ? QString() : ofDay.isEmpty() ? m_time->problem() : ofDay;
+}
+
+void ReminderChoice::objectTo(const QString& why) {
+    m_day->objectTo(why);
+    m_time->objectTo(why);
 }
 
 void ReminderChoice::pressFocused() {

@@ -33,12 +33,16 @@ public:
     bool take();
     /// Why not; empty where nothing was refused.
     QString problem() const;
+    /// Marks a moment that can be read and yet cannot be; empty when it can.
+    void objectTo(const QString& why);
     /// Presses the button that has the keyboard, if one has.
     void pressFocused();
     /// What Tab leads through, in this order.
     std::vector<QWidget*> stops() const;
 
 Q_SIGNALS:
+    /// The user is about to give the moment another value.
+    void typing();
     void changed();
     void problemChanged();
 

@@ -115,22 +115,22 @@ void SchedulePopover::makeFields() {
     m_clear = new QPushButton(tr("Clear"), this);
     m_clear->setFlat(true);
     m_clear->setEnabled(!m_editor.stored().isEmpty());
-    m_save = new QPushButton(tr("Save"), this);
-    m_save->setDefault(true);
+    m_done = new QPushButton(tr("Done"), this);
+    m_done->setDefault(true);
 }
 
 QWidget* SchedulePopover::makeContent() {
     const auto space = theme().space(Space::medium);
-    const auto flow = [space](std::initializer_list<QWidget*> widgets, QWidget* parent) {
+    const auto flow = [](std::initializer_list<QWidget*> widgets, int apart, QWidget* parent) {
         auto* const layout = new FlowLayout(parent);
         layout->setContentsMargins(0, 0, 0, 0);
-        layout->setSpacing(space);
+        layout->setSpacing(apart);
         for (auto* const each : widgets) {
             layout->addWidget(each);
         }
         return layout;
     };
-    flow({m_startDay, m_start}, m_startFields);
+    flow({m_startDay, m_start}, space, m_startFields);
     auto* const form = new QFormLayout;
     form->setHorizontalSpacing(theme().space(Space::large));
     form->setVerticalSpacing(space);
@@ -150,9 +150,11 @@ QWidget* SchedulePopover::makeContent() {
     }
     auto* const content = new QWidget(this);
     auto* const groups = new QVBoxLayout(content);
-    groups->setContentsMargins(0, 0, 0, 0);
+    const auto margin = theme().space(Space::large);
+    groups->setContentsMargins(margin, 0, margin, 0);
     groups->setSpacing(theme().space(Space::large));
-    groups->addLayout(flow({m_today, m_tomorrow, m_nextWeek}, nullptr));
+    groups->addLayout(
+        flow({m_today, m_tomorrow, m_nextWeek}, theme().space(Space::small), nullptr));
     groups->addLayout(form);
     groups->addLayout(reminder);
     return content;
@@ -162,13 +164,15 @@ void SchedulePopover::layOut() {
     setPanelWidth(theme().scaled(kPanelMeasure));
     auto* const column = new QVBoxLayout(this);
     const auto margin = theme().space(Space::large);
-    column->setContentsMargins(margin, margin, margin, margin);
+    // The scroll handle has the margin at the side to itself.
+    column->setContentsMargins(0, margin, 0, margin);
     column->setSpacing(margin);
     column->addWidget(new PanelScroll(makeContent(), this), 1);
     auto* const buttons = new QHBoxLayout;
+    buttons->setContentsMargins(margin, 0, margin, 0);
     buttons->addWidget(m_clear);
     buttons->addStretch();
-    buttons->addWidget(m_save);
+    buttons->addWidget(m_done);
     column->addLayout(buttons);
     orderTabs();
 }
@@ -179,7 +183,7 @@ void SchedulePopover::orderTabs() {
                                 m_hasTime, m_time,     m_hasReminder};
     const auto ofReminder = m_reminder->stops();
     stops.insert(stops.end(), ofReminder.begin(), ofReminder.end());
-    stops.insert(stops.end(), {m_clear, m_save});
+    stops.insert(stops.end(), {m_clear, m_done});
     for (std::size_t i = 1; i < stops.size(); ++i) {
         setTabOrder(stops[i - 1], stops[i]);
     }
@@ -187,20 +191,43 @@ void SchedulePopover::orderTabs() {
 
 void SchedulePopover::connectFields() {
     for (auto* const box : {m_hasDue, m_hasStart, m_hasTime, m_hasReminder}) {
-        connect(box, &QCheckBox::toggled, this, &SchedulePopover::takeState);
+        connect(box, &QCheckBox::toggled, this, [this, box](bool isOn) {
+            const auto isUsers = !m_isShowing && box->hasFocus();
+            takeState();
+            if (isUsers && isOn) {
+                fieldOf(*box).setFocus();
+            }
+        });
     }
     for (auto* const field :
          std::initializer_list<TypedField*>{m_day, m_startDay, m_start, m_time}) {
         connect(field, &TypedField::changed, this, &SchedulePopover::takeState);
         connect(field, &TypedField::problemChanged, this, &SchedulePopover::showErrors);
+        connect(field, &TypedField::typing, this, &SchedulePopover::holdJudgement);
     }
     connect(m_reminder, &ReminderChoice::changed, this, &SchedulePopover::takeState);
     connect(m_reminder, &ReminderChoice::problemChanged, this, &SchedulePopover::showErrors);
+    connect(m_reminder, &ReminderChoice::typing, this, &SchedulePopover::holdJudgement);
     connect(m_today, &QPushButton::clicked, this, [this] { setDueDay(0); });
     connect(m_tomorrow, &QPushButton::clicked, this, [this] { setDueDay(1); });
     connect(m_nextWeek, &QPushButton::clicked, this, [this] { setDueDay(7); });
     connect(m_clear, &QPushButton::clicked, this, &SchedulePopover::clear);
-    connect(m_save, &QPushButton::clicked, this, &SchedulePopover::save);
+    connect(m_done, &QPushButton::clicked, this, &SchedulePopover::save);
+}
+
+QWidget& SchedulePopover::fieldOf(const QCheckBox& box) const {
+    if (&box == m_hasDue) {
+        return *m_day;
+    }
+    if (&box == m_hasStart) {
+        return m_startDay->isHidden() ? static_cast<QWidget&>(*m_start) : *m_startDay;
+    }
+    return &box == m_hasTime ? static_cast<QWidget&>(*m_time) : *m_reminder;
+}
+
+void SchedulePopover::holdJudgement() {
+    m_editor.holdJudgement();
+    showErrors();
 }
 
 void SchedulePopover::showState() {
@@ -244,14 +271,10 @@ void SchedulePopover::takeState() {
         return;
     }
     changed();
-    const bool reminderAppears = m_hasReminder->isChecked() && !m_editor.hasReminder;
     const auto now = shown();
     m_editor.hasDue = m_hasDue->isChecked();
     if (m_editor.hasDue) {
-        // A start needs an end, and goes with it.
-        const bool startAppears = m_hasStart->isChecked() && !m_editor.hasWindow;
-        m_editor.hasTime = m_hasTime->isChecked() || startAppears;
-        m_editor.hasWindow = m_hasStart->isChecked() && m_editor.hasTime;
+        takeTimes();
     }
     if (now.due != m_shown.due) {
         m_editor.setDue(edited(m_editor.due(), m_shown.due, now.due));
@@ -261,13 +284,29 @@ void SchedulePopover::takeState() {
     } else if (now.start.time() != m_shown.start.time()) {
         m_editor.start = instantOf(now.due.date(), now.start.time(), m_editor.start);
     }
-    m_editor.hasReminder = m_hasReminder->isChecked();
     m_editor.reminder = edited(m_editor.reminder, m_shown.reminder, now.reminder);
-    m_editor.reminderPreset = reminderAppears && m_editor.hasDue
-                                  ? schedule::TodoReminderPreset::atDueTime
-                                  : m_reminder->preset();
+    if (m_hasReminder->isChecked() && !m_editor.hasReminder) {
+        m_editor.addReminder(m_services.clock.now());
+    } else {
+        m_editor.hasReminder = m_hasReminder->isChecked();
+        m_editor.reminderPreset = m_reminder->preset();
+    }
     m_editor.updatePresetReminder();
+    m_editor.judge(m_services.clock.now());
     showState();
+}
+
+/// A start needs an end, and goes with it.
+void SchedulePopover::takeTimes() {
+    const auto now = m_services.clock.now();
+    if (m_hasStart->isChecked() && !m_editor.hasWindow) {
+        m_editor.addWindow(now);
+    } else if (m_hasTime->isChecked() && !m_editor.hasTime) {
+        m_editor.addTime(now);
+    } else {
+        m_editor.hasTime = m_hasTime->isChecked();
+        m_editor.hasWindow = m_hasStart->isChecked() && m_editor.hasTime;
+    }
 }
 
 void SchedulePopover::setDueDay(int daysFromToday) {
@@ -332,15 +371,21 @@ void SchedulePopover::showErrors() {
         }
         return QString();
     };
+    const auto why = [&](Concern concern) {
+        return refused && refused->concern == concern ? reason() : QString();
+    };
     const auto say = [&](RefusalLabel& label, const QString& problem, Concern concern) {
-        const bool isMeant = refused && refused->concern == concern;
-        label.say(!problem.isEmpty() ? problem : isMeant ? reason() : QString());
+        label.say(problem.isEmpty() ? why(concern) : problem);
     };
     m_dayRefusal->say(problemOf({m_day}));
     say(*m_timeRefusal, problemOf({m_startDay, m_start, m_time}), Concern::window);
     say(*m_reminderRefusal, m_reminder->isHidden() ? QString() : m_reminder->problem(),
         Concern::reminder);
     say(*m_refusal, {}, Concern::whole);
+    // The start is what such a refusal asks for.
+    m_startDay->objectTo(why(Concern::window));
+    m_start->objectTo(why(Concern::window));
+    m_reminder->objectTo(why(Concern::reminder));
     if (isVisible()) {
         placeAgain();
     }

@@ -48,9 +48,13 @@ private:
     QWidget* makeContent();
     void orderTabs();
     void connectFields();
+    /// What is to be filled in once the box is checked.
+    QWidget& fieldOf(const QCheckBox& box) const;
     /// Shows the editor's state in the fields, and the other way round.
     void showState();
     void takeState();
+    void takeTimes();
+    void holdJudgement();
     /// What the fields show, which is not always what the editor has: they know fewer days.
     struct Shown {
         QDateTime due;
@@ -103,7 +107,7 @@ private:
     RefusalLabel* m_reminderRefusal;
     RefusalLabel* m_refusal;
     QPushButton* m_clear;
-    QPushButton* m_save;
+    QPushButton* m_done;
 };
 
 } // namespace korvex::ui

@@ -7,6 +7,7 @@
 #include <QAbstractButton>
 #include <QLabel>
 #include <QPointer>
+#include <QScrollArea>
 #include <QWheelEvent>
 
 namespace korvex::ui {
@@ -95,7 +96,7 @@ TEST_F(SchedulePopoverTest, ADaysButtonSchedulesForThatDayAndIsDone) {
     own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250310), kNow);
     open();
     enter("Due day", "31.2.");
-    button("Save").click();
+    button("Done").click();
     button("Today").click();
     EXPECT_FALSE(isOpen()) << "the day is another than what was typed";
     EXPECT_EQ(entry->dueDay(), 20250310);
@@ -184,10 +185,10 @@ TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen)
     ASSERT_TRUE(isOpen());
     const auto now = entry->schedule().accessibilityLabel(false, kNow, workspace.dates.formats());
     EXPECT_TRUE(says(("Another program changed this schedule. It is now: " + now +
-                      ". Save again to replace that.")
+                      ". Choose Done to replace that.")
                          .c_str()));
     EXPECT_EQ(entry->dueDay(), 20250314);
-    button("Save").click();
+    button("Done").click();
     EXPECT_FALSE(isOpen());
     EXPECT_EQ(entry->dueDay(), 20250320);
     open();
@@ -206,7 +207,7 @@ TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
     button("15 minutes before").click();
     EXPECT_TRUE(says("The end time is the deadline. Reminder presets count back from the end "
                      "time."));
-    button("Save").click();
+    button("Done").click();
     EXPECT_FALSE(isOpen());
     const auto day = kNow + 86400.0 - 8 * 3600.0; // midnight of the next day
     EXPECT_EQ(entry->schedule(), (model::TodoSchedule{.dueDate = day + 10 * 3600.0,
@@ -232,7 +233,7 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
     open();
     button("Due").click();
     enter("Due day", "31.2.");
-    button("Save").click();
+    button("Done").click();
     ASSERT_TRUE(isOpen());
     EXPECT_TRUE(isBelow("“31.2.” is not a day.", field("Due day"), button("From")));
     EXPECT_TRUE(field("Due day").hasFocus());
@@ -240,17 +241,48 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
     button("From").click();
     enter("Due time", "10");
     enter("Start time", "10");
-    button("Save").click();
+    field("Due time").setFocus(); // no Return
+    const auto* const wrongWindow = "Choose a start time before the end time on this date.";
+    EXPECT_TRUE(isBelow(wrongWindow, field("Due time"), button("Reminder")));
+    EXPECT_EQ(field("Start time").accessibleDescription(), QString::fromUtf8(wrongWindow));
+    button("Done").click();
     ASSERT_TRUE(isOpen());
-    EXPECT_TRUE(isBelow("Choose a start time before the end time on this date.", field("Due time"),
-                        button("Reminder")));
+    enter("Start time", "1");
+    EXPECT_FALSE(says(wrongWindow)) << "it is about to be another time";
+    enter("Start time", "10:30 am");
+    EXPECT_TRUE(says(wrongWindow)) << "the time is whole";
+    enter("Start time", "9:30 am");
+    EXPECT_FALSE(says(wrongWindow));
+    EXPECT_EQ(field("Start time").accessibleDescription(), QString());
     button("From").click();
     enter("Due time", "7"); // an hour ago
+    button("Reminder").setFocus();
     button("Reminder").click();
+    EXPECT_FALSE(says("Choose a reminder in the future."));
+    button("At due time").click();
+    EXPECT_TRUE(says("Choose a reminder in the future."));
     popover->dismiss();
     ASSERT_TRUE(isOpen()) << "a press outside loses nothing either";
-    EXPECT_TRUE(isBelow("Choose a reminder in the future.", button("Reminder"), button("Save")));
+    EXPECT_TRUE(isBelow("Choose a reminder in the future.", button("Reminder"), button("Done")));
     EXPECT_TRUE(entry->schedule().isEmpty());
+}
+
+TEST_F(SchedulePopoverTest, WhoeverChecksABoxByKeyIsInItsField) {
+    open();
+    const std::pair<const char*, const char*> cases[] = {
+        {"Due", "Due day"}, {"Until", "Due time"}, {"From", "Start time"}};
+    for (const auto& [box, into] : cases) {
+        button(box).setFocus();
+        QTest::keyClick(&button(box), Qt::Key_Space);
+        EXPECT_TRUE(field(into).hasFocus()) << box;
+        EXPECT_EQ(field(into).selectedText(), shown(into)) << "to be typed over";
+    }
+    button("Reminder").setFocus();
+    QTest::keyClick(&button("Reminder"), Qt::Key_Space);
+    EXPECT_TRUE(button("At due time").hasFocus());
+    button("From").setFocus();
+    QTest::keyClick(&button("From"), Qt::Key_Space);
+    EXPECT_TRUE(button("From").hasFocus()) << "what is taken away has no field";
 }
 
 TEST_F(SchedulePopoverTest, AWindowFromOneDayToAnotherIsLeftAloneAndBothDaysCanBeOthers) {
@@ -349,13 +381,19 @@ TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
         window.resize(360, 500);
         open();
         EXPECT_TRUE(window.rect().contains(popover->geometry())) << size;
+        const auto margin = theme.space(Space::large);
+        auto& scrolled = *popover->findChild<QScrollArea*>();
+        EXPECT_EQ(scrolled.width(), popover->width()) << "its handle runs in the margin";
+        // The style of these tests would take room for it.
+        scrolled.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         button("Today").setFocus();
         auto* const content = button("Today").parentWidget();
         int top = 0;
         do {
             const auto* const at = QApplication::focusWidget();
             const QRect place(at->mapTo(popover, QPoint()), at->size());
-            EXPECT_TRUE(popover->rect().contains(place)) << at->accessibleName().toStdString();
+            EXPECT_TRUE(popover->rect().adjusted(margin, 0, -margin, 0).contains(place))
+                << at->accessibleName().toStdString();
             if (content->isAncestorOf(at)) {
                 const auto now = at->mapTo(content, QPoint()).y() + at->height() / 2;
                 EXPECT_GE(now, top) << at->accessibleName().toStdString();

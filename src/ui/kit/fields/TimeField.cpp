@@ -35,6 +35,14 @@ bool TimeField::read(const QString& typed) {
     return read.has_value();
 }
 
+/// As the field writes it, whatever spaces and letters that was typed with.
+bool TimeField::isWhole(const QString& typed) const {
+    const auto plain = [](const QString& text) { return text.simplified().toCaseFolded(); };
+    const auto& times = m_formats->typed();
+    const auto read = times.time(typed.toStdU16String());
+    return read && plain(toQString(std::u16string_view(times.shown(*read).text))) == plain(typed);
+}
+
 base::ShownDate TimeField::shown() const {
     return m_formats->typed().shown(
         base::ClockTime{.hour = m_time.hour(), .minute = m_time.minute()});

@@ -23,6 +23,7 @@ public:
 
 protected:
     bool read(const QString& typed) override;
+    bool isWhole(const QString& typed) const override;
     base::ShownDate shown() const override;
     QString widest() const override;
     QString reason() const override;

@@ -24,7 +24,13 @@ bool isForAWhile(Qt::FocusReason reason) {
 TypedField::TypedField(const Theme& theme, QWidget* parent) : QLineEdit(parent), m_theme(theme) {
     setAlignment(lineStart());
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
-    connect(this, &QLineEdit::textEdited, this, [this] { setProblem({}); });
+    connect(this, &QLineEdit::textEdited, this, [this](const QString& typed) {
+        setProblem({});
+        Q_EMIT typing();
+        if (isWhole(typed) && read(typed)) {
+            Q_EMIT changed();
+        }
+    });
 }
 
 bool TypedField::take() {
@@ -68,11 +74,23 @@ void TypedField::showValue() {
 void TypedField::setProblem(const QString& problem) {
     if (problem != m_problem) {
         m_problem = problem;
-        setAccessibleDescription(problem);
-        setToolTip(problem);
-        update();
+        showWrong();
         Q_EMIT problemChanged();
     }
+}
+
+void TypedField::objectTo(const QString& why) {
+    if (why != m_objection) {
+        m_objection = why;
+        showWrong();
+    }
+}
+
+void TypedField::showWrong() {
+    const auto& why = m_problem.isEmpty() ? m_objection : m_problem;
+    setAccessibleDescription(why);
+    setToolTip(why);
+    update();
 }
 
 base::DatePart TypedField::partAtCaret() const {
@@ -159,7 +177,7 @@ void TypedField::focusOutEvent(QFocusEvent* event) {
 
 void TypedField::paintEvent(QPaintEvent* event) {
     QLineEdit::paintEvent(event);
-    if (!m_problem.isEmpty()) {
+    if (!m_problem.isEmpty() || !m_objection.isEmpty()) {
         QPainter painter(this);
         Shapes::paintRing(painter, rect(), theme().radius(Radius::medium), theme().colors().danger);
     }

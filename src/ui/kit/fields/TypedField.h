@@ -21,11 +21,15 @@ public:
     void discard();
     /// Why what is typed was refused; empty while it was not.
     const QString& problem() const { return m_problem; }
+    /// Marks a value that can be read and yet cannot be: `why` says so; empty when it can.
+    void objectTo(const QString& why);
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 Q_SIGNALS:
+    /// The user is about to give the field another value.
+    void typing();
     /// The user has given the field a value, which may be the one that it had.
     void changed();
     void problemChanged();
@@ -35,6 +39,8 @@ protected:
 
     /// Takes the value, if the text says one.
     virtual bool read(const QString& typed) = 0;
+    /// Whether the text is a value to which nothing can be added: it is read while one still types.
+    virtual bool isWhole(const QString&) const { return false; }
     virtual base::ShownDate shown() const = 0;
     /// A text that takes as much room as any.
     virtual QString widest() const = 0;
@@ -61,10 +67,13 @@ private:
     base::DatePart partAtCaret() const;
     void select(base::DatePart part);
     void setProblem(const QString& problem);
+    /// Says and shows what is wrong with it.
+    void showWrong();
 
     const Theme& m_theme;
     std::vector<base::ShownDate::Place> m_places;
     QString m_problem;
+    QString m_objection;
     WheelNotches m_wheel;
 };
 
