@@ -3,6 +3,7 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/NamedRow.h"
+#include "ui/kit/controls/RefusalLabel.h"
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
@@ -36,7 +37,8 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
       m_icon(new QToolButton(this)),
       m_name(new QLabel(this)),
       m_count(new QLabel(this)),
-      m_words(new WordsAndButton(*m_name, *m_count)),
+      m_words(new WordsAndButton(*m_name, *m_count, WordsAndButton::Below::atBeginning)),
+      m_refusal(new RefusalLabel(theme, this)),
       m_menu(new QToolButton(this)) {
     m_icon->setAutoRaise(true);
     m_icon->setFocusPolicy(Qt::TabFocus);
@@ -55,7 +57,11 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     m_menu->setToolTip(tr("Board and appearance"));
     // All of it stands in the first line of a long name.
     m_line->addWidget(m_icon, 0, Qt::AlignTop);
-    m_line->addLayout(m_words, 1);
+    auto* const words = new QVBoxLayout;
+    words->setSpacing(0);
+    words->addLayout(m_words);
+    words->addWidget(m_refusal);
+    m_line->addLayout(words, 1);
     m_line->addWidget(m_menu, 0, Qt::AlignTop);
     connect(m_icon, &QToolButton::clicked, this,
             [this] { Q_EMIT iconRequested(anchorOf(*m_icon)); });
@@ -122,11 +128,12 @@ void BoardHeader::startRenaming(const QString& typed) {
         m_field->setAccessibleName(tr("Name of the board"));
         m_field->setAlignment(lineStart());
         m_field->installEventFilter(this);
+        connect(m_field, &QLineEdit::textEdited, this, [this] { refuse({}); });
         setTabOrder(m_icon, m_field);
     }
     m_field->setFont(m_name->font());
-    m_field->setText(typed.isEmpty() ? toQString(m_board->name()) : typed);
-    m_field->setModified(!typed.isEmpty());
+    m_field->setText(typed.isNull() ? toQString(m_board->name()) : typed);
+    m_field->setModified(!typed.isNull());
     m_field->selectAll();
     placeField();
     m_name->hide(); // which keeps its room, so that nothing moves
@@ -139,30 +146,44 @@ QString BoardHeader::closeField() {
     const auto hadKeyboard = m_field->hasFocus();
     m_field->hide();
     m_name->show();
+    refuse({});
     if (hadKeyboard) {
         Q_EMIT renamingLeft();
     }
     return m_field->text();
 }
 
-void BoardHeader::endRenaming() {
+void BoardHeader::refuse(const QString& reason) {
+    m_refusal->say(reason);
+    m_line->activate();
+    if (m_field && !m_field->isHidden()) {
+        placeField();
+    }
+}
+
+void BoardHeader::leaveRenaming() {
     if (!m_field || m_field->isHidden()) {
         return;
     }
+    // Whoever deletes a name and goes away has not given another.
+    m_field->text().trimmed().isEmpty() ? static_cast<void>(closeField()) : takeName();
+}
+
+void BoardHeader::takeName() {
     const auto typed = closeField();
     if (m_board && m_field->isModified() && typed != toQString(m_board->name())) {
         Q_EMIT renamed(typed);
     }
 }
 
-/// In the first line of the name.
+/// As high as the name that it takes the place of, however many lines that has.
 void BoardHeader::placeField() {
     const auto around = NamedRow::fieldMargin(m_theme);
     const auto name = m_name->geometry();
-    const auto height = std::max(m_icon->height(), m_field->sizeHint().height());
+    const auto line = std::max(m_icon->height(), m_field->sizeHint().height());
+    const auto top = m_icon->geometry().center().y() - line / 2;
     const auto left = QGuiApplication::isRightToLeft() ? name.left() : name.left() - around;
-    m_field->setGeometry(left, m_icon->geometry().center().y() - height / 2, name.width() + around,
-                         height);
+    m_field->setGeometry(left, top, name.width() + around, std::max(line, name.bottom() + 1 - top));
 }
 
 void BoardHeader::resizeEvent(QResizeEvent* event) {
@@ -197,14 +218,14 @@ bool BoardHeader::eventFilter(QObject* watched, QEvent* event) {
     }
     if (watched == m_field && type == QEvent::FocusOut &&
         static_cast<QFocusEvent*>(event)->reason() != Qt::PopupFocusReason) {
-        endRenaming();
+        leaveRenaming();
     }
     return QWidget::eventFilter(watched, event);
 }
 
 bool BoardHeader::takeKey(int key) {
     if (key == Qt::Key_Return || key == Qt::Key_Enter) {
-        endRenaming();
+        takeName();
     } else if (key == Qt::Key_Escape) {
         closeField();
     } else {

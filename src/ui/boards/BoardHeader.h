@@ -13,6 +13,7 @@ class QToolButton;
 
 namespace korvex::ui {
 
+class RefusalLabel;
 class WordsAndButton;
 
 /// The top of a board's page: icon, name, how many todos are open, and the menu. The name is typed
@@ -29,8 +30,10 @@ public:
     /// Of the board that is shown; an archived one is not renamed.
     void rename(model::Board& board, const QString& typed = {}) override;
     std::optional<QRect> placeOf(const model::Board& board) const override;
-    /// Closes the name's field; what was typed there is taken.
-    void endRenaming();
+    /// Closes the name's field; what was typed there is taken, but for nothing at all.
+    void leaveRenaming();
+    /// Says beside the name why it was refused, until it is another or given up.
+    void refuse(const QString& reason);
 
 Q_SIGNALS:
     void iconRequested(const QRect& globalAnchor);
@@ -49,9 +52,11 @@ protected:
 
 private:
     bool canRename() const;
-    /// Opens the field with the board's name, or with one that was refused. Does nothing where the
-    /// name cannot be changed.
+    /// Opens the field with the board's name, or with one that was refused, be it empty. Does
+    /// nothing where the name cannot be changed.
     void startRenaming(const QString& typed = {});
+    /// Closes the field and takes what was typed there.
+    void takeName();
     /// Returns what was typed.
     QString closeField();
     bool takeKey(int key);
@@ -65,6 +70,7 @@ private:
     QLabel* m_name;
     QLabel* m_count;
     WordsAndButton* m_words;
+    RefusalLabel* m_refusal;
     QToolButton* m_menu;
     /// Null until the first name is typed.
     QLineEdit* m_field = nullptr;

@@ -15,6 +15,7 @@
 #include "ui/windows/Sidebar.h"
 
 #include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
 #include <QTextEdit>
@@ -123,6 +124,7 @@ TEST_F(WindowShapesTest, TheSidebarHasTheRoomThatItsFontNeeds) {
 TEST_F(WindowShapesTest, TheHeaderOfALongNameStandsInItsFirstLineAndItsMenuWithinTheWindow) {
     own.boards.renameBoard(*inbox, "All that is to be done before we leave, and then some more",
                            kNow);
+    add({"a"});
     for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
         QApplication::setLayoutDirection(direction);
         open(400);
@@ -139,6 +141,11 @@ TEST_F(WindowShapesTest, TheHeaderOfALongNameStandsInItsFirstLineAndItsMenuWithi
         EXPECT_GT(header->height(), 3 * menu->height()) << "the name wraps";
         EXPECT_EQ(button("Icon of the board")->y(), menu->y());
         EXPECT_LT(menu->geometry().bottom(), header->height() / 2);
+        page().header().rename(*inbox);
+        EXPECT_GE(header->findChild<QLineEdit*>()->geometry().bottom(),
+                  header->findChild<QLabel*>()->geometry().bottom())
+            << "the field leaves no hole under itself";
+        key(Qt::Key_Escape);
         menu->click();
         auto* const opened = QApplication::activePopupWidget();
         ASSERT_NE(opened, nullptr);
@@ -147,6 +154,17 @@ TEST_F(WindowShapesTest, TheHeaderOfALongNameStandsInItsFirstLineAndItsMenuWithi
         EXPECT_TRUE(opened->geometry().right() == anchor.right() ||
                     opened->geometry().left() == anchor.left());
         opened->close();
+        preferences.setFontSize(24);
+        window->resize(360, 500);
+        QApplication::processEvents();
+        const auto labels = header->findChildren<QLabel*>();
+        const auto name = labels[0]->geometry();
+        const auto count = labels[1]->geometry();
+        EXPECT_GT(count.top(), name.bottom());
+        EXPECT_TRUE(direction == Qt::LeftToRight ? count.left() == name.left()
+                                                 : count.right() == name.right())
+            << "where the name begins";
+        preferences.setFontSize(13);
         window.reset();
     }
     QApplication::setLayoutDirection(Qt::LeftToRight);

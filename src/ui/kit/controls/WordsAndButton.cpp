@@ -7,7 +7,8 @@
 
 namespace korvex::ui {
 
-WordsAndButton::WordsAndButton(QWidget& words, QWidget& button) : QBoxLayout(LeftToRight) {
+WordsAndButton::WordsAndButton(QWidget& words, QWidget& button, Below below)
+    : QBoxLayout(LeftToRight), m_below(below) {
     addWidget(&words, 1);
     addWidget(&button, 0, Qt::AlignTop | Qt::AlignRight);
 }
@@ -37,8 +38,10 @@ QSize WordsAndButton::minimumSize() const {
 
 void WordsAndButton::setGeometry(const QRect& rect) {
     const auto margins = contentsMargins();
-    setDirection(isBeside(rect.width() - margins.left() - margins.right()) ? LeftToRight
-                                                                           : TopToBottom);
+    const auto beside = isBeside(rect.width() - margins.left() - margins.right());
+    setDirection(beside ? LeftToRight : TopToBottom);
+    const auto isAtBeginning = !beside && m_below == Below::atBeginning;
+    itemAt(1)->setAlignment(Qt::AlignTop | (isAtBeginning ? Qt::AlignLeft : Qt::AlignRight));
     QBoxLayout::setGeometry(rect);
 }
 

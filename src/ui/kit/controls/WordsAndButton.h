@@ -7,10 +7,12 @@ class QLabel;
 namespace korvex::ui {
 
 /// Words that wrap, and a button beside them; where that would leave the words too narrow a column,
-/// the button stands below, at the end of the line. A button that is hidden takes no room.
+/// the button stands below. A button that is hidden takes no room.
 class WordsAndButton final : public QBoxLayout {
 public:
-    WordsAndButton(QWidget& words, QWidget& button);
+    /// Where the button stands in the line below the words.
+    enum class Below { atBeginning, atEnd };
+    WordsAndButton(QWidget& words, QWidget& button, Below below = Below::atEnd);
 
     /// In pixels: beside a button the words are not to have less.
     void setNarrowest(int width) { m_narrowest = width; }
@@ -26,6 +28,7 @@ private:
     int roomBeside(int width) const;
     bool isBeside(int width) const { return roomBeside(width) >= m_narrowest; }
 
+    Below m_below;
     int m_narrowest = 0;
 };
 

@@ -14,7 +14,7 @@ PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent
       m_theme(theme),
       m_title(new QLabel(title, this)),
       m_note(new QLabel(this)),
-      m_words(new WordsAndButton(*m_title, *m_note)) {
+      m_words(new WordsAndButton(*m_title, *m_note, WordsAndButton::Below::atBeginning)) {
     m_title->setWordWrap(true); // so that a large font does not keep the window wide
     m_title->setAlignment(lineStart());
     m_note->setAlignment((lineEnd() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
