@@ -1,7 +1,11 @@
 #include "ui/boards/BoardColors.h"
 
+#include "services/BoardService.h"
+
 #include <algorithm>
 #include <array>
+#include <cmath>
+#include <limits>
 
 namespace korvex::ui {
 
@@ -30,6 +34,18 @@ constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
     0xffbf9e68, // sand
 };
 
+/// So many boards stand near enough to a new one for their colours to be taken for its own.
+constexpr int kNeighbours = 3;
+
+/// How different two colours look, from 0: the weights of red and blue depend on how red they are.
+double difference(const QColor& one, const QColor& other) {
+    const auto red = (one.redF() + other.redF()) / 2;
+    const auto square = [](double value) { return value * value; };
+    return std::sqrt((2 + red) * square(one.redF() - other.redF()) +
+                     4 * square(one.greenF() - other.greenF()) +
+                     (3 - red) * square(one.blueF() - other.blueF()));
+}
+
 } // namespace
 
 std::optional<model::BoardIconColor> ownColorOf(const model::Board& board) {
@@ -48,15 +64,38 @@ QColor iconColorOf(const model::Board& board, const ThemeColors& theme) {
     return colorOf(ownColorOf(board), theme);
 }
 
-model::BoardIconColor nextColor(const std::vector<model::Board*>& boards) {
+model::BoardIconColor nextColor(const std::vector<model::Board*>& boards,
+                                const ThemeColors& theme) {
     std::array<int, model::kBoardIconColorCount> uses{};
     for (const auto* const board : boards) {
         if (const auto color = ownColorOf(*board)) {
             ++uses[static_cast<std::size_t>(*color)];
         }
     }
-    const auto least = std::min_element(uses.begin(), uses.end());
-    return static_cast<model::BoardIconColor>(least - uses.begin());
+    std::vector<QColor> beside{theme.accent, theme.danger};
+    const auto most = std::ssize(beside) + kNeighbours;
+    const auto listed = services::BoardService::activeBoards(boards);
+    for (auto board = listed.rbegin(); board != listed.rend() && std::ssize(beside) < most;
+         ++board) {
+        beside.push_back(iconColorOf(**board, theme));
+    }
+    const auto apart = [&](model::BoardIconColor color) {
+        const auto drawn = colorOf(color, theme);
+        auto nearest = std::numeric_limits<double>::max();
+        for (const auto& other : beside) {
+            nearest = std::min(nearest, difference(drawn, other));
+        }
+        return nearest;
+    };
+    const auto fewest = *std::min_element(uses.begin(), uses.end());
+    std::optional<model::BoardIconColor> best;
+    for (const auto color : model::allBoardIconColors()) {
+        const auto isCandidate = uses[static_cast<std::size_t>(color)] == fewest;
+        if (isCandidate && (!best || apart(color) > apart(*best))) {
+            best = color;
+        }
+    }
+    return *best;
 }
 
 } // namespace korvex::ui

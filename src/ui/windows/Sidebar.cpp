@@ -200,8 +200,9 @@ void Sidebar::countSoon() {
 void Sidebar::createBoard() {
     model::Board* created = nullptr;
     const auto refused = refusal([&] {
-        created = &m_boards.createBoard(toUtf8(tr("New board")), m_clock.now(),
-                                        {.color = model::rawValue(nextColor(m_boards.boards()))});
+        created = &m_boards.createBoard(
+            toUtf8(tr("New board")), m_clock.now(),
+            {.color = model::rawValue(nextColor(m_boards.boards(), m_theme.colors()))});
     });
     if (refused) {
         showMessage(*refused);

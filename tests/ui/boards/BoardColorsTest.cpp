@@ -50,32 +50,34 @@ TEST(BoardColors, DifferAndAreSeenOnEveryGroundWhateverTheSystemsAccent) {
     }
 }
 
-TEST_F(BoardColorsTest, ANewBoardIsOfferedTheFirstColourThatTheFewestHave) {
-    std::vector<const char*> all;
-    for (const auto color : model::allBoardIconColors()) {
-        all.push_back(model::rawValue(color).data());
-    }
-    auto twice = all;
-    twice.insert(twice.end(), all.begin(), all.end() - 1);
-    const std::pair<std::vector<const char*>, const char*> cases[] = {
-        {{}, "blue"},
-        {{nullptr, "a color of tomorrow"}, "blue"},
-        {{"orange", "blue"}, "green"},
-        {all, "blue"},
-        {twice, "sand"},
+TEST_F(BoardColorsTest, ANewBoardIsOfferedAColourOfItsOwnThatIsToldFromItsNeighbours) {
+    constexpr std::size_t kFirst = 8;
+    constexpr int kApart = 64; // of 255, in one channel at least
+    const auto areApart = [](const QColor& one, const QColor& two) {
+        return std::max({std::abs(one.red() - two.red()), std::abs(one.green() - two.green()),
+                         std::abs(one.blue() - two.blue())}) >= kApart;
     };
-    for (const auto& [colors, offered] : cases) {
+    for (const auto accent : {QColor(0x2f, 0x6f, 0xde), QColor(0xe0, 0x7b, 0x1a)}) {
+        const auto colors = ThemeColors::light(accent, ThemeColors::Contrast::usual);
+        std::vector<model::BoardIconColor> offered;
+        for (std::size_t i = 0; i < model::kBoardIconColorCount; ++i) {
+            const auto next = nextColor(own.boards.boards(), colors);
+            const auto drawn = colorOf(next, colors);
+            EXPECT_TRUE(i >= kFirst || areApart(drawn, colors.accent)) << i;
+            for (auto before = i < 2 ? 0 : i - 2; before < i && i < kFirst; ++before) {
+                EXPECT_TRUE(areApart(drawn, colorOf(offered[before], colors))) << i;
+            }
+            offered.push_back(next);
+            own.boards.createBoard("Work", kNow, {.color = model::rawValue(next)});
+        }
+        std::sort(offered.begin(), offered.end());
+        EXPECT_EQ(std::adjacent_find(offered.begin(), offered.end()), offered.end())
+            << "each once before one comes again";
         for (auto* const board : own.boards.boards()) {
             if (board != inbox) {
                 own.boards.deleteBoard(*board);
             }
         }
-        for (const auto* const color : colors) {
-            auto& board = own.boards.createBoard("Work", kNow);
-            board.setIconColor(color ? std::optional<std::string>(color) : std::nullopt);
-            own.context.save();
-        }
-        EXPECT_EQ(model::rawValue(nextColor(own.boards.boards())), offered) << colors.size();
     }
 }
 
