@@ -87,16 +87,21 @@ DateField* CompletedFilterBar::makeDay(const QString& name) {
 }
 
 void CompletedFilterBar::layOut() {
-    m_toEnd = new QWidget(this);
-    auto* const toEnd = new QHBoxLayout(m_toEnd);
-    toEnd->setContentsMargins(0, 0, 0, 0);
-    toEnd->addWidget(new QLabel(QStringLiteral("–"), m_toEnd));
-    toEnd->addWidget(m_end);
+    m_range = new QWidget(this);
+    m_fromStart = new QWidget(m_range);
+    auto* const fromStart = new QHBoxLayout(m_fromStart);
+    fromStart->setContentsMargins(0, 0, 0, 0);
+    fromStart->addWidget(m_start);
+    fromStart->addWidget(new QLabel(QStringLiteral("–"), m_fromStart));
+    auto* const range = new FlowLayout(m_range);
+    range->setContentsMargins(0, 0, 0, 0);
+    range->addWidget(m_fromStart);
+    range->addWidget(m_end);
     auto* const column = new QVBoxLayout(this);
     column->addWidget(m_search);
     m_pickers = new FlowLayout;
     for (auto* const each : std::initializer_list<QWidget*>{m_boardStatus, m_board, m_schedule,
-                                                            m_period, m_start, m_toEnd, m_reset}) {
+                                                            m_period, m_range, m_reset}) {
         m_pickers->addWidget(each);
     }
     column->addLayout(m_pickers);
@@ -185,12 +190,10 @@ void CompletedFilterBar::showFilter() {
         m_start->setDate(WallClock::dateTimeOf(m_filter.startDate, calendar).date());
         m_end->setDate(WallClock::dateTimeOf(m_filter.endDate, calendar).date());
         for (auto* const field : {m_start, m_end}) {
-            // In the wrong order they mean the first day alone.
-            field->setRange(m_start->date(), std::max(m_start->date(), m_end->date()));
+            field->setRange(m_start->date(), m_end->date());
         }
     }
-    m_start->setVisible(isCustom);
-    m_toEnd->setVisible(isCustom);
+    m_range->setVisible(isCustom);
     m_reset->setVisible(m_filter.isActive());
 }
 
@@ -209,19 +212,7 @@ void CompletedFilterBar::take() {
         m_filter.boardID = m_boards[static_cast<std::size_t>(m_board->currentIndex()) - 1].id;
     }
     if (m_filter.period == CompletedFilter::Period::custom) {
-        const auto& calendar = m_dates.formats().calendar();
-        const auto now = m_clock.now();
-        auto start = m_start->date();
-        auto end = m_end->date();
-        if (before.period != CompletedFilter::Period::custom) {
-            end = WallClock::dateTimeOf(now, calendar).date();
-            start = end.addDays(-kFirstRangeDays);
-            m_start->discard();
-            m_end->discard();
-        }
-        const QTime noon(12, 0);
-        m_filter.startDate = WallClock::instantOf(start, noon, calendar, now);
-        m_filter.endDate = WallClock::instantOf(end, noon, calendar, now);
+        takeRange(before);
     }
     if (m_filter != before) {
         showFilter();
@@ -229,12 +220,31 @@ void CompletedFilterBar::take() {
     }
 }
 
+void CompletedFilterBar::takeRange(const CompletedFilter& before) {
+    const auto& calendar = m_dates.formats().calendar();
+    const auto now = m_clock.now();
+    auto start = m_start->date();
+    auto end = m_end->date();
+    if (before.period != CompletedFilter::Period::custom) {
+        end = WallClock::dateTimeOf(now, calendar).date();
+        start = end.addDays(-kFirstRangeDays);
+        m_start->discard();
+        m_end->discard();
+    } else if (start > end) {
+        const auto isStartNew = start != WallClock::dateTimeOf(before.startDate, calendar).date();
+        (isStartNew ? end : start) = isStartNew ? start : end;
+    }
+    const QTime noon(12, 0);
+    m_filter.startDate = WallClock::instantOf(start, noon, calendar, now);
+    m_filter.endDate = WallClock::instantOf(end, noon, calendar, now);
+}
+
 void CompletedFilterBar::applyTheme() {
     const auto space = m_theme.space(Space::medium);
     const auto side = m_theme.space(Space::wide);
     layout()->setContentsMargins(side, 0, side, space);
-    for (auto* const each :
-         std::initializer_list<QLayout*>{layout(), m_pickers, m_toEnd->layout()}) {
+    for (auto* const each : std::initializer_list<QLayout*>{layout(), m_pickers, m_range->layout(),
+                                                            m_fromStart->layout()}) {
         each->setSpacing(space);
     }
     m_board->setIconSize(QSize(1, 1) * m_theme.extent(Extent::smallIcon));

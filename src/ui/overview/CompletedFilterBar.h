@@ -57,6 +57,9 @@ private:
     void fillBoards();
     void showFilter();
     void take();
+    /// The days of the range. The last day does not come before the first: the one that the user
+    /// has not touched follows.
+    void takeRange(const schedule::CompletedFilter& before);
     void reset();
     void applyTheme();
 
@@ -75,8 +78,10 @@ private:
     FilterChoice* m_schedule;
     FilterChoice* m_period;
     DateField* m_start;
-    /// The last day, with a dash before it.
-    QWidget* m_toEnd;
+    /// Both days, side by side where there is room.
+    QWidget* m_range;
+    /// The first day, with a dash behind it.
+    QWidget* m_fromStart;
     DateField* m_end;
     QPushButton* m_reset;
 };

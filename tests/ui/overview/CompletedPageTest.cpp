@@ -214,9 +214,31 @@ TEST_F(CompletedPageTest, ACustomRangeHoldsWholeDays) {
     EXPECT_EQ(dateField("Last day").date(), QDate(2025, 3, 10));
     enter("First day", "3/9");
     EXPECT_THAT(rows(), ElementsAre("# Today", "[x] last", "# Yesterday", "[x] first"));
-    enter("Last day", "3/1");
-    EXPECT_THAT(rows(), ElementsAre("# Yesterday", "[x] first"))
-        << "in the wrong order: the first day";
+    enter("First day", "3/11/2025");
+    EXPECT_EQ(dateField("Last day").date(), QDate(2025, 3, 11)) << "the other end follows";
+    EXPECT_THAT(rows(), ElementsAre("# March 11, 2025", "[x] after"));
+    enter("Last day", "3/8");
+    EXPECT_EQ(dateField("First day").date(), QDate(2025, 3, 8));
+    EXPECT_THAT(rows(), ElementsAre("# March 8, 2025", "[x] before"));
+}
+
+TEST_F(CompletedPageTest, TheDaysOfARangeStandTogetherAndNoDashBeginsALine) {
+    show();
+    pick("Filter by completion date", "Custom range");
+    const auto lineOf = [this](const QWidget& of) { return of.mapTo(&bar(), QPoint()).y(); };
+    for (const auto& [width, size, isTogether] :
+         {std::tuple(1000, 13, true), std::tuple(500, 13, true), std::tuple(500, 24, true),
+          std::tuple(360, 24, false)}) {
+        preferences.setFontSize(size);
+        page.resize(width, 600);
+        QApplication::processEvents();
+        const auto& first = dateField("First day");
+        const auto& last = dateField("Last day");
+        EXPECT_EQ(lineOf(first) == lineOf(last), isTogether) << width << " at " << size;
+        const auto& dash = *first.parentWidget()->findChild<QLabel*>();
+        EXPECT_LT(std::abs(lineOf(dash) - lineOf(first)), first.height());
+        EXPECT_GT(dash.mapTo(&bar(), QPoint()).x(), first.mapTo(&bar(), QPoint()).x());
+    }
 }
 
 TEST_F(CompletedPageTest, TheBoardsOnOfferAreThoseOfTheStore) {

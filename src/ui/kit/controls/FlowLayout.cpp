@@ -26,6 +26,20 @@ QLayoutItem* FlowLayout::takeAt(int index) {
     return item;
 }
 
+QSize FlowLayout::sizeHint() const {
+    QSize size(-spacing(), 0);
+    for (const auto* const item : m_items) {
+        if (!item->isEmpty()) {
+            const auto wanted = item->sizeHint();
+            size = {size.width() + spacing() + wanted.width(),
+                    std::max(size.height(), wanted.height())};
+        }
+    }
+    const auto margins = contentsMargins();
+    return QSize(std::max(0, size.width()), size.height()) +
+           QSize(margins.left() + margins.right(), margins.top() + margins.bottom());
+}
+
 QSize FlowLayout::minimumSize() const {
     QSize size;
     for (const auto* const item : m_items) {
@@ -52,16 +66,18 @@ int FlowLayout::arrange(const QRect& rect, Do what) const {
         }
         const auto wanted = item->sizeHint();
         const auto width = std::min(wanted.width(), room.width());
+        const auto height =
+            item->hasHeightForWidth() ? item->heightForWidth(width) : wanted.height();
         if (lineHeight > 0 && x + width > room.right() + 1) {
             x = room.left();
             y += lineHeight + spacing();
             lineHeight = 0;
         }
         if (what == Do::place) {
-            item->setGeometry(mirrored({x, y, width, wanted.height()}, room));
+            item->setGeometry(mirrored({x, y, width, height}, room));
         }
         x += width + spacing();
-        lineHeight = std::max(lineHeight, wanted.height());
+        lineHeight = std::max(lineHeight, height);
     }
     return y + lineHeight - rect.top() + margins.bottom();
 }

@@ -19,7 +19,8 @@ public:
     Qt::Orientations expandingDirections() const override { return {}; }
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override { return arrange({0, 0, width, 0}, Do::measure); }
-    QSize sizeHint() const override { return minimumSize(); }
+    /// All of it in one line.
+    QSize sizeHint() const override;
     QSize minimumSize() const override;
     void setGeometry(const QRect& rect) override;
 
