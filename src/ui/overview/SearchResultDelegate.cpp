@@ -6,6 +6,7 @@
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/todos/RowFrame.h"
+#include "ui/todos/TodoPainting.h"
 
 #include <QPainter>
 #include <QTextLayout>
@@ -17,8 +18,9 @@ namespace korvex::ui {
 namespace {
 
 constexpr double kMarkStrength = 0.30;
-/// The name of a board leaves room for what is said behind it.
-constexpr double kWidestName = 0.6;
+/// What is left of a board's name beside what is said behind it, in pixels at the standard font
+/// size: some letters.
+constexpr int kShortestName = 40;
 
 /// The places of what a row shows, from its top left corner.
 struct Places {
@@ -132,45 +134,49 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     const auto size = m_theme.extent(Extent::smallIcon);
     const auto small = m_theme.space(Space::small);
     const auto gap = m_theme.space(Space::large);
+    const auto signWidth = size + small;
+    const auto archived = SearchListModel::tr("Archived");
+    const auto forArchived =
+        row.isArchived ? gap + signWidth + metrics.horizontalAdvance(archived) : 0;
+    const auto name = row.isBoard ? row.kind : row.boardName;
+    const auto forName = rect.width() - (row.isBoard ? 0 : signWidth) - forArchived;
+    const auto dueWidth = row.due.width(m_theme);
+    // A part of a date says another date: it is there as a whole or not at all.
+    const auto hasDue =
+        !row.due.isEmpty() && forName - gap - dueWidth >= std::min(metrics.horizontalAdvance(name),
+                                                                   m_theme.scaled(kShortestName));
     auto left = rect.left();
-    const auto icon = [&](const QString& name, const QColor& color) {
+    const auto icon = [&](const QString& sign, const QColor& color) {
         if (left + size <= rect.right()) {
             const auto top = rect.top() + topOfSign(metrics, size);
-            IconSet::draw(painter, name, color, mirrored(QRect(left, top, size, size), rect));
+            IconSet::draw(painter, sign, color, mirrored(QRect(left, top, size, size), rect));
         }
-        left += size + small;
+        left += signWidth;
     };
-    const auto text = [&](const QString& words, const QColor& color, int most) {
+    const auto text = [&](const QString& words, int most) {
         const auto room = std::min(rect.right() + 1 - left, most);
         if (room > 0) {
             const auto shown = metrics.elidedText(words, Qt::ElideRight, room);
-            painter.setPen(color);
+            painter.setPen(colors.secondaryText);
             painter.drawText(mirrored(QRect(left, rect.top(), room, rect.height()), rect),
                              Qt::AlignLeft | Qt::AlignTop, shown);
             left += metrics.horizontalAdvance(shown) + gap;
         }
     };
     painter.setFont(m_theme.smallFont());
-    if (row.isBoard) {
-        text(row.kind, colors.secondaryText, rect.width());
-    } else {
+    if (!row.isBoard) {
         const auto& board = m_model.board(number);
         icon(boardIconName(board.iconSystemName()), iconColorOf(board, colors));
-        text(row.boardName, colors.secondaryText,
-             row.due.isEmpty() && !row.isArchived ? rect.width()
-                                                  : static_cast<int>(rect.width() * kWidestName));
     }
+    text(name, hasDue ? forName - gap - dueWidth : forName);
     if (row.isArchived) {
         icon(QStringLiteral("archive"), colors.secondaryText);
-        text(SearchListModel::tr("Archived"), colors.secondaryText, rect.width());
+        text(archived, rect.width());
     }
-    const auto dueColor = row.due.isOverdue ? colors.danger : colors.secondaryText;
-    if (!row.due.text.isEmpty()) {
-        text(row.due.text, dueColor, rect.width());
-        left -= gap - small;
-    }
-    if (row.due.hasReminder) {
-        icon(QStringLiteral("bell-fill"), dueColor);
+    if (hasDue) {
+        TodoPainting::drawDueLabel(
+            painter, mirrored(QRect(left, rect.top(), dueWidth, rect.height()), rect), row.due,
+            row.due.isOverdue ? colors.danger : colors.secondaryText, m_theme);
     }
 }
 

@@ -1,6 +1,7 @@
 #include "ui/overview/SearchPage.h"
 
 #include "ui/WindowFixture.h"
+#include "ui/contrast/PaintRecord.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
 #include <QLabel>
@@ -67,6 +68,29 @@ TEST_F(SearchPageTest, WhatFallsDueIsSaidWithoutAClick) {
     clock.advance(61);
     runLoop.advance(61);
     EXPECT_THAT(rows(), ElementsAre(::testing::HasSubstr("Overdue")));
+}
+
+TEST_F(SearchPageTest, ADateIsThereAsAWholeOrNotAtAll) {
+    const auto todos = add({"a milk", "b milk"});
+    own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueOn(20250311), kNow);
+    own.entries.updateSchedule(*todos[1], {.dueDate = kNow + 7200.0, .dueStartDate = kNow + 3600.0},
+                               kNow);
+    page.search(QStringLiteral("milk"));
+    const auto drawn = [this] {
+        const tests::PaintRecord record(*list().viewport());
+        QStringList result;
+        for (const auto& each : record.drawn()) {
+            result.append(each.words.simplified());
+        }
+        return result.join(QLatin1Char('|')).toStdString();
+    };
+    EXPECT_THAT(drawn(), ::testing::AllOf(::testing::HasSubstr("Tomorrow"),
+                                          ::testing::HasSubstr("Today · 9:00 AM–10:00 AM")));
+    preferences.setFontSize(24);
+    page.resize(360, 600);
+    QApplication::processEvents();
+    EXPECT_THAT(drawn(), ::testing::AllOf(::testing::HasSubstr("Tomorrow"),
+                                          ::testing::Not(::testing::HasSubstr("Today"))));
 }
 
 TEST_F(SearchPageTest, NothingFoundIsSaidInWords) {
