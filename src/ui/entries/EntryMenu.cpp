@@ -32,7 +32,8 @@ void EntryMenu::open(int row, const QPoint& globalPosition) {
     addAttachmentItems(*menu, &entry);
     items.add(tr("Move to board…"), Qt::CTRL | Qt::SHIFT | Qt::Key_M,
               [this, &entry] { m_actions.chooseBoard(entry); });
-    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { m_actions.remove(entry); });
+    items.add(entry.isTodo() ? tr("Delete todo") : tr("Delete text"), Qt::Key_Delete,
+              [this, &entry] { m_actions.remove(entry); });
     menu->popup(globalPosition);
 }
 

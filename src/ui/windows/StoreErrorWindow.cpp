@@ -36,7 +36,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     auto* const advice = addWords(
         hasFolder ? tr("The store is the file below; keep a copy of its folder before you change "
                        "anything there. When the cause is gone, try again.")
-                  : tr("The store is to be the file below. When the cause is gone, try again."),
+                  : tr("When the cause is gone, try again. Korvex expects its store here:"),
         theme.font(), colors.text);
     auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont(),
                                 colors.secondaryText);

