@@ -2,6 +2,7 @@
 
 #include "model/ServiceErrors.h"
 #include "ui/boards/BoardHeader.h"
+#include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
@@ -81,7 +82,7 @@ void BoardPage::connectParts() {
     connect(m_header, &BoardHeader::renamed, this, [this](const QString& name) {
         endAnswer();
         if (const auto refused = m_renaming.store(*board(), name)) {
-            refuse(*refused);
+            m_renaming.isNameComingBack() ? m_header->refuse(*refused) : refuse(*refused);
         }
     });
     connect(m_archivedNotice, &NoticeLine::pressed, this, &BoardPage::unarchiveRequested);
@@ -158,8 +159,8 @@ void BoardPage::takeKeyboard() {
     }
 }
 
-bool BoardPage::leave() {
-    m_header->endRenaming();
+bool BoardPage::leaveEditing() {
+    m_header->leaveRenaming();
     if (m_renaming.isNameComingBack()) {
         return false; // it says why
     }
@@ -213,6 +214,7 @@ BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
                              : tr("This was typed on “%1”, which is no longer there. Go on with it "
                                   "here, or discard it.");
     const auto why = form.arg(title());
+    Popover::endAll(*window());
     const auto caret = m_editing.caret();
     const auto words = m_editing.takeAway();
     const auto isShown = showBoard(board);

@@ -23,7 +23,6 @@ public:
 
     QString title() const override;
     void takeKeyboard() override;
-    bool leave() override;
     bool showRecord(const base::Uuid& id) override;
 
     model::Board* board() const { return m_model.board(); }
@@ -83,6 +82,7 @@ Q_SIGNALS:
                          const korvex::ui::BoardPage::Origin& origin);
 
 protected:
+    bool leaveEditing() override;
     void keyPressEvent(QKeyEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 

@@ -97,7 +97,8 @@ void EntryListView::showRow(int row) {
 }
 
 QRect EntryListView::scheduleAnchor(int row) const {
-    return globalRect(m_hits.scheduleOf(row));
+    const auto place = visualRect(m_model.index(row, 0));
+    return globalRect(RowFrame::of(theme()).anchorOf(m_hits.scheduleOf(row), place));
 }
 
 int EntryListView::measuredHeight(int row) {

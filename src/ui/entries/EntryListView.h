@@ -40,7 +40,8 @@ public:
 
     /// Chooses the row and scrolls it into the middle.
     void showRow(int row);
-    /// Where the due label stands, or would stand, in global coordinates.
+    /// The height of a todo's row where its due label stands, or would stand, in global
+    /// coordinates.
     QRect scheduleAnchor(int row) const;
 
     EntryChips& chips() { return m_chips; }

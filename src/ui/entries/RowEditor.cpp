@@ -5,6 +5,7 @@
 #include "ui/kit/theme/Shapes.h"
 #include "ui/todos/RowFrame.h"
 
+#include <QApplication>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -29,6 +30,7 @@ RowEditor::RowEditor(const Theme& theme, QWidget* parent)
     setAttribute(Qt::WA_OpaquePaintEvent);
     Accessibility::setRole(*this, QAccessible::Grouping);
     connect(m_message, &RowRefusal::discarded, this, &RowEditor::discarded);
+    connect(qApp, &QApplication::focusChanged, this, [this] { update(); }); // for its ring
 }
 
 void RowEditor::editAround(const std::function<void(QTextCursor&)>& edit) {
@@ -174,9 +176,14 @@ void RowEditor::paintEvent(QPaintEvent* event) {
         return;
     }
     const auto isWrong = m_until && m_tone == ErrorBanner::Tone::error;
+    const auto radius = m_theme.radius(Radius::medium);
     painter.setRenderHint(QPainter::Antialiasing);
-    Shapes::paintRing(painter, box, m_theme.radius(Radius::medium),
-                      isWrong ? colors.danger : colors.accent);
+    if (isWrong || hasFocus()) {
+        Shapes::paintRing(painter, box, radius, isWrong ? colors.danger : colors.accent);
+    } else {
+        // A control of it or a panel has the keyboard, and the ring.
+        Shapes::paintBox(painter, box, radius, {}, colors.border);
+    }
 }
 
 } // namespace korvex::ui

@@ -191,7 +191,7 @@ void TodoListPage::openSchedule(model::Entry& entry) {
     m_actions.openSchedule(entry, [this, id = entry.id()]() -> std::optional<QRect> {
         const auto* const found = m_workspace.context.find<model::Entry>(id);
         const auto at = found && isVisible() ? m_model.rowOf(*found) : -1;
-        return at < 0 ? std::nullopt : std::optional(m_list->detailRect(at));
+        return at < 0 ? std::nullopt : std::optional(m_list->scheduleAnchor(at));
     });
 }
 
@@ -213,7 +213,7 @@ void TodoListPage::openMenu(int row, const QPoint& globalPosition) {
              [this, &entry] { toggle(entry); })
         .setEnabled(canChange);
     menu->addSeparator();
-    items.add(tr("Delete"), Qt::Key_Delete, [this, &entry] { remove(entry); })
+    items.add(tr("Delete todo"), Qt::Key_Delete, [this, &entry] { remove(entry); })
         .setEnabled(canChange);
     menu->popup(globalPosition);
 }

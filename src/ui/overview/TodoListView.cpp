@@ -1,5 +1,7 @@
 #include "ui/overview/TodoListView.h"
 
+#include "ui/todos/RowFrame.h"
+
 #include <QMouseEvent>
 
 namespace korvex::ui {
@@ -37,11 +39,11 @@ int TodoListView::nearestTodo(int row) const {
     return -1;
 }
 
-QRect TodoListView::detailRect(int row) const {
+QRect TodoListView::scheduleAnchor(int row) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());
     const auto local = laidOut.detail().isEmpty() ? laidOut.text() : laidOut.detail();
-    return globalRect(local.translated(rect.topLeft()));
+    return globalRect(RowFrame::of(theme()).anchorOf(local.translated(rect.topLeft()), rect));
 }
 
 void TodoListView::setBoardNames(const QStringList& names) {

@@ -21,9 +21,9 @@ public:
     void setCurrentRow(int row) override;
     /// The todo at this row or the next one below, else above it; -1 when there is none.
     int nearestTodo(int row) const;
-    /// Where the label stands that tells when a todo is due, in global coordinates; the place of
-    /// its text where it has none.
-    QRect detailRect(int row) const;
+    /// The height of a todo's row where the label stands that tells when it is due, in global
+    /// coordinates; where its text stands if it has none.
+    QRect scheduleAnchor(int row) const;
 
     /// The names of the boards that rows show: one column holds the longest of them.
     void setBoardNames(const QStringList& names);

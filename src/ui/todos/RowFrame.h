@@ -38,6 +38,12 @@ struct RowFrame {
     QRect box(const QSize& row) const {
         return {boxMargin, boxTop, row.width() - 2 * boxMargin, row.height() - rowDistance};
     }
+    /// What a panel about this part of the row keeps its distance from: as wide as the part, as
+    /// high as the row's box. Both are in the same coordinates.
+    QRect anchorOf(const QRect& part, const QRect& row) const {
+        const auto whole = box(row.size()).translated(row.topLeft());
+        return {part.left(), whole.top(), part.width(), whole.height()};
+    }
     /// The width that a text has in a row of this width; some even in a window that is hardly wider
     /// than its signs.
     int room(int rowWidth) const;

@@ -71,10 +71,7 @@ void TodoActions::openSchedule(model::Entry& entry, const Place& place) {
                 popover->openAt(shown);
                 return;
             }
-            popover->dismiss();
-            if (!popover->isHidden()) {
-                popover->closeNow(); // nobody would know what its reason is about
-            }
+            popover->end();
         },
         Qt::QueuedConnection);
 }

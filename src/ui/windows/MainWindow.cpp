@@ -2,7 +2,6 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
-#include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
@@ -259,9 +258,8 @@ void MainWindow::storeAll() {
 
 /// As a press outside of all that is being edited: panels, the name of a board, the entry.
 bool MainWindow::leaveAll() {
-    const auto isDismissed = Popover::dismissAll(*this);
     const auto isNamed = m_sidebar->leave();
-    return m_pages->current().leave() && isNamed && isDismissed;
+    return m_pages->current().leave() && isNamed;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

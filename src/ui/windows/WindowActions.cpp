@@ -46,11 +46,15 @@ WindowActions::WindowActions(const Parts& parts, const Services& services, const
 }
 
 template <typename Action>
-QAction* WindowActions::addShortcut(const QKeySequence& keys, Action&& action) {
+QAction* WindowActions::addShortcut(const QKeySequence& keys, Action&& action, Panels panels) {
     auto* const item = new QAction(this);
     item->setShortcut(keys);
     m_parts.window.addAction(item);
-    connect(item, &QAction::triggered, this, action);
+    connect(item, &QAction::triggered, this, [this, action, panels] {
+        if (panels == Panels::stay || Popover::dismissAll(m_parts.window)) {
+            action();
+        }
+    });
     return item;
 }
 
@@ -63,11 +67,13 @@ void WindowActions::addShortcuts() {
     });
     m_find = addShortcut(Qt::CTRL | Qt::Key_F, [this] { find(); });
     m_find->setText(tr("Search"));
-    m_goToBoard = addShortcut(Qt::CTRL | Qt::Key_K, [this] { pickBoard(); });
+    m_goToBoard = addShortcut(
+        Qt::CTRL | Qt::Key_K, [this] { pickBoard(); }, Panels::stay);
     m_goToBoard->setText(tr("Go to board…"));
     addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
-    addShortcut(Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); });
+    addShortcut(
+        Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); }, Panels::stay);
     addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
@@ -98,6 +104,9 @@ void WindowActions::pickBoard() {
         open->closeNow();
         return;
     }
+    if (!Popover::dismissAll(m_parts.window)) {
+        return;
+    }
     auto* const picker = new BoardPicker(
         {.title = tr("Go to board"), .boards = m_parts.sidebar.boards().activeBoards()},
         m_services.context, m_services.folding, m_theme, &m_parts.window);
@@ -113,10 +122,7 @@ void WindowActions::openNumbered(int number) {
 }
 
 void WindowActions::toggleSidebar() {
-    // A panel belongs to a place that would move: it goes first, as for a press outside of it.
-    if (Popover::dismissAll(m_parts.window)) {
-        m_parts.sidebarPlace.toggle();
-    }
+    m_parts.sidebarPlace.toggle();
 }
 
 void WindowActions::openContextMenu() {

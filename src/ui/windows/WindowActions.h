@@ -51,8 +51,11 @@ public:
     void undo(services::UndoManager::StepId step) { m_undo.undo(step); }
 
 private:
+    /// What becomes of the panels that are open: they belong to what stands there, which most
+    /// actions change.
+    enum class Panels { end, stay };
     template <typename Action>
-    QAction* addShortcut(const QKeySequence& keys, Action&& action);
+    QAction* addShortcut(const QKeySequence& keys, Action&& action, Panels panels = Panels::end);
     void addShortcuts();
     void startTodo();
     void startText();

@@ -69,7 +69,7 @@ TEST_F(EditorInItsRowTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
         own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
     }
     own.entries.updateSchedule(*todos[2], model::TodoSchedule::dueAt(kNow - 86400.0 * 400), kNow);
-    for (const int width : {500, 180}) {
+    for (const int width : {500, 360, 180}) {
         page.resize(width, 600);
         for (const auto size : app::AppPreferences::kFontSizes) {
             preferences.setFontSize(size);
@@ -100,6 +100,17 @@ TEST_F(EditorInItsRowTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
             }
         }
     }
+}
+
+TEST_F(EditorInItsRowTest, OneRingIsDrawnAroundWhatHasTheKeyboard) {
+    edit(*add({"a"}).front());
+    const auto hasRing = [this] {
+        const QPoint onEdge(todoEditor().width() / 2, RowFrame::of(theme).boxTop);
+        return todoEditor().grab().toImage().pixelColor(onEdge) == theme.colors().accent;
+    };
+    EXPECT_TRUE(hasRing());
+    todoEditor().findChild<QToolButton*>()->setFocus();
+    EXPECT_FALSE(hasRing());
 }
 
 TEST_F(EditorInItsRowTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {

@@ -306,7 +306,7 @@ TEST_F(UpcomingPageTest, ReturnADoubleClickAndTheMenuOpenTheEntryOnItsBoard) {
     }
     items.removeAll(QString());
     EXPECT_EQ(items, QStringList({QStringLiteral("Go to entry"), QStringLiteral("Schedule…"),
-                                  QStringLiteral("Complete"), QStringLiteral("Delete")}));
+                                  QStringLiteral("Complete"), QStringLiteral("Delete todo")}));
     menu->actions().front()->trigger();
     EXPECT_THAT(opened, ElementsAre(&todo, &todo, &todo));
 }
@@ -317,7 +317,7 @@ TEST_F(UpcomingPageTest, TheDueLabelAndControlDOpenTheSchedule) {
     const auto popover = [this] { return page.findChild<SchedulePopover*>(); };
     QTest::mouseClick(
         list().viewport(), Qt::LeftButton, {},
-        list().viewport()->mapFromGlobal(list().detailRect(listModel().rowOf(todo)).center()));
+        list().viewport()->mapFromGlobal(list().scheduleAnchor(listModel().rowOf(todo)).center()));
     ASSERT_NE(popover(), nullptr);
     for (auto* const button : popover()->findChildren<QPushButton*>()) {
         if (button->text() == QStringLiteral("Tomorrow")) {

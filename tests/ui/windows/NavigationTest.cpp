@@ -1,5 +1,11 @@
 #include "ui/windows/NavigationFixture.h"
 
+#include "ui/boards/BoardHeader.h"
+#include "ui/kit/controls/RefusalLabel.h"
+#include "ui/todos/RowFrame.h"
+
+#include <QCheckBox>
+
 #include <gmock/gmock.h>
 
 namespace korvex::ui {
@@ -222,15 +228,31 @@ TEST_F(NavigationTest, ABoardIsRenamedOverItsPage) {
     navigation().showBoard(*inbox);
     EXPECT_EQ(work->name(), "Shop") << "taken as it is";
     navigation().showBoard(*work);
-    rename("  ");
-    navigation().showBoard(*inbox);
-    EXPECT_EQ(page().board(), work) << "a refused name is not left";
-    EXPECT_EQ(page().banner().message(), QStringLiteral("Board names cannot be empty."));
-    ASSERT_TRUE(QTest::qWaitFor([] {
-        const auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
-        return field && field->text() == QStringLiteral("  ");
-    }));
-    key(Qt::Key_Escape);
+    const auto isSaid = [this] {
+        const auto& header = *page().findChild<BoardHeader*>();
+        const auto* const said = header.findChild<RefusalLabel*>();
+        return said->isVisible() && said->text() == QStringLiteral("Board names cannot be empty.");
+    };
+    for (const auto* const blank : {"  ", ""}) {
+        rename("x");
+        key(Qt::Key_Backspace);
+        type(blank);
+        key(Qt::Key_Return);
+        ASSERT_TRUE(QTest::qWaitFor([blank] {
+            const auto* const field = qobject_cast<QLineEdit*>(QApplication::focusWidget());
+            return field && field->text() == QString::fromUtf8(blank);
+        }));
+        EXPECT_TRUE(isSaid());
+        type("x");
+        EXPECT_FALSE(isSaid());
+        key(Qt::Key_Backspace);
+        key(Qt::Key_F, Qt::ControlModifier);
+        EXPECT_FALSE(isSaid());
+        EXPECT_EQ(page().banner().message(), QString());
+        EXPECT_EQ(work->name(), "Shop") << "who goes away has not given another";
+        EXPECT_TRUE(field().hasFocus());
+    }
+    rename(" ");
     navigation().showBoard(*inbox);
     EXPECT_EQ(page().board(), inbox);
 }
@@ -258,17 +280,50 @@ TEST_F(NavigationTest, ArchivingIsToldAndTakenBack) {
     EXPECT_EQ(page().board(), work) << "it is in sight again";
 }
 
-TEST_F(NavigationTest, TheSidebarDoesNotMoveUnderAPanel) {
-    add({"a"});
+TEST_F(NavigationTest, APanelKeepsClearOfItsRowAndEndsWhenWhatItIsAboutGoes) {
+    auto& todo = *add({"a"}).front();
     open();
-    list().setFocus();
-    list().setCurrentRow(0);
-    key(Qt::Key_D, Qt::ControlModifier);
-    auto* const panel = window->findChild<SchedulePopover*>();
-    ASSERT_TRUE(panel);
-    key(Qt::Key_F9);
+    const auto openPanel = [&] {
+        navigation().openBoard(*inbox);
+        list().setCurrentRow(0);
+        key(Qt::Key_D, Qt::ControlModifier);
+        auto* const panel = window->findChild<SchedulePopover*>();
+        EXPECT_TRUE(panel && panel->isVisible());
+        const auto row = list().globalRect(list().visualRect(list().currentIndex()));
+        const auto box = RowFrame::of(theme).box(row.size()).translated(row.topLeft());
+        const QRect place(panel->mapToGlobal(QPoint()), panel->size());
+        EXPECT_FALSE(place.intersects(box)) << "its ring is whole";
+        return panel;
+    };
+    const std::pair<int, Qt::KeyboardModifiers> keys[] = {{Qt::Key_F9, {}},
+                                                          {Qt::Key_2, Qt::ControlModifier},
+                                                          {Qt::Key_1, Qt::ControlModifier},
+                                                          {Qt::Key_N, Qt::ControlModifier},
+                                                          {Qt::Key_F, Qt::ControlModifier},
+                                                          {Qt::Key_K, Qt::ControlModifier}};
+    for (const auto& [which, modifiers] : keys) {
+        auto* const panel = openPanel();
+        panel->findChild<QCheckBox*>()->click();
+        key(which, modifiers);
+        EXPECT_FALSE(panel->isVisible()) << which;
+        EXPECT_TRUE(which != Qt::Key_F9 || sidebar().isHidden());
+        EXPECT_FALSE(panel->isAncestorOf(QApplication::focusWidget())) << which;
+        EXPECT_EQ(todo.dueDay(), 20250310) << "kept, as by a press outside: " << which;
+        own.undo.undo();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    window->findChild<BoardPicker*>()->closeNow();
+
+    auto* const panel = openPanel();
+    navigation().showBoard(*work);
     EXPECT_FALSE(panel->isVisible());
-    EXPECT_TRUE(sidebar().isHidden());
+    navigation().openBoard(*inbox);
+    page().header().rename(*inbox);
+    key(Qt::Key_Escape);
+    Q_EMIT sidebar().boardMenuRequested(work, {});
+    EXPECT_TRUE(QApplication::activePopupWidget());
+    navigation().showBoard(*work);
+    EXPECT_FALSE(QApplication::activePopupWidget()) << "a menu too";
 }
 
 TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {

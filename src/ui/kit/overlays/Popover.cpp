@@ -13,6 +13,26 @@
 
 namespace korvex::ui {
 
+namespace {
+
+/// A menu is a window of its own: its parents lead to the one that it was opened from.
+bool isOf(const QWidget& window, const QWidget& menu) {
+    const auto* from = &menu;
+    while (from && from != &window) {
+        from = from->parentWidget();
+    }
+    return from != nullptr;
+}
+
+void closeMenus(const QWidget& window) {
+    for (auto* menu = QApplication::activePopupWidget(); menu && isOf(window, *menu);
+         menu = QApplication::activePopupWidget()) {
+        menu->close();
+    }
+}
+
+} // namespace
+
 Popover::Popover(const Theme& theme, QWidget* window)
     : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
@@ -53,7 +73,15 @@ void Popover::closeNow() {
     }
 }
 
+void Popover::end() {
+    dismiss();
+    if (!isHidden()) {
+        closeNow();
+    }
+}
+
 bool Popover::dismissAll(const QWidget& window) {
+    closeMenus(window);
     const auto popovers = window.findChildren<Popover*>();
     return std::all_of(popovers.begin(), popovers.end(), [](Popover* open) {
         if (open->isVisible()) {
@@ -61,6 +89,15 @@ bool Popover::dismissAll(const QWidget& window) {
         }
         return !open->isVisible();
     });
+}
+
+void Popover::endAll(const QWidget& window) {
+    closeMenus(window);
+    for (auto* const open : window.findChildren<Popover*>()) {
+        if (open->isVisible()) {
+            open->end();
+        }
+    }
 }
 
 const Popover* Popover::panelOf(const QWidget* widget) {

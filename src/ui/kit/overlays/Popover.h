@@ -31,8 +31,12 @@ public:
     /// What a press outside asks for; closes unless a subclass has something to lose.
     virtual void dismiss() { closeNow(); }
     void closeNow();
-    /// Dismisses all that are open over this window. False when one has something to lose.
+    /// Dismisses it, and gives up what cannot be kept: what it is about has gone out of sight.
+    void end();
+    /// Dismisses all that are open over this window, and closes its menus. False when one has
+    /// something to lose.
     static bool dismissAll(const QWidget& window);
+    static void endAll(const QWidget& window);
     /// Whether the widget is a popover or a part of one.
     static bool holds(const QWidget* widget) { return panelOf(widget) != nullptr; }
 

@@ -1,6 +1,7 @@
 #include "ui/kit/pages/Page.h"
 
 #include "ui/kit/overlays/Overlay.h"
+#include "ui/kit/overlays/Popover.h"
 #include "ui/kit/pages/ColumnLayout.h"
 #include "ui/kit/pages/PageHint.h"
 #include "ui/kit/pages/ScrollEdge.h"
@@ -19,6 +20,11 @@ Page::Page(const Theme& theme, QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addLayout(m_top);
+}
+
+bool Page::leave() {
+    const auto isFree = Popover::dismissAll(*window());
+    return leaveEditing() && isFree;
 }
 
 void Page::refuse(const QString& reason) {

@@ -33,9 +33,10 @@ public:
     /// The store's records have changed while the page is in sight, or it is about to come in
     /// sight. A page that follows the store by itself has nothing to do.
     virtual void storeChanged() {}
-    /// Stores what is being edited, before something else is shown or the window closes. False when
-    /// that was refused: then the page is to stay in sight, and says why.
-    virtual bool leave() { return true; }
+    /// Ends what is open over the page and stores what is being edited, before something else is
+    /// shown or the window closes. False when that was refused: then the page is to stay in sight,
+    /// with the reason.
+    bool leave();
     /// Chooses the row of this record and gives it the keyboard. False when the page lists no such
     /// row.
     virtual bool showRecord(const base::Uuid&) { return false; }
@@ -69,6 +70,8 @@ Q_SIGNALS:
 protected:
     Page(const Theme& theme, QWidget* parent);
 
+    /// Stores what is being edited. False when that was refused; then the page says why.
+    virtual bool leaveEditing() { return true; }
     /// Call once, with widgets that have no parent yet: so the keyboard goes through them in this
     /// order. The content takes the room that is left below `top`, in all its width: what of it
     /// stands in the column is its own affair.
