@@ -78,6 +78,7 @@ public:
           m_defaults(m_scratch / "settings.json"),
           m_preferences(m_defaults, m_log),
           m_theme(m_preferences),
+          m_style(m_theme),
           m_owner({.container = m_store.store.container(),
                    .preferences = m_preferences,
                    .defaults = m_defaults,
@@ -87,16 +88,9 @@ public:
                    .makeEngine = m_script.engineFactory(),
                    .resources = m_script.resources(),
                    .copies = m_scratch.path()}),
-          m_window(styled(m_owner.workspace()), m_theme) {
+          m_window(m_owner.workspace(), m_theme) {
         m_window.show();
     }
-
-    ~BenchWindow() {
-        // The style must not outlive the theme.
-        QApplication::setStyle(QStringLiteral("fusion"));
-    }
-    BenchWindow(const BenchWindow&) = delete;
-    BenchWindow& operator=(const BenchWindow&) = delete;
 
     ui::MainWindow& window() { return m_window; }
     /// As the sidebar lists them.
@@ -111,11 +105,6 @@ private:
         OpenStore store;
     };
 
-    const ui::Workspace& styled(const ui::Workspace& workspace) const {
-        ui::QuietStyle::install(m_theme);
-        return workspace;
-    }
-
     Scratch m_scratch;
     base::StandardErrorLog m_log{base::LogLevel::warning};
     FilledStore m_store;
@@ -123,6 +112,7 @@ private:
     app::FileUserDefaults m_defaults;
     app::AppPreferences m_preferences;
     ui::Theme m_theme;
+    ui::InstalledStyle m_style;
     platform::qt::QtRunLoop m_runLoop;
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};

@@ -22,29 +22,32 @@ struct StoredName {
     std::string_view rawValue;
 };
 
-constexpr auto namesOf(AppPreferences::Appearance) {
+template <typename Case, std::size_t Count>
+using StoredNames = std::array<StoredName<Case>, Count>;
+
+constexpr StoredNames<AppPreferences::Appearance, 3> namesOf(AppPreferences::Appearance) {
     using Appearance = AppPreferences::Appearance;
-    return std::array{StoredName{Appearance::system, "system"},
-                      StoredName{Appearance::light, "light"}, StoredName{Appearance::dark, "dark"}};
+    return {
+        {{Appearance::system, "system"}, {Appearance::light, "light"}, {Appearance::dark, "dark"}}};
 }
 
-constexpr auto namesOf(AppPreferences::BoardSpacing) {
+constexpr StoredNames<AppPreferences::BoardSpacing, 2> namesOf(AppPreferences::BoardSpacing) {
     using BoardSpacing = AppPreferences::BoardSpacing;
-    return std::array{StoredName{BoardSpacing::compact, "compact"},
-                      StoredName{BoardSpacing::comfortable, "comfortable"}};
+    return {{{BoardSpacing::compact, "compact"}, {BoardSpacing::comfortable, "comfortable"}}};
 }
 
-constexpr auto namesOf(AppPreferences::LaunchDestination) {
+constexpr StoredNames<AppPreferences::LaunchDestination, 3>
+namesOf(AppPreferences::LaunchDestination) {
     using Destination = AppPreferences::LaunchDestination;
-    return std::array{StoredName{Destination::lastBoard, "lastBoard"},
-                      StoredName{Destination::board, "board"},
-                      StoredName{Destination::upcoming, "upcoming"}};
+    return {{{Destination::lastBoard, "lastBoard"},
+             {Destination::board, "board"},
+             {Destination::upcoming, "upcoming"}}};
 }
 
-constexpr auto namesOf(model::EntryType) {
+constexpr StoredNames<model::EntryType, 2> namesOf(model::EntryType) {
     using model::EntryType;
-    return std::array{StoredName{EntryType::text, model::rawValue(EntryType::text)},
-                      StoredName{EntryType::todo, model::rawValue(EntryType::todo)}};
+    return {{{EntryType::text, model::rawValue(EntryType::text)},
+             {EntryType::todo, model::rawValue(EntryType::todo)}}};
 }
 
 template <typename Values>

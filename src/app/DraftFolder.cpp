@@ -128,6 +128,18 @@ std::optional<Draft> decoded(const base::Uuid& id, const std::string& contents) 
     return draft;
 }
 
+std::vector<fs::path> filesIn(const fs::path& folder, std::string_view extension) {
+    std::vector<fs::path> files;
+    std::error_code error;
+    for (fs::directory_iterator each(folder, error), end; !error && each != end;
+         each.increment(error)) {
+        if (each->path().extension() == extension) {
+            files.push_back(each->path());
+        }
+    }
+    return files;
+}
+
 fs::path fileOf(const fs::path& folder, const base::Uuid& id) {
     return folder / (id.text() + kExtension);
 }
@@ -136,6 +148,10 @@ fs::path fileOf(const fs::path& folder, const base::Uuid& id) {
 
 fs::path DraftFolder::beside(const fs::path& storeFile) {
     return storeFile.parent_path() / "Drafts";
+}
+
+bool DraftFolder::areIn(const fs::path& folder) {
+    return !filesIn(folder, kExtension).empty();
 }
 
 fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {
@@ -192,9 +208,14 @@ void DraftFolder::removeFrom(const fs::path& folder, const base::Uuid& id) {
     std::error_code error;
     const auto file = fileOf(folder, id);
     fs::remove(file, error);
+    release(file);
+}
+
+void DraftFolder::release(const fs::path& file) {
     m_claims.release(file);
-    // An empty folder tells nobody anything; of one with drafts nothing happens.
-    fs::remove(folder, error);
+    // An empty folder tells nobody anything; to one with drafts nothing happens.
+    std::error_code error;
+    fs::remove(file.parent_path(), error);
 }
 
 DraftFolder::Found DraftFolder::find() {
@@ -215,25 +236,15 @@ DraftFolder::Found DraftFolder::find() {
 }
 
 void DraftFolder::findIn(const fs::path& folder, Found& found) {
-    std::vector<fs::path> files;
-    std::vector<fs::path> locked;
     std::error_code error;
-    for (fs::directory_iterator each(folder, error), end; !error && each != end;
-         each.increment(error)) {
-        // Of others a killed program was writing them.
-        if (each->path().extension() == kExtension) {
-            files.push_back(each->path());
-        } else if (each->path().extension() == FileClaims::kExtension) {
-            locked.push_back(each->path());
-        }
-    }
-    for (auto& file : locked) {
+    for (auto file : filesIn(folder, FileClaims::kExtension)) {
         file.replace_extension(kExtension);
         if (!fs::exists(file, error) && m_claims.claim(file) == FileClaims::Claim::ours) {
-            m_claims.release(file); // a program was killed before it wrote
+            release(file); // a program was killed before it wrote
         }
     }
-    for (const auto& file : files) {
+    // Files of other names are what a killed program was writing.
+    for (const auto& file : filesIn(folder, kExtension)) {
         const auto id = base::Uuid::parse(file.stem().string());
         if (id && m_claims.claim(file) == FileClaims::Claim::theirs) {
             continue;

@@ -55,6 +55,8 @@ public:
 
     /// The folder for the drafts of a store file.
     static std::filesystem::path beside(const std::filesystem::path& storeFile);
+    /// Whether there are any in that folder, be they such as cannot be read.
+    static bool areIn(const std::filesystem::path& folder);
     /// The one for them in the folder for the state of programs.
     static std::filesystem::path in(const std::filesystem::path& stateFolder,
                                     const std::filesystem::path& storeFile);
@@ -78,6 +80,7 @@ private:
     std::error_code writeIn(const std::filesystem::path& folder, const base::Uuid& id,
                             std::string_view contents);
     void removeFrom(const std::filesystem::path& folder, const base::Uuid& id);
+    void release(const std::filesystem::path& file);
     void findIn(const std::filesystem::path& folder, Found& found);
 
     std::vector<std::filesystem::path> m_folders;

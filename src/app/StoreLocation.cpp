@@ -33,7 +33,7 @@ fs::path storeFile(const fs::path& dataDirectory) {
 std::optional<std::string> missingStoreNotice(const fs::path& dataDirectory) {
     const auto file = storeFile(dataDirectory);
     std::error_code ignored;
-    if (fs::exists(file, ignored) || !fs::exists(DraftFolder::beside(file), ignored)) {
+    if (fs::exists(file, ignored) || !DraftFolder::areIn(DraftFolder::beside(file))) {
         return std::nullopt;
     }
     return "The store that was in " + dataDirectory.string() +

@@ -25,7 +25,7 @@ std::optional<std::filesystem::path> legacyStoreFile(const std::filesystem::path
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
 
 /// To be asked before a store is opened that is made where there is none: what the user is to be
-/// told then, since the folder has held one before. Drafts are written beside a store only.
+/// told then, where drafts that lie there show that the folder has held one before.
 std::optional<std::string> missingStoreNotice(const std::filesystem::path& dataDirectory);
 
 } // namespace korvex::app

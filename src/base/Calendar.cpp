@@ -11,7 +11,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <stdexcept>
 #include <utility>
 
 namespace korvex::base {
@@ -54,17 +53,14 @@ bool TimeZone::operator==(const TimeZone& other) const {
 struct Calendar::Engine {
     std::unique_ptr<icu::GregorianCalendar> gregorian;
     /// Days from Sunday to the first day of a week.
-    std::optional<std::int64_t> firstWeekday;
+    std::optional<int> firstDay;
 
     icu::GregorianCalendar& at(const TimeZone& zone) {
         if (!gregorian) {
             UErrorCode status = U_ZERO_ERROR;
             gregorian = std::make_unique<icu::GregorianCalendar>(*zone.data().zone,
                                                                  icu::Locale::getRoot(), status);
-            if (U_FAILURE(status)) {
-                throw std::runtime_error(std::string("ICU has no calendar: ") +
-                                         u_errorName(status));
-            }
+            require(status, "calendar");
             gregorian->setSkippedWallTimeOption(UCAL_WALLTIME_NEXT_VALID);
             gregorian->setRepeatedWallTimeOption(UCAL_WALLTIME_FIRST);
         }
@@ -78,14 +74,11 @@ struct Calendar::Engine {
         return calendar;
     }
 
-    std::int64_t firstWeekdayOf(const std::string& locale) {
-        if (!firstWeekday) {
-            UErrorCode status = U_ZERO_ERROR;
-            const icu::GregorianCalendar local(userLocale(locale, "LC_TIME"), status);
-            // The enumeration begins with 1 for Sunday.
-            firstWeekday = U_SUCCESS(status) ? local.getFirstDayOfWeek(status) - 1 : 0;
+    int firstWeekdayOf(const std::string& locale) {
+        if (!firstDay) {
+            firstDay = firstWeekday(dateLocale(locale));
         }
-        return *firstWeekday;
+        return *firstDay;
     }
 
     /// The moment that the calendar is set to.
@@ -142,14 +135,10 @@ std::optional<DateInterval> Calendar::interval(CalendarPeriod period, Instant in
     switch (period) {
     case CalendarPeriod::day:
         break;
-    case CalendarPeriod::week: {
-        constexpr std::int64_t kDays = 7;
-        constexpr std::int64_t kWeekdayOf1970 = 4; // a Thursday
-        const auto daysIntoWeek = first + kWeekdayOf1970 - m_engine->firstWeekdayOf(m_locale);
-        first -= (daysIntoWeek % kDays + kDays) % kDays;
-        next = first + kDays;
+    case CalendarPeriod::week:
+        first -= daysSinceWeekday(first, m_engine->firstWeekdayOf(m_locale));
+        next = first + kDaysOfWeek;
         break;
-    }
     case CalendarPeriod::month:
         first = *daysSince1970({fields->year, fields->month, 1});
         next = *daysSince1970(

@@ -7,21 +7,9 @@
 #include <unicode/datefmt.h>
 #include <unicode/reldatefmt.h>
 
-#include <stdexcept>
 #include <utility>
 
 namespace korvex::base {
-
-namespace {
-
-/// Days are days of the Gregorian calendar, whatever calendar the locale prefers.
-icu::Locale gregorian(icu::Locale locale) {
-    UErrorCode status = U_ZERO_ERROR;
-    locale.setKeywordValue("calendar", "gregorian", status);
-    return locale;
-}
-
-} // namespace
 
 /// Each format is made when it is first asked for: few commands need more than one.
 struct DateFormats::Formats {
@@ -41,10 +29,7 @@ struct DateFormats::Formats {
         if (!format) {
             UErrorCode status = U_ZERO_ERROR;
             format.reset(icu::DateFormat::createInstanceForSkeleton(skeleton, locale, status));
-            if (!format || U_FAILURE(status)) {
-                throw std::runtime_error(std::string("ICU has no date format: ") +
-                                         u_errorName(status));
-            }
+            require(status, "date format");
             format->setTimeZone(*calendar.timeZone().data().zone);
         }
         icu::UnicodeString text;
@@ -54,7 +39,7 @@ struct DateFormats::Formats {
 };
 
 DateFormats::DateFormats(std::string locale, TimeZone zone)
-    : m_formats(new Formats{.locale = gregorian(userLocale(locale, "LC_TIME")),
+    : m_formats(new Formats{.locale = dateLocale(locale),
                             .calendar = Calendar(std::move(zone), locale)}) {}
 
 DateFormats::~DateFormats() = default;
@@ -91,9 +76,7 @@ std::string DateFormats::relativeDayWord(int offset) const {
     }
     icu::UnicodeString text;
     words->format(offset, UDAT_REL_UNIT_DAY, text, status);
-    if (U_FAILURE(status)) {
-        throw std::runtime_error(std::string("ICU has no word for a day: ") + u_errorName(status));
-    }
+    require(status, "word for a day");
     return utf8(text);
 }
 

@@ -80,6 +80,12 @@ CivilDay civilDay(std::int64_t daysSince1970) {
                       dayOfEra - (yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100));
 }
 
+int daysSinceWeekday(std::int64_t daysSince1970, int weekday) {
+    constexpr int kWeekdayOf1970 = 4; // a Thursday
+    const auto days = daysSince1970 + kWeekdayOf1970 - weekday;
+    return static_cast<int>(days - floorDivide(days, kDaysOfWeek) * kDaysOfWeek);
+}
+
 std::optional<CivilDay> civilDayOfNumber(DayNumber number) {
     if (number < 1'01'01 || number > 9999'12'31) {
         return std::nullopt;

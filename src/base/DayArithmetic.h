@@ -23,6 +23,10 @@ std::optional<std::int64_t> daysSince1970(const CivilDay& day);
 /// The day that lies so many days after 1970-01-01; the year before 1 is 0.
 CivilDay civilDay(std::int64_t daysSince1970);
 
+inline constexpr int kDaysOfWeek = 7;
+/// How long ago the last such weekday was, from 0 for Sunday on: 0 to 6 days.
+int daysSinceWeekday(std::int64_t daysSince1970, int weekday);
+
 constexpr DayNumber dayNumber(const CivilDay& day) {
     return DayNumber{day.year} * 10'000 + day.month * 100 + day.day;
 }

@@ -140,7 +140,17 @@ std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
 }
 
 std::error_code StagedFile::write(std::string_view contents) {
-    return writeAll(m_file.get(), contents);
+    // The disk is to work while more is written, and not only at the end.
+    constexpr off_t kAtOnce = 4 * 1024 * 1024;
+    if (const auto error = writeAll(m_file.get(), contents)) {
+        return error;
+    }
+    m_written += static_cast<off_t>(contents.size());
+    if (m_written - m_started >= kAtOnce) {
+        ::sync_file_range(m_file.get(), m_started, m_written - m_started, SYNC_FILE_RANGE_WRITE);
+        m_started = m_written;
+    }
+    return {};
 }
 
 std::error_code StagedFile::sync() {

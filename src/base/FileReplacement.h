@@ -41,6 +41,9 @@ private:
     std::filesystem::path m_staged;
     /// Locked, so that nobody takes it for left behind.
     FileDescriptor m_file;
+    /// How much was written, and how much of it is on its way to the disk.
+    off_t m_written = 0;
+    off_t m_started = 0;
 };
 
 /// The same of contents that are in memory. Any thread.

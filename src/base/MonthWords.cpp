@@ -13,12 +13,7 @@ namespace korvex::base {
 
 namespace {
 
-void require(UErrorCode status) {
-    if (U_FAILURE(status)) {
-        throw std::runtime_error(std::string("ICU has no words for months: ") +
-                                 u_errorName(status));
-    }
-}
+constexpr const char* kWhat = "words for months";
 
 std::string textOf(icu::DateFormat& format, const CivilDay& day) {
     const auto noon = noonInUtc(dayNumber(day));
@@ -43,19 +38,17 @@ struct MonthWords::Formats {
 
 MonthWords::MonthWords(const std::string& name) : m_formats(std::make_unique<Formats>()) {
     UErrorCode status = U_ZERO_ERROR;
-    auto locale = userLocale(name, "LC_TIME");
-    locale.setKeywordValue("calendar", "gregorian", status);
+    const auto locale = dateLocale(name);
     const icu::GregorianCalendar calendar(locale, status);
     const icu::DateFormatSymbols symbols(locale, status);
-    require(status);
-    // ICU's weekdays begin with 1 for Sunday.
-    m_formats->firstWeekday = calendar.getFirstDayOfWeek(status) - 1;
+    require(status, kWhat);
+    m_formats->firstWeekday = firstWeekday(locale);
     using Symbols = icu::DateFormatSymbols;
     std::int32_t count = 0;
     const auto* const names = symbols.getWeekdays(count, Symbols::STANDALONE, Symbols::WIDE);
     const auto* const shortNames = symbols.getWeekdays(count, Symbols::STANDALONE, Symbols::SHORT);
     for (int i = 0; i < kDaysOfWeek; ++i) {
-        const auto weekday = (m_formats->firstWeekday + i) % kDaysOfWeek + 1;
+        const auto weekday = (m_formats->firstWeekday + i) % kDaysOfWeek + UCAL_SUNDAY;
         const auto kind =
             calendar.getDayOfWeekType(static_cast<UCalendarDaysOfWeek>(weekday), status);
         m_formats->week[static_cast<std::size_t>(i)] = {.shortName = utf8(shortNames[weekday]),
@@ -64,7 +57,7 @@ MonthWords::MonthWords(const std::string& name) : m_formats(std::make_unique<For
     }
     const auto prepared = [&](icu::DateFormat* made) {
         std::unique_ptr<icu::DateFormat> format(made);
-        require(status);
+        require(status, kWhat);
         format->setTimeZone(*icu::TimeZone::getGMT());
         format->setContext(UDISPCTX_CAPITALIZATION_FOR_STANDALONE, status);
         return format;
@@ -77,14 +70,14 @@ MonthWords::MonthWords(const std::string& name) : m_formats(std::make_unique<For
     m_formats->wholeDay = bySkeleton(u"yMMMMEEEEd");
     // The number alone: by a skeleton it would be "10日" in Japanese.
     m_formats->dayOfMonth = prepared(new icu::SimpleDateFormat(u"d", locale, status));
-    require(status);
+    require(status, kWhat);
 }
 
 MonthWords::~MonthWords() = default;
 MonthWords::MonthWords(MonthWords&&) noexcept = default;
 MonthWords& MonthWords::operator=(MonthWords&&) noexcept = default;
 
-const std::array<MonthWords::Weekday, MonthWords::kDaysOfWeek>& MonthWords::week() const {
+const std::array<MonthWords::Weekday, kDaysOfWeek>& MonthWords::week() const {
     return m_formats->week;
 }
 
@@ -93,9 +86,7 @@ int MonthWords::column(const CivilDay& day) const {
     if (!days) {
         throw std::out_of_range("no day");
     }
-    constexpr int kWeekdayOf1970 = 4; // a Thursday
-    const auto column = (*days + kWeekdayOf1970 - m_formats->firstWeekday) % kDaysOfWeek;
-    return static_cast<int>((column + kDaysOfWeek) % kDaysOfWeek);
+    return daysSinceWeekday(*days, m_formats->firstWeekday);
 }
 
 std::string MonthWords::title(const CivilDay& day) const {

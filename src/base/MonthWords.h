@@ -12,8 +12,6 @@ namespace korvex::base {
 /// One thread.
 class MonthWords {
 public:
-    static constexpr int kDaysOfWeek = 7;
-
     /// A BCP 47 tag or an ICU name; empty means the user's, from LC_ALL, LC_TIME or LANG.
     explicit MonthWords(const std::string& locale);
     ~MonthWords();

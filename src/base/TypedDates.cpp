@@ -1,6 +1,7 @@
 #include "base/TypedDates.h"
 
 #include "base/IcuText.h"
+#include "base/Text.h"
 #include "base/TextFolding.h"
 #include "base/UserLocale.h"
 
@@ -13,14 +14,12 @@
 
 #include <algorithm>
 #include <iterator>
-#include <stdexcept>
 #include <utility>
 
 namespace korvex::base {
 
 namespace {
 
-constexpr int kDaysOfWeek = 7;
 constexpr int kThisCentury = 2000;
 
 /// A number or a word of what was typed; all else only parts them.
@@ -34,12 +33,6 @@ using Tokens = std::vector<Token>;
 
 /// Each with all its names: "march" and "mar".
 using Names = std::vector<std::vector<std::string>>;
-
-void require(UErrorCode status, const char* what) {
-    if (U_FAILURE(status)) {
-        throw std::runtime_error(std::string("ICU has no ") + what + ": " + u_errorName(status));
-    }
-}
 
 Tokens tokensOf(const icu::UnicodeString& text, const TextFolding& folding) {
     constexpr int kMostDigits = 8;
@@ -93,7 +86,7 @@ icu::UnicodeString literalsOf(const icu::UnicodeString& pattern) {
 std::optional<int> named(const Names& names, const std::string& word) {
     constexpr std::size_t kShortest = 3;
     std::optional<int> beginning;
-    bool isUnclear = word.size() < kShortest;
+    bool isUnclear = characterCount(word, kShortest) < kShortest;
     for (std::size_t i = 0; i < names.size(); ++i) {
         for (const auto& name : names[i]) {
             if (name == word) {
@@ -209,9 +202,8 @@ struct TypedDates::Words {
 };
 
 TypedDates::Words::Words(const std::string& name)
-    : locale(userLocale(name, "LC_TIME")), folding(locale.getName()) {
+    : locale(dateLocale(name)), folding(locale.getName()) {
     UErrorCode status = U_ZERO_ERROR;
-    locale.setKeywordValue("calendar", "gregorian", status);
     const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
         icu::DateTimePatternGenerator::createInstance(locale, status));
     require(status, "date patterns");
@@ -398,14 +390,10 @@ std::optional<CivilDay> TypedDates::day(std::u16string_view typed, const Around&
     if (!weekday || !today) {
         return std::nullopt;
     }
-    constexpr int kWeekdayOf1970 = 4; // a Thursday
-    const auto distance =
-        ((*weekday - kWeekdayOf1970 - *today) % kDaysOfWeek + kDaysOfWeek) % kDaysOfWeek;
     // Today's own name means another week: for today there is a word.
+    const auto since = daysSinceWeekday(*today, *weekday);
     const bool isFuture = around.towards == Around::Towards::future;
-    return civilDay(*today + (isFuture && distance > 0 ? distance
-                              : isFuture               ? kDaysOfWeek
-                                                       : distance - kDaysOfWeek));
+    return civilDay(*today + (isFuture ? kDaysOfWeek - since : since > 0 ? -since : -kDaysOfWeek));
 }
 
 std::optional<ClockTime> TypedDates::time(std::u16string_view typed) const {
@@ -445,7 +433,9 @@ std::optional<ClockTime> TypedDates::time(std::u16string_view typed) const {
     if (half == 1 && time.hour < kHalf) {
         time.hour += kHalf;
     }
-    const bool isTime = time.hour < 24 && time.minute < 60 && (half != 0 || time.hour < kHalf);
+    const auto seconds = numbers.size() > 2 ? numbers[2].number : 0; // of no interest
+    const bool isTime =
+        time.hour < 24 && time.minute < 60 && seconds < 60 && (half != 0 || time.hour < kHalf);
     return isTooLong || !isTime ? std::nullopt : std::optional(time);
 }
 

@@ -1,6 +1,7 @@
 #include "base/UserLocale.h"
 
 #include <unicode/dtptngen.h>
+#include <unicode/gregocal.h>
 #include <unicode/localebuilder.h>
 
 #include <algorithm>
@@ -47,6 +48,20 @@ const char* hourCycle(const icu::Locale& locale) {
 }
 
 } // namespace
+
+icu::Locale dateLocale(const std::string& name) {
+    auto locale = userLocale(name, "LC_TIME");
+    UErrorCode status = U_ZERO_ERROR;
+    locale.setKeywordValue("calendar", "gregorian", status);
+    return locale;
+}
+
+int firstWeekday(const icu::Locale& locale) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::GregorianCalendar calendar(locale, status);
+    const auto first = U_SUCCESS(status) ? calendar.getFirstDayOfWeek(status) : UCAL_SUNDAY;
+    return U_SUCCESS(status) ? first - UCAL_SUNDAY : 0;
+}
 
 std::string localeSpeaking(const std::string& language, const char* category) {
     const auto own = userLocale({}, category);

@@ -1,40 +1,54 @@
 #include "desktop/Arguments.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 
 namespace korvex::desktop {
 
-Arguments::Arguments(int count, char* given[])
-    : m_help(m_parser.addHelpOption()),
-      m_directory(QStringLiteral("data-dir"), QApplication::tr("The folder that holds the store."),
-                  QStringLiteral("DIR")),
-      m_gallery(QStringLiteral("gallery"), QStringLiteral("Show what the windows are made of.")) {
-    m_parser.addOption(m_directory);
+namespace {
+
+const auto kDirectory = QStringLiteral("data-dir");
+const auto kGallery = QStringLiteral("gallery");
+
+/// In the language that is set up when it is asked.
+void describe(QCommandLineParser& parser) {
+    parser.addHelpOption();
+    parser.addOption(
+        {kDirectory, QApplication::tr("The folder that holds the store."), QStringLiteral("DIR")});
 #ifdef KORVEX_GALLERY
-    m_parser.addOption(m_gallery);
+    parser.addOption({kGallery, QStringLiteral("Show what the windows are made of.")});
 #endif
+}
+
+} // namespace
+
+Arguments::Arguments(int count, char* given[]) {
     QStringList words;
     for (int i = 0; i < count; ++i) {
         words.append(QString::fromLocal8Bit(given[i]));
     }
-    m_areClear = m_parser.parse(words) && !m_parser.isSet(m_help) && !gallery();
+    QCommandLineParser parser;
+    describe(parser);
+    const auto isUnderstood = parser.parse(words) && !parser.isSet(QStringLiteral("help"));
+    take(parser);
+    m_areClear = isUnderstood && !m_gallery;
 }
 
 void Arguments::answer(const QApplication& application) {
-    m_parser.process(application);
+    QCommandLineParser parser;
+    describe(parser);
+    parser.process(application);
+    take(parser);
 }
 
-std::optional<std::filesystem::path> Arguments::dataDirectory() const {
-    return m_parser.isSet(m_directory)
-               ? std::optional(std::filesystem::path(m_parser.value(m_directory).toStdString()))
-               : std::nullopt;
-}
-
-std::optional<QStringList> Arguments::gallery() const {
+void Arguments::take(const QCommandLineParser& parser) {
+    if (parser.isSet(kDirectory)) {
+        m_directory = parser.value(kDirectory).toStdString();
+    }
 #ifdef KORVEX_GALLERY
-    return m_parser.isSet(m_gallery) ? std::optional(m_parser.positionalArguments()) : std::nullopt;
-#else
-    return std::nullopt;
+    if (parser.isSet(kGallery)) {
+        m_gallery = parser.positionalArguments();
+    }
 #endif
 }
 

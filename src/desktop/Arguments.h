@@ -1,12 +1,12 @@
 #pragma once
 
-#include <QCommandLineOption>
-#include <QCommandLineParser>
+#include <QStringList>
 
 #include <filesystem>
 #include <optional>
 
 class QApplication;
+class QCommandLineParser;
 
 namespace korvex::desktop {
 
@@ -17,18 +17,19 @@ public:
 
     /// The notes are to be shown and nothing else is asked for, of Qt neither.
     bool areClear() const { return m_areClear; }
-    /// Gives the help that was asked for, or says what is wrong; either ends the program.
+    /// Gives the help that was asked for, or says what is wrong, in the language that is set up by
+    /// now; either ends the program.
     void answer(const QApplication& application);
 
-    std::optional<std::filesystem::path> dataDirectory() const;
+    const std::optional<std::filesystem::path>& dataDirectory() const { return m_directory; }
     /// Set to show the gallery instead of the notes: how that is to look. In development builds.
-    std::optional<QStringList> gallery() const;
+    const std::optional<QStringList>& gallery() const { return m_gallery; }
 
 private:
-    QCommandLineParser m_parser;
-    QCommandLineOption m_help;
-    QCommandLineOption m_directory;
-    QCommandLineOption m_gallery;
+    void take(const QCommandLineParser& parser);
+
+    std::optional<std::filesystem::path> m_directory;
+    std::optional<QStringList> m_gallery;
     bool m_areClear = false;
 };
 

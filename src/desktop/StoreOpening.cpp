@@ -16,9 +16,7 @@ void readBoard(store::ModelContext& context, const std::optional<base::Uuid>& wa
         services::NoReminders reminders;
         services::NoWidgets widgets;
         const services::BoardService boards(context, reminders, widgets, log);
-        const auto* board = wanted ? boards.board(*wanted) : nullptr;
-        board = board ? board : boards.inboxBoard();
-        if (board) {
+        if (const auto* const board = boards.launchBoard(wanted)) {
             static_cast<void>(board->entries());
         }
     } catch (const base::Error&) {

@@ -21,8 +21,8 @@ namespace korvex::desktop {
 class StoreOpening {
 public:
     enum class When { now, whenTaken };
-    /// `board` is the one that was shown last; the Inbox where there is none. `log` must outlive
-    /// this and may be written from the other thread.
+    /// `board` is the one that was shown last, if any was. `log` must outlive this and may be
+    /// written from the other thread.
     StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board, base::LogSink& log,
                  When when);
 

@@ -80,13 +80,13 @@ void Watchers::connectSources() {
     m_subscriptions.push_back(
         m_sources->appearance.changed().connect([&theme = m_listeners.theme](const auto& said) {
             using Watcher = SystemAppearanceWatcher;
-            theme.setSystemMotion(said.motion == Watcher::Motion::reduced
-                                      ? ui::Theme::SystemMotion::still
-                                      : ui::Theme::SystemMotion::usual);
-            theme.setSystemContrast(said.contrast == Watcher::Contrast::high
-                                        ? ui::Theme::SystemContrast::high
-                                        : ui::Theme::SystemContrast::usual);
-            theme.setSystemAppearance(toAppearance(said.scheme));
+            theme.setSystem({.appearance = toAppearance(said.scheme),
+                             .contrast = said.contrast == Watcher::Contrast::high
+                                             ? ui::Theme::SystemContrast::high
+                                             : ui::Theme::SystemContrast::usual,
+                             .motion = said.motion == Watcher::Motion::reduced
+                                           ? ui::Theme::SystemMotion::still
+                                           : ui::Theme::SystemMotion::usual});
         }));
     m_subscriptions.push_back(m_listeners.container.didSave().connect(
         [this, file = m_listeners.container.configuration().file](const store::ChangeSet&) {

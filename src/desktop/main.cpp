@@ -89,7 +89,7 @@ int main(int argc, char* argv[]) {
         return 0;
     }
     ui::Theme theme(preferences);
-    ui::QuietStyle::install(theme);
+    const ui::InstalledStyle style(theme);
 
     desktop::StoreOpening::Opened store;
     while (const auto refused = ui::refusal([&] { store = opening.take(); })) {

@@ -71,6 +71,8 @@ TodoScheduleEditor::TodoScheduleEditor(const model::TodoSchedule& original, Sett
 void TodoScheduleEditor::load(const model::TodoSchedule& stored, base::Instant now) {
     m_original = stored;
     m_stored = stored;
+    m_isUnseen = false;
+    m_refusal.reset();
     const auto& calendar = m_formats.calendar();
     const auto nextHour = nextFullHour(now, calendar);
     // A day that is proposed is today, also in the last hour of it.
@@ -100,14 +102,8 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
         return true;
     }
     m_stored = stored;
-    m_isUnseen = true;
+    m_isUnseen = stored != m_original; // nobody misses a change that was taken back
     return false;
-}
-
-TodoScheduleEditor::Concern TodoScheduleEditor::errorConcern() const {
-    return m_errorMessage == kWindowRefusal     ? Concern::window
-           : m_errorMessage == kReminderRefusal ? Concern::reminder
-                                                : Concern::whole;
 }
 
 void TodoScheduleEditor::setDue(base::Instant due) {
@@ -177,17 +173,17 @@ std::optional<base::Instant> TodoScheduleEditor::windowEnd() const {
     return m_due.isValid() ? std::optional(m_due) : std::nullopt;
 }
 
-std::optional<std::string> TodoScheduleEditor::check(base::Instant now) const {
+std::optional<TodoScheduleEditor::Refusal> TodoScheduleEditor::check(base::Instant now) const {
     if (hasDue && hasTime && hasWindow) {
         const auto windowFrom = windowStart();
         const auto windowTo = windowEnd();
         if (!windowFrom || !windowTo || *windowFrom >= *windowTo) {
-            return kWindowRefusal;
+            return Refusal{Concern::window, kWindowRefusal};
         }
     }
     // Nobody must move an old reminder to change something else.
     if (hasReminder && reminder < now && m_original.reminderDate != reminder) {
-        return kReminderRefusal;
+        return Refusal{Concern::reminder, kReminderRefusal};
     }
     return std::nullopt;
 }
@@ -219,13 +215,13 @@ bool TodoScheduleEditor::save(base::Instant now) {
     if (m_saving) {
         return false;
     }
-    m_errorMessage = check(now);
-    if (m_errorMessage) {
+    m_refusal = check(now);
+    if (m_refusal) {
         return false;
     }
     const auto described = schedule();
     if (std::exchange(m_isUnseen, false) && described != m_stored) {
-        m_errorMessage = m_stored.isEmpty() ? kClearedRefusal : kChangedRefusal;
+        m_refusal = {Concern::whole, m_stored.isEmpty() ? kClearedRefusal : kChangedRefusal};
         return false;
     }
     try {
@@ -235,7 +231,7 @@ bool TodoScheduleEditor::save(base::Instant now) {
         }
         m_onSave(*described);
     } catch (const base::Error& error) {
-        m_errorMessage = error.errorDescription();
+        m_refusal = {Concern::whole, error.errorDescription()};
         return false;
     }
     close();

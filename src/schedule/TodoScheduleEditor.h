@@ -47,12 +47,17 @@ public:
     /// skipped is kept until then.
     void setDue(base::Instant due);
 
-    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
-    /// What that message is about, so that it can be said there.
+    /// Why something was not saved, in English, to be translated, and what that is about, so that
+    /// it can be said there.
     enum class Concern { window, reminder, whole };
-    Concern errorConcern() const;
+    struct Refusal {
+        Concern concern;
+        std::string errorMessage;
+        bool operator==(const Refusal&) const = default;
+    };
+    /// That of the last save; absent where there is none to be shown.
+    const std::optional<Refusal>& refusal() const { return m_refusal; }
     bool isCompleted() const { return m_settings.completed; }
-    const model::TodoSchedule& original() const { return m_original; }
 
     /// The todo has another schedule now, which another program has set. While nothing was changed
     /// here the fields follow; else the next save of something else is refused once, so that nobody
@@ -74,12 +79,12 @@ public:
     /// What the presets count back from, when that needs a word; absent otherwise.
     std::optional<Explanation> anchorExplanation() const;
 
-    /// The first check that fails at `now`, in the user's words; absent when all pass.
-    std::optional<std::string> check(base::Instant now) const;
+    /// The first check that fails at `now`; absent when all pass.
+    std::optional<Refusal> check(base::Instant now) const;
     /// The schedule that the fields describe; absent when a day cannot be formed.
     std::optional<model::TodoSchedule> schedule() const;
 
-    /// Checks, builds, hands over and closes; a refusal becomes `errorMessage` and keeps the editor
+    /// Checks, builds, hands over and closes; a refusal becomes `refusal` and keeps the editor
     /// open. True when it was saved. `onClose` may destroy the editor.
     bool save(base::Instant now);
     /// Saves like that where the fields describe another schedule than at the beginning; just
@@ -100,7 +105,7 @@ private:
     /// What the fields described at first: the original without what makes no sense.
     std::optional<model::TodoSchedule> m_initial;
     model::TodoSchedule m_stored;
-    /// Another program has set it since something was changed here.
+    /// It is another than the user was told of.
     bool m_isUnseen = false;
     base::Instant m_due;
     /// `m_due` stands for the original's day: one that the zone skipped has no moment of its own.
@@ -109,7 +114,7 @@ private:
     const base::DateFormats& m_formats;
     OnSave m_onSave;
     std::function<void()> m_onClose;
-    std::optional<std::string> m_errorMessage;
+    std::optional<Refusal> m_refusal;
     bool m_saving = false;
 };
 

@@ -195,6 +195,13 @@ Board* BoardService::board(const base::Uuid& id) const {
     return m_writer.context().find<Board>(id);
 }
 
+Board* BoardService::launchBoard(const std::optional<base::Uuid>& wanted) const {
+    const auto active = activeBoards(m_writer.context().fetch<Board>());
+    const auto found = std::find_if(active.begin(), active.end(),
+                                    [&](const Board* board) { return board->id() == wanted; });
+    return found != active.end() ? *found : inboxBoard();
+}
+
 Board& BoardService::persistedUserBoard(const Board& given) const {
     if (given.isSystem()) {
         refuse(BoardServiceErrorCase::protectedBoard);

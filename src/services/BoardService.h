@@ -42,6 +42,9 @@ public:
     /// Those of them that are visible and not archived, in order.
     static std::vector<model::Board*> activeBoards(std::vector<model::Board*> boards);
     model::Board* board(const base::Uuid& id) const;
+    /// What a window begins with: the board that is wanted while it is an active one, else the
+    /// Inbox.
+    model::Board* launchBoard(const std::optional<base::Uuid>& wanted) const;
 
     /// Raw values of `BoardIcon` and `BoardIconColor`, or none for the defaults.
     struct Look {

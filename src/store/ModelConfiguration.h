@@ -19,7 +19,8 @@ struct ModelConfiguration {
     /// What becomes of a store that an older version of the schema has written. To upgrade it takes
     /// as long as to copy it, and it is kept beside as it was.
     Older whenOlder = Older::refuse;
-    /// How long a step waits for another program's before it gives up with `busy`.
+    /// How long a step waits for another program's before it gives up with `busy`, and then as long
+    /// again for a writer that does not know our lock.
     std::chrono::milliseconds lockTimeout{10'000};
     /// With what the store is kept in step elsewhere; empty for a store of this machine alone.
     std::string cloudContainerIdentifier = {};

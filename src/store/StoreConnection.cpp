@@ -81,6 +81,7 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
                                  base::LogSink& log)
     : m_schema(schema),
       m_configuration(configuration),
+      m_busyTimeout(configuration.lockTimeout),
       m_log(log, "Store"),
       m_file(configuration.file),
       m_allowsSave(configuration.allowsSave) {

@@ -62,7 +62,8 @@ public:
     TypeStatements& statements(std::size_t index) { return *m_types[index]; }
     ChangeLog& changeLog() { return *m_changeLog; }
 
-    /// How long a write waits from now on for other programs, whether they know our lock or not.
+    /// How long a write waits from now on for other programs: for those that know our lock, and
+    /// then as long again for those that do not.
     void setPatience(std::chrono::milliseconds patience);
 
     /// The write lock of a store in a file; null in memory and where nothing may be written.
@@ -116,7 +117,7 @@ private:
     const Schema& m_schema;
     ModelConfiguration m_configuration;
     /// For writers that are not ours and do not know our lock.
-    std::chrono::milliseconds m_busyTimeout{5000};
+    std::chrono::milliseconds m_busyTimeout;
     base::Logger m_log;
     StoreFile m_file;
     bool m_allowsSave = true;

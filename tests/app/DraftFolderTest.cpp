@@ -4,7 +4,9 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <fstream>
+#include <thread>
 
 namespace korvex::app {
 namespace {
@@ -73,7 +75,25 @@ TEST_F(DraftFolderTest, WhatALivingProgramHasIsNotFoundByOthers) {
 
     put(base::Uuid::random().text() + ".lock", "of a program that was killed before it wrote");
     EXPECT_THAT(other.find().drafts, IsEmpty());
-    EXPECT_TRUE(std::filesystem::is_empty(path()));
+    EXPECT_FALSE(std::filesystem::exists(path()));
+}
+
+TEST_F(DraftFolderTest, AFileNeverBelongsToTwoHoweverOftenItChangesHands) {
+    using enum FileClaims::Claim;
+    std::atomic<int> shared = 0;
+    const auto claimAndRelease = [&, file = folder / "a.draft"] {
+        FileClaims claims; // as another program's
+        for (int i = 0; i < 5'000; ++i) {
+            if (claims.claim(file) == ours) {
+                shared += FileClaims().claim(file) == theirs ? 0 : 1;
+                claims.release(file);
+            }
+        }
+    };
+    for (std::vector<std::jthread> programs; programs.size() < 4;) {
+        programs.emplace_back(claimAndRelease);
+    }
+    EXPECT_EQ(shared, 0);
 }
 
 TEST_F(DraftFolderTest, WhereTheDiskTakesNothingTheStateFolderDoes) {

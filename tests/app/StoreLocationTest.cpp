@@ -39,6 +39,9 @@ TEST(StoreLocation, AStoreThatIsGoneIsMissedWhereDraftsAreLeft) {
     const tests::TemporaryFolder folder;
     EXPECT_FALSE(missingStoreNotice(folder.path()));
     fs::create_directories(folder / "Drafts");
+    std::ofstream(folder / "Drafts" / "a.lock") << "no words";
+    EXPECT_FALSE(missingStoreNotice(folder.path()));
+    std::ofstream(folder / "Drafts" / "a.draft") << "words";
     EXPECT_TRUE(missingStoreNotice(folder.path()));
     std::ofstream(storeFile(folder.path())) << "there";
     EXPECT_FALSE(missingStoreNotice(folder.path()));

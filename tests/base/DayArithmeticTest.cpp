@@ -41,23 +41,10 @@ TEST(DayArithmetic, AgreesWithTheCalendarInUtc) {
 }
 
 TEST(DayArithmetic, RefusesWhatIsNoDay) {
-    for (const DayNumber number : {
-             DayNumber{0},
-             DayNumber{10100},
-             DayNumber{100000000},
-             DayNumber{99991232},
-             DayNumber{20250229},
-             DayNumber{19000229},
-             DayNumber{20250431},
-             DayNumber{20251301},
-             DayNumber{20250015},
-             DayNumber{20250100},
-             DayNumber{15821005},
-             DayNumber{15821014},
-             DayNumber{-10101},
-             std::numeric_limits<DayNumber>::max(),
-             std::numeric_limits<DayNumber>::min(),
-         }) {
+    using Limits = std::numeric_limits<DayNumber>;
+    for (const auto number : std::initializer_list<DayNumber>{
+             0, 10100, 100000000, 99991232, 20250229, 19000229, 20250431, 20251301, 20250015,
+             20250100, 15821005, 15821014, -10101, Limits::max(), Limits::min()}) {
         EXPECT_FALSE(civilDayOfNumber(number)) << number;
         EXPECT_FALSE(noonInUtc(number)) << number;
     }

@@ -75,29 +75,15 @@ TEST_F(CompletedFilterTest, PeriodsAreWholeDaysOfTheZone) {
     };
     auto& board = m_store.addBoard();
     for (const auto& each : {
-             Case{"Europe/Berlin", "de_DE", Period::today, "2025-03-30T12:00", "2025-03-30T00:00",
-                  "2025-03-30T23:59:59.999"},
              Case{"America/Sao_Paulo", "pt_BR", Period::today, "2018-11-04T12:00",
                   "2018-11-04T01:00", "2018-11-04T23:59:59.999"},
-             Case{"Pacific/Apia", "en_WS", Period::today, "2011-12-29T12:00", "2011-12-29T00:00",
-                  "2011-12-29T23:59:59.999"},
-             Case{"Asia/Kolkata", "en_IN", Period::today, "2025-01-15T00:00", "2025-01-15T00:00",
-                  "2025-01-15T23:59:59.999"},
              // A Sunday ends a week in Germany and begins one in America.
              Case{"Europe/Berlin", "de_DE", Period::week, "2025-03-30T12:00", "2025-03-24T00:00",
                   "2025-03-30T23:59:59.999"},
              Case{"Europe/Berlin", "en_US", Period::week, "2025-03-30T12:00", "2025-03-30T00:00",
                   "2025-04-05T23:59:59.999"},
-             Case{"Europe/Berlin", "ar_EG", Period::week, "2025-03-30T12:00", "2025-03-29T00:00",
-                  "2025-04-04T23:59:59.999"},
-             Case{"America/Sao_Paulo", "pt_BR", Period::week, "2018-11-10T23:59",
-                  "2018-11-04T01:00", "2018-11-10T23:59:59.999"},
-             Case{"Pacific/Apia", "en_GB", Period::week, "2011-12-31T12:00", "2011-12-26T00:00",
-                  "2012-01-01T23:59:59.999"},
              Case{"Europe/Berlin", "de_DE", Period::month, "2025-12-31T23:59", "2025-12-01T00:00",
                   "2025-12-31T23:59:59.999"},
-             Case{"Europe/Berlin", "de_DE", Period::month, "2024-02-10T12:00", "2024-02-01T00:00",
-                  "2024-02-29T23:59:59.999"},
              Case{"Pacific/Apia", "en_WS", Period::month, "2011-12-31T12:00", "2011-12-01T00:00",
                   "2011-12-31T23:59:59.999"},
          }) {
@@ -366,16 +352,10 @@ TEST(CompletedTodoGroup, HasATitleInTheLocalesWords) {
              Case{"Europe/Berlin", "en_US", "2025-03-31T00:10", "2025-03-30T00:00", "Yesterday"},
              Case{"Europe/Berlin", "en_US", "2025-03-31T00:10", "2025-03-29T23:59",
                   "March 29, 2025"},
-             Case{"Europe/Berlin", "en_US", "2025-03-31T00:10", "2025-04-01T23:59",
-                  "April 1, 2025"},
              Case{"Europe/Berlin", "de_DE", "2025-03-31T00:10", "2025-03-29T12:00",
                   "29. März 2025"},
              Case{"Europe/Berlin", "de_DE", "2025-03-31T00:10", "2025-03-30T12:00", "Gestern"},
-             Case{"America/Sao_Paulo", "en_US", "2018-11-05T12:00", "2018-11-04T12:00",
-                  "Yesterday"},
              Case{"Pacific/Apia", "en_US", "2011-12-31T12:00", "2011-12-29T12:00", "Yesterday"},
-             Case{"Asia/Kolkata", "en_GB", "2025-03-31T12:00", "2025-01-01T00:00",
-                  "1 January 2025"},
          }) {
         TodoStore store;
         Entry* const one[] = {

@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
@@ -16,9 +17,12 @@ namespace {
 
 using base::Instant;
 using model::TodoSchedule;
+using Concern = TodoScheduleEditor::Concern;
+using Refusal = TodoScheduleEditor::Refusal;
 
-constexpr const char* kWindowRefusal = "Choose a start time before the end time on this date.";
-constexpr const char* kReminderRefusal = "Choose a reminder in the future.";
+const Refusal kWindowRefusal{Concern::window,
+                             "Choose a start time before the end time on this date."};
+const Refusal kReminderRefusal{Concern::reminder, "Choose a reminder in the future."};
 
 class TodoScheduleEditorTest : public ::testing::Test {
 protected:
@@ -98,7 +102,7 @@ TEST_F(TodoScheduleEditorTest, DismissingSavesWhatWasChangedAndNothingElse) {
     EXPECT_EQ(m_saved.back().dueStartDate, at("2025-01-16T23:00")) << "both days can be others";
     editor.start = at("2025-01-17T07:00");
     EXPECT_FALSE(editor.dismiss(m_now));
-    EXPECT_EQ(editor.errorMessage(), kWindowRefusal);
+    EXPECT_EQ(editor.refusal(), kWindowRefusal);
 
     auto undecided = edit({});
     undecided.hasDue = true;
@@ -126,8 +130,8 @@ TEST_F(TodoScheduleEditorTest, FollowsOtherProgramsUntilItIsTouchedAndReplacesNo
         EXPECT_FALSE(editor.storedChanged(theirs, typing, m_now));
         choose(); // what was being typed is read before it is saved
         EXPECT_FALSE(editor.save(m_now));
-        EXPECT_EQ(editor.errorMessage()->find("Another program changed this schedule"), 0U);
-        EXPECT_EQ(editor.errorConcern(), TodoScheduleEditor::Concern::whole);
+        EXPECT_EQ(editor.refusal()->errorMessage.find("Another program changed this schedule"), 0U);
+        EXPECT_EQ(editor.refusal()->concern, Concern::whole);
         EXPECT_EQ(editor.stored(), theirs);
         EXPECT_FALSE(editor.storedChanged(theirs, Typing::no, m_now))
             << "something else was changed";
@@ -139,6 +143,23 @@ TEST_F(TodoScheduleEditorTest, FollowsOtherProgramsUntilItIsTouchedAndReplacesNo
     same.setDue(at("2025-01-20T12:00"));
     same.storedChanged(theirs, Typing::no, m_now);
     EXPECT_TRUE(same.save(m_now)) << "both want the same";
+
+    auto undecided = edit({});
+    undecided.hasReminder = true;
+    undecided.reminder = m_now - 1;
+    EXPECT_FALSE(undecided.save(m_now));
+    EXPECT_FALSE(undecided.storedChanged(theirs, Typing::no, m_now));
+    undecided.hasReminder = false;
+    EXPECT_TRUE(undecided.storedChanged(TodoSchedule::dueOn(20250121), Typing::no, m_now));
+    EXPECT_EQ(undecided.refusal(), std::nullopt) << "not of what is shown now";
+    undecided.hasDue = false;
+    EXPECT_TRUE(undecided.save(m_now)) << "what it replaces was shown";
+
+    auto unharmed = edit({});
+    unharmed.hasDue = true;
+    unharmed.storedChanged(theirs, Typing::no, m_now);
+    unharmed.storedChanged({}, Typing::no, m_now);
+    EXPECT_TRUE(unharmed.save(m_now)) << "it was taken back";
 }
 
 TEST_F(TodoScheduleEditorTest, ProposesTheNextFullHour) {
@@ -248,7 +269,7 @@ TEST_F(TodoScheduleEditorTest, ChecksTheWindowOnItsDate) {
         const char* what;
         const char* start;
         const char* due;
-        std::optional<std::string> refusal;
+        std::optional<Refusal> refusal;
     };
     for (const auto& each : {
              Case{"before", "2025-01-20T09:59", "2025-01-15T10:00", std::nullopt},
@@ -289,73 +310,42 @@ TEST_F(TodoScheduleEditorTest, WantsAReminderInTheFutureUnlessItIsTheOldOne) {
     editor.hasWindow = true;
     editor.start = editor.due();
     EXPECT_EQ(editor.check(m_now), kWindowRefusal);
-
-    using Concern = TodoScheduleEditor::Concern;
-    EXPECT_FALSE(editor.save(m_now));
-    EXPECT_EQ(editor.errorConcern(), Concern::window);
-    editor.hasWindow = false;
-    EXPECT_FALSE(editor.save(m_now));
-    EXPECT_EQ(editor.errorConcern(), Concern::reminder);
 }
 
 TEST_F(TodoScheduleEditorTest, StaysOpenWithTheReasonUntilItIsSaved) {
-    auto editor = edit({});
-    editor.hasReminder = true;
-    editor.reminder = m_now - 1;
-    EXPECT_FALSE(editor.save(m_now));
-    EXPECT_EQ(editor.errorMessage(), kReminderRefusal);
-    EXPECT_TRUE(m_saved.empty());
-    EXPECT_EQ(m_closed, 0);
-
-    editor.reminder = m_now + 1;
-    EXPECT_TRUE(editor.save(m_now));
-    EXPECT_EQ(editor.errorMessage(), std::nullopt);
-    EXPECT_EQ(m_saved, (std::vector{TodoSchedule{.reminderDate = m_now + 1}}));
-    EXPECT_EQ(m_closed, 1);
-}
-
-TEST_F(TodoScheduleEditorTest, ShowsWhyTheServiceRefused) {
-    bool isRefused = true;
+    std::function<void()> fail = [] { throw base::Error("test", 1, "The disk is full."); };
     TodoScheduleEditor* open = nullptr;
     TodoScheduleEditor editor(
         {}, {}, m_now, m_formats,
-        [&](const TodoSchedule&) {
+        [&](const TodoSchedule& schedule) {
             EXPECT_FALSE(open->save(m_now)) << "a second press while the first is saving";
-            if (isRefused) {
-                throw base::Error("test", 1, "The disk is full.");
-            }
+            fail();
+            m_saved.push_back(schedule);
         },
         [&] { ++m_closed; });
     open = &editor;
     EXPECT_FALSE(editor.save(m_now));
-    EXPECT_EQ(editor.errorMessage(), "The disk is full.");
-    EXPECT_EQ(m_closed, 0);
+    EXPECT_EQ(editor.refusal(), (Refusal{Concern::whole, "The disk is full."}));
 
     editor.hasDue = true;
     editor.setDue(Instant::distantFuture() + 1);
     EXPECT_FALSE(editor.save(m_now));
-    EXPECT_EQ(editor.errorMessage(), "Choose a valid todo schedule.");
-
-    isRefused = false;
+    EXPECT_EQ(editor.refusal()->errorMessage, "Choose a valid todo schedule.");
     editor.setDue(m_now);
-    EXPECT_TRUE(editor.save(m_now));
-    EXPECT_EQ(m_closed, 1);
-}
+    editor.hasReminder = true;
+    editor.reminder = m_now - 1;
+    EXPECT_FALSE(editor.save(m_now));
+    EXPECT_EQ(editor.refusal(), kReminderRefusal);
+    editor.hasReminder = false;
 
-TEST_F(TodoScheduleEditorTest, AnUnexpectedExceptionLeavesItUsable) {
-    bool isBroken = true;
-    TodoScheduleEditor editor(
-        {}, {}, m_now, m_formats,
-        [&](const TodoSchedule&) {
-            if (isBroken) {
-                throw std::bad_alloc();
-            }
-        },
-        [&] { ++m_closed; });
+    fail = [] { throw std::bad_alloc(); };
     EXPECT_THROW(editor.save(m_now), std::bad_alloc);
+    EXPECT_TRUE(m_saved.empty());
     EXPECT_EQ(m_closed, 0);
-    isBroken = false;
+    fail = [] {};
     EXPECT_TRUE(editor.save(m_now));
+    EXPECT_EQ(editor.refusal(), std::nullopt);
+    EXPECT_EQ(m_saved, std::vector{TodoSchedule::dueOn(20250115)});
     EXPECT_EQ(m_closed, 1);
 }
 

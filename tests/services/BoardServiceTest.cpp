@@ -138,6 +138,9 @@ TEST_F(BoardServiceTest, DuplicatesOfTheInboxAndMergedBoardsAreNotVisible) {
                 ElementsAre("Home", "First"));
     EXPECT_EQ(boards->inboxBoard()->name(), "First");
     EXPECT_EQ(boards->board(archived.id()), &archived);
+    EXPECT_EQ(boards->launchBoard(archived.id()), boards->inboxBoard());
+    EXPECT_EQ(boards->launchBoard(std::nullopt), boards->inboxBoard());
+    EXPECT_EQ(boards->launchBoard(board->id()), board);
 }
 
 TEST_F(BoardServiceTest, NamesAreTrimmedAndNewBoardsGoLast) {

@@ -414,19 +414,23 @@ TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
 
 TEST_F(SharedStoreTest, AnImpatientProgramDoesNotWaitForWhoKnowsNoLockOfOursEither) {
     mine->setPatience(std::chrono::milliseconds(0));
-    SQLite::Database stranger(storeFile().string(), SQLite::OPEN_READWRITE);
-    stranger.exec("BEGIN IMMEDIATE");
-    addBoard(*context, "Waiting");
-    const auto begin = std::chrono::steady_clock::now();
-    try {
-        context->save();
-        FAIL() << "saved beside another's transaction";
-    } catch (const store::StoreError& error) {
-        EXPECT_EQ(error.which(), store::StoreErrorCase::busy);
+    const auto third = open({.file = storeFile(), .lockTimeout = std::chrono::milliseconds(0)});
+    ModelContext born(*third);
+    for (auto* const impatient : {&*context, &born}) {
+        SQLite::Database stranger(storeFile().string(), SQLite::OPEN_READWRITE);
+        stranger.exec("BEGIN IMMEDIATE");
+        addBoard(*impatient, "Waiting");
+        const auto begin = std::chrono::steady_clock::now();
+        try {
+            impatient->save();
+            FAIL() << "saved beside another's transaction";
+        } catch (const store::StoreError& error) {
+            EXPECT_EQ(error.which(), store::StoreErrorCase::busy);
+        }
+        EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+        stranger.exec("ROLLBACK");
+        EXPECT_NO_THROW(impatient->save());
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
-    stranger.exec("ROLLBACK");
-    EXPECT_NO_THROW(context->save());
 }
 
 } // namespace korvex::tests

@@ -58,9 +58,16 @@ SingleInstance::SingleInstance(const std::filesystem::path& dataDirectory) {
 }
 
 SingleInstance::~SingleInstance() {
-    if (m_notifier) {
+    // One that was busy for too long has been taken for killed: the name is another's then.
+    if (m_notifier && fileThere() == m_own) {
         ::unlink(m_file.c_str());
     }
+}
+
+std::pair<dev_t, ino_t> SingleInstance::fileThere() const {
+    struct stat status {};
+    ::lstat(m_file.c_str(), &status);
+    return {status.st_dev, status.st_ino};
 }
 
 bool SingleInstance::raiseRunning() const {
@@ -81,6 +88,7 @@ void SingleInstance::listen() {
             return; // later starts open windows of their own
         }
     }
+    m_own = fileThere();
     m_socket = std::move(socket);
     m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &SingleInstance::takeRequests);

@@ -5,8 +5,11 @@
 
 #include <QObject>
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <memory>
+#include <utility>
 
 class QSocketNotifier;
 
@@ -31,8 +34,12 @@ public:
 
 private:
     void takeRequests();
+    /// The file that has the name now, whoever made it.
+    std::pair<dev_t, ino_t> fileThere() const;
 
     std::filesystem::path m_file;
+    /// The one that this object listens at.
+    std::pair<dev_t, ino_t> m_own;
     base::FileDescriptor m_socket;
     /// Null until it listens.
     std::unique_ptr<QSocketNotifier> m_notifier;

@@ -1,10 +1,11 @@
 #include "platform/qt/SystemAppearanceWatcher.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusVariant>
+
+#include <utility>
 
 namespace korvex::platform::qt {
 
@@ -23,13 +24,14 @@ const auto kAnimations = QStringLiteral("enable-animations");
 
 } // namespace
 
-SystemAppearanceWatcher::SystemAppearanceWatcher() {
-    auto bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected()) {
+SystemAppearanceWatcher::SystemAppearanceWatcher(QDBusConnection bus) : m_bus(std::move(bus)) {
+    if (!m_bus.isConnected()) {
         return;
     }
-    bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
-                SLOT(settingChanged(QString, QString, QDBusVariant)));
+    // QtDBus finds the slot by the names of its types, and calls none whose types nobody has used.
+    qRegisterMetaType<QDBusVariant>();
+    m_bus.connect(kService, kPath, kInterface, QStringLiteral("SettingChanged"), this,
+                  SLOT(settingChanged(QString, QString, QDBusVariant)));
     ask(kAppearance, kColorScheme);
     ask(kAppearance, kContrast);
     ask(kAppearance, kReducedMotion);
@@ -39,20 +41,23 @@ SystemAppearanceWatcher::SystemAppearanceWatcher() {
 void SystemAppearanceWatcher::ask(const QString& group, const QString& key) {
     auto read = QDBusMessage::createMethodCall(kService, kPath, kInterface, QStringLiteral("Read"));
     read << group << key;
-    auto* const call =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(read), this);
+    auto* const call = new QDBusPendingCallWatcher(m_bus.asyncCall(read), this);
+    ++m_awaited;
     connect(call, &QDBusPendingCallWatcher::finished, this, [this, call, group, key] {
         const QDBusPendingReply<QDBusVariant> reply = *call;
         if (!reply.isError()) {
             take(group, key, reply.value().variant());
         }
         call->deleteLater();
+        --m_awaited;
+        tell();
     });
 }
 
 void SystemAppearanceWatcher::settingChanged(const QString& group, const QString& key,
                                              const QDBusVariant& value) {
     take(group, key, value.variant());
+    tell();
 }
 
 void SystemAppearanceWatcher::take(const QString& group, const QString& key,
@@ -71,12 +76,16 @@ void SystemAppearanceWatcher::take(const QString& group, const QString& key,
         m_prefersLessMotion = plain.toUInt() == 1;
     } else if (group == kInterfaceSettings && key == kAnimations) {
         m_isWithoutAnimations = !plain.toBool();
-    } else {
-        return;
     }
     m_appearance.motion =
         m_prefersLessMotion || m_isWithoutAnimations ? Motion::reduced : Motion::usual;
-    m_changed.emit(m_appearance);
+}
+
+void SystemAppearanceWatcher::tell() {
+    if (m_awaited == 0 && m_appearance != m_told) {
+        m_told = m_appearance;
+        m_changed.emit(m_told);
+    }
 }
 
 } // namespace korvex::platform::qt

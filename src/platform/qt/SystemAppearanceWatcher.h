@@ -2,6 +2,7 @@
 
 #include "base/Signal.h"
 
+#include <QDBusConnection>
 #include <QObject>
 
 class QDBusVariant;
@@ -9,7 +10,8 @@ class QDBusVariant;
 namespace korvex::platform::qt {
 
 /// Asks the desktop's settings portal whether the user prefers dark windows, more contrast and less
-/// motion, and follows changes. Without a portal it never says anything. Main thread.
+/// motion, and follows changes. Says what differs from what it said before, and from no preference
+/// at first; without a portal never anything. Main thread.
 class SystemAppearanceWatcher final : public QObject {
     Q_OBJECT
 
@@ -23,9 +25,11 @@ public:
         ColorScheme scheme = ColorScheme::noPreference;
         Contrast contrast = Contrast::usual;
         Motion motion = Motion::usual;
+        bool operator==(const Appearance&) const = default;
     };
 
-    SystemAppearanceWatcher();
+    /// The portal is asked on this bus.
+    explicit SystemAppearanceWatcher(QDBusConnection bus = QDBusConnection::sessionBus());
 
     base::Signal<Appearance>& changed() { return m_changed; }
 
@@ -35,9 +39,14 @@ private Q_SLOTS:
 private:
     void ask(const QString& group, const QString& key);
     void take(const QString& group, const QString& key, const QVariant& value);
+    void tell();
 
+    QDBusConnection m_bus;
     base::Signal<Appearance> m_changed;
     Appearance m_appearance;
+    Appearance m_told;
+    /// The windows are drawn anew for all the answers at once.
+    int m_awaited = 0;
     bool m_prefersLessMotion = false;
     bool m_isWithoutAnimations = false;
 };

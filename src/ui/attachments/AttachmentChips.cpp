@@ -4,6 +4,7 @@
 #include "ui/attachments/AttachmentKind.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
@@ -19,8 +20,6 @@ namespace {
 constexpr int kWidest = 300;
 /// A name that gets no more room than this is left alone in its chip.
 constexpr int kNarrow = 90;
-/// How wide the edge of the chosen chip is while the list has the keyboard, in pixels.
-constexpr double kRing = 2;
 /// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
@@ -142,11 +141,14 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     const auto isHovered = chip.id && chip.id == marks.hovered;
     const auto isMarked = isSelected && marks.isActive;
     const auto radius = theme.radius(Radius::small);
-    const auto edge = isMarked ? kRing : 1;
-    painter.setPen(QPen(isSelected ? colors.accent : colors.hairline, edge));
-    painter.setBrush(isMarked ? colors.selection : isHovered ? colors.hover : colors.content);
-    painter.drawRoundedRect(QRectF(chip.rect).adjusted(edge / 2, edge / 2, -edge / 2, -edge / 2),
-                            radius, radius);
+    Shapes::paintBox(painter, chip.rect, radius,
+                     isMarked    ? colors.selection
+                     : isHovered ? colors.hover
+                                 : colors.content,
+                     isSelected ? colors.accent : colors.hairline);
+    if (isMarked) {
+        Shapes::paintRing(painter, chip.rect, radius, colors.accent);
+    }
 
     const auto side = theme.space(Space::medium);
     const auto whole = chip.rect.adjusted(side, 0, -side, 0);
@@ -159,12 +161,14 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     painter.setFont(theme.smallFont());
     if (!chip.size.isEmpty()) {
         painter.setPen(quiet);
-        painter.drawText(mirrored(inside, whole), Qt::AlignRight | Qt::AlignVCenter, chip.size);
+        painter.drawText(mirrored(inside, whole), Qt::AlignRight | Qt::AlignVCenter,
+                         isolated(chip.size));
         inside.setRight(inside.right() -
                         QFontMetrics(theme.smallFont()).horizontalAdvance(chip.size) - side);
     }
     painter.setPen(chip.id ? colors.text : colors.danger);
-    painter.drawText(mirrored(inside, whole), Qt::AlignLeft | Qt::AlignVCenter, chip.name);
+    painter.drawText(mirrored(inside, whole), Qt::AlignLeft | Qt::AlignVCenter,
+                     isolated(chip.name));
 }
 
 } // namespace korvex::ui

@@ -30,10 +30,6 @@ constexpr std::array<QRgb, model::kBoardIconColorCount> kColors{
     0xffbf9e68, // sand
 };
 
-/// What an icon needs to be told from its ground.
-constexpr double kIconContrast = 3;
-constexpr double kHighIconContrast = 4.5;
-
 } // namespace
 
 std::optional<model::BoardIconColor> ownColorOf(const model::Board& board) {
@@ -45,9 +41,7 @@ QColor colorOf(std::optional<model::BoardIconColor> color, const ThemeColors& th
         return theme.accent;
     }
     const QColor base(kColors[static_cast<std::size_t>(*color)]);
-    // Of the grounds that icons stand on, the one of a chosen row is the nearest to them.
-    return readable(base, theme.selection,
-                    theme.isHighContrast ? kHighIconContrast : kIconContrast);
+    return theme.readableOnGrounds(base, theme.markContrast());
 }
 
 QColor iconColorOf(const model::Board& board, const ThemeColors& theme) {

@@ -49,9 +49,7 @@ void BoardLookButton::paintEvent(QPaintEvent*) {
     } else {
         paintIcon(painter);
     }
-    if (hasFocus()) {
-        Shapes::paintRing(painter, rect(), radius, colors.accent);
-    }
+    Shapes::paintFocusRing(painter, *this);
 }
 
 void BoardLookButton::paintIcon(QPainter& painter) const {

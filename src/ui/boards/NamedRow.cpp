@@ -60,7 +60,7 @@ void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state,
         painter.setFont(theme.smallFont());
         painter.setPen(colors.secondaryText);
         painter.drawText(mirrored(place, box).translated(0, onOneLine),
-                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, note);
+                         Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, isolated(note));
         place.setRight(place.right() - forNote);
     }
     painter.setFont(theme.font());

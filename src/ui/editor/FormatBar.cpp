@@ -7,6 +7,7 @@
 #include "ui/kit/controls/MenuItems.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/TextLook.h"
 
@@ -297,32 +298,17 @@ bool FormatBar::event(QEvent* event) {
     if (event->type() == QEvent::LayoutRequest) {
         Q_EMIT sizeChanged();
     }
+    if (dynamic_cast<const QMouseEvent*>(event)) {
+        // A press beside the controls is none on what the bar floats over; a wheel turns that.
+        event->accept();
+        return true;
+    }
     return isDone;
 }
 
 void FormatBar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(m_theme.colors().hairline);
-    painter.setBrush(m_theme.colors().raised);
-    const auto radius = m_theme.radius(Radius::large);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
-}
-
-void FormatBar::mousePressEvent(QMouseEvent* event) {
-    event->accept();
-}
-
-void FormatBar::mouseReleaseEvent(QMouseEvent* event) {
-    event->accept();
-}
-
-void FormatBar::mouseDoubleClickEvent(QMouseEvent* event) {
-    event->accept();
-}
-
-void FormatBar::mouseMoveEvent(QMouseEvent* event) {
-    event->accept();
+    Shapes::paintPanel(painter, rect(), m_theme.radius(Radius::large), m_theme.colors());
 }
 
 } // namespace korvex::ui

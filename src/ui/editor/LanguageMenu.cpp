@@ -96,14 +96,11 @@ void LanguageMenu::fill() {
     std::stable_sort(fitting.begin(), fitting.end(),
                      [](const auto& left, const auto& right) { return left.first < right.first; });
 
-    const auto& colors = theme().colors();
-    const auto check = [&](const QColor& color) {
-        return IconSet::pixmap(QStringLiteral("check"), color, m_list->iconSize().width(),
-                               devicePixelRatioF());
-    };
     // One selection everywhere: a tint, on which the text keeps its colour.
-    QIcon tick(check(colors.text));
-    tick.addPixmap(check(colors.text), QIcon::Selected);
+    const auto check = IconSet::pixmap(QStringLiteral("check"), theme().colors().text,
+                                       m_list->iconSize().width(), devicePixelRatioF());
+    QIcon tick(check);
+    tick.addPixmap(check, QIcon::Selected);
     // An empty icon of the same size, so that all names begin at one edge.
     QPixmap nothing(m_list->iconSize());
     nothing.fill(Qt::transparent);

@@ -149,14 +149,7 @@ void editLists(const QTextCursor& range, const TextLook& look,
 
 std::vector<TextListRef> listsOf(const QTextBlock& block) {
     const auto* const list = block.textList();
-    if (!list) {
-        return {};
-    }
-    auto lists = list->format().property(kListsProperty).value<std::vector<TextListRef>>();
-    if (lists.empty()) {
-        lists.push_back(std::make_shared<TextList>(TextList{markerOf(list->format())}));
-    }
-    return lists;
+    return list ? listsOf(*list) : std::vector<TextListRef>();
 }
 
 ListKind listKindOf(const QTextBlock& block) {
@@ -172,11 +165,9 @@ ParagraphStyle paragraphStyleOf(const QTextBlock& block) {
 
 void setParagraphStyle(const QTextBlock& block, const ParagraphStyle& style, const TextLook& look,
                        DrawnLists& drawn) {
-    const auto level = headingOf(block);
-    const auto kind = isCodeBlock(block)     ? BlockKind::code
-                      : !style.lists.empty() ? BlockKind::item
-                      : level                ? kindOf(*level)
-                                             : BlockKind::body;
+    const auto kind = kindOf({.isCode = isCodeBlock(block),
+                              .isItem = !style.lists.empty(),
+                              .heading = headingOf(block)});
     auto format = blockFormatOf(style, kind, look);
     // What is below asks for it, and it is no change of the paragraph's own.
     format.setBottomMargin(block.blockFormat().bottomMargin());

@@ -47,12 +47,16 @@ const QTextDocument& withOwnDocument(QTextEdit& edit) {
     return *edit.document();
 }
 
-/// The same event on the nearest line.
-QMouseEvent moved(const QMouseEvent& event, const RichTextEdit& edit) {
+/// Lets an event be handled as if it were on the nearest line.
+template <typename Handle>
+void handleOnLine(QMouseEvent& event, const RichTextEdit& edit, Handle handle) {
     const auto place = onLine(*edit.document(), event.position() + edit.scrolled());
-    return {event.type(),           place - edit.scrolled(), event.scenePosition(),
-            event.globalPosition(), event.button(),          event.buttons(),
-            event.modifiers(),      event.source(),          event.pointingDevice()};
+    QMouseEvent moved(event.type(), place - edit.scrolled(), event.scenePosition(),
+                      event.globalPosition(), event.button(), event.buttons(), event.modifiers(),
+                      event.source(), event.pointingDevice());
+    moved.setTimestamp(event.timestamp());
+    handle(moved);
+    event.setAccepted(moved.isAccepted());
 }
 
 } // namespace
@@ -115,7 +119,10 @@ richtext::AttributedString RichTextEdit::content() const {
 }
 
 QPointF RichTextEdit::scrolled() const {
-    return QPointF(horizontalScrollBar()->value(), verticalScrollBar()->value());
+    const auto& across = *horizontalScrollBar();
+    // Mirrored, the bar counts from the other side.
+    return QPointF(isRightToLeft() ? across.maximum() - across.value() : across.value(),
+                   verticalScrollBar()->value());
 }
 
 void RichTextEdit::addShortcuts() {
@@ -359,36 +366,37 @@ void RichTextEdit::inputMethodEvent(QInputMethodEvent* event) {
 }
 
 void RichTextEdit::mousePressEvent(QMouseEvent* event) {
-    auto pressed = moved(*event, *this);
-    QTextEdit::mousePressEvent(&pressed);
-    if (event->button() == Qt::RightButton) {
-        // The menu is about the place that was pressed, unless that is selected.
-        const auto place = cursorForPosition(pressed.position().toPoint());
-        const auto current = textCursor();
-        if (place.position() < current.selectionStart() ||
-            place.position() > current.selectionEnd()) {
-            setTextCursor(place);
+    handleOnLine(*event, *this, [this](QMouseEvent& pressed) {
+        QTextEdit::mousePressEvent(&pressed);
+        if (pressed.button() == Qt::RightButton) {
+            // The menu is about the place that was pressed, unless that is selected.
+            const auto place = cursorForPosition(pressed.position().toPoint());
+            const auto current = textCursor();
+            if (place.position() < current.selectionStart() ||
+                place.position() > current.selectionEnd()) {
+                setTextCursor(place);
+            }
         }
-    }
+    });
     stepOutOfRuns();
 }
 
 void RichTextEdit::mouseMoveEvent(QMouseEvent* event) {
-    auto followed = moved(*event, *this);
-    QTextEdit::mouseMoveEvent(&followed);
+    handleOnLine(*event, *this,
+                 [this](QMouseEvent& followed) { QTextEdit::mouseMoveEvent(&followed); });
     const auto opens = event->modifiers().testFlag(Qt::ControlModifier) &&
                        !openableLinkAt(*document(), event->position() + scrolled()).isEmpty();
     viewport()->setCursor(opens ? Qt::PointingHandCursor : Qt::IBeamCursor);
 }
 
 void RichTextEdit::mouseDoubleClickEvent(QMouseEvent* event) {
-    auto pressed = moved(*event, *this);
-    QTextEdit::mouseDoubleClickEvent(&pressed);
+    handleOnLine(*event, *this,
+                 [this](QMouseEvent& pressed) { QTextEdit::mouseDoubleClickEvent(&pressed); });
 }
 
 void RichTextEdit::mouseReleaseEvent(QMouseEvent* event) {
-    auto released = moved(*event, *this);
-    QTextEdit::mouseReleaseEvent(&released);
+    handleOnLine(*event, *this,
+                 [this](QMouseEvent& released) { QTextEdit::mouseReleaseEvent(&released); });
     if (event->button() == Qt::LeftButton && event->modifiers() == Qt::ControlModifier &&
         !textCursor().hasSelection()) {
         openLink(anchorAt(event->position().toPoint()));

@@ -34,9 +34,7 @@ void AttachmentDropMark::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing);
     auto tint = accent;
     tint.setAlpha(kTint);
-    const auto frame = RowFrame::of(m_theme);
-    const auto box = rect().adjusted(frame.boxMargin, frame.boxTop, -frame.boxMargin,
-                                     frame.boxTop - frame.rowDistance);
+    const auto box = RowFrame::of(m_theme).box(size());
     const auto radius = m_theme.radius(Radius::medium);
     Shapes::paintBox(painter, box, radius, tint, {});
     Shapes::paintRing(painter, box, radius, accent);

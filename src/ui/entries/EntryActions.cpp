@@ -146,27 +146,32 @@ void EntryActions::chooseBoard(model::Entry& entry) {
 }
 
 void EntryActions::moveToBoard(const base::Uuid& id, model::Board& board) {
-    // Another program may have archived it while it was being chosen.
-    if (!m_parts.page.perform([&] { m_services.context.refresh(); })) {
-        return;
-    }
-    if (board.isLive() && board.isArchived()) {
+    const model::Entry* moved = nullptr;
+    int row = -1;
+    QString shown;
+    bool isArchived = false;
+    const auto isDone = m_parts.page.perform([&] {
+        // From here on nobody writes: another program may have archived the board while it was
+        // being chosen.
+        const store::LockedStep step(m_services.context);
+        isArchived = board.isLive() && board.isArchived();
+        auto* const entry = m_services.context.find<model::Entry>(id);
+        if (!entry || isArchived) {
+            return;
+        }
+        row = m_parts.model.rowOf(*entry);
+        shown = row < 0 ? QString() : isolated(shortened(m_parts.model.text(row)));
+        m_services.todos.entries.moveEntry(*entry, board, m_services.todos.clock.now());
+        moved = entry;
+    });
+    if (isDone && isArchived) {
         m_parts.page.refuse(tr("“%1” is archived. The entry stays where it is.")
                                 .arg(isolated(toQString(board.name()))));
+    }
+    if (!isDone || !moved) {
         return;
     }
-    auto* const entry = m_services.context.find<model::Entry>(id);
-    if (!entry) {
-        return;
-    }
-    const auto row = m_parts.model.rowOf(*entry);
-    const auto shown = row < 0 ? QString() : isolated(shortened(m_parts.model.text(row)));
-    if (!m_parts.page.perform([&] {
-            m_services.todos.entries.moveEntry(*entry, board, m_services.todos.clock.now());
-        })) {
-        return;
-    }
-    if (row >= 0 && m_parts.model.rowOf(*entry) < 0) {
+    if (row >= 0 && m_parts.model.rowOf(*moved) < 0) {
         m_parts.list.setCurrentRow(std::min(row, m_parts.model.rowCount() - 1));
     }
     m_parts.list.setFocus();

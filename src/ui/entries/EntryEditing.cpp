@@ -176,13 +176,14 @@ void EntryEditing::recordsChanged() {
         m_drafts.rememberPlace();
     }
     followRecords(m_view.editedRow());
-    if (isRefused()) {
+    if (isWaiting()) {
         m_typing.tryAgain();
     }
 }
 
-bool EntryEditing::isRefused() {
-    return isOpen() && !m_storing.isBusy() && m_editors.current().isRefused();
+bool EntryEditing::isWaiting() {
+    return isOpen() && !m_storing.isBusy() && m_editors.current().isRefused() &&
+           m_storing.mayBeTakenLater();
 }
 
 void EntryEditing::showDue() {
@@ -291,7 +292,7 @@ bool EntryEditing::store() {
     const auto isStored = m_storing.store();
     if (!isStored) {
         followRecords(row); // nobody was told while it was busy
-        if (isRefused()) {
+        if (isWaiting()) {
             m_typing.refused();
         }
         m_editors.current().reveal();
@@ -316,7 +317,7 @@ void EntryEditing::storeSoFar() {
         m_storing.storeSoFar();
         followRecords(row);
         settle();
-        if (isRefused()) {
+        if (isWaiting()) {
             m_typing.refused();
         }
     }

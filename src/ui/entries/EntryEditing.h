@@ -99,8 +99,8 @@ private:
     bool store();
     /// The records have changed; `row` is where the editor stood before.
     void followRecords(int row);
-    /// Whether the text of the open editor waits for the store to take it.
-    bool isRefused();
+    /// Whether the text of the open editor waits for the store to take it as it is.
+    bool isWaiting();
     void storeAndStay();
     void storeSoFar();
     /// A draft that was stored is edited in the row that it has now.

@@ -4,6 +4,7 @@
 #include "ui/editor/RichTextEdit.h"
 #include "ui/kit/overlays/Popover.h"
 #include "ui/kit/words/Text.h"
+#include "ui/todos/PastedLines.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -59,7 +60,10 @@ void EntryEditors::clear() {
 }
 
 richtext::AttributedString EntryEditors::textOf(const model::Entry& entry) const {
-    return m_current == m_todo.get() ? richtext::RichTextSerializer::plainRichText(entry.content())
+    // The field of a todo has one kind of break between lines, and others are no change of the
+    // text.
+    return m_current == m_todo.get() ? richtext::RichTextSerializer::plainRichText(
+                                           toUtf8(withLineFeeds(toQString(entry.content()))))
                                      : m_model.richText(entry);
 }
 

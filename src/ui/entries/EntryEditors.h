@@ -33,7 +33,7 @@ public:
     void load(const model::Entry& entry);
     /// The editor in use is empty.
     void clear();
-    /// What the store has of the entry's text.
+    /// What the store has of the entry's text, as the editor in use shows it.
     richtext::AttributedString textOf(const model::Entry& entry) const;
     /// Shows when the entry is due; nothing for null.
     void showDue(const model::Entry* entry);

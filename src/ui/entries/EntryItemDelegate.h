@@ -2,6 +2,7 @@
 
 #include "richtext/code/CodeHighlighter.h"
 #include "ui/entries/EntryRowLayout.h"
+#include "ui/entries/EntryRowRoom.h"
 #include "ui/kit/lists/RowLayouts.h"
 
 #include <QPixmap>
@@ -30,6 +31,8 @@ public:
 
     /// For what width rows are laid out, and how far what is wide in one of them may reach.
     void setRoom(const EntryRowRoom& room) { m_room = room; }
+    const EntryRowRoom& room() const { return m_room; }
+    const TextLook& look() const;
     /// Valid until the next call of any function of this class.
     const EntryRowLayout& layout(int row) const;
     void forget(int row) const { m_layouts.forget(subjectOf(row)); }
@@ -45,7 +48,6 @@ public:
     const AttachmentMarks& marks() const { return m_marks; }
 
 private:
-    const TextLook& look() const;
     const void* subjectOf(int row) const;
     void paintChips(QPainter& painter, const EntryRowLayout& laidOut, const QPoint& topLeft,
                     QStyle::State state) const;

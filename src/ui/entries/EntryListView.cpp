@@ -102,7 +102,7 @@ QRect EntryListView::scheduleAnchor(int row) const {
 
 int EntryListView::measuredHeight(int row) {
     if (m_editor && row == editedRow()) {
-        return m_editor->neededHeight(column().width) + m_chips.extent(row);
+        return m_editor->neededHeight(room()) + m_chips.extent(row);
     }
     const auto* const entry = m_model.entry(row);
     const auto& laidOut = m_delegate->layout(row);
@@ -118,23 +118,28 @@ EntryRowRoom EntryListView::room() const {
 }
 
 int EntryListView::widthOf(int row) const {
-    const auto [width, most] = room();
     if (m_editor && row == editedRow()) {
-        return std::clamp(m_editor->wholeWidth(), width, most);
+        return m_editor->widthIn(room());
     }
     // Between two steps of the model a row may be asked for that has just gone.
     const auto* const entry = row < m_model.rowCount() ? m_model.entry(row) : nullptr;
+    const auto [width, most] = room();
     return std::clamp(m_tables.wholeWidth(entry), width, most);
 }
 
 void EntryListView::resizeEvent(QResizeEvent* event) {
+    const auto before = m_delegate->room();
     m_delegate->setRoom(room());
     RowListView::resizeEvent(event);
+    // In the same column a wide table may need its scroll bar now, or need it no more.
+    if (editedRow() >= 0 && before.most != m_delegate->room().most) {
+        measureAgain(editedRow());
+    }
 }
 
 int EntryListView::estimatedHeight(int row) const {
     if (!m_estimate || m_estimate->width() != column().width) {
-        m_estimate.emplace(column().width, theme());
+        m_estimate.emplace(column().width, theme(), m_delegate->look());
     }
     return m_estimate->height(m_model, row);
 }

@@ -3,10 +3,8 @@
 #include "model/EntryContentLimit.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
-#include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 
-#include <QFontInfo>
 #include <QFontMetrics>
 
 #include <algorithm>
@@ -17,9 +15,6 @@ namespace {
 
 /// Estimates look at no more bytes of a content than these.
 constexpr std::size_t kLongest = 12'000;
-
-/// A row in a window that is hardly wider than its signs still has so much room for its text.
-constexpr int kLeastRoom = 40;
 
 } // namespace
 
@@ -51,8 +46,7 @@ void EntryRowLayout::placeChips(const services::AttachmentList& list, int bottom
                                 const Theme& theme) {
     const auto frame = m_formatted ? RowFrame::ofText(theme) : RowFrame::of(theme);
     m_chipsTopLeft = {m_textRect.left(), bottom + AttachmentChips::distance(theme)};
-    m_chips = std::make_unique<AttachmentChips>(
-        list, std::max(kLeastRoom, m_width - m_textRect.left() - frame.side), theme);
+    m_chips = std::make_unique<AttachmentChips>(list, frame.room(m_width), theme);
     m_chipsExtent = AttachmentChips::distance(theme) + m_chips->height() + frame.padding;
 }
 
@@ -60,7 +54,7 @@ int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const 
                                     const TextLook& look, EntryRowLayout* former) {
     const auto frame = RowFrame::ofText(theme);
     m_side = frame.side;
-    const auto room = std::max(kLeastRoom, m_width - 2 * frame.side);
+    const auto room = frame.room(m_width);
     if (former && former->m_formatted) {
         m_formatted = std::move(former->m_formatted);
         m_formatted->setWidth(room);
@@ -72,61 +66,33 @@ int EntryRowLayout::layOutFormatted(const EntryListModel& model, int row, const 
         }
         m_formatted = std::make_unique<TextRow>(text, room, look);
     }
-    m_textRect = QRect(frame.side, frame.top(), room, m_formatted->height());
+    m_textRect = QRect(frame.textLeft, frame.top(), room, m_formatted->height());
     return m_textRect.bottom() + 1;
 }
 
 int EntryRowLayout::layOutPlain(const EntryListModel& model, int row, const Theme& theme) {
-    const auto width = m_width;
-    const auto frame = RowFrame::of(theme);
-    const auto kind = model.kind(row);
     const auto* const entry = model.entry(row);
-    const auto isOpenTodo = kind == EntryRowKind::entry && entry->isOpenTodo();
+    const auto isOpenTodo = model.kind(row) == EntryRowKind::entry && entry->isOpenTodo();
     if (isOpenTodo) {
         m_dueLabel = model.dueLabel(*entry);
     }
-
     // The window's own words follow the window.
     const auto text = model.text(row);
     m_text =
         makeTextLayout(text, entry ? directionOf(text) : QGuiApplication::layoutDirection(), theme);
-    // The text begins at the other side than the row does.
-    const auto isTurned =
-        m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
-
-    const auto hasDue = !m_dueLabel.isEmpty();
-    const auto room = std::max(kLeastRoom, width - frame.textLeft - frame.side);
-    const auto besideWidth = hasDue       ? m_dueLabel.width(theme) + 2 * frame.gap
-                             : isOpenTodo ? frame.scheduleSize + frame.gap
-                                          : 0;
     const auto arranged =
-        arrangeText(*m_text, room, besideWidth, hasDue ? BesideText::goesBelow : BesideText::stays);
-    const RowLine line(frame, arranged.ascent, theme);
-    m_textRect = QRect(frame.textLeft, line.textTop(), arranged.textWidth, arranged.textHeight);
-    m_sign = QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
-    auto bottom = std::max(m_textRect.bottom() + 1, frame.top() + frame.signSize);
-    if (hasDue) {
-        const auto dueWidth = std::min(m_dueLabel.width(theme), room);
-        const auto dueHeight = m_dueLabel.height(room, theme);
-        const auto dueLeft = arranged.isBeside ? width - frame.side - dueWidth
-                             : isTurned        ? frame.textLeft + room - dueWidth
-                                               : frame.textLeft;
-        const auto dueTop =
-            arranged.isBeside ? line.topOf(theme.smallFont()) : bottom + theme.space(Space::hair);
-        m_due = QRect(dueLeft, dueTop, dueWidth, dueHeight);
-        bottom = std::max(bottom, m_due.bottom() + 1);
-    } else if (isOpenTodo) {
-        const auto size = frame.scheduleSize;
-        m_scheduleButton = QRect(width - frame.side - size, line.topOfSign(size), size, size);
-    }
-    return bottom;
+        arrangeTodo(*m_text, m_width, m_dueLabel,
+                    isOpenTodo ? ScheduleButton::offered : ScheduleButton::none, theme);
+    m_sign = arranged.sign;
+    m_textRect = arranged.text;
+    (m_dueLabel.isEmpty() ? m_scheduleButton : m_due) = arranged.schedule;
+    return arranged.bottom;
 }
 
 /// `bottom` is where what the row shows ends.
 void EntryRowLayout::setBox(int bottom, const RowFrame& frame) {
     m_height = frame.heightFor(bottom);
-    m_box = QRect(frame.boxMargin, frame.boxTop, m_width - 2 * frame.boxMargin,
-                  m_height - frame.rowDistance);
+    m_box = frame.box({m_width, m_height});
 }
 
 void EntryRowLayout::reachTo(int most) const {
@@ -161,22 +127,25 @@ QString EntryRowLayout::linkAt(const QPoint& point) const {
     return m_formatted ? m_formatted->linkAt(point - m_textRect.topLeft()) : QString();
 }
 
-EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme) : m_width(width) {
+EntryHeightEstimate::EntryHeightEstimate(int width, const Theme& theme, const TextLook& look)
+    : m_width(width) {
     const auto frame = RowFrame::of(theme);
+    const auto ofText = RowFrame::ofText(theme);
     const QFontMetrics metrics(theme.font());
-    m_room = std::max(1, width - frame.textLeft - frame.side - frame.scheduleSize - frame.gap);
-    m_textRoom = std::max(1, width - 2 * frame.side);
+    m_room = std::max(1, frame.room(width) - frame.scheduleSize - frame.gap);
+    m_textRoom = ofText.room(width);
     m_lineHeight = metrics.lineSpacing();
-    m_textLineHeight = QFontInfo(theme.font()).pixelSize() * kLineHeight;
+    m_textLineHeight = look.lineHeight(BlockKind::body);
     m_characterWidth = metrics.averageCharWidth();
     m_lowest = frame.signSize;
-    m_around = 2 * frame.padding + frame.rowDistance;
+    m_around = frame.heightFor(frame.top());
+    m_textAround = ofText.heightFor(ofText.top());
 }
 
 int EntryHeightEstimate::height(const EntryListModel& model, int row) const {
     const auto* const entry = model.entry(row);
     if (entry && !entry->isTodo()) {
-        return textHeight(entry->content()) + m_around;
+        return textHeight(entry->content()) + m_textAround;
     }
     int lines = 1;
     if (entry) {
@@ -192,7 +161,7 @@ int EntryHeightEstimate::textHeight(const std::string& content) const {
     const auto feeds =
         std::count(content.begin(), content.begin() + static_cast<long>(length), '\n');
     const auto wrapped = static_cast<int>(length) * m_characterWidth / m_textRoom;
-    return static_cast<int>((static_cast<int>(feeds) + 1 + wrapped) * m_textLineHeight);
+    return (static_cast<int>(feeds) + 1 + wrapped) * m_textLineHeight;
 }
 
 } // namespace korvex::ui

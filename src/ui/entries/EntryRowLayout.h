@@ -14,13 +14,6 @@
 
 namespace korvex::ui {
 
-/// The width that rows are laid out for, and the one up to which what cannot be made narrower may
-/// reach beyond that: a wide table.
-struct EntryRowRoom {
-    int width = 0;
-    int most = 0;
-};
-
 /// What one row shows, laid out for one width. All rectangles count from the row's top left corner.
 class EntryRowLayout {
 public:
@@ -94,7 +87,7 @@ private:
 /// nanoseconds a row. Decodes nothing.
 class EntryHeightEstimate {
 public:
-    EntryHeightEstimate(int width, const Theme& theme);
+    EntryHeightEstimate(int width, const Theme& theme, const TextLook& look);
 
     int width() const { return m_width; }
     int height(const EntryListModel& model, int row) const;
@@ -106,10 +99,11 @@ private:
     int m_room;
     int m_textRoom;
     int m_lineHeight;
-    double m_textLineHeight;
+    int m_textLineHeight;
     int m_characterWidth;
     int m_lowest;
     int m_around;
+    int m_textAround;
 };
 
 } // namespace korvex::ui

@@ -3,6 +3,7 @@
 #include "model/Board.h"
 #include "model/ServiceErrors.h"
 #include "richtext/text/TextMerge.h"
+#include "store/StoreError.h"
 #include "ui/entries/OpenPlace.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Refusal.h"
@@ -137,12 +138,12 @@ std::optional<QString> EntryStoring::tryToStore() {
         return std::nullopt;
     }
     auto refused = refusal([&] {
-        if (m_edited.isDraft()) {
-            create();
-        } else if (isEmptiedNewTodo()) {
-            m_entries.deleteEntry(*m_edited.entry());
-        } else {
-            update();
+        m_mayBeTakenLater = false;
+        try {
+            createOrUpdate();
+        } catch (const store::StoreError&) {
+            m_mayBeTakenLater = true;
+            throw;
         }
     });
     if (!refused) {
@@ -233,6 +234,16 @@ model::Entry* EntryStoring::addLines(const QStringList& lines) {
         m_editors.current().showError(*refused);
     }
     return last;
+}
+
+void EntryStoring::createOrUpdate() {
+    if (m_edited.isDraft()) {
+        create();
+    } else if (isEmptiedNewTodo()) {
+        m_entries.deleteEntry(*m_edited.entry());
+    } else {
+        update();
+    }
 }
 
 void EntryStoring::create() {

@@ -35,6 +35,8 @@ public:
     bool store();
     /// The same while it is being typed: a text that is empty for now stays as it is stored.
     void storeSoFar();
+    /// Whether what was refused last may be taken later as it is, as by a store that was busy.
+    bool mayBeTakenLater() const { return m_mayBeTakenLater; }
     /// Whether there is something typed that the store does not have.
     bool hasUnstored();
     /// The user gives up what was typed: of a new entry all, of another what was typed since it was
@@ -67,6 +69,7 @@ private:
     void endMessage();
     /// Keeps what cannot be stored, and says so under the text, where it stays until it is stored.
     void refuse(const QString& reason);
+    void createOrUpdate();
     void create();
     void update();
     void keepOthersTodo(const model::Entry& entry);
@@ -86,6 +89,7 @@ private:
     store::ModelContext& m_context;
     const base::Clock& m_clock;
     bool m_isBusy = false;
+    bool m_mayBeTakenLater = false;
     services::EditingSession m_session;
     base::Signal<const QString&> m_noticed;
 };

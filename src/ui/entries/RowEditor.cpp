@@ -117,7 +117,7 @@ void RowEditor::placeInSight() {
     const auto frame = RowFrame::of(m_theme);
     const auto side = messageMargin(frame);
     const int needed = messageHeight(width());
-    const int foot = height() - (frame.rowDistance - frame.boxTop);
+    const int foot = height() - frame.below();
     const int top = std::max(std::min(foot, endOfSight()) - needed, 0);
     m_message->setGeometry(side, top, width() - 2 * side, needed - frame.padding);
     m_message->raise();
@@ -168,9 +168,7 @@ void RowEditor::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     painter.fillRect(event->rect(), colors.content);
-    const auto frame = RowFrame::of(m_theme);
-    const QRect box(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
-                    height() - frame.rowDistance);
+    const auto box = RowFrame::of(m_theme).box(size());
     const auto corner = static_cast<int>(m_theme.radius(Radius::medium));
     if (box.adjusted(corner, corner, -corner, -corner).contains(event->rect())) {
         return;

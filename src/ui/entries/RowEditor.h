@@ -1,8 +1,10 @@
 #pragma once
 
 #include "richtext/text/AttributedString.h"
+#include "ui/entries/EntryRowRoom.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 
+#include <algorithm>
 #include <functional>
 #include <optional>
 
@@ -56,11 +58,15 @@ public:
     void revert() { load(m_stored); }
     /// A menu with the commands on the text itself; the caller owns it.
     virtual QMenu* makeMenu() = 0;
-    /// The height that the row needs at this width.
-    int neededHeight(int width) { return textHeight(width) + messageHeight(width); }
-    /// The width that it would take for all of the text to be seen, which is laid out for what
-    /// `neededHeight` was told last; 0 where that is wide enough.
-    virtual int wholeWidth() const { return 0; }
+    /// The height that the row needs in this room.
+    int neededHeight(const EntryRowRoom& room) {
+        const auto text = textHeight(room);
+        return text + messageHeight(widthIn(room));
+    }
+    /// The width that the row takes in this room, with the text as `neededHeight` laid it out last.
+    int widthIn(const EntryRowRoom& room) const {
+        return std::clamp(wholeWidth(), room.width, room.most);
+    }
 
     /// What ends a message at the foot.
     enum class Until {
@@ -100,8 +106,11 @@ Q_SIGNALS:
 
 protected:
     const Theme& theme() const { return m_theme; }
-    /// The height that the editor needs without a message.
-    virtual int textHeight(int width) = 0;
+    /// The height that the editor needs without a message. Lays the text out.
+    virtual int textHeight(const EntryRowRoom& room) = 0;
+    /// The width of a row in which all of the text is seen, as it was laid out last; 0 where that
+    /// is never more than there is.
+    virtual int wholeWidth() const { return 0; }
     /// What a message takes of the height.
     int messageHeight(int width) const;
     /// The place of the caret, with all around it that is to be seen while one types.

@@ -66,7 +66,6 @@ int RowRefusal::neededHeight(int width) const {
 void RowRefusal::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small), messageGround(colors, color()),
                      {});
 }
@@ -86,8 +85,8 @@ void RowRefusal::applyTheme() {
         mirrored(QMargins(RowFrame::of(m_theme).gap - padding, padding, padding, padding)));
     m_words->setSpacing(m_theme.space(Space::medium));
     m_words->setNarrowest(m_theme.scaled(kNarrowestText));
-    const auto words =
-        readable(m_tone == ErrorBanner::Tone::error ? colors.danger : colors.text, ground);
+    const auto words = readable(m_tone == ErrorBanner::Tone::error ? colors.danger : colors.text,
+                                ground, colors.textContrast());
     auto own = m_text->palette();
     // A text that can be selected is drawn in the second.
     for (const auto role : {QPalette::WindowText, QPalette::Text}) {

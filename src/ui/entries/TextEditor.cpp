@@ -127,17 +127,18 @@ QMenu* TextEditor::makeMenu() {
     return new TextMenu(*m_field, m_field);
 }
 
-int TextEditor::textHeight(int width) {
+int TextEditor::textHeight(const EntryRowRoom& room) {
     const auto frame = RowFrame::ofText(theme());
-    const auto room = width - 2 * frame.side;
+    const auto width = frame.room(room.width);
+    m_mostWidth = room.most;
     // However wide the field is, its text is not; and that of a hidden field knows no width.
-    m_field->setLineWrapColumnOrWidth(room);
-    if (static_cast<int>(m_field->document()->textWidth()) != room) {
-        m_field->document()->setTextWidth(room);
+    m_field->setLineWrapColumnOrWidth(width);
+    if (static_cast<int>(m_field->document()->textWidth()) != width) {
+        m_field->document()->setTextWidth(width);
     }
     m_contentHeight = contentHeight();
     m_wholeWidth = wholeWidth();
-    return m_contentHeight + 2 * frame.padding + frame.rowDistance;
+    return frame.heightFor(frame.top() + m_contentHeight);
 }
 
 int TextEditor::wholeWidth() const {
@@ -145,10 +146,11 @@ int TextEditor::wholeWidth() const {
     return text + 2 * RowFrame::ofText(theme()).side;
 }
 
+/// With the scroll bar that the field has where the row does not reach far enough: the field itself
+/// learns how far it reaches when the height is known.
 int TextEditor::contentHeight() const {
-    const auto size = m_field->document()->size();
-    const auto isWide = size.width() > std::max(m_field->width(), m_field->lineWrapColumnOrWidth());
-    return static_cast<int>(std::ceil(size.height())) +
+    const auto isWide = wholeWidth() > m_mostWidth;
+    return static_cast<int>(std::ceil(m_field->document()->size().height())) +
            (isWide ? m_field->horizontalScrollBar()->sizeHint().height() : 0);
 }
 
@@ -172,10 +174,8 @@ void TextEditor::applyTheme() {
 
 void TextEditor::place() {
     const auto frame = RowFrame::ofText(theme());
-    const auto room = width() - 2 * frame.side;
-    const int bottom =
-        height() - (frame.rowDistance - frame.boxTop) - frame.padding - messageHeight(width());
-    m_field->setGeometry(frame.side, frame.top(), room, bottom - frame.top());
+    const int bottom = height() - frame.below() - frame.padding - messageHeight(width());
+    m_field->setGeometry(frame.textLeft, frame.top(), frame.room(width()), bottom - frame.top());
 }
 
 void TextEditor::placeInSight() {
@@ -187,10 +187,7 @@ void TextEditor::placeBar() {
     if (isHidden()) {
         return;
     }
-    const auto frame = RowFrame::ofText(theme());
-    const auto row = QRect(frame.boxMargin, frame.boxTop, width() - 2 * frame.boxMargin,
-                           height() - frame.rowDistance)
-                         .translated(pos());
+    const auto row = RowFrame::ofText(theme()).box(size()).translated(pos());
     auto sight = QRect(0, 0, parentWidget()->width(), endOfSight() + y());
     if (row.bottom() > sight.bottom()) {
         sight.setBottom(sight.bottom() - messageHeight(width())); // which stays in sight there

@@ -42,10 +42,10 @@ public:
     QMenu* makeMenu() override;
     void placeInSight() override;
     bool owns(const QWidget* widget) const override;
-    int wholeWidth() const override;
 
 protected:
-    int textHeight(int width) override;
+    int textHeight(const EntryRowRoom& room) override;
+    int wholeWidth() const override;
     QRect caretPlace() override;
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
@@ -61,6 +61,8 @@ private:
     RichTextEdit* m_field;
     QPointer<FormatBar> m_bar;
     CodeColors* m_colors;
+    /// Up to which the row may reach for a wide table.
+    int m_mostWidth = 0;
     int m_contentHeight = 0;
     int m_wholeWidth = 0;
 };

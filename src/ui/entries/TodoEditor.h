@@ -1,11 +1,11 @@
 #pragma once
 
+#include "ui/entries/DueButton.h"
 #include "ui/entries/RowEditor.h"
-#include "ui/todos/DueLabel.h"
 #include "ui/todos/RowText.h"
 #include "ui/todos/TodoTextEdit.h"
 
-class QToolButton;
+#include <optional>
 
 namespace korvex::ui {
 
@@ -18,7 +18,7 @@ public:
 
     TodoTextEdit& field() { return *m_field; }
     QString typed() const { return m_field->typed(); }
-    /// Lets the button beside the text say this; an empty label offers to make a schedule.
+    /// Lets the button beside the text or below it say this.
     void setDueLabel(const DueLabel& label);
 
     QTextEdit& input() override { return *m_field; }
@@ -34,20 +34,24 @@ Q_SIGNALS:
     void scheduleClicked();
 
 protected:
-    int textHeight(int width) override;
+    int textHeight(const EntryRowRoom& room) override;
     QRect caretPlace() override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
     void applyTheme();
+    /// What the editor shows, or how, is another.
+    void arrangeAgain();
+    const TodoArrangement& arrangement(int width);
     void place();
-    TextArrangement arrangement(int width) const;
-    int bottomOf(const TextArrangement& arranged) const;
 
     TodoTextEdit* m_field;
-    QToolButton* m_schedule;
-    DueLabel m_dueLabel;
+    DueButton* m_due;
+    /// Made when it is first asked for after a change, and for this width.
+    std::optional<TodoArrangement> m_arrangement;
+    int m_arrangedWidth = 0;
+    QRect m_circle;
 };
 
 } // namespace korvex::ui

@@ -9,9 +9,9 @@ namespace korvex::ui {
 
 /// Says when what is being typed is to be stored: at the first pause, and while typing goes on
 /// without one every two seconds, however slow the disk is: a pause that is felt is better than
-/// words that are lost. What was refused is tried again by itself. A save takes 5 to 12 ms, fsync
-/// and all, on a text of 10,000 characters in some 500 formats. Main thread; the run loop must
-/// outlive it.
+/// words that are lost. What may be taken later is tried again by itself. A save takes 5 to 12 ms,
+/// fsync and all, on a text of 10,000 characters in some 500 formats. Main thread; the run loop
+/// must outlive it.
 class TypingTimer {
 public:
     /// So long nothing was typed: the user thinks, and does not feel a save.
@@ -27,7 +27,7 @@ public:
 
     /// The text has changed.
     void typed();
-    /// It could not be stored.
+    /// It could not be stored, and perhaps can be later.
     void refused();
     /// What it was refused for may be over.
     void tryAgain();

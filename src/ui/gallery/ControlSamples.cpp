@@ -180,6 +180,12 @@ void show(QWidget& sample, QStyle::State state, const Theme& theme) {
     if (state == QStyle::State_None) {
         return;
     }
+    if (qobject_cast<SegmentedChoice*>(&sample)) {
+        // The chosen part is the one that has the keyboard; the pointer changes the others.
+        const auto parts = sample.findChildren<QAbstractButton*>();
+        show(state == QStyle::State_HasFocus ? *parts.front() : *parts.back(), state, theme);
+        return;
+    }
     sample.setStyle(new ShownState(theme, state, &sample));
     // What draws itself asks itself.
     sample.setAttribute(Qt::WA_UnderMouse, state.testFlag(QStyle::State_MouseOver));

@@ -26,7 +26,6 @@ constexpr std::array kColors{
     NamedColor{"field", &ThemeColors::field},
     NamedColor{"selection", &ThemeColors::selection},
     NamedColor{"hover", &ThemeColors::hover},
-    NamedColor{"pressed", &ThemeColors::pressed},
     NamedColor{"text", &ThemeColors::text},
     NamedColor{"secondaryText", &ThemeColors::secondaryText},
     NamedColor{"accent", &ThemeColors::accent},

@@ -7,6 +7,8 @@
 #include <QApplication>
 #include <QTemporaryDir>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 int runGallery(const QStringList& look) {
@@ -16,22 +18,25 @@ int runGallery(const QStringList& look) {
     app::FileUserDefaults defaults(folder.filePath(QStringLiteral("settings.json")).toStdString());
     app::AppPreferences preferences(defaults, log);
     Theme theme(preferences);
-    QuietStyle::install(theme);
+    const InstalledStyle style(theme);
+    const auto& sizes = app::AppPreferences::kFontSizes;
+    Theme::System system;
     for (const auto& word : look) {
         if (word == QLatin1String("light")) {
             preferences.setAppearance(Appearance::light);
         } else if (word == QLatin1String("dark")) {
             preferences.setAppearance(Appearance::dark);
         } else if (word == QLatin1String("contrast")) {
-            theme.setSystemContrast(Theme::SystemContrast::high);
+            system.contrast = Theme::SystemContrast::high;
         } else if (word == QLatin1String("still")) {
-            theme.setSystemMotion(Theme::SystemMotion::still);
+            system.motion = Theme::SystemMotion::still;
         } else if (word == QLatin1String("rtl")) {
             QApplication::setLayoutDirection(Qt::RightToLeft);
-        } else if (const auto size = word.toInt(); size > 0) {
-            preferences.setFontSize(size);
+        } else if (std::find(sizes.begin(), sizes.end(), word.toInt()) != sizes.end()) {
+            preferences.setFontSize(word.toInt());
         }
     }
+    theme.setSystem(system);
     GalleryWindow window(preferences, theme);
     window.show();
     return QApplication::exec();

@@ -46,12 +46,16 @@ QWidget* GalleryWindow::makeControls() {
     auto* const contrast = new Switch(QStringLiteral("High contrast"), m_theme);
     contrast->setChecked(m_theme.colors().isHighContrast);
     connect(contrast, &Switch::toggled, this, [this](bool isHigh) {
-        m_theme.setSystemContrast(isHigh ? Theme::SystemContrast::high
-                                         : Theme::SystemContrast::usual);
+        auto system = m_theme.system();
+        system.contrast = isHigh ? Theme::SystemContrast::high : Theme::SystemContrast::usual;
+        m_theme.setSystem(system);
     });
     auto* const still = new Switch(QStringLiteral("Still"), m_theme);
+    still->setChecked(m_theme.motion(Motion::calm) == 0);
     connect(still, &Switch::toggled, this, [this](bool isStill) {
-        m_theme.setSystemMotion(isStill ? Theme::SystemMotion::still : Theme::SystemMotion::usual);
+        auto system = m_theme.system();
+        system.motion = isStill ? Theme::SystemMotion::still : Theme::SystemMotion::usual;
+        m_theme.setSystem(system);
     });
     auto* const mirrored = new Switch(QStringLiteral("Right to left"), m_theme);
     mirrored->setChecked(QApplication::isRightToLeft());

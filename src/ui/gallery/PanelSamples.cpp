@@ -39,7 +39,7 @@ public:
 protected:
     void paintEvent(QPaintEvent*) override {
         QPainter painter(this);
-        Shapes::paintPanel(painter, rect(), m_theme);
+        Shapes::paintPanel(painter, rect(), m_theme.radius(Radius::large), m_theme.colors());
     }
 
 private:

@@ -7,7 +7,7 @@
 namespace korvex::ui {
 
 /// What lies over the content, drawn within it so that one picture shows all: a menu, a list of
-/// choices, a question, banners, a tip; and what scrolls.
+/// choices, a question, banners; and what scrolls.
 QWidget* makePanelSamples(const Theme& theme, QWidget* parent);
 
 } // namespace korvex::ui

@@ -216,6 +216,8 @@ void CompletedFilterBar::take() {
         if (before.period != CompletedFilter::Period::custom) {
             end = WallClock::dateTimeOf(now, calendar).date();
             start = end.addDays(-kFirstRangeDays);
+            m_start->discard();
+            m_end->discard();
         }
         const QTime noon(12, 0);
         m_filter.startDate = WallClock::instantOf(start, noon, calendar, now);

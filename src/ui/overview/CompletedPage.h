@@ -25,7 +25,6 @@ public:
 protected:
     std::vector<TodoGroup> groups() override;
     void setNow(base::Instant now, const base::TimeZone& zone) override;
-    bool shows(const model::Board&) const override { return true; }
     void linger(const base::Uuid& id) override;
     void release(const base::Uuid& id) override;
     void followBoards() override;

@@ -71,19 +71,16 @@ void FilterChoice::paintEvent(QPaintEvent*) {
     const auto radius = m_theme.radius(Radius::medium);
     QPainter painter(this);
     if (isSet()) {
-        Shapes::paintBox(painter, rect(), radius, colors.selection,
-                         colors.isHighContrast ? colors.accent : QColor());
+        Shapes::paintChosen(painter, rect(), radius, colors);
     }
     if (!isSet() || underMouse() || m_isOpen) {
         const auto tint = m_isOpen       ? Shapes::Tint::pressed
                           : underMouse() ? Shapes::Tint::hovered
                                          : Shapes::Tint::rest;
         Shapes::paintBox(painter, rect(), radius, Shapes::tint(colors, tint),
-                         colors.isHighContrast ? colors.border : QColor());
+                         Shapes::controlEdge(colors));
     }
-    if (hasFocus()) {
-        Shapes::paintRing(painter, rect(), radius, colors.accent);
-    }
+    Shapes::paintFocusRing(painter, *this);
     const auto margin = m_theme.space(Space::medium);
     if (iconRoom() > 0) {
         const auto size = m_theme.extent(Extent::smallIcon);

@@ -33,7 +33,7 @@ Places placesOf(int width, int above, const Theme& theme) {
     const QFontMetrics font(theme.font());
     const auto frame = RowFrame::of(theme);
     const RowLine first(frame, font.ascent(), theme);
-    const auto room = width - frame.textLeft - frame.side;
+    const auto room = frame.room(width);
     Places places;
     places.sign =
         QRect(frame.side, first.topOfSign(frame.signSize), frame.signSize, frame.signSize);
@@ -41,8 +41,7 @@ Places placesOf(int width, int above, const Theme& theme) {
     places.note = QRect(frame.textLeft, places.line.bottom() + 1 + theme.space(Space::hair), room,
                         QFontMetrics(theme.smallFont()).height());
     places.height = frame.heightFor(places.note.bottom() + 1);
-    places.box = QRect(frame.boxMargin, frame.boxTop, width - 2 * frame.boxMargin,
-                       places.height - frame.rowDistance);
+    places.box = frame.box({width, places.height});
     for (auto* const place : {&places.sign, &places.line, &places.note}) {
         *place = mirrored(*place, width);
     }
@@ -136,7 +135,7 @@ void SearchResultDelegate::paintNote(QPainter& painter, const SearchRow& row, in
     auto left = rect.left();
     const auto icon = [&](const QString& name, const QColor& color) {
         if (left + size <= rect.right()) {
-            const auto top = rect.top() + metrics.ascent() - (metrics.capHeight() + size) / 2;
+            const auto top = rect.top() + topOfSign(metrics, size);
             IconSet::draw(painter, name, color, mirrored(QRect(left, top, size, size), rect));
         }
         left += size + small;

@@ -57,7 +57,7 @@ void TodoItemDelegate::paintHeading(QPainter& painter, const QRect& rect, int ro
                       rect.width() - 2 * frame.side, line);
     painter.setFont(m_theme.sectionFont());
     painter.setPen(heading.isUrgent ? colors.danger : colors.text);
-    painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, heading.title);
+    painter.drawText(place, Qt::AlignLeft | Qt::AlignTop, isolated(heading.title));
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
     const auto behind =
@@ -84,7 +84,8 @@ void TodoItemDelegate::paintBoard(QPainter& painter, const TodoRowLayout& laidOu
     }
     painter.setFont(m_theme.smallFont());
     painter.setPen(colors.secondaryText);
-    painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignTop, laidOut.boardText());
+    painter.drawText(laidOut.boardName(), Qt::AlignLeft | Qt::AlignTop,
+                     isolated(laidOut.boardText()));
 }
 
 QSize TodoItemDelegate::sizeHint(const QStyleOptionViewItem& option,

@@ -25,7 +25,7 @@ public:
     void forget(int row) const { m_layouts.forget(m_model.entry(row)); }
     void forgetAll() const;
 
-    /// The names of boards that rows may show. True when rows may look different now.
+    /// The names of the boards that rows show. True when rows may look different now.
     bool setBoardNames(QStringList names);
 
 private:

@@ -6,6 +6,8 @@
 #include "ui/kit/pages/PageHeader.h"
 #include "ui/overview/TodoListView.h"
 
+#include <unordered_set>
+
 namespace korvex::ui {
 
 TodoListPage::TodoListPage(const Workspace& workspace, const Theme& theme,
@@ -99,18 +101,30 @@ void TodoListPage::recordsChanged(const store::ChangeSet& changes) {
         return;
     }
     m_list->entriesChanged({changes.updated.begin(), changes.updated.end()});
-    follow([this] { followBoards(); });
+    follow([this] {
+        followBoards();
+        followNames();
+    });
 }
 
 void TodoListPage::followBoards() {
-    QStringList names;
-    for (const auto* const board : m_workspace.boards.boards()) {
-        if (shows(*board)) {
-            names.append(boardLabel(*board));
+    m_list->viewport()->update(); // icons and colours are drawn as they are now
+}
+
+void TodoListPage::followNames() {
+    std::unordered_set<const model::Board*> boards;
+    for (int row = 0; row < m_model.rowCount(); ++row) {
+        const auto* const entry = m_model.entry(row);
+        if (const auto* const board = entry ? entry->board() : nullptr) {
+            boards.insert(board);
         }
     }
+    QStringList names;
+    for (const auto* const board : boards) {
+        names.append(boardLabel(*board));
+    }
+    names.sort();
     m_list->setBoardNames(names);
-    m_list->viewport()->update(); // icons and colours are drawn as they are now
 }
 
 void TodoListPage::groupsChanged(TodoListModel::Extent extent) {
@@ -118,7 +132,10 @@ void TodoListPage::groupsChanged(TodoListModel::Extent extent) {
     if (m_isBehind) {
         return;
     }
-    follow([&] { m_model.setGroups(groups(), extent); });
+    follow([&] {
+        m_model.setGroups(groups(), extent);
+        followNames();
+    });
     showNotes();
 }
 

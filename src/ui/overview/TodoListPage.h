@@ -38,8 +38,6 @@ protected:
     virtual std::vector<TodoGroup> groups() = 0;
     /// "Now" has moved, or may have.
     virtual void setNow(base::Instant now, const base::TimeZone& zone) = 0;
-    /// Whether rows may show this board.
-    virtual bool shows(const model::Board& board) const = 0;
     /// Lets a todo stay in its place until `release`, though it does not belong there any more.
     virtual void linger(const base::Uuid& id) = 0;
     virtual void release(const base::Uuid& id) = 0;
@@ -67,6 +65,8 @@ private:
     /// Takes in all that may be different, as far as the page is in sight.
     void catchUp();
     void recordsChanged(const store::ChangeSet& changes);
+    /// The rows show other boards, or these have other names. Throws StoreError.
+    void followNames();
     void showNotes();
     bool belongs(const model::Entry& entry) const override;
     void hold(model::Entry& entry) override;

@@ -25,7 +25,7 @@ public:
     /// its text where it has none.
     QRect detailRect(int row) const;
 
-    /// The names of boards that rows may show.
+    /// The names of the boards that rows show: one column holds the longest of them.
     void setBoardNames(const QStringList& names);
     /// These records have changed: the rows of theirs that have been in sight are drawn anew.
     void entriesChanged(const std::unordered_set<base::Uuid>& ids);

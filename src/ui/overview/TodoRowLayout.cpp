@@ -2,7 +2,6 @@
 
 #include "ui/boards/BoardLabel.h"
 #include "ui/kit/theme/Direction.h"
-#include "ui/todos/RowFrame.h"
 #include "ui/todos/RowText.h"
 
 #include <QFontMetrics>
@@ -13,8 +12,6 @@ namespace korvex::ui {
 
 namespace {
 
-/// A row in a window that is hardly wider than its signs still has so much room for its text.
-constexpr int kLeastRoom = 40;
 /// A board's name takes no more of the row than this, beside a text.
 constexpr double kWidestColumn = 0.22;
 /// In pixels, at the standard font size.
@@ -38,24 +35,20 @@ TodoRowLayout::TodoRowLayout(const TodoListModel& model, int row, int width, int
     }
     m_isTurned = m_text->textOption().textDirection() != QGuiApplication::layoutDirection();
     const auto frame = RowFrame::of(theme);
-    const auto room = std::max(kLeastRoom, width - frame.textLeft - frame.side);
     const auto detailWidth = m_detailLabel.width(theme);
     const int beside = 2 * frame.gap + detailWidth + (detailWidth > 0 ? frame.gap : 0) +
                        iconWidth(theme) + boardColumn;
-    const auto arranged = arrangeText(*m_text, room, beside, BesideText::goesBelow);
-
-    const RowLine line(frame, arranged.ascent, theme);
-    m_textRect = QRect(frame.textLeft, line.textTop(), arranged.textWidth, arranged.textHeight);
-    m_circle = QRect(frame.side, line.topOfSign(frame.signSize), frame.signSize, frame.signSize);
-    auto bottom = std::max(m_textRect.bottom() + 1, frame.top() + frame.signSize);
+    const auto arranged = arrangeText(*m_text, width, beside, BesideText::goesBelow, theme);
+    m_circle = arranged.sign;
+    m_textRect = arranged.text;
+    auto bottom = arranged.bottom;
     if (arranged.isBeside) {
-        placeBeside(line.topOf(theme.smallFont()), theme);
+        placeBeside(arranged.firstLine.topOf(theme.smallFont()), theme);
     } else {
-        bottom = placeBelow(bottom + theme.space(Space::hair), room, theme);
+        bottom = placeBelow(bottom + theme.space(Space::hair), frame.room(width), theme);
     }
     m_height = frame.heightFor(bottom);
-    m_box = QRect(frame.boxMargin, frame.boxTop, width - 2 * frame.boxMargin,
-                  m_height - frame.rowDistance);
+    m_box = frame.box({width, m_height});
     for (auto* const place : {&m_circle, &m_textRect, &m_detail, &m_boardIcon, &m_boardNameRect}) {
         *place = mirrored(*place, width);
     }
@@ -103,8 +96,7 @@ void TodoRowLayout::setBoard(const QPoint& topLeft, int nameWidth, const Theme& 
     }
     const QFontMetrics metrics(theme.smallFont());
     const auto icon = theme.extent(Extent::smallIcon);
-    m_boardIcon = QRect(
-        topLeft.x(), topLeft.y() + metrics.ascent() - (metrics.capHeight() + icon) / 2, icon, icon);
+    m_boardIcon = QRect(topLeft.x(), topLeft.y() + topOfSign(metrics, icon), icon, icon);
     m_boardNameRect =
         QRect(topLeft.x() + iconWidth(theme), topLeft.y(), nameWidth, metrics.height());
     m_boardText = metrics.elidedText(m_boardText, Qt::ElideRight, nameWidth);

@@ -16,7 +16,6 @@ public:
 protected:
     std::vector<TodoGroup> groups() override;
     void setNow(base::Instant now, const base::TimeZone& zone) override;
-    bool shows(const model::Board& board) const override { return !board.isArchived(); }
     void linger(const base::Uuid& id) override;
     void release(const base::Uuid& id) override;
     Hint emptyHint() const override;

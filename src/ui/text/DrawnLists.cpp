@@ -10,14 +10,6 @@ namespace korvex::ui {
 
 using richtext::TextListRef;
 
-namespace {
-
-std::vector<TextListRef> meantBy(const QTextList& list) {
-    return list.format().property(kListsProperty).value<std::vector<TextListRef>>();
-}
-
-} // namespace
-
 const QTextList* DrawnLists::of(const std::vector<TextListRef>& lists) {
     learn();
     const auto known = m_lists.find(lists);
@@ -31,7 +23,7 @@ void DrawnLists::add(const std::vector<TextListRef>& lists, QTextList& list) {
 
 void DrawnLists::rename(QTextList& list, const std::vector<TextListRef>& lists) {
     learn();
-    if (const auto former = m_lists.find(meantBy(list));
+    if (const auto former = m_lists.find(listsOf(list));
         former != m_lists.end() && former->second == &list) {
         m_lists.erase(former);
     }
@@ -47,7 +39,7 @@ void DrawnLists::learn() {
     std::unordered_set<const QTextList*> seen;
     for (auto block = m_document.begin(); block.isValid(); block = block.next()) {
         if (auto* const list = block.textList(); list && seen.insert(list).second) {
-            m_lists.try_emplace(meantBy(*list), list);
+            m_lists.try_emplace(listsOf(*list), list);
         }
     }
 }

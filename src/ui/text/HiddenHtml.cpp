@@ -1,118 +1,24 @@
 #include "ui/text/HiddenHtml.h"
 
+#include "ui/text/HtmlTags.h"
+
 #include <QRegularExpression>
-#include <QStringList>
 
 #include <algorithm>
-#include <array>
 #include <optional>
+#include <vector>
 
 namespace korvex::ui {
 
 namespace {
 
-template <std::size_t count>
-bool isOneOf(const QString& name, const std::array<const char*, count>& names) {
-    return std::any_of(names.begin(), names.end(),
-                       [&](const char* each) { return name == QLatin1String(each); });
-}
+/// What stands deeper is nothing made to be read, and would take long.
+constexpr std::size_t kDeepest = 500;
 
-struct Tag {
-    enum class Kind { start, end, other };
-    Kind kind = Kind::other;
-    /// In small letters.
-    QString name;
-    QStringView attributes;
-    qsizetype begin = 0;
-    /// Behind the ">".
-    qsizetype end = 0;
-
-    bool isEmptyElement() const {
-        static constexpr std::array kEmpty{"area", "base",  "br",   "col",  "embed",  "hr",
-                                           "img",  "input", "link", "meta", "source", "wbr"};
-        return isOneOf(name, kEmpty);
-    }
-    /// Such elements end where the next of them begins.
-    bool endsAtNext() const {
-        static constexpr std::array kFlat{"p", "li", "td", "th", "tr", "dt", "dd", "option"};
-        return isOneOf(name, kFlat);
-    }
-    bool endsParagraph() const {
-        static constexpr std::array kBlocks{"blockquote", "div", "dl",  "h1", "h2",    "h3", "h4",
-                                            "h5",         "h6",  "pre", "ol", "table", "ul", "hr"};
-        return isOneOf(name, kBlocks);
-    }
-};
-
-/// The tags of a page in their order; comments and the contents of scripts and style sheets have
-/// none.
-class Tags {
-public:
-    explicit Tags(const QString& html) : m_html(html) {}
-
-    std::optional<Tag> next() {
-        const auto open = m_html.indexOf(u'<', m_at);
-        if (open < 0 || open + 1 >= m_html.size()) {
-            return std::nullopt;
-        }
-        Tag tag{.name = {}, .attributes = {}, .begin = open};
-        const QStringView page(m_html);
-        if (page.sliced(open).startsWith(QLatin1String("<!--"))) {
-            m_at = behind(QLatin1String("-->"), open + 4);
-            tag.end = m_at;
-            return tag;
-        }
-        const auto isEnd = page[open + 1] == u'/';
-        const auto start = open + (isEnd ? 2 : 1);
-        auto at = start;
-        while (at < page.size() && page[at].isLetterOrNumber()) {
-            ++at;
-        }
-        tag.name = page.sliced(start, at - start).toString().toLower();
-        if (!tag.name.isEmpty()) {
-            tag.kind = isEnd ? Tag::Kind::end : Tag::Kind::start;
-            const auto attributes = at;
-            at = closing(at);
-            tag.attributes = page.sliced(attributes, at - attributes);
-        }
-        tag.end = std::min(at + 1, page.size());
-        m_at = tag.end;
-        if (!isEnd && (tag.name == QLatin1String("script") || tag.name == QLatin1String("style"))) {
-            const auto contentEnd =
-                m_html.indexOf(QLatin1String("</") + tag.name, m_at, Qt::CaseInsensitive);
-            m_at = contentEnd < 0 ? m_html.size() : contentEnd;
-        }
-        return tag;
-    }
-
-private:
-    qsizetype behind(QLatin1String text, qsizetype from) const {
-        const auto found = m_html.indexOf(text, from);
-        return found < 0 ? m_html.size() : found + text.size();
-    }
-    /// Where the tag's ">" stands, which may stand in quotes too.
-    qsizetype closing(qsizetype from) const {
-        QChar quote;
-        for (auto at = from; at < m_html.size(); ++at) {
-            const auto unit = m_html[at];
-            if (!quote.isNull()) {
-                quote = unit == quote ? QChar() : quote;
-            } else if (unit == u'"' || unit == u'\'') {
-                quote = unit;
-            } else if (unit == u'>') {
-                return at;
-            }
-        }
-        return m_html.size();
-    }
-
-    const QString& m_html;
-    qsizetype m_at = 0;
-};
-
-bool isHidden(const Tag& tag) {
+/// Whether browsers show nothing of the element: where its style says how to show it, that counts.
+bool isHidden(const HtmlTag& tag) {
     static const QRegularExpression kAttribute(
-        QStringLiteral(R"(([^\s=/"']+)(?:\s*=\s*("[^"]*"|'[^']*'|[^\s"']+))?)"));
+        QStringLiteral(R"(([^\s=/"']+)(?:\s*=\s*("[^"]*"|'[^']*'|[^\s"']\S*))?)"));
     static const QRegularExpression kDisplay(
         QStringLiteral(R"((?:^|[;\s"'])display\s*:\s*([\w-]+))"),
         QRegularExpression::CaseInsensitiveOption);
@@ -120,81 +26,118 @@ bool isHidden(const Tag& tag) {
         !tag.attributes.contains(QLatin1String("display"), Qt::CaseInsensitive)) {
         return false;
     }
+    bool hasHidden = false;
+    QString display;
     auto attributes = kAttribute.globalMatch(tag.attributes.toString());
     while (attributes.hasNext()) {
         const auto attribute = attributes.next();
         const auto name = attribute.captured(1).toLower();
-        if (name == QLatin1String("hidden")) {
-            return true;
-        }
+        hasHidden = hasHidden || name == QLatin1String("hidden");
         if (name == QLatin1String("style")) {
-            QString display;
             auto each = kDisplay.globalMatch(attribute.captured(2));
             while (each.hasNext()) {
                 display = each.next().captured(1); // the last one counts
             }
-            return display.compare(QLatin1String("none"), Qt::CaseInsensitive) == 0;
         }
     }
-    return false;
+    return display.isEmpty() ? hasHidden
+                             : display.compare(QLatin1String("none"), Qt::CaseInsensitive) == 0;
 }
 
-/// Where an element ends that has begun with this tag, of which `tags` gives what follows; up to
-/// there they are taken. Its end may be the beginning of what is not in it any more: then that is
-/// left in `next`.
-qsizetype endOf(const Tag& element, Tags& tags, std::optional<Tag>& next) {
-    QStringList inside;
-    for (next = tags.next(); next; next = tags.next()) {
-        if (next->kind == Tag::Kind::start && !next->isEmptyElement()) {
-            const auto isEnded =
-                inside.isEmpty() && ((element.endsAtNext() && next->name == element.name) ||
-                                     (element.name == QLatin1String("p") && next->endsParagraph()));
-            if (isEnded) {
-                return next->begin;
+/// What has no words, but would nest in Qt, which knows neither these nor what a script is.
+bool isLeftOut(const HtmlTag& tag) {
+    static const auto kNames = namesOf(
+        {"area", "base", "col", "embed", "input", "param", "script", "source", "track", "wbr"});
+    return contains(kNames, tag.name) || isHidden(tag);
+}
+
+/// Cuts what is hidden out of a page, tag by tag.
+class Cutting {
+public:
+    explicit Cutting(const QString& html) : m_html(html) {}
+
+    void take(const HtmlTag& tag) {
+        if (tag.isEnd) {
+            end(tag);
+        } else {
+            begin(tag);
+        }
+    }
+    std::size_t depth() const { return m_open.size(); }
+    QString shown() {
+        if (!m_hidden) {
+            m_shown += m_html.sliced(m_kept);
+        }
+        return m_shown;
+    }
+
+private:
+    void begin(const HtmlTag& tag) {
+        for (const auto& rule : optionalEnds()) {
+            if (contains(rule.enders, tag.name)) {
+                endOptional(rule, tag.begin);
             }
-            inside.push_back(next->name);
-        } else if (next->kind == Tag::Kind::end) {
-            if (const auto opened = inside.lastIndexOf(next->name); opened >= 0) {
-                inside.resize(opened); // with what was left open in it
-            } else if (next->name == element.name) {
-                const auto end = next->end;
-                next = tags.next();
-                return end;
-            } else {
-                return next->begin; // what it stands in ends
+        }
+        const auto hides = !m_hidden && isLeftOut(tag);
+        if (hides) {
+            m_shown += m_html.sliced(m_kept, tag.begin - m_kept);
+            m_kept = tag.end;
+        }
+        if (!isEmptyElement(tag.name)) {
+            if (hides) {
+                m_hidden = m_open.size();
+            }
+            m_open.push_back(tag.name);
+        }
+    }
+    /// An end of what has not begun ends nothing.
+    void end(const HtmlTag& tag) {
+        if (const auto opened = std::find(m_open.rbegin(), m_open.rend(), tag.name);
+            opened != m_open.rend()) {
+            const auto depth = static_cast<std::size_t>(m_open.rend() - opened) - 1;
+            close(depth, m_hidden == depth ? tag.end : tag.begin);
+        }
+    }
+    void endOptional(const OptionalEnd& rule, qsizetype at) {
+        for (auto depth = m_open.size(); depth > 0 && !contains(rule.walls, m_open[depth - 1]);
+             --depth) {
+            if (contains(rule.elements, m_open[depth - 1])) {
+                close(depth - 1, at);
+                return;
             }
         }
     }
-    return -1;
-}
+    /// The element at this depth ends here, and with it what was left open in it.
+    void close(std::size_t depth, qsizetype at) {
+        m_open.resize(depth);
+        if (m_hidden && depth <= *m_hidden) {
+            m_hidden.reset();
+            m_kept = at;
+        }
+    }
+
+    QStringView m_html;
+    QString m_shown;
+    /// What comes from here on is not copied yet.
+    qsizetype m_kept = 0;
+    /// The elements around this place, from the outermost.
+    std::vector<QString> m_open;
+    /// The place among them of the outermost that is hidden.
+    std::optional<std::size_t> m_hidden;
+};
 
 } // namespace
 
 QString withoutHidden(const QString& html) {
-    if (!html.contains(QLatin1String("display"), Qt::CaseInsensitive) &&
-        !html.contains(QLatin1String("hidden"), Qt::CaseInsensitive)) {
-        return html;
-    }
-    QString shown;
-    qsizetype kept = 0;
-    Tags tags(html);
-    for (auto tag = tags.next(); tag;) {
-        if (tag->kind != Tag::Kind::start || !isHidden(*tag)) {
-            tag = tags.next();
-            continue;
+    Cutting cutting(html);
+    HtmlTags tags(html);
+    for (auto tag = tags.next(); tag; tag = tags.next()) {
+        cutting.take(*tag);
+        if (cutting.depth() > kDeepest) {
+            return html;
         }
-        const auto hidden = *tag;
-        shown += QStringView(html).sliced(kept, hidden.begin - kept);
-        if (hidden.isEmptyElement()) {
-            kept = hidden.end;
-            tag = tags.next();
-            continue;
-        }
-        const auto end = endOf(hidden, tags, tag);
-        kept = end < 0 ? html.size() : end;
     }
-    shown += QStringView(html).sliced(kept);
-    return shown;
+    return cutting.shown();
 }
 
 } // namespace korvex::ui

@@ -7,8 +7,10 @@
 
 #include <QFontMetricsF>
 #include <QTextLayout>
+#include <QTextList>
 
 #include <algorithm>
+#include <optional>
 
 namespace korvex::ui {
 
@@ -27,19 +29,23 @@ std::optional<MarkerFormat> shapeOf(const richtext::MarkerParts& parts) {
 
 bool ListMarkers::count(const QTextBlock& block) {
     const auto* const drawn = block.textList();
-    m_last = nullptr;
     if (!drawn) {
+        m_last = nullptr;
         return false;
     }
     const auto [place, isNew] = m_lists.try_emplace(drawn);
     auto& list = place->second;
     if (isNew) {
-        list.list = listOf(*drawn);
-        list.isDrawn = drawn->format().style() == QTextListFormat::ListStyleUndefined;
+        list.list = listsOf(*drawn).back();
     }
     ++list.items;
-    m_last = list.isDrawn ? &list : nullptr;
-    return m_last;
+    m_last = &list;
+    return true;
+}
+
+QString ListMarkers::text() const {
+    const auto& list = *m_last->list;
+    return toQString(richtext::markerText(list, list.start + m_last->items - 1));
 }
 
 void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
@@ -48,9 +54,9 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
         return;
     }
     const auto first = block.begin();
-    const auto written =
+    const auto letters =
         attributesOf(first.atEnd() ? block.charFormat() : first.fragment().charFormat()).font;
-    const auto font = m_look.fontOf({.isBold = written.isBold, .size = written.size});
+    const auto font = m_look.fontOf({.isBold = letters.isBold, .size = letters.size});
     const QFontMetricsF metrics(font);
     const auto line = layout->lineAt(0);
     const auto origin = originOf(block);
@@ -59,7 +65,7 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
     const auto distance = m_look.space(Space::medium);
     const auto start = origin.x() + (isRightToLeft ? line.x() + line.width() : line.x());
 
-    const auto parts = richtext::partsOf(m_last->list.marker);
+    const auto parts = richtext::partsOf(m_last->list->marker);
     painter.setPen(m_look.quiet);
     if (const auto shape = shapeOf(parts)) {
         const auto width = metrics.xHeight();
@@ -68,10 +74,9 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
                    base - metrics.xHeight() / 2);
         return;
     }
-    const auto text =
-        toQString(richtext::markerText(m_last->list, m_last->list.start + m_last->items - 1));
+    const auto written = text();
     auto fitting = font;
-    auto width = metrics.horizontalAdvance(text);
+    auto width = metrics.horizontalAdvance(written);
     // Long numbers come closer to the text, and are set smaller before they leave the list's room.
     const double room = m_look.listIndent() - m_look.space(Space::hair);
     if (width > room) {
@@ -81,14 +86,14 @@ void ListMarkers::paint(QPainter& painter, const QTextBlock& block) const {
     const auto gap = std::min<double>(distance, m_look.listIndent() - width);
     painter.setFont(fitting);
     painter.setLayoutDirection(block.textDirection());
-    painter.drawText(QPointF(isRightToLeft ? start + gap : start - gap - width, base), text);
+    painter.drawText(QPointF(isRightToLeft ? start + gap : start - gap - width, base), written);
 }
 
 void ListMarkers::paintShape(QPainter& painter, MarkerFormat format, const QRectF& room,
                              double middle) const {
     const auto center = QPointF(room.center().x(), middle);
     const auto line = room.width() / 6;
-    // The middle of what stands at the end of the room, `part` of it large.
+    // A square around the middle, `part` of the room wide.
     const auto bullet = [&](double part) {
         const auto size = room.width() * part;
         return QRectF(center.x() - size / 2, center.y() - size / 2, size, size);

@@ -1,12 +1,14 @@
 #pragma once
 
 #include "richtext/text/ListMarker.h"
+#include "richtext/text/ParagraphStyle.h"
 #include "ui/text/TextLook.h"
 
 #include <QPainter>
+#include <QString>
 #include <QTextBlock>
 
-#include <optional>
+#include <cstdint>
 #include <unordered_map>
 
 class QTextList;
@@ -21,13 +23,14 @@ public:
 
     /// Counts the block. Returns whether it has a marker.
     bool count(const QTextBlock& block);
+    /// What the marker of the block that was counted last says, with its number; there must be one.
+    QString text() const;
     /// Draws the marker of the block that was counted last, before its first line.
     void paint(QPainter& painter, const QTextBlock& block) const;
 
 private:
     struct List {
-        richtext::TextList list;
-        bool isDrawn = false;
+        richtext::TextListRef list;
         std::int64_t items = 0;
     };
 

@@ -3,6 +3,7 @@
 #include "ui/text/TextDocumentReader.h"
 #include "ui/text/TextDocumentWriter.h"
 #include "ui/text/TextSelection.h"
+#include "ui/text/TextSpacing.h"
 
 #include <algorithm>
 #include <vector>
@@ -81,7 +82,10 @@ void setText(QTextDocument& document, const AttributedString& text, const TextLo
     option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     document.setDefaultTextOption(option);
     QTextCursor cursor(&document);
+    cursor.beginEditBlock(); // laid out once
     TextDocumentWriter(cursor, look).replaceSelection(text);
+    spaceParagraphs(document, look);
+    cursor.endEditBlock();
     document.setUndoRedoEnabled(canUndo);
     document.setModified(false);
 }

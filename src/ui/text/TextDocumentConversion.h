@@ -19,7 +19,8 @@ struct TextLook;
 void setText(QTextDocument& document, const richtext::AttributedString& text, const TextLook& look);
 richtext::AttributedString textOf(const QTextDocument& document);
 
-/// Replaces the cursor's selection, within one step of undo; the cursor ends after it.
+/// Replaces the cursor's selection, within one step of undo; the cursor ends after it. How far its
+/// paragraphs stand from those around them is left to TextSpacing.
 void insertText(QTextCursor& cursor, const richtext::AttributedString& text, const TextLook& look);
 /// What is selected.
 richtext::AttributedString textOf(const QTextCursor& selection);

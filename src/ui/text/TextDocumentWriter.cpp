@@ -3,7 +3,6 @@
 #include "richtext/text/Formatting.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/TextSelection.h"
-#include "ui/text/TextSpacing.h"
 
 #include <QTextDocument>
 
@@ -35,7 +34,6 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
     m_text = &text;
     m_cursor.beginEditBlock();
     auto rest = removeSelection();
-    const auto start = m_cursor.position();
     const auto isInline = text.text().find(u'\n') == std::u16string::npos &&
                           (text.isEmpty() || text.styleAt(0).cells.empty());
     if (isInline && m_place != Place::ended) {
@@ -55,7 +53,6 @@ void TextDocumentWriter::replaceSelection(const AttributedString& text) {
         write(paragraphs, 0);
         finish(rest);
     }
-    spaceParagraphs(*m_cursor.document(), start - 1, m_cursor.position() + 1, m_look);
     m_cursor.endEditBlock();
 }
 
@@ -267,14 +264,10 @@ const CharacterAttributes& TextDocumentWriter::endOf(const Paragraph& paragraph)
 }
 
 BlockKind TextDocumentWriter::kindOf(const Paragraph& paragraph) const {
-    if (richtext::isCodeBlock(*m_text, paragraph.range)) {
-        return BlockKind::code;
-    }
-    if (!paragraph.style->lists.empty()) {
-        return BlockKind::item;
-    }
-    const auto level = headingLevel(m_text->attributesAt(paragraph.range.location).font);
-    return level ? ui::kindOf(*level) : BlockKind::body;
+    const auto& first = m_text->attributesAt(paragraph.range.location);
+    return ui::kindOf({.isCode = richtext::isCodeBlock(*m_text, paragraph.range),
+                       .isItem = !paragraph.style->lists.empty(),
+                       .heading = headingLevel(first.font)});
 }
 
 std::optional<TextDocumentWriter::Table> TextDocumentWriter::tableOf(Paragraphs paragraphs,

@@ -67,8 +67,8 @@ std::optional<richtext::HeadingLevel> headingOf(const QTextBlock& block);
 
 /// `lists` must not be empty. Qt draws no markers of it: `paintUnderText` does.
 QTextListFormat listFormatOf(const std::vector<richtext::TextListRef>& lists);
-/// The innermost of the lists that a drawn one stands for.
-richtext::TextList listOf(const QTextList& list);
+/// The lists that a drawn one stands for, from the outermost to its own; never empty.
+std::vector<richtext::TextListRef> listsOf(const QTextList& list);
 /// A TextList's marker for a list that Qt made.
 std::u16string markerOf(const QTextListFormat& format);
 

@@ -1,11 +1,13 @@
 #include "ui/text/TextHtmlSource.h"
 
 #include "ui/text/HiddenHtml.h"
+#include "ui/text/HtmlTags.h"
 
 #include <QRegularExpression>
 
 #include <algorithm>
-#include <array>
+#include <iterator>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -17,31 +19,23 @@ constexpr QChar kStartMark{0xE000};
 } // namespace
 
 bool isTooDeep(QStringView html) {
-    constexpr int kDeepest = 250;
-    // Nothing can stand in these, or they end where the next one begins.
-    static constexpr std::array kFlat{"br", "img", "hr",    "meta", "link", "col", "wbr", "area",
-                                      "p",  "li",  "input", "td",   "th",   "tr",  "dt",  "dd"};
-    int depth = 0;
-    for (auto open = html.indexOf(QLatin1Char('<')); open >= 0 && open + 1 < html.size();
-         open = html.indexOf(QLatin1Char('<'), open + 1)) {
-        const auto isEnd = html[open + 1] == QLatin1Char('/');
-        const auto start = open + (isEnd ? 2 : 1);
-        auto end = start;
-        while (end < html.size() && html[end].isLetterOrNumber()) {
-            ++end;
+    constexpr std::size_t kDeepest = 250;
+    // Qt ends only these where the next one begins; an end of what has not begun ends nothing.
+    static const auto kFlat = namesOf({"p", "li", "td", "th", "tr", "dt", "dd"});
+    std::vector<QString> open;
+    HtmlTags tags(html);
+    for (auto tag = tags.next(); tag && open.size() <= kDeepest; tag = tags.next()) {
+        if (isEmptyElement(tag->name) || contains(kFlat, tag->name)) {
+            continue;
         }
-        const auto name = html.sliced(start, end - start);
-        const auto isFlat = std::any_of(kFlat.begin(), kFlat.end(), [&](const char* each) {
-            return name.compare(QLatin1String(each), Qt::CaseInsensitive) == 0;
-        });
-        if (!name.isEmpty() && !isFlat) {
-            depth = std::max(depth + (isEnd ? -1 : 1), 0);
-        }
-        if (depth > kDeepest) {
-            return true;
+        if (!tag->isEnd) {
+            open.push_back(tag->name);
+        } else if (const auto opened = std::find(open.rbegin(), open.rend(), tag->name);
+                   opened != open.rend()) {
+            open.erase(std::prev(opened.base()), open.end());
         }
     }
-    return false;
+    return open.size() > kDeepest;
 }
 
 QString sourceForQt(QString html) {
@@ -51,8 +45,12 @@ QString sourceForQt(QString html) {
     static const QRegularExpression kStart(
         QStringLiteral("<ol\\b(?=[^<>]*\\sstart\\s*=\\s*[\"']?\\s*(-?[0-9]{1,9})\\b)"),
         QRegularExpression::CaseInsensitiveOption);
+    // Qt takes every such sign for a tag, and the words behind it for its attributes.
+    static const QRegularExpression kNoTag(QStringLiteral("<(?![a-z/!?])"),
+                                           QRegularExpression::CaseInsensitiveOption);
     html = withoutHidden(html);
     html.remove(kStartMark);
+    html.replace(kNoTag, QStringLiteral("&lt;"));
     html.replace(kDeleted, QStringLiteral("<\\1s"));
     return html.replace(kStart, QStringLiteral("<ol style=\"-qt-list-number-prefix:'") +
                                     kStartMark + QStringLiteral("\\1'\""));

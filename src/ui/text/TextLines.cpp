@@ -82,9 +82,18 @@ std::optional<QRectF> stretchOf(const QTextBlock& block, const QTextLine& line, 
     return band;
 }
 
+bool isParagraphBelow(const QTextBlock& block) {
+    return block.isValid() && block.position() > 0 &&
+           block.document()->characterAt(block.position() - 1) == QChar(QChar::ParagraphSeparator);
+}
+
 QPointF onLine(const QTextDocument& document, const QPointF& point) {
     const auto position = document.documentLayout()->hitTest(point, Qt::FuzzyHit);
     const auto hit = document.findBlock(std::max(position, 0));
+    if ((hit == document.begin() && point.y() < bandsOf(hit).top()) ||
+        (hit == document.lastBlock() && point.y() > bandsOf(hit).bottom())) {
+        return point;
+    }
     auto nearest = std::numeric_limits<double>::max();
     auto result = point;
     const auto look = [&](const QTextBlock& block) {
@@ -101,10 +110,6 @@ QPointF onLine(const QTextDocument& document, const QPointF& point) {
                 result.setY(y);
             }
         }
-    };
-    const auto isParagraphBelow = [&](const QTextBlock& block) {
-        return block.isValid() && block.position() > 0 &&
-               document.characterAt(block.position() - 1) == QChar(QChar::ParagraphSeparator);
     };
     look(hit);
     if (nearest > 0 && isParagraphBelow(hit)) {

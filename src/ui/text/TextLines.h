@@ -24,8 +24,13 @@ QRectF bandsOf(const QTextBlock& block);
 /// other way.
 std::optional<QRectF> stretchOf(const QTextBlock& block, const QTextLine& line, int from, int to);
 
+/// Whether the paragraph stands right below another one, and neither below a table nor in another
+/// cell.
+bool isParagraphBelow(const QTextBlock& block);
+
 /// The nearest point that is on a line at the same distance from the side: Qt takes a point between
-/// two lines for the end of the one or the start of the other.
+/// two lines for the end of the one or the start of the other. Above the first line and below the
+/// last one, where the start and the end of the text are meant, the same point.
 QPointF onLine(const QTextDocument& document, const QPointF& point);
 
 } // namespace korvex::ui

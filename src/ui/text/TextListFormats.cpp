@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 
 namespace korvex::ui {
 
@@ -37,10 +38,14 @@ QTextListFormat listFormatOf(const std::vector<TextListRef>& lists) {
     return format;
 }
 
-richtext::TextList listOf(const QTextList& list) {
+std::vector<TextListRef> listsOf(const QTextList& list) {
     const auto format = list.format();
-    const auto lists = format.property(kListsProperty).value<std::vector<TextListRef>>();
-    return lists.empty() ? richtext::TextList{.marker = markerOf(format)} : *lists.back();
+    auto lists = format.property(kListsProperty).value<std::vector<TextListRef>>();
+    if (lists.empty()) {
+        lists.push_back(
+            std::make_shared<richtext::TextList>(richtext::TextList{.marker = markerOf(format)}));
+    }
+    return lists;
 }
 
 std::u16string markerOf(const QTextListFormat& format) {

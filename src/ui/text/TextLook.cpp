@@ -41,8 +41,17 @@ Hues huesOf(const ThemeColors& colors) {
 
 } // namespace
 
-BlockKind kindOf(richtext::HeadingLevel level) {
-    switch (level) {
+BlockKind kindOf(const KindTraits& traits) {
+    if (traits.isCode) {
+        return BlockKind::code;
+    }
+    if (traits.isItem) {
+        return BlockKind::item;
+    }
+    if (!traits.heading) {
+        return BlockKind::body;
+    }
+    switch (*traits.heading) {
     case richtext::HeadingLevel::level1:
         return BlockKind::heading1;
     case richtext::HeadingLevel::level2:
@@ -68,7 +77,7 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
                                       : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
     selection = colors.selection;
     scrollHandle = colors.scrollHandle;
-    m_contrast = colors.isHighContrast ? 7.0 : 4.5;
+    m_contrast = colors.textContrast();
     m_grounds = {colors.content, colors.hover, colors.selection, codeGround, headerFill};
     text = readableOnAllGrounds(colors.text);
     quiet = readableOnAllGrounds(colors.secondaryText);

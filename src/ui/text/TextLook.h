@@ -10,12 +10,19 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace korvex::ui {
 
 /// What a paragraph is to those above and below it.
 enum class BlockKind : std::uint8_t { body, item, code, heading1, heading2, heading3 };
-BlockKind kindOf(richtext::HeadingLevel level);
+/// What is asked of a paragraph; the first that is so decides.
+struct KindTraits {
+    bool isCode = false;
+    bool isItem = false;
+    std::optional<richtext::HeadingLevel> heading;
+};
+BlockKind kindOf(const KindTraits& traits);
 constexpr bool isHeading(BlockKind kind) {
     return kind >= BlockKind::heading1;
 }

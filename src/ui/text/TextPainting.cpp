@@ -3,12 +3,12 @@
 #include "ui/text/ListMarkers.h"
 #include "ui/text/TextFormats.h"
 #include "ui/text/TextLines.h"
+#include "ui/text/TextSelection.h"
 
 #include <QTextBlock>
 #include <QTextLayout>
 
 #include <algorithm>
-#include <optional>
 
 namespace korvex::ui {
 
@@ -68,16 +68,23 @@ QRectF boundsOf(const QTextBlock& block, const QTextLine& line, int from, int to
     return result;
 }
 
+/// Whether some of what is painted anew is beside the band.
+bool isBeside(const QRectF& band, const QRectF& exposed) {
+    return band.top() <= exposed.bottom() && band.bottom() >= exposed.top();
+}
+
 /// The little ground of the code between two characters of a block.
 void paintInlineGround(QPainter& painter, const QTextBlock& block, int from, int to,
-                       const TextLook& look) {
+                       const TextLook& look, const QRectF& exposed) {
     const auto& layout = *block.layout();
     for (int i = 0; i < layout.lineCount(); ++i) {
         const auto line = layout.lineAt(i);
-        if (line.textStart() >= to || line.textStart() + line.textLength() <= from) {
+        if (line.textStart() >= to || line.textStart() + line.textLength() <= from ||
+            !isBeside(bandOf(block, line), exposed)) {
             continue;
         }
-        auto ground = stretchOf(block, line, from, to).value_or(boundsOf(block, line, from, to));
+        const auto stretch = stretchOf(block, line, from, to);
+        auto ground = stretch ? *stretch : boundsOf(block, line, from, to);
         const auto top = originOf(block).y() + line.y();
         ground.setTop(top);
         ground.setBottom(top + line.height());
@@ -94,8 +101,8 @@ void paintInlineGrounds(QPainter& painter, const QTextBlock& block, const TextLo
     int from = -1;
     int to = -1;
     const auto finish = [&] {
-        if (from >= 0 && bandsOf(block).intersects(exposed)) {
-            paintInlineGround(painter, block, from, to, look);
+        if (from >= 0) {
+            paintInlineGround(painter, block, from, to, look, exposed);
         }
         from = -1;
     };
@@ -128,7 +135,6 @@ public:
         }
         m_last = band;
     }
-    const QRectF& last() const { return m_last; }
 
 private:
     QPainter& m_painter;
@@ -146,17 +152,17 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
     ListMarkers markers(look);
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
         const auto hasMarker = markers.count(block);
+        const auto isSeen = isBeside(bandsOf(block), exposed);
         if (isCodeBlock(block)) {
             grounds.add(block);
         } else {
             grounds.finish();
-            paintInlineGrounds(painter, block, look, exposed);
-        }
-        if (hasMarker) {
-            const auto lines = bandsOf(block);
-            if (lines.top() <= exposed.bottom() && lines.bottom() >= exposed.top()) {
-                markers.paint(painter, block);
+            if (isSeen) {
+                paintInlineGrounds(painter, block, look, exposed);
             }
+        }
+        if (hasMarker && isSeen) {
+            markers.paint(painter, block);
         }
     }
     grounds.finish();
@@ -172,14 +178,21 @@ void paintSelection(QPainter& painter, const QTextCursor& selection, const TextL
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
     painter.setBrush(look.selection);
-    SelectionShape shape(painter, look.radius(Radius::small));
-    const auto start = selection.selectionStart();
+    const auto radius = look.radius(Radius::small);
+    SelectionShape shape(painter, radius);
+    // What is round in a band reaches into the next one.
+    const auto around = exposed.adjusted(0, -radius, 0, radius);
+    const auto start = startOf(selection);
     const auto end = selection.selectionEnd();
     const auto lineEnd = look.space(Space::small);
     for (auto block = selection.document()->findBlock(start);
          block.isValid() && block.position() < end; block = block.next()) {
-        const auto bands = bandsOf(block);
-        if (bands.bottom() < exposed.top() - bands.height() || bands.top() > exposed.bottom()) {
+        auto bands = bandsOf(block);
+        // What is between two paragraphs that are both selected is selected, too.
+        if (block.position() > start && isParagraphBelow(block)) {
+            bands.setTop(std::min(bands.top(), bandsOf(block.previous()).bottom()));
+        }
+        if (!isBeside(bands, around)) {
             continue;
         }
         const auto& layout = *block.layout();
@@ -194,14 +207,12 @@ void paintSelection(QPainter& painter, const QTextCursor& selection, const TextL
                 const auto isTurned = block.textDirection() == Qt::RightToLeft;
                 band->adjust(isTurned ? -lineEnd : 0, 0, isTurned ? 0 : lineEnd, 0);
             }
-            // What is between two paragraphs that are both selected is selected, too.
-            const auto isBelow = i == 0 && block.position() > start &&
-                                 selection.document()->characterAt(block.position() - 1) ==
-                                     QChar(QChar::ParagraphSeparator);
-            if (isBelow && !shape.last().isNull()) {
-                band->setTop(std::min(band->top(), shape.last().bottom()));
+            if (i == 0) {
+                band->setTop(bands.top());
             }
-            shape.add(*band);
+            if (isBeside(*band, around)) {
+                shape.add(*band);
+            }
         }
     }
     painter.restore();

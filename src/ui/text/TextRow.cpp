@@ -145,8 +145,10 @@ void TextRow::paintDocument(QPainter& painter, const TextLook& look, const QRect
     QAbstractTextDocumentLayout::PaintContext context;
     context.palette.setColor(QPalette::Text, look.text);
     context.clip = clip;
+    painter.save();
     painter.setRenderHint(QPainter::Antialiasing, false); // as the editor draws its lines
     m_document.documentLayout()->draw(&painter, context);
+    painter.restore();
 }
 
 void TextRow::paintTable(QPainter& painter, const WideTable& table, const TextLook& look,

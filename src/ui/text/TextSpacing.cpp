@@ -1,5 +1,7 @@
 #include "ui/text/TextSpacing.h"
 
+#include "ui/text/TextLines.h"
+
 #include <QScopedValueRollback>
 #include <QTextCursor>
 #include <QTextFrame>
@@ -63,13 +65,6 @@ void setLineHeight(QTextBlockFormat& format, const ParagraphStyle& style, BlockK
     format.setLineHeight(height, QTextBlockFormat::MinimumHeight);
 }
 
-/// Whether the next block is a paragraph below this one, and neither a table nor in another cell.
-bool hasParagraphBelow(const QTextBlock& block) {
-    const auto end = block.position() + block.length() - 1;
-    return block.next().isValid() &&
-           block.document()->characterAt(end) == QChar(QChar::ParagraphSeparator);
-}
-
 QTextBlockFormat spaced(const QTextBlock& block, const TextLook& look) {
     auto format = block.blockFormat();
     auto style = storedStyleOf(format);
@@ -79,8 +74,7 @@ QTextBlockFormat spaced(const QTextBlock& block, const TextLook& look) {
         style.lists.emplace_back(); // which is all that is asked of them
     }
     setKind(format, style, kind, look);
-    if (hasParagraphBelow(block)) {
-        const auto below = block.next();
+    if (const auto below = block.next(); isParagraphBelow(below)) {
         const auto asked =
             std::max(style.spacingAfter, storedStyleOf(below.blockFormat()).spacingBefore);
         format.setBottomMargin(std::max(static_cast<double>(distance(kind, kindOf(below), look)),
@@ -137,14 +131,9 @@ void apply(QTextDocument& document, const std::vector<Change>& changes,
 } // namespace
 
 BlockKind kindOf(const QTextBlock& block) {
-    if (isCodeBlock(block)) {
-        return BlockKind::code;
-    }
-    if (block.textList()) {
-        return BlockKind::item;
-    }
-    const auto level = headingOf(block);
-    return level ? kindOf(*level) : BlockKind::body;
+    return kindOf({.isCode = isCodeBlock(block),
+                   .isItem = block.textList() != nullptr,
+                   .heading = headingOf(block)});
 }
 
 void setKind(QTextBlockFormat& format, const ParagraphStyle& style, BlockKind kind,
@@ -163,8 +152,9 @@ void setKind(QTextBlockFormat& format, const ParagraphStyle& style, BlockKind ki
     setLineHeight(format, style, kind, look);
 }
 
-void spaceParagraphs(QTextDocument& document, int from, int to, const TextLook& look) {
-    apply(document, changesBetween(document, from, to, look), frameFor(document, look));
+void spaceParagraphs(QTextDocument& document, const TextLook& look) {
+    apply(document, changesBetween(document, 0, document.characterCount(), look),
+          frameFor(document, look));
 }
 
 TextSpacing::TextSpacing(QTextDocument& document, QObject* parent)
@@ -187,8 +177,9 @@ void TextSpacing::update() {
     }
     const auto from = std::exchange(m_from, -1);
     const auto to = std::exchange(m_to, -1);
-    if (m_document.isRedoAvailable()) {
-        return; // something was taken back, distances and all
+    // A text that is set is spaced already, and what is taken back comes with its distances.
+    if (!m_document.isUndoRedoEnabled() || m_document.isRedoAvailable()) {
+        return;
     }
     const auto changes = changesBetween(m_document, from, to, *m_look);
     const auto frame = frameFor(m_document, *m_look);

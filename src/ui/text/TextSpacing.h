@@ -20,19 +20,20 @@ BlockKind kindOf(const QTextBlock& block);
 void setKind(QTextBlockFormat& format, const richtext::ParagraphStyle& style, BlockKind kind,
              const TextLook& look);
 
-/// Gives the paragraphs between two positions, and those beside them, the distances that their
-/// neighbours ask for, and the whole text the room that code at its edges needs.
-void spaceParagraphs(QTextDocument& document, int from, int to, const TextLook& look);
+/// Gives the paragraphs the distances that their neighbours ask for, and the whole text the room
+/// that code at its edges needs.
+void spaceParagraphs(QTextDocument& document, const TextLook& look);
 
-/// Keeps the paragraphs of a document under edit so, whatever changes them. What this changes
-/// belongs to the user's step of undo. Main thread; the document must outlive it.
+/// Keeps the paragraphs of a document under edit so, whatever changes them; only what cannot be
+/// undone comes with its distances. What this changes belongs to the user's step of undo. Main
+/// thread; the document must outlive it.
 class TextSpacing final : public QObject {
     Q_OBJECT
 
 public:
     explicit TextSpacing(QTextDocument& document, QObject* parent = nullptr);
 
-    /// To be set before any text; the texts that follow are spaced by it.
+    /// To be set before any text; what is typed and pasted from then on is spaced by it.
     void setLook(const TextLook& look) { m_look = look; }
 
 private:

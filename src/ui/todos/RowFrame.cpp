@@ -1,10 +1,14 @@
 #include "ui/todos/RowFrame.h"
 
-#include <QFontMetrics>
-
 #include <algorithm>
 
 namespace korvex::ui {
+
+namespace {
+
+constexpr int kLeastRoom = 40;
+
+} // namespace
 
 RowFrame RowFrame::of(const Theme& theme) {
     const auto side = theme.space(Space::wide);
@@ -27,14 +31,21 @@ RowFrame RowFrame::of(const Theme& theme) {
 RowFrame RowFrame::ofText(const Theme& theme) {
     auto frame = of(theme);
     frame.padding = theme.space(Space::medium);
+    frame.textLeft = frame.side;
     return frame;
 }
 
-RowLine::RowLine(const RowFrame& frame, int ascent, const Theme& theme) {
-    const QFontMetrics metrics(theme.font());
-    m_capital = metrics.capHeight();
-    const auto usual = frame.top() + (frame.signSize + m_capital) / 2;
-    m_textTop = std::max(frame.boxTop, usual - metrics.ascent());
+int RowFrame::room(int rowWidth) const {
+    return std::max(kLeastRoom, rowWidth - textLeft - side);
+}
+
+int topOfSign(const QFontMetrics& words, int size) {
+    return words.ascent() - (words.capHeight() + size) / 2;
+}
+
+RowLine::RowLine(const RowFrame& frame, int ascent, const Theme& theme) : m_words(theme.font()) {
+    const auto usual = frame.top() + (frame.signSize + m_words.capHeight()) / 2;
+    m_textTop = std::max(frame.boxTop, usual - m_words.ascent());
     m_baseline = m_textTop + ascent;
 }
 
@@ -43,7 +54,7 @@ int RowLine::topOf(const QFont& font) const {
 }
 
 int RowLine::topOfSign(int size) const {
-    return m_baseline - (m_capital + size) / 2;
+    return m_baseline - m_words.ascent() + ui::topOfSign(m_words, size);
 }
 
 } // namespace korvex::ui

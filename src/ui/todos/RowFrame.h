@@ -2,6 +2,9 @@
 
 #include "ui/kit/theme/Theme.h"
 
+#include <QFontMetrics>
+#include <QRect>
+
 namespace korvex::ui {
 
 /// The distances and sizes in pixels that all rows have in common, and the editors that take a
@@ -24,12 +27,25 @@ struct RowFrame {
     int scheduleSize;
 
     static RowFrame of(const Theme& theme);
-    /// Of a text, which may be long and has more air around it than a line has.
+    /// Of a text, which has no sign, may be long, and has more air around it than a line has.
     static RowFrame ofText(const Theme& theme);
     /// The height of a row in which something ends there.
-    int heightFor(int bottom) const { return bottom + padding + rowDistance - boxTop; }
+    int heightFor(int bottom) const { return bottom + padding + below(); }
     int top() const { return boxTop + padding; }
+    /// From the foot of the box to that of the row.
+    int below() const { return rowDistance - boxTop; }
+    /// The box of a row of this size.
+    QRect box(const QSize& row) const {
+        return {boxMargin, boxTop, row.width() - 2 * boxMargin, row.height() - rowDistance};
+    }
+    /// The width that a text has in a row of this width; some even in a window that is hardly wider
+    /// than its signs.
+    int room(int rowWidth) const;
 };
+
+/// From the top of a line of such words to a sign of this size in the middle of their capital
+/// letters.
+int topOfSign(const QFontMetrics& words, int size);
 
 /// The first line of a row: its words stand on one baseline whatever their sizes, and its signs in
 /// the middle of its capital letters.
@@ -44,9 +60,9 @@ public:
     int topOfSign(int size) const;
 
 private:
+    QFontMetrics m_words;
     int m_textTop;
     int m_baseline;
-    int m_capital;
 };
 
 } // namespace korvex::ui

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "model/Entry.h"
-#include "ui/kit/theme/Theme.h"
+#include "ui/todos/DueLabel.h"
+#include "ui/todos/RowFrame.h"
 
 #include <QTextLayout>
 
@@ -12,13 +13,20 @@ namespace korvex::ui {
 /// The text of an entry as rows show it: one over the limit is cut to its preview.
 QString shownText(const model::Entry& entry);
 
-/// How a todo's text and what stands at the end of its row share the row.
+/// A text as a row shows it. It has no lines yet.
+std::unique_ptr<QTextLayout> makeTextLayout(const QString& text, Qt::LayoutDirection direction,
+                                            const Theme& theme);
+
+/// Where sign and text stand in a row, in which lines begin at the left, and where there is room
+/// for what goes with the text.
 struct TextArrangement {
+    QRect sign;
+    QRect text;
+    RowLine firstLine;
+    /// It stands at the end of the row, on the first line; else below the text.
     bool isBeside = true;
-    int textWidth = 0;
-    int textHeight = 0;
-    /// Of the first line.
-    int ascent = 0;
+    /// Where sign and text end.
+    int bottom = 0;
 };
 /// What becomes of what stands beside a text that needs more than one line.
 enum class BesideText {
@@ -27,12 +35,24 @@ enum class BesideText {
     /// It goes below the text, as a label does.
     goesBelow,
 };
+/// Lays the text out in a row of this width, of which the other takes `besideWidth` while it stands
+/// beside the text.
+TextArrangement arrangeText(QTextLayout& text, int rowWidth, int besideWidth, BesideText beside,
+                            const Theme& theme);
 
-/// A text as a row shows it. It has no lines yet.
-std::unique_ptr<QTextLayout> makeTextLayout(QString text, Qt::LayoutDirection direction,
-                                            const Theme& theme);
-/// Lays the text out. `room` is the width that both have; `besideWidth` is what the other takes of
-/// it while it stands beside the text.
-TextArrangement arrangeText(QTextLayout& text, int room, int besideWidth, BesideText beside);
+/// Where the parts of a todo stand in its row, in which lines begin at the left.
+struct TodoArrangement {
+    QRect sign;
+    QRect text;
+    /// The due label with its bell; of a todo without them the button that makes a schedule, where
+    /// one is offered.
+    QRect schedule;
+    /// Where all of it ends.
+    int bottom = 0;
+};
+enum class ScheduleButton { none, offered };
+/// Lays the text out in a row of this width, or in the editor that takes its place.
+TodoArrangement arrangeTodo(QTextLayout& text, int rowWidth, const DueLabel& due,
+                            ScheduleButton button, const Theme& theme);
 
 } // namespace korvex::ui

@@ -68,6 +68,7 @@ void SchedulePopover::follow() {
                                m_services.clock.now())) {
         showState();
     }
+    m_clear->setEnabled(!m_editor.stored().isEmpty());
     Q_EMIT followed();
 }
 
@@ -113,6 +114,7 @@ void SchedulePopover::makeFields() {
     m_refusal = new RefusalLabel(theme(), this);
     m_clear = new QPushButton(tr("Clear"), this);
     m_clear->setFlat(true);
+    m_clear->setEnabled(!m_editor.stored().isEmpty());
     m_save = new QPushButton(tr("Save"), this);
     m_save->setDefault(true);
 }
@@ -234,7 +236,6 @@ void SchedulePopover::showState() {
         text = text.arg(toQString(*explanation->time));
     }
     m_explanation->setText(text);
-    m_clear->setEnabled(!m_editor.original().isEmpty());
     showErrors();
 }
 
@@ -276,6 +277,7 @@ void SchedulePopover::setDueDay(int daysFromToday) {
     const auto due = m_editor.due();
     m_editor.setDue(instantOf(today.addDays(daysFromToday), dateTimeOf(due).time(), due));
     m_editor.updatePresetReminder();
+    m_day->discard();
     showState();
     save();
 }
@@ -315,11 +317,12 @@ bool SchedulePopover::takeTyped() {
 QString SchedulePopover::reason() const {
     const auto now = m_editor.stored().accessibilityLabel(m_editor.isCompleted(),
                                                           m_services.clock.now(), *m_formats);
-    return translated(*m_editor.errorMessage()).replace(QLatin1String("%1"), toQString(now));
+    return translated(m_editor.refusal()->errorMessage)
+        .replace(QLatin1String("%1"), toQString(now));
 }
 
 void SchedulePopover::showErrors() {
-    const auto& message = m_editor.errorMessage();
+    const auto& refused = m_editor.refusal();
     using Concern = schedule::TodoScheduleEditor::Concern;
     const auto problemOf = [](std::initializer_list<const TypedField*> fields) {
         for (const auto* const field : fields) {
@@ -330,7 +333,7 @@ void SchedulePopover::showErrors() {
         return QString();
     };
     const auto say = [&](RefusalLabel& label, const QString& problem, Concern concern) {
-        const bool isMeant = message && m_editor.errorConcern() == concern;
+        const bool isMeant = refused && refused->concern == concern;
         label.say(!problem.isEmpty() ? problem : isMeant ? reason() : QString());
     };
     m_dayRefusal->say(problemOf({m_day}));

@@ -2,6 +2,7 @@
 
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/todos/RowFrame.h"
 
 #include <QPainter>
 
@@ -29,11 +30,11 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
     const auto wraps = label.width(theme) > rect.width();
     const auto words = rect.adjusted(0, 0, wraps ? -label.bellWidth(theme) : 0, 0);
     painter.drawText(mirrored(words, rect),
-                     Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0), label.text);
+                     Qt::AlignLeft | Qt::AlignTop | (wraps ? Qt::TextWordWrap : 0),
+                     isolated(label.text));
     if (label.hasReminder) {
-        const QFontMetrics metrics(theme.smallFont());
         const auto size = theme.extent(Extent::smallIcon);
-        const auto top = metrics.ascent() - (metrics.capHeight() + size) / 2;
+        const auto top = topOfSign(QFontMetrics(theme.smallFont()), size);
         const QRect bell(rect.right() + 1 - size, rect.top() + top, size, size);
         IconSet::draw(painter, QStringLiteral("bell-fill"), color, mirrored(bell, rect));
     }

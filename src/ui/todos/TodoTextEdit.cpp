@@ -24,7 +24,7 @@ TodoTextEdit::TodoTextEdit(QWidget* parent) : QTextEdit(parent) {
 }
 
 QString TodoTextEdit::typed() const {
-    return document()->toRawText().replace(QChar::ParagraphSeparator, QLatin1Char('\n'));
+    return withLineFeeds(document()->toRawText());
 }
 
 void TodoTextEdit::setCaret(int position) {

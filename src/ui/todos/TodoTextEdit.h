@@ -15,7 +15,8 @@ class TodoTextEdit final : public QTextEdit {
 public:
     explicit TodoTextEdit(QWidget* parent = nullptr);
 
-    /// Every character as it is: `toPlainText` makes other ones of some spaces and line breaks.
+    /// Every character as it is, with a line feed for every break: `toPlainText` makes other ones
+    /// of some spaces too.
     QString typed() const;
     /// UTF-16 offset of the caret.
     int caret() const { return textCursor().position(); }

@@ -114,13 +114,8 @@ bool Navigation::isListed(const model::Board& board) const {
     return m_views.sidebar.boards().rowOf(board) >= 0;
 }
 
-/// The board that was shown last; the Inbox when that is gone.
 model::Board* Navigation::launchBoard() const {
-    model::Board* board = nullptr;
-    if (const auto last = m_preferences.mainBoardSelectedBoardID()) {
-        board = m_boards.board(*last);
-    }
-    return board && isListed(*board) ? board : m_boards.inboxBoard();
+    return m_boards.launchBoard(m_preferences.mainBoardSelectedBoardID());
 }
 
 model::Board* Navigation::lastBoard() const {

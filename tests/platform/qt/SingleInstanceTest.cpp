@@ -23,5 +23,27 @@ TEST(SingleInstance, ASecondStartRaisesTheFirstAndAnotherFolderDoesNot) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return raised == 1; }));
 }
 
+TEST(SingleInstance, TheNameIsTakenFromAKilledOneAndStaysWithWhoTookItLast) {
+    const tests::TemporaryFolder runtime;
+    qputenv("XDG_RUNTIME_DIR", QByteArray::fromStdString(runtime.path().string()));
+    const auto start = [&] {
+        auto instance = std::make_unique<SingleInstance>(runtime.path());
+        EXPECT_FALSE(instance->raiseRunning());
+        instance->listen();
+        return instance;
+    };
+    auto killed = start();
+    const auto file = std::filesystem::directory_iterator(runtime.path())->path();
+    std::filesystem::rename(file, runtime / "kept");
+    killed.reset();
+    std::filesystem::rename(runtime / "kept", file);
+
+    auto slow = start();
+    SingleInstance last(runtime.path());
+    last.listen(); // did not wait for an answer any longer
+    slow.reset();
+    EXPECT_TRUE(SingleInstance(runtime.path()).raiseRunning());
+}
+
 } // namespace
 } // namespace korvex::platform::qt

@@ -28,16 +28,25 @@ TEST(BoardIcons, EveryBoardIconDrawsSomethingOfItsOwn) {
     EXPECT_EQ(boardIconName("folder"), QStringLiteral("squares-four-fill")) << "no stored symbol";
 }
 
-TEST_F(BoardColorsTest, BoardColorsDifferInBothAppearances) {
-    using Appearance = app::AppPreferences::Appearance;
-    for (const auto appearance : {Appearance::light, Appearance::dark}) {
-        preferences.setAppearance(appearance);
-        std::vector<QRgb> seen;
-        for (const auto color : model::allBoardIconColors()) {
-            seen.push_back(colorOf(color, theme.colors()).rgb());
+TEST(BoardColors, DifferAndAreSeenOnEveryGroundWhateverTheSystemsAccent) {
+    using Contrast = ThemeColors::Contrast;
+    for (const auto accent : {QColor(0x30, 0x8c, 0xc6), QColor(Qt::black), QColor(Qt::white)}) {
+        for (const auto& colors : {ThemeColors::light(accent, Contrast::usual),
+                                   ThemeColors::dark(accent, Contrast::usual),
+                                   ThemeColors::light(accent, Contrast::high),
+                                   ThemeColors::dark(accent, Contrast::high)}) {
+            std::vector<QRgb> seen;
+            for (const auto color : model::allBoardIconColors()) {
+                const auto drawn = colorOf(color, colors);
+                seen.push_back(drawn.rgb());
+                for (const auto& ground : {colors.sidebar, colors.raised, colors.selection}) {
+                    EXPECT_GE(contrast(drawn, ground), colors.isHighContrast ? 4.5 : 3)
+                        << model::rawValue(color) << " on " << ground.name().toStdString();
+                }
+            }
+            std::sort(seen.begin(), seen.end());
+            EXPECT_EQ(std::adjacent_find(seen.begin(), seen.end()), seen.end());
         }
-        std::sort(seen.begin(), seen.end());
-        EXPECT_EQ(std::adjacent_find(seen.begin(), seen.end()), seen.end());
     }
 }
 

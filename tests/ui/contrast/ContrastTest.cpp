@@ -26,17 +26,11 @@ protected:
     using Appearance = app::AppPreferences::Appearance;
     using Contrast = Theme::SystemContrast;
 
-    ContrastTest() {
-        theme.setSystemMotion(Theme::SystemMotion::still);
-        QuietStyle::install(theme);
-    }
-    ~ContrastTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
-
     void measureAll(Appearance appearance, Contrast contrast) {
         const auto isHigh = contrast == Contrast::high;
         const PictureContrast::Limits limits{.text = isHigh ? 7 : 4.5, .marks = isHigh ? 4.5 : 3};
         preferences.setAppearance(appearance);
-        theme.setSystemContrast(contrast);
+        theme.setSystem({.contrast = contrast, .motion = Theme::SystemMotion::still});
         tests::fillWindow(workspace);
         MainWindow window(workspace, theme);
         window.resize(960, 640);
@@ -67,6 +61,9 @@ protected:
         EXPECT_THAT(PictureContrast(gallery, limits).faint(), IsEmpty()) << "gallery";
 #endif
     }
+
+private:
+    InstalledStyle m_style{theme};
 };
 
 TEST_F(ContrastTest, InTheLight) {

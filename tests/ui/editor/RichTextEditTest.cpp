@@ -5,13 +5,18 @@
 #include "richtext/table/RichTextTable.h"
 #include "richtext/text/ListIndents.h"
 #include "ui/editor/RichTextFixture.h"
+#include "ui/text/TextPainting.h"
 
 #include <QAbstractTextDocumentLayout>
 #include <QClipboard>
 #include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTextLayout>
 #include <QTextTable>
+
+#include <set>
 
 namespace korvex::ui {
 namespace {
@@ -476,6 +481,72 @@ TEST_F(RichTextEditTest, TheLineBreakAboveAReplacedTableCountsForTheLimit) {
         EXPECT_EQ(edit.document()->rootFrame()->childFrames().isEmpty(), isAllowed);
     }
     EXPECT_EQ(edit.content().length(), 10'000U);
+}
+
+TEST_F(RichTextEditTest, WhatIsPaintedInPartsLooksAsIfPaintedAtOnce) {
+    typed("<Ctrl+Alt+1>heading<Return>a <Ctrl+E>code<Ctrl+E> b<Return><Ctrl+Shift+8>item<Return>"
+          "item<Return><Return><code>c<Return>d<Return><Return>below");
+    edit.setCursorWidth(0);
+    edit.selectAll();
+    auto& viewport = *edit.viewport();
+    const auto whole = viewport.grab().toImage();
+    constexpr int kPart = 3;
+    for (int y = 0; y + kPart <= viewport.height(); y += kPart) {
+        const QRect part(0, y, viewport.width(), kPart);
+        ASSERT_EQ(viewport.grab(part).toImage(), whole.copy(part)) << y;
+    }
+}
+
+TEST_F(RichTextEditTest, WhatIsScrolledAsideIsFoundWhereItIsSeen) {
+    typed("a<table>");
+    edit.resize(120, 400);
+    std::set<double> places;
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        edit.setLayoutDirection(direction);
+        auto& across = *edit.horizontalScrollBar();
+        ASSERT_GT(across.maximum(), 0);
+        for (const auto value : {0, across.maximum()}) {
+            across.setValue(value);
+            const auto start = edit.cursorRect(QTextCursor(edit.document()));
+            places.insert(start.left() + edit.scrolled().x());
+        }
+    }
+    EXPECT_EQ(places.size(), 1U);
+}
+
+TEST_F(RichTextEditTest, ASelectionThatLeavesATableMarksNothingAboveIt) {
+    typed("a<Return><Return><table>");
+    auto selection = edit.textCursor();
+    selection.setPosition(edit.document()->rootFrame()->childFrames().front()->firstPosition());
+    const auto table = edit.cursorRect(selection);
+    selection.movePosition(QTextCursor::End, QTextCursor::KeepAnchor);
+    QImage image(edit.viewport()->size(), QImage::Format_RGB32);
+    image.fill(Qt::white);
+    const auto blank = image.copy(0, 0, image.width(), table.top() - edit.look().cellPadding());
+    QPainter painter(&image);
+    paintSelection(painter, selection, edit.look(), image.rect());
+    painter.end();
+    EXPECT_EQ(image.copy(blank.rect()), blank);
+    EXPECT_NE(image.pixel(table.center()), blank.pixel(0, 0));
+}
+
+TEST_F(RichTextEditTest, TheMouseIsFollowedBeyondTheLinesAndRightPressesAreLeftToOthers) {
+    typed("one<Return>two<Return>three");
+    const auto middle = edit.document()->findBlockByNumber(1).position() + 1;
+    QTextCursor place(edit.document());
+    place.setPosition(middle);
+    const auto pressed = edit.cursorRect(place).center();
+    for (const auto& [to, expected] : {std::pair(-10, 0), std::pair(300, 13)}) {
+        edit.moveCursor(QTextCursor::End); // a press on what is selected would drag that
+        QTest::mousePress(edit.viewport(), Qt::LeftButton, {}, pressed);
+        QTest::mouseMove(edit.viewport(), {pressed.x(), to});
+        QTest::mouseRelease(edit.viewport(), Qt::LeftButton, {}, {pressed.x(), to});
+        EXPECT_EQ(edit.textCursor().anchor(), middle);
+        EXPECT_EQ(edit.textCursor().position(), expected);
+    }
+    QMouseEvent press(QEvent::MouseButtonPress, pressed, edit.mapToGlobal(pressed), Qt::RightButton,
+                      Qt::RightButton, {});
+    EXPECT_FALSE(QApplication::sendEvent(edit.viewport(), &press));
 }
 
 TEST_F(RichTextEditTest, KeysThatLeadOutAreAnnounced) {

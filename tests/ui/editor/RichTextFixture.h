@@ -1,18 +1,15 @@
 #pragma once
 
-#include "richtext/text/ListMarker.h"
 #include "richtext/text/RichTextCommand.h"
 #include "ui/TextDump.h"
 #include "ui/WindowFixture.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/editor/TableEditing.h"
+#include "ui/text/ListMarkers.h"
 #include "ui/text/TextFormats.h"
 #include "ui/text/TextLook.h"
 
 #include <QRegularExpression>
-#include <QTextList>
-
-#include <map>
 
 namespace korvex::tests {
 
@@ -54,16 +51,9 @@ protected:
     /// What is drawn before the items of lists; "-" for what is no item.
     std::string markers() {
         std::string result;
-        std::map<const QTextList*, int> items;
+        ui::ListMarkers markers(edit.look());
         for (auto block = edit.document()->begin(); block.isValid(); block = block.next()) {
-            const auto* const list = block.textList();
-            if (!list) {
-                result += "-";
-                continue;
-            }
-            const auto shown = ui::listOf(*list);
-            const auto text = richtext::markerText(shown, shown.start + items[list]++);
-            result += QString::fromStdU16String(text).toStdString();
+            result += markers.count(block) ? markers.text().toStdString() : "-";
         }
         return result;
     }

@@ -5,10 +5,8 @@
 
 #include <QClipboard>
 #include <QDropEvent>
-#include <QLabel>
 #include <QMimeData>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTextDocumentFragment>
 #include <QToolButton>
 
@@ -124,31 +122,6 @@ TEST_F(BoardPageTest, PastedLinesBecomeTodosInOrder) {
         paste(QStringLiteral("a%1b").arg(QString::fromUtf16(lineBreak)));
         EXPECT_EQ(editor().typed(), QStringLiteral("b")) << toUtf8(QString::fromUtf16(lineBreak));
         key(Qt::Key_Escape);
-    }
-}
-
-/// As the command line and other programs make them.
-TEST_F(BoardPageTest, ATodoOfSeveralLinesIsEditedAsItIsDrawn) {
-    const std::string twenty = "20 lines" + [] {
-        std::string lines;
-        for (int i = 2; i <= 20; ++i) {
-            lines += "\n" + std::to_string(i);
-        }
-        return lines;
-    }();
-    page.resize(500, 1000);
-    for (const auto& content : {std::string("a\nb\nc"), std::string("a\u2028b\r\nc"),
-                                std::string("a\u00a0b\u2029c"), twenty}) {
-        SCOPED_TRACE(content);
-        const auto* const todo = add({content}).front();
-        clock.advance(1);
-        const auto row = page.entries().rowOf(*todo);
-        const auto before = list().visualRect(page.entries().index(row, 0));
-        edit(row);
-        EXPECT_EQ(list().visualRect(page.entries().index(row, 0)), before);
-        EXPECT_EQ(editor().field().verticalScrollBar()->maximum(), 0) << "all of it is in sight";
-        key(Qt::Key_Escape);
-        EXPECT_EQ(todo->updatedAt(), todo->createdAt()) << "who only looks changes nothing";
     }
 }
 
@@ -335,52 +308,6 @@ TEST_F(BoardPageTest, TextLetGoOverTheListBecomesEntriesThere) {
     EXPECT_EQ(page.banner().message(), QString());
 }
 
-TEST_F(BoardPageTest, ALastingMessageCoversNeitherWhatIsTypedNorWhatIsSaidOfIt) {
-    add(std::vector<std::string>(30, "above"));
-    page.startTodo();
-    type("typed");
-    const auto said = page.banner().say({.text = QStringLiteral("It lasts.")});
-    const auto isCovered = [this](const QWidget& part, const QRect& rect) {
-        return part.mapTo(&page, rect.bottomLeft()).y() >= page.banner().y();
-    };
-    const auto& field = editor().field();
-    EXPECT_FALSE(isCovered(field, field.cursorRect())) << "when it comes";
-    editor().showError(QStringLiteral("refused"));
-    const auto& refusal = *editor().findChild<RowRefusal*>();
-    EXPECT_FALSE(isCovered(refusal, refusal.rect()));
-    for (int line = 0; line < 3; ++line) {
-        type(std::string(120, 'w').c_str());
-        EXPECT_FALSE(isCovered(field, field.cursorRect())) << "while one types";
-    }
-    key(Qt::Key_Return);
-    EXPECT_EQ(editor().typed(), QString());
-    EXPECT_FALSE(isCovered(field, field.cursorRect())) << "when one goes on with the next";
-    page.banner().end(said);
-    EXPECT_TRUE(list().rect().contains(editor().mapTo(&list(), field.cursorRect().center())));
-}
-
-TEST_F(BoardPageTest, DiscardingIsOfferedOnceThereIsSomethingToDiscard) {
-    page.resize(360, 400);
-    add({"a"});
-    edit(0);
-    editor().showNotice(QStringLiteral("Another program has done something to this todo."));
-    const auto& refusal = *editor().findChild<RowRefusal*>();
-    const auto& discard = *refusal.findChild<QPushButton*>();
-    const auto isLaidOut = [&] {
-        return refusal.height() == refusal.neededHeight(refusal.width());
-    };
-    EXPECT_FALSE(discard.isVisible());
-    const int before = editor().height();
-    type("b");
-    EXPECT_TRUE(discard.isVisible());
-    EXPECT_TRUE(isLaidOut());
-    EXPECT_GT(editor().height(), before) << "it stands under the words";
-    key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_FALSE(discard.isVisible());
-    EXPECT_TRUE(isLaidOut());
-    EXPECT_EQ(editor().height(), before);
-}
-
 TEST_F(BoardPageTest, TextOfATodoDeletedElsewhereLivesOnAsADraft) {
     const auto todos = add({"a", "b"});
     edit(1);
@@ -482,57 +409,6 @@ TEST_F(BoardPageTest, TwoQuickClicksOnACircleAreATickTakenBack) {
     EXPECT_FALSE(isEditing());
     runLoop.advance(2 * kTickShown);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("a", "b"));
-}
-
-TEST_F(BoardPageTest, NothingMovesWhenAnEditorOpensAndAllStandsOnOneLine) {
-    page.resize(500, 400);
-    const auto todos = add({"plain", "due",
-                            "Call the landlord about the heating: it knocks at night, and the "
-                            "meter in the cellar has not been read since spring"});
-    for (const auto row : {1U, 2U}) {
-        own.entries.updateSchedule(*todos[row], model::TodoSchedule::dueOn(20250310), kNow);
-    }
-    for (const auto size : app::AppPreferences::kFontSizes) {
-        preferences.setFontSize(size);
-        for (const auto* const todo : todos) {
-            SCOPED_TRACE(todo->content() + " at " + std::to_string(size));
-            const auto row = page.entries().rowOf(*todo);
-            const EntryRowLayout shown(page.entries(), row, list().column().width, theme,
-                                       TextLook(theme));
-            const auto baseline = shown.text().top() + QFontMetrics(theme.font()).ascent();
-            const QFontMetrics small(theme.smallFont());
-            const auto isBeside = shown.due().top() < shown.text().bottom();
-            if (!shown.due().isEmpty() && isBeside) {
-                EXPECT_EQ(shown.due().top() + small.ascent(), baseline);
-            }
-            EXPECT_NEAR(shown.sign().center().y(),
-                        baseline - QFontMetrics(theme.font()).capHeight() / 2, 1);
-            const auto before = list().visualRect(page.entries().index(row, 0));
-            edit(row);
-            EXPECT_EQ(list().visualRect(page.entries().index(row, 0)), before);
-            EXPECT_EQ(editor().field().geometry().topLeft(), shown.text().topLeft());
-            key(Qt::Key_Escape);
-        }
-    }
-}
-
-TEST_F(BoardPageTest, TheDueLabelHasItsRoomWhateverItSaidBefore) {
-    const auto todos = add({"a", "b"});
-    own.entries.updateSchedule(*todos[0], model::TodoSchedule::dueOn(20250310), kNow);
-    own.entries.updateSchedule(*todos[1], model::TodoSchedule::dueAt(kNow - 86400.0 * 40), kNow);
-    const auto& label = *editor().findChild<QToolButton*>();
-    edit(0);
-    EXPECT_GE(label.width(), label.sizeHint().width());
-    key(Qt::Key_Down);
-    EXPECT_EQ(list().editedRow(), 1);
-    EXPECT_GE(label.width(), label.sizeHint().width()) << "after a shorter one";
-    key(Qt::Key_Up);
-    elsewhere([&](tests::StoreClient& client) {
-        client.entries.updateSchedule(theirs(client, *todos[0]),
-                                      model::TodoSchedule::dueAt(kNow + 86400.0 * 40), kNow);
-    });
-    EXPECT_EQ(list().editedRow(), 0);
-    EXPECT_GE(label.width(), label.sizeHint().width()) << "when it arrives while one types";
 }
 
 TEST_F(BoardPageTest, TheLabelOfAnEditedTodoFollowsTheClock) {

@@ -2,7 +2,6 @@
 
 #include <QApplication>
 #include <QClipboard>
-#include <QScrollBar>
 
 #include <gmock/gmock.h>
 
@@ -103,26 +102,6 @@ TEST_F(StoringWhileTypingTest, ANewEntryIsStoredInItsPlaceAndEmptiedIsNoneAnyMor
     EXPECT_THAT(storedTexts(*inbox), SizeIs(2));
     key(Qt::Key_Escape);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("above"));
-}
-
-TEST_F(StoringWhileTypingTest, ALongNewTextStaysWhereItIsOnTheScreen) {
-    add(std::vector<std::string>(8, "above"));
-    page.startText();
-    for (int line = 0; line < 60; ++line) {
-        type("x");
-        key(Qt::Key_Return);
-    }
-    setCaret(60);
-    QApplication::processEvents();
-    auto* const bar = page.list().verticalScrollBar();
-    const int scrolled = bar->value();
-    ASSERT_GT(scrolled, 0);
-    const auto caret = field().mapToGlobal(field().cursorRect().topLeft());
-    runLoop.advance(kPause);
-    ASSERT_EQ(storedTexts(*inbox).size(), 9U);
-    QApplication::processEvents();
-    EXPECT_EQ(bar->value(), scrolled);
-    EXPECT_EQ(field().mapToGlobal(field().cursorRect().topLeft()), caret);
 }
 
 TEST_F(StoringWhileTypingTest, AnEmptiedTodoOfBeforeGetsBackWhatItSaid) {

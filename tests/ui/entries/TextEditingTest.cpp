@@ -1,20 +1,15 @@
 #include "model/ServiceErrors.h"
 #include "richtext/code/CodeSyntax.h"
 #include "richtext/stored/EntryText.h"
-#include "richtext/table/RichTextTable.h"
 #include "richtext/text/Formatting.h"
 #include "ui/TextDump.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPageFixture.h"
 #include "ui/entries/ShownRefusal.h"
-#include "ui/kit/overlays/ErrorBanner.h"
 
-#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
-#include <QPushButton>
-#include <QScrollBar>
 
 #include <gmock/gmock.h>
 
@@ -325,42 +320,6 @@ TEST_F(TextEditingTest, NoClickInTheEditorEndsIt) {
     EXPECT_TRUE(field().document()->isUndoAvailable());
 }
 
-TEST_F(TextEditingTest, TheTextStandsInTheEditorAsInTheRow) {
-    using namespace richtext;
-    AttributedString text;
-    const auto code = CodeSyntax::attributes("plaintext", CodeKind::block);
-    text.append(u"int first;\nint second;\n", code, {});
-    text.append(u"Heading\n", {.font = fontOf(HeadingLevel::level1)}, {});
-    text.append(u"and body text with ", {}, {});
-    text.append(u"code", CodeSyntax::attributes("plaintext", CodeKind::inlineCode), {});
-    text.append(u" and a ", {}, {});
-    text.append(u"link\n", {.link = "https://e.org"}, {});
-    const auto list = std::make_shared<TextList>(TextList{.marker = u"{decimal}."});
-    text.append(u"one\ntwo\n", {}, {.lists = {list}});
-    text.append(RichTextTable::make(2, 2));
-    page.list().viewport()->setStyle(&still); // rows are there at once
-    add({"above", "and above", "once more"});
-    auto& entry = own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
-    page.refresh();
-    page.resize(600, 700);
-    QApplication::processEvents();
-    const auto row = page.entries().rowOf(entry);
-    page.list().setCurrentRow(0);
-    auto& viewport = *page.list().viewport();
-    const auto place = page.list().visualRect(page.entries().index(row, 0));
-    ASSERT_LT(place.bottom(), viewport.height());
-    // Neither the row's frame nor the row above, over which the bar floats.
-    const auto inside = place.adjusted(12, 8, -12, -8);
-    const auto before = viewport.grab(inside).toImage();
-    edit(entry);
-    field().setCursorWidth(0);
-    EXPECT_EQ(page.list().visualRect(page.entries().index(row, 0)), place);
-    const auto* const bar = page.findChild<FormatBar*>();
-    EXPECT_TRUE(bar->isVisible());
-    EXPECT_FALSE(bar->geometry().intersects(inside));
-    EXPECT_TRUE(viewport.grab(inside).toImage() == before);
-}
-
 TEST_F(TextEditingTest, WhatATextIsSpacedByIsStoredAsItCame) {
     using namespace richtext;
     const auto list = std::make_shared<TextList>(TextList{.marker = u"{disc}"});
@@ -391,47 +350,6 @@ TEST_F(TextEditingTest, WhatATextIsSpacedByIsStoredAsItCame) {
     const auto& expected =
         own.entries.createText({.rich = text, .board = *inbox, .now = clock.now()});
     EXPECT_EQ(entry.richTextData(), expected.richTextData());
-}
-
-TEST_F(TextEditingTest, ALongNewTextThatIsLeftKeepsItsPlace) {
-    add({"above"});
-    page.startText();
-    for (int i = 0; i < 80; ++i) {
-        type("line");
-        key(Qt::Key_Return);
-    }
-    type("last");
-    const auto scrolled = page.list().verticalScrollBar()->value();
-    ASSERT_GT(scrolled, page.list().viewport()->height());
-    const auto barHeight = editor()->height();
-    for (const auto& leave : {QKeySequence(Qt::CTRL | Qt::Key_S), QKeySequence(Qt::Key_Escape)}) {
-        key(leave[0].key(), leave[0].keyboardModifiers());
-        EXPECT_NEAR(page.list().verticalScrollBar()->value(), scrolled, barHeight / 10);
-    }
-    EXPECT_EQ(page.entries().entry(page.list().currentRow())->content().substr(0, 4), "line");
-}
-
-TEST_F(TextEditingTest, TheRowIsAsHighAsItsText) {
-    auto& entry = addText("one");
-    add({"below"});
-    edit(entry);
-    const auto height = [&] { return page.list().visualRect(page.entries().index(0, 0)).height(); };
-    const int before = height();
-    type("x");
-    EXPECT_EQ(height(), before);
-    key(Qt::Key_Return);
-    EXPECT_GT(height(), before);
-    EXPECT_EQ(editor()->height(), height());
-    for (int i = 0; i < 60; ++i) {
-        key(Qt::Key_Return);
-    }
-    const auto caret = field().cursorRect();
-    const int y = field().mapTo(page.list().viewport(), caret.center()).y();
-    EXPECT_GT(y, 0);
-    EXPECT_LT(y, page.list().viewport()->height()) << "the caret stays in sight";
-    EXPECT_EQ(field().mapTo(editor(), QPoint()).y() + field().document()->size().height() <=
-                  editor()->height(),
-              true);
 }
 
 TEST_F(TextEditingTest, AnotherFontSizeChangesTheLookAndNothingElse) {

@@ -10,7 +10,6 @@
 
 #include <gmock/gmock.h>
 
-#include <chrono>
 #include <functional>
 
 namespace korvex::ui {
@@ -87,6 +86,7 @@ TEST_F(UnstoredWordsTest, WordsOutliveTheirEntry) {
 TEST_F(UnstoredWordsTest, WhatCannotBeStoredIsKeptUntilItIsStoredOrDiscarded) {
     auto& board = own.boards.createBoard("Work", clock.now());
     page.showBoard(board);
+    const auto timers = runLoop.delays().size();
     page.startText();
     type("words");
     // Deleted by a program of whose change nothing is known here yet.
@@ -95,6 +95,7 @@ TEST_F(UnstoredWordsTest, WhatCannotBeStoredIsKeptUntilItIsStoredOrDiscarded) {
     EXPECT_THAT(drafts(), IsEmpty());
     runLoop.advance(kLongest);
     ASSERT_THAT(drafts(), SizeIs(1));
+    EXPECT_THAT(runLoop.delays(), SizeIs(timers)) << "no waiting brings the board back";
     EXPECT_EQ(drafts().front().content, "words");
     EXPECT_EQ(drafts().front().board, board.id());
     EXPECT_THAT(tests::shownRefusal(page).toStdString(), HasSubstr("kept"));
@@ -121,7 +122,6 @@ TEST_F(UnstoredWordsTest, WhatABusyStoreRefusesIsKeptAtOnceAndTriedAgainByItself
              runLoop.advance(0);
          }},
     };
-    const auto begin = std::chrono::steady_clock::now();
     for (const auto& [what, goOn] : ways) {
         SCOPED_TRACE(what);
         const auto timers = runLoop.delays().size();
@@ -149,8 +149,6 @@ TEST_F(UnstoredWordsTest, WhatABusyStoreRefusesIsKeptAtOnceAndTriedAgainByItself
         key(Qt::Key_Escape);
         own.entries.deleteEntries(*inbox);
     }
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5))
-        << "nobody who types waits for another program";
 }
 
 TEST_F(UnstoredWordsTest, NothingNewIsBegunOverWordsThatAreRefused) {
@@ -334,7 +332,6 @@ TEST_F(UnstoredWordsTest, AFormattedDraftKeepsItsFormats) {
     page.startText();
     page.findChild<RichTextEdit*>()->perform({{richtext::RichTextAction::Kind::bold}});
     type("bold");
-    const auto text = page.findChild<TextEditor*>()->text();
     key(Qt::Key_Escape);
     app::Draft draft{.id = base::Uuid::random(),
                      .type = model::EntryType::text,

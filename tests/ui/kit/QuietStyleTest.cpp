@@ -3,6 +3,8 @@
 #include "ui/WindowFixture.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
+#include "ui/kit/lists/ArrivingRows.h"
+#include "ui/kit/lists/RowGround.h"
 #include "ui/kit/style/PopupPlace.h"
 #include "ui/kit/style/ScrollHandle.h"
 #include "ui/kit/theme/Danger.h"
@@ -12,11 +14,14 @@
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPaintEvent>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QTimer>
+#include <QVariantAnimation>
 
 #include <cstdlib>
 
@@ -34,12 +39,12 @@ bool isOf(const QColor& color, QRgb pixel) {
 
 class QuietStyleTest : public tests::WindowFixture {
 protected:
-    QuietStyleTest() { QuietStyle::install(theme); }
-    ~QuietStyleTest() override { QApplication::setStyle(QStringLiteral("fusion")); }
-
     static QRgb colorAt(QWidget& widget, const QPoint& place) {
         return widget.grab().toImage().pixel(place);
     }
+
+private:
+    InstalledStyle m_style{theme};
 };
 
 TEST_F(QuietStyleTest, WhatStandsInOneLineIsOfOneHeightAtEveryFontSize) {
@@ -121,26 +126,91 @@ TEST_F(ScrollHandleTest, TakesNoRoomAndHasNoArrows) {
     QTest::mouseRelease(&bar(), Qt::LeftButton, {}, {middle, bar().height() - 1});
 }
 
-TEST_F(ScrollHandleTest, ComesWithScrollingAndStaysWhereNothingMayMove) {
+TEST_F(ScrollHandleTest, ComesWhileOneScrollsOrPointsAndFadesAMomentLater) {
     fill(100);
     auto& handle = ScrollHandle::of(bar(), theme);
-    bar().setValue(7);
-    EXPECT_EQ(handle.opacity(), 1);
-    const auto& colors = theme.colors();
-    const auto seen = [this, &colors] {
+    auto& rest = *handle.findChild<QTimer*>();
+    auto& fading = *handle.findChild<QVariantAnimation*>();
+    const auto letTimePass = [&](double partOfFading) {
+        if (rest.isActive()) {
+            rest.stop();
+            QMetaObject::invokeMethod(&rest, "timeout");
+        }
+        fading.setCurrentTime(static_cast<int>(fading.duration() * partOfFading));
+    };
+    const auto seen = [this] {
         const auto strip = list.grab().toImage();
         int count = 0;
         for (int y = 0; y < strip.height(); ++y) {
-            count += isOf(colors.scrollHandle, strip.pixel(strip.width() - 4, y)) ? 1 : 0;
+            count += isOf(theme.colors().scrollHandle, strip.pixel(strip.width() - 4, y)) ? 1 : 0;
         }
         return count;
     };
+    QEnterEvent enter({5, 5}, {5, 5}, {5, 5});
+    QEvent leave(QEvent::Leave);
+    QApplication::sendEvent(&list, &leave);
+    letTimePass(1);
+    EXPECT_EQ(handle.opacity(), 0);
+    EXPECT_EQ(seen(), 0);
+    bar().setValue(7);
     EXPECT_GT(seen(), theme.extent(Extent::control) / 2);
-    QListWidget resting;
-    resting.addItems(QStringList(100, QStringLiteral("Row")));
-    resting.resize(200, 150);
-    theme.setSystemMotion(Theme::SystemMotion::still);
-    EXPECT_EQ(ScrollHandle::of(*resting.verticalScrollBar(), theme).opacity(), 1);
+    letTimePass(0.5);
+    EXPECT_GT(handle.opacity(), 0);
+    EXPECT_LT(handle.opacity(), 1);
+    QApplication::sendEvent(&list, &enter);
+    letTimePass(1);
+    EXPECT_EQ(handle.opacity(), 1) << "as long as the pointer is there";
+    QApplication::sendEvent(&list, &leave);
+    EXPECT_EQ(handle.opacity(), 1);
+    letTimePass(1);
+    EXPECT_EQ(handle.opacity(), 0);
+    theme.setSystem({.motion = Theme::SystemMotion::still});
+    EXPECT_GT(seen(), 0) << "what may not fade stays";
+}
+
+TEST_F(ScrollHandleTest, NothingButTheRowsThatArriveIsDrawnAgain) {
+    struct Painted final : QObject {
+        QRegion region;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint) {
+                region += static_cast<QPaintEvent*>(event)->region();
+            }
+            return false;
+        }
+    };
+    ArrivingRows arriving(list);
+    const auto row = list.model()->index(1, 0);
+    arriving.add(row, row);
+    auto& animation = *list.findChild<QVariantAnimation*>({}, Qt::FindDirectChildrenOnly);
+    animation.pause();
+    QApplication::processEvents();
+    for (const auto part : {0.5, 1.0}) {
+        animation.setCurrentTime(static_cast<int>(animation.duration() * part));
+        EXPECT_EQ(arriving.opacityOf(row), part);
+        Painted painted;
+        list.viewport()->installEventFilter(&painted);
+        QApplication::processEvents();
+        EXPECT_EQ(painted.region, QRegion(list.visualRect(row)));
+    }
+}
+
+TEST_F(QuietStyleTest, InHighContrastWhatIsChosenHasAnEdge) {
+    for (const auto system : {Theme::SystemContrast::usual, Theme::SystemContrast::high}) {
+        theme.setSystem({.contrast = system});
+        QListWidget list;
+        list.addItem(QStringLiteral("Row"));
+        list.setCurrentRow(0);
+        list.setFrameShape(QFrame::NoFrame);
+        list.resize(100, 40);
+        QImage ours(100, 20, QImage::Format_RGB32);
+        ours.fill(theme.colors().content);
+        QPainter painter(&ours);
+        paintRowGround(painter, ours.rect(), QStyle::State_Selected, theme);
+        painter.end();
+        for (const auto pixel : {colorAt(list, {50, 0}), ours.pixel(50, 0)}) {
+            EXPECT_EQ(isOf(theme.colors().accent, pixel), theme.colors().isHighContrast);
+        }
+    }
 }
 
 TEST_F(QuietStyleTest, APopupOpensInsideItsWindowWhereItHasRoom) {

@@ -152,6 +152,29 @@ TEST_F(CompletedPageTest, EveryCriterionNarrowsTheListAndResetShowsAllAgain) {
     }
 }
 
+TEST_F(CompletedPageTest, TheColumnOfBoardsIsAsWideAsTheLongestNameInIt) {
+    auto& longer = own.boards.createBoard("Household and garden", kNow);
+    auto& shorter = own.boards.createBoard("Work", kNow);
+    addCompleted("a", kNow - kHour, &longer);
+    addCompleted("b", kNow - 2 * kHour, &shorter);
+    const QFontMetrics metrics(theme.smallFont());
+    const auto expectColumn = [&](const char* longest) {
+        const auto& delegate = *qobject_cast<const TodoItemDelegate*>(list().itemDelegate());
+        for (int row = 1; row < listModel().rowCount(); ++row) {
+            EXPECT_EQ(delegate.layout(row, list().column().width).boardName().width(),
+                      metrics.horizontalAdvance(QString::fromUtf8(longest)) + 1);
+        }
+    };
+    show();
+    expectColumn("Household and garden");
+    pick("Filter by board", "Work");
+    expectColumn("Work");
+    own.boards.renameBoard(shorter, "Office", kNow);
+    expectColumn("Office");
+    reset().click();
+    expectColumn("Household and garden");
+}
+
 TEST_F(CompletedPageTest, TheSearchAnswersEveryKeyAndSaysWhenNothingMatches) {
     addCompleted("Café bill", kNow - kHour);
     addCompleted("call", kNow - 2 * kHour);
@@ -182,6 +205,11 @@ TEST_F(CompletedPageTest, ACustomRangeHoldsWholeDays) {
     show();
     EXPECT_FALSE(dateField("First day").isVisible());
     pick("Filter by completion date", "Custom range");
+    enter("First day", "31.2.");
+    EXPECT_NE(dateField("First day").problem(), QString());
+    pick("Filter by completion date", "Any time");
+    pick("Filter by completion date", "Custom range");
+    EXPECT_EQ(dateField("First day").problem(), QString()) << "it was never meant for this range";
     EXPECT_EQ(dateField("First day").date(), QDate(2025, 3, 4));
     EXPECT_EQ(dateField("Last day").date(), QDate(2025, 3, 10));
     enter("First day", "3/9");

@@ -2,7 +2,6 @@
 
 #include "model/SchemaVersions.h"
 #include "services/EntryOrder.h"
-#include "ui/kit/style/QuietStyle.h"
 #include "ui/windows/WindowContents.h"
 
 #include <QApplication>
@@ -32,9 +31,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     QApplication::setLayoutDirection(variant.direction);
     m_preferences.setAppearance(variant.appearance);
     m_preferences.setFontSize(variant.fontSize);
-    m_theme.setSystemContrast(variant.contrast);
-    m_theme.setSystemMotion(ui::Theme::SystemMotion::still);
-    ui::QuietStyle::install(m_theme);
+    m_theme.setSystem({.contrast = variant.contrast, .motion = ui::Theme::SystemMotion::still});
     m_owner = std::make_unique<ui::WorkspaceOwner>(
         ui::WorkspaceOwner::Surroundings{.container = *m_container,
                                          .preferences = m_preferences,
@@ -66,13 +63,6 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
     static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
     m_scenes = std::make_unique<WindowScenes>(*m_window, workspace);
-}
-
-PicturedWindow::~PicturedWindow() {
-    m_scenes.reset();
-    m_window.reset();
-    // The style must not outlive the theme.
-    QApplication::setStyle(QStringLiteral("fusion"));
 }
 
 QImage PicturedWindow::picture() {

@@ -8,6 +8,7 @@
 #include "store/ModelContainer.h"
 #include "support/FakeClock.h"
 #include "support/TemporaryFolder.h"
+#include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/WindowScenes.h"
@@ -40,7 +41,6 @@ struct Variant {
 class PicturedWindow {
 public:
     explicit PicturedWindow(const Variant& variant);
-    ~PicturedWindow();
 
     const ui::Theme& theme() const { return m_theme; }
     WindowScenes& scenes() { return *m_scenes; }
@@ -60,6 +60,7 @@ private:
     app::FileUserDefaults m_defaults{m_folder / "settings.json"};
     app::AppPreferences m_preferences{m_defaults, m_log};
     ui::Theme m_theme{m_preferences};
+    ui::InstalledStyle m_style{m_theme};
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
     std::unique_ptr<store::ModelContainer> m_container;

@@ -73,6 +73,17 @@ TEST(RichTextClipboard, HtmlKeepsWhatATextCanHold) {
 <p style="display: none; display: block">f</p><div><span hidden>X</div>g<img hidden>h)",
             "ab\n- c\n- d\ne\nf\ngh"},
         Case{
+            "all attributes count, and signs that only look like tags or quotes",
+            R"(<div style="color:red" hidden>X</div><p hidden style="display:block">I <3 hidden cats</p>
+<script>if (a<b) "<div hidden>"</script><p title=it's>a</p><p hidden>X</p><p title=it's>b)",
+            "I <3 hidden cats\na\nb"},
+        Case{
+            "what is hidden ends where something begins that cannot stand in it",
+            R"(<p hidden><b>X<section>a</section><ul><li>b<i hidden>X<li>c<p hidden>X<ul><li>Y</ul></ul>
+<dl><dt hidden>X<dd>d</dl><table><tr hidden><th>X<tr><td>e<td hidden>X<table><tr><td>Y</table>Z
+<tr><th hidden>X<td>f<p hidden>X<tr><td>g</table>)",
+            "a\n- b\n- c\n  {circle} Y\nd\n|0,0 e\n|1,0 f\n|2,0 g\n\n"},
+        Case{
             "pictures and other things are left out",
             R"(<p>a<img src="http://example.org/spy.png" alt="cat">b</p><script>alert(1)</script>)",
             "ab"},
@@ -143,10 +154,12 @@ TEST(RichTextClipboard, DamagedAndOversizedFormatsCountAsNotOffered) {
     large.setHtml(QStringLiteral("<p>html</p>") + QString(1'048'577, QLatin1Char(' ')));
     EXPECT_EQ(textFrom(large).text(), u"plain\ntext");
 
-    QMimeData deep;
-    deep.setText(plain);
-    deep.setHtml(QStringLiteral("<ul><li>").repeated(50'000) + QStringLiteral("x"));
-    EXPECT_EQ(textFrom(deep).text(), u"plain\ntext") << "and not after minutes";
+    for (const auto* const tags : {"<ul><li>", "<b></i>"}) {
+        QMimeData deep;
+        deep.setText(plain);
+        deep.setHtml(QString::fromLatin1(tags).repeated(50'000) + QStringLiteral("x"));
+        EXPECT_EQ(textFrom(deep).text(), u"plain\ntext") << "and not after minutes: " << tags;
+    }
 
     QMimeData picture;
     picture.setHtml(QStringLiteral("<img src=\"http://example.org/a.png\">"));

@@ -18,7 +18,7 @@ TEST_F(TextLookTest, EveryColourOfTextCanBeReadOnEveryGround) {
           std::tuple(Appearance::light, Contrast::high, 7.0),
           std::tuple(Appearance::dark, Contrast::high, 7.0)}) {
         preferences.setAppearance(appearance);
-        theme.setSystemContrast(asked);
+        theme.setSystem({.contrast = asked});
         const auto shown = look();
         const auto& colors = theme.colors();
         std::vector<QColor> texts{shown.text, shown.quiet, shown.link,

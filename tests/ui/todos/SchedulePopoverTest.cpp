@@ -92,6 +92,13 @@ TEST_F(SchedulePopoverTest, ADaysButtonSchedulesForThatDayAndIsDone) {
         own.undo.undo();
         EXPECT_TRUE(entry->schedule().isEmpty());
     }
+    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250310), kNow);
+    open();
+    enter("Due day", "31.2.");
+    button("Save").click();
+    button("Today").click();
+    EXPECT_FALSE(isOpen()) << "the day is another than what was typed";
+    EXPECT_EQ(entry->dueDay(), 20250310);
 }
 
 TEST_F(SchedulePopoverTest, EscapeDoesAsAPressOutside) {
@@ -158,7 +165,12 @@ TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen)
                                           kNow);
         });
     };
-    own.entries.updateSchedule(*entry, model::TodoSchedule::dueOn(20250311), kNow);
+    open();
+    EXPECT_FALSE(button("Clear").isEnabled());
+    button("Due").click();
+    set(20250311);
+    EXPECT_TRUE(button("Clear").isEnabled()) << "whatever has been changed here";
+    popover->closeNow();
     open();
     set(20250312);
     EXPECT_EQ(shown("Due day"), QStringLiteral("3/12/2025"));

@@ -56,10 +56,8 @@ void SearchField::paintEvent(QPaintEvent* event) {
     const auto radius = m_theme.radius(Radius::medium);
     Shapes::paintBox(painter, rect(), radius,
                      hasFocus() ? colors.field : Shapes::tint(colors, Shapes::Tint::rest),
-                     colors.isHighContrast ? colors.border : QColor());
-    if (hasFocus()) {
-        Shapes::paintRing(painter, rect(), radius, colors.accent);
-    }
+                     Shapes::controlEdge(colors));
+    Shapes::paintFocusRing(painter, *this);
     painter.end();
     QLineEdit::paintEvent(event);
 }

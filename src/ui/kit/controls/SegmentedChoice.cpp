@@ -41,9 +41,7 @@ protected:
         }
         painter.setPen(palette().color(QPalette::WindowText));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
-        if (hasFocus()) {
-            Shapes::paintRing(painter, rect(), radius, colors.accent);
-        }
+        Shapes::paintFocusRing(painter, *this);
     }
 
 private:
@@ -91,8 +89,7 @@ void SegmentedChoice::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium),
-                     Shapes::tint(colors, Shapes::Tint::rest),
-                     colors.isHighContrast ? colors.border : QColor());
+                     Shapes::tint(colors, Shapes::Tint::rest), Shapes::controlEdge(colors));
 }
 
 void SegmentedChoice::applyTheme() {

@@ -81,9 +81,7 @@ void Switch::paintEvent(QPaintEvent*) {
     }
     Shapes::paintBox(painter, knob, size / 2.0, colors.isDark ? colors.content : colors.field,
                      QColor());
-    if (hasFocus()) {
-        Shapes::paintRing(painter, rect(), m_theme.radius(Radius::medium), colors.accent);
-    }
+    Shapes::paintFocusRing(painter, *this);
 }
 
 } // namespace korvex::ui

@@ -40,20 +40,16 @@ void DayButton::paintGround(QPainter& painter) const {
         Shapes::paintBox(painter, box.adjusted(left, 0, right, 0), radius, colors.selection,
                          QColor());
         painter.setClipping(false);
-    } else if (m_look.isChosen) {
-        Shapes::paintBox(painter, box, radius, colors.selection, QColor());
+    }
+    if (m_look.isChosen) {
+        Shapes::paintChosen(painter, box, radius, colors);
     }
     if (isEnabled() && (isDown() || underMouse())) {
         Shapes::paintBox(
             painter, box, radius,
             Shapes::tint(colors, isDown() ? Shapes::Tint::hovered : Shapes::Tint::rest), QColor());
     }
-    if (m_look.isChosen && colors.isHighContrast) {
-        Shapes::paintBox(painter, box, radius, QColor(), colors.accent);
-    }
-    if (hasFocus()) {
-        Shapes::paintRing(painter, box, radius, colors.accent);
-    }
+    Shapes::paintFocusRing(painter, *this);
 }
 
 void DayButton::paintEvent(QPaintEvent*) {
@@ -69,7 +65,7 @@ void DayButton::paintEvent(QPaintEvent*) {
         // As faint as what can be chosen may be.
         color = readable(palette().color(QPalette::Disabled, QPalette::Text),
                          m_look.isChosen || m_look.isInRange ? colors.selection : colors.raised,
-                         colors.isHighContrast ? 7 : 4.5);
+                         colors.textContrast());
     } else if (m_look.isQuiet) {
         color = colors.secondaryText;
     }

@@ -22,11 +22,9 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kDaysOfWeek = base::MonthWords::kDaysOfWeek;
+using base::kDaysOfWeek;
 /// As many as any month touches, so that the grid is always as high.
 constexpr int kWeeks = 6;
-/// What the wheel turns for one month, in the units of its events.
-constexpr int kNotch = 120;
 
 } // namespace
 
@@ -228,12 +226,7 @@ bool MonthView::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MonthView::wheelEvent(QWheelEvent* event) {
-    // With Shift, Qt takes a wheel for one that turns sideways.
-    const auto turned = event->angleDelta();
-    m_turned += turned.y() != 0 ? turned.y() : turned.x();
-    const auto notches = m_turned / kNotch;
-    m_turned %= kNotch;
-    if (notches != 0) {
+    if (const auto notches = m_wheel.take(*event); notches != 0) {
         const bool isFar = event->modifiers().testFlag(Qt::ShiftModifier);
         goTo(isFar ? m_day.addYears(-notches) : m_day.addMonths(-notches));
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/DateFormats.h"
+#include "ui/kit/fields/WheelNotches.h"
 #include "ui/kit/theme/Theme.h"
 
 #include <QDate>
@@ -69,7 +70,7 @@ private:
     std::vector<QLabel*> m_weekdays;
     std::vector<DayButton*> m_days;
     int m_titleRoom = 0;
-    int m_turned = 0;
+    WheelNotches m_wheel;
 };
 
 } // namespace korvex::ui

@@ -14,9 +14,6 @@ namespace korvex::ui {
 
 namespace {
 
-/// What the wheel turns for one step, in the units of its events.
-constexpr int kNotch = 120;
-
 /// Another window, or a menu of this one, has the keyboard for a while only.
 bool isForAWhile(Qt::FocusReason reason) {
     return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason;
@@ -44,6 +41,12 @@ bool TypedField::take() {
         selectAll(); // a step from here is one of the whole, and what is typed takes its place
     }
     return true;
+}
+
+void TypedField::discard() {
+    if (isModified()) {
+        showValue();
+    }
 }
 
 QSize TypedField::sizeHint() const {
@@ -134,10 +137,7 @@ void TypedField::wheelEvent(QWheelEvent* event) {
         event->ignore(); // who scrolls over it does not mean it
         return;
     }
-    m_turned += event->angleDelta().y();
-    const auto notches = m_turned / kNotch;
-    m_turned %= kNotch;
-    if (notches != 0) {
+    if (const auto notches = m_wheel.take(*event); notches != 0) {
         step(Stride::line, notches);
     }
     event->accept();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/TypedDates.h"
+#include "ui/kit/fields/WheelNotches.h"
 #include "ui/kit/theme/Theme.h"
 
 #include <QLineEdit>
@@ -16,6 +17,8 @@ class TypedField : public QLineEdit {
 public:
     /// Reads what has been typed. False where it says nothing.
     bool take();
+    /// Shows the value in place of what has been typed, which another choice has made void.
+    void discard();
     /// Why what is typed was refused; empty while it was not.
     const QString& problem() const { return m_problem; }
 
@@ -62,7 +65,7 @@ private:
     const Theme& m_theme;
     std::vector<base::ShownDate::Place> m_places;
     QString m_problem;
-    int m_turned = 0;
+    WheelNotches m_wheel;
 };
 
 } // namespace korvex::ui

@@ -1,17 +1,16 @@
 #include "ui/kit/lists/ArrivingRows.h"
 
-#include <QAbstractScrollArea>
+#include <QAbstractItemView>
 #include <QStyle>
 
 #include <algorithm>
 
 namespace korvex::ui {
 
-ArrivingRows::ArrivingRows(QAbstractScrollArea& view) : m_view(view) {
+ArrivingRows::ArrivingRows(QAbstractItemView& view) : m_view(view), m_animation(&view) {
     m_animation.setStartValue(0.0);
     m_animation.setEndValue(1.0);
-    QObject::connect(&m_animation, &QVariantAnimation::valueChanged, &view,
-                     [&view] { view.viewport()->update(); });
+    QObject::connect(&m_animation, &QVariantAnimation::valueChanged, &view, [this] { update(); });
     QObject::connect(&m_animation, &QVariantAnimation::finished, &view, [this] { m_rows.clear(); });
 }
 
@@ -19,6 +18,7 @@ void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
     const auto duration =
         m_view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &m_view);
     m_animation.stop();
+    update();
     m_rows.clear();
     if (duration <= 0) {
         return;
@@ -28,6 +28,12 @@ void ArrivingRows::add(const QModelIndex& first, const QModelIndex& last) {
     }
     m_animation.setDuration(duration);
     m_animation.start();
+}
+
+void ArrivingRows::update() {
+    for (const auto& row : m_rows) {
+        m_view.update(row);
+    }
 }
 
 double ArrivingRows::opacityOf(const QModelIndex& index) const {

@@ -5,7 +5,7 @@
 
 #include <vector>
 
-class QAbstractScrollArea;
+class QAbstractItemView;
 
 namespace korvex::ui {
 
@@ -14,7 +14,7 @@ namespace korvex::ui {
 /// thread.
 class ArrivingRows final {
 public:
-    explicit ArrivingRows(QAbstractScrollArea& view);
+    explicit ArrivingRows(QAbstractItemView& view);
 
     /// Those from `first` to `last`, of which a screen has room for. What was still appearing is
     /// there now.
@@ -23,7 +23,10 @@ public:
     double opacityOf(const QModelIndex& index) const;
 
 private:
-    QAbstractScrollArea& m_view;
+    /// Has them drawn again, and nothing else.
+    void update();
+
+    QAbstractItemView& m_view;
     QVariantAnimation m_animation;
     std::vector<QPersistentModelIndex> m_rows;
 };

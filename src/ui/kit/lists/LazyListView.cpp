@@ -61,12 +61,13 @@ QModelIndex LazyListView::indexAt(const QPoint& point) const {
     return visualRect(index).contains(point) ? index : QModelIndex();
 }
 
-QModelIndex LazyListView::indexBeside(int height) const {
-    const auto y = std::int64_t{height} + verticalOffset();
-    if (!model() || m_heights.count() != model()->rowCount() || y < 0 || y >= m_heights.total()) {
+QModelIndex LazyListView::indexBeside(int y) const {
+    const auto place = std::int64_t{y} + verticalOffset();
+    if (!model() || m_heights.count() != model()->rowCount() || place < 0 ||
+        place >= m_heights.total()) {
         return {};
     }
-    return model()->index(m_heights.rowAt(y), 0);
+    return model()->index(m_heights.rowAt(place), 0);
 }
 
 void LazyListView::scrollTo(const QModelIndex& index, ScrollHint hint) {

@@ -30,11 +30,12 @@ inline void paintRowRing(QPainter& painter, const QRect& box, QStyle::State stat
 inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State state,
                            const Theme& theme) {
     const auto& colors = theme.colors();
-    const auto shown = state.testFlag(QStyle::State_Selected) ? colors.selection
-                       : state.testFlag(QStyle::State_MouseOver)
-                           ? Shapes::tint(colors, Shapes::Tint::rest)
-                           : QColor();
-    Shapes::paintBox(painter, box, theme.radius(Radius::medium), shown, {});
+    const auto radius = theme.radius(Radius::medium);
+    if (state.testFlag(QStyle::State_Selected)) {
+        Shapes::paintChosen(painter, box, radius, colors);
+    } else if (state.testFlag(QStyle::State_MouseOver)) {
+        Shapes::paintBox(painter, box, radius, Shapes::tint(colors, Shapes::Tint::rest), {});
+    }
     paintRowRing(painter, box, state, theme);
 }
 

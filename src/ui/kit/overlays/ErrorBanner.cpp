@@ -132,7 +132,6 @@ QSize ErrorBanner::sizeHint() const {
 void ErrorBanner::paintEvent(QPaintEvent*) {
     const auto ground = palette().color(QPalette::Window);
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     Shapes::paintBox(painter, rect(), m_theme.radius(Radius::large), ground,
                      blended(palette().color(QPalette::WindowText), ground, kEdge));
 }
@@ -140,11 +139,12 @@ void ErrorBanner::paintEvent(QPaintEvent*) {
 void ErrorBanner::applyTheme() {
     const auto& colors = m_theme.colors();
     const auto isError = m_said.empty() || m_said.back().message.tone == Tone::error;
-    const auto color = isError ? colors.danger : colors.text;
     const auto ground = messageGround(colors, isError ? colors.danger : colors.accent);
+    const auto words =
+        readable(isError ? colors.danger : colors.text, ground, colors.textContrast());
     auto own = palette();
     own.setColor(QPalette::Window, ground);
-    own.setColor(QPalette::WindowText, readable(color, ground));
+    own.setColor(QPalette::WindowText, words);
     setPalette(own);
     m_text->setPalette(own);
     const auto size = m_theme.extent(Extent::icon);
@@ -159,11 +159,11 @@ void ErrorBanner::applyTheme() {
     m_sign->setFixedHeight(line);
     m_sign->setVisible(isError);
     m_close->setFixedSize(line, line);
-    m_sign->setPixmap(IconSet::pixmap(QStringLiteral("warning-circle"), readable(color, ground),
-                                      size, devicePixelRatioF()));
+    m_sign->setPixmap(
+        IconSet::pixmap(QStringLiteral("warning-circle"), words, size, devicePixelRatioF()));
     m_words->setNarrowest(std::min(m_theme.scaled(kNarrowestText), widthOfWords()));
     m_close->setIconSize({size, size});
-    m_close->setIcon(IconSet::icon(QStringLiteral("x"), readable(color, ground)));
+    m_close->setIcon(IconSet::icon(QStringLiteral("x"), words));
 }
 
 } // namespace korvex::ui

@@ -49,18 +49,9 @@ void Overlay::arrange() {
     const auto width = std::min(asked.width(), room.width());
     const auto wanted = m_over.hasHeightForWidth() ? m_over.heightForWidth(width) : asked.height();
     const auto height = std::min(wanted, room.height());
-    const auto left = room.left() + (room.width() - width) / 2;
-    switch (m_place) {
-    case Place::head:
-        m_over.setGeometry(left, room.top(), width, height);
-        break;
-    case Place::middle:
-        m_over.setGeometry(left, room.top() + (room.height() - height) / 2, width, height);
-        break;
-    case Place::foot:
-        m_over.setGeometry(left, room.bottom() + 1 - height, width, height);
-        break;
-    }
+    const auto below = room.height() - height;
+    const auto above = m_place == Place::head ? 0 : m_place == Place::middle ? below / 2 : below;
+    m_over.setGeometry(room.left() + (room.width() - width) / 2, room.top() + above, width, height);
     m_over.raise();
 }
 

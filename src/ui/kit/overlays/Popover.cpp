@@ -152,7 +152,7 @@ bool Popover::eventFilter(QObject* watched, QEvent* event) {
 
 void Popover::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    Shapes::paintPanel(painter, rect(), m_theme);
+    Shapes::paintPanel(painter, rect(), m_theme.radius(Radius::large), m_theme.colors());
 }
 
 bool Popover::focusNextPrevChild(bool next) {

@@ -56,7 +56,7 @@ void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& optio
     const auto isFilled = weight != Weight::plain && !isFlat;
     {
         const FadedWhenDisabled faded(painter, state);
-        const auto edge = colors.isHighContrast && !isFlat ? colors.border : QColor();
+        const auto edge = isFlat ? QColor() : Shapes::controlEdge(colors);
         if (isFilled) {
             Shapes::paintBox(painter, option.rect, radius, filling(weight, colors), edge);
         }
@@ -86,7 +86,8 @@ QColor ButtonDrawing::wordsOf(const QStyleOptionButton& option, Weight weight,
     const auto isFlat = option.features.testFlag(QStyleOptionButton::Flat);
     switch (weight) {
     case Weight::dangerous:
-        return isFlat ? colors.danger : readable(colors.onAccent, colors.danger);
+        return isFlat ? colors.danger
+                      : readable(colors.onAccent, colors.danger, colors.textContrast());
     case Weight::chief:
         return isFlat ? colors.accent : colors.onAccent;
     case Weight::plain:
@@ -108,7 +109,7 @@ void ButtonDrawing::paintTool(QPainter& painter, const QStyleOption& option, con
     const auto isRaised = !option.state.testFlag(QStyle::State_AutoRaise);
     if (state.tint() != Tint::rest || (isRaised && !isOn)) {
         Shapes::paintBox(painter, option.rect, radius, Shapes::tint(colors, state.tint()),
-                         colors.isHighContrast ? colors.border : QColor());
+                         Shapes::controlEdge(colors));
     }
     if (state.hasFocus()) {
         Shapes::paintRing(painter, option.rect, radius, colors.accent);

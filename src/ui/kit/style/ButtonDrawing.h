@@ -12,10 +12,11 @@ namespace korvex::ui {
 /// are said here.
 namespace ButtonDrawing {
 
-/// The ground of a push button and the ring of the one that has the keyboard. `isDangerous` is one
-/// that takes something away for good.
+/// What a push button does: what the others do not, what Return does, or something that takes
+/// things away for good.
 enum class Weight { plain, chief, dangerous };
 Weight weightOf(const QStyleOptionButton& option, const QWidget* button);
+/// The ground of a push button and the ring of the one that has the keyboard.
 void paintPush(QPainter& painter, const QStyleOptionButton& option, Weight weight,
                const Theme& theme);
 /// The colour of a push button's words where the palette's is not to be taken; else not valid.

@@ -62,7 +62,7 @@ void FieldDrawing::paintComboBox(QPainter& painter, const QStyleOptionComboBox& 
         const auto isOpen = option.state.testFlag(QStyle::State_On);
         Shapes::paintBox(painter, option.rect, radius,
                          Shapes::tint(colors, isOpen ? Shapes::Tint::pressed : state.tint()),
-                         colors.isHighContrast ? colors.border : QColor());
+                         Shapes::controlEdge(colors));
         if (state.hasFocus()) {
             Shapes::paintRing(painter, option.rect, radius, colors.accent);
         }
@@ -138,7 +138,7 @@ void FieldDrawing::paintProgress(QPainter& painter, const QStyleOptionProgressBa
     bar.moveTop(option.rect.top() + (option.rect.height() - bar.height()) / 2);
     const auto radius = bar.height() / 2.0;
     Shapes::paintBox(painter, bar, radius, Shapes::tint(colors, Shapes::Tint::hovered),
-                     colors.isHighContrast ? colors.border : QColor());
+                     Shapes::controlEdge(colors));
     const auto range = static_cast<double>(option.maximum) - option.minimum;
     // Of what has no known end a middle part is filled: it is under way, nothing else is known.
     const auto part = range > 0 ? (option.progress - option.minimum) / range : 0.5;

@@ -11,8 +11,7 @@ void ListDrawing::paintRow(QPainter& painter, const QStyleOptionViewItem& option
     const auto radius = theme.radius(Radius::medium);
     const auto isChosen = option.state.testFlag(QStyle::State_Selected);
     if (isChosen) {
-        Shapes::paintBox(painter, option.rect, radius, colors.selection,
-                         colors.isHighContrast ? colors.accent : QColor());
+        Shapes::paintChosen(painter, option.rect, radius, colors);
     } else if (ControlState(option).isHovered()) {
         Shapes::paintBox(painter, option.rect, radius, Shapes::tint(colors, Shapes::Tint::rest),
                          QColor());

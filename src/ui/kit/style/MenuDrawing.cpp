@@ -64,10 +64,8 @@ QRect square(const QRect& room, int size) {
 
 void MenuDrawing::paintPanel(QPainter& painter, const QRect& window, double radius,
                              const Theme& theme) {
-    const auto& colors = theme.colors();
-    painter.fillRect(window, colors.content);
-    Shapes::paintBox(painter, window, radius, colors.raised,
-                     colors.isHighContrast ? colors.border : colors.hairline);
+    painter.fillRect(window, theme.colors().content);
+    Shapes::paintPanel(painter, window, radius, theme.colors());
 }
 
 QRegion MenuDrawing::shapeOf(const QRect& window, double radius) {
@@ -87,9 +85,8 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
     }
     const ControlState state(option);
     if (option.state.testFlag(QStyle::State_Selected) && state.isEnabled()) {
-        Shapes::paintBox(painter, option.rect.adjusted(inset, 0, -inset, 0),
-                         theme.radius(Radius::medium), colors.selection,
-                         colors.isHighContrast ? colors.accent : QColor());
+        Shapes::paintChosen(painter, option.rect.adjusted(inset, 0, -inset, 0),
+                            theme.radius(Radius::medium), colors);
     }
     const FadedWhenDisabled faded(painter, state);
     const auto columns = Columns::of(option, theme);

@@ -7,6 +7,7 @@
 #include "ui/kit/style/PopupPlace.h"
 #include "ui/kit/style/ScrollHandle.h"
 #include "ui/kit/style/StyleMetrics.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Shapes.h"
 
@@ -53,14 +54,22 @@ const Option& as(const QStyleOption& option) {
     return static_cast<const Option&>(option);
 }
 
+QString plainStyle() {
+    return QStringLiteral("fusion");
+}
+
 } // namespace
 
-QuietStyle::QuietStyle(const Theme& theme)
-    : QProxyStyle(QStringLiteral("fusion")), m_theme(theme), m_popups(new PopupPlace(this)) {}
-
-void QuietStyle::install(const Theme& theme) {
+InstalledStyle::InstalledStyle(const Theme& theme) {
     QApplication::setStyle(new QuietStyle(theme)); // the application takes it over
 }
+
+InstalledStyle::~InstalledStyle() {
+    QApplication::setStyle(plainStyle());
+}
+
+QuietStyle::QuietStyle(const Theme& theme)
+    : QProxyStyle(plainStyle()), m_theme(theme), m_popups(new PopupPlace(this)) {}
 
 void QuietStyle::polish(QWidget* widget) {
     QProxyStyle::polish(widget);
@@ -115,7 +124,9 @@ bool QuietStyle::drawsPrimitive(PrimitiveElement element, const QStyleOption& op
         FieldDrawing::paintField(painter, option, m_theme);
         return true;
     case PE_FrameFocusRect:
-        Shapes::paintRing(painter, option.rect, m_theme.radius(Radius::medium), colors.accent);
+        if (option.state.testFlag(State_HasFocus)) {
+            Shapes::paintRing(painter, option.rect, m_theme.radius(Radius::medium), colors.accent);
+        }
         return true;
     case PE_Frame:
         if (isChoiceList(widget)) {
@@ -147,6 +158,12 @@ bool QuietStyle::drawsPrimitive(PrimitiveElement element, const QStyleOption& op
         return true;
     }
     return false;
+}
+
+void QuietStyle::drawItemText(QPainter* painter, const QRect& rect, int flags,
+                              const QPalette& palette, bool isEnabled, const QString& text,
+                              QPalette::ColorRole role) const {
+    QProxyStyle::drawItemText(painter, rect, flags, palette, isEnabled, isolated(text), role);
 }
 
 void QuietStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
@@ -194,10 +211,8 @@ bool QuietStyle::drawsControl(ControlElement element, const QStyleOption& option
                                             &option, widget);
         proxy()->drawControl(isRadio ? CE_RadioButtonLabel : CE_CheckBoxLabel, &part, &painter,
                              widget);
-        if (option.state.testFlag(State_HasFocus)) {
-            part.rect = ButtonDrawing::ringOf(as<QStyleOptionButton>(option), m_theme);
-            proxy()->drawPrimitive(PE_FrameFocusRect, &part, &painter, widget);
-        }
+        part.rect = ButtonDrawing::ringOf(as<QStyleOptionButton>(option), m_theme);
+        proxy()->drawPrimitive(PE_FrameFocusRect, &part, &painter, widget);
         return true;
     }
     case CE_ItemViewItem: {

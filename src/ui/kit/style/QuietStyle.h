@@ -19,9 +19,6 @@ class QuietStyle final : public QProxyStyle {
 public:
     explicit QuietStyle(const Theme& theme);
 
-    /// Makes it the style of the application.
-    static void install(const Theme& theme);
-
     using QProxyStyle::polish;
     void polish(QWidget* widget) override;
 
@@ -31,6 +28,9 @@ public:
                      const QWidget* widget) const override;
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
                             QPainter* painter, const QWidget* widget) const override;
+    /// Words that run against the window's direction keep their own: "Delete…", "8:00 AM".
+    void drawItemText(QPainter* painter, const QRect& rect, int flags, const QPalette& palette,
+                      bool isEnabled, const QString& text, QPalette::ColorRole role) const override;
     QRect subElementRect(SubElement element, const QStyleOption* option,
                          const QWidget* widget) const override;
     QRect subControlRect(ComplexControl control, const QStyleOptionComplex* option, SubControl part,
@@ -57,6 +57,16 @@ private:
 
     const Theme& m_theme;
     PopupPlace* m_popups;
+};
+
+/// As long as it lives, the application has this style; before the theme goes, the application gets
+/// Qt's plain one.
+class InstalledStyle final {
+public:
+    explicit InstalledStyle(const Theme& theme);
+    ~InstalledStyle();
+    InstalledStyle(const InstalledStyle&) = delete;
+    InstalledStyle& operator=(const InstalledStyle&) = delete;
 };
 
 } // namespace korvex::ui

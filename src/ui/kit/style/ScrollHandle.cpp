@@ -57,7 +57,7 @@ ScrollHandle& ScrollHandle::of(QScrollBar& bar, const Theme& theme) {
 }
 
 ScrollHandle::ScrollHandle(QScrollBar& bar, const Theme& theme)
-    : QObject(&bar), m_bar(bar), m_theme(theme) {
+    : QObject(&bar), m_bar(bar), m_theme(theme), m_rest(this), m_fading(this) {
     m_rest.setSingleShot(true);
     m_rest.setInterval(kSeenAfterwards);
     m_fading.setStartValue(1.0);

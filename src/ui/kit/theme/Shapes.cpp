@@ -3,6 +3,8 @@
 #include "ui/kit/theme/IconSet.h"
 
 #include <QPainter>
+#include <QStyleOption>
+#include <QWidget>
 
 namespace korvex::ui {
 
@@ -34,6 +36,9 @@ QColor Shapes::tint(const ThemeColors& colors, Tint tint) {
 
 void Shapes::paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
                       const QColor& edge) {
+    if (!ground.isValid() && !edge.isValid()) {
+        return;
+    }
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(edge.isValid() ? QPen(edge, 1) : QPen(Qt::NoPen));
@@ -42,6 +47,16 @@ void Shapes::paintBox(QPainter& painter, const QRectF& box, double radius, const
     painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius - inset,
                             radius - inset);
     painter.restore();
+}
+
+void Shapes::paintChosen(QPainter& painter, const QRectF& box, double radius,
+                         const ThemeColors& colors) {
+    paintBox(painter, box, radius, colors.selection,
+             colors.isHighContrast ? colors.accent : QColor());
+}
+
+QColor Shapes::controlEdge(const ThemeColors& colors) {
+    return colors.isHighContrast ? colors.border : QColor();
 }
 
 void Shapes::paintRing(QPainter& painter, const QRectF& box, double radius, const QColor& color) {
@@ -55,9 +70,15 @@ void Shapes::paintRing(QPainter& painter, const QRectF& box, double radius, cons
     painter.restore();
 }
 
-void Shapes::paintPanel(QPainter& painter, const QRectF& box, const Theme& theme) {
-    paintBox(painter, box, theme.radius(Radius::large), theme.colors().raised,
-             theme.colors().hairline);
+void Shapes::paintFocusRing(QPainter& painter, const QWidget& control) {
+    QStyleOptionFocusRect ring;
+    ring.initFrom(&control);
+    control.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &ring, &painter, &control);
+}
+
+void Shapes::paintPanel(QPainter& painter, const QRectF& box, double radius,
+                        const ThemeColors& colors) {
+    paintBox(painter, box, radius, colors.raised, colors.hairline);
 }
 
 void Shapes::paintCaret(QPainter& painter, const QRect& room, Caret caret, const QColor& color,

@@ -46,22 +46,15 @@ int Theme::scaled(int length) const {
         std::lround(length * m_preferences.fontSize() / static_cast<double>(kStandardFontSize)));
 }
 
-void Theme::setSystemAppearance(SystemAppearance appearance) {
-    if (m_systemAppearance != appearance) {
-        m_systemAppearance = appearance;
-        apply();
-    }
-}
-
-void Theme::setSystemContrast(SystemContrast contrast) {
-    if (m_systemContrast != contrast) {
-        m_systemContrast = contrast;
+void Theme::setSystem(const System& system) {
+    if (m_system != system) {
+        m_system = system;
         apply();
     }
 }
 
 int Theme::motion(Motion motion) const {
-    return m_systemMotion == SystemMotion::still ? 0 : static_cast<int>(motion);
+    return m_system.motion == SystemMotion::still ? 0 : static_cast<int>(motion);
 }
 
 QFont Theme::fontOf(TextSize size) const {
@@ -73,8 +66,8 @@ QFont Theme::fontOf(TextSize size) const {
 
 void Theme::apply() {
     const auto accent = m_systemPalette.color(QPalette::Highlight);
-    const auto contrast = m_systemContrast == SystemContrast::high ? ThemeColors::Contrast::high
-                                                                   : ThemeColors::Contrast::usual;
+    const auto contrast = m_system.contrast == SystemContrast::high ? ThemeColors::Contrast::high
+                                                                    : ThemeColors::Contrast::usual;
     m_colors =
         isDark() ? ThemeColors::dark(accent, contrast) : ThemeColors::light(accent, contrast);
 
@@ -99,8 +92,8 @@ bool Theme::isDark() const {
     case app::AppPreferences::Appearance::system:
         break;
     }
-    if (m_systemAppearance != SystemAppearance::unknown) {
-        return m_systemAppearance == SystemAppearance::dark;
+    if (m_system.appearance != SystemAppearance::unknown) {
+        return m_system.appearance == SystemAppearance::dark;
     }
     return m_systemPalette.color(QPalette::Window).lightness() <
            m_systemPalette.color(QPalette::WindowText).lightness();

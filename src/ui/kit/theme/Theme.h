@@ -43,10 +43,15 @@ public:
     enum class SystemAppearance { unknown, light, dark };
     enum class SystemContrast { usual, high };
     enum class SystemMotion { usual, still };
-    /// What the desktop says; while it is unknown the palette that it gave decides.
-    void setSystemAppearance(SystemAppearance appearance);
-    void setSystemContrast(SystemContrast contrast);
-    void setSystemMotion(SystemMotion motion) { m_systemMotion = motion; }
+    /// What the desktop says; while the appearance is unknown the palette that it gave decides.
+    struct System {
+        SystemAppearance appearance = SystemAppearance::unknown;
+        SystemContrast contrast = SystemContrast::usual;
+        SystemMotion motion = SystemMotion::usual;
+        bool operator==(const System&) const = default;
+    };
+    const System& system() const { return m_system; }
+    void setSystem(const System& system);
 
 Q_SIGNALS:
     void changed();
@@ -60,9 +65,7 @@ private:
     base::Subscription m_changes;
     QPalette m_systemPalette;
     QFont m_systemFont;
-    SystemAppearance m_systemAppearance = SystemAppearance::unknown;
-    SystemContrast m_systemContrast = SystemContrast::usual;
-    SystemMotion m_systemMotion = SystemMotion::usual;
+    System m_system;
     ThemeColors m_colors;
     QFont m_font;
     QFont m_smallFont;

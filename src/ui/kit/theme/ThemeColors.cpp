@@ -19,28 +19,28 @@ double luminance(const QColor& color) {
 struct Tints {
     double selection;
     double hover;
-    double pressed;
 };
 
 /// What follows from the grounds and texts, which have been set.
 void derive(ThemeColors& colors, const QColor& accent, const QColor& danger, const Tints& tints) {
-    const auto forText = colors.isHighContrast ? 7.0 : 4.5;
-    const auto forMarks = colors.isHighContrast ? 4.5 : 3.0;
     colors.selection = blended(accent, colors.content, tints.selection);
     colors.hover = blended(colors.text, colors.content, tints.hover);
-    colors.pressed = blended(colors.text, colors.content, tints.pressed);
     // Of the grounds, one of these two is the nearest to such a line, in the light and in the dark.
     const auto line = [&](double strength) {
         const auto color = blended(colors.text, colors.content, strength);
-        return readable(readable(color, colors.sidebar, forMarks), colors.raised, forMarks);
+        return readable(readable(color, colors.sidebar, colors.markContrast()), colors.raised,
+                        colors.markContrast());
     };
     colors.border = line(0.30);
     colors.scrollHandle = line(0.40);
     if (colors.isHighContrast) {
         colors.hairline = colors.border;
     }
-    colors.accent = readable(accent, colors.selection, forText);
-    colors.danger = readable(danger, colors.selection, forText);
+    // Which ground is the nearest to these depends on the accent.
+    const auto forText = colors.textContrast();
+    colors.secondaryText = colors.readableOnGrounds(colors.secondaryText, forText);
+    colors.accent = colors.readableOnGrounds(accent, forText);
+    colors.danger = colors.readableOnGrounds(danger, forText);
     const QColor onAccent = colors.isDark ? Qt::black : Qt::white;
     colors.onAccent = readable(onAccent, colors.accent, forText);
 }
@@ -58,8 +58,7 @@ ThemeColors ThemeColors::light(const QColor& accent, Contrast contrast) {
     colors.secondaryText =
         colors.isHighContrast ? QColor(0x33, 0x34, 0x38) : QColor(0x5e, 0x61, 0x68);
     colors.hairline = QColor(0xe3, 0xe4, 0xe7);
-    derive(colors, accent, QColor(0xc6, 0x28, 0x28),
-           {.selection = 0.12, .hover = 0.04, .pressed = 0.10});
+    derive(colors, accent, QColor(0xc6, 0x28, 0x28), {.selection = 0.12, .hover = 0.04});
     return colors;
 }
 
@@ -75,9 +74,15 @@ ThemeColors ThemeColors::dark(const QColor& accent, Contrast contrast) {
     colors.secondaryText =
         colors.isHighContrast ? QColor(0xd4, 0xd5, 0xda) : QColor(0xa8, 0xaa, 0xb1);
     colors.hairline = QColor(0x37, 0x38, 0x3c);
-    derive(colors, accent, QColor(0xff, 0x7b, 0x72),
-           {.selection = 0.24, .hover = 0.05, .pressed = 0.12});
+    derive(colors, accent, QColor(0xff, 0x7b, 0x72), {.selection = 0.24, .hover = 0.05});
     return colors;
+}
+
+QColor ThemeColors::readableOnGrounds(QColor color, double ratio) const {
+    for (const auto& ground : {content, sidebar, raised, field, selection, hover}) {
+        color = readable(color, ground, ratio);
+    }
+    return color;
 }
 
 QPalette ThemeColors::palette() const {

@@ -7,6 +7,7 @@ namespace korvex::ui {
 
 /// The colours of one appearance. Texts have a contrast of at least 4.5 to 1 on every ground they
 /// stand on, and what is no text but says something 3 to 1; in high contrast 7 to 1 and 4.5 to 1.
+/// This holds for any accent.
 struct ThemeColors {
     /// The grounds: of what the user wrote, of the sidebar, of panels and menus over the content,
     /// of what is filled in.
@@ -22,10 +23,9 @@ struct ThemeColors {
     QColor border;
     QColor accent;
     QColor onAccent;
-    /// The grounds of states: chosen, under the pointer, held down.
+    /// The grounds of states: chosen, under the pointer.
     QColor selection;
     QColor hover;
-    QColor pressed;
     QColor danger;
     QColor scrollHandle;
     bool isDark = false;
@@ -35,6 +35,12 @@ struct ThemeColors {
     static ThemeColors light(const QColor& accent, Contrast contrast);
     static ThemeColors dark(const QColor& accent, Contrast contrast);
 
+    /// The least contrast of texts, and of what is no text but says something.
+    double textContrast() const { return isHighContrast ? 7 : 4.5; }
+    double markContrast() const { return isHighContrast ? 4.5 : 3; }
+    /// The colour, as much darker or lighter as it takes for `ratio` against every ground.
+    QColor readableOnGrounds(QColor color, double ratio) const;
+
     /// The same for what Qt draws.
     QPalette palette() const;
 };
@@ -42,7 +48,7 @@ struct ThemeColors {
 /// The ratio of luminances of the Web Content Accessibility Guidelines, from 1 to 21.
 double contrast(const QColor& left, const QColor& right);
 /// The colour, as much darker or lighter as it takes for `ratio` against the ground.
-QColor readable(QColor color, const QColor& ground, double ratio = 4.5);
+QColor readable(QColor color, const QColor& ground, double ratio);
 /// `part` of 0 to 1 of `color` over the ground.
 QColor blended(const QColor& color, const QColor& ground, double part);
 /// The ground of a message in this colour over the content.
