@@ -21,12 +21,7 @@ constexpr int kStep = 8;
 std::vector<double> dragEdge(ui::MainWindow& window, const bench::PaintCount& paints) {
     std::vector<double> frames;
     const auto resize = [&](int width) {
-        const int before = paints.count();
-        const auto start = std::chrono::steady_clock::now();
-        window.resize(width, window.height());
-        paints.waitForMoreThan(before);
-        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-        frames.push_back(taken.count());
+        frames.push_back(paints.secondsOf([&] { window.resize(width, window.height()); }));
     };
     for (int width = kNarrow + kStep; width < kWide; width += kStep) {
         resize(width);

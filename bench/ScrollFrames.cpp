@@ -14,7 +14,6 @@
 #include <QStringListModel>
 
 #include <algorithm>
-#include <chrono>
 #include <optional>
 
 namespace {
@@ -40,11 +39,7 @@ public:
         if (position == scrollBar().value()) {
             return std::nullopt;
         }
-        const int paints = m_paints.count();
-        const auto start = std::chrono::steady_clock::now();
-        scrollBar().setValue(position);
-        m_paints.waitForMoreThan(paints);
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        return m_paints.secondsOf([&] { scrollBar().setValue(position); });
     }
 
 private:

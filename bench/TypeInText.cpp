@@ -16,7 +16,6 @@
 #include <QTextEdit>
 
 #include <algorithm>
-#include <chrono>
 
 namespace {
 
@@ -77,13 +76,10 @@ public:
         QApplication::processEvents();
         const auto text = QStringLiteral("no plans at all ");
         for (int i = 0; i < kKeysInEachPlace; ++i) {
-            const int paints = m_paints.count();
-            const auto start = std::chrono::steady_clock::now();
-            QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, text.mid(i % text.size(), 1));
-            QApplication::sendEvent(&m_edit, &press);
-            m_paints.waitForMoreThan(paints);
-            const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-            times.push_back(taken.count());
+            times.push_back(m_paints.secondsOf([&] {
+                QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, text.mid(i % text.size(), 1));
+                QApplication::sendEvent(&m_edit, &press);
+            }));
         }
     }
 

@@ -51,6 +51,15 @@ public:
             QApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
     }
+    /// From the act until what it changed has been painted.
+    template <typename Act>
+    double secondsOf(Act&& act) const {
+        const int before = m_count;
+        const auto start = std::chrono::steady_clock::now();
+        act();
+        waitForMoreThan(before);
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
     bool eventFilter(QObject*, QEvent* event) override {
         m_count += event->type() == QEvent::Paint ? 1 : 0;
         return false;

@@ -20,6 +20,11 @@ public:
     /// Calls `work` on the main thread, soon. Any thread.
     virtual void post(std::function<void()> work) = 0;
 
+    /// How much time has passed since some moment, by a clock that is never set. Any thread.
+    virtual std::chrono::duration<double> elapsed() const {
+        return std::chrono::steady_clock::now().time_since_epoch();
+    }
+
     /// Calls `work` once, not earlier than after `delay`. Main thread.
     [[nodiscard]] virtual std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
                                                            std::function<void()> work) = 0;

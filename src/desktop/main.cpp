@@ -70,7 +70,7 @@ int main(int argc, char* argv[]) {
     app::AppPreferences preferences(defaults, log);
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
     using When = desktop::StoreOpening::When;
-    desktop::StoreOpening opening(file, preferences.mainBoardSelectedBoardID(), log,
+    desktop::StoreOpening opening(file, ui::Navigation::launchBoardID(preferences), log,
                                   arguments.areClear() ? When::now : When::whenTaken);
 
     QApplication application(argc, argv);
@@ -96,7 +96,7 @@ int main(int argc, char* argv[]) {
         if (showStoreError(*refused, file, theme) == AfterError::quit) {
             return kStoreUnusable;
         }
-        opening = desktop::StoreOpening(file, preferences.mainBoardSelectedBoardID(), log,
+        opening = desktop::StoreOpening(file, ui::Navigation::launchBoardID(preferences), log,
                                         When::whenTaken);
     }
     for (const auto& [from, to] : store.mergedBoards) {

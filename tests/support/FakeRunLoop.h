@@ -29,6 +29,10 @@ public:
         return timer;
     }
 
+    std::chrono::duration<double> elapsed() const override {
+        return std::chrono::duration<double>(m_time);
+    }
+
     std::size_t postedCount() const {
         const std::lock_guard lock(m_mutex);
         return m_posted.size();
@@ -80,6 +84,12 @@ public:
         if (auto* next = soonest()) {
             fire(*next);
         }
+    }
+
+    /// The soonest timer fires only after so much time, late or not.
+    void advanceToTimerLate(double seconds) {
+        m_time += seconds;
+        advanceToNextTimer();
     }
 
 private:

@@ -20,6 +20,8 @@ namespace {
 constexpr int kWidest = 300;
 /// A name that gets no more room than this is left alone in its chip.
 constexpr int kNarrow = 90;
+/// Some of a name is always seen.
+constexpr int kLeastName = 20;
 /// No more characters of a name than this are measured.
 constexpr qsizetype kMeasured = 300;
 
@@ -61,7 +63,8 @@ QString accessibleTextOf(const services::AttachmentList& list) {
     return count == 0 ? QString()
                       : QCoreApplication::translate("korvex::ui::AttachmentChips",
                                                     "%n attachment(s): %1", nullptr, count)
-                            .arg(names.join(QStringLiteral(", ")));
+                            .arg(names.join(translated(
+                                QT_TRANSLATE_NOOP("korvex::ui::AttachmentChips", ", "))));
 }
 
 AttachmentChips::AttachmentChips(const services::AttachmentList& list, int width,
@@ -98,7 +101,8 @@ void AttachmentChips::place(int width, const Theme& theme) {
             chip.size.clear();
             around = plain;
         }
-        chip.name = metrics.elidedText(chip.name, Qt::ElideMiddle, std::max(widest - around, 20));
+        chip.name = metrics.elidedText(chip.name, Qt::ElideMiddle,
+                                       std::max(widest - around, theme.scaled(kLeastName)));
         const auto chipWidth = std::min(around + metrics.horizontalAdvance(chip.name) + 1, width);
         if (x > 0 && x + chipWidth > width) {
             x = 0;
@@ -143,7 +147,7 @@ void AttachmentChips::paintChip(QPainter& painter, const Theme& theme, int index
     const auto radius = theme.radius(Radius::small);
     Shapes::paintBox(painter, chip.rect, radius,
                      isMarked    ? colors.selection
-                     : isHovered ? colors.hover
+                     : isHovered ? colors.tinted(colors.content, Tint::rest)
                                  : colors.content,
                      isSelected ? colors.accent : colors.hairline);
     if (isMarked) {

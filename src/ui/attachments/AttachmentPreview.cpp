@@ -19,8 +19,9 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr QSize kLargest(360, 280);
-constexpr int kMargin = 8;
+/// In pixels at the standard font size.
+constexpr int kWidest = 360;
+constexpr int kHighest = 280;
 constexpr qint64 kMaximumPixels = 100'000'000;
 /// Formats that only hold pixels: no other can refer to files or run long on little input.
 constexpr std::array kFormats{"png", "jpeg", "gif", "bmp", "webp"};
@@ -82,7 +83,8 @@ bool AttachmentPreview::show(const model::Entry& entry, const base::Uuid& id, co
                 showPicture(picture, name, anchor);
             }
         });
-    const auto room = kLargest * m_view.devicePixelRatioF();
+    const auto room =
+        QSize(m_theme.scaled(kWidest), m_theme.scaled(kHighest)) * m_view.devicePixelRatioF();
     m_threads.start([promise, room,
                      bytes = QByteArray(reinterpret_cast<const char*>(file->data.data()),
                                         static_cast<qsizetype>(file->data.size()))] {
@@ -111,16 +113,16 @@ void AttachmentPreview::showPicture(const PreviewPicture& picture, const QString
     popover->setAttribute(Qt::WA_TransparentForMouseEvents);
     popover->setAccessibleName(name);
     auto* const column = new QVBoxLayout(popover);
-    column->setContentsMargins(kMargin, kMargin, kMargin, kMargin);
+    const auto margin = m_theme.space(Space::medium);
+    column->setContentsMargins(margin, margin, margin, margin);
     auto* const label = new QLabel(popover);
     auto pixmap = QPixmap::fromImage(picture.image);
     pixmap.setDevicePixelRatio(m_view.devicePixelRatioF());
     label->setPixmap(pixmap);
     label->setAlignment(Qt::AlignCenter);
-    auto* const size =
-        new QLabel(QStringLiteral("%1 × %2").arg(QLocale().toString(picture.fullSize.width()),
-                                                 QLocale().toString(picture.fullSize.height())),
-                   popover);
+    auto* const size = new QLabel(tr("%1 × %2").arg(QLocale().toString(picture.fullSize.width()),
+                                                    QLocale().toString(picture.fullSize.height())),
+                                  popover);
     size->setFont(m_theme.smallFont());
     size->setForegroundRole(QPalette::PlaceholderText);
     column->addWidget(label);

@@ -101,7 +101,7 @@ void BoardActions::confirmDeletion(model::Board& board) {
         const auto entries = board.entries();
         const auto open = std::count_if(entries.begin(), entries.end(),
                                         [](const auto* entry) { return !entry->isCompleted(); });
-        message = tr("Open entries to delete: %1.").arg(open) + QLatin1Char('\n') +
+        message = tr("Open entries to delete: %L1.").arg(open) + QLatin1Char('\n') +
                   toQString(board.deletionMessage());
     });
     if (message.isEmpty()) {

@@ -72,9 +72,10 @@ model::BoardIconColor nextColor(const std::vector<model::Board*>& boards,
             ++uses[static_cast<std::size_t>(*color)];
         }
     }
-    std::vector<QColor> beside{theme.accent};
+    std::vector<QColor> beside{theme.accent, theme.danger};
+    const auto most = std::ssize(beside) + kNeighbours;
     const auto listed = services::BoardService::activeBoards(boards);
-    for (auto board = listed.rbegin(); board != listed.rend() && std::ssize(beside) <= kNeighbours;
+    for (auto board = listed.rbegin(); board != listed.rend() && std::ssize(beside) < most;
          ++board) {
         beside.push_back(iconColorOf(**board, theme));
     }

@@ -18,7 +18,8 @@ std::optional<model::BoardIconColor> ownColorOf(const model::Board& board);
 /// The colour of a board's icon.
 QColor iconColorOf(const model::Board& board, const ThemeColors& theme);
 /// What a new board behind these is offered: of the colours that the fewest have, the one that is
-/// told best from those of the boards next to it and from the accent, which the Inbox has.
+/// told best from those of the boards next to it, from the accent, which the Inbox has, and from
+/// what warns.
 model::BoardIconColor nextColor(const std::vector<model::Board*>& boards, const ThemeColors& theme);
 
 } // namespace korvex::ui

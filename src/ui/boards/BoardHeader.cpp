@@ -46,6 +46,7 @@ BoardHeader::BoardHeader(const Theme& theme, QWidget* parent)
     m_icon->setToolTip(tr("Choose icon and color"));
     m_name->setTextFormat(Qt::PlainText);
     m_name->setWordWrap(true);
+    m_count->setForegroundRole(QPalette::PlaceholderText);
     m_name->setAlignment((lineStart() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
     auto policy = m_name->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
@@ -126,7 +127,6 @@ void BoardHeader::startRenaming(const QString& typed) {
     if (!m_field) {
         m_field = new QLineEdit(this);
         m_field->setAccessibleName(tr("Name of the board"));
-        m_field->setAlignment(lineStart());
         m_field->installEventFilter(this);
         connect(m_field, &QLineEdit::textEdited, this, [this] { refuse({}); });
         setTabOrder(m_icon, m_field);
@@ -262,9 +262,6 @@ void BoardHeader::applyTheme() {
     m_name->setFont(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
     m_name->setContentsMargins(0, above, 0, 0);
     m_count->setFont(m_theme.font());
-    auto quiet = m_count->palette();
-    quiet.setColor(QPalette::WindowText, colors.secondaryText);
-    m_count->setPalette(quiet);
     alignNote(*m_count, *m_name, *m_words);
 }
 

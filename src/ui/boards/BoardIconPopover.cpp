@@ -4,12 +4,11 @@
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/BoardLookButton.h"
 #include "ui/kit/controls/ButtonGrid.h"
-#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/controls/RefusalLabel.h"
 #include "ui/kit/words/Refusal.h"
 
 #include <QApplication>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -41,16 +40,12 @@ BoardIconPopover::BoardIconPopover(model::Board& board, services::BoardService& 
       m_boards(boards),
       m_clock(clock),
       m_side(sideIn(*window, theme)),
-      m_icons(new ButtonGrid(tr("Icon"), kColumns, this)),
-      m_colors(new ButtonGrid(tr("Color"), kColumns, this)),
-      m_error(new QLabel(this)) {
+      m_icons(new ButtonGrid(tr("Icon"), kColumns, theme, this)),
+      m_colors(new ButtonGrid(tr("Color"), kColumns, theme, this)),
+      m_error(new RefusalLabel(theme, this)) {
     setAccessibleName(tr("Icon and color of the board"));
     addIcons();
     addColors();
-    m_error->setWordWrap(true);
-    m_error->setFont(theme.smallFont());
-    Accessibility::setRole(*m_error, QAccessible::AlertMessage);
-    m_error->hide();
     auto* const column = new QVBoxLayout(this);
     const auto margin = theme.space(Space::large);
     column->setContentsMargins(margin, margin, margin, margin);
@@ -114,9 +109,7 @@ void BoardIconPopover::showChoice() {
 }
 
 void BoardIconPopover::showRefusal(const std::optional<QString>& refused) {
-    m_error->setVisible(refused.has_value());
-    m_error->setText(refused.value_or(QString()));
-    Accessibility::say(*m_error, m_error->text());
+    m_error->say(refused.value_or(QString()));
     showChoice();
     placeAgain();
 }

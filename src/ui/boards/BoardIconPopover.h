@@ -5,12 +5,11 @@
 #include "services/BoardService.h"
 #include "ui/kit/overlays/Popover.h"
 
-class QLabel;
-
 namespace korvex::ui {
 
 class BoardLookButton;
 class ButtonGrid;
+class RefusalLabel;
 
 /// Chooses a board's icon and its colour; both are stored at once. Arrow keys walk the two grids,
 /// which have the same columns; Tab leads from one to the other, Return chooses and closes.
@@ -41,7 +40,7 @@ private:
     ButtonGrid* m_icons;
     /// The first is the accent colour, for none of the board's own.
     ButtonGrid* m_colors;
-    QLabel* m_error;
+    RefusalLabel* m_error;
 };
 
 } // namespace korvex::ui

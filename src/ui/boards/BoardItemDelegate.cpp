@@ -37,7 +37,6 @@ QWidget* BoardItemDelegate::createEditor(QWidget* parent, const QStyleOptionView
                                          const QModelIndex&) const {
     auto* const field = new QLineEdit(parent);
     field->setFont(m_theme.font());
-    field->setAlignment(lineStart());
     field->setAutoFillBackground(true);
     field->setAccessibleName(tr("Name of the board"));
     return field;

@@ -239,7 +239,7 @@ void BoardListView::paintEvent(QPaintEvent* event) {
         paintDropLine(painter, rect,
                       m_dropTarget->placement == model::EntryPlacement::before ? Qt::TopEdge
                                                                                : Qt::BottomEdge,
-                      m_theme.space(Space::medium), m_theme.colors().accent);
+                      m_theme.space(Space::medium), m_theme);
     }
     if (m_entryTarget >= 0 && m_entryTarget < m_model.rowCount()) {
         const auto box = NamedRow::box(visualRect(m_model.index(m_entryTarget, 0)),

@@ -10,9 +10,8 @@ namespace korvex::ui {
 namespace {
 
 /// For a sign upon this colour.
-QColor signOn(const QColor& color) {
-    constexpr double kSignContrast = 3;
-    return contrast(Qt::white, color) >= kSignContrast ? Qt::white : Qt::black;
+QColor signOn(const QColor& color, const ThemeColors& colors) {
+    return contrast(Qt::white, color) >= colors.markContrast() ? Qt::white : Qt::black;
 }
 
 } // namespace
@@ -41,8 +40,8 @@ void BoardLookButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (underMouse() && !isChecked()) {
-        const auto tint = isDown() ? Shapes::Tint::pressed : Shapes::Tint::hovered;
-        Shapes::paintBox(painter, rect(), radius, Shapes::tint(colors, tint), QColor());
+        const auto tint = isDown() ? Tint::pressed : Tint::hovered;
+        Shapes::paintBox(painter, rect(), radius, colors.tint(tint), QColor());
     }
     if (m_icon.isEmpty()) {
         paintColor(painter);
@@ -59,7 +58,7 @@ void BoardLookButton::paintIcon(QPainter& painter) const {
         Shapes::paintBox(painter, rect().adjusted(apart, apart, -apart, -apart),
                          m_theme.radius(Radius::small), m_color, QColor());
     }
-    IconSet::draw(painter, m_icon, isChecked() ? signOn(m_color) : m_color,
+    IconSet::draw(painter, m_icon, isChecked() ? signOn(m_color, m_theme.colors()) : m_color,
                   middle(width() / 2.0).toRect());
 }
 
@@ -70,7 +69,7 @@ void BoardLookButton::paintColor(QPainter& painter) const {
     painter.setBrush(m_color);
     painter.drawEllipse(middle(size));
     if (isChecked()) {
-        IconSet::draw(painter, QStringLiteral("check-bold"), signOn(m_color),
+        IconSet::draw(painter, QStringLiteral("check-bold"), signOn(m_color, m_theme.colors()),
                       middle(width() * 3 / 8.0).toRect());
         painter.setPen(QPen(m_color, line));
         painter.setBrush(Qt::NoBrush);

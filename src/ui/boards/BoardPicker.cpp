@@ -20,7 +20,6 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr int kPanelWidth = 340;
 constexpr int kMostRows = 9;
 
 } // namespace
@@ -113,7 +112,7 @@ BoardPicker::BoardPicker(Offer offer, store::ModelContext& context,
       m_model(new BoardPickerModel(std::move(offer.boards), folding, this)),
       m_nothing(new QLabel(tr("No board of this name"), this)) {
     setFixedWidth(
-        std::min(theme.scaled(kPanelWidth), window->width() - 2 * theme.space(Space::large)));
+        std::min(theme.scaled(kPanelMeasure), window->width() - 2 * theme.space(Space::large)));
     list().setMouseTracking(true);
     list().setItemDelegate(new BoardPickerDelegate(*m_model, theme, &list()));
     list().setModel(m_model);

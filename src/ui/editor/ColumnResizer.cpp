@@ -19,8 +19,8 @@ using richtext::RichTextTable;
 
 namespace {
 
-/// How far from a border the pointer takes hold of it, in pixels.
-constexpr int kGrip = 4;
+/// How far from a border the pointer takes hold of it.
+constexpr auto kGrip = Space::small;
 
 } // namespace
 
@@ -122,7 +122,7 @@ std::optional<ColumnResizer::Border> ColumnResizer::borderAt(const QPoint& posit
             }
             const auto content = layout.blockBoundingRect(cell.firstCursorPosition().block());
             const auto x = qRound(content.right() + between / 2.0) - scrolled.x();
-            if (std::abs(position.x() - x) <= kGrip) {
+            if (std::abs(position.x() - x) <= m_edit.look().space(kGrip)) {
                 return Border{table, column, x, area, content.width()};
             }
         }

@@ -1,10 +1,10 @@
 #include "ui/editor/LinkPopover.h"
 
 #include "ui/editor/LinkTarget.h"
+#include "ui/kit/controls/FlowLayout.h"
+#include "ui/kit/controls/RefusalLabel.h"
 
-#include <QHBoxLayout>
 #include <QKeyEvent>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -13,18 +13,11 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// In pixels at the standard font size.
-constexpr int kPanelWidth = 340;
-
-} // namespace
-
 LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* window)
     : Popover(theme, window),
       m_original(target),
       m_target(new QLineEdit(target, this)),
-      m_error(new QLabel(this)),
+      m_error(new RefusalLabel(theme, this)),
       m_open(new QPushButton(tr("Open"), this)),
       m_remove(new QPushButton(tr("Remove link"), this)),
       m_save(new QPushButton(target.isEmpty() ? tr("Add link") : tr("Save"), this)) {
@@ -35,11 +28,6 @@ LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* win
     m_target->setPlaceholderText(tr("example.org or name@example.org"));
     m_target->setAccessibleName(tr("Target of the link"));
     m_target->selectAll();
-    m_error->setWordWrap(true);
-    m_error->setFont(theme.smallFont());
-    auto errorPalette = m_error->palette();
-    errorPalette.setColor(QPalette::WindowText, theme.colors().danger);
-    m_error->setPalette(errorPalette);
     m_open->setVisible(!target.isEmpty());
     m_remove->setVisible(!target.isEmpty());
     m_save->setDefault(true);
@@ -62,18 +50,17 @@ LinkPopover::LinkPopover(const QString& target, const Theme& theme, QWidget* win
 
 void LinkPopover::layOut() {
     const auto margin = theme().space(Space::large);
-    setPanelWidth(theme().scaled(kPanelWidth));
+    setPanelWidth(theme().scaled(kPanelMeasure));
     auto* const column = new QVBoxLayout(this);
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(theme().space(Space::medium));
     column->addWidget(m_target);
     column->addWidget(m_error);
-    auto* const buttons = new QHBoxLayout;
+    auto* const buttons = new FlowLayout;
     buttons->setSpacing(theme().space(Space::medium));
-    buttons->addWidget(m_open);
-    buttons->addWidget(m_remove);
-    buttons->addStretch();
-    buttons->addWidget(m_save);
+    for (auto* const button : {m_open, m_remove, m_save}) {
+        buttons->addWidget(button);
+    }
     column->addLayout(buttons);
 }
 
@@ -107,9 +94,7 @@ void LinkPopover::showTarget() {
 }
 
 void LinkPopover::showError(const QString& message) {
-    m_error->setText(message);
-    m_error->setAccessibleName(message);
-    m_error->setVisible(!message.isEmpty());
+    m_error->say(message);
     if (isVisible()) {
         placeAgain();
     }

@@ -2,11 +2,12 @@
 
 #include "ui/kit/overlays/Popover.h"
 
-class QLabel;
 class QLineEdit;
 class QPushButton;
 
 namespace korvex::ui {
+
+class RefusalLabel;
 
 /// Asks for the target of a link. Return stores, Escape gives up; what cannot be a target stays
 /// open with the reason.
@@ -36,7 +37,7 @@ private:
 
     QString m_original;
     QLineEdit* m_target;
-    QLabel* m_error;
+    RefusalLabel* m_error;
     QPushButton* m_open;
     QPushButton* m_remove;
     QPushButton* m_save;

@@ -92,8 +92,6 @@ void RichTextEdit::setLook(const TextLook& look) {
     auto own = palette();
     own.setColor(QPalette::Base, Qt::transparent);
     own.setColor(QPalette::Text, look.text);
-    own.setColor(QPalette::Highlight, look.selection);
-    own.setColor(QPalette::HighlightedText, look.text);
     setPalette(own);
     if (text) {
         const auto wasModified = document()->isModified();

@@ -26,9 +26,7 @@ TablePopover::TablePopover(const Theme& theme, QWidget* window)
     setAccessibleName(tr("New table"));
     m_size->setFont(theme.sectionFont());
     m_limits->setFont(theme.smallFont());
-    auto quiet = m_limits->palette();
-    quiet.setColor(QPalette::WindowText, theme.colors().secondaryText);
-    m_limits->setPalette(quiet);
+    m_limits->setForegroundRole(QPalette::PlaceholderText);
     m_insert->setDefault(true);
     layOut();
     connect(m_insert, &QPushButton::clicked, this, &TablePopover::insert);

@@ -14,14 +14,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-constexpr int kPlaceWidth = 2;
-constexpr int kPlaceDistance = 4;
-constexpr int kPictureDistance = 12;
-
-} // namespace
-
 AttachmentDrag::AttachmentDrag(EntryListModel& model, EntryListView& view,
                                AttachmentActions& actions, store::ModelContext& context,
                                const Theme& theme)
@@ -53,7 +45,8 @@ void AttachmentDrag::drag(const model::Entry& entry, const base::Uuid& id) {
     drag->setMimeData(m_actions.dragged(entry, id).release());
     drag->setPixmap(picture);
     // Beside the pointer, where it hides nothing of the place that it would go to.
-    drag->setHotSpot({-kPictureDistance, -kPictureDistance});
+    const auto beside = m_theme.space(Space::large);
+    drag->setHotSpot({-beside, -beside});
     // Never as a move: a file manager would believe that it may take the file away.
     drag->exec(Qt::CopyAction);
     mark(std::nullopt);
@@ -135,10 +128,12 @@ void AttachmentDrag::mark(const std::optional<Target>& target) {
     }
     std::optional<QRect> place;
     if (target->relativeTo) {
+        const auto apart = m_theme.space(Space::small);
+        const auto width = m_theme.space(Space::hair);
         const auto x = target->placement == model::EntryPlacement::before
-                           ? target->chip.left() - kPlaceDistance
-                           : target->chip.right() + 1 + kPlaceDistance - kPlaceWidth;
-        place = QRect(x, target->chip.top(), kPlaceWidth, target->chip.height());
+                           ? target->chip.left() - apart
+                           : target->chip.right() + 1 + apart - width;
+        place = QRect(x, target->chip.top(), width, target->chip.height());
     }
     m_dropMark->mark(m_view.visualRect(m_model.index(target->row, 0)), place);
 }

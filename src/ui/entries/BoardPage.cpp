@@ -209,7 +209,7 @@ void BoardPage::showEntry(model::Entry& entry) {
 
 BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
     const auto isSame = this->board() && this->board()->id() == board.id();
-    const auto form = isSame ? tr("Another program replaced “%1” meanwhile. Go on with what was "
+    const auto form = isSame ? tr("“%1” was replaced meanwhile. Go on with what was "
                                   "typed, or discard it.")
                              : tr("This was typed on “%1”, which is no longer there. Go on with it "
                                   "here, or discard it.");
@@ -347,8 +347,11 @@ void BoardPage::updateHeader() {
     }
     m_header->show(*m_model.board(), m_model.openTodoCount());
     const auto isEmpty = m_model.rowCount() == 1 && !m_model.hasDraft();
-    setHint(isEmpty && !isReadOnly() ? tr("Nothing here yet. Type a todo, or paste several lines.")
-                                     : QString());
+    if (isEmpty && !isReadOnly()) {
+        setHint(tr("Nothing here yet."), tr("Type a todo, or paste several lines."));
+    } else {
+        setHint({});
+    }
     m_archivedNotice->setVisible(showsArchivedBoard());
 }
 

@@ -103,7 +103,7 @@ void EntryItemDelegate::paintSign(QPainter& painter, const QRect& rect, int row,
         state.setFlag(QStyle::State_MouseOver,
                       state.testFlag(QStyle::State_MouseOver) && !m_model.isReadOnly());
         if (entry.isTodo()) {
-            TodoPainting::drawCircle(painter, rect, TodoPainting::circleOf(entry, state), colors);
+            Shapes::paintCheckCircle(painter, rect, TodoPainting::circleOf(entry, state), colors);
         }
         return;
     }

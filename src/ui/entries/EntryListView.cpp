@@ -15,7 +15,7 @@ EntryListView::EntryListView(EntryListModel& model, richtext::CodeHighlighter& c
       m_leaving(*this, [&model](const model::Entry& entry) { return model.rowOf(entry); }),
       m_chips(model, *this, *m_delegate),
       m_hits(model, *this, *m_delegate),
-      m_tables(m_hits, *this, *m_delegate),
+      m_tables(m_hits, *this, *m_delegate, theme),
       m_reordering(model, *this, theme) {
     setDragEnabled(true);
     setAcceptDrops(true);

@@ -57,8 +57,7 @@ void EntryReordering::paint() const {
         QPainter painter(m_list.viewport());
         const auto isBefore = m_place->placement == model::EntryPlacement::before;
         paintDropLine(painter, m_list.visualRect(m_model.index(m_place->row, 0)),
-                      isBefore ? Qt::TopEdge : Qt::BottomEdge, m_theme.space(Space::wide),
-                      m_theme.colors().accent);
+                      isBefore ? Qt::TopEdge : Qt::BottomEdge, m_theme.space(Space::wide), m_theme);
     }
 }
 

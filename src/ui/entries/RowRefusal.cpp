@@ -67,7 +67,7 @@ void RowRefusal::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     Shapes::paintBox(painter, rect(), m_theme.radius(Radius::small), messageGround(colors, color()),
-                     {});
+                     Shapes::controlEdge(colors));
 }
 
 QColor RowRefusal::color() const {

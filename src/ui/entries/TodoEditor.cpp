@@ -2,11 +2,13 @@
 
 #include "base/Text.h"
 #include "richtext/text/TextMerge.h"
+#include "ui/editor/TextMenu.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/RowFrame.h"
 #include "ui/todos/TodoPainting.h"
 
+#include <QMenu>
 #include <QPainter>
 
 namespace korvex::ui {
@@ -54,6 +56,12 @@ void TodoEditor::setCaret(int offset) {
     m_field->setCaret(offset < 0 ? static_cast<int>(typed().size()) : offset);
 }
 
+QMenu* TodoEditor::makeMenu() {
+    auto* const menu = new QMenu(m_field);
+    addEditingItems(*menu, *m_field);
+    return menu;
+}
+
 void TodoEditor::setDueLabel(const DueLabel& label) {
     m_due->setLabel(label);
     arrangeAgain();
@@ -71,7 +79,7 @@ int TodoEditor::textHeight(const EntryRowRoom& room) {
 void TodoEditor::paintEvent(QPaintEvent* event) {
     RowEditor::paintEvent(event);
     QPainter painter(this);
-    TodoPainting::drawCircle(painter, m_circle, TodoPainting::Circle::open, theme().colors());
+    Shapes::paintCheckCircle(painter, m_circle, Shapes::CheckCircle::open, theme().colors());
 }
 
 void TodoEditor::resizeEvent(QResizeEvent* event) {

@@ -28,7 +28,7 @@ public:
     void load(const richtext::AttributedString& stored) override;
     void change(const richtext::AttributedString& to) override;
     bool isChanged() const override;
-    QMenu* makeMenu() override { return m_field->createStandardContextMenu(); }
+    QMenu* makeMenu() override;
 
 Q_SIGNALS:
     void scheduleClicked();

@@ -6,8 +6,9 @@ namespace korvex::ui {
 
 namespace {
 
-/// What a key moves a table by, and one step of a wheel.
+/// What a key moves a table by, and one step of a wheel, in pixels at the standard font size.
 constexpr int kTableStep = 48;
+/// One step of a wheel, in the unit of wheels.
 constexpr int kWheelStep = 120;
 
 } // namespace
@@ -26,14 +27,15 @@ int WideTables::wholeWidth(const model::Entry* entry) const {
 }
 
 void WideTables::step(int row, int direction) {
-    scroll(row, direction * kTableStep);
+    scroll(row, direction * m_theme.scaled(kTableStep));
 }
 
 bool WideTables::follow(const QWheelEvent& event) {
     const auto isTurned = event.modifiers() == Qt::ShiftModifier;
     const auto pixels = isTurned ? event.pixelDelta().transposed() : event.pixelDelta();
     const auto steps = isTurned ? event.angleDelta().transposed() : event.angleDelta();
-    const auto by = pixels.isNull() ? steps.x() * kTableStep / kWheelStep : pixels.x();
+    const auto by =
+        pixels.isNull() ? steps.x() * m_theme.scaled(kTableStep) / kWheelStep : pixels.x();
     const auto position = event.position().toPoint();
     const auto index = m_list.indexAt(position);
     return by != 0 && index.isValid() && scroll(index.row(), -by, position);

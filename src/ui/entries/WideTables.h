@@ -13,8 +13,9 @@ namespace korvex::ui {
 /// far as there is room, and what is seen of a table can be moved. Main thread.
 class WideTables final {
 public:
-    WideTables(const EntryHits& hits, LazyListView& list, const EntryItemDelegate& delegate)
-        : m_hits(hits), m_list(list), m_delegate(delegate) {}
+    WideTables(const EntryHits& hits, LazyListView& list, const EntryItemDelegate& delegate,
+               const Theme& theme)
+        : m_hits(hits), m_list(list), m_delegate(delegate), m_theme(theme) {}
 
     /// The row of this entry was laid out; null for a row that shows none.
     void measured(const model::Entry* entry, const EntryRowLayout& laidOut);
@@ -35,6 +36,7 @@ private:
     const EntryHits& m_hits;
     LazyListView& m_list;
     const EntryItemDelegate& m_delegate;
+    const Theme& m_theme;
     std::unordered_map<const model::Entry*, int> m_wholeWidths;
 };
 

@@ -1,11 +1,15 @@
 #include "ui/gallery/ControlSamples.h"
 
 #include "ui/gallery/ShownState.h"
+#include "ui/kit/controls/FilterChoice.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
+#include "ui/kit/fields/DateField.h"
+#include "ui/kit/fields/TimeField.h"
 #include "ui/kit/theme/Danger.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/theme/Shapes.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,6 +17,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -28,7 +33,7 @@ namespace korvex::ui {
 namespace {
 
 /// Of a sample, in pixels at the standard font size.
-constexpr int kWidest = 130;
+constexpr int kWidest = 150;
 
 struct Column {
     QString title;
@@ -79,6 +84,20 @@ std::vector<Kind> buttons(const Theme& theme) {
              made->setFlat(true);
              return made;
          }},
+        {QStringLiteral("Flat, default"),
+         [] {
+             auto* const made = button(QStringLiteral("Insert table"));
+             made->setFlat(true);
+             made->setDefault(true);
+             return made;
+         }},
+        {QStringLiteral("Flat, dangerous"),
+         [] {
+             auto* const made = button(QStringLiteral("Delete…"));
+             made->setFlat(true);
+             markDangerous(*made);
+             return made;
+         }},
         {QStringLiteral("Tool"), [&theme] { return tool(theme, QStringLiteral("text-b")); }},
         {QStringLiteral("Tool, on"),
          [&theme] {
@@ -120,6 +139,45 @@ QWidget* radio(bool isOn) {
     return made;
 }
 
+/// The circle of a todo; otherwise a row draws it.
+class Circle final : public QWidget {
+public:
+    Circle(bool isCompleted, const Theme& theme) : m_isCompleted(isCompleted), m_theme(theme) {}
+
+    QSize sizeHint() const override { return QSize(1, 1) * m_theme.extent(Extent::control); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        using Shapes::CheckCircle;
+        const auto size = m_theme.extent(Extent::sign);
+        QPainter painter(this);
+        painter.setOpacity(isEnabled() ? 1 : kDisabledOpacity);
+        Shapes::paintCheckCircle(painter, QRect(0, (height() - size) / 2, size, size),
+                                 m_isCompleted  ? CheckCircle::completed
+                                 : underMouse() ? CheckCircle::openHovered
+                                                : CheckCircle::open,
+                                 m_theme.colors());
+    }
+
+private:
+    bool m_isCompleted;
+    const Theme& m_theme;
+};
+
+QWidget* filter(const Theme& theme, int chosen) {
+    auto* const made = new FilterChoice(QStringLiteral("Filter by board"), theme, nullptr);
+    made->addItems({QStringLiteral("All boards"), QStringLiteral("Inbox")});
+    made->setCurrentIndex(chosen);
+    return made;
+}
+
+QWidget* progress(int maximum) {
+    auto* const made = new QProgressBar;
+    made->setRange(0, maximum);
+    made->setValue(maximum * 2 / 5);
+    return made;
+}
+
 QWidget* onOff(const Theme& theme, bool isOn) {
     auto* const made = new Switch(QStringLiteral("Sounds"), theme);
     made->setChecked(isOn);
@@ -135,6 +193,9 @@ std::vector<Kind> choices(const Theme& theme) {
         {QStringLiteral("On"), [] { return radio(true); }},
         {QStringLiteral("Switch"), [&theme] { return onOff(theme, false); }},
         {QStringLiteral("On"), [&theme] { return onOff(theme, true); }},
+        {QStringLiteral("Check circle"),
+         [&theme]() -> QWidget* { return new Circle(false, theme); }},
+        {QStringLiteral("Ticked"), [&theme]() -> QWidget* { return new Circle(true, theme); }},
         {QStringLiteral("One of few"),
          [&theme]() -> QWidget* {
              return new SegmentedChoice(
@@ -145,6 +206,8 @@ std::vector<Kind> choices(const Theme& theme) {
 }
 
 std::vector<Kind> fields(const Theme& theme) {
+    const auto formats =
+        std::make_shared<const base::DateFormats>(std::string(), base::TimeZone::system());
     return {
         {QStringLiteral("Choice"),
          []() -> QWidget* {
@@ -167,12 +230,17 @@ std::vector<Kind> fields(const Theme& theme) {
              return made;
          }},
         {QStringLiteral("Search"), [&theme]() -> QWidget* { return new SearchField(theme); }},
-        {QStringLiteral("Progress"),
-         []() -> QWidget* {
-             auto* const made = new QProgressBar;
-             made->setValue(40);
-             return made;
+        {QStringLiteral("Filter"), [&theme] { return filter(theme, 0); }},
+        {QStringLiteral("Filter, set"), [&theme] { return filter(theme, 1); }},
+        {QStringLiteral("Day"),
+         [&theme, formats]() -> QWidget* {
+             return new DateField({.formats = formats, .today = [] { return QDate(2025, 3, 13); }},
+                                  theme, nullptr);
          }},
+        {QStringLiteral("Time"),
+         [&theme, formats]() -> QWidget* { return new TimeField(formats, theme, nullptr); }},
+        {QStringLiteral("Progress"), [] { return progress(100); }},
+        {QStringLiteral("Under way"), [] { return progress(0); }},
     };
 }
 

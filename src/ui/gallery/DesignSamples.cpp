@@ -25,7 +25,6 @@ constexpr std::array kColors{
     NamedColor{"raised", &ThemeColors::raised},
     NamedColor{"field", &ThemeColors::field},
     NamedColor{"selection", &ThemeColors::selection},
-    NamedColor{"hover", &ThemeColors::hover},
     NamedColor{"text", &ThemeColors::text},
     NamedColor{"secondaryText", &ThemeColors::secondaryText},
     NamedColor{"accent", &ThemeColors::accent},

@@ -12,6 +12,8 @@
 #include <QHBoxLayout>
 #include <QScrollArea>
 
+#include <algorithm>
+
 namespace korvex::ui {
 
 namespace {
@@ -21,16 +23,28 @@ using Appearance = app::AppPreferences::Appearance;
 } // namespace
 
 GalleryWindow::GalleryWindow(app::AppPreferences& preferences, Theme& theme)
-    : m_preferences(preferences), m_theme(theme), m_samples(new QScrollArea(this)) {
+    : m_preferences(preferences),
+      m_theme(theme),
+      m_controls(makeControls()),
+      m_samples(new QScrollArea(this)) {
     setWindowTitle(QStringLiteral("Gallery"));
     m_samples->setFrameShape(QFrame::NoFrame);
     m_samples->setWidgetResizable(true);
     auto* const column = new QVBoxLayout(this);
-    column->addWidget(makeControls());
+    column->addWidget(m_controls);
     column->addWidget(m_samples, 1);
     // Whoever changed the look may be a control of this window: it is let finish first.
     connect(&theme, &Theme::changed, this, &GalleryWindow::showSamples, Qt::QueuedConnection);
     showSamples();
+}
+
+QSize GalleryWindow::wholeSize() const {
+    const auto controls = m_controls->sizeHint();
+    const auto samples = m_samples->widget()->sizeHint();
+    const auto around = layout()->contentsMargins();
+    const QSize whole(std::max(controls.width(), samples.width()),
+                      controls.height() + layout()->spacing() + samples.height());
+    return whole.grownBy(around);
 }
 
 QWidget* GalleryWindow::makeControls() {

@@ -18,6 +18,9 @@ public:
     /// Both outlive the window.
     GalleryWindow(app::AppPreferences& preferences, Theme& theme);
 
+    /// In a window of this size nothing needs to be scrolled.
+    QSize wholeSize() const;
+
 private:
     QWidget* makeControls();
     /// Makes all samples anew, in the look that is now.
@@ -25,6 +28,7 @@ private:
 
     app::AppPreferences& m_preferences;
     Theme& m_theme;
+    QWidget* m_controls;
     QScrollArea* m_samples;
 };
 

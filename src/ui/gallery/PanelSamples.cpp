@@ -2,19 +2,19 @@
 
 #include "ui/gallery/ShownState.h"
 #include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
 #include "ui/kit/overlays/ErrorBanner.h"
-#include "ui/kit/theme/Danger.h"
+#include "ui/kit/style/MenuDrawing.h"
 #include "ui/kit/theme/IconSet.h"
-#include "ui/kit/theme/Shapes.h"
 
+#include <QAbstractItemView>
 #include <QActionGroup>
-#include <QFrame>
+#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPainter>
-#include <QPushButton>
 #include <QScrollBar>
 #include <QVBoxLayout>
 
@@ -25,21 +25,32 @@ namespace {
 /// In pixels at the standard font size.
 constexpr int kPanelWidth = 240;
 constexpr int kListHeight = 200;
+constexpr QSize kChoicesStage(256, 216);
+constexpr QSize kQuestionStage(400, 180);
 
-/// A panel that has a place in a layout.
-class Panel final : public QFrame {
+/// Stands for the window that a panel opens over.
+QWidget* makeStage(const QSize& size, const Theme& theme, QWidget* parent) {
+    auto* const stage = new QWidget(parent);
+    stage->setFixedSize(theme.scaled(size.width()), theme.scaled(size.height()));
+    return stage;
+}
+
+/// A tip, which otherwise is a window of its own.
+class Tip final : public QLabel {
 public:
-    Panel(const Theme& theme, QWidget* parent) : QFrame(parent), m_theme(theme) {
-        const auto margin = theme.space(Space::large);
-        auto* const column = new QVBoxLayout(this);
-        column->setContentsMargins(margin, margin, margin, margin);
+    Tip(const Theme& theme, QWidget* parent)
+        : QLabel(QStringLiteral("Schedule (Ctrl+D)"), parent), m_theme(theme) {
+        setFont(theme.smallFont());
+        setMargin(theme.space(Space::small));
+        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     }
-    QVBoxLayout& column() { return static_cast<QVBoxLayout&>(*layout()); }
 
 protected:
-    void paintEvent(QPaintEvent*) override {
+    void paintEvent(QPaintEvent* event) override {
         QPainter painter(this);
-        Shapes::paintPanel(painter, rect(), m_theme.radius(Radius::large), m_theme.colors());
+        MenuDrawing::paintPanel(painter, rect(), m_theme.radius(Radius::medium), m_theme);
+        painter.end();
+        QLabel::paintEvent(event);
     }
 
 private:
@@ -80,30 +91,41 @@ QListWidget* makeList(int count) {
 }
 
 QWidget* makeChoices(const Theme& theme, QWidget* parent) {
-    auto* const panel = new Panel(theme, parent);
+    auto* const stage = makeStage(kChoicesStage, theme, parent);
+    auto* const panel = new Popover(theme, stage);
+    panel->setFixedSize(theme.scaled(kPanelWidth), theme.scaled(kListHeight));
+    auto* const column = new QVBoxLayout(panel);
     auto* const field = new QLineEdit;
     field->setPlaceholderText(QStringLiteral("Go to a board"));
-    panel->column().addWidget(field);
-    panel->column().addWidget(makeList(12));
-    panel->setFixedSize(theme.scaled(kPanelWidth), theme.scaled(kListHeight));
-    return panel;
+    column->addWidget(field);
+    column->addWidget(makeList(12));
+    panel->show();
+    return stage;
+}
+
+/// The list that a choice opens, as a part of this window.
+QWidget* makeOpenList(const Theme& theme, QWidget* parent) {
+    auto* const choice = new QComboBox;
+    choice->addItems(
+        {QStringLiteral("All boards"), QStringLiteral("Inbox"), QStringLiteral("Trip to Lisbon")});
+    choice->setCurrentIndex(1);
+    auto* const list = choice->view()->parentWidget();
+    list->setParent(parent, Qt::Widget);
+    choice->setParent(list);
+    choice->hide();
+    choice->view()->setCurrentIndex(choice->model()->index(1, 0));
+    list->setFixedSize(theme.scaled(kPanelWidth), choice->count() * theme.extent(Extent::control) +
+                                                      2 * theme.space(Space::medium));
+    return list;
 }
 
 QWidget* makeQuestion(const Theme& theme, QWidget* parent) {
-    auto* const panel = new Panel(theme, parent);
-    panel->setFixedWidth(theme.scaled(kPanelWidth));
-    auto* const words =
-        new QLabel(QStringLiteral("Delete “Lisbon” with three open todos and one completed?"));
-    words->setWordWrap(true);
-    auto* const remove = new QPushButton(QStringLiteral("Delete"));
-    markDangerous(*remove);
-    auto* const buttons = new QHBoxLayout;
-    buttons->addStretch();
-    buttons->addWidget(new QPushButton(QStringLiteral("Cancel")));
-    buttons->addWidget(remove);
-    panel->column().addWidget(words);
-    panel->column().addLayout(buttons);
-    return panel;
+    auto* const stage = makeStage(kQuestionStage, theme, parent);
+    auto* const sheet = new ConfirmationSheet(
+        QStringLiteral("Delete “Lisbon” with three open todos and one completed?"),
+        QStringLiteral("Delete"), theme, stage);
+    sheet->show();
+    return stage;
 }
 
 QWidget* makeBanner(const Theme& theme, QWidget* parent, ErrorBanner::Tone tone) {
@@ -138,11 +160,14 @@ QWidget* makePanelSamples(const Theme& theme, QWidget* parent) {
     auto* const banners = new QVBoxLayout;
     banners->addWidget(makeBanner(theme, table, ErrorBanner::Tone::error));
     banners->addWidget(makeBanner(theme, table, ErrorBanner::Tone::notice));
+    banners->addStretch();
     grid->addLayout(banners, 1, 1, Qt::AlignTop);
+    grid->addWidget(makeOpenList(theme, table), 2, 0, Qt::AlignTop);
+    grid->addWidget(new Tip(theme, table), 2, 1, Qt::AlignTop | Qt::AlignLeft);
     auto* const lists = new QHBoxLayout;
     lists->addWidget(makeList(30));
     lists->addWidget(makeHeldList(theme));
-    grid->addLayout(lists, 2, 0, 1, 2);
+    grid->addLayout(lists, 3, 0, 1, 2);
     return table;
 }
 

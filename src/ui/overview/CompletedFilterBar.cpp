@@ -3,13 +3,13 @@
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/boards/BoardLabel.h"
+#include "ui/kit/controls/FilterChoice.h"
 #include "ui/kit/controls/FlowLayout.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/fields/DateField.h"
 #include "ui/kit/fields/WallClock.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
-#include "ui/overview/FilterChoice.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -100,7 +100,7 @@ void SearchResultDelegate::paintLine(QPainter& painter, const SearchRow& row, co
     const auto& colors = m_theme.colors();
     auto font = m_theme.font();
     if (row.isBoard) {
-        font.setWeight(QFont::DemiBold);
+        font = Theme::strong(font);
     }
     const auto line = row.line.fitted(QFontMetrics(font), rect.width());
     QTextLayout layout(line.text, font);

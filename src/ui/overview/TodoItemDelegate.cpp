@@ -33,7 +33,7 @@ void TodoItemDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opti
     const auto& entry = *m_model.entry(row);
     paintRowGround(*painter, laidOut.box(), quietWithoutKeyboard(option.state), m_theme);
 
-    TodoPainting::drawCircle(*painter, laidOut.circle(),
+    Shapes::paintCheckCircle(*painter, laidOut.circle(),
                              TodoPainting::circleOf(entry, option.state), colors);
     painter->setPen(entry.isCompleted() ? colors.secondaryText : colors.text);
     laidOut.textLayout().draw(painter, laidOut.text().topLeft());

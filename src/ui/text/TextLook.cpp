@@ -76,10 +76,13 @@ TextLook::TextLook(const Theme& theme) : font(theme.font()) {
     headerFill = blended(colors.text, colors.content, isDark ? 0.10 : 0.06);
     separator = colors.isHighContrast ? colors.border
                                       : blended(colors.text, colors.content, isDark ? 0.24 : 0.18);
-    selection = colors.selection;
+    // As in every field; what is selected is drawn in the one colour that goes with it, so that
+    // the colours of code and links need not be readable on it.
+    selection = colors.accent;
     scrollHandle = colors.scrollHandle;
     m_contrast = colors.textContrast();
-    m_grounds = {colors.content, colors.hover, colors.selection, codeGround, headerFill};
+    m_grounds = {colors.content, colors.tinted(colors.content, Tint::rest), colors.selection,
+                 codeGround, headerFill};
     text = readableOnAllGrounds(colors.text);
     quiet = readableOnAllGrounds(colors.secondaryText);
     link = readableOnAllGrounds(colors.accent);

@@ -36,8 +36,8 @@ DueLabel dueLabelOf(const model::Entry& entry, base::Instant now, const DateText
     }
     result.isOverdue = schedule.isOverdue(now, formats.calendar());
     if (result.isOverdue && word == OverdueWord::yes) {
-        result.text = QCoreApplication::translate("korvex::ui::DueLabel", "Overdue") +
-                      QStringLiteral(" · ") + result.text;
+        result.text =
+            QCoreApplication::translate("korvex::ui::DueLabel", "Overdue · %1").arg(result.text);
     }
     result.hasReminder = schedule.reminderDate.has_value();
     return result;

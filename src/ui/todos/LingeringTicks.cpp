@@ -1,6 +1,7 @@
 #include "ui/todos/LingeringTicks.h"
 
 #include "ui/kit/lists/RowListView.h"
+#include "ui/kit/theme/Design.h"
 #include "ui/todos/LeavingRows.h"
 #include "ui/todos/TodoActions.h"
 
@@ -13,14 +14,15 @@ namespace korvex::ui {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTickShown{500};
+/// A picture of a row on its way follows the one before, where there is time to draw it.
 constexpr std::chrono::milliseconds kStep{16};
 
-/// In how many steps a row leaves; 0 where nothing moves.
-int stepsOfLeaving(const RowListView& view) {
-    const std::chrono::milliseconds duration(
-        view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &view));
-    return view.isVisible() ? static_cast<int>(duration / kStep) : 0;
+/// How long a row takes to leave; 0 where nothing moves.
+std::chrono::milliseconds leavingTime(const RowListView& view) {
+    return std::chrono::milliseconds(
+        view.isVisible()
+            ? view.style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, &view)
+            : 0);
 }
 
 } // namespace
@@ -48,7 +50,7 @@ void LingeringTicks::tick(model::Entry& entry) {
 }
 
 void LingeringTicks::takeBack(model::Entry& entry, Ticked& ticked) {
-    ticked.step.reset();
+    ticked.leavingSince.reset();
     m_parts.leaving.forget(entry);
     if (entry.isCompleted()) {
         m_parts.actions.restore(entry, positionOf(entry, ticked));
@@ -99,13 +101,13 @@ void LingeringTicks::leave() {
         wait();
         return;
     }
-    const auto steps = stepsOfLeaving(m_parts.view);
+    const auto isStill = leavingTime(m_parts.view).count() == 0;
     Entries gone;
     for (auto& [entry, ticked] : m_ticked) {
-        if (m_parts.list.belongs(*entry) || m_parts.list.tickedRow(*entry) < 0 || steps == 0) {
+        if (m_parts.list.belongs(*entry) || m_parts.list.tickedRow(*entry) < 0 || isStill) {
             gone.push_back(entry);
-        } else if (!ticked.step) {
-            ticked.step = 0;
+        } else if (!ticked.leavingSince) {
+            ticked.leavingSince = m_parts.runLoop.elapsed();
         }
     }
     letGo(gone);
@@ -113,27 +115,33 @@ void LingeringTicks::leave() {
 }
 
 void LingeringTicks::goOn() {
-    const auto isLeaving = std::any_of(m_ticked.begin(), m_ticked.end(), [](const auto& each) {
-        return each.second.step.has_value();
-    });
-    if (isLeaving) {
-        m_stepping = m_parts.runLoop.callAfter(kStep, [this] { stepOn(); });
+    const Seconds whole = leavingTime(m_parts.view);
+    std::optional<Seconds> next;
+    for (const auto& [entry, ticked] : m_ticked) {
+        if (ticked.leavingSince) {
+            const auto left = *ticked.leavingSince + whole - m_parts.runLoop.elapsed();
+            next = std::clamp(left, Seconds(0), next.value_or(kStep));
+        }
+    }
+    if (next) {
+        m_stepping = m_parts.runLoop.callAfter(*next, [this] { stepOn(); });
     } else {
         m_stepping.reset();
     }
 }
 
 void LingeringTicks::stepOn() {
-    const auto steps = stepsOfLeaving(m_parts.view);
+    const Seconds whole = leavingTime(m_parts.view);
     Entries gone;
     for (auto& [entry, ticked] : m_ticked) {
-        if (!ticked.step) {
+        if (!ticked.leavingSince) {
             continue;
         }
-        if (m_parts.list.belongs(*entry) || ++*ticked.step >= steps) {
+        const auto now = m_parts.runLoop.elapsed();
+        if (m_parts.list.belongs(*entry) || now >= *ticked.leavingSince + whole) {
             gone.push_back(entry);
         } else {
-            m_parts.leaving.leave(*entry, static_cast<double>(*ticked.step) / steps);
+            m_parts.leaving.leave(*entry, (now - *ticked.leavingSince) / whole);
         }
     }
     letGo(gone);

@@ -4,6 +4,7 @@
 #include "base/RunLoop.h"
 #include "model/Entry.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -54,13 +55,14 @@ public:
     bool contains(model::Entry& entry) const { return m_ticked.contains(&entry); }
 
 private:
+    using Seconds = std::chrono::duration<double>;
     struct Ticked {
         /// Where an open todo stood on its board, counted with those whose ticks are still seen.
         std::int64_t place = 0;
         /// When a completed todo was completed.
         std::optional<base::Instant> completedAt;
-        /// How many steps of its leaving are done; absent while it stays.
-        std::optional<int> step;
+        /// When it began to leave, by the run loop; absent while it stays.
+        std::optional<Seconds> leavingSince;
     };
     using Entries = std::vector<model::Entry*>;
 

@@ -47,7 +47,6 @@ void ReminderChoice::makePresets(int room, const Theme& theme) {
         button->setToolButtonStyle(Qt::ToolButtonTextOnly);
         button->setText(title);
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-        button->setMinimumHeight(theme.extent(Extent::control));
         connect(button, &QToolButton::clicked, this, [this, preset] {
             choose(preset);
             Q_EMIT changed();
@@ -59,7 +58,7 @@ void ReminderChoice::makePresets(int room, const Theme& theme) {
         add(translated(schedule::title(preset)), preset);
     }
     add(tr("Custom"), std::nullopt);
-    m_presets = new ButtonGrid(tr("Reminder"), 2 * widest < room ? 2 : 1, this);
+    m_presets = new ButtonGrid(tr("Reminder"), 2 * widest < room ? 2 : 1, theme, this);
     for (auto* const button : buttons) {
         button->setMinimumWidth(std::min(widest, room));
         m_presets->add(button);

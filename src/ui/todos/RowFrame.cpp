@@ -6,6 +6,7 @@ namespace korvex::ui {
 
 namespace {
 
+/// Of a text, in pixels at the standard font size.
 constexpr int kLeastRoom = 40;
 
 } // namespace
@@ -25,6 +26,7 @@ RowFrame RowFrame::of(const Theme& theme) {
         .side = side,
         .textLeft = side + sign + gap,
         .scheduleSize = theme.extent(Extent::icon),
+        .leastRoom = theme.scaled(kLeastRoom),
     };
 }
 
@@ -36,7 +38,7 @@ RowFrame RowFrame::ofText(const Theme& theme) {
 }
 
 int RowFrame::room(int rowWidth) const {
-    return std::max(kLeastRoom, rowWidth - textLeft - side);
+    return std::max(leastRoom, rowWidth - textLeft - side);
 }
 
 int topOfSign(const QFontMetrics& words, int size) {

@@ -25,6 +25,7 @@ struct RowFrame {
     int side;
     int textLeft;
     int scheduleSize;
+    int leastRoom;
 
     static RowFrame of(const Theme& theme);
     /// Of a text, which has no sign, may be long, and has more air around it than a line has.

@@ -105,9 +105,7 @@ void SchedulePopover::makeFields() {
     m_explanation = new QLabel(this);
     m_explanation->setWordWrap(true);
     m_explanation->setFont(theme().smallFont());
-    auto quiet = m_explanation->palette();
-    quiet.setColor(QPalette::WindowText, theme().colors().secondaryText);
-    m_explanation->setPalette(quiet);
+    m_explanation->setForegroundRole(QPalette::PlaceholderText);
     m_dayRefusal = new RefusalLabel(theme(), this);
     m_timeRefusal = new RefusalLabel(theme(), this);
     m_reminderRefusal = new RefusalLabel(theme(), this);

@@ -8,18 +8,10 @@
 
 namespace korvex::ui {
 
-TodoPainting::Circle TodoPainting::circleOf(const model::Entry& entry, QStyle::State row) {
-    return entry.isCompleted()                     ? Circle::completed
-           : row.testFlag(QStyle::State_MouseOver) ? Circle::openHovered
-                                                   : Circle::open;
-}
-
-void TodoPainting::drawCircle(QPainter& painter, const QRect& rect, Circle circle,
-                              const ThemeColors& colors) {
-    const auto isCompleted = circle == Circle::completed;
-    IconSet::draw(painter,
-                  isCompleted ? QStringLiteral("check-circle-fill") : QStringLiteral("circle"),
-                  circle == Circle::open ? colors.secondaryText : colors.accent, rect);
+Shapes::CheckCircle TodoPainting::circleOf(const model::Entry& entry, QStyle::State row) {
+    return entry.isCompleted()                     ? Shapes::CheckCircle::completed
+           : row.testFlag(QStyle::State_MouseOver) ? Shapes::CheckCircle::openHovered
+                                                   : Shapes::CheckCircle::open;
 }
 
 void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueLabel& label,

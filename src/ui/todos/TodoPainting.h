@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/kit/theme/Shapes.h"
 #include "ui/todos/DueLabel.h"
 
 #include <QRect>
@@ -12,10 +13,8 @@ namespace korvex::ui {
 /// What the rows of todos have in common, wherever they stand.
 namespace TodoPainting {
 
-enum class Circle { open, openHovered, completed };
 /// The circle of a todo whose row is under the pointer, or is not.
-Circle circleOf(const model::Entry& entry, QStyle::State row);
-void drawCircle(QPainter& painter, const QRect& rect, Circle circle, const ThemeColors& colors);
+Shapes::CheckCircle circleOf(const model::Entry& entry, QStyle::State row);
 /// Draws the label's text from the top of its place, and its bell beside it.
 void drawDueLabel(QPainter& painter, const QRect& rect, const DueLabel& label, const QColor& color,
                   const Theme& theme);

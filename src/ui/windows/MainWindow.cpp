@@ -9,6 +9,8 @@
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
 #include "ui/overview/UpcomingPage.h"
+#include "ui/settings/SettingsPanes.h"
+#include "ui/settings/SettingsWindow.h"
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
 
@@ -67,9 +69,10 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     connect(&m_boardActions, &BoardActions::refused, this, &MainWindow::showError);
     connect(&m_boardActions, &BoardActions::archived, this, &MainWindow::offerToUnarchive);
     connect(m_pages, &PageStack::undoRequested, &m_actions, &WindowActions::undo);
-    m_boardPage->list().viewport()->installEventFilter(this);
+    connect(&m_actions, &WindowActions::settingsRequested, this, &MainWindow::openSettings);
     m_layout.restore();
     m_navigation.start();
+    m_pages->current().installEventFilter(this);
 }
 
 MainWindow::~MainWindow() = default;
@@ -188,6 +191,21 @@ void MainWindow::offerToUnarchive(const model::Board* board) {
                              });
 }
 
+void MainWindow::openSettings() {
+    if (!m_settings) {
+        EditingWindows windows{
+            .settleEdits = [this]() -> std::optional<QString> {
+                return leaveAll() ? std::nullopt
+                                  : std::optional(tr("Your open edits could not be saved. Resolve "
+                                                     "the save error before using a backup."));
+            },
+            .storeReplaced = [this] { m_navigation.storeReplaced(); }};
+        m_settings = std::make_unique<SettingsWindow>(
+            settingsPanes(m_workspace, std::move(windows), m_theme), m_workspace.defaults, m_theme);
+    }
+    m_settings->comeForward();
+}
+
 void MainWindow::showTitle() {
     const auto name = m_pages->current().title();
     setWindowTitle(name.isEmpty() ? QStringLiteral("Korvex") : tr("%1 – Korvex").arg(name));
@@ -232,7 +250,7 @@ void MainWindow::comeForward() {
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (!m_wasPainted && event->type() == QEvent::Paint) {
         m_wasPainted = true;
-        m_boardPage->list().viewport()->removeEventFilter(this);
+        watched->removeEventFilter(this);
         // Once this paint has reached the screen.
         QTimer::singleShot(0, this, [this] {
             Q_EMIT firstPainted();
@@ -267,6 +285,9 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     m_layout.save();
     // What could not be stored stays in sight, with the reason.
     event->setAccepted(leaveAll());
+    if (event->isAccepted()) {
+        m_settings.reset();
+    }
 }
 
 } // namespace korvex::ui

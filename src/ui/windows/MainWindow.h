@@ -11,6 +11,7 @@
 
 #include <QWidget>
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace korvex::ui {
 
 class NoticeLine;
 class Page;
+class SettingsWindow;
 
 /// The main window: the sidebar at the left; at the right the chosen board, or a page over all
 /// boards. Main thread.
@@ -61,6 +63,7 @@ private:
     bool leaveAll();
     /// Says that the board was put away, with a button that takes it back.
     void offerToUnarchive(const model::Board* board);
+    void openSettings();
     void showTitle();
     void countUpcoming();
 
@@ -80,6 +83,8 @@ private:
     DraftOffers m_drafts;
     WindowLayout m_layout;
     base::Subscription m_upcomingChanges;
+    /// Null until it is first asked for.
+    std::unique_ptr<SettingsWindow> m_settings;
     bool m_wasPainted = false;
 };
 

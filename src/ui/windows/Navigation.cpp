@@ -28,10 +28,19 @@ void Navigation::start() {
         }
     });
     m_views.sidebar.refresh();
-    if (auto* const board = launchBoard()) {
+    if (auto* const board = m_boards.launchBoard(launchBoardID(m_preferences))) {
         showBoard(*board);
     }
-    m_views.boardPage.takeKeyboard();
+    if (m_preferences.launchDestination() == app::AppPreferences::LaunchDestination::upcoming) {
+        showPage(PageKind::upcoming);
+    }
+    takeKeyboard();
+}
+
+app::AppPreferences::BoardID Navigation::launchBoardID(const app::AppPreferences& preferences) {
+    return preferences.launchDestination() == app::AppPreferences::LaunchDestination::board
+               ? preferences.launchBoardID()
+               : preferences.mainBoardSelectedBoardID();
 }
 
 PageKind Navigation::currentPage() const {
@@ -114,13 +123,11 @@ bool Navigation::isListed(const model::Board& board) const {
     return m_views.sidebar.boards().rowOf(board) >= 0;
 }
 
-model::Board* Navigation::launchBoard() const {
-    return m_boards.launchBoard(m_preferences.mainBoardSelectedBoardID());
-}
-
 model::Board* Navigation::lastBoard() const {
     auto* const board = m_views.boardPage.board();
-    return board && isListed(*board) ? board : launchBoard();
+    return board && isListed(*board)
+               ? board
+               : m_boards.launchBoard(m_preferences.mainBoardSelectedBoardID());
 }
 
 void Navigation::storeChanged(store::ChangeSet::Origin origin) {
@@ -145,6 +152,11 @@ void Navigation::storeChanged(store::ChangeSet::Origin origin) {
     }
     m_views.pages.current().storeChanged();
     pageChanged();
+}
+
+void Navigation::storeReplaced() {
+    // Before anybody takes it for the work of another program.
+    leaveGoneBoard(m_views.boardPage.board(), store::ChangeSet::Origin::thisContext);
 }
 
 void Navigation::leaveSoon(const model::Board* board, store::ChangeSet::Origin origin) {

@@ -30,8 +30,14 @@ public:
     Navigation(const Views& views, services::BoardService& boards, store::ModelContext& context,
                app::AppPreferences& preferences, QObject* parent);
 
-    /// Shows the board that was shown last, and follows the store from now on.
+    /// The board that the preferences let the window begin with, or have behind the page that it
+    /// begins with; none for the Inbox.
+    static app::AppPreferences::BoardID launchBoardID(const app::AppPreferences& preferences);
+    /// Shows what the preferences let the window begin with, and follows the store from now on.
     void start();
+    /// The user has put other contents into the store: shows the board as it is there now, or the
+    /// Inbox.
+    void storeReplaced();
 
     PageKind currentPage() const;
     /// The page that is in sight.
@@ -65,7 +71,6 @@ Q_SIGNALS:
 private:
     /// Whether it stands in the sidebar.
     bool isListed(const model::Board& board) const;
-    model::Board* launchBoard() const;
     model::Board* lastBoard() const;
     void storeChanged(store::ChangeSet::Origin origin);
     /// `origin` says whose change has taken it away.

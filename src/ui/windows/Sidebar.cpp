@@ -67,6 +67,7 @@ Sidebar::Sidebar(services::BoardService& boards, store::ModelContext& context,
     m_search->setAccessibleName(tr("Search all boards"));
     m_search->setToolTip(tr("Search all boards (Ctrl+F)"));
     m_title->setAlignment(lineStart());
+    m_title->setForegroundRole(QPalette::PlaceholderText);
     m_add->setAutoRaise(true);
     m_add->setFocusPolicy(Qt::TabFocus);
     m_add->setAccessibleName(tr("New board"));
@@ -281,7 +282,7 @@ void Sidebar::showMessage(const QString& message) {
 void Sidebar::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), m_theme.colors().sidebar);
-    painter.fillRect(mirrored(QRect(width() - 1, 0, 1, height()), rect()),
+    painter.fillRect(mirrored(QRect(width() - kLine, 0, kLine, height()), rect()),
                      m_theme.colors().hairline);
 }
 
@@ -292,12 +293,7 @@ QSize Sidebar::minimumSizeHint() const {
 
 void Sidebar::applyTheme() {
     const auto& colors = m_theme.colors();
-    auto font = m_theme.smallFont();
-    font.setWeight(QFont::DemiBold);
-    m_title->setFont(font);
-    auto quiet = m_title->palette();
-    quiet.setColor(QPalette::WindowText, colors.secondaryText);
-    m_title->setPalette(quiet);
+    m_title->setFont(Theme::strong(m_theme.smallFont()));
     const auto sign = m_theme.extent(Extent::icon);
     const auto control = m_theme.extent(Extent::control);
     m_add->setIcon(IconSet::icon(QStringLiteral("plus"), colors.secondaryText));
@@ -306,7 +302,7 @@ void Sidebar::applyTheme() {
 
     const auto side = m_theme.space(Space::medium);
     const auto apart = m_theme.space(Space::large);
-    m_column->setContentsMargins(mirrored(QMargins(0, 0, 1, side))); // beside the hairline
+    m_column->setContentsMargins(mirrored(QMargins(0, 0, kLine, side))); // beside the hairline
     m_top->setContentsMargins(side, apart, side, side);
     // Its words begin over the icons of the boards, its sign ends over their counts.
     m_heading->setContentsMargins(

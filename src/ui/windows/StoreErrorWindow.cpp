@@ -26,20 +26,18 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     Accessibility::setRole(*this, QAccessible::Window);
     const auto folder = QString::fromStdString(storeFile.parent_path().string());
     const auto hasFolder = QFileInfo(folder).isDir();
-    const auto& colors = theme.colors();
     auto* const sign = new QLabel(this);
     const auto size = theme.scaled(kIconSize);
     sign->setPixmap(IconSet::program().pixmap(QSize(size, size), devicePixelRatioF()));
-    auto* const title =
-        addWords(tr("Korvex could not open its store"), theme.titleFont(), colors.text);
-    auto* const reason = addWords(message, theme.font(), colors.text);
+    auto* const title = addWords(tr("Korvex could not open its store"), theme.titleFont());
+    auto* const reason = addWords(message, theme.font());
     auto* const advice = addWords(
         hasFolder ? tr("The store is the file below; keep a copy of its folder before you change "
                        "anything there. When the cause is gone, try again.")
                   : tr("When the cause is gone, try again. Korvex expects its store here:"),
-        theme.font(), colors.text);
-    auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont(),
-                                colors.secondaryText);
+        theme.font());
+    auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont());
+    file->setForegroundRole(QPalette::PlaceholderText);
     auto* const show = new QPushButton(tr("Show the folder"), this);
     show->setVisible(hasFolder);
     auto* const again = new QPushButton(tr("Try again"), this);
@@ -50,7 +48,10 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     buttons->addWidget(show);
     buttons->addWidget(quit);
     buttons->addWidget(again);
-    auto* const words = new QVBoxLayout;
+    auto* const column = new QWidget(this);
+    column->setMaximumWidth(theme.measure());
+    auto* const words = new QVBoxLayout(column);
+    words->setContentsMargins(0, 0, 0, 0);
     words->setSpacing(theme.space(Space::large));
     for (auto* const label : {title, reason, advice, file}) {
         words->addWidget(label);
@@ -63,7 +64,8 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     line->setContentsMargins(margin, margin, margin, theme.space(Space::wide));
     line->setSpacing(theme.space(Space::wide));
     line->addWidget(sign, 0, Qt::AlignTop);
-    line->addLayout(words, 1);
+    line->addWidget(column, 1);
+    line->addStretch();
     const auto width = theme.scaled(kWidth);
     resize(width, line->heightForWidth(width));
     again->setDefault(true);
@@ -77,12 +79,9 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
             [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
 }
 
-QLabel* StoreErrorWindow::addWords(const QString& words, const QFont& font, const QColor& color) {
+QLabel* StoreErrorWindow::addWords(const QString& words, const QFont& font) {
     auto* const label = new QLabel(words, this);
     label->setFont(font);
-    auto own = label->palette();
-    own.setColor(QPalette::WindowText, color);
-    label->setPalette(own);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);

@@ -23,7 +23,7 @@ Q_SIGNALS:
     void retryRequested();
 
 private:
-    QLabel* addWords(const QString& words, const QFont& font, const QColor& color);
+    QLabel* addWords(const QString& words, const QFont& font);
 };
 
 } // namespace korvex::ui

@@ -70,6 +70,7 @@ void WindowActions::addShortcuts() {
     m_goToBoard = addShortcut(
         Qt::CTRL | Qt::Key_K, [this] { pickBoard(); }, Panels::stay);
     m_goToBoard->setText(tr("Go to board…"));
+    addShortcut(Qt::CTRL | Qt::Key_Comma, [this] { Q_EMIT settingsRequested(); });
     addShortcut(Qt::ALT | Qt::Key_Left, [this] { m_parts.navigation.goBack(); });
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
     addShortcut(
@@ -165,6 +166,7 @@ void WindowActions::openPageMenu(const QRect& globalAnchor) {
     menu->addMenu(new AppearanceMenu(m_services.preferences, menu));
     items.add(m_parts.sidebarPlace.isShown() ? tr("Hide sidebar") : tr("Show sidebar"), Qt::Key_F9,
               [this] { toggleSidebar(); });
+    items.add(tr("Settings…"), Qt::CTRL | Qt::Key_Comma, [this] { Q_EMIT settingsRequested(); });
     menu->popup(placeUnder(globalAnchor, *menu));
 }
 

@@ -50,6 +50,9 @@ public:
     /// Takes this change of the window back.
     void undo(services::UndoManager::StepId step) { m_undo.undo(step); }
 
+Q_SIGNALS:
+    void settingsRequested();
+
 private:
     /// What becomes of the panels that are open: they belong to what stands there, which most
     /// actions change.

@@ -16,6 +16,7 @@
 #include "services/SearchService.h"
 #include "services/TemporaryAttachmentCopies.h"
 #include "storage/AutomaticBackupService.h"
+#include "storage/BackupService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "ui/workspace/DateTexts.h"
@@ -38,6 +39,8 @@ struct Workspace {
     base::RunLoop& runLoop;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
+    /// Written by any thread.
+    base::LogSink& log;
     DateTexts& dates;
     const richtext::RichTextSerializer& serializer;
     richtext::CodeHighlighter& code;
@@ -49,6 +52,7 @@ struct Workspace {
     services::TemporaryAttachmentCopies& copies;
     /// What was typed and cannot be stored is kept there.
     app::DraftFolder& drafts;
+    storage::BackupService& backup;
     /// It makes none by itself before it is started.
     storage::AutomaticBackupService& automaticBackups;
     /// The pages over all boards share these todos.

@@ -35,6 +35,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
       m_drafts(draftFolders(surroundings)),
+      m_backup(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
       m_automaticBackups({.preferences = surroundings.preferences,
                           .container = surroundings.container,
                           .clock = surroundings.clock,
@@ -53,6 +54,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .runLoop = surroundings.runLoop,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,
+                  .log = surroundings.log,
                   .dates = m_dates,
                   .serializer = m_serializer,
                   .code = m_code,
@@ -61,6 +63,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .search = m_search,
                   .copies = m_copies,
                   .drafts = m_drafts,
+                  .backup = m_backup,
                   .automaticBackups = m_automaticBackups,
                   .upcoming = m_upcoming} {
     surroundings.container.setPatience(surroundings.patience);

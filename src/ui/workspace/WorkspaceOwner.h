@@ -68,6 +68,7 @@ private:
     services::FoldedTexts m_texts;
     services::SearchService m_search;
     app::DraftFolder m_drafts;
+    storage::BackupService m_backup;
     storage::AutomaticBackupService m_automaticBackups;
     OnFirstUse<schedule::UpcomingTodos> m_upcoming;
     Workspace m_workspace;

@@ -38,7 +38,7 @@ protected:
         tests::WindowScenes scenes(window, workspace);
         for (const auto& scene : scenes.all()) {
             scenes.open(scene);
-            const PictureContrast measured(window, limits);
+            const PictureContrast measured(scenes.shown(), limits);
             EXPECT_THAT(measured.faint(), IsEmpty()) << scene.name;
             EXPECT_GT(measured.texts(), 8) << scene.name;
             EXPECT_GT(measured.marks(), 5) << scene.name;
@@ -55,10 +55,13 @@ protected:
         }
 #ifdef KORVEX_GALLERY
         GalleryWindow gallery(preferences, theme); // every control in every state
-        gallery.resize(1000, 2400);
+        gallery.resize(gallery.wholeSize());
         gallery.show();
         QApplication::processEvents();
-        EXPECT_THAT(PictureContrast(gallery, limits).faint(), IsEmpty()) << "gallery";
+        const PictureContrast measured(gallery, limits);
+        EXPECT_THAT(measured.faint(), IsEmpty()) << "gallery";
+        EXPECT_GT(measured.texts(), 150);
+        EXPECT_GT(measured.marks(), 60);
 #endif
     }
 

@@ -105,8 +105,23 @@ TEST_F(LinkPopoverTest, WhatIsTypedIsChosenByReturnAndByAPressOutside) {
     type("ada@example.org");
     pressOutside();
     EXPECT_FALSE(isOpen());
+    open({});
+    type("example.com");
+    preferences.setFontSize(24);
+    EXPECT_FALSE(isOpen()) << "it was made for another look";
     EXPECT_EQ(chosen, QStringList({QStringLiteral("https://example.org"),
-                                   QStringLiteral("mailto:ada@example.org")}));
+                                   QStringLiteral("mailto:ada@example.org"),
+                                   QStringLiteral("https://example.com")}));
+}
+
+TEST_F(LinkPopoverTest, ItsButtonsHaveRoomInANarrowWindowWithALargeFont) {
+    preferences.setFontSize(app::AppPreferences::kFontSizes.back());
+    window.resize(360, 500);
+    open(QStringLiteral("https://example.org/"));
+    for (const auto* const each : popover->findChildren<QPushButton*>()) {
+        EXPECT_TRUE(popover->rect().contains(each->geometry())) << each->text().toStdString();
+        EXPECT_GE(each->width(), each->sizeHint().width()) << each->text().toStdString();
+    }
 }
 
 TEST_F(LinkPopoverTest, ARefusedTargetStaysWithTheReasonUntilItIsMended) {

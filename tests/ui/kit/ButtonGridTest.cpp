@@ -1,21 +1,19 @@
 #include "ui/kit/controls/ButtonGrid.h"
 
-#include <QApplication>
-#include <QLineEdit>
-#include <QTest>
-#include <QToolButton>
+#include "ui/WindowFixture.h"
 
-#include <gtest/gtest.h>
+#include <QLineEdit>
+#include <QToolButton>
 
 namespace korvex::ui {
 namespace {
 
 /// Seven buttons in rows of three, between two fields.
-class ButtonGridTest : public ::testing::Test {
+class ButtonGridTest : public tests::WindowFixture {
 protected:
     ButtonGridTest() {
         new QLineEdit(&window);
-        grid = new ButtonGrid(QStringLiteral("Icon"), 3, &window);
+        grid = new ButtonGrid(QStringLiteral("Icon"), 3, theme, &window);
         for (int i = 0; i < 7; ++i) {
             grid->add(new QToolButton);
         }

@@ -1,14 +1,18 @@
 #include "ui/kit/style/QuietStyle.h"
 
 #include "ui/WindowFixture.h"
+#include "ui/kit/controls/FilterChoice.h"
+#include "ui/kit/controls/SearchField.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
+#include "ui/kit/fields/DateField.h"
 #include "ui/kit/lists/ArrivingRows.h"
 #include "ui/kit/lists/RowGround.h"
 #include "ui/kit/style/PopupPlace.h"
 #include "ui/kit/style/ScrollHandle.h"
 #include "ui/kit/theme/Danger.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QComboBox>
 #include <QHBoxLayout>
@@ -21,6 +25,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTimer>
+#include <QToolButton>
 #include <QVariantAnimation>
 
 #include <cstdlib>
@@ -58,9 +63,19 @@ TEST_F(QuietStyleTest, WhatStandsInOneLineIsOfOneHeightAtEveryFontSize) {
         const QCheckBox box(QStringLiteral("Due"));
         const Switch onOff(QStringLiteral("Sounds"), theme);
         const SegmentedChoice few(QStringLiteral("Span"), {QStringLiteral("Day")}, theme);
-        for (const auto* const control : std::initializer_list<const QWidget*>{
-                 &button, &field, &number, &choice, &box, &onOff, &few}) {
-            EXPECT_EQ(control->sizeHint().height(), theme.extent(Extent::control))
+        QToolButton tool;
+        tool.setText(QStringLiteral("Tomorrow"));
+        const SearchField search(theme);
+        const DateField day(
+            {.formats = workspace.dates.shared(), .today = [] { return QDate(2025, 3, 10); }},
+            theme, nullptr);
+        const FilterChoice filter(QStringLiteral("Filter by board"), theme, nullptr);
+        for (const auto* const control :
+             std::initializer_list<const QWidget*>{&button, &field, &number, &choice, &box, &onOff,
+                                                   &few, &tool, &search, &day, &filter}) {
+            const auto asked = control->sizeHint().expandedTo(control->minimumSize());
+            EXPECT_EQ(asked.boundedTo(control->maximumSize()).height(),
+                      theme.extent(Extent::control))
                 << control->metaObject()->className() << " at " << size;
         }
     }
@@ -233,9 +248,53 @@ TEST_F(QuietStyleTest, APopupOpensInsideItsWindowWhereItHasRoom) {
           Case{"at the foot, opened by the pointer", {150, 350, 100, 80}, {150, 350}, {150, 270}},
           Case{"wider than the window", {450, 150, 500, 80}, {10, 10}, {450, 150}},
           Case{"higher than the window", {150, 150, 100, 500}, {10, 10}, {150, 150}}}) {
-        EXPECT_EQ(PopupPlace::inside(window, each.wanted, each.pointer).topLeft(), each.placed)
+        EXPECT_EQ(
+            PopupPlace::inside(window, each.wanted, QRect(each.pointer, QSize(1, 1))).topLeft(),
+            each.placed)
             << each.what;
     }
+}
+
+TEST_F(QuietStyleTest, AListOfChoicesStaysInItsWindow) {
+    QWidget widget;
+    widget.setGeometry(100, 100, 300, 260);
+    QComboBox choice(&widget);
+    for (const auto count : {4, 30}) {
+        while (choice.count() < count) {
+            choice.addItem(QStringLiteral("Board %1").arg(choice.count()));
+        }
+        for (const auto& place : {QPoint(0, 0), QPoint(200, 100), QPoint(200, 230)}) {
+            choice.setGeometry(QRect(place, QSize(100, theme.extent(Extent::control))));
+            widget.show();
+            ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget));
+            choice.showPopup();
+            const auto& list = *choice.view()->window();
+            EXPECT_TRUE(widget.geometry().contains(list.geometry()))
+                << count << " at " << place.y();
+            EXPECT_FALSE(
+                list.geometry().intersects(QRect(choice.mapToGlobal(QPoint()), choice.size())));
+            choice.hidePopup();
+        }
+    }
+}
+
+TEST_F(QuietStyleTest, AnEmptyFieldBeginsWhereLinesDo) {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QApplication::setLayoutDirection(direction);
+        QLineEdit field;
+        field.setPlaceholderText(QStringLiteral("Search languages"));
+        field.resize(400, theme.extent(Extent::control));
+        const auto picture = field.grab().toImage();
+        const auto isBlank = [&](int from) {
+            auto part = picture.copy(from, 4, 100, picture.height() - 8);
+            auto blank = part;
+            blank.fill(theme.colors().field);
+            return part == blank;
+        };
+        EXPECT_EQ(isBlank(250), direction == Qt::LeftToRight);
+        EXPECT_EQ(isBlank(50), direction == Qt::RightToLeft);
+    }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 TEST_F(QuietStyleTest, OneOfFewIsAGroupOfRadioButtons) {

@@ -30,13 +30,16 @@ TEST_F(ThemeTest, TextsCanBeReadOnEveryGroundWhateverTheSystemsAccent) {
             const auto forText = colors.isHighContrast ? 7.0 : 4.5;
             const auto forMarks = colors.isHighContrast ? 4.5 : 3.0;
             const auto where = std::string(accent) + (colors.isDark ? " dark" : " light");
-            for (const auto& ground : {colors.content, colors.sidebar, colors.raised, colors.field,
-                                       colors.selection, colors.hover}) {
-                for (const auto& text :
-                     {colors.text, colors.secondaryText, colors.accent, colors.danger}) {
-                    EXPECT_GE(contrast(text, ground), forText)
-                        << where << text.name().toStdString() << " on "
-                        << ground.name().toStdString();
+            for (const auto& ground :
+                 {colors.content, colors.sidebar, colors.raised, colors.field, colors.selection}) {
+                for (const auto& seen : {ground, colors.tinted(ground, Tint::hovered),
+                                         colors.tinted(ground, Tint::pressed)}) {
+                    for (const auto& text :
+                         {colors.text, colors.secondaryText, colors.accent, colors.danger}) {
+                        EXPECT_GE(contrast(text, seen), forText)
+                            << where << text.name().toStdString() << " on "
+                            << seen.name().toStdString();
+                    }
                 }
             }
             EXPECT_GE(contrast(colors.onAccent, colors.accent), forText) << where;

@@ -57,6 +57,9 @@ PicturedWindow::PicturedWindow(const Variant& variant)
         fillWindowFull(workspace);
         break;
     }
+    if (variant.fill != Variant::Fill::empty) {
+        backUp(workspace);
+    }
     bool areColorsKnown = variant.fill == Variant::Fill::empty;
     const auto arrivals = workspace.code.arrived().connect([&] { areColorsKnown = true; });
     m_window = std::make_unique<ui::MainWindow>(workspace, m_theme);
@@ -65,6 +68,21 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
     static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
     m_scenes = std::make_unique<WindowScenes>(*m_window, workspace);
+}
+
+/// Yesterday and today, into a folder of the user.
+void PicturedWindow::backUp(const ui::Workspace& workspace) {
+    qputenv("HOME", QByteArray::fromStdString((m_folder / "home").native()));
+    const auto folder = m_folder / "home" / "Backups";
+    std::filesystem::create_directories(folder);
+    auto& backups = workspace.automaticBackups;
+    backups.chooseFolder(folder);
+    m_preferences.setAutomaticBackupEnabled(true);
+    for (const auto hours : {-20, 20}) {
+        m_clock.advance(hours * 3600.0);
+        backups.backUpNow();
+        static_cast<void>(QTest::qWaitFor([&] { return !backups.isRunning(); }));
+    }
 }
 
 /// Some of Qt's own motion heeds no wish for stillness.
@@ -77,14 +95,16 @@ bool PicturedWindow::isStill() const {
 
 QImage PicturedWindow::picture() {
     QTest::qWait(20); // what follows an event by a timer
+    static_cast<void>(QTest::qWaitFor([this] { return m_scenes->isSettled(); }));
     static_cast<void>(QTest::qWaitFor([this] { return isStill(); }, kForMotion));
-    auto window = m_window->grab();
+    auto& shown = m_scenes->shown();
+    auto window = shown.grab();
     auto* const menu = QApplication::activePopupWidget();
     if (!menu) {
         return window.toImage();
     }
-    const QRect place(menu->pos() - m_window->pos(), menu->size());
-    const auto all = place | m_window->rect();
+    const QRect place(menu->pos() - shown.pos(), menu->size());
+    const auto all = place | shown.rect();
     QPixmap both(all.size() * window.devicePixelRatio());
     both.setDevicePixelRatio(window.devicePixelRatio());
     both.fill(Qt::gray);
@@ -98,7 +118,7 @@ QImage PicturedWindow::picture() {
 QImage PicturedWindow::gallery() {
 #ifdef KORVEX_GALLERY
     ui::GalleryWindow gallery(m_preferences, m_theme);
-    gallery.resize(m_window->width(), 2 * m_window->width());
+    gallery.resize(gallery.wholeSize());
     gallery.show();
     QApplication::processEvents();
     return gallery.grab().toImage();

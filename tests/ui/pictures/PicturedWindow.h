@@ -52,6 +52,7 @@ public:
     void writeNote(const QString& file) const;
 
 private:
+    void backUp(const ui::Workspace& workspace);
     bool isStill() const;
 
     TemporaryFolder m_folder;

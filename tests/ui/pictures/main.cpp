@@ -186,10 +186,11 @@ void takeForReadme(const QDir& folder) {
         Appearance appearance = Appearance::light;
         QSize size{1000, 680};
     };
-    for (const auto& shot :
-         {Shot{"light", "board"}, Shot{"dark", "board", Appearance::dark},
-          Shot{"upcoming", "upcoming"}, Shot{"completed", "completed"}, Shot{"search", "search"},
-          Shot{"note", "text-edited", Appearance::light, {900, 760}}}) {
+    for (const auto& shot : {Shot{"light", "board"}, Shot{"dark", "board", Appearance::dark},
+                             Shot{"upcoming", "upcoming"}, Shot{"completed", "completed"},
+                             Shot{"search", "search"}, Shot{"settings", "settings-backups"},
+                             Shot{"settings-dark", "settings-general", Appearance::dark},
+                             Shot{"note", "text-edited", Appearance::light, {900, 760}}}) {
         PicturedWindow window(
             {.name = shot.file, .appearance = shot.appearance, .size = shot.size});
         window.scenes().open(shot.scene);

@@ -29,8 +29,9 @@ TEST_F(TextLookTest, EveryColourOfTextCanBeReadOnEveryGround) {
             texts.push_back(shown.foreground(Color::named(static_cast<SystemColor>(name))));
         }
         for (const auto& text : texts) {
-            for (const auto& ground : {colors.content, colors.selection, colors.hover,
-                                       shown.codeGround, shown.headerFill}) {
+            for (const auto& ground :
+                 {colors.content, colors.selection, colors.tinted(colors.content, Tint::rest),
+                  shown.codeGround, shown.headerFill}) {
                 EXPECT_GE(contrast(text, ground), least)
                     << text.name().toStdString() << " on " << ground.name().toStdString();
             }

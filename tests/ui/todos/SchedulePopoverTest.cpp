@@ -256,6 +256,7 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
     EXPECT_EQ(field("Start time").accessibleDescription(), QString());
     button("From").click();
     enter("Due time", "7"); // an hour ago
+    button("Reminder").setFocus();
     button("Reminder").click();
     EXPECT_FALSE(says("Choose a reminder in the future."));
     button("At due time").click();
@@ -381,8 +382,10 @@ TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
         open();
         EXPECT_TRUE(window.rect().contains(popover->geometry())) << size;
         const auto margin = theme.space(Space::large);
-        const auto beside = popover->findChild<QScrollArea*>()->width() - popover->width();
-        EXPECT_EQ(beside, 0) << "its handle runs in the margin";
+        auto& scrolled = *popover->findChild<QScrollArea*>();
+        EXPECT_EQ(scrolled.width(), popover->width()) << "its handle runs in the margin";
+        // The style of these tests would take room for it.
+        scrolled.setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
         button("Today").setFocus();
         auto* const content = button("Today").parentWidget();
         int top = 0;

@@ -55,7 +55,7 @@ protected:
     Navigation& navigation() { return *window->findChild<Navigation*>(); }
     AccessibleTree tree() {
         QApplication::processEvents();
-        return AccessibleTree(*window);
+        return AccessibleTree(scenes->shown());
     }
     void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) { scenes->key(which, modifiers); }
     void edit(const model::Entry& entry) { scenes->edit(entry); }

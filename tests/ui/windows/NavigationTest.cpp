@@ -306,12 +306,12 @@ TEST_F(NavigationTest, APanelKeepsClearOfItsRowAndEndsWhenWhatItIsAboutGoes) {
         panel->findChild<QCheckBox*>()->click();
         key(which, modifiers);
         EXPECT_FALSE(panel->isVisible()) << which;
+        EXPECT_TRUE(which != Qt::Key_F9 || sidebar().isHidden());
         EXPECT_FALSE(panel->isAncestorOf(QApplication::focusWidget())) << which;
         EXPECT_EQ(todo.dueDay(), 20250310) << "kept, as by a press outside: " << which;
         own.undo.undo();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
-    EXPECT_TRUE(sidebar().isHidden());
     window->findChild<BoardPicker*>()->closeNow();
 
     auto* const panel = openPanel();

@@ -6,6 +6,8 @@
 #include "ui/entries/RowRefusal.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/overlays/Popover.h"
+#include "ui/settings/SettingsLabel.h"
+#include "ui/settings/SettingsWindow.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 
@@ -51,6 +53,7 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
     addPanelScenes();
     addMenuScenes();
     addPageScenes();
+    addSettingsScenes();
 }
 
 void WindowScenes::add(const char* name, std::function<void()> open, std::string shows) {
@@ -238,6 +241,25 @@ void WindowScenes::addPageScenes() {
         "List: Boards");
 }
 
+void WindowScenes::addSettingsScenes() {
+    int pane = 0;
+    for (const auto& [name, shows] :
+         {std::pair("settings-general", "ComboBox: Open with"),
+          std::pair("settings-appearance", "ComboBox: Font size"),
+          std::pair("settings-backups", "CheckBox: Back up every day")}) {
+        add(
+            name,
+            [this, index = pane++] {
+                key(Qt::Key_Comma, Qt::ControlModifier);
+                auto& window = found(settings(), "Settings");
+                window.showPane(index);
+                window.resize(window.size().boundedTo(m_window.size()));
+                static_cast<void>(QTest::qWaitForWindowActive(&window));
+            },
+            shows);
+    }
+}
+
 void WindowScenes::open(const std::string& name) {
     const auto scene = std::find_if(m_scenes.begin(), m_scenes.end(),
                                     [&](const Scene& each) { return each.name == name; });
@@ -255,7 +277,18 @@ void WindowScenes::open(const Scene& scene) {
     QApplication::processEvents();
 }
 
+bool WindowScenes::isSettled() const {
+    const auto labels = shown().findChildren<SettingsLabel*>();
+    return std::none_of(labels.begin(), labels.end(), [](const SettingsLabel* each) {
+        return each->isVisible() && each->text().endsWith(QStringLiteral("ing…"));
+    });
+}
+
 void WindowScenes::close() {
+    if (auto* const open = settings()) {
+        open->close();
+        m_window.activateWindow();
+    }
     while (auto* const menu = QApplication::activePopupWidget()) {
         menu->close();
     }
@@ -284,6 +317,20 @@ void WindowScenes::edit(const model::Entry& entry) {
 void WindowScenes::key(Qt::Key which, Qt::KeyboardModifiers modifiers) {
     auto* const focused = QApplication::focusWidget();
     QTest::keyClick(focused ? focused : &m_window, which, modifiers);
+}
+
+SettingsWindow* WindowScenes::settings() {
+    for (auto* const window : QApplication::topLevelWidgets()) {
+        if (auto* const found = qobject_cast<SettingsWindow*>(window)) {
+            return found;
+        }
+    }
+    return nullptr;
+}
+
+QWidget& WindowScenes::shown() const {
+    auto* const open = settings();
+    return open && open->isVisible() ? static_cast<QWidget&>(*open) : m_window;
 }
 
 BoardPage& WindowScenes::page() const {

@@ -12,6 +12,7 @@ namespace korvex::ui {
 class BoardPage;
 class MainWindow;
 class Navigation;
+class SettingsWindow;
 } // namespace korvex::ui
 
 namespace korvex::tests {
@@ -37,6 +38,10 @@ public:
     /// Leads there from wherever the window is. Throws where the way is not found.
     void open(const Scene& scene);
     void open(const std::string& name);
+    /// The window that the scene is in.
+    QWidget& shown() const;
+    /// Whether the settings have looked at all that they tell of.
+    bool isSettled() const;
     /// Gives up what the scene has opened.
     void close();
     /// Opens the editor of an entry of the Inbox.
@@ -50,9 +55,12 @@ private:
     void addPanelScenes();
     void addMenuScenes();
     void addPageScenes();
+    void addSettingsScenes();
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;
+    /// Null until it was opened.
+    static ui::SettingsWindow* settings();
     /// Gives the keyboard to this entry's row.
     void choose(const model::Entry& entry);
     void type(const char* text);

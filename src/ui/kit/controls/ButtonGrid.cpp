@@ -11,12 +11,12 @@
 
 namespace korvex::ui {
 
-ButtonGrid::ButtonGrid(const QString& name, int columns, QWidget* parent)
+ButtonGrid::ButtonGrid(const QString& name, int columns, const Theme& theme, QWidget* parent)
     : QWidget(parent), m_grid(new QGridLayout(this)), m_columns(columns) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);
     m_grid->setContentsMargins(0, 0, 0, 0);
-    m_grid->setSpacing(2);
+    m_grid->setSpacing(theme.space(Space::hair));
 }
 
 void ButtonGrid::add(QAbstractButton* button) {

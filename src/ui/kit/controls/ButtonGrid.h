@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ui/kit/theme/Theme.h"
+
 #include <QWidget>
 
 #include <vector>
@@ -15,7 +17,7 @@ class ButtonGrid final : public QWidget {
     Q_OBJECT
 
 public:
-    ButtonGrid(const QString& name, int columns, QWidget* parent);
+    ButtonGrid(const QString& name, int columns, const Theme& theme, QWidget* parent);
 
     /// Takes the button over; it stands behind those that are there.
     void add(QAbstractButton* button);

@@ -1,7 +1,6 @@
 #include "ui/kit/controls/SearchField.h"
 
 #include "ui/kit/speech/Accessibility.h"
-#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Shapes.h"
 
@@ -14,7 +13,6 @@ namespace korvex::ui {
 SearchField::SearchField(const Theme& theme, QWidget* parent)
     : QLineEdit(parent), m_theme(theme), m_icon(addAction(QIcon(), QLineEdit::LeadingPosition)) {
     setFrame(false);
-    setAlignment(lineStart());
     setPlaceholderText(tr("Search"));
     Accessibility::nameClearButton(*this, tr("Clear"));
     m_icon->setText(tr("Search")); // the name of its button
@@ -54,8 +52,7 @@ void SearchField::paintEvent(QPaintEvent* event) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
     const auto radius = m_theme.radius(Radius::medium);
-    Shapes::paintBox(painter, rect(), radius,
-                     hasFocus() ? colors.field : Shapes::tint(colors, Shapes::Tint::rest),
+    Shapes::paintBox(painter, rect(), radius, hasFocus() ? colors.field : colors.tint(Tint::rest),
                      Shapes::controlEdge(colors));
     Shapes::paintFocusRing(painter, *this);
     painter.end();

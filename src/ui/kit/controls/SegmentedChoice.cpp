@@ -15,7 +15,9 @@ namespace {
 class Segment final : public QRadioButton {
 public:
     Segment(const QString& title, const Theme& theme, QWidget* parent)
-        : QRadioButton(title, parent), m_theme(theme) {}
+        : QRadioButton(title, parent), m_theme(theme) {
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
+    }
 
     QSize sizeHint() const override {
         const auto words = fontMetrics().size(Qt::TextShowMnemonic, text());
@@ -23,7 +25,10 @@ public:
         return {words.width() + 2 * m_theme.space(Space::large),
                 m_theme.extent(Extent::control) - edge};
     }
-    QSize minimumSizeHint() const override { return sizeHint(); }
+    /// Less room shortens the words.
+    QSize minimumSizeHint() const override {
+        return {2 * m_theme.space(Space::large), sizeHint().height()};
+    }
 
 protected:
     bool hitButton(const QPoint& place) const override { return rect().contains(place); }
@@ -34,13 +39,14 @@ protected:
         if (isChecked()) {
             Shapes::paintBox(painter, rect(), radius, colors.selection, colors.accent);
         } else if (isEnabled() && (underMouse() || isDown())) {
-            Shapes::paintBox(
-                painter, rect(), radius,
-                Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::rest),
-                QColor());
+            Shapes::paintBox(painter, rect(), radius,
+                             colors.tint(isDown() ? Tint::pressed : Tint::rest), QColor());
         }
         painter.setPen(palette().color(QPalette::WindowText));
-        painter.drawText(rect(), Qt::AlignCenter | Qt::TextShowMnemonic, text());
+        const auto room = width() - 2 * m_theme.space(Space::small);
+        painter.drawText(
+            rect(), Qt::AlignCenter | Qt::TextShowMnemonic,
+            fontMetrics().elidedText(text(), Qt::ElideRight, room, Qt::TextShowMnemonic));
         Shapes::paintFocusRing(painter, *this);
     }
 
@@ -88,8 +94,8 @@ void SegmentedChoice::choose(int index) {
 void SegmentedChoice::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
-    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium),
-                     Shapes::tint(colors, Shapes::Tint::rest), Shapes::controlEdge(colors));
+    Shapes::paintBox(painter, rect(), m_theme.radius(Radius::medium), colors.tint(Tint::rest),
+                     Shapes::controlEdge(colors));
 }
 
 void SegmentedChoice::applyTheme() {

@@ -49,7 +49,7 @@ void Switch::paintEvent(QPaintEvent*) {
     const auto room = rect().adjusted(margin, 0, -margin, 0);
     QPainter painter(this);
     if (!isEnabled()) {
-        painter.setOpacity(Shapes::kDisabledOpacity);
+        painter.setOpacity(kDisabledOpacity);
     }
     painter.setPen(colors.text);
     painter.drawText(room,
@@ -67,10 +67,8 @@ void Switch::paintEvent(QPaintEvent*) {
     const auto off = colors.border;
     Shapes::paintBox(painter, track, radius, blended(colors.accent, off, place), QColor());
     if (isEnabled() && (underMouse() || isDown())) {
-        Shapes::paintBox(
-            painter, track, radius,
-            Shapes::tint(colors, isDown() ? Shapes::Tint::pressed : Shapes::Tint::hovered),
-            QColor());
+        Shapes::paintBox(painter, track, radius,
+                         colors.tint(isDown() ? Tint::pressed : Tint::hovered), QColor());
     }
     const auto inset = m_theme.space(Space::hair);
     const auto size = track.height() - 2 * inset;

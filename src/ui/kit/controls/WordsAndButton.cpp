@@ -20,7 +20,10 @@ int WordsAndButton::roomBeside(int width) const {
 int WordsAndButton::heightForWidth(int width) const {
     const auto margins = contentsMargins();
     const int room = width - margins.left() - margins.right();
-    const int button = itemAt(1)->isEmpty() ? 0 : itemAt(1)->sizeHint().height();
+    const int button = itemAt(1)->isEmpty() ? 0
+                       : isBeside(room) || !itemAt(1)->hasHeightForWidth()
+                           ? itemAt(1)->sizeHint().height()
+                           : itemAt(1)->heightForWidth(room);
     const auto words = [this](int column) {
         return std::max(itemAt(0)->heightForWidth(column), itemAt(0)->minimumSize().height());
     };

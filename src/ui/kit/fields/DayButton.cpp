@@ -23,6 +23,13 @@ void DayButton::show(const QDate& day, const Look& look) {
     update();
 }
 
+std::optional<Tint> DayButton::tint() const {
+    return !isEnabled()   ? std::nullopt
+           : isDown()     ? std::optional(Tint::hovered)
+           : underMouse() ? std::optional(Tint::rest)
+                          : std::nullopt;
+}
+
 void DayButton::paintGround(QPainter& painter) const {
     const auto& colors = m_theme.colors();
     const auto radius = m_theme.radius(Radius::medium);
@@ -44,10 +51,8 @@ void DayButton::paintGround(QPainter& painter) const {
     if (m_look.isChosen) {
         Shapes::paintChosen(painter, box, radius, colors);
     }
-    if (isEnabled() && (isDown() || underMouse())) {
-        Shapes::paintBox(
-            painter, box, radius,
-            Shapes::tint(colors, isDown() ? Shapes::Tint::hovered : Shapes::Tint::rest), QColor());
+    if (const auto tint = this->tint()) {
+        Shapes::paintBox(painter, box, radius, colors.tint(*tint), QColor());
     }
     Shapes::paintFocusRing(painter, *this);
 }
@@ -63,15 +68,14 @@ void DayButton::paintEvent(QPaintEvent*) {
         color = palette().color(QPalette::Disabled, QPalette::Text);
     } else if (m_look.isOfOtherMonth) {
         // As faint as what can be chosen may be.
+        const auto& ground = m_look.isChosen || m_look.isInRange ? colors.selection : colors.raised;
+        const auto tint = this->tint();
         color = readable(palette().color(QPalette::Disabled, QPalette::Text),
-                         m_look.isChosen || m_look.isInRange ? colors.selection : colors.raised,
-                         colors.textContrast());
+                         tint ? colors.tinted(ground, *tint) : ground, colors.textContrast());
     } else if (m_look.isQuiet) {
         color = colors.secondaryText;
     }
-    auto font = this->font();
-    font.setWeight(m_look.isToday || m_look.isChosen ? QFont::DemiBold : QFont::Normal);
-    painter.setFont(font);
+    painter.setFont(m_look.isToday || m_look.isChosen ? Theme::strong(font()) : font());
     painter.setPen(color);
     painter.drawText(rect(), Qt::AlignCenter, text());
     if (m_look.isToday) {

@@ -5,6 +5,8 @@
 #include <QAbstractButton>
 #include <QDate>
 
+#include <optional>
+
 namespace korvex::ui {
 
 /// A day in a month: its number on the grounds of what it is.
@@ -38,6 +40,8 @@ protected:
 
 private:
     void paintGround(QPainter& painter) const;
+    /// Of the state that it is in; none at rest.
+    std::optional<Tint> tint() const;
 
     const Theme& m_theme;
     QDate m_day;

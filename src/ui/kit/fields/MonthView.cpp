@@ -52,6 +52,7 @@ QLayout* MonthView::makeHeader() {
     m_title->setFont(m_theme.sectionFont());
     m_title->setContentsMargins(m_theme.space(Space::medium), 0, m_theme.space(Space::medium), 0);
     m_title->setTextFormat(Qt::PlainText);
+    m_title->setAlignment(lineStart());
     const auto back = QStringLiteral("caret-left");
     const auto forth = QStringLiteral("caret-right");
     const bool isMirrored = isRightToLeft();
@@ -86,9 +87,7 @@ void MonthView::makeGrid() {
         head->setAccessibleName(toQString(weekday.name));
         head->setAlignment(Qt::AlignCenter);
         head->setFont(m_theme.smallFont());
-        auto quiet = head->palette();
-        quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
-        head->setPalette(quiet);
+        head->setForegroundRole(QPalette::PlaceholderText);
         m_grid->addWidget(head, 0, column);
         m_weekdays.push_back(head);
     }

@@ -1,6 +1,5 @@
 #include "ui/kit/fields/TypedField.h"
 
-#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/Shapes.h"
 #include "ui/kit/words/Text.h"
 
@@ -22,7 +21,6 @@ bool isForAWhile(Qt::FocusReason reason) {
 } // namespace
 
 TypedField::TypedField(const Theme& theme, QWidget* parent) : QLineEdit(parent), m_theme(theme) {
-    setAlignment(lineStart());
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     connect(this, &QLineEdit::textEdited, this, [this](const QString& typed) {
         setProblem({});

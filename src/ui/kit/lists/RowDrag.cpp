@@ -1,6 +1,5 @@
 #include "ui/kit/lists/RowDrag.h"
 
-#include <QColor>
 #include <QDropEvent>
 #include <QPainter>
 
@@ -35,10 +34,12 @@ bool acceptAsCopy(QDropEvent& event) {
 }
 
 void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,
-                   const QColor& color) {
+                   const Theme& theme) {
     const auto y = edge == Qt::TopEdge ? row.top() : row.bottom() + 1;
-    painter.fillRect(QRect(row.left() + margin, std::max(y - 1, 0), row.width() - 2 * margin, 2),
-                     color);
+    const auto width = theme.space(Space::hair);
+    painter.fillRect(
+        QRect(row.left() + margin, std::max(y - width / 2, 0), row.width() - 2 * margin, width),
+        theme.colors().accent);
 }
 
 } // namespace korvex::ui

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "base/Uuid.h"
+#include "ui/kit/theme/Theme.h"
 
 #include <QMimeData>
 #include <QRect>
 
 #include <optional>
 
-class QColor;
 class QDropEvent;
 class QPainter;
 
@@ -27,6 +27,6 @@ bool acceptAsCopy(QDropEvent& event);
 /// Draws the line where a dragged row would go: along the top or the bottom edge of another row,
 /// shorter than that by `margin` pixels at each end.
 void paintDropLine(QPainter& painter, const QRect& row, Qt::Edge edge, int margin,
-                   const QColor& color);
+                   const Theme& theme);
 
 } // namespace korvex::ui

@@ -34,7 +34,7 @@ inline void paintRowGround(QPainter& painter, const QRect& box, QStyle::State st
     if (state.testFlag(QStyle::State_Selected)) {
         Shapes::paintChosen(painter, box, radius, colors);
     } else if (state.testFlag(QStyle::State_MouseOver)) {
-        Shapes::paintBox(painter, box, radius, Shapes::tint(colors, Shapes::Tint::rest), {});
+        Shapes::paintBox(painter, box, radius, colors.tint(Tint::rest), {});
     }
     paintRowRing(painter, box, state, theme);
 }

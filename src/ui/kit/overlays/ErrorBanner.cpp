@@ -20,10 +20,6 @@ namespace korvex::ui {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-/// Long enough to read the notice and to reach its button.
-constexpr auto kNoticeShown = 10s;
 /// In pixels, at the standard font size.
 constexpr int kNarrowestText = 160;
 /// How much of the colour of the words its edge has, which sets it off from the rows under it.
@@ -133,7 +129,9 @@ void ErrorBanner::paintEvent(QPaintEvent*) {
     const auto ground = palette().color(QPalette::Window);
     QPainter painter(this);
     Shapes::paintBox(painter, rect(), m_theme.radius(Radius::large), ground,
-                     blended(palette().color(QPalette::WindowText), ground, kEdge));
+                     m_theme.colors().isHighContrast
+                         ? Shapes::controlEdge(m_theme.colors())
+                         : blended(palette().color(QPalette::WindowText), ground, kEdge));
 }
 
 void ErrorBanner::applyTheme() {

@@ -40,7 +40,12 @@ Popover::Popover(const Theme& theme, QWidget* window)
     setFocusPolicy(Qt::StrongFocus);
     Accessibility::setRole(*this, QAccessible::Dialog);
     hide();
-    connect(&theme, &Theme::changed, this, [this] { update(); });
+    // Its parts were made for the look that was.
+    connect(&theme, &Theme::changed, this, [this] {
+        if (isVisible()) {
+            dismiss();
+        }
+    });
 }
 
 void Popover::openAt(const QRect& anchor) {

@@ -11,8 +11,9 @@ namespace korvex::ui {
 
 /// A small panel over the window that belongs to a place in it, and never reaches beyond the
 /// window. Escape does as a press outside: it keeps what was changed and closes; where that is
-/// refused, a second Escape gives the change up. Then the keyboard goes back to where it was. One
-/// that is opened from another belongs to it and closes with it. Deletes itself once closed.
+/// refused, a second Escape gives the change up. Then the keyboard goes back to where it was. When
+/// the look of the windows changes, it does as for a press outside. One that is opened from another
+/// belongs to it and closes with it. Deletes itself once closed.
 class Popover : public QFrame {
     Q_OBJECT
 

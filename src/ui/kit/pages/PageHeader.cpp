@@ -18,6 +18,7 @@ PageHeader::PageHeader(const QString& title, const Theme& theme, QWidget* parent
     m_title->setWordWrap(true); // so that a large font does not keep the window wide
     m_title->setAlignment(lineStart());
     m_note->setAlignment((lineEnd() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
+    m_note->setForegroundRole(QPalette::PlaceholderText);
     setLayout(m_words);
     connect(&theme, &Theme::changed, this, &PageHeader::applyTheme);
     applyTheme();
@@ -49,9 +50,6 @@ void PageHeader::applyTheme() {
     m_title->setContentsMargins(0, above, 0, above);
     m_words->setNarrowest(title.horizontalAdvance(m_title->text()));
     alignNote(*m_note, *m_title, *m_words);
-    auto quiet = m_note->palette();
-    quiet.setColor(QPalette::WindowText, m_theme.colors().secondaryText);
-    m_note->setPalette(quiet);
 }
 
 } // namespace korvex::ui

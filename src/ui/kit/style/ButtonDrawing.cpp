@@ -14,8 +14,6 @@ namespace korvex::ui {
 
 namespace {
 
-using Shapes::Tint;
-
 QColor filling(ButtonDrawing::Weight weight, const ThemeColors& colors) {
     return weight == ButtonDrawing::Weight::dangerous ? colors.danger : colors.accent;
 }
@@ -33,8 +31,7 @@ void paintMark(QPainter& painter, const QStyleOption& option, double radius, con
                                          : colors.border);
     if (state.isHovered() || state.isPressed()) {
         Shapes::paintBox(painter, option.rect, radius,
-                         Shapes::tint(colors, state.isPressed() ? Tint::pressed : Tint::rest),
-                         QColor());
+                         colors.tint(state.isPressed() ? Tint::pressed : Tint::rest), QColor());
     }
 }
 
@@ -62,7 +59,7 @@ void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& optio
         }
         if (!isFilled || state.tint() != Tint::rest) {
             const auto isSeen = !isFlat || state.tint() != Tint::rest;
-            auto ground = isSeen ? Shapes::tint(colors, state.tint()) : QColor();
+            auto ground = isSeen ? colors.tint(state.tint()) : QColor();
             if (isFilled) {
                 // Away from the colour of its words: they are to be read in every state.
                 const auto alpha = ground.alphaF();
@@ -84,6 +81,9 @@ void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& optio
 QColor ButtonDrawing::wordsOf(const QStyleOptionButton& option, Weight weight,
                               const ThemeColors& colors) {
     const auto isFlat = option.features.testFlag(QStyleOptionButton::Flat);
+    if (isFlat && !ControlState(option).isEnabled()) {
+        return {}; // no ground fades with them
+    }
     switch (weight) {
     case Weight::dangerous:
         return isFlat ? colors.danger
@@ -108,7 +108,7 @@ void ButtonDrawing::paintTool(QPainter& painter, const QStyleOption& option, con
     }
     const auto isRaised = !option.state.testFlag(QStyle::State_AutoRaise);
     if (state.tint() != Tint::rest || (isRaised && !isOn)) {
-        Shapes::paintBox(painter, option.rect, radius, Shapes::tint(colors, state.tint()),
+        Shapes::paintBox(painter, option.rect, radius, colors.tint(state.tint()),
                          Shapes::controlEdge(colors));
     }
     if (state.hasFocus()) {

@@ -18,10 +18,8 @@ public:
     bool isHovered() const { return isEnabled() && m_state.testFlag(QStyle::State_MouseOver); }
     bool isPressed() const { return isEnabled() && m_state.testFlag(QStyle::State_Sunken); }
     bool hasFocus() const { return m_state.testFlag(QStyle::State_HasFocus); }
-    Shapes::Tint tint() const {
-        return isPressed()   ? Shapes::Tint::pressed
-               : isHovered() ? Shapes::Tint::hovered
-                             : Shapes::Tint::rest;
+    Tint tint() const {
+        return isPressed() ? Tint::pressed : isHovered() ? Tint::hovered : Tint::rest;
     }
 
 private:
@@ -34,7 +32,7 @@ public:
     FadedWhenDisabled(QPainter& painter, const ControlState& state)
         : m_painter(painter), m_before(painter.opacity()) {
         if (!state.isEnabled()) {
-            painter.setOpacity(m_before * Shapes::kDisabledOpacity);
+            painter.setOpacity(m_before * kDisabledOpacity);
         }
     }
     ~FadedWhenDisabled() { m_painter.setOpacity(m_before); }

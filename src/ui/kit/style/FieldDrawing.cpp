@@ -26,10 +26,8 @@ void paintStep(QPainter& painter, const QStyleOptionSpinBox& option, QStyle::Sub
                                                        : QAbstractSpinBox::StepDownEnabled);
     const ControlState state(option);
     if (leads && option.activeSubControls.testFlag(part) && state.isEnabled()) {
-        Shapes::paintBox(
-            painter, room, theme.radius(Radius::small),
-            Shapes::tint(colors, state.isPressed() ? Shapes::Tint::pressed : Shapes::Tint::hovered),
-            QColor());
+        Shapes::paintBox(painter, room, theme.radius(Radius::small),
+                         colors.tint(state.isPressed() ? Tint::pressed : Tint::hovered), QColor());
     }
     auto step = option;
     step.state.setFlag(QStyle::State_Enabled, leads && state.isEnabled());
@@ -59,17 +57,20 @@ void FieldDrawing::paintComboBox(QPainter& painter, const QStyleOptionComboBox& 
     } else {
         const auto radius = theme.radius(Radius::medium);
         const FadedWhenDisabled faded(painter, state);
-        const auto isOpen = option.state.testFlag(QStyle::State_On);
-        Shapes::paintBox(painter, option.rect, radius,
-                         Shapes::tint(colors, isOpen ? Shapes::Tint::pressed : state.tint()),
-                         Shapes::controlEdge(colors));
+        const auto tint = option.state.testFlag(QStyle::State_On) ? Tint::pressed : state.tint();
+        if (option.frame || tint != Tint::rest) {
+            Shapes::paintBox(painter, option.rect, radius, colors.tint(tint),
+                             Shapes::controlEdge(colors));
+        }
         if (state.hasFocus()) {
             Shapes::paintRing(painter, option.rect, radius, colors.accent);
         }
     }
-    const FadedWhenDisabled faded(painter, state);
-    Shapes::paintCaret(painter, partOfComboBox(option, QStyle::SC_ComboBoxArrow, theme),
-                       Caret::down, colors.secondaryText, theme);
+    if (option.subControls.testFlag(QStyle::SC_ComboBoxArrow)) {
+        const FadedWhenDisabled faded(painter, state);
+        Shapes::paintCaret(painter, partOfComboBox(option, QStyle::SC_ComboBoxArrow, theme),
+                           Caret::down, colors.secondaryText, theme);
+    }
 }
 
 QRect FieldDrawing::partOfComboBox(const QStyleOptionComboBox& option, QStyle::SubControl part,
@@ -137,8 +138,7 @@ void FieldDrawing::paintProgress(QPainter& painter, const QStyleOptionProgressBa
     QRect bar(option.rect.left(), 0, option.rect.width(), theme.extent(Extent::progress));
     bar.moveTop(option.rect.top() + (option.rect.height() - bar.height()) / 2);
     const auto radius = bar.height() / 2.0;
-    Shapes::paintBox(painter, bar, radius, Shapes::tint(colors, Shapes::Tint::hovered),
-                     Shapes::controlEdge(colors));
+    Shapes::paintBox(painter, bar, radius, colors.tint(Tint::hovered), Shapes::controlEdge(colors));
     const auto range = static_cast<double>(option.maximum) - option.minimum;
     // Of what has no known end a middle part is filled: it is under way, nothing else is known.
     const auto part = range > 0 ? (option.progress - option.minimum) / range : 0.5;

@@ -13,8 +13,7 @@ void ListDrawing::paintRow(QPainter& painter, const QStyleOptionViewItem& option
     if (isChosen) {
         Shapes::paintChosen(painter, option.rect, radius, colors);
     } else if (ControlState(option).isHovered()) {
-        Shapes::paintBox(painter, option.rect, radius, Shapes::tint(colors, Shapes::Tint::rest),
-                         QColor());
+        Shapes::paintBox(painter, option.rect, radius, colors.tint(Tint::rest), QColor());
     }
 }
 
@@ -26,10 +25,10 @@ QStyleOptionViewItem ListDrawing::contentOf(const QStyleOptionViewItem& option) 
 }
 
 void ListDrawing::paintSplitter(QPainter& painter, const QStyleOption& option, const Theme& theme) {
-    const auto& colors = theme.colors();
     const ControlState state(option);
-    painter.fillRect(option.rect,
-                     state.isHovered() || state.isPressed() ? colors.accent : colors.hairline);
+    if (state.isHovered() || state.isPressed()) {
+        painter.fillRect(option.rect, theme.colors().accent);
+    }
 }
 
 void ListDrawing::paintToolBarSeparator(QPainter& painter, const QStyleOption& option,
@@ -38,9 +37,9 @@ void ListDrawing::paintToolBarSeparator(QPainter& painter, const QStyleOption& o
     const auto isHorizontal = option.state.testFlag(QStyle::State_Horizontal);
     auto line = option.rect.adjusted(margin, margin, -margin, -margin);
     if (isHorizontal) {
-        line = QRect(option.rect.center().x(), line.top(), 1, line.height());
+        line = QRect(option.rect.center().x(), line.top(), kLine, line.height());
     } else {
-        line = QRect(line.left(), option.rect.center().y(), line.width(), 1);
+        line = QRect(line.left(), option.rect.center().y(), line.width(), kLine);
     }
     painter.fillRect(line, theme.colors().hairline);
 }

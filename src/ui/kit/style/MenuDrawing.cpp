@@ -1,6 +1,7 @@
 #include "ui/kit/style/MenuDrawing.h"
 
 #include "ui/kit/style/ControlState.h"
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Shapes.h"
 
@@ -80,7 +81,7 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
     const auto inset = theme.space(Space::small);
     if (isSeparator(option)) {
         painter.fillRect(option.rect.left() + inset, option.rect.center().y(),
-                         option.rect.width() - 2 * inset, 1, colors.hairline);
+                         option.rect.width() - 2 * inset, kLine, colors.hairline);
         return;
     }
     const ControlState state(option);
@@ -114,7 +115,7 @@ void MenuDrawing::paintItem(QPainter& painter, const QStyleOptionMenuItem& optio
     constexpr int kFlags =
         Qt::AlignVCenter | Qt::TextShowMnemonic | Qt::TextDontClip | Qt::TextSingleLine;
     painter.drawText(words, static_cast<int>(start) | kFlags,
-                     option.text.section(kBeforeKeys, 0, 0));
+                     isolated(option.text.section(kBeforeKeys, 0, 0)));
     if (option.text.contains(kBeforeKeys)) {
         const auto end = QStyle::visualAlignment(option.direction, Qt::AlignRight);
         // A heading shows its own letters, its keys the letters of all keys.
@@ -129,7 +130,7 @@ QSize MenuDrawing::sizeOf(const QStyleOptionMenuItem& option, const QSize& words
                           const Theme& theme) {
     const auto gap = theme.space(Space::medium);
     if (isSeparator(option)) {
-        return {words.width(), gap + 1};
+        return {words.width(), gap + kLine};
     }
     auto width = words.width() + 2 * (theme.space(Space::small) + gap);
     width += option.menuHasCheckableItems ? theme.extent(Extent::smallIcon) + gap : 0;

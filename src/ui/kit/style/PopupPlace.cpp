@@ -52,11 +52,24 @@ void place(QMenu& menu) {
             wanted.moveBottom(room.bottom());
         }
     } else {
-        wanted = PopupPlace::inside(room, wanted, QCursor::pos());
+        wanted = PopupPlace::inside(room, wanted, QRect(QCursor::pos(), QSize(1, 1)));
     }
     if (wanted.topLeft() != menu.pos()) {
         menu.move(wanted.topLeft());
     }
+}
+
+/// A list opens below its button or above it; in a window that has no room for all of it there it
+/// scrolls.
+void place(QWidget& list, const QWidget& button) {
+    const auto& window = *button.window();
+    const QRect room(window.mapToGlobal(QPoint()), window.size());
+    const QRect opener(button.mapToGlobal(QPoint()), button.size());
+    auto wanted = list.geometry();
+    const auto most = std::max(room.bottom() - opener.bottom(), opener.top() - room.top());
+    wanted.setSize(wanted.size().boundedTo({room.width(), most}));
+    wanted.moveTop(std::max(wanted.top(), opener.bottom() + 1));
+    list.setGeometry(PopupPlace::inside(room, wanted, opener));
 }
 
 /// Qt cuts menus and tips to their shape itself, but not lists of choices.
@@ -75,7 +88,7 @@ void PopupPlace::watch(QWidget& popup) {
     popup.installEventFilter(this);
 }
 
-QRect PopupPlace::inside(const QRect& window, const QRect& wanted, const QPoint& pointer) {
+QRect PopupPlace::inside(const QRect& window, const QRect& wanted, const QRect& opener) {
     auto placed = wanted;
     if (placed.width() <= window.width()) {
         placed.moveRight(std::min(placed.right(), window.right()));
@@ -83,8 +96,8 @@ QRect PopupPlace::inside(const QRect& window, const QRect& wanted, const QPoint&
     }
     if (placed.bottom() > window.bottom() && placed.height() <= window.height()) {
         placed.moveBottom(window.bottom());
-        if (placed.contains(pointer) && pointer.y() - placed.height() >= window.top()) {
-            placed.moveBottom(pointer.y() - 1);
+        if (placed.intersects(opener) && opener.top() - placed.height() >= window.top()) {
+            placed.moveBottom(opener.top() - 1);
         }
     }
     return placed;
@@ -97,7 +110,11 @@ bool PopupPlace::eventFilter(QObject* watched, QEvent* event) {
         if (menu && menu->isWindow()) {
             place(*menu);
         } else if (!menu) {
-            cut(static_cast<QWidget&>(*watched));
+            auto& list = static_cast<QWidget&>(*watched);
+            if (const auto* const button = list.parentWidget(); button && list.isWindow()) {
+                place(list, *button);
+            }
+            cut(list);
         }
     }
     return false;

@@ -14,6 +14,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QMenu>
 #include <QPainter>
 #include <QScrollBar>
@@ -81,6 +82,8 @@ void QuietStyle::polish(QWidget* widget) {
         if (!qobject_cast<QStyledItemDelegate*>(choice->itemDelegate())) {
             choice->setItemDelegate(new QStyledItemDelegate(choice));
         }
+    } else if (auto* const field = qobject_cast<QLineEdit*>(widget)) {
+        field->setAlignment(lineStart()); // Qt takes the direction of the keys for an empty one
     } else if (qobject_cast<QMenu*>(widget)) {
         m_popups->watch(*widget);
     } else if (isChoiceList(widget)) {

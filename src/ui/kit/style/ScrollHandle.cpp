@@ -9,16 +9,10 @@
 #include <QStyleOption>
 
 #include <algorithm>
-#include <chrono>
 
 namespace korvex::ui {
 
 namespace {
-
-using namespace std::chrono_literals;
-
-/// Long enough to see where one is after the wheel has stopped, and to reach for the handle.
-constexpr auto kSeenAfterwards = 900ms;
 
 QWidget* areaOf(const QScrollBar& bar) {
     for (auto* widget = bar.parentWidget(); widget; widget = widget->parentWidget()) {
@@ -59,7 +53,7 @@ ScrollHandle& ScrollHandle::of(QScrollBar& bar, const Theme& theme) {
 ScrollHandle::ScrollHandle(QScrollBar& bar, const Theme& theme)
     : QObject(&bar), m_bar(bar), m_theme(theme), m_rest(this), m_fading(this) {
     m_rest.setSingleShot(true);
-    m_rest.setInterval(kSeenAfterwards);
+    m_rest.setInterval(kScrollHandleShown);
     m_fading.setStartValue(1.0);
     m_fading.setEndValue(0.0);
     connect(&m_rest, &QTimer::timeout, this, &ScrollHandle::fade);

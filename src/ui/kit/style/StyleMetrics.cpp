@@ -38,7 +38,7 @@ std::optional<int> StyleMetrics::metric(QStyle::PixelMetric metric, const Theme&
     case QStyle::PM_ToolBarExtensionExtent:
         return theme.extent(Extent::control);
     case QStyle::PM_ToolBarSeparatorExtent:
-        return 2 * theme.space(Space::small) + 1;
+        return 2 * theme.space(Space::small) + kLine;
     case QStyle::PM_ToolBarItemSpacing:
         return theme.space(Space::hair);
     case QStyle::PM_MenuVMargin:
@@ -52,7 +52,7 @@ std::optional<int> StyleMetrics::metric(QStyle::PixelMetric metric, const Theme&
     case QStyle::PM_ScrollBarSliderMin:
         return theme.extent(Extent::control);
     case QStyle::PM_SplitterWidth: // Qt widens what can be grabbed of so thin a line
-        return 1;
+        return kLine;
     case QStyle::PM_MenuHMargin:
     case QStyle::PM_MenuPanelWidth:
     case QStyle::PM_ButtonShiftHorizontal:
@@ -106,7 +106,7 @@ QSize StyleMetrics::size(QStyle::ContentsType type, const QStyleOption* option,
         const auto hasWords =
             button && button->toolButtonStyle != Qt::ToolButtonIconOnly && !button->text.isEmpty();
         const auto around = theme.space(hasWords ? Space::medium : Space::small);
-        return content + QSize(2 * around + caret, 2 * theme.space(Space::small));
+        return ofControl(content + QSize(2 * around + caret, 2 * theme.space(Space::small)));
     }
     case QStyle::CT_CheckBox:
     case QStyle::CT_RadioButton:

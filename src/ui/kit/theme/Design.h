@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 namespace korvex::ui {
@@ -65,6 +66,11 @@ enum class Extent : std::uint8_t {
     scrollHandleHeld = 8,
 };
 
+/// How thick a line is that parts, and the edge of a box, in pixels at every font size.
+inline constexpr int kLine = 1;
+/// How much of a control is seen while it is disabled.
+inline constexpr double kDisabledOpacity = 0.45;
+
 /// The widest that a column of text and todos is, in pixels at the standard font size: longer lines
 /// are hard to follow, and what belongs to a todo is to stand near it.
 inline constexpr int kMeasure = 760;
@@ -83,5 +89,12 @@ enum class Motion : std::uint8_t {
     /// Something that comes, goes or changes its place.
     calm = 180,
 };
+
+/// How long what ends by itself is seen before: a tick, so that one can take it back or go on to
+/// the next; the handle of a scroll bar, so that one sees where one is, and reaches it; a notice,
+/// so that one reads it and reaches its button.
+inline constexpr std::chrono::milliseconds kTickShown{500};
+inline constexpr std::chrono::milliseconds kScrollHandleShown{900};
+inline constexpr std::chrono::milliseconds kNoticeShown{10'000};
 
 } // namespace korvex::ui

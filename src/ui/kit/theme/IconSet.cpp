@@ -1,5 +1,7 @@
 #include "ui/kit/theme/IconSet.h"
 
+#include "ui/kit/theme/Design.h"
+
 #include <QFile>
 #include <QIconEngine>
 #include <QPainter>
@@ -42,7 +44,7 @@ public:
         const auto size = std::min(rect.width(), rect.height());
         const auto opacity = painter->opacity();
         if (mode == QIcon::Disabled) {
-            painter->setOpacity(opacity * 0.4);
+            painter->setOpacity(opacity * kDisabledOpacity);
         }
         painter->drawPixmap(rect.x() + (rect.width() - size) / 2,
                             rect.y() + (rect.height() - size) / 2,

@@ -28,12 +28,6 @@ QString iconOf(Shapes::Caret caret) {
 
 } // namespace
 
-QColor Shapes::tint(const ThemeColors& colors, Tint tint) {
-    auto color = colors.text;
-    color.setAlphaF(tint == Tint::rest ? 0.07F : tint == Tint::hovered ? 0.12F : 0.18F);
-    return color;
-}
-
 void Shapes::paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
                       const QColor& edge) {
     if (!ground.isValid() && !edge.isValid()) {
@@ -41,9 +35,9 @@ void Shapes::paintBox(QPainter& painter, const QRectF& box, double radius, const
     }
     painter.save();
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(edge.isValid() ? QPen(edge, 1) : QPen(Qt::NoPen));
+    painter.setPen(edge.isValid() ? QPen(edge, kLine) : QPen(Qt::NoPen));
     painter.setBrush(ground.isValid() ? QBrush(ground) : QBrush(Qt::NoBrush));
-    const auto inset = edge.isValid() ? 0.5 : 0.0;
+    const auto inset = edge.isValid() ? kLine / 2.0 : 0.0;
     painter.drawRoundedRect(box.adjusted(inset, inset, -inset, -inset), radius - inset,
                             radius - inset);
     painter.restore();
@@ -79,6 +73,14 @@ void Shapes::paintFocusRing(QPainter& painter, const QWidget& control) {
 void Shapes::paintPanel(QPainter& painter, const QRectF& box, double radius,
                         const ThemeColors& colors) {
     paintBox(painter, box, radius, colors.raised, colors.hairline);
+}
+
+void Shapes::paintCheckCircle(QPainter& painter, const QRect& place, CheckCircle circle,
+                              const ThemeColors& colors) {
+    IconSet::draw(painter,
+                  circle == CheckCircle::completed ? QStringLiteral("check-circle-fill")
+                                                   : QStringLiteral("circle"),
+                  circle == CheckCircle::open ? colors.secondaryText : colors.accent, place);
 }
 
 void Shapes::paintCaret(QPainter& painter, const QRect& room, Caret caret, const QColor& color,

@@ -12,15 +12,7 @@ namespace korvex::ui {
 /// The few shapes that every control and panel is made of.
 namespace Shapes {
 
-/// How strongly a control stands out from the ground under it, whatever that is.
-enum class Tint { rest, hovered, pressed };
-/// A translucent colour, so that it suits every ground.
-QColor tint(const ThemeColors& colors, Tint tint);
-
-/// How much of a control is seen while it is disabled.
-inline constexpr double kDisabledOpacity = 0.45;
-
-/// A rounded box with an edge of one pixel; a colour that is not valid draws nothing.
+/// A rounded box with an edge as thick as a line is; a colour that is not valid draws nothing.
 void paintBox(QPainter& painter, const QRectF& box, double radius, const QColor& ground,
               const QColor& edge);
 /// The ground of what is chosen; in high contrast with an edge, as the tint alone does not tell it.
@@ -34,6 +26,11 @@ void paintRing(QPainter& painter, const QRectF& box, double radius, const QColor
 void paintFocusRing(QPainter& painter, const QWidget& control);
 /// What lies over the content: a menu, a list of choices, a tip.
 void paintPanel(QPainter& painter, const QRectF& box, double radius, const ThemeColors& colors);
+
+/// The circle of what can be ticked; the row under the pointer shows what a press would do.
+enum class CheckCircle { open, openHovered, completed };
+void paintCheckCircle(QPainter& painter, const QRect& place, CheckCircle circle,
+                      const ThemeColors& colors);
 
 enum class Caret { up, down, left, right };
 /// In the middle of `room`.

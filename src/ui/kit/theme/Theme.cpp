@@ -38,7 +38,9 @@ Theme::~Theme() {
 }
 
 int Theme::rowDistance() const {
-    return m_preferences.boardSpacing() == app::AppPreferences::BoardSpacing::compact ? 4 : 8;
+    return m_preferences.boardSpacing() == app::AppPreferences::BoardSpacing::compact
+               ? space(Space::small)
+               : space(Space::medium);
 }
 
 int Theme::scaled(int length) const {
@@ -57,6 +59,11 @@ int Theme::motion(Motion motion) const {
     return m_system.motion == SystemMotion::still ? 0 : static_cast<int>(motion);
 }
 
+QFont Theme::strong(QFont font) {
+    font.setWeight(QFont::DemiBold);
+    return font;
+}
+
 QFont Theme::fontOf(TextSize size) const {
     auto font = m_systemFont;
     font.setPointSizeF(m_preferences.fontSize() * kPointsPerPixel * static_cast<int>(size) /
@@ -73,8 +80,7 @@ void Theme::apply() {
 
     m_font = fontOf(TextSize::body);
     m_smallFont = fontOf(TextSize::label);
-    m_sectionFont = fontOf(TextSize::section);
-    m_sectionFont.setWeight(QFont::DemiBold);
+    m_sectionFont = strong(fontOf(TextSize::section));
     m_titleFont = fontOf(TextSize::title);
     m_titleFont.setWeight(QFont::Bold);
 

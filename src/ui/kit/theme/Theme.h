@@ -28,6 +28,8 @@ public:
     const QFont& smallFont() const { return m_smallFont; }
     const QFont& sectionFont() const { return m_sectionFont; }
     const QFont& titleFont() const { return m_titleFont; }
+    /// The font for what stands out among words of its size.
+    static QFont strong(QFont font);
     /// The distance between the texts of two rows, in pixels.
     int rowDistance() const;
     /// A length given for the standard font size, scaled with the preferred one.

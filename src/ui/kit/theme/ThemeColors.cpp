@@ -1,5 +1,7 @@
 #include "ui/kit/theme/ThemeColors.h"
 
+#include "ui/kit/theme/Design.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -15,16 +17,15 @@ double luminance(const QColor& color) {
            0.0722 * linear(color.blueF());
 }
 
-/// How strong the tints of the states are, as parts of the text's or the accent's colour.
-struct Tints {
-    double selection;
-    double hover;
-};
+/// How much of the text's colour a tint has.
+double strengthOf(Tint tint) {
+    return tint == Tint::rest ? 0.07 : tint == Tint::hovered ? 0.11 : 0.15;
+}
 
-/// What follows from the grounds and texts, which have been set.
-void derive(ThemeColors& colors, const QColor& accent, const QColor& danger, const Tints& tints) {
-    colors.selection = blended(accent, colors.content, tints.selection);
-    colors.hover = blended(colors.text, colors.content, tints.hover);
+/// What follows from the grounds and texts, which have been set. `chosen` is how much of the accent
+/// the ground of what is chosen has.
+void derive(ThemeColors& colors, const QColor& accent, const QColor& danger, double chosen) {
+    colors.selection = blended(accent, colors.content, chosen);
     // Of the grounds, one of these two is the nearest to such a line, in the light and in the dark.
     const auto line = [&](double strength) {
         const auto color = blended(colors.text, colors.content, strength);
@@ -58,7 +59,7 @@ ThemeColors ThemeColors::light(const QColor& accent, Contrast contrast) {
     colors.secondaryText =
         colors.isHighContrast ? QColor(0x33, 0x34, 0x38) : QColor(0x5e, 0x61, 0x68);
     colors.hairline = QColor(0xe3, 0xe4, 0xe7);
-    derive(colors, accent, QColor(0xc6, 0x28, 0x28), {.selection = 0.12, .hover = 0.04});
+    derive(colors, accent, QColor(0xc6, 0x28, 0x28), 0.12);
     return colors;
 }
 
@@ -74,15 +75,36 @@ ThemeColors ThemeColors::dark(const QColor& accent, Contrast contrast) {
     colors.secondaryText =
         colors.isHighContrast ? QColor(0xd4, 0xd5, 0xda) : QColor(0xa8, 0xaa, 0xb1);
     colors.hairline = QColor(0x37, 0x38, 0x3c);
-    derive(colors, accent, QColor(0xff, 0x7b, 0x72), {.selection = 0.24, .hover = 0.05});
+    // In high contrast an edge tells what is chosen; a strong tint of a bright accent would leave
+    // no text readable on it.
+    derive(colors, accent, QColor(0xff, 0x7b, 0x72), colors.isHighContrast ? 0.12 : 0.20);
     return colors;
 }
 
 QColor ThemeColors::readableOnGrounds(QColor color, double ratio) const {
-    for (const auto& ground : {content, sidebar, raised, field, selection, hover}) {
+    for (const auto& ground : grounds()) {
         color = readable(color, ground, ratio);
     }
     return color;
+}
+
+QColor ThemeColors::tint(Tint tint) const {
+    auto color = text;
+    color.setAlphaF(static_cast<float>(strengthOf(tint)));
+    return color;
+}
+
+QColor ThemeColors::tinted(const QColor& ground, Tint tint) const {
+    return blended(text, ground, strengthOf(tint));
+}
+
+std::vector<QColor> ThemeColors::grounds() const {
+    std::vector<QColor> all;
+    for (const auto& ground : {content, sidebar, raised, field, selection}) {
+        all.insert(all.end(), {ground, tinted(ground, Tint::rest), tinted(ground, Tint::hovered),
+                               tinted(ground, Tint::pressed)});
+    }
+    return all;
 }
 
 QPalette ThemeColors::palette() const {
@@ -106,7 +128,7 @@ QPalette ThemeColors::palette() const {
     palette.setColor(QPalette::Mid, hairline);
     palette.setColor(QPalette::Dark, border);
     palette.setColor(QPalette::Shadow, border);
-    const auto disabled = blended(text, content, 0.45);
+    const auto disabled = blended(text, content, kDisabledOpacity);
     for (const auto role :
          {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::PlaceholderText}) {
         palette.setColor(QPalette::Disabled, role, disabled);

@@ -3,11 +3,16 @@
 #include <QColor>
 #include <QPalette>
 
+#include <vector>
+
 namespace korvex::ui {
 
+/// How strongly a control stands out from the ground under it, whatever that is.
+enum class Tint { rest, hovered, pressed };
+
 /// The colours of one appearance. Texts have a contrast of at least 4.5 to 1 on every ground they
-/// stand on, and what is no text but says something 3 to 1; in high contrast 7 to 1 and 4.5 to 1.
-/// This holds for any accent.
+/// stand on, also where the pointer is on it or presses it, and what is no text but says something
+/// 3 to 1; in high contrast 7 to 1 and 4.5 to 1. This holds for any accent.
 struct ThemeColors {
     /// The grounds: of what the user wrote, of the sidebar, of panels and menus over the content,
     /// of what is filled in.
@@ -23,9 +28,8 @@ struct ThemeColors {
     QColor border;
     QColor accent;
     QColor onAccent;
-    /// The grounds of states: chosen, under the pointer.
+    /// The ground of what is chosen.
     QColor selection;
-    QColor hover;
     QColor danger;
     QColor scrollHandle;
     bool isDark = false;
@@ -38,7 +42,13 @@ struct ThemeColors {
     /// The least contrast of texts, and of what is no text but says something.
     double textContrast() const { return isHighContrast ? 7 : 4.5; }
     double markContrast() const { return isHighContrast ? 4.5 : 3; }
-    /// The colour, as much darker or lighter as it takes for `ratio` against every ground.
+    /// A translucent colour, so that it suits every ground.
+    QColor tint(Tint tint) const;
+    /// The ground with that over it.
+    QColor tinted(const QColor& ground, Tint tint) const;
+    /// All that texts may stand on: the grounds and what is chosen, each in every state.
+    std::vector<QColor> grounds() const;
+    /// The colour, as much darker or lighter as it takes for `ratio` against all of these.
     QColor readableOnGrounds(QColor color, double ratio) const;
 
     /// The same for what Qt draws.

@@ -3,6 +3,7 @@
 #include "ui/kit/theme/Theme.h"
 
 #include <QComboBox>
+#include <QStyleOptionComboBox>
 
 namespace korvex::ui {
 
@@ -18,7 +19,6 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
     void showPopup() override;
-    void hidePopup() override;
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -28,12 +28,12 @@ protected:
 
 private:
     bool isSet() const { return currentIndex() > 0; }
+    /// What the style draws it by: with a choice, the cross stands in the place of the caret.
+    QStyleOptionComboBox option() const;
     /// Where the cross or the caret is.
     QRect signRect() const;
-    int iconRoom() const;
 
     const Theme& m_theme;
-    bool m_isOpen = false;
 };
 
 } // namespace korvex::ui

@@ -1,0 +1,116 @@
+#include "ui/settings/AutomaticBackupRows.h"
+
+#include "ui/kit/controls/SegmentedChoice.h"
+#include "ui/kit/controls/Switch.h"
+#include "ui/kit/words/Refusal.h"
+#include "ui/settings/BackupWords.h"
+#include "ui/settings/FileQuestion.h"
+#include "ui/settings/SettingsGroup.h"
+#include "ui/settings/WorkRow.h"
+
+#include <QLocale>
+#include <QPushButton>
+#include <QSignalBlocker>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr auto& kRetentions = app::AppPreferences::kRetentions;
+
+QStringList retentionTitles() {
+    QStringList titles;
+    for (const auto count : kRetentions) {
+        titles.append(QLocale().toString(count));
+    }
+    return titles;
+}
+
+} // namespace
+
+AutomaticBackupRows::AutomaticBackupRows(SettingsGroup& group, const Workspace& workspace,
+                                         const Theme& theme, QObject* parent)
+    : QObject(parent),
+      m_preferences(workspace.preferences),
+      m_service(workspace.automaticBackups),
+      m_workspace(workspace) {
+    addSettings(group, theme);
+    addState(group, theme);
+    m_settings =
+        m_preferences.didChange().connect([this](app::AppPreferences::Property) { follow(); });
+    m_changes = m_service.didChange().connect([this] { follow(); });
+    follow();
+}
+
+void AutomaticBackupRows::addSettings(SettingsGroup& group, const Theme& theme) {
+    m_choose = new QPushButton(tr("Choose…"));
+    m_folderRow = &group.addRow(tr("Folder"), m_choose);
+    connect(m_choose, &QPushButton::clicked, this, &AutomaticBackupRows::chooseFolder);
+    m_isOn = new Switch({}, theme);
+    group.addRow(tr("Back up every day"), m_isOn);
+    connect(m_isOn, &Switch::toggled, this,
+            [this](bool isOn) { m_preferences.setAutomaticBackupEnabled(isOn); });
+    m_retention = new SegmentedChoice(tr("Keep Most Recent"), retentionTitles(), theme);
+    group.addRow(tr("Keep Most Recent"), m_retention);
+    connect(m_retention, &SegmentedChoice::chosenChanged, this, [this](int index) {
+        m_preferences.setAutomaticBackupRetention(kRetentions.at(static_cast<std::size_t>(index)));
+    });
+}
+
+void AutomaticBackupRows::addState(SettingsGroup& group, const Theme& theme) {
+    m_last = settingsValue(theme);
+    group.addRow(tr("Last backup"), m_last);
+    m_next = settingsValue(theme);
+    group.addRow(tr("Next backup"), m_next);
+    m_now = new QPushButton(tr("Back Up Now"));
+    m_nowRow = &group.addRow(tr("Back up without waiting for the day"), m_now);
+    connect(m_now, &QPushButton::clicked, this, [this] { m_service.backUpNow(); });
+    m_work = new WorkRow(theme, &group);
+    group.add(m_work);
+    connect(m_work, &WorkRow::cancelled, this, [this] { m_service.cancel(); });
+    for (auto* const button : {m_choose, m_now}) {
+        button->setAutoDefault(true);
+    }
+}
+
+void AutomaticBackupRows::chooseFolder() {
+    FileQuestion::folder(*m_choose, tr("Folder for automatic backups"),
+                         [this](const std::filesystem::path& folder) {
+                             const auto refused = refusal([&] { m_service.chooseFolder(folder); });
+                             m_folderRow->setRefusal(refused.value_or(QString()));
+                         });
+}
+
+void AutomaticBackupRows::follow() {
+    const QSignalBlocker quietSwitch(m_isOn); // nobody has chosen anything
+    const QSignalBlocker quietChoice(m_retention);
+    const auto folder = m_service.folder();
+    m_folderRow->setNote(folder ? folderText(*folder) : tr("None has been chosen yet."));
+    m_isOn->setEnabled(folder || m_preferences.automaticBackupEnabled());
+    m_isOn->setChecked(m_preferences.automaticBackupEnabled());
+    const auto kept =
+        std::find(kRetentions.begin(), kRetentions.end(), m_preferences.automaticBackupRetention());
+    m_retention->choose(static_cast<int>(kept - kRetentions.begin()));
+
+    const auto last = m_preferences.automaticBackupLastSuccess();
+    m_last->say(last ? momentText(*last, m_workspace.dates) : tr("None yet"));
+    const auto now = m_workspace.now();
+    const auto next = m_service.nextDue(now);
+    m_next->say(!next          ? tr("Off")
+                : *next == now ? tr("Due now")
+                               : momentText(*next, m_workspace.dates));
+    m_now->setEnabled(folder && !m_service.isRunning());
+    const auto& error = m_service.errorMessage();
+    m_nowRow->setRefusal(error ? translated(*error) + QLatin1Char('\n') +
+                                     translated(m_service.errorReason())
+                               : QString());
+    if (m_service.isRunning()) {
+        m_work->show(tr("Making a backup"), m_service.progress());
+    } else {
+        m_work->hide();
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,154 @@
+#include "ui/settings/BackupFileRows.h"
+
+#include "ui/kit/fields/WallClock.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/settings/BackupOperations.h"
+#include "ui/settings/BackupWords.h"
+#include "ui/settings/FileQuestion.h"
+#include "ui/settings/SettingsGroup.h"
+#include "ui/settings/WorkRow.h"
+
+#include <QPushButton>
+
+#include <algorithm>
+#include <utility>
+
+namespace korvex::ui {
+
+namespace {
+
+/// The one backup, if it is there.
+std::vector<storage::ListedBackup> listed(const std::filesystem::path& file) {
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) {
+        return {};
+    }
+    auto all = storage::backupsIn(file.parent_path());
+    std::erase_if(all, [&](const storage::ListedBackup& each) { return each.file != file; });
+    return all;
+}
+
+} // namespace
+
+BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
+                               const Workspace& workspace, const Theme& theme, QObject* parent)
+    : QObject(parent),
+      m_operations(operations),
+      m_workspace(workspace),
+      m_kept(workspace.runLoop, workspace.log, this) {
+    addRows(group, theme);
+    connectOperations(theme);
+    connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);
+    connect(&m_kept, &BackupReader::changed, this, &BackupFileRows::showKept);
+    follow();
+    showKept();
+}
+
+void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
+    m_export = new QPushButton(tr("Export…"));
+    m_import = new QPushButton(tr("Import…"));
+    m_takeBack = new QPushButton(tr("Take back…"));
+    group.addRow(tr("Export to a file"), m_export)
+        .setNote(tr("Backup files contain private content. Keep them in a safe location."));
+    auto& imported = group.addRow(tr("Import from a file"), m_import);
+    imported.setNote(
+        storage::BackupService::isCloudBacked(m_workspace.context.container())
+            ? tr("Full replacement is unavailable with iCloud sync. Export is available.")
+            : tr("Backups include boards, todos and formatted text. App preferences are kept "
+                 "separately."));
+    m_takeBackRow = &group.addRow(tr("Take back the last import"), m_takeBack);
+    m_work = new WorkRow(theme, &group);
+    group.add(m_work);
+    m_answer = &group.addRow({});
+    for (auto* const button : {m_export, m_import, m_takeBack}) {
+        button->setAutoDefault(true);
+    }
+    connect(m_export, &QPushButton::clicked, this, &BackupFileRows::chooseExport);
+    connect(m_import, &QPushButton::clicked, this, &BackupFileRows::chooseImport);
+    connect(m_takeBack, &QPushButton::clicked, this, &BackupFileRows::takeBack);
+    connect(m_work, &WorkRow::cancelled, &m_operations, &BackupOperations::cancel);
+}
+
+void BackupFileRows::connectOperations(const Theme& theme) {
+    connect(&m_operations, &BackupOperations::changed, this, &BackupFileRows::follow);
+    connect(&m_operations, &BackupOperations::replaced, this, &BackupFileRows::readKept);
+    connect(&m_operations, &BackupOperations::asked, this,
+            [this, &theme](const QString& question, const QString& action) {
+                auto* const sheet =
+                    new ConfirmationSheet(question, action, theme, m_export->window());
+                connect(sheet, &ConfirmationSheet::confirmed, &m_operations,
+                        &BackupOperations::confirm);
+                connect(sheet, &QObject::destroyed, &m_operations, &BackupOperations::giveUp);
+                sheet->ask();
+            });
+}
+
+void BackupFileRows::chooseExport() {
+    if (m_operations.mayBegin()) {
+        const auto today =
+            WallClock::dateTimeOf(m_workspace.now(), m_workspace.dates.formats().calendar())
+                .date()
+                .toString(Qt::ISODate);
+        FileQuestion::backupToWrite(
+            *m_export, QStringLiteral("Korvex %1").arg(today),
+            [this](const std::filesystem::path& file) { m_operations.exportTo(file); });
+    }
+}
+
+void BackupFileRows::chooseImport() {
+    if (m_operations.mayBegin()) {
+        FileQuestion::backupToRead(
+            *m_import, [this](const std::filesystem::path& file) { m_operations.import(file); });
+    }
+}
+
+void BackupFileRows::takeBack() {
+    if (const auto& kept = m_kept.items(); !kept.empty() && kept.front().summary) {
+        m_operations.takeBack(*kept.front().summary);
+    }
+}
+
+void BackupFileRows::readKept() {
+    m_kept.read([file = m_operations.recoveryFile()] { return listed(file); });
+}
+
+void BackupFileRows::follow() {
+    const auto isFree = !m_operations.isUnderWay();
+    m_export->setEnabled(isFree);
+    m_import->setEnabled(isFree &&
+                         !storage::BackupService::isCloudBacked(m_workspace.context.container()));
+    m_takeBack->setEnabled(m_import->isEnabled() && !m_kept.items().empty() &&
+                           m_kept.items().front().summary);
+    if (isFree) {
+        m_work->hide();
+    } else {
+        m_work->show(m_operations.doing(), m_operations.progress());
+    }
+    const auto& answer = m_operations.answer();
+    m_answer->setName(answer.done);
+    m_answer->setRefusal(answer.refusal);
+    const auto isAnswered = !answer.done.isEmpty() || !answer.refusal.isEmpty();
+    m_answer->setVisible(isAnswered);
+    QWidget* const now = !isFree ? static_cast<QWidget*>(m_work) : isAnswered ? m_answer : nullptr;
+    if (std::exchange(m_told, now) != now && now) {
+        Q_EMIT told(now);
+    }
+}
+
+void BackupFileRows::showKept() {
+    const auto& items = m_kept.items();
+    m_takeBackRow->setVisible(!items.empty());
+    if (!items.empty()) {
+        const auto& kept = items.front();
+        m_takeBackRow->setNote(
+            kept.summary ? tr("Brings back %1, as they were on %2.")
+                               .arg(contentsText(*kept.summary),
+                                    momentText(kept.summary->exportedAt, m_workspace.dates))
+            : kept.isRead() ? QString()
+                            : tr("Reading…"));
+        m_takeBackRow->setRefusal(kept.refusal);
+    }
+    follow();
+}
+
+} // namespace korvex::ui

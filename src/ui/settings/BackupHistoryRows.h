@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/Signal.h"
+#include "ui/settings/BackupReader.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QObject>
+
+#include <vector>
+
+class QPushButton;
+
+namespace korvex::ui {
+
+class BackupOperations;
+class SettingsGroup;
+class SettingsRow;
+class Theme;
+
+/// A row of settings for each automatic backup that is kept: when it was made and what it holds,
+/// with buttons that check and restore it. Main thread.
+class BackupHistoryRows final : public QObject {
+    Q_OBJECT
+
+public:
+    /// The group is its own. All of it outlives the rows.
+    BackupHistoryRows(SettingsGroup& group, BackupOperations& operations,
+                      const Workspace& workspace, const Theme& theme, QObject* parent);
+
+    /// Looks into the folder again.
+    void read();
+
+private:
+    struct Row {
+        SettingsRow* row;
+        QPushButton* check;
+        QPushButton* restore;
+    };
+
+    void showAll();
+    void addRow(std::size_t index);
+    void follow();
+
+    SettingsGroup& m_group;
+    BackupOperations& m_operations;
+    const Workspace& m_workspace;
+    const Theme& m_theme;
+    BackupReader m_reader;
+    std::vector<Row> m_rows;
+    base::Subscription m_changes;
+};
+
+} // namespace korvex::ui

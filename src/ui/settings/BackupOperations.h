@@ -1,0 +1,101 @@
+#pragma once
+
+#include "storage/BackgroundTask.h"
+#include "storage/BackupService.h"
+#include "ui/workspace/Workspace.h"
+
+#include <QObject>
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace korvex::ui {
+
+/// What the windows in which entries are edited do for who replaces the store under them.
+struct EditingWindows {
+    /// Stores what is being edited. Says why that could not be done.
+    std::function<std::optional<QString>()> settleEdits;
+    /// Shows what the store holds by now; what could not be stored is offered there.
+    std::function<void()> storeReplaced;
+};
+
+/// Exports the store, replaces it by a backup and takes that back, as its user goes through it: one
+/// at a time, with a question before anything is replaced, and on a thread of its own but for the
+/// replacement. Main thread; what it does ends with it.
+class BackupOperations final : public QObject {
+    Q_OBJECT
+
+public:
+    BackupOperations(const Workspace& workspace, EditingWindows windows, QObject* parent);
+
+    /// Stores what is being edited; where that cannot be done the answer says so.
+    bool mayBegin();
+    void exportTo(const std::filesystem::path& file);
+    /// Reads the backup, then asks.
+    void import(const std::filesystem::path& file);
+    /// Asks whether the last import is to be taken back, which brings what `kept` says.
+    void takeBack(const storage::BackupSummary& kept);
+    /// The answers to a question.
+    void confirm();
+    void giveUp();
+    /// Ends what is under way, soon.
+    void cancel();
+
+    bool isUnderWay() const { return m_task != nullptr || m_isReplacing; }
+    /// The store is being replaced: nothing else happens meanwhile, and it cannot be cancelled.
+    bool isReplacing() const { return m_isReplacing; }
+    /// What is under way, and how far it is.
+    const QString& doing() const { return m_doing; }
+    const storage::Progress& progress() const { return m_progress; }
+
+    /// What came of the last operation; all empty while one is under way, and before the first.
+    struct Answer {
+        QString done;
+        QString refusal;
+    };
+    const Answer& answer() const { return m_answer; }
+
+    /// Where what the last import replaced is kept, if there was one.
+    std::filesystem::path recoveryFile() const;
+
+Q_SIGNALS:
+    /// Something else is under way, or it is further, or there is an answer.
+    void changed();
+    /// `confirm` or `giveUp` is to be called.
+    void asked(const QString& question, const QString& action);
+    /// The store and what is kept of the former one are others.
+    void replaced();
+
+private:
+    using Prepare = std::function<storage::PreparedRestore(storage::Work&)>;
+    struct Words {
+        QString doing;
+        /// Said when it fails, above the reason.
+        QString failure;
+    };
+
+    template <typename Function, typename Done>
+    void start(Words words, Function work, Done done);
+    void ask(const QString& question, const QString& action, Words words, Prepare prepare);
+    void replace(storage::PreparedRestore prepared);
+    void refuse(const QString& failure, const QString& reason);
+    /// Whether the store can be replaced; else the answer says why not.
+    bool mayReplace(const QString& failure);
+
+    const Workspace& m_workspace;
+    EditingWindows m_windows;
+    QString m_doing;
+    storage::Progress m_progress;
+    Answer m_answer;
+    bool m_isReplacing = false;
+    /// What was asked about; null while nothing is.
+    Prepare m_prepare;
+    Words m_asked;
+    /// Null where nothing is under way.
+    std::unique_ptr<storage::BackgroundTask> m_task;
+    std::unique_ptr<storage::BackgroundTask> m_letGo;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "base/RunLoop.h"
+#include "storage/BackgroundTask.h"
+#include "storage/BackupHistory.h"
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace korvex::ui {
+
+/// Lists backups and reads them in full, one after another in the background: only so can be said
+/// what they hold, and that they are whole. What was read is remembered while the file is the same.
+/// Main thread.
+class BackupReader final : public QObject {
+    Q_OBJECT
+
+public:
+    /// Both outlive it.
+    BackupReader(base::RunLoop& runLoop, base::LogSink& log, QObject* parent);
+
+    using List = std::function<std::vector<storage::ListedBackup>()>;
+    /// Shows what `list` returns or throws; it is called on another thread.
+    void read(List list);
+
+    struct Item {
+        storage::ListedBackup file;
+        /// Absent until it has been read, and where it cannot be.
+        std::optional<storage::BackupSummary> summary = std::nullopt;
+        /// Why it cannot become a store.
+        QString refusal = {};
+
+        bool isRead() const { return summary || !refusal.isEmpty(); }
+    };
+    const std::vector<Item>& items() const { return m_items; }
+    /// Why they could not be listed; empty where they were.
+    const QString& refusal() const { return m_refusal; }
+    /// Reads it anew, before others.
+    void check(std::size_t index);
+
+Q_SIGNALS:
+    /// The items are others.
+    void listed();
+    /// Something else is known of them.
+    void changed();
+
+private:
+    void goOn();
+    void startListing();
+    void startReading(std::size_t index);
+    bool areListed(const std::vector<storage::ListedBackup>& files) const;
+    void take(std::vector<storage::ListedBackup> files);
+    Item* find(const storage::ListedBackup& file);
+
+    base::RunLoop& m_runLoop;
+    base::LogSink& m_log;
+    std::vector<Item> m_items;
+    QString m_refusal;
+    /// What is to be listed next; null for nothing.
+    List m_list;
+    std::optional<std::size_t> m_first;
+    std::unique_ptr<storage::BackgroundTask> m_task;
+};
+
+} // namespace korvex::ui

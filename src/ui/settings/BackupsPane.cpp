@@ -1,0 +1,32 @@
+#include "ui/settings/BackupsPane.h"
+
+#include "ui/settings/AutomaticBackupRows.h"
+#include "ui/settings/BackupFileRows.h"
+#include "ui/settings/BackupHistoryRows.h"
+
+#include <utility>
+
+namespace korvex::ui {
+
+BackupsPane::BackupsPane(const Workspace& workspace, EditingWindows windows, const Theme& theme)
+    : SettingsPane(tr("Backups"), theme), m_operations(workspace, std::move(windows), this) {
+    m_file = new BackupFileRows(addGroup(tr("Backup files")), m_operations, workspace, theme, this);
+    connect(m_file, &BackupFileRows::told, this, [this](QWidget* row) { bringIntoSight(*row); });
+    new AutomaticBackupRows(
+        addGroup(tr("Automatic backups"),
+                 tr("Choose a folder, then enable daily backups. Saved entries are backed up while "
+                    "Korvex is running; missed backups run when you reopen it. History is kept in "
+                    "a separate subfolder for this installation. Manual exports are kept "
+                    "separately.")),
+        workspace, theme, this);
+    m_history =
+        new BackupHistoryRows(addGroup(tr("History")), m_operations, workspace, theme, this);
+}
+
+void BackupsPane::showEvent(QShowEvent* event) {
+    SettingsPane::showEvent(event);
+    m_file->readKept();
+    m_history->read();
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,93 @@
+#include "ui/settings/GeneralPane.h"
+
+#include "ui/kit/controls/SegmentedChoice.h"
+#include "ui/kit/fields/TimeField.h"
+#include "ui/kit/words/Refusal.h"
+#include "ui/settings/BoardChoice.h"
+
+#include <QComboBox>
+#include <QSignalBlocker>
+
+namespace korvex::ui {
+
+namespace {
+
+using Destination = app::AppPreferences::LaunchDestination;
+using Spacing = app::AppPreferences::BoardSpacing;
+
+constexpr int kMinutesOfHour = 60;
+
+} // namespace
+
+GeneralPane::GeneralPane(const Workspace& workspace, const Theme& theme)
+    : SettingsPane(tr("General"), theme),
+      m_workspace(workspace),
+      m_preferences(workspace.preferences) {
+    addStart(theme);
+    addDefaults(theme);
+    m_settings =
+        m_preferences.didChange().connect([this](app::AppPreferences::Property) { follow(); });
+    m_boards = workspace.context.didChange().connect([this](const store::ChangeSet&) { follow(); });
+    connect(&theme, &Theme::changed, this, &GeneralPane::follow);
+    follow();
+}
+
+void GeneralPane::addStart(const Theme& theme) {
+    auto& group = addGroup(tr("At the start"));
+    m_destination = new QComboBox;
+    m_destination->addItems({tr("Last board"), tr("Chosen board"), tr("Upcoming")});
+    connect(m_destination, &QComboBox::activated, this, [this](int index) {
+        m_preferences.setLaunchDestination(static_cast<Destination>(index));
+    });
+    m_destinationRow = &group.addRow(tr("Open with"), m_destination);
+    m_launchBoard = new BoardChoice(m_workspace.boards, theme);
+    connect(m_launchBoard, &BoardChoice::chosen, this,
+            [this](const base::Uuid& board) { m_preferences.setLaunchBoardID(board); });
+    m_launchBoardRow = &group.addRow(tr("Board"), m_launchBoard);
+}
+
+void GeneralPane::addDefaults(const Theme& theme) {
+    auto& group = addGroup(tr("Boards and todos"));
+    m_defaultBoard = new BoardChoice(m_workspace.boards, theme);
+    connect(m_defaultBoard, &BoardChoice::chosen, this,
+            [this](const base::Uuid& board) { m_preferences.setDefaultBoardID(board); });
+    group.addRow(tr("Default board"), m_defaultBoard);
+    m_reminder = new TimeField(m_workspace.dates.shared(), theme, this);
+    connect(m_reminder, &TypedField::changed, this, [this] {
+        const auto& time = m_reminder->time();
+        m_preferences.setDefaultReminderMinutes(time.hour() * kMinutesOfHour + time.minute());
+    });
+    m_reminderRow = &group.addRow(tr("Default reminder time"), m_reminder);
+    m_reminderRow->setNote(tr("For todos that are due on a day, at no time of it."));
+    connect(m_reminder, &TypedField::problemChanged, this,
+            [this] { m_reminderRow->setRefusal(m_reminder->problem()); });
+    m_spacing = new SegmentedChoice(tr("Board spacing"), {tr("Compact"), tr("Comfortable")}, theme);
+    connect(m_spacing, &SegmentedChoice::chosenChanged, this,
+            [this](int index) { m_preferences.setBoardSpacing(static_cast<Spacing>(index)); });
+    group.addRow(tr("Board spacing"), m_spacing);
+}
+
+void GeneralPane::follow() {
+    const auto destination = m_preferences.launchDestination();
+    m_destination->setCurrentIndex(static_cast<int>(destination));
+    m_destinationRow->setNote(
+        destination == Destination::lastBoard
+            ? tr("Opens with the last selected board. If it was deleted, Inbox is used.")
+            : QString());
+    m_launchBoardRow->setVisible(destination == Destination::board);
+    m_launchBoardRow->setNote(tr("If it is deleted or archived, Inbox is used."));
+    // A store that cannot be read is told of by the main window; the boards stay as they were.
+    static_cast<void>(refusal([this] {
+        m_launchBoard->show(m_preferences.launchBoardID());
+        m_defaultBoard->show(m_preferences.defaultBoardID());
+    }));
+    const auto minutes = m_preferences.defaultReminderMinutes();
+    const QTime time(minutes / kMinutesOfHour, minutes % kMinutesOfHour);
+    if (time != m_reminder->time()) {
+        m_reminder->setTime(time);
+    }
+    const QSignalBlocker quiet(m_spacing); // nobody has chosen anything
+    m_spacing->choose(static_cast<int>(m_preferences.boardSpacing()));
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "ui/settings/SettingsPane.h"
+#include "ui/workspace/Workspace.h"
+
+class QComboBox;
+
+namespace korvex::ui {
+
+class BoardChoice;
+class SegmentedChoice;
+class TimeField;
+
+/// What the window begins with, the default board, reminders, the distance of rows. Main thread.
+class GeneralPane final : public SettingsPane {
+    Q_OBJECT
+
+public:
+    GeneralPane(const Workspace& workspace, const Theme& theme);
+
+private:
+    void addStart(const Theme& theme);
+    void addDefaults(const Theme& theme);
+    /// Shows what the settings and the store say now.
+    void follow();
+
+    const Workspace& m_workspace;
+    app::AppPreferences& m_preferences;
+    QComboBox* m_destination = nullptr;
+    SettingsRow* m_destinationRow = nullptr;
+    BoardChoice* m_launchBoard = nullptr;
+    SettingsRow* m_launchBoardRow = nullptr;
+    BoardChoice* m_defaultBoard = nullptr;
+    TimeField* m_reminder = nullptr;
+    SettingsRow* m_reminderRow = nullptr;
+    SegmentedChoice* m_spacing = nullptr;
+    base::Subscription m_settings;
+    base::Subscription m_boards;
+};
+
+} // namespace korvex::ui

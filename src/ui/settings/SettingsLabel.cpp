@@ -1,0 +1,70 @@
+#include "ui/settings/SettingsLabel.h"
+
+#include "ui/kit/speech/Accessibility.h"
+#include "ui/kit/theme/Direction.h"
+#include "ui/kit/words/Text.h"
+
+namespace korvex::ui {
+
+SettingsLabel::SettingsLabel(Kind kind, const QString& text, const Theme& theme, QWidget* parent)
+    : QLabel(breakable(text), parent), m_kind(kind), m_theme(theme) {
+    setTextFormat(Qt::PlainText);
+    setWordWrap(true);
+    setAlignment(kind == Kind::value ? lineEnd() : lineStart());
+    if (text.isEmpty()) {
+        hide();
+    }
+    if (kind == Kind::title || kind == Kind::heading) {
+        Accessibility::setRole(*this, QAccessible::Heading);
+    } else if (kind == Kind::refusal) {
+        Accessibility::setRole(*this, QAccessible::AlertMessage);
+    }
+    connect(&theme, &Theme::changed, this, &SettingsLabel::applyTheme);
+    applyTheme();
+}
+
+void SettingsLabel::say(const QString& text) {
+    const auto words = breakable(text);
+    if (words == this->text()) {
+        return;
+    }
+    setText(words);
+    setVisible(!text.isEmpty());
+    if (m_kind == Kind::refusal) {
+        Accessibility::say(*this, text);
+    }
+}
+
+void SettingsLabel::applyTheme() {
+    const auto& colors = m_theme.colors();
+    auto color = colors.text;
+    auto font = m_theme.font();
+    switch (m_kind) {
+    case Kind::title:
+        font = m_theme.titleFont();
+        break;
+    case Kind::heading:
+        font = m_theme.sectionFont();
+        break;
+    case Kind::name:
+        break;
+    case Kind::value:
+        color = colors.secondaryText;
+        setMinimumHeight(m_theme.extent(Extent::control)); // in the middle of its line
+        break;
+    case Kind::note:
+        font = m_theme.smallFont();
+        color = colors.secondaryText;
+        break;
+    case Kind::refusal:
+        font = m_theme.smallFont();
+        color = colors.danger;
+        break;
+    }
+    setFont(font);
+    auto own = palette();
+    own.setColor(QPalette::WindowText, color);
+    setPalette(own);
+}
+
+} // namespace korvex::ui

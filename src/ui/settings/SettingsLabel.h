@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ui/kit/theme/Theme.h"
+
+#include <QLabel>
+
+namespace korvex::ui {
+
+/// Words of the settings, in the look of what they are, also when the theme changes. They wrap.
+/// Main thread.
+class SettingsLabel final : public QLabel {
+    Q_OBJECT
+
+public:
+    enum class Kind {
+        title,
+        heading,
+        name,
+        /// What a setting is, where it is only told.
+        value,
+        /// What is to be known of a row.
+        note,
+        /// Why something was not done; read out as soon as it is said.
+        refusal,
+    };
+    SettingsLabel(Kind kind, const QString& text, const Theme& theme, QWidget* parent = nullptr);
+
+    /// Says it in place of what was said; takes no room while there is nothing to say.
+    void say(const QString& text);
+
+private:
+    void applyTheme();
+
+    Kind m_kind;
+    const Theme& m_theme;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "ui/settings/SettingsGroup.h"
+
+#include <QWidget>
+
+#include <functional>
+
+namespace korvex::ui {
+
+class ColumnLayout;
+class PanelScroll;
+
+/// One subject of the settings: its title, and under it groups of rows, in a column that scrolls.
+/// What is changed there holds at once, and what is changed elsewhere is shown at once. Main
+/// thread.
+class SettingsPane : public QWidget {
+    Q_OBJECT
+
+protected:
+    SettingsPane(const QString& title, const Theme& theme);
+
+    /// Below what is there; the note stands between the heading and the rows. Both may be empty.
+    SettingsGroup& addGroup(const QString& heading = {}, const QString& note = {});
+    /// Scrolls to a part of the pane, once that has its place.
+    void bringIntoSight(QWidget& part);
+
+private:
+    void applyTheme();
+
+    const Theme& m_theme;
+    QWidget* m_content;
+    ColumnLayout* m_column;
+    PanelScroll* m_scroll;
+};
+
+/// What the window of settings knows of a pane before it is looked at.
+struct SettingsPaneMaker {
+    QString title;
+    /// Its name in the set.
+    QString icon;
+    std::function<SettingsPane*()> make;
+};
+
+} // namespace korvex::ui

@@ -1,0 +1,26 @@
+#include "ui/settings/SettingsPanes.h"
+
+#include "ui/settings/AppearancePane.h"
+#include "ui/settings/BackupsPane.h"
+#include "ui/settings/GeneralPane.h"
+
+#include <utility>
+
+namespace korvex::ui {
+
+std::vector<SettingsPaneMaker> settingsPanes(const Workspace& workspace, EditingWindows windows,
+                                             const Theme& theme) {
+    return {{.title = GeneralPane::tr("General"),
+             .icon = QStringLiteral("gear"),
+             .make = [&] { return new GeneralPane(workspace, theme); }},
+            {.title = AppearancePane::tr("Appearance"),
+             .icon = QStringLiteral("palette"),
+             .make = [&] { return new AppearancePane(workspace.preferences, theme); }},
+            {.title = BackupsPane::tr("Backups"),
+             .icon = QStringLiteral("archive"),
+             .make = [&workspace, &theme, windows = std::move(windows)] {
+                 return new BackupsPane(workspace, windows, theme);
+             }}};
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,122 @@
+#include "ui/settings/SettingsRow.h"
+
+#include "ui/kit/controls/FlowLayout.h"
+#include "ui/kit/controls/WordsAndButton.h"
+#include "ui/kit/speech/Accessibility.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+/// What a name is to have beside its control, in pixels at the standard font size.
+constexpr int kNarrowestName = 150;
+/// The widest that a choice is, in such pixels: a board can have a long name.
+constexpr int kWidestChoice = 240;
+
+/// Whether a screen reader knows it by the words on it.
+bool hasWords(const QWidget& control) {
+    const auto* const button = qobject_cast<const QAbstractButton*>(&control);
+    return (button && !button->text().isEmpty()) || qobject_cast<const QLabel*>(&control) ||
+           !control.accessibleName().isEmpty();
+}
+
+/// Wants room for all of its buttons in one line, and makes do with less.
+class ButtonLine final : public QWidget {
+public:
+    QSize sizeHint() const override {
+        QSize size(-layout()->spacing(), 0);
+        for (int i = 0; i < layout()->count(); ++i) {
+            const auto button = layout()->itemAt(i)->sizeHint();
+            size = {size.width() + layout()->spacing() + button.width(),
+                    std::max(size.height(), button.height())};
+        }
+        return size;
+    }
+};
+
+} // namespace
+
+SettingsRow::SettingsRow(const QString& name, QWidget* control, const Theme& theme, QWidget* parent)
+    : QWidget(parent),
+      m_theme(theme),
+      m_control(control),
+      m_name(new SettingsLabel(SettingsLabel::Kind::name, name, theme, this)),
+      m_note(new SettingsLabel(SettingsLabel::Kind::note, {}, theme, this)),
+      m_refusal(new SettingsLabel(SettingsLabel::Kind::refusal, {}, theme, this)),
+      m_lines(new QVBoxLayout(this)) {
+    if (control) {
+        m_words = new WordsAndButton(*m_name, *control);
+        m_lines->addLayout(m_words);
+        if (!hasWords(*control)) {
+            control->setAccessibleName(name);
+        }
+    } else {
+        m_lines->addWidget(m_name);
+    }
+    m_lines->addWidget(m_note);
+    m_lines->addWidget(m_refusal);
+    connect(&theme, &Theme::changed, this, &SettingsRow::applyTheme);
+    applyTheme();
+}
+
+void SettingsRow::setName(const QString& name) {
+    m_name->say(name);
+}
+
+void SettingsRow::setNote(const QString& note) {
+    m_note->say(note);
+    if (m_control) {
+        m_control->setAccessibleDescription(note);
+    }
+}
+
+void SettingsRow::setRefusal(const QString& refusal) {
+    m_refusal->say(refusal);
+}
+
+void SettingsRow::addBelow(QWidget* widget) {
+    m_lines->insertWidget(m_lines->indexOf(m_note), widget);
+}
+
+void SettingsRow::applyTheme() {
+    const auto side = m_theme.space(Space::large);
+    const auto above = m_theme.space(Space::medium);
+    m_lines->setContentsMargins(side, above, side, above);
+    m_lines->setSpacing(m_theme.space(Space::small));
+    m_name->setMinimumHeight(m_theme.extent(Extent::control));
+    if (qobject_cast<QComboBox*>(m_control)) {
+        m_control->setMinimumWidth(1); // less than its longest choice, where there is no room
+        m_control->setMaximumWidth(m_theme.scaled(kWidestChoice));
+    }
+    if (m_words) {
+        m_words->setSpacing(m_theme.space(Space::large));
+        m_words->setNarrowest(m_theme.scaled(kNarrowestName));
+    }
+}
+
+SettingsLabel* settingsValue(const Theme& theme) {
+    auto* const value = new SettingsLabel(SettingsLabel::Kind::value, {}, theme);
+    value->setWordWrap(false);
+    return value;
+}
+
+QWidget* settingsButtons(const QString& name, std::initializer_list<QWidget*> buttons,
+                         const Theme& theme) {
+    auto* const line = new ButtonLine;
+    line->setAccessibleName(name);
+    Accessibility::setRole(*line, QAccessible::Grouping);
+    auto* const flow = new FlowLayout(line);
+    flow->setContentsMargins(0, 0, 0, 0);
+    flow->setSpacing(theme.space(Space::medium));
+    for (auto* const button : buttons) {
+        flow->addWidget(button);
+    }
+    return line;
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,61 @@
+#include "ui/settings/WorkRow.h"
+
+#include "ui/settings/SettingsRow.h"
+
+#include <QProgressBar>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+namespace korvex::ui {
+
+namespace {
+
+constexpr int kWhole = 1000;
+
+QString wordsFor(storage::Stage stage) {
+    switch (stage) {
+    case storage::Stage::reading:
+        return WorkRow::tr("Reading…");
+    case storage::Stage::checking:
+        return WorkRow::tr("Checking…");
+    case storage::Stage::writing:
+        return WorkRow::tr("Writing…");
+    case storage::Stage::verifying:
+        return WorkRow::tr("Reading back what was written…");
+    case storage::Stage::replacing:
+        return WorkRow::tr("Windows answer again in a moment.");
+    }
+    return {};
+}
+
+} // namespace
+
+WorkRow::WorkRow(const Theme& theme, QWidget* parent)
+    : QWidget(parent),
+      m_bar(new QProgressBar),
+      m_cancel(new QPushButton(tr("Cancel"))),
+      m_row(new SettingsRow({}, m_cancel, theme, this)) {
+    m_bar->setRange(0, kWhole);
+    m_bar->setTextVisible(false);
+    m_row->addBelow(m_bar);
+    auto* const column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->addWidget(m_row);
+    connect(m_cancel, &QPushButton::clicked, this, &WorkRow::cancelled);
+    hide();
+}
+
+void WorkRow::show(const QString& doing, const storage::Progress& progress) {
+    const auto isForGood = progress.stage == storage::Stage::replacing;
+    m_row->setName(doing);
+    m_row->setNote(wordsFor(progress.stage));
+    m_bar->setAccessibleName(doing);
+    m_bar->setValue(static_cast<int>(progress.fraction * kWhole));
+    m_cancel->setEnabled(!isForGood);
+    setVisible(true);
+    if (isForGood) {
+        window()->repaint();
+    }
+}
+
+} // namespace korvex::ui

@@ -1,0 +1,115 @@
+#pragma once
+
+#include "ui/settings/SettingsWindow.h"
+
+#include "ui/kit/overlays/ConfirmationSheet.h"
+#include "ui/settings/SettingsLabel.h"
+#include "ui/windows/NavigationFixture.h"
+
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLabel>
+
+#include <functional>
+
+namespace korvex::tests {
+
+/// The main window and, over it, that of the settings, with what is asked of its panes.
+class SettingsFixture : public NavigationFixture {
+protected:
+    enum Pane { general, appearance, backups };
+
+    void openSettings(Pane pane) {
+        if (!window) {
+            open();
+        }
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        QTest::keyClick(window.get(), Qt::Key_Comma, Qt::ControlModifier);
+        for (auto* const each : QApplication::topLevelWidgets()) {
+            if (auto* const found = qobject_cast<SettingsWindow*>(each)) {
+                settings = found;
+            }
+        }
+        ASSERT_TRUE(settings);
+        EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
+        settings->showPane(pane);
+        QApplication::processEvents();
+    }
+
+    /// The one in sight of this accessible name, or with these words on it.
+    template <typename Kind>
+    Kind& control(const char* name) {
+        for (auto* const each : settings->findChildren<Kind*>()) {
+            const auto* const button = qobject_cast<const QAbstractButton*>(each);
+            if (each->isVisible() && (each->accessibleName() == QString::fromUtf8(name) ||
+                                      (button && button->text() == QString::fromUtf8(name)))) {
+                return *each;
+            }
+        }
+        throw std::logic_error(name);
+    }
+    void press(const char* button) { control<QPushButton>(button).click(); }
+    /// Chooses as the user does, by keys.
+    void choose(const char* choice, const char* text) {
+        auto& box = control<QComboBox>(choice);
+        const auto row = box.findText(QString::fromUtf8(text));
+        ASSERT_GE(row, 0) << text;
+        box.setFocus();
+        QTest::keyClick(&box, Qt::Key_Home);
+        for (int i = 0; i < row; ++i) {
+            QTest::keyClick(&box, Qt::Key_Down);
+        }
+    }
+    /// All words of the pane, a line each.
+    std::string words() {
+        QStringList lines;
+        for (const auto* const label : settings->findChildren<SettingsLabel*>()) {
+            if (label->isVisible()) {
+                lines.append(label->text());
+            }
+        }
+        return plain(lines.join(QLatin1Char('\n')));
+    }
+    /// As it is typed: without places to break a line, and with plain spaces.
+    static std::string plain(QString text) {
+        return toUtf8(text.remove(QChar(0x200B)).replace(QChar(0x202F), QLatin1Char(' ')));
+    }
+    /// Answers the dialog that the button opens, after something else has happened.
+    void answer(
+        const char* button, const std::filesystem::path& file,
+        const std::function<void()>& before = [] {}) {
+        press(button);
+        auto* const dialog = settings->findChild<QFileDialog*>();
+        ASSERT_TRUE(dialog) << button;
+        dialog->setDirectory(toQString(file.parent_path().native()));
+        dialog->selectFile(toQString(file.native()));
+        before();
+        static_cast<QDialog*>(dialog)->accept();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
+    /// Lets the background work until it is so.
+    template <typename Condition>
+    void workUntil(Condition&& isSo) {
+        while (!isSo()) {
+            runLoop.waitForPosted();
+            runLoop.runPosted();
+            QApplication::processEvents();
+        }
+    }
+    void workUntilSaid(const char* text) {
+        workUntil([&] { return words().find(text) != std::string::npos; });
+    }
+    std::string question() {
+        for (const auto* const sheet : settings->findChildren<ConfirmationSheet*>()) {
+            if (sheet->isVisible()) {
+                return plain(sheet->accessibleName());
+            }
+        }
+        return {};
+    }
+
+    SettingsWindow* settings = nullptr;
+};
+
+} // namespace korvex::tests
