@@ -261,6 +261,8 @@ void BoardHeader::applyTheme() {
     const auto above = (line - title.height()) / 2;
     m_name->setFont(m_isNarrow ? m_theme.sectionFont() : m_theme.titleFont());
     m_name->setContentsMargins(0, above, 0, 0);
+    // Clear of the field, which is a little higher than the name.
+    m_refusal->setContentsMargins(0, m_theme.space(Space::medium), 0, 0);
     m_count->setFont(m_theme.font());
     alignNote(*m_count, *m_name, *m_words);
 }

@@ -51,7 +51,7 @@ TEST(BoardColors, DifferAndAreSeenOnEveryGroundWhateverTheSystemsAccent) {
 }
 
 TEST_F(BoardColorsTest, ANewBoardIsOfferedAColourOfItsOwnThatIsToldFromItsNeighbours) {
-    constexpr std::size_t kFirst = 8;
+    constexpr std::size_t kFirst = 5;
     constexpr int kApart = 64; // of 255, in one channel at least
     const auto areApart = [](const QColor& one, const QColor& two) {
         return std::max({std::abs(one.red() - two.red()), std::abs(one.green() - two.green()),

@@ -81,6 +81,14 @@ void WindowScenes::addBoardScenes() {
         "board-name-over-page", [this] { page().header().rename(*m_inbox); },
         "EditableText: Name of the board");
     add(
+        "board-name-refused",
+        [this] {
+            page().header().rename(*m_inbox);
+            type(" ");
+            key(Qt::Key_Return);
+        },
+        "AlertMessage: Board names");
+    add(
         "error", [this] { m_window.showError(QStringLiteral("It is broken.")); },
         "AlertMessage: It is broken.");
     add(
@@ -148,6 +156,17 @@ void WindowScenes::addPanelScenes() {
                 key(Qt::Key_D, Qt::ControlModifier);
             },
             "Dialog: Schedule");
+        add(
+            "schedule-refused",
+            [this] {
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+                focus("Due day");
+                key(Qt::Key_Tab);
+                key(Qt::Key_Space);
+                type("11:00 PM");
+            },
+            "AlertMessage: Choose a start time");
         add(
             "month",
             [this] {
