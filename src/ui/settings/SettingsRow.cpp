@@ -54,6 +54,7 @@ SettingsRow::SettingsRow(const QString& name, QWidget* control, const Theme& the
         m_lines->addLayout(m_words);
         if (!hasWords(*control)) {
             control->setAccessibleName(name);
+            m_name->setBuddy(control); // of a choice Qt tells what is chosen in place of its name
         }
     } else {
         m_lines->addWidget(m_name);

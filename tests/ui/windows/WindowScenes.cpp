@@ -244,8 +244,8 @@ void WindowScenes::addPageScenes() {
 void WindowScenes::addSettingsScenes() {
     int pane = 0;
     for (const auto& [name, shows] :
-         {std::pair("settings-general", "ComboBox: Open with"),
-          std::pair("settings-appearance", "ComboBox: Font size"),
+         {std::pair("settings-general", "ComboBox: Last board"),
+          std::pair("settings-appearance", "ComboBox: 13"),
           std::pair("settings-backups", "CheckBox: Back up every day")}) {
         add(
             name,

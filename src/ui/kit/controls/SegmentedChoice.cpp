@@ -67,7 +67,7 @@ SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles,
         auto* const segment = new Segment(title, theme, this);
         m_segments->addButton(segment, static_cast<int>(m_segments->buttons().size()));
         segment->setFocusPolicy(Qt::ClickFocus);
-        row->addWidget(segment, 1);
+        row->addWidget(segment);
     }
     setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
     connect(m_segments, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
