@@ -4,7 +4,6 @@
 #include "services/EntryOrder.h"
 #include "ui/windows/WindowContents.h"
 
-#include <QAbstractAnimation>
 #include <QApplication>
 #include <QFile>
 #include <QMenu>
@@ -13,6 +12,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #ifdef KORVEX_GALLERY
 #include "ui/gallery/GalleryWindow.h"
@@ -23,7 +23,8 @@ namespace korvex::tests {
 namespace {
 
 constexpr int kForColors = 5'000; // milliseconds
-constexpr int kForMotion = 1'000;
+constexpr int kBetweenTries = 50;
+constexpr int kMostTries = 100;
 
 } // namespace
 
@@ -85,20 +86,22 @@ void PicturedWindow::backUp(const ui::Workspace& workspace) {
     }
 }
 
-/// Some of Qt's own motion heeds no wish for stillness.
-bool PicturedWindow::isStill() const {
-    const auto motions = m_window->findChildren<QAbstractAnimation*>();
-    return std::none_of(motions.begin(), motions.end(), [](const QAbstractAnimation* motion) {
-        return motion->state() == QAbstractAnimation::Running;
-    });
+/// Some of Qt's own motion heeds no wish for stillness, and tells nobody that it goes on.
+QPixmap PicturedWindow::stillWindow() {
+    auto seen = m_scenes->shown().grab();
+    for (int tries = 0; tries < kMostTries; ++tries) {
+        QTest::qWait(kBetweenTries); // also what follows an event by a timer
+        const auto before = std::exchange(seen, m_scenes->shown().grab());
+        if (m_scenes->isSettled() && seen.toImage() == before.toImage()) {
+            break;
+        }
+    }
+    return seen;
 }
 
 QImage PicturedWindow::picture() {
-    QTest::qWait(20); // what follows an event by a timer
-    static_cast<void>(QTest::qWaitFor([this] { return m_scenes->isSettled(); }));
-    static_cast<void>(QTest::qWaitFor([this] { return isStill(); }, kForMotion));
+    const auto window = stillWindow();
     auto& shown = m_scenes->shown();
-    auto window = shown.grab();
     auto* const menu = QApplication::activePopupWidget();
     if (!menu) {
         return window.toImage();

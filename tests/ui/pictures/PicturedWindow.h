@@ -15,6 +15,7 @@
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QImage>
+#include <QPixmap>
 #include <QSize>
 
 #include <memory>
@@ -53,7 +54,7 @@ public:
 
 private:
     void backUp(const ui::Workspace& workspace);
-    bool isStill() const;
+    QPixmap stillWindow();
 
     TemporaryFolder m_folder;
     base::StandardErrorLog m_log{base::LogLevel::warning};

@@ -95,7 +95,7 @@ void WindowScenes::addBoardScenes() {
         "undo",
         [this] { // one more than there are: all others stay
             const auto added = m_workspace.entries.createTodos(
-                {.contents = {"Buy milk"},
+                {.contents = {"Book a table"},
                  .board = *m_inbox,
                  .after = m_todo ? std::optional(m_todo->id()) : std::nullopt,
                  .now = m_workspace.clock.now()});
