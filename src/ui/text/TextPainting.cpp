@@ -221,8 +221,8 @@ void paintSelection(QPainter& painter, const QTextCursor& selection, const TextL
 
 void paintWhereItGoesOn(QPainter& painter, const QRectF& whole, const QRectF& seen,
                         const TextLook& look) {
-    // With its outer lines.
-    const auto part = QRectF(whole.toAlignedRect().adjusted(0, -1, 0, 1));
+    // The lower line of a table lies in what Qt gives the paragraph below.
+    const auto part = QRectF(whole.toAlignedRect().adjusted(0, -1, 0, look.space(Space::small)));
     const auto fading = look.space(Space::wide);
     auto clear = look.ground;
     clear.setAlpha(0);
