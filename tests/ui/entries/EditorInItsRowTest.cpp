@@ -251,7 +251,7 @@ TEST_F(EditorInItsRowTest, TheBarStaysAtOneEdgeAndNeverOnWhatIsTyped) {
         list().verticalScrollBar()->setValue(list().verticalScrollBar()->maximum());
         type("x");
         expectSound("out of sight");
-        EXPECT_NEAR(caret().y(), sight.height() / 3, sight.height() / 6)
+        EXPECT_NEAR(caret().y(), sight.height() / 3.0, sight.height() / 6.0)
             << "it comes back with what is around it";
         key(Qt::Key_Escape);
     }
