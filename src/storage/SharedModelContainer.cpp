@@ -13,7 +13,7 @@ namespace {
 using Which = SharedStoreErrorCase;
 
 std::filesystem::path storeFile(const SharedModelContainer::Options& options) {
-    const auto file = options.storeURL.value_or(app::storeFile(app::dataDirectory({})));
+    auto file = options.storeURL.value_or(app::storeFile(app::dataDirectory({})));
     if (!file.is_absolute()) {
         throw SharedStoreError(Which::appGroupUnavailable);
     }
