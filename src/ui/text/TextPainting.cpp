@@ -97,7 +97,10 @@ void paintInlineGround(QPainter& painter, const QTextBlock& block, int from, int
     }
 }
 
-void paintInlineGrounds(QPainter& painter, const QTextBlock& block, const TextLook& look,
+/// `formats` are all of the document: a look at them costs far less than where a paragraph stands,
+/// above all in a table, and hardly any has code.
+void paintInlineGrounds(QPainter& painter, const QTextBlock& block,
+                        const QList<QTextFormat>& formats, const TextLook& look,
                         const QRectF& exposed) {
     int from = -1;
     int to = -1;
@@ -109,7 +112,7 @@ void paintInlineGrounds(QPainter& painter, const QTextBlock& block, const TextLo
     };
     for (auto it = block.begin(); !it.atEnd(); ++it) {
         const auto fragment = it.fragment();
-        if (!fragment.charFormat().hasProperty(kCodeLanguageProperty)) {
+        if (!formats.at(fragment.charFormatIndex()).hasProperty(kCodeLanguageProperty)) {
             finish();
             continue;
         }
@@ -151,18 +154,16 @@ void paintUnderText(QPainter& painter, const QTextDocument& document, const Text
     painter.setRenderHint(QPainter::Antialiasing);
     BlockGrounds grounds(painter, look, exposed);
     ListMarkers markers(look);
+    const auto formats = document.allFormats();
     for (auto block = document.begin(); block.isValid(); block = block.next()) {
         const auto hasMarker = markers.count(block);
-        const auto isSeen = isBeside(bandsOf(block), exposed);
         if (isCodeBlock(block)) {
             grounds.add(block);
         } else {
             grounds.finish();
-            if (isSeen) {
-                paintInlineGrounds(painter, block, look, exposed);
-            }
+            paintInlineGrounds(painter, block, formats, look, exposed);
         }
-        if (hasMarker && isSeen) {
+        if (hasMarker && isBeside(bandsOf(block), exposed)) {
             markers.paint(painter, block);
         }
     }
