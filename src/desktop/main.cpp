@@ -1,5 +1,6 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
+#include "app/SettingsWriter.h"
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
 #include "base/Clock.h"
@@ -66,7 +67,7 @@ int main(int argc, char* argv[]) {
     }
     base::StandardErrorLog standardError(base::LogLevel::warning);
     platform::systemd::JournalLog log(standardError);
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
     app::AppPreferences preferences(defaults, log);
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
     using When = desktop::StoreOpening::When;
@@ -104,6 +105,7 @@ int main(int argc, char* argv[]) {
     }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
+    const app::SettingsWriter writer(defaults, runLoop);
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
@@ -146,6 +148,9 @@ int main(int argc, char* argv[]) {
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
+    QObject::connect(
+        &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
+        Qt::DirectConnection);
     platform::qt::TerminationWatcher termination;
     const auto ending = termination.requested().connect([&] {
         window.storeAll();

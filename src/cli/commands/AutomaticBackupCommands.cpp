@@ -24,8 +24,6 @@ struct ListOptions {
     std::vector<std::string> folder;
 };
 
-struct NoOptions {};
-
 /// Settings are the user's, and so is what they say of automatic backups.
 void requireUsersOwnStore(const Session& session) {
     if (!app::isUsersOwn(session.storeFile().parent_path())) {

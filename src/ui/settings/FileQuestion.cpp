@@ -1,7 +1,8 @@
 #include "ui/settings/FileQuestion.h"
 
+#include "ui/kit/words/Text.h"
+
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileDialog>
 #include <QStandardPaths>
 
@@ -25,7 +26,7 @@ QFileDialog* makeDialog(QWidget& asker, const QString& title, FileQuestion::Rece
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     QObject::connect(dialog, &QFileDialog::fileSelected, &asker,
                      [receive = std::move(receive)](const QString& file) {
-                         receive(QFile::encodeName(file).toStdString());
+                         receive(toPath(file));
                      });
     return dialog;
 }

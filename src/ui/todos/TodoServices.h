@@ -4,7 +4,7 @@
 #include "base/Clock.h"
 #include "services/EntryService.h"
 #include "store/ModelContext.h"
-#include "ui/workspace/DateTexts.h"
+#include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
 
@@ -16,5 +16,13 @@ struct TodoServices {
     const DateTexts& dates;
     const base::Clock& clock;
 };
+
+inline TodoServices todoServices(const Workspace& workspace) {
+    return {.context = workspace.context,
+            .entries = workspace.entries,
+            .preferences = workspace.preferences,
+            .dates = workspace.dates,
+            .clock = workspace.clock};
+}
 
 } // namespace korvex::ui
