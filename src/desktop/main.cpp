@@ -111,6 +111,7 @@ int main(int argc, char* argv[]) {
         platform::javascriptcore::ScriptModule::defaultFile(), log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
+                                    .isUsersOwn = app::isUsersOwn(directory),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,

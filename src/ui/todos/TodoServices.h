@@ -12,7 +12,7 @@ namespace korvex::ui {
 struct TodoServices {
     store::ModelContext& context;
     services::EntryService& entries;
-    const app::AppPreferences& preferences;
+    app::AppPreferences& preferences;
     const DateTexts& dates;
     const base::Clock& clock;
 };

@@ -37,6 +37,8 @@ struct Workspace {
     schedule::ScheduleClock& scheduleClock;
     const base::Clock& clock;
     base::RunLoop& runLoop;
+    /// The store is the one of the user's own data folder, of which the preferences tell.
+    bool isUsersOwn;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
     /// Written by any thread.

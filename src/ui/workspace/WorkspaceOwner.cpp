@@ -52,6 +52,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .scheduleClock = m_scheduleClock,
                   .clock = surroundings.clock,
                   .runLoop = surroundings.runLoop,
+                  .isUsersOwn = surroundings.isUsersOwn,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,
                   .log = surroundings.log,

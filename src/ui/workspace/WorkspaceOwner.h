@@ -23,6 +23,7 @@ public:
         store::ModelContainer& container;
         /// One of that container that has read something already; null for a new one.
         std::unique_ptr<store::ModelContext> context = nullptr;
+        bool isUsersOwn = true;
         app::AppPreferences& preferences;
         app::UserDefaults& defaults;
         const base::Clock& clock;
