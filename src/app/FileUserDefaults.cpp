@@ -225,9 +225,8 @@ std::string FileUserDefaults::settle(std::string_view key,
         // The first of two programs is the one that sets it.
         settleChanges(read());
         if (const auto now = m_settings->string(key); now == held) {
-            m_unwritten.insert_or_assign(
-                std::string(key),
-                Change{.wanted = jsonOf(otherwise), .before = m_held->value(key)});
+            m_unwritten.insert_or_assign(std::string(key), Change{.wanted = jsonOf(otherwise),
+                                                                  .before = m_held->value(key)});
             write(kLongPatience);
         }
         held = m_settings->string(key);

@@ -228,7 +228,8 @@ TEST(AppPreferences, ADefaultBoardThatIsGoneGivesWayToTheInbox) {
     }
     preferences.setDefaultBoardID(work.id());
     EXPECT_EQ(preferences.defaultBoard({}), nullptr);
-    EXPECT_EQ(file.open().string("defaultBoardID"), work.id().text()) << "nobody knows that it went";
+    EXPECT_EQ(file.open().string("defaultBoardID"), work.id().text())
+        << "nobody knows that it went";
 
     preferences.setDefaultBoardID(archived.id());
     auto others = file.open();

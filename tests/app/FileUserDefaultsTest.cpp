@@ -256,12 +256,13 @@ TEST(FileUserDefaults, WritesWhatMayWaitAfterAPauseWithOthersAndAtTheEnd) {
 
 TEST(FileUserDefaults, ReplacesOnlyWhatItExpects) {
     using Text = std::optional<std::string>;
-    for (const auto& [held, expected, wanted, isReplaced] : std::initializer_list<
-             std::tuple<std::string, Text, Text, bool>>{{R"("a")", "a", "b", true},
-                                                        {R"("a")", "b", "c", false},
-                                                        {R"("a")", "a", std::nullopt, true},
-                                                        {R"("a")", std::nullopt, "b", false},
-                                                        {"7", std::nullopt, "b", true}}) {
+    for (const auto& [held, expected, wanted, isReplaced] :
+         std::initializer_list<std::tuple<std::string, Text, Text, bool>>{
+             {R"("a")", "a", "b", true},
+             {R"("a")", "b", "c", false},
+             {R"("a")", "a", std::nullopt, true},
+             {R"("a")", std::nullopt, "b", false},
+             {"7", std::nullopt, "b", true}}) {
         const SettingsFile file(R"({"key": "what it read first"})");
         auto defaults = file.open();
         file.write("{\"key\": " + held + "}");

@@ -65,8 +65,7 @@ QVariant AttachmentMimeData::retrieveData(const QString& type, QMetaType metaTyp
     }
     if (!m_url) {
         const auto file = m_makeFile();
-        m_url = file.empty() ? QByteArray()
-                             : QUrl::fromLocalFile(toFileName(file)).toEncoded();
+        m_url = file.empty() ? QByteArray() : QUrl::fromLocalFile(toFileName(file)).toEncoded();
     }
     if (m_url->isEmpty()) {
         return {};

@@ -24,10 +24,9 @@ QFileDialog* makeDialog(QWidget& asker, const QString& title, FileQuestion::Rece
     auto* const dialog = new QFileDialog(
         asker.window(), title, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, &asker,
-                     [receive = std::move(receive)](const QString& file) {
-                         receive(toPath(file));
-                     });
+    QObject::connect(
+        dialog, &QFileDialog::fileSelected, &asker,
+        [receive = std::move(receive)](const QString& file) { receive(toPath(file)); });
     return dialog;
 }
 

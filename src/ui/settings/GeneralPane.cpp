@@ -71,11 +71,9 @@ void GeneralPane::addDefaults(const Theme& theme) {
     connect(m_reminder, &TypedField::problemChanged, this,
             [this] { m_reminderRow->setRefusal(m_reminder->problem()); });
     m_spacing = new SegmentedChoice(tr("Board spacing"), titlesOf(spacingTitles()), theme);
-    connect(m_spacing, &SegmentedChoice::chosenChanged, this,
-            [this](int index) {
-                m_preferences.setBoardSpacing(
-                    spacingTitles().at(static_cast<std::size_t>(index)).value);
-            });
+    connect(m_spacing, &SegmentedChoice::chosenChanged, this, [this](int index) {
+        m_preferences.setBoardSpacing(spacingTitles().at(static_cast<std::size_t>(index)).value);
+    });
     group.addRow(tr("Board spacing"), m_spacing);
 }
 

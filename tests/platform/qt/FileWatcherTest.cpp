@@ -29,8 +29,9 @@ TEST(FileWatcher, HoweverAFileChangesItIsNoticed) {
         fs::create_symlink("dotfiles/settings.json", file);
     };
     for (const std::function<void()>& change : std::initializer_list<std::function<void()>>{
-             [&] { fs::create_directories(folder / "dotfiles"); }, replace, write, replace, write, link, write, replace, write, [&] { fs::remove(file); },
-             replace, [&] { fs::remove_all(folder.parent_path()); },
+             [&] { fs::create_directories(folder / "dotfiles"); }, replace, write, replace, write,
+             link, write, replace, write, [&] { fs::remove(file); }, replace,
+             [&] { fs::remove_all(folder.parent_path()); },
              [&] { fs::create_directories(folder / "dotfiles"); }, replace, write,
              [&] { fs::rename(folder, folder.parent_path() / "old"); },
              [&] { fs::create_directories(folder); }, replace, write}) {
