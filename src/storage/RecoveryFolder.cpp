@@ -56,9 +56,21 @@ bool isThere(const fs::path& file) {
     return ::lstat(file.c_str(), &status) == 0 || errno != ENOENT;
 }
 
+/// The same of the file that is named, absent for any other. What is no file, or too large for a
+/// backup, is another one.
+std::optional<base::Bytes> contentsIfNamed(const fs::path& file, const std::string& named,
+                                           Work& work) {
+    try {
+        auto contents = contentsOf(file, work);
+        return contents && RecoveryFolder::identity(*contents) == named ? std::move(contents)
+                                                                        : std::nullopt;
+    } catch (const backup::BackupError&) {
+        return std::nullopt;
+    }
+}
+
 bool isNamed(const fs::path& file, const std::string& named, Work& work) {
-    const auto contents = contentsOf(file, work);
-    return contents && RecoveryFolder::identity(*contents) == named;
+    return contentsIfNamed(file, named, work).has_value();
 }
 
 } // namespace
@@ -93,20 +105,16 @@ void RecoveryFolder::settle(const Named& named, Work& work) {
 }
 
 backup::BackupDocument RecoveryFolder::read(const Named& named, Work& work) const {
-    auto isAny = false;
     // Where the store names none, the former one is what stood there before an import that failed.
-    const auto& first = named ? m_file : m_former;
-    for (const auto& file : {first, named ? m_former : m_file}) {
-        if (const auto contents = contentsOf(file, work)) {
-            isAny = true;
-            if (!named || identity(*contents) == *named) {
-                return backup::BackupFileIO::decode(
-                    *contents, [&work](std::size_t bytes) { work.advance(bytes); });
-            }
+    for (const auto& file : {named ? m_file : m_former, named ? m_former : m_file}) {
+        if (const auto contents =
+                named ? contentsIfNamed(file, *named, work) : contentsOf(file, work)) {
+            return backup::BackupFileIO::decode(
+                *contents, [&work](std::size_t bytes) { work.advance(bytes); });
         }
     }
-    throw RestoreError(isAny ? RestoreErrorCase::snapshotIsGone
-                             : RestoreErrorCase::nothingToTakeBack);
+    throw RestoreError(isThere(m_file) || isThere(m_former) ? RestoreErrorCase::snapshotIsGone
+                                                            : RestoreErrorCase::nothingToTakeBack);
 }
 
 std::optional<fs::path> RecoveryFolder::fileToRead(const Named& named, Work& work) const {

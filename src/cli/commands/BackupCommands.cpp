@@ -124,6 +124,8 @@ auto logged(Session& session, Operation operation) {
         return operation();
     } catch (const storage::Cancelled&) {
         throw;
+    } catch (const CommandLineError&) {
+        throw; // it was not tried
     } catch (const base::Error& error) {
         storage::logFailure(session.environment().log, error);
         throw;
