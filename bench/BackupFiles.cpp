@@ -68,33 +68,7 @@ void writeAndSync(const std::filesystem::path& file, std::span<const std::uint8_
 }
 
 void readRows(const bench::PlainDatabase& database) {
-    bench::PlainStatement rows(database, std::string("SELECT ") + kColumns + " FROM Entry");
-    std::vector<model::EntryFields> entries;
-    const auto optionalDate = [&](int column) {
-        return rows.isAbsent(column) ? std::nullopt
-                                     : std::optional(base::Instant{rows.real(column)});
-    };
-    while (rows.step()) {
-        auto& entry = entries.emplace_back();
-        entry.id = rows.uuid(0);
-        entry.typeRawValue = rows.text(1);
-        entry.content = rows.text(2);
-        const auto formatted = rows.text(3);
-        entry.richTextData.emplace(formatted.begin(), formatted.end());
-        entry.createdAt = {rows.real(4)};
-        entry.updatedAt = {rows.real(5)};
-        entry.sortOrder = rows.integer(6);
-        entry.isCompleted = rows.integer(7) != 0;
-        entry.completedAt = optionalDate(8);
-        if (!rows.isAbsent(9)) {
-            entry.dueDay = rows.integer(9);
-        }
-        entry.dueDate = optionalDate(10);
-        entry.dueStartDate = optionalDate(11);
-        entry.reminderDate = optionalDate(12);
-        entry.boardID = rows.uuid(13);
-    }
-    require(entries.size() == bench::kBackupEntries);
+    require(bench::readEntries(database).size() == bench::kBackupEntries);
 }
 
 struct Ignoring : rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Ignoring> {};

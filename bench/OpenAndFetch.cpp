@@ -47,36 +47,7 @@ void plainSqlite(benchmark::State& state) {
         std::vector<model::EntryFields> entries;
         bench::timed(state, [&] {
             const bench::PlainDatabase database(file);
-            bench::PlainStatement rows(
-                database, "SELECT id, typeRawValue, content, richTextData, createdAt, updatedAt, "
-                          "sortOrder, isCompleted, completedAt, dueDay, dueDate, dueStartDate, "
-                          "reminderDate, board FROM Entry");
-            const auto optionalDate = [&](int column) {
-                return rows.isAbsent(column) ? std::nullopt
-                                             : std::optional(base::Instant{rows.real(column)});
-            };
-            while (rows.step()) {
-                auto& entry = entries.emplace_back();
-                entry.id = rows.uuid(0);
-                entry.typeRawValue = rows.text(1);
-                entry.content = rows.text(2);
-                if (!rows.isAbsent(3)) {
-                    const auto bytes = rows.text(3);
-                    entry.richTextData.emplace(bytes.begin(), bytes.end());
-                }
-                entry.createdAt = {rows.real(4)};
-                entry.updatedAt = {rows.real(5)};
-                entry.sortOrder = rows.integer(6);
-                entry.isCompleted = rows.integer(7) != 0;
-                entry.completedAt = optionalDate(8);
-                if (!rows.isAbsent(9)) {
-                    entry.dueDay = rows.integer(9);
-                }
-                entry.dueDate = optionalDate(10);
-                entry.dueStartDate = optionalDate(11);
-                entry.reminderDate = optionalDate(12);
-                entry.boardID = rows.uuid(13);
-            }
+            entries = bench::readEntries(database);
         });
         if (entries.size() != kEntries) {
             state.SkipWithError("not all rows were read");

@@ -83,4 +83,39 @@ model::EntryFields PlainEntries::todo(const std::string& content, std::int64_t s
             .boardID = board};
 }
 
+std::vector<model::EntryFields> readEntries(const PlainDatabase& database) {
+    PlainStatement rows(database,
+                        "SELECT id, typeRawValue, content, richTextData, createdAt, updatedAt, "
+                        "sortOrder, isCompleted, completedAt, dueDay, dueDate, dueStartDate, "
+                        "reminderDate, board FROM Entry");
+    std::vector<model::EntryFields> entries;
+    const auto optionalDate = [&](int column) {
+        return rows.isAbsent(column) ? std::nullopt
+                                     : std::optional(base::Instant{rows.real(column)});
+    };
+    while (rows.step()) {
+        auto& entry = entries.emplace_back();
+        entry.id = rows.uuid(0);
+        entry.typeRawValue = rows.text(1);
+        entry.content = rows.text(2);
+        if (!rows.isAbsent(3)) {
+            const auto bytes = rows.text(3);
+            entry.richTextData.emplace(bytes.begin(), bytes.end());
+        }
+        entry.createdAt = {rows.real(4)};
+        entry.updatedAt = {rows.real(5)};
+        entry.sortOrder = rows.integer(6);
+        entry.isCompleted = rows.integer(7) != 0;
+        entry.completedAt = optionalDate(8);
+        if (!rows.isAbsent(9)) {
+            entry.dueDay = rows.integer(9);
+        }
+        entry.dueDate = optionalDate(10);
+        entry.dueStartDate = optionalDate(11);
+        entry.reminderDate = optionalDate(12);
+        entry.boardID = rows.uuid(13);
+    }
+    return entries;
+}
+
 } // namespace korvex::bench

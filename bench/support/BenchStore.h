@@ -65,4 +65,7 @@ private:
     std::unique_ptr<PlainStatement> m_insert;
 };
 
+/// All entries of a store's rows, as structs: what reading them costs at least.
+std::vector<model::EntryFields> readEntries(const PlainDatabase& database);
+
 } // namespace korvex::bench

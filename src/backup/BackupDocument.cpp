@@ -1,13 +1,8 @@
 #include "backup/BackupDocument.h"
 
+#include <utility>
+
 namespace korvex::backup {
-
-namespace {
-
-constexpr std::string_view kLegacyInbox = "today";
-constexpr std::string_view kInbox = "inbox";
-
-} // namespace
 
 std::string descriptionOf(BackupErrorCase which) {
     switch (which) {
@@ -57,8 +52,8 @@ void BackupDocument::checkBackupSize(std::size_t maximumSize) const {
 
 BackupDocument::BoardRecord recordOf(const model::Board& board) {
     auto identifier = board.systemIdentifier();
-    if (board.isSystem() && identifier == kLegacyInbox) {
-        identifier = kInbox;
+    if (board.isSystem() && identifier == model::kLegacyInboxIdentifier) {
+        identifier = model::kInboxIdentifier;
     }
     return {.id = board.id(),
             .name = board.name(),
@@ -88,6 +83,23 @@ BackupDocument::EntryRecord recordOf(const model::Entry& entry, const base::Uuid
             .dueStartDate = entry.dueStartDate(),
             .reminderDate = entry.reminderDate(),
             .attachmentData = entry.attachmentData()};
+}
+
+model::EntryFields fieldsOf(BackupDocument::EntryRecord record) {
+    return {.id = record.id,
+            .typeRawValue = std::move(record.type),
+            .content = std::move(record.content),
+            .richTextData = std::move(record.richTextData),
+            .attachmentData = {.isRead = true, .bytes = std::move(record.attachmentData)},
+            .createdAt = record.createdAt,
+            .updatedAt = record.updatedAt,
+            .sortOrder = record.sortOrder,
+            .isCompleted = record.isCompleted,
+            .completedAt = record.completedAt,
+            .dueDay = record.dueDay,
+            .dueDate = record.dueDate,
+            .dueStartDate = record.dueStartDate,
+            .reminderDate = record.reminderDate};
 }
 
 } // namespace korvex::backup

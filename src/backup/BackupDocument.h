@@ -92,6 +92,9 @@ BackupDocument::BoardRecord recordOf(const model::Board& board);
 /// stands.
 BackupDocument::EntryRecord recordOf(const model::Entry& entry, const base::Uuid& board);
 
+/// The fields of an entry from such a record, on no board yet.
+model::EntryFields fieldsOf(BackupDocument::EntryRecord record);
+
 /// Whether the document may become a store: throws `unsupportedVersion` or `invalidDocument`.
 /// Formatted text is only decoded where it is all that an entry has. `log` is told what the
 /// serializer makes of it.

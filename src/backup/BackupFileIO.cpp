@@ -1,5 +1,7 @@
 #include "backup/BackupFileIO.h"
 
+#include "base/FileDescriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -18,24 +20,15 @@ constexpr std::size_t kChunkBytes = 1024 * 1024;
                                             std::error_code(errno, std::generic_category()));
 }
 
-class OpenFile {
-public:
-    /// Without waiting for who writes into a pipe.
-    explicit OpenFile(const std::filesystem::path& file)
-        : m_descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
-        if (m_descriptor < 0) {
-            fail("open", file);
-        }
+/// Without waiting for who writes into a pipe.
+base::FileDescriptor opened(const std::filesystem::path& file) {
+    base::FileDescriptor descriptor(
+        ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!descriptor.isOpen()) {
+        fail("open", file);
     }
-    ~OpenFile() { ::close(m_descriptor); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
+    return descriptor;
+}
 
 std::size_t sizeWithinLimit(std::uint64_t size) {
     if (size > BackupDocument::kMaximumBytes) {
@@ -47,9 +40,9 @@ std::size_t sizeWithinLimit(std::uint64_t size) {
 } // namespace
 
 base::Bytes readFile(const std::filesystem::path& file, const Advance& advance) {
-    const OpenFile open(file);
+    const auto open = opened(file);
     struct stat status {};
-    if (::fstat(open.descriptor(), &status) != 0) {
+    if (::fstat(open.get(), &status) != 0) {
         fail("stat", file);
     }
     if (!S_ISREG(status.st_mode)) {
@@ -60,8 +53,8 @@ base::Bytes readFile(const std::filesystem::path& file, const Advance& advance) 
     base::Bytes bytes(sizeWithinLimit(static_cast<std::uint64_t>(status.st_size)) + 1);
     std::size_t used = 0;
     while (true) {
-        const auto count = ::read(open.descriptor(), bytes.data() + used,
-                                  std::min(bytes.size() - used, kChunkBytes));
+        const auto count =
+            ::read(open.get(), bytes.data() + used, std::min(bytes.size() - used, kChunkBytes));
         if (count < 0 && errno != EINTR) {
             fail("read", file);
         }

@@ -18,9 +18,6 @@ using EntryRecord = BackupDocument::EntryRecord;
 constexpr std::int64_t kFirstVersionWithAttachments = 3;
 constexpr std::int64_t kFirstVersionWithDueStart = 7;
 
-constexpr std::string_view kInbox = "inbox";
-constexpr std::string_view kLegacyInbox = "today";
-
 void require(bool holds) {
     if (!holds) {
         throw BackupError(BackupErrorCase::invalidDocument);
@@ -48,11 +45,11 @@ std::vector<base::Uuid> distinctIdentifiers(const std::vector<Record>& records) 
 /// "inbox" or "today", by its field or else by its name; empty when it is neither.
 std::string_view systemIdentifier(const BoardRecord& board) {
     if (board.systemIdentifier) {
-        const auto isKnown =
-            *board.systemIdentifier == kInbox || *board.systemIdentifier == kLegacyInbox;
+        const auto isKnown = *board.systemIdentifier == model::kInboxIdentifier ||
+                             *board.systemIdentifier == model::kLegacyInboxIdentifier;
         return isKnown ? std::string_view(*board.systemIdentifier) : std::string_view();
     }
-    return board.name == "Inbox" ? kInbox : board.name == "Today" ? kLegacyInbox : "";
+    return model::impliedSystemIdentifier(board.name).value_or("");
 }
 
 void validateBoard(const BoardRecord& board, std::vector<std::string_view>& systemBoards) {

@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -17,19 +18,6 @@ namespace fs = std::filesystem;
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
-}
-
-/// Follows a chain of symbolic links to what it leads to, whether that exists or not.
-std::error_code followLinks(fs::path& file) {
-    constexpr int kLongestChain = 40;
-    std::error_code error;
-    for (int link = 0; fs::is_symlink(fs::symlink_status(file, error)); ++link) {
-        if (link == kLongestChain) {
-            return std::make_error_code(std::errc::too_many_symbolic_link_levels);
-        }
-        file = file.parent_path() / fs::read_symlink(file, error);
-    }
-    return {};
 }
 
 std::error_code writeAll(int descriptor, std::string_view contents) {
@@ -58,27 +46,6 @@ std::error_code syncFolder(const fs::path& folder) {
     return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code() : lastError();
 }
 
-/// Each folder on the way that is missing.
-std::error_code makeFolders(const fs::path& folder, mode_t mode) {
-    std::error_code error;
-    if (fs::is_directory(folder, error) || folder == folder.root_path()) {
-        return {};
-    }
-    if (error = makeFolders(folder.parent_path(), mode); error) {
-        return error;
-    }
-    if (::mkdir(folder.c_str(), mode) != 0) {
-        const auto failure = lastError();
-        if (failure != std::errc::file_exists) {
-            return failure;
-        }
-        // Another program was quicker, or something else stands there.
-        return fs::is_directory(folder, error) ? std::error_code()
-                                               : std::make_error_code(std::errc::not_a_directory);
-    }
-    return syncFolder(folder.parent_path());
-}
-
 /// The names of all staging files of a target are a dot, this much of its own name, this, and six
 /// characters: room for all that in a name of 255 bytes. Whose name is cut may share with others;
 /// what is theirs and in use is locked.
@@ -100,7 +67,48 @@ std::string_view targetOf(std::string_view name) {
     return name.substr(1, name.size() - rest - 1);
 }
 
+/// Fails where the file is there already.
+int renameToNew(const fs::path& from, const fs::path& to) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    // Not every file system knows that.
+    return errno == EINVAL && ::link(from.c_str(), to.c_str()) == 0 ? ::unlink(from.c_str()) : -1;
+}
+
 } // namespace
+
+std::error_code followLinks(fs::path& file) {
+    constexpr int kLongestChain = 40;
+    std::error_code error;
+    for (int link = 0; fs::is_symlink(fs::symlink_status(file, error)); ++link) {
+        if (link == kLongestChain) {
+            return std::make_error_code(std::errc::too_many_symbolic_link_levels);
+        }
+        file = file.parent_path() / fs::read_symlink(file, error);
+    }
+    return {};
+}
+
+std::error_code makeFolders(const fs::path& folder, mode_t mode) {
+    std::error_code error;
+    if (fs::is_directory(folder, error) || folder == folder.root_path()) {
+        return {};
+    }
+    if (error = makeFolders(folder.parent_path(), mode); error) {
+        return error;
+    }
+    if (::mkdir(folder.c_str(), mode) != 0) {
+        const auto failure = lastError();
+        if (failure != std::errc::file_exists) {
+            return failure;
+        }
+        // Another program was quicker, or something else stands there.
+        return fs::is_directory(folder, error) ? std::error_code()
+                                               : std::make_error_code(std::errc::not_a_directory);
+    }
+    return syncFolder(folder.parent_path());
+}
 
 StagedFile::~StagedFile() {
     if (!m_staged.empty()) {
@@ -108,7 +116,7 @@ StagedFile::~StagedFile() {
     }
 }
 
-std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
+std::error_code StagedFile::open(const fs::path& file, std::optional<mode_t> folderMode) {
     m_target = fs::absolute(file);
     if (const auto error = followLinks(m_target)) {
         return error;
@@ -118,8 +126,10 @@ std::error_code StagedFile::open(const fs::path& file, mode_t folderMode) {
         return std::make_error_code(std::errc::is_a_directory);
     }
     const auto folder = m_target.parent_path();
-    if (const auto error = makeFolders(folder, folderMode)) {
-        return error;
+    if (folderMode) {
+        if (const auto error = makeFolders(folder, *folderMode)) {
+            return error;
+        }
     }
     removeLeftBehind(
         folder, [name = stagedName(m_target)](std::string_view target) { return target == name; });
@@ -161,9 +171,13 @@ std::error_code StagedFile::sync() {
     return {};
 }
 
-std::error_code StagedFile::commit() {
+std::error_code StagedFile::commit(Existing existing) {
     takePermissions(m_file.get(), m_target);
-    if (::fsync(m_file.get()) != 0 || ::rename(m_staged.c_str(), m_target.c_str()) != 0) {
+    const auto place = [&] {
+        return existing == Existing::replace ? ::rename(m_staged.c_str(), m_target.c_str())
+                                             : renameToNew(m_staged, m_target);
+    };
+    if (::fsync(m_file.get()) != 0 || place() != 0) {
         return lastError();
     }
     m_staged.clear();
@@ -182,6 +196,15 @@ std::error_code moveFile(const fs::path& from, const fs::path& to) {
         return lastError();
     }
     return syncFolder(fs::absolute(to).parent_path());
+}
+
+std::error_code keepUnder(const fs::path& file, const fs::path& name) {
+    if (::link(file.c_str(), name.c_str()) != 0) {
+        if (errno == ENOENT || errno == EEXIST || renameToNew(file, name) != 0) {
+            return lastError();
+        }
+    }
+    return syncFolder(fs::absolute(name).parent_path());
 }
 
 void removeLeftBehind(const fs::path& folder,

@@ -31,6 +31,12 @@ constexpr std::array kFields{
 
 } // namespace
 
+std::optional<std::string_view> impliedSystemIdentifier(std::string_view name) {
+    return name == "Inbox"   ? std::optional(kInboxIdentifier)
+           : name == "Today" ? std::optional(kLegacyInboxIdentifier)
+                             : std::nullopt;
+}
+
 const store::RecordType& Board::recordType() {
     static const store::RecordType type{
         .name = "Board",

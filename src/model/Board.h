@@ -6,11 +6,19 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvex::model {
 
 class Entry;
+
+/// What marks the Inbox, and what it was called before.
+inline constexpr std::string_view kInboxIdentifier = "inbox";
+inline constexpr std::string_view kLegacyInboxIdentifier = "today";
+/// What the name of a system board without an identifier says of it: older stores and backups have
+/// none.
+std::optional<std::string_view> impliedSystemIdentifier(std::string_view name);
 
 /// The stored fields of a board, in their declared order.
 struct BoardFields {

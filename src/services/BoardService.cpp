@@ -18,9 +18,8 @@ using model::BoardServiceErrorCase;
 
 namespace {
 
-constexpr std::string_view kInbox = "inbox";
-/// Older stores call the Inbox so.
-constexpr std::string_view kLegacyToday = "today";
+constexpr auto kInbox = model::kInboxIdentifier;
+constexpr auto kLegacyInbox = model::kLegacyInboxIdentifier;
 constexpr std::string_view kInboxName = "Inbox";
 
 std::string notSaved(const base::Error&) {
@@ -29,17 +28,6 @@ std::string notSaved(const base::Error&) {
 
 [[noreturn]] void refuse(BoardServiceErrorCase which) {
     throw BoardServiceError(which);
-}
-
-/// What the name of a system board without an identifier says about it.
-std::optional<std::string> impliedIdentifier(const Board& board) {
-    if (board.name() == "Today") {
-        return std::string(kLegacyToday);
-    }
-    if (board.name() == kInboxName) {
-        return std::string(kInbox);
-    }
-    return std::nullopt;
 }
 
 std::string normalizedName(std::string_view name) {
@@ -69,14 +57,15 @@ std::optional<std::string> checkedColor(std::optional<std::string_view> color) {
 /// Gives a system board without an identifier the one that its name implies.
 void nameSystemBoard(Board& board) {
     if (board.isSystem() && !board.systemIdentifier()) {
-        board.setSystemIdentifier(impliedIdentifier(board));
+        const auto implied = model::impliedSystemIdentifier(board.name());
+        board.setSystemIdentifier(implied ? std::optional(std::string(*implied)) : std::nullopt);
     }
 }
 
 /// What older stores have for the Inbox becomes it.
 Board& repaired(Board& board) {
     nameSystemBoard(board);
-    if (board.systemIdentifier() == kLegacyToday) {
+    if (board.systemIdentifier() == kLegacyInbox) {
         board.setSystemIdentifier(std::string(kInbox));
         board.setName(std::string(kInboxName));
         board.setIsSystem(true);
@@ -103,8 +92,8 @@ bool needsRepair(const std::vector<Board*>& boards) {
     auto hasInbox = false;
     for (const auto* const board : boards) {
         const auto& identifier = board->systemIdentifier();
-        if (identifier == kLegacyToday ||
-            (board->isSystem() && !identifier && impliedIdentifier(*board))) {
+        if (identifier == kLegacyInbox ||
+            (board->isSystem() && !identifier && model::impliedSystemIdentifier(board->name()))) {
             return true;
         }
         hasInbox = hasInbox || identifier == kInbox;
@@ -160,7 +149,7 @@ Board* BoardService::inboxBoard() const {
 
 Board* BoardService::inboxBoard(std::span<Board* const> boards) {
     for (auto* const board : boards) {
-        if (board->systemIdentifier() == kInbox || board->systemIdentifier() == kLegacyToday) {
+        if (board->systemIdentifier() == kInbox || board->systemIdentifier() == kLegacyInbox) {
             return board;
         }
     }
@@ -176,7 +165,7 @@ std::vector<Board*> BoardService::visibleBoards(std::vector<Board*> all) {
     std::set<std::string_view> seen;
     std::erase_if(boards, [&](const Board* board) {
         if (const auto& identifier = board->systemIdentifier()) {
-            return !seen.insert(*identifier == kLegacyToday ? kInbox
+            return !seen.insert(*identifier == kLegacyInbox ? kInbox
                                                             : std::string_view(*identifier))
                         .second;
         }

@@ -32,21 +32,12 @@ std::optional<base::Bytes> encodedAnew(const std::optional<base::Bytes>& attachm
     }
 }
 
-model::EntryFields fieldsOf(const BackupDocument::EntryRecord& record) {
-    return {.id = record.id,
-            .typeRawValue = std::string(rawValue(model::entryType(record.type))),
-            .content = record.content,
-            .richTextData = record.richTextData,
-            .attachmentData = {.isRead = true, .bytes = encodedAnew(record.attachmentData)},
-            .createdAt = record.createdAt,
-            .updatedAt = record.updatedAt,
-            .sortOrder = record.sortOrder,
-            .isCompleted = record.isCompleted,
-            .completedAt = record.completedAt,
-            .dueDay = record.dueDay,
-            .dueDate = record.dueDate,
-            .dueStartDate = record.dueStartDate,
-            .reminderDate = record.reminderDate};
+/// As it is written today.
+model::EntryFields restoredFields(const BackupDocument::EntryRecord& record) {
+    auto fields = backup::fieldsOf(record);
+    fields.typeRawValue = rawValue(model::entryType(record.type));
+    fields.attachmentData.bytes = encodedAnew(record.attachmentData);
+    return fields;
 }
 
 /// They are in the store, and may be megabytes.
@@ -280,7 +271,7 @@ std::vector<Entry*> UndoableChanges::restore(std::string_view name,
         std::vector<PlacedEntry> places;
         for (std::size_t i = 0; i < deleted.size(); ++i) {
             const auto& [record, index] = deleted[i];
-            auto entry = std::make_unique<Entry>(fieldsOf(record));
+            auto entry = std::make_unique<Entry>(restoredFields(record));
             entry->setBoard(boards[i]);
             restored.push_back(&m_writer.context().insert(std::move(entry)));
             places.push_back(index ? PlacedEntry{restored.back(), boards[i], *index}

@@ -4,6 +4,7 @@
 #include "model/Entry.h"
 #include "model/SchemaVersions.h"
 #include "services/OrderKey.h"
+#include "storage/RestoreError.h"
 
 #include <algorithm>
 #include <numeric>
@@ -81,6 +82,32 @@ void sortEntries(BackupDocument& document) {
     }
 }
 
+/// Whether a file is one of the store's or lies where its recovery snapshots do, by this or any
+/// other name.
+bool isOfStore(std::filesystem::path file, const std::filesystem::path& store) {
+    namespace fs = std::filesystem;
+    std::error_code ignored;
+    file = fs::absolute(file, ignored);
+    if (base::followLinks(file)) {
+        return false; // it cannot be written to either
+    }
+    const auto isSame = [&](const fs::path& left, const fs::path& right) {
+        return fs::equivalent(left, right, ignored);
+    };
+    const auto folder = file.parent_path();
+    if (isSame(folder, recoveryFile(store.parent_path()).parent_path())) {
+        return true;
+    }
+    const auto name = store.filename().native();
+    for (const auto& each : fs::directory_iterator(store.parent_path(), ignored)) {
+        if (each.path().filename().native().starts_with(name) && isSame(file, each.path())) {
+            return true;
+        }
+    }
+    // One that is not there just now is its as well.
+    return isSame(folder, store.parent_path()) && file.filename().native().starts_with(name);
+}
+
 } // namespace
 
 std::unique_ptr<store::ModelContainer> openForReading(const std::filesystem::path& storeFile,
@@ -122,11 +149,15 @@ StoreSnapshot createBackup(store::ModelContainer& container, base::Instant at, W
 }
 
 BackupSummary exportBackup(store::ModelContainer& container, const std::filesystem::path& file,
-                           base::Instant now, base::LogSink& log, Work& work) {
+                           base::Instant now, base::LogSink& log, Work& work,
+                           base::StagedFile::Existing existing) {
+    if (isOfStore(file, container.configuration().file)) {
+        throw RestoreError(RestoreErrorCase::ofStore);
+    }
     const auto document = createBackup(container, now, work).document;
     work.begin(Stage::checking);
     backup::validate(document, log);
-    return writeBackup(document, file, work);
+    return writeBackup(document, file, work, {.existing = existing});
 }
 
 } // namespace korvex::storage

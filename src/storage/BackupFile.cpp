@@ -2,9 +2,6 @@
 
 #include "backup/BackupFileIO.h"
 #include "base/Base64.h"
-#include "base/FileReplacement.h"
-
-#include <system_error>
 
 namespace korvex::storage {
 
@@ -29,9 +26,7 @@ std::size_t expectedBytes(const BackupDocument& document) {
 }
 
 void require(const std::error_code& error) {
-    if (error) {
-        throw FileError("The backup could not be written: " + error.message() + ".");
-    }
+    requireWritten("The backup", error);
 }
 
 [[noreturn]] void refuseUnreadable(const fs::path& file, const fs::filesystem_error& error) {
@@ -49,25 +44,42 @@ backup::BackupFileIO::Advance advancing(Work& work) {
     return [&work](std::size_t bytes) { work.advance(bytes); };
 }
 
-bool holds(const fs::path& file, const BackupDocument& document, Work& work) {
+bool holds(const fs::path& file, const BackupDocument& document, Work& work,
+           const std::function<void(std::span<const std::uint8_t>)>& proven = {}) {
     work.begin(Stage::verifying, partsOfReading(file));
     const auto advance = advancing(work);
-    return backup::BackupFileIO::holds(backup::BackupFileIO::readFile(file, advance), document,
-                                       advance);
+    const auto bytes = backup::BackupFileIO::readFile(file, advance);
+    const auto isThat = backup::BackupFileIO::holds(bytes, document, advance);
+    if (isThat && proven) {
+        proven(bytes);
+    }
+    return isThat;
 }
 
 } // namespace
 
+void requireWritten(const std::string& what, const std::error_code& error) {
+    if (error) {
+        throw FileError(what + " could not be written: " + error.message() + ".");
+    }
+}
+
+void logFailure(base::LogSink& log, const base::Error& error) {
+    base::Logger(log, "Backup")
+        .warning("Backup operation failed: " + error.errorDescription() + " (" +
+                 std::to_string(error.code()) + ")");
+}
+
 BackupSummary writeBackup(const BackupDocument& document, const fs::path& file, Work& work,
-                          MissingFolders missing) {
-    constexpr mode_t kForAll = 0777;
+                          const BackupWriting& how) {
     constexpr mode_t kForUser = 0700;
     BackupSummary summary{.exportedAt = document.exportedAt,
                           .boards = document.boards.size(),
                           .entries = document.entries.size()};
     work.begin(Stage::writing, expectedBytes(document));
     base::StagedFile staged;
-    require(staged.open(file, missing == MissingFolders::userOnly ? kForUser : kForAll));
+    require(staged.open(file, how.missing == MissingFolders::userOnly ? std::optional(kForUser)
+                                                                      : std::nullopt));
     backup::BackupFileIO::encode(document, [&](std::string_view piece) {
         require(staged.write(piece));
         summary.bytes += piece.size();
@@ -75,7 +87,7 @@ BackupSummary writeBackup(const BackupDocument& document, const fs::path& file, 
     });
     require(staged.sync());
     try {
-        if (!holds(staged.path(), document, work)) {
+        if (!holds(staged.path(), document, work, how.proven)) {
             throw FileError("What was written of the backup is not what the disk gives back. It "
                             "was not kept.");
         }
@@ -83,15 +95,18 @@ BackupSummary writeBackup(const BackupDocument& document, const fs::path& file, 
         require(error.code());
     }
     work.checkCancellation();
-    require(staged.commit());
+    require(staged.commit(how.existing));
     return summary;
 }
 
 BackupDocument readBackup(const fs::path& file, Work& work) {
+    return backup::BackupFileIO::decode(readBackupBytes(file, work), advancing(work));
+}
+
+base::Bytes readBackupBytes(const fs::path& file, Work& work) {
     work.begin(Stage::reading, partsOfReading(file));
     try {
-        const auto advance = advancing(work);
-        return backup::BackupFileIO::decode(backup::BackupFileIO::readFile(file, advance), advance);
+        return backup::BackupFileIO::readFile(file, advancing(work));
     } catch (const fs::filesystem_error& error) {
         refuseUnreadable(file, error);
     }

@@ -2,12 +2,17 @@
 
 #include "backup/BackupDocument.h"
 #include "base/Error.h"
+#include "base/FileReplacement.h"
+#include "base/Log.h"
 #include "storage/Work.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+#include <span>
 #include <string>
+#include <system_error>
 
 namespace korvex::storage {
 
@@ -28,9 +33,21 @@ struct BackupSummary {
     bool operator==(const BackupSummary&) const = default;
 };
 
-/// Folders that are missing on the way to a backup are made for everybody that the user's mask
-/// lets, or for the user alone.
-enum class MissingFolders { shared, userOnly };
+/// Throws FileError where there is an error: "`what` could not be written: …".
+void requireWritten(const std::string& what, const std::error_code& error);
+/// For the log: what its user is told too.
+void logFailure(base::LogSink& log, const base::Error& error);
+
+/// Folders that are missing on the way to a backup are missed, or made for the user alone.
+enum class MissingFolders { refuse, userOnly };
+
+struct BackupWriting {
+    MissingFolders missing = MissingFolders::refuse;
+    /// A file that is to be kept fails it, whenever it came.
+    base::StagedFile::Existing existing = base::StagedFile::Existing::replace;
+    /// Shown what the disk has given back, once that is what was meant.
+    std::function<void(std::span<const std::uint8_t>)> proven = {};
+};
 
 /// Gives a file the document, all or nothing: writes it beside, syncs it, reads it back from the
 /// disk, decodes it and compares; only then it takes the file's place, for good. The file is
@@ -39,11 +56,13 @@ enum class MissingFolders { shared, userOnly };
 /// document is made) and `invalidDocument` (a date that cannot be written), FileError and
 /// Cancelled, and then the file is as it was. Any thread.
 BackupSummary writeBackup(const backup::BackupDocument& document, const std::filesystem::path& file,
-                          Work& work, MissingFolders missing = MissingFolders::shared);
+                          Work& work, const BackupWriting& how = {});
 
 /// Reads a backup; whether it may become a store says `backup::validate`. Throws BackupError
 /// `tooLarge` (unread) and `invalidDocument`, FileError and Cancelled. Any thread.
 backup::BackupDocument readBackup(const std::filesystem::path& file, Work& work);
+/// The same without decoding it.
+base::Bytes readBackupBytes(const std::filesystem::path& file, Work& work);
 
 /// Whether the file holds just this document. Throws as `readBackup`. Any thread.
 bool holdsBackup(const std::filesystem::path& file, const backup::BackupDocument& document,

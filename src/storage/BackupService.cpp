@@ -1,11 +1,11 @@
 #include "storage/BackupService.h"
 
-#include "base/FileReplacement.h"
 #include "model/Entry.h"
 #include "model/ServiceErrors.h"
 #include "services/BoardService.h"
 #include "storage/DataIntegrityService.h"
 #include "store/ContentReplacement.h"
+#include "store/StoreError.h"
 
 #include <algorithm>
 #include <utility>
@@ -20,19 +20,7 @@ using backup::BackupErrorCase;
 using model::Board;
 using model::Entry;
 
-/// "Today" and "Inbox" are what older documents call the Inbox by, without an identifier.
-std::optional<std::string> systemIdentifierOf(const BackupDocument::BoardRecord& board) {
-    if (board.systemIdentifier || !board.isSystem) {
-        return board.systemIdentifier;
-    }
-    if (board.name == "Today") {
-        return "today";
-    }
-    return board.name == "Inbox" ? std::optional<std::string>("inbox") : std::nullopt;
-}
-
 Board boardOf(BackupDocument::BoardRecord record) {
-    auto identifier = systemIdentifierOf(record);
     return Board({.id = record.id,
                   .name = std::move(record.name),
                   .createdAt = record.createdAt,
@@ -42,25 +30,7 @@ Board boardOf(BackupDocument::BoardRecord record) {
                   .isArchived = record.isArchived.value_or(false),
                   .icon = std::move(record.icon),
                   .iconColor = std::move(record.iconColor),
-                  .systemIdentifier = std::move(identifier)});
-}
-
-/// On no board yet.
-Entry entryOf(BackupDocument::EntryRecord record) {
-    return Entry({.id = record.id,
-                  .typeRawValue = std::move(record.type),
-                  .content = std::move(record.content),
-                  .richTextData = std::move(record.richTextData),
-                  .attachmentData = {.isRead = true, .bytes = std::move(record.attachmentData)},
-                  .createdAt = record.createdAt,
-                  .updatedAt = record.updatedAt,
-                  .sortOrder = record.sortOrder,
-                  .isCompleted = record.isCompleted,
-                  .completedAt = record.completedAt,
-                  .dueDay = record.dueDay,
-                  .dueDate = record.dueDate,
-                  .dueStartDate = record.dueStartDate,
-                  .reminderDate = record.reminderDate});
+                  .systemIdentifier = std::move(record.systemIdentifier)});
 }
 
 /// The boards of a document by their identifiers.
@@ -90,21 +60,12 @@ private:
     Board* m_last = nullptr;
 };
 
-/// Throws BackupError `storeChanged` when the store does not hold any more what the snapshot has.
-void checkRevision(store::ModelContainer& container, const RecoverySnapshot& snapshot, Work& work) {
-    if (container.revision() == snapshot.revision) {
-        return;
-    }
-    // Something was saved, which need not have changed anything that a backup has.
-    const auto now = createBackup(container, snapshot.exportedAt, work);
-    if (!holdsBackup(snapshot.file, now.document, work)) {
-        throw BackupError(BackupErrorCase::storeChanged);
-    }
-}
+/// How often what others save meanwhile is looked at before it is one change too many.
+constexpr int kRounds = 3;
 
-void replace(store::ModelContext& context, BackupDocument document, Work& work) {
+void replace(store::ModelContext& context, BackupDocument document, std::string note, Work& work) {
     work.beginForGood(Stage::replacing, document.entries.size());
-    store::ContentReplacement replacement(context);
+    store::ContentReplacement replacement(context, std::move(note));
     BoardTable boards;
     for (auto& record : document.boards) {
         auto board = boardOf(std::move(record));
@@ -115,22 +76,34 @@ void replace(store::ModelContext& context, BackupDocument document, Work& work) 
     for (auto& record : document.entries) {
         auto& board = boards.at(record.boardID);
         // Each is let go as soon as the store has it.
-        auto entry = entryOf(std::exchange(record, {}));
+        Entry entry(backup::fieldsOf(std::exchange(record, {})));
         entry.setBoard(&board);
         replacement.add(entry);
         work.advance(1);
     }
 }
 
+/// Where the disk fails at the very end, what was written may still turn out to be there: the next
+/// start would read it. Any other failure of a save is one.
+void save(store::ModelContext& context, RecoveryFolder& folder) {
+    folder.beginSaving();
+    try {
+        context.save();
+    } catch (const store::StoreError& error) {
+        if (error.which() != store::StoreErrorCase::inputOutput) {
+            folder.saveFailed();
+        }
+        throw;
+    }
+}
+
 } // namespace
 
 BackupService::BackupService(store::ModelContext& context, services::ReminderReconciling& reminders,
-                             services::WidgetReloading& widgets, base::LogSink& log,
-                             services::UndoManager* undo)
+                             services::WidgetReloading& widgets, base::LogSink& log)
     : m_context(&context),
       m_reminders(&reminders),
       m_widgets(&widgets),
-      m_undo(undo),
       m_sink(&log),
       m_log(log, "Backup") {}
 
@@ -152,71 +125,99 @@ void BackupService::validateReplacement() const {
     }
 }
 
-std::vector<Board*> BackupService::finish(PreparedRestore prepared, base::Instant now, Work& work,
-                                          const RestoreHooks& hooks) const {
+std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::Instant now,
+                                              Work& work,
+                                              const std::function<void()>& beforeSave) const {
     work.checkCancellation();
-    if (hooks.beforeReplace) {
-        hooks.beforeReplace();
-    }
     validateReplacement();
+    auto& container = m_context->container();
     // Contexts save when they are told to and never by themselves: nothing needs to be kept from
     // that meanwhile.
     {
         // The main context has nothing pending, so another one can do it without its records, and
         // they are as they were if it fails.
-        store::ModelContext context(m_context->container());
+        store::ModelContext context(container);
         // Nobody else saves from the check to the end.
         const store::LockedStep step(context);
-        checkRevision(m_context->container(), prepared.snapshot, work);
+        work.checkCancellation();
+        if (container.revision() != prepared.snapshot.revision) {
+            return std::nullopt;
+        }
+        auto backup = std::exchange(prepared.backup, std::nullopt).value();
         try {
-            replace(context, std::move(prepared.document), work);
+            replace(context, std::move(backup).take(), prepared.snapshot.identity, work);
             services::NoReminders reminders;
             services::NoWidgets widgets;
             services::BoardService(context, reminders, widgets, *m_sink)
                 .initializeDefaultBoards(now, services::BoardService::SaveChanges::no);
             DataIntegrityService(context, *m_sink)
                 .repair({.saveChanges = DataIntegrityService::SaveChanges::no, .now = now});
-            if (hooks.beforeSave) {
-                hooks.beforeSave();
+            if (beforeSave) {
+                beforeSave();
             }
-            context.save();
+            save(context, *prepared.folder);
         } catch (...) {
             m_log.error("Restore failed; transaction rolled back and recovery snapshot retained");
             throw;
         }
     }
-    if (const auto& becomes = prepared.snapshot.becomes) {
-        if (const auto error = base::moveFile(prepared.snapshot.file, *becomes)) {
-            // The next undo finds it.
-            m_log.warning("The recovery snapshot is not in its place: " + error.message());
-        }
-    }
-    if (m_undo) {
-        m_undo->forgetEverything();
-    }
-    m_context->refresh();
-    m_reminders->requestReconcile();
-    m_widgets->reloadTodoWidgets();
+    Restored restored{.boards = {}, .snapshot = prepared.folder->saved(m_log)};
     m_log.info("Restored backup; recovery snapshot retained locally");
-    return services::BoardService(*m_context, *m_reminders, *m_widgets, *m_sink).boards();
+    // It is done: who is told of it too late learns of it with the next change.
+    const auto tell = [this](const auto& telling) {
+        try {
+            telling();
+        } catch (const std::exception& error) {
+            m_log.warning(std::string("After a restore: ") + error.what());
+        }
+    };
+    tell([this] { m_context->refresh(); });
+    tell([this] { m_reminders->requestReconcile(); });
+    tell([this] { m_widgets->reloadTodoWidgets(); });
+    tell([&] {
+        restored.boards =
+            services::BoardService(*m_context, *m_reminders, *m_widgets, *m_sink).boards();
+    });
+    return restored;
 }
 
-std::vector<Board*> BackupService::restore(BackupDocument document,
-                                           const std::filesystem::path& recoveryFile,
-                                           base::Instant now, Work& work,
-                                           const RestoreHooks& hooks) const {
+Restored BackupService::finishAfter(PreparedRestore prepared, base::Instant now, Work& work,
+                                    const RestoreHooks& hooks) const {
     work.checkCancellation();
-    backup::validate(document, *m_sink);
-    validateReplacement();
-    return finish(prepareRestore(std::move(document), m_context->container(), recoveryFile, now,
-                                 *m_sink, work),
-                  now, work, hooks);
+    if (hooks.beforeReplace) {
+        hooks.beforeReplace();
+    }
+    for (int round = 0; round < kRounds; ++round) {
+        if (auto restored = finish(prepared, now, work, hooks.beforeSave)) {
+            return std::move(*restored);
+        }
+        followRevision(prepared, m_context->container(), work);
+    }
+    refuseChanged(prepared.kind);
 }
 
-std::vector<Board*> BackupService::undoRestore(const std::filesystem::path& recoveryFile,
-                                               base::Instant now, Work& work) const {
+Restored BackupService::restore(ValidBackup backup, const std::filesystem::path& recoveryFile,
+                                base::Instant now, Work& work, const RestoreHooks& hooks) const {
+    work.checkCancellation();
     validateReplacement();
-    return finish(prepareUndo(m_context->container(), recoveryFile, now, *m_sink, work), now, work);
+    return finishAfter(
+        prepareRestore(std::move(backup), m_context->container(), recoveryFile, now, *m_sink, work),
+        now, work, hooks);
+}
+
+Restored BackupService::restore(BackupDocument document, const std::filesystem::path& recoveryFile,
+                                base::Instant now, Work& work, const RestoreHooks& hooks) const {
+    work.checkCancellation();
+    return restore(ValidBackup(std::move(document), *m_sink), recoveryFile, now, work, hooks);
+}
+
+Restored BackupService::undoRestore(const std::filesystem::path& recoveryFile, base::Instant now,
+                                    Work& work, const RestoreHooks& hooks) const {
+    work.checkCancellation();
+    validateReplacement();
+    return finishAfter(
+        prepareUndo(m_context->container(), recoveryFile, std::nullopt, now, *m_sink, work), now,
+        work, hooks);
 }
 
 } // namespace korvex::storage

@@ -4,8 +4,8 @@
 #include "base/Log.h"
 #include "model/Board.h"
 #include "services/Collaborators.h"
-#include "services/UndoManager.h"
 #include "storage/BackupFile.h"
+#include "storage/RestorePreparation.h"
 #include "storage/Work.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
@@ -38,42 +38,12 @@ struct StoreSnapshot {
 StoreSnapshot createBackup(store::ModelContainer& container, base::Instant at, Work& work);
 
 /// Writes all that the store holds to a file, proven: see `writeBackup`. Throws what
-/// `createBackup`, `backup::validate` and `writeBackup` throw; the file is then as it was.
-BackupSummary exportBackup(store::ModelContainer& container, const std::filesystem::path& file,
-                           base::Instant now, base::LogSink& log, Work& work);
-
-/// Where the store was kept as it was before it was replaced.
-struct RecoverySnapshot {
-    std::filesystem::path file;
-    /// The store's revision that it holds.
-    std::int64_t revision = 0;
-    base::Instant exportedAt;
-    /// What the file takes the place of once the store is replaced.
-    std::optional<std::filesystem::path> becomes = std::nullopt;
-};
-
-/// A document that may become the store, and the snapshot of what it will replace.
-struct PreparedRestore {
-    backup::BackupDocument document;
-    RecoverySnapshot snapshot;
-};
-/// Validates the document, then writes the recovery snapshot, over the one that is there. Throws
-/// what `backup::validate` and `exportBackup` throw.
-PreparedRestore prepareRestore(backup::BackupDocument document, store::ModelContainer& container,
-                               const std::filesystem::path& recoveryFile, base::Instant now,
-                               base::LogSink& log, Work& work);
-/// What taking a restore back would bring. Throws what `readBackup` throws, and FileError where no
-/// snapshot is kept.
-backup::BackupDocument recoveredDocument(const std::filesystem::path& recoveryFile, Work& work);
-/// The same as `prepareRestore` to take a restore back: what comes back is in the recovery
-/// snapshot, which stays until it is back in the store. Throws what `recoveredDocument` throws too.
-PreparedRestore prepareUndo(store::ModelContainer& container,
-                            const std::filesystem::path& recoveryFile, base::Instant now,
-                            base::LogSink& log, Work& work);
-
-/// The recovery snapshot of the store in this data folder: `Recovery/BeforeRestore.korvexbackup` in
-/// the folder, or in `Korvex` beside it where it is the user's own.
-std::filesystem::path recoveryFile(const std::filesystem::path& dataDirectory);
+/// `createBackup`, `backup::validate` and `writeBackup` throw, and RestoreError `ofStore` for a
+/// place that belongs to the store, whatever it is called there; the file is then as it was.
+BackupSummary
+exportBackup(store::ModelContainer& container, const std::filesystem::path& file, base::Instant now,
+             base::LogSink& log, Work& work,
+             base::StagedFile::Existing existing = base::StagedFile::Existing::replace);
 
 /// Run at their points of a restore; what they throw ends it like any other failure.
 struct RestoreHooks {
@@ -81,41 +51,53 @@ struct RestoreHooks {
     std::function<void()> beforeSave = {};
 };
 
+/// What a restore has left.
+struct Restored {
+    /// In their order; none where they could not be read just then.
+    std::vector<model::Board*> boards;
+    /// Where what was replaced is kept.
+    std::filesystem::path snapshot;
+};
+
 /// Replaces what a store holds by a backup. A value over the main context and its collaborators,
 /// which must outlive it. Main thread.
 class BackupService {
 public:
-    /// The reminders are planned anew and the undo stack ends after a restore.
+    /// The reminders are planned anew after a restore.
     BackupService(store::ModelContext& context, services::ReminderReconciling& reminders,
-                  services::WidgetReloading& widgets, base::LogSink& log,
-                  services::UndoManager* undo = nullptr);
+                  services::WidgetReloading& widgets, base::LogSink& log);
 
-    /// Whether a store is replicated, so that it must not be replaced.
+    /// Whether a store is replicated, so that it must not be replaced. A container has one
+    /// configuration, and that is all that says so.
     static bool isCloudBacked(const store::ModelContainer& container);
     /// Whether the store could be replaced now. Throws BackupError `cloudRestoreUnsupported` and
     /// `pendingChanges`, EntryServiceError `readOnlyStore`. To be asked before anything is
     /// prepared.
     void validateReplacement() const;
 
-    /// What was prepared becomes the store, in one save, if it has not changed since the snapshot:
-    /// else throws BackupError `storeChanged`. Whatever fails, the store is as it was and the
-    /// snapshot stays. The boards then, in order.
-    std::vector<model::Board*> finish(PreparedRestore prepared, base::Instant now, Work& work,
-                                      const RestoreHooks& hooks = {}) const;
+    /// What was prepared becomes the store, in one save, if nothing was saved since the snapshot:
+    /// else nothing is done and the result absent, and `followRevision` says whether it can be
+    /// tried again; so it can be as long as the backup stays prepared. Whatever fails, the store is
+    /// as it was and the snapshot stays; nothing fails any more after the save.
+    std::optional<Restored> finish(PreparedRestore& prepared, base::Instant now, Work& work,
+                                   const std::function<void()>& beforeSave = {}) const;
 
     /// All of a restore at once, for who can wait.
-    std::vector<model::Board*> restore(backup::BackupDocument document,
-                                       const std::filesystem::path& recoveryFile, base::Instant now,
-                                       Work& work, const RestoreHooks& hooks = {}) const;
+    Restored restore(ValidBackup backup, const std::filesystem::path& recoveryFile,
+                     base::Instant now, Work& work, const RestoreHooks& hooks = {}) const;
+    Restored restore(backup::BackupDocument document, const std::filesystem::path& recoveryFile,
+                     base::Instant now, Work& work, const RestoreHooks& hooks = {}) const;
     /// Brings back what the last restore replaced; what that brought can be brought back alike.
-    std::vector<model::Board*> undoRestore(const std::filesystem::path& recoveryFile,
-                                           base::Instant now, Work& work) const;
+    Restored undoRestore(const std::filesystem::path& recoveryFile, base::Instant now, Work& work,
+                         const RestoreHooks& hooks = {}) const;
 
 private:
+    Restored finishAfter(PreparedRestore prepared, base::Instant now, Work& work,
+                         const RestoreHooks& hooks) const;
+
     store::ModelContext* m_context;
     services::ReminderReconciling* m_reminders;
     services::WidgetReloading* m_widgets;
-    services::UndoManager* m_undo;
     base::LogSink* m_sink;
     base::Logger m_log;
 };

@@ -1,11 +1,11 @@
-#include "storage/BackupService.h"
+#include "storage/RestorePreparation.h"
 
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
-#include "base/FileReplacement.h"
+#include "storage/BackupService.h"
+#include "storage/RestoreError.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 namespace korvex::storage {
@@ -14,101 +14,109 @@ namespace {
 
 namespace fs = std::filesystem;
 using backup::BackupDocument;
+using Kind = PreparedRestore::Kind;
 
 constexpr const char* kRecoveryFolder = "Recovery";
 constexpr const char* kSnapshotName = "BeforeRestore.korvexbackup";
-/// The snapshot of a restore that is being taken back: until that is done, the other one must stay.
-constexpr const char* kPendingName = "BeforeUndo.korvexbackup";
 
-fs::path pendingFile(const fs::path& recoveryFile) {
-    return recoveryFile.parent_path() / kPendingName;
-}
-
-RecoverySnapshot writeSnapshot(store::ModelContainer& container, const fs::path& file,
+/// `room` says where it is to be written, once there is something to write.
+template <typename Room>
+RecoverySnapshot writeSnapshot(store::ModelContainer& container, RecoveryFolder& folder, Room room,
                                base::Instant now, base::LogSink& log, Work& work) {
-    const auto snapshot = createBackup(container, now, work);
+    const auto stored = createBackup(container, now, work);
     work.begin(Stage::checking);
-    backup::validate(snapshot.document, log);
-    writeBackup(snapshot.document, file, work, MissingFolders::userOnly);
-    return {.file = file, .revision = snapshot.revision, .exportedAt = now};
-}
-
-using Words = std::map<base::Uuid, const BackupDocument::EntryRecord*>;
-
-/// Whether two documents have the same entries with the same words, whatever a repair has made of
-/// the rest.
-bool haveSameWords(const BackupDocument& left, const BackupDocument& right) {
-    const auto wordsOf = [](const BackupDocument& document) {
-        Words words;
-        for (const auto& entry : document.entries) {
-            words.emplace(entry.id, &entry);
-        }
-        return words;
-    };
-    const auto leftWords = wordsOf(left);
-    const auto rightWords = wordsOf(right);
-    return std::equal(leftWords.begin(), leftWords.end(), rightWords.begin(), rightWords.end(),
-                      [](const auto& one, const auto& other) {
-                          return one.first == other.first &&
-                                 one.second->content == other.second->content &&
-                                 one.second->richTextData == other.second->richTextData;
-                      });
-}
-
-/// A program was killed while it took a restore back. Where it had done so and was only to move the
-/// new snapshot into its place, that is done now: the store is not what that snapshot has any more,
-/// but what was to come back.
-void settleUndo(store::ModelContainer& container, const fs::path& recoveryFile, Work& work) {
-    const auto pending = pendingFile(recoveryFile);
-    std::error_code error;
-    if (!fs::exists(pending, error)) {
-        return;
-    }
-    try {
-        const auto undone = readBackup(pending, work);
-        auto current = createBackup(container, undone.exportedAt, work).document;
-        current.appVersion = undone.appVersion;
-        if (current == undone || !haveSameWords(current, recoveredDocument(recoveryFile, work))) {
-            return;
-        }
-    } catch (const backup::BackupError&) {
-        return; // not written to its end, or no store that could have been replaced
-    }
-    if (const auto failure = base::moveFile(pending, recoveryFile)) {
-        throw FileError(recoveryFile.string() + " could not be written: " + failure.message() +
-                        ".");
-    }
+    backup::validate(stored.document, log);
+    RecoverySnapshot snapshot{.file = room(), .revision = stored.revision, .exportedAt = now};
+    writeBackup(stored.document, snapshot.file, work,
+                {.missing = MissingFolders::userOnly, .proven = [&](const auto bytes) {
+                     snapshot.identity = RecoveryFolder::identity(bytes);
+                 }});
+    folder.written();
+    return snapshot;
 }
 
 } // namespace
 
-PreparedRestore prepareRestore(BackupDocument document, store::ModelContainer& container,
-                               const fs::path& recoveryFile, base::Instant now, base::LogSink& log,
-                               Work& work) {
-    work.begin(Stage::checking);
-    backup::validate(document, log);
-    auto snapshot = writeSnapshot(container, recoveryFile, now, log, work);
-    std::error_code ignored;
-    fs::remove(pendingFile(recoveryFile), ignored);
-    return {.document = std::move(document), .snapshot = std::move(snapshot)};
+ValidBackup::ValidBackup(BackupDocument document, base::LogSink& log)
+    : m_document(std::move(document)) {
+    backup::validate(m_document, log);
 }
 
-BackupDocument recoveredDocument(const fs::path& recoveryFile, Work& work) {
-    std::error_code error;
-    if (!fs::exists(recoveryFile, error)) {
-        throw FileError("There is no import to take back: no recovery backup is kept.");
-    }
-    return readBackup(recoveryFile, work);
+PreparedRestore prepareRestore(ValidBackup backup, store::ModelContainer& container,
+                               const fs::path& recoveryFile, base::Instant now, base::LogSink& log,
+                               Work& work) {
+    auto folder = std::make_unique<RecoveryFolder>(recoveryFile, RecoveryFolder::Missing::make);
+    const auto named = container.replacementNote();
+    folder->settle(named, work);
+    auto snapshot = writeSnapshot(
+        container, *folder, [&] { return folder->makeRoom(named, work); }, now, log, work);
+    return {.kind = Kind::import,
+            .backup = std::move(backup),
+            .snapshot = std::move(snapshot),
+            .folder = std::move(folder)};
 }
 
 PreparedRestore prepareUndo(store::ModelContainer& container, const fs::path& recoveryFile,
-                            base::Instant now, base::LogSink& log, Work& work) {
-    settleUndo(container, recoveryFile, work);
-    auto document = recoveredDocument(recoveryFile, work);
-    backup::validate(document, log);
-    auto snapshot = writeSnapshot(container, pendingFile(recoveryFile), now, log, work);
-    snapshot.becomes = recoveryFile;
-    return {.document = std::move(document), .snapshot = std::move(snapshot)};
+                            const std::optional<AskedSnapshot>& asked, base::Instant now,
+                            base::LogSink& log, Work& work) {
+    auto folder = std::make_unique<RecoveryFolder>(recoveryFile, RecoveryFolder::Missing::refuse);
+    const auto named = container.replacementNote();
+    folder->settle(named, work);
+    ValidBackup backup(folder->read(named, work), log);
+    const AskedSnapshot found{.exportedAt = backup.document().exportedAt,
+                              .entries = backup.document().entries.size()};
+    if (asked && *asked != found) {
+        throw RestoreError(RestoreErrorCase::notAsAsked);
+    }
+    auto snapshot = writeSnapshot(
+        container, *folder, [&] { return folder->makeRoomBeside(); }, now, log, work);
+    return {.kind = Kind::undo,
+            .backup = std::move(backup),
+            .snapshot = std::move(snapshot),
+            .folder = std::move(folder)};
+}
+
+void followRevision(PreparedRestore& prepared, store::ModelContainer& container, Work& work) {
+    const auto stored = createBackup(container, prepared.snapshot.exportedAt, work);
+    if (!holdsBackup(prepared.snapshot.file, stored.document, work)) {
+        refuseChanged(prepared.kind);
+    }
+    prepared.snapshot.revision = stored.revision;
+}
+
+void refuseChanged(Kind kind) {
+    if (kind == Kind::undo) {
+        throw RestoreError(RestoreErrorCase::storeChanged);
+    }
+    throw backup::BackupError(backup::BackupErrorCase::storeChanged);
+}
+
+BackupDocument recoveredDocument(store::ModelContainer& container, const fs::path& recoveryFile,
+                                 Work& work) {
+    RecoveryFolder folder(recoveryFile, RecoveryFolder::Missing::refuse);
+    const auto named = container.replacementNote();
+    folder.settle(named, work);
+    return folder.read(named, work);
+}
+
+std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
+                                          const fs::path& recoveryFile, Work& work) {
+    auto file = std::optional(recoveryFile);
+    try {
+        RecoveryFolder folder(recoveryFile, RecoveryFolder::Missing::refuse,
+                              std::chrono::milliseconds::zero());
+        const auto named = container.replacementNote();
+        folder.settle(named, work);
+        file = folder.fileToRead(named, work);
+    } catch (const RestoreError& error) {
+        if (error.which() != RestoreErrorCase::running) {
+            return std::nullopt; // there is no folder
+        }
+    }
+    auto listed = file ? backupsIn(file->parent_path()) : std::vector<ListedBackup>();
+    const auto found = std::find_if(listed.begin(), listed.end(),
+                                    [&](const ListedBackup& each) { return each.file == *file; });
+    return found == listed.end() ? std::nullopt : std::optional(std::move(*found));
 }
 
 fs::path recoveryFile(const fs::path& dataDirectory) {
@@ -116,6 +124,33 @@ fs::path recoveryFile(const fs::path& dataDirectory) {
                             ? app::userFolder("XDG_DATA_HOME", ".local/share") / "Korvex"
                             : dataDirectory;
     return folder / kRecoveryFolder / kSnapshotName;
+}
+
+std::string descriptionOf(RestoreErrorCase which) {
+    switch (which) {
+    case RestoreErrorCase::nothingToTakeBack:
+        return "There is no import to take back: no recovery backup is kept.";
+    case RestoreErrorCase::snapshotIsGone:
+        return "The recovery backup is not the one that the last import has left. Nothing was "
+               "replaced; it can be imported like any other.";
+    case RestoreErrorCase::notAsAsked:
+        return "Something else would come back by now than you were asked about. Nothing was "
+               "replaced; try again.";
+    case RestoreErrorCase::storeChanged:
+        return "Your data changed while the recovery backup was being saved. Nothing was replaced. "
+               "Try again.";
+    case RestoreErrorCase::running:
+        return "Another program is importing a backup or taking an import back right now. Nothing "
+               "was replaced; try again.";
+    case RestoreErrorCase::ofStore:
+        return "This place belongs to the store itself. Nothing was written; choose another one "
+               "for the backup.";
+    }
+    return {};
+}
+
+std::string domainOf(RestoreErrorCase) {
+    return "Korvex.Restore";
 }
 
 } // namespace korvex::storage

@@ -16,8 +16,6 @@ namespace {
 
 using model::BoardFields;
 
-constexpr std::string_view kInbox = "inbox";
-constexpr std::string_view kLegacyInbox = "today";
 constexpr const char* kUntitled = "Untitled";
 
 template <typename Value>
@@ -39,16 +37,15 @@ void makeDatesSound(base::Instant& createdAt, base::Instant& updatedAt, RepairRe
 }
 
 bool isKnown(const std::optional<std::string>& identifier) {
-    return identifier == kInbox || identifier == kLegacyInbox;
+    return identifier == model::kInboxIdentifier || identifier == model::kLegacyInboxIdentifier;
 }
 
 void makeMarksSound(BoardFields& board, RepairReport& report) {
     auto identifier = isKnown(board.systemIdentifier) ? board.systemIdentifier : std::nullopt;
     if (board.isSystem && !board.systemIdentifier) {
         // Older stores know their system boards by name.
-        identifier = board.name == "Today"   ? std::optional(std::string(kLegacyInbox))
-                     : board.name == "Inbox" ? std::optional(std::string(kInbox))
-                                             : std::nullopt;
+        const auto implied = model::impliedSystemIdentifier(board.name);
+        identifier = implied ? std::optional(std::string(*implied)) : std::nullopt;
     }
     const auto isSystem = identifier.has_value();
     set(board.systemIdentifier, std::move(identifier), RepairKind::boardMarks, report);

@@ -18,7 +18,7 @@ void Work::begin(Stage stage, std::uint64_t parts) {
 }
 
 void Work::beginForGood(Stage stage, std::uint64_t parts) {
-    m_stop = {};
+    m_isCancelled = nullptr;
     begin(stage, parts);
 }
 

@@ -42,8 +42,12 @@ public:
 
     /// For who waits without looking and never cancels.
     Work() = default;
-    explicit Work(Sink sink, std::stop_token stop = {})
-        : m_sink(std::move(sink)), m_stop(std::move(stop)) {}
+    explicit Work(Sink sink) : m_sink(std::move(sink)) {}
+    /// `isCancelled` is asked often, by the thread that works.
+    Work(Sink sink, std::function<bool()> isCancelled)
+        : m_sink(std::move(sink)), m_isCancelled(std::move(isCancelled)) {}
+    Work(Sink sink, std::stop_token stop)
+        : Work(std::move(sink), [stop = std::move(stop)] { return stop.stop_requested(); }) {}
 
     /// A stage begins that has so many parts, of whatever kind; none where nobody knows. Throws
     /// Cancelled.
@@ -59,7 +63,7 @@ public:
     }
     /// Throws Cancelled.
     void checkCancellation() const {
-        if (m_stop.stop_requested()) {
+        if (m_isCancelled && m_isCancelled()) {
             throw Cancelled();
         }
     }
@@ -68,7 +72,7 @@ private:
     void tell();
 
     Sink m_sink;
-    std::stop_token m_stop;
+    std::function<bool()> m_isCancelled;
     Stage m_stage = Stage::reading;
     std::uint64_t m_parts = 0;
     std::uint64_t m_done = 0;

@@ -32,6 +32,34 @@ void ChangeLog::appendEverything(std::int64_t revision) {
     runAppend(revision);
 }
 
+void ChangeLog::keepReplacement(sqlite3* database, const Replacement& replacement) {
+    Statement(database, "CREATE TABLE IF NOT EXISTS "
+                        "Replacement(revision INTEGER NOT NULL, note TEXT NOT NULL)")
+        .run();
+    Statement(database, "DELETE FROM Replacement").run();
+    Statement insert(database, "INSERT INTO Replacement(revision, note) VALUES(?, ?)");
+    insert.bind(0, replacement.revision);
+    insert.bind(1, std::string_view(replacement.note));
+    insert.run();
+}
+
+std::optional<Replacement> ChangeLog::lastReplacement(sqlite3* database) {
+    auto isKept = false;
+    // Made by the first replacement.
+    Statement table(database, "SELECT 1 FROM sqlite_master WHERE name = 'Replacement'");
+    while (table.step()) {
+        isKept = true;
+    }
+    std::optional<Replacement> last;
+    if (isKept) {
+        Statement row(database, "SELECT revision, note FROM Replacement");
+        while (row.step()) {
+            last = {.revision = row.integer(0), .note = std::string(row.text(1))};
+        }
+    }
+    return last;
+}
+
 void ChangeLog::runAppend(std::int64_t revision) {
     m_append.bind(0, revision);
     m_append.run();

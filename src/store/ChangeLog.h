@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace korvex::store {
@@ -13,6 +14,12 @@ namespace korvex::store {
 struct RowChange {
     std::uint8_t type = 0;
     std::int64_t rowid = 0;
+};
+
+/// The save that last gave a store other contents as a whole, and what its maker has noted of that.
+struct Replacement {
+    std::int64_t revision = 0;
+    std::string note;
 };
 
 /// What each save touched, so that other contexts and programs re-read just that. Kept in the store
@@ -33,6 +40,12 @@ public:
     void append(std::int64_t revision, const std::vector<RowChange>& changes);
     /// The same of a save that touched more than can be named.
     void appendEverything(std::int64_t revision);
+
+    /// Keeps this instead of the one before; to be called in the transaction of that save.
+    static void keepReplacement(sqlite3* database, const Replacement& replacement);
+    /// Absent in a store of which that was never done.
+    static std::optional<Replacement> lastReplacement(sqlite3* database);
+
     /// Everything touched after `revision`, rows perhaps named more than once; absent when the log
     /// does not reach back that far or cannot be read.
     std::optional<std::vector<RowChange>> changesSince(std::int64_t revision);

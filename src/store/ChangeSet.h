@@ -16,6 +16,9 @@ struct ChangeSet {
     std::vector<base::Uuid> deleted;
     /// Rows are gone that were no records here: nobody knows their identifiers any more.
     bool hasUnknownDeletions = false;
+    /// The store as a whole got other contents, as by a restore: what was known of the former ones
+    /// says nothing of these.
+    bool isReplacement = false;
 
     bool isEmpty() const {
         return inserted.empty() && updated.empty() && deleted.empty() && !hasUnknownDeletions;

@@ -2,10 +2,13 @@
 
 #include "store/ContextCore.h"
 
+#include <utility>
+
 namespace korvex::store {
 
-ContentReplacement::ContentReplacement(ModelContext& context) : m_context(context) {
-    m_context.core().removeAllRows();
+ContentReplacement::ContentReplacement(ModelContext& context, std::string note)
+    : m_context(context) {
+    m_context.core().removeAllRows(std::move(note));
 }
 
 void ContentReplacement::add(Record& detached) {

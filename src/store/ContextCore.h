@@ -51,7 +51,7 @@ public:
 
     // The store.
     /// In a step of a context that has no records: what `ContentReplacement` is made of.
-    void removeAllRows();
+    void removeAllRows(std::string note);
     void writeRow(Record& detached);
     void save();
     void refresh();
@@ -103,8 +103,8 @@ private:
     /// The store's revision that the records in memory show.
     std::int64_t m_revision = 0;
     int m_stepDepth = 0;
-    /// Where the step has taken all rows out of the store: the revision that makes that last.
-    std::optional<std::int64_t> m_replacement;
+    /// Where the step has taken all rows out of the store: what makes that last.
+    std::optional<Replacement> m_replacement;
     Announcements m_announcements;
 };
 

@@ -29,6 +29,9 @@ void ContextCore::refresh() {
                 }
             }
         } else {
+            const auto replaced = ChangeLog::lastReplacement(connection.handle());
+            changes.isReplacement =
+                revision < m_revision || (replaced && replaced->revision > m_revision);
             changes.hasUnknownDeletions = true;
             for (std::size_t index = 0; index < m_tables.size(); ++index) {
                 refreshEverything(index, changes);

@@ -63,14 +63,14 @@ private:
 
 } // namespace
 
-void ContextCore::removeAllRows() {
+void ContextCore::removeAllRows(std::string note) {
     assert(m_stepDepth > 0 && m_pending.isEmpty());
     if (!m_container.allowsSave()) {
         throw StoreError(StoreErrorCase::readOnly);
     }
     auto& connection = m_container.connection();
     connection.begin();
-    m_replacement = connection.revision() + 1;
+    m_replacement = {.revision = connection.revision() + 1, .note = std::move(note)};
     for (std::size_t index = 0; index < m_tables.size(); ++index) {
         assert(m_tables[index].byIdentifier.empty());
         const auto& type = *m_tables[index].type;
@@ -87,7 +87,7 @@ void ContextCore::removeAllRows() {
 
 void ContextCore::writeRow(Record& detached) {
     assert(m_replacement && !detached.isLive());
-    writeInserted(m_tables.indexOf(detached.storedType()), detached, *m_replacement);
+    writeInserted(m_tables.indexOf(detached.storedType()), detached, m_replacement->revision);
 }
 
 void ContextCore::save() {
@@ -116,6 +116,7 @@ void ContextCore::save() {
         const auto rows = writePending(revision);
         if (m_replacement) {
             connection.changeLog().appendEverything(revision);
+            ChangeLog::keepReplacement(connection.handle(), *m_replacement);
         } else {
             connection.changeLog().append(revision, rows);
         }
@@ -127,7 +128,8 @@ void ContextCore::save() {
     }
     m_revision = revision;
     auto changes = settlePending(revision);
-    changes.hasUnknownDeletions = std::exchange(m_replacement, std::nullopt).has_value();
+    changes.isReplacement = std::exchange(m_replacement, std::nullopt).has_value();
+    changes.hasUnknownDeletions = changes.isReplacement;
     announce(std::move(changes), Announcements::Cause::save);
 }
 

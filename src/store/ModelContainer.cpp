@@ -3,6 +3,8 @@
 #include "store/StoreConnection.h"
 #include "store/StoreError.h"
 
+#include <utility>
+
 namespace korvex::store {
 
 ModelContainer::ModelContainer(const Schema& schema, ModelConfiguration configuration)
@@ -36,6 +38,11 @@ bool ModelContainer::isFromElsewhere() const {
 
 std::int64_t ModelContainer::revision() const {
     return m_connection->revision();
+}
+
+std::optional<std::string> ModelContainer::replacementNote() const {
+    auto last = ChangeLog::lastReplacement(m_connection->handle());
+    return last ? std::optional(std::move(last->note)) : std::nullopt;
 }
 
 void ModelContainer::setPatience(std::chrono::milliseconds patience) {

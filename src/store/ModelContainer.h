@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,10 @@ public:
     /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter
     /// while no other process has written.
     std::int64_t revision() const;
+
+    /// What was noted with the last `ContentReplacement`; absent where there was none. Throws
+    /// StoreError.
+    std::optional<std::string> replacementNote() const;
 
     /// Emitted after every save of a context of this container; during a step, at its end.
     /// Observers must not throw.

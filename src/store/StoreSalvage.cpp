@@ -1,6 +1,7 @@
 #include "store/StoreSalvage.h"
 
 #include "base/Digest.h"
+#include "store/ChangeLog.h"
 #include "store/ChecksumFunction.h"
 #include "store/OlderTable.h"
 #include "store/SoleHold.h"
@@ -307,6 +308,15 @@ private:
     std::optional<Statement> m_insert;
 };
 
+/// Absent also where it cannot be read any more.
+std::optional<Replacement> readReplacement(sqlite3* source) {
+    try {
+        return ChangeLog::lastReplacement(source);
+    } catch (const StoreError&) {
+        return std::nullopt;
+    }
+}
+
 /// What makes the new store the same store to whoever knew the old one: its identifier, and a
 /// revision that nobody has seen yet.
 void takeIdentity(sqlite3* source, sqlite3* target, const std::optional<StoreLock::Record>& known) {
@@ -324,6 +334,9 @@ void takeIdentity(sqlite3* source, sqlite3* target, const std::optional<StoreLoc
     Statement insert(target, "INSERT INTO ChangeLog(revision, changes) VALUES(?, NULL)");
     insert.bind(0, revision + 1);
     insert.run();
+    if (const auto replacement = readReplacement(source)) {
+        ChangeLog::keepReplacement(target, *replacement);
+    }
 }
 
 } // namespace

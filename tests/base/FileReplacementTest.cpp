@@ -87,5 +87,28 @@ TEST(FileReplacement, RemovesWhatAKilledProgramLeftAndNothingElse) {
     EXPECT_EQ(fileCount(folder.path()), 2U);
 }
 
+TEST(FileReplacement, KeepsWhatItIsToKeepAndMakesNoFolderThatItIsNotToMake) {
+    const tests::TemporaryFolder folder;
+    const auto file = folder / "mine";
+    for (const auto comes : {true, false}) {
+        fs::remove(file);
+        StagedFile staged;
+        ASSERT_FALSE(staged.open(file, std::nullopt));
+        ASSERT_FALSE(staged.write("new"));
+        if (comes) {
+            std::ofstream(file) << "came meanwhile";
+        }
+        EXPECT_EQ(staged.commit(StagedFile::Existing::keep) == std::errc::file_exists, comes);
+        EXPECT_EQ(contents(file), comes ? "came meanwhile" : "new");
+    }
+    StagedFile staged;
+    EXPECT_EQ(staged.open(folder / "none" / "file", std::nullopt),
+              std::errc::no_such_file_or_directory);
+    EXPECT_EQ(fileCount(folder.path()), 1U);
+    EXPECT_FALSE(keepUnder(file, folder / "former"));
+    EXPECT_EQ(keepUnder(file, folder / "former"), std::errc::file_exists);
+    EXPECT_EQ(fileCount(folder.path()), 2U);
+}
+
 } // namespace
 } // namespace korvex::base

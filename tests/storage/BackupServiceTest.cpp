@@ -5,7 +5,7 @@
 #include "model/ServiceErrors.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/ServiceFixture.h"
-#include "support/FakeClock.h"
+#include "storage/RestoreError.h"
 
 #include <sys/stat.h>
 
@@ -37,9 +37,11 @@ protected:
             {.rich = richtext::RichTextSerializer::plainRichText("a \"text\"\nof two lines"),
              .board = *boards->inboxBoard(),
              .now = kNow});
-        undo.registerUndo("Something", 1, [](base::Instant) {});
     }
 
+    void type(const char* text) {
+        entries->createTodos({.contents = {text}, .board = *boards->inboxBoard(), .now = kNow});
+    }
     BackupDocument stored() { return createBackup(*container, kNow, work).document; }
     BackupDocument inFile(const fs::path& file) { return readBackup(file, work); }
     /// Of another store; it has what a document can have.
@@ -57,7 +59,7 @@ protected:
         }
         EXPECT_EQ(left, sorted);
     }
-    BackupService service(store::ModelContext& of) { return {of, reminders, widgets, log, &undo}; }
+    BackupService service(store::ModelContext& of) { return {of, reminders, widgets, log}; }
     BackupService service() { return service(*context); }
 
     /// The error's text; "" when there is none.
@@ -70,6 +72,20 @@ protected:
             return error.errorDescription();
         }
     }
+    /// The disk gives back another byte than was written into a file of this folder.
+    static Work flippingIn(const fs::path& where) {
+        return Work([where](const Progress& progress) {
+            if (progress == Progress{.stage = Stage::verifying, .fraction = 0}) {
+                for (const auto& each : fs::directory_iterator(where)) {
+                    if (each.path().filename().native().find(".new-") != std::string::npos) {
+                        std::fstream(each.path(), std::ios::in | std::ios::out).seekp(100) << '~';
+                    }
+                }
+            }
+        });
+    }
+    static constexpr const char* kNotGivenBack =
+        "What was written of the backup is not what the disk gives back. It was not kept.";
     static std::string textOf(BackupErrorCase which) { return descriptionOf(which); }
     static std::vector<std::string> filesIn(const fs::path& folder) {
         std::vector<std::string> names;
@@ -84,8 +100,7 @@ protected:
     fs::path target = out / "mine.korvexbackup";
     fs::path recovery = folder / "Korvex" / "Recovery" / "BeforeRestore.korvexbackup";
     Work work;
-    tests::FakeClock clock{kNow};
-    services::UndoManager undo{clock};
+    fs::path pending = recovery.parent_path() / "BeforeUndo.korvexbackup";
 };
 
 TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
@@ -131,6 +146,27 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
               "The backup could not be written: Is a directory.");
     EXPECT_EQ(refusal([&] { exportBackup(*container, target / "x", kNow, log, work); }),
               "The backup could not be written: Not a directory.");
+    EXPECT_EQ(refusal([&] { exportBackup(*container, out / "none" / "x", kNow, log, work); }),
+              "The backup could not be written: No such file or directory.");
+    const auto keep = base::StagedFile::Existing::keep;
+    EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work, keep); }),
+              "The backup could not be written: File exists.");
+    const auto store = container->configuration().file;
+    fs::create_symlink(store, out / "link");
+    fs::create_hard_link(store, out / "second");
+    fs::create_directories(folder / "Recovery");
+    for (const auto& of :
+         {store, fs::path(store.string() + "-wal"), fs::path(store.string() + ".lock"),
+          out / "link", out / "second", folder / "Recovery" / "BeforeRestore.korvexbackup"}) {
+        EXPECT_EQ(refusal([&] { exportBackup(*container, of, kNow, log, work); }),
+                  descriptionOf(RestoreErrorCase::ofStore))
+            << of;
+    }
+    fs::remove(out / "link");
+    fs::remove(out / "second");
+    Work flipping = flippingIn(out);
+    EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, flipping); }),
+              kNotGivenBack);
     SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
         .exec("UPDATE Entry SET board = NULL WHERE content = 'three'");
     EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work); }),
@@ -168,7 +204,8 @@ TEST_F(BackupServiceTest, ARestoreReplacesEverythingForEverybody) {
 
     const auto reconciles = reminders.reconciles;
     const auto restored = service().restore(backup, recovery, kNow, work);
-    EXPECT_EQ(restored, boards->boards());
+    EXPECT_EQ(restored.boards, boards->boards());
+    EXPECT_EQ(restored.snapshot, recovery);
     expectSameStore(stored(), backup);
     EXPECT_EQ(inFile(recovery), before);
     EXPECT_EQ(fs::status(recovery.parent_path()).permissions(), fs::perms(0700));
@@ -176,12 +213,15 @@ TEST_F(BackupServiceTest, ARestoreReplacesEverythingForEverybody) {
     EXPECT_TRUE(container->check().problems.empty());
     EXPECT_EQ(reminders.reconciles, reconciles + 1);
     EXPECT_GT(widgets.reloads, 0);
-    EXPECT_FALSE(undo.canUndo());
     EXPECT_EQ(log.count("Restored backup; recovery snapshot retained locally"), 1U);
 
     EXPECT_FALSE(board->isLive());
     EXPECT_FALSE(oldEntry->isLive());
+    auto isTold = false;
+    const auto telling = theirs.didChange().connect(
+        [&](const store::ChangeSet& changes) { isTold = isTold || changes.isReplacement; });
     theirs.refresh();
+    EXPECT_TRUE(std::exchange(isTold, false)) << "what they knew is of another store";
     for (auto* each : {context.get(), &theirs}) {
         ASSERT_EQ(each->fetch<Entry>().size(), backup.entries.size());
         std::size_t underBoards = 0;
@@ -192,10 +232,14 @@ TEST_F(BackupServiceTest, ARestoreReplacesEverythingForEverybody) {
     }
     // What comes back is the same to who holds it, and both can go on.
     service().restore(backup, recovery, kNow, work);
-    EXPECT_TRUE(restored.front()->isLive());
+    EXPECT_TRUE(restored.boards.front()->isLive());
     boards->createBoard("After", kNow);
     theirs.refresh();
     EXPECT_EQ(theirs.fetch<Board>().size(), backup.boards.size() + 1);
+    isTold = false;
+    boards->createBoard("Another", kNow);
+    theirs.refresh();
+    EXPECT_FALSE(isTold);
 }
 
 TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
@@ -214,6 +258,8 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
     const auto stopped = std::make_unique<std::stop_source>();
     stopped->request_stop();
     Work cancelled({}, stopped->get_token());
+    auto isLate = false;
+    Work late({}, [&] { return isLate; });
     enum class Snapshot { none, kept };
     struct {
         const char* name;
@@ -259,6 +305,13 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
          {},
          Cancelled().errorDescription(),
          Snapshot::none},
+        {"cancelled at the last moment",
+         other(),
+         *context,
+         late,
+         {.beforeReplace = [&] { isLate = true; }},
+         Cancelled().errorDescription(),
+         Snapshot::kept},
         {"before replacing",
          other(),
          *context,
@@ -293,13 +346,29 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
         }
         EXPECT_EQ(error, each.error) << each.name;
         EXPECT_EQ(fs::exists(recovery), each.snapshot == Snapshot::kept) << each.name;
-        EXPECT_TRUE(undo.canUndo()) << each.name;
         context->rollback();
         EXPECT_TRUE(board->isLive() && board->entries().size() == 3) << each.name;
         EXPECT_EQ(stored(), before) << each.name;
         EXPECT_TRUE(container->check().problems.empty()) << each.name;
     }
     mendSaves();
+    // What stops it at its start leaves the last snapshot alone.
+    const auto snapshot = inFile(recovery);
+    board->setName("typed");
+    EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, work); }),
+              textOf(BackupErrorCase::pendingChanges));
+    context->rollback();
+    Work flipping = flippingIn(recovery.parent_path());
+    EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, flipping); }),
+              kNotGivenBack);
+    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
+        .exec("UPDATE Entry SET board = NULL WHERE content = 'three'");
+    EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, work); }),
+              textOf(BackupErrorCase::incompleteRelationships));
+    EXPECT_EQ(inFile(recovery), snapshot);
+    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
+        .exec("UPDATE Entry SET board = (SELECT board FROM Entry WHERE content = 'two') WHERE "
+              "content = 'three'");
     EXPECT_EQ(cloud->allowsSave(), true);
     EXPECT_EQ(exportBackup(*cloud, target, kNow, log, work).entries, 4U); // export goes on
 }
@@ -338,6 +407,14 @@ TEST_F(BackupServiceTest, WhatAnotherProgramSavesMeanwhileIsNeverLost) {
         EXPECT_EQ(kept.boards.size(), before.boards.size() + 1) << point << error;
         EXPECT_EQ(kept.entries, before.entries);
     }
+    // So it is while an import is taken back, in words that say so.
+    EXPECT_EQ(refusal([&] {
+                  service().undoRestore(recovery, kNow, work, {.beforeReplace = [&] {
+                                            theirBoards.createBoard("Added", kNow);
+                                        }});
+              }),
+              descriptionOf(RestoreErrorCase::storeChanged));
+    EXPECT_FALSE(fs::exists(pending));
     // A save that leaves everything as it was is no change.
     const auto hook = [&] {
         const auto* const first = theirBoards.boards().front();
@@ -352,9 +429,24 @@ TEST_F(BackupServiceTest, WhatAnotherProgramSavesMeanwhileIsNeverLost) {
         "");
 }
 
-TEST_F(BackupServiceTest, ARestoreIsTakenBackAndThatTooAndAKillInBetweenIsSettled) {
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
-              "There is no import to take back: no recovery backup is kept.");
+TEST_F(BackupServiceTest, WhatFailsAfterTheSaveIsNoFailureOfTheRestore) {
+    struct : services::ReminderReconciling {
+        void requestReconcile() override { throw std::runtime_error("late"); }
+        void removePending(std::span<const base::Uuid>) override {}
+    } failing;
+    BackupService(*context, failing, widgets, log).restore(other(), recovery, kNow, work);
+    expectSameStore(stored(), other());
+    EXPECT_EQ(log.count("After a restore: late"), 1U);
+}
+
+/// As a program that is killed: what was prepared stays as it is.
+void killed(PreparedRestore prepared) {
+    prepared.folder->beginSaving();
+}
+
+TEST_F(BackupServiceTest, ARestoreIsTakenBackAndThatToo) {
+    const auto nothing = descriptionOf(RestoreErrorCase::nothingToTakeBack);
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), nothing);
     const auto before = stored();
     service().restore(other(), recovery, kNow, work);
     const auto imported = stored();
@@ -363,28 +455,78 @@ TEST_F(BackupServiceTest, ARestoreIsTakenBackAndThatTooAndAKillInBetweenIsSettle
     expectSameStore(inFile(recovery), imported);
     service().undoRestore(recovery, kNow, work);
     expectSameStore(stored(), imported);
+    EXPECT_EQ(filesIn(recovery.parent_path()),
+              std::vector{std::string("BeforeRestore.korvexbackup")});
+
+    // Only what was asked about, and only what the store knows of.
+    const AskedSnapshot asked{.exportedAt = kNow, .entries = before.entries.size() + 1};
+    EXPECT_EQ(refusal([&] { prepareUndo(*container, recovery, asked, kNow, log, work); }),
+              descriptionOf(RestoreErrorCase::notAsAsked));
+    {
+        const auto running = prepareUndo(*container, recovery, {}, kNow, log, work);
+        EXPECT_EQ(refusal([&] {
+                      RecoveryFolder(recovery, RecoveryFolder::Missing::make,
+                                     std::chrono::milliseconds::zero());
+                  }),
+                  descriptionOf(RestoreErrorCase::running));
+    }
+    writeBackup(other(), recovery, work);
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
+              descriptionOf(RestoreErrorCase::snapshotIsGone));
+    fs::remove(recovery);
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), nothing);
+    expectSameStore(stored(), imported);
+}
+
+TEST_F(BackupServiceTest, WhateverEndsARestoreTheStoreKnowsWhatTakesTheLastOneBack) {
+    const auto before = stored();
+    service().restore(other(), recovery, kNow, work);
+    const auto imported = stored();
+    // One that fails, or is cancelled, leaves its snapshot, and what takes the last one back.
+    log.expectError("Restore failed; transaction rolled back and recovery snapshot retained");
+    for (int i = 0; i < 3; ++i) {
+        type("added");
+        EXPECT_ANY_THROW(service().restore(other(), recovery, kNow, work,
+                                           {.beforeSave = [] { throw std::runtime_error("x"); }}));
+        expectSameStore(inFile(recovery), stored());
+        EXPECT_EQ(filesIn(recovery.parent_path()).size(), 2U);
+    }
+    expectSameStore(inFile(recoveredFile(*container, recovery, work)->file), before);
+    const auto added = stored();
+    service().undoRestore(recovery, kNow, work);
+    expectSameStore(stored(), before);
+    expectSameStore(inFile(recovery), added);
+    EXPECT_EQ(filesIn(recovery.parent_path()).size(), 1U);
 
     // Killed after the new snapshot was written, before the store was replaced: the old one counts.
-    const auto pending = recovery.parent_path() / "BeforeUndo.korvexbackup";
-    static_cast<void>(prepareUndo(*container, recovery, kNow, log, work));
+    killed(prepareUndo(*container, recovery, {}, kNow, log, work));
     EXPECT_TRUE(fs::exists(pending));
-    expectSameStore(inFile(recovery), before);
+    expectSameStore(recoveredDocument(*container, recovery, work), added);
     service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), before);
-    // Killed after the store was replaced, before the new snapshot was in its place.
-    auto prepared = prepareUndo(*container, recovery, kNow, log, work);
-    prepared.snapshot.becomes.reset();
-    service().finish(std::move(prepared), kNow, work);
-    expectSameStore(stored(), imported);
-    service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), before);
-    EXPECT_FALSE(fs::exists(pending));
+    expectSameStore(stored(), added);
 
-    // A damaged snapshot harms nothing.
-    std::ofstream(recovery) << "no backup";
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
-              textOf(BackupErrorCase::invalidDocument));
-    expectSameStore(stored(), before);
+    // Killed after the store was replaced, before the new snapshot was in its place; then something
+    // else is typed: nothing of it is lost by an undo, nor by an import.
+    for (const auto isImport : {false, true}) {
+        const auto is = stored();
+        const auto old = inFile(recovery);
+        auto prepared = prepareUndo(*container, recovery, {}, kNow, log, work);
+        fs::rename(recovery, out);
+        fs::create_directory(recovery); // so that nothing can be moved there
+        EXPECT_EQ(service().finish(prepared, kNow, work)->snapshot, pending);
+        fs::remove(recovery);
+        fs::rename(out, recovery);
+        prepared.folder.reset();
+        type("typed");
+        if (isImport) {
+            EXPECT_ANY_THROW(service().restore(other(), recovery, kNow, work, {.beforeReplace = [] {
+                                                   throw std::runtime_error("x");
+                                               }}));
+        }
+        service().undoRestore(recovery, kNow, work);
+        expectSameStore(stored(), is);
+        EXPECT_EQ(inFile(recovery).entries.size(), old.entries.size() + 1);
+    }
 }
 
 TEST_F(BackupServiceTest, ABackupWithoutAnInboxGetsOneAndItsOrderGetsDense) {

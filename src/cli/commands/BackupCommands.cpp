@@ -117,19 +117,36 @@ ExitStatus check(Session& session, const CheckOptions& options) {
     return ExitStatus::done;
 }
 
+/// A failure of what is done with the store's backups is told, and logged too.
+template <typename Operation>
+auto logged(Session& session, Operation operation) {
+    try {
+        return operation();
+    } catch (const storage::Cancelled&) {
+        throw;
+    } catch (const CommandLineError&) {
+        throw; // it was not tried
+    } catch (const base::Error& error) {
+        storage::logFailure(session.environment().log, error);
+        throw;
+    }
+}
+
 ExitStatus exportTo(Session& session, const ExportOptions& options) {
+    using Existing = base::StagedFile::Existing;
     const std::filesystem::path file = options.file.front();
+    const auto existing = options.mayReplace ? Existing::replace : Existing::keep;
     std::error_code error;
-    if (!options.mayReplace &&
+    if (existing == Existing::keep &&
         std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
         throw refusal(file.string() + " is there already. Add --force to replace it.");
     }
-    const auto summary = [&] {
+    const auto summary = logged(session, [&] {
+        auto& store = session.existing().container();
         LongWork longWork(session.environment().errorDescriptor);
-        const auto store = storage::openForReading(session.storeFile(), session.environment().log);
-        return storage::exportBackup(*store, file, session.now(), session.environment().log,
-                                     longWork.work());
-    }();
+        return storage::exportBackup(store, file, session.now(), session.environment().log,
+                                     longWork.work(), existing);
+    });
     printBackup(session, "Backup exported.", file, summary);
     return ExitStatus::done;
 }
@@ -137,15 +154,16 @@ ExitStatus exportTo(Session& session, const ExportOptions& options) {
 /// The service over the session's store.
 class Restoring {
 public:
-    explicit Restoring(Session& session)
+    Restoring(Session& session, store::ModelContext& context)
         : m_session(session),
-          m_service(session.context(), m_reminders, m_widgets, session.environment().log) {}
+          m_service(context, m_reminders, m_widgets, session.environment().log) {}
 
     std::filesystem::path recoveryFile() const {
         return storage::recoveryFile(m_session.storeFile().parent_path());
     }
     const storage::BackupService& service() const { return m_service; }
-    void printResult(std::string_view text) const {
+    /// `kept`: where what was replaced is, which is told where that is not the usual place.
+    void printResult(std::string_view text, const std::filesystem::path& kept) const {
         if (m_session.wantsJson()) {
             Json json(m_session.output());
             json.beginObject();
@@ -153,10 +171,12 @@ public:
                         static_cast<std::int64_t>(m_session.boards().boards().size()));
             json.member("entryCount",
                         static_cast<std::int64_t>(m_session.context().count<model::Entry>()));
-            json.member("recoveryFile", std::string_view(recoveryFile().native()));
+            json.member("recoveryFile", std::string_view(kept.native()));
             json.endObject();
         } else {
-            m_session.output().write(std::string(text) + "\n");
+            const auto where =
+                kept == recoveryFile() ? std::string() : " It is in " + kept.string() + ".";
+            m_session.output().write(std::string(text) + where + "\n");
         }
     }
 
@@ -167,39 +187,51 @@ private:
     storage::BackupService m_service;
 };
 
-/// What is to be confirmed before the store is replaced by so many entries.
-CommandLineError unconfirmed(std::string_view what, const backup::BackupDocument& document) {
-    return refusal(std::string(what) +
-                   " will replace your current boards, text entries and todos with " +
-                   std::to_string(document.entries.size()) +
-                   " entries. A local recovery backup will be saved first. Add --yes to do it.");
+std::string entriesText(const backup::BackupDocument& document) {
+    const auto count = document.entries.size();
+    return std::to_string(count) + (count == 1 ? " entry" : " entries");
 }
 
 ExitStatus importFrom(Session& session, const ImportOptions& options) {
     LongWork longWork(session.environment().errorDescriptor);
-    auto document = storage::readBackup(options.file.front(), longWork.work());
-    if (!options.isConfirmed) {
-        backup::validate(document, session.environment().log);
-        throw unconfirmed("Importing this backup", document);
-    }
-    const Restoring restoring(session);
-    restoring.service().restore(std::move(document), restoring.recoveryFile(), session.now(),
-                                longWork.work());
-    restoring.printResult("Backup restored. A recovery copy of the previous data is kept locally.");
-    return ExitStatus::done;
+    return logged(session, [&] {
+        storage::ValidBackup backup(storage::readBackup(options.file.front(), longWork.work()),
+                                    session.environment().log);
+        if (!options.isConfirmed) {
+            throw refusal("Importing this backup will replace your current boards, text entries "
+                          "and todos with " +
+                          entriesText(backup.document()) +
+                          ". A local recovery backup will be saved first. Add --yes to do it.");
+        }
+        const Restoring restoring(session, session.context());
+        const auto restored = restoring.service().restore(
+            std::move(backup), restoring.recoveryFile(), session.now(), longWork.work());
+        restoring.printResult(
+            "Backup restored. A recovery copy of the previous data is kept locally.",
+            restored.snapshot);
+        return ExitStatus::done;
+    });
 }
 
 ExitStatus undoImport(Session& session, const UndoOptions& options) {
     LongWork longWork(session.environment().errorDescriptor);
-    const Restoring restoring(session);
-    if (!options.isConfirmed) {
-        throw unconfirmed("Taking the import back",
-                          storage::recoveredDocument(restoring.recoveryFile(), longWork.work()));
-    }
-    restoring.service().undoRestore(restoring.recoveryFile(), session.now(), longWork.work());
-    restoring.printResult("The import was taken back. A recovery copy of what it brought is kept "
-                          "locally.");
-    return ExitStatus::done;
+    return logged(session, [&] {
+        const Restoring restoring(session, session.existing());
+        if (!options.isConfirmed) {
+            const auto kept = storage::recoveredDocument(session.existing().container(),
+                                                         restoring.recoveryFile(), longWork.work());
+            throw refusal("Taking the last import back will replace your current boards, text "
+                          "entries and todos with the " +
+                          entriesText(kept) + " of " +
+                          session.formats().dayAndShortTime(kept.exportedAt) +
+                          ". This can be taken back in the same way. Add --yes to do it.");
+        }
+        const auto restored = restoring.service().undoRestore(restoring.recoveryFile(),
+                                                              session.now(), longWork.work());
+        restoring.printResult("The import was taken back. What it brought is kept locally.",
+                              restored.snapshot);
+        return ExitStatus::done;
+    });
 }
 
 } // namespace

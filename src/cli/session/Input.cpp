@@ -3,6 +3,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/CommandLineError.h"
 
+#include "base/FileDescriptor.h"
 #include "base/Text.h"
 #include "model/EntryContentLimit.h"
 #include "model/ServiceErrors.h"
@@ -24,24 +25,6 @@ constexpr std::size_t kMoreThanAnEntry = model::EntryContentLimit::kMaximumBytes
     const std::string reason = std::strerror(errno);
     throw refusal(name + " could not be read: " + reason + ".");
 }
-
-class OpenFile {
-public:
-    explicit OpenFile(const std::string& name)
-        : m_descriptor(::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
-        if (m_descriptor < 0) {
-            refuseUnreadable(name);
-        }
-    }
-    ~OpenFile() { ::close(m_descriptor); }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    int descriptor() const { return m_descriptor; }
-
-private:
-    int m_descriptor;
-};
 
 /// Reads up to the end, or to the first bytes after `maximum`. `Bytes` is a string or a vector.
 template <typename Bytes>
@@ -90,8 +73,11 @@ std::string readText(int descriptor) {
 }
 
 base::Bytes readFormattedText(const std::string& file) {
-    const OpenFile open(file);
-    return readUpTo<base::Bytes>(kMoreThanAnEntry, open.descriptor(), file);
+    const base::FileDescriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!open.isOpen()) {
+        refuseUnreadable(file);
+    }
+    return readUpTo<base::Bytes>(kMoreThanAnEntry, open.get(), file);
 }
 
 std::vector<model::EntryAttachment> readFiles(const Session& session,

@@ -59,6 +59,16 @@ store::ModelContext& Session::context() {
     return services().context;
 }
 
+store::ModelContext& Session::existing() {
+    std::error_code error;
+    const auto legacy = app::legacyStoreFile(m_storeFile.parent_path());
+    if (!m_services && !std::filesystem::exists(m_storeFile, error) &&
+        !(legacy && std::filesystem::exists(*legacy, error))) {
+        openExisting();
+    }
+    return context();
+}
+
 services::BoardService& Session::boards() {
     return services().boards;
 }

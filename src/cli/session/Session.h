@@ -62,6 +62,8 @@ public:
 
     /// The store with its default boards, created where there is none. Throws StoreError.
     store::ModelContext& context();
+    /// The same for a command that has nothing to do where there is none: it throws `missing` then.
+    store::ModelContext& existing();
     services::BoardService& boards();
     services::EntryService& entries();
     richtext::RichTextSerializer serializer() const {

@@ -37,7 +37,8 @@ std::string_view titleOf(storage::Stage stage) {
 LongWork::LongWork(int errorDescriptor)
     : m_descriptor(errorDescriptor),
       m_hasTerminal(Terminal::of(errorDescriptor).isPresent),
-      m_work([this](const storage::Progress& progress) { tell(progress); }, m_stop.get_token()) {
+      m_work([this](const storage::Progress& progress) { tell(progress); },
+             [] { return isInterrupted != 0; }) {
     isInterrupted = 0;
     struct sigaction noting {};
     noting.sa_handler = noteInterruption;
@@ -61,9 +62,6 @@ LongWork::~LongWork() {
 }
 
 void LongWork::tell(const storage::Progress& progress) {
-    if (isInterrupted != 0) {
-        m_stop.request_stop();
-    }
     if (m_hasTerminal) {
         const auto percent = static_cast<int>(progress.fraction * 100);
         writeRaw(m_descriptor, "\r\x1b[K" + std::string(titleOf(progress.stage)) + " " +

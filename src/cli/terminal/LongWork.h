@@ -4,7 +4,6 @@
 
 #include <array>
 #include <csignal>
-#include <stop_token>
 
 namespace korvex::cli {
 
@@ -29,7 +28,6 @@ private:
     int m_descriptor;
     bool m_hasTerminal;
     bool m_hasLine = false;
-    std::stop_source m_stop;
     storage::Work m_work;
 };
 

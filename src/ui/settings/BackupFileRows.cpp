@@ -15,21 +15,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// The one backup, if it is there.
-std::vector<storage::ListedBackup> listed(const std::filesystem::path& file) {
-    std::error_code error;
-    if (!std::filesystem::exists(file, error)) {
-        return {};
-    }
-    auto all = storage::backupsIn(file.parent_path());
-    std::erase_if(all, [&](const storage::ListedBackup& each) { return each.file != file; });
-    return all;
-}
-
-} // namespace
-
 BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
                                const Workspace& workspace, const Theme& theme, QObject* parent)
     : QObject(parent),
@@ -68,7 +53,7 @@ void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
 
 void BackupFileRows::connectOperations(const Theme& theme) {
     connect(&m_operations, &BackupOperations::changed, this, &BackupFileRows::follow);
-    connect(&m_operations, &BackupOperations::replaced, this, &BackupFileRows::readKept);
+    connect(&m_operations, &BackupOperations::ended, this, &BackupFileRows::readKept);
     connect(&m_operations, &BackupOperations::asked, this,
             [this, &theme](const QString& question, const QString& action) {
                 auto* const sheet =
@@ -106,7 +91,13 @@ void BackupFileRows::takeBack() {
 }
 
 void BackupFileRows::readKept() {
-    m_kept.read([file = m_operations.recoveryFile()] { return listed(file); });
+    m_kept.read([file = m_operations.recoveryFile(),
+                 store = m_workspace.context.container().configuration().file,
+                 &log = m_workspace.log] {
+        storage::Work work;
+        const auto kept = storage::recoveredFile(*storage::openForReading(store, log), file, work);
+        return kept ? std::vector{*kept} : std::vector<storage::ListedBackup>();
+    });
 }
 
 void BackupFileRows::follow() {

@@ -35,7 +35,8 @@ public:
     void exportTo(const std::filesystem::path& file);
     /// Reads the backup, then asks.
     void import(const std::filesystem::path& file);
-    /// Asks whether the last import is to be taken back, which brings what `kept` says.
+    /// Asks whether the last import is to be taken back, which brings what `kept` says and nothing
+    /// else.
     void takeBack(const storage::BackupSummary& kept);
     /// The answers to a question.
     void confirm();
@@ -43,9 +44,7 @@ public:
     /// Ends what is under way, soon.
     void cancel();
 
-    bool isUnderWay() const { return m_task != nullptr || m_isReplacing; }
-    /// The store is being replaced: nothing else happens meanwhile, and it cannot be cancelled.
-    bool isReplacing() const { return m_isReplacing; }
+    bool isUnderWay() const { return m_task || m_prepared; }
     /// What is under way, and how far it is.
     const QString& doing() const { return m_doing; }
     const storage::Progress& progress() const { return m_progress; }
@@ -65,8 +64,8 @@ Q_SIGNALS:
     void changed();
     /// `confirm` or `giveUp` is to be called.
     void asked(const QString& question, const QString& action);
-    /// The store and what is kept of the former one are others.
-    void replaced();
+    /// The store and what is kept of the former one may be others.
+    void ended();
 
 private:
     using Prepare = std::function<storage::PreparedRestore(storage::Work&)>;
@@ -79,7 +78,13 @@ private:
     template <typename Function, typename Done>
     void start(Words words, Function work, Done done);
     void ask(const QString& question, const QString& action, Words words, Prepare prepare);
-    void replace(storage::PreparedRestore prepared);
+    /// What is prepared becomes the store, if nothing has come in between.
+    void replace();
+    /// Somebody has saved something since it was prepared.
+    void prepareAgain();
+    /// The last of what is under way, on this thread; what it fails for is the answer.
+    void end(const std::function<void()>& work);
+    void tellReplaced(storage::PreparedRestore::Kind kind, const storage::Restored& restored);
     void refuse(const QString& failure, const QString& reason);
     /// Whether the store can be replaced; else the answer says why not.
     bool mayReplace(const QString& failure);
@@ -87,13 +92,20 @@ private:
     const Workspace& m_workspace;
     EditingWindows m_windows;
     QString m_doing;
+    QString m_failure;
     storage::Progress m_progress;
     Answer m_answer;
-    bool m_isReplacing = false;
     /// What was asked about; null while nothing is.
     Prepare m_prepare;
     Words m_asked;
-    /// Null where nothing is under way.
+    /// On its way into the store; null for none.
+    std::shared_ptr<storage::PreparedRestore> m_prepared;
+    /// How often another program had the store, and how often it had saved something.
+    int m_waits = 0;
+    int m_rounds = 0;
+    std::unique_ptr<base::RunLoop::Timer> m_timer;
+    bool m_isCancelled = false;
+    /// Null where nothing runs on a thread.
     std::unique_ptr<storage::BackgroundTask> m_task;
     std::unique_ptr<storage::BackgroundTask> m_letGo;
 };

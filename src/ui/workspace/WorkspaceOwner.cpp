@@ -35,7 +35,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_texts(m_context, m_folding),
       m_search(m_context, m_boards, m_texts),
       m_drafts(draftFolders(surroundings)),
-      m_backup(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
+      m_backup(m_context, m_reminders, m_widgets, surroundings.log),
       m_automaticBackups({.preferences = surroundings.preferences,
                           .container = surroundings.container,
                           .clock = surroundings.clock,
@@ -68,6 +68,12 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .automaticBackups = m_automaticBackups,
                   .upcoming = m_upcoming} {
     surroundings.container.setPatience(surroundings.patience);
+    m_replacements = m_context.didChange().connect([this](const store::ChangeSet& changes) {
+        // The steps speak of what is gone, whoever has replaced it.
+        if (changes.isReplacement) {
+            m_undo.forgetEverything();
+        }
+    });
 }
 
 } // namespace korvex::ui

@@ -2,6 +2,7 @@
 
 #include "base/Calendar.h"
 #include "base/Log.h"
+#include "base/Signal.h"
 #include "services/Collaborators.h"
 #include "store/ModelContainer.h"
 #include "ui/workspace/Workspace.h"
@@ -73,6 +74,7 @@ private:
     storage::AutomaticBackupService m_automaticBackups;
     OnFirstUse<schedule::UpcomingTodos> m_upcoming;
     Workspace m_workspace;
+    base::Subscription m_replacements;
 };
 
 } // namespace korvex::ui

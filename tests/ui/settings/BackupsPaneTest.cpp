@@ -55,6 +55,8 @@ TEST_F(BackupsPaneTest, WhatIsWreckedComesBackAndThatCanBeTakenBack) {
     own.entries.createTodos({.contents = {"kept"}, .board = *work, .now = kNow});
     add({"one", "two"});
     openSettings(backups);
+    EXPECT_THAT(words(), HasSubstr("Keep them in a safe location."));
+    EXPECT_THAT(words(), HasSubstr("App preferences are kept separately."));
     EXPECT_THAT(words(), Not(HasSubstr("Take back the last import")));
     exportAll();
 
@@ -106,11 +108,12 @@ TEST_F(BackupsPaneTest, WhatIsRefusedLeavesAllAsItWasAndSaysWhy) {
         EXPECT_EQ(question(), "") << each.what;
     }
     std::filesystem::create_directory(folder / "gone");
-    answer("Export…", folder / "gone" / "mine.korvexbackup", [&] {
-        std::filesystem::remove(folder / "gone");
-        std::ofstream(folder / "gone") << "a file";
-    });
+    answer("Export…", folder / "gone" / "mine.korvexbackup",
+           [&] { std::filesystem::remove(folder / "gone"); });
     workUntilSaid("Could not export the backup. Check the selected location and try again.\n");
+    EXPECT_FALSE(std::filesystem::exists(folder / "gone"));
+    answer("Export…", folder / "Primary.store");
+    workUntilSaid("This place belongs to the store itself.");
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
 }
 
@@ -176,6 +179,42 @@ TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
             << button;
         EXPECT_FALSE(settings->findChild<QFileDialog*>());
     }
+}
+
+TEST_F(BackupsPaneTest, AnotherProgramThatWritesIsWaitedForUntilThatIsCancelled) {
+    add({"mine"});
+    openSettings(backups);
+    exportAll();
+    tests::StoreClient busy(folder / "Primary.store", log);
+    for (const auto isCancelled : {true, false}) {
+        chooseImport();
+        std::optional<store::LockedStep> writing(std::in_place, busy.context);
+        press("Import");
+        workUntilSaid("Waiting for another program");
+        if (isCancelled) {
+            press("Cancel");
+        }
+        runLoop.advance(1);
+        EXPECT_EQ(words().find("Waiting") == std::string::npos, isCancelled);
+        writing.reset();
+        runLoop.advance(1);
+        workUntilSaid(isCancelled ? "Cancelled. Nothing was changed." : "Backup restored.");
+    }
+    EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("mine"));
+}
+
+TEST_F(BackupsPaneTest, WhoeverReplacesTheStoreTheStepsOfThisWindowEnd) {
+    own.entries.deleteEntry(*add({"deleted"}).front());
+    add({"mine"});
+    EXPECT_TRUE(own.undo.canUndo());
+    tests::StoreClient theirs(folder / "Primary.store", log);
+    storage::Work whole;
+    storage::BackupService(theirs.context, theirs.reminders, theirs.widgets, log)
+        .restore(storage::createBackup(*theirs.container, kNow, whole).document,
+                 folder / "Recovery" / "BeforeRestore.korvexbackup", kNow, whole);
+    own.context.refresh();
+    EXPECT_FALSE(own.undo.canUndo());
+    EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("mine"));
 }
 
 /// Until a moment before the store is replaced the main window can be typed into.
