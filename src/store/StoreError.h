@@ -12,6 +12,7 @@ enum class StoreErrorCase {
     newerVersion,   ///< written by a newer version of the schema
     olderVersion,   ///< no migration leads from there to the current schema
     needsUpgrade,   ///< of an older version, and not to be upgraded by who opened it
+    upgradeNeedsWriting, ///< of an older version, where nothing can be written
     noFolder,       ///< the folder is not there and cannot be made
     unreadable,     ///< the folder or file may not be read
     readOnly,       ///< a save on a store that may only be read
@@ -35,5 +36,11 @@ public:
 private:
     StoreErrorCase m_which;
 };
+
+/// Whether what was read is damaged. Any other failure says nothing about it.
+bool isDamage(const StoreError& error);
+
+/// Throws what a failed call of the system means to a store: `full` or `inputOutput`.
+[[noreturn]] void throwSystemError(int error);
 
 } // namespace korvex::store
