@@ -44,11 +44,11 @@ CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesy
         return {};
     }
     keepCopy(file);
-    const auto container = SharedModelContainer::make(
-        {.storeURL = at,
-         .existingStoreOnly = true,
-         .whenOlder = store::ModelConfiguration::Older::upgrade},
-        *m_log);
+    const auto container =
+        SharedModelContainer::make({.storeURL = at,
+                                    .existingStoreOnly = true,
+                                    .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                   *m_log);
     Prepared prepared{.wasUpgraded = container->wasUpgraded()};
     {
         store::ModelContext context(*container);

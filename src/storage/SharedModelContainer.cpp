@@ -57,9 +57,9 @@ std::unique_ptr<store::ModelContainer> SharedModelContainer::make(const Options&
         auto made = configuration(file, cloud);
         made.whenMissing = options.existingStoreOnly ? Configuration::Missing::refuse
                                                      : Configuration::Missing::create;
-        made.whenOlder = options.whenOlder.value_or(options.existingStoreOnly
-                                                        ? Configuration::Older::refuse
-                                                        : Configuration::Older::upgrade);
+        made.whenOlder =
+            options.whenOlder.value_or(options.existingStoreOnly ? Configuration::Older::refuse
+                                                                 : Configuration::Older::upgrade);
         return store::ModelContainer::open(schema(), made, log);
     };
     try {

@@ -112,9 +112,8 @@ std::vector<std::string> SharedStoreMigration::prepare(const std::optional<fs::p
     }
 }
 
-std::vector<std::string>
-SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL,
-                                const fs::path& store) const {
+std::vector<std::string> SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL,
+                                                         const fs::path& store) const {
     const auto directory = store.parent_path();
     const auto isPrepared = [&] { return storeMarkers::isSet(store, storeMarkers::kPrepared); };
     storeMarkers::checkThatNothingIsGone(store);
@@ -180,8 +179,8 @@ std::vector<std::string> SharedStoreMigration::carryOver(const fs::path& legacy,
 }
 
 void SharedStoreMigration::validateStore(const fs::path& at) const {
-    const auto container = SharedModelContainer::openExisting(
-        at, store::ModelConfiguration::Older::upgrade, *m_sink);
+    const auto container =
+        SharedModelContainer::openExisting(at, store::ModelConfiguration::Older::upgrade, *m_sink);
     const auto report = container->check();
     for (const auto& problem : report.problems) {
         m_log.warning(problem);

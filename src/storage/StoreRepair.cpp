@@ -14,8 +14,8 @@ namespace {
 constexpr std::chrono::seconds kPatience{10};
 
 std::unique_ptr<store::ModelContainer> open(const std::filesystem::path& file, base::LogSink& log) {
-    auto container = SharedModelContainer::openExisting(
-        file, store::ModelConfiguration::Older::upgrade, log);
+    auto container =
+        SharedModelContainer::openExisting(file, store::ModelConfiguration::Older::upgrade, log);
     if (!container->allowsSave()) {
         throw store::StoreError(store::StoreErrorCase::readOnly);
     }
@@ -27,7 +27,8 @@ bool isDamaged(const std::filesystem::path& file, base::LogSink& log, Work& work
         const auto container = open(file, log);
         {
             store::ModelContext context(*container);
-            work.begin(Stage::checking, context.count<model::Board>() + context.count<model::Entry>());
+            work.begin(Stage::checking,
+                       context.count<model::Board>() + context.count<model::Entry>());
         }
         return container->check([&](std::size_t records) { work.advance(records); }).isDamaged;
     } catch (const store::StoreError& error) {

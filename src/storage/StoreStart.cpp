@@ -72,8 +72,8 @@ void removeFormerStores(const store::ModelContainer& container, const std::files
 
 StartedStore StoreStart::open(const Request& request, base::LogSink& log) {
     StartedStore store;
-    store.notices = SharedStoreMigration(log).prepare(request.legacyFile,
-                                                      request.storeFile.parent_path());
+    store.notices =
+        SharedStoreMigration(log).prepare(request.legacyFile, request.storeFile.parent_path());
     auto wasUpgraded = false;
     if (request.cloudKitIdentifier) {
         auto prepared = CloudStorePreparation(log).prepare(request.storeFile, request.now);

@@ -34,8 +34,8 @@ void keep(const base::Bytes& bytes, const base::Uuid& entry, const std::filesyst
     auto file = store;
     // Named for what is in it: one that a later repair sets aside must not take its place.
     file += ".unreadable-" + entry.text() + "-" + std::to_string(base::checksum(bytes));
-    if (const auto error = base::replaceFile(
-            file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()})) {
+    if (const auto error =
+            base::replaceFile(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()})) {
         store::throwSystemError(error.value());
     }
 }
@@ -46,13 +46,14 @@ std::vector<UnreadableContent> unreadableContents(store::ModelContext& context,
                                                   base::LogSink& log) {
     std::vector<UnreadableContent> found;
     const richtext::RichTextSerializer serializer(log);
-    context.visit<Entry>(store::FieldReference{Entry::contentField} == std::string() &&
-                             store::Condition::isPresent(Entry::richTextDataField),
-                         [&](const Entry& entry) {
-                             if (!isReadable([&] { return serializer.decode(*entry.richTextData()); })) {
-                                 found.push_back({entry.id(), RepairKind::unreadableTexts});
-                             }
-                         });
+    context.visit<Entry>(
+        store::FieldReference{Entry::contentField} == std::string() &&
+            store::Condition::isPresent(Entry::richTextDataField),
+        [&](const Entry& entry) {
+            if (!isReadable([&] { return serializer.decode(*entry.richTextData()); })) {
+                found.push_back({entry.id(), RepairKind::unreadableTexts});
+            }
+        });
     context.visit<Entry>(
         store::Condition::isPresent(Entry::attachmentDataField), [&](const Entry& entry) {
             const auto& stored = entry.attachmentData();

@@ -258,7 +258,8 @@ void StoreConnection::noticeMissingChanges() {
                             kept);
         m_log.warning(m_notices.back()); // whoever opens the store tells the user
     }
-    m_isFromElsewhere = !record || record->storeID != m_storeID || record->revision != m_knownRevision;
+    m_isFromElsewhere =
+        !record || record->storeID != m_storeID || record->revision != m_knownRevision;
     if (m_knownRevision == 0) {
         adopt(); // nobody has ever written to it
     }

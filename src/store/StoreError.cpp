@@ -27,8 +27,10 @@ std::string description(StoreErrorCase which) {
         return "The store was written by an older version of Korvex and has not been upgraded yet. "
                "Open Korvex once to upgrade it. It has been left as it is.";
     case StoreErrorCase::upgradeNeedsWriting:
-        return "The store was written by an older version of Korvex and can only be read here, so it "
-               "cannot be upgraded. Copy it to a folder that can be written. It has been left as it "
+        return "The store was written by an older version of Korvex and can only be read here, so "
+               "it "
+               "cannot be upgraded. Copy it to a folder that can be written. It has been left as "
+               "it "
                "is.";
     case StoreErrorCase::noFolder:
         return "The folder of the store cannot be made.";

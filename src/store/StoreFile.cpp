@@ -154,8 +154,7 @@ void StoreFile::makeFolder() const {
     if (std::filesystem::create_directories(directory(), failure)) {
         std::filesystem::permissions(directory(), std::filesystem::perms::owner_all, failure);
     } else if (failure) {
-        throw StoreError(StoreErrorCase::noFolder,
-                         directory().string() + ": " + failure.message());
+        throw StoreError(StoreErrorCase::noFolder, directory().string() + ": " + failure.message());
     }
 }
 
@@ -258,6 +257,17 @@ void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept
     });
 }
 
+std::unique_ptr<SQLite::Database> StoreFile::openAlone() const {
+    try {
+        auto database = std::make_unique<SQLite::Database>(m_file.string(), SQLite::OPEN_READWRITE);
+        database->exec("PRAGMA locking_mode = EXCLUSIVE");
+        static_cast<void>(database->execAndGet("SELECT count(*) FROM sqlite_schema"));
+        return database;
+    } catch (const SQLite::Exception&) {
+        return nullptr;
+    }
+}
+
 void StoreFile::copyTo(const std::filesystem::path& copy) const {
     if (!exists()) {
         throw StoreError(hasJournal() ? StoreErrorCase::incomplete : StoreErrorCase::missing);
@@ -271,11 +281,15 @@ void StoreFile::copyTo(const std::filesystem::path& copy) const {
     }
     const StoreLock::Guard guard(lock ? &*lock : nullptr);
     try {
-        const SQLite::Database database(readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI);
-        sqlite3_busy_timeout(database.getHandle(), static_cast<int>(kPatience.count()));
-        checkHeader(database.getHandle());
+        auto database = lock || hasJournal() ? nullptr : openAlone();
+        if (!database) {
+            database = std::make_unique<SQLite::Database>(readingUri(),
+                                                          SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        }
+        sqlite3_busy_timeout(database->getHandle(), static_cast<int>(kPatience.count()));
+        checkHeader(database->getHandle());
         StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
-            copyDatabase(database.getHandle(), staging);
+            copyDatabase(database->getHandle(), staging);
         });
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());

@@ -2,11 +2,13 @@
 
 #include "store/Schema.h"
 
+#include <SQLiteCpp/Database.h>
 #include <sqlite3.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,6 +94,9 @@ public:
 private:
     std::filesystem::path withSuffix(const char* suffix) const;
     std::filesystem::path directory() const;
+    /// So that SQLite leaves no companions beside a store that had none: what is opened for reading
+    /// only cannot remove them. Null where another program has it open, or it may not be written.
+    std::unique_ptr<SQLite::Database> openAlone() const;
     std::string keptPrefix(std::string_view what) const;
     std::filesystem::path makeStaging(const Filling& fill) const;
     /// Has a staging file made and `moveIn` move it, and syncs the folder; leaves none on failure.

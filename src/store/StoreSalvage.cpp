@@ -221,7 +221,8 @@ private:
             bindReadable(kFirstField + i, row, m_fields[static_cast<std::size_t>(i)].kind);
         }
         const auto hasIdentifier = row.isIdentifier(kFirstField);
-        const auto isSaved = insert(hasIdentifier ? std::nullopt : std::optional(freshIdentifier()));
+        const auto isSaved =
+            insert(hasIdentifier ? std::nullopt : std::optional(freshIdentifier()));
         // Another record may have the same one: the words are worth more than it.
         if (!isSaved && !insert(freshIdentifier())) {
             return Outcome::missing;

@@ -240,12 +240,12 @@ void readBack(const std::filesystem::path& copy, const Schema& schema,
     const SQLite::Database database(StoreFile(copy).readingUri() + "&immutable=1",
                                     SQLite::OPEN_READONLY | SQLite::OPEN_URI);
     std::vector<RowCount> found;
-    for (const auto& table : olderTables(schema, StoreFile::version(database.getHandle(), schema))) {
+    for (const auto& table :
+         olderTables(schema, StoreFile::version(database.getHandle(), schema))) {
         const RowReading reading(database.getHandle(), table);
-        Statement count(database.getHandle(), "SELECT count(*), count(*) FILTER (WHERE NOT " +
-                                                  reading.isSound + ") FROM " +
-                                                  tableSql::quoted(table.type->name) +
-                                                  " NOT INDEXED");
+        Statement count(database.getHandle(),
+                        "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
+                            ") FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED");
         while (count.step()) {
             found.push_back({count.integer(0), count.integer(1)});
         }

@@ -50,8 +50,8 @@ protected:
     static void writeOld(const fs::path& file, const char* version, std::int64_t isSystem = 1) {
         fs::create_directories(file.parent_path());
         OldStore old(file, OldStore::version(version));
-        const auto board = OldStore::board("Today", {{"isSystem", isSystem},
-                                                     {"systemIdentifier", std::string("today")}});
+        const auto board = OldStore::board(
+            "Today", {{"isSystem", isSystem}, {"systemIdentifier", std::string("today")}});
         old.addBoard(board);
         for (const auto* type : {"todo", "text"}) {
             old.addEntry(OldStore::entry(board, type, std::string("a ") + type,
@@ -109,6 +109,7 @@ TEST_F(SharedStoreTest, ALegacyStoreIsCarriedOverOnceAndStaysAsItIs) {
     const auto before = bytes(legacy());
     prepare();
     EXPECT_EQ(bytes(legacy()), before);
+    EXPECT_THAT(namesIn(m_folder.path()), testing::ElementsAre("korvex", "legacy.store"));
     EXPECT_EQ(m_log.count("original retained"), 1U);
     EXPECT_EQ(m_log.count("Published the shared store"), 1U);
     EXPECT_EQ(fs::status(folder()).permissions() & fs::perms::all, fs::perms::owner_all);
@@ -139,7 +140,13 @@ TEST_F(SharedStoreTest, WhatCannotBeCarriedOverLeavesNothing) {
 }
 
 TEST_F(SharedStoreTest, AnOldStoreNeverTakesThePlaceOfANewerOneThatIsGone) {
-    start().container->checkpoint();
+    {
+        const auto started = start();
+        started.context->insert(
+            std::make_unique<Board>(model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
+        started.context->save();
+        started.container->checkpoint();
+    }
     for (const auto* name : {"Primary.store", "Primary.store-wal", "Primary.store-shm"}) {
         fs::remove(folder() / name);
     }
@@ -158,8 +165,8 @@ TEST_F(SharedStoreTest, ADamagedLegacyStoreIsCarriedOverAsFarAsItCanBeRead) {
             const auto board = OldStore::board("Home", {{"isSystem", std::int64_t{0}}});
             old.addBoard(board);
             for (std::int64_t i = 0; i < 200; ++i) {
-                old.addEntry(OldStore::entry(board, "todo", std::string(300, 'x'),
-                                             {{"sortOrder", i}}));
+                old.addEntry(
+                    OldStore::entry(board, "todo", std::string(300, 'x'), {{"sortOrder", i}}));
             }
         }
         if (!isOld) {
@@ -246,10 +253,9 @@ TEST_F(SharedStoreTest, RefusalsSayWhatIsToBeDone) {
     for (const auto& [which, text] : texts) {
         EXPECT_EQ(storage::descriptionOf(which), text);
     }
-    EXPECT_EQ(refusalOf([&] {
-                  storage::SharedModelContainer::make({.storeURL = "relative"}, m_log);
-              }),
-              SharedStoreErrorCase::appGroupUnavailable);
+    EXPECT_EQ(
+        refusalOf([&] { storage::SharedModelContainer::make({.storeURL = "relative"}, m_log); }),
+        SharedStoreErrorCase::appGroupUnavailable);
     write(store(), std::string(5000, 'x'));
     EXPECT_THROW(storage::SharedModelContainer::make(
                      {.storeURL = store(), .cloudKitIdentifier = "cloud"}, m_log),

@@ -55,7 +55,8 @@ TEST_F(JournalTest, ARemovedJournalIsNoticedUntilSomebodyGoesOnAndNeverAFreshSto
     EXPECT_EQ(boardCount(), std::size_t{kBoards / 2 + 1});
     EXPECT_EQ(notices.size(), 1U) << "who only looks forgets nothing";
     {
-        // Nor does who saves: what is missing cannot be counted any more, but is not held for sound.
+        // Nor does who saves: what is missing cannot be counted any more, but is not held for
+        // sound.
         const auto container = open();
         ModelContext context(*container);
         addBoard(context, "Goes on");
