@@ -209,7 +209,7 @@ std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
     std::filesystem::permissions(staging, exists() ? permissions
                                                    : std::filesystem::perms::owner_read |
                                                          std::filesystem::perms::owner_write);
-    syncPath(staging, O_RDWR);
+    StoreFile(staging).sync();
     return staging;
 }
 
@@ -305,6 +305,10 @@ void StoreFile::checkThatItOpens(const Schema& schema) const {
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
     }
+}
+
+void StoreFile::sync() const {
+    syncPath(m_file, O_RDWR);
 }
 
 void StoreFile::removeStaging() const {

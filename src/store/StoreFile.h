@@ -71,6 +71,8 @@ public:
     /// Opens it, whatever its version, where nobody else does: a copy. Leaves nothing beside it.
     /// Throws StoreError.
     void checkThatItOpens(const Schema& schema) const;
+    /// Puts what was written to the file on the disk. Throws StoreError.
+    void sync() const;
     /// Removes what interrupted ones of these left. The write lock must be held.
     void removeStaging() const;
 

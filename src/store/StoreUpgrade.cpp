@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <future>
 #include <map>
 #include <set>
 #include <vector>
@@ -266,7 +267,12 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
     file.replaceBy(
         [&](const std::filesystem::path& staging) {
             store.copyTo(staging);
-            readBack(staging, schema, upgradeCopy(store.handle(), staging, schema, tables));
+            const auto counts = upgradeCopy(store.handle(), staging, schema, tables);
+            // Both take time by the size of the file, one the processor's, one the disk's.
+            auto reading = std::async(std::launch::async | std::launch::deferred,
+                                      [&] { readBack(staging, schema, counts); });
+            StoreFile(staging).sync();
+            reading.get();
         },
         kept);
     log.info("Upgraded the store from version " + std::to_string(version) + " to " +

@@ -93,10 +93,7 @@ protected:
     }
     template <typename Work>
     static std::optional<SharedStoreErrorCase> refusalOf(Work&& work) {
-        return caseOf<storage::SharedStoreError>([&] {
-            work();
-            return 0;
-        });
+        return caseOf<storage::SharedStoreError>(work);
     }
 
     const std::multiset<std::string> kOldContents{"todo a todo", "text a text"};
