@@ -157,7 +157,7 @@ int main(int argc, char* argv[]) {
         window.storeAll();
         QApplication::exit();
     });
-    auto notices = container.notices();
+    auto notices = std::move(store.notices);
     if (missing) {
         notices.push_back(*missing);
     }

@@ -151,7 +151,9 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
             services::BoardService(context, reminders, widgets, *m_sink)
                 .initializeDefaultBoards(now, services::BoardService::SaveChanges::no);
             DataIntegrityService(context, *m_sink)
-                .repair({.saveChanges = DataIntegrityService::SaveChanges::no, .now = now});
+                .repair({.saveChanges = DataIntegrityService::SaveChanges::no,
+                         .contents = DataIntegrityService::Contents::leave, // validated
+                         .now = now});
             if (beforeSave) {
                 beforeSave();
             }
