@@ -93,7 +93,9 @@ public:
                    .defaults = m_defaults,
                    .clock = m_clock,
                    .runLoop = m_runLoop,
+                   .threads = m_threads,
                    .log = m_log,
+                   .automaticBackupsOf = storage::AutomaticBackupService::Store::usersOwn,
                    .makeEngine = m_script.engineFactory(),
                    .resources = m_script.resources(),
                    .copies = m_scratch.path()}),
@@ -102,6 +104,7 @@ public:
     }
 
     ui::MainWindow& window() { return m_window; }
+    const ui::Workspace& workspace() const { return m_owner.workspace(); }
     /// As the sidebar lists them.
     std::vector<model::Board*> boards() const { return m_owner.workspace().boards.boards(); }
 
@@ -123,6 +126,7 @@ private:
     ui::Theme m_theme;
     ui::InstalledStyle m_style;
     platform::qt::QtRunLoop m_runLoop;
+    storage::BackgroundThreads m_threads;
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
     ui::WorkspaceOwner m_owner;

@@ -185,6 +185,10 @@ void FileUserDefaults::refresh() {
     static_cast<void>(readAndChange());
 }
 
+std::unique_ptr<UserDefaults> FileUserDefaults::forAnotherThread() const {
+    return std::make_unique<FileUserDefaults>(m_file);
+}
+
 FileUserDefaults::Found FileUserDefaults::read() {
     auto contents = base::readSmallFile(m_file, kMaximumFileBytes);
     if (!contents) {

@@ -42,6 +42,7 @@ public:
                        const std::function<bool(std::string_view)>& isAcceptable,
                        std::string_view otherwise) override;
     void refresh() override;
+    std::unique_ptr<UserDefaults> forAnotherThread() const override;
 
 private:
     /// The file's JSON object.

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,9 @@ public:
 
     /// Takes in what other programs have set since.
     virtual void refresh() = 0;
+
+    /// The same settings for another thread, which knows of them what is kept.
+    virtual std::unique_ptr<UserDefaults> forAnotherThread() const = 0;
 };
 
 } // namespace korvex::app

@@ -52,7 +52,9 @@ protected:
     /// Seconds for which a tick is seen before its row leaves.
     static constexpr double kTickShown = 0.5;
 
-    WindowFixture() {
+    explicit WindowFixture(
+        storage::AutomaticBackupService::Store store = storage::AutomaticBackupService::Store::usersOwn)
+        : automaticBackupsOf(store) {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
     }
@@ -99,10 +101,12 @@ protected:
         return result;
     }
 
+    const storage::AutomaticBackupService::Store automaticBackupsOf;
     RecordingLog log;
     TemporaryFolder folder;
     FakeClock clock{kNow};
     FakeRunLoop runLoop;
+    storage::BackgroundThreads threads;
     app::FileUserDefaults defaults{folder / "settings.json"};
     app::AppPreferences preferences{defaults, log};
     ui::Theme theme{preferences};
@@ -114,7 +118,9 @@ protected:
                               .defaults = defaults,
                               .clock = clock,
                               .runLoop = runLoop,
+                              .threads = threads,
                               .log = log,
+                              .automaticBackupsOf = automaticBackupsOf,
                               .timeZone = base::TimeZone::utc,
                               .copies = folder / "copies",
                               .patience = std::chrono::milliseconds(0)}};

@@ -31,6 +31,8 @@ private:
     void addState(SettingsGroup& group, const Theme& theme);
     void chooseFolder();
     void follow();
+    void followSettings();
+    void followState();
 
     app::AppPreferences& m_preferences;
     storage::AutomaticBackupService& m_service;

@@ -35,7 +35,7 @@ BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operation
     : QObject(parent),
       m_operations(operations),
       m_workspace(workspace),
-      m_kept(workspace.runLoop, workspace.log, this) {
+      m_kept(workspace, this) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);

@@ -27,7 +27,9 @@ public:
         app::UserDefaults& defaults;
         const base::Clock& clock;
         base::RunLoop& runLoop;
+        storage::BackgroundThreads& threads;
         base::LogSink& log;
+        storage::AutomaticBackupService::Store automaticBackupsOf;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
         /// Of dates and times; empty for the user's.
         std::string locale = {};

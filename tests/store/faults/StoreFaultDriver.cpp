@@ -290,8 +290,7 @@ void backUp(Program& program) {
     auto backup = storage::automaticBackup(preferences, file, kLater);
     backup.keeping = kKeptBackups;
     storage::Work work;
-    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
-    storage::recordSuccess(backup, preferences);
+    const auto made = storage::makeAutomaticBackup(backup, defaults, program.log, work);
     if (made.pruningFailure) {
         std::rethrow_exception(made.pruningFailure);
     }

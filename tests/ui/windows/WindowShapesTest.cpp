@@ -409,7 +409,9 @@ TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {
                                      .defaults = defaults,
                                      .clock = clock,
                                      .runLoop = runLoop,
+                                     .threads = threads,
                                      .log = log,
+                                     .automaticBackupsOf = automaticBackupsOf,
                                      .timeZone = base::TimeZone::utc,
                                      .copies = folder / "copies"});
     open(700, reader.workspace());
