@@ -52,8 +52,8 @@ base::FileLock exclusively(const HeldFolder& history) {
     return lock;
 }
 
-/// The settings tell from now on when it was made, unless another folder was chosen meanwhile, which
-/// has none.
+/// The settings tell from now on when it was made, unless another folder was chosen meanwhile,
+/// which has none.
 void record(const AutomaticBackup& backup, app::UserDefaults& defaults, base::LogSink& log) {
     app::AppPreferences preferences(defaults, log);
     const auto isChosen = [&] {
@@ -134,8 +134,9 @@ AutomaticBackup automaticBackup(const app::AppPreferences& preferences, fs::path
             .now = now};
 }
 
-AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, app::UserDefaults& defaults,
-                                          base::LogSink& log, Work& work) {
+AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup,
+                                          app::UserDefaults& defaults, base::LogSink& log,
+                                          Work& work) {
     if (!backup.bookmark) {
         throw refusal(AutomaticBackupErrorCase::noFolder);
     }

@@ -40,12 +40,13 @@ struct AutomaticBackupResult {
 };
 
 /// Writes a backup of all that is saved into the chosen folder, has the settings tell of it, unless
-/// another folder was chosen meanwhile, and then removes those that are too many, in this order: who
-/// is killed between the last two makes no further one at the next start. Nothing is written into another folder than the one that was
-/// chosen, whatever happens to it meanwhile, and the store is only read. Throws
-/// AutomaticBackupError, what `openForReading` and `exportBackup` throw, and FileError. Any thread;
-/// the defaults must be this thread's.
-AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, app::UserDefaults& defaults,
-                                          base::LogSink& log, Work& work);
+/// another folder was chosen meanwhile, and then removes those that are too many, in this order:
+/// who is killed between the last two makes no further one at the next start. Nothing is written
+/// into another folder than the one that was chosen, whatever happens to it meanwhile, and the
+/// store is only read. Throws AutomaticBackupError, what `openForReading` and `exportBackup` throw,
+/// and FileError. Any thread; the defaults must be this thread's.
+AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup,
+                                          app::UserDefaults& defaults, base::LogSink& log,
+                                          Work& work);
 
 } // namespace korvex::storage

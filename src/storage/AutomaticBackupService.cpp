@@ -102,10 +102,8 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
     m_progress = {};
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.threads, m_surroundings.runLoop,
-        [request, defaults = m_surroundings.defaults.forAnotherThread(),
-         &log = m_surroundings.log](Work& work) {
-            return makeAutomaticBackup(request, *defaults, log, work);
-        },
+        [request, defaults = m_surroundings.defaults.forAnotherThread(), &log = m_surroundings.log](
+            Work& work) { return makeAutomaticBackup(request, *defaults, log, work); },
         [this, request, asked](std::future<AutomaticBackupResult> result) {
             finish(std::move(result), request, asked);
         },

@@ -272,9 +272,9 @@ TEST_F(AutomaticBackupTest, TheSettingsTellOfItBeforeOldOnesGo) {
 
     const base::FileDescriptor happenings(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
     ASSERT_GE(::inotify_add_watch(happenings.get(), history().c_str(), IN_DELETE), 0);
-    ASSERT_GE(::inotify_add_watch(happenings.get(), settings.path().parent_path().c_str(),
-                                  IN_MOVED_TO),
-              0);
+    ASSERT_GE(
+        ::inotify_add_watch(happenings.get(), settings.path().parent_path().c_str(), IN_MOVED_TO),
+        0);
     make();
     std::string seen(4096, '\0');
     const auto size = ::read(happenings.get(), seen.data(), seen.size());

@@ -52,9 +52,7 @@ protected:
     /// Seconds for which a tick is seen before its row leaves.
     static constexpr double kTickShown = 0.5;
 
-    explicit WindowFixture(
-        storage::AutomaticBackupService::Store store = storage::AutomaticBackupService::Store::usersOwn)
-        : automaticBackupsOf(store) {
+    WindowFixture() {
         own.boards.initializeDefaultBoards(kNow);
         inbox = own.boards.inboxBoard();
     }
@@ -101,7 +99,6 @@ protected:
         return result;
     }
 
-    const storage::AutomaticBackupService::Store automaticBackupsOf;
     RecordingLog log;
     TemporaryFolder folder;
     FakeClock clock{kNow};
@@ -113,17 +110,18 @@ protected:
     std::unique_ptr<store::ModelContainer> container = store::ModelContainer::open(
         model::currentSchema(), {.file = folder / "Primary.store"}, log);
     /// Without an engine: code stays uncoloured.
-    ui::WorkspaceOwner owner{{.container = *container,
-                              .preferences = preferences,
-                              .defaults = defaults,
-                              .clock = clock,
-                              .runLoop = runLoop,
-                              .threads = threads,
-                              .log = log,
-                              .automaticBackupsOf = automaticBackupsOf,
-                              .timeZone = base::TimeZone::utc,
-                              .copies = folder / "copies",
-                              .patience = std::chrono::milliseconds(0)}};
+    ui::WorkspaceOwner owner{
+        {.container = *container,
+         .preferences = preferences,
+         .defaults = defaults,
+         .clock = clock,
+         .runLoop = runLoop,
+         .threads = threads,
+         .log = log,
+         .automaticBackupsOf = storage::AutomaticBackupService::Store::usersOwn,
+         .timeZone = base::TimeZone::utc,
+         .copies = folder / "copies",
+         .patience = std::chrono::milliseconds(0)}};
     const ui::Workspace& workspace = owner.workspace();
     /// What the windows work with, under the names of a client.
     struct {

@@ -76,10 +76,9 @@ void AutomaticBackupRows::addState(SettingsGroup& group, const Theme& theme) {
 }
 
 void AutomaticBackupRows::chooseFolder() {
-    FileQuestion::folder(*m_choose, tr("Folder for automatic backups"),
-                         [this](const std::filesystem::path& folder) {
-                             m_service.chooseFolder(folder);
-                         });
+    FileQuestion::folder(
+        *m_choose, tr("Folder for automatic backups"),
+        [this](const std::filesystem::path& folder) { m_service.chooseFolder(folder); });
 }
 
 void AutomaticBackupRows::follow() {

@@ -32,10 +32,7 @@ std::vector<storage::ListedBackup> listed(const std::filesystem::path& file) {
 
 BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
                                const Workspace& workspace, const Theme& theme, QObject* parent)
-    : QObject(parent),
-      m_operations(operations),
-      m_workspace(workspace),
-      m_kept(workspace, this) {
+    : QObject(parent), m_operations(operations), m_workspace(workspace), m_kept(workspace, this) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);

@@ -411,7 +411,6 @@ TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {
                                      .runLoop = runLoop,
                                      .threads = threads,
                                      .log = log,
-                                     .automaticBackupsOf = automaticBackupsOf,
                                      .timeZone = base::TimeZone::utc,
                                      .copies = folder / "copies"});
     open(700, reader.workspace());
