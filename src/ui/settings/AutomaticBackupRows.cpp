@@ -91,7 +91,7 @@ void AutomaticBackupRows::followSettings() {
     const QSignalBlocker quietChoice(m_retention);
     const auto obstacle = m_service.obstacle();
     const auto folder = m_service.folder();
-    m_choose->setEnabled(!obstacle && !m_service.isChoosing());
+    setChoiceFree(!obstacle && !m_service.isChoosing());
     m_folderRow->setNote(obstacle                 ? translated(*obstacle)
                          : m_service.isChoosing() ? tr("Preparing the folder…")
                          : folder                 ? folderText(*folder)
@@ -105,6 +105,21 @@ void AutomaticBackupRows::followSettings() {
         std::find(kRetentions.begin(), kRetentions.end(), m_preferences.automaticBackupRetention());
     m_retention->choose(static_cast<int>(kept - kRetentions.begin()));
     m_retention->setEnabled(!obstacle);
+}
+
+/// The keyboard comes back to the button from where it goes meanwhile, unless its user takes it on.
+void AutomaticBackupRows::setChoiceFree(bool isFree) {
+    const auto* const window = m_choose->window();
+    const auto hadKeyboard = window->focusWidget() == m_choose;
+    m_choose->setEnabled(isFree);
+    if (!isFree && hadKeyboard) {
+        m_standIn = window->focusWidget();
+    } else if (isFree && m_standIn) {
+        if (window->focusWidget() == m_standIn) {
+            m_choose->setFocus();
+        }
+        m_standIn = nullptr;
+    }
 }
 
 void AutomaticBackupRows::followState() {

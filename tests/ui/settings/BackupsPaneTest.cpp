@@ -172,10 +172,11 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
     EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
     EXPECT_THAT(words(), HasSubstr("None has been chosen yet."));
+    control<QPushButton>("Choose…").setFocus();
     answer("Choose…", chosen);
     EXPECT_FALSE(control<QPushButton>("Choose…").isEnabled());
     workUntilSaid(chosen.filename().c_str());
-    EXPECT_TRUE(control<QPushButton>("Choose…").isEnabled());
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Choose…"));
     EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nOff"));
     control<Switch>("Back up every day").click();
     EXPECT_THAT(words(), HasSubstr("Next backup\nDue now"));
