@@ -5,6 +5,7 @@ by keyboard, and reads back what was stored with the command line.
 Every test has a home of its own. The window is asked nothing but what a person sees: what is typed
 goes through the X server, and what is stored is read by another program."""
 import base64
+import fcntl
 import json
 import os
 import signal
@@ -263,6 +264,22 @@ class WindowTest(WindowCase):
                            "the backup")
         self.assertIn("of the user", backups[0].read_text())
         self.assertEqual(len(json.loads(self.korvex("backup", "list"))), 1)
+
+    def test_a_folder_that_does_not_answer_keeps_no_window_from_ending(self):
+        chosen = self.choose_folder_for_backups(uuid.uuid4())
+        asked = []
+        before = signal.signal(signal.SIGIO, lambda *_: asked.append(True))
+        self.addCleanup(signal.signal, signal.SIGIO, before)
+        with (chosen / ".korvex-backup-folder").open("r+") as mark:
+            try:  # who opens it waits until the lease is given back
+                fcntl.fcntl(mark, fcntl.F_SETLEASE, fcntl.F_WRLCK)
+            except OSError as error:
+                self.skipTest(f"no leases here: {error}")
+            window = self.start_window()
+            wait_for(lambda: asked, "the backup to begin")
+            self.keys("ctrl+q")
+            self.assertEqual(window.wait(PATIENCE), 0)
+            self.start_window()  # and none that is raised in its place
 
     def test_a_second_start_raises_the_first_window(self):
         window = self.start_window()
