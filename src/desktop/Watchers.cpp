@@ -94,6 +94,8 @@ void Watchers::connectSources() {
                     workspace.scheduleClock.scheduleRefresh();
                 }
             });
+    // What was set since they were read was seen by nobody.
+    workspace.preferences.reload();
 }
 
 void Watchers::refresh() {

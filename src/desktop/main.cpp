@@ -1,5 +1,6 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
+#include "app/SettingsWriter.h"
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
 #include "base/Clock.h"
@@ -66,7 +67,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     if (arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
     app::AppPreferences preferences(defaults, log);
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
     using When = desktop::StoreOpening::When;
@@ -104,21 +105,19 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
+    const app::SettingsWriter writer(defaults, runLoop);
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
-    using Backups = storage::AutomaticBackupService;
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
+                                    .isUsersOwn = app::isUsersOwn(directory),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,
                                     .runLoop = runLoop,
                                     .threads = threads,
                                     .log = log,
-                                    .automaticBackupsOf = app::isUsersOwn(directory)
-                                                              ? Backups::Store::usersOwn
-                                                              : Backups::Store::another,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources(),
@@ -151,6 +150,9 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
+    QObject::connect(
+        &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
+        Qt::DirectConnection);
     platform::qt::TerminationWatcher termination;
     const auto ending = termination.requested().connect([&] {
         window.storeAll();

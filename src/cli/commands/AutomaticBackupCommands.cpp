@@ -25,8 +25,6 @@ struct ListOptions {
     std::vector<std::string> folder;
 };
 
-struct NoOptions {};
-
 void requireUsersOwnStore(const Session& session) {
     if (!app::isUsersOwn(session.storeFile().parent_path())) {
         throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::anotherStore);

@@ -70,9 +70,6 @@ void AutomaticBackupRows::addState(SettingsGroup& group, const Theme& theme) {
     m_work = new WorkRow(theme, &group);
     group.add(m_work);
     connect(m_work, &WorkRow::cancelled, this, [this] { m_service.cancel(); });
-    for (auto* const button : {m_choose, m_now}) {
-        button->setAutoDefault(true);
-    }
 }
 
 void AutomaticBackupRows::chooseFolder() {
@@ -131,16 +128,17 @@ void AutomaticBackupRows::followState() {
     m_next->say(!next          ? tr("Off")
                 : *next == now ? tr("Due now")
                                : momentText(*next, m_workspace.dates));
-    m_now->setEnabled(isOfThisStore && m_service.folder() && !m_service.isRunning());
+    if (m_service.isRunning()) {
+        m_work->show(tr("Making a backup"), m_service.progress());
+    }
+    m_work->setFree(*m_now, isOfThisStore && m_service.folder() && !m_service.isRunning());
+    if (!m_service.isRunning()) {
+        m_work->end();
+    }
     const auto& error = m_service.errorMessage();
     m_nowRow->setRefusal(error ? translated(*error) + QLatin1Char('\n') +
                                      translated(m_service.errorReason())
                                : QString());
-    if (m_service.isRunning()) {
-        m_work->show(tr("Making a backup"), m_service.progress());
-    } else {
-        m_work->hide();
-    }
 }
 
 } // namespace korvex::ui

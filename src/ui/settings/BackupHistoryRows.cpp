@@ -65,7 +65,6 @@ void BackupHistoryRows::addRow(std::size_t index) {
     auto* const restore = new QPushButton(tr("Restore…"));
     auto& row = m_group.addRow(name, settingsButtons(name, {check, restore}, m_theme));
     for (auto* const button : {check, restore}) {
-        button->setAutoDefault(true);
         button->setAccessibleDescription(name);
     }
     connect(check, &QPushButton::clicked, this, [this, index] { m_reader.check(index); });

@@ -39,6 +39,8 @@ struct Workspace {
     const base::Clock& clock;
     base::RunLoop& runLoop;
     storage::BackgroundThreads& threads;
+    /// The store is the one of the user's own data folder, of which the preferences tell.
+    bool isUsersOwn;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
     /// Written by any thread.

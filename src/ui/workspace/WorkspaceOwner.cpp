@@ -36,7 +36,9 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_search(m_context, m_boards, m_texts),
       m_drafts(draftFolders(surroundings)),
       m_backup(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
-      m_automaticBackups({.store = surroundings.automaticBackupsOf,
+      m_automaticBackups({.store = surroundings.isUsersOwn
+                                       ? storage::AutomaticBackupService::Store::usersOwn
+                                       : storage::AutomaticBackupService::Store::another,
                           .preferences = surroundings.preferences,
                           .defaults = surroundings.defaults,
                           .container = surroundings.container,
@@ -56,6 +58,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .clock = surroundings.clock,
                   .runLoop = surroundings.runLoop,
                   .threads = surroundings.threads,
+                  .isUsersOwn = surroundings.isUsersOwn,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,
                   .log = surroundings.log,

@@ -126,6 +126,40 @@ TEST_F(BackupsPaneTest, WhatIsCancelledHasChangedNothing) {
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
 }
 
+TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
+    add({"mine"});
+    openSettings(backups);
+    const auto holder = [&] {
+        return static_cast<QPushButton*>(settings->focusWidget())->text().toStdString();
+    };
+    const auto answered = [&](const char* text) {
+        for (auto* const each : settings->findChildren<SettingsLabel*>()) {
+            if (each->isVisible() && each->accessibleName() == QString::fromUtf8(text)) {
+                return QAccessible::queryAccessibleInterface(each)->role() ==
+                       QAccessible::AlertMessage;
+            }
+        }
+        return false;
+    };
+    control<QPushButton>("Export…").setFocus();
+    answer("Export…", backup());
+    EXPECT_EQ(holder(), "Cancel");
+    EXPECT_TRUE(answered("Exporting"));
+    workUntilSaid("Backup exported.");
+    EXPECT_EQ(holder(), "Export…");
+    EXPECT_TRUE(answered("Backup exported."));
+    EXPECT_FALSE(answered("Exporting"));
+
+    control<QPushButton>("Import…").setFocus();
+    answer("Import…", backup());
+    EXPECT_EQ(holder(), "Cancel");
+    workUntil([&] { return !question().empty(); });
+    press("Import");
+    EXPECT_EQ(holder(), "Cancel");
+    workUntilSaid("Backup restored.");
+    EXPECT_EQ(holder(), "Import…");
+}
+
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
     add({"mine"});
     openSettings(backups);
