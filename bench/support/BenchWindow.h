@@ -95,7 +95,6 @@ public:
                    .runLoop = m_runLoop,
                    .threads = m_threads,
                    .log = m_log,
-                   .automaticBackupsOf = storage::AutomaticBackupService::Store::usersOwn,
                    .makeEngine = m_script.engineFactory(),
                    .resources = m_script.resources(),
                    .copies = m_scratch.path()}),

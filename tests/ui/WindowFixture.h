@@ -110,18 +110,16 @@ protected:
     std::unique_ptr<store::ModelContainer> container = store::ModelContainer::open(
         model::currentSchema(), {.file = folder / "Primary.store"}, log);
     /// Without an engine: code stays uncoloured.
-    ui::WorkspaceOwner owner{
-        {.container = *container,
-         .preferences = preferences,
-         .defaults = defaults,
-         .clock = clock,
-         .runLoop = runLoop,
-         .threads = threads,
-         .log = log,
-         .automaticBackupsOf = storage::AutomaticBackupService::Store::usersOwn,
-         .timeZone = base::TimeZone::utc,
-         .copies = folder / "copies",
-         .patience = std::chrono::milliseconds(0)}};
+    ui::WorkspaceOwner owner{{.container = *container,
+                              .preferences = preferences,
+                              .defaults = defaults,
+                              .clock = clock,
+                              .runLoop = runLoop,
+                              .threads = threads,
+                              .log = log,
+                              .timeZone = base::TimeZone::utc,
+                              .copies = folder / "copies",
+                              .patience = std::chrono::milliseconds(0)}};
     const ui::Workspace& workspace = owner.workspace();
     /// What the windows work with, under the names of a client.
     struct {

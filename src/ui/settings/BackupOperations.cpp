@@ -1,7 +1,7 @@
 #include "ui/settings/BackupOperations.h"
 
+#include "storage/ErrorsOnly.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/settings/ErrorsOnly.h"
 
 #include <utility>
 
@@ -40,7 +40,8 @@ void BackupOperations::start(Words words, Function work, Done done) {
     m_answer = {};
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        [work = withErrorsOnly(std::move(work))](Work& mine) mutable -> std::optional<Result> {
+        [work = storage::withErrorsOnly(std::move(work))](
+            Work& mine) mutable -> std::optional<Result> {
             try {
                 return work(mine);
             } catch (const storage::Cancelled&) {

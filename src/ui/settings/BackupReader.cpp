@@ -1,7 +1,7 @@
 #include "ui/settings/BackupReader.h"
 
+#include "storage/ErrorsOnly.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/settings/ErrorsOnly.h"
 
 #include <algorithm>
 #include <utility>
@@ -54,7 +54,8 @@ void BackupReader::goOn() {
 void BackupReader::startListing() {
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        withErrorsOnly([list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
+        storage::withErrorsOnly(
+            [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
         [this](std::future<std::vector<ListedBackup>> outcome) {
             m_task.reset();
             std::vector<ListedBackup> files;
@@ -89,7 +90,7 @@ void BackupReader::startReading(std::size_t index) {
     const auto file = m_items.at(index).file;
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        withErrorsOnly([file, &log = m_workspace.log](storage::Work& work) {
+        storage::withErrorsOnly([file, &log = m_workspace.log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
         }),
         [this, file](std::future<storage::BackupSummary> outcome) {

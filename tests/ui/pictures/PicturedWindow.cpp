@@ -35,19 +35,18 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     m_preferences.setAppearance(variant.appearance);
     m_preferences.setFontSize(variant.fontSize);
     m_theme.setSystem({.contrast = variant.contrast, .motion = ui::Theme::SystemMotion::still});
-    m_owner = std::make_unique<ui::WorkspaceOwner>(ui::WorkspaceOwner::Surroundings{
-        .container = *m_container,
-        .preferences = m_preferences,
-        .defaults = m_defaults,
-        .clock = m_clock,
-        .runLoop = m_runLoop,
-        .threads = m_threads,
-        .log = m_log,
-        .automaticBackupsOf = storage::AutomaticBackupService::Store::usersOwn,
-        .timeZone = base::TimeZone::utc,
-        .makeEngine = m_script.engineFactory(),
-        .resources = m_script.resources(),
-        .copies = m_folder / "copies"});
+    m_owner = std::make_unique<ui::WorkspaceOwner>(
+        ui::WorkspaceOwner::Surroundings{.container = *m_container,
+                                         .preferences = m_preferences,
+                                         .defaults = m_defaults,
+                                         .clock = m_clock,
+                                         .runLoop = m_runLoop,
+                                         .threads = m_threads,
+                                         .log = m_log,
+                                         .timeZone = base::TimeZone::utc,
+                                         .makeEngine = m_script.engineFactory(),
+                                         .resources = m_script.resources(),
+                                         .copies = m_folder / "copies"});
     const auto& workspace = m_owner->workspace();
     switch (variant.fill) {
     case Variant::Fill::empty:

@@ -247,16 +247,15 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
 TEST_F(BackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
     preferences.setAutomaticBackupEnabled(true);
     preferences.setAutomaticBackupLastSuccess(kNow);
-    const WorkspaceOwner another(
-        {.container = *container,
-         .preferences = preferences,
-         .defaults = defaults,
-         .clock = clock,
-         .runLoop = runLoop,
-         .threads = threads,
-         .log = log,
-         .automaticBackupsOf = storage::AutomaticBackupService::Store::another,
-         .copies = folder / "copies"});
+    const WorkspaceOwner another({.container = *container,
+                                  .isUsersOwn = false,
+                                  .preferences = preferences,
+                                  .defaults = defaults,
+                                  .clock = clock,
+                                  .runLoop = runLoop,
+                                  .threads = threads,
+                                  .log = log,
+                                  .copies = folder / "copies"});
     window = std::make_unique<MainWindow>(another.workspace(), theme);
     window->show();
     openSettings(backups);
