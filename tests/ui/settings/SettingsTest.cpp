@@ -212,7 +212,7 @@ TEST_F(SettingsTest, OnlyTheUsersOwnStoreIsRemembered) {
     preferences.setMainBoardSelectedBoardID(inbox->id());
     auto another = workspace;
     another.isUsersOwn = false;
-    for (const auto* const each : {&another, &workspace}) {
+    for (const auto* const each : std::initializer_list<const Workspace*>{&another, &workspace}) {
         window = std::make_unique<MainWindow>(*each, theme);
         navigation().openBoard(*work);
         EXPECT_EQ(preferences.mainBoardSelectedBoardID(),
