@@ -68,7 +68,6 @@ void BackupFileRows::connectOperations(const Theme& theme) {
     connect(&m_operations, &BackupOperations::replaced, this, &BackupFileRows::readKept);
     connect(&m_operations, &BackupOperations::asked, this,
             [this, &theme](const QString& question, const QString& action) {
-                follow(); // the question gives the keyboard back to where it found it
                 auto* const sheet =
                     new ConfirmationSheet(question, action, theme, m_export->window());
                 connect(sheet, &ConfirmationSheet::confirmed, &m_operations,

@@ -27,6 +27,8 @@ public:
 
     /// Reads what is kept of the store before the last import.
     void readKept();
+    /// What is under way of all that is done with backups here.
+    WorkRow& work() const { return *m_work; }
 
 Q_SIGNALS:
     /// This says something new of what the user has asked for, wherever that was.

@@ -6,17 +6,19 @@
 #include "ui/settings/BackupOperations.h"
 #include "ui/settings/BackupWords.h"
 #include "ui/settings/SettingsGroup.h"
+#include "ui/settings/WorkRow.h"
 
 #include <QPushButton>
 
 namespace korvex::ui {
 
 BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& operations,
-                                     const Workspace& workspace, const Theme& theme,
+                                     WorkRow& work, const Workspace& workspace, const Theme& theme,
                                      QObject* parent)
     : QObject(parent),
       m_group(group),
       m_operations(operations),
+      m_work(work),
       m_workspace(workspace),
       m_theme(theme),
       m_reader(workspace, this) {
@@ -67,10 +69,14 @@ void BackupHistoryRows::addRow(std::size_t index) {
     for (auto* const button : {check, restore}) {
         button->setAccessibleDescription(name);
     }
-    connect(check, &QPushButton::clicked, this, [this, index] { m_reader.check(index); });
+    connect(check, &QPushButton::clicked, this, [this, index] {
+        if (m_reader.items()[index].isRead()) {
+            m_reader.check(index);
+        }
+    });
     connect(restore, &QPushButton::clicked, this,
             [this, path = file.file] { m_operations.import(path); });
-    m_rows.push_back({&row, check, restore});
+    m_rows.push_back({&row, restore});
 }
 
 void BackupHistoryRows::follow() {
@@ -87,8 +93,7 @@ void BackupHistoryRows::follow() {
         if (item.summary) { // a copy's file may be younger than what it holds
             m_rows[i].row->setName(momentText(item.summary->exportedAt, m_workspace.dates));
         }
-        m_rows[i].check->setEnabled(item.isRead());
-        m_rows[i].restore->setEnabled(!m_operations.isUnderWay() && item.refusal.isEmpty());
+        m_work.setFree(*m_rows[i].restore, !m_operations.isUnderWay() && item.refusal.isEmpty());
     }
 }
 

@@ -16,6 +16,7 @@ class BackupOperations;
 class SettingsGroup;
 class SettingsRow;
 class Theme;
+class WorkRow;
 
 /// A row of settings for each automatic backup that is kept: when it was made and what it holds,
 /// with buttons that check and restore it. Main thread.
@@ -23,8 +24,8 @@ class BackupHistoryRows final : public QObject {
     Q_OBJECT
 
 public:
-    /// The group is its own. All of it outlives the rows.
-    BackupHistoryRows(SettingsGroup& group, BackupOperations& operations,
+    /// The group is its own; `work` shows what the operations do. All of it outlives the rows.
+    BackupHistoryRows(SettingsGroup& group, BackupOperations& operations, WorkRow& work,
                       const Workspace& workspace, const Theme& theme, QObject* parent);
 
     /// Looks into the folder again.
@@ -33,7 +34,6 @@ public:
 private:
     struct Row {
         SettingsRow* row;
-        QPushButton* check;
         QPushButton* restore;
     };
 
@@ -43,6 +43,7 @@ private:
 
     SettingsGroup& m_group;
     BackupOperations& m_operations;
+    WorkRow& m_work;
     const Workspace& m_workspace;
     const Theme& m_theme;
     BackupReader m_reader;

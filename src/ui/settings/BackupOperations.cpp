@@ -148,6 +148,7 @@ void BackupOperations::ask(const QString& question, const QString& action, Words
                            Prepare prepare) {
     m_prepare = std::move(prepare);
     m_asked = std::move(words);
+    Q_EMIT changed(); // the question gives the keyboard back to where it finds it
     Q_EMIT asked(question, action);
 }
 

@@ -19,8 +19,8 @@ BackupsPane::BackupsPane(const Workspace& workspace, EditingWindows windows, con
                     "a separate subfolder for this installation. Manual exports are kept "
                     "separately.")),
         workspace, theme, this);
-    m_history =
-        new BackupHistoryRows(addGroup(tr("History")), m_operations, workspace, theme, this);
+    m_history = new BackupHistoryRows(addGroup(tr("History")), m_operations, m_file->work(),
+                                      workspace, theme, this);
 }
 
 void BackupsPane::follow() {

@@ -68,6 +68,11 @@ void WorkRow::setFree(QWidget& control, bool isFree) {
         (m_cancel->isEnabled() ? static_cast<QWidget*>(m_cancel) : m_bar)->setFocus();
     }
     control.setEnabled(isFree);
+    const auto isAwaited = isFree && m_before == &control && !isVisible();
+    if (isAwaited && m_standIn && window()->focusWidget() == m_standIn) {
+        control.setFocus();
+        m_before = nullptr;
+    }
 }
 
 void WorkRow::end() {
@@ -76,7 +81,8 @@ void WorkRow::end() {
             return each->isVisible() && each->isEnabled() && each->focusPolicy() != Qt::NoFocus;
         };
         QWidget* next = m_before && canTake(m_before) ? m_before.data() : nullptr;
-        // What it came from may be gone: what stands near it is better than the next of the window.
+        // What it came from may be gone, or free only in a moment: what stands near is better than
+        // the next of the window.
         const auto near = parentWidget()->findChildren<QAbstractButton*>();
         for (auto i = near.begin(); !next && i != near.end(); ++i) {
             next = !isAncestorOf(*i) && canTake(*i) ? *i : nullptr;
@@ -84,8 +90,9 @@ void WorkRow::end() {
         if (next) {
             next->setFocus();
         }
+        m_standIn = next == m_before ? nullptr : next;
+        m_before = m_standIn ? m_before : nullptr;
     }
-    m_before = nullptr;
     m_row->setAnswer({});
     hide();
 }

@@ -26,8 +26,8 @@ public:
     /// Enables a control that what is under way needs to itself, or disables it. The keyboard goes
     /// from one that is disabled to Cancel, so this is to be shown before.
     void setFree(QWidget& control, bool isFree);
-    /// Nothing is under way any more: the keyboard goes back to where it came from, so that is to
-    /// be free again before.
+    /// Nothing is under way any more: the keyboard goes back to where it came from, now or as soon
+    /// as that is free.
     void end();
 
 Q_SIGNALS:
@@ -39,8 +39,9 @@ private:
     QProgressBar* m_bar;
     QPushButton* m_cancel;
     SettingsRow* m_row;
-    /// What the keyboard was taken from.
+    /// What the keyboard was taken from, and what has it until that is free again.
     QPointer<QWidget> m_before;
+    QPointer<QWidget> m_standIn;
 };
 
 } // namespace korvex::ui

@@ -1,5 +1,7 @@
 #include "CommandLineFixture.h"
 
+#include "app/FileUserDefaults.h"
+
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -253,6 +255,38 @@ TEST_F(CommandLine, CheckSeesWhatIsWrongBetweenSoundRecords) {
     const auto lost = run({"store", "check"});
     EXPECT_EQ(lost.status, cli::ExitStatus::refused);
     EXPECT_THAT(lost.output, HasSubstr("EEEE0000-0000-4000-8000-000000000000"));
+}
+
+TEST_F(CommandLine, SettingsFollowABoardThatBecomesAnother) {
+    for (const auto& command : {std::vector<std::string>{"boards"}, {"store", "repair"}}) {
+        const auto doubled = base::Uuid::random();
+        {
+            const auto container = openStore();
+            store::ModelContext context(*container);
+            for (const auto& [id, createdAt] :
+                 {std::pair(base::Uuid::random(), 0.0), std::pair(doubled, 60.0)}) {
+                context.insert(std::make_unique<model::Board>(
+                    model::BoardFields{.id = id,
+                                       .name = "Inbox",
+                                       .createdAt = base::Instant{createdAt},
+                                       .updatedAt = base::Instant{createdAt},
+                                       .isSystem = true,
+                                       .systemIdentifier = "inbox"}));
+            }
+            context.save();
+        }
+        std::filesystem::create_directories(folder / "korvex");
+        app::FileUserDefaults defaults(folder / "korvex" / "settings.json");
+        defaults.setString("launchBoardID", doubled.text());
+        EXPECT_EQ(run(command).status, cli::ExitStatus::done);
+        defaults.refresh();
+        const auto container = openStore();
+        store::ModelContext context(*container);
+        const auto* const board =
+            context.find<model::Board>(*base::Uuid::parse(*defaults.string("launchBoardID")));
+        EXPECT_NE(board->id(), doubled);
+        EXPECT_FALSE(board->mergedIntoBoardID()) << command.front();
+    }
 }
 
 TEST_F(CommandLine, InputOverTheLimitIsRefusedWhole) {

@@ -222,10 +222,14 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
                                    "Mar 11, 2025, 8:00 AM"));
 
     own.boards.deleteBoard(*work);
+    auto& restore = control<QPushButton>("Restore…");
+    restore.setFocus();
     press("Restore…");
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Cancel"));
     workUntil([&] { return !question().empty(); });
     press("Import");
     workUntilSaid("Backup restored.");
+    EXPECT_EQ(settings->focusWidget(), &restore);
     EXPECT_THAT(boardNames(), ElementsAre("Inbox", "Work"));
 
     log.expectError("Backup operation failed");

@@ -23,13 +23,7 @@ protected:
     }
 
     void open() {
-        popover = new SchedulePopover(*entry,
-                                      {.context = own.context,
-                                       .entries = own.entries,
-                                       .preferences = preferences,
-                                       .dates = workspace.dates,
-                                       .clock = clock},
-                                      theme, &window);
+        popover = new SchedulePopover(*entry, todoServices(workspace), theme, &window);
         popover->openAt({window.mapToGlobal(QPoint(20, 20)), QSize(80, 20)});
         popover->setFocus();
         QApplication::processEvents();
@@ -222,6 +216,17 @@ TEST_F(SchedulePopoverTest, AWindowWithAReminderBeforeItsEndIsStored) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
     EXPECT_EQ(entry->schedule(),
               (model::TodoSchedule{.dueDay = 20250311, .reminderDate = day + 32.25 * 3600.0}));
+}
+
+TEST_F(SchedulePopoverTest, AnotherDefaultReminderTimeHoldsAtOnce) {
+    open();
+    button("Due").click();
+    enter("Due day", "tomorrow");
+    button("Reminder").click();
+    button("1 hour before").click();
+    preferences.setDefaultReminderMinutes(10 * 60 + 30);
+    button("Done").click();
+    EXPECT_EQ(entry->reminderDate(), kNow + 86400.0 + 1.5 * 3600.0);
 }
 
 TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
