@@ -16,6 +16,9 @@ using Property = AppPreferences::Property;
 
 constexpr int kMinutesPerDay = 24 * 60;
 
+constexpr const char* kDefaultBoardKey = "defaultBoardID";
+constexpr const char* kMainBoardKey = "mainBoardSelectedBoardID";
+
 template <typename Case>
 struct StoredName {
     Case which;
@@ -64,9 +67,27 @@ bool isAllowed(Property property, std::int64_t value) {
         return value >= 0 && value < kMinutesPerDay;
     case Property::automaticBackupRetention:
         return contains(AppPreferences::kRetentions, value);
-    default:
-        return false;
+    case Property::appearance:
+    case Property::launchDestination:
+    case Property::launchBoardID:
+    case Property::boardSpacing:
+    case Property::automaticBackupEnabled:
+    case Property::automaticBackupBookmark:
+    case Property::automaticBackupLastSuccess:
+    case Property::automaticBackupID:
+    case Property::defaultBoardID:
+    case Property::quickEntryShortcut:
+    case Property::quickEntryDefaultType:
+    case Property::quickEntryFixedBoardID:
+    case Property::quickEntryDefaultBoardID:
+    case Property::mainBoardSelectedBoardID:
+    case Property::desktopBoardSelectedBoardID:
+    case Property::desktopBoardAlwaysOnTop:
+    case Property::desktopBoardShowOnLaunch:
+    case Property::showsMenuBarExtra:
+        break; // no whole number
     }
+    return false;
 }
 
 bool isUuid(std::string_view text) {
@@ -120,7 +141,7 @@ void read(Reading& reading, Property, std::string_view key, AppPreferences::Boar
         value = base::Uuid::parse(*stored);
     }
     if (stored && !value) {
-        reading.defaults.remove(key);
+        reading.defaults.replaceString(key, stored, std::nullopt);
         reading.log.warning("Removed malformed board preference: " + std::string(key));
     }
 }
@@ -199,14 +220,13 @@ void AppPreferences::forEachSetting(Visit visit) {
     visit(P::automaticBackupRetention, "automaticBackupRetention",
           &Values::automaticBackupRetention);
     visit(P::automaticBackupID, "automaticBackupID", &Values::automaticBackupID);
-    visit(P::defaultBoardID, "defaultBoardID", &Values::defaultBoardID);
+    visit(P::defaultBoardID, kDefaultBoardKey, &Values::defaultBoardID);
     visit(P::quickEntryShortcut, "quickEntryShortcut", &Values::quickEntryShortcut);
     visit(P::quickEntryDefaultType, "quickEntryDefaultType", &Values::quickEntryDefaultType);
     visit(P::quickEntryFixedBoardID, "quickEntryFixedBoardID", &Values::quickEntryFixedBoardID);
     visit(P::quickEntryDefaultBoardID, "quickEntryDefaultBoardID",
           &Values::quickEntryDefaultBoardID);
-    visit(P::mainBoardSelectedBoardID, "mainBoardSelectedBoardID",
-          &Values::mainBoardSelectedBoardID);
+    visit(P::mainBoardSelectedBoardID, kMainBoardKey, &Values::mainBoardSelectedBoardID);
     visit(P::desktopBoardSelectedBoardID, "desktopBoardSelectedBoardID",
           &Values::desktopBoardSelectedBoardID);
     visit(P::desktopBoardAlwaysOnTop, "desktopBoardAlwaysOnTop", &Values::desktopBoardAlwaysOnTop);
@@ -217,6 +237,7 @@ void AppPreferences::forEachSetting(Visit visit) {
 
 AppPreferences::AppPreferences(UserDefaults& defaults, base::LogSink& log)
     : m_defaults(defaults), m_log(log, "preferences") {
+    m_defaults.mayWait(kMainBoardKey); // each step from board to board sets it
     Reading reading{.defaults = m_defaults, .log = m_log};
     forEachSetting([&](Property property, const char* key, auto member) {
         read(reading, property, key, m_values.*member);
@@ -346,15 +367,24 @@ void AppPreferences::setShowsMenuBarExtra(bool shows) {
 }
 
 model::Board* AppPreferences::defaultBoard(std::span<model::Board* const> boards) {
-    const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
-        return board->id() == m_values.defaultBoardID && !board->isArchived();
-    });
-    if (found != boards.end()) {
-        return *found;
+    const auto chosen = [&]() -> model::Board* {
+        const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
+            return board->id() == m_values.defaultBoardID && !board->isArchived();
+        });
+        return found == boards.end() ? nullptr : *found;
+    };
+    if (auto* const board = chosen()) {
+        return board;
     }
+    reload(); // another program may have chosen since
+    auto* const board = chosen();
     auto* const inbox = fallbackBoard(boards);
-    setDefaultBoardID(inbox ? BoardID(inbox->id()) : std::nullopt);
-    return inbox;
+    if (!board && inbox) {
+        m_defaults.replaceString(kDefaultBoardKey, m_defaults.string(kDefaultBoardKey),
+                                 inbox->id().text());
+        reload();
+    }
+    return board ? board : inbox;
 }
 
 model::Board* AppPreferences::fallbackBoard(std::span<model::Board* const> boards) {
@@ -362,13 +392,16 @@ model::Board* AppPreferences::fallbackBoard(std::span<model::Board* const> board
 }
 
 void AppPreferences::remapBoard(const base::Uuid& from, const base::Uuid& to) {
-    forEachSetting([&](Property, const char*, auto member) {
+    m_defaults.refresh();
+    forEachSetting([&](Property, const char* key, auto member) {
         if constexpr (std::is_same_v<decltype(member), BoardID Values::*>) {
-            if (m_values.*member == from) {
-                set(member, BoardID(to));
+            const auto stored = m_defaults.string(key);
+            if (stored && base::Uuid::parse(*stored) == from) {
+                m_defaults.replaceString(key, stored, to.text());
             }
         }
     });
+    reload();
 }
 
 } // namespace korvex::app

@@ -2,6 +2,8 @@
 
 #include "app/UserFolders.h"
 #include "base/Base64.h"
+#include "base/Calendar.h"
+#include "base/Clock.h"
 #include "base/FileLock.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
@@ -10,7 +12,11 @@
 #include <rapidjson/document.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <cassert>
 #include <cmath>
 #include <utility>
@@ -25,16 +31,28 @@ namespace {
 constexpr const char* kBytesMember = "base64";
 
 /// Far more than all settings together.
-constexpr std::size_t kMaximumFileBytes = 16 * 1024 * 1024;
+constexpr std::size_t kMaximumFileBytes = 1024 * 1024;
 
-/// A program writes for some milliseconds. One that hangs while it does must not keep the others
-/// from going on for ever.
-constexpr std::chrono::milliseconds kPatience{2'000};
+/// A program writes for some milliseconds. Who has to wait for one that hangs while it does goes on
+/// and tries again; only at the end, and where programs have to agree, is there more time.
+constexpr std::chrono::milliseconds kPatience{50};
+constexpr std::chrono::milliseconds kLongPatience{2'000};
+
+using Seconds = std::chrono::duration<double>;
+/// What may wait is written when nothing has changed for so long.
+constexpr Seconds kPause{1};
+constexpr Seconds kUntilUnlocked{0.2};
+/// After a failure; twice as long after each further one.
+constexpr Seconds kUntilWritable{1};
+constexpr Seconds kLongestWait{60};
+/// In a row: somebody who hangs has the lock.
+constexpr int kTakenTooOften = 10;
 
 constexpr const char* kLockExtension = ".lock";
 constexpr const char* kDamagedExtension = ".damaged";
+constexpr const char* kLogCategory = "settings";
 
-fs::path beside(fs::path file, const char* extension) {
+fs::path beside(fs::path file, const std::string& extension) {
     return file += extension;
 }
 
@@ -46,25 +64,34 @@ std::string_view view(const rapidjson::Value& string) {
     return {string.GetString(), string.GetStringLength()};
 }
 
+// Without recursion: a file of brackets alone must not end the program.
+constexpr auto kParsing = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
+                          rapidjson::kParseValidateEncodingFlag;
+
+/// Its JSON: so 13 is another value than 13.0, which is no whole number.
+template <typename Json>
+std::string jsonOf(const Json& value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer writer(buffer);
+    value.Accept(writer);
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::string jsonOf(std::string_view text) {
+    return jsonOf(rapidjson::Value(reference(text)));
+}
+
 } // namespace
 
 struct FileUserDefaults::Settings {
     rapidjson::Document json{rapidjson::kObjectType};
 
+    Settings() = default;
+    Settings(const Settings& other) { json.CopyFrom(other.json, json.GetAllocator()); }
+
     const rapidjson::Value* find(std::string_view key) const {
         const auto member = json.FindMember(rapidjson::Value(reference(key)));
         return member == json.MemberEnd() ? nullptr : &member->value;
-    }
-
-    void remove(std::string_view key) { json.RemoveMember(rapidjson::Value(reference(key))); }
-
-    void set(std::string_view key, rapidjson::Value value) {
-        rapidjson::Value name(reference(key), json.GetAllocator());
-        if (json.HasMember(name)) {
-            json[name] = std::move(value);
-        } else {
-            json.AddMember(name, value, json.GetAllocator());
-        }
     }
 
     std::optional<std::string> string(std::string_view key) const {
@@ -72,8 +99,24 @@ struct FileUserDefaults::Settings {
         return value && value->IsString() ? std::optional<std::string>(view(*value)) : std::nullopt;
     }
 
-    rapidjson::Value text(std::string_view value) {
-        return rapidjson::Value(reference(value), json.GetAllocator());
+    Value value(std::string_view key) const {
+        const auto* value = find(key);
+        return value ? Value(jsonOf(*value)) : std::nullopt;
+    }
+
+    void set(std::string_view key, const Value& value) {
+        if (!value) {
+            json.RemoveMember(rapidjson::Value(reference(key)));
+            return;
+        }
+        rapidjson::Document parsed(&json.GetAllocator());
+        parsed.Parse<kParsing>(value->data(), value->size());
+        rapidjson::Value name(reference(key), json.GetAllocator());
+        if (json.HasMember(name)) {
+            json[name] = static_cast<rapidjson::Value&>(parsed);
+        } else {
+            json.AddMember(name, parsed, json.GetAllocator());
+        }
     }
 };
 
@@ -81,14 +124,22 @@ struct FileUserDefaults::Found {
     enum class Kind { settings, nothing, damaged, unreadable };
     Kind kind;
     std::string contents;
+
+    bool operator==(const Found&) const = default;
 };
 
-FileUserDefaults::FileUserDefaults(fs::path file)
-    : m_file(std::move(file)), m_settings(std::make_unique<Settings>()) {
+FileUserDefaults::FileUserDefaults(fs::path file, base::LogSink* log)
+    : m_file(std::move(file)),
+      m_log(log),
+      m_held(std::make_unique<Settings>()),
+      m_settings(std::make_unique<Settings>()) {
     read();
+    showChanges();
 }
 
-FileUserDefaults::~FileUserDefaults() = default;
+FileUserDefaults::~FileUserDefaults() {
+    setSchedule(nullptr);
+}
 
 fs::path FileUserDefaults::defaultFile() {
     return userFolder("XDG_CONFIG_HOME", ".config") / "korvex" / "settings.json";
@@ -125,64 +176,95 @@ std::optional<base::Bytes> FileUserDefaults::bytes(std::string_view key) const {
 }
 
 void FileUserDefaults::setString(std::string_view key, std::string_view value) {
-    change(key, [name = std::string(key), value = std::string(value)](Settings& settings) {
-        settings.set(name, settings.text(value));
-    });
+    change(key, jsonOf(value));
 }
 
 void FileUserDefaults::setInteger(std::string_view key, std::int64_t value) {
-    change(key, [name = std::string(key), value](Settings& settings) {
-        settings.set(name, rapidjson::Value(value));
-    });
+    change(key, jsonOf(rapidjson::Value(value)));
 }
 
 void FileUserDefaults::setReal(std::string_view key, double value) {
     assert(std::isfinite(value));
-    change(key, [name = std::string(key), value](Settings& settings) {
-        settings.set(name, rapidjson::Value(value));
-    });
+    change(key, jsonOf(rapidjson::Value(value)));
 }
 
 void FileUserDefaults::setBoolean(std::string_view key, bool value) {
-    change(key, [name = std::string(key), value](Settings& settings) {
-        settings.set(name, rapidjson::Value(value));
-    });
+    change(key, jsonOf(rapidjson::Value(value)));
 }
 
 void FileUserDefaults::setBytes(std::string_view key, const base::Bytes& value) {
-    change(key, [name = std::string(key), text = base::base64(value)](Settings& settings) {
-        rapidjson::Value object(rapidjson::kObjectType);
-        object.AddMember(rapidjson::StringRef(kBytesMember), settings.text(text),
-                         settings.json.GetAllocator());
-        settings.set(name, std::move(object));
-    });
+    const auto text = base::base64(value);
+    rapidjson::Document object(rapidjson::kObjectType);
+    object.AddMember(rapidjson::StringRef(kBytesMember), rapidjson::Value(reference(text)),
+                     object.GetAllocator());
+    change(key, jsonOf(object));
 }
 
 void FileUserDefaults::remove(std::string_view key) {
-    change(key, [name = std::string(key)](Settings& settings) { settings.remove(name); });
+    change(key, std::nullopt);
+}
+
+void FileUserDefaults::replaceString(std::string_view key,
+                                     const std::optional<std::string>& expected,
+                                     const std::optional<std::string>& wanted) {
+    settleChanges(read());
+    if (m_settings->string(key) == expected) {
+        m_unwritten.insert_or_assign(
+            std::string(key),
+            Change{.wanted = wanted ? Value(jsonOf(std::string_view(*wanted))) : std::nullopt,
+                   .before = m_held->value(key)});
+        write(kPatience);
+    }
 }
 
 std::string FileUserDefaults::settle(std::string_view key,
                                      const std::function<bool(std::string_view)>& isAcceptable,
                                      std::string_view otherwise) {
-    const auto hasAnswer = [isAcceptable](const Settings& settings, std::string_view name) {
-        const auto held = settings.string(name);
-        return held && isAcceptable(*held);
-    };
-    if (!hasAnswer(*m_settings, key)) {
-        // Made while the file is locked: the first of two programs is the one that sets it.
-        change(key, [hasAnswer, name = std::string(key),
-                     value = std::string(otherwise)](Settings& settings) {
-            if (!hasAnswer(settings, name)) {
-                settings.set(name, settings.text(value));
-            }
-        });
+    auto held = m_settings->string(key);
+    while (!held || !isAcceptable(*held)) {
+        // The first of two programs is the one that sets it.
+        settleChanges(read());
+        if (const auto now = m_settings->string(key); now == held) {
+            m_unwritten.insert_or_assign(std::string(key), Change{.wanted = jsonOf(otherwise),
+                                                                  .before = m_held->value(key)});
+            write(kLongPatience);
+        }
+        held = m_settings->string(key);
     }
-    return *m_settings->string(key);
+    return *held;
 }
 
 void FileUserDefaults::refresh() {
-    static_cast<void>(readAndChange());
+    const auto found = read();
+    settleChanges(found);
+    if (m_unwritten.empty()) {
+        setKept(true);
+    }
+    // What has failed may do so for ever, and to try it can be noticed like a change.
+    if (!m_unwritten.empty() && m_failedOn && found != *m_failedOn) {
+        write(kPatience);
+    }
+}
+
+void FileUserDefaults::mayWait(std::string_view key) {
+    m_mayWait.emplace(key);
+}
+
+void FileUserDefaults::setSchedule(Schedule schedule) {
+    m_schedule = std::move(schedule);
+    if (!m_schedule && !m_unwritten.empty()) {
+        write(kLongPatience);
+    }
+}
+
+void FileUserDefaults::writeLeft() {
+    if (!m_unwritten.empty()) {
+        write(kPatience);
+    }
+}
+
+std::unique_ptr<UserDefaults> FileUserDefaults::forAnotherThread() const {
+    return std::make_unique<FileUserDefaults>(m_file, m_log);
 }
 
 FileUserDefaults::Found FileUserDefaults::read() {
@@ -192,59 +274,139 @@ FileUserDefaults::Found FileUserDefaults::read() {
         const auto isThere = fs::status(m_file, error).type() != fs::file_type::not_found;
         return {isThere ? Found::Kind::unreadable : Found::Kind::nothing, {}};
     }
-    // Without recursion: a file of brackets alone must not end the program.
-    constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                            rapidjson::kParseValidateEncodingFlag;
     auto fresh = std::make_unique<Settings>();
-    fresh->json.Parse<kFlags>(contents->data(), contents->size());
+    fresh->json.Parse<kParsing>(contents->data(), contents->size());
     if (!fresh->json.HasParseError() && fresh->json.IsObject()) {
-        m_settings = std::move(fresh);
+        m_held = std::move(fresh);
         return {Found::Kind::settings, *std::move(contents)};
     }
     const auto isEmpty = base::trimmed(*contents).empty();
     return {isEmpty ? Found::Kind::nothing : Found::Kind::damaged, *std::move(contents)};
 }
 
-void FileUserDefaults::change(std::string_view key, Change change) {
-    m_unwritten.insert_or_assign(std::string(key), std::move(change));
-    if (write()) {
-        m_unwritten.clear();
-    }
+void FileUserDefaults::settleChanges(const Found& found) {
+    std::erase_if(m_unwritten, [&](const auto& each) {
+        const auto& [key, change] = each;
+        const auto now = m_held->value(key);
+        const auto isThere = found.kind == Found::Kind::settings || !change.wanted;
+        return now == change.wanted ? isThere : !change.isNew && now != change.before;
+    });
+    showChanges();
 }
 
-std::optional<FileUserDefaults::Found> FileUserDefaults::readAndChange() {
-    auto found = read();
-    rapidjson::Document before;
-    before.CopyFrom(m_settings->json, before.GetAllocator());
+void FileUserDefaults::showChanges() {
+    m_settings = std::make_unique<Settings>(*m_held);
     for (const auto& [key, change] : m_unwritten) {
-        change(*m_settings);
+        m_settings->set(key, change.wanted);
     }
-    const auto isHeld = found.kind == Found::Kind::settings ||
-                        (found.kind == Found::Kind::nothing && m_settings->json.ObjectEmpty());
-    return isHeld && before == m_settings->json ? std::nullopt : std::optional(std::move(found));
 }
 
-bool FileUserDefaults::write() {
-    if (!readAndChange()) {
-        return true;
+void FileUserDefaults::change(std::string_view key, Value wanted) {
+    const auto found = read();
+    const auto waits = m_schedule && m_mayWait.contains(key);
+    m_unwritten.insert_or_assign(
+        std::string(key),
+        Change{.wanted = std::move(wanted), .before = m_held->value(key), .isNew = !waits});
+    settleChanges(found);
+    if (m_unwritten.empty()) {
+        setKept(true);
+    } else if (waits) {
+        m_schedule(kPause);
+    } else {
+        write(kPatience);
     }
+}
+
+void FileUserDefaults::write(std::chrono::milliseconds patience) {
+    const auto outcome = tryToWrite(patience);
+    if (outcome == Outcome::written) {
+        m_failures = 0;
+        m_failedOn = nullptr;
+        m_unwritten.clear();
+        setKept(true);
+        return;
+    }
+    for (auto& [key, change] : m_unwritten) {
+        change.isNew = false;
+    }
+    ++m_failures;
+    if (outcome == Outcome::failed || m_failures >= kTakenTooOften) {
+        setKept(false);
+    }
+    if (m_schedule) {
+        const auto twice = std::min(m_failures - 1, 10);
+        m_schedule(outcome == Outcome::taken
+                       ? kUntilUnlocked
+                       : std::min(kLongestWait, kUntilWritable * (1 << twice)));
+    }
+}
+
+FileUserDefaults::Outcome FileUserDefaults::tryToWrite(std::chrono::milliseconds patience) {
     std::error_code ignored;
-    fs::create_directories(m_file.parent_path(), ignored);
-    const base::FileLock lock(beside(m_file, kLockExtension), kPatience);
-    const auto found = readAndChange();
-    if (!found) {
-        return true;
+    const auto folder = m_file.parent_path();
+    if (!fs::exists(folder, ignored)) {
+        fs::create_directories(folder.parent_path(), ignored);
+        ::mkdir(folder.c_str(), S_IRWXU);
     }
-    if (found->kind == Found::Kind::unreadable ||
-        (found->kind == Found::Kind::damaged &&
-         base::replaceFile(beside(m_file, kDamagedExtension), found->contents))) {
-        return false;
+    const base::FileLock lock(beside(m_file, kLockExtension), patience);
+    auto found = read();
+    settleChanges(found);
+    const auto outcome = m_unwritten.empty()                            ? Outcome::written
+                         : lock.state() == base::FileLock::State::taken ? Outcome::taken
+                                                                        : replace(found);
+    if (outcome != Outcome::written) {
+        m_failedOn = std::make_unique<Found>(std::move(found));
+    }
+    return outcome;
+}
+
+FileUserDefaults::Outcome FileUserDefaults::replace(const Found& found) {
+    if (found.kind == Found::Kind::unreadable ||
+        (found.kind == Found::Kind::damaged && !keepDamaged(found.contents))) {
+        return Outcome::failed;
     }
     rapidjson::StringBuffer buffer;
     rapidjson::PrettyWriter writer(buffer);
     m_settings->json.Accept(writer);
     buffer.Put('\n');
-    return !base::replaceFile(m_file, {buffer.GetString(), buffer.GetSize()});
+    if (base::replaceFile(m_file, {buffer.GetString(), buffer.GetSize()})) {
+        return Outcome::failed;
+    }
+    m_held = std::make_unique<Settings>(*m_settings);
+    return Outcome::written;
+}
+
+/// Under a name of its own: an earlier one may hold what the user still misses.
+bool FileUserDefaults::keepDamaged(const std::string& contents) {
+    if (contents == m_keptDamaged) {
+        return true;
+    }
+    auto moment = base::isoText(base::SystemClock().now());
+    std::replace(moment.begin(), moment.end(), ':', '-');
+    const auto kept = beside(m_file, kDamagedExtension + ("-" + moment));
+    if (base::replaceFile(kept, contents)) {
+        return false;
+    }
+    m_keptDamaged = contents;
+    if (m_log) {
+        base::Logger(*m_log, kLogCategory)
+            .warning("The settings file is damaged; what it held is kept in " + kept.string());
+    }
+    return true;
+}
+
+void FileUserDefaults::setKept(bool isKept) {
+    if (isKept == m_isKept) {
+        return;
+    }
+    m_isKept = isKept;
+    m_failures = isKept ? 0 : m_failures;
+    if (!isKept && m_log) {
+        base::Logger(*m_log, kLogCategory)
+            .warning("Settings cannot be written to " + m_file.string() +
+                     "; what is set holds until the program ends");
+    }
+    m_keptChanged.emit();
 }
 
 } // namespace korvex::app

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "app/UserDefaults.h"
+#include "base/Log.h"
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace korvex::app {
@@ -16,9 +19,14 @@ namespace korvex::app {
 /// What changes nothing is not written. A file that is missing or no JSON object reads as no
 /// settings, and as those that were known when it becomes so while the program runs; a damaged one
 /// is kept under another name by the next set, and one that cannot be read is left alone.
+///
+/// What cannot be written holds here, and is tried again: with the next change, when the file has
+/// become another, by the timer of a SettingsWriter, and at the end. Where the key holds something
+/// else by then, another program has set it since, and that holds.
 class FileUserDefaults final : public UserDefaults {
 public:
-    explicit FileUserDefaults(std::filesystem::path file);
+    /// The log, if there is one, outlives it.
+    explicit FileUserDefaults(std::filesystem::path file, base::LogSink* log = nullptr);
     ~FileUserDefaults() override;
 
     /// The user's settings file: `$XDG_CONFIG_HOME/korvex/settings.json`, else
@@ -37,31 +45,70 @@ public:
     void setBoolean(std::string_view key, bool value) override;
     void setBytes(std::string_view key, const base::Bytes& value) override;
     void remove(std::string_view key) override;
+    void replaceString(std::string_view key, const std::optional<std::string>& expected,
+                       const std::optional<std::string>& wanted) override;
 
     std::string settle(std::string_view key,
                        const std::function<bool(std::string_view)>& isAcceptable,
                        std::string_view otherwise) override;
     void refresh() override;
+    std::unique_ptr<UserDefaults> forAnotherThread() const override;
+    void mayWait(std::string_view key) override;
+    bool isKept() const override { return m_isKept; }
+    base::Signal<>& keptChanged() override { return m_keptChanged; }
+
+    /// Called with the time after which `writeLeft` is to be called, in place of what was asked for
+    /// before; null for nobody, and then nothing waits. What is left then is written at once.
+    using Schedule = std::function<void(std::chrono::duration<double>)>;
+    void setSchedule(Schedule schedule);
+    /// Writes what the file lacks.
+    void writeLeft();
 
 private:
-    /// The file's JSON object.
+    /// A JSON object.
     struct Settings;
-    using Change = std::function<void(Settings&)>;
+    /// A member's JSON text; absent where there is no such member.
+    using Value = std::optional<std::string>;
+    struct Change {
+        Value wanted;
+        /// What the file held when it was made.
+        Value before;
+        /// Whatever the file holds when it is first written: this is the last word.
+        bool isNew = false;
+    };
     /// What stands in the file's place.
     struct Found;
+    enum class Outcome { written, taken, failed };
 
     Found read();
-    void change(std::string_view key, Change change);
-    /// Whether the file holds all changes now.
-    bool write();
-    /// Reads the file and makes the changes that it lacks; it lacks none where that changes
-    /// nothing.
-    std::optional<Found> readAndChange();
+    /// Forgets the changes that the file has, and those that it has other values for; the rest is
+    /// what holds.
+    void settleChanges(const Found& found);
+    void showChanges();
+    void change(std::string_view key, Value wanted);
+    void write(std::chrono::milliseconds patience);
+    Outcome tryToWrite(std::chrono::milliseconds patience);
+    Outcome replace(const Found& found);
+    bool keepDamaged(const std::string& contents);
+    void setKept(bool isKept);
 
     std::filesystem::path m_file;
+    base::LogSink* m_log;
+    /// What the file held when it could last be read.
+    std::unique_ptr<Settings> m_held;
+    /// That with the changes.
     std::unique_ptr<Settings> m_settings;
-    /// By key, what is not in the file: it holds here, and is tried again with the next change.
+    /// By key, what the file does not have.
     std::map<std::string, Change, std::less<>> m_unwritten;
+    std::set<std::string, std::less<>> m_mayWait;
+    Schedule m_schedule;
+    /// How often in a row it could not be written, and what stood in the file's place then.
+    int m_failures = 0;
+    std::unique_ptr<Found> m_failedOn;
+    /// The contents that were kept as damaged last.
+    std::string m_keptDamaged;
+    bool m_isKept = true;
+    base::Signal<> m_keptChanged;
 };
 
 } // namespace korvex::app

@@ -2,16 +2,18 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "base/Bytes.h"
+#include "base/Signal.h"
 
 namespace korvex::app {
 
-/// The user's settings, by key. Main thread. Writes are kept at once; a setting that cannot be
-/// written holds until the program ends, and is never an error.
+/// The user's settings, by key. Main thread. What is set holds at once and is kept; where it cannot
+/// be, it holds until the program ends or another one sets the same, and is never an error.
 class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
@@ -32,6 +34,11 @@ public:
     virtual void setBytes(std::string_view key, const base::Bytes& value) = 0;
     virtual void remove(std::string_view key) = 0;
 
+    /// Gives the key what is wanted, or takes it away, if it holds what is expected: a string, or
+    /// nothing that is one. Whether it does is found out when nobody else can set it.
+    virtual void replaceString(std::string_view key, const std::optional<std::string>& expected,
+                               const std::optional<std::string>& wanted) = 0;
+
     /// The string that the key holds if it is an acceptable one, else `otherwise`, which it holds
     /// from then on. Of several programs that ask at once all get the same.
     virtual std::string settle(std::string_view key,
@@ -40,6 +47,16 @@ public:
 
     /// Takes in what other programs have set since.
     virtual void refresh() = 0;
+
+    /// The same settings for another thread, which knows of them what is kept.
+    virtual std::unique_ptr<UserDefaults> forAnotherThread() const = 0;
+
+    /// The key changes with many a step of the user: what it is given may be kept a moment later.
+    virtual void mayWait(std::string_view key) = 0;
+    /// False while something that was set cannot be kept.
+    virtual bool isKept() const = 0;
+    /// Emitted when that is different.
+    virtual base::Signal<>& keptChanged() = 0;
 };
 
 } // namespace korvex::app

@@ -1,5 +1,6 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
+#include "app/SettingsWriter.h"
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
 #include "base/Clock.h"
@@ -12,6 +13,7 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
+#include "storage/BackgroundThreads.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
@@ -25,6 +27,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstdlib>
 
 #ifdef KORVEX_GALLERY
 #include "ui/gallery/Gallery.h"
@@ -36,6 +39,7 @@ namespace {
 
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
+constexpr std::chrono::seconds kLongestEnd{2};
 
 enum class AfterError { quit, tryAgain };
 
@@ -53,9 +57,8 @@ AfterError showStoreError(const QString& message, const std::filesystem::path& f
     return next;
 }
 
-} // namespace
-
-int main(int argc, char* argv[]) {
+/// Until the user ends it; the exit status.
+int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& threads) {
     const desktop::StartupTrace trace;
     desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
@@ -64,9 +67,7 @@ int main(int argc, char* argv[]) {
     if (arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-    base::StandardErrorLog standardError(base::LogLevel::warning);
-    platform::systemd::JournalLog log(standardError);
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
     app::AppPreferences preferences(defaults, log);
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
     using When = desktop::StoreOpening::When;
@@ -104,15 +105,18 @@ int main(int argc, char* argv[]) {
     }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
+    const app::SettingsWriter writer(defaults, runLoop);
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
+                                    .isUsersOwn = app::isUsersOwn(directory),
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,
                                     .runLoop = runLoop,
+                                    .threads = threads,
                                     .log = log,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
@@ -146,6 +150,9 @@ int main(int argc, char* argv[]) {
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
+    QObject::connect(
+        &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
+        Qt::DirectConnection);
     platform::qt::TerminationWatcher termination;
     const auto ending = termination.requested().connect([&] {
         window.storeAll();
@@ -158,10 +165,25 @@ int main(int argc, char* argv[]) {
     window.showNotices(notices);
     window.show();
     const auto status = QApplication::exec();
+    instance.close();
     // What a long day left in the journal moves into the store file; where that fails the journal
     // keeps it.
     if (const auto refused = ui::refusal([&] { container.checkpoint(); })) {
         log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    storage::BackgroundThreads threads;
+    const auto status = run(argc, argv, log, threads);
+    if (!threads.waitUntilEnded(kLongestEnd)) {
+        // One waits for a folder that does not answer, and uses the log when that does.
+        std::_Exit(status);
     }
     return status;
 }

@@ -106,6 +106,11 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
     return false;
 }
 
+void TodoScheduleEditor::setDefaultReminderMinutes(int minutes) {
+    m_settings.defaultReminderMinutes = minutes;
+    updatePresetReminder();
+}
+
 bool TodoScheduleEditor::isToday(base::Instant moment, base::Instant now) const {
     return m_formats.calendar().day(moment) == m_formats.calendar().day(now);
 }

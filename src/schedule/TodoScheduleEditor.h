@@ -82,6 +82,9 @@ public:
     /// What the todo has now; in such a refusal "%1" stands for it.
     const model::TodoSchedule& stored() const { return m_stored; }
 
+    /// The setting of this name is another: the reminder follows it where its preset was chosen
+    /// here.
+    void setDefaultReminderMinutes(int minutes);
     /// Moves the reminder to its preset, if one is chosen and there is something due.
     void updatePresetReminder();
     /// In English, to be translated; "%1" in it stands for the time where there is one.

@@ -195,7 +195,12 @@ TEST(AppPreferences, MalformedBoardsAreRemovedAndReplacedBoardsFollowed) {
         (preferences.*each.set)(from);
         preferences.remapBoard(to, base::Uuid::random());
         EXPECT_EQ(file.open().string(key), from.text());
+        const auto theirs = base::Uuid::random();
+        auto others = file.open();
+        (AppPreferences(others, log).*each.set)(theirs);
         preferences.remapBoard(from, to);
+        EXPECT_EQ((preferences.*each.get)(), theirs) << key;
+        preferences.remapBoard(theirs, to);
         EXPECT_EQ((preferences.*each.get)(), to) << key;
         EXPECT_EQ(file.open().string(key), to.text());
         (preferences.*each.set)(std::nullopt);
@@ -221,8 +226,15 @@ TEST(AppPreferences, ADefaultBoardThatIsGoneGivesWayToTheInbox) {
         EXPECT_EQ(preferences.defaultBoard(boards), &inbox);
         EXPECT_EQ(file.open().string("defaultBoardID"), inbox.id().text());
     }
+    preferences.setDefaultBoardID(work.id());
     EXPECT_EQ(preferences.defaultBoard({}), nullptr);
-    EXPECT_FALSE(file.open().string("defaultBoardID"));
+    EXPECT_EQ(file.open().string("defaultBoardID"), work.id().text())
+        << "nobody knows that it went";
+
+    preferences.setDefaultBoardID(archived.id());
+    auto others = file.open();
+    AppPreferences(others, log).setDefaultBoardID(work.id());
+    EXPECT_EQ(preferences.defaultBoard(boards), &work) << "they have chosen since";
 }
 
 TEST(AppPreferences, OneInstallationHasOneIdentifier) {

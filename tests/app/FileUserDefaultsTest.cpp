@@ -1,12 +1,18 @@
 #include "app/FileUserDefaults.h"
 
 #include "app/SettingsFile.h"
+#include "app/SettingsWriter.h"
+#include "base/FileLock.h"
+#include "support/FakeRunLoop.h"
+#include "support/RecordingLog.h"
 #include "support/ScopedEnvironment.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <set>
 #include <thread>
+#include <tuple>
 
 namespace korvex::app {
 namespace {
@@ -142,43 +148,144 @@ TEST(FileUserDefaults, WritesOnlyWhatChanges) {
 }
 
 TEST(FileUserDefaults, ReadsADamagedFileAsNoSettings) {
+    const SettingsFile file;
+    tests::RecordingLog log;
+    std::set<std::string> all;
     for (const auto& contents :
          {std::string("{\"fontSize\": 16"), std::string("[1, 2]"), std::string("16"),
           std::string("{\"fontSize\": 16} trailing"), std::string("{\"\xFF\": 1}"),
           std::string(200'000, '['), std::string("\0\0\0", 3)}) {
-        const SettingsFile file(contents);
-        auto defaults = file.open();
+        file.write(contents);
+        all.insert(contents);
+        FileUserDefaults defaults(file.path(), &log);
         EXPECT_FALSE(defaults.integer("fontSize")) << contents.substr(0, 40);
         defaults.setInteger("fontSize", 18);
         EXPECT_EQ(file.open().integer("fontSize"), 18) << contents.substr(0, 40);
-        std::ifstream kept(file.path().string() + ".damaged", std::ios::binary);
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), contents);
+    }
+    std::set<std::string> kept;
+    for (const auto& each : fs::directory_iterator(file.path().parent_path())) {
+        if (each.path().native().find(".damaged-") != std::string::npos) {
+            std::ifstream stream(each.path(), std::ios::binary);
+            kept.insert(std::string(std::istreambuf_iterator<char>(stream), {}));
+        }
+    }
+    EXPECT_EQ(kept, all) << "a later one takes no place of an earlier one";
+    EXPECT_EQ(log.lines().size(), all.size());
+}
+
+TEST(FileUserDefaults, HoldsWhatCannotBeWrittenUntilAnotherProgramSetsTheSame) {
+    const SettingsFile folder;
+    fs::create_directories(folder.path() / "in its place");
+    tests::RecordingLog log;
+    FileUserDefaults defaults(folder.path(), &log);
+    EXPECT_TRUE(defaults.isKept());
+    for (const int size : {18, 20}) {
+        defaults.setInteger("fontSize", size);
+        EXPECT_EQ(defaults.integer("fontSize"), size);
+    }
+    defaults.setInteger("later", 1);
+    defaults.refresh();
+    EXPECT_EQ(defaults.integer("fontSize"), 20);
+    EXPECT_FALSE(defaults.isKept());
+    EXPECT_EQ(log.lines().size(), 1U) << "said once";
+
+    fs::remove_all(folder.path());
+    folder.write(R"({"fontSize": 12, "theirs": 2})");
+    defaults.refresh();
+    EXPECT_EQ(defaults.integer("fontSize"), 12) << "their choice is the newer one";
+    EXPECT_EQ(defaults.integer("theirs"), 2);
+    EXPECT_EQ(folder.open().integer("later"), 1) << "tried again as soon as the file is another";
+    EXPECT_TRUE(defaults.isKept());
+    defaults.setInteger("fontSize", 14);
+    EXPECT_EQ(folder.open().integer("fontSize"), 14);
+}
+
+TEST(FileUserDefaults, WritesNothingWhileSomebodyElseHasTheLock) {
+    const SettingsFile file(R"({"fontSize": 12})");
+    tests::FakeRunLoop loop;
+    auto defaults = file.open();
+    {
+        const SettingsWriter writer(defaults, loop);
+        {
+            const base::FileLock theirs(file.path().string() + ".lock", std::chrono::seconds(1));
+            ASSERT_EQ(theirs.state(), base::FileLock::State::held);
+            defaults.setInteger("fontSize", 18);
+            defaults.setString("appearance", "dark");
+            loop.advance(0.5);
+            EXPECT_EQ(file.contents(), R"({"fontSize": 12})");
+            EXPECT_EQ(defaults.integer("fontSize"), 18);
+            EXPECT_TRUE(defaults.isKept()) << "it will be, in a moment";
+            loop.advance(5);
+            EXPECT_FALSE(defaults.isKept()) << "somebody hangs";
+            file.write(R"({"fontSize": 13})");
+        }
+        loop.advance(0.2);
+        EXPECT_TRUE(defaults.isKept());
+        EXPECT_EQ(file.open().integer("fontSize"), 13) << "what they wrote is newer";
+        EXPECT_EQ(file.open().string("appearance"), "dark");
+        EXPECT_EQ(defaults.integer("fontSize"), 13);
+        EXPECT_TRUE(loop.delays().empty());
     }
 }
 
-TEST(FileUserDefaults, HoldsWhatCannotBeWritten) {
-    const SettingsFile file("in the way");
-    FileUserDefaults defaults(file.path() / "settings.json");
-    defaults.setInteger("fontSize", 18);
-    EXPECT_EQ(defaults.integer("fontSize"), 18);
-    defaults.setInteger("fontSize", 20);
-    EXPECT_EQ(defaults.integer("fontSize"), 20);
-    EXPECT_EQ(file.contents(), "in the way");
+TEST(FileUserDefaults, WritesWhatMayWaitAfterAPauseWithOthersAndAtTheEnd) {
+    const SettingsFile file("{}");
+    tests::FakeRunLoop loop;
+    auto defaults = file.open();
+    defaults.mayWait("place");
+    defaults.setInteger("place", 1);
+    EXPECT_EQ(file.open().integer("place"), 1) << "nobody would write it later";
+    {
+        const SettingsWriter writer(defaults, loop);
+        for (const int place : {2, 3, 4}) {
+            defaults.setInteger("place", place);
+            EXPECT_EQ(defaults.integer("place"), place);
+            loop.advance(0.9);
+            defaults.refresh();
+        }
+        EXPECT_EQ(file.open().integer("place"), 1);
+        loop.advance(0.2);
+        EXPECT_EQ(file.open().integer("place"), 4);
+        defaults.setInteger("place", 5);
+        defaults.setInteger("fontSize", 16);
+        EXPECT_EQ(file.open().integer("place"), 5) << "with what must not wait";
+        defaults.setInteger("place", 6);
+    }
+    EXPECT_EQ(file.open().integer("place"), 6);
+}
 
-    const SettingsFile folder;
-    fs::create_directories(folder.path() / "in its place");
-    auto others = folder.open();
-    others.setInteger("fontSize", 18);
-    others.setInteger("later", 1);
-    others.refresh();
-    EXPECT_EQ(others.integer("fontSize"), 18);
-    fs::remove_all(folder.path());
-    folder.write(R"({"fontSize": 12, "theirs": 2})");
-    others.refresh();
-    EXPECT_EQ(others.integer("fontSize"), 18);
-    EXPECT_EQ(others.integer("theirs"), 2);
-    others.setInteger("later", 3);
-    EXPECT_EQ(folder.open().integer("fontSize"), 18) << "written with the next that can be";
+TEST(FileUserDefaults, ReplacesOnlyWhatItExpects) {
+    using Text = std::optional<std::string>;
+    for (const auto& [held, expected, wanted, isReplaced] :
+         std::initializer_list<std::tuple<std::string, Text, Text, bool>>{
+             {R"("a")", "a", "b", true},
+             {R"("a")", "b", "c", false},
+             {R"("a")", "a", std::nullopt, true},
+             {R"("a")", std::nullopt, "b", false},
+             {"7", std::nullopt, "b", true}}) {
+        const SettingsFile file(R"({"key": "what it read first"})");
+        auto defaults = file.open();
+        file.write("{\"key\": " + held + "}");
+        defaults.replaceString("key", expected, wanted);
+        EXPECT_EQ(file.open().string("key"), isReplaced ? wanted : Text("a")) << held;
+    }
+}
+
+TEST(FileUserDefaults, TellsAWholeNumberFromOthers) {
+    const SettingsFile file(R"({"fontSize": 16.0})");
+    auto defaults = file.open();
+    EXPECT_FALSE(defaults.integer("fontSize"));
+    defaults.setInteger("fontSize", 16);
+    EXPECT_EQ(file.open().integer("fontSize"), 16);
+    file.write("{\"large\": \"" + std::string(1024 * 1024, 'a') + "\"}");
+    EXPECT_FALSE(file.open().string("large")) << "no settings are as large";
+}
+
+TEST(FileUserDefaults, MakesItsFolderForTheUserAlone) {
+    const tests::TemporaryFolder folder;
+    FileUserDefaults defaults(folder / "config" / "korvex" / "settings.json");
+    defaults.setInteger("fontSize", 18);
+    EXPECT_EQ(fs::status(folder / "config" / "korvex").permissions(), fs::perms::owner_all);
 }
 
 TEST(FileUserDefaults, LiesInTheUsersConfiguration) {

@@ -16,6 +16,9 @@ struct CommandDefinition {
     std::shared_ptr<Options> options;
 };
 
+/// Of a command without arguments.
+struct NoOptions {};
+
 /// Adds a command whose arguments become an `Options` and are carried out by `run`.
 template <typename Options>
 CommandDefinition<Options> addCommand(CLI::App& parent, const std::string& name,

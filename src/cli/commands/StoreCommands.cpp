@@ -16,8 +16,6 @@ namespace korvex::cli {
 
 namespace {
 
-struct NoOptions {};
-
 ExitStatus path(Session& session, const NoOptions&) {
     const auto file = session.storeFile().string();
     if (session.wantsJson()) {

@@ -113,23 +113,31 @@ std::vector<model::Entry*> fetch(Session& session, store::Condition condition) {
     return session.context().fetch<model::Entry>({.condition = std::move(condition)});
 }
 
+/// Each with its entries behind what `describe` writes of it.
+template <typename Groups, typename Describe>
+void writeGroups(Session& session, const Groups& groups, Describe describe) {
+    DueLabels labels(session);
+    Json json(session.output());
+    json.beginArray();
+    for (const auto& group : groups) {
+        json.beginObject();
+        describe(json, group);
+        json.key("entries");
+        json.entries(group.entries, labels);
+        json.endObject();
+    }
+    json.endArray();
+}
+
 ExitStatus upcoming(Session& session, const UpcomingOptions&) {
     using schedule::UpcomingGroup;
     const auto groups = UpcomingGroup::groups(fetch(session, UpcomingGroup::condition()),
                                               session.now(), session.calendar().timeZone());
     if (session.wantsJson()) {
-        DueLabels labels(session);
-        Json json(session.output());
-        json.beginArray();
-        for (const auto& group : groups) {
-            json.beginObject();
+        writeGroups(session, groups, [](Json& json, const UpcomingGroup& group) {
             json.member("section", schedule::name(group.section));
             json.member("title", schedule::title(group.section));
-            json.key("entries");
-            json.entries(group.entries, labels);
-            json.endObject();
-        }
-        json.endArray();
+        });
         return ExitStatus::done;
     }
     std::vector<TitledEntries> titled;
@@ -154,17 +162,9 @@ ExitStatus completed(Session& session, const CompletedOptions& options) {
                                     session.now(), calendar, texts);
     const auto groups = CompletedTodoGroup::groups(todos, calendar);
     if (session.wantsJson()) {
-        DueLabels labels(session);
-        Json json(session.output());
-        json.beginArray();
-        for (const auto& group : groups) {
-            json.beginObject();
+        writeGroups(session, groups, [](Json& json, const CompletedTodoGroup& group) {
             json.member("date", std::string_view(base::isoText(group.date)));
-            json.key("entries");
-            json.entries(group.entries, labels);
-            json.endObject();
-        }
-        json.endArray();
+        });
         return ExitStatus::done;
     }
     std::vector<TitledEntries> titled;

@@ -49,7 +49,7 @@ const base::Calendar& Session::calendar() {
 
 app::AppPreferences& Session::preferences() {
     if (!m_preferences) {
-        m_defaults.emplace(app::FileUserDefaults::defaultFile());
+        m_defaults.emplace(app::FileUserDefaults::defaultFile(), &m_environment.log);
         m_preferences.emplace(*m_defaults, m_environment.log);
     }
     return *m_preferences;

@@ -1,5 +1,8 @@
 #include "platform/qt/FileWatcher.h"
 
+#include <QFile>
+#include <QFileInfo>
+
 namespace korvex::platform::qt {
 
 namespace {
@@ -12,7 +15,7 @@ constexpr auto kCoalescing = 50ms;
 } // namespace
 
 FileWatcher::FileWatcher(const std::filesystem::path& file)
-    : m_file(QString::fromStdString(file.string())) {
+    : m_file(QFile::decodeName(file.c_str())) {
     m_announcement.setSingleShot(true);
     m_announcement.setInterval(kCoalescing);
     connect(&m_announcement, &QTimer::timeout, this, [this] {
@@ -26,7 +29,6 @@ FileWatcher::FileWatcher(const std::filesystem::path& file)
     };
     connect(&m_files, &QFileSystemWatcher::fileChanged, this, announceSoon);
     connect(&m_files, &QFileSystemWatcher::directoryChanged, this, announceSoon);
-    m_files.addPath(QString::fromStdString(file.parent_path().string()));
     watch();
 }
 
@@ -35,6 +37,17 @@ void FileWatcher::watch() {
     // written in place, nor of what a symbolic link leads to.
     if (m_files.files().isEmpty()) {
         m_files.addPath(m_file);
+    }
+    // Nor is a folder that was removed: until it is made anew, its nearest one above tells of that.
+    auto folder = QFileInfo(m_file).path();
+    while (!QFileInfo::exists(folder) && !QFileInfo(folder).isRoot()) {
+        folder = QFileInfo(folder).path();
+    }
+    if (const auto watched = m_files.directories(); watched != QStringList(folder)) {
+        if (!watched.isEmpty()) {
+            m_files.removePaths(watched);
+        }
+        m_files.addPath(folder);
     }
 }
 

@@ -11,8 +11,8 @@
 namespace korvex::platform::qt {
 
 /// Notices that a small file may have been written, made, replaced or removed, whoever did. What it
-/// says is a hint: who gets it reads the file again. Where the file's folder is not there it never
-/// says anything. Main thread.
+/// says is a hint: who gets it reads the file again. The file's folder may be missing, and come and
+/// go. Main thread.
 class FileWatcher final : public QObject {
     Q_OBJECT
 

@@ -9,12 +9,12 @@
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/kit/controls/MenuItems.h"
 #include "ui/kit/words/Refusal.h"
+#include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
@@ -31,10 +31,6 @@ using model::AttachmentErrorCase;
 namespace {
 
 constexpr const char* kDomain = "Korvex.AttachmentActions";
-
-std::filesystem::path toPath(const QString& file) {
-    return QFile::encodeName(file).toStdString();
-}
 
 base::Error failure(const QString& message) {
     return {kDomain, 0, toUtf8(message)};
@@ -83,7 +79,7 @@ auto AttachmentActions::later(const model::Entry& entry, Action&& action) {
 void AttachmentActions::open(const model::Entry& entry, const base::Uuid& id) {
     perform([&] {
         const auto file = temporaryCopy(entry.id(), id);
-        const auto name = QFile::decodeName(file.c_str());
+        const auto name = toFileName(file);
         if (!QDesktopServices::openUrl(QUrl::fromLocalFile(name))) {
             throw failure(
                 tr("No program was found that opens “%1”.").arg(QFileInfo(name).fileName()));

@@ -3,7 +3,6 @@
 #include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QUrl>
 
 #include <algorithm>
@@ -66,8 +65,7 @@ QVariant AttachmentMimeData::retrieveData(const QString& type, QMetaType metaTyp
     }
     if (!m_url) {
         const auto file = m_makeFile();
-        m_url = file.empty() ? QByteArray()
-                             : QUrl::fromLocalFile(QFile::decodeName(file.c_str())).toEncoded();
+        m_url = file.empty() ? QByteArray() : QUrl::fromLocalFile(toFileName(file)).toEncoded();
     }
     if (m_url->isEmpty()) {
         return {};

@@ -41,11 +41,7 @@ BoardPage::BoardPage(const Workspace& workspace, const Theme& theme, QWidget* pa
                  .undo = workspace.undo,
                  .folding = workspace.folding,
                  .runLoop = workspace.runLoop,
-                 .todos = {.context = workspace.context,
-                           .entries = workspace.entries,
-                           .preferences = workspace.preferences,
-                           .dates = workspace.dates,
-                           .clock = workspace.clock}},
+                 .todos = todoServices(workspace)},
                 theme),
       m_menu(parts(), m_actions),
       m_pasting(*this, m_model, *m_list, workspace.entries, workspace.clock) {

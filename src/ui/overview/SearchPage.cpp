@@ -14,13 +14,7 @@ SearchPage::SearchPage(const Workspace& workspace, const Theme& theme, QWidget* 
       m_model(workspace.search, workspace.folding, workspace.scheduleClock, workspace.dates),
       m_header(new PageHeader(tr("Search"), theme)),
       m_list(new SearchListView(m_model, theme)),
-      m_actions(*this,
-                {.context = workspace.context,
-                 .entries = workspace.entries,
-                 .preferences = workspace.preferences,
-                 .dates = workspace.dates,
-                 .clock = workspace.clock},
-                workspace.undo, theme) {
+      m_actions(*this, todoServices(workspace), workspace.undo, theme) {
     layOut({m_header}, *m_list);
     connect(m_list->selectionModel(), &QItemSelectionModel::currentChanged, this,
             [this](const QModelIndex& index) {

@@ -15,9 +15,10 @@ class AppearancePane final : public SettingsPane {
 public:
     AppearancePane(app::AppPreferences& preferences, const Theme& theme);
 
-private:
-    void follow();
+protected:
+    void follow() override;
 
+private:
     app::AppPreferences& m_preferences;
     SegmentedChoice* m_appearance;
     QComboBox* m_size;

@@ -32,10 +32,7 @@ std::vector<storage::ListedBackup> listed(const std::filesystem::path& file) {
 
 BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
                                const Workspace& workspace, const Theme& theme, QObject* parent)
-    : QObject(parent),
-      m_operations(operations),
-      m_workspace(workspace),
-      m_kept(workspace.runLoop, workspace.log, this) {
+    : QObject(parent), m_operations(operations), m_workspace(workspace), m_kept(workspace, this) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);
@@ -60,9 +57,6 @@ void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
     m_work = new WorkRow(theme, &group);
     group.add(m_work);
     m_answer = &group.addRow({});
-    for (auto* const button : {m_export, m_import, m_takeBack}) {
-        button->setAutoDefault(true);
-    }
     connect(m_export, &QPushButton::clicked, this, &BackupFileRows::chooseExport);
     connect(m_import, &QPushButton::clicked, this, &BackupFileRows::chooseImport);
     connect(m_takeBack, &QPushButton::clicked, this, &BackupFileRows::takeBack);
@@ -74,6 +68,7 @@ void BackupFileRows::connectOperations(const Theme& theme) {
     connect(&m_operations, &BackupOperations::replaced, this, &BackupFileRows::readKept);
     connect(&m_operations, &BackupOperations::asked, this,
             [this, &theme](const QString& question, const QString& action) {
+                follow(); // the question gives the keyboard back to where it found it
                 auto* const sheet =
                     new ConfirmationSheet(question, action, theme, m_export->window());
                 connect(sheet, &ConfirmationSheet::confirmed, &m_operations,
@@ -114,21 +109,22 @@ void BackupFileRows::readKept() {
 
 void BackupFileRows::follow() {
     const auto isFree = !m_operations.isUnderWay();
-    m_export->setEnabled(isFree);
-    m_import->setEnabled(isFree &&
-                         !storage::BackupService::isCloudBacked(m_workspace.context.container()));
-    m_takeBack->setEnabled(m_import->isEnabled() && !m_kept.items().empty() &&
-                           m_kept.items().front().summary);
-    if (isFree) {
-        m_work->hide();
-    } else {
+    if (!isFree) {
         m_work->show(m_operations.doing(), m_operations.progress());
     }
+    m_work->setFree(*m_export, isFree);
+    m_work->setFree(*m_import, isFree && !storage::BackupService::isCloudBacked(
+                                             m_workspace.context.container()));
+    m_work->setFree(*m_takeBack, m_import->isEnabled() && !m_kept.items().empty() &&
+                                     m_kept.items().front().summary);
+    if (isFree) {
+        m_work->end();
+    }
     const auto& answer = m_operations.answer();
-    m_answer->setName(answer.done);
-    m_answer->setRefusal(answer.refusal);
     const auto isAnswered = !answer.done.isEmpty() || !answer.refusal.isEmpty();
-    m_answer->setVisible(isAnswered);
+    m_answer->setVisible(isAnswered); // what is not in sight is not read out
+    m_answer->setAnswer(answer.done);
+    m_answer->setRefusal(answer.refusal);
     QWidget* const now = !isFree ? static_cast<QWidget*>(m_work) : isAnswered ? m_answer : nullptr;
     if (std::exchange(m_told, now) != now && now) {
         Q_EMIT told(now);

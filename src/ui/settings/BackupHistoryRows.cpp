@@ -19,7 +19,7 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
       m_operations(operations),
       m_workspace(workspace),
       m_theme(theme),
-      m_reader(workspace.runLoop, workspace.log, this) {
+      m_reader(workspace, this) {
     connect(&m_reader, &BackupReader::listed, this, &BackupHistoryRows::showAll);
     connect(&m_reader, &BackupReader::changed, this, &BackupHistoryRows::follow);
     connect(&operations, &BackupOperations::changed, this, &BackupHistoryRows::follow);
@@ -33,6 +33,9 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
 
 void BackupHistoryRows::read() {
     const auto& preferences = m_workspace.preferences;
+    if (m_workspace.automaticBackups.obstacle()) {
+        return; // those in the chosen folder are another store's
+    }
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
                    installation = preferences.automaticBackupID()] {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
@@ -62,7 +65,6 @@ void BackupHistoryRows::addRow(std::size_t index) {
     auto* const restore = new QPushButton(tr("Restore…"));
     auto& row = m_group.addRow(name, settingsButtons(name, {check, restore}, m_theme));
     for (auto* const button : {check, restore}) {
-        button->setAutoDefault(true);
         button->setAccessibleDescription(name);
     }
     connect(check, &QPushButton::clicked, this, [this, index] { m_reader.check(index); });

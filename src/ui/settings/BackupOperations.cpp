@@ -1,7 +1,7 @@
 #include "ui/settings/BackupOperations.h"
 
+#include "storage/ErrorsOnly.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/settings/ErrorsOnly.h"
 
 #include <utility>
 
@@ -39,8 +39,9 @@ void BackupOperations::start(Words words, Function work, Done done) {
     m_progress = {};
     m_answer = {};
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_workspace.runLoop,
-        [work = withErrorsOnly(std::move(work))](Work& mine) mutable -> std::optional<Result> {
+        m_workspace.threads, m_workspace.runLoop,
+        [work = storage::withErrorsOnly(std::move(work))](
+            Work& mine) mutable -> std::optional<Result> {
             try {
                 return work(mine);
             } catch (const storage::Cancelled&) {
@@ -154,7 +155,7 @@ void BackupOperations::giveUp() {
     if (m_prepare) {
         // To let go of a large backup takes long as well.
         m_letGo = std::make_unique<storage::BackgroundTask>(
-            m_workspace.runLoop,
+            m_workspace.threads, m_workspace.runLoop,
             [given = std::exchange(m_prepare, nullptr)](Work&) mutable { given = nullptr; },
             [this](const std::future<void>&) { m_letGo.reset(); });
     }

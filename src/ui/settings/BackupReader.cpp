@@ -1,7 +1,7 @@
 #include "ui/settings/BackupReader.h"
 
+#include "storage/ErrorsOnly.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/settings/ErrorsOnly.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,8 +19,8 @@ bool isSame(const ListedBackup& left, const ListedBackup& right) {
 
 } // namespace
 
-BackupReader::BackupReader(base::RunLoop& runLoop, base::LogSink& log, QObject* parent)
-    : QObject(parent), m_runLoop(runLoop), m_log(log) {}
+BackupReader::BackupReader(const Workspace& workspace, QObject* parent)
+    : QObject(parent), m_workspace(workspace) {}
 
 void BackupReader::read(List list) {
     m_list = std::move(list);
@@ -53,8 +53,9 @@ void BackupReader::goOn() {
 
 void BackupReader::startListing() {
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_runLoop,
-        withErrorsOnly([list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
+        m_workspace.threads, m_workspace.runLoop,
+        storage::withErrorsOnly(
+            [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
         [this](std::future<std::vector<ListedBackup>> outcome) {
             m_task.reset();
             std::vector<ListedBackup> files;
@@ -88,7 +89,8 @@ void BackupReader::take(std::vector<ListedBackup> files) {
 void BackupReader::startReading(std::size_t index) {
     const auto file = m_items.at(index).file;
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_runLoop, withErrorsOnly([file, &log = m_log](storage::Work& work) {
+        m_workspace.threads, m_workspace.runLoop,
+        storage::withErrorsOnly([file, &log = m_workspace.log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
         }),
         [this, file](std::future<storage::BackupSummary> outcome) {

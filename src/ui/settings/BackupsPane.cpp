@@ -23,8 +23,7 @@ BackupsPane::BackupsPane(const Workspace& workspace, EditingWindows windows, con
         new BackupHistoryRows(addGroup(tr("History")), m_operations, workspace, theme, this);
 }
 
-void BackupsPane::showEvent(QShowEvent* event) {
-    SettingsPane::showEvent(event);
+void BackupsPane::follow() {
     m_file->readKept();
     m_history->read();
 }

@@ -16,7 +16,7 @@ public:
     BackupsPane(const Workspace& workspace, EditingWindows windows, const Theme& theme);
 
 protected:
-    void showEvent(QShowEvent* event) override;
+    void follow() override;
 
 private:
     BackupOperations m_operations;

@@ -4,7 +4,10 @@
 #include "services/BoardService.h"
 #include "ui/kit/theme/Theme.h"
 
+#include <QColor>
 #include <QComboBox>
+
+#include <vector>
 
 namespace korvex::ui {
 
@@ -13,19 +16,41 @@ class BoardChoice final : public QComboBox {
     Q_OBJECT
 
 public:
+    /// What is said of the Inbox where it stands in for another board.
+    struct Fallback {
+        /// The setting names none.
+        QString unset;
+        /// It names one that is gone or archived.
+        QString gone;
+    };
     /// The service outlives it.
-    BoardChoice(const services::BoardService& boards, const Theme& theme);
+    BoardChoice(const services::BoardService& boards, Fallback fallback, const Theme& theme);
 
-    /// Shows the boards as they are now, and the one that a setting names: the Inbox for none, and
-    /// as the fallback for one that is gone or archived. Throws what the store throws.
+    /// Shows the boards as they are now, and the one that a setting names. Does nothing while the
+    /// list is open: then to be called when it has `closed`. Throws what the store throws.
     void show(const app::AppPreferences::BoardID& chosen);
+
+    void hidePopup() override;
 
 Q_SIGNALS:
     void chosen(const korvex::base::Uuid& board);
+    void closed();
 
 private:
+    struct Row {
+        QString icon;
+        QColor color;
+        QString name;
+        /// Empty for the fallback, which is no board of its own.
+        QString id;
+        bool operator==(const Row&) const = default;
+    };
+    std::vector<Row> wantedRows(const app::AppPreferences::BoardID& chosen) const;
+
     const services::BoardService& m_boards;
+    Fallback m_fallback;
     const Theme& m_theme;
+    std::vector<Row> m_rows;
 };
 
 } // namespace korvex::ui

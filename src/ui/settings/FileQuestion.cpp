@@ -1,7 +1,8 @@
 #include "ui/settings/FileQuestion.h"
 
+#include "ui/kit/words/Text.h"
+
 #include <QCoreApplication>
-#include <QFile>
 #include <QFileDialog>
 #include <QStandardPaths>
 
@@ -23,10 +24,9 @@ QFileDialog* makeDialog(QWidget& asker, const QString& title, FileQuestion::Rece
     auto* const dialog = new QFileDialog(
         asker.window(), title, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
-    QObject::connect(dialog, &QFileDialog::fileSelected, &asker,
-                     [receive = std::move(receive)](const QString& file) {
-                         receive(QFile::encodeName(file).toStdString());
-                     });
+    QObject::connect(
+        dialog, &QFileDialog::fileSelected, &asker,
+        [receive = std::move(receive)](const QString& file) { receive(toPath(file)); });
     return dialog;
 }
 

@@ -4,6 +4,7 @@
 #include "ui/kit/fields/TimeField.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/settings/BoardChoice.h"
+#include "ui/settings/SettingTitles.h"
 
 #include <QComboBox>
 #include <QSignalBlocker>
@@ -13,7 +14,6 @@ namespace korvex::ui {
 namespace {
 
 using Destination = app::AppPreferences::LaunchDestination;
-using Spacing = app::AppPreferences::BoardSpacing;
 
 constexpr int kMinutesOfHour = 60;
 
@@ -26,21 +26,25 @@ GeneralPane::GeneralPane(const Workspace& workspace, const Theme& theme)
     addStart(theme);
     addDefaults(theme);
     m_settings =
-        m_preferences.didChange().connect([this](app::AppPreferences::Property) { follow(); });
-    m_boards = workspace.context.didChange().connect([this](const store::ChangeSet&) { follow(); });
-    connect(&theme, &Theme::changed, this, &GeneralPane::follow);
-    follow();
+        m_preferences.didChange().connect([this](app::AppPreferences::Property) { followSoon(); });
+    m_boards =
+        workspace.context.didChange().connect([this](const store::ChangeSet&) { followSoon(); });
+    m_dates = workspace.dates.didRenew().connect([this] { followSoon(); });
+    connect(&theme, &Theme::changed, this, &GeneralPane::followSoon);
 }
 
 void GeneralPane::addStart(const Theme& theme) {
     auto& group = addGroup(tr("At the start"));
     m_destination = new QComboBox;
-    m_destination->addItems({tr("Last board"), tr("Chosen board"), tr("Upcoming")});
+    m_destination->addItems(titlesOf(destinationTitles()));
     connect(m_destination, &QComboBox::activated, this, [this](int index) {
-        m_preferences.setLaunchDestination(static_cast<Destination>(index));
+        m_preferences.setLaunchDestination(
+            destinationTitles().at(static_cast<std::size_t>(index)).value);
     });
     m_destinationRow = &group.addRow(tr("Open with"), m_destination);
-    m_launchBoard = new BoardChoice(m_workspace.boards, theme);
+    m_launchBoard = new BoardChoice(
+        m_workspace.boards,
+        {.unset = tr("Inbox (none chosen)"), .gone = tr("Inbox (board is gone)")}, theme);
     connect(m_launchBoard, &BoardChoice::chosen, this,
             [this](const base::Uuid& board) { m_preferences.setLaunchBoardID(board); });
     m_launchBoardRow = &group.addRow(tr("Board"), m_launchBoard);
@@ -48,7 +52,12 @@ void GeneralPane::addStart(const Theme& theme) {
 
 void GeneralPane::addDefaults(const Theme& theme) {
     auto& group = addGroup(tr("Boards and todos"));
-    m_defaultBoard = new BoardChoice(m_workspace.boards, theme);
+    const auto fallback = tr("Inbox (fallback)");
+    m_defaultBoard =
+        new BoardChoice(m_workspace.boards, {.unset = fallback, .gone = fallback}, theme);
+    for (auto* const choice : {m_launchBoard, m_defaultBoard}) {
+        connect(choice, &BoardChoice::closed, this, &GeneralPane::followSoon);
+    }
     connect(m_defaultBoard, &BoardChoice::chosen, this,
             [this](const base::Uuid& board) { m_preferences.setDefaultBoardID(board); });
     group.addRow(tr("Default board"), m_defaultBoard);
@@ -61,15 +70,16 @@ void GeneralPane::addDefaults(const Theme& theme) {
     m_reminderRow->setNote(tr("For todos that are due on a day, at no time of it."));
     connect(m_reminder, &TypedField::problemChanged, this,
             [this] { m_reminderRow->setRefusal(m_reminder->problem()); });
-    m_spacing = new SegmentedChoice(tr("Board spacing"), {tr("Compact"), tr("Comfortable")}, theme);
-    connect(m_spacing, &SegmentedChoice::chosenChanged, this,
-            [this](int index) { m_preferences.setBoardSpacing(static_cast<Spacing>(index)); });
+    m_spacing = new SegmentedChoice(tr("Board spacing"), titlesOf(spacingTitles()), theme);
+    connect(m_spacing, &SegmentedChoice::chosenChanged, this, [this](int index) {
+        m_preferences.setBoardSpacing(spacingTitles().at(static_cast<std::size_t>(index)).value);
+    });
     group.addRow(tr("Board spacing"), m_spacing);
 }
 
 void GeneralPane::follow() {
     const auto destination = m_preferences.launchDestination();
-    m_destination->setCurrentIndex(static_cast<int>(destination));
+    m_destination->setCurrentIndex(placeOf(destinationTitles(), destination));
     m_destinationRow->setNote(
         destination == Destination::lastBoard
             ? tr("Opens with the last selected board. If it was deleted, Inbox is used.")
@@ -81,13 +91,14 @@ void GeneralPane::follow() {
         m_launchBoard->show(m_preferences.launchBoardID());
         m_defaultBoard->show(m_preferences.defaultBoardID());
     }));
+    m_reminder->setFormats(m_workspace.dates.shared());
     const auto minutes = m_preferences.defaultReminderMinutes();
     const QTime time(minutes / kMinutesOfHour, minutes % kMinutesOfHour);
     if (time != m_reminder->time()) {
         m_reminder->setTime(time);
     }
     const QSignalBlocker quiet(m_spacing); // nobody has chosen anything
-    m_spacing->choose(static_cast<int>(m_preferences.boardSpacing()));
+    m_spacing->choose(placeOf(spacingTitles(), m_preferences.boardSpacing()));
 }
 
 } // namespace korvex::ui

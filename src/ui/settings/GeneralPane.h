@@ -18,11 +18,12 @@ class GeneralPane final : public SettingsPane {
 public:
     GeneralPane(const Workspace& workspace, const Theme& theme);
 
+protected:
+    void follow() override;
+
 private:
     void addStart(const Theme& theme);
     void addDefaults(const Theme& theme);
-    /// Shows what the settings and the store say now.
-    void follow();
 
     const Workspace& m_workspace;
     app::AppPreferences& m_preferences;
@@ -36,6 +37,7 @@ private:
     SegmentedChoice* m_spacing = nullptr;
     base::Subscription m_settings;
     base::Subscription m_boards;
+    base::Subscription m_dates;
 };
 
 } // namespace korvex::ui

@@ -16,8 +16,6 @@ SettingsLabel::SettingsLabel(Kind kind, const QString& text, const Theme& theme,
     }
     if (kind == Kind::title || kind == Kind::heading) {
         Accessibility::setRole(*this, QAccessible::Heading);
-    } else if (kind == Kind::refusal) {
-        Accessibility::setRole(*this, QAccessible::AlertMessage);
     }
     connect(&theme, &Theme::changed, this, &SettingsLabel::applyTheme);
     applyTheme();
@@ -30,7 +28,12 @@ void SettingsLabel::say(const QString& text) {
     }
     setText(words);
     setVisible(!text.isEmpty());
-    if (m_kind == Kind::refusal) {
+}
+
+void SettingsLabel::announce(const QString& text) {
+    if (breakable(text) != this->text()) {
+        say(text);
+        Accessibility::setRole(*this, QAccessible::AlertMessage);
         Accessibility::say(*this, text);
     }
 }

@@ -20,13 +20,15 @@ public:
         value,
         /// What is to be known of a row.
         note,
-        /// Why something was not done; read out as soon as it is said.
+        /// Why something was not done.
         refusal,
     };
     SettingsLabel(Kind kind, const QString& text, const Theme& theme, QWidget* parent = nullptr);
 
     /// Says it in place of what was said; takes no room while there is nothing to say.
     void say(const QString& text);
+    /// The same, read out at once: what came of something that the user has done.
+    void announce(const QString& text);
 
 private:
     void applyTheme();

@@ -5,6 +5,8 @@
 
 #include <QTimer>
 
+#include <utility>
+
 namespace korvex::ui {
 
 SettingsPane::SettingsPane(const QString& title, const Theme& theme)
@@ -25,6 +27,7 @@ SettingsPane::SettingsPane(const QString& title, const Theme& theme)
 SettingsGroup& SettingsPane::addGroup(const QString& heading, const QString& note) {
     auto* const section = new QVBoxLayout;
     section->setSpacing(m_theme.space(Space::medium));
+    m_sections.push_back(section);
     using Kind = SettingsLabel::Kind;
     for (const auto& [kind, words] : {std::pair(Kind::heading, heading), {Kind::note, note}}) {
         if (!words.isEmpty()) {
@@ -42,10 +45,29 @@ void SettingsPane::bringIntoSight(QWidget& part) {
                        [this, &part] { m_scroll->ensureWidgetVisible(&part, 0, part.height()); });
 }
 
+void SettingsPane::followSoon() {
+    if (isVisible() && !std::exchange(m_willFollow, true)) {
+        QTimer::singleShot(0, this, [this] {
+            m_willFollow = false;
+            if (isVisible()) {
+                follow();
+            }
+        });
+    }
+}
+
+void SettingsPane::showEvent(QShowEvent* event) {
+    follow();
+    QWidget::showEvent(event);
+}
+
 void SettingsPane::applyTheme() {
     const auto side = m_theme.space(Space::wide);
     m_column->setContentsMargins(side, side, side, m_theme.space(Space::vast));
     m_column->setSpacing(side);
+    for (auto* const section : m_sections) {
+        section->setSpacing(m_theme.space(Space::medium));
+    }
 }
 
 } // namespace korvex::ui

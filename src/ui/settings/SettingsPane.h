@@ -5,6 +5,9 @@
 #include <QWidget>
 
 #include <functional>
+#include <vector>
+
+class QVBoxLayout;
 
 namespace korvex::ui {
 
@@ -12,13 +15,19 @@ class ColumnLayout;
 class PanelScroll;
 
 /// One subject of the settings: its title, and under it groups of rows, in a column that scrolls.
-/// What is changed there holds at once, and what is changed elsewhere is shown at once. Main
-/// thread.
+/// What is changed there holds at once, and what is changed elsewhere is shown while the pane is in
+/// sight. Main thread.
 class SettingsPane : public QWidget {
     Q_OBJECT
 
 protected:
     SettingsPane(const QString& title, const Theme& theme);
+
+    /// Shows what it is about as that is now; called whenever the pane comes into sight.
+    virtual void follow() = 0;
+    /// Calls it once, soon, however often this is called before; not while nobody sees the pane.
+    void followSoon();
+    void showEvent(QShowEvent* event) override;
 
     /// Below what is there; the note stands between the heading and the rows. Both may be empty.
     SettingsGroup& addGroup(const QString& heading = {}, const QString& note = {});
@@ -32,6 +41,9 @@ private:
     QWidget* m_content;
     ColumnLayout* m_column;
     PanelScroll* m_scroll;
+    /// Of each group, what stands above its rows and the rows.
+    std::vector<QVBoxLayout*> m_sections;
+    bool m_willFollow = false;
 };
 
 /// What the window of settings knows of a pane before it is looked at.

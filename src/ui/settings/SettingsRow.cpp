@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QComboBox>
+#include <QPushButton>
 
 #include <algorithm>
 
@@ -25,18 +26,32 @@ bool hasWords(const QWidget& control) {
            !control.accessibleName().isEmpty();
 }
 
-/// Wants room for all of its buttons in one line, and makes do with less.
+/// Return presses a button that has the keyboard, as everywhere in the windows.
+void answerToReturn(QWidget* control) {
+    if (auto* const button = qobject_cast<QPushButton*>(control)) {
+        button->setAutoDefault(true);
+    }
+}
+
+/// Buttons side by side. Wants room for all of them in one line, and makes do with less.
 class ButtonLine final : public QWidget {
 public:
-    QSize sizeHint() const override {
-        QSize size(-layout()->spacing(), 0);
-        for (int i = 0; i < layout()->count(); ++i) {
-            const auto button = layout()->itemAt(i)->sizeHint();
-            size = {size.width() + layout()->spacing() + button.width(),
-                    std::max(size.height(), button.height())};
+    ButtonLine(std::initializer_list<QWidget*> buttons, const Theme& theme)
+        : m_theme(theme), m_flow(new FlowLayout(this)) {
+        m_flow->setContentsMargins(0, 0, 0, 0);
+        for (auto* const button : buttons) {
+            answerToReturn(button);
+            m_flow->addWidget(button);
         }
-        return size;
+        connect(&theme, &Theme::changed, this, &ButtonLine::applyTheme);
+        applyTheme();
     }
+
+private:
+    void applyTheme() { m_flow->setSpacing(m_theme.space(Space::medium)); }
+
+    const Theme& m_theme;
+    FlowLayout* m_flow;
 };
 
 } // namespace
@@ -49,6 +64,7 @@ SettingsRow::SettingsRow(const QString& name, QWidget* control, const Theme& the
       m_note(new SettingsLabel(SettingsLabel::Kind::note, {}, theme, this)),
       m_refusal(new SettingsLabel(SettingsLabel::Kind::refusal, {}, theme, this)),
       m_lines(new QVBoxLayout(this)) {
+    answerToReturn(control);
     if (control) {
         m_words = new WordsAndButton(*m_name, *control);
         m_lines->addLayout(m_words);
@@ -69,15 +85,25 @@ void SettingsRow::setName(const QString& name) {
     m_name->say(name);
 }
 
+void SettingsRow::setAnswer(const QString& answer) {
+    m_name->announce(answer);
+}
+
 void SettingsRow::setNote(const QString& note) {
     m_note->say(note);
-    if (m_control) {
-        m_control->setAccessibleDescription(note);
-    }
+    describe();
 }
 
 void SettingsRow::setRefusal(const QString& refusal) {
-    m_refusal->say(refusal);
+    m_refusal->announce(refusal);
+    describe();
+}
+
+void SettingsRow::describe() {
+    if (m_control) {
+        const QStringList said{m_refusal->text(), m_note->text()};
+        m_control->setAccessibleDescription(said.join(QLatin1Char('\n')).trimmed());
+    }
 }
 
 void SettingsRow::addBelow(QWidget* widget) {
@@ -108,15 +134,9 @@ SettingsLabel* settingsValue(const Theme& theme) {
 
 QWidget* settingsButtons(const QString& name, std::initializer_list<QWidget*> buttons,
                          const Theme& theme) {
-    auto* const line = new ButtonLine;
+    auto* const line = new ButtonLine(buttons, theme);
     line->setAccessibleName(name);
     Accessibility::setRole(*line, QAccessible::Grouping);
-    auto* const flow = new FlowLayout(line);
-    flow->setContentsMargins(0, 0, 0, 0);
-    flow->setSpacing(theme.space(Space::medium));
-    for (auto* const button : buttons) {
-        flow->addWidget(button);
-    }
     return line;
 }
 

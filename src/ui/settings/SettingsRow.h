@@ -23,6 +23,8 @@ public:
                 QWidget* parent = nullptr);
 
     void setName(const QString& name);
+    /// What came of it, in place of a name and read out as soon as it is said; empty for nothing.
+    void setAnswer(const QString& answer);
     /// Said quietly; empty for nothing.
     void setNote(const QString& note);
     /// Why what was asked for here was not done; empty for nothing.
@@ -32,6 +34,8 @@ public:
 
 private:
     void applyTheme();
+    /// Tells screen readers of the control what stands under it.
+    void describe();
 
     const Theme& m_theme;
     QWidget* m_control;

@@ -1,6 +1,8 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "ui/boards/SidebarRow.h"
+#include "ui/kit/fields/TypedField.h"
+#include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 
 #include <QAction>
@@ -34,7 +36,11 @@ SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDe
       m_side(new QWidget(this)),
       m_list(new QWidget(m_side)),
       m_choice(new QComboBox(m_side)),
-      m_stack(new QStackedWidget(this)) {
+      m_stack(new QStackedWidget),
+      m_unkept(new NoticeLine({.icon = QStringLiteral("warning-circle"),
+                               .text = tr("Settings cannot be saved: their file or folder cannot "
+                                          "be written. What is set holds until Korvex ends.")},
+                              theme)) {
     setWindowTitle(tr("Settings – Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
     setAttribute(Qt::WA_QuitOnClose, false); // the main window is the program
@@ -46,21 +52,27 @@ SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDe
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->setSpacing(0);
     m_layout->addWidget(m_side);
-    m_layout->addWidget(m_stack, 1);
+    auto* const shown = new QVBoxLayout;
+    shown->setContentsMargins(0, 0, 0, 0);
+    shown->setSpacing(0);
+    shown->addWidget(m_unkept);
+    shown->addWidget(m_stack, 1);
+    m_layout->addLayout(shown, 1);
+    m_keptChanges = defaults.keptChanged().connect([this] { showKept(); });
+    showKept();
     addRows();
     Accessibility::setRole(*m_list, QAccessible::List);
     for (auto* const list : {m_list, static_cast<QWidget*>(m_choice)}) {
         list->setAccessibleName(tr("Settings"));
     }
     connect(m_choice, &QComboBox::activated, this, &SettingsWindow::showPane);
-    auto* const close = new QAction(this);
-    close->setShortcut(Qt::CTRL | Qt::Key_W);
-    addAction(close);
-    connect(close, &QAction::triggered, this, &QWidget::close);
+    addShortcut(Qt::CTRL | Qt::Key_W, &SettingsWindow::closeByKey);
+    addShortcut(Qt::CTRL | Qt::Key_Q, &SettingsWindow::quitRequested);
     connect(&theme, &Theme::changed, this, &SettingsWindow::applyTheme);
     applyTheme();
     showPane(0);
     resize(kFirstSize);
+    defaults.mayWait(kGeometryKey);
     if (const auto place = defaults.bytes(kGeometryKey)) {
         restoreGeometry(
             {reinterpret_cast<const char*>(place->data()), static_cast<qsizetype>(place->size())});
@@ -71,6 +83,47 @@ SettingsWindow::~SettingsWindow() {
     if (isVisible()) {
         savePlace();
     }
+}
+
+void SettingsWindow::addShortcut(const QKeySequence& keys, void (SettingsWindow::*act)()) {
+    auto* const action = new QAction(this);
+    action->setShortcut(keys);
+    addAction(action);
+    connect(action, &QAction::triggered, this, act);
+}
+
+void SettingsWindow::closeByKey() {
+    close();
+}
+
+void SettingsWindow::takeTyped() {
+    for (auto* const field : findChildren<TypedField*>()) {
+        field->take();
+    }
+}
+
+bool SettingsWindow::leave() {
+    for (auto* const field : findChildren<TypedField*>()) {
+        const auto wasTold = field->isVisible() && !field->problem().isEmpty();
+        if (field->take()) {
+            continue;
+        }
+        if (!wasTold) {
+            for (int i = 0; i < m_stack->count(); ++i) {
+                if (m_stack->widget(i)->isAncestorOf(field)) {
+                    showPane(i);
+                }
+            }
+            field->setFocus(Qt::OtherFocusReason);
+            return false;
+        }
+        field->discard();
+    }
+    return true;
+}
+
+void SettingsWindow::showKept() {
+    m_unkept->setVisible(!m_defaults.isKept());
 }
 
 void SettingsWindow::addRows() {
@@ -168,7 +221,7 @@ void SettingsWindow::keyPressEvent(QKeyEvent* event) {
 
 void SettingsWindow::closeEvent(QCloseEvent* event) {
     savePlace();
-    QWidget::closeEvent(event);
+    event->setAccepted(leave());
 }
 
 } // namespace korvex::ui

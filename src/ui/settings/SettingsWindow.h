@@ -13,6 +13,7 @@ class QStackedWidget;
 
 namespace korvex::ui {
 
+class NoticeLine;
 class SidebarRow;
 
 /// The settings: a list of panes, and beside it the one that is chosen; in a narrow window the list
@@ -30,6 +31,15 @@ public:
     void comeForward();
     /// As if it were chosen in the list.
     void showPane(int index);
+    /// Takes what is being typed, as far as it says something.
+    void takeTyped();
+    /// The same, as the window is about to go: false where something cannot be read. Then its
+    /// reason is in sight; the next call gives it up.
+    bool leave();
+
+Q_SIGNALS:
+    /// The user wants to end the program.
+    void quitRequested();
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -43,6 +53,10 @@ private:
     void arrange();
     void applyTheme();
     void savePlace();
+    void addShortcut(const QKeySequence& keys, void (SettingsWindow::*act)());
+    void closeByKey();
+    /// Says while settings cannot be kept.
+    void showKept();
 
     std::vector<SettingsPaneMaker> m_panes;
     app::UserDefaults& m_defaults;
@@ -53,6 +67,8 @@ private:
     std::vector<SidebarRow*> m_rows;
     QComboBox* m_choice;
     QStackedWidget* m_stack;
+    NoticeLine* m_unkept;
+    base::Subscription m_keptChanges;
 };
 
 } // namespace korvex::ui

@@ -2,6 +2,7 @@
 
 #include "ui/settings/SettingsRow.h"
 
+#include <QAbstractButton>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -47,15 +48,50 @@ WorkRow::WorkRow(const Theme& theme, QWidget* parent)
 
 void WorkRow::show(const QString& doing, const storage::Progress& progress) {
     const auto isForGood = progress.stage == storage::Stage::replacing;
-    m_row->setName(doing);
+    setVisible(true);
+    m_row->setAnswer(doing);
     m_row->setNote(wordsFor(progress.stage));
     m_bar->setAccessibleName(doing);
     m_bar->setValue(static_cast<int>(progress.fraction * kWhole));
+    if (isForGood && hasKeyboard()) {
+        m_bar->setFocus();
+    }
     m_cancel->setEnabled(!isForGood);
-    setVisible(true);
     if (isForGood) {
         window()->repaint();
     }
+}
+
+void WorkRow::setFree(QWidget& control, bool isFree) {
+    if (!isFree && window()->focusWidget() == &control) {
+        m_before = &control;
+        (m_cancel->isEnabled() ? static_cast<QWidget*>(m_cancel) : m_bar)->setFocus();
+    }
+    control.setEnabled(isFree);
+}
+
+void WorkRow::end() {
+    if (hasKeyboard()) {
+        const auto canTake = [](const QWidget* each) {
+            return each->isVisible() && each->isEnabled() && each->focusPolicy() != Qt::NoFocus;
+        };
+        QWidget* next = m_before && canTake(m_before) ? m_before.data() : nullptr;
+        // What it came from may be gone: what stands near it is better than the next of the window.
+        const auto near = parentWidget()->findChildren<QAbstractButton*>();
+        for (auto i = near.begin(); !next && i != near.end(); ++i) {
+            next = !isAncestorOf(*i) && canTake(*i) ? *i : nullptr;
+        }
+        if (next) {
+            next->setFocus();
+        }
+    }
+    m_before = nullptr;
+    m_row->setAnswer({});
+    hide();
+}
+
+bool WorkRow::hasKeyboard() const {
+    return isVisible() && window()->focusWidget() && isAncestorOf(window()->focusWidget());
 }
 
 } // namespace korvex::ui

@@ -3,6 +3,7 @@
 #include "storage/Work.h"
 #include "ui/kit/theme/Theme.h"
 
+#include <QPointer>
 #include <QWidget>
 
 class QProgressBar;
@@ -22,14 +23,24 @@ public:
 
     /// What cannot be cancelled holds the windows up, so it is drawn at once.
     void show(const QString& doing, const storage::Progress& progress);
+    /// Enables a control that what is under way needs to itself, or disables it. The keyboard goes
+    /// from one that is disabled to Cancel, so this is to be shown before.
+    void setFree(QWidget& control, bool isFree);
+    /// Nothing is under way any more: the keyboard goes back to where it came from, so that is to
+    /// be free again before.
+    void end();
 
 Q_SIGNALS:
     void cancelled();
 
 private:
+    bool hasKeyboard() const;
+
     QProgressBar* m_bar;
     QPushButton* m_cancel;
     SettingsRow* m_row;
+    /// What the keyboard was taken from.
+    QPointer<QWidget> m_before;
 };
 
 } // namespace korvex::ui

@@ -4,7 +4,6 @@
 #include "ui/text/RichTextClipboard.h"
 
 #include <QBuffer>
-#include <QFile>
 #include <QImage>
 #include <QUrl>
 
@@ -34,7 +33,7 @@ std::vector<std::filesystem::path> offeredFiles(const QMimeData& data) {
         if (!url.isLocalFile()) {
             return {};
         }
-        files.emplace_back(QFile::encodeName(url.toLocalFile()).toStdString());
+        files.push_back(toPath(url.toLocalFile()));
     }
     return files;
 }

@@ -42,7 +42,9 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
           [this] { closeNow(); }),
       m_entry(entry.id()),
       m_changes(
-          services.context.didChange().connect([this](const store::ChangeSet&) { follow(); })) {
+          services.context.didChange().connect([this](const store::ChangeSet&) { follow(); })),
+      m_settings(services.preferences.didChange().connect(
+          [this](app::AppPreferences::Property property) { followSetting(property); })) {
     setAccessibleName(tr("Schedule"));
     makeFields();
     layOut();
@@ -60,16 +62,28 @@ void SchedulePopover::follow() {
         return;
     }
     using Typing = schedule::TodoScheduleEditor::Typing;
-    const auto fields = findChildren<const TypedField*>();
-    const auto isTyping = std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
-        return !each->isHidden() && each->isModified();
-    });
-    if (m_editor.storedChanged(todo->schedule(), isTyping ? Typing::yes : Typing::no,
+    if (m_editor.storedChanged(todo->schedule(), isTyping() ? Typing::yes : Typing::no,
                                m_services.clock.now())) {
         showState();
     }
     m_clear->setEnabled(!m_editor.stored().isEmpty());
     Q_EMIT followed();
+}
+
+void SchedulePopover::followSetting(app::AppPreferences::Property property) {
+    if (property == app::AppPreferences::Property::defaultReminderMinutes) {
+        m_editor.setDefaultReminderMinutes(m_services.preferences.defaultReminderMinutes());
+        if (!isTyping()) {
+            showState();
+        }
+    }
+}
+
+bool SchedulePopover::isTyping() const {
+    const auto fields = findChildren<const TypedField*>();
+    return std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
+        return !each->isHidden() && each->isModified();
+    });
 }
 
 /// What is about to be replaced is to be known. False when there is nothing any more.

@@ -42,6 +42,9 @@ protected:
 private:
     /// Anything has changed in the store.
     void follow();
+    void followSetting(app::AppPreferences::Property property);
+    /// In one of its fields.
+    bool isTyping() const;
     bool hearOfOthers();
     void makeFields();
     void layOut();
@@ -84,6 +87,7 @@ private:
     schedule::TodoScheduleEditor m_editor;
     base::Uuid m_entry;
     base::Subscription m_changes;
+    base::Subscription m_settings;
     bool m_isShowing = false;
     Shown m_shown;
 

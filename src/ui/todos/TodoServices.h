@@ -4,7 +4,7 @@
 #include "base/Clock.h"
 #include "services/EntryService.h"
 #include "store/ModelContext.h"
-#include "ui/workspace/DateTexts.h"
+#include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
 
@@ -12,9 +12,17 @@ namespace korvex::ui {
 struct TodoServices {
     store::ModelContext& context;
     services::EntryService& entries;
-    const app::AppPreferences& preferences;
+    app::AppPreferences& preferences;
     const DateTexts& dates;
     const base::Clock& clock;
 };
+
+inline TodoServices todoServices(const Workspace& workspace) {
+    return {.context = workspace.context,
+            .entries = workspace.entries,
+            .preferences = workspace.preferences,
+            .dates = workspace.dates,
+            .clock = workspace.clock};
+}
 
 } // namespace korvex::ui

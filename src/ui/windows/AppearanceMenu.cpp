@@ -1,5 +1,7 @@
 #include "ui/windows/AppearanceMenu.h"
 
+#include "ui/settings/SettingTitles.h"
+
 #include <QActionGroup>
 #include <QLocale>
 
@@ -20,19 +22,14 @@ void AppearanceMenu::fill() {
         connect(action, &QAction::triggered, this, choose);
         return action;
     };
-    using Appearance = app::AppPreferences::Appearance;
-    for (const auto& [appearance, title] :
-         {std::pair(Appearance::system, tr("As the system")),
-          std::pair(Appearance::light, tr("Light")), std::pair(Appearance::dark, tr("Dark"))}) {
+    for (const auto& [appearance, title] : appearanceTitles()) {
         add(*this, title, [this, chosen = appearance] {
             m_preferences.setAppearance(chosen);
         })->setChecked(m_preferences.appearance() == appearance);
     }
     addSeparator();
     group = new QActionGroup(this);
-    using Spacing = app::AppPreferences::BoardSpacing;
-    for (const auto& [spacing, title] : {std::pair(Spacing::compact, tr("Compact")),
-                                         std::pair(Spacing::comfortable, tr("Comfortable"))}) {
+    for (const auto& [spacing, title] : spacingTitles()) {
         add(*this, title, [this, chosen = spacing] {
             m_preferences.setBoardSpacing(chosen);
         })->setChecked(m_preferences.boardSpacing() == spacing);

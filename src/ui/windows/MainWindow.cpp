@@ -41,7 +41,10 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
       m_boardPage(new BoardPage(workspace, theme)),
       m_boardActions(workspace.boards, workspace.clock, theme, *this),
       m_navigation({.sidebar = *m_sidebar, .pages = *m_pages, .boardPage = *m_boardPage},
-                   workspace.boards, workspace.context, workspace.preferences, this),
+                   workspace.boards, workspace.context, workspace.preferences,
+                   workspace.isUsersOwn ? Navigation::LastBoard::kept
+                                        : Navigation::LastBoard::forgotten,
+                   this),
       m_search(m_sidebar->searchField(), m_navigation, workspace.search, this),
       m_sidebarPlace(*this, *m_splitter, *m_sidebar, theme),
       m_actions({.window = *this,
@@ -202,6 +205,9 @@ void MainWindow::openSettings() {
             .storeReplaced = [this] { m_navigation.storeReplaced(); }};
         m_settings = std::make_unique<SettingsWindow>(
             settingsPanes(m_workspace, std::move(windows), m_theme), m_workspace.defaults, m_theme);
+        // Later, since that ends the window which asks.
+        connect(m_settings.get(), &SettingsWindow::quitRequested, this, &QWidget::close,
+                Qt::QueuedConnection);
     }
     m_settings->comeForward();
 }
@@ -273,6 +279,9 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 void MainWindow::storeAll() {
     m_layout.save();
     static_cast<void>(leaveAll());
+    if (m_settings) {
+        m_settings->takeTyped();
+    }
 }
 
 /// As a press outside of all that is being edited: panels, the name of a board, the entry.
@@ -285,6 +294,10 @@ void MainWindow::closeEvent(QCloseEvent* event) {
     m_layout.save();
     // What could not be stored stays in sight, with the reason.
     event->setAccepted(leaveAll());
+    if (event->isAccepted() && m_settings && !m_settings->leave()) {
+        m_settings->comeForward();
+        event->ignore();
+    }
     if (event->isAccepted()) {
         m_settings.reset();
     }

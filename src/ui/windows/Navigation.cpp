@@ -12,12 +12,13 @@ namespace korvex::ui {
 
 Navigation::Navigation(const Views& views, services::BoardService& boards,
                        store::ModelContext& context, app::AppPreferences& preferences,
-                       QObject* parent)
+                       LastBoard lastBoard, QObject* parent)
     : QObject(parent),
       m_views(views),
       m_boards(boards),
       m_context(context),
-      m_preferences(preferences) {}
+      m_preferences(preferences),
+      m_lastBoard(lastBoard) {}
 
 void Navigation::start() {
     m_changes = m_context.didChange().connect(
@@ -29,7 +30,7 @@ void Navigation::start() {
     });
     m_views.sidebar.refresh();
     if (auto* const board = m_boards.launchBoard(launchBoardID(m_preferences))) {
-        showBoard(*board);
+        show(*board); // it may stand in for the one that the user saw last
     }
     if (m_preferences.launchDestination() == app::AppPreferences::LaunchDestination::upcoming) {
         showPage(PageKind::upcoming);
@@ -65,12 +66,17 @@ bool Navigation::showPage(PageKind page) {
     return isShown;
 }
 
-void Navigation::showBoard(model::Board& board) {
+bool Navigation::show(model::Board& board) {
     const auto isShown = m_views.boardPage.showBoard(board);
     // What is being edited there may not be left: then the page stays, and says why.
     m_views.pages.show(PageKind::board);
     pageChanged();
-    if (isShown && isListed(board) && m_preferences.mainBoardSelectedBoardID() != board.id()) {
+    return isShown;
+}
+
+void Navigation::showBoard(model::Board& board) {
+    if (show(board) && isListed(board) && m_lastBoard == LastBoard::kept &&
+        m_preferences.mainBoardSelectedBoardID() != board.id()) {
         m_preferences.setMainBoardSelectedBoardID(board.id());
     }
 }

@@ -27,8 +27,11 @@ public:
         PageStack& pages;
         BoardPage& boardPage;
     };
+    /// Whether the preferences are told of the board that is shown: they remember one for a user,
+    /// so no board of a store beside the user's own.
+    enum class LastBoard { forgotten, kept };
     Navigation(const Views& views, services::BoardService& boards, store::ModelContext& context,
-               app::AppPreferences& preferences, QObject* parent);
+               app::AppPreferences& preferences, LastBoard lastBoard, QObject* parent);
 
     /// The board that the preferences let the window begin with, or have behind the page that it
     /// begins with; none for the Inbox.
@@ -69,6 +72,8 @@ Q_SIGNALS:
     void changed();
 
 private:
+    /// False when what is being edited cannot be left.
+    bool show(model::Board& board);
     /// Whether it stands in the sidebar.
     bool isListed(const model::Board& board) const;
     model::Board* lastBoard() const;
@@ -84,6 +89,7 @@ private:
     services::BoardService& m_boards;
     store::ModelContext& m_context;
     app::AppPreferences& m_preferences;
+    LastBoard m_lastBoard;
     PageKind m_beforeSearch = PageKind::board;
     /// The board that was taken away last, and the message that says so, while there is one.
     struct Taken {

@@ -2,6 +2,7 @@
 
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Text.h"
 
 #include <QDesktopServices>
 #include <QFileInfo>
@@ -24,7 +25,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
                                    const Theme& theme) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
-    const auto folder = QString::fromStdString(storeFile.parent_path().string());
+    const auto folder = toFileName(storeFile.parent_path());
     const auto hasFolder = QFileInfo(folder).isDir();
     auto* const sign = new QLabel(this);
     const auto size = theme.scaled(kIconSize);
@@ -36,7 +37,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
                        "anything there. When the cause is gone, try again.")
                   : tr("When the cause is gone, try again. Korvex expects its store here:"),
         theme.font());
-    auto* const file = addWords(QString::fromStdString(storeFile.string()), theme.smallFont());
+    auto* const file = addWords(toFileName(storeFile), theme.smallFont());
     file->setForegroundRole(QPalette::PlaceholderText);
     auto* const show = new QPushButton(tr("Show the folder"), this);
     show->setVisible(hasFolder);
@@ -70,7 +71,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     resize(width, line->heightForWidth(width));
     again->setDefault(true);
     again->setFocus();
-    for (auto* const button : {show, quit, again}) {
+    for (auto* const button : {show, quit}) {
         button->setAutoDefault(true);
     }
     connect(again, &QPushButton::clicked, this, &StoreErrorWindow::retryRequested);

@@ -24,7 +24,11 @@ QByteArray toByteArray(const base::Bytes& bytes) {
 } // namespace
 
 WindowLayout::WindowLayout(QWidget& window, SidebarPlace& sidebar, app::UserDefaults& defaults)
-    : m_window(window), m_sidebar(sidebar), m_defaults(defaults) {}
+    : m_window(window), m_sidebar(sidebar), m_defaults(defaults) {
+    for (const auto* const key : {kGeometryKey, kSidebarWidthKey, kSidebarHiddenKey}) {
+        defaults.mayWait(key);
+    }
+}
 
 void WindowLayout::restore() {
     m_window.resize(kFirstSize);

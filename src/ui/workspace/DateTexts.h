@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/DateFormats.h"
+#include "base/Signal.h"
 
 #include <memory>
 #include <string>
@@ -26,10 +27,16 @@ public:
     }
 
     /// The time zone may have changed.
-    void renew() { m_formats.reset(); }
+    void renew() {
+        m_formats.reset();
+        m_didRenew.emit();
+    }
+    /// For who shows dates that nothing else renews.
+    base::Signal<>& didRenew() { return m_didRenew; }
 
 private:
     std::string m_locale;
+    base::Signal<> m_didRenew;
     mutable std::shared_ptr<const base::DateFormats> m_formats;
 };
 

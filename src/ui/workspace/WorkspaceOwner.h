@@ -23,10 +23,12 @@ public:
         store::ModelContainer& container;
         /// One of that container that has read something already; null for a new one.
         std::unique_ptr<store::ModelContext> context = nullptr;
+        bool isUsersOwn = true;
         app::AppPreferences& preferences;
         app::UserDefaults& defaults;
         const base::Clock& clock;
         base::RunLoop& runLoop;
+        storage::BackgroundThreads& threads;
         base::LogSink& log;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
         /// Of dates and times; empty for the user's.

@@ -16,8 +16,8 @@ namespace {
 
 TEST(FileWatcher, HoweverAFileChangesItIsNoticed) {
     namespace fs = std::filesystem;
-    const tests::TemporaryFolder folder;
-    fs::create_directories(folder / "dotfiles");
+    const tests::TemporaryFolder temporary;
+    const auto folder = temporary / "config" / "korvex";
     const auto file = folder / "settings.json";
     FileWatcher watcher(file);
     int changes = 0;
@@ -29,8 +29,12 @@ TEST(FileWatcher, HoweverAFileChangesItIsNoticed) {
         fs::create_symlink("dotfiles/settings.json", file);
     };
     for (const std::function<void()>& change : std::initializer_list<std::function<void()>>{
-             replace, write, replace, write, link, write, replace, write, [&] { fs::remove(file); },
-             replace}) {
+             [&] { fs::create_directories(folder / "dotfiles"); }, replace, write, replace, write,
+             link, write, replace, write, [&] { fs::remove(file); }, replace,
+             [&] { fs::remove_all(folder.parent_path()); },
+             [&] { fs::create_directories(folder / "dotfiles"); }, replace, write,
+             [&] { fs::rename(folder, folder.parent_path() / "old"); },
+             [&] { fs::create_directories(folder); }, replace, write}) {
         const auto before = changes;
         change();
         EXPECT_TRUE(QTest::qWaitFor([&] { return changes > before; }));

@@ -63,9 +63,7 @@ void backUp(Program& program, app::AppPreferences& preferences) {
     auto backup = storage::automaticBackup(preferences, program.file, kLater);
     backup.keeping = kKeptBackups;
     auto work = program.steps.work();
-    const auto made = storage::makeAutomaticBackup(backup, program.log, work);
-    program.steps.reached("recording");
-    storage::recordSuccess(backup, preferences);
+    const auto made = storage::makeAutomaticBackup(backup, defaults, program.log, work);
     if (made.pruningFailure) {
         std::rethrow_exception(made.pruningFailure);
     }

@@ -126,6 +126,40 @@ TEST_F(BackupsPaneTest, WhatIsCancelledHasChangedNothing) {
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
 }
 
+TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
+    add({"mine"});
+    openSettings(backups);
+    const auto holder = [&] {
+        return static_cast<QPushButton*>(settings->focusWidget())->text().toStdString();
+    };
+    const auto answered = [&](const char* text) {
+        for (auto* const each : settings->findChildren<SettingsLabel*>()) {
+            if (each->isVisible() && each->accessibleName() == QString::fromUtf8(text)) {
+                return QAccessible::queryAccessibleInterface(each)->role() ==
+                       QAccessible::AlertMessage;
+            }
+        }
+        return false;
+    };
+    control<QPushButton>("Export…").setFocus();
+    answer("Export…", backup());
+    EXPECT_EQ(holder(), "Cancel");
+    EXPECT_TRUE(answered("Exporting"));
+    workUntilSaid("Backup exported.");
+    EXPECT_EQ(holder(), "Export…");
+    EXPECT_TRUE(answered("Backup exported."));
+    EXPECT_FALSE(answered("Exporting"));
+
+    control<QPushButton>("Import…").setFocus();
+    answer("Import…", backup());
+    EXPECT_EQ(holder(), "Cancel");
+    workUntil([&] { return !question().empty(); });
+    press("Import");
+    EXPECT_EQ(holder(), "Cancel");
+    workUntilSaid("Backup restored.");
+    EXPECT_EQ(holder(), "Import…");
+}
+
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
     add({"mine"});
     openSettings(backups);
@@ -172,8 +206,11 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
     EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
     EXPECT_THAT(words(), HasSubstr("None has been chosen yet."));
+    control<QPushButton>("Choose…").setFocus();
     answer("Choose…", chosen);
-    EXPECT_THAT(words(), HasSubstr(chosen.filename().native()));
+    EXPECT_FALSE(control<QPushButton>("Choose…").isEnabled());
+    workUntilSaid(chosen.filename().c_str());
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Choose…"));
     EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nOff"));
     control<Switch>("Back up every day").click();
     EXPECT_THAT(words(), HasSubstr("Next backup\nDue now"));
@@ -197,8 +234,38 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     workUntilSaid(storage::AutomaticBackupService::kFailure);
     EXPECT_THAT(words(), HasSubstr("Make it available, or choose it again."));
     answer("Choose…", folder / "elsewhere");
+    workUntilSaid("elsewhere");
     press("Back Up Now");
     workUntil([&] { return words().find("Automatic backup failed.") == std::string::npos; });
+    std::filesystem::create_directory(folder / "gone");
+    answer("Choose…", folder / "gone", [&] { std::filesystem::remove(folder / "gone"); });
+    workUntilSaid(
+        "Could not save access to this backup folder. Choose another folder and try again.");
+    EXPECT_THAT(words(), HasSubstr("elsewhere"));
+}
+
+TEST_F(BackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
+    preferences.setAutomaticBackupEnabled(true);
+    preferences.setAutomaticBackupLastSuccess(kNow);
+    const WorkspaceOwner another({.container = *container,
+                                  .isUsersOwn = false,
+                                  .preferences = preferences,
+                                  .defaults = defaults,
+                                  .clock = clock,
+                                  .runLoop = runLoop,
+                                  .threads = threads,
+                                  .log = log,
+                                  .copies = folder / "copies"});
+    window = std::make_unique<MainWindow>(another.workspace(), theme);
+    window->show();
+    openSettings(backups);
+    EXPECT_THAT(words(), HasSubstr("only. korvex backup export makes one of this store."));
+    EXPECT_THAT(words(), HasSubstr("Last backup\nNone yet\nNext backup\nOff"));
+    for (const auto* const button : {"Choose…", "Back Up Now"}) {
+        EXPECT_FALSE(control<QPushButton>(button).isEnabled()) << button;
+    }
+    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
+    window.reset();
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "ui/settings/SettingsFixture.h"
 
 #include "ui/kit/fields/TimeField.h"
+#include "ui/settings/SettingsGroup.h"
 
 #include <QCheckBox>
 #include <QRadioButton>
@@ -18,6 +19,13 @@ class SettingsTest : public tests::SettingsFixture {
 protected:
     QString shownIn(const char* choice) { return control<QComboBox>(choice).currentText(); }
 
+    void typeTime(const char* text) {
+        auto& field = control<TimeField>("Default reminder time");
+        field.setFocus();
+        field.selectAll();
+        QTest::keyClicks(&field, QString::fromUtf8(text));
+    }
+
     /// Another program's view of the same settings.
     app::FileUserDefaults theirDefaults{folder / "settings.json"};
     AppPreferences theirs{theirDefaults, log};
@@ -32,6 +40,12 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
         std::function<void()> chooseElsewhere;
         std::function<bool()> isShown;
     };
+    add({"one", "two"});
+    int distance = 0;
+    const auto rowDistance = [this] {
+        return list().visualRect(list().model()->index(1, 0)).top() -
+               list().visualRect(list().model()->index(0, 0)).top();
+    };
     const std::vector<Case> cases{
         {"launch destination", general, [&] { choose("Open with", "Upcoming"); },
          [&] { return theirs.launchDestination() == Destination::upcoming; },
@@ -41,35 +55,46 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
          [&] { return theirs.launchBoardID() == work->id(); },
          [&] { theirs.setLaunchBoardID(inbox->id()); },
          [&] { return shownIn("Board") == QStringLiteral("Inbox"); }},
+        {"no default board", general, [] {}, [&] { return !theirs.defaultBoardID(); }, [] {},
+         [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); }},
         {"default board", general, [&] { choose("Default board", "Work"); },
          [&] { return theirs.defaultBoardID() == work->id(); },
          [&] { theirs.setDefaultBoardID(base::Uuid::random()); },
          [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); }},
         {"reminder time", general,
          [&] {
-             auto& field = control<TimeField>("Default reminder time");
-             field.setFocus();
-             field.selectAll();
-             QTest::keyClicks(&field, QStringLiteral("7:30"));
-             QTest::keyClick(&field, Qt::Key_Return);
+             typeTime("7:30");
+             QTest::keyClick(settings->focusWidget(), Qt::Key_Return);
          },
          [&] { return theirs.defaultReminderMinutes() == 450; },
          [&] { theirs.setDefaultReminderMinutes(600); },
          [&] { return control<TimeField>("Default reminder time").time() == QTime(10, 0); }},
         {"spacing", general, [&] { control<QRadioButton>("Comfortable").click(); },
-         [&] { return theirs.boardSpacing() == AppPreferences::BoardSpacing::comfortable; },
+         [&] {
+             distance = rowDistance();
+             return theirs.boardSpacing() == AppPreferences::BoardSpacing::comfortable;
+         },
          [&] { theirs.setBoardSpacing(AppPreferences::BoardSpacing::compact); },
-         [&] { return control<QRadioButton>("Compact").isChecked(); }},
+         [&] { return control<QRadioButton>("Compact").isChecked() && rowDistance() < distance; }},
         {"theme", appearance, [&] { control<QRadioButton>("Dark").click(); },
          [&] {
              return theirs.appearance() == AppPreferences::Appearance::dark &&
                     theme.colors().isDark;
          },
          [&] { theirs.setAppearance(AppPreferences::Appearance::light); },
-         [&] { return control<QRadioButton>("Light").isChecked() && !theme.colors().isDark; }},
+         [&] {
+             return control<QRadioButton>("Light").isChecked() && !theme.colors().isDark &&
+                    list().palette().color(QPalette::Text).lightnessF() < 0.5;
+         }},
         {"font size", appearance, [&] { choose("Font size", "24"); },
-         [&] { return theirs.fontSize() == 24; }, [&] { theirs.setFontSize(10); },
-         [&] { return shownIn("Font size") == QStringLiteral("10"); }},
+         [&] {
+             distance = rowDistance();
+             return theirs.fontSize() == 24;
+         },
+         [&] { theirs.setFontSize(10); },
+         [&] {
+             return shownIn("Font size") == QStringLiteral("10") && 2 * rowDistance() < distance;
+         }},
         {"retention", backups, [&] { control<QRadioButton>("30").click(); },
          [&] { return theirs.automaticBackupRetention() == 30; },
          [&] { theirs.setAutomaticBackupRetention(14); },
@@ -85,22 +110,119 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
         EXPECT_TRUE(each.holds()) << each.what;
         each.chooseElsewhere();
         preferences.reload();
+        QApplication::processEvents();
         EXPECT_TRUE(each.isShown()) << each.what;
         theirs.reload();
         EXPECT_TRUE(each.isShown()) << each.what << ": what they have chosen was not overwritten";
     }
 }
 
+TEST_F(SettingsTest, WhatIsTypedIsTakenHoweverTheWindowIsLeft) {
+    using Leave = std::function<void()>;
+    const Leave byEscape = [&] { QTest::keyClick(settings, Qt::Key_Escape); };
+    const std::vector<std::pair<const char*, Leave>> ways{
+        {"7:10", byEscape},
+        {"7:15", [&] { QTest::keyClick(settings, Qt::Key_W, Qt::ControlModifier); }},
+        {"7:20", [&] { settings->close(); }},
+        {"7:25", [&] { window->storeAll(); }},
+        {"7:30", [&] { window->close(); }},
+        {"7:35", [&] {
+             QTest::keyClick(settings, Qt::Key_Q, Qt::ControlModifier);
+             QApplication::processEvents();
+             EXPECT_FALSE(window->isVisible());
+         }}};
+    for (const auto& [typed, leave] : ways) {
+        window.reset();
+        openSettings(general);
+        typeTime(typed);
+        leave();
+        EXPECT_EQ(preferences.defaultReminderMinutes(),
+                  QTime::fromString(QString::fromUtf8(typed), QStringLiteral("h:mm"))
+                          .msecsSinceStartOfDay() /
+                      60'000);
+    }
+    for (const auto& close : {byEscape, Leave([&] { window->close(); })}) {
+        window.reset();
+        openSettings(general);
+        typeTime("noon or so");
+        settings->showPane(appearance);
+        close();
+        EXPECT_TRUE(settings->isVisible());
+        EXPECT_THAT(words(), ::testing::HasSubstr("is not a time."));
+        close();
+        EXPECT_TRUE(!window->isVisible() || !settings->isVisible());
+        EXPECT_EQ(preferences.defaultReminderMinutes(), 455);
+    }
+}
+
 TEST_F(SettingsTest, ATimeThatIsNoneIsRefusedBesideItsField) {
     openSettings(general);
     auto& field = control<TimeField>("Default reminder time");
-    field.setFocus();
-    field.selectAll();
-    QTest::keyClicks(&field, QStringLiteral("noon or so"));
+    const auto note = field.accessibleDescription();
+    typeTime("noon or so");
     const auto before = words();
     QTest::keyClick(&field, Qt::Key_Return);
     EXPECT_NE(words(), before);
     EXPECT_EQ(preferences.defaultReminderMinutes(), 540);
+    EXPECT_EQ(toUtf8(field.accessibleDescription()),
+              "“noon or so” is not a time.\n" + toUtf8(note));
+    typeTime("8:00");
+    EXPECT_EQ(field.accessibleDescription(), note) << "it is still known of it";
+}
+
+TEST_F(SettingsTest, AnOpenListOfBoardsIsNotTakenAway) {
+    openSettings(general);
+    auto& choice = control<QComboBox>("Default board");
+    QSignalSpy filled(choice.model(), &QAbstractItemModel::rowsInserted);
+    theirs.setBoardSpacing(AppPreferences::BoardSpacing::comfortable);
+    preferences.reload();
+    QApplication::processEvents();
+    EXPECT_EQ(filled.count(), 0) << "no board is another";
+    choice.showPopup();
+    own.boards.createBoard("Later", kNow);
+    QApplication::processEvents();
+    EXPECT_EQ(filled.count(), 0);
+    choice.hidePopup();
+    QApplication::processEvents();
+    EXPECT_GE(choice.findText(QStringLiteral("Later")), 0);
+    settings->close();
+    filled.clear();
+    own.boards.createBoard("Latest", kNow);
+    QApplication::processEvents();
+    EXPECT_EQ(filled.count(), 0) << "nobody sees it";
+    openSettings(general);
+    EXPECT_GE(choice.findText(QStringLiteral("Latest")), 0);
+}
+
+TEST_F(SettingsTest, SaysWhileSettingsCannotBeKept) {
+    std::filesystem::remove(folder / "settings.json");
+    std::filesystem::create_directory(folder / "settings.json");
+    openSettings(appearance);
+    auto& line = *settings->findChild<NoticeLine*>();
+    EXPECT_FALSE(line.isVisible());
+    control<QRadioButton>("Dark").click();
+    EXPECT_TRUE(theme.colors().isDark);
+    EXPECT_TRUE(line.isVisible());
+    std::filesystem::remove(folder / "settings.json");
+    preferences.reload();
+    EXPECT_FALSE(line.isVisible());
+}
+
+TEST_F(SettingsTest, OnlyTheUsersOwnStoreIsRemembered) {
+    preferences.setMainBoardSelectedBoardID(inbox->id());
+    auto another = workspace;
+    another.isUsersOwn = false;
+    for (const auto* const each : {&another, &workspace}) {
+        window = std::make_unique<MainWindow>(*each, theme);
+        navigation().openBoard(*work);
+        EXPECT_EQ(preferences.mainBoardSelectedBoardID(),
+                  each == &workspace ? work->id() : inbox->id());
+    }
+    const auto gone = base::Uuid::random();
+    preferences.setMainBoardSelectedBoardID(gone);
+    open();
+    EXPECT_EQ(page().board(), inbox);
+    EXPECT_EQ(preferences.mainBoardSelectedBoardID(), gone) << "the Inbox only stands in for it";
 }
 
 TEST_F(SettingsTest, ThePreferencesSayWhatTheWindowBeginsWith) {
@@ -148,8 +270,10 @@ TEST_F(SettingsTest, ThereIsOneWindowWhichKeysCloseAndWhichRemembersItsPlace) {
 
 TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
     openSettings(general);
-    for (const auto fontSize : {13, 24}) {
+    for (const auto& [fontSize, direction] :
+         {std::pair(13, Qt::LeftToRight), {24, Qt::LeftToRight}, {24, Qt::RightToLeft}}) {
         preferences.setFontSize(fontSize);
+        QApplication::setLayoutDirection(direction);
         settings->resize(360, 500);
         QApplication::processEvents();
         for (const auto* const pane : {"Backups", "Appearance", "General"}) {
@@ -157,15 +281,22 @@ TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
             QApplication::processEvents();
             EXPECT_THAT(words(), ::testing::StartsWith(pane));
             for (const auto* const each : settings->findChildren<QWidget*>()) {
-                if (each->isVisible() && each->focusPolicy() != Qt::NoFocus) {
+                if (each->isVisible() && (each->focusPolicy() != Qt::NoFocus ||
+                                          qobject_cast<const SettingsGroup*>(each))) {
                     const auto left = each->mapTo(settings, QPoint(0, 0)).x();
                     EXPECT_GE(left, 0) << pane << toUtf8(each->accessibleName());
                     EXPECT_LE(left + each->width(), settings->width())
                         << pane << each->metaObject()->className();
                 }
+                if (const auto* const segment = qobject_cast<const QRadioButton*>(each);
+                    segment && segment->isVisible()) {
+                    EXPECT_GE(segment->width(), segment->sizeHint().width())
+                        << toUtf8(segment->text()) << " is not cut";
+                }
             }
         }
     }
+    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 } // namespace

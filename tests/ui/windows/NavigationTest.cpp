@@ -118,7 +118,7 @@ TEST_F(NavigationTest, AnArchivedBoardIsOnlyLookedAt) {
     EXPECT_EQ(navigation().currentPage(), PageKind::archived);
     key(Qt::Key_Return); // the keyboard is on its first board
     ASSERT_EQ(page().board(), work);
-    EXPECT_EQ(preferences.mainBoardSelectedBoardID(), inbox->id()) << "the next start shows that";
+    EXPECT_NE(preferences.mainBoardSelectedBoardID(), work->id()) << "the next start shows no such";
     EXPECT_EQ(page().entries().rowOf(EntryListModel::RowKind::newTodo), -1);
     list().setCurrentRow(0);
     for (const auto& [which, modifiers] :

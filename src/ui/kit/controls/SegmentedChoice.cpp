@@ -3,10 +3,12 @@
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Shapes.h"
 
+#include <QBoxLayout>
 #include <QButtonGroup>
-#include <QHBoxLayout>
 #include <QPainter>
 #include <QRadioButton>
+
+#include <algorithm>
 
 namespace korvex::ui {
 
@@ -58,18 +60,22 @@ private:
 
 SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
                                  QWidget* parent)
-    : QWidget(parent), m_theme(theme), m_segments(new QButtonGroup(this)) {
+    : QWidget(parent),
+      m_theme(theme),
+      m_line(new QBoxLayout(QBoxLayout::LeftToRight, this)),
+      m_segments(new QButtonGroup(this)) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);
-    auto* const row = new QHBoxLayout(this);
-    row->setSpacing(0);
+    m_line->setSpacing(0);
     for (const auto& title : titles) {
         auto* const segment = new Segment(title, theme, this);
         m_segments->addButton(segment, static_cast<int>(m_segments->buttons().size()));
         segment->setFocusPolicy(Qt::ClickFocus);
-        row->addWidget(segment);
+        m_line->addWidget(segment);
     }
-    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Fixed);
+    QSizePolicy policy(QSizePolicy::Maximum, QSizePolicy::Preferred);
+    policy.setHeightForWidth(true);
+    setSizePolicy(policy);
     connect(m_segments, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
         // Qt makes the chosen one the only place in the tab order, but not before it had the
         // keyboard.
@@ -91,6 +97,41 @@ void SegmentedChoice::choose(int index) {
     m_segments->button(index)->setChecked(true);
 }
 
+QSize SegmentedChoice::edges() const {
+    const auto margins = m_line->contentsMargins();
+    return {margins.left() + margins.right(), margins.top() + margins.bottom()};
+}
+
+QSize SegmentedChoice::sizeHint() const {
+    QSize size;
+    for (const auto* const segment : m_segments->buttons()) {
+        const auto wanted = segment->sizeHint();
+        size = {size.width() + wanted.width(), std::max(size.height(), wanted.height())};
+    }
+    return size + edges();
+}
+
+QSize SegmentedChoice::minimumSizeHint() const {
+    QSize size;
+    for (const auto* const segment : m_segments->buttons()) {
+        size = size.expandedTo(segment->minimumSizeHint());
+    }
+    return size + edges();
+}
+
+int SegmentedChoice::heightForWidth(int width) const {
+    const auto line = sizeHint();
+    const auto further = static_cast<int>(m_segments->buttons().size()) - 1;
+    return line.height() +
+           (width < line.width() ? further * (line.height() - edges().height()) : 0);
+}
+
+void SegmentedChoice::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    m_line->setDirection(width() < sizeHint().width() ? QBoxLayout::TopToBottom
+                                                      : QBoxLayout::LeftToRight);
+}
+
 void SegmentedChoice::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
@@ -100,7 +141,8 @@ void SegmentedChoice::paintEvent(QPaintEvent*) {
 
 void SegmentedChoice::applyTheme() {
     const auto edge = m_theme.space(Space::hair);
-    layout()->setContentsMargins(edge, edge, edge, edge);
+    m_line->setContentsMargins(edge, edge, edge, edge);
+    updateGeometry();
     update();
 }
 

@@ -4,11 +4,13 @@
 
 #include <QWidget>
 
+class QBoxLayout;
 class QButtonGroup;
 
 namespace korvex::ui {
 
-/// One of a few, all of them in sight, side by side. The keyboard and screen readers know a group
+/// One of a few, all of them in sight: side by side, or where there is no room for their words one
+/// below the other. The keyboard and screen readers know a group
 /// of radio buttons: one place in the tab order, and the arrows choose. Main thread.
 class SegmentedChoice final : public QWidget {
     Q_OBJECT
@@ -20,17 +22,26 @@ public:
     int chosen() const;
     void choose(int index);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+
 Q_SIGNALS:
     /// The user or the program has chosen another.
     void chosenChanged(int index);
 
 protected:
+    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyTheme();
+    /// Around the segments.
+    QSize edges() const;
 
     const Theme& m_theme;
+    QBoxLayout* m_line;
     QButtonGroup* m_segments;
 };
 

@@ -27,6 +27,14 @@ void TimeField::setTime(const QTime& time) {
     }
 }
 
+void TimeField::setFormats(std::shared_ptr<const base::DateFormats> formats) {
+    if (formats != m_formats && !isModified()) {
+        m_formats = std::move(formats);
+        showValue();
+        updateGeometry();
+    }
+}
+
 bool TimeField::read(const QString& typed) {
     const auto read = m_formats->typed().time(typed.toStdU16String());
     if (read) {

@@ -20,6 +20,8 @@ public:
 
     const QTime& time() const { return m_time; }
     void setTime(const QTime& time);
+    /// Shows the time as these have it, once nothing is being typed.
+    void setFormats(std::shared_ptr<const base::DateFormats> formats);
 
 protected:
     bool read(const QString& typed) override;

@@ -39,9 +39,11 @@ void paintMark(QPainter& painter, const QStyleOption& option, double radius, con
 
 ButtonDrawing::Weight ButtonDrawing::weightOf(const QStyleOptionButton& option,
                                               const QWidget* button) {
-    return isDangerous(button)                                           ? Weight::dangerous
-           : option.features.testFlag(QStyleOptionButton::DefaultButton) ? Weight::chief
-                                                                         : Weight::plain;
+    using Option = QStyleOptionButton;
+    // One that Return presses while it has the keyboard is not what its panel is about.
+    const auto isChief = option.features.testFlag(Option::DefaultButton) &&
+                         !option.features.testFlag(Option::AutoDefaultButton);
+    return isDangerous(button) ? Weight::dangerous : isChief ? Weight::chief : Weight::plain;
 }
 
 void ButtonDrawing::paintPush(QPainter& painter, const QStyleOptionButton& option, Weight weight,

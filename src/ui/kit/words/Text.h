@@ -1,8 +1,10 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QString>
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -21,6 +23,16 @@ inline QString toQString(std::u16string_view text) {
 /// An unpaired surrogate, which no UTF-8 can carry, becomes the replacement character.
 inline std::string toUtf8(const QString& text) {
     return text.toStdString();
+}
+
+/// The file that Qt names, byte for byte.
+inline std::filesystem::path toPath(const QString& file) {
+    return QFile::encodeName(file).toStdString();
+}
+
+/// The other way round.
+inline QString toFileName(const std::filesystem::path& file) {
+    return QFile::decodeName(QByteArray::fromStdString(file.native()));
 }
 
 /// What the floors below say, in the language of the windows: a catalogue has it by its English

@@ -1,0 +1,34 @@
+#include "ui/settings/SettingTitles.h"
+
+#include <QCoreApplication>
+
+namespace korvex::ui {
+
+namespace {
+
+QString tr(const char* text) {
+    return QCoreApplication::translate("korvex::ui::SettingTitles", text);
+}
+
+} // namespace
+
+std::array<Titled<app::AppPreferences::Appearance>, 3> appearanceTitles() {
+    using Appearance = app::AppPreferences::Appearance;
+    return {{{Appearance::system, tr("System")},
+             {Appearance::light, tr("Light")},
+             {Appearance::dark, tr("Dark")}}};
+}
+
+std::array<Titled<app::AppPreferences::BoardSpacing>, 2> spacingTitles() {
+    using Spacing = app::AppPreferences::BoardSpacing;
+    return {{{Spacing::compact, tr("Compact")}, {Spacing::comfortable, tr("Comfortable")}}};
+}
+
+std::array<Titled<app::AppPreferences::LaunchDestination>, 3> destinationTitles() {
+    using Destination = app::AppPreferences::LaunchDestination;
+    return {{{Destination::lastBoard, tr("Last board")},
+             {Destination::board, tr("Chosen board")},
+             {Destination::upcoming, tr("Upcoming")}}};
+}
+
+} // namespace korvex::ui
