@@ -59,9 +59,7 @@ void undoImport(Program& program) {
 }
 
 /// As the window does.
-void backUp(Program& program) {
-    app::FileUserDefaults defaults(program.folder / "settings.json");
-    app::AppPreferences preferences(defaults, program.log);
+void backUp(Program& program, app::AppPreferences& preferences) {
     auto backup = storage::automaticBackup(preferences, program.file, kLater);
     backup.keeping = kKeptBackups;
     auto work = program.steps.work();
@@ -69,6 +67,13 @@ void backUp(Program& program) {
     if (made.pruningFailure) {
         std::rethrow_exception(made.pruningFailure);
     }
+}
+
+/// Into the folder that was chosen before.
+void backUpAgain(Program& program) {
+    app::FileUserDefaults defaults(program.folder / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    backUp(program, preferences);
 }
 
 /// From choosing the folder on.
@@ -79,7 +84,7 @@ void chooseAndBackUp(Program& program) {
     std::filesystem::create_directory(program.chosenFolder(), ignored);
     preferences.setAutomaticBackupBookmark(
         storage::FolderBookmark::make(program.chosenFolder()).bytes());
-    backUp(program);
+    backUp(program, preferences);
 }
 
 } // namespace
@@ -88,7 +93,7 @@ const Operations& backupOperations() {
     static const Operations all{
         {"write-imported", writeImported}, {"export", exportBackup},
         {"import", importBackup},          {"undo-import", undoImport},
-        {"back-up", backUp},               {"automatic-backup", chooseAndBackUp},
+        {"back-up", backUpAgain},               {"automatic-backup", chooseAndBackUp},
     };
     return all;
 }

@@ -118,6 +118,7 @@ void createStore(Program& program) {
 }
 
 void prepare(Program& program) {
+    std::filesystem::create_directory(program.exportedFile().parent_path());
     createStore(program);
     program.boards().createBoard("Work", kNow);
     std::vector<std::string> contents;

@@ -9,7 +9,7 @@ from fault_driver import (BROKEN, DATA, KEPT_BACKUPS, STORE, drive, perform, sta
                           verify_word)
 
 BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
-             "mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
+             "exported", "exported/mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
              "Recovery/.lock", "legacy", "legacy/default.store",
              "migration-v1-complete", "cloud-v11-prepared", "Migrated.korvexbackup",
              "settings.json", "settings.json.lock", "chosen"}
