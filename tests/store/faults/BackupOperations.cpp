@@ -59,7 +59,8 @@ void undoImport(Program& program) {
 }
 
 /// As the window does.
-void backUp(Program& program, app::AppPreferences& preferences) {
+void backUp(Program& program, app::UserDefaults& defaults,
+            const app::AppPreferences& preferences) {
     auto backup = storage::automaticBackup(preferences, program.file, kLater);
     backup.keeping = kKeptBackups;
     auto work = program.steps.work();
@@ -73,7 +74,7 @@ void backUp(Program& program, app::AppPreferences& preferences) {
 void backUpAgain(Program& program) {
     app::FileUserDefaults defaults(program.folder / "settings.json");
     app::AppPreferences preferences(defaults, program.log);
-    backUp(program, preferences);
+    backUp(program, defaults, preferences);
 }
 
 /// From choosing the folder on.
@@ -84,7 +85,7 @@ void chooseAndBackUp(Program& program) {
     std::filesystem::create_directory(program.chosenFolder(), ignored);
     preferences.setAutomaticBackupBookmark(
         storage::FolderBookmark::make(program.chosenFolder()).bytes());
-    backUp(program, preferences);
+    backUp(program, defaults, preferences);
 }
 
 } // namespace

@@ -32,6 +32,7 @@ class Interferences:
     def __init__(self, operation, start, scratch):
         self.operation = operation
         self.aftermath = Aftermath(operation, start, scratch)
+        self.added_to_start = self.aftermath.state_after("add")
         said = interfere(self.prepared(), operation, 0, "")
         steps = [line for line in said if line.startswith("step ")]
         if len(steps) < 4 or said[-1] != "acknowledged":
@@ -72,20 +73,20 @@ class Interferences:
         if any(line.startswith(BROKEN) for line in [*said, *found]):
             yield f"{said}, {found}"
         if self.operation not in RESTORES:
-            if not acknowledged or state != self.aftermath.state_after("add"):
+            if not acknowledged or state != self.added_to_start:
                 yield f"{said}, {found}"
             return
         if not acknowledged:
             if not any(CHANGED in line for line in said):
                 yield f"refused for another reason: {said}"
-            if state != self.aftermath.typed[self.aftermath.before]:
+            if state != self.added_to_start:
                 yield f"refused, but {found}"
         elif state == self.aftermath.after:
             # It was added before: taking the restore back brings it.
             if not succeeds(folder, "undo-import"):
                 yield "the restore cannot be taken back"
             back = state_of(drive(folder, "verify"))
-            if back != self.aftermath.typed[self.aftermath.before]:
+            if back != self.added_to_start:
                 yield f"{said}: the entry is neither in the store nor in what comes back: {back}"
         elif state != self.aftermath.typed[self.aftermath.after]:
             yield f"{said}, but {found}"
