@@ -10,7 +10,7 @@ import shlex
 import shutil
 import sys
 
-from aftermath import Aftermath, names_in
+from aftermath import LAST_SNAPSHOT, Aftermath, names_in
 from fault_driver import BROKEN, DATA, DRIVER, STORE, drive, perform, run, state_of, succeeds
 
 RESTORES = ("import", "import-again", "undo-import")
@@ -90,7 +90,7 @@ class Interferences:
                 yield f"{said}: the entry is neither in the store nor in what comes back: {back}"
         elif state != self.aftermath.typed[self.aftermath.after]:
             yield f"{said}, but {found}"
-        yield from self.aftermath.left_behind(folder)
+        yield from self.aftermath.left_behind(folder, set() if acknowledged else {LAST_SNAPSHOT})
 
     def gone(self, folder, step):
         """The folder of the backup, as when a disk is removed."""
