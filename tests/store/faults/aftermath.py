@@ -22,6 +22,8 @@ KEPT = {"repair": (STORE + ".damaged-", 1), "upgrade": (STORE + ".BeforeV17-", 1
 # snapshot, since nobody can say whether a power cut would bring that save to life.
 LAST_SNAPSHOT = "Recovery/BeforeLastRestore.korvexbackup"
 UNDO_SNAPSHOT = "Recovery/BeforeUndo.korvexbackup"
+# SQLite's own beside a store that a killed program was reading.
+OF_LEGACY = {"legacy/default.store-wal", "legacy/default.store-shm"}
 # Where a repair fails the start goes on, and the next one repairs.
 REPAIRED_LATER = ("start", "carry-over")
 
@@ -93,7 +95,7 @@ class Aftermath:
         if state != "state none" and "writable" not in found:
             yield f"not writable: {found}"
         yield from self.next_steps(folder, state)
-        yield from self.left_behind(folder)
+        yield from self.left_behind(folder, OF_LEGACY if allowed is None else frozenset())
 
     def next_steps(self, folder, state):
         if self.operation in ("import", "import-again", "undo-import"):

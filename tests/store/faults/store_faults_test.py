@@ -19,7 +19,7 @@ WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,lin
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
 OPENING = "open,openat"
 ERRORS = ("ENOSPC", "EIO", "EROFS")
-LONG = 50
+LONG = 75
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board", "complete-all", "restore-deleted", "save",
