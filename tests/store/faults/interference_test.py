@@ -6,6 +6,7 @@
   none is made, and nobody is told of a success where there is no backup.
 """
 import collections
+import json
 import shlex
 import shutil
 import sys
@@ -37,8 +38,7 @@ class Interferences:
         steps = [line for line in said if line.startswith("step ")]
         if len(steps) < 4 or said[-1] != "acknowledged":
             sys.exit(f"{operation} was not seen at work: {said}")
-        acts = {"export": (self.gone, self.replaced),
-                "automatic-backup": (self.gone, self.replaced)}.get(operation, ())
+        acts = (self.taken_back,) if operation in RESTORES else (self.gone, self.replaced)
         self.cases = [Case(step, act) for step in range(1, len(steps) + 1)
                       for act in (self.added, *acts)]
 
@@ -91,6 +91,20 @@ class Interferences:
         elif state != self.aftermath.typed[self.aftermath.after]:
             yield f"{said}, but {found}"
         yield from self.aftermath.left_behind(folder, set() if acknowledged else {LAST_SNAPSHOT})
+
+    def taken_back(self, folder, step):
+        log = folder / "taken-back"
+        second = shlex.join([DRIVER, "perform", "undo-import", str(folder / DATA / STORE)])
+        said = interfere(folder, self.operation, step, f"{second} > {shlex.quote(str(log))}")
+        found = drive(folder, "verify")
+        if any(line.startswith(BROKEN) for line in [*said, *log.read_text().splitlines(), *found]):
+            yield f"{said}, {log.read_text()}, {found}"
+        words = state_of(found) + "".join(
+            entry["content"] for snapshot in (folder / DATA / "Recovery").glob("*.korvexbackup")
+            for entry in json.loads(snapshot.read_bytes())["entries"])
+        for word in ("todo 0",) if self.operation == "import" else ("todo 0", "added"):
+            if word not in words:
+                yield f"{word} is lost: {said}, {log.read_text()}, {found}"
 
     def gone(self, folder, step):
         """The folder of the backup, as when a disk is removed."""
