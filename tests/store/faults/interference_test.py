@@ -38,7 +38,9 @@ class Interferences:
         steps = [line for line in said if line.startswith("step ")]
         if len(steps) < 4 or said[-1] != "acknowledged":
             sys.exit(f"{operation} was not seen at work: {said}")
-        acts = (self.taken_back,) if operation in RESTORES else (self.gone, self.replaced)
+        acts = {"import": (self.taken_back,), "undo-import": (self.taken_back,),
+                # One after the other they leave the words of two stores, of which one is kept.
+                "import-again": ()}.get(operation, (self.gone, self.replaced))
         self.cases = [Case(step, act) for step in range(1, len(steps) + 1)
                       for act in (self.added, *acts)]
 
