@@ -27,23 +27,12 @@ std::filesystem::path oldStore() {
     static const auto file = [] {
         auto path = scratch() / "old.store";
         tests::OldStore old(path, tests::OldStore::version("V10"));
-        const auto board = base::Uuid::random();
-        old.addBoard({{"id", board},
-                      {"name", std::string("Inbox")},
-                      {"createdAt", 1.0},
-                      {"updatedAt", 1.0},
-                      {"sortOrder", std::int64_t{0}},
-                      {"isSystem", std::int64_t{1}}});
+        const auto board = tests::OldStore::board("Inbox");
+        old.addBoard(board);
         std::int64_t order = 0;
         for (auto& body : bench::bodies(kEntries)) {
-            old.addEntry({{"id", base::Uuid::random()},
-                          {"type", std::string(order % 2 == 0 ? "todo" : "text")},
-                          {"content", std::move(body)},
-                          {"createdAt", bench::kNow.seconds},
-                          {"updatedAt", bench::kNow.seconds},
-                          {"sortOrder", order},
-                          {"isCompleted", std::int64_t{0}},
-                          {"board", board}});
+            old.addEntry(tests::OldStore::entry(board, order % 2 == 0 ? "todo" : "text",
+                                                std::move(body), {{"sortOrder", order}}));
             ++order;
         }
         return path;

@@ -11,7 +11,8 @@ fs::path dataDirectory(const std::optional<fs::path>& given) {
     const auto folder = given.value_or(userFolder("XDG_DATA_HOME", ".local/share") / "korvex");
     // Programs tell each other of changes by the store's path, so one folder must have one name.
     std::error_code error;
-    const auto canonical = fs::weakly_canonical(folder, error);
+    // Made absolute first: what does not exist yet has no other name that is canonical.
+    const auto canonical = fs::weakly_canonical(fs::absolute(folder), error);
     return error ? fs::absolute(folder) : canonical;
 }
 

@@ -34,6 +34,7 @@ StoreOpening::Opened open(const std::filesystem::path& file, const std::optional
     opened.container = std::move(started.container);
     opened.context = std::move(started.context);
     opened.mergedBoards = std::move(started.mergedBoards);
+    opened.notices = std::move(started.notices);
     readBoard(*opened.context, board, log);
     return opened;
 }

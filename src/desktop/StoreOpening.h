@@ -9,6 +9,7 @@
 #include <future>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,8 @@ public:
         std::unique_ptr<store::ModelContext> context;
         /// Boards that another took the place of: the preferences are to name that one.
         std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards;
+        /// What the user should know of the start, in full sentences.
+        std::vector<std::string> notices;
     };
     /// Waits for the store. Once. Throws what it could not be opened for.
     Opened take() { return m_opened.get(); }

@@ -158,7 +158,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         window.storeAll();
         QApplication::exit();
     });
-    auto notices = container.notices();
+    auto notices = std::move(store.notices);
     if (missing) {
         notices.push_back(*missing);
     }

@@ -175,7 +175,9 @@ std::vector<Board*> BackupService::finish(PreparedRestore prepared, base::Instan
             services::BoardService(context, reminders, widgets, *m_sink)
                 .initializeDefaultBoards(now, services::BoardService::SaveChanges::no);
             DataIntegrityService(context, *m_sink)
-                .repair({.saveChanges = DataIntegrityService::SaveChanges::no, .now = now});
+                .repair({.saveChanges = DataIntegrityService::SaveChanges::no,
+                         .contents = DataIntegrityService::Contents::leave, // validated
+                         .now = now});
             if (hooks.beforeSave) {
                 hooks.beforeSave();
             }

@@ -12,31 +12,58 @@
 
 namespace korvex::storage {
 
-void CloudStorePreparation::prepare(const std::filesystem::path& at, base::Instant now) const {
-    if (storeMarkers::isSet(at, storeMarkers::kPreparedForCloud)) {
-        return;
+namespace {
+
+constexpr std::string_view kCopy = "BeforeCloudV11";
+
+/// Of the copies that attempts before this one have left, only the first one stays: what is newer
+/// was changed by them already.
+void keepCopy(const store::StoreFile& store) {
+    const auto earlier = store.kept(kCopy);
+    const auto copy = store.keptName(kCopy);
+    store.copyTo(copy);
+    store::StoreFile(copy).checkThatItOpens(SharedModelContainer::schema());
+    for (std::size_t i = 1; i < earlier.size(); ++i) {
+        std::error_code nextTime;
+        std::filesystem::remove(earlier[i], nextTime);
     }
-    std::error_code ignored;
-    if (!std::filesystem::exists(at, ignored)) {
+}
+
+} // namespace
+
+CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesystem::path& at,
+                                                               base::Instant now) const {
+    if (storeMarkers::isSet(at, storeMarkers::kPreparedForCloud)) {
+        return {};
+    }
+    const store::StoreFile file(at);
+    if (!file.exists()) {
         throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
     }
-    store::StoreFile(at).copyTo(store::StoreFile(at).keptName("BeforeCloudV11"));
+    if (!file.isWritable()) {
+        return {};
+    }
+    keepCopy(file);
     const auto container =
-        store::ModelContainer::open(SharedModelContainer::schema(),
-                                    {.file = at,
-                                     .whenMissing = store::ModelConfiguration::Missing::refuse,
-                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
-                                    *m_log);
+        SharedModelContainer::make({.storeURL = at,
+                                    .existingStoreOnly = true,
+                                    .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                   *m_log);
+    Prepared prepared{.wasUpgraded = container->wasUpgraded()};
     {
         store::ModelContext context(*container);
         services::NoReminders reminders;
         services::NoWidgets widgets;
         services::BoardService(context, reminders, widgets, *m_log).initializeDefaultBoards(now);
-        DataIntegrityService(context, *m_log).repair({.now = now});
+        DataIntegrityService(context, *m_log)
+            .repair({.now = now, .onMergedBoard = [&](const auto& from, const auto& to) {
+                         prepared.mergedBoards.emplace_back(from, to);
+                     }});
     }
     Work work;
     exportBackup(*container, at.parent_path() / kBackupName, now, *m_log, work);
     storeMarkers::set(at, storeMarkers::kPreparedForCloud);
+    return prepared;
 }
 
 } // namespace korvex::storage

@@ -2,8 +2,11 @@
 
 #include "base/Instant.h"
 #include "base/Log.h"
+#include "base/Uuid.h"
 
 #include <filesystem>
+#include <utility>
+#include <vector>
 
 namespace korvex::storage {
 
@@ -16,11 +19,17 @@ public:
 
     explicit CloudStorePreparation(base::LogSink& log) : m_log(&log) {}
 
+    struct Prepared {
+        /// Boards that another took the place of: the preferences are to name that one.
+        std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards = {};
+        bool wasUpgraded = false;
+    };
     /// Keeps a copy of the store beside it first, under a name with ".BeforeCloudV11-" in it, then
-    /// repairs it and writes the backup. Does nothing where it has been done. Throws
-    /// SharedStoreError `incompleteStore`, StoreError, BackupError and FileError; nothing is marked
-    /// as done then, and the next call begins anew.
-    void prepare(const std::filesystem::path& at, base::Instant now) const;
+    /// upgrades and repairs it and writes the backup. Does nothing where it has been done or
+    /// nothing can be written. Throws SharedStoreError `notPrepared` and `incompleteStore`,
+    /// StoreError, BackupError and FileError; nothing is marked as done then, and the next call
+    /// begins anew: of the copies of several such calls the first and the last stay.
+    Prepared prepare(const std::filesystem::path& at, base::Instant now) const;
 
 private:
     base::LogSink* m_log;

@@ -7,6 +7,7 @@
 #include "services/EntryNumbering.h"
 #include "services/OrderKey.h"
 #include "storage/SoundValues.h"
+#include "storage/UnreadableContents.h"
 
 #include <algorithm>
 #include <array>
@@ -65,6 +66,7 @@ struct Findings {
     bool needsInbox = false;
     /// Boards whose entries are not dense, or will not be.
     std::set<base::Uuid> unordered;
+    std::vector<UnreadableContent> unreadable;
     RepairReport report;
 };
 
@@ -118,9 +120,10 @@ public:
                 m_findings.unordered.insert(board);
             }
         }
-        if (!m_isOrdering) {
-            m_findings.unordered.clear();
-        }
+        // Two rows without an identifier are one record, so their numbers cannot become dense.
+        std::erase_if(m_findings.unordered, [&](const base::Uuid& board) {
+            return !m_isOrdering || m_damagedOn.contains(board);
+        });
         if (!m_findings.unordered.empty()) {
             m_findings.report.repaired[RepairKind::entryOrder] = m_findings.unordered.size();
         }
@@ -131,7 +134,11 @@ private:
     void lookAtBoards() {
         auto& boards = m_findings.boards;
         for (const auto* const board : m_context.fetch<Board>()) {
-            boards.push_back(board->fields());
+            if (hasIdentifier<Board>(board->id())) {
+                boards.push_back(board->fields());
+            } else {
+                ++m_findings.report.damaged;
+            }
         }
         makeSound(boards, m_isOrdering ? BoardNumbers::dense : BoardNumbers::asTheyAre, m_merged,
                   m_findings.newlyMerged, m_findings.report);
@@ -153,6 +160,11 @@ private:
     }
 
     void lookAt(const EntryValues& stored) {
+        if (!hasIdentifier<Entry>(stored.id)) {
+            ++m_findings.report.damaged;
+            m_damagedOn.insert(stored.board.value_or(base::Uuid()));
+            return;
+        }
         auto sound = stored;
         makeSound(sound, m_findings.report);
         const auto board = boardFor(stored.board);
@@ -168,6 +180,13 @@ private:
         if (!(sound == stored)) {
             m_findings.entries.push_back(std::move(sound));
         }
+    }
+
+    /// What is none reads as the nil identifier, and is not found by it.
+    template <typename T>
+    bool hasIdentifier(const base::Uuid& id) {
+        return id != base::Uuid() ||
+               m_context.count<T>(store::FieldReference{T::idField} == store::Value{id}) == 1;
     }
 
     /// Where an entry belongs that stands on `board`; absent for an Inbox that is to be made.
@@ -198,6 +217,7 @@ private:
     MergedBoards m_merged;
     std::optional<base::Uuid> m_inbox;
     std::map<base::Uuid, EntryNumbers> m_numbers;
+    std::set<base::Uuid> m_damagedOn;
     std::pair<const base::Uuid, EntryNumbers>* m_last = nullptr;
 };
 
@@ -225,20 +245,32 @@ void apply(const EntryValues& values, Entry& entry) {
 
 void apply(Findings& findings, store::ModelContext& context) {
     for (const auto& fields : findings.boards) {
-        apply(fields, *context.find<Board>(fields.id));
+        if (auto* const board = context.find<Board>(fields.id)) {
+            apply(fields, *board);
+        }
     }
     for (const auto& values : findings.entries) {
-        apply(values, *context.find<Entry>(values.id));
+        if (auto* const entry = context.find<Entry>(values.id)) {
+            apply(values, *entry);
+        }
     }
     std::sort(findings.moves.begin(), findings.moves.end());
     std::vector<services::PlacedEntry> places;
     for (const auto& move : findings.moves) {
-        places.push_back(
-            {.entry = context.find<Entry>(move.order.id), .board = context.find<Board>(move.to)});
+        auto* const entry = context.find<Entry>(move.order.id);
+        auto* const board = context.find<Board>(move.to);
+        if (entry && board) {
+            places.push_back({.entry = entry, .board = board});
+        }
     }
     services::putInPlace(places);
     for (const auto& id : findings.unordered) {
-        services::normalizeSortOrder(*context.find<Board>(id));
+        if (const auto* const board = context.find<Board>(id)) {
+            services::normalizeSortOrder(*board);
+        }
+    }
+    for (const auto& content : findings.unreadable) {
+        setAside(content, context);
     }
 }
 
@@ -248,18 +280,32 @@ DataIntegrityService::DataIntegrityService(store::ModelContext& context, base::L
     : m_context(&context), m_sink(&log), m_log(log, "DataIntegrity") {}
 
 RepairReport DataIntegrityService::repair(const Request& request) const {
-    const auto look = [&] { return Look(*m_context, request.normalizeOrdering).findings(); };
+    const auto look = [&] {
+        auto findings = Look(*m_context, request.normalizeOrdering).findings();
+        if (request.contents == Contents::read) {
+            findings.unreadable = unreadableContents(*m_context, *m_sink);
+        }
+        for (const auto& content : findings.unreadable) {
+            ++findings.report.repaired[content.kind];
+        }
+        return findings;
+    };
     m_context->refresh();
     {
         const store::ReadingStep step(m_context->container());
-        if (look().report.isEmpty()) {
-            return {};
+        const auto report = look().report;
+        if (report.damaged > 0) {
+            m_log.warning(std::to_string(report.damaged) +
+                          " records have no identifier that can be read");
+        }
+        if (report.isEmpty()) {
+            return report;
         }
     }
     const store::LockedStep step(*m_context);
     auto findings = look();
     if (findings.report.isEmpty()) {
-        return {};
+        return findings.report;
     }
     try {
         if (findings.needsInbox) {

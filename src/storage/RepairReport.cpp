@@ -28,6 +28,10 @@ std::string_view titleOf(RepairKind kind) {
         return "Dates outside the calendar";
     case RepairKind::entryOrder:
         return "Boards whose entries were numbered anew";
+    case RepairKind::unreadableTexts:
+        return "Formatted texts that could not be read, kept in files beside the store";
+    case RepairKind::unreadableAttachments:
+        return "Attachments that could not be read, kept in files beside the store";
     }
     return {};
 }
@@ -58,6 +62,10 @@ std::string_view rawValue(RepairKind kind) {
         return "dates";
     case RepairKind::entryOrder:
         return "entryOrder";
+    case RepairKind::unreadableTexts:
+        return "unreadableTexts";
+    case RepairKind::unreadableAttachments:
+        return "unreadableAttachments";
     }
     return {};
 }

@@ -20,6 +20,8 @@ enum class RepairKind {
     schedules,
     dates,
     entryOrder,
+    unreadableTexts,
+    unreadableAttachments,
 };
 
 /// What was done about it, in English, for a list of counts: "Entries moved to the Inbox, whose
@@ -31,7 +33,11 @@ std::string_view rawValue(RepairKind kind);
 /// How many values of each kind were repaired; what is not in it was sound.
 struct RepairReport {
     std::map<RepairKind, std::size_t> repaired;
+    /// Boards and entries whose identifier cannot be read. They are damaged, and left as they are:
+    /// `repairStore` saves them.
+    std::size_t damaged = 0;
 
+    /// Nothing is to be changed.
     bool isEmpty() const { return repaired.empty(); }
     std::size_t count() const {
         std::size_t count = 0;

@@ -25,10 +25,7 @@ void checkThatItIsPrepared(const std::filesystem::path& file,
     if (!storeMarkers::isSet(file, storeMarkers::kPrepared)) {
         throw SharedStoreError(Which::notPrepared);
     }
-    std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored)) {
-        throw SharedStoreError(Which::incompleteStore);
-    }
+    storeMarkers::checkThatNothingIsGone(file);
     if (options.cloudKitIdentifier && !storeMarkers::isSet(file, storeMarkers::kPreparedForCloud)) {
         throw SharedStoreError(Which::cloudMigrationRequired);
     }
@@ -60,8 +57,9 @@ std::unique_ptr<store::ModelContainer> SharedModelContainer::make(const Options&
         auto made = configuration(file, cloud);
         made.whenMissing = options.existingStoreOnly ? Configuration::Missing::refuse
                                                      : Configuration::Missing::create;
-        made.whenOlder = options.existingStoreOnly ? Configuration::Older::refuse
-                                                   : Configuration::Older::upgrade;
+        made.whenOlder =
+            options.whenOlder.value_or(options.existingStoreOnly ? Configuration::Older::refuse
+                                                                 : Configuration::Older::upgrade);
         return store::ModelContainer::open(schema(), made, log);
     };
     try {
@@ -79,6 +77,28 @@ std::unique_ptr<store::ModelContainer> SharedModelContainer::make(const Options&
             throw SharedStoreError(Which::cloudMigrationRequired);
         }
         throw;
+    }
+}
+
+std::unique_ptr<store::ModelContainer>
+SharedModelContainer::openExisting(const std::filesystem::path& file,
+                                   store::ModelConfiguration::Older whenOlder, base::LogSink& log) {
+    storeMarkers::checkThatNothingIsGone(file);
+    return store::ModelContainer::open(schema(),
+                                       {.file = file,
+                                        .whenMissing = store::ModelConfiguration::Missing::refuse,
+                                        .whenOlder = whenOlder},
+                                       log);
+}
+
+void SharedModelContainer::checkThatItIsAStore(const std::filesystem::path& file,
+                                               base::LogSink& log) {
+    try {
+        store::ModelContainer::open(schema(), {.file = file, .allowsSave = false}, log);
+    } catch (const store::StoreError& error) {
+        if (error.which() != store::StoreErrorCase::needsUpgrade) {
+            throw;
+        }
     }
 }
 

@@ -8,15 +8,15 @@
 #include "storage/StoreMarkers.h"
 #include "store/StoreError.h"
 #include "store/StoreFile.h"
+#include "store/StoreLock.h"
+#include "store/StoreSalvage.h"
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
-#include <cstring>
-#include <string>
 
 namespace korvex::storage {
 
@@ -26,32 +26,19 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kStagingPrefix = ".migration-";
 
-[[noreturn]] void throwSystemError(int error) {
-    throw store::StoreError(error == ENOSPC || error == EDQUOT ? store::StoreErrorCase::full
-                                                               : store::StoreErrorCase::inputOutput,
-                            std::strerror(error));
-}
+/// Of whoever comes second, for the first one: to carry a store over takes as long as to copy it
+/// some times.
+constexpr std::chrono::minutes kPatience{1};
 
-base::FileDescriptor openFolder(const fs::path& folder) {
-    return base::FileDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-}
-
-/// A folder to work in, locked as long as it is in use, so that nobody takes it for left behind.
+/// A folder to work in. The store's write lock must be held as long as there is one, so that any
+/// other is known to be left behind.
 class StagingFolder {
 public:
     explicit StagingFolder(const fs::path& parent)
         : m_path(parent / (std::string(kStagingPrefix) + base::Uuid::random().text())) {
-        std::error_code failure;
-        fs::create_directories(parent, failure);
-        if (failure) {
-            throw store::StoreError(store::StoreErrorCase::noFolder,
-                                    parent.string() + ": " + failure.message());
-        }
         if (::mkdir(m_path.c_str(), S_IRWXU) != 0) {
-            throwSystemError(errno);
+            store::throwSystemError(errno);
         }
-        m_lock = openFolder(m_path);
-        ::flock(m_lock.get(), LOCK_EX | LOCK_NB);
     }
     ~StagingFolder() {
         std::error_code ignored;
@@ -67,49 +54,45 @@ public:
         for (fs::directory_iterator at(parent, ignored), end; !ignored && at != end;
              at.increment(ignored)) {
             if (at->path().filename().string().starts_with(kStagingPrefix)) {
-                const auto folder = openFolder(at->path());
-                if (folder.isOpen() && ::flock(folder.get(), LOCK_EX | LOCK_NB) == 0) {
-                    std::error_code failure;
-                    fs::remove_all(at->path(), failure);
-                }
+                std::error_code failure;
+                fs::remove_all(at->path(), failure);
             }
         }
     }
 
 private:
     fs::path m_path;
-    base::FileDescriptor m_lock;
 };
 
-/// Moves a store that is closed and synced; true also where another program was faster.
+/// Moves a store that is closed and synced to where none is.
 void publish(const fs::path& staged, const fs::path& store) {
-    if (::renameat2(AT_FDCWD, staged.c_str(), AT_FDCWD, store.c_str(), RENAME_NOREPLACE) != 0 &&
-        errno != EEXIST) {
-        throwSystemError(errno);
+    if (::renameat2(AT_FDCWD, staged.c_str(), AT_FDCWD, store.c_str(), RENAME_NOREPLACE) != 0) {
+        store::throwSystemError(errno);
     }
-    const auto folder = openFolder(store.parent_path());
+    const base::FileDescriptor folder(
+        ::open(store.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (::fsync(folder.get()) != 0) {
-        throwSystemError(errno);
+        store::throwSystemError(errno);
     }
 }
 
 bool isThere(const fs::path& file) {
     std::error_code failure;
-    const auto status = fs::status(file, failure);
     // What cannot be looked at is left to whoever opens it, with the reason.
-    return status.type() != fs::file_type::not_found;
+    return fs::status(file, failure).type() != fs::file_type::not_found;
 }
 
-/// Of whatever version. Throws StoreError.
-void checkThatItIsAStore(const fs::path& file, base::LogSink& log) {
-    try {
-        store::ModelContainer::open(SharedModelContainer::schema(),
-                                    {.file = file, .allowsSave = false}, log);
-    } catch (const store::StoreError& error) {
-        if (error.which() != store::StoreErrorCase::needsUpgrade) {
-            throw;
-        }
+/// What is to be said of a legacy store of which not everything could be carried over.
+std::string noticeOf(const store::SalvageReport& salvage, const fs::path& legacy) {
+    std::size_t missing = 0;
+    for (const auto& loss : salvage.losses) {
+        missing += loss.missing;
     }
+    return "The store of an older Korvex is damaged. " + std::to_string(salvage.saved) +
+           " records could be taken over" +
+           (missing > 0 ? ", " + std::to_string(missing) + " are missing" : std::string()) +
+           (salvage.mayMissMore ? ", and maybe more than can be told. " : ". ") +
+           "It has been left as it is: " + legacy.string();
 }
 
 } // namespace
@@ -117,59 +100,93 @@ void checkThatItIsAStore(const fs::path& file, base::LogSink& log) {
 SharedStoreMigration::SharedStoreMigration(base::LogSink& log)
     : m_sink(&log), m_log(log, "SharedStore") {}
 
-void SharedStoreMigration::prepare(const std::optional<fs::path>& legacyURL,
-                                   const fs::path& directory) const {
-    const auto store = app::storeFile(directory);
-    if (storeMarkers::isSet(store, storeMarkers::kPrepared)) {
-        if (!isThere(store)) {
-            throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
-        }
-        StagingFolder::removeLeftovers(directory);
-        return;
+std::vector<std::string> SharedStoreMigration::prepare(const std::optional<fs::path>& legacyURL,
+                                                       const fs::path& directory) const {
+    try {
+        return makePlace(legacyURL, app::storeFile(directory));
+    } catch (const base::Error& error) {
+        // Who called tells the user.
+        m_log.warning("Migration failed; original untouched: " + error.errorDescription() + " (" +
+                      std::to_string(error.code()) + ")");
+        throw;
     }
-    StagingFolder::removeLeftovers(directory);
-    if (isThere(store)) {
-        if (::access(directory.c_str(), W_OK) != 0) {
-            return;
-        }
-        checkThatItIsAStore(store, *m_sink);
-    } else if (legacyURL && isThere(*legacyURL)) {
-        try {
-            carryOver(*legacyURL, store);
-        } catch (const base::Error& error) {
-            m_log.error("Migration failed; original untouched: " + error.errorDescription() + " (" +
-                        std::to_string(error.code()) + ")");
-            throw;
-        }
-    } else {
-        store::ModelContainer::open(SharedModelContainer::schema(), {.file = store}, *m_sink);
-    }
-    storeMarkers::set(store, storeMarkers::kPrepared);
 }
 
-void SharedStoreMigration::carryOver(const fs::path& legacy, const fs::path& store) const {
-    // Another store's journal would be taken for one of the store that is published here.
-    if (isThere(store.string() + "-wal")) {
-        throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
+std::vector<std::string> SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL,
+                                                         const fs::path& store) const {
+    const auto directory = store.parent_path();
+    const auto isPrepared = [&] { return storeMarkers::isSet(store, storeMarkers::kPrepared); };
+    storeMarkers::checkThatNothingIsGone(store);
+    if (isPrepared()) {
+        StagingFolder::removeLeftovers(directory);
+        return {};
     }
+    const store::StoreFile file(store);
+    if (file.exists() && !file.isWritable()) {
+        return {};
+    }
+    file.makeFolder();
+    store::StoreLock lock(file.lockFile(), kPatience);
+    const store::StoreLock::Guard guard(&lock);
+    if (isPrepared()) {
+        return {}; // another program was faster
+    }
+    StagingFolder::removeLeftovers(directory);
+    std::vector<std::string> notices;
+    auto isCarriedOver = false;
+    if (file.exists()) {
+        SharedModelContainer::checkThatItIsAStore(store, *m_sink);
+    } else if (file.isGone(lock)) {
+        // Nothing takes the place of a store that was here and that somebody may put back.
+        throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
+    } else if (legacyURL && isThere(*legacyURL)) {
+        notices = carryOver(*legacyURL, store);
+        isCarriedOver = true;
+    } else {
+        file.removeStaging();
+        file.create(SharedModelContainer::schema());
+    }
+    // After the store: a kill in between leaves a store that the next start finds and marks, while
+    // a marker without one would say that the user's data is gone.
+    storeMarkers::set(store, storeMarkers::kPrepared);
+    if (isCarriedOver) {
+        m_log.info("Published the shared store");
+    }
+    return notices;
+}
+
+std::vector<std::string> SharedStoreMigration::carryOver(const fs::path& legacy,
+                                                         const fs::path& store) const {
     const StagingFolder staging(store.parent_path());
     const auto staged = staging.path() / store.filename();
     store::StoreFile(legacy).copyTo(staged);
-    validateStore(staged);
-    m_log.info("Verified a snapshot of the legacy store; original retained");
+    std::vector<std::string> notices;
+    try {
+        validateStore(staged);
+        m_log.info("Verified a snapshot of the legacy store; original retained");
+    } catch (const store::StoreError& error) {
+        if (error.which() != store::StoreErrorCase::damaged) {
+            throw;
+        }
+        notices.push_back(noticeOf(
+            store::salvageStore(staged, SharedModelContainer::schema(), kPatience, *m_sink),
+            legacy));
+        m_log.warning(notices.back());
+        validateStore(staged);
+    }
     publish(staged, store);
-    m_log.info("Published the shared store");
+    return notices;
 }
 
 void SharedStoreMigration::validateStore(const fs::path& at) const {
     const auto container =
-        store::ModelContainer::open(SharedModelContainer::schema(),
-                                    {.file = at,
-                                     .whenMissing = store::ModelConfiguration::Missing::refuse,
-                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
-                                    *m_sink);
-    for (const auto& problem : container->check().problems) {
+        SharedModelContainer::openExisting(at, store::ModelConfiguration::Older::upgrade, *m_sink);
+    const auto report = container->check();
+    for (const auto& problem : report.problems) {
         m_log.warning(problem);
+    }
+    if (report.isDamaged) {
+        throw store::StoreError(store::StoreErrorCase::damaged);
     }
     // The file alone is the store then.
     container->checkpoint();

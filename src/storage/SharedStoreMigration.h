@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace korvex::storage {
 
@@ -15,18 +17,22 @@ public:
 
     /// Leaves a store in `directory` and the marker that it is complete, in this order, so that a
     /// kill in between costs nothing. A store that stands there already is never replaced, and the
-    /// legacy one is never changed. With the marker it costs a look into the folder, in which what
-    /// killed runs left is removed. Where the folder may not be written there is nothing to
-    /// prepare. Throws SharedStoreError `incompleteStore` and StoreError.
-    void prepare(const std::optional<std::filesystem::path>& legacyURL,
-                 const std::filesystem::path& directory) const;
+    /// legacy one is never changed; of a damaged one what can be read is carried over. With the
+    /// marker it costs a look into the folder, in which what killed runs left is removed. Where the
+    /// folder may not be written there is nothing to prepare. Returns what the user should know, in
+    /// full sentences. Throws SharedStoreError `incompleteStore` and StoreError.
+    std::vector<std::string> prepare(const std::optional<std::filesystem::path>& legacyURL,
+                                     const std::filesystem::path& directory) const;
 
-    /// Opens a store file, upgrades it where it is older, and reads all of it. What is damaged in
-    /// it is logged: it can be repaired later. Throws StoreError where it is no readable store.
+    /// Opens a store file, upgrades it where it is older, and reads all of it. Throws StoreError,
+    /// `damaged` also where only some of it cannot be read.
     void validateStore(const std::filesystem::path& at) const;
 
 private:
-    void carryOver(const std::filesystem::path& legacy, const std::filesystem::path& store) const;
+    std::vector<std::string> makePlace(const std::optional<std::filesystem::path>& legacyURL,
+                                       const std::filesystem::path& store) const;
+    std::vector<std::string> carryOver(const std::filesystem::path& legacy,
+                                       const std::filesystem::path& store) const;
 
     base::LogSink* m_sink;
     base::Logger m_log;

@@ -2,6 +2,7 @@
 
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
+#include "storage/SharedStoreError.h"
 #include "store/StoreError.h"
 
 namespace korvex::storage::storeMarkers {
@@ -24,15 +25,20 @@ bool isSet(const std::filesystem::path& store, std::string_view marker) {
 void set(const std::filesystem::path& store, std::string_view marker, std::string_view contents) {
     const auto error = base::replaceFile(pathOf(store, marker), contents);
     if (error) {
-        throw store::StoreError(error == std::errc::no_space_on_device
-                                    ? store::StoreErrorCase::full
-                                    : store::StoreErrorCase::inputOutput,
-                                error.message());
+        store::throwSystemError(error.value());
     }
 }
 
 bool says(const std::filesystem::path& store, std::string_view marker, std::string_view contents) {
     return base::readSmallFile(pathOf(store, marker), kLongest) == contents;
+}
+
+void checkThatNothingIsGone(const std::filesystem::path& store) {
+    std::error_code failure;
+    const auto status = std::filesystem::status(store, failure);
+    if (status.type() == std::filesystem::file_type::not_found && isSet(store, kPrepared)) {
+        throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
+    }
 }
 
 } // namespace korvex::storage::storeMarkers

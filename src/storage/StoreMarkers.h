@@ -20,4 +20,8 @@ void set(const std::filesystem::path& store, std::string_view marker,
 /// Whether it says just that.
 bool says(const std::filesystem::path& store, std::string_view marker, std::string_view contents);
 
+/// Throws SharedStoreError `incompleteStore` where the folder says that it has the store of all
+/// programs and the store is not there. What cannot be looked at is left to whoever opens it.
+void checkThatNothingIsGone(const std::filesystem::path& store);
+
 } // namespace korvex::storage::storeMarkers

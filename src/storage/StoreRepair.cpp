@@ -1,6 +1,7 @@
 #include "storage/StoreRepair.h"
 
 #include "model/Board.h"
+#include "model/Entry.h"
 #include "storage/DataIntegrityService.h"
 #include "storage/SharedModelContainer.h"
 #include "store/ModelContext.h"
@@ -13,27 +14,40 @@ namespace {
 constexpr std::chrono::seconds kPatience{10};
 
 std::unique_ptr<store::ModelContainer> open(const std::filesystem::path& file, base::LogSink& log) {
-    using Configuration = store::ModelConfiguration;
-    auto container = store::ModelContainer::open(SharedModelContainer::schema(),
-                                                 {.file = file,
-                                                  .whenMissing = Configuration::Missing::refuse,
-                                                  .whenOlder = Configuration::Older::upgrade},
-                                                 log);
+    auto container =
+        SharedModelContainer::openExisting(file, store::ModelConfiguration::Older::upgrade, log);
     if (!container->allowsSave()) {
         throw store::StoreError(store::StoreErrorCase::readOnly);
     }
     return container;
 }
 
-bool isDamaged(const std::filesystem::path& file, base::LogSink& log) {
+bool isDamaged(const std::filesystem::path& file, base::LogSink& log, Work& work) {
     try {
-        return open(file, log)->check().isDamaged;
+        const auto container = open(file, log);
+        {
+            store::ModelContext context(*container);
+            work.begin(Stage::checking,
+                       context.count<model::Board>() + context.count<model::Entry>());
+        }
+        return container->check([&](std::size_t records) { work.advance(records); }).isDamaged;
     } catch (const store::StoreError& error) {
         if (error.which() != store::StoreErrorCase::damaged) {
             throw;
         }
         return true;
     }
+}
+
+store::SalvageReport salvage(const std::filesystem::path& file, base::LogSink& log, Work& work) {
+    return store::salvageStore(file, SharedModelContainer::schema(), kPatience, log,
+                               [&](std::size_t done, std::size_t of) {
+                                   if (done == 0) {
+                                       work.begin(Stage::writing, of);
+                                   } else {
+                                       work.advance(1);
+                                   }
+                               });
 }
 
 std::vector<std::string> boardNames(const store::SalvageReport& salvage,
@@ -52,13 +66,10 @@ StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Inst
                               base::LogSink& log, Work& work) {
     StoreRepairReport report;
     work.begin(Stage::checking);
-    const auto needsSalvage = isDamaged(storeFile, log);
-    work.checkCancellation();
-    work.begin(Stage::replacing);
-    if (needsSalvage) {
-        report.salvage =
-            store::salvageStore(storeFile, SharedModelContainer::schema(), kPatience, log);
+    if (isDamaged(storeFile, log, work)) {
+        report.salvage = salvage(storeFile, log, work);
     }
+    work.beginForGood(Stage::replacing);
     const auto container = open(storeFile, log);
     store::ModelContext context(*container);
     if (report.salvage) {
@@ -69,6 +80,7 @@ StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Inst
             .repair({.now = now, .onMergedBoard = [&](const auto& from, const auto& to) {
                          report.mergedBoards.emplace_back(from, to);
                      }});
+    container->adopt();
     return report;
 }
 

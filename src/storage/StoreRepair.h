@@ -29,8 +29,9 @@ struct StoreRepairReport {
 };
 
 /// Reads the whole store; saves what can be read of a damaged one, then repairs its metadata. No
-/// container of the store may be open in this process. Any thread; blocks. Can be cancelled while
-/// it is checked. Throws StoreError and Cancelled.
+/// container of the store may be open in this process. Any thread; blocks. Can be cancelled until
+/// the new store takes the damaged one's place. Throws StoreError, SharedStoreError
+/// `incompleteStore` and Cancelled.
 StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Instant now,
                               base::LogSink& log, Work& work);
 

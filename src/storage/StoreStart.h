@@ -22,11 +22,15 @@ struct StartedStore {
     std::unique_ptr<store::ModelContext> context;
     /// Boards that another took the place of: the preferences are to name that one.
     std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards;
+    /// What the user should know of this start, in full sentences.
+    std::vector<std::string> notices;
 };
 
 /// What a program that may prepare the store does with it at its start, in this order: prepares the
 /// folder, opens the store, which upgrades or creates it, and repairs its metadata. The boards that
-/// every store has come next, from the board service.
+/// every store has come next, from the board service, and the preferences follow the boards that
+/// were merged. They may have been read before all this, since they name a board only where it is
+/// asked for.
 ///
 /// The repair reads every entry, so it runs where something else than this build's services has
 /// written to the store: after an upgrade, where the file has come from elsewhere, and where an

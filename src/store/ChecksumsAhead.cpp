@@ -1,6 +1,5 @@
 #include "store/ChecksumsAhead.h"
 
-#include "store/ChecksumFunction.h"
 #include "store/Statement.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
@@ -13,30 +12,18 @@ namespace {
 
 constexpr std::size_t kBatch = 1024;
 
-/// "rowid, checksum" of every row, after the functions that it needs.
-std::string prepared(sqlite3* database, const OlderTable& table) {
-    std::vector<StoredField> newFields;
-    std::string newValues;
-    std::string storedValues;
-    for (const auto index : tableSql::rowFields(*table.type)) {
-        newFields.push_back({table.type->fields[index].name, table.type->fields[index].kind});
-        newValues +=
-            (newValues.empty() ? "" : ", ") + resolved(table.values[index], tableSql::quoted);
-    }
-    for (const auto& each : table.rowFields()) {
-        storedValues += (storedValues.empty() ? "" : ", ") + tableSql::quoted(each.name);
-    }
-    addChecksumFunction(database, "storedChecksum", table.type->name, table.rowFields());
-    addChecksumFunction(database, "newChecksum", table.type->name, newFields);
-    return "SELECT rowid, CASE storedChecksum(" + storedValues +
-           ") WHEN checksum THEN newChecksum(" + newValues + ") ELSE ~newChecksum(" + newValues +
-           ") END FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED ORDER BY rowid";
+/// "rowid, checksum, whether the row is sound" of every row.
+std::string selectRows(sqlite3* database, const OlderTable& table) {
+    const RowReading reading(database, table);
+    return "SELECT rowid, " + std::string(kNewChecksum) + "(" + reading.values + "), " +
+           reading.isSound + " FROM " + tableSql::quoted(table.type->name) +
+           " NOT INDEXED ORDER BY rowid";
 }
 
 } // namespace
 
 ChecksumsAhead::ChecksumsAhead(sqlite3* database, const OlderTable& table) : m_database(database) {
-    const auto sql = prepared(database, table);
+    const auto sql = selectRows(database, table);
     try {
         m_thread = std::jthread([this, sql](const std::stop_token& stop) { read(sql, stop); });
     } catch (const std::system_error&) {
@@ -51,7 +38,9 @@ void ChecksumsAhead::read(const std::string& sql, const std::stop_token& stop) n
         Statement rows(m_database, sql);
         Batch batch;
         while (!stop.stop_requested() && rows.step()) {
-            batch.push_back({rows.integer(0), rows.integer(1)});
+            const auto isSound = rows.integer(2) != 0;
+            m_alteredCount += isSound ? 0 : 1;
+            batch.push_back({rows.integer(0), isSound ? rows.integer(1) : ~rows.integer(1)});
             if (batch.size() == kBatch) {
                 hand(std::exchange(batch, {}));
             }
@@ -93,6 +82,13 @@ std::int64_t ChecksumsAhead::next(std::int64_t rowid) {
         throw StoreError(StoreErrorCase::damaged, "rows differ from their copy");
     }
     return m_batch[m_at++].checksum;
+}
+
+std::size_t ChecksumsAhead::alteredCount() {
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
+    return m_alteredCount;
 }
 
 } // namespace korvex::store

@@ -31,6 +31,8 @@ public:
     /// Of the next row in the order of rowids, which must be this one. Waits for it. Throws
     /// StoreError, also where the table cannot be read.
     std::int64_t next(std::int64_t rowid);
+    /// How many rows were not sound. To be asked after the last row.
+    std::size_t alteredCount();
 
 private:
     struct Row {
@@ -50,6 +52,8 @@ private:
     std::condition_variable m_arrived;
     std::deque<Batch> m_batches;
     bool m_hasEnded = false;
+    /// The thread's, as long as it runs.
+    std::size_t m_alteredCount = 0;
     std::exception_ptr m_failure;
     std::jthread m_thread;
 };

@@ -1,6 +1,7 @@
 #include "store/Condition.h"
 
 #include "store/Record.h"
+#include "store/TableSql.h"
 
 #include <algorithm>
 #include <cassert>
@@ -53,6 +54,12 @@ bool holds(const Value& left, Condition::Comparison comparison, const Value& rig
 
 std::string quoted(std::string_view column) {
     return "\"" + std::string(column) + "\"";
+}
+
+std::string presence(const RecordType& type, const Field& field) {
+    return field.kind == FieldKind::externalBytes
+               ? "rowid IN (SELECT owner FROM " + tableSql::externalTable(type, field) + ")"
+               : "(" + quoted(field.name) + " IS NOT NULL)";
 }
 
 } // namespace
@@ -144,9 +151,9 @@ std::string Condition::sql(const RecordType& type, std::vector<Value>& bindings)
         bindings.push_back(m_value);
         return quoted(type.fields[m_field].name) + std::string(sqlOperator(m_comparison));
     case Kind::present:
-        return quoted(type.fields[m_field].name) + " IS NOT NULL";
+        return presence(type, type.fields[m_field]);
     case Kind::absent:
-        return quoted(type.fields[m_field].name) + " IS NULL";
+        return "NOT " + presence(type, type.fields[m_field]);
     case Kind::all:
         return joined(" AND ", "1");
     case Kind::any:

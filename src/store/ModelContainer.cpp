@@ -34,6 +34,10 @@ bool ModelContainer::isFromElsewhere() const {
     return m_connection->isFromElsewhere();
 }
 
+void ModelContainer::adopt() {
+    m_connection->adopt();
+}
+
 std::int64_t ModelContainer::revision() const {
     return m_connection->revision();
 }

@@ -7,6 +7,7 @@
 #include "store/Schema.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -47,8 +48,12 @@ public:
     /// This opening has upgraded the store from an older version of the schema.
     bool wasUpgraded() const;
     /// The last revision is not the one that the programs on this machine have left, so the file
-    /// was copied or put back here, or has lost its newest changes.
+    /// was copied or put back here, or has lost its newest changes. Every opener finds it so until
+    /// one adopts it.
     bool isFromElsewhere() const;
+    /// The store is this machine's as it is now: to be called once it was held to the rules. Does
+    /// nothing where it is already, or is only read. Throws StoreError `busy`.
+    void adopt();
 
     /// The store's revision: one more with each save, whoever saved. Cheap: a look at a counter
     /// while no other process has written.
@@ -63,8 +68,10 @@ public:
     /// sits in front of a window would take a wait for a fault.
     void setPatience(std::chrono::milliseconds patience);
 
-    /// Reads everything and compares it with its checksums. Takes the write lock, changes nothing.
-    StoreCheckReport check() const;
+    /// Reads everything, as it is at this moment, and compares it with its checksums; others may
+    /// write meanwhile. `advance` is told the records as they are read; what it throws ends it.
+    /// Damage is reported; throws StoreError where the store cannot be read for another reason.
+    StoreCheckReport check(const std::function<void(std::size_t records)>& advance = {}) const;
 
     /// Moves what the journal holds into the store file. For long-lived programs, when idle and at
     /// the end; saves do it themselves when the journal is long.

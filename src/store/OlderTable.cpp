@@ -1,5 +1,6 @@
 #include "store/OlderTable.h"
 
+#include "store/ChecksumFunction.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
 
@@ -59,22 +60,14 @@ public:
 
 private:
     void apply(const FieldChange& change) {
-        const auto drop = [&](std::string_view name) {
-            std::erase_if(m_fields, [&](const StoredField& field) { return field.name == name; });
-            return m_values.extract(name);
-        };
+        const auto& name = change.field.name;
         if (change.kind == FieldChange::Kind::removed) {
-            drop(change.field.name);
+            std::erase_if(m_fields, [&](const StoredField& field) { return field.name == name; });
+            m_values.erase(name);
             return;
         }
-        auto value = tableSql::emptyValue(change.field.kind);
-        if (!change.originalName.empty()) {
-            if (const auto former = drop(change.originalName)) {
-                value = former.mapped();
-            }
-        }
         m_fields.push_back(change.field);
-        m_values[change.field.name] = std::move(value);
+        m_values[name] = tableSql::emptyValue(change.field.kind);
     }
 
     const RecordType& m_type;
@@ -136,6 +129,23 @@ std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version) 
         tables.push_back(course.end());
     }
     return tables;
+}
+
+RowReading::RowReading(sqlite3* database, const OlderTable& table) {
+    const auto append = [](std::string& list, const std::string& each) {
+        list += (list.empty() ? "" : ", ") + each;
+    };
+    for (const auto index : tableSql::rowFields(*table.type)) {
+        fields.push_back({table.type->fields[index].name, table.type->fields[index].kind});
+        append(values, resolved(table.values[index], tableSql::quoted));
+    }
+    std::string stored;
+    for (const auto& each : table.rowFields()) {
+        append(stored, tableSql::quoted(each.name));
+    }
+    addChecksumFunction(database, "storedChecksum", table.type->name, table.rowFields());
+    addChecksumFunction(database, kNewChecksum, table.type->name, fields);
+    isSound = "checksum = storedChecksum(" + stored + ")";
 }
 
 std::string resolved(std::string_view expression,

@@ -2,6 +2,8 @@
 
 #include "store/Schema.h"
 
+#include <sqlite3.h>
+
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -29,6 +31,21 @@ struct OlderTable {
 /// One for each type of the schema; of the current version too. Throws StoreError `olderVersion`
 /// where the schema knows no way on from `version`.
 std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version);
+
+/// The function of SQL that gives the values of a row of the current version their checksum.
+inline constexpr const char* kNewChecksum = "newChecksum";
+
+/// How SQL reads the rows of such a table. Gives the connection the functions that it takes.
+struct RowReading {
+    RowReading(sqlite3* database, const OlderTable& table);
+
+    /// The fields of the current version that stand in the row.
+    std::vector<StoredField> fields;
+    /// Their values, separated by commas.
+    std::string values;
+    /// Whether the row is what was saved last.
+    std::string isSound;
+};
 
 /// The expression with each {name} replaced by what `column` says.
 std::string resolved(std::string_view expression,

@@ -37,8 +37,6 @@ struct FieldChange {
     std::string_view type;
     Kind kind;
     StoredField field;
-    /// Of an added field: the one that it was before, under another name. Its values are kept.
-    std::string_view originalName = {};
 };
 
 /// A custom stage's work on one field: a function over rows, so that a store of any size is carried

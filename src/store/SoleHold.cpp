@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <thread>
 #include <vector>
 
@@ -63,9 +62,7 @@ bool SoleHold::tryToTake() {
 void SoleHold::copyTo(const std::filesystem::path& copy) {
     const auto check = [](bool isDone) {
         if (!isDone) {
-            throw StoreError(errno == ENOSPC || errno == EDQUOT ? StoreErrorCase::full
-                                                                : StoreErrorCase::inputOutput,
-                             std::strerror(errno));
+            throwSystemError(errno);
         }
     };
     m_source = base::FileDescriptor(::open(m_file.path().c_str(), O_RDONLY | O_CLOEXEC));

@@ -58,6 +58,10 @@ public:
     bool isAbsent(int column) const { return sqlite3_column_type(raw(), column) == SQLITE_NULL; }
     std::int64_t integer(int column) const { return sqlite3_column_int64(raw(), column); }
     double real(int column) const { return sqlite3_column_double(raw(), column); }
+    /// Whether an identifier stands in the column.
+    bool isIdentifier(int column) const {
+        return storageClass(column) == SQLITE_BLOB && bytes(column).size() == sizeof(base::Uuid);
+    }
     /// Valid until the next step.
     std::string_view text(int column) const;
     std::span<const std::uint8_t> bytes(int column) const;

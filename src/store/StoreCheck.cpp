@@ -15,8 +15,10 @@ constexpr std::size_t kMaximumProblems = 100;
 
 class Check {
 public:
-    Check(StoreConnection& connection, const Schema& schema)
-        : m_connection(connection), m_schema(schema) {}
+    using Advance = std::function<void(std::size_t)>;
+
+    Check(StoreConnection& connection, const Schema& schema, const Advance& advance)
+        : m_connection(connection), m_schema(schema), m_advance(advance) {}
 
     StoreCheckReport run() {
         structure();
@@ -57,6 +59,15 @@ private:
             while (rows.step()) {
                 statements.codec.readRow(rows, *scratch);
                 ++m_report.recordCount;
+                if (m_advance) {
+                    m_advance(1);
+                }
+                if (!rows.isIdentifier(tableSql::kFirstFieldColumn)) {
+                    damage(std::string(type.name) + " row " +
+                           std::to_string(rows.integer(tableSql::kRowidColumn)) +
+                           " has no identifier.");
+                    continue;
+                }
                 identifiers.insert(scratch->id());
                 const auto name = std::string(type.name) + " " + scratch->id().text();
                 if (statements.codec.checksum(*scratch) !=
@@ -67,6 +78,9 @@ private:
             }
             externals(type);
         } catch (const StoreError& error) {
+            if (!isDamage(error)) {
+                throw;
+            }
             damage(std::string(type.name) + ": " + error.errorDescription());
         }
     }
@@ -106,6 +120,7 @@ private:
 
     StoreConnection& m_connection;
     const Schema& m_schema;
+    const Advance& m_advance;
     StoreCheckReport m_report;
     /// These are the identifiers that the store holds, for each type of the schema.
     std::vector<std::set<base::Uuid>> m_identifiers;
@@ -113,12 +128,15 @@ private:
 
 } // namespace
 
-StoreCheckReport ModelContainer::check() const {
-    const StoreLock::Guard guard(m_connection->lock());
+StoreCheckReport
+ModelContainer::check(const std::function<void(std::size_t records)>& advance) const {
     try {
         const StoreConnection::ReadScope scope(*m_connection);
-        return Check(*m_connection, m_schema).run();
+        return Check(*m_connection, m_schema, advance).run();
     } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
         return {.isDamaged = true, .problems = {error.errorDescription()}};
     }
 }

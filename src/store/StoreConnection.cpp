@@ -28,17 +28,6 @@ constexpr std::chrono::milliseconds kPatienceAtTheEnd{100};
 /// read.
 constexpr int kNoMutex = SQLITE_OPEN_NOMUTEX;
 
-/// A missing folder is made for its owner alone; one that is there keeps its permissions. Throws
-/// StoreError `noFolder`.
-void makeFolder(const std::filesystem::path& folder) {
-    std::error_code failure;
-    if (std::filesystem::create_directories(folder, failure)) {
-        std::filesystem::permissions(folder, std::filesystem::perms::owner_all, failure);
-    } else if (failure) {
-        throw StoreError(StoreErrorCase::noFolder, folder.string() + ": " + failure.message());
-    }
-}
-
 std::uint64_t inode(const std::filesystem::path& path) {
     struct stat status {};
     return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
@@ -133,7 +122,7 @@ void StoreConnection::openDatabase() {
         }
         return;
     }
-    auto exists = m_file.exists();
+    const auto exists = m_file.exists();
     if (!exists &&
         (!m_allowsSave || m_configuration.whenMissing == ModelConfiguration::Missing::refuse)) {
         throw StoreError(m_file.hasJournal() ? StoreErrorCase::incomplete
@@ -145,21 +134,26 @@ void StoreConnection::openDatabase() {
     if (!m_allowsSave) {
         m_database = std::make_unique<SQLite::Database>(
             m_file.readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI | kNoMutex);
-        configure();
+        try {
+            configure();
+        } catch (const StoreError& error) {
+            if (error.which() != StoreErrorCase::needsUpgrade || !m_configuration.allowsSave ||
+                m_configuration.whenOlder == ModelConfiguration::Older::refuse) {
+                throw;
+            }
+            // Who asks for an upgrade is not to be told to ask for one.
+            throw StoreError(StoreErrorCase::upgradeNeedsWriting);
+        }
         return;
     }
-    if (m_file.path().has_parent_path()) {
-        makeFolder(m_file.path().parent_path());
-    }
+    m_file.makeFolder();
     m_lock.emplace(m_file.lockFile(), m_configuration.lockTimeout);
     StoreLock::Guard guard(&*m_lock);
     m_file.removeStaging();
-    exists = m_file.exists();
-    if (!exists) {
-        const auto record = m_lock->record();
-        if (m_file.hasJournal() || (record && record->revision > 0)) {
-            throw StoreError(StoreErrorCase::incomplete);
-        }
+    if (m_file.isGone(*m_lock)) {
+        throw StoreError(StoreErrorCase::incomplete);
+    }
+    if (!m_file.exists()) {
         m_file.create(m_schema);
     }
     const auto openFile = [&] {
@@ -264,10 +258,26 @@ void StoreConnection::noticeMissingChanges() {
                             kept);
         m_log.warning(m_notices.back()); // whoever opens the store tells the user
     }
-    if (!record || record->storeID != m_storeID || record->revision != m_knownRevision) {
-        m_isFromElsewhere = m_knownRevision > 0;
-        m_lock->setRecord({.storeID = m_storeID, .revision = m_knownRevision});
+    m_isFromElsewhere =
+        !record || record->storeID != m_storeID || record->revision != m_knownRevision;
+    if (m_knownRevision == 0) {
+        adopt(); // nobody has ever written to it
     }
+}
+
+void StoreConnection::adopt() {
+    if (m_lock && m_isFromElsewhere) {
+        const StoreLock::Guard guard(lock());
+        m_isFromElsewhere = false;
+        recordRevision(revision());
+    }
+}
+
+void StoreConnection::recordRevision(std::int64_t newest) {
+    // Until the store is adopted every opener is to see that it has come from elsewhere: the record
+    // is then of no store, but is written all the same, for whoever watches the file.
+    m_lock->setRecord(
+        {.storeID = m_isFromElsewhere ? base::Uuid() : m_storeID, .revision = newest});
 }
 
 void StoreConnection::checkFilesAreInPlace() const {
@@ -319,7 +329,7 @@ void StoreConnection::commit(std::int64_t newRevision) {
     m_commit->run();
     m_knownRevision = newRevision;
     if (m_lock) {
-        m_lock->setRecord({.storeID = m_storeID, .revision = newRevision});
+        recordRevision(newRevision);
         if (m_journalInode == 0) {
             m_journalInode = inode(m_file.journal());
         }

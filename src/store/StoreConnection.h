@@ -57,6 +57,7 @@ public:
     const std::vector<std::string>& notices() const { return m_notices; }
     bool wasUpgraded() const { return m_wasUpgraded; }
     bool isFromElsewhere() const { return m_isFromElsewhere; }
+    void adopt();
     sqlite3* handle() const { return m_database->getHandle(); }
     /// `index`: the type's place in the schema.
     TypeStatements& statements(std::size_t index) { return *m_types[index]; }
@@ -109,6 +110,7 @@ private:
     void applyBusyTimeout();
     void probeWriting();
     void noticeMissingChanges();
+    void recordRevision(std::int64_t newest);
     /// `checkpoint`, where a failure is not the caller's: it is logged.
     void emptyJournal();
     /// The write lock must be held.

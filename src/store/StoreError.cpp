@@ -1,5 +1,8 @@
 #include "store/StoreError.h"
 
+#include <cerrno>
+#include <cstring>
+
 namespace korvex::store {
 
 namespace {
@@ -23,6 +26,12 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::needsUpgrade:
         return "The store was written by an older version of Korvex and has not been upgraded yet. "
                "Open Korvex once to upgrade it. It has been left as it is.";
+    case StoreErrorCase::upgradeNeedsWriting:
+        return "The store was written by an older version of Korvex and can only be read here, so "
+               "it "
+               "cannot be upgraded. Copy it to a folder that can be written. It has been left as "
+               "it "
+               "is.";
     case StoreErrorCase::noFolder:
         return "The folder of the store cannot be made.";
     case StoreErrorCase::unreadable:
@@ -32,7 +41,8 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::busy:
         return "Another program keeps the store busy. Nothing was changed; try again.";
     case StoreErrorCase::damaged:
-        return "The store is damaged. Nothing was changed.";
+        return "The store is damaged. Nothing was changed. \"korvex store repair\" in a terminal "
+               "saves what can be read of it.";
     case StoreErrorCase::full:
         return "There is no space left on the disk. Nothing was saved; free some space and try "
                "again.";
@@ -57,5 +67,16 @@ StoreError::StoreError(StoreErrorCase which, const std::string& detail)
     : Error("Korvex.Store", static_cast<int>(which),
             detail.empty() ? description(which) : description(which) + " (" + detail + ")"),
       m_which(which) {}
+
+bool isDamage(const StoreError& error) {
+    return error.which() == StoreErrorCase::damaged || error.which() == StoreErrorCase::notAStore ||
+           error.which() == StoreErrorCase::inputOutput;
+}
+
+void throwSystemError(int error) {
+    throw StoreError(error == ENOSPC || error == EDQUOT ? StoreErrorCase::full
+                                                        : StoreErrorCase::inputOutput,
+                     std::strerror(error));
+}
 
 } // namespace korvex::store

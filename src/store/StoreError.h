@@ -6,22 +6,23 @@ namespace korvex::store {
 
 /// Why a store could not be opened, read or written.
 enum class StoreErrorCase {
-    missing,        ///< the file is not there, and creating it was not asked for
-    incomplete,     ///< the file is gone while its companions say that it held data
-    notAStore,      ///< empty, truncated, or no store of this system
-    newerVersion,   ///< written by a newer version of the schema
-    olderVersion,   ///< no migration leads from there to the current schema
-    needsUpgrade,   ///< of an older version, and not to be upgraded by who opened it
-    noFolder,       ///< the folder is not there and cannot be made
-    unreadable,     ///< the folder or file may not be read
-    readOnly,       ///< a save on a store that may only be read
-    busy,           ///< another program held the write lock for too long
-    damaged,        ///< SQLite found the file malformed
-    full,           ///< no space left
-    inputOutput,    ///< the disk failed
-    conflict,       ///< a record to save was deleted by another program
-    changesMissing, ///< changes that were saved are no longer in the journal
-    invalidRecord,  ///< two records with one identifier
+    missing,             ///< the file is not there, and creating it was not asked for
+    incomplete,          ///< the file is gone while its companions say that it held data
+    notAStore,           ///< empty, truncated, or no store of this system
+    newerVersion,        ///< written by a newer version of the schema
+    olderVersion,        ///< no migration leads from there to the current schema
+    needsUpgrade,        ///< of an older version, and not to be upgraded by who opened it
+    upgradeNeedsWriting, ///< of an older version, where nothing can be written
+    noFolder,            ///< the folder is not there and cannot be made
+    unreadable,          ///< the folder or file may not be read
+    readOnly,            ///< a save on a store that may only be read
+    busy,                ///< another program held the write lock for too long
+    damaged,             ///< SQLite found the file malformed
+    full,                ///< no space left
+    inputOutput,         ///< the disk failed
+    conflict,            ///< a record to save was deleted by another program
+    changesMissing,      ///< changes that were saved are no longer in the journal
+    invalidRecord,       ///< two records with one identifier
     other,
 };
 
@@ -35,5 +36,11 @@ public:
 private:
     StoreErrorCase m_which;
 };
+
+/// Whether what was read is damaged. Any other failure says nothing about it.
+bool isDamage(const StoreError& error);
+
+/// Throws what a failed call of the system means to a store: `full` or `inputOutput`.
+[[noreturn]] void throwSystemError(int error);
 
 } // namespace korvex::store

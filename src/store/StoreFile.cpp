@@ -13,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
@@ -36,12 +37,6 @@ std::int64_t pragma(sqlite3* database, const char* name) {
         value = statement.integer(0);
     }
     return value;
-}
-
-[[noreturn]] void throwSystemError(int error) {
-    throw StoreError(error == ENOSPC || error == EDQUOT ? StoreErrorCase::full
-                                                        : StoreErrorCase::inputOutput,
-                     std::strerror(error));
 }
 
 void syncPath(const std::filesystem::path& path, int flags) {
@@ -95,8 +90,8 @@ std::string uri(const std::filesystem::path& path, std::string_view query) {
     return uri + std::string(query);
 }
 
-/// For the lock, of whoever copies.
-constexpr std::chrono::seconds kPatience{10};
+/// Of whoever copies, for the lock, and then as long again for who does not know it.
+constexpr std::chrono::milliseconds kPatience{10'000};
 
 /// Into a new file, which is not synced.
 void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
@@ -106,10 +101,10 @@ void copyDatabase(sqlite3* database, const std::filesystem::path& copy) {
     if (!backup) {
         throwSqliteError(target.getHandle(), sqlite3_extended_errcode(target.getHandle()));
     }
-    sqlite3_backup_step(backup, -1);
+    const auto stepped = sqlite3_backup_step(backup, -1);
     const auto code = sqlite3_backup_finish(backup);
-    if (code != SQLITE_OK) {
-        throwSqliteError(nullptr, code);
+    if (stepped != SQLITE_DONE || code != SQLITE_OK) {
+        throwSqliteError(nullptr, code != SQLITE_OK ? code : stepped);
     }
 }
 
@@ -152,6 +147,20 @@ std::uintmax_t StoreFile::journalSize() const {
     struct stat status {};
     return ::stat(journal().c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size)
                                                    : 0;
+}
+
+void StoreFile::makeFolder() const {
+    std::error_code failure;
+    if (std::filesystem::create_directories(directory(), failure)) {
+        std::filesystem::permissions(directory(), std::filesystem::perms::owner_all, failure);
+    } else if (failure) {
+        throw StoreError(StoreErrorCase::noFolder, directory().string() + ": " + failure.message());
+    }
+}
+
+bool StoreFile::isGone(const StoreLock& lock) const {
+    const auto record = lock.record();
+    return !exists() && (hasJournal() || (record && record->revision > 0));
 }
 
 bool StoreFile::allowsCompanions() const {
@@ -200,7 +209,7 @@ std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
     std::filesystem::permissions(staging, exists() ? permissions
                                                    : std::filesystem::perms::owner_read |
                                                          std::filesystem::perms::owner_write);
-    syncPath(staging, O_RDWR);
+    StoreFile(staging).sync();
     return staging;
 }
 
@@ -248,6 +257,17 @@ void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept
     });
 }
 
+std::unique_ptr<SQLite::Database> StoreFile::openAlone() const {
+    try {
+        auto database = std::make_unique<SQLite::Database>(m_file.string(), SQLite::OPEN_READWRITE);
+        database->exec("PRAGMA locking_mode = EXCLUSIVE");
+        static_cast<void>(database->execAndGet("SELECT count(*) FROM sqlite_schema"));
+        return database;
+    } catch (const SQLite::Exception&) {
+        return nullptr;
+    }
+}
+
 void StoreFile::copyTo(const std::filesystem::path& copy) const {
     if (!exists()) {
         throw StoreError(hasJournal() ? StoreErrorCase::incomplete : StoreErrorCase::missing);
@@ -261,14 +281,34 @@ void StoreFile::copyTo(const std::filesystem::path& copy) const {
     }
     const StoreLock::Guard guard(lock ? &*lock : nullptr);
     try {
-        const SQLite::Database database(readingUri(), SQLite::OPEN_READONLY | SQLite::OPEN_URI);
-        checkHeader(database.getHandle());
+        auto database = lock || hasJournal() ? nullptr : openAlone();
+        if (!database) {
+            database = std::make_unique<SQLite::Database>(readingUri(),
+                                                          SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        }
+        sqlite3_busy_timeout(database->getHandle(), static_cast<int>(kPatience.count()));
+        checkHeader(database->getHandle());
         StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
-            copyDatabase(database.getHandle(), staging);
+            copyDatabase(database->getHandle(), staging);
         });
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
     }
+}
+
+void StoreFile::checkThatItOpens(const Schema& schema) const {
+    try {
+        const SQLite::Database database(uri(m_file, "?mode=ro&immutable=1"),
+                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        checkHeader(database.getHandle());
+        static_cast<void>(version(database.getHandle(), schema));
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
+}
+
+void StoreFile::sync() const {
+    syncPath(m_file, O_RDWR);
 }
 
 void StoreFile::removeStaging() const {
@@ -283,14 +323,10 @@ std::string StoreFile::keptPrefix(std::string_view what) const {
 }
 
 std::filesystem::path StoreFile::keptName(std::string_view what) const {
-    const auto prefix = keptPrefix(what);
-    std::error_code ignored;
-    for (std::filesystem::directory_iterator at(directory(), ignored), end; !ignored && at != end;
-         at.increment(ignored)) {
+    for (const auto& each : kept(what)) {
         std::error_code failure;
-        if (at->path().filename().string().starts_with(prefix) &&
-            std::filesystem::equivalent(at->path(), m_file, failure)) {
-            return at->path();
+        if (std::filesystem::equivalent(each, m_file, failure)) {
+            return each;
         }
     }
     const auto now = std::time(nullptr);
@@ -298,12 +334,21 @@ std::filesystem::path StoreFile::keptName(std::string_view what) const {
     ::gmtime_r(&now, &parts);
     std::array<char, 32> moment{};
     std::strftime(moment.data(), moment.size(), "%Y%m%d-%H%M%S", &parts);
-    return directory() / (prefix + moment.data() + "-" + base::Uuid::random().text());
+    return directory() / (keptPrefix(what) + moment.data() + "-" + base::Uuid::random().text());
 }
 
-void StoreFile::removeKept(std::string_view what) const noexcept {
+std::vector<std::filesystem::path> StoreFile::kept(std::string_view what) const {
     const auto prefix = keptPrefix(what);
-    removeFiles(directory(), [&](const std::string& name) { return name.starts_with(prefix); });
+    std::vector<std::filesystem::path> files;
+    std::error_code ignored;
+    for (std::filesystem::directory_iterator at(directory(), ignored), end; !ignored && at != end;
+         at.increment(ignored)) {
+        if (at->path().filename().string().starts_with(prefix)) {
+            files.push_back(at->path());
+        }
+    }
+    std::sort(files.begin(), files.end());
+    return files;
 }
 
 std::string StoreFile::readingUri() const {

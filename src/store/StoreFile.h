@@ -2,15 +2,20 @@
 
 #include "store/Schema.h"
 
+#include <SQLiteCpp/Database.h>
 #include <sqlite3.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvex::store {
+
+class StoreLock;
 
 /// The files of one store and what can be told from them before and after SQLite opens them. None
 /// of these functions opens the store file past SQLite: closing any descriptor of it would drop the
@@ -32,6 +37,12 @@ public:
     bool hasJournal() const { return journalSize() > 0; }
     /// In bytes; 0 where there is none.
     std::uintmax_t journalSize() const;
+    /// Makes its folder where it is missing, for its owner alone; one that is there keeps its
+    /// permissions. Throws StoreError `noFolder`.
+    void makeFolder() const;
+    /// Whether a store stood here that was taken away: its journal, or the record of its lock,
+    /// which must be held, is left. Throws what `exists` throws.
+    bool isGone(const StoreLock& lock) const;
     /// Whether this process can make files beside it.
     bool allowsCompanions() const;
     /// Whether the file, its folder and the lock file may be written by this process.
@@ -57,6 +68,11 @@ public:
     /// there whole, in one file and on the disk, or not at all; it never replaces a file. Blocks;
     /// any thread. Throws StoreError.
     void copyTo(const std::filesystem::path& copy) const;
+    /// Opens it, whatever its version, where nobody else does: a copy. Leaves nothing beside it.
+    /// Throws StoreError.
+    void checkThatItOpens(const Schema& schema) const;
+    /// Puts what was written to the file on the disk. Throws StoreError.
+    void sync() const;
     /// Removes what interrupted ones of these left. The write lock must be held.
     void removeStaging() const;
 
@@ -64,8 +80,8 @@ public:
     /// "Primary.store.`what`-20250310-143000-…", with the moment in UTC. It is new, unless a killed
     /// `replaceBy` has given the store one already.
     std::filesystem::path keptName(std::string_view what) const;
-    /// Removes every file of such a name. Failures are for the next time.
-    void removeKept(std::string_view what) const noexcept;
+    /// Every file of such a name, the oldest first.
+    std::vector<std::filesystem::path> kept(std::string_view what) const;
 
     /// The URI under which SQLite opens the store for reading only.
     std::string readingUri() const;
@@ -80,6 +96,9 @@ public:
 private:
     std::filesystem::path withSuffix(const char* suffix) const;
     std::filesystem::path directory() const;
+    /// So that SQLite leaves no companions beside a store that had none: what is opened for reading
+    /// only cannot remove them. Null where another program has it open, or it may not be written.
+    std::unique_ptr<SQLite::Database> openAlone() const;
     std::string keptPrefix(std::string_view what) const;
     std::filesystem::path makeStaging(const Filling& fill) const;
     /// Has a staging file made and `moveIn` move it, and syncs the folder; leaves none on failure.

@@ -47,12 +47,13 @@ StoreLock::~StoreLock() {
 void StoreLock::openFile() {
     m_descriptor = ::open(m_file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (m_descriptor < 0) {
-        const auto which = errno == EACCES || errno == EROFS || errno == EPERM
-                               ? StoreErrorCase::readOnly
-                           : errno == ENOSPC || errno == EDQUOT ? StoreErrorCase::full
-                           : errno == ENOENT                    ? StoreErrorCase::incomplete
-                                                                : StoreErrorCase::inputOutput;
-        throw StoreError(which, std::string(std::strerror(errno)));
+        if (errno == EACCES || errno == EROFS || errno == EPERM) {
+            throw StoreError(StoreErrorCase::readOnly, std::strerror(errno));
+        }
+        if (errno == ENOENT) {
+            throw StoreError(StoreErrorCase::incomplete, std::strerror(errno));
+        }
+        throwSystemError(errno);
     }
 }
 

@@ -24,58 +24,65 @@ namespace {
 
 /// Of two rows that can be read with nothing readable between them, how far apart they may stand
 /// for every row between to be asked for.
-constexpr std::int64_t kWidestGap = 1'000'000;
+constexpr std::uint64_t kWidestGap = 1'000'000;
 
-constexpr const char* kStoredChecksum = "storedChecksum";
-constexpr const char* kNewChecksum = "newChecksum";
+enum class Read { row, end, damage };
 
-bool isDamage(const StoreError& error) {
-    return error.which() == StoreErrorCase::damaged || error.which() == StoreErrorCase::notAStore ||
-           error.which() == StoreErrorCase::inputOutput || error.which() == StoreErrorCase::other;
+/// The next row of the damaged store. What fails elsewhere, as in the new one, is not its damage.
+Read readNext(Statement& rows) {
+    try {
+        return rows.step() ? Read::row : Read::end;
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+        return Read::damage;
+    }
 }
 
 /// False when damage is in the way; what was met before has been told.
 bool readAll(sqlite3* database, const std::string& sql,
              const std::function<void(const Statement&)>& sink) {
+    std::optional<Statement> rows;
     try {
-        Statement rows(database, sql);
-        while (rows.step()) {
-            sink(rows);
-        }
-        return true;
+        rows.emplace(database, sql);
     } catch (const StoreError& error) {
         if (!isDamage(error)) {
             throw;
         }
         return false;
     }
-}
-
-/// Whether an altered row can go on as a record: with an identifier, and with text where it should
-/// have some. Any other value reads as something, which the repair of metadata then judges.
-bool isReadable(const Statement& row, int column, FieldKind kind) {
-    const auto stored = row.storageClass(column);
-    return kind == FieldKind::uuid
-               ? stored == SQLITE_BLOB && row.bytes(column).size() == sizeof(base::Uuid::bytes)
-               : kind != FieldKind::text || stored == SQLITE_TEXT;
+    auto read = readNext(*rows);
+    while (read == Read::row) {
+        sink(*rows);
+        read = readNext(*rows);
+    }
+    return read == Read::end;
 }
 
 /// The rows of one record type, out of the damaged store into the new one.
 class TableSalvage {
 public:
-    TableSalvage(sqlite3* source, sqlite3* target, const OlderTable& table, SalvageReport& report)
+    TableSalvage(sqlite3* source, sqlite3* target, const OlderTable& table, SalvageReport& report,
+                 const SalvageProgress& progress)
         : m_source(source),
           m_target(target),
           m_table(table),
           m_type(*table.type),
           m_name(tableSql::quoted(table.type->name)),
-          m_report(report) {}
+          m_report(report),
+          m_progress(progress) {}
 
     void run() {
         findRows();
         prepareReading();
         std::vector<std::int64_t> altered;
+        std::size_t done = 0;
         for (const auto& [rowid, known] : m_known) {
+            if (m_progress) {
+                m_progress(done, m_known.size());
+                ++done;
+            }
             if (read(rowid, Wanted::sound) == Outcome::altered) {
                 altered.push_back(rowid);
             }
@@ -118,7 +125,9 @@ private:
                 last = row.integer(0);
                 m_known[last];
             });
-            if (last > first && last - first <= kWidestGap) {
+            // A damaged page may hold any number.
+            const auto gap = static_cast<std::uint64_t>(last) - static_cast<std::uint64_t>(first);
+            if (last > first && gap <= kWidestGap) {
                 for (auto rowid = first + 1; rowid < last; ++rowid) {
                     m_known[rowid];
                 }
@@ -142,6 +151,9 @@ private:
 
     bool readIndex(const std::string& index, std::string_view field,
                    const std::function<void(Known&, const Statement&)>& take) {
+        if (!isThere(index)) {
+            return false;
+        }
         const auto column = tableSql::quoted(field);
         const auto select = "SELECT " + column + ", rowid FROM " + m_name + " INDEXED BY " +
                             tableSql::quoted(index) + " ORDER BY " + column;
@@ -157,91 +169,116 @@ private:
         return false;
     }
 
+    bool isThere(const std::string& index) {
+        Statement look(m_source, "SELECT 1 FROM sqlite_schema WHERE type = 'index' AND name = ?");
+        look.bind(0, std::string_view(index));
+        return readNext(look) == Read::row;
+    }
+
     void prepareReading() {
-        std::vector<StoredField> newFields;
-        std::string stored;
+        const RowReading reading(m_source, m_table);
+        m_select.emplace(m_source, "SELECT rowid, version, " + reading.values + ", " +
+                                       reading.isSound + " FROM " + m_name + " WHERE rowid = ?");
+        std::string columns = "rowid, version";
         std::string values;
-        for (const auto& each : m_table.rowFields()) {
-            stored += (stored.empty() ? "" : ", ") + tableSql::quoted(each.name);
+        for (std::size_t i = 0; i < reading.fields.size(); ++i) {
+            columns += ", " + tableSql::quoted(reading.fields[i].name);
+            values += ", ?" + std::to_string(i + kFirstField + 1);
         }
-        for (const auto index : tableSql::rowFields(m_type)) {
-            newFields.push_back({m_type.fields[index].name, m_type.fields[index].kind});
-            values += (values.empty() ? "" : ", ") +
-                      resolved(m_table.values[index],
-                               [](std::string_view name) { return tableSql::quoted(name); });
-        }
-        addChecksumFunction(m_source, kStoredChecksum, m_type.name, m_table.rowFields());
-        addChecksumFunction(m_source, kNewChecksum, m_type.name, newFields);
-        m_select.emplace(m_source, "SELECT rowid, version, " + std::string(kNewChecksum) + "(" +
-                                       values + "), " + values + ", checksum = " + kStoredChecksum +
-                                       "(" + stored + ") FROM " + m_name + " WHERE rowid = ?");
-        std::string columns = "rowid, version, checksum";
-        std::string places = "?, ?, ?";
-        for (const auto& field : newFields) {
-            columns += ", " + tableSql::quoted(field.name);
-            places += ", ?";
-        }
-        m_insert.emplace(m_target,
-                         "INSERT INTO " + m_name + "(" + columns + ") VALUES(" + places + ")");
-        m_fields = std::move(newFields);
+        // The checksum is that of what is written, which may be less than was read.
+        addChecksumFunction(m_target, kNewChecksum, m_type.name, reading.fields);
+        m_insert.emplace(m_target, "INSERT INTO " + m_name + "(" + columns +
+                                       ", checksum) VALUES(?1, ?2" + values + ", " + kNewChecksum +
+                                       "(" + values.substr(2) + "))");
+        m_fields = reading.fields;
     }
 
     Outcome read(std::int64_t rowid, Wanted wanted) {
         auto& known = m_known[rowid];
         known.outcome = known.isListed ? Outcome::missing : Outcome::none;
         m_select->bind(0, rowid);
-        try {
-            if (m_select->step()) {
-                known.outcome = take(known, wanted);
-            }
-            m_select->reset();
-        } catch (const StoreError& error) {
-            m_select->reset();
-            if (!isDamage(error)) {
-                throw;
-            }
+        if (readNext(*m_select) == Read::row) {
+            known.outcome = take(known, wanted);
         }
+        m_select->reset();
         return known.outcome;
     }
 
     Outcome take(Known& known, Wanted wanted) {
         const auto& row = *m_select;
         const auto count = static_cast<int>(m_fields.size());
-        const auto first = tableSql::kFirstFieldColumn;
-        const auto isSound = row.integer(first + count) != 0;
+        const auto isSound = row.integer(kFirstField + count) != 0;
         if (m_type.ownerField && !known.owner) {
             const auto place = ownerColumn();
             known.owner = row.isAbsent(place) ? std::nullopt : std::optional(row.uuid(place));
         }
-        if (!isSound) {
-            for (int i = 0; i < count; ++i) {
-                if (!isReadable(row, first + i, m_fields[static_cast<std::size_t>(i)].kind)) {
-                    return Outcome::missing;
-                }
-            }
-            if (wanted == Wanted::sound) {
-                return Outcome::altered;
-            }
+        if (!isSound && wanted == Wanted::sound) {
+            return hasText(row) ? Outcome::altered : Outcome::missing;
         }
-        for (int i = 0; i < first + count; ++i) {
-            m_insert->bindColumn(i, row, i);
+        m_insert->bindColumn(0, row, 0);
+        bindReadable(1, row, FieldKind::integer);
+        for (int i = 0; i < count; ++i) {
+            bindReadable(kFirstField + i, row, m_fields[static_cast<std::size_t>(i)].kind);
+        }
+        const auto hasIdentifier = row.isIdentifier(kFirstField);
+        const auto isSaved =
+            insert(hasIdentifier ? std::nullopt : std::optional(freshIdentifier()));
+        // Another record may have the same one: the words are worth more than it.
+        if (!isSaved && !insert(freshIdentifier())) {
+            return Outcome::missing;
+        }
+        ++m_report.saved;
+        return isSound && hasIdentifier && isSaved ? Outcome::saved : Outcome::altered;
+    }
+
+    static base::Uuid freshIdentifier() { return base::Uuid::random(); }
+
+    /// With the identifier that was read, or another one. False where the table refuses it.
+    bool insert(const std::optional<base::Uuid>& identifier) {
+        if (identifier) {
+            m_insert->bind(kFirstField, *identifier);
         }
         try {
             m_insert->run();
+            return true;
         } catch (const StoreError& error) {
             if (error.which() != StoreErrorCase::invalidRecord) {
                 throw;
             }
-            return Outcome::missing; // another record has its identifier
+            return false;
         }
-        ++m_report.saved;
-        return isSound ? Outcome::saved : Outcome::altered;
+    }
+
+    /// Whether anything is left that a person might have written.
+    bool hasText(const Statement& row) const {
+        for (std::size_t i = 0; i < m_fields.size(); ++i) {
+            const auto column = kFirstField + static_cast<int>(i);
+            if (m_fields[i].kind == FieldKind::text && row.storageClass(column) == SQLITE_TEXT) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /// Any value reads as something, which the repair of metadata then judges; but what cannot be
+    /// absent must not be.
+    void bindReadable(int column, const Statement& row, FieldKind kind) {
+        const auto isAbsent = row.isAbsent(column);
+        if (kind == FieldKind::text && row.storageClass(column) != SQLITE_TEXT) {
+            m_insert->bind(column, row.text(column));
+        } else if (isAbsent && (kind == FieldKind::integer || kind == FieldKind::boolean)) {
+            m_insert->bind(column, std::int64_t{0});
+        } else if (isAbsent && kind == FieldKind::date) {
+            m_insert->bind(column, 0.0);
+        } else {
+            m_insert->bindColumn(column, row, column);
+        }
     }
 
     int ownerColumn() const {
         const auto fields = tableSql::rowFields(m_type);
         const auto place = std::find(fields.begin(), fields.end(), *m_type.ownerField);
-        return tableSql::kFirstFieldColumn + static_cast<int>(place - fields.begin());
+        return kFirstField + static_cast<int>(place - fields.begin());
     }
 
     void copyExternal(const Field& field) {
@@ -253,25 +290,20 @@ private:
             if (known.outcome != Outcome::saved && known.outcome != Outcome::altered) {
                 continue;
             }
-            try {
-                select.bind(0, rowid);
-                if (select.step()) {
-                    const auto bytes = select.bytes(1);
-                    const auto checksum = static_cast<std::int64_t>(base::checksum(bytes));
-                    if (checksum != select.integer(0)) {
-                        known.outcome = Outcome::altered;
-                    }
-                    insert.bind(0, rowid);
-                    insert.bind(1, checksum);
-                    insert.bind(2, bytes);
-                    insert.run();
+            select.bind(0, rowid);
+            const auto read = readNext(select);
+            if (read == Read::row) {
+                const auto bytes = select.bytes(1);
+                const auto checksum = static_cast<std::int64_t>(base::checksum(bytes));
+                if (checksum != select.integer(0)) {
+                    known.outcome = Outcome::altered;
                 }
-            } catch (const StoreError& error) {
-                if (!isDamage(error)) {
-                    throw;
-                }
-                known.lacksBytes = true;
+                insert.bind(0, rowid);
+                insert.bind(1, checksum);
+                insert.bind(2, bytes);
+                insert.run();
             }
+            known.lacksBytes = read == Read::damage;
             select.reset();
         }
     }
@@ -295,12 +327,16 @@ private:
         }
     }
 
+    /// Of what is read and written, behind "rowid, version".
+    static constexpr int kFirstField = 2;
+
     sqlite3* m_source;
     sqlite3* m_target;
     const OlderTable& m_table;
     const RecordType& m_type;
     std::string m_name;
     SalvageReport& m_report;
+    const SalvageProgress& m_progress;
     std::map<std::int64_t, Known> m_known;
     std::vector<StoredField> m_fields;
     std::optional<Statement> m_select;
@@ -310,12 +346,12 @@ private:
 /// What makes the new store the same store to whoever knew the old one: its identifier, and a
 /// revision that nobody has seen yet.
 void takeIdentity(sqlite3* source, sqlite3* target, const std::optional<StoreLock::Record>& known) {
-    auto id = known ? std::optional(known->storeID) : std::nullopt;
+    auto id = known ? known->storeID : base::Uuid();
     readAll(source, "SELECT storeID FROM StoreInfo",
-            [&](const Statement& row) { id = row.uuid(0); });
-    if (id) {
+            [&](const Statement& row) { id = row.isIdentifier(0) ? row.uuid(0) : id; });
+    if (id != base::Uuid()) {
         Statement update(target, "UPDATE StoreInfo SET storeID = ?");
-        update.bind(0, *id);
+        update.bind(0, id);
         update.run();
     }
     auto revision = known ? known->revision : 0;
@@ -329,7 +365,8 @@ void takeIdentity(sqlite3* source, sqlite3* target, const std::optional<StoreLoc
 } // namespace
 
 SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
-                           std::chrono::milliseconds patience, base::LogSink& log) {
+                           std::chrono::milliseconds patience, base::LogSink& log,
+                           const SalvageProgress& progress) {
     const StoreFile file(store);
     StoreLock lock(file.lockFile(), patience);
     const StoreLock::Guard guard(&lock);
@@ -351,7 +388,7 @@ SalvageReport salvageStore(const std::filesystem::path& store, const Schema& sch
                 Statement(handle, sql).run();
             }
             for (const auto& table : tables) {
-                TableSalvage(source, handle, table, report).run();
+                TableSalvage(source, handle, table, report, progress).run();
             }
             takeIdentity(source, handle, lock.record());
             for (const auto* sql :

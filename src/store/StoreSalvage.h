@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <vector>
 
@@ -19,7 +20,8 @@ struct SalvageReport {
         /// To which record the lost ones belonged, as far as that is known.
         std::optional<base::Uuid> owner;
         std::size_t missing = 0;
-        /// They differ from what was saved last, and are kept as they can be read.
+        /// They differ from what was saved last, and are kept as they can be read; those whose
+        /// identifier cannot be, or is another one's, under a new one.
         std::size_t altered = 0;
         /// Their external bytes cannot be read, at most these.
         std::size_t withoutBytes = 0;
@@ -33,12 +35,18 @@ struct SalvageReport {
     std::filesystem::path kept;
 };
 
+/// Told for each record that is read how many of its type were read before, and how many there are.
+using SalvageProgress = std::function<void(std::size_t done, std::size_t of)>;
+
 /// Reads what can be read of a store, row by row, into a new one of the schema's version, which
 /// takes its place when it is on the disk. The damaged file stays beside it under the name
 /// "Primary.store.damaged-…". The store may be of an older version. No connection may be open in
 /// this process; waits `patience` for other programs to close theirs. Blocks, some microseconds for
-/// each row; any thread. Throws StoreError, and has changed nothing then.
+/// each row; any thread. What `progress` throws ends the work. Throws
+/// StoreError. After a failure the store is as it was, but for its journal, which may
+/// have been moved into the file.
 SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
-                           std::chrono::milliseconds patience, base::LogSink& log);
+                           std::chrono::milliseconds patience, base::LogSink& log,
+                           const SalvageProgress& progress = {});
 
 } // namespace korvex::store

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <future>
 #include <map>
 #include <set>
 #include <vector>
@@ -19,7 +20,7 @@ namespace korvex::store {
 
 namespace {
 
-/// The function that gives a row its checksum.
+/// The function that gives a row the checksum that was made ahead.
 constexpr const char* kNextChecksum = "nextChecksum";
 
 void run(sqlite3* database, const std::string& sql) {
@@ -46,6 +47,7 @@ public:
             throwSqliteError(database, code);
         }
     }
+    std::size_t alteredCount() { return m_ahead.alteredCount(); }
     void rethrow() const {
         if (m_failure) {
             std::rethrow_exception(m_failure);
@@ -67,6 +69,15 @@ private:
     std::exception_ptr m_failure;
 };
 
+/// What a table holds.
+struct RowCount {
+    std::int64_t rows = 0;
+    /// Those that are not what was saved last.
+    std::int64_t altered = 0;
+
+    bool operator==(const RowCount&) const = default;
+};
+
 /// The upgrade of one table, in the transaction of all of them. Rows stay where they are: to write
 /// them anew would cost more than twice the time, for the sake of the columns' order.
 class TableUpgrade {
@@ -82,14 +93,15 @@ public:
         }
     }
 
-    void run() {
+    RowCount run() {
         reuseColumns();
         addColumns();
-        rewriteRows();
+        const auto count = rewriteRows();
         dropColumns();
         for (const auto& sql : tableSql::createStatements(*m_table.type)) {
             store::run(m_database, sql);
         }
+        return count;
     }
 
 private:
@@ -161,7 +173,7 @@ private:
     }
 
     /// One pass over the rows.
-    void rewriteRows() {
+    RowCount rewriteRows() {
         std::string sql = "UPDATE " + m_name + " NOT INDEXED SET ";
         for (const auto index : tableSql::rowFields(*m_table.type)) {
             if (value(index) != tableSql::quoted(field(index).name) &&
@@ -172,7 +184,9 @@ private:
         Checksums checksums(m_store, m_table);
         checksums.offer(m_database);
         try {
-            store::run(m_database, sql + "checksum = " + kNextChecksum + "(rowid)");
+            Statement update(m_database, sql + "checksum = " + kNextChecksum + "(rowid)");
+            update.run();
+            return {update.changes(), static_cast<std::int64_t>(checksums.alteredCount())};
         } catch (const StoreError&) {
             checksums.rethrow(); // what SQLite says of a function that fails is less
             throw;
@@ -199,16 +213,17 @@ private:
 };
 
 /// In a file that nobody else knows and that is thrown away when anything fails: no journal.
-void upgradeCopy(sqlite3* store, const std::filesystem::path& copy, const Schema& schema,
-                 const std::vector<OlderTable>& tables) {
+std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& copy,
+                                  const Schema& schema, const std::vector<OlderTable>& tables) {
     const SQLite::Database database(copy.string(), SQLite::OPEN_READWRITE);
     auto* const handle = database.getHandle();
     for (const auto* sql : {"PRAGMA locking_mode = EXCLUSIVE", "PRAGMA journal_mode = OFF",
                             "PRAGMA synchronous = OFF", "PRAGMA cache_size = -65536", "BEGIN"}) {
         run(handle, sql);
     }
+    std::vector<RowCount> counts;
     for (const auto& table : tables) {
-        TableUpgrade(store, handle, table).run();
+        counts.push_back(TableUpgrade(store, handle, table).run());
     }
     // To whoever knew the store before, everything has changed.
     run(handle, "INSERT INTO ChangeLog(revision, changes) "
@@ -217,6 +232,28 @@ void upgradeCopy(sqlite3* store, const std::filesystem::path& copy, const Schema
     run(handle, "COMMIT");
     run(handle, "PRAGMA locking_mode = NORMAL");
     run(handle, "PRAGMA journal_mode = WAL");
+    return counts;
+}
+
+/// Reads every row as programs of the current version will, and compares it with its checksum.
+void readBack(const std::filesystem::path& copy, const Schema& schema,
+              const std::vector<RowCount>& expected) {
+    const SQLite::Database database(StoreFile(copy).readingUri() + "&immutable=1",
+                                    SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+    std::vector<RowCount> found;
+    for (const auto& table :
+         olderTables(schema, StoreFile::version(database.getHandle(), schema))) {
+        const RowReading reading(database.getHandle(), table);
+        Statement count(database.getHandle(),
+                        "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
+                            ") FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED");
+        while (count.step()) {
+            found.push_back({count.integer(0), count.integer(1)});
+        }
+    }
+    if (found != expected) {
+        throw StoreError(StoreErrorCase::damaged, "the upgraded copy differs");
+    }
 }
 
 } // namespace
@@ -230,7 +267,12 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
     file.replaceBy(
         [&](const std::filesystem::path& staging) {
             store.copyTo(staging);
-            upgradeCopy(store.handle(), staging, schema, tables);
+            const auto counts = upgradeCopy(store.handle(), staging, schema, tables);
+            // Both take time by the size of the file, one the processor's, one the disk's.
+            auto reading = std::async(std::launch::async | std::launch::deferred,
+                                      [&] { readBack(staging, schema, counts); });
+            StoreFile(staging).sync();
+            reading.get();
         },
         kept);
     log.info("Upgraded the store from version " + std::to_string(version) + " to " +
@@ -238,8 +280,15 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
              kept.filename().string());
 }
 
+bool hasFormerStores(const std::filesystem::path& store, const Schema& schema) {
+    return !StoreFile(store).kept(formerName(schema)).empty();
+}
+
 void removeFormerStores(const std::filesystem::path& store, const Schema& schema) noexcept {
-    StoreFile(store).removeKept(formerName(schema));
+    for (const auto& each : StoreFile(store).kept(formerName(schema))) {
+        std::error_code nextTime;
+        std::filesystem::remove(each, nextTime);
+    }
 }
 
 } // namespace korvex::store

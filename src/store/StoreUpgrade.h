@@ -5,7 +5,7 @@
 #include "store/StoreFile.h"
 
 #include <chrono>
-#include <string>
+#include <filesystem>
 
 namespace korvex::store {
 
@@ -13,13 +13,15 @@ namespace korvex::store {
 /// takes the store's place when it is on the disk. The former file stays beside it under the name
 /// "Primary.store.BeforeV17-…", for the current version's name, until `removeFormerStores`. The
 /// write lock must be held and no connection be open in this process; waits `patience` for those of
-/// others. Takes about as long as to copy the file twice. Throws StoreError and has changed nothing
-/// then.
+/// others. Takes about as long as to copy the file twice. Throws StoreError, and has then at most
+/// moved the journal into the file.
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
                   const base::Logger& log);
 
-/// Removes what upgrades to the current version have kept. To be called once the upgraded store has
-/// proven itself. Failures are for the next time.
+/// Whether upgrades to the current version have kept any.
+bool hasFormerStores(const std::filesystem::path& store, const Schema& schema);
+/// Removes them. To be called once the upgraded store has proven itself. Failures are for the next
+/// time.
 void removeFormerStores(const std::filesystem::path& store, const Schema& schema) noexcept;
 
 } // namespace korvex::store

@@ -57,6 +57,7 @@ TEST(StoreLocation, OneFolderHasOneName) {
           fs::relative(root / "real"), root / "link" / "inner" / ".."}) {
         EXPECT_EQ(storeFile(dataDirectory(given)), root / "real" / "Primary.store") << given;
     }
+    EXPECT_EQ(dataDirectory("not there/yet"), fs::current_path() / "not there" / "yet");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 // as good as valid/everything.
 
 #include "backup/BackupFileIO.h"
+#include "support/CaseOf.h"
 #include "support/RecordingLog.h"
 
 #include <gtest/gtest.h>
@@ -30,21 +31,12 @@ void forEachCase(const char* folder, const std::function<void(const base::Bytes&
     }
 }
 
-std::optional<BackupErrorCase> errorOf(const std::function<void()>& work) {
-    try {
-        work();
-        return std::nullopt;
-    } catch (const BackupError& error) {
-        return error.which();
-    }
-}
-
 /// Of the document that the bytes hold.
 std::optional<BackupErrorCase> validationErrorOf(const base::Bytes& bytes) {
     std::optional<BackupDocument> document;
     EXPECT_NO_THROW(document = BackupFileIO::decode(bytes));
     tests::RecordingLog log;
-    return document ? errorOf([&] { validate(*document, log); }) : std::nullopt;
+    return document ? tests::caseOf<BackupError>([&] { validate(*document, log); }) : std::nullopt;
 }
 
 TEST(BackupCases, ValidDocumentsMayBecomeAStore) {
@@ -68,7 +60,8 @@ TEST(BackupCases, AnotherVersionIsToldBeforeAllElse) {
 
 TEST(BackupCases, WhatIsNoDocumentIsNotRead) {
     forEachCase("unreadable", [](const base::Bytes& bytes) {
-        EXPECT_EQ(errorOf([&] { BackupFileIO::decode(bytes); }), BackupErrorCase::invalidDocument);
+        EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(bytes); }),
+                  BackupErrorCase::invalidDocument);
     });
 }
 

@@ -1,6 +1,7 @@
 #include "RandomDocument.h"
 
 #include "backup/BackupFileIO.h"
+#include "support/CaseOf.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -30,15 +31,6 @@ std::string_view textOf(std::span<const std::uint8_t> bytes) {
 
 void write(const std::filesystem::path& file, std::string_view contents) {
     std::ofstream(file, std::ios::binary) << contents;
-}
-
-std::optional<BackupErrorCase> errorOf(const std::function<void()>& work) {
-    try {
-        work();
-        return std::nullopt;
-    } catch (const BackupError& error) {
-        return error.which();
-    }
 }
 
 /// A mapping of as many bytes as a test wants: blanks, without the memory for them. What is written
@@ -102,7 +94,7 @@ TEST(BackupFileIO, HoldsADocumentOnlyWhereNothingDiffers) {
         auto changed = whole;
         changed[at] = static_cast<std::uint8_t>(random());
         std::optional<BackupDocument> read;
-        errorOf([&] { read = BackupFileIO::decode(changed); });
+        tests::caseOf<BackupError>([&] { read = BackupFileIO::decode(changed); });
         EXPECT_EQ(BackupFileIO::holds(changed, document), read == document) << at;
     }
     auto shorter = document;
@@ -142,7 +134,7 @@ TEST(BackupFileIO, ADateThatIsNoNumberIsNotWritten) {
     for (const auto seconds : {std::nan(""), std::numeric_limits<double>::infinity()}) {
         BackupDocument document{.appVersion = "1"};
         document.entries = {{.dueDate = base::Instant{seconds}}};
-        EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document); }),
+        EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::encode(document); }),
                   BackupErrorCase::invalidDocument);
     }
 }
@@ -150,14 +142,15 @@ TEST(BackupFileIO, ADateThatIsNoNumberIsNotWritten) {
 TEST(BackupFileIO, ADamagedDocumentIsRefusedAndHarmsNothing) {
     const auto whole = BackupFileIO::readFile(KORVEX_BACKUP_CASES "/valid/everything.korvexbackup");
     const auto expectReadOrRefused = [](std::span<const std::uint8_t> damaged) {
-        const auto error = errorOf([&] { BackupFileIO::decode(damaged); });
+        const auto error = tests::caseOf<BackupError>([&] { BackupFileIO::decode(damaged); });
         ASSERT_TRUE(!error || error == BackupErrorCase::invalidDocument) << textOf(damaged);
     };
     std::mt19937 random(3);
     for (std::size_t at = 0; at < whole.size(); ++at) {
         // In memory of its own size, so that reading past the end shows.
         const base::Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(at));
-        EXPECT_EQ(errorOf([&] { BackupFileIO::decode(cut); }), BackupErrorCase::invalidDocument);
+        EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(cut); }),
+                  BackupErrorCase::invalidDocument);
         auto shorter = whole;
         shorter.erase(shorter.begin() + static_cast<std::ptrdiff_t>(at));
         expectReadOrRefused(shorter);
@@ -180,16 +173,17 @@ TEST(BackupFileIO, UnknownKeysMayHoldWhatIsNestedUpToALimit) {
 TEST(BackupFileIO, TheLimitIsJudgedByTheLength) {
     constexpr auto kLimit = BackupDocument::kMaximumBytes;
     Blanks file(kLimit + 1);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::decode(file.first(kLimit + 1)); }),
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(file.first(kLimit + 1)); }),
               BackupErrorCase::tooLarge);
     // One key more, that holds a string up to the end.
     const auto head = std::string(kSmallest.substr(0, kSmallest.size() - 1)) + R"(,"z":")";
     file.put(0, head);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::decode(file.first(kLimit)); }),
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(file.first(kLimit)); }),
               BackupErrorCase::invalidDocument);
     file.put(kLimit - 2, "\"}");
-    EXPECT_EQ(errorOf([&] { BackupFileIO::decode(file.first(kLimit)); }), std::nullopt);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::decode(file.first(kLimit + 1)); }),
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(file.first(kLimit)); }),
+              std::nullopt);
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::decode(file.first(kLimit + 1)); }),
               BackupErrorCase::tooLarge);
 }
 
@@ -203,11 +197,14 @@ TEST(BackupFileIO, TheLimitHoldsForWhatIsWritten) {
     EXPECT_EQ(BackupFileIO::encode(document).size(), BackupDocument::kMaximumBytes);
     content.push_back('x');
     EXPECT_NO_THROW(document.checkBackupSize(BackupDocument::kMaximumBytes));
-    EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document); }), BackupErrorCase::tooLarge);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document, [](std::string_view) {}); }),
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::encode(document); }),
+              BackupErrorCase::tooLarge);
+    EXPECT_EQ(tests::caseOf<BackupError>(
+                  [&] { BackupFileIO::encode(document, [](std::string_view) {}); }),
               BackupErrorCase::tooLarge);
     content.resize(BackupDocument::kMaximumBytes + 1);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::encode(document); }), BackupErrorCase::tooLarge);
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::encode(document); }),
+              BackupErrorCase::tooLarge);
 }
 
 TEST(BackupFileIO, ReadsOnlyRegularFilesWithinTheLimit) {
@@ -221,12 +218,13 @@ TEST(BackupFileIO, ReadsOnlyRegularFilesWithinTheLimit) {
     EXPECT_EQ(textOf(BackupFileIO::readFile(folder / "link")), kSmallest);
 
     std::filesystem::resize_file(folder / "empty", BackupDocument::kMaximumBytes + 1);
-    EXPECT_EQ(errorOf([&] { BackupFileIO::readFile(folder / "empty"); }),
+    EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::readFile(folder / "empty"); }),
               BackupErrorCase::tooLarge);
 
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     for (const auto& other : {folder.path(), folder / "pipe", std::filesystem::path("/dev/zero")}) {
-        EXPECT_EQ(errorOf([&] { BackupFileIO::readFile(other); }), BackupErrorCase::invalidDocument)
+        EXPECT_EQ(tests::caseOf<BackupError>([&] { BackupFileIO::readFile(other); }),
+                  BackupErrorCase::invalidDocument)
             << other;
     }
     try {

@@ -86,17 +86,15 @@ protected:
 
 private:
     static Row board(const std::string& name, std::int64_t isSystem) {
-        return {{"id", base::Uuid::random()},
-                {"name", name},
-                {"createdAt", -63114076800.0},
-                {"updatedAt", 8e8},
-                {"sortOrder", std::int64_t{-5}},
-                {"isSystem", isSystem},
-                {"isArchived", std::int64_t{1}},
-                {"icon", std::string("no such icon")},
-                {"iconColor", std::string("")},
-                {"systemIdentifier", std::string("of its own")},
-                {"mergedIntoBoardID", base::Uuid::random()}};
+        return OldStore::board(name, {{"createdAt", -63114076800.0},
+                                      {"updatedAt", 8e8},
+                                      {"sortOrder", std::int64_t{-5}},
+                                      {"isSystem", isSystem},
+                                      {"isArchived", std::int64_t{1}},
+                                      {"icon", std::string("no such icon")},
+                                      {"iconColor", std::string("")},
+                                      {"systemIdentifier", std::string("of its own")},
+                                      {"mergedIntoBoardID", base::Uuid::random()}});
     }
 
     static std::vector<Row> makeEntries() {

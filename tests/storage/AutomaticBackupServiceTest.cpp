@@ -104,6 +104,26 @@ TEST_F(AutomaticBackupServiceTest, OneIsDueADayAfterTheLastOrWhenTheClockWasSetB
     EXPECT_EQ(preferences.automaticBackupLastSuccess(), now);
 }
 
+TEST_F(AutomaticBackupServiceTest, AClockThatIsSetDuringARunMakesTheNextOneDueAndNoFurther) {
+    std::size_t made = 0;
+    for (const auto step : {-kTenYears, kTenYears}) {
+        const auto begun = clock.now();
+        preferences.setAutomaticBackupLastSuccess(std::nullopt);
+        service->runIfDue(begun);
+        clock.advance(step);
+        finish();
+        EXPECT_EQ(preferences.automaticBackupLastSuccess(), begun);
+        service->runIfDue(clock.now());
+        EXPECT_TRUE(service->isRunning());
+        finish();
+        EXPECT_EQ(preferences.automaticBackupLastSuccess(), clock.now());
+        service->runIfDue(clock.now());
+        EXPECT_FALSE(service->isRunning());
+        made += 2;
+        EXPECT_THAT(backups(), SizeIs(made));
+    }
+}
+
 TEST_F(AutomaticBackupServiceTest, LooksAtTheStartAndEveryQuarterOfAnHour) {
     preferences.setAutomaticBackupEnabled(false);
     service->start();

@@ -1,15 +1,20 @@
 #include "storage/DataIntegrityService.h"
 
 #include "model/BoardIcon.h"
+#include "model/EntryAttachment.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/ServiceFixture.h"
 #include "storage/BackupService.h"
 #include "storage/SoundValues.h"
+#include "storage/StoreRepair.h"
 #include "store/StoreError.h"
+#include "support/FolderNames.h"
 
 #include <limits>
 #include <map>
 #include <random>
+#include <set>
+#include <tuple>
 
 namespace korvex::storage {
 namespace {
@@ -240,6 +245,7 @@ public:
         }
         for (auto left = below(40); left > 0; --left) {
             auto entry = std::make_unique<Entry>(fields());
+            entry->setAttachmentData(attachments());
             entry->setBoard(boards.empty() || below(8) == 0 ? nullptr
                                                             : boards[below(boards.size())]);
             m_context.insert(std::move(entry));
@@ -253,6 +259,12 @@ private:
     std::string pick(std::vector<std::string> words) { return words[below(words.size())]; }
     std::optional<std::string> maybe(std::vector<std::string> words) {
         return oneIn(2) ? std::optional(pick(std::move(words))) : std::nullopt;
+    }
+    std::optional<base::Bytes> attachments() {
+        const model::EntryAttachment file{base::Uuid::random(), "file", base::Bytes(below(5000))};
+        return oneIn(2)   ? std::nullopt
+               : oneIn(3) ? std::optional(base::Bytes(below(50), 7))
+                          : model::EntryAttachment::encode({&file, 1});
     }
     base::Instant instant() {
         return oneIn(4) ? base::Instant{oneIn(2) ? 1e300 : -1e11}
@@ -284,7 +296,7 @@ private:
     model::EntryFields fields() {
         return {.id = base::Uuid::random(),
                 .typeRawValue = pick({"todo", "text", "Todo", ""}),
-                .content = "words " + std::to_string(m_random()),
+                .content = oneIn(4) ? "" : "words " + std::to_string(m_random()),
                 .richTextData = oneIn(3) ? std::optional(base::Bytes(below(50))) : std::nullopt,
                 .createdAt = instant(),
                 .updatedAt = instant(),
@@ -303,33 +315,127 @@ private:
     std::vector<base::Uuid> m_ids;
 };
 
+/// What must be in a store after the repair.
+struct Words {
+    std::map<base::Uuid,
+             std::tuple<std::string, std::optional<base::Bytes>, std::optional<base::Bytes>>>
+        entries;
+    /// Parts that nobody can read, in files beside it.
+    std::size_t setAside = 0;
+
+    bool operator==(const Words&) const = default;
+};
+
+Words wordsOf(store::ModelContext& context, base::LogSink& log) {
+    const auto isReadable = [](const auto& decode) {
+        try {
+            static_cast<void>(decode());
+            return true;
+        } catch (const base::Error&) {
+            return false;
+        }
+    };
+    Words words;
+    for (const auto* const entry : context.fetch<Entry>()) {
+        auto text = entry->richTextData();
+        auto files = entry->attachmentData();
+        const richtext::RichTextSerializer serializer(log);
+        if (text && entry->content().empty() &&
+            !isReadable([&] { return serializer.decode(*text); })) {
+            text.reset();
+            ++words.setAside;
+        }
+        if (!isReadable([&] { return model::EntryAttachment::decode(files); })) {
+            files.reset();
+            ++words.setAside;
+        }
+        words.entries[entry->id()] = {entry->content(), text, files};
+    }
+    return words;
+}
+
 TEST_F(DataIntegrityServiceTest, AnyMetadataBecomesAValidBackupOfTheSameWords) {
-    using Words = std::map<base::Uuid, std::pair<std::string, std::optional<base::Bytes>>>;
     for (unsigned seed = 0; seed < 60; ++seed) {
+        SCOPED_TRACE(seed);
         const tests::TemporaryFolder place;
         context.reset();
         container = store::ModelContainer::open(model::currentSchema(),
                                                 {.file = place / "Primary.store"}, log);
         context = std::make_unique<store::ModelContext>(*container);
         RandomStore(seed, *context).fill();
-        Words words;
-        for (const auto* const entry : context->fetch<Entry>()) {
-            words[entry->id()] = {entry->content(), entry->richTextData()};
-        }
+        auto words = wordsOf(*context, log);
         // Half of them with the records in memory, half as the next start finds them.
         if (seed % 2 == 0) {
             context = std::make_unique<store::ModelContext>(*container);
         }
-        repair();
+        const auto report = repair();
         const auto document = stored();
-        ASSERT_NO_THROW(backup::validate(document, log)) << seed;
+        ASSERT_NO_THROW(backup::validate(document, log));
         Words after;
         for (const auto& entry : document.entries) {
-            after[entry.id] = {entry.content, entry.richTextData};
+            after.entries[entry.id] = {entry.content, entry.richTextData, entry.attachmentData};
         }
-        ASSERT_EQ(after, words) << seed;
-        ASSERT_TRUE(repair().isEmpty()) << seed;
-        ASSERT_EQ(stored(), document) << seed;
+        for (const auto& name : tests::namesIn(place.path())) {
+            after.setAside += name.starts_with("Primary.store.unreadable-") ? 1 : 0;
+        }
+        ASSERT_EQ(after, words);
+        const auto count = [&](RepairKind kind) {
+            const auto found = report.repaired.find(kind);
+            return found == report.repaired.end() ? 0 : found->second;
+        };
+        EXPECT_EQ(count(RepairKind::unreadableTexts) + count(RepairKind::unreadableAttachments),
+                  words.setAside);
+        ASSERT_TRUE(repair().isEmpty());
+        ASSERT_EQ(stored(), document);
+    }
+}
+
+TEST_F(DataIntegrityServiceTest, RowsWithoutAnIdentifierCostNothingAndAreSaved) {
+    for (unsigned seed = 0; seed < 12; ++seed) {
+        SCOPED_TRACE(seed);
+        const tests::TemporaryFolder place;
+        const auto open = [&] {
+            container = store::ModelContainer::open(model::currentSchema(),
+                                                    {.file = place / "Primary.store"}, log);
+            context = std::make_unique<store::ModelContext>(*container);
+        };
+        context.reset();
+        open();
+        RandomStore(seed, *context).fill();
+        context.reset();
+        std::multiset<std::string> before;
+        std::size_t damaged = 0;
+        {
+            SQLite::Database database((place / "Primary.store").string(), SQLite::OPEN_READWRITE);
+            database.exec("UPDATE Entry SET id = CASE rowid % 2 WHEN 0 THEN x'01' || rowid ELSE "
+                          "rowid END WHERE rowid % 5 < 2");
+            database.exec("UPDATE Board SET id = 'none' WHERE rowid = 2");
+            SQLite::Statement contents(database, "SELECT content FROM Entry");
+            while (contents.executeStep()) {
+                before.insert(contents.getColumn(0).getString());
+            }
+            damaged = database
+                          .execAndGet("SELECT (SELECT count(*) FROM Entry WHERE rowid % 5 < 2) + "
+                                      "(SELECT count(*) FROM Board WHERE rowid = 2)")
+                          .getUInt();
+        }
+        open();
+        EXPECT_EQ(repair().damaged, damaged);
+        repair();
+        context.reset();
+        container.reset();
+        Work work;
+        const auto report = repairStore(place / "Primary.store", kNow, log, work);
+        EXPECT_EQ(report.salvage.has_value(), damaged > 0);
+        open();
+        EXPECT_TRUE(repair().isEmpty());
+        const auto document = stored();
+        EXPECT_NO_THROW(backup::validate(document, log));
+        std::multiset<std::string> after;
+        for (const auto& entry : document.entries) {
+            after.insert(entry.content);
+        }
+        EXPECT_EQ(after, before);
     }
 }
 

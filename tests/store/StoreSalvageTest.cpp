@@ -2,11 +2,14 @@
 
 #include "store/StoreFile.h"
 #include "store/StoreSalvage.h"
+#include "support/FolderNames.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
-
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+
+#include <csignal>
 #include <fstream>
 #include <map>
 #include <random>
@@ -205,6 +208,71 @@ TEST_F(StoreSalvageTest, FlippedBitsCostNoMoreThanTheyHit) {
         EXPECT_LE(sum.missing, 25U); // the rows of a page, where its head was hit
         expectSound(kEntries - sum.missing, sum.altered);
     }
+}
+
+TEST_F(StoreSalvageTest, WordsOutliveTheirIdentifier) {
+    makeStore();
+    const auto change = [&](const std::string& sql) {
+        SQLite::Database(storeFile().string(), SQLite::OPEN_READWRITE).exec(sql);
+    };
+    change("UPDATE Entry SET id = 'none' WHERE rowid = 7");
+    change("UPDATE Entry SET id = x'00', typeRawValue = 5 WHERE rowid = 8");
+    change("UPDATE Board SET id = x'01' WHERE rowid = 2");
+    {
+        // Two rows with one identifier: of an index that does not know of the second.
+        SQLite::Database database(storeFile().string(), SQLite::OPEN_READWRITE);
+        database.exec("PRAGMA writable_schema = ON");
+        database.exec("UPDATE sqlite_schema SET sql = replace(sql, ' UNIQUE', '') "
+                      "WHERE name = 'Entry'");
+        database.exec("DELETE FROM sqlite_schema WHERE name = 'sqlite_autoindex_Entry_1'");
+        database.exec("PRAGMA writable_schema = RESET");
+        database.exec("UPDATE Entry SET id = (SELECT id FROM Entry WHERE rowid = 10), "
+                      "checksum = checksum + 1 WHERE rowid = 9");
+    }
+    const auto sum = sumOf(salvage());
+    EXPECT_EQ(sum.missing, 0U);
+    EXPECT_EQ(sum.altered, 4U);
+    const auto container = open();
+    EXPECT_FALSE(container->check().isDamaged);
+    std::multiset<std::string> before;
+    std::multiset<std::string> after;
+    for (const auto& [id, text] : contents) {
+        before.insert(text);
+    }
+    ModelContext context(*container);
+    for (const auto* entry : context.fetch<Entry>()) {
+        after.insert(entry->content());
+    }
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(context.count<Board>(), 2U);
+}
+
+TEST_F(StoreSalvageTest, WhatCannotBeWrittenIsNotTheDamagedStoresFault) {
+    makeStore();
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        auto& board = *context.find<Board>(boards[0]);
+        for (int i = 0; i < 400; ++i) {
+            addTodo(context, board, std::string(9000, 'y'), i); // more than a page cache holds
+        }
+        context.save();
+        container->checkpoint();
+    }
+    zero(pages("Entry", "leaf").at(3));
+    const auto bytes = std::filesystem::file_size(storeFile());
+    ::rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ::rlimit small = before;
+    small.rlim_cur = 1 << 20;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(salvage(), store::StoreError);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_EQ(std::filesystem::file_size(storeFile()), bytes);
+    EXPECT_THAT(namesIn(folder()), testing::Each(testing::Not(testing::HasSubstr("damaged"))));
+    EXPECT_GT(salvage().saved, 700U);
 }
 
 TEST_F(StoreSalvageTest, AStoreInUseStaysAsItIs) {

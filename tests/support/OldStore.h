@@ -39,6 +39,32 @@ public:
     /// A row by the names of its columns; one that is not named is absent.
     using Row = std::map<std::string, store::Value>;
 
+    /// What every version knows of a board, and more or other columns.
+    static Row board(const std::string& name, Row more = {}) {
+        more.merge(Row{{"id", base::Uuid::random()},
+                       {"name", name},
+                       {"createdAt", 1.0},
+                       {"updatedAt", 1.0},
+                       {"sortOrder", std::int64_t{0}},
+                       {"isSystem", std::int64_t{1}},
+                       {"isArchived", std::int64_t{0}}});
+        return more;
+    }
+    /// The same of an entry on the board; `type` is "todo" or "text".
+    static Row entry(const Row& board, const std::string& type, std::string content,
+                     Row more = {}) {
+        more.merge(Row{{"id", base::Uuid::random()},
+                       {"type", type},
+                       {"typeRawValue", type},
+                       {"content", std::move(content)},
+                       {"createdAt", 1.0},
+                       {"updatedAt", 1.0},
+                       {"sortOrder", std::int64_t{0}},
+                       {"isCompleted", std::int64_t{0}},
+                       {"board", board.at("id")}});
+        return more;
+    }
+
     OldStore(const std::filesystem::path& file, const Version& version)
         : m_version(version),
           m_database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE) {

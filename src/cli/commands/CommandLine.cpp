@@ -4,6 +4,7 @@
 #include "cli/commands/DesktopApp.h"
 #include "cli/commands/HelpFormatter.h"
 
+#include "storage/SharedStoreError.h"
 #include "store/StoreError.h"
 
 #include <CLI/CLI.hpp>
@@ -133,6 +134,7 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
     case store::StoreErrorCase::newerVersion:
     case store::StoreErrorCase::olderVersion:
     case store::StoreErrorCase::needsUpgrade:
+    case store::StoreErrorCase::upgradeNeedsWriting:
     case store::StoreErrorCase::noFolder:
     case store::StoreErrorCase::unreadable:
     case store::StoreErrorCase::busy:
@@ -160,6 +162,8 @@ ExitStatus CommandLine::run(std::vector<std::string> arguments) {
             return fail(error.status(), error.errorDescription());
         } catch (const store::StoreError& error) {
             return fail(exitStatus(error.which()), error.errorDescription());
+        } catch (const storage::SharedStoreError& error) {
+            return fail(ExitStatus::unusable, error.errorDescription());
         } catch (const base::Error& error) {
             return fail(ExitStatus::refused, error.errorDescription());
         } catch (const std::bad_alloc&) {

@@ -65,8 +65,7 @@ ExitStatus check(Session& session, const NoOptions&) {
     if (report.problems.empty()) {
         report.problems = orderProblems(context);
     }
-    // What was noticed while opening is known only now: the next to open the store goes on from
-    // what is there.
+    // What was noticed while opening is a problem too.
     report.problems.insert(report.problems.begin(), container.notices().begin(),
                            container.notices().end());
     if (session.wantsJson()) {

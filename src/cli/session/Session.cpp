@@ -2,7 +2,7 @@
 
 #include "app/StoreLocation.h"
 #include "base/UserLocale.h"
-#include "model/SchemaVersions.h"
+#include "storage/SharedModelContainer.h"
 #include "storage/StoreStart.h"
 
 namespace korvex::cli {
@@ -69,10 +69,8 @@ services::EntryService& Session::entries() {
 
 store::ModelContainer& Session::openExisting() {
     if (!m_container) {
-        keep(store::ModelContainer::open(
-            model::currentSchema(),
-            {.file = m_storeFile, .whenMissing = store::ModelConfiguration::Missing::refuse},
-            m_environment.log));
+        keep(storage::SharedModelContainer::openExisting(
+            m_storeFile, store::ModelConfiguration::Older::refuse, m_environment.log));
     }
     return *m_container;
 }
@@ -117,7 +115,7 @@ Session::Services& Session::services() {
         if (missing) {
             remark(*missing);
         }
-        for (const auto& notice : m_container->notices()) {
+        for (const auto& notice : store.notices) {
             remark(notice);
         }
         m_services = std::make_unique<Services>(std::move(store.context), m_environment.log);

@@ -60,7 +60,8 @@ public:
     /// The user's settings.
     app::AppPreferences& preferences();
 
-    /// The store with its default boards, created where there is none. Throws StoreError.
+    /// The store with its default boards, created where there is none. Throws StoreError and
+    /// SharedStoreError.
     store::ModelContext& context();
     services::BoardService& boards();
     services::EntryService& entries();
@@ -68,8 +69,8 @@ public:
         return richtext::RichTextSerializer(m_environment.log);
     }
 
-    /// Opens the store as it is: creates nothing, repairs nothing, and leaves what was noticed to
-    /// the command.
+    /// Opens the store that is there: creates, upgrades and repairs nothing, and leaves what was
+    /// noticed to the command. Throws StoreError and SharedStoreError.
     store::ModelContainer& openExisting();
 
     /// The settings that name the first of two boards name the second from now on.

@@ -47,10 +47,10 @@ void exportBackup(Program& program) {
 
 void importBackup(Program& program) {
     auto work = program.steps.work();
-    program.backups().restore(
-        storage::readBackup(program.importedFile(), work), program.recoveryFile(), kLater, work,
-        {.beforeReplace = [&] { program.steps.reached("before replacing"); },
-         .beforeSave = [&] { program.steps.reached("before saving"); }});
+    program.backups().restore(storage::readBackup(program.importedFile(), work),
+                              program.recoveryFile(), kLater, work,
+                              {.beforeReplace = [&] { program.steps.reached("before replacing"); },
+                               .beforeSave = [&] { program.steps.reached("before saving"); }});
 }
 
 void undoImport(Program& program) {
@@ -59,7 +59,7 @@ void undoImport(Program& program) {
 }
 
 /// As the window does.
-void backUp(Program& program, app::AppPreferences& preferences) {
+void backUp(Program& program, app::UserDefaults& defaults, const app::AppPreferences& preferences) {
     auto backup = storage::automaticBackup(preferences, program.file, kLater);
     backup.keeping = kKeptBackups;
     auto work = program.steps.work();
@@ -73,7 +73,7 @@ void backUp(Program& program, app::AppPreferences& preferences) {
 void backUpAgain(Program& program) {
     app::FileUserDefaults defaults(program.folder / "settings.json");
     app::AppPreferences preferences(defaults, program.log);
-    backUp(program, preferences);
+    backUp(program, defaults, preferences);
 }
 
 /// From choosing the folder on.
@@ -84,7 +84,7 @@ void chooseAndBackUp(Program& program) {
     std::filesystem::create_directory(program.chosenFolder(), ignored);
     preferences.setAutomaticBackupBookmark(
         storage::FolderBookmark::make(program.chosenFolder()).bytes());
-    backUp(program, preferences);
+    backUp(program, defaults, preferences);
 }
 
 } // namespace
@@ -93,7 +93,7 @@ const Operations& backupOperations() {
     static const Operations all{
         {"write-imported", writeImported}, {"export", exportBackup},
         {"import", importBackup},          {"undo-import", undoImport},
-        {"back-up", backUpAgain},               {"automatic-backup", chooseAndBackUp},
+        {"back-up", backUpAgain},          {"automatic-backup", chooseAndBackUp},
     };
     return all;
 }

@@ -40,9 +40,8 @@ std::string_view nameOf(storage::Stage stage) {
 }
 
 void tell(std::ostream& text, std::vector<model::Entry*> entries) {
-    std::sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
-        return services::ordered(*left, *right);
-    });
+    std::sort(entries.begin(), entries.end(),
+              [](const auto* left, const auto* right) { return services::ordered(*left, *right); });
     for (const model::Entry* entry : entries) {
         text << ' ' << entry->sortOrder() << (entry->isCompleted() ? '+' : '-')
              << entry->typeRawValue() << ':' << entry->content() << '/'
@@ -109,11 +108,12 @@ void Program::open(const std::filesystem::path& storeFile,
                    store::ModelConfiguration::Missing whenMissing) {
     file = storeFile;
     folder = file.parent_path();
-    container = store::ModelContainer::open(model::currentSchema(),
-                                            {.file = file,
-                                             .whenMissing = whenMissing,
-                                             .whenOlder = store::ModelConfiguration::Older::upgrade},
-                                            log);
+    container =
+        store::ModelContainer::open(model::currentSchema(),
+                                    {.file = file,
+                                     .whenMissing = whenMissing,
+                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
+                                    log);
     context = std::make_unique<store::ModelContext>(*container);
 }
 

@@ -74,9 +74,7 @@ struct Program {
     std::string state();
 
     std::filesystem::path importedFile() const { return folder / "other.korvexbackup"; }
-    std::filesystem::path exportedFile() const {
-        return folder / "exported" / "mine.korvexbackup";
-    }
+    std::filesystem::path exportedFile() const { return folder / "exported" / "mine.korvexbackup"; }
     std::filesystem::path recoveryFile() const {
         return folder / "Recovery" / "BeforeRestore.korvexbackup";
     }

@@ -18,26 +18,14 @@ namespace fs = std::filesystem;
 void writeOld(const fs::path& file, const char* version) {
     fs::create_directories(file.parent_path());
     tests::OldStore old(file, tests::OldStore::version(version));
-    const auto board = base::Uuid::random();
-    const std::string typeColumn = version == std::string("V10") ? "type" : "typeRawValue";
-    old.addBoard({{"id", board},
-                  {"name", std::string("Inbox")},
-                  {"createdAt", 1.0},
-                  {"updatedAt", 1.0},
-                  {"sortOrder", std::int64_t{0}},
-                  {"isSystem", std::int64_t{1}}});
-    const std::array attached{model::EntryAttachment{.id = base::Uuid::random(),
-                                                     .filename = "old",
-                                                     .data = base::Bytes(20'000, 'x')}};
+    const auto board = tests::OldStore::board("Inbox");
+    old.addBoard(board);
+    const std::array attached{model::EntryAttachment{
+        .id = base::Uuid::random(), .filename = "old", .data = base::Bytes(20'000, 'x')}};
     for (std::int64_t i = 0; i < kPreparedTodos; ++i) {
-        old.addEntry({{"id", base::Uuid::random()},
-                      {typeColumn, std::string(i % 2 == 0 ? "todo" : "text")},
-                      {"content", "old " + std::to_string(i) + std::string(500, 'x')},
-                      {"createdAt", 1.0},
-                      {"updatedAt", 1.0},
-                      {"sortOrder", i},
-                      {"isCompleted", std::int64_t{0}},
-                      {"board", board}});
+        old.addEntry(tests::OldStore::entry(board, i % 2 == 0 ? "todo" : "text",
+                                            "old " + std::to_string(i) + std::string(500, 'x'),
+                                            {{"sortOrder", i}}));
         if (i % 4 == 0) {
             old.attach(*model::EntryAttachment::encode(attached));
         }
@@ -108,8 +96,8 @@ void prepareDamaged(const fs::path& file, Steps& steps) {
 
 const FileOperations& preparations() {
     static const FileOperations all{
-        {"prepare-v10", prepareV10},       {"prepare-v13", prepareV13},
-        {"prepare-legacy", prepareLegacy}, {"prepare-unsound", prepareUnsound},
+        {"prepare-v10", prepareV10},         {"prepare-v13", prepareV13},
+        {"prepare-legacy", prepareLegacy},   {"prepare-unsound", prepareUnsound},
         {"prepare-damaged", prepareDamaged},
     };
     return all;

@@ -12,12 +12,12 @@ namespace {
 void start(const std::filesystem::path& file, Steps& steps,
            const std::optional<std::string>& cloud) {
     Program program(steps);
-    auto started = storage::StoreStart::open(
-        {.storeFile = file,
-         .legacyFile = file.parent_path() / "legacy" / "default.store",
-         .cloudKitIdentifier = cloud,
-         .now = kLater},
-        program.log);
+    auto started =
+        storage::StoreStart::open({.storeFile = file,
+                                   .legacyFile = file.parent_path() / "legacy" / "default.store",
+                                   .cloudKitIdentifier = cloud,
+                                   .now = kLater},
+                                  program.log);
     program.container = std::move(started.container);
     program.context = std::move(started.context);
     program.boards().initializeDefaultBoards(kLater);

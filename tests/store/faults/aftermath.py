@@ -17,6 +17,13 @@ BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korv
 # next.
 KEPT = {"repair": (STORE + ".damaged-", 1), "upgrade": (STORE + ".BeforeV17-", 1),
         "upgrade-attachments": (STORE + ".BeforeV17-", 1), "cloud": (STORE + ".BeforeCloudV11-", 2)}
+# What stands beside the recovery snapshot until a restore succeeds again. Of an import that failed:
+# the snapshot of the last one that did not. Of an undo that the store's own journal failed: its
+# snapshot, since nobody can say whether a power cut would bring that save to life.
+LAST_SNAPSHOT = "Recovery/BeforeLastRestore.korvexbackup"
+UNDO_SNAPSHOT = "Recovery/BeforeUndo.korvexbackup"
+# SQLite's own beside a store that a killed program was reading.
+OF_LEGACY = {"legacy/default.store-wal", "legacy/default.store-shm"}
 # Where a repair fails the start goes on, and the next one repairs.
 REPAIRED_LATER = ("start", "carry-over")
 
@@ -64,11 +71,11 @@ class Aftermath:
             perform(folder, operation)
         return state_of(drive(folder, "verify"))
 
-    def problems(self, folder, acknowledged, may_leave):
-        """`may_leave`: whether what was ended could clean up after itself."""
-        if not may_leave:
-            # SQLite's own journal is left to the next who opens the store.
-            yield from self.left_behind(folder, {STORE + "-journal"})
+    def problems(self, folder, acknowledged, allowed=frozenset()):
+        """`allowed`: what it may have left until the next run, None for anything."""
+        if allowed is not None:
+            last = set() if acknowledged else {LAST_SNAPSHOT}
+            yield from self.left_behind(folder, allowed | last)
         found = drive(folder, self.verify)
         state = state_of(found)
         if self.operation == "repair":
@@ -88,7 +95,7 @@ class Aftermath:
         if state != "state none" and "writable" not in found:
             yield f"not writable: {found}"
         yield from self.next_steps(folder, state)
-        yield from self.left_behind(folder)
+        yield from self.left_behind(folder, OF_LEGACY if allowed is None else frozenset())
 
     def next_steps(self, folder, state):
         if self.operation in ("import", "import-again", "undo-import"):

@@ -14,7 +14,7 @@ import shutil
 import subprocess
 import sys
 
-from aftermath import Aftermath
+from aftermath import UNDO_SNAPSHOT, Aftermath
 from fault_driver import DATA, SKIPPED, perform, run, strace, succeeds
 
 OPERATIONS = ("import", "undo-import", "export", "automatic-backup")
@@ -107,7 +107,8 @@ class SmallDisk:
                     yield "what was left takes the room of the next run"
                 return
             (folder / "ballast").unlink()
-            yield from self.aftermath.problems(folder, "acknowledged" in said, bool(fatal))
+            yield from self.aftermath.problems(folder, "acknowledged" in said,
+                                               None if fatal else {UNDO_SNAPSHOT})
         finally:
             self.unmount(folder)
 

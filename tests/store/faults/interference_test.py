@@ -6,11 +6,12 @@
   none is made, and nobody is told of a success where there is no backup.
 """
 import collections
+import json
 import shlex
 import shutil
 import sys
 
-from aftermath import Aftermath, names_in
+from aftermath import LAST_SNAPSHOT, Aftermath, names_in
 from fault_driver import BROKEN, DATA, DRIVER, STORE, drive, perform, run, state_of, succeeds
 
 RESTORES = ("import", "import-again", "undo-import")
@@ -32,12 +33,14 @@ class Interferences:
     def __init__(self, operation, start, scratch):
         self.operation = operation
         self.aftermath = Aftermath(operation, start, scratch)
+        self.added_to_start = self.aftermath.state_after("add")
         said = interfere(self.prepared(), operation, 0, "")
         steps = [line for line in said if line.startswith("step ")]
         if len(steps) < 4 or said[-1] != "acknowledged":
             sys.exit(f"{operation} was not seen at work: {said}")
-        acts = {"export": (self.gone, self.replaced),
-                "automatic-backup": (self.gone, self.replaced)}.get(operation, ())
+        acts = {"import": (self.taken_back,), "undo-import": (self.taken_back,),
+                # One after the other they leave the words of two stores, of which one is kept.
+                "import-again": ()}.get(operation, (self.gone, self.replaced))
         self.cases = [Case(step, act) for step in range(1, len(steps) + 1)
                       for act in (self.added, *acts)]
 
@@ -72,24 +75,38 @@ class Interferences:
         if any(line.startswith(BROKEN) for line in [*said, *found]):
             yield f"{said}, {found}"
         if self.operation not in RESTORES:
-            if not acknowledged or state != self.aftermath.state_after("add"):
+            if not acknowledged or state != self.added_to_start:
                 yield f"{said}, {found}"
             return
         if not acknowledged:
             if not any(CHANGED in line for line in said):
                 yield f"refused for another reason: {said}"
-            if state != self.aftermath.typed[self.aftermath.before]:
+            if state != self.added_to_start:
                 yield f"refused, but {found}"
         elif state == self.aftermath.after:
             # It was added before: taking the restore back brings it.
             if not succeeds(folder, "undo-import"):
                 yield "the restore cannot be taken back"
             back = state_of(drive(folder, "verify"))
-            if back != self.aftermath.typed[self.aftermath.before]:
+            if back != self.added_to_start:
                 yield f"{said}: the entry is neither in the store nor in what comes back: {back}"
         elif state != self.aftermath.typed[self.aftermath.after]:
             yield f"{said}, but {found}"
-        yield from self.aftermath.left_behind(folder)
+        yield from self.aftermath.left_behind(folder, set() if acknowledged else {LAST_SNAPSHOT})
+
+    def taken_back(self, folder, step):
+        log = folder / "taken-back"
+        second = shlex.join([DRIVER, "perform", "undo-import", str(folder / DATA / STORE)])
+        said = interfere(folder, self.operation, step, f"{second} > {shlex.quote(str(log))}")
+        found = drive(folder, "verify")
+        if any(line.startswith(BROKEN) for line in [*said, *log.read_text().splitlines(), *found]):
+            yield f"{said}, {log.read_text()}, {found}"
+        words = state_of(found) + "".join(
+            entry["content"] for snapshot in (folder / DATA / "Recovery").glob("*.korvexbackup")
+            for entry in json.loads(snapshot.read_bytes())["entries"])
+        for word in ("todo 0",) if self.operation == "import" else ("todo 0", "added"):
+            if word not in words:
+                yield f"{word} is lost: {said}, {log.read_text()}, {found}"
 
     def gone(self, folder, step):
         """The folder of the backup, as when a disk is removed."""

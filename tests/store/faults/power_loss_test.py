@@ -304,7 +304,7 @@ class Losses:
                 else:
                     path.write_bytes(contents)
                     files[id(contents)] = path
-            yield from self.aftermath.problems(folder, acknowledged, may_leave=True)
+            yield from self.aftermath.problems(folder, acknowledged, allowed=None)
         finally:
             shutil.rmtree(folder)
 

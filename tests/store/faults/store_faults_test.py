@@ -12,14 +12,14 @@ import re
 import shutil
 import sys
 
-from aftermath import Aftermath
-from fault_driver import BROKEN, DATA, perform, run, strace
+from aftermath import UNDO_SNAPSHOT, Aftermath
+from fault_driver import BROKEN, DATA, STORE, perform, run, strace
 
 WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
 OPENING = "open,openat"
 ERRORS = ("ENOSPC", "EIO", "EROFS")
-LONG = 50
+LONG = 75
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board", "complete-all", "restore-deleted", "save",
@@ -72,6 +72,17 @@ class Faults:
     def name_of(fault):
         return f"{fault.call} {fault.when} {fault.effect}"
 
+    @staticmethod
+    def may_leave(fault):
+        """What of its own it cannot remove."""
+        if (fault.effect == "signal=KILL" or fault.call.startswith("unlink") or
+                fault.call in OPENING.split(",")):
+            return None
+        # By which SQLite writes.
+        if fault.call in ("pwrite64", "fdatasync", "ftruncate"):
+            return {STORE + "-journal", UNDO_SNAPSHOT}
+        return set()
+
     def problems(self, fault):
         """What is wrong after this fault: nothing, if the store is as good as it should be."""
         folder = self.aftermath.fresh_folder()
@@ -88,10 +99,7 @@ class Faults:
                 yield f"the second try did not succeed: {said}"
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
-            # Who cannot remove, or cannot look for what to remove, leaves it to the next one.
-            may_leave = (fault.effect == "signal=KILL" or fault.call.startswith("unlink") or
-                         fault.call in OPENING.split(","))
-            yield from self.aftermath.problems(folder, acknowledged, may_leave)
+            yield from self.aftermath.problems(folder, acknowledged, self.may_leave(fault))
         finally:
             shutil.rmtree(folder)
 
