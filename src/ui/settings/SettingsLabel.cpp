@@ -7,7 +7,7 @@
 namespace korvex::ui {
 
 SettingsLabel::SettingsLabel(Kind kind, const QString& text, const Theme& theme, QWidget* parent)
-    : QLabel(breakable(text), parent), m_kind(kind), m_theme(theme) {
+    : QLabel(breakable(text), parent), m_kind(kind), m_said(text), m_theme(theme) {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
     setAlignment(kind == Kind::value ? lineEnd() : lineStart());
@@ -22,16 +22,21 @@ SettingsLabel::SettingsLabel(Kind kind, const QString& text, const Theme& theme,
 }
 
 void SettingsLabel::say(const QString& text) {
-    const auto words = breakable(text);
-    if (words == this->text()) {
-        return;
+    if (text != m_said) {
+        m_said = text;
+        setText(breakable(text));
+        setVisible(!text.isEmpty());
     }
-    setText(words);
-    setVisible(!text.isEmpty());
+}
+
+QSize SettingsLabel::sizeHint() const {
+    const auto wanted = QLabel::sizeHint();
+    return m_kind == Kind::value ? QSize(fontMetrics().size(0, text()).width(), wanted.height())
+                                 : wanted;
 }
 
 void SettingsLabel::announce(const QString& text) {
-    if (breakable(text) != this->text()) {
+    if (text != m_said) {
         say(text);
         Accessibility::setRole(*this, QAccessible::AlertMessage);
         Accessibility::say(*this, text);

@@ -27,13 +27,18 @@ public:
 
     /// Says it in place of what was said; takes no room while there is nothing to say.
     void say(const QString& text);
+    const QString& said() const { return m_said; }
     /// The same, read out at once: what came of something that the user has done.
     void announce(const QString& text);
+
+    /// A value wants to stand in one line, and makes do with less.
+    QSize sizeHint() const override;
 
 private:
     void applyTheme();
 
     Kind m_kind;
+    QString m_said;
     const Theme& m_theme;
 };
 

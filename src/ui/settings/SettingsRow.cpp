@@ -101,7 +101,7 @@ void SettingsRow::setRefusal(const QString& refusal) {
 
 void SettingsRow::describe() {
     if (m_control) {
-        const QStringList said{m_refusal->text(), m_note->text()};
+        const QStringList said{m_refusal->said(), m_note->said()};
         m_control->setAccessibleDescription(said.join(QLatin1Char('\n')).trimmed());
     }
 }
@@ -127,9 +127,7 @@ void SettingsRow::applyTheme() {
 }
 
 SettingsLabel* settingsValue(const Theme& theme) {
-    auto* const value = new SettingsLabel(SettingsLabel::Kind::value, {}, theme);
-    value->setWordWrap(false);
-    return value;
+    return new SettingsLabel(SettingsLabel::Kind::value, {}, theme);
 }
 
 QWidget* settingsButtons(const QString& name, std::initializer_list<QWidget*> buttons,
