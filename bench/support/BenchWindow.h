@@ -93,6 +93,7 @@ public:
                    .defaults = m_defaults,
                    .clock = m_clock,
                    .runLoop = m_runLoop,
+                   .threads = m_threads,
                    .log = m_log,
                    .makeEngine = m_script.engineFactory(),
                    .resources = m_script.resources(),
@@ -102,6 +103,7 @@ public:
     }
 
     ui::MainWindow& window() { return m_window; }
+    const ui::Workspace& workspace() const { return m_owner.workspace(); }
     /// As the sidebar lists them.
     std::vector<model::Board*> boards() const { return m_owner.workspace().boards.boards(); }
 
@@ -123,6 +125,7 @@ private:
     ui::Theme m_theme;
     ui::InstalledStyle m_style;
     platform::qt::QtRunLoop m_runLoop;
+    storage::BackgroundThreads m_threads;
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
     ui::WorkspaceOwner m_owner;

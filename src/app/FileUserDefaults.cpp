@@ -263,6 +263,10 @@ void FileUserDefaults::writeLeft() {
     }
 }
 
+std::unique_ptr<UserDefaults> FileUserDefaults::forAnotherThread() const {
+    return std::make_unique<FileUserDefaults>(m_file, m_log);
+}
+
 FileUserDefaults::Found FileUserDefaults::read() {
     auto contents = base::readSmallFile(m_file, kMaximumFileBytes);
     if (!contents) {

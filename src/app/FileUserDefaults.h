@@ -52,6 +52,7 @@ public:
                        const std::function<bool(std::string_view)>& isAcceptable,
                        std::string_view otherwise) override;
     void refresh() override;
+    std::unique_ptr<UserDefaults> forAnotherThread() const override;
     void mayWait(std::string_view key) override;
     bool isKept() const override { return m_isKept; }
     base::Signal<>& keptChanged() override { return m_keptChanged; }

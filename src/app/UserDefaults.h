@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -46,6 +47,9 @@ public:
 
     /// Takes in what other programs have set since.
     virtual void refresh() = 0;
+
+    /// The same settings for another thread, which knows of them what is kept.
+    virtual std::unique_ptr<UserDefaults> forAnotherThread() const = 0;
 
     /// The key changes with many a step of the user: what it is given may be kept a moment later.
     virtual void mayWait(std::string_view key) = 0;

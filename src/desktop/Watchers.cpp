@@ -1,7 +1,6 @@
 #include "desktop/Watchers.h"
 
 #include "app/FileUserDefaults.h"
-#include "app/StoreLocation.h"
 #include "platform/qt/FileWatcher.h"
 #include "platform/qt/QtStoreChangeBroadcaster.h"
 #include "platform/qt/StoreWatcher.h"
@@ -56,10 +55,7 @@ void Watchers::start() {
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
     m_listeners.instance.listen();
     m_listeners.workspace.copies.removeLeftovers();
-    // The settings name one folder and one last backup for a user.
-    if (app::isUsersOwn(file.parent_path())) {
-        m_listeners.workspace.automaticBackups.start();
-    }
+    m_listeners.workspace.automaticBackups.start();
 }
 
 void Watchers::connectSources() {

@@ -13,6 +13,7 @@
 #include "platform/qt/SingleInstance.h"
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
+#include "storage/BackgroundThreads.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
@@ -26,6 +27,7 @@
 #include <QTimer>
 
 #include <chrono>
+#include <cstdlib>
 
 #ifdef KORVEX_GALLERY
 #include "ui/gallery/Gallery.h"
@@ -37,6 +39,7 @@ namespace {
 
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
+constexpr std::chrono::seconds kLongestEnd{2};
 
 enum class AfterError { quit, tryAgain };
 
@@ -54,9 +57,8 @@ AfterError showStoreError(const QString& message, const std::filesystem::path& f
     return next;
 }
 
-} // namespace
-
-int main(int argc, char* argv[]) {
+/// Until the user ends it; the exit status.
+int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& threads) {
     const desktop::StartupTrace trace;
     desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
@@ -65,8 +67,6 @@ int main(int argc, char* argv[]) {
     if (arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
-    base::StandardErrorLog standardError(base::LogLevel::warning);
-    platform::systemd::JournalLog log(standardError);
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
     app::AppPreferences preferences(defaults, log);
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
@@ -116,6 +116,7 @@ int main(int argc, char* argv[]) {
                                     .defaults = defaults,
                                     .clock = clock,
                                     .runLoop = runLoop,
+                                    .threads = threads,
                                     .log = log,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
@@ -164,10 +165,25 @@ int main(int argc, char* argv[]) {
     window.showNotices(notices);
     window.show();
     const auto status = QApplication::exec();
+    instance.close();
     // What a long day left in the journal moves into the store file; where that fails the journal
     // keeps it.
     if (const auto refused = ui::refusal([&] { container.checkpoint(); })) {
         log.write(base::LogLevel::warning, "Desktop", refused->toStdString());
+    }
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    storage::BackgroundThreads threads;
+    const auto status = run(argc, argv, log, threads);
+    if (!threads.waitUntilEnded(kLongestEnd)) {
+        // One waits for a folder that does not answer, and uses the log when that does.
+        std::_Exit(status);
     }
     return status;
 }

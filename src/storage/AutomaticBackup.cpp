@@ -1,5 +1,6 @@
 #include "storage/AutomaticBackup.h"
 
+#include "app/StoreLocation.h"
 #include "base/FileLock.h"
 #include "storage/BackupHistory.h"
 #include "storage/BackupService.h"
@@ -51,10 +52,29 @@ base::FileLock exclusively(const HeldFolder& history) {
     return lock;
 }
 
+/// The settings tell from now on when it was made, unless another folder was chosen meanwhile,
+/// which has none.
+void record(const AutomaticBackup& backup, app::UserDefaults& defaults, base::LogSink& log) {
+    app::AppPreferences preferences(defaults, log);
+    const auto isChosen = [&] {
+        preferences.reload();
+        return preferences.automaticBackupBookmark() == backup.bookmark;
+    };
+    if (isChosen()) {
+        preferences.setAutomaticBackupLastSuccess(backup.now);
+        if (!isChosen()) { // another one was at this very moment
+            preferences.setAutomaticBackupLastSuccess(std::nullopt);
+        }
+    }
+}
+
 AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& bookmark,
-                             const AutomaticBackup& backup, base::LogSink& log, Work& work) {
+                             const AutomaticBackup& backup, app::UserDefaults& defaults,
+                             base::LogSink& log, Work& work) {
     const auto history = historyFolder(chosen, backup.installation);
     const auto lock = exclusively(history);
+    // Before anything is written: on a full disk there is room for a new one only without them.
+    removeUnfinished(history.path());
     const auto name = newBackupName();
     const auto container = openForReading(backup.storeFile, log);
     AutomaticBackupResult result{
@@ -64,6 +84,7 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
     if (!bookmark.open().is(chosen)) {
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
+    record(backup, defaults, log);
     try {
         // What a power cut brings back goes with the next one.
         prune(history.path(), backup.keeping, name);
@@ -77,6 +98,10 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
 
 std::string descriptionOf(AutomaticBackupErrorCase which) {
     switch (which) {
+    case AutomaticBackupErrorCase::anotherStore:
+        return "Automatic backups are made of the store in " +
+               app::dataDirectory(std::nullopt).string() +
+               " only. korvex backup export makes one of this store.";
     case AutomaticBackupErrorCase::noFolder:
         return "No folder for automatic backups has been chosen yet. Choose one in the settings of "
                "Korvex.";
@@ -90,6 +115,8 @@ std::string descriptionOf(AutomaticBackupErrorCase which) {
                "kept in.";
     case AutomaticBackupErrorCase::running:
         return "Another program is making an automatic backup right now.";
+    case AutomaticBackupErrorCase::noAnswer:
+        return "The folder does not answer.";
     }
     return {};
 }
@@ -107,16 +134,8 @@ AutomaticBackup automaticBackup(const app::AppPreferences& preferences, fs::path
             .now = now};
 }
 
-bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences) {
-    preferences.reload();
-    if (preferences.automaticBackupBookmark() != backup.bookmark) {
-        return false;
-    }
-    preferences.setAutomaticBackupLastSuccess(backup.now);
-    return true;
-}
-
-AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
+AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup,
+                                          app::UserDefaults& defaults, base::LogSink& log,
                                           Work& work) {
     if (!backup.bookmark) {
         throw refusal(AutomaticBackupErrorCase::noFolder);
@@ -126,7 +145,7 @@ AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::L
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
     try {
-        return makeIn(bookmark->open(), *bookmark, backup, log, work);
+        return makeIn(bookmark->open(), *bookmark, backup, defaults, log, work);
     } catch (const fs::filesystem_error& error) {
         throw FileError(
             "The folder for automatic backups could not be used: " + error.code().message() + ".");

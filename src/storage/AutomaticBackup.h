@@ -39,15 +39,14 @@ struct AutomaticBackupResult {
     std::exception_ptr pruningFailure;
 };
 
-/// Writes a backup of all that is saved into the chosen folder and removes those that are too many.
-/// Nothing is written into another folder than the one that was chosen, whatever happens to it
-/// meanwhile, and the store is only read. Throws AutomaticBackupError, what `openForReading` and
-/// `exportBackup` throw, and FileError. Any thread.
-AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup, base::LogSink& log,
+/// Writes a backup of all that is saved into the chosen folder, has the settings tell of it, unless
+/// another folder was chosen meanwhile, and then removes those that are too many, in this order:
+/// who is killed between the last two makes no further one at the next start. Nothing is written
+/// into another folder than the one that was chosen, whatever happens to it meanwhile, and the
+/// store is only read. Throws AutomaticBackupError, what `openForReading` and `exportBackup` throw,
+/// and FileError. Any thread; the defaults must be this thread's.
+AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup,
+                                          app::UserDefaults& defaults, base::LogSink& log,
                                           Work& work);
-
-/// The settings tell from now on when this one was made; false, and they do not, where another
-/// folder was chosen meanwhile, which has none. Main thread.
-bool recordSuccess(const AutomaticBackup& backup, app::AppPreferences& preferences);
 
 } // namespace korvex::storage

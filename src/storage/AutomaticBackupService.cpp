@@ -13,6 +13,12 @@ using Preference = app::AppPreferences::Property;
 
 constexpr double kDay = 86'400;
 constexpr std::chrono::seconds kBetweenLooks{900};
+/// The slowest disk takes less to put a backup away, or a mark.
+constexpr std::chrono::minutes kLongestSilence{3};
+
+std::exception_ptr noAnswer() {
+    return std::make_exception_ptr(AutomaticBackupError(AutomaticBackupErrorCase::noAnswer));
+}
 
 } // namespace
 
@@ -23,7 +29,9 @@ AutomaticBackupService::AutomaticBackupService(const Surroundings& surroundings)
           [this](Preference changed) { settingChanged(changed); })) {}
 
 void AutomaticBackupService::start() {
-    lookSoon();
+    if (!obstacle()) {
+        lookSoon();
+    }
 }
 
 void AutomaticBackupService::lookSoon() {
@@ -53,11 +61,18 @@ bool AutomaticBackupService::isDue(std::optional<base::Instant> last, base::Inst
 
 std::optional<base::Instant> AutomaticBackupService::nextDue(base::Instant now) const {
     const auto& preferences = m_surroundings.preferences;
-    if (!preferences.automaticBackupEnabled() || !preferences.automaticBackupBookmark()) {
+    if (!preferences.automaticBackupEnabled() || !preferences.automaticBackupBookmark() ||
+        obstacle()) {
         return std::nullopt;
     }
     const auto last = preferences.automaticBackupLastSuccess();
     return isDue(last, now) ? now : *last + kDay;
+}
+
+std::optional<std::string> AutomaticBackupService::obstacle() const {
+    return m_surroundings.store == Store::another
+               ? std::optional(descriptionOf(AutomaticBackupErrorCase::anotherStore))
+               : std::nullopt;
 }
 
 void AutomaticBackupService::runIfDue(base::Instant now) {
@@ -71,36 +86,54 @@ void AutomaticBackupService::backUpNow() {
 }
 
 void AutomaticBackupService::cancel() {
-    if (m_run) {
+    if (m_run && !m_advance) {
+        leave();
+    } else if (m_run) {
         m_run->cancel();
     }
 }
 
 void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
-    if (m_run) {
+    if (m_run || obstacle()) {
         return;
     }
     const auto request = automaticBackup(m_surroundings.preferences,
                                          m_surroundings.container.configuration().file, now);
     m_progress = {};
     m_run = std::make_unique<BackgroundTask>(
-        m_surroundings.runLoop,
-        [request, &log = m_surroundings.log](Work& work) {
-            return makeAutomaticBackup(request, log, work);
-        },
+        m_surroundings.threads, m_surroundings.runLoop,
+        [request, defaults = m_surroundings.defaults.forAnotherThread(), &log = m_surroundings.log](
+            Work& work) { return makeAutomaticBackup(request, *defaults, log, work); },
         [this, request, asked](std::future<AutomaticBackupResult> result) {
             finish(std::move(result), request, asked);
         },
         [this](const Progress& progress) {
             m_progress = progress;
+            expectAdvance();
             m_didChange.emit();
         });
+    expectAdvance();
+    m_didChange.emit();
+}
+
+void AutomaticBackupService::expectAdvance() {
+    m_advance = m_surroundings.runLoop.callAfter(kLongestSilence, [this] {
+        m_advance.reset();
+        fail(noAnswer(), AskedBy::user);
+        m_didChange.emit();
+    });
+}
+
+/// The run goes on alone, if it does, as far as to where it notices that nobody waits for it.
+void AutomaticBackupService::leave() {
+    m_run.reset();
     m_didChange.emit();
 }
 
 void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
                                     const AutomaticBackup& request, AskedBy asked) {
     m_run.reset();
+    m_advance.reset();
     try {
         const auto made = result.get();
         succeed(request);
@@ -116,8 +149,15 @@ void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
 void AutomaticBackupService::succeed(const AutomaticBackup& request) {
     m_errorMessage.reset();
     m_errorReason.clear();
-    if (!recordSuccess(request, m_surroundings.preferences) && m_timer) {
-        lookSoon();
+    auto& preferences = m_surroundings.preferences;
+    preferences.reload();
+    if (preferences.automaticBackupBookmark() != request.bookmark) {
+        if (m_timer) {
+            lookSoon(); // another folder was chosen meanwhile, which has none
+        }
+    } else if (isDue(preferences.automaticBackupLastSuccess(), request.now)) {
+        // Settings that cannot be written hold in this program, or each look would make one more.
+        preferences.setAutomaticBackupLastSuccess(request.now);
     }
 }
 
@@ -144,12 +184,42 @@ void AutomaticBackupService::fail(const std::exception_ptr& failure, AskedBy ask
 }
 
 void AutomaticBackupService::chooseFolder(const std::filesystem::path& folder) {
-    auto bytes = FolderBookmark::make(folder).bytes();
-    auto& preferences = m_surroundings.preferences;
-    // First, or a program that is killed in between would leave the new folder without a backup
-    // until tomorrow.
-    preferences.setAutomaticBackupLastSuccess(std::nullopt);
-    preferences.setAutomaticBackupBookmark(std::move(bytes));
+    if (m_choice || obstacle()) {
+        return;
+    }
+    m_choiceRefusal.clear();
+    m_choice = std::make_unique<BackgroundTask>(
+        m_surroundings.threads, m_surroundings.runLoop,
+        [folder](Work&) { return FolderBookmark::make(folder).bytes(); },
+        [this](std::future<base::Bytes> bookmark) { choose(std::move(bookmark)); });
+    m_choiceAnswer = m_surroundings.runLoop.callAfter(kLongestSilence, [this] {
+        std::promise<base::Bytes> none;
+        none.set_exception(noAnswer());
+        choose(none.get_future());
+    });
+    m_didChange.emit();
+}
+
+void AutomaticBackupService::choose(std::future<base::Bytes> bookmark) {
+    m_choice.reset();
+    m_choiceAnswer.reset();
+    try {
+        auto bytes = bookmark.get();
+        if (m_run && !m_advance) {
+            leave(); // in the folder before
+        }
+        auto& preferences = m_surroundings.preferences;
+        // First, or a program that is killed in between would leave the new folder without a backup
+        // until tomorrow; and once more, for one that was made in the folder before by then.
+        preferences.setAutomaticBackupLastSuccess(std::nullopt);
+        preferences.setAutomaticBackupBookmark(std::move(bytes));
+        preferences.setAutomaticBackupLastSuccess(std::nullopt);
+    } catch (const base::Error& error) {
+        m_choiceRefusal = error.errorDescription();
+    } catch (const std::exception&) {
+        m_choiceRefusal = descriptionOf(AutomaticBackupErrorCase::notSaved);
+    }
+    m_didChange.emit();
 }
 
 std::optional<std::filesystem::path> AutomaticBackupService::folder() const {

@@ -7,6 +7,7 @@
 #include "base/Signal.h"
 #include "storage/AutomaticBackup.h"
 #include "storage/BackgroundTask.h"
+#include "storage/BackgroundThreads.h"
 #include "store/ModelContainer.h"
 
 #include <exception>
@@ -20,7 +21,8 @@ namespace korvex::storage {
 
 /// Backs the store up once a day into the folder that the user chose, while the program runs; what
 /// fell due before is made at the start. One a program; main thread; all that it is given must
-/// outlive it. With it ends a run, and nothing is left of that.
+/// outlive it. It touches the chosen folder on other threads only, for that may be on a share that
+/// does not answer. With it ends a run, soon, and nothing is left of that.
 class AutomaticBackupService {
 public:
     /// What a run that failed is told by; the reason is beside it.
@@ -28,9 +30,18 @@ public:
         "Automatic backup failed. Check the folder is available, or choose it again. Your saved "
         "entries have not been changed.";
 
+    /// Settings are the user's: they tell of one folder and one last backup, those of the store in
+    /// the user's own data folder. Of another store none is made, and none of what is below does
+    /// anything.
+    enum class Store { another, usersOwn };
+
     struct Surroundings {
+        Store store;
         app::AppPreferences& preferences;
+        /// What the preferences stand in.
+        const app::UserDefaults& defaults;
         const store::ModelContainer& container;
+        BackgroundThreads& threads;
         const base::Clock& clock;
         base::RunLoop& runLoop;
         base::LogSink& log;
@@ -43,12 +54,16 @@ public:
     void runIfDue(base::Instant now);
     /// Starts one unless one is under way, also where automatic backups are off.
     void backUpNow();
-    /// Ends one that is under way, soon; nothing is left of it.
+    /// Ends one that is under way, soon; nothing is left of it. One whose folder does not answer is
+    /// waited for no longer.
     void cancel();
 
-    /// Automatic backups go there from now on, the first at the next look. Throws
-    /// AutomaticBackupError `notSaved`; all is then as it was.
+    /// Automatic backups go there as soon as the folder is marked, the first at the next look; all
+    /// stays as it was where it cannot be. Does nothing while another one is being marked.
     void chooseFolder(const std::filesystem::path& folder);
+    bool isChoosing() const { return m_choice != nullptr; }
+    /// Why the folder that was chosen last could not be; empty where it could.
+    const std::string& choiceRefusal() const { return m_choiceRefusal; }
     /// The chosen folder, there or not; absent: none was chosen.
     std::optional<std::filesystem::path> folder() const;
 
@@ -60,13 +75,17 @@ public:
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
     const std::string& errorReason() const { return m_errorReason; }
 
+    /// Why none is ever made of this store, as its user is told; absent where they are.
+    std::optional<std::string> obstacle() const;
+
     /// Whether one is due when the last one was made at `last`: after a day, or when the clock was
     /// set back behind it.
     static bool isDue(std::optional<base::Instant> last, base::Instant now);
     /// When the next one is due; `now` where it is already, absent where none will be made.
     std::optional<base::Instant> nextDue(base::Instant now) const;
 
-    /// Emitted when a run begins, advances or ends, and when another setting or success makes the
+    /// Emitted when a run begins, advances or ends, or has not advanced for minutes; when a folder
+    /// is being marked, and when it is or cannot be; and when another setting or success makes the
     /// next one due at another time.
     base::Signal<>& didChange() { return m_didChange; }
 
@@ -76,10 +95,13 @@ private:
     void look();
     void lookSoon();
     void run(base::Instant now, AskedBy asked);
+    void expectAdvance();
     void finish(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
                 AskedBy asked);
     void succeed(const AutomaticBackup& request);
     void fail(const std::exception_ptr& failure, AskedBy asked);
+    void leave();
+    void choose(std::future<base::Bytes> bookmark);
     void settingChanged(app::AppPreferences::Property property);
 
     Surroundings m_surroundings;
@@ -93,6 +115,12 @@ private:
     std::unique_ptr<base::RunLoop::Timer> m_timer;
     /// Null where none is under way.
     std::unique_ptr<BackgroundTask> m_run;
+    /// Fires when that has not advanced for too long; null from then on, until it advances.
+    std::unique_ptr<base::RunLoop::Timer> m_advance;
+    /// Marks a folder; null where none is being chosen.
+    std::unique_ptr<BackgroundTask> m_choice;
+    std::unique_ptr<base::RunLoop::Timer> m_choiceAnswer;
+    std::string m_choiceRefusal;
 };
 
 } // namespace korvex::storage

@@ -119,6 +119,10 @@ BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& 
             .bytes = backup.bytes};
 }
 
+void removeUnfinished(const fs::path& folder) {
+    base::removeLeftBehind(folder, isAutomaticName);
+}
+
 void prune(const fs::path& folder, std::size_t keeping, std::string_view newest) {
     try {
         auto candidates = filesIn(folder, isAutomaticName);
@@ -132,10 +136,9 @@ void prune(const fs::path& folder, std::size_t keeping, std::string_view newest)
             fs::remove(candidates.back().file);
         }
     } catch (const fs::filesystem_error& failure) {
-        throw FileError("Old automatic backups could not be removed: " + failure.code().message() +
-                        ".");
+        throw FileError("The backup was made; old ones could not be removed: " +
+                        failure.code().message() + ".");
     }
-    base::removeLeftBehind(folder, isAutomaticName);
 }
 
 } // namespace korvex::storage

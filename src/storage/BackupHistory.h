@@ -41,9 +41,12 @@ std::vector<ListedBackup> backupsIn(const std::filesystem::path& folder);
 /// `backup::validate`. Any thread.
 BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& work);
 
+/// Removes what killed programs left of automatic backups that they did not finish.
+void removeUnfinished(const std::filesystem::path& folder);
+
 /// Keeps `newest` and the most recent automatic backups beside it, by the time of their files and
-/// then by their names: `keeping` altogether, at least one. Everything else in the folder stays,
-/// but for what killed programs left of unfinished ones. Throws FileError; the oldest go first.
+/// then by their names: `keeping` altogether, at least one. Everything else in the folder stays.
+/// Throws FileError; the oldest go first.
 void prune(const std::filesystem::path& folder, std::size_t keeping, std::string_view newest);
 
 } // namespace korvex::storage

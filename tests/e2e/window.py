@@ -81,9 +81,9 @@ class WindowCase(ProgramCase):
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
         bus.stdout.close()
 
-    def start_window(self):
+    def start_window(self, *arguments):
         """Starts the app and waits until its window is painted and has the keyboard."""
-        window = self.painted_window(DESKTOP)
+        window = self.painted_window(DESKTOP, *arguments)
         wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
                  "the window to have the keyboard")
         return window

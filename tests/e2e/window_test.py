@@ -4,12 +4,15 @@ by keyboard, and reads back what was stored with the command line.
 
 Every test has a home of its own. The window is asked nothing but what a person sees: what is typed
 goes through the X server, and what is stored is read by another program."""
+import base64
+import fcntl
 import json
 import os
 import signal
 import subprocess
 import time
 import unittest
+import uuid
 
 from window import DESKTOP, PATIENCE, WindowCase, wait_for
 
@@ -230,6 +233,53 @@ class WindowTest(WindowCase):
             self.type("!")
             self.keys("Escape")
             wait_for(lambda whole=whole: whole + "!" in self.texts(), f"{whole} to be found")
+
+    def choose_folder_for_backups(self, mark):
+        """As the settings do."""
+        chosen = self.home / "backups"
+        chosen.mkdir()
+        (chosen / ".korvex-backup-folder").write_text(f"{mark}\n")
+        bookmark = base64.b64encode(b"KVXFLDR1" + mark.bytes + os.fsencode(chosen)).decode()
+        settings = self.home / "config" / "korvex" / "settings.json"
+        settings.parent.mkdir(parents=True)
+        settings.write_text(json.dumps({"automaticBackupEnabled": True,
+                                        "automaticBackupBookmark": {"base64": bookmark}}))
+        return chosen
+
+    def test_a_backup_that_fell_due_is_made_at_the_start_and_of_the_users_own_store_only(self):
+        chosen = self.choose_folder_for_backups(uuid.uuid4())
+        other = str(self.home / "other")
+        window = self.start_window("--data-dir", other)
+        self.keys("ctrl+n")
+        self.type("of another store")
+        self.keys("Return", "Escape")
+        wait_for(lambda: "of another store" in self.korvex("--data-dir", other, "list"), "the todo")
+        self.keys("ctrl+q")
+        self.assertEqual(window.wait(PATIENCE), 0)
+        self.assertEqual(os.listdir(chosen), [".korvex-backup-folder"])
+
+        self.korvex("add", "of the user")
+        self.start_window()
+        backups = wait_for(lambda: list(chosen.glob("Korvex Automatic Backups */Korvex-*.korvexbackup")),
+                           "the backup")
+        self.assertIn("of the user", backups[0].read_text())
+        self.assertEqual(len(json.loads(self.korvex("backup", "list"))), 1)
+
+    def test_a_folder_that_does_not_answer_keeps_no_window_from_ending(self):
+        chosen = self.choose_folder_for_backups(uuid.uuid4())
+        asked = []
+        before = signal.signal(signal.SIGIO, lambda *_: asked.append(True))
+        self.addCleanup(signal.signal, signal.SIGIO, before)
+        with (chosen / ".korvex-backup-folder").open("r+") as mark:
+            try:  # who opens it waits until the lease is given back
+                fcntl.fcntl(mark, fcntl.F_SETLEASE, fcntl.F_WRLCK)
+            except OSError as error:
+                self.skipTest(f"no leases here: {error}")
+            window = self.start_window()
+            wait_for(lambda: asked, "the backup to begin")
+            self.keys("ctrl+q")
+            self.assertEqual(window.wait(PATIENCE), 0)
+            self.start_window()  # and none that is raised in its place
 
     def test_a_second_start_raises_the_first_window(self):
         window = self.start_window()

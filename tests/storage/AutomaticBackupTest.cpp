@@ -1,10 +1,13 @@
 #include "storage/AutomaticBackup.h"
 
+#include "app/SettingsFile.h"
 #include "storage/AutomaticBackupFixture.h"
 #include "storage/BackupService.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 #include <functional>
 
@@ -13,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
@@ -20,12 +24,13 @@ using ::testing::UnorderedElementsAre;
 class AutomaticBackupTest : public tests::AutomaticBackupFixture {
 protected:
     AutomaticBackupResult make(Work&& work = Work()) {
+        auto defaults = settings.open();
         return makeAutomaticBackup({.storeFile = container->configuration().file,
                                     .bookmark = bookmark,
                                     .installation = installation,
-                                    .keeping = 7,
+                                    .keeping = keeping,
                                     .now = kNow},
-                                   log, work);
+                                   defaults, log, work);
     }
     /// What it is refused with; the case itself, so that a test says which.
     std::optional<AutomaticBackupErrorCase> refusal(Work&& work = Work()) {
@@ -37,7 +42,9 @@ protected:
         }
     }
 
+    tests::SettingsFile settings;
     std::optional<base::Bytes> bookmark;
+    std::size_t keeping = 7;
 };
 
 TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
@@ -169,6 +176,12 @@ TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     put(history() / inUse);
     const base::FileDescriptor writer(::open((history() / inUse).c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
+    Work failing([&](const Progress&) {
+        EXPECT_FALSE(fs::exists(history() / ("." + killed + ".new-Ab12Cd")))
+            << "on a full disk there is room only without it";
+        throw Cancelled();
+    });
+    EXPECT_THROW(make(std::move(failing)), Cancelled);
     const auto made = make().file.filename().string();
     EXPECT_THAT(namesIn(history()),
                 UnorderedElementsAre(made, inUse, ".notes.korvexbackup.new-Ab12Cd"));
@@ -237,7 +250,40 @@ TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
         EXPECT_THAT(namesIn(chosen), ::testing::UnorderedElementsAreArray(expected))
             << each.keeping;
     }
-    EXPECT_THROW(prune(chosen / "none", 1, ""), FileError);
+    try {
+        prune(chosen / "none", 1, "");
+        FAIL();
+    } catch (const FileError& error) {
+        EXPECT_THAT(error.errorDescription(),
+                    HasSubstr("The backup was made; old ones could not be removed: "));
+    }
+}
+
+/// Killed in between, the next start need not make one more.
+TEST_F(AutomaticBackupTest, TheSettingsTellOfItBeforeOldOnesGo) {
+    bookmark = FolderBookmark::make(chosen).bytes();
+    auto defaults = settings.open();
+    app::AppPreferences(defaults, log).setAutomaticBackupBookmark(bookmark);
+    keeping = 1;
+    const auto first = make().file.filename().string();
+    setAge(history() / first, 1);
+    app::AppPreferences preferences(defaults, log);
+    preferences.setAutomaticBackupLastSuccess(std::nullopt);
+
+    const base::FileDescriptor happenings(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+    ASSERT_GE(::inotify_add_watch(happenings.get(), history().c_str(), IN_DELETE), 0);
+    ASSERT_GE(
+        ::inotify_add_watch(happenings.get(), settings.path().parent_path().c_str(), IN_MOVED_TO),
+        0);
+    make();
+    std::string seen(4096, '\0');
+    const auto size = ::read(happenings.get(), seen.data(), seen.size());
+    ASSERT_GT(size, 0);
+    seen.resize(static_cast<std::size_t>(size));
+    EXPECT_LT(seen.find("settings.json"), seen.find(first));
+    EXPECT_NE(seen.find(first), std::string::npos);
+    preferences.reload();
+    EXPECT_EQ(preferences.automaticBackupLastSuccess(), kNow);
 }
 
 } // namespace

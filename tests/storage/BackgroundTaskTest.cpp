@@ -8,6 +8,7 @@
 #include <future>
 #include <memory>
 #include <semaphore>
+#include <thread>
 #include <vector>
 
 namespace korvex::storage {
@@ -15,13 +16,14 @@ namespace {
 
 TEST(BackgroundTask, BringsItsResultAndItsErrorToTheMainThread) {
     tests::FakeRunLoop loop;
+    BackgroundThreads threads;
     const auto mainThread = std::this_thread::get_id();
     for (const bool fails : {false, true}) {
         std::vector<Progress> progress;
         std::string end;
         std::unique_ptr<BackgroundTask> task;
         task = std::make_unique<BackgroundTask>(
-            loop,
+            threads, loop,
             [&](Work& work) {
                 EXPECT_NE(std::this_thread::get_id(), mainThread);
                 work.begin(Stage::writing, 100'000);
@@ -61,11 +63,12 @@ TEST(BackgroundTask, BringsItsResultAndItsErrorToTheMainThread) {
 TEST(BackgroundTask, StopsWhenItIsCancelledOrDestroyedAndThenTellsNobody) {
     for (const bool isDestroyed : {false, true}) {
         tests::FakeRunLoop loop;
+        BackgroundThreads threads;
         std::binary_semaphore started(0);
         std::atomic<bool> wasStopped = false;
         int told = 0;
         auto task = std::make_unique<BackgroundTask>(
-            loop,
+            threads, loop,
             [&](Work& work) {
                 started.release();
                 work.begin(Stage::reading);
@@ -86,6 +89,7 @@ TEST(BackgroundTask, StopsWhenItIsCancelledOrDestroyedAndThenTellsNobody) {
         started.acquire();
         if (isDestroyed) {
             task.reset();
+            EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
             EXPECT_TRUE(wasStopped);
         } else {
             task->cancel();
@@ -94,6 +98,29 @@ TEST(BackgroundTask, StopsWhenItIsCancelledOrDestroyedAndThenTellsNobody) {
         loop.runPosted();
         EXPECT_EQ(told, isDestroyed ? 0 : 1);
     }
+}
+
+/// As in a folder that does not answer: nobody waits for it, and what it would tell has nobody to
+/// be told any more.
+TEST(BackgroundTask, OneThatHangsHoldsNobodyUp) {
+    BackgroundThreads threads;
+    std::binary_semaphore started(0);
+    std::binary_semaphore answer(0);
+    {
+        tests::FakeRunLoop loop;
+        const BackgroundTask task(
+            threads, loop,
+            [&](Work& work) {
+                started.release();
+                answer.acquire();
+                work.begin(Stage::reading);
+            },
+            [](const std::future<void>&) { FAIL(); }, [](const Progress&) { FAIL(); });
+        started.acquire();
+    }
+    EXPECT_FALSE(threads.waitUntilEnded(std::chrono::milliseconds(0)));
+    answer.release();
+    EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
 }
 
 } // namespace

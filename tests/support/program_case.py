@@ -31,9 +31,9 @@ class ProgramCase(unittest.TestCase):
             process.terminate()
         process.wait()
 
-    def painted_window(self, desktop):
+    def painted_window(self, desktop, *arguments):
         """Starts the app, which ends with the test, and waits until its window is painted."""
-        window = subprocess.Popen([desktop], env=self.environment, stderr=subprocess.PIPE, text=True)
+        window = subprocess.Popen([desktop, *arguments], env=self.environment, stderr=subprocess.PIPE, text=True)
         self.addCleanup(window.stderr.close)
         self.addCleanup(self.end, window)
         line = window.stderr.readline()

@@ -103,6 +103,7 @@ protected:
     TemporaryFolder folder;
     FakeClock clock{kNow};
     FakeRunLoop runLoop;
+    storage::BackgroundThreads threads;
     app::FileUserDefaults defaults{folder / "settings.json"};
     app::AppPreferences preferences{defaults, log};
     ui::Theme theme{preferences};
@@ -114,6 +115,7 @@ protected:
                               .defaults = defaults,
                               .clock = clock,
                               .runLoop = runLoop,
+                              .threads = threads,
                               .log = log,
                               .timeZone = base::TimeZone::utc,
                               .copies = folder / "copies",

@@ -6,6 +6,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/LongWork.h"
 
+#include "app/FileUserDefaults.h"
 #include "app/StoreLocation.h"
 #include "storage/AutomaticBackup.h"
 #include "storage/BackupHistory.h"
@@ -24,12 +25,9 @@ struct ListOptions {
     std::vector<std::string> folder;
 };
 
-/// Settings are the user's, and so is what they say of automatic backups.
 void requireUsersOwnStore(const Session& session) {
     if (!app::isUsersOwn(session.storeFile().parent_path())) {
-        throw refusal("Automatic backups are made of the store in " +
-                      app::dataDirectory(std::nullopt).string() +
-                      " only. korvex backup export makes one of this store.");
+        throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::anotherStore);
     }
 }
 
@@ -89,13 +87,14 @@ ExitStatus list(Session& session, const ListOptions& options) {
 
 ExitStatus now(Session& session, const NoOptions&) {
     requireUsersOwnStore(session);
-    auto& preferences = session.preferences();
-    const auto backup = storage::automaticBackup(preferences, session.storeFile(), session.now());
+    const auto backup =
+        storage::automaticBackup(session.preferences(), session.storeFile(), session.now());
+    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
     const auto made = [&] {
         LongWork longWork(session.environment().errorDescriptor);
-        return storage::makeAutomaticBackup(backup, session.environment().log, longWork.work());
+        return storage::makeAutomaticBackup(backup, defaults, session.environment().log,
+                                            longWork.work());
     }();
-    storage::recordSuccess(backup, preferences);
     printBackup(session, "Backup made: " + made.file.string(), made.file, made.summary);
     if (made.pruningFailure) {
         try {

@@ -58,10 +58,16 @@ SingleInstance::SingleInstance(const std::filesystem::path& dataDirectory) {
 }
 
 SingleInstance::~SingleInstance() {
+    close();
+}
+
+void SingleInstance::close() {
     // One that was busy for too long has been taken for killed: the name is another's then.
     if (m_notifier && fileThere() == m_own) {
         ::unlink(m_file.c_str());
     }
+    m_notifier.reset();
+    m_socket = {};
 }
 
 std::pair<dev_t, ino_t> SingleInstance::fileThere() const {

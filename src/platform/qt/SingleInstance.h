@@ -29,6 +29,8 @@ public:
     bool raiseRunning() const;
     /// From now on later starts are told of this one.
     void listen();
+    /// Later starts are not told any more: each is a first one.
+    void close();
 
     base::Signal<>& raiseRequested() { return m_raiseRequested; }
 

@@ -2,7 +2,7 @@
 
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
-#include "ui/kit/words/Refusal.h"
+#include "ui/kit/words/Text.h"
 #include "ui/settings/BackupWords.h"
 #include "ui/settings/FileQuestion.h"
 #include "ui/settings/SettingsGroup.h"
@@ -73,26 +73,56 @@ void AutomaticBackupRows::addState(SettingsGroup& group, const Theme& theme) {
 }
 
 void AutomaticBackupRows::chooseFolder() {
-    FileQuestion::folder(*m_choose, tr("Folder for automatic backups"),
-                         [this](const std::filesystem::path& folder) {
-                             const auto refused = refusal([&] { m_service.chooseFolder(folder); });
-                             m_folderRow->setRefusal(refused.value_or(QString()));
-                         });
+    FileQuestion::folder(
+        *m_choose, tr("Folder for automatic backups"),
+        [this](const std::filesystem::path& folder) { m_service.chooseFolder(folder); });
 }
 
 void AutomaticBackupRows::follow() {
+    followSettings();
+    followState();
+}
+
+void AutomaticBackupRows::followSettings() {
     const QSignalBlocker quietSwitch(m_isOn); // nobody has chosen anything
     const QSignalBlocker quietChoice(m_retention);
+    const auto obstacle = m_service.obstacle();
     const auto folder = m_service.folder();
-    m_folderRow->setNote(folder ? folderText(*folder) : tr("None has been chosen yet."));
-    m_isOn->setEnabled(folder || m_preferences.automaticBackupEnabled());
-    m_isOn->setChecked(m_preferences.automaticBackupEnabled());
+    setChoiceFree(!obstacle && !m_service.isChoosing());
+    m_folderRow->setNote(obstacle                 ? translated(*obstacle)
+                         : m_service.isChoosing() ? tr("Preparing the folder…")
+                         : folder                 ? folderText(*folder)
+                                                  : tr("None has been chosen yet."));
+    const auto& refused = m_service.choiceRefusal();
+    m_folderRow->setRefusal(refused.empty() ? QString() : translated(refused));
+    const auto isOn = m_preferences.automaticBackupEnabled() && !obstacle;
+    m_isOn->setEnabled(isOn || (folder && !obstacle));
+    m_isOn->setChecked(isOn);
     const auto kept =
         std::find(kRetentions.begin(), kRetentions.end(), m_preferences.automaticBackupRetention());
     m_retention->choose(static_cast<int>(kept - kRetentions.begin()));
+    m_retention->setEnabled(!obstacle);
+}
 
+/// The keyboard comes back to the button from where it goes meanwhile, unless its user takes it on.
+void AutomaticBackupRows::setChoiceFree(bool isFree) {
+    const auto* const window = m_choose->window();
+    const auto hadKeyboard = window->focusWidget() == m_choose;
+    m_choose->setEnabled(isFree);
+    if (!isFree && hadKeyboard) {
+        m_standIn = window->focusWidget();
+    } else if (isFree && m_standIn) {
+        if (window->focusWidget() == m_standIn) {
+            m_choose->setFocus();
+        }
+        m_standIn = nullptr;
+    }
+}
+
+void AutomaticBackupRows::followState() {
+    const auto isOfThisStore = !m_service.obstacle();
     const auto last = m_preferences.automaticBackupLastSuccess();
-    m_last->say(last ? momentText(*last, m_workspace.dates) : tr("None yet"));
+    m_last->say(last && isOfThisStore ? momentText(*last, m_workspace.dates) : tr("None yet"));
     const auto now = m_workspace.now();
     const auto next = m_service.nextDue(now);
     m_next->say(!next          ? tr("Off")
@@ -101,7 +131,7 @@ void AutomaticBackupRows::follow() {
     if (m_service.isRunning()) {
         m_work->show(tr("Making a backup"), m_service.progress());
     }
-    m_work->setFree(*m_now, folder && !m_service.isRunning());
+    m_work->setFree(*m_now, isOfThisStore && m_service.folder() && !m_service.isRunning());
     if (!m_service.isRunning()) {
         m_work->end();
     }

@@ -4,6 +4,7 @@
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
+#include <QPointer>
 
 class QPushButton;
 
@@ -31,11 +32,16 @@ private:
     void addState(SettingsGroup& group, const Theme& theme);
     void chooseFolder();
     void follow();
+    void followSettings();
+    void setChoiceFree(bool isFree);
+    void followState();
 
     app::AppPreferences& m_preferences;
     storage::AutomaticBackupService& m_service;
     const Workspace& m_workspace;
     QPushButton* m_choose = nullptr;
+    /// Has the keyboard while that cannot be pressed.
+    QPointer<QWidget> m_standIn;
     SettingsRow* m_folderRow = nullptr;
     Switch* m_isOn = nullptr;
     SegmentedChoice* m_retention = nullptr;

@@ -17,10 +17,7 @@ namespace korvex::ui {
 
 BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
                                const Workspace& workspace, const Theme& theme, QObject* parent)
-    : QObject(parent),
-      m_operations(operations),
-      m_workspace(workspace),
-      m_kept(workspace.runLoop, workspace.log, this) {
+    : QObject(parent), m_operations(operations), m_workspace(workspace), m_kept(workspace, this) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);

@@ -21,7 +21,7 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
       m_work(work),
       m_workspace(workspace),
       m_theme(theme),
-      m_reader(workspace.runLoop, workspace.log, this) {
+      m_reader(workspace, this) {
     connect(&m_reader, &BackupReader::listed, this, &BackupHistoryRows::showAll);
     connect(&m_reader, &BackupReader::changed, this, &BackupHistoryRows::follow);
     connect(&operations, &BackupOperations::changed, this, &BackupHistoryRows::follow);
@@ -35,6 +35,9 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
 
 void BackupHistoryRows::read() {
     const auto& preferences = m_workspace.preferences;
+    if (m_workspace.automaticBackups.obstacle()) {
+        return; // those in the chosen folder are another store's
+    }
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
                    installation = preferences.automaticBackupID()] {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;

@@ -48,7 +48,7 @@ void BackupOperations::start(Words words, Function work, Done done) {
     m_answer = {};
     m_isCancelled = false;
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_workspace.runLoop,
+        m_workspace.threads, m_workspace.runLoop,
         [work = storage::withErrorsOnly(std::move(work))](Work& mine) mutable -> Result {
             return work(mine);
         },
@@ -177,7 +177,7 @@ void BackupOperations::giveUp() {
     if (m_prepare) {
         // To let go of a large backup takes long as well.
         m_letGo = std::make_unique<storage::BackgroundTask>(
-            m_workspace.runLoop,
+            m_workspace.threads, m_workspace.runLoop,
             [given = std::exchange(m_prepare, nullptr)](Work&) mutable { given = nullptr; },
             [this](const std::future<void>&) { m_letGo.reset(); });
     }

@@ -19,8 +19,8 @@ bool isSame(const ListedBackup& left, const ListedBackup& right) {
 
 } // namespace
 
-BackupReader::BackupReader(base::RunLoop& runLoop, base::LogSink& log, QObject* parent)
-    : QObject(parent), m_runLoop(runLoop), m_log(log) {}
+BackupReader::BackupReader(const Workspace& workspace, QObject* parent)
+    : QObject(parent), m_workspace(workspace) {}
 
 void BackupReader::read(List list) {
     m_list = std::move(list);
@@ -53,9 +53,9 @@ void BackupReader::goOn() {
 
 void BackupReader::startListing() {
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_runLoop, storage::withErrorsOnly([list = std::exchange(m_list, nullptr)](storage::Work&) {
-            return list();
-        }),
+        m_workspace.threads, m_workspace.runLoop,
+        storage::withErrorsOnly(
+            [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
         [this](std::future<std::vector<ListedBackup>> outcome) {
             m_task.reset();
             std::vector<ListedBackup> files;
@@ -89,7 +89,8 @@ void BackupReader::take(std::vector<ListedBackup> files) {
 void BackupReader::startReading(std::size_t index) {
     const auto file = m_items.at(index).file;
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_runLoop, storage::withErrorsOnly([file, &log = m_log](storage::Work& work) {
+        m_workspace.threads, m_workspace.runLoop,
+        storage::withErrorsOnly([file, &log = m_workspace.log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
         }),
         [this, file](std::future<storage::BackupSummary> outcome) {

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "base/RunLoop.h"
 #include "storage/BackgroundTask.h"
 #include "storage/BackupHistory.h"
+#include "ui/workspace/Workspace.h"
 
 #include <QObject>
 
@@ -20,8 +20,8 @@ class BackupReader final : public QObject {
     Q_OBJECT
 
 public:
-    /// Both outlive it.
-    BackupReader(base::RunLoop& runLoop, base::LogSink& log, QObject* parent);
+    /// The workspace outlives it.
+    BackupReader(const Workspace& workspace, QObject* parent);
 
     using List = std::function<std::vector<storage::ListedBackup>()>;
     /// Shows what `list` returns or throws; it is called on another thread.
@@ -56,8 +56,7 @@ private:
     void take(std::vector<storage::ListedBackup> files);
     Item* find(const storage::ListedBackup& file);
 
-    base::RunLoop& m_runLoop;
-    base::LogSink& m_log;
+    const Workspace& m_workspace;
     std::vector<Item> m_items;
     QString m_refusal;
     /// What is to be listed next; null for nothing.

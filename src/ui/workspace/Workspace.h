@@ -16,6 +16,7 @@
 #include "services/SearchService.h"
 #include "services/TemporaryAttachmentCopies.h"
 #include "storage/AutomaticBackupService.h"
+#include "storage/BackgroundThreads.h"
 #include "storage/BackupService.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
@@ -37,6 +38,7 @@ struct Workspace {
     schedule::ScheduleClock& scheduleClock;
     const base::Clock& clock;
     base::RunLoop& runLoop;
+    storage::BackgroundThreads& threads;
     /// The store is the one of the user's own data folder, of which the preferences tell.
     bool isUsersOwn;
     app::AppPreferences& preferences;

@@ -36,8 +36,13 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_search(m_context, m_boards, m_texts),
       m_drafts(draftFolders(surroundings)),
       m_backup(m_context, m_reminders, m_widgets, surroundings.log),
-      m_automaticBackups({.preferences = surroundings.preferences,
+      m_automaticBackups({.store = surroundings.isUsersOwn
+                                       ? storage::AutomaticBackupService::Store::usersOwn
+                                       : storage::AutomaticBackupService::Store::another,
+                          .preferences = surroundings.preferences,
+                          .defaults = surroundings.defaults,
                           .container = surroundings.container,
+                          .threads = surroundings.threads,
                           .clock = surroundings.clock,
                           .runLoop = surroundings.runLoop,
                           .log = surroundings.log}),
@@ -52,6 +57,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .scheduleClock = m_scheduleClock,
                   .clock = surroundings.clock,
                   .runLoop = surroundings.runLoop,
+                  .threads = surroundings.threads,
                   .isUsersOwn = surroundings.isUsersOwn,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,

@@ -29,6 +29,7 @@ public:
         app::UserDefaults& defaults;
         const base::Clock& clock;
         base::RunLoop& runLoop;
+        storage::BackgroundThreads& threads;
         base::LogSink& log;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
         /// Of dates and times; empty for the user's.

@@ -1,14 +1,15 @@
 """A store and the loss of power: `store_fault_driver` does one thing to it while every call that
 changes its files is recorded. The record is then played back up to each of these calls, as a disk
 might have it at that moment: what was synced is there; of what was not, contents and names are all
-there, all missing, or contents are torn by sectors and names stop somewhere on the way.
+there, all missing, or contents are torn by sectors and the names of each folder stop somewhere on
+the way, a file that is renamed being in one of its places.
 
 From each such disk the next start finds the store as it was before or as the operation makes of it,
-the latter when that was acknowledged before the power went, sound, dense and writable. A damaged
-store is saved then, or can still be, and is never gone itself.
+the latter when that was acknowledged before the power went; and all that `aftermath` asks for holds.
+Of an operation with more than MOST different disks, as many are tried, chosen evenly; all of them
+with "--every".
 """
 import collections
-import concurrent.futures
 import os
 import pathlib
 import random
@@ -17,35 +18,60 @@ import shutil
 import sys
 import tempfile
 
-from store_faults_test import (BROKEN, DATA, SKIPPED, STORE, drive, start_of, state_of, strace,
-                               strace_works)
+from aftermath import Aftermath
+from fault_driver import DATA, perform, run, strace
 
-OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "upgrade",
-              "salvage")
+EVERY = "--every" in sys.argv
+OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "export",
+              "import", "import-again", "undo-import", "automatic-backup", "upgrade",
+              "upgrade-attachments", "carry-over", "start", "cloud", "repair")
 RECORDED = ("open,openat,write,pwrite64,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
-            "unlinkat,ftruncate,writev")
+            "unlinkat,rmdir,mkdir,mkdirat,ftruncate,writev")
+# They would change files without being played back.
+UNKNOWN = "pwritev,pwritev2,copy_file_range,sendfile,fallocate,truncate,symlink,symlinkat"
 SECTOR = 512
 LONGEST_WRITE = 1 << 26
+MOST = 120
+FOLDER = "a folder"
 
-Call = collections.namedtuple("Call", "name fd arguments texts result")
+Call = collections.namedtuple("Call", "name descriptor arguments paths data result")
 
 
 def unescaped(text):
     return re.sub(rb"\\x(..)", lambda found: bytes.fromhex(found[1].decode()), text.encode())
 
 
+def decoded(text):
+    return unescaped(text).decode("utf-8", "replace")
+
+
 def recorded(trace):
-    """The calls that succeeded, with the path behind their descriptor."""
+    """The calls that succeeded; paths as they are, whatever they were relative to."""
+    folders = {}
     for line in trace.read_text(encoding="ascii", errors="replace").splitlines():
         found = re.match(r"(?:\d+ +)?(\w+)\((.*)\) += (-?\d+)(?:<(.*)>)?$", line)
         if not found or found[3].startswith("-"):
             continue
-        name, arguments = found[1], found[2]
-        behind = re.match(r"\d+<([^>]*)>", arguments)
-        path = found[4] if name.startswith("open") else behind and behind[1]
-        texts = [unescaped(text) for text in re.findall(r'"((?:\\x..)*)"', arguments)]
+        name, arguments, result = found[1], found[2], int(found[3])
+        paths, data, base, descriptor = [], [], "", None
+        for number, behind, text in re.findall(
+                r'(?:\b(AT_FDCWD|\d+)<([^>]*)>)|"((?:\\x..)*)"', arguments):
+            if number:
+                base = decoded(behind)
+                descriptor = int(number) if descriptor is None and number.isdigit() else descriptor
+                continue
+            data.append(unescaped(text))
+            if name in ("write", "pwrite64", "writev"):
+                continue
+            path = decoded(text)
+            if held := re.match("/proc/self/fd/([0-9]+)", path):
+                path = folders.get(int(held[1]), "") + path[held.end():]
+            paths.append(os.path.normpath(os.path.join(base, path)))
+        if name.startswith("open"):
+            folders[result] = decoded(found[4])
+            paths = [folders[result]]
         numbers = re.sub(r'"[^"]*"|<[^>]*>', "", arguments)
-        yield Call(name, unescaped(path).decode() if path else None, numbers, texts, int(found[3]))
+        yield Call(name, descriptor, numbers, paths, data, result)
 
 
 class File:
@@ -79,100 +105,166 @@ class File:
 
 
 class Disk:
-    """The files below a folder, as calls change them."""
+    """The files and folders below a folder, as calls change them."""
 
     def __init__(self, folder):
-        self.folder = str(folder)
-        files = {path.name: File(path.read_bytes()) for path in (folder / DATA).glob("*")
-                 if not path.name.endswith("-shm")}
-        # The names after each call since the folder was synced last.
-        self.names = [files]
+        self.root = f"{folder}/{DATA}"
+        # By their paths below the root, which is "" itself.
+        self.names = {str(path.relative_to(self.root)):
+                      FOLDER if path.is_dir() else File(path.read_bytes())
+                      for path in pathlib.Path(self.root).rglob("*") if not self.is_index(path.name)}
+        # What of it is on the disk, and the changes since: the folders that each is in, and the
+        # file or folder that each name stands for from then on, None for one that goes.
+        self.durable = dict(self.names)
+        self.changes = []
+        self.open = {}
         self.positions = collections.Counter()
 
-    def name_of(self, path):
-        """Of a file in the data folder; none for anything else, and for what no start reads."""
-        parent, _, name = path.rpartition("/")
-        return name if parent == f"{self.folder}/{DATA}" and not name.endswith("-shm") else None
+    @staticmethod
+    def is_index(name):
+        """Of SQLite's journal, which no start reads."""
+        return name.endswith("-shm")
+
+    def below(self, path):
+        """None for what lies elsewhere."""
+        if path == self.root:
+            return ""
+        if not path.startswith(self.root + "/") or self.is_index(path):
+            return None
+        return path[len(self.root) + 1:]
+
+    def change(self, changed):
+        self.changes.append(({os.path.dirname(name) for name in changed}, changed))
+        self.apply(self.names, changed)
+
+    @staticmethod
+    def apply(names, changed):
+        for name, what in changed.items():
+            if what is None:
+                names.pop(name, None)
+            else:
+                names[name] = what
 
     def play(self, call):
         """Whether it has changed anything that counts."""
-        now = dict(self.names[-1])
-        paths = [self.name_of(text.decode("utf-8", "replace")) for text in call.texts]
-        name = self.name_of(call.fd) if call.fd else None
+        paths = [self.below(path) for path in call.paths]
+        file = self.open.get(call.descriptor)
         if call.name.startswith("open"):
-            if name is None or name in now or "O_CREAT" not in call.arguments:
+            return self.play_open(call, paths[0])
+        if call.name in ("write", "pwrite64", "ftruncate"):
+            if not isinstance(file, File):
                 return False
-            now[name] = File()
-        elif call.name in ("write", "pwrite64"):
-            if name is None:
-                return False
-            offset = (int(call.arguments.rpartition(",")[2]) if call.name == "pwrite64"
-                      else self.positions[name])
-            self.positions[name] += call.result
-            now[name].changes.append((offset, call.texts[0][:call.result]))
-            return True
-        elif call.name == "ftruncate":
-            if name is None:
-                return False
-            now[name].changes.append((int(call.arguments.rpartition(",")[2]), None))
-            return True
+            last = call.arguments.rpartition(",")[2]
+            if call.name == "ftruncate":
+                file.changes.append((int(last), None))
+                return True
+            offset = int(last) if call.name == "pwrite64" else self.positions[call.descriptor]
+            if call.name == "write":
+                self.positions[call.descriptor] += call.result
+            file.changes.append((offset, call.data[0][:call.result]))
         elif call.name in ("fsync", "fdatasync"):
-            if call.fd == f"{self.folder}/{DATA}":
-                self.names = [now]
-            elif name is not None:
-                now[name].sync()
-            return True
-        elif call.name.startswith("rename") and None not in paths:
-            if "RENAME_EXCHANGE" in call.arguments:
-                now[paths[0]], now[paths[1]] = now[paths[1]], now[paths[0]]
-            else:
-                now[paths[1]] = now.pop(paths[0])
-        elif call.name.startswith("link") and None not in paths:
-            now[paths[1]] = now[paths[0]]
-        elif call.name.startswith("unlink") and None not in paths:
-            now.pop(paths[0], None)
+            if isinstance(file, File):
+                file.sync()
+            elif file is not None:
+                self.sync_folder(file)
+        elif None in paths or not paths:
+            return False
+        elif call.name.startswith("rename") and paths[0] not in self.names:
+            sys.exit(f"{call} was not understood.")
+        elif call.name.startswith("rename") and "RENAME_EXCHANGE" in call.arguments:
+            self.change({paths[0]: self.names[paths[1]], paths[1]: self.names[paths[0]]})
+        elif call.name.startswith("rename"):
+            if self.names[paths[0]] is FOLDER:
+                sys.exit("A folder's new name is not played back.")
+            self.change({paths[1]: self.names[paths[0]], paths[0]: None})
+        elif call.name.startswith("link"):
+            self.change({paths[1]: self.names[paths[0]]})
+        elif call.name.startswith(("unlink", "rmdir")):
+            self.change({paths[0]: None})
+        elif call.name.startswith("mkdir"):
+            self.change({paths[0]: FOLDER})
         else:
             return False
-        self.names.append(now)
         return True
 
+    def play_open(self, call, path):
+        self.open[call.result] = None
+        self.positions[call.result] = 0
+        if path is None:
+            return False
+        if path == "" or self.names.get(path) is FOLDER:
+            self.open[call.result] = path
+            return False
+        is_new = path not in self.names
+        if is_new and "O_CREAT" not in call.arguments:
+            return False
+        if is_new:
+            self.change({path: File()})
+        self.open[call.result] = self.names[path]
+        if not is_new and "O_TRUNC" in call.arguments:
+            self.names[path].changes.append((0, None))
+            return True
+        return is_new
+
+    def closed(self, chosen):
+        """With the changes that these cannot be on the disk without: earlier ones of their folders."""
+        folders = set()
+        result = []
+        for number in reversed(range(len(self.changes))):
+            touched = self.changes[number][0]
+            if number in chosen or touched & folders:
+                folders |= touched
+                result.append(number)
+        return sorted(result)
+
+    def sync_folder(self, folder):
+        chosen = self.closed({number for number, (folders, _) in enumerate(self.changes)
+                              if folder in folders})
+        for number in chosen:
+            self.apply(self.durable, self.changes[number][1])
+        self.changes = [change for number, change in enumerate(self.changes) if number not in chosen]
+
     def states(self, chance):
-        """What might be on the disk now: for each name its contents."""
-        def state(names, survives):
-            contents = {}
-            return {name: contents.setdefault(id(file), bytes(file.contents(survives)))
-                    for name, file in names.items()}
+        """What might be on the disk now: for each name its contents, None for a folder."""
+        def some():
+            ends = collections.defaultdict(lambda: chance.randrange(len(self.changes) + 1))
+            return {number for number, (folders, _) in enumerate(self.changes)
+                    if any(number < ends[folder] for folder in folders)}
+        everything = set(range(len(self.changes)))
         for survives in (lambda: True, lambda: False, lambda: chance.random() < 0.5):
-            for names in (self.names[-1], self.names[0], chance.choice(self.names)):
-                yield state(names, survives)
+            for chosen in (everything, set(), some()):
+                names = dict(self.durable)
+                for number in self.closed(chosen):
+                    self.apply(names, self.changes[number][1])
+                contents = {}
+                yield {name: None if file is FOLDER else
+                       contents.setdefault(id(file), bytes(file.contents(survives)))
+                       for name, file in names.items() if self.is_reachable(name, names)}
+
+    @staticmethod
+    def is_reachable(name, names):
+        return all(names.get(str(parent)) is FOLDER for parent in pathlib.PurePath(name).parents
+                   if str(parent) != ".")
 
 
-class Loss:
+class Losses:
     """One operation, recorded once."""
 
     def __init__(self, operation, start, scratch):
         self.operation = operation
         self.scratch = scratch
-        folder = scratch / operation
-        if start:
-            shutil.copytree(start / DATA, folder / DATA)
-        else:
-            (folder / DATA).mkdir(parents=True)
-        self.allowed = set()
-        self.verify = "verify-salvaged" if operation == "salvage" else "verify"
-        if not start:
-            self.allowed |= {"state none", "state "}
-        elif operation != "salvage":
-            before = scratch / f"{operation}-before"
-            shutil.copytree(start, before)
-            self.allowed.add(state_of(drive(before, "verify")))
+        self.aftermath = Aftermath(operation, start, scratch)
+        folder = self.aftermath.fresh_folder()
+        (folder / DATA).mkdir(exist_ok=True)
         disk = Disk(folder)
         trace = folder / "trace"
-        drive(folder, "perform", operation, tracer=(
-            *strace(trace, f"trace={RECORDED}"), "-xx", "-s", str(LONGEST_WRITE)))
-        self.disks = list(self.replayed(disk, trace))
-        self.after = state_of(drive(folder, self.verify))
-        self.allowed.add(self.after)
+        perform(folder, operation, tracer=(
+            *strace(trace, f"trace={RECORDED},{UNKNOWN}"), "-xx", "-s", str(LONGEST_WRITE)))
+        disks = list(self.replayed(disk, trace))
+        if len(disks) < 6 or not any(acknowledged for _, acknowledged, _ in disks):
+            sys.exit(f"{operation} was not seen at work")
+        step = 1 if EVERY else max(1, len(disks) / MOST)
+        self.cases = [disks[int(number * step)] for number in range(int(len(disks) / step))]
 
     @staticmethod
     def replayed(disk, trace):
@@ -181,57 +273,41 @@ class Loss:
         seen = set()
         acknowledged = False
         for number, call in enumerate(recorded(trace)):
-            if call.name == "writev" and call.texts and call.texts[0].startswith(b"acknowledged"):
+            if call.name == "writev" and call.data and call.data[0].startswith(b"acknowledged"):
                 acknowledged = True
+            elif call.name in UNKNOWN.split(",") and disk.open.get(call.descriptor) is not None:
+                sys.exit(f"{call.name} is not played back")
             elif not disk.play(call):
                 continue
             for state in disk.states(chance):
-                key = hash((acknowledged, tuple(sorted(state.items()))))
+                key = hash((acknowledged, tuple(sorted(state.items(), key=lambda each: each[0]))))
                 if key not in seen:
                     seen.add(key)
                     yield number, acknowledged, state
 
+    @staticmethod
+    def name_of(disk):
+        return f"power lost after call {disk[0]}"
+
     def problems(self, disk):
-        number, acknowledged, state = disk
+        _, acknowledged, state = disk
         folder = pathlib.Path(tempfile.mkdtemp(dir=self.scratch))
         try:
             (folder / DATA).mkdir()
-            for name, contents in state.items():
-                (folder / DATA / name).write_bytes(contents)
-            where = f"{self.operation}, power lost after call {number}"
-            if self.operation == "salvage":
-                drive(folder, "perform", "salvage")
-                if not any(".damaged-" in path.name for path in (folder / DATA).iterdir()):
-                    yield f"{where}: the damaged store is gone"
-            found = drive(folder, self.verify)
-            if any(line.startswith(BROKEN) for line in found):
-                yield f"{where}: {found}"
-            if state_of(found) not in ({self.after} if acknowledged else self.allowed):
-                yield f"{where}, acknowledged: {acknowledged}, but {found}"
-            if STORE in state and "writable" not in found:
-                yield f"{where}: not writable: {found}"
+            files = {}
+            for name, contents in sorted(state.items()):
+                path = folder / DATA / name
+                if contents is None:
+                    path.mkdir()
+                elif contents and id(contents) in files:
+                    path.hardlink_to(files[id(contents)])
+                else:
+                    path.write_bytes(contents)
+                    files[id(contents)] = path
+            yield from self.aftermath.problems(folder, acknowledged, allowed=None)
         finally:
             shutil.rmtree(folder)
 
 
-def main():
-    if not strace_works():
-        print("SKIP: strace cannot trace here")
-        sys.exit(SKIPPED)
-    memory = "/dev/shm" if os.access("/dev/shm", os.W_OK) else None
-    failed = 0
-    with tempfile.TemporaryDirectory(dir=memory) as name, \
-            concurrent.futures.ThreadPoolExecutor(2) as pool:
-        scratch = pathlib.Path(name)
-        for operation in sys.argv[2:] or OPERATIONS:
-            loss = Loss(operation, start_of(operation, scratch), scratch)
-            for problems in pool.map(lambda each: list(loss.problems(each)), loss.disks):
-                failed += bool(problems)
-                print("\n".join(problems), end="\n" if problems else "")
-            print(f"{operation}: {len(loss.disks)} disks", flush=True)
-            if len(loss.disks) < 10 or not any(acknowledged for _, acknowledged, _ in loss.disks):
-                sys.exit(f"{operation} was not seen at work")
-    sys.exit(1 if failed else 0)
-
-
-main()
+if __name__ == "__main__":
+    run([word for word in sys.argv[2:] if word != "--every"] or OPERATIONS, Losses)

@@ -41,6 +41,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
                                          .defaults = m_defaults,
                                          .clock = m_clock,
                                          .runLoop = m_runLoop,
+                                         .threads = m_threads,
                                          .log = m_log,
                                          .timeZone = base::TimeZone::utc,
                                          .makeEngine = m_script.engineFactory(),
@@ -78,6 +79,7 @@ void PicturedWindow::backUp(const ui::Workspace& workspace) {
     std::filesystem::create_directories(folder);
     auto& backups = workspace.automaticBackups;
     backups.chooseFolder(folder);
+    static_cast<void>(QTest::qWaitFor([&] { return !backups.isChoosing(); }));
     m_preferences.setAutomaticBackupEnabled(true);
     for (const auto hours : {-20, 20}) {
         m_clock.advance(hours * 3600.0);

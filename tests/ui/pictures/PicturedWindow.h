@@ -61,6 +61,7 @@ private:
     /// A Monday morning in March 2025, so that no day changes what is to be seen.
     FakeClock m_clock{base::Instant{763286400}};
     platform::qt::QtRunLoop m_runLoop;
+    storage::BackgroundThreads m_threads;
     app::FileUserDefaults m_defaults{m_folder / "settings.json"};
     app::AppPreferences m_preferences{m_defaults, m_log};
     ui::Theme m_theme{m_preferences};

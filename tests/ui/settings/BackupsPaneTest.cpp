@@ -245,8 +245,11 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
     EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
     EXPECT_THAT(words(), HasSubstr("None has been chosen yet."));
+    control<QPushButton>("Choose…").setFocus();
     answer("Choose…", chosen);
-    EXPECT_THAT(words(), HasSubstr(chosen.filename().native()));
+    EXPECT_FALSE(control<QPushButton>("Choose…").isEnabled());
+    workUntilSaid(chosen.filename().c_str());
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Choose…"));
     EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nOff"));
     control<Switch>("Back up every day").click();
     EXPECT_THAT(words(), HasSubstr("Next backup\nDue now"));
@@ -274,8 +277,38 @@ TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere)
     workUntilSaid(storage::AutomaticBackupService::kFailure);
     EXPECT_THAT(words(), HasSubstr("Make it available, or choose it again."));
     answer("Choose…", folder / "elsewhere");
+    workUntilSaid("elsewhere");
     press("Back Up Now");
     workUntil([&] { return words().find("Automatic backup failed.") == std::string::npos; });
+    std::filesystem::create_directory(folder / "gone");
+    answer("Choose…", folder / "gone", [&] { std::filesystem::remove(folder / "gone"); });
+    workUntilSaid(
+        "Could not save access to this backup folder. Choose another folder and try again.");
+    EXPECT_THAT(words(), HasSubstr("elsewhere"));
+}
+
+TEST_F(BackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
+    preferences.setAutomaticBackupEnabled(true);
+    preferences.setAutomaticBackupLastSuccess(kNow);
+    const WorkspaceOwner another({.container = *container,
+                                  .isUsersOwn = false,
+                                  .preferences = preferences,
+                                  .defaults = defaults,
+                                  .clock = clock,
+                                  .runLoop = runLoop,
+                                  .threads = threads,
+                                  .log = log,
+                                  .copies = folder / "copies"});
+    window = std::make_unique<MainWindow>(another.workspace(), theme);
+    window->show();
+    openSettings(backups);
+    EXPECT_THAT(words(), HasSubstr("only. korvex backup export makes one of this store."));
+    EXPECT_THAT(words(), HasSubstr("Last backup\nNone yet\nNext backup\nOff"));
+    for (const auto* const button : {"Choose…", "Back Up Now"}) {
+        EXPECT_FALSE(control<QPushButton>(button).isEnabled()) << button;
+    }
+    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
+    window.reset();
 }
 
 } // namespace

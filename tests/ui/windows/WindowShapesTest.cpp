@@ -409,6 +409,7 @@ TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {
                                      .defaults = defaults,
                                      .clock = clock,
                                      .runLoop = runLoop,
+                                     .threads = threads,
                                      .log = log,
                                      .timeZone = base::TimeZone::utc,
                                      .copies = folder / "copies"});

@@ -1,0 +1,101 @@
+#include "store/faults/Operations.h"
+
+#include "app/AppPreferences.h"
+#include "app/FileUserDefaults.h"
+#include "storage/AutomaticBackup.h"
+#include "storage/FolderBookmark.h"
+
+namespace korvex::faults {
+
+namespace {
+
+/// What is imported: another Inbox, and a board with a todo and a text.
+backup::BackupDocument otherStore() {
+    const auto identifier = [](std::uint8_t number) {
+        base::Uuid id;
+        id.bytes.fill(number);
+        return id;
+    };
+    backup::BackupDocument document{.exportedAt = kNow, .appVersion = "0"};
+    for (std::uint8_t number = 0; number < 2; ++number) {
+        document.boards.push_back({.id = identifier(number),
+                                   .name = number == 0 ? "Inbox" : "Imported",
+                                   .createdAt = kNow,
+                                   .updatedAt = kNow,
+                                   .sortOrder = number,
+                                   .isSystem = number == 0});
+        document.entries.push_back({.id = identifier(number),
+                                    .boardID = identifier(1),
+                                    .type = number == 0 ? "todo" : "text",
+                                    .content = "imported",
+                                    .createdAt = kNow,
+                                    .updatedAt = kNow,
+                                    .sortOrder = number});
+    }
+    return document;
+}
+
+void writeImported(Program& program) {
+    storage::Work work;
+    storage::writeBackup(otherStore(), program.importedFile(), work);
+}
+
+void exportBackup(Program& program) {
+    auto work = program.steps.work();
+    storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
+}
+
+void importBackup(Program& program) {
+    auto work = program.steps.work();
+    program.backups().restore(storage::readBackup(program.importedFile(), work),
+                              program.recoveryFile(), kLater, work,
+                              {.beforeReplace = [&] { program.steps.reached("before replacing"); },
+                               .beforeSave = [&] { program.steps.reached("before saving"); }});
+}
+
+void undoImport(Program& program) {
+    auto work = program.steps.work();
+    program.backups().undoRestore(program.recoveryFile(), kLater, work);
+}
+
+/// As the window does.
+void backUp(Program& program, app::UserDefaults& defaults, const app::AppPreferences& preferences) {
+    auto backup = storage::automaticBackup(preferences, program.file, kLater);
+    backup.keeping = kKeptBackups;
+    auto work = program.steps.work();
+    const auto made = storage::makeAutomaticBackup(backup, defaults, program.log, work);
+    if (made.pruningFailure) {
+        std::rethrow_exception(made.pruningFailure);
+    }
+}
+
+/// Into the folder that was chosen before.
+void backUpAgain(Program& program) {
+    app::FileUserDefaults defaults(program.folder / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    backUp(program, defaults, preferences);
+}
+
+/// From choosing the folder on.
+void chooseAndBackUp(Program& program) {
+    app::FileUserDefaults defaults(program.folder / "settings.json");
+    app::AppPreferences preferences(defaults, program.log);
+    std::error_code ignored;
+    std::filesystem::create_directory(program.chosenFolder(), ignored);
+    preferences.setAutomaticBackupBookmark(
+        storage::FolderBookmark::make(program.chosenFolder()).bytes());
+    backUp(program, defaults, preferences);
+}
+
+} // namespace
+
+const Operations& backupOperations() {
+    static const Operations all{
+        {"write-imported", writeImported}, {"export", exportBackup},
+        {"import", importBackup},          {"undo-import", undoImport},
+        {"back-up", backUpAgain},          {"automatic-backup", chooseAndBackUp},
+    };
+    return all;
+}
+
+} // namespace korvex::faults

@@ -1,0 +1,106 @@
+#include "store/faults/Operations.h"
+
+#include "model/EntryAttachment.h"
+#include "support/OldStore.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+
+#include <array>
+#include <fstream>
+
+namespace korvex::faults {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A store of an older version, for an upgrade to start from.
+void writeOld(const fs::path& file, const char* version) {
+    fs::create_directories(file.parent_path());
+    tests::OldStore old(file, tests::OldStore::version(version));
+    const auto board = tests::OldStore::board("Inbox");
+    old.addBoard(board);
+    const std::array attached{model::EntryAttachment{
+        .id = base::Uuid::random(), .filename = "old", .data = base::Bytes(20'000, 'x')}};
+    for (std::int64_t i = 0; i < kPreparedTodos; ++i) {
+        old.addEntry(tests::OldStore::entry(board, i % 2 == 0 ? "todo" : "text",
+                                            "old " + std::to_string(i) + std::string(500, 'x'),
+                                            {{"sortOrder", i}}));
+        if (i % 4 == 0) {
+            old.attach(*model::EntryAttachment::encode(attached));
+        }
+    }
+}
+
+void prepareV10(const fs::path& file, Steps&) {
+    writeOld(file, "V10");
+}
+
+void prepareV13(const fs::path& file, Steps&) {
+    writeOld(file, "V13");
+}
+
+/// Where older programs kept it; the folder of the store is there and empty.
+void prepareLegacy(const fs::path& file, Steps&) {
+    writeOld(file.parent_path() / "legacy" / "default.store", "V13");
+}
+
+void fill(Program& program, const fs::path& file) {
+    program.open(file, store::ModelConfiguration::Missing::create);
+    entryOperations().at("prepare")(program);
+}
+
+/// Words that are to stay, under metadata that no service writes.
+void prepareUnsound(const fs::path& file, Steps& steps) {
+    Program program(steps);
+    fill(program, file);
+    auto& context = *program.context;
+    auto& second = context.insert(
+        std::make_unique<model::Board>(model::BoardFields{.id = base::Uuid::random(),
+                                                          .name = "Inbox",
+                                                          .createdAt = kLater,
+                                                          .updatedAt = kLater,
+                                                          .sortOrder = 5,
+                                                          .isSystem = true,
+                                                          .icon = "no icon",
+                                                          .systemIdentifier = "inbox"}));
+    const auto todos = program.todos();
+    todos.at(0)->setBoard(nullptr);
+    todos.at(1)->setBoard(&second);
+    todos.at(2)->setIsCompleted(true);
+    todos.at(3)->setCompletedAt(kNow);
+    todos.at(4)->setSortOrder(4'000);
+    todos.at(5)->setSortOrder(todos.at(6)->sortOrder());
+    context.save();
+}
+
+/// A page of entries is gone.
+void prepareDamaged(const fs::path& file, Steps& steps) {
+    Program program(steps);
+    fill(program, file);
+    std::vector<std::string> contents;
+    for (int i = 0; i < kPreparedTodos; ++i) {
+        contents.push_back(std::to_string(i) + std::string(900, 'y'));
+    }
+    program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
+    program.container->checkpoint();
+    const int page = SQLite::Database(file, SQLite::OPEN_READONLY)
+                         .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
+                                     "pagetype = 'leaf'");
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(std::streamoff{4096} * (page - 1));
+    stream << std::string(4096, '\0');
+}
+
+} // namespace
+
+const FileOperations& preparations() {
+    static const FileOperations all{
+        {"prepare-v10", prepareV10},         {"prepare-v13", prepareV13},
+        {"prepare-legacy", prepareLegacy},   {"prepare-unsound", prepareUnsound},
+        {"prepare-damaged", prepareDamaged},
+    };
+    return all;
+}
+
+} // namespace korvex::faults

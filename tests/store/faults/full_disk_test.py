@@ -1,0 +1,129 @@
+"""A file system of 8 MiB that is full but for some room, from none to what an operation needs:
+`store_fault_driver` imports there, takes back, exports, backs up. It succeeds, or is refused and
+the store is whole with nothing left beside it; also when it is killed at the first call that found
+no room. Once there is room the next run needs no hands. A run that is killed with all of its file
+written costs no room: the next one succeeds in what this one had.
+
+The file system is mounted in a user namespace, where the kernel lets one be made.
+"""
+import collections
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import sys
+
+from aftermath import UNDO_SNAPSHOT, Aftermath
+from fault_driver import DATA, SKIPPED, perform, run, strace, succeeds
+
+OPERATIONS = ("import", "undo-import", "export", "automatic-backup")
+SIZE = 8 << 20
+STEP = 16 << 10
+# For what a store's journal takes when it is opened once more.
+SLACK = 64 << 10
+CALLS = "write,pwrite64,fsync,fdatasync,rename,ftruncate,mkdir,mkdirat,openat"
+INSIDE = ["unshare", "--map-root-user", "--mount"]
+
+Case = collections.namedtuple("Case", "room ended")
+
+
+def traced(text):
+    """The calls of a trace: each with its number among those of its name, and its line."""
+    seen = collections.Counter()
+    for line in text.splitlines():
+        if found := re.match(r"(?:\d+ +)?(\w+)\(", line):
+            seen[found[1]] += 1
+            yield found[1], seen[found[1]], line
+
+
+class SmallDisk:
+    """One operation on a small file system."""
+
+    def __init__(self, operation, start, scratch):
+        self.operation = operation
+        self.aftermath = Aftermath(operation, start, scratch)
+        needed = next(room for room in range(0, SIZE, STEP) if self.suffices(room))
+        rooms = range(0, needed + 1, STEP)
+        if len(rooms) < 3:
+            sys.exit(f"{operation} was not seen on a full disk")
+        self.cases = [Case(room, ended) for room in rooms for ended in ("itself", "on a full disk")]
+        self.cases.append(Case(rooms[-1] + SLACK, "when all is written"))
+
+    @staticmethod
+    def name_of(case):
+        return f"with {case.room >> 10} KiB of room, ended {case.ended}"
+
+    def mounted(self, room):
+        """A folder with the start, on a file system that has this much room besides."""
+        folder = self.aftermath.fresh_folder()
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={SIZE}", "tmpfs", folder], check=True)
+        shutil.copytree(self.aftermath.start / DATA, folder / DATA)
+        self.fill(folder, room)
+        return folder
+
+    @staticmethod
+    def fill(folder, room):
+        state = os.statvfs(folder)
+        with open(folder / "ballast", "wb") as ballast:
+            ballast.write(bytes(max(0, state.f_bavail * state.f_frsize - room)))
+
+    @staticmethod
+    def unmount(folder):
+        subprocess.run(["umount", "-l", folder], check=True)
+
+    def suffices(self, room):
+        folder = self.mounted(room)
+        try:
+            return succeeds(folder, self.operation)
+        finally:
+            self.unmount(folder)
+
+    def fatal_call(self, case):
+        """None where there is none to be killed at."""
+        folder = self.mounted(case.room)
+        trace = self.aftermath.scratch / f"{folder.name}.trace"
+        perform(folder, self.operation, tracer=strace(trace, f"trace={CALLS}"))
+        self.unmount(folder)
+        for call, number, line in traced(trace.read_text(errors="replace")):
+            if "= -1 ENOSPC" in line if case.ended == "on a full disk" else (
+                    call == "rename" and ".korvexbackup" in line):
+                return call, number
+        return None
+
+    def problems(self, case):
+        fatal = None if case.ended == "itself" else self.fatal_call(case)
+        if case.ended == "when all is written" and not fatal:
+            yield "no file was seen to get its name"
+        folder = self.mounted(case.room)
+        try:
+            tracer = ()
+            if fatal:
+                tracer = strace(self.aftermath.scratch / f"{folder.name}.trace",
+                                f"trace={fatal[0]}", f"inject={fatal[0]}:signal=KILL:when={fatal[1]}")
+            said = perform(folder, self.operation, tracer=tracer)
+            if case.ended == "when all is written":
+                if not succeeds(folder, self.operation):
+                    yield "what was left takes the room of the next run"
+                return
+            (folder / "ballast").unlink()
+            yield from self.aftermath.problems(folder, "acknowledged" in said,
+                                               None if fatal else {UNDO_SNAPSHOT})
+        finally:
+            self.unmount(folder)
+
+
+def main():
+    if os.environ.get("KORVEX_SMALL_DISK"):
+        run(sys.argv[2:] or OPERATIONS, SmallDisk)
+    probe = subprocess.run([*INSIDE, "mount", "-t", "tmpfs", "tmpfs", pathlib.Path("/mnt")],
+                           capture_output=True, check=False)
+    if probe.returncode:
+        print("SKIP: no file system can be mounted here:", probe.stderr.decode().strip())
+        sys.exit(SKIPPED)
+    sys.exit(subprocess.run([*INSIDE, sys.executable, *sys.argv], check=False,
+                            env={**os.environ, "KORVEX_SMALL_DISK": "yes"}).returncode)
+
+
+if __name__ == "__main__":
+    main()
