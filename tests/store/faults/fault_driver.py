@@ -1,9 +1,11 @@
 """What the tests of faults share: `store_fault_driver`, the stores that its operations start from,
 and the round through the operations."""
+import collections
 import concurrent.futures
 import itertools
 import os
 import pathlib
+import re
 import subprocess
 import sys
 import tempfile
@@ -63,6 +65,32 @@ def verify_word(operation):
 def strace(output, *expressions):
     return ["strace", "-f", "-q", "-y", "-o", str(output),
             *itertools.chain.from_iterable(("-e", each) for each in expressions)]
+
+
+def traced(trace):
+    """The calls in the order of their ends: whether it is one of the first thread, its number among
+    those of its name in its thread, as a fault is planned, its name, and its line."""
+    seen = collections.Counter()
+    begun = {}
+    first = None
+    for line in trace.read_text(encoding="utf-8", errors="replace").splitlines():
+        found = re.match(r"(\d+) +(?:<\.\.\. (\w+) resumed>)?(.*)", line)
+        if not found:
+            continue
+        thread, resumed, text = found[1], found[2], found[3]
+        first = first or thread
+        if resumed:
+            is_first, number, name, start = begun.pop(thread)
+            yield is_first, number, name, start + text
+        elif name := re.match(r"(\w+)\(", text):
+            seen[thread, name[1]] += 1
+            call = thread == first, seen[thread, name[1]], name[1]
+            if text.endswith("<unfinished ...>"):
+                begun[thread] = *call, text.removesuffix("<unfinished ...>").rstrip()
+            else:
+                yield *call, text
+    # Killed in the middle.
+    yield from begun.values()
 
 
 def state_of(lines):

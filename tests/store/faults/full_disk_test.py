@@ -9,13 +9,12 @@ The file system is mounted in a user namespace, where the kernel lets one be mad
 import collections
 import os
 import pathlib
-import re
 import shutil
 import subprocess
 import sys
 
 from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import DATA, SKIPPED, perform, run, strace, succeeds
+from fault_driver import DATA, SKIPPED, perform, run, strace, succeeds, traced
 
 OPERATIONS = ("import", "undo-import", "export", "automatic-backup")
 SIZE = 8 << 20
@@ -26,15 +25,6 @@ CALLS = "write,pwrite64,fsync,fdatasync,rename,ftruncate,mkdir,mkdirat,openat"
 INSIDE = ["unshare", "--map-root-user", "--mount"]
 
 Case = collections.namedtuple("Case", "room ended")
-
-
-def traced(text):
-    """The calls of a trace: each with its number among those of its name, and its line."""
-    seen = collections.Counter()
-    for line in text.splitlines():
-        if found := re.match(r"(?:\d+ +)?(\w+)\(", line):
-            seen[found[1]] += 1
-            yield found[1], seen[found[1]], line
 
 
 class SmallDisk:
@@ -85,7 +75,7 @@ class SmallDisk:
         trace = self.aftermath.scratch / f"{folder.name}.trace"
         perform(folder, self.operation, tracer=strace(trace, f"trace={CALLS}"))
         self.unmount(folder)
-        for call, number, line in traced(trace.read_text(errors="replace")):
+        for _, number, call, line in traced(trace):
             if "= -1 ENOSPC" in line if case.ended == "on a full disk" else (
                     call == "rename" and ".korvexbackup" in line):
                 return call, number

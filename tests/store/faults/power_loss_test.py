@@ -19,7 +19,7 @@ import sys
 import tempfile
 
 from aftermath import Aftermath
-from fault_driver import DATA, perform, run, strace
+from fault_driver import DATA, perform, run, strace, traced
 
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "export",
@@ -48,8 +48,8 @@ def decoded(text):
 def recorded(trace):
     """The calls that succeeded; paths as they are, whatever they were relative to."""
     folders = {}
-    for line in trace.read_text(encoding="ascii", errors="replace").splitlines():
-        found = re.match(r"(?:\d+ +)?(\w+)\((.*)\) += (-?\d+)(?:<(.*)>)?$", line)
+    for *_, line in traced(trace):
+        found = re.match(r"(\w+)\((.*)\) += (-?\d+)(?:<(.*)>)?$", line)
         if not found or found[3].startswith("-"):
             continue
         name, arguments, result = found[1], found[2], int(found[3])

@@ -13,7 +13,7 @@ import shutil
 import sys
 
 from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import BROKEN, DATA, STORE, perform, run, strace
+from fault_driver import BROKEN, DATA, STORE, perform, run, strace, traced
 
 WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
@@ -28,7 +28,7 @@ OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", 
 # How the folder of automatic backups is named while one is made.
 HELD = "/proc/self/fd/"
 
-Fault = collections.namedtuple("Fault", "call when effect")
+Fault = collections.namedtuple("Fault", "call when effect is_once")
 
 
 class Faults:
@@ -47,26 +47,25 @@ class Faults:
 
     @staticmethod
     def calls_on(folder, trace):
-        """Each call that concerns the folder: its name, and its number among those of that name."""
-        seen = collections.Counter()
-        for line in trace.read_text(encoding="utf-8", errors="replace").splitlines():
-            found = re.match(r"(?:\d+ +)?(\w+)\((.*)", line)
-            if found:
-                seen[found[1]] += 1
-                if str(folder / DATA) in found[2] or HELD in found[2]:
-                    yield found[1], seen[found[1]]
+        """Each call that concerns the folder: its name, its number, whether in the first thread."""
+        concerned = [(name, number, is_first) for is_first, number, name, line in traced(trace)
+                     if str(folder / DATA) in line or HELD in line]
+        first = {call[:2] for call in concerned if call[2]}
+        return [call for call in concerned if call[2] or call[:2] not in first]
 
     def faults(self):
         writing = WRITING.split(",")
-        for turn, (call, number) in enumerate(self.calls):
+        for turn, (call, number, is_first) in enumerate(self.calls):
             if call in writing:
-                yield Fault(call, str(number), "signal=KILL")
+                yield Fault(call, str(number), "signal=KILL", False)
             if EVERY or len(self.calls) <= LONG:
                 wanted = [(error, when) for error in ERRORS for when in ("", "+")]
             else:
                 wanted = [(ERRORS[turn % 3], ""), (ERRORS[(turn + 1) % 3], "+")]
             for error, when in wanted:
-                yield Fault(call, f"{number}{when}", f"error={error}")
+                # Each try has threads of its own, and each thread counts for itself.
+                if is_first or not when:
+                    yield Fault(call, f"{number}{when}", f"error={error}", is_first and not when)
 
     @staticmethod
     def name_of(fault):
@@ -94,8 +93,7 @@ class Faults:
             if not re.search("INJECTED|killed by SIGKILL", trace.read_text(errors="replace")):
                 yield "the fault did not happen: the driver took another way"
             acknowledged = "acknowledged" in said
-            is_once = fault.effect.startswith("error") and not fault.when.endswith("+")
-            if is_once and not acknowledged:
+            if fault.is_once and not acknowledged:
                 yield f"the second try did not succeed: {said}"
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
