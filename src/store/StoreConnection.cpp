@@ -367,10 +367,10 @@ void StoreConnection::moveJournal(Emptied how) {
     // What is moved but stays in the journal is moved again by the next program, which cannot know,
     // and the journal would grow with each. Where somebody reads in it just now, it stays for once.
     sqlite3_busy_timeout(handle(), 0);
-    const int code = sqlite3_wal_checkpoint_v2(
-        handle(), "main",
-        how == Emptied::cut ? SQLITE_CHECKPOINT_TRUNCATE : SQLITE_CHECKPOINT_PASSIVE, &inJournal,
-        &moved);
+    const int code = sqlite3_wal_checkpoint_v2(handle(), "main",
+                                               how == Emptied::cut ? SQLITE_CHECKPOINT_TRUNCATE
+                                                                   : SQLITE_CHECKPOINT_PASSIVE,
+                                               &inJournal, &moved);
     applyBusyTimeout();
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);

@@ -127,7 +127,8 @@ TEST_F(JournalTest, ItStaysShortInOneLongProgramAndInManyShortOnes) {
     }
 }
 
-/// A cut file would grow again with each commit; and what was moved must not be taken for the newest.
+/// A cut file would grow again with each commit; and what was moved must not be taken for the
+/// newest.
 TEST_F(JournalTest, ItIsWrittenOverAndWhatStandsBehindIsDead) {
     const auto container = open();
     ModelContext context(*container);
