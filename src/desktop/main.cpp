@@ -90,6 +90,7 @@ int main(int argc, char* argv[]) {
     }
     ui::Theme theme(preferences);
     const ui::InstalledStyle style(theme);
+    theme.loadFonts(); // while the store is being read
 
     desktop::StoreOpening::Opened store;
     while (const auto refused = ui::refusal([&] { store = opening.take(); })) {
