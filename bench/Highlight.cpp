@@ -1,7 +1,7 @@
-// Colouring the longest code that is coloured, 20,000 units of C++, in an engine that has done it
-// some times before; against `node` running the same script over the same text. Beside it: the
-// first ten times, which is what a window that opens has to do; the same code with its language
-// detected; and what the engine takes until it stands.
+// Colouring the longest code that is coloured, 20,000 units of C++, the first ten times that a new
+// engine does it: what a window has to do in which code is opened. Against `node` running the same
+// script over the same text as often, in a new process. Neither's start is counted. Beside it: the
+// same code with its language detected; and what the engine takes until it stands.
 
 #include "support/ChildProcess.h"
 #include "support/Scratch.h"
@@ -24,13 +24,8 @@ namespace {
 
 using namespace korvex;
 
-/// How often both sides analyse the text: first unmeasured, then measured.
-struct Repetitions {
-    int warmups;
-    int runs;
-};
-constexpr Repetitions kWarm{20, 21};
-constexpr Repetitions kFirstTen{0, 10};
+/// How often both sides analyse the text.
+constexpr int kRuns = 10;
 
 /// A source file as people write them: comments, classes, literals, templates; no line twice.
 std::string cppSource() {
@@ -90,17 +85,14 @@ double medianOf(std::vector<double> values) {
     return *middle;
 }
 
-void highlight(benchmark::State& state, std::string_view language, Repetitions repetitions) {
+void highlight(benchmark::State& state, std::string_view language) {
     const auto code = base::utf16(cppSource());
     for (auto _ : state) {
         auto syntax = makeSyntax();
         std::vector<double> times;
         std::size_t runs = 0;
-        for (int i = -repetitions.warmups; i < repetitions.runs; ++i) {
-            const auto seconds = secondsOf([&] { runs = syntax.scopes(code, language).size(); });
-            if (i >= 0) {
-                times.push_back(seconds);
-            }
+        for (int i = 0; i < kRuns; ++i) {
+            times.push_back(secondsOf([&] { runs = syntax.scopes(code, language).size(); }));
         }
         if (runs < 1000) {
             state.SkipWithError("the code was not coloured");
@@ -110,7 +102,7 @@ void highlight(benchmark::State& state, std::string_view language, Repetitions r
 }
 
 /// The same in node: one process, which times itself and prints its median in seconds.
-void highlightInNode(benchmark::State& state, std::string_view language, Repetitions repetitions) {
+void highlightInNode(benchmark::State& state, std::string_view language) {
     const bench::Scratch scratch;
     const auto library = scriptModule().resources()("highlight.min", "js");
     if (!library) {
@@ -125,25 +117,24 @@ void highlightInNode(benchmark::State& state, std::string_view language, Repetit
         const { readFileSync } = require("fs");
         const { join } = require("path");
         const { runInThisContext } = require("vm");
-        const [language, warmups, runs] = process.argv.slice(2);
+        const [language, runs] = process.argv.slice(2);
         const read = name => readFileSync(join(__dirname, name), "utf8");
         runInThisContext(read("library.js"));
         runInThisContext(read("functions.js"));
         const code = read("code.cpp");
         const times = [];
-        for (let i = -warmups; i < runs; ++i) {
+        for (let i = 0; i < runs; ++i) {
             const start = process.hrtime.bigint();
             korvexHighlight(code, language);
-            if (i >= 0) times.push(Number(process.hrtime.bigint() - start) / 1e9);
+            times.push(Number(process.hrtime.bigint() - start) / 1e9);
         }
         times.sort((a, b) => a - b);
         process.stdout.write("median " + times[times.length >> 1] + "\n");
     )js";
     for (auto _ : state) {
-        bench::ChildProcess node({"node", scratch / "measure.js", std::string(language),
-                                  std::to_string(repetitions.warmups),
-                                  std::to_string(repetitions.runs)},
-                                 {}, bench::ChildProcess::Output::watched);
+        bench::ChildProcess node(
+            {"node", scratch / "measure.js", std::string(language), std::to_string(kRuns)}, {},
+            bench::ChildProcess::Output::watched);
         const auto line = node.waitForLine("median ");
         state.SetIterationTime(std::stod(line.substr(line.find(' '))));
     }
@@ -157,9 +148,9 @@ void firstColors(benchmark::State& state) {
     }
 }
 
-void add(const char* name, const char* nameOfLimit, const char* language, Repetitions repetitions) {
+void add(const char* name, const char* nameOfLimit, const char* language) {
     const auto addOne = [&](const char* itsName, auto* function) {
-        benchmark::RegisterBenchmark(itsName, function, language, repetitions)
+        benchmark::RegisterBenchmark(itsName, function, language)
             ->UseManualTime()
             ->Iterations(1)
             ->Unit(benchmark::kMillisecond);
@@ -169,9 +160,8 @@ void add(const char* name, const char* nameOfLimit, const char* language, Repeti
 }
 
 const bool kAreAdded = [] {
-    add("korvex", "limit", "cpp", kWarm);
-    add("first_ten", "first_ten_limit", "cpp", kFirstTen);
-    add("detected", "detected_limit", "auto", kWarm);
+    add("korvex", "limit", "cpp");
+    add("detected", "detected_limit", "auto");
     return true;
 }();
 

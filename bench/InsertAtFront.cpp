@@ -2,6 +2,7 @@
 // against SQLite that updates those rows one by one in one transaction as durable.
 
 #include "support/BenchStore.h"
+#include "support/PlainRenumbering.h"
 #include "support/Scratch.h"
 #include "support/Stopwatch.h"
 
@@ -38,17 +39,13 @@ void plainSqlite(benchmark::State& state) {
     bench::makeStore(file, bench::bodies(kEntries));
     const bench::PlainDatabase database(file);
     database.makeDurable();
-    bench::PlainStatement update(database, "UPDATE Entry SET sortOrder = ? WHERE rowid = ?");
+    bench::PlainRenumbering renumbering(database);
     std::int64_t shift = 0;
     for (auto _ : state) {
         ++shift;
         bench::timed(state, [&] {
             database.run("BEGIN IMMEDIATE");
-            for (std::int64_t row = 1; row <= kEntries; ++row) {
-                update.bind(1, row - 1 + shift);
-                update.bind(2, row);
-                update.run();
-            }
+            renumbering.run(1, kEntries, shift);
             database.run("COMMIT");
         });
     }

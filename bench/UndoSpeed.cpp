@@ -2,6 +2,7 @@
 // the disk when it is done; against SQLite that updates those rows in one transaction as durable.
 
 #include "support/BenchStore.h"
+#include "support/PlainRenumbering.h"
 #include "support/Scratch.h"
 #include "support/Stopwatch.h"
 
@@ -46,7 +47,7 @@ void plainSqlite(benchmark::State& state) {
     database.makeDurable();
     bench::PlainStatement complete(database, "UPDATE Entry SET sortOrder = ?, isCompleted = 1, "
                                              "completedAt = ?, updatedAt = ? WHERE rowid = 1");
-    bench::PlainStatement update(database, "UPDATE Entry SET sortOrder = ? WHERE rowid = ?");
+    bench::PlainRenumbering renumbering(database);
     std::int64_t shift = 0;
     for (auto _ : state) {
         ++shift;
@@ -56,11 +57,7 @@ void plainSqlite(benchmark::State& state) {
             complete.bind(2, bench::kNow.seconds + static_cast<double>(shift));
             complete.bind(3, bench::kNow.seconds + static_cast<double>(shift));
             complete.run();
-            for (std::int64_t row = 2; row <= kEntries; ++row) {
-                update.bind(1, row - 2 + shift);
-                update.bind(2, row);
-                update.run();
-            }
+            renumbering.run(2, kEntries, shift);
             database.run("COMMIT");
         });
     }

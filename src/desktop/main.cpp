@@ -91,6 +91,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     ui::Theme theme(preferences);
     const ui::InstalledStyle style(theme);
+    theme.loadFonts(); // while the store is being read
 
     desktop::StoreOpening::Opened store;
     while (const auto refused = ui::refusal([&] { store = opening.take(); })) {

@@ -22,8 +22,9 @@ constexpr std::size_t kPiece = 1 << 20;
 
 SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
     try {
-        m_database =
-            std::make_unique<SQLite::Database>(file.path().string(), SQLite::OPEN_READWRITE);
+        // One thread at a time uses it.
+        m_database = std::make_unique<SQLite::Database>(
+            file.path().string(), SQLite::OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
     }

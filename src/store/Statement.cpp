@@ -105,8 +105,9 @@ void Statement::bindValue(int index, const Value& value) {
 }
 
 std::string_view Statement::text(int column) const {
-    // The text must be asked for before its size.
-    const auto* data = reinterpret_cast<const char*>(sqlite3_column_text(raw(), column));
+    // As bytes, which a store's texts are in UTF-8: asked for as a text, each is copied to get a
+    // zero at its end. The text must be asked for before its size.
+    const auto* data = static_cast<const char*>(sqlite3_column_blob(raw(), column));
     const auto size = static_cast<std::size_t>(sqlite3_column_bytes(raw(), column));
     return data ? std::string_view(data, size) : std::string_view();
 }

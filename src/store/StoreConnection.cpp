@@ -16,8 +16,11 @@ namespace {
 
 /// A journal longer than this is moved into the store file after a commit.
 constexpr int kLongJournalPages = 1000;
-/// And at the start, where it was left so: every start reads all of it.
-constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096} * kLongJournalPages;
+/// And is then begun anew in the same file, unless it is longer than this.
+constexpr int kLongestReusedJournalPages = 1200;
+/// One of more bytes is moved and cut at the start, where it was left so: every start reads all of
+/// it. A page has a head of 24 bytes there.
+constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096 + 24} * kLongestReusedJournalPages;
 /// A journal of more bytes than this is not left behind: who copies the store file alone then
 /// misses little.
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
@@ -92,7 +95,7 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
     revision();
     noticeMissingChanges();
     if (m_lock && m_file.journalSize() > kLongJournalBytes) {
-        emptyJournal();
+        emptyJournal(Emptied::cut);
     }
 }
 
@@ -334,7 +337,8 @@ void StoreConnection::commit(std::int64_t newRevision) {
             m_journalInode = inode(m_file.journal());
         }
         if (m_journalPages > kLongJournalPages) {
-            emptyJournal();
+            emptyJournal(m_journalPages > kLongestReusedJournalPages ? Emptied::cut
+                                                                     : Emptied::begunAnew);
         }
     }
 }
@@ -350,9 +354,10 @@ void StoreConnection::rollback() noexcept {
     }
 }
 
-void StoreConnection::emptyJournal() {
+void StoreConnection::emptyJournal(Emptied how) {
     try {
-        checkpoint();
+        StoreLock::Guard guard(lock());
+        moveJournal(how);
     } catch (const StoreError& error) {
         m_log.warning("The journal could not be moved into the store: " + error.errorDescription());
     }
@@ -361,26 +366,37 @@ void StoreConnection::emptyJournal() {
 void StoreConnection::checkpoint() {
     if (m_lock) {
         StoreLock::Guard guard(lock());
-        moveJournal();
+        moveJournal(Emptied::cut);
     }
 }
 
-void StoreConnection::moveJournal() {
+void StoreConnection::moveJournal(Emptied how) {
     checkFilesAreInPlace();
     int inJournal = 0;
     int moved = 0;
     // What is moved but stays in the journal is moved again by the next program, which cannot know,
     // and the journal would grow with each. Where somebody reads in it just now, it stays for once.
     sqlite3_busy_timeout(handle(), 0);
-    const int code =
-        sqlite3_wal_checkpoint_v2(handle(), "main", SQLITE_CHECKPOINT_TRUNCATE, &inJournal, &moved);
+    const int code = sqlite3_wal_checkpoint_v2(handle(), "main",
+                                               how == Emptied::cut ? SQLITE_CHECKPOINT_TRUNCATE
+                                                                   : SQLITE_CHECKPOINT_PASSIVE,
+                                               &inJournal, &moved);
     applyBusyTimeout();
     if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
         throwSqliteError(handle(), code);
     }
     if (inJournal == moved) {
         m_journalPages = 0;
+        if (how == Emptied::begunAnew) {
+            beginJournalAnew();
+        }
     }
+}
+
+void StoreConnection::beginJournalAnew() {
+    // A write begins it, any write: until then its pages pass for newer than the store file's, and
+    // if some of them came to harm, what is left would hide the newer ones there.
+    Statement(handle(), "PRAGMA user_version = " + std::to_string(m_schema.version.number)).run();
 }
 
 void StoreConnection::shortenJournal() noexcept {
@@ -391,7 +407,7 @@ void StoreConnection::shortenJournal() noexcept {
         // Whoever keeps it for longer does the same at its own end.
         if (m_lock->acquireWithin(kPatienceAtTheEnd)) {
             const StoreLock::Guard guard(*m_lock, std::adopt_lock);
-            moveJournal();
+            moveJournal(Emptied::cut);
         }
     } catch (const StoreError& error) {
         m_log.warning("The journal could not be shortened: " + error.errorDescription());

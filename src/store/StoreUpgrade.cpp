@@ -215,7 +215,7 @@ private:
 /// In a file that nobody else knows and that is thrown away when anything fails: no journal.
 std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& copy,
                                   const Schema& schema, const std::vector<OlderTable>& tables) {
-    const SQLite::Database database(copy.string(), SQLite::OPEN_READWRITE);
+    const SQLite::Database database(copy.string(), SQLite::OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
     auto* const handle = database.getHandle();
     for (const auto* sql : {"PRAGMA locking_mode = EXCLUSIVE", "PRAGMA journal_mode = OFF",
                             "PRAGMA synchronous = OFF", "PRAGMA cache_size = -65536", "BEGIN"}) {

@@ -127,11 +127,12 @@ std::string select(const RecordType& type) {
     for (const auto field : rowFields(type)) {
         sql += ", " + quoted(type.fields[field].name);
     }
-    // Whether there are external bytes: most records have none, and then need not ask again.
+    // Whether there are external bytes: most records have none, and then need not ask again. EXISTS
+    // would open their table anew for each row.
     for (const auto& field : type.fields) {
         if (field.kind == FieldKind::externalBytes) {
-            sql += ", EXISTS(SELECT 1 FROM " + externalTable(type, field) +
-                   " WHERE owner = " + quoted(type.name) + ".rowid)";
+            sql += ", " + quoted(type.name) + ".rowid IN (SELECT owner FROM " +
+                   externalTable(type, field) + ")";
         }
     }
     return sql + " FROM " + quoted(type.name);

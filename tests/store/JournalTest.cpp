@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <utility>
 
 namespace korvex::tests {
 
@@ -137,6 +138,34 @@ TEST_F(JournalTest, ItStaysShortInOneLongProgramAndInManyShortOnes) {
             EXPECT_GT(longest, kLong / 2) << "or it was never moved";
         }
     }
+}
+
+/// A cut file would grow again with each commit; and what was moved must not be taken for the
+/// newest.
+TEST_F(JournalTest, ItIsWrittenOverAndWhatStandsBehindIsDead) {
+    const auto container = open();
+    ModelContext context(*container);
+    std::uintmax_t before = 0;
+    auto size = std::filesystem::file_size(journalFile());
+    for (int i = 0; size > before; ++i) {
+        ASSERT_LT(i, 100) << "it grows with each save";
+        saveMuch(context, i);
+        before = std::exchange(size, std::filesystem::file_size(journalFile()));
+    }
+    EXPECT_EQ(size, before);
+
+    // As a power loss leaves them, and the former pages harmed.
+    const TemporaryFolder other;
+    const auto copy = other.path() / "Primary.store";
+    std::filesystem::copy_file(storeFile(), copy);
+    const auto journal = other.path() / "Primary.store-wal";
+    std::filesystem::copy_file(journalFile(), journal);
+    std::filesystem::resize_file(journal, size / 2);
+    const auto found = open({.file = copy});
+    ModelContext reading(*found);
+    EXPECT_EQ(reading.fetch<Board>().front()->name(), context.fetch<Board>().front()->name());
+    EXPECT_EQ(reading.fetch<Board>().size(), std::size_t{kBoards});
+    EXPECT_TRUE(found->check().problems.empty());
 }
 
 TEST_F(JournalTest, AJournalThatIsLongAtTheStartIsMovedIntoTheStoreFile) {

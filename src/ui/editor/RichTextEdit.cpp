@@ -24,6 +24,7 @@
 #include <QScrollBar>
 #include <QShortcut>
 #include <QTextFrame>
+#include <QTextList>
 
 #include <algorithm>
 #include <optional>
@@ -46,6 +47,20 @@ bool leadsOut(QTextCursor caret, int direction) {
 const QTextDocument& withOwnDocument(QTextEdit& edit) {
     edit.setDocument(new TextDocument(&edit));
     return *edit.document();
+}
+
+/// The formats of all paragraphs and their lists, and whether there is a placeholder: the same as
+/// long as nothing but text is typed.
+std::vector<int> paragraphFormats(const QTextDocument& document) {
+    std::vector<int> formats;
+    formats.reserve(static_cast<std::size_t>(document.blockCount()) * 3 + 1);
+    formats.push_back(document.isEmpty() ? 1 : 0);
+    for (auto block = document.begin(); block.isValid(); block = block.next()) {
+        const auto* const list = block.textList();
+        formats.insert(formats.end(), {block.blockFormatIndex(), block.charFormatIndex(),
+                                       list ? list->formatIndex() : -1});
+    }
+    return formats;
 }
 
 /// Lets an event be handled as if it were on the nearest line.
@@ -73,8 +88,8 @@ RichTextEdit::RichTextEdit(QWidget* parent)
     viewport()->setAutoFillBackground(false);
     setAccessibleName(tr("Text"));
     setPlaceholderText(tr("Text"));
-    // One item more or less changes the numbers of those behind it, which no layout knows of.
-    connect(document(), &QTextDocument::contentsChanged, viewport(), qOverload<>(&QWidget::update));
+    connect(document(), &QTextDocument::contentsChanged, this,
+            &RichTextEdit::repaintWhereParagraphsChanged);
     connect(this, &QTextEdit::cursorPositionChanged, this, &RichTextEdit::updateState);
     connect(this, &QTextEdit::selectionChanged, this, &RichTextEdit::updateState);
     addShortcuts();
@@ -285,6 +300,14 @@ void RichTextEdit::paintEvent(QPaintEvent* event) {
     painter.end();
     QTextEdit::paintEvent(event);
     paintEndsOfTables();
+}
+
+void RichTextEdit::repaintWhereParagraphsChanged() {
+    auto paragraphs = paragraphFormats(*document());
+    if (paragraphs != m_paragraphs) {
+        m_paragraphs = std::move(paragraphs);
+        viewport()->update();
+    }
 }
 
 void RichTextEdit::paintEndsOfTables() {

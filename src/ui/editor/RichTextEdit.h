@@ -8,6 +8,7 @@
 #include <QTextEdit>
 
 #include <memory>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -90,6 +91,9 @@ private:
     void addShortcuts();
     bool handledAsStructure(const QKeyEvent& event);
     bool handledAsMovement(const QKeyEvent& event);
+    /// One item more or less changes the numbers of those behind it, and code its ground, which no
+    /// layout knows of; but what is typed into a paragraph, Qt paints anew by itself.
+    void repaintWhereParagraphsChanged();
     /// Shows where a table goes on beyond what is seen of it.
     void paintEndsOfTables();
     /// The caret does not stay where it could not be seen, unless it has come to the end.
@@ -103,6 +107,7 @@ private:
     LengthLimit m_limit;
     TextSpacing* m_spacing;
     FormatState m_state;
+    std::vector<int> m_paragraphs;
 };
 
 } // namespace korvex::ui

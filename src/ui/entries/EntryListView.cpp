@@ -145,8 +145,8 @@ void EntryListView::resizeEvent(QResizeEvent* event) {
 }
 
 int EntryListView::estimatedHeight(int row) const {
-    if (!m_estimate || m_estimate->width() != column().width) {
-        m_estimate.emplace(column().width, theme(), m_delegate->look());
+    if (!m_estimate || m_estimate->width() != measuredWidth()) {
+        m_estimate.emplace(measuredWidth(), theme(), m_delegate->look());
     }
     return m_estimate->height(m_model, row);
 }

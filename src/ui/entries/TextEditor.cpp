@@ -130,8 +130,11 @@ int TextEditor::textHeight(const EntryRowRoom& room) {
     const auto frame = RowFrame::ofText(theme());
     const auto width = frame.room(room.width);
     m_mostWidth = room.most;
-    // However wide the field is, its text is not; and that of a hidden field knows no width.
-    m_field->setLineWrapColumnOrWidth(width);
+    // However wide the field is, its text is not; and that of a hidden field knows no width. To be
+    // told the same again would lay out all of it.
+    if (m_field->lineWrapColumnOrWidth() != width) {
+        m_field->setLineWrapColumnOrWidth(width);
+    }
     if (static_cast<int>(m_field->document()->textWidth()) != width) {
         m_field->document()->setTextWidth(width);
     }

@@ -48,8 +48,10 @@ public:
 protected:
     /// The height of a row at the width of the column, exactly.
     virtual int measuredHeight(int row) = 0;
-    /// A guess at almost no cost: it is asked of every row.
+    /// A guess at almost no cost, for `measuredWidth()`: it is asked of every row.
     virtual int estimatedHeight(int row) const = 0;
+    /// The width of the column that the rows' heights are for.
+    int measuredWidth() const { return m_measuredWidth; }
     /// How far a row reaches, which may be beyond the end of the column.
     virtual int widthOf(int /*row*/) const { return column().width; }
     /// What the delegate is told of a row that it paints.

@@ -1,6 +1,8 @@
 #include "ui/kit/theme/Theme.h"
 
 #include <QApplication>
+#include <QImage>
+#include <QPainter>
 
 #include <algorithm>
 #include <cmath>
@@ -57,6 +59,19 @@ void Theme::setSystem(const System& system) {
 
 int Theme::motion(Motion motion) const {
     return m_system.motion == SystemMotion::still ? 0 : static_cast<int>(motion);
+}
+
+void Theme::loadFonts() const {
+    constexpr QSize kGround(1200, 60);
+    // As a window is painted, so that the letters are drawn in the form that it asks for.
+    QImage ground(kGround, QImage::Format_RGB32);
+    QPainter painter(&ground);
+    for (const auto& font : {m_font, m_smallFont, m_sectionFont, m_titleFont}) {
+        painter.setFont(font);
+        painter.drawText(
+            ground.rect(), 0,
+            QStringLiteral("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"));
+    }
 }
 
 QFont Theme::strong(QFont font) {

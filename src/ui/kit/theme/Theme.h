@@ -28,6 +28,9 @@ public:
     const QFont& smallFont() const { return m_smallFont; }
     const QFont& sectionFont() const { return m_sectionFont; }
     const QFont& titleFont() const { return m_titleFont; }
+    /// Makes the first text that is painted as quick as the next one: for a moment in which there
+    /// is nothing else to do.
+    void loadFonts() const;
     /// The font for what stands out among words of its size.
     static QFont strong(QFont font);
     /// The distance between the texts of two rows, in pixels.
