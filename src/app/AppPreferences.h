@@ -123,8 +123,8 @@ public:
     void setShowsMenuBarExtra(bool shows);
 
     /// The board to use wherever the default board is meant; null where there is not even an Inbox.
-    /// One that is gone or archived gives way to the Inbox, for later too; not where the list has no
-    /// Inbox, as one that could not be read.
+    /// One that is gone or archived gives way to the Inbox, for later too; not where the list has
+    /// no Inbox, as one that could not be read.
     model::Board* defaultBoard(std::span<model::Board* const> boards);
     /// The Inbox.
     static model::Board* fallbackBoard(std::span<model::Board* const> boards);
