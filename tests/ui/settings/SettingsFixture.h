@@ -87,6 +87,8 @@ protected:
         before();
         static_cast<QDialog*>(dialog)->accept();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        settings->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
     }
     /// Lets the background work until it is so.
     template <typename Condition>
