@@ -26,7 +26,9 @@ bool needsRepair(const store::ModelContainer& container, const std::filesystem::
 bool repair(StartedStore& store, const StoreStart::Request& request, base::LogSink& log) {
     try {
         // Until it is done: what else says that it is needed may be gone at the next start.
-        storeMarkers::set(request.storeFile, storeMarkers::kPrepared);
+        if (!storeMarkers::says(request.storeFile, storeMarkers::kPrepared, {})) {
+            storeMarkers::set(request.storeFile, storeMarkers::kPrepared);
+        }
         const auto report =
             DataIntegrityService(*store.context, log)
                 .repair({.now = request.now,

@@ -207,7 +207,8 @@ private:
     Outcome take(Known& known, Wanted wanted) {
         const auto& row = *m_select;
         const auto count = static_cast<int>(m_fields.size());
-        const auto isSound = row.integer(kFirstField + count) != 0;
+        const auto hasIdentifier = row.isIdentifier(kFirstField);
+        const auto isSound = row.integer(kFirstField + count) != 0 && hasIdentifier;
         if (m_type.ownerField && !known.owner) {
             const auto place = ownerColumn();
             known.owner = row.isAbsent(place) ? std::nullopt : std::optional(row.uuid(place));
@@ -220,15 +221,18 @@ private:
         for (int i = 0; i < count; ++i) {
             bindReadable(kFirstField + i, row, m_fields[static_cast<std::size_t>(i)].kind);
         }
-        const auto hasIdentifier = row.isIdentifier(kFirstField);
-        const auto isSaved =
-            insert(hasIdentifier ? std::nullopt : std::optional(freshIdentifier()));
-        // Another record may have the same one: the words are worth more than it.
-        if (!isSaved && !insert(freshIdentifier())) {
-            return Outcome::missing;
+        if (!insert(hasIdentifier ? std::nullopt : std::optional(freshIdentifier()))) {
+            // Another record has the same identifier, which is worth less than the words; but that
+            // one may be sound, and comes first.
+            if (wanted == Wanted::sound) {
+                return Outcome::altered;
+            }
+            if (!insert(freshIdentifier())) {
+                return Outcome::missing;
+            }
         }
         ++m_report.saved;
-        return isSound && hasIdentifier && isSaved ? Outcome::saved : Outcome::altered;
+        return wanted == Wanted::sound ? Outcome::saved : Outcome::altered;
     }
 
     static base::Uuid freshIdentifier() { return base::Uuid::random(); }
