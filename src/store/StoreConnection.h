@@ -114,7 +114,8 @@ private:
     /// A file that is written over costs a commit half of what one costs that grows: the disk need
     /// not be told its new length. One that is left alone is better short.
     enum class Emptied { cut, begunAnew };
-    /// What the journal holds goes into the store file. A failure is not the caller's: it is logged.
+    /// What the journal holds goes into the store file. A failure is not the caller's: it is
+    /// logged.
     void emptyJournal(Emptied how);
     /// The write lock must be held.
     void moveJournal(Emptied how);
