@@ -88,6 +88,9 @@ RecoveryFolder::RecoveryFolder(const fs::path& file, Missing missing,
     if (m_lock.state() == base::FileLock::State::taken) {
         throw RestoreError(RestoreErrorCase::running);
     }
+    base::removeLeftBehind(file.parent_path(), [&](std::string_view target) {
+        return target == m_file.filename().native() || target == kBesideName;
+    });
 }
 
 RecoveryFolder::~RecoveryFolder() {

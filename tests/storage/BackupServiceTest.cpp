@@ -352,6 +352,7 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
         EXPECT_TRUE(container->check().problems.empty()) << each.name;
     }
     mendSaves();
+    fs::create_directories(out);
     // What stops it at its start leaves the last snapshot alone.
     const auto snapshot = inFile(recovery);
     board->setName("typed");
@@ -498,12 +499,15 @@ TEST_F(BackupServiceTest, WhateverEndsARestoreTheStoreKnowsWhatTakesTheLastOneBa
     expectSameStore(inFile(recovery), added);
     EXPECT_EQ(filesIn(recovery.parent_path()).size(), 1U);
 
-    // Killed after the new snapshot was written, before the store was replaced: the old one counts.
+    // Killed while the new snapshot was written.
+    std::ofstream(recovery.parent_path() / ".BeforeRestore.korvexbackup.new-abcdef") << "half";
+    // Killed after it was written, before the store was replaced: the old one counts.
     killed(prepareUndo(*container, recovery, {}, kNow, log, work));
     EXPECT_TRUE(fs::exists(pending));
     expectSameStore(recoveredDocument(*container, recovery, work), added);
     service().undoRestore(recovery, kNow, work);
     expectSameStore(stored(), added);
+    EXPECT_EQ(filesIn(recovery.parent_path()).size(), 1U);
 
     // Killed after the store was replaced, before the new snapshot was in its place; then something
     // else is typed: nothing of it is lost by an undo, nor by an import.
