@@ -73,10 +73,7 @@ private:
 
 SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
                                  QWidget* parent)
-    : QWidget(parent),
-      m_theme(theme),
-      m_line(new Line(*this)),
-      m_segments(new QButtonGroup(this)) {
+    : QWidget(parent), m_theme(theme), m_line(new Line(*this)), m_segments(new QButtonGroup(this)) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);
     m_line->setSpacing(0);
