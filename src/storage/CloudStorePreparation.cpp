@@ -8,6 +8,7 @@
 #include "storage/SharedStoreError.h"
 #include "storage/StoreMarkers.h"
 #include "store/ModelContext.h"
+#include "store/StoreError.h"
 #include "store/StoreFile.h"
 
 namespace korvex::storage {
@@ -55,10 +56,14 @@ CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesy
         services::NoReminders reminders;
         services::NoWidgets widgets;
         services::BoardService(context, reminders, widgets, *m_log).initializeDefaultBoards(now);
-        DataIntegrityService(context, *m_log)
-            .repair({.now = now, .onMergedBoard = [&](const auto& from, const auto& to) {
-                         prepared.mergedBoards.emplace_back(from, to);
-                     }});
+        const auto report =
+            DataIntegrityService(context, *m_log)
+                .repair({.now = now, .onMergedBoard = [&](const auto& from, const auto& to) {
+                             prepared.mergedBoards.emplace_back(from, to);
+                         }});
+        if (report.damaged > 0) {
+            throw store::StoreError(store::StoreErrorCase::damaged);
+        }
     }
     Work work;
     exportBackup(*container, at.parent_path() / kBackupName, now, *m_log, work);

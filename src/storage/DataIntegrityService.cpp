@@ -114,16 +114,20 @@ public:
     Findings findings() {
         lookAtBoards();
         lookAtEntries();
+        if (m_findings.report.damaged > 0) {
+            Findings nothing;
+            nothing.report.damaged = m_findings.report.damaged;
+            return nothing;
+        }
         for (const auto& [board, numbers] : m_numbers) {
             if (!areDense(numbers.active, 0) ||
                 !areDense(numbers.completed, numbers.active.size())) {
                 m_findings.unordered.insert(board);
             }
         }
-        // Two rows without an identifier are one record, so their numbers cannot become dense.
-        std::erase_if(m_findings.unordered, [&](const base::Uuid& board) {
-            return !m_isOrdering || m_damagedOn.contains(board);
-        });
+        if (!m_isOrdering) {
+            m_findings.unordered.clear();
+        }
         if (!m_findings.unordered.empty()) {
             m_findings.report.repaired[RepairKind::entryOrder] = m_findings.unordered.size();
         }
@@ -162,7 +166,6 @@ private:
     void lookAt(const EntryValues& stored) {
         if (!hasIdentifier<Entry>(stored.id)) {
             ++m_findings.report.damaged;
-            m_damagedOn.insert(stored.board.value_or(base::Uuid()));
             return;
         }
         auto sound = stored;
@@ -217,7 +220,6 @@ private:
     MergedBoards m_merged;
     std::optional<base::Uuid> m_inbox;
     std::map<base::Uuid, EntryNumbers> m_numbers;
-    std::set<base::Uuid> m_damagedOn;
     std::pair<const base::Uuid, EntryNumbers>* m_last = nullptr;
 };
 
@@ -282,7 +284,7 @@ DataIntegrityService::DataIntegrityService(store::ModelContext& context, base::L
 RepairReport DataIntegrityService::repair(const Request& request) const {
     const auto look = [&] {
         auto findings = Look(*m_context, request.normalizeOrdering).findings();
-        if (request.contents == Contents::read) {
+        if (request.contents == Contents::read && findings.report.damaged == 0) {
             findings.unreadable = unreadableContents(*m_context, *m_sink);
         }
         for (const auto& content : findings.unreadable) {

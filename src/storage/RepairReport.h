@@ -33,8 +33,8 @@ std::string_view rawValue(RepairKind kind);
 /// How many values of each kind were repaired; what is not in it was sound.
 struct RepairReport {
     std::map<RepairKind, std::size_t> repaired;
-    /// Boards and entries whose identifier cannot be read. They are damaged, and left as they are:
-    /// `repairStore` saves them.
+    /// Boards and entries whose identifier cannot be read. Two of them pass for one record, so
+    /// nothing is changed in such a store before `repairStore` has saved them.
     std::size_t damaged = 0;
 
     /// Nothing is to be changed.

@@ -6,6 +6,7 @@
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreMigration.h"
 #include "storage/StoreMarkers.h"
+#include "store/StoreError.h"
 #include "store/StoreUpgrade.h"
 
 namespace korvex::storage {
@@ -35,6 +36,13 @@ bool repair(StartedStore& store, const StoreStart::Request& request, base::LogSi
                          .onMergedBoard = [&](const base::Uuid& from, const base::Uuid& to) {
                              store.mergedBoards.emplace_back(from, to);
                          }});
+        if (report.damaged > 0) {
+            store.notices.push_back(
+                store::StoreError(store::StoreErrorCase::damaged,
+                                  std::to_string(report.damaged) + " without an identifier")
+                    .errorDescription());
+            return false;
+        }
         if (report.repaired.contains(RepairKind::unreadableTexts) ||
             report.repaired.contains(RepairKind::unreadableAttachments)) {
             store.notices.push_back(

@@ -391,7 +391,7 @@ TEST_F(DataIntegrityServiceTest, AnyMetadataBecomesAValidBackupOfTheSameWords) {
 }
 
 TEST_F(DataIntegrityServiceTest, RowsWithoutAnIdentifierCostNothingAndAreSaved) {
-    for (unsigned seed = 0; seed < 12; ++seed) {
+    for (unsigned seed = 0; seed < 6; ++seed) {
         SCOPED_TRACE(seed);
         const tests::TemporaryFolder place;
         const auto open = [&] {

@@ -334,15 +334,15 @@ TEST_F(SharedStoreTest, AStoreIsPreparedForTheCloudOnce) {
         return name.find(".BeforeCloudV11-") != name.npos;
     });
     ASSERT_NE(copy, after.end());
-    EXPECT_EQ(SQLite::Database((folder() / *copy).string(), SQLite::OPEN_READONLY)
-                  .execAndGet("PRAGMA user_version")
-                  .getInt(),
-              110);
     const auto document = backup::BackupFileIO::decode(
         backup::BackupFileIO::readFile(folder() / "Migrated.korvexbackup"));
     EXPECT_EQ(document.entries.size(), 2U);
     preparation.prepare(store(), {9e8});
     EXPECT_EQ(copies(), 1);
+    EXPECT_EQ(SQLite::Database((folder() / *copy).string(), SQLite::OPEN_READONLY)
+                  .execAndGet("PRAGMA user_version")
+                  .getInt(),
+              110);
 }
 
 TEST_F(SharedStoreTest, AStartUpgradesAndRepairsOnceAndKeepsTheFormerStoreUntilTheNext) {
@@ -396,6 +396,16 @@ TEST_F(SharedStoreTest, AStoreFromElsewhereIsRepairedWhoeverOpensItFirst) {
     EXPECT_FALSE(isRepaired());
     start();
     EXPECT_TRUE(isRepaired());
+    // What only a salvage can repair is said at every start until there was one.
+    run(store(), "UPDATE Entry SET id = 'none' WHERE rowid = 1");
+    fs::remove(store().string() + ".lock");
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_THAT(start().notices, testing::Contains(testing::HasSubstr("korvex store repair")));
+    }
+    storage::Work work;
+    storage::repairStore(store(), {8e8}, m_log, work);
+    EXPECT_TRUE(start().notices.empty());
+    EXPECT_EQ(contents(), kOldContents);
 }
 
 TEST_F(SharedStoreTest, ARepairSaysWhatIsMissingByBoard) {

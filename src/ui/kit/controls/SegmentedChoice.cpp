@@ -56,14 +56,24 @@ private:
     const Theme& m_theme;
 };
 
+/// Qt asks the layout of a widget that has one how high it is for a width, and not the widget.
+class Line final : public QBoxLayout {
+public:
+    explicit Line(SegmentedChoice& choice)
+        : QBoxLayout(QBoxLayout::LeftToRight, &choice), m_choice(choice) {}
+
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override { return m_choice.heightForWidth(width); }
+
+private:
+    const SegmentedChoice& m_choice;
+};
+
 } // namespace
 
 SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
                                  QWidget* parent)
-    : QWidget(parent),
-      m_theme(theme),
-      m_line(new QBoxLayout(QBoxLayout::LeftToRight, this)),
-      m_segments(new QButtonGroup(this)) {
+    : QWidget(parent), m_theme(theme), m_line(new Line(*this)), m_segments(new QButtonGroup(this)) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);
     m_line->setSpacing(0);
