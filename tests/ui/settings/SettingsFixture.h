@@ -75,7 +75,8 @@ protected:
     static std::string plain(QString text) {
         return toUtf8(text.remove(QChar(0x200B)).replace(QChar(0x202F), QLatin1Char(' ')));
     }
-    /// Answers the dialog that the button opens, after something else has happened.
+    /// Answers the dialog that the button opens, and whether a file may be replaced with yes.
+    /// Something else happens between the dialog's look at the file and ours.
     void answer(
         const char* button, const std::filesystem::path& file,
         const std::function<void()>& before = [] {}) {
@@ -84,7 +85,8 @@ protected:
         ASSERT_TRUE(dialog) << button;
         dialog->setDirectory(toQString(file.parent_path().native()));
         dialog->selectFile(toQString(file.native()));
-        before();
+        dialog->setOption(QFileDialog::DontConfirmOverwrite);
+        QObject::connect(dialog, &QFileDialog::filesSelected, dialog, before);
         static_cast<QDialog*>(dialog)->accept();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         settings->activateWindow();
