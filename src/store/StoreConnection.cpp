@@ -263,7 +263,7 @@ void StoreConnection::noticeMissingChanges() {
     }
     m_isFromElsewhere =
         !record || record->storeID != m_storeID || record->revision != m_knownRevision;
-    if (m_knownRevision == 0) {
+    if (m_knownRevision == 0 && m_notices.empty()) {
         adopt(); // nobody has ever written to it
     }
 }
