@@ -294,8 +294,7 @@ TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
                     segment && segment->isVisible()) {
                     EXPECT_GE(segment->width() + 1, segment->sizeHint().width())
                         << toUtf8(segment->text()) << " is not cut";
-                    EXPECT_GE(segment->height(), segment->sizeHint().height())
-                        << toUtf8(segment->text());
+                    EXPECT_GE(segment->height(), segment->sizeHint().height()) << pane;
                 }
             }
         }

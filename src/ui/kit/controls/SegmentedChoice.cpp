@@ -56,36 +56,60 @@ private:
     const Theme& m_theme;
 };
 
-/// Qt asks the layout of a widget that has one how high it is for a width, and not the widget.
-class Line final : public QBoxLayout {
+/// Side by side where all have room for their words, else one below the other.
+class SegmentLine final : public QBoxLayout {
 public:
-    explicit Line(SegmentedChoice& choice)
-        : QBoxLayout(QBoxLayout::LeftToRight, &choice), m_choice(choice) {}
+    explicit SegmentLine(QWidget* parent) : QBoxLayout(LeftToRight, parent) { setSpacing(0); }
 
+    QSize sizeHint() const override {
+        QSize size;
+        for (int i = 0; i < count(); ++i) {
+            const auto wanted = itemAt(i)->sizeHint();
+            size = {size.width() + wanted.width(), std::max(size.height(), wanted.height())};
+        }
+        return size + edges();
+    }
+    QSize minimumSize() const override {
+        QSize size;
+        for (int i = 0; i < count(); ++i) {
+            size = size.expandedTo(itemAt(i)->minimumSize());
+        }
+        return size + edges();
+    }
     bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override { return m_choice.heightForWidth(width); }
+    int heightForWidth(int width) const override {
+        const auto segment = sizeHint().height() - edges().height();
+        return edges().height() + (isBeside(width) ? 1 : count()) * segment;
+    }
+    int minimumHeightForWidth(int width) const override { return heightForWidth(width); }
+    void setGeometry(const QRect& rect) override {
+        setDirection(isBeside(rect.width()) ? LeftToRight : TopToBottom);
+        QBoxLayout::setGeometry(rect);
+    }
 
 private:
-    const SegmentedChoice& m_choice;
+    QSize edges() const {
+        const auto margins = contentsMargins();
+        return {margins.left() + margins.right(), margins.top() + margins.bottom()};
+    }
+    bool isBeside(int width) const { return width >= sizeHint().width(); }
 };
 
 } // namespace
 
 SegmentedChoice::SegmentedChoice(const QString& name, const QStringList& titles, const Theme& theme,
                                  QWidget* parent)
-    : QWidget(parent), m_theme(theme), m_line(new Line(*this)), m_segments(new QButtonGroup(this)) {
+    : QWidget(parent), m_theme(theme), m_segments(new QButtonGroup(this)) {
     setAccessibleName(name);
     Accessibility::setRole(*this, QAccessible::Grouping);
-    m_line->setSpacing(0);
+    auto* const line = new SegmentLine(this);
     for (const auto& title : titles) {
         auto* const segment = new Segment(title, theme, this);
         m_segments->addButton(segment, static_cast<int>(m_segments->buttons().size()));
         segment->setFocusPolicy(Qt::ClickFocus);
-        m_line->addWidget(segment);
+        line->addWidget(segment);
     }
-    QSizePolicy policy(QSizePolicy::Maximum, QSizePolicy::Preferred);
-    policy.setHeightForWidth(true);
-    setSizePolicy(policy);
+    setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     connect(m_segments, &QButtonGroup::idToggled, this, [this](int index, bool isChosen) {
         // Qt makes the chosen one the only place in the tab order, but not before it had the
         // keyboard.
@@ -107,41 +131,6 @@ void SegmentedChoice::choose(int index) {
     m_segments->button(index)->setChecked(true);
 }
 
-QSize SegmentedChoice::edges() const {
-    const auto margins = m_line->contentsMargins();
-    return {margins.left() + margins.right(), margins.top() + margins.bottom()};
-}
-
-QSize SegmentedChoice::sizeHint() const {
-    QSize size;
-    for (const auto* const segment : m_segments->buttons()) {
-        const auto wanted = segment->sizeHint();
-        size = {size.width() + wanted.width(), std::max(size.height(), wanted.height())};
-    }
-    return size + edges();
-}
-
-QSize SegmentedChoice::minimumSizeHint() const {
-    QSize size;
-    for (const auto* const segment : m_segments->buttons()) {
-        size = size.expandedTo(segment->minimumSizeHint());
-    }
-    return size + edges();
-}
-
-int SegmentedChoice::heightForWidth(int width) const {
-    const auto line = sizeHint();
-    const auto further = static_cast<int>(m_segments->buttons().size()) - 1;
-    return line.height() +
-           (width < line.width() ? further * (line.height() - edges().height()) : 0);
-}
-
-void SegmentedChoice::resizeEvent(QResizeEvent* event) {
-    QWidget::resizeEvent(event);
-    m_line->setDirection(width() < sizeHint().width() ? QBoxLayout::TopToBottom
-                                                      : QBoxLayout::LeftToRight);
-}
-
 void SegmentedChoice::paintEvent(QPaintEvent*) {
     const auto& colors = m_theme.colors();
     QPainter painter(this);
@@ -151,8 +140,7 @@ void SegmentedChoice::paintEvent(QPaintEvent*) {
 
 void SegmentedChoice::applyTheme() {
     const auto edge = m_theme.space(Space::hair);
-    m_line->setContentsMargins(edge, edge, edge, edge);
-    updateGeometry();
+    layout()->setContentsMargins(edge, edge, edge, edge);
     update();
 }
 

@@ -4,7 +4,6 @@
 
 #include <QWidget>
 
-class QBoxLayout;
 class QButtonGroup;
 
 namespace korvex::ui {
@@ -22,26 +21,17 @@ public:
     int chosen() const;
     void choose(int index);
 
-    QSize sizeHint() const override;
-    QSize minimumSizeHint() const override;
-    bool hasHeightForWidth() const override { return true; }
-    int heightForWidth(int width) const override;
-
 Q_SIGNALS:
     /// The user or the program has chosen another.
     void chosenChanged(int index);
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void applyTheme();
-    /// Around the segments.
-    QSize edges() const;
 
     const Theme& m_theme;
-    QBoxLayout* m_line;
     QButtonGroup* m_segments;
 };
 
