@@ -222,6 +222,7 @@ std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& c
         run(handle, sql);
     }
     std::vector<RowCount> counts;
+    counts.reserve(tables.size());
     for (const auto& table : tables) {
         counts.push_back(TableUpgrade(store, handle, table).run());
     }
