@@ -72,7 +72,7 @@ class Faults:
         return f"{fault.call} {fault.when} {fault.effect}"
 
     @staticmethod
-    def may_leave(fault):
+    def may_leave(fault, acknowledged):
         """What of its own it cannot remove."""
         if (fault.effect == "signal=KILL" or fault.call.startswith("unlink") or
                 fault.call in OPENING.split(",")):
@@ -80,6 +80,9 @@ class Faults:
         # By which SQLite writes.
         if fault.call in ("pwrite64", "fdatasync", "ftruncate"):
             return {STORE + "-journal", UNDO_SNAPSHOT}
+        # The undo is done and its snapshot could not be moved: the store names it where it is.
+        if acknowledged and fault.call in ("rename", "fsync"):
+            return {UNDO_SNAPSHOT}
         return set()
 
     def problems(self, fault):
@@ -97,7 +100,7 @@ class Faults:
                 yield f"the second try did not succeed: {said}"
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
-            yield from self.aftermath.problems(folder, acknowledged, self.may_leave(fault))
+            yield from self.aftermath.problems(folder, acknowledged, self.may_leave(fault, acknowledged))
         finally:
             shutil.rmtree(folder)
 
