@@ -276,7 +276,7 @@ TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
          {std::pair(13, Qt::LeftToRight), {24, Qt::LeftToRight}, {24, Qt::RightToLeft}}) {
         preferences.setFontSize(fontSize);
         QApplication::setLayoutDirection(direction);
-        settings->resize(360, 500);
+        settings->resize(360, 700);
         QApplication::processEvents();
         for (const auto* const pane : {"Backups", "Appearance", "General"}) {
             choose("Settings", pane);
@@ -289,6 +289,10 @@ TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
                     EXPECT_GE(left, 0) << pane << toUtf8(each->accessibleName());
                     EXPECT_LE(left + each->width(), settings->width())
                         << pane << each->metaObject()->className();
+                }
+                if (const auto* const group = qobject_cast<const SettingsGroup*>(each);
+                    group && group->isVisible()) {
+                    EXPECT_LE(group->height(), group->heightForWidth(group->width())) << pane;
                 }
                 if (const auto* const segment = qobject_cast<const QRadioButton*>(each);
                     segment && segment->isVisible()) {

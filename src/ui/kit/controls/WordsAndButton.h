@@ -17,6 +17,8 @@ public:
     /// In pixels: beside a button the words are not to have less.
     void setNarrowest(int width) { m_narrowest = width; }
 
+    /// Not in height, though below each other the words would take what is left of that.
+    Qt::Orientations expandingDirections() const override { return Qt::Horizontal; }
     bool hasHeightForWidth() const override { return true; }
     int heightForWidth(int width) const override;
     int minimumHeightForWidth(int width) const override { return heightForWidth(width); }
