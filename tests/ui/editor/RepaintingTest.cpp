@@ -34,7 +34,8 @@ TEST_F(RepaintingTest, AfterEachKeyTheScreenShowsWhatAFullPaintingShows) {
     EXPECT_GT(painted.height, 0);
     EXPECT_LT(painted.height, edit.viewport()->height() / 4);
     const auto steps =
-        QStringLiteral("<Up> <Home> <Return> y <Backspace> <Backspace> <Ctrl+Z> <Ctrl+Shift+8> "
+        QStringLiteral("<Down> <Tab> <Shift+Tab> <Ctrl+Shift+8> <Up> <Home> <Return> y <Backspace> "
+                       "<Backspace> <Ctrl+Z> <Ctrl+Shift+8> "
                        "<Tab> <Ctrl+End> <Return> <Return> <code> a <Return> b <Up> <Backspace> "
                        "<Ctrl+A> <Ctrl+E> <Ctrl+Z> <Ctrl+End> <table> c <Return> <Ctrl+Shift+7> "
                        "<Up> <Return> <Ctrl+A> <Delete> d");
@@ -42,6 +43,7 @@ TEST_F(RepaintingTest, AfterEachKeyTheScreenShowsWhatAFullPaintingShows) {
         type(keys);
         QApplication::processEvents();
         const auto shown = edit.screen()->grabWindow(edit.winId()).toImage();
+        ASSERT_FALSE(shown.isNull());
         EXPECT_EQ(shown, edit.grab().toImage().convertToFormat(shown.format()))
             << keys.toStdString();
     }
