@@ -53,13 +53,14 @@ public:
     const std::filesystem::path& makeRoom(const Named& named, Work& work);
     /// The same while a restore is taken back: then both have to be there.
     const std::filesystem::path& makeRoomBeside();
-    /// The new one is written.
-    void written() { m_isOurs = m_isBeside && !m_wasBeside; }
+    /// The new one is about to be written: until it is saved it goes with this, also where it
+    /// stands in its place and only the folder could not be synced.
+    void beginWriting() { m_isOurs = m_isBeside && !m_wasBeside; }
 
     /// From here on the store may name the file that was written.
     void beginSaving() { m_isOurs = false; }
     /// It was not saved after all.
-    void saveFailed() { written(); }
+    void saveFailed() { beginWriting(); }
     /// The store names it: it becomes the snapshot, and all others go. Where it stands: in the
     /// place of the snapshot, unless it could not be moved there.
     std::filesystem::path saved(const base::Logger& log);
@@ -76,7 +77,7 @@ private:
     /// Whether the new one is written beside the snapshot, and whether one stood there before.
     bool m_isBeside = false;
     bool m_wasBeside = false;
-    /// What stands beside was made here, and the store does not name it.
+    /// What stands beside is made here, and the store does not name it.
     bool m_isOurs = false;
 };
 

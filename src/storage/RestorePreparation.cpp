@@ -27,11 +27,11 @@ RecoverySnapshot writeSnapshot(store::ModelContainer& container, RecoveryFolder&
     work.begin(Stage::checking);
     backup::validate(stored.document, log);
     RecoverySnapshot snapshot{.file = room(), .revision = stored.revision, .exportedAt = now};
+    folder.beginWriting();
     writeBackup(stored.document, snapshot.file, work,
                 {.missing = MissingFolders::userOnly, .proven = [&](const auto bytes) {
                      snapshot.identity = RecoveryFolder::identity(bytes);
                  }});
-    folder.written();
     return snapshot;
 }
 
