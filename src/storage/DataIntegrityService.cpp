@@ -295,7 +295,7 @@ RepairReport DataIntegrityService::repair(const Request& request) const {
     m_context->refresh();
     {
         const store::ReadingStep step(m_context->container());
-        const auto report = look().report;
+        auto report = look().report;
         if (report.damaged > 0) {
             m_log.warning(std::to_string(report.damaged) +
                           " records have no identifier that can be read");
