@@ -237,17 +237,12 @@ std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& c
 }
 
 /// Reads every row as programs of the current version will, and compares it with its checksum.
-void readBack(const std::filesystem::path& copy, const Schema& schema,
-              const std::vector<RowCount>& expected) {
-    const SQLite::Database database(StoreFile(copy).readingUri() + "&immutable=1",
-                                    SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+void readBack(sqlite3* copy, const Schema& schema, const std::vector<RowCount>& expected) {
     std::vector<RowCount> found;
-    for (const auto& table :
-         olderTables(schema, StoreFile::version(database.getHandle(), schema))) {
-        const RowReading reading(database.getHandle(), table);
-        Statement count(database.getHandle(),
-                        "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
-                            ") FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED");
+    for (const auto& table : olderTables(schema, StoreFile::version(copy, schema))) {
+        const RowReading reading(copy, table);
+        Statement count(copy, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
+                                  ") FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED");
         while (count.step()) {
             found.push_back({count.integer(0), count.integer(1)});
         }
@@ -269,9 +264,11 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
         [&](const std::filesystem::path& staging) {
             store.copyTo(staging);
             const auto counts = upgradeCopy(store.handle(), staging, schema, tables);
+            const SQLite::Database copy(StoreFile(staging).readingUri() + "&immutable=1",
+                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
             // Both take time by the size of the file, one the processor's, one the disk's.
             auto reading = std::async(std::launch::async | std::launch::deferred,
-                                      [&] { readBack(staging, schema, counts); });
+                                      [&] { readBack(copy.getHandle(), schema, counts); });
             StoreFile(staging).sync();
             reading.get();
         },
