@@ -43,7 +43,10 @@ void takePermissions(int descriptor, const fs::path& target) {
 /// Makes what was done in a folder last.
 std::error_code syncFolder(const fs::path& folder) {
     const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code() : lastError();
+    // Not every file system has folders that can be synced.
+    return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL)
+               ? std::error_code()
+               : lastError();
 }
 
 /// The names of all staging files of a target are a dot, this much of its own name, this, and six

@@ -11,6 +11,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <utility>
 
 namespace korvex::storage {
 
@@ -25,11 +26,11 @@ AutomaticBackupError refusal(AutomaticBackupErrorCase which) {
 /// The installation's own folder in the chosen one. What the backups hold is the user's alone.
 HeldFolder historyFolder(const HeldFolder& chosen, const base::Uuid& installation) {
     const auto name = historyFolderName(installation);
-    if (::mkdirat(chosen.descriptor(), name.c_str(), S_IRWXU) == 0) {
-        chosen.sync();
-    } else if (errno != EEXIST) {
+    if (::mkdirat(chosen.descriptor(), name.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         throw fs::filesystem_error("mkdir", name, {errno, std::generic_category()});
     }
+    // Also where it is there: who made it may have been killed before this.
+    chosen.sync();
     try {
         return {chosen, name};
     } catch (const fs::filesystem_error& error) {
@@ -43,9 +44,12 @@ HeldFolder historyFolder(const HeldFolder& chosen, const base::Uuid& installatio
 
 /// Two programs of one installation would each remove what the other is about to keep.
 base::FileLock exclusively(const HeldFolder& history) {
-    base::FileLock lock(base::FileDescriptor(::openat(history.descriptor(), ".",
-                                                      O_RDONLY | O_DIRECTORY | O_CLOEXEC)),
-                        std::chrono::milliseconds::zero());
+    base::FileDescriptor folder(
+        ::openat(history.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!folder.isOpen()) {
+        throw fs::filesystem_error("open", {errno, std::generic_category()});
+    }
+    base::FileLock lock(std::move(folder), std::chrono::milliseconds::zero());
     if (lock.state() == base::FileLock::State::taken) {
         throw refusal(AutomaticBackupErrorCase::running);
     }
@@ -71,6 +75,7 @@ void record(const AutomaticBackup& backup, app::UserDefaults& defaults, base::Lo
 AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& bookmark,
                              const AutomaticBackup& backup, app::UserDefaults& defaults,
                              base::LogSink& log, Work& work) {
+    const auto folderName = historyFolderName(backup.installation);
     const auto history = historyFolder(chosen, backup.installation);
     const auto lock = exclusively(history);
     // Before anything is written: on a full disk there is room for a new one only without them.
@@ -78,10 +83,11 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
     const auto name = newBackupName();
     const auto container = openForReading(backup.storeFile, log);
     AutomaticBackupResult result{
-        .file = bookmark.path() / historyFolderName(backup.installation) / name,
+        .file = bookmark.path() / folderName / name,
         .summary = exportBackup(*container, history.path() / name, backup.now, log, work)};
     // Where it was removed or unmounted by now, nobody would find the backup.
-    if (!bookmark.open().is(chosen)) {
+    if (const auto there = bookmark.open();
+        !there.is(chosen) || !HeldFolder(there, folderName).is(history)) {
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
     record(backup, defaults, log);

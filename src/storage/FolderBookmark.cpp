@@ -74,7 +74,8 @@ bool HeldFolder::is(const HeldFolder& other) const {
 }
 
 void HeldFolder::sync() const {
-    if (::fsync(m_folder.get()) != 0) {
+    // Not every file system has folders that can be synced.
+    if (::fsync(m_folder.get()) != 0 && errno != EINVAL) {
         fail("fsync", m_name);
     }
 }
@@ -88,13 +89,18 @@ FolderBookmark FolderBookmark::make(const fs::path& folder) {
         if (!marker) {
             // One that is there and cannot be read now may be that of other installations.
             const auto file = held.path() / kMarkerName;
-            const auto isThere = fs::symlink_status(file).type() != fs::file_type::not_found;
-            if (isThere && !base::readSmallFile(file, kMaximumMarkerBytes)) {
+            const auto type = fs::symlink_status(file).type();
+            if (type != fs::file_type::not_found &&
+                (type != fs::file_type::regular ||
+                 !base::readSmallFile(file, kMaximumMarkerBytes))) {
                 throw refuse();
             }
             if (base::replaceFile(file, base::Uuid::random().text() + "\n")) {
                 throw refuse();
             }
+            // It says nothing, and who shares the folder has to read it.
+            fs::permissions(file, fs::perms::group_read | fs::perms::others_read,
+                            fs::perm_options::add);
             // What another program has put there meanwhile, if one has.
             marker = markerIn(held);
         }

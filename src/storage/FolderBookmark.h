@@ -15,8 +15,8 @@ namespace korvex::storage {
 /// more, and its file system stays mounted while it is held.
 class HeldFolder {
 public:
-    /// Opens a folder, and no symbolic link to one, by its name in `parent` or by a path. Throws
-    /// std::filesystem::filesystem_error.
+    /// Opens a folder by a path, or by its name in `parent`, where it may be no symbolic link to
+    /// one. Throws std::filesystem::filesystem_error.
     explicit HeldFolder(const std::filesystem::path& folder);
     HeldFolder(const HeldFolder& parent, const std::filesystem::path& name);
 

@@ -155,6 +155,21 @@ TEST_F(AutomaticBackupTest, WritesIntoNoOtherFolderWhateverHappensMeanwhile) {
     }
 }
 
+TEST_F(AutomaticBackupTest, OneWhoseOwnFolderIsMovedAwayIsNoSuccess) {
+    bookmark = FolderBookmark::make(chosen).bytes();
+    Work work([&](const Progress& progress) {
+        if (progress.stage == Stage::verifying && fs::exists(history())) {
+            fs::rename(history(), folder / "away");
+        }
+    });
+    EXPECT_THROW(make(std::move(work)), base::Error);
+    auto defaults = settings.open();
+    EXPECT_EQ(app::AppPreferences(defaults, log).automaticBackupLastSuccess(), std::nullopt);
+    EXPECT_EQ(fs::status(chosen / FolderBookmark::kMarkerName).permissions() &
+                  fs::perms::others_read,
+              fs::perms::others_read);
+}
+
 TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     bookmark = FolderBookmark::make(chosen).bytes();
     for (const auto stage : {Stage::reading, Stage::checking, Stage::writing, Stage::verifying}) {
