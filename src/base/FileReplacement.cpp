@@ -40,15 +40,6 @@ void takePermissions(int descriptor, const fs::path& target) {
     }
 }
 
-/// Makes what was done in a folder last.
-std::error_code syncFolder(const fs::path& folder) {
-    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    // Not every file system has folders that can be synced.
-    return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL)
-               ? std::error_code()
-               : lastError();
-}
-
 /// The names of all staging files of a target are a dot, this much of its own name, this, and six
 /// characters: room for all that in a name of 255 bytes. Whose name is cut may share with others;
 /// what is theirs and in use is locked.
@@ -80,6 +71,19 @@ int renameToNew(const fs::path& from, const fs::path& to) {
 }
 
 } // namespace
+
+std::error_code syncFile(const fs::path& file) {
+    const FileDescriptor descriptor(::open(file.c_str(), O_RDWR | O_CLOEXEC));
+    return descriptor.isOpen() && ::fsync(descriptor.get()) == 0 ? std::error_code() : lastError();
+}
+
+std::error_code syncFolder(const fs::path& folder) {
+    const FileDescriptor descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    // Not every file system has folders that can be synced.
+    return descriptor.isOpen() && (::fsync(descriptor.get()) == 0 || errno == EINVAL)
+               ? std::error_code()
+               : lastError();
+}
 
 std::error_code followLinks(fs::path& file) {
     constexpr int kLongestChain = 40;
@@ -136,7 +140,13 @@ std::error_code StagedFile::open(const fs::path& file, std::optional<mode_t> fol
     }
     removeLeftBehind(
         folder, [name = stagedName(m_target)](std::string_view target) { return target == name; });
-    struct stat status {};
+    const auto isTaken = [this] { // by another program, for left behind
+        struct stat status {};
+        // Where a file system knows no locks, one of two that write the same file at once may fail
+        // at its end.
+        return (::flock(m_file.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) ||
+               (::fstat(m_file.get(), &status) == 0 && status.st_nlink == 0);
+    };
     do {
         auto staged =
             (folder / ("." + stagedName(m_target) + std::string(kStaged) + "XXXXXX")).string();
@@ -145,10 +155,7 @@ std::error_code StagedFile::open(const fs::path& file, std::optional<mode_t> fol
             return lastError();
         }
         m_staged = staged;
-        // Before this, another program may just have taken it for left behind. Where a file system
-        // knows no locks, one of two that write the same file at once may fail at its end.
-        ::flock(m_file.get(), LOCK_EX | LOCK_NB);
-    } while (::fstat(m_file.get(), &status) == 0 && status.st_nlink == 0);
+    } while (isTaken());
     return {};
 }
 
@@ -201,6 +208,13 @@ std::error_code moveFile(const fs::path& from, const fs::path& to) {
     return syncFolder(fs::absolute(to).parent_path());
 }
 
+std::error_code moveToNew(const fs::path& from, const fs::path& to) {
+    if (renameToNew(from, to) != 0) {
+        return lastError();
+    }
+    return syncFolder(fs::absolute(to).parent_path());
+}
+
 std::error_code keepUnder(const fs::path& file, const fs::path& name) {
     if (::link(file.c_str(), name.c_str()) != 0) {
         if (errno == ENOENT || errno == EEXIST || renameToNew(file, name) != 0) {
@@ -220,8 +234,19 @@ void removeLeftBehind(const fs::path& folder,
         if (target.empty() || !isMeant(target)) {
             continue;
         }
-        const FileDescriptor file(::open(each->path().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-        if (file.isOpen() && ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
+        // For writing: else it cannot be locked on a network share. Whatever has such a name is
+        // opened without waiting for anybody.
+        const auto open = [&](int access) {
+            return FileDescriptor(::open(each->path().c_str(),
+                                         access | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+        };
+        auto file = open(O_RDWR);
+        if (!file.isOpen() && errno == EACCES) {
+            file = open(O_RDONLY); // it took the permissions of one that may only be read
+        }
+        struct stat status {};
+        if (file.isOpen() && ::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode) &&
+            ::flock(file.get(), LOCK_EX | LOCK_NB) == 0) {
             ::unlink(each->path().c_str());
         }
     }

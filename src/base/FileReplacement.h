@@ -57,6 +57,14 @@ std::error_code replaceFile(const std::filesystem::path& file, std::string_view 
 /// Renames a file over another one, for good. Any thread.
 std::error_code moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
+/// The same where no file may stand: fails with `file_exists`.
+std::error_code moveToNew(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Puts what was written to a file on the disk.
+std::error_code syncFile(const std::filesystem::path& file);
+/// Makes what was done in a folder last.
+std::error_code syncFolder(const std::filesystem::path& folder);
+
 /// Gives a file that is to be replaced another name as well, for good; where a file system knows no
 /// second names it loses the first one. Fails where the new name is taken. Any thread.
 std::error_code keepUnder(const std::filesystem::path& file, const std::filesystem::path& name);

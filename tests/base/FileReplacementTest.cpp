@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -76,15 +78,16 @@ TEST(FileReplacement, RemovesWhatAKilledProgramLeftAndNothingElse) {
     const auto file = folder / "settings.json";
     std::ofstream(folder / ".settings.json.new-abcdef") << "left behind";
     std::ofstream(folder / ".settings.json.new-a-user's") << "not ours";
+    ASSERT_EQ(::mkfifo((folder / ".settings.json.new-a_pipe").c_str(), 0600), 0);
     StagedFile running;
     ASSERT_FALSE(running.open(file));
     ASSERT_FALSE(running.write("slow"));
     ASSERT_FALSE(replaceFile(file, "quick"));
-    EXPECT_EQ(fileCount(folder.path()), 3U);
+    EXPECT_EQ(fileCount(folder.path()), 4U);
     EXPECT_FALSE(fs::exists(folder / ".settings.json.new-abcdef"));
     ASSERT_FALSE(running.commit());
     EXPECT_EQ(contents(file), "slow");
-    EXPECT_EQ(fileCount(folder.path()), 2U);
+    EXPECT_EQ(fileCount(folder.path()), 3U);
 }
 
 TEST(FileReplacement, KeepsWhatItIsToKeepAndMakesNoFolderThatItIsNotToMake) {
