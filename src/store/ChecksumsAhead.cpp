@@ -11,6 +11,8 @@ namespace korvex::store {
 namespace {
 
 constexpr std::size_t kBatch = 1024;
+/// So many wait at most to be taken: three mebibytes.
+constexpr std::size_t kMostBatches = 128;
 
 /// "rowid, checksum, whether the row is sound" of every row.
 std::string selectRows(sqlite3* database, const OlderTable& table) {
@@ -22,30 +24,24 @@ std::string selectRows(sqlite3* database, const OlderTable& table) {
 
 } // namespace
 
-ChecksumsAhead::ChecksumsAhead(sqlite3* database, const OlderTable& table) : m_database(database) {
-    const auto sql = selectRows(database, table);
+ChecksumsAhead::ChecksumsAhead(sqlite3* database, const std::vector<OlderTable>& tables)
+    : m_database(database), m_tables(tables) {
     try {
-        m_thread = std::jthread([this, sql](const std::stop_token& stop) { read(sql, stop); });
+        m_thread = std::jthread([this](const std::stop_token& stop) { read(stop); });
     } catch (const std::system_error&) {
-        read(sql, {}); // no thread to be had: all of them first
+        read({}); // no thread to be had: all of them first
     }
 }
 
 ChecksumsAhead::~ChecksumsAhead() = default;
 
-void ChecksumsAhead::read(const std::string& sql, const std::stop_token& stop) noexcept {
+void ChecksumsAhead::read(const std::stop_token& stop) noexcept {
     try {
-        Statement rows(m_database, sql);
         Batch batch;
-        while (!stop.stop_requested() && rows.step()) {
-            const auto isSound = rows.integer(2) != 0;
-            m_alteredCount += isSound ? 0 : 1;
-            batch.push_back({rows.integer(0), isSound ? rows.integer(1) : ~rows.integer(1)});
-            if (batch.size() == kBatch) {
-                hand(std::exchange(batch, {}));
-            }
+        for (const auto& table : m_tables) {
+            read(table, batch, stop);
         }
-        hand(std::move(batch));
+        hand(std::move(batch), stop);
     } catch (...) {
         const std::lock_guard lock(m_mutex);
         m_failure = std::current_exception();
@@ -57,9 +53,26 @@ void ChecksumsAhead::read(const std::string& sql, const std::stop_token& stop) n
     m_arrived.notify_one();
 }
 
-void ChecksumsAhead::hand(Batch batch) {
+void ChecksumsAhead::read(const OlderTable& table, Batch& batch, const std::stop_token& stop) {
+    Statement rows(m_database, selectRows(m_database, table));
+    while (!stop.stop_requested() && rows.step()) {
+        const auto isSound = rows.integer(2) != 0;
+        batch.push_back({.rowid = rows.integer(0),
+                         .checksum = isSound ? rows.integer(1) : ~rows.integer(1),
+                         .isSound = isSound});
+        if (batch.size() == kBatch) {
+            hand(std::exchange(batch, {}), stop);
+        }
+    }
+}
+
+void ChecksumsAhead::hand(Batch batch, const std::stop_token& stop) {
     {
-        const std::lock_guard lock(m_mutex);
+        std::unique_lock lock(m_mutex);
+        // Without a thread nobody takes them meanwhile.
+        if (stop.stop_possible()) {
+            m_taken.wait(lock, stop, [this] { return m_batches.size() < kMostBatches; });
+        }
         m_batches.push_back(std::move(batch));
     }
     m_arrived.notify_one();
@@ -73,6 +86,7 @@ std::int64_t ChecksumsAhead::next(std::int64_t rowid) {
         if (!m_batches.empty()) {
             m_batch = std::move(m_batches.front());
             m_batches.pop_front();
+            m_taken.notify_one();
         } else if (m_failure) {
             std::rethrow_exception(m_failure);
         }
@@ -81,14 +95,9 @@ std::int64_t ChecksumsAhead::next(std::int64_t rowid) {
     if (m_at == m_batch.size() || m_batch[m_at].rowid != rowid) {
         throw StoreError(StoreErrorCase::damaged, "rows differ from their copy");
     }
-    return m_batch[m_at++].checksum;
-}
-
-std::size_t ChecksumsAhead::alteredCount() {
-    if (m_thread.joinable()) {
-        m_thread.join();
-    }
-    return m_alteredCount;
+    const auto& row = m_batch[m_at++];
+    m_alteredCount += row.isSound ? 0 : 1;
+    return row.checksum;
 }
 
 } // namespace korvex::store

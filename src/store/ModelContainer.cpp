@@ -53,6 +53,10 @@ void ModelContainer::setPatience(std::chrono::milliseconds patience) {
     m_connection->setPatience(patience);
 }
 
+std::chrono::milliseconds ModelContainer::patience() const {
+    return m_connection->patience();
+}
+
 void ModelContainer::checkpoint() {
     m_connection->checkpoint();
 }

@@ -72,6 +72,7 @@ public:
     /// it is the configuration's `lockTimeout`. Opening may well wait for a migration, while who
     /// sits in front of a window would take a wait for a fault.
     void setPatience(std::chrono::milliseconds patience);
+    std::chrono::milliseconds patience() const;
 
     /// Reads everything, as it is at this moment, and compares it with its checksums; others may
     /// write meanwhile. `advance` is told the records as they are read; what it throws ends it.

@@ -1,12 +1,15 @@
 #include "store/OlderTable.h"
 
 #include "store/ChecksumFunction.h"
+#include "store/Statement.h"
 #include "store/StoreError.h"
+#include "store/StoreFile.h"
 #include "store/TableSql.h"
 
 #include <algorithm>
 #include <cassert>
 #include <map>
+#include <set>
 
 namespace korvex::store {
 
@@ -131,6 +134,22 @@ std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version) 
     return tables;
 }
 
+bool hasTables(sqlite3* database, const std::vector<OlderTable>& tables) {
+    return std::all_of(tables.begin(), tables.end(), [&](const OlderTable& table) {
+        // Not asked for by a SELECT: a name in quotes that is no column's is a text to SQLite.
+        std::set<std::string, std::less<>> columns;
+        Statement each(database, "SELECT name FROM pragma_table_info(?)");
+        each.bind(0, table.type->name);
+        while (each.step()) {
+            columns.emplace(each.text(0));
+        }
+        const auto fields = table.rowFields();
+        return columns.contains("checksum") &&
+               std::all_of(fields.begin(), fields.end(),
+                           [&](const auto& field) { return columns.contains(field.name); });
+    });
+}
+
 RowReading::RowReading(sqlite3* database, const OlderTable& table) {
     const auto append = [](std::string& list, const std::string& each) {
         list += (list.empty() ? "" : ", ") + each;
@@ -163,6 +182,20 @@ std::string resolved(std::string_view expression,
         expression.remove_prefix(close + 1);
     }
     return result;
+}
+
+std::vector<RowCount> countRows(sqlite3* database, const Schema& schema) {
+    std::vector<RowCount> found;
+    for (const auto& table : olderTables(schema, StoreFile::version(database, schema))) {
+        const RowReading reading(database, table);
+        Statement count(database, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
+                                      ") FROM " + tableSql::quoted(table.type->name) +
+                                      " NOT INDEXED");
+        while (count.step()) {
+            found.push_back({count.integer(0), count.integer(1)});
+        }
+    }
+    return found;
 }
 
 } // namespace korvex::store

@@ -32,6 +32,9 @@ struct OlderTable {
 /// where the schema knows no way on from `version`.
 std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version);
 
+/// Whether the database has these tables with all of their columns. Throws StoreError.
+bool hasTables(sqlite3* database, const std::vector<OlderTable>& tables);
+
 /// The function of SQL that gives the values of a row of the current version their checksum.
 inline constexpr const char* kNewChecksum = "newChecksum";
 
@@ -46,6 +49,19 @@ struct RowReading {
     /// Whether the row is what was saved last.
     std::string isSound;
 };
+
+/// What a table holds.
+struct RowCount {
+    std::int64_t rows = 0;
+    /// Those that are not what was saved last.
+    std::int64_t altered = 0;
+
+    bool operator==(const RowCount&) const = default;
+};
+
+/// Reads every row of a store of any version and compares it with its checksum; one count for each
+/// type of the schema. Throws StoreError, what `StoreFile::version` throws too.
+std::vector<RowCount> countRows(sqlite3* database, const Schema& schema);
 
 /// The expression with each {name} replaced by what `column` says.
 std::string resolved(std::string_view expression,

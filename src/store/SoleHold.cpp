@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <thread>
 #include <vector>
@@ -18,7 +19,35 @@ constexpr std::chrono::milliseconds kWait{2};
 /// Of a copy, in one go.
 constexpr std::size_t kPiece = 1 << 20;
 
+void check(bool isDone) {
+    if (!isDone) {
+        throwSystemError(errno);
+    }
+}
+
 } // namespace
+
+void copyFile(const base::FileDescriptor& source, const std::filesystem::path& copy) {
+    check(source.isOpen());
+    const base::FileDescriptor target(
+        ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    check(target.isOpen());
+    std::vector<char> piece(kPiece);
+    const auto isInterrupted = [](ssize_t result) { return result < 0 && errno == EINTR; };
+    for (;;) {
+        const auto size = ::read(source.get(), piece.data(), piece.size());
+        check(size >= 0 || isInterrupted(size));
+        if (size == 0) {
+            return;
+        }
+        for (ssize_t done = 0; done < size;) {
+            const auto written =
+                ::write(target.get(), piece.data() + done, static_cast<std::size_t>(size - done));
+            check(written > 0 || isInterrupted(written));
+            done += std::max<ssize_t>(written, 0);
+        }
+    }
+}
 
 SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
     try {
@@ -61,30 +90,8 @@ bool SoleHold::tryToTake() {
 }
 
 void SoleHold::copyTo(const std::filesystem::path& copy) {
-    const auto check = [](bool isDone) {
-        if (!isDone) {
-            throwSystemError(errno);
-        }
-    };
     m_source = base::FileDescriptor(::open(m_file.path().c_str(), O_RDONLY | O_CLOEXEC));
-    check(m_source.isOpen());
-    const base::FileDescriptor target(
-        ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    check(target.isOpen());
-    std::vector<char> piece(kPiece);
-    for (;;) {
-        const auto size = ::read(m_source.get(), piece.data(), piece.size());
-        check(size >= 0);
-        if (size == 0) {
-            return;
-        }
-        for (ssize_t done = 0; done < size;) {
-            const auto written =
-                ::write(target.get(), piece.data() + done, static_cast<std::size_t>(size - done));
-            check(written > 0);
-            done += written;
-        }
-    }
+    copyFile(m_source, copy);
 }
 
 } // namespace korvex::store

@@ -41,6 +41,15 @@ void throwSqliteError(sqlite3* database, int code) {
     throw StoreError(errorCase(code), detail + ", " + std::to_string(code));
 }
 
+std::int64_t pragmaNumber(sqlite3* database, std::string_view name) {
+    Statement statement(database, "PRAGMA " + std::string(name));
+    std::int64_t number = 0;
+    while (statement.step()) {
+        number = statement.integer(0);
+    }
+    return number;
+}
+
 Statement::Statement(sqlite3* database, std::string_view sql) {
     sqlite3_stmt* handle = nullptr;
     const auto code = sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()),

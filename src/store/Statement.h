@@ -81,6 +81,9 @@ private:
     std::unique_ptr<sqlite3_stmt, Finalize> m_handle;
 };
 
+/// What a pragma says that is a number. Throws StoreError.
+std::int64_t pragmaNumber(sqlite3* database, std::string_view name);
+
 /// The StoreError for a result code of SQLite, with the database's own message.
 [[noreturn]] void throwSqliteError(sqlite3* database, int code);
 

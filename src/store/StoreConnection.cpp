@@ -1,5 +1,6 @@
 #include "store/StoreConnection.h"
 
+#include "store/OlderTable.h"
 #include "store/StoreError.h"
 #include "store/StoreUpgrade.h"
 #include "store/TableSql.h"
@@ -9,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <utility>
 
 namespace korvex::store {
 
@@ -19,8 +21,11 @@ constexpr int kLongJournalPages = 1000;
 /// And is then begun anew in the same file, unless it is longer than this.
 constexpr int kLongestReusedJournalPages = 1200;
 /// One of more bytes is moved and cut at the start, where it was left so: every start reads all of
-/// it. A page has a head of 24 bytes there.
+/// it.
 constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096 + 24} * kLongestReusedJournalPages;
+/// In bytes: the head of the journal, and that of each page in it.
+constexpr std::int64_t kJournalHead = 32;
+constexpr std::int64_t kFrameHead = 24;
 /// A journal of more bytes than this is not left behind: who copies the store file alone then
 /// misses little.
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
@@ -90,10 +95,17 @@ StoreConnection::StoreConnection(const Schema& schema, const ModelConfiguration&
         }
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
+    } catch (const StoreError& error) {
+        // A table or column under another name is known by what cannot be asked for: to look at
+        // each before would cost every start.
+        if (error.which() == StoreErrorCase::other && m_database && !hasItsTables()) {
+            throw StoreError(StoreErrorCase::damaged);
+        }
+        throw;
     }
     StoreLock::Guard guard(lock());
     revision();
-    noticeMissingChanges();
+    compareWithRecord();
     if (m_lock && m_file.journalSize() > kLongJournalBytes) {
         emptyJournal(Emptied::cut);
     }
@@ -111,17 +123,16 @@ StoreConnection::~StoreConnection() {
     m_rollback.reset();
 }
 
+bool StoreConnection::hasItsTables() const {
+    return hasTables(handle(), olderTables(m_schema, StoreFile::version(handle(), m_schema)));
+}
+
 void StoreConnection::openDatabase() {
     if (m_configuration.isInMemory()) {
         m_database = std::make_unique<SQLite::Database>(
             ":memory:", SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | kNoMutex);
-        for (const auto& sql : tableSql::createCommonStatements()) {
+        for (const auto& sql : tableSql::createAllStatements(m_schema.types)) {
             m_database->exec(sql);
-        }
-        for (const auto* type : m_schema.types) {
-            for (const auto& sql : tableSql::createStatements(*type)) {
-                m_database->exec(sql);
-            }
         }
         return;
     }
@@ -171,8 +182,24 @@ void StoreConnection::openDatabase() {
             m_configuration.whenOlder == ModelConfiguration::Older::refuse) {
             throw;
         }
+        // Before the upgrade, which leaves no journal.
+        const auto found = newestOf(handle());
+        const auto missing = noticeMissingChanges(found);
+        const auto record = [&](std::int64_t revision) {
+            if (missing) {
+                m_lock->setRecord({.storeID = found.storeID, .revision = revision});
+            }
+        };
         m_database.reset();
-        upgradeStore(m_file, m_schema, m_configuration.lockTimeout, m_log);
+        // The upgrade is a revision, and no less is missing since. Recorded before it: to whoever
+        // finds it killed rather one too many is missing than one too few.
+        record(missing ? missing->recorded + 1 : 0);
+        try {
+            upgradeStore(m_file, m_schema, m_configuration.lockTimeout, m_log);
+        } catch (...) {
+            record(missing ? missing->recorded : 0);
+            throw;
+        }
         m_wasUpgraded = true;
         openFile();
     }
@@ -236,31 +263,22 @@ void StoreConnection::setPatience(std::chrono::milliseconds patience) {
     }
 }
 
-void StoreConnection::noticeMissingChanges() {
+std::optional<MissingChanges>
+StoreConnection::noticeMissingChanges(const StoreLock::Record& found) {
+    auto missing = findMissingChanges(found, m_file, *m_lock);
+    if (missing && m_notices.empty()) {
+        m_notices.push_back(missing->notice);
+        m_log.warning(m_notices.back()); // whoever opens the store tells the user
+    }
+    return missing;
+}
+
+void StoreConnection::compareWithRecord() {
     if (!m_lock) {
         return;
     }
+    noticeMissingChanges({.storeID = m_storeID, .revision = m_knownRevision});
     const auto record = m_lock->record();
-    if (record && record->storeID == m_storeID && record->revision > m_knownRevision) {
-        // What is left of the journal would be overwritten by the next save: keep it for whoever
-        // can read more out of it.
-        std::string kept;
-        if (m_file.hasJournal()) {
-            auto copy = m_file.path();
-            copy += ".journal-before-" + std::to_string(record->revision);
-            std::error_code failure;
-            std::filesystem::copy_file(m_file.journal(), copy,
-                                       std::filesystem::copy_options::skip_existing, failure);
-            if (!failure) {
-                kept = " What is left of the journal was kept as " + copy.filename().string() + ".";
-            }
-        }
-        m_notices.push_back("The newest " + std::to_string(record->revision - m_knownRevision) +
-                            " saved changes are missing: the store's journal was cut or removed "
-                            "outside Korvex." +
-                            kept);
-        m_log.warning(m_notices.back()); // whoever opens the store tells the user
-    }
     m_isFromElsewhere =
         !record || record->storeID != m_storeID || record->revision != m_knownRevision;
     if (m_knownRevision == 0 && m_notices.empty()) {
@@ -297,14 +315,18 @@ void StoreConnection::checkFilesAreInPlace() const {
     }
 }
 
-std::int64_t StoreConnection::revision() {
-    std::int64_t dataVersion = 0;
+std::int64_t StoreConnection::dataVersion() {
+    std::int64_t version = 0;
     while (m_dataVersion->step()) {
-        dataVersion = m_dataVersion->integer(0);
+        version = m_dataVersion->integer(0);
     }
-    if (dataVersion != m_knownDataVersion) {
+    return version;
+}
+
+std::int64_t StoreConnection::revision() {
+    if (const auto version = dataVersion(); version != m_knownDataVersion) {
         m_knownRevision = m_changeLog->newestRevision();
-        m_knownDataVersion = dataVersion;
+        m_knownDataVersion = version;
     }
     return m_knownRevision;
 }
@@ -325,11 +347,13 @@ StoreConnection::ReadScope::~ReadScope() {
 void StoreConnection::begin() {
     if (sqlite3_get_autocommit(handle()) != 0) {
         m_begin->run();
+        m_journalAtBegin = m_file.journalSize();
     }
 }
 
 void StoreConnection::commit(std::int64_t newRevision) {
     m_commit->run();
+    m_journalAtBegin.reset();
     m_knownRevision = newRevision;
     if (m_lock) {
         recordRevision(newRevision);
@@ -344,6 +368,18 @@ void StoreConnection::commit(std::int64_t newRevision) {
 }
 
 void StoreConnection::rollback() noexcept {
+    endTransaction();
+    // A long one writes to the journal before it ends: what was to be saved fills the disk then.
+    const auto before = std::exchange(m_journalAtBegin, std::nullopt);
+    try {
+        if (before && m_lock && m_file.journalSize() > *before + kLongestLeftJournal) {
+            emptyJournal(Emptied::cut);
+        }
+    } catch (...) { // NOLINT(bugprone-empty-catch): it stays as long as it is until the next save
+    }
+}
+
+void StoreConnection::endTransaction() noexcept {
     if (sqlite3_get_autocommit(handle()) == 0) {
         try {
             m_rollback->run();
@@ -377,19 +413,56 @@ void StoreConnection::moveJournal(Emptied how) {
     // What is moved but stays in the journal is moved again by the next program, which cannot know,
     // and the journal would grow with each. Where somebody reads in it just now, it stays for once.
     sqlite3_busy_timeout(handle(), 0);
-    const int code = sqlite3_wal_checkpoint_v2(handle(), "main",
-                                               how == Emptied::cut ? SQLITE_CHECKPOINT_TRUNCATE
-                                                                   : SQLITE_CHECKPOINT_PASSIVE,
-                                               &inJournal, &moved);
+    const auto move = [&] {
+        return sqlite3_wal_checkpoint_v2(handle(), "main",
+                                         how == Emptied::cut ? SQLITE_CHECKPOINT_TRUNCATE
+                                                             : SQLITE_CHECKPOINT_PASSIVE,
+                                         &inJournal, &moved);
+    };
+    auto code = move();
+    const auto isBusy = [&] { return (code & 0xff) == SQLITE_BUSY; };
+    const auto hasNoRoom = (code & 0xff) == SQLITE_FULL || (code & 0xff) == SQLITE_IOERR;
+    if (how == Emptied::cut && hasNoRoom && cutUncommitted()) {
+        code = move();
+    }
     applyBusyTimeout();
-    if (code != SQLITE_OK && (code & 0xff) != SQLITE_BUSY) {
+    if (code != SQLITE_OK && !isBusy()) {
         throwSqliteError(handle(), code);
     }
-    if (inJournal == moved) {
+    // Where nothing was moved, as while somebody else moves it, both are -1.
+    if (code == SQLITE_OK && inJournal == moved) {
         m_journalPages = 0;
         if (how == Emptied::begunAnew) {
             beginJournalAnew();
         }
+    }
+}
+
+bool StoreConnection::cutUncommitted() {
+    try {
+        // How long what is saved in it is, tells only a save: one that writes over a little of what
+        // was not, and so needs no room.
+        const auto isUnchanged = [this, before = dataVersion()] { return dataVersion() == before; };
+        const auto frame = kFrameHead + pragmaNumber(handle(), "page_size");
+        beginJournalAnew();
+        const auto saved = kJournalHead + m_journalPages * frame;
+        // Nobody else writes from the look to the cut.
+        Statement(handle(), "BEGIN IMMEDIATE").run();
+        sqlite3_file* journal = nullptr;
+        sqlite3_int64 size = 0;
+        const auto isCut = isUnchanged() &&
+                           sqlite3_file_control(handle(), "main", SQLITE_FCNTL_JOURNAL_POINTER,
+                                                &journal) == SQLITE_OK &&
+                           journal && journal->pMethods &&
+                           journal->pMethods->xFileSize(journal, &size) == SQLITE_OK &&
+                           size > saved &&
+                           journal->pMethods->xTruncate(journal, saved) == SQLITE_OK;
+        endTransaction();
+        return isCut;
+    } catch (const StoreError& error) {
+        endTransaction();
+        m_log.warning("The journal could not be cut: " + error.errorDescription());
+        return false;
     }
 }
 

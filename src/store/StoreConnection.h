@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "store/ChangeLog.h"
+#include "store/JournalRemains.h"
 #include "store/ModelConfiguration.h"
 #include "store/RowCodec.h"
 #include "store/Schema.h"
@@ -66,6 +67,7 @@ public:
     /// How long a write waits from now on for other programs: for those that know our lock, and
     /// then as long again for those that do not.
     void setPatience(std::chrono::milliseconds patience);
+    std::chrono::milliseconds patience() const { return m_busyTimeout; }
 
     /// The write lock of a store in a file; null in memory and where nothing may be written.
     StoreLock* lock() { return m_lock ? &*m_lock : nullptr; }
@@ -106,10 +108,13 @@ public:
 
 private:
     void openDatabase();
+    bool hasItsTables() const;
     void configure();
     void applyBusyTimeout();
     void probeWriting();
-    void noticeMissingChanges();
+    /// Absent where none are missing.
+    std::optional<MissingChanges> noticeMissingChanges(const StoreLock::Record& found);
+    void compareWithRecord();
     void recordRevision(std::int64_t newest);
     /// A file that is written over costs a commit half of what one costs that grows: the disk need
     /// not be told its new length. One that is left alone is better short.
@@ -120,6 +125,14 @@ private:
     /// The write lock must be held.
     void moveJournal(Emptied how);
     void beginJournalAnew();
+    /// Gives back what a save that failed, or was killed, has written to the end of the journal:
+    /// where the disk is full there is no room to move the rest before. False where nothing was.
+    /// The write lock must be held.
+    bool cutUncommitted();
+    /// Where there is one.
+    void endTransaction() noexcept;
+    /// Changes with each save of another connection. Within a transaction it holds still.
+    std::int64_t dataVersion();
 
     const Schema& m_schema;
     ModelConfiguration m_configuration;
@@ -145,6 +158,8 @@ private:
     std::int64_t m_knownRevision = 0;
     std::uint64_t m_journalInode = 0;
     int m_journalPages = 0;
+    /// In bytes, before what is being saved just now.
+    std::optional<std::uintmax_t> m_journalAtBegin;
 };
 
 } // namespace korvex::store

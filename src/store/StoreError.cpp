@@ -17,6 +17,10 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::notAStore:
         return "The store file is empty, cut short, or not a Korvex store. It has been left as it "
                "is.";
+    case StoreErrorCase::symbolicLink:
+        return "The store file is a symbolic link, and its journal would stand somewhere else. It "
+               "has been left as it is. Put the file itself in its place, or make its folder the "
+               "link.";
     case StoreErrorCase::newerVersion:
         return "The store was written by a newer version of Korvex. Update Korvex to open it. It "
                "has been left as it is.";
@@ -41,8 +45,11 @@ std::string description(StoreErrorCase which) {
     case StoreErrorCase::busy:
         return "Another program keeps the store busy. Nothing was changed; try again.";
     case StoreErrorCase::damaged:
-        return "The store is damaged. Nothing was changed. \"korvex store repair\" in a terminal "
-               "saves what can be read of it.";
+        return "The store is damaged. Nothing was changed. The command line's \"store repair\" of "
+               "this store saves what can be read of it.";
+    case StoreErrorCase::nothingReadable:
+        return "Nothing of a Korvex store can be read in the store file. It has been left as it "
+               "is.";
     case StoreErrorCase::full:
         return "There is no space left on the disk. Nothing was saved; free some space and try "
                "again.";

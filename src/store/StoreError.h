@@ -9,6 +9,7 @@ enum class StoreErrorCase {
     missing,             ///< the file is not there, and creating it was not asked for
     incomplete,          ///< the file is gone while its companions say that it held data
     notAStore,           ///< empty, truncated, or no store of this system
+    symbolicLink,        ///< the journal would stand beside what it leads to
     newerVersion,        ///< written by a newer version of the schema
     olderVersion,        ///< no migration leads from there to the current schema
     needsUpgrade,        ///< of an older version, and not to be upgraded by who opened it
@@ -18,6 +19,7 @@ enum class StoreErrorCase {
     readOnly,            ///< a save on a store that may only be read
     busy,                ///< another program held the write lock for too long
     damaged,             ///< SQLite found the file malformed
+    nothingReadable,     ///< a salvage found nothing of a store
     full,                ///< no space left
     inputOutput,         ///< the disk failed
     conflict,            ///< a record to save was deleted by another program

@@ -1,5 +1,6 @@
 #include "store/StoreFile.h"
 
+#include "base/FileReplacement.h"
 #include "base/Uuid.h"
 #include "store/OlderTable.h"
 #include "store/Statement.h"
@@ -27,33 +28,10 @@ namespace korvex::store {
 namespace {
 
 constexpr std::size_t kHeaderSize = 100;
-constexpr std::array<unsigned char, 16> kSqliteMagic{'S', 'Q', 'L', 'i', 't', 'e', ' ', 'f',
-                                                     'o', 'r', 'm', 'a', 't', ' ', '3', 0};
 
-std::int64_t pragma(sqlite3* database, const char* name) {
-    Statement statement(database, std::string("PRAGMA ") + name);
-    std::int64_t value = 0;
-    while (statement.step()) {
-        value = statement.integer(0);
-    }
-    return value;
-}
-
-void syncPath(const std::filesystem::path& path, int flags) {
-    const auto descriptor = ::open(path.c_str(), flags | O_CLOEXEC);
-    const auto isSynced = descriptor >= 0 && ::fsync(descriptor) == 0;
-    const auto error = errno;
-    if (descriptor >= 0) {
-        ::close(descriptor);
-    }
-    if (!isSynced) {
-        throwSystemError(error);
-    }
-}
-
-void rename(const std::filesystem::path& from, const std::filesystem::path& to, unsigned how) {
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), how) != 0) {
-        throwSystemError(errno);
+void check(std::error_code failure) {
+    if (failure) {
+        throwSystemError(failure.value());
     }
 }
 
@@ -124,6 +102,10 @@ std::filesystem::path StoreFile::directory() const {
 
 bool StoreFile::exists() const {
     struct stat status {};
+    if (::lstat(m_file.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
+        // SQLite would keep the journal beside what it leads to, where nobody else looks for it.
+        throw StoreError(StoreErrorCase::symbolicLink);
+    }
     if (::stat(m_file.c_str(), &status) != 0) {
         // Where a file stands in the place of a folder, there is no store either.
         if (errno == ENOENT || errno == ENOTDIR) {
@@ -150,10 +132,7 @@ std::uintmax_t StoreFile::journalSize() const {
 }
 
 void StoreFile::makeFolder() const {
-    std::error_code failure;
-    if (std::filesystem::create_directories(directory(), failure)) {
-        std::filesystem::permissions(directory(), std::filesystem::perms::owner_all, failure);
-    } else if (failure) {
+    if (const auto failure = base::makeFolders(directory(), S_IRWXU)) {
         throw StoreError(StoreErrorCase::noFolder, directory().string() + ": " + failure.message());
     }
 }
@@ -179,13 +158,8 @@ void StoreFile::writeEmpty(const std::filesystem::path& file, const Schema& sche
     SQLite::Transaction transaction(database);
     database.exec("PRAGMA application_id = " + std::to_string(kApplicationID));
     database.exec("PRAGMA user_version = " + std::to_string(schema.version.number));
-    for (const auto& sql : tableSql::createCommonStatements()) {
+    for (const auto& sql : tableSql::createAllStatements(schema.types)) {
         database.exec(sql);
-    }
-    for (const auto* type : schema.types) {
-        for (const auto& sql : tableSql::createStatements(*type)) {
-            database.exec(sql);
-        }
     }
     Statement identify(database.getHandle(), "INSERT INTO StoreInfo(storeID) VALUES(?)");
     const auto storeID = base::Uuid::random();
@@ -199,29 +173,33 @@ void StoreFile::create(const Schema& schema) const {
     createBy([&](const std::filesystem::path& staging) { writeEmpty(staging, schema); });
 }
 
+std::filesystem::path StoreFile::stagingName() const {
+    return directory() / ("." + m_file.filename().string() + std::string(kStagingMark) +
+                          base::Uuid::random().text());
+}
+
 std::filesystem::path StoreFile::makeStaging(const Filling& fill) const {
-    auto staging = directory() / ("." + m_file.filename().string());
-    staging += std::string(kStagingMark) + base::Uuid::random().text();
+    auto staging = stagingName();
     fill(staging);
     // A person's notes are nobody else's; the journal takes over the file's permissions.
     std::error_code isNew;
-    const auto permissions = std::filesystem::status(m_file, isNew).permissions();
-    std::filesystem::permissions(staging, exists() ? permissions
-                                                   : std::filesystem::perms::owner_read |
-                                                         std::filesystem::perms::owner_write);
+    const auto former = std::filesystem::status(m_file, isNew);
+    std::filesystem::permissions(staging, std::filesystem::exists(former)
+                                              ? former.permissions()
+                                              : std::filesystem::perms::owner_read |
+                                                    std::filesystem::perms::owner_write);
     StoreFile(staging).sync();
     return staging;
 }
 
 void StoreFile::createBy(const Filling& fill) const {
     place(fill,
-          [&](const std::filesystem::path& staging) { rename(staging, m_file, RENAME_NOREPLACE); });
+          [&](const std::filesystem::path& staging) { check(base::moveToNew(staging, m_file)); });
 }
 
 void StoreFile::place(const Filling& fill, const Filling& moveIn) const {
     try {
         moveIn(makeStaging(fill));
-        syncPath(directory(), O_RDONLY | O_DIRECTORY);
     } catch (const SQLite::Exception& error) {
         removeStaging();
         throwSqliteError(nullptr, error.getExtendedErrorCode());
@@ -234,12 +212,44 @@ void StoreFile::place(const Filling& fill, const Filling& moveIn) const {
     }
 }
 
+void StoreFile::moveJournalsTo(const std::filesystem::path& kept) const {
+    for (const auto* suffix : kJournals) {
+        auto target = kept;
+        target += suffix;
+        std::error_code isMissing;
+        const auto size = std::filesystem::file_size(withSuffix(suffix), isMissing);
+        if (!isMissing && size > 0) {
+            // For good before another store stands there: it would be taken for that one's.
+            check(base::moveFile(withSuffix(suffix), target));
+        }
+    }
+}
+
+void StoreFile::moveJournalsBack(const std::filesystem::path& kept) const noexcept {
+    for (const auto* suffix : kJournals) {
+        ::rename((kept.native() + suffix).c_str(), (m_file.native() + suffix).c_str());
+    }
+}
+
 void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept) const {
     place(fill, [&](const std::filesystem::path& staging) {
+        // Until it has taken the place, the journals are those of the store that stands there.
+        const auto takePlace = [&](const auto& rename) {
+            try {
+                moveJournalsTo(kept);
+                if (rename() != 0) {
+                    throwSystemError(errno);
+                }
+            } catch (...) {
+                moveJournalsBack(kept);
+                throw;
+            }
+            check(base::syncFolder(directory()));
+        };
         std::error_code ignored;
         if (std::filesystem::equivalent(kept, m_file, ignored) ||
             ::link(m_file.c_str(), kept.c_str()) == 0) {
-            rename(staging, m_file, 0);
+            takePlace([&] { return ::rename(staging.c_str(), m_file.c_str()); });
             return;
         }
         if (errno != EPERM && errno != EOPNOTSUPP && errno != ENOSYS) {
@@ -247,11 +257,19 @@ void StoreFile::replaceBy(const Filling& fill, const std::filesystem::path& kept
         }
         // A file system without links. Under its later name at once: a kill before the exchange
         // leaves a copy too many, a kill after it must not leave the former store as staging.
-        rename(staging, kept, RENAME_NOREPLACE);
+        check(base::moveToNew(staging, kept));
+        auto isExchanged = false;
         try {
-            rename(kept, m_file, RENAME_EXCHANGE);
-        } catch (const StoreError&) {
-            std::filesystem::remove(kept, ignored);
+            takePlace([&] {
+                const auto result =
+                    ::renameat2(AT_FDCWD, kept.c_str(), AT_FDCWD, m_file.c_str(), RENAME_EXCHANGE);
+                isExchanged = result == 0;
+                return result;
+            });
+        } catch (...) {
+            if (!isExchanged) {
+                std::filesystem::remove(kept, ignored);
+            }
             throw;
         }
     });
@@ -268,7 +286,7 @@ std::unique_ptr<SQLite::Database> StoreFile::openAlone() const {
     }
 }
 
-void StoreFile::copyTo(const std::filesystem::path& copy) const {
+void StoreFile::copyTo(const std::filesystem::path& copy, const Schema* readBackBy) const {
     if (!exists()) {
         throw StoreError(hasJournal() ? StoreErrorCase::incomplete : StoreErrorCase::missing);
     }
@@ -288,27 +306,30 @@ void StoreFile::copyTo(const std::filesystem::path& copy) const {
         }
         sqlite3_busy_timeout(database->getHandle(), static_cast<int>(kPatience.count()));
         checkHeader(database->getHandle());
+        std::optional<SQLite::Transaction> moment;
+        if (readBackBy) {
+            moment.emplace(*database);
+            // Which begins to read, at one moment for the copy and the comparison.
+            static_cast<void>(version(database->getHandle(), *readBackBy));
+        }
         StoreFile(copy).createBy([&](const std::filesystem::path& staging) {
             copyDatabase(database->getHandle(), staging);
+            if (readBackBy) {
+                const SQLite::Database made(uri(staging, "?mode=ro&immutable=1"),
+                                            SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+                if (countRows(made.getHandle(), *readBackBy) !=
+                    countRows(database->getHandle(), *readBackBy)) {
+                    throw StoreError(StoreErrorCase::damaged, "the copy differs");
+                }
+            }
         });
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
     }
 }
 
-void StoreFile::checkThatItOpens(const Schema& schema) const {
-    try {
-        const SQLite::Database database(uri(m_file, "?mode=ro&immutable=1"),
-                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
-        checkHeader(database.getHandle());
-        static_cast<void>(version(database.getHandle(), schema));
-    } catch (const SQLite::Exception& error) {
-        throwSqliteError(nullptr, error.getExtendedErrorCode());
-    }
-}
-
 void StoreFile::sync() const {
-    syncPath(m_file, O_RDWR);
+    check(base::syncFile(m_file));
 }
 
 void StoreFile::removeStaging() const {
@@ -365,11 +386,14 @@ void StoreFile::checkHeader(sqlite3* database) const {
         !file || !file->pMethods) {
         throw StoreError(StoreErrorCase::unreadable);
     }
-    if (file->pMethods->xFileSize(file, &size) != SQLITE_OK ||
-        file->pMethods->xRead(file, header.data(), kHeaderSize, 0) != SQLITE_OK) {
-        throw StoreError(StoreErrorCase::notAStore);
+    auto code = file->pMethods->xFileSize(file, &size);
+    if (code == SQLITE_OK) {
+        code = file->pMethods->xRead(file, header.data(), kHeaderSize, 0);
     }
-    if (!std::equal(kSqliteMagic.begin(), kSqliteMagic.end(), header.begin())) {
+    if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) {
+        throwSqliteError(nullptr, code);
+    }
+    if (!std::equal(kMagic.begin(), kMagic.end(), header.begin())) {
         throw StoreError(StoreErrorCase::notAStore);
     }
     // With a journal, pages may still be only there.
@@ -390,10 +414,10 @@ void StoreFile::checkHeader(sqlite3* database) const {
 }
 
 std::int32_t StoreFile::version(sqlite3* database, const Schema& schema) {
-    if (pragma(database, "application_id") != kApplicationID) {
+    if (pragmaNumber(database, "application_id") != kApplicationID) {
         throw StoreError(StoreErrorCase::notAStore);
     }
-    const auto number = static_cast<std::int32_t>(pragma(database, "user_version"));
+    const auto number = static_cast<std::int32_t>(pragmaNumber(database, "user_version"));
     if (number > schema.version.number) {
         throw StoreError(StoreErrorCase::newerVersion);
     }

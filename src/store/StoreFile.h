@@ -5,6 +5,7 @@
 #include <SQLiteCpp/Database.h>
 #include <sqlite3.h>
 
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -22,8 +23,13 @@ class StoreLock;
 /// locks that SQLite holds in this process.
 class StoreFile {
 public:
+    /// What every file of SQLite begins with.
+    static constexpr std::string_view kMagic{"SQLite format 3\0", 16};
     /// What SQLite keeps in the header of our files: "KVX1".
     static constexpr std::int32_t kApplicationID = 0x4B565831;
+
+    /// What SQLite appends to a file's name for its journals, in the mode with one and in others.
+    static constexpr std::array kJournals{"-wal", "-journal"};
 
     explicit StoreFile(std::filesystem::path file) : m_file(std::move(file)) {}
 
@@ -32,7 +38,7 @@ public:
     std::filesystem::path journal() const { return withSuffix("-wal"); }
 
     /// Whether anything stands there. Throws StoreError when that cannot be a store: `unreadable`,
-    /// `notAStore`.
+    /// `notAStore`, `symbolicLink`.
     bool exists() const;
     bool hasJournal() const { return journalSize() > 0; }
     /// In bytes; 0 where there is none.
@@ -60,19 +66,19 @@ public:
     /// is there whole or not at all. Never replaces a file. Throws StoreError.
     void createBy(const Filling& fill) const;
     /// The same in the place of the store that stands there, which becomes the file `kept` in the
-    /// same folder: at every moment one of them is in place. The write lock must be held, and
-    /// nobody else may have the store open (`SoleHold`).
+    /// same folder, with its journals where it has any: at every moment one of them is in place.
+    /// The write lock must be held, and nobody else may have the store open (`SoleHold`).
     void replaceBy(const Filling& fill, const std::filesystem::path& kept) const;
     /// Makes `copy` a store that holds what this one holds at one moment, its journal included. It
     /// may be in use, of any version, and need not be writable; it is not changed. The copy is
     /// there whole, in one file and on the disk, or not at all; it never replaces a file. Blocks;
-    /// any thread. Throws StoreError.
-    void copyTo(const std::filesystem::path& copy) const;
-    /// Opens it, whatever its version, where nobody else does: a copy. Leaves nothing beside it.
-    /// Throws StoreError.
-    void checkThatItOpens(const Schema& schema) const;
+    /// any thread. With a schema the rows of both are read and compared first. Throws StoreError:
+    /// `damaged` where they cannot be read or differ, and what `version` throws.
+    void copyTo(const std::filesystem::path& copy, const Schema* readBackBy = nullptr) const;
     /// Puts what was written to the file on the disk. Throws StoreError.
     void sync() const;
+    /// A new name for what is made on the way to these, beside the store.
+    std::filesystem::path stagingName() const;
     /// Removes what interrupted ones of these left. The write lock must be held.
     void removeStaging() const;
 
@@ -101,7 +107,9 @@ private:
     std::unique_ptr<SQLite::Database> openAlone() const;
     std::string keptPrefix(std::string_view what) const;
     std::filesystem::path makeStaging(const Filling& fill) const;
-    /// Has a staging file made and `moveIn` move it, and syncs the folder; leaves none on failure.
+    void moveJournalsTo(const std::filesystem::path& kept) const;
+    void moveJournalsBack(const std::filesystem::path& kept) const noexcept;
+    /// Has a staging file made and `moveIn` move it for good; leaves none on failure.
     void place(const Filling& fill, const Filling& moveIn) const;
 
     std::filesystem::path m_file;

@@ -1,5 +1,6 @@
 #include "store/StoreUpgrade.h"
 
+#include "base/FileReplacement.h"
 #include "store/ChecksumsAhead.h"
 #include "store/OlderTable.h"
 #include "store/SoleHold.h"
@@ -27,6 +28,9 @@ void run(sqlite3* database, const std::string& sql) {
     Statement(database, sql).run();
 }
 
+/// Under which the stores of before an upgrade stay.
+constexpr std::string_view kFormer = "former";
+
 /// "BeforeV17" for `KorvexSchemaV17`.
 std::string formerName(const Schema& schema) {
     const auto name = schema.version.name;
@@ -37,17 +41,17 @@ std::string formerName(const Schema& schema) {
 /// The checksums ahead, as a function of SQL.
 class Checksums {
 public:
-    Checksums(sqlite3* store, const OlderTable& table) : m_ahead(store, table) {}
-
     /// Until the function is offered anew, this must live.
-    void offer(sqlite3* database) {
+    Checksums(ChecksumsAhead& ahead, sqlite3* database) : m_ahead(ahead) {
         const auto code = sqlite3_create_function_v2(database, kNextChecksum, 1, SQLITE_UTF8, this,
                                                      next, nullptr, nullptr, nullptr);
         if (code != SQLITE_OK) {
             throwSqliteError(database, code);
         }
     }
-    std::size_t alteredCount() { return m_ahead.alteredCount(); }
+    Checksums(const Checksums&) = delete;
+    Checksums& operator=(const Checksums&) = delete;
+
     void rethrow() const {
         if (m_failure) {
             std::rethrow_exception(m_failure);
@@ -65,26 +69,17 @@ private:
         }
     }
 
-    ChecksumsAhead m_ahead;
+    ChecksumsAhead& m_ahead;
     std::exception_ptr m_failure;
-};
-
-/// What a table holds.
-struct RowCount {
-    std::int64_t rows = 0;
-    /// Those that are not what was saved last.
-    std::int64_t altered = 0;
-
-    bool operator==(const RowCount&) const = default;
 };
 
 /// The upgrade of one table, in the transaction of all of them. Rows stay where they are: to write
 /// them anew would cost more than twice the time, for the sake of the columns' order.
 class TableUpgrade {
 public:
-    /// `store` is what the database is a copy of.
-    TableUpgrade(sqlite3* store, sqlite3* database, const OlderTable& table)
-        : m_store(store),
+    /// `checksums`: of what the database is a copy of, up to this table.
+    TableUpgrade(ChecksumsAhead& checksums, sqlite3* database, const OlderTable& table)
+        : m_checksums(checksums),
           m_database(database),
           m_table(table),
           m_name(tableSql::quoted(table.type->name)) {
@@ -181,12 +176,12 @@ private:
                 sql += tableSql::quoted(field(index).name) + " = " + value(index) + ", ";
             }
         }
-        Checksums checksums(m_store, m_table);
-        checksums.offer(m_database);
+        const auto before = m_checksums.alteredCount();
+        const Checksums checksums(m_checksums, m_database);
         try {
             Statement update(m_database, sql + "checksum = " + kNextChecksum + "(rowid)");
             update.run();
-            return {update.changes(), static_cast<std::int64_t>(checksums.alteredCount())};
+            return {update.changes(), m_checksums.alteredCount() - before};
         } catch (const StoreError&) {
             checksums.rethrow(); // what SQLite says of a function that fails is less
             throw;
@@ -202,7 +197,7 @@ private:
         }
     }
 
-    sqlite3* m_store;
+    ChecksumsAhead& m_checksums;
     sqlite3* m_database;
     const OlderTable& m_table;
     std::string m_name;
@@ -212,8 +207,18 @@ private:
     std::set<std::string_view> m_present;
 };
 
+std::vector<RowCount> upgradeAll(ChecksumsAhead& checksums, sqlite3* copy,
+                                 const std::vector<OlderTable>& tables) {
+    std::vector<RowCount> counts;
+    counts.reserve(tables.size());
+    for (const auto& table : tables) {
+        counts.push_back(TableUpgrade(checksums, copy, table).run());
+    }
+    return counts;
+}
+
 /// In a file that nobody else knows and that is thrown away when anything fails: no journal.
-std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& copy,
+std::vector<RowCount> upgradeCopy(ChecksumsAhead& checksums, const std::filesystem::path& copy,
                                   const Schema& schema, const std::vector<OlderTable>& tables) {
     const SQLite::Database database(copy.string(), SQLite::OPEN_READWRITE | SQLITE_OPEN_NOMUTEX);
     auto* const handle = database.getHandle();
@@ -221,11 +226,7 @@ std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& c
                             "PRAGMA synchronous = OFF", "PRAGMA cache_size = -65536", "BEGIN"}) {
         run(handle, sql);
     }
-    std::vector<RowCount> counts;
-    counts.reserve(tables.size());
-    for (const auto& table : tables) {
-        counts.push_back(TableUpgrade(store, handle, table).run());
-    }
+    auto counts = upgradeAll(checksums, handle, tables);
     // To whoever knew the store before, everything has changed.
     run(handle, "INSERT INTO ChangeLog(revision, changes) "
                 "SELECT ifnull(max(revision), 0) + 1, NULL FROM ChangeLog");
@@ -236,22 +237,6 @@ std::vector<RowCount> upgradeCopy(sqlite3* store, const std::filesystem::path& c
     return counts;
 }
 
-/// Reads every row as programs of the current version will, and compares it with its checksum.
-void readBack(sqlite3* copy, const Schema& schema, const std::vector<RowCount>& expected) {
-    std::vector<RowCount> found;
-    for (const auto& table : olderTables(schema, StoreFile::version(copy, schema))) {
-        const RowReading reading(copy, table);
-        Statement count(copy, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
-                                  ") FROM " + tableSql::quoted(table.type->name) + " NOT INDEXED");
-        while (count.step()) {
-            found.push_back({count.integer(0), count.integer(1)});
-        }
-    }
-    if (found != expected) {
-        throw StoreError(StoreErrorCase::damaged, "the upgraded copy differs");
-    }
-}
-
 } // namespace
 
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
@@ -259,23 +244,50 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
     SoleHold store(file, patience);
     const auto version = StoreFile::version(store.handle(), schema);
     const auto tables = olderTables(schema, version);
+    if (!hasTables(store.handle(), tables)) {
+        throw StoreError(StoreErrorCase::damaged);
+    }
     const auto kept = file.keptName(formerName(schema));
     file.replaceBy(
         [&](const std::filesystem::path& staging) {
+            // They are taken while the file is copied, too.
+            ChecksumsAhead checksums(store.handle(), tables);
             store.copyTo(staging);
-            const auto counts = upgradeCopy(store.handle(), staging, schema, tables);
+            const auto counts = upgradeCopy(checksums, staging, schema, tables);
             const SQLite::Database copy(StoreFile(staging).readingUri() + "&immutable=1",
                                         SQLite::OPEN_READONLY | SQLite::OPEN_URI);
             // Both take time by the size of the file, one the processor's, one the disk's.
             auto reading = std::async(std::launch::async | std::launch::deferred,
-                                      [&] { readBack(copy.getHandle(), schema, counts); });
+                                      [&] { return countRows(copy.getHandle(), schema); });
             StoreFile(staging).sync();
-            reading.get();
+            if (reading.get() != counts) {
+                throw StoreError(StoreErrorCase::damaged, "the upgraded copy differs");
+            }
         },
         kept);
     log.info("Upgraded the store from version " + std::to_string(version) + " to " +
              std::to_string(schema.version.number) + "; the former one is kept as " +
              kept.filename().string());
+}
+
+std::vector<std::filesystem::path> keepFormerStores(const std::filesystem::path& store,
+                                                    const Schema& schema) {
+    const StoreFile file(store);
+    for (const auto& each : file.kept(formerName(schema))) {
+        std::error_code ignored;
+        // An upgrade that was killed: it is this very store.
+        if (!std::filesystem::equivalent(each, store, ignored)) {
+            if (const auto failure = base::moveFile(each, file.keptName(kFormer))) {
+                throwSystemError(failure.value());
+            }
+        }
+    }
+    return file.kept(kFormer);
+}
+
+void upgradeTables(sqlite3* store, sqlite3* copy, const std::vector<OlderTable>& tables) {
+    ChecksumsAhead checksums(store, tables);
+    upgradeAll(checksums, copy, tables);
 }
 
 bool hasFormerStores(const std::filesystem::path& store, const Schema& schema) {

@@ -1,11 +1,13 @@
 #pragma once
 
 #include "base/Log.h"
+#include "store/OlderTable.h"
 #include "store/Schema.h"
 #include "store/StoreFile.h"
 
 #include <chrono>
 #include <filesystem>
+#include <vector>
 
 namespace korvex::store {
 
@@ -17,6 +19,15 @@ namespace korvex::store {
 /// moved the journal into the file.
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
                   const base::Logger& log);
+
+/// Gives them names under which they stay, "Primary.store.former-…": the store has lost what only
+/// they may still hold. Those that it has from before. Throws StoreError.
+std::vector<std::filesystem::path> keepFormerStores(const std::filesystem::path& store,
+                                                    const Schema& schema);
+
+/// What an upgrade does to the tables of a copy. `store` is what that is a copy of. Throws
+/// StoreError.
+void upgradeTables(sqlite3* store, sqlite3* copy, const std::vector<OlderTable>& tables);
 
 /// Whether upgrades to the current version have kept any.
 bool hasFormerStores(const std::filesystem::path& store, const Schema& schema);

@@ -1,6 +1,8 @@
 #include "store/TableSql.h"
 
+#include <algorithm>
 #include <cassert>
+#include <iterator>
 
 namespace korvex::store::tableSql {
 
@@ -73,6 +75,11 @@ std::string externalTable(const RecordType& type, const Field& field) {
     return tableSql::quoted(std::string(type.name) + "." + std::string(field.name));
 }
 
+std::string createExternal(const RecordType& type, const Field& field) {
+    return "CREATE TABLE IF NOT EXISTS " + externalTable(type, field) +
+           "(owner INTEGER PRIMARY KEY, checksum INTEGER NOT NULL, bytes BLOB NOT NULL)";
+}
+
 std::vector<std::size_t> rowFields(const RecordType& type) {
     std::vector<std::size_t> indexes;
     for (std::size_t i = 0; i < type.fields.size(); ++i) {
@@ -91,9 +98,7 @@ std::vector<std::string> createStatements(const RecordType& type) {
     for (std::size_t i = 0; i < type.fields.size(); ++i) {
         const auto& field = type.fields[i];
         if (field.kind == FieldKind::externalBytes) {
-            others.push_back("CREATE TABLE IF NOT EXISTS " + externalTable(type, field) +
-                             "(owner INTEGER PRIMARY KEY, checksum INTEGER NOT NULL, "
-                             "bytes BLOB NOT NULL)");
+            others.push_back(createExternal(type, field));
             continue;
         }
         table += ", " + columnDefinition(field.name, field.kind);
@@ -115,11 +120,16 @@ std::vector<std::string> createStatements(const RecordType& type) {
     return others;
 }
 
-std::vector<std::string> createCommonStatements() {
-    return {
+std::vector<std::string> createAllStatements(std::span<const RecordType* const> types) {
+    std::vector<std::string> all{
         "CREATE TABLE StoreInfo(storeID BLOB NOT NULL)",
         "CREATE TABLE ChangeLog(revision INTEGER PRIMARY KEY, changes BLOB)",
     };
+    for (const auto* type : types) {
+        auto ofType = createStatements(*type);
+        std::move(ofType.begin(), ofType.end(), std::back_inserter(all));
+    }
+    return all;
 }
 
 std::string select(const RecordType& type) {

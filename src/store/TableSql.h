@@ -2,6 +2,7 @@
 
 #include "store/RecordType.h"
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,8 @@ inline constexpr int kFirstFieldColumn = 3;
 std::string quoted(std::string_view name);
 /// The side table of a field of external bytes.
 std::string externalTable(const RecordType& type, const Field& field);
+/// What creates it, where it is not there yet.
+std::string createExternal(const RecordType& type, const Field& field);
 
 /// The fields that stand in the record's own row, by index.
 std::vector<std::size_t> rowFields(const RecordType& type);
@@ -30,8 +33,9 @@ std::string emptyValue(FieldKind kind);
 
 /// What creates the tables and indexes of one record type, those that are not there yet.
 std::vector<std::string> createStatements(const RecordType& type);
-/// What creates the tables that every store has: its identity and the log of changes.
-std::vector<std::string> createCommonStatements();
+/// What creates all of a new store: those of each type, after the tables that every store has, its
+/// identity and the log of changes.
+std::vector<std::string> createAllStatements(std::span<const RecordType* const> types);
 
 /// "SELECT rowid, version, checksum, fields…, whether there are external bytes… FROM type"; a
 /// condition can be appended.

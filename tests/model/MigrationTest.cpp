@@ -1,16 +1,19 @@
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "model/SchemaVersions.h"
+#include "store/JournalRemains.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
 #include "store/StoreUpgrade.h"
+#include "store/salvage/StoreSalvage.h"
 #include "support/OldStore.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
+#include <fstream>
 #include <limits>
 
 namespace korvex::tests {
@@ -225,6 +228,40 @@ TEST_F(MigrationTest, AStoreIsUpgradedOnlyWhereItMayBe) {
     }
     EXPECT_THAT(kept(), testing::IsEmpty());
     EXPECT_TRUE(open()->wasUpgraded());
+}
+
+/// An upgrade and a salvage leave no journal, and are revisions themselves.
+TEST_F(MigrationTest, WhatIsMissingFromTheJournalIsNoticedBefore) {
+    for (const bool isUpgrade : {true, false}) {
+        write(OldStore::version("V16"));
+        const auto journal = file().string() + "-wal";
+        {
+            SQLite::Database other(file().string(), SQLite::OPEN_READWRITE);
+            sqlite3_db_config(other.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+            other.exec("INSERT INTO ChangeLog VALUES(8, NULL)");
+            other.exec("INSERT INTO ChangeLog VALUES(9, NULL)");
+            store::StoreLock lock(file().string() + ".lock", std::chrono::milliseconds(50));
+            const store::StoreLock::Guard guard(&lock);
+            lock.setRecord(store::newestOf(other.getHandle()));
+        }
+        const auto size = std::filesystem::file_size(journal);
+        std::fstream(journal, std::ios::in | std::ios::out | std::ios::binary)
+                .seekp(static_cast<std::streamoff>(size) - 1)
+            << '\x55';
+        std::filesystem::remove(file().string() + "-shm");
+        const auto notices = isUpgrade ? open()->notices()
+                                       : store::salvageStore(file(), model::currentSchema(),
+                                                             std::chrono::milliseconds(50), m_log)
+                                             .notices;
+        EXPECT_THAT(notices, testing::ElementsAre(
+                                 "The newest saved change is missing: the store's journal was cut "
+                                 "or removed outside Korvex. What is left of the journal was kept "
+                                 "as Primary.store.journal-before-9."));
+        const auto remains = file().string() + ".journal-before-9";
+        ASSERT_TRUE(std::filesystem::exists(remains));
+        EXPECT_EQ(std::filesystem::file_size(remains), size);
+        EXPECT_EQ(open()->notices().size(), isUpgrade ? 1U : 0U);
+    }
 }
 
 TEST_F(MigrationTest, WhatWasDamagedIsStillKnownToBe) {

@@ -1,10 +1,15 @@
 #include "StoreFixture.h"
 
+#include "support/FolderNames.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <gmock/gmock.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <csignal>
 #include <fstream>
 #include <utility>
 
@@ -74,6 +79,20 @@ TEST_F(JournalTest, ACutJournalIsNoticedAndItsRemainsAreKept) {
     std::filesystem::resize_file(journalFile(), std::filesystem::file_size(journalFile()) / 2);
     std::filesystem::remove(sharedMemory());
     const auto remains = std::filesystem::file_size(journalFile());
+    // First on a disk that is too small for them.
+    ::rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    auto small = before;
+    small.rlim_cur = remains - 1;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    boardCount();
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_THAT(notices, testing::ElementsAre(testing::HasSubstr("could not be kept: File too")));
+    EXPECT_THAT(namesIn(folder()), testing::Not(testing::Contains(testing::HasSubstr("before"))));
+    // Then after a kill in the middle of the copy.
+    std::ofstream(folder() / ".Primary.store.journal-before-40.new-abcdef") << "half";
     const auto count = boardCount();
     EXPECT_GE(count, std::size_t{kBoards / 2 + 1});
     EXPECT_LT(count, std::size_t{kBoards});
@@ -81,6 +100,7 @@ TEST_F(JournalTest, ACutJournalIsNoticedAndItsRemainsAreKept) {
     const auto kept = folder() / "Primary.store.journal-before-40";
     ASSERT_TRUE(std::filesystem::exists(kept));
     EXPECT_EQ(std::filesystem::file_size(kept), remains);
+    EXPECT_THAT(namesIn(folder()), testing::Not(testing::Contains(testing::HasSubstr(".new-"))));
 }
 
 TEST_F(JournalTest, ABitFlippedInTheJournalIsNoticed) {
@@ -92,6 +112,28 @@ TEST_F(JournalTest, ABitFlippedInTheJournalIsNoticed) {
     std::filesystem::remove(sharedMemory());
     EXPECT_LT(boardCount(), std::size_t{kBoards});
     EXPECT_EQ(notices.size(), 1U);
+}
+
+TEST_F(JournalTest, WhatASaveThatFailedHasWrittenGoesAgain) {
+    const auto container = open();
+    ModelContext context(*container);
+    saveMuch(context, 0); // which is not in the store file yet
+    const auto before = std::filesystem::file_size(journalFile());
+    for (int i = 0; i < 100; ++i) {
+        addBoard(context, std::string(100'000, 'x'));
+    }
+    ::rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    auto small = limit;
+    small.rlim_cur = 6 << 20;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    EXPECT_THROW(context.save(), store::StoreError);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_LE(std::filesystem::file_size(journalFile()), before);
+    context.save();
+    EXPECT_EQ(boardCount(), std::size_t{kBoards + 100});
 }
 
 TEST_F(JournalTest, ItIsTakenUpAtTheNextStartWhateverTheSharedMemorySays) {

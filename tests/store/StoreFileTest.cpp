@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "store/StoreFile.h"
+
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <gmock/gmock.h>
@@ -121,6 +123,20 @@ TEST_F(StoreFileTest, AFolderInTheStoresPlaceIsRefused) {
     EXPECT_EQ(refusal(), StoreErrorCase::notAStore);
 }
 
+/// Its journal would stand beside what it leads to.
+TEST_F(StoreFileTest, ASymbolicLinkInTheStoresPlaceIsRefused) {
+    makeStore();
+    const auto link = folder() / "link" / "Primary.store";
+    std::filesystem::create_directory(link.parent_path());
+    for (const auto& target : {storeFile(), folder() / "nowhere"}) {
+        std::filesystem::create_symlink(target, link);
+        EXPECT_EQ(refusal({.file = link}), StoreErrorCase::symbolicLink);
+        EXPECT_EQ(refusal({.file = link, .allowsSave = false}), StoreErrorCase::symbolicLink);
+        std::filesystem::remove(link);
+        EXPECT_TRUE(std::filesystem::is_empty(link.parent_path()));
+    }
+}
+
 TEST_F(StoreFileTest, AMissingStoreIsCreatedOnlyWhereThatIsAskedFor) {
     EXPECT_EQ(refusal({.whenMissing = ModelConfiguration::Missing::refuse}),
               StoreErrorCase::missing);
@@ -174,6 +190,20 @@ TEST_F(StoreFileTest, WhatAnInterruptedCreationLeftIsRemoved) {
     EXPECT_FALSE(std::filesystem::exists(folder() / ".Primary.store.new-1234"));
     EXPECT_FALSE(std::filesystem::exists(folder() / ".Primary.store.new-1234-journal"));
     EXPECT_TRUE(std::filesystem::exists(folder() / "unrelated"));
+}
+
+TEST_F(StoreFileTest, WhereAReplacementFailsTheStoreKeepsItsJournals) {
+    makeStore();
+    const store::StoreFile file(storeFile());
+    write(journalFile(), "one");
+    write(storeFile().string() + "-journal", "the other");
+    const auto kept = folder() / "Primary.store.damaged-here";
+    std::filesystem::create_directories(kept.string() + "-journal"); // nothing can be moved there
+    EXPECT_THROW(file.replaceBy([](const auto& staging) { std::ofstream(staging) << "new"; }, kept),
+                 store::StoreError);
+    EXPECT_EQ(file.journalSize(), 3U);
+    EXPECT_EQ(std::filesystem::file_size(storeFile().string() + "-journal"), 9U);
+    EXPECT_FALSE(std::filesystem::exists(kept.string() + "-wal"));
 }
 
 TEST_F(StoreFileTest, AReadOnlyConfigurationReadsAndNeverWrites) {

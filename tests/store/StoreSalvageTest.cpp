@@ -1,16 +1,22 @@
 #include "StoreFixture.h"
 
+#include "store/ChangeLog.h"
 #include "store/StoreFile.h"
-#include "store/StoreSalvage.h"
+#include "store/salvage/StoreSalvage.h"
+#include "support/CaseOf.h"
 #include "support/FolderNames.h"
+#include "support/OldStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <random>
 #include <set>
@@ -76,6 +82,44 @@ protected:
             static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset));
         file << bytes;
     }
+    static std::string bytesOf(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    /// As many records as `makeStore` makes, by a program of an older version.
+    void makeOldStore() {
+        for (const auto& each : std::filesystem::directory_iterator(folder())) {
+            std::filesystem::remove(each.path());
+        }
+        contents.clear();
+        OldStore old(storeFile(), OldStore::version("V13"));
+        const auto home = OldStore::board("Inbox", {{"systemIdentifier", std::string("inbox")}});
+        old.addBoard(home);
+        old.addBoard(OldStore::board("Work", {{"isSystem", std::int64_t{0}}}));
+        for (std::int64_t i = 0; i < kEntries; ++i) {
+            const auto id = base::Uuid::random();
+            contents[id] = "old " + std::to_string(i) + std::string(200, 'x');
+            old.addEntry(OldStore::entry(home, "todo", contents[id],
+                                         {{"id", id}, {"sortOrder", i}, {"dueDate", 1.5}}));
+        }
+    }
+    /// The pages name each other.
+    static std::string circle(std::string store) {
+        std::fill_n(store.begin(), kPage, '\0');
+        for (std::size_t page = 1; page * kPage < store.size(); ++page) {
+            std::string inner(kPage, '\0');
+            inner[0] = 5;
+            inner[4] = 100;
+            inner[5] = 12;
+            inner[11] = static_cast<char>(page);
+            for (std::size_t cell = 0; cell < 100; ++cell) {
+                inner[12 + 2 * cell] = 8;
+            }
+            inner[2051] = 3;
+            store.replace(page * kPage, kPage, inner);
+        }
+        return store;
+    }
     void zero(std::int64_t page) { overwrite(page, 0, std::string(kPage, '\0')); }
 
     /// Opens what was saved: it is sound, and every entry has the words that it had, but for
@@ -126,10 +170,17 @@ TEST_F(StoreSalvageTest, ZeroedPagesCostTheirOwnRowsWhichAreCountedByBoard) {
     const auto hit = leaves[leaves.size() / 2];
     const auto lost = static_cast<std::size_t>(
         number("SELECT ncell FROM dbstat WHERE pageno = " + std::to_string(hit)));
+    {
+        // By which what was replaced is found again.
+        const SQLite::Database database(storeFile().string(), SQLite::OPEN_READWRITE);
+        store::ChangeLog::keepReplacement(database.getHandle(), {.revision = 1, .note = "noted"});
+    }
+    open()->checkpoint();
     zero(hit);
     EXPECT_TRUE(open()->check().isDamaged);
     const auto report = salvage();
     EXPECT_FALSE(report.mayMissMore);
+    EXPECT_EQ(open()->replacementNote(), "noted");
     EXPECT_EQ(report.saved, kEntries - lost + 2);
     std::map<base::Uuid, std::size_t> missing;
     for (const auto& loss : report.losses) {
@@ -178,11 +229,155 @@ TEST_F(StoreSalvageTest, EveryPageMayBeGone) {
             const auto boardsLost = 2 - ModelContext(*container).count<Board>();
             EXPECT_EQ(entries + boardsLost, kEntries + boardsLost * 2 - sum.missing);
         }
-        // Without its root nothing of a table is found any more, but still known.
-        EXPECT_GE(entries, names[page] == "Entry internal" ? 0U : kEntries - 30U);
+        EXPECT_GE(entries, kEntries - 30U);
+        // One that leads to others costs nothing: those are all there.
+        EXPECT_TRUE(!names[page].ends_with(" internal") ||
+                    (report.saved == kEntries + 2U && sum.missing == 0 &&
+                     number("SELECT count(*) FROM \"Entry.attachmentData\"") == kEntries / 40))
+            << report.saved << " saved";
         std::filesystem::remove(report.kept);
     }
     EXPECT_GT(tried.size(), 8U);
+}
+
+TEST_F(StoreSalvageTest, WhatWasDeletedDoesNotComeBackFromPagesInUseNoMore) {
+    makeStore();
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        for (auto* entry : context.fetch<Entry>()) {
+            if (entry->sortOrder() >= kEntries / 2) {
+                context.remove(*entry);
+            }
+        }
+        context.save();
+        container->checkpoint();
+    }
+    ASSERT_GT(number("PRAGMA freelist_count"), 10);
+    zero(pages("Entry", "internal").at(0));
+    EXPECT_EQ(salvage().saved, kEntries / 2 + 2U);
+    expectSound(kEntries / 2);
+}
+
+/// The same store three times: as this version makes it, as an upgrade leaves it, and of an older
+/// version.
+TEST_F(StoreSalvageTest, AStoreThatDoesNotOpenIsSavedFromACopyThatDoes) {
+    enum class Made { now, upgraded, older };
+    // What is done to the file, how much is saved then, and whether it is known that it is all.
+    const struct {
+        const char* name;
+        Made made;
+        std::size_t from;
+        std::size_t zeros;
+        std::size_t left;
+        std::size_t leastSaved;
+        bool isKnown;
+        std::size_t boards = 2;
+        const char* flipped = nullptr;
+        bool hasEntryRoot = true;
+    } cases[] = {
+        {"first page", Made::now, 0, kPage, 100, kEntries + 2, true},
+        {"header", Made::now, 0, 100, 100, kEntries + 2, true},
+        {"tables' names", Made::now, 100, kPage - 100, 100, kEntries + 2, true},
+        {"a column's name", Made::now, 0, 0, 100, kEntries + 2, true, 2, "content"},
+        {"half of the file", Made::now, 0, 0, 50, kEntries / 4, false},
+        {"first page, half of the file", Made::now, 0, kPage, 50, kEntries / 4, false},
+        {"first page, root", Made::now, 0, kPage, 100, kEntries + 2, false, 2, nullptr, false},
+        {"all pages where tables begin", Made::now, 0, 16 * kPage, 100, kEntries / 2, false, 0},
+        {"first page", Made::upgraded, 0, kPage, 100, kEntries + 2, false},
+        {"first page, root", Made::upgraded, 0, kPage, 100, kEntries + 2, false, 2, nullptr, false},
+        {"header", Made::upgraded, 0, 100, 100, kEntries + 2, true},
+        {"a column's name", Made::older, 0, 0, 100, kEntries + 2, false, 2, "content"},
+        {"first page", Made::older, 0, kPage, 100, kEntries + 2, false},
+        {"header", Made::older, 0, 100, 100, kEntries + 2, true},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name + std::string(", made ") + std::to_string(int(each.made)));
+        if (each.made == Made::now) {
+            makeStore();
+        } else {
+            makeOldStore();
+        }
+        if (each.made == Made::upgraded) {
+            open({.whenOlder = store::ModelConfiguration::Older::upgrade})->checkpoint();
+            open(); // a good start, after which there is but one store
+        }
+        if (!each.hasEntryRoot) {
+            zero(pages("Entry", "internal").at(0));
+        }
+        if (each.flipped) {
+            overwrite(1, bytesOf(storeFile()).find(each.flipped), "K");
+        }
+        overwrite(1, each.from, std::string(each.zeros, '\0'));
+        std::filesystem::resize_file(storeFile(),
+                                     std::filesystem::file_size(storeFile()) * each.left / 100);
+        const auto before = bytesOf(storeFile());
+        EXPECT_THAT(
+            refusal({.whenOlder = store::ModelConfiguration::Older::upgrade}),
+            testing::AnyOf(store::StoreErrorCase::damaged, store::StoreErrorCase::notAStore));
+        const auto report = salvage();
+        EXPECT_GE(report.saved, each.leastSaved);
+        // SQLite notes in the header of one that it opens that its journal is gone.
+        const std::size_t from = each.flipped ? 100 : 0;
+        EXPECT_TRUE(bytesOf(report.kept).substr(from) == before.substr(from));
+        const auto sum = sumOf(report);
+        EXPECT_EQ(sum.altered, 0U);
+        EXPECT_EQ(report.mayMissMore, !each.isKnown);
+        if (each.isKnown) {
+            EXPECT_EQ(report.saved + sum.missing, kEntries + 2U);
+        }
+        expectSound(report.saved - each.boards, each.boards == 2 ? 0 : kEntries);
+        EXPECT_THAT(namesIn(folder()), testing::Each(testing::Not(testing::HasSubstr(".new-"))));
+    }
+}
+
+TEST_F(StoreSalvageTest, WhatIsNoStoreOrInUseIsLeftAsItIs) {
+    makeStore();
+    auto other = open();
+    // By another program: to close the file here gives up the locks on it.
+    const auto zeroing = "dd if=/dev/zero of='" + storeFile().string() +
+                         "' bs=4096 count=1 conv=notrunc 2>/dev/null";
+    ASSERT_EQ(std::system(zeroing.c_str()), 0);
+    EXPECT_EQ(caseOf<store::StoreError>([&] { salvage(); }), store::StoreErrorCase::busy);
+    other.reset();
+    const auto whole = bytesOf(storeFile());
+    for (const auto& content : {std::string(5000, 'n'), std::string(20'000, '\0'), circle(whole)}) {
+        std::ofstream(storeFile(), std::ios::binary) << content;
+        EXPECT_EQ(caseOf<store::StoreError>([&] { salvage(); }),
+                  store::StoreErrorCase::nothingReadable);
+        EXPECT_TRUE(bytesOf(storeFile()) == content);
+        EXPECT_THAT(namesIn(folder()), testing::Each(testing::Not(testing::HasSubstr(".new-"))));
+    }
+}
+
+TEST_F(StoreSalvageTest, ANewerStoreWithoutItsHeaderIsNotTakenForOneOfThisVersion) {
+    makeStore();
+    SQLite::Database(storeFile().string(), SQLite::OPEN_READWRITE)
+        .exec("ALTER TABLE Entry ADD COLUMN mood TEXT");
+    open()->checkpoint();
+    overwrite(1, 0, std::string(100, '\0'));
+    EXPECT_EQ(caseOf<store::StoreError>([&] { salvage(); }), store::StoreErrorCase::newerVersion);
+}
+
+/// The journal of the store that is kept would pass for the new one's.
+TEST_F(StoreSalvageTest, TheJournalOfADamagedStoreIsReadAndGoesWithIt) {
+    makeStore();
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        auto& entry = *context.find<Entry>(contents.begin()->first);
+        auto& text = contents.begin()->second;
+        text.replace(0, 4, "ENTR"); // no longer than before, so that the first page stays as it is
+        entry.setContent(text);
+        context.save();
+    }
+    ASSERT_GT(std::filesystem::file_size(journalFile()), 0U);
+    overwrite(1, 16, std::string("\x20\x00", 2)); // pages of another size than the journal's
+    const auto journal = bytesOf(journalFile());
+    const auto report = salvage();
+    EXPECT_EQ(report.saved, kEntries + 2U);
+    EXPECT_TRUE(bytesOf(report.kept.string() + "-wal") == journal);
+    expectSound(kEntries);
 }
 
 TEST_F(StoreSalvageTest, FlippedBitsCostNoMoreThanTheyHit) {
@@ -218,6 +413,7 @@ TEST_F(StoreSalvageTest, WordsOutliveTheirIdentifier) {
     change("UPDATE Entry SET id = 'none' WHERE rowid = 7");
     change("UPDATE Entry SET id = x'00', typeRawValue = 5 WHERE rowid = 8");
     change("UPDATE Board SET id = x'01' WHERE rowid = 2");
+    change("INSERT INTO ChangeLog(revision, changes) VALUES(9223372036854775807, NULL)");
     {
         // Two rows with one identifier: of an index that does not know of the second.
         SQLite::Database database(storeFile().string(), SQLite::OPEN_READWRITE);
@@ -235,6 +431,7 @@ TEST_F(StoreSalvageTest, WordsOutliveTheirIdentifier) {
     const auto sum = sumOf(salvage());
     EXPECT_EQ(sum.missing, 0U);
     EXPECT_EQ(sum.altered, 5U);
+    EXPECT_LT(number("SELECT max(revision) FROM ChangeLog"), 100);
     const auto container = open();
     EXPECT_FALSE(container->check().isDamaged);
     std::multiset<std::string> before;

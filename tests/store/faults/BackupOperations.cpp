@@ -2,8 +2,11 @@
 
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
+#include "model/EntryAttachment.h"
 #include "storage/AutomaticBackup.h"
 #include "storage/FolderBookmark.h"
+
+#include <array>
 
 namespace korvex::faults {
 
@@ -40,6 +43,16 @@ void writeImported(Program& program) {
     storage::writeBackup(otherStore(), program.importedFile(), work);
 }
 
+/// More than is kept in memory until a save ends.
+void writeLargeImported(Program& program) {
+    auto document = otherStore();
+    const std::array attached{model::EntryAttachment{
+        .id = base::Uuid::random(), .filename = "large", .data = base::Bytes(4 << 20, 'x')}};
+    document.entries.back().attachmentData = model::EntryAttachment::encode(attached);
+    storage::Work work;
+    storage::writeBackup(document, program.importedFile(), work);
+}
+
 void exportBackup(Program& program) {
     auto work = program.steps.work();
     storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
@@ -56,6 +69,40 @@ void importBackup(Program& program) {
 void undoImport(Program& program) {
     auto work = program.steps.work();
     program.backups().undoRestore(program.recoveryFile(), kLater, work);
+}
+
+/// As the window does: prepared on a container of its own for reading, which a thread has there.
+void finishInWindow(Program& program, storage::PreparedRestore prepared, storage::Work& work) {
+    program.steps.reached("before replacing");
+    const auto service = program.backups();
+    for (int followed = 0; !service.finish(prepared, kLater, work); ++followed) {
+        if (followed == storage::BackupService::kFollowedRevisions) {
+            storage::refuseChanged(prepared.kind);
+        }
+        const auto reader = storage::openForReading(program.file, program.log);
+        storage::followRevision(prepared, *reader, work);
+    }
+}
+
+void importInWindow(Program& program) {
+    auto work = program.steps.work();
+    storage::ValidBackup backup(storage::readBackup(program.importedFile(), work), program.log);
+    program.backups().validateReplacement();
+    const auto reader = storage::openForReading(program.file, program.log);
+    finishInWindow(program,
+                   storage::prepareRestore(std::move(backup), *reader, program.recoveryFile(),
+                                           kLater, program.log, work),
+                   work);
+}
+
+void undoInWindow(Program& program) {
+    auto work = program.steps.work();
+    program.backups().validateReplacement();
+    const auto reader = storage::openForReading(program.file, program.log);
+    finishInWindow(program,
+                   storage::prepareUndo(*reader, program.recoveryFile(), std::nullopt, kLater,
+                                        program.log, work),
+                   work);
 }
 
 /// As the window does.
@@ -91,9 +138,15 @@ void chooseAndBackUp(Program& program) {
 
 const Operations& backupOperations() {
     static const Operations all{
-        {"write-imported", writeImported}, {"export", exportBackup},
-        {"import", importBackup},          {"undo-import", undoImport},
-        {"back-up", backUpAgain},          {"automatic-backup", chooseAndBackUp},
+        {"write-imported", writeImported},
+        {"write-large", writeLargeImported},
+        {"export", exportBackup},
+        {"import", importBackup},
+        {"import-in-window", importInWindow},
+        {"undo-import", undoImport},
+        {"undo-in-window", undoInWindow},
+        {"back-up", backUpAgain},
+        {"automatic-backup", chooseAndBackUp},
     };
     return all;
 }

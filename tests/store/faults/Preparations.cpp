@@ -32,6 +32,20 @@ void writeOld(const fs::path& file, const char* version) {
     }
 }
 
+void zero(const fs::path& file, int page) {
+    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+    stream.seekp(std::streamoff{4096} * (page - 1));
+    stream << std::string(4096, '\0');
+}
+
+/// The last page of entries is gone.
+void damage(const fs::path& file) {
+    // To write, so that it leaves nothing beside the file.
+    zero(file, SQLite::Database(file, SQLite::OPEN_READWRITE)
+                   .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
+                               "pagetype = 'leaf'"));
+}
+
 void prepareV10(const fs::path& file, Steps&) {
     writeOld(file, "V10");
 }
@@ -43,6 +57,16 @@ void prepareV13(const fs::path& file, Steps&) {
 /// Where older programs kept it; the folder of the store is there and empty.
 void prepareLegacy(const fs::path& file, Steps&) {
     writeOld(file.parent_path() / "legacy" / "default.store", "V13");
+}
+
+void prepareDamagedV13(const fs::path& file, Steps& steps) {
+    prepareV13(file, steps);
+    damage(file);
+}
+
+void prepareDamagedLegacy(const fs::path& file, Steps& steps) {
+    prepareLegacy(file, steps);
+    damage(file.parent_path() / "legacy" / "default.store");
 }
 
 void fill(Program& program, const fs::path& file) {
@@ -74,6 +98,16 @@ void prepareUnsound(const fs::path& file, Steps& steps) {
     context.save();
 }
 
+/// SQLite does not open it any more, but all rows are there.
+void prepareWithoutFirstPage(const fs::path& file, Steps& steps) {
+    {
+        Program program(steps);
+        fill(program, file);
+        program.container->checkpoint();
+    }
+    zero(file, 1);
+}
+
 /// A page of entries is gone.
 void prepareDamaged(const fs::path& file, Steps& steps) {
     Program program(steps);
@@ -84,21 +118,21 @@ void prepareDamaged(const fs::path& file, Steps& steps) {
     }
     program.entries().createTodos({.contents = contents, .board = program.inbox(), .now = kNow});
     program.container->checkpoint();
-    const int page = SQLite::Database(file, SQLite::OPEN_READONLY)
-                         .execAndGet("SELECT max(pageno) FROM dbstat WHERE name = 'Entry' AND "
-                                     "pagetype = 'leaf'");
-    std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-    stream.seekp(std::streamoff{4096} * (page - 1));
-    stream << std::string(4096, '\0');
+    damage(file);
 }
 
 } // namespace
 
 const FileOperations& preparations() {
     static const FileOperations all{
-        {"prepare-v10", prepareV10},         {"prepare-v13", prepareV13},
-        {"prepare-legacy", prepareLegacy},   {"prepare-unsound", prepareUnsound},
+        {"prepare-v10", prepareV10},
+        {"prepare-v13", prepareV13},
+        {"prepare-legacy", prepareLegacy},
+        {"prepare-unsound", prepareUnsound},
         {"prepare-damaged", prepareDamaged},
+        {"prepare-damaged-v13", prepareDamagedV13},
+        {"prepare-damaged-legacy", prepareDamagedLegacy},
+        {"prepare-without-first-page", prepareWithoutFirstPage},
     };
     return all;
 }

@@ -116,7 +116,7 @@ void checkOrders(Program& program) {
 /// Wherever one has its name, it must be whole. Throws where it is not.
 void checkBackups(Program& program) {
     const auto chosen = program.chosenFolder();
-    if (fs::exists(chosen) && storage::backupsIn(chosen).size() < kKeptBackups) {
+    if (fs::exists(chosen) && storage::backupsIn(chosen).backups.size() < kKeptBackups) {
         say("WRONG: a backup was lost");
     }
     for (const auto& each : fs::recursive_directory_iterator(program.folder)) {

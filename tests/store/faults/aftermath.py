@@ -5,8 +5,8 @@ import pathlib
 import re
 import shutil
 
-from fault_driver import (BROKEN, DATA, KEPT_BACKUPS, STORE, drive, perform, state_of, succeeds,
-                          verify_word)
+from fault_driver import (BROKEN, DATA, FIRST_IMPORTS, KEPT_BACKUPS, REPAIRS, RESTORES, STORE, drive,
+                          perform, state_of, succeeds, verify_word)
 
 BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
              "exported", "exported/mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
@@ -15,17 +15,18 @@ BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korv
              "settings.json", "settings.json.lock", "chosen"}
 # What stays beside the store on purpose, and how much of it: for good, or until the start after the
 # next.
-KEPT = {"repair": (STORE + ".damaged-", 1), "upgrade": (STORE + ".BeforeV17-", 1),
+KEPT = {**{repair: (STORE + ".damaged-", 1) for repair in REPAIRS}, "upgrade": (STORE + ".BeforeV17-", 1),
         "upgrade-attachments": (STORE + ".BeforeV17-", 1), "cloud": (STORE + ".BeforeCloudV11-", 2)}
 # What stands beside the recovery snapshot until a restore succeeds again. Of an import that failed:
 # the snapshot of the last one that did not. Of an undo that the store's own journal failed: its
 # snapshot, since nobody can say whether a power cut would bring that save to life.
 LAST_SNAPSHOT = "Recovery/BeforeLastRestore.korvexbackup"
 UNDO_SNAPSHOT = "Recovery/BeforeUndo.korvexbackup"
+NOTHING = "There is nothing to take back"
 # SQLite's own beside a store that a killed program was reading.
 OF_LEGACY = {"legacy/default.store-wal", "legacy/default.store-shm"}
 # Where a repair fails the start goes on, and the next one repairs.
-REPAIRED_LATER = ("start", "carry-over")
+REPAIRED_LATER = ("start", "carry-over", "carry-over-damaged")
 
 
 def names_in(folder):
@@ -46,16 +47,17 @@ class Aftermath:
         perform(done, operation)
         self.after = state_of(drive(done, self.verify))
         # Of a damaged store nothing can be said; what matters comes of the operation.
-        self.before = (None if operation == "repair"
+        self.before = (None if operation in REPAIRS
                        else state_of(drive(self.fresh_folder(), self.verify)))
         self.allowed = {self.before, self.after}
         if start is None:
             # The file is there whole before it gets its first board.
             self.allowed.add("state ")
-        if operation in ("import", "import-again", "undo-import"):
+        if operation in RESTORES:
             self.typed = {self.before: self.state_after("add"),
                           self.after: self.state_after(operation, "add")}
-            self.taken_back = {self.before: self.state_after("undo-import"),
+            self.taken_back = {self.before: (None if operation in FIRST_IMPORTS
+                                             else self.state_after("undo-import")),
                                self.after: self.state_after(operation, "undo-import")}
 
     def fresh_folder(self):
@@ -78,9 +80,9 @@ class Aftermath:
             yield from self.left_behind(folder, allowed | last)
         found = drive(folder, self.verify)
         state = state_of(found)
-        if self.operation == "repair":
+        if self.operation in REPAIRS:
             # A damaged store is saved by then, or can still be.
-            if not acknowledged and not succeeds(folder, "repair"):
+            if not acknowledged and not succeeds(folder, self.operation):
                 yield "the next repair does not succeed"
             if not any(".damaged-" in name for name in names_in(folder / DATA)):
                 yield "the damaged store is gone"
@@ -98,12 +100,11 @@ class Aftermath:
         yield from self.left_behind(folder, OF_LEGACY if allowed is None else frozenset())
 
     def next_steps(self, folder, state):
-        if self.operation in ("import", "import-again", "undo-import"):
+        if self.operation in RESTORES:
             yield from self.way_back(folder, state)
         elif self.operation == "automatic-backup":
             yield from self.next_backup(folder)
-        elif state in ("state none", "state ") or self.operation in ("start", "carry-over", "cloud",
-                                                                     "export"):
+        elif state in ("state none", "state ") or self.operation in (*REPAIRED_LATER, "cloud", "export"):
             # Verifying never creates; the next start does.
             if not succeeds(folder, self.operation):
                 yield "the next run does not succeed"
@@ -117,7 +118,7 @@ class Aftermath:
             drive(folder, "verify")
             if kept := [name for name in names_in(folder / DATA) if ".BeforeV17-" in name]:
                 yield f"kept after a good start: {kept}"
-        if self.operation == "carry-over":
+        if self.operation.startswith("carry-over"):
             legacy = pathlib.Path("legacy", "default.store")
             if (folder / DATA / legacy).read_bytes() != (self.start / DATA / legacy).read_bytes():
                 yield "the legacy store was changed"
@@ -128,9 +129,13 @@ class Aftermath:
             yield "nothing can be added"
         forth, back = state, self.taken_back.get(state)
         there = "undo-import"
-        if self.operation == "import" and state == self.before:
-            # There is nothing to take back yet.
-            there, back = "import", self.after
+        if self.operation in FIRST_IMPORTS and state == self.before:
+            # There is nothing to take back yet, whatever is kept.
+            done = perform(folder, there)
+            if [NOTHING in line for line in done] != [True, True] or state_of(
+                    drive(folder, "verify")) != self.typed[state]:
+                yield f"taken back after {state}, which nothing has replaced: {done}"
+            there, back = self.operation, self.after
         for step, expected in ((there, back), ("undo-import", self.typed.get(forth))):
             done = perform(folder, step)
             found = drive(folder, "verify")
@@ -157,5 +162,7 @@ class Aftermath:
         left -= BELONGING | allowed
         prefix, limit = KEPT.get(self.operation, (STORE + "?", 0))
         kept = {name for name in left if name.startswith(prefix)}
-        if left - kept or len(kept) > limit:
+        # One whose journal could not be emptied keeps it.
+        stores = {name for name in kept if not name.endswith(("-wal", "-journal"))}
+        if left - kept or len(stores) > limit:
             yield f"left behind: {sorted(left)}"

@@ -13,8 +13,9 @@ import tempfile
 DRIVER = sys.argv[1]
 SKIPPED = 77
 
-# In a folder of its own, which a new store makes.
-DATA = "data"
+# In a folder of its own, which a new store makes, with those that it is in.
+ROOT = "data"
+DATA = ROOT + "/share/korvex"
 STORE = "Primary.store"
 # Of automatic backups, how many the driver keeps.
 KEPT_BACKUPS = 2
@@ -27,9 +28,12 @@ PROOF = "[proof that it can be written]"
 STARTS = {
     "create-store": (),
     "import": ("prepare", "write-imported"),
+    "import-large": ("prepare", "write-large"),
+    "import-in-window": ("prepare", "write-imported"),
     # After one that there is a way back from.
     "import-again": ("prepare", "write-imported", "import", "add"),
     "undo-import": ("prepare", "write-imported", "import", "add"),
+    "undo-in-window": ("prepare", "write-imported", "import", "add"),
     "automatic-backup": ("prepare", *["automatic-backup"] * KEPT_BACKUPS),
     "upgrade": ("prepare-v10",),
     "upgrade-attachments": ("prepare-v13",),
@@ -37,9 +41,21 @@ STARTS = {
     "start": ("prepare-unsound",),
     "cloud": ("prepare-unsound",),
     "repair": ("prepare-damaged",),
+    "repair-older": ("prepare-damaged-v13",),
+    "carry-over-damaged": ("prepare-damaged-legacy",),
+    "repair-first-page": ("prepare-without-first-page",),
 }
+# What replaces the store: for the first time, after which alone something can be taken back; all.
+FIRST_IMPORTS = ("import", "import-large", "import-in-window")
+RESTORES = (*FIRST_IMPORTS, "import-again", "undo-import", "undo-in-window")
 # The driver's word, where it is another.
-WORDS = {"import-again": "import", "upgrade-attachments": "upgrade", "carry-over": "start"}
+WORDS = {"import-again": "import", "import-large": "import", "upgrade-attachments": "upgrade",
+         "carry-over": "start", "carry-over-damaged": "start", "repair-first-page": "repair",
+         "repair-older": "repair"}
+# They save what can be read of a damaged store.
+REPAIRS = ("repair", "repair-first-page", "repair-older")
+# Of which the metadata may have yet to be mended.
+UNSOUND = ("start", "cloud", "carry-over-damaged", *REPAIRS)
 
 
 def drive(folder, *words, tracer=()):
@@ -59,7 +75,7 @@ def succeeds(folder, operation):
 
 def verify_word(operation):
     """How a store is looked at that a repair may have yet to make dense."""
-    return "verify-unsound" if operation in ("start", "cloud", "repair") else "verify"
+    return "verify-unsound" if operation in UNSOUND else "verify"
 
 
 def strace(output, *expressions):

@@ -1,4 +1,4 @@
-"""A file system of 8 MiB that is full but for some room, from none to what an operation needs:
+"""A small file system that is full but for some room, from none to what an operation needs:
 `store_fault_driver` imports there, takes back, exports, backs up. It succeeds, or is refused and
 the store is whole with nothing left beside it; also when it is killed at the first call that found
 no room. Once there is room the next run needs no hands. A run that is killed with all of its file
@@ -14,13 +14,17 @@ import subprocess
 import sys
 
 from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import DATA, SKIPPED, perform, run, strace, succeeds, traced
+from fault_driver import DATA, SKIPPED, STORE, drive, perform, run, state_of, strace, succeeds, traced
 
-OPERATIONS = ("import", "undo-import", "export", "automatic-backup")
-SIZE = 8 << 20
-STEP = 16 << 10
+OPERATIONS = ("import", "import-in-window", "import-large", "undo-import", "undo-in-window", "export",
+              "automatic-backup")
+# The size of its file system, and the steps of room in it.
+SIZES = {"import-large": (32 << 20, 1 << 20)}
+USUAL = (8 << 20, 16 << 10)
 # For what a store's journal takes when it is opened once more.
 SLACK = 64 << 10
+# That a program leaves behind.
+LONGEST_JOURNAL = 256 << 10
 CALLS = "write,pwrite64,fsync,fdatasync,rename,ftruncate,mkdir,mkdirat,openat"
 INSIDE = ["unshare", "--map-root-user", "--mount"]
 
@@ -33,8 +37,9 @@ class SmallDisk:
     def __init__(self, operation, start, scratch):
         self.operation = operation
         self.aftermath = Aftermath(operation, start, scratch)
-        needed = next(room for room in range(0, SIZE, STEP) if self.suffices(room))
-        rooms = range(0, needed + 1, STEP)
+        self.size, step = SIZES.get(operation, USUAL)
+        needed = next(room for room in range(0, self.size, step) if self.suffices(room))
+        rooms = range(0, needed + 1, step)
         if len(rooms) < 3:
             sys.exit(f"{operation} was not seen on a full disk")
         self.cases = [Case(room, ended) for room in rooms for ended in ("itself", "on a full disk")]
@@ -47,7 +52,8 @@ class SmallDisk:
     def mounted(self, room):
         """A folder with the start, on a file system that has this much room besides."""
         folder = self.aftermath.fresh_folder()
-        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={SIZE}", "tmpfs", folder], check=True)
+        subprocess.run(["mount", "-t", "tmpfs", "-o", f"size={self.size}", "tmpfs", folder],
+                       check=True)
         shutil.copytree(self.aftermath.start / DATA, folder / DATA)
         self.fill(folder, room)
         return folder
@@ -96,6 +102,11 @@ class SmallDisk:
                 if not succeeds(folder, self.operation):
                     yield "what was left takes the room of the next run"
                 return
+            # Who opens the store gives back what a killed save has written of its journal.
+            is_undone = state_of(drive(folder, "verify")) == self.aftermath.before
+            journal = folder / DATA / (STORE + "-wal")
+            if is_undone and journal.exists() and journal.stat().st_size > LONGEST_JOURNAL:
+                yield f"the journal takes {journal.stat().st_size} bytes of the full disk"
             (folder / "ballast").unlink()
             yield from self.aftermath.problems(folder, "acknowledged" in said,
                                                None if fatal else {UNDO_SNAPSHOT})

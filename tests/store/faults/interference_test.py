@@ -12,10 +12,11 @@ import shutil
 import sys
 
 from aftermath import LAST_SNAPSHOT, Aftermath, names_in
-from fault_driver import BROKEN, DATA, DRIVER, STORE, drive, perform, run, state_of, succeeds
+from fault_driver import (BROKEN, DATA, DRIVER, FIRST_IMPORTS, RESTORES, STORE, drive, perform, run,
+                          state_of, succeeds)
 
-RESTORES = ("import", "import-again", "undo-import")
-OPERATIONS = (*RESTORES, "export", "automatic-backup")
+# How much is imported changes nothing of who comes between.
+OPERATIONS = (*(each for each in RESTORES if each != "import-large"), "export", "automatic-backup")
 CHANGED = "Your data changed while the recovery backup was being saved."
 GONE = "not there, or another one stands in its place"
 
@@ -38,9 +39,10 @@ class Interferences:
         steps = [line for line in said if line.startswith("step ")]
         if len(steps) < 4 or said[-1] != "acknowledged":
             sys.exit(f"{operation} was not seen at work: {said}")
-        acts = {"import": (self.taken_back,), "undo-import": (self.taken_back,),
-                # One after the other they leave the words of two stores, of which one is kept.
-                "import-again": ()}.get(operation, (self.gone, self.replaced))
+        acts = (self.gone, self.replaced)
+        if operation in RESTORES:
+            # One import after the other leaves the words of two stores, of which one is kept.
+            acts = () if operation == "import-again" else (self.taken_back,)
         self.cases = [Case(step, act) for step in range(1, len(steps) + 1)
                       for act in (self.added, *acts)]
 
@@ -104,7 +106,7 @@ class Interferences:
         words = state_of(found) + "".join(
             entry["content"] for snapshot in (folder / DATA / "Recovery").glob("*.korvexbackup")
             for entry in json.loads(snapshot.read_bytes())["entries"])
-        for word in ("todo 0",) if self.operation == "import" else ("todo 0", "added"):
+        for word in ("todo 0",) if self.operation in FIRST_IMPORTS else ("todo 0", "added"):
             if word not in words:
                 yield f"{word} is lost: {said}, {log.read_text()}, {found}"
 

@@ -19,12 +19,13 @@ import sys
 import tempfile
 
 from aftermath import Aftermath
-from fault_driver import DATA, perform, run, strace, traced
+from fault_driver import ROOT, perform, run, strace, traced
 
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "export",
-              "import", "import-again", "undo-import", "automatic-backup", "upgrade",
-              "upgrade-attachments", "carry-over", "start", "cloud", "repair")
+              "import", "import-in-window", "import-again", "undo-import", "undo-in-window",
+              "automatic-backup", "upgrade", "upgrade-attachments", "carry-over",
+              "carry-over-damaged", "start", "cloud", "repair", "repair-first-page", "repair-older")
 RECORDED = ("open,openat,write,pwrite64,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
             "unlinkat,rmdir,mkdir,mkdirat,ftruncate,writev")
 # They would change files without being played back.
@@ -108,7 +109,7 @@ class Disk:
     """The files and folders below a folder, as calls change them."""
 
     def __init__(self, folder):
-        self.root = f"{folder}/{DATA}"
+        self.root = f"{folder}/{ROOT}"
         # By their paths below the root, which is "" itself.
         self.names = {str(path.relative_to(self.root)):
                       FOLDER if path.is_dir() else File(path.read_bytes())
@@ -255,7 +256,7 @@ class Losses:
         self.scratch = scratch
         self.aftermath = Aftermath(operation, start, scratch)
         folder = self.aftermath.fresh_folder()
-        (folder / DATA).mkdir(exist_ok=True)
+        (folder / ROOT).mkdir(exist_ok=True)
         disk = Disk(folder)
         trace = folder / "trace"
         perform(folder, operation, tracer=(
@@ -293,10 +294,10 @@ class Losses:
         _, acknowledged, state = disk
         folder = pathlib.Path(tempfile.mkdtemp(dir=self.scratch))
         try:
-            (folder / DATA).mkdir()
+            (folder / ROOT).mkdir()
             files = {}
             for name, contents in sorted(state.items()):
-                path = folder / DATA / name
+                path = folder / ROOT / name
                 if contents is None:
                     path.mkdir()
                 elif contents and id(contents) in files:

@@ -13,7 +13,7 @@ import shutil
 import sys
 
 from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import BROKEN, DATA, STORE, perform, run, strace, traced
+from fault_driver import BROKEN, REPAIRS, ROOT, STORE, perform, run, strace, traced
 
 WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
@@ -23,8 +23,9 @@ LONG = 75
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", "delete", "attach",
               "move-attachment", "move-board", "complete-all", "restore-deleted", "save",
-              "checkpoint", "export", "import", "import-again", "undo-import", "automatic-backup",
-              "upgrade", "upgrade-attachments", "carry-over", "start", "cloud", "repair")
+              "checkpoint", "export", "import", "import-in-window", "import-again", "undo-import",
+              "undo-in-window", "automatic-backup", "upgrade", "upgrade-attachments", "carry-over",
+              "carry-over-damaged", "start", "cloud", *REPAIRS)
 # How the folder of automatic backups is named while one is made.
 HELD = "/proc/self/fd/"
 
@@ -49,7 +50,7 @@ class Faults:
     def calls_on(folder, trace):
         """Each call that concerns the folder: its name, its number, whether in the first thread."""
         concerned = [(name, number, is_first) for is_first, number, name, line in traced(trace)
-                     if str(folder / DATA) in line or HELD in line]
+                     if str(folder / ROOT) in line or HELD in line]
         first = {call[:2] for call in concerned if call[2]}
         return [call for call in concerned if call[2] or call[:2] not in first]
 

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace korvex::store {
@@ -33,6 +34,10 @@ struct SalvageReport {
     bool mayMissMore = false;
     /// The damaged store.
     std::filesystem::path kept;
+    /// Where something is lost: the stores of before an upgrade, which may still hold it.
+    std::vector<std::filesystem::path> formerStores;
+    /// What else the user should know of it, in full sentences.
+    std::vector<std::string> notices;
 };
 
 /// Told for each record that is read how many of its type were read before, and how many there are.
@@ -42,9 +47,8 @@ using SalvageProgress = std::function<void(std::size_t done, std::size_t of)>;
 /// takes its place when it is on the disk. The damaged file stays beside it under the name
 /// "Primary.store.damaged-…". The store may be of an older version. No connection may be open in
 /// this process; waits `patience` for other programs to close theirs. Blocks, some microseconds for
-/// each row; any thread. What `progress` throws ends the work. Throws
-/// StoreError. After a failure the store is as it was, but for its journal, which may
-/// have been moved into the file.
+/// each row; any thread. What `progress` throws ends the work. Throws StoreError. After a failure
+/// the store is as it was, but for its journal, which may have been moved into the file.
 SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
                            std::chrono::milliseconds patience, base::LogSink& log,
                            const SalvageProgress& progress = {});

@@ -1,0 +1,66 @@
+#include "store/salvage/DamagedRows.h"
+
+#include "store/StoreError.h"
+#include "store/TableSql.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace korvex::store {
+
+namespace {
+
+/// What a row takes of a page at least.
+constexpr std::int64_t kLeastRowBytes = 4;
+
+} // namespace
+
+RowRead readNext(Statement& rows) {
+    try {
+        return rows.step() ? RowRead::row : RowRead::end;
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+        return RowRead::damage;
+    }
+}
+
+bool readAll(sqlite3* database, const std::string& sql,
+             const std::function<void(const Statement&)>& sink) {
+    std::optional<Statement> rows;
+    std::int64_t most = 0;
+    try {
+        most = pragmaNumber(database, "page_count") * pragmaNumber(database, "page_size") /
+               kLeastRowBytes;
+        rows.emplace(database, sql);
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+        return false;
+    }
+    auto read = readNext(*rows);
+    for (; read == RowRead::row && most > 0; --most) {
+        sink(*rows);
+        read = readNext(*rows);
+    }
+    return read == RowRead::end;
+}
+
+bool areComplete(sqlite3* database, const std::vector<OlderTable>& tables) {
+    const auto isComplete = [&](const std::string& column, const std::string& name) {
+        return readAll(database, "SELECT " + column + " FROM " + name + " NOT INDEXED",
+                       [](const Statement&) {});
+    };
+    return std::all_of(tables.begin(), tables.end(), [&](const OlderTable& table) {
+        const auto& fields = table.type->fields;
+        return isComplete("rowid", tableSql::quoted(table.type->name)) &&
+               std::all_of(fields.begin(), fields.end(), [&](const Field& field) {
+                   return field.kind != FieldKind::externalBytes || !table.has(field.name) ||
+                          isComplete("owner", tableSql::externalTable(*table.type, field));
+               });
+    });
+}
+
+} // namespace korvex::store

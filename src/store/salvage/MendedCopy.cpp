@@ -1,0 +1,303 @@
+#include "store/salvage/MendedCopy.h"
+
+#include "store/Statement.h"
+#include "store/StoreError.h"
+#include "store/salvage/DamagedPages.h"
+#include "store/salvage/DamagedRows.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <functional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace korvex::store {
+
+namespace {
+
+constexpr std::chrono::milliseconds kWait{2};
+/// Which bytes of a database's file SQLite locks: for a connection's life, in the mode with a
+/// journal.
+constexpr off_t kLockedFrom = 0x40000000;
+constexpr off_t kLockedBytes = 512;
+
+/// Of a copy: in one go, and where the disk does not give that.
+constexpr std::size_t kPiece = 1 << 20;
+constexpr std::size_t kSector = 4096;
+
+constexpr std::size_t kApplicationIDInHeader = 68;
+
+/// Whether the first page was written by this system.
+bool isOurs(const base::Bytes& page) {
+    return std::equal(StoreFile::kMagic.begin(), StoreFile::kMagic.end(), page.begin()) &&
+           numberAt(page, kApplicationIDInHeader, 4) == StoreFile::kApplicationID;
+}
+
+/// What the disk does not give is left zero. Whether it gave all.
+bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy) {
+    const base::FileDescriptor target(
+        ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    struct stat status {};
+    if (!target.isOpen() || ::fstat(source.get(), &status) != 0 ||
+        ::ftruncate(target.get(), status.st_size) != 0) {
+        throwSystemError(errno);
+    }
+    std::vector<char> piece(kPiece);
+    auto isWhole = true;
+    auto wanted = kPiece;
+    for (off_t at = 0; at < status.st_size;) {
+        const auto size = ::pread(source.get(), piece.data(), wanted, at);
+        if (size == 0) {
+            return false;
+        }
+        if (size > 0) {
+            if (::pwrite(target.get(), piece.data(), static_cast<std::size_t>(size), at) != size) {
+                throwSystemError(ENOSPC);
+            }
+            at += size;
+        } else if (errno == EIO) {
+            // From its beginning, a sector at a time.
+            at += wanted == kSector ? off_t{kSector} - at % off_t{kSector} : 0;
+            isWhole = isWhole && wanted != kSector;
+            wanted = kSector;
+        } else if (errno != EINTR) {
+            throwSystemError(errno);
+        }
+        wanted = at % off_t{kPiece} == 0 && size > 0 ? kPiece : wanted;
+    }
+    return isWhole;
+}
+
+/// What follows the header is of the tables' making.
+base::Bytes headerOf(base::Bytes page) {
+    page.resize(kHeaderBytes);
+    return page;
+}
+
+} // namespace
+
+MendedCopy::MendedCopy(const StoreFile& file, const Schema& schema,
+                       std::chrono::milliseconds patience)
+    : m_file(file), m_schema(schema), m_layouts(storeLayouts(schema)), m_copy(file.stagingName()) {
+    holdAlone(patience);
+    try {
+        copy();
+        applyJournal();
+        if (opensWithItsHeader() || opensWithNewHeader()) {
+            findLooseTrees();
+        } else if (!opensWithNewFirstPage()) {
+            throw StoreError(StoreErrorCase::nothingReadable);
+        }
+    } catch (const SQLite::Exception& error) {
+        m_file.removeStaging();
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    } catch (...) {
+        m_database.reset();
+        m_file.removeStaging();
+        throw;
+    }
+}
+
+MendedCopy::~MendedCopy() {
+    m_database.reset();
+    m_file.removeStaging();
+}
+
+void MendedCopy::holdAlone(std::chrono::milliseconds patience) {
+    m_held = base::FileDescriptor(::open(m_file.path().c_str(), O_RDWR | O_CLOEXEC));
+    if (!m_held.isOpen()) {
+        throwSystemError(errno);
+    }
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    struct flock lock {};
+    lock.l_type = F_WRLCK;
+    lock.l_whence = SEEK_SET;
+    lock.l_start = kLockedFrom;
+    lock.l_len = kLockedBytes;
+    while (::fcntl(m_held.get(), F_OFD_SETLK, &lock) != 0) {
+        if (errno != EAGAIN && errno != EACCES) {
+            throwSystemError(errno);
+        }
+        if (std::chrono::steady_clock::now() >= deadline) {
+            throw StoreError(StoreErrorCase::busy);
+        }
+        std::this_thread::sleep_for(kWait);
+    }
+}
+
+void MendedCopy::copy() {
+    m_mayLackTables = !copyReadable(m_held, m_copy);
+    // Of a store that was killed just before another took its place they have its later name.
+    const auto kept = m_file.keptName("damaged");
+    for (const auto* suffix : StoreFile::kJournals) {
+        for (const auto& of : {m_file.path(), kept}) {
+            const base::FileDescriptor journal(
+                ::open((of.native() + suffix).c_str(), O_RDONLY | O_CLOEXEC));
+            if (journal.isOpen()) {
+                const auto isWhole = copyReadable(journal, m_copy.native() + suffix);
+                m_mayLackTables = m_mayLackTables || !isWhole;
+                break;
+            }
+            if (errno != ENOENT) {
+                throwSystemError(errno);
+            }
+        }
+    }
+}
+
+void MendedCopy::open() {
+    m_database.reset();
+    m_database = std::make_unique<SQLite::Database>(m_copy.string(), SQLite::OPEN_READWRITE);
+    for (const auto* sql : {"PRAGMA synchronous = OFF", "PRAGMA journal_mode = MEMORY"}) {
+        Statement statement(handle(), sql);
+        while (statement.step()) {
+        }
+    }
+}
+
+void MendedCopy::applyJournal() {
+    const DamagedPages pages(m_copy);
+    const auto first = pages.read(1);
+    const auto stranger = firstPage(m_layouts.front(), pages.size(), pages.count(), 2);
+    pages.write(1, stranger);
+    try {
+        open();
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+    }
+    m_database.reset();
+    const auto after = pages.read(1);
+    if (std::equal(after.begin() + kHeaderBytes, after.end(), stranger.begin() + kHeaderBytes)) {
+        pages.write(1, first); // there was none in the journal
+    }
+}
+
+/// Where a page that leads to others is damaged, those are still there.
+void MendedCopy::findLooseTrees() {
+    if (!areComplete(handle(), m_tables)) {
+        const DamagedPages pages(m_copy);
+        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true};
+        std::erase_if(m_looseTrees.roots, [free = pages.freePages()](std::uint32_t page) {
+            return free.contains(page);
+        });
+    }
+}
+
+/// Only its header, which is lost, would say of which version it is.
+bool MendedCopy::hasNewerColumns() const {
+    std::set<std::string, std::less<>> known{"rowid", "version", "checksum"};
+    for (const auto& version : m_schema.history) {
+        for (const auto& table : olderTables(m_schema, version.number)) {
+            for (const auto& field : table.rowFields()) {
+                known.emplace(field.name);
+            }
+        }
+    }
+    Statement columns(handle(), "SELECT name FROM pragma_table_info(?)");
+    return std::any_of(m_tables.begin(), m_tables.end(), [&](const OlderTable& table) {
+        columns.reset();
+        columns.bind(0, table.type->name);
+        auto isNewer = false;
+        while (columns.step()) {
+            isNewer = isNewer || !known.contains(columns.text(0));
+        }
+        return isNewer;
+    });
+}
+
+bool MendedCopy::opensWithItsHeader() {
+    const DamagedPages pages(m_copy);
+    auto header = headerOf(pages.read(1));
+    if (!isOurs(header)) {
+        return false;
+    }
+    setPageCount(header, pages.count());
+    pages.write(1, header);
+    try {
+        open();
+        m_tables = olderTables(m_schema, StoreFile::version(handle(), m_schema));
+        return hasTables(handle(), m_tables);
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+        return false;
+    }
+}
+
+bool MendedCopy::opensWithNewHeader() {
+    const DamagedPages pages(m_copy);
+    const auto former = headerOf(pages.read(1));
+    pages.write(1, headerOf(firstPage(m_layouts.front(), pages.size(), pages.count(), 2)));
+    try {
+        open();
+        for (auto at = m_schema.history.rbegin(); at != m_schema.history.rend(); ++at) {
+            m_tables = olderTables(m_schema, at->number);
+            if (hasTables(handle(), m_tables)) {
+                if (hasNewerColumns()) {
+                    throw StoreError(StoreErrorCase::newerVersion);
+                }
+                return true;
+            }
+        }
+    } catch (const StoreError& error) {
+        if (!isDamage(error)) {
+            throw;
+        }
+    }
+    m_database.reset();
+    pages.write(1, former);
+    return false;
+}
+
+bool MendedCopy::opensWithNewFirstPage() {
+    m_database.reset();
+    const DamagedPages pages(m_copy);
+    const auto isKnownToBeOurs = isOurs(pages.read(1));
+    const auto roots = pages.roots();
+    const auto none = std::max(pages.count(), 1U) + 1;
+    pages.write(none, emptyTablePage(pages.size()));
+    const auto find = [&](const StoreLayout& layout) {
+        m_database.reset();
+        pages.write(1, firstPage(layout, pages.size(), none, none));
+        open();
+        m_tables = olderTables(m_schema, layout.version);
+        return TableRoots(handle(), layout, m_tables, roots, none);
+    };
+    const StoreLayout* best = nullptr;
+    std::int64_t most = 0;
+    auto mayLack = false;
+    for (const auto& layout : m_layouts) {
+        const auto found = find(layout);
+        const auto isWhole = found.areAllFound() && found.otherRows() == 0 && found.areComplete();
+        if (isWhole || found.soundRows() > most) {
+            most = found.soundRows();
+            best = &layout;
+            mayLack = !found.areCertain() || !found.areComplete();
+        }
+        if (isWhole) {
+            m_mayLackTables = m_mayLackTables || mayLack;
+            return true;
+        }
+    }
+    if (!best && !isKnownToBeOurs) {
+        return false;
+    }
+    m_mayLackTables = m_mayLackTables || mayLack || !best;
+    find(best ? *best : m_layouts.front());
+    m_looseTrees.roots = roots;
+    return true;
+}
+
+} // namespace korvex::store

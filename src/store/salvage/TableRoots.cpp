@@ -1,0 +1,99 @@
+#include "store/salvage/TableRoots.h"
+
+#include "base/Digest.h"
+#include "store/TableSql.h"
+#include "store/salvage/DamagedRows.h"
+
+#include <algorithm>
+#include <span>
+#include <tuple>
+
+namespace korvex::store {
+
+namespace {
+
+/// Each is looked at for each table in each form that it may have: some seconds.
+constexpr std::size_t kMostCandidates = 1'000;
+
+} // namespace
+
+void setRoot(sqlite3* database, std::string_view table, std::uint32_t root) {
+    Statement(database, "PRAGMA writable_schema = ON").run();
+    Statement update(database, "UPDATE sqlite_schema SET rootpage = ? WHERE name = ?");
+    update.bind(0, std::int64_t{root});
+    update.bind(1, table);
+    update.run();
+    Statement(database, "PRAGMA writable_schema = RESET").run();
+}
+
+TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
+                       const std::vector<OlderTable>& tables,
+                       const std::vector<std::uint32_t>& candidates, std::uint32_t none)
+    : m_database(database), m_layout(layout), m_candidates(candidates), m_none(none) {
+    for (const auto& table : tables) {
+        const auto& type = *table.type;
+        const RowReading reading(m_database, table);
+        const auto records = best({.table = std::string(type.name),
+                                   .select = "SELECT version, " + reading.isSound + " FROM " +
+                                             tableSql::quoted(type.name),
+                                   .isSound = [](const auto& row) { return row.integer(1) != 0; }});
+        m_sound += records.sound;
+        m_others += records.others;
+        m_areAllFound = m_areAllFound && records.sound > 0;
+        m_areComplete = m_areComplete && records.isComplete;
+        const auto known = layout.roots.find(std::string(type.name));
+        m_areCertain = m_areCertain && known != layout.roots.end() && known->second == records.root;
+        for (const auto& field : type.fields) {
+            if (field.kind == FieldKind::externalBytes && table.has(field.name)) {
+                best({.table = std::string(type.name) + "." + std::string(field.name),
+                      .select =
+                          "SELECT 0, checksum, bytes FROM " + tableSql::externalTable(type, field),
+                      .isSound = [](const auto& row) {
+                          return row.storageClass(2) == SQLITE_BLOB &&
+                                 static_cast<std::int64_t>(base::checksum(row.bytes(2))) ==
+                                     row.integer(1);
+                      }});
+            }
+        }
+    }
+}
+
+TableRoots::Tree TableRoots::best(const Rows& rows) const {
+    Tree best{.root = m_none};
+    // A new store's tables never move. Elsewhere a tree may also be one that is in use no more.
+    if (const auto known = m_layout.roots.find(rows.table); known != m_layout.roots.end()) {
+        best = look(rows, known->second);
+    }
+    const auto most = best.sound > 0 ? 0 : std::min(m_candidates.size(), kMostCandidates);
+    for (const auto root : std::span(m_candidates).first(most)) {
+        const auto tree = look(rows, root);
+        const auto isOnly = best.sound == 0 || tree.sound == 0;
+        if (std::tie(tree.newest, tree.sound) > std::tie(best.newest, best.sound)) {
+            best = tree;
+        }
+        best.isComplete = best.isComplete && isOnly;
+    }
+    setRoot(m_database, rows.table, best.root);
+    return best;
+}
+
+TableRoots::Tree TableRoots::look(const Rows& rows, std::uint32_t root) const {
+    setRoot(m_database, rows.table, root);
+    Tree tree{.root = root};
+    const auto take = [&](const Statement& row) {
+        if (rows.isSound(row)) {
+            ++tree.sound;
+            tree.newest = std::max(tree.newest, row.integer(0));
+        } else {
+            ++tree.others;
+        }
+    };
+    const auto select = rows.select + " NOT INDEXED ORDER BY rowid";
+    tree.isComplete = readAll(m_database, select, take);
+    if (!tree.isComplete) {
+        readAll(m_database, select + " DESC", take);
+    }
+    return tree.sound > 0 ? tree : Tree{.root = m_none};
+}
+
+} // namespace korvex::store
