@@ -16,6 +16,8 @@ using Property = AppPreferences::Property;
 
 constexpr int kMinutesPerDay = 24 * 60;
 
+constexpr const char* kBookmarkKey = "automaticBackupBookmark";
+constexpr const char* kLastSuccessKey = "automaticBackupLastSuccess";
 constexpr const char* kDefaultBoardKey = "defaultBoardID";
 constexpr const char* kMainBoardKey = "mainBoardSelectedBoardID";
 
@@ -140,7 +142,7 @@ void read(Reading& reading, Property, std::string_view key, AppPreferences::Boar
     if (stored) {
         value = base::Uuid::parse(*stored);
     }
-    if (stored && !value) {
+    if (!value && reading.defaults.contains(key)) {
         reading.defaults.replaceString(key, stored, std::nullopt);
         reading.log.warning("Removed malformed board preference: " + std::string(key));
     }
@@ -214,9 +216,8 @@ void AppPreferences::forEachSetting(Visit visit) {
     visit(P::defaultReminderMinutes, "defaultReminderMinutes", &Values::defaultReminderMinutes);
     visit(P::boardSpacing, "boardSpacing", &Values::boardSpacing);
     visit(P::automaticBackupEnabled, "automaticBackupEnabled", &Values::automaticBackupEnabled);
-    visit(P::automaticBackupBookmark, "automaticBackupBookmark", &Values::automaticBackupBookmark);
-    visit(P::automaticBackupLastSuccess, "automaticBackupLastSuccess",
-          &Values::automaticBackupLastSuccess);
+    visit(P::automaticBackupBookmark, kBookmarkKey, &Values::automaticBackupBookmark);
+    visit(P::automaticBackupLastSuccess, kLastSuccessKey, &Values::automaticBackupLastSuccess);
     visit(P::automaticBackupRetention, "automaticBackupRetention",
           &Values::automaticBackupRetention);
     visit(P::automaticBackupID, "automaticBackupID", &Values::automaticBackupID);
@@ -383,6 +384,9 @@ model::Board* AppPreferences::defaultBoard(std::span<model::Board* const> boards
         m_defaults.replaceString(kDefaultBoardKey, m_defaults.string(kDefaultBoardKey),
                                  inbox->id().text());
         reload();
+        if (auto* const theirs = chosen()) {
+            return theirs; // and at this very moment
+        }
     }
     return board ? board : inbox;
 }
@@ -402,6 +406,14 @@ void AppPreferences::remapBoard(const base::Uuid& from, const base::Uuid& to) {
         }
     });
     reload();
+}
+
+std::optional<base::Bytes> automaticBackupBookmark(const UserDefaults& defaults) {
+    return defaults.bytes(kBookmarkKey);
+}
+
+void setAutomaticBackupLastSuccess(UserDefaults& defaults, std::optional<base::Instant> moment) {
+    write(defaults, kLastSuccessKey, moment);
 }
 
 } // namespace korvex::app

@@ -176,4 +176,9 @@ private:
     base::Signal<Property> m_didChange;
 };
 
+/// Two of the settings as a thread of its own reads and sets them, by the defaults of that thread,
+/// while the preferences stay on theirs.
+std::optional<base::Bytes> automaticBackupBookmark(const UserDefaults& defaults);
+void setAutomaticBackupLastSuccess(UserDefaults& defaults, std::optional<base::Instant> moment);
+
 } // namespace korvex::app

@@ -1,18 +1,13 @@
 #include "app/FileUserDefaults.h"
 
+#include "app/SettingsObject.h"
 #include "app/UserFolders.h"
 #include "base/Base64.h"
 #include "base/Calendar.h"
 #include "base/Clock.h"
-#include "base/FileLock.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 #include "base/Text.h"
-
-#include <rapidjson/document.h>
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 #include <sys/stat.h>
 
@@ -34,17 +29,21 @@ constexpr const char* kBytesMember = "base64";
 constexpr std::size_t kMaximumFileBytes = 1024 * 1024;
 
 /// A program writes for some milliseconds. Who has to wait for one that hangs while it does goes on
-/// and tries again; only at the end, and where programs have to agree, is there more time.
+/// and tries again, from then on without waiting; only at the end, and where programs have to
+/// agree, is there more time.
+constexpr std::chrono::milliseconds kNoPatience{0};
 constexpr std::chrono::milliseconds kPatience{50};
 constexpr std::chrono::milliseconds kLongPatience{2'000};
 
 using Seconds = std::chrono::duration<double>;
-/// What may wait is written when nothing has changed for so long.
+/// What may wait is written when nothing has changed for so long, but not later than this.
 constexpr Seconds kPause{1};
+constexpr Seconds kLongestPause{5};
 constexpr Seconds kUntilUnlocked{0.2};
 /// After a failure; twice as long after each further one.
 constexpr Seconds kUntilWritable{1};
 constexpr Seconds kLongestWait{60};
+constexpr int kMostDoublings = 10;
 /// In a row: somebody who hangs has the lock.
 constexpr int kTakenTooOften = 10;
 
@@ -56,69 +55,7 @@ fs::path beside(fs::path file, const std::string& extension) {
     return file += extension;
 }
 
-rapidjson::Value::StringRefType reference(std::string_view text) {
-    return {text.data(), static_cast<rapidjson::SizeType>(text.size())};
-}
-
-std::string_view view(const rapidjson::Value& string) {
-    return {string.GetString(), string.GetStringLength()};
-}
-
-// Without recursion: a file of brackets alone must not end the program.
-constexpr auto kParsing = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                          rapidjson::kParseValidateEncodingFlag;
-
-/// Its JSON: so 13 is another value than 13.0, which is no whole number.
-template <typename Json>
-std::string jsonOf(const Json& value) {
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer writer(buffer);
-    value.Accept(writer);
-    return {buffer.GetString(), buffer.GetSize()};
-}
-
-std::string jsonOf(std::string_view text) {
-    return jsonOf(rapidjson::Value(reference(text)));
-}
-
 } // namespace
-
-struct FileUserDefaults::Settings {
-    rapidjson::Document json{rapidjson::kObjectType};
-
-    Settings() = default;
-    Settings(const Settings& other) { json.CopyFrom(other.json, json.GetAllocator()); }
-
-    const rapidjson::Value* find(std::string_view key) const {
-        const auto member = json.FindMember(rapidjson::Value(reference(key)));
-        return member == json.MemberEnd() ? nullptr : &member->value;
-    }
-
-    std::optional<std::string> string(std::string_view key) const {
-        const auto* value = find(key);
-        return value && value->IsString() ? std::optional<std::string>(view(*value)) : std::nullopt;
-    }
-
-    Value value(std::string_view key) const {
-        const auto* value = find(key);
-        return value ? Value(jsonOf(*value)) : std::nullopt;
-    }
-
-    void set(std::string_view key, const Value& value) {
-        if (!value) {
-            json.RemoveMember(rapidjson::Value(reference(key)));
-            return;
-        }
-        rapidjson::Document parsed(&json.GetAllocator());
-        parsed.Parse<kParsing>(value->data(), value->size());
-        rapidjson::Value name(reference(key), json.GetAllocator());
-        if (json.HasMember(name)) {
-            json[name] = static_cast<rapidjson::Value&>(parsed);
-        } else {
-            json.AddMember(name, parsed, json.GetAllocator());
-        }
-    }
-};
 
 struct FileUserDefaults::Found {
     enum class Kind { settings, nothing, damaged, unreadable };
@@ -128,21 +65,36 @@ struct FileUserDefaults::Found {
     bool operator==(const Found&) const = default;
 };
 
-FileUserDefaults::FileUserDefaults(fs::path file, base::LogSink* log)
+base::FileLock FileUserDefaults::lock(const fs::path& file, std::chrono::milliseconds patience) {
+    return {file, patience};
+}
+
+FileUserDefaults::FileUserDefaults(fs::path file, base::LogSink* log, Locking locking)
     : m_file(std::move(file)),
       m_log(log),
-      m_held(std::make_unique<Settings>()),
-      m_settings(std::make_unique<Settings>()) {
+      m_locking(std::move(locking)),
+      m_held(std::make_unique<SettingsObject>()),
+      m_settings(std::make_unique<SettingsObject>()) {
     read();
     showChanges();
 }
 
 FileUserDefaults::~FileUserDefaults() {
-    setSchedule(nullptr);
+    m_runLoop = nullptr;
+    if (!m_unwritten.empty()) {
+        write(kLongPatience);
+    }
+    if (!m_unwritten.empty()) {
+        setKept(false);
+    }
 }
 
 fs::path FileUserDefaults::defaultFile() {
     return userFolder("XDG_CONFIG_HOME", ".config") / "korvex" / "settings.json";
+}
+
+bool FileUserDefaults::contains(std::string_view key) const {
+    return m_settings->find(key);
 }
 
 std::optional<std::string> FileUserDefaults::string(std::string_view key) const {
@@ -171,7 +123,7 @@ std::optional<base::Bytes> FileUserDefaults::bytes(std::string_view key) const {
     }
     const auto member = value->FindMember(kBytesMember);
     return member != value->MemberEnd() && member->value.IsString()
-               ? base::bytesOfBase64(view(member->value))
+               ? base::bytesOfBase64(textOf(member->value))
                : std::nullopt;
 }
 
@@ -195,7 +147,8 @@ void FileUserDefaults::setBoolean(std::string_view key, bool value) {
 void FileUserDefaults::setBytes(std::string_view key, const base::Bytes& value) {
     const auto text = base::base64(value);
     rapidjson::Document object(rapidjson::kObjectType);
-    object.AddMember(rapidjson::StringRef(kBytesMember), rapidjson::Value(reference(text)),
+    object.AddMember(rapidjson::StringRef(kBytesMember),
+                     rapidjson::Value(rapidjson::StringRef(text.data(), text.size())),
                      object.GetAllocator());
     change(key, jsonOf(object));
 }
@@ -212,7 +165,7 @@ void FileUserDefaults::replaceString(std::string_view key,
         m_unwritten.insert_or_assign(
             std::string(key),
             Change{.wanted = wanted ? Value(jsonOf(std::string_view(*wanted))) : std::nullopt,
-                   .before = m_held->value(key)});
+                   .before = m_held->json(key)});
         write(kPatience);
     }
 }
@@ -225,8 +178,8 @@ std::string FileUserDefaults::settle(std::string_view key,
         // The first of two programs is the one that sets it.
         settleChanges(read());
         if (const auto now = m_settings->string(key); now == held) {
-            m_unwritten.insert_or_assign(std::string(key), Change{.wanted = jsonOf(otherwise),
-                                                                  .before = m_held->value(key)});
+            m_unwritten.insert_or_assign(
+                std::string(key), Change{.wanted = jsonOf(otherwise), .before = m_held->json(key)});
             write(kLongPatience);
         }
         held = m_settings->string(key);
@@ -237,12 +190,11 @@ std::string FileUserDefaults::settle(std::string_view key,
 void FileUserDefaults::refresh() {
     const auto found = read();
     settleChanges(found);
-    if (m_unwritten.empty()) {
-        setKept(true);
-    }
     // What has failed may do so for ever, and to try it can be noticed like a change.
-    if (!m_unwritten.empty() && m_failedOn && found != *m_failedOn) {
-        write(kPatience);
+    if (m_unwritten.empty()) {
+        nothingIsLeft();
+    } else if (m_failedOn && found != *m_failedOn) {
+        write(kNoPatience);
     }
 }
 
@@ -250,21 +202,20 @@ void FileUserDefaults::mayWait(std::string_view key) {
     m_mayWait.emplace(key);
 }
 
-void FileUserDefaults::setSchedule(Schedule schedule) {
-    m_schedule = std::move(schedule);
-    if (!m_schedule && !m_unwritten.empty()) {
-        write(kLongPatience);
-    }
+void FileUserDefaults::setRunLoop(base::RunLoop* runLoop) {
+    m_runLoop = runLoop;
+    m_timer = nullptr;
+    writeLeft();
 }
 
 void FileUserDefaults::writeLeft() {
     if (!m_unwritten.empty()) {
-        write(kPatience);
+        write(kNoPatience);
     }
 }
 
 std::unique_ptr<UserDefaults> FileUserDefaults::forAnotherThread() const {
-    return std::make_unique<FileUserDefaults>(m_file, m_log);
+    return std::make_unique<FileUserDefaults>(m_file, m_log, m_locking);
 }
 
 FileUserDefaults::Found FileUserDefaults::read() {
@@ -274,9 +225,7 @@ FileUserDefaults::Found FileUserDefaults::read() {
         const auto isThere = fs::status(m_file, error).type() != fs::file_type::not_found;
         return {isThere ? Found::Kind::unreadable : Found::Kind::nothing, {}};
     }
-    auto fresh = std::make_unique<Settings>();
-    fresh->json.Parse<kParsing>(contents->data(), contents->size());
-    if (!fresh->json.HasParseError() && fresh->json.IsObject()) {
+    if (auto fresh = SettingsObject::parse(*contents)) {
         m_held = std::move(fresh);
         return {Found::Kind::settings, *std::move(contents)};
     }
@@ -287,7 +236,7 @@ FileUserDefaults::Found FileUserDefaults::read() {
 void FileUserDefaults::settleChanges(const Found& found) {
     std::erase_if(m_unwritten, [&](const auto& each) {
         const auto& [key, change] = each;
-        const auto now = m_held->value(key);
+        const auto now = m_held->json(key);
         const auto isThere = found.kind == Found::Kind::settings || !change.wanted;
         return now == change.wanted ? isThere : !change.isNew && now != change.before;
     });
@@ -295,60 +244,70 @@ void FileUserDefaults::settleChanges(const Found& found) {
 }
 
 void FileUserDefaults::showChanges() {
-    m_settings = std::make_unique<Settings>(*m_held);
+    m_settings = std::make_unique<SettingsObject>(*m_held);
     for (const auto& [key, change] : m_unwritten) {
         m_settings->set(key, change.wanted);
     }
 }
 
+void FileUserDefaults::nothingIsLeft() {
+    m_unwritten.clear();
+    m_failures = 0;
+    m_failedOn = nullptr;
+    m_waitsSince.reset();
+    m_timer = nullptr;
+    setKept(true);
+}
+
 void FileUserDefaults::change(std::string_view key, Value wanted) {
     const auto found = read();
-    const auto waits = m_schedule && m_mayWait.contains(key);
+    const auto waits = m_runLoop && m_mayWait.contains(key);
     m_unwritten.insert_or_assign(
         std::string(key),
-        Change{.wanted = std::move(wanted), .before = m_held->value(key), .isNew = !waits});
+        Change{.wanted = std::move(wanted), .before = m_held->json(key), .isNew = !waits});
     settleChanges(found);
     if (m_unwritten.empty()) {
-        setKept(true);
+        nothingIsLeft();
     } else if (waits) {
-        m_schedule(kPause);
+        const auto now = m_runLoop->elapsed();
+        m_waitsSince = m_waitsSince.value_or(now);
+        writeAfter(std::clamp(*m_waitsSince + kLongestPause - now, Seconds(0), kPause));
     } else {
         write(kPatience);
     }
 }
 
+void FileUserDefaults::writeAfter(Seconds delay) {
+    if (m_runLoop) {
+        m_timer = m_runLoop->callAfter(delay, [this] { writeLeft(); });
+    }
+}
+
 void FileUserDefaults::write(std::chrono::milliseconds patience) {
+    m_waitsSince.reset();
     const auto outcome = tryToWrite(patience);
     if (outcome == Outcome::written) {
-        m_failures = 0;
-        m_failedOn = nullptr;
-        m_unwritten.clear();
-        setKept(true);
+        nothingIsLeft();
         return;
     }
     for (auto& [key, change] : m_unwritten) {
         change.isNew = false;
     }
     ++m_failures;
-    if (outcome == Outcome::failed || m_failures >= kTakenTooOften) {
-        setKept(false);
+    const auto wasTaken = outcome == Outcome::taken;
+    if (wasTaken && m_failures < kTakenTooOften) {
+        writeAfter(kUntilUnlocked);
+        return;
     }
-    if (m_schedule) {
-        const auto twice = std::min(m_failures - 1, 10);
-        m_schedule(outcome == Outcome::taken
-                       ? kUntilUnlocked
-                       : std::min(kLongestWait, kUntilWritable * (1 << twice)));
-    }
+    setKept(false);
+    const auto doublings = std::min(m_failures - (wasTaken ? kTakenTooOften : 1), kMostDoublings);
+    writeAfter(std::min(kLongestWait, kUntilWritable * (1 << doublings)));
 }
 
 FileUserDefaults::Outcome FileUserDefaults::tryToWrite(std::chrono::milliseconds patience) {
-    std::error_code ignored;
-    const auto folder = m_file.parent_path();
-    if (!fs::exists(folder, ignored)) {
-        fs::create_directories(folder.parent_path(), ignored);
-        ::mkdir(folder.c_str(), S_IRWXU);
-    }
-    const base::FileLock lock(beside(m_file, kLockExtension), patience);
+    // Where there is none after this, nothing can be written either.
+    static_cast<void>(base::makeFolders(m_file.parent_path(), S_IRWXU));
+    const auto lock = m_locking(beside(m_file, kLockExtension), patience);
     auto found = read();
     settleChanges(found);
     const auto outcome = m_unwritten.empty()                            ? Outcome::written
@@ -365,14 +324,10 @@ FileUserDefaults::Outcome FileUserDefaults::replace(const Found& found) {
         (found.kind == Found::Kind::damaged && !keepDamaged(found.contents))) {
         return Outcome::failed;
     }
-    rapidjson::StringBuffer buffer;
-    rapidjson::PrettyWriter writer(buffer);
-    m_settings->json.Accept(writer);
-    buffer.Put('\n');
-    if (base::replaceFile(m_file, {buffer.GetString(), buffer.GetSize()})) {
+    if (base::replaceFile(m_file, m_settings->text())) {
         return Outcome::failed;
     }
-    m_held = std::make_unique<Settings>(*m_settings);
+    m_held = std::make_unique<SettingsObject>(*m_settings);
     return Outcome::written;
 }
 
@@ -400,7 +355,6 @@ void FileUserDefaults::setKept(bool isKept) {
         return;
     }
     m_isKept = isKept;
-    m_failures = isKept ? 0 : m_failures;
     if (!isKept && m_log) {
         base::Logger(*m_log, kLogCategory)
             .warning("Settings cannot be written to " + m_file.string() +

@@ -1,7 +1,9 @@
 #pragma once
 
 #include "app/UserDefaults.h"
+#include "base/FileLock.h"
 #include "base/Log.h"
+#include "base/RunLoop.h"
 
 #include <chrono>
 #include <filesystem>
@@ -12,6 +14,8 @@
 #include <string>
 
 namespace korvex::app {
+
+class SettingsObject;
 
 /// Settings in one small JSON file (docs/formats/settings.md), replaced whole at each change
 /// (written beside it, synced, renamed). What the file holds besides the key that changes stays as
@@ -25,14 +29,23 @@ namespace korvex::app {
 /// else by then, another program has set it since, and that holds.
 class FileUserDefaults final : public UserDefaults {
 public:
+    /// How the file beside it is locked, and for how long who else has the lock is waited for.
+    using Locking = std::function<base::FileLock(const std::filesystem::path& file,
+                                                 std::chrono::milliseconds patience)>;
+    static base::FileLock lock(const std::filesystem::path& file,
+                               std::chrono::milliseconds patience);
+
     /// The log, if there is one, outlives it.
-    explicit FileUserDefaults(std::filesystem::path file, base::LogSink* log = nullptr);
+    explicit FileUserDefaults(std::filesystem::path file, base::LogSink* log = nullptr,
+                              Locking locking = lock);
+    /// Waits for up to two seconds until it can write what is left.
     ~FileUserDefaults() override;
 
     /// The user's settings file: `$XDG_CONFIG_HOME/korvex/settings.json`, else
     /// `~/.config/korvex/settings.json`.
     static std::filesystem::path defaultFile();
 
+    bool contains(std::string_view key) const override;
     std::optional<std::string> string(std::string_view key) const override;
     std::optional<std::int64_t> integer(std::string_view key) const override;
     std::optional<double> real(std::string_view key) const override;
@@ -57,16 +70,13 @@ public:
     bool isKept() const override { return m_isKept; }
     base::Signal<>& keptChanged() override { return m_keptChanged; }
 
-    /// Called with the time after which `writeLeft` is to be called, in place of what was asked for
-    /// before; null for nobody, and then nothing waits. What is left then is written at once.
-    using Schedule = std::function<void(std::chrono::duration<double>)>;
-    void setSchedule(Schedule schedule);
-    /// Writes what the file lacks.
+    /// By its timers what may wait is written from now on, and what could not be is tried again. At
+    /// once what is left is tried; with null it stays so, and nothing waits.
+    void setRunLoop(base::RunLoop* runLoop);
+    /// Writes what the file lacks, unless somebody else has the lock.
     void writeLeft();
 
 private:
-    /// A JSON object.
-    struct Settings;
     /// A member's JSON text; absent where there is no such member.
     using Value = std::optional<std::string>;
     struct Change {
@@ -85,6 +95,8 @@ private:
     /// what holds.
     void settleChanges(const Found& found);
     void showChanges();
+    void nothingIsLeft();
+    void writeAfter(std::chrono::duration<double> delay);
     void change(std::string_view key, Value wanted);
     void write(std::chrono::milliseconds patience);
     Outcome tryToWrite(std::chrono::milliseconds patience);
@@ -94,14 +106,19 @@ private:
 
     std::filesystem::path m_file;
     base::LogSink* m_log;
+    Locking m_locking;
     /// What the file held when it could last be read.
-    std::unique_ptr<Settings> m_held;
+    std::unique_ptr<SettingsObject> m_held;
     /// That with the changes.
-    std::unique_ptr<Settings> m_settings;
+    std::unique_ptr<SettingsObject> m_settings;
     /// By key, what the file does not have.
     std::map<std::string, Change, std::less<>> m_unwritten;
     std::set<std::string, std::less<>> m_mayWait;
-    Schedule m_schedule;
+    /// Null: nobody would write it later.
+    base::RunLoop* m_runLoop = nullptr;
+    std::unique_ptr<base::RunLoop::Timer> m_timer;
+    /// By the run loop's time, since when the first of what may wait has.
+    std::optional<std::chrono::duration<double>> m_waitsSince;
     /// How often in a row it could not be written, and what stood in the file's place then.
     int m_failures = 0;
     std::unique_ptr<Found> m_failedOn;

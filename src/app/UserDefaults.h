@@ -18,6 +18,8 @@ class UserDefaults {
 public:
     virtual ~UserDefaults() = default;
 
+    /// Whether the key holds anything, of whatever type.
+    virtual bool contains(std::string_view key) const = 0;
     /// Absent when the key is missing or holds another type.
     virtual std::optional<std::string> string(std::string_view key) const = 0;
     virtual std::optional<std::int64_t> integer(std::string_view key) const = 0;

@@ -51,6 +51,32 @@ auto valuesOf(const AppPreferences& preferences) {
                       p.desktopBoardShowOnLaunch(), p.showsMenuBarExtra());
 }
 
+TEST(AppPreferences, BeginsWithTheDefaults) {
+    const SettingsFile file(settings(""));
+    tests::RecordingLog log;
+    auto defaults = file.open();
+    const AppPreferences::BoardID none;
+    EXPECT_EQ(valuesOf(AppPreferences(defaults, log)),
+              std::tuple(Appearance::system, 13, LaunchDestination::lastBoard, none, 540,
+                         BoardSpacing::compact, false, std::optional<base::Bytes>(),
+                         std::optional<base::Instant>(), 7, none, QuickEntryShortcut{49, 2048},
+                         model::EntryType::todo, none, none, none, none, false, false, true));
+    const auto shortcut = QuickEntryShortcut().json();
+    EXPECT_EQ(std::string(shortcut.begin(), shortcut.end()), R"({"keyCode":49,"modifiers":2048})");
+    std::vector<int> sizes;
+    for (int size = 0; size <= 30; ++size) {
+        file.write(settings("\"fontSize\": " + std::to_string(size)));
+        auto written = file.open();
+        const AppPreferences preferences(written, log);
+        if (preferences.fontSize() == size) {
+            sizes.push_back(size);
+        } else {
+            EXPECT_EQ(preferences.fontSize(), 13) << size;
+        }
+    }
+    EXPECT_THAT(sizes, ElementsAre(10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24));
+}
+
 TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
     using Set = std::function<void(AppPreferences&)>;
     const Set theDefault;
@@ -60,9 +86,7 @@ TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
              {R"("appearance": "dark")", [](auto& p) { p.setAppearance(Appearance::dark); }},
              {R"("appearance": "Dark")", theDefault},
              {R"("appearance": 1)", theDefault},
-             {R"("fontSize": 10)", [](auto& p) { p.setFontSize(10); }},
              {R"("fontSize": 24)", [](auto& p) { p.setFontSize(24); }},
-             {R"("fontSize": 17)", theDefault},
              {R"("fontSize": 4294967312)", theDefault}, // 16 more than 32 bits hold
              {R"("fontSize": "16")", theDefault},
              {R"("launchDestination": "upcoming")",
@@ -183,15 +207,19 @@ TEST(AppPreferences, MalformedBoardsAreRemovedAndReplacedBoardsFollowed) {
                    &P::setDesktopBoardSelectedBoardID},
          }) {
         const std::string key = each.key;
-        const SettingsFile file(settings("\"" + key + R"(": "no board", "kept": 1)"));
+        const SettingsFile file;
         tests::RecordingLog log;
+        for (const auto* const malformed : {"\"no board\"", "7", "null"}) {
+            file.write(settings("\"" + key + "\": " + malformed + R"(, "kept": 1)"));
+            auto read = file.open();
+            EXPECT_EQ((AppPreferences(read, log).*each.get)(), std::nullopt) << key;
+            EXPECT_FALSE(file.open().contains(key)) << malformed;
+            EXPECT_EQ(file.open().integer("kept"), 1);
+        }
+        EXPECT_EQ(log.count("Removed malformed board preference: " + key), 3U);
+
         auto defaults = file.open();
         AppPreferences preferences(defaults, log);
-        EXPECT_EQ((preferences.*each.get)(), std::nullopt) << key;
-        EXPECT_FALSE(file.open().string(key));
-        EXPECT_EQ(file.open().integer("kept"), 1);
-        EXPECT_EQ(log.count("Removed malformed board preference: " + key), 1U);
-
         (preferences.*each.set)(from);
         preferences.remapBoard(to, base::Uuid::random());
         EXPECT_EQ(file.open().string(key), from.text());
@@ -204,7 +232,7 @@ TEST(AppPreferences, MalformedBoardsAreRemovedAndReplacedBoardsFollowed) {
         EXPECT_EQ((preferences.*each.get)(), to) << key;
         EXPECT_EQ(file.open().string(key), to.text());
         (preferences.*each.set)(std::nullopt);
-        EXPECT_FALSE(file.open().string(key)) << key;
+        EXPECT_FALSE(file.open().contains(key)) << key;
     }
 }
 
@@ -235,6 +263,12 @@ TEST(AppPreferences, ADefaultBoardThatIsGoneGivesWayToTheInbox) {
     auto others = file.open();
     AppPreferences(others, log).setDefaultBoardID(work.id());
     EXPECT_EQ(preferences.defaultBoard(boards), &work) << "they have chosen since";
+
+    preferences.setDefaultBoardID(archived.id());
+    AppPreferences(others, log).setDefaultBoardID(base::Uuid::random());
+    const auto atThisMoment = preferences.didChange().connect(
+        [&](Property) { AppPreferences(others, log).setDefaultBoardID(work.id()); });
+    EXPECT_EQ(preferences.defaultBoard(boards), &work) << "and between two looks at the file";
 }
 
 TEST(AppPreferences, OneInstallationHasOneIdentifier) {

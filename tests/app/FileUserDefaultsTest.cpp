@@ -7,19 +7,28 @@
 #include "support/RecordingLog.h"
 #include "support/ScopedEnvironment.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
+#include <cctype>
+#include <cmath>
 #include <limits>
 #include <set>
 #include <thread>
 #include <tuple>
+#include <vector>
 
 namespace korvex::app {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::ElementsAre;
 using tests::ScopedEnvironment;
 using tests::SettingsFile;
+
+/// An object of so many levels.
+std::string nested(std::size_t levels) {
+    return "{\"deep\":" + std::string(levels - 1, '[') + std::string(levels - 1, ']') + "}";
+}
 
 TEST(FileUserDefaults, KeepsEachTypeOfSetting) {
     const SettingsFile file;
@@ -90,6 +99,19 @@ TEST(FileUserDefaults, LeavesWhatItDoesNotChange) {
     defaults.remove("later");
     defaults.remove("fontSize");
     EXPECT_EQ(file.contents(), "{\n    \"new\": true\n}\n");
+
+    const std::string twice = R"({"a":1,"twice":1,"b":2,"twice":2,"c":3})";
+    for (const auto& [change, left] :
+         std::initializer_list<std::pair<std::function<void()>, std::string>>{
+             {[&] { defaults.remove("a"); }, R"({"twice":1,"b":2,"twice":2,"c":3})"},
+             {[&] { defaults.setInteger("twice", 3); }, R"({"a":1,"twice":3,"b":2,"c":3})"},
+             {[&] { defaults.remove("twice"); }, R"({"a":1,"b":2,"c":3})"}}) {
+        file.write(twice);
+        change();
+        auto contents = file.contents();
+        std::erase_if(contents, [](unsigned char each) { return std::isspace(each) != 0; });
+        EXPECT_EQ(contents, left);
+    }
 }
 
 TEST(FileUserDefaults, TakesInWhatAnotherProgramWroteMeanwhile) {
@@ -154,7 +176,7 @@ TEST(FileUserDefaults, ReadsADamagedFileAsNoSettings) {
     for (const auto& contents :
          {std::string("{\"fontSize\": 16"), std::string("[1, 2]"), std::string("16"),
           std::string("{\"fontSize\": 16} trailing"), std::string("{\"\xFF\": 1}"),
-          std::string(200'000, '['), std::string("\0\0\0", 3)}) {
+          std::string(200'000, '['), nested(500'000), nested(65), std::string("\0\0\0", 3)}) {
         file.write(contents);
         all.insert(contents);
         FileUserDefaults defaults(file.path(), &log);
@@ -171,6 +193,8 @@ TEST(FileUserDefaults, ReadsADamagedFileAsNoSettings) {
     }
     EXPECT_EQ(kept, all) << "a later one takes no place of an earlier one";
     EXPECT_EQ(log.lines().size(), all.size());
+    file.write(nested(64));
+    EXPECT_TRUE(file.open().contains("deep"));
 }
 
 TEST(FileUserDefaults, HoldsWhatCannotBeWrittenUntilAnotherProgramSetsTheSame) {
@@ -202,30 +226,57 @@ TEST(FileUserDefaults, HoldsWhatCannotBeWrittenUntilAnotherProgramSetsTheSame) {
 
 TEST(FileUserDefaults, WritesNothingWhileSomebodyElseHasTheLock) {
     const SettingsFile file(R"({"fontSize": 12})");
+    tests::RecordingLog log;
     tests::FakeRunLoop loop;
-    auto defaults = file.open();
-    {
-        const SettingsWriter writer(defaults, loop);
-        {
-            const base::FileLock theirs(file.path().string() + ".lock", std::chrono::seconds(1));
-            ASSERT_EQ(theirs.state(), base::FileLock::State::held);
-            defaults.setInteger("fontSize", 18);
-            defaults.setString("appearance", "dark");
-            loop.advance(0.5);
-            EXPECT_EQ(file.contents(), R"({"fontSize": 12})");
-            EXPECT_EQ(defaults.integer("fontSize"), 18);
-            EXPECT_TRUE(defaults.isKept()) << "it will be, in a moment";
-            loop.advance(5);
-            EXPECT_FALSE(defaults.isKept()) << "somebody hangs";
-            file.write(R"({"fontSize": 13})");
-        }
-        loop.advance(0.2);
-        EXPECT_TRUE(defaults.isKept());
-        EXPECT_EQ(file.open().integer("fontSize"), 13) << "what they wrote is newer";
-        EXPECT_EQ(file.open().string("appearance"), "dark");
-        EXPECT_EQ(defaults.integer("fontSize"), 13);
-        EXPECT_TRUE(loop.delays().empty());
+    std::vector<std::chrono::milliseconds::rep> patience;
+    std::optional<FileUserDefaults> defaults(
+        std::in_place, file.path(), &log, [&](const fs::path& path, auto itsPatience) {
+            patience.push_back(itsPatience.count());
+            return FileUserDefaults::lock(path, std::chrono::milliseconds::zero());
+        });
+    std::optional<SettingsWriter> writer(std::in_place, *defaults, loop);
+    std::optional<base::FileLock> theirs;
+    const auto lock = [&] {
+        theirs.emplace(file.path().string() + ".lock", std::chrono::seconds(1));
+        ASSERT_EQ(theirs->state(), base::FileLock::State::held);
+    };
+    lock();
+    defaults->setInteger("fontSize", 18);
+    defaults->setString("appearance", "dark");
+    EXPECT_THAT(std::exchange(patience, {}), ElementsAre(50, 50));
+    EXPECT_TRUE(defaults->isKept()) << "it will be, in a moment";
+    std::vector<long> tenths;
+    for (int i = 0; i < 16; ++i) {
+        tenths.push_back(std::lround(10 * loop.delays().at(0)));
+        loop.advanceToNextTimer();
     }
+    EXPECT_THAT(tenths, ElementsAre(2, 2, 2, 2, 2, 2, 2, 2, 10, 20, 40, 80, 160, 320, 600, 600));
+    EXPECT_THAT(patience, ::testing::Each(0)) << "nobody has asked for anything";
+    EXPECT_EQ(file.contents(), R"({"fontSize": 12})");
+    EXPECT_EQ(defaults->integer("fontSize"), 18);
+    EXPECT_FALSE(defaults->isKept()) << "somebody hangs";
+    file.write(R"({"fontSize": 13})");
+    theirs.reset();
+    loop.advance(60);
+    EXPECT_TRUE(defaults->isKept());
+    EXPECT_EQ(file.open().integer("fontSize"), 13) << "what they wrote is newer";
+    EXPECT_EQ(file.open().string("appearance"), "dark");
+    EXPECT_EQ(defaults->integer("fontSize"), 13);
+    EXPECT_TRUE(loop.delays().empty());
+
+    lock();
+    defaults->setInteger("fontSize", 20);
+    loop.advance(1.7);
+    file.write(R"({"fontSize": 20})");
+    defaults->refresh();
+    EXPECT_TRUE(loop.delays().empty()) << "they have set the same";
+    defaults->setInteger("fontSize", 22);
+    EXPECT_TRUE(defaults->isKept()) << "the first time";
+    patience.clear();
+    writer.reset();
+    defaults.reset();
+    EXPECT_THAT(patience, ElementsAre(0, 2000)) << "the end waits once";
+    EXPECT_EQ(log.lines().size(), 2U) << "and tells what it could not keep";
 }
 
 TEST(FileUserDefaults, WritesWhatMayWaitAfterAPauseWithOthersAndAtTheEnd) {
@@ -234,24 +285,34 @@ TEST(FileUserDefaults, WritesWhatMayWaitAfterAPauseWithOthersAndAtTheEnd) {
     auto defaults = file.open();
     defaults.mayWait("place");
     defaults.setInteger("place", 1);
-    EXPECT_EQ(file.open().integer("place"), 1) << "nobody would write it later";
+    const auto written = [&] { return file.open().integer("place"); };
+    EXPECT_EQ(written(), 1) << "nobody would write it later";
     {
         const SettingsWriter writer(defaults, loop);
-        for (const int place : {2, 3, 4}) {
-            defaults.setInteger("place", place);
-            EXPECT_EQ(defaults.integer("place"), place);
-            loop.advance(0.9);
-            defaults.refresh();
-        }
-        EXPECT_EQ(file.open().integer("place"), 1);
+        const auto moveFor = [&](int steps, int place) {
+            for (int i = 0; i < steps; ++i) {
+                defaults.setInteger("place", place + i);
+                EXPECT_EQ(defaults.integer("place"), place + i);
+                loop.advance(0.9);
+                defaults.refresh();
+            }
+        };
+        moveFor(3, 2);
+        EXPECT_EQ(written(), 1);
         loop.advance(0.2);
-        EXPECT_EQ(file.open().integer("place"), 4);
+        EXPECT_EQ(written(), 4);
+        moveFor(5, 10);
+        EXPECT_EQ(written(), 4);
+        moveFor(1, 15);
+        EXPECT_EQ(written(), 15) << "who never pauses loses no more than five seconds";
+        moveFor(5, 20);
+        EXPECT_EQ(written(), 15) << "which begin anew";
         defaults.setInteger("place", 5);
         defaults.setInteger("fontSize", 16);
-        EXPECT_EQ(file.open().integer("place"), 5) << "with what must not wait";
+        EXPECT_EQ(written(), 5) << "with what must not wait";
         defaults.setInteger("place", 6);
     }
-    EXPECT_EQ(file.open().integer("place"), 6);
+    EXPECT_EQ(written(), 6);
 }
 
 TEST(FileUserDefaults, ReplacesOnlyWhatItExpects) {
@@ -285,7 +346,9 @@ TEST(FileUserDefaults, MakesItsFolderForTheUserAlone) {
     const tests::TemporaryFolder folder;
     FileUserDefaults defaults(folder / "config" / "korvex" / "settings.json");
     defaults.setInteger("fontSize", 18);
-    EXPECT_EQ(fs::status(folder / "config" / "korvex").permissions(), fs::perms::owner_all);
+    for (const auto* const made : {"config", "config/korvex"}) {
+        EXPECT_EQ(fs::status(folder / made).permissions(), fs::perms::owner_all);
+    }
 }
 
 TEST(FileUserDefaults, LiesInTheUsersConfiguration) {
