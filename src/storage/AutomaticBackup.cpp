@@ -4,6 +4,7 @@
 #include "base/FileLock.h"
 #include "storage/BackupHistory.h"
 #include "storage/BackupService.h"
+#include "storage/ErrorsOnly.h"
 #include "storage/FolderBookmark.h"
 
 #include <fcntl.h>
@@ -58,16 +59,15 @@ base::FileLock exclusively(const HeldFolder& history) {
 
 /// The settings tell from now on when it was made, unless another folder was chosen meanwhile,
 /// which has none.
-void record(const AutomaticBackup& backup, app::UserDefaults& defaults, base::LogSink& log) {
-    app::AppPreferences preferences(defaults, log);
+void record(const AutomaticBackup& backup, app::UserDefaults& defaults) {
     const auto isChosen = [&] {
-        preferences.reload();
-        return preferences.automaticBackupBookmark() == backup.bookmark;
+        defaults.refresh();
+        return app::automaticBackupBookmark(defaults) == backup.bookmark;
     };
     if (isChosen()) {
-        preferences.setAutomaticBackupLastSuccess(backup.now);
+        app::setAutomaticBackupLastSuccess(defaults, backup.now);
         if (!isChosen()) { // another one was at this very moment
-            preferences.setAutomaticBackupLastSuccess(std::nullopt);
+            app::setAutomaticBackupLastSuccess(defaults, std::nullopt);
         }
     }
 }
@@ -75,13 +75,14 @@ void record(const AutomaticBackup& backup, app::UserDefaults& defaults, base::Lo
 AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& bookmark,
                              const AutomaticBackup& backup, app::UserDefaults& defaults,
                              base::LogSink& log, Work& work) {
+    // First: where there is nothing to be backed up, nothing is made in the folder.
+    const auto container = openForReading(backup.storeFile, log);
     const auto folderName = historyFolderName(backup.installation);
     const auto history = historyFolder(chosen, backup.installation);
     const auto lock = exclusively(history);
     // Before anything is written: on a full disk there is room for a new one only without them.
     removeUnfinished(history.path());
     const auto name = newBackupName();
-    const auto container = openForReading(backup.storeFile, log);
     AutomaticBackupResult result{
         .file = bookmark.path() / folderName / name,
         .summary = exportBackup(*container, history.path() / name, backup.now, log, work)};
@@ -90,11 +91,11 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
         !there.is(chosen) || !HeldFolder(there, folderName).is(history)) {
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
-    record(backup, defaults, log);
+    record(backup, defaults);
     try {
         // What a power cut brings back goes with the next one.
-        prune(history.path(), backup.keeping, name);
-    } catch (const std::exception&) {
+        withErrorsOnly([&] { prune(history, backup.keeping, name); })();
+    } catch (const base::Error&) {
         result.pruningFailure = std::current_exception();
     }
     return result;
@@ -107,7 +108,7 @@ std::string descriptionOf(AutomaticBackupErrorCase which) {
     case AutomaticBackupErrorCase::anotherStore:
         return "Automatic backups are made of the store in " +
                app::dataDirectory(std::nullopt).string() +
-               " only. korvex backup export makes one of this store.";
+               " only. An export makes a backup of this one.";
     case AutomaticBackupErrorCase::noFolder:
         return "No folder for automatic backups has been chosen yet. Choose one in the settings of "
                "Korvex.";
@@ -116,6 +117,9 @@ std::string descriptionOf(AutomaticBackupErrorCase which) {
     case AutomaticBackupErrorCase::chooseAgain:
         return "The folder that was chosen for automatic backups is not there, or another one "
                "stands in its place. Make it available, or choose it again.";
+    case AutomaticBackupErrorCase::unknownFolder:
+        return "The settings no longer tell which folder was chosen for automatic backups. Choose "
+               "it again.";
     case AutomaticBackupErrorCase::historyIsNoFolder:
         return "Something else stands in the place of the folder that the automatic backups are "
                "kept in.";
@@ -146,12 +150,9 @@ AutomaticBackupResult makeAutomaticBackup(const AutomaticBackup& backup,
     if (!backup.bookmark) {
         throw refusal(AutomaticBackupErrorCase::noFolder);
     }
-    const auto bookmark = FolderBookmark::ofBytes(*backup.bookmark);
-    if (!bookmark) {
-        throw refusal(AutomaticBackupErrorCase::chooseAgain);
-    }
+    const auto bookmark = FolderBookmark::read(*backup.bookmark);
     try {
-        return makeIn(bookmark->open(), *bookmark, backup, defaults, log, work);
+        return makeIn(bookmark.open(), bookmark, backup, defaults, log, work);
     } catch (const fs::filesystem_error& error) {
         throw FileError(
             "The folder for automatic backups could not be used: " + error.code().message() + ".");

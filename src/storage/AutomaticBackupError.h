@@ -12,6 +12,7 @@ enum class AutomaticBackupErrorCase {
     noFolder,          ///< none was chosen yet
     notSaved,          ///< a folder that was chosen cannot be marked
     chooseAgain,       ///< the chosen folder is gone, or is another one
+    unknownFolder,     ///< what the settings hold of it is no bookmark
     historyIsNoFolder, ///< something else stands in the place of the backups' own folder
     running,           ///< another program is making one
     noAnswer,          ///< whoever reads or writes there has been waiting for minutes

@@ -1,9 +1,7 @@
 #include "storage/AutomaticBackupService.h"
 
-#include "storage/FolderBookmark.h"
-
 #include <chrono>
-#include <system_error>
+#include <utility>
 
 namespace korvex::storage {
 
@@ -16,8 +14,18 @@ constexpr std::chrono::seconds kBetweenLooks{900};
 /// The slowest disk takes less to put a backup away, or a mark.
 constexpr std::chrono::minutes kLongestSilence{3};
 
-std::exception_ptr noAnswer() {
-    return std::make_exception_ptr(AutomaticBackupError(AutomaticBackupErrorCase::noAnswer));
+bool isCase(const base::Error& error, AutomaticBackupErrorCase which) {
+    const auto* const typed = dynamic_cast<const AutomaticBackupError*>(&error);
+    return typed && typed->which() == which;
+}
+
+bool isForFolder(const base::Error& error) {
+    return isCase(error, AutomaticBackupErrorCase::chooseAgain) ||
+           isCase(error, AutomaticBackupErrorCase::unknownFolder);
+}
+
+AutomaticBackupError noAnswer() {
+    return AutomaticBackupError(AutomaticBackupErrorCase::noAnswer);
 }
 
 } // namespace
@@ -44,15 +52,27 @@ void AutomaticBackupService::look() {
 }
 
 void AutomaticBackupService::settingChanged(Preference property) {
-    if (property == Preference::automaticBackupEnabled ||
-        property == Preference::automaticBackupBookmark) {
-        if (m_timer) {
-            lookSoon();
-        }
-        m_didChange.emit();
-    } else if (property == Preference::automaticBackupLastSuccess) {
-        m_didChange.emit();
+    const auto isFolder = property == Preference::automaticBackupBookmark;
+    const auto isSuccess = property == Preference::automaticBackupLastSuccess;
+    if (!isFolder && !isSuccess && property != Preference::automaticBackupEnabled) {
+        return;
     }
+    if (isFolder) {
+        m_seen = FolderState::notLookedAt;
+        m_folderLook.reset();
+        m_choiceRefusal.clear(); // one was chosen since
+    }
+    if (isFolder || (isSuccess && m_surroundings.preferences.automaticBackupLastSuccess())) {
+        forgetFailure(); // whoever has chosen or made it
+    }
+    if (isSuccess && m_seen == FolderState::gone) {
+        m_folderLook.reset(); // it may have begun before
+        lookAtFolder();       // another program found it
+    }
+    if (!isSuccess && m_timer) {
+        lookSoon();
+    }
+    m_didChange.emit();
 }
 
 bool AutomaticBackupService::isDue(std::optional<base::Instant> last, base::Instant now) {
@@ -86,7 +106,8 @@ void AutomaticBackupService::backUpNow() {
 }
 
 void AutomaticBackupService::cancel() {
-    if (m_run && !m_advance) {
+    if (isSilent()) {
+        noteCancelled();
         leave();
     } else if (m_run) {
         m_run->cancel();
@@ -100,6 +121,7 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
     const auto request = automaticBackup(m_surroundings.preferences,
                                          m_surroundings.container.configuration().file, now);
     m_progress = {};
+    m_wasCancelled = false;
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.threads, m_surroundings.runLoop,
         [request, defaults = m_surroundings.defaults.forAnotherThread(), &log = m_surroundings.log](
@@ -138,49 +160,62 @@ void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
         const auto made = result.get();
         succeed(request);
         if (made.pruningFailure) {
-            fail(made.pruningFailure, asked);
+            std::rethrow_exception(made.pruningFailure);
         }
-    } catch (const std::exception&) {
-        fail(std::current_exception(), asked);
+    } catch (const base::Error& error) {
+        fail(error, asked);
+        if (isForFolder(error) && isOfChosenFolder(request)) {
+            m_seen = FolderState::gone;
+        }
     }
     m_didChange.emit();
 }
 
 void AutomaticBackupService::succeed(const AutomaticBackup& request) {
-    m_errorMessage.reset();
-    m_errorReason.clear();
+    forgetFailure();
     auto& preferences = m_surroundings.preferences;
     preferences.reload();
-    if (preferences.automaticBackupBookmark() != request.bookmark) {
+    if (!isOfChosenFolder(request)) {
         if (m_timer) {
             lookSoon(); // another folder was chosen meanwhile, which has none
         }
-    } else if (isDue(preferences.automaticBackupLastSuccess(), request.now)) {
+        return;
+    }
+    m_seen = FolderState::there;
+    if (isDue(preferences.automaticBackupLastSuccess(), request.now)) {
         // Settings that cannot be written hold in this program, or each look would make one more.
         preferences.setAutomaticBackupLastSuccess(request.now);
     }
 }
 
-void AutomaticBackupService::fail(const std::exception_ptr& failure, AskedBy asked) {
-    auto code = 0;
-    try {
-        std::rethrow_exception(failure);
-    } catch (const Cancelled&) {
+bool AutomaticBackupService::isOfChosenFolder(const AutomaticBackup& request) const {
+    return m_surroundings.preferences.automaticBackupBookmark() == request.bookmark;
+}
+
+void AutomaticBackupService::forgetFailure() {
+    m_errorMessage.reset();
+    m_errorReason.clear();
+    m_wasCancelled = false;
+}
+
+void AutomaticBackupService::noteCancelled() {
+    forgetFailure();
+    m_wasCancelled = true;
+}
+
+void AutomaticBackupService::fail(const base::Error& failure, AskedBy asked) {
+    if (dynamic_cast<const Cancelled*>(&failure)) {
+        noteCancelled();
         return;
-    } catch (const AutomaticBackupError& error) {
-        if (error.which() == AutomaticBackupErrorCase::running && asked == AskedBy::clock) {
-            return; // it is being made, if not here
-        }
-        m_errorReason = error.errorDescription();
-        code = error.code();
-    } catch (const base::Error& error) {
-        m_errorReason = error.errorDescription();
-        code = error.code();
-    } catch (const std::exception& error) {
-        m_errorReason = error.what();
+    }
+    if (asked == AskedBy::clock && isCase(failure, AutomaticBackupErrorCase::running)) {
+        return; // it is being made, if not here
     }
     m_errorMessage = kFailure;
-    m_log.error("Backup operation failed: " + m_errorReason + " (" + std::to_string(code) + ")");
+    m_errorReason = failure.errorDescription();
+    m_hasFailedForFolder = isForFolder(failure);
+    m_log.error("Backup operation failed: " + m_errorReason + " (" +
+                std::to_string(failure.code()) + ")");
 }
 
 void AutomaticBackupService::chooseFolder(const std::filesystem::path& folder) {
@@ -194,7 +229,7 @@ void AutomaticBackupService::chooseFolder(const std::filesystem::path& folder) {
         [this](std::future<base::Bytes> bookmark) { choose(std::move(bookmark)); });
     m_choiceAnswer = m_surroundings.runLoop.callAfter(kLongestSilence, [this] {
         std::promise<base::Bytes> none;
-        none.set_exception(noAnswer());
+        none.set_exception(std::make_exception_ptr(noAnswer()));
         choose(none.get_future());
     });
     m_didChange.emit();
@@ -205,7 +240,7 @@ void AutomaticBackupService::choose(std::future<base::Bytes> bookmark) {
     m_choiceAnswer.reset();
     try {
         auto bytes = bookmark.get();
-        if (m_run && !m_advance) {
+        if (isSilent()) {
             leave(); // in the folder before
         }
         auto& preferences = m_surroundings.preferences;
@@ -214,18 +249,55 @@ void AutomaticBackupService::choose(std::future<base::Bytes> bookmark) {
         preferences.setAutomaticBackupLastSuccess(std::nullopt);
         preferences.setAutomaticBackupBookmark(std::move(bytes));
         preferences.setAutomaticBackupLastSuccess(std::nullopt);
+        m_seen = FolderState::there;
+        forgetFailure(); // also where it is the same folder
     } catch (const base::Error& error) {
         m_choiceRefusal = error.errorDescription();
-    } catch (const std::exception&) {
-        m_choiceRefusal = descriptionOf(AutomaticBackupErrorCase::notSaved);
     }
     m_didChange.emit();
 }
 
-std::optional<std::filesystem::path> AutomaticBackupService::folder() const {
+std::optional<FolderBookmark> AutomaticBackupService::bookmark() const {
     const auto& bytes = m_surroundings.preferences.automaticBackupBookmark();
-    const auto bookmark = bytes ? FolderBookmark::ofBytes(*bytes) : std::nullopt;
-    return bookmark ? std::optional(bookmark->path()) : std::nullopt;
+    return bytes ? FolderBookmark::ofBytes(*bytes) : std::nullopt;
+}
+
+std::optional<std::filesystem::path> AutomaticBackupService::folder() const {
+    const auto known = bookmark();
+    return known ? std::optional(known->path()) : std::nullopt;
+}
+
+AutomaticBackupService::FolderState AutomaticBackupService::folderState() const {
+    return !m_surroundings.preferences.automaticBackupBookmark() ? FolderState::none
+           : !bookmark()                                         ? FolderState::unknown
+                                                                 : m_seen;
+}
+
+void AutomaticBackupService::lookAtFolder() {
+    const auto known = bookmark();
+    if (m_folderLook || !known || obstacle()) {
+        return;
+    }
+    m_folderLook = std::make_unique<BackgroundTask>(
+        m_surroundings.threads, m_surroundings.runLoop,
+        [folder = *known](Work&) { static_cast<void>(folder.open()); },
+        [this](std::future<void> isThere) { seeFolder(std::move(isThere)); });
+}
+
+void AutomaticBackupService::seeFolder(std::future<void> isThere) {
+    m_folderLook.reset();
+    const auto before = m_seen;
+    try {
+        isThere.get();
+        m_seen = FolderState::there;
+    } catch (const AutomaticBackupError&) {
+        m_seen = FolderState::gone;
+    } catch (const base::Error&) {
+        return; // it could not be looked at
+    }
+    if (m_seen != before) {
+        m_didChange.emit();
+    }
 }
 
 } // namespace korvex::storage

@@ -8,9 +8,9 @@
 #include "storage/AutomaticBackup.h"
 #include "storage/BackgroundTask.h"
 #include "storage/BackgroundThreads.h"
+#include "storage/FolderBookmark.h"
 #include "store/ModelContainer.h"
 
-#include <exception>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -62,18 +62,40 @@ public:
     /// stays as it was where it cannot be. Does nothing while another one is being marked.
     void chooseFolder(const std::filesystem::path& folder);
     bool isChoosing() const { return m_choice != nullptr; }
-    /// Why the folder that was chosen last could not be; empty where it could.
+    /// Why the folder that was chosen last could not be, until one is; else empty.
     const std::string& choiceRefusal() const { return m_choiceRefusal; }
-    /// The chosen folder, there or not; absent: none was chosen.
+    /// The chosen folder, there or not; absent: none was chosen, or which one is not known any
+    /// more.
     std::optional<std::filesystem::path> folder() const;
+
+    enum class FolderState {
+        none,        ///< was chosen
+        unknown,     ///< which one was chosen: what the settings hold of it cannot be read
+        notLookedAt, ///< since it was chosen
+        there,
+        gone, ///< or another one stands in its place
+    };
+    /// As it was seen last, by a look or by a run.
+    FolderState folderState() const;
+    /// Looks whether the folder is there, on another thread; `didChange` tells if it is otherwise
+    /// than it was.
+    void lookAtFolder();
 
     bool isRunning() const { return m_run != nullptr; }
     /// How far it is.
     const Progress& progress() const { return m_progress; }
+    /// That one is under way that has not advanced for minutes.
+    bool isSilent() const { return m_run && !m_advance; }
+    /// That the last run was cancelled. It counts as none: where one is due it still is, and the
+    /// next look makes it.
+    bool wasCancelled() const { return m_wasCancelled; }
 
-    /// That the last run failed, until one succeeds; the reason in its own words, else empty.
+    /// That the last run failed, until one succeeds, also one of another program, or is cancelled,
+    /// or a folder is chosen; the reason in its own words, else empty.
     const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
     const std::string& errorReason() const { return m_errorReason; }
+    /// Whether that is the folder, which is gone or not known any more.
+    bool hasFailedForFolder() const { return m_errorMessage && m_hasFailedForFolder; }
 
     /// Why none is ever made of this store, as its user is told; absent where they are.
     std::optional<std::string> obstacle() const;
@@ -85,8 +107,8 @@ public:
     std::optional<base::Instant> nextDue(base::Instant now) const;
 
     /// Emitted when a run begins, advances or ends, or has not advanced for minutes; when a folder
-    /// is being marked, and when it is or cannot be; and when another setting or success makes the
-    /// next one due at another time.
+    /// is being marked, and when it is or cannot be; when the chosen one is gone or there again;
+    /// and when another setting or success makes the next one due at another time.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
@@ -99,7 +121,12 @@ private:
     void finish(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
                 AskedBy asked);
     void succeed(const AutomaticBackup& request);
-    void fail(const std::exception_ptr& failure, AskedBy asked);
+    void forgetFailure();
+    void noteCancelled();
+    void fail(const base::Error& failure, AskedBy asked);
+    bool isOfChosenFolder(const AutomaticBackup& request) const;
+    void seeFolder(std::future<void> isThere);
+    std::optional<FolderBookmark> bookmark() const;
     void leave();
     void choose(std::future<base::Bytes> bookmark);
     void settingChanged(app::AppPreferences::Property property);
@@ -108,6 +135,8 @@ private:
     base::Logger m_log;
     std::optional<std::string> m_errorMessage;
     std::string m_errorReason;
+    bool m_hasFailedForFolder = false;
+    bool m_wasCancelled = false;
     Progress m_progress;
     base::Signal<> m_didChange;
     base::Subscription m_settings;
@@ -121,6 +150,10 @@ private:
     std::unique_ptr<BackgroundTask> m_choice;
     std::unique_ptr<base::RunLoop::Timer> m_choiceAnswer;
     std::string m_choiceRefusal;
+    /// Says nothing where which folder was chosen is not known.
+    FolderState m_seen = FolderState::notLookedAt;
+    /// Null where nobody is looking.
+    std::unique_ptr<BackgroundTask> m_folderLook;
 };
 
 } // namespace korvex::storage

@@ -2,6 +2,7 @@
 
 #include "base/RunLoop.h"
 #include "storage/BackgroundThreads.h"
+#include "storage/ErrorsOnly.h"
 #include "storage/Work.h"
 
 #include <exception>
@@ -20,7 +21,8 @@ namespace korvex::storage {
 /// more.
 class BackgroundTask {
 public:
-    /// What `finished` gets of a function: `get` returns or throws what that did, and never waits.
+    /// What `finished` gets of a function: `get` returns what that did, or throws an Error
+    /// (`throwAsError`), and never waits.
     template <typename Function>
     using Outcome = std::future<std::invoke_result_t<Function&, Work&>>;
 
@@ -35,7 +37,8 @@ public:
         using Result = std::invoke_result_t<Function&, Work&>;
         const auto task =
             std::make_shared<std::packaged_task<Result(Work&, const std::exception_ptr&)>>(
-                [work = std::move(work)](Work& mine, const std::exception_ptr& obstacle) mutable {
+                [work = withErrorsOnly(std::move(work))](
+                    Work& mine, const std::exception_ptr& obstacle) mutable -> Result {
                     if (obstacle) {
                         std::rethrow_exception(obstacle);
                     }

@@ -1,12 +1,16 @@
 #include "storage/BackupService.h"
 
+#include "app/DraftFolder.h"
 #include "base/Text.h"
 #include "model/Entry.h"
 #include "model/SchemaVersions.h"
 #include "services/OrderKey.h"
+#include "storage/CloudStorePreparation.h"
 #include "storage/RestoreError.h"
+#include "storage/StoreMarkers.h"
 
 #include <algorithm>
+#include <array>
 #include <numeric>
 #include <tuple>
 
@@ -95,17 +99,27 @@ bool isOfStore(std::filesystem::path file, const std::filesystem::path& store) {
         return fs::equivalent(left, right, ignored);
     };
     const auto folder = file.parent_path();
-    if (isSame(folder, recoveryFile(store.parent_path()).parent_path())) {
+    const auto data = store.parent_path();
+    const auto name = store.filename().native();
+    const std::array others{recoveryFile(data).parent_path(), app::DraftFolder::beside(store),
+                            data / storeMarkers::kPrepared, data / storeMarkers::kPreparedForCloud,
+                            data / CloudStorePreparation::kBackupName};
+    const auto isOneOfThem = [&](const fs::path& each) {
+        return isSame(file, each) || isSame(folder, each) ||
+               (isSame(folder, each.parent_path()) && file.filename() == each.filename());
+    };
+    if (std::any_of(others.begin(), others.end(), isOneOfThem)) {
         return true;
     }
-    const auto name = store.filename().native();
-    for (const auto& each : fs::directory_iterator(store.parent_path(), ignored)) {
-        if (each.path().filename().native().starts_with(name) && isSame(file, each.path())) {
+    std::error_code error;
+    for (fs::directory_iterator each(data, error), end; !error && each != end;
+         each.increment(error)) {
+        if (each->path().filename().native().starts_with(name) && isSame(file, each->path())) {
             return true;
         }
     }
     // One that is not there just now is its as well.
-    return isSame(folder, store.parent_path()) && file.filename().native().starts_with(name);
+    return isSame(folder, data) && file.filename().native().starts_with(name);
 }
 
 } // namespace
@@ -154,6 +168,7 @@ BackupSummary exportBackup(store::ModelContainer& container, const std::filesyst
     if (isOfStore(file, container.configuration().file)) {
         throw RestoreError(RestoreErrorCase::ofStore);
     }
+    requireFile(file);
     const auto document = createBackup(container, now, work).document;
     work.begin(Stage::checking);
     backup::validate(document, log);

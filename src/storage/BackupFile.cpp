@@ -29,8 +29,8 @@ void require(const std::error_code& error) {
     requireWritten("The backup", error);
 }
 
-[[noreturn]] void refuseUnreadable(const fs::path& file, const fs::filesystem_error& error) {
-    throw FileError(file.string() + " could not be read: " + error.code().message() + ".");
+[[noreturn]] void refuseUnreadable(const fs::path& file, const std::error_code& error) {
+    throw FileError(file.string() + " could not be read: " + error.message() + ".");
 }
 
 /// A file is read and then decoded: each byte counts twice.
@@ -99,16 +99,40 @@ BackupSummary writeBackup(const BackupDocument& document, const fs::path& file, 
     return summary;
 }
 
-BackupDocument readBackup(const fs::path& file, Work& work) {
-    return backup::BackupFileIO::decode(readBackupBytes(file, work), advancing(work));
+void requireFile(const fs::path& file) {
+    std::error_code unknown;
+    const auto status = fs::status(file, unknown);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw FileError(file.string() + " is not a file. Choose another one for the backup.");
+    }
 }
 
-base::Bytes readBackupBytes(const fs::path& file, Work& work) {
+BackupDocument readBackup(const fs::path& file, Work& work) {
+    requireFile(file);
+    const auto open = openBackup(file);
+    if (!open.isOpen()) {
+        refuseUnreadable(file, std::make_error_code(std::errc::no_such_file_or_directory));
+    }
+    return backup::BackupFileIO::decode(readBackupBytes(open, file, work), advancing(work));
+}
+
+base::FileDescriptor openBackup(const fs::path& file) {
+    try {
+        return backup::BackupFileIO::openFile(file);
+    } catch (const fs::filesystem_error& error) {
+        if (error.code() == std::errc::no_such_file_or_directory) {
+            return {};
+        }
+        refuseUnreadable(file, error.code());
+    }
+}
+
+base::Bytes readBackupBytes(const base::FileDescriptor& open, const fs::path& file, Work& work) {
     work.begin(Stage::reading, partsOfReading(file));
     try {
-        return backup::BackupFileIO::readFile(file, advancing(work));
+        return backup::BackupFileIO::readFile(open, file, advancing(work));
     } catch (const fs::filesystem_error& error) {
-        refuseUnreadable(file, error);
+        refuseUnreadable(file, error.code());
     }
 }
 
@@ -116,7 +140,7 @@ bool holdsBackup(const fs::path& file, const BackupDocument& document, Work& wor
     try {
         return holds(file, document, work);
     } catch (const fs::filesystem_error& error) {
-        refuseUnreadable(file, error);
+        refuseUnreadable(file, error.code());
     }
 }
 

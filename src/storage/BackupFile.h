@@ -2,6 +2,7 @@
 
 #include "backup/BackupDocument.h"
 #include "base/Error.h"
+#include "base/FileDescriptor.h"
 #include "base/FileReplacement.h"
 #include "base/Log.h"
 #include "storage/Work.h"
@@ -58,11 +59,18 @@ struct BackupWriting {
 BackupSummary writeBackup(const backup::BackupDocument& document, const std::filesystem::path& file,
                           Work& work, const BackupWriting& how = {});
 
+/// Throws FileError where something else stands there, as a folder or a pipe: it is neither read
+/// nor replaced.
+void requireFile(const std::filesystem::path& file);
+
 /// Reads a backup; whether it may become a store says `backup::validate`. Throws BackupError
 /// `tooLarge` (unread) and `invalidDocument`, FileError and Cancelled. Any thread.
 backup::BackupDocument readBackup(const std::filesystem::path& file, Work& work);
-/// The same without decoding it.
-base::Bytes readBackupBytes(const std::filesystem::path& file, Work& work);
+/// The same in two steps, without decoding it: what is open is read whatever becomes of its name
+/// meanwhile. Not open where there is no such file.
+base::FileDescriptor openBackup(const std::filesystem::path& file);
+base::Bytes readBackupBytes(const base::FileDescriptor& open, const std::filesystem::path& file,
+                            Work& work);
 
 /// Whether the file holds just this document. Throws as `readBackup`. Any thread.
 bool holdsBackup(const std::filesystem::path& file, const backup::BackupDocument& document,

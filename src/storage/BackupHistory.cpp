@@ -3,9 +3,12 @@
 #include "backup/BackupDocument.h"
 #include "base/FileReplacement.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <iterator>
 #include <system_error>
 
 namespace korvex::storage {
@@ -26,28 +29,45 @@ bool isAutomaticName(const fs::path& name) {
     return isBackupName(name) && name.stem().native().starts_with(kNamePrefix);
 }
 
-/// The folder's regular files whose names are meant, in no order; no symbolic links. Throws
-/// std::filesystem::filesystem_error.
+std::string unreadable(const fs::path& what, const std::error_code& error) {
+    return what.string() + " could not be read: " + error.message() + ".";
+}
+
+ListedBackup listed(fs::path file, const struct stat& status) {
+    const auto modified = static_cast<double>(status.st_mtim.tv_sec) +
+                          static_cast<double>(status.st_mtim.tv_nsec) / 1e9;
+    return {.file = std::move(file),
+            .modifiedAt = base::Instant::fromUnixSeconds(modified),
+            .bytes = static_cast<std::uintmax_t>(status.st_size),
+            .device = status.st_dev};
+}
+
+/// The folder's regular files whose names are meant, in no order; no symbolic links. They are told
+/// of as standing in `named`. Throws std::filesystem::filesystem_error where the folder itself
+/// cannot be read.
 template <typename IsMeant>
-std::vector<ListedBackup> filesIn(const fs::path& folder, IsMeant isMeant) {
-    std::vector<ListedBackup> found;
+BackupList filesIn(const HeldFolder& folder, const fs::path& named, IsMeant isMeant) {
+    BackupList found;
+    const auto held = folder.path();
     std::error_code error;
-    for (fs::directory_iterator each(folder, error), end; !error && each != end;
+    for (fs::directory_iterator each(held, error), end; !error && each != end;
          each.increment(error)) {
+        const auto name = each->path().filename();
         struct stat status {};
-        // What is gone by now is none.
-        if (!isMeant(each->path().filename()) || ::lstat(each->path().c_str(), &status) != 0 ||
-            !S_ISREG(status.st_mode)) {
+        if (!isMeant(name)) {
             continue;
         }
-        const auto modified = static_cast<double>(status.st_mtim.tv_sec) +
-                              static_cast<double>(status.st_mtim.tv_nsec) / 1e9;
-        found.push_back({.file = each->path(),
-                         .modifiedAt = base::Instant::fromUnixSeconds(modified),
-                         .bytes = static_cast<std::uintmax_t>(status.st_size)});
+        if (::fstatat(folder.descriptor(), name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) {
+            if (errno != ENOENT) { // what is gone by now is none
+                found.unreadable.push_back(
+                    unreadable(named / name, {errno, std::generic_category()}));
+            }
+        } else if (S_ISREG(status.st_mode)) {
+            found.backups.push_back(listed(named / name, status));
+        }
     }
     if (error) {
-        throw fs::filesystem_error("readdir", folder, error);
+        throw fs::filesystem_error("readdir", named, error);
     }
     return found;
 }
@@ -58,14 +78,32 @@ bool isNewer(const ListedBackup& left, const ListedBackup& right) {
                : left.file.filename().native() < right.file.filename().native();
 }
 
-/// Of a folder that is shown to somebody; the newest first.
-std::vector<ListedBackup> sorted(std::vector<ListedBackup> found) {
-    std::sort(found.begin(), found.end(), isNewer);
+/// For somebody who is shown them.
+BackupList sorted(BackupList found) {
+    std::sort(found.backups.begin(), found.backups.end(), isNewer);
+    std::sort(found.unreadable.begin(), found.unreadable.end());
     return found;
 }
 
-FileError unreadable(const fs::path& folder, const fs::filesystem_error& error) {
-    return FileError(folder.string() + " could not be read: " + error.code().message() + ".");
+/// The folders of installations.
+std::vector<fs::path> historiesIn(const HeldFolder& folder) {
+    std::vector<fs::path> names;
+    for (const auto& each : fs::directory_iterator(folder.path())) {
+        std::error_code unknown; // then it is told of when it is opened
+        if (each.path().filename().native().starts_with(kHistoryPrefix) &&
+            (each.symlink_status(unknown).type() == fs::file_type::directory || unknown)) {
+            names.push_back(each.path().filename());
+        }
+    }
+    return names;
+}
+
+void requireSame(const ListedBackup& backup) {
+    struct stat status {};
+    if (::stat(backup.file.c_str(), &status) == 0 && listed(backup.file, status) != backup) {
+        throw FileError(backup.file.string() +
+                        " was replaced by another file meanwhile. Try again.");
+    }
 }
 
 } // namespace
@@ -78,39 +116,45 @@ std::string newBackupName() {
     return std::string(kNamePrefix) + base::Uuid::random().text() + std::string(kExtension);
 }
 
-std::vector<ListedBackup> automaticBackups(const FolderBookmark& bookmark,
-                                           const base::Uuid& installation) {
-    const auto held = bookmark.open();
-    const auto folder = bookmark.path() / historyFolderName(installation);
-    std::error_code error;
-    if (fs::symlink_status(folder, error).type() == fs::file_type::not_found) {
-        return {};
-    }
+BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& installation) {
+    const auto name = historyFolderName(installation);
+    const auto named = bookmark.path() / name;
+    const auto chosen = bookmark.open();
     try {
-        return sorted(filesIn(folder, isAutomaticName));
+        return sorted(filesIn(HeldFolder(chosen, name), named, isAutomaticName));
     } catch (const fs::filesystem_error& failure) {
-        throw unreadable(folder, failure);
+        if (failure.code() == std::errc::no_such_file_or_directory) {
+            return {};
+        }
+        throw FileError(unreadable(named, failure.code()));
     }
 }
 
-std::vector<ListedBackup> backupsIn(const fs::path& folder) {
+BackupList backupsIn(const fs::path& folder) {
     try {
-        auto found = filesIn(folder, isBackupName);
-        for (const auto& each : fs::directory_iterator(folder)) {
-            if (each.path().filename().native().starts_with(kHistoryPrefix) &&
-                each.symlink_status().type() == fs::file_type::directory) {
-                const auto ofInstallation = filesIn(each.path(), isBackupName);
-                found.insert(found.end(), ofInstallation.begin(), ofInstallation.end());
+        const HeldFolder held(folder);
+        auto found = filesIn(held, folder, isBackupName);
+        for (const auto& name : historiesIn(held)) {
+            try {
+                auto more = filesIn(HeldFolder(held, name), folder / name, isBackupName);
+                std::move(more.backups.begin(), more.backups.end(),
+                          std::back_inserter(found.backups));
+                std::move(more.unreadable.begin(), more.unreadable.end(),
+                          std::back_inserter(found.unreadable));
+            } catch (const fs::filesystem_error& failure) {
+                found.unreadable.push_back(unreadable(folder / name, failure.code()));
             }
         }
         return sorted(std::move(found));
     } catch (const fs::filesystem_error& failure) {
-        throw unreadable(folder, failure);
+        throw FileError(unreadable(folder, failure.code()));
     }
 }
 
 BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& work) {
+    requireSame(backup);
     const auto document = readBackup(backup.file, work);
+    requireSame(backup); // else who knows which one was read
     work.begin(Stage::checking);
     backup::validate(document, log);
     return {.exportedAt = document.exportedAt,
@@ -123,9 +167,9 @@ void removeUnfinished(const fs::path& folder) {
     base::removeLeftBehind(folder, isAutomaticName);
 }
 
-void prune(const fs::path& folder, std::size_t keeping, std::string_view newest) {
+void prune(const HeldFolder& folder, std::size_t keeping, std::string_view newest) {
     try {
-        auto candidates = filesIn(folder, isAutomaticName);
+        auto candidates = filesIn(folder, folder.path(), isAutomaticName).backups;
         std::sort(candidates.begin(), candidates.end(), [&](const auto& left, const auto& right) {
             const auto leftIsNewest = left.file.filename() == newest;
             const auto rightIsNewest = right.file.filename() == newest;

@@ -21,6 +21,18 @@ struct ListedBackup {
     std::filesystem::path file;
     base::Instant modifiedAt;
     std::uintmax_t bytes = 0;
+    /// What it stands on. The number of the file says nothing: some file systems, as those of
+    /// cards and sticks, give it another one each time.
+    std::uint64_t device = 0;
+
+    bool operator==(const ListedBackup&) const = default;
+};
+
+/// What was found, the newest first, and what could not be looked at, each with the reason: "…
+/// could not be read: …".
+struct BackupList {
+    std::vector<ListedBackup> backups = {};
+    std::vector<std::string> unreadable = {};
 };
 
 /// The folder of one installation's automatic backups in the chosen one: two that share a folder
@@ -29,16 +41,16 @@ std::string historyFolderName(const base::Uuid& installation);
 /// A new automatic backup's name.
 std::string newBackupName();
 
-/// The automatic backups of this installation, the newest first. Nothing is read of them. Throws
-/// AutomaticBackupError `chooseAgain`, and FileError where the folder cannot be read. Any thread.
-std::vector<ListedBackup> automaticBackups(const FolderBookmark& bookmark,
-                                           const base::Uuid& installation);
-/// All backups that stand in a folder or in the folder of an installation in it, the newest first.
-/// Throws FileError. Any thread.
-std::vector<ListedBackup> backupsIn(const std::filesystem::path& folder);
+/// The automatic backups of this installation in the folder that was chosen, and in no other.
+/// Nothing is read of them. Throws AutomaticBackupError `chooseAgain`, and FileError where the
+/// folder cannot be read. Any thread.
+BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& installation);
+/// All backups that stand in a folder or in the folder of an installation in it. Throws FileError
+/// where it cannot be read. Any thread.
+BackupList backupsIn(const std::filesystem::path& folder);
 
 /// Reads a backup in full, and checks that it may become a store. Throws as `readBackup` and
-/// `backup::validate`. Any thread.
+/// `backup::validate`, and FileError where another file has its name by now. Any thread.
 BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& work);
 
 /// Removes what killed programs left of automatic backups that they did not finish.
@@ -47,6 +59,6 @@ void removeUnfinished(const std::filesystem::path& folder);
 /// Keeps `newest` and the most recent automatic backups beside it, by the time of their files and
 /// then by their names: `keeping` altogether, at least one. Everything else in the folder stays.
 /// Throws FileError; the oldest go first.
-void prune(const std::filesystem::path& folder, std::size_t keeping, std::string_view newest);
+void prune(const HeldFolder& folder, std::size_t keeping, std::string_view newest);
 
 } // namespace korvex::storage

@@ -60,9 +60,6 @@ private:
     Board* m_last = nullptr;
 };
 
-/// How often what others save meanwhile is looked at before it is one change too many.
-constexpr int kRounds = 3;
-
 void replace(store::ModelContext& context, BackupDocument document, std::string note, Work& work) {
     work.beginForGood(Stage::replacing, document.entries.size());
     store::ContentReplacement replacement(context, std::move(note));
@@ -131,6 +128,7 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
     work.checkCancellation();
     validateReplacement();
     auto& container = m_context->container();
+    Restored restored;
     // Contexts save when they are told to and never by themselves: nothing needs to be kept from
     // that meanwhile.
     {
@@ -144,16 +142,19 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
             return std::nullopt;
         }
         auto backup = std::exchange(prepared.backup, std::nullopt).value();
+        restored.entryCount = backup.document().entries.size();
+        restored.madeAt = backup.document().exportedAt;
         try {
             replace(context, std::move(backup).take(), prepared.snapshot.identity, work);
             services::NoReminders reminders;
             services::NoWidgets widgets;
-            services::BoardService(context, reminders, widgets, *m_sink)
-                .initializeDefaultBoards(now, services::BoardService::SaveChanges::no);
+            services::BoardService boards(context, reminders, widgets, *m_sink);
+            boards.initializeDefaultBoards(now, services::BoardService::SaveChanges::no);
             DataIntegrityService(context, *m_sink)
                 .repair({.saveChanges = DataIntegrityService::SaveChanges::no,
                          .contents = DataIntegrityService::Contents::leave, // validated
                          .now = now});
+            restored.boardCount = boards.boards().size();
             if (beforeSave) {
                 beforeSave();
             }
@@ -163,7 +164,7 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
             throw;
         }
     }
-    Restored restored{.boards = {}, .snapshot = prepared.folder->saved(m_log)};
+    restored.snapshot = prepared.folder->saved(m_log);
     m_log.info("Restored backup; recovery snapshot retained locally");
     // It is done: who is told of it too late learns of it with the next change.
     const auto tell = [this](const auto& telling) {
@@ -189,13 +190,15 @@ Restored BackupService::finishAfter(PreparedRestore prepared, base::Instant now,
     if (hooks.beforeReplace) {
         hooks.beforeReplace();
     }
-    for (int round = 0; round < kRounds; ++round) {
+    for (int followed = 0;; ++followed) {
         if (auto restored = finish(prepared, now, work, hooks.beforeSave)) {
             return std::move(*restored);
         }
+        if (followed == kFollowedRevisions) {
+            refuseChanged(prepared.kind);
+        }
         followRevision(prepared, m_context->container(), work);
     }
-    refuseChanged(prepared.kind);
 }
 
 Restored BackupService::restore(ValidBackup backup, const std::filesystem::path& recoveryFile,

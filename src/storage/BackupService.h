@@ -55,6 +55,11 @@ struct RestoreHooks {
 struct Restored {
     /// In their order; none where they could not be read just then.
     std::vector<model::Board*> boards;
+    /// When the backup was made that is the store's contents now.
+    base::Instant madeAt = {};
+    /// What the store holds by it.
+    std::size_t boardCount = 0;
+    std::size_t entryCount = 0;
     /// Where what was replaced is kept.
     std::filesystem::path snapshot;
 };
@@ -78,9 +83,12 @@ public:
     /// What was prepared becomes the store, in one save, if nothing was saved since the snapshot:
     /// else nothing is done and the result absent, and `followRevision` says whether it can be
     /// tried again; so it can be as long as the backup stays prepared. Whatever fails, the store is
-    /// as it was and the snapshot stays; nothing fails any more after the save.
+    /// as it was, and the snapshot of an import stays; nothing fails any more after the save.
     std::optional<Restored> finish(PreparedRestore& prepared, base::Instant now, Work& work,
                                    const std::function<void()>& beforeSave = {}) const;
+    /// How often it is tried again. To compare takes long and keeps nobody from saving: a store
+    /// that is saved each time meanwhile counts as changed, whatever was saved.
+    static constexpr int kFollowedRevisions = 3;
 
     /// All of a restore at once, for who can wait.
     Restored restore(ValidBackup backup, const std::filesystem::path& recoveryFile,

@@ -22,8 +22,7 @@ constexpr std::string_view kCopy = "BeforeCloudV11";
 void keepCopy(const store::StoreFile& store) {
     const auto earlier = store.kept(kCopy);
     const auto copy = store.keptName(kCopy);
-    store.copyTo(copy);
-    store::StoreFile(copy).checkThatItOpens(SharedModelContainer::schema());
+    store.copyTo(copy, &SharedModelContainer::schema());
     for (std::size_t i = 1; i < earlier.size(); ++i) {
         std::error_code nextTime;
         std::filesystem::remove(earlier[i], nextTime);
@@ -50,7 +49,7 @@ CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesy
                                     .existingStoreOnly = true,
                                     .whenOlder = store::ModelConfiguration::Older::upgrade},
                                    *m_log);
-    Prepared prepared{.wasUpgraded = container->wasUpgraded()};
+    Prepared prepared{.wasUpgraded = container->wasUpgraded(), .notices = container->notices()};
     {
         store::ModelContext context(*container);
         services::NoReminders reminders;
@@ -66,7 +65,9 @@ CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesy
         }
     }
     Work work;
-    exportBackup(*container, at.parent_path() / kBackupName, now, *m_log, work);
+    const auto document = createBackup(*container, now, work).document;
+    backup::validate(document, *m_log);
+    writeBackup(document, at.parent_path() / kBackupName, work);
     storeMarkers::set(at, storeMarkers::kPreparedForCloud);
     return prepared;
 }

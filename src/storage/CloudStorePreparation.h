@@ -5,6 +5,7 @@
 #include "base/Uuid.h"
 
 #include <filesystem>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -23,10 +24,12 @@ public:
         /// Boards that another took the place of: the preferences are to name that one.
         std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards = {};
         bool wasUpgraded = false;
+        /// What was noticed when it was opened, for the user.
+        std::vector<std::string> notices = {};
     };
-    /// Keeps a copy of the store beside it first, under a name with ".BeforeCloudV11-" in it, then
-    /// upgrades and repairs it and writes the backup. Does nothing where it has been done or
-    /// nothing can be written. Throws SharedStoreError `notPrepared` and `incompleteStore`,
+    /// Keeps a copy of the store beside it first, read back, under a name with ".BeforeCloudV11-"
+    /// in it, then upgrades and repairs it and writes the backup. Does nothing where it has been
+    /// done or nothing can be written. Throws SharedStoreError `notPrepared` and `incompleteStore`,
     /// StoreError, BackupError and FileError; nothing is marked as done then, and the next call
     /// begins anew: of the copies of several such calls the first and the last stay.
     Prepared prepare(const std::filesystem::path& at, base::Instant now) const;

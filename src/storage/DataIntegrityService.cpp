@@ -8,6 +8,7 @@
 #include "services/OrderKey.h"
 #include "storage/SoundValues.h"
 #include "storage/UnreadableContents.h"
+#include "store/ModelContainer.h"
 
 #include <algorithm>
 #include <array>
@@ -25,6 +26,9 @@ namespace {
 
 using model::Board;
 using model::Entry;
+
+/// How often a store that others write to meanwhile is looked at anew before they have to wait.
+constexpr int kLooks = 3;
 
 /// The numbers of a board's entries.
 struct EntryNumbers {
@@ -223,6 +227,13 @@ private:
     std::pair<const base::Uuid, EntryNumbers>* m_last = nullptr;
 };
 
+void setUnreadable(std::vector<UnreadableContent> unreadable, Findings& findings) {
+    findings.unreadable = std::move(unreadable);
+    for (const auto& content : findings.unreadable) {
+        ++findings.report.repaired[content.kind];
+    }
+}
+
 void apply(const model::BoardFields& fields, Board& board) {
     board.setName(fields.name);
     board.setCreatedAt(fields.createdAt);
@@ -281,31 +292,51 @@ void apply(Findings& findings, store::ModelContext& context) {
 DataIntegrityService::DataIntegrityService(store::ModelContext& context, base::LogSink& log)
     : m_context(&context), m_sink(&log), m_log(log, "DataIntegrity") {}
 
-RepairReport DataIntegrityService::repair(const Request& request) const {
-    const auto look = [&] {
-        auto findings = Look(*m_context, request.normalizeOrdering).findings();
-        if (request.contents == Contents::read && findings.report.damaged == 0) {
-            findings.unreadable = unreadableContents(*m_context, *m_sink);
-        }
-        for (const auto& content : findings.unreadable) {
-            ++findings.report.repaired[content.kind];
-        }
-        return findings;
-    };
+struct DataIntegrityService::Seen {
+    Findings findings;
+    /// Of the store that was looked at, or an earlier one.
+    std::int64_t revision = 0;
+};
+
+DataIntegrityService::Seen DataIntegrityService::look(const Request& request) const {
+    Seen seen{.revision = m_context->container().revision()};
     m_context->refresh();
-    {
-        const store::ReadingStep step(m_context->container());
-        auto report = look().report;
-        if (report.damaged > 0) {
-            m_log.warning(std::to_string(report.damaged) +
-                          " records have no identifier that can be read");
-        }
-        if (report.isEmpty()) {
-            return report;
-        }
+    const store::ReadingStep step(m_context->container());
+    auto& findings = seen.findings;
+    findings = Look(*m_context, request.normalizeOrdering).findings();
+    if (request.contents == Contents::read && findings.report.damaged == 0) {
+        setUnreadable(unreadableContents(*m_context, *m_sink), findings);
     }
-    const store::LockedStep step(*m_context);
-    auto findings = look();
+    return seen;
+}
+
+RepairReport DataIntegrityService::inspect(const Request& request) const {
+    return look(request).findings.report;
+}
+
+RepairReport DataIntegrityService::repair(const Request& request) const {
+    auto seen = look(request);
+    if (seen.findings.report.damaged > 0) {
+        m_log.warning(std::to_string(seen.findings.report.damaged) +
+                      " records have no identifier that can be read");
+    }
+    // To read all contents takes long, so it is done without the lock as long as others leave time
+    // for that.
+    for (int left = kLooks; !seen.findings.report.isEmpty(); --left) {
+        {
+            const store::LockedStep step(*m_context);
+            const auto isSame = m_context->container().revision() == seen.revision;
+            if (isSame || left == 0) {
+                return apply(isSame ? std::move(seen) : look(request), request);
+            }
+        }
+        seen = look(request);
+    }
+    return seen.findings.report;
+}
+
+RepairReport DataIntegrityService::apply(Seen seen, const Request& request) const {
+    auto& findings = seen.findings;
     if (findings.report.isEmpty()) {
         return findings.report;
     }
@@ -315,9 +346,11 @@ RepairReport DataIntegrityService::repair(const Request& request) const {
             services::NoWidgets widgets;
             services::BoardService(*m_context, reminders, widgets, *m_sink)
                 .initializeDefaultBoards(request.now, services::BoardService::SaveChanges::no);
-            findings = look();
+            auto unreadable = std::move(findings.unreadable);
+            findings = Look(*m_context, request.normalizeOrdering).findings();
+            setUnreadable(std::move(unreadable), findings);
         }
-        apply(findings, *m_context);
+        storage::apply(findings, *m_context);
         if (request.saveChanges == SaveChanges::yes) {
             m_context->save();
         }

@@ -37,8 +37,14 @@ public:
     /// its entries. Entries are judged as they are stored, so the context must not have changed
     /// any. Throws StoreError and rolls the context back, what its caller has pending too.
     RepairReport repair(const Request& request) const;
+    /// What that would do; nothing is changed. Throws StoreError.
+    RepairReport inspect(const Request& request) const;
 
 private:
+    struct Seen;
+    Seen look(const Request& request) const;
+    RepairReport apply(Seen seen, const Request& request) const;
+
     store::ModelContext* m_context;
     base::LogSink* m_sink;
     base::Logger m_log;

@@ -1,23 +1,21 @@
 #pragma once
 
-#include "storage/BackupFile.h"
-
-#include <exception>
 #include <utility>
 
 namespace korvex::storage {
 
-/// A function that does the same, and whose every failure can be told: what else than an Error it
-/// throws, as where there is no memory, becomes one.
+/// For handlers: throws what was caught if it is an Error, and otherwise an Error in words of the
+/// system for it, as where there is no memory. What only programmers understand is told to nobody.
+[[noreturn]] void throwAsError();
+
+/// A function that does the same, and whose every failure can be told: see `throwAsError`.
 template <typename Function>
 auto withErrorsOnly(Function work) {
     return [work = std::move(work)](auto&&... arguments) mutable {
         try {
             return work(std::forward<decltype(arguments)>(arguments)...);
-        } catch (const base::Error&) {
-            throw;
-        } catch (const std::exception& error) {
-            throw FileError(error.what());
+        } catch (...) {
+            throwAsError();
         }
     };
 }

@@ -39,6 +39,45 @@ std::optional<base::Uuid> markerIn(const HeldFolder& folder) {
     return text ? base::Uuid::parse(base::trimmed(*text)) : std::nullopt;
 }
 
+/// Gives the folder a mark, for good, unless it has got one meanwhile: who was told of that must
+/// find it again. `before`: what is no mark, which is replaced, or `not_found`.
+std::error_code mark(const fs::path& file, fs::file_type before) {
+    using Existing = base::StagedFile::Existing;
+    const auto text = base::Uuid::random().text() + "\n";
+    base::StagedFile staged;
+    auto error = staged.open(file, std::nullopt);
+    error = error ? error : staged.write(text);
+    if (error) {
+        return error;
+    }
+    // It says nothing, and who shares the folder has to read it. Where that cannot be said, as on
+    // file systems without permissions, it is of use to this user all the same.
+    const auto share = [](const fs::path& mark) {
+        std::error_code ignored;
+        fs::permissions(mark, fs::perms::group_read | fs::perms::others_read, fs::perm_options::add,
+                        ignored);
+    };
+    share(staged.path());
+    error = before == fs::file_type::not_found ? staged.commit(Existing::keep)
+                                               : std::make_error_code(std::errc::not_supported);
+    if (error == std::errc::file_exists) {
+        return {};
+    }
+    // Not every file system can keep what is there: then the last one of two holds.
+    for (const auto reason :
+         {std::errc::not_supported, std::errc::invalid_argument, std::errc::operation_not_permitted,
+          std::errc::function_not_supported}) {
+        if (error == reason) {
+            error = staged.commit(Existing::replace);
+            if (!error) {
+                share(file); // it has the permissions of the one before
+            }
+            return error;
+        }
+    }
+    return error;
+}
+
 struct stat statusOf(const HeldFolder& folder) {
     struct stat status {};
     if (::fstat(folder.descriptor(), &status) != 0) {
@@ -90,18 +129,18 @@ FolderBookmark FolderBookmark::make(const fs::path& folder) {
             // One that is there and cannot be read now may be that of other installations.
             const auto file = held.path() / kMarkerName;
             const auto type = fs::symlink_status(file).type();
-            if (type != fs::file_type::not_found &&
-                (type != fs::file_type::regular ||
-                 !base::readSmallFile(file, kMaximumMarkerBytes))) {
+            const auto text = type == fs::file_type::regular
+                                  ? base::readSmallFile(file, kMaximumMarkerBytes)
+                                  : std::nullopt;
+            if (type != fs::file_type::not_found && !text) {
                 throw refuse();
             }
-            if (base::replaceFile(file, base::Uuid::random().text() + "\n")) {
+            // By now it may be that of another program.
+            marker = text ? base::Uuid::parse(base::trimmed(*text)) : std::nullopt;
+            if (!marker && mark(file, type)) {
                 throw refuse();
             }
-            // It says nothing, and who shares the folder has to read it.
-            fs::permissions(file, fs::perms::group_read | fs::perms::others_read,
-                            fs::perm_options::add);
-            // What another program has put there meanwhile, if one has.
+            // That of another program, if one was quicker.
             marker = markerIn(held);
         }
         if (!marker) {
@@ -129,6 +168,13 @@ std::optional<FolderBookmark> FolderBookmark::ofBytes(std::span<const std::uint8
     const auto path = bytes.subspan(kPathOffset);
     std::copy_n(bytes.begin() + kMarkerOffset, marker.bytes.size(), marker.bytes.begin());
     return FolderBookmark(std::string(path.begin(), path.end()), marker);
+}
+
+FolderBookmark FolderBookmark::read(std::span<const std::uint8_t> bytes) {
+    if (auto bookmark = ofBytes(bytes)) {
+        return *std::move(bookmark);
+    }
+    throw AutomaticBackupError(AutomaticBackupErrorCase::unknownFolder);
 }
 
 HeldFolder FolderBookmark::open() const {

@@ -49,6 +49,8 @@ public:
     base::Bytes bytes() const;
     /// Absent for what `bytes` does not write.
     static std::optional<FolderBookmark> ofBytes(std::span<const std::uint8_t> bytes);
+    /// The same for who cannot do without. Throws AutomaticBackupError `unknownFolder`.
+    static FolderBookmark read(std::span<const std::uint8_t> bytes);
 
     /// Where the folder was when it was chosen.
     const std::filesystem::path& path() const { return m_path; }

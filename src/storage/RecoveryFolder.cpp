@@ -1,6 +1,6 @@
 #include "storage/RecoveryFolder.h"
 
-#include "backup/BackupFileIO.h"
+#include "backup/BackupDocument.h"
 #include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "storage/BackupFile.h"
@@ -13,6 +13,7 @@
 #include <cerrno>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 namespace korvex::storage {
 
@@ -42,41 +43,73 @@ base::FileDescriptor opened(const fs::path& folder, RecoveryFolder::Missing miss
     return descriptor;
 }
 
-/// Absent where there is no such file. Throws FileError and BackupError.
-std::optional<base::Bytes> contentsOf(const fs::path& file, Work& work) {
-    struct stat status {};
-    if (::lstat(file.c_str(), &status) != 0 && errno == ENOENT) {
-        return std::nullopt;
-    }
-    return readBackupBytes(file, work);
-}
-
 bool isThere(const fs::path& file) {
     struct stat status {};
     return ::lstat(file.c_str(), &status) == 0 || errno != ENOENT;
 }
 
-/// The same of the file that is named, absent for any other. What is no file, or too large for a
-/// backup, is another one.
-std::optional<base::Bytes> contentsIfNamed(const fs::path& file, const std::string& named,
-                                           Work& work) {
+/// Not open for one that is not there, or is another one by its kind or size: neither has to be
+/// readable. Throws FileError.
+base::FileDescriptor openIfFits(const fs::path& file, const std::string& named) {
+    struct stat status {};
+    const auto fits =
+        ::stat(file.c_str(), &status) != 0
+            ? errno != ENOENT
+            : S_ISREG(status.st_mode) && named.starts_with(std::to_string(status.st_size) + "-");
+    return fits ? openBackup(file) : base::FileDescriptor();
+}
+
+/// Absent for another one, as is what is no file, or too large for a backup.
+std::optional<base::Bytes> contentsIfNamed(const base::FileDescriptor& open, const fs::path& file,
+                                           const std::string& named, Work& work) {
     try {
-        auto contents = contentsOf(file, work);
-        return contents && RecoveryFolder::identity(*contents) == named ? std::move(contents)
-                                                                        : std::nullopt;
+        auto contents = readBackupBytes(open, file, work);
+        return RecoveryFolder::identity(contents) == named ? std::optional(std::move(contents))
+                                                           : std::nullopt;
     } catch (const backup::BackupError&) {
         return std::nullopt;
     }
 }
 
 bool isNamed(const fs::path& file, const std::string& named, Work& work) {
-    return contentsIfNamed(file, named, work).has_value();
+    const auto open = openIfFits(file, named);
+    return open.isOpen() && contentsIfNamed(open, file, named, work).has_value();
 }
 
 } // namespace
 
 std::string RecoveryFolder::identity(std::span<const std::uint8_t> contents) {
     return std::to_string(contents.size()) + "-" + std::to_string(base::checksum(contents));
+}
+
+std::optional<RecoveryFolder::Kept> RecoveryFolder::find(const fs::path& file, const Named& named,
+                                                         Work& work) {
+    if (!named) {
+        return std::nullopt;
+    }
+    // All are opened before one is read, in the order in which a file goes from name to name: who
+    // moves it meanwhile moves it to one that is still to come.
+    std::vector<std::pair<fs::path, base::FileDescriptor>> files;
+    std::optional<FileError> unopened;
+    for (const auto& each :
+         {file.parent_path() / kBesideName, file, file.parent_path() / kFormerName}) {
+        try {
+            if (auto open = openIfFits(each, *named); open.isOpen()) {
+                files.emplace_back(each, std::move(open));
+            }
+        } catch (const FileError& error) {
+            unopened = error; // another one may be the right one
+        }
+    }
+    for (const auto& [each, open] : files) {
+        if (auto contents = contentsIfNamed(open, each, *named, work)) {
+            return Kept{.file = each, .contents = std::move(*contents)};
+        }
+    }
+    if (unopened) {
+        throw FileError(*unopened);
+    }
+    return std::nullopt;
 }
 
 RecoveryFolder::RecoveryFolder(const fs::path& file, Missing missing,
@@ -105,26 +138,6 @@ void RecoveryFolder::settle(const Named& named, Work& work) {
     if (named && isNamed(m_beside, *named, work)) {
         requireWritten(m_file.string(), base::moveFile(m_beside, m_file));
     }
-}
-
-backup::BackupDocument RecoveryFolder::read(const Named& named, Work& work) const {
-    // Where the store names none, the former one is what stood there before an import that failed.
-    for (const auto& file : {named ? m_file : m_former, named ? m_former : m_file}) {
-        if (const auto contents =
-                named ? contentsIfNamed(file, *named, work) : contentsOf(file, work)) {
-            return backup::BackupFileIO::decode(
-                *contents, [&work](std::size_t bytes) { work.advance(bytes); });
-        }
-    }
-    throw RestoreError(isThere(m_file) || isThere(m_former) ? RestoreErrorCase::snapshotIsGone
-                                                            : RestoreErrorCase::nothingToTakeBack);
-}
-
-std::optional<fs::path> RecoveryFolder::fileToRead(const Named& named, Work& work) const {
-    if (!isThere(m_former)) {
-        return isThere(m_file) ? std::optional(m_file) : std::nullopt;
-    }
-    return !named || !isNamed(m_file, *named, work) ? m_former : m_file;
 }
 
 const fs::path& RecoveryFolder::makeRoom(const Named& named, Work& work) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "backup/BackupDocument.h"
+#include "base/Bytes.h"
 #include "base/FileLock.h"
 #include "base/Log.h"
 #include "storage/Work.h"
@@ -17,17 +17,32 @@ namespace korvex::storage {
 /// lives: no other program replaces that store or takes that back meanwhile.
 ///
 /// The store itself keeps which file has what its last replacement replaced (`identity`, written in
-/// the transaction of the replacement). So nothing is guessed after a kill, and no file is given up
-/// before the store has been replaced once more, for good. Any thread, one at a time.
+/// the transaction of the replacement). So nothing is guessed after a kill, and the file that is
+/// named is not given up before the store has been replaced once more, for good. Any thread, one at
+/// a time.
 class RecoveryFolder {
 public:
+    /// What the store names, if anything: `ModelContainer::replacementNote`.
+    using Named = std::optional<std::string>;
+    /// A file with all that is in it.
+    struct Kept {
+        std::filesystem::path file;
+        base::Bytes contents;
+    };
+    /// Beside the recovery snapshot `file`, or that itself: the one that the store names, wherever
+    /// it stands just now. Holds nothing: another program may go on there. Throws FileError and
+    /// Cancelled.
+    static std::optional<Kept> find(const std::filesystem::path& file, const Named& named,
+                                    Work& work);
+
     enum class Missing { make, refuse };
     /// `file` is the recovery snapshot. Throws RestoreError `running` when another one holds the
     /// folder for longer than the patience, and FileError. Where there is no folder, and none is to
     /// be made: RestoreError `nothingToTakeBack`.
     RecoveryFolder(const std::filesystem::path& file, Missing missing,
                    std::chrono::milliseconds patience = kPatience);
-    /// What was to become the snapshot goes, unless the store may name it.
+    /// What was written beside the snapshot to take a restore back goes, unless the store may name
+    /// it. The snapshot that an import has written stays.
     ~RecoveryFolder();
     RecoveryFolder(const RecoveryFolder&) = delete;
     RecoveryFolder& operator=(const RecoveryFolder&) = delete;
@@ -35,26 +50,16 @@ public:
     /// What tells a snapshot's file from any other.
     static std::string identity(std::span<const std::uint8_t> contents);
 
-    /// What the store names, if anything: `ModelContainer::replacementNote`.
-    using Named = std::optional<std::string>;
-
     /// Where a program was killed when it had taken a restore back and not tidied up, that is done
     /// now. Throws FileError, as all that follow, and Cancelled.
     void settle(const Named& named, Work& work);
-    /// The backup that the store names, wherever it is; where the store names none, the snapshot as
-    /// it stands. Throws RestoreError too where there is none such, and as `readBackup`.
-    backup::BackupDocument read(const Named& named, Work& work) const;
-    /// The file that `read` reads, told without reading it where there is but one. Absent where
-    /// there is none.
-    std::optional<std::filesystem::path> fileToRead(const Named& named, Work& work) const;
-
     /// The snapshot is about to be written over the one that is there, which is kept beside it
     /// until the store is replaced. Where the new one is to be written.
     const std::filesystem::path& makeRoom(const Named& named, Work& work);
     /// The same while a restore is taken back: then both have to be there.
     const std::filesystem::path& makeRoomBeside();
-    /// The new one is about to be written: until it is saved it goes with this, also where it
-    /// stands in its place and only the folder could not be synced.
+    /// The new one is about to be written. One beside the snapshot goes with this until it is
+    /// saved, also where it has its name already and only the folder could not be synced.
     void beginWriting() { m_isOurs = m_isBeside && !m_wasBeside; }
 
     /// From here on the store may name the file that was written.

@@ -2,6 +2,40 @@
 
 namespace korvex::storage {
 
+std::string_view findingOf(RepairKind kind) {
+    switch (kind) {
+    case RepairKind::doubledSystemBoards:
+        return "System boards that are there more than once";
+    case RepairKind::boardMarks:
+        return "Marks of boards that contradict each other";
+    case RepairKind::boardNames:
+        return "Boards without a name";
+    case RepairKind::boardLooks:
+        return "Unknown icons and colors of boards";
+    case RepairKind::boardOrder:
+        return "Boards that are not numbered in order";
+    case RepairKind::entriesWithoutBoard:
+        return "Entries whose board is missing";
+    case RepairKind::entriesOfMergedBoards:
+        return "Entries on boards that were merged";
+    case RepairKind::entryTypes:
+        return "Unknown types of entries";
+    case RepairKind::completion:
+        return "Completions that contradict themselves";
+    case RepairKind::schedules:
+        return "Schedules that make no sense";
+    case RepairKind::dates:
+        return "Dates outside the calendar";
+    case RepairKind::entryOrder:
+        return "Boards whose entries are not numbered in order";
+    case RepairKind::unreadableTexts:
+        return "Formatted texts that cannot be read";
+    case RepairKind::unreadableAttachments:
+        return "Attachments that cannot be read";
+    }
+    return {};
+}
+
 std::string_view titleOf(RepairKind kind) {
     switch (kind) {
     case RepairKind::doubledSystemBoards:

@@ -24,6 +24,8 @@ enum class RepairKind {
     unreadableAttachments,
 };
 
+/// That it is so, in English, for a list of counts: "Entries whose board is missing".
+std::string_view findingOf(RepairKind kind);
 /// What was done about it, in English, for a list of counts: "Entries moved to the Inbox, whose
 /// board was missing".
 std::string_view titleOf(RepairKind kind);

@@ -2,6 +2,7 @@
 
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
+#include "backup/BackupFileIO.h"
 #include "storage/BackupService.h"
 #include "storage/RestoreError.h"
 
@@ -17,7 +18,11 @@ using backup::BackupDocument;
 using Kind = PreparedRestore::Kind;
 
 constexpr const char* kRecoveryFolder = "Recovery";
+/// In the folder that has the one of the user's own store.
+constexpr const char* kRecoveryFolderInShared = "Recovery of Primary.store";
 constexpr const char* kSnapshotName = "BeforeRestore.korvexbackup";
+/// At a snapshot that is being moved.
+constexpr int kLooks = 3;
 
 /// `room` says where it is to be written, once there is something to write.
 template <typename Room>
@@ -33,6 +38,18 @@ RecoverySnapshot writeSnapshot(store::ModelContainer& container, RecoveryFolder&
                      snapshot.identity = RecoveryFolder::identity(bytes);
                  }});
     return snapshot;
+}
+
+/// Another program may replace the store meanwhile, and what is looked for by then is another one.
+std::optional<RecoveryFolder::Kept> find(store::ModelContainer& container,
+                                         const fs::path& recoveryFile, Work& work) {
+    while (true) {
+        const auto named = container.replacementNote();
+        auto kept = RecoveryFolder::find(recoveryFile, named, work);
+        if (kept || container.replacementNote() == named) {
+            return kept;
+        }
+    }
 }
 
 } // namespace
@@ -62,7 +79,7 @@ PreparedRestore prepareUndo(store::ModelContainer& container, const fs::path& re
     auto folder = std::make_unique<RecoveryFolder>(recoveryFile, RecoveryFolder::Missing::refuse);
     const auto named = container.replacementNote();
     folder->settle(named, work);
-    ValidBackup backup(folder->read(named, work), log);
+    ValidBackup backup(recoveredDocument(container, recoveryFile, work), log);
     const AskedSnapshot found{.exportedAt = backup.document().exportedAt,
                               .entries = backup.document().entries.size()};
     if (asked && *asked != found) {
@@ -93,46 +110,52 @@ void refuseChanged(Kind kind) {
 
 BackupDocument recoveredDocument(store::ModelContainer& container, const fs::path& recoveryFile,
                                  Work& work) {
-    RecoveryFolder folder(recoveryFile, RecoveryFolder::Missing::refuse);
-    const auto named = container.replacementNote();
-    folder.settle(named, work);
-    return folder.read(named, work);
+    const auto kept = find(container, recoveryFile, work);
+    if (!kept) {
+        std::error_code error;
+        const auto isAnother =
+            container.replacementNote() && fs::exists(fs::symlink_status(recoveryFile, error));
+        throw RestoreError(isAnother ? RestoreErrorCase::snapshotIsGone
+                                     : RestoreErrorCase::nothingToTakeBack);
+    }
+    return backup::BackupFileIO::decode(kept->contents,
+                                        [&work](std::size_t bytes) { work.advance(bytes); });
 }
 
 std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
                                           const fs::path& recoveryFile, Work& work) {
-    auto file = std::optional(recoveryFile);
-    try {
-        RecoveryFolder folder(recoveryFile, RecoveryFolder::Missing::refuse,
-                              std::chrono::milliseconds::zero());
-        const auto named = container.replacementNote();
-        folder.settle(named, work);
-        file = folder.fileToRead(named, work);
-    } catch (const RestoreError& error) {
-        if (error.which() != RestoreErrorCase::running) {
-            return std::nullopt; // there is no folder
+    // Another program may just be moving it into its place.
+    for (int look = 0; look < kLooks; ++look) {
+        const auto kept = find(container, recoveryFile, work);
+        if (!kept) {
+            continue;
+        }
+        auto listed = backupsIn(kept->file.parent_path()).backups;
+        const auto found = std::find_if(listed.begin(), listed.end(),
+                                        [&](const auto& each) { return each.file == kept->file; });
+        if (found != listed.end()) {
+            return std::move(*found);
         }
     }
-    auto listed = file ? backupsIn(file->parent_path()) : std::vector<ListedBackup>();
-    const auto found = std::find_if(listed.begin(), listed.end(),
-                                    [&](const ListedBackup& each) { return each.file == *file; });
-    return found == listed.end() ? std::nullopt : std::optional(std::move(*found));
+    return std::nullopt;
 }
 
 fs::path recoveryFile(const fs::path& dataDirectory) {
-    const auto folder = app::isUsersOwn(dataDirectory)
-                            ? app::userFolder("XDG_DATA_HOME", ".local/share") / "Korvex"
-                            : dataDirectory;
-    return folder / kRecoveryFolder / kSnapshotName;
+    const auto shared = app::userFolder("XDG_DATA_HOME", ".local/share") / "Korvex";
+    if (app::isUsersOwn(dataDirectory)) {
+        return shared / kRecoveryFolder / kSnapshotName;
+    }
+    const auto isShared = app::dataDirectory(dataDirectory) == app::dataDirectory(shared);
+    return dataDirectory / (isShared ? kRecoveryFolderInShared : kRecoveryFolder) / kSnapshotName;
 }
 
 std::string descriptionOf(RestoreErrorCase which) {
     switch (which) {
     case RestoreErrorCase::nothingToTakeBack:
-        return "There is no import to take back: no recovery backup is kept.";
+        return "There is nothing to take back, or its recovery backup is gone.";
     case RestoreErrorCase::snapshotIsGone:
-        return "The recovery backup is not the one that the last import has left. Nothing was "
-               "replaced; it can be imported like any other.";
+        return "The recovery backup is not the one that the last replacement has left. Nothing "
+               "was replaced; it can be imported like any other.";
     case RestoreErrorCase::notAsAsked:
         return "Something else would come back by now than you were asked about. Nothing was "
                "replaced; try again.";
@@ -140,8 +163,8 @@ std::string descriptionOf(RestoreErrorCase which) {
         return "Your data changed while the recovery backup was being saved. Nothing was replaced. "
                "Try again.";
     case RestoreErrorCase::running:
-        return "Another program is importing a backup or taking an import back right now. Nothing "
-               "was replaced; try again.";
+        return "Another program is replacing all boards right now. Nothing was replaced; try "
+               "again.";
     case RestoreErrorCase::ofStore:
         return "This place belongs to the store itself. Nothing was written; choose another one "
                "for the backup.";

@@ -40,8 +40,8 @@ struct RecoverySnapshot {
 };
 
 /// What becomes the store, and the snapshot of what that will replace. While it lives nobody else
-/// replaces the store; ends it without having become the store, what it wrote to take a restore
-/// back goes too.
+/// replaces the store. Ends it without having become the store, the snapshot of an import stays;
+/// that of an undo goes, since what it would bring back is there.
 struct PreparedRestore {
     enum class Kind { import, undo };
 
@@ -79,15 +79,18 @@ PreparedRestore prepareUndo(store::ModelContainer& container,
 /// where it has not, the snapshot is one of that revision too. Else throws that the store changed.
 void followRevision(PreparedRestore& prepared, store::ModelContainer& container, Work& work);
 
-/// What taking the last restore back would bring. Throws as `RecoveryFolder`, and as `readBackup`.
+/// What taking the last restore back would bring, also while another program replaces the store.
+/// Throws RestoreError `nothingToTakeBack` where the store was never replaced, and
+/// `snapshotIsGone`; and as `readBackup`.
 backup::BackupDocument recoveredDocument(store::ModelContainer& container,
                                          const std::filesystem::path& recoveryFile, Work& work);
-/// The file that has it, unread; absent where there is none. Throws FileError.
+/// The file that has it; absent where there is none. Throws FileError.
 std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
                                           const std::filesystem::path& recoveryFile, Work& work);
 
 /// The recovery snapshot of the store in this data folder: `Recovery/BeforeRestore.korvexbackup` in
-/// the folder, or in `Korvex` beside it where it is the user's own.
+/// the folder, or in `Korvex` beside it where it is the user's own; in `Korvex` itself in a folder
+/// of another name. So no two stores share one.
 std::filesystem::path recoveryFile(const std::filesystem::path& dataDirectory);
 
 } // namespace korvex::storage

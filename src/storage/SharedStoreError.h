@@ -2,7 +2,9 @@
 
 #include "base/Error.h"
 
+#include <filesystem>
 #include <string>
+#include <utility>
 
 namespace korvex::storage {
 
@@ -16,5 +18,24 @@ enum class SharedStoreErrorCase {
 std::string descriptionOf(SharedStoreErrorCase which);
 std::string domainOf(SharedStoreErrorCase which);
 using SharedStoreError = base::TypedError<SharedStoreErrorCase>;
+
+/// The store of an older Korvex cannot be carried over: it is as it was.
+class LegacyStoreError final : public base::Error {
+public:
+    LegacyStoreError(const base::Error& reason, std::filesystem::path file)
+        : Error(reason.domain(), reason.code(),
+                reason.errorDescription() + " It is the store of an older Korvex, " +
+                    file.string() + ". Move it away to start anew."),
+          m_reason(reason.errorDescription()),
+          m_file(std::move(file)) {}
+
+    /// Why, for who shows the file beside it.
+    const std::string& reason() const noexcept { return m_reason; }
+    const std::filesystem::path& file() const noexcept { return m_file; }
+
+private:
+    std::string m_reason;
+    std::filesystem::path m_file;
+};
 
 } // namespace korvex::storage

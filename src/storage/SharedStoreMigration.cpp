@@ -1,22 +1,29 @@
 #include "storage/SharedStoreMigration.h"
 
 #include "app/StoreLocation.h"
+#include "base/CountText.h"
 #include "base/FileDescriptor.h"
+#include "base/FileReplacement.h"
 #include "base/Uuid.h"
+#include "storage/SalvageSentences.h"
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
 #include "storage/StoreMarkers.h"
+#include "store/ModelContext.h"
+#include "store/SoleHold.h"
 #include "store/StoreError.h"
 #include "store/StoreFile.h"
 #include "store/StoreLock.h"
-#include "store/StoreSalvage.h"
+#include "store/salvage/StoreSalvage.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <chrono>
-#include <cstdio>
+#include <string_view>
+#include <vector>
 
 namespace korvex::storage {
 
@@ -53,7 +60,9 @@ public:
         std::error_code ignored;
         for (fs::directory_iterator at(parent, ignored), end; !ignored && at != end;
              at.increment(ignored)) {
-            if (at->path().filename().string().starts_with(kStagingPrefix)) {
+            const auto name = at->path().filename().string();
+            if (name.starts_with(kStagingPrefix) &&
+                base::Uuid::parse(std::string_view(name).substr(kStagingPrefix.size()))) {
                 std::error_code failure;
                 fs::remove_all(at->path(), failure);
             }
@@ -64,35 +73,80 @@ private:
     fs::path m_path;
 };
 
-/// Moves a store that is closed and synced to where none is.
-void publish(const fs::path& staged, const fs::path& store) {
-    if (::renameat2(AT_FDCWD, staged.c_str(), AT_FDCWD, store.c_str(), RENAME_NOREPLACE) != 0) {
-        store::throwSystemError(errno);
-    }
-    const base::FileDescriptor folder(
-        ::open(store.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (::fsync(folder.get()) != 0) {
-        store::throwSystemError(errno);
-    }
-}
-
 bool isThere(const fs::path& file) {
     std::error_code failure;
     // What cannot be looked at is left to whoever opens it, with the reason.
     return fs::status(file, failure).type() != fs::file_type::not_found;
 }
 
-/// What is to be said of a legacy store of which not everything could be carried over.
-std::string noticeOf(const store::SalvageReport& salvage, const fs::path& legacy) {
-    std::size_t missing = 0;
-    for (const auto& loss : salvage.losses) {
-        missing += loss.missing;
+/// Whether a store that fails so is refused for what it is, at every try.
+bool isOfTheStore(store::StoreErrorCase reason) {
+    switch (reason) {
+    case store::StoreErrorCase::damaged:
+    case store::StoreErrorCase::notAStore:
+    case store::StoreErrorCase::newerVersion:
+    case store::StoreErrorCase::olderVersion:
+    case store::StoreErrorCase::symbolicLink:
+    case store::StoreErrorCase::unreadable:
+    case store::StoreErrorCase::nothingReadable:
+        return true;
+    case store::StoreErrorCase::missing:
+    case store::StoreErrorCase::incomplete:
+    case store::StoreErrorCase::needsUpgrade:
+    case store::StoreErrorCase::upgradeNeedsWriting:
+    case store::StoreErrorCase::noFolder:
+    case store::StoreErrorCase::readOnly:
+    case store::StoreErrorCase::busy:
+    case store::StoreErrorCase::full:
+    case store::StoreErrorCase::inputOutput:
+    case store::StoreErrorCase::conflict:
+    case store::StoreErrorCase::changesMissing:
+    case store::StoreErrorCase::invalidRecord:
+    case store::StoreErrorCase::other:
+        return false;
     }
-    return "The store of an older Korvex is damaged. " + std::to_string(salvage.saved) +
-           " records could be taken over" +
-           (missing > 0 ? ", " + std::to_string(missing) + " are missing" : std::string()) +
-           (salvage.mayMissMore ? ", and maybe more than can be told. " : ". ") +
-           "It has been left as it is: " + legacy.string();
+    return false;
+}
+
+/// A disk that fails may be this one's or that of the new store.
+bool isGivenBackByItsDisk(const fs::path& file) {
+    const base::FileDescriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    constexpr std::size_t kPiece = 1 << 20;
+    std::vector<char> piece(kPiece);
+    ssize_t size = 0;
+    do {
+        size = ::read(open.get(), piece.data(), piece.size());
+    } while (size > 0 || (size < 0 && errno == EINTR));
+    return size == 0;
+}
+
+/// Whether a salvage may read what another reader refused for this.
+bool mayBeSalvaged(store::StoreErrorCase reason) {
+    return reason == store::StoreErrorCase::damaged || reason == store::StoreErrorCase::notAStore;
+}
+
+/// Of a store that does not open: its files as they are.
+void copyFiles(const fs::path& store, const fs::path& copy) {
+    const auto open = [](const fs::path& file) {
+        return base::FileDescriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    };
+    store::copyFile(open(store), copy);
+    for (const auto* suffix : store::StoreFile::kJournals) {
+        const auto journal = open(store.native() + suffix);
+        if (journal.isOpen() || errno != ENOENT) {
+            store::copyFile(journal, copy.native() + suffix);
+        }
+    }
+}
+
+[[noreturn]] void refuse(const store::StoreError& error, const fs::path& legacy) {
+    if (error.which() == store::StoreErrorCase::damaged) {
+        // Its own words advise a repair, which is for the store of this folder.
+        throw LegacyStoreError(
+            base::Error(error.domain(), error.code(), "The store is damaged and cannot be copied."),
+            legacy);
+    }
+    throw LegacyStoreError(error, legacy);
 }
 
 } // namespace
@@ -117,6 +171,7 @@ std::vector<std::string> SharedStoreMigration::makePlace(const std::optional<fs:
     const auto directory = store.parent_path();
     const auto isPrepared = [&] { return storeMarkers::isSet(store, storeMarkers::kPrepared); };
     storeMarkers::checkThatNothingIsGone(store);
+    storeMarkers::removeLeftBehind(store);
     if (isPrepared()) {
         StagingFolder::removeLeftovers(directory);
         return {};
@@ -159,23 +214,66 @@ std::vector<std::string> SharedStoreMigration::carryOver(const fs::path& legacy,
                                                          const fs::path& store) const {
     const StagingFolder staging(store.parent_path());
     const auto staged = staging.path() / store.filename();
-    store::StoreFile(legacy).copyTo(staged);
     std::vector<std::string> notices;
     try {
+        if (copyWhole(legacy, staged)) {
+            m_log.info("Verified a snapshot of the legacy store; original retained");
+        } else {
+            notices.push_back(salvage(staged, legacy));
+            m_log.warning(notices.back());
+            validateStore(staged);
+        }
+    } catch (const store::StoreError& error) {
+        if (isOfTheStore(error.which()) || (error.which() == store::StoreErrorCase::inputOutput &&
+                                            !isGivenBackByItsDisk(legacy))) {
+            refuse(error, legacy);
+        }
+        throw;
+    }
+    if (const auto failure = base::moveToNew(staged, store)) {
+        store::throwSystemError(failure.value());
+    }
+    return notices;
+}
+
+bool SharedStoreMigration::copyWhole(const fs::path& legacy, const fs::path& staged) const {
+    const store::StoreFile file(legacy);
+    static_cast<void>(file.exists()); // what is no file is refused before it is read
+    try {
+        file.copyTo(staged);
+    } catch (const store::StoreError& error) {
+        if (!mayBeSalvaged(error.which())) {
+            throw;
+        }
+        copyFiles(legacy, staged);
+        return false;
+    }
+    try {
         validateStore(staged);
-        m_log.info("Verified a snapshot of the legacy store; original retained");
+        return true;
     } catch (const store::StoreError& error) {
         if (error.which() != store::StoreErrorCase::damaged) {
             throw;
         }
-        notices.push_back(noticeOf(
-            store::salvageStore(staged, SharedModelContainer::schema(), kPatience, *m_sink),
-            legacy));
-        m_log.warning(notices.back());
-        validateStore(staged);
+        return false;
     }
-    publish(staged, store);
-    return notices;
+}
+
+std::string SharedStoreMigration::salvage(const fs::path& staged, const fs::path& legacy) const {
+    const auto& schema = SharedModelContainer::schema();
+    const auto report = store::salvageStore(staged, schema, kPatience, *m_sink);
+    if (report.saved == 0) { // then it is the user who gives it up
+        throw store::StoreError(store::StoreErrorCase::nothingReadable);
+    }
+    const auto container = SharedModelContainer::openExisting(
+        staged, store::ModelConfiguration::Older::refuse, *m_sink);
+    store::ModelContext context(*container);
+    auto notice = "The store of an older Korvex is damaged. What could be read was taken over: " +
+                  base::countText(report.saved, "record", "records") + ".";
+    for (const auto& sentence : lossSentences(report, boardNamesOf(report, context))) {
+        notice += " " + sentence;
+    }
+    return notice + " The older store has been left as it is: " + legacy.string();
 }
 
 void SharedStoreMigration::validateStore(const fs::path& at) const {
@@ -190,6 +288,9 @@ void SharedStoreMigration::validateStore(const fs::path& at) const {
     }
     // The file alone is the store then.
     container->checkpoint();
+    if (store::StoreFile(at).hasJournal()) {
+        throw store::StoreError(store::StoreErrorCase::busy);
+    }
 }
 
 } // namespace korvex::storage

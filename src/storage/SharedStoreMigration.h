@@ -20,7 +20,8 @@ public:
     /// legacy one is never changed; of a damaged one what can be read is carried over. With the
     /// marker it costs a look into the folder, in which what killed runs left is removed. Where the
     /// folder may not be written there is nothing to prepare. Returns what the user should know, in
-    /// full sentences. Throws SharedStoreError `incompleteStore` and StoreError.
+    /// full sentences. Throws SharedStoreError `incompleteStore`, LegacyStoreError and
+    /// StoreError.
     std::vector<std::string> prepare(const std::optional<std::filesystem::path>& legacyURL,
                                      const std::filesystem::path& directory) const;
 
@@ -33,6 +34,11 @@ private:
                                        const std::filesystem::path& store) const;
     std::vector<std::string> carryOver(const std::filesystem::path& legacy,
                                        const std::filesystem::path& store) const;
+    /// Whether the copy is a sound one; else what can be read of it is still to be saved.
+    bool copyWhole(const std::filesystem::path& legacy, const std::filesystem::path& staged) const;
+    /// Of a staged copy of a legacy store; what is to be said of it.
+    std::string salvage(const std::filesystem::path& staged,
+                        const std::filesystem::path& legacy) const;
 
     base::LogSink* m_sink;
     base::Logger m_log;

@@ -29,6 +29,12 @@ void set(const std::filesystem::path& store, std::string_view marker, std::strin
     }
 }
 
+void removeLeftBehind(const std::filesystem::path& store) {
+    base::removeLeftBehind(store.parent_path(), [](std::string_view target) {
+        return target == kPrepared || target == kPreparedForCloud;
+    });
+}
+
 bool says(const std::filesystem::path& store, std::string_view marker, std::string_view contents) {
     return base::readSmallFile(pathOf(store, marker), kLongest) == contents;
 }

@@ -17,6 +17,8 @@ bool isSet(const std::filesystem::path& store, std::string_view marker);
 /// Sets it, for good. `contents`: what it says. Throws StoreError.
 void set(const std::filesystem::path& store, std::string_view marker,
          std::string_view contents = {});
+/// Removes what killed programs left when they set one.
+void removeLeftBehind(const std::filesystem::path& store);
 /// Whether it says just that.
 bool says(const std::filesystem::path& store, std::string_view marker, std::string_view contents);
 

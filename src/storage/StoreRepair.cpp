@@ -3,6 +3,7 @@
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "storage/DataIntegrityService.h"
+#include "storage/SalvageSentences.h"
 #include "storage/SharedModelContainer.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
@@ -22,20 +23,30 @@ std::unique_ptr<store::ModelContainer> open(const std::filesystem::path& file, b
     return container;
 }
 
-bool isDamaged(const std::filesystem::path& file, base::LogSink& log, Work& work) {
+/// What the first opening says of a store.
+struct Found {
+    bool isDamaged = false;
+    bool wasUpgraded = false;
+    std::vector<std::string> notices;
+};
+
+void look(const std::filesystem::path& file, base::LogSink& log, Work& work, Found& found) {
     try {
         const auto container = open(file, log);
+        found.wasUpgraded = container->wasUpgraded();
+        found.notices = container->notices();
         {
             store::ModelContext context(*container);
             work.begin(Stage::checking,
                        context.count<model::Board>() + context.count<model::Entry>());
         }
-        return container->check([&](std::size_t records) { work.advance(records); }).isDamaged;
+        found.isDamaged =
+            container->check([&](std::size_t records) { work.advance(records); }).isDamaged;
     } catch (const store::StoreError& error) {
-        if (error.which() != store::StoreErrorCase::damaged) {
+        if (!store::isDamage(error)) {
             throw;
         }
-        return true;
+        found.isDamaged = true;
     }
 }
 
@@ -50,30 +61,35 @@ store::SalvageReport salvage(const std::filesystem::path& file, base::LogSink& l
                                });
 }
 
-std::vector<std::string> boardNames(const store::SalvageReport& salvage,
-                                    store::ModelContext& context) {
-    std::vector<std::string> names;
-    for (const auto& loss : salvage.losses) {
-        const auto* board = loss.owner ? context.find<model::Board>(*loss.owner) : nullptr;
-        names.push_back(board ? board->name() : std::string());
-    }
-    return names;
-}
-
 } // namespace
 
 StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Instant now,
                               base::LogSink& log, Work& work) {
     StoreRepairReport report;
     work.begin(Stage::checking);
-    if (isDamaged(storeFile, log, work)) {
-        report.salvage = salvage(storeFile, log, work);
+    Found found;
+    try {
+        look(storeFile, log, work, found);
+        if (found.isDamaged) {
+            report.salvage = salvage(storeFile, log, work);
+        }
+    } catch (const Cancelled&) {
+        if (!found.wasUpgraded) {
+            throw;
+        }
+        throw Cancelled("Cancelled. The store was brought to the current version of Korvex; "
+                        "nothing else was changed.");
+    }
+    // Whoever noticed it first: it is gone once the store is adopted.
+    report.notices = std::move(found.notices);
+    if (report.notices.empty() && report.salvage) {
+        report.notices = report.salvage->notices;
     }
     work.beginForGood(Stage::replacing);
     const auto container = open(storeFile, log);
     store::ModelContext context(*container);
     if (report.salvage) {
-        report.boardNames = boardNames(*report.salvage, context);
+        report.boardNames = boardNamesOf(*report.salvage, context);
     }
     report.metadata =
         DataIntegrityService(context, log)

@@ -4,7 +4,7 @@
 #include "base/Log.h"
 #include "storage/RepairReport.h"
 #include "storage/Work.h"
-#include "store/StoreSalvage.h"
+#include "store/salvage/StoreSalvage.h"
 
 #include <filesystem>
 #include <optional>
@@ -24,8 +24,10 @@ struct StoreRepairReport {
     RepairReport metadata;
     /// Boards that another took the place of: the preferences are to name that one.
     std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards;
+    /// What was noticed of the store and cannot be repaired, in full sentences.
+    std::vector<std::string> notices;
 
-    bool wasSound() const { return !salvage && metadata.isEmpty(); }
+    bool wasSound() const { return !salvage && metadata.isEmpty() && notices.empty(); }
 };
 
 /// Reads the whole store; saves what can be read of a damaged one, then repairs its metadata. No

@@ -9,6 +9,9 @@
 #include "store/StoreError.h"
 #include "store/StoreUpgrade.h"
 
+#include <iterator>
+#include <utility>
+
 namespace korvex::storage {
 
 namespace {
@@ -88,6 +91,8 @@ StartedStore StoreStart::open(const Request& request, base::LogSink& log) {
     if (request.cloudKitIdentifier) {
         auto prepared = CloudStorePreparation(log).prepare(request.storeFile, request.now);
         store.mergedBoards = std::move(prepared.mergedBoards);
+        std::move(prepared.notices.begin(), prepared.notices.end(),
+                  std::back_inserter(store.notices));
         wasUpgraded = prepared.wasUpgraded;
     }
     store.container = SharedModelContainer::make(

@@ -45,8 +45,8 @@ public:
         std::optional<std::string> cloudKitIdentifier = std::nullopt;
         base::Instant now;
     };
-    /// Throws StoreError and SharedStoreError. A repair that fails is logged and tried again at the
-    /// next start.
+    /// Throws StoreError, SharedStoreError and LegacyStoreError. A repair that fails is logged and
+    /// tried again at the next start.
     static StartedStore open(const Request& request, base::LogSink& log);
 };
 

@@ -27,10 +27,11 @@ struct Progress {
     bool operator==(const Progress&) const = default;
 };
 
-/// Its user has cancelled: nothing was changed.
+/// Its user has cancelled: nothing was changed, or no more than the description says.
 class Cancelled final : public base::Error {
 public:
-    Cancelled() : Error("Korvex.Storage", 1, "Cancelled. Nothing was changed.") {}
+    explicit Cancelled(const char* description = "Cancelled. Nothing was changed.")
+        : Error("Korvex.Storage", 1, description) {}
 };
 
 /// What a long function is given by whoever waits for it: where to tell how far it is, and whether

@@ -56,6 +56,13 @@ protected:
             runLoop.runPosted();
         }
     }
+    /// Who opens the mark waits until `mark` is let go, as on a share whose server is gone.
+    bool holdMark() {
+        std::signal(SIGIO, SIG_IGN);
+        mark = base::FileDescriptor(
+            ::open((chosen / FolderBookmark::kMarkerName).c_str(), O_RDWR | O_CLOEXEC));
+        return ::fcntl(mark.get(), F_SETLEASE, F_WRLCK) == 0;
+    }
     std::vector<std::string> backups(const fs::path& in) const {
         const auto theirs = in / historyFolderName(preferences.automaticBackupID());
         return fs::exists(theirs) ? namesIn(theirs) : std::vector<std::string>();
@@ -68,6 +75,7 @@ protected:
     tests::FakeClock clock{base::Instant{800'000'000}};
     tests::FakeRunLoop runLoop;
     BackgroundThreads threads;
+    base::FileDescriptor mark;
     std::optional<AutomaticBackupService> service;
 };
 
@@ -146,15 +154,21 @@ TEST_F(AutomaticBackupServiceTest, LooksAtTheStartAndEveryQuarterOfAnHour) {
 }
 
 TEST_F(AutomaticBackupServiceTest, AFailureIsSaidUntilOneSucceeds) {
-    log.expectError("Backup operation failed: The folder that was chosen for automatic backups");
+    log.expectError("Backup operation failed: The folder that was chosen for automatic backups is "
+                    "not there, or another one stands in its place. Make it available, or choose "
+                    "it again. (3)");
     const auto away = folder / "away";
     int changes = 0;
     const auto subscription = service->didChange().connect([&] { ++changes; });
     fs::rename(chosen, away);
     service->runIfDue(clock.now());
     finish();
-    EXPECT_EQ(service->errorMessage(), AutomaticBackupService::kFailure);
+    EXPECT_EQ(service->errorMessage(),
+              "Automatic backup failed. Check the folder is available, or choose it again. Your "
+              "saved entries have not been changed.");
     EXPECT_THAT(service->errorReason(), HasSubstr("choose it again"));
+    EXPECT_TRUE(service->hasFailedForFolder());
+    EXPECT_EQ(service->folderState(), AutomaticBackupService::FolderState::gone);
     EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt) << "tried again";
     EXPECT_EQ(service->nextDue(clock.now()), clock.now());
     EXPECT_GE(changes, 2);
@@ -164,7 +178,57 @@ TEST_F(AutomaticBackupServiceTest, AFailureIsSaidUntilOneSucceeds) {
     finish();
     EXPECT_EQ(service->errorMessage(), std::nullopt);
     EXPECT_THAT(service->errorReason(), IsEmpty());
+    EXPECT_EQ(service->folderState(), AutomaticBackupService::FolderState::there);
     EXPECT_THAT(backups(), SizeIs(1));
+
+    fs::rename(chosen, away);
+    service->backUpNow();
+    finish();
+    EXPECT_TRUE(service->errorMessage());
+    auto theirs = settings.open();
+    app::AppPreferences(theirs, log).setAutomaticBackupLastSuccess(clock.now() + 1);
+    preferences.reload();
+    EXPECT_EQ(service->errorMessage(), std::nullopt) << "another program's is one too";
+
+    service->backUpNow();
+    finish();
+    EXPECT_TRUE(service->errorMessage());
+    fs::rename(away, chosen);
+    choose(chosen);
+    EXPECT_EQ(service->errorMessage(), std::nullopt) << "a folder was chosen";
+}
+
+TEST_F(AutomaticBackupServiceTest, TheFolderIsLookedAtWithoutATry) {
+    using State = AutomaticBackupService::FolderState;
+    const auto away = folder / "away";
+    int changes = 0;
+    const auto subscription = service->didChange().connect([&] { ++changes; });
+    const auto look = [&] {
+        changes = 0;
+        service->lookAtFolder();
+        runLoop.waitForPosted();
+        runLoop.runPosted();
+        return service->folderState();
+    };
+    EXPECT_EQ(service->folderState(), State::there) << "it has just been marked";
+    EXPECT_EQ(look(), State::there);
+    EXPECT_EQ(changes, 0);
+    fs::rename(chosen, away);
+    EXPECT_EQ(look(), State::gone);
+    EXPECT_EQ(changes, 1);
+    fs::rename(away, chosen);
+    EXPECT_EQ(look(), State::there);
+
+    preferences.setAutomaticBackupBookmark(base::Bytes{'n', 'o', 'n', 'e'});
+    EXPECT_EQ(service->folderState(), State::unknown);
+    service->lookAtFolder();
+    log.expectError("The settings no longer tell which folder was chosen for automatic backups. "
+                    "Choose it again.");
+    service->runIfDue(clock.now());
+    finish();
+    EXPECT_THAT(backups(), IsEmpty());
+    preferences.setAutomaticBackupBookmark(std::nullopt);
+    EXPECT_EQ(service->folderState(), State::none);
 }
 
 TEST_F(AutomaticBackupServiceTest, AFolderChosenDuringARunGetsItsOwn) {
@@ -193,11 +257,27 @@ TEST_F(AutomaticBackupServiceTest, AFolderChosenDuringARunGetsItsOwn) {
 }
 
 TEST_F(AutomaticBackupServiceTest, OneThatIsStoppedIsNoFailureAndLeavesNothing) {
+    log.expectError("The folder that was chosen for automatic backups is not there");
+    fs::rename(chosen, folder / "away");
     service->backUpNow();
-    service->cancel();
     finish();
+    fs::rename(folder / "away", chosen);
+    if (!holdMark()) {
+        GTEST_SKIP() << "no leases here";
+    }
+    service->start();
+    runLoop.advance(0);
+    service->cancel();
+    mark = {};
+    finish();
+    EXPECT_TRUE(service->wasCancelled());
     EXPECT_EQ(service->errorMessage(), std::nullopt);
-    EXPECT_THAT(backups(), SizeIs(::testing::Le(1U)));
+    EXPECT_THAT(backups(), IsEmpty());
+    runLoop.advance(900);
+    EXPECT_TRUE(service->isRunning()) << "it is due as before";
+    EXPECT_FALSE(service->wasCancelled());
+    finish();
+    EXPECT_THAT(backups(), SizeIs(1));
     service->backUpNow();
     service.reset();
     EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
@@ -212,7 +292,7 @@ TEST_F(AutomaticBackupServiceTest, NoneIsMadeOfAnotherStoreThanTheUsers) {
     another.store = AutomaticBackupService::Store::another;
     service.emplace(another);
     EXPECT_THAT(service->obstacle().value_or(""),
-                HasSubstr("only. korvex backup export makes one of this store."));
+                HasSubstr("only. An export makes a backup of this one."));
     EXPECT_EQ(service->nextDue(clock.now()), std::nullopt);
     service->start();
     runLoop.advance(900);
@@ -239,11 +319,7 @@ TEST_F(AutomaticBackupServiceTest, WhatSettingsCannotTakeHoldsInThisProgram) {
 }
 
 TEST_F(AutomaticBackupServiceTest, AFolderThatDoesNotAnswerIsSaidAndHoldsNobodyUp) {
-    // Who opens the mark waits until the lease is given back, as on a share whose server is gone.
-    const auto ignored = std::signal(SIGIO, SIG_IGN);
-    base::FileDescriptor mark(
-        ::open((chosen / FolderBookmark::kMarkerName).c_str(), O_RDWR | O_CLOEXEC));
-    if (::fcntl(mark.get(), F_SETLEASE, F_WRLCK) != 0) {
+    if (!holdMark()) {
         GTEST_SKIP() << "no leases here";
     }
     constexpr double kMinutes = 180;
@@ -271,7 +347,6 @@ TEST_F(AutomaticBackupServiceTest, AFolderThatDoesNotAnswerIsSaidAndHoldsNobodyU
     mark = {};
     EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
     EXPECT_THAT(backups(), IsEmpty());
-    std::signal(SIGIO, ignored);
 }
 
 TEST_F(AutomaticBackupServiceTest, OneThatAnotherProgramMakesIsNoFailureUnlessAskedFor) {

@@ -9,7 +9,9 @@
 #include <sys/inotify.h>
 #include <unistd.h>
 
+#include <barrier>
 #include <functional>
+#include <future>
 
 namespace korvex::storage {
 namespace {
@@ -25,12 +27,13 @@ class AutomaticBackupTest : public tests::AutomaticBackupFixture {
 protected:
     AutomaticBackupResult make(Work&& work = Work()) {
         auto defaults = settings.open();
-        return makeAutomaticBackup({.storeFile = container->configuration().file,
-                                    .bookmark = bookmark,
-                                    .installation = installation,
-                                    .keeping = keeping,
-                                    .now = kNow},
-                                   defaults, log, work);
+        return makeAutomaticBackup(
+            {.storeFile = storeFile.value_or(container->configuration().file),
+             .bookmark = bookmark,
+             .installation = installation,
+             .keeping = keeping,
+             .now = kNow},
+            defaults, log, work);
     }
     /// What it is refused with; the case itself, so that a test says which.
     std::optional<AutomaticBackupErrorCase> refusal(Work&& work = Work()) {
@@ -43,6 +46,7 @@ protected:
     }
 
     tests::SettingsFile settings;
+    std::optional<fs::path> storeFile; ///< else the one that is there
     std::optional<base::Bytes> bookmark;
     std::size_t keeping = 7;
 };
@@ -51,7 +55,7 @@ TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
     EXPECT_EQ(refusal(), AutomaticBackupErrorCase::noFolder);
     bookmark = FolderBookmark::make(chosen).bytes();
     const auto known = *FolderBookmark::ofBytes(*bookmark);
-    EXPECT_THAT(automaticBackups(known, installation), IsEmpty());
+    EXPECT_THAT(automaticBackups(known, installation).backups, IsEmpty());
     const auto made = make();
     EXPECT_EQ(made.file.parent_path(), history());
     EXPECT_FALSE(made.pruningFailure);
@@ -64,16 +68,36 @@ TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
     put(history() / "Korvex-damaged.korvexbackup");
     setAge(history() / "Korvex-damaged.korvexbackup", 2);
     put(history() / "notes.korvexbackup");
-    const auto listed = automaticBackups(known, installation);
+    const auto listed = automaticBackups(known, installation).backups;
     ASSERT_THAT(listed, SizeIs(3));
     EXPECT_EQ(listed[0].file, second.file);
     EXPECT_EQ(listed[1].file, made.file);
     EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
     EXPECT_THROW(checkBackup(listed[2], log, work), backup::BackupError);
+    // Some file systems number their files anew each time.
+    const auto again = folder / "again";
+    fs::copy_file(made.file, again);
+    fs::last_write_time(again, fs::last_write_time(made.file));
+    fs::rename(again, made.file);
+    EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
     put(chosen / "exported by hand.korvexbackup");
-    EXPECT_THAT(backupsIn(chosen), SizeIs(5));
-    EXPECT_THAT(backupsIn(history()), SizeIs(4));
+    EXPECT_THAT(backupsIn(chosen).backups, SizeIs(5));
+    EXPECT_THAT(backupsIn(history()).backups, SizeIs(4));
     EXPECT_THROW(backupsIn(chosen / "none"), FileError);
+
+    // Another folder in its place has none of them, whatever stands there.
+    fs::rename(chosen, folder / "away");
+    fs::create_directory(chosen);
+    fs::copy(folder / "away" / history().filename(), history());
+    EXPECT_THROW(automaticBackups(known, installation), AutomaticBackupError);
+    try {
+        checkBackup(listed[1], log, work);
+        ADD_FAILURE() << "another one was read";
+    } catch (const FileError& error) {
+        EXPECT_EQ(error.errorDescription(), made.file.string() +
+                                                " was replaced by another file meanwhile. Try "
+                                                "again.");
+    }
 }
 
 TEST_F(AutomaticBackupTest, ABookmarkKnowsItsFolderAgain) {
@@ -123,10 +147,34 @@ TEST_F(AutomaticBackupTest, ABookmarkKnowsItsFolderAgain) {
     fs::create_directory_symlink(away, chosen);
     EXPECT_EQ(refusal(), std::nullopt) << "the same folder, by whatever way";
     EXPECT_THROW(FolderBookmark::make(folder / "none"), AutomaticBackupError);
+    bookmark = base::Bytes{'n', 'o', 'n', 'e'};
+    EXPECT_EQ(refusal(), AutomaticBackupErrorCase::unknownFolder);
     for (const std::string bytes : {"", "KVXFLDR1", "KVXFLDR1 no path of it", "/a path"}) {
         EXPECT_EQ(FolderBookmark::ofBytes(base::Bytes(bytes.begin(), bytes.end())).has_value(),
                   bytes.size() > 24)
             << bytes;
+    }
+}
+
+TEST_F(AutomaticBackupTest, WhoeverChoosesAFolderAtOnceGetsTheSameMark) {
+    constexpr int kRounds = 20;
+    for (int round = 0; round < kRounds; ++round) {
+        fs::remove_all(chosen);
+        fs::create_directory(chosen);
+        std::barrier together(4);
+        std::vector<std::future<base::Bytes>> choices;
+        for (int i = 0; i < 4; ++i) {
+            choices.push_back(std::async(std::launch::async, [&] {
+                together.arrive_and_wait();
+                return FolderBookmark::make(chosen).bytes();
+            }));
+        }
+        const auto mark = choices.front().get();
+        for (auto other = choices.begin() + 1; other != choices.end(); ++other) {
+            EXPECT_EQ(other->get(), mark);
+        }
+        EXPECT_NO_THROW(FolderBookmark::read(mark).open());
+        EXPECT_THAT(namesIn(chosen), ElementsAre(FolderBookmark::kMarkerName));
     }
 }
 
@@ -256,7 +304,7 @@ TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
             put(file);
             fs::last_write_time(file, now - std::chrono::hours(age));
         }
-        prune(chosen, each.keeping, "Korvex-new.korvexbackup");
+        prune(HeldFolder(chosen), each.keeping, "Korvex-new.korvexbackup");
         auto expected = foreign;
         expected.insert(expected.end(), {"Korvex-link.korvexbackup", "Korvex-folder.korvexbackup"});
         for (const auto& name : each.kept) {
@@ -265,13 +313,44 @@ TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
         EXPECT_THAT(namesIn(chosen), ::testing::UnorderedElementsAreArray(expected))
             << each.keeping;
     }
+    const HeldFolder held(chosen);
+    const auto before = namesIn(chosen);
+    fs::permissions(chosen, fs::perms::owner_read | fs::perms::owner_exec);
+    const auto isRoot = ::geteuid() == 0 && ::seteuid(65'534) == 0; // who is held up by nothing
     try {
-        prune(chosen / "none", 1, "");
-        FAIL();
+        prune(held, 1, "");
+        ADD_FAILURE();
     } catch (const FileError& error) {
         EXPECT_THAT(error.errorDescription(),
                     HasSubstr("The backup was made; old ones could not be removed: "));
     }
+    EXPECT_TRUE(!isRoot || ::seteuid(0) == 0);
+    fs::permissions(chosen, fs::perms::owner_all);
+    EXPECT_EQ(namesIn(chosen), before);
+}
+
+TEST_F(AutomaticBackupTest, WhatTheDiskGivesBackOtherwiseOrCannotBeReadIsNoBackup) {
+    bookmark = FolderBookmark::make(chosen).bytes();
+    Work work([&](const Progress& progress) {
+        if (progress.stage == Stage::verifying) {
+            std::fstream(history() / namesIn(history()).front()).put('[');
+        }
+    });
+    try {
+        make(std::move(work));
+        FAIL();
+    } catch (const FileError& error) {
+        EXPECT_THAT(error.errorDescription(), HasSubstr("not what the disk gives back"));
+    }
+    EXPECT_THAT(namesIn(history()), IsEmpty());
+    auto defaults = settings.open();
+    EXPECT_EQ(app::AppPreferences(defaults, log).automaticBackupLastSuccess(), std::nullopt);
+
+    fs::remove(history());
+    storeFile = folder / "no store";
+    put(*storeFile, "something else");
+    EXPECT_THROW(make(), base::Error);
+    EXPECT_THAT(namesIn(chosen), ElementsAre(FolderBookmark::kMarkerName));
 }
 
 /// Killed in between, the next start need not make one more.

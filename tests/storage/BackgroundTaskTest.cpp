@@ -5,9 +5,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <filesystem>
 #include <future>
 #include <memory>
+#include <new>
 #include <semaphore>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -57,6 +60,35 @@ TEST(BackgroundTask, BringsItsResultAndItsErrorToTheMainThread) {
         ASSERT_FALSE(progress.empty());
         EXPECT_LE(progress.size(), 102U); // not for each of the parts
         EXPECT_EQ(progress.back(), (Progress{.stage = Stage::writing, .fraction = 1}));
+    }
+}
+
+TEST(BackgroundTask, WhatOnlyProgrammersUnderstandIsToldInWordsOfTheSystem) {
+    const auto full = std::make_error_code(std::errc::no_space_on_device);
+    for (const auto& [thrown, told] :
+         std::initializer_list<std::pair<std::exception_ptr, const char*>>{
+             {std::make_exception_ptr(std::bad_alloc()), "There is not enough memory."},
+             {std::make_exception_ptr(std::filesystem::filesystem_error("rename", full)),
+              "The system refused it: No space left on device."},
+             {std::make_exception_ptr(std::out_of_range("vector::_M_range_check")),
+              "It failed for a reason that is not known. Try again."},
+             {std::make_exception_ptr(Cancelled()), "Cancelled. Nothing was changed."},
+         }) {
+        tests::FakeRunLoop loop;
+        BackgroundThreads threads;
+        std::string said;
+        const BackgroundTask task(
+            threads, loop, [&](Work&) { std::rethrow_exception(thrown); },
+            [&](std::future<void> result) {
+                try {
+                    result.get();
+                } catch (const base::Error& error) {
+                    said = error.errorDescription();
+                }
+            });
+        loop.waitForPosted();
+        loop.runPosted();
+        EXPECT_EQ(said, told);
     }
 }
 

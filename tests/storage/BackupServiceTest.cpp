@@ -1,107 +1,27 @@
-#include "storage/BackupService.h"
+#include "storage/BackupFixture.h"
 
-#include "backup/BackupFileIO.h"
-#include "model/EntryAttachment.h"
 #include "model/ServiceErrors.h"
-#include "richtext/stored/RichTextSerializer.h"
-#include "services/ServiceFixture.h"
+#include "storage/CloudStorePreparation.h"
 #include "storage/RestoreError.h"
+#include "storage/StoreMarkers.h"
+#include "storage/StoreStart.h"
+#include "store/StoreError.h"
+#include "support/CaseOf.h"
+#include "support/OldStore.h"
 
 #include <sys/stat.h>
 
-#include <fstream>
 #include <thread>
 
 namespace korvex::storage {
 namespace {
 
-namespace fs = std::filesystem;
-using backup::BackupDocument;
-using backup::BackupErrorCase;
 using model::Board;
 using model::Entry;
+using tests::caseOf;
+using tests::OldStore;
 
-class BackupServiceTest : public tests::ServiceFixture {
-protected:
-    void SetUp() override {
-        ServiceFixture::SetUp();
-        boards->initializeDefaultBoards(kNow);
-        boards->reorderBoards(std::vector{boards->inboxBoard(), board}, kNow);
-        const auto made = add({"one", "two", "three"});
-        entries->completeTodo(*made[1], kNow);
-        entries->attach({{.id = base::Uuid::random(),
-                          .filename = "a.txt",
-                          .data = base::Bytes(20'000, std::uint8_t{7})}},
-                        *made[0], kNow);
-        entries->createText(
-            {.rich = richtext::RichTextSerializer::plainRichText("a \"text\"\nof two lines"),
-             .board = *boards->inboxBoard(),
-             .now = kNow});
-    }
-
-    void type(const char* text) {
-        entries->createTodos({.contents = {text}, .board = *boards->inboxBoard(), .now = kNow});
-    }
-    BackupDocument stored() { return createBackup(*container, kNow, work).document; }
-    BackupDocument inFile(const fs::path& file) { return readBackup(file, work); }
-    /// Of another store; it has what a document can have.
-    BackupDocument other() { return inFile(KORVEX_BACKUP_CASES "/valid/everything.korvexbackup"); }
-    /// Both without what differs by the moment and the program.
-    static void expectSameStore(BackupDocument left, const BackupDocument& right) {
-        left.schemaVersion = right.schemaVersion;
-        left.exportedAt = right.exportedAt;
-        left.appVersion = right.appVersion;
-        const auto byId = [](const auto& one, const auto& another) { return one.id < another.id; };
-        auto sorted = right;
-        for (auto* document : {&left, &sorted}) {
-            std::sort(document->boards.begin(), document->boards.end(), byId);
-            std::sort(document->entries.begin(), document->entries.end(), byId);
-        }
-        EXPECT_EQ(left, sorted);
-    }
-    BackupService service(store::ModelContext& of) { return {of, reminders, widgets, log}; }
-    BackupService service() { return service(*context); }
-
-    /// The error's text; "" when there is none.
-    template <typename Work>
-    static std::string refusal(Work&& attempt) {
-        try {
-            attempt();
-            return "";
-        } catch (const base::Error& error) {
-            return error.errorDescription();
-        }
-    }
-    /// The disk gives back another byte than was written into a file of this folder.
-    static Work flippingIn(const fs::path& where) {
-        return Work([where](const Progress& progress) {
-            if (progress == Progress{.stage = Stage::verifying, .fraction = 0}) {
-                for (const auto& each : fs::directory_iterator(where)) {
-                    if (each.path().filename().native().find(".new-") != std::string::npos) {
-                        std::fstream(each.path(), std::ios::in | std::ios::out).seekp(100) << '~';
-                    }
-                }
-            }
-        });
-    }
-    static constexpr const char* kNotGivenBack =
-        "What was written of the backup is not what the disk gives back. It was not kept.";
-    static std::string textOf(BackupErrorCase which) { return descriptionOf(which); }
-    static std::vector<std::string> filesIn(const fs::path& folder) {
-        std::vector<std::string> names;
-        for (const auto& each : fs::directory_iterator(folder)) {
-            names.push_back(each.path().filename());
-        }
-        std::sort(names.begin(), names.end());
-        return names;
-    }
-
-    fs::path out = folder / "out";
-    fs::path target = out / "mine.korvexbackup";
-    fs::path recovery = folder / "Korvex" / "Recovery" / "BeforeRestore.korvexbackup";
-    Work work;
-    fs::path pending = recovery.parent_path() / "BeforeUndo.korvexbackup";
-};
+using BackupServiceTest = BackupFixture;
 
 TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
     const auto reader = openForReading(container->configuration().file, log);
@@ -116,8 +36,8 @@ TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
     EXPECT_EQ(summary,
               (BackupSummary{
                   .exportedAt = kNow, .boards = 2, .entries = 4, .bytes = fs::file_size(target)}));
-    EXPECT_EQ(filesIn(out),
-              (std::vector<std::string>{".mine.korvexbackup.new-other-1", "mine.korvexbackup"}));
+    EXPECT_EQ(namesIn(out),
+              (std::set<std::string>{".mine.korvexbackup.new-other-1", "mine.korvexbackup"}));
     EXPECT_EQ(fs::status(target).permissions(), fs::perms(0600));
     context->rollback();
     EXPECT_NO_THROW(backup::validate(expected, log));
@@ -143,7 +63,13 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
         EXPECT_EQ(refusal(cancelAt(stage)), Cancelled().errorDescription());
     }
     EXPECT_EQ(refusal([&] { exportBackup(*container, out / "folder", kNow, log, work); }),
-              "The backup could not be written: Is a directory.");
+              (out / "folder").string() + " is not a file. Choose another one for the backup.");
+    const auto pipe = out / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const auto noFile = pipe.string() + " is not a file. Choose another one for the backup.";
+    EXPECT_EQ(refusal([&] { exportBackup(*container, pipe, kNow, log, work); }), noFile);
+    EXPECT_EQ(refusal([&] { readBackup(pipe, work); }), noFile);
+    fs::remove(pipe);
     EXPECT_EQ(refusal([&] { exportBackup(*container, target / "x", kNow, log, work); }),
               "The backup could not be written: Not a directory.");
     EXPECT_EQ(refusal([&] { exportBackup(*container, out / "none" / "x", kNow, log, work); }),
@@ -155,9 +81,13 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
     fs::create_symlink(store, out / "link");
     fs::create_hard_link(store, out / "second");
     fs::create_directories(folder / "Recovery");
+    fs::create_directories(folder / "Drafts");
     for (const auto& of :
          {store, fs::path(store.string() + "-wal"), fs::path(store.string() + ".lock"),
-          out / "link", out / "second", folder / "Recovery" / "BeforeRestore.korvexbackup"}) {
+          out / "link", out / "second", folder / "Recovery" / "BeforeRestore.korvexbackup",
+          folder / storeMarkers::kPrepared, folder / storeMarkers::kPreparedForCloud,
+          folder / CloudStorePreparation::kBackupName, folder / "Drafts",
+          folder / "Drafts" / "x"}) {
         EXPECT_EQ(refusal([&] { exportBackup(*container, of, kNow, log, work); }),
                   descriptionOf(RestoreErrorCase::ofStore))
             << of;
@@ -167,12 +97,31 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
     Work flipping = flippingIn(out);
     EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, flipping); }),
               kNotGivenBack);
-    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
-        .exec("UPDATE Entry SET board = NULL WHERE content = 'three'");
-    EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work); }),
-              textOf(BackupErrorCase::incompleteRelationships));
+    for (const auto& each : kUnfit) {
+        runSql(each.damage);
+        EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work); }),
+                  textOf(each.error));
+        runSql(each.mending);
+    }
     EXPECT_EQ(fs::file_size(target), 6U);
-    EXPECT_EQ(filesIn(out), (std::vector<std::string>{"folder", "mine.korvexbackup"}));
+    EXPECT_EQ(namesIn(out), (std::set<std::string>{"folder", "mine.korvexbackup"}));
+}
+
+TEST_F(BackupServiceTest, AStoreOfAnOlderVersionIsExportedOnceItIsUpgraded) {
+    const auto file = folder / "old" / "Primary.store";
+    fs::create_directories(file.parent_path());
+    fs::create_directories(out);
+    {
+        OldStore old(file, OldStore::version("V13"));
+        const auto inbox = OldStore::board("Inbox");
+        old.addBoard(inbox);
+        old.addEntry(OldStore::entry(inbox, "todo", "old words"));
+    }
+    EXPECT_EQ(caseOf<store::StoreError>([&] { openForReading(file, log); }),
+              store::StoreErrorCase::needsUpgrade);
+    const auto started = StoreStart::open({.storeFile = file, .now = kNow}, log);
+    exportBackup(*started.container, target, kNow, log, work);
+    EXPECT_EQ(inFile(target).entries.at(0).content, "old words");
 }
 
 TEST_F(BackupServiceTest, AnExportHasOneMomentHoweverTheStoreChangesMeanwhile) {
@@ -362,14 +311,21 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
     Work flipping = flippingIn(recovery.parent_path());
     EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, flipping); }),
               kNotGivenBack);
-    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
-        .exec("UPDATE Entry SET board = NULL WHERE content = 'three'");
-    EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, work); }),
-              textOf(BackupErrorCase::incompleteRelationships));
-    EXPECT_EQ(inFile(recovery), snapshot);
-    SQLite::Database(container->configuration().file, SQLite::OPEN_READWRITE)
-        .exec("UPDATE Entry SET board = (SELECT board FROM Entry WHERE content = 'two') WHERE "
-              "content = 'three'");
+    const auto files = namesIn(recovery.parent_path());
+    for (const auto& each : kUnfit) {
+        runSql(each.damage);
+        EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, work); }),
+                  textOf(each.error));
+        runSql(each.mending);
+        EXPECT_EQ(inFile(recovery), snapshot);
+        EXPECT_EQ(namesIn(recovery.parent_path()), files);
+    }
+    EXPECT_EQ(stored(), before);
+    // Nothing was ever replaced: there is nothing to take back, whatever is kept.
+    EXPECT_EQ(recoveredFile(*container, recovery, work), std::nullopt);
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
+              descriptionOf(RestoreErrorCase::nothingToTakeBack));
+    EXPECT_EQ(stored(), before);
     EXPECT_EQ(cloud->allowsSave(), true);
     EXPECT_EQ(exportBackup(*cloud, target, kNow, log, work).entries, 4U); // export goes on
 }
@@ -416,18 +372,25 @@ TEST_F(BackupServiceTest, WhatAnotherProgramSavesMeanwhileIsNeverLost) {
               }),
               descriptionOf(RestoreErrorCase::storeChanged));
     EXPECT_FALSE(fs::exists(pending));
-    // A save that leaves everything as it was is no change.
-    const auto hook = [&] {
-        const auto* const first = theirBoards.boards().front();
-        const auto updatedAt = first->updatedAt();
-        const auto name = first->name();
-        theirBoards.renameBoard(*theirBoards.boards().front(), "for a moment", updatedAt);
-        theirBoards.renameBoard(*theirBoards.boards().front(), name, updatedAt);
-    };
-    theirs.refresh();
-    EXPECT_EQ(
-        refusal([&] { service().restore(other(), recovery, kNow, work, {.beforeReplace = hook}); }),
-        "");
+    // A save that leaves everything as it was is no change, unless there is one each time.
+    for (const auto saves :
+         {1, BackupService::kFollowedRevisions, BackupService::kFollowedRevisions + 1}) {
+        int looks = 0;
+        Work busy([&](const Progress& progress) {
+            // Just after what is read is settled.
+            if (progress == Progress{.stage = Stage::reading, .fraction = 0} && looks++ < saves) {
+                auto& first = *theirBoards.boards().front();
+                const auto name = first.name();
+                theirBoards.renameBoard(first, "for a moment", first.updatedAt());
+                theirBoards.renameBoard(first, name, first.updatedAt());
+            }
+        });
+        theirs.refresh();
+        EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, busy); }),
+                  saves > BackupService::kFollowedRevisions ? textOf(BackupErrorCase::storeChanged)
+                                                            : "")
+            << saves;
+    }
 }
 
 TEST_F(BackupServiceTest, WhatFailsAfterTheSaveIsNoFailureOfTheRestore) {
@@ -438,99 +401,6 @@ TEST_F(BackupServiceTest, WhatFailsAfterTheSaveIsNoFailureOfTheRestore) {
     BackupService(*context, failing, widgets, log).restore(other(), recovery, kNow, work);
     expectSameStore(stored(), other());
     EXPECT_EQ(log.count("After a restore: late"), 1U);
-}
-
-/// As a program that is killed: what was prepared stays as it is.
-void killed(PreparedRestore prepared) {
-    prepared.folder->beginSaving();
-}
-
-TEST_F(BackupServiceTest, ARestoreIsTakenBackAndThatToo) {
-    const auto nothing = descriptionOf(RestoreErrorCase::nothingToTakeBack);
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), nothing);
-    const auto before = stored();
-    service().restore(other(), recovery, kNow, work);
-    const auto imported = stored();
-    service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), before);
-    expectSameStore(inFile(recovery), imported);
-    service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), imported);
-    EXPECT_EQ(filesIn(recovery.parent_path()),
-              std::vector{std::string("BeforeRestore.korvexbackup")});
-
-    // Only what was asked about, and only what the store knows of.
-    const AskedSnapshot asked{.exportedAt = kNow, .entries = before.entries.size() + 1};
-    EXPECT_EQ(refusal([&] { prepareUndo(*container, recovery, asked, kNow, log, work); }),
-              descriptionOf(RestoreErrorCase::notAsAsked));
-    {
-        const auto running = prepareUndo(*container, recovery, {}, kNow, log, work);
-        EXPECT_EQ(refusal([&] {
-                      RecoveryFolder(recovery, RecoveryFolder::Missing::make,
-                                     std::chrono::milliseconds::zero());
-                  }),
-                  descriptionOf(RestoreErrorCase::running));
-    }
-    writeBackup(other(), recovery, work);
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
-              descriptionOf(RestoreErrorCase::snapshotIsGone));
-    fs::remove(recovery);
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), nothing);
-    expectSameStore(stored(), imported);
-}
-
-TEST_F(BackupServiceTest, WhateverEndsARestoreTheStoreKnowsWhatTakesTheLastOneBack) {
-    const auto before = stored();
-    service().restore(other(), recovery, kNow, work);
-    const auto imported = stored();
-    // One that fails, or is cancelled, leaves its snapshot, and what takes the last one back.
-    log.expectError("Restore failed; transaction rolled back and recovery snapshot retained");
-    for (int i = 0; i < 3; ++i) {
-        type("added");
-        EXPECT_ANY_THROW(service().restore(other(), recovery, kNow, work,
-                                           {.beforeSave = [] { throw std::runtime_error("x"); }}));
-        expectSameStore(inFile(recovery), stored());
-        EXPECT_EQ(filesIn(recovery.parent_path()).size(), 2U);
-    }
-    expectSameStore(inFile(recoveredFile(*container, recovery, work)->file), before);
-    const auto added = stored();
-    service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), before);
-    expectSameStore(inFile(recovery), added);
-    EXPECT_EQ(filesIn(recovery.parent_path()).size(), 1U);
-
-    // Killed while the new snapshot was written.
-    std::ofstream(recovery.parent_path() / ".BeforeRestore.korvexbackup.new-abcdef") << "half";
-    // Killed after it was written, before the store was replaced: the old one counts.
-    killed(prepareUndo(*container, recovery, {}, kNow, log, work));
-    EXPECT_TRUE(fs::exists(pending));
-    expectSameStore(recoveredDocument(*container, recovery, work), added);
-    service().undoRestore(recovery, kNow, work);
-    expectSameStore(stored(), added);
-    EXPECT_EQ(filesIn(recovery.parent_path()).size(), 1U);
-
-    // Killed after the store was replaced, before the new snapshot was in its place; then something
-    // else is typed: nothing of it is lost by an undo, nor by an import.
-    for (const auto isImport : {false, true}) {
-        const auto is = stored();
-        const auto old = inFile(recovery);
-        auto prepared = prepareUndo(*container, recovery, {}, kNow, log, work);
-        fs::rename(recovery, out);
-        fs::create_directory(recovery); // so that nothing can be moved there
-        EXPECT_EQ(service().finish(prepared, kNow, work)->snapshot, pending);
-        fs::remove(recovery);
-        fs::rename(out, recovery);
-        prepared.folder.reset();
-        type("typed");
-        if (isImport) {
-            EXPECT_ANY_THROW(service().restore(other(), recovery, kNow, work, {.beforeReplace = [] {
-                                                   throw std::runtime_error("x");
-                                               }}));
-        }
-        service().undoRestore(recovery, kNow, work);
-        expectSameStore(stored(), is);
-        EXPECT_EQ(inFile(recovery).entries.size(), old.entries.size() + 1);
-    }
 }
 
 TEST_F(BackupServiceTest, ABackupWithoutAnInboxGetsOneAndItsOrderGetsDense) {

@@ -7,6 +7,7 @@
 #include "storage/BackupService.h"
 #include "storage/SoundValues.h"
 #include "storage/StoreRepair.h"
+#include "store/StoreConnection.h"
 #include "store/StoreError.h"
 #include "support/FolderNames.h"
 
@@ -186,7 +187,9 @@ TEST_F(DataIntegrityServiceTest, DoubledSystemBoardsBecomeOneAndLoseNoEntry) {
                                         "Mine done", "Merged done"}));
     EXPECT_EQ(storedOrder(*added[id(3)]), (std::vector<std::string>{"Lost", "Lost done"}));
     EXPECT_NO_THROW(backup::validate(stored(), log));
-    EXPECT_EQ(log.count("inconsistent metadata values; preserved entry contents"), 1U);
+    EXPECT_EQ(log.count("Repaired " + std::to_string(report.count()) +
+                        " inconsistent metadata values; preserved entry contents"),
+              1U);
 }
 
 TEST_F(DataIntegrityServiceTest, EntriesWithoutABoardAreOnTheInboxWhichIsMadeForThem) {
@@ -231,6 +234,32 @@ TEST_F(DataIntegrityServiceTest, ASoundStoreIsNotTouchedAndABrokenOneNotHalf) {
               (Reports{{RepairKind::boardLooks, 1}}));
     EXPECT_EQ(container->revision(), before);
     EXPECT_TRUE(context->hasChanges());
+}
+
+/// Others can write meanwhile, which they cannot while it changes anything.
+TEST_F(DataIntegrityServiceTest, ContentsAreReadOnceWhateverIsRepaired) {
+    const model::EntryAttachment file{base::Uuid::random(), "file", base::Bytes(10)};
+    add({"one", "two"});
+    for (auto* const entry : context->fetch<Entry>()) {
+        entry->setAttachmentData(model::EntryAttachment::encode({&file, 1}));
+    }
+    board->setIcon("no such icon");
+    context->save();
+    int reads = 0;
+    sqlite3_trace_v2(
+        container->connection().handle(), SQLITE_TRACE_STMT,
+        [](unsigned, void* count, void*, void* sql) {
+            const std::string_view text(static_cast<const char*>(sql));
+            *static_cast<int*>(count) += text.starts_with("SELECT bytes") ? 1 : 0;
+            return 0;
+        },
+        &reads);
+    const DataIntegrityService service(*context, log);
+    EXPECT_EQ(service.inspect({.now = kNow}).repaired, (Reports{{RepairKind::boardLooks, 1}}));
+    EXPECT_EQ(reads, 2);
+    EXPECT_EQ(repair().repaired, (Reports{{RepairKind::boardLooks, 1}}));
+    EXPECT_EQ(reads, 4);
+    sqlite3_trace_v2(container->connection().handle(), 0, nullptr, nullptr);
 }
 
 /// Metadata as nobody would write it, with words that must stay.

@@ -1,105 +1,9 @@
-#include "backup/BackupFileIO.h"
-#include "model/Board.h"
-#include "model/Entry.h"
-#include "model/SchemaVersions.h"
-#include "storage/BackupService.h"
-#include "storage/CloudStorePreparation.h"
-#include "storage/SharedModelContainer.h"
-#include "storage/SharedStoreError.h"
-#include "storage/SharedStoreMigration.h"
-#include "storage/StoreRepair.h"
-#include "storage/StoreStart.h"
-#include "store/StoreError.h"
-#include "support/CaseOf.h"
-#include "support/FolderNames.h"
-#include "support/OldStore.h"
-#include "support/RecordingLog.h"
-#include "support/TemporaryFolder.h"
-
-#include <gmock/gmock.h>
-
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <fstream>
-#include <set>
+#include "storage/SharedStoreFixture.h"
 
 namespace korvex::tests {
+namespace {
 
-namespace fs = std::filesystem;
-
-using model::Board;
-using model::Entry;
-using storage::SharedStoreErrorCase;
-
-/// A folder for the shared store, and a store of older programs elsewhere.
-class SharedStoreTest : public ::testing::Test {
-protected:
-    fs::path folder() const { return m_folder / "korvex"; }
-    fs::path store() const { return folder() / "Primary.store"; }
-    fs::path marker() const { return folder() / "migration-v1-complete"; }
-    fs::path legacy() const { return m_folder / "legacy.store"; }
-
-    void prepare() { storage::SharedStoreMigration(m_log).prepare(legacy(), folder()); }
-    storage::StartedStore start() {
-        return storage::StoreStart::open(
-            {.storeFile = store(), .legacyFile = legacy(), .now = {8e8}}, m_log);
-    }
-
-    /// A store of some older version with a todo and a text.
-    static void writeOld(const fs::path& file, const char* version, std::int64_t isSystem = 1) {
-        fs::create_directories(file.parent_path());
-        OldStore old(file, OldStore::version(version));
-        const auto board = OldStore::board(
-            "Today", {{"isSystem", isSystem}, {"systemIdentifier", std::string("today")}});
-        old.addBoard(board);
-        for (const auto* type : {"todo", "text"}) {
-            old.addEntry(OldStore::entry(board, type, std::string("a ") + type,
-                                         {{"sortOrder", std::int64_t{5}}}));
-        }
-    }
-    static void run(const fs::path& file, const std::string& sql) {
-        SQLite::Database(file.string(), SQLite::OPEN_READWRITE).exec(sql);
-    }
-    /// A leaf of the table of entries becomes unreadable.
-    static void zeroPage(const fs::path& file) {
-        SQLite::Database database(file.string(), SQLite::OPEN_READWRITE);
-        database.exec("PRAGMA wal_checkpoint(TRUNCATE)");
-        const int page = database.execAndGet("SELECT pageno FROM dbstat WHERE name = 'Entry' AND "
-                                             "pagetype = 'leaf' ORDER BY pageno LIMIT 1 OFFSET 3");
-        std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
-        stream.seekp((page - 1) * 4096);
-        stream << std::string(4096, '\0');
-    }
-    static void write(const fs::path& file, const std::string& contents) {
-        fs::create_directories(file.parent_path());
-        std::ofstream(file, std::ios::binary) << contents;
-    }
-    static std::string bytes(const fs::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-    std::set<std::string> names() const { return namesIn(folder()); }
-    /// What the store holds: "todo a todo", in no order.
-    std::multiset<std::string> contents() {
-        const auto container =
-            store::ModelContainer::open(model::currentSchema(), {.file = store()}, m_log);
-        store::ModelContext context(*container);
-        std::multiset<std::string> result;
-        for (const auto* entry : context.fetch<Entry>()) {
-            result.insert(entry->typeRawValue() + " " + entry->content());
-        }
-        return result;
-    }
-    template <typename Work>
-    static std::optional<SharedStoreErrorCase> refusalOf(Work&& work) {
-        return caseOf<storage::SharedStoreError>(work);
-    }
-
-    const std::multiset<std::string> kOldContents{"todo a todo", "text a text"};
-    TemporaryFolder m_folder;
-    RecordingLog m_log;
-};
+using SharedStoreTest = SharedStoreFixture;
 
 TEST_F(SharedStoreTest, ALegacyStoreIsCarriedOverOnceAndStaysAsItIs) {
     writeOld(legacy(), "V10");
@@ -121,7 +25,15 @@ TEST_F(SharedStoreTest, ALegacyStoreIsCarriedOverOnceAndStaysAsItIs) {
 
 TEST_F(SharedStoreTest, WhatCannotBeCarriedOverLeavesNothing) {
     write(legacy(), std::string(5000, 'x'));
-    EXPECT_THROW(prepare(), store::StoreError);
+    try {
+        prepare();
+        ADD_FAILURE() << "it was taken over";
+    } catch (const storage::LegacyStoreError& error) {
+        EXPECT_EQ(error.file(), legacy());
+        EXPECT_EQ(error.errorDescription(),
+                  error.reason() + " It is the store of an older Korvex, " + legacy().string() +
+                      ". Move it away to start anew.");
+    }
     EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
     EXPECT_EQ(m_log.count("Migration failed; original untouched: "), 1U);
     EXPECT_EQ(bytes(legacy()), std::string(5000, 'x'));
@@ -157,15 +69,7 @@ TEST_F(SharedStoreTest, ADamagedLegacyStoreIsCarriedOverAsFarAsItCanBeRead) {
     for (const bool isOld : {true, false}) {
         fs::remove_all(folder());
         fs::remove(legacy());
-        {
-            OldStore old(legacy(), OldStore::version("V16"));
-            const auto board = OldStore::board("Home", {{"isSystem", std::int64_t{0}}});
-            old.addBoard(board);
-            for (std::int64_t i = 0; i < 200; ++i) {
-                old.addEntry(
-                    OldStore::entry(board, "todo", std::string(300, 'x'), {{"sortOrder", i}}));
-            }
-        }
+        writeMany(legacy());
         if (!isOld) {
             storage::SharedModelContainer::make({.storeURL = legacy()}, m_log)->checkpoint();
         }
@@ -173,10 +77,15 @@ TEST_F(SharedStoreTest, ADamagedLegacyStoreIsCarriedOverAsFarAsItCanBeRead) {
         const auto before = bytes(legacy());
         {
             const auto started = start();
-            ASSERT_EQ(started.notices.size(), 1U);
-            EXPECT_THAT(started.notices[0], testing::HasSubstr(" are missing"));
-            EXPECT_THAT(started.notices[0], testing::HasSubstr(legacy().string()));
             const auto count = started.context->count<Entry>();
+            EXPECT_THAT(
+                started.notices,
+                testing::ElementsAre("The store of an older Korvex is damaged. What could "
+                                     "be read was taken over: " +
+                                     std::to_string(count + 1) +
+                                     " records. On Home: " + std::to_string(200 - count) +
+                                     " entries missing. The older store has been left as it is: " +
+                                     legacy().string()));
             EXPECT_GT(count, 150U);
             EXPECT_LT(count, 200U);
             EXPECT_FALSE(started.container->check().isDamaged);
@@ -185,6 +94,29 @@ TEST_F(SharedStoreTest, ADamagedLegacyStoreIsCarriedOverAsFarAsItCanBeRead) {
         EXPECT_EQ(bytes(legacy()), before);
         EXPECT_EQ(m_log.count("Verified"), 0U);
     }
+}
+
+TEST_F(SharedStoreTest, ALegacyStoreThatDoesNotOpenIsCarriedOverAsFarAsItCanBeRead) {
+    writeMany(legacy());
+    fs::resize_file(legacy(), fs::file_size(legacy()) / 2);
+    const auto before = bytes(legacy());
+    const auto started = start();
+    EXPECT_THAT(started.notices, testing::ElementsAre(testing::HasSubstr("More may be missing")));
+    EXPECT_GT(started.context->count<Entry>(), 50U);
+    EXPECT_EQ(bytes(legacy()), before);
+}
+
+TEST_F(SharedStoreTest, ANewFolderThatFailsSaysNothingOfTheLegacyStore) {
+    writeMany(legacy());
+    ::rlimit limit{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
+    const ::rlimit lower{.rlim_cur = 8192, .rlim_max = limit.rlim_max};
+    std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &lower), 0);
+    const auto refused = caseOf<store::StoreError>([&] { prepare(); });
+    ::setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(refused, store::StoreErrorCase::inputOutput);
+    EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
 }
 
 TEST_F(SharedStoreTest, SeveralFirstStartsAtOnceAgree) {
@@ -198,8 +130,12 @@ TEST_F(SharedStoreTest, SeveralFirstStartsAtOnceAgree) {
                 int status = 0;
                 try {
                     start();
+                    const auto lines = m_log.lines();
+                    status = std::any_of(lines.begin(), lines.end(), [](const auto& line) {
+                        return line.level > base::LogLevel::info;
+                    });
                 } catch (const base::Error&) {
-                    status = 1;
+                    status = 2;
                 }
                 ::_exit(status);
             }
@@ -210,6 +146,7 @@ TEST_F(SharedStoreTest, SeveralFirstStartsAtOnceAgree) {
             ::waitpid(program, &status, 0);
             EXPECT_EQ(status, 0);
         }
+        EXPECT_EQ(bytes(marker()), "repaired by rules 2\n");
         EXPECT_EQ(contents(), kOldContents);
         EXPECT_THAT(names(), testing::Not(testing::Contains(testing::StartsWith(".migration-"))));
     }
@@ -265,12 +202,23 @@ TEST_F(SharedStoreTest, AStoreThatIsThereIsOnlyMarked) {
     writeOld(store(), "V12");
     writeOld(legacy(), "V10");
     const auto before = bytes(store());
-    write(folder() / ".migration-killed" / "Primary.store", "half");
+    const auto killed = ".migration-" + base::Uuid::random().text();
+    const std::string written = ".migration-v1-complete.new-abcdef";
+    for (const bool isMarked : {false, true}) {
+        write(folder() / killed / "Primary.store", "half");
+        // Another program is about to give the marker its place.
+        write(folder() / written, "");
+        const base::FileDescriptor other(::open((folder() / written).c_str(), O_RDONLY));
+        ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+        prepare();
+        EXPECT_EQ(bytes(store()), before);
+        const auto after = names();
+        EXPECT_TRUE(after.contains(marker().filename())) << isMarked;
+        EXPECT_FALSE(after.contains(killed));
+        EXPECT_TRUE(after.contains(written));
+    }
     prepare();
-    EXPECT_EQ(bytes(store()), before);
-    const auto after = names();
-    EXPECT_TRUE(after.contains(marker().filename()));
-    EXPECT_FALSE(after.contains(".migration-killed"));
+    EXPECT_FALSE(names().contains(written));
 }
 
 TEST_F(SharedStoreTest, WhoOpensExistingStoresOnlyPreparesNothing) {
@@ -314,6 +262,18 @@ TEST_F(SharedStoreTest, AStoreIsPreparedForTheCloudOnce) {
             return name.find(".BeforeCloudV11-") != name.npos;
         });
     };
+    // A store that is none for this build, and one that cannot be read, are not copied.
+    const auto before = copies();
+    writeMany(folder() / "many");
+    fs::rename(folder() / "many", store());
+    zeroPage(store());
+    EXPECT_THROW(preparation.prepare(store(), {8e8}), store::StoreError);
+    run(store(), "PRAGMA user_version = 9999");
+    EXPECT_THROW(preparation.prepare(store(), {8e8}), store::StoreError);
+    EXPECT_EQ(copies(), before);
+    fs::remove_all(folder());
+    writeOld(store(), "V11");
+    prepare();
     // What stands in the way of the backup.
     fs::create_directories(folder() / "Migrated.korvexbackup" / "taken");
     for (int i = 0; i < 4; ++i) {
@@ -367,76 +327,21 @@ TEST_F(SharedStoreTest, AStartUpgradesAndRepairsOnceAndKeepsTheFormerStoreUntilT
     EXPECT_THAT(names(), testing::Not(testing::Contains(testing::HasSubstr(".BeforeV17-"))));
 }
 
-TEST_F(SharedStoreTest, AStoreFromElsewhereIsRepairedWhoeverOpensItFirst) {
-    const auto isRepaired = [&] {
-        return SQLite::Database(store().string(), SQLite::OPEN_READONLY)
-                   .execAndGet("SELECT count(*) FROM Entry WHERE sortOrder > 1")
-                   .getInt() == 0;
-    };
-    writeOld(legacy(), "V10");
+TEST_F(SharedStoreTest, TheFormerStoreStaysWhereTheUpgradedOneHasLostSomething) {
+    writeMany(store());
     start();
-    EXPECT_TRUE(isRepaired());
-    run(store(), "UPDATE Entry SET sortOrder = sortOrder + 7");
-    start();
-    EXPECT_FALSE(isRepaired()) << "a start that has no reason reads nothing";
-    fs::remove(store().string() + ".lock");
-    // Others come first: one that looks, and one that cannot save what it repairs.
-    contents();
-    run(store(), "CREATE TRIGGER fault BEFORE UPDATE ON Entry "
-                 "BEGIN SELECT RAISE(ABORT, 'the disk'); END");
-    m_log.expectError("Integrity repair could not be saved");
-    {
-        const auto started = start();
-        started.context->insert(
-            std::make_unique<Board>(model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
-        started.context->save();
-    }
-    EXPECT_FALSE(isRepaired());
-    run(store(), "DROP TRIGGER fault");
-    EXPECT_FALSE(isRepaired());
-    start();
-    EXPECT_TRUE(isRepaired());
-    // What only a salvage can repair is said at every start until there was one.
-    run(store(), "UPDATE Entry SET id = 'none' WHERE rowid = 1");
-    fs::remove(store().string() + ".lock");
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_THAT(start().notices, testing::Contains(testing::HasSubstr("korvex store repair")));
-    }
-    storage::Work work;
-    storage::repairStore(store(), {8e8}, m_log, work);
-    EXPECT_TRUE(start().notices.empty());
-    EXPECT_EQ(contents(), kOldContents);
-}
-
-TEST_F(SharedStoreTest, ARepairSaysWhatIsMissingByBoard) {
-    {
-        const auto started = start();
-        auto board = std::make_unique<Board>(model::BoardFields{
-            .id = base::Uuid::random(), .name = "Home", .createdAt = {1}, .updatedAt = {1}});
-        auto& home = started.context->insert(std::move(board));
-        for (int i = 0; i < 100; ++i) {
-            auto entry =
-                std::make_unique<Entry>(model::EntryFields{.id = base::Uuid::random(),
-                                                           .typeRawValue = "todo",
-                                                           .content = std::string(300, 'x'),
-                                                           .createdAt = {1},
-                                                           .updatedAt = {1},
-                                                           .sortOrder = i / 2});
-            entry->setBoard(&home);
-            started.context->insert(std::move(entry));
-        }
-        started.context->save();
-        started.container->checkpoint();
-    }
     zeroPage(store());
+    start();
     storage::Work work;
     const auto report = storage::repairStore(store(), {8e8}, m_log, work);
     ASSERT_TRUE(report.salvage);
-    ASSERT_EQ(report.salvage->losses.size(), 1U);
-    EXPECT_EQ(report.boardNames, std::vector<std::string>{"Home"});
-    EXPECT_EQ(contents().size() + report.salvage->losses[0].missing, 100U);
-    EXPECT_GT(report.metadata.count(), 0U);
-    EXPECT_TRUE(storage::repairStore(store(), {8e8}, m_log, work).wasSound());
+    ASSERT_EQ(report.salvage->formerStores.size(), 1U);
+    start();
+    EXPECT_EQ(SQLite::Database(report.salvage->formerStores[0].string(), SQLite::OPEN_READONLY)
+                  .execAndGet("SELECT count(*) FROM Entry")
+                  .getInt(),
+              200);
 }
 
+} // namespace
 } // namespace korvex::tests

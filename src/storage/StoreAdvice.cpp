@@ -1,0 +1,77 @@
+#include "storage/StoreAdvice.h"
+
+#include "app/StoreLocation.h"
+#include "storage/RestorePreparation.h"
+
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace korvex::storage {
+
+namespace {
+
+/// As it is typed in a terminal.
+std::string quoted(const std::filesystem::path& path) {
+    std::string text = "'";
+    for (const auto character : path.native()) {
+        text += character == '\'' ? std::string("'\\''") : std::string(1, character);
+    }
+    return text + "'";
+}
+
+/// Present where there is one.
+std::optional<std::filesystem::path> recoveryFolder(const std::filesystem::path& storeFile) {
+    auto folder = recoveryFile(storeFile.parent_path()).parent_path();
+    std::error_code unknown;
+    return std::filesystem::exists(folder, unknown) ? std::optional(std::move(folder))
+                                                    : std::nullopt;
+}
+
+/// All of the folder: what else is in it says that a store belongs there.
+std::string beginningAnew(const std::filesystem::path& storeFile) {
+    const auto folder = storeFile.parent_path();
+    const auto recovery = recoveryFolder(storeFile);
+    const auto goesAlong = recovery && recovery->parent_path() == folder;
+    return "To begin with an empty store, move the folder " + folder.string() +
+           " away and start Korvex." +
+           (goesAlong ? " " + recovery->filename().string() + " goes along with it." : "");
+}
+
+} // namespace
+
+std::string repairCommand(const std::filesystem::path& storeFile) {
+    const auto folder = storeFile.parent_path();
+    return "korvex " + (app::isUsersOwn(folder) ? "" : "--data-dir " + quoted(folder) + " ") +
+           "store repair";
+}
+
+std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& storeFile,
+                     Attempt attempt) {
+    const auto isDamage =
+        reason == store::StoreErrorCase::damaged || reason == store::StoreErrorCase::notAStore;
+    std::string advice;
+    if (reason == store::StoreErrorCase::nothingReadable ||
+        (isDamage && attempt == Attempt::repair)) {
+        advice = beginningAnew(storeFile);
+    } else if (isDamage) {
+        advice = "If it is damaged, close Korvex and run this in a terminal; it saves what can be "
+                 "read: " +
+                 repairCommand(storeFile);
+    } else {
+        return {};
+    }
+    return advice + "\n" + adviceOnBackups(storeFile);
+}
+
+std::string adviceOnBackups(const std::filesystem::path& storeFile) {
+    const auto recovery = recoveryFolder(storeFile);
+    return std::string("Backups hold what was there too, and can be imported into a store that "
+                       "opens: those that you exported") +
+           (app::isUsersOwn(storeFile.parent_path()) ? ", and automatic ones" : "") +
+           (recovery ? "; what was there before the last replacement is in " + recovery->string()
+                     : "") +
+           ".";
+}
+
+} // namespace korvex::storage
