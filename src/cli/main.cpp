@@ -1,4 +1,5 @@
 #include "cli/commands/CommandLine.h"
+#include "cli/terminal/HeldErrors.h"
 
 #include "platform/systemd/JournalLog.h"
 #include "platform/systemd/SdBusStoreChangeBroadcaster.h"
@@ -24,12 +25,14 @@ void fillClosedStreams() {
 int main(int argc, char** argv) {
     fillClosedStreams();
     const korvex::base::SystemClock clock;
-    // A refusal is told as the command's own error: only what failed is worth a line beside it.
-    korvex::base::StandardErrorLog standardError(korvex::base::LogLevel::error);
-    korvex::platform::systemd::JournalLog log(standardError);
+    korvex::cli::HeldErrors errors;
+    korvex::platform::systemd::JournalLog log(errors);
     korvex::platform::systemd::SdBusStoreChangeBroadcaster broadcaster;
     korvex::cli::CommandLine commandLine({clock, log, broadcaster});
     const auto status = commandLine.run({argv + 1, argv + argc});
+    if (status == korvex::cli::ExitStatus::done) {
+        errors.tell();
+    }
     // All is saved, told and written. Leaving without taking the records of a large board apart,
     // one by one, saves a tenth of the whole run.
     std::exit(static_cast<int>(status));

@@ -31,7 +31,7 @@ void requireUsersOwnStore(const Session& session) {
     }
 }
 
-std::vector<storage::ListedBackup> listed(Session& session, const ListOptions& options) {
+storage::BackupList listed(Session& session, const ListOptions& options) {
     if (!options.folder.empty()) {
         return storage::backupsIn(options.folder.front());
     }
@@ -40,11 +40,16 @@ std::vector<storage::ListedBackup> listed(Session& session, const ListOptions& o
     if (!preferences.automaticBackupBookmark()) {
         throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::noFolder);
     }
-    const auto bookmark = storage::FolderBookmark::ofBytes(*preferences.automaticBackupBookmark());
-    if (!bookmark) {
-        throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::chooseAgain);
-    }
-    return storage::automaticBackups(*bookmark, preferences.automaticBackupID());
+    return storage::automaticBackups(
+        storage::FolderBookmark::read(*preferences.automaticBackupBookmark()),
+        preferences.automaticBackupID());
+}
+
+BackupState stateFor(backup::BackupErrorCase error) {
+    using Case = backup::BackupErrorCase;
+    return error == Case::unsupportedVersion ? BackupState::unsupported
+           : error == Case::tooLarge         ? BackupState::tooLarge
+                                             : BackupState::damaged;
 }
 
 std::vector<ReadBackup> read(Session& session, std::vector<storage::ListedBackup> backups) {
@@ -57,7 +62,11 @@ std::vector<ReadBackup> read(Session& session, std::vector<storage::ListedBackup
                 storage::checkBackup(one.listed, session.environment().log, longWork.work());
         } catch (const storage::Cancelled&) {
             throw;
+        } catch (const backup::BackupError& error) {
+            one.state = stateFor(error.which());
+            one.problem = error.errorDescription();
         } catch (const base::Error& error) {
+            one.state = BackupState::unreadable;
             one.problem = error.errorDescription();
         }
         result.push_back(std::move(one));
@@ -66,14 +75,21 @@ std::vector<ReadBackup> read(Session& session, std::vector<storage::ListedBackup
 }
 
 ExitStatus list(Session& session, const ListOptions& options) {
-    const auto backups = read(session, listed(session, options));
-    printBackups(session, backups);
-    if (backups.empty() && !session.wantsJson()) {
+    auto found = listed(session, options);
+    const auto backups = read(session, std::move(found.backups));
+    printBackups(session, backups, found.unreadable);
+    if (backups.empty() && found.unreadable.empty() && !session.wantsJson()) {
         session.remark(options.folder.empty()
                            ? "There are no automatic backups yet."
                            : "There are no backups in " + options.folder.front() + ".");
     }
     auto status = ExitStatus::done;
+    for (const auto& each : found.unreadable) {
+        status = ExitStatus::refused;
+        if (!session.wantsJson()) {
+            session.remark(each);
+        }
+    }
     for (const auto& each : backups) {
         if (!each.summary) {
             status = ExitStatus::refused;
@@ -99,8 +115,8 @@ ExitStatus now(Session& session, const NoOptions&) {
     if (made.pruningFailure) {
         try {
             std::rethrow_exception(made.pruningFailure);
-        } catch (const std::exception& error) {
-            session.remark(error.what());
+        } catch (const base::Error& error) {
+            session.remark(error.errorDescription());
         }
     }
     return ExitStatus::done;
@@ -116,7 +132,8 @@ void addAutomaticBackupCommands(CLI::App& backupCommands, Action& chosen) {
              "Another folder, and those of automatic backups in it")
         ->expected(1)
         ->required(false);
-    listing.parser.footer("Ends with 1 when one of them could not be imported.");
+    listing.parser.footer(
+        "Ends with 1 when one of them could not be imported, or not all could be read.");
     addCommand(backupCommands, "now",
                "Makes an automatic backup at once, in the folder that was chosen in the window",
                chosen, now)

@@ -9,8 +9,10 @@
 #include "cli/terminal/LongWork.h"
 
 #include "base/ByteSize.h"
+#include "base/CountText.h"
 #include "model/EntryAttachment.h"
 #include "storage/BackupService.h"
+#include "storage/RestoreWords.h"
 
 namespace korvex::cli {
 
@@ -84,10 +86,10 @@ void writeJson(Session& session, const backup::BackupDocument& document,
 }
 
 /// "3 (1 archived)", without the part when there is none.
-std::string countText(std::size_t count, std::size_t part, std::string_view partName) {
-    auto text = std::to_string(count);
+std::string countWithPart(std::size_t count, std::size_t part, std::string_view partName) {
+    auto text = base::numberText(count);
     if (part > 0) {
-        text.append(" (").append(std::to_string(part)).append(" ").append(partName).append(")");
+        text.append(" (").append(base::numberText(part)).append(" ").append(partName).append(")");
     }
     return text;
 }
@@ -96,12 +98,12 @@ void print(Session& session, const backup::BackupDocument& document, const Backu
     printFact(session, "Version", std::to_string(document.schemaVersion));
     printFact(session, "Exported", session.formats().dayAndShortTime(document.exportedAt));
     printFact(session, "App version", document.appVersion);
-    printFact(session, "Boards", countText(counts.boards, counts.archivedBoards, "archived"));
-    printFact(session, "Entries", std::to_string(counts.entries));
-    printFact(session, "Todos", countText(counts.todos, counts.completedTodos, "completed"));
-    printFact(session, "Texts", std::to_string(counts.texts));
+    printFact(session, "Boards", countWithPart(counts.boards, counts.archivedBoards, "archived"));
+    printFact(session, "Entries", base::numberText(counts.entries));
+    printFact(session, "Todos", countWithPart(counts.todos, counts.completedTodos, "completed"));
+    printFact(session, "Texts", base::numberText(counts.texts));
     const auto size = counts.attachments == 0 ? "" : ", " + base::sizeText(counts.attachmentBytes);
-    printFact(session, "Attachments", std::to_string(counts.attachments) + size);
+    printFact(session, "Attachments", base::numberText(counts.attachments) + size);
 }
 
 ExitStatus check(Session& session, const CheckOptions& options) {
@@ -136,6 +138,7 @@ ExitStatus exportTo(Session& session, const ExportOptions& options) {
     using Existing = base::StagedFile::Existing;
     const std::filesystem::path file = options.file.front();
     const auto existing = options.mayReplace ? Existing::replace : Existing::keep;
+    storage::requireFile(file);
     std::error_code error;
     if (existing == Existing::keep &&
         std::filesystem::exists(std::filesystem::symlink_status(file, error))) {
@@ -162,20 +165,20 @@ public:
         return storage::recoveryFile(m_session.storeFile().parent_path());
     }
     const storage::BackupService& service() const { return m_service; }
-    /// `kept`: where what was replaced is, which is told where that is not the usual place.
-    void printResult(std::string_view text, const std::filesystem::path& kept) const {
+    /// Where what was replaced is kept is told where that is not the usual place. Nothing is read
+    /// for it: what is done by now fails no more.
+    void printResult(std::string_view text, const storage::Restored& restored) const {
         if (m_session.wantsJson()) {
             Json json(m_session.output());
             json.beginObject();
-            json.member("boardCount",
-                        static_cast<std::int64_t>(m_session.boards().boards().size()));
-            json.member("entryCount",
-                        static_cast<std::int64_t>(m_session.context().count<model::Entry>()));
-            json.member("recoveryFile", std::string_view(kept.native()));
+            json.member("boardCount", static_cast<std::int64_t>(restored.boardCount));
+            json.member("entryCount", static_cast<std::int64_t>(restored.entryCount));
+            json.member("recoveryFile", std::string_view(restored.snapshot.native()));
             json.endObject();
         } else {
-            const auto where =
-                kept == recoveryFile() ? std::string() : " It is in " + kept.string() + ".";
+            const auto where = restored.snapshot == recoveryFile()
+                                   ? std::string()
+                                   : " It is in " + restored.snapshot.string() + ".";
             m_session.output().write(std::string(text) + where + "\n");
         }
     }
@@ -188,8 +191,7 @@ private:
 };
 
 std::string entriesText(const backup::BackupDocument& document) {
-    const auto count = document.entries.size();
-    return std::to_string(count) + (count == 1 ? " entry" : " entries");
+    return base::countText(document.entries.size(), "entry", "entries");
 }
 
 ExitStatus importFrom(Session& session, const ImportOptions& options) {
@@ -207,10 +209,15 @@ ExitStatus importFrom(Session& session, const ImportOptions& options) {
         const auto restored = restoring.service().restore(
             std::move(backup), restoring.recoveryFile(), session.now(), longWork.work());
         restoring.printResult(
-            "Backup restored. A recovery copy of the previous data is kept locally.",
-            restored.snapshot);
+            "Backup restored. A recovery copy of the previous data is kept locally.", restored);
         return ExitStatus::done;
     });
+}
+
+std::string takeBackText(Session& session, std::string_view text,
+                         const storage::BackupSummary& backup) {
+    return storage::filledIn(text, storage::englishContents(backup),
+                             session.formats().dayAndShortTime(backup.exportedAt));
 }
 
 ExitStatus undoImport(Session& session, const UndoOptions& options) {
@@ -220,16 +227,19 @@ ExitStatus undoImport(Session& session, const UndoOptions& options) {
         if (!options.isConfirmed) {
             const auto kept = storage::recoveredDocument(session.existing().container(),
                                                          restoring.recoveryFile(), longWork.work());
-            throw refusal("Taking the last import back will replace your current boards, text "
-                          "entries and todos with the " +
-                          entriesText(kept) + " of " +
-                          session.formats().dayAndShortTime(kept.exportedAt) +
-                          ". This can be taken back in the same way. Add --yes to do it.");
+            throw refusal(takeBackText(session, storage::kTakeBackQuestion,
+                                       {.exportedAt = kept.exportedAt,
+                                        .boards = kept.boards.size(),
+                                        .entries = kept.entries.size()}) +
+                          " Add --yes to do it.");
         }
         const auto restored = restoring.service().undoRestore(restoring.recoveryFile(),
                                                               session.now(), longWork.work());
-        restoring.printResult("The import was taken back. What it brought is kept locally.",
-                              restored.snapshot);
+        restoring.printResult(takeBackText(session, storage::kTakenBack,
+                                           {.exportedAt = restored.madeAt,
+                                            .boards = restored.boardCount,
+                                            .entries = restored.entryCount}),
+                              restored);
         return ExitStatus::done;
     });
 }

@@ -4,13 +4,15 @@
 #include "cli/commands/DesktopApp.h"
 #include "cli/commands/HelpFormatter.h"
 
+#include "storage/ErrorsOnly.h"
 #include "storage/SharedStoreError.h"
+#include "storage/StoreAdvice.h"
 #include "store/StoreError.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <new>
+#include <filesystem>
 
 namespace korvex::cli {
 
@@ -131,6 +133,7 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
     case store::StoreErrorCase::missing:
     case store::StoreErrorCase::incomplete:
     case store::StoreErrorCase::notAStore:
+    case store::StoreErrorCase::symbolicLink:
     case store::StoreErrorCase::newerVersion:
     case store::StoreErrorCase::olderVersion:
     case store::StoreErrorCase::needsUpgrade:
@@ -139,6 +142,7 @@ ExitStatus exitStatus(store::StoreErrorCase which) {
     case store::StoreErrorCase::unreadable:
     case store::StoreErrorCase::busy:
     case store::StoreErrorCase::damaged:
+    case store::StoreErrorCase::nothingReadable:
     case store::StoreErrorCase::full:
     case store::StoreErrorCase::inputOutput:
     case store::StoreErrorCase::changesMissing:
@@ -161,15 +165,29 @@ ExitStatus CommandLine::run(std::vector<std::string> arguments) {
         } catch (const CommandLineError& error) {
             return fail(error.status(), error.errorDescription());
         } catch (const store::StoreError& error) {
-            return fail(exitStatus(error.which()), error.errorDescription());
+            fail(ExitStatus::unusable, error.errorDescription());
+            const auto advice =
+                m_session ? storage::adviceOn(error.which(), m_session->storeFile(),
+                                              m_session->isRepair() ? storage::Attempt::repair
+                                                                    : storage::Attempt::opening)
+                          : "";
+            return advice.empty() ? exitStatus(error.which())
+                                  : fail(exitStatus(error.which()), advice);
         } catch (const storage::SharedStoreError& error) {
+            return fail(ExitStatus::unusable, error.errorDescription());
+        } catch (const storage::LegacyStoreError& error) {
             return fail(ExitStatus::unusable, error.errorDescription());
         } catch (const base::Error& error) {
             return fail(ExitStatus::refused, error.errorDescription());
-        } catch (const std::bad_alloc&) {
-            return fail(ExitStatus::unusable, "There is not enough memory.");
-        } catch (const std::exception& error) {
-            return fail(ExitStatus::unusable, error.what());
+        } catch (const std::filesystem::filesystem_error& error) {
+            return fail(ExitStatus::unusable, error.path1().string() + " could not be used: " +
+                                                  error.code().message() + ".");
+        } catch (...) {
+            try {
+                storage::throwAsError();
+            } catch (const base::Error& error) {
+                return fail(ExitStatus::unusable, error.errorDescription());
+            }
         }
     }();
     // Also after a failure: the Inbox may have been made, or some of several todos completed.

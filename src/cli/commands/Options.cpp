@@ -7,6 +7,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+
 namespace korvex::cli {
 
 namespace {
@@ -78,7 +80,11 @@ CLI::Option* addFiles(CLI::App& command, const std::string& name, std::vector<st
     const auto isOption = name.starts_with('-');
     auto* option = command.add_option(
         name,
-        [&target](const CLI::results_t& typed) {
+        [name, &target](const CLI::results_t& typed) {
+            if (std::any_of(typed.begin(), typed.end(),
+                            [](const auto& each) { return each.empty(); })) {
+                throw wrongUsage(name + " needs a path.");
+            }
             target = typed;
             return true;
         },

@@ -5,12 +5,14 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/LongWork.h"
 
-#include "model/Board.h"
-#include "model/Entry.h"
+#include "base/CountText.h"
+#include "storage/DataIntegrityService.h"
+#include "storage/SalvageSentences.h"
+#include "storage/StoreAdvice.h"
 #include "storage/StoreRepair.h"
 
-#include <algorithm>
-#include <map>
+#include <string>
+#include <vector>
 
 namespace korvex::cli {
 
@@ -30,40 +32,20 @@ ExitStatus path(Session& session, const NoOptions&) {
     return ExitStatus::done;
 }
 
-/// Boards whose entries are not numbered from 0 without gaps: every record may be sound, and still
-/// they would not stand in one order for every program. One sentence each.
-std::vector<std::string> orderProblems(store::ModelContext& context) {
-    const store::LockedStep step(context);
-    std::map<base::Uuid, std::vector<std::int64_t>> orderOfBoards;
-    for (const auto* entry : context.fetch<model::Entry>()) {
-        if (const auto board = entry->boardID()) {
-            orderOfBoards[*board].push_back(entry->sortOrder());
-        }
-    }
-    std::vector<std::string> problems;
-    for (auto& [board, order] : orderOfBoards) {
-        std::sort(order.begin(), order.end());
-        std::int64_t place = 0;
-        for (const auto found : order) {
-            if (found != place) {
-                problems.push_back("The entries of Board " + board.text() +
-                                   " are not numbered from 0 without gaps: place " +
-                                   std::to_string(place) + " holds " + std::to_string(found) + ".");
-                break;
-            }
-            ++place;
-        }
-    }
-    return problems;
-}
-
 ExitStatus check(Session& session, const NoOptions&) {
     auto& container = session.openExisting();
     auto report = container.check();
-    store::ModelContext context(container);
-    // What cannot be read has no order to speak of.
-    if (report.problems.empty()) {
-        report.problems = orderProblems(context);
+    auto isMendable = false;
+    // Of what cannot be read there is no order to speak of.
+    if (!report.isDamaged) {
+        store::ModelContext context(container);
+        const auto metadata = storage::DataIntegrityService(context, session.environment().log)
+                                  .inspect({.now = session.now()});
+        for (const auto& [kind, count] : metadata.repaired) {
+            report.problems.push_back(std::string(storage::findingOf(kind)) + ": " +
+                                      base::numberText(count));
+        }
+        isMendable = !metadata.isEmpty();
     }
     // What was noticed while opening is a problem too.
     report.problems.insert(report.problems.begin(), container.notices().begin(),
@@ -81,40 +63,18 @@ ExitStatus check(Session& session, const NoOptions&) {
         json.endArray();
         json.endObject();
     } else if (report.problems.empty()) {
-        session.output().write("The store is sound: " + std::to_string(report.recordCount) +
-                               " records.\n");
+        session.output().write("The store is sound: " +
+                               base::countText(report.recordCount, "record", "records") + ".\n");
     } else {
         for (const auto& problem : report.problems) {
             session.output().write(problem + "\n");
         }
+        if (isMendable) {
+            session.output().write("This mends it: " + storage::repairCommand(session.storeFile()) +
+                                   "\n");
+        }
     }
     return report.problems.empty() ? ExitStatus::done : ExitStatus::refused;
-}
-
-/// "3 entries", "1 board".
-std::string counted(std::size_t count, const store::RecordType& type) {
-    const auto isEntry = &type == &model::Entry::recordType();
-    const auto* const noun =
-        isEntry ? (count == 1 ? " entry" : " entries") : (count == 1 ? " board" : " boards");
-    return std::to_string(count) + noun;
-}
-
-/// What is lost of one board.
-void printLoss(Session& session, const store::SalvageReport::Loss& loss,
-               const std::string& boardName) {
-    const auto where = loss.type == &model::Board::recordType() ? std::string()
-                       : boardName.empty() ? std::string("On a board that is not known: ")
-                                           : "On " + boardName + ": ";
-    const auto print = [&](const std::string& text) { session.output().write(where + text); };
-    if (loss.missing > 0) {
-        print(counted(loss.missing, *loss.type) + " missing.\n");
-    }
-    if (loss.altered > 0) {
-        print(counted(loss.altered, *loss.type) + " altered, kept as can be read.\n");
-    }
-    if (loss.withoutBytes > 0) {
-        print("attachments of at most " + counted(loss.withoutBytes, *loss.type) + " missing.\n");
-    }
 }
 
 void printRepair(Session& session, const storage::StoreRepairReport& report) {
@@ -123,19 +83,28 @@ void printRepair(Session& session, const storage::StoreRepairReport& report) {
         output.write("The store is sound: nothing was repaired.\n");
         return;
     }
+    const auto print = [&](const std::vector<std::string>& sentences) {
+        for (const auto& sentence : sentences) {
+            output.write(sentence + "\n");
+        }
+    };
+    print(report.notices);
     if (report.salvage) {
         output.write("The store was damaged. What could be read was saved: " +
-                     std::to_string(report.salvage->saved) + " records.\n");
-        for (std::size_t i = 0; i < report.salvage->losses.size(); ++i) {
-            printLoss(session, report.salvage->losses[i], report.boardNames[i]);
-        }
-        if (report.salvage->mayMissMore) {
-            output.write("More may be missing than can be told.\n");
-        }
+                     base::countText(report.salvage->saved, "record", "records") + ".\n");
+        print(storage::lossSentences(*report.salvage, report.boardNames));
         output.write("The damaged store is kept as " + report.salvage->kept.string() + "\n");
+        for (const auto& former : report.salvage->formerStores) {
+            output.write("What is missing may still be in the store as it was before its upgrade, "
+                         "kept as " +
+                         former.string() + "\n");
+        }
+        if (report.salvage->saved == 0) {
+            output.write(storage::adviceOnBackups(session.storeFile()) + "\n");
+        }
     }
     for (const auto& [kind, count] : report.metadata.repaired) {
-        output.write(std::string(storage::titleOf(kind)) + ": " + std::to_string(count) + "\n");
+        output.write(std::string(storage::titleOf(kind)) + ": " + base::numberText(count) + "\n");
     }
 }
 
@@ -145,11 +114,25 @@ void writeRepairJson(Session& session, const storage::StoreRepairReport& report)
         json.member(name, static_cast<std::int64_t>(value));
     };
     json.beginObject();
+    const auto list = [&](std::string_view name, const auto& values) {
+        json.key(name);
+        json.beginArray();
+        for (const auto& value : values) {
+            json.text(value);
+        }
+        json.endArray();
+    };
     json.flag("wasDamaged", report.salvage.has_value());
+    list("notices", report.notices);
     if (const auto& salvage = report.salvage) {
         count("savedRecordCount", salvage->saved);
         json.flag("mayMissMore", salvage->mayMissMore);
         json.member("damagedFile", std::string_view(salvage->kept.native()));
+        std::vector<std::string> formerStores;
+        for (const auto& former : salvage->formerStores) {
+            formerStores.push_back(former.string());
+        }
+        list("formerStores", formerStores);
         json.key("losses");
         json.beginArray();
         for (std::size_t i = 0; i < salvage->losses.size(); ++i) {
@@ -179,6 +162,7 @@ void writeRepairJson(Session& session, const storage::StoreRepairReport& report)
 }
 
 ExitStatus repair(Session& session, const NoOptions&) {
+    session.noteRepair();
     const auto report = [&] {
         LongWork longWork(session.environment().errorDescriptor);
         return storage::repairStore(session.storeFile(), session.now(), session.environment().log,

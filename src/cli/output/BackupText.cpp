@@ -7,6 +7,7 @@
 #include "cli/terminal/DisplayText.h"
 
 #include "base/ByteSize.h"
+#include "base/CountText.h"
 
 #include <algorithm>
 #include <array>
@@ -28,20 +29,57 @@ void writeSummary(Json& json, const std::filesystem::path& file,
     json.member("bytes", static_cast<std::int64_t>(bytes));
 }
 
-std::string counted(std::size_t count, std::string_view one, std::string_view several) {
-    return std::to_string(count) + " " + std::string(count == 1 ? one : several);
+std::string stateText(BackupState state) {
+    switch (state) {
+    case BackupState::sound:
+        return "sound";
+    case BackupState::damaged:
+        return "damaged";
+    case BackupState::unsupported:
+        return "unsupported version";
+    case BackupState::tooLarge:
+        return "too large";
+    case BackupState::unreadable:
+        return "unreadable";
+    }
+    return {};
 }
 
-void writeJson(Session& session, std::span<const ReadBackup> backups) {
+/// For programs.
+std::string_view rawValue(BackupState state) {
+    switch (state) {
+    case BackupState::sound:
+        return "sound";
+    case BackupState::damaged:
+        return "damaged";
+    case BackupState::unsupported:
+        return "unsupportedVersion";
+    case BackupState::tooLarge:
+        return "tooLarge";
+    case BackupState::unreadable:
+        return "unreadable";
+    }
+    return {};
+}
+
+void writeJson(Session& session, std::span<const ReadBackup> backups,
+               std::span<const std::string> unlisted) {
     Json json(session.output());
     json.beginArray();
     for (const auto& each : backups) {
         json.beginObject();
         writeSummary(json, each.listed.file, each.summary, each.listed.bytes);
-        json.flag("isSound", each.summary.has_value());
+        json.flag("isSound", each.state == BackupState::sound);
+        json.member("state", rawValue(each.state));
         if (!each.summary) {
             json.member("problem", std::string_view(each.problem));
         }
+        json.endObject();
+    }
+    for (const auto& problem : unlisted) {
+        json.beginObject();
+        json.member("state", rawValue(BackupState::unreadable));
+        json.member("problem", std::string_view(problem));
         json.endObject();
     }
     json.endArray();
@@ -60,26 +98,27 @@ void printBackup(Session& session, std::string_view text, const std::filesystem:
     }
     session.output().write(text);
     session.output().put('\n');
-    printFact(session, "Boards", std::to_string(summary.boards));
-    printFact(session, "Entries", std::to_string(summary.entries));
+    printFact(session, "Boards", base::numberText(summary.boards));
+    printFact(session, "Entries", base::numberText(summary.entries));
     printFact(session, "Size", base::sizeText(summary.bytes));
 }
 
-void printBackups(Session& session, std::span<const ReadBackup> backups) {
+void printBackups(Session& session, std::span<const ReadBackup> backups,
+                  std::span<const std::string> unlisted) {
     if (session.wantsJson()) {
-        writeJson(session, backups);
+        writeJson(session, backups, unlisted);
         return;
     }
     constexpr std::size_t kColumns = 5;
     using Row = std::array<std::string, kColumns>;
     std::vector<Row> rows;
     std::array<std::size_t, kColumns> widths{};
-    for (const auto& [listed, summary, problem] : backups) {
+    for (const auto& [listed, summary, state, problem] : backups) {
         const auto date = summary ? summary->exportedAt : listed.modifiedAt;
         rows.push_back({date.isValid() ? session.formats().dayAndShortTime(date) : "",
-                        summary ? counted(summary->boards, "board", "boards") : "",
-                        summary ? counted(summary->entries, "entry", "entries") : "",
-                        base::sizeText(listed.bytes), summary ? "sound" : "damaged"});
+                        summary ? base::countText(summary->boards, "board", "boards") : "",
+                        summary ? base::countText(summary->entries, "entry", "entries") : "",
+                        base::sizeText(listed.bytes), stateText(state)});
         for (std::size_t column = 0; column < kColumns; ++column) {
             widths[column] = std::max(widths[column], displayWidth(rows.back()[column]));
         }

@@ -86,6 +86,9 @@ store::ModelContainer& Session::openExisting() {
 }
 
 void Session::remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged) {
+    if (!app::isUsersOwn(m_storeFile.parent_path())) {
+        return; // of no other store do they tell
+    }
     for (const auto& [from, to] : merged) {
         preferences().remapBoard(from, to);
     }

@@ -60,8 +60,8 @@ public:
     /// The user's settings.
     app::AppPreferences& preferences();
 
-    /// The store with its default boards, created where there is none. Throws StoreError and
-    /// SharedStoreError.
+    /// The store with its default boards, created where there is none. Throws StoreError,
+    /// SharedStoreError and LegacyStoreError.
     store::ModelContext& context();
     /// The same for a command that has nothing to do where there is none: it throws `missing` then.
     store::ModelContext& existing();
@@ -79,6 +79,9 @@ public:
     void remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged);
     /// For a command that changes the store past these: `announceChanges` has something to tell.
     void noteChange() { m_hasSaved = true; }
+    /// For the command that repairs the store: it is no advice where that fails.
+    void noteRepair() { m_isRepair = true; }
+    bool isRepair() const { return m_isRepair; }
 
     /// Tells the other programs, once, when something was saved.
     void announceChanges() const;
@@ -107,6 +110,7 @@ private:
     std::unique_ptr<store::ModelContainer> m_container;
     base::Subscription m_saves;
     bool m_hasSaved = false;
+    bool m_isRepair = false;
     std::unique_ptr<Services> m_services;
 };
 

@@ -241,10 +241,13 @@ TEST_F(CommandLine, CheckSeesWhatIsWrongBetweenSoundRecords) {
     }
     const auto outcome = run({"store", "check"});
     EXPECT_EQ(outcome.status, cli::ExitStatus::refused);
-    EXPECT_THAT(outcome.output,
-                HasSubstr("are not numbered from 0 without gaps: place 1 holds 2."));
-    EXPECT_THAT(run({"store", "check", "--json"}).output,
-                HasSubstr(R"("recordCount":3,"problems":["The entries of Board )"));
+    EXPECT_EQ(outcome.output, "Boards whose entries are not numbered in order: 1\n"
+                              "This mends it: korvex --data-dir '" +
+                                  folder.path().string() + "' store repair\n");
+    EXPECT_THAT(
+        run({"store", "check", "--json"}).output,
+        HasSubstr(
+            R"("recordCount":3,"problems":["Boards whose entries are not numbered in order: 1"])"));
     {
         const auto container = openStore();
         store::ModelContext context(*container);
@@ -258,7 +261,12 @@ TEST_F(CommandLine, CheckSeesWhatIsWrongBetweenSoundRecords) {
 }
 
 TEST_F(CommandLine, SettingsFollowABoardThatBecomesAnother) {
-    for (const auto& command : {std::vector<std::string>{"boards"}, {"store", "repair"}}) {
+    // Where nothing else is said the store is this one, or another.
+    std::filesystem::create_directory_symlink(folder.path(), folder / "korvex");
+    using Words = std::vector<std::string>;
+    for (const auto& [data, command] : std::initializer_list<std::pair<const char*, Words>>{
+             {"", {"boards"}}, {"", {"store", "repair"}}, {"other", {"store", "repair"}}}) {
+        const ScopedEnvironment home("XDG_DATA_HOME", (folder / data).string());
         const auto doubled = base::Uuid::random();
         {
             const auto container = openStore();
@@ -275,8 +283,7 @@ TEST_F(CommandLine, SettingsFollowABoardThatBecomesAnother) {
             }
             context.save();
         }
-        std::filesystem::create_directories(folder / "korvex");
-        app::FileUserDefaults defaults(folder / "korvex" / "settings.json");
+        app::FileUserDefaults defaults(folder / "settings.json");
         defaults.setString("launchBoardID", doubled.text());
         EXPECT_EQ(run(command).status, cli::ExitStatus::done);
         defaults.refresh();
@@ -284,9 +291,26 @@ TEST_F(CommandLine, SettingsFollowABoardThatBecomesAnother) {
         store::ModelContext context(*container);
         const auto* const board =
             context.find<model::Board>(*base::Uuid::parse(*defaults.string("launchBoardID")));
-        EXPECT_NE(board->id(), doubled);
-        EXPECT_FALSE(board->mergedIntoBoardID()) << command.front();
+        EXPECT_EQ(board->id() != doubled, *data == '\0') << command.front();
+        EXPECT_EQ(board->mergedIntoBoardID().has_value(), *data != '\0') << command.front();
     }
+}
+
+TEST_F(CommandLine, WhatFailsWithABackupIsLoggedWithItsNumber) {
+    const auto file = (folder / "mine.korvexbackup").string();
+    result({"add", "kept"});
+    result({"backup", "export", file});
+    run({"backup", "import", file}); // it was not tried
+    EXPECT_EQ(log.count("Backup operation failed"), 0U);
+    run({"backup", "import", file + "-none", "--yes"});
+    run({"backup", "undo-import", "--yes"});
+    run({"backup", "export", (folder / "Primary.store").string(), "--force"});
+    EXPECT_EQ(log.count("Backup operation failed: " + file +
+                        "-none could not be read: No such "
+                        "file or directory. (1)"),
+              1U);
+    EXPECT_EQ(log.count("Backup operation failed: There is nothing to take back"), 1U);
+    EXPECT_EQ(log.count("Backup operation failed: This place belongs to the store itself."), 1U);
 }
 
 TEST_F(CommandLine, InputOverTheLimitIsRefusedWhole) {
