@@ -3,6 +3,7 @@
 #include "app/StoreLocation.h"
 #include "base/Clock.h"
 #include "services/BoardService.h"
+#include "storage/StoreAdvice.h"
 #include "storage/StoreStart.h"
 
 namespace korvex::desktop {
@@ -39,13 +40,27 @@ StoreOpening::Opened open(const std::filesystem::path& file, const std::optional
     return opened;
 }
 
+/// The window that stands in for the main one has nothing else to go on with.
+StoreOpening::Opened openWithAdvice(const std::filesystem::path& file,
+                                    const std::optional<base::Uuid>& board, base::LogSink& log) {
+    try {
+        return open(file, board, log);
+    } catch (const store::StoreError& error) {
+        const auto advice = storage::adviceOn(error.which(), file);
+        if (advice.empty()) {
+            throw;
+        }
+        throw base::Error(error.domain(), error.code(), error.errorDescription() + "\n\n" + advice);
+    }
+}
+
 } // namespace
 
 StoreOpening::StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board,
-                           base::LogSink& log, When when)
+                           base::LogSink& log)
     // Where no thread can be had, `take` does it as well.
     : m_opened(std::async(
-          when == When::now ? std::launch::async | std::launch::deferred : std::launch::deferred,
-          [file = std::move(file), board, &log] { return open(file, board, log); })) {}
+          std::launch::async | std::launch::deferred,
+          [file = std::move(file), board, &log] { return openWithAdvice(file, board, log); })) {}
 
 } // namespace korvex::desktop

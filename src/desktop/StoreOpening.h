@@ -5,6 +5,7 @@
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 
+#include <chrono>
 #include <filesystem>
 #include <future>
 #include <memory>
@@ -21,11 +22,9 @@ namespace korvex::desktop {
 /// other thread's until `take`.
 class StoreOpening {
 public:
-    enum class When { now, whenTaken };
     /// `board` is the one that was shown last, if any was. `log` must outlive this and may be
     /// written from the other thread.
-    StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board, base::LogSink& log,
-                 When when);
+    StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board, base::LogSink& log);
 
     struct Opened {
         std::unique_ptr<store::ModelContainer> container;
@@ -36,7 +35,13 @@ public:
         /// What the user should know of the start, in full sentences.
         std::vector<std::string> notices;
     };
-    /// Waits for the store. Once. Throws what it could not be opened for.
+    /// Whether `take` need not wait, at the latest after this long.
+    bool isDoneWithin(std::chrono::milliseconds patience) const {
+        return m_opened.wait_for(patience) != std::future_status::timeout;
+    }
+    /// Waits for the store. Once. Throws the Error that it could not be opened for: a
+    /// LegacyStoreError where that is the store of an older program, a plain one with what helps
+    /// where anything does.
     Opened take() { return m_opened.get(); }
 
 private:

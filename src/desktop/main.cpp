@@ -14,6 +14,7 @@
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "storage/BackgroundThreads.h"
+#include "storage/SharedStoreError.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
@@ -21,13 +22,17 @@
 #include "ui/kit/words/Refusal.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/StoreErrorWindow.h"
+#include "ui/windows/StorePreparingWindow.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QTimer>
 
 #include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <optional>
 
 #ifdef KORVEX_GALLERY
 #include "ui/gallery/Gallery.h"
@@ -40,13 +45,17 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 constexpr std::chrono::seconds kLongestEnd{2};
+/// How long nobody minds that there is no window yet, and how often is looked after that.
+constexpr std::chrono::seconds kUnnoticedStart{1};
+constexpr std::chrono::milliseconds kLook{50};
 
 enum class AfterError { quit, tryAgain };
 
 /// Until the window is closed.
 AfterError showStoreError(const QString& message, const std::filesystem::path& file,
-                          const ui::Theme& theme) {
-    ui::StoreErrorWindow window(message, file, theme);
+                          const ui::Theme& theme,
+                          ui::StoreErrorWindow::Which which = ui::StoreErrorWindow::Which::own) {
+    ui::StoreErrorWindow window(message, file, theme, which);
     auto next = AfterError::quit;
     QObject::connect(&window, &ui::StoreErrorWindow::retryRequested, &window, [&] {
         next = AfterError::tryAgain;
@@ -55,6 +64,50 @@ AfterError showStoreError(const QString& message, const std::filesystem::path& f
     window.show();
     QApplication::exec();
     return next;
+}
+
+/// Nothing is to be seen meanwhile unless it takes long.
+void waitFor(const desktop::StoreOpening& opening, const ui::Theme& theme) {
+    if (opening.isDoneWithin(kUnnoticedStart)) {
+        return;
+    }
+    ui::StorePreparingWindow window(theme);
+    QEventLoop waiting;
+    QTimer look;
+    QObject::connect(&look, &QTimer::timeout, &waiting, [&] {
+        if (opening.isDoneWithin({})) {
+            waiting.quit();
+        }
+    });
+    look.start(kLook);
+    window.show();
+    waiting.exec();
+}
+
+/// Absent when the user gives up.
+std::optional<desktop::StoreOpening::Opened>
+takeStore(desktop::StoreOpening opening, const std::function<desktop::StoreOpening()>& again,
+          const std::filesystem::path& file, const ui::Theme& theme) {
+    for (;;) {
+        waitFor(opening, theme);
+        std::optional<desktop::StoreOpening::Opened> store;
+        auto subject = file;
+        auto which = ui::StoreErrorWindow::Which::own;
+        const auto refused = ui::refusal([&] {
+            try {
+                store = opening.take();
+            } catch (const storage::LegacyStoreError& error) {
+                subject = error.file();
+                which = ui::StoreErrorWindow::Which::legacy;
+                // The window shows the file.
+                throw base::Error(error.domain(), error.code(), error.reason());
+            }
+        });
+        if (!refused || showStoreError(*refused, subject, theme, which) == AfterError::quit) {
+            return store;
+        }
+        opening = again();
+    }
 }
 
 /// Until the user ends it; the exit status.
@@ -69,10 +122,17 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
     app::AppPreferences preferences(defaults, log);
+    const auto isUsersOwn = app::isUsersOwn(directory);
+    const auto boards =
+        isUsersOwn ? ui::Navigation::LastBoard::kept : ui::Navigation::LastBoard::forgotten;
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
-    using When = desktop::StoreOpening::When;
-    desktop::StoreOpening opening(file, ui::Navigation::launchBoardID(preferences), log,
-                                  arguments.areClear() ? When::now : When::whenTaken);
+    const auto open = [&] {
+        return desktop::StoreOpening(file, ui::Navigation::launchBoardID(preferences, boards), log);
+    };
+    std::optional<desktop::StoreOpening> opening;
+    if (arguments.areClear()) {
+        opening = open();
+    }
 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
@@ -93,16 +153,15 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     const ui::InstalledStyle style(theme);
     theme.loadFonts(); // while the store is being read
 
-    desktop::StoreOpening::Opened store;
-    while (const auto refused = ui::refusal([&] { store = opening.take(); })) {
-        if (showStoreError(*refused, file, theme) == AfterError::quit) {
-            return kStoreUnusable;
-        }
-        opening = desktop::StoreOpening(file, ui::Navigation::launchBoardID(preferences), log,
-                                        When::whenTaken);
+    auto taken = takeStore(opening ? *std::move(opening) : open(), open, file, theme);
+    if (!taken) {
+        return kStoreUnusable;
     }
-    for (const auto& [from, to] : store.mergedBoards) {
-        preferences.remapBoard(from, to);
+    auto& store = *taken;
+    if (isUsersOwn) { // of no other store do the preferences tell
+        for (const auto& [from, to] : store.mergedBoards) {
+            preferences.remapBoard(from, to);
+        }
     }
     auto& container = *store.container;
     platform::qt::QtRunLoop runLoop;
@@ -112,7 +171,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         platform::javascriptcore::ScriptModule::defaultFile(), log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
-                                    .isUsersOwn = app::isUsersOwn(directory),
+                                    .isUsersOwn = isUsersOwn,
                                     .preferences = preferences,
                                     .defaults = defaults,
                                     .clock = clock,

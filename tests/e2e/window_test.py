@@ -265,6 +265,26 @@ class WindowTest(WindowCase):
         self.assertIn("of the user", backups[0].read_text())
         self.assertEqual(len(json.loads(self.korvex("backup", "list"))), 1)
 
+    def test_settings_are_followed_and_kept_beside_other_programs(self):
+        work = json.loads(self.korvex("board", "add", "Work"))["id"]
+        window = self.start_window()
+        settings = self.home / "config" / "korvex" / "settings.json"
+        before = self.still_picture()
+        theirs = settings.with_name("theirs.json")
+        theirs.write_text(json.dumps(json.loads(settings.read_text()) | {"fontSize": 24}))
+        theirs.rename(settings)
+        wait_for(lambda: self.changed(before), "the larger texts")
+        before = self.still_picture()
+        with settings.with_name("settings.json.lock").open("w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.keys("ctrl+2")
+            wait_for(lambda: self.changed(before), "the other board")
+        wait_for(lambda: json.loads(settings.read_text()).get("mainBoardSelectedBoardID") == work,
+                 "the board to be kept")
+        window.kill()
+        window.wait(PATIENCE)
+        self.assertEqual(json.loads(settings.read_text())["fontSize"], 24)
+
     def test_a_folder_that_does_not_answer_keeps_no_window_from_ending(self):
         chosen = self.choose_folder_for_backups(uuid.uuid4())
         asked = []
@@ -289,18 +309,59 @@ class WindowTest(WindowCase):
         found = self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
         self.assertEqual(len(found), 1)
 
+    def start_without_store(self):
+        """The program, and not yet its main window."""
+        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, window)
+        wait_for(lambda: self.title() == "Korvex", "a window that says why it is not the main one")
+        return window
+
+    def title(self):
+        return self.xdotool("getactivewindow", "getwindowname").strip()
+
+    def wait_for_words(self, wanted):
+        """Until the active window says this somewhere on the way down its left side."""
+        def copied():
+            for y in range(40, 400, 20):
+                window = self.xdotool("getactivewindow").strip()
+                self.xdotool("mousemove", "--window", window, "160", str(y), "click", "1")
+                self.keys("ctrl+a", "ctrl+c")
+                if wanted in subprocess.run(["xclip", "-out", "-selection", "clipboard"],
+                                            env=self.environment, text=True, capture_output=True,
+                                            check=False).stdout:
+                    return True
+            return False
+
+        wait_for(copied, f"the words {wanted}")
+
+    def test_a_store_that_others_have_is_waited_for_in_a_window(self):
+        folder = self.home / "data" / "korvex"
+        folder.mkdir(parents=True)
+        with (folder / "Primary.store.lock").open("w") as lock:
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            self.start_without_store()
+            self.keys("alt+F4")
+            self.still_picture()
+            self.assertEqual(self.title(), "Korvex")
+        wait_for(lambda: "Inbox" in self.title(), "the main window")
+
+    def test_a_store_of_an_older_version_that_cannot_be_read_is_named(self):
+        legacy = self.home / "data" / "Korvex" / "default.store"
+        legacy.parent.mkdir(parents=True)
+        legacy.write_bytes(b"something else of the user's")
+        self.start_without_store()
+        self.wait_for_words(str(legacy))
+
     def test_a_file_that_is_no_store_is_refused_and_kept(self):
         folder = self.home / "data" / "korvex"
         folder.mkdir(parents=True)
         store = folder / "Primary.store"
         store.write_bytes(b"something else of the user's")
-        window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end, window)
-        wait_for(lambda: "Korvex" in self.xdotool("getactivewindow", "getwindowname"),
-                 "the window that says so")
+        window = self.start_without_store()
+        self.wait_for_words("korvex store repair")
 
         def ends_by_its_button():
-            # Behind the one that tries again. A window that has just come may miss the first.
+            # Somewhere behind the words.
             self.keys("Tab", "Return")
             return window.poll() is not None
 

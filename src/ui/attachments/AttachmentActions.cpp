@@ -8,6 +8,7 @@
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/kit/controls/MenuItems.h"
+#include "ui/kit/overlays/FileQuestion.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
@@ -15,7 +16,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDesktopServices>
-#include <QFileDialog>
 #include <QFileInfo>
 #include <QMenu>
 #include <QStandardPaths>
@@ -92,14 +92,13 @@ void AttachmentActions::saveAs(const model::Entry& entry, const base::Uuid& id) 
     if (!perform([&] { name = toQString(found(services::attachment(entry, id)).filename); })) {
         return;
     }
-    auto* const dialog = new QFileDialog(&m_page, tr("Save attachment"), m_folder);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setFileMode(QFileDialog::AnyFile);
-    dialog->selectFile(name);
-    connect(dialog, &QFileDialog::fileSelected, this,
-            [this, entryID = entry.id(), id](const QString& file) { save(entryID, id, file); });
-    dialog->open();
+    const FileQuestion question{.title = tr("Save attachment"),
+                                .kind = FileQuestion::Kind::fileToWrite,
+                                .folder = m_folder,
+                                .name = name};
+    question.ask(m_page, [this, entryID = entry.id(), id](const Files& files) {
+        save(entryID, id, toFileName(files.front()));
+    });
 }
 
 void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id, const QString& file) {
@@ -159,17 +158,12 @@ void AttachmentActions::chooseFiles(model::Entry& entry) {
 }
 
 void AttachmentActions::chooseFiles(std::function<void(const Files&)> receive) {
-    auto* const dialog = new QFileDialog(&m_page, tr("Attach files"), m_folder);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setFileMode(QFileDialog::ExistingFiles);
-    connect(dialog, &QFileDialog::filesSelected, this,
-            [this, receive = std::move(receive)](const QStringList& chosen) {
-                Files files;
-                std::transform(chosen.begin(), chosen.end(), std::back_inserter(files), toPath);
-                m_folder = QFileInfo(chosen.value(0)).absolutePath();
-                receive(files);
-            });
-    dialog->open();
+    const FileQuestion question{
+        .title = tr("Attach files"), .kind = FileQuestion::Kind::filesToRead, .folder = m_folder};
+    question.ask(m_page, [this, receive = std::move(receive)](const Files& files) {
+        m_folder = toFileName(files.front().parent_path());
+        receive(files);
+    });
 }
 
 void AttachmentActions::attachFiles(const Files& files, model::Entry& entry) {

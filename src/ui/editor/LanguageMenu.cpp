@@ -1,5 +1,6 @@
 #include "ui/editor/LanguageMenu.h"
 
+#include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/words/Text.h"
 
@@ -77,7 +78,7 @@ QString LanguageMenu::titleOf(richtext::CodeHighlighter& code, const QString& id
     const auto found =
         std::find_if(languages.begin(), languages.end(),
                      [utf8 = toUtf8(id)](const auto& each) { return each.id == utf8; });
-    return found == languages.end() ? id : nameOf(*found);
+    return found == languages.end() ? id : isolated(nameOf(*found));
 }
 
 void LanguageMenu::fill() {
@@ -108,8 +109,8 @@ void LanguageMenu::fill() {
     for (const auto& [fit, language] : fitting) {
         const auto id = toQString(language->id);
         const auto isCurrent = id == m_current;
-        auto* const item =
-            new QListWidgetItem(isCurrent ? tick : QIcon(nothing), nameOf(*language), m_list);
+        auto* const item = new QListWidgetItem(isCurrent ? tick : QIcon(nothing),
+                                               isolated(nameOf(*language)), m_list);
         item->setData(Qt::UserRole, id);
         if (isCurrent) {
             item->setData(Qt::AccessibleDescriptionRole, tr("Chosen"));

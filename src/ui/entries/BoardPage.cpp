@@ -203,12 +203,14 @@ void BoardPage::showEntry(model::Entry& entry) {
     }
 }
 
-BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board) {
+BoardPage::GivenWay BoardPage::giveWayTo(model::Board& board, ChangeCause cause) {
     const auto isSame = this->board() && this->board()->id() == board.id();
-    const auto form = isSame ? tr("“%1” was replaced meanwhile. Go on with what was "
-                                  "typed, or discard it.")
-                             : tr("This was typed on “%1”, which is no longer there. Go on with it "
-                                  "here, or discard it.");
+    const auto form =
+        !isSame ? tr("This was typed on “%1”, which is no longer there. Go on with it here, or "
+                     "discard it.")
+        : cause == ChangeCause::replacementElsewhere
+            ? tr("Another program has replaced “%1”. Go on with what was typed, or discard it.")
+            : tr("“%1” was replaced meanwhile. Go on with what was typed, or discard it.");
     const auto why = form.arg(title());
     Popover::endAll(*window());
     const auto caret = m_editing.caret();
@@ -348,7 +350,7 @@ void BoardPage::updateHeader() {
     } else {
         setHint({});
     }
-    m_archivedNotice->setVisible(showsArchivedBoard());
+    m_archivedNotice->setHolds(showsArchivedBoard());
 }
 
 } // namespace korvex::ui

@@ -5,6 +5,7 @@
 #include "ui/entries/EntryActions.h"
 #include "ui/entries/EntryMenu.h"
 #include "ui/entries/EntryPasting.h"
+#include "ui/workspace/ChangeCause.h"
 #include "ui/workspace/Workspace.h"
 
 namespace korvex::ui {
@@ -49,7 +50,7 @@ public:
     };
     /// Shows this board, since the other is gone. What was typed there and can be stored nowhere
     /// comes along.
-    GivenWay giveWayTo(model::Board& board);
+    GivenWay giveWayTo(model::Board& board, ChangeCause cause);
     /// Goes on with a draft in its place on this board, with the caret at this UTF-16 offset or at
     /// the end; `why` says where it comes from. False when what is being edited cannot be left.
     bool resume(const app::Draft& draft, const QString& why, int caret = -1);

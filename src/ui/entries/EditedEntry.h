@@ -45,6 +45,11 @@ public:
     /// Whether the entry can go on being edited where it is: nobody has deleted, completed or moved
     /// it, or made it another type.
     bool isStillOn(const model::Board* board) const;
+    /// All entries of the store were replaced, as by an import, in this program or in another: one
+    /// that is gone was not deleted for its own sake.
+    enum class Replaced { no, here, elsewhere };
+    void setReplaced(Replaced replaced) { m_replaced = replaced; }
+    Replaced replaced() const { return m_replaced; }
     /// What has become of one that cannot, and so of its text, in words for the user.
     QString whatBecameOfIt() const;
 
@@ -54,6 +59,7 @@ private:
     Target m_target = Target::none;
     model::EntryType m_type = model::EntryType::todo;
     bool m_isNew = false;
+    Replaced m_replaced = Replaced::no;
     model::Entry* m_entry = nullptr;
     std::string m_storedContent;
     std::optional<base::Bytes> m_storedText;

@@ -18,8 +18,15 @@ EntryEditing::EntryEditing(EntryListModel& model, EntryListView& view, const Wor
                 workspace.context, workspace.clock),
       m_undo(workspace.undo),
       m_typing(workspace.runLoop, [this] { storeSoFar(); }),
-      m_notices(m_storing.noticed().connect(
-          [this](const QString& message) { Q_EMIT noticed(message); })) {
+      m_notices(
+          m_storing.noticed().connect([this](const QString& message) { Q_EMIT noticed(message); })),
+      m_ownReplacements(
+          workspace.context.container().didSave().connect([this](const store::ChangeSet& changes) {
+              heardOf(changes, EditedEntry::Replaced::here);
+          })),
+      m_replacements(workspace.context.didChange().connect([this](const store::ChangeSet& changes) {
+          heardOf(changes, EditedEntry::Replaced::elsewhere);
+      })) {
     connectEditors();
 }
 
@@ -186,6 +193,14 @@ bool EntryEditing::isWaiting() {
            m_storing.mayBeTakenLater();
 }
 
+/// One of this program is heard of first as what it is, and then as a change of the store.
+void EntryEditing::heardOf(const store::ChangeSet& changes, EditedEntry::Replaced replaced) {
+    const auto isConcerned = m_edited.isStored() && entry();
+    if (isConcerned && changes.isReplacement && m_edited.replaced() == EditedEntry::Replaced::no) {
+        m_edited.setReplaced(replaced);
+    }
+}
+
 void EntryEditing::showDue() {
     if (m_edited.isStored() && entry()) {
         m_editors.showDue(entry());
@@ -207,6 +222,7 @@ void EntryEditing::followRecords(int row) {
         }
         return;
     }
+    m_edited.setReplaced(EditedEntry::Replaced::no); // it has come back under its identifier
     auto& editor = m_editors.current();
     showDue();
     if (!m_edited.isChangedInStore()) {

@@ -99,6 +99,7 @@ private:
     bool store();
     /// The records have changed; `row` is where the editor stood before.
     void followRecords(int row);
+    void heardOf(const store::ChangeSet& changes, EditedEntry::Replaced replaced);
     /// Whether the text of the open editor waits for the store to take it as it is.
     bool isWaiting();
     void storeAndStay();
@@ -133,6 +134,8 @@ private:
     services::UndoManager& m_undo;
     TypingTimer m_typing;
     base::Subscription m_notices;
+    base::Subscription m_ownReplacements;
+    base::Subscription m_replacements;
 };
 
 } // namespace korvex::ui

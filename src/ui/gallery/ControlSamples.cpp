@@ -2,6 +2,7 @@
 
 #include "ui/gallery/ShownState.h"
 #include "ui/kit/controls/FilterChoice.h"
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/controls/SearchField.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
@@ -12,7 +13,6 @@
 #include "ui/kit/theme/Shapes.h"
 
 #include <QCheckBox>
-#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -211,7 +211,7 @@ std::vector<Kind> fields(const Theme& theme) {
     return {
         {QStringLiteral("Choice"),
          []() -> QWidget* {
-             auto* const made = new QComboBox;
+             auto* const made = new ListChoice;
              made->addItems({QStringLiteral("All boards"), QStringLiteral("Inbox")});
              return made;
          }},

@@ -4,6 +4,7 @@
 #include "ui/gallery/DesignSamples.h"
 #include "ui/gallery/FieldSamples.h"
 #include "ui/gallery/PanelSamples.h"
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
 
@@ -77,7 +78,7 @@ QWidget* GalleryWindow::makeControls() {
         QApplication::setLayoutDirection(isMirrored ? Qt::RightToLeft : Qt::LeftToRight);
         showSamples();
     });
-    auto* const size = new QComboBox;
+    auto* const size = new ListChoice;
     size->setAccessibleName(QStringLiteral("Font size"));
     for (const auto each : app::AppPreferences::kFontSizes) {
         size->addItem(QString::number(each), each);

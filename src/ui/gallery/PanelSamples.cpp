@@ -1,6 +1,7 @@
 #include "ui/gallery/PanelSamples.h"
 
 #include "ui/gallery/ShownState.h"
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/controls/MenuItems.h"
 #include "ui/kit/overlays/ConfirmationSheet.h"
 #include "ui/kit/overlays/ErrorBanner.h"
@@ -9,7 +10,6 @@
 
 #include <QAbstractItemView>
 #include <QActionGroup>
-#include <QComboBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -105,7 +105,7 @@ QWidget* makeChoices(const Theme& theme, QWidget* parent) {
 
 /// The list that a choice opens, as a part of this window.
 QWidget* makeOpenList(const Theme& theme, QWidget* parent) {
-    auto* const choice = new QComboBox;
+    auto* const choice = new ListChoice;
     choice->addItems(
         {QStringLiteral("All boards"), QStringLiteral("Inbox"), QStringLiteral("Trip to Lisbon")});
     choice->setCurrentIndex(1);

@@ -1,9 +1,9 @@
 #include "ui/settings/AppearancePane.h"
 
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/settings/SettingTitles.h"
 
-#include <QComboBox>
 #include <QLocale>
 #include <QSignalBlocker>
 
@@ -13,13 +13,13 @@ AppearancePane::AppearancePane(app::AppPreferences& preferences, const Theme& th
     : SettingsPane(tr("Appearance"), theme),
       m_preferences(preferences),
       m_appearance(new SegmentedChoice(tr("Theme"), titlesOf(appearanceTitles()), theme)),
-      m_size(new QComboBox) {
+      m_size(new ListChoice) {
     for (const auto size : app::AppPreferences::kFontSizes) {
         m_size->addItem(QLocale().toString(size), size);
     }
     auto& group = addGroup();
     group.addRow(tr("Theme"), m_appearance).setNote(tr("System follows the desktop."));
-    group.addRow(tr("Font size"), m_size).setNote(tr("Of all texts, in points."));
+    group.addRow(tr("Font size"), m_size).setNote(tr("Of all texts."));
     connect(m_appearance, &SegmentedChoice::chosenChanged, this, [this](int index) {
         m_preferences.setAppearance(appearanceTitles().at(static_cast<std::size_t>(index)).value);
     });

@@ -2,10 +2,9 @@
 
 #include "ui/settings/SettingsPane.h"
 
-class QComboBox;
-
 namespace korvex::ui {
 
+class ListChoice;
 class SegmentedChoice;
 
 /// Light or dark, and the size of all texts. Main thread.
@@ -21,7 +20,7 @@ protected:
 private:
     app::AppPreferences& m_preferences;
     SegmentedChoice* m_appearance;
-    QComboBox* m_size;
+    ListChoice* m_size;
     base::Subscription m_settings;
 };
 

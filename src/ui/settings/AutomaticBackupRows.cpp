@@ -2,9 +2,9 @@
 
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/Switch.h"
+#include "ui/kit/words/FolderText.h"
 #include "ui/kit/words/Text.h"
 #include "ui/settings/BackupWords.h"
-#include "ui/settings/FileQuestion.h"
 #include "ui/settings/SettingsGroup.h"
 #include "ui/settings/WorkRow.h"
 
@@ -13,10 +13,13 @@
 #include <QSignalBlocker>
 
 #include <algorithm>
+#include <chrono>
 
 namespace korvex::ui {
 
 namespace {
+
+using FolderState = storage::AutomaticBackupService::FolderState;
 
 constexpr auto& kRetentions = app::AppPreferences::kRetentions;
 
@@ -28,6 +31,19 @@ QStringList retentionTitles() {
     return titles;
 }
 
+/// What is wrong with the folder, and what can be done.
+QString lostFolderText(FolderState state) {
+    return state == FolderState::gone
+               ? AutomaticBackupRows::tr("The folder is gone, or another one stands in its place.")
+               : AutomaticBackupRows::tr("Which folder was chosen is not known any more.");
+}
+
+QString advice(FolderState state) {
+    return state == FolderState::gone
+               ? AutomaticBackupRows::tr("Make it available, or choose it again.")
+               : AutomaticBackupRows::tr("Choose it again.");
+}
+
 } // namespace
 
 AutomaticBackupRows::AutomaticBackupRows(SettingsGroup& group, const Workspace& workspace,
@@ -35,13 +51,21 @@ AutomaticBackupRows::AutomaticBackupRows(SettingsGroup& group, const Workspace& 
     : QObject(parent),
       m_preferences(workspace.preferences),
       m_service(workspace.automaticBackups),
-      m_workspace(workspace) {
+      m_workspace(workspace),
+      m_places(workspace.defaults) {
     addSettings(group, theme);
     addState(group, theme);
     m_settings =
         m_preferences.didChange().connect([this](app::AppPreferences::Property) { follow(); });
     m_changes = m_service.didChange().connect([this] { follow(); });
+    m_ticks = workspace.scheduleClock.didTick().connect([this](base::Instant) { follow(); });
+    m_dates = workspace.dates.didRenew().connect([this] { follow(); });
     follow();
+}
+
+void AutomaticBackupRows::catchUp() {
+    follow();
+    m_service.lookAtFolder();
 }
 
 void AutomaticBackupRows::addSettings(SettingsGroup& group, const Theme& theme) {
@@ -66,21 +90,31 @@ void AutomaticBackupRows::addState(SettingsGroup& group, const Theme& theme) {
     group.addRow(tr("Next backup"), m_next);
     m_now = new QPushButton(tr("Back Up Now"));
     m_nowRow = &group.addRow(tr("Back up without waiting for the day"), m_now);
-    connect(m_now, &QPushButton::clicked, this, [this] { m_service.backUpNow(); });
+    connect(m_now, &QPushButton::clicked, this, [this] {
+        m_asked = Asked::backup;
+        m_service.backUpNow();
+    });
     m_work = new WorkRow(theme, &group);
     group.add(m_work);
-    connect(m_work, &WorkRow::cancelled, this, [this] { m_service.cancel(); });
+    connect(m_work, &WorkRow::cancelled, this, [this] {
+        m_asked = Asked::backup;
+        m_service.cancel();
+    });
+    m_answer = &group.addRow({});
 }
 
 void AutomaticBackupRows::chooseFolder() {
-    FileQuestion::folder(
-        *m_choose, tr("Folder for automatic backups"),
-        [this](const std::filesystem::path& folder) { m_service.chooseFolder(folder); });
+    m_places.folder(*m_choose, tr("Folder for automatic backups"),
+                    [this](const std::filesystem::path& folder) {
+                        m_asked = Asked::folder;
+                        m_service.chooseFolder(folder);
+                    });
 }
 
 void AutomaticBackupRows::follow() {
     followSettings();
     followState();
+    followFailure();
 }
 
 void AutomaticBackupRows::followSettings() {
@@ -92,9 +126,9 @@ void AutomaticBackupRows::followSettings() {
     m_folderRow->setNote(obstacle                 ? translated(*obstacle)
                          : m_service.isChoosing() ? tr("Preparing the folder…")
                          : folder                 ? folderText(*folder)
-                                                  : tr("None has been chosen yet."));
-    const auto& refused = m_service.choiceRefusal();
-    m_folderRow->setRefusal(refused.empty() ? QString() : translated(refused));
+                         : m_service.folderState() == FolderState::none
+                             ? tr("None has been chosen yet.")
+                             : QString());
     const auto isOn = m_preferences.automaticBackupEnabled() && !obstacle;
     m_isOn->setEnabled(isOn || (folder && !obstacle));
     m_isOn->setChecked(isOn);
@@ -125,6 +159,7 @@ void AutomaticBackupRows::followState() {
     m_last->say(last && isOfThisStore ? momentText(*last, m_workspace.dates) : tr("None yet"));
     const auto now = m_workspace.now();
     const auto next = m_service.nextDue(now);
+    followAt(next, now);
     m_next->say(!next          ? tr("Off")
                 : *next == now ? tr("Due now")
                                : momentText(*next, m_workspace.dates));
@@ -135,10 +170,58 @@ void AutomaticBackupRows::followState() {
     if (!m_service.isRunning()) {
         m_work->end();
     }
-    const auto& error = m_service.errorMessage();
-    m_nowRow->setRefusal(error ? translated(*error) + QLatin1Char('\n') +
-                                     translated(m_service.errorReason())
-                               : QString());
+    const auto isCancelled = m_service.wasCancelled();
+    m_answer->setVisible(isCancelled); // what is not in sight is not read out
+    m_answer->setAnswer(!isCancelled  ? QString()
+                        : next == now ? tr("The backup was cancelled. Korvex tries again within a "
+                                           "quarter of an hour.")
+                                      : tr("The backup was cancelled."));
+}
+
+/// One text, where it belongs: at the folder what is wrong with that, also before a backup fails
+/// for it; at the button all else that one failed for.
+void AutomaticBackupRows::followFailure() {
+    const auto state = m_service.folderState();
+    const auto isLost =
+        !m_service.obstacle() && (state == FolderState::gone || state == FolderState::unknown);
+    // What failed before is no answer to what is being done.
+    const auto isOver = !m_service.isRunning() || m_service.isSilent();
+    const auto failure =
+        isOver && m_service.errorMessage() ? translated(*m_service.errorMessage()) : QString();
+    const auto isAtFolder = m_service.hasFailedForFolder() && isLost;
+    m_folderRow->setRefusal(
+        !m_service.choiceRefusal().empty() ? translated(m_service.choiceRefusal())
+        : isAtFolder && !failure.isEmpty() ? failure + QLatin1Char('\n') + lostFolderText(state)
+        : isLost ? lostFolderText(state) + QLatin1Char(' ') + advice(state)
+                 : QString());
+    const auto isHere = !failure.isEmpty() && !isAtFolder;
+    m_nowRow->setRefusal(!isHere ? QString()
+                         : m_service.hasFailedForFolder()
+                             ? failure // it is there again
+                             : failure + QLatin1Char('\n') + translated(m_service.errorReason()));
+    if (m_asked == Asked::folder ? m_service.isChoosing() : !isOver) {
+        return;
+    }
+    auto* row =
+        m_asked == Asked::folder && !m_service.choiceRefusal().empty() ? m_folderRow : nullptr;
+    if (m_asked == Asked::backup) {
+        row = m_service.wasCancelled() ? m_answer
+              : isHere                 ? m_nowRow
+              : isAtFolder             ? m_folderRow
+                                       : nullptr;
+    }
+    m_asked = Asked::nothing;
+    if (row) {
+        Q_EMIT told(row);
+    }
+}
+
+void AutomaticBackupRows::followAt(std::optional<base::Instant> moment, base::Instant now) {
+    m_timer.reset();
+    if (moment && *moment > now) {
+        m_timer = m_workspace.runLoop.callAfter(std::chrono::duration<double>(*moment - now),
+                                                [this] { follow(); });
+    }
 }
 
 } // namespace korvex::ui

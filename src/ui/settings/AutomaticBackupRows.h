@@ -1,10 +1,14 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "ui/settings/BackupPlaces.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
 #include <QPointer>
+
+#include <memory>
+#include <optional>
 
 class QPushButton;
 
@@ -27,6 +31,13 @@ public:
     AutomaticBackupRows(SettingsGroup& group, const Workspace& workspace, const Theme& theme,
                         QObject* parent);
 
+    /// Shows all of it as it is now, and looks whether the folder is there.
+    void catchUp();
+
+Q_SIGNALS:
+    /// This says what came of what the user has asked for.
+    void told(QWidget* row);
+
 private:
     void addSettings(SettingsGroup& group, const Theme& theme);
     void addState(SettingsGroup& group, const Theme& theme);
@@ -35,10 +46,14 @@ private:
     void followSettings();
     void setChoiceFree(bool isFree);
     void followState();
+    void followFailure();
+    /// Shows the state again at that moment.
+    void followAt(std::optional<base::Instant> moment, base::Instant now);
 
     app::AppPreferences& m_preferences;
     storage::AutomaticBackupService& m_service;
     const Workspace& m_workspace;
+    BackupPlaces m_places;
     QPushButton* m_choose = nullptr;
     /// Has the keyboard while that cannot be pressed.
     QPointer<QWidget> m_standIn;
@@ -50,8 +65,15 @@ private:
     QPushButton* m_now = nullptr;
     SettingsRow* m_nowRow = nullptr;
     WorkRow* m_work = nullptr;
+    SettingsRow* m_answer = nullptr;
+    /// What the user has asked for here, and has not been told what came of it.
+    enum class Asked { nothing, folder, backup };
+    Asked m_asked = Asked::nothing;
+    std::unique_ptr<base::RunLoop::Timer> m_timer;
     base::Subscription m_settings;
     base::Subscription m_changes;
+    base::Subscription m_ticks;
+    base::Subscription m_dates;
 };
 
 } // namespace korvex::ui

@@ -4,7 +4,6 @@
 #include "ui/kit/overlays/ConfirmationSheet.h"
 #include "ui/settings/BackupOperations.h"
 #include "ui/settings/BackupWords.h"
-#include "ui/settings/FileQuestion.h"
 #include "ui/settings/SettingsGroup.h"
 #include "ui/settings/WorkRow.h"
 
@@ -17,11 +16,23 @@ namespace korvex::ui {
 
 BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operations,
                                const Workspace& workspace, const Theme& theme, QObject* parent)
-    : QObject(parent), m_operations(operations), m_workspace(workspace), m_kept(workspace, this) {
+    : QObject(parent),
+      m_operations(operations),
+      m_workspace(workspace),
+      m_places(workspace.defaults),
+      m_kept(workspace, this) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);
     connect(&m_kept, &BackupReader::changed, this, &BackupFileRows::showKept);
+    m_dates = workspace.dates.didRenew().connect([this] { showKept(); });
+    m_replacements = workspace.context.didChange().connect([this](const store::ChangeSet& changes) {
+        // Another program's: after one of this window all is read anyway, as it is when it comes
+        // into sight.
+        if (changes.isReplacement && !m_operations.isUnderWay() && m_export->isVisible()) {
+            readKept();
+        }
+    });
     follow();
     showKept();
 }
@@ -38,7 +49,7 @@ void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
             ? tr("Full replacement is unavailable with iCloud sync. Export is available.")
             : tr("Backups include boards, todos and formatted text. App preferences are kept "
                  "separately."));
-    m_takeBackRow = &group.addRow(tr("Take back the last import"), m_takeBack);
+    m_takeBackRow = &group.addRow(tr("Take back the last replacement"), m_takeBack);
     m_work = new WorkRow(theme, &group);
     group.add(m_work);
     m_answer = &group.addRow({});
@@ -68,7 +79,7 @@ void BackupFileRows::chooseExport() {
             WallClock::dateTimeOf(m_workspace.now(), m_workspace.dates.formats().calendar())
                 .date()
                 .toString(Qt::ISODate);
-        FileQuestion::backupToWrite(
+        m_places.fileToWrite(
             *m_export, QStringLiteral("Korvex %1").arg(today),
             [this](const std::filesystem::path& file) { m_operations.exportTo(file); });
     }
@@ -76,7 +87,7 @@ void BackupFileRows::chooseExport() {
 
 void BackupFileRows::chooseImport() {
     if (m_operations.mayBegin()) {
-        FileQuestion::backupToRead(
+        m_places.fileToRead(
             *m_import, [this](const std::filesystem::path& file) { m_operations.import(file); });
     }
 }
@@ -93,7 +104,7 @@ void BackupFileRows::readKept() {
                  &log = m_workspace.log] {
         storage::Work work;
         const auto kept = storage::recoveredFile(*storage::openForReading(store, log), file, work);
-        return kept ? std::vector{*kept} : std::vector<storage::ListedBackup>();
+        return kept ? storage::BackupList{.backups = {*kept}} : storage::BackupList();
     });
 }
 
@@ -103,8 +114,7 @@ void BackupFileRows::follow() {
         m_work->show(m_operations.doing(), m_operations.progress());
     }
     m_work->setFree(*m_export, isFree);
-    m_work->setFree(*m_import, isFree && !storage::BackupService::isCloudBacked(
-                                             m_workspace.context.container()));
+    m_work->setFree(*m_import, m_operations.mayImport());
     m_work->setFree(*m_takeBack, m_import->isEnabled() && !m_kept.items().empty() &&
                                      m_kept.items().front().summary);
     if (isFree) {

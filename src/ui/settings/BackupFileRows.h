@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Signal.h"
+#include "ui/settings/BackupPlaces.h"
 #include "ui/settings/BackupReader.h"
 #include "ui/workspace/Workspace.h"
 
@@ -45,6 +47,7 @@ private:
 
     BackupOperations& m_operations;
     const Workspace& m_workspace;
+    BackupPlaces m_places;
     BackupReader m_kept;
     QPushButton* m_export = nullptr;
     QPushButton* m_import = nullptr;
@@ -52,8 +55,10 @@ private:
     SettingsRow* m_takeBackRow = nullptr;
     WorkRow* m_work = nullptr;
     SettingsRow* m_answer = nullptr;
+    base::Subscription m_replacements;
     /// What was in sight of them last.
     QWidget* m_told = nullptr;
+    base::Subscription m_dates;
 };
 
 } // namespace korvex::ui

@@ -10,7 +10,18 @@
 
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace korvex::ui {
+
+namespace {
+
+/// When it was made: a copy's file may be younger than what it holds.
+QString nameOf(const BackupReader::Item& item, const DateTexts& dates) {
+    return momentText(item.summary ? item.summary->exportedAt : item.file.modifiedAt, dates);
+}
+
+} // namespace
 
 BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& operations,
                                      WorkRow& work, const Workspace& workspace, const Theme& theme,
@@ -29,8 +40,10 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
         if (!m_workspace.automaticBackups.isRunning() && m_group.isVisible()) {
             read();
         }
+        followLast();
     });
-    showAll();
+    m_dates = workspace.dates.didRenew().connect([this] { follow(); });
+    makeRows();
 }
 
 void BackupHistoryRows::read() {
@@ -41,34 +54,83 @@ void BackupHistoryRows::read() {
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
                    installation = preferences.automaticBackupID()] {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
-        return bookmark ? storage::automaticBackups(*bookmark, installation)
-                        : std::vector<storage::ListedBackup>();
+        try {
+            return bookmark ? storage::automaticBackups(*bookmark, installation)
+                            : storage::BackupList();
+        } catch (const storage::AutomaticBackupError& error) {
+            if (error.which() != storage::AutomaticBackupErrorCase::chooseAgain) {
+                throw;
+            }
+            return storage::BackupList(); // the folder is gone, which is told where it stands
+        }
     });
 }
 
 void BackupHistoryRows::showAll() {
+    const auto* const keyboard = m_group.window()->focusWidget();
+    for (std::size_t i = 0; i < m_rows.size(); ++i) {
+        for (const auto button : {&Row::check, &Row::restore}) {
+            if (keyboard == m_rows[i].*button) {
+                const auto file = m_rows[i].file;
+                makeRows();
+                const auto same = std::find_if(m_rows.begin(), m_rows.end(),
+                                               [&](const Row& row) { return row.file == file; });
+                takeKeyboard(same == m_rows.end() ? i
+                                                  : static_cast<std::size_t>(same - m_rows.begin()),
+                             button);
+                return;
+            }
+        }
+    }
+    makeRows();
+}
+
+void BackupHistoryRows::takeKeyboard(std::size_t index, QPushButton* Row::*button) {
+    if (m_rows.empty()) {
+        const auto canTake = [](const QWidget& each) {
+            return each.isVisible() && each.isEnabled() && (each.focusPolicy() & Qt::TabFocus);
+        };
+        auto* before = m_group.previousInFocusChain();
+        while (before != &m_group && !canTake(*before)) {
+            before = before->previousInFocusChain();
+        }
+        before->setFocus();
+    } else {
+        const auto& row = m_rows[std::min(index, m_rows.size() - 1)];
+        row.row->show(); // what is not in sight yet takes no keyboard
+        ((row.*button)->isEnabled() ? row.*button : row.check)->setFocus();
+    }
+}
+
+void BackupHistoryRows::makeRows() {
     m_group.clear();
     m_rows.clear();
     for (std::size_t i = 0; i < m_reader.items().size(); ++i) {
         addRow(i);
     }
-    if (m_rows.empty()) {
-        const auto isListed = m_reader.refusal().isEmpty();
-        m_group.addRow(isListed ? tr("No automatic backups yet.") : QString())
-            .setRefusal(m_reader.refusal());
+    m_lastRow = m_rows.empty() || !m_reader.refusal().isEmpty() ? &m_group.addRow({}) : nullptr;
+    if (m_lastRow) {
+        m_lastRow->setRefusal(m_reader.refusal());
     }
     follow();
 }
 
+QString BackupHistoryRows::emptyText() const {
+    using State = storage::AutomaticBackupService::FolderState;
+    const auto state = m_workspace.automaticBackups.folderState();
+    const auto isLost = state == State::gone || state == State::unknown;
+    return !m_rows.empty() || !m_reader.refusal().isEmpty() || state == State::notLookedAt
+               ? QString()
+           : isLost ? tr("Those in the folder are shown when it is there again.")
+                    : tr("No automatic backups yet.");
+}
+
 void BackupHistoryRows::addRow(std::size_t index) {
     const auto& file = m_reader.items()[index].file;
-    const auto name = momentText(file.modifiedAt, m_workspace.dates);
+    const auto name = nameOf(m_reader.items()[index], m_workspace.dates);
     auto* const check = new QPushButton(tr("Check"));
     auto* const restore = new QPushButton(tr("Restore…"));
     auto& row = m_group.addRow(name, settingsButtons(name, {check, restore}, m_theme));
-    for (auto* const button : {check, restore}) {
-        button->setAccessibleDescription(name);
-    }
     connect(check, &QPushButton::clicked, this, [this, index] {
         if (m_reader.items()[index].isRead()) {
             m_reader.check(index);
@@ -76,7 +138,7 @@ void BackupHistoryRows::addRow(std::size_t index) {
     });
     connect(restore, &QPushButton::clicked, this,
             [this, path = file.file] { m_operations.import(path); });
-    m_rows.push_back({&row, restore});
+    m_rows.push_back({file.file, &row, check, restore});
 }
 
 void BackupHistoryRows::follow() {
@@ -90,10 +152,19 @@ void BackupHistoryRows::follow() {
             : item.isRead() ? size
                             : tr("%1. Checking…").arg(size));
         m_rows[i].row->setRefusal(item.refusal);
-        if (item.summary) { // a copy's file may be younger than what it holds
-            m_rows[i].row->setName(momentText(item.summary->exportedAt, m_workspace.dates));
+        const auto name = nameOf(item, m_workspace.dates);
+        m_rows[i].row->setName(name);
+        for (auto* const button : {m_rows[i].check, m_rows[i].restore}) {
+            button->setAccessibleDescription(name);
         }
-        m_work.setFree(*m_rows[i].restore, !m_operations.isUnderWay() && item.refusal.isEmpty());
+        m_work.setFree(*m_rows[i].restore, m_operations.mayImport() && item.refusal.isEmpty());
+    }
+    followLast();
+}
+
+void BackupHistoryRows::followLast() {
+    if (m_lastRow) {
+        m_lastRow->setName(emptyText());
     }
 }
 

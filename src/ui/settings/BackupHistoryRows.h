@@ -6,6 +6,7 @@
 
 #include <QObject>
 
+#include <filesystem>
 #include <vector>
 
 class QPushButton;
@@ -33,11 +34,19 @@ public:
 
 private:
     struct Row {
+        std::filesystem::path file;
         SettingsRow* row;
+        QPushButton* check;
         QPushButton* restore;
     };
 
+    /// The rows are made anew, and the keyboard stays where it was: at the same backup, or the one
+    /// that stands in its place now.
     void showAll();
+    void makeRows();
+    void takeKeyboard(std::size_t index, QPushButton* Row::*button);
+    QString emptyText() const;
+    void followLast();
     void addRow(std::size_t index);
     void follow();
 
@@ -48,7 +57,10 @@ private:
     const Theme& m_theme;
     BackupReader m_reader;
     std::vector<Row> m_rows;
+    /// Says that there are none, or which could not be listed.
+    SettingsRow* m_lastRow = nullptr;
     base::Subscription m_changes;
+    base::Subscription m_dates;
 };
 
 } // namespace korvex::ui

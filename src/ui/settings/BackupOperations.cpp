@@ -1,7 +1,9 @@
 #include "ui/settings/BackupOperations.h"
 
 #include "storage/ErrorsOnly.h"
+#include "storage/RestoreWords.h"
 #include "store/StoreError.h"
+#include "ui/kit/words/FolderText.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/settings/BackupWords.h"
 
@@ -15,10 +17,25 @@ namespace fs = std::filesystem;
 using storage::PreparedRestore;
 using storage::Work;
 
-/// While another program writes, the windows wait for it a moment at a time.
+/// While another program writes, this comes again a moment later.
 constexpr std::chrono::milliseconds kBetweenTries{250};
 constexpr int kWaits = 20;
-constexpr int kRounds = 3;
+
+/// While it lives, steps wait for no other program.
+class NoPatience {
+public:
+    explicit NoPatience(store::ModelContainer& container)
+        : m_container(container), m_before(container.patience()) {
+        container.setPatience(std::chrono::milliseconds::zero());
+    }
+    ~NoPatience() { m_container.setPatience(m_before); }
+    NoPatience(const NoPatience&) = delete;
+    NoPatience& operator=(const NoPatience&) = delete;
+
+private:
+    store::ModelContainer& m_container;
+    std::chrono::milliseconds m_before;
+};
 
 } // namespace
 
@@ -29,6 +46,10 @@ BackupOperations::BackupOperations(const Workspace& workspace, EditingWindows wi
 fs::path BackupOperations::recoveryFile() const {
     return storage::recoveryFile(
         m_workspace.context.container().configuration().file.parent_path());
+}
+
+bool BackupOperations::mayImport() const {
+    return !isUnderWay() && !storage::BackupService::isCloudBacked(m_workspace.context.container());
 }
 
 bool BackupOperations::mayBegin() {
@@ -49,8 +70,9 @@ void BackupOperations::start(Words words, Function work, Done done) {
     m_isCancelled = false;
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        [work = storage::withErrorsOnly(std::move(work))](Work& mine) mutable -> Result {
-            return work(mine);
+        [work = std::move(work)](Work& mine) mutable -> Result {
+            auto once = std::move(work); // what it holds ends here, also where it fails
+            return once(mine);
         },
         [this, done](std::future<Result> outcome) {
             m_task.reset();
@@ -76,7 +98,11 @@ void BackupOperations::end(const std::function<void()>& work) {
         }
     });
     if (refused || isCancelled) {
-        m_prepared.reset();
+        if (auto prepared = std::exchange(m_prepared, nullptr)) {
+            prepared->folder.reset();
+            letGo(
+                std::make_shared<std::optional<storage::ValidBackup>>(std::move(prepared->backup)));
+        }
         m_answer = {.done = tr("Cancelled. Nothing was changed.")};
     }
     if (refused) {
@@ -105,7 +131,8 @@ void BackupOperations::exportTo(const fs::path& file) {
 
 void BackupOperations::import(const fs::path& file) {
     const Words words{tr("Preparing the import"),
-                      tr("Could not restore the backup. Your previous data has been retained.")};
+                      tr("Could not restore the backup. Your previous data has been retained."),
+                      tr("Backup restored. A recovery copy of the previous data is kept locally.")};
     if (isUnderWay() || !mayBegin() || !mayReplace(words.failure)) {
         return;
     }
@@ -117,18 +144,19 @@ void BackupOperations::import(const fs::path& file) {
             work.begin(storage::Stage::checking);
             return std::make_shared<storage::ValidBackup>(std::move(document), log);
         },
-        [this, words](const std::shared_ptr<storage::ValidBackup>& backup) {
+        [this, words](std::shared_ptr<storage::ValidBackup> backup) {
             if (m_isCancelled) {
+                letGo(std::move(backup));
                 throw storage::Cancelled();
             }
             const auto question =
                 tr("Importing this backup will replace your current boards, text entries and "
-                   "todos with %n (entry|entries). A local recovery backup will be saved first.",
+                   "todos with %Ln (entry|entries). A local recovery backup will be saved first.",
                    nullptr, static_cast<int>(backup->document().entries.size()));
             ask(question, tr("Import"), words,
-                [backup, store = m_workspace.context.container().configuration().file,
-                 recovery = recoveryFile(), now = m_workspace.now(),
-                 &log = m_workspace.log](Work& work) {
+                [backup = std::move(backup),
+                 store = m_workspace.context.container().configuration().file,
+                 recovery = recoveryFile(), &log = m_workspace.log](Work& work, base::Instant now) {
                     return storage::prepareRestore(std::move(*backup),
                                                    *storage::openForReading(store, log), recovery,
                                                    now, log, work);
@@ -137,20 +165,19 @@ void BackupOperations::import(const fs::path& file) {
 }
 
 void BackupOperations::takeBack(const storage::BackupSummary& kept) {
-    const Words words{tr("Preparing to take the import back"),
-                      tr("Could not take the import back. Your data is as it was.")};
+    const auto filled = [contents = contentsText(kept),
+                         moment = momentText(kept.exportedAt, m_workspace.dates)](
+                            const char* text) { return translated(text).arg(contents, moment); };
+    const Words words{tr("Preparing to take it back"),
+                      tr("Could not take this back. Your data is as it was."),
+                      filled(storage::kTakenBack)};
     if (isUnderWay() || !mayBegin() || !mayReplace(words.failure)) {
         return;
     }
-    const auto question =
-        tr("Taking the last import back will replace your current boards, text entries and todos "
-           "with the %n (entry|entries) of %1. This can be taken back in the same way.",
-           nullptr, static_cast<int>(kept.entries))
-            .arg(momentText(kept.exportedAt, m_workspace.dates));
-    ask(question, tr("Take back"), words,
+    ask(filled(storage::kTakeBackQuestion), tr("Take back"), words,
         [store = m_workspace.context.container().configuration().file, recovery = recoveryFile(),
          asked = storage::AskedSnapshot{.exportedAt = kept.exportedAt, .entries = kept.entries},
-         now = m_workspace.now(), &log = m_workspace.log](Work& work) {
+         &log = m_workspace.log](Work& work, base::Instant now) {
             return storage::prepareUndo(*storage::openForReading(store, log), recovery, asked, now,
                                         log, work);
         });
@@ -167,6 +194,7 @@ bool BackupOperations::mayReplace(const QString& failure) {
 
 void BackupOperations::ask(const QString& question, const QString& action, Words words,
                            Prepare prepare) {
+    giveUp();
     m_prepare = std::move(prepare);
     m_asked = std::move(words);
     Q_EMIT changed(); // the question gives the keyboard back to where it finds it
@@ -175,38 +203,58 @@ void BackupOperations::ask(const QString& question, const QString& action, Words
 
 void BackupOperations::giveUp() {
     if (m_prepare) {
-        // To let go of a large backup takes long as well.
-        m_letGo = std::make_unique<storage::BackgroundTask>(
-            m_workspace.threads, m_workspace.runLoop,
-            [given = std::exchange(m_prepare, nullptr)](Work&) mutable { given = nullptr; },
-            [this](const std::future<void>&) { m_letGo.reset(); });
+        letGo(std::make_shared<Prepare>(std::exchange(m_prepare, nullptr)));
     }
+}
+
+void BackupOperations::letGo(std::shared_ptr<void> backup) {
+    // Nobody waits for its end.
+    const storage::BackgroundTask task(
+        m_workspace.threads, m_workspace.runLoop,
+        [given = std::move(backup)](Work&) mutable { given.reset(); }, {});
 }
 
 void BackupOperations::confirm() {
-    auto prepare = std::exchange(m_prepare, nullptr);
     // Something may have been typed since the question.
-    if (prepare && !isUnderWay() && mayBegin()) {
-        start(m_asked, std::move(prepare), [this](PreparedRestore prepared) {
+    if (!m_prepare || isUnderWay() || !mayBegin() || !mayReplace(m_asked.failure)) {
+        giveUp();
+        return;
+    }
+    start(
+        m_asked,
+        [prepare = std::exchange(m_prepare, nullptr), now = m_workspace.now()](Work& work) {
+            return prepare(work, now);
+        },
+        [this](PreparedRestore prepared) {
             m_prepared = std::make_shared<PreparedRestore>(std::move(prepared));
             m_waits = 0;
-            m_rounds = 0;
+            m_followed = 0;
             replace();
         });
-    }
 }
 
-void BackupOperations::replace() {
+std::optional<storage::Restored> BackupOperations::finish() {
+    // For the store the timer does the waiting, or nobody could cancel it.
+    std::optional<NoPatience> noPatience(m_workspace.context.container());
+    std::optional<base::Subscription> isTold;
     Work work(
-        [this](const storage::Progress& progress) {
+        [&](const storage::Progress& progress) {
+            if (!isTold) {
+                noPatience.reset();
+                isTold = m_windows.holdUp();
+            }
             m_doing = tr("Replacing your boards and entries");
             m_progress = progress;
             Q_EMIT changed();
         },
         [this] { return m_isCancelled; });
+    return m_workspace.backup.finish(*m_prepared, m_workspace.now(), work);
+}
+
+void BackupOperations::replace() {
     std::optional<storage::Restored> restored;
     try {
-        restored = m_workspace.backup.finish(*m_prepared, m_workspace.now(), work);
+        restored = finish();
     } catch (const store::StoreError& error) {
         if (error.which() != store::StoreErrorCase::busy || !m_prepared->backup ||
             ++m_waits > kWaits) {
@@ -219,14 +267,15 @@ void BackupOperations::replace() {
         return;
     }
     if (restored) {
-        tellReplaced(std::exchange(m_prepared, nullptr)->kind, *restored);
+        m_prepared.reset();
+        tellReplaced(*restored);
     } else {
         prepareAgain();
     }
 }
 
 void BackupOperations::prepareAgain() {
-    if (++m_rounds > kRounds) {
+    if (++m_followed > storage::BackupService::kFollowedRevisions) {
         storage::refuseChanged(m_prepared->kind);
     }
     start(
@@ -239,11 +288,8 @@ void BackupOperations::prepareAgain() {
         [this](bool) { replace(); });
 }
 
-void BackupOperations::tellReplaced(PreparedRestore::Kind kind, const storage::Restored& restored) {
-    m_answer.done = kind == PreparedRestore::Kind::undo
-                        ? tr("The import was taken back. What it brought is kept locally.")
-                        : tr("Backup restored. A recovery copy of the previous data is kept "
-                             "locally.");
+void BackupOperations::tellReplaced(const storage::Restored& restored) {
+    m_answer.done = m_asked.done;
     if (restored.snapshot != recoveryFile()) {
         m_answer.done += QLatin1Char(' ') + tr("It is in %1.").arg(folderText(restored.snapshot));
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Signal.h"
 #include "storage/BackgroundTask.h"
 #include "storage/BackupService.h"
 #include "ui/workspace/Workspace.h"
@@ -17,6 +18,8 @@ namespace korvex::ui {
 struct EditingWindows {
     /// Stores what is being edited. Says why that could not be done.
     std::function<std::optional<QString>()> settleEdits;
+    /// Says, at once, that all windows are held up, until what it gives ends.
+    std::function<base::Subscription()> holdUp;
     /// Shows what the store holds by now; what could not be stored is offered there.
     std::function<void()> storeReplaced;
 };
@@ -35,8 +38,8 @@ public:
     void exportTo(const std::filesystem::path& file);
     /// Reads the backup, then asks.
     void import(const std::filesystem::path& file);
-    /// Asks whether the last import is to be taken back, which brings what `kept` says and nothing
-    /// else.
+    /// Asks whether the last replacement is to be taken back, which brings what `kept` says and
+    /// nothing else.
     void takeBack(const storage::BackupSummary& kept);
     /// The answers to a question.
     void confirm();
@@ -45,6 +48,8 @@ public:
     void cancel();
 
     bool isUnderWay() const { return m_task || m_prepared; }
+    /// Nothing is under way, and this is a store that can be replaced.
+    bool mayImport() const;
     /// What is under way, and how far it is.
     const QString& doing() const { return m_doing; }
     const storage::Progress& progress() const { return m_progress; }
@@ -68,11 +73,13 @@ Q_SIGNALS:
     void ended();
 
 private:
-    using Prepare = std::function<storage::PreparedRestore(storage::Work&)>;
+    using Prepare = std::function<storage::PreparedRestore(storage::Work&, base::Instant now)>;
     struct Words {
         QString doing;
         /// Said when it fails, above the reason.
         QString failure;
+        /// Said when the store is replaced.
+        QString done = {};
     };
 
     template <typename Function, typename Done>
@@ -80,12 +87,15 @@ private:
     void ask(const QString& question, const QString& action, Words words, Prepare prepare);
     /// What is prepared becomes the store, if nothing has come in between.
     void replace();
+    std::optional<storage::Restored> finish();
     /// Somebody has saved something since it was prepared.
     void prepareAgain();
     /// The last of what is under way, on this thread; what it fails for is the answer.
     void end(const std::function<void()>& work);
-    void tellReplaced(storage::PreparedRestore::Kind kind, const storage::Restored& restored);
+    void tellReplaced(const storage::Restored& restored);
     void refuse(const QString& failure, const QString& reason);
+    /// To let go of a large backup takes long, so it is done in the background.
+    void letGo(std::shared_ptr<void> backup);
     /// Whether the store can be replaced; else the answer says why not.
     bool mayReplace(const QString& failure);
 
@@ -97,17 +107,17 @@ private:
     Answer m_answer;
     /// What was asked about; null while nothing is.
     Prepare m_prepare;
+    /// Of what was asked about last.
     Words m_asked;
     /// On its way into the store; null for none.
     std::shared_ptr<storage::PreparedRestore> m_prepared;
     /// How often another program had the store, and how often it had saved something.
     int m_waits = 0;
-    int m_rounds = 0;
+    int m_followed = 0;
     std::unique_ptr<base::RunLoop::Timer> m_timer;
     bool m_isCancelled = false;
     /// Null where nothing runs on a thread.
     std::unique_ptr<storage::BackgroundTask> m_task;
-    std::unique_ptr<storage::BackgroundTask> m_letGo;
 };
 
 } // namespace korvex::ui

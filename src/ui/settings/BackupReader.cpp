@@ -1,6 +1,5 @@
 #include "ui/settings/BackupReader.h"
 
-#include "storage/ErrorsOnly.h"
 #include "ui/kit/words/Refusal.h"
 
 #include <algorithm>
@@ -9,15 +8,6 @@
 namespace korvex::ui {
 
 using storage::ListedBackup;
-
-namespace {
-
-bool isSame(const ListedBackup& left, const ListedBackup& right) {
-    return left.file == right.file && left.modifiedAt == right.modifiedAt &&
-           left.bytes == right.bytes;
-}
-
-} // namespace
 
 BackupReader::BackupReader(const Workspace& workspace, QObject* parent)
     : QObject(parent), m_workspace(workspace) {}
@@ -54,25 +44,30 @@ void BackupReader::goOn() {
 void BackupReader::startListing() {
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        storage::withErrorsOnly(
-            [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); }),
-        [this](std::future<std::vector<ListedBackup>> outcome) {
+        [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); },
+        [this](std::future<storage::BackupList> outcome) {
             m_task.reset();
-            std::vector<ListedBackup> files;
-            const auto refused = ui::refusal([&] { files = outcome.get(); }).value_or(QString());
-            const auto isOther = refused != m_refusal || !areListed(files);
-            m_refusal = refused;
+            storage::BackupList list;
+            QStringList refused;
+            if (const auto all = ui::refusal([&] { list = outcome.get(); })) {
+                refused.append(*all);
+            }
+            for (const auto& each : list.unreadable) {
+                refused.append(translated(each));
+            }
+            const auto isOther =
+                refused.join(QLatin1Char('\n')) != m_refusal || !areListed(list.backups);
+            m_refusal = refused.join(QLatin1Char('\n'));
             if (isOther) {
-                take(std::move(files));
+                take(std::move(list.backups));
             }
             goOn();
         });
 }
 
 bool BackupReader::areListed(const std::vector<ListedBackup>& files) const {
-    return std::equal(
-        files.begin(), files.end(), m_items.begin(), m_items.end(),
-        [](const ListedBackup& file, const Item& item) { return isSame(file, item.file); });
+    return std::equal(files.begin(), files.end(), m_items.begin(), m_items.end(),
+                      [](const ListedBackup& file, const Item& item) { return file == item.file; });
 }
 
 void BackupReader::take(std::vector<ListedBackup> files) {
@@ -90,9 +85,9 @@ void BackupReader::startReading(std::size_t index) {
     const auto file = m_items.at(index).file;
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        storage::withErrorsOnly([file, &log = m_workspace.log](storage::Work& work) {
+        [file, &log = m_workspace.log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
-        }),
+        },
         [this, file](std::future<storage::BackupSummary> outcome) {
             m_task.reset();
             std::optional<storage::BackupSummary> summary;
@@ -108,7 +103,7 @@ void BackupReader::startReading(std::size_t index) {
 
 BackupReader::Item* BackupReader::find(const ListedBackup& file) {
     const auto found = std::find_if(m_items.begin(), m_items.end(),
-                                    [&](const Item& item) { return isSame(item.file, file); });
+                                    [&](const Item& item) { return item.file == file; });
     return found == m_items.end() ? nullptr : &*found;
 }
 

@@ -23,7 +23,7 @@ public:
     /// The workspace outlives it.
     BackupReader(const Workspace& workspace, QObject* parent);
 
-    using List = std::function<std::vector<storage::ListedBackup>()>;
+    using List = std::function<storage::BackupList()>;
     /// Shows what `list` returns or throws; it is called on another thread.
     void read(List list);
 
@@ -37,7 +37,7 @@ public:
         bool isRead() const { return summary || !refusal.isEmpty(); }
     };
     const std::vector<Item>& items() const { return m_items; }
-    /// Why they could not be listed; empty where they were.
+    /// What could not be listed, and why; empty where all was.
     const QString& refusal() const { return m_refusal; }
     /// Reads it anew, before others.
     void check(std::size_t index);

@@ -5,14 +5,10 @@
 
 #include <QString>
 
-#include <filesystem>
-
 namespace korvex::ui {
 
 /// "Nov 22, 2026, 4:15 PM", or its like.
 QString momentText(base::Instant moment, const DateTexts& dates);
-/// The folder as its user calls it: "~/Backups" in the home folder.
-QString folderText(const std::filesystem::path& folder);
 /// "3 boards, 12 entries"
 QString contentsText(const storage::BackupSummary& backup);
 

@@ -5,6 +5,7 @@
 
 namespace korvex::ui {
 
+class AutomaticBackupRows;
 class BackupFileRows;
 class BackupHistoryRows;
 
@@ -17,10 +18,14 @@ public:
 
 protected:
     void follow() override;
+    void showEvent(QShowEvent* event) override;
+    /// What happened to the folder meanwhile is seen when the user comes back.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     BackupOperations m_operations;
     BackupFileRows* m_file;
+    AutomaticBackupRows* m_automatic;
     BackupHistoryRows* m_history;
 };
 

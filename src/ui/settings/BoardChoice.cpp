@@ -61,7 +61,7 @@ void BoardChoice::show(const app::AppPreferences::BoardID& chosen) {
 }
 
 void BoardChoice::hidePopup() {
-    QComboBox::hidePopup();
+    ListChoice::hidePopup();
     Q_EMIT closed();
 }
 

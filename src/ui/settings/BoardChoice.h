@@ -2,17 +2,17 @@
 
 #include "app/AppPreferences.h"
 #include "services/BoardService.h"
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/theme/Theme.h"
 
 #include <QColor>
-#include <QComboBox>
 
 #include <vector>
 
 namespace korvex::ui {
 
 /// Chooses one of the boards that are not archived. Main thread.
-class BoardChoice final : public QComboBox {
+class BoardChoice final : public ListChoice {
     Q_OBJECT
 
 public:

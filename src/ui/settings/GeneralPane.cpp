@@ -1,12 +1,11 @@
 #include "ui/settings/GeneralPane.h"
 
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/fields/TimeField.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/settings/BoardChoice.h"
 #include "ui/settings/SettingTitles.h"
 
-#include <QComboBox>
 #include <QSignalBlocker>
 
 namespace korvex::ui {
@@ -35,32 +34,25 @@ GeneralPane::GeneralPane(const Workspace& workspace, const Theme& theme)
 
 void GeneralPane::addStart(const Theme& theme) {
     auto& group = addGroup(tr("At the start"));
-    m_destination = new QComboBox;
+    m_destination = new ListChoice;
     m_destination->addItems(titlesOf(destinationTitles()));
     connect(m_destination, &QComboBox::activated, this, [this](int index) {
         m_preferences.setLaunchDestination(
             destinationTitles().at(static_cast<std::size_t>(index)).value);
     });
     m_destinationRow = &group.addRow(tr("Open with"), m_destination);
-    m_launchBoard = new BoardChoice(
-        m_workspace.boards,
-        {.unset = tr("Inbox (none chosen)"), .gone = tr("Inbox (board is gone)")}, theme);
-    connect(m_launchBoard, &BoardChoice::chosen, this,
-            [this](const base::Uuid& board) { m_preferences.setLaunchBoardID(board); });
+    m_launchBoard =
+        makeBoardChoice({.unset = tr("Inbox (none chosen)"), .gone = tr("Inbox (board is gone)")},
+                        theme, &app::AppPreferences::setLaunchBoardID);
     m_launchBoardRow = &group.addRow(tr("Board"), m_launchBoard);
 }
 
 void GeneralPane::addDefaults(const Theme& theme) {
     auto& group = addGroup(tr("Boards and todos"));
     const auto fallback = tr("Inbox (fallback)");
-    m_defaultBoard =
-        new BoardChoice(m_workspace.boards, {.unset = fallback, .gone = fallback}, theme);
-    for (auto* const choice : {m_launchBoard, m_defaultBoard}) {
-        connect(choice, &BoardChoice::closed, this, &GeneralPane::followSoon);
-    }
-    connect(m_defaultBoard, &BoardChoice::chosen, this,
-            [this](const base::Uuid& board) { m_preferences.setDefaultBoardID(board); });
-    group.addRow(tr("Default board"), m_defaultBoard);
+    m_defaultBoard = makeBoardChoice({.unset = fallback, .gone = fallback}, theme,
+                                     &app::AppPreferences::setDefaultBoardID);
+    m_defaultBoardRow = &group.addRow(tr("Default board"), m_defaultBoard);
     m_reminder = new TimeField(m_workspace.dates.shared(), theme, this);
     connect(m_reminder, &TypedField::changed, this, [this] {
         const auto& time = m_reminder->time();
@@ -77,20 +69,44 @@ void GeneralPane::addDefaults(const Theme& theme) {
     group.addRow(tr("Board spacing"), m_spacing);
 }
 
+BoardChoice*
+GeneralPane::makeBoardChoice(const BoardChoice::Fallback& fallback, const Theme& theme,
+                             void (app::AppPreferences::*set)(app::AppPreferences::BoardID)) {
+    auto* const choice = new BoardChoice(m_workspace.boards, fallback, theme);
+    connect(choice, &BoardChoice::chosen, this,
+            [this, set](const base::Uuid& board) { (m_preferences.*set)(board); });
+    connect(choice, &BoardChoice::closed, this, &GeneralPane::followSoon);
+    choice->setEnabled(m_workspace.isUsersOwn);
+    return choice;
+}
+
+void GeneralPane::showBoards() {
+    if (m_workspace.isUsersOwn) {
+        m_launchBoardRow->setNote(tr("If it is deleted or archived, Inbox is used."));
+        m_launchBoard->show(m_preferences.launchBoardID());
+        m_defaultBoard->show(m_preferences.defaultBoardID());
+        return;
+    }
+    for (auto* const row : {m_launchBoardRow, m_defaultBoardRow}) {
+        row->setNote(tr("A board of your own store is chosen in the window of that store. In this "
+                        "one, Inbox is used."));
+    }
+    const auto* const inbox = m_workspace.boards.inboxBoard();
+    for (auto* const choice : {m_launchBoard, m_defaultBoard}) {
+        choice->show(inbox ? std::optional(inbox->id()) : std::nullopt);
+    }
+}
+
 void GeneralPane::follow() {
     const auto destination = m_preferences.launchDestination();
     m_destination->setCurrentIndex(placeOf(destinationTitles(), destination));
     m_destinationRow->setNote(
-        destination == Destination::lastBoard
+        destination == Destination::lastBoard && m_workspace.isUsersOwn
             ? tr("Opens with the last selected board. If it was deleted, Inbox is used.")
             : QString());
     m_launchBoardRow->setVisible(destination == Destination::board);
-    m_launchBoardRow->setNote(tr("If it is deleted or archived, Inbox is used."));
     // A store that cannot be read is told of by the main window; the boards stay as they were.
-    static_cast<void>(refusal([this] {
-        m_launchBoard->show(m_preferences.launchBoardID());
-        m_defaultBoard->show(m_preferences.defaultBoardID());
-    }));
+    static_cast<void>(refusal([this] { showBoards(); }));
     m_reminder->setFormats(m_workspace.dates.shared());
     const auto minutes = m_preferences.defaultReminderMinutes();
     const QTime time(minutes / kMinutesOfHour, minutes % kMinutesOfHour);

@@ -1,13 +1,12 @@
 #pragma once
 
+#include "ui/settings/BoardChoice.h"
 #include "ui/settings/SettingsPane.h"
 #include "ui/workspace/Workspace.h"
 
-class QComboBox;
-
 namespace korvex::ui {
 
-class BoardChoice;
+class ListChoice;
 class SegmentedChoice;
 class TimeField;
 
@@ -24,14 +23,18 @@ protected:
 private:
     void addStart(const Theme& theme);
     void addDefaults(const Theme& theme);
+    BoardChoice* makeBoardChoice(const BoardChoice::Fallback& fallback, const Theme& theme,
+                                 void (app::AppPreferences::*set)(app::AppPreferences::BoardID));
+    void showBoards();
 
     const Workspace& m_workspace;
     app::AppPreferences& m_preferences;
-    QComboBox* m_destination = nullptr;
+    ListChoice* m_destination = nullptr;
     SettingsRow* m_destinationRow = nullptr;
     BoardChoice* m_launchBoard = nullptr;
     SettingsRow* m_launchBoardRow = nullptr;
     BoardChoice* m_defaultBoard = nullptr;
+    SettingsRow* m_defaultBoardRow = nullptr;
     TimeField* m_reminder = nullptr;
     SettingsRow* m_reminderRow = nullptr;
     SegmentedChoice* m_spacing = nullptr;

@@ -4,13 +4,18 @@
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 
+#include <QFontMetrics>
+
+#include <algorithm>
+
 namespace korvex::ui {
 
 SettingsLabel::SettingsLabel(Kind kind, const QString& text, const Theme& theme, QWidget* parent)
     : QLabel(breakable(text), parent), m_kind(kind), m_said(text), m_theme(theme) {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
-    setAlignment(kind == Kind::value ? lineEnd() : lineStart());
+    const auto direction = kind == Kind::value ? lineEnd() : lineStart();
+    setAlignment((direction & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
     if (text.isEmpty()) {
         hide();
     }
@@ -30,9 +35,11 @@ void SettingsLabel::say(const QString& text) {
 }
 
 QSize SettingsLabel::sizeHint() const {
-    const auto wanted = QLabel::sizeHint();
-    return m_kind == Kind::value ? QSize(fontMetrics().size(0, text()).width(), wanted.height())
-                                 : wanted;
+    if (m_kind != Kind::value) {
+        return QLabel::sizeHint();
+    }
+    const auto width = fontMetrics().size(0, text()).width();
+    return {width, heightForWidth(width)};
 }
 
 void SettingsLabel::announce(const QString& text) {
@@ -58,7 +65,6 @@ void SettingsLabel::applyTheme() {
         break;
     case Kind::value:
         color = colors.secondaryText;
-        setMinimumHeight(m_theme.extent(Extent::control)); // in the middle of its line
         break;
     case Kind::note:
         font = m_theme.smallFont();
@@ -70,6 +76,12 @@ void SettingsLabel::applyTheme() {
         break;
     }
     setFont(font);
+    if (m_kind == Kind::name || m_kind == Kind::value) {
+        // However many lines it has, the first stands where that of a control beside it does.
+        const auto above =
+            std::max(0, (m_theme.extent(Extent::control) - QFontMetrics(font).height()) / 2);
+        setContentsMargins(0, above, 0, above);
+    }
     auto own = palette();
     own.setColor(QPalette::WindowText, color);
     setPalette(own);

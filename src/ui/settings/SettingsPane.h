@@ -5,6 +5,7 @@
 #include <QWidget>
 
 #include <functional>
+#include <string>
 #include <vector>
 
 class QVBoxLayout;
@@ -48,6 +49,8 @@ private:
 
 /// What the window of settings knows of a pane before it is looked at.
 struct SettingsPaneMaker {
+    /// In the settings, where it was shown last.
+    std::string name;
     QString title;
     /// Its name in the set.
     QString icon;

@@ -10,13 +10,16 @@ namespace korvex::ui {
 
 std::vector<SettingsPaneMaker> settingsPanes(const Workspace& workspace, EditingWindows windows,
                                              const Theme& theme) {
-    return {{.title = GeneralPane::tr("General"),
+    return {{.name = "general",
+             .title = GeneralPane::tr("General"),
              .icon = QStringLiteral("gear"),
              .make = [&] { return new GeneralPane(workspace, theme); }},
-            {.title = AppearancePane::tr("Appearance"),
+            {.name = "appearance",
+             .title = AppearancePane::tr("Appearance"),
              .icon = QStringLiteral("palette"),
              .make = [&] { return new AppearancePane(workspace.preferences, theme); }},
-            {.title = BackupsPane::tr("Backups"),
+            {.name = "backups",
+             .title = BackupsPane::tr("Backups"),
              .icon = QStringLiteral("archive"),
              .make = [&workspace, &theme, windows = std::move(windows)] {
                  return new BackupsPane(workspace, windows, theme);

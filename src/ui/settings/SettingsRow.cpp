@@ -66,7 +66,7 @@ SettingsRow::SettingsRow(const QString& name, QWidget* control, const Theme& the
       m_lines(new QVBoxLayout(this)) {
     answerToReturn(control);
     if (control) {
-        m_words = new WordsAndButton(*m_name, *control);
+        m_words = new WordsAndButton(*m_name, *control, WordsAndButton::Below::atBeginning);
         m_lines->addLayout(m_words);
         if (!hasWords(*control)) {
             control->setAccessibleName(name);
@@ -122,6 +122,7 @@ void SettingsRow::applyTheme() {
     }
     if (m_words) {
         m_words->setSpacing(m_theme.space(Space::large));
+        m_words->setSpacingBelow(m_theme.space(Space::hair)); // it belongs to the name
         m_words->setNarrowest(m_theme.scaled(kNarrowestName));
     }
 }

@@ -1,13 +1,13 @@
 #include "ui/settings/SettingsWindow.h"
 
 #include "ui/boards/SidebarRow.h"
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/fields/TypedField.h"
-#include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
+#include "ui/settings/UnkeptLine.h"
 
 #include <QAction>
 #include <QBoxLayout>
-#include <QComboBox>
 #include <QKeyEvent>
 #include <QStackedWidget>
 
@@ -19,6 +19,7 @@ namespace korvex::ui {
 namespace {
 
 constexpr const char* kGeometryKey = "settingsWindowGeometry";
+constexpr const char* kPaneKey = "settingsWindowPane";
 constexpr QSize kFirstSize(760, 600);
 constexpr QSize kSmallestSize(360, 320);
 /// In pixels at the standard font size: of the list, and of the least window that has room for it.
@@ -27,21 +28,18 @@ constexpr int kWidthForList = 600;
 
 } // namespace
 
-SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDefaults& defaults,
-                               const Theme& theme)
+SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, const QString& program,
+                               app::UserDefaults& defaults, const Theme& theme)
     : m_panes(std::move(panes)),
       m_defaults(defaults),
+      m_place(*this, defaults, kGeometryKey),
       m_theme(theme),
       m_layout(new QBoxLayout(QBoxLayout::LeftToRight, this)),
       m_side(new QWidget(this)),
       m_list(new QWidget(m_side)),
-      m_choice(new QComboBox(m_side)),
-      m_stack(new QStackedWidget),
-      m_unkept(new NoticeLine({.icon = QStringLiteral("warning-circle"),
-                               .text = tr("Settings cannot be saved: their file or folder cannot "
-                                          "be written. What is set holds until Korvex ends.")},
-                              theme)) {
-    setWindowTitle(tr("Settings – Korvex"));
+      m_choice(new ListChoice(m_side)),
+      m_stack(new QStackedWidget) {
+    setWindowTitle(tr("Settings – %1").arg(program));
     Accessibility::setRole(*this, QAccessible::Window);
     setAttribute(Qt::WA_QuitOnClose, false); // the main window is the program
     setMinimumSize(kSmallestSize);
@@ -55,11 +53,9 @@ SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDe
     auto* const shown = new QVBoxLayout;
     shown->setContentsMargins(0, 0, 0, 0);
     shown->setSpacing(0);
-    shown->addWidget(m_unkept);
+    shown->addWidget(new UnkeptLine(defaults, theme, this));
     shown->addWidget(m_stack, 1);
     m_layout->addLayout(shown, 1);
-    m_keptChanges = defaults.keptChanged().connect([this] { showKept(); });
-    showKept();
     addRows();
     Accessibility::setRole(*m_list, QAccessible::List);
     for (auto* const list : {m_list, static_cast<QWidget*>(m_choice)}) {
@@ -70,13 +66,9 @@ SettingsWindow::SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDe
     addShortcut(Qt::CTRL | Qt::Key_Q, &SettingsWindow::quitRequested);
     connect(&theme, &Theme::changed, this, &SettingsWindow::applyTheme);
     applyTheme();
-    showPane(0);
-    resize(kFirstSize);
-    defaults.mayWait(kGeometryKey);
-    if (const auto place = defaults.bytes(kGeometryKey)) {
-        restoreGeometry(
-            {reinterpret_cast<const char*>(place->data()), static_cast<qsizetype>(place->size())});
-    }
+    defaults.mayWait(kPaneKey);
+    showPane(lastPane());
+    m_place.restore(kFirstSize);
 }
 
 SettingsWindow::~SettingsWindow() {
@@ -122,10 +114,6 @@ bool SettingsWindow::leave() {
     return true;
 }
 
-void SettingsWindow::showKept() {
-    m_unkept->setVisible(!m_defaults.isKept());
-}
-
 void SettingsWindow::addRows() {
     auto* const column = new QVBoxLayout(m_list);
     column->setContentsMargins(0, 0, 0, 0);
@@ -154,7 +142,9 @@ void SettingsWindow::showPane(int index) {
     }
     m_stack->setCurrentIndex(index);
     for (std::size_t i = 0; i < m_rows.size(); ++i) {
-        m_rows[i]->setChecked(static_cast<int>(i) == index);
+        const auto isShown = static_cast<int>(i) == index;
+        m_rows[i]->setChecked(isShown);
+        m_rows[i]->setFocusPolicy(isShown ? Qt::TabFocus : Qt::NoFocus);
     }
     m_choice->setCurrentIndex(index);
     if (focusWidget() && m_list->isAncestorOf(focusWidget())) {
@@ -163,11 +153,15 @@ void SettingsWindow::showPane(int index) {
 }
 
 void SettingsWindow::comeForward() {
+    const auto opens = !isVisible();
     setWindowState(windowState() & ~Qt::WindowMinimized);
+    if (opens) {
+        m_place.restore(kFirstSize); // window managers put one that comes back elsewhere
+    }
     show();
     raise();
     activateWindow();
-    if (!focusWidget()) {
+    if (opens || !focusWidget()) {
         focusList();
     }
 }
@@ -207,13 +201,23 @@ void SettingsWindow::applyTheme() {
 }
 
 void SettingsWindow::savePlace() {
-    const auto place = saveGeometry();
-    m_defaults.setBytes(kGeometryKey, {place.begin(), place.end()});
+    m_place.save();
+    m_defaults.setString(kPaneKey, m_panes[static_cast<std::size_t>(m_stack->currentIndex())].name);
+}
+
+int SettingsWindow::lastPane() const {
+    const auto name = m_defaults.string(kPaneKey);
+    const auto found = std::find_if(m_panes.begin(), m_panes.end(),
+                                    [&](const auto& each) { return each.name == name; });
+    return found == m_panes.end() ? 0 : static_cast<int>(found - m_panes.begin());
 }
 
 void SettingsWindow::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape) {
-        close();
+        auto* const field = qobject_cast<TypedField*>(focusWidget());
+        if (!field || !field->takeBack()) {
+            close();
+        }
     } else {
         QWidget::keyPressEvent(event);
     }

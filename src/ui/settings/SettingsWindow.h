@@ -2,32 +2,35 @@
 
 #include "app/UserDefaults.h"
 #include "ui/settings/SettingsPane.h"
+#include "ui/workspace/WindowPlace.h"
 
 #include <QWidget>
 
 #include <vector>
 
 class QBoxLayout;
-class QComboBox;
 class QStackedWidget;
 
 namespace korvex::ui {
 
-class NoticeLine;
+class ListChoice;
 class SidebarRow;
 
 /// The settings: a list of panes, and beside it the one that is chosen; in a narrow window the list
-/// is a choice above the pane. Every change holds at once. Escape and Ctrl+W close the window,
-/// which remembers its place; what a pane is doing goes on. Main thread.
+/// is a choice above the pane. Tab comes to the list once, on the pane that is shown, and arrows
+/// lead through it. Every change holds at once. Escape takes back what is being typed; else it
+/// closes the window, as Ctrl+W does, which remembers its place and pane; what a pane is doing goes
+/// on. Main thread.
 class SettingsWindow final : public QWidget {
     Q_OBJECT
 
 public:
-    /// A pane is made when it is first looked at.
-    SettingsWindow(std::vector<SettingsPaneMaker> panes, app::UserDefaults& defaults,
-                   const Theme& theme);
+    /// A pane is made when it is first looked at. `program` is how the title calls that.
+    SettingsWindow(std::vector<SettingsPaneMaker> panes, const QString& program,
+                   app::UserDefaults& defaults, const Theme& theme);
     ~SettingsWindow() override;
 
+    /// When it opens, the keyboard is where the panes are chosen.
     void comeForward();
     /// As if it were chosen in the list.
     void showPane(int index);
@@ -48,6 +51,8 @@ protected:
 
 private:
     void addRows();
+    /// The pane that was shown last.
+    int lastPane() const;
     /// Gives the keyboard to what the panes are chosen by.
     void focusList();
     void arrange();
@@ -55,20 +60,17 @@ private:
     void savePlace();
     void addShortcut(const QKeySequence& keys, void (SettingsWindow::*act)());
     void closeByKey();
-    /// Says while settings cannot be kept.
-    void showKept();
 
     std::vector<SettingsPaneMaker> m_panes;
     app::UserDefaults& m_defaults;
+    WindowPlace m_place;
     const Theme& m_theme;
     QBoxLayout* m_layout;
     QWidget* m_side;
     QWidget* m_list;
     std::vector<SidebarRow*> m_rows;
-    QComboBox* m_choice;
+    ListChoice* m_choice;
     QStackedWidget* m_stack;
-    NoticeLine* m_unkept;
-    base::Subscription m_keptChanges;
 };
 
 } // namespace korvex::ui

@@ -58,16 +58,22 @@ void WorkRow::show(const QString& doing, const storage::Progress& progress) {
     }
     m_cancel->setEnabled(!isForGood);
     if (isForGood) {
-        window()->repaint();
+        repaint();
     }
 }
 
 void WorkRow::setFree(QWidget& control, bool isFree) {
-    if (!isFree && window()->focusWidget() == &control) {
+    const auto losesKeyboard = !isFree && window()->focusWidget() == &control;
+    if (losesKeyboard) {
         m_before = &control;
-        (m_cancel->isEnabled() ? static_cast<QWidget*>(m_cancel) : m_bar)->setFocus();
+        if (isVisible()) {
+            (m_cancel->isEnabled() ? static_cast<QWidget*>(m_cancel) : m_bar)->setFocus();
+        }
     }
     control.setEnabled(isFree);
+    if (losesKeyboard && !isVisible()) {
+        giveKeyboard();
+    }
     const auto isAwaited = isFree && m_before == &control && !isVisible();
     if (isAwaited && m_standIn && window()->focusWidget() == m_standIn) {
         control.setFocus();
@@ -77,24 +83,28 @@ void WorkRow::setFree(QWidget& control, bool isFree) {
 
 void WorkRow::end() {
     if (hasKeyboard()) {
-        const auto canTake = [](const QWidget* each) {
-            return each->isVisible() && each->isEnabled() && each->focusPolicy() != Qt::NoFocus;
-        };
-        QWidget* next = m_before && canTake(m_before) ? m_before.data() : nullptr;
-        // What it came from may be gone, or free only in a moment: what stands near is better than
-        // the next of the window.
-        const auto near = parentWidget()->findChildren<QAbstractButton*>();
-        for (auto i = near.begin(); !next && i != near.end(); ++i) {
-            next = !isAncestorOf(*i) && canTake(*i) ? *i : nullptr;
-        }
-        if (next) {
-            next->setFocus();
-        }
-        m_standIn = next == m_before ? nullptr : next;
-        m_before = m_standIn ? m_before : nullptr;
+        giveKeyboard();
     }
     m_row->setAnswer({});
     hide();
+}
+
+void WorkRow::giveKeyboard() {
+    const auto canTake = [](const QWidget* each) {
+        return each->isVisible() && each->isEnabled() && each->focusPolicy() != Qt::NoFocus;
+    };
+    QWidget* next = m_before && canTake(m_before) ? m_before.data() : nullptr;
+    // What it came from may be gone, or free only in a moment: what stands near is better than
+    // the next of the window.
+    const auto near = parentWidget()->findChildren<QAbstractButton*>();
+    for (auto i = near.begin(); !next && i != near.end(); ++i) {
+        next = !isAncestorOf(*i) && canTake(*i) ? *i : nullptr;
+    }
+    if (next) {
+        next->setFocus();
+    }
+    m_standIn = next == m_before ? nullptr : next;
+    m_before = m_standIn ? m_before : nullptr;
 }
 
 bool WorkRow::hasKeyboard() const {

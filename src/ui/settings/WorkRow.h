@@ -35,6 +35,8 @@ Q_SIGNALS:
 
 private:
     bool hasKeyboard() const;
+    /// To what it came from, or near that while that cannot take it.
+    void giveKeyboard();
 
     QProgressBar* m_bar;
     QPushButton* m_cancel;

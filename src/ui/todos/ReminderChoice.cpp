@@ -48,6 +48,9 @@ void ReminderChoice::makePresets(int room, const Theme& theme) {
         button->setText(title);
         button->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
         connect(button, &QToolButton::clicked, this, [this, preset] {
+            if (preset) {
+                discard();
+            }
             choose(preset);
             Q_EMIT changed();
         });
@@ -80,6 +83,11 @@ void ReminderChoice::show(std::optional<schedule::TodoReminderPreset> preset,
     choose(offer == Offer::presets ? preset : std::nullopt);
     m_day->setDate(moment.date());
     m_time->setTime(moment.time());
+}
+
+void ReminderChoice::discard() {
+    m_day->discard();
+    m_time->discard();
 }
 
 QDateTime ReminderChoice::moment() const {

@@ -29,6 +29,8 @@ public:
     std::optional<schedule::TodoReminderPreset> preset() const { return m_preset; }
     QDateTime moment() const;
 
+    /// Shows the moment in place of what has been typed, which another choice has made void.
+    void discard();
     /// Reads what has been typed. False where a field says nothing.
     bool take();
     /// Why not; empty where nothing was refused.

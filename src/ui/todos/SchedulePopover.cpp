@@ -73,16 +73,14 @@ void SchedulePopover::follow() {
 void SchedulePopover::followSetting(app::AppPreferences::Property property) {
     if (property == app::AppPreferences::Property::defaultReminderMinutes) {
         m_editor.setDefaultReminderMinutes(m_services.preferences.defaultReminderMinutes());
-        if (!isTyping()) {
-            showState();
-        }
+        showState(); // what is being typed stays in its field
     }
 }
 
 bool SchedulePopover::isTyping() const {
     const auto fields = findChildren<const TypedField*>();
     return std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
-        return !each->isHidden() && each->isModified();
+        return !each->isHidden() && each->isTyping();
     });
 }
 
@@ -298,6 +296,7 @@ void SchedulePopover::takeState() {
     }
     m_editor.reminder = edited(m_editor.reminder, m_shown.reminder, now.reminder);
     if (m_hasReminder->isChecked() && !m_editor.hasReminder) {
+        m_reminder->discard();
         m_editor.addReminder(m_services.clock.now());
     } else {
         m_editor.hasReminder = m_hasReminder->isChecked();
@@ -312,8 +311,14 @@ void SchedulePopover::takeState() {
 void SchedulePopover::takeTimes() {
     const auto now = m_services.clock.now();
     if (m_hasStart->isChecked() && !m_editor.hasWindow) {
+        m_startDay->discard();
+        m_start->discard();
+        if (!m_editor.hasTime) {
+            m_time->discard();
+        }
         m_editor.addWindow(now);
     } else if (m_hasTime->isChecked() && !m_editor.hasTime) {
+        m_time->discard();
         m_editor.addTime(now);
     } else {
         m_editor.hasTime = m_hasTime->isChecked();

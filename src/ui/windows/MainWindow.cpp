@@ -11,8 +11,10 @@
 #include "ui/overview/UpcomingPage.h"
 #include "ui/settings/SettingsPanes.h"
 #include "ui/settings/SettingsWindow.h"
+#include "ui/settings/UnkeptLine.h"
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
+#include "ui/workspace/ProgramName.h"
 
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -36,7 +38,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
       m_storeNotice(new NoticeLine({.icon = QStringLiteral("lock-simple"),
                                     .text = tr("The store can only be read: its file or folder "
                                                "cannot be written. Nothing can be changed.")},
-                                   theme)),
+                                   theme, NoticeLine::Place::atTop)),
       m_pages(new PageStack),
       m_boardPage(new BoardPage(workspace, theme)),
       m_boardActions(workspace.boards, workspace.clock, theme, *this),
@@ -60,7 +62,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
                 theme),
       m_drafts(workspace, m_navigation, *m_boardPage, this),
       m_layout(*this, m_sidebarPlace, workspace.defaults) {
-    setWindowTitle(QStringLiteral("Korvex"));
+    setWindowTitle(programName(workspace));
     Accessibility::setRole(*this, QAccessible::Window);
     setMinimumSize(kSmallestSize);
     layOut();
@@ -86,15 +88,11 @@ void MainWindow::layOut() {
     auto* const lines = new QVBoxLayout(shown);
     lines->setContentsMargins(0, 0, 0, 0);
     lines->setSpacing(0);
-    const auto leaveRoom = [this] { // nothing stands above it
-        m_storeNotice->setContentsMargins(0, m_theme.space(Space::medium), 0, 0);
-    };
-    connect(&m_theme, &Theme::changed, m_storeNotice, leaveRoom);
-    leaveRoom();
     lines->addWidget(m_storeNotice);
+    lines->addWidget(new UnkeptLine(m_workspace.defaults, m_theme, shown));
     lines->addWidget(m_pages, 1);
     m_splitter->addWidget(shown);
-    m_storeNotice->setVisible(!m_workspace.context.container().allowsSave());
+    m_storeNotice->setHolds(!m_workspace.context.container().allowsSave());
     m_splitter->setHandleWidth(1);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setStretchFactor(1, 1);
@@ -202,9 +200,19 @@ void MainWindow::openSettings() {
                                   : std::optional(tr("Your open edits could not be saved. Resolve "
                                                      "the save error before using a backup."));
             },
+            .holdUp =
+                [this] {
+                    auto& banner = m_pages->current().banner();
+                    const auto id = banner.say({.text = tr("Replacing your boards and entries. "
+                                                           "Windows answer again in a moment."),
+                                                .tone = ErrorBanner::Tone::notice});
+                    banner.repaint();
+                    return base::Subscription([&banner, id] { banner.end(id); });
+                },
             .storeReplaced = [this] { m_navigation.storeReplaced(); }};
         m_settings = std::make_unique<SettingsWindow>(
-            settingsPanes(m_workspace, std::move(windows), m_theme), m_workspace.defaults, m_theme);
+            settingsPanes(m_workspace, std::move(windows), m_theme), programName(m_workspace),
+            m_workspace.defaults, m_theme);
         // Later, since that ends the window which asks.
         connect(m_settings.get(), &SettingsWindow::quitRequested, this, &QWidget::close,
                 Qt::QueuedConnection);
@@ -214,7 +222,8 @@ void MainWindow::openSettings() {
 
 void MainWindow::showTitle() {
     const auto name = m_pages->current().title();
-    setWindowTitle(name.isEmpty() ? QStringLiteral("Korvex") : tr("%1 – Korvex").arg(name));
+    const auto program = programName(m_workspace);
+    setWindowTitle(name.isEmpty() ? program : tr("%1 – %2").arg(name, program));
 }
 
 void MainWindow::countUpcoming() {

@@ -22,14 +22,14 @@ Navigation::Navigation(const Views& views, services::BoardService& boards,
 
 void Navigation::start() {
     m_changes = m_context.didChange().connect(
-        [this](const store::ChangeSet& changes) { storeChanged(changes.origin); });
+        [this](const store::ChangeSet& changes) { storeChanged(causeOf(changes)); });
     connect(&m_views.boardPage, &BoardPage::editingEnded, this, [this] {
         if (const auto* const board = std::exchange(m_archivedUnderEdit, nullptr)) {
-            leaveSoon(board, store::ChangeSet::Origin::elsewhere);
+            leaveSoon(board, ChangeCause::anotherProgram);
         }
     });
     m_views.sidebar.refresh();
-    if (auto* const board = m_boards.launchBoard(launchBoardID(m_preferences))) {
+    if (auto* const board = m_boards.launchBoard(launchBoardID(m_preferences, m_lastBoard))) {
         show(*board); // it may stand in for the one that the user saw last
     }
     if (m_preferences.launchDestination() == app::AppPreferences::LaunchDestination::upcoming) {
@@ -38,7 +38,11 @@ void Navigation::start() {
     takeKeyboard();
 }
 
-app::AppPreferences::BoardID Navigation::launchBoardID(const app::AppPreferences& preferences) {
+app::AppPreferences::BoardID Navigation::launchBoardID(const app::AppPreferences& preferences,
+                                                       LastBoard lastBoard) {
+    if (lastBoard == LastBoard::forgotten) {
+        return std::nullopt;
+    }
     return preferences.launchDestination() == app::AppPreferences::LaunchDestination::board
                ? preferences.launchBoardID()
                : preferences.mainBoardSelectedBoardID();
@@ -131,12 +135,14 @@ bool Navigation::isListed(const model::Board& board) const {
 
 model::Board* Navigation::lastBoard() const {
     auto* const board = m_views.boardPage.board();
-    return board && isListed(*board)
-               ? board
-               : m_boards.launchBoard(m_preferences.mainBoardSelectedBoardID());
+    if (board && isListed(*board)) {
+        return board;
+    }
+    return m_boards.launchBoard(
+        m_lastBoard == LastBoard::kept ? m_preferences.mainBoardSelectedBoardID() : std::nullopt);
 }
 
-void Navigation::storeChanged(store::ChangeSet::Origin origin) {
+void Navigation::storeChanged(ChangeCause cause) {
     auto& page = m_views.boardPage;
     m_views.sidebar.refresh();
     if (const auto* const back = m_taken.message != 0 ? m_boards.board(m_taken.board) : nullptr;
@@ -151,7 +157,7 @@ void Navigation::storeChanged(store::ChangeSet::Origin origin) {
     if (!isInPlace && !isLookedAt) {
         // What is typed there may be about to be stored, and is then to stay in sight with the
         // reason why it was not.
-        leaveSoon(shown, origin);
+        leaveSoon(shown, cause);
     }
     if (currentPage() == PageKind::archived && m_views.sidebar.boards().archivedBoards().empty()) {
         goBack();
@@ -162,14 +168,14 @@ void Navigation::storeChanged(store::ChangeSet::Origin origin) {
 
 void Navigation::storeReplaced() {
     // Before anybody takes it for the work of another program.
-    leaveGoneBoard(m_views.boardPage.board(), store::ChangeSet::Origin::thisContext);
+    leaveGoneBoard(m_views.boardPage.board(), ChangeCause::thisWindow);
 }
 
-void Navigation::leaveSoon(const model::Board* board, store::ChangeSet::Origin origin) {
-    QTimer::singleShot(0, this, [this, board, origin] { leaveGoneBoard(board, origin); });
+void Navigation::leaveSoon(const model::Board* board, ChangeCause cause) {
+    QTimer::singleShot(0, this, [this, board, cause] { leaveGoneBoard(board, cause); });
 }
 
-void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin) {
+void Navigation::leaveGoneBoard(const model::Board* board, ChangeCause cause) {
     auto& page = m_views.boardPage;
     // After a restore the same board is another record.
     auto* const again = board ? m_boards.board(board->id()) : nullptr;
@@ -179,25 +185,27 @@ void Navigation::leaveGoneBoard(const model::Board* board, store::ChangeSet::Ori
         return;
     }
     const auto name = page.title();
-    if (origin == store::ChangeSet::Origin::elsewhere && board && board->isLive() &&
-        page.isEditing()) {
+    const auto isOfOthers = cause != ChangeCause::thisWindow;
+    if (isOfOthers && board && board->isLive() && page.isEditing()) {
         // What is typed belongs there to its end: gone on with elsewhere, it would be two halves.
         m_archivedUnderEdit = board;
-        tellTaken(*board, name);
+        tellTaken(*board, name, cause);
         return;
     }
-    const auto givenWay = page.giveWayTo(*next);
-    if (givenWay == BoardPage::GivenWay::alone && board && next != again &&
-        origin == store::ChangeSet::Origin::elsewhere) {
-        tellTaken(*board, name);
+    const auto givenWay = page.giveWayTo(*next, cause);
+    if (givenWay == BoardPage::GivenWay::alone && board && next != again && isOfOthers) {
+        tellTaken(*board, name, cause);
     }
     pageChanged();
 }
 
 /// Until the board is back.
-void Navigation::tellTaken(const model::Board& board, const QString& name) {
-    const auto text = board.isLive() ? tr("Another program archived “%1”.").arg(name)
-                                     : tr("Another program deleted “%1”.").arg(name);
+void Navigation::tellTaken(const model::Board& board, const QString& name, ChangeCause cause) {
+    const auto form = cause == ChangeCause::replacementElsewhere
+                          ? tr("“%1” is gone: another program has replaced all boards.")
+                      : board.isLive() ? tr("Another program archived “%1”.")
+                                       : tr("Another program deleted “%1”.");
+    const auto text = form.arg(name);
     m_taken = {board.id(), m_views.boardPage.banner().say({.text = text,
                                                            .tone = ErrorBanner::Tone::notice,
                                                            .lasts = ErrorBanner::Lasts::shortly},

@@ -5,6 +5,7 @@
 #include "store/ModelContext.h"
 #include "ui/kit/overlays/ErrorBanner.h"
 #include "ui/windows/PageKind.h"
+#include "ui/workspace/ChangeCause.h"
 
 #include <QObject>
 
@@ -27,15 +28,16 @@ public:
         PageStack& pages;
         BoardPage& boardPage;
     };
-    /// Whether the preferences are told of the board that is shown: they remember one for a user,
-    /// so no board of a store beside the user's own.
+    /// Whether the preferences are told of the board that is shown, and say which one to begin
+    /// with: the boards that they name for a user are those of the user's own store.
     enum class LastBoard { forgotten, kept };
     Navigation(const Views& views, services::BoardService& boards, store::ModelContext& context,
                app::AppPreferences& preferences, LastBoard lastBoard, QObject* parent);
 
     /// The board that the preferences let the window begin with, or have behind the page that it
     /// begins with; none for the Inbox.
-    static app::AppPreferences::BoardID launchBoardID(const app::AppPreferences& preferences);
+    static app::AppPreferences::BoardID launchBoardID(const app::AppPreferences& preferences,
+                                                      LastBoard lastBoard);
     /// Shows what the preferences let the window begin with, and follows the store from now on.
     void start();
     /// The user has put other contents into the store: shows the board as it is there now, or the
@@ -77,12 +79,12 @@ private:
     /// Whether it stands in the sidebar.
     bool isListed(const model::Board& board) const;
     model::Board* lastBoard() const;
-    void storeChanged(store::ChangeSet::Origin origin);
-    /// `origin` says whose change has taken it away.
-    void leaveSoon(const model::Board* board, store::ChangeSet::Origin origin);
-    void leaveGoneBoard(const model::Board* board, store::ChangeSet::Origin origin);
+    void storeChanged(ChangeCause cause);
+    /// `cause` says whose change has taken it away.
+    void leaveSoon(const model::Board* board, ChangeCause cause);
+    void leaveGoneBoard(const model::Board* board, ChangeCause cause);
     /// Says that another program has taken the board away, whose page had this title.
-    void tellTaken(const model::Board& board, const QString& name);
+    void tellTaken(const model::Board& board, const QString& name, ChangeCause cause);
     void pageChanged();
 
     Views m_views;

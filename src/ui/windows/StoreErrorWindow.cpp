@@ -22,7 +22,7 @@ constexpr int kIconSize = 48;
 } // namespace
 
 StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
-                                   const Theme& theme) {
+                                   const Theme& theme, Which which) {
     setWindowTitle(QStringLiteral("Korvex"));
     Accessibility::setRole(*this, QAccessible::Window);
     const auto folder = toFileName(storeFile.parent_path());
@@ -32,11 +32,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     sign->setPixmap(IconSet::program().pixmap(QSize(size, size), devicePixelRatioF()));
     auto* const title = addWords(tr("Korvex could not open its store"), theme.titleFont());
     auto* const reason = addWords(message, theme.font());
-    auto* const advice = addWords(
-        hasFolder ? tr("The store is the file below; keep a copy of its folder before you change "
-                       "anything there. When the cause is gone, try again.")
-                  : tr("When the cause is gone, try again. Korvex expects its store here:"),
-        theme.font());
+    auto* const what = addWords(advice(which, hasFolder), theme.font());
     auto* const file = addWords(toFileName(storeFile), theme.smallFont());
     file->setForegroundRole(QPalette::PlaceholderText);
     auto* const show = new QPushButton(tr("Show the folder"), this);
@@ -54,7 +50,7 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     auto* const words = new QVBoxLayout(column);
     words->setContentsMargins(0, 0, 0, 0);
     words->setSpacing(theme.space(Space::large));
-    for (auto* const label : {title, reason, advice, file}) {
+    for (auto* const label : {title, reason, what, file}) {
         words->addWidget(label);
     }
     words->addStretch();
@@ -78,6 +74,17 @@ StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem
     connect(quit, &QPushButton::clicked, this, &QWidget::close);
     connect(show, &QPushButton::clicked, this,
             [folder] { QDesktopServices::openUrl(QUrl::fromLocalFile(folder)); });
+}
+
+QString StoreErrorWindow::advice(Which which, bool hasFolder) {
+    if (which == Which::legacy) {
+        return tr("It is the store of an older Korvex, the file below. Move it away to start anew, "
+                  "or try again when the cause is gone.");
+    }
+    return hasFolder
+               ? tr("The store is the file below; keep a copy of its folder before you change "
+                    "anything there. When the cause is gone, try again.")
+               : tr("When the cause is gone, try again. Korvex expects its store here:");
 }
 
 QLabel* StoreErrorWindow::addWords(const QString& words, const QFont& font) {

@@ -15,14 +15,17 @@ class StoreErrorWindow final : public QWidget {
     Q_OBJECT
 
 public:
+    /// `legacy`: the store of an older Korvex, which cannot be taken over.
+    enum class Which { own, legacy };
     StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
-                     const Theme& theme);
+                     const Theme& theme, Which which = Which::own);
 
 Q_SIGNALS:
     /// The store is to be opened once more.
     void retryRequested();
 
 private:
+    static QString advice(Which which, bool hasFolder);
     QLabel* addWords(const QString& words, const QFont& font);
 };
 

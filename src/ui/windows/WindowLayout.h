@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/UserDefaults.h"
+#include "ui/workspace/WindowPlace.h"
 
 class QWidget;
 
@@ -19,7 +19,7 @@ public:
     void save();
 
 private:
-    QWidget& m_window;
+    WindowPlace m_place;
     SidebarPlace& m_sidebar;
     app::UserDefaults& m_defaults;
 };

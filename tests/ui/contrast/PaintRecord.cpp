@@ -1,6 +1,7 @@
 #include "ui/contrast/PaintRecord.h"
 
 #include <QAbstractSpinBox>
+#include <QBitmap>
 #include <QComboBox>
 #include <QGuiApplication>
 #include <QLineEdit>
@@ -58,6 +59,9 @@ public:
         }
     }
     void drawPixmap(const QRectF& place, const QPixmap& pixmap, const QRectF&) override {
+        if (pixmap.hasAlpha() && QRegion(pixmap.mask()).isEmpty()) {
+            return; // only a place that is kept free
+        }
         drawPicture(place, !pixmap.hasAlpha());
     }
     void drawImage(const QRectF& place, const QImage& image, const QRectF&,

@@ -339,9 +339,9 @@ TEST_F(AttachmentPageTest, SavingWritesTheFileThatWasChosen) {
     save->trigger();
     EXPECT_EQ(QFileInfo(dialog()->selectedFiles().value(0)).fileName(), QLatin1String("form.pdf"));
     const auto target = folder / "kept.pdf";
-    Q_EMIT dialog()->fileSelected(QString::fromStdString(target.string()));
+    Q_EMIT dialog()->filesSelected({QString::fromStdString(target.string())});
     EXPECT_EQ(contentsOf(target), "form.pdf");
-    Q_EMIT dialog()->fileSelected(QStringLiteral("/proc/no/where.pdf"));
+    Q_EMIT dialog()->filesSelected({QStringLiteral("/proc/no/where.pdf")});
     EXPECT_THAT(message(), HasSubstr("“where.pdf” could not be saved"));
 }
 

@@ -102,7 +102,9 @@ TEST_F(FieldsTest, WhatCannotBeReadStaysAsItWasTypedWithTheReason) {
         time->setFocus();
         EXPECT_EQ(day->date(), QDate(2025, 3, 10)) << typed;
         EXPECT_EQ(day->text(), QString::fromUtf8(typed));
-        EXPECT_EQ(day->problem(), QStringLiteral("“%1” is not a day.").arg(QLatin1String(typed)));
+        const auto text = QString::fromUtf8(typed);
+        EXPECT_EQ(day->problem(), text.isEmpty() ? QStringLiteral("Enter a day.")
+                                                 : QStringLiteral("“%1” is not a day.").arg(text));
         EXPECT_EQ(day->accessibleDescription(), day->problem());
         day->setFocus();
         press(Qt::Key_Up);
@@ -112,6 +114,35 @@ TEST_F(FieldsTest, WhatCannotBeReadStaysAsItWasTypedWithTheReason) {
     }
     type(*day, QStringLiteral("tomorrow"));
     EXPECT_EQ(day->date(), QDate(2025, 3, 11));
+}
+
+TEST_F(FieldsTest, WhatIsTypedStaysWhileItsSourceChangesAndCanBeTakenBack) {
+    const auto typed = [this](const char* text) {
+        time->setFocus();
+        time->selectAll();
+        QTest::keyClicks(time, QString::fromUtf8(text));
+    };
+    time->setTime({9, 0});
+    typed("7:3");
+    time->setTime({10, 0});
+    EXPECT_EQ(time->text(), QStringLiteral("7:3"));
+    EXPECT_TRUE(time->takeBack());
+    EXPECT_EQ(time->text(), QStringLiteral("10:00\u202fAM"));
+    EXPECT_FALSE(time->takeBack());
+    const QSignalSpy changes(time, &TypedField::changed);
+    typed("7:30 PM");
+    EXPECT_EQ(time->time(), QTime(19, 30)) << "nothing can be added to it";
+    EXPECT_TRUE(time->takeBack());
+    EXPECT_EQ(time->time(), QTime(10, 0));
+    EXPECT_EQ(changes.count(), 2);
+    typed("7:30 PM");
+    time->setTime({11, 0});
+    EXPECT_EQ(time->text(), QStringLiteral("11:00\u202fAM")) << "it was taken before";
+    day->setFocus();
+    day->selectAll();
+    QTest::keyClicks(day, QStringLiteral("apr"));
+    day->setDate({2025, 5, 1});
+    EXPECT_EQ(day->text(), QStringLiteral("apr"));
 }
 
 TEST_F(FieldsTest, ArrowsStepThePartAtTheCaret) {

@@ -1,55 +1,18 @@
-#include "ui/settings/SettingsFixture.h"
+#include "ui/settings/BackupsPaneFixture.h"
 
-#include "storage/BackupHistory.h"
-#include "ui/kit/controls/Switch.h"
-
-#include <gmock/gmock.h>
-
-#include <fstream>
+#include "storage/AutomaticBackup.h"
+#include "ui/settings/BackupWords.h"
 
 namespace korvex::ui {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
 
-class BackupsPaneTest : public tests::SettingsFixture {
-protected:
-    std::filesystem::path backup() const { return folder / "mine.korvexbackup"; }
-    std::vector<std::string> boardNames() {
-        std::vector<std::string> names;
-        for (const auto* const board : own.boards.boards()) {
-            names.push_back(board->name());
-        }
-        return names;
-    }
-    void exportAll() {
-        answer("Export…", backup());
-        workUntilSaid("Backup exported.");
-    }
-    /// Up to the question.
-    void chooseImport() {
-        answer("Import…", backup());
-        workUntil([&] { return !question().empty(); });
-    }
-    void import() {
-        chooseImport();
-        press("Import");
-        workUntilSaid("Backup restored. A recovery copy of the previous data is kept locally.");
-    }
-    void typeIntoNewTodo(const QString& text) {
-        window->activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        page().startTodo();
-        QTest::keyClicks(QApplication::focusWidget(), text);
-    }
-    void write(const std::string& text, std::uintmax_t size) {
-        std::ofstream(backup()) << text;
-        std::filesystem::resize_file(backup(), size);
-    }
-};
+using BackupsPaneTest = BackupsPaneFixture;
 
 TEST_F(BackupsPaneTest, WhatIsWreckedComesBackAndThatCanBeTakenBack) {
     own.entries.createTodos({.contents = {"kept"}, .board = *work, .now = kNow});
@@ -57,7 +20,7 @@ TEST_F(BackupsPaneTest, WhatIsWreckedComesBackAndThatCanBeTakenBack) {
     openSettings(backups);
     EXPECT_THAT(words(), HasSubstr("Keep them in a safe location."));
     EXPECT_THAT(words(), HasSubstr("App preferences are kept separately."));
-    EXPECT_THAT(words(), Not(HasSubstr("Take back the last import")));
+    EXPECT_THAT(words(), Not(HasSubstr("Take back the last replacement")));
     exportAll();
 
     own.boards.deleteBoard(*work);
@@ -78,14 +41,50 @@ TEST_F(BackupsPaneTest, WhatIsWreckedComesBackAndThatCanBeTakenBack) {
     EXPECT_EQ(page().entries().entry(0)->content(), "one");
     EXPECT_EQ(page().banner().message(), QString()) << "it was no other program";
 
-    workUntilSaid("Brings back 1 board, 3 entries, as they were on Mar 10, 2025, 8:01 AM.");
+    workUntilSaid("Brings back 1 board, 3 entries, as they were on Mar 10, 2025, 8:02 AM.");
     press("Take back…");
-    EXPECT_THAT(question(), HasSubstr("with the 3 entries of Mar 10, 2025, 8:01 AM"));
+    EXPECT_THAT(question(), HasSubstr("brings back 1 board, 3 entries, as they were on Mar 10, "
+                                      "2025, 8:02 AM, in place of your current boards"));
+    clock.advance(60);
     press("Take back");
-    workUntilSaid("The import was taken back.");
+    workUntilSaid("Brought back 1 board, 3 entries, as they were on Mar 10, 2025, 8:02 AM.");
     EXPECT_THAT(boardNames(), ElementsAre("Inbox"));
     EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("one", "two", "after"));
-    workUntilSaid("Brings back 2 boards, 3 entries, as they were on");
+    workUntilSaid("Brings back 2 boards, 3 entries, as they were on Mar 10, 2025, 8:03 AM.");
+    EXPECT_EQ(contentsText({.boards = 1, .entries = 60'000}),
+              QStringLiteral("1 board, 60,000 entries"));
+}
+
+TEST_F(BackupsPaneTest, DialogsBeginWhereTheLastOneEndedAndTakeNamesAsTheyAre) {
+    add({"mine"});
+    openSettings(backups);
+    const auto dialog = [this] { return settings->findChild<QFileDialog*>(); };
+    press("Import…");
+    EXPECT_TRUE(dialog()->directory().exists());
+    EXPECT_EQ(dialog()->findChild<QLineEdit*>()->text(), QString()) << "no folder's name";
+    EXPECT_EQ(dialog()->nameFilters().back(), QStringLiteral("All files (*)"));
+    dialog()->reject();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Import…"));
+    const auto exportTo = [&](const char* name) {
+        answer("Export…", folder / name);
+        workUntilSaid("Backup exported.");
+    };
+    exportTo("plain");
+    EXPECT_TRUE(std::filesystem::exists(folder / "plain.korvexbackup"));
+    EXPECT_FALSE(std::filesystem::exists(folder / "plain"));
+    std::filesystem::rename(folder / "plain.korvexbackup", folder / "plain");
+    exportTo("plain");
+    EXPECT_FALSE(std::filesystem::exists(folder / "plain.korvexbackup")) << "not the one chosen";
+    exportTo("Notes v1.2");
+    EXPECT_TRUE(std::filesystem::exists(folder / "Notes v1.2.korvexbackup")) << "no extension";
+    answer("Import…", folder / "plain");
+    workUntil([&] { return !question().empty(); });
+    press("Cancel");
+    press("Export…");
+    EXPECT_EQ(toPath(dialog()->directory().path()), folder.path());
+    EXPECT_EQ(toPath(dialog()->selectedFiles().front()).filename(),
+              "Korvex 2025-03-10.korvexbackup");
 }
 
 TEST_F(BackupsPaneTest, WhatIsRefusedLeavesAllAsItWasAndSaysWhy) {
@@ -114,6 +113,8 @@ TEST_F(BackupsPaneTest, WhatIsRefusedLeavesAllAsItWasAndSaysWhy) {
     EXPECT_FALSE(std::filesystem::exists(folder / "gone"));
     answer("Export…", folder / "Primary.store");
     workUntilSaid("This place belongs to the store itself.");
+    EXPECT_EQ(log.count("Backup operation failed: "), 5U);
+    EXPECT_EQ(log.count("Nothing was written; choose another one for the backup. (5)"), 1U);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
 }
 
@@ -121,19 +122,95 @@ TEST_F(BackupsPaneTest, WhatIsCancelledHasChangedNothing) {
     add({"mine"});
     openSettings(backups);
     exportAll();
+    add({"after"});
     chooseImport();
     press("Import");
     press("Cancel");
     workUntilSaid("Cancelled. Nothing was changed.");
     EXPECT_TRUE(control<QPushButton>("Import…").isEnabled());
-    EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine"));
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("mine", "after"));
+    EXPECT_EQ(log.count("Backup operation failed: "), 0U);
+}
+
+TEST_F(BackupsPaneTest, WhatOthersDoMeanwhileIsToldAndNeverLost) {
+    const std::string failed =
+        "Could not restore the backup. Your previous data has been retained.\n";
+    add({"mine"});
+    openSettings(backups);
+    exportAll();
+    add({"after"});
+    chooseImport();
+    inbox->setName("not saved");
+    press("Import");
+    EXPECT_THAT(words(), HasSubstr(failed + "Save your open edits before restoring a backup."));
+    EXPECT_FALSE(std::filesystem::exists(recovery())) << "it has not begun";
+    own.context.rollback();
+
+    // Another program saves each time that the store has been read, which changes nothing.
+    tests::StoreClient theirs(folder / "Primary.store", log);
+    constexpr auto kTooOften = storage::BackupService::kFollowedRevisions + 1;
+    std::string told;
+    for (const auto saves : {kTooOften, kTooOften - 1}) {
+        auto stage = storage::Stage::reading;
+        int reads = 0;
+        auto isLooked = false;
+        const auto saving = eachStep([&] {
+            isLooked =
+                isLooked || words().find("Looking at what was saved meanwhile") < words().size();
+            const auto before = std::exchange(stage, operations().progress().stage);
+            if (stage == storage::Stage::verifying && before != stage && ++reads <= saves) {
+                theirs.boards.renameBoard(*theirs.context.find<model::Board>(work->id()), "More",
+                                          kNow);
+                theirs.boards.renameBoard(*theirs.context.find<model::Board>(work->id()), "Work",
+                                          kNow);
+            }
+            if (stage == storage::Stage::replacing && operations().isUnderWay()) {
+                told = words() + tests::SettingsFixture::plain(page().banner().message());
+            }
+        });
+        chooseImport();
+        press("Import");
+        workUntilSaid(saves == kTooOften ? failed.c_str() : "Backup restored.");
+        EXPECT_TRUE(isLooked);
+        EXPECT_EQ(words().find("Your data changed while the recovery backup was being saved. "
+                               "Nothing was replaced. Try importing again.") != std::string::npos,
+                  saves == kTooOften);
+        EXPECT_EQ(told.empty(), saves == kTooOften);
+    }
+    EXPECT_THAT(told, HasSubstr("Replacing your boards and entries\n"));
+    EXPECT_THAT(told, HasSubstr("\nWindows answer again in a moment."));
+    EXPECT_THAT(told, HasSubstr("Replacing your boards and entries. Windows answer again in a "
+                                "moment."));
+    EXPECT_EQ(page().banner().message(), QString());
+    EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("mine"));
+
+    workUntilSaid("Brings back");
+    press("Take back…");
+    restoreElsewhere(kNow + 300);
+    press("Take back");
+    workUntilSaid(
+        "Could not take this back. Your data is as it was.\nSomething else would come back "
+        "by now than you were asked about.");
+    workUntilSaid("Brings back 2 boards, 1 entry, as they were on Mar 10, 2025, 8:05 AM.");
+    const auto inTheWay = eachStep([&] {
+        if (operations().progress().stage == storage::Stage::replacing &&
+            !std::filesystem::is_directory(recovery())) {
+            std::filesystem::rename(recovery(), folder / "moved");
+            std::filesystem::create_directory(recovery());
+        }
+    });
+    press("Take back…");
+    press("Take back");
+    workUntilSaid(" What they replaced is kept locally. It is in ");
+    EXPECT_THAT(words(), HasSubstr("/Recovery/BeforeUndo.korvexbackup."));
 }
 
 TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
     add({"mine"});
     openSettings(backups);
     const auto holder = [&] {
-        return static_cast<QPushButton*>(settings->focusWidget())->text().toStdString();
+        const auto* const button = qobject_cast<QPushButton*>(settings->focusWidget());
+        return button ? button->text().toStdString() : "no button";
     };
     const auto answered = [&](const char* text) {
         for (auto* const each : settings->findChildren<SettingsLabel*>()) {
@@ -161,6 +238,32 @@ TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
     EXPECT_EQ(holder(), "Cancel");
     workUntilSaid("Backup restored.");
     EXPECT_EQ(holder(), "Import…");
+
+    workUntilSaid("Brings back");
+    control<QPushButton>("Take back…").setFocus();
+    press("Take back…");
+    clock.advance(60);
+    press("Take back");
+    workUntilSaid("as they were on Mar 10, 2025, 8:01 AM.");
+    EXPECT_EQ(holder(), "Take back…") << "read anew meanwhile";
+
+    for (const auto* const button : {"Import…", "Take back…"}) {
+        auto& asking = control<QPushButton>(button);
+        asking.setFocus();
+        if (&asking == &control<QPushButton>("Import…")) {
+            answer(button, backup());
+        } else {
+            press(button);
+        }
+        // The question comes while another window has the keyboard.
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        workUntil([&] { return !question().empty(); });
+        EXPECT_NE(settings->childAt(asking.mapTo(settings, asking.rect().center())), &asking)
+            << "it is quiet";
+        press("Cancel");
+        EXPECT_EQ(holder(), button);
+    }
 }
 
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
@@ -185,7 +288,10 @@ TEST_F(BackupsPaneTest, AnotherProgramThatWritesIsWaitedForUntilThatIsCancelled)
     add({"mine"});
     openSettings(backups);
     exportAll();
+    add({"after"});
     tests::StoreClient busy(folder / "Primary.store", log);
+    constexpr std::chrono::hours kLong{1};
+    container->setPatience(kLong); // nobody sleeps here meanwhile
     for (const auto isCancelled : {true, false}) {
         chooseImport();
         std::optional<store::LockedStep> writing(std::in_place, busy.context);
@@ -199,21 +305,22 @@ TEST_F(BackupsPaneTest, AnotherProgramThatWritesIsWaitedForUntilThatIsCancelled)
         writing.reset();
         runLoop.advance(1);
         workUntilSaid(isCancelled ? "Cancelled. Nothing was changed." : "Backup restored.");
+        EXPECT_THAT(storedTexts(*own.boards.inboxBoard()),
+                    ElementsAreArray(isCancelled ? std::vector<std::string>{"mine", "after"}
+                                                 : std::vector<std::string>{"mine"}));
+        EXPECT_EQ(container->patience(), kLong);
     }
-    EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("mine"));
 }
 
 TEST_F(BackupsPaneTest, WhoeverReplacesTheStoreTheStepsOfThisWindowEnd) {
     own.entries.deleteEntry(*add({"deleted"}).front());
     add({"mine"});
     EXPECT_TRUE(own.undo.canUndo());
-    tests::StoreClient theirs(folder / "Primary.store", log);
-    storage::Work whole;
-    storage::BackupService(theirs.context, theirs.reminders, theirs.widgets, log)
-        .restore(storage::createBackup(*theirs.container, kNow, whole).document,
-                 folder / "Recovery" / "BeforeRestore.korvexbackup", kNow, whole);
+    openSettings(backups);
+    restoreElsewhere(kNow);
     own.context.refresh();
     EXPECT_FALSE(own.undo.canUndo());
+    workUntilSaid("Brings back 2 boards, 1 entry, as they were on Mar 10, 2025, 8:00 AM.");
     EXPECT_THAT(storedTexts(*own.boards.inboxBoard()), ElementsAre("mine"));
 }
 
@@ -237,61 +344,19 @@ TEST_F(BackupsPaneTest, WordsThatAreTypedMeanwhileStayOrAreOffered) {
     }
 }
 
-TEST_F(BackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere) {
+TEST_F(BackupsPaneTest, AStoreThatIsKeptInACloudIsExportedAndNotReplaced) {
     const auto chosen = folder / "chosen";
     std::filesystem::create_directory(chosen);
-    add({"mine"});
-    openSettings(backups);
-    EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
-    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
-    EXPECT_THAT(words(), HasSubstr("None has been chosen yet."));
-    control<QPushButton>("Choose…").setFocus();
-    answer("Choose…", chosen);
-    EXPECT_FALSE(control<QPushButton>("Choose…").isEnabled());
-    workUntilSaid(chosen.filename().c_str());
-    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Choose…"));
-    EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nOff"));
-    control<Switch>("Back up every day").click();
-    EXPECT_THAT(words(), HasSubstr("Next backup\nDue now"));
-    press("Back Up Now");
-    EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
-    workUntilSaid("Checked: it is whole.");
-    EXPECT_THAT(words(), HasSubstr("2 boards, 1 entry, "));
-    EXPECT_THAT(words(), HasSubstr("Last backup\nMar 10, 2025, 8:00 AM\nNext backup\n"
-                                   "Mar 11, 2025, 8:00 AM"));
-
-    own.boards.deleteBoard(*work);
-    auto& restore = control<QPushButton>("Restore…");
-    restore.setFocus();
-    press("Restore…");
-    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Cancel"));
-    workUntil([&] { return !question().empty(); });
-    press("Import");
-    workUntilSaid("Backup restored.");
-    EXPECT_EQ(settings->focusWidget(), &restore);
-    EXPECT_THAT(boardNames(), ElementsAre("Inbox", "Work"));
-
-    log.expectError("Backup operation failed");
-    std::filesystem::rename(chosen, folder / "elsewhere");
-    press("Back Up Now");
-    workUntilSaid(storage::AutomaticBackupService::kFailure);
-    EXPECT_THAT(words(), HasSubstr("Make it available, or choose it again."));
-    answer("Choose…", folder / "elsewhere");
-    workUntilSaid("elsewhere");
-    press("Back Up Now");
-    workUntil([&] { return words().find("Automatic backup failed.") == std::string::npos; });
-    std::filesystem::create_directory(folder / "gone");
-    answer("Choose…", folder / "gone", [&] { std::filesystem::remove(folder / "gone"); });
-    workUntilSaid(
-        "Could not save access to this backup folder. Choose another folder and try again.");
-    EXPECT_THAT(words(), HasSubstr("elsewhere"));
-}
-
-TEST_F(BackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
-    preferences.setAutomaticBackupEnabled(true);
-    preferences.setAutomaticBackupLastSuccess(kNow);
-    const WorkspaceOwner another({.container = *container,
-                                  .isUsersOwn = false,
+    preferences.setAutomaticBackupBookmark(storage::FolderBookmark::make(chosen).bytes());
+    storage::Work whole;
+    storage::makeAutomaticBackup(
+        storage::automaticBackup(preferences, folder / "Primary.store", kNow), defaults, log,
+        whole);
+    restoreElsewhere(kNow);
+    const auto cloud = store::ModelContainer::open(
+        model::currentSchema(),
+        {.file = folder / "Primary.store", .cloudContainerIdentifier = "some"}, log);
+    const WorkspaceOwner another({.container = *cloud,
                                   .preferences = preferences,
                                   .defaults = defaults,
                                   .clock = clock,
@@ -302,12 +367,14 @@ TEST_F(BackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
     window = std::make_unique<MainWindow>(another.workspace(), theme);
     window->show();
     openSettings(backups);
-    EXPECT_THAT(words(), HasSubstr("only. korvex backup export makes one of this store."));
-    EXPECT_THAT(words(), HasSubstr("Last backup\nNone yet\nNext backup\nOff"));
-    for (const auto* const button : {"Choose…", "Back Up Now"}) {
+    EXPECT_THAT(words(), HasSubstr("Full replacement is unavailable with iCloud sync. Export is "
+                                   "available."));
+    workUntilSaid("Brings back");
+    workUntilSaid("Checked: it is whole.");
+    EXPECT_TRUE(control<QPushButton>("Export…").isEnabled());
+    for (const auto* const button : {"Import…", "Take back…", "Restore…"}) {
         EXPECT_FALSE(control<QPushButton>(button).isEnabled()) << button;
     }
-    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
     window.reset();
 }
 

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
 
 #include <functional>
 
@@ -85,7 +86,10 @@ protected:
         ASSERT_TRUE(dialog) << button;
         before();
         // Not through the dialog's own checks: what it asks would wait for an answer.
-        Q_EMIT dialog->fileSelected(toQString(file.native()));
+        dialog->findChild<QLineEdit*>()->setText(toQString(file.native()));
+        Q_EMIT dialog->filesSelected(dialog->fileMode() == QFileDialog::Directory
+                                         ? QStringList(toQString(file.native()))
+                                         : dialog->selectedFiles());
         dialog->close();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         settings->activateWindow();

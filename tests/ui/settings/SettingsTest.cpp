@@ -2,12 +2,17 @@
 
 #include "ui/kit/fields/TimeField.h"
 #include "ui/settings/SettingsGroup.h"
+#include "ui/settings/UnkeptLine.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QWheelEvent>
 
 #include <gmock/gmock.h>
+
+#include <set>
 
 namespace korvex::ui {
 namespace {
@@ -23,7 +28,24 @@ protected:
         auto& field = control<TimeField>("Default reminder time");
         field.setFocus();
         field.selectAll();
+        QTest::keyClick(&field, Qt::Key_Delete);
         QTest::keyClicks(&field, QString::fromUtf8(text));
+    }
+
+    /// A control that stands under its name begins with it, and nearer to it than to another row.
+    void expectTogether(const SettingsRow& row) {
+        const auto parts = row.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        const auto* const name = qobject_cast<QLabel*>(parts.front());
+        for (const auto* const each : parts) {
+            if (each->isVisible() && name && !qobject_cast<const QLabel*>(each) &&
+                each->y() > name->geometry().bottom()) {
+                EXPECT_LT(each->y() - name->geometry().bottom(), theme.space(Space::medium));
+                const auto isMirrored = row.layoutDirection() == Qt::RightToLeft;
+                EXPECT_EQ(isMirrored ? each->geometry().right() : each->x(),
+                          isMirrored ? name->geometry().right() : name->x())
+                    << toUtf8(name->text());
+            }
+        }
     }
 
     /// Another program's view of the same settings.
@@ -39,8 +61,10 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
         std::function<bool()> holds;
         std::function<void()> chooseElsewhere;
         std::function<bool()> isShown;
+        std::function<bool()> theirsHold;
     };
     add({"one", "two"});
+    const auto gone = base::Uuid::random();
     int distance = 0;
     const auto rowDistance = [this] {
         return list().visualRect(list().model()->index(1, 0)).top() -
@@ -50,17 +74,21 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
         {"launch destination", general, [&] { choose("Open with", "Upcoming"); },
          [&] { return theirs.launchDestination() == Destination::upcoming; },
          [&] { theirs.setLaunchDestination(Destination::board); },
-         [&] { return shownIn("Open with") == QStringLiteral("Chosen board"); }},
+         [&] { return shownIn("Open with") == QStringLiteral("Chosen board"); },
+         [&] { return theirs.launchDestination() == Destination::board; }},
         {"launch board", general, [&] { choose("Board", "Work"); },
          [&] { return theirs.launchBoardID() == work->id(); },
          [&] { theirs.setLaunchBoardID(inbox->id()); },
-         [&] { return shownIn("Board") == QStringLiteral("Inbox"); }},
+         [&] { return shownIn("Board") == QStringLiteral("Inbox"); },
+         [&] { return theirs.launchBoardID() == inbox->id(); }},
         {"no default board", general, [] {}, [&] { return !theirs.defaultBoardID(); }, [] {},
-         [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); }},
+         [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); },
+         [&] { return !theirs.defaultBoardID(); }},
         {"default board", general, [&] { choose("Default board", "Work"); },
          [&] { return theirs.defaultBoardID() == work->id(); },
-         [&] { theirs.setDefaultBoardID(base::Uuid::random()); },
-         [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); }},
+         [&] { theirs.setDefaultBoardID(gone); },
+         [&] { return shownIn("Default board") == QStringLiteral("Inbox (fallback)"); },
+         [&] { return theirs.defaultBoardID() == gone; }},
         {"reminder time", general,
          [&] {
              typeTime("7:30");
@@ -68,14 +96,16 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
          },
          [&] { return theirs.defaultReminderMinutes() == 450; },
          [&] { theirs.setDefaultReminderMinutes(600); },
-         [&] { return control<TimeField>("Default reminder time").time() == QTime(10, 0); }},
+         [&] { return control<TimeField>("Default reminder time").time() == QTime(10, 0); },
+         [&] { return theirs.defaultReminderMinutes() == 600; }},
         {"spacing", general, [&] { control<QRadioButton>("Comfortable").click(); },
          [&] {
              distance = rowDistance();
              return theirs.boardSpacing() == AppPreferences::BoardSpacing::comfortable;
          },
          [&] { theirs.setBoardSpacing(AppPreferences::BoardSpacing::compact); },
-         [&] { return control<QRadioButton>("Compact").isChecked() && rowDistance() < distance; }},
+         [&] { return control<QRadioButton>("Compact").isChecked() && rowDistance() < distance; },
+         [&] { return theirs.boardSpacing() == AppPreferences::BoardSpacing::compact; }},
         {"theme", appearance, [&] { control<QRadioButton>("Dark").click(); },
          [&] {
              return theirs.appearance() == AppPreferences::Appearance::dark &&
@@ -85,7 +115,8 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
          [&] {
              return control<QRadioButton>("Light").isChecked() && !theme.colors().isDark &&
                     list().palette().color(QPalette::Text).lightnessF() < 0.5;
-         }},
+         },
+         [&] { return theirs.appearance() == AppPreferences::Appearance::light; }},
         {"font size", appearance, [&] { choose("Font size", "24"); },
          [&] {
              distance = rowDistance();
@@ -95,14 +126,17 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
          [&] {
              return shownIn("Font size") == QStringLiteral("10") &&
                     3 * rowDistance() < 2 * distance;
-         }},
+         },
+         [&] { return theirs.fontSize() == 10; }},
         {"retention", backups, [&] { control<QRadioButton>("30").click(); },
          [&] { return theirs.automaticBackupRetention() == 30; },
          [&] { theirs.setAutomaticBackupRetention(14); },
-         [&] { return control<QRadioButton>("14").isChecked(); }},
+         [&] { return control<QRadioButton>("14").isChecked(); },
+         [&] { return theirs.automaticBackupRetention() == 14; }},
         {"daily backups", backups, [] {}, [] { return true; },
          [&] { theirs.setAutomaticBackupEnabled(true); },
-         [&] { return control<QCheckBox>("Back up every day").isChecked(); }},
+         [&] { return control<QCheckBox>("Back up every day").isChecked(); },
+         [&] { return theirs.automaticBackupEnabled(); }},
     };
     for (const auto& each : cases) {
         openSettings(each.pane);
@@ -115,24 +149,87 @@ TEST_F(SettingsTest, WhatIsChosenHoldsAtOnceAndWhatOthersChooseIsShown) {
         QApplication::processEvents();
         EXPECT_TRUE(each.isShown()) << each.what;
         theirs.reload();
-        EXPECT_TRUE(each.isShown()) << each.what << ": what they have chosen was not overwritten";
+        EXPECT_TRUE(each.theirsHold()) << each.what << " was overwritten";
     }
+}
+
+TEST_F(SettingsTest, TheWheelTurnsNoChoice) {
+    preferences.setLaunchDestination(Destination::board);
+    preferences.setLaunchBoardID(work->id());
+    preferences.setFontSize(16);
+    std::set<std::string> tried;
+    for (const auto pane : {general, appearance, backups}) {
+        openSettings(pane);
+        settings->resize(360, 320);
+        QApplication::processEvents();
+        for (auto* const choice : settings->findChildren<QComboBox*>()) {
+            if (!choice->isVisible()) {
+                continue;
+            }
+            EXPECT_EQ(choice->focusPolicy(), Qt::StrongFocus) << "and the keyboard stays";
+            const auto chosen = choice->currentIndex();
+            for (const auto turn : {-120, 120}) {
+                const QPointF middle = choice->rect().center();
+                QWheelEvent event(middle, choice->mapToGlobal(middle), {}, {0, turn}, Qt::NoButton,
+                                  Qt::NoModifier, Qt::NoScrollPhase, false);
+                QApplication::sendEvent(choice, &event);
+                EXPECT_EQ(choice->currentIndex(), chosen) << toUtf8(choice->currentText());
+                EXPECT_FALSE(event.isAccepted()) << "it is for what scrolls under the choice";
+            }
+            tried.insert(toUtf8(choice->accessibleName()));
+        }
+    }
+    EXPECT_THAT(tried, ::testing::ElementsAre("Board", "Default board", "Font size", "Open with",
+                                              "Settings"));
+}
+
+TEST_F(SettingsTest, ThePaneSaysWhatTheChosenStartMeans) {
+    openSettings(general);
+    for (const auto destination :
+         {Destination::board, Destination::lastBoard, Destination::upcoming}) {
+        preferences.setLaunchDestination(destination);
+        QApplication::processEvents();
+        EXPECT_EQ(words().find("\nOpens with the last selected board. If it was deleted, Inbox is "
+                               "used.\n") != std::string::npos,
+                  destination == Destination::lastBoard);
+        EXPECT_EQ(words().find("\nBoard\n") != std::string::npos,
+                  destination == Destination::board);
+    }
+}
+
+TEST_F(SettingsTest, TheWindowOfAnotherStoreChoosesNoneOfTheUsersBoards) {
+    auto another = workspace;
+    another.isUsersOwn = false;
+    preferences.setLaunchDestination(Destination::board);
+    preferences.setLaunchBoardID(base::Uuid::random());
+    preferences.setDefaultBoardID(work->id());
+    window = std::make_unique<MainWindow>(another, theme);
+    window->show();
+    openSettings(general);
+    for (const auto* const name : {"Board", "Default board"}) {
+        const auto& choice = control<QComboBox>(name);
+        EXPECT_FALSE(choice.isEnabled());
+        EXPECT_EQ(choice.currentText(), QStringLiteral("Inbox"));
+        EXPECT_THAT(toUtf8(choice.accessibleDescription()),
+                    ::testing::HasSubstr("in the window of that store"));
+    }
+    preferences.setLaunchDestination(Destination::lastBoard);
+    EXPECT_THAT(words(), ::testing::Not(::testing::HasSubstr("Opens with the last")));
 }
 
 TEST_F(SettingsTest, WhatIsTypedIsTakenHoweverTheWindowIsLeft) {
     using Leave = std::function<void()>;
-    const Leave byEscape = [&] { QTest::keyClick(settings, Qt::Key_Escape); };
-    const std::vector<std::pair<const char*, Leave>> ways{
-        {"7:10", byEscape},
-        {"7:15", [&] { QTest::keyClick(settings, Qt::Key_W, Qt::ControlModifier); }},
-        {"7:20", [&] { settings->close(); }},
-        {"7:25", [&] { window->storeAll(); }},
-        {"7:30", [&] { window->close(); }},
-        {"7:35", [&] {
-             QTest::keyClick(settings, Qt::Key_Q, Qt::ControlModifier);
-             QApplication::processEvents();
-             EXPECT_FALSE(window->isVisible());
-         }}};
+    const Leave byKeys = [&] { QTest::keyClick(settings, Qt::Key_W, Qt::ControlModifier); };
+    const std::vector<std::pair<const char*, Leave>> ways{{"7:15", byKeys},
+                                                          {"7:20", [&] { settings->close(); }},
+                                                          {"7:25", [&] { window->storeAll(); }},
+                                                          {"7:30", [&] { window->close(); }},
+                                                          {"7:35", [&] {
+                                                               QTest::keyClick(settings, Qt::Key_Q,
+                                                                               Qt::ControlModifier);
+                                                               QApplication::processEvents();
+                                                               EXPECT_FALSE(window->isVisible());
+                                                           }}};
     for (const auto& [typed, leave] : ways) {
         window.reset();
         openSettings(general);
@@ -143,7 +240,7 @@ TEST_F(SettingsTest, WhatIsTypedIsTakenHoweverTheWindowIsLeft) {
                           .msecsSinceStartOfDay() /
                       60'000);
     }
-    for (const auto& close : {byEscape, Leave([&] { window->close(); })}) {
+    for (const auto& close : {byKeys, Leave([&] { window->close(); })}) {
         window.reset();
         openSettings(general);
         typeTime("noon or so");
@@ -154,6 +251,62 @@ TEST_F(SettingsTest, WhatIsTypedIsTakenHoweverTheWindowIsLeft) {
         close();
         EXPECT_TRUE(!window->isVisible() || !settings->isVisible());
         EXPECT_EQ(preferences.defaultReminderMinutes(), 455);
+    }
+}
+
+TEST_F(SettingsTest, EscapeTakesBackWhatIsTypedAndOnlyThenCloses) {
+    openSettings(general);
+    auto& field = control<TimeField>("Default reminder time");
+    for (const auto* const typed : {"7:3", "noon", "", "7:30 PM"}) {
+        typeTime(typed);
+        QTest::keyClick(&field, Qt::Key_Escape);
+        EXPECT_TRUE(settings->isVisible()) << typed;
+        EXPECT_EQ(preferences.defaultReminderMinutes(), 540) << typed;
+        EXPECT_EQ(plain(field.text()), "9:00 AM");
+    }
+    typeTime("7:3");
+    theirs.setDefaultReminderMinutes(600);
+    preferences.reload();
+    QApplication::processEvents();
+    EXPECT_EQ(field.text(), QStringLiteral("7:3")) << "another program does not type here";
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_EQ(plain(field.text()), "10:00 AM");
+    QTest::keyClick(&field, Qt::Key_Escape);
+    EXPECT_FALSE(settings->isVisible());
+}
+
+TEST_F(SettingsTest, TheKeyboardComesToTheListOnceAndArrowsLeadThroughIt) {
+    openSettings(general);
+    const auto holder = [this] { return toUtf8(settings->focusWidget()->accessibleName()); };
+    const auto press = [this](Qt::Key key, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(settings->focusWidget(), key, modifiers);
+    };
+    EXPECT_EQ(holder(), "General");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(holder(), "Open with");
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    press(Qt::Key_Down);
+    EXPECT_EQ(holder(), "Appearance");
+    press(Qt::Key_Tab);
+    EXPECT_TRUE(qobject_cast<QRadioButton*>(settings->focusWidget()));
+    press(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(holder(), "Appearance");
+    control<QComboBox>("Font size").setFocus();
+    for (const auto isRestarted : {false, true}) {
+        settings->close();
+        if (isRestarted) {
+            window->close();
+            open();
+        }
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        QTest::keyClick(window.get(), Qt::Key_Comma, Qt::ControlModifier);
+        ASSERT_TRUE(QTest::qWaitFor([this] {
+            settings = qobject_cast<SettingsWindow*>(QApplication::activeWindow());
+            return settings != nullptr;
+        }));
+        EXPECT_EQ(holder(), "Appearance") << isRestarted;
+        EXPECT_THAT(words(), ::testing::StartsWith("Appearance"));
     }
 }
 
@@ -168,6 +321,9 @@ TEST_F(SettingsTest, ATimeThatIsNoneIsRefusedBesideItsField) {
     EXPECT_EQ(preferences.defaultReminderMinutes(), 540);
     EXPECT_THAT(toUtf8(field.accessibleDescription()),
                 ::testing::EndsWith("is not a time.\n" + toUtf8(note)));
+    typeTime("");
+    QTest::keyClick(&field, Qt::Key_Return);
+    EXPECT_THAT(words(), ::testing::HasSubstr("Enter a time."));
     typeTime("8:00");
     EXPECT_EQ(field.accessibleDescription(), note) << "it is still known of it";
 }
@@ -196,31 +352,50 @@ TEST_F(SettingsTest, AnOpenListOfBoardsIsNotTakenAway) {
     EXPECT_GE(choice.findText(QStringLiteral("Latest")), 0);
 }
 
-TEST_F(SettingsTest, SaysWhileSettingsCannotBeKept) {
+TEST_F(SettingsTest, BothWindowsSayWhileSettingsCannotBeKept) {
     std::filesystem::remove(folder / "settings.json");
     std::filesystem::create_directory(folder / "settings.json");
     openSettings(appearance);
-    auto& line = *settings->findChild<NoticeLine*>();
-    EXPECT_FALSE(line.isVisible());
+    const auto countSaid = [&] {
+        int said = 0;
+        for (QWidget* const each : std::initializer_list<QWidget*>{window.get(), settings}) {
+            auto& line = *each->findChild<UnkeptLine*>();
+            auto& spoken = *QAccessible::queryAccessibleInterface(&line);
+            EXPECT_EQ(spoken.role(), QAccessible::AlertMessage);
+            said += line.isVisible() && spoken.text(QAccessible::Name)
+                                            .startsWith(QStringLiteral("Settings cannot be saved"))
+                        ? 1
+                        : 0;
+        }
+        return said;
+    };
+    EXPECT_EQ(countSaid(), 0);
     control<QRadioButton>("Dark").click();
     EXPECT_TRUE(theme.colors().isDark);
-    EXPECT_TRUE(line.isVisible());
+    EXPECT_EQ(countSaid(), 2);
+    QApplication::processEvents();
+    const auto* const text = settings->findChild<UnkeptLine*>()->findChildren<QLabel*>().back();
+    EXPECT_GE(text->mapTo(settings, QPoint()).y(), theme.space(Space::medium));
     std::filesystem::remove(folder / "settings.json");
     preferences.reload();
-    EXPECT_FALSE(line.isVisible());
+    EXPECT_EQ(countSaid(), 0);
 }
 
 TEST_F(SettingsTest, OnlyTheUsersOwnStoreIsRemembered) {
+    preferences.setLaunchDestination(Destination::board);
+    preferences.setLaunchBoardID(work->id());
     preferences.setMainBoardSelectedBoardID(inbox->id());
     auto another = workspace;
     another.isUsersOwn = false;
     for (const auto* const each : std::initializer_list<const Workspace*>{&another, &workspace}) {
         window = std::make_unique<MainWindow>(*each, theme);
+        EXPECT_EQ(page().board(), each == &workspace ? work : inbox) << "the board to begin with";
         navigation().openBoard(*work);
         EXPECT_EQ(preferences.mainBoardSelectedBoardID(),
                   each == &workspace ? work->id() : inbox->id());
     }
     const auto gone = base::Uuid::random();
+    preferences.setLaunchDestination(Destination::lastBoard);
     preferences.setMainBoardSelectedBoardID(gone);
     open();
     EXPECT_EQ(page().board(), inbox);
@@ -293,6 +468,10 @@ TEST_F(SettingsTest, ANarrowWindowHasAChoiceInPlaceOfTheList) {
                 if (const auto* const group = qobject_cast<const SettingsGroup*>(each);
                     group && group->isVisible()) {
                     EXPECT_LE(group->height(), group->heightForWidth(group->width())) << pane;
+                }
+                if (const auto* const row = qobject_cast<const SettingsRow*>(each);
+                    row && row->isVisible()) {
+                    expectTogether(*row);
                 }
                 if (const auto* const segment = qobject_cast<const QRadioButton*>(each);
                     segment && segment->isVisible()) {

@@ -272,6 +272,31 @@ TEST_F(SchedulePopoverTest, WhatIsRefusedStaysOpenWithTheReasonBesideIt) {
     EXPECT_TRUE(entry->schedule().isEmpty());
 }
 
+TEST_F(SchedulePopoverTest, AnotherChoiceTakesThePlaceOfWhatWasRefused) {
+    open();
+    for (const auto* const each : {"Due", "Until", "From", "Reminder", "Custom"}) {
+        button(each).click();
+    }
+    struct Case {
+        const char* field;
+        std::vector<const char*> presses;
+    };
+    for (const auto& [name, presses] :
+         {Case{"Start time", {"From", "From"}}, Case{"Due time", {"Until", "Until"}},
+          Case{"Time of the reminder", {"At due time", "Custom"}},
+          Case{"Day of the reminder", {"Reminder", "Reminder", "Custom"}}}) {
+        SCOPED_TRACE(name);
+        enter(name, "31x");
+        button("Done").setFocus();
+        EXPECT_NE(field(name).problem(), QString());
+        for (const auto* const each : presses) {
+            button(each).click();
+        }
+        EXPECT_EQ(field(name).problem(), QString());
+        EXPECT_NE(shown(name), QStringLiteral("31x"));
+    }
+}
+
 TEST_F(SchedulePopoverTest, WhoeverChecksABoxByKeyIsInItsField) {
     open();
     const std::pair<const char*, const char*> cases[] = {

@@ -10,6 +10,7 @@
 #include "ui/windows/MainWindow.h"
 #include "ui/windows/Sidebar.h"
 #include "ui/windows/StoreErrorWindow.h"
+#include "ui/windows/StorePreparingWindow.h"
 #include "ui/windows/WindowScenes.h"
 
 #include <QLabel>
@@ -230,6 +231,25 @@ TEST_F(AccessibilityTest, AStoreErrorHasNamesForAllThatCanBeReached) {
     error.show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&error));
     EXPECT_THAT(AccessibleTree(error).problems(), IsEmpty());
+}
+
+TEST_F(AccessibilityTest, WhatStandsInForTheMainWindowSaysWhichFileItIsAboutAndWhatIsDone) {
+    StoreErrorWindow legacy(QStringLiteral("It is cut short."), "/tmp/Korvex/default.store", theme,
+                            StoreErrorWindow::Which::legacy);
+    StorePreparingWindow preparing(theme);
+    const auto words = [](QWidget& shown) {
+        shown.show();
+        EXPECT_THAT(AccessibleTree(shown).problems(), IsEmpty());
+        std::string all;
+        for (const auto* const label : shown.findChildren<QLabel*>()) {
+            all += label->text().toStdString() + "\n";
+        }
+        return all;
+    };
+    EXPECT_THAT(words(legacy), HasSubstr("It is the store of an older Korvex, the file below. Move "
+                                         "it away to start anew, or try again when the cause is "
+                                         "gone.\n/tmp/Korvex/default.store\n"));
+    EXPECT_THAT(words(preparing), HasSubstr("The store is being prepared\n"));
 }
 
 } // namespace

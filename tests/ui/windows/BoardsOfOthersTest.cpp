@@ -91,6 +91,65 @@ TEST_F(BoardsOfOthersTest, WordsOutliveTheirBoard) {
     EXPECT_THAT(workspace.drafts.find().drafts, IsEmpty());
 }
 
+TEST_F(BoardsOfOthersTest, WhatIsReplacedIsNotToldAsDeletedNorTheOtherWayRound) {
+    add({"kept"});
+    storage::Work whole;
+    const auto document = storage::createBackup(*container, kNow, whole).document;
+    own.boards.createBoard("Late", kNow);
+    add({"typed on"});
+    open();
+    const auto isTold = [&](const char* why) {
+        const auto said = tests::shownRefusal(page());
+        EXPECT_TRUE(said.contains(QString::fromUtf8(why))) << toUtf8(said);
+    };
+    const auto deleteElsewhere = [&](const char* text) {
+        elsewhere([&](tests::StoreClient& client) {
+            for (auto* const each : client.boards.inboxBoard()->entries()) {
+                if (each->content() == text) {
+                    client.entries.deleteEntry(*each);
+                    return;
+                }
+            }
+            ADD_FAILURE() << text;
+        });
+        QApplication::processEvents();
+    };
+    const auto replaceElsewhere = [&] {
+        elsewhere([&](tests::StoreClient& client) {
+            storage::BackupService(client.context, client.reminders, client.widgets, log)
+                .restore(document, folder / "Recovery" / "BeforeRestore.korvexbackup", kNow, whole);
+        });
+        QApplication::processEvents();
+    };
+    list().setCurrentRow(1);
+    list().setFocus();
+    key(Qt::Key_Return);
+    type(" more");
+    replaceElsewhere();
+    isTold("Another program has replaced this todo meanwhile.");
+    EXPECT_EQ(page().findChild<TodoEditor*>()->typed(), QStringLiteral("typed on more"));
+    EXPECT_TRUE(page().leave());
+    navigation().openBoard(own.boards.createBoard("Later", kNow));
+    replaceElsewhere();
+    EXPECT_EQ(page().banner().message(),
+              QStringLiteral("“Later” is gone: another program has replaced all boards."));
+
+    page().startTodo();
+    type("new");
+    runLoop.advance(TypingTimer::kPause.count());
+    type("er");
+    deleteElsewhere("new");
+    isTold("Another program deleted this todo meanwhile.");
+    EXPECT_TRUE(page().leave());
+    list().setCurrentRow(0);
+    list().setFocus();
+    key(Qt::Key_Return);
+    type("!");
+    replaceElsewhere();
+    deleteElsewhere("kept");
+    isTold("Another program deleted this todo meanwhile.");
+}
+
 TEST_F(BoardsOfOthersTest, WordsOnABoardThatAnotherDeletesComeAlongToTheInbox) {
     struct Case {
         const char* what;

@@ -1,6 +1,8 @@
 #include "ui/windows/WindowScenes.h"
 
+#include "services/AttachmentList.h"
 #include "services/EntryOrder.h"
+#include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/entries/RowRefusal.h"
@@ -47,6 +49,9 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
     for (auto* const entry : services::activeEntries(*m_inbox)) {
         auto*& found = entry->isTodo() ? m_todo : m_text;
         found = found ? found : entry;
+        const auto files = services::attachmentsOf(*entry).attachments;
+        m_pictured =
+            !files.empty() && files.front().filename.ends_with(".png") ? entry : m_pictured;
     }
     addBoardScenes();
     addEditingScenes();
@@ -104,6 +109,10 @@ void WindowScenes::addBoardScenes() {
             key(Qt::Key_Delete);
         },
         "Button: Undo");
+    add(
+        "notice",
+        [this] { m_window.showNotices({"The store was damaged. What could be read was saved."}); },
+        "AlertMessage: The store was damaged.");
 }
 
 void WindowScenes::addEditingScenes() {
@@ -144,6 +153,18 @@ void WindowScenes::addEditingScenes() {
                 key(Qt::Key_K, Qt::ControlModifier | Qt::ShiftModifier);
             },
             "Dialog: ");
+        add(
+            "text-language",
+            [this] {
+                edit(*m_text);
+                key(Qt::Key_End, Qt::ControlModifier);
+                auto& editor = found(m_window.findChild<RichTextEdit*>(), "Editor");
+                if (!editor.formatState().isCodeBlock) {
+                    editor.perform({{richtext::RichTextAction::Kind::codeBlock}});
+                }
+                barAction("Language").trigger();
+            },
+            "List: Languages");
     }
 }
 
@@ -178,6 +199,19 @@ void WindowScenes::addPanelScenes() {
             },
             "Button: Next month");
     }
+    if (m_pictured) {
+        add(
+            "preview",
+            [this] {
+                choose(*m_pictured);
+                key(Qt::Key_Right);
+                key(Qt::Key_Space);
+                const auto name = QStringLiteral("attachmentPreview"); // decoded on a thread
+                static_cast<void>(
+                    QTest::qWaitFor([&] { return m_window.findChild<QWidget*>(name) != nullptr; }));
+            },
+            "Dialog: ");
+    }
     add(
         "icons", [this] { press("Icon of the board"); }, "Dialog: Icon and color of the board");
     add(
@@ -206,6 +240,29 @@ void WindowScenes::addMenuScenes() {
             key(Qt::Key_F10, Qt::ShiftModifier);
         });
     }
+    if (m_text) {
+        addBarScenes();
+    }
+}
+
+/// Of the bar over the text; in a narrow window they open from behind "More".
+void WindowScenes::addBarScenes() {
+    for (const auto& [scene, control] :
+         {std::pair("menu-headings", "Heading"), std::pair("menu-lists", "Lists")}) {
+        add(scene, [this, name = control] {
+            edit(*m_text);
+            const auto& bar = found(m_window.findChild<FormatBar*>(), "Format");
+            barAction(name).menu()->popup(bar.mapToGlobal(bar.rect().bottomLeft()));
+        });
+    }
+}
+
+QAction& WindowScenes::barAction(const char* name) const {
+    const auto actions = found(m_window.findChild<FormatBar*>(), name).actions();
+    const auto action = std::find_if(actions.begin(), actions.end(), [&](const QAction* each) {
+        return each->toolTip().startsWith(QString::fromUtf8(name));
+    });
+    return found(action == actions.end() ? nullptr : *action, name);
 }
 
 void WindowScenes::addPageScenes() {
@@ -325,6 +382,9 @@ void WindowScenes::close() {
     }
     m_window.findChild<Sidebar*>()->searchField().clear();
     page().endAnswer();
+    if (auto* const notice = widget<QAbstractButton>("Close this message")) {
+        notice->click();
+    }
     key(Qt::Key_Escape); // the sidebar that lies over a narrow page
 }
 

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+class QAction;
+
 namespace korvex::ui {
 class BoardPage;
 class MainWindow;
@@ -54,6 +56,7 @@ private:
     void addEditingScenes();
     void addPanelScenes();
     void addMenuScenes();
+    void addBarScenes();
     void addPageScenes();
     void addSettingsScenes();
     void add(const char* name, std::function<void()> open, std::string shows = {});
@@ -68,6 +71,7 @@ private:
     template <typename Kind>
     Kind* widget(const char* name) const;
     void press(const char* button);
+    QAction& barAction(const char* name) const;
     void focus(const char* field);
     /// Chooses an entry of the menu that is open.
     static void chooseInMenu(const char* text);
@@ -79,6 +83,8 @@ private:
     model::Board* m_archived = nullptr;
     model::Entry* m_todo = nullptr;
     model::Entry* m_text = nullptr;
+    /// With a picture attached to it.
+    model::Entry* m_pictured = nullptr;
     std::vector<Scene> m_scenes;
 };
 

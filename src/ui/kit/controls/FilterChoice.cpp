@@ -7,7 +7,6 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QStylePainter>
-#include <QWheelEvent>
 
 #include <algorithm>
 
@@ -21,7 +20,7 @@ constexpr int kShownLetters = 24;
 } // namespace
 
 FilterChoice::FilterChoice(const QString& name, const Theme& theme, QWidget* parent)
-    : QComboBox(parent), m_theme(theme) {
+    : ListChoice(parent), m_theme(theme) {
     setAccessibleName(name);
     setToolTip(name);
     setAttribute(Qt::WA_Hover);
@@ -61,7 +60,7 @@ void FilterChoice::showPopup() {
     // The button may be narrower than what it offers.
     auto& list = *view();
     list.setMinimumWidth(list.sizeHintForColumn(0) + 2 * m_theme.space(Space::medium));
-    QComboBox::showPopup();
+    ListChoice::showPopup();
 }
 
 void FilterChoice::paintEvent(QPaintEvent*) {
@@ -93,7 +92,7 @@ void FilterChoice::mousePressEvent(QMouseEvent* event) {
     if (isOnCross && event->button() == Qt::LeftButton) {
         setCurrentIndex(0);
     } else {
-        QComboBox::mousePressEvent(event);
+        ListChoice::mousePressEvent(event);
     }
 }
 
@@ -101,12 +100,8 @@ void FilterChoice::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Delete || event->key() == Qt::Key_Backspace) {
         setCurrentIndex(0);
     } else {
-        QComboBox::keyPressEvent(event);
+        ListChoice::keyPressEvent(event);
     }
-}
-
-void FilterChoice::wheelEvent(QWheelEvent* event) {
-    event->ignore(); // who scrolls over it does not mean it
 }
 
 } // namespace korvex::ui

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "ui/kit/controls/ListChoice.h"
 #include "ui/kit/theme/Theme.h"
 
-#include <QComboBox>
 #include <QStyleOptionComboBox>
 
 namespace korvex::ui {
@@ -10,7 +10,7 @@ namespace korvex::ui {
 /// One criterion of a filter: a quiet button that says its choice and offers the others. The first
 /// choice leaves everything as it is; with another one the button is tinted, and its cross, Delete
 /// or Backspace choose the first again. Main thread.
-class FilterChoice final : public QComboBox {
+class FilterChoice final : public ListChoice {
     Q_OBJECT
 
 public:
@@ -24,7 +24,6 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void wheelEvent(QWheelEvent* event) override;
 
 private:
     bool isSet() const { return currentIndex() > 0; }

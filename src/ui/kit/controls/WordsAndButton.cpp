@@ -13,8 +13,18 @@ WordsAndButton::WordsAndButton(QWidget& words, QWidget& button, Below below)
     addWidget(&button, 0, Qt::AlignTop | Qt::AlignRight);
 }
 
+void WordsAndButton::setSpacing(int spacing) {
+    m_spacingBeside = spacing;
+    setSpacingBelow(spacing);
+}
+
+void WordsAndButton::setSpacingBelow(int spacing) {
+    m_spacingBelow = spacing;
+    QBoxLayout::setSpacing(direction() == TopToBottom ? m_spacingBelow : m_spacingBeside);
+}
+
 int WordsAndButton::roomBeside(int width) const {
-    return itemAt(1)->isEmpty() ? width : width - spacing() - itemAt(1)->sizeHint().width();
+    return itemAt(1)->isEmpty() ? width : width - m_spacingBeside - itemAt(1)->sizeHint().width();
 }
 
 int WordsAndButton::heightForWidth(int width) const {
@@ -29,7 +39,7 @@ int WordsAndButton::heightForWidth(int width) const {
     };
     const int height = button == 0      ? words(room)
                        : isBeside(room) ? std::max(words(roomBeside(room)), button)
-                                        : words(room) + spacing() + button;
+                                        : words(room) + m_spacingBelow + button;
     return height + margins.top() + margins.bottom();
 }
 
@@ -43,6 +53,9 @@ void WordsAndButton::setGeometry(const QRect& rect) {
     const auto margins = contentsMargins();
     const auto beside = isBeside(rect.width() - margins.left() - margins.right());
     setDirection(beside ? LeftToRight : TopToBottom);
+    if (const auto now = beside ? m_spacingBeside : m_spacingBelow; now != spacing()) {
+        QBoxLayout::setSpacing(now);
+    }
     const auto isAtBeginning = !beside && m_below == Below::atBeginning;
     itemAt(1)->setAlignment(Qt::AlignTop | (isAtBeginning ? Qt::AlignLeft : Qt::AlignRight));
     QBoxLayout::setGeometry(rect);

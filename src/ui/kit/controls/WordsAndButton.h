@@ -16,6 +16,10 @@ public:
 
     /// In pixels: beside a button the words are not to have less.
     void setNarrowest(int width) { m_narrowest = width; }
+    /// In pixels, between the two where the button stands beside the words, and the same below
+    /// them unless that is set behind it.
+    void setSpacing(int spacing) override;
+    void setSpacingBelow(int spacing);
 
     /// Not in height, though below each other the words would take what is left of that.
     Qt::Orientations expandingDirections() const override { return Qt::Horizontal; }
@@ -32,6 +36,8 @@ private:
 
     Below m_below;
     int m_narrowest = 0;
+    int m_spacingBeside = 0;
+    int m_spacingBelow = 0;
 };
 
 /// Puts a short note, which stands beside words in place of a button, into the middle of their

@@ -42,7 +42,7 @@ void DateField::applyTheme() {
 void DateField::setDate(const QDate& date) {
     if (const auto day = bounded(date); day != m_date) {
         m_date = day;
-        showValue();
+        followValue();
     }
 }
 
@@ -74,7 +74,8 @@ QString DateField::widest() const {
 }
 
 QString DateField::reason() const {
-    return tr("“%1” is not a day.").arg(isolated(shortened(text())));
+    return text().trimmed().isEmpty() ? tr("Enter a day.")
+                                      : tr("“%1” is not a day.").arg(isolated(shortened(text())));
 }
 
 base::DatePart DateField::partOf(Stride stride) const {

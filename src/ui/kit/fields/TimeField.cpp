@@ -23,12 +23,12 @@ TimeField::TimeField(std::shared_ptr<const base::DateFormats> formats, const The
 void TimeField::setTime(const QTime& time) {
     if (time != m_time) {
         m_time = time;
-        showValue();
+        followValue();
     }
 }
 
 void TimeField::setFormats(std::shared_ptr<const base::DateFormats> formats) {
-    if (formats != m_formats && !isModified()) {
+    if (formats != m_formats && !isTyping()) {
         m_formats = std::move(formats);
         showValue();
         updateGeometry();
@@ -62,7 +62,8 @@ QString TimeField::widest() const {
 }
 
 QString TimeField::reason() const {
-    return tr("“%1” is not a time.").arg(isolated(shortened(text())));
+    return text().trimmed().isEmpty() ? tr("Enter a time.")
+                                      : tr("“%1” is not a time.").arg(isolated(shortened(text())));
 }
 
 base::DatePart TimeField::partOf(Stride stride) const {

@@ -8,6 +8,7 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace korvex::ui {
 
@@ -25,7 +26,8 @@ TypedField::TypedField(const Theme& theme, QWidget* parent) : QLineEdit(parent),
     connect(this, &QLineEdit::textEdited, this, [this](const QString& typed) {
         setProblem({});
         Q_EMIT typing();
-        if (isWhole(typed) && read(typed)) {
+        m_isTaken = isWhole(typed) && read(typed);
+        if (m_isTaken) {
             Q_EMIT changed();
         }
     });
@@ -53,6 +55,20 @@ void TypedField::discard() {
     }
 }
 
+bool TypedField::takeBack() {
+    if (!isModified()) {
+        return false;
+    }
+    const auto isOther = toQString(std::u16string_view(shown().text)) != m_before;
+    const auto isBack = isOther && read(m_before);
+    showValue();
+    selectAll();
+    if (isBack) {
+        Q_EMIT changed();
+    }
+    return true;
+}
+
 QSize TypedField::sizeHint() const {
     // Qt reckons with seventeen of these letters, and with all that stands around them.
     constexpr int kQtsLetters = 17;
@@ -65,8 +81,18 @@ QSize TypedField::sizeHint() const {
 void TypedField::showValue() {
     auto now = shown();
     m_places = std::move(now.places);
-    setText(toQString(std::u16string_view(now.text)));
+    m_before = toQString(std::u16string_view(now.text));
+    m_isTaken = false;
+    setText(m_before);
     setProblem({});
+}
+
+void TypedField::followValue() {
+    if (isTyping()) {
+        m_before = toQString(std::u16string_view(shown().text));
+    } else {
+        showValue();
+    }
 }
 
 void TypedField::setProblem(const QString& problem) {

@@ -19,6 +19,11 @@ public:
     bool take();
     /// Shows the value in place of what has been typed, which another choice has made void.
     void discard();
+    /// Gives up what has been typed since the field last showed a value by itself, taken or not:
+    /// that value is back. False where nothing has been typed.
+    bool takeBack();
+    /// Whether something is typed that was not taken yet.
+    bool isTyping() const { return isModified() && !m_isTaken; }
     /// Why what is typed was refused; empty while it was not.
     const QString& problem() const { return m_problem; }
     /// Marks a value that can be read and yet cannot be: `why` says so; empty when it can.
@@ -52,8 +57,11 @@ protected:
     /// Changes the value.
     virtual void stepPart(base::DatePart part, int steps) = 0;
 
-    /// To be called when the value is another.
+    /// To be called when the user has chosen another value.
     void showValue();
+    /// To be called when the value has become another by its source, as by another program: it is
+    /// shown at once, or in place of what is being typed when that is given up.
+    void followValue();
     const Theme& theme() const { return m_theme; }
 
     void keyPressEvent(QKeyEvent* event) override;
@@ -72,6 +80,10 @@ private:
 
     const Theme& m_theme;
     std::vector<base::ShownDate::Place> m_places;
+    /// The value as it was shown before the typing, or has become since by its source.
+    QString m_before;
+    /// What is typed was read while it was typed.
+    bool m_isTaken = false;
     QString m_problem;
     QString m_objection;
     WheelNotches m_wheel;

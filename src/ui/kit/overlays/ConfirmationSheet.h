@@ -4,8 +4,8 @@
 
 namespace korvex::ui {
 
-/// Asks, in the middle of the window, before something is done that cannot be undone. The keyboard
-/// starts on the button that does nothing.
+/// Asks, in the middle of the window, before something is done that cannot be undone; all else in
+/// the window is quiet until that is answered. The keyboard starts on the button that does nothing.
 class ConfirmationSheet final : public Popover {
     Q_OBJECT
 
@@ -17,6 +17,9 @@ public:
 
 Q_SIGNALS:
     void confirmed();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
 };
 
 } // namespace korvex::ui

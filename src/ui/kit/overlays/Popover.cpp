@@ -34,7 +34,10 @@ void closeMenus(const QWidget& window) {
 } // namespace
 
 Popover::Popover(const Theme& theme, QWidget* window)
-    : QFrame(window), m_theme(theme), m_focusBefore(QApplication::focusWidget()) {
+    : QFrame(window),
+      m_theme(theme),
+      // Also while another window has the keyboard, as that of a file dialog that is just closing.
+      m_focusBefore(window->window()->focusWidget()) {
     setAttribute(Qt::WA_DeleteOnClose);
     setAttribute(Qt::WA_NoMousePropagation); // a press on its ground is none on the window
     setFocusPolicy(Qt::StrongFocus);
@@ -71,7 +74,8 @@ void Popover::open() {
 void Popover::closeNow() {
     QApplication::instance()->removeEventFilter(this);
     Q_EMIT closing();
-    const auto hadFocus = isAncestorOf(QApplication::focusWidget()) || hasFocus();
+    const auto* const focused = window()->focusWidget();
+    const auto hadFocus = focused && (focused == this || isAncestorOf(focused));
     close();
     if (hadFocus && m_focusBefore) {
         m_focusBefore->setFocus();

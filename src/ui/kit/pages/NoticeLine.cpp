@@ -2,14 +2,17 @@
 
 #include "ui/kit/controls/WordsAndButton.h"
 #include "ui/kit/pages/ColumnLayout.h"
+#include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QShowEvent>
 
 #include <algorithm>
+#include <utility>
 
 namespace korvex::ui {
 
@@ -20,13 +23,15 @@ constexpr int kNarrowestWords = 140;
 
 } // namespace
 
-NoticeLine::NoticeLine(const Words& words, const Theme& theme, QWidget* parent)
-    : QWidget(parent),
-      m_theme(theme),
+NoticeLine::NoticeLine(const Words& words, const Theme& theme, Place place)
+    : m_theme(theme),
+      m_place(place),
       m_iconName(words.icon),
       m_row(new QHBoxLayout),
       m_icon(new QLabel(this)),
       m_text(new QLabel(words.text, this)) {
+    Accessibility::setRole(*this, QAccessible::AlertMessage);
+    setAccessibleName(words.text);
     m_text->setWordWrap(true);
     m_text->setAlignment((lineStart() & Qt::AlignHorizontal_Mask) | Qt::AlignTop);
     auto* const column = new ColumnLayout(theme, this);
@@ -50,10 +55,29 @@ void NoticeLine::setActionEnabled(bool enabled) {
     m_button->setEnabled(enabled);
 }
 
+void NoticeLine::setHolds(bool holds) {
+    if (holds == !isHidden()) {
+        return;
+    }
+    setVisible(holds);
+    m_isUnsaid = holds && !isVisible();
+    if (holds && isVisible() && isActiveWindow()) {
+        Accessibility::say(*this, m_text->text());
+    }
+}
+
+void NoticeLine::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (std::exchange(m_isUnsaid, false)) {
+        Accessibility::say(*this, m_text->text());
+    }
+}
+
 void NoticeLine::applyTheme() {
     const auto& color = m_theme.colors().secondaryText;
     const auto side = m_theme.space(Space::wide);
-    m_row->setContentsMargins(side, 0, side, m_theme.space(Space::medium));
+    const auto above = m_place == Place::atTop ? m_theme.space(Space::medium) : 0;
+    m_row->setContentsMargins(side, above, side, m_theme.space(Space::medium));
     m_row->setSpacing(m_theme.space(Space::medium));
     m_icon->setPixmap(
         IconSet::pixmap(m_iconName, color, m_theme.extent(Extent::icon), devicePixelRatioF()));

@@ -13,8 +13,8 @@ namespace korvex::ui {
 class WordsAndButton;
 
 /// A quiet line over a page that says something lasting about it, with a button that does something
-/// about it where there is something to do. Hidden until it is shown.
-class NoticeLine final : public QWidget {
+/// about it where there is something to do. Hidden until that holds.
+class NoticeLine : public QWidget {
     Q_OBJECT
 
 public:
@@ -25,17 +25,26 @@ public:
         /// Empty for no button.
         QString action;
     };
-    NoticeLine(const Words& words, const Theme& theme, QWidget* parent = nullptr);
+    /// Whether there is anything above it that keeps it from the edge of the window.
+    enum class Place { underHeader, atTop };
+    NoticeLine(const Words& words, const Theme& theme, Place place = Place::underHeader);
 
+    /// Whether what it says is so: it is shown, and read out once. Of several windows that say so
+    /// the active one is read out, or a later one when it first comes into sight.
+    void setHolds(bool holds);
     void setActionEnabled(bool enabled);
 
 Q_SIGNALS:
     void pressed();
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void applyTheme();
 
     const Theme& m_theme;
+    Place m_place;
     QString m_iconName;
     QHBoxLayout* m_row;
     QLabel* m_icon;
@@ -43,6 +52,8 @@ private:
     /// Null where there is nothing to do.
     QPushButton* m_button = nullptr;
     WordsAndButton* m_words = nullptr;
+    /// It began to hold while its window or page was out of sight.
+    bool m_isUnsaid = false;
 };
 
 } // namespace korvex::ui

@@ -1,0 +1,240 @@
+#include "ui/settings/BackupsPaneFixture.h"
+
+#include "support/ScopedEnvironment.h"
+#include "ui/kit/controls/Switch.h"
+#include "ui/settings/AutomaticBackupRows.h"
+
+#include <QSignalSpy>
+
+namespace korvex::ui {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+using AutomaticBackupsPaneTest = BackupsPaneFixture;
+
+TEST_F(AutomaticBackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackFromThere) {
+    const auto chosen = folder / "chosen";
+    std::filesystem::create_directory(chosen);
+    add({"mine"});
+    openSettings(backups);
+    EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
+    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
+    EXPECT_THAT(words(), HasSubstr("None has been chosen yet."));
+    EXPECT_THAT(words(), HasSubstr("Choose a folder, then enable daily backups. Saved entries are "
+                                   "backed up while Korvex is running; missed backups run when you "
+                                   "reopen it. History is kept in a separate subfolder for this "
+                                   "installation. Manual exports are kept separately."));
+    EXPECT_THAT(words(), HasSubstr("\nKeep Most Recent\n"));
+    control<QPushButton>("Choose…").setFocus();
+    answer("Choose…", chosen);
+    EXPECT_FALSE(control<QPushButton>("Choose…").isEnabled());
+    workUntilSaid(chosen.filename().c_str());
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Choose…"));
+    EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nOff"));
+    control<Switch>("Back up every day").click();
+    EXPECT_THAT(words(), HasSubstr("Next backup\nDue now"));
+    backUpNow();
+    EXPECT_THAT(words(), HasSubstr("2 boards, 1 entry, "));
+    EXPECT_THAT(words(), HasSubstr("Last backup\nMar 10, 2025, 8:00 AM\nNext backup\n"
+                                   "Mar 11, 2025, 8:00 AM"));
+    EXPECT_EQ(firstLine("Next backup"), firstLine("Mar 11, 2025, 8:00 AM"));
+
+    own.boards.deleteBoard(*work);
+    auto& restore = control<QPushButton>("Restore…");
+    restore.setFocus();
+    press("Restore…");
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Cancel"));
+    workUntil([&] { return !question().empty(); });
+    press("Import");
+    workUntilSaid("Backup restored.");
+    EXPECT_EQ(settings->focusWidget(), &restore);
+    EXPECT_THAT(boardNames(), ElementsAre("Inbox", "Work"));
+
+    std::filesystem::create_directory(folder / "gone");
+    answer("Choose…", folder / "gone", [&] { std::filesystem::remove(folder / "gone"); });
+    workUntilSaid(
+        "Could not save access to this backup folder. Choose another folder and try again.");
+    EXPECT_THAT(words(), HasSubstr("chosen"));
+    const QSignalSpy told(settings->findChild<AutomaticBackupRows*>(), &AutomaticBackupRows::told);
+    press("Back Up Now");
+    workUntil([&] { return control<QPushButton>("Back Up Now").isEnabled(); });
+    EXPECT_EQ(told.count(), 0) << "what the folder was refused for is no answer to this";
+}
+
+TEST_F(AutomaticBackupsPaneTest, AFailureIsToldOnceWhereItBelongsUntilABackupIsMade) {
+    const auto chosen = folder / "chosen";
+    chooseAndBackUp(chosen);
+    log.expectError("Backup operation failed");
+    std::filesystem::rename(chosen, folder / "elsewhere");
+    comeBack();
+    workUntilSaid("The folder is gone, or another one stands in its place. Make it available, or "
+                  "choose it again.");
+    workUntilSaid("Those in the folder are shown when it is there again.");
+    settings->resize(settings->width(), 300); // hardly room for two rows
+    press("Back Up Now");
+    const auto failure = storage::AutomaticBackupService::kFailure;
+    workUntilSaid(failure);
+    EXPECT_THAT(words(), HasSubstr(std::string("chosen\n") + failure +
+                                   "\nThe folder is gone, or another one stands in its place.\n"));
+    EXPECT_THAT(words(), Not(HasSubstr("Make it available")));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isInSight(failure); }));
+
+    std::filesystem::rename(folder / "elsewhere", chosen);
+    comeBack();
+    workUntil([&] { return words().find("The folder is gone") == std::string::npos; });
+    EXPECT_THAT(words(), HasSubstr("Automatic backup failed.")) << "none has been made yet";
+    auto theirs = defaults.forAnotherThread();
+    app::AppPreferences(*theirs, log).setAutomaticBackupLastSuccess(clock.now() + 1);
+    preferences.reload();
+    EXPECT_THAT(words(), Not(HasSubstr("Automatic backup failed.")));
+    std::filesystem::rename(chosen, folder / "elsewhere");
+    comeBack();
+    workUntilSaid("The folder is gone");
+    std::filesystem::rename(folder / "elsewhere", chosen);
+    app::AppPreferences(*theirs, log).setAutomaticBackupLastSuccess(clock.now() + 2);
+    preferences.reload();
+    workUntil([&] { return words().find("The folder is gone") == std::string::npos; });
+
+    const auto history = chosen / storage::historyFolderName(preferences.automaticBackupID());
+    std::filesystem::rename(history, folder / "elsewhere");
+    std::ofstream(history) << "in its place";
+    press("Back Up Now");
+    workUntilSaid("Your saved entries have not been changed.\nSomething else stands in the place "
+                  "of the folder that the automatic backups are kept in.");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isInSight(failure); }));
+
+    preferences.setAutomaticBackupBookmark(base::Bytes{'n', 'o', 'n', 'e'});
+    workUntilSaid("Which folder was chosen is not known any more. Choose it again.");
+    EXPECT_THAT(words(), Not(HasSubstr("None has been chosen yet.")));
+    EXPECT_FALSE(control<QPushButton>("Back Up Now").isEnabled());
+}
+
+TEST_F(AutomaticBackupsPaneTest, WhatIsCancelledSaysSoAndWhatIsNextFollowsTheClock) {
+    const auto chosen = folder / "chosen";
+    chooseAndBackUp(chosen);
+    const auto next = [&] {
+        const auto all = words();
+        const auto begin = all.find("Next backup\n") + 12;
+        return all.substr(begin, all.find('\n', begin) - begin);
+    };
+    EXPECT_EQ(next(), "Off");
+    control<Switch>("Back up every day").click();
+    EXPECT_EQ(next(), "Mar 11, 2025, 8:00 AM");
+    {
+        const tests::ScopedEnvironment zone("TZ", "Asia/Tokyo");
+        owner.workspace().dates.renew();
+        EXPECT_EQ(next(), "Mar 11, 2025, 5:00 PM");
+        EXPECT_THAT(words(), HasSubstr("Mar 10, 2025, 5:00 PM\n2 boards")) << "the history too";
+    }
+    owner.workspace().dates.renew();
+    clock.set(kNow - 60);
+    workspace.scheduleClock.refresh();
+    EXPECT_EQ(next(), "Due now") << "the clock was set back";
+    clock.set(kNow);
+    workspace.scheduleClock.refresh();
+    EXPECT_EQ(next(), "Mar 11, 2025, 8:00 AM");
+    clock.advance(86'400);
+    runLoop.advance(86'400);
+    EXPECT_EQ(next(), "Due now");
+
+    workUntil([&] {
+        const auto isCancelled = words().find("The backup was cancelled. Korvex tries again within "
+                                              "a quarter of an hour.") != std::string::npos;
+        if (!isCancelled && control<QPushButton>("Back Up Now").isEnabled()) {
+            if (next() != "Due now") { // it was made before it could be cancelled
+                clock.advance(86'400);
+                runLoop.advance(86'400);
+            }
+            press("Back Up Now");
+            press("Cancel");
+        }
+        return isCancelled;
+    });
+    press("Back Up Now");
+    EXPECT_THAT(words(), Not(HasSubstr("cancelled")));
+    workUntil([&] { return next() != "Due now"; });
+    EXPECT_THAT(next(), HasSubstr("8:00 AM"));
+}
+
+TEST_F(AutomaticBackupsPaneTest, TheHistoryKeepsTheKeyboardWhenItIsAnother) {
+    const auto chosen = folder / "chosen";
+    chooseAndBackUp(chosen);
+    const auto made = storage::backupsIn(chosen).backups.front().file;
+    const auto place = [&](int index) {
+        return made.parent_path() / ("Korvex-" + std::to_string(index) + ".korvexbackup");
+    };
+    const auto age = [&](int hours) {
+        return std::filesystem::last_write_time(made) - std::chrono::hours(hours);
+    };
+    for (const auto index : {1, 2}) {
+        std::filesystem::copy(made, place(index));
+        std::filesystem::last_write_time(place(index), age(index));
+    }
+    const auto checks = [&] {
+        std::vector<QPushButton*> found;
+        for (auto* const each : settings->findChildren<QPushButton*>()) {
+            if (each->isVisible() && each->text() == QStringLiteral("Check")) {
+                found.push_back(each);
+            }
+        }
+        return found;
+    };
+    const auto come = [&](std::size_t count) {
+        comeBack();
+        workUntil([&] {
+            return checks().size() == count && words().find("Checking…") == std::string::npos;
+        });
+    };
+    come(3);
+    checks()[1]->setFocus();
+    std::filesystem::remove(made);
+    come(2);
+    EXPECT_EQ(settings->focusWidget(), checks()[0]) << "at the same backup";
+    std::filesystem::remove(place(1));
+    come(1);
+    EXPECT_EQ(settings->focusWidget(), checks()[0]) << "at the next one";
+
+    std::ofstream(place(2)) << "{";
+    checks()[0]->click();
+    workUntilSaid("was replaced by another file meanwhile. Try again.");
+    comeBack();
+    workUntilSaid("This is not a valid Korvex backup.");
+    EXPECT_FALSE(control<QPushButton>("Restore…").isEnabled());
+    std::filesystem::remove(place(2));
+    come(0);
+    EXPECT_TRUE(settings->focusWidget() && settings->focusWidget()->isVisible());
+    EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Back Up Now"));
+}
+
+TEST_F(AutomaticBackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
+    preferences.setAutomaticBackupEnabled(true);
+    preferences.setAutomaticBackupLastSuccess(kNow);
+    const WorkspaceOwner another({.container = *container,
+                                  .isUsersOwn = false,
+                                  .preferences = preferences,
+                                  .defaults = defaults,
+                                  .clock = clock,
+                                  .runLoop = runLoop,
+                                  .threads = threads,
+                                  .log = log,
+                                  .copies = folder / "copies"});
+    window = std::make_unique<MainWindow>(another.workspace(), theme);
+    window->show();
+    openSettings(backups);
+    EXPECT_THAT(words(), HasSubstr("only. An export makes a backup of this one."));
+    EXPECT_THAT(words(), HasSubstr("Last backup\nNone yet\nNext backup\nOff"));
+    for (const auto* const button : {"Choose…", "Back Up Now"}) {
+        EXPECT_FALSE(control<QPushButton>(button).isEnabled()) << button;
+    }
+    EXPECT_FALSE(control<Switch>("Back up every day").isEnabled());
+    const auto program = folder.path().native() + " – Korvex";
+    EXPECT_EQ(toUtf8(window->windowTitle()), "Inbox – " + program);
+    EXPECT_EQ(toUtf8(settings->windowTitle()), "Settings – " + program);
+    window.reset();
+}
+
+} // namespace
+} // namespace korvex::ui
