@@ -1,7 +1,5 @@
 #include "backup/BackupFileIO.h"
 
-#include "base/FileDescriptor.h"
-
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -20,16 +18,6 @@ constexpr std::size_t kChunkBytes = 1024 * 1024;
                                             std::error_code(errno, std::generic_category()));
 }
 
-/// Without waiting for who writes into a pipe.
-base::FileDescriptor opened(const std::filesystem::path& file) {
-    base::FileDescriptor descriptor(
-        ::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (!descriptor.isOpen()) {
-        fail("open", file);
-    }
-    return descriptor;
-}
-
 std::size_t sizeWithinLimit(std::uint64_t size) {
     if (size > BackupDocument::kMaximumBytes) {
         throw BackupError(BackupErrorCase::tooLarge);
@@ -39,8 +27,21 @@ std::size_t sizeWithinLimit(std::uint64_t size) {
 
 } // namespace
 
+base::FileDescriptor openFile(const std::filesystem::path& file) {
+    // Without waiting for who writes into a pipe.
+    base::FileDescriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (!open.isOpen()) {
+        fail("open", file);
+    }
+    return open;
+}
+
 base::Bytes readFile(const std::filesystem::path& file, const Advance& advance) {
-    const auto open = opened(file);
+    return readFile(openFile(file), file, advance);
+}
+
+base::Bytes readFile(const base::FileDescriptor& open, const std::filesystem::path& file,
+                     const Advance& advance) {
     struct stat status {};
     if (::fstat(open.get(), &status) != 0) {
         fail("stat", file);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "backup/BackupDocument.h"
+#include "base/FileDescriptor.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,5 +34,9 @@ bool holds(std::span<const std::uint8_t> bytes, const BackupDocument& document,
 /// A regular file's bytes. Throws `tooLarge` before anything of a larger file is read,
 /// `invalidDocument` for what is no regular file, and std::filesystem::filesystem_error.
 base::Bytes readFile(const std::filesystem::path& file, const Advance& advance = {});
+/// The same in two steps: what is open is read whatever becomes of its name meanwhile.
+base::FileDescriptor openFile(const std::filesystem::path& file);
+base::Bytes readFile(const base::FileDescriptor& open, const std::filesystem::path& file,
+                     const Advance& advance = {});
 
 } // namespace korvex::backup::BackupFileIO
