@@ -15,6 +15,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
 namespace {
 
@@ -81,9 +82,11 @@ public:
     }
 
     std::vector<double> backUp() {
-        m_backups.backUpNow();
         std::optional<Clock::time_point> end;
-        auto waits = waitsWhile([&] {
+        auto waits = waitsWhile([&, hasBegun = false]() mutable {
+            if (!std::exchange(hasBegun, true)) {
+                m_backups.backUpNow(); // counts too
+            }
             if (!m_backups.isRunning() && !end) {
                 end = Clock::now() + kAfterwards;
             }
