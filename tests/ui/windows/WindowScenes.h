@@ -9,6 +9,7 @@
 #include <vector>
 
 class QAction;
+class QWidget;
 
 namespace korvex::ui {
 class BoardPage;
