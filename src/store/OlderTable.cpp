@@ -184,13 +184,23 @@ std::string resolved(std::string_view expression,
     return result;
 }
 
-std::vector<RowCount> countRows(sqlite3* database, const Schema& schema) {
+std::vector<RowCount> countRows(sqlite3* database, const Schema& schema, const TablePart& part) {
     std::vector<RowCount> found;
     for (const auto& table : olderTables(schema, StoreFile::version(database, schema))) {
         const RowReading reading(database, table);
+        const auto name = tableSql::quoted(table.type->name);
+        std::string where;
+        if (part.count > 1) {
+            const auto begin = [&](std::int64_t index) {
+                return "(SELECT min(rowid) + (max(rowid) - min(rowid) + 1) * " +
+                       std::to_string(index) + " / " + std::to_string(part.count) + " FROM " +
+                       name + ")";
+            };
+            where =
+                " WHERE rowid >= " + begin(part.index) + " AND rowid < " + begin(part.index + 1);
+        }
         Statement count(database, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
-                                      ") FROM " + tableSql::quoted(table.type->name) +
-                                      " NOT INDEXED");
+                                      ") FROM " + name + " NOT INDEXED" + where);
         while (count.step()) {
             found.push_back({count.integer(0), count.integer(1)});
         }

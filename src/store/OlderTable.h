@@ -59,9 +59,17 @@ struct RowCount {
     bool operator==(const RowCount&) const = default;
 };
 
-/// Reads every row of a store of any version and compares it with its checksum; one count for each
-/// type of the schema. Throws StoreError, what `StoreFile::version` throws too.
-std::vector<RowCount> countRows(sqlite3* database, const Schema& schema);
+/// One of so many parts of each table, of about as many rows each.
+struct TablePart {
+    std::int64_t index = 0;
+    std::int64_t count = 1;
+};
+
+/// Reads every row of a store of any version, or of a part of it, and compares it with its
+/// checksum; one count for each type of the schema. Throws StoreError, what `StoreFile::version`
+/// throws too.
+std::vector<RowCount> countRows(sqlite3* database, const Schema& schema,
+                                const TablePart& part = {});
 
 /// The expression with each {name} replaced by what `column` says.
 std::string resolved(std::string_view expression,

@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <exception>
 #include <future>
+#include <iterator>
 #include <map>
 #include <set>
 #include <vector>
@@ -237,6 +238,45 @@ std::vector<RowCount> upgradeCopy(ChecksumsAhead& checksums, const std::filesyst
     return counts;
 }
 
+/// Of a store that nobody writes any more, by two threads.
+class ReadingBack {
+public:
+    /// Begins. The files are opened here, so that all runs call the system in the same order.
+    ReadingBack(const std::filesystem::path& file, const Schema& schema) {
+        for (std::int64_t index = 0; index < kParts; ++index) {
+            m_copies.emplace_back(StoreFile(file).readingUri() + "&immutable=1",
+                                  SQLite::OPEN_READONLY | SQLite::OPEN_URI | SQLITE_OPEN_NOMUTEX);
+        }
+        for (std::int64_t index = 0; index < kParts; ++index) {
+            auto* const copy = m_copies[static_cast<std::size_t>(index)].getHandle();
+            m_parts.push_back(
+                std::async(std::launch::async | std::launch::deferred, [copy, index, &schema] {
+                    return countRows(copy, schema, {index, kParts});
+                }));
+        }
+    }
+
+    /// Once. Throws StoreError.
+    std::vector<RowCount> counts() {
+        auto all = m_parts.front().get();
+        for (auto part = std::next(m_parts.begin()); part != m_parts.end(); ++part) {
+            const auto more = part->get();
+            for (std::size_t i = 0; i < all.size(); ++i) {
+                all[i].rows += more[i].rows;
+                all[i].altered += more[i].altered;
+            }
+        }
+        return all;
+    }
+
+private:
+    static constexpr std::int64_t kParts = 2;
+
+    std::vector<SQLite::Database> m_copies;
+    /// Gone before what they read.
+    std::vector<std::future<std::vector<RowCount>>> m_parts;
+};
+
 } // namespace
 
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
@@ -254,13 +294,10 @@ void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::mill
             ChecksumsAhead checksums(store.handle(), tables);
             store.copyTo(staging);
             const auto counts = upgradeCopy(checksums, staging, schema, tables);
-            const SQLite::Database copy(StoreFile(staging).readingUri() + "&immutable=1",
-                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
-            // Both take time by the size of the file, one the processor's, one the disk's.
-            auto reading = std::async(std::launch::async | std::launch::deferred,
-                                      [&] { return countRows(copy.getHandle(), schema); });
+            ReadingBack reading(staging, schema);
+            // All take time by the size of the file, these the processors', this one the disk's.
             StoreFile(staging).sync();
-            if (reading.get() != counts) {
+            if (reading.counts() != counts) {
                 throw StoreError(StoreErrorCase::damaged, "the upgraded copy differs");
             }
         },
