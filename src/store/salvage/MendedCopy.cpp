@@ -42,7 +42,8 @@ bool isOurs(const base::Bytes& page) {
            numberAt(page, kApplicationIDInHeader, 4) == StoreFile::kApplicationID;
 }
 
-/// What the disk does not give is left zero. Whether it gave all.
+} // namespace
+
 bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy) {
     const base::FileDescriptor target(
         ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -76,6 +77,8 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
     }
     return isWhole;
 }
+
+namespace {
 
 /// What follows the header is of the tables' making.
 base::Bytes headerOf(base::Bytes page) {
@@ -187,7 +190,7 @@ void MendedCopy::applyJournal() {
 void MendedCopy::findLooseTrees() {
     if (!areComplete(handle(), m_tables)) {
         const DamagedPages pages(m_copy);
-        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true};
+        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true, .areExternalsKnown = true};
         std::erase_if(m_looseTrees.roots, [free = pages.freePages()](std::uint32_t page) {
             return free.contains(page);
         });
@@ -288,6 +291,9 @@ bool MendedCopy::opensWithNewFirstPage() {
         }
         if (isWhole) {
             m_mayLackTables = m_mayLackTables || mayLack;
+            m_looseTrees = {.roots = roots,
+                            .areTablesKnown = true,
+                            .areExternalsKnown = found.areExternalsKnown()};
             return true;
         }
     }
