@@ -280,6 +280,7 @@ TEST_F(StoreSalvageTest, AStoreThatDoesNotOpenIsSavedFromACopyThatDoes) {
         {"header", Made::now, 0, 100, 100, kEntries + 2, true},
         {"tables' names", Made::now, 100, kPage - 100, 100, kEntries + 2, true},
         {"a column's name", Made::now, 0, 0, 100, kEntries + 2, true, 2, "content"},
+        {"a newer column's name", Made::now, 0, 0, 100, kEntries + 2, true, 2, "dueStartDate"},
         {"a version's column", Made::now, 0, 0, 100, kEntries + 2, true, 2, "version"},
         {"a checksum's column", Made::now, 0, 0, 100, kEntries + 2, true, 2, "checksum"},
         {"the store's identifier", Made::now, 0, 0, 100, kEntries + 2, true, 2, "storeID"},

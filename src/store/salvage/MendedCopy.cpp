@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -34,6 +35,7 @@ constexpr off_t kLockedBytes = 512;
 constexpr std::size_t kPiece = 1 << 20;
 constexpr std::size_t kSector = 4096;
 
+constexpr std::size_t kVersionInHeader = 60;
 constexpr std::size_t kApplicationIDInHeader = 68;
 
 /// Whether the first page was written by this system.
@@ -79,6 +81,14 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
 }
 
 namespace {
+
+/// That the header names, where there is such a one.
+std::optional<std::int32_t> versionOf(const base::Bytes& page, const Schema& schema) {
+    const auto number = static_cast<std::int32_t>(numberAt(page, kVersionInHeader, 4));
+    const auto isOne = std::any_of(schema.history.begin(), schema.history.end(),
+                                   [&](const auto& each) { return each.number == number; });
+    return isOurs(page) && isOne ? std::optional(number) : std::nullopt;
+}
 
 /// What follows the header is of the tables' making.
 base::Bytes headerOf(base::Bytes page) {
@@ -242,12 +252,14 @@ bool MendedCopy::opensWithItsHeader() {
 bool MendedCopy::opensWithNewHeader() {
     const DamagedPages pages(m_copy);
     const auto former = headerOf(pages.read(1));
+    // A table whose column has lost its name may look like that of an older version.
+    const auto known = versionOf(former, m_schema);
     pages.write(1, headerOf(firstPage(m_layouts.front(), pages.size(), pages.count(), 2)));
     try {
         open();
         for (auto at = m_schema.history.rbegin(); at != m_schema.history.rend(); ++at) {
             m_tables = olderTables(m_schema, at->number);
-            if (hasTables(handle(), m_tables)) {
+            if (known.value_or(at->number) == at->number && hasTables(handle(), m_tables)) {
                 if (hasNewerColumns()) {
                     throw StoreError(StoreErrorCase::newerVersion);
                 }
