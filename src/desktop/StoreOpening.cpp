@@ -43,14 +43,20 @@ StoreOpening::Opened open(const std::filesystem::path& file, const std::optional
 /// The window that stands in for the main one has nothing else to go on with.
 StoreOpening::Opened openWithAdvice(const std::filesystem::path& file,
                                     const std::optional<base::Uuid>& board, base::LogSink& log) {
+    const auto advise = [](const base::Error& error, const std::string& advice) {
+        if (!advice.empty()) {
+            throw base::Error(error.domain(), error.code(),
+                              error.errorDescription() + "\n\n" + advice);
+        }
+    };
     try {
         return open(file, board, log);
     } catch (const store::StoreError& error) {
-        const auto advice = storage::adviceOn(error.which(), file);
-        if (advice.empty()) {
-            throw;
-        }
-        throw base::Error(error.domain(), error.code(), error.errorDescription() + "\n\n" + advice);
+        advise(error, storage::adviceOn(error.which(), file));
+        throw;
+    } catch (const storage::SharedStoreError& error) {
+        advise(error, storage::adviceOn(error.which(), file));
+        throw;
     }
 }
 

@@ -7,6 +7,7 @@
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
 #include "storage/StoreMarkers.h"
+#include "storage/UnreadableContents.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
 #include "store/StoreFile.h"
@@ -62,6 +63,9 @@ CloudStorePreparation::Prepared CloudStorePreparation::prepare(const std::filesy
                          }});
         if (report.damaged > 0) {
             throw store::StoreError(store::StoreErrorCase::damaged);
+        }
+        if (auto notice = noticeOnSetAside(report, at)) {
+            prepared.notices.push_back(*std::move(notice));
         }
     }
     Work work;

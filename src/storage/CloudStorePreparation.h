@@ -24,7 +24,7 @@ public:
         /// Boards that another took the place of: the preferences are to name that one.
         std::vector<std::pair<base::Uuid, base::Uuid>> mergedBoards = {};
         bool wasUpgraded = false;
-        /// What was noticed when it was opened, for the user.
+        /// What was noticed when it was opened and repaired, for the user.
         std::vector<std::string> notices = {};
     };
     /// Keeps a copy of the store beside it first, read back, under a name with ".BeforeCloudV11-"

@@ -22,14 +22,17 @@ using SharedStoreError = base::TypedError<SharedStoreErrorCase>;
 /// The store of an older Korvex cannot be carried over: it is as it was.
 class LegacyStoreError final : public base::Error {
 public:
-    LegacyStoreError(const base::Error& reason, std::filesystem::path file)
+    /// `help`: what else can be done than to move it away, where anything can.
+    LegacyStoreError(const base::Error& reason, std::filesystem::path file,
+                     const std::string& help = {})
         : Error(reason.domain(), reason.code(),
                 reason.errorDescription() + " It is the store of an older Korvex, " +
-                    file.string() + ". Move it away to start anew."),
-          m_reason(reason.errorDescription()),
+                    file.string() + ". Move it away to start anew." +
+                    (help.empty() ? "" : "\n" + help)),
+          m_reason(reason.errorDescription() + (help.empty() ? "" : "\n\n" + help)),
           m_file(std::move(file)) {}
 
-    /// Why, for who shows the file beside it.
+    /// Why, and what helps, for who shows the file beside it.
     const std::string& reason() const noexcept { return m_reason; }
     const std::filesystem::path& file() const noexcept { return m_file; }
 

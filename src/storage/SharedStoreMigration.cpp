@@ -1,20 +1,20 @@
 #include "storage/SharedStoreMigration.h"
 
 #include "app/StoreLocation.h"
-#include "base/CountText.h"
 #include "base/FileDescriptor.h"
 #include "base/FileReplacement.h"
 #include "base/Uuid.h"
-#include "storage/SalvageSentences.h"
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
+#include "storage/StoreAdvice.h"
 #include "storage/StoreMarkers.h"
-#include "store/ModelContext.h"
-#include "store/SoleHold.h"
+#include "store/JournalRemains.h"
 #include "store/StoreError.h"
 #include "store/StoreFile.h"
 #include "store/StoreLock.h"
-#include "store/salvage/StoreSalvage.h"
+#include "store/salvage/MendedCopy.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -73,10 +73,34 @@ private:
     fs::path m_path;
 };
 
-bool isThere(const fs::path& file) {
+/// What cannot be looked at is left to whoever opens it, with the reason.
+bool isThere(const fs::file_status& status) {
+    return status.type() != fs::file_type::not_found;
+}
+
+/// As to a disk that is not there now.
+bool isLinkToNowhere(const fs::path& path) {
     std::error_code failure;
-    // What cannot be looked at is left to whoever opens it, with the reason.
-    return fs::status(file, failure).type() != fs::file_type::not_found;
+    return fs::is_symlink(fs::symlink_status(path, failure)) && !isThere(fs::status(path, failure));
+}
+
+/// What the lock of the older programs says of their store; absent where it says nothing or may
+/// only be read.
+std::optional<store::StoreLock::Record> recordOf(const store::StoreFile& legacy) {
+    std::error_code failure;
+    if (!fs::exists(legacy.lockFile(), failure)) {
+        return std::nullopt; // to take it would make one
+    }
+    try {
+        store::StoreLock lock(legacy.lockFile(), kPatience);
+        const store::StoreLock::Guard guard(&lock);
+        return lock.record();
+    } catch (const store::StoreError& error) {
+        if (error.which() == store::StoreErrorCase::busy) {
+            throw;
+        }
+        return std::nullopt;
+    }
 }
 
 /// Whether a store that fails so is refused for what it is, at every try.
@@ -89,9 +113,9 @@ bool isOfTheStore(store::StoreErrorCase reason) {
     case store::StoreErrorCase::symbolicLink:
     case store::StoreErrorCase::unreadable:
     case store::StoreErrorCase::nothingReadable:
+    case store::StoreErrorCase::incomplete:
         return true;
     case store::StoreErrorCase::missing:
-    case store::StoreErrorCase::incomplete:
     case store::StoreErrorCase::needsUpgrade:
     case store::StoreErrorCase::upgradeNeedsWriting:
     case store::StoreErrorCase::noFolder:
@@ -111,6 +135,9 @@ bool isOfTheStore(store::StoreErrorCase reason) {
 /// A disk that fails may be this one's or that of the new store.
 bool isGivenBackByItsDisk(const fs::path& file) {
     const base::FileDescriptor open(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!open.isOpen()) {
+        return true; // it is not that
+    }
     constexpr std::size_t kPiece = 1 << 20;
     std::vector<char> piece(kPiece);
     ssize_t size = 0;
@@ -120,33 +147,67 @@ bool isGivenBackByItsDisk(const fs::path& file) {
     return size == 0;
 }
 
-/// Whether a salvage may read what another reader refused for this.
-bool mayBeSalvaged(store::StoreErrorCase reason) {
-    return reason == store::StoreErrorCase::damaged || reason == store::StoreErrorCase::notAStore;
+/// Whether a copy of the legacy store fails so for what that is, and a salvage may read it.
+bool isDamageOf(const fs::path& legacy, const store::StoreError& error) {
+    if (error.which() != store::StoreErrorCase::inputOutput) {
+        return store::isDamage(error);
+    }
+    return !isGivenBackByItsDisk(legacy) ||
+           !isGivenBackByItsDisk(store::StoreFile(legacy).journal());
 }
 
-/// Of a store that does not open: its files as they are.
-void copyFiles(const fs::path& store, const fs::path& copy) {
-    const auto open = [](const fs::path& file) {
-        return base::FileDescriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    };
-    store::copyFile(open(store), copy);
-    for (const auto* suffix : store::StoreFile::kJournals) {
-        const auto journal = open(store.native() + suffix);
-        if (journal.isOpen() || errno != ENOENT) {
-            store::copyFile(journal, copy.native() + suffix);
+/// The files of a store as they are, for a salvage. Whether the disk gave all of them.
+bool copyFiles(const fs::path& store, const fs::path& copy) {
+    auto isWhole = true;
+    for (const auto* suffix :
+         {"", store::StoreFile::kJournals[0], store::StoreFile::kJournals[1]}) {
+        const auto of = store.native() + suffix;
+        const base::FileDescriptor file(::open(of.c_str(), O_RDONLY | O_CLOEXEC));
+        if (file.isOpen()) {
+            isWhole = store::copyReadable(file, copy.native() + suffix) && isWhole;
+        } else if (errno != ENOENT) {
+            store::throwSystemError(errno);
         }
     }
+    return isWhole;
 }
 
-[[noreturn]] void refuse(const store::StoreError& error, const fs::path& legacy) {
-    if (error.which() == store::StoreErrorCase::damaged) {
-        // Its own words advise a repair, which is for the store of this folder.
-        throw LegacyStoreError(
-            base::Error(error.domain(), error.code(), "The store is damaged and cannot be copied."),
-            legacy);
+[[noreturn]] void refuseDamaged(const store::StoreError& error, const fs::path& legacy,
+                                const fs::path& store) {
+    // The store's own words advise a repair, or to try again.
+    throw LegacyStoreError(base::Error(error.domain(), error.code(),
+                                       error.which() == store::StoreErrorCase::notAStore
+                                           ? error.errorDescription()
+                                           : "The store is damaged and cannot be copied."),
+                           legacy,
+                           "To take over what can be read of it, run this in a terminal: " +
+                               repairCommand(store));
+}
+
+/// Of a copy that is one file.
+bool isBehind(const fs::path& copy, const store::StoreLock::Record& record) {
+    try {
+        const SQLite::Database database(store::StoreFile(copy).readingUri() + "&immutable=1",
+                                        SQLite::OPEN_READONLY | SQLite::OPEN_URI);
+        const auto found = store::newestOf(database.getHandle());
+        return found.storeID == record.storeID && found.revision < record.revision;
+    } catch (const SQLite::Exception&) {
+        return false; // what is wrong with it, who reads all of it says
+    } catch (const store::StoreError&) {
+        return false;
     }
-    throw LegacyStoreError(error, legacy);
+}
+
+/// Where the newest changes stood in a journal that the legacy store has no more.
+std::optional<std::string> noticeOnMissing(const fs::path& staged,
+                                           const std::optional<store::StoreLock::Record>& record,
+                                           const fs::path& legacy) {
+    if (!record || !isBehind(staged, *record)) {
+        return std::nullopt;
+    }
+    return "The newest changes in the store of an older Korvex are missing: its journal was cut or "
+           "removed outside Korvex. That store has been left as it is: " +
+           legacy.string();
 }
 
 } // namespace
@@ -154,10 +215,31 @@ void copyFiles(const fs::path& store, const fs::path& copy) {
 SharedStoreMigration::SharedStoreMigration(base::LogSink& log)
     : m_sink(&log), m_log(log, "SharedStore") {}
 
+bool SharedStoreMigration::isLeft(const fs::path& legacy) {
+    std::error_code failure;
+    if (isThere(fs::symlink_status(legacy, failure)) || isLinkToNowhere(legacy.parent_path())) {
+        return true;
+    }
+    const store::StoreFile file(legacy);
+    const auto record = recordOf(file);
+    return file.hasJournal() || (record && record->revision > 0);
+}
+
 std::vector<std::string> SharedStoreMigration::prepare(const std::optional<fs::path>& legacyURL,
                                                        const fs::path& directory) const {
+    return makePlaceOrSay(legacyURL, directory, Damaged::refused).notices;
+}
+
+SharedStoreMigration::TakenOver SharedStoreMigration::takeOver(const fs::path& legacy,
+                                                               const fs::path& directory) const {
+    return makePlaceOrSay(legacy, directory, Damaged::salvaged);
+}
+
+SharedStoreMigration::TakenOver
+SharedStoreMigration::makePlaceOrSay(const std::optional<fs::path>& legacyURL,
+                                     const fs::path& directory, Damaged whenDamaged) const {
     try {
-        return makePlace(legacyURL, app::storeFile(directory));
+        return makePlace(legacyURL, app::storeFile(directory), whenDamaged);
     } catch (const base::Error& error) {
         // Who called tells the user.
         m_log.warning("Migration failed; original untouched: " + error.errorDescription() + " (" +
@@ -166,8 +248,9 @@ std::vector<std::string> SharedStoreMigration::prepare(const std::optional<fs::p
     }
 }
 
-std::vector<std::string> SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL,
-                                                         const fs::path& store) const {
+SharedStoreMigration::TakenOver
+SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL, const fs::path& store,
+                                Damaged whenDamaged) const {
     const auto directory = store.parent_path();
     const auto isPrepared = [&] { return storeMarkers::isSet(store, storeMarkers::kPrepared); };
     storeMarkers::checkThatNothingIsGone(store);
@@ -187,93 +270,100 @@ std::vector<std::string> SharedStoreMigration::makePlace(const std::optional<fs:
         return {}; // another program was faster
     }
     StagingFolder::removeLeftovers(directory);
-    std::vector<std::string> notices;
+    TakenOver taken;
     auto isCarriedOver = false;
     if (file.exists()) {
         SharedModelContainer::checkThatItIsAStore(store, *m_sink);
     } else if (file.isGone(lock)) {
         // Nothing takes the place of a store that was here and that somebody may put back.
         throw SharedStoreError(SharedStoreErrorCase::incompleteStore);
-    } else if (legacyURL && isThere(*legacyURL)) {
-        notices = carryOver(*legacyURL, store);
+    } else if (legacyURL && isLeft(*legacyURL)) {
+        taken = carryOver(*legacyURL, store, whenDamaged);
         isCarriedOver = true;
     } else {
         file.removeStaging();
         file.create(SharedModelContainer::schema());
     }
     // After the store: a kill in between leaves a store that the next start finds and marks, while
-    // a marker without one would say that the user's data is gone.
-    storeMarkers::set(store, storeMarkers::kPrepared);
+    // a marker without one would say that the user's data is gone. So does a disk that is full.
+    try {
+        storeMarkers::set(store, storeMarkers::kPrepared);
+    } catch (const store::StoreError& error) {
+        m_log.warning("The store could not be marked as prepared: " + error.errorDescription());
+    }
     if (isCarriedOver) {
         m_log.info("Published the shared store");
     }
-    return notices;
+    return taken;
 }
 
-std::vector<std::string> SharedStoreMigration::carryOver(const fs::path& legacy,
-                                                         const fs::path& store) const {
+SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& legacy,
+                                                                const fs::path& store,
+                                                                Damaged whenDamaged) const {
+    if (isLinkToNowhere(legacy.parent_path())) {
+        throw LegacyStoreError(
+            base::Error("Korvex.Store", static_cast<int>(store::StoreErrorCase::missing),
+                        "The folder of the store is a link to a place that is not there."),
+            legacy);
+    }
     const StagingFolder staging(store.parent_path());
     const auto staged = staging.path() / store.filename();
-    std::vector<std::string> notices;
+    TakenOver taken;
     try {
-        if (copyWhole(legacy, staged)) {
+        const store::StoreFile file(legacy);
+        if (!file.exists()) { // what is no file is refused before it is read
+            throw store::StoreError(store::StoreErrorCase::incomplete);
+        }
+        // Before the copy, which then holds no less.
+        const auto record = recordOf(file);
+        if (whenDamaged == Damaged::salvaged) {
+            taken.notices.push_back("The store of an older Korvex was taken over. It has been left "
+                                    "as it is: " +
+                                    legacy.string());
+        }
+        try {
+            file.copyTo(staged);
+            // Before an upgrade, which is a revision too.
+            if (auto missing = noticeOnMissing(staged, record, legacy)) {
+                m_log.warning(*missing);
+                taken.notices.push_back(*std::move(missing));
+            }
+            validateStore(staged);
             m_log.info("Verified a snapshot of the legacy store; original retained");
-        } else {
-            notices.push_back(salvage(staged, legacy));
-            m_log.warning(notices.back());
+        } catch (const store::StoreError& error) {
+            if (!isDamageOf(legacy, error)) {
+                throw;
+            }
+            if (whenDamaged == Damaged::refused) {
+                refuseDamaged(error, legacy, store);
+            }
+            taken.salvage = salvage(staged, legacy);
             validateStore(staged);
         }
     } catch (const store::StoreError& error) {
-        if (isOfTheStore(error.which()) || (error.which() == store::StoreErrorCase::inputOutput &&
-                                            !isGivenBackByItsDisk(legacy))) {
-            refuse(error, legacy);
+        if (isOfTheStore(error.which())) {
+            throw LegacyStoreError(error, legacy);
         }
         throw;
     }
     if (const auto failure = base::moveToNew(staged, store)) {
         store::throwSystemError(failure.value());
     }
-    return notices;
+    return taken;
 }
 
-bool SharedStoreMigration::copyWhole(const fs::path& legacy, const fs::path& staged) const {
-    const store::StoreFile file(legacy);
-    static_cast<void>(file.exists()); // what is no file is refused before it is read
-    try {
-        file.copyTo(staged);
-    } catch (const store::StoreError& error) {
-        if (!mayBeSalvaged(error.which())) {
-            throw;
-        }
-        copyFiles(legacy, staged);
-        return false;
-    }
-    try {
-        validateStore(staged);
-        return true;
-    } catch (const store::StoreError& error) {
-        if (error.which() != store::StoreErrorCase::damaged) {
-            throw;
-        }
-        return false;
-    }
-}
-
-std::string SharedStoreMigration::salvage(const fs::path& staged, const fs::path& legacy) const {
-    const auto& schema = SharedModelContainer::schema();
-    const auto report = store::salvageStore(staged, schema, kPatience, *m_sink);
+store::SalvageReport SharedStoreMigration::salvage(const fs::path& staged,
+                                                   const fs::path& legacy) const {
+    std::error_code isNone;
+    const auto isWhole = fs::exists(staged, isNone) || copyFiles(legacy, staged);
+    auto report = store::salvageStore(staged, SharedModelContainer::schema(), kPatience, *m_sink);
     if (report.saved == 0) { // then it is the user who gives it up
         throw store::StoreError(store::StoreErrorCase::nothingReadable);
     }
-    const auto container = SharedModelContainer::openExisting(
-        staged, store::ModelConfiguration::Older::refuse, *m_sink);
-    store::ModelContext context(*container);
-    auto notice = "The store of an older Korvex is damaged. What could be read was taken over: " +
-                  base::countText(report.saved, "record", "records") + ".";
-    for (const auto& sentence : lossSentences(report, boardNamesOf(report, context))) {
-        notice += " " + sentence;
-    }
-    return notice + " The older store has been left as it is: " + legacy.string();
+    report.mayMissMore = report.mayMissMore || !isWhole;
+    report.kept = legacy;
+    report.formerStores.clear(); // of its upgrade here, if any: the legacy store is that
+    return report;
 }
 
 void SharedStoreMigration::validateStore(const fs::path& at) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Log.h"
+#include "store/salvage/StoreSalvage.h"
 
 #include <filesystem>
 #include <optional>
@@ -15,30 +16,45 @@ class SharedStoreMigration {
 public:
     explicit SharedStoreMigration(base::LogSink& log);
 
+    /// Whether older programs have left a store there, or what says that they had one.
+    static bool isLeft(const std::filesystem::path& legacy);
+
     /// Leaves a store in `directory` and the marker that it is complete, in this order, so that a
     /// kill in between costs nothing. A store that stands there already is never replaced, and the
-    /// legacy one is never changed; of a damaged one what can be read is carried over. With the
-    /// marker it costs a look into the folder, in which what killed runs left is removed. Where the
-    /// folder may not be written there is nothing to prepare. Returns what the user should know, in
-    /// full sentences. Throws SharedStoreError `incompleteStore`, LegacyStoreError and
-    /// StoreError.
+    /// legacy one is never changed. With the marker it costs a look into the folder, in which what
+    /// killed runs left is removed. Where the folder may not be written there is nothing to
+    /// prepare. Returns what the user should know, in full sentences. Throws SharedStoreError
+    /// `incompleteStore`, StoreError, and LegacyStoreError, also where the legacy store is damaged.
     std::vector<std::string> prepare(const std::optional<std::filesystem::path>& legacyURL,
                                      const std::filesystem::path& directory) const;
+
+    struct TakenOver {
+        /// In full sentences; none where a store stood in the folder already.
+        std::vector<std::string> notices;
+        /// Present where the legacy store was damaged.
+        std::optional<store::SalvageReport> salvage;
+    };
+    /// The same for whoever asks for it: of a damaged legacy store what can be read is carried
+    /// over, since nothing else is to be had of it. Nobody looks at it any more after that.
+    TakenOver takeOver(const std::filesystem::path& legacy,
+                       const std::filesystem::path& directory) const;
 
     /// Opens a store file, upgrades it where it is older, and reads all of it. Throws StoreError,
     /// `damaged` also where only some of it cannot be read.
     void validateStore(const std::filesystem::path& at) const;
 
 private:
-    std::vector<std::string> makePlace(const std::optional<std::filesystem::path>& legacyURL,
-                                       const std::filesystem::path& store) const;
-    std::vector<std::string> carryOver(const std::filesystem::path& legacy,
-                                       const std::filesystem::path& store) const;
-    /// Whether the copy is a sound one; else what can be read of it is still to be saved.
-    bool copyWhole(const std::filesystem::path& legacy, const std::filesystem::path& staged) const;
-    /// Of a staged copy of a legacy store; what is to be said of it.
-    std::string salvage(const std::filesystem::path& staged,
-                        const std::filesystem::path& legacy) const;
+    enum class Damaged { refused, salvaged };
+    TakenOver makePlace(const std::optional<std::filesystem::path>& legacyURL,
+                        const std::filesystem::path& store, Damaged whenDamaged) const;
+    /// Makes of whatever throws one error with one line in the log.
+    TakenOver makePlaceOrSay(const std::optional<std::filesystem::path>& legacyURL,
+                             const std::filesystem::path& directory, Damaged whenDamaged) const;
+    TakenOver carryOver(const std::filesystem::path& legacy, const std::filesystem::path& store,
+                        Damaged whenDamaged) const;
+    /// What can be read, in the place of the staged copy.
+    store::SalvageReport salvage(const std::filesystem::path& staged,
+                                 const std::filesystem::path& legacy) const;
 
     base::LogSink* m_sink;
     base::Logger m_log;

@@ -2,7 +2,9 @@
 
 #include "app/StoreLocation.h"
 #include "storage/RestorePreparation.h"
+#include "store/StoreFile.h"
 
+#include <algorithm>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -38,6 +40,28 @@ std::string beginningAnew(const std::filesystem::path& storeFile) {
            (goesAlong ? " " + recovery->filename().string() + " goes along with it." : "");
 }
 
+/// What can take the place of a store that is gone, the newest of each kind.
+std::string puttingBack(const std::filesystem::path& storeFile) {
+    const auto name = storeFile.filename().string();
+    std::string kept;
+    for (const auto* const what : {"former", "BeforeV17", "BeforeCloudV11", "damaged"}) {
+        auto files = store::StoreFile(storeFile).kept(what);
+        std::erase_if(files, [](const auto& file) {
+            return std::any_of(store::StoreFile::kJournals.begin(),
+                               store::StoreFile::kJournals.end(),
+                               [&](const char* suffix) { return file.native().ends_with(suffix); });
+        });
+        if (!files.empty()) {
+            kept += "\n" + files.back().filename().string();
+        }
+    }
+    return "If you have moved " + name + " away from " + storeFile.parent_path().string() +
+           ", put it back." +
+           (kept.empty() ? ""
+                         : " These were kept beside it; one that gets the name " + name +
+                               " is the store again:" + kept);
+}
+
 } // namespace
 
 std::string repairCommand(const std::filesystem::path& storeFile) {
@@ -48,6 +72,9 @@ std::string repairCommand(const std::filesystem::path& storeFile) {
 
 std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& storeFile,
                      Attempt attempt) {
+    if (reason == store::StoreErrorCase::busy && attempt == Attempt::repair) {
+        return "Close Korvex and every other program that uses this store first.";
+    }
     const auto isDamage =
         reason == store::StoreErrorCase::damaged || reason == store::StoreErrorCase::notAStore;
     std::string advice;
@@ -62,6 +89,20 @@ std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& 
         return {};
     }
     return advice + "\n" + adviceOnBackups(storeFile);
+}
+
+std::string adviceOn(SharedStoreErrorCase reason, const std::filesystem::path& storeFile) {
+    if (reason != SharedStoreErrorCase::incompleteStore) {
+        return {};
+    }
+    return puttingBack(storeFile) + "\n" + beginningAnew(storeFile) + "\n" +
+           adviceOnBackups(storeFile);
+}
+
+std::string damageNotice(const std::filesystem::path& storeFile) {
+    return "The store is damaged. Close Korvex and run this in a terminal; it saves what can be "
+           "read: " +
+           repairCommand(storeFile);
 }
 
 std::string adviceOnBackups(const std::filesystem::path& storeFile) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "storage/SharedStoreError.h"
 #include "store/StoreError.h"
 
 #include <filesystem>
@@ -17,6 +18,9 @@ enum class Attempt { opening, repair };
 /// behind the reason; empty where that says all.
 std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& storeFile,
                      Attempt attempt = Attempt::opening);
+std::string adviceOn(SharedStoreErrorCase reason, const std::filesystem::path& storeFile);
+/// That a store that opens is damaged, and what saves what can be read of it.
+std::string damageNotice(const std::filesystem::path& storeFile);
 /// The part of it on backups.
 std::string adviceOnBackups(const std::filesystem::path& storeFile);
 

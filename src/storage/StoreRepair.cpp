@@ -5,6 +5,7 @@
 #include "storage/DataIntegrityService.h"
 #include "storage/SalvageSentences.h"
 #include "storage/SharedModelContainer.h"
+#include "storage/SharedStoreMigration.h"
 #include "store/ModelContext.h"
 #include "store/StoreError.h"
 
@@ -61,12 +62,25 @@ store::SalvageReport salvage(const std::filesystem::path& file, base::LogSink& l
                                });
 }
 
-} // namespace
+/// Of older programs, where they have left the only store; it was read, or saved, whole then.
+bool takeOver(const StoreRepairRequest& request, base::LogSink& log, Work& work,
+              StoreRepairReport& report) {
+    std::error_code unknown;
+    if (!request.legacyFile || std::filesystem::exists(request.storeFile, unknown) ||
+        !SharedStoreMigration::isLeft(*request.legacyFile)) {
+        return false;
+    }
+    work.beginForGood(Stage::replacing);
+    auto taken =
+        SharedStoreMigration(log).takeOver(*request.legacyFile, request.storeFile.parent_path());
+    report.notices = std::move(taken.notices);
+    report.salvage = std::move(taken.salvage);
+    return !report.notices.empty();
+}
 
-StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Instant now,
-                              base::LogSink& log, Work& work) {
-    StoreRepairReport report;
-    work.begin(Stage::checking);
+/// What is there, into order.
+void lookAndSalvage(const std::filesystem::path& storeFile, base::LogSink& log, Work& work,
+                    StoreRepairReport& report) {
     Found found;
     try {
         look(storeFile, log, work, found);
@@ -85,15 +99,25 @@ StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Inst
     if (report.notices.empty() && report.salvage) {
         report.notices = report.salvage->notices;
     }
+}
+
+} // namespace
+
+StoreRepairReport repairStore(const StoreRepairRequest& request, base::LogSink& log, Work& work) {
+    StoreRepairReport report;
+    work.begin(Stage::checking);
+    if (!takeOver(request, log, work, report)) {
+        lookAndSalvage(request.storeFile, log, work, report);
+    }
     work.beginForGood(Stage::replacing);
-    const auto container = open(storeFile, log);
+    const auto container = open(request.storeFile, log);
     store::ModelContext context(*container);
     if (report.salvage) {
         report.boardNames = boardNamesOf(*report.salvage, context);
     }
     report.metadata =
         DataIntegrityService(context, log)
-            .repair({.now = now, .onMergedBoard = [&](const auto& from, const auto& to) {
+            .repair({.now = request.now, .onMergedBoard = [&](const auto& from, const auto& to) {
                          report.mergedBoards.emplace_back(from, to);
                      }});
     container->adopt();

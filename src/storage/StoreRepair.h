@@ -30,11 +30,18 @@ struct StoreRepairReport {
     bool wasSound() const { return !salvage && metadata.isEmpty() && notices.empty(); }
 };
 
-/// Reads the whole store; saves what can be read of a damaged one, then repairs its metadata. No
+struct StoreRepairRequest {
+    std::filesystem::path storeFile;
+    /// The store of older programs, where there may be one.
+    std::optional<std::filesystem::path> legacyFile = std::nullopt;
+    base::Instant now;
+};
+
+/// Reads the whole store; saves what can be read of a damaged one, then repairs its metadata. Where
+/// there is none yet, the store of older programs becomes it first, as far as that can be read. No
 /// container of the store may be open in this process. Any thread; blocks. Can be cancelled until
-/// the new store takes the damaged one's place. Throws StoreError, SharedStoreError
-/// `incompleteStore` and Cancelled.
-StoreRepairReport repairStore(const std::filesystem::path& storeFile, base::Instant now,
-                              base::LogSink& log, Work& work);
+/// the new store takes the damaged one's place, or begins to take over an older one. Throws
+/// StoreError, SharedStoreError `incompleteStore`, LegacyStoreError and Cancelled.
+StoreRepairReport repairStore(const StoreRepairRequest& request, base::LogSink& log, Work& work);
 
 } // namespace korvex::storage

@@ -5,8 +5,9 @@
 #include "storage/DataIntegrityService.h"
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreMigration.h"
+#include "storage/StoreAdvice.h"
 #include "storage/StoreMarkers.h"
-#include "store/StoreError.h"
+#include "storage/UnreadableContents.h"
 #include "store/StoreUpgrade.h"
 
 #include <iterator>
@@ -26,12 +27,25 @@ bool needsRepair(const store::ModelContainer& container, const std::filesystem::
            !storeMarkers::says(file, storeMarkers::kPrepared, kRepairRules);
 }
 
+/// Where the metadata of a damaged store were repaired, what is altered would pass for what was
+/// meant, and be judged by it.
+void leaveDamaged(StartedStore& store, const StoreStart::Request& request,
+                  const base::Logger& log) {
+    log.warning("The store is damaged: it is not repaired, and the former one is kept");
+    store.notices.push_back(damageNotice(request.storeFile));
+}
+
 /// Whether the store is as it should be now.
 bool repair(StartedStore& store, const StoreStart::Request& request, base::LogSink& log) {
+    const base::Logger logger(log, kCategory);
     try {
         // Until it is done: what else says that it is needed may be gone at the next start.
         if (!storeMarkers::says(request.storeFile, storeMarkers::kPrepared, {})) {
             storeMarkers::set(request.storeFile, storeMarkers::kPrepared);
+        }
+        if (store.container->check().isDamaged) {
+            leaveDamaged(store, request, logger);
+            return false;
         }
         const auto report =
             DataIntegrityService(*store.context, log)
@@ -39,46 +53,39 @@ bool repair(StartedStore& store, const StoreStart::Request& request, base::LogSi
                          .onMergedBoard = [&](const base::Uuid& from, const base::Uuid& to) {
                              store.mergedBoards.emplace_back(from, to);
                          }});
-        if (report.damaged > 0) {
-            store.notices.push_back(
-                store::StoreError(store::StoreErrorCase::damaged,
-                                  std::to_string(report.damaged) + " without an identifier")
-                    .errorDescription());
+        if (report.damaged > 0) { // since it was checked
+            leaveDamaged(store, request, logger);
             return false;
         }
-        if (report.repaired.contains(RepairKind::unreadableTexts) ||
-            report.repaired.contains(RepairKind::unreadableAttachments)) {
-            store.notices.push_back(
-                "Some formatted texts or attachments could not be read any more. What is left of "
-                "them was kept beside the store, in files whose names begin with " +
-                request.storeFile.filename().string() + ".unreadable.");
+        if (auto notice = noticeOnSetAside(report, request.storeFile)) {
+            store.notices.push_back(*std::move(notice));
         }
         storeMarkers::set(request.storeFile, storeMarkers::kPrepared, kRepairRules);
         store.container->adopt();
         return true;
     } catch (const base::Error& error) {
-        base::Logger(log, kCategory).warning(error.errorDescription());
+        logger.warning(error.errorDescription());
         return false;
     }
 }
 
 /// Once the store that was made of them has proven that all of it can be read.
-void removeFormerStores(const store::ModelContainer& container, const std::filesystem::path& file,
+void removeFormerStores(StartedStore& store, const StoreStart::Request& request,
                         base::LogSink& log) {
-    if (!store::hasFormerStores(file, SharedModelContainer::schema())) {
+    if (!store::hasFormerStores(request.storeFile, SharedModelContainer::schema())) {
         return;
     }
     const base::Logger logger(log, kCategory);
     try {
-        if (container.check().isDamaged) {
-            logger.warning("The store is damaged; the former one is kept");
+        if (store.container->check().isDamaged) {
+            leaveDamaged(store, request, logger);
             return;
         }
     } catch (const base::Error& error) {
         logger.warning(error.errorDescription());
         return;
     }
-    store::removeFormerStores(file, SharedModelContainer::schema());
+    store::removeFormerStores(request.storeFile, SharedModelContainer::schema());
 }
 
 } // namespace
@@ -108,7 +115,7 @@ StartedStore StoreStart::open(const Request& request, base::LogSink& log) {
         !needsRepair(*store.container, request.storeFile) || repair(store, request, log);
     // A store that this start has upgraded has yet to prove itself.
     if (isSound && !wasUpgraded) {
-        removeFormerStores(*store.container, request.storeFile, log);
+        removeFormerStores(store, request, log);
     }
     return store;
 }

@@ -46,7 +46,8 @@ public:
         base::Instant now;
     };
     /// Throws StoreError, SharedStoreError and LegacyStoreError. A repair that fails is logged and
-    /// tried again at the next start.
+    /// tried again at the next start. A damaged store opens as it is, where it does, and is not
+    /// repaired: what is altered in it must stay known to be.
     static StartedStore open(const Request& request, base::LogSink& log);
 };
 

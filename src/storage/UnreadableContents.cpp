@@ -18,6 +18,9 @@ namespace {
 
 using model::Entry;
 
+/// What the names of the files go on with.
+constexpr const char* kAside = ".unreadable-";
+
 template <typename Decode>
 bool isReadable(Decode&& decode) {
     try {
@@ -33,7 +36,7 @@ bool isReadable(Decode&& decode) {
 void keep(const base::Bytes& bytes, const base::Uuid& entry, const std::filesystem::path& store) {
     auto file = store;
     // Named for what is in it: one that a later repair sets aside must not take its place.
-    file += ".unreadable-" + entry.text() + "-" + std::to_string(base::checksum(bytes));
+    file += kAside + entry.text() + "-" + std::to_string(base::checksum(bytes));
     if (const auto error =
             base::replaceFile(file, {reinterpret_cast<const char*>(bytes.data()), bytes.size()})) {
         store::throwSystemError(error.value());
@@ -80,6 +83,17 @@ void setAside(const UnreadableContent& content, store::ModelContext& context) {
     } else {
         entry->setAttachmentData(std::nullopt);
     }
+}
+
+std::optional<std::string> noticeOnSetAside(const RepairReport& report,
+                                            const std::filesystem::path& storeFile) {
+    if (!report.repaired.contains(RepairKind::unreadableTexts) &&
+        !report.repaired.contains(RepairKind::unreadableAttachments)) {
+        return std::nullopt;
+    }
+    return "Some formatted texts or attachments could not be read any more. What is left of them "
+           "was kept beside the store, in files whose names begin with " +
+           storeFile.filename().string() + kAside + ".";
 }
 
 } // namespace korvex::storage

@@ -5,6 +5,9 @@
 #include "storage/RepairReport.h"
 #include "store/ModelContext.h"
 
+#include <filesystem>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace korvex::storage {
@@ -24,5 +27,9 @@ std::vector<UnreadableContent> unreadableContents(store::ModelContext& context, 
 /// "Primary.store.unreadable-<entry>-…". To do it again gives the same file. Saves nothing. Throws
 /// StoreError.
 void setAside(const UnreadableContent& content, store::ModelContext& context);
+
+/// What the user is told of a repair that has set any aside, in full sentences.
+std::optional<std::string> noticeOnSetAside(const RepairReport& report,
+                                            const std::filesystem::path& storeFile);
 
 } // namespace korvex::storage

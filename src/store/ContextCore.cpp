@@ -57,6 +57,7 @@ Record& ContextCore::materialize(std::size_t index, const Statement& row) {
     state.phase = Phase::stored;
     state.rowid = rowid;
     state.version = codec.version(row);
+    state.checksum = codec.checksum(row);
     if (auto* known = table.withIdentifier(record->id())) {
         displace(index, *known);
     }

@@ -159,6 +159,7 @@ void ContextCore::mergeRow(std::size_t index, const Statement& row, Record& reco
         }
     }
     state.version = codec.version(row);
+    state.checksum = codec.checksum(row);
 }
 
 void ContextCore::goneFromStore(Record& record, ChangeSet& changes) {

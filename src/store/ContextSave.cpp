@@ -164,9 +164,11 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
 
 void ContextCore::writeInserted(std::size_t index, Record& record, std::int64_t revision) {
     auto& type = statements(index);
-    type.codec.bindRow(type.insert, record, revision);
+    auto& state = record.state();
+    state.nextChecksum = type.codec.checksum(record);
+    type.codec.bindRow(type.insert, record, revision, state.nextChecksum);
     type.insert.run();
-    record.state().rowid = sqlite3_last_insert_rowid(m_container.connection().handle());
+    state.rowid = sqlite3_last_insert_rowid(m_container.connection().handle());
     writeExternal(type, record, External::all);
 }
 
@@ -181,15 +183,20 @@ void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t r
     // In one order, so that one set of fields has one statement.
     std::sort(fields.begin(), fields.end());
     auto& update = type.updateOf(m_container.connection().handle(), fields);
+    // What was damaged before it was read is not vouched for by a save that changes something else:
+    // the checksum stays as wrong as it was.
+    auto& state = record.state();
+    state.nextChecksum =
+        type.codec.checksum(record) ^ type.codec.originalChecksum(record) ^ state.checksum;
     update.bind(0, revision);
-    update.bind(1, static_cast<std::int64_t>(type.codec.checksum(record)));
+    update.bind(1, static_cast<std::int64_t>(state.nextChecksum));
     int column = 2;
     for (const auto field : fields) {
         type.codec.bindField(update, column, record, field);
         ++column;
     }
-    update.bind(column, record.state().rowid);
-    update.bind(column + 1, record.state().version);
+    update.bind(column, state.rowid);
+    update.bind(column + 1, state.version);
     update.run();
     if (update.changes() != 1) {
         // Only who writes without our lock and log can have moved it.
@@ -210,6 +217,7 @@ ChangeSet ContextCore::settlePending(std::int64_t revision) {
         auto& state = record->state();
         state.phase = Phase::stored;
         state.version = revision;
+        state.checksum = state.nextChecksum;
         m_tables.of(*record).byRowid[state.rowid] = record;
     }
     m_pending.inserted.clear();
@@ -220,6 +228,7 @@ ChangeSet ContextCore::settlePending(std::int64_t revision) {
             changes.updated.push_back(record->id());
             state.originals.clear();
             state.version = revision;
+            state.checksum = state.nextChecksum;
         }
     }
     m_pending.touched.clear();

@@ -90,6 +90,17 @@ OlderTable currentTable(const RecordType& type) {
     return table;
 }
 
+/// Not asked for by a SELECT: a name in quotes that is no column's is a text to SQLite.
+std::set<std::string, std::less<>> columnsOf(sqlite3* database, std::string_view table) {
+    std::set<std::string, std::less<>> columns;
+    Statement each(database, "SELECT name FROM pragma_table_info(?)");
+    each.bind(0, table);
+    while (each.step()) {
+        columns.emplace(each.text(0));
+    }
+    return columns;
+}
+
 } // namespace
 
 bool OlderTable::has(std::string_view field) const {
@@ -135,19 +146,38 @@ std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version) 
 }
 
 bool hasTables(sqlite3* database, const std::vector<OlderTable>& tables) {
-    return std::all_of(tables.begin(), tables.end(), [&](const OlderTable& table) {
-        // Not asked for by a SELECT: a name in quotes that is no column's is a text to SQLite.
-        std::set<std::string, std::less<>> columns;
-        Statement each(database, "SELECT name FROM pragma_table_info(?)");
-        each.bind(0, table.type->name);
-        while (each.step()) {
-            columns.emplace(each.text(0));
+    const auto has = [&](const std::string& table, const std::vector<std::string_view>& wanted) {
+        const auto columns = columnsOf(database, table);
+        return std::all_of(wanted.begin(), wanted.end(),
+                           [&](std::string_view name) { return columns.contains(name); });
+    };
+    const auto hasTable = [&](const OlderTable& table) {
+        std::vector<std::string_view> columns{"version", "checksum"};
+        for (const auto& field : table.fields) {
+            if (field.kind != FieldKind::externalBytes) {
+                columns.push_back(field.name);
+            } else if (!has(std::string(table.type->name) + "." + std::string(field.name),
+                            {"owner", "checksum", "bytes"})) {
+                return false;
+            }
         }
-        const auto fields = table.rowFields();
-        return columns.contains("checksum") &&
-               std::all_of(fields.begin(), fields.end(),
-                           [&](const auto& field) { return columns.contains(field.name); });
-    });
+        return has(std::string(table.type->name), columns);
+    };
+    return has("StoreInfo", {"storeID"}) && has("ChangeLog", {"revision", "changes"}) &&
+           // Not every store has one.
+           (columnsOf(database, "Replacement").empty() ||
+            has("Replacement", {"revision", "note"})) &&
+           std::all_of(tables.begin(), tables.end(), hasTable);
+}
+
+bool hasTablesOfAnyVersion(sqlite3* database, const Schema& schema) {
+    return std::any_of(
+        schema.history.begin(), schema.history.end(), [&](const SchemaVersion& version) {
+            const auto leadsHere =
+                version.number == schema.version.number ||
+                (schema.migrations && version.number >= schema.migrations->oldest);
+            return leadsHere && hasTables(database, olderTables(schema, version.number));
+        });
 }
 
 RowReading::RowReading(sqlite3* database, const OlderTable& table) {

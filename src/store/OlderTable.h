@@ -32,8 +32,11 @@ struct OlderTable {
 /// where the schema knows no way on from `version`.
 std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version);
 
-/// Whether the database has these tables with all of their columns. Throws StoreError.
+/// Whether the database has these tables, and those of every store, with all of the columns that
+/// this system reads. Throws StoreError.
 bool hasTables(sqlite3* database, const std::vector<OlderTable>& tables);
+/// The same of any version that the schema can read or upgrade.
+bool hasTablesOfAnyVersion(sqlite3* database, const Schema& schema);
 
 /// The function of SQL that gives the values of a row of the current version their checksum.
 inline constexpr const char* kNewChecksum = "newChecksum";

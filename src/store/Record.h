@@ -26,6 +26,10 @@ struct RecordState {
     Phase phase = Phase::detached;
     std::int64_t rowid = 0;
     std::int64_t version = 0;
+    /// That the row has, which is not that of its values where it was damaged before it was read;
+    /// and that it gets by the save that is under way.
+    std::uint64_t checksum = 0;
+    std::uint64_t nextChecksum = 0;
     std::vector<Original> originals;
     /// Deleted in the store by someone else while it has pending changes here.
     bool isGoneFromStore = false;

@@ -5,6 +5,7 @@
 #include "store/ChecksumForm.h"
 #include "store/TableSql.h"
 
+#include <algorithm>
 #include <bit>
 #include <cassert>
 #include <cstring>
@@ -68,6 +69,11 @@ void readSlotFrom(const Statement& row, int column, FieldKind kind, void* slot) 
     assert(false);
 }
 
+void appendSeconds(ChecksumForm& form, double seconds) {
+    // Minus zero is zero to SQLite.
+    form.number(std::bit_cast<std::uint64_t>(seconds == 0 ? 0.0 : seconds));
+}
+
 void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
     const auto appendUuid = [&](const base::Uuid& id) {
         form.bytes(id.bytes.data(), id.bytes.size());
@@ -76,10 +82,7 @@ void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
     const auto appendInteger = [&](std::int64_t value) {
         form.number(static_cast<std::uint64_t>(value));
     };
-    const auto appendDate = [&](base::Instant instant) {
-        // Minus zero is zero to SQLite.
-        form.number(std::bit_cast<std::uint64_t>(instant.seconds == 0 ? 0.0 : instant.seconds));
-    };
+    const auto appendDate = [&](base::Instant instant) { appendSeconds(form, instant.seconds); };
     switch (kind) {
     case FieldKind::uuid:
         return appendUuid(as<base::Uuid>(slot));
@@ -106,6 +109,23 @@ void appendSlot(ChecksumForm& form, FieldKind kind, void* slot) {
         break;
     }
     assert(false);
+}
+
+void appendValue(ChecksumForm& form, const Value& value) {
+    struct Append {
+        ChecksumForm& form;
+        void operator()(std::monostate) const { form.absent(); }
+        void operator()(std::int64_t number) const {
+            form.number(static_cast<std::uint64_t>(number));
+        }
+        void operator()(double seconds) const { appendSeconds(form, seconds); }
+        void operator()(const std::string& text) const { form.bytes(text.data(), text.size()); }
+        void operator()(const base::Bytes& bytes) const { form.bytes(bytes.data(), bytes.size()); }
+        void operator()(const base::Uuid& id) const {
+            form.bytes(id.bytes.data(), id.bytes.size());
+        }
+    };
+    std::visit(Append{form}, value);
 }
 
 } // namespace
@@ -148,6 +168,10 @@ std::int64_t RowCodec::version(const Statement& row) const {
 
 std::int64_t RowCodec::rowid(const Statement& row) const {
     return row.integer(tableSql::kRowidColumn);
+}
+
+std::uint64_t RowCodec::checksum(const Statement& row) const {
+    return static_cast<std::uint64_t>(row.integer(tableSql::kChecksumColumn));
 }
 
 base::Uuid RowCodec::identifier(const Statement& row) const {
@@ -199,9 +223,10 @@ void RowCodec::bindField(Statement& statement, int index, const Record& record,
     assert(false);
 }
 
-void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t version) const {
+void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t version,
+                       std::uint64_t checksum) const {
     statement.bind(0, version);
-    statement.bind(1, static_cast<std::int64_t>(checksum(record)));
+    statement.bind(1, static_cast<std::int64_t>(checksum));
     int index = 2;
     for (const auto& each : m_columns) {
         bindField(statement, index, record, each.field);
@@ -209,14 +234,35 @@ void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t 
     }
 }
 
-std::uint64_t RowCodec::checksum(const Record& record) const {
+template <typename Append>
+std::uint64_t RowCodec::checksumOf(Append&& append) const {
     m_scratch.clear();
     ChecksumForm form(m_scratch);
     form.bytes(m_type->name.data(), m_type->name.size());
     for (const auto& each : m_columns) {
-        appendSlot(form, each.kind, record.slot(each.field));
+        append(form, each);
     }
     return base::checksum(m_scratch);
+}
+
+std::uint64_t RowCodec::checksum(const Record& record) const {
+    return checksumOf([&](ChecksumForm& form, const Column& each) {
+        appendSlot(form, each.kind, record.slot(each.field));
+    });
+}
+
+std::uint64_t RowCodec::originalChecksum(const Record& record) const {
+    const auto& originals = record.state().originals;
+    return checksumOf([&](ChecksumForm& form, const Column& each) {
+        const auto original =
+            std::find_if(originals.begin(), originals.end(),
+                         [&](const auto& value) { return value.field == each.field; });
+        if (original == originals.end()) {
+            appendSlot(form, each.kind, record.slot(each.field));
+        } else {
+            appendValue(form, original->value);
+        }
+    });
 }
 
 } // namespace korvex::store

@@ -19,16 +19,20 @@ public:
     /// The value of one field in such a row.
     Value readField(const Statement& row, std::size_t field) const;
     std::int64_t version(const Statement& row) const;
+    std::uint64_t checksum(const Statement& row) const;
     std::int64_t rowid(const Statement& row) const;
     base::Uuid identifier(const Statement& row) const;
 
     void bindField(Statement& statement, int index, const Record& record, std::size_t field) const;
     /// Binds version, checksum and all fields to `tableSql::insert`.
-    void bindRow(Statement& statement, const Record& record, std::int64_t version) const;
+    void bindRow(Statement& statement, const Record& record, std::int64_t version,
+                 std::uint64_t checksum) const;
 
     /// The checksum over all fields in the row, in declared order: presence, length or number,
     /// bytes.
     std::uint64_t checksum(const Record& record) const;
+    /// The same of what the store holds, where fields are changed here.
+    std::uint64_t originalChecksum(const Record& record) const;
 
 private:
     struct Column {
@@ -36,6 +40,8 @@ private:
         FieldKind kind;
         int column;
     };
+    template <typename Append>
+    std::uint64_t checksumOf(Append&& append) const;
 
     const RecordType* m_type;
     std::vector<Column> m_columns;

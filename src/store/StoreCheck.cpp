@@ -1,5 +1,6 @@
 #include "base/Digest.h"
 #include "store/ModelContainer.h"
+#include "store/OlderTable.h"
 #include "store/StoreConnection.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
@@ -46,6 +47,9 @@ private:
             if (check.text(0) != "ok") {
                 damage("Structure: " + std::string(check.text(0)));
             }
+        }
+        if (!hasTables(m_connection.handle(), olderTables(m_schema, m_schema.version.number))) {
+            damage("Structure: a table lacks a column.");
         }
     }
 

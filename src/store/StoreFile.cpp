@@ -422,6 +422,13 @@ std::int32_t StoreFile::version(sqlite3* database, const Schema& schema) {
         throw StoreError(StoreErrorCase::newerVersion);
     }
     if (number < schema.version.number) {
+        const auto isOfAVersion =
+            std::any_of(schema.history.begin(), schema.history.end(),
+                        [&](const SchemaVersion& each) { return each.number == number; });
+        if (!isOfAVersion && hasTablesOfAnyVersion(database, schema)) {
+            throw StoreError(StoreErrorCase::damaged,
+                             "no version has the number " + std::to_string(number));
+        }
         static_cast<void>(olderTables(schema, number));
     }
     return number;

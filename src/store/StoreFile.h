@@ -95,8 +95,8 @@ public:
     /// Looks at the header of an open database; throws `notAStore` for a file that is cut short.
     void checkHeader(sqlite3* database) const;
     /// The number of the version that has written the open database. Throws `notAStore` for one
-    /// that does not belong to this system, `newerVersion`, and `olderVersion` for one that cannot
-    /// be upgraded.
+    /// that does not belong to this system, `newerVersion`, `olderVersion` for one that cannot be
+    /// upgraded, and `damaged` where no version has a number as low and the tables are of one.
     static std::int32_t version(sqlite3* database, const Schema& schema);
 
 private:

@@ -454,7 +454,8 @@ TEST_F(DataIntegrityServiceTest, RowsWithoutAnIdentifierCostNothingAndAreSaved) 
         context.reset();
         container.reset();
         Work work;
-        const auto report = repairStore(place / "Primary.store", kNow, log, work);
+        const auto report =
+            repairStore({.storeFile = place / "Primary.store", .now = kNow}, log, work);
         EXPECT_EQ(report.salvage.has_value(), damaged > 0);
         open();
         EXPECT_TRUE(repair().isEmpty());

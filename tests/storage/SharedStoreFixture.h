@@ -12,7 +12,9 @@
 #include "storage/SharedStoreMigration.h"
 #include "storage/StoreRepair.h"
 #include "storage/StoreStart.h"
+#include "store/JournalRemains.h"
 #include "store/StoreError.h"
+#include "store/StoreLock.h"
 #include "support/CaseOf.h"
 #include "support/FolderNames.h"
 #include "support/OldStore.h"
@@ -29,8 +31,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
+#include <functional>
 #include <set>
 
 namespace korvex::tests {
@@ -52,6 +56,11 @@ protected:
     storage::StartedStore start() {
         return storage::StoreStart::open(
             {.storeFile = store(), .legacyFile = legacy(), .now = {8e8}}, m_log);
+    }
+
+    storage::StoreRepairReport repairStore(storage::Work& work) {
+        return storage::repairStore({.storeFile = store(), .legacyFile = legacy(), .now = {8e8}},
+                                    m_log, work);
     }
 
     /// A store of some older version with a todo and a text.

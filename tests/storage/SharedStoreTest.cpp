@@ -30,9 +30,12 @@ TEST_F(SharedStoreTest, WhatCannotBeCarriedOverLeavesNothing) {
         ADD_FAILURE() << "it was taken over";
     } catch (const storage::LegacyStoreError& error) {
         EXPECT_EQ(error.file(), legacy());
-        EXPECT_EQ(error.errorDescription(),
-                  error.reason() + " It is the store of an older Korvex, " + legacy().string() +
-                      ". Move it away to start anew.");
+        EXPECT_THAT(
+            error.errorDescription(),
+            testing::AllOf(testing::HasSubstr(" It is the store of an older Korvex, " +
+                                              legacy().string() + ". Move it away to start anew."),
+                           testing::EndsWith("store repair")));
+        EXPECT_THAT(error.reason(), testing::EndsWith("store repair"));
     }
     EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
     EXPECT_EQ(m_log.count("Migration failed; original untouched: "), 1U);
@@ -65,45 +68,114 @@ TEST_F(SharedStoreTest, AnOldStoreNeverTakesThePlaceOfANewerOneThatIsGone) {
     EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
 }
 
-TEST_F(SharedStoreTest, ADamagedLegacyStoreIsCarriedOverAsFarAsItCanBeRead) {
-    for (const bool isOld : {true, false}) {
+/// An ordinary start leaves it alone: somebody may have its journal, or another copy of it.
+TEST_F(SharedStoreTest, OfADamagedLegacyStoreWhatCanBeReadIsTakenOverOnlyWhenThatIsAskedFor) {
+    const std::pair<const char*, std::function<void()>> damages[]{
+        {"a page of an older one", [&] { zeroPage(legacy()); }},
+        {"a page",
+         [&] {
+             storage::SharedModelContainer::make({.storeURL = legacy()}, m_log)->checkpoint();
+             zeroPage(legacy());
+         }},
+        {"half of it", [&] { fs::resize_file(legacy(), fs::file_size(legacy()) / 2); }},
+        {"its mark",
+         [&] {
+             std::fstream(legacy(), std::ios::in | std::ios::out | std::ios::binary)
+                 .seekp(68)
+                 .put('X');
+         }},
+    };
+    for (const auto& [name, damage] : damages) {
+        SCOPED_TRACE(name);
         fs::remove_all(folder());
-        fs::remove(legacy());
+        for (const auto* suffix : {"", "-wal", "-shm", ".lock"}) {
+            fs::remove(legacy().string() + suffix);
+        }
         writeMany(legacy());
-        if (!isOld) {
-            storage::SharedModelContainer::make({.storeURL = legacy()}, m_log)->checkpoint();
-        }
-        zeroPage(legacy());
+        damage();
         const auto before = bytes(legacy());
-        {
-            const auto started = start();
-            const auto count = started.context->count<Entry>();
-            EXPECT_THAT(
-                started.notices,
-                testing::ElementsAre("The store of an older Korvex is damaged. What could "
-                                     "be read was taken over: " +
-                                     std::to_string(count + 1) +
-                                     " records. On Home: " + std::to_string(200 - count) +
-                                     " entries missing. The older store has been left as it is: " +
-                                     legacy().string()));
-            EXPECT_GT(count, 150U);
-            EXPECT_LT(count, 200U);
-            EXPECT_FALSE(started.container->check().isDamaged);
+        EXPECT_THROW(start(), storage::LegacyStoreError);
+        EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
+        storage::Work work;
+        const auto report = repairStore(work);
+        ASSERT_TRUE(report.salvage);
+        EXPECT_EQ(report.salvage->kept, legacy());
+        EXPECT_THAT(report.notices, testing::ElementsAre(testing::EndsWith(legacy().string())));
+        const auto started = start();
+        EXPECT_THAT(started.notices, testing::IsEmpty());
+        const auto count = started.context->count<Entry>();
+        EXPECT_GT(count, 50U);
+        EXPECT_EQ(report.salvage->saved, count + 1);
+        std::size_t missing = report.salvage->mayMissMore ? 200 - count : 0;
+        for (const auto& loss : report.salvage->losses) {
+            missing += report.salvage->mayMissMore ? 0 : loss.missing;
         }
-        EXPECT_TRUE(start().notices.empty());
+        EXPECT_EQ(count + missing, 200U);
+        EXPECT_FALSE(started.container->check().isDamaged);
         EXPECT_EQ(bytes(legacy()), before);
         EXPECT_EQ(m_log.count("Verified"), 0U);
     }
 }
 
-TEST_F(SharedStoreTest, ALegacyStoreThatDoesNotOpenIsCarriedOverAsFarAsItCanBeRead) {
-    writeMany(legacy());
-    fs::resize_file(legacy(), fs::file_size(legacy()) / 2);
-    const auto before = bytes(legacy());
-    const auto started = start();
-    EXPECT_THAT(started.notices, testing::ElementsAre(testing::HasSubstr("More may be missing")));
-    EXPECT_GT(started.context->count<Entry>(), 50U);
-    EXPECT_EQ(bytes(legacy()), before);
+TEST_F(SharedStoreTest, ARepairTakesOverASoundLegacyStoreAsAnyStartDoes) {
+    writeOld(legacy(), "V10");
+    storage::Work work;
+    const auto report = repairStore(work);
+    EXPECT_FALSE(report.salvage);
+    EXPECT_THAT(report.notices, testing::ElementsAre(testing::EndsWith(legacy().string())));
+    EXPECT_EQ(contents(), kOldContents);
+    EXPECT_TRUE(repairStore(work).wasSound());
+}
+
+/// Which only a disk that is not there now, or somebody's hand, has made look empty.
+TEST_F(SharedStoreTest, ALegacyStoreThatIsGoneIsNotTakenForNone) {
+    const auto elsewhere = m_folder / "elsewhere";
+    const auto refuses = [&] {
+        EXPECT_THROW(prepare(), storage::LegacyStoreError);
+        EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
+    };
+    fs::create_symlink(elsewhere / "none", legacy());
+    refuses();
+    fs::remove(legacy());
+    write(legacy().string() + "-wal", "a journal");
+    refuses();
+    fs::remove(legacy().string() + "-wal");
+    fs::create_directories(elsewhere);
+    {
+        const auto container =
+            store::ModelContainer::open(model::currentSchema(), {.file = legacy()}, m_log);
+        store::ModelContext context(*container);
+        context.insert(
+            std::make_unique<Board>(model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
+        context.save();
+    }
+    for (const auto* suffix : {"", "-wal", "-shm"}) {
+        fs::remove(legacy().string() + suffix);
+    }
+    refuses();
+    fs::remove(legacy().string() + ".lock");
+    fs::create_symlink(elsewhere / "none", m_folder / "link");
+    EXPECT_THROW(
+        storage::SharedStoreMigration(m_log).prepare(m_folder / "link" / "default.store", folder()),
+        storage::LegacyStoreError);
+    prepare();
+    EXPECT_TRUE(fs::exists(store()));
+}
+
+TEST_F(SharedStoreTest, ALegacyStoreWithoutItsNewestChangesIsTakenOverAndThatIsSaid) {
+    writeOld(legacy(), "V16");
+    {
+        const SQLite::Database database(legacy().string(), SQLite::OPEN_READONLY);
+        auto record = store::newestOf(database.getHandle());
+        ++record.revision; // no more than the upgrade adds
+        store::StoreLock lock(legacy().string() + ".lock", std::chrono::seconds(1));
+        const store::StoreLock::Guard guard(&lock);
+        lock.setRecord(record);
+    }
+    EXPECT_THAT(start().notices,
+                testing::ElementsAre(testing::HasSubstr("The newest changes in the store of an "
+                                                        "older Korvex are missing")));
+    EXPECT_EQ(contents(), kOldContents);
 }
 
 TEST_F(SharedStoreTest, ANewFolderThatFailsSaysNothingOfTheLegacyStore) {
@@ -165,8 +237,7 @@ TEST_F(SharedStoreTest, TheMarkerNeverStandsWithoutAStore) {
     EXPECT_EQ(refusalOf([&] { prepare(); }), SharedStoreErrorCase::incompleteStore);
     EXPECT_THAT(names(), testing::ElementsAre(marker().filename().string()));
     storage::Work work;
-    EXPECT_EQ(refusalOf([&] { storage::repairStore(store(), {8e8}, m_log, work); }),
-              SharedStoreErrorCase::incompleteStore);
+    EXPECT_EQ(refusalOf([&] { repairStore(work); }), SharedStoreErrorCase::incompleteStore);
     EXPECT_EQ(refusalOf([&] {
                   storage::SharedModelContainer::openExisting(
                       store(), store::ModelConfiguration::Older::refuse, m_log);
@@ -320,11 +391,36 @@ TEST_F(SharedStoreTest, AStartUpgradesAndRepairsOnceAndKeepsTheFormerStoreUntilT
         revision = started.container->revision();
     }
     run(store(), "UPDATE Entry SET checksum = checksum + 1");
-    start();
+    EXPECT_THAT(start().notices, testing::ElementsAre(testing::HasSubstr("store repair")));
     EXPECT_THAT(names(), testing::Contains(testing::HasSubstr(".BeforeV17-")));
     run(store(), "UPDATE Entry SET checksum = checksum - 1");
     EXPECT_EQ(start().container->revision(), revision);
     EXPECT_THAT(names(), testing::Not(testing::Contains(testing::HasSubstr(".BeforeV17-"))));
+}
+
+/// A repair would judge what is altered as if it were meant, and vouch for it.
+TEST_F(SharedStoreTest, WhatWasDamagedBeforeAnUpgradeIsNotRepairedAndSaidUntilItIsSaved) {
+    writeOld(store(), "V16", 0);
+    run(store(), "UPDATE Entry SET typeRawValue = 'uodo' WHERE typeRawValue = 'todo'");
+    for (int i = 0; i < 3; ++i) {
+        const auto started = start();
+        EXPECT_THAT(started.notices, testing::ElementsAre(testing::HasSubstr("store repair")));
+        EXPECT_THAT(names(), testing::Contains(testing::HasSubstr(".BeforeV17-")));
+        EXPECT_EQ(started.context->fetch<Entry>().at(0)->typeRawValue(), "uodo");
+        // What is saved otherwise does not vouch for it either.
+        started.context->fetch<Entry>().at(0)->setContent("edited " + std::to_string(i));
+        started.context->save();
+        started.context->fetch<Entry>().at(0)->setSortOrder(100 + i);
+        started.context->save();
+        EXPECT_TRUE(started.container->check().isDamaged);
+    }
+    storage::Work work;
+    const auto report = repairStore(work);
+    ASSERT_TRUE(report.salvage);
+    ASSERT_EQ(report.salvage->losses.size(), 1U);
+    EXPECT_EQ(report.salvage->losses[0].altered, 1U);
+    EXPECT_EQ(report.salvage->formerStores.size(), 1U);
+    EXPECT_THAT(start().notices, testing::IsEmpty());
 }
 
 TEST_F(SharedStoreTest, TheFormerStoreStaysWhereTheUpgradedOneHasLostSomething) {
@@ -333,7 +429,7 @@ TEST_F(SharedStoreTest, TheFormerStoreStaysWhereTheUpgradedOneHasLostSomething) 
     zeroPage(store());
     start();
     storage::Work work;
-    const auto report = storage::repairStore(store(), {8e8}, m_log, work);
+    const auto report = repairStore(work);
     ASSERT_TRUE(report.salvage);
     ASSERT_EQ(report.salvage->formerStores.size(), 1U);
     start();

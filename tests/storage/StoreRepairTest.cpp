@@ -57,7 +57,7 @@ TEST_F(StoreRepairTest, AStoreThatTheDiskDoesNotReadIsSaved) {
     start();
     storage::Work work;
     const BadSector disk(store());
-    const auto report = storage::repairStore(store(), {8e8}, m_log, work);
+    const auto report = repairStore(work);
     ASSERT_TRUE(report.salvage);
     EXPECT_EQ(report.salvage->saved, 201U);
 }
@@ -70,7 +70,7 @@ TEST_F(StoreRepairTest, ACancelledRepairSaysThatTheStoreWasUpgraded) {
         int looks = 0;
         storage::Work work({}, [&] { return ++looks > 1; });
         try {
-            storage::repairStore(store(), {8e8}, m_log, work);
+            repairStore(work);
             ADD_FAILURE() << "not cancelled";
         } catch (const storage::Cancelled& error) {
             EXPECT_EQ(error.errorDescription(), said);
@@ -84,10 +84,20 @@ TEST_F(StoreRepairTest, AStoreFromElsewhereIsRepairedWhoeverOpensItFirst) {
                    .execAndGet("SELECT count(*) FROM Entry WHERE sortOrder > 1")
                    .getInt() == 0;
     };
+    // As something else than this build's services might.
+    const auto move = [&] {
+        const auto container =
+            store::ModelContainer::open(model::currentSchema(), {.file = store()}, m_log);
+        store::ModelContext context(*container);
+        for (auto* entry : context.fetch<Entry>()) {
+            entry->setSortOrder(entry->sortOrder() + 7);
+        }
+        context.save();
+    };
     writeOld(legacy(), "V10");
     start();
     EXPECT_TRUE(isRepaired());
-    run(store(), "UPDATE Entry SET sortOrder = sortOrder + 7");
+    move();
     start();
     EXPECT_FALSE(isRepaired()) << "a start that has no reason reads nothing";
     fs::remove(store().string() + ".lock");
@@ -114,7 +124,7 @@ TEST_F(StoreRepairTest, AStoreFromElsewhereIsRepairedWhoeverOpensItFirst) {
         EXPECT_THAT(start().notices, testing::Contains(testing::HasSubstr("store repair")));
     }
     storage::Work work;
-    storage::repairStore(store(), {8e8}, m_log, work);
+    repairStore(work);
     EXPECT_TRUE(start().notices.empty());
     EXPECT_EQ(contents(), kOldContents);
 }
@@ -141,13 +151,13 @@ TEST_F(StoreRepairTest, ARepairSaysWhatIsMissingByBoard) {
     }
     zeroPage(store());
     storage::Work work;
-    const auto report = storage::repairStore(store(), {8e8}, m_log, work);
+    const auto report = repairStore(work);
     ASSERT_TRUE(report.salvage);
     ASSERT_EQ(report.salvage->losses.size(), 1U);
     EXPECT_EQ(report.boardNames, std::vector<std::string>{"Home"});
     EXPECT_EQ(contents().size() + report.salvage->losses[0].missing, 100U);
     EXPECT_GT(report.metadata.count(), 0U);
-    EXPECT_TRUE(storage::repairStore(store(), {8e8}, m_log, work).wasSound());
+    EXPECT_TRUE(repairStore(work).wasSound());
 }
 
 } // namespace

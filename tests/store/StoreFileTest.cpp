@@ -111,9 +111,17 @@ TEST_F(StoreFileTest, VersionsThatThisBuildCannotReadAreRefused) {
     EXPECT_EQ(refusal({.allowsSave = false}), StoreErrorCase::newerVersion);
     setVersion(160);
     EXPECT_EQ(refusal(), StoreErrorCase::needsUpgrade);
+    // A number of no version: what the tables are says whether it was altered.
     setVersion(90);
+    EXPECT_EQ(refusal({.whenOlder = ModelConfiguration::Older::upgrade}), StoreErrorCase::damaged);
+    const auto rename = [&](const char* from, const char* to) {
+        SQLite::Database(storeFile().string(), SQLite::OPEN_READWRITE)
+            .exec(std::string("ALTER TABLE Entry RENAME COLUMN ") + from + " TO " + to);
+    };
+    rename("content", "words");
     EXPECT_EQ(refusal({.whenOlder = ModelConfiguration::Older::upgrade}),
               StoreErrorCase::olderVersion);
+    rename("words", "content");
     setVersion(model::currentSchema().version.number);
     EXPECT_EQ(refusal(), std::nullopt);
 }

@@ -274,22 +274,36 @@ TEST_F(StoreSalvageTest, AStoreThatDoesNotOpenIsSavedFromACopyThatDoes) {
         bool isKnown;
         std::size_t boards = 2;
         const char* flipped = nullptr;
-        bool hasEntryRoot = true;
+        const char* lostRoot = nullptr;
     } cases[] = {
         {"first page", Made::now, 0, kPage, 100, kEntries + 2, true},
         {"header", Made::now, 0, 100, 100, kEntries + 2, true},
         {"tables' names", Made::now, 100, kPage - 100, 100, kEntries + 2, true},
         {"a column's name", Made::now, 0, 0, 100, kEntries + 2, true, 2, "content"},
+        {"a newer column's name", Made::now, 0, 0, 100, kEntries + 2, true, 2, "dueStartDate"},
+        {"a version's column", Made::now, 0, 0, 100, kEntries + 2, true, 2, "version"},
+        {"a checksum's column", Made::now, 0, 0, 100, kEntries + 2, true, 2, "checksum"},
+        {"the store's identifier", Made::now, 0, 0, 100, kEntries + 2, true, 2, "storeID"},
+        {"the log's number", Made::now, 0, 0, 100, kEntries + 2, true, 2, "revision"},
+        {"the log's changes", Made::now, 0, 0, 100, kEntries + 2, true, 2, "changes"},
+        {"attachments' owner", Made::now, 0, 0, 100, kEntries + 2, true, 2, "owner"},
+        {"attachments' bytes", Made::now, 0, 0, 100, kEntries + 2, true, 2, "bytes"},
+        {"version's number", Made::now, 63, 1, 100, kEntries + 2, true},
         {"half of the file", Made::now, 0, 0, 50, kEntries / 4, false},
         {"first page, half of the file", Made::now, 0, kPage, 50, kEntries / 4, false},
-        {"first page, root", Made::now, 0, kPage, 100, kEntries + 2, false, 2, nullptr, false},
+        {"first page, root", Made::now, 0, kPage, 100, kEntries + 2, false, 2, nullptr, "Entry"},
+        {"first page, root of attachments", Made::now, 0, kPage, 100, kEntries + 2, true, 2,
+         nullptr, "Entry.attachmentData"},
         {"all pages where tables begin", Made::now, 0, 16 * kPage, 100, kEntries / 2, false, 0},
         {"first page", Made::upgraded, 0, kPage, 100, kEntries + 2, false},
-        {"first page, root", Made::upgraded, 0, kPage, 100, kEntries + 2, false, 2, nullptr, false},
+        {"first page, root", Made::upgraded, 0, kPage, 100, kEntries + 2, false, 2, nullptr,
+         "Entry"},
         {"header", Made::upgraded, 0, 100, 100, kEntries + 2, true},
         {"a column's name", Made::older, 0, 0, 100, kEntries + 2, false, 2, "content"},
         {"first page", Made::older, 0, kPage, 100, kEntries + 2, false},
+        {"the store's identifier", Made::older, 0, 0, 100, kEntries + 2, false, 2, "storeID"},
         {"header", Made::older, 0, 100, 100, kEntries + 2, true},
+        {"version's number", Made::older, 63, 1, 100, kEntries + 2, true},
     };
     for (const auto& each : cases) {
         SCOPED_TRACE(each.name + std::string(", made ") + std::to_string(int(each.made)));
@@ -302,8 +316,8 @@ TEST_F(StoreSalvageTest, AStoreThatDoesNotOpenIsSavedFromACopyThatDoes) {
             open({.whenOlder = store::ModelConfiguration::Older::upgrade})->checkpoint();
             open(); // a good start, after which there is but one store
         }
-        if (!each.hasEntryRoot) {
-            zero(pages("Entry", "internal").at(0));
+        if (each.lostRoot) {
+            zero(pages(each.lostRoot, "internal").at(0));
         }
         if (each.flipped) {
             overwrite(1, bytesOf(storeFile()).find(each.flipped), "K");
@@ -318,13 +332,15 @@ TEST_F(StoreSalvageTest, AStoreThatDoesNotOpenIsSavedFromACopyThatDoes) {
         const auto report = salvage();
         EXPECT_GE(report.saved, each.leastSaved);
         // SQLite notes in the header of one that it opens that its journal is gone.
-        const std::size_t from = each.flipped ? 100 : 0;
+        const std::size_t from = each.flipped || each.zeros == 1 ? 100 : 0;
         EXPECT_TRUE(bytesOf(report.kept).substr(from) == before.substr(from));
         const auto sum = sumOf(report);
         EXPECT_EQ(sum.altered, 0U);
         EXPECT_EQ(report.mayMissMore, !each.isKnown);
         if (each.isKnown) {
             EXPECT_EQ(report.saved + sum.missing, kEntries + 2U);
+            EXPECT_EQ(number("SELECT count(*) FROM \"Entry.attachmentData\""),
+                      each.made == Made::now ? kEntries / 40 : 0);
         }
         expectSound(report.saved - each.boards, each.boards == 2 ? 0 : kEntries);
         EXPECT_THAT(namesIn(folder()), testing::Each(testing::Not(testing::HasSubstr(".new-"))));

@@ -174,7 +174,10 @@ ExitStatus CommandLine::run(std::vector<std::string> arguments) {
             return advice.empty() ? exitStatus(error.which())
                                   : fail(exitStatus(error.which()), advice);
         } catch (const storage::SharedStoreError& error) {
-            return fail(ExitStatus::unusable, error.errorDescription());
+            fail(ExitStatus::unusable, error.errorDescription());
+            const auto advice =
+                m_session ? storage::adviceOn(error.which(), m_session->storeFile()) : "";
+            return advice.empty() ? ExitStatus::unusable : fail(ExitStatus::unusable, advice);
         } catch (const storage::LegacyStoreError& error) {
             return fail(ExitStatus::unusable, error.errorDescription());
         } catch (const base::Error& error) {

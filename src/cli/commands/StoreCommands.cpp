@@ -5,6 +5,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/LongWork.h"
 
+#include "app/StoreLocation.h"
 #include "base/CountText.h"
 #include "storage/DataIntegrityService.h"
 #include "storage/SalvageSentences.h"
@@ -69,9 +70,10 @@ ExitStatus check(Session& session, const NoOptions&) {
         for (const auto& problem : report.problems) {
             session.output().write(problem + "\n");
         }
-        if (isMendable) {
-            session.output().write("This mends it: " + storage::repairCommand(session.storeFile()) +
-                                   "\n");
+        if (isMendable || report.isDamaged) {
+            session.output().write(std::string(report.isDamaged ? "This saves what can be read: "
+                                                                : "This mends it: ") +
+                                   storage::repairCommand(session.storeFile()) + "\n");
         }
     }
     return report.problems.empty() ? ExitStatus::done : ExitStatus::refused;
@@ -165,8 +167,11 @@ ExitStatus repair(Session& session, const NoOptions&) {
     session.noteRepair();
     const auto report = [&] {
         LongWork longWork(session.environment().errorDescriptor);
-        return storage::repairStore(session.storeFile(), session.now(), session.environment().log,
-                                    longWork.work());
+        return storage::repairStore(
+            {.storeFile = session.storeFile(),
+             .legacyFile = app::legacyStoreFile(session.storeFile().parent_path()),
+             .now = session.now()},
+            session.environment().log, longWork.work());
     }();
     session.remapBoards(report.mergedBoards);
     if (!report.wasSound()) {
@@ -193,8 +198,9 @@ void addStoreCommands(CLI::App& program, Action& chosen) {
     addCommand(group, "repair", "Brings the store into order and saves what can be read", chosen,
                repair)
         .parser.footer("No text is changed. Where the store is damaged, what can be read becomes "
-                       "a new store, and the\ndamaged one is kept beside it. Close the other "
-                       "programs on the store first.");
+                       "a new store, and the\ndamaged one is kept beside it. So does what can be "
+                       "read of a store that an older Korvex has left, while\nthere is no other. "
+                       "Close the other programs on the store first.");
 }
 
 } // namespace korvex::cli

@@ -3,6 +3,7 @@
 #include "app/StoreLocation.h"
 #include "base/UserLocale.h"
 #include "storage/SharedModelContainer.h"
+#include "storage/SharedStoreMigration.h"
 #include "storage/StoreStart.h"
 
 namespace korvex::cli {
@@ -63,7 +64,7 @@ store::ModelContext& Session::existing() {
     std::error_code error;
     const auto legacy = app::legacyStoreFile(m_storeFile.parent_path());
     if (!m_services && !std::filesystem::exists(m_storeFile, error) &&
-        !(legacy && std::filesystem::exists(*legacy, error))) {
+        !(legacy && storage::SharedStoreMigration::isLeft(*legacy))) {
         openExisting();
     }
     return context();

@@ -14,6 +14,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
@@ -34,6 +35,7 @@ constexpr off_t kLockedBytes = 512;
 constexpr std::size_t kPiece = 1 << 20;
 constexpr std::size_t kSector = 4096;
 
+constexpr std::size_t kVersionInHeader = 60;
 constexpr std::size_t kApplicationIDInHeader = 68;
 
 /// Whether the first page was written by this system.
@@ -42,7 +44,8 @@ bool isOurs(const base::Bytes& page) {
            numberAt(page, kApplicationIDInHeader, 4) == StoreFile::kApplicationID;
 }
 
-/// What the disk does not give is left zero. Whether it gave all.
+} // namespace
+
 bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy) {
     const base::FileDescriptor target(
         ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
@@ -75,6 +78,16 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
         wanted = at % off_t{kPiece} == 0 && size > 0 ? kPiece : wanted;
     }
     return isWhole;
+}
+
+namespace {
+
+/// That the header names, where there is such a one.
+std::optional<std::int32_t> versionOf(const base::Bytes& page, const Schema& schema) {
+    const auto number = static_cast<std::int32_t>(numberAt(page, kVersionInHeader, 4));
+    const auto isOne = std::any_of(schema.history.begin(), schema.history.end(),
+                                   [&](const auto& each) { return each.number == number; });
+    return isOurs(page) && isOne ? std::optional(number) : std::nullopt;
 }
 
 /// What follows the header is of the tables' making.
@@ -187,7 +200,7 @@ void MendedCopy::applyJournal() {
 void MendedCopy::findLooseTrees() {
     if (!areComplete(handle(), m_tables)) {
         const DamagedPages pages(m_copy);
-        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true};
+        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true, .areExternalsKnown = true};
         std::erase_if(m_looseTrees.roots, [free = pages.freePages()](std::uint32_t page) {
             return free.contains(page);
         });
@@ -239,12 +252,14 @@ bool MendedCopy::opensWithItsHeader() {
 bool MendedCopy::opensWithNewHeader() {
     const DamagedPages pages(m_copy);
     const auto former = headerOf(pages.read(1));
+    // A table whose column has lost its name may look like that of an older version.
+    const auto known = versionOf(former, m_schema);
     pages.write(1, headerOf(firstPage(m_layouts.front(), pages.size(), pages.count(), 2)));
     try {
         open();
         for (auto at = m_schema.history.rbegin(); at != m_schema.history.rend(); ++at) {
             m_tables = olderTables(m_schema, at->number);
-            if (hasTables(handle(), m_tables)) {
+            if (known.value_or(at->number) == at->number && hasTables(handle(), m_tables)) {
                 if (hasNewerColumns()) {
                     throw StoreError(StoreErrorCase::newerVersion);
                 }
@@ -288,6 +303,9 @@ bool MendedCopy::opensWithNewFirstPage() {
         }
         if (isWhole) {
             m_mayLackTables = m_mayLackTables || mayLack;
+            m_looseTrees = {.roots = roots,
+                            .areTablesKnown = true,
+                            .areExternalsKnown = found.areExternalsKnown()};
             return true;
         }
     }

@@ -16,6 +16,10 @@
 
 namespace korvex::store {
 
+/// Copies a file into a new one; what the disk does not give is left zero. Whether it gave all.
+/// Throws StoreError.
+bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy);
+
 /// A store that SQLite does not open, or not to the end of its tables, since its file is cut short,
 /// the disk does not give all of it, or its first page or one that leads to others is damaged, so
 /// far in order that its rows can be read: in a copy, which is removed with this. Nobody else has

@@ -42,17 +42,29 @@ TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
         m_areAllFound = m_areAllFound && records.sound > 0;
         m_areComplete = m_areComplete && records.isComplete;
         const auto known = layout.roots.find(std::string(type.name));
-        m_areCertain = m_areCertain && known != layout.roots.end() && known->second == records.root;
+        const auto isCertain = known != layout.roots.end() && known->second == records.root;
+        m_areCertain = m_areCertain && isCertain;
         for (const auto& field : type.fields) {
             if (field.kind == FieldKind::externalBytes && table.has(field.name)) {
-                best({.table = std::string(type.name) + "." + std::string(field.name),
-                      .select =
-                          "SELECT 0, checksum, bytes FROM " + tableSql::externalTable(type, field),
-                      .isSound = [](const auto& row) {
-                          return row.storageClass(2) == SQLITE_BLOB &&
-                                 static_cast<std::int64_t>(base::checksum(row.bytes(2))) ==
-                                     row.integer(1);
-                      }});
+                const auto name = std::string(type.name) + "." + std::string(field.name);
+                const auto found =
+                    best({.table = name,
+                          .select = "SELECT 0, checksum, bytes FROM " +
+                                    tableSql::externalTable(type, field),
+                          .isSound = [](const auto& row) {
+                              return row.storageClass(2) == SQLITE_BLOB &&
+                                     static_cast<std::int64_t>(base::checksum(row.bytes(2))) ==
+                                         row.integer(1);
+                          }});
+                const auto place = layout.roots.find(name);
+                if (isCertain && place != layout.roots.end() && place->second < m_none) {
+                    // Where its records stand as in a new store, so does this: another tree is a
+                    // part of it or in use no more.
+                    setRoot(m_database, name, place->second);
+                } else {
+                    m_areExternalsKnown =
+                        m_areExternalsKnown && (found.sound == 0 || found.isComplete);
+                }
             }
         }
     }

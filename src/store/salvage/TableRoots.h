@@ -23,6 +23,8 @@ struct LooseTrees {
     /// Whether it is known where each table begins: they matter only where one cannot be read to
     /// its end then.
     bool areTablesKnown = false;
+    /// The same of the tables of external bytes.
+    bool areExternalsKnown = false;
 };
 
 /// Where the tables begin in a database whose first page is of a layout and not its own: that page
@@ -43,6 +45,9 @@ public:
     bool areComplete() const { return m_areComplete; }
     /// Whether every table of records was found where a new store has it.
     bool areCertain() const { return m_areCertain; }
+    /// Whether it is known where each table of external bytes begins, though not that it can be
+    /// read to its end.
+    bool areExternalsKnown() const { return m_areExternalsKnown; }
 
 private:
     struct Tree {
@@ -72,6 +77,7 @@ private:
     bool m_areAllFound = true;
     bool m_areComplete = true;
     bool m_areCertain = true;
+    bool m_areExternalsKnown = true;
 };
 
 } // namespace korvex::store

@@ -325,7 +325,7 @@ void TableSalvage::copyExternal(const Field& field) {
     }
     Statement add(m_target,
                   "INSERT OR IGNORE INTO " + table + "(owner, checksum, bytes) VALUES(?, ?, ?)");
-    const auto isWhole = m_looseTrees.areTablesKnown &&
+    const auto isWhole = m_looseTrees.areExternalsKnown &&
                          readAll(m_source, "SELECT owner FROM " + table, [](const Statement&) {});
     for (const auto tree : isWhole ? std::vector<std::uint32_t>() : m_looseTrees.roots) {
         setRoot(m_source, std::string(m_type.name) + "." + std::string(field.name), tree);

@@ -9,15 +9,18 @@ namespace korvex::faults {
 
 namespace {
 
+std::filesystem::path legacyOf(const std::filesystem::path& file) {
+    return file.parent_path() / "legacy" / "default.store";
+}
+
 void start(const std::filesystem::path& file, Steps& steps,
            const std::optional<std::string>& cloud) {
     Program program(steps);
-    auto started =
-        storage::StoreStart::open({.storeFile = file,
-                                   .legacyFile = file.parent_path() / "legacy" / "default.store",
-                                   .cloudKitIdentifier = cloud,
-                                   .now = kLater},
-                                  program.log);
+    auto started = storage::StoreStart::open({.storeFile = file,
+                                              .legacyFile = legacyOf(file),
+                                              .cloudKitIdentifier = cloud,
+                                              .now = kLater},
+                                             program.log);
     program.container = std::move(started.container);
     program.context = std::move(started.context);
     program.boards().initializeDefaultBoards(kLater);
@@ -40,7 +43,8 @@ void upgrade(const std::filesystem::path& file, Steps& steps) {
 void repair(const std::filesystem::path& file, Steps& steps) {
     tests::SilentLog log;
     auto work = steps.work();
-    storage::repairStore(file, kLater, log, work);
+    storage::repairStore({.storeFile = file, .legacyFile = legacyOf(file), .now = kLater}, log,
+                         work);
 }
 
 } // namespace

@@ -108,6 +108,8 @@ class Aftermath:
             # Verifying never creates; the next start does.
             if not succeeds(folder, self.operation):
                 yield "the next run does not succeed"
+            if self.operation == "carry-over-damaged" and not succeeds(folder, "start"):
+                yield "the next start does not succeed"  # which removes what a killed run left
             found = drive(folder, "verify")
             if any(line.startswith(BROKEN) for line in found) or state_of(found) != self.after:
                 yield f"the next run makes of it {found}"

@@ -50,7 +50,7 @@ FIRST_IMPORTS = ("import", "import-large", "import-in-window")
 RESTORES = (*FIRST_IMPORTS, "import-again", "undo-import", "undo-in-window")
 # The driver's word, where it is another.
 WORDS = {"import-again": "import", "import-large": "import", "upgrade-attachments": "upgrade",
-         "carry-over": "start", "carry-over-damaged": "start", "repair-first-page": "repair",
+         "carry-over": "start", "carry-over-damaged": "repair", "repair-first-page": "repair",
          "repair-older": "repair"}
 # They save what can be read of a damaged store.
 REPAIRS = ("repair", "repair-first-page", "repair-older")
