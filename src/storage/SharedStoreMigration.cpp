@@ -238,7 +238,7 @@ std::vector<std::string> SharedStoreMigration::carryOver(const fs::path& legacy,
 
 bool SharedStoreMigration::copyWhole(const fs::path& legacy, const fs::path& staged) const {
     const store::StoreFile file(legacy);
-    static_cast<void>(file.exists()); // what is no file is refused before it is read
+    static_cast<void>(file.isThere()); // what is no file is refused before it is read
     try {
         file.copyTo(staged);
     } catch (const store::StoreError& error) {

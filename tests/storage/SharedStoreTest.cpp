@@ -100,10 +100,26 @@ TEST_F(SharedStoreTest, ALegacyStoreThatDoesNotOpenIsCarriedOverAsFarAsItCanBeRe
     writeMany(legacy());
     fs::resize_file(legacy(), fs::file_size(legacy()) / 2);
     const auto before = bytes(legacy());
-    const auto started = start();
-    EXPECT_THAT(started.notices, testing::ElementsAre(testing::HasSubstr("More may be missing")));
-    EXPECT_GT(started.context->count<Entry>(), 50U);
+    {
+        const auto started = start();
+        EXPECT_THAT(started.notices,
+                    testing::ElementsAre(testing::HasSubstr("More may be missing")));
+        EXPECT_GT(started.context->count<Entry>(), 50U);
+    }
     EXPECT_EQ(bytes(legacy()), before);
+    fs::remove_all(folder());
+    fs::remove(legacy());
+    {
+        // All that this one holds stands in its journal.
+        const auto made = storage::SharedModelContainer::make({.storeURL = legacy()}, m_log);
+        store::ModelContext context(*made);
+        context.insert(
+            std::make_unique<Board>(model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
+        context.save();
+    }
+    fs::resize_file(legacy(), 0);
+    EXPECT_EQ(start().context->count<Board>(), 1U);
+    EXPECT_EQ(bytes(legacy()), "");
 }
 
 TEST_F(SharedStoreTest, ANewFolderThatFailsSaysNothingOfTheLegacyStore) {

@@ -4,14 +4,17 @@
 #include "store/OlderTable.h"
 #include "store/Schema.h"
 #include "store/StoreFile.h"
+#include "store/salvage/DamagedPages.h"
 #include "store/salvage/StoreLayout.h"
 #include "store/salvage/TableRoots.h"
+#include "store/salvage/Ticker.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <chrono>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace korvex::store {
@@ -21,15 +24,17 @@ namespace korvex::store {
 /// far in order that its rows can be read: in a copy, which is removed with this. Nobody else has
 /// the store open while it lives.
 ///
-/// What lay behind the end of a file that was cut is damage like any other. A first page that
-/// cannot be read is replaced by that of a new store, of an older version, or of one that was
-/// upgraded: the rows that pass their checksums tell which, and which tree of pages is whose table.
+/// What lay behind the end of a file that was cut, be it to nothing, is damage like any other; what
+/// was committed to its journal is put in first. A first page that cannot be read is replaced by
+/// that of a new store, of an older version, or of one that was upgraded: the rows that pass their
+/// checksums tell which, and which tree of pages is whose table.
 class MendedCopy {
 public:
     /// The write lock must be held. Throws StoreError: `nothingReadable` where nothing in the file
     /// is known to be of this system, `busy` where another program has it open for longer than
-    /// that.
-    MendedCopy(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience);
+    /// that; and what the ticker throws, which must outlive this.
+    MendedCopy(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
+               Ticker& ticker);
     ~MendedCopy();
     MendedCopy(const MendedCopy&) = delete;
     MendedCopy& operator=(const MendedCopy&) = delete;
@@ -44,9 +49,10 @@ public:
 
 private:
     void holdAlone(std::chrono::milliseconds patience);
+    base::FileDescriptor openJournal(const char* suffix) const;
     void copy();
     void open();
-    void applyJournal();
+    void rollBack();
     void findLooseTrees();
     bool hasNewerColumns() const;
     bool opensWithItsHeader();
@@ -55,9 +61,12 @@ private:
 
     StoreFile m_file;
     const Schema& m_schema;
+    Ticker& m_ticker;
     std::vector<StoreLayout> m_layouts;
     base::FileDescriptor m_held;
     std::filesystem::path m_copy;
+    /// Of the copy.
+    std::optional<DamagedPages> m_pages;
     std::unique_ptr<SQLite::Database> m_database;
     std::vector<OlderTable> m_tables;
     LooseTrees m_looseTrees;
