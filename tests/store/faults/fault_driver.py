@@ -93,6 +93,11 @@ def strace(output, *expressions):
             *itertools.chain.from_iterable(("-e", each) for each in expressions)]
 
 
+def injected(operation):
+    """What meets all of an operation."""
+    return ("inject=link:error=EPERM",) if operation in WITHOUT_LINKS else ()
+
+
 def traced(trace):
     """The calls in the order of their ends: whether it is one of the first thread, its number among
     those of its name in its thread, as a fault is planned, its name, and its line."""

@@ -16,7 +16,7 @@ import shutil
 import sys
 
 from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of, problems_after_cut
-from fault_driver import (AFTER_CUT, BROKEN, REPAIRS, ROOT, STORE, WITHOUT_LINKS, perform, run, strace,
+from fault_driver import (AFTER_CUT, BROKEN, REPAIRS, ROOT, STORE, injected, perform, run, strace,
                           traced)
 
 WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
@@ -31,7 +31,6 @@ OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", 
               "checkpoint", "export", "import", "import-in-window", "import-again", "undo-import",
               "undo-in-window", "automatic-backup", "upgrade", "upgrade-attachments", "carry-over",
               "upgrade-without-links", *AFTER_CUT, "carry-over-damaged", "start", "cloud", *REPAIRS)
-NO_LINKS = "inject=link:error=EPERM"
 # How the folder of automatic backups is named while one is made.
 HELD = "/proc/self/fd/"
 
@@ -46,7 +45,7 @@ class Faults:
         self.aftermath = Aftermath(operation, start, scratch)
         folder = self.aftermath.fresh_folder()
         trace = folder / "trace"
-        self.always = (NO_LINKS,) if operation in WITHOUT_LINKS else ()
+        self.always = injected(operation)
         perform(folder, operation,
                 tracer=strace(trace, f"trace={WRITING},{OPENING},{READING}", *self.always))
         self.calls = list(self.calls_on(folder, trace))
