@@ -158,13 +158,14 @@ bool isDamageOf(const fs::path& legacy, const store::StoreError& error) {
 
 /// The files of a store as they are, for a salvage. Whether the disk gave all of them.
 bool copyFiles(const fs::path& store, const fs::path& copy) {
+    const store::SalvageWatch nobody;
+    const store::Ticker ticker(nobody);
     auto isWhole = true;
-    for (const auto* suffix :
-         {"", store::StoreFile::kJournals[0], store::StoreFile::kJournals[1]}) {
+    for (const auto* suffix : {"", store::StoreFile::kJournal, store::StoreFile::kRollback}) {
         const auto of = store.native() + suffix;
         const base::FileDescriptor file(::open(of.c_str(), O_RDONLY | O_CLOEXEC));
         if (file.isOpen()) {
-            isWhole = store::copyReadable(file, copy.native() + suffix) && isWhole;
+            isWhole = store::copyReadable(file, copy.native() + suffix, ticker) && isWhole;
         } else if (errno != ENOENT) {
             store::throwSystemError(errno);
         }
@@ -311,7 +312,7 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
     TakenOver taken;
     try {
         const store::StoreFile file(legacy);
-        if (!file.exists()) { // what is no file is refused before it is read
+        if (!file.isThere()) { // what is no file is refused before it is read
             throw store::StoreError(store::StoreErrorCase::incomplete);
         }
         // Before the copy, which then holds no less.

@@ -53,13 +53,15 @@ void look(const std::filesystem::path& file, base::LogSink& log, Work& work, Fou
 
 store::SalvageReport salvage(const std::filesystem::path& file, base::LogSink& log, Work& work) {
     return store::salvageStore(file, SharedModelContainer::schema(), kPatience, log,
-                               [&](std::size_t done, std::size_t of) {
-                                   if (done == 0) {
-                                       work.begin(Stage::writing, of);
-                                   } else {
-                                       work.advance(1);
-                                   }
-                               });
+                               {.progress =
+                                    [&](std::size_t done, std::size_t of) {
+                                        if (done == 0) {
+                                            work.begin(Stage::writing, of);
+                                        } else {
+                                            work.advance(1);
+                                        }
+                                    },
+                                .tick = [&] { work.checkCancellation(); }});
 }
 
 /// Of older programs, where they have left the only store; it was read, or saved, whole then.

@@ -12,7 +12,6 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -28,7 +27,8 @@ std::filesystem::path keptName(const StoreFile& file, std::int64_t revision) {
     return name += ".journal-before-" + std::to_string(revision);
 }
 
-/// All of the journal or nothing; what was kept of that revision before is more than there is now.
+/// All that the disk gives of the journal or nothing; what was kept of that revision before is more
+/// than there is now.
 std::error_code keepJournal(const StoreFile& file, const std::filesystem::path& name) {
     std::error_code failure;
     if (std::filesystem::exists(name, failure)) {
@@ -43,7 +43,7 @@ std::error_code keepJournal(const StoreFile& file, const std::filesystem::path& 
     std::vector<char> piece(kPiece);
     while (!failure) {
         const auto size = ::read(journal.get(), piece.data(), piece.size());
-        if (size == 0) {
+        if (size == 0 || (size < 0 && errno == EIO)) {
             return copy.commit(base::StagedFile::Existing::keep);
         }
         if (size > 0) {
@@ -55,14 +55,14 @@ std::error_code keepJournal(const StoreFile& file, const std::filesystem::path& 
     return failure;
 }
 
-std::string whatWasKept(const StoreFile& file, std::int64_t revision) {
-    if (!file.hasJournal()) {
-        return {};
-    }
+/// Throws StoreError where that fails.
+std::filesystem::path keepRemains(const StoreFile& file, std::int64_t revision) {
     const auto name = keptName(file, revision);
-    const auto failure = keepJournal(file, name);
-    return failure ? " What is left of the journal could not be kept: " + failure.message() + "."
-                   : " What is left of the journal was kept as " + name.filename().string() + ".";
+    if (const auto failure = keepJournal(file, name)) {
+        throwSystemError(failure.value(), "what is left of the journal cannot be kept as " +
+                                              name.filename().string());
+    }
+    return name;
 }
 
 } // namespace
@@ -80,8 +80,8 @@ StoreLock::Record newestOf(sqlite3* database) {
     return found;
 }
 
-std::optional<MissingChanges> findMissingChanges(const StoreLock::Record& found,
-                                                 const StoreFile& file, const StoreLock& lock) {
+std::optional<MissingChanges> missingChanges(const StoreLock::Record& found,
+                                             const StoreLock& lock) {
     const auto record = lock.record();
     if (!record || record->storeID != found.storeID || record->revision <= found.revision) {
         return std::nullopt;
@@ -92,11 +92,24 @@ std::optional<MissingChanges> findMissingChanges(const StoreLock::Record& found,
         .notice = (count == 1 ? std::string("The newest saved change is")
                               : "The newest " + base::numberText(static_cast<std::size_t>(count)) +
                                     " saved changes are") +
-                  " missing: the store's journal was cut or removed outside Korvex." +
-                  whatWasKept(file, record->revision)};
+                  " missing: the store's journal was cut or removed outside Korvex."};
+}
+
+std::optional<MissingChanges> findMissingChanges(const StoreLock::Record& found,
+                                                 const StoreFile& file, const StoreLock& lock) {
+    auto missing = missingChanges(found, lock);
+    if (missing && file.hasJournal()) {
+        const auto kept = keepRemains(file, missing->recorded);
+        missing->notice +=
+            " What is left of the journal was kept as " + kept.filename().string() + ".";
+    }
+    return missing;
 }
 
 std::optional<MissingChanges> findMissingChanges(const StoreFile& file, const StoreLock& lock) {
+    if (file.isTooShort()) {
+        return std::nullopt;
+    }
     auto isOpen = false;
     const auto found = [&]() -> std::optional<StoreLock::Record> {
         try {
@@ -123,9 +136,7 @@ std::optional<MissingChanges> findMissingChanges(const StoreFile& file, const St
     }
     if (isOpen && file.hasJournal()) {
         const auto record = lock.record();
-        if (const auto failure = keepJournal(file, keptName(file, record ? record->revision : 0))) {
-            throwSystemError(failure.value());
-        }
+        keepRemains(file, record ? record->revision : 0);
     }
     return std::nullopt;
 }

@@ -57,6 +57,8 @@ SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : 
     } catch (const SQLite::Exception& error) {
         throwSqliteError(nullptr, error.getExtendedErrorCode());
     }
+    // Where it is not taken, the journal stays as it is: that of a damaged store, too.
+    sqlite3_db_config(handle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (!tryToTake()) {
         if (std::chrono::steady_clock::now() >= deadline) {

@@ -80,10 +80,10 @@ bool isDamage(const StoreError& error) {
            error.which() == StoreErrorCase::inputOutput;
 }
 
-void throwSystemError(int error) {
+void throwSystemError(int error, const std::string& what) {
     throw StoreError(error == ENOSPC || error == EDQUOT ? StoreErrorCase::full
                                                         : StoreErrorCase::inputOutput,
-                     std::strerror(error));
+                     (what.empty() ? what : what + ": ") + std::strerror(error));
 }
 
 } // namespace korvex::store

@@ -42,7 +42,8 @@ private:
 /// Whether what was read is damaged. Any other failure says nothing about it.
 bool isDamage(const StoreError& error);
 
-/// Throws what a failed call of the system means to a store: `full` or `inputOutput`.
-[[noreturn]] void throwSystemError(int error);
+/// Throws what a failed call of the system means to a store: `full` or `inputOutput`. `what`: what
+/// failed so, where the case does not say it.
+[[noreturn]] void throwSystemError(int error, const std::string& what = {});
 
 } // namespace korvex::store

@@ -35,6 +35,12 @@ void check(std::error_code failure) {
     }
 }
 
+/// 0 where there is none.
+std::uintmax_t sizeOf(const std::filesystem::path& file) {
+    struct stat status {};
+    return ::stat(file.c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size) : 0;
+}
+
 /// What cannot be removed now is left for the next time.
 void removeFiles(const std::filesystem::path& directory,
                  const std::function<bool(const std::string& name)>& isMeant) {
@@ -100,7 +106,7 @@ std::filesystem::path StoreFile::directory() const {
     return m_file.has_parent_path() ? m_file.parent_path() : std::filesystem::path(".");
 }
 
-bool StoreFile::exists() const {
+bool StoreFile::isThere() const {
     struct stat status {};
     if (::lstat(m_file.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
         // SQLite would keep the journal beside what it leads to, where nobody else looks for it.
@@ -116,19 +122,26 @@ bool StoreFile::exists() const {
     if (!S_ISREG(status.st_mode)) {
         throw StoreError(StoreErrorCase::notAStore, "not a regular file");
     }
-    if (status.st_size < static_cast<off_t>(kHeaderSize)) {
-        throw StoreError(StoreErrorCase::notAStore);
-    }
     if (::access(m_file.c_str(), R_OK) != 0) {
         throw StoreError(StoreErrorCase::unreadable, std::strerror(errno));
     }
     return true;
 }
 
+bool StoreFile::isTooShort() const {
+    return sizeOf(m_file) < kHeaderSize;
+}
+
+bool StoreFile::exists() const {
+    const auto isFile = isThere();
+    if (isFile && isTooShort()) {
+        throw StoreError(StoreErrorCase::notAStore);
+    }
+    return isFile;
+}
+
 std::uintmax_t StoreFile::journalSize() const {
-    struct stat status {};
-    return ::stat(journal().c_str(), &status) == 0 ? static_cast<std::uintmax_t>(status.st_size)
-                                                   : 0;
+    return sizeOf(journal());
 }
 
 void StoreFile::makeFolder() const {

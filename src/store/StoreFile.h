@@ -29,17 +29,24 @@ public:
     static constexpr std::int32_t kApplicationID = 0x4B565831;
 
     /// What SQLite appends to a file's name for its journals, in the mode with one and in others.
-    static constexpr std::array kJournals{"-wal", "-journal"};
+    static constexpr const char* kJournal = "-wal";
+    static constexpr const char* kRollback = "-journal";
+    static constexpr std::array kJournals{kJournal, kRollback};
 
     explicit StoreFile(std::filesystem::path file) : m_file(std::move(file)) {}
 
     const std::filesystem::path& path() const { return m_file; }
     std::filesystem::path lockFile() const { return withSuffix(".lock"); }
-    std::filesystem::path journal() const { return withSuffix("-wal"); }
+    std::filesystem::path journal() const { return withSuffix(kJournal); }
 
     /// Whether anything stands there. Throws StoreError when that cannot be a store: `unreadable`,
     /// `notAStore`, `symbolicLink`.
     bool exists() const;
+    /// The same where a file that is too short for a store is taken too: its words may stand in its
+    /// journal, which SQLite, were it to open the file, would remove.
+    bool isThere() const;
+    /// Whether it is so short.
+    bool isTooShort() const;
     bool hasJournal() const { return journalSize() > 0; }
     /// In bytes; 0 where there is none.
     std::uintmax_t journalSize() const;

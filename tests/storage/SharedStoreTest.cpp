@@ -162,6 +162,25 @@ TEST_F(SharedStoreTest, ALegacyStoreThatIsGoneIsNotTakenForNone) {
     EXPECT_TRUE(fs::exists(store()));
 }
 
+TEST_F(SharedStoreTest, ALegacyStoreWhoseWordsStandInItsJournalIsTakenOverWhenThatIsAskedFor) {
+    {
+        const auto made = storage::SharedModelContainer::make({.storeURL = legacy()}, m_log);
+        store::ModelContext context(*made);
+        context.insert(
+            std::make_unique<Board>(model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
+        context.save();
+    }
+    fs::resize_file(legacy(), 0);
+    const auto journal = bytes(legacy().string() + "-wal");
+    EXPECT_THROW(start(), storage::LegacyStoreError);
+    EXPECT_EQ(bytes(legacy().string() + "-wal"), journal);
+    storage::Work work;
+    EXPECT_TRUE(repairStore(work).salvage);
+    EXPECT_EQ(start().context->count<Board>(), 1U);
+    EXPECT_EQ(bytes(legacy()), "");
+    EXPECT_EQ(bytes(legacy().string() + "-wal"), journal);
+}
+
 TEST_F(SharedStoreTest, ALegacyStoreWithoutItsNewestChangesIsTakenOverAndThatIsSaid) {
     writeOld(legacy(), "V16");
     {

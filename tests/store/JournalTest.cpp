@@ -1,5 +1,8 @@
 #include "StoreFixture.h"
 
+#include "store/SoleHold.h"
+#include "store/salvage/StoreSalvage.h"
+#include "support/CaseOf.h"
 #include "support/FolderNames.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -11,6 +14,10 @@
 #include <algorithm>
 #include <csignal>
 #include <fstream>
+#include <future>
+#include <iterator>
+#include <map>
+#include <thread>
 #include <utility>
 
 namespace korvex::tests {
@@ -48,6 +55,23 @@ protected:
         context.save();
     }
 
+    std::map<std::string, std::string> filesNow() const {
+        std::map<std::string, std::string> files;
+        for (const auto& each : std::filesystem::directory_iterator(folder())) {
+            std::ifstream stream(each.path(), std::ios::binary);
+            files[each.path().filename()] = {std::istreambuf_iterator<char>(stream), {}};
+        }
+        return files;
+    }
+    void putBack(const std::map<std::string, std::string>& files) const {
+        for (const auto& each : std::filesystem::directory_iterator(folder())) {
+            std::filesystem::remove(each.path());
+        }
+        for (const auto& [name, contents] : files) {
+            std::ofstream(folder() / name, std::ios::binary) << contents;
+        }
+    }
+
     std::filesystem::path sharedMemory() const { return folder() / "Primary.store-shm"; }
     std::vector<std::string> notices;
 };
@@ -79,17 +103,18 @@ TEST_F(JournalTest, ACutJournalIsNoticedAndItsRemainsAreKept) {
     std::filesystem::resize_file(journalFile(), std::filesystem::file_size(journalFile()) / 2);
     std::filesystem::remove(sharedMemory());
     const auto remains = std::filesystem::file_size(journalFile());
-    // First on a disk that is too small for them.
+    // First on a disk that is too small for them: whoever went on would write over them.
     ::rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     auto small = before;
     small.rlim_cur = remains - 1;
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    boardCount();
+    const auto refused = refusal();
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
     std::signal(SIGXFSZ, handler);
-    EXPECT_THAT(notices, testing::ElementsAre(testing::HasSubstr("could not be kept: File too")));
+    EXPECT_EQ(refused, store::StoreErrorCase::inputOutput);
+    EXPECT_EQ(std::filesystem::file_size(journalFile()), remains);
     EXPECT_THAT(namesIn(folder()), testing::Not(testing::Contains(testing::HasSubstr("before"))));
     // Then after a kill in the middle of the copy.
     std::ofstream(folder() / ".Primary.store.journal-before-40.new-abcdef") << "half";
@@ -245,6 +270,108 @@ TEST_F(JournalTest, WhoeverEndsLeavesNoLongJournal) {
     }
     EXPECT_EQ(boardCount(), std::size_t{kBoards + 1}) << "the file alone is whole";
     EXPECT_TRUE(notices.empty());
+}
+
+/// Until it is moved for the first time, all words of a store stand in it. SQLite, were it to open
+/// the empty file, would remove it.
+TEST_F(JournalTest, WhatStandsInItIsSavedWhereTheFileIsCutToNothing) {
+    putBack({});
+    constexpr int kTodos = 30;
+    constexpr int kAtOnce = 5;
+    std::size_t firstSave = 0;
+    {
+        const auto container = open();
+        ModelContext context(*container);
+        auto& board = addBoard(context, "All");
+        for (int i = 0; i < kTodos; ++i) {
+            addTodo(context, board, "todo " + std::to_string(i) + std::string(150, 'x'), i);
+            if (i % kAtOnce == kAtOnce - 1) {
+                context.save();
+                firstSave = i < kAtOnce ? std::filesystem::file_size(journalFile()) : firstSave;
+            }
+        }
+    }
+    const auto made = filesNow();
+    const auto journal = made.at("Primary.store-wal");
+    // How much is left of the file and of its journal, which byte of that is harmed, how many todos
+    // are saved, and whether it is said that changes are missing.
+    const struct {
+        const char* name;
+        std::size_t file;
+        std::size_t journal;
+        int todos;
+        std::size_t notices = 0;
+        std::size_t harmed = std::string::npos;
+    } cases[] = {
+        {"nothing", 0, journal.size(), kTodos},
+        {"less than a head", 99, journal.size(), kTodos},
+        {"less than a page", 1'000, journal.size(), kTodos},
+        {"nothing, and the journal is cut in a frame", 0, journal.size() - 100, kTodos - kAtOnce,
+         1},
+        {"nothing, and a bit is flipped after the first save", 0, journal.size(), kAtOnce, 1,
+         firstSave + 100},
+    };
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.name);
+        auto files = made;
+        files["Primary.store"].resize(each.file);
+        auto& left = files["Primary.store-wal"];
+        left.resize(each.journal);
+        if (each.harmed < left.size()) {
+            left[each.harmed] = static_cast<char>(left[each.harmed] ^ 1);
+        }
+        files.erase("Primary.store-shm");
+        putBack(files);
+        if (each.file < 100) {
+            EXPECT_EQ(refusal(), store::StoreErrorCase::notAStore);
+            EXPECT_EQ(refusal({.allowsSave = false}), store::StoreErrorCase::notAStore);
+            EXPECT_EQ(caseOf<store::StoreError>(
+                          [&] { store::StoreFile(storeFile()).copyTo(folder() / "copy"); }),
+                      store::StoreErrorCase::notAStore);
+            EXPECT_TRUE(filesNow() == files) << "it was not left as it is";
+        }
+        const auto report = store::salvageStore(storeFile(), model::currentSchema(),
+                                                std::chrono::milliseconds(50), log);
+        EXPECT_EQ(report.notices.size(), each.notices);
+        EXPECT_EQ(report.saved, static_cast<std::size_t>(each.todos) + 1);
+        EXPECT_FALSE(report.mayMissMore);
+        const auto container = open();
+        EXPECT_TRUE(container->notices().empty());
+        ModelContext context(*container);
+        EXPECT_EQ(context.count<model::Entry>(), static_cast<std::size_t>(each.todos));
+        EXPECT_EQ(context.fetch<Board>().front()->entries().size(),
+                  static_cast<std::size_t>(each.todos));
+        if (each.file < 100) {
+            EXPECT_TRUE(filesNow().at(report.kept.filename().string() + "-wal") == left);
+        }
+    }
+    putBack({{"Primary.store", ""}, {"Primary.store-wal", "no journal"}});
+    EXPECT_EQ(caseOf<store::StoreError>([&] {
+                  store::salvageStore(storeFile(), model::currentSchema(),
+                                      std::chrono::milliseconds(50), log);
+              }),
+              store::StoreErrorCase::nothingReadable);
+    EXPECT_EQ(filesNow().at("Primary.store-wal"), "no journal");
+}
+
+TEST_F(JournalTest, ItIsMovedOnceWhoeverReadsInItHasEnded) {
+    std::promise<void> reads;
+    std::thread other([&] {
+        SQLite::Database reader(storeFile().string(), SQLite::OPEN_READONLY);
+        reader.exec("BEGIN; SELECT count(*) FROM Board");
+        reads.set_value();
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    });
+    reads.get_future().wait();
+    const store::StoreFile file(storeFile());
+    EXPECT_EQ(
+        caseOf<store::StoreError>([&] { store::SoleHold(file, std::chrono::milliseconds(1)); }),
+        store::StoreErrorCase::busy);
+    EXPECT_TRUE(file.hasJournal());
+    store::SoleHold hold(file, std::chrono::seconds(10));
+    other.join();
+    EXPECT_FALSE(file.hasJournal());
+    hold.copyTo(folder() / "copy");
 }
 
 } // namespace korvex::tests

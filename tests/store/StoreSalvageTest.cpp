@@ -55,9 +55,9 @@ protected:
         container->checkpoint();
     }
 
-    store::SalvageReport salvage() {
+    store::SalvageReport salvage(const store::SalvageWatch& watch = {}) {
         return store::salvageStore(storeFile(), model::currentSchema(),
-                                   std::chrono::milliseconds(50), log);
+                                   std::chrono::milliseconds(50), log, watch);
     }
 
     std::int64_t number(const std::string& sql) {
@@ -394,6 +394,78 @@ TEST_F(StoreSalvageTest, TheJournalOfADamagedStoreIsReadAndGoesWithIt) {
     EXPECT_EQ(report.saved, kEntries + 2U);
     EXPECT_TRUE(bytesOf(report.kept.string() + "-wal") == journal);
     expectSound(kEntries);
+}
+
+/// Where its tables begin says only the journal, and one of them begins where nothing is left.
+TEST_F(StoreSalvageTest, OfAFileThatIsCutToNothingTheNewestIsSavedFromTheJournal) {
+    for (const auto isUpgraded : {false, true}) {
+        SCOPED_TRACE(isUpgraded ? "upgraded" : "as made");
+        isUpgraded ? makeOldStore() : makeStore();
+        constexpr std::size_t kNew = 60;
+        std::size_t boardsSaved = 0;
+        {
+            const auto container = open({.whenOlder = store::ModelConfiguration::Older::upgrade});
+            ModelContext context(*container);
+            auto& board = addBoard(context, "New");
+            for (std::size_t i = 0; i < kNew; ++i) {
+                addTodo(context, board, "new " + std::to_string(i) + std::string(200, 'x'));
+            }
+            context.save();
+            boardsSaved = context.count<Board>();
+        }
+        const auto journal = bytesOf(journalFile());
+        std::filesystem::resize_file(storeFile(), 0);
+        const auto report = salvage();
+        EXPECT_TRUE(bytesOf(report.kept.string() + "-wal") == journal);
+        EXPECT_GE(report.saved, kNew + boardsSaved);
+        EXPECT_TRUE(report.mayMissMore || !report.losses.empty());
+        const auto container = open();
+        EXPECT_FALSE(container->check().isDamaged);
+        std::size_t found = 0;
+        ModelContext context(*container);
+        for (const auto* entry : context.fetch<Entry>()) {
+            found += entry->content().starts_with("new ") ? 1 : 0;
+        }
+        EXPECT_EQ(found, kNew);
+    }
+}
+
+/// As of a file that somebody made to hold others up: a first page that is lost, and pages of which
+/// each seems to lead to a table.
+TEST_F(StoreSalvageTest, ASalvageCanBeEndedAtAnyTimeAndEndsByItself) {
+    makeStore();
+    const auto inner = pages("Entry", "internal").at(0);
+    auto crafted = bytesOf(storeFile());
+    const auto place = static_cast<std::size_t>(inner - 1) * kPage;
+    const auto page = crafted.substr(place, kPage);
+    std::fill_n(crafted.begin() + static_cast<std::ptrdiff_t>(place), kPage, '\0');
+    constexpr int kTrees = 150;
+    for (int i = 0; i < kTrees; ++i) {
+        crafted += page;
+    }
+    std::fill_n(crafted.begin(), kPage, '\0');
+    std::ofstream(storeFile(), std::ios::binary) << crafted;
+    struct Ended {};
+    const auto names = namesIn(folder());
+    std::size_t ticks = 0;
+    for (const auto last : {1U, 100U, 1'000U, 10'000U}) {
+        ticks = 0;
+        EXPECT_THROW(salvage({.tick =
+                                  [&] {
+                                      if (++ticks >= last) {
+                                          throw Ended();
+                                      }
+                                  }}),
+                     Ended);
+        EXPECT_EQ(ticks, last) << "it went on";
+        EXPECT_TRUE(bytesOf(storeFile()) == crafted);
+        EXPECT_EQ(namesIn(folder()), names);
+    }
+    ticks = 0;
+    const auto report = salvage({.tick = [&] { ++ticks; }});
+    EXPECT_EQ(report.saved, kEntries + 2U);
+    EXPECT_TRUE(report.mayMissMore);
+    EXPECT_LT(ticks, 50'000U);
 }
 
 TEST_F(StoreSalvageTest, FlippedBitsCostNoMoreThanTheyHit) {

@@ -17,8 +17,6 @@ namespace {
 
 constexpr std::size_t kSizeInHeader = 16;
 constexpr std::size_t kFirstFreeInHeader = 32;
-constexpr std::size_t kSmallest = 512;
-constexpr std::size_t kLargest = 65'536;
 constexpr std::size_t kUsual = 4'096;
 /// To tell the size of pages from their look, so much is looked at.
 constexpr std::size_t kEnoughBytes = 4 << 20;
@@ -45,7 +43,7 @@ bool isOfTree(const base::Bytes& page) {
     }
     const auto cells = numberAt(page, kCellCount, 2);
     const auto start = numberAt(page, kContentStart, 2);
-    const auto content = start == 0 ? kLargest : std::size_t{start};
+    const auto content = start == 0 ? kLargestPage : std::size_t{start};
     return (isInner(kind) ? kInnerHead : kLeafHead) + std::size_t{2} * cells <= content &&
            content <= page.size();
 }
@@ -63,23 +61,23 @@ std::vector<std::uint32_t> childrenOf(const base::Bytes& page) {
 
 } // namespace
 
-DamagedPages::DamagedPages(const std::filesystem::path& file)
+DamagedPages::DamagedPages(const std::filesystem::path& file, std::optional<std::size_t> size)
     : m_file(::open(file.c_str(), O_RDWR | O_CLOEXEC)) {
     if (!m_file.isOpen()) {
         throwSystemError(errno);
     }
-    m_size = sizeByLook();
+    m_size = size ? *size : sizeByLook();
     if (m_size == 0) {
         m_size = kUsual;
         const auto inHeader = numberAt(read(1), kSizeInHeader, 2);
-        m_size = std::has_single_bit(inHeader) && inHeader >= kSmallest ? inHeader : kUsual;
+        m_size = std::has_single_bit(inHeader) && inHeader >= kSmallestPage ? inHeader : kUsual;
     }
 }
 
 std::size_t DamagedPages::sizeByLook() {
     std::array<std::size_t, 8> ofTrees{};
     for (std::size_t i = 0; i < ofTrees.size(); ++i) {
-        m_size = kSmallest << i;
+        m_size = kSmallestPage << i;
         const auto last = std::min<std::size_t>(count(), kEnoughBytes / m_size);
         for (std::uint32_t number = 2; number <= last; ++number) {
             ofTrees[i] += isOfTree(read(number)) ? m_size : 0;
@@ -90,7 +88,7 @@ std::size_t DamagedPages::sizeByLook() {
     const auto most = *std::max_element(ofTrees.begin(), ofTrees.end());
     for (std::size_t i = 0; most > 0; ++i) {
         if (ofTrees[i] >= most - most / 4) {
-            return kSmallest << i;
+            return kSmallestPage << i;
         }
     }
     return 0;
@@ -131,11 +129,19 @@ void DamagedPages::write(std::uint32_t number, const base::Bytes& bytes) const {
     }
 }
 
-std::vector<std::uint32_t> DamagedPages::roots() const {
+void DamagedPages::growTo(std::uint32_t wanted) const {
+    if (count() < wanted &&
+        ::ftruncate(m_file.get(), static_cast<off_t>(std::uint64_t{wanted} * m_size)) != 0) {
+        throwSystemError(errno);
+    }
+}
+
+std::vector<std::uint32_t> DamagedPages::roots(const Ticker& ticker) const {
     const auto last = count();
     std::vector<bool> isNamed(std::size_t{last} + 1);
     std::vector<std::uint32_t> tables;
     for (std::uint32_t number = 2; number <= last; ++number) {
+        ticker.tick();
         const auto page = read(number);
         if (!isOfTree(page)) {
             continue;

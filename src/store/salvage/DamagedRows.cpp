@@ -12,6 +12,14 @@ namespace {
 
 /// What a row takes of a page at least.
 constexpr std::int64_t kLeastRowBytes = 4;
+/// The same of a record, with its identifier and its checksum.
+constexpr std::int64_t kLeastRecordBytes = 32;
+/// Short ones, as of the log of changes, and those of trees in use no more.
+constexpr std::int64_t kOtherRows = 10'000;
+
+std::int64_t bytesOf(sqlite3* database) {
+    return pragmaNumber(database, "page_count") * pragmaNumber(database, "page_size");
+}
 
 } // namespace
 
@@ -26,13 +34,16 @@ RowRead readNext(Statement& rows) {
     }
 }
 
+std::int64_t mostRecords(sqlite3* database) {
+    return bytesOf(database) / kLeastRecordBytes + kOtherRows;
+}
+
 bool readAll(sqlite3* database, const std::string& sql,
              const std::function<void(const Statement&)>& sink) {
     std::optional<Statement> rows;
     std::int64_t most = 0;
     try {
-        most = pragmaNumber(database, "page_count") * pragmaNumber(database, "page_size") /
-               kLeastRowBytes;
+        most = bytesOf(database) / kLeastRowBytes;
         rows.emplace(database, sql);
     } catch (const StoreError& error) {
         if (!isDamage(error)) {

@@ -3,6 +3,7 @@
 #include "store/OlderTable.h"
 #include "store/Statement.h"
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -13,6 +14,10 @@ enum class RowRead { row, end, damage };
 
 /// The next row of a damaged store. What fails elsewhere, as in the new one, is not its damage.
 RowRead readNext(Statement& rows);
+
+/// How many rows of records the trees of a file may have, all together; where they have more, they
+/// share pages. Throws StoreError.
+std::int64_t mostRecords(sqlite3* database);
 
 /// Hands over each row in turn. False when damage is in the way; what was met before has been told.
 /// More rows than there is room for in the file are damage too, as of pages that name each other in

@@ -4,6 +4,7 @@
 #include "store/StoreError.h"
 #include "store/salvage/DamagedPages.h"
 #include "store/salvage/DamagedRows.h"
+#include "store/salvage/JournalPages.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -46,7 +47,8 @@ bool isOurs(const base::Bytes& page) {
 
 } // namespace
 
-bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy) {
+bool copyReadable(const base::FileDescriptor& source, const std::filesystem::path& copy,
+                  const Ticker& ticker) {
     const base::FileDescriptor target(
         ::open(copy.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     struct stat status {};
@@ -58,6 +60,7 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
     auto isWhole = true;
     auto wanted = kPiece;
     for (off_t at = 0; at < status.st_size;) {
+        ticker.tick();
         const auto size = ::pread(source.get(), piece.data(), wanted, at);
         if (size == 0) {
             return false;
@@ -99,12 +102,15 @@ base::Bytes headerOf(base::Bytes page) {
 } // namespace
 
 MendedCopy::MendedCopy(const StoreFile& file, const Schema& schema,
-                       std::chrono::milliseconds patience)
-    : m_file(file), m_schema(schema), m_layouts(storeLayouts(schema)), m_copy(file.stagingName()) {
+                       std::chrono::milliseconds patience, Ticker& ticker)
+    : m_file(file),
+      m_schema(schema),
+      m_ticker(ticker),
+      m_layouts(storeLayouts(schema)),
+      m_copy(file.stagingName()) {
     holdAlone(patience);
     try {
         copy();
-        applyJournal();
         if (opensWithItsHeader() || opensWithNewHeader()) {
             findLooseTrees();
         } else if (!opensWithNewFirstPage()) {
@@ -147,29 +153,38 @@ void MendedCopy::holdAlone(std::chrono::milliseconds patience) {
     }
 }
 
-void MendedCopy::copy() {
-    m_mayLackTables = !copyReadable(m_held, m_copy);
-    // Of a store that was killed just before another took its place they have its later name.
-    const auto kept = m_file.keptName("damaged");
-    for (const auto* suffix : StoreFile::kJournals) {
-        for (const auto& of : {m_file.path(), kept}) {
-            const base::FileDescriptor journal(
-                ::open((of.native() + suffix).c_str(), O_RDONLY | O_CLOEXEC));
-            if (journal.isOpen()) {
-                const auto isWhole = copyReadable(journal, m_copy.native() + suffix);
-                m_mayLackTables = m_mayLackTables || !isWhole;
-                break;
-            }
-            if (errno != ENOENT) {
-                throwSystemError(errno);
-            }
+/// Of a store that was killed just before another took its place it has its later name.
+base::FileDescriptor MendedCopy::openJournal(const char* suffix) const {
+    for (const auto& of : {m_file.path(), m_file.keptName("damaged")}) {
+        base::FileDescriptor journal(::open((of.native() + suffix).c_str(), O_RDONLY | O_CLOEXEC));
+        if (journal.isOpen()) {
+            return journal;
+        }
+        if (errno != ENOENT) {
+            throwSystemError(errno);
         }
     }
+    return {};
+}
+
+void MendedCopy::copy() {
+    m_mayLackTables = !copyReadable(m_held, m_copy, m_ticker);
+    const auto journal = openJournal(StoreFile::kJournal);
+    const JournalPages committed(journal, m_ticker);
+    m_pages.emplace(m_copy, committed.pageSize());
+    if (const auto former = openJournal(StoreFile::kRollback); former.isOpen()) {
+        const auto isWhole = copyReadable(former, m_copy.native() + StoreFile::kRollback, m_ticker);
+        m_mayLackTables = m_mayLackTables || !isWhole;
+        rollBack();
+    }
+    committed.writeTo(*m_pages);
+    m_mayLackTables = m_mayLackTables || !committed.isWhole();
 }
 
 void MendedCopy::open() {
     m_database.reset();
     m_database = std::make_unique<SQLite::Database>(m_copy.string(), SQLite::OPEN_READWRITE);
+    m_ticker.accompany(handle());
     for (const auto* sql : {"PRAGMA synchronous = OFF", "PRAGMA journal_mode = MEMORY"}) {
         Statement statement(handle(), sql);
         while (statement.step()) {
@@ -177,11 +192,12 @@ void MendedCopy::open() {
     }
 }
 
-void MendedCopy::applyJournal() {
-    const DamagedPages pages(m_copy);
-    const auto first = pages.read(1);
-    const auto stranger = firstPage(m_layouts.front(), pages.size(), pages.count(), 2);
-    pages.write(1, stranger);
+/// What a killed program had begun to write past the journal, which SQLite takes back where it
+/// opens the file.
+void MendedCopy::rollBack() {
+    const auto first = m_pages->read(1);
+    const auto stranger = firstPage(m_layouts.front(), m_pages->size(), m_pages->count(), 2);
+    m_pages->write(1, stranger);
     try {
         open();
     } catch (const StoreError& error) {
@@ -190,18 +206,18 @@ void MendedCopy::applyJournal() {
         }
     }
     m_database.reset();
-    const auto after = pages.read(1);
+    const auto after = m_pages->read(1);
     if (std::equal(after.begin() + kHeaderBytes, after.end(), stranger.begin() + kHeaderBytes)) {
-        pages.write(1, first); // there was none in the journal
+        m_pages->write(1, first); // it was not among what was written
     }
 }
 
 /// Where a page that leads to others is damaged, those are still there.
 void MendedCopy::findLooseTrees() {
     if (!areComplete(handle(), m_tables)) {
-        const DamagedPages pages(m_copy);
-        m_looseTrees = {.roots = pages.roots(), .areTablesKnown = true, .areExternalsKnown = true};
-        std::erase_if(m_looseTrees.roots, [free = pages.freePages()](std::uint32_t page) {
+        m_looseTrees = {
+            .roots = m_pages->roots(m_ticker), .areTablesKnown = true, .areExternalsKnown = true};
+        std::erase_if(m_looseTrees.roots, [free = m_pages->freePages()](std::uint32_t page) {
             return free.contains(page);
         });
     }
@@ -230,13 +246,12 @@ bool MendedCopy::hasNewerColumns() const {
 }
 
 bool MendedCopy::opensWithItsHeader() {
-    const DamagedPages pages(m_copy);
-    auto header = headerOf(pages.read(1));
+    auto header = headerOf(m_pages->read(1));
     if (!isOurs(header)) {
         return false;
     }
-    setPageCount(header, pages.count());
-    pages.write(1, header);
+    setPageCount(header, m_pages->count());
+    m_pages->write(1, header);
     try {
         open();
         m_tables = olderTables(m_schema, StoreFile::version(handle(), m_schema));
@@ -250,11 +265,10 @@ bool MendedCopy::opensWithItsHeader() {
 }
 
 bool MendedCopy::opensWithNewHeader() {
-    const DamagedPages pages(m_copy);
-    const auto former = headerOf(pages.read(1));
+    const auto former = headerOf(m_pages->read(1));
     // A table whose column has lost its name may look like that of an older version.
     const auto known = versionOf(former, m_schema);
-    pages.write(1, headerOf(firstPage(m_layouts.front(), pages.size(), pages.count(), 2)));
+    m_pages->write(1, headerOf(firstPage(m_layouts.front(), m_pages->size(), m_pages->count(), 2)));
     try {
         open();
         for (auto at = m_schema.history.rbegin(); at != m_schema.history.rend(); ++at) {
@@ -272,15 +286,15 @@ bool MendedCopy::opensWithNewHeader() {
         }
     }
     m_database.reset();
-    pages.write(1, former);
+    m_pages->write(1, former);
     return false;
 }
 
 bool MendedCopy::opensWithNewFirstPage() {
     m_database.reset();
-    const DamagedPages pages(m_copy);
+    const auto& pages = *m_pages;
     const auto isKnownToBeOurs = isOurs(pages.read(1));
-    const auto roots = pages.roots();
+    const auto roots = pages.roots(m_ticker);
     const auto none = std::max(pages.count(), 1U) + 1;
     pages.write(none, emptyTablePage(pages.size()));
     const auto find = [&](const StoreLayout& layout) {
@@ -288,7 +302,7 @@ bool MendedCopy::opensWithNewFirstPage() {
         pages.write(1, firstPage(layout, pages.size(), none, none));
         open();
         m_tables = olderTables(m_schema, layout.version);
-        return TableRoots(handle(), layout, m_tables, roots, none);
+        return TableRoots(handle(), layout, m_tables, roots, none, m_ticker);
     };
     const StoreLayout* best = nullptr;
     std::int64_t most = 0;

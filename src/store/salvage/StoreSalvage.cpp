@@ -30,29 +30,38 @@ constexpr std::int64_t kHighestRevision = std::int64_t{1} << 53;
 /// The damaged store, as far as SQLite reads it: itself, or a copy that is more in order.
 class Source {
 public:
-    Source(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience) {
-        try {
-            m_itself.emplace(file, patience);
-            m_tables = olderTables(schema, StoreFile::version(handle(), schema));
-            if (hasTables(handle(), m_tables) && areComplete(handle(), m_tables)) {
-                return;
-            }
-        } catch (const StoreError& error) {
-            if (!isDamage(error)) {
-                throw;
-            }
+    Source(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
+           Ticker& ticker) {
+        if (!file.isTooShort() && canBeReadItself(file, schema, patience, ticker)) {
+            return;
         }
         m_itself.reset();
-        m_copy.emplace(file, schema, patience);
+        m_copy.emplace(file, schema, patience, ticker);
         m_tables = m_copy->tables();
     }
 
     sqlite3* handle() const { return m_itself ? m_itself->handle() : m_copy->handle(); }
     const std::vector<OlderTable>& tables() const { return m_tables; }
     LooseTrees looseTrees() const { return m_copy ? m_copy->looseTrees() : LooseTrees(); }
+    bool isItself() const { return m_itself.has_value(); }
     bool mayLackTables() const { return m_copy && m_copy->mayLackTables(); }
 
 private:
+    bool canBeReadItself(const StoreFile& file, const Schema& schema,
+                         std::chrono::milliseconds patience, Ticker& ticker) {
+        try {
+            m_itself.emplace(file, patience);
+            ticker.accompany(handle());
+            m_tables = olderTables(schema, StoreFile::version(handle(), schema));
+            return hasTables(handle(), m_tables) && areComplete(handle(), m_tables);
+        } catch (const StoreError& error) {
+            if (!isDamage(error)) {
+                throw;
+            }
+            return false;
+        }
+    }
+
     std::optional<SoleHold> m_itself;
     std::optional<MendedCopy> m_copy;
     std::vector<OlderTable> m_tables;
@@ -67,25 +76,44 @@ std::optional<Replacement> readReplacement(sqlite3* source) {
     }
 }
 
+/// What a damaged store says of itself. Which one it is, its lock says where it does not.
+struct Identity {
+    StoreLock::Record record;
+    /// Whether it says to which revision it has come.
+    bool isRevisionKnown = false;
+};
+
+Identity identityOf(sqlite3* source, const std::optional<StoreLock::Record>& known) {
+    Identity found;
+    found.record.storeID = known ? known->storeID : base::Uuid();
+    readAll(source, "SELECT storeID FROM StoreInfo", [&](const Statement& row) {
+        found.record.storeID = row.isIdentifier(0) ? row.uuid(0) : found.record.storeID;
+    });
+    auto& revision = found.record.revision;
+    const auto isRead =
+        readAll(source, "SELECT revision FROM ChangeLog", [&](const Statement& row) {
+            // What is beyond is damage.
+            revision =
+                row.integer(0) <= kHighestRevision ? std::max(revision, row.integer(0)) : revision;
+        });
+    found.isRevisionKnown = isRead && revision > 0;
+    return found;
+}
+
 /// What makes the new store the same store to whoever knew the old one: its identifier, and a
 /// revision that nobody has seen yet.
 void takeIdentity(sqlite3* source, sqlite3* target, const Schema& schema,
                   const std::optional<StoreLock::Record>& known) {
-    auto id = known ? known->storeID : base::Uuid();
-    readAll(source, "SELECT storeID FROM StoreInfo",
-            [&](const Statement& row) { id = row.isIdentifier(0) ? row.uuid(0) : id; });
-    if (id != base::Uuid()) {
+    const auto found = identityOf(source, known).record;
+    if (found.storeID != base::Uuid()) {
         Statement update(target, "UPDATE StoreInfo SET storeID = ?");
-        update.bind(0, id);
+        update.bind(0, found.storeID);
         update.run();
     }
-    // What is beyond is damage.
-    const auto later = [](std::int64_t one, std::int64_t other) {
-        return other <= kHighestRevision ? std::max(one, other) : one;
-    };
-    auto revision = known ? later(0, known->revision) : 0;
-    readAll(source, "SELECT revision FROM ChangeLog",
-            [&](const Statement& row) { revision = later(revision, row.integer(0)); });
+    auto revision = found.revision;
+    if (known && known->revision <= kHighestRevision) {
+        revision = std::max(revision, known->revision);
+    }
     // Where nothing else says it, the rows do; but no checksum is over their versions.
     for (const auto* type : revision == 0 ? schema.types : std::span<const RecordType* const>()) {
         readAll(target, "SELECT max(version) FROM " + tableSql::quoted(type->name),
@@ -101,20 +129,28 @@ void takeIdentity(sqlite3* source, sqlite3* target, const Schema& schema,
     }
 }
 
-} // namespace
+/// Of a store that did not say so itself, since SQLite does not open it.
+std::optional<MissingChanges> missingFrom(const Source& source, const StoreLock& lock) {
+    if (source.isItself()) {
+        return std::nullopt;
+    }
+    const auto found = identityOf(source.handle(), lock.record());
+    return found.isRevisionKnown ? missingChanges(found.record, lock) : std::nullopt;
+}
 
-SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
-                           std::chrono::milliseconds patience, base::LogSink& log,
-                           const SalvageProgress& progress) {
-    const StoreFile file(store);
+SalvageReport salvage(const StoreFile& file, const Schema& schema,
+                      std::chrono::milliseconds patience, base::LogSink& log, Ticker& ticker) {
     StoreLock lock(file.lockFile(), patience);
     const StoreLock::Guard guard(&lock);
-    if (!file.exists()) {
+    if (!file.isThere()) {
         throw StoreError(StoreErrorCase::missing);
     }
     file.removeStaging();
-    const auto missing = findMissingChanges(file, lock);
-    const Source source(file, schema, patience);
+    auto missing = findMissingChanges(file, lock);
+    const Source source(file, schema, patience, ticker);
+    if (!missing) {
+        missing = missingFrom(source, lock);
+    }
     SalvageReport report{.mayMissMore = source.mayLackTables(), .kept = file.keptName("damaged")};
     if (missing) {
         report.notices.push_back(missing->notice);
@@ -130,16 +166,17 @@ SalvageReport salvageStore(const std::filesystem::path& store, const Schema& sch
             }
             const auto looseTrees = source.looseTrees();
             for (const auto& table : source.tables()) {
-                TableSalvage(source.handle(), handle, table, looseTrees, report, progress).run();
+                TableSalvage(source.handle(), handle, table, looseTrees, report, ticker).run();
             }
             takeIdentity(source.handle(), handle, schema, lock.record());
+            ticker.rethrow(); // what was taken for damage
             for (const auto* sql :
                  {"COMMIT", "PRAGMA locking_mode = NORMAL", "PRAGMA journal_mode = WAL"}) {
                 Statement(handle, sql).run();
             }
             // Before it takes the place: the next start finds a sound store and removes them.
             if (!report.losses.empty() || report.mayMissMore) {
-                report.formerStores = keepFormerStores(store, schema);
+                report.formerStores = keepFormerStores(file.path(), schema);
             }
         },
         report.kept);
@@ -148,6 +185,20 @@ SalvageReport salvageStore(const std::filesystem::path& store, const Schema& sch
                  " records from a damaged store, which is kept as " +
                  report.kept.filename().string());
     return report;
+}
+
+} // namespace
+
+SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
+                           std::chrono::milliseconds patience, base::LogSink& log,
+                           const SalvageWatch& watch) {
+    Ticker ticker(watch);
+    try {
+        return salvage(StoreFile(store), schema, patience, log, ticker);
+    } catch (const StoreError&) {
+        ticker.rethrow(); // for which SQLite failed
+        throw;
+    }
 }
 
 } // namespace korvex::store

@@ -3,11 +3,11 @@
 #include "base/Log.h"
 #include "base/Uuid.h"
 #include "store/Schema.h"
+#include "store/salvage/Ticker.h"
 
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -40,17 +40,15 @@ struct SalvageReport {
     std::vector<std::string> notices;
 };
 
-/// Told for each record that is read how many of its type were read before, and how many there are.
-using SalvageProgress = std::function<void(std::size_t done, std::size_t of)>;
-
 /// Reads what can be read of a store, row by row, into a new one of the schema's version, which
 /// takes its place when it is on the disk. The damaged file stays beside it under the name
-/// "Primary.store.damaged-…". The store may be of an older version. No connection may be open in
-/// this process; waits `patience` for other programs to close theirs. Blocks, some microseconds for
-/// each row; any thread. What `progress` throws ends the work. Throws StoreError. After a failure
-/// the store is as it was, but for its journal, which may have been moved into the file.
+/// "Primary.store.damaged-…". The store may be of an older version, and all of it may stand in its
+/// journal. No connection may be open in this process; waits `patience` for other programs to close
+/// theirs. Blocks, some microseconds for each row; any thread. Throws StoreError, and what `watch`
+/// throws. After a failure the store is as it was, but for its journal, which may have been moved
+/// into the file.
 SalvageReport salvageStore(const std::filesystem::path& store, const Schema& schema,
                            std::chrono::milliseconds patience, base::LogSink& log,
-                           const SalvageProgress& progress = {});
+                           const SalvageWatch& watch = {});
 
 } // namespace korvex::store

@@ -15,6 +15,11 @@ namespace {
 /// Each is looked at for each table in each form that it may have: some seconds.
 constexpr std::size_t kMostCandidates = 1'000;
 
+bool isOfRecords(std::string_view table, const std::vector<OlderTable>& tables) {
+    return std::any_of(tables.begin(), tables.end(),
+                       [&](const auto& each) { return table.starts_with(each.type->name); });
+}
+
 } // namespace
 
 void setRoot(sqlite3* database, std::string_view table, std::uint32_t root) {
@@ -28,8 +33,13 @@ void setRoot(sqlite3* database, std::string_view table, std::uint32_t root) {
 
 TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
                        const std::vector<OlderTable>& tables,
-                       const std::vector<std::uint32_t>& candidates, std::uint32_t none)
-    : m_database(database), m_layout(layout), m_candidates(candidates), m_none(none) {
+                       const std::vector<std::uint32_t>& candidates, std::uint32_t none,
+                       const Ticker& ticker)
+    : m_database(database),
+      m_layout(layout),
+      m_candidates(candidates),
+      m_none(none),
+      m_ticker(ticker) {
     for (const auto& table : tables) {
         const auto& type = *table.type;
         const RowReading reading(m_database, table);
@@ -68,17 +78,29 @@ TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
             }
         }
     }
+    // Then those that say which store it is, and how far it has come, are where they were, too.
+    for (const auto& [name, root] : layout.roots) {
+        if (m_areCertain && !isOfRecords(name, tables) && root < none) {
+            setRoot(m_database, name, root);
+        }
+    }
 }
 
 TableRoots::Tree TableRoots::best(const Rows& rows) const {
     Tree best{.root = m_none};
+    auto rowsLeft = mostRecords(m_database);
     // A new store's tables never move. Elsewhere a tree may also be one that is in use no more.
     if (const auto known = m_layout.roots.find(rows.table); known != m_layout.roots.end()) {
-        best = look(rows, known->second);
+        best = look(rows, known->second, rowsLeft);
     }
     const auto most = best.sound > 0 ? 0 : std::min(m_candidates.size(), kMostCandidates);
     for (const auto root : std::span(m_candidates).first(most)) {
-        const auto tree = look(rows, root);
+        m_ticker.tick();
+        if (rowsLeft < 0) {
+            best.isComplete = false; // they share pages
+            break;
+        }
+        const auto tree = look(rows, root, rowsLeft);
         const auto isOnly = best.sound == 0 || tree.sound == 0;
         if (std::tie(tree.newest, tree.sound) > std::tie(best.newest, best.sound)) {
             best = tree;
@@ -89,10 +111,12 @@ TableRoots::Tree TableRoots::best(const Rows& rows) const {
     return best;
 }
 
-TableRoots::Tree TableRoots::look(const Rows& rows, std::uint32_t root) const {
+TableRoots::Tree TableRoots::look(const Rows& rows, std::uint32_t root,
+                                  std::int64_t& rowsLeft) const {
     setRoot(m_database, rows.table, root);
     Tree tree{.root = root};
     const auto take = [&](const Statement& row) {
+        --rowsLeft;
         if (rows.isSound(row)) {
             ++tree.sound;
             tree.newest = std::max(tree.newest, row.integer(0));

@@ -3,6 +3,7 @@
 #include "store/OlderTable.h"
 #include "store/Statement.h"
 #include "store/salvage/StoreLayout.h"
+#include "store/salvage/Ticker.h"
 
 #include <sqlite3.h>
 
@@ -34,7 +35,8 @@ public:
     /// `candidates`: pages that a table may begin at; `none`: an empty one, of those that are not
     /// found. Throws StoreError where that fails for other reasons than damage.
     TableRoots(sqlite3* database, const StoreLayout& layout, const std::vector<OlderTable>& tables,
-               const std::vector<std::uint32_t>& candidates, std::uint32_t none);
+               const std::vector<std::uint32_t>& candidates, std::uint32_t none,
+               const Ticker& ticker);
 
     /// How many rows pass their checksums, and how many that belong to them do not.
     std::int64_t soundRows() const { return m_sound; }
@@ -65,13 +67,14 @@ private:
         std::string select;
         bool (*isSound)(const Statement& row);
     };
-    Tree look(const Rows& rows, std::uint32_t root) const;
+    Tree look(const Rows& rows, std::uint32_t root, std::int64_t& rowsLeft) const;
     Tree best(const Rows& rows) const;
 
     sqlite3* m_database;
     const StoreLayout& m_layout;
     const std::vector<std::uint32_t>& m_candidates;
     std::uint32_t m_none;
+    const Ticker& m_ticker;
     std::int64_t m_sound = 0;
     std::int64_t m_others = 0;
     bool m_areAllFound = true;

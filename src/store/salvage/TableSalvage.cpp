@@ -29,7 +29,7 @@ base::Uuid freshIdentifier() {
 
 TableSalvage::TableSalvage(sqlite3* source, sqlite3* target, const OlderTable& table,
                            const LooseTrees& looseTrees, SalvageReport& report,
-                           const SalvageProgress& progress)
+                           const Ticker& ticker)
     : m_source(source),
       m_target(target),
       m_table(table),
@@ -37,7 +37,7 @@ TableSalvage::TableSalvage(sqlite3* source, sqlite3* target, const OlderTable& t
       m_name(tableSql::quoted(table.type->name)),
       m_looseTrees(looseTrees),
       m_report(report),
-      m_progress(progress) {}
+      m_ticker(ticker) {}
 
 void TableSalvage::run() {
     findRows();
@@ -45,10 +45,8 @@ void TableSalvage::run() {
     std::vector<std::int64_t> altered;
     std::size_t done = 0;
     for (const auto& [rowid, known] : m_known) {
-        if (m_progress) {
-            m_progress(done, m_known.size());
-            ++done;
-        }
+        m_ticker.progress(done, m_known.size());
+        ++done;
         if (read(rowid, Wanted::sound) == Outcome::altered) {
             altered.push_back(rowid);
         }
@@ -161,25 +159,18 @@ void TableSalvage::takeLoose() {
     std::map<std::int64_t, Place> newest;
     const auto select =
         "SELECT rowid, version, " + m_isSound + " FROM " + m_name + " NOT INDEXED ORDER BY rowid";
-    for (const auto tree : m_looseTrees.roots) {
-        setRoot(m_source, m_type.name, tree);
-        const auto note = [&](const Statement& row) {
-            const auto known = m_known.find(row.integer(0));
-            // What a whole index does not know was deleted.
-            const auto isMeant = !m_isListed || (known != m_known.end() && known->second.isListed);
-            if (!isMeant || isSaved(row.integer(0)) || row.integer(2) == 0) {
-                return;
-            }
-            const auto [place, isNew] =
-                newest.try_emplace(row.integer(0), Place{tree, row.integer(1)});
-            if (!isNew && place->second.version < row.integer(1)) {
-                place->second = {tree, row.integer(1)};
-            }
-        };
-        if (!readAll(m_source, select, note)) {
-            readAll(m_source, select + " DESC", note);
+    readLoose(m_type.name, select, [&](std::uint32_t tree, const Statement& row) {
+        const auto known = m_known.find(row.integer(0));
+        // What a whole index does not know was deleted.
+        const auto isMeant = !m_isListed || (known != m_known.end() && known->second.isListed);
+        if (!isMeant || isSaved(row.integer(0)) || row.integer(2) == 0) {
+            return;
         }
-    }
+        const auto [place, isNew] = newest.try_emplace(row.integer(0), Place{tree, row.integer(1)});
+        if (!isNew && place->second.version < row.integer(1)) {
+            place->second = {tree, row.integer(1)};
+        }
+    });
     std::map<std::uint32_t, std::vector<std::int64_t>> byTree;
     for (const auto& [rowid, place] : newest) {
         byTree[place.tree].push_back(rowid);
@@ -199,6 +190,29 @@ void TableSalvage::takeLoose() {
             } else {
                 m_known.erase(rowid);
             }
+        }
+    }
+}
+
+/// Each of the loose trees as if it were this table. They have no pages in common: where they seem
+/// to, as where damage leads from one to another, not all of them are read.
+void TableSalvage::readLoose(
+    std::string_view table, const std::string& select,
+    const std::function<void(std::uint32_t tree, const Statement& row)>& take) {
+    auto rowsLeft = mostRecords(m_source);
+    for (const auto tree : m_looseTrees.roots) {
+        m_ticker.tick();
+        if (rowsLeft < 0) {
+            m_report.mayMissMore = true;
+            return;
+        }
+        setRoot(m_source, table, tree);
+        const auto takeOne = [&](const Statement& row) {
+            --rowsLeft;
+            take(tree, row);
+        };
+        if (!readAll(m_source, select, takeOne)) {
+            readAll(m_source, select + " DESC", takeOne);
         }
     }
 }
@@ -325,23 +339,24 @@ void TableSalvage::copyExternal(const Field& field) {
     }
     Statement add(m_target,
                   "INSERT OR IGNORE INTO " + table + "(owner, checksum, bytes) VALUES(?, ?, ?)");
-    const auto isWhole = m_looseTrees.areExternalsKnown &&
-                         readAll(m_source, "SELECT owner FROM " + table, [](const Statement&) {});
-    for (const auto tree : isWhole ? std::vector<std::uint32_t>() : m_looseTrees.roots) {
-        setRoot(m_source, std::string(m_type.name) + "." + std::string(field.name), tree);
-        readAll(m_source, "SELECT owner, checksum, bytes FROM " + table, [&](const Statement& row) {
-            const auto isSound =
-                row.storageClass(2) == SQLITE_BLOB &&
-                static_cast<std::int64_t>(base::checksum(row.bytes(2))) == row.integer(1);
-            if (isSound && isSaved(row.integer(0))) {
-                for (int column = 0; column < 3; ++column) {
-                    add.bindColumn(column, row, column);
-                }
-                add.run();
-                m_known[row.integer(0)].lacksBytes = false;
-            }
-        });
+    if (m_looseTrees.areExternalsKnown &&
+        readAll(m_source, "SELECT owner FROM " + table, [](const Statement&) {})) {
+        return;
     }
+    readLoose(std::string(m_type.name) + "." + std::string(field.name),
+              "SELECT owner, checksum, bytes FROM " + table + " ORDER BY owner",
+              [&](std::uint32_t, const Statement& row) {
+                  const auto isSound =
+                      row.storageClass(2) == SQLITE_BLOB &&
+                      static_cast<std::int64_t>(base::checksum(row.bytes(2))) == row.integer(1);
+                  if (isSound && isSaved(row.integer(0))) {
+                      for (int column = 0; column < 3; ++column) {
+                          add.bindColumn(column, row, column);
+                      }
+                      add.run();
+                      m_known[row.integer(0)].lacksBytes = false;
+                  }
+              });
 }
 
 void TableSalvage::report() {

@@ -4,6 +4,7 @@
 #include "store/Statement.h"
 #include "store/salvage/StoreSalvage.h"
 #include "store/salvage/TableRoots.h"
+#include "store/salvage/Ticker.h"
 
 #include <sqlite3.h>
 
@@ -21,10 +22,9 @@ namespace korvex::store {
 class TableSalvage {
 public:
     TableSalvage(sqlite3* source, sqlite3* target, const OlderTable& table,
-                 const LooseTrees& looseTrees, SalvageReport& report,
-                 const SalvageProgress& progress);
+                 const LooseTrees& looseTrees, SalvageReport& report, const Ticker& ticker);
 
-    /// Throws StoreError where the new store cannot be written, and what `progress` throws.
+    /// Throws StoreError where the new store cannot be written, and what the ticker throws.
     void run();
 
 private:
@@ -46,6 +46,8 @@ private:
     bool isThere(const std::string& index);
     void prepareReading();
     void takeLoose();
+    void readLoose(std::string_view table, const std::string& select,
+                   const std::function<void(std::uint32_t tree, const Statement& row)>& take);
     bool isSaved(std::int64_t rowid) const;
     Outcome read(std::int64_t rowid, Wanted wanted);
     Outcome take(Known& known, Wanted wanted);
@@ -68,7 +70,7 @@ private:
     /// SQL that says whether a row is what was saved last.
     std::string m_isSound;
     SalvageReport& m_report;
-    const SalvageProgress& m_progress;
+    const Ticker& m_ticker;
     std::map<std::int64_t, Known> m_known;
     std::vector<StoredField> m_fields;
     std::optional<Statement> m_select;

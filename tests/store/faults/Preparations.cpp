@@ -1,11 +1,15 @@
 #include "store/faults/Operations.h"
 
 #include "model/EntryAttachment.h"
+#include "store/JournalRemains.h"
+#include "store/StoreFile.h"
+#include "store/StoreLock.h"
 #include "support/OldStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <array>
+#include <chrono>
 #include <fstream>
 
 namespace korvex::faults {
@@ -108,6 +112,38 @@ void prepareWithoutFirstPage(const fs::path& file, Steps& steps) {
     zero(file, 1);
 }
 
+/// All that it holds stands in its journal.
+void prepareEmptied(const fs::path& file, Steps& steps) {
+    {
+        Program program(steps);
+        fill(program, file);
+    }
+    fs::resize_file(file, 0);
+}
+
+/// The newest changes go with the end of the journal.
+void cutJournal(const fs::path& file, Steps&) {
+    const auto journal = store::StoreFile(file).journal();
+    fs::resize_file(journal, fs::file_size(journal) / 2);
+    fs::remove(file.native() + "-shm");
+}
+
+/// An older version has saved three times since.
+void prepareCutV13(const fs::path& file, Steps& steps) {
+    prepareV13(file, steps);
+    {
+        SQLite::Database old(file, SQLite::OPEN_READWRITE);
+        sqlite3_db_config(old.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        for (int save = 0; save < 3; ++save) {
+            old.exec("INSERT INTO ChangeLog(changes) VALUES(NULL)");
+        }
+        store::StoreLock lock(store::StoreFile(file).lockFile(), std::chrono::seconds(1));
+        const store::StoreLock::Guard guard(&lock);
+        lock.setRecord(store::newestOf(old.getHandle()));
+    }
+    cutJournal(file, steps);
+}
+
 /// A page of entries is gone.
 void prepareDamaged(const fs::path& file, Steps& steps) {
     Program program(steps);
@@ -133,6 +169,9 @@ const FileOperations& preparations() {
         {"prepare-damaged-v13", prepareDamagedV13},
         {"prepare-damaged-legacy", prepareDamagedLegacy},
         {"prepare-without-first-page", prepareWithoutFirstPage},
+        {"prepare-emptied", prepareEmptied},
+        {"prepare-cut-v13", prepareCutV13},
+        {"cut-journal", cutJournal},
     };
     return all;
 }

@@ -16,13 +16,17 @@ BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korv
 # What stays beside the store on purpose, and how much of it: for good, or until the start after the
 # next.
 KEPT = {**{repair: (STORE + ".damaged-", 1) for repair in REPAIRS}, "upgrade": (STORE + ".BeforeV17-", 1),
-        "upgrade-attachments": (STORE + ".BeforeV17-", 1), "cloud": (STORE + ".BeforeCloudV11-", 2)}
+        "upgrade-attachments": (STORE + ".BeforeV17-", 1), "cloud": (STORE + ".BeforeCloudV11-", 2),
+        # The new one has this name before it takes the place.
+        "repair-without-links": (STORE + ".damaged-", 2),
+        "upgrade-without-links": (STORE + ".BeforeV17-", 2)}
 # What stands beside the recovery snapshot until a restore succeeds again. Of an import that failed:
 # the snapshot of the last one that did not. Of an undo that the store's own journal failed: its
 # snapshot, since nobody can say whether a power cut would bring that save to life.
 LAST_SNAPSHOT = "Recovery/BeforeLastRestore.korvexbackup"
 UNDO_SNAPSHOT = "Recovery/BeforeUndo.korvexbackup"
 NOTHING = "There is nothing to take back"
+MISSING = re.compile("WRONG notice: The newest .*saved changes? (is|are) missing")
 # SQLite's own beside a store that a killed program was reading.
 OF_LEGACY = {"legacy/default.store-wal", "legacy/default.store-shm"}
 # Where a repair fails the start goes on, and the next one repairs.
@@ -31,6 +35,29 @@ REPAIRED_LATER = ("start", "carry-over", "carry-over-damaged")
 
 def names_in(folder):
     return {str(path.relative_to(folder)) for path in folder.rglob("*")}
+
+
+def journal_of(folder):
+    journal = folder / DATA / (STORE + "-wal")
+    return journal.read_bytes() if journal.exists() else b""
+
+
+def problems_after_cut(operation, folder, remains):
+    """Of a store whose journal was cut to `remains`: they are kept, or stay where they are until
+    the next start keeps them."""
+    def are_kept():
+        kept = [path.read_bytes() for path in (folder / DATA).glob(STORE + ".journal-before-*")
+                if not path.name.startswith(".")]
+        return kept[:1] == [remains]
+    if not are_kept() and journal_of(folder) != remains:
+        yield "what is left of the journal is neither kept nor where it was"
+    found = drive(folder, "verify")
+    if not are_kept():
+        yield "what is left of the journal is not kept by the next start"
+    # Once something is saved it cannot be counted any more.
+    is_told = operation != "upgrade-after-cut" or any(MISSING.match(line) for line in found)
+    if "writable" not in found or not is_told:
+        yield f"the next start says {found}"
 
 
 class Aftermath:

@@ -44,6 +44,11 @@ STARTS = {
     "repair-older": ("prepare-damaged-v13",),
     "carry-over-damaged": ("prepare-damaged-legacy",),
     "repair-first-page": ("prepare-without-first-page",),
+    "repair-emptied": ("prepare-emptied",),
+    "upgrade-without-links": ("prepare-v10",),
+    "repair-without-links": ("prepare-damaged",),
+    "add-after-cut": ("prepare", "cut-journal"),
+    "upgrade-after-cut": ("prepare-cut-v13",),
 }
 # What replaces the store: for the first time, after which alone something can be taken back; all.
 FIRST_IMPORTS = ("import", "import-large", "import-in-window")
@@ -51,9 +56,14 @@ RESTORES = (*FIRST_IMPORTS, "import-again", "undo-import", "undo-in-window")
 # The driver's word, where it is another.
 WORDS = {"import-again": "import", "import-large": "import", "upgrade-attachments": "upgrade",
          "carry-over": "start", "carry-over-damaged": "repair", "repair-first-page": "repair",
-         "repair-older": "repair"}
+         "repair-older": "repair", "repair-emptied": "repair", "upgrade-without-links": "upgrade",
+         "repair-without-links": "repair", "add-after-cut": "add", "upgrade-after-cut": "upgrade"}
 # They save what can be read of a damaged store.
-REPAIRS = ("repair", "repair-first-page", "repair-older")
+REPAIRS = ("repair", "repair-first-page", "repair-older", "repair-emptied", "repair-without-links")
+# On a file system that knows no second names for a file.
+WITHOUT_LINKS = ("upgrade-without-links", "repair-without-links")
+# Of a store that lacks its newest changes, since its journal was cut outside.
+AFTER_CUT = ("add-after-cut", "upgrade-after-cut")
 # Of which the metadata may have yet to be mended.
 UNSOUND = ("start", "cloud", "carry-over-damaged", *REPAIRS)
 
@@ -81,6 +91,11 @@ def verify_word(operation):
 def strace(output, *expressions):
     return ["strace", "-f", "-q", "-y", "-o", str(output),
             *itertools.chain.from_iterable(("-e", each) for each in expressions)]
+
+
+def injected(operation):
+    """What meets all of an operation."""
+    return ("inject=link:error=EPERM",) if operation in WITHOUT_LINKS else ()
 
 
 def traced(trace):

@@ -2,7 +2,8 @@
 `store_fault_driver` imports there, takes back, exports, backs up. It succeeds, or is refused and
 the store is whole with nothing left beside it; also when it is killed at the first call that found
 no room. Once there is room the next run needs no hands. A run that is killed with all of its file
-written costs no room: the next one succeeds in what this one had.
+written costs no room: the next one succeeds in what this one had. A start on a store whose journal
+was cut is refused while there is no room to keep what is left of it.
 
 The file system is mounted in a user namespace, where the kernel lets one be made.
 """
@@ -13,11 +14,11 @@ import shutil
 import subprocess
 import sys
 
-from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import DATA, SKIPPED, STORE, drive, perform, run, state_of, strace, succeeds, traced
+from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of, problems_after_cut
+from fault_driver import AFTER_CUT, DATA, SKIPPED, STORE, drive, perform, run, state_of, strace, succeeds, traced
 
 OPERATIONS = ("import", "import-in-window", "import-large", "undo-import", "undo-in-window", "export",
-              "automatic-backup")
+              "automatic-backup", *AFTER_CUT)
 # The size of its file system, and the steps of room in it.
 SIZES = {"import-large": (32 << 20, 1 << 20)}
 USUAL = (8 << 20, 16 << 10)
@@ -43,7 +44,8 @@ class SmallDisk:
         if len(rooms) < 3:
             sys.exit(f"{operation} was not seen on a full disk")
         self.cases = [Case(room, ended) for room in rooms for ended in ("itself", "on a full disk")]
-        self.cases.append(Case(rooms[-1] + SLACK, "when all is written"))
+        if operation not in AFTER_CUT:
+            self.cases.append(Case(rooms[-1] + SLACK, "when all is written"))
 
     @staticmethod
     def name_of(case):
@@ -101,6 +103,11 @@ class SmallDisk:
             if case.ended == "when all is written":
                 if not succeeds(folder, self.operation):
                     yield "what was left takes the room of the next run"
+                return
+            if self.operation in AFTER_CUT:
+                (folder / "ballast").unlink()
+                yield from problems_after_cut(self.operation, folder,
+                                              journal_of(self.aftermath.start))
                 return
             # Who opens the store gives back what a killed save has written of its journal.
             is_undone = state_of(drive(folder, "verify")) == self.aftermath.before

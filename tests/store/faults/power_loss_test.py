@@ -19,13 +19,14 @@ import sys
 import tempfile
 
 from aftermath import Aftermath
-from fault_driver import ROOT, perform, run, strace, traced
+from fault_driver import ROOT, injected, perform, run, strace, traced
 
 EVERY = "--every" in sys.argv
 OPERATIONS = ("create-store", "create", "complete", "reorder", "attach", "checkpoint", "export",
               "import", "import-in-window", "import-again", "undo-import", "undo-in-window",
               "automatic-backup", "upgrade", "upgrade-attachments", "carry-over",
-              "carry-over-damaged", "start", "cloud", "repair", "repair-first-page", "repair-older")
+              "carry-over-damaged", "start", "cloud", "repair", "repair-first-page", "repair-older",
+              "repair-emptied", "repair-without-links", "upgrade-without-links")
 RECORDED = ("open,openat,write,pwrite64,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
             "unlinkat,rmdir,mkdir,mkdirat,ftruncate,writev")
 # They would change files without being played back.
@@ -226,7 +227,8 @@ class Disk:
         self.changes = [change for number, change in enumerate(self.changes) if number not in chosen]
 
     def states(self, chance):
-        """What might be on the disk now: for each name its contents, None for a folder."""
+        """What might be on the disk now: for each name which file it is, and the contents of that;
+        None for a folder."""
         def some():
             ends = collections.defaultdict(lambda: chance.randrange(len(self.changes) + 1))
             return {number for number, (folders, _) in enumerate(self.changes)
@@ -239,7 +241,7 @@ class Disk:
                     self.apply(names, self.changes[number][1])
                 contents = {}
                 yield {name: None if file is FOLDER else
-                       contents.setdefault(id(file), bytes(file.contents(survives)))
+                       contents.setdefault(id(file), (id(file), bytes(file.contents(survives))))
                        for name, file in names.items() if self.is_reachable(name, names)}
 
     @staticmethod
@@ -260,7 +262,8 @@ class Losses:
         disk = Disk(folder)
         trace = folder / "trace"
         perform(folder, operation, tracer=(
-            *strace(trace, f"trace={RECORDED},{UNKNOWN}"), "-xx", "-s", str(LONGEST_WRITE)))
+            *strace(trace, f"trace={RECORDED},{UNKNOWN}", *injected(operation)), "-xx", "-s",
+            str(LONGEST_WRITE)))
         disks = list(self.replayed(disk, trace))
         if len(disks) < 6 or not any(acknowledged for _, acknowledged, _ in disks):
             sys.exit(f"{operation} was not seen at work")
@@ -296,15 +299,15 @@ class Losses:
         try:
             (folder / ROOT).mkdir()
             files = {}
-            for name, contents in sorted(state.items()):
+            for name, file in sorted(state.items()):
                 path = folder / ROOT / name
-                if contents is None:
+                if file is None:
                     path.mkdir()
-                elif contents and id(contents) in files:
-                    path.hardlink_to(files[id(contents)])
+                elif file in files:
+                    path.hardlink_to(files[file])
                 else:
-                    path.write_bytes(contents)
-                    files[id(contents)] = path
+                    path.write_bytes(file[1])
+                    files[file] = path
             yield from self.aftermath.problems(folder, acknowledged, allowed=None)
         finally:
             shutil.rmtree(folder)

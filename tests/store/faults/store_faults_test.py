@@ -3,7 +3,10 @@
 - lets each of these calls, and each open, fail for want of space, of a working disk, of a writable
   file system: once, after which the driver's second try must succeed, and from there on for good.
   An operation of more than LONG calls meets at each of them two of these six, a single failure and
-  a lasting one, each call the next errors in turn; all of them with "--every".
+  a lasting one, each call the next errors in turn; all of them with "--every";
+- lets what copies a damaged store fail once at each of its reads, of a piece and of a sector.
+Some operations meet all that on a file system that knows no links; those on a store whose journal
+was cut keep what is left of it.
 Afterwards the store holds what it held before or what the operation makes of it, the latter when
 that was acknowledged; it is sound and dense, needs no hands, and nothing else is left beside it.
 """
@@ -12,12 +15,14 @@ import re
 import shutil
 import sys
 
-from aftermath import UNDO_SNAPSHOT, Aftermath
-from fault_driver import BROKEN, REPAIRS, ROOT, STORE, perform, run, strace, traced
+from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of, problems_after_cut
+from fault_driver import (AFTER_CUT, BROKEN, REPAIRS, ROOT, STORE, injected, perform, run, strace,
+                          traced)
 
 WRITING = ("write,pwrite64,pwritev,fsync,fdatasync,rename,renameat,renameat2,link,linkat,unlink,"
            "unlinkat,ftruncate,fallocate,mkdir,mkdirat")
 OPENING = "open,openat"
+READING = "pread64"
 ERRORS = ("ENOSPC", "EIO", "EROFS")
 LONG = 75
 EVERY = "--every" in sys.argv
@@ -25,7 +30,7 @@ OPERATIONS = ("create-store", "create", "complete", "reorder", "split", "type", 
               "move-attachment", "move-board", "complete-all", "restore-deleted", "save",
               "checkpoint", "export", "import", "import-in-window", "import-again", "undo-import",
               "undo-in-window", "automatic-backup", "upgrade", "upgrade-attachments", "carry-over",
-              "carry-over-damaged", "start", "cloud", *REPAIRS)
+              "upgrade-without-links", *AFTER_CUT, "carry-over-damaged", "start", "cloud", *REPAIRS)
 # How the folder of automatic backups is named while one is made.
 HELD = "/proc/self/fd/"
 
@@ -40,9 +45,16 @@ class Faults:
         self.aftermath = Aftermath(operation, start, scratch)
         folder = self.aftermath.fresh_folder()
         trace = folder / "trace"
-        perform(folder, operation, tracer=strace(trace, f"trace={WRITING},{OPENING}"))
+        self.always = injected(operation)
+        perform(folder, operation,
+                tracer=strace(trace, f"trace={WRITING},{OPENING},{READING}", *self.always))
         self.calls = list(self.calls_on(folder, trace))
+        if self.always:
+            self.calls = [call for call in self.calls if call[0] != "link"]
         self.cases = list(self.faults())
+        if operation == "repair-first-page":
+            self.cases += self.bad_reads(trace)
+        self.remains = journal_of(start) if operation in AFTER_CUT else b""
         if len(self.calls) < 3 or self.aftermath.after == "no state":
             sys.exit(f"{operation} was not seen at work: {self.aftermath.after}, {self.calls}")
 
@@ -50,7 +62,7 @@ class Faults:
     def calls_on(folder, trace):
         """Each call that concerns the folder: its name, its number, whether in the first thread."""
         concerned = [(name, number, is_first) for is_first, number, name, line in traced(trace)
-                     if str(folder / ROOT) in line or HELD in line]
+                     if name != READING and (str(folder / ROOT) in line or HELD in line)]
         first = {call[:2] for call in concerned if call[2]}
         return [call for call in concerned if call[2] or call[:2] not in first]
 
@@ -67,6 +79,14 @@ class Faults:
                 # Each try has threads of its own, and each thread counts for itself.
                 if is_first or not when:
                     yield Fault(call, f"{number}{when}", f"error={error}", is_first and not when)
+
+    @staticmethod
+    def bad_reads(trace):
+        """Of the store's file: of a piece alone, and of its first sector too."""
+        for is_first, number, name, line in traced(trace):
+            if is_first and name == READING and f"/{STORE}>" in line:
+                for when in (str(number), f"{number}..{number + 1}"):
+                    yield Fault(READING, when, "error=EIO", True)
 
     @staticmethod
     def name_of(fault):
@@ -92,16 +112,23 @@ class Faults:
         try:
             trace = folder / "trace"
             said = perform(folder, self.operation,
-                           tracer=strace(trace, f"trace={fault.call}",
-                                         f"inject={fault.call}:{fault.effect}:when={fault.when}"))
-            if not re.search("INJECTED|killed by SIGKILL", trace.read_text(errors="replace")):
+                           tracer=strace(trace, f"trace={fault.call},link",
+                                         f"inject={fault.call}:{fault.effect}:when={fault.when}",
+                                         *self.always))
+            lines = trace.read_text(errors="replace").splitlines()
+            if not any(re.search("INJECTED|killed by SIGKILL", line) for line in lines
+                       if not self.always or " link(" not in line):
                 yield "the fault did not happen: the driver took another way"
             acknowledged = "acknowledged" in said
             if fault.is_once and not acknowledged:
                 yield f"the second try did not succeed: {said}"
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
-            yield from self.aftermath.problems(folder, acknowledged, self.may_leave(fault, acknowledged))
+            if self.operation in AFTER_CUT:
+                yield from problems_after_cut(self.operation, folder, self.remains)
+            else:
+                yield from self.aftermath.problems(folder, acknowledged,
+                                                   self.may_leave(fault, acknowledged))
         finally:
             shutil.rmtree(folder)
 
