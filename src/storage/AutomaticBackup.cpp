@@ -80,8 +80,6 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
     const auto folderName = historyFolderName(backup.installation);
     const auto history = historyFolder(chosen, backup.installation);
     const auto lock = exclusively(history);
-    // Before anything is written: on a full disk there is room for a new one only without them.
-    removeUnfinished(history.path());
     const auto name = newBackupName();
     AutomaticBackupResult result{
         .file = bookmark.path() / folderName / name,

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <barrier>
@@ -81,7 +82,13 @@ TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
     fs::rename(again, made.file);
     EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
     put(chosen / "exported by hand.korvexbackup");
+    ASSERT_EQ(::mkfifo((chosen / "pipe.korvexbackup").c_str(), S_IRWXU), 0);
+    fs::create_symlink(made.file, chosen / "link.korvexbackup");
     EXPECT_THAT(backupsIn(chosen).backups, SizeIs(5));
+    EXPECT_THAT(backupsIn(chosen).unreadable,
+                ElementsAre((chosen / "link.korvexbackup").string() +
+                                " is a symbolic link, which is not followed.",
+                            (chosen / "pipe.korvexbackup").string() + " is not a file."));
     EXPECT_THAT(backupsIn(history()).backups, SizeIs(4));
     EXPECT_THROW(backupsIn(chosen / "none"), FileError);
 
@@ -234,7 +241,7 @@ TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     }
     const auto killed = newBackupName();
     put(history() / ("." + killed + ".new-Ab12Cd"));
-    put(history() / ".notes.korvexbackup.new-Ab12Cd");
+    put(history() / ".notes.txt.new-Ab12Cd");
     const auto inUse = "." + newBackupName() + ".new-123456";
     put(history() / inUse);
     const base::FileDescriptor writer(::open((history() / inUse).c_str(), O_RDONLY | O_CLOEXEC));
@@ -246,8 +253,7 @@ TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     });
     EXPECT_THROW(make(std::move(failing)), Cancelled);
     const auto made = make().file.filename().string();
-    EXPECT_THAT(namesIn(history()),
-                UnorderedElementsAre(made, inUse, ".notes.korvexbackup.new-Ab12Cd"));
+    EXPECT_THAT(namesIn(history()), UnorderedElementsAre(made, inUse, ".notes.txt.new-Ab12Cd"));
 }
 
 TEST_F(AutomaticBackupTest, TheirFolderMustBeOneAndIsUsedByOneProgramAtATime) {
