@@ -275,6 +275,39 @@ TEST_F(AutomaticBackupTest, TheirFolderMustBeOneAndIsUsedByOneProgramAtATime) {
     EXPECT_THAT(namesIn(history()), IsEmpty());
 }
 
+/// As after another data folder was tried out, the store was begun anew, or the settings are kept
+/// in step with another machine.
+TEST_F(AutomaticBackupTest, StoresOfOneInstallationNeverRemoveEachOthersBackups) {
+    auto defaults = settings.open();
+    app::AppPreferences preferences(defaults, log);
+    bookmark = FolderBookmark::make(chosen).bytes();
+    preferences.setAutomaticBackupBookmark(bookmark);
+    const auto other = store::ModelContainer::open(
+        model::currentSchema(), {.file = folder / "other" / "Primary.store"}, log);
+    keeping = 1;
+    std::optional<fs::path> ours;
+    std::optional<fs::path> theirs;
+    for (int turn = 0; turn < 3; ++turn) {
+        storeFile.reset();
+        ours = make().file;
+        storeFile = other->configuration().file;
+        theirs = make().file;
+        EXPECT_TRUE(fs::exists(*ours)) << "turn " << turn;
+        preferences.reload();
+        EXPECT_EQ(preferences.automaticBackupLastStoreID(), other->storeID());
+    }
+    EXPECT_EQ(ours->parent_path(), history()) << "the first one has that of the installation";
+    const auto known = FolderBookmark::read(*bookmark);
+    for (const auto& [of, file] : {std::pair(container.get(), ours), {other.get(), theirs}}) {
+        app::setAutomaticBackupLastSuccess(defaults, of->storeID(), kNow);
+        const auto id = app::settleAutomaticBackupID(defaults, installation, of->storeID());
+        const auto listed = automaticBackups(known, id).backups;
+        ASSERT_THAT(listed, SizeIs(1)) << "of its own the oldest went";
+        EXPECT_EQ(listed.front().file, *file);
+    }
+    EXPECT_THAT(namesIn(chosen), SizeIs(3)) << "the mark and two histories";
+}
+
 TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {
     struct Case {
         std::size_t keeping;
