@@ -18,6 +18,8 @@ constexpr int kMinutesPerDay = 24 * 60;
 
 constexpr const char* kBookmarkKey = "automaticBackupBookmark";
 constexpr const char* kLastSuccessKey = "automaticBackupLastSuccess";
+constexpr const char* kFirstStoreKey = "automaticBackupStoreID";
+constexpr const char* kLastStoreKey = "automaticBackupLastStoreID";
 constexpr const char* kDefaultBoardKey = "defaultBoardID";
 constexpr const char* kMainBoardKey = "mainBoardSelectedBoardID";
 
@@ -94,6 +96,22 @@ bool isAllowed(Property property, std::int64_t value) {
 
 bool isUuid(std::string_view text) {
     return base::Uuid::parse(text).has_value();
+}
+
+std::optional<base::Uuid> uuidAt(const UserDefaults& defaults, std::string_view key) {
+    const auto stored = defaults.string(key);
+    return stored ? base::Uuid::parse(*stored) : std::nullopt;
+}
+
+/// It need not be kept anywhere: two stores that are used by turns keep theirs, and nobody who is
+/// killed can leave one with the identifier of the other.
+base::Uuid identifierFor(const base::Uuid& store, const base::Uuid& first,
+                         base::Uuid installation) {
+    for (std::size_t i = 0; i < store.bytes.size(); ++i) {
+        installation.bytes[i] =
+            static_cast<std::uint8_t>(installation.bytes[i] ^ first.bytes[i] ^ store.bytes[i]);
+    }
+    return installation;
 }
 
 /// Where settings are read from, and what is noticed on the way.
@@ -367,6 +385,15 @@ void AppPreferences::setShowsMenuBarExtra(bool shows) {
     set(&Values::showsMenuBarExtra, shows);
 }
 
+base::Uuid AppPreferences::automaticBackupID(const base::Uuid& store) const {
+    return identifierFor(store, uuidAt(m_defaults, kFirstStoreKey).value_or(store),
+                         m_values.automaticBackupID);
+}
+
+std::optional<base::Uuid> AppPreferences::automaticBackupLastStoreID() const {
+    return uuidAt(m_defaults, kLastStoreKey);
+}
+
 model::Board* AppPreferences::defaultBoard(std::span<model::Board* const> boards) {
     const auto chosen = [&]() -> model::Board* {
         const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
@@ -412,7 +439,18 @@ std::optional<base::Bytes> automaticBackupBookmark(const UserDefaults& defaults)
     return defaults.bytes(kBookmarkKey);
 }
 
-void setAutomaticBackupLastSuccess(UserDefaults& defaults, std::optional<base::Instant> moment) {
+base::Uuid settleAutomaticBackupID(UserDefaults& defaults, const base::Uuid& installation,
+                                   const base::Uuid& store) {
+    const auto first = defaults.settle(kFirstStoreKey, isUuid, store.text());
+    return identifierFor(store, *base::Uuid::parse(first), installation);
+}
+
+void setAutomaticBackupLastSuccess(UserDefaults& defaults, const base::Uuid& store,
+                                   std::optional<base::Instant> moment) {
+    if (uuidAt(defaults, kLastStoreKey) != store) {
+        defaults.remove(kLastSuccessKey);
+        write(defaults, kLastStoreKey, store);
+    }
     write(defaults, kLastSuccessKey, moment);
 }
 

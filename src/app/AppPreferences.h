@@ -85,6 +85,11 @@ public:
     int automaticBackupRetention() const { return m_values.automaticBackupRetention; }
     /// Tells this installation from others; the same for ever.
     const base::Uuid& automaticBackupID() const { return m_values.automaticBackupID; }
+    /// Tells the backups of this store by this installation from all others: its identifier, and
+    /// one of its own for each other store than the first that it has backed up.
+    base::Uuid automaticBackupID(const base::Uuid& store) const;
+    /// The store of which `automaticBackupLastSuccess` tells; absent: of any.
+    std::optional<base::Uuid> automaticBackupLastStoreID() const;
     BoardID defaultBoardID() const { return m_values.defaultBoardID; }
     /// A valid one.
     const QuickEntryShortcut& quickEntryShortcut() const { return m_values.quickEntryShortcut; }
@@ -176,9 +181,15 @@ private:
     base::Signal<Property> m_didChange;
 };
 
-/// Two of the settings as a thread of its own reads and sets them, by the defaults of that thread,
-/// while the preferences stay on theirs.
+// Some of the settings as a thread of its own reads and sets them, by the defaults of that thread,
+// while the preferences stay on theirs.
+
 std::optional<base::Bytes> automaticBackupBookmark(const UserDefaults& defaults);
-void setAutomaticBackupLastSuccess(UserDefaults& defaults, std::optional<base::Instant> moment);
+/// The identifier for the backups of this store, which from now on is the first one if none was.
+base::Uuid settleAutomaticBackupID(UserDefaults& defaults, const base::Uuid& installation,
+                                   const base::Uuid& store);
+/// Killed in between, no store was backed up for all that the settings tell.
+void setAutomaticBackupLastSuccess(UserDefaults& defaults, const base::Uuid& store,
+                                   std::optional<base::Instant> moment);
 
 } // namespace korvex::app

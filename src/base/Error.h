@@ -30,6 +30,10 @@ class TypedError final : public Error {
 public:
     explicit TypedError(Case which)
         : Error(domainOf(which), static_cast<int>(which), descriptionOf(which)), m_which(which) {}
+    /// `advice`: what its user can do in this one's place, told on a line of its own.
+    TypedError(Case which, const std::string& advice)
+        : Error(domainOf(which), static_cast<int>(which), descriptionOf(which) + "\n" + advice),
+          m_which(which) {}
 
     Case which() const noexcept { return m_which; }
 

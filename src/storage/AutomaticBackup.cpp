@@ -24,9 +24,8 @@ AutomaticBackupError refusal(AutomaticBackupErrorCase which) {
     return AutomaticBackupError(which);
 }
 
-/// The installation's own folder in the chosen one. What the backups hold is the user's alone.
-HeldFolder historyFolder(const HeldFolder& chosen, const base::Uuid& installation) {
-    const auto name = historyFolderName(installation);
+/// The backups' own folder in the chosen one. What they hold is the user's alone.
+HeldFolder historyFolder(const HeldFolder& chosen, const std::string& name) {
     if (::mkdirat(chosen.descriptor(), name.c_str(), S_IRWXU) != 0 && errno != EEXIST) {
         throw fs::filesystem_error("mkdir", name, {errno, std::generic_category()});
     }
@@ -59,15 +58,15 @@ base::FileLock exclusively(const HeldFolder& history) {
 
 /// The settings tell from now on when it was made, unless another folder was chosen meanwhile,
 /// which has none.
-void record(const AutomaticBackup& backup, app::UserDefaults& defaults) {
+void record(const AutomaticBackup& backup, const base::Uuid& store, app::UserDefaults& defaults) {
     const auto isChosen = [&] {
         defaults.refresh();
         return app::automaticBackupBookmark(defaults) == backup.bookmark;
     };
     if (isChosen()) {
-        app::setAutomaticBackupLastSuccess(defaults, backup.now);
+        app::setAutomaticBackupLastSuccess(defaults, store, backup.now);
         if (!isChosen()) { // another one was at this very moment
-            app::setAutomaticBackupLastSuccess(defaults, std::nullopt);
+            app::setAutomaticBackupLastSuccess(defaults, store, std::nullopt);
         }
     }
 }
@@ -77,11 +76,11 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
                              base::LogSink& log, Work& work) {
     // First: where there is nothing to be backed up, nothing is made in the folder.
     const auto container = openForReading(backup.storeFile, log);
-    const auto folderName = historyFolderName(backup.installation);
-    const auto history = historyFolder(chosen, backup.installation);
+    const auto& store = container->storeID();
+    const auto folderName =
+        historyFolderName(app::settleAutomaticBackupID(defaults, backup.installation, store));
+    const auto history = historyFolder(chosen, folderName);
     const auto lock = exclusively(history);
-    // Before anything is written: on a full disk there is room for a new one only without them.
-    removeUnfinished(history.path());
     const auto name = newBackupName();
     AutomaticBackupResult result{
         .file = bookmark.path() / folderName / name,
@@ -91,7 +90,7 @@ AutomaticBackupResult makeIn(const HeldFolder& chosen, const FolderBookmark& boo
         !there.is(chosen) || !HeldFolder(there, folderName).is(history)) {
         throw refusal(AutomaticBackupErrorCase::chooseAgain);
     }
-    record(backup, defaults);
+    record(backup, store, defaults);
     try {
         // What a power cut brings back goes with the next one.
         withErrorsOnly([&] { prune(history, backup.keeping, name); })();
@@ -124,7 +123,7 @@ std::string descriptionOf(AutomaticBackupErrorCase which) {
         return "Something else stands in the place of the folder that the automatic backups are "
                "kept in.";
     case AutomaticBackupErrorCase::running:
-        return "Another program is making an automatic backup right now.";
+        return "An automatic backup is already being made.";
     case AutomaticBackupErrorCase::noAnswer:
         return "The folder does not answer.";
     }

@@ -20,7 +20,7 @@ struct AutomaticBackup {
     std::filesystem::path storeFile;
     /// Of the chosen folder; absent: none was chosen.
     std::optional<base::Bytes> bookmark;
-    /// Names the folder of the backups in the chosen one.
+    /// Names the folder of the backups in the chosen one, together with the store.
     base::Uuid installation;
     /// How many are kept.
     std::size_t keeping = 1;

@@ -14,7 +14,7 @@ enum class AutomaticBackupErrorCase {
     chooseAgain,       ///< the chosen folder is gone, or is another one
     unknownFolder,     ///< what the settings hold of it is no bookmark
     historyIsNoFolder, ///< something else stands in the place of the backups' own folder
-    running,           ///< another program is making one
+    running,           ///< another program is making one, or a run that was left alone
     noAnswer,          ///< whoever reads or writes there has been waiting for minutes
 };
 std::string descriptionOf(AutomaticBackupErrorCase which);

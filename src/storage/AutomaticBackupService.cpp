@@ -13,6 +13,10 @@ constexpr double kDay = 86'400;
 constexpr std::chrono::seconds kBetweenLooks{900};
 /// The slowest disk takes less to put a backup away, or a mark.
 constexpr std::chrono::minutes kLongestSilence{3};
+/// Of a run that was cancelled: what it waits for then nobody needs any more.
+constexpr std::chrono::seconds kLongestSilenceAfterCancel{10};
+/// So many in a row are passed over where somebody else is making a backup.
+constexpr int kQuietLooks = 3;
 
 bool isCase(const base::Error& error, AutomaticBackupErrorCase which) {
     const auto* const typed = dynamic_cast<const AutomaticBackupError*>(&error);
@@ -58,11 +62,12 @@ void AutomaticBackupService::settingChanged(Preference property) {
         return;
     }
     if (isFolder) {
+        m_ownSuccess.reset();
         m_seen = FolderState::notLookedAt;
         m_folderLook.reset();
         m_choiceRefusal.clear(); // one was chosen since
     }
-    if (isFolder || (isSuccess && m_surroundings.preferences.automaticBackupLastSuccess())) {
+    if (isFolder || (isSuccess && !tellsOfAnotherStore() && lastSuccess())) {
         forgetFailure(); // whoever has chosen or made it
     }
     if (isSuccess && m_seen == FolderState::gone) {
@@ -85,8 +90,18 @@ std::optional<base::Instant> AutomaticBackupService::nextDue(base::Instant now) 
         obstacle()) {
         return std::nullopt;
     }
-    const auto last = preferences.automaticBackupLastSuccess();
+    const auto last = lastSuccess();
     return isDue(last, now) ? now : *last + kDay;
+}
+
+std::optional<base::Instant> AutomaticBackupService::lastSuccess() const {
+    return tellsOfAnotherStore() ? m_ownSuccess
+                                 : m_surroundings.preferences.automaticBackupLastSuccess();
+}
+
+bool AutomaticBackupService::tellsOfAnotherStore() const {
+    const auto store = m_surroundings.preferences.automaticBackupLastStoreID();
+    return store && *store != m_surroundings.container.storeID();
 }
 
 std::optional<std::string> AutomaticBackupService::obstacle() const {
@@ -109,8 +124,10 @@ void AutomaticBackupService::cancel() {
     if (isSilent()) {
         noteCancelled();
         leave();
-    } else if (m_run) {
+    } else if (m_run && !m_isCancelling) {
+        m_isCancelling = true;
         m_run->cancel();
+        expectAdvance();
     }
 }
 
@@ -122,6 +139,7 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
                                          m_surroundings.container.configuration().file, now);
     m_progress = {};
     m_wasCancelled = false;
+    m_isCancelling = false;
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.threads, m_surroundings.runLoop,
         [request, defaults = m_surroundings.defaults.forAnotherThread(), &log = m_surroundings.log](
@@ -139,8 +157,14 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
 }
 
 void AutomaticBackupService::expectAdvance() {
-    m_advance = m_surroundings.runLoop.callAfter(kLongestSilence, [this] {
+    const std::chrono::seconds patience =
+        m_isCancelling ? kLongestSilenceAfterCancel : kLongestSilence;
+    m_advance = m_surroundings.runLoop.callAfter(patience, [this] {
         m_advance.reset();
+        if (m_isCancelling) {
+            cancel();
+            return;
+        }
         fail(noAnswer(), AskedBy::user);
         m_didChange.emit();
     });
@@ -154,8 +178,20 @@ void AutomaticBackupService::leave() {
 
 void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
                                     const AutomaticBackup& request, AskedBy asked) {
+    m_surroundings.preferences.reload(); // another folder may have been chosen meanwhile
+    if (isOfChosenFolder(request)) {
+        take(std::move(result), request, asked);
+    } else {
+        takeFormer(std::move(result));
+    }
+    // Under way until here: what was noted on the way is no answer yet.
     m_run.reset();
     m_advance.reset();
+    m_didChange.emit();
+}
+
+void AutomaticBackupService::take(std::future<AutomaticBackupResult> result,
+                                  const AutomaticBackup& request, AskedBy asked) {
     try {
         const auto made = result.get();
         succeed(request);
@@ -164,27 +200,38 @@ void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
         }
     } catch (const base::Error& error) {
         fail(error, asked);
-        if (isForFolder(error) && isOfChosenFolder(request)) {
+        if (isForFolder(error)) {
             m_seen = FolderState::gone;
         }
     }
-    m_didChange.emit();
+}
+
+/// Of a folder that is not the chosen one any more, which has none: however it ended, that gets its
+/// own at once.
+void AutomaticBackupService::takeFormer(std::future<AutomaticBackupResult> result) {
+    try {
+        const auto made = result.get();
+        if (made.pruningFailure) {
+            std::rethrow_exception(made.pruningFailure);
+        }
+    } catch (const Cancelled&) {
+        noteCancelled(); // its user wants none now
+        return;
+    } catch (const base::Error& error) {
+        log(error);
+    }
+    if (m_timer) {
+        lookSoon();
+    }
 }
 
 void AutomaticBackupService::succeed(const AutomaticBackup& request) {
     forgetFailure();
-    auto& preferences = m_surroundings.preferences;
-    preferences.reload();
-    if (!isOfChosenFolder(request)) {
-        if (m_timer) {
-            lookSoon(); // another folder was chosen meanwhile, which has none
-        }
-        return;
-    }
     m_seen = FolderState::there;
-    if (isDue(preferences.automaticBackupLastSuccess(), request.now)) {
+    m_ownSuccess = request.now;
+    if (isDue(lastSuccess(), request.now)) {
         // Settings that cannot be written hold in this program, or each look would make one more.
-        preferences.setAutomaticBackupLastSuccess(request.now);
+        m_surroundings.preferences.setAutomaticBackupLastSuccess(request.now);
     }
 }
 
@@ -195,6 +242,7 @@ bool AutomaticBackupService::isOfChosenFolder(const AutomaticBackup& request) co
 void AutomaticBackupService::forgetFailure() {
     m_errorMessage.reset();
     m_errorReason.clear();
+    m_quietLooks = 0;
     m_wasCancelled = false;
 }
 
@@ -208,13 +256,19 @@ void AutomaticBackupService::fail(const base::Error& failure, AskedBy asked) {
         noteCancelled();
         return;
     }
-    if (asked == AskedBy::clock && isCase(failure, AutomaticBackupErrorCase::running)) {
-        return; // it is being made, if not here
+    const auto isBeingMade = isCase(failure, AutomaticBackupErrorCase::running);
+    if (asked == AskedBy::clock && isBeingMade && m_quietLooks < kQuietLooks) {
+        ++m_quietLooks; // if not here; but who hangs makes none
+        return;
     }
     m_errorMessage = kFailure;
     m_errorReason = failure.errorDescription();
     m_hasFailedForFolder = isForFolder(failure);
-    m_log.error("Backup operation failed: " + m_errorReason + " (" +
+    log(failure);
+}
+
+void AutomaticBackupService::log(const base::Error& failure) const {
+    m_log.error("Backup operation failed: " + failure.errorDescription() + " (" +
                 std::to_string(failure.code()) + ")");
 }
 
@@ -249,6 +303,7 @@ void AutomaticBackupService::choose(std::future<base::Bytes> bookmark) {
         preferences.setAutomaticBackupLastSuccess(std::nullopt);
         preferences.setAutomaticBackupBookmark(std::move(bytes));
         preferences.setAutomaticBackupLastSuccess(std::nullopt);
+        m_ownSuccess.reset();
         m_seen = FolderState::there;
         forgetFailure(); // also where it is the same folder
     } catch (const base::Error& error) {

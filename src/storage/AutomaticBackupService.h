@@ -55,7 +55,7 @@ public:
     /// Starts one unless one is under way, also where automatic backups are off.
     void backUpNow();
     /// Ends one that is under way, soon; nothing is left of it. One whose folder does not answer is
-    /// waited for no longer.
+    /// waited for some seconds, or no longer where that is known.
     void cancel();
 
     /// Automatic backups go there as soon as the folder is marked, the first at the next look; all
@@ -103,6 +103,8 @@ public:
     /// Whether one is due when the last one was made at `last`: after a day, or when the clock was
     /// set back behind it.
     static bool isDue(std::optional<base::Instant> last, base::Instant now);
+    /// When the last one of this store was made, as far as is known.
+    std::optional<base::Instant> lastSuccess() const;
     /// When the next one is due; `now` where it is already, absent where none will be made.
     std::optional<base::Instant> nextDue(base::Instant now) const;
 
@@ -120,11 +122,16 @@ private:
     void expectAdvance();
     void finish(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
                 AskedBy asked);
+    void take(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
+              AskedBy asked);
+    void takeFormer(std::future<AutomaticBackupResult> result);
     void succeed(const AutomaticBackup& request);
     void forgetFailure();
     void noteCancelled();
     void fail(const base::Error& failure, AskedBy asked);
+    void log(const base::Error& failure) const;
     bool isOfChosenFolder(const AutomaticBackup& request) const;
+    bool tellsOfAnotherStore() const;
     void seeFolder(std::future<void> isThere);
     std::optional<FolderBookmark> bookmark() const;
     void leave();
@@ -137,6 +144,11 @@ private:
     std::string m_errorReason;
     bool m_hasFailedForFolder = false;
     bool m_wasCancelled = false;
+    /// How many looks in a row have found somebody else making one.
+    int m_quietLooks = 0;
+    /// In the chosen folder, by this program: where another store of these settings is backed up
+    /// too, they tell of the last one of either.
+    std::optional<base::Instant> m_ownSuccess;
     Progress m_progress;
     base::Signal<> m_didChange;
     base::Subscription m_settings;
@@ -144,6 +156,7 @@ private:
     std::unique_ptr<base::RunLoop::Timer> m_timer;
     /// Null where none is under way.
     std::unique_ptr<BackgroundTask> m_run;
+    bool m_isCancelling = false;
     /// Fires when that has not advanced for too long; null from then on, until it advances.
     std::unique_ptr<base::RunLoop::Timer> m_advance;
     /// Marks a folder; null where none is being chosen.

@@ -26,8 +26,9 @@ public:
     template <typename Function>
     using Outcome = std::future<std::invoke_result_t<Function&, Work&>>;
 
-    /// `work` is given a Work and runs on the thread. `finished` is called once, on the main
-    /// thread; it may destroy the task. `progress` is called on the main thread, before that; while
+    /// `work` is given a Work and runs on the thread, where also what it holds ends, whether it
+    /// fails or not: that may take long too. `finished` is called once, on the main thread, after
+    /// that; it may destroy the task. `progress` is called on the main thread, before that; while
     /// the main thread is busy only the latest is kept. Where the system has no thread for it, the
     /// outcome is an Error that says so.
     template <typename Function>
@@ -39,10 +40,11 @@ public:
             std::make_shared<std::packaged_task<Result(Work&, const std::exception_ptr&)>>(
                 [work = withErrorsOnly(std::move(work))](
                     Work& mine, const std::exception_ptr& obstacle) mutable -> Result {
+                    auto once = std::move(work);
                     if (obstacle) {
                         std::rethrow_exception(obstacle);
                     }
-                    return work(mine);
+                    return once(mine);
                 });
         start(
             threads,

@@ -7,6 +7,7 @@
 #include "services/OrderKey.h"
 #include "storage/CloudStorePreparation.h"
 #include "storage/RestoreError.h"
+#include "storage/StoreAdvice.h"
 #include "storage/StoreMarkers.h"
 
 #include <algorithm>
@@ -162,6 +163,25 @@ StoreSnapshot createBackup(store::ModelContainer& container, base::Instant at, W
     return snapshot;
 }
 
+StoreSnapshot createValidBackup(store::ModelContainer& container, base::Instant at,
+                                base::LogSink& log, Work& work) {
+    try {
+        auto snapshot = createBackup(container, at, work);
+        work.begin(Stage::checking);
+        backup::validate(snapshot.document, log);
+        return snapshot;
+    } catch (const BackupError& error) {
+        const auto mayArrive = error.which() == BackupErrorCase::incompleteRelationships &&
+                               BackupService::isCloudBacked(container);
+        if (mayArrive || error.which() == BackupErrorCase::tooLarge) {
+            throw;
+        }
+        throw BackupError(error.which(),
+                          "What the store holds contradicts itself. This mends it: " +
+                              repairCommand(container.configuration().file));
+    }
+}
+
 BackupSummary exportBackup(store::ModelContainer& container, const std::filesystem::path& file,
                            base::Instant now, base::LogSink& log, Work& work,
                            base::StagedFile::Existing existing) {
@@ -169,10 +189,12 @@ BackupSummary exportBackup(store::ModelContainer& container, const std::filesyst
         throw RestoreError(RestoreErrorCase::ofStore);
     }
     requireFile(file);
-    const auto document = createBackup(container, now, work).document;
-    work.begin(Stage::checking);
-    backup::validate(document, log);
-    return writeBackup(document, file, work, {.existing = existing});
+    // Before anything is written: on a full disk there is room for a new one only without them.
+    if (auto target = std::filesystem::absolute(file); !base::followLinks(target)) {
+        removeUnfinished(target.parent_path());
+    }
+    return writeBackup(createValidBackup(container, now, log, work).document, file, work,
+                       {.existing = existing});
 }
 
 } // namespace korvex::storage

@@ -42,9 +42,9 @@ ListedBackup listed(fs::path file, const struct stat& status) {
             .device = status.st_dev};
 }
 
-/// The folder's regular files whose names are meant, in no order; no symbolic links. They are told
-/// of as standing in `named`. Throws std::filesystem::filesystem_error where the folder itself
-/// cannot be read.
+/// The folder's regular files whose names are meant, in no order; of anything else of such a name
+/// is told that it is none. They are told of as standing in `named`. Throws
+/// std::filesystem::filesystem_error where the folder itself cannot be read.
 template <typename IsMeant>
 BackupList filesIn(const HeldFolder& folder, const fs::path& named, IsMeant isMeant) {
     BackupList found;
@@ -64,6 +64,11 @@ BackupList filesIn(const HeldFolder& folder, const fs::path& named, IsMeant isMe
             }
         } else if (S_ISREG(status.st_mode)) {
             found.backups.push_back(listed(named / name, status));
+        } else {
+            found.unreadable.push_back((named / name).string() +
+                                       (S_ISLNK(status.st_mode)
+                                            ? " is a symbolic link, which is not followed."
+                                            : " is not a file."));
         }
     }
     if (error) {
@@ -85,7 +90,7 @@ BackupList sorted(BackupList found) {
     return found;
 }
 
-/// The folders of installations.
+/// The folders of histories.
 std::vector<fs::path> historiesIn(const HeldFolder& folder) {
     std::vector<fs::path> names;
     for (const auto& each : fs::directory_iterator(folder.path())) {
@@ -108,16 +113,16 @@ void requireSame(const ListedBackup& backup) {
 
 } // namespace
 
-std::string historyFolderName(const base::Uuid& installation) {
-    return std::string(kHistoryPrefix) + installation.text();
+std::string historyFolderName(const base::Uuid& history) {
+    return std::string(kHistoryPrefix) + history.text();
 }
 
 std::string newBackupName() {
     return std::string(kNamePrefix) + base::Uuid::random().text() + std::string(kExtension);
 }
 
-BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& installation) {
-    const auto name = historyFolderName(installation);
+BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& history) {
+    const auto name = historyFolderName(history);
     const auto named = bookmark.path() / name;
     const auto chosen = bookmark.open();
     try {
@@ -164,7 +169,7 @@ BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& 
 }
 
 void removeUnfinished(const fs::path& folder) {
-    base::removeLeftBehind(folder, isAutomaticName);
+    base::removeLeftBehind(folder, isBackupName);
 }
 
 void prune(const HeldFolder& folder, std::size_t keeping, std::string_view newest) {

@@ -28,24 +28,24 @@ struct ListedBackup {
     bool operator==(const ListedBackup&) const = default;
 };
 
-/// What was found, the newest first, and what could not be looked at, each with the reason: "…
-/// could not be read: …".
+/// What was found, the newest first, and what is called a backup and cannot be looked at, each with
+/// the reason: "… could not be read: …".
 struct BackupList {
     std::vector<ListedBackup> backups = {};
     std::vector<std::string> unreadable = {};
 };
 
-/// The folder of one installation's automatic backups in the chosen one: two that share a folder
-/// never remove each other's.
-std::string historyFolderName(const base::Uuid& installation);
+/// The folder of one store's automatic backups by one installation in the chosen one, which are
+/// told from others by this: two that share a folder never remove each other's.
+std::string historyFolderName(const base::Uuid& history);
 /// A new automatic backup's name.
 std::string newBackupName();
 
-/// The automatic backups of this installation in the folder that was chosen, and in no other.
+/// The automatic backups of this history in the folder that was chosen, and in no other.
 /// Nothing is read of them. Throws AutomaticBackupError `chooseAgain`, and FileError where the
 /// folder cannot be read. Any thread.
-BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& installation);
-/// All backups that stand in a folder or in the folder of an installation in it. Throws FileError
+BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& history);
+/// All backups that stand in a folder or in the folder of a history in it. Throws FileError
 /// where it cannot be read. Any thread.
 BackupList backupsIn(const std::filesystem::path& folder);
 
@@ -53,7 +53,7 @@ BackupList backupsIn(const std::filesystem::path& folder);
 /// `backup::validate`, and FileError where another file has its name by now. Any thread.
 BackupSummary checkBackup(const ListedBackup& backup, base::LogSink& log, Work& work);
 
-/// Removes what killed programs left of automatic backups that they did not finish.
+/// Removes what killed programs left of backups that they did not finish. Any thread.
 void removeUnfinished(const std::filesystem::path& folder);
 
 /// Keeps `newest` and the most recent automatic backups beside it, by the time of their files and

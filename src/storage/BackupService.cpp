@@ -142,6 +142,7 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
             return std::nullopt;
         }
         auto backup = std::exchange(prepared.backup, std::nullopt).value();
+        restored.boardCount = backup.document().boards.size();
         restored.entryCount = backup.document().entries.size();
         restored.madeAt = backup.document().exportedAt;
         try {
@@ -154,7 +155,6 @@ std::optional<Restored> BackupService::finish(PreparedRestore& prepared, base::I
                 .repair({.saveChanges = DataIntegrityService::SaveChanges::no,
                          .contents = DataIntegrityService::Contents::leave, // validated
                          .now = now});
-            restored.boardCount = boards.boards().size();
             if (beforeSave) {
                 beforeSave();
             }

@@ -37,9 +37,15 @@ struct StoreSnapshot {
 };
 StoreSnapshot createBackup(store::ModelContainer& container, base::Instant at, Work& work);
 
-/// Writes all that the store holds to a file, proven: see `writeBackup`. Throws what
-/// `createBackup`, `backup::validate` and `writeBackup` throw, and RestoreError `ofStore` for a
-/// place that belongs to the store, whatever it is called there; the file is then as it was.
+/// The same of what may become a store again. Throws as `backup::validate` too; where it is the
+/// store that contradicts itself the error says what mends it.
+StoreSnapshot createValidBackup(store::ModelContainer& container, base::Instant at,
+                                base::LogSink& log, Work& work);
+
+/// Writes all that the store holds to a file, proven: see `writeBackup`. What killed programs left
+/// of other backups in that folder is removed. Throws what `createValidBackup` and `writeBackup`
+/// throw, and RestoreError `ofStore` for a place that belongs to the store, whatever it is called
+/// there; the file is then as it was.
 BackupSummary
 exportBackup(store::ModelContainer& container, const std::filesystem::path& file, base::Instant now,
              base::LogSink& log, Work& work,
@@ -57,7 +63,7 @@ struct Restored {
     std::vector<model::Board*> boards;
     /// When the backup was made that is the store's contents now.
     base::Instant madeAt = {};
-    /// What the store holds by it.
+    /// What that has, as its user was told before.
     std::size_t boardCount = 0;
     std::size_t entryCount = 0;
     /// Where what was replaced is kept.

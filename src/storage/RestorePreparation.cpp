@@ -28,9 +28,7 @@ constexpr int kLooks = 3;
 template <typename Room>
 RecoverySnapshot writeSnapshot(store::ModelContainer& container, RecoveryFolder& folder, Room room,
                                base::Instant now, base::LogSink& log, Work& work) {
-    const auto stored = createBackup(container, now, work);
-    work.begin(Stage::checking);
-    backup::validate(stored.document, log);
+    const auto stored = createValidBackup(container, now, log, work);
     RecoverySnapshot snapshot{.file = room(), .revision = stored.revision, .exportedAt = now};
     folder.beginWriting();
     writeBackup(stored.document, snapshot.file, work,

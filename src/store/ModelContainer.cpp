@@ -24,6 +24,10 @@ bool ModelContainer::allowsSave() const {
     return m_connection->allowsSave();
 }
 
+const base::Uuid& ModelContainer::storeID() const {
+    return m_connection->storeID();
+}
+
 const std::vector<std::string>& ModelContainer::notices() const {
     return m_connection->notices();
 }

@@ -2,6 +2,7 @@
 
 #include "base/Log.h"
 #include "base/Signal.h"
+#include "base/Uuid.h"
 #include "store/ChangeSet.h"
 #include "store/ModelConfiguration.h"
 #include "store/Schema.h"
@@ -42,6 +43,9 @@ public:
     const Schema& schema() const { return m_schema; }
     const ModelConfiguration& configuration() const { return m_configuration; }
     bool allowsSave() const;
+
+    /// Which store this is. Another one has another; a copy has the same.
+    const base::Uuid& storeID() const;
 
     /// What was noticed while opening and what the user should know, in full sentences.
     const std::vector<std::string>& notices() const;

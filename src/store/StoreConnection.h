@@ -55,6 +55,7 @@ public:
     ~StoreConnection();
 
     bool allowsSave() const { return m_allowsSave; }
+    const base::Uuid& storeID() const { return m_storeID; }
     const std::vector<std::string>& notices() const { return m_notices; }
     bool wasUpgraded() const { return m_wasUpgraded; }
     bool isFromElsewhere() const { return m_isFromElsewhere; }

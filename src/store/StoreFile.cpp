@@ -421,7 +421,7 @@ void StoreFile::checkHeader(sqlite3* database) const {
         const auto storedPageSize = bigEndian(16, 2);
         const auto pageSize = storedPageSize == 1 ? 65536 : storedPageSize;
         if (size < pageSize * bigEndian(28, 4)) {
-            throw StoreError(StoreErrorCase::notAStore, "cut short");
+            throw StoreError(StoreErrorCase::notAStore);
         }
     }
 }

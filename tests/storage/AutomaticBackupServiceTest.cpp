@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <unistd.h>
 
 #include <csignal>
 
@@ -256,6 +257,31 @@ TEST_F(AutomaticBackupServiceTest, AFolderChosenDuringARunGetsItsOwn) {
     EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt);
 }
 
+/// What it fails for says nothing of the folder that is chosen now.
+TEST_F(AutomaticBackupServiceTest, AFailureInTheFolderBeforeIsNoneOfTheChosenOne) {
+    if (!holdMark()) {
+        GTEST_SKIP() << "no leases here";
+    }
+    const auto other = folder / "other";
+    fs::create_directory(other);
+    service->start();
+    runLoop.advance(0);
+    choose(other);
+    runLoop.advance(0);
+    ASSERT_TRUE(service->isRunning());
+    log.expectError("Backup operation failed: The folder that was chosen for automatic backups is "
+                    "not there");
+    ASSERT_EQ(::ftruncate(mark.get(), 0), 0);
+    mark = {};
+    finish();
+    EXPECT_EQ(service->errorMessage(), std::nullopt);
+    EXPECT_EQ(service->folderState(), AutomaticBackupService::FolderState::there);
+    runLoop.advance(0);
+    EXPECT_TRUE(service->isRunning()) << "it has none yet";
+    finish();
+    EXPECT_THAT(backups(other), SizeIs(1));
+}
+
 TEST_F(AutomaticBackupServiceTest, OneThatIsStoppedIsNoFailureAndLeavesNothing) {
     log.expectError("The folder that was chosen for automatic backups is not there");
     fs::rename(chosen, folder / "away");
@@ -324,6 +350,7 @@ TEST_F(AutomaticBackupServiceTest, AFolderThatDoesNotAnswerIsSaidAndHoldsNobodyU
     }
     constexpr double kMinutes = 180;
     log.expectError("Backup operation failed: The folder does not answer.");
+    const auto before = preferences.automaticBackupBookmark();
     service->backUpNow();
     runLoop.advance(kMinutes - 1);
     EXPECT_EQ(service->errorMessage(), std::nullopt);
@@ -343,6 +370,17 @@ TEST_F(AutomaticBackupServiceTest, AFolderThatDoesNotAnswerIsSaidAndHoldsNobodyU
     finish();
     EXPECT_THAT(backups(other), SizeIs(1));
     EXPECT_EQ(service->errorMessage(), std::nullopt);
+
+    // Who has cancelled it is not told that it failed, nor waits for as long.
+    preferences.setAutomaticBackupBookmark(before);
+    service->backUpNow();
+    service->cancel();
+    runLoop.advance(9);
+    EXPECT_TRUE(service->isRunning()) << "it may end as it was told to";
+    runLoop.advance(1);
+    EXPECT_FALSE(service->isRunning());
+    EXPECT_TRUE(service->wasCancelled());
+    EXPECT_EQ(service->errorMessage(), std::nullopt);
     EXPECT_FALSE(threads.waitUntilEnded(std::chrono::milliseconds(0)));
     mark = {};
     EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
@@ -354,14 +392,49 @@ TEST_F(AutomaticBackupServiceTest, OneThatAnotherProgramMakesIsNoFailureUnlessAs
     fs::create_directory(theirs);
     const base::FileDescriptor other(::open(theirs.c_str(), O_RDONLY | O_CLOEXEC));
     ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
-    service->runIfDue(clock.now());
-    finish();
-    EXPECT_EQ(service->errorMessage(), std::nullopt);
+    const auto look = [&] {
+        service->runIfDue(clock.now());
+        finish();
+        return service->errorMessage();
+    };
+    log.expectError("An automatic backup is already being made.");
+    for (int looks = 0; looks < 3; ++looks) {
+        EXPECT_EQ(look(), std::nullopt);
+    }
+    EXPECT_EQ(look(), AutomaticBackupService::kFailure) << "it hangs, and none is made";
     EXPECT_EQ(preferences.automaticBackupLastSuccess(), std::nullopt);
-    log.expectError("Another program is making an automatic backup right now.");
+    auto defaultsOfOther = settings.open();
+    app::AppPreferences(defaultsOfOther, log).setAutomaticBackupLastSuccess(clock.now() - kDay);
+    preferences.reload();
+    EXPECT_EQ(look(), std::nullopt) << "it has made that one";
     service->backUpNow();
     finish();
     EXPECT_EQ(service->errorMessage(), AutomaticBackupService::kFailure);
+}
+
+/// As with settings that two machines keep in step.
+TEST_F(AutomaticBackupServiceTest, TheBackupOfAnotherStoreIsNoneOfThisOne) {
+    service->runIfDue(clock.now());
+    finish();
+    auto theirs = settings.open();
+    const auto they = [&](base::Instant when) {
+        app::setAutomaticBackupLastSuccess(theirs, base::Uuid::random(), when);
+        preferences.reload();
+    };
+    const auto made = clock.now();
+    clock.advance(60);
+    they(clock.now());
+    EXPECT_EQ(service->lastSuccess(), made);
+    EXPECT_EQ(service->nextDue(clock.now()), made + kDay) << "they need not take turns";
+    clock.advance(kDay);
+    they(clock.now());
+    EXPECT_EQ(service->nextDue(clock.now()), clock.now());
+    service.emplace(surroundings());
+    EXPECT_EQ(service->lastSuccess(), std::nullopt);
+    service->runIfDue(clock.now());
+    finish();
+    EXPECT_THAT(backups(), SizeIs(2));
+    EXPECT_EQ(service->nextDue(clock.now()), clock.now() + kDay);
 }
 
 } // namespace

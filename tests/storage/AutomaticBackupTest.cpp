@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <barrier>
@@ -81,7 +82,13 @@ TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
     fs::rename(again, made.file);
     EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
     put(chosen / "exported by hand.korvexbackup");
+    ASSERT_EQ(::mkfifo((chosen / "pipe.korvexbackup").c_str(), S_IRWXU), 0);
+    fs::create_symlink(made.file, chosen / "link.korvexbackup");
     EXPECT_THAT(backupsIn(chosen).backups, SizeIs(5));
+    EXPECT_THAT(backupsIn(chosen).unreadable,
+                ElementsAre((chosen / "link.korvexbackup").string() +
+                                " is a symbolic link, which is not followed.",
+                            (chosen / "pipe.korvexbackup").string() + " is not a file."));
     EXPECT_THAT(backupsIn(history()).backups, SizeIs(4));
     EXPECT_THROW(backupsIn(chosen / "none"), FileError);
 
@@ -234,7 +241,7 @@ TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     }
     const auto killed = newBackupName();
     put(history() / ("." + killed + ".new-Ab12Cd"));
-    put(history() / ".notes.korvexbackup.new-Ab12Cd");
+    put(history() / ".notes.txt.new-Ab12Cd");
     const auto inUse = "." + newBackupName() + ".new-123456";
     put(history() / inUse);
     const base::FileDescriptor writer(::open((history() / inUse).c_str(), O_RDONLY | O_CLOEXEC));
@@ -246,8 +253,7 @@ TEST_F(AutomaticBackupTest, NothingIsLeftOfOneThatIsCancelledOrKilled) {
     });
     EXPECT_THROW(make(std::move(failing)), Cancelled);
     const auto made = make().file.filename().string();
-    EXPECT_THAT(namesIn(history()),
-                UnorderedElementsAre(made, inUse, ".notes.korvexbackup.new-Ab12Cd"));
+    EXPECT_THAT(namesIn(history()), UnorderedElementsAre(made, inUse, ".notes.txt.new-Ab12Cd"));
 }
 
 TEST_F(AutomaticBackupTest, TheirFolderMustBeOneAndIsUsedByOneProgramAtATime) {
@@ -267,6 +273,39 @@ TEST_F(AutomaticBackupTest, TheirFolderMustBeOneAndIsUsedByOneProgramAtATime) {
     ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
     EXPECT_EQ(refusal(), AutomaticBackupErrorCase::running);
     EXPECT_THAT(namesIn(history()), IsEmpty());
+}
+
+/// As after another data folder was tried out, the store was begun anew, or the settings are kept
+/// in step with another machine.
+TEST_F(AutomaticBackupTest, StoresOfOneInstallationNeverRemoveEachOthersBackups) {
+    auto defaults = settings.open();
+    app::AppPreferences preferences(defaults, log);
+    bookmark = FolderBookmark::make(chosen).bytes();
+    preferences.setAutomaticBackupBookmark(bookmark);
+    const auto other = store::ModelContainer::open(
+        model::currentSchema(), {.file = folder / "other" / "Primary.store"}, log);
+    keeping = 1;
+    std::optional<fs::path> ours;
+    std::optional<fs::path> theirs;
+    for (int turn = 0; turn < 3; ++turn) {
+        storeFile.reset();
+        ours = make().file;
+        storeFile = other->configuration().file;
+        theirs = make().file;
+        EXPECT_TRUE(fs::exists(*ours)) << "turn " << turn;
+        preferences.reload();
+        EXPECT_EQ(preferences.automaticBackupLastStoreID(), other->storeID());
+    }
+    EXPECT_EQ(ours->parent_path(), history()) << "the first one has that of the installation";
+    const auto known = FolderBookmark::read(*bookmark);
+    for (const auto& [of, file] : {std::pair(container.get(), ours), {other.get(), theirs}}) {
+        app::setAutomaticBackupLastSuccess(defaults, of->storeID(), kNow);
+        const auto id = app::settleAutomaticBackupID(defaults, installation, of->storeID());
+        const auto listed = automaticBackups(known, id).backups;
+        ASSERT_THAT(listed, SizeIs(1)) << "of its own the oldest went";
+        EXPECT_EQ(listed.front().file, *file);
+    }
+    EXPECT_THAT(namesIn(chosen), SizeIs(3)) << "the mark and two histories";
 }
 
 TEST_F(AutomaticBackupTest, PruningKeepsTheMostRecentAndWhatIsNotItsOwn) {

@@ -92,6 +92,37 @@ TEST(BackgroundTask, WhatOnlyProgrammersUnderstandIsToldInWordsOfTheSystem) {
     }
 }
 
+/// What a function holds may take long to end, as a file that is yet to be written.
+TEST(BackgroundTask, WhatTheFunctionHoldsEndsOnItsThreadBeforeAnybodyIsTold) {
+    for (const bool fails : {false, true}) {
+        tests::FakeRunLoop loop;
+        BackgroundThreads threads;
+        std::atomic<std::thread::id> endedOn{};
+        const auto ending = [&](int* value) {
+            endedOn = std::this_thread::get_id();
+            delete value;
+        };
+        auto isTold = false;
+        const BackgroundTask task(
+            threads, loop,
+            [held = std::unique_ptr<int, std::function<void(int*)>>(new int(7), ending),
+             fails](Work&) {
+                if (fails) {
+                    throw Cancelled();
+                }
+                return *held;
+            },
+            [&](const std::future<int>&) {
+                EXPECT_NE(endedOn.load(), std::thread::id());
+                EXPECT_NE(endedOn.load(), std::this_thread::get_id());
+                isTold = true;
+            });
+        loop.waitForPosted();
+        loop.runPosted();
+        EXPECT_TRUE(isTold);
+    }
+}
+
 TEST(BackgroundTask, StopsWhenItIsCancelledOrDestroyedAndThenTellsNobody) {
     for (const bool isDestroyed : {false, true}) {
         tests::FakeRunLoop loop;

@@ -4,6 +4,7 @@
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/ServiceFixture.h"
 #include "storage/BackupService.h"
+#include "storage/StoreAdvice.h"
 #include "support/FolderNames.h"
 
 #include <algorithm>
@@ -104,6 +105,11 @@ protected:
         Unfit{"UPDATE Board SET name = ' ' WHERE name = 'Home'",
               "UPDATE Board SET name = 'Home' WHERE name = ' '", BackupErrorCase::invalidDocument}};
     static std::string textOf(BackupErrorCase which) { return descriptionOf(which); }
+    /// The same where it is the store that no backup can be made of.
+    std::string ofThisStore(BackupErrorCase which) {
+        return textOf(which) + "\nWhat the store holds contradicts itself. This mends it: " +
+               repairCommand(container->configuration().file);
+    }
 
     fs::path out = folder / "out";
     fs::path target = out / "mine.korvexbackup";

@@ -28,16 +28,18 @@ TEST_F(BackupServiceTest, AnExportIsTheSavedStoreAndNothingElse) {
     context->fetch<Board>().front()->setName("not saved");
     const auto expected = stored();
     fs::create_directories(out);
-    // What killed runs left of this file; another one is none of it.
+    // What killed runs left of this backup and of others; another file is none of it.
     std::ofstream(out / ".mine.korvexbackup.new-abcdef") << "half";
+    std::ofstream(out / ".yesterday.korvexbackup.new-abcdef") << "half";
     std::ofstream(out / ".mine.korvexbackup.new-other-1") << "kept";
+    std::ofstream(out / ".notes.txt.new-abcdef") << "kept";
     const auto summary = exportBackup(*reader, target, kNow, log, work);
     EXPECT_EQ(inFile(target), expected);
     EXPECT_EQ(summary,
               (BackupSummary{
                   .exportedAt = kNow, .boards = 2, .entries = 4, .bytes = fs::file_size(target)}));
-    EXPECT_EQ(namesIn(out),
-              (std::set<std::string>{".mine.korvexbackup.new-other-1", "mine.korvexbackup"}));
+    EXPECT_EQ(namesIn(out), (std::set<std::string>{".mine.korvexbackup.new-other-1",
+                                                   ".notes.txt.new-abcdef", "mine.korvexbackup"}));
     EXPECT_EQ(fs::status(target).permissions(), fs::perms(0600));
     context->rollback();
     EXPECT_NO_THROW(backup::validate(expected, log));
@@ -100,7 +102,7 @@ TEST_F(BackupServiceTest, AFailedExportLeavesTheFileAsItWas) {
     for (const auto& each : kUnfit) {
         runSql(each.damage);
         EXPECT_EQ(refusal([&] { exportBackup(*container, target, kNow, log, work); }),
-                  textOf(each.error));
+                  ofThisStore(each.error));
         runSql(each.mending);
     }
     EXPECT_EQ(fs::file_size(target), 6U);
@@ -315,7 +317,7 @@ TEST_F(BackupServiceTest, ARefusedRestoreChangesNothing) {
     for (const auto& each : kUnfit) {
         runSql(each.damage);
         EXPECT_EQ(refusal([&] { service().restore(other(), recovery, kNow, work); }),
-                  textOf(each.error));
+                  ofThisStore(each.error));
         runSql(each.mending);
         EXPECT_EQ(inFile(recovery), snapshot);
         EXPECT_EQ(namesIn(recovery.parent_path()), files);

@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/commands/CommandDefinition.h"
+#include "cli/commands/LoggedOperation.h"
 #include "cli/commands/Options.h"
 #include "cli/output/BackupText.h"
 #include "cli/session/Session.h"
@@ -10,11 +11,15 @@
 #include "app/StoreLocation.h"
 #include "storage/AutomaticBackup.h"
 #include "storage/BackupHistory.h"
+#include "storage/BackupService.h"
 #include "storage/FolderBookmark.h"
+#include "store/StoreError.h"
 
+#include <algorithm>
 #include <exception>
-#include <optional>
+#include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace korvex::cli {
@@ -31,6 +36,17 @@ void requireUsersOwnStore(const Session& session) {
     }
 }
 
+/// Also where what the store holds cannot be read any more: this is when backups are asked for.
+base::Uuid history(Session& session) {
+    const auto& preferences = session.preferences();
+    try {
+        const auto store = storage::openForReading(session.storeFile(), session.environment().log);
+        return preferences.automaticBackupID(store->storeID());
+    } catch (const store::StoreError&) {
+        return preferences.automaticBackupID();
+    }
+}
+
 storage::BackupList listed(Session& session, const ListOptions& options) {
     if (!options.folder.empty()) {
         return storage::backupsIn(options.folder.front());
@@ -41,8 +57,7 @@ storage::BackupList listed(Session& session, const ListOptions& options) {
         throw storage::AutomaticBackupError(storage::AutomaticBackupErrorCase::noFolder);
     }
     return storage::automaticBackups(
-        storage::FolderBookmark::read(*preferences.automaticBackupBookmark()),
-        preferences.automaticBackupID());
+        storage::FolderBookmark::read(*preferences.automaticBackupBookmark()), history(session));
 }
 
 BackupState stateFor(backup::BackupErrorCase error) {
@@ -74,6 +89,25 @@ std::vector<ReadBackup> read(Session& session, std::vector<storage::ListedBackup
     return result;
 }
 
+/// Each with the files that have it: many a folder has many of one kind.
+std::vector<std::pair<std::string, std::string>> problemsOf(std::span<const ReadBackup> backups) {
+    std::vector<std::pair<std::string, std::string>> problems;
+    for (const auto& each : backups) {
+        if (each.summary) {
+            continue;
+        }
+        const auto name = each.listed.file.filename().string();
+        const auto known = std::find_if(problems.begin(), problems.end(),
+                                        [&](const auto& one) { return one.first == each.problem; });
+        if (known == problems.end()) {
+            problems.emplace_back(each.problem, name);
+        } else {
+            known->second += ", " + name;
+        }
+    }
+    return problems;
+}
+
 ExitStatus list(Session& session, const ListOptions& options) {
     auto found = listed(session, options);
     const auto backups = read(session, std::move(found.backups));
@@ -90,12 +124,10 @@ ExitStatus list(Session& session, const ListOptions& options) {
             session.remark(each);
         }
     }
-    for (const auto& each : backups) {
-        if (!each.summary) {
-            status = ExitStatus::refused;
-            if (!session.wantsJson()) {
-                session.remark(each.listed.file.filename().string() + ": " + each.problem);
-            }
+    for (const auto& [problem, files] : problemsOf(backups)) {
+        status = ExitStatus::refused;
+        if (!session.wantsJson()) {
+            session.remark(files + ": " + problem);
         }
     }
     return status;
@@ -103,21 +135,30 @@ ExitStatus list(Session& session, const ListOptions& options) {
 
 ExitStatus now(Session& session, const NoOptions&) {
     requireUsersOwnStore(session);
-    const auto backup =
-        storage::automaticBackup(session.preferences(), session.storeFile(), session.now());
-    app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
-    const auto made = [&] {
+    auto areSettingsKept = true;
+    const auto made = logged(session, [&] {
+        // Prepared as by any command, which tells what it finds.
+        static_cast<void>(session.existing());
+        base::Subscription keeping;
+        app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile());
+        // Some say so only at their end.
+        keeping = defaults.keptChanged().connect([&] { areSettingsKept = defaults.isKept(); });
         LongWork longWork(session.environment().errorDescriptor);
-        return storage::makeAutomaticBackup(backup, defaults, session.environment().log,
-                                            longWork.work());
-    }();
-    printBackup(session, "Backup made: " + made.file.string(), made.file, made.summary);
+        return storage::makeAutomaticBackup(
+            storage::automaticBackup(session.preferences(), session.storeFile(), session.now()),
+            defaults, session.environment().log, longWork.work());
+    });
+    printBackup(session, "Backup made.", made.file, made.summary);
     if (made.pruningFailure) {
         try {
-            std::rethrow_exception(made.pruningFailure);
+            logged(session, [&] { std::rethrow_exception(made.pruningFailure); });
         } catch (const base::Error& error) {
             session.remark(error.errorDescription());
         }
+    }
+    if (!areSettingsKept) {
+        session.remark("The settings could not be written: Korvex does not know of this backup, "
+                       "and makes another one.");
     }
     return ExitStatus::done;
 }

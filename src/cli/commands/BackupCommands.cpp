@@ -1,6 +1,7 @@
 #include "cli/commands/Commands.h"
 
 #include "cli/commands/CommandDefinition.h"
+#include "cli/commands/LoggedOperation.h"
 #include "cli/commands/Options.h"
 #include "cli/output/BackupText.h"
 #include "cli/output/Json.h"
@@ -117,21 +118,6 @@ ExitStatus check(Session& session, const CheckOptions& options) {
         print(session, document, counts);
     }
     return ExitStatus::done;
-}
-
-/// A failure of what is done with the store's backups is told, and logged too.
-template <typename Operation>
-auto logged(Session& session, Operation operation) {
-    try {
-        return operation();
-    } catch (const storage::Cancelled&) {
-        throw;
-    } catch (const CommandLineError&) {
-        throw; // it was not tried
-    } catch (const base::Error& error) {
-        storage::logFailure(session.environment().log, error);
-        throw;
-    }
 }
 
 ExitStatus exportTo(Session& session, const ExportOptions& options) {

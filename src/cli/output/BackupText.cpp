@@ -98,6 +98,7 @@ void printBackup(Session& session, std::string_view text, const std::filesystem:
     }
     session.output().write(text);
     session.output().put('\n');
+    printFact(session, "File", file.native());
     printFact(session, "Boards", base::numberText(summary.boards));
     printFact(session, "Entries", base::numberText(summary.entries));
     printFact(session, "Size", base::sizeText(summary.bytes));

@@ -155,7 +155,7 @@ void AutomaticBackupRows::setChoiceFree(bool isFree) {
 
 void AutomaticBackupRows::followState() {
     const auto isOfThisStore = !m_service.obstacle();
-    const auto last = m_preferences.automaticBackupLastSuccess();
+    const auto last = m_service.lastSuccess();
     m_last->say(last && isOfThisStore ? momentText(*last, m_workspace.dates) : tr("None yet"));
     const auto now = m_workspace.now();
     const auto next = m_service.nextDue(now);

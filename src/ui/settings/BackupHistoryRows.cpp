@@ -52,11 +52,11 @@ void BackupHistoryRows::read() {
         return; // those in the chosen folder are another store's
     }
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
-                   installation = preferences.automaticBackupID()] {
+                   history =
+                       preferences.automaticBackupID(m_workspace.context.container().storeID())] {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
         try {
-            return bookmark ? storage::automaticBackups(*bookmark, installation)
-                            : storage::BackupList();
+            return bookmark ? storage::automaticBackups(*bookmark, history) : storage::BackupList();
         } catch (const storage::AutomaticBackupError& error) {
             if (error.which() != storage::AutomaticBackupErrorCase::chooseAgain) {
                 throw;

@@ -58,6 +58,14 @@ void exportBackup(Program& program) {
     storage::exportBackup(*program.container, program.exportedFile(), kLater, program.log, work);
 }
 
+/// Under another name, as on the next day.
+void exportNext(Program& program) {
+    storage::Work work;
+    storage::exportBackup(*program.container,
+                          program.exportedFile().parent_path() / "next.korvexbackup", kLater,
+                          program.log, work);
+}
+
 void importBackup(Program& program) {
     auto work = program.steps.work();
     program.backups().restore(storage::readBackup(program.importedFile(), work),
@@ -138,15 +146,11 @@ void chooseAndBackUp(Program& program) {
 
 const Operations& backupOperations() {
     static const Operations all{
-        {"write-imported", writeImported},
-        {"write-large", writeLargeImported},
-        {"export", exportBackup},
-        {"import", importBackup},
-        {"import-in-window", importInWindow},
-        {"undo-import", undoImport},
-        {"undo-in-window", undoInWindow},
-        {"back-up", backUpAgain},
-        {"automatic-backup", chooseAndBackUp},
+        {"write-imported", writeImported}, {"write-large", writeLargeImported},
+        {"export", exportBackup},          {"export-next", exportNext},
+        {"import", importBackup},          {"import-in-window", importInWindow},
+        {"undo-import", undoImport},       {"undo-in-window", undoInWindow},
+        {"back-up", backUpAgain},          {"automatic-backup", chooseAndBackUp},
     };
     return all;
 }

@@ -9,7 +9,8 @@ from fault_driver import (BROKEN, DATA, FIRST_IMPORTS, KEPT_BACKUPS, REPAIRS, RE
                           perform, state_of, succeeds, verify_word)
 
 BELONGING = {STORE, STORE + "-wal", STORE + "-shm", STORE + ".lock", "other.korvexbackup",
-             "exported", "exported/mine.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
+             "exported", "exported/mine.korvexbackup",
+             "exported/next.korvexbackup", "Recovery", "Recovery/BeforeRestore.korvexbackup",
              "Recovery/.lock", "legacy", "legacy/default.store",
              "migration-v1-complete", "cloud-v11-prepared", "Migrated.korvexbackup",
              "settings.json", "settings.json.lock", "chosen"}
@@ -127,6 +128,10 @@ class Aftermath:
         yield from self.left_behind(folder, OF_LEGACY if allowed is None else frozenset())
 
     def next_steps(self, folder, state):
+        if self.operation == "export":
+            if not succeeds(folder, "export-next"):
+                yield "the next day's export does not succeed"
+            yield from self.left_behind(folder)
         if self.operation in RESTORES:
             yield from self.way_back(folder, state)
         elif self.operation == "automatic-backup":
