@@ -52,7 +52,7 @@ void BackupHistoryRows::read() {
         return; // those in the chosen folder are another store's
     }
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
-                   installation = preferences.automaticBackupID()] {
+                   installation = preferences.automaticBackupID()](storage::Work&) {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
         try {
             return bookmark ? storage::automaticBackups(*bookmark, installation)

@@ -266,6 +266,27 @@ TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
     }
 }
 
+TEST_F(BackupsPaneTest, WhyNothingCanBeTakenBackIsTold) {
+    add({"mine"});
+    openSettings(backups);
+    exportAll();
+    import();
+    workUntilSaid("Brings back");
+    const auto refuses = [&](const char* reason) {
+        comeBack();
+        workUntilSaid(reason);
+        EXPECT_FALSE(control<QPushButton>("Take back…").isEnabled());
+        std::filesystem::remove(recovery());
+    };
+    std::filesystem::remove(recovery());
+    std::filesystem::create_symlink(recovery(), recovery());
+    refuses("BeforeRestore.korvexbackup could not be read: ");
+    std::filesystem::copy(backup(), recovery());
+    refuses("The recovery backup is not the one that the last replacement has left.");
+    comeBack();
+    workUntil([&] { return words().find("Take back") == std::string::npos; });
+}
+
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
     add({"mine"});
     openSettings(backups);
