@@ -11,8 +11,6 @@ using Preference = app::AppPreferences::Property;
 
 constexpr double kDay = 86'400;
 constexpr std::chrono::seconds kBetweenLooks{900};
-/// The slowest disk takes less to put a backup away, or a mark.
-constexpr std::chrono::minutes kLongestSilence{3};
 
 bool isCase(const base::Error& error, AutomaticBackupErrorCase which) {
     const auto* const typed = dynamic_cast<const AutomaticBackupError*>(&error);

@@ -57,7 +57,7 @@ void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
     connect(m_export, &QPushButton::clicked, this, &BackupFileRows::chooseExport);
     connect(m_import, &QPushButton::clicked, this, &BackupFileRows::chooseImport);
     connect(m_takeBack, &QPushButton::clicked, this, &BackupFileRows::takeBack);
-    connect(m_work, &WorkRow::cancelled, &m_operations, &BackupOperations::cancel);
+    connect(m_work, &WorkRow::cancelled, &m_operations, [this] { m_operations.cancel(); });
 }
 
 void BackupFileRows::connectOperations(const Theme& theme) {

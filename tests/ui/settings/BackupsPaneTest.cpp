@@ -266,6 +266,68 @@ TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
     }
 }
 
+TEST_F(BackupsPaneTest, APlaceThatDoesNotAnswerIsWaitedForNoLongerOnceThatIsKnown) {
+    constexpr double kMinutes = 180;
+    constexpr double kSeconds = 10;
+    add({"mine"});
+    openSettings(backups);
+    const auto settle = [&] {
+        EXPECT_TRUE(control<QPushButton>("Import…").isEnabled());
+        EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
+        runLoop.releasePosted();
+        runLoop.runPosted();
+    };
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    runLoop.advance(kMinutes - 1);
+    EXPECT_THAT(words(), Not(HasSubstr("no answer")));
+    runLoop.advance(1);
+    EXPECT_THAT(words(), HasSubstr("Exporting: no answer for minutes"));
+    press("Cancel");
+    const auto left = "Cancelled. The chosen folder does not answer: whether the file is there, or "
+                      "still appears, is not known.";
+    EXPECT_THAT(words(), HasSubstr(left));
+    settle();
+    EXPECT_THAT(words(), HasSubstr(left)) << "nobody waits for what comes of it";
+    exportAll();
+
+    answer("Import…", backup());
+    runLoop.holdPosted();
+    press("Cancel");
+    runLoop.advance(kSeconds - 1);
+    press("Cancel");
+    EXPECT_THAT(words(), HasSubstr("Cancelling"));
+    runLoop.advance(1);
+    EXPECT_THAT(words(), HasSubstr("Cancelled. Nothing was changed."));
+    settle();
+    EXPECT_EQ(question(), "");
+
+    // The last moment at which another thread has something to do.
+    tests::StoreClient theirs(folder / "Primary.store", log);
+    auto isSaved = false;
+    {
+        const auto saving = eachStep([&] {
+            if (operations().progress().stage == storage::Stage::verifying &&
+                !std::exchange(isSaved, true)) {
+                theirs.boards.renameBoard(*theirs.context.find<model::Board>(work->id()), "More",
+                                          kNow);
+            }
+            if (operations().doing() == QStringLiteral("Looking at what was saved meanwhile")) {
+                runLoop.holdPosted();
+            }
+        });
+        chooseImport();
+        press("Import");
+        workUntilSaid("Looking at what was saved meanwhile");
+        runLoop.advance(kMinutes);
+        EXPECT_THAT(words(), HasSubstr("Looking at what was saved meanwhile: no answer"));
+    }
+    press("Cancel");
+    EXPECT_THAT(words(), HasSubstr("Cancelled. Nothing was changed."));
+    settle();
+    import();
+}
+
 TEST_F(BackupsPaneTest, WhyNothingCanBeTakenBackIsTold) {
     add({"mine"});
     openSettings(backups);
