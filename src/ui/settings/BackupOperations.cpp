@@ -120,6 +120,24 @@ QString BackupOperations::doing() const {
                          : m_doing;
 }
 
+QString BackupOperations::loss() const {
+    if (!isUnderWay()) {
+        return {};
+    }
+    switch (m_kind) {
+    case Kind::exporting:
+        return tr("A backup is being exported. If Korvex quits now, that is cancelled and there "
+                  "will be no file.");
+    case Kind::importing:
+        return tr("A backup is being imported. If Korvex quits now, that is cancelled and your "
+                  "boards and entries stay as they are.");
+    case Kind::takingBack:
+        return tr("The last replacement is being taken back. If Korvex quits now, that is "
+                  "cancelled and your boards and entries stay as they are.");
+    }
+    return {};
+}
+
 void BackupOperations::end(const std::function<void()>& work) {
     auto isCancelled = false;
     const auto refused = refusal([&] {

@@ -50,6 +50,8 @@ public:
     void cancel(std::chrono::seconds patience = storage::kLongestSilenceAfterCancel);
 
     bool isUnderWay() const { return m_task || m_prepared; }
+    /// What of it comes to nothing if the program ends now; empty while nothing is under way.
+    QString loss() const;
     /// Nothing is under way, and this is a store that can be replaced.
     bool mayImport() const;
     /// What is under way, and how far it is.

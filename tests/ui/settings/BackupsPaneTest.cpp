@@ -328,6 +328,55 @@ TEST_F(BackupsPaneTest, APlaceThatDoesNotAnswerIsWaitedForNoLongerOnceThatIsKnow
     import();
 }
 
+TEST_F(BackupsPaneTest, ClosingAsksWhileSomethingIsUnderWayAndLeavesNothingHalfDone) {
+    add({"mine"});
+    openSettings(backups);
+    const auto reply = [&](const char* button) {
+        auto* const sheet = sheetOver(*window);
+        ASSERT_TRUE(sheet);
+        EXPECT_THAT(plain(sheet->accessibleName()), HasSubstr("A backup is being exported."));
+        for (auto* const each : sheet->findChildren<QPushButton*>()) {
+            if (each->text() == QString::fromUtf8(button)) {
+                each->click();
+                return;
+            }
+        }
+        FAIL() << button;
+    };
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    EXPECT_FALSE(window->close());
+    reply("Cancel");
+    runLoop.releasePosted();
+    workUntilSaid("Backup exported.");
+    EXPECT_TRUE(window->isVisible());
+
+    settings->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    QTest::keyClick(settings, Qt::Key_Q, Qt::ControlModifier);
+    QApplication::processEvents();
+    reply("Quit");
+    EXPECT_EQ(page().banner().message(),
+              QStringLiteral("Korvex quits as soon as what it is doing is cancelled."));
+    press("Cancel");
+    runLoop.advance(60);
+    EXPECT_FALSE(window->close()) << "a slow disk may not have come to its end yet";
+    EXPECT_FALSE(sheetOver(*window));
+    runLoop.releasePosted();
+    workUntil([&] { return !window->isVisible(); });
+    for (const auto& each : std::filesystem::directory_iterator(folder.path())) {
+        EXPECT_THAT(each.path().native(), Not(HasSubstr(".new-")));
+    }
+
+    window.reset();
+    openSettings(backups);
+    answer("Export…", backup());
+    window->storeAll();
+    EXPECT_TRUE(window->close()) << "the session ends, and asks nobody";
+}
+
 TEST_F(BackupsPaneTest, WhyNothingCanBeTakenBackIsTold) {
     add({"mine"});
     openSettings(backups);
