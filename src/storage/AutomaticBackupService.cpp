@@ -11,10 +11,6 @@ using Preference = app::AppPreferences::Property;
 
 constexpr double kDay = 86'400;
 constexpr std::chrono::seconds kBetweenLooks{900};
-/// The slowest disk takes less to put a backup away, or a mark.
-constexpr std::chrono::minutes kLongestSilence{3};
-/// Of a run that was cancelled: what it waits for then nobody needs any more.
-constexpr std::chrono::seconds kLongestSilenceAfterCancel{10};
 /// So many in a row are passed over where somebody else is making a backup.
 constexpr int kQuietLooks = 3;
 

@@ -50,6 +50,19 @@ std::optional<RecoveryFolder::Kept> find(store::ModelContainer& container,
     }
 }
 
+/// Why there is none: throws unless there is nothing to take back.
+void requireNone(store::ModelContainer& container, const fs::path& recoveryFile) {
+    std::error_code error;
+    if (container.replacementNote() && fs::exists(fs::symlink_status(recoveryFile, error))) {
+        throw RestoreError(RestoreErrorCase::snapshotIsGone);
+    }
+}
+
+bool isStillThere(const ListedBackup& file) {
+    const auto listed = backupsIn(file.file.parent_path()).backups;
+    return std::find(listed.begin(), listed.end(), file) != listed.end();
+}
+
 } // namespace
 
 ValidBackup::ValidBackup(BackupDocument document, base::LogSink& log)
@@ -110,11 +123,8 @@ BackupDocument recoveredDocument(store::ModelContainer& container, const fs::pat
                                  Work& work) {
     const auto kept = find(container, recoveryFile, work);
     if (!kept) {
-        std::error_code error;
-        const auto isAnother =
-            container.replacementNote() && fs::exists(fs::symlink_status(recoveryFile, error));
-        throw RestoreError(isAnother ? RestoreErrorCase::snapshotIsGone
-                                     : RestoreErrorCase::nothingToTakeBack);
+        requireNone(container, recoveryFile);
+        throw RestoreError(RestoreErrorCase::nothingToTakeBack);
     }
     return backup::BackupFileIO::decode(kept->contents,
                                         [&work](std::size_t bytes) { work.advance(bytes); });
@@ -135,7 +145,27 @@ std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
             return std::move(*found);
         }
     }
+    requireNone(container, recoveryFile);
     return std::nullopt;
+}
+
+std::optional<ListedBackup> KnownRecoveredFile::look(store::ModelContainer& container,
+                                                     const fs::path& recoveryFile, Work& work) {
+    const auto named = container.replacementNote();
+    auto known = [&]() -> std::optional<ListedBackup> {
+        const std::lock_guard lock(m_mutex);
+        return named && m_named == named ? std::optional(m_file) : std::nullopt;
+    }();
+    if (known && isStillThere(*known)) {
+        return known;
+    }
+    auto found = recoveredFile(container, recoveryFile, work);
+    if (found && container.replacementNote() == named) {
+        const std::lock_guard lock(m_mutex);
+        m_named = named;
+        m_file = *found;
+    }
+    return found;
 }
 
 fs::path recoveryFile(const fs::path& dataDirectory) {

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -84,9 +85,23 @@ void followRevision(PreparedRestore& prepared, store::ModelContainer& container,
 /// `snapshotIsGone`; and as `readBackup`.
 backup::BackupDocument recoveredDocument(store::ModelContainer& container,
                                          const std::filesystem::path& recoveryFile, Work& work);
-/// The file that has it; absent where there is none. Throws FileError.
+/// The file that has it; absent where there is none. Throws RestoreError `snapshotIsGone`,
+/// FileError and Cancelled.
 std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
                                           const std::filesystem::path& recoveryFile, Work& work);
+
+/// The same for who looks often. To know the file all of it is read, so it is remembered until the
+/// store names another, or it is not as it was. Any thread.
+class KnownRecoveredFile {
+public:
+    std::optional<ListedBackup> look(store::ModelContainer& container,
+                                     const std::filesystem::path& recoveryFile, Work& work);
+
+private:
+    std::mutex m_mutex;
+    std::optional<std::string> m_named;
+    ListedBackup m_file;
+};
 
 /// The recovery snapshot of the store in this data folder: `Recovery/BeforeRestore.korvexbackup` in
 /// the folder, or in `Korvex` beside it where it is the user's own; in `Korvex` itself in a folder

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <stop_token>
@@ -26,6 +27,12 @@ struct Progress {
 
     bool operator==(const Progress&) const = default;
 };
+
+/// The slowest disk takes less to put a backup away, or a mark. What has not advanced for longer
+/// waits for a place that does not answer, and may do so for ever.
+constexpr std::chrono::minutes kLongestSilence{3};
+/// Of what was cancelled: what it waits for then nobody needs any more.
+constexpr std::chrono::seconds kLongestSilenceAfterCancel{10};
 
 /// Its user has cancelled: nothing was changed, or no more than the description says.
 class Cancelled final : public base::Error {

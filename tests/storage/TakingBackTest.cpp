@@ -47,12 +47,35 @@ TEST_F(TakingBackTest, ARestoreIsTakenBackAndThatToo) {
     EXPECT_EQ(recoveredFile(*container, recovery, work)->file, recovery);
     fs::remove(beside);
     writeBackup(other(), recovery, work);
-    EXPECT_EQ(recoveredFile(*container, recovery, work), std::nullopt);
-    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }),
-              descriptionOf(RestoreErrorCase::snapshotIsGone));
+    const auto another = descriptionOf(RestoreErrorCase::snapshotIsGone);
+    EXPECT_EQ(refusal([&] { recoveredFile(*container, recovery, work); }), another);
+    EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), another);
     fs::remove(recovery);
     EXPECT_EQ(refusal([&] { service().undoRestore(recovery, kNow, work); }), nothing);
     expectSameStore(stored(), imported);
+}
+
+TEST_F(TakingBackTest, WhoLooksOftenReadsTheSnapshotOnceWhileItIsAsItWas) {
+    std::size_t steps = 0;
+    Work counting([&](const Progress&) { ++steps; });
+    KnownRecoveredFile known;
+    const auto look = [&] {
+        steps = 0;
+        return known.look(*container, recovery, counting);
+    };
+    EXPECT_EQ(look(), std::nullopt);
+    for (int i = 0; i < 2; ++i) {
+        service().restore(other(), recovery, kNow, work);
+        EXPECT_EQ(look()->file, recovery);
+        EXPECT_NE(steps, 0U) << "the store names another one";
+        EXPECT_EQ(look()->file, recovery);
+        EXPECT_EQ(steps, 0U);
+    }
+    fs::last_write_time(recovery, fs::last_write_time(recovery) + std::chrono::seconds(1));
+    EXPECT_EQ(look()->file, recovery);
+    EXPECT_NE(steps, 0U);
+    fs::remove(recovery);
+    EXPECT_EQ(look(), std::nullopt);
 }
 
 TEST_F(TakingBackTest, WhateverEndsARestoreTheStoreKnowsWhatTakesTheLastOneBack) {

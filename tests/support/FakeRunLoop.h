@@ -47,6 +47,9 @@ public:
         return result;
     }
 
+    /// From then on, until it is released, what is posted waits, as if other threads were stuck.
+    void holdPosted() { m_isHeld = true; }
+    void releasePosted() { m_isHeld = false; }
     /// Waits until another thread has posted something; CTest's time limit ends a wait for ever.
     void waitForPosted() {
         std::unique_lock lock(m_mutex);
@@ -54,7 +57,7 @@ public:
     }
     /// Runs what is posted, and what that posts in turn.
     void runPosted() {
-        while (true) {
+        while (!m_isHeld) {
             std::vector<std::function<void()>> posted;
             {
                 const std::lock_guard lock(m_mutex);
@@ -122,6 +125,7 @@ private:
     void forget(const FakeTimer& timer) { std::erase(m_timers, &timer); }
 
     double m_time = 0;
+    bool m_isHeld = false;
     mutable std::mutex m_mutex;
     std::condition_variable m_change;
     std::vector<std::function<void()>> m_posted;

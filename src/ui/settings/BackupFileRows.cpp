@@ -20,7 +20,8 @@ BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operation
       m_operations(operations),
       m_workspace(workspace),
       m_places(workspace.defaults),
-      m_kept(workspace, this) {
+      m_kept(workspace, this),
+      m_keptFile(std::make_shared<storage::KnownRecoveredFile>()) {
     addRows(group, theme);
     connectOperations(theme);
     connect(&m_kept, &BackupReader::listed, this, &BackupFileRows::showKept);
@@ -56,7 +57,7 @@ void BackupFileRows::addRows(SettingsGroup& group, const Theme& theme) {
     connect(m_export, &QPushButton::clicked, this, &BackupFileRows::chooseExport);
     connect(m_import, &QPushButton::clicked, this, &BackupFileRows::chooseImport);
     connect(m_takeBack, &QPushButton::clicked, this, &BackupFileRows::takeBack);
-    connect(m_work, &WorkRow::cancelled, &m_operations, &BackupOperations::cancel);
+    connect(m_work, &WorkRow::cancelled, &m_operations, [this] { m_operations.cancel(); });
 }
 
 void BackupFileRows::connectOperations(const Theme& theme) {
@@ -99,11 +100,10 @@ void BackupFileRows::takeBack() {
 }
 
 void BackupFileRows::readKept() {
-    m_kept.read([file = m_operations.recoveryFile(),
+    m_kept.read([known = m_keptFile, file = m_operations.recoveryFile(),
                  store = m_workspace.context.container().configuration().file,
-                 &log = m_workspace.log] {
-        storage::Work work;
-        const auto kept = storage::recoveredFile(*storage::openForReading(store, log), file, work);
+                 &log = m_workspace.log](storage::Work& work) {
+        const auto kept = known->look(*storage::openForReading(store, log), file, work);
         return kept ? storage::BackupList{.backups = {*kept}} : storage::BackupList();
     });
 }
@@ -133,17 +133,16 @@ void BackupFileRows::follow() {
 
 void BackupFileRows::showKept() {
     const auto& items = m_kept.items();
-    m_takeBackRow->setVisible(!items.empty());
-    if (!items.empty()) {
-        const auto& kept = items.front();
-        m_takeBackRow->setNote(
-            kept.summary ? tr("Brings back %1, as they were on %2.")
-                               .arg(contentsText(*kept.summary),
-                                    momentText(kept.summary->exportedAt, m_workspace.dates))
-            : kept.isRead() ? QString()
-                            : tr("Reading…"));
-        m_takeBackRow->setRefusal(kept.refusal);
-    }
+    m_takeBackRow->setVisible(!items.empty() || !m_kept.refusal().isEmpty());
+    const auto kept =
+        items.empty() ? BackupReader::Item{.file = {}, .refusal = m_kept.refusal()} : items.front();
+    m_takeBackRow->setNote(kept.summary
+                               ? tr("Brings back %1, as they were on %2.")
+                                     .arg(contentsText(*kept.summary),
+                                          momentText(kept.summary->exportedAt, m_workspace.dates))
+                           : kept.isRead() ? QString()
+                                           : tr("Reading…"));
+    m_takeBackRow->setRefusal(kept.refusal);
     follow();
 }
 

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "storage/RestorePreparation.h"
 #include "ui/settings/BackupPlaces.h"
 #include "ui/settings/BackupReader.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
+
+#include <memory>
 
 class QPushButton;
 
@@ -49,6 +52,8 @@ private:
     const Workspace& m_workspace;
     BackupPlaces m_places;
     BackupReader m_kept;
+    /// A look may outlive this.
+    std::shared_ptr<storage::KnownRecoveredFile> m_keptFile;
     QPushButton* m_export = nullptr;
     QPushButton* m_import = nullptr;
     QPushButton* m_takeBack = nullptr;

@@ -52,8 +52,8 @@ void BackupHistoryRows::read() {
         return; // those in the chosen folder are another store's
     }
     m_reader.read([bytes = preferences.automaticBackupBookmark(),
-                   history =
-                       preferences.automaticBackupID(m_workspace.context.container().storeID())] {
+                   history = preferences.automaticBackupID(
+                       m_workspace.context.container().storeID())](storage::Work&) {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
         try {
             return bookmark ? storage::automaticBackups(*bookmark, history) : storage::BackupList();

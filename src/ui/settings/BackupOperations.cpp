@@ -63,11 +63,13 @@ bool BackupOperations::mayBegin() {
 template <typename Function, typename Done>
 void BackupOperations::start(Words words, Function work, Done done) {
     using Result = std::invoke_result_t<Function&, Work&>;
+    m_kind = words.kind;
     m_doing = words.doing;
     m_failure = words.failure;
     m_progress = {};
     m_answer = {};
     m_isCancelled = false;
+    m_patience = storage::kLongestSilence;
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
         [work = std::move(work)](Work& mine) mutable -> Result {
@@ -76,13 +78,64 @@ void BackupOperations::start(Words words, Function work, Done done) {
         },
         [this, done](std::future<Result> outcome) {
             m_task.reset();
+            m_advance.reset();
             end([&] { done(outcome.get()); });
         },
         [this](const storage::Progress& progress) {
             m_progress = progress;
+            expectAdvance();
             Q_EMIT changed();
         });
+    expectAdvance();
     Q_EMIT changed();
+}
+
+void BackupOperations::expectAdvance() {
+    m_advance = m_workspace.runLoop.callAfter(m_patience, [this] {
+        m_advance.reset();
+        if (m_isCancelled) {
+            leave();
+        } else {
+            Q_EMIT changed();
+        }
+    });
+}
+
+void BackupOperations::leave() {
+    m_task.reset();
+    if (m_prepared) {
+        letGo(std::exchange(m_prepared, nullptr)); // the thread may hold it too
+    }
+    m_answer.done = m_kind == Kind::exporting
+                        ? tr("Cancelled. The chosen folder does not answer: whether the file is "
+                             "there, or still appears, is not known.")
+                        : tr("Cancelled. Nothing was changed.");
+    Q_EMIT changed();
+    Q_EMIT ended();
+}
+
+QString BackupOperations::doing() const {
+    return m_isCancelled ? tr("Cancelling")
+           : isSilent()  ? tr("%1: no answer for minutes").arg(m_doing)
+                         : m_doing;
+}
+
+QString BackupOperations::loss() const {
+    if (!isUnderWay()) {
+        return {};
+    }
+    switch (m_kind) {
+    case Kind::exporting:
+        return tr("A backup is being exported. If Korvex quits now, that is cancelled and there "
+                  "will be no file.");
+    case Kind::importing:
+        return tr("A backup is being imported. If Korvex quits now, that is cancelled and your "
+                  "boards and entries stay as they are.");
+    case Kind::takingBack:
+        return tr("The last replacement is being taken back. If Korvex quits now, that is "
+                  "cancelled and your boards and entries stay as they are.");
+    }
+    return {};
 }
 
 void BackupOperations::end(const std::function<void()>& work) {
@@ -119,7 +172,7 @@ void BackupOperations::exportTo(const fs::path& file) {
         return;
     }
     start(
-        {tr("Exporting"),
+        {Kind::exporting, tr("Exporting"),
          tr("Could not export the backup. Check the selected location and try again.")},
         [file, store = m_workspace.context.container().configuration().file,
          now = m_workspace.now(), &log = m_workspace.log](Work& work) {
@@ -130,14 +183,14 @@ void BackupOperations::exportTo(const fs::path& file) {
 }
 
 void BackupOperations::import(const fs::path& file) {
-    const Words words{tr("Preparing the import"),
+    const Words words{Kind::importing, tr("Preparing the import"),
                       tr("Could not restore the backup. Your previous data has been retained."),
                       tr("Backup restored. A recovery copy of the previous data is kept locally.")};
     if (isUnderWay() || !mayBegin() || !mayReplace(words.failure)) {
         return;
     }
     start(
-        {tr("Reading the backup"),
+        {Kind::importing, tr("Reading the backup"),
          tr("Could not read this backup. Your current data has not been changed.")},
         [file, &log = m_workspace.log](Work& work) {
             auto document = storage::readBackup(file, work);
@@ -168,7 +221,7 @@ void BackupOperations::takeBack(const storage::BackupSummary& kept) {
     const auto filled = [contents = contentsText(kept),
                          moment = momentText(kept.exportedAt, m_workspace.dates)](
                             const char* text) { return translated(text).arg(contents, moment); };
-    const Words words{tr("Preparing to take it back"),
+    const Words words{Kind::takingBack, tr("Preparing to take it back"),
                       tr("Could not take this back. Your data is as it was."),
                       filled(storage::kTakenBack)};
     if (isUnderWay() || !mayBegin() || !mayReplace(words.failure)) {
@@ -279,7 +332,7 @@ void BackupOperations::prepareAgain() {
         storage::refuseChanged(m_prepared->kind);
     }
     start(
-        {tr("Looking at what was saved meanwhile"), m_failure},
+        {m_kind, tr("Looking at what was saved meanwhile"), m_failure},
         [prepared = m_prepared, store = m_workspace.context.container().configuration().file,
          &log = m_workspace.log](Work& work) {
             storage::followRevision(*prepared, *storage::openForReading(store, log), work);
@@ -306,11 +359,21 @@ void BackupOperations::refuse(const QString& failure, const QString& reason) {
     m_answer = {.refusal = failure + QLatin1Char('\n') + reason};
 }
 
-void BackupOperations::cancel() {
+void BackupOperations::cancel(std::chrono::seconds patience) {
+    if (isSilent()) {
+        leave();
+        return;
+    }
+    if (m_isCancelled && patience <= m_patience) {
+        return;
+    }
     m_isCancelled = true;
+    m_patience = patience;
     if (m_task) {
         m_task->cancel();
+        expectAdvance();
     }
+    Q_EMIT changed();
 }
 
 } // namespace korvex::ui

@@ -7,6 +7,7 @@
 
 #include <QObject>
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -44,14 +45,17 @@ public:
     /// The answers to a question.
     void confirm();
     void giveUp();
-    /// Ends what is under way, soon.
-    void cancel();
+    /// Ends what is under way, soon. What has not advanced for so long after that, or did not for
+    /// minutes before, waits for a place that does not answer, and is left to itself.
+    void cancel(std::chrono::seconds patience = storage::kLongestSilenceAfterCancel);
 
     bool isUnderWay() const { return m_task || m_prepared; }
+    /// What of it comes to nothing if the program ends now; empty while nothing is under way.
+    QString loss() const;
     /// Nothing is under way, and this is a store that can be replaced.
     bool mayImport() const;
     /// What is under way, and how far it is.
-    const QString& doing() const { return m_doing; }
+    QString doing() const;
     const storage::Progress& progress() const { return m_progress; }
 
     /// What came of the last operation; all empty while one is under way, and before the first.
@@ -74,7 +78,9 @@ Q_SIGNALS:
 
 private:
     using Prepare = std::function<storage::PreparedRestore(storage::Work&, base::Instant now)>;
+    enum class Kind { exporting, importing, takingBack };
     struct Words {
+        Kind kind = Kind::exporting;
         QString doing;
         /// Said when it fails, above the reason.
         QString failure;
@@ -90,6 +96,12 @@ private:
     std::optional<storage::Restored> finish();
     /// Somebody has saved something since it was prepared.
     void prepareAgain();
+    void expectAdvance();
+    /// Nothing on a thread has advanced for minutes.
+    bool isSilent() const { return m_task && !m_advance; }
+    /// The thread goes on alone, if it does, as far as to where it notices that nobody waits for
+    /// it.
+    void leave();
     /// The last of what is under way, on this thread; what it fails for is the answer.
     void end(const std::function<void()>& work);
     void tellReplaced(const storage::Restored& restored);
@@ -101,6 +113,8 @@ private:
 
     const Workspace& m_workspace;
     EditingWindows m_windows;
+    /// Of what was under way last.
+    Kind m_kind = Kind::exporting;
     QString m_doing;
     QString m_failure;
     storage::Progress m_progress;
@@ -116,8 +130,12 @@ private:
     int m_followed = 0;
     std::unique_ptr<base::RunLoop::Timer> m_timer;
     bool m_isCancelled = false;
+    /// With what is under way.
+    std::chrono::seconds m_patience = storage::kLongestSilence;
     /// Null where nothing runs on a thread.
     std::unique_ptr<storage::BackgroundTask> m_task;
+    /// Fires when that has not advanced for too long; null from then on, until it advances.
+    std::unique_ptr<base::RunLoop::Timer> m_advance;
 };
 
 } // namespace korvex::ui

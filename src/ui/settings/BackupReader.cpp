@@ -44,7 +44,7 @@ void BackupReader::goOn() {
 void BackupReader::startListing() {
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        [list = std::exchange(m_list, nullptr)](storage::Work&) { return list(); },
+        [list = std::exchange(m_list, nullptr)](storage::Work& work) { return list(work); },
         [this](std::future<storage::BackupList> outcome) {
             m_task.reset();
             storage::BackupList list;

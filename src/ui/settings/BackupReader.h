@@ -23,7 +23,7 @@ public:
     /// The workspace outlives it.
     BackupReader(const Workspace& workspace, QObject* parent);
 
-    using List = std::function<storage::BackupList()>;
+    using List = std::function<storage::BackupList(storage::Work&)>;
     /// Shows what `list` returns or throws; it is called on another thread.
     void read(List list);
 

@@ -12,6 +12,7 @@ namespace korvex::ui {
 
 BackupsPane::BackupsPane(const Workspace& workspace, EditingWindows windows, const Theme& theme)
     : SettingsPane(tr("Backups"), theme), m_operations(workspace, std::move(windows), this) {
+    connect(&m_operations, &BackupOperations::ended, this, &BackupsPane::workEnded);
     m_file = new BackupFileRows(addGroup(tr("Backup files")), m_operations, workspace, theme, this);
     connect(m_file, &BackupFileRows::told, this, [this](QWidget* row) { bringIntoSight(*row); });
     m_automatic = new AutomaticBackupRows(

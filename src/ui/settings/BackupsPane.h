@@ -16,6 +16,10 @@ class BackupsPane final : public SettingsPane {
 public:
     BackupsPane(const Workspace& workspace, EditingWindows windows, const Theme& theme);
 
+    QString loss() const override { return m_operations.loss(); }
+    /// Waits also for a slow disk: what is written there is to be gone.
+    void cancelWork() override { m_operations.cancel(storage::kLongestSilence); }
+
 protected:
     void follow() override;
     void showEvent(QShowEvent* event) override;

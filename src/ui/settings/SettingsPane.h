@@ -21,6 +21,16 @@ class PanelScroll;
 class SettingsPane : public QWidget {
     Q_OBJECT
 
+public:
+    /// What comes to nothing if the pane ends now, as its user is told; empty for nothing.
+    virtual QString loss() const { return {}; }
+    /// Ends that, soon; `workEnded` tells when.
+    virtual void cancelWork() {}
+
+Q_SIGNALS:
+    /// What was being done has ended, and left nothing half done.
+    void workEnded();
+
 protected:
     SettingsPane(const QString& title, const Theme& theme);
 

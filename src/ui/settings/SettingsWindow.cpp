@@ -114,6 +114,21 @@ bool SettingsWindow::leave() {
     return true;
 }
 
+QString SettingsWindow::loss() const {
+    QStringList losses;
+    for (const auto* const pane : findChildren<SettingsPane*>()) {
+        losses.append(pane->loss());
+    }
+    losses.removeAll(QString());
+    return losses.join(QLatin1Char('\n'));
+}
+
+void SettingsWindow::cancelWork() {
+    for (auto* const pane : findChildren<SettingsPane*>()) {
+        pane->cancelWork();
+    }
+}
+
 void SettingsWindow::addRows() {
     auto* const column = new QVBoxLayout(m_list);
     column->setContentsMargins(0, 0, 0, 0);
@@ -136,7 +151,9 @@ void SettingsWindow::addRows() {
 void SettingsWindow::showPane(int index) {
     if (auto& make = m_panes.at(static_cast<std::size_t>(index)).make) {
         auto* const empty = m_stack->widget(index);
-        m_stack->insertWidget(index, std::exchange(make, nullptr)());
+        auto* const pane = std::exchange(make, nullptr)();
+        connect(pane, &SettingsPane::workEnded, this, &SettingsWindow::workEnded);
+        m_stack->insertWidget(index, pane);
         m_stack->removeWidget(empty);
         delete empty;
     }

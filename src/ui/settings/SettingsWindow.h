@@ -40,7 +40,15 @@ public:
     /// reason is in sight; the next call gives it up.
     bool leave();
 
+    /// What panes are doing and comes to nothing if the window goes now, as its user is told; empty
+    /// for nothing.
+    QString loss() const;
+    /// Ends that, soon; `workEnded` tells when.
+    void cancelWork();
+
 Q_SIGNALS:
+    /// What a pane was doing has ended, and left nothing half done.
+    void workEnded();
     /// The user wants to end the program.
     void quitRequested();
 

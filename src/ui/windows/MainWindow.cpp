@@ -2,6 +2,7 @@
 
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
+#include "ui/kit/overlays/ConfirmationSheet.h"
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
@@ -202,12 +203,10 @@ void MainWindow::openSettings() {
             },
             .holdUp =
                 [this] {
-                    auto& banner = m_pages->current().banner();
-                    const auto id = banner.say({.text = tr("Replacing your boards and entries. "
-                                                           "Windows answer again in a moment."),
-                                                .tone = ErrorBanner::Tone::notice});
-                    banner.repaint();
-                    return base::Subscription([&banner, id] { banner.end(id); });
+                    auto said = say(tr("Replacing your boards and entries. Windows answer again in "
+                                       "a moment."));
+                    m_pages->current().banner().repaint();
+                    return said;
                 },
             .storeReplaced = [this] { m_navigation.storeReplaced(); }};
         m_settings = std::make_unique<SettingsWindow>(
@@ -216,8 +215,16 @@ void MainWindow::openSettings() {
         // Later, since that ends the window which asks.
         connect(m_settings.get(), &SettingsWindow::quitRequested, this, &QWidget::close,
                 Qt::QueuedConnection);
+        connect(m_settings.get(), &SettingsWindow::workEnded, this, &MainWindow::closeWhenDone,
+                Qt::QueuedConnection);
     }
     m_settings->comeForward();
+}
+
+base::Subscription MainWindow::say(const QString& notice) {
+    auto& banner = m_pages->current().banner();
+    const auto id = banner.say({.text = notice, .tone = ErrorBanner::Tone::notice});
+    return base::Subscription([&banner, id] { banner.end(id); });
 }
 
 void MainWindow::showTitle() {
@@ -286,6 +293,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 }
 
 void MainWindow::storeAll() {
+    m_whenAtWork = WhenAtWork::closes;
     m_layout.save();
     static_cast<void>(leaveAll());
     if (m_settings) {
@@ -307,8 +315,37 @@ void MainWindow::closeEvent(QCloseEvent* event) {
         m_settings->comeForward();
         event->ignore();
     }
+    if (event->isAccepted() && m_settings && m_whenAtWork != WhenAtWork::closes) {
+        if (const auto loss = m_settings->loss(); !loss.isEmpty()) {
+            askToEnd(loss);
+            event->ignore();
+        }
+    }
     if (event->isAccepted()) {
         m_settings.reset();
+    }
+}
+
+void MainWindow::askToEnd(const QString& loss) {
+    comeForward();
+    if (m_whenAtWork == WhenAtWork::waits) {
+        return;
+    }
+    auto* const sheet = new ConfirmationSheet(loss, tr("Quit"), m_theme, this);
+    connect(sheet, &ConfirmationSheet::confirmed, this, [this] {
+        m_whenAtWork = WhenAtWork::waits;
+        m_waiting = say(tr("Korvex quits as soon as what it is doing is cancelled."));
+        m_settings->cancelWork();
+        closeWhenDone(); // it may have ended before the answer
+    });
+    sheet->ask();
+}
+
+void MainWindow::closeWhenDone() {
+    if (m_whenAtWork == WhenAtWork::waits && m_settings->loss().isEmpty()) {
+        m_whenAtWork = WhenAtWork::asks;
+        m_waiting.cancel();
+        close();
     }
 }
 

@@ -36,7 +36,8 @@ public:
     void showError(const QString& message);
     void comeForward();
     /// The program ends, whatever the window would say to that: what is being edited is stored, or
-    /// else kept as a draft, and where the window stands is kept.
+    /// else kept as a draft, and where the window stands is kept. From then on it closes without
+    /// asking.
     void storeAll();
     /// Shows what an earlier run could not store.
     void offerDrafts() { m_drafts.start(); }
@@ -64,6 +65,11 @@ private:
     /// Says that the board was put away, with a button that takes it back.
     void offerToUnarchive(const model::Board* board);
     void openSettings();
+    /// Whether what the settings are doing is to end with the window.
+    void askToEnd(const QString& loss);
+    /// On the page that is in sight, until what it gives ends.
+    base::Subscription say(const QString& notice);
+    void closeWhenDone();
     void showTitle();
     void countUpcoming();
 
@@ -85,6 +91,14 @@ private:
     base::Subscription m_upcomingChanges;
     /// Null until it is first asked for.
     std::unique_ptr<SettingsWindow> m_settings;
+    enum class WhenAtWork {
+        asks,
+        waits, ///< until what was being done has ended: it leaves nothing half done
+        closes,
+    };
+    WhenAtWork m_whenAtWork = WhenAtWork::asks;
+    /// Says that it waits.
+    base::Subscription m_waiting;
     bool m_wasPainted = false;
 };
 

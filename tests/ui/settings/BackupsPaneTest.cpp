@@ -266,6 +266,138 @@ TEST_F(BackupsPaneTest, TheKeyboardStaysWithWhatIsDone) {
     }
 }
 
+TEST_F(BackupsPaneTest, APlaceThatDoesNotAnswerIsWaitedForNoLongerOnceThatIsKnown) {
+    constexpr double kMinutes = 180;
+    constexpr double kSeconds = 10;
+    add({"mine"});
+    openSettings(backups);
+    const auto settle = [&] {
+        EXPECT_TRUE(control<QPushButton>("Import…").isEnabled());
+        EXPECT_TRUE(threads.waitUntilEnded(std::chrono::hours(1)));
+        runLoop.releasePosted();
+        runLoop.runPosted();
+    };
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    runLoop.advance(kMinutes - 1);
+    EXPECT_THAT(words(), Not(HasSubstr("no answer")));
+    runLoop.advance(1);
+    EXPECT_THAT(words(), HasSubstr("Exporting: no answer for minutes"));
+    press("Cancel");
+    const auto left = "Cancelled. The chosen folder does not answer: whether the file is there, or "
+                      "still appears, is not known.";
+    EXPECT_THAT(words(), HasSubstr(left));
+    settle();
+    EXPECT_THAT(words(), HasSubstr(left)) << "nobody waits for what comes of it";
+    exportAll();
+
+    answer("Import…", backup());
+    runLoop.holdPosted();
+    press("Cancel");
+    runLoop.advance(kSeconds - 1);
+    press("Cancel");
+    EXPECT_THAT(words(), HasSubstr("Cancelling"));
+    runLoop.advance(1);
+    EXPECT_THAT(words(), HasSubstr("Cancelled. Nothing was changed."));
+    settle();
+    EXPECT_EQ(question(), "");
+
+    // The last moment at which another thread has something to do.
+    tests::StoreClient theirs(folder / "Primary.store", log);
+    auto isSaved = false;
+    {
+        const auto saving = eachStep([&] {
+            if (operations().progress().stage == storage::Stage::verifying &&
+                !std::exchange(isSaved, true)) {
+                theirs.boards.renameBoard(*theirs.context.find<model::Board>(work->id()), "More",
+                                          kNow);
+            }
+            if (operations().doing() == QStringLiteral("Looking at what was saved meanwhile")) {
+                runLoop.holdPosted();
+            }
+        });
+        chooseImport();
+        press("Import");
+        workUntilSaid("Looking at what was saved meanwhile");
+        runLoop.advance(kMinutes);
+        EXPECT_THAT(words(), HasSubstr("Looking at what was saved meanwhile: no answer"));
+    }
+    press("Cancel");
+    EXPECT_THAT(words(), HasSubstr("Cancelled. Nothing was changed."));
+    settle();
+    import();
+}
+
+TEST_F(BackupsPaneTest, ClosingAsksWhileSomethingIsUnderWayAndLeavesNothingHalfDone) {
+    add({"mine"});
+    openSettings(backups);
+    const auto reply = [&](const char* button) {
+        auto* const sheet = sheetOver(*window);
+        ASSERT_TRUE(sheet);
+        EXPECT_THAT(plain(sheet->accessibleName()), HasSubstr("A backup is being exported."));
+        for (auto* const each : sheet->findChildren<QPushButton*>()) {
+            if (each->text() == QString::fromUtf8(button)) {
+                each->click();
+                return;
+            }
+        }
+        FAIL() << button;
+    };
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    EXPECT_FALSE(window->close());
+    reply("Cancel");
+    runLoop.releasePosted();
+    workUntilSaid("Backup exported.");
+    EXPECT_TRUE(window->isVisible());
+
+    settings->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
+    answer("Export…", backup());
+    runLoop.holdPosted();
+    QTest::keyClick(settings, Qt::Key_Q, Qt::ControlModifier);
+    QApplication::processEvents();
+    reply("Quit");
+    EXPECT_EQ(page().banner().message(),
+              QStringLiteral("Korvex quits as soon as what it is doing is cancelled."));
+    press("Cancel");
+    runLoop.advance(60);
+    EXPECT_FALSE(window->close()) << "a slow disk may not have come to its end yet";
+    EXPECT_FALSE(sheetOver(*window));
+    runLoop.releasePosted();
+    workUntil([&] { return !window->isVisible(); });
+    for (const auto& each : std::filesystem::directory_iterator(folder.path())) {
+        EXPECT_THAT(each.path().native(), Not(HasSubstr(".new-")));
+    }
+
+    window.reset();
+    openSettings(backups);
+    answer("Export…", backup());
+    window->storeAll();
+    EXPECT_TRUE(window->close()) << "the session ends, and asks nobody";
+}
+
+TEST_F(BackupsPaneTest, WhyNothingCanBeTakenBackIsTold) {
+    add({"mine"});
+    openSettings(backups);
+    exportAll();
+    import();
+    workUntilSaid("Brings back");
+    const auto refuses = [&](const char* reason) {
+        comeBack();
+        workUntilSaid(reason);
+        EXPECT_FALSE(control<QPushButton>("Take back…").isEnabled());
+        std::filesystem::remove(recovery());
+    };
+    std::filesystem::remove(recovery());
+    std::filesystem::create_symlink(recovery(), recovery());
+    refuses("BeforeRestore.korvexbackup could not be read: ");
+    std::filesystem::copy(backup(), recovery());
+    refuses("The recovery backup is not the one that the last replacement has left.");
+    comeBack();
+    workUntil([&] { return words().find("Take back") == std::string::npos; });
+}
+
 TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
     add({"mine"});
     openSettings(backups);

@@ -107,13 +107,18 @@ protected:
     void workUntilSaid(const char* text) {
         workUntil([&] { return words().find(text) != std::string::npos; });
     }
-    std::string question() {
-        for (const auto* const sheet : settings->findChildren<ConfirmationSheet*>()) {
+    /// The one over this window.
+    static ConfirmationSheet* sheetOver(const QWidget& over) {
+        for (auto* const sheet : over.findChildren<ConfirmationSheet*>()) {
             if (sheet->isVisible()) {
-                return plain(sheet->accessibleName());
+                return sheet;
             }
         }
-        return {};
+        return nullptr;
+    }
+    std::string question() {
+        const auto* const sheet = sheetOver(*settings);
+        return sheet ? plain(sheet->accessibleName()) : std::string();
     }
 
     SettingsWindow* settings = nullptr;
