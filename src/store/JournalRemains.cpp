@@ -57,7 +57,7 @@ std::error_code keepJournal(const StoreFile& file, const std::filesystem::path& 
 
 /// Throws StoreError where that fails.
 std::filesystem::path keepRemains(const StoreFile& file, std::int64_t revision) {
-    const auto name = keptName(file, revision);
+    auto name = keptName(file, revision);
     if (const auto failure = keepJournal(file, name)) {
         throwSystemError(failure.value(), "what is left of the journal cannot be kept as " +
                                               name.filename().string());
