@@ -172,8 +172,9 @@ void read(Reading& reading, Property, std::string_view key, base::Uuid& value) {
 }
 
 void read(Reading& reading, Property, std::string_view key, QuickEntryShortcut& value) {
-    if (const auto stored = reading.defaults.bytes(key)) {
-        const auto shortcut = QuickEntryShortcut::ofJson(*stored);
+    if (reading.defaults.contains(key)) {
+        const auto stored = reading.defaults.bytes(key);
+        const auto shortcut = stored ? QuickEntryShortcut::ofJson(*stored) : std::nullopt;
         reading.hasMalformedShortcut = !shortcut || !shortcut->isValid();
         value = reading.hasMalformedShortcut ? value : *shortcut;
     }

@@ -30,7 +30,7 @@ constexpr std::size_t kMaximumFileBytes = 1024 * 1024;
 
 /// A program writes for some milliseconds. Who has to wait for one that hangs while it does goes on
 /// and tries again, from then on without waiting; only at the end, and where programs have to
-/// agree, is there more time.
+/// agree, is there more time. Where there is a run loop nobody waits: its timer tries again.
 constexpr std::chrono::milliseconds kNoPatience{0};
 constexpr std::chrono::milliseconds kPatience{50};
 constexpr std::chrono::milliseconds kLongPatience{2'000};
@@ -166,7 +166,7 @@ void FileUserDefaults::replaceString(std::string_view key,
             std::string(key),
             Change{.wanted = wanted ? Value(jsonOf(std::string_view(*wanted))) : std::nullopt,
                    .before = m_held->json(key)});
-        write(kPatience);
+        write(unlessTimed(kPatience));
     }
 }
 
@@ -180,7 +180,7 @@ std::string FileUserDefaults::settle(std::string_view key,
         if (const auto now = m_settings->string(key); now == held) {
             m_unwritten.insert_or_assign(
                 std::string(key), Change{.wanted = jsonOf(otherwise), .before = m_held->json(key)});
-            write(kLongPatience);
+            write(unlessTimed(kLongPatience));
         }
         held = m_settings->string(key);
     }
@@ -273,8 +273,12 @@ void FileUserDefaults::change(std::string_view key, Value wanted) {
         m_waitsSince = m_waitsSince.value_or(now);
         writeAfter(std::clamp(*m_waitsSince + kLongestPause - now, Seconds(0), kPause));
     } else {
-        write(kPatience);
+        write(unlessTimed(kPatience));
     }
+}
+
+std::chrono::milliseconds FileUserDefaults::unlessTimed(std::chrono::milliseconds patience) const {
+    return m_runLoop ? kNoPatience : patience;
 }
 
 void FileUserDefaults::writeAfter(Seconds delay) {

@@ -98,6 +98,8 @@ private:
     void nothingIsLeft();
     void writeAfter(std::chrono::duration<double> delay);
     void change(std::string_view key, Value wanted);
+    /// No patience where the timer comes again.
+    std::chrono::milliseconds unlessTimed(std::chrono::milliseconds patience) const;
     void write(std::chrono::milliseconds patience);
     Outcome tryToWrite(std::chrono::milliseconds patience);
     Outcome replace(const Found& found);

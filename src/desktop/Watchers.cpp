@@ -53,7 +53,6 @@ void Watchers::start() {
     m_sources = std::make_unique<Sources>(file);
     connectSources();
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
-    m_listeners.instance.listen();
     m_listeners.workspace.copies.removeLeftovers();
     m_listeners.workspace.automaticBackups.start();
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "platform/qt/SingleInstance.h"
 #include "store/ModelContainer.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
@@ -27,7 +26,6 @@ public:
         const ui::Workspace& workspace;
         ui::Theme& theme;
         ui::MainWindow& window;
-        platform::qt::SingleInstance& instance;
     };
     explicit Watchers(const Listeners& listeners);
     ~Watchers() override;

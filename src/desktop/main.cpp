@@ -5,6 +5,7 @@
 #include "app/UserFolders.h"
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
+#include "desktop/StandIns.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
@@ -14,24 +15,21 @@
 #include "platform/qt/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "storage/BackgroundThreads.h"
-#include "storage/SharedStoreError.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/windows/MainWindow.h"
-#include "ui/windows/StoreErrorWindow.h"
-#include "ui/windows/StorePreparingWindow.h"
+#include "ui/workspace/ProgramName.h"
+#include "ui/workspace/WindowPlace.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>
-#include <QEventLoop>
 #include <QTimer>
 
 #include <chrono>
 #include <cstdlib>
-#include <functional>
 #include <optional>
 
 #ifdef KORVEX_GALLERY
@@ -45,70 +43,6 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 constexpr std::chrono::seconds kLongestEnd{2};
-/// How long nobody minds that there is no window yet, and how often is looked after that.
-constexpr std::chrono::seconds kUnnoticedStart{1};
-constexpr std::chrono::milliseconds kLook{50};
-
-enum class AfterError { quit, tryAgain };
-
-/// Until the window is closed.
-AfterError showStoreError(const QString& message, const std::filesystem::path& file,
-                          const ui::Theme& theme,
-                          ui::StoreErrorWindow::Which which = ui::StoreErrorWindow::Which::own) {
-    ui::StoreErrorWindow window(message, file, theme, which);
-    auto next = AfterError::quit;
-    QObject::connect(&window, &ui::StoreErrorWindow::retryRequested, &window, [&] {
-        next = AfterError::tryAgain;
-        window.close();
-    });
-    window.show();
-    QApplication::exec();
-    return next;
-}
-
-/// Nothing is to be seen meanwhile unless it takes long.
-void waitFor(const desktop::StoreOpening& opening, const ui::Theme& theme) {
-    if (opening.isDoneWithin(kUnnoticedStart)) {
-        return;
-    }
-    ui::StorePreparingWindow window(theme);
-    QEventLoop waiting;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, &waiting, [&] {
-        if (opening.isDoneWithin({})) {
-            waiting.quit();
-        }
-    });
-    look.start(kLook);
-    window.show();
-    waiting.exec();
-}
-
-/// Absent when the user gives up.
-std::optional<desktop::StoreOpening::Opened>
-takeStore(desktop::StoreOpening opening, const std::function<desktop::StoreOpening()>& again,
-          const std::filesystem::path& file, const ui::Theme& theme) {
-    for (;;) {
-        waitFor(opening, theme);
-        std::optional<desktop::StoreOpening::Opened> store;
-        auto subject = file;
-        auto which = ui::StoreErrorWindow::Which::own;
-        const auto refused = ui::refusal([&] {
-            try {
-                store = opening.take();
-            } catch (const storage::LegacyStoreError& error) {
-                subject = error.file();
-                which = ui::StoreErrorWindow::Which::legacy;
-                // The window shows the file.
-                throw base::Error(error.domain(), error.code(), error.reason());
-            }
-        });
-        if (!refused || showStoreError(*refused, subject, theme, which) == AfterError::quit) {
-            return store;
-        }
-        opening = again();
-    }
-}
 
 /// Until the user ends it; the exit status.
 int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& threads) {
@@ -149,11 +83,16 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     if (!arguments.areClear() && instance.raiseRunning()) {
         return 0;
     }
+    instance.listen();
     ui::Theme theme(preferences);
     const ui::InstalledStyle style(theme);
     theme.loadFonts(); // while the store is being read
 
-    auto taken = takeStore(opening ? *std::move(opening) : open(), open, file, theme);
+    const desktop::StandIns standIns({.storeFile = file,
+                                      .program = ui::programName(directory),
+                                      .theme = theme,
+                                      .instance = instance});
+    auto taken = standIns.takeStore(opening ? *std::move(opening) : open(), open);
     if (!taken) {
         return kStoreUnusable;
     }
@@ -188,17 +127,14 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         if (workspace.boards.inboxBoard()) {
             break;
         }
-        if (showStoreError(*refused, file, theme) == AfterError::quit) {
+        if (standIns.showError(*refused) == desktop::StandIns::AfterError::quit) {
             return kStoreUnusable;
         }
     }
 
     ui::MainWindow window(workspace, theme);
-    desktop::Watchers watchers({.container = container,
-                                .workspace = workspace,
-                                .theme = theme,
-                                .window = window,
-                                .instance = instance});
+    desktop::Watchers watchers(
+        {.container = container, .workspace = workspace, .theme = theme, .window = window});
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
         watchers.start();
@@ -206,7 +142,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
     QTimer::singleShot(kLongestStart, &watchers, &desktop::Watchers::start);
-    const auto raising = instance.raiseRequested().connect([&] { window.comeForward(); });
+    const auto raising = instance.raiseRequested().connect([&] { ui::bringForward(window); });
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);

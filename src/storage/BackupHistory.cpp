@@ -103,6 +103,22 @@ std::vector<fs::path> historiesIn(const HeldFolder& folder) {
     return names;
 }
 
+/// Whether somebody could read backups there.
+bool holdsBackups(const HeldFolder& folder, const fs::path& history) {
+    try {
+        return !filesIn(HeldFolder(folder, history), history, isBackupName).backups.empty();
+    } catch (const fs::filesystem_error&) {
+        return false;
+    }
+}
+
+bool hasForeign(const HeldFolder& folder, const fs::path& own) {
+    const auto names = historiesIn(folder);
+    return std::any_of(names.begin(), names.end(), [&](const fs::path& name) {
+        return name != own && holdsBackups(folder, name);
+    });
+}
+
 void requireSame(const ListedBackup& backup) {
     struct stat status {};
     if (::stat(backup.file.c_str(), &status) == 0 && listed(backup.file, status) != backup) {
@@ -125,14 +141,20 @@ BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& hi
     const auto name = historyFolderName(history);
     const auto named = bookmark.path() / name;
     const auto chosen = bookmark.open();
+    BackupList list;
     try {
-        return sorted(filesIn(HeldFolder(chosen, name), named, isAutomaticName));
+        list = sorted(filesIn(HeldFolder(chosen, name), named, isAutomaticName));
     } catch (const fs::filesystem_error& failure) {
-        if (failure.code() == std::errc::no_such_file_or_directory) {
-            return {};
+        if (failure.code() != std::errc::no_such_file_or_directory) {
+            throw FileError(unreadable(named, failure.code()));
         }
-        throw FileError(unreadable(named, failure.code()));
     }
+    try {
+        list.hasForeign = hasForeign(chosen, name);
+    } catch (const fs::filesystem_error&) {
+        list.hasForeign = false; // nor could anybody find them there
+    }
+    return list;
 }
 
 BackupList backupsIn(const fs::path& folder) {

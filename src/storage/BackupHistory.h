@@ -33,6 +33,8 @@ struct ListedBackup {
 struct BackupList {
     std::vector<ListedBackup> backups = {};
     std::vector<std::string> unreadable = {};
+    /// Of one installation: that others have some there too.
+    bool hasForeign = false;
 };
 
 /// The folder of one store's automatic backups by one installation in the chosen one, which are
@@ -41,9 +43,9 @@ std::string historyFolderName(const base::Uuid& history);
 /// A new automatic backup's name.
 std::string newBackupName();
 
-/// The automatic backups of this history in the folder that was chosen, and in no other.
-/// Nothing is read of them. Throws AutomaticBackupError `chooseAgain`, and FileError where the
-/// folder cannot be read. Any thread.
+/// The automatic backups of this history in the folder that was chosen, and in no other, and
+/// whether there are others'. Nothing is read of them. Throws AutomaticBackupError `chooseAgain`,
+/// and FileError where the folder cannot be read. Any thread.
 BackupList automaticBackups(const FolderBookmark& bookmark, const base::Uuid& history);
 /// All backups that stand in a folder or in the folder of a history in it. Throws FileError
 /// where it cannot be read. Any thread.

@@ -169,17 +169,22 @@ TEST(AppPreferences, AMalformedShortcutGivesWayToTheDefault) {
         EXPECT_EQ((QuickEntryShortcut{keyCode, modifiers}.isValid()), isValid)
             << keyCode << " " << modifiers;
     }
+    std::vector<std::string> malformed{R"("quickEntryShortcut": {"base64": "A"})",
+                                       R"("quickEntryShortcut": "Option + Space")"};
     for (const std::string json :
          {"", "[49, 2048]", R"({"keyCode":49})", R"({"keyCode":-1,"modifiers":256})",
           R"({"keyCode":49,"modifiers":4294967296})", R"({"keyCode":56,"modifiers":2048})",
           R"({"keyCode":"49","modifiers":2048})"}) {
-        const SettingsFile file(settings(shortcut(json)));
+        malformed.push_back(shortcut(json));
+    }
+    for (const auto& setting : malformed) {
+        const SettingsFile file(settings(setting));
         tests::RecordingLog log;
         log.expectError("Malformed Quick Entry shortcut; using default configuration");
         auto defaults = file.open();
         AppPreferences preferences(defaults, log);
-        EXPECT_EQ(preferences.quickEntryShortcut(), QuickEntryShortcut()) << json;
-        EXPECT_TRUE(preferences.repairedShortcutPreference()) << json;
+        EXPECT_EQ(preferences.quickEntryShortcut(), QuickEntryShortcut()) << setting;
+        EXPECT_TRUE(preferences.repairedShortcutPreference()) << setting;
         preferences.reload();
         EXPECT_EQ(log.lines().size(), 1U) << "said once";
     }

@@ -5,6 +5,7 @@ by keyboard, and reads back what was stored with the command line.
 Every test has a home of its own. The window is asked nothing but what a person sees: what is typed
 goes through the X server, and what is stored is read by another program."""
 import base64
+import contextlib
 import fcntl
 import json
 import os
@@ -303,11 +304,9 @@ class WindowTest(WindowCase):
 
     def test_a_second_start_raises_the_first_window(self):
         window = self.start_window()
-        second = subprocess.run([DESKTOP], env=self.environment, timeout=PATIENCE, check=False)
-        self.assertEqual(second.returncode, 0)
+        self.start_second()
         self.assertIsNone(window.poll())
-        found = self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
-        self.assertEqual(len(found), 1)
+        self.assertEqual(len(self.windows()), 1)
 
     def start_without_store(self):
         """The program, and not yet its main window."""
@@ -334,16 +333,47 @@ class WindowTest(WindowCase):
 
         wait_for(copied, f"the words {wanted}")
 
-    def test_a_store_that_others_have_is_waited_for_in_a_window(self):
+    @contextlib.contextmanager
+    def store_of_others(self):
+        """Another program has the store for as long."""
         folder = self.home / "data" / "korvex"
-        folder.mkdir(parents=True)
+        folder.mkdir(parents=True, exist_ok=True)
         with (folder / "Primary.store.lock").open("w") as lock:
             fcntl.flock(lock, fcntl.LOCK_EX)
-            self.start_without_store()
-            self.keys("alt+F4")
-            self.still_picture()
-            self.assertEqual(self.title(), "Korvex")
+            yield
+
+    def windows(self):
+        return self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
+
+    def start_second(self):
+        second = subprocess.run([DESKTOP], env=self.environment, timeout=PATIENCE, check=False)
+        self.assertEqual(second.returncode, 0)
+
+    def test_a_store_that_others_have_is_waited_for_in_one_window(self):
+        with self.store_of_others():
+            begin = time.monotonic()
+            window = self.start_without_store()
+            waiting = self.windows()
+            self.assertEqual(len(waiting), 1)
+            self.xdotool("windowminimize", "--sync", *waiting)
+            self.start_second()
+            wait_for(lambda: self.title() == "Korvex", "the one that waits to come forward")
+            self.assertEqual(self.windows(), waiting)
+            time.sleep(max(0, begin + 2 - time.monotonic()))
         wait_for(lambda: "Inbox" in self.title(), "the main window")
+        self.assertEqual(len(self.windows()), 1)
+        self.start_second()
+        self.assertIsNone(window.poll())
+        self.assertEqual(len(self.windows()), 1)
+
+    def test_who_does_not_want_to_wait_for_the_store_leaves(self):
+        with self.store_of_others():
+            for key in ("alt+F4", "Escape", "ctrl+q"):
+                window = self.start_without_store()
+                self.keys(key)
+                self.assertEqual(window.wait(PATIENCE), 0, key)
+        self.start_window()
+
 
     def test_a_store_of_an_older_version_that_cannot_be_read_is_named(self):
         legacy = self.home / "data" / "Korvex" / "default.store"

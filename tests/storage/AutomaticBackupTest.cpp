@@ -81,6 +81,14 @@ TEST_F(AutomaticBackupTest, HoldsTheStoreAndIsListedWithoutBeingRead) {
     fs::last_write_time(again, fs::last_write_time(made.file));
     fs::rename(again, made.file);
     EXPECT_EQ(checkBackup(listed[1], log, work), made.summary);
+    const auto foreign = chosen / historyFolderName(base::Uuid::random());
+    fs::create_directory(foreign);
+    EXPECT_FALSE(automaticBackups(known, installation).hasForeign) << "it is empty";
+    put(foreign / "Korvex-theirs.korvexbackup");
+    EXPECT_TRUE(automaticBackups(known, installation).hasForeign);
+    const auto none = automaticBackups(known, base::Uuid::random());
+    EXPECT_TRUE(none.hasForeign && none.backups.empty());
+    fs::remove_all(foreign);
     put(chosen / "exported by hand.korvexbackup");
     ASSERT_EQ(::mkfifo((chosen / "pipe.korvexbackup").c_str(), S_IRWXU), 0);
     fs::create_symlink(made.file, chosen / "link.korvexbackup");

@@ -10,14 +10,18 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstring>
 #include <string_view>
+#include <thread>
 
 namespace korvex::platform::qt {
 
 namespace {
 
-constexpr timeval kPatience{.tv_sec = 0, .tv_usec = 500'000};
+constexpr std::chrono::microseconds kPatience{500'000};
+constexpr std::chrono::milliseconds kBetweenTries{1};
+constexpr const char* kLockExtension = ".lock";
 constexpr std::string_view kRaise = "raise";
 
 /// Each request is a datagram of its own: there is no connection to look after.
@@ -62,12 +66,13 @@ SingleInstance::~SingleInstance() {
 }
 
 void SingleInstance::close() {
-    // One that was busy for too long has been taken for killed: the name is another's then.
-    if (m_notifier && fileThere() == m_own) {
+    // Where nothing can be locked another one may have taken the name.
+    if (m_socket.isOpen() && fileThere() == m_own) {
         ::unlink(m_file.c_str());
     }
     m_notifier.reset();
     m_socket = {};
+    m_lock.reset();
 }
 
 std::pair<dev_t, ino_t> SingleInstance::fileThere() const {
@@ -76,28 +81,53 @@ std::pair<dev_t, ino_t> SingleInstance::fileThere() const {
     return {status.st_dev, status.st_ino};
 }
 
-bool SingleInstance::raiseRunning() const {
+bool SingleInstance::raiseRunning() {
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    auto answer = askRunning();
+    // Who has the name without a socket starts or ends at this moment.
+    while (answer == Answer::nobodyThere && !takeName() &&
+           std::chrono::steady_clock::now() < deadline) {
+        std::this_thread::sleep_for(kBetweenTries);
+        answer = askRunning();
+    }
+    return answer == Answer::given;
+}
+
+SingleInstance::Answer SingleInstance::askRunning() const {
     const auto socket = makeSocket(0);
-    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &kPatience, sizeof kPatience);
-    return apply(::connect, socket, m_file) &&
-           ::send(socket.get(), kRaise.data(), kRaise.size(), MSG_NOSIGNAL) ==
-               static_cast<ssize_t>(kRaise.size());
+    const timeval patience{.tv_sec = 0, .tv_usec = kPatience.count()};
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);
+    if (!apply(::connect, socket, m_file)) {
+        return Answer::nobodyThere;
+    }
+    return ::send(socket.get(), kRaise.data(), kRaise.size(), MSG_NOSIGNAL) ==
+                   static_cast<ssize_t>(kRaise.size())
+               ? Answer::given
+               : Answer::none;
+}
+
+bool SingleInstance::takeName() {
+    auto beside = m_file;
+    base::FileLock lock(beside += kLockExtension, std::chrono::milliseconds::zero());
+    if (lock.state() == base::FileLock::State::taken) {
+        return false;
+    }
+    m_lock.emplace(std::move(lock));
+    ::unlink(m_file.c_str()); // what a killed one has left: nobody answered there
+    auto socket = makeSocket(SOCK_NONBLOCK);
+    ::fchmod(socket.get(), S_IRUSR | S_IWUSR); // what the file will have
+    if (apply(::bind, socket, m_file)) {       // else later starts open windows of their own
+        m_own = fileThere();
+        m_socket = std::move(socket);
+    }
+    return true;
 }
 
 void SingleInstance::listen() {
-    auto socket = makeSocket(SOCK_NONBLOCK);
-    ::fchmod(socket.get(), S_IRUSR | S_IWUSR); // what the file will have
-    if (!apply(::bind, socket, m_file)) {
-        // Nobody answered there, so the socket is what a killed app has left.
-        ::unlink(m_file.c_str());
-        if (!apply(::bind, socket, m_file)) {
-            return; // later starts open windows of their own
-        }
+    if (m_socket.isOpen()) {
+        m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
+        connect(m_notifier.get(), &QSocketNotifier::activated, this, &SingleInstance::takeRequests);
     }
-    m_own = fileThere();
-    m_socket = std::move(socket);
-    m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &SingleInstance::takeRequests);
 }
 
 void SingleInstance::takeRequests() {

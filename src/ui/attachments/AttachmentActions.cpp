@@ -8,7 +8,6 @@
 #include "ui/attachments/AttachmentChips.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/kit/controls/MenuItems.h"
-#include "ui/kit/overlays/FileQuestion.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/text/OfferedFiles.h"
@@ -53,7 +52,8 @@ AttachmentActions::AttachmentActions(const Services& services, QWidget& page)
     : QObject(&page),
       m_services(services),
       m_page(page),
-      m_folder(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)) {}
+      m_folder(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)),
+      m_look(services.threads, services.runLoop) {}
 
 template <typename Operation>
 bool AttachmentActions::perform(Operation&& operation) {
@@ -92,13 +92,13 @@ void AttachmentActions::saveAs(const model::Entry& entry, const base::Uuid& id) 
     if (!perform([&] { name = toQString(found(services::attachment(entry, id)).filename); })) {
         return;
     }
-    const FileQuestion question{.title = tr("Save attachment"),
-                                .kind = FileQuestion::Kind::fileToWrite,
-                                .folder = m_folder,
-                                .name = name};
-    question.ask(m_page, [this, entryID = entry.id(), id](const Files& files) {
-        save(entryID, id, toFileName(files.front()));
-    });
+    m_look.ask({.title = tr("Save attachment"),
+                .kind = FileQuestion::Kind::fileToWrite,
+                .folder = m_folder,
+                .name = name},
+               m_page, [this, entryID = entry.id(), id](const Files& files) {
+                   save(entryID, id, toFileName(files.front()));
+               });
 }
 
 void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id, const QString& file) {
@@ -158,12 +158,12 @@ void AttachmentActions::chooseFiles(model::Entry& entry) {
 }
 
 void AttachmentActions::chooseFiles(std::function<void(const Files&)> receive) {
-    const FileQuestion question{
-        .title = tr("Attach files"), .kind = FileQuestion::Kind::filesToRead, .folder = m_folder};
-    question.ask(m_page, [this, receive = std::move(receive)](const Files& files) {
-        m_folder = toFileName(files.front().parent_path());
-        receive(files);
-    });
+    m_look.ask(
+        {.title = tr("Attach files"), .kind = FileQuestion::Kind::filesToRead, .folder = m_folder},
+        m_page, [this, receive = std::move(receive)](const Files& files) {
+            m_folder = toFileName(files.front().parent_path());
+            receive(files);
+        });
 }
 
 void AttachmentActions::attachFiles(const Files& files, model::Entry& entry) {

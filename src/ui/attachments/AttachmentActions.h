@@ -8,6 +8,7 @@
 #include "services/EntryService.h"
 #include "services/TemporaryAttachmentCopies.h"
 #include "store/ModelContext.h"
+#include "ui/workspace/FolderLook.h"
 
 #include <QObject>
 
@@ -35,6 +36,8 @@ public:
         const richtext::RichTextSerializer& serializer;
         services::TemporaryAttachmentCopies& copies;
         const base::Clock& clock;
+        storage::BackgroundThreads& threads;
+        base::RunLoop& runLoop;
     };
     AttachmentActions(const Services& services, QWidget& page);
 
@@ -91,6 +94,7 @@ private:
     QWidget& m_page;
     /// The folder where the user saved or chose files last.
     QString m_folder;
+    FolderLook m_look;
 };
 
 } // namespace korvex::ui

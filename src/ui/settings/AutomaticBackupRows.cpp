@@ -11,9 +11,11 @@
 #include <QLocale>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QTimer>
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace korvex::ui {
 
@@ -52,7 +54,7 @@ AutomaticBackupRows::AutomaticBackupRows(SettingsGroup& group, const Workspace& 
       m_preferences(workspace.preferences),
       m_service(workspace.automaticBackups),
       m_workspace(workspace),
-      m_places(workspace.defaults) {
+      m_places(workspace) {
     addSettings(group, theme);
     addState(group, theme);
     m_settings =
@@ -170,24 +172,31 @@ void AutomaticBackupRows::followState() {
     if (!m_service.isRunning()) {
         m_work->end();
     }
+    followAnswer();
+}
+
+void AutomaticBackupRows::followAnswer() {
+    const auto now = m_workspace.now();
     const auto isCancelled = m_service.wasCancelled();
-    m_answer->setVisible(isCancelled); // what is not in sight is not read out
-    m_answer->setAnswer(!isCancelled  ? QString()
-                        : next == now ? tr("The backup was cancelled. Korvex tries again within a "
-                                           "quarter of an hour.")
-                                      : tr("The backup was cancelled."));
+    // One in the folder before is none in the chosen one.
+    m_isMade = m_isMade && !m_service.isRunning() && !m_service.errorMessage() && !isCancelled &&
+               m_preferences.automaticBackupLastSuccess();
+    m_answer->setVisible(isCancelled || m_isMade); // what is not in sight is not read out
+    m_answer->setAnswer(m_isMade       ? tr("Backup made.")
+                        : !isCancelled ? QString()
+                        : m_service.nextDue(now) == now
+                            ? tr("The backup was cancelled. Korvex tries again within a "
+                                 "quarter of an hour.")
+                            : tr("The backup was cancelled."));
 }
 
 /// One text, where it belongs: at the folder what is wrong with that, also before a backup fails
 /// for it; at the button all else that one failed for.
 void AutomaticBackupRows::followFailure() {
     const auto state = m_service.folderState();
-    const auto isLost =
-        !m_service.obstacle() && (state == FolderState::gone || state == FolderState::unknown);
-    // What failed before is no answer to what is being done.
-    const auto isOver = !m_service.isRunning() || m_service.isSilent();
+    const auto isLost = isFolderLost();
     const auto failure =
-        isOver && m_service.errorMessage() ? translated(*m_service.errorMessage()) : QString();
+        isOver() && m_service.errorMessage() ? translated(*m_service.errorMessage()) : QString();
     const auto isAtFolder = m_service.hasFailedForFolder() && isLost;
     m_folderRow->setRefusal(
         !m_service.choiceRefusal().empty() ? translated(m_service.choiceRefusal())
@@ -199,18 +208,31 @@ void AutomaticBackupRows::followFailure() {
                          : m_service.hasFailedForFolder()
                              ? failure // it is there again
                              : failure + QLatin1Char('\n') + translated(m_service.errorReason()));
-    if (m_asked == Asked::folder ? m_service.isChoosing() : !isOver) {
-        return;
+    // A run that ends says so in several steps, and its failure in the last of them.
+    if (m_asked != Asked::nothing && !isUnderWay() && !std::exchange(m_willTell, true)) {
+        QTimer::singleShot(0, this, &AutomaticBackupRows::tell);
     }
-    auto* row =
-        m_asked == Asked::folder && !m_service.choiceRefusal().empty() ? m_folderRow : nullptr;
-    if (m_asked == Asked::backup) {
-        row = m_service.wasCancelled() ? m_answer
-              : isHere                 ? m_nowRow
-              : isAtFolder             ? m_folderRow
-                                       : nullptr;
+}
+
+bool AutomaticBackupRows::isFolderLost() const {
+    const auto state = m_service.folderState();
+    return !m_service.obstacle() && (state == FolderState::gone || state == FolderState::unknown);
+}
+
+void AutomaticBackupRows::tell() {
+    m_willTell = false;
+    if (isUnderWay()) {
+        return; // asked for once more since
     }
-    m_asked = Asked::nothing;
+    const auto asked = std::exchange(m_asked, Asked::nothing);
+    m_isMade = asked == Asked::backup;
+    followAnswer();
+    auto* row = m_answer->isHidden() ? nullptr : m_answer;
+    if (asked == Asked::folder) {
+        row = m_service.choiceRefusal().empty() ? nullptr : m_folderRow;
+    } else if (m_service.errorMessage()) {
+        row = m_service.hasFailedForFolder() && isFolderLost() ? m_folderRow : m_nowRow;
+    }
     if (row) {
         Q_EMIT told(row);
     }

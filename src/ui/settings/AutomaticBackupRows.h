@@ -46,7 +46,17 @@ private:
     void followSettings();
     void setChoiceFree(bool isFree);
     void followState();
+    void followAnswer();
     void followFailure();
+    bool isFolderLost() const;
+    /// What failed before is no answer to what is being done.
+    bool isOver() const { return !m_service.isRunning() || m_service.isSilent(); }
+    /// Of what was asked for.
+    bool isUnderWay() const {
+        return m_asked == Asked::folder ? m_service.isChoosing() : !isOver();
+    }
+    /// Says what came of what was asked for, and brings it into sight.
+    void tell();
     /// Shows the state again at that moment.
     void followAt(std::optional<base::Instant> moment, base::Instant now);
 
@@ -69,6 +79,9 @@ private:
     /// What the user has asked for here, and has not been told what came of it.
     enum class Asked { nothing, folder, backup };
     Asked m_asked = Asked::nothing;
+    bool m_willTell = false;
+    /// The last thing that was asked for was a backup, and it was made.
+    bool m_isMade = false;
     std::unique_ptr<base::RunLoop::Timer> m_timer;
     base::Subscription m_settings;
     base::Subscription m_changes;

@@ -19,7 +19,7 @@ BackupFileRows::BackupFileRows(SettingsGroup& group, BackupOperations& operation
     : QObject(parent),
       m_operations(operations),
       m_workspace(workspace),
-      m_places(workspace.defaults),
+      m_places(workspace),
       m_kept(workspace, this),
       m_keptFile(std::make_shared<storage::KnownRecoveredFile>()) {
     addRows(group, theme);

@@ -37,7 +37,8 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
     connect(&m_reader, &BackupReader::changed, this, &BackupHistoryRows::follow);
     connect(&operations, &BackupOperations::changed, this, &BackupHistoryRows::follow);
     m_changes = workspace.automaticBackups.didChange().connect([this] {
-        if (!m_workspace.automaticBackups.isRunning() && m_group.isVisible()) {
+        const auto isOther = m_folder != m_workspace.preferences.automaticBackupBookmark();
+        if ((isOther || !m_workspace.automaticBackups.isRunning()) && m_group.isVisible()) {
             read();
         }
         followLast();
@@ -47,13 +48,20 @@ BackupHistoryRows::BackupHistoryRows(SettingsGroup& group, BackupOperations& ope
 }
 
 void BackupHistoryRows::read() {
-    const auto& preferences = m_workspace.preferences;
     if (m_workspace.automaticBackups.obstacle()) {
         return; // those in the chosen folder are another store's
     }
-    m_reader.read([bytes = preferences.automaticBackupBookmark(),
-                   history = preferences.automaticBackupID(
-                       m_workspace.context.container().storeID())](storage::Work&) {
+    const auto& folder = m_workspace.preferences.automaticBackupBookmark();
+    if (folder != m_folder) {
+        m_folder = folder;
+        m_reader.forget(); // the one before may never answer
+    }
+    m_reader.read(list());
+}
+
+BackupReader::List BackupHistoryRows::list() const {
+    return [bytes = m_folder, history = m_workspace.preferences.automaticBackupID(
+                                  m_workspace.context.container().storeID())](storage::Work&) {
         const auto bookmark = bytes ? storage::FolderBookmark::ofBytes(*bytes) : std::nullopt;
         try {
             return bookmark ? storage::automaticBackups(*bookmark, history) : storage::BackupList();
@@ -63,7 +71,7 @@ void BackupHistoryRows::read() {
             }
             return storage::BackupList(); // the folder is gone, which is told where it stands
         }
-    });
+    };
 }
 
 void BackupHistoryRows::showAll() {
@@ -108,8 +116,12 @@ void BackupHistoryRows::makeRows() {
     for (std::size_t i = 0; i < m_reader.items().size(); ++i) {
         addRow(i);
     }
-    m_lastRow = m_rows.empty() || !m_reader.refusal().isEmpty() ? &m_group.addRow({}) : nullptr;
+    const auto foreign = foreignText();
+    m_lastRow = m_rows.empty() || !foreign.isEmpty() || !m_reader.refusal().isEmpty()
+                    ? &m_group.addRow({})
+                    : nullptr;
     if (m_lastRow) {
+        m_lastRow->setNote(foreign);
         m_lastRow->setRefusal(m_reader.refusal());
     }
     follow();
@@ -117,12 +129,25 @@ void BackupHistoryRows::makeRows() {
 
 QString BackupHistoryRows::emptyText() const {
     using State = storage::AutomaticBackupService::FolderState;
-    const auto state = m_workspace.automaticBackups.folderState();
+    const auto& service = m_workspace.automaticBackups;
+    const auto state = service.folderState();
+    if (!m_rows.empty() || !m_reader.refusal().isEmpty()) {
+        return {};
+    }
+    if (!m_reader.isListed() && state != State::none && !service.obstacle()) {
+        return tr("Reading…");
+    }
     const auto isLost = state == State::gone || state == State::unknown;
-    return !m_rows.empty() || !m_reader.refusal().isEmpty() || state == State::notLookedAt
-               ? QString()
-           : isLost ? tr("Those in the folder are shown when it is there again.")
-                    : tr("No automatic backups yet.");
+    return state == State::notLookedAt ? QString()
+           : isLost                    ? tr("Those in the folder are shown when it is there again.")
+                                       : tr("No automatic backups yet.");
+}
+
+QString BackupHistoryRows::foreignText() const {
+    return m_reader.hasForeign()
+               ? tr("The folder also holds backups of another installation, or of this one before "
+                    "its settings were lost; Import… reads them.")
+               : QString();
 }
 
 void BackupHistoryRows::addRow(std::size_t index) {
@@ -132,8 +157,8 @@ void BackupHistoryRows::addRow(std::size_t index) {
     auto* const restore = new QPushButton(tr("Restore…"));
     auto& row = m_group.addRow(name, settingsButtons(name, {check, restore}, m_theme));
     connect(check, &QPushButton::clicked, this, [this, index] {
-        if (m_reader.items()[index].isRead()) {
-            m_reader.check(index);
+        if (const auto& item = m_reader.items()[index]; item.isRead()) {
+            m_reader.check(std::filesystem::path(item.file.file), list());
         }
     });
     connect(restore, &QPushButton::clicked, this,

@@ -7,6 +7,7 @@
 #include <QObject>
 
 #include <filesystem>
+#include <optional>
 #include <vector>
 
 class QPushButton;
@@ -40,12 +41,15 @@ private:
         QPushButton* restore;
     };
 
+    /// Of what stands in the folder.
+    BackupReader::List list() const;
     /// The rows are made anew, and the keyboard stays where it was: at the same backup, or the one
     /// that stands in its place now.
     void showAll();
     void makeRows();
     void takeKeyboard(std::size_t index, QPushButton* Row::*button);
     QString emptyText() const;
+    QString foreignText() const;
     void followLast();
     void addRow(std::size_t index);
     void follow();
@@ -56,8 +60,10 @@ private:
     const Workspace& m_workspace;
     const Theme& m_theme;
     BackupReader m_reader;
+    /// The folder that is being listed, in the settings' form.
+    std::optional<base::Bytes> m_folder;
     std::vector<Row> m_rows;
-    /// Says that there are none, or which could not be listed.
+    /// Says that there are none, which could not be listed, or that there are foreign ones.
     SettingsRow* m_lastRow = nullptr;
     base::Subscription m_changes;
     base::Subscription m_dates;

@@ -5,6 +5,7 @@
 #include "store/StoreError.h"
 #include "ui/kit/words/FolderText.h"
 #include "ui/kit/words/Refusal.h"
+#include "ui/settings/BackupPlaces.h"
 #include "ui/settings/BackupWords.h"
 
 #include <utility>
@@ -167,17 +168,17 @@ void BackupOperations::end(const std::function<void()>& work) {
     }
 }
 
-void BackupOperations::exportTo(const fs::path& file) {
+void BackupOperations::exportTo(const fs::path& chosen) {
     if (isUnderWay() || !mayBegin()) {
         return;
     }
     start(
         {Kind::exporting, tr("Exporting"),
          tr("Could not export the backup. Check the selected location and try again.")},
-        [file, store = m_workspace.context.container().configuration().file,
+        [chosen, store = m_workspace.context.container().configuration().file,
          now = m_workspace.now(), &log = m_workspace.log](Work& work) {
-            return storage::exportBackup(*storage::openForReading(store, log), file, now, log,
-                                         work);
+            return storage::exportBackup(*storage::openForReading(store, log),
+                                         BackupPlaces::completed(chosen), now, log, work);
         },
         [this](const storage::BackupSummary&) { m_answer.done = tr("Backup exported."); });
 }

@@ -36,7 +36,8 @@ public:
 
     /// Stores what is being edited; where that cannot be done the answer says so.
     bool mayBegin();
-    void exportTo(const std::filesystem::path& file);
+    /// To what becomes of the name that was chosen (`BackupPlaces::completed`).
+    void exportTo(const std::filesystem::path& chosen);
     /// Reads the backup, then asks.
     void import(const std::filesystem::path& file);
     /// Asks whether the last replacement is to be taken back, which brings what `kept` says and

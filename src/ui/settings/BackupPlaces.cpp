@@ -1,6 +1,5 @@
 #include "ui/settings/BackupPlaces.h"
 
-#include "ui/kit/overlays/FileQuestion.h"
 #include "ui/kit/words/Text.h"
 
 #include <QCoreApplication>
@@ -24,48 +23,52 @@ QStringList filters() {
     return {tr("Korvex backups (*%1)").arg(QLatin1String(kExtension)), tr("All files (*)")};
 }
 
-fs::path completed(fs::path file) {
+} // namespace
+
+void BackupPlaces::fileToWrite(QWidget& asker, const QString& name, Receive receive) {
+    askForFile({.title = tr("Export backup"),
+                .kind = FileQuestion::Kind::fileToWrite,
+                .name = name + QLatin1String(kExtension),
+                .filters = filters()},
+               asker, std::move(receive));
+}
+
+void BackupPlaces::fileToRead(QWidget& asker, Receive receive) {
+    askForFile({.title = tr("Import backup"),
+                .kind = FileQuestion::Kind::fileToRead,
+                .filters = filters()},
+               asker, std::move(receive));
+}
+
+void BackupPlaces::folder(QWidget& asker, const QString& title, Receive receive) {
+    ask({.title = title, .kind = FileQuestion::Kind::folder}, asker,
+        [this, receive = std::move(receive)](const fs::path& folder) {
+            remember(folder);
+            receive(folder);
+        });
+}
+
+void BackupPlaces::askForFile(FileQuestion question, QWidget& asker, Receive receive) {
+    ask(std::move(question), asker, [this, receive = std::move(receive)](const fs::path& file) {
+        remember(file.parent_path());
+        receive(file);
+    });
+}
+
+void BackupPlaces::ask(FileQuestion question, QWidget& asker, Receive receive) {
+    question.folder = lastFolder();
+    m_look.ask(std::move(question), asker,
+               [receive = std::move(receive)](const auto& files) { receive(files.front()); });
+}
+
+fs::path BackupPlaces::completed(fs::path chosen) {
     std::error_code error;
     const auto isThere = [&error](const fs::path& each) {
         return fs::symlink_status(each, error).type() != fs::file_type::not_found;
     };
-    auto whole = file;
+    auto whole = chosen;
     whole += kExtension;
-    return file.extension() == kExtension || isThere(file) || isThere(whole) ? file : whole;
-}
-
-} // namespace
-
-void BackupPlaces::fileToWrite(QWidget& asker, const QString& name, Receive receive) const {
-    const FileQuestion question{.title = tr("Export backup"),
-                                .kind = FileQuestion::Kind::fileToWrite,
-                                .folder = lastFolder(),
-                                .name = name + QLatin1String(kExtension),
-                                .filters = filters()};
-    question.ask(asker, [this, receive = std::move(receive)](const auto& files) {
-        remember(files.front().parent_path());
-        receive(completed(files.front()));
-    });
-}
-
-void BackupPlaces::fileToRead(QWidget& asker, Receive receive) const {
-    const FileQuestion question{.title = tr("Import backup"),
-                                .kind = FileQuestion::Kind::fileToRead,
-                                .folder = lastFolder(),
-                                .filters = filters()};
-    question.ask(asker, [this, receive = std::move(receive)](const auto& files) {
-        remember(files.front().parent_path());
-        receive(files.front());
-    });
-}
-
-void BackupPlaces::folder(QWidget& asker, const QString& title, Receive receive) const {
-    const FileQuestion question{
-        .title = title, .kind = FileQuestion::Kind::folder, .folder = lastFolder()};
-    question.ask(asker, [this, receive = std::move(receive)](const auto& files) {
-        remember(files.front());
-        receive(files.front());
-    });
+    return chosen.extension() == kExtension || isThere(chosen) || isThere(whole) ? chosen : whole;
 }
 
 QString BackupPlaces::lastFolder() const {

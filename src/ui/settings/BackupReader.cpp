@@ -17,12 +17,25 @@ void BackupReader::read(List list) {
     goOn();
 }
 
-void BackupReader::check(std::size_t index) {
-    auto& item = m_items.at(index);
-    item = {.file = item.file};
-    m_first = index;
+void BackupReader::forget() {
+    m_task.reset();
+    m_isListed = false;
+    m_list = nullptr;
+    m_first.reset();
+    m_hasForeign = false;
+    m_refusal.clear();
+    take({});
+}
+
+void BackupReader::check(const std::filesystem::path& file, List list) {
+    for (auto& item : m_items) {
+        if (item.file.file == file) {
+            item = {.file = item.file};
+        }
+    }
+    m_first = file;
     Q_EMIT changed();
-    goOn();
+    read(std::move(list));
 }
 
 void BackupReader::goOn() {
@@ -31,14 +44,21 @@ void BackupReader::goOn() {
     }
     if (m_list) {
         startListing();
-        return;
+    } else if (const auto* const item = next()) {
+        startReading(item->file);
     }
-    const auto next = std::find_if(m_items.begin(), m_items.end(),
-                                   [](const Item& item) { return !item.isRead(); });
+}
+
+const BackupReader::Item* BackupReader::next() {
     const auto first = std::exchange(m_first, std::nullopt);
-    if (first || next != m_items.end()) {
-        startReading(first.value_or(static_cast<std::size_t>(next - m_items.begin())));
+    auto found = std::find_if(m_items.begin(), m_items.end(), [&](const Item& item) {
+        return item.file.file == first && !item.isRead();
+    });
+    if (found == m_items.end()) {
+        found = std::find_if(m_items.begin(), m_items.end(),
+                             [](const Item& item) { return !item.isRead(); });
     }
+    return found == m_items.end() ? nullptr : &*found;
 }
 
 void BackupReader::startListing() {
@@ -55,14 +75,20 @@ void BackupReader::startListing() {
             for (const auto& each : list.unreadable) {
                 refused.append(translated(each));
             }
-            const auto isOther =
-                refused.join(QLatin1Char('\n')) != m_refusal || !areListed(list.backups);
-            m_refusal = refused.join(QLatin1Char('\n'));
-            if (isOther) {
-                take(std::move(list.backups));
-            }
+            showListed(std::move(list), refused.join(QLatin1Char('\n')));
             goOn();
         });
+}
+
+void BackupReader::showListed(storage::BackupList list, const QString& refusal) {
+    const auto isSame = m_isListed && refusal == m_refusal && list.hasForeign == m_hasForeign &&
+                        areListed(list.backups);
+    m_isListed = true;
+    m_refusal = refusal;
+    m_hasForeign = list.hasForeign;
+    if (!isSame) {
+        take(std::move(list.backups));
+    }
 }
 
 bool BackupReader::areListed(const std::vector<ListedBackup>& files) const {
@@ -71,7 +97,6 @@ bool BackupReader::areListed(const std::vector<ListedBackup>& files) const {
 }
 
 void BackupReader::take(std::vector<ListedBackup> files) {
-    m_first.reset();
     std::vector<Item> items;
     for (auto& file : files) {
         const auto* const known = find(file);
@@ -81,14 +106,13 @@ void BackupReader::take(std::vector<ListedBackup> files) {
     Q_EMIT listed();
 }
 
-void BackupReader::startReading(std::size_t index) {
-    const auto file = m_items.at(index).file;
+void BackupReader::startReading(const ListedBackup& listed) {
     m_task = std::make_unique<storage::BackgroundTask>(
         m_workspace.threads, m_workspace.runLoop,
-        [file, &log = m_workspace.log](storage::Work& work) {
+        [file = listed, &log = m_workspace.log](storage::Work& work) {
             return storage::checkBackup(file, log, work);
         },
-        [this, file](std::future<storage::BackupSummary> outcome) {
+        [this, file = listed](std::future<storage::BackupSummary> outcome) {
             m_task.reset();
             std::optional<storage::BackupSummary> summary;
             const auto refused = ui::refusal([&] { summary = outcome.get(); });

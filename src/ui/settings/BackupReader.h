@@ -6,6 +6,7 @@
 
 #include <QObject>
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -26,6 +27,8 @@ public:
     using List = std::function<storage::BackupList(storage::Work&)>;
     /// Shows what `list` returns or throws; it is called on another thread.
     void read(List list);
+    /// Shows none, and waits no longer for what is being read: for who reads elsewhere from now on.
+    void forget();
 
     struct Item {
         storage::ListedBackup file;
@@ -39,8 +42,12 @@ public:
     const std::vector<Item>& items() const { return m_items; }
     /// What could not be listed, and why; empty where all was.
     const QString& refusal() const { return m_refusal; }
-    /// Reads it anew, before others.
-    void check(std::size_t index);
+    /// Whether others than these may be listed; false before the first list.
+    bool isListed() const { return m_isListed; }
+    /// Whether there are backups of other installations too.
+    bool hasForeign() const { return m_hasForeign; }
+    /// Reads it anew, before others and as `list` finds it: another file may stand there by now.
+    void check(const std::filesystem::path& file, List list);
 
 Q_SIGNALS:
     /// The items are others.
@@ -51,7 +58,10 @@ Q_SIGNALS:
 private:
     void goOn();
     void startListing();
-    void startReading(std::size_t index);
+    void showListed(storage::BackupList list, const QString& refusal);
+    /// The one to be read next, null for none.
+    const Item* next();
+    void startReading(const storage::ListedBackup& listed);
     bool areListed(const std::vector<storage::ListedBackup>& files) const;
     void take(std::vector<storage::ListedBackup> files);
     Item* find(const storage::ListedBackup& file);
@@ -59,9 +69,12 @@ private:
     const Workspace& m_workspace;
     std::vector<Item> m_items;
     QString m_refusal;
+    bool m_isListed = false;
+    bool m_hasForeign = false;
     /// What is to be listed next; null for nothing.
     List m_list;
-    std::optional<std::size_t> m_first;
+    /// What is to be read next, if it is still listed.
+    std::optional<std::filesystem::path> m_first;
     std::unique_ptr<storage::BackgroundTask> m_task;
 };
 

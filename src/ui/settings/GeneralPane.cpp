@@ -54,7 +54,7 @@ void GeneralPane::addDefaults(const Theme& theme) {
                                      &app::AppPreferences::setDefaultBoardID);
     m_defaultBoardRow = &group.addRow(tr("Default board"), m_defaultBoard);
     m_reminder = new TimeField(m_workspace.dates.shared(), theme, this);
-    connect(m_reminder, &TypedField::changed, this, [this] {
+    connect(m_reminder, &TypedField::settled, this, [this] {
         const auto& time = m_reminder->time();
         m_preferences.setDefaultReminderMinutes(time.hour() * kMinutesOfHour + time.minute());
     });
@@ -110,7 +110,7 @@ void GeneralPane::follow() {
     m_reminder->setFormats(m_workspace.dates.shared());
     const auto minutes = m_preferences.defaultReminderMinutes();
     const QTime time(minutes / kMinutesOfHour, minutes % kMinutesOfHour);
-    if (time != m_reminder->time()) {
+    if (!m_reminder->isStepping()) { // what it is stepped to is set in a moment
         m_reminder->setTime(time);
     }
     const QSignalBlocker quiet(m_spacing); // nobody has chosen anything

@@ -171,13 +171,10 @@ void SettingsWindow::showPane(int index) {
 
 void SettingsWindow::comeForward() {
     const auto opens = !isVisible();
-    setWindowState(windowState() & ~Qt::WindowMinimized);
     if (opens) {
         m_place.restore(kFirstSize); // window managers put one that comes back elsewhere
     }
-    show();
-    raise();
-    activateWindow();
+    bringForward(*this);
     if (opens || !focusWidget()) {
         focusList();
     }

@@ -4,9 +4,10 @@ namespace korvex::ui {
 
 UnkeptLine::UnkeptLine(app::UserDefaults& defaults, const Theme& theme, QWidget* parent)
     : NoticeLine({.icon = QStringLiteral("warning-circle"),
-                  .text = tr("Settings cannot be saved: their file or folder cannot be written. "
-                             "What is set holds until Korvex ends. Korvex keeps trying; this line "
-                             "goes when they are saved.")},
+                  .text = tr("Settings cannot be saved at the moment: their file or folder cannot "
+                             "be written, or another program keeps them locked. What is set holds "
+                             "until Korvex ends. Korvex keeps trying; this line goes when they are "
+                             "saved.")},
                  theme, Place::atTop) {
     setParent(parent);
     const auto show = [this, &defaults] { setHolds(!defaults.isKept()); };

@@ -262,13 +262,6 @@ void MainWindow::showError(const QString& message) {
     m_pages->current().refuse(message);
 }
 
-void MainWindow::comeForward() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
-}
-
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (!m_wasPainted && event->type() == QEvent::Paint) {
         m_wasPainted = true;

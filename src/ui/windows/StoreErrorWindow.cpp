@@ -21,9 +21,10 @@ constexpr int kIconSize = 48;
 
 } // namespace
 
-StoreErrorWindow::StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
-                                   const Theme& theme, Which which) {
-    setWindowTitle(QStringLiteral("Korvex"));
+StoreErrorWindow::StoreErrorWindow(const QString& program, const QString& message,
+                                   const std::filesystem::path& storeFile, const Theme& theme,
+                                   Which which) {
+    setWindowTitle(program);
     Accessibility::setRole(*this, QAccessible::Window);
     const auto folder = toFileName(storeFile.parent_path());
     const auto hasFolder = QFileInfo(folder).isDir();

@@ -17,8 +17,10 @@ class StoreErrorWindow final : public QWidget {
 public:
     /// `legacy`: the store of an older Korvex, which cannot be taken over.
     enum class Which { own, legacy };
-    StoreErrorWindow(const QString& message, const std::filesystem::path& storeFile,
-                     const Theme& theme, Which which = Which::own);
+    /// `program` is its title.
+    StoreErrorWindow(const QString& program, const QString& message,
+                     const std::filesystem::path& storeFile, const Theme& theme,
+                     Which which = Which::own);
 
 Q_SIGNALS:
     /// The store is to be opened once more.

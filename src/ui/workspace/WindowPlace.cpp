@@ -22,4 +22,11 @@ void WindowPlace::save() {
     m_defaults.setBytes(m_key, {place.begin(), place.end()});
 }
 
+void bringForward(QWidget& window) {
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 } // namespace korvex::ui

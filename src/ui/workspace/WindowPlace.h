@@ -24,4 +24,7 @@ private:
     const char* m_key;
 };
 
+/// Shows a window over all others and gives it the keyboard, also when it is minimised.
+void bringForward(QWidget& window);
+
 } // namespace korvex::ui

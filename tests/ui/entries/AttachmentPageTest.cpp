@@ -147,9 +147,11 @@ protected:
         QApplication::clipboard()->setImage(image);
     }
     QFileDialog* dialog() {
-        auto* const found = page.findChild<QFileDialog*>();
-        EXPECT_TRUE(found);
-        return found;
+        while (!page.findChild<QFileDialog*>()) { // a look at where it is to begin comes first
+            runLoop.waitForPosted();
+            runLoop.runPosted();
+        }
+        return page.findChild<QFileDialog*>();
     }
     QAction* item(const QStringList& path) {
         auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
@@ -359,6 +361,8 @@ TEST_F(AttachmentPageTest, FilesChosenForADraftAreOneStepWithIt) {
         QTest::keyClick(page.focusWidget(), Qt::Key_A, Qt::ControlModifier | Qt::ShiftModifier);
     };
     shortcut();
+    EXPECT_TRUE(threads.waitUntilEnded(std::chrono::seconds(10)));
+    runLoop.runPosted();
     EXPECT_FALSE(page.findChild<QFileDialog*>()) << "nothing to attach them to";
     EXPECT_NE(tests::shownRefusal(page), QString());
     QTest::keyClicks(page.focusWidget(), QStringLiteral("Renew passport"));

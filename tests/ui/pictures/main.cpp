@@ -110,7 +110,8 @@ void describeScreen(QTemporaryFile& file, int scale) {
 
 /// Such a store has no main window.
 void takeStoreError(const ui::Theme& theme, const QString& file) {
-    ui::StoreErrorWindow window(QStringLiteral("The store is damaged. Nothing was changed."),
+    ui::StoreErrorWindow window(QStringLiteral("Korvex"),
+                                QStringLiteral("The store is damaged. Nothing was changed."),
                                 "/var/notes/Primary.store", theme);
     window.show();
     QApplication::processEvents();

@@ -1,10 +1,17 @@
 #include "ui/settings/BackupsPaneFixture.h"
 
+#include "base/FileDescriptor.h"
 #include "support/ScopedEnvironment.h"
 #include "ui/kit/controls/Switch.h"
 #include "ui/settings/AutomaticBackupRows.h"
 
 #include <QSignalSpy>
+
+#include <fcntl.h>
+#include <sys/fsuid.h>
+
+#include <csignal>
+#include <thread>
 
 namespace korvex::ui {
 namespace {
@@ -59,9 +66,85 @@ TEST_F(AutomaticBackupsPaneTest, AutomaticBackupsGoToTheChosenFolderAndComeBackF
         "Could not save access to this backup folder. Choose another folder and try again.");
     EXPECT_THAT(words(), HasSubstr("chosen"));
     const QSignalSpy told(settings->findChild<AutomaticBackupRows*>(), &AutomaticBackupRows::told);
+    EXPECT_THAT(words(), Not(HasSubstr("Backup made."))) << "it was asked for something else";
+    settings->resize(settings->width(), 300); // hardly room for two rows
     press("Back Up Now");
-    workUntil([&] { return control<QPushButton>("Back Up Now").isEnabled(); });
-    EXPECT_EQ(told.count(), 0) << "what the folder was refused for is no answer to this";
+    workUntilSaid("Backup made.");
+    EXPECT_EQ(told.count(), 1) << "what the folder was refused for is no answer to this";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isInSight("Backup made."); }));
+    answer("Choose…", chosen);
+    workUntil([&] { return words().find("Backup made.") == std::string::npos; });
+    EXPECT_THAT(words(), HasSubstr("None yet\nNext backup\nDue now"));
+}
+
+/// The backup counts, so the settings tell of it before the failure is known here.
+TEST_F(AutomaticBackupsPaneTest, WhatCouldNotBeRemovedIsToldWhereTheBackupWasAskedFor) {
+    const auto chosen = folder / "chosen";
+    std::filesystem::create_directory(chosen);
+    const auto history = chosen / storage::historyFolderName(preferences.automaticBackupID());
+    std::filesystem::create_directory(history);
+    for (int i = 0; i <= preferences.automaticBackupRetention(); ++i) {
+        std::ofstream(history / ("Korvex-" + std::to_string(i) + ".korvexbackup")) << "{";
+    }
+    const auto main = std::this_thread::get_id();
+    app::FileUserDefaults theirs(
+        folder / "settings.json", nullptr, [&](const std::filesystem::path& file, auto patience) {
+            auto lock = app::FileUserDefaults::lock(file, patience);
+            if (std::this_thread::get_id() != main) { // it is made, and is told of
+                std::filesystem::permissions(history, std::filesystem::perms::owner_read |
+                                                          std::filesystem::perms::owner_exec);
+                ::setfsuid(65'534); // of this thread: root is held up by nothing
+            }
+            return lock;
+        });
+    app::AppPreferences settingsOfIt(theirs, log);
+    const WorkspaceOwner another({.container = *container,
+                                  .preferences = settingsOfIt,
+                                  .defaults = theirs,
+                                  .clock = clock,
+                                  .runLoop = runLoop,
+                                  .threads = threads,
+                                  .log = log,
+                                  .copies = folder / "copies"});
+    window = std::make_unique<MainWindow>(another.workspace(), theme);
+    window->show();
+    openSettings(backups);
+    answer("Choose…", chosen);
+    workUntilSaid(chosen.filename().c_str());
+    settings->resize(settings->width(), 300);
+    log.expectError("Backup operation failed");
+    press("Back Up Now");
+    workUntilSaid("The backup was made; old ones could not be removed: ");
+    EXPECT_TRUE(
+        QTest::qWaitFor([&] { return isInSight(storage::AutomaticBackupService::kFailure); }));
+    EXPECT_THAT(words(), Not(HasSubstr("Backup made.")));
+    std::filesystem::permissions(history, std::filesystem::perms::owner_all);
+    window.reset();
+}
+
+/// A file that is leased is opened only when the lease is given back.
+TEST_F(AutomaticBackupsPaneTest, TheHistoryOfAnotherFolderDoesNotWaitForTheFormerOne) {
+    chooseAndBackUp(folder / "silent");
+    const auto made = storage::backupsIn(folder / "silent").backups.front().file;
+    const auto before = std::signal(SIGIO, SIG_IGN); // it asks for the lease
+    const base::FileDescriptor lease(::open(made.c_str(), O_RDONLY | O_CLOEXEC));
+    if (::fcntl(lease.get(), F_SETLEASE, F_WRLCK) != 0) {
+        GTEST_SKIP() << "no leases here";
+    }
+    press("Check");
+    EXPECT_THAT(words(), HasSubstr("Checking…"));
+    const auto foreign =
+        folder / "other" / storage::historyFolderName(base::Uuid::random()) / "x.korvexbackup";
+    std::filesystem::create_directories(foreign.parent_path());
+    std::ofstream(foreign) << "{";
+    answer("Choose…", folder / "other");
+    workUntilSaid("No automatic backups yet.\nThe folder also holds backups of another "
+                  "installation, or of this one before its settings were lost; Import… reads "
+                  "them.");
+    EXPECT_THAT(words(), Not(HasSubstr("Checking…")));
+    backUpNow();
+    EXPECT_THAT(words(), HasSubstr("The folder also holds")) << "besides";
+    std::signal(SIGIO, before);
 }
 
 TEST_F(AutomaticBackupsPaneTest, AFailureIsToldOnceWhereItBelongsUntilABackupIsMade) {
@@ -199,8 +282,6 @@ TEST_F(AutomaticBackupsPaneTest, TheHistoryKeepsTheKeyboardWhenItIsAnother) {
 
     std::ofstream(place(2)) << "{";
     checks()[0]->click();
-    workUntilSaid("was replaced by another file meanwhile. Try again.");
-    comeBack();
     workUntilSaid("This is not a valid Korvex backup.");
     EXPECT_FALSE(control<QPushButton>("Restore…").isEnabled());
     std::filesystem::remove(place(2));

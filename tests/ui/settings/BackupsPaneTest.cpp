@@ -58,13 +58,15 @@ TEST_F(BackupsPaneTest, WhatIsWreckedComesBackAndThatCanBeTakenBack) {
 TEST_F(BackupsPaneTest, DialogsBeginWhereTheLastOneEndedAndTakeNamesAsTheyAre) {
     add({"mine"});
     openSettings(backups);
-    const auto dialog = [this] { return settings->findChild<QFileDialog*>(); };
-    press("Import…");
-    EXPECT_TRUE(dialog()->directory().exists());
-    EXPECT_EQ(dialog()->findChild<QLineEdit*>()->text(), QString()) << "no folder's name";
-    EXPECT_EQ(dialog()->nameFilters().back(), QStringLiteral("All files (*)"));
-    dialog()->reject();
-    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto expectDocuments = [&] {
+        auto& dialog = openDialog("Import…");
+        EXPECT_TRUE(dialog.directory().exists());
+        EXPECT_EQ(dialog.findChild<QLineEdit*>()->text(), QString()) << "no folder's name";
+        EXPECT_EQ(dialog.nameFilters().back(), QStringLiteral("All files (*)"));
+        dialog.reject();
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    };
+    expectDocuments();
     EXPECT_EQ(settings->focusWidget(), &control<QPushButton>("Import…"));
     const auto exportTo = [&](const char* name) {
         answer("Export…", folder / name);
@@ -81,10 +83,14 @@ TEST_F(BackupsPaneTest, DialogsBeginWhereTheLastOneEndedAndTakeNamesAsTheyAre) {
     answer("Import…", folder / "plain");
     workUntil([&] { return !question().empty(); });
     press("Cancel");
-    press("Export…");
-    EXPECT_EQ(toPath(dialog()->directory().path()), folder.path());
-    EXPECT_EQ(toPath(dialog()->selectedFiles().front()).filename(),
-              "Korvex 2025-03-10.korvexbackup");
+    auto& last = openDialog("Export…");
+    EXPECT_EQ(toPath(last.directory().path()), folder.path());
+    EXPECT_EQ(toPath(last.selectedFiles().front()).filename(), "Korvex 2025-03-10.korvexbackup");
+    last.reject();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    const auto gone = (folder / "gone").native();
+    defaults.setBytes("lastBackupFolder", {gone.begin(), gone.end()});
+    expectDocuments();
 }
 
 TEST_F(BackupsPaneTest, WhatIsRefusedLeavesAllAsItWasAndSaysWhy) {
@@ -165,6 +171,7 @@ TEST_F(BackupsPaneTest, WhatOthersDoMeanwhileIsToldAndNeverLost) {
                                           kNow);
             }
             if (stage == storage::Stage::replacing && operations().isUnderWay()) {
+                EXPECT_FALSE(control<QPushButton>("Cancel").isEnabled());
                 told = words() + tests::SettingsFixture::plain(page().banner().message());
             }
         });
@@ -412,6 +419,8 @@ TEST_F(BackupsPaneTest, OpenEditsAreStoredFirst) {
         EXPECT_THAT(words(), HasSubstr("Your open edits could not be saved. Resolve the save error "
                                        "before using a backup."))
             << button;
+        EXPECT_TRUE(threads.waitUntilEnded(std::chrono::seconds(10))) << "no look for a dialog";
+        runLoop.runPosted();
         EXPECT_FALSE(settings->findChild<QFileDialog*>());
     }
 }

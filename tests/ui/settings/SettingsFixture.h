@@ -76,21 +76,25 @@ protected:
     static std::string plain(QString text) {
         return toUtf8(text.remove(QChar(0x200B)).replace(QChar(0x202F), QLatin1Char(' ')));
     }
+    /// The one for files that the button opens, after a look at where it is to begin.
+    QFileDialog& openDialog(const char* button) {
+        press(button);
+        workUntil([this] { return settings->findChild<QFileDialog*>() != nullptr; });
+        return *settings->findChild<QFileDialog*>();
+    }
     /// Answers the dialog that the button opens, and whether a file may be replaced with yes.
     /// Something else happens between the dialog's look at the file and ours.
     void answer(
         const char* button, const std::filesystem::path& file,
         const std::function<void()>& before = [] {}) {
-        press(button);
-        auto* const dialog = settings->findChild<QFileDialog*>();
-        ASSERT_TRUE(dialog) << button;
+        auto& dialog = openDialog(button);
         before();
         // Not through the dialog's own checks: what it asks would wait for an answer.
-        dialog->findChild<QLineEdit*>()->setText(toQString(file.native()));
-        Q_EMIT dialog->filesSelected(dialog->fileMode() == QFileDialog::Directory
-                                         ? QStringList(toQString(file.native()))
-                                         : dialog->selectedFiles());
-        dialog->close();
+        dialog.findChild<QLineEdit*>()->setText(toQString(file.native()));
+        Q_EMIT dialog.filesSelected(dialog.fileMode() == QFileDialog::Directory
+                                        ? QStringList(toQString(file.native()))
+                                        : dialog.selectedFiles());
+        dialog.close();
         QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         settings->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(settings));

@@ -381,6 +381,69 @@ TEST_F(SettingsTest, BothWindowsSayWhileSettingsCannotBeKept) {
     EXPECT_EQ(countSaid(), 0);
 }
 
+TEST_F(SettingsTest, WhatBeginsWhileNobodyIsThereIsReadOutOnTheWayBack) {
+    std::filesystem::remove(folder / "settings.json");
+    std::filesystem::create_directory(folder / "settings.json");
+    openSettings(appearance);
+    const auto come = [](QWidget& to) {
+        to.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&to));
+    };
+    // What is read out names its line anew.
+    const auto isSaid = [](QWidget& in) {
+        auto& line = *in.findChild<UnkeptLine*>();
+        const auto wasSaid = line.isVisible() && !line.accessibleName().isEmpty();
+        line.setAccessibleName({});
+        return wasSaid;
+    };
+    for (auto* const each : std::initializer_list<QWidget*>{window.get(), settings}) {
+        isSaid(*each);
+    }
+    QWidget elsewhere;
+    elsewhere.show();
+    come(elsewhere);
+    preferences.setFontSize(24);
+    EXPECT_TRUE(settings->findChild<UnkeptLine*>()->isVisible());
+    EXPECT_FALSE(isSaid(*settings) || isSaid(*window));
+    come(*settings);
+    EXPECT_TRUE(isSaid(*settings));
+    EXPECT_FALSE(isSaid(*window));
+    come(*window);
+    EXPECT_TRUE(isSaid(*window));
+    come(*settings);
+    EXPECT_FALSE(isSaid(*settings)) << "once";
+}
+
+TEST_F(SettingsTest, StepsAreSetOnceWhenTheyPauseOrTheFieldIsLeft) {
+    openSettings(general);
+    auto& field = control<TimeField>("Default reminder time");
+    int sets = 0;
+    const auto counting = preferences.didChange().connect([&](AppPreferences::Property which) {
+        sets += which == AppPreferences::Property::defaultReminderMinutes ? 1 : 0;
+    });
+    auto expected = preferences.defaultReminderMinutes();
+    for (const auto& end : std::initializer_list<std::function<void()>>{
+             [&] { EXPECT_TRUE(QTest::qWaitFor([&] { return sets > 0; })); },
+             [&] { control<QComboBox>("Open with").setFocus(); },
+             [&] { settings->close(); },
+         }) {
+        field.setFocus();
+        sets = 0;
+        for (int i = 0; i < 3; ++i) {
+            QTest::keyClick(&field, Qt::Key_Up);
+            expected += 5;
+        }
+        theirs.setFontSize(theirs.fontSize() == 24 ? 10 : 24);
+        preferences.reload();
+        QApplication::processEvents();
+        EXPECT_EQ(sets, 0);
+        end();
+        EXPECT_EQ(sets, 1);
+        EXPECT_EQ(preferences.defaultReminderMinutes(), expected);
+        EXPECT_EQ(field.time().msecsSinceStartOfDay(), expected * 60'000);
+    }
+}
+
 TEST_F(SettingsTest, OnlyTheUsersOwnStoreIsRemembered) {
     preferences.setLaunchDestination(Destination::board);
     preferences.setLaunchBoardID(work->id());

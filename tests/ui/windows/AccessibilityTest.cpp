@@ -12,13 +12,18 @@
 #include "ui/windows/StoreErrorWindow.h"
 #include "ui/windows/StorePreparingWindow.h"
 #include "ui/windows/WindowScenes.h"
+#include "ui/workspace/ProgramName.h"
 
 #include <QLabel>
 #include <QMenu>
 #include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
 #include <QToolButton>
 
 #include <gmock/gmock.h>
+
+#include <functional>
 
 namespace korvex::ui {
 namespace {
@@ -227,19 +232,23 @@ TEST_F(AccessibilityTest, ShiftF10OpensTheMenuOfWhatHasTheKeyboard) {
 }
 
 TEST_F(AccessibilityTest, AStoreErrorHasNamesForAllThatCanBeReached) {
-    StoreErrorWindow error(QStringLiteral("The store is damaged."), "/tmp/Primary.store", theme);
+    StoreErrorWindow error(QStringLiteral("Korvex"), QStringLiteral("The store is damaged."),
+                           "/tmp/Primary.store", theme);
     error.show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(&error));
     EXPECT_THAT(AccessibleTree(error).problems(), IsEmpty());
 }
 
 TEST_F(AccessibilityTest, WhatStandsInForTheMainWindowSaysWhichFileItIsAboutAndWhatIsDone) {
-    StoreErrorWindow legacy(QStringLiteral("It is cut short."), "/tmp/Korvex/default.store", theme,
-                            StoreErrorWindow::Which::legacy);
-    StorePreparingWindow preparing(theme);
-    const auto words = [](QWidget& shown) {
+    const auto program = programName(std::filesystem::path("/tmp/notes"));
+    EXPECT_EQ(program, QStringLiteral("/tmp/notes – Korvex"));
+    StoreErrorWindow legacy(program, QStringLiteral("It is cut short."),
+                            "/tmp/Korvex/default.store", theme, StoreErrorWindow::Which::legacy);
+    StorePreparingWindow preparing(program, theme);
+    const auto words = [&program](QWidget& shown) {
         shown.show();
         EXPECT_THAT(AccessibleTree(shown).problems(), IsEmpty());
+        EXPECT_EQ(shown.windowTitle(), program) << "of two stores, which";
         std::string all;
         for (const auto* const label : shown.findChildren<QLabel*>()) {
             all += label->text().toStdString() + "\n";
@@ -250,6 +259,21 @@ TEST_F(AccessibilityTest, WhatStandsInForTheMainWindowSaysWhichFileItIsAboutAndW
                                          "it away to start anew, or try again when the cause is "
                                          "gone.\n/tmp/Korvex/default.store\n"));
     EXPECT_THAT(words(preparing), HasSubstr("The store is being prepared\n"));
+    auto& spoken = *QAccessible::queryAccessibleInterface(preparing.findChild<QLabel*>());
+    EXPECT_EQ(spoken.role(), QAccessible::AlertMessage) << "it appears by itself";
+    EXPECT_EQ(spoken.text(QAccessible::Name), QStringLiteral("The store is being prepared"));
+    const QSignalSpy left(&preparing, &StorePreparingWindow::left);
+    int leaves = 0;
+    for (const auto& leave : std::initializer_list<std::function<void()>>{
+             [&] { preparing.close(); },
+             [&] { QTest::keyClick(&preparing, Qt::Key_Escape); },
+             [&] { QTest::keyClick(&preparing, Qt::Key_Q, Qt::ControlModifier); },
+         }) {
+        preparing.show();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&preparing));
+        leave();
+        EXPECT_EQ(left.count(), ++leaves);
+    }
 }
 
 } // namespace

@@ -8,11 +8,15 @@
 #include <QWheelEvent>
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 namespace korvex::ui {
 
 namespace {
+
+/// More than between two steps of a key that is held down.
+constexpr std::chrono::milliseconds kPause{700};
 
 /// Another window, or a menu of this one, has the keyboard for a while only.
 bool isForAWhile(Qt::FocusReason reason) {
@@ -28,12 +32,32 @@ TypedField::TypedField(const Theme& theme, QWidget* parent) : QLineEdit(parent),
         Q_EMIT typing();
         m_isTaken = isWhole(typed) && read(typed);
         if (m_isTaken) {
-            Q_EMIT changed();
+            valueGiven();
         }
     });
+    m_stepping.setSingleShot(true);
+    connect(&m_stepping, &QTimer::timeout, this, &TypedField::settled);
+}
+
+void TypedField::valueGiven() {
+    m_stepping.stop();
+    Q_EMIT changed();
+    Q_EMIT settled();
 }
 
 bool TypedField::take() {
+    endStepping();
+    return takeTyped();
+}
+
+void TypedField::endStepping() {
+    if (m_stepping.isActive()) {
+        m_stepping.stop();
+        Q_EMIT settled();
+    }
+}
+
+bool TypedField::takeTyped() {
     if (!isModified()) {
         return true;
     }
@@ -42,7 +66,7 @@ bool TypedField::take() {
         return false;
     }
     showValue();
-    Q_EMIT changed();
+    valueGiven();
     if (hasFocus()) {
         selectAll(); // a step from here is one of the whole, and what is typed takes its place
     }
@@ -64,7 +88,7 @@ bool TypedField::takeBack() {
     showValue();
     selectAll();
     if (isBack) {
-        Q_EMIT changed();
+        valueGiven();
     }
     return true;
 }
@@ -138,12 +162,13 @@ void TypedField::select(base::DatePart part) {
 }
 
 void TypedField::step(Stride stride, int steps) {
-    if (!take()) {
+    if (!takeTyped()) {
         return;
     }
     const auto part = stride == Stride::line ? partAtCaret() : partOf(stride);
     stepPart(part, steps);
     showValue();
+    m_stepping.start(kPause);
     Q_EMIT changed();
     select(part);
 }

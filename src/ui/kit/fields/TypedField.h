@@ -5,6 +5,7 @@
 #include "ui/kit/theme/Theme.h"
 
 #include <QLineEdit>
+#include <QTimer>
 
 namespace korvex::ui {
 
@@ -15,7 +16,7 @@ class TypedField : public QLineEdit {
     Q_OBJECT
 
 public:
-    /// Reads what has been typed. False where it says nothing.
+    /// Reads what has been typed, and ends the stepping. False where it says nothing.
     bool take();
     /// Shows the value in place of what has been typed, which another choice has made void.
     void discard();
@@ -24,6 +25,8 @@ public:
     bool takeBack();
     /// Whether something is typed that was not taken yet.
     bool isTyping() const { return isModified() && !m_isTaken; }
+    /// Whether the value was just stepped, and may be again.
+    bool isStepping() const { return m_stepping.isActive(); }
     /// Why what is typed was refused; empty while it was not.
     const QString& problem() const { return m_problem; }
     /// Marks a value that can be read and yet cannot be: `why` says so; empty when it can.
@@ -37,6 +40,9 @@ Q_SIGNALS:
     void typing();
     /// The user has given the field a value, which may be the one that it had.
     void changed();
+    /// The same, once for all steps of a key that is held down or of a wheel: for whom each value
+    /// costs something.
+    void settled();
     void problemChanged();
 
 protected:
@@ -71,6 +77,9 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    bool takeTyped();
+    void endStepping();
+    void valueGiven();
     void step(Stride stride, int steps);
     base::DatePart partAtCaret() const;
     void select(base::DatePart part);
@@ -87,6 +96,8 @@ private:
     QString m_problem;
     QString m_objection;
     WheelNotches m_wheel;
+    /// Until the stepping has paused.
+    QTimer m_stepping;
 };
 
 } // namespace korvex::ui

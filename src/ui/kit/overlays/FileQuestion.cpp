@@ -15,14 +15,9 @@ namespace korvex::ui {
 namespace {
 
 /// The dialog takes what is no folder for the name of a file.
-QString existing(const QString& folder) {
-    const auto documents = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    for (const auto& each : {folder, documents}) {
-        if (!each.isEmpty() && QFileInfo(each).isDir()) {
-            return each;
-        }
-    }
-    return QDir::homePath();
+QString documents() {
+    const auto folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    return !folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QDir::homePath();
 }
 
 QFileDialog::FileMode modeOf(FileQuestion::Kind kind) {
@@ -55,7 +50,8 @@ void giveKeyboardBack(QFileDialog& dialog, QWidget& asker) {
 } // namespace
 
 void FileQuestion::ask(QWidget& asker, Receive receive) const {
-    auto* const dialog = new QFileDialog(asker.window(), title, existing(folder));
+    auto* const dialog =
+        new QFileDialog(asker.window(), title, folder.isEmpty() ? documents() : folder);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(modeOf(kind));
     dialog->setOption(QFileDialog::ShowDirsOnly, kind == Kind::folder);

@@ -17,8 +17,9 @@ struct FileQuestion {
 
     QString title;
     Kind kind;
-    /// Where the dialog opens. Where that is no folder any more: among the user's documents.
-    QString folder;
+    /// Where the dialog opens: a folder that is there and answers, for it is looked at from the
+    /// main thread. Empty for the user's documents.
+    QString folder = {};
     /// Of a file to write, as it is proposed.
     QString name = {};
     /// As Qt writes them, such as "Pictures (*.png)"; the first one is chosen at the beginning.

@@ -60,15 +60,25 @@ void NoticeLine::setHolds(bool holds) {
         return;
     }
     setVisible(holds);
-    m_isUnsaid = holds && !isVisible();
-    if (holds && isVisible() && isActiveWindow()) {
-        Accessibility::say(*this, m_text->text());
-    }
+    m_isUnsaid = holds;
+    sayInSight();
 }
 
 void NoticeLine::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
-    if (std::exchange(m_isUnsaid, false)) {
+    window()->installEventFilter(this);
+    sayInSight();
+}
+
+bool NoticeLine::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::WindowActivate && watched == window()) {
+        sayInSight();
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void NoticeLine::sayInSight() {
+    if (isVisible() && isActiveWindow() && std::exchange(m_isUnsaid, false)) {
         Accessibility::say(*this, m_text->text());
     }
 }

@@ -29,8 +29,8 @@ public:
     enum class Place { underHeader, atTop };
     NoticeLine(const Words& words, const Theme& theme, Place place = Place::underHeader);
 
-    /// Whether what it says is so: it is shown, and read out once. Of several windows that say so
-    /// the active one is read out, or a later one when it first comes into sight.
+    /// Whether what it says is so: it is shown, and read out once, as soon as its user is in this
+    /// window and it is in sight.
     void setHolds(bool holds);
     void setActionEnabled(bool enabled);
 
@@ -39,9 +39,11 @@ Q_SIGNALS:
 
 protected:
     void showEvent(QShowEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void applyTheme();
+    void sayInSight();
 
     const Theme& m_theme;
     Place m_place;
@@ -52,7 +54,6 @@ private:
     /// Null where there is nothing to do.
     QPushButton* m_button = nullptr;
     WordsAndButton* m_words = nullptr;
-    /// It began to hold while its window or page was out of sight.
     bool m_isUnsaid = false;
 };
 
