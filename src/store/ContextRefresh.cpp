@@ -160,6 +160,7 @@ void ContextCore::mergeRow(std::size_t index, const Statement& row, Record& reco
     }
     state.version = codec.version(row);
     state.checksum = codec.checksum(row);
+    state.alteration.reset();
 }
 
 void ContextCore::goneFromStore(Record& record, ChangeSet& changes) {

@@ -164,10 +164,10 @@ std::vector<RowChange> ContextCore::writePending(std::int64_t revision) {
 
 void ContextCore::writeInserted(std::size_t index, Record& record, std::int64_t revision) {
     auto& type = statements(index);
-    auto& state = record.state();
-    state.nextChecksum = type.codec.checksum(record);
-    type.codec.bindRow(type.insert, record, revision, state.nextChecksum);
+    type.codec.bindRow(type.insert, record, revision);
     type.insert.run();
+    auto& state = record.state();
+    state.alteration = 0;
     state.rowid = sqlite3_last_insert_rowid(m_container.connection().handle());
     writeExternal(type, record, External::all);
 }
@@ -186,10 +186,11 @@ void ContextCore::writeChanged(std::size_t index, Record& record, std::int64_t r
     // What was damaged before it was read is not vouched for by a save that changes something else:
     // the checksum stays as wrong as it was.
     auto& state = record.state();
-    state.nextChecksum =
-        type.codec.checksum(record) ^ type.codec.originalChecksum(record) ^ state.checksum;
+    if (!state.alteration) {
+        state.alteration = state.checksum ^ type.codec.originalChecksum(record);
+    }
     update.bind(0, revision);
-    update.bind(1, static_cast<std::int64_t>(state.nextChecksum));
+    update.bind(1, static_cast<std::int64_t>(type.codec.checksum(record) ^ *state.alteration));
     int column = 2;
     for (const auto field : fields) {
         type.codec.bindField(update, column, record, field);
@@ -217,7 +218,6 @@ ChangeSet ContextCore::settlePending(std::int64_t revision) {
         auto& state = record->state();
         state.phase = Phase::stored;
         state.version = revision;
-        state.checksum = state.nextChecksum;
         m_tables.of(*record).byRowid[state.rowid] = record;
     }
     m_pending.inserted.clear();
@@ -228,7 +228,6 @@ ChangeSet ContextCore::settlePending(std::int64_t revision) {
             changes.updated.push_back(record->id());
             state.originals.clear();
             state.version = revision;
-            state.checksum = state.nextChecksum;
         }
     }
     m_pending.touched.clear();

@@ -26,10 +26,11 @@ struct RecordState {
     Phase phase = Phase::detached;
     std::int64_t rowid = 0;
     std::int64_t version = 0;
-    /// That the row has, which is not that of its values where it was damaged before it was read;
-    /// and that it gets by the save that is under way.
+    /// That the row had when it was read.
     std::uint64_t checksum = 0;
-    std::uint64_t nextChecksum = 0;
+    /// What it differs by from that of the row's values, which is more than nothing where those
+    /// were damaged before; absent until the first save asks for it.
+    std::optional<std::uint64_t> alteration;
     std::vector<Original> originals;
     /// Deleted in the store by someone else while it has pending changes here.
     bool isGoneFromStore = false;

@@ -223,10 +223,9 @@ void RowCodec::bindField(Statement& statement, int index, const Record& record,
     assert(false);
 }
 
-void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t version,
-                       std::uint64_t checksum) const {
+void RowCodec::bindRow(Statement& statement, const Record& record, std::int64_t version) const {
     statement.bind(0, version);
-    statement.bind(1, static_cast<std::int64_t>(checksum));
+    statement.bind(1, static_cast<std::int64_t>(checksum(record)));
     int index = 2;
     for (const auto& each : m_columns) {
         bindField(statement, index, record, each.field);

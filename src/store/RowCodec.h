@@ -25,8 +25,7 @@ public:
 
     void bindField(Statement& statement, int index, const Record& record, std::size_t field) const;
     /// Binds version, checksum and all fields to `tableSql::insert`.
-    void bindRow(Statement& statement, const Record& record, std::int64_t version,
-                 std::uint64_t checksum) const;
+    void bindRow(Statement& statement, const Record& record, std::int64_t version) const;
 
     /// The checksum over all fields in the row, in declared order: presence, length or number,
     /// bytes.
