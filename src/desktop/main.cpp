@@ -94,6 +94,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                       .instance = instance});
     auto taken = standIns.takeStore(opening ? *std::move(opening) : open(), open);
     if (!taken) {
+        instance.close(); // nobody is there to come forward any more
         return kStoreUnusable;
     }
     auto& store = *taken;
@@ -128,6 +129,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
             break;
         }
         if (standIns.showError(*refused) == desktop::StandIns::AfterError::quit) {
+            instance.close();
             return kStoreUnusable;
         }
     }

@@ -33,7 +33,7 @@ struct ListedBackup {
 struct BackupList {
     std::vector<ListedBackup> backups = {};
     std::vector<std::string> unreadable = {};
-    /// Of one installation: that others have some there too.
+    /// Of one history: that the folder holds others too.
     bool hasForeign = false;
 };
 

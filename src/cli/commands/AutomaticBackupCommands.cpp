@@ -43,7 +43,8 @@ base::Uuid history(Session& session) {
         const auto store = storage::openForReading(session.storeFile(), session.environment().log);
         return preferences.automaticBackupID(store->storeID());
     } catch (const store::StoreError&) {
-        return preferences.automaticBackupID();
+        const auto last = preferences.automaticBackupLastStoreID();
+        return last ? preferences.automaticBackupID(*last) : preferences.automaticBackupID();
     }
 }
 
@@ -116,6 +117,14 @@ ExitStatus list(Session& session, const ListOptions& options) {
         session.remark(options.folder.empty()
                            ? "There are no automatic backups yet."
                            : "There are no backups in " + options.folder.front() + ".");
+    }
+    if (found.hasForeign && !session.wantsJson()) {
+        session.remark(
+            storage::FolderBookmark::read(*session.preferences().automaticBackupBookmark())
+                .path()
+                .string() +
+            " also holds backups of another store or installation, or of this one before its "
+            "settings were lost; named behind \"backup list\", it is listed whole.");
     }
     auto status = ExitStatus::done;
     for (const auto& each : found.unreadable) {

@@ -180,7 +180,7 @@ void AutomaticBackupRows::followAnswer() {
     const auto isCancelled = m_service.wasCancelled();
     // One in the folder before is none in the chosen one.
     m_isMade = m_isMade && !m_service.isRunning() && !m_service.errorMessage() && !isCancelled &&
-               m_preferences.automaticBackupLastSuccess();
+               m_service.lastSuccess();
     m_answer->setVisible(isCancelled || m_isMade); // what is not in sight is not read out
     m_answer->setAnswer(m_isMade       ? tr("Backup made.")
                         : !isCancelled ? QString()

@@ -145,8 +145,8 @@ QString BackupHistoryRows::emptyText() const {
 
 QString BackupHistoryRows::foreignText() const {
     return m_reader.hasForeign()
-               ? tr("The folder also holds backups of another installation, or of this one before "
-                    "its settings were lost; Import… reads them.")
+               ? tr("The folder also holds backups of another store or installation, or of this "
+                    "one before its settings were lost; Import… reads them.")
                : QString();
 }
 

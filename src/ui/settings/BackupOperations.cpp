@@ -127,8 +127,8 @@ QString BackupOperations::loss() const {
     }
     switch (m_kind) {
     case Kind::exporting:
-        return tr("A backup is being exported. If Korvex quits now, that is cancelled and there "
-                  "will be no file.");
+        return tr("A backup is being exported. If Korvex quits now, that is cancelled and "
+                  "nothing is exported.");
     case Kind::importing:
         return tr("A backup is being imported. If Korvex quits now, that is cancelled and your "
                   "boards and entries stay as they are.");

@@ -44,7 +44,7 @@ public:
     const QString& refusal() const { return m_refusal; }
     /// Whether others than these may be listed; false before the first list.
     bool isListed() const { return m_isListed; }
-    /// Whether there are backups of other installations too.
+    /// Whether there are backups of other histories too.
     bool hasForeign() const { return m_hasForeign; }
     /// Reads it anew, before others and as `list` finds it: another file may stand there by now.
     void check(const std::filesystem::path& file, List list);

@@ -16,6 +16,7 @@
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
 #include "ui/workspace/ProgramName.h"
+#include "ui/workspace/WindowPlace.h"
 
 #include <QCloseEvent>
 #include <QKeyEvent>
@@ -287,6 +288,7 @@ void MainWindow::keyPressEvent(QKeyEvent* event) {
 
 void MainWindow::storeAll() {
     m_whenAtWork = WhenAtWork::closes;
+    m_waiting.cancel();
     m_layout.save();
     static_cast<void>(leaveAll());
     if (m_settings) {
@@ -320,7 +322,7 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MainWindow::askToEnd(const QString& loss) {
-    comeForward();
+    bringForward(*this);
     if (m_whenAtWork == WhenAtWork::waits) {
         return;
     }
