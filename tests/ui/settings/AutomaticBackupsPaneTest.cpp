@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <sys/fsuid.h>
 
+#include <atomic>
 #include <csignal>
 #include <thread>
 
@@ -87,10 +88,12 @@ TEST_F(AutomaticBackupsPaneTest, WhatCouldNotBeRemovedIsToldWhereTheBackupWasAsk
         std::ofstream(history / ("Korvex-" + std::to_string(i) + ".korvexbackup")) << "{";
     }
     const auto main = std::this_thread::get_id();
+    std::atomic<bool> isMade = false;
     app::FileUserDefaults theirs(
         folder / "settings.json", nullptr, [&](const std::filesystem::path& file, auto patience) {
             auto lock = app::FileUserDefaults::lock(file, patience);
-            if (std::this_thread::get_id() != main) { // it is made, and is told of
+            // It is made then, and is told of.
+            if (std::this_thread::get_id() != main && !isMade.exchange(true)) {
                 std::filesystem::permissions(history, std::filesystem::perms::owner_read |
                                                           std::filesystem::perms::owner_exec);
                 ::setfsuid(65'534); // of this thread: root is held up by nothing
