@@ -104,7 +104,7 @@ TEST_F(QuickEntryDraftTest, OnAFullDiskTheWordsOutliveTheFiles) {
 
 TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
     int lastRead = 0;
-    for (int round = 0; round < 20; ++round) {
+    for (int round = 0; round < 8; ++round) {
         int pipe[2];
         ASSERT_EQ(::pipe(pipe), 0);
         const auto child = ::fork();
@@ -125,7 +125,7 @@ TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
         for (int seen = 0; seen <= round && ::read(pipe[0], &acknowledged, sizeof acknowledged) > 0;
              ++seen) {
         }
-        ::usleep(static_cast<useconds_t>(round * 97));
+        ::usleep(static_cast<useconds_t>(round * 241));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
         while (::read(pipe[0], &acknowledged, sizeof acknowledged) > 0) {

@@ -75,6 +75,34 @@ constexpr std::uint16_t kAltBit = XCB_MOD_MASK_1;
 constexpr std::uint16_t kNumLockBit = XCB_MOD_MASK_2;
 constexpr const char* kRefused = "Quick Entry shortcut unavailable: 10";
 
+/// One that has Alt + Space for a menu of its own, as many have.
+class WindowManager {
+public:
+    explicit WindowManager(const std::string& display)
+        : m_display(display), m_process(tests::start({"env", "DISPLAY=" + display, "openbox"})) {}
+    ~WindowManager() {
+        ::kill(m_process, SIGTERM);
+        ::waitpid(m_process, nullptr, 0);
+    }
+    WindowManager(const WindowManager&) = delete;
+    WindowManager& operator=(const WindowManager&) = delete;
+
+    /// Waits until it has. Seldom looked at: looking takes the key for a moment.
+    bool hasAltSpace() const {
+        for (int i = 0; i < 30; ++i) {
+            std::this_thread::sleep_for(500ms);
+            if (OtherClient(m_display).grab(kSpaceKey, kAltBit) == XCB_ACCESS) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+private:
+    std::string m_display;
+    pid_t m_process;
+};
+
 class X11HotkeyBackendTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -188,6 +216,25 @@ TEST_F(X11HotkeyBackendTest, WhatAWindowManagerLeavesIsTaken) {
     EXPECT_EQ(manager.activeShortcut(), Shortcut());
     EXPECT_EQ(manager.issue(), std::nullopt);
     EXPECT_EQ(pressesOf("alt+space"), 1U);
+}
+
+TEST_F(X11HotkeyBackendTest, StandsBesideARealWindowManagerWhichComesAndGoes) {
+    log.expectError(kRefused);
+    {
+        const WindowManager first(server.display());
+        ASSERT_TRUE(first.hasAltSpace());
+        EXPECT_FALSE(manager.update({}));
+        const auto free = manager.firstFree(Shortcut::alternatives());
+        ASSERT_TRUE(free);
+        EXPECT_TRUE(manager.update(*free));
+        EXPECT_EQ(pressesOf("ctrl+alt+space"), 1U);
+    }
+    EXPECT_EQ(pressesOf("ctrl+alt+space"), 1U);
+    const WindowManager second(server.display());
+    ASSERT_TRUE(second.hasAltSpace());
+    EXPECT_EQ(pressesOf("ctrl+alt+space"), 1U);
+    EXPECT_EQ(pressesOf("alt+space"), 0U);
+    xdotool({"key", "Escape"}); // its menu
 }
 
 TEST_F(X11HotkeyBackendTest, StaysWithItsKeyThroughLayoutsWhichChangeWhatTheKeysShow) {
