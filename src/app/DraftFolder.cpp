@@ -93,7 +93,8 @@ fs::path DraftFolder::beside(const fs::path& storeFile) {
 }
 
 bool DraftFolder::areIn(const fs::path& folder) {
-    return !filesIn(folder, kExtension).empty();
+    std::error_code ignored;
+    return !filesIn(folder, kExtension).empty() || fs::exists(folder / kQuickEntryName, ignored);
 }
 
 fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {

@@ -1,5 +1,6 @@
 #include "app/QuickEntryDraft.h"
 
+#include "app/DraftFolder.h"
 #include "app/DraftJson.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
@@ -14,7 +15,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kFormVersion = 1;
-constexpr const char* kName = "QuickEntry.json";
+constexpr const char* kName = DraftFolder::kQuickEntryName;
 constexpr const char* kAttachmentsName = "QuickEntry.files";
 constexpr const char* kUnreadableName = "QuickEntry.unreadable";
 constexpr std::size_t kMaximumBytes = 8 * 1024 * 1024;

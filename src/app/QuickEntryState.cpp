@@ -222,10 +222,10 @@ void QuickEntryState::finishReading(const base::Uuid& revision, Read read) {
             std::rethrow_exception(read.error);
         }
         append(std::move(read.attachments));
-        m_didChange.emit();
     } catch (const base::Error& error) {
         report(error);
     }
+    m_didChange.emit(); // also where the same was refused before
 }
 
 void QuickEntryState::attach(std::vector<model::EntryAttachment> attachments) {

@@ -1,7 +1,6 @@
 #include "app/StoreLocation.h"
 
 #include "app/DraftFolder.h"
-#include "app/QuickEntryDraft.h"
 #include "app/UserFolders.h"
 
 namespace korvex::app {
@@ -35,9 +34,7 @@ fs::path storeFile(const fs::path& dataDirectory) {
 std::optional<std::string> missingStoreNotice(const fs::path& dataDirectory) {
     const auto file = storeFile(dataDirectory);
     std::error_code ignored;
-    const auto drafts = DraftFolder::beside(file);
-    if (fs::exists(file, ignored) ||
-        (!DraftFolder::areIn(drafts) && !QuickEntryDraftFile::isIn(drafts))) {
+    if (fs::exists(file, ignored) || !DraftFolder::areIn(DraftFolder::beside(file))) {
         return std::nullopt;
     }
     return "The store that was in " + dataDirectory.string() +

@@ -43,6 +43,7 @@ TEST_F(QuickEntryDraftTest, WhatIsWrittenIsReadByTheNextProgram) {
     DraftFolder drafts{{path(), second()}};
     EXPECT_THAT(drafts.find().drafts, ::testing::IsEmpty()) << "nor do the windows offer it";
     EXPECT_THAT(drafts.find().unreadable, ::testing::IsEmpty());
+    EXPECT_TRUE(DraftFolder::areIn(path())) << "yet it shows that a store was here";
     file = another();
     EXPECT_EQ(file.read(), written);
 

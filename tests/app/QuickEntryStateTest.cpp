@@ -208,8 +208,13 @@ TEST_F(QuickEntryStateTest, FilesAreReadWhileThePanelGoesOn) {
                         }),
                         model::AttachmentErrorCase::invalidFile},
          }) {
+        bool isShownAttaching = false;
+        const auto changed =
+            state->didChange().connect([&] { isShownAttaching = state->isAttachingFiles(); });
         state->attachFiles({files}, read);
+        EXPECT_TRUE(isShownAttaching);
         runBackground();
+        EXPECT_FALSE(isShownAttaching);
         EXPECT_EQ(state->errorMessage(), descriptionOf(refusal));
         EXPECT_THAT(state->attachments(), SizeIs(3));
         EXPECT_FALSE(state->isAttachingFiles());
