@@ -100,6 +100,7 @@ std::vector<model::EntryAttachment> attachmentsIn(const fs::path& folder) {
 
 std::vector<base::Uuid> idsOf(const std::vector<model::EntryAttachment>& attachments) {
     std::vector<base::Uuid> ids;
+    ids.reserve(attachments.size());
     for (const auto& each : attachments) {
         ids.push_back(each.id);
     }

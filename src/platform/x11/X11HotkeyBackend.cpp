@@ -164,6 +164,7 @@ app::HotkeyStatus X11HotkeyBackend::tryToGrab(const std::vector<Grab>& grabs) {
     }
     auto* const connection = m_connection.get();
     std::vector<xcb_void_cookie_t> requests;
+    requests.reserve(grabs.size());
     for (const auto& [root, combination] : grabs) {
         requests.push_back(xcb_grab_key_checked(connection, 0, root, combination.modifiers,
                                                 combination.keycode, XCB_GRAB_MODE_ASYNC,
