@@ -94,6 +94,15 @@ bool isAllowed(Property property, std::int64_t value) {
     return false;
 }
 
+/// Null where there is none of this identifier, or it is archived.
+model::Board* activeBoard(std::span<model::Board* const> boards,
+                          const AppPreferences::BoardID& id) {
+    const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
+        return board->id() == id && !board->isArchived();
+    });
+    return found == boards.end() ? nullptr : *found;
+}
+
 bool isUuid(std::string_view text) {
     return base::Uuid::parse(text).has_value();
 }
@@ -395,13 +404,16 @@ std::optional<base::Uuid> AppPreferences::automaticBackupLastStoreID() const {
     return uuidAt(m_defaults, kLastStoreKey);
 }
 
+model::Board* AppPreferences::quickEntryBoard(std::span<model::Board* const> boards) {
+    if (auto* const fixed = activeBoard(boards, m_values.quickEntryFixedBoardID)) {
+        return fixed;
+    }
+    auto* const last = activeBoard(boards, m_values.quickEntryDefaultBoardID);
+    return last ? last : defaultBoard(boards);
+}
+
 model::Board* AppPreferences::defaultBoard(std::span<model::Board* const> boards) {
-    const auto chosen = [&]() -> model::Board* {
-        const auto found = std::find_if(boards.begin(), boards.end(), [&](const auto* board) {
-            return board->id() == m_values.defaultBoardID && !board->isArchived();
-        });
-        return found == boards.end() ? nullptr : *found;
-    };
+    const auto chosen = [&] { return activeBoard(boards, m_values.defaultBoardID); };
     if (auto* const board = chosen()) {
         return board;
     }

@@ -131,6 +131,9 @@ public:
     /// One that is gone or archived gives way to the Inbox, for later too; not where the list has
     /// no Inbox, as one that could not be read.
     model::Board* defaultBoard(std::span<model::Board* const> boards);
+    /// Where a capture goes unless the user says otherwise: the fixed board, else the one of the
+    /// last capture, else the default board.
+    model::Board* quickEntryBoard(std::span<model::Board* const> boards);
     /// The Inbox.
     static model::Board* fallbackBoard(std::span<model::Board* const> boards);
     /// Every setting that names the board `from` names `to` from now on.

@@ -1,13 +1,10 @@
 #include "app/DraftFolder.h"
 
+#include "app/DraftJson.h"
 #include "base/Base64.h"
 #include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
-
-#include <rapidjson/document.h>
-#include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -23,106 +20,51 @@ namespace {
 constexpr int kFormVersion = 1;
 constexpr const char* kExtension = ".draft";
 
-using Writer = rapidjson::PrettyWriter<rapidjson::StringBuffer>;
-
-void write(Writer& writer, const char* key, std::string_view text) {
-    writer.Key(key);
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
-}
-
 std::string encoded(const Draft& draft) {
-    rapidjson::StringBuffer buffer;
-    Writer writer(buffer);
-    writer.StartObject();
-    writer.Key("version");
-    writer.Int(kFormVersion);
-    write(writer, "type", rawValue(draft.type));
-    write(writer, "board", draft.board.text());
+    DraftWriter writer(kFormVersion);
+    writer.text("type", rawValue(draft.type));
+    writer.text("board", draft.board.text());
     if (draft.edited) {
-        write(writer, "entry", draft.edited->entry.text());
-        writer.Key("entryUpdatedAt");
-        writer.Double(draft.edited->updatedAt.seconds);
+        writer.text("entry", draft.edited->entry.text());
+        writer.instant("entryUpdatedAt", draft.edited->updatedAt);
     }
     if (draft.after) {
-        write(writer, "after", draft.after->text());
+        writer.text("after", draft.after->text());
     }
-    writer.Key("typedAt");
-    writer.Double(draft.typedAt.seconds);
-    write(writer, "content", draft.content);
+    writer.instant("typedAt", draft.typedAt);
+    writer.text("content", draft.content);
     if (draft.richTextData) {
-        write(writer, "richTextData", base::base64(*draft.richTextData));
+        writer.text("richTextData", base::base64(*draft.richTextData));
     }
-    writer.EndObject();
-    buffer.Put('\n');
-    return {buffer.GetString(), buffer.GetSize()};
+    return writer.finish();
 }
 
-/// The members of a draft's JSON object; what is missing or of another kind is absent.
-class Members {
-public:
-    explicit Members(const rapidjson::Document& json) : m_json(json) {}
-
-    std::optional<std::string_view> text(const char* key) const {
-        const auto* const value = find(key);
-        return value && value->IsString()
-                   ? std::optional(std::string_view(value->GetString(), value->GetStringLength()))
-                   : std::nullopt;
-    }
-    std::optional<base::Uuid> id(const char* key) const {
-        const auto value = text(key);
-        return value ? base::Uuid::parse(*value) : std::nullopt;
-    }
-    std::optional<base::Instant> instant(const char* key) const {
-        const auto* const value = find(key);
-        const auto instant = base::Instant{value && value->IsNumber() ? value->GetDouble() : 0};
-        return value && value->IsNumber() && instant.isValid() ? std::optional(instant)
-                                                               : std::nullopt;
-    }
-    bool isVersion(int version) const {
-        const auto* const value = find("version");
-        return value && value->IsInt() && value->GetInt() == version;
-    }
-
-private:
-    const rapidjson::Value* find(const char* key) const {
-        const auto member = m_json.FindMember(key);
-        return member == m_json.MemberEnd() ? nullptr : &member->value;
-    }
-
-    const rapidjson::Document& m_json;
-};
-
 std::optional<Draft> decoded(const base::Uuid& id, const std::string& contents) {
-    // Without recursion: a file of brackets alone must not end the program.
-    constexpr auto kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseFullPrecisionFlag |
-                            rapidjson::kParseValidateEncodingFlag;
-    rapidjson::Document json;
-    json.Parse<kFlags>(contents.data(), contents.size());
-    if (json.HasParseError() || !json.IsObject()) {
+    const auto members = DraftMembers::of(contents, kFormVersion);
+    if (!members) {
         return std::nullopt;
     }
-    const Members members(json);
-    const auto type = members.text("type");
-    const auto board = members.id("board");
-    const auto typedAt = members.instant("typedAt");
-    const auto content = members.text("content");
-    if (!members.isVersion(kFormVersion) || !type || !board || !typedAt || !content) {
+    const auto type = members->text("type");
+    const auto board = members->id("board");
+    const auto typedAt = members->instant("typedAt");
+    const auto content = members->text("content");
+    if (!type || !board || !typedAt || !content) {
         return std::nullopt;
     }
     Draft draft{.id = id,
                 .type = model::entryType(*type),
                 .board = *board,
                 .edited = {},
-                .after = members.id("after"),
+                .after = members->id("after"),
                 .typedAt = *typedAt,
                 .content = std::string(*content),
                 .richTextData = {}};
-    const auto entry = members.id("entry");
-    const auto updatedAt = members.instant("entryUpdatedAt");
+    const auto entry = members->id("entry");
+    const auto updatedAt = members->instant("entryUpdatedAt");
     if (entry && updatedAt) {
         draft.edited = {*entry, *updatedAt};
     }
-    if (const auto data = members.text("richTextData")) {
+    if (const auto data = members->text("richTextData")) {
         draft.richTextData = base::bytesOfBase64(*data);
     }
     return draft;
@@ -151,7 +93,8 @@ fs::path DraftFolder::beside(const fs::path& storeFile) {
 }
 
 bool DraftFolder::areIn(const fs::path& folder) {
-    return !filesIn(folder, kExtension).empty();
+    std::error_code ignored;
+    return !filesIn(folder, kExtension).empty() || fs::exists(folder / kQuickEntryName, ignored);
 }
 
 fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "app/KeyboardLayout.h"
 #include "base/Bytes.h"
 
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace korvex::app {
 
@@ -23,8 +25,29 @@ struct QuickEntryShortcut {
 
     bool operator==(const QuickEntryShortcut&) const = default;
 
+    /// What was pressed: a key, and the modifiers held with it, by whatever names the window system
+    /// has for them. Others that are held do not count.
+    struct KeyEvent {
+        std::uint32_t keyCode = 0;
+        bool command = false;
+        bool shift = false;
+        bool option = false;
+        bool control = false;
+    };
+    static QuickEntryShortcut of(const KeyEvent& event);
+
     /// A key that is no modifier itself, with Command, Option or Control: Shift alone types.
     bool isValid() const;
+    /// Whether the windows use it for something else, such as Command + N for a new entry.
+    bool conflictsWithAppCommand() const;
+
+    /// "⌃⌥⇧⌘K"; in this order, whichever it has.
+    std::string displayString(const KeyboardLayout& layout) const;
+    /// "K", "F5", "↩"; "Key 108" for a key that types nothing.
+    std::string keyDisplayString(const KeyboardLayout& layout) const;
+
+    /// What to offer where the usual one is taken, the best first. Few window managers have these.
+    static std::span<const QuickEntryShortcut> alternatives();
 
     /// JSON with the keys "keyCode" and "modifiers".
     base::Bytes json() const;

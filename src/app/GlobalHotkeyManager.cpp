@@ -1,0 +1,109 @@
+#include "app/GlobalHotkeyManager.h"
+
+#include <algorithm>
+#include <string>
+
+namespace korvex::app {
+
+namespace {
+
+using Kind = GlobalHotkeyManager::Issue::Kind;
+using State = HotkeyStatus::State;
+
+} // namespace
+
+GlobalHotkeyManager::GlobalHotkeyManager(HotkeyBackend& backend, base::LogSink& log)
+    : m_backend(backend),
+      m_log(log, "Hotkey"),
+      m_presses(backend.didPress().connect([this](const HotkeyPress& press) {
+          if (m_activeShortcut && m_onPress) {
+              m_onPress(press);
+          }
+      })),
+      m_statusChanges(
+          backend.didChangeStatus().connect([this](const HotkeyStatus& status) { take(status); })) {
+}
+
+GlobalHotkeyManager::~GlobalHotkeyManager() {
+    m_backend.unregisterShortcut();
+}
+
+bool GlobalHotkeyManager::update(const QuickEntryShortcut& shortcut) {
+    if (!shortcut.isValid() || shortcut.conflictsWithAppCommand()) {
+        m_log.error(shortcut.isValid() ? "Quick Entry shortcut conflicts with an app command"
+                                       : "Quick Entry shortcut is invalid");
+        m_wanted.reset();
+        m_backend.unregisterShortcut();
+        set({.issue = Issue{Kind::invalid}});
+        return false;
+    }
+    if (shortcut == m_activeShortcut) {
+        return true;
+    }
+    m_wanted = shortcut;
+    if (installHandler()) {
+        take(m_backend.registerShortcut(shortcut));
+    }
+    return m_activeShortcut.has_value();
+}
+
+bool GlobalHotkeyManager::follow(AppPreferences& preferences) {
+    m_preferenceChanges =
+        preferences.didChange().connect([this, &preferences](AppPreferences::Property property) {
+            if (property == AppPreferences::Property::quickEntryShortcut) {
+                update(preferences.quickEntryShortcut());
+            }
+        });
+    return update(preferences.quickEntryShortcut());
+}
+
+std::optional<QuickEntryShortcut>
+GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
+    const auto found = std::find_if(shortcuts.begin(), shortcuts.end(), [&](const auto& each) {
+        return each.isValid() && !each.conflictsWithAppCommand() && installHandler() &&
+               m_backend.probe(each).state == State::registered;
+    });
+    return found == shortcuts.end() ? std::nullopt : std::optional(*found);
+}
+
+bool GlobalHotkeyManager::installHandler() {
+    if (m_hasHandler) {
+        return true;
+    }
+    const auto status = m_backend.installHandler();
+    m_hasHandler = status == 0;
+    if (!m_hasHandler) {
+        m_log.error("Hot-key event handler unavailable: " + std::to_string(status));
+        set({.issue = Issue{Kind::unavailable, {State::unavailable, status}}});
+    }
+    return m_hasHandler;
+}
+
+void GlobalHotkeyManager::take(const HotkeyStatus& status) {
+    switch (status.state) {
+    case State::registered:
+        set({.activeShortcut = m_wanted});
+        return;
+    case State::managedByDesktop:
+        set({.isManagedByDesktop = true});
+        return;
+    case State::conflict:
+    case State::unavailable:
+        m_log.error("Quick Entry shortcut unavailable: " + std::to_string(status.code));
+        set({.issue = Issue{Kind::unavailable, status}});
+        return;
+    }
+}
+
+void GlobalHotkeyManager::set(const Outcome& outcome) {
+    const auto isSame = outcome.activeShortcut == m_activeShortcut && outcome.issue == m_issue &&
+                        outcome.isManagedByDesktop == m_isManagedByDesktop;
+    m_activeShortcut = outcome.activeShortcut;
+    m_issue = outcome.issue;
+    m_isManagedByDesktop = outcome.isManagedByDesktop;
+    if (!isSame) {
+        m_didChange.emit();
+    }
+}
+
+} // namespace korvex::app

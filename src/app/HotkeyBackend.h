@@ -1,0 +1,66 @@
+#pragma once
+
+#include "app/QuickEntryShortcut.h"
+#include "base/Signal.h"
+
+#include <cstdint>
+#include <string>
+
+namespace korvex::app {
+
+/// What became of a shortcut that the system was asked for.
+struct HotkeyStatus {
+    enum class State {
+        registered,
+        /// Another program has it.
+        conflict,
+        /// It cannot be had here, or not now.
+        unavailable,
+        /// Programs cannot ask for one: the user sets it up in the desktop's own settings.
+        managedByDesktop,
+    };
+    State state = State::unavailable;
+    /// The system's own number for the reason; 0 where there is none.
+    int code = 0;
+
+    bool operator==(const HotkeyStatus&) const = default;
+};
+
+/// A press of the shortcut, with what its window may need to come to the front.
+struct HotkeyPress {
+    /// When it was pressed, as the X server counts; 0 elsewhere.
+    std::uint32_t timestamp = 0;
+    /// What a Wayland desktop gives for it; empty elsewhere.
+    std::string activationToken;
+};
+
+/// The system's way to have one key combination reported wherever it is pressed. Main thread, where
+/// its signals are emitted too.
+class HotkeyBackend {
+public:
+    virtual ~HotkeyBackend() = default;
+
+    /// Gets ready to hear of presses; 0, or the system's number for why it cannot. Asked once more
+    /// after a failure, not after a success.
+    virtual int installHandler() = 0;
+
+    /// Asks for this shortcut, in the place of one that was asked for before. One that is refused
+    /// is remembered: where it can be had later, `didChangeStatus` says so.
+    virtual HotkeyStatus registerShortcut(const QuickEntryShortcut& shortcut) = 0;
+    /// What asking for this one would come to, just now; what is registered stays. After
+    /// `installHandler`.
+    virtual HotkeyStatus probe(const QuickEntryShortcut& shortcut) = 0;
+    /// Nothing is wanted any more.
+    virtual void unregisterShortcut() = 0;
+
+    /// Once for each press, however long it is held.
+    base::Signal<const HotkeyPress&>& didPress() { return m_didPress; }
+    /// What was registered is lost, or what was refused is registered.
+    base::Signal<const HotkeyStatus&>& didChangeStatus() { return m_didChangeStatus; }
+
+private:
+    base::Signal<const HotkeyPress&> m_didPress;
+    base::Signal<const HotkeyStatus&> m_didChangeStatus;
+};
+
+} // namespace korvex::app

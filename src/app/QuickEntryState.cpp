@@ -1,0 +1,325 @@
+#include "app/QuickEntryState.h"
+
+#include "base/Text.h"
+#include "model/ServiceErrors.h"
+#include "richtext/stored/RichTextSerializer.h"
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace korvex::app {
+
+namespace {
+
+using model::AttachmentError;
+using model::AttachmentErrorCase;
+using model::EntryType;
+using richtext::RichTextSerializer;
+
+constexpr const char* kStillAttaching = "Wait for the files to finish attaching before saving.";
+constexpr const char* kNoBoards = "No boards available. Open the main app to create a board.";
+constexpr const char* kNoDestination = "Quick Entry has no destination board";
+
+/// Whatever Unicode ends a line with; CR and LF together leave an empty line, which is dropped.
+constexpr std::array<std::string_view, 7> kNewlines = {
+    "\n", "\r", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
+
+/// Where the first newline is, and how long; at the end of the text where there is none.
+std::pair<std::size_t, std::size_t> nextNewline(std::string_view text) {
+    std::pair<std::size_t, std::size_t> next{text.size(), 0};
+    for (const auto newline : kNewlines) {
+        const auto found = text.substr(0, next.first).find(newline);
+        if (found != std::string_view::npos) {
+            next = {found, newline.size()};
+        }
+    }
+    return next;
+}
+
+std::exception_ptr unreadable() {
+    return std::make_exception_ptr(AttachmentError(AttachmentErrorCase::invalidFile));
+}
+
+} // namespace
+
+QuickEntryState::QuickEntryState(Surroundings surroundings)
+    : m_context(surroundings.context),
+      m_preferences(surroundings.preferences),
+      m_draftFile(surroundings.draftFile),
+      m_runLoop(surroundings.runLoop),
+      m_clock(surroundings.clock),
+      m_log(surroundings.log, "QuickEntry"),
+      m_inBackground(std::move(surroundings.inBackground)),
+      m_boards(surroundings.context, surroundings.reminders, surroundings.widgets,
+               surroundings.log),
+      m_entries(surroundings.context, surroundings.reminders, surroundings.widgets,
+                surroundings.log),
+      m_draft{.type = surroundings.preferences.quickEntryDefaultType()},
+      m_self(std::make_shared<QuickEntryState*>(this)) {
+    if (auto draft = m_draftFile.read()) {
+        m_draft = std::move(*draft);
+    }
+}
+
+QuickEntryState::~QuickEntryState() {
+    static_cast<void>(keepDraft());
+}
+
+template <typename T>
+void QuickEntryState::edit(T QuickEntryDraft::*field, T value) {
+    if (m_draft.*field != value) {
+        m_draft.*field = std::move(value);
+        draftChanged();
+    }
+}
+
+void QuickEntryState::draftChanged() {
+    m_isDraftKept = false;
+    if (!m_draftTimer) {
+        m_draftTimer = m_runLoop.callAfter(kDraftDelay, [this] { keepDraft(); });
+    }
+    m_didChange.emit();
+}
+
+std::error_code QuickEntryState::keepDraft() {
+    m_draftTimer.reset();
+    if (m_isDraftKept) {
+        return {};
+    }
+    const auto error = m_draftFile.write(m_draft, m_clock.now());
+    m_isDraftKept = !error;
+    if (error) {
+        m_draftTimer = m_runLoop.callAfter(kDraftAgain, [this] { keepDraft(); });
+    }
+    if (error && error != m_draftError) {
+        m_log.error("Quick Entry draft not kept: " + error.message());
+    }
+    m_draftError = error;
+    return error;
+}
+
+void QuickEntryState::setEntryType(EntryType type) {
+    edit(&QuickEntryDraft::type, type);
+}
+
+void QuickEntryState::setContent(std::string content) {
+    edit(&QuickEntryDraft::content, std::move(content));
+}
+
+void QuickEntryState::setSchedule(const model::TodoSchedule& schedule) {
+    edit(&QuickEntryDraft::schedule, schedule);
+}
+
+void QuickEntryState::setHeading(std::optional<richtext::HeadingLevel> heading) {
+    edit(&QuickEntryDraft::heading, heading);
+}
+
+void QuickEntryState::removeAttachment(const base::Uuid& id) {
+    auto rest = m_draft.attachments;
+    std::erase_if(rest, [&](const auto& each) { return each.id == id; });
+    edit(&QuickEntryDraft::attachments, std::move(rest));
+}
+
+void QuickEntryState::setSelectedBoardID(std::optional<base::Uuid> id) {
+    if (m_selectedBoardID != id) {
+        m_selectedBoardID = id;
+        m_didChange.emit();
+    }
+}
+
+void QuickEntryState::setErrorMessage(std::optional<std::string> message) {
+    if (m_errorMessage != message) {
+        m_errorMessage = std::move(message);
+        m_didChange.emit();
+    }
+}
+
+void QuickEntryState::prepare() {
+    if (!hasDraft()) {
+        setEntryType(m_preferences.quickEntryDefaultType());
+    }
+    try {
+        m_context.refresh();
+        const auto active = services::BoardService::activeBoards(m_boards.boards());
+        const auto* const board = m_preferences.quickEntryBoard(active);
+        setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
+    } catch (const base::Error& error) {
+        report(error);
+    }
+}
+
+std::vector<model::Board*> QuickEntryState::boards() {
+    try {
+        m_context.refresh();
+        return services::BoardService::activeBoards(m_boards.boards());
+    } catch (const base::Error& error) {
+        report(error);
+        return {};
+    }
+}
+
+void QuickEntryState::resolveBoard(std::span<model::Board* const> boards) {
+    if (std::any_of(boards.begin(), boards.end(),
+                    [&](const auto* board) { return board->id() == m_selectedBoardID; })) {
+        return;
+    }
+    if (m_selectedBoardID) {
+        m_log.info("Missing Quick Entry board; selecting fallback");
+    }
+    const auto* const board = m_preferences.quickEntryBoard(boards);
+    setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
+}
+
+std::vector<std::string> QuickEntryState::todoContents() const {
+    std::vector<std::string> contents;
+    for (std::string_view rest = m_draft.content; !rest.empty();) {
+        const auto [end, length] = nextNewline(rest);
+        const auto line = base::trimmed(rest.substr(0, end));
+        if (!line.empty()) {
+            contents.emplace_back(line);
+        }
+        rest.remove_prefix(end + length);
+    }
+    return contents;
+}
+
+void QuickEntryState::attachFiles(std::vector<std::filesystem::path> files,
+                                  services::AttachmentReader read) {
+    ++m_filesBeingRead;
+    m_didChange.emit();
+    auto work = [&runLoop = m_runLoop, self = std::weak_ptr(m_self), revision = m_draftRevision,
+                 files = std::move(files), read = std::move(read)] {
+        const auto outcome = std::make_shared<Read>();
+        try {
+            outcome->attachments = read(files);
+        } catch (const base::Error&) {
+            outcome->error = std::current_exception();
+        } catch (const std::exception&) {
+            outcome->error = unreadable();
+        }
+        runLoop.post([self, revision, outcome] {
+            if (const auto state = self.lock()) {
+                (*state)->finishReading(revision, std::move(*outcome));
+            }
+        });
+    };
+    try {
+        m_inBackground(std::move(work));
+    } catch (const std::system_error&) { // the system has no thread for it
+        finishReading(m_draftRevision, {.error = unreadable()});
+    }
+}
+
+void QuickEntryState::finishReading(const base::Uuid& revision, Read read) {
+    if (revision != m_draftRevision) {
+        return; // they were for a draft that was given up
+    }
+    --m_filesBeingRead;
+    try {
+        if (read.error) {
+            std::rethrow_exception(read.error);
+        }
+        append(std::move(read.attachments));
+    } catch (const base::Error& error) {
+        report(error);
+    }
+    m_didChange.emit(); // also where the same was refused before
+}
+
+void QuickEntryState::attach(std::vector<model::EntryAttachment> attachments) {
+    try {
+        append(std::move(attachments));
+    } catch (const base::Error& error) {
+        report(error);
+    }
+}
+
+void QuickEntryState::append(std::vector<model::EntryAttachment> attachments) {
+    auto all = m_draft.attachments;
+    std::move(attachments.begin(), attachments.end(), std::back_inserter(all));
+    model::EntryAttachment::validate(all);
+    edit(&QuickEntryDraft::attachments, std::move(all));
+}
+
+bool QuickEntryState::save() {
+    if (isAttachingFiles()) {
+        setErrorMessage(kStillAttaching);
+        return false;
+    }
+    try {
+        auto* const board = destination();
+        if (!board || !store(*board)) {
+            return false;
+        }
+        m_preferences.setQuickEntryDefaultBoardID(board->id());
+        reset();
+        return true;
+    } catch (const base::Error& error) {
+        report(error);
+        return false;
+    }
+}
+
+model::Board* QuickEntryState::destination() {
+    m_context.refresh();
+    const auto boards = m_boards.boards();
+    const auto active = services::BoardService::activeBoards(boards);
+    resolveBoard(active);
+    if (boards.empty()) {
+        setErrorMessage(kNoBoards);
+        return nullptr;
+    }
+    const auto found = std::find_if(active.begin(), active.end(), [&](const auto* board) {
+        return board->id() == m_selectedBoardID;
+    });
+    if (found == active.end()) {
+        setErrorMessage(kNoDestination);
+        return nullptr;
+    }
+    return *found;
+}
+
+bool QuickEntryState::store(model::Board& board) {
+    if (m_draft.type == EntryType::text) {
+        m_entries.createText(
+            {.rich = RichTextSerializer::applyingHeading(
+                 m_draft.heading, RichTextSerializer::plainRichText(m_draft.content)),
+             .board = board,
+             .now = m_clock.now(),
+             .attachments = m_draft.attachments});
+        return true;
+    }
+    auto contents = todoContents();
+    if (contents.empty()) {
+        return false;
+    }
+    m_entries.createTodos({.contents = std::move(contents),
+                           .board = board,
+                           .now = m_clock.now(),
+                           .schedule = m_draft.schedule,
+                           .attachments = m_draft.attachments});
+    return true;
+}
+
+void QuickEntryState::reset() {
+    m_draft = {.type = m_draft.type};
+    m_filesBeingRead = 0;
+    m_errorMessage.reset();
+    m_draftRevision = base::Uuid::random();
+    // At once: what was captured must not be offered again after a crash.
+    m_draftTimer.reset();
+    m_draftFile.remove();
+    m_isDraftKept = true;
+    m_draftError.clear();
+    m_didChange.emit();
+}
+
+void QuickEntryState::report(const base::Error& error) {
+    m_log.error("Quick Entry failed: " + error.domain() + " (" + std::to_string(error.code()) +
+                ")");
+    setErrorMessage(error.errorDescription());
+}
+
+} // namespace korvex::app

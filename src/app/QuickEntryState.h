@@ -1,0 +1,158 @@
+#pragma once
+
+#include "app/AppPreferences.h"
+#include "app/QuickEntryDraft.h"
+#include "base/Clock.h"
+#include "base/Error.h"
+#include "base/Log.h"
+#include "base/RunLoop.h"
+#include "base/Signal.h"
+#include "base/Uuid.h"
+#include "model/Board.h"
+#include "services/AttachmentFiles.h"
+#include "services/BoardService.h"
+#include "services/EntryService.h"
+#include "store/ModelContext.h"
+
+#include <chrono>
+#include <exception>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace korvex::app {
+
+/// What stands in the Quick Entry panel, where it is to go, and how it gets there. The draft is
+/// kept beside the store while it is typed, so that it outlives the program. Lives as long as the
+/// panel's window; main thread.
+class QuickEntryState {
+public:
+    /// No more than what was typed in so long a time is lost when the program is killed.
+    static constexpr std::chrono::duration<double> kDraftDelay{1.0};
+    /// So long after a failure it is tried again.
+    static constexpr std::chrono::duration<double> kDraftAgain{3.0};
+
+    /// What it works with, all of which must outlive it, and `runLoop` also what `inBackground`
+    /// starts.
+    struct Surroundings {
+        store::ModelContext& context;
+        AppPreferences& preferences;
+        services::ReminderReconciling& reminders;
+        services::WidgetReloading& widgets;
+        QuickEntryDraftFile& draftFile;
+        base::RunLoop& runLoop;
+        const base::Clock& clock;
+        base::LogSink& log;
+        /// Runs what it is given on another thread.
+        std::function<void(std::function<void()>)> inBackground;
+    };
+
+    /// Begins with the draft that a former program left.
+    explicit QuickEntryState(Surroundings surroundings);
+    /// The draft is kept.
+    ~QuickEntryState();
+    QuickEntryState(const QuickEntryState&) = delete;
+    QuickEntryState& operator=(const QuickEntryState&) = delete;
+
+    model::EntryType entryType() const { return m_draft.type; }
+    /// The lines of todos, or a text's plain text. UTF-8.
+    const std::string& content() const { return m_draft.content; }
+    /// That of every todo captured.
+    const model::TodoSchedule& schedule() const { return m_draft.schedule; }
+    /// That of a whole text.
+    std::optional<richtext::HeadingLevel> heading() const { return m_draft.heading; }
+    const std::vector<model::EntryAttachment>& attachments() const { return m_draft.attachments; }
+    /// While files are being read.
+    bool isAttachingFiles() const { return m_filesBeingRead > 0; }
+    /// Another one whenever the draft was reset: what an editor shows of the former is stale.
+    const base::Uuid& draftRevision() const { return m_draftRevision; }
+    /// What the panel is to tell the user.
+    const std::optional<std::string>& errorMessage() const { return m_errorMessage; }
+    const std::optional<base::Uuid>& selectedBoardID() const { return m_selectedBoardID; }
+    bool hasDraft() const { return !m_draft.isEmpty(); }
+
+    void setEntryType(model::EntryType type);
+    void setContent(std::string content);
+    void setSchedule(const model::TodoSchedule& schedule);
+    void setHeading(std::optional<richtext::HeadingLevel> heading);
+    void removeAttachment(const base::Uuid& id);
+    void setSelectedBoardID(std::optional<base::Uuid> id);
+
+    /// The panel opens: a draft keeps its type, else it is the one that the user prefers.
+    void prepare();
+    /// Keeps the destination while it is among these boards, else chooses another.
+    void resolveBoard(std::span<model::Board* const> boards);
+    /// The active boards, in order, to choose from; none where they cannot be read.
+    std::vector<model::Board*> boards();
+    /// One todo for each line that is not blank.
+    std::vector<std::string> todoContents() const;
+    /// Reads the files on another thread and adds them to the draft; all of them or none.
+    void attachFiles(std::vector<std::filesystem::path> files,
+                     services::AttachmentReader read = services::readAttachments);
+    /// The same of what is in memory, such as a pasted picture.
+    void attach(std::vector<model::EntryAttachment> attachments);
+    /// Whether it was stored, and the draft reset. Else the draft is as it was.
+    bool save();
+    /// Gives the draft up. Type and board stay.
+    void reset();
+    /// What was refused, in its own words.
+    void report(const base::Error& error);
+
+    /// Writes the draft now if it is not kept yet, as before the program ends; the error where it
+    /// is not kept then, or not all of it.
+    std::error_code keepDraft();
+
+    /// Emitted when something above is different.
+    base::Signal<>& didChange() { return m_didChange; }
+
+private:
+    /// What a thread that reads files brings back.
+    struct Read {
+        std::vector<model::EntryAttachment> attachments;
+        std::exception_ptr error;
+    };
+
+    /// Gives the field of the draft another value.
+    template <typename T>
+    void edit(T QuickEntryDraft::*field, T value);
+    void draftChanged();
+    void setErrorMessage(std::optional<std::string> message);
+    void finishReading(const base::Uuid& revision, Read read);
+    /// Throws what an entry's attachments may not be.
+    void append(std::vector<model::EntryAttachment> attachments);
+    /// Null where there is none, and then the user was told.
+    model::Board* destination();
+    /// Whether there was anything to store.
+    bool store(model::Board& board);
+
+    store::ModelContext& m_context;
+    AppPreferences& m_preferences;
+    QuickEntryDraftFile& m_draftFile;
+    base::RunLoop& m_runLoop;
+    const base::Clock& m_clock;
+    base::Logger m_log;
+    std::function<void(std::function<void()>)> m_inBackground;
+    services::BoardService m_boards;
+    services::EntryService m_entries;
+
+    QuickEntryDraft m_draft;
+    std::optional<base::Uuid> m_selectedBoardID;
+    base::Uuid m_draftRevision = base::Uuid::random();
+    std::optional<std::string> m_errorMessage;
+    /// How many times files are being read at the moment.
+    int m_filesBeingRead = 0;
+    /// Runs from the first change that is not kept.
+    std::unique_ptr<base::RunLoop::Timer> m_draftTimer;
+    bool m_isDraftKept = true;
+    std::error_code m_draftError;
+    base::Signal<> m_didChange;
+    /// Expires with this object: what a thread brings later finds nobody.
+    std::shared_ptr<QuickEntryState*> m_self;
+};
+
+} // namespace korvex::app

@@ -1,0 +1,146 @@
+#include "app/QuickEntryDraft.h"
+
+#include "app/DraftFolder.h"
+#include "support/SmallDisk.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+
+namespace korvex::app {
+namespace {
+
+using model::EntryAttachment;
+
+class QuickEntryDraftTest : public ::testing::Test {
+protected:
+    static QuickEntryDraft draft(std::string content) { return {.content = std::move(content)}; }
+    static EntryAttachment attachment(std::size_t bytes) {
+        return {.id = base::Uuid::random(), .filename = "a b", .data = base::Bytes(bytes, 7)};
+    }
+    QuickEntryDraftFile another() const { return QuickEntryDraftFile({path(), second()}); }
+
+    std::filesystem::path path() const { return DraftFolder::beside(folder / "Primary.store"); }
+    std::filesystem::path second() const { return folder / "state"; }
+
+    tests::TemporaryFolder folder;
+    QuickEntryDraftFile file = another();
+};
+
+TEST_F(QuickEntryDraftTest, WhatIsWrittenIsReadByTheNextProgram) {
+    auto written = draft("a \"b\"\nc\té\x01");
+    written.schedule = {.dueDate = base::Instant{763286400.123456},
+                        .dueStartDate = base::Instant{763286399},
+                        .reminderDate = base::Instant{1}};
+    written.attachments = {attachment(0), attachment(100'000)};
+    EXPECT_FALSE(file.write(written, {5}));
+    EXPECT_EQ(another().read(), std::nullopt) << "it belongs to who is typing it";
+    DraftFolder drafts{{path(), second()}};
+    EXPECT_THAT(drafts.find().drafts, ::testing::IsEmpty()) << "nor do the windows offer it";
+    EXPECT_THAT(drafts.find().unreadable, ::testing::IsEmpty());
+    EXPECT_TRUE(DraftFolder::areIn(path())) << "yet it shows that a store was here";
+    file = another();
+    EXPECT_EQ(file.read(), written);
+
+    auto text = draft("b");
+    text.type = model::EntryType::text;
+    text.heading = richtext::HeadingLevel::level3;
+    text.schedule = model::TodoSchedule::dueOn(20300101);
+    EXPECT_FALSE(file.write(text, {6}));
+    file = another();
+    EXPECT_EQ(file.read(), text) << "without the files of before";
+    EXPECT_FALSE(file.write(draft(" \n"), {7}));
+    EXPECT_FALSE(std::filesystem::exists(path())) << "blanks are no draft";
+}
+
+TEST_F(QuickEntryDraftTest, WhatIsNoneIsKeptUnderAnotherName) {
+    for (const auto* const contents : {"", "{", "[[[[", "{\"version\":2,\"type\":\"todo\"}"}) {
+        std::filesystem::create_directories(path());
+        std::ofstream(path() / "QuickEntry.json") << contents;
+        EXPECT_EQ(file.read(), std::nullopt) << contents;
+        EXPECT_FALSE(file.write(draft("a"), {1}));
+        std::ifstream kept(path() / "QuickEntry.unreadable");
+        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), contents);
+        file.remove();
+    }
+}
+
+TEST_F(QuickEntryDraftTest, AnotherFolderTakesWhatTheFirstOneDoesNot) {
+    std::ofstream(path()) << "no folder";
+    EXPECT_FALSE(file.write(draft("a"), {1}));
+    EXPECT_TRUE(QuickEntryDraftFile::isIn(second()));
+    std::filesystem::remove(path());
+    EXPECT_FALSE(file.write(draft("a b"), {2}));
+    EXPECT_FALSE(std::filesystem::exists(second()));
+    file = another();
+    EXPECT_EQ(file.read(), draft("a b"));
+}
+
+TEST_F(QuickEntryDraftTest, OnAFullDiskTheWordsOutliveTheFiles) {
+    std::filesystem::create_directories(path());
+    const auto outcome = tests::onSmallDisk(path(), "256k", [&] {
+        QuickEntryDraftFile only({path()});
+        auto written = draft("words");
+        written.attachments = {attachment(1'000'000)};
+        const auto error = only.write(written, {1});
+        only = QuickEntryDraftFile({path()});
+        if (error != std::errc::no_space_on_device || only.read() != draft("words")) {
+            return 1;
+        }
+        // Nor does what does not fit cost what is there already.
+        const auto more = only.write(draft(std::string(1'000'000, 'a')), {2});
+        only = QuickEntryDraftFile({path()});
+        return more == std::errc::no_space_on_device && only.read() == draft("words") ? 0 : 2;
+    });
+    if (!outcome) {
+        GTEST_SKIP() << "nothing can be mounted here";
+    }
+    EXPECT_EQ(*outcome, 0);
+}
+
+TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
+    int lastRead = 0;
+    for (int round = 0; round < 8; ++round) {
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const auto child = ::fork();
+        if (child == 0) {
+            auto mine = another();
+            const auto files = std::vector{attachment(10'000)};
+            for (int i = 1;; ++i) {
+                auto typed = draft(std::to_string(i));
+                typed.attachments = i % 3 == 0 ? files : std::vector<EntryAttachment>();
+                if (mine.write(typed, {static_cast<double>(i)}) ||
+                    ::write(pipe[1], &i, sizeof i) != sizeof i) {
+                    ::_exit(1);
+                }
+            }
+        }
+        ::close(pipe[1]);
+        int acknowledged = 0;
+        for (int seen = 0; seen <= round && ::read(pipe[0], &acknowledged, sizeof acknowledged) > 0;
+             ++seen) {
+        }
+        ::usleep(static_cast<useconds_t>(round * 241));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        while (::read(pipe[0], &acknowledged, sizeof acknowledged) > 0) {
+        }
+        ::close(pipe[0]);
+
+        const auto left = another().read();
+        ASSERT_TRUE(left) << round;
+        lastRead = std::stoi(left->content);
+        EXPECT_GE(lastRead, acknowledged);
+        EXPECT_LE(lastRead, acknowledged + 1);
+    }
+    EXPECT_GT(lastRead, 0);
+}
+
+} // namespace
+} // namespace korvex::app
