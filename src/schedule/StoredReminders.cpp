@@ -38,16 +38,18 @@ std::optional<ReminderRequest> StoredReminders::of(const base::Uuid& entryID) co
 void StoredReminders::read(const store::Condition& condition,
                            const std::function<void(const View&)>& sink) const {
     m_context->fetchValues<Entry>(
-        {Entry::idField, Entry::reminderDateField, Entry::contentField},
+        {Entry::idField, Entry::reminderDateField, Entry::contentField, Entry::updatedAtField},
         condition && Entry::openTodos(), [&](std::span<const store::Value> values) {
             const auto* const id = std::get_if<base::Uuid>(&values[0]);
             const auto* const seconds = std::get_if<double>(&values[1]);
             const auto* const content = std::get_if<std::string>(&values[2]);
+            const auto* const updatedAt = std::get_if<double>(&values[3]);
             // A store from elsewhere may hold anything.
-            if (id && seconds && content && base::Instant{*seconds}.isValid()) {
+            if (id && seconds && content && updatedAt && base::Instant{*seconds}.isValid()) {
                 sink({.entryID = *id,
                       .date = {*seconds},
-                      .body = model::EntryContentLimit::preview(*content)});
+                      .body = model::EntryContentLimit::preview(*content),
+                      .updatedAt = {*updatedAt}});
             }
         });
 }

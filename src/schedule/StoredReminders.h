@@ -23,6 +23,8 @@ public:
         const base::Uuid& entryID;
         base::Instant date;
         std::string_view body;
+        /// When the todo was changed last.
+        base::Instant updatedAt;
 
         bool operator==(const ReminderRequest& request) const {
             return entryID == request.entryID && date == request.date && body == request.body;
