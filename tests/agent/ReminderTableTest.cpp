@@ -282,11 +282,15 @@ TEST_F(ReminderTableTest, KilledAtAnyMomentItHasAllThatWasDone) {
             ::_exit(1);
         }
         ::close(pipes[1]);
-        ::usleep(static_cast<useconds_t>(1000 + random() % 15'000));
+        unsigned begun = 0;
+        char byte = 0;
+        for (auto alive = random() % 100; begun < alive && ::read(pipes[0], &byte, 1) == 1;) {
+            ++begun;
+        }
+        ::usleep(static_cast<useconds_t>(random() % 500));
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
-        unsigned begun = 0;
-        for (char byte = 0; ::read(pipes[0], &byte, 1) == 1;) {
+        while (::read(pipes[0], &byte, 1) == 1) {
             ++begun;
         }
         ::close(pipes[0]);
