@@ -5,6 +5,8 @@
 #include "cli/output/EntryOutput.h"
 #include "cli/session/Lookup.h"
 #include "cli/session/Session.h"
+#include "cli/session/When.h"
+#include "schedule/TodoReminderPreset.h"
 #include "services/EntryOrder.h"
 
 #include <algorithm>
@@ -17,6 +19,12 @@ namespace {
 struct RescheduleOptions {
     std::string entry;
     ScheduleOptions schedule;
+    bool clear = false;
+};
+
+struct RemindOptions {
+    std::string entry;
+    std::optional<std::string> when;
     bool clear = false;
 };
 
@@ -51,6 +59,28 @@ ExitStatus reschedule(Session& session, const RescheduleOptions& options) {
     }
     const auto schedule = readSchedule(options.schedule, session);
     auto& entry = findEntry(session, options.entry);
+    session.entries().updateSchedule(entry, schedule, session.now());
+    printRecord(session, entry);
+    return ExitStatus::done;
+}
+
+ExitStatus remind(Session& session, const RemindOptions& options) {
+    if (options.clear == options.when.has_value()) {
+        throw wrongUsage("Say when to remind of it, WHEN or a preset, or --clear.");
+    }
+    const store::LockedStep step(session.context());
+    auto& entry = findEntry(session, options.entry);
+    if (!entry.isTodo()) {
+        throw refusal("Only todos have reminders, and this entry is a text.");
+    }
+    auto schedule = entry.schedule();
+    if (options.when && schedule::reminderPreset(*options.when) && !schedule.hasDue()) {
+        throw refusal("This todo has no due date, and " + *options.when +
+                      " counts back from one. Say a day or a time, or give it a due date with "
+                      "korvex schedule.");
+    }
+    schedule.reminderDate =
+        options.when ? std::optional(readReminder(*options.when, schedule, session)) : std::nullopt;
     session.entries().updateSchedule(entry, schedule, session.now());
     printRecord(session, entry);
     return ExitStatus::done;
@@ -168,6 +198,15 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
         ->excludes(options.due)
         ->excludes(options.from)
         ->excludes(options.remind);
+
+    const auto reminded = addCommand(
+        program, "remind", "Sets when to remind of a todo, or that nothing does", chosen, remind);
+    addText(reminded.parser, "ID", "ID", reminded.options->entry, kTodoHelp)->required();
+    auto* when = addText(reminded.parser, "WHEN", "WHEN", reminded.options->when,
+                         "When to remind of it: a time, a day, or one of the presets below");
+    reminded.parser.add_flag("--clear", reminded.options->clear, "Nothing reminds of it any more")
+        ->excludes(when);
+    addWhenHelp(reminded.parser, "the todo's due date, or the end of its window");
 
     const auto completed = addCommand(program, "complete", "Completes todos", chosen, complete);
     addTexts(completed.parser, "ID", completed.options->entries, kTodoHelp)->required(false);

@@ -102,12 +102,16 @@ ScheduleOptionSet addScheduleOptions(CLI::App& command, ScheduleOptions& target)
     from->needs(due);
     auto* remind = addText(command, "--remind", "WHEN", target.remind,
                            "When to remind of it: a time, a day, or one of the presets below");
+    addWhenHelp(command, "--due");
+    return {due, from, remind};
+}
+
+void addWhenHelp(CLI::App& command, const std::string& anchor) {
     command.footer(
         "WHEN is a day (2025-03-10, today, tomorrow), a local time (2025-03-10T14:30), or "
         "a time\nwith Z or an offset (2025-03-10T14:30+01:00). A reminder on a day comes "
-        "at the default\nreminder time. Presets count back from --due:\n  " +
-        presetNames() + ".");
-    return {due, from, remind};
+        "at the default\nreminder time. Presets count back from " +
+        anchor + ":\n  " + presetNames() + ".");
 }
 
 } // namespace korvex::cli

@@ -45,5 +45,7 @@ struct ScheduleOptionSet {
     CLI::Option* remind;
 };
 ScheduleOptionSet addScheduleOptions(CLI::App& command, ScheduleOptions& target);
+/// What WHEN and the presets are, below the help of a command. `anchor`: from what they count back.
+void addWhenHelp(CLI::App& command, const std::string& anchor);
 
 } // namespace korvex::cli

@@ -73,27 +73,6 @@ base::Instant defaultReminderTime(base::DayNumber day, Session& session, std::st
     return *moment;
 }
 
-base::Instant readReminder(const std::string& typed, const model::TodoSchedule& schedule,
-                           Session& session) {
-    const auto preset = schedule::reminderPreset(typed);
-    if (!preset) {
-        const auto when = readWhen(typed, session);
-        const auto* instant = std::get_if<base::Instant>(&when);
-        return instant ? *instant
-                       : defaultReminderTime(std::get<base::DayNumber>(when), session, typed);
-    }
-    if (!schedule.hasDue()) {
-        throw wrongUsage("--remind " + typed + " counts back from a due date: add --due.");
-    }
-    const auto anchor = schedule.dueDate ? *schedule.dueDate
-                                         : defaultReminderTime(*schedule.dueDay, session, typed);
-    const auto reminder = schedule::reminderDate(*preset, anchor, session.calendar());
-    if (!reminder) {
-        throw noSuchMoment(typed);
-    }
-    return *reminder;
-}
-
 } // namespace
 
 model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& session) {
@@ -119,6 +98,27 @@ model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& sessio
         schedule.reminderDate = readReminder(*options.remind, schedule, session);
     }
     return schedule;
+}
+
+base::Instant readReminder(const std::string& typed, const model::TodoSchedule& schedule,
+                           Session& session) {
+    const auto preset = schedule::reminderPreset(typed);
+    if (!preset) {
+        const auto when = readWhen(typed, session);
+        const auto* instant = std::get_if<base::Instant>(&when);
+        return instant ? *instant
+                       : defaultReminderTime(std::get<base::DayNumber>(when), session, typed);
+    }
+    if (!schedule.hasDue()) {
+        throw wrongUsage("--remind " + typed + " counts back from a due date: add --due.");
+    }
+    const auto anchor = schedule.dueDate ? *schedule.dueDate
+                                         : defaultReminderTime(*schedule.dueDay, session, typed);
+    const auto reminder = schedule::reminderDate(*preset, anchor, session.calendar());
+    if (!reminder) {
+        throw noSuchMoment(typed);
+    }
+    return *reminder;
 }
 
 } // namespace korvex::cli

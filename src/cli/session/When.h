@@ -23,4 +23,10 @@ struct ScheduleOptions {
 /// combined, `refused` for a date that no calendar has.
 model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& session);
 
+/// The moment that was typed for a reminder of a todo with this schedule: a time, a day, on which
+/// it comes at the default reminder time, or a preset, which counts back from what is due. Throws
+/// the same.
+base::Instant readReminder(const std::string& typed, const model::TodoSchedule& schedule,
+                           Session& session);
+
 } // namespace korvex::cli

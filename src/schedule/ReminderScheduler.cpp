@@ -1,0 +1,182 @@
+#include "schedule/ReminderScheduler.h"
+
+#include "base/Digest.h"
+#include "base/Error.h"
+#include "schedule/StoredReminders.h"
+
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+namespace korvex::schedule {
+
+namespace {
+
+std::string codeOf(const std::exception& error) {
+    const auto* const ours = dynamic_cast<const base::Error*>(&error);
+    return std::to_string(ours ? ours->code() : 0);
+}
+
+/// What is to be done so that the pending requests are those that the store asks for.
+struct Difference {
+    /// The notifications of requests that are stale or differ.
+    std::vector<std::string> cancelled;
+    std::vector<ReminderRequest> added;
+};
+
+Difference differenceOf(const std::vector<ReminderRequest>& pending, store::ModelContext& context,
+                        base::Instant now) {
+    std::unordered_map<base::Uuid, const ReminderRequest*> stale;
+    stale.reserve(pending.size());
+    for (const auto& request : pending) {
+        stale.emplace(request.entryID, &request);
+    }
+    Difference difference;
+    StoredReminders(context).forEachAfter(now, [&](const StoredReminders::View& wanted) {
+        const auto found = stale.find(wanted.entryID);
+        if (found != stale.end() && wanted == *found->second) {
+            stale.erase(found);
+        } else {
+            difference.added.push_back(wanted.request());
+        }
+    });
+    for (const auto& [entryID, request] : stale) {
+        difference.cancelled.push_back(ReminderNotification::identifier(entryID));
+    }
+    return difference;
+}
+
+} // namespace
+
+/// What a requested reconcile holds on to, since it may run after the scheduler has ended.
+struct ReminderScheduler::Request {
+    /// Null once the scheduler has ended.
+    ReminderScheduler* scheduler;
+    /// One more with each request: an older one is outdated.
+    std::uint64_t revision = 0;
+};
+
+ReminderScheduler::ReminderScheduler(NotificationScheduling& client, const base::Clock& clock,
+                                     base::RunLoop& runLoop, base::LogSink& log)
+    : m_client(client),
+      m_clock(clock),
+      m_runLoop(runLoop),
+      m_log(log, "ReminderScheduler"),
+      m_request(std::make_shared<Request>(Request{.scheduler = this})) {}
+
+ReminderScheduler::~ReminderScheduler() {
+    m_request->scheduler = nullptr;
+}
+
+void ReminderScheduler::start(store::ModelContainer& container) {
+    m_container = &container;
+    m_client.registerCategory();
+    refreshAuthorization(RequestIfNeeded::no);
+    reconcileStartedStore();
+}
+
+void ReminderScheduler::refreshAuthorization(RequestIfNeeded request) {
+    auto state = m_state;
+    state.authorizationStatus = m_client.authorization();
+    if (state.authorizationStatus == AuthorizationStatus::notDetermined &&
+        request == RequestIfNeeded::yes) {
+        state.permissionErrorMessage.reset();
+        try {
+            m_client.requestAuthorization();
+        } catch (const std::exception& error) {
+            m_log.error("Notification permission request failed; code " + codeOf(error));
+            state.permissionErrorMessage = NotificationTexts::kPermissionFailed;
+        }
+        state.authorizationStatus = m_client.authorization();
+    }
+    if (state.authorizationStatus != AuthorizationStatus::notDetermined) {
+        state.permissionErrorMessage.reset();
+    }
+    setState(std::move(state));
+}
+
+void ReminderScheduler::requestReconcile(store::ModelContainer& container) {
+    const auto revision = ++m_request->revision;
+    m_runLoop.post([request = m_request, revision, &container] {
+        if (request->scheduler && request->revision == revision) {
+            request->scheduler->reconcileNow(container);
+        }
+    });
+}
+
+void ReminderScheduler::reconcileStartedStore() {
+    if (m_container) {
+        requestReconcile(*m_container);
+    }
+}
+
+void ReminderScheduler::reconcileNow(store::ModelContainer& container) {
+    try {
+        attempt([&] {
+            store::ModelContext context(container);
+            plan(context, m_clock.now());
+        });
+    } catch (const std::exception&) {
+        // It is logged and said; there is nobody else to be told.
+    }
+}
+
+void ReminderScheduler::reconcile(store::ModelContext& context, base::Instant now) {
+    attempt([&] { plan(context, now); });
+}
+
+void ReminderScheduler::plan(store::ModelContext& context, base::Instant now) {
+    refreshAuthorization(RequestIfNeeded::no);
+    const auto difference = differenceOf(m_client.pending(), context, now);
+    m_client.applyReconcile([&] {
+        if (!difference.cancelled.empty()) {
+            m_client.cancel(difference.cancelled);
+        }
+        for (const auto& request : difference.added) {
+            m_client.add(request);
+            if (m_log.accepts(base::LogLevel::info)) {
+                m_log.info("Scheduled reminder for entry " +
+                           base::maskHash(request.entryID.text()));
+            }
+        }
+    });
+    setSchedulingError(std::nullopt);
+}
+
+void ReminderScheduler::removePending(std::span<const base::Uuid> entryIDs) {
+    std::vector<std::string> identifiers;
+    identifiers.reserve(entryIDs.size());
+    for (const auto& id : entryIDs) {
+        identifiers.push_back(ReminderNotification::identifier(id));
+    }
+    try {
+        attempt([&] { m_client.cancel(identifiers); });
+    } catch (const std::exception&) {
+        // The todos are changed all the same, and the next reconcile repairs the difference.
+    }
+}
+
+void ReminderScheduler::attempt(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const std::exception& error) {
+        m_log.error("Reminder reconciliation failed; code " + codeOf(error));
+        setSchedulingError(std::string(NotificationTexts::kSchedulingFailed));
+        throw;
+    }
+}
+
+void ReminderScheduler::setSchedulingError(std::optional<std::string> message) {
+    auto state = m_state;
+    state.schedulingErrorMessage = std::move(message);
+    setState(std::move(state));
+}
+
+void ReminderScheduler::setState(State state) {
+    if (state != m_state) {
+        m_state = std::move(state);
+        m_didChange.emit();
+    }
+}
+
+} // namespace korvex::schedule

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "agent/ReminderDelivery.h"
+#include "agent/ReminderTable.h"
+#include "agent/TableNotificationClient.h"
+#include "schedule/ReminderScheduler.h"
+#include "store/ModelContext.h"
+#include "support/FakeClock.h"
+#include "support/FakeRunLoop.h"
+
+#include <filesystem>
+
+namespace korvex::tests {
+
+/// What an agent is made of, but for the bus. It starts as an agent does.
+struct AgentParts {
+    AgentParts(const std::filesystem::path& file, store::ModelContainer& store,
+               const FakeClock& clock, FakeRunLoop& runLoop, base::LogSink& log)
+        : table(file, log),
+          client(table, clock),
+          scheduler(client, clock, runLoop, log),
+          context(store),
+          delivery(table, clock, runLoop, log) {
+        delivery.useStore(&context);
+        scheduler.start(store);
+    }
+
+    agent::ReminderTable table;
+    agent::TableNotificationClient client;
+    schedule::ReminderScheduler scheduler;
+    store::ModelContext context;
+    agent::ReminderDelivery delivery;
+};
+
+} // namespace korvex::tests
