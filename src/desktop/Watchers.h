@@ -1,7 +1,9 @@
 #pragma once
 
 #include "base/Signal.h"
-#include "platform/qt/SingleInstance.h"
+#include "desktop/Launches.h"
+#include "platform/bus/Bus.h"
+#include "platform/system/SingleInstance.h"
 #include "store/ModelContainer.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
@@ -27,7 +29,9 @@ public:
         const ui::Workspace& workspace;
         ui::Theme& theme;
         ui::MainWindow& window;
-        platform::qt::SingleInstance& instance;
+        Launches& launches;
+        platform::system::SingleInstance& instance;
+        platform::bus::Bus& bus;
     };
     explicit Watchers(const Listeners& listeners);
     ~Watchers() override;

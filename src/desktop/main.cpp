@@ -5,13 +5,15 @@
 #include "app/UserFolders.h"
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
+#include "desktop/Launches.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
+#include "platform/bus/Bus.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
-#include "platform/qt/SingleInstance.h"
-#include "platform/qt/TerminationWatcher.h"
+#include "platform/system/SingleInstance.h"
+#include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "storage/BackgroundThreads.h"
 #include "storage/SharedStoreError.h"
@@ -116,8 +118,8 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
     const auto file = app::storeFile(directory);
-    platform::qt::SingleInstance instance(directory);
-    if (arguments.areClear() && instance.raiseRunning()) {
+    platform::system::SingleInstance instance(directory);
+    if (arguments.areClear() && instance.handOver(arguments.launch())) {
         return 0;
     }
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
@@ -137,7 +139,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
-    QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    QApplication::setDesktopFileName(QLatin1String(app::kDesktopName));
     QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
     arguments.answer(application);
@@ -146,7 +148,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         return ui::runGallery(*look);
     }
 #endif
-    if (!arguments.areClear() && instance.raiseRunning()) {
+    if (!arguments.areClear() && instance.handOver(arguments.launch())) {
         return 0;
     }
     ui::Theme theme(preferences);
@@ -194,11 +196,15 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
 
     ui::MainWindow window(workspace, theme);
+    desktop::Launches launches(window, runLoop);
+    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
                                 .window = window,
-                                .instance = instance});
+                                .launches = launches,
+                                .instance = instance,
+                                .bus = bus});
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
         watchers.start();
@@ -206,14 +212,13 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
     QTimer::singleShot(kLongestStart, &watchers, &desktop::Watchers::start);
-    const auto raising = instance.raiseRequested().connect([&] { window.comeForward(); });
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
     QObject::connect(
         &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
         Qt::DirectConnection);
-    platform::qt::TerminationWatcher termination;
+    platform::system::TerminationWatcher termination(runLoop);
     const auto ending = termination.requested().connect([&] {
         window.storeAll();
         QApplication::exit();
@@ -223,6 +228,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         notices.push_back(*missing);
     }
     window.showNotices(notices);
+    launches.openLinks(arguments.launch());
     window.show();
     const auto status = QApplication::exec();
     instance.close();

@@ -35,6 +35,8 @@ public:
     /// Shows it on the page that is in sight.
     void showError(const QString& message);
     void comeForward();
+    /// Shows what the link leads to, or says that it is not there.
+    void openLink(const std::string& url);
     /// The program ends, whatever the window would say to that: what is being edited is stored, or
     /// else kept as a draft, and where the window stands is kept.
     void storeAll();

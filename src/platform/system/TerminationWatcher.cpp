@@ -1,6 +1,4 @@
-#include "platform/qt/TerminationWatcher.h"
-
-#include <QSocketNotifier>
+#include "platform/system/TerminationWatcher.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -10,7 +8,7 @@
 #include <atomic>
 #include <cerrno>
 
-namespace korvex::platform::qt {
+namespace korvex::platform::system {
 
 namespace {
 
@@ -42,16 +40,15 @@ void handle(void (*handler)(int)) {
 
 } // namespace
 
-TerminationWatcher::TerminationWatcher() {
+TerminationWatcher::TerminationWatcher(base::RunLoop& runLoop) {
     int ends[2];
     if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0) {
         return;
     }
     m_reading = base::FileDescriptor(ends[0]);
     m_writing = base::FileDescriptor(ends[1]);
-    m_notifier = std::make_unique<QSocketNotifier>(m_reading.get(), QSocketNotifier::Read);
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, [this] {
-        m_notifier->setEnabled(false);
+    m_watch = runLoop.watch(m_reading.get(), base::RunLoop::Interest::reading, [this] {
+        m_watch->setInterest(base::RunLoop::Interest::nothing);
         m_requested.emit();
     });
     signalPipe = m_writing.get();
@@ -59,10 +56,10 @@ TerminationWatcher::TerminationWatcher() {
 }
 
 TerminationWatcher::~TerminationWatcher() {
-    if (m_notifier) {
+    if (m_watch) {
         handle(SIG_DFL);
         signalPipe = -1;
     }
 }
 
-} // namespace korvex::platform::qt
+} // namespace korvex::platform::system

@@ -1,6 +1,6 @@
-#include "platform/qt/TerminationWatcher.h"
+#include "platform/system/TerminationWatcher.h"
 
-#include <QTest>
+#include "platform/systemd/SdEventRunLoop.h"
 
 #include <gtest/gtest.h>
 
@@ -10,30 +10,34 @@
 
 #include <optional>
 
-namespace korvex::platform::qt {
+namespace korvex::platform::system {
 namespace {
+
+using namespace std::chrono_literals;
 
 TEST(TerminationWatcher, SignalsAreToldOnceInTheEventLoop) {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         SCOPED_TRACE(signal);
-        TerminationWatcher watcher;
+        systemd::SdEventRunLoop loop;
+        TerminationWatcher watcher(loop);
         int count = 0;
         const auto requests = watcher.requested().connect([&] { ++count; });
         ::raise(signal);
         ::raise(signal);
         ::raise(SIGTERM);
         EXPECT_EQ(count, 0) << "not within the handler";
-        EXPECT_TRUE(QTest::qWaitFor([&] { return count == 1; }));
+        EXPECT_TRUE(loop.runUntil([&] { return count == 1; }, 5s));
         ::raise(SIGTERM);
-        QCoreApplication::processEvents();
-        EXPECT_EQ(count, 1) << "what is being stored is stored once";
+        EXPECT_FALSE(loop.runUntil([&] { return count > 1; }, 10ms))
+            << "what is being stored is stored once";
     }
 }
 
 TEST(TerminationWatcher, ASignalAfterItsEndEndsTheProgram) {
     const auto child = ::fork();
     if (child == 0) {
-        std::optional<TerminationWatcher> watcher(std::in_place);
+        systemd::SdEventRunLoop loop;
+        std::optional<TerminationWatcher> watcher(std::in_place, loop);
         watcher.reset();
         ::raise(SIGTERM);
         ::_exit(0);
@@ -46,11 +50,12 @@ TEST(TerminationWatcher, ASignalAfterItsEndEndsTheProgram) {
 TEST(TerminationWatcher, WhoIsStartedWithASignalIgnoredKeepsIgnoringIt) {
     ::signal(SIGHUP, SIG_IGN);
     {
-        const TerminationWatcher watcher;
+        systemd::SdEventRunLoop loop;
+        const TerminationWatcher watcher(loop);
         ::raise(SIGHUP);
     }
     EXPECT_EQ(::signal(SIGHUP, SIG_DFL), SIG_IGN);
 }
 
 } // namespace
-} // namespace korvex::platform::qt
+} // namespace korvex::platform::system
