@@ -2,10 +2,12 @@
 
 #include "platform/qt/WindowActivation.h"
 
+#include <QApplication>
 #include <QWindow>
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 namespace korvex::desktop {
 
@@ -15,6 +17,22 @@ namespace {
 constexpr std::size_t kMostLinks = 16;
 
 } // namespace
+
+EarlyLaunches::EarlyLaunches(platform::system::SingleInstance& instance)
+    : m_listening(instance.launched().connect([this](const app::Launch& launch) {
+          m_launches.push_back(launch);
+          for (auto* const window : QApplication::topLevelWidgets()) {
+              if (window->isVisible()) {
+                  window->raise();
+                  window->activateWindow();
+              }
+          }
+      })) {}
+
+std::vector<app::Launch> EarlyLaunches::take() {
+    m_listening.cancel();
+    return std::exchange(m_launches, {});
+}
 
 void Launches::take(const app::Launch& launch) {
     m_runLoop.post([this, launch, life = std::weak_ptr<const bool>(m_life)] {

@@ -3,11 +3,27 @@
 #include "app/Launch.h"
 #include "base/RunLoop.h"
 #include "base/Signal.h"
+#include "platform/system/SingleInstance.h"
 #include "ui/windows/MainWindow.h"
 
 #include <memory>
+#include <vector>
 
 namespace korvex::desktop {
+
+/// Keeps what later starts of the program ask for until there is a main window that can do it.
+/// Meanwhile what is to be seen comes forward.
+class EarlyLaunches final {
+public:
+    explicit EarlyLaunches(platform::system::SingleInstance& instance);
+
+    /// The last thing.
+    std::vector<app::Launch> take();
+
+private:
+    std::vector<app::Launch> m_launches;
+    base::Subscription m_listening;
+};
 
 /// Does what later starts of the program, and other programs over the bus, ask the app for. Main
 /// thread; the window and the run loop must outlive it.

@@ -16,6 +16,7 @@ namespace korvex::desktop {
 
 namespace {
 
+using platform::bus::NameClaim;
 using platform::bus::SystemAppearanceWatcher;
 
 ui::Theme::SystemAppearance toAppearance(SystemAppearanceWatcher::ColorScheme scheme) {
@@ -37,7 +38,7 @@ struct OnTheBus {
 
     /// Before the name, by which it is found.
     platform::bus::DesktopApplication application;
-    platform::bus::NameClaim name;
+    NameClaim name;
 };
 
 } // namespace
@@ -76,7 +77,6 @@ void Watchers::start() {
     connectSources();
     m_listeners.bus.start();
     m_listeners.workspace.scheduleClock.start(m_listeners.container);
-    m_listeners.instance.listen(m_listeners.workspace.runLoop);
     m_listeners.workspace.copies.removeLeftovers();
     m_listeners.workspace.automaticBackups.start();
 }
@@ -86,10 +86,17 @@ void Watchers::connectSources() {
     m_subscriptions.push_back(m_sources->store.changed().connect([this] { refresh(); }));
     m_subscriptions.push_back(
         m_sources->changes.changed().connect([this] { m_sources->store.hint(); }));
-    const auto launch = [this](const app::Launch& asked) { m_listeners.launches.take(asked); };
-    m_subscriptions.push_back(m_listeners.instance.launched().connect(launch));
     if (m_sources->onTheBus) {
-        m_subscriptions.push_back(m_sources->onTheBus->application.launched().connect(launch));
+        m_subscriptions.push_back(m_sources->onTheBus->application.launched().connect(
+            [this](const app::Launch& asked) { m_listeners.launches.take(asked); }));
+        auto& name = m_sources->onTheBus->name;
+        m_subscriptions.push_back(name.changed().connect(
+            [&name, log = base::Logger(workspace.log, "Bus")](NameClaim::State state) {
+                if (state == NameClaim::State::taken) {
+                    log.warning(std::string(app::kDesktopName) + " is " + name.owner() +
+                                " on the bus: links and launchers lead there");
+                }
+            }));
     }
     m_subscriptions.push_back(
         workspace.context.didChange().connect([&workspace](const store::ChangeSet& changes) {

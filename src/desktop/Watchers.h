@@ -3,7 +3,6 @@
 #include "base/Signal.h"
 #include "desktop/Launches.h"
 #include "platform/bus/Bus.h"
-#include "platform/system/SingleInstance.h"
 #include "store/ModelContainer.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
@@ -30,7 +29,6 @@ public:
         ui::Theme& theme;
         ui::MainWindow& window;
         Launches& launches;
-        platform::system::SingleInstance& instance;
         platform::bus::Bus& bus;
     };
     explicit Watchers(const Listeners& listeners);

@@ -151,12 +151,16 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     if (!arguments.areClear() && instance.handOver(arguments.launch())) {
         return 0;
     }
+    platform::qt::QtRunLoop runLoop;
+    desktop::EarlyLaunches early(instance);
+    instance.listen(runLoop);
     ui::Theme theme(preferences);
     const ui::InstalledStyle style(theme);
     theme.loadFonts(); // while the store is being read
 
     auto taken = takeStore(opening ? *std::move(opening) : open(), open, file, theme);
     if (!taken) {
+        instance.close();
         return kStoreUnusable;
     }
     auto& store = *taken;
@@ -166,7 +170,6 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         }
     }
     auto& container = *store.container;
-    platform::qt::QtRunLoop runLoop;
     const app::SettingsWriter writer(defaults, runLoop);
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
@@ -191,6 +194,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
             break;
         }
         if (showStoreError(*refused, file, theme) == AfterError::quit) {
+            instance.close();
             return kStoreUnusable;
         }
     }
@@ -203,8 +207,12 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                 .theme = theme,
                                 .window = window,
                                 .launches = launches,
-                                .instance = instance,
                                 .bus = bus});
+    for (const auto& launch : early.take()) {
+        launches.take(launch);
+    }
+    const auto launching =
+        instance.launched().connect([&](const app::Launch& launch) { launches.take(launch); });
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
         watchers.start();

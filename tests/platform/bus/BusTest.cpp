@@ -210,6 +210,31 @@ TEST_F(BusTest, ManySignalsLeaveTimeForOtherWork) {
     EXPECT_LE(most, 100);
 }
 
+TEST_F(BusTest, WhatComesWhileAHandlerRunsTheLoopWaitsUntilItIsDone) {
+    startDaemon();
+    Bus loud(WhichBus::session, m_loop, m_log);
+    connect(loud);
+    connect(m_bus);
+    std::vector<std::uint32_t> heard;
+    std::size_t within = 0;
+    const auto hearing =
+        m_bus.match({.interface = "test.Object"}, [&](const IncomingSignal& signal) {
+            heard.push_back(signal.read<std::uint32_t>());
+            if (heard.size() == 1) { // as a question to the user does
+                m_loop.runUntil([] { return false; }, std::chrono::milliseconds(30));
+                within = heard.size();
+            }
+        });
+    settle(m_bus);
+    for (const std::uint32_t number : {1U, 2U, 3U}) {
+        ASSERT_TRUE(loud.emit({"/", "test.Object", "Said"}, arguments(number)));
+    }
+    EXPECT_TRUE(m_loop.runUntil([&] { return heard.size() == 3; }));
+    EXPECT_EQ(within, 1U);
+    EXPECT_EQ(heard, (std::vector<std::uint32_t>{1, 2, 3}));
+    EXPECT_TRUE(m_bus.isConnected());
+}
+
 TEST_F(BusTest, PropertiesAreReadAndTheirChangesTold) {
     startDaemon();
     Bus owner(WhichBus::session, m_loop, m_log);
