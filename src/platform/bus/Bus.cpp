@@ -173,7 +173,9 @@ void Bus::connect() {
 void Bus::connectionReady() {
     m_readySince = m_runLoop.elapsed();
     m_state = State::connected;
-    m_log.info("Connected as " + uniqueName());
+    if (std::exchange(m_hasBeenConnected, true)) {
+        m_log.info("Connected again");
+    }
     for (const auto& match : m_matches) {
         install(*match);
     }

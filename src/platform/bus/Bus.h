@@ -127,6 +127,7 @@ private:
     std::list<std::shared_ptr<Call>> m_calls;
     std::list<std::shared_ptr<Match>> m_matches;
     std::unique_ptr<BusConnection> m_connection;
+    bool m_hasBeenConnected = false;
     std::chrono::duration<double> m_readySince{};
     std::chrono::duration<double> m_pause;
     std::unique_ptr<base::RunLoop::Timer> m_retry;
