@@ -15,6 +15,17 @@ public:
         virtual ~Timer() = default;
     };
 
+    /// What a watched descriptor is to be ready for. With `nothing` the watch only waits to be
+    /// given something else.
+    enum class Interest { nothing, reading, writing, both };
+
+    /// Destroying it ends the watch. Its own work may destroy it.
+    class Watch {
+    public:
+        virtual ~Watch() = default;
+        virtual void setInterest(Interest interest) = 0;
+    };
+
     virtual ~RunLoop() = default;
 
     /// Calls `work` on the main thread, soon. Any thread.
@@ -28,6 +39,12 @@ public:
     /// Calls `work` once, not earlier than after `delay`. Main thread.
     [[nodiscard]] virtual std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
                                                            std::function<void()> work) = 0;
+
+    /// Calls `work` whenever the descriptor is ready for what is of interest, or has failed, again
+    /// and again until that has been dealt with. It must stay open for as long as it is watched.
+    /// Main thread.
+    [[nodiscard]] virtual std::unique_ptr<Watch> watch(int descriptor, Interest interest,
+                                                       std::function<void()> work) = 0;
 };
 
 } // namespace korvex::base

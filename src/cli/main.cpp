@@ -1,8 +1,8 @@
+#include "cli/bus/CommandBus.h"
 #include "cli/commands/CommandLine.h"
 #include "cli/terminal/HeldErrors.h"
 
 #include "platform/systemd/JournalLog.h"
-#include "platform/systemd/SdBusStoreChangeBroadcaster.h"
 
 #include <cstdlib>
 #include <fcntl.h>
@@ -27,8 +27,8 @@ int main(int argc, char** argv) {
     const korvex::base::SystemClock clock;
     korvex::cli::HeldErrors errors;
     korvex::platform::systemd::JournalLog log(errors);
-    korvex::platform::systemd::SdBusStoreChangeBroadcaster broadcaster;
-    korvex::cli::CommandLine commandLine({clock, log, broadcaster});
+    korvex::cli::CommandBus bus(log);
+    korvex::cli::CommandLine commandLine({clock, log, bus, bus});
     const auto status = commandLine.run({argv + 1, argv + argc});
     if (status == korvex::cli::ExitStatus::done) {
         errors.tell();

@@ -15,6 +15,9 @@ void describe(QCommandLineParser& parser) {
     parser.addHelpOption();
     parser.addOption(
         {kDirectory, QApplication::tr("The folder that holds the store."), QStringLiteral("DIR")});
+    parser.addPositionalArgument(QStringLiteral("LINK"),
+                                 QApplication::tr("A link to a board or an entry."),
+                                 QStringLiteral("[LINK…]"));
 #ifdef KORVEX_GALLERY
     parser.addOption({kGallery, QStringLiteral("Show what the windows are made of.")});
 #endif
@@ -23,6 +26,7 @@ void describe(QCommandLineParser& parser) {
 } // namespace
 
 Arguments::Arguments(int count, char* given[]) {
+    m_launch.token = app::launchToken();
     QStringList words;
     for (int i = 0; i < count; ++i) {
         words.append(QString::fromLocal8Bit(given[i]));
@@ -44,6 +48,10 @@ void Arguments::answer(const QApplication& application) {
 void Arguments::take(const QCommandLineParser& parser) {
     if (parser.isSet(kDirectory)) {
         m_directory = parser.value(kDirectory).toStdString();
+    }
+    m_launch.links.clear();
+    for (const auto& link : parser.positionalArguments()) {
+        m_launch.links.push_back(link.toStdString());
     }
 #ifdef KORVEX_GALLERY
     if (parser.isSet(kGallery)) {

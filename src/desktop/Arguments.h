@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/Launch.h"
+
 #include <QStringList>
 
 #include <filesystem>
@@ -22,6 +24,8 @@ public:
     void answer(const QApplication& application);
 
     const std::optional<std::filesystem::path>& dataDirectory() const { return m_directory; }
+    /// What the program was started for, with the leave that it was given to take the keyboard.
+    const app::Launch& launch() const { return m_launch; }
     /// Set to show the gallery instead of the notes: how that is to look. In development builds.
     const std::optional<QStringList>& gallery() const { return m_gallery; }
 
@@ -29,6 +33,7 @@ private:
     void take(const QCommandLineParser& parser);
 
     std::optional<std::filesystem::path> m_directory;
+    app::Launch m_launch;
     std::optional<QStringList> m_gallery;
     bool m_areClear = false;
 };

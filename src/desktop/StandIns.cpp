@@ -1,9 +1,9 @@
 #include "desktop/StandIns.h"
 
+#include "desktop/Launches.h"
 #include "storage/SharedStoreError.h"
 #include "ui/kit/words/Refusal.h"
 #include "ui/windows/StorePreparingWindow.h"
-#include "ui/workspace/WindowPlace.h"
 
 #include <QApplication>
 #include <QEventLoop>
@@ -85,8 +85,8 @@ void StandIns::waitFor(const StoreOpening& opening) const {
 }
 
 base::Subscription StandIns::bringForwardWhenAsked(QWidget& window) const {
-    return m_surroundings.instance.raiseRequested().connect(
-        [&window] { ui::bringForward(window); });
+    return m_surroundings.instance.launched().connect(
+        [&window](const app::Launch& launch) { bringForward(window, launch); });
 }
 
 } // namespace korvex::desktop

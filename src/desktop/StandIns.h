@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/StoreOpening.h"
-#include "platform/qt/SingleInstance.h"
+#include "platform/system/SingleInstance.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/StoreErrorWindow.h"
 
@@ -15,7 +15,8 @@
 namespace korvex::desktop {
 
 /// The windows that stand in for the main one: while the store takes long to open, and where it
-/// cannot be opened. A later start brings forward whichever of them is there. Main thread.
+/// cannot be opened. A later start brings forward whichever of them is there; what
+/// it was started for waits for the main window (`EarlyLaunches`). Main thread.
 class StandIns {
 public:
     /// All of it outlives them.
@@ -24,7 +25,7 @@ public:
         /// What the windows are called.
         QString program;
         const ui::Theme& theme;
-        platform::qt::SingleInstance& instance;
+        platform::system::SingleInstance& instance;
     };
     explicit StandIns(Surroundings surroundings) : m_surroundings(std::move(surroundings)) {}
 

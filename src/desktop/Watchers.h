@@ -1,6 +1,8 @@
 #pragma once
 
 #include "base/Signal.h"
+#include "desktop/Launches.h"
+#include "platform/bus/Bus.h"
 #include "store/ModelContainer.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
@@ -26,6 +28,8 @@ public:
         const ui::Workspace& workspace;
         ui::Theme& theme;
         ui::MainWindow& window;
+        Launches& launches;
+        platform::bus::Bus& bus;
     };
     explicit Watchers(const Listeners& listeners);
     ~Watchers() override;

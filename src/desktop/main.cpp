@@ -5,14 +5,16 @@
 #include "app/UserFolders.h"
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
+#include "desktop/Launches.h"
 #include "desktop/StandIns.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
+#include "platform/bus/Bus.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
-#include "platform/qt/SingleInstance.h"
-#include "platform/qt/TerminationWatcher.h"
+#include "platform/system/SingleInstance.h"
+#include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "storage/BackgroundThreads.h"
 #include "ui/kit/style/QuietStyle.h"
@@ -50,8 +52,8 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
     const auto file = app::storeFile(directory);
-    platform::qt::SingleInstance instance(directory);
-    if (arguments.areClear() && instance.raiseRunning()) {
+    platform::system::SingleInstance instance(directory);
+    if (arguments.areClear() && instance.handOver(arguments.launch())) {
         return 0;
     }
     app::FileUserDefaults defaults(app::FileUserDefaults::defaultFile(), &log);
@@ -71,7 +73,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("korvex-desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Korvex"));
-    QApplication::setDesktopFileName(QStringLiteral("korvex"));
+    QApplication::setDesktopFileName(QLatin1String(app::kDesktopName));
     QApplication::setWindowIcon(ui::IconSet::program());
     const auto locale = ui::setUpLanguage(application);
     arguments.answer(application);
@@ -80,10 +82,12 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         return ui::runGallery(*look);
     }
 #endif
-    if (!arguments.areClear() && instance.raiseRunning()) {
+    if (!arguments.areClear() && instance.handOver(arguments.launch())) {
         return 0;
     }
-    instance.listen();
+    platform::qt::QtRunLoop runLoop;
+    desktop::EarlyLaunches early(instance);
+    instance.listen(runLoop);
     ui::Theme theme(preferences);
     const ui::InstalledStyle style(theme);
     theme.loadFonts(); // while the store is being read
@@ -104,7 +108,6 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         }
     }
     auto& container = *store.container;
-    platform::qt::QtRunLoop runLoop;
     const app::SettingsWriter writer(defaults, runLoop);
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
@@ -135,8 +138,19 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
 
     ui::MainWindow window(workspace, theme);
-    desktop::Watchers watchers(
-        {.container = container, .workspace = workspace, .theme = theme, .window = window});
+    desktop::Launches launches(window, runLoop);
+    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
+    desktop::Watchers watchers({.container = container,
+                                .workspace = workspace,
+                                .theme = theme,
+                                .window = window,
+                                .launches = launches,
+                                .bus = bus});
+    for (const auto& launch : early.take()) {
+        launches.take(launch);
+    }
+    const auto launching =
+        instance.launched().connect([&](const app::Launch& launch) { launches.take(launch); });
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
         watchers.start();
@@ -144,14 +158,13 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
     QTimer::singleShot(kLongestStart, &watchers, &desktop::Watchers::start);
-    const auto raising = instance.raiseRequested().connect([&] { ui::bringForward(window); });
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
     QObject::connect(
         &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
         Qt::DirectConnection);
-    platform::qt::TerminationWatcher termination;
+    platform::system::TerminationWatcher termination(runLoop);
     const auto ending = termination.requested().connect([&] {
         window.storeAll();
         QApplication::exit();
@@ -161,6 +174,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         notices.push_back(*missing);
     }
     window.showNotices(notices);
+    launches.openLinks(arguments.launch());
     window.show();
     const auto status = QApplication::exec();
     instance.close();

@@ -308,6 +308,28 @@ class WindowTest(WindowCase):
         self.assertIsNone(window.poll())
         self.assertEqual(len(self.windows()), 1)
 
+    def test_a_link_leads_to_its_entry_in_the_running_window_and_in_a_new_one(self):
+        self.korvex("board", "add", "Work")
+        self.korvex("add", "--board", "Work", "Call Ada", "Call Ben")
+        link = "korvex://entry/" + self.stored("Work")[0]["id"]
+        window = self.start_window()
+        self.painted_window(DESKTOP, "--data-dir", str(self.home / "other"))
+        wait_for(lambda: "other" in self.title(), "another window in front")
+        # As a launcher does, with the moment of the user's press.
+        leave = {"DESKTOP_STARTUP_ID": f"test_TIME{int(time.monotonic() * 1000)}"}
+        subprocess.run([KORVEX, "open", link], env=self.environment | leave, timeout=PATIENCE,
+                       check=True)
+        wait_for(lambda: self.title() == "Work – Korvex", "the first window to come forward")
+        self.keys("Return")
+        self.type("!")
+        self.keys("Escape")
+        wait_for(lambda: self.texts("Work") == ["Call Ada!", "Call Ben"], "the entry to be chosen")
+
+        self.keys("ctrl+q")
+        self.assertEqual(window.wait(PATIENCE), 0)
+        self.painted_window(KORVEX, "korvex://board/inbox")
+        wait_for(lambda: self.title() == "Inbox – Korvex", "a new window")
+
     def start_without_store(self):
         """The program, and not yet its main window."""
         window = subprocess.Popen([DESKTOP], env=self.environment, stderr=subprocess.DEVNULL)

@@ -2,6 +2,8 @@
 
 #include "base/RunLoop.h"
 
+#include <poll.h>
+
 #include <algorithm>
 #include <condition_variable>
 #include <cstddef>
@@ -13,7 +15,7 @@
 
 namespace korvex::tests {
 
-/// A run loop whose time passes only when the test says so. It must outlive its timers.
+/// A run loop whose time passes only when the test says so. It must outlive its timers and watches.
 class FakeRunLoop final : public base::RunLoop {
 public:
     void post(std::function<void()> work) override {
@@ -27,6 +29,13 @@ public:
         auto timer = std::make_unique<FakeTimer>(*this, m_time + delay.count(), std::move(work));
         m_timers.push_back(timer.get());
         return timer;
+    }
+
+    [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, Interest interest,
+                                               std::function<void()> work) override {
+        auto watch = std::make_unique<FakeWatch>(*this, descriptor, interest, std::move(work));
+        m_watches.push_back(watch.get());
+        return watch;
     }
 
     std::chrono::duration<double> elapsed() const override {
@@ -57,19 +66,23 @@ public:
     }
     /// Runs what is posted, and what that posts in turn.
     void runPosted() {
-        while (!m_isHeld) {
-            std::vector<std::function<void()>> posted;
-            {
-                const std::lock_guard lock(m_mutex);
-                posted.swap(m_posted);
-            }
-            if (posted.empty()) {
-                return;
-            }
-            for (const auto& work : posted) {
-                work();
-            }
+        while (runPostedOnce()) {
         }
+    }
+
+    /// Runs what is posted and what the watched descriptors are ready for, until the condition
+    /// holds. Returns whether it does before the real time is over; the loop's own stands still.
+    template <typename Condition>
+    bool runUntil(Condition&& condition,
+                  std::chrono::milliseconds patience = std::chrono::seconds(10)) {
+        const auto end = std::chrono::steady_clock::now() + patience;
+        while (!condition()) {
+            if (std::chrono::steady_clock::now() > end) {
+                return false;
+            }
+            runReady();
+        }
+        return true;
     }
 
     /// Lets time pass: fires what falls due within it, in order, each with what it posts.
@@ -106,6 +119,71 @@ private:
         std::function<void()> work;
     };
 
+    struct FakeWatch final : Watch {
+        FakeWatch(FakeRunLoop& itsLoop, int itsDescriptor, Interest itsInterest,
+                  std::function<void()> itsWork)
+            : loop(itsLoop),
+              descriptor(itsDescriptor),
+              interest(itsInterest),
+              work(std::move(itsWork)) {}
+        ~FakeWatch() override { std::erase(loop.m_watches, this); }
+        void setInterest(Interest now) override { interest = now; }
+        short events() const {
+            switch (interest) {
+            case Interest::nothing:
+                break;
+            case Interest::reading:
+                return POLLIN;
+            case Interest::writing:
+                return POLLOUT;
+            case Interest::both:
+                return POLLIN | POLLOUT;
+            }
+            return 0;
+        }
+
+        FakeRunLoop& loop;
+        int descriptor;
+        Interest interest;
+        std::function<void()> work;
+    };
+
+    /// Whether there was something; what it posts in turn waits.
+    bool runPostedOnce() {
+        std::vector<std::function<void()>> posted;
+        if (!m_isHeld) {
+            const std::lock_guard lock(m_mutex);
+            posted.swap(m_posted);
+        }
+        for (const auto& work : posted) {
+            work();
+        }
+        return !posted.empty();
+    }
+
+    void runReady() {
+        runPostedOnce();
+        std::vector<pollfd> watched;
+        for (const auto* watch : m_watches) {
+            if (watch->interest != Interest::nothing) {
+                watched.push_back({watch->descriptor, watch->events(), 0});
+            }
+        }
+        ::poll(watched.data(), watched.size(), postedCount() == 0 ? 1 : 0);
+        for (const auto& each : watched) {
+            // What ran before it may have ended this watch.
+            const auto found =
+                std::find_if(m_watches.begin(), m_watches.end(), [&](const auto* watch) {
+                    return watch->descriptor == each.fd &&
+                           (each.revents & (watch->events() | POLLHUP | POLLERR)) != 0;
+                });
+            if (found != m_watches.end()) {
+                const auto work = (*found)->work;
+                work();
+            }
+        }
+    }
+
     FakeTimer* soonest() const {
         const auto found = std::min_element(
             m_timers.begin(), m_timers.end(),
@@ -130,6 +208,7 @@ private:
     std::condition_variable m_change;
     std::vector<std::function<void()>> m_posted;
     std::vector<FakeTimer*> m_timers;
+    std::vector<FakeWatch*> m_watches;
 };
 
 } // namespace korvex::tests

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,6 +27,7 @@ public:
         const auto addressArgument = "--address=" + m_address;
         m_process = ::fork();
         if (m_process == 0) {
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that is killed leaves nothing behind
             ::dup2(ready[1], STDOUT_FILENO);
             ::execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--nopidfile",
                      "--print-address", addressArgument.c_str(), nullptr);

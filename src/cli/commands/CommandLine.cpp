@@ -4,6 +4,7 @@
 #include "cli/commands/DesktopApp.h"
 #include "cli/commands/HelpFormatter.h"
 
+#include "app/Links.h"
 #include "storage/ErrorsOnly.h"
 #include "storage/SharedStoreError.h"
 #include "storage/StoreAdvice.h"
@@ -58,7 +59,20 @@ void refuseLonePlusPlus(const std::vector<std::string>& arguments) {
     }
 }
 
+/// A link in the place of a command is to be opened: desktops know no more than that.
+void putOpenBeforeLink(std::vector<std::string>& arguments) {
+    auto place = arguments.begin();
+    while (place != arguments.end() && place->starts_with("--") && *place != "--") {
+        const auto count = *place == "--data-dir" ? 2 : 1;
+        place += std::min<std::ptrdiff_t>(count, arguments.end() - place);
+    }
+    if (place != arguments.end() && app::hasOurScheme(*place)) {
+        arguments.insert(place, {std::string("open"), std::string("--")});
+    }
+}
+
 ParsedArguments parse(std::vector<std::string> arguments) {
+    putOpenBeforeLink(arguments);
     refuseLonePlusPlus(arguments);
     ParsedArguments parsed;
     CLI::App program("Notes and todos, beautifully simple", "korvex");
@@ -89,6 +103,7 @@ ParsedArguments parse(std::vector<std::string> arguments) {
     addBoardCommands(program, parsed.action);
     addBackupCommands(program, parsed.action);
     addStoreCommands(program, parsed.action);
+    addDesktopCommands(program, parsed.action);
     program.require_subcommand(0, 1);
     program.footer(kProgramHelp); // not before: commands inherit it
 

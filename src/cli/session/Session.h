@@ -6,6 +6,7 @@
 #include "base/Clock.h"
 #include "base/DateFormats.h"
 #include "base/Log.h"
+#include "cli/session/RunningDesktop.h"
 #include "cli/terminal/Output.h"
 #include "richtext/stored/RichTextSerializer.h"
 #include "services/BoardService.h"
@@ -26,6 +27,7 @@ struct Environment {
     const base::Clock& clock;
     base::LogSink& log;
     app::StoreChangeBroadcaster& broadcaster;
+    RunningDesktop& desktop;
     int inputDescriptor = 0;
     int outputDescriptor = 1;
     int errorDescriptor = 2;

@@ -1,5 +1,6 @@
 #include "platform/qt/QtRunLoop.h"
 
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <algorithm>
@@ -42,6 +43,34 @@ private:
     std::function<void()> m_work;
 };
 
+/// Qt has a notifier for each direction.
+class QtWatch final : public base::RunLoop::Watch {
+public:
+    QtWatch(int descriptor, base::RunLoop::Interest interest, std::function<void()> work)
+        : m_reading(descriptor, QSocketNotifier::Read),
+          m_writing(descriptor, QSocketNotifier::Write),
+          m_work(std::move(work)) {
+        for (auto* const notifier : {&m_reading, &m_writing}) {
+            QObject::connect(notifier, &QSocketNotifier::activated, notifier, [this] {
+                // The work may destroy this watch.
+                const auto current = m_work;
+                current();
+            });
+        }
+        QtWatch::setInterest(interest);
+    }
+    void setInterest(base::RunLoop::Interest interest) override {
+        using Interest = base::RunLoop::Interest;
+        m_reading.setEnabled(interest == Interest::reading || interest == Interest::both);
+        m_writing.setEnabled(interest == Interest::writing || interest == Interest::both);
+    }
+
+private:
+    QSocketNotifier m_reading;
+    QSocketNotifier m_writing;
+    std::function<void()> m_work;
+};
+
 } // namespace
 
 void QtRunLoop::post(std::function<void()> work) {
@@ -51,6 +80,11 @@ void QtRunLoop::post(std::function<void()> work) {
 std::unique_ptr<base::RunLoop::Timer> QtRunLoop::callAfter(std::chrono::duration<double> delay,
                                                            std::function<void()> work) {
     return std::make_unique<QtTimer>(delay, std::move(work));
+}
+
+std::unique_ptr<base::RunLoop::Watch> QtRunLoop::watch(int descriptor, Interest interest,
+                                                       std::function<void()> work) {
+    return std::make_unique<QtWatch>(descriptor, interest, std::move(work));
 }
 
 } // namespace korvex::platform::qt

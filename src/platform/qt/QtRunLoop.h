@@ -13,6 +13,8 @@ public:
     void post(std::function<void()> work) override;
     std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
                                      std::function<void()> work) override;
+    std::unique_ptr<Watch> watch(int descriptor, Interest interest,
+                                 std::function<void()> work) override;
 
 private:
     QObject m_context;

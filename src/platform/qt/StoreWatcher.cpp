@@ -1,9 +1,5 @@
 #include "platform/qt/StoreWatcher.h"
 
-#include "app/StoreChangeChannel.h"
-
-#include <QDBusConnection>
-
 namespace korvex::platform::qt {
 
 namespace {
@@ -17,9 +13,8 @@ constexpr auto kSafetyInterval = 800ms;
 
 } // namespace
 
-StoreWatcher::StoreWatcher(std::filesystem::path storeFile)
-    : m_storeFile(std::move(storeFile)),
-      m_lockFile(QString::fromStdString(m_storeFile.string() + ".lock")) {
+StoreWatcher::StoreWatcher(const std::filesystem::path& storeFile)
+    : m_lockFile(QString::fromStdString(storeFile.string() + ".lock")) {
     m_announcement.setSingleShot(true);
     m_announcement.setInterval(kCoalescing);
     connect(&m_announcement, &QTimer::timeout, this, [this] { m_changed.emit(); });
@@ -38,21 +33,6 @@ StoreWatcher::StoreWatcher(std::filesystem::path storeFile)
         m_changed.emit();
     });
     m_safety.start();
-
-    // Without a session bus this does nothing.
-    QDBusConnection::sessionBus().connect(
-        QString(), QString::fromLatin1(app::kStoreChangedPath),
-        QString::fromLatin1(app::kStoreChangedInterface),
-        QString::fromLatin1(app::kStoreChangedMember), this,
-        SLOT(busSignalReceived(QString))); // the only form that QtDBus takes
-}
-
-void StoreWatcher::busSignalReceived(const QString& storeFile) {
-    std::error_code ignored;
-    const std::filesystem::path changed(storeFile.toStdString());
-    if (changed == m_storeFile || std::filesystem::equivalent(changed, m_storeFile, ignored)) {
-        announceSoon();
-    }
 }
 
 void StoreWatcher::watchLockFile() {

@@ -10,26 +10,24 @@
 
 namespace korvex::platform::qt {
 
-/// Notices that a store may have changed, whoever changed it: by the signal on the session bus
-/// where there is one, and always by the store's lock file, which every commit rewrites. What it
-/// says is a hint: who gets it refreshes its context. Main thread.
+/// Notices that a store may have changed, whoever changed it, by the store's lock file, which every
+/// commit rewrites. What it says is a hint: who gets it refreshes its context. Main thread.
 class StoreWatcher final : public QObject {
     Q_OBJECT
 
 public:
-    explicit StoreWatcher(std::filesystem::path storeFile);
+    explicit StoreWatcher(const std::filesystem::path& storeFile);
+
+    /// Somebody else says the same: it is announced together with what is noticed here.
+    void hint() { announceSoon(); }
 
     /// Emitted once for changes that come close together, some milliseconds after the first.
     base::Signal<>& changed() { return m_changed; }
-
-private Q_SLOTS:
-    void busSignalReceived(const QString& storeFile);
 
 private:
     void watchLockFile();
     void announceSoon();
 
-    std::filesystem::path m_storeFile;
     QString m_lockFile;
     QFileSystemWatcher m_files;
     QTimer m_announcement;

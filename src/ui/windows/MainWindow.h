@@ -34,6 +34,8 @@ public:
     void showNotices(const std::vector<std::string>& notices);
     /// Shows it on the page that is in sight.
     void showError(const QString& message);
+    /// Shows what the link leads to, or says that it is not there.
+    void openLink(const std::string& url);
     /// The program ends, whatever the window would say to that: what is being edited is stored, or
     /// else kept as a draft, and where the window stands is kept. From then on it closes without
     /// asking.

@@ -24,6 +24,17 @@ public:
     int count = 0;
 };
 
+/// Says what it is told to say, and keeps what it was asked for.
+class FakeDesktop final : public cli::RunningDesktop {
+public:
+    Answer ask(const app::Launch& launch) override {
+        asked.push_back(launch);
+        return answer;
+    }
+    Answer answer = Answer::notThere;
+    std::vector<app::Launch> asked;
+};
+
 /// What a command printed and how it ended.
 struct Outcome {
     cli::ExitStatus status;
@@ -39,8 +50,8 @@ protected:
         const File in(input);
         const File out;
         const File err;
-        cli::CommandLine commandLine(
-            {clock, log, broadcaster, in.descriptor(), out.descriptor(), err.descriptor()});
+        cli::CommandLine commandLine({clock, log, broadcaster, desktop, in.descriptor(),
+                                      out.descriptor(), err.descriptor()});
         const auto status = commandLine.run(std::move(arguments));
         return {status, out.text(), err.text()};
     }
@@ -66,6 +77,7 @@ protected:
     /// 2025-03-10 13:00:00 UTC, a Monday; 14:00 in Berlin.
     FakeClock clock{base::Instant::fromUnixSeconds(1'741'611'600)};
     CountingBroadcaster broadcaster;
+    FakeDesktop desktop;
 
 private:
     ScopedEnvironment m_zone{"TZ", "Europe/Berlin"};

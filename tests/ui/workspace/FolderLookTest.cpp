@@ -24,6 +24,10 @@ public:
                                      std::function<void()> work) override {
         return m_timers.callAfter(delay, std::move(work));
     }
+    std::unique_ptr<Watch> watch(int descriptor, Interest interest,
+                                 std::function<void()> work) override {
+        return m_late.watch(descriptor, interest, std::move(work));
+    }
 
     void advance(double seconds) { m_timers.advance(seconds); }
     void takePosted() {

@@ -1,0 +1,60 @@
+#include "desktop/Launches.h"
+
+#include "platform/qt/WindowActivation.h"
+#include "ui/workspace/WindowPlace.h"
+
+#include <QWidget>
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+namespace korvex::desktop {
+
+namespace {
+
+/// One after another is shown; nobody sees more than the last.
+constexpr std::size_t kMostLinks = 16;
+
+} // namespace
+
+void bringForward(QWidget& window, const app::Launch& launch) {
+    platform::qt::prepareActivation(launch.token);
+    ui::bringForward(window);
+    platform::qt::finishActivation(*window.windowHandle(), launch.token);
+}
+
+EarlyLaunches::EarlyLaunches(platform::system::SingleInstance& instance)
+    : m_listening(instance.launched().connect(
+          [this](const app::Launch& launch) { m_launches.push_back(launch); })) {}
+
+std::vector<app::Launch> EarlyLaunches::take() {
+    m_listening.cancel();
+    return std::exchange(m_launches, {});
+}
+
+void Launches::take(const app::Launch& launch) {
+    m_runLoop.post([this, launch, life = std::weak_ptr<const bool>(m_life)] {
+        if (!life.expired()) {
+            carryOut(launch);
+        }
+    });
+}
+
+void Launches::carryOut(const app::Launch& launch) {
+    if (!launch.action.empty()) {
+        m_actionRequested.emit(launch);
+        return;
+    }
+    bringForward(m_window, launch);
+    openLinks(launch);
+}
+
+void Launches::openLinks(const app::Launch& launch) {
+    const auto count = std::min(launch.links.size(), kMostLinks);
+    for (std::size_t i = 0; i < count; ++i) {
+        m_window.openLink(launch.links[i]);
+    }
+}
+
+} // namespace korvex::desktop

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "app/Launch.h"
+#include "base/RunLoop.h"
+#include "base/Signal.h"
+#include "platform/system/SingleInstance.h"
+#include "ui/windows/MainWindow.h"
+
+#include <memory>
+#include <vector>
+
+namespace korvex::desktop {
+
+/// Shows a window to who has started the program again.
+void bringForward(QWidget& window, const app::Launch& launch);
+
+/// Keeps what later starts of the program ask for until there is a main window that can do it.
+class EarlyLaunches final {
+public:
+    explicit EarlyLaunches(platform::system::SingleInstance& instance);
+
+    /// The last thing.
+    std::vector<app::Launch> take();
+
+private:
+    std::vector<app::Launch> m_launches;
+    base::Subscription m_listening;
+};
+
+/// Does what later starts of the program, and other programs over the bus, ask the app for. Main
+/// thread; the window and the run loop must outlive it.
+class Launches final {
+public:
+    Launches(ui::MainWindow& window, base::RunLoop& runLoop)
+        : m_window(window), m_runLoop(runLoop) {}
+
+    /// Soon, and not within who asks: what is done may take as long as the user thinks.
+    void take(const app::Launch& launch);
+    /// Shows what is linked to, without bringing the window forward.
+    void openLinks(const app::Launch& launch);
+
+    /// Emitted for what is asked with an action instead.
+    base::Signal<const app::Launch&>& actionRequested() { return m_actionRequested; }
+
+private:
+    void carryOut(const app::Launch& launch);
+
+    ui::MainWindow& m_window;
+    base::RunLoop& m_runLoop;
+    base::Signal<const app::Launch&> m_actionRequested;
+    std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);
+};
+
+} // namespace korvex::desktop

@@ -1,0 +1,95 @@
+#include "platform/bus/SystemAppearanceWatcher.h"
+
+#include <cstdint>
+
+namespace korvex::platform::bus {
+
+namespace {
+
+constexpr const char* kService = "org.freedesktop.portal.Desktop";
+constexpr const char* kPath = "/org/freedesktop/portal/desktop";
+constexpr const char* kInterface = "org.freedesktop.portal.Settings";
+constexpr const char* kAppearance = "org.freedesktop.appearance";
+constexpr const char* kColorScheme = "color-scheme";
+constexpr const char* kContrast = "contrast";
+constexpr const char* kReducedMotion = "reduced-motion";
+/// Desktops whose portal does not know the key for less motion have it here, the other way round.
+constexpr const char* kInterfaceSettings = "org.gnome.desktop.interface";
+constexpr const char* kAnimations = "enable-animations";
+
+std::uint32_t numberOf(const Value& value) {
+    const auto* const number = value.as<std::uint32_t>();
+    return number ? *number : 0;
+}
+
+} // namespace
+
+SystemAppearanceWatcher::SystemAppearanceWatcher(Bus& bus) : m_bus(bus) {
+    m_settings = m_bus.match(
+        {.sender = kService, .path = kPath, .interface = kInterface, .member = "SettingChanged"},
+        [this](const IncomingSignal& signal) {
+            const auto [group, key, value] = signal.read<std::string, std::string, Value>();
+            take(group, key, value);
+            tell();
+        });
+    m_states = m_bus.stateChanged().connect([this](Bus::State state) {
+        if (state == Bus::State::connected) {
+            askAll();
+        }
+    });
+    if (m_bus.isConnected()) {
+        askAll();
+    }
+}
+
+void SystemAppearanceWatcher::askAll() {
+    m_asked.clear();
+    m_awaited = 0;
+    ask(kAppearance, kColorScheme);
+    ask(kAppearance, kContrast);
+    ask(kAppearance, kReducedMotion);
+    ask(kInterfaceSettings, kAnimations);
+}
+
+void SystemAppearanceWatcher::ask(const std::string& group, const std::string& key) {
+    ++m_awaited;
+    m_asked.push_back(m_bus.call(
+        {.destination = kService, .path = kPath, .interface = kInterface, .member = "Read"},
+        arguments(group, key), [this, group, key](const Reply& reply) {
+            --m_awaited;
+            try {
+                take(group, key, reply.read<Value>());
+            } catch (const BusError&) {
+                // No portal, or one that does not know the key.
+            }
+            tell();
+        }));
+}
+
+void SystemAppearanceWatcher::take(const std::string& group, const std::string& key,
+                                   const Value& value) {
+    if (group == kAppearance && key == kColorScheme) {
+        const auto scheme = numberOf(value);
+        m_appearance.scheme = scheme == 1   ? ColorScheme::dark
+                              : scheme == 2 ? ColorScheme::light
+                                            : ColorScheme::noPreference;
+    } else if (group == kAppearance && key == kContrast) {
+        m_appearance.contrast = numberOf(value) == 1 ? Contrast::high : Contrast::usual;
+    } else if (group == kAppearance && key == kReducedMotion) {
+        m_prefersLessMotion = numberOf(value) == 1;
+    } else if (group == kInterfaceSettings && key == kAnimations) {
+        const auto* const animates = value.as<bool>();
+        m_isWithoutAnimations = animates && !*animates;
+    }
+    m_appearance.motion =
+        m_prefersLessMotion || m_isWithoutAnimations ? Motion::reduced : Motion::usual;
+}
+
+void SystemAppearanceWatcher::tell() {
+    if (m_awaited == 0 && m_appearance != m_told) {
+        m_told = m_appearance;
+        m_changed.emit(m_told);
+    }
+}
+
+} // namespace korvex::platform::bus

@@ -1,0 +1,160 @@
+#include "cli/bus/CommandBus.h"
+
+#include "platform/bus/DesktopApplication.h"
+#include "platform/bus/NameClaim.h"
+#include "platform/bus/StoreChangeSignal.h"
+#include "platform/systemd/SdEventRunLoop.h"
+#include "support/RecordingLog.h"
+#include "support/ScopedEnvironment.h"
+#include "support/SessionBus.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <future>
+#include <optional>
+#include <thread>
+
+namespace korvex::cli {
+namespace {
+
+using namespace std::chrono_literals;
+using platform::bus::Bus;
+using platform::bus::WhichBus;
+using platform::systemd::SdEventRunLoop;
+using tests::ScopedEnvironment;
+using tests::SessionBus;
+
+/// Another program on the bus, which listens for changes.
+class Listener {
+public:
+    Listener() {
+        m_bus.start();
+        EXPECT_TRUE(m_loop.runUntil([&] { return m_bus.isConnected(); }, 10s));
+        // Once this is answered, what was asked for before has been taken.
+        std::optional<bool> isListening;
+        const auto asked = m_bus.call({.destination = "org.freedesktop.DBus",
+                                       .path = "/",
+                                       .interface = "org.freedesktop.DBus.Peer",
+                                       .member = "Ping"},
+                                      {}, [&](const auto& reply) { isListening = !reply.error(); });
+        EXPECT_TRUE(m_loop.runUntil([&] { return isListening.has_value(); }, 10s));
+    }
+    /// The store that changed next; absent when the bus has nothing for a long while.
+    std::optional<std::string> next() {
+        m_heard.reset();
+        m_loop.runUntil([&] { return m_heard.has_value(); }, 10s);
+        return m_heard;
+    }
+
+private:
+    tests::RecordingLog m_log;
+    SdEventRunLoop m_loop;
+    Bus m_bus{WhichBus::session, m_loop, m_log};
+    std::optional<std::string> m_heard;
+    base::Subscription m_signals =
+        m_bus.match({.interface = "Korvex.SharedStoreChanged", .member = "Changed"},
+                    [this](const auto& signal) { m_heard = signal.template read<std::string>(); });
+};
+
+/// The desktop app on a thread of its own, as it would be in a process of its own.
+class Desktop {
+public:
+    Desktop() {
+        std::promise<void> named;
+        m_thread = std::jthread([this, &named](const std::stop_token& stop) {
+            tests::RecordingLog log;
+            SdEventRunLoop loop;
+            Bus bus(WhichBus::session, loop, log);
+            platform::bus::DesktopApplication application(bus);
+            const auto launching = application.launched().connect(
+                [this](const app::Launch& launch) { launched.set_value(launch); });
+            const platform::bus::NameClaim name(bus, app::kDesktopName);
+            bus.start();
+            loop.runUntil([&] { return name.state() == platform::bus::NameClaim::State::owned; },
+                          10s);
+            named.set_value();
+            while (!stop.stop_requested()) {
+                if (!isHanging) {
+                    loop.runUntil([&] { return stop.stop_requested(); }, 5ms);
+                }
+            }
+        });
+        named.get_future().wait();
+    }
+
+    std::promise<app::Launch> launched;
+    std::atomic<bool> isHanging = false;
+
+private:
+    std::jthread m_thread;
+};
+
+class CommandBusTest : public ::testing::Test {
+protected:
+    std::filesystem::path socket() const { return m_folder / "bus"; }
+
+    tests::TemporaryFolder m_folder;
+    ScopedEnvironment m_address{"DBUS_SESSION_BUS_ADDRESS", std::nullopt};
+    ScopedEnvironment m_runtimeFolder{"XDG_RUNTIME_DIR", m_folder.path()};
+    tests::RecordingLog m_log;
+    CommandBus m_commandBus{m_log};
+};
+
+TEST_F(CommandBusTest, TellsOtherProgramsWhichStoreChanged) {
+    const SessionBus bus(m_folder / "elsewhere");
+    const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", bus.address());
+    Listener listener;
+    for (const char* store : {"/data/Primary.store", "/data/ö/Primary.store"}) {
+        m_commandBus.storeChanged(store);
+        EXPECT_EQ(listener.next(), store);
+    }
+    m_commandBus.storeChanged("/not-utf-8/\xFF");
+    m_commandBus.storeChanged("/data/Primary.store");
+    EXPECT_EQ(listener.next(), "/data/Primary.store");
+}
+
+TEST_F(CommandBusTest, FindsTheBusInTheRuntimeFolderAndOneThatWasStartedAnew) {
+    m_commandBus.storeChanged("/before/there/is/one");
+    EXPECT_TRUE(std::filesystem::is_empty(m_folder.path())) << "no bus is started";
+    for (int round = 0; round < 2; ++round) {
+        const SessionBus bus(socket());
+        Listener listener;
+        m_commandBus.storeChanged("/data/Primary.store");
+        EXPECT_EQ(listener.next(), "/data/Primary.store") << round;
+        std::filesystem::remove(socket());
+    }
+}
+
+TEST_F(CommandBusTest, ABusThatHangsHoldsACommandUpForAMoment) {
+    const SessionBus bus(socket());
+    bus.hang();
+    const auto start = std::chrono::steady_clock::now();
+    m_commandBus.storeChanged("/data/Primary.store");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 2s);
+    EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::notThere);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
+    bus.wake();
+}
+
+TEST_F(CommandBusTest, TheRunningAppIsToldWhatIsWantedAndOneThatHangsIsFoundOut) {
+    EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::notThere) << "there is no bus";
+    const SessionBus bus(socket());
+    EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::notThere) << "nobody is on it";
+    const app::Launch launches[] = {
+        {.token = "token"},
+        {.links = {"korvex://board/inbox", "korvex://x"}, .token = "abc_TIME12"},
+        {.action = "quick-entry", .parameters = {"--type", "text"}, .token = "t"}};
+    for (const auto& launch : launches) {
+        Desktop desktop;
+        EXPECT_EQ(m_commandBus.ask(launch), RunningDesktop::Answer::taken);
+        EXPECT_EQ(desktop.launched.get_future().get(), launch);
+    }
+    Desktop hanging;
+    hanging.isHanging = true;
+    EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::silent);
+}
+
+} // namespace
+} // namespace korvex::cli

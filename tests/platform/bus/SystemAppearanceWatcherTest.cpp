@@ -1,0 +1,138 @@
+#include "BusFixture.h"
+
+#include "platform/bus/NameClaim.h"
+#include "platform/bus/OfferedObject.h"
+#include "platform/bus/StoreChangeSignal.h"
+#include "platform/bus/SystemAppearanceWatcher.h"
+
+#include <fstream>
+
+namespace korvex::platform::bus {
+namespace {
+
+using Appearance = SystemAppearanceWatcher::Appearance;
+using Scheme = SystemAppearanceWatcher::ColorScheme;
+using Contrast = SystemAppearanceWatcher::Contrast;
+using Motion = SystemAppearanceWatcher::Motion;
+
+constexpr const char* kPath = "/org/freedesktop/portal/desktop";
+constexpr const char* kInterface = "org.freedesktop.portal.Settings";
+
+/// The portal of a desktop that knows the keys which have been set.
+class Portal {
+public:
+    explicit Portal(Bus& bus)
+        : m_object(bus, kPath,
+                   {.name = kInterface,
+                    .methods = {Interface::method<std::string, std::string>(
+                        "Read",
+                        [this](IncomingCall& call, const auto& group, const auto& key) {
+                            const auto found = m_values.find(group + key);
+                            if (found == m_values.end()) {
+                                call.fail("org.freedesktop.portal.Error.NotFound", "");
+                            } else {
+                                call.reply(arguments(found->second));
+                            }
+                        },
+                        "v")},
+                    .signals = {{.name = "SettingChanged", .carries = "ssv"}}}),
+          m_name(bus, "org.freedesktop.portal.Desktop") {}
+
+    void set(const std::string& group, const std::string& key, const Value& value) {
+        m_values[group + key] = value;
+        m_object.emit("SettingChanged", arguments(group, key, value));
+    }
+    bool isThere() const { return m_name.state() == NameClaim::State::owned; }
+
+private:
+    std::map<std::string, Value> m_values;
+    OfferedObject m_object;
+    NameClaim m_name;
+};
+
+class SystemAppearanceWatcherTest : public tests::BusFixture {
+protected:
+    Bus m_desktop{WhichBus::session, m_loop, m_log};
+    Bus m_bus{WhichBus::session, m_loop, m_log};
+};
+
+TEST_F(SystemAppearanceWatcherTest, TellsAllAnswersAtOnceAndThenEachDifference) {
+    startDaemon();
+    Portal portal(m_desktop);
+    connect(m_desktop);
+    ASSERT_TRUE(m_loop.runUntil([&] { return portal.isThere(); }));
+    SystemAppearanceWatcher watcher(m_bus);
+    std::vector<Appearance> heard;
+    const auto listening =
+        watcher.changed().connect([&](const auto& now) { heard.push_back(now); });
+    connect(m_bus);
+    settle(m_bus);
+    std::vector<Appearance> expected{{}};
+    struct Case {
+        const char* key;
+        Value value;
+        Appearance told;
+    };
+    const Value zero(std::uint32_t{0});
+    const Value one(std::uint32_t{1});
+    const Value two(std::uint32_t{2});
+    for (const auto& each : {
+             Case{"color-scheme", two, {Scheme::light, Contrast::usual, Motion::usual}},
+             Case{"color-scheme", one, {Scheme::dark, Contrast::usual, Motion::usual}},
+             Case{"contrast", one, {Scheme::dark, Contrast::high, Motion::usual}},
+             Case{"reduced-motion", one, {Scheme::dark, Contrast::high, Motion::reduced}},
+             Case{"enable-animations",
+                  Value(false),
+                  {Scheme::dark, Contrast::high, Motion::reduced}},
+             Case{"reduced-motion", zero, {Scheme::dark, Contrast::high, Motion::reduced}},
+             Case{"enable-animations", Value(true), {Scheme::dark, Contrast::high, Motion::usual}},
+             Case{"accent-color", one, {Scheme::dark, Contrast::high, Motion::usual}},
+             Case{"contrast", Value("much"), {Scheme::dark, Contrast::usual, Motion::usual}},
+             Case{"color-scheme", zero, {Scheme::noPreference, Contrast::usual, Motion::usual}},
+             Case{"enable-animations",
+                  Value(false),
+                  {Scheme::noPreference, Contrast::usual, Motion::reduced}},
+         }) {
+        portal.set(each.value.as<bool>() ? "org.gnome.desktop.interface"
+                                         : "org.freedesktop.appearance",
+                   each.key, each.value);
+        if (each.told != expected.back()) {
+            expected.push_back(each.told);
+        }
+        EXPECT_TRUE(m_loop.runUntil([&] { return heard.size() + 1 >= expected.size(); }))
+            << each.key;
+    }
+    expected.erase(expected.begin());
+    EXPECT_EQ(heard, expected);
+
+    Bus another(WhichBus::session, m_loop, m_log);
+    SystemAppearanceWatcher asking(another);
+    std::vector<Appearance> told;
+    const auto hearing = asking.changed().connect([&](const auto& now) { told.push_back(now); });
+    connect(another);
+    EXPECT_TRUE(m_loop.runUntil([&] { return !told.empty(); }));
+    EXPECT_EQ(told, std::vector{expected.back()});
+}
+
+TEST_F(SystemAppearanceWatcherTest, ChangesOfTheSameStoreAreHeardHoweverItIsCalled) {
+    startDaemon();
+    const auto store = m_folder / "Primary.store";
+    std::ofstream(store).flush();
+    std::filesystem::create_directory_symlink(m_folder.path(), m_folder / "link");
+    StoreChangeListener listener(m_bus, store);
+    int heard = 0;
+    const auto counting = listener.changed().connect([&] { ++heard; });
+    connect(m_bus);
+    connect(m_desktop);
+    settle(m_bus);
+    EXPECT_TRUE(announceStoreChange(m_bus, store)) << "its own, of which it knows";
+    EXPECT_TRUE(announceStoreChange(m_desktop, m_folder / "Other.store"));
+    EXPECT_TRUE(announceStoreChange(m_desktop, store));
+    EXPECT_TRUE(announceStoreChange(m_desktop, m_folder / "link" / "Primary.store"));
+    EXPECT_TRUE(m_loop.runUntil([&] { return heard >= 2; }));
+    settle(m_bus);
+    EXPECT_EQ(heard, 2);
+}
+
+} // namespace
+} // namespace korvex::platform::bus
