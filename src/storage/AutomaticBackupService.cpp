@@ -326,6 +326,7 @@ AutomaticBackupService::FolderState AutomaticBackupService::folderState() const 
 
 void AutomaticBackupService::lookAtFolder() {
     const auto known = bookmark();
+    m_looksAgain = m_folderLook != nullptr;
     if (m_folderLook || !known || obstacle()) {
         return;
     }
@@ -344,7 +345,10 @@ void AutomaticBackupService::seeFolder(std::future<void> isThere) {
     } catch (const AutomaticBackupError&) {
         m_seen = FolderState::gone;
     } catch (const base::Error&) {
-        return; // it could not be looked at
+        // It could not be looked at.
+    }
+    if (m_looksAgain) {
+        lookAtFolder();
     }
     if (m_seen != before) {
         m_didChange.emit();

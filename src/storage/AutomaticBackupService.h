@@ -167,6 +167,8 @@ private:
     FolderState m_seen = FolderState::notLookedAt;
     /// Null where nobody is looking.
     std::unique_ptr<BackgroundTask> m_folderLook;
+    /// Somebody asked while one was under way, which may have begun before what they saw.
+    bool m_looksAgain = false;
 };
 
 } // namespace korvex::storage

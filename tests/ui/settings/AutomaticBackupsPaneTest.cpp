@@ -117,12 +117,13 @@ TEST_F(AutomaticBackupsPaneTest, WhatCouldNotBeRemovedIsToldWhereTheBackupWasAsk
     openSettings(backups);
     answer("Choose…", chosen);
     workUntilSaid(chosen.filename().c_str());
-    settings->resize(settings->width(), 300);
+    const QSignalSpy told(settings->findChild<AutomaticBackupRows*>(), &AutomaticBackupRows::told);
     log.expectError("Backup operation failed");
     press("Back Up Now");
     workUntilSaid("The backup was made; old ones could not be removed: ");
-    EXPECT_TRUE(
-        QTest::qWaitFor([&] { return isInSight(storage::AutomaticBackupService::kFailure); }));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return told.count() == 1; }));
+    EXPECT_TRUE(told.front().front().value<QWidget*>()->isAncestorOf(
+        &label(storage::AutomaticBackupService::kFailure)));
     EXPECT_THAT(words(), Not(HasSubstr("Backup made.")));
     std::filesystem::permissions(history, std::filesystem::perms::owner_all);
     window.reset();

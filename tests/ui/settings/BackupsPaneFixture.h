@@ -58,6 +58,9 @@ protected:
     }
     /// From another window.
     void comeBack() {
+        // A look that is under way tells of what it saw before, and none begins beside it.
+        EXPECT_TRUE(threads.waitUntilEnded(std::chrono::seconds(20)));
+        runLoop.runPosted();
         window->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         settings->activateWindow();

@@ -7,11 +7,14 @@
 #include "ui/windows/NavigationFixture.h"
 
 #include <QComboBox>
+#include <QDeadlineTimer>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 
+#include <chrono>
 #include <functional>
+#include <stdexcept>
 
 namespace korvex::tests {
 
@@ -99,13 +102,16 @@ protected:
         settings->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
     }
-    /// Lets the background work until it is so.
+    /// Lets the background and the windows work until it is so, whichever of them comes first.
     template <typename Condition>
     void workUntil(Condition&& isSo) {
+        const QDeadlineTimer deadline(std::chrono::seconds(20));
         while (!isSo()) {
-            runLoop.waitForPosted();
+            if (deadline.hasExpired()) {
+                throw std::runtime_error("waited in vain at:\n" + words());
+            }
             runLoop.runPosted();
-            QApplication::processEvents();
+            QTest::qWait(1);
         }
     }
     void workUntilSaid(const char* text) {
