@@ -15,7 +15,7 @@ import time
 import unittest
 import uuid
 
-from window import DESKTOP, PATIENCE, WindowCase, wait_for
+from window import DESKTOP, KORVEX, PATIENCE, WindowCase, wait_for
 
 
 class WindowTest(WindowCase):
@@ -343,7 +343,7 @@ class WindowTest(WindowCase):
     def wait_for_words(self, wanted):
         """Until the active window says this somewhere on the way down its left side."""
         def copied():
-            for y in range(40, 400, 20):
+            for y in range(40, 400, 10):  # no line of words is less high
                 window = self.xdotool("getactivewindow").strip()
                 self.xdotool("mousemove", "--window", window, "160", str(y), "click", "1")
                 self.keys("ctrl+a", "ctrl+c")
