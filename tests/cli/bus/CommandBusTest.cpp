@@ -11,7 +11,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <future>
 #include <optional>
 #include <thread>
@@ -61,9 +60,10 @@ private:
 /// The desktop app on a thread of its own, as it would be in a process of its own.
 class Desktop {
 public:
-    Desktop() {
+    enum class Manner { answering, hanging };
+    explicit Desktop(Manner manner) {
         std::promise<void> named;
-        m_thread = std::jthread([this, &named](const std::stop_token& stop) {
+        m_thread = std::jthread([this, manner, &named](const std::stop_token& stop) {
             tests::RecordingLog log;
             SdEventRunLoop loop;
             Bus bus(WhichBus::session, loop, log);
@@ -76,8 +76,10 @@ public:
                           10s);
             named.set_value();
             while (!stop.stop_requested()) {
-                if (!isHanging) {
+                if (manner == Manner::answering) {
                     loop.runUntil([&] { return stop.stop_requested(); }, 5ms);
+                } else {
+                    std::this_thread::sleep_for(5ms);
                 }
             }
         });
@@ -85,7 +87,6 @@ public:
     }
 
     std::promise<app::Launch> launched;
-    std::atomic<bool> isHanging = false;
 
 private:
     std::jthread m_thread;
@@ -147,12 +148,11 @@ TEST_F(CommandBusTest, TheRunningAppIsToldWhatIsWantedAndOneThatHangsIsFoundOut)
         {.links = {"korvex://board/inbox", "korvex://x"}, .token = "abc_TIME12"},
         {.action = "quick-entry", .parameters = {"--type", "text"}, .token = "t"}};
     for (const auto& launch : launches) {
-        Desktop desktop;
+        Desktop desktop(Desktop::Manner::answering);
         EXPECT_EQ(m_commandBus.ask(launch), RunningDesktop::Answer::taken);
         EXPECT_EQ(desktop.launched.get_future().get(), launch);
     }
-    Desktop hanging;
-    hanging.isHanging = true;
+    const Desktop hanging(Desktop::Manner::hanging);
     EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::silent);
 }
 
