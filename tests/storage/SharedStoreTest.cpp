@@ -130,15 +130,20 @@ TEST_F(SharedStoreTest, ARepairTakesOverASoundLegacyStoreAsAnyStartDoes) {
 /// Which only a disk that is not there now, or somebody's hand, has made look empty.
 TEST_F(SharedStoreTest, ALegacyStoreThatIsGoneIsNotTakenForNone) {
     const auto elsewhere = m_folder / "elsewhere";
-    const auto refuses = [&] {
-        EXPECT_THROW(prepare(), storage::LegacyStoreError);
+    const auto refuses = [&](const std::string& help) {
+        try {
+            prepare();
+            ADD_FAILURE() << "it was taken for none";
+        } catch (const storage::LegacyStoreError& error) {
+            EXPECT_THAT(error.errorDescription(), testing::HasSubstr(help));
+        }
         EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
     };
     fs::create_symlink(elsewhere / "none", legacy());
-    refuses();
+    refuses("legacy.store. Move it away");
     fs::remove(legacy());
     write(legacy().string() + "-wal", "a journal");
-    refuses();
+    refuses("there: legacy.store-wal. Nothing");
     fs::remove(legacy().string() + "-wal");
     fs::create_directories(elsewhere);
     {
@@ -152,7 +157,7 @@ TEST_F(SharedStoreTest, ALegacyStoreThatIsGoneIsNotTakenForNone) {
     for (const auto* suffix : {"", "-wal", "-shm"}) {
         fs::remove(legacy().string() + suffix);
     }
-    refuses();
+    refuses("there: legacy.store.lock. Nothing");
     fs::remove(legacy().string() + ".lock");
     fs::create_symlink(elsewhere / "none", m_folder / "link");
     EXPECT_THROW(
@@ -179,6 +184,30 @@ TEST_F(SharedStoreTest, ALegacyStoreWhoseWordsStandInItsJournalIsTakenOverWhenTh
     EXPECT_EQ(start().context->count<Board>(), 1U);
     EXPECT_EQ(bytes(legacy()), "");
     EXPECT_EQ(bytes(legacy().string() + "-wal"), journal);
+}
+
+TEST_F(SharedStoreTest, WhatACutJournalOfALegacyStoreHasLostIsSaidWhereItIsSalvagedToo) {
+    {
+        const auto made = storage::SharedModelContainer::make({.storeURL = legacy()}, m_log);
+        store::ModelContext context(*made);
+        for (int i = 0; i < 2; ++i) {
+            context.insert(std::make_unique<Board>(
+                model::BoardFields{.id = base::Uuid::random(), .name = "B"}));
+            context.save();
+        }
+    }
+    const auto journal = legacy().string() + "-wal";
+    fs::resize_file(legacy(), 0);
+    fs::resize_file(journal, fs::file_size(journal) - 100);
+    storage::Work work;
+    const auto report = repairStore(work);
+    ASSERT_TRUE(report.salvage);
+    EXPECT_FALSE(report.salvage->mayMissMore);
+    EXPECT_THAT(report.notices,
+                testing::ElementsAre(testing::HasSubstr("was taken over"),
+                                     testing::HasSubstr("The newest changes in the store of an "
+                                                        "older Korvex are missing")));
+    EXPECT_EQ(start().context->count<Board>(), 1U);
 }
 
 TEST_F(SharedStoreTest, ALegacyStoreWithoutItsNewestChangesIsTakenOverAndThatIsSaid) {
