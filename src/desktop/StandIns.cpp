@@ -34,7 +34,8 @@ StandIns::takeStore(StoreOpening opening, const std::function<StoreOpening()>& a
                 store = opening.take();
             } catch (const storage::LegacyStoreError& error) {
                 subject = error.file();
-                which = ui::StoreErrorWindow::Which::legacy;
+                which = error.isGone() ? ui::StoreErrorWindow::Which::own
+                                       : ui::StoreErrorWindow::Which::legacy;
                 // The window shows the file.
                 throw base::Error(error.domain(), error.code(), error.reason());
             }

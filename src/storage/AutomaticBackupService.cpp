@@ -1,5 +1,7 @@
 #include "storage/AutomaticBackupService.h"
 
+#include "storage/BackupHistory.h"
+
 #include <chrono>
 #include <utility>
 
@@ -22,6 +24,17 @@ bool isCase(const base::Error& error, AutomaticBackupErrorCase which) {
 bool isForFolder(const base::Error& error) {
     return isCase(error, AutomaticBackupErrorCase::chooseAgain) ||
            isCase(error, AutomaticBackupErrorCase::unknownFolder);
+}
+
+/// When the newest one of this history was made, by its file; absent where that cannot be told.
+std::optional<base::Instant> lastOf(const AutomaticBackup& request, const base::Uuid& history) {
+    try {
+        const auto backups =
+            automaticBackups(FolderBookmark::read(request.bookmark.value()), history).backups;
+        return backups.empty() ? std::nullopt : std::optional(backups.front().modifiedAt);
+    } catch (const std::exception&) {
+        return std::nullopt; // who makes one says why
+    }
 }
 
 AutomaticBackupError noAnswer() {
@@ -136,10 +149,18 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
     m_progress = {};
     m_wasCancelled = false;
     m_isCancelling = false;
+    // The settings do not tell then: without a look each start of a program would make one.
+    const auto looksFirst = asked == AskedBy::clock && tellsOfAnotherStore() && !m_ownSuccess;
+    const auto history =
+        m_surroundings.preferences.automaticBackupID(m_surroundings.container.storeID());
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.threads, m_surroundings.runLoop,
-        [request, defaults = m_surroundings.defaults.forAnotherThread(), &log = m_surroundings.log](
-            Work& work) { return makeAutomaticBackup(request, *defaults, log, work); },
+        [request, looksFirst, history, defaults = m_surroundings.defaults.forAnotherThread(),
+         &log = m_surroundings.log](Work& work) {
+            const auto last = looksFirst ? lastOf(request, history) : std::nullopt;
+            return isDue(last, request.now) ? makeAutomaticBackup(request, *defaults, log, work)
+                                            : AutomaticBackupResult{.madeBefore = last};
+        },
         [this, request, asked](std::future<AutomaticBackupResult> result) {
             finish(std::move(result), request, asked);
         },
@@ -175,14 +196,20 @@ void AutomaticBackupService::leave() {
 void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
                                     const AutomaticBackup& request, AskedBy asked) {
     m_surroundings.preferences.reload(); // another folder may have been chosen meanwhile
+    auto next = Next::none;
     if (isOfChosenFolder(request)) {
         take(std::move(result), request, asked);
     } else {
-        takeFormer(std::move(result));
+        next = takeFormer(std::move(result));
     }
     // Under way until here: what was noted on the way is no answer yet.
     m_run.reset();
     m_advance.reset();
+    if (next == Next::inChosenFolder && asked == AskedBy::user) {
+        run(m_surroundings.clock.now(), asked);
+    } else if (next == Next::inChosenFolder && m_timer) {
+        lookSoon();
+    }
     m_didChange.emit();
 }
 
@@ -190,6 +217,11 @@ void AutomaticBackupService::take(std::future<AutomaticBackupResult> result,
                                   const AutomaticBackup& request, AskedBy asked) {
     try {
         const auto made = result.get();
+        if (made.madeBefore) {
+            m_ownSuccess = made.madeBefore;
+            m_seen = FolderState::there;
+            return;
+        }
         succeed(request);
         if (made.pruningFailure) {
             std::rethrow_exception(made.pruningFailure);
@@ -202,9 +234,10 @@ void AutomaticBackupService::take(std::future<AutomaticBackupResult> result,
     }
 }
 
-/// Of a folder that is not the chosen one any more, which has none: however it ended, that gets its
-/// own at once.
-void AutomaticBackupService::takeFormer(std::future<AutomaticBackupResult> result) {
+/// Of a folder that is not the chosen one any more: however it ended, that has none, and gets its
+/// own at once where automatic backups are on or the user asked for this one.
+AutomaticBackupService::Next
+AutomaticBackupService::takeFormer(std::future<AutomaticBackupResult> result) {
     try {
         const auto made = result.get();
         if (made.pruningFailure) {
@@ -212,13 +245,11 @@ void AutomaticBackupService::takeFormer(std::future<AutomaticBackupResult> resul
         }
     } catch (const Cancelled&) {
         noteCancelled(); // its user wants none now
-        return;
+        return Next::none;
     } catch (const base::Error& error) {
         log(error);
     }
-    if (m_timer) {
-        lookSoon();
-    }
+    return Next::inChosenFolder;
 }
 
 void AutomaticBackupService::succeed(const AutomaticBackup& request) {

@@ -124,7 +124,9 @@ private:
                 AskedBy asked);
     void take(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
               AskedBy asked);
-    void takeFormer(std::future<AutomaticBackupResult> result);
+    /// What is to follow.
+    enum class Next { none, inChosenFolder };
+    Next takeFormer(std::future<AutomaticBackupResult> result);
     void succeed(const AutomaticBackup& request);
     void forgetFailure();
     void noteCancelled();

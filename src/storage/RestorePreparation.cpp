@@ -59,8 +59,12 @@ void requireNone(store::ModelContainer& container, const fs::path& recoveryFile)
 }
 
 bool isStillThere(const ListedBackup& file) {
-    const auto listed = backupsIn(file.file.parent_path()).backups;
-    return std::find(listed.begin(), listed.end(), file) != listed.end();
+    try {
+        const auto listed = backupsIn(file.file.parent_path()).backups;
+        return std::find(listed.begin(), listed.end(), file) != listed.end();
+    } catch (const FileError&) {
+        return false; // nor is its folder, or who looks anew says why
+    }
 }
 
 } // namespace
@@ -132,9 +136,11 @@ BackupDocument recoveredDocument(store::ModelContainer& container, const fs::pat
 
 std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
                                           const fs::path& recoveryFile, Work& work) {
+    auto wasFound = false;
     // Another program may just be moving it into its place.
     for (int look = 0; look < kLooks; ++look) {
         const auto kept = find(container, recoveryFile, work);
+        wasFound = kept.has_value();
         if (!kept) {
             continue;
         }
@@ -145,7 +151,9 @@ std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
             return std::move(*found);
         }
     }
-    requireNone(container, recoveryFile);
+    if (!wasFound) {
+        requireNone(container, recoveryFile);
+    }
     return std::nullopt;
 }
 

@@ -31,14 +31,28 @@ public:
                     (help.empty() ? "" : "\n" + help)),
           m_reason(reason.errorDescription() + (help.empty() ? "" : "\n\n" + help)),
           m_file(std::move(file)) {}
+    /// The file is not there: what there is instead `reason` says, and what can be done about it.
+    static LegacyStoreError ofGone(const base::Error& reason, std::filesystem::path file) {
+        return {reason, std::move(file), File::gone};
+    }
 
     /// Why, and what helps, for who shows the file beside it.
     const std::string& reason() const noexcept { return m_reason; }
     const std::filesystem::path& file() const noexcept { return m_file; }
+    /// Whether it is not there, and so cannot be moved away.
+    bool isGone() const noexcept { return m_isGone; }
 
 private:
+    enum class File { gone };
+    LegacyStoreError(const base::Error& reason, std::filesystem::path file, File)
+        : Error(reason),
+          m_reason(reason.errorDescription()),
+          m_file(std::move(file)),
+          m_isGone(true) {}
+
     std::string m_reason;
     std::filesystem::path m_file;
+    bool m_isGone = false;
 };
 
 } // namespace korvex::storage

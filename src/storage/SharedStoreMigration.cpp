@@ -185,6 +185,29 @@ bool copyFiles(const fs::path& store, const fs::path& copy) {
                                repairCommand(store));
 }
 
+[[noreturn]] void refuseGone(const fs::path& legacy, store::StoreErrorCase reason,
+                             const std::string& words) {
+    const store::StoreError error(reason);
+    throw LegacyStoreError::ofGone(base::Error(error.domain(), error.code(), words), legacy);
+}
+
+/// What there is to move away is named: the file is not.
+[[noreturn]] void refuseWithoutFile(const fs::path& legacy) {
+    const store::StoreFile file(legacy);
+    std::string left;
+    for (const auto& each : {file.journal(), file.lockFile()}) {
+        std::error_code unknown;
+        if (fs::exists(each, unknown)) {
+            left += (left.empty() ? "" : ", ") + each.filename().string();
+        }
+    }
+    refuseGone(legacy, store::StoreErrorCase::incomplete,
+               "The store of an older Korvex, " + legacy.string() +
+                   ", is gone, but what belongs to it is still there: " + left +
+                   ". Nothing has been changed. Put the store back, or move that away to start "
+                   "anew.");
+}
+
 /// Of a copy that is one file.
 bool isBehind(const fs::path& copy, const store::StoreLock::Record& record) {
     try {
@@ -200,12 +223,7 @@ bool isBehind(const fs::path& copy, const store::StoreLock::Record& record) {
 }
 
 /// Where the newest changes stood in a journal that the legacy store has no more.
-std::optional<std::string> noticeOnMissing(const fs::path& staged,
-                                           const std::optional<store::StoreLock::Record>& record,
-                                           const fs::path& legacy) {
-    if (!record || !isBehind(staged, *record)) {
-        return std::nullopt;
-    }
+std::string noticeOnMissing(const fs::path& legacy) {
     return "The newest changes in the store of an older Korvex are missing: its journal was cut or "
            "removed outside Korvex. That store has been left as it is: " +
            legacy.string();
@@ -302,10 +320,10 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
                                                                 const fs::path& store,
                                                                 Damaged whenDamaged) const {
     if (isLinkToNowhere(legacy.parent_path())) {
-        throw LegacyStoreError(
-            base::Error("Korvex.Store", static_cast<int>(store::StoreErrorCase::missing),
-                        "The folder of the store is a link to a place that is not there."),
-            legacy);
+        refuseGone(legacy, store::StoreErrorCase::missing,
+                   "The folder of the store of an older Korvex, " + legacy.parent_path().string() +
+                       ", is a link to a place that is not there. Make its place available, or "
+                       "remove the link to start anew.");
     }
     const StagingFolder staging(store.parent_path());
     const auto staged = staging.path() / store.filename();
@@ -313,7 +331,7 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
     try {
         const store::StoreFile file(legacy);
         if (!file.isThere()) { // what is no file is refused before it is read
-            throw store::StoreError(store::StoreErrorCase::incomplete);
+            refuseWithoutFile(legacy);
         }
         // Before the copy, which then holds no less.
         const auto record = recordOf(file);
@@ -325,9 +343,9 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
         try {
             file.copyTo(staged);
             // Before an upgrade, which is a revision too.
-            if (auto missing = noticeOnMissing(staged, record, legacy)) {
-                m_log.warning(*missing);
-                taken.notices.push_back(*std::move(missing));
+            if (record && isBehind(staged, *record)) {
+                taken.notices.push_back(noticeOnMissing(legacy));
+                m_log.warning(taken.notices.back());
             }
             validateStore(staged);
             m_log.info("Verified a snapshot of the legacy store; original retained");
@@ -338,7 +356,9 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
             if (whenDamaged == Damaged::refused) {
                 refuseDamaged(error, legacy, store);
             }
-            taken.salvage = salvage(staged, legacy);
+            taken.salvage = salvage(staged, legacy, record);
+            taken.notices.insert(taken.notices.end(), taken.salvage->notices.begin(),
+                                 taken.salvage->notices.end());
             validateStore(staged);
         }
     } catch (const store::StoreError& error) {
@@ -353,10 +373,18 @@ SharedStoreMigration::TakenOver SharedStoreMigration::carryOver(const fs::path& 
     return taken;
 }
 
-store::SalvageReport SharedStoreMigration::salvage(const fs::path& staged,
-                                                   const fs::path& legacy) const {
+store::SalvageReport
+SharedStoreMigration::salvage(const fs::path& staged, const fs::path& legacy,
+                              const std::optional<store::StoreLock::Record>& record) const {
     std::error_code isNone;
-    const auto isWhole = fs::exists(staged, isNone) || copyFiles(legacy, staged);
+    const auto wasCopied = fs::exists(staged, isNone);
+    const auto isWhole = wasCopied || copyFiles(legacy, staged);
+    if (record && !wasCopied) {
+        // So that the salvage, which reads the journal, sees what that has no more.
+        store::StoreLock lock(store::StoreFile(staged).lockFile(), kPatience);
+        const store::StoreLock::Guard guard(&lock);
+        lock.setRecord(*record);
+    }
     auto report = store::salvageStore(staged, SharedModelContainer::schema(), kPatience, *m_sink);
     if (report.saved == 0) { // then it is the user who gives it up
         throw store::StoreError(store::StoreErrorCase::nothingReadable);
@@ -364,6 +392,11 @@ store::SalvageReport SharedStoreMigration::salvage(const fs::path& staged,
     report.mayMissMore = report.mayMissMore || !isWhole;
     report.kept = legacy;
     report.formerStores.clear(); // of its upgrade here, if any: the legacy store is that
+    if (!report.notices.empty()) {
+        // Its own words name the copy's files.
+        report.notices = {noticeOnMissing(legacy)};
+        m_log.warning(report.notices.front());
+    }
     return report;
 }
 

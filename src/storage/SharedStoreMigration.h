@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Log.h"
+#include "store/StoreLock.h"
 #include "store/salvage/StoreSalvage.h"
 
 #include <filesystem>
@@ -52,9 +53,11 @@ private:
                              const std::filesystem::path& directory, Damaged whenDamaged) const;
     TakenOver carryOver(const std::filesystem::path& legacy, const std::filesystem::path& store,
                         Damaged whenDamaged) const;
-    /// What can be read, in the place of the staged copy.
+    /// What can be read, in the place of the staged copy. `record`: what the legacy store's lock
+    /// says of it.
     store::SalvageReport salvage(const std::filesystem::path& staged,
-                                 const std::filesystem::path& legacy) const;
+                                 const std::filesystem::path& legacy,
+                                 const std::optional<store::StoreLock::Record>& record) const;
 
     base::LogSink* m_sink;
     base::Logger m_log;

@@ -2,10 +2,13 @@
 
 #include "app/StoreLocation.h"
 #include "storage/RestorePreparation.h"
+#include "storage/SharedModelContainer.h"
 #include "store/StoreFile.h"
+#include "store/StoreUpgrade.h"
 
 #include <algorithm>
 #include <optional>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -40,26 +43,47 @@ std::string beginningAnew(const std::filesystem::path& storeFile) {
            (goesAlong ? " " + recovery->filename().string() + " goes along with it." : "");
 }
 
-/// What can take the place of a store that is gone, the newest of each kind.
-std::string puttingBack(const std::filesystem::path& storeFile) {
-    const auto name = storeFile.filename().string();
-    std::string kept;
-    for (const auto* const what : {"former", "BeforeV17", "BeforeCloudV11", "damaged"}) {
-        auto files = store::StoreFile(storeFile).kept(what);
-        std::erase_if(files, [](const auto& file) {
-            return std::any_of(store::StoreFile::kJournals.begin(),
-                               store::StoreFile::kJournals.end(),
-                               [&](const char* suffix) { return file.native().ends_with(suffix); });
-        });
-        if (!files.empty()) {
-            kept += "\n" + files.back().filename().string();
+/// The newest one that is kept so, with what has to come along; empty where there is none. Of a
+/// store that did not open all words may stand in its journal.
+std::string newestKept(const store::StoreFile& store, std::string_view what) {
+    auto files = store.kept(what);
+    const auto isJournal = [](const std::filesystem::path& file) {
+        return std::any_of(store::StoreFile::kJournals.begin(), store::StoreFile::kJournals.end(),
+                           [&](const char* suffix) { return file.native().ends_with(suffix); });
+    };
+    std::erase_if(files, isJournal);
+    if (files.empty()) {
+        return {};
+    }
+    auto line = "\n" + files.back().filename().string();
+    for (const auto* const suffix : store::StoreFile::kJournals) {
+        std::error_code unknown;
+        if (std::filesystem::exists(files.back().native() + suffix, unknown)) {
+            line += " (together with " + files.back().filename().string() + suffix + ", as " +
+                    store.path().filename().string() + suffix + ")";
         }
     }
+    return line;
+}
+
+/// What can take the place of a store that is gone, the newest of each kind.
+std::string puttingBack(const std::filesystem::path& storeFile) {
+    const store::StoreFile store(storeFile);
+    const auto name = storeFile.filename().string();
+    const auto beforeUpgrade = store::formerStoreName(SharedModelContainer::schema());
+    std::string whole;
+    for (const auto& what : {std::string("former"), beforeUpgrade, std::string("BeforeCloudV11")}) {
+        whole += newestKept(store, what);
+    }
+    const auto damaged = newestKept(store, "damaged");
     return "If you have moved " + name + " away from " + storeFile.parent_path().string() +
            ", put it back." +
-           (kept.empty() ? ""
-                         : " These were kept beside it; one that gets the name " + name +
-                               " is the store again:" + kept);
+           (whole.empty() ? ""
+                          : " These were kept beside it; one that gets the name " + name +
+                                " is the store again:" + whole) +
+           (damaged.empty() ? ""
+                            : "\nThis one is damaged; with the name " + name +
+                                  " it can be repaired once more:" + damaged);
 }
 
 } // namespace

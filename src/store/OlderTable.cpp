@@ -220,14 +220,19 @@ std::vector<RowCount> countRows(sqlite3* database, const Schema& schema, const T
         const RowReading reading(database, table);
         const auto name = tableSql::quoted(table.type->name);
         std::string where;
-        if (part.count > 1) {
-            const auto begin = [&](std::int64_t index) {
-                return "(SELECT min(rowid) + (max(rowid) - min(rowid) + 1) * " +
-                       std::to_string(index) + " / " + std::to_string(part.count) + " FROM " +
-                       name + ")";
+        // So much of the largest and the rest of the smallest: no step on the way overflows.
+        const auto begin = [&](std::int64_t index) {
+            const auto share = [&](const char* end, std::int64_t times) {
+                return "(SELECT " + std::string(end) + "(rowid) FROM " + name + ") / " +
+                       std::to_string(part.count) + " * " + std::to_string(times);
             };
-            where =
-                " WHERE rowid >= " + begin(part.index) + " AND rowid < " + begin(part.index + 1);
+            return share("max", index) + " + " + share("min", part.count - index);
+        };
+        if (part.index > 0) {
+            where = " WHERE rowid >= " + begin(part.index);
+        }
+        if (part.index + 1 < part.count) {
+            where += (where.empty() ? " WHERE" : " AND") + (" rowid < " + begin(part.index + 1));
         }
         Statement count(database, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
                                       ") FROM " + name + " NOT INDEXED" + where);

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 namespace korvex::store {
@@ -19,6 +20,10 @@ namespace korvex::store {
 /// moved the journal into the file.
 void upgradeStore(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
                   const base::Logger& log);
+
+/// Under which an upgrade keeps the former file (`StoreFile::kept`): "BeforeV17" for
+/// `KorvexSchemaV17`.
+std::string formerStoreName(const Schema& schema);
 
 /// Gives them names under which they stay, "Primary.store.former-…": the store has lost what only
 /// they may still hold. Those that it has from before. Throws StoreError.

@@ -343,7 +343,7 @@ class WindowTest(WindowCase):
     def wait_for_words(self, wanted):
         """Until the active window says this somewhere on the way down its left side."""
         def copied():
-            for y in range(40, 400, 10):  # no line of words is less high
+            for y in range(40, 400, 10):
                 window = self.xdotool("getactivewindow").strip()
                 self.xdotool("mousemove", "--window", window, "160", str(y), "click", "1")
                 self.keys("ctrl+a", "ctrl+c")
@@ -395,7 +395,6 @@ class WindowTest(WindowCase):
                 self.keys(key)
                 self.assertEqual(window.wait(PATIENCE), 0, key)
         self.start_window()
-
 
     def test_a_store_of_an_older_version_that_cannot_be_read_is_named(self):
         legacy = self.home / "data" / "Korvex" / "default.store"

@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -282,6 +283,20 @@ TEST_F(AutomaticBackupServiceTest, AFailureInTheFolderBeforeIsNoneOfTheChosenOne
     EXPECT_THAT(backups(other), SizeIs(1));
 }
 
+TEST_F(AutomaticBackupServiceTest, WhoAskedForOneGetsItInTheFolderThatWasChosenMeanwhile) {
+    if (!holdMark()) {
+        GTEST_SKIP() << "no leases here";
+    }
+    const auto other = folder / "other";
+    fs::create_directory(other);
+    preferences.setAutomaticBackupEnabled(false);
+    service->backUpNow();
+    choose(other);
+    mark = {};
+    finish();
+    EXPECT_THAT(backups(other), SizeIs(1));
+}
+
 TEST_F(AutomaticBackupServiceTest, OneThatIsStoppedIsNoFailureAndLeavesNothing) {
     log.expectError("The folder that was chosen for automatic backups is not there");
     fs::rename(chosen, folder / "away");
@@ -429,12 +444,19 @@ TEST_F(AutomaticBackupServiceTest, TheBackupOfAnotherStoreIsNoneOfThisOne) {
     clock.advance(kDay);
     they(clock.now());
     EXPECT_EQ(service->nextDue(clock.now()), clock.now());
-    service.emplace(surroundings());
-    EXPECT_EQ(service->lastSuccess(), std::nullopt);
-    service->runIfDue(clock.now());
-    finish();
-    EXPECT_THAT(backups(), SizeIs(2));
-    EXPECT_EQ(service->nextDue(clock.now()), clock.now() + kDay);
+    const auto only = chosen / historyFolderName(preferences.automaticBackupID()) / backups()[0];
+    for (const auto age : {60.0, kDay}) {
+        service.emplace(surroundings());
+        EXPECT_EQ(service->lastSuccess(), std::nullopt);
+        const auto last = clock.now() - age;
+        const ::timespec time{.tv_sec = static_cast<::time_t>(last.unixSeconds()), .tv_nsec = 0};
+        const ::timespec times[]{time, time};
+        ASSERT_EQ(::utimensat(AT_FDCWD, only.c_str(), times, 0), 0);
+        service->runIfDue(clock.now());
+        finish();
+        EXPECT_THAT(backups(), SizeIs(age < kDay ? 1 : 2)) << "a start is no reason for one more";
+        EXPECT_EQ(service->nextDue(clock.now()), (age < kDay ? last : clock.now()) + kDay);
+    }
 }
 
 } // namespace

@@ -356,11 +356,12 @@ TEST_F(JournalTest, WhatStandsInItIsSavedWhereTheFileIsCutToNothing) {
 
 TEST_F(JournalTest, ItIsMovedOnceWhoeverReadsInItHasEnded) {
     std::promise<void> reads;
-    std::thread other([&] {
+    std::promise<void> wasBusy;
+    const std::jthread other([&] {
         SQLite::Database reader(storeFile().string(), SQLite::OPEN_READONLY);
         reader.exec("BEGIN; SELECT count(*) FROM Board");
         reads.set_value();
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        wasBusy.get_future().wait_for(std::chrono::seconds(10));
     });
     reads.get_future().wait();
     const store::StoreFile file(storeFile());
@@ -368,8 +369,8 @@ TEST_F(JournalTest, ItIsMovedOnceWhoeverReadsInItHasEnded) {
         caseOf<store::StoreError>([&] { store::SoleHold(file, std::chrono::milliseconds(1)); }),
         store::StoreErrorCase::busy);
     EXPECT_TRUE(file.hasJournal());
+    wasBusy.set_value();
     store::SoleHold hold(file, std::chrono::seconds(10));
-    other.join();
     EXPECT_FALSE(file.hasJournal());
     hold.copyTo(folder() / "copy");
 }

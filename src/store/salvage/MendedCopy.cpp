@@ -36,6 +36,9 @@ constexpr off_t kLockedBytes = 512;
 constexpr std::size_t kPiece = 1 << 20;
 constexpr std::size_t kSector = 4096;
 
+/// How many times as long a file that was cut may have been: its header may be damaged, too.
+constexpr std::uint64_t kMostGrowth = 1'000;
+
 constexpr std::size_t kVersionInHeader = 60;
 constexpr std::size_t kApplicationIDInHeader = 68;
 
@@ -179,6 +182,12 @@ void MendedCopy::copy() {
     }
     committed.writeTo(*m_pages);
     m_mayLackTables = m_mayLackTables || !committed.isWhole();
+    if (const auto first = m_pages->read(1); isOurs(first)) {
+        // SQLite opens nothing of a file that ends before one of its tables begins.
+        const auto most = std::uint64_t{m_pages->count()} * kMostGrowth;
+        m_pages->growTo(
+            static_cast<std::uint32_t>(std::min<std::uint64_t>(pageCount(first), most)));
+    }
 }
 
 void MendedCopy::open() {

@@ -139,4 +139,10 @@ void setPageCount(base::Bytes& header, std::uint32_t pages) {
     setNumber(header, kLastChangeOfCount, numberAt(header, kLastChange, 4));
 }
 
+std::uint32_t pageCount(const base::Bytes& header) {
+    const auto isConfirmed =
+        numberAt(header, kLastChangeOfCount, 4) == numberAt(header, kLastChange, 4);
+    return isConfirmed ? numberAt(header, kPageCount, 4) : 0;
+}
+
 } // namespace korvex::store

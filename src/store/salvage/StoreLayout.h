@@ -40,5 +40,7 @@ base::Bytes firstPage(const StoreLayout& layout, std::size_t pageSize, std::uint
 inline constexpr std::size_t kHeaderBytes = 100;
 /// Puts the count of pages into a header, so that SQLite believes it.
 void setPageCount(base::Bytes& header, std::uint32_t pages);
+/// How many the header says that the file has; 0 where the last change does not confirm it.
+std::uint32_t pageCount(const base::Bytes& header);
 
 } // namespace korvex::store

@@ -72,8 +72,10 @@ TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
                     // part of it or in use no more.
                     setRoot(m_database, name, place->second);
                 } else {
-                    m_areExternalsKnown =
-                        m_areExternalsKnown && (found.sound == 0 || found.isComplete);
+                    // It may be among those that were not looked at.
+                    m_areExternalsKnown = m_areExternalsKnown &&
+                                          m_candidates.size() <= kMostCandidates &&
+                                          (found.sound == 0 || found.isComplete);
                 }
             }
         }

@@ -53,7 +53,10 @@ class Faults:
             self.calls = [call for call in self.calls if call[0] != "link"]
         self.cases = list(self.faults())
         if operation == "repair-first-page":
-            self.cases += self.bad_reads(trace)
+            bad_reads = list(self.bad_reads(trace))
+            if not bad_reads:
+                sys.exit(f"{operation} was not seen reading the store")
+            self.cases += bad_reads
         self.remains = journal_of(start) if operation in AFTER_CUT else b""
         if len(self.calls) < 3 or self.aftermath.after == "no state":
             sys.exit(f"{operation} was not seen at work: {self.aftermath.after}, {self.calls}")
