@@ -9,9 +9,11 @@
 #include "storage/RestoreError.h"
 #include "storage/StoreAdvice.h"
 #include "storage/StoreMarkers.h"
+#include "store/StoreFile.h"
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <numeric>
 #include <tuple>
 
@@ -123,6 +125,17 @@ bool isOfStore(std::filesystem::path file, const std::filesystem::path& store) {
     return isSame(folder, data) && file.filename().native().starts_with(name);
 }
 
+/// Another store, as of another data folder: whoever lets a backup replace what is there means
+/// another backup.
+void requireNoDatabase(const std::filesystem::path& file) {
+    std::array<char, store::StoreFile::kMagic.size()> first{};
+    std::ifstream(file, std::ios::binary).read(first.data(), first.size());
+    if (std::equal(first.begin(), first.end(), store::StoreFile::kMagic.begin())) {
+        throw FileError(file.string() +
+                        " is a database, no backup. Nothing was written; choose another place.");
+    }
+}
+
 } // namespace
 
 std::unique_ptr<store::ModelContainer> openForReading(const std::filesystem::path& storeFile,
@@ -189,6 +202,7 @@ BackupSummary exportBackup(store::ModelContainer& container, const std::filesyst
         throw RestoreError(RestoreErrorCase::ofStore);
     }
     requireFile(file);
+    requireNoDatabase(file);
     // Before anything is written: on a full disk there is room for a new one only without them.
     if (auto target = std::filesystem::absolute(file); !base::followLinks(target)) {
         removeUnfinished(target.parent_path());
