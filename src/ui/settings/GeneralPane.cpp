@@ -41,17 +41,18 @@ void GeneralPane::addStart(const Theme& theme) {
             destinationTitles().at(static_cast<std::size_t>(index)).value);
     });
     m_destinationRow = &group.addRow(tr("Open with"), m_destination);
-    m_launchBoard =
-        makeBoardChoice({.unset = tr("Inbox (none chosen)"), .gone = tr("Inbox (board is gone)")},
-                        theme, &app::AppPreferences::setLaunchBoardID);
+    m_launchBoard = makeBoardChoice(
+        {.unset = tr("Inbox (none chosen)"), .gone = tr("Inbox (board is gone)")}, theme,
+        [this](const base::Uuid& board) { m_preferences.setLaunchBoardID(board); });
     m_launchBoardRow = &group.addRow(tr("Board"), m_launchBoard);
 }
 
 void GeneralPane::addDefaults(const Theme& theme) {
     auto& group = addGroup(tr("Boards and todos"));
     const auto fallback = tr("Inbox (fallback)");
-    m_defaultBoard = makeBoardChoice({.unset = fallback, .gone = fallback}, theme,
-                                     &app::AppPreferences::setDefaultBoardID);
+    m_defaultBoard = makeBoardChoice(
+        {.unset = fallback, .gone = fallback}, theme,
+        [this](const base::Uuid& board) { m_preferences.setDefaultBoardID(board); });
     m_defaultBoardRow = &group.addRow(tr("Default board"), m_defaultBoard);
     m_reminder = new TimeField(m_workspace.dates.shared(), theme, this);
     connect(m_reminder, &TypedField::settled, this, [this] {
@@ -69,12 +70,10 @@ void GeneralPane::addDefaults(const Theme& theme) {
     group.addRow(tr("Board spacing"), m_spacing);
 }
 
-BoardChoice*
-GeneralPane::makeBoardChoice(const BoardChoice::Fallback& fallback, const Theme& theme,
-                             void (app::AppPreferences::*set)(app::AppPreferences::BoardID)) {
+BoardChoice* GeneralPane::makeBoardChoice(const BoardChoice::Fallback& fallback, const Theme& theme,
+                                          const std::function<void(const base::Uuid& board)>& set) {
     auto* const choice = new BoardChoice(m_workspace.boards, fallback, theme);
-    connect(choice, &BoardChoice::chosen, this,
-            [this, set](const base::Uuid& board) { (m_preferences.*set)(board); });
+    connect(choice, &BoardChoice::chosen, this, set);
     connect(choice, &BoardChoice::closed, this, &GeneralPane::followSoon);
     choice->setEnabled(m_workspace.isUsersOwn);
     return choice;

@@ -4,6 +4,8 @@
 #include "ui/settings/SettingsPane.h"
 #include "ui/workspace/Workspace.h"
 
+#include <functional>
+
 namespace korvex::ui {
 
 class ListChoice;
@@ -24,7 +26,7 @@ private:
     void addStart(const Theme& theme);
     void addDefaults(const Theme& theme);
     BoardChoice* makeBoardChoice(const BoardChoice::Fallback& fallback, const Theme& theme,
-                                 void (app::AppPreferences::*set)(app::AppPreferences::BoardID));
+                                 const std::function<void(const base::Uuid& board)>& set);
     void showBoards();
 
     const Workspace& m_workspace;
