@@ -54,7 +54,7 @@ struct ReminderTable::Statements {
     Statement commit{database, "COMMIT"};
     Statement rollback{database, "ROLLBACK"};
     Statement standing{database, "SELECT entry, due, body FROM Reminder "
-                                 "WHERE due > ? AND state != 3 ORDER BY entry"};
+                                 "WHERE due > ? AND state != 3 ORDER BY due, entry"};
     // What was shown under the same moment is as good as shown now: it is only remembered.
     Statement put{database,
                   "INSERT INTO Reminder(entry, due, body, state) VALUES(?1, ?2, ?3, 0) "
@@ -97,7 +97,7 @@ struct ReminderTable::Statements {
     Statement setMark{database,
                       "INSERT OR REPLACE INTO Mark(name, moment) VALUES('watchedUntil', ?)"};
     Statement rows{database, "SELECT entry, due, body, state, notification, daemon FROM Reminder "
-                             "ORDER BY due DESC LIMIT ?"};
+                             "ORDER BY due DESC, entry LIMIT ?"};
     Statement forgetOldest{database,
                            "DELETE FROM Reminder WHERE state = ?1 AND due < (SELECT due FROM "
                            "Reminder WHERE state = ?1 ORDER BY due DESC LIMIT 1 OFFSET ?2)"};
