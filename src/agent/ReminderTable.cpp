@@ -74,6 +74,9 @@ struct ReminderTable::Statements {
                                 "ORDER BY due LIMIT 1"};
     Statement setPosted{database, "UPDATE Reminder SET state = 1, notification = ?3, daemon = ?4 "
                                   "WHERE entry = ?1 AND due = ?2 AND state = 0"};
+    // It was shown, though nobody asks for it any more: asked for again, it is not shown again.
+    Statement remember{database, "INSERT OR IGNORE INTO Reminder(entry, due, body, state) "
+                                 "VALUES(?, ?, '', 3)"};
     Statement addWithdrawal{database,
                             "INSERT OR IGNORE INTO Withdrawal(notification, daemon) VALUES(?, ?)"};
     Statement removeWithdrawal{database,
@@ -202,6 +205,10 @@ void ReminderTable::setPosted(const base::Uuid& entry, base::Instant due,
         if (update.changes() == 0) {
             bind(m_statements->addWithdrawal, 0, shown);
             m_statements->addWithdrawal.run();
+            auto& remember = m_statements->remember;
+            remember.bind(0, entry);
+            remember.bind(1, due.seconds);
+            remember.run();
         }
     });
 }
