@@ -28,12 +28,13 @@ constexpr std::string_view kCompanions[]{"-wal", "-journal", "-shm"};
 
 constexpr const char* kTables = R"(
     CREATE TABLE Reminder(
-        entry BLOB NOT NULL PRIMARY KEY CHECK(length(entry) = 16),
+        entry BLOB NOT NULL UNIQUE CHECK(length(entry) = 16),
         due REAL NOT NULL,
         body TEXT NOT NULL,
         state INTEGER NOT NULL CHECK(state BETWEEN 0 AND 3),
         notification INTEGER,
         daemon TEXT,
+        PRIMARY KEY(due, entry),
         CHECK((state = 1) = (notification IS NOT NULL)),
         CHECK((state = 1) = (daemon IS NOT NULL))
     ) STRICT, WITHOUT ROWID;

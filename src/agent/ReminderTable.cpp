@@ -54,7 +54,7 @@ struct ReminderTable::Statements {
     Statement commit{database, "COMMIT"};
     Statement rollback{database, "ROLLBACK"};
     Statement standing{database, "SELECT entry, due, body FROM Reminder "
-                                 "WHERE due > ? AND state != 3 ORDER BY entry"};
+                                 "WHERE due > ? AND state != 3 ORDER BY due, entry"};
     // What was shown under the same moment is as good as shown now: it is only remembered.
     Statement put{database,
                   "INSERT INTO Reminder(entry, due, body, state) VALUES(?1, ?2, ?3, 0) "
@@ -74,6 +74,9 @@ struct ReminderTable::Statements {
                                 "ORDER BY due LIMIT 1"};
     Statement setPosted{database, "UPDATE Reminder SET state = 1, notification = ?3, daemon = ?4 "
                                   "WHERE entry = ?1 AND due = ?2 AND state = 0"};
+    // It was shown, though nobody asks for it any more: asked for again, it is not shown again.
+    Statement remember{database, "INSERT OR IGNORE INTO Reminder(entry, due, body, state) "
+                                 "VALUES(?, ?, '', 3)"};
     Statement addWithdrawal{database,
                             "INSERT OR IGNORE INTO Withdrawal(notification, daemon) VALUES(?, ?)"};
     Statement removeWithdrawal{database,
@@ -97,7 +100,7 @@ struct ReminderTable::Statements {
     Statement setMark{database,
                       "INSERT OR REPLACE INTO Mark(name, moment) VALUES('watchedUntil', ?)"};
     Statement rows{database, "SELECT entry, due, body, state, notification, daemon FROM Reminder "
-                             "ORDER BY due DESC LIMIT ?"};
+                             "ORDER BY due DESC, entry LIMIT ?"};
     Statement forgetOldest{database,
                            "DELETE FROM Reminder WHERE state = ?1 AND due < (SELECT due FROM "
                            "Reminder WHERE state = ?1 ORDER BY due DESC LIMIT 1 OFFSET ?2)"};
@@ -202,6 +205,10 @@ void ReminderTable::setPosted(const base::Uuid& entry, base::Instant due,
         if (update.changes() == 0) {
             bind(m_statements->addWithdrawal, 0, shown);
             m_statements->addWithdrawal.run();
+            auto& remember = m_statements->remember;
+            remember.bind(0, entry);
+            remember.bind(1, due.seconds);
+            remember.run();
         }
     });
 }

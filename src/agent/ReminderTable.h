@@ -57,7 +57,7 @@ public:
     /// and goes on with an empty one, which is to be reconciled.
     void beginAnew(std::string_view why);
 
-    /// The requests that stand and are later than `after`, by their todos' identifiers; those too
+    /// The requests that stand and are later than `after`, the earliest first; those too
     /// that were shown while the clock was further than it is now.
     std::vector<schedule::ReminderRequest> standing(base::Instant after);
     /// Takes the place of the todo's former request. What was shown already stays so where it is

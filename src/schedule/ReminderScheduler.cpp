@@ -4,7 +4,8 @@
 #include "base/Error.h"
 #include "schedule/StoredReminders.h"
 
-#include <unordered_map>
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 #include <vector>
 
@@ -24,24 +25,35 @@ struct Difference {
     std::vector<ReminderRequest> added;
 };
 
-Difference differenceOf(const std::vector<ReminderRequest>& pending, store::ModelContext& context,
+bool isSooner(const ReminderRequest& left, const ReminderRequest& right) {
+    return left.date != right.date ? left.date < right.date : left.entryID < right.entryID;
+}
+
+/// Both sides come by their dates, or nearly so: then each is found where the last one was.
+Difference differenceOf(std::vector<ReminderRequest> pending, store::ModelContext& context,
                         base::Instant now) {
-    std::unordered_map<base::Uuid, const ReminderRequest*> stale;
-    stale.reserve(pending.size());
-    for (const auto& request : pending) {
-        stale.emplace(request.entryID, &request);
+    if (!std::is_sorted(pending.begin(), pending.end(), isSooner)) {
+        std::sort(pending.begin(), pending.end(), isSooner);
     }
     Difference difference;
+    std::vector<bool> isWanted(pending.size());
+    auto next = pending.begin();
     StoredReminders(context).forEachAfter(now, [&](const StoredReminders::View& wanted) {
-        const auto found = stale.find(wanted.entryID);
-        if (found != stale.end() && wanted == *found->second) {
-            stale.erase(found);
+        if (next == pending.end() || next->entryID != wanted.entryID) {
+            next = std::lower_bound(pending.begin(), pending.end(),
+                                    ReminderRequest{wanted.entryID, wanted.date, {}}, isSooner);
+        }
+        if (next != pending.end() && wanted == *next) {
+            isWanted[static_cast<std::size_t>(next - pending.begin())] = true;
+            ++next;
         } else {
             difference.added.push_back(wanted.request());
         }
     });
-    for (const auto& [entryID, request] : stale) {
-        difference.cancelled.push_back(ReminderNotification::identifier(entryID));
+    for (std::size_t i = 0; i < pending.size(); ++i) {
+        if (!isWanted[i]) {
+            difference.cancelled.push_back(ReminderNotification::identifier(pending[i].entryID));
+        }
     }
     return difference;
 }

@@ -114,6 +114,9 @@ TEST_F(ReminderTableTest, AnAnswerThatComesTooLateIsWithdrawn) {
     open().put(request(1, 10));
     table->withdraw(entry(1));
     table->setPosted(entry(1), {10}, kShown);
+    // Asked for again, as after the clock was set back: it was shown.
+    table->put(request(1, 10));
+    EXPECT_THAT(table->due({10}, 5), IsEmpty());
     table->put(request(2, 20));
     table->put(request(2, 30));
     table->setPosted(entry(2), {20}, {8, kShown.daemon});
