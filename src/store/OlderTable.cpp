@@ -234,8 +234,9 @@ std::vector<RowCount> countRows(sqlite3* database, const Schema& schema, const T
         if (part.index + 1 < part.count) {
             where += (where.empty() ? " WHERE" : " AND") + (" rowid < " + begin(part.index + 1));
         }
-        Statement count(database, "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound +
-                                      ") FROM " + name + " NOT INDEXED" + where);
+        auto sql = "SELECT count(*), count(*) FILTER (WHERE NOT " + reading.isSound + ") FROM ";
+        sql.append(name).append(" NOT INDEXED").append(where);
+        Statement count(database, sql);
         while (count.step()) {
             found.push_back({count.integer(0), count.integer(1)});
         }

@@ -343,7 +343,7 @@ class WindowTest(WindowCase):
     def wait_for_words(self, wanted):
         """Until the active window says this somewhere on the way down its left side."""
         def copied():
-            for y in range(40, 400, 10):
+            for y in range(40, 400, 14):
                 window = self.xdotool("getactivewindow").strip()
                 self.xdotool("mousemove", "--window", window, "160", str(y), "click", "1")
                 self.keys("ctrl+a", "ctrl+c")

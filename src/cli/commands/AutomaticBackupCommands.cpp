@@ -136,7 +136,7 @@ ExitStatus list(Session& session, const ListOptions& options) {
     for (const auto& [problem, files] : problemsOf(backups)) {
         status = ExitStatus::refused;
         if (!session.wantsJson()) {
-            session.remark(files + ": " + problem);
+            session.remark(std::string(files).append(": ").append(problem));
         }
     }
     return status;

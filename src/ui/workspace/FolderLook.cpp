@@ -28,13 +28,12 @@ void FolderLook::ask(FileQuestion question, QWidget& asker, FileQuestion::Receiv
             question.ask(*asking, std::move(receive));
         }
     };
-    if (folder.isEmpty()) {
-        open({});
-    } else if (!m_look || folder != m_folder) {
+    const auto isLookedAt = folder.isEmpty() || (m_look && folder == m_folder);
+    if (!isLookedAt) {
         m_folder = folder;
         look();
-    } else if (!m_patience) {
-        open({}); // the look before has not come back yet
+    } else if (folder.isEmpty() || !m_patience) { // the look before has not come back yet
+        open({});
     }
 }
 
