@@ -40,6 +40,7 @@ public:
                                      std::function<void()>) override {
         return nullptr;
     }
+    std::unique_ptr<Watch> watch(int, Interest, std::function<void()>) override { return nullptr; }
 };
 
 std::filesystem::path storeFile(const bench::Scratch& scratch) {

@@ -71,6 +71,8 @@ void ReminderDelivery::setDaemon(const std::optional<std::string>& daemon) {
         return;
     }
     if (daemon) {
+        // What was closed under the former one must not be due again.
+        recordAgain();
         if (m_hadDaemon) {
             m_table.postOthersAgain(*daemon);
         } else {

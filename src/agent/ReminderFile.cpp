@@ -108,11 +108,13 @@ void ReminderFile::beginAnew(std::string_view why) {
 void ReminderFile::open() {
     const auto name = m_file.empty() ? std::string(":memory:") : m_file.string();
     try {
-        m_database = std::make_unique<SQLite::Database>(
-            name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
-        prepare();
-    } catch (const SQLite::Exception& error) {
-        store::throwSqliteError(nullptr, error.getExtendedErrorCode());
+        try {
+            m_database = std::make_unique<SQLite::Database>(
+                name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE | SQLITE_OPEN_NOMUTEX);
+            prepare();
+        } catch (const SQLite::Exception& error) {
+            store::throwSqliteError(nullptr, error.getExtendedErrorCode());
+        }
     } catch (const StoreError& error) {
         if (isDamage(error)) {
             throw Unusable{error.errorDescription()};
@@ -157,15 +159,16 @@ void ReminderFile::setAside() {
         return;
     }
     const auto aside = beside(m_file, ".aside");
+    std::error_code ignored;
     // The journals first: left alone, they would be taken for those of the new file.
     for (const auto companion : kCompanions) {
-        std::error_code ignored;
         std::filesystem::remove(beside(aside, companion), ignored);
-        if (const auto journal = beside(m_file, companion); std::filesystem::exists(journal)) {
+        if (const auto journal = beside(m_file, companion);
+            std::filesystem::exists(journal, ignored)) {
             check(base::moveFile(journal, beside(aside, companion)));
         }
     }
-    if (std::filesystem::exists(m_file)) {
+    if (std::filesystem::exists(m_file, ignored)) {
         check(base::moveFile(m_file, aside));
     }
 }

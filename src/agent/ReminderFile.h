@@ -14,8 +14,9 @@
 namespace korvex::agent {
 
 /// The open file of the agent's requests (docs/formats/reminders.md), for one process at a time. It
-/// holds nothing that could not be had again from the store, but what was shown already: so one
-/// that is damaged, foreign or of a newer form is set aside, and begun anew. One thread.
+/// holds nothing that could not be had again from the store, but what was shown already, and what
+/// is due and not shown yet: so one that is damaged, foreign or of a newer form is set aside, and
+/// begun anew. One thread.
 class ReminderFile {
 public:
     /// Makes the folder and the file where they are missing; an empty path keeps all in memory.

@@ -4,8 +4,6 @@
 
 #include <sqlite3.h>
 
-#include <utility>
-
 namespace korvex::agent {
 
 using schedule::ReminderRequest;

@@ -101,7 +101,8 @@ public:
 
         bool operator==(const Row&) const = default;
     };
-    /// The newest `atMost`, by when they are due. Only pending and posted ones have their bodies.
+    /// The newest `atMost`, by when they are due. What was shown and closed has no body,
+    /// unless it was asked for again.
     std::vector<Row> rows(std::size_t atMost);
 
     /// Several changes as one, fast; may be nested. Forgets what is older than is to be remembered.

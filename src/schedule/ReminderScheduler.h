@@ -9,12 +9,12 @@
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 
-#include <cstdint>
-#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace korvex::schedule {
 

@@ -33,12 +33,10 @@ AutomaticBackup automaticBackup(const app::AppPreferences& preferences,
 
 struct AutomaticBackupResult {
     /// Proven, as `writeBackup` does.
-    std::filesystem::path file = {};
-    BackupSummary summary = {};
+    std::filesystem::path file;
+    BackupSummary summary;
     /// Why old ones could not be removed, if they could not: the backup is made all the same.
     std::exception_ptr pruningFailure = {};
-    /// Present where none was made, since the last one, of that moment, is recent enough.
-    std::optional<base::Instant> madeBefore = {};
 };
 
 /// Writes a backup of all that is saved into the chosen folder, has the settings tell of it, unless

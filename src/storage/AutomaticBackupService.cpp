@@ -37,6 +37,13 @@ std::optional<base::Instant> lastOf(const AutomaticBackup& request, const base::
     }
 }
 
+void throwPruningFailure(const std::variant<AutomaticBackupResult, base::Instant>& outcome) {
+    const auto* const made = std::get_if<AutomaticBackupResult>(&outcome);
+    if (made && made->pruningFailure) {
+        std::rethrow_exception(made->pruningFailure);
+    }
+}
+
 AutomaticBackupError noAnswer() {
     return AutomaticBackupError(AutomaticBackupErrorCase::noAnswer);
 }
@@ -156,12 +163,14 @@ void AutomaticBackupService::run(base::Instant now, AskedBy asked) {
     m_run = std::make_unique<BackgroundTask>(
         m_surroundings.threads, m_surroundings.runLoop,
         [request, looksFirst, history, defaults = m_surroundings.defaults.forAnotherThread(),
-         &log = m_surroundings.log](Work& work) {
+         &log = m_surroundings.log](Work& work) -> Outcome {
             const auto last = looksFirst ? lastOf(request, history) : std::nullopt;
-            return isDue(last, request.now) ? makeAutomaticBackup(request, *defaults, log, work)
-                                            : AutomaticBackupResult{.madeBefore = last};
+            if (last && !isDue(last, request.now)) {
+                return *last;
+            }
+            return makeAutomaticBackup(request, *defaults, log, work);
         },
-        [this, request, asked](std::future<AutomaticBackupResult> result) {
+        [this, request, asked](std::future<Outcome> result) {
             finish(std::move(result), request, asked);
         },
         [this](const Progress& progress) {
@@ -193,8 +202,8 @@ void AutomaticBackupService::leave() {
     m_didChange.emit();
 }
 
-void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
-                                    const AutomaticBackup& request, AskedBy asked) {
+void AutomaticBackupService::finish(std::future<Outcome> result, const AutomaticBackup& request,
+                                    AskedBy asked) {
     m_surroundings.preferences.reload(); // another folder may have been chosen meanwhile
     auto next = Next::none;
     if (isOfChosenFolder(request)) {
@@ -213,19 +222,18 @@ void AutomaticBackupService::finish(std::future<AutomaticBackupResult> result,
     m_didChange.emit();
 }
 
-void AutomaticBackupService::take(std::future<AutomaticBackupResult> result,
-                                  const AutomaticBackup& request, AskedBy asked) {
+void AutomaticBackupService::take(std::future<Outcome> result, const AutomaticBackup& request,
+                                  AskedBy asked) {
     try {
-        const auto made = result.get();
-        if (made.madeBefore) {
-            m_ownSuccess = made.madeBefore;
+        const auto outcome = result.get();
+        if (const auto* const before = std::get_if<base::Instant>(&outcome)) {
+            forgetFailure(); // there is one that is recent enough
+            m_ownSuccess = *before;
             m_seen = FolderState::there;
             return;
         }
         succeed(request);
-        if (made.pruningFailure) {
-            std::rethrow_exception(made.pruningFailure);
-        }
+        throwPruningFailure(outcome);
     } catch (const base::Error& error) {
         fail(error, asked);
         if (isForFolder(error)) {
@@ -236,13 +244,9 @@ void AutomaticBackupService::take(std::future<AutomaticBackupResult> result,
 
 /// Of a folder that is not the chosen one any more: however it ended, that has none, and gets its
 /// own at once where automatic backups are on or the user asked for this one.
-AutomaticBackupService::Next
-AutomaticBackupService::takeFormer(std::future<AutomaticBackupResult> result) {
+AutomaticBackupService::Next AutomaticBackupService::takeFormer(std::future<Outcome> result) {
     try {
-        const auto made = result.get();
-        if (made.pruningFailure) {
-            std::rethrow_exception(made.pruningFailure);
-        }
+        throwPruningFailure(result.get());
     } catch (const Cancelled&) {
         noteCancelled(); // its user wants none now
         return Next::none;
@@ -353,6 +357,11 @@ AutomaticBackupService::FolderState AutomaticBackupService::folderState() const 
     return !m_surroundings.preferences.automaticBackupBookmark() ? FolderState::none
            : !bookmark()                                         ? FolderState::unknown
                                                                  : m_seen;
+}
+
+bool AutomaticBackupService::isFolderLost() const {
+    const auto state = folderState();
+    return !obstacle() && (state == FolderState::gone || state == FolderState::unknown);
 }
 
 void AutomaticBackupService::lookAtFolder() {

@@ -16,6 +16,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 namespace korvex::storage {
 
@@ -77,6 +78,8 @@ public:
     };
     /// As it was seen last, by a look or by a run.
     FolderState folderState() const;
+    /// Whether the chosen one is gone, or not known any more.
+    bool isFolderLost() const;
     /// Looks whether the folder is there, on another thread; `didChange` tells if it is otherwise
     /// than it was.
     void lookAtFolder();
@@ -120,13 +123,13 @@ private:
     void lookSoon();
     void run(base::Instant now, AskedBy asked);
     void expectAdvance();
-    void finish(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
-                AskedBy asked);
-    void take(std::future<AutomaticBackupResult> result, const AutomaticBackup& request,
-              AskedBy asked);
+    /// What a run comes to: a backup, or the moment of one that is recent enough.
+    using Outcome = std::variant<AutomaticBackupResult, base::Instant>;
+    void finish(std::future<Outcome> result, const AutomaticBackup& request, AskedBy asked);
+    void take(std::future<Outcome> result, const AutomaticBackup& request, AskedBy asked);
     /// What is to follow.
     enum class Next { none, inChosenFolder };
-    Next takeFormer(std::future<AutomaticBackupResult> result);
+    Next takeFormer(std::future<Outcome> result);
     void succeed(const AutomaticBackup& request);
     void forgetFailure();
     void noteCancelled();
@@ -148,8 +151,8 @@ private:
     bool m_wasCancelled = false;
     /// How many looks in a row have found somebody else making one.
     int m_quietLooks = 0;
-    /// In the chosen folder, by this program: where another store of these settings is backed up
-    /// too, they tell of the last one of either.
+    /// Of this store in the chosen folder, made by this program or found there: where another store
+    /// of these settings is backed up too, they tell of the last one of either.
     std::optional<base::Instant> m_ownSuccess;
     Progress m_progress;
     base::Signal<> m_didChange;

@@ -33,10 +33,13 @@ constexpr std::size_t kMaximumMarkerBytes = 4096;
     throw fs::filesystem_error(what, folder, {errno, std::generic_category()});
 }
 
-std::optional<base::Uuid> markerIn(const HeldFolder& folder) {
-    const auto text =
-        base::readSmallFile(folder.path() / FolderBookmark::kMarkerName, kMaximumMarkerBytes);
+std::optional<base::Uuid> markerOf(const std::optional<std::string>& text) {
     return text ? base::Uuid::parse(base::trimmed(*text)) : std::nullopt;
+}
+
+std::optional<base::Uuid> markerIn(const HeldFolder& folder) {
+    return markerOf(
+        base::readSmallFile(folder.path() / FolderBookmark::kMarkerName, kMaximumMarkerBytes));
 }
 
 /// Gives the folder a mark, for good, unless it has got one meanwhile: who was told of that must
@@ -136,7 +139,7 @@ FolderBookmark FolderBookmark::make(const fs::path& folder) {
                 throw refuse();
             }
             // By now it may be that of another program.
-            marker = text ? base::Uuid::parse(base::trimmed(*text)) : std::nullopt;
+            marker = markerOf(text);
             if (!marker && mark(file, type)) {
                 throw refuse();
             }

@@ -58,10 +58,17 @@ void requireNone(store::ModelContainer& container, const fs::path& recoveryFile)
     }
 }
 
+/// As the file stands in its folder now; absent where it does not. Throws FileError.
+std::optional<ListedBackup> listedAs(const fs::path& file) {
+    auto all = backupsIn(file.parent_path()).backups;
+    const auto found =
+        std::find_if(all.begin(), all.end(), [&](const auto& each) { return each.file == file; });
+    return found == all.end() ? std::nullopt : std::optional(std::move(*found));
+}
+
 bool isStillThere(const ListedBackup& file) {
     try {
-        const auto listed = backupsIn(file.file.parent_path()).backups;
-        return std::find(listed.begin(), listed.end(), file) != listed.end();
+        return listedAs(file.file) == file;
     } catch (const FileError&) {
         return false; // nor is its folder, or who looks anew says why
     }
@@ -144,11 +151,8 @@ std::optional<ListedBackup> recoveredFile(store::ModelContainer& container,
         if (!kept) {
             continue;
         }
-        auto listed = backupsIn(kept->file.parent_path()).backups;
-        const auto found = std::find_if(listed.begin(), listed.end(),
-                                        [&](const auto& each) { return each.file == kept->file; });
-        if (found != listed.end()) {
-            return std::move(*found);
+        if (auto listed = listedAs(kept->file)) {
+            return listed;
         }
     }
     if (!wasFound) {

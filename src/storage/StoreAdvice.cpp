@@ -94,6 +94,16 @@ std::string repairCommand(const std::filesystem::path& storeFile) {
            "store repair";
 }
 
+namespace {
+
+/// After the beginning of a sentence.
+std::string savingWhatCanBeRead(const std::filesystem::path& storeFile) {
+    return ", close Korvex and run this in a terminal; it saves what can be read: " +
+           repairCommand(storeFile);
+}
+
+} // namespace
+
 std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& storeFile,
                      Attempt attempt) {
     if (reason == store::StoreErrorCase::busy && attempt == Attempt::repair) {
@@ -105,10 +115,10 @@ std::string adviceOn(store::StoreErrorCase reason, const std::filesystem::path& 
     if (reason == store::StoreErrorCase::nothingReadable ||
         (isDamage && attempt == Attempt::repair)) {
         advice = beginningAnew(storeFile);
-    } else if (isDamage) {
-        advice = "If it is damaged, close Korvex and run this in a terminal; it saves what can be "
-                 "read: " +
-                 repairCommand(storeFile);
+    } else if (isDamage ||
+               (reason == store::StoreErrorCase::inputOutput && attempt == Attempt::opening)) {
+        advice = std::string(isDamage ? "If it is damaged" : "If it fails each time") +
+                 savingWhatCanBeRead(storeFile);
     } else {
         return {};
     }
@@ -124,9 +134,7 @@ std::string adviceOn(SharedStoreErrorCase reason, const std::filesystem::path& s
 }
 
 std::string damageNotice(const std::filesystem::path& storeFile) {
-    return "The store is damaged. Close Korvex and run this in a terminal; it saves what can be "
-           "read: " +
-           repairCommand(storeFile);
+    return "The store is damaged. Before you go on" + savingWhatCanBeRead(storeFile);
 }
 
 std::string adviceOnBackups(const std::filesystem::path& storeFile) {

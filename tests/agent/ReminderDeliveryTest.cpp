@@ -303,6 +303,24 @@ TEST_F(ReminderDeliveryTest, AnAnswerThatCannotBeWrittenIsWrittenLater) {
     }
 }
 
+TEST_F(ReminderDeliveryTest, WhatWasClosedAndCouldNotBeWrittenIsNotShownByTheNextDaemon) {
+    auto& kept = add("kept", 1010);
+    auto& closed = add("closed", 1010);
+    clock.set({1010});
+    ASSERT_THAT(delivery().takeDue(), SizeIs(2));
+    store.log.expectError("A reminder is shown and could not be recorded; code ");
+    {
+        const FullDisk disk;
+        delivery().recordPosted(request(kept), {1, kDaemon});
+        delivery().recordPosted(request(closed), {2, kDaemon});
+        delivery().recordClosed({2, kDaemon});
+    }
+    delivery().setDaemon("bus :1.9");
+    const auto again = delivery().takeDue();
+    ASSERT_THAT(again, SizeIs(1));
+    EXPECT_EQ(again.front().entryID, kept.id());
+}
+
 TEST_F(ReminderDeliveryTest, ManyAreShownAFewAtATime) {
     constexpr std::size_t kMany = 3 * ReminderDelivery::kMaximumUnderWay + 5;
     for (std::size_t i = 0; i < kMany; ++i) {

@@ -452,8 +452,15 @@ TEST_F(AutomaticBackupServiceTest, TheBackupOfAnotherStoreIsNoneOfThisOne) {
         const ::timespec time{.tv_sec = static_cast<::time_t>(last.unixSeconds()), .tv_nsec = 0};
         const ::timespec times[]{time, time};
         ASSERT_EQ(::utimensat(AT_FDCWD, only.c_str(), times, 0), 0);
+        log.expectError("Backup operation failed: The folder that was chosen");
+        fs::rename(chosen, folder / "elsewhere");
         service->runIfDue(clock.now());
         finish();
+        EXPECT_TRUE(service->errorMessage());
+        fs::rename(folder / "elsewhere", chosen);
+        service->runIfDue(clock.now());
+        finish();
+        EXPECT_EQ(service->errorMessage(), std::nullopt);
         EXPECT_THAT(backups(), SizeIs(age < kDay ? 1 : 2)) << "a start is no reason for one more";
         EXPECT_EQ(service->nextDue(clock.now()), (age < kDay ? last : clock.now()) + kDay);
     }

@@ -1,20 +1,15 @@
 #pragma once
 
-#include "backup/BackupFileIO.h"
-#include "base/FileDescriptor.h"
 #include "model/Board.h"
 #include "model/Entry.h"
 #include "model/SchemaVersions.h"
 #include "storage/BackupService.h"
-#include "storage/CloudStorePreparation.h"
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
 #include "storage/SharedStoreMigration.h"
 #include "storage/StoreRepair.h"
 #include "storage/StoreStart.h"
-#include "store/JournalRemains.h"
 #include "store/StoreError.h"
-#include "store/StoreLock.h"
 #include "support/CaseOf.h"
 #include "support/FolderNames.h"
 #include "support/OldStore.h"
@@ -22,19 +17,8 @@
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
-#include <sqlite3.h>
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <csignal>
 #include <fstream>
-#include <functional>
 #include <set>
 
 namespace korvex::tests {
@@ -87,6 +71,13 @@ protected:
     }
     static void run(const fs::path& file, const std::string& sql) {
         SQLite::Database(file.string(), SQLite::OPEN_READWRITE).exec(sql);
+    }
+    static std::size_t missingOf(const store::SalvageReport& salvage) {
+        std::size_t missing = 0;
+        for (const auto& loss : salvage.losses) {
+            missing += loss.missing;
+        }
+        return missing;
     }
     /// A leaf of the table of entries becomes unreadable.
     static void zeroPage(const fs::path& file) {

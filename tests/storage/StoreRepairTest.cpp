@@ -1,5 +1,9 @@
 #include "storage/SharedStoreFixture.h"
 
+#include <sqlite3.h>
+
+#include <sys/stat.h>
+
 namespace korvex::tests {
 namespace {
 
@@ -73,10 +77,7 @@ TEST_F(StoreRepairTest, AStoreThatWasCutIsReadAlthoughATableBeganBehindThat) {
     storage::Work work;
     const auto report = repairStore(work);
     ASSERT_TRUE(report.salvage);
-    std::size_t missing = 0;
-    for (const auto& loss : report.salvage->losses) {
-        missing += loss.missing;
-    }
+    const auto missing = missingOf(*report.salvage);
     EXPECT_GT(missing, 0U);
     EXPECT_EQ(report.salvage->saved + missing, 201U);
     EXPECT_FALSE(report.salvage->mayMissMore) << "the index still names every row";

@@ -42,10 +42,9 @@ TEST_F(TakingBackTest, ARestoreIsTakenBackAndThatToo) {
         EXPECT_EQ(recoveredFile(*container, recovery, work)->file, recovery);
     }
     // What cannot be it is not opened, and what cannot be opened hides no other.
-    const auto beside = recovery.parent_path() / "BeforeUndo.korvexbackup";
-    fs::create_symlink(beside, beside);
+    fs::create_symlink(pending, pending);
     EXPECT_EQ(recoveredFile(*container, recovery, work)->file, recovery);
-    fs::remove(beside);
+    fs::remove(pending);
     writeBackup(other(), recovery, work);
     const auto another = descriptionOf(RestoreErrorCase::snapshotIsGone);
     EXPECT_EQ(refusal([&] { recoveredFile(*container, recovery, work); }), another);

@@ -99,6 +99,25 @@ protected:
         return result;
     }
 
+    /// What windows over this store are made with.
+    ui::WorkspaceOwner::Surroundings around(store::ModelContainer& store) {
+        return around(store, preferences, defaults);
+    }
+    ui::WorkspaceOwner::Surroundings around(store::ModelContainer& store,
+                                            app::AppPreferences& settings,
+                                            app::UserDefaults& settingsFile) {
+        return {.container = store,
+                .preferences = settings,
+                .defaults = settingsFile,
+                .clock = clock,
+                .runLoop = runLoop,
+                .threads = threads,
+                .log = log,
+                .timeZone = base::TimeZone::utc,
+                .copies = folder / "copies",
+                .patience = std::chrono::milliseconds(0)};
+    }
+
     RecordingLog log;
     TemporaryFolder folder;
     FakeClock clock{kNow};
@@ -110,16 +129,7 @@ protected:
     std::unique_ptr<store::ModelContainer> container = store::ModelContainer::open(
         model::currentSchema(), {.file = folder / "Primary.store"}, log);
     /// Without an engine: code stays uncoloured.
-    ui::WorkspaceOwner owner{{.container = *container,
-                              .preferences = preferences,
-                              .defaults = defaults,
-                              .clock = clock,
-                              .runLoop = runLoop,
-                              .threads = threads,
-                              .log = log,
-                              .timeZone = base::TimeZone::utc,
-                              .copies = folder / "copies",
-                              .patience = std::chrono::milliseconds(0)}};
+    ui::WorkspaceOwner owner{around(*container)};
     const ui::Workspace& workspace = owner.workspace();
     /// What the windows work with, under the names of a client.
     struct {

@@ -97,20 +97,21 @@ void AttachmentActions::saveAs(const model::Entry& entry, const base::Uuid& id) 
                 .folder = m_folder,
                 .name = name},
                m_page, [this, entryID = entry.id(), id](const Files& files) {
-                   save(entryID, id, toFileName(files.front()));
+                   save(entryID, id, files.front());
                });
 }
 
-void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id, const QString& file) {
-    m_folder = QFileInfo(file).absolutePath();
+void AttachmentActions::save(const base::Uuid& entry, const base::Uuid& id,
+                             const std::filesystem::path& file) {
+    m_folder = toFileName(file.parent_path());
     perform([&] {
         const auto* const holder = m_services.context.find<model::Entry>(entry);
         const auto attachment = found(holder ? services::attachment(*holder, id) : std::nullopt);
         const std::string_view bytes(reinterpret_cast<const char*>(attachment.data.data()),
                                      attachment.data.size());
-        if (const auto error = base::replaceFile(toPath(file), bytes)) {
-            throw failure(
-                tr("“%1” could not be saved: %2").arg(QFileInfo(file).fileName(), reasonOf(error)));
+        if (const auto error = base::replaceFile(file, bytes)) {
+            throw failure(tr("“%1” could not be saved: %2")
+                              .arg(toFileName(file.filename()), reasonOf(error)));
         }
     });
 }

@@ -88,7 +88,7 @@ private:
     std::filesystem::path temporaryCopy(const base::Uuid& entry, const base::Uuid& id);
     /// Asks for a file, and writes it whole or not at all.
     void saveAs(const model::Entry& entry, const base::Uuid& id);
-    void save(const base::Uuid& entry, const base::Uuid& id, const QString& file);
+    void save(const base::Uuid& entry, const base::Uuid& id, const std::filesystem::path& file);
 
     Services m_services;
     QWidget& m_page;

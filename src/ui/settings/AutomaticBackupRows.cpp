@@ -194,7 +194,7 @@ void AutomaticBackupRows::followAnswer() {
 /// for it; at the button all else that one failed for.
 void AutomaticBackupRows::followFailure() {
     const auto state = m_service.folderState();
-    const auto isLost = isFolderLost();
+    const auto isLost = m_service.isFolderLost();
     const auto failure =
         isOver() && m_service.errorMessage() ? translated(*m_service.errorMessage()) : QString();
     const auto isAtFolder = m_service.hasFailedForFolder() && isLost;
@@ -214,11 +214,6 @@ void AutomaticBackupRows::followFailure() {
     }
 }
 
-bool AutomaticBackupRows::isFolderLost() const {
-    const auto state = m_service.folderState();
-    return !m_service.obstacle() && (state == FolderState::gone || state == FolderState::unknown);
-}
-
 void AutomaticBackupRows::tell() {
     m_willTell = false;
     if (isUnderWay()) {
@@ -231,7 +226,7 @@ void AutomaticBackupRows::tell() {
     if (asked == Asked::folder) {
         row = m_service.choiceRefusal().empty() ? nullptr : m_folderRow;
     } else if (m_service.errorMessage()) {
-        row = m_service.hasFailedForFolder() && isFolderLost() ? m_folderRow : m_nowRow;
+        row = m_service.hasFailedForFolder() && m_service.isFolderLost() ? m_folderRow : m_nowRow;
     }
     if (row) {
         Q_EMIT told(row);

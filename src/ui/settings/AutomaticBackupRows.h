@@ -48,7 +48,6 @@ private:
     void followState();
     void followAnswer();
     void followFailure();
-    bool isFolderLost() const;
     /// What failed before is no answer to what is being done.
     bool isOver() const { return !m_service.isRunning() || m_service.isSilent(); }
     /// Of what was asked for.

@@ -134,12 +134,14 @@ QString BackupHistoryRows::emptyText() const {
     if (!m_rows.empty() || !m_reader.refusal().isEmpty()) {
         return {};
     }
-    if (!m_reader.isListed() && state != State::none && !service.obstacle()) {
+    if (state == State::none || service.obstacle()) {
+        return tr("No automatic backups yet.");
+    }
+    if (!m_reader.isListed()) {
         return tr("Reading…");
     }
-    const auto isLost = state == State::gone || state == State::unknown;
     return state == State::notLookedAt ? QString()
-           : isLost                    ? tr("Those in the folder are shown when it is there again.")
+           : service.isFolderLost()    ? tr("Those in the folder are shown when it is there again.")
                                        : tr("No automatic backups yet.");
 }
 

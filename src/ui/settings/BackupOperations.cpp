@@ -72,11 +72,7 @@ void BackupOperations::start(Words words, Function work, Done done) {
     m_isCancelled = false;
     m_patience = storage::kLongestSilence;
     m_task = std::make_unique<storage::BackgroundTask>(
-        m_workspace.threads, m_workspace.runLoop,
-        [work = std::move(work)](Work& mine) mutable -> Result {
-            auto once = std::move(work); // what it holds ends here, also where it fails
-            return once(mine);
-        },
+        m_workspace.threads, m_workspace.runLoop, std::move(work),
         [this, done](std::future<Result> outcome) {
             m_task.reset();
             m_advance.reset();
@@ -153,9 +149,8 @@ void BackupOperations::end(const std::function<void()>& work) {
     });
     if (refused || isCancelled) {
         if (auto prepared = std::exchange(m_prepared, nullptr)) {
-            prepared->folder.reset();
-            letGo(
-                std::make_shared<std::optional<storage::ValidBackup>>(std::move(prepared->backup)));
+            prepared->folder.reset(); // at once: the next replacement asks for it
+            letGo(std::move(prepared));
         }
         m_answer = {.done = tr("Cancelled. Nothing was changed.")};
     }

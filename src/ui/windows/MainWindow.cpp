@@ -268,32 +268,34 @@ void MainWindow::showError(const QString& message) {
 void MainWindow::openLink(const std::string& url) {
     const base::Logger log(m_workspace.log, "Links");
     auto& context = m_workspace.context;
-    // It may be newer than what is shown.
-    if (const auto refused = refusal([&] { context.refresh(); })) {
-        showError(*refused);
-        return;
-    }
     const auto link = app::Link::parse(url);
-    if (link && link->kind != app::Link::Kind::entry) {
-        auto* const board = link->kind == app::Link::Kind::inbox
-                                ? m_workspace.boards.inboxBoard()
-                                : m_workspace.boards.board(link->id);
-        if (board) {
-            m_navigation.openBoard(*board);
-            return;
+    const auto isOfBoard = link && link->kind != app::Link::Kind::entry;
+    model::Board* board = nullptr;
+    model::Entry* entry = nullptr;
+    const auto refused = refusal([&] {
+        context.refresh(); // it may be newer than what is shown
+        if (isOfBoard) {
+            board = link->kind == app::Link::Kind::inbox ? m_workspace.boards.inboxBoard()
+                                                         : m_workspace.boards.board(link->id);
+        } else if (link) {
+            entry = context.find<model::Entry>(link->id);
         }
+    });
+    if (refused) {
+        showError(*refused);
+    } else if (board) {
+        m_navigation.openBoard(*board);
+    } else if (entry) {
+        m_navigation.showEntry(*entry);
+    } else if (isOfBoard) {
         const model::EntryServiceError error(model::EntryServiceErrorCase::entryUnavailable);
         log.warning("Unable to open widget board: " + std::to_string(error.code()));
         showError(tr("The board that the link leads to is not there."));
-        return;
+    } else {
+        log.warning("Could not open notification entry");
+        showError(link ? tr("The entry that the link leads to is not there.")
+                       : tr("The link leads to nothing in Korvex."));
     }
-    if (auto* const entry = link ? context.find<model::Entry>(link->id) : nullptr) {
-        m_navigation.showEntry(*entry);
-        return;
-    }
-    log.warning("Could not open notification entry");
-    showError(link ? tr("The entry that the link leads to is not there.")
-                   : tr("The link leads to nothing in Korvex."));
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {

@@ -104,14 +104,7 @@ TEST_F(AutomaticBackupsPaneTest, WhatCouldNotBeRemovedIsToldWhereTheBackupWasAsk
     // Else that would be the first that is written.
     static_cast<void>(app::settleAutomaticBackupID(theirs, preferences.automaticBackupID(),
                                                    container->storeID()));
-    const WorkspaceOwner another({.container = *container,
-                                  .preferences = settingsOfIt,
-                                  .defaults = theirs,
-                                  .clock = clock,
-                                  .runLoop = runLoop,
-                                  .threads = threads,
-                                  .log = log,
-                                  .copies = folder / "copies"});
+    const WorkspaceOwner another(around(*container, settingsOfIt, theirs));
     window = std::make_unique<MainWindow>(another.workspace(), theme);
     window->show();
     openSettings(backups);
@@ -301,20 +294,18 @@ TEST_F(AutomaticBackupsPaneTest, TheHistoryKeepsTheKeyboardWhenItIsAnother) {
 TEST_F(AutomaticBackupsPaneTest, OfAnotherStoreThanTheUsersNoneIsMade) {
     preferences.setAutomaticBackupEnabled(true);
     preferences.setAutomaticBackupLastSuccess(kNow);
-    const WorkspaceOwner another({.container = *container,
-                                  .isUsersOwn = false,
-                                  .preferences = preferences,
-                                  .defaults = defaults,
-                                  .clock = clock,
-                                  .runLoop = runLoop,
-                                  .threads = threads,
-                                  .log = log,
-                                  .copies = folder / "copies"});
+    std::filesystem::create_directory(folder / "chosen");
+    preferences.setAutomaticBackupBookmark(
+        storage::FolderBookmark::make(folder / "chosen").bytes());
+    auto surroundings = around(*container);
+    surroundings.isUsersOwn = false;
+    const WorkspaceOwner another(std::move(surroundings));
     window = std::make_unique<MainWindow>(another.workspace(), theme);
     window->show();
     openSettings(backups);
     EXPECT_THAT(words(), HasSubstr("only. An export makes a backup of this one."));
     EXPECT_THAT(words(), HasSubstr("Last backup\nNone yet\nNext backup\nOff"));
+    EXPECT_THAT(words(), HasSubstr("No automatic backups yet."));
     for (const auto* const button : {"Choose…", "Back Up Now"}) {
         EXPECT_FALSE(control<QPushButton>(button).isEnabled()) << button;
     }

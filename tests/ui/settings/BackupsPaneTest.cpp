@@ -497,14 +497,7 @@ TEST_F(BackupsPaneTest, AStoreThatIsKeptInACloudIsExportedAndNotReplaced) {
     const auto cloud = store::ModelContainer::open(
         model::currentSchema(),
         {.file = folder / "Primary.store", .cloudContainerIdentifier = "some"}, log);
-    const WorkspaceOwner another({.container = *cloud,
-                                  .preferences = preferences,
-                                  .defaults = defaults,
-                                  .clock = clock,
-                                  .runLoop = runLoop,
-                                  .threads = threads,
-                                  .log = log,
-                                  .copies = folder / "copies"});
+    const WorkspaceOwner another(around(*cloud));
     window = std::make_unique<MainWindow>(another.workspace(), theme);
     window->show();
     openSettings(backups);

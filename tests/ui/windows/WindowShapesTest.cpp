@@ -404,15 +404,7 @@ TEST_F(WindowShapesTest, AStoreThatCannotBeWrittenSaysSoAndOffersNothingElse) {
     own.entries.updateSchedule(todo, model::TodoSchedule::dueOn(base::DayNumber{20250310}), kNow);
     const auto readOnly = store::ModelContainer::open(
         model::currentSchema(), {.file = folder / "Primary.store", .allowsSave = false}, log);
-    const ui::WorkspaceOwner reader({.container = *readOnly,
-                                     .preferences = preferences,
-                                     .defaults = defaults,
-                                     .clock = clock,
-                                     .runLoop = runLoop,
-                                     .threads = threads,
-                                     .log = log,
-                                     .timeZone = base::TimeZone::utc,
-                                     .copies = folder / "copies"});
+    const ui::WorkspaceOwner reader(around(*readOnly));
     open(700, reader.workspace());
     const auto notices = window->findChildren<NoticeLine*>();
     EXPECT_TRUE(std::any_of(notices.begin(), notices.end(),

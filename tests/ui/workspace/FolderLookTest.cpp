@@ -9,40 +9,25 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
-#include <memory>
 #include <vector>
 
 namespace korvex::ui {
 namespace {
 
-/// What threads post comes only when the test says so, as from one that waits for a folder.
-class LateRunLoop final : public base::RunLoop {
-public:
-    void post(std::function<void()> work) override { m_late.post(std::move(work)); }
-    std::unique_ptr<Timer> callAfter(std::chrono::duration<double> delay,
-                                     std::function<void()> work) override {
-        return m_timers.callAfter(delay, std::move(work));
-    }
-    std::unique_ptr<Watch> watch(int descriptor, Interest interest,
-                                 std::function<void()> work) override {
-        return m_late.watch(descriptor, interest, std::move(work));
-    }
-
-    void advance(double seconds) { m_timers.advance(seconds); }
-    void takePosted() {
-        m_late.waitForPosted();
-        m_late.runPosted();
-    }
-
-private:
-    tests::FakeRunLoop m_late;
-    tests::FakeRunLoop m_timers;
-};
-
 class FolderLookTest : public ::testing::Test {
 protected:
-    FolderLookTest() { asker.show(); }
+    FolderLookTest() {
+        loop.holdPosted();
+        asker.show();
+    }
+
+    /// What threads post comes only when the test says so, as from one that waits for a folder.
+    void takePosted() {
+        loop.waitForPosted();
+        loop.releasePosted();
+        loop.runPosted();
+        loop.holdPosted();
+    }
 
     void ask(const QString& remembered) {
         look.ask({.title = remembered, .kind = FileQuestion::Kind::folder, .folder = remembered},
@@ -60,7 +45,7 @@ protected:
 
     const tests::TemporaryFolder folder;
     const QString here = toQString(folder.path().native());
-    LateRunLoop loop;
+    tests::FakeRunLoop loop;
     storage::BackgroundThreads threads;
     QWidget asker;
     FolderLook look{threads, loop};
@@ -80,15 +65,15 @@ TEST_F(FolderLookTest, WhoAsksWaitsAMomentForAFolderThatDoesNotAnswer) {
     EXPECT_EQ(opened(), std::vector{documents}) << "it still has not answered";
     ask(toQString((folder / "gone").native()));
     EXPECT_TRUE(opened().empty());
-    loop.takePosted();
+    takePosted();
     if (folders = opened(); folders.empty()) { // the look before was the quicker one
-        loop.takePosted();
+        takePosted();
         folders = opened();
     }
     EXPECT_EQ(folders, std::vector{documents}) << "it is gone";
 
     ask(here);
-    loop.takePosted();
+    takePosted();
     EXPECT_EQ(opened(), std::vector{folder.path()});
     loop.advance(0.5);
     EXPECT_TRUE(opened().empty()) << "it has opened";
@@ -96,7 +81,7 @@ TEST_F(FolderLookTest, WhoAsksWaitsAMomentForAFolderThatDoesNotAnswer) {
     EXPECT_EQ(opened(), std::vector{documents});
     ask(here);
     asker.hide();
-    loop.takePosted();
+    takePosted();
     EXPECT_TRUE(opened().empty()) << "nobody sees who asks";
 }
 
