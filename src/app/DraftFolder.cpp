@@ -1,10 +1,13 @@
 #include "app/DraftFolder.h"
 
 #include "app/DraftJson.h"
+#include "app/QuickEntryDraft.h"
 #include "base/Base64.h"
 #include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -93,8 +96,7 @@ fs::path DraftFolder::beside(const fs::path& storeFile) {
 }
 
 bool DraftFolder::areIn(const fs::path& folder) {
-    std::error_code ignored;
-    return !filesIn(folder, kExtension).empty() || fs::exists(folder / kQuickEntryName, ignored);
+    return !filesIn(folder, kExtension).empty() || QuickEntryDraftFile::isIn(folder);
 }
 
 fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {
@@ -130,11 +132,12 @@ std::error_code DraftFolder::write(const Draft& draft) {
 
 std::error_code DraftFolder::writeIn(const fs::path& folder, const base::Uuid& id,
                                      std::string_view contents) {
-    std::error_code error;
-    fs::create_directories(folder, error); // where that fails, so does what follows
+    // Where that fails, so does what follows.
+    static_cast<void>(base::makeFolders(folder, S_IRWXU));
     const auto file = fileOf(folder, id);
     m_claims.claim(file); // before others can see it
     const auto failure = base::replaceFile(file, contents);
+    std::error_code error;
     if (failure && !fs::exists(file, error)) {
         removeFrom(folder, id); // no claim without a file
     }

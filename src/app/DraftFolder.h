@@ -55,8 +55,6 @@ public:
 
     /// The folder for the drafts of a store file.
     static std::filesystem::path beside(const std::filesystem::path& storeFile);
-    /// What Quick Entry keeps in the same folders (`QuickEntryDraftFile`); nothing here finds it.
-    static constexpr const char* kQuickEntryName = "QuickEntry.json";
     /// Whether there are any in that folder, be they such as cannot be read, or Quick Entry's.
     static bool areIn(const std::filesystem::path& folder);
     /// The one for them in the folder for the state of programs.

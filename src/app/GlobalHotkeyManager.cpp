@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 namespace korvex::app {
 
@@ -16,7 +17,7 @@ GlobalHotkeyManager::GlobalHotkeyManager(HotkeyBackend& backend, base::LogSink& 
     : m_backend(backend),
       m_log(log, "Hotkey"),
       m_presses(backend.didPress().connect([this](const HotkeyPress& press) {
-          if (m_activeShortcut && m_onPress) {
+          if (m_outcome.activeShortcut && m_onPress) {
               m_onPress(press);
           }
       })),
@@ -37,14 +38,14 @@ bool GlobalHotkeyManager::update(const QuickEntryShortcut& shortcut) {
         set({.issue = Issue{Kind::invalid}});
         return false;
     }
-    if (shortcut == m_activeShortcut) {
+    if (shortcut == m_outcome.activeShortcut) {
         return true;
     }
     m_wanted = shortcut;
     if (installHandler()) {
         take(m_backend.registerShortcut(shortcut));
     }
-    return m_activeShortcut.has_value();
+    return m_outcome.activeShortcut.has_value();
 }
 
 bool GlobalHotkeyManager::follow(AppPreferences& preferences) {
@@ -59,8 +60,11 @@ bool GlobalHotkeyManager::follow(AppPreferences& preferences) {
 
 std::optional<QuickEntryShortcut>
 GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
+    if (!installHandler()) {
+        return std::nullopt;
+    }
     const auto found = std::find_if(shortcuts.begin(), shortcuts.end(), [&](const auto& each) {
-        return each.isValid() && !each.conflictsWithAppCommand() && installHandler() &&
+        return each.isValid() && !each.conflictsWithAppCommand() &&
                m_backend.probe(each).state == State::registered;
     });
     return found == shortcuts.end() ? std::nullopt : std::optional(*found);
@@ -95,13 +99,9 @@ void GlobalHotkeyManager::take(const HotkeyStatus& status) {
     }
 }
 
-void GlobalHotkeyManager::set(const Outcome& outcome) {
-    const auto isSame = outcome.activeShortcut == m_activeShortcut && outcome.issue == m_issue &&
-                        outcome.isManagedByDesktop == m_isManagedByDesktop;
-    m_activeShortcut = outcome.activeShortcut;
-    m_issue = outcome.issue;
-    m_isManagedByDesktop = outcome.isManagedByDesktop;
-    if (!isSame) {
+void GlobalHotkeyManager::set(Outcome outcome) {
+    if (m_outcome != outcome) {
+        m_outcome = std::move(outcome);
         m_didChange.emit();
     }
 }

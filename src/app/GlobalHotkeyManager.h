@@ -46,10 +46,12 @@ public:
     std::optional<QuickEntryShortcut> firstFree(std::span<const QuickEntryShortcut> shortcuts);
 
     /// The one that is registered now.
-    const std::optional<QuickEntryShortcut>& activeShortcut() const { return m_activeShortcut; }
-    const std::optional<Issue>& issue() const { return m_issue; }
+    const std::optional<QuickEntryShortcut>& activeShortcut() const {
+        return m_outcome.activeShortcut;
+    }
+    const std::optional<Issue>& issue() const { return m_outcome.issue; }
     /// Whether the user has to set the shortcut up with the desktop: then there is neither.
-    bool isManagedByDesktop() const { return m_isManagedByDesktop; }
+    bool isManagedByDesktop() const { return m_outcome.isManagedByDesktop; }
 
     /// What a press of it does.
     void setOnPress(std::function<void(const HotkeyPress&)> onPress) {
@@ -63,22 +65,22 @@ private:
         std::optional<QuickEntryShortcut> activeShortcut;
         std::optional<Issue> issue;
         bool isManagedByDesktop = false;
+
+        bool operator==(const Outcome&) const = default;
     };
 
     /// Installs the handler if it is not yet.
     bool installHandler();
     /// What the backend says of the shortcut that is wanted.
     void take(const HotkeyStatus& status);
-    void set(const Outcome& outcome);
+    void set(Outcome outcome);
 
     HotkeyBackend& m_backend;
     base::Logger m_log;
     std::function<void(const HotkeyPress&)> m_onPress;
     bool m_hasHandler = false;
     std::optional<QuickEntryShortcut> m_wanted;
-    std::optional<QuickEntryShortcut> m_activeShortcut;
-    std::optional<Issue> m_issue;
-    bool m_isManagedByDesktop = false;
+    Outcome m_outcome;
     base::Signal<> m_didChange;
     base::Subscription m_presses;
     base::Subscription m_statusChanges;

@@ -1,5 +1,7 @@
 #include "app/Links.h"
 
+#include "base/HexDigit.h"
+
 #include <algorithm>
 #include <cstddef>
 
@@ -21,13 +23,6 @@ struct Parts {
     std::string name;
 };
 
-int digitOf(char digit) {
-    constexpr std::string_view kDigits = "0123456789abcdef";
-    const auto lower = digit >= 'A' && digit <= 'F' ? static_cast<char>(digit - 'A' + 'a') : digit;
-    const auto found = kDigits.find(lower);
-    return found == std::string_view::npos ? -1 : static_cast<int>(found);
-}
-
 /// Without the escapes of a URL; empty where one is broken.
 std::string decoded(std::string_view text) {
     std::string result;
@@ -36,8 +31,8 @@ std::string decoded(std::string_view text) {
             result += text[i];
             continue;
         }
-        const auto high = i + 2 < text.size() ? digitOf(text[i + 1]) : -1;
-        const auto low = i + 2 < text.size() ? digitOf(text[i + 2]) : -1;
+        const auto high = i + 2 < text.size() ? base::hexDigit(text[i + 1]) : -1;
+        const auto low = i + 2 < text.size() ? base::hexDigit(text[i + 2]) : -1;
         if (high < 0 || low < 0) {
             return {};
         }
@@ -81,11 +76,6 @@ std::optional<Parts> partsOf(std::string_view url) {
     return Parts{.host = host.substr(0, host.find(':')), .name = *std::move(name)};
 }
 
-std::optional<base::Uuid> idUnder(std::string_view host, std::string_view url) {
-    const auto parts = partsOf(url);
-    return parts && parts->host == host ? base::Uuid::parse(parts->name) : std::nullopt;
-}
-
 std::string urlUnder(std::string_view host, const base::Uuid& id) {
     return std::string(kScheme).append(kAuthority).append(host).append("/").append(id.text());
 }
@@ -93,11 +83,8 @@ std::string urlUnder(std::string_view host, const base::Uuid& id) {
 } // namespace
 
 std::optional<base::Uuid> boardID(std::string_view url) {
-    return idUnder(kBoard, url);
-}
-
-std::optional<base::Uuid> entryID(std::string_view url) {
-    return idUnder(kEntry, url);
+    const auto link = Link::parse(url);
+    return link && link->kind == Link::Kind::board ? std::optional(link->id) : std::nullopt;
 }
 
 std::string boardUrl(const base::Uuid& board) {
@@ -109,16 +96,16 @@ std::string entryUrl(const base::Uuid& entry) {
 }
 
 std::optional<Link> Link::parse(std::string_view url) {
-    if (const auto board = boardID(url)) {
-        return Link{.kind = Kind::board, .id = *board};
-    }
-    if (const auto entry = entryID(url)) {
-        return Link{.kind = Kind::entry, .id = *entry};
-    }
     const auto parts = partsOf(url);
-    return parts && parts->host == kBoard && parts->name == kInbox
-               ? std::optional<Link>(Link{.kind = Kind::inbox})
-               : std::nullopt;
+    if (!parts || (parts->host != kBoard && parts->host != kEntry)) {
+        return std::nullopt;
+    }
+    const auto isBoard = parts->host == kBoard;
+    if (const auto id = base::Uuid::parse(parts->name)) {
+        return Link{.kind = isBoard ? Kind::board : Kind::entry, .id = *id};
+    }
+    return isBoard && parts->name == kInbox ? std::optional<Link>(Link{.kind = Kind::inbox})
+                                            : std::nullopt;
 }
 
 bool hasOurScheme(std::string_view url) {

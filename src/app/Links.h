@@ -13,8 +13,6 @@ inline constexpr std::string_view kInboxUrl = "korvex://board/inbox";
 
 /// The board that "korvex://board/" + identifier names; none for any other link, the Inbox's too.
 std::optional<base::Uuid> boardID(std::string_view url);
-/// The same for "korvex://entry/" + identifier.
-std::optional<base::Uuid> entryID(std::string_view url);
 
 std::string boardUrl(const base::Uuid& board);
 std::string entryUrl(const base::Uuid& entry);

@@ -1,10 +1,11 @@
 #include "app/QuickEntryDraft.h"
 
-#include "app/DraftFolder.h"
 #include "app/DraftJson.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 #include "base/Text.h"
+
+#include <sys/stat.h>
 
 #include <span>
 
@@ -15,9 +16,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int kFormVersion = 1;
-constexpr const char* kName = DraftFolder::kQuickEntryName;
+constexpr const char* kName = "QuickEntry.json";
 constexpr const char* kAttachmentsName = "QuickEntry.files";
-constexpr const char* kUnreadableName = "QuickEntry.unreadable";
 constexpr std::size_t kMaximumBytes = 8 * 1024 * 1024;
 /// Identifiers, names and the list's own form come on top of the contents.
 constexpr std::size_t kMaximumAttachmentsBytes =
@@ -98,6 +98,16 @@ std::vector<model::EntryAttachment> attachmentsIn(const fs::path& folder) {
     }
 }
 
+/// The next draft must not take its place.
+std::error_code keepAside(const fs::path& folder) {
+    const auto kept = "QuickEntry-" + base::Uuid::random().text();
+    std::error_code error;
+    if (const auto attachments = folder / kAttachmentsName; fs::exists(attachments, error)) {
+        error = base::moveToNew(attachments, folder / (kept + ".files"));
+    }
+    return error ? error : base::moveToNew(folder / kName, folder / (kept + ".unreadable"));
+}
+
 std::vector<base::Uuid> idsOf(const std::vector<model::EntryAttachment>& attachments) {
     std::vector<base::Uuid> ids;
     ids.reserve(attachments.size());
@@ -128,9 +138,7 @@ std::optional<QuickEntryDraft> QuickEntryDraftFile::read() {
         const auto contents = base::readSmallFile(file, kMaximumBytes);
         auto found = contents ? decoded(*contents) : std::nullopt;
         if (!found) {
-            // The next draft must not take its place. Where it cannot be moved, none can be
-            // written.
-            static_cast<void>(base::moveFile(file, folder / kUnreadableName));
+            static_cast<void>(keepAside(folder)); // else it is tried before the next one is written
             continue;
         }
         found->draft.attachments = attachmentsIn(folder);
@@ -180,19 +188,29 @@ std::error_code QuickEntryDraftFile::writeIn(const fs::path& folder, const Quick
     if (contents.size() > kMaximumBytes) {
         return std::make_error_code(std::errc::file_too_large);
     }
-    std::error_code error;
-    fs::create_directories(folder, error); // where that fails, so does what follows
+    // Where that fails, so does what follows.
+    static_cast<void>(base::makeFolders(folder, S_IRWXU));
     const auto file = folder / kName;
     if (m_claims.claim(file) == FileClaims::Claim::theirs) { // before others can see it
         return std::make_error_code(std::errc::device_or_resource_busy);
     }
+    if (isNotOurs(folder)) {
+        if (const auto error = keepAside(folder)) {
+            m_claims.release(file); // others can still offer it
+            return error;
+        }
+    }
     // A program that is killed between the two leaves words, and of the attachments what it had.
-    error = writeAttachments(folder, draft);
+    auto error = writeAttachments(folder, draft);
     error = error ? error : base::replaceFile(file, contents);
     if (error && !isIn(folder)) {
         removeFrom(folder); // no claim without a file
     }
     return error;
+}
+
+bool QuickEntryDraftFile::isNotOurs(const fs::path& folder) const {
+    return !m_attachments.contains(folder) && isIn(folder);
 }
 
 std::error_code QuickEntryDraftFile::writeAttachments(const fs::path& folder,
@@ -228,6 +246,10 @@ void QuickEntryDraftFile::removeFrom(const fs::path& folder) {
     std::error_code error;
     if (fs::exists(file, error) || fs::exists(attachments, error)) {
         if (m_claims.claim(file) == FileClaims::Claim::theirs) {
+            return;
+        }
+        if (isNotOurs(folder)) {
+            m_claims.release(file);
             return;
         }
         // The words first: attachments alone are no draft.

@@ -34,7 +34,8 @@ struct QuickEntryDraft {
 
 /// The one draft of Quick Entry (docs/formats/drafts.md), in the folders of a store's other drafts:
 /// each is tried when those before it take nothing. Its files belong to the process that has the
-/// object once it has read or written them. Main thread.
+/// object once it has read or written them; what else is there is neither removed nor overwritten.
+/// Main thread.
 class QuickEntryDraftFile {
 public:
     /// Nothing is created before the first draft.
@@ -59,6 +60,8 @@ private:
     std::error_code writeAttachments(const std::filesystem::path& folder,
                                      const QuickEntryDraft& draft);
     void removeFrom(const std::filesystem::path& folder);
+    /// Whether there is one that this object never read: who had it has ended since.
+    bool isNotOurs(const std::filesystem::path& folder) const;
 
     std::vector<std::filesystem::path> m_folders;
     FileClaims m_claims;

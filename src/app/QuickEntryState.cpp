@@ -5,8 +5,6 @@
 #include "richtext/stored/RichTextSerializer.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 #include <utility>
 
 namespace korvex::app {
@@ -21,22 +19,6 @@ using richtext::RichTextSerializer;
 constexpr const char* kStillAttaching = "Wait for the files to finish attaching before saving.";
 constexpr const char* kNoBoards = "No boards available. Open the main app to create a board.";
 constexpr const char* kNoDestination = "Quick Entry has no destination board";
-
-/// Whatever Unicode ends a line with; CR and LF together leave an empty line, which is dropped.
-constexpr std::array<std::string_view, 7> kNewlines = {
-    "\n", "\r", "\v", "\f", "\xC2\x85", "\xE2\x80\xA8", "\xE2\x80\xA9"};
-
-/// Where the first newline is, and how long; at the end of the text where there is none.
-std::pair<std::size_t, std::size_t> nextNewline(std::string_view text) {
-    std::pair<std::size_t, std::size_t> next{text.size(), 0};
-    for (const auto newline : kNewlines) {
-        const auto found = text.substr(0, next.first).find(newline);
-        if (found != std::string_view::npos) {
-            next = {found, newline.size()};
-        }
-    }
-    return next;
-}
 
 std::exception_ptr unreadable() {
     return std::make_exception_ptr(AttachmentError(AttachmentErrorCase::invalidFile));
@@ -142,9 +124,7 @@ void QuickEntryState::prepare() {
     }
     try {
         m_context.refresh();
-        const auto active = services::BoardService::activeBoards(m_boards.boards());
-        const auto* const board = m_preferences.quickEntryBoard(active);
-        setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
+        choose(services::BoardService::activeBoards(m_boards.boards()));
     } catch (const base::Error& error) {
         report(error);
     }
@@ -168,21 +148,17 @@ void QuickEntryState::resolveBoard(std::span<model::Board* const> boards) {
     if (m_selectedBoardID) {
         m_log.info("Missing Quick Entry board; selecting fallback");
     }
+    choose(boards);
+}
+
+void QuickEntryState::choose(std::span<model::Board* const> boards) {
     const auto* const board = m_preferences.quickEntryBoard(boards);
     setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
 }
 
 std::vector<std::string> QuickEntryState::todoContents() const {
-    std::vector<std::string> contents;
-    for (std::string_view rest = m_draft.content; !rest.empty();) {
-        const auto [end, length] = nextNewline(rest);
-        const auto line = base::trimmed(rest.substr(0, end));
-        if (!line.empty()) {
-            contents.emplace_back(line);
-        }
-        rest.remove_prefix(end + length);
-    }
-    return contents;
+    const auto lines = base::filledLines(m_draft.content);
+    return {lines.begin(), lines.end()};
 }
 
 void QuickEntryState::attachFiles(std::vector<std::filesystem::path> files,
@@ -253,8 +229,9 @@ bool QuickEntryState::save() {
         if (!board || !store(*board)) {
             return false;
         }
-        m_preferences.setQuickEntryDefaultBoardID(board->id());
-        reset();
+        const auto id = board->id();
+        reset(); // first: until then a program that is killed offers the same again
+        m_preferences.setQuickEntryDefaultBoardID(id);
         return true;
     } catch (const base::Error& error) {
         report(error);

@@ -121,6 +121,8 @@ private:
     template <typename T>
     void edit(T QuickEntryDraft::*field, T value);
     void draftChanged();
+    /// Selects the one of these that the preferences name.
+    void choose(std::span<model::Board* const> boards);
     void setErrorMessage(std::optional<std::string> message);
     void finishReading(const base::Uuid& revision, Read read);
     /// Throws what an entry's attachments may not be.

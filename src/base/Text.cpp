@@ -133,6 +133,12 @@ icu::BreakIterator& openedBreaks(OpenText& text) {
     return breaks;
 }
 
+/// Line feed and its like, next line, the separators of lines and paragraphs.
+constexpr bool endsLine(UChar32 codePoint) {
+    return (codePoint >= '\n' && codePoint <= '\r') || codePoint == 0x85 || codePoint == 0x2028 ||
+           codePoint == 0x2029;
+}
+
 } // namespace
 
 bool isValidUtf8(std::string_view text) {
@@ -241,6 +247,27 @@ std::vector<std::string_view> words(std::string_view text) {
         pieces.push_back(text.substr(start));
     }
     return pieces;
+}
+
+std::vector<std::string_view> filledLines(std::string_view text) {
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
+    std::vector<std::string_view> lines;
+    std::size_t start = 0;
+    for (std::size_t position = 0; start < text.size();) {
+        const auto end = position;
+        UChar32 codePoint = '\n'; // the end of the text
+        if (position < text.size()) {
+            U8_NEXT(bytes, position, text.size(), codePoint);
+        }
+        if (endsLine(codePoint)) {
+            // CR and LF together leave an empty line between them.
+            if (const auto line = trimmed(text.substr(start, end - start)); !line.empty()) {
+                lines.push_back(line);
+            }
+            start = position;
+        }
+    }
+    return lines;
 }
 
 std::optional<std::size_t> byteOffset(std::string_view text, std::size_t utf16Offset) {

@@ -35,6 +35,10 @@ std::size_t characterEnd(std::string_view text, std::size_t offset);
 /// The pieces between white space (Unicode's White_Space, line breaks too); views into `text`.
 std::vector<std::string_view> words(std::string_view text);
 
+/// The lines that are not blank, each trimmed, whatever Unicode ends a line with; views into
+/// `text`.
+std::vector<std::string_view> filledLines(std::string_view text);
+
 /// The byte offset of a UTF-16 offset; absent when it lies past the end or inside a character's
 /// surrogate pair.
 std::optional<std::size_t> byteOffset(std::string_view text, std::size_t utf16Offset);

@@ -1,5 +1,7 @@
 #include "base/Uuid.h"
 
+#include "base/HexDigit.h"
+
 #include <sodium.h>
 
 namespace korvex::base {
@@ -11,20 +13,6 @@ constexpr std::size_t kTextLength = 36;
 /// Whether a hyphen stands before this byte's digits.
 constexpr bool startsGroup(std::size_t byte) {
     return byte == 4 || byte == 6 || byte == 8 || byte == 10;
-}
-
-/// -1 for what is no hexadecimal digit.
-constexpr int digitValue(char digit) {
-    if (digit >= '0' && digit <= '9') {
-        return digit - '0';
-    }
-    if (digit >= 'a' && digit <= 'f') {
-        return digit - 'a' + 10;
-    }
-    if (digit >= 'A' && digit <= 'F') {
-        return digit - 'A' + 10;
-    }
-    return -1;
 }
 
 } // namespace
@@ -47,8 +35,8 @@ std::optional<Uuid> Uuid::parse(std::string_view text) {
         if (startsGroup(byte) && text[position++] != '-') {
             return std::nullopt;
         }
-        const auto high = digitValue(text[position++]);
-        const auto low = digitValue(text[position++]);
+        const auto high = hexDigit(text[position++]);
+        const auto low = hexDigit(text[position++]);
         if (high < 0 || low < 0) {
             return std::nullopt;
         }

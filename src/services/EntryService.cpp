@@ -27,16 +27,10 @@ std::string notSaved(const base::Error& error) {
 
 /// The lines of a text behind each other, without what stands blank around them: a todo has one.
 std::string joinedLines(std::u16string_view text) {
-    // Line feed and its like, next line, line separator, paragraph separator.
-    constexpr std::u16string_view kBreaks = u"\n\v\f\r\u0085\u2028\u2029";
+    const auto bytes = base::utf8(text);
     std::string joined;
-    while (!text.empty()) {
-        const auto end = std::min(text.find_first_of(kBreaks), text.size());
-        const auto line = base::utf8(text.substr(0, end));
-        if (const auto trimmed = base::trimmed(line); !trimmed.empty()) {
-            joined.append(joined.empty() ? "" : " ").append(trimmed);
-        }
-        text.remove_prefix(std::min(end + 1, text.size()));
+    for (const auto line : base::filledLines(bytes)) {
+        joined.append(joined.empty() ? "" : " ").append(line);
     }
     return joined;
 }

@@ -89,9 +89,10 @@ TEST_F(GlobalHotkeyManagerTest, WithoutAHandlerNothingIsRegistered) {
     EXPECT_EQ(manager.issue(),
               (GlobalHotkeyManager::Issue{Kind::unavailable, {State::unavailable, 1}}));
     EXPECT_TRUE(system.asked.empty());
+    EXPECT_EQ(manager.firstFree(QuickEntryShortcut::alternatives()), std::nullopt);
+    EXPECT_EQ(system.installs, 2) << "not once for each";
     system.handlerFault = 0;
     EXPECT_TRUE(manager.update({}));
-    EXPECT_EQ(system.installs, 2);
 }
 
 TEST_F(GlobalHotkeyManagerTest, FollowsWhatTheSystemSaysLater) {

@@ -23,6 +23,19 @@ protected:
     static EntryAttachment attachment(std::size_t bytes) {
         return {.id = base::Uuid::random(), .filename = "a b", .data = base::Bytes(bytes, 7)};
     }
+    /// Of the files that were kept aside, in no order.
+    std::vector<std::string> keptAside(const std::string& extension) const {
+        std::vector<std::string> contents;
+        for (const auto& each : std::filesystem::directory_iterator(path())) {
+            const auto name = each.path().filename().string();
+            if (name.starts_with("QuickEntry-") && name.ends_with(extension)) {
+                std::ifstream kept(each.path());
+                contents.emplace_back(std::istreambuf_iterator<char>(kept),
+                                      std::istreambuf_iterator<char>());
+            }
+        }
+        return contents;
+    }
     QuickEntryDraftFile another() const { return QuickEntryDraftFile({path(), second()}); }
 
     std::filesystem::path path() const { return DraftFolder::beside(folder / "Primary.store"); }
@@ -64,10 +77,30 @@ TEST_F(QuickEntryDraftTest, WhatIsNoneIsKeptUnderAnotherName) {
         std::ofstream(path() / "QuickEntry.json") << contents;
         EXPECT_EQ(file.read(), std::nullopt) << contents;
         EXPECT_FALSE(file.write(draft("a"), {1}));
-        std::ifstream kept(path() / "QuickEntry.unreadable");
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), contents);
+        EXPECT_THAT(keptAside(".unreadable"), ::testing::Contains(contents));
         file.remove();
     }
+    EXPECT_THAT(keptAside(".unreadable"), ::testing::SizeIs(4)) << "none takes another's place";
+}
+
+TEST_F(QuickEntryDraftTest, WhatAProgramNeverReadItNeitherRemovesNorOverwrites) {
+    auto written = draft("a");
+    written.attachments = {attachment(10)};
+    EXPECT_FALSE(file.write(written, {1}));
+    auto second = another();
+    EXPECT_EQ(second.read(), std::nullopt);
+    file = another(); // the program that had it ends
+    second.remove();
+    EXPECT_EQ(file.read(), written);
+
+    file = another();
+    EXPECT_FALSE(second.write(draft("b"), {2}));
+    EXPECT_THAT(keptAside(".unreadable"), ::testing::ElementsAre(::testing::HasSubstr("\"a\"")));
+    EXPECT_THAT(keptAside(".files"), ::testing::SizeIs(1));
+    EXPECT_FALSE(second.write(draft("c"), {3}));
+    EXPECT_THAT(keptAside(".unreadable"), ::testing::SizeIs(1)) << "its own is replaced";
+    second = another();
+    EXPECT_EQ(second.read(), draft("c"));
 }
 
 TEST_F(QuickEntryDraftTest, AnotherFolderTakesWhatTheFirstOneDoesNot) {
@@ -104,6 +137,8 @@ TEST_F(QuickEntryDraftTest, OnAFullDiskTheWordsOutliveTheFiles) {
 }
 
 TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
+    const auto files = std::vector{attachment(10'000)};
+    const auto of = [&](int i) { return i % 3 == 0 ? files : std::vector<EntryAttachment>(); };
     int lastRead = 0;
     for (int round = 0; round < 8; ++round) {
         int pipe[2];
@@ -111,10 +146,10 @@ TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
         const auto child = ::fork();
         if (child == 0) {
             auto mine = another();
-            const auto files = std::vector{attachment(10'000)};
+            static_cast<void>(mine.read()); // what the former one left
             for (int i = 1;; ++i) {
                 auto typed = draft(std::to_string(i));
-                typed.attachments = i % 3 == 0 ? files : std::vector<EntryAttachment>();
+                typed.attachments = of(i);
                 if (mine.write(typed, {static_cast<double>(i)}) ||
                     ::write(pipe[1], &i, sizeof i) != sizeof i) {
                     ::_exit(1);
@@ -138,6 +173,7 @@ TEST_F(QuickEntryDraftTest, AKilledProgramLeavesTheLastDraftThatItWroteWhole) {
         lastRead = std::stoi(left->content);
         EXPECT_GE(lastRead, acknowledged);
         EXPECT_LE(lastRead, acknowledged + 1);
+        EXPECT_THAT(left->attachments, ::testing::AnyOf(of(lastRead), of(lastRead + 1)));
     }
     EXPECT_GT(lastRead, 0);
 }

@@ -20,8 +20,6 @@ using model::EntryAttachment;
 using model::EntryType;
 using richtext::HeadingLevel;
 using ::testing::ElementsAre;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 class QuickEntryStateTest : public tests::ServiceFixture {

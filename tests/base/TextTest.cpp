@@ -175,5 +175,15 @@ TEST(Text, SplitsLinesAtEachKindOfBreak) {
     forEachLine("", [](std::string_view) { FAIL() << "an empty text has no line"; });
 }
 
+TEST(Text, FilledLinesEndWhereverUnicodeEndsThem) {
+    EXPECT_EQ(filledLines("\n a\u00a0\r\nb c\v\t\fd\re\u0085\u00e9\u2028\u3000\u2029g"),
+              (std::vector<std::string_view>{"a", "b c", "d", "e", "\u00e9", "g"}));
+    EXPECT_EQ(filledLines("a\x85\xE2\x80\nb\xC2"sv),
+              (std::vector<std::string_view>{"a\x85\xE2\x80", "b\xC2"}))
+        << "bytes that are no UTF-8 end nothing";
+    EXPECT_TRUE(filledLines("").empty());
+    EXPECT_TRUE(filledLines(" \r\n\u2028").empty());
+}
+
 } // namespace
 } // namespace korvex::base

@@ -3,6 +3,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/CommandLineError.h"
 
+#include "base/HexDigit.h"
 #include "base/Text.h"
 #include "services/AttachmentList.h"
 
@@ -30,17 +31,6 @@ struct IdentifierRange {
     bool contains(const base::Uuid& id) const { return first <= id && id <= last; }
 };
 
-std::optional<std::uint8_t> hexValue(char character) {
-    if (character >= '0' && character <= '9') {
-        return static_cast<std::uint8_t>(character - '0');
-    }
-    const auto lower = static_cast<char>(character | 0x20);
-    if (lower >= 'a' && lower <= 'f') {
-        return static_cast<std::uint8_t>(lower - 'a' + 10);
-    }
-    return std::nullopt;
-}
-
 /// Absent for what is no beginning of an identifier.
 std::optional<IdentifierRange> identifierRange(std::string_view typed) {
     IdentifierRange range;
@@ -49,13 +39,13 @@ std::optional<IdentifierRange> identifierRange(std::string_view typed) {
         if (character == '-') {
             continue;
         }
-        const auto value = hexValue(character);
-        if (!value || range.isWhole()) {
+        const auto value = base::hexDigit(character);
+        if (value < 0 || range.isWhole()) {
             return std::nullopt;
         }
         const auto byte = range.digits / 2;
         const auto isHigh = range.digits % 2 == 0;
-        const auto shifted = static_cast<std::uint8_t>(isHigh ? *value << 4 : *value);
+        const auto shifted = static_cast<std::uint8_t>(isHigh ? value << 4 : value);
         range.first.bytes[byte] = static_cast<std::uint8_t>(range.first.bytes[byte] | shifted);
         range.last.bytes[byte] =
             static_cast<std::uint8_t>(range.first.bytes[byte] | (isHigh ? 0x0F : 0));

@@ -1,5 +1,7 @@
 #include "richtext/rtf/RtfTokens.h"
 
+#include "base/HexDigit.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -32,18 +34,6 @@ bool isLetter(char byte) {
 }
 bool isDigit(char byte) {
     return byte >= '0' && byte <= '9';
-}
-
-/// -1 for what is no digit.
-int hexDigit(char byte) {
-    if (isDigit(byte)) {
-        return byte - '0';
-    }
-    constexpr int kTen = 10;
-    if (byte >= 'a' && byte <= 'f') {
-        return byte - 'a' + kTen;
-    }
-    return byte >= 'A' && byte <= 'F' ? byte - 'A' + kTen : -1;
 }
 
 } // namespace
@@ -95,8 +85,8 @@ void Tokens::afterBackslash(Token& token) {
     token.byte = *m_at++;
     token.kind = Token::Kind::symbol;
     if (token.byte == '\'' && m_end - m_at >= 2) {
-        const auto high = hexDigit(m_at[0]);
-        const auto low = hexDigit(m_at[1]);
+        const auto high = base::hexDigit(m_at[0]);
+        const auto low = base::hexDigit(m_at[1]);
         if (high >= 0 && low >= 0) {
             token.kind = Token::Kind::byte;
             token.byte = static_cast<char>(high * 16 + low);

@@ -19,12 +19,9 @@ QString withLineFeeds(QString text) {
 
 QStringList pastedLines(const QString& text) {
     QStringList lines;
-    const auto fed = withLineFeeds(text);
-    for (const auto& line : fed.split(QLatin1Char('\n'))) {
-        const auto bytes = toUtf8(line);
-        if (const auto trimmed = base::trimmed(bytes); !trimmed.empty()) {
-            lines.append(toQString(trimmed));
-        }
+    const auto bytes = toUtf8(text);
+    for (const auto line : base::filledLines(bytes)) {
+        lines.append(toQString(line));
     }
     return lines;
 }
