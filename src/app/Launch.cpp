@@ -1,8 +1,9 @@
 #include "app/Launch.h"
 
+#include "base/EnvironmentVariable.h"
+
 #include <cstddef>
-#include <cstdlib>
-#include <cstring>
+#include <utility>
 
 namespace korvex::app {
 
@@ -71,9 +72,8 @@ std::optional<Launch> Launch::decode(std::string_view message) {
 std::string launchToken() {
     // The first is Wayland's, the second X11's; a desktop sets what it understands.
     for (const auto* name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"}) {
-        if (const auto* const value = std::getenv(name);
-            value && *value != '\0' && std::strlen(value) <= kLongestToken) {
-            return value;
+        if (auto value = base::environmentVariable(name); value && value->size() <= kLongestToken) {
+            return *std::move(value);
         }
     }
     return {};

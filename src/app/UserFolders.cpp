@@ -1,17 +1,17 @@
 #include "app/UserFolders.h"
 
+#include "base/EnvironmentVariable.h"
+
 #include <pwd.h>
 #include <unistd.h>
-
-#include <cstdlib>
 
 namespace korvex::app {
 
 namespace {
 
 std::filesystem::path home() {
-    if (const auto* home = std::getenv("HOME"); home && *home != '\0') {
-        return home;
+    if (const auto home = base::environmentVariable("HOME")) {
+        return *home;
     }
     const auto* user = ::getpwuid(::getuid());
     return user ? user->pw_dir : "/";
@@ -20,8 +20,8 @@ std::filesystem::path home() {
 } // namespace
 
 std::filesystem::path userFolder(const char* variable, const std::filesystem::path& underHome) {
-    if (const auto* value = std::getenv(variable); value && *value == '/') {
-        return value;
+    if (const auto value = base::environmentVariable(variable); value && value->front() == '/') {
+        return *value;
     }
     return home() / underHome;
 }

@@ -1,14 +1,16 @@
 #include "base/UserLocale.h"
 
+#include "base/EnvironmentVariable.h"
+
 #include <unicode/dtptngen.h>
 #include <unicode/gregocal.h>
 #include <unicode/localebuilder.h>
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace korvex::base {
 
@@ -16,8 +18,8 @@ namespace {
 
 std::string localeOfEnvironment(const char* category) {
     for (const auto* variable : {"LC_ALL", category, "LANG"}) {
-        if (const auto* value = std::getenv(variable); value && *value != '\0') {
-            return value;
+        if (auto value = environmentVariable(variable)) {
+            return *std::move(value);
         }
     }
     return {};

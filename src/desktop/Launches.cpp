@@ -42,10 +42,6 @@ void Launches::take(const app::Launch& launch) {
 }
 
 void Launches::carryOut(const app::Launch& launch) {
-    if (!launch.action.empty()) {
-        m_actionRequested.emit(launch);
-        return;
-    }
     bringForward(m_window, launch);
     openLinks(launch);
 }

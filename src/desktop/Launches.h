@@ -34,20 +34,17 @@ public:
     Launches(ui::MainWindow& window, base::RunLoop& runLoop)
         : m_window(window), m_runLoop(runLoop) {}
 
-    /// Soon, and not within who asks: what is done may take as long as the user thinks.
+    /// Soon, and not within who asks: what is done may take as long as the user thinks. An action
+    /// brings the window forward and no more: there is none yet.
     void take(const app::Launch& launch);
     /// Shows what is linked to, without bringing the window forward.
     void openLinks(const app::Launch& launch);
-
-    /// Emitted for what is asked with an action instead.
-    base::Signal<const app::Launch&>& actionRequested() { return m_actionRequested; }
 
 private:
     void carryOut(const app::Launch& launch);
 
     ui::MainWindow& m_window;
     base::RunLoop& m_runLoop;
-    base::Signal<const app::Launch&> m_actionRequested;
     std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);
 };
 

@@ -24,7 +24,6 @@
 #include "ui/kit/words/Refusal.h"
 #include "ui/windows/MainWindow.h"
 #include "ui/workspace/ProgramName.h"
-#include "ui/workspace/WindowPlace.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
 #include <QApplication>

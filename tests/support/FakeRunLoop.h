@@ -46,6 +46,9 @@ public:
         const std::lock_guard lock(m_mutex);
         return m_posted.size();
     }
+    /// How often a watched descriptor was ready.
+    std::size_t readyCount() const { return m_readyCount; }
+    std::size_t watchCount() const { return m_watches.size(); }
     /// Seconds until each timer fires, soonest first.
     std::vector<double> delays() const {
         std::vector<double> result;
@@ -178,6 +181,7 @@ private:
                            (each.revents & (watch->events() | POLLHUP | POLLERR)) != 0;
                 });
             if (found != m_watches.end()) {
+                ++m_readyCount;
                 const auto work = (*found)->work;
                 work();
             }
@@ -204,6 +208,7 @@ private:
 
     double m_time = 0;
     bool m_isHeld = false;
+    std::size_t m_readyCount = 0;
     mutable std::mutex m_mutex;
     std::condition_variable m_change;
     std::vector<std::function<void()>> m_posted;

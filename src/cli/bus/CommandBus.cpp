@@ -18,7 +18,7 @@ using Seconds = std::chrono::duration<double>;
 constexpr Seconds kLongestAnnouncement = 100ms;
 constexpr Seconds kLongestConnecting = 1s;
 /// Somewhat more than the time limit of the call itself.
-constexpr Seconds kLongestAnswer = 20s;
+constexpr Seconds kLongestAnswer = platform::bus::kDesktopPatience + 1s;
 
 } // namespace
 

@@ -174,25 +174,27 @@ ExitStatus CommandLine::run(std::vector<std::string> arguments) {
         writeMessage(m_environment.errorDescriptor, message);
         return status;
     };
+    const auto failWithAdvice = [&](ExitStatus status, const base::Error& error,
+                                    const auto& adviceFor) {
+        fail(status, error.errorDescription());
+        const auto advice = m_session ? adviceFor(m_session->storeFile()) : std::string();
+        return advice.empty() ? status : fail(status, advice);
+    };
     const auto status = [&] {
         try {
             return carryOut(std::move(arguments));
         } catch (const CommandLineError& error) {
             return fail(error.status(), error.errorDescription());
         } catch (const store::StoreError& error) {
-            fail(ExitStatus::unusable, error.errorDescription());
-            const auto advice =
-                m_session ? storage::adviceOn(error.which(), m_session->storeFile(),
-                                              m_session->isRepair() ? storage::Attempt::repair
-                                                                    : storage::Attempt::opening)
-                          : "";
-            return advice.empty() ? exitStatus(error.which())
-                                  : fail(exitStatus(error.which()), advice);
+            return failWithAdvice(exitStatus(error.which()), error, [&](const auto& storeFile) {
+                return storage::adviceOn(error.which(), storeFile,
+                                         m_session->isRepair() ? storage::Attempt::repair
+                                                               : storage::Attempt::opening);
+            });
         } catch (const storage::SharedStoreError& error) {
-            fail(ExitStatus::unusable, error.errorDescription());
-            const auto advice =
-                m_session ? storage::adviceOn(error.which(), m_session->storeFile()) : "";
-            return advice.empty() ? ExitStatus::unusable : fail(ExitStatus::unusable, advice);
+            return failWithAdvice(ExitStatus::unusable, error, [&](const auto& storeFile) {
+                return storage::adviceOn(error.which(), storeFile);
+            });
         } catch (const storage::LegacyStoreError& error) {
             return fail(ExitStatus::unusable, error.errorDescription());
         } catch (const base::Error& error) {

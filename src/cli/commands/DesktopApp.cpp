@@ -1,6 +1,6 @@
 #include "cli/commands/DesktopApp.h"
 
-#include "cli/terminal/EnvironmentVariable.h"
+#include "base/EnvironmentVariable.h"
 
 #include <cerrno>
 #include <cstring>
@@ -16,7 +16,7 @@ constexpr const char* kProgram = "korvex-desktop";
 } // namespace
 
 std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
-    if (!isVariableSet("DISPLAY") && !isVariableSet("WAYLAND_DISPLAY")) {
+    if (!base::environmentVariable("DISPLAY") && !base::environmentVariable("WAYLAND_DISPLAY")) {
         return "There is no display for the desktop app here.";
     }
     std::string name = kProgram;

@@ -12,7 +12,9 @@
 #include "storage/StoreAdvice.h"
 #include "storage/StoreRepair.h"
 
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace korvex::cli {
@@ -31,6 +33,15 @@ ExitStatus path(Session& session, const NoOptions&) {
         session.output().write(file + "\n");
     }
     return ExitStatus::done;
+}
+
+void writeTexts(Json& json, std::string_view name, std::span<const std::string> texts) {
+    json.key(name);
+    json.beginArray();
+    for (const auto& text : texts) {
+        json.text(text);
+    }
+    json.endArray();
 }
 
 ExitStatus check(Session& session, const NoOptions&) {
@@ -56,12 +67,7 @@ ExitStatus check(Session& session, const NoOptions&) {
         json.beginObject();
         json.key("recordCount");
         json.integer(static_cast<std::int64_t>(report.recordCount));
-        json.key("problems");
-        json.beginArray();
-        for (const auto& problem : report.problems) {
-            json.text(problem);
-        }
-        json.endArray();
+        writeTexts(json, "problems", report.problems);
         json.endObject();
     } else if (report.problems.empty()) {
         session.output().write("The store is sound: " +
@@ -116,16 +122,8 @@ void writeRepairJson(Session& session, const storage::StoreRepairReport& report)
         json.member(name, static_cast<std::int64_t>(value));
     };
     json.beginObject();
-    const auto list = [&](std::string_view name, const auto& values) {
-        json.key(name);
-        json.beginArray();
-        for (const auto& value : values) {
-            json.text(value);
-        }
-        json.endArray();
-    };
     json.flag("wasDamaged", report.salvage.has_value());
-    list("notices", report.notices);
+    writeTexts(json, "notices", report.notices);
     if (const auto& salvage = report.salvage) {
         count("savedRecordCount", salvage->saved);
         json.flag("mayMissMore", salvage->mayMissMore);
@@ -134,7 +132,7 @@ void writeRepairJson(Session& session, const storage::StoreRepairReport& report)
         for (const auto& former : salvage->formerStores) {
             formerStores.push_back(former.string());
         }
-        list("formerStores", formerStores);
+        writeTexts(json, "formerStores", formerStores);
         json.key("losses");
         json.beginArray();
         for (std::size_t i = 0; i < salvage->losses.size(); ++i) {

@@ -2,7 +2,8 @@
 
 #include "cli/terminal/CommandLineError.h"
 #include "cli/terminal/DisplayText.h"
-#include "cli/terminal/EnvironmentVariable.h"
+
+#include "base/EnvironmentVariable.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -49,7 +50,8 @@ Terminal Terminal::of(int descriptor) {
         return terminal;
     }
     const auto* kind = std::getenv("TERM");
-    terminal.hasColor = !isVariableSet("NO_COLOR") && kind && std::string_view(kind) != "dumb";
+    terminal.hasColor =
+        !base::environmentVariable("NO_COLOR") && kind && std::string_view(kind) != "dumb";
     winsize size{};
     if (::ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
         terminal.width = size.ws_col;

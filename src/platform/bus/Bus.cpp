@@ -1,6 +1,7 @@
 #include "platform/bus/Bus.h"
 
 #include "platform/bus/BusConnection.h"
+#include "platform/bus/BusNames.h"
 #include "platform/bus/NameWatch.h"
 
 #include <systemd/sd-bus.h>
@@ -26,16 +27,6 @@ constexpr Seconds kSteady = 5s;
 /// So many may wait until the bus takes them. More come only where it hangs.
 constexpr std::size_t kMostUnsent = 1024;
 
-struct EndSlot {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-using Slot = std::unique_ptr<sd_bus_slot, EndSlot>;
-
-struct UnreferenceMessage {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, UnreferenceMessage>;
-
 void require(int result) {
     if (result < 0) {
         throw BusError(result == -ENOTCONN || result == -ECONNRESET ? BusErrorCase::noBus
@@ -51,7 +42,7 @@ void write(sd_bus_message* message, const Arguments& arguments) {
     }
 }
 
-Message makeCall(sd_bus* bus, const MethodAddress& method, const Arguments& arguments) {
+MessagePointer makeCall(sd_bus* bus, const MethodAddress& method, const Arguments& arguments) {
     if (!bus) {
         throw BusError(BusErrorCase::noBus);
     }
@@ -59,7 +50,7 @@ Message makeCall(sd_bus* bus, const MethodAddress& method, const Arguments& argu
     require(sd_bus_message_new_method_call(bus, &made, method.destination.c_str(),
                                            method.path.c_str(), method.interface.c_str(),
                                            method.member.c_str()));
-    Message message(made);
+    MessagePointer message(made);
     require(sd_bus_message_set_auto_start(made, method.start == MethodAddress::Start::allowed));
     write(made, arguments);
     return message;
@@ -82,7 +73,7 @@ std::string textOf(const SignalRule& rule) {
 
 /// A name that goes from one to another. The bus itself, and each connection, have theirs for good.
 bool isWellKnown(const std::string& name) {
-    return !name.empty() && !name.starts_with(':') && name != "org.freedesktop.DBus";
+    return !name.empty() && !name.starts_with(':') && name != kBusName;
 }
 
 } // namespace
@@ -92,7 +83,7 @@ struct Bus::Call {
     Bus* bus;
     Answer answer;
     std::weak_ptr<Call> self;
-    Slot slot;
+    SlotPointer slot;
     std::unique_ptr<base::RunLoop::Timer> limit;
 
     static int take(sd_bus_message* message, void* self, sd_bus_error*) {
@@ -110,7 +101,7 @@ struct Bus::Match {
     std::weak_ptr<Match> self;
     /// Only for a sender whose name others may have later.
     std::unique_ptr<NameWatch> sender;
-    Slot slot;
+    SlotPointer slot;
 
     static int receive(sd_bus_message* message, void* self, sd_bus_error*) {
         // Ended meanwhile, it must last until its handler has returned.
@@ -290,7 +281,7 @@ bool Bus::emit(const SignalAddress& signal, const Arguments& arguments) {
         sd_bus_message* made = nullptr;
         require(sd_bus_message_new_signal(connection(), &made, signal.path.c_str(),
                                           signal.interface.c_str(), signal.member.c_str()));
-        const Message message(made);
+        const MessagePointer message(made);
         if (!signal.destination.empty()) {
             require(sd_bus_message_set_destination(made, signal.destination.c_str()));
         }

@@ -1,9 +1,10 @@
 #include "platform/bus/BusAddress.h"
 
+#include "base/EnvironmentVariable.h"
+
 #include <unistd.h>
 
 #include <cctype>
-#include <cstdlib>
 #include <string_view>
 
 namespace korvex::platform::bus {
@@ -11,11 +12,6 @@ namespace korvex::platform::bus {
 namespace {
 
 constexpr const char* kSystemBus = "unix:path=/run/dbus/system_bus_socket";
-
-std::optional<std::string> variable(const char* name) {
-    const auto* const value = std::getenv(name);
-    return value && *value != '\0' ? std::optional<std::string>(value) : std::nullopt;
-}
 
 /// In an address other bytes than these stand as their number.
 std::string escaped(std::string_view path) {
@@ -37,12 +33,12 @@ std::string escaped(std::string_view path) {
 
 std::optional<std::string> busAddress(WhichBus which) {
     if (which == WhichBus::system) {
-        return variable("DBUS_SYSTEM_BUS_ADDRESS").value_or(kSystemBus);
+        return base::environmentVariable("DBUS_SYSTEM_BUS_ADDRESS").value_or(kSystemBus);
     }
-    if (auto address = variable("DBUS_SESSION_BUS_ADDRESS")) {
+    if (auto address = base::environmentVariable("DBUS_SESSION_BUS_ADDRESS")) {
         return address;
     }
-    const auto folder = variable("XDG_RUNTIME_DIR");
+    const auto folder = base::environmentVariable("XDG_RUNTIME_DIR");
     const auto socket = folder.value_or("") + "/bus";
     if (!folder || ::access(socket.c_str(), F_OK) != 0) {
         return std::nullopt;

@@ -27,7 +27,6 @@ public:
     /// For the calls of sd-bus; after one that sends something, `wrote` is called. Null when the
     /// address is none.
     sd_bus* get() const { return m_bus.get(); }
-    bool isReady() const { return m_isReady; }
     void wrote();
     /// How many messages wait to be taken by the bus.
     std::size_t unsentCount() const;

@@ -8,8 +8,6 @@ constexpr const char* kInterface = "org.freedesktop.Application";
 /// Launchers send either, or both.
 constexpr const char* kToken = "activation-token";
 constexpr const char* kStartupId = "desktop-startup-id";
-/// The app has this long until it has read the request; what it then does may take longer.
-constexpr auto kPatience = std::chrono::seconds(5);
 
 std::string tokenOf(const Dictionary& platformData) {
     for (const auto* name : {kToken, kStartupId}) {
@@ -87,7 +85,7 @@ base::Subscription callDesktop(Bus& bus, const app::Launch& launch, MethodAddres
         method.member = "Open";
         sent = arguments(launch.links, data);
     }
-    return bus.call(method, sent, std::move(answer), kPatience);
+    return bus.call(method, sent, std::move(answer), kDesktopPatience);
 }
 
 } // namespace korvex::platform::bus

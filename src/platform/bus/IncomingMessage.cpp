@@ -20,23 +20,11 @@ std::optional<BusError> errorOf(sd_bus_message* message) {
 
 } // namespace
 
-void IncomingMessage::Unreference::operator()(sd_bus_message* message) const {
-    sd_bus_message_unref(message);
-}
-
 IncomingMessage::IncomingMessage(sd_bus_message* message)
     : m_message(sd_bus_message_ref(message)) {}
 
 std::string IncomingMessage::sender() const {
     return textOf(sd_bus_message_get_sender(m_message.get()));
-}
-
-std::string IncomingMessage::path() const {
-    return textOf(sd_bus_message_get_path(m_message.get()));
-}
-
-std::string IncomingMessage::interface() const {
-    return textOf(sd_bus_message_get_interface(m_message.get()));
 }
 
 std::string IncomingMessage::member() const {
@@ -54,8 +42,7 @@ IncomingCall::~IncomingCall() {
 void IncomingCall::reply(const Arguments& arguments) {
     sd_bus_message* made = nullptr;
     const auto result = sd_bus_message_new_method_return(m_message.get(), &made);
-    const IncomingMessage answer(made);
-    sd_bus_message_unref(made);
+    const MessagePointer answer(made);
     if (result >= 0) {
         if (arguments) {
             MessageWriter writer(made);

@@ -3,9 +3,9 @@
 #include "platform/bus/BusError.h"
 #include "platform/bus/MessageReader.h"
 #include "platform/bus/MessageWriter.h"
+#include "platform/bus/SdBusPointers.h"
 
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -19,9 +19,6 @@ public:
 
     /// Who sent it, by the name that no other connection has.
     std::string sender() const;
-    /// The object that a call is for, or a signal comes from.
-    std::string path() const;
-    std::string interface() const;
     std::string member() const;
 
     /// Its arguments, from the first on: one type gives a value, several give a tuple, none gives
@@ -37,10 +34,7 @@ public:
     }
 
 protected:
-    struct Unreference {
-        void operator()(sd_bus_message* message) const;
-    };
-    std::unique_ptr<sd_bus_message, Unreference> m_message;
+    MessagePointer m_message;
 };
 
 using IncomingSignal = IncomingMessage;

@@ -45,8 +45,7 @@ struct MessageWriter::ContentWriter {
         }
     }
     void operator()(const ValueStructure& structure) const {
-        const auto signature = Value(structure).signature();
-        const Container open(writer, 'r', signature.substr(1, signature.size() - 2));
+        const Container open(writer, 'r', structure.fieldSignature());
         for (const auto& each : structure.fields) {
             std::visit(*this, each.content());
         }

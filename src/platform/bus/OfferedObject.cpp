@@ -10,10 +10,6 @@ namespace korvex::platform::bus {
 
 namespace {
 
-struct EndSlot {
-    void operator()(sd_bus_slot* slot) const { sd_bus_slot_unref(slot); }
-};
-
 template <typename Member>
 const Member* named(const std::vector<Member>& members, const char* name) {
     const auto found = std::find_if(members.begin(), members.end(),
@@ -102,7 +98,7 @@ struct OfferedObject::Offer : std::enable_shared_from_this<Offer> {
     std::vector<sd_bus_vtable> rows;
     /// To itself, one for each time that sd-bus knows it.
     std::vector<std::shared_ptr<Offer>> references;
-    std::unique_ptr<sd_bus_slot, EndSlot> slot;
+    SlotPointer slot;
 };
 
 OfferedObject::OfferedObject(Bus& bus, std::string path, Interface interface)

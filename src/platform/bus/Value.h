@@ -35,6 +35,8 @@ struct ValueArray {
 /// Values one behind the other, `(…)`.
 struct ValueStructure {
     std::vector<Value> fields;
+    /// The types of the fields, without the structure's parentheses.
+    std::string fieldSignature() const;
     bool operator==(const ValueStructure&) const;
 };
 

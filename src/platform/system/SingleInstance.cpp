@@ -1,6 +1,7 @@
 #include "platform/system/SingleInstance.h"
 
 #include "base/Digest.h"
+#include "base/EnvironmentVariable.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -9,7 +10,6 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <string_view>
@@ -45,11 +45,6 @@ bool apply(int (*operation)(int, const sockaddr*, socklen_t), const base::FileDe
            0;
 }
 
-std::string variable(const char* name) {
-    const auto* const value = std::getenv(name);
-    return value ? value : "";
-}
-
 std::string nameOf(const std::filesystem::path& dataDirectory) {
     constexpr std::string_view kDigits = "0123456789abcdef";
     constexpr std::size_t kBytes = 8;
@@ -67,12 +62,13 @@ std::string nameOf(const std::filesystem::path& dataDirectory) {
 
 SingleInstance::SingleInstance(const std::filesystem::path& dataDirectory) {
     const auto name = nameOf(dataDirectory);
-    if (const auto runtime = variable("XDG_RUNTIME_DIR"); !runtime.empty()) {
-        m_file = std::filesystem::path(runtime) / name;
+    if (const auto runtime = base::environmentVariable("XDG_RUNTIME_DIR")) {
+        m_file = std::filesystem::path(*runtime) / name;
     } else {
         // The folder is everybody's.
         std::error_code ignored;
-        m_file = std::filesystem::temp_directory_path(ignored) / (name + "-" + variable("USER"));
+        m_file = std::filesystem::temp_directory_path(ignored) /
+                 (name + "-" + base::environmentVariable("USER").value_or(""));
     }
 }
 

@@ -48,6 +48,8 @@ int X11HotkeyBackend::connect() {
     watchRoots();
     m_keyboard = std::make_unique<XkbKeyboard>(m_connection.get());
     m_keyboard->load(); // one without keys may get some later
+    m_watch = m_runLoop.watch(xcb_get_file_descriptor(m_connection.get()),
+                              base::RunLoop::Interest::reading, [this] { readEvents(); });
     readEventsSoon();
     return 0;
 }
@@ -221,10 +223,6 @@ void X11HotkeyBackend::rebuild() {
     }
 }
 
-int X11HotkeyBackend::descriptor() const {
-    return m_connection ? xcb_get_file_descriptor(m_connection.get()) : -1;
-}
-
 void X11HotkeyBackend::readEvents() {
     m_readTimer.reset();
     while (m_connection) {
@@ -290,12 +288,14 @@ void X11HotkeyBackend::lose() {
     m_readTimer.reset();
     m_grabs.clear();
     m_keyboard.reset();
+    m_watch.reset();
     m_connection.reset();
     const app::HotkeyStatus status{State::unavailable, fault};
     if (m_wanted) {
         setStatus(status);
+    } else {
+        m_status = status;
     }
-    m_status = status;
 }
 
 } // namespace korvex::platform::x11

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/HotkeyBackend.h"
-#include "app/KeyboardLayout.h"
 #include "base/RunLoop.h"
 #include "platform/x11/XkbKeyboard.h"
 
@@ -33,11 +32,6 @@ public:
     app::HotkeyStatus probe(const app::QuickEntryShortcut& shortcut) override;
     void unregisterShortcut() override;
 
-    /// What to watch for reading; -1 while there is no connection.
-    int descriptor() const;
-    /// Takes in what the server has sent; never waits. Also to be called when nothing has come.
-    void readEvents();
-
     /// Null before the handler is installed.
     XkbKeyboard* keyboard() { return m_keyboard.get(); }
 
@@ -64,6 +58,8 @@ private:
     app::HotkeyStatus grabWanted();
     /// Asks again for what is wanted, on the keyboard as it is now.
     void rebuild();
+    /// Takes in what the server has sent; never waits.
+    void readEvents();
     void take(const xcb_generic_event_t& event);
     void takePress(const xcb_key_press_event_t& press);
     void setStatus(const app::HotkeyStatus& status);
@@ -76,6 +72,7 @@ private:
     base::RunLoop& m_runLoop;
     std::string m_display;
     Connection m_connection;
+    std::unique_ptr<base::RunLoop::Watch> m_watch;
     std::unique_ptr<XkbKeyboard> m_keyboard;
     std::uint8_t m_xkbEvent = 0;
     xcb_atom_t m_windowManagerAtom = XCB_ATOM_NONE;

@@ -10,9 +10,11 @@ namespace korvex::tests {
 namespace {
 
 using ::testing::AllOf;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 /// A store with entries of chosen identifiers, which no command can make.
@@ -294,6 +296,32 @@ TEST_F(CommandLine, SettingsFollowABoardThatBecomesAnother) {
         EXPECT_EQ(board->id() != doubled, *data == '\0') << command.front();
         EXPECT_EQ(board->mergedIntoBoardID().has_value(), *data != '\0') << command.front();
     }
+}
+
+TEST_F(CommandLine, ALinkIsGivenToTheAppThatRunsForTheUsersOwnStoreAlone) {
+    using Answer = cli::RunningDesktop::Answer;
+    constexpr const char* kLink = "korvex://board/inbox";
+    // Where nobody runs the app would be started.
+    const ScopedEnvironment x11("DISPLAY", std::nullopt);
+    const ScopedEnvironment wayland("WAYLAND_DISPLAY", std::nullopt);
+    std::filesystem::create_directory_symlink(folder.path(), folder / "korvex");
+    {
+        const ScopedEnvironment home("XDG_DATA_HOME", folder.path().string());
+        desktop.answer = Answer::taken;
+        EXPECT_EQ(result({"open", kLink}), "");
+        ASSERT_THAT(desktop.asked, SizeIs(1));
+        EXPECT_THAT(desktop.asked.front().links, ElementsAre(kLink));
+
+        desktop.answer = Answer::silent;
+        const auto hanging = run({"open", kLink});
+        EXPECT_EQ(hanging.status, cli::ExitStatus::refused);
+        EXPECT_EQ(hanging.error, "korvex: Korvex is running, but does not answer.\n");
+        EXPECT_THAT(desktop.asked, SizeIs(2));
+    }
+    const ScopedEnvironment home("XDG_DATA_HOME", (folder / "other").string());
+    desktop.answer = Answer::taken;
+    EXPECT_EQ(run({"open", kLink}).status, cli::ExitStatus::refused);
+    EXPECT_THAT(desktop.asked, SizeIs(2)) << "it has another store";
 }
 
 TEST_F(CommandLine, WhatFailsWithABackupIsLoggedWithItsNumber) {

@@ -2,10 +2,7 @@
 
 #include "platform/bus/NameClaim.h"
 #include "platform/bus/OfferedObject.h"
-#include "platform/bus/StoreChangeSignal.h"
 #include "platform/bus/SystemAppearanceWatcher.h"
-
-#include <fstream>
 
 namespace korvex::platform::bus {
 namespace {
@@ -112,26 +109,6 @@ TEST_F(SystemAppearanceWatcherTest, TellsAllAnswersAtOnceAndThenEachDifference) 
     connect(another);
     EXPECT_TRUE(m_loop.runUntil([&] { return !told.empty(); }));
     EXPECT_EQ(told, std::vector{expected.back()});
-}
-
-TEST_F(SystemAppearanceWatcherTest, ChangesOfTheSameStoreAreHeardHoweverItIsCalled) {
-    startDaemon();
-    const auto store = m_folder / "Primary.store";
-    std::ofstream(store).flush();
-    std::filesystem::create_directory_symlink(m_folder.path(), m_folder / "link");
-    StoreChangeListener listener(m_bus, store);
-    int heard = 0;
-    const auto counting = listener.changed().connect([&] { ++heard; });
-    connect(m_bus);
-    connect(m_desktop);
-    settle(m_bus);
-    EXPECT_TRUE(announceStoreChange(m_bus, store)) << "its own, of which it knows";
-    EXPECT_TRUE(announceStoreChange(m_desktop, m_folder / "Other.store"));
-    EXPECT_TRUE(announceStoreChange(m_desktop, store));
-    EXPECT_TRUE(announceStoreChange(m_desktop, m_folder / "link" / "Primary.store"));
-    EXPECT_TRUE(m_loop.runUntil([&] { return heard >= 2; }));
-    settle(m_bus);
-    EXPECT_EQ(heard, 2);
 }
 
 } // namespace

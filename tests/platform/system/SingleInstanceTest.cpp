@@ -112,14 +112,5 @@ TEST_F(SingleInstanceTest, OfStartsAtTheSameMomentOneIsFirstAlsoWhereOneWasKille
     }
 }
 
-TEST_F(SingleInstanceTest, WhatIsNoLaunchIsLeftAside) {
-    for (const auto* message : {"raise", "l", "lkorvex://x"}) {
-        EXPECT_FALSE(app::Launch::decode(message)) << message;
-    }
-    EXPECT_FALSE(app::Launch::decode(std::string_view("\0l", 2)));
-    const auto later = app::Launch::decode(std::string_view("znew\0aquick\0", 12));
-    EXPECT_EQ(later, (app::Launch{.action = "quick"}));
-}
-
 } // namespace
 } // namespace korvex::platform::system

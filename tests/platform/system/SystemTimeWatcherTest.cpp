@@ -35,13 +35,12 @@ TEST(SystemTimeWatcher, AnotherZoneIsNoticedHoweverItIsSetAndOtherFilesAreNot) {
 
     const auto before = changes;
     std::ofstream(folder / "hosts") << "other";
-    EXPECT_FALSE(loop.runUntil([&] { return changes > before + 1; }, 20ms));
+    EXPECT_FALSE(loop.runUntil([&] { return changes > before; }, 20ms));
 }
 
 TEST(SystemTimeWatcher, AFolderThatIsMissingIsNoReasonToFail) {
     systemd::SdEventRunLoop loop;
-    const SystemTimeWatcher watcher(loop, "/nowhere/localtime");
-    EXPECT_FALSE(loop.runUntil([] { return false; }, 5ms));
+    EXPECT_NO_THROW(SystemTimeWatcher(loop, "/nowhere/localtime"));
 }
 
 } // namespace
