@@ -16,6 +16,7 @@
 #include "store/StoreError.h"
 #include "store/StoreLock.h"
 #include "support/CaseOf.h"
+#include "support/FileSizeLimit.h"
 #include "support/FolderNames.h"
 #include "support/OldStore.h"
 #include "support/RecordingLog.h"
@@ -26,13 +27,11 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <csignal>
 #include <fstream>
 #include <functional>
 #include <set>
