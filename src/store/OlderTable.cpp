@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cassert>
 #include <map>
-#include <set>
 
 namespace korvex::store {
 
@@ -90,7 +89,8 @@ OlderTable currentTable(const RecordType& type) {
     return table;
 }
 
-/// Not asked for by a SELECT: a name in quotes that is no column's is a text to SQLite.
+} // namespace
+
 std::set<std::string, std::less<>> columnsOf(sqlite3* database, std::string_view table) {
     std::set<std::string, std::less<>> columns;
     Statement each(database, "SELECT name FROM pragma_table_info(?)");
@@ -100,8 +100,6 @@ std::set<std::string, std::less<>> columnsOf(sqlite3* database, std::string_view
     }
     return columns;
 }
-
-} // namespace
 
 bool OlderTable::has(std::string_view field) const {
     return std::any_of(fields.begin(), fields.end(),

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,6 +32,10 @@ struct OlderTable {
 /// One for each type of the schema; of the current version too. Throws StoreError `olderVersion`
 /// where the schema knows no way on from `version`.
 std::vector<OlderTable> olderTables(const Schema& schema, std::int32_t version);
+
+/// What the columns of a table are called; none where there is no such table. Not asked for by a
+/// SELECT: a name in quotes that is no column's is a text to SQLite. Throws StoreError.
+std::set<std::string, std::less<>> columnsOf(sqlite3* database, std::string_view table);
 
 /// Whether the database has these tables, and those of every store, with all of the columns that
 /// this system reads. Throws StoreError.

@@ -25,8 +25,7 @@ void check(bool isDone) {
     }
 }
 
-} // namespace
-
+/// All of an open file into a new one that is not synced.
 void copyFile(const base::FileDescriptor& source, const std::filesystem::path& copy) {
     check(source.isOpen());
     const base::FileDescriptor target(
@@ -48,6 +47,8 @@ void copyFile(const base::FileDescriptor& source, const std::filesystem::path& c
         }
     }
 }
+
+} // namespace
 
 SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
     try {

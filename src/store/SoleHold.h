@@ -6,12 +6,10 @@
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <chrono>
+#include <filesystem>
 #include <memory>
 
 namespace korvex::store {
-
-/// Copies all of an open file into a new one that is not synced. Throws StoreError.
-void copyFile(const base::FileDescriptor& source, const std::filesystem::path& copy);
 
 /// A connection that nobody else shares the store with while it lives, with the journal moved into
 /// the file: only such a file may be replaced, since SQLite finds a journal by the file's name. The

@@ -20,12 +20,13 @@ namespace {
 constexpr int kLongJournalPages = 1000;
 /// And is then begun anew in the same file, unless it is longer than this.
 constexpr int kLongestReusedJournalPages = 1200;
-/// One of more bytes is moved and cut at the start, where it was left so: every start reads all of
-/// it.
-constexpr std::uintmax_t kLongJournalBytes = std::uintmax_t{4096 + 24} * kLongestReusedJournalPages;
 /// In bytes: the head of the journal, and that of each page in it.
 constexpr std::int64_t kJournalHead = 32;
 constexpr std::int64_t kFrameHead = 24;
+/// One of more bytes is moved and cut at the start, where it was left so: every start reads all of
+/// it.
+constexpr std::uintmax_t kLongJournalBytes =
+    std::uintmax_t{4096 + kFrameHead} * kLongestReusedJournalPages;
 /// A journal of more bytes than this is not left behind: who copies the store file alone then
 /// misses little.
 constexpr std::uintmax_t kLongestLeftJournal = 256 * 1024;
@@ -185,19 +186,25 @@ void StoreConnection::openDatabase() {
         // Before the upgrade, which leaves no journal.
         const auto found = newestOf(handle());
         const auto missing = noticeMissingChanges(found);
-        const auto record = [&](std::int64_t revision) {
-            if (missing) {
-                m_lock->setRecord({.storeID = found.storeID, .revision = revision});
-            }
+        const auto record = [&](std::int64_t upgrades) {
+            return !missing ||
+                   m_lock->setRecord(
+                       {.storeID = found.storeID, .revision = missing->recorded + upgrades});
         };
+        const auto former = inode(m_file.path());
         m_database.reset();
         // The upgrade is a revision, and no less is missing since. Recorded before it: to whoever
         // finds it killed rather one too many is missing than one too few.
-        record(missing ? missing->recorded + 1 : 0);
+        if (!record(1)) {
+            throw StoreError(StoreErrorCase::inputOutput, "what is missing cannot be recorded");
+        }
         try {
             upgradeStore(m_file, m_schema, m_configuration.lockTimeout, m_log);
         } catch (...) {
-            record(missing ? missing->recorded : 0);
+            // It may fail with the upgraded store in place, which has the revision.
+            if (inode(m_file.path()) == former) {
+                record(0);
+            }
             throw;
         }
         m_wasUpgraded = true;
@@ -347,7 +354,9 @@ StoreConnection::ReadScope::~ReadScope() {
 void StoreConnection::begin() {
     if (sqlite3_get_autocommit(handle()) != 0) {
         m_begin->run();
-        m_journalAtBegin = m_file.journalSize();
+        if (m_lock) {
+            m_journalAtBegin = m_file.journalSize();
+        }
     }
 }
 
@@ -372,7 +381,7 @@ void StoreConnection::rollback() noexcept {
     // A long one writes to the journal before it ends: what was to be saved fills the disk then.
     const auto before = std::exchange(m_journalAtBegin, std::nullopt);
     try {
-        if (before && m_lock && m_file.journalSize() > *before + kLongestLeftJournal) {
+        if (before && m_file.journalSize() > *before + kLongestLeftJournal) {
             emptyJournal(Emptied::cut);
         }
     } catch (...) { // NOLINT(bugprone-empty-catch): it stays as long as it is until the next save

@@ -159,7 +159,7 @@ private:
     std::int64_t m_knownRevision = 0;
     std::uint64_t m_journalInode = 0;
     int m_journalPages = 0;
-    /// In bytes, before what is being saved just now.
+    /// In bytes, before what is being saved just now to a store in a file.
     std::optional<std::uintmax_t> m_journalAtBegin;
 };
 

@@ -27,8 +27,6 @@ namespace korvex::store {
 
 namespace {
 
-constexpr std::size_t kHeaderSize = 100;
-
 void check(std::error_code failure) {
     if (failure) {
         throwSystemError(failure.value());
@@ -108,16 +106,16 @@ std::filesystem::path StoreFile::directory() const {
 
 bool StoreFile::isThere() const {
     struct stat status {};
-    if (::lstat(m_file.c_str(), &status) == 0 && S_ISLNK(status.st_mode)) {
-        // SQLite would keep the journal beside what it leads to, where nobody else looks for it.
-        throw StoreError(StoreErrorCase::symbolicLink);
-    }
-    if (::stat(m_file.c_str(), &status) != 0) {
+    if (::lstat(m_file.c_str(), &status) != 0) {
         // Where a file stands in the place of a folder, there is no store either.
         if (errno == ENOENT || errno == ENOTDIR) {
             return false;
         }
         throw StoreError(StoreErrorCase::unreadable, std::strerror(errno));
+    }
+    if (S_ISLNK(status.st_mode)) {
+        // SQLite would keep the journal beside what it leads to, where nobody else looks for it.
+        throw StoreError(StoreErrorCase::symbolicLink);
     }
     if (!S_ISREG(status.st_mode)) {
         throw StoreError(StoreErrorCase::notAStore, "not a regular file");
@@ -129,7 +127,7 @@ bool StoreFile::isThere() const {
 }
 
 bool StoreFile::isTooShort() const {
-    return sizeOf(m_file) < kHeaderSize;
+    return sizeOf(m_file) < kHeaderBytes;
 }
 
 bool StoreFile::exists() const {
@@ -393,7 +391,7 @@ std::string StoreFile::readingUri() const {
 
 void StoreFile::checkHeader(sqlite3* database) const {
     sqlite3_file* file = nullptr;
-    std::array<unsigned char, kHeaderSize> header{};
+    std::array<unsigned char, kHeaderBytes> header{};
     sqlite3_int64 size = 0;
     if (sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file) != SQLITE_OK ||
         !file || !file->pMethods) {
@@ -401,7 +399,7 @@ void StoreFile::checkHeader(sqlite3* database) const {
     }
     auto code = file->pMethods->xFileSize(file, &size);
     if (code == SQLITE_OK) {
-        code = file->pMethods->xRead(file, header.data(), kHeaderSize, 0);
+        code = file->pMethods->xRead(file, header.data(), kHeaderBytes, 0);
     }
     if (code != SQLITE_OK && code != SQLITE_IOERR_SHORT_READ) {
         throwSqliteError(nullptr, code);

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -25,6 +26,8 @@ class StoreFile {
 public:
     /// What every file of SQLite begins with.
     static constexpr std::string_view kMagic{"SQLite format 3\0", 16};
+    /// How long the header is: a file that is shorter is none of SQLite's.
+    static constexpr std::size_t kHeaderBytes = 100;
     /// What SQLite keeps in the header of our files: "KVX1".
     static constexpr std::int32_t kApplicationID = 0x4B565831;
 

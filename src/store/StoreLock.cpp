@@ -116,11 +116,10 @@ std::optional<StoreLock::Record> StoreLock::record() const {
     return Record{.storeID = {form.storeID}, .revision = form.revision};
 }
 
-void StoreLock::setRecord(const Record& record) noexcept {
+bool StoreLock::setRecord(const Record& record) noexcept {
     assert(isHeld());
     const FileForm form{.storeID = record.storeID.bytes, .revision = record.revision};
-    // The result only matters for a notice that may never be needed.
-    [[maybe_unused]] const auto written = ::pwrite(m_descriptor, &form, sizeof form, 0);
+    return ::pwrite(m_descriptor, &form, sizeof form, 0) == static_cast<ssize_t>(sizeof form);
 }
 
 } // namespace korvex::store

@@ -39,8 +39,9 @@ public:
     /// What the last commit left; absent in a new or foreign file. The lock must be held.
     std::optional<Record> record() const;
     /// Writes what `record` reads. It is not synced: after a power loss it may be older than the
-    /// store, never newer. A failure only costs the notice, so it is not reported.
-    void setRecord(const Record& record) noexcept;
+    /// store, never newer. Whether it was written: a failure only costs a notice that may never be
+    /// needed.
+    bool setRecord(const Record& record) noexcept;
 
     /// Holds the lock for a scope.
     class Guard {

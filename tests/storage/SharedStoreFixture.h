@@ -11,6 +11,7 @@
 #include "storage/StoreStart.h"
 #include "store/StoreError.h"
 #include "support/CaseOf.h"
+#include "support/FileSizeLimit.h"
 #include "support/FolderNames.h"
 #include "support/OldStore.h"
 #include "support/RecordingLog.h"

@@ -266,14 +266,11 @@ TEST_F(SharedStoreTest, ALegacyStoreWithoutItsNewestChangesIsTakenOverAndThatIsS
 
 TEST_F(SharedStoreTest, ANewFolderThatFailsSaysNothingOfTheLegacyStore) {
     writeMany(legacy());
-    ::rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const ::rlimit lower{.rlim_cur = 8192, .rlim_max = limit.rlim_max};
-    std::signal(SIGXFSZ, SIG_IGN);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &lower), 0);
-    const auto refused = caseOf<store::StoreError>([&] { prepare(); });
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-    EXPECT_EQ(refused, store::StoreErrorCase::inputOutput);
+    {
+        const FileSizeLimit limit(8192);
+        EXPECT_EQ(caseOf<store::StoreError>([&] { prepare(); }),
+                  store::StoreErrorCase::inputOutput);
+    }
     EXPECT_THAT(names(), testing::ElementsAre("Primary.store.lock"));
 }
 

@@ -3,19 +3,16 @@
 #include "store/SoleHold.h"
 #include "store/salvage/StoreSalvage.h"
 #include "support/CaseOf.h"
+#include "support/FileSizeLimit.h"
 #include "support/FolderNames.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <map>
 #include <thread>
 #include <utility>
@@ -58,8 +55,7 @@ protected:
     std::map<std::string, std::string> filesNow() const {
         std::map<std::string, std::string> files;
         for (const auto& each : std::filesystem::directory_iterator(folder())) {
-            std::ifstream stream(each.path(), std::ios::binary);
-            files[each.path().filename()] = {std::istreambuf_iterator<char>(stream), {}};
+            files[each.path().filename()] = bytesOf(each.path());
         }
         return files;
     }
@@ -104,16 +100,10 @@ TEST_F(JournalTest, ACutJournalIsNoticedAndItsRemainsAreKept) {
     std::filesystem::remove(sharedMemory());
     const auto remains = std::filesystem::file_size(journalFile());
     // First on a disk that is too small for them: whoever went on would write over them.
-    ::rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    auto small = before;
-    small.rlim_cur = remains - 1;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    const auto refused = refusal();
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-    std::signal(SIGXFSZ, handler);
-    EXPECT_EQ(refused, store::StoreErrorCase::inputOutput);
+    {
+        const FileSizeLimit limit(remains - 1);
+        EXPECT_EQ(refusal(), store::StoreErrorCase::inputOutput);
+    }
     EXPECT_EQ(std::filesystem::file_size(journalFile()), remains);
     EXPECT_THAT(namesIn(folder()), testing::Not(testing::Contains(testing::HasSubstr("before"))));
     // Then after a kill in the middle of the copy.
@@ -147,15 +137,10 @@ TEST_F(JournalTest, WhatASaveThatFailedHasWrittenGoesAgain) {
     for (int i = 0; i < 100; ++i) {
         addBoard(context, std::string(100'000, 'x'));
     }
-    ::rlimit limit{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &limit), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    auto small = limit;
-    small.rlim_cur = 6 << 20;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    EXPECT_THROW(context.save(), store::StoreError);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FileSizeLimit limit(6 << 20);
+        EXPECT_THROW(context.save(), store::StoreError);
+    }
     EXPECT_LE(std::filesystem::file_size(journalFile()), before);
     context.save();
     EXPECT_EQ(boardCount(), std::size_t{kBoards + 100});

@@ -22,10 +22,6 @@ using store::StoreErrorCase;
 
 class StoreFileTest : public StoreFixture {
 protected:
-    static std::string bytes(const std::filesystem::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
     static void write(const std::filesystem::path& file, const std::string& content) {
         std::ofstream(file, std::ios::binary) << content;
     }
@@ -67,14 +63,14 @@ protected:
 
 TEST_F(StoreFileTest, WhatIsNoStoreIsRefusedAndLeftAsItIs) {
     makeStore();
-    const std::string good = bytes(storeFile());
+    const std::string good = bytesOf(storeFile());
     removeJournal();
     std::string otherProgram;
     {
         const auto file = folder() / "other.db";
         SQLite::Database database(file.string(), SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE);
         database.exec("CREATE TABLE notes(text)");
-        otherProgram = bytes(file);
+        otherProgram = bytesOf(file);
     }
     const struct {
         const char* name;
@@ -95,7 +91,7 @@ TEST_F(StoreFileTest, WhatIsNoStoreIsRefusedAndLeftAsItIs) {
         write(storeFile(), each.content);
         EXPECT_EQ(refusal(), StoreErrorCase::notAStore) << each.name;
         EXPECT_EQ(refusal({.allowsSave = false}), StoreErrorCase::notAStore) << each.name;
-        EXPECT_EQ(bytes(storeFile()), each.content) << each.name;
+        EXPECT_EQ(bytesOf(storeFile()), each.content) << each.name;
         removeJournal();
     }
 }

@@ -12,6 +12,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +26,11 @@ protected:
     std::filesystem::path storeFile() const { return m_folder.path() / "Primary.store"; }
     std::filesystem::path journalFile() const { return m_folder.path() / "Primary.store-wal"; }
     const std::filesystem::path& folder() const { return m_folder.path(); }
+
+    static std::string bytesOf(const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
 
     std::unique_ptr<store::ModelContainer> open(store::ModelConfiguration configuration = {}) {
         if (configuration.file.empty()) {

@@ -4,16 +4,14 @@
 #include "store/StoreFile.h"
 #include "store/salvage/StoreSalvage.h"
 #include "support/CaseOf.h"
+#include "support/FileSizeLimit.h"
 #include "support/FolderNames.h"
 #include "support/OldStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
@@ -81,10 +79,6 @@ protected:
         file.seekp(
             static_cast<std::streamoff>(static_cast<std::size_t>(page - 1) * kPage + offset));
         file << bytes;
-    }
-    static std::string bytesOf(const std::filesystem::path& file) {
-        std::ifstream stream(file, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
     }
     /// As many records as `makeStore` makes, by a program of an older version.
     void makeOldStore() {
@@ -552,15 +546,10 @@ TEST_F(StoreSalvageTest, WhatCannotBeWrittenIsNotTheDamagedStoresFault) {
     }
     zero(pages("Entry", "leaf").at(3));
     const auto bytes = std::filesystem::file_size(storeFile());
-    ::rlimit before{};
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
-    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
-    ::rlimit small = before;
-    small.rlim_cur = 1 << 20;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-    EXPECT_THROW(salvage(), store::StoreError);
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
-    std::signal(SIGXFSZ, handler);
+    {
+        const FileSizeLimit limit(1 << 20);
+        EXPECT_THROW(salvage(), store::StoreError);
+    }
     EXPECT_EQ(std::filesystem::file_size(storeFile()), bytes);
     EXPECT_THAT(namesIn(folder()), testing::Each(testing::Not(testing::HasSubstr("damaged"))));
     EXPECT_GT(salvage().saved, 700U);

@@ -140,16 +140,18 @@ std::vector<std::uint32_t> DamagedPages::roots(const Ticker& ticker) const {
     const auto last = count();
     std::vector<bool> isNamed(std::size_t{last} + 1);
     std::vector<std::uint32_t> tables;
+    std::vector<std::uint32_t> leaves;
     for (std::uint32_t number = 2; number <= last; ++number) {
         ticker.tick();
         const auto page = read(number);
         if (!isOfTree(page)) {
             continue;
         }
-        if (page[0] == kTableInner || page[0] == kTableLeaf) {
-            tables.push_back(number);
+        if (page[0] == kTableLeaf) {
+            leaves.push_back(number);
         }
         if (page[0] == kTableInner) {
+            tables.push_back(number);
             for (const auto child : childrenOf(page)) {
                 if (child <= last) {
                     isNamed[child] = true;
@@ -157,10 +159,9 @@ std::vector<std::uint32_t> DamagedPages::roots(const Ticker& ticker) const {
             }
         }
     }
-    std::erase_if(tables, [&](std::uint32_t number) { return isNamed[number]; });
     // What has pages below it is the likeliest; a single one may have been given up long ago.
-    std::stable_partition(tables.begin(), tables.end(),
-                          [&](std::uint32_t number) { return read(number)[0] == kTableInner; });
+    tables.insert(tables.end(), leaves.begin(), leaves.end());
+    std::erase_if(tables, [&](std::uint32_t number) { return isNamed[number]; });
     return tables;
 }
 

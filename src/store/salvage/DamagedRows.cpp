@@ -1,5 +1,6 @@
 #include "store/salvage/DamagedRows.h"
 
+#include "base/Digest.h"
 #include "store/StoreError.h"
 #include "store/TableSql.h"
 
@@ -32,6 +33,11 @@ RowRead readNext(Statement& rows) {
         }
         return RowRead::damage;
     }
+}
+
+bool hasSoundBytes(const Statement& row) {
+    return row.storageClass(2) == SQLITE_BLOB &&
+           static_cast<std::int64_t>(base::checksum(row.bytes(2))) == row.integer(1);
 }
 
 std::int64_t mostRecords(sqlite3* database) {

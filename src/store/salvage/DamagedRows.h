@@ -15,6 +15,9 @@ enum class RowRead { row, end, damage };
 /// The next row of a damaged store. What fails elsewhere, as in the new one, is not its damage.
 RowRead readNext(Statement& rows);
 
+/// Whether the bytes of a row that was read as "owner, checksum, bytes" are what was saved.
+bool hasSoundBytes(const Statement& row);
+
 /// How many rows of records the trees of a file may have, all together; where they have more, they
 /// share pages. Throws StoreError.
 std::int64_t mostRecords(sqlite3* database);

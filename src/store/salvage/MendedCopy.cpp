@@ -2,7 +2,6 @@
 
 #include "store/Statement.h"
 #include "store/StoreError.h"
-#include "store/salvage/DamagedPages.h"
 #include "store/salvage/DamagedRows.h"
 #include "store/salvage/JournalPages.h"
 
@@ -11,14 +10,10 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cerrno>
 #include <cstdint>
-#include <functional>
-#include <optional>
 #include <set>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -69,8 +64,10 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
             return false;
         }
         if (size > 0) {
-            if (::pwrite(target.get(), piece.data(), static_cast<std::size_t>(size), at) != size) {
-                throwSystemError(ENOSPC);
+            const auto written =
+                ::pwrite(target.get(), piece.data(), static_cast<std::size_t>(size), at);
+            if (written != size) {
+                throwSystemError(written < 0 ? errno : ENOSPC);
             }
             at += size;
         } else if (errno == EIO) {
@@ -98,7 +95,7 @@ std::optional<std::int32_t> versionOf(const base::Bytes& page, const Schema& sch
 
 /// What follows the header is of the tables' making.
 base::Bytes headerOf(base::Bytes page) {
-    page.resize(kHeaderBytes);
+    page.resize(StoreFile::kHeaderBytes);
     return page;
 }
 
@@ -119,9 +116,6 @@ MendedCopy::MendedCopy(const StoreFile& file, const Schema& schema,
         } else if (!opensWithNewFirstPage()) {
             throw StoreError(StoreErrorCase::nothingReadable);
         }
-    } catch (const SQLite::Exception& error) {
-        m_file.removeStaging();
-        throwSqliteError(nullptr, error.getExtendedErrorCode());
     } catch (...) {
         m_database.reset();
         m_file.removeStaging();
@@ -192,7 +186,11 @@ void MendedCopy::copy() {
 
 void MendedCopy::open() {
     m_database.reset();
-    m_database = std::make_unique<SQLite::Database>(m_copy.string(), SQLite::OPEN_READWRITE);
+    try {
+        m_database = std::make_unique<SQLite::Database>(m_copy.string(), SQLite::OPEN_READWRITE);
+    } catch (const SQLite::Exception& error) {
+        throwSqliteError(nullptr, error.getExtendedErrorCode());
+    }
     m_ticker.accompany(handle());
     for (const auto* sql : {"PRAGMA synchronous = OFF", "PRAGMA journal_mode = MEMORY"}) {
         Statement statement(handle(), sql);
@@ -216,7 +214,8 @@ void MendedCopy::rollBack() {
     }
     m_database.reset();
     const auto after = m_pages->read(1);
-    if (std::equal(after.begin() + kHeaderBytes, after.end(), stranger.begin() + kHeaderBytes)) {
+    constexpr auto kHeader = StoreFile::kHeaderBytes;
+    if (std::equal(after.begin() + kHeader, after.end(), stranger.begin() + kHeader)) {
         m_pages->write(1, first); // it was not among what was written
     }
 }
@@ -234,7 +233,7 @@ void MendedCopy::findLooseTrees() {
 
 /// Only its header, which is lost, would say of which version it is.
 bool MendedCopy::hasNewerColumns() const {
-    std::set<std::string, std::less<>> known{"rowid", "version", "checksum"};
+    std::set<std::string> known{"rowid", "version", "checksum"};
     for (const auto& version : m_schema.history) {
         for (const auto& table : olderTables(m_schema, version.number)) {
             for (const auto& field : table.rowFields()) {
@@ -242,15 +241,9 @@ bool MendedCopy::hasNewerColumns() const {
             }
         }
     }
-    Statement columns(handle(), "SELECT name FROM pragma_table_info(?)");
     return std::any_of(m_tables.begin(), m_tables.end(), [&](const OlderTable& table) {
-        columns.reset();
-        columns.bind(0, table.type->name);
-        auto isNewer = false;
-        while (columns.step()) {
-            isNewer = isNewer || !known.contains(columns.text(0));
-        }
-        return isNewer;
+        const auto columns = columnsOf(handle(), table.type->name);
+        return !std::includes(known.begin(), known.end(), columns.begin(), columns.end());
     });
 }
 

@@ -124,7 +124,7 @@ base::Bytes firstPage(const StoreLayout& layout, std::size_t pageSize, std::uint
     const std::unique_ptr<unsigned char, decltype(&sqlite3_free)> file(
         sqlite3_serialize(handle, "main", &size, 0), sqlite3_free);
     if (!file || size < static_cast<sqlite3_int64>(pageSize) ||
-        file.get()[kHeaderBytes] != kTableLeaf) {
+        file.get()[StoreFile::kHeaderBytes] != kTableLeaf) {
         throw StoreError(StoreErrorCase::notAStore);
     }
     base::Bytes page(file.get(), file.get() + pageSize);

@@ -36,8 +36,6 @@ std::vector<StoreLayout> storeLayouts(const Schema& schema);
 base::Bytes firstPage(const StoreLayout& layout, std::size_t pageSize, std::uint32_t pages,
                       std::uint32_t root);
 
-/// How long the header of the first page is.
-inline constexpr std::size_t kHeaderBytes = 100;
 /// Puts the count of pages into a header, so that SQLite believes it.
 void setPageCount(base::Bytes& header, std::uint32_t pages);
 /// How many the header says that the file has; 0 where the last change does not confirm it.

@@ -1,6 +1,5 @@
 #include "store/salvage/TableRoots.h"
 
-#include "base/Digest.h"
 #include "store/TableSql.h"
 #include "store/salvage/DamagedRows.h"
 
@@ -61,11 +60,7 @@ TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
                     best({.table = name,
                           .select = "SELECT 0, checksum, bytes FROM " +
                                     tableSql::externalTable(type, field),
-                          .isSound = [](const auto& row) {
-                              return row.storageClass(2) == SQLITE_BLOB &&
-                                     static_cast<std::int64_t>(base::checksum(row.bytes(2))) ==
-                                         row.integer(1);
-                          }});
+                          .isSound = hasSoundBytes});
                 const auto place = layout.roots.find(name);
                 if (isCertain && place != layout.roots.end() && place->second < m_none) {
                     // Where its records stand as in a new store, so does this: another tree is a

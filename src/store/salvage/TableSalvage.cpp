@@ -337,19 +337,16 @@ void TableSalvage::copyExternal(const Field& field) {
         known.lacksBytes = read == RowRead::damage;
         select.reset();
     }
-    Statement add(m_target,
-                  "INSERT OR IGNORE INTO " + table + "(owner, checksum, bytes) VALUES(?, ?, ?)");
     if (m_looseTrees.areExternalsKnown &&
         readAll(m_source, "SELECT owner FROM " + table, [](const Statement&) {})) {
         return;
     }
+    Statement add(m_target,
+                  "INSERT OR IGNORE INTO " + table + "(owner, checksum, bytes) VALUES(?, ?, ?)");
     readLoose(std::string(m_type.name) + "." + std::string(field.name),
               "SELECT owner, checksum, bytes FROM " + table + " ORDER BY owner",
               [&](std::uint32_t, const Statement& row) {
-                  const auto isSound =
-                      row.storageClass(2) == SQLITE_BLOB &&
-                      static_cast<std::int64_t>(base::checksum(row.bytes(2))) == row.integer(1);
-                  if (isSound && isSaved(row.integer(0))) {
+                  if (hasSoundBytes(row) && isSaved(row.integer(0))) {
                       for (int column = 0; column < 3; ++column) {
                           add.bindColumn(column, row, column);
                       }

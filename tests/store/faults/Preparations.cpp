@@ -128,14 +128,15 @@ void cutJournal(const fs::path& file, Steps&) {
     fs::remove(file.native() + "-shm");
 }
 
-/// An older version has saved three times since.
+/// An older version has saved three times since, the last time more than before: its one change goes
+/// with the cut, so that whatever counts one too few finds none missing.
 void prepareCutV13(const fs::path& file, Steps& steps) {
     prepareV13(file, steps);
     {
         SQLite::Database old(file, SQLite::OPEN_READWRITE);
         sqlite3_db_config(old.getHandle(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        for (int save = 0; save < 3; ++save) {
-            old.exec("INSERT INTO ChangeLog(changes) VALUES(NULL)");
+        for (const std::string changes : {"NULL", "NULL", "zeroblob(9000)"}) {
+            old.exec("INSERT INTO ChangeLog(changes) VALUES(" + changes + ")");
         }
         store::StoreLock lock(store::StoreFile(file).lockFile(), std::chrono::seconds(1));
         const store::StoreLock::Guard guard(&lock);

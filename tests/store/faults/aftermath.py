@@ -43,24 +43,6 @@ def journal_of(folder):
     return journal.read_bytes() if journal.exists() else b""
 
 
-def problems_after_cut(operation, folder, remains):
-    """Of a store whose journal was cut to `remains`: they are kept, or stay where they are until
-    the next start keeps them."""
-    def are_kept():
-        kept = [path.read_bytes() for path in (folder / DATA).glob(STORE + ".journal-before-*")
-                if not path.name.startswith(".")]
-        return kept[:1] == [remains]
-    if not are_kept() and journal_of(folder) != remains:
-        yield "what is left of the journal is neither kept nor where it was"
-    found = drive(folder, "verify")
-    if not are_kept():
-        yield "what is left of the journal is not kept by the next start"
-    # Once something is saved it cannot be counted any more.
-    is_told = operation != "upgrade-after-cut" or any(MISSING.match(line) for line in found)
-    if "writable" not in found or not is_told:
-        yield f"the next start says {found}"
-
-
 class Aftermath:
     """Of one operation."""
 
@@ -126,6 +108,30 @@ class Aftermath:
             yield f"not writable: {found}"
         yield from self.next_steps(folder, state)
         yield from self.left_behind(folder, OF_LEGACY if allowed is None else frozenset())
+
+    def problems_after_cut(self, folder, acknowledged, remains):
+        """Of a store whose journal was cut to `remains`: they are kept, or stay where they are
+        until the next start keeps them."""
+        def are_kept():
+            kept = [path.read_bytes()
+                    for path in (folder / DATA).glob(STORE + ".journal-before-*")
+                    if not path.name.startswith(".")]
+            return kept[:1] == [remains]
+        if not are_kept() and journal_of(folder) != remains:
+            yield "what is left of the journal is neither kept nor where it was"
+        found = drive(folder, self.verify)
+        state = state_of(found)
+        if not are_kept():
+            yield "what is left of the journal is not kept by the next start"
+        if state not in ({self.after} if acknowledged else self.allowed):
+            yield f"acknowledged: {acknowledged}, but {found}"
+        told = [line for line in found if MISSING.match(line)]
+        if any(line.startswith(BROKEN) for line in found if line not in told):
+            yield str(found)
+        # Once something is saved it cannot be counted any more.
+        is_saved = self.operation == "add-after-cut" and state == self.after
+        if "writable" not in found or not (told or is_saved):
+            yield f"the next start says {found}"
 
     def next_steps(self, folder, state):
         if self.operation == "export":

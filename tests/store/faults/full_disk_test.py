@@ -14,7 +14,7 @@ import shutil
 import subprocess
 import sys
 
-from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of, problems_after_cut
+from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of
 from fault_driver import AFTER_CUT, DATA, SKIPPED, STORE, drive, perform, run, state_of, strace, succeeds, traced
 
 OPERATIONS = ("import", "import-in-window", "import-large", "undo-import", "undo-in-window", "export",
@@ -106,8 +106,8 @@ class SmallDisk:
                 return
             if self.operation in AFTER_CUT:
                 (folder / "ballast").unlink()
-                yield from problems_after_cut(self.operation, folder,
-                                              journal_of(self.aftermath.start))
+                yield from self.aftermath.problems_after_cut(folder, "acknowledged" in said,
+                                                             journal_of(self.aftermath.start))
                 return
             # Who opens the store gives back what a killed save has written of its journal.
             is_undone = state_of(drive(folder, "verify")) == self.aftermath.before

@@ -15,7 +15,7 @@ import re
 import shutil
 import sys
 
-from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of, problems_after_cut
+from aftermath import UNDO_SNAPSHOT, Aftermath, journal_of
 from fault_driver import (AFTER_CUT, BROKEN, REPAIRS, ROOT, STORE, injected, perform, run, strace,
                           traced)
 
@@ -128,7 +128,7 @@ class Faults:
             if any(line.startswith(BROKEN) for line in said):
                 yield str(said)
             if self.operation in AFTER_CUT:
-                yield from problems_after_cut(self.operation, folder, self.remains)
+                yield from self.aftermath.problems_after_cut(folder, acknowledged, self.remains)
             else:
                 yield from self.aftermath.problems(folder, acknowledged,
                                                    self.may_leave(fault, acknowledged))
