@@ -187,9 +187,8 @@ void StoreConnection::openDatabase() {
         const auto found = newestOf(handle());
         const auto missing = noticeMissingChanges(found);
         const auto record = [&](std::int64_t upgrades) {
-            return !missing ||
-                   m_lock->setRecord(
-                       {.storeID = found.storeID, .revision = missing->recorded + upgrades});
+            return !missing || m_lock->setRecord({.storeID = found.storeID,
+                                                  .revision = missing->recorded + upgrades});
         };
         const auto former = inode(m_file.path());
         m_database.reset();

@@ -56,11 +56,10 @@ TableRoots::TableRoots(sqlite3* database, const StoreLayout& layout,
         for (const auto& field : type.fields) {
             if (field.kind == FieldKind::externalBytes && table.has(field.name)) {
                 const auto name = std::string(type.name) + "." + std::string(field.name);
-                const auto found =
-                    best({.table = name,
-                          .select = "SELECT 0, checksum, bytes FROM " +
-                                    tableSql::externalTable(type, field),
-                          .isSound = hasSoundBytes});
+                const auto found = best({.table = name,
+                                         .select = "SELECT 0, checksum, bytes FROM " +
+                                                   tableSql::externalTable(type, field),
+                                         .isSound = hasSoundBytes});
                 const auto place = layout.roots.find(name);
                 if (isCertain && place != layout.roots.end() && place->second < m_none) {
                     // Where its records stand as in a new store, so does this: another tree is a

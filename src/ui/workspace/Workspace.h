@@ -8,9 +8,11 @@
 #include "base/TextFolding.h"
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "schedule/ReminderCenter.h"
 #include "schedule/ScheduleClock.h"
 #include "schedule/UpcomingTodos.h"
 #include "services/BoardService.h"
+#include "services/Collaborators.h"
 #include "services/EntryService.h"
 #include "services/FoldedTexts.h"
 #include "services/SearchService.h"
@@ -32,6 +34,8 @@ struct Workspace {
     store::ModelContext& context;
     services::BoardService& boards;
     services::EntryService& entries;
+    schedule::ReminderCenter& reminders;
+    services::WidgetReloading& widgets;
     /// The changes that this window can take back.
     services::UndoManager& undo;
     /// It ticks when labels can change.

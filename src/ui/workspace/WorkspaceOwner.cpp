@@ -22,6 +22,8 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                        ? std::move(surroundings.context)
                        : std::make_unique<store::ModelContext>(surroundings.container)),
       m_context(*m_ownContext),
+      m_reminders(surroundings.reminders ? *surroundings.reminders : m_noReminders),
+      m_widgets(surroundings.widgets ? *surroundings.widgets : m_noWidgets),
       m_undo(surroundings.clock),
       m_entries(m_context, m_reminders, m_widgets, surroundings.log, &m_undo),
       m_boards(m_context, m_reminders, m_widgets, surroundings.log),
@@ -53,6 +55,8 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
       m_workspace{.context = m_context,
                   .boards = m_boards,
                   .entries = m_entries,
+                  .reminders = m_reminders,
+                  .widgets = m_widgets,
                   .undo = m_undo,
                   .scheduleClock = m_scheduleClock,
                   .clock = surroundings.clock,

@@ -3,6 +3,7 @@
 #include "base/Calendar.h"
 #include "base/Log.h"
 #include "base/Signal.h"
+#include "schedule/ReminderCenter.h"
 #include "services/Collaborators.h"
 #include "store/ModelContainer.h"
 #include "ui/workspace/Workspace.h"
@@ -31,6 +32,9 @@ public:
         base::RunLoop& runLoop;
         storage::BackgroundThreads& threads;
         base::LogSink& log;
+        /// Who shows reminders, and who shows todos outside the windows; null for nobody.
+        schedule::ReminderCenter* reminders = nullptr;
+        services::WidgetReloading* widgets = nullptr;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
         /// Of dates and times; empty for the user's.
         std::string locale = {};
@@ -57,8 +61,10 @@ public:
 private:
     std::unique_ptr<store::ModelContext> m_ownContext;
     store::ModelContext& m_context;
-    services::NoReminders m_reminders;
-    services::NoWidgets m_widgets;
+    schedule::NoReminderCenter m_noReminders;
+    services::NoWidgets m_noWidgets;
+    schedule::ReminderCenter& m_reminders;
+    services::WidgetReloading& m_widgets;
     services::UndoManager m_undo;
     services::EntryService m_entries;
     services::BoardService m_boards;

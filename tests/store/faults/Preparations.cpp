@@ -128,8 +128,8 @@ void cutJournal(const fs::path& file, Steps&) {
     fs::remove(file.native() + "-shm");
 }
 
-/// An older version has saved three times since, the last time more than before: its one change goes
-/// with the cut, so that whatever counts one too few finds none missing.
+/// An older version has saved three times since, the last time more than before: its one change
+/// goes with the cut, so that whatever counts one too few finds none missing.
 void prepareCutV13(const fs::path& file, Steps& steps) {
     prepareV13(file, steps);
     {
