@@ -1,7 +1,6 @@
 #include "services/OpenTodos.h"
 
-#include "model/Board.h"
-#include "model/Entry.h"
+#include "services/EntryOrder.h"
 
 #include <algorithm>
 
@@ -16,6 +15,13 @@ std::size_t openTodoCount(store::ModelContext& context, const model::Board& boar
                           [](const Entry* entry) { return entry->isOpenTodo(); }));
     }
     return context.count<Entry>(Entry::onBoard(board.id()) && Entry::openTodos());
+}
+
+std::vector<model::Entry*> openTodos(store::ModelContext& context, const model::Board& board) {
+    using model::Entry;
+    const auto found =
+        context.fetch<Entry>({.condition = Entry::onBoard(board.id()) && Entry::openTodos()});
+    return activeEntries(found, board.id());
 }
 
 } // namespace korvex::services

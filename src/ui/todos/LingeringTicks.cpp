@@ -3,7 +3,6 @@
 #include "ui/kit/lists/RowListView.h"
 #include "ui/kit/theme/Design.h"
 #include "ui/todos/LeavingRows.h"
-#include "ui/todos/TodoActions.h"
 
 #include <QStyle>
 

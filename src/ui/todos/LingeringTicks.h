@@ -15,7 +15,18 @@ namespace korvex::ui {
 
 class LeavingRows;
 class RowListView;
-class TodoActions;
+
+/// Who carries out what a tick asks for. False where that was refused, which the user was told.
+class TodoTicking {
+public:
+    virtual ~TodoTicking() = default;
+    /// Completes an open todo and restores a completed one.
+    virtual bool toggle(model::Entry& entry) = 0;
+    /// Completes the todo as of this moment, or of now where none is given.
+    virtual bool complete(model::Entry& entry, std::optional<base::Instant> completedAt) = 0;
+    /// Opens the todo again at this place on its board, or at the end where none is given.
+    virtual bool restore(model::Entry& entry, std::optional<std::int64_t> position) = 0;
+};
 
 /// The todos of a list whose ticks were changed just now. A change is stored at once; its row stays
 /// for half a second after the latest one, and as long as the pointer is on a further circle: while
@@ -44,7 +55,7 @@ public:
         List& list;
         RowListView& view;
         LeavingRows& leaving;
-        TodoActions& actions;
+        TodoTicking& actions;
         base::RunLoop& runLoop;
     };
     explicit LingeringTicks(const Parts& parts) : m_parts(parts) {}

@@ -21,7 +21,7 @@ TodoActions::TodoActions(Page& page, const TodoServices& services, services::Und
       })) {}
 
 bool TodoActions::toggle(model::Entry& entry) {
-    return entry.isCompleted() ? restore(entry) : complete(entry);
+    return entry.isCompleted() ? restore(entry, std::nullopt) : complete(entry, std::nullopt);
 }
 
 bool TodoActions::complete(model::Entry& entry, std::optional<base::Instant> completedAt) {

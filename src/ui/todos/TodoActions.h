@@ -4,6 +4,7 @@
 #include "base/Signal.h"
 #include "model/Entry.h"
 #include "ui/kit/overlays/ErrorBanner.h"
+#include "ui/todos/LingeringTicks.h"
 #include "ui/todos/TodoServices.h"
 
 #include <QCoreApplication>
@@ -20,21 +21,16 @@ class Theme;
 
 /// What the user does with an entry at its row, the same on every page: carries it out, and tells
 /// on the page why it was refused. Main thread.
-class TodoActions {
+class TodoActions final : public TodoTicking {
     Q_DECLARE_TR_FUNCTIONS(korvex::ui::TodoActions)
 
 public:
     TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
                 const Theme& theme);
 
-    /// Completes an open todo and restores a completed one. False when that was refused.
-    bool toggle(model::Entry& entry);
-    /// Completes the todo as of this moment, or of now where none is given. False when that was
-    /// refused.
-    bool complete(model::Entry& entry, std::optional<base::Instant> completedAt = std::nullopt);
-    /// Opens the todo again at this place on its board, or at the end where none is given. False
-    /// when that was refused.
-    bool restore(model::Entry& entry, std::optional<std::int64_t> position = std::nullopt);
+    bool toggle(model::Entry& entry) override;
+    bool complete(model::Entry& entry, std::optional<base::Instant> completedAt) override;
+    bool restore(model::Entry& entry, std::optional<std::int64_t> position) override;
 
     struct Removal {
         /// What the row showed of the entry.

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "app/WidgetFile.h"
+#include "base/RunLoop.h"
+#include "base/Signal.h"
+#include "base/TextFolding.h"
+#include "base/Uuid.h"
+#include "ui/kit/theme/Theme.h"
+#include "ui/widget/WidgetDesktop.h"
+#include "ui/widget/WidgetStore.h"
+#include "ui/workspace/DateTexts.h"
+
+#include <QPointer>
+#include <QWidget>
+
+#include <memory>
+#include <optional>
+
+class QMenu;
+
+namespace korvex::ui {
+
+class PageHint;
+class WidgetHeader;
+class WidgetPage;
+
+/// What widgets work with; all of it outlives them.
+struct WidgetSurroundings {
+    WidgetStore& store;
+    const Theme& theme;
+    DateTexts& dates;
+    const base::TextFolding& folding;
+    base::RunLoop& runLoop;
+    WidgetDesktop& desktop;
+};
+
+/// A small window on the desktop with one board's open todos. It stays when the store goes, and
+/// says so. Main thread.
+class WidgetWindow final : public QWidget {
+    Q_OBJECT
+
+public:
+    WidgetWindow(const app::RememberedWidget& remembered, const WidgetSurroundings& surroundings);
+    ~WidgetWindow() override;
+
+    /// Where it stood, or else at this place, as far as the screens have it.
+    void showAt(const QRect& otherwise);
+    /// What is to be remembered of it.
+    const app::RememberedWidget& remembered() const { return m_remembered; }
+    /// The size of one that nobody has resized.
+    static QSize firstSize(const Theme& theme);
+    /// To be called when the screens are others: what would be out of reach comes back into sight,
+    /// and goes where it was once that is there again.
+    void followScreens();
+
+Q_SIGNALS:
+    /// Something is to be remembered.
+    void placed();
+    void addRequested();
+    void removeRequested();
+    /// It was closed, and is to be shown again by the next start.
+    void closed();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void followStore();
+    void makePage();
+    void dropPage();
+    void showBoard();
+    void openBoard();
+    void openEntry(const base::Uuid& entry);
+    void chooseBoard();
+    void setBoard(const base::Uuid& board);
+    QMenu* makeMenu();
+    void addPlacing(QMenu& menu);
+    void popUp(const QPoint& globalPosition);
+    void setBelow(bool isBelow);
+    void startMoving(const QPoint& globalPosition);
+    Qt::Edges edgesAt(const QPoint& position) const;
+    void rememberPlace();
+    void applyTheme();
+
+    app::RememberedWidget m_remembered;
+    WidgetSurroundings m_surroundings;
+    WidgetHeader* m_header;
+    PageHint* m_hint;
+    /// Null while the store is not open.
+    WidgetPage* m_page = nullptr;
+    /// From the window's corner to the pointer that moves it, where the desktop does not.
+    std::optional<QPoint> m_moving;
+    /// Where it was put by the program, not by the user.
+    QRect m_fitted;
+    bool m_wasShown = false;
+    base::Subscription m_storeChanges;
+    base::Subscription m_storeEnds;
+    std::unique_ptr<base::RunLoop::Timer> m_saving;
+};
+
+} // namespace korvex::ui
