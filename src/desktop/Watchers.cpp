@@ -19,19 +19,6 @@ namespace {
 using platform::bus::NameClaim;
 using platform::bus::SystemAppearanceWatcher;
 
-ui::Theme::SystemAppearance toAppearance(SystemAppearanceWatcher::ColorScheme scheme) {
-    using ColorScheme = SystemAppearanceWatcher::ColorScheme;
-    switch (scheme) {
-    case ColorScheme::dark:
-        return ui::Theme::SystemAppearance::dark;
-    case ColorScheme::light:
-        return ui::Theme::SystemAppearance::light;
-    case ColorScheme::noPreference:
-        break;
-    }
-    return ui::Theme::SystemAppearance::unknown;
-}
-
 /// What the bus knows the desktop app by. Only the app of the user's own store has it.
 struct OnTheBus {
     explicit OnTheBus(platform::bus::Bus& bus) : application(bus), name(bus, app::kDesktopName) {}
@@ -111,16 +98,8 @@ void Watchers::connectSources() {
         workspace.scheduleClock.scheduleRefresh();
     }));
     m_subscriptions.push_back(
-        m_sources->appearance.changed().connect([&theme = m_listeners.theme](const auto& said) {
-            using Watcher = SystemAppearanceWatcher;
-            theme.setSystem({.appearance = toAppearance(said.scheme),
-                             .contrast = said.contrast == Watcher::Contrast::high
-                                             ? ui::Theme::SystemContrast::high
-                                             : ui::Theme::SystemContrast::usual,
-                             .motion = said.motion == Watcher::Motion::reduced
-                                           ? ui::Theme::SystemMotion::still
-                                           : ui::Theme::SystemMotion::usual});
-        }));
+        m_sources->appearance.changed().connect(
+            [&theme = m_listeners.theme](const auto& said) { theme.setSystem(said); }));
     m_subscriptions.push_back(m_listeners.container.didSave().connect(
         [this, file = m_listeners.container.configuration().file](const store::ChangeSet&) {
             m_sources->broadcaster.storeChanged(file);

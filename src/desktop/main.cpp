@@ -7,13 +7,13 @@
 #include "desktop/Arguments.h"
 #include "desktop/Launches.h"
 #include "desktop/StandIns.h"
-#include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
 #include "platform/bus/Bus.h"
 #include "platform/javascriptcore/ScriptModule.h"
 #include "platform/qt/QtRunLoop.h"
 #include "platform/system/SingleInstance.h"
+#include "platform/system/StartupTrace.h"
 #include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "storage/BackgroundThreads.h"
@@ -47,7 +47,7 @@ constexpr std::chrono::seconds kLongestEnd{2};
 
 /// Until the user ends it; the exit status.
 int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& threads) {
-    const desktop::StartupTrace trace;
+    const platform::system::StartupTrace trace;
     desktop::Arguments arguments(argc, argv);
     const auto directory = app::dataDirectory(arguments.dataDirectory());
     const auto file = app::storeFile(directory);

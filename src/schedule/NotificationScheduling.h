@@ -67,4 +67,15 @@ public:
     virtual void applyReconcile(const std::function<void()>& changes) { changes(); }
 };
 
+/// Stands in where nobody shows notifications of this store.
+class NoNotifications final : public NotificationScheduling {
+public:
+    void registerCategory() override {}
+    AuthorizationStatus authorization() override { return AuthorizationStatus::unavailable; }
+    std::vector<ReminderRequest> pending() override { return {}; }
+    void add(const ReminderRequest&) override {}
+    void cancel(std::span<const std::string>) override {}
+    void requestAuthorization() override {}
+};
+
 } // namespace korvex::schedule

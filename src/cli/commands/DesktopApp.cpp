@@ -11,15 +11,18 @@ namespace korvex::cli {
 
 namespace {
 
-constexpr const char* kProgram = "korvex-desktop";
+/// A program with windows, and what people call it.
+struct Program {
+    const char* file;
+    std::string name;
+    const char* verb;
+};
 
-} // namespace
-
-std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
+std::string become(const Program& program, const std::vector<std::string>& arguments) {
     if (!base::environmentVariable("DISPLAY") && !base::environmentVariable("WAYLAND_DISPLAY")) {
-        return "There is no display for the desktop app here.";
+        return "There is no display for the " + program.name + " here.";
     }
-    std::string name = kProgram;
+    std::string name = program.file;
     auto copies = arguments;
     std::vector<char*> vector{name.data()};
     for (auto& argument : copies) {
@@ -30,14 +33,25 @@ std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
     std::error_code failed;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", failed);
     if (!failed) {
-        ::execv((self.parent_path() / kProgram).c_str(), vector.data());
+        ::execv((self.parent_path() / program.file).c_str(), vector.data());
     }
-    ::execvp(kProgram, vector.data());
-    if (errno == ENOENT) {
-        return "The desktop app (korvex-desktop) is not installed.";
+    ::execvp(program.file, vector.data());
+    const auto error = errno;
+    const auto subject = "The " + program.name + " (" + program.file + ") ";
+    if (error == ENOENT) {
+        return subject + program.verb + " not installed.";
     }
-    return "The desktop app (korvex-desktop) could not be started: " +
-           std::string(std::strerror(errno)) + ".";
+    return subject + "could not be started: " + std::strerror(error) + ".";
+}
+
+} // namespace
+
+std::string becomeDesktopApp(const std::vector<std::string>& arguments) {
+    return become({.file = "korvex-desktop", .name = "desktop app", .verb = "is"}, arguments);
+}
+
+std::string becomeWidgets(const std::vector<std::string>& arguments) {
+    return become({.file = "korvex-widget", .name = "widgets", .verb = "are"}, arguments);
 }
 
 } // namespace korvex::cli

@@ -3,6 +3,7 @@
 #include "cli/commands/CommandDefinition.h"
 #include "cli/commands/DesktopApp.h"
 #include "cli/commands/Options.h"
+#include "cli/session/Lookup.h"
 #include "cli/session/Session.h"
 
 #include "app/Links.h"
@@ -41,6 +42,25 @@ ExitStatus open(Session& session, const OpenOptions& options) {
     throw refusal(becomeDesktopApp(arguments));
 }
 
+struct WidgetOptions {
+    std::optional<std::string> board;
+};
+
+ExitStatus widget(Session& session, const WidgetOptions& options) {
+    std::vector<std::string> arguments;
+    if (options.board) {
+        session.existing(); // a widget makes no store either
+        const auto& board = findBoard(session, *options.board);
+        arguments = {"--board", board.id().text()};
+    }
+    const auto folder = session.storeFile().parent_path();
+    if (!app::isUsersOwn(folder)) {
+        arguments.insert(arguments.begin(), {"--data-dir", folder.string()});
+    }
+    session.leaveStore();
+    throw refusal(becomeWidgets(arguments));
+}
+
 } // namespace
 
 void addDesktopCommands(CLI::App& program, Action& chosen) {
@@ -50,6 +70,13 @@ void addDesktopCommands(CLI::App& program, Action& chosen) {
             "korvex://board/inbox, korvex://board/ID or korvex://entry/ID")
         ->required();
     opened.parser.footer("The app starts where it does not run. korvex URL does the same.");
+
+    const auto shown =
+        addCommand(program, "widget", "Shows a board's open todos on the desktop", chosen, widget);
+    addText(shown.parser, "--board", "BOARD", shown.options->board,
+            "The board, by its name or identifier; its widget is shown again where there is one");
+    shown.parser.footer("Without a board: the widgets that were there last; where they are to be "
+                        "seen, one more for the Inbox.");
 }
 
 } // namespace korvex::cli

@@ -16,6 +16,9 @@ constexpr const char* kReducedMotion = "reduced-motion";
 /// Desktops whose portal does not know the key for less motion have it here, the other way round.
 constexpr const char* kInterfaceSettings = "org.gnome.desktop.interface";
 constexpr const char* kAnimations = "enable-animations";
+/// What the user prefers, as the portal numbers it; any other number is no preference.
+constexpr std::uint32_t kDark = 1;
+constexpr std::uint32_t kLight = 2;
 
 std::uint32_t numberOf(const Value& value) {
     const auto* const number = value.as<std::uint32_t>();
@@ -70,19 +73,21 @@ void SystemAppearanceWatcher::take(const std::string& group, const std::string& 
                                    const Value& value) {
     if (group == kAppearance && key == kColorScheme) {
         const auto scheme = numberOf(value);
-        m_appearance.scheme = scheme == 1   ? ColorScheme::dark
-                              : scheme == 2 ? ColorScheme::light
-                                            : ColorScheme::noPreference;
+        m_appearance.appearance = scheme == kDark    ? app::SystemAppearance::Scheme::dark
+                                  : scheme == kLight ? app::SystemAppearance::Scheme::light
+                                                     : app::SystemAppearance::Scheme::unknown;
     } else if (group == kAppearance && key == kContrast) {
-        m_appearance.contrast = numberOf(value) == 1 ? Contrast::high : Contrast::usual;
+        m_appearance.contrast = numberOf(value) == 1 ? app::SystemAppearance::Contrast::high
+                                                    : app::SystemAppearance::Contrast::usual;
     } else if (group == kAppearance && key == kReducedMotion) {
         m_prefersLessMotion = numberOf(value) == 1;
     } else if (group == kInterfaceSettings && key == kAnimations) {
         const auto* const animates = value.as<bool>();
         m_isWithoutAnimations = animates && !*animates;
     }
-    m_appearance.motion =
-        m_prefersLessMotion || m_isWithoutAnimations ? Motion::reduced : Motion::usual;
+    m_appearance.motion = m_prefersLessMotion || m_isWithoutAnimations
+                              ? app::SystemAppearance::Motion::still
+                              : app::SystemAppearance::Motion::usual;
 }
 
 void SystemAppearanceWatcher::tell() {

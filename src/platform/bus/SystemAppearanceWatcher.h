@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/SystemAppearance.h"
 #include "platform/bus/Bus.h"
 
 #include <string>
@@ -12,21 +13,9 @@ namespace korvex::platform::bus {
 /// at first; without a portal never anything. Main thread; the bus must outlive it.
 class SystemAppearanceWatcher final {
 public:
-    /// What the user prefers, as the portal numbers it.
-    enum class ColorScheme { noPreference = 0, dark = 1, light = 2 };
-
-    enum class Contrast { usual, high };
-    enum class Motion { usual, reduced };
-    struct Appearance {
-        ColorScheme scheme = ColorScheme::noPreference;
-        Contrast contrast = Contrast::usual;
-        Motion motion = Motion::usual;
-        bool operator==(const Appearance&) const = default;
-    };
-
     explicit SystemAppearanceWatcher(Bus& bus);
 
-    base::Signal<Appearance>& changed() { return m_changed; }
+    base::Signal<app::SystemAppearance>& changed() { return m_changed; }
 
 private:
     void askAll();
@@ -35,9 +24,9 @@ private:
     void tell();
 
     Bus& m_bus;
-    base::Signal<Appearance> m_changed;
-    Appearance m_appearance;
-    Appearance m_told;
+    base::Signal<app::SystemAppearance> m_changed;
+    app::SystemAppearance m_appearance;
+    app::SystemAppearance m_told;
     /// The windows are drawn anew for all the answers at once.
     int m_awaited = 0;
     bool m_prefersLessMotion = false;

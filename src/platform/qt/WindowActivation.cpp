@@ -1,6 +1,7 @@
 #include "platform/qt/WindowActivation.h"
 
-#include <QGuiApplication>
+#include "platform/qt/X11.h"
+
 #include <QWindow>
 
 #include <xcb/xcb.h>
@@ -8,9 +9,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <optional>
 #include <string_view>
 
@@ -19,11 +18,6 @@ namespace korvex::platform::qt {
 namespace {
 
 constexpr const char* kWaylandToken = "XDG_ACTIVATION_TOKEN";
-
-xcb_connection_t* x11() {
-    const auto* const native = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return native ? native->connection() : nullptr;
-}
 
 /// An X11 startup identifier ends with the moment of the user's press.
 std::optional<std::uint32_t> timeOf(std::string_view token) {
@@ -38,18 +32,6 @@ std::optional<std::uint32_t> timeOf(std::string_view token) {
     return error == std::errc() && end == digits.data() + digits.size() && time != 0
                ? std::optional<std::uint32_t>(time)
                : std::nullopt;
-}
-
-struct Free {
-    void operator()(void* memory) const { std::free(memory); }
-};
-
-xcb_atom_t atom(xcb_connection_t* connection, std::string_view name) {
-    const auto asked =
-        xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
-    const std::unique_ptr<xcb_intern_atom_reply_t, Free> reply(
-        xcb_intern_atom_reply(connection, asked, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 void send(xcb_connection_t* connection, const xcb_client_message_event_t& event,

@@ -69,7 +69,7 @@ void EntryActions::restore(model::Entry& entry) {
     if (m_ticks.contains(entry)) {
         m_ticks.toggle(entry);
     } else {
-        m_todos.restore(entry);
+        m_todos.restore(entry, std::nullopt);
     }
 }
 

@@ -69,6 +69,9 @@ WidgetWindow& WidgetSet::make(const app::RememberedWidget& remembered) {
         *m_windows.emplace_back(std::make_unique<WidgetWindow>(remembered, m_surroundings));
     connect(&window, &WidgetWindow::placed, this, &WidgetSet::save);
     connect(&window, &WidgetWindow::addRequested, this, [this] { add(std::nullopt); });
+    if (m_windows.size() == 1) {
+        connect(&window, &WidgetWindow::firstPainted, this, &WidgetSet::firstPainted);
+    }
     // Not within the menu that asks for it.
     connect(
         &window, &WidgetWindow::removeRequested, this, [this, &window] { remove(window); },

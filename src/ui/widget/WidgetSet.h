@@ -32,6 +32,8 @@ public:
     std::vector<WidgetWindow*> windows() const;
 
 Q_SIGNALS:
+    /// The first of them is to be seen.
+    void firstPainted();
     /// None is shown any more.
     void emptied();
 

@@ -353,6 +353,9 @@ void WidgetWindow::paintEvent(QPaintEvent*) {
         painter.setPen(QPen(colors.border, kLine));
         painter.drawRect(rect().adjusted(0, 0, -1, -1));
     }
+    if (!std::exchange(m_isPainted, true)) {
+        QMetaObject::invokeMethod(this, &WidgetWindow::firstPainted, Qt::QueuedConnection);
+    }
 }
 
 void WidgetWindow::applyTheme() {

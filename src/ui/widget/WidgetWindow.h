@@ -54,6 +54,8 @@ public:
     void followScreens();
 
 Q_SIGNALS:
+    /// Once: the window system has the first picture.
+    void firstPainted();
     /// Something is to be remembered.
     void placed();
     void addRequested();
@@ -102,6 +104,7 @@ private:
     /// Where it was put by the program, not by the user.
     QRect m_fitted;
     bool m_wasShown = false;
+    bool m_isPainted = false;
     base::Subscription m_storeChanges;
     base::Subscription m_storeEnds;
     std::unique_ptr<base::RunLoop::Timer> m_saving;

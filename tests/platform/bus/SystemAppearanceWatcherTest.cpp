@@ -7,10 +7,10 @@
 namespace korvex::platform::bus {
 namespace {
 
-using Appearance = SystemAppearanceWatcher::Appearance;
-using Scheme = SystemAppearanceWatcher::ColorScheme;
-using Contrast = SystemAppearanceWatcher::Contrast;
-using Motion = SystemAppearanceWatcher::Motion;
+using Appearance = app::SystemAppearance;
+using Scheme = app::SystemAppearance::Scheme;
+using Contrast = app::SystemAppearance::Contrast;
+using Motion = app::SystemAppearance::Motion;
 
 constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kInterface = "org.freedesktop.portal.Settings";
@@ -77,18 +77,18 @@ TEST_F(SystemAppearanceWatcherTest, TellsAllAnswersAtOnceAndThenEachDifference) 
              Case{"color-scheme", two, {Scheme::light, Contrast::usual, Motion::usual}},
              Case{"color-scheme", one, {Scheme::dark, Contrast::usual, Motion::usual}},
              Case{"contrast", one, {Scheme::dark, Contrast::high, Motion::usual}},
-             Case{"reduced-motion", one, {Scheme::dark, Contrast::high, Motion::reduced}},
+             Case{"reduced-motion", one, {Scheme::dark, Contrast::high, Motion::still}},
              Case{"enable-animations",
                   Value(false),
-                  {Scheme::dark, Contrast::high, Motion::reduced}},
-             Case{"reduced-motion", zero, {Scheme::dark, Contrast::high, Motion::reduced}},
+                  {Scheme::dark, Contrast::high, Motion::still}},
+             Case{"reduced-motion", zero, {Scheme::dark, Contrast::high, Motion::still}},
              Case{"enable-animations", Value(true), {Scheme::dark, Contrast::high, Motion::usual}},
              Case{"accent-color", one, {Scheme::dark, Contrast::high, Motion::usual}},
              Case{"contrast", Value("much"), {Scheme::dark, Contrast::usual, Motion::usual}},
-             Case{"color-scheme", zero, {Scheme::noPreference, Contrast::usual, Motion::usual}},
+             Case{"color-scheme", zero, {Scheme::unknown, Contrast::usual, Motion::usual}},
              Case{"enable-animations",
                   Value(false),
-                  {Scheme::noPreference, Contrast::usual, Motion::reduced}},
+                  {Scheme::unknown, Contrast::usual, Motion::still}},
          }) {
         portal.set(each.value.as<bool>() ? "org.gnome.desktop.interface"
                                          : "org.freedesktop.appearance",

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/AppPreferences.h"
+#include "app/SystemAppearance.h"
 #include "base/Signal.h"
 #include "ui/kit/theme/Design.h"
 #include "ui/kit/theme/ThemeColors.h"
@@ -45,16 +46,11 @@ public:
     /// In milliseconds; 0 where the desktop asks for stillness.
     int motion(Motion motion) const;
 
-    enum class SystemAppearance { unknown, light, dark };
-    enum class SystemContrast { usual, high };
-    enum class SystemMotion { usual, still };
     /// What the desktop says; while the appearance is unknown the palette that it gave decides.
-    struct System {
-        SystemAppearance appearance = SystemAppearance::unknown;
-        SystemContrast contrast = SystemContrast::usual;
-        SystemMotion motion = SystemMotion::usual;
-        bool operator==(const System&) const = default;
-    };
+    using System = app::SystemAppearance;
+    using SystemAppearance = System::Scheme;
+    using SystemContrast = System::Contrast;
+    using SystemMotion = System::Motion;
     const System& system() const { return m_system; }
     void setSystem(const System& system);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-namespace korvex::desktop {
+namespace korvex::platform::system {
 
 /// With KORVEX_TRACE_STARTUP set, writes to standard error how many milliseconds have passed since
 /// this process was started, as the kernel counts (in steps of 10 ms), and since `main` (exactly).
@@ -13,4 +13,4 @@ private:
     double m_mainSeconds;
 };
 
-} // namespace korvex::desktop
+} // namespace korvex::platform::system

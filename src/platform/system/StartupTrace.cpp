@@ -1,4 +1,4 @@
-#include "desktop/StartupTrace.h"
+#include "platform/system/StartupTrace.h"
 
 #include <unistd.h>
 
@@ -8,7 +8,7 @@
 #include <fstream>
 #include <string>
 
-namespace korvex::desktop {
+namespace korvex::platform::system {
 
 namespace {
 
@@ -47,4 +47,4 @@ void StartupTrace::report(const char* event) const {
     }
 }
 
-} // namespace korvex::desktop
+} // namespace korvex::platform::system

@@ -1,0 +1,135 @@
+#include "widget/DesktopOfWidgets.h"
+
+#include "app/Links.h"
+#include "app/StoreLocation.h"
+#include "app/UserFolders.h"
+#include "platform/bus/DesktopApplication.h"
+#include "platform/qt/DesktopWindow.h"
+#include "ui/kit/words/Text.h"
+
+#include <QCoreApplication>
+#include <QInputEvent>
+#include <QProcess>
+#include <QProcessEnvironment>
+
+#include <cerrno>
+#include <utility>
+
+namespace korvex::widget {
+
+namespace {
+
+using platform::bus::MethodAddress;
+
+app::AutostartFile autostart() {
+    const auto program = QCoreApplication::applicationFilePath().toStdString();
+    return {app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
+            {.id = "dev.korvex.Widget", .name = "Korvex Widgets", .command = {program, "--at-login"}}};
+}
+
+} // namespace
+
+DesktopOfWidgets::DesktopOfWidgets(std::filesystem::path dataDirectory, platform::bus::Bus& bus,
+                                   base::LogSink& log)
+    : m_dataDirectory(std::move(dataDirectory)),
+      m_isUsersOwn(app::isUsersOwn(m_dataDirectory)),
+      m_autostart(autostart()),
+      m_bus(bus),
+      m_log(log, "Widgets") {
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+bool DesktopOfWidgets::knowsBelow() const {
+    return platform::qt::canStandOnDesktop();
+}
+
+void DesktopOfWidgets::prepare(QWindow& window) {
+    platform::qt::standOnDesktop(window);
+}
+
+bool DesktopOfWidgets::eventFilter(QObject* watched, QEvent* event) {
+    const auto type = event->type();
+    if (event->spontaneous() && (type == QEvent::MouseButtonRelease || type == QEvent::KeyPress)) {
+        m_pressedAt = static_cast<QInputEvent*>(event)->timestamp();
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+std::string DesktopOfWidgets::token() const {
+    // On X11 the time of the press is what counts. Wayland gives tokens only to toolkits newer than
+    // the one that this is built with; there the app comes forward as far as the desktop lets it.
+    return knowsBelow() && m_pressedAt != 0
+               ? "korvex-widget-" + std::to_string(QCoreApplication::applicationPid()) + "_TIME" +
+                     std::to_string(m_pressedAt)
+               : std::string();
+}
+
+void DesktopOfWidgets::open(const std::string& url) {
+    const auto leave = token();
+    if (!m_isUsersOwn) {
+        startApp(url, leave); // which hands over to one that runs
+        return;
+    }
+    m_asked = platform::bus::callDesktop(
+        m_bus, {.links = {url}, .token = leave}, MethodAddress::Start::allowed,
+        [this, url, leave](const platform::bus::Reply& reply) {
+            const auto* const error = reply.error();
+            if (!error) {
+                return;
+            }
+            if (error->which() == platform::bus::BusErrorCase::timedOut) {
+                refused(url, error->code(), error->errorDescription());
+            } else {
+                startApp(url, leave);
+            }
+        });
+}
+
+void DesktopOfWidgets::startApp(const std::string& url, const std::string& token) {
+    QStringList arguments{QStringLiteral("--"), ui::toQString(url)};
+    if (!m_isUsersOwn) {
+        arguments = QStringList{QStringLiteral("--data-dir"),
+                                ui::toFileName(m_dataDirectory)} +
+                    arguments;
+    }
+    if (const auto error = startBeside(QStringLiteral("korvex-desktop"), arguments, token)) {
+        refused(url, error, "korvex-desktop could not be started");
+    }
+}
+
+void DesktopOfWidgets::refused(const std::string& url, int code, const std::string& why) const {
+    const auto link = app::Link::parse(url);
+    const auto isEntry = link && link->kind == app::Link::Kind::entry;
+    m_log.warning((isEntry ? "Unable to open widget entry: " : "Unable to open widget board: ") +
+                  std::to_string(code));
+    m_log.info(why);
+}
+
+std::optional<bool> DesktopOfWidgets::startsAtLogin() const {
+    return m_isUsersOwn ? std::optional(m_autostart.isOn()) : std::nullopt;
+}
+
+std::error_code DesktopOfWidgets::setAtLogin(AtLogin what) {
+    return what == AtLogin::start ? m_autostart.turnOn() : m_autostart.turnOff();
+}
+
+int startBeside(const QString& program, const QStringList& arguments, const std::string& token) {
+    QProcess process;
+    process.setProgram(QCoreApplication::applicationDirPath() + QLatin1Char('/') + program);
+    process.setArguments(arguments);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    auto environment = QProcessEnvironment::systemEnvironment();
+    if (!token.empty()) {
+        environment.insert(QStringLiteral("DESKTOP_STARTUP_ID"), ui::toQString(token));
+    }
+    process.setProcessEnvironment(environment);
+    errno = 0;
+    if (process.startDetached()) {
+        return 0;
+    }
+    return errno != 0 ? errno : ENOENT;
+}
+
+} // namespace korvex::widget

@@ -1,0 +1,55 @@
+#pragma once
+
+#include "app/AutostartFile.h"
+#include "base/Log.h"
+#include "base/Signal.h"
+#include "platform/bus/Bus.h"
+#include "ui/widget/WidgetDesktop.h"
+
+#include <QObject>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace korvex::widget {
+
+/// The desktop as this program knows it: its window system, its bus and its autostart. Main thread.
+class DesktopOfWidgets final : public QObject, public ui::WidgetDesktop {
+    Q_OBJECT
+
+public:
+    /// `bus` is asked for the app of the user's own store, and outlives this, as the log does.
+    DesktopOfWidgets(std::filesystem::path dataDirectory, platform::bus::Bus& bus,
+                     base::LogSink& log);
+
+    bool knowsBelow() const override;
+    void prepare(QWindow& window) override;
+    void open(const std::string& url) override;
+    std::optional<bool> startsAtLogin() const override;
+    std::error_code setAtLogin(AtLogin what) override;
+
+protected:
+    /// Remembers when the user has pressed something last.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    /// The leave to take the keyboard that the app is given; empty for none.
+    std::string token() const;
+    void startApp(const std::string& url, const std::string& token);
+    void refused(const std::string& url, int code, const std::string& why) const;
+
+    std::filesystem::path m_dataDirectory;
+    bool m_isUsersOwn;
+    app::AutostartFile m_autostart;
+    platform::bus::Bus& m_bus;
+    base::Logger m_log;
+    quint64 m_pressedAt = 0;
+    base::Subscription m_asked;
+};
+
+/// Starts one of our programs, which stands beside this one and outlives it. 0, or the number of
+/// what went wrong.
+int startBeside(const QString& program, const QStringList& arguments, const std::string& token);
+
+} // namespace korvex::widget

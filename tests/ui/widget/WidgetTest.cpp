@@ -1,0 +1,479 @@
+#include "ui/widget/WidgetSet.h"
+
+#include "storage/StoreStart.h"
+#include "ui/AccessibleTree.h"
+#include "ui/StillStyle.h"
+#include "ui/WindowFixture.h"
+#include "ui/boards/BoardPicker.h"
+#include "ui/widget/WidgetHeader.h"
+#include "ui/widget/WidgetPage.h"
+#include "ui/widget/WidgetScreens.h"
+#include "ui/widget/WidgetTodoList.h"
+
+#include <QElapsedTimer>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QScrollBar>
+#include <QSignalSpy>
+#include <QToolButton>
+
+#include <gmock/gmock.h>
+
+#include <fstream>
+#include <map>
+
+namespace korvex::ui {
+namespace {
+
+using app::RememberedWidget;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+constexpr base::Instant kNow{763286400};
+constexpr double kHour = 3600;
+
+/// A desktop that notes what it is asked for.
+class NotedDesktop final : public WidgetDesktop {
+public:
+    bool knowsBelow() const override { return isX11; }
+    void prepare(QWindow&) override { ++prepared; }
+    void open(const std::string& url) override { opened.push_back(url); }
+    std::optional<bool> startsAtLogin() const override { return atLogin; }
+    std::error_code setAtLogin(AtLogin what) override {
+        atLogin = what == AtLogin::start;
+        return {};
+    }
+
+    bool isX11 = true;
+    int prepared = 0;
+    std::vector<std::string> opened;
+    std::optional<bool> atLogin = false;
+};
+
+/// A store as the app has prepared it, in another program's hands, and widgets over it.
+class WidgetTest : public ::testing::Test {
+protected:
+    WidgetTest() { startApp(); }
+
+    void startApp() {
+        auto started = storage::StoreStart::open({.storeFile = file, .now = kNow}, log);
+        app.reset();
+        appContainer = std::move(started.container);
+        app = std::make_unique<tests::StoreClient>(file, log);
+        app->boards.initializeDefaultBoards(kNow);
+        inbox = app->boards.inboxBoard();
+    }
+    std::vector<model::Entry*> add(std::vector<std::string> contents, model::Board& board) {
+        return app->entries.createTodos(
+            {.contents = std::move(contents), .board = board, .now = kNow});
+    }
+    /// The store file was rewritten, as the watcher notices.
+    void notice() {
+        store->follow();
+        runLoop.runPosted();
+    }
+    void makeStore() {
+        store = std::make_unique<WidgetStore>(
+            WidgetStore::Surroundings{.file = file,
+                                      .clock = clock,
+                                      .runLoop = runLoop,
+                                      .reconciling = reminders,
+                                      .reminders = notifications,
+                                      .announceChange = [this] { ++announced; },
+                                      .log = log,
+                                      .timeZone = base::TimeZone::utc,
+                                      .patience = std::chrono::milliseconds(0)});
+    }
+    WidgetSet& widgets() {
+        if (!store) {
+            makeStore();
+        }
+        if (!set) {
+            set = std::make_unique<WidgetSet>(
+                app::WidgetFile(folder / "widgets.json"),
+                WidgetSurroundings{*store, theme, dates, folding, runLoop, desktop}, log);
+        }
+        return *set;
+    }
+    /// The only widget, which shows this board.
+    WidgetWindow& show(const std::optional<base::Uuid>& board = std::nullopt) {
+        widgets().open(board);
+        auto& window = *set->windows().back();
+        window.setStyle(&still);
+        if (auto* const list = window.findChild<WidgetTodoList*>()) {
+            list->setStyle(&still);
+        }
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        return window;
+    }
+
+    static WidgetTodoList& listOf(WidgetWindow& window) {
+        return *window.findChild<WidgetTodoList*>();
+    }
+    static std::vector<std::string> rows(WidgetWindow& window) {
+        auto* const list = window.findChild<WidgetTodoList*>();
+        if (!list) {
+            return {"no store"};
+        }
+        std::vector<std::string> result;
+        for (int row = 0; row < list->model()->rowCount(); ++row) {
+            const auto index = list->model()->index(row, 0);
+            result.push_back((index.data(Qt::CheckStateRole) == Qt::Checked ? "[x] " : "[ ] ") +
+                             toUtf8(index.data().toString()));
+        }
+        return result;
+    }
+    /// The texts over the list, or in its place.
+    static std::string hint(const WidgetWindow& window) {
+        QStringList said;
+        for (const auto* const label : window.findChildren<QLabel*>()) {
+            if (label->isVisible()) {
+                said.append(label->text());
+            }
+        }
+        return toUtf8(said.join(QLatin1Char(' ')));
+    }
+    static void tick(WidgetWindow& window, int row) {
+        auto& list = listOf(window);
+        list.setCurrentRow(row);
+        QTest::keyClick(&list, Qt::Key_Space);
+    }
+    static std::string nameOf(const WidgetWindow& window) {
+        return toUtf8(window.findChild<WidgetBoardButton*>()->accessibleName());
+    }
+    std::map<std::string, QAction*> menuOf(WidgetWindow& window) {
+        window.findChildren<QToolButton*>().back()->click();
+        std::map<std::string, QAction*> items;
+        for (auto* const action : window.findChildren<QMenu*>().back()->actions()) {
+            items[toUtf8(action->text())] = action;
+        }
+        return items;
+    }
+    int completions() {
+        app->context.refresh();
+        return static_cast<int>(app->context.count<model::Entry>(model::Entry::completedTodos()));
+    }
+
+    tests::RecordingLog log;
+    tests::TemporaryFolder folder;
+    std::filesystem::path file = folder / "Primary.store";
+    tests::FakeClock clock{kNow};
+    tests::FakeRunLoop runLoop;
+    app::FileUserDefaults defaults{folder / "settings.json"};
+    app::AppPreferences preferences{defaults, log};
+    Theme theme{preferences};
+    tests::StillStyle still;
+    DateTexts dates{"en_US"};
+    base::TextFolding folding{"en_US"};
+    services::NoReminders reminders;
+    schedule::NoNotifications notifications;
+    NotedDesktop desktop;
+    std::unique_ptr<store::ModelContainer> appContainer;
+    std::unique_ptr<tests::StoreClient> app;
+    model::Board* inbox = nullptr;
+    int announced = 0;
+    std::unique_ptr<WidgetStore> store;
+    std::unique_ptr<WidgetSet> set;
+};
+
+TEST_F(WidgetTest, OpenTodosOfOneBoardAreShownAndNothingElseIsRead) {
+    auto& work = app->boards.createBoard("Work", kNow);
+    add({"elsewhere"}, *inbox);
+    const auto todos = add({"first", "second", "done"}, work);
+    app->entries.completeTodo(*todos.back(), kNow);
+    auto& window = show(work.id());
+    EXPECT_THAT(rows(window), ElementsAre("[ ] first", "[ ] second"));
+    EXPECT_EQ(nameOf(window), "Work, 2 open todos");
+    EXPECT_FALSE(store->open()->context.find<model::Board>(work.id())->entriesAreLoaded());
+    app->entries.updateTodo(*todos[0], "first, and more", kNow);
+    add({"third"}, work);
+    app->boards.renameBoard(work, "Office", kNow);
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("[ ] first, and more", "[ ] second", "[ ] third"));
+    EXPECT_EQ(nameOf(window), "Office, 3 open todos");
+}
+
+TEST_F(WidgetTest, ATickIsStoredAtOnceAndItsRowLeavesALittleLater) {
+    add({"one", "two", "three"}, *inbox);
+    auto& window = show();
+    tick(window, 1);
+    EXPECT_EQ(completions(), 1);
+    EXPECT_EQ(announced, 1);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] one", "[x] two", "[ ] three"));
+    EXPECT_EQ(nameOf(window), "Inbox, 2 open todos");
+    runLoop.advance(0.4);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] one", "[x] two", "[ ] three"));
+    runLoop.advance(0.2);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] one", "[ ] three"));
+    // The keyboard goes on where it was.
+    EXPECT_EQ(listOf(window).currentRow(), 1);
+
+    // Ticked once more while it is seen, the todo stands where it stood.
+    tick(window, 0);
+    tick(window, 0);
+    EXPECT_EQ(announced, 3);
+    runLoop.advance(1);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] one", "[ ] three"));
+    EXPECT_EQ(completions(), 1);
+}
+
+TEST_F(WidgetTest, OfSeveralWhoCompleteATodoOneDoesAndARefusalIsTold) {
+    const auto todos = add({"one", "two", "three"}, *inbox);
+    auto& window = show();
+    app->entries.completeTodo(*todos[0], kNow - kHour);
+    tick(window, 0);
+    EXPECT_EQ(announced, 0);
+    EXPECT_EQ(todos[0]->completedAt(), kNow - kHour);
+    runLoop.advance(1);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] two", "[ ] three"));
+
+    log.expectError("Widget completion failed");
+    {
+        const store::LockedStep busy(app->context);
+        tick(window, 0);
+        EXPECT_NE(hint(window), "");
+    }
+    runLoop.advance(1);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] two", "[ ] three"));
+}
+
+TEST_F(WidgetTest, ABoardThatIsEmptyArchivedOrGoneSaysSoAndComesBack) {
+    auto& work = app->boards.createBoard("Work", kNow);
+    auto& window = show(work.id());
+    EXPECT_EQ(hint(window), "No open todos.");
+    add({"task"}, work);
+    notice();
+    EXPECT_EQ(hint(window), "");
+    app->boards.setArchived(true, work, kNow);
+    notice();
+    EXPECT_THAT(rows(window), IsEmpty());
+    EXPECT_EQ(hint(window), "“Work” is archived. Restore it in Korvex, or choose another board in "
+                            "the menu.");
+    app->boards.setArchived(false, work, kNow);
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("[ ] task"));
+    app->boards.deleteBoard(work);
+    notice();
+    EXPECT_THAT(rows(window), IsEmpty());
+    EXPECT_EQ(hint(window), "This board is not there any more. Choose another one in the menu.");
+}
+
+TEST_F(WidgetTest, WithoutAStoreItWaitsAndMakesNone) {
+    appContainer.reset();
+    app.reset();
+    const auto kept = folder / "kept";
+    std::filesystem::create_directory(kept);
+    const auto moveAll = [&](const std::filesystem::path& from, const std::filesystem::path& to) {
+        for (const auto& each : std::filesystem::directory_iterator(from)) {
+            if (each.path().filename().string().find("Primary") != std::string::npos) {
+                std::filesystem::rename(each.path(), to / each.path().filename());
+            }
+        }
+    };
+    moveAll(folder.path(), kept);
+    auto& window = show();
+    EXPECT_THAT(rows(window), ElementsAre("no store"));
+    EXPECT_EQ(hint(window), "Open Korvex once to prepare the shared store.");
+    EXPECT_FALSE(std::filesystem::exists(file));
+    const auto said = log.lines().size();
+    notice();
+    notice();
+    EXPECT_EQ(log.lines().size(), said) << "the same is said again and again";
+
+    moveAll(kept, folder.path());
+    notice();
+    EXPECT_EQ(hint(window), "No open todos.");
+
+    // Another file takes its place under the widgets' feet.
+    moveAll(folder.path(), kept);
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("no store"));
+    std::ofstream(file) << "no store at all";
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("no store"));
+    std::filesystem::remove(file);
+    startApp();
+    add({"of the new store"}, *inbox);
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("[ ] of the new store"));
+}
+
+TEST_F(WidgetTest, LabelsFollowTheClock) {
+    app->entries.createTodos({.contents = {"call"},
+                              .board = *inbox,
+                              .now = kNow,
+                              .schedule = model::TodoSchedule::dueAt(kNow + kHour)});
+    auto& window = show();
+    const auto description = [&] {
+        return toUtf8(
+            listOf(window).model()->index(0, 0).data(Qt::AccessibleDescriptionRole).toString());
+    };
+    const auto before = description();
+    runLoop.runPosted();
+    clock.advance(kHour + 1);
+    runLoop.advance(kHour + 1);
+    EXPECT_NE(description(), before);
+    EXPECT_THAT(description(), ::testing::HasSubstr("verdue"));
+}
+
+TEST_F(WidgetTest, KeysWalkTickAndOpen) {
+    auto& work = app->boards.createBoard("Work", kNow);
+    const auto todos = add({"one", "two"}, work);
+    auto& window = show(work.id());
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    auto& board = *window.findChild<WidgetBoardButton*>();
+    board.setFocus();
+    QTest::keyClick(&board, Qt::Key_Return);
+    QTest::keyClick(&board, Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    ASSERT_EQ(QApplication::focusWidget(), &listOf(window));
+    QTest::keyClick(&listOf(window), Qt::Key_Down);
+    QTest::keyClick(&listOf(window), Qt::Key_Return);
+    EXPECT_THAT(desktop.opened, ElementsAre("korvex://board/" + work.id().text(),
+                                            "korvex://entry/" + todos[1]->id().text()));
+    // A press of the text does the same; one of the circle ticks.
+    auto& list = listOf(window);
+    const auto row = list.visualRect(list.model()->index(0, 0));
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, row.center());
+    EXPECT_EQ(desktop.opened.back(), "korvex://entry/" + todos[0]->id().text());
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
+                      row.topLeft() + QPoint(26, row.height() / 2));
+    EXPECT_THAT(rows(window), ElementsAre("[x] one", "[ ] two"));
+}
+
+TEST_F(WidgetTest, AnotherBoardIsChosenByItsNameAndRemembered) {
+    auto& work = app->boards.createBoard("Work", kNow);
+    auto& old = app->boards.createBoard("Old", kNow);
+    app->boards.setArchived(true, old, kNow);
+    add({"task"}, work);
+    auto& window = show();
+    EXPECT_EQ(nameOf(window), "Inbox");
+    window.findChildren<QToolButton*>().front()->click();
+    auto& picker = *window.findChild<BoardPicker*>();
+    EXPECT_EQ(picker.findChild<QLineEdit*>()->accessibleName(), "Board");
+    EXPECT_EQ(picker.findChild<QListView*>()->model()->rowCount(), 2); // not the archived one
+    QTest::keyClicks(picker.findChild<QLineEdit*>(), "wor");
+    QTest::keyClick(picker.findChild<QLineEdit*>(), Qt::Key_Return);
+    EXPECT_THAT(rows(window), ElementsAre("[ ] task"));
+
+    set.reset();
+    ASSERT_TRUE(widgets().showRemembered());
+    EXPECT_EQ(nameOf(*set->windows().front()), "Work, 1 open todo");
+}
+
+TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
+    auto& work = app->boards.createBoard("Work", kNow);
+    auto& first = show();
+    auto& second = show(work.id());
+    EXPECT_FALSE(first.geometry().intersects(second.geometry()));
+    // The same board is not shown twice, and what is asked for again comes one more.
+    widgets().open(work.id());
+    EXPECT_EQ(set->windows().size(), 2U);
+    second.setGeometry(40, 50, 260, 300);
+    QTest::qWait(50);
+    runLoop.advance(1);
+    first.close();
+    widgets().open(std::nullopt);
+    EXPECT_TRUE(first.isVisible());
+    EXPECT_EQ(set->windows().size(), 2U);
+    menuOf(first)["Add Widget"]->trigger();
+    EXPECT_EQ(set->windows().size(), 3U);
+    menuOf(first)["Remove Widget"]->trigger();
+    QTest::qWait(10);
+    EXPECT_EQ(set->windows().size(), 2U);
+
+    set.reset();
+    ASSERT_TRUE(widgets().showRemembered());
+    EXPECT_EQ(set->windows()[0]->geometry(), QRect(40, 50, 260, 300));
+    QSignalSpy emptied(set.get(), &WidgetSet::emptied);
+    for (auto* const window : set->windows()) {
+        menuOf(*window)["Remove Widget"]->trigger();
+    }
+    QTest::qWait(10);
+    EXPECT_EQ(emptied.count(), 1);
+    set.reset();
+    EXPECT_FALSE(widgets().showRemembered());
+}
+
+TEST_F(WidgetTest, TheMenuOffersWhatTheDesktopKnows) {
+    auto& window = show();
+    EXPECT_EQ(desktop.prepared, 1);
+    EXPECT_TRUE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
+    menuOf(window)["Keep Below Other Windows"]->trigger();
+    EXPECT_FALSE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
+    EXPECT_TRUE(window.isVisible());
+    menuOf(window)["Show Widgets When You Log In"]->trigger();
+    EXPECT_EQ(desktop.atLogin, true);
+    menuOf(window)["Show Widgets When You Log In"]->trigger();
+    EXPECT_EQ(desktop.atLogin, false);
+
+    set.reset();
+    desktop.isX11 = false;
+    desktop.atLogin.reset();
+    ASSERT_TRUE(widgets().showRemembered());
+    auto& plain = *set->windows().front();
+    EXPECT_FALSE(plain.windowFlags().testFlag(Qt::FramelessWindowHint));
+    const auto items = menuOf(plain);
+    EXPECT_FALSE(items.at("Keep Below Other Windows")->isEnabled());
+    EXPECT_TRUE(items.contains("This desktop lets no window do that."));
+    EXPECT_FALSE(items.at("Show Widgets When You Log In")->isEnabled());
+}
+
+TEST_F(WidgetTest, LongTextsAreCutAfterAFewLinesAndEveryoneHearsThemWhole) {
+    const std::string word = "unbelievably long ";
+    std::string text;
+    for (int i = 0; i < 100; ++i) {
+        text += word;
+    }
+    add({"short", text, std::string(3000, 'x')}, *inbox);
+    auto& window = show();
+    auto& list = listOf(window);
+    const auto line = list.visualRect(list.model()->index(0, 0)).height();
+    for (const int row : {1, 2}) {
+        const auto height = list.visualRect(list.model()->index(row, 0)).height();
+        EXPECT_GT(height, line);
+        EXPECT_LT(height, 3 * line);
+    }
+    EXPECT_GT(list.model()->index(1, 0).data(Qt::AccessibleTextRole).toString().size(), 1000);
+    for (const auto size : {11, 24}) {
+        preferences.setFontSize(size);
+        QApplication::processEvents();
+        tests::AccessibleTree tree(window);
+        EXPECT_THAT(tree.problems(), IsEmpty()) << tree.text();
+    }
+}
+
+TEST_F(WidgetTest, TenThousandTodosScrollAndOnlyThoseInSightAreLaidOut) {
+    std::vector<std::string> texts;
+    for (int i = 0; i < 10'000; ++i) {
+        texts.push_back("todo " + std::to_string(i));
+    }
+    add(std::move(texts), *inbox);
+    auto& window = show();
+    auto& list = listOf(window);
+    EXPECT_EQ(list.model()->rowCount(), 10'000);
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < 50; ++i) {
+        list.verticalScrollBar()->setValue(list.verticalScrollBar()->maximum() / 50 * i);
+        window.grab();
+    }
+    EXPECT_LT(timer.elapsed(), 50 * 100); // a slow machine's frame, many times over
+}
+
+TEST(WidgetScreens, AWidgetStandsWhollyOnAScreen) {
+    const auto room = QGuiApplication::primaryScreen()->availableGeometry();
+    const QSize least(100, 100);
+    const QRect inside(room.topLeft() + QPoint(10, 10), QSize(200, 150));
+    EXPECT_EQ(WidgetScreens::fitted(inside, least), inside);
+    for (const auto& far : {inside.translated(100'000, 0), inside.translated(0, -100'000),
+                            QRect(room.topLeft() - QPoint(50, 50), room.size() * 3)}) {
+        EXPECT_TRUE(room.contains(WidgetScreens::fitted(far, least)));
+    }
+}
+
+} // namespace
+} // namespace korvex::ui
