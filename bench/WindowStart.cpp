@@ -2,11 +2,9 @@
 // and the memory that it has then; against a bare Qt window with one label.
 
 #include "support/BenchStore.h"
+#include "support/FirstPaint.h"
 #include "support/Scratch.h"
-#include "support/Stopwatch.h"
 #include "support/VirtualScreen.h"
-
-#include <algorithm>
 
 namespace {
 
@@ -27,19 +25,7 @@ void startWindow(benchmark::State& state, const char* program) {
     }();
     auto environment = screen.environment();
     environment.insert(home.begin(), home.end());
-    environment["KORVEX_TRACE_STARTUP"] = "1";
-    std::int64_t memory = 0;
-    for (auto _ : state) {
-        std::unique_ptr<bench::ChildProcess> process;
-        bench::timed(state, [&] {
-            process = std::make_unique<bench::ChildProcess>(std::vector<std::string>{program},
-                                                            environment,
-                                                            bench::ChildProcess::Output::watched);
-            process->waitForLine("first paint");
-        });
-        memory = std::max(memory, process->proportionalMemory());
-    }
-    state.counters["memory"] = static_cast<double>(memory);
+    bench::measureFirstPaint(state, program, environment);
 }
 
 BENCHMARK_CAPTURE(startWindow, korvex, KORVEX_DESKTOP_PROGRAM)

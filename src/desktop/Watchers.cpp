@@ -97,9 +97,8 @@ void Watchers::connectSources() {
         workspace.dates.renew();
         workspace.scheduleClock.scheduleRefresh();
     }));
-    m_subscriptions.push_back(
-        m_sources->appearance.changed().connect(
-            [&theme = m_listeners.theme](const auto& said) { theme.setSystem(said); }));
+    m_subscriptions.push_back(m_sources->appearance.changed().connect(
+        [&theme = m_listeners.theme](const auto& said) { theme.setSystem(said); }));
     m_subscriptions.push_back(m_listeners.container.didSave().connect(
         [this, file = m_listeners.container.configuration().file](const store::ChangeSet&) {
             m_sources->broadcaster.storeChanged(file);

@@ -16,6 +16,7 @@
 #include "platform/system/StartupTrace.h"
 #include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
+#include "schedule/WidgetRefreshService.h"
 #include "storage/BackgroundThreads.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
@@ -111,6 +112,8 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
+    // They are another program's, which hears of each change and asks the store itself.
+    schedule::WidgetRefreshService widgets([](std::string_view) {}, log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
                                     .isUsersOwn = isUsersOwn,
@@ -120,6 +123,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                     .runLoop = runLoop,
                                     .threads = threads,
                                     .log = log,
+                                    .widgets = &widgets,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources(),

@@ -68,8 +68,8 @@ Arguments::Arguments(int count, char* given[]) {
     }
     QCommandLineParser parser;
     describe(parser);
-    m_areClear = parser.parse(words) && !parser.isSet(QStringLiteral("help")) &&
-                 isUnderstood(parser);
+    m_areClear =
+        parser.parse(words) && !parser.isSet(QStringLiteral("help")) && isUnderstood(parser);
     if (parser.isSet(kDirectory)) {
         m_directory = parser.value(kDirectory).toStdString();
     }

@@ -23,8 +23,9 @@ using platform::bus::MethodAddress;
 
 app::AutostartFile autostart() {
     const auto program = QCoreApplication::applicationFilePath().toStdString();
-    return {app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
-            {.id = "dev.korvex.Widget", .name = "Korvex Widgets", .command = {program, "--at-login"}}};
+    return {
+        app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
+        {.id = "dev.korvex.Widget", .name = "Korvex Widgets", .command = {program, "--at-login"}}};
 }
 
 } // namespace
@@ -88,9 +89,8 @@ void DesktopOfWidgets::open(const std::string& url) {
 void DesktopOfWidgets::startApp(const std::string& url, const std::string& token) {
     QStringList arguments{QStringLiteral("--"), ui::toQString(url)};
     if (!m_isUsersOwn) {
-        arguments = QStringList{QStringLiteral("--data-dir"),
-                                ui::toFileName(m_dataDirectory)} +
-                    arguments;
+        arguments =
+            QStringList{QStringLiteral("--data-dir"), ui::toFileName(m_dataDirectory)} + arguments;
     }
     if (const auto error = startBeside(QStringLiteral("korvex-desktop"), arguments, token)) {
         refused(url, error, "korvex-desktop could not be started");

@@ -26,12 +26,12 @@ struct Watchers::Sources {
 Watchers::Watchers(const Listeners& listeners) : m_sources(std::make_unique<Sources>(listeners)) {
     m_subscriptions.push_back(
         m_sources->store.changed().connect([&store = listeners.store] { store.follow(); }));
-    m_subscriptions.push_back(m_sources->changes.changed().connect(
-        [&watcher = m_sources->store] { watcher.hint(); }));
+    m_subscriptions.push_back(
+        m_sources->changes.changed().connect([&watcher = m_sources->store] { watcher.hint(); }));
     m_subscriptions.push_back(m_sources->settings.changed().connect(
         [&preferences = listeners.preferences] { preferences.reload(); }));
-    m_subscriptions.push_back(m_sources->time.changed().connect(
-        [&dates = listeners.dates, &store = listeners.store] {
+    m_subscriptions.push_back(
+        m_sources->time.changed().connect([&dates = listeners.dates, &store = listeners.store] {
             dates.renew();
             if (auto* const open = store.open()) {
                 open->scheduleClock.scheduleRefresh();

@@ -74,24 +74,22 @@ int run(int argc, char* argv[], base::LogSink& log) {
     // Of another store's reminders nobody knows.
     auto* const reconciling =
         isUsersOwn ? static_cast<services::ReminderReconciling*>(&agent) : &noAgent;
-    ui::WidgetStore store(
-        {.file = file,
-         .clock = clock,
-         .runLoop = runLoop,
-         .reconciling = *reconciling,
-         .reminders = isUsersOwn ? agent.notifications() : noNotifications,
-         .announceChange = [&] { platform::bus::announceStoreChange(bus, file); },
-         .log = log});
-    ui::WidgetSet widgets(
-        app::WidgetFile(
-            app::WidgetFile::in(app::userFolder("XDG_STATE_HOME", ".local/state"), file)),
-        {.store = store,
-         .theme = theme,
-         .dates = dates,
-         .folding = folding,
-         .runLoop = runLoop,
-         .desktop = desktop},
-        log);
+    ui::WidgetStore store({.file = file,
+                           .clock = clock,
+                           .runLoop = runLoop,
+                           .reconciling = *reconciling,
+                           .reminders = isUsersOwn ? agent.notifications() : noNotifications,
+                           .announceChange = [&] { platform::bus::announceStoreChange(bus, file); },
+                           .log = log});
+    ui::WidgetSet widgets(app::WidgetFile(app::WidgetFile::in(
+                              app::userFolder("XDG_STATE_HOME", ".local/state"), file)),
+                          {.store = store,
+                           .theme = theme,
+                           .dates = dates,
+                           .folding = folding,
+                           .runLoop = runLoop,
+                           .desktop = desktop},
+                          log);
     QObject::connect(&widgets, &ui::WidgetSet::emptied, &application, [] { QApplication::exit(); });
     QObject::connect(&widgets, &ui::WidgetSet::firstPainted, &application,
                      [&] { trace.report("first paint"); });

@@ -78,7 +78,7 @@ void SystemAppearanceWatcher::take(const std::string& group, const std::string& 
                                                      : app::SystemAppearance::Scheme::unknown;
     } else if (group == kAppearance && key == kContrast) {
         m_appearance.contrast = numberOf(value) == 1 ? app::SystemAppearance::Contrast::high
-                                                    : app::SystemAppearance::Contrast::usual;
+                                                     : app::SystemAppearance::Contrast::usual;
     } else if (group == kAppearance && key == kReducedMotion) {
         m_prefersLessMotion = numberOf(value) == 1;
     } else if (group == kInterfaceSettings && key == kAnimations) {

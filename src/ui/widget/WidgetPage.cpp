@@ -40,8 +40,8 @@ WidgetPage::WidgetPage(std::optional<base::Uuid> board, const Parts& parts, cons
         m_list->entriesChanged({changes.updated.begin(), changes.updated.end()});
         refresh();
     });
-    m_clockTicks = m_open.scheduleClock.didTick().connect(
-        [this](base::Instant) { m_list->forgetLabels(); });
+    m_clockTicks =
+        m_open.scheduleClock.didTick().connect([this](base::Instant) { m_list->forgetLabels(); });
     refresh();
 }
 

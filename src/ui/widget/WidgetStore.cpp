@@ -105,8 +105,8 @@ void WidgetStore::tryToOpen() {
     HeldLog held;
     const auto file = fileThere();
     try {
-        m_open =
-            std::make_unique<Open>(openExisting(m_surroundings.file, held), m_surroundings, m_widgets);
+        m_open = std::make_unique<Open>(openExisting(m_surroundings.file, held), m_surroundings,
+                                        m_widgets);
         m_openedFile = file;
         m_reason.clear();
     } catch (const base::Error& error) {

@@ -69,8 +69,7 @@ void WidgetTodoList::entriesChanged(const std::unordered_set<base::Uuid>& ids) {
 }
 
 int WidgetTodoList::measuredHeight(int row) {
-    return m_leaving.height(&m_model.entry(row),
-                            m_delegate->layout(row, column().width).height());
+    return m_leaving.height(&m_model.entry(row), m_delegate->layout(row, column().width).height());
 }
 
 int WidgetTodoList::estimatedHeight(int) const {

@@ -45,18 +45,19 @@ Qt::ItemFlags WidgetTodoModel::flags(const QModelIndex& index) const {
 
 void WidgetTodoModel::setTodos(std::vector<model::Entry*> todos) {
     std::vector<int> held;
-    for (auto* const each : m_held) {
-        const auto row = each->isLive() ? rowOf(*each) : -1;
-        if (row < 0) {
-            continue;
+    for (const auto* const each : m_held) {
+        if (const auto row = each->isLive() ? rowOf(*each) : -1; row >= 0) {
+            held.push_back(row);
         }
-        held.push_back(row);
-        if (std::find(todos.begin(), todos.end(), each) == todos.end()) {
-            todos.push_back(each);
+    }
+    std::sort(held.begin(), held.end());
+    // Where nothing that stays is above them, they stand at the top.
+    for (auto row = held.rbegin(); row != held.rend(); ++row) {
+        if (std::find(todos.begin(), todos.end(), at(*row)) == todos.end()) {
+            todos.insert(todos.begin(), at(*row));
         }
     }
     // From the top: then what stands above is in its place already.
-    std::sort(held.begin(), held.end());
     for (const auto row : held) {
         keepPlace(row, todos);
     }
@@ -88,8 +89,8 @@ QString WidgetTodoModel::accessibleDescription(int row) const {
     const auto& todo = entry(row);
     QStringList parts{todo.isCompleted() ? tr("Completed") : tr("Open")};
     if (const auto schedule = todo.schedule(); !schedule.isEmpty()) {
-        parts.append(toQString(schedule.accessibilityLabel(todo.isCompleted(), m_clock.now(),
-                                                           m_dates.formats())));
+        parts.append(toQString(
+            schedule.accessibilityLabel(todo.isCompleted(), m_clock.now(), m_dates.formats())));
     }
     parts.removeAll(QString());
     return parts.join(QStringLiteral(", "));

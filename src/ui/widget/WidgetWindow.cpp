@@ -169,10 +169,10 @@ void WidgetWindow::chooseBoard() {
         m_page->refuse(*refused);
         return;
     }
-    auto* const picker = new BoardPicker(
-        {.title = translated(schedule::TodoWidgetConfiguration::kTitle),
-         .boards = std::move(boards)},
-        open.context, m_surroundings.folding, m_surroundings.theme, this);
+    auto* const picker =
+        new BoardPicker({.title = translated(schedule::TodoWidgetConfiguration::kTitle),
+                         .boards = std::move(boards)},
+                        open.context, m_surroundings.folding, m_surroundings.theme, this);
     picker->setOpener(m_header->choiceButton());
     connect(picker, &BoardPicker::chosen, this,
             [this](const model::Board* board) { setBoard(board->id()); });
@@ -227,8 +227,8 @@ void WidgetWindow::addPlacing(QMenu& menu) {
         const auto error =
             m_surroundings.desktop.setAtLogin(isOn ? AtLogin::start : AtLogin::doNothing);
         if (error && m_page) {
-            m_page->refuse(tr("That could not be changed: %1.")
-                               .arg(QString::fromStdString(error.message())));
+            m_page->refuse(
+                tr("That could not be changed: %1.").arg(QString::fromStdString(error.message())));
         }
     });
 }
@@ -360,7 +360,8 @@ void WidgetWindow::paintEvent(QPaintEvent*) {
 
 void WidgetWindow::applyTheme() {
     const auto& theme = m_surroundings.theme;
-    const auto edge = windowFlags().testFlag(Qt::FramelessWindowHint) ? theme.space(Space::small) : 0;
+    const auto edge =
+        windowFlags().testFlag(Qt::FramelessWindowHint) ? theme.space(Space::small) : 0;
     layout()->setContentsMargins(edge, edge, edge, edge);
     setMinimumSize(theme.scaled(kLeastWidth), theme.scaled(kLeastHeight));
     showBoard();
