@@ -27,7 +27,7 @@ class WidgetTest(WindowCase):
         found = self.xdotool("search", "--onlyvisible", "--class", "korvex-widget").split()
         return sorted(found, key=int)
 
-    def property(self, window, name):
+    def hints(self, window, name):
         return subprocess.run(["xprop", "-id", window, name], env=self.environment, text=True,
                               capture_output=True, check=True).stdout
 
@@ -57,8 +57,8 @@ class WidgetTest(WindowCase):
         app = self.start_window()
         self.start_widget()
         [window] = self.widgets()
-        self.assertIn("4294967295", self.property(window, "_NET_WM_DESKTOP"))
-        state = self.property(window, "_NET_WM_STATE")
+        self.assertIn("4294967295", self.hints(window, "_NET_WM_DESKTOP"))
+        state = self.hints(window, "_NET_WM_STATE")
         for wanted in ("BELOW", "SKIP_TASKBAR", "SKIP_PAGER"):
             self.assertIn("_NET_WM_STATE_" + wanted, state)
         self.assertIn("Inbox – Korvex", self.title())
@@ -187,11 +187,9 @@ class WidgetTest(WindowCase):
         wait_for(lambda: self.texts("Work") == ["Call Ada", "Call Ben!"], "the entry to be chosen")
 
     def quit_app(self):
-        for found in self.xdotool("search", "--class", "korvex-desktop", "getwindowpid").split():
-            try:
-                os.kill(int(found), signal.SIGTERM)
-            except ProcessLookupError:
-                pass
+        for found in set(self.xdotool("search", "--class", "korvex-desktop", "getwindowpid", "%@").split()):
+            os.kill(int(found), signal.SIGTERM)
+            wait_for(lambda: not pathlib.Path("/proc", found).exists(), "the app to end")
 
 
 unittest.main()

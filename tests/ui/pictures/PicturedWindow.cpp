@@ -2,6 +2,9 @@
 
 #include "model/SchemaVersions.h"
 #include "services/EntryOrder.h"
+#include "storage/StoreMarkers.h"
+#include "ui/widget/NotedDesktop.h"
+#include "ui/widget/WidgetWindow.h"
 #include "ui/windows/WindowContents.h"
 
 #include <QApplication>
@@ -118,6 +121,32 @@ QImage PicturedWindow::picture() {
     painter.drawPixmap(place.topLeft() - all.topLeft(), menu->grab());
     painter.end();
     return both.toImage();
+}
+
+QImage PicturedWindow::widget() {
+    const auto& workspace = m_owner->workspace();
+    const auto& file = m_container->configuration().file;
+    storage::storeMarkers::set(file, storage::storeMarkers::kPrepared);
+    services::NoReminders reminders;
+    schedule::NoNotifications notifications;
+    ui::WidgetStore store({.file = file,
+                           .clock = m_clock,
+                           .runLoop = m_runLoop,
+                           .reconciling = reminders,
+                           .reminders = notifications,
+                           .announceChange = [] {},
+                           .log = m_log,
+                           .timeZone = base::TimeZone::utc});
+    NotedDesktop desktop;
+    ui::WidgetWindow window({}, {.store = store,
+                                 .theme = m_theme,
+                                 .dates = workspace.dates,
+                                 .folding = workspace.folding,
+                                 .runLoop = m_runLoop,
+                                 .desktop = desktop});
+    window.showAt({QPoint(), ui::WidgetWindow::firstSize(m_theme)});
+    QTest::qWait(kBetweenTries);
+    return window.grab().toImage();
 }
 
 QImage PicturedWindow::gallery() {

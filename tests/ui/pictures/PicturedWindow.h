@@ -47,6 +47,8 @@ public:
     WindowScenes& scenes() { return *m_scenes; }
     /// With the menu that is open over it.
     QImage picture();
+    /// A widget over the same store.
+    QImage widget();
     /// All controls in all states, in the same look; empty where the build has no gallery.
     QImage gallery();
     /// The formatted text of the Inbox, for other programs.

@@ -135,6 +135,7 @@ void takeAll(const QDir& folder, int scale, const QStringList& only) {
         }
         if (only.isEmpty()) {
             takeStoreError(window.theme(), fileOf(folder, name, QStringLiteral("store-error")));
+            save(window.widget(), fileOf(folder, name, QStringLiteral("widget")));
             if (const auto gallery = window.gallery(); !gallery.isNull()) {
                 save(gallery, fileOf(folder, name, QStringLiteral("gallery")));
             }
@@ -180,6 +181,25 @@ void makeSheets(const QDir& folder) {
     }
 }
 
+/// In both appearances, as they would stand side by side on a desktop.
+QImage widgets() {
+    std::vector<QImage> pictures;
+    QSize size(kGap, 0);
+    for (const auto appearance : {Appearance::light, Appearance::dark}) {
+        pictures.push_back(PicturedWindow({.name = "widget", .appearance = appearance}).widget());
+        size = {size.width() + pictures.back().width() + kGap, pictures.back().height() + 2 * kGap};
+    }
+    QImage both(size, QImage::Format_RGB32);
+    both.fill(Qt::gray);
+    QPainter painter(&both);
+    int left = kGap;
+    for (const auto& picture : pictures) {
+        painter.drawImage(left, kGap, picture);
+        left += picture.width() + kGap;
+    }
+    return both;
+}
+
 void takeForReadme(const QDir& folder) {
     struct Shot {
         const char* file;
@@ -200,6 +220,7 @@ void takeForReadme(const QDir& folder) {
             window.writeNote(folder.filePath(QStringLiteral("note.rtf")));
         }
     }
+    save(widgets(), folder.filePath(QStringLiteral("widget.png")));
 }
 
 } // namespace

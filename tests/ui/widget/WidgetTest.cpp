@@ -5,6 +5,7 @@
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
+#include "ui/widget/NotedDesktop.h"
 #include "ui/widget/WidgetHeader.h"
 #include "ui/widget/WidgetPage.h"
 #include "ui/widget/WidgetScreens.h"
@@ -32,24 +33,6 @@ using ::testing::IsEmpty;
 
 constexpr base::Instant kNow{763286400};
 constexpr double kHour = 3600;
-
-/// A desktop that notes what it is asked for.
-class NotedDesktop final : public WidgetDesktop {
-public:
-    bool knowsBelow() const override { return isX11; }
-    void prepare(QWindow&) override { ++prepared; }
-    void open(const std::string& url) override { opened.push_back(url); }
-    std::optional<bool> startsAtLogin() const override { return atLogin; }
-    std::error_code setAtLogin(AtLogin what) override {
-        atLogin = what == AtLogin::start;
-        return {};
-    }
-
-    bool isX11 = true;
-    int prepared = 0;
-    std::vector<std::string> opened;
-    std::optional<bool> atLogin = false;
-};
 
 /// A store as the app has prepared it, in another program's hands, and widgets over it.
 class WidgetTest : public ::testing::Test {
@@ -168,7 +151,7 @@ protected:
     base::TextFolding folding{"en_US"};
     services::NoReminders reminders;
     schedule::NoNotifications notifications;
-    NotedDesktop desktop;
+    tests::NotedDesktop desktop;
     std::unique_ptr<store::ModelContainer> appContainer;
     std::unique_ptr<tests::StoreClient> app;
     model::Board* inbox = nullptr;
