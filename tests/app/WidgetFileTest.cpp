@@ -17,8 +17,8 @@ using ::testing::IsEmpty;
 class WidgetFileTest : public ::testing::Test {
 protected:
     void put(const std::string& contents) const { std::ofstream(path) << contents; }
-    std::string contents(const std::filesystem::path& file) const {
-        std::ifstream stream(file);
+    std::string contents(const std::filesystem::path& of) const {
+        std::ifstream stream(of);
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 

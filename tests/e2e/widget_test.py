@@ -47,7 +47,8 @@ class WidgetTest(WindowCase):
         return json.loads(file.read_text())["widgets"] if file.exists() else []
 
     def completed(self):
-        return [entry["content"] for entry in json.loads(self.korvex("completed"))]
+        days = json.loads(self.korvex("completed"))
+        return [entry["content"] for day in days for entry in day["entries"]]
 
     def title(self):
         return self.xdotool("getactivewindow", "getwindowname").strip()

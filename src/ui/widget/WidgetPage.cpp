@@ -32,6 +32,7 @@ WidgetPage::WidgetPage(std::optional<base::Uuid> board, const Parts& parts, cons
                .actions = *this,
                .runLoop = parts.runLoop}) {
     layOut({}, *m_list);
+    m_list->setFocus(); // the keyboard begins there, and shows so once it is used
     connect(m_list, &WidgetTodoList::toggleRequested, this,
             [this](int row) { m_ticks.toggle(m_model->entry(row)); });
     connect(m_list, &WidgetTodoList::openRequested, this,

@@ -43,15 +43,24 @@ QRect WidgetScreens::fitted(const QRect& wanted, const QSize& least) {
     return place;
 }
 
-QRect WidgetScreens::next(const QSize& size, int others, int gap) {
+QRect WidgetScreens::next(const QSize& size, const std::vector<QRect>& others, int gap) {
     const auto room = QGuiApplication::primaryScreen()->availableGeometry();
     const auto rows = std::max(1, (room.height() - gap) / (size.height() + gap));
     const auto columns = std::max(1, (room.width() - gap) / (size.width() + gap));
-    const auto place = others % (rows * columns);
-    const auto fromEnd = (place / rows + 1) * (size.width() + gap);
-    const auto left = QGuiApplication::isRightToLeft() ? room.left() + fromEnd - size.width()
-                                                       : room.right() + 1 - fromEnd;
-    return {QPoint(left, room.top() + gap + place % rows * (size.height() + gap)), size};
+    const auto placeAt = [&](int cell) {
+        const auto fromEnd = (cell / rows + 1) * (size.width() + gap);
+        const auto left = QGuiApplication::isRightToLeft() ? room.left() + fromEnd - size.width()
+                                                           : room.right() + 1 - fromEnd;
+        return QRect(QPoint(left, room.top() + gap + cell % rows * (size.height() + gap)), size);
+    };
+    for (int cell = 0; cell < rows * columns; ++cell) {
+        const auto place = placeAt(cell);
+        if (std::none_of(others.begin(), others.end(),
+                         [&](const QRect& other) { return other.intersects(place); })) {
+            return place;
+        }
+    }
+    return placeAt(static_cast<int>(others.size()) % (rows * columns));
 }
 
 } // namespace korvex::ui

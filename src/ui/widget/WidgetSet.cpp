@@ -88,7 +88,12 @@ WidgetWindow& WidgetSet::make(const app::RememberedWidget& remembered) {
 }
 
 void WidgetSet::show(WidgetWindow& window) {
-    const auto others = static_cast<int>(m_windows.size()) - 1;
+    std::vector<QRect> others;
+    for (const auto& each : m_windows) {
+        if (each->isVisible()) {
+            others.push_back(each->geometry());
+        }
+    }
     window.showAt(WidgetScreens::next(WidgetWindow::firstSize(m_surroundings.theme), others,
                                       m_surroundings.theme.space(Space::wide)));
 }

@@ -364,6 +364,9 @@ void WidgetWindow::applyTheme() {
         windowFlags().testFlag(Qt::FramelessWindowHint) ? theme.space(Space::small) : 0;
     layout()->setContentsMargins(edge, edge, edge, edge);
     setMinimumSize(theme.scaled(kLeastWidth), theme.scaled(kLeastHeight));
+    if (m_wasShown) {
+        followScreens(); // it may have become larger
+    }
     showBoard();
     update();
 }
