@@ -6,6 +6,7 @@
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
 #include "desktop/Launches.h"
+#include "desktop/Reminders.h"
 #include "desktop/StandIns.h"
 #include "desktop/StartupTrace.h"
 #include "desktop/StoreOpening.h"
@@ -111,6 +112,10 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
+    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
+    desktop::Reminders reminders(
+        bus, runLoop, file,
+        isUsersOwn ? desktop::Reminders::Store::usersOwn : desktop::Reminders::Store::another, log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
                                     .isUsersOwn = isUsersOwn,
@@ -120,11 +125,14 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                     .runLoop = runLoop,
                                     .threads = threads,
                                     .log = log,
+                                    .reminders = reminders.center(),
+                                    .widgets = reminders.widgets(),
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources(),
                                     .state = app::userFolder("XDG_STATE_HOME", ".local/state")});
     const auto& workspace = owner.workspace();
+    reminders.follow(workspace.context);
     while (const auto refused =
                ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); })) {
         if (workspace.boards.inboxBoard()) {
@@ -138,7 +146,6 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
 
     ui::MainWindow window(workspace, theme);
     desktop::Launches launches(window, runLoop);
-    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
