@@ -28,7 +28,7 @@ int main(int argc, char** argv) {
     korvex::cli::HeldErrors errors;
     korvex::platform::systemd::JournalLog log(errors);
     korvex::cli::CommandBus bus(log);
-    korvex::cli::CommandLine commandLine({clock, log, bus, bus});
+    korvex::cli::CommandLine commandLine({clock, log, bus, bus, bus});
     const auto status = commandLine.run({argv + 1, argv + argc});
     if (status == korvex::cli::ExitStatus::done) {
         errors.tell();

@@ -6,6 +6,7 @@
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
 #include "desktop/Launches.h"
+#include "desktop/Reminders.h"
 #include "desktop/StandIns.h"
 #include "desktop/StoreOpening.h"
 #include "desktop/Watchers.h"
@@ -16,7 +17,6 @@
 #include "platform/system/StartupTrace.h"
 #include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
-#include "schedule/WidgetRefreshService.h"
 #include "storage/BackgroundThreads.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/IconSet.h"
@@ -112,8 +112,10 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     const base::SystemClock clock;
     const platform::javascriptcore::ScriptModule script(
         platform::javascriptcore::ScriptModule::defaultFile(), log);
-    // They are another program's, which hears of each change and asks the store itself.
-    schedule::WidgetRefreshService widgets([](std::string_view) {}, log);
+    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
+    desktop::Reminders reminders(
+        bus, runLoop, file,
+        isUsersOwn ? desktop::Reminders::Store::usersOwn : desktop::Reminders::Store::another, log);
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
                                     .isUsersOwn = isUsersOwn,
@@ -123,12 +125,14 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                     .runLoop = runLoop,
                                     .threads = threads,
                                     .log = log,
-                                    .widgets = &widgets,
+                                    .reminders = reminders.center(),
+                                    .widgets = reminders.widgets(),
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources(),
                                     .state = app::userFolder("XDG_STATE_HOME", ".local/state")});
     const auto& workspace = owner.workspace();
+    reminders.follow(workspace.context);
     while (const auto refused =
                ui::refusal([&] { workspace.boards.initializeDefaultBoards(clock.now()); })) {
         if (workspace.boards.inboxBoard()) {
@@ -142,7 +146,6 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
 
     ui::MainWindow window(workspace, theme);
     desktop::Launches launches(window, runLoop);
-    platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,

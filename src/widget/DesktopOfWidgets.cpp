@@ -5,15 +5,15 @@
 #include "app/UserFolders.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/qt/DesktopWindow.h"
-#include "ui/kit/words/Text.h"
+#include "platform/system/ProgramFile.h"
 
 #include <QCoreApplication>
 #include <QInputEvent>
-#include <QProcess>
-#include <QProcessEnvironment>
 
 #include <cerrno>
+#include <map>
 #include <utility>
+#include <vector>
 
 namespace korvex::widget {
 
@@ -22,7 +22,7 @@ namespace {
 using platform::bus::MethodAddress;
 
 app::AutostartFile autostart() {
-    const auto program = QCoreApplication::applicationFilePath().toStdString();
+    const auto program = platform::system::ownProgram().string();
     return {
         app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
         {.id = "dev.korvex.Widget", .name = "Korvex Widgets", .command = {program, "--at-login"}}};
@@ -79,7 +79,7 @@ void DesktopOfWidgets::open(const std::string& url) {
                 return;
             }
             if (error->which() == platform::bus::BusErrorCase::timedOut) {
-                refused(url, error->code(), error->errorDescription());
+                refused(url, error->code());
             } else {
                 startApp(url, leave);
             }
@@ -87,22 +87,24 @@ void DesktopOfWidgets::open(const std::string& url) {
 }
 
 void DesktopOfWidgets::startApp(const std::string& url, const std::string& token) {
-    QStringList arguments{QStringLiteral("--"), ui::toQString(url)};
+    std::vector<std::string> arguments{"--", url};
     if (!m_isUsersOwn) {
-        arguments =
-            QStringList{QStringLiteral("--data-dir"), ui::toFileName(m_dataDirectory)} + arguments;
+        arguments.insert(arguments.begin(), {"--data-dir", m_dataDirectory.string()});
     }
-    if (const auto error = startBeside(QStringLiteral("korvex-desktop"), arguments, token)) {
-        refused(url, error, "korvex-desktop could not be started");
+    std::map<std::string, std::string> environment;
+    if (!token.empty()) {
+        environment["DESKTOP_STARTUP_ID"] = token;
+    }
+    if (!platform::system::startBeside("korvex-desktop", arguments, environment)) {
+        refused(url, ENOENT);
     }
 }
 
-void DesktopOfWidgets::refused(const std::string& url, int code, const std::string& why) const {
+void DesktopOfWidgets::refused(const std::string& url, int code) const {
     const auto link = app::Link::parse(url);
     const auto isEntry = link && link->kind == app::Link::Kind::entry;
     m_log.warning((isEntry ? "Unable to open widget entry: " : "Unable to open widget board: ") +
                   std::to_string(code));
-    m_log.info(why);
 }
 
 std::optional<bool> DesktopOfWidgets::startsAtLogin() const {
@@ -111,25 +113,6 @@ std::optional<bool> DesktopOfWidgets::startsAtLogin() const {
 
 std::error_code DesktopOfWidgets::setAtLogin(AtLogin what) {
     return what == AtLogin::start ? m_autostart.turnOn() : m_autostart.turnOff();
-}
-
-int startBeside(const QString& program, const QStringList& arguments, const std::string& token) {
-    QProcess process;
-    process.setProgram(QCoreApplication::applicationDirPath() + QLatin1Char('/') + program);
-    process.setArguments(arguments);
-    process.setStandardInputFile(QProcess::nullDevice());
-    process.setStandardOutputFile(QProcess::nullDevice());
-    process.setStandardErrorFile(QProcess::nullDevice());
-    auto environment = QProcessEnvironment::systemEnvironment();
-    if (!token.empty()) {
-        environment.insert(QStringLiteral("DESKTOP_STARTUP_ID"), ui::toQString(token));
-    }
-    process.setProcessEnvironment(environment);
-    errno = 0;
-    if (process.startDetached()) {
-        return 0;
-    }
-    return errno != 0 ? errno : ENOENT;
 }
 
 } // namespace korvex::widget

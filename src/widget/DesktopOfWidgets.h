@@ -37,7 +37,7 @@ private:
     /// The leave to take the keyboard that the app is given; empty for none.
     std::string token() const;
     void startApp(const std::string& url, const std::string& token);
-    void refused(const std::string& url, int code, const std::string& why) const;
+    void refused(const std::string& url, int code) const;
 
     std::filesystem::path m_dataDirectory;
     bool m_isUsersOwn;
@@ -47,9 +47,5 @@ private:
     quint64 m_pressedAt = 0;
     base::Subscription m_asked;
 };
-
-/// Starts one of our programs, which stands beside this one and outlives it. 0, or the number of
-/// what went wrong.
-int startBeside(const QString& program, const QStringList& arguments, const std::string& token);
 
 } // namespace korvex::widget

@@ -7,6 +7,7 @@
 #include "platform/bus/Bus.h"
 #include "platform/bus/StoreChangeSignal.h"
 #include "platform/qt/QtRunLoop.h"
+#include "platform/system/ProgramFile.h"
 #include "platform/system/SingleInstance.h"
 #include "platform/system/StartupTrace.h"
 #include "platform/system/TerminationWatcher.h"
@@ -62,10 +63,7 @@ int run(int argc, char* argv[], base::LogSink& log) {
     platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
     platform::bus::AgentClient agent(
         bus, runLoop, file,
-        [] {
-            return widget::startBeside(QLatin1String(platform::bus::kAgentProgram), {}, {}) == 0;
-        },
-        log);
+        [] { return platform::system::startBeside(platform::bus::kAgentProgram); }, log);
     schedule::NoReminderCenter noAgent;
     schedule::NoNotifications noNotifications;
     widget::DesktopOfWidgets desktop(directory, bus, log);

@@ -1,7 +1,9 @@
 #include "cli/bus/CommandBus.h"
 
+#include "platform/bus/AgentProtocol.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/bus/StoreChangeSignal.h"
+#include "platform/system/ProgramFile.h"
 #include "platform/systemd/SdEventRunLoop.h"
 
 #include <optional>
@@ -13,12 +15,21 @@ namespace {
 
 using namespace std::chrono_literals;
 using platform::bus::Bus;
+using platform::bus::MethodAddress;
+using platform::bus::Reply;
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds kLongestAnnouncement = 100ms;
 constexpr Seconds kLongestConnecting = 1s;
 /// Somewhat more than the time limit of the call itself.
 constexpr Seconds kLongestAnswer = platform::bus::kDesktopPatience + 1s;
+/// Long enough for an agent that is being started.
+constexpr Seconds kLongestListing = 5s;
+constexpr Seconds kStarting = 50ms;
+
+constexpr const char* kNoBus = "There is no session bus.";
+constexpr const char* kNotRunning = "It is not running.";
+constexpr const char* kSilent = "It does not answer.";
 
 } // namespace
 
@@ -73,6 +84,7 @@ void CommandBus::storeChanged(const std::filesystem::path& storeFile) {
 }
 
 RunningDesktop::Answer CommandBus::ask(const app::Launch& launch) {
+    using Answer = RunningDesktop::Answer;
     using platform::bus::BusErrorCase;
     auto* const connection = connect(kLongestConnecting);
     if (!connection) {
@@ -89,6 +101,93 @@ RunningDesktop::Answer CommandBus::ask(const app::Launch& launch) {
                     });
     connection->loop.runUntil([&] { return answer.has_value(); }, kLongestAnswer);
     return answer.value_or(Answer::silent);
+}
+
+CommandBus::Called CommandBus::callAgent(const char* method, const platform::bus::Arguments& sent,
+                                         MethodAddress::Start start, Seconds limit,
+                                         const std::function<void(const Reply&)>& take) {
+    const auto end = std::chrono::steady_clock::now() + limit;
+    auto* const connection = connect(limit);
+    if (!connection) {
+        return Called::noBus;
+    }
+    std::optional<Called> called;
+    const auto asked = connection->bus.call(
+        platform::bus::agentMethod(method, start), sent, [&](const Reply& reply) {
+            const auto* const error = reply.error();
+            called = !error                                                ? Called::answered
+                     : error->name().empty()                               ? Called::silent
+                     : error->name() == platform::bus::kAgentHasOtherStore ? Called::answered
+                                                                           : Called::nobodyThere;
+            if (!error && take) {
+                take(reply);
+            }
+        });
+    connection->loop.runUntil([&] { return called.has_value(); },
+                              end - std::chrono::steady_clock::now());
+    return called.value_or(Called::silent);
+}
+
+void CommandBus::planReminders(const std::filesystem::path& storeFile,
+                               const std::vector<std::string>& withdrawn) {
+    const auto called =
+        callAgent(platform::bus::agent_method::kReconcile,
+                  platform::bus::arguments(platform::bus::agentStoreArgument(storeFile), withdrawn),
+                  MethodAddress::Start::allowed, kLongestAnnouncement, {});
+    if (called == Called::nobodyThere) {
+        // The bus has not been told how: it stands beside this program then, and plans at its
+        // start.
+        platform::system::startBeside(platform::bus::kAgentProgram);
+    }
+}
+
+RunningAgent::Answer<app::AgentStatus> CommandBus::agentStatus() {
+    RunningAgent::Answer<app::AgentStatus> answer;
+    const auto called =
+        callAgent(platform::bus::agent_method::kGetStatus, {}, MethodAddress::Start::never,
+                  kLongestListing, [&](const Reply& reply) {
+                      answer.said =
+                          platform::bus::agentStatusOf(reply.read<platform::bus::Dictionary>());
+                  });
+    answer.reason = reasonOf(called);
+    return answer;
+}
+
+RunningAgent::Answer<std::vector<app::AgentReminder>> CommandBus::agentReminders() {
+    RunningAgent::Answer<std::vector<app::AgentReminder>> answer;
+    const auto end = std::chrono::steady_clock::now() + kLongestListing;
+    auto called = Called::nobodyThere;
+    auto isStarted = false;
+    do {
+        called = callAgent(platform::bus::agent_method::kList, {}, MethodAddress::Start::allowed,
+                           end - std::chrono::steady_clock::now(), [&](const Reply& reply) {
+                               answer.said = platform::bus::agentRemindersOf(reply);
+                           });
+        if (called != Called::nobodyThere) {
+            break;
+        }
+        if (!isStarted && !platform::system::startBeside(platform::bus::kAgentProgram)) {
+            break;
+        }
+        isStarted = true;
+        m_connection->loop.runUntil([] { return false; }, kStarting);
+    } while (std::chrono::steady_clock::now() < end);
+    answer.reason = reasonOf(called);
+    return answer;
+}
+
+std::string CommandBus::reasonOf(Called called) {
+    switch (called) {
+    case Called::answered:
+        break;
+    case Called::nobodyThere:
+        return kNotRunning;
+    case Called::silent:
+        return kSilent;
+    case Called::noBus:
+        return kNoBus;
+    }
+    return {};
 }
 
 } // namespace korvex::cli

@@ -145,7 +145,7 @@ class Restoring {
 public:
     Restoring(Session& session, store::ModelContext& context)
         : m_session(session),
-          m_service(context, m_reminders, m_widgets, session.environment().log) {}
+          m_service(context, session.reminders(), session.widgets(), session.environment().log) {}
 
     std::filesystem::path recoveryFile() const {
         return storage::recoveryFile(m_session.storeFile().parent_path());
@@ -171,8 +171,6 @@ public:
 
 private:
     Session& m_session;
-    services::NoReminders m_reminders;
-    services::NoWidgets m_widgets;
     storage::BackupService m_service;
 };
 

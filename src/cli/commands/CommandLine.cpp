@@ -103,6 +103,7 @@ ParsedArguments parse(std::vector<std::string> arguments) {
     addBoardCommands(program, parsed.action);
     addBackupCommands(program, parsed.action);
     addStoreCommands(program, parsed.action);
+    addReminderCommands(program, parsed.action);
     addDesktopCommands(program, parsed.action);
     program.require_subcommand(0, 1);
     program.footer(kProgramHelp); // not before: commands inherit it

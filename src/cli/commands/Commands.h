@@ -28,6 +28,7 @@ void addSearchCommands(CLI::App& program, Action& chosen);
 void addBackupCommands(CLI::App& program, Action& chosen);
 void addAutomaticBackupCommands(CLI::App& backupCommands, Action& chosen);
 void addStoreCommands(CLI::App& program, Action& chosen);
+void addReminderCommands(CLI::App& program, Action& chosen);
 void addDesktopCommands(CLI::App& program, Action& chosen);
 
 /// The open entries of the Inbox, for who starts the program without a display.

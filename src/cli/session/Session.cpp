@@ -9,14 +9,12 @@
 namespace korvex::cli {
 
 struct Session::Services {
-    Services(std::unique_ptr<store::ModelContext> opened, base::LogSink& log)
+    Services(std::unique_ptr<store::ModelContext> opened, Session& session)
         : owned(std::move(opened)),
           context(*owned),
-          boards(context, reminders, widgets, log),
-          entries(context, reminders, widgets, log) {}
+          boards(context, session.m_reminders, session.m_widgets, session.m_environment.log),
+          entries(context, session.m_reminders, session.m_widgets, session.m_environment.log) {}
 
-    services::NoReminders reminders;
-    services::NoWidgets widgets;
     std::unique_ptr<store::ModelContext> owned;
     store::ModelContext& context;
     services::BoardService boards;
@@ -29,7 +27,8 @@ Session::Session(const Environment& environment, const GlobalOptions& options)
       m_output(environment.outputDescriptor),
       m_terminal(Terminal::of(environment.outputDescriptor)),
       m_storeFile(app::storeFile(app::dataDirectory(options.dataDirectory))),
-      m_now(environment.clock.now()) {}
+      m_now(environment.clock.now()),
+      m_widgets([](std::string_view) {}, m_environment.log) {}
 
 Session::~Session() = default;
 
@@ -99,6 +98,10 @@ void Session::announceChanges() const {
     if (m_hasSaved) {
         m_environment.broadcaster.storeChanged(m_storeFile);
     }
+    // Of no other store does anybody remind.
+    if (m_reminders.isAsked() && app::isUsersOwn(m_storeFile.parent_path())) {
+        m_environment.agent.planReminders(m_storeFile, m_reminders.withdrawn());
+    }
 }
 
 void Session::leaveStore() noexcept {
@@ -132,7 +135,7 @@ Session::Services& Session::services() {
         for (const auto& notice : store.notices) {
             remark(notice);
         }
-        m_services = std::make_unique<Services>(std::move(store.context), m_environment.log);
+        m_services = std::make_unique<Services>(std::move(store.context), *this);
         if (m_container->allowsSave()) {
             m_services->boards.initializeDefaultBoards(m_now);
         }

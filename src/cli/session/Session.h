@@ -6,9 +6,12 @@
 #include "base/Clock.h"
 #include "base/DateFormats.h"
 #include "base/Log.h"
+#include "cli/session/AskedReminders.h"
+#include "cli/session/RunningAgent.h"
 #include "cli/session/RunningDesktop.h"
 #include "cli/terminal/Output.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "schedule/WidgetRefreshService.h"
 #include "services/BoardService.h"
 #include "services/EntryService.h"
 #include "store/ModelContainer.h"
@@ -28,6 +31,7 @@ struct Environment {
     base::LogSink& log;
     app::StoreChangeBroadcaster& broadcaster;
     RunningDesktop& desktop;
+    RunningAgent& agent;
     int inputDescriptor = 0;
     int outputDescriptor = 1;
     int errorDescriptor = 2;
@@ -69,6 +73,10 @@ public:
     store::ModelContext& existing();
     services::BoardService& boards();
     services::EntryService& entries();
+    /// Whom operations on the store ask for its reminders and for its widgets. The widgets hear the
+    /// change signal, which `announceChanges` sends.
+    services::ReminderReconciling& reminders() { return m_reminders; }
+    services::WidgetReloading& widgets() { return m_widgets; }
     richtext::RichTextSerializer serializer() const {
         return richtext::RichTextSerializer(m_environment.log);
     }
@@ -80,12 +88,16 @@ public:
     /// The settings that name the first of two boards name the second from now on.
     void remapBoards(std::span<const std::pair<base::Uuid, base::Uuid>> merged);
     /// For a command that changes the store past these: `announceChanges` has something to tell.
-    void noteChange() { m_hasSaved = true; }
+    void noteChange() {
+        m_hasSaved = true;
+        m_reminders.requestReconcile();
+    }
     /// For the command that repairs the store: it is no advice where that fails.
     void noteRepair() { m_isRepair = true; }
     bool isRepair() const { return m_isRepair; }
 
-    /// Tells the other programs, once, when something was saved.
+    /// Tells the other programs, once, when something was saved, and the agent when that can
+    /// concern reminders.
     void announceChanges() const;
     /// The last thing: leaves the store as a program that ends should.
     void leaveStore() noexcept;
@@ -112,6 +124,8 @@ private:
     std::unique_ptr<store::ModelContainer> m_container;
     base::Subscription m_saves;
     bool m_hasSaved = false;
+    AskedReminders m_reminders;
+    schedule::WidgetRefreshService m_widgets;
     bool m_isRepair = false;
     std::unique_ptr<Services> m_services;
 };

@@ -57,7 +57,7 @@ AgentClient::AgentClient(Bus& bus, base::RunLoop& runLoop, const std::filesystem
                              .interface = kAgentInterface,
                              .member = kAgentStatusChanged},
                             [this](const IncomingSignal& signal) {
-                                setAgent(AgentStatus::of(signal.read<Dictionary>()));
+                                setAgent(agentStatusOf(signal.read<Dictionary>()));
                             });
 }
 
@@ -134,7 +134,7 @@ void AgentClient::take(const Reply& reply) {
         return;
     }
     m_pause = kShortestPause;
-    setAgent(AgentStatus::of(reply.read<Dictionary>()));
+    setAgent(agentStatusOf(reply.read<Dictionary>()));
     if (!m_wishes.isEmpty()) {
         askSoon();
     }
@@ -179,7 +179,7 @@ void AgentClient::retryLater() {
     m_pause = std::min(m_pause * 2, kLongestPause);
 }
 
-void AgentClient::setAgent(const AgentStatus& agent) {
+void AgentClient::setAgent(const app::AgentStatus& agent) {
     m_agent = agent;
     setStatus(agent.reminders);
 }

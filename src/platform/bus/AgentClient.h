@@ -41,7 +41,7 @@ public:
     void requestAuthorization() override;
 
     /// What it says of itself besides; absent as long as it has not said anything.
-    const std::optional<AgentStatus>& agent() const { return m_agent; }
+    const std::optional<app::AgentStatus>& agent() const { return m_agent; }
 
     /// For whoever completes todos: it cancels. All else is the agent's own and does
     /// nothing here: no request is known, and none can be added.
@@ -85,7 +85,7 @@ private:
     void fail(const BusError& error);
     void followOwner(const std::string& owner);
     void retryLater();
-    void setAgent(const AgentStatus& agent);
+    void setAgent(const app::AgentStatus& agent);
     void setUnreachable(std::string_view reason);
     void setStatus(Status status);
 
@@ -96,7 +96,7 @@ private:
     base::Logger m_log;
     Notifications m_notifications{*this};
     Status m_status;
-    std::optional<AgentStatus> m_agent;
+    std::optional<app::AgentStatus> m_agent;
     Wishes m_wishes;
     /// Those of the call that is under way.
     std::optional<Wishes> m_asked;

@@ -2,7 +2,6 @@
 
 #include "base/Text.h"
 
-#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -11,7 +10,6 @@ namespace korvex::platform::bus {
 namespace {
 
 using schedule::AuthorizationStatus;
-using State = AgentReminder::State;
 
 constexpr const char* kAuthorization = "authorization";
 constexpr const char* kReason = "reason";
@@ -30,13 +28,6 @@ constexpr std::array<std::pair<AuthorizationStatus, const char*>, 6> kAuthorizat
     {AuthorizationStatus::ephemeral, "ephemeral"},
     {AuthorizationStatus::unavailable, "unavailable"},
 }};
-constexpr std::array<std::pair<State, std::string_view>, 4> kStates{{
-    {State::pending, "pending"},
-    {State::shown, "shown"},
-    {State::closed, "closed"},
-    {State::withdrawn, "withdrawn"},
-}};
-
 template <typename Kind>
 Kind valueOr(const Dictionary& values, const char* name, Kind otherwise) {
     const auto* const found = find<Kind>(values, name);
@@ -62,11 +53,12 @@ std::string agentStoreArgument(const std::filesystem::path& storeFile) {
     return base::isValidUtf8(storeFile.native()) ? storeFile.native() : std::string();
 }
 
-Dictionary AgentStatus::toDictionary() const {
+Dictionary toDictionary(const app::AgentStatus& said) {
+    const auto& reminders = said.reminders;
     Dictionary values{{kReason, Value(reminders.reason)},
-                      {kVersion, Value(version)},
-                      {kProcess, Value(processID)},
-                      {kDaemon, Value(daemon)}};
+                      {kVersion, Value(said.version)},
+                      {kProcess, Value(said.processID)},
+                      {kDaemon, Value(said.daemon)}};
     for (const auto& [status, name] : kAuthorizations) {
         if (status == reminders.authorization) {
             values.emplace(kAuthorization, Value(name));
@@ -79,19 +71,20 @@ Dictionary AgentStatus::toDictionary() const {
             values.emplace(name, Value(*message));
         }
     }
-    if (nextDue) {
-        values.emplace(kNextDue, Value(nextDue->seconds));
+    if (said.nextDue) {
+        values.emplace(kNextDue, Value(said.nextDue->seconds));
     }
     return values;
 }
 
-AgentStatus AgentStatus::of(const Dictionary& values) {
-    AgentStatus status{.reminders = {.reason = valueOr<std::string>(values, kReason, {}),
-                                     .permissionErrorMessage = textAt(values, kPermissionError),
-                                     .schedulingErrorMessage = textAt(values, kSchedulingError)},
-                       .version = valueOr<std::string>(values, kVersion, {}),
-                       .processID = valueOr<std::uint32_t>(values, kProcess, 0),
-                       .daemon = valueOr<std::string>(values, kDaemon, {})};
+app::AgentStatus agentStatusOf(const Dictionary& values) {
+    app::AgentStatus status{
+        .reminders = {.reason = valueOr<std::string>(values, kReason, {}),
+                      .permissionErrorMessage = textAt(values, kPermissionError),
+                      .schedulingErrorMessage = textAt(values, kSchedulingError)},
+        .version = valueOr<std::string>(values, kVersion, {}),
+        .processID = valueOr<std::uint32_t>(values, kProcess, 0),
+        .daemon = valueOr<std::string>(values, kDaemon, {})};
     const auto authorization = valueOr<std::string>(values, kAuthorization, {});
     for (const auto& [known, name] : kAuthorizations) {
         if (name == authorization) {
@@ -104,34 +97,30 @@ AgentStatus AgentStatus::of(const Dictionary& values) {
     return status;
 }
 
-AgentReminder::OnBus AgentReminder::toBus() const {
-    return {entryID.text(), date.seconds, body, std::string(nameOf(state))};
+AgentReminderOnBus toBus(const app::AgentReminder& reminder) {
+    return {reminder.entryID.text(), reminder.date.seconds, reminder.body,
+            std::string(app::nameOf(reminder.state))};
 }
 
-std::optional<AgentReminder> AgentReminder::of(const OnBus& told) {
+std::optional<app::AgentReminder> agentReminderOf(const AgentReminderOnBus& told) {
     const auto& [id, seconds, body, name] = told;
     const auto entry = base::Uuid::parse(id);
-    const auto state =
-        std::find_if(kStates.begin(), kStates.end(),
-                     [&name = name](const auto& each) { return each.second == name; });
-    if (!entry || state == kStates.end() || !base::Instant{seconds}.isValid()) {
+    const auto state = app::agentReminderState(name);
+    const base::Instant date{seconds};
+    if (!entry || !state || !date.isValid()) {
         return std::nullopt;
     }
-    return AgentReminder{*entry, {seconds}, body, state->first};
+    return app::AgentReminder{*entry, date, body, *state};
 }
 
-std::vector<AgentReminder> AgentReminder::allOf(const Reply& reply) {
-    std::vector<AgentReminder> reminders;
-    for (const auto& told : reply.read<std::vector<OnBus>>()) {
-        if (auto reminder = of(told)) {
+std::vector<app::AgentReminder> agentRemindersOf(const Reply& reply) {
+    std::vector<app::AgentReminder> reminders;
+    for (const auto& told : reply.read<std::vector<AgentReminderOnBus>>()) {
+        if (auto reminder = agentReminderOf(told)) {
             reminders.push_back(*std::move(reminder));
         }
     }
     return reminders;
-}
-
-std::string_view nameOf(State state) {
-    return kStates.at(static_cast<std::size_t>(state)).second;
 }
 
 } // namespace korvex::platform::bus

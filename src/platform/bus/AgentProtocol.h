@@ -1,16 +1,11 @@
 #pragma once
 
-#include "base/Instant.h"
-#include "base/Uuid.h"
+#include "app/AgentStatus.h"
 #include "platform/bus/Bus.h"
-#include "schedule/ReminderCenter.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <tuple>
 #include <vector>
 
@@ -42,54 +37,16 @@ MethodAddress agentMethod(const char* member, MethodAddress::Start start);
 /// The path as a text for the bus; empty, which is the agent's own store, where it is none.
 std::string agentStoreArgument(const std::filesystem::path& storeFile);
 
-/// What the agent says of itself.
-struct AgentStatus {
-    schedule::ReminderCenter::Status reminders = {};
-    std::string version = {};
-    std::uint32_t processID = 0;
-    /// Who shows notifications, in its own words; empty where nobody is there.
-    std::string daemon = {};
-    /// When it has something to show next.
-    std::optional<base::Instant> nextDue = std::nullopt;
+Dictionary toDictionary(const app::AgentStatus& status);
+/// What is missing or of another type is as if nothing were known of it.
+app::AgentStatus agentStatusOf(const Dictionary& values);
 
-    bool operator==(const AgentStatus&) const = default;
-
-    Dictionary toDictionary() const;
-    /// What is missing or of another type is as if nothing were known of it.
-    static AgentStatus of(const Dictionary& values);
-};
-
-/// One reminder that the agent holds.
-struct AgentReminder {
-    enum class State {
-        /// Still to be shown.
-        pending,
-        /// To be seen now.
-        shown,
-        /// Shown, and closed since.
-        closed,
-        /// Shown, and no longer asked for.
-        withdrawn,
-    };
-    base::Uuid entryID;
-    base::Instant date;
-    /// Empty for what is only remembered.
-    std::string body;
-    State state = State::pending;
-
-    bool operator==(const AgentReminder&) const = default;
-
-    /// How many are told at once.
-    static constexpr std::size_t kMost = 1000;
-    /// Identifier, moment, body, state.
-    using OnBus = std::tuple<std::string, double, std::string, std::string>;
-    OnBus toBus() const;
-    /// Absent for what is none.
-    static std::optional<AgentReminder> of(const OnBus& told);
-    /// What `List` has answered. Throws BusError.
-    static std::vector<AgentReminder> allOf(const Reply& reply);
-};
-/// What people and JSON call it.
-std::string_view nameOf(AgentReminder::State state);
+/// A reminder as it is told: identifier, moment, body, state.
+using AgentReminderOnBus = std::tuple<std::string, double, std::string, std::string>;
+AgentReminderOnBus toBus(const app::AgentReminder& reminder);
+/// Absent for what is none.
+std::optional<app::AgentReminder> agentReminderOf(const AgentReminderOnBus& told);
+/// What `List` has answered. Throws BusError.
+std::vector<app::AgentReminder> agentRemindersOf(const Reply& reply);
 
 } // namespace korvex::platform::bus

@@ -5,8 +5,10 @@
 #include "platform/bus/NameWatch.h"
 
 #include <systemd/sd-bus.h>
+#include <systemd/sd-id128.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <exception>
@@ -198,6 +200,15 @@ void Bus::connectionEnded() {
 std::string Bus::uniqueName() const {
     const char* name = nullptr;
     return isConnected() && sd_bus_get_unique_name(connection(), &name) >= 0 ? name : "";
+}
+
+std::string Bus::busID() const {
+    sd_id128_t id{};
+    if (!isConnected() || sd_bus_get_bus_id(connection(), &id) < 0) {
+        return {};
+    }
+    std::array<char, SD_ID128_STRING_MAX> text{};
+    return sd_id128_to_string(id, text.data());
 }
 
 base::Subscription Bus::call(const MethodAddress& method, const Arguments& arguments, Answer answer,

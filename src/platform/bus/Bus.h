@@ -77,6 +77,9 @@ public:
     bool isConnected() const { return m_state == State::connected; }
     /// The name that no other connection has; empty without a bus.
     std::string uniqueName() const;
+    /// Which bus it is: no other one has that identifier, also not the next session's; empty
+    /// without a bus.
+    std::string busID() const;
 
     using Answer = std::function<void(const Reply&)>;
     /// Calls a method. The answer is called once and never from within this function, also where

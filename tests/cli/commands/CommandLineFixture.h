@@ -35,6 +35,21 @@ public:
     std::vector<app::Launch> asked;
 };
 
+/// Says what it is told to say, and keeps what it was asked for.
+class FakeAgent final : public cli::RunningAgent {
+public:
+    void planReminders(const std::filesystem::path&,
+                       const std::vector<std::string>& withdrawn) override {
+        asked.push_back(withdrawn);
+    }
+    Answer<app::AgentStatus> agentStatus() override { return status; }
+    Answer<std::vector<app::AgentReminder>> agentReminders() override { return reminders; }
+
+    Answer<app::AgentStatus> status{.reason = "It is not running."};
+    Answer<std::vector<app::AgentReminder>> reminders{.reason = "There is no session bus."};
+    std::vector<std::vector<std::string>> asked;
+};
+
 /// What a command printed and how it ended.
 struct Outcome {
     cli::ExitStatus status;
@@ -50,7 +65,7 @@ protected:
         const File in(input);
         const File out;
         const File err;
-        cli::CommandLine commandLine({clock, log, broadcaster, desktop, in.descriptor(),
+        cli::CommandLine commandLine({clock, log, broadcaster, desktop, agent, in.descriptor(),
                                       out.descriptor(), err.descriptor()});
         const auto status = commandLine.run(std::move(arguments));
         return {status, out.text(), err.text()};
@@ -78,6 +93,7 @@ protected:
     FakeClock clock{base::Instant::fromUnixSeconds(1'741'611'600)};
     CountingBroadcaster broadcaster;
     FakeDesktop desktop;
+    FakeAgent agent;
 
 private:
     ScopedEnvironment m_zone{"TZ", "Europe/Berlin"};

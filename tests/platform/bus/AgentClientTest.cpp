@@ -29,30 +29,30 @@ struct StandIn {
                                           return;
                                       }
                                       withdrawn.push_back(ids);
-                                      call.reply(arguments(status.toDictionary()));
+                                      call.reply(arguments(toDictionary(status)));
                                   },
                                   "a{sv}"),
                               Interface::method<>(
                                   agent_method::kRequestAuthorization,
                                   [this](IncomingCall& call) {
                                       ++authorizations;
-                                      call.reply(arguments(status.toDictionary()));
+                                      call.reply(arguments(toDictionary(status)));
                                   },
                                   "a{sv}")},
                   .signals = {{.name = kAgentStatusChanged, .carries = "a{sv}"}}}) {
         bus.start();
         name.emplace(bus, kAgentName);
     }
-    void say(const AgentStatus& now) {
+    void say(const app::AgentStatus& now) {
         status = now;
-        object.emit(kAgentStatusChanged, arguments(status.toDictionary()));
+        object.emit(kAgentStatusChanged, arguments(toDictionary(status)));
     }
 
-    AgentStatus status{.reminders = {.authorization = AuthorizationStatus::authorized},
-                       .version = "1",
-                       .processID = 7,
-                       .daemon = "dunst",
-                       .nextDue = base::Instant{5}};
+    app::AgentStatus status{.reminders = {.authorization = AuthorizationStatus::authorized},
+                            .version = "1",
+                            .processID = 7,
+                            .daemon = "dunst",
+                            .nextDue = base::Instant{5}};
     /// What was to be withdrawn, for each reconcile that was asked for.
     std::vector<std::vector<std::string>> withdrawn;
     int authorizations = 0;
@@ -189,13 +189,14 @@ TEST_F(AgentClientTest, TheAgentOfAnotherStoreIsLeftAlone) {
 }
 
 TEST(AgentReminder, WhatIsToldOfOneIsReadAndWhatIsNoneIsNot) {
-    const AgentReminder reminder{base::Uuid{{9}}, {12.5}, "Milk", AgentReminder::State::closed};
-    EXPECT_EQ(AgentReminder::of(reminder.toBus()), reminder);
-    auto wrong = reminder.toBus();
+    const app::AgentReminder reminder{
+        base::Uuid{{9}}, {12.5}, "Milk", app::AgentReminder::State::closed};
+    EXPECT_EQ(agentReminderOf(toBus(reminder)), reminder);
+    auto wrong = toBus(reminder);
     std::get<3>(wrong) = "lost";
-    EXPECT_EQ(AgentReminder::of(wrong), std::nullopt);
-    EXPECT_EQ(AgentReminder::of({"no-id", 1, "", "pending"}), std::nullopt);
-    EXPECT_EQ(AgentReminder::of({reminder.entryID.text(), std::nan(""), "", "pending"}),
+    EXPECT_EQ(agentReminderOf(wrong), std::nullopt);
+    EXPECT_EQ(agentReminderOf({"no-id", 1, "", "pending"}), std::nullopt);
+    EXPECT_EQ(agentReminderOf({reminder.entryID.text(), std::nan(""), "", "pending"}),
               std::nullopt);
 }
 

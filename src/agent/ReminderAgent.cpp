@@ -1,0 +1,243 @@
+#include "agent/ReminderAgent.h"
+
+#include "base/Error.h"
+#include "base/Text.h"
+#include "storage/StoreMarkers.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+namespace korvex::agent {
+
+namespace {
+
+using app::AgentReminder;
+using app::AgentStatus;
+using platform::bus::NotificationDaemon;
+using schedule::AuthorizationStatus;
+
+/// What one program writes comes as several hints.
+constexpr std::chrono::milliseconds kCoalescing{20};
+/// A thousand of them fit into a message.
+constexpr std::size_t kLongestBody = 500;
+
+constexpr const char* kNobody =
+    "No program that shows notifications is running, and none is installed that could be started.";
+
+/// What stands beside the store and is written whenever somebody changes or prepares it.
+std::vector<std::string> filesOf(const std::filesystem::path& storeFile) {
+    const auto name = storeFile.filename().string();
+    return {name, name + ".lock", std::string(storage::storeMarkers::kPrepared)};
+}
+
+AgentReminder toReminder(const ReminderTable::Row& row) {
+    using State = AgentReminder::State;
+    const auto state = [&] {
+        switch (row.state) {
+        case ReminderState::pending:
+            break;
+        case ReminderState::posted:
+            return State::shown;
+        case ReminderState::gone:
+            return State::closed;
+        case ReminderState::withdrawn:
+            return State::withdrawn;
+        }
+        return State::pending;
+    }();
+    auto body = base::repairedUtf8(row.request.body);
+    if (body.size() > kLongestBody) {
+        body.resize(base::characterStart(body, kLongestBody));
+    }
+    return {row.request.entryID, row.request.date, std::move(body), state};
+}
+
+} // namespace
+
+ReminderAgent::ReminderAgent(Surroundings surroundings)
+    : m_surroundings(std::move(surroundings)),
+      m_log(m_surroundings.log, "ReminderAgent"),
+      m_table(m_surroundings.tableFile, m_surroundings.log),
+      m_client(m_table, m_surroundings.clock),
+      m_store(m_surroundings.storeFile, m_client, m_surroundings.clock, m_surroundings.runLoop,
+              m_surroundings.log),
+      m_delivery(m_table, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
+      m_daemon(m_surroundings.bus, m_surroundings.log),
+      m_posting(m_delivery, m_daemon, m_surroundings.runLoop, m_surroundings.log),
+      m_responses({.bus = m_surroundings.bus,
+                   .store = m_store,
+                   .delivery = m_delivery,
+                   .client = m_client,
+                   .clock = m_surroundings.clock,
+                   .log = m_surroundings.log,
+                   .startDesktop = m_surroundings.startDesktop},
+                  m_daemon),
+      m_object(m_surroundings.bus, *this),
+      m_changes(m_surroundings.bus, m_surroundings.storeFile),
+      m_files(m_surroundings.runLoop, m_surroundings.storeFile.parent_path(),
+              filesOf(m_surroundings.storeFile)) {
+    m_subscriptions.push_back(m_daemon.changed().connect([this] { followDaemon(); }));
+    m_subscriptions.push_back(m_changes.changed().connect([this] { takeHint(); }));
+    m_subscriptions.push_back(m_files.changed().connect([this] { takeHint(); }));
+    m_subscriptions.push_back(
+        m_posting.tableFailed().connect([this] { reconcileSoon(Reason::request); }));
+    m_subscriptions.push_back(
+        m_responses.responded().connect([this] { reconcileSoon(Reason::request); }));
+    reconcileSoon(Reason::request);
+}
+
+ReminderAgent::~ReminderAgent() = default;
+
+bool ReminderAgent::looksAfter(const std::string& storeFile) const {
+    std::error_code ignored;
+    return storeFile.empty() || storeFile == m_store.file() ||
+           std::filesystem::equivalent(storeFile, m_store.file(), ignored);
+}
+
+void ReminderAgent::reconcile(std::span<const base::Uuid> withdrawn) {
+    if (!withdrawn.empty()) {
+        std::vector<std::string> identifiers;
+        identifiers.reserve(withdrawn.size());
+        for (const auto& id : withdrawn) {
+            identifiers.push_back(schedule::ReminderNotification::identifier(id));
+        }
+        try {
+            m_client.cancel(identifiers);
+        } catch (const base::Error& error) {
+            // The reconcile finds it.
+            m_log.warning("Could not withdraw: " + error.errorDescription());
+        }
+    }
+    reconcileSoon(Reason::request);
+}
+
+void ReminderAgent::timeChanged() {
+    reconcileSoon(Reason::request);
+}
+
+void ReminderAgent::takeHint() {
+    if (!m_pause) {
+        m_pause = m_surroundings.runLoop.callAfter(kCoalescing, [this] {
+            m_pause.reset();
+            reconcileSoon(Reason::hint);
+        });
+    }
+}
+
+void ReminderAgent::reconcileSoon(Reason reason) {
+    m_isRequested = m_isRequested || reason == Reason::request;
+    if (std::exchange(m_willReconcile, true)) {
+        return;
+    }
+    m_surroundings.runLoop.post([this, life = std::weak_ptr<const bool>(m_life)] {
+        if (!life.expired()) {
+            m_willReconcile = false;
+            reconcileNow();
+        }
+    });
+}
+
+void ReminderAgent::reconcileNow() {
+    const auto isRequested = std::exchange(m_isRequested, false);
+    const auto isAnother = m_store.look();
+    auto* const opened = m_store.opened();
+    try {
+        if (isAnother) {
+            m_delivery.useStore(opened ? &opened->context : nullptr);
+        }
+        // What came due while nobody looked comes first, or the reconcile would take it for past.
+        m_posting.serve();
+        if (opened) {
+            const auto revision = opened->container->revision();
+            if (isRequested || isAnother || revision != m_revision) {
+                opened->scheduler.reconcile(opened->context, m_surroundings.clock.now());
+                m_revision = revision;
+            }
+        }
+    } catch (const base::Error& error) {
+        // It is said in the status, and tried again with the next hint.
+        m_log.warning("The store could not be followed: " + error.errorDescription());
+        m_revision.reset();
+        m_delivery.useStore(nullptr);
+        m_store.close();
+    }
+    m_posting.serve();
+    tellStatus();
+}
+
+void ReminderAgent::followDaemon() {
+    refreshAuthorization();
+    m_posting.serve();
+    tellStatus();
+}
+
+void ReminderAgent::requestAuthorization() {
+    m_daemon.look();
+    refreshAuthorization();
+}
+
+void ReminderAgent::refreshAuthorization() {
+    auto status = AuthorizationStatus::unavailable;
+    switch (m_daemon.presence()) {
+    case NotificationDaemon::Presence::unknown:
+        return;
+    case NotificationDaemon::Presence::missing:
+        m_reason = kNobody;
+        break;
+    case NotificationDaemon::Presence::running:
+    case NotificationDaemon::Presence::startable:
+        m_reason = m_daemon.startFailure().empty()
+                       ? std::string()
+                       : "The program that shows notifications cannot be started: " +
+                             m_daemon.startFailure();
+        if (m_reason.empty()) {
+            status = AuthorizationStatus::authorized;
+        }
+        break;
+    }
+    m_client.setAuthorization(status);
+    if (auto* const opened = m_store.opened()) {
+        opened->scheduler.refreshAuthorization(schedule::ReminderScheduler::RequestIfNeeded::no);
+    }
+}
+
+AgentStatus ReminderAgent::status() {
+    AgentStatus status{.reminders = {.authorization = m_client.authorization(), .reason = m_reason},
+                       .version = m_surroundings.version,
+                       .processID = static_cast<std::uint32_t>(::getpid()),
+                       .daemon = m_daemon.description()};
+    if (auto* const opened = m_store.opened()) {
+        status.reminders.permissionErrorMessage = opened->scheduler.permissionErrorMessage();
+        status.reminders.schedulingErrorMessage = opened->scheduler.schedulingErrorMessage();
+    }
+    try {
+        status.nextDue = m_delivery.nextDue();
+    } catch (const base::Error& error) {
+        m_log.warning("What is due next cannot be read: " + error.errorDescription());
+    }
+    return status;
+}
+
+void ReminderAgent::tellStatus() {
+    auto now = status();
+    // When something is due next changes all the time, and nobody waits for that.
+    now.nextDue.reset();
+    if (now != m_told) {
+        m_told = now;
+        m_object.statusChanged(status());
+    }
+}
+
+std::vector<AgentReminder> ReminderAgent::reminders() {
+    std::vector<AgentReminder> reminders;
+    for (const auto& row : m_table.rows(AgentReminder::kMost)) {
+        reminders.push_back(toReminder(row));
+    }
+    return reminders;
+}
+
+} // namespace korvex::agent

@@ -1,0 +1,118 @@
+#include "agent/ReminderPosting.h"
+
+#include "store/StoreError.h"
+
+#include <chrono>
+#include <string>
+
+namespace korvex::agent {
+
+namespace {
+
+using platform::bus::NotificationDaemon;
+using schedule::ReminderNotification;
+
+/// A full disk may have room again, and nothing else says so.
+constexpr std::chrono::seconds kTableRetry{30};
+/// One that is damaged is begun anew, which need not wait.
+constexpr std::chrono::seconds kDamageRetry{1};
+
+ShownNotification toShown(const NotificationDaemon::Shown& shown) {
+    return {.id = shown.id, .daemon = shown.daemon};
+}
+
+NotificationDaemon::Notification notificationOf(const schedule::ReminderRequest& request) {
+    return {.title = std::string(ReminderNotification::kTitle),
+            .body = request.body,
+            .action = std::string(ReminderNotification::kCompleteAction),
+            .actionTitle = std::string(ReminderNotification::kCompleteTitle),
+            .category = std::string(ReminderNotification::kCategory)};
+}
+
+} // namespace
+
+ReminderPosting::ReminderPosting(ReminderDelivery& delivery, NotificationDaemon& daemon,
+                                 base::RunLoop& runLoop, base::LogSink& log)
+    : m_delivery(delivery),
+      m_daemon(daemon),
+      m_runLoop(runLoop),
+      m_log(log, "ReminderPosting"),
+      m_due(runLoop, [this] { serve(); }) {
+    m_closed = m_daemon.closed().connect([this](const NotificationDaemon::Shown& shown) {
+        attempt([&] { m_delivery.recordClosed(toShown(shown)); });
+    });
+}
+
+void ReminderPosting::serve() {
+    attempt([this] {
+        if (m_daemon.presence() == NotificationDaemon::Presence::unknown) {
+            return;
+        }
+        m_delivery.setDaemon(m_daemon.identity());
+        m_delivery.reviewShown();
+        // Where nobody can be had, all of it waits for somebody to come.
+        if (m_daemon.presence() != NotificationDaemon::Presence::missing) {
+            for (const auto& request : m_delivery.takeDue()) {
+                post(request);
+            }
+        }
+        for (const auto& shown : m_delivery.takeWithdrawals()) {
+            close(shown);
+        }
+        awaitNext();
+    });
+}
+
+void ReminderPosting::post(const schedule::ReminderRequest& request) {
+    ++m_awaited;
+    m_daemon.show(notificationOf(request), [this, request](const auto& shown) {
+        answered([&] {
+            // It may be the first thing that is heard of this daemon.
+            m_delivery.setDaemon(m_daemon.identity());
+            if (shown) {
+                m_delivery.recordPosted(request, toShown(*shown));
+            } else {
+                m_delivery.recordFailed(request);
+            }
+        });
+    });
+}
+
+void ReminderPosting::close(const ShownNotification& shown) {
+    ++m_awaited;
+    m_daemon.close({shown.id, shown.daemon},
+                   [this, shown] { answered([&] { m_delivery.recordClosed(shown); }); });
+}
+
+void ReminderPosting::answered(const std::function<void()>& record) {
+    --m_awaited;
+    attempt(record);
+    m_runLoop.post([this, life = std::weak_ptr<const bool>(m_life)] {
+        if (!life.expired()) {
+            serve();
+        }
+    });
+    if (isQuiet()) {
+        m_becameQuiet.emit();
+    }
+}
+
+void ReminderPosting::awaitNext() {
+    m_due.set(m_delivery.nextDue());
+    m_retry.reset();
+    if (const auto delay = m_delivery.retryDelay()) {
+        m_retry = m_runLoop.callAfter(*delay, [this] { serve(); });
+    }
+}
+
+void ReminderPosting::attempt(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const store::StoreError& error) {
+        m_log.error("The file of reminders cannot be used: " + error.errorDescription());
+        m_retry = m_runLoop.callAfter(ReminderFile::isDamage(error) ? kDamageRetry : kTableRetry,
+                                      [this] { m_tableFailed.emit(); });
+    }
+}
+
+} // namespace korvex::agent

@@ -1,0 +1,162 @@
+#include "agent/ReminderAgent.h"
+
+#include "app/StoreLocation.h"
+#include "app/UserFolders.h"
+#include "base/Clock.h"
+#include "base/EnvironmentVariable.h"
+#include "platform/bus/AgentProtocol.h"
+#include "platform/bus/NameClaim.h"
+#include "platform/bus/SleepWatcher.h"
+#include "platform/system/ProgramFile.h"
+#include "platform/system/SystemTimeWatcher.h"
+#include "platform/system/TerminationWatcher.h"
+#include "platform/systemd/JournalLog.h"
+#include "platform/systemd/SdEventRunLoop.h"
+#include "store/StoreError.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <exception>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+using namespace korvex;
+using platform::bus::Bus;
+using platform::bus::NameClaim;
+
+namespace {
+
+enum class End { none, done, replaced, failed };
+
+/// What systemd takes for a failure after which a service is started again.
+constexpr int kStartMeAgain = 75;
+constexpr const char* kSystemBusSocket = "/run/dbus/system_bus_socket";
+
+bool hasSystemBus() {
+    return base::environmentVariable("DBUS_SYSTEM_BUS_ADDRESS") ||
+           ::access(kSystemBusSocket, F_OK) == 0;
+}
+
+/// Whether systemd watches this very process, rather than one of those above it.
+bool isSystemdService() {
+    return base::environmentVariable("SYSTEMD_EXEC_PID") == std::to_string(::getpid());
+}
+
+bool startDesktop(const std::string& link, const std::string& token) {
+    std::map<std::string, std::string> environment;
+    if (!token.empty()) {
+        environment = {{"XDG_ACTIVATION_TOKEN", token}, {"DESKTOP_STARTUP_ID", token}};
+    }
+    return platform::system::startBeside("korvex-desktop", {"--", link}, environment);
+}
+
+/// What tells that time has not passed as usual. None of it need be there before the name is.
+struct TimeSources {
+    TimeSources(base::RunLoop& runLoop, base::LogSink& log, agent::ReminderAgent& agent)
+        : time(runLoop),
+          systemBus(platform::bus::WhichBus::system, runLoop, log),
+          sleep(systemBus) {
+        subscriptions.push_back(time.changed().connect([&agent] { agent.timeChanged(); }));
+        subscriptions.push_back(sleep.woken().connect([&agent] { agent.timeChanged(); }));
+        // Where there is none, it would be looked for twice a minute; the clock tells of sleep too.
+        if (hasSystemBus()) {
+            systemBus.start();
+        }
+    }
+
+    platform::system::SystemTimeWatcher time;
+    Bus systemBus;
+    platform::bus::SleepWatcher sleep;
+    std::vector<base::Subscription> subscriptions;
+};
+
+/// Until the session ends, or another agent is there or is to be.
+End run(base::LogSink& log) {
+    const base::Logger logger(log, "Agent");
+    platform::systemd::SdEventRunLoop runLoop;
+    auto end = End::none;
+    const auto finish = [&](End how) {
+        end = how;
+        runLoop.quit();
+    };
+    platform::system::TerminationWatcher termination(runLoop);
+    const auto terminating = termination.requested().connect([&] { finish(End::done); });
+    const base::SystemClock clock;
+    Bus bus(platform::bus::WhichBus::session, runLoop, log);
+    agent::ReminderAgent reminders({.bus = bus,
+                                    .runLoop = runLoop,
+                                    .clock = clock,
+                                    .log = log,
+                                    .storeFile = app::storeFile(app::dataDirectory({})),
+                                    .tableFile = app::userFolder("XDG_STATE_HOME", ".local/state") /
+                                                 "korvex" / "reminders.sqlite",
+                                    .version = KORVEX_VERSION,
+                                    .startDesktop = startDesktop});
+
+    const auto states = bus.stateChanged().connect([&](Bus::State state) {
+        if (state == Bus::State::waiting) {
+            finish(End::done); // it lives as long as the session whose bus it is
+        }
+    });
+    NameClaim name(bus, platform::bus::kAgentName);
+    std::optional<TimeSources> timeSources;
+    platform::system::ProgramWatcher program(runLoop);
+    auto isReplaced = false;
+    const auto endWhenQuiet = [&] {
+        if (isReplaced && reminders.isQuiet()) {
+            finish(End::replaced);
+        }
+    };
+    const auto claims = name.changed().connect([&](NameClaim::State state) {
+        if (state == NameClaim::State::owned) {
+            timeSources.emplace(runLoop, log, reminders);
+        } else if (state != NameClaim::State::open) {
+            logger.info("Another agent has the name: " + name.owner());
+            finish(End::done);
+        }
+    });
+    const auto replacements = program.replaced().connect([&] {
+        isReplaced = true;
+        endWhenQuiet();
+    });
+    const auto pauses = reminders.becameQuiet().connect(endWhenQuiet);
+    bus.start();
+    if (bus.state() == Bus::State::waiting) {
+        logger.warning("There is no session bus.");
+        return End::failed;
+    }
+    runLoop.run();
+    return end;
+}
+
+} // namespace
+
+int main(int, char* argv[]) {
+    base::StandardErrorLog standardError(base::LogLevel::warning);
+    platform::systemd::JournalLog log(standardError);
+    const base::Logger logger(log, "Agent");
+    auto end = End::failed;
+    try {
+        end = run(log);
+    } catch (const store::StoreError& error) {
+        if (error.which() != store::StoreErrorCase::busy) {
+            logger.error("The file of reminders cannot be used: " + error.errorDescription());
+        } else {
+            logger.info("Another agent of this user runs already.");
+            end = End::done;
+        }
+    } catch (const std::exception& error) {
+        logger.error(error.what());
+    }
+    if (end == End::replaced) {
+        logger.info("Another version is installed, and goes on.");
+        if (!isSystemdService()) {
+            ::execv(platform::system::ownProgram().c_str(), argv);
+        }
+        return kStartMeAgain;
+    }
+    return end == End::done ? EXIT_SUCCESS : EXIT_FAILURE;
+}

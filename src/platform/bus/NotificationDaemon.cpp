@@ -1,0 +1,244 @@
+#include "platform/bus/NotificationDaemon.h"
+
+#include "app/Launch.h"
+#include "base/Text.h"
+#include "platform/bus/BusNames.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace korvex::platform::bus {
+
+namespace {
+
+constexpr const char* kName = "org.freedesktop.Notifications";
+constexpr const char* kPath = "/org/freedesktop/Notifications";
+constexpr const char* kInterface = "org.freedesktop.Notifications";
+
+constexpr const char* kProgram = "Korvex";
+constexpr const char* kIcon = "korvex";
+constexpr const char* kSound = "message-new-instant";
+constexpr std::uint8_t kNormalUrgency = 1;
+/// It stays until somebody has seen it: who is away at the moment is to be reminded too.
+constexpr std::int32_t kNeverExpires = 0;
+
+MethodAddress methodOf(const char* member, MethodAddress::Start start) {
+    return {.destination = kName,
+            .path = kPath,
+            .interface = kInterface,
+            .member = member,
+            .start = start};
+}
+
+/// A body is markup for the daemons that understand some.
+std::string escaped(const std::string& text) {
+    std::string result;
+    for (const char each : text) {
+        switch (each) {
+        case '&':
+            result += "&amp;";
+            break;
+        case '<':
+            result += "&lt;";
+            break;
+        case '>':
+            result += "&gt;";
+            break;
+        default:
+            result += each;
+        }
+    }
+    return result;
+}
+
+/// What was answered; absent for an error, and for what is not of these types.
+template <typename... Types>
+auto answerOf(const Reply& reply) -> std::optional<decltype(reply.read<Types...>())> {
+    try {
+        return reply.read<Types...>();
+    } catch (const BusError&) {
+        return std::nullopt;
+    }
+}
+
+std::string failureOf(const Reply& reply) {
+    return reply.error() ? reply.error()->errorDescription()
+                         : BusError(BusErrorCase::unreadable).errorDescription();
+}
+
+} // namespace
+
+NotificationDaemon::NotificationDaemon(Bus& bus, base::LogSink& log)
+    : m_bus(bus), m_log(log, "Notifications"), m_owner(bus, kName) {
+    m_owners = m_owner.changed().connect([this](const std::string&) { follow(); });
+    m_states = m_bus.stateChanged().connect([this](Bus::State state) {
+        if (state == Bus::State::connected) {
+            look();
+        }
+    });
+    if (m_bus.isConnected()) {
+        look();
+    }
+    // Some tell the sender alone, some everybody: the number and who says it decide.
+    m_signals = m_bus.match({.sender = kName, .path = kPath, .interface = kInterface},
+                            [this](const IncomingSignal& signal) { take(signal); });
+}
+
+NotificationDaemon::Presence NotificationDaemon::presence() const {
+    if (!m_owner.owner().empty()) {
+        return Presence::running;
+    }
+    if (!m_owner.isKnown() || !m_isStartable) {
+        return Presence::unknown;
+    }
+    return *m_isStartable ? Presence::startable : Presence::missing;
+}
+
+std::optional<std::string> NotificationDaemon::identity() const {
+    return m_owner.owner().empty() ? std::nullopt : std::optional(identityOf(m_owner.owner()));
+}
+
+std::string NotificationDaemon::identityOf(const std::string& uniqueName) const {
+    return m_bus.busID() + uniqueName;
+}
+
+void NotificationDaemon::look() {
+    m_asked =
+        m_bus.call({.destination = kBusName,
+                    .path = kBusPath,
+                    .interface = kBusInterface,
+                    .member = "ListActivatableNames"},
+                   {}, [this](const Reply& reply) {
+                       const auto names = answerOf<std::vector<std::string>>(reply);
+                       const auto isStartable =
+                           names && std::find(names->begin(), names->end(), kName) != names->end();
+                       if (m_isStartable != isStartable) {
+                           m_isStartable = isStartable;
+                           m_changed.emit();
+                       }
+                   });
+}
+
+void NotificationDaemon::follow() {
+    m_capabilities.reset();
+    m_description.clear();
+    m_token = {};
+    if (!m_owner.owner().empty()) {
+        m_startFailure.clear();
+        greet();
+        call("GetServerInformation", {}, [this](const Reply& reply) {
+            if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
+                const auto& [name, vendor, version] = *said;
+                m_description = version.empty() ? name : name + " " + version;
+                m_changed.emit();
+            }
+        });
+    } else {
+        look();
+    }
+    m_changed.emit();
+}
+
+void NotificationDaemon::greet() {
+    m_isGreeting = true;
+    m_greeting = m_bus.call(methodOf("GetCapabilities", MethodAddress::Start::allowed), {},
+                            [this](const Reply& reply) { takeCapabilities(reply); });
+}
+
+void NotificationDaemon::takeCapabilities(const Reply& reply) {
+    m_isGreeting = false;
+    const auto waiting = std::exchange(m_waiting, {});
+    const auto said = answerOf<std::vector<std::string>>(reply);
+    if (!said) {
+        m_log.warning("Nobody shows notifications: " + failureOf(reply));
+        if (m_owner.owner().empty()) {
+            m_startFailure = failureOf(reply);
+            m_changed.emit();
+        }
+        for (const auto& each : waiting) {
+            each.answer(std::nullopt);
+        }
+        return;
+    }
+    m_capabilities.emplace(said->begin(), said->end());
+    for (const auto& each : waiting) {
+        post(each);
+    }
+}
+
+void NotificationDaemon::show(const Notification& notification, Answer answer) {
+    Waiting waiting{notification, std::move(answer)};
+    if (m_capabilities) {
+        post(waiting);
+        return;
+    }
+    m_waiting.push_back(std::move(waiting));
+    if (!m_isGreeting) {
+        greet();
+    }
+}
+
+void NotificationDaemon::post(const Waiting& waiting) {
+    const auto& [title, body, action, actionTitle, category] = waiting.notification;
+    std::vector<std::string> actions;
+    if (can("actions")) {
+        actions = {kOpen, "Open", action, actionTitle};
+    }
+    const Dictionary hints{{"desktop-entry", Value(app::kDesktopName)},
+                           {"category", Value(category)},
+                           {"urgency", Value(kNormalUrgency)},
+                           {"sound-name", Value(kSound)}};
+    // A store from elsewhere may hold any bytes, and the bus carries text only.
+    const auto text = base::repairedUtf8(body);
+    call("Notify",
+         arguments(std::string(kProgram), std::uint32_t{0}, std::string(kIcon), title,
+                   can("body-markup") ? escaped(text) : text, actions, hints, kNeverExpires),
+         [this, answer = waiting.answer](const Reply& reply) {
+             const auto id = answerOf<std::uint32_t>(reply);
+             if (!id) {
+                 m_log.warning("A notification was not shown: " + failureOf(reply));
+                 answer(std::nullopt);
+                 return;
+             }
+             answer(Shown{*id, identityOf(reply.sender())});
+         });
+}
+
+void NotificationDaemon::close(const Shown& shown, std::function<void()> closed) {
+    if (shown.daemon != identity()) {
+        closed();
+        return;
+    }
+    call("CloseNotification", arguments(shown.id),
+         [closed = std::move(closed)](const Reply&) { closed(); });
+}
+
+void NotificationDaemon::call(const char* member, const Arguments& sent, Bus::Answer answer) {
+    const auto number = ++m_lastCall;
+    m_calls[number] = m_bus.call(methodOf(member, MethodAddress::Start::never), sent,
+                                 [this, number, answer = std::move(answer)](const Reply& reply) {
+                                     const auto done = m_calls.extract(number);
+                                     answer(reply);
+                                 });
+}
+
+void NotificationDaemon::take(const IncomingSignal& signal) {
+    const auto member = signal.member();
+    const Shown shown{.daemon = identityOf(signal.sender())};
+    if (member == "ActivationToken") {
+        auto [id, token] = signal.read<std::uint32_t, std::string>();
+        m_token = {id, std::move(token)};
+    } else if (member == "ActionInvoked") {
+        const auto [id, action] = signal.read<std::uint32_t, std::string>();
+        const auto token = std::exchange(m_token, {});
+        m_chosen.emit({.shown = {id, shown.daemon},
+                       .action = action,
+                       .token = token.first == id ? token.second : std::string()});
+    } else if (member == "NotificationClosed") {
+        const auto [id, reason] = signal.read<std::uint32_t, std::uint32_t>();
+        m_closed.emit({id, shown.daemon});
+    }
+}
+
+} // namespace korvex::platform::bus
