@@ -4,6 +4,7 @@ a bus, by pointer and keyboard, and reads back what was stored with the command 
 import json
 import os
 import pathlib
+import shutil
 import signal
 import subprocess
 import time
@@ -186,6 +187,15 @@ class WidgetTest(WindowCase):
         self.type("!")
         self.keys("Escape")
         wait_for(lambda: self.texts("Work") == ["Call Ada", "Call Ben!"], "the entry to be chosen")
+
+    def test_a_board_that_cannot_be_opened_is_told_in_the_log(self):
+        self.korvex("add", "Buy milk")
+        alone = self.home / "korvex-widget"  # away from the app
+        shutil.copy(WIDGET, alone)
+        widget = self.painted_window(str(alone))
+        [window] = self.widgets()
+        self.press(window, 60, 25)
+        self.assertIn("Unable to open widget board: 2", widget.stderr.readline())
 
     def quit_app(self):
         for found in set(self.xdotool("search", "--class", "korvex-desktop", "getwindowpid", "%@").split()):

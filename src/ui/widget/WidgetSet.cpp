@@ -43,7 +43,7 @@ bool WidgetSet::showRemembered() {
 void WidgetSet::open(const std::optional<base::Uuid>& board) {
     auto isShown = false;
     for (const auto& window : m_windows) {
-        const auto isMeant = !board || window->remembered().board == board;
+        const auto isMeant = !board || window->isOf(*board);
         if (isMeant && (!window->isVisible() || board)) {
             show(*window);
             window->raise();
@@ -75,6 +75,14 @@ WidgetWindow& WidgetSet::make(const app::RememberedWidget& remembered) {
     // Not within the menu that asks for it.
     connect(
         &window, &WidgetWindow::removeRequested, this, [this, &window] { remove(window); },
+        Qt::QueuedConnection);
+    connect(
+        &window, &WidgetWindow::closeAllRequested, this,
+        [this] {
+            for (const auto& each : m_windows) {
+                each->close();
+            }
+        },
         Qt::QueuedConnection);
     connect(
         &window, &WidgetWindow::closed, this,

@@ -74,6 +74,11 @@ QSize WidgetWindow::firstSize(const Theme& theme) {
     return {theme.scaled(kFirstWidth), theme.scaled(kFirstHeight)};
 }
 
+bool WidgetWindow::isOf(const base::Uuid& board) const {
+    const auto* const shown = m_page ? m_page->board() : nullptr;
+    return shown ? shown->id() == board : m_remembered.board == board;
+}
+
 void WidgetWindow::showAt(const QRect& otherwise) {
     if (!m_remembered.hasPlace()) {
         m_remembered.x = otherwise.x();
@@ -203,6 +208,7 @@ QMenu* WidgetWindow::makeMenu() {
     menu->addSeparator();
     menu->addAction(tr("Add Widget"), this, &WidgetWindow::addRequested);
     menu->addAction(tr("Remove Widget"), this, &WidgetWindow::removeRequested);
+    menu->addAction(tr("Close All Widgets"), this, &WidgetWindow::closeAllRequested);
     return menu;
 }
 

@@ -47,6 +47,8 @@ public:
     void showAt(const QRect& otherwise);
     /// What is to be remembered of it.
     const app::RememberedWidget& remembered() const { return m_remembered; }
+    /// Whether it is this board's, by whatever name it is remembered.
+    bool isOf(const base::Uuid& board) const;
     /// The size of one that nobody has resized.
     static QSize firstSize(const Theme& theme);
     /// To be called when the screens are others: what would be out of reach comes back into sight,
@@ -60,6 +62,7 @@ Q_SIGNALS:
     void placed();
     void addRequested();
     void removeRequested();
+    void closeAllRequested();
     /// It was closed, and is to be shown again by the next start.
     void closed();
 

@@ -126,7 +126,11 @@ protected:
         return toUtf8(window.findChild<WidgetBoardButton*>()->accessibleName());
     }
     std::map<std::string, QAction*> menuOf(WidgetWindow& window) {
-        window.findChildren<QToolButton*>().back()->click();
+        for (auto* const button : window.findChildren<QToolButton*>()) {
+            if (button->accessibleName() == QLatin1String("Menu of the widget")) {
+                button->click();
+            }
+        }
         std::map<std::string, QAction*> items;
         for (auto* const action : window.findChildren<QMenu*>().back()->actions()) {
             items[toUtf8(action->text())] = action;
@@ -243,43 +247,38 @@ TEST_F(WidgetTest, ABoardThatIsEmptyArchivedOrGoneSaysSoAndComesBack) {
 }
 
 TEST_F(WidgetTest, WithoutAStoreItWaitsAndMakesNone) {
-    appContainer.reset();
-    app.reset();
-    const auto kept = folder / "kept";
-    std::filesystem::create_directory(kept);
-    const auto moveAll = [&](const std::filesystem::path& from, const std::filesystem::path& to) {
-        for (const auto& each : std::filesystem::directory_iterator(from)) {
-            if (each.path().filename().string().find("Primary") != std::string::npos) {
-                std::filesystem::rename(each.path(), to / each.path().filename());
-            }
-        }
-    };
-    moveAll(folder.path(), kept);
+    const auto home = folder / "later";
+    file = home / "Primary.store";
     auto& window = show();
     EXPECT_THAT(rows(window), ElementsAre("no store"));
     EXPECT_EQ(hint(window), "Open Korvex once to prepare the shared store.");
-    EXPECT_FALSE(std::filesystem::exists(file));
+    EXPECT_FALSE(std::filesystem::exists(home));
     const auto said = log.lines().size();
     notice();
     notice();
     EXPECT_EQ(log.lines().size(), said) << "the same is said again and again";
 
-    moveAll(kept, folder.path());
+    std::filesystem::create_directory(home);
+    startApp();
+    add({"first"}, *inbox);
     notice();
-    EXPECT_EQ(hint(window), "No open todos.");
+    EXPECT_THAT(rows(window), ElementsAre("[ ] first"));
 
-    // Another file takes its place under the widgets' feet.
-    moveAll(folder.path(), kept);
+    // It leaves, another file has its name, and it comes back.
+    app.reset();
+    appContainer.reset();
+    std::filesystem::rename(home, folder / "away");
     notice();
     EXPECT_THAT(rows(window), ElementsAre("no store"));
+    std::filesystem::copy(folder / "away", home);
     std::ofstream(file) << "no store at all";
     notice();
     EXPECT_THAT(rows(window), ElementsAre("no store"));
-    std::filesystem::remove(file);
-    startApp();
-    add({"of the new store"}, *inbox);
+    EXPECT_NE(hint(window), "Open Korvex once to prepare the shared store.");
+    std::filesystem::remove_all(home);
+    std::filesystem::rename(folder / "away", home);
     notice();
-    EXPECT_THAT(rows(window), ElementsAre("[ ] of the new store"));
+    EXPECT_THAT(rows(window), ElementsAre("[ ] first"));
 }
 
 TEST_F(WidgetTest, LabelsFollowTheClock) {
@@ -354,6 +353,7 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     EXPECT_FALSE(first.geometry().intersects(second.geometry()));
     // The same board is not shown twice, and what is asked for again comes one more.
     widgets().open(work.id());
+    widgets().open(inbox->id());
     EXPECT_EQ(set->windows().size(), 2U);
     second.setGeometry(40, 50, 260, 300);
     QTest::qWait(50);
@@ -371,6 +371,15 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     set.reset();
     ASSERT_TRUE(widgets().showRemembered());
     EXPECT_EQ(set->windows()[0]->geometry(), QRect(40, 50, 260, 300));
+    {
+        // Closed, they are remembered all the same.
+        QSignalSpy emptied(set.get(), &WidgetSet::emptied);
+        menuOf(*set->windows()[1])["Close All Widgets"]->trigger();
+        QTest::qWait(10);
+        EXPECT_GE(emptied.count(), 1);
+    }
+    widgets().open(std::nullopt);
+    ASSERT_EQ(set->windows().size(), 2U);
     QSignalSpy emptied(set.get(), &WidgetSet::emptied);
     for (auto* const window : set->windows()) {
         menuOf(*window)["Remove Widget"]->trigger();
