@@ -137,6 +137,12 @@ protected:
         }
         return items;
     }
+    void choose(WidgetWindow& window, const std::string& item) {
+        menuOf(window).at(item)->trigger();
+        if (auto* const menu = QApplication::activePopupWidget()) {
+            menu->close();
+        }
+    }
     int completions() {
         app->context.refresh();
         return static_cast<int>(app->context.count<model::Entry>(model::Entry::completedTodos()));
@@ -362,9 +368,9 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     widgets().open(std::nullopt);
     EXPECT_TRUE(first.isVisible());
     EXPECT_EQ(set->windows().size(), 2U);
-    menuOf(first)["Add Widget"]->trigger();
+    choose(first, "Add Widget");
     EXPECT_EQ(set->windows().size(), 3U);
-    menuOf(first)["Remove Widget"]->trigger();
+    choose(first, "Remove Widget");
     QTest::qWait(10);
     EXPECT_EQ(set->windows().size(), 2U);
 
@@ -374,7 +380,7 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     {
         // Closed, they are remembered all the same.
         QSignalSpy emptied(set.get(), &WidgetSet::emptied);
-        menuOf(*set->windows()[1])["Close All Widgets"]->trigger();
+        choose(*set->windows()[1], "Close All Widgets");
         QTest::qWait(10);
         EXPECT_GE(emptied.count(), 1);
     }
@@ -382,7 +388,7 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     ASSERT_EQ(set->windows().size(), 2U);
     QSignalSpy emptied(set.get(), &WidgetSet::emptied);
     for (auto* const window : set->windows()) {
-        menuOf(*window)["Remove Widget"]->trigger();
+        choose(*window, "Remove Widget");
     }
     QTest::qWait(10);
     EXPECT_EQ(emptied.count(), 1);
@@ -394,12 +400,12 @@ TEST_F(WidgetTest, TheMenuOffersWhatTheDesktopKnows) {
     auto& window = show();
     EXPECT_EQ(desktop.prepared, 1);
     EXPECT_TRUE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
-    menuOf(window)["Keep Below Other Windows"]->trigger();
+    choose(window, "Keep Below Other Windows");
     EXPECT_FALSE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
     EXPECT_TRUE(window.isVisible());
-    menuOf(window)["Show Widgets When You Log In"]->trigger();
+    choose(window, "Show Widgets When You Log In");
     EXPECT_EQ(desktop.atLogin, true);
-    menuOf(window)["Show Widgets When You Log In"]->trigger();
+    choose(window, "Show Widgets When You Log In");
     EXPECT_EQ(desktop.atLogin, false);
 
     set.reset();
