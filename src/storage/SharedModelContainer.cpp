@@ -60,6 +60,7 @@ std::unique_ptr<store::ModelContainer> SharedModelContainer::make(const Options&
         made.whenOlder =
             options.whenOlder.value_or(options.existingStoreOnly ? Configuration::Older::refuse
                                                                  : Configuration::Older::upgrade);
+        made.lockTimeout = options.lockTimeout.value_or(made.lockTimeout);
         return store::ModelContainer::open(schema(), made, log);
     };
     try {

@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "store/ModelContainer.h"
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -29,6 +30,9 @@ public:
         std::optional<std::string> cloudKitIdentifier = std::nullopt;
         /// Else an existing store is only opened as it is, and any other one upgraded.
         std::optional<store::ModelConfiguration::Older> whenOlder = std::nullopt;
+        /// How long opening, and each step after it, waits for other programs; else as long as a
+        /// migration may take.
+        std::optional<std::chrono::milliseconds> lockTimeout = std::nullopt;
     };
     /// Where opening with a cloud fails, the same file opens without it. Throws StoreError, and
     /// SharedStoreError: `appGroupUnavailable` where the user has no data folder; of an existing

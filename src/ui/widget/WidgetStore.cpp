@@ -36,9 +36,13 @@ private:
     std::vector<Line> m_lines;
 };
 
-std::unique_ptr<store::ModelContainer> openExisting(const std::filesystem::path& file,
+/// Whoever waits for other programs in front of a widget would take a long wait for a fault.
+std::unique_ptr<store::ModelContainer> openExisting(const WidgetStore::Surroundings& surroundings,
                                                     base::LogSink& log) {
-    return storage::SharedModelContainer::make({.storeURL = file, .existingStoreOnly = true}, log);
+    return storage::SharedModelContainer::make({.storeURL = surroundings.file,
+                                                .existingStoreOnly = true,
+                                                .lockTimeout = surroundings.patience},
+                                               log);
 }
 
 } // namespace
@@ -50,7 +54,6 @@ WidgetStore::Open::Open(std::unique_ptr<store::ModelContainer> opened,
       boards(context, surroundings.reconciling, widgets, surroundings.log),
       scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
                     surroundings.log) {
-    container->setPatience(surroundings.patience);
     scheduleClock.start(*container);
 }
 
@@ -105,8 +108,8 @@ void WidgetStore::tryToOpen() {
     HeldLog held;
     const auto file = fileThere();
     try {
-        m_open = std::make_unique<Open>(openExisting(m_surroundings.file, held), m_surroundings,
-                                        m_widgets);
+        m_open =
+            std::make_unique<Open>(openExisting(m_surroundings, held), m_surroundings, m_widgets);
         m_openedFile = file;
         m_reason.clear();
     } catch (const base::Error& error) {
@@ -121,15 +124,9 @@ void WidgetStore::tryToOpen() {
 }
 
 void WidgetStore::complete(const model::Entry& entry) {
+    const auto open = [this] { return openExisting(m_surroundings, m_surroundings.log); };
     m_intent.perform(entry.id().text(),
-                     {.openExisting =
-                          [this] {
-                              auto container =
-                                  openExisting(m_surroundings.file, m_surroundings.log);
-                              container->setPatience(m_surroundings.patience);
-                              return container;
-                          },
-                      .announceChange = m_surroundings.announceChange},
+                     {.openExisting = open, .announceChange = m_surroundings.announceChange},
                      m_surroundings.clock.now(), m_surroundings.reminders);
 }
 
