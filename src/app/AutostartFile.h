@@ -1,0 +1,40 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace korvex::app {
+
+/// Whether desktops start one of our programs when the user logs in: a file of the user's own in
+/// the folder that they look into. It is there for as long as that is wanted. What the user has
+/// written into it stays: then it is only marked as switched off, and as switched on again.
+class AutostartFile {
+public:
+    /// What the desktop is told of the program.
+    struct Entry {
+        /// Of the file, without its ending.
+        std::string id;
+        /// In English.
+        std::string name;
+        /// With its path, followed by what it is started with.
+        std::vector<std::string> command;
+    };
+    /// `folder` is "autostart" in the folder for settings.
+    AutostartFile(std::filesystem::path folder, Entry entry);
+
+    /// As it is now: the user, and a desktop's settings, may remove the file, or mark it as hidden.
+    bool isOn() const;
+    [[nodiscard]] std::error_code turnOn() const;
+    [[nodiscard]] std::error_code turnOff() const;
+
+private:
+    /// As it is without the user's doing.
+    std::string ownContents() const;
+
+    std::filesystem::path m_file;
+    Entry m_entry;
+};
+
+} // namespace korvex::app
