@@ -7,6 +7,7 @@
 #include "desktop/Arguments.h"
 #include "desktop/Background.h"
 #include "desktop/Hotkey.h"
+#include "desktop/LastWindow.h"
 #include "desktop/Launches.h"
 #include "desktop/StandIns.h"
 #include "desktop/StartupTrace.h"
@@ -145,7 +146,11 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
 
     ui::MainWindow window(workspace, theme);
     desktop::Launches launches(window, runLoop);
-    const desktop::Background background(window, preferences, workspace.quickEntry);
+    const desktop::Background background(preferences, workspace.quickEntry);
+    desktop::LastWindow lastWindow;
+    lastWindow.setStays([&background] { return background.stays(); });
+    QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow,
+                     [] { QApplication::exit(); });
     platform::bus::Bus bus(platform::bus::WhichBus::session, runLoop, log);
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,

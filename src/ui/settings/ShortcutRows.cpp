@@ -98,6 +98,12 @@ void ShortcutRows::setShortcut(const Shortcut& shortcut) {
     follow();
 }
 
+void ShortcutRows::tryAgain() {
+    if (m_setup.hotkey.isRecordable()) {
+        m_setup.hotkey.tryAgain();
+    }
+}
+
 void ShortcutRows::follow() {
     followRecorder();
     followOffers();
@@ -111,13 +117,18 @@ void ShortcutRows::followRecorder() {
     m_recorder->show(shortcut);
     m_reset->setVisible(shortcut != Shortcut());
     const auto& issue = hotkey.issue();
-    const auto isRecording = m_recorder->isRecording();
-    m_recorderRow->setNote(tr("Press to record a shortcut. Include Command, Option or Control. "
+    const auto keys =
+        hotkey.activeShortcut()
+            ? tr("%1 opens Quick Entry.").arg(keyNames(*hotkey.activeShortcut(), hotkey.layout())) +
+                  QLatin1Char('\n')
+            : QString();
+    m_recorderRow->setNote(keys +
+                           tr("Press to record a shortcut. Include Command, Option or Control. "
                               "Escape cancels.") +
                            QLatin1Char('\n') + signsOfKeys());
-    m_recorderRow->setRefusal(!m_refusal.isEmpty()    ? m_refusal
-                              : issue && !isRecording ? issueText(*issue, shortcut, m_setup)
-                                                      : QString());
+    m_recorderRow->setRefusal(!m_refusal.isEmpty() ? m_refusal
+                              : issue              ? issueText(*issue, shortcut, m_setup)
+                                                   : QString());
 }
 
 void ShortcutRows::followOffers() {

@@ -26,9 +26,10 @@ public:
     ShortcutRows(SettingsGroup& group, app::QuickEntrySetup& setup,
                  app::AppPreferences& preferences, const Theme& theme, QObject* parent);
 
-    /// Shows it as it is now; when the pane comes into sight, what was refused is asked for anew.
+    /// Shows it as it is now.
     void follow();
-    void tryAgain() { m_setup.hotkey.tryAgain(); }
+    /// Asks anew for what was refused, where that asks nobody but the system.
+    void tryAgain();
 
 private:
     /// How many free shortcuts are offered.

@@ -72,6 +72,7 @@ TEST_F(QuickEntryPaneTest, KeysAreRecordedAndRegistered) {
     EXPECT_EQ(recorder().accessibleName(), QStringLiteral("Shortcut: Alt+Space"));
     EXPECT_THAT(words(), HasSubstr("Press to record a shortcut. Include Command, Option or "
                                    "Control. Escape cancels."));
+    EXPECT_THAT(words(), HasSubstr("Alt+Space opens Quick Entry."));
     EXPECT_THAT(words(), HasSubstr("⌘ Command is Ctrl, ⌥ Option is Alt, ⌃ Control is Super"));
     recorder().click();
     EXPECT_EQ(quickEntry.system.wanted, std::nullopt) << "it must not open anything now";
@@ -158,6 +159,10 @@ TEST_F(QuickEntryPaneTest, WhereTheDesktopHasTheKeysTheyAreOnlyTold) {
     EXPECT_THAT(words(), HasSubstr("Your desktop has been asked"));
     say({State::declined, 1});
     EXPECT_THAT(words(), HasSubstr("the answer was no."));
+    settings->showPane(general);
+    settings->showPane(quick);
+    QApplication::processEvents();
+    EXPECT_TRUE(quickEntry.hotkey.issue()) << "nobody is asked again for a look";
     quickEntry.system.status = {.state = State::boundByDesktop, .trigger = "Meta+N"};
     pressButton("Ask Again");
     EXPECT_THAT(words(), HasSubstr("Meta+N"));
