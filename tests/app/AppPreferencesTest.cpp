@@ -122,6 +122,9 @@ TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
              {R"("quickEntryDefaultType": "text")",
               [](auto& p) { p.setQuickEntryDefaultType(model::EntryType::text); }},
              {R"("quickEntryDefaultType": "note")", theDefault},
+             {R"("whenMainWindowCloses": "ends")",
+              [](auto& p) { p.setWhenClosed(AppPreferences::WhenClosed::ends); }},
+             {R"("whenMainWindowCloses": true)", theDefault},
              {shortcut(R"({"modifiers":4352,"keyCode":40,"later":[]})"),
               [](auto& p) {
                   p.setQuickEntryShortcut(

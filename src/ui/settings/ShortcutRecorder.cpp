@@ -9,12 +9,15 @@
 #include <QKeyEvent>
 
 #include <algorithm>
+#include <chrono>
 
 namespace korvex::ui {
 
 namespace {
 
 using Shortcut = app::QuickEntryShortcut;
+
+constexpr std::chrono::seconds kLongest{30};
 
 bool isModifier(int key) {
     switch (key) {
@@ -73,6 +76,9 @@ ShortcutRecorder::ShortcutRecorder(app::GlobalHotkeyManager& hotkey, QWidget* pa
     : QPushButton(parent), m_hotkey(hotkey) {
     setAutoDefault(true);
     connect(this, &QPushButton::clicked, this, [this] { m_isRecording ? stop() : start(); });
+    m_limit.setSingleShot(true);
+    m_limit.setInterval(kLongest);
+    connect(&m_limit, &QTimer::timeout, this, &ShortcutRecorder::stop);
     showText();
 }
 
@@ -96,6 +102,7 @@ void ShortcutRecorder::start() {
     if (canGrabKeyboard()) {
         grabKeyboard();
     }
+    m_limit.start();
     setText(tr("Press keys…"));
     setAccessibleName(tr("Press the keys of the shortcut"));
     Q_EMIT recordingChanged();
@@ -106,6 +113,7 @@ void ShortcutRecorder::stop() {
         return;
     }
     m_isRecording = false;
+    m_limit.stop();
     if (canGrabKeyboard()) {
         releaseKeyboard();
     }
@@ -131,7 +139,7 @@ void ShortcutRecorder::take(const QKeyEvent& event) {
     const auto keyCode = m_hotkey.keyCode(event.nativeScanCode());
     const auto shortcut = shortcutOf(keyCode.value_or(app::kKeyCodeCount), held);
     if (!shortcut.isValid()) {
-        Q_EMIT refused();
+        Q_EMIT refused((held & kMakesOne) == 0 ? Refusal::noModifier : Refusal::noSuchKey);
         return;
     }
     stop();

@@ -3,17 +3,23 @@
 #include "app/GlobalHotkeyManager.h"
 
 #include <QPushButton>
+#include <QTimer>
 
 namespace korvex::ui {
 
 /// Shows a shortcut. Pressed, it waits for keys, of which the first valid ones are taken as a new
 /// one: those too that mean something else elsewhere, and without what they do there. Escape, a
-/// second press, and whatever takes the keyboard away end that. Main thread; the manager outlives
-/// it.
+/// second press, whatever takes the keyboard away and half a minute end that: meanwhile nobody else
+/// gets keys, as to lock the screen. Main thread; the manager outlives it.
 class ShortcutRecorder final : public QPushButton {
     Q_OBJECT
 
 public:
+    enum class Refusal {
+        noModifier, ///< none was held that makes it a shortcut
+        noSuchKey,  ///< no shortcut can have the key
+    };
+
     explicit ShortcutRecorder(app::GlobalHotkeyManager& hotkey, QWidget* parent = nullptr);
     ~ShortcutRecorder() override;
 
@@ -24,8 +30,8 @@ public:
 
 Q_SIGNALS:
     void recorded(const korvex::app::QuickEntryShortcut& shortcut);
-    /// It goes on waiting: no modifier was held that makes it one, or shortcuts have no such key.
-    void refused();
+    /// It goes on waiting.
+    void refused(korvex::ui::ShortcutRecorder::Refusal refusal);
     void recordingChanged();
 
 protected:
@@ -43,6 +49,7 @@ private:
     app::GlobalHotkeyManager& m_hotkey;
     app::QuickEntryShortcut m_shortcut;
     bool m_isRecording = false;
+    QTimer m_limit;
 };
 
 } // namespace korvex::ui

@@ -34,8 +34,10 @@ void ShortcutRows::addRecorder(SettingsGroup& group, const Theme& theme) {
     m_recorderRow = &group.addRow(tr("Shortcut"),
                                   settingsButtons(tr("Shortcut"), {m_recorder, m_reset}, theme));
     connect(m_recorder, &ShortcutRecorder::recorded, this, &ShortcutRows::record);
-    connect(m_recorder, &ShortcutRecorder::refused, this, [this] {
-        m_refusal = tr("Include Command, Option or Control with a key.");
+    connect(m_recorder, &ShortcutRecorder::refused, this, [this](ShortcutRecorder::Refusal why) {
+        m_refusal = why == ShortcutRecorder::Refusal::noModifier
+                        ? tr("Include Command, Option or Control with a key.")
+                        : tr("No shortcut can have this key.");
         followRecorder();
     });
     connect(m_recorder, &ShortcutRecorder::recordingChanged, this, [this] {
