@@ -75,8 +75,7 @@ void ShortcutRows::addDesktops(SettingsGroup& group, const Theme& theme) {
     connect(again, &QPushButton::clicked, this, [this] { m_setup.hotkey.tryAgain(); });
     m_copy = new QPushButton(tr("Copy"));
     m_commandRow = &group.addRow(tr("Command"), m_copy);
-    m_command = settingsValue(theme);
-    m_command->setAlignment(Qt::AlignLeading | Qt::AlignTop);
+    m_command = new SettingsLabel(SettingsLabel::Kind::name, {}, theme);
     m_command->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_commandRow->addBelow(m_command);
     connect(m_copy, &QPushButton::clicked, this, [this] {
