@@ -78,7 +78,9 @@ std::string marked(std::string_view contents, std::string_view mark) {
 } // namespace
 
 AutostartFile::AutostartFile(std::filesystem::path folder, Entry entry)
-    : m_file(std::move(folder) / (entry.id + ".desktop")), m_entry(std::move(entry)) {}
+    : m_file(std::move(folder)), m_entry(std::move(entry)) {
+    m_file /= m_entry.id + ".desktop";
+}
 
 bool AutostartFile::isOn() const {
     const auto contents = base::readSmallFile(m_file, kMaximumBytes);

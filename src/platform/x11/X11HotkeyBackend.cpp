@@ -128,7 +128,7 @@ app::HotkeyStatus X11HotkeyBackend::probe(const app::QuickEntryShortcut& shortcu
     if (grabs == m_grabs && !grabs.empty()) {
         return {State::registered};
     }
-    const auto status = tryToGrab(grabs);
+    auto status = tryToGrab(grabs);
     if (status.state == State::registered) {
         ungrab(grabs);
     }
@@ -218,7 +218,7 @@ app::HotkeyStatus X11HotkeyBackend::grabWanted() {
     }
     ungrab(std::exchange(m_grabs, {}));
     m_isDown = false;
-    const auto status = tryToGrab(grabs);
+    auto status = tryToGrab(grabs);
     if (status.state == State::registered) {
         m_grabs = std::move(grabs);
     }
