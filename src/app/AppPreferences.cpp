@@ -51,6 +51,13 @@ namesOf(AppPreferences::LaunchDestination) {
              {Destination::upcoming, "upcoming"}}};
 }
 
+constexpr StoredNames<AppPreferences::WhenClosed, 3> namesOf(AppPreferences::WhenClosed) {
+    using WhenClosed = AppPreferences::WhenClosed;
+    return {{{WhenClosed::asks, "asks"},
+             {WhenClosed::staysReady, "staysReady"},
+             {WhenClosed::ends, "ends"}}};
+}
+
 constexpr StoredNames<model::EntryType, 2> namesOf(model::EntryType) {
     using model::EntryType;
     return {{{EntryType::text, model::rawValue(EntryType::text)},
@@ -84,6 +91,7 @@ bool isAllowed(Property property, std::int64_t value) {
     case Property::quickEntryDefaultType:
     case Property::quickEntryFixedBoardID:
     case Property::quickEntryDefaultBoardID:
+    case Property::whenClosed:
     case Property::mainBoardSelectedBoardID:
     case Property::desktopBoardSelectedBoardID:
     case Property::desktopBoardAlwaysOnTop:
@@ -255,6 +263,7 @@ void AppPreferences::forEachSetting(Visit visit) {
     visit(P::quickEntryFixedBoardID, "quickEntryFixedBoardID", &Values::quickEntryFixedBoardID);
     visit(P::quickEntryDefaultBoardID, "quickEntryDefaultBoardID",
           &Values::quickEntryDefaultBoardID);
+    visit(P::whenClosed, "whenMainWindowCloses", &Values::whenClosed);
     visit(P::mainBoardSelectedBoardID, kMainBoardKey, &Values::mainBoardSelectedBoardID);
     visit(P::desktopBoardSelectedBoardID, "desktopBoardSelectedBoardID",
           &Values::desktopBoardSelectedBoardID);
@@ -373,6 +382,10 @@ void AppPreferences::setQuickEntryFixedBoardID(BoardID id) {
 
 void AppPreferences::setQuickEntryDefaultBoardID(BoardID id) {
     set(&Values::quickEntryDefaultBoardID, id);
+}
+
+void AppPreferences::setWhenClosed(WhenClosed what) {
+    set(&Values::whenClosed, what);
 }
 
 void AppPreferences::setMainBoardSelectedBoardID(BoardID id) {

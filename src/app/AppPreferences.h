@@ -26,6 +26,9 @@ public:
     /// What the main window shows at launch: the board that was selected last, `launchBoardID`, or
     /// what is upcoming.
     enum class LaunchDestination { lastBoard, board, upcoming };
+    /// What the program does when the main window is closed while a shortcut opens Quick Entry:
+    /// asks the user, goes on for that, or ends.
+    enum class WhenClosed { asks, staysReady, ends };
 
     /// The sizes that can be chosen, in points; there is nothing between 16 and 18, nor odd above.
     static constexpr std::array kFontSizes{10, 11, 12, 13, 14, 15, 16, 18, 20, 22, 24};
@@ -51,6 +54,7 @@ public:
         quickEntryDefaultType,
         quickEntryFixedBoardID,
         quickEntryDefaultBoardID,
+        whenClosed,
         mainBoardSelectedBoardID,
         desktopBoardSelectedBoardID,
         desktopBoardAlwaysOnTop,
@@ -97,6 +101,7 @@ public:
     BoardID quickEntryFixedBoardID() const { return m_values.quickEntryFixedBoardID; }
     /// The board of the last capture.
     BoardID quickEntryDefaultBoardID() const { return m_values.quickEntryDefaultBoardID; }
+    WhenClosed whenClosed() const { return m_values.whenClosed; }
     /// The board last shown in the main window.
     BoardID mainBoardSelectedBoardID() const { return m_values.mainBoardSelectedBoardID; }
     BoardID desktopBoardSelectedBoardID() const { return m_values.desktopBoardSelectedBoardID; }
@@ -121,6 +126,7 @@ public:
     void setQuickEntryDefaultType(model::EntryType type);
     void setQuickEntryFixedBoardID(BoardID id);
     void setQuickEntryDefaultBoardID(BoardID id);
+    void setWhenClosed(WhenClosed what);
     void setMainBoardSelectedBoardID(BoardID id);
     void setDesktopBoardSelectedBoardID(BoardID id);
     void setDesktopBoardAlwaysOnTop(bool alwaysOnTop);
@@ -163,6 +169,7 @@ private:
         model::EntryType quickEntryDefaultType = model::EntryType::todo;
         BoardID quickEntryFixedBoardID;
         BoardID quickEntryDefaultBoardID;
+        WhenClosed whenClosed = WhenClosed::asks;
         BoardID mainBoardSelectedBoardID;
         BoardID desktopBoardSelectedBoardID;
         bool desktopBoardAlwaysOnTop = false;

@@ -3,7 +3,7 @@
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 
-#include <sstream>
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -12,10 +12,12 @@ namespace korvex::app {
 namespace {
 
 constexpr std::size_t kMaximumBytes = 64 * 1024;
+constexpr std::string_view kGroup = "[Desktop Entry]";
+constexpr std::string_view kOff = "Hidden=true";
 
 /// As a command line in a desktop file has it: quoted for the command, and that once more for the
 /// file; a percent sign stands for more than itself.
-std::string commandWord(std::string_view argument) {
+std::string argumentText(std::string_view argument) {
     std::string result = "\"";
     for (const auto character : argument) {
         if (character == '"' || character == '`' || character == '$') {
@@ -30,42 +32,95 @@ std::string commandWord(std::string_view argument) {
     return result + '"';
 }
 
+std::vector<std::string_view> linesOf(std::string_view contents) {
+    std::vector<std::string_view> lines;
+    while (!contents.empty()) {
+        const auto end = std::min(contents.find('\n'), contents.size());
+        lines.push_back(contents.substr(0, end));
+        contents.remove_prefix(std::min(end + 1, contents.size()));
+    }
+    return lines;
+}
+
+/// Without the blanks that may stand around its equals sign.
+std::string withoutBlanks(std::string_view line) {
+    std::string result(line);
+    std::erase_if(result, [](char each) { return each == ' ' || each == '\t' || each == '\r'; });
+    return result;
+}
+
+/// The marks that desktops' own settings switch such a file off by.
+bool isSwitch(std::string_view line) {
+    const auto plain = withoutBlanks(line);
+    return plain.starts_with("Hidden=") || plain.starts_with("X-GNOME-Autostart-enabled=");
+}
+
+bool isSwitchedOff(std::string_view line) {
+    const auto plain = withoutBlanks(line);
+    return plain == kOff || plain == "X-GNOME-Autostart-enabled=false";
+}
+
+/// The same with other marks: none where `mark` is empty.
+std::string marked(std::string_view contents, std::string_view mark) {
+    std::string result;
+    for (const auto line : linesOf(contents)) {
+        if (isSwitch(line)) {
+            continue;
+        }
+        result.append(line) += '\n';
+        if (line == kGroup && !mark.empty()) {
+            result.append(mark) += '\n';
+        }
+    }
+    return result;
+}
+
 } // namespace
 
 AutostartFile::AutostartFile(std::filesystem::path folder, Entry entry)
-    : m_file(std::move(folder) / (entry.id + ".desktop")), m_entry(std::move(entry)) {}
+    : m_file(std::move(folder)), m_entry(std::move(entry)) {
+    m_file /= m_entry.id + ".desktop";
+}
 
 bool AutostartFile::isOn() const {
     const auto contents = base::readSmallFile(m_file, kMaximumBytes);
     if (!contents) {
         return false;
     }
-    std::istringstream lines(*contents);
-    for (std::string line; std::getline(lines, line);) {
-        if (line == "Hidden=true" || line == "X-GNOME-Autostart-enabled=false") {
-            return false;
-        }
-    }
-    return true;
+    const auto lines = linesOf(*contents);
+    return std::none_of(lines.begin(), lines.end(), isSwitchedOff);
 }
 
 std::error_code AutostartFile::turnOn() const {
+    if (isOn()) {
+        return {};
+    }
+    if (const auto contents = base::readSmallFile(m_file, kMaximumBytes)) {
+        return base::replaceFile(m_file, marked(*contents, {}));
+    }
     if (const auto error = base::makeFolders(m_file.parent_path(), 0777)) {
         return error;
     }
-    std::string command;
-    for (const auto& word : m_entry.command) {
-        command += (command.empty() ? "" : " ") + commandWord(word);
-    }
-    return base::replaceFile(m_file, "[Desktop Entry]\nType=Application\nName=" + m_entry.name +
-                                         "\nExec=" + command +
-                                         "\nIcon=korvex\nTerminal=false\nNoDisplay=true\n");
+    return base::replaceFile(m_file, ownContents());
 }
 
 std::error_code AutostartFile::turnOff() const {
+    const auto contents = base::readSmallFile(m_file, kMaximumBytes);
+    if (contents && *contents != ownContents()) {
+        return base::replaceFile(m_file, marked(*contents, kOff));
+    }
     std::error_code error;
     std::filesystem::remove(m_file, error);
     return error;
+}
+
+std::string AutostartFile::ownContents() const {
+    std::string command;
+    for (const auto& word : m_entry.command) {
+        command += (command.empty() ? "" : " ") + argumentText(word);
+    }
+    return std::string(kGroup) + "\nType=Application\nName=" + m_entry.name + "\nExec=" + command +
+           "\nIcon=korvex\nTerminal=false\nNoDisplay=true\n";
 }
 
 } // namespace korvex::app

@@ -8,7 +8,8 @@
 namespace korvex::app {
 
 /// Whether desktops start one of our programs when the user logs in: a file of the user's own in
-/// the folder that they look into. It is there for as long as that is wanted.
+/// the folder that they look into. It is there for as long as that is wanted. What the user has
+/// written into it stays: then it is only marked as switched off, and as switched on again.
 class AutostartFile {
 public:
     /// What the desktop is told of the program.
@@ -29,6 +30,9 @@ public:
     [[nodiscard]] std::error_code turnOff() const;
 
 private:
+    /// As it is without the user's doing.
+    std::string ownContents() const;
+
     std::filesystem::path m_file;
     Entry m_entry;
 };

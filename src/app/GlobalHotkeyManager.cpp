@@ -1,7 +1,6 @@
 #include "app/GlobalHotkeyManager.h"
 
 #include <algorithm>
-#include <string>
 #include <utility>
 
 namespace korvex::app {
@@ -17,7 +16,7 @@ GlobalHotkeyManager::GlobalHotkeyManager(HotkeyBackend& backend, base::LogSink& 
     : m_backend(backend),
       m_log(log, "Hotkey"),
       m_presses(backend.didPress().connect([this](const HotkeyPress& press) {
-          if (m_outcome.activeShortcut && m_onPress) {
+          if (isReady() && !m_isPaused && m_onPress) {
               m_onPress(press);
           }
       })),
@@ -42,10 +41,32 @@ bool GlobalHotkeyManager::update(const QuickEntryShortcut& shortcut) {
         return true;
     }
     m_wanted = shortcut;
-    if (installHandler()) {
-        take(m_backend.registerShortcut(shortcut));
+    ask();
+    return isReady();
+}
+
+void GlobalHotkeyManager::ask() {
+    if (m_wanted && !m_isPaused && installHandler()) {
+        take(m_backend.registerShortcut(*m_wanted));
     }
-    return m_outcome.activeShortcut.has_value();
+}
+
+void GlobalHotkeyManager::tryAgain() {
+    if (!isReady()) {
+        ask();
+    }
+}
+
+void GlobalHotkeyManager::pause() {
+    if (!std::exchange(m_isPaused, true)) {
+        m_backend.unregisterShortcut();
+    }
+}
+
+void GlobalHotkeyManager::resume() {
+    if (std::exchange(m_isPaused, false)) {
+        ask();
+    }
 }
 
 bool GlobalHotkeyManager::follow(AppPreferences& preferences) {
@@ -70,6 +91,16 @@ GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
     return found == shortcuts.end() ? std::nullopt : std::optional(*found);
 }
 
+std::vector<QuickEntryShortcut> GlobalHotkeyManager::freeAlternatives(std::size_t most) {
+    std::vector<QuickEntryShortcut> found;
+    for (const auto& each : QuickEntryShortcut::alternatives()) {
+        if (found.size() < most && each != m_wanted && firstFree({&each, 1})) {
+            found.push_back(each);
+        }
+    }
+    return found;
+}
+
 bool GlobalHotkeyManager::installHandler() {
     if (m_hasHandler) {
         return true;
@@ -88,8 +119,18 @@ void GlobalHotkeyManager::take(const HotkeyStatus& status) {
     case State::registered:
         set({.activeShortcut = m_wanted});
         return;
+    case State::boundByDesktop:
+        set({.trigger = status.trigger});
+        return;
+    case State::asked:
+        set({});
+        return;
     case State::managedByDesktop:
         set({.isManagedByDesktop = true});
+        return;
+    case State::declined:
+        m_log.info("Quick Entry shortcut declined");
+        set({.issue = Issue{Kind::unavailable, status}});
         return;
     case State::conflict:
     case State::unavailable:

@@ -5,10 +5,13 @@
 #include "base/Log.h"
 #include "base/Signal.h"
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <span>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace korvex::app {
 
@@ -45,6 +48,16 @@ public:
     /// The first of these that could be registered now; absent where none could.
     std::optional<QuickEntryShortcut> firstFree(std::span<const QuickEntryShortcut> shortcuts);
 
+    /// The alternatives that could be registered now, so many at most.
+    std::vector<QuickEntryShortcut> freeAlternatives(std::size_t most);
+    /// Asks once more for what was asked for last and refused.
+    void tryAgain();
+
+    /// From then on nothing is registered and nothing is done at a press, as while the user tries
+    /// shortcuts out; what is told of it stays.
+    void pause();
+    void resume();
+
     /// The one that is registered now.
     const std::optional<QuickEntryShortcut>& activeShortcut() const {
         return m_outcome.activeShortcut;
@@ -52,12 +65,25 @@ public:
     const std::optional<Issue>& issue() const { return m_outcome.issue; }
     /// Whether the user has to set the shortcut up with the desktop: then there is neither.
     bool isManagedByDesktop() const { return m_outcome.isManagedByDesktop; }
+    /// Set where the desktop has keys of its own for it: its words for them.
+    const std::optional<std::string>& trigger() const { return m_outcome.trigger; }
+    /// Whether a press of some keys does something.
+    bool isReady() const { return m_outcome.activeShortcut || m_outcome.trigger; }
+
+    /// Whether a shortcut of the user's choice is registered, and not keys that the desktop has.
+    bool isRecordable() const { return m_backend.takesShortcuts(); }
+    KeyboardLayout& layout() { return m_backend.layout(); }
+    std::optional<std::uint32_t> keyCode(std::uint32_t scanCode) const {
+        return m_backend.keyCode(scanCode);
+    }
+    bool hasDesktopSettings() const { return m_backend.hasDesktopSettings(); }
+    void openDesktopSettings() { m_backend.openDesktopSettings(); }
 
     /// What a press of it does.
     void setOnPress(std::function<void(const HotkeyPress&)> onPress) {
         m_onPress = std::move(onPress);
     }
-    /// Emitted when one of the three above is different.
+    /// Emitted when something of what became of the shortcut is different.
     base::Signal<>& didChange() { return m_didChange; }
 
 private:
@@ -65,10 +91,13 @@ private:
         std::optional<QuickEntryShortcut> activeShortcut;
         std::optional<Issue> issue;
         bool isManagedByDesktop = false;
+        std::optional<std::string> trigger;
 
         bool operator==(const Outcome&) const = default;
     };
 
+    /// Asks the system for what is wanted.
+    void ask();
     /// Installs the handler if it is not yet.
     bool installHandler();
     /// What the backend says of the shortcut that is wanted.
@@ -79,6 +108,7 @@ private:
     base::Logger m_log;
     std::function<void(const HotkeyPress&)> m_onPress;
     bool m_hasHandler = false;
+    bool m_isPaused = false;
     std::optional<QuickEntryShortcut> m_wanted;
     Outcome m_outcome;
     base::Signal<> m_didChange;

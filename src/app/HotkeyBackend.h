@@ -1,9 +1,11 @@
 #pragma once
 
+#include "app/KeyboardLayout.h"
 #include "app/QuickEntryShortcut.h"
 #include "base/Signal.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace korvex::app {
@@ -12,8 +14,14 @@ namespace korvex::app {
 struct HotkeyStatus {
     enum class State {
         registered,
+        /// It is reported, for keys that the desktop keeps itself: `trigger` says which.
+        boundByDesktop,
+        /// The system has not answered yet; `didChangeStatus` says what it does.
+        asked,
         /// Another program has it.
         conflict,
+        /// The desktop has asked the user, who does not want it.
+        declined,
         /// It cannot be had here, or not now.
         unavailable,
         /// Programs cannot ask for one: the user sets it up in the desktop's own settings.
@@ -22,6 +30,8 @@ struct HotkeyStatus {
     State state = State::unavailable;
     /// The system's own number for the reason; 0 where there is none.
     int code = 0;
+    /// The desktop's words for the keys; empty where it has none for it yet.
+    std::string trigger = {};
 
     bool operator==(const HotkeyStatus&) const = default;
 };
@@ -52,6 +62,18 @@ public:
     virtual HotkeyStatus probe(const QuickEntryShortcut& shortcut) = 0;
     /// Nothing is wanted any more.
     virtual void unregisterShortcut() = 0;
+
+    /// Whether it is the shortcut that is asked for; else the desktop has keys of its own for it.
+    virtual bool takesShortcuts() const = 0;
+    /// What the keys of this system's keyboard show.
+    virtual KeyboardLayout& layout() = 0;
+    /// The number by which shortcuts know a key that the window system tells of by this one; absent
+    /// for a key that none can have.
+    virtual std::optional<std::uint32_t> keyCode(std::uint32_t scanCode) const = 0;
+
+    /// Whether the desktop shows its settings of the keys when it is asked to.
+    virtual bool hasDesktopSettings() const { return false; }
+    virtual void openDesktopSettings() {}
 
     /// Once for each press, however long it is held.
     base::Signal<const HotkeyPress&>& didPress() { return m_didPress; }

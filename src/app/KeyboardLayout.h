@@ -18,4 +18,14 @@ public:
     virtual base::Signal<>& didChange() = 0;
 };
 
+/// Of a keyboard that nobody tells of.
+class UnknownLayout final : public KeyboardLayout {
+public:
+    std::string character(std::uint32_t) const override { return {}; }
+    base::Signal<>& didChange() override { return m_didChange; }
+
+private:
+    base::Signal<> m_didChange;
+};
+
 } // namespace korvex::app

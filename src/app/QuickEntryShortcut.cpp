@@ -30,6 +30,9 @@ constexpr QuickEntryShortcut kAlternatives[] = {
     {kSpace, QuickEntryShortcut::kCommand | QuickEntryShortcut::kOption},
     {45, QuickEntryShortcut::kCommand | QuickEntryShortcut::kOption},
     {kSpace, QuickEntryShortcut::kShift | QuickEntryShortcut::kControl},
+    {kSpace, QuickEntryShortcut::kCommand | QuickEntryShortcut::kShift},
+    {40, QuickEntryShortcut::kCommand | QuickEntryShortcut::kOption},
+    {45, QuickEntryShortcut::kShift | QuickEntryShortcut::kControl},
 };
 
 struct Symbol {

@@ -46,7 +46,8 @@ struct QuickEntryShortcut {
     /// "K", "F5", "↩"; "Key 108" for a key that types nothing.
     std::string keyDisplayString(const KeyboardLayout& layout) const;
 
-    /// What to offer where the usual one is taken, the best first. Few window managers have these.
+    /// What to offer where the usual one is taken, the best first, more than are offered at once.
+    /// Few window managers have these.
     static std::span<const QuickEntryShortcut> alternatives();
 
     /// JSON with the keys "keyCode" and "modifiers".

@@ -8,6 +8,7 @@ namespace korvex::desktop {
 namespace {
 
 const auto kDirectory = QStringLiteral("data-dir");
+const auto kBackground = QString::fromLatin1(kBackgroundOption + 2);
 const auto kGallery = QStringLiteral("gallery");
 
 /// In the language that is set up when it is asked.
@@ -15,6 +16,8 @@ void describe(QCommandLineParser& parser) {
     parser.addHelpOption();
     parser.addOption(
         {kDirectory, QApplication::tr("The folder that holds the store."), QStringLiteral("DIR")});
+    parser.addOption({kBackground, QApplication::tr("Start without a window, ready for Quick "
+                                                    "Entry.")});
     parser.addPositionalArgument(QStringLiteral("LINK"),
                                  QApplication::tr("A link to a board or an entry."),
                                  QStringLiteral("[LINK…]"));
@@ -49,6 +52,7 @@ void Arguments::take(const QCommandLineParser& parser) {
     if (parser.isSet(kDirectory)) {
         m_directory = parser.value(kDirectory).toStdString();
     }
+    m_launch.action = parser.isSet(kBackground) ? kBackgroundAction : "";
     m_launch.links.clear();
     for (const auto& link : parser.positionalArguments()) {
         m_launch.links.push_back(link.toStdString());

@@ -12,6 +12,11 @@ class QCommandLineParser;
 
 namespace korvex::desktop {
 
+/// Starts the program without a window; where it runs, nothing happens.
+inline constexpr const char* kBackgroundOption = "--background";
+/// What such a start asks one that runs for.
+inline constexpr const char* kBackgroundAction = "background";
+
 /// What the program was started with, known before there is an application.
 class Arguments {
 public:
@@ -26,6 +31,7 @@ public:
     const std::optional<std::filesystem::path>& dataDirectory() const { return m_directory; }
     /// What the program was started for, with the leave that it was given to take the keyboard.
     const app::Launch& launch() const { return m_launch; }
+    bool isBackground() const { return m_launch.action == kBackgroundAction; }
     /// Set to show the gallery instead of the notes: how that is to look. In development builds.
     const std::optional<QStringList>& gallery() const { return m_gallery; }
 

@@ -1,5 +1,6 @@
 #include "desktop/Launches.h"
 
+#include "desktop/Arguments.h"
 #include "platform/qt/WindowActivation.h"
 #include "ui/workspace/WindowPlace.h"
 
@@ -7,6 +8,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 #include <utility>
 
 namespace korvex::desktop {
@@ -41,7 +43,17 @@ void Launches::take(const app::Launch& launch) {
     });
 }
 
+void Launches::take(const app::HotkeyPress& press) {
+    // The moment of a press on an X server is what a launcher's token ends with there.
+    take(app::Launch{.token = press.timestamp == 0
+                                  ? press.activationToken
+                                  : "korvex_TIME" + std::to_string(press.timestamp)});
+}
+
 void Launches::carryOut(const app::Launch& launch) {
+    if (launch.action == kBackgroundAction) {
+        return; // what it asks for is so
+    }
     bringForward(m_window, launch);
     openLinks(launch);
 }

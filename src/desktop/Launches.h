@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/HotkeyBackend.h"
 #include "app/Launch.h"
 #include "base/RunLoop.h"
 #include "base/Signal.h"
@@ -37,6 +38,8 @@ public:
     /// Soon, and not within who asks: what is done may take as long as the user thinks. An action
     /// brings the window forward and no more: there is none yet.
     void take(const app::Launch& launch);
+    /// The user has pressed the shortcut: the window comes forward.
+    void take(const app::HotkeyPress& press);
     /// Shows what is linked to, without bringing the window forward.
     void openLinks(const app::Launch& launch);
 

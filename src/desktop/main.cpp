@@ -5,6 +5,9 @@
 #include "app/UserFolders.h"
 #include "base/Clock.h"
 #include "desktop/Arguments.h"
+#include "desktop/Background.h"
+#include "desktop/Hotkey.h"
+#include "desktop/LastWindow.h"
 #include "desktop/Launches.h"
 #include "desktop/Reminders.h"
 #include "desktop/StandIns.h"
@@ -116,6 +119,10 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     desktop::Reminders reminders(
         bus, runLoop, file,
         isUsersOwn ? desktop::Reminders::Store::usersOwn : desktop::Reminders::Store::another, log);
+    std::optional<desktop::Hotkey> hotkey;
+    if (isUsersOwn) { // it captures into that store
+        hotkey.emplace(preferences, runLoop, log);
+    }
     const ui::WorkspaceOwner owner({.container = container,
                                     .context = std::move(store.context),
                                     .isUsersOwn = isUsersOwn,
@@ -127,6 +134,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                     .log = log,
                                     .reminders = reminders.center(),
                                     .widgets = reminders.widgets(),
+                                    .quickEntry = hotkey ? &hotkey->setup() : nullptr,
                                     .locale = locale,
                                     .makeEngine = script.engineFactory(),
                                     .resources = script.resources(),
@@ -146,6 +154,11 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
 
     ui::MainWindow window(workspace, theme);
     desktop::Launches launches(window, runLoop);
+    const desktop::Background background(preferences, workspace.quickEntry);
+    desktop::LastWindow lastWindow;
+    lastWindow.setStays([&background] { return background.stays(); });
+    QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow,
+                     [] { QApplication::exit(); });
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
@@ -157,13 +170,21 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     const auto launching =
         instance.launched().connect([&](const app::Launch& launch) { launches.take(launch); });
+    // What need not stand before the window does.
+    const auto startRest = [&] {
+        watchers.start();
+        if (hotkey) {
+            hotkey->start([&](const app::HotkeyPress& press) { launches.take(press); });
+        }
+    };
     QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
         trace.report("first paint");
-        watchers.start();
+        startRest();
         window.offerDrafts();
     });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
-    QTimer::singleShot(kLongestStart, &watchers, &desktop::Watchers::start);
+    QTimer::singleShot(arguments.isBackground() ? std::chrono::seconds(0) : kLongestStart,
+                       &watchers, startRest);
     // A log-out asks every window first and ends the programs then.
     QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
                      &ui::MainWindow::storeAll, Qt::DirectConnection);
@@ -181,7 +202,9 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     window.showNotices(notices);
     launches.openLinks(arguments.launch());
-    window.show();
+    if (!arguments.isBackground()) {
+        window.show();
+    }
     const auto status = QApplication::exec();
     instance.close();
     // What a long day left in the journal moves into the store file; where that fails the journal

@@ -46,7 +46,7 @@ auto valuesOf(const AppPreferences& preferences) {
                       p.automaticBackupBookmark(), p.automaticBackupLastSuccess(),
                       p.automaticBackupRetention(), p.defaultBoardID(), p.quickEntryShortcut(),
                       p.quickEntryDefaultType(), p.quickEntryFixedBoardID(),
-                      p.quickEntryDefaultBoardID(), p.mainBoardSelectedBoardID(),
+                      p.quickEntryDefaultBoardID(), p.whenClosed(), p.mainBoardSelectedBoardID(),
                       p.desktopBoardSelectedBoardID(), p.desktopBoardAlwaysOnTop(),
                       p.desktopBoardShowOnLaunch(), p.showsMenuBarExtra());
 }
@@ -60,7 +60,8 @@ TEST(AppPreferences, BeginsWithTheDefaults) {
               std::tuple(Appearance::system, 13, LaunchDestination::lastBoard, none, 540,
                          BoardSpacing::compact, false, std::optional<base::Bytes>(),
                          std::optional<base::Instant>(), 7, none, QuickEntryShortcut{49, 2048},
-                         model::EntryType::todo, none, none, none, none, false, false, true));
+                         model::EntryType::todo, none, none, AppPreferences::WhenClosed::asks, none,
+                         none, false, false, true));
     const auto shortcut = QuickEntryShortcut().json();
     EXPECT_EQ(std::string(shortcut.begin(), shortcut.end()), R"({"keyCode":49,"modifiers":2048})");
     std::vector<int> sizes;
@@ -121,6 +122,9 @@ TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
              {R"("quickEntryDefaultType": "text")",
               [](auto& p) { p.setQuickEntryDefaultType(model::EntryType::text); }},
              {R"("quickEntryDefaultType": "note")", theDefault},
+             {R"("whenMainWindowCloses": "ends")",
+              [](auto& p) { p.setWhenClosed(AppPreferences::WhenClosed::ends); }},
+             {R"("whenMainWindowCloses": true)", theDefault},
              {shortcut(R"({"modifiers":4352,"keyCode":40,"later":[]})"),
               [](auto& p) {
                   p.setQuickEntryShortcut(

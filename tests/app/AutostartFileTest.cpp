@@ -1,42 +1,79 @@
 #include "app/AutostartFile.h"
 
+#include "app/DesktopKind.h"
+#include "base/SmallFile.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <iterator>
 
 namespace korvex::app {
 namespace {
 
-TEST(AutostartFile, IsThereAsLongAsItIsWantedAndFollowsTheUser) {
-    const tests::TemporaryFolder folder;
-    const auto file = folder / "autostart" / "dev.korvex.Test.desktop";
-    const AutostartFile autostart(folder / "autostart",
-                                  {.id = "dev.korvex.Test",
-                                   .name = "Korvex Test",
-                                   .command = {"/opt/my \"$apps\" 100%\\/korvex", "--at-login"}});
-    EXPECT_FALSE(autostart.isOn());
-    EXPECT_EQ(autostart.turnOff(), std::error_code());
-    ASSERT_EQ(autostart.turnOn(), std::error_code());
-    ASSERT_EQ(autostart.turnOn(), std::error_code());
-    EXPECT_TRUE(autostart.isOn());
-    std::ifstream stream(file);
-    const std::string contents(std::istreambuf_iterator<char>(stream), {});
-    // Two backslashes in the file are one in its value, which quotes for the command.
-    EXPECT_NE(contents.find(R"(Exec="/opt/my \\"\\$apps\\" 100%%\\\\/korvex" "--at-login")"),
-              std::string::npos)
-        << contents;
-    for (const auto* const line : {"Hidden=true", "X-GNOME-Autostart-enabled=false"}) {
-        ASSERT_EQ(autostart.turnOn(), std::error_code());
-        std::ofstream(file, std::ios::app) << line << "\n";
-        EXPECT_FALSE(autostart.isOn()) << line;
+class AutostartFileTest : public ::testing::Test {
+protected:
+    std::string contents() const { return base::readSmallFile(path, 10'000).value_or("none"); }
+    void write(const std::string& text) const { std::ofstream(path) << text; }
+
+    tests::TemporaryFolder folder;
+    std::filesystem::path path = folder / "autostart" / "some.id.desktop";
+    AutostartFile file{folder / "autostart",
+                       {.id = "some.id",
+                        .name = "Some",
+                        .command = {"/opt/a \"b\" $c\\d 100%/some", "--background"}}};
+};
+
+TEST_F(AutostartFileTest, IsThereForAsLongAsItIsWanted) {
+    EXPECT_FALSE(file.isOn());
+    ASSERT_FALSE(file.turnOn());
+    EXPECT_TRUE(file.isOn());
+    EXPECT_EQ(contents(), R"([Desktop Entry]
+Type=Application
+Name=Some
+Exec="/opt/a \\"b\\" \\$c\\\\d 100%%/some" "--background"
+Icon=korvex
+Terminal=false
+NoDisplay=true
+)");
+    ASSERT_FALSE(file.turnOff());
+    EXPECT_FALSE(std::filesystem::exists(path));
+    ASSERT_FALSE(file.turnOff()) << "there is nothing to be done";
+}
+
+TEST_F(AutostartFileTest, WhatTheUserHasWrittenStays) {
+    ASSERT_FALSE(file.turnOn());
+    const std::string own = "[Desktop Entry]\n# mine\nExec=nice some\n\n[Other]\nKey=1\n";
+    write(own);
+    EXPECT_TRUE(file.isOn());
+    ASSERT_FALSE(file.turnOn());
+    EXPECT_EQ(contents(), own);
+    ASSERT_FALSE(file.turnOff());
+    EXPECT_FALSE(file.isOn());
+    EXPECT_EQ(contents(),
+              "[Desktop Entry]\nHidden=true\n# mine\nExec=nice some\n\n[Other]\nKey=1\n");
+    ASSERT_FALSE(file.turnOn());
+    EXPECT_EQ(contents(), own);
+}
+
+TEST_F(AutostartFileTest, HeedsTheSwitchesOfDesktops) {
+    ASSERT_FALSE(file.turnOn());
+    for (const auto* const mark : {"Hidden = true", "X-GNOME-Autostart-enabled=false"}) {
+        write("[Desktop Entry]\nExec=some\n" + std::string(mark) + "\n");
+        EXPECT_FALSE(file.isOn()) << mark;
+        ASSERT_FALSE(file.turnOn());
+        EXPECT_TRUE(file.isOn()) << mark;
+        EXPECT_EQ(contents(), "[Desktop Entry]\nExec=some\n");
     }
-    ASSERT_EQ(autostart.turnOn(), std::error_code());
-    EXPECT_TRUE(autostart.isOn());
-    EXPECT_EQ(autostart.turnOff(), std::error_code());
-    EXPECT_FALSE(std::filesystem::exists(file));
+}
+
+TEST(DesktopKind, IsTheFirstThatIsKnown) {
+    EXPECT_EQ(desktopKind("ubuntu:GNOME"), DesktopKind::gnome);
+    EXPECT_EQ(desktopKind("KDE"), DesktopKind::kde);
+    EXPECT_EQ(desktopKind("XFCE"), DesktopKind::xfce);
+    EXPECT_EQ(desktopKind("sway:wlroots"), DesktopKind::wlroots);
+    EXPECT_EQ(desktopKind("LXQt"), DesktopKind::other);
+    EXPECT_EQ(desktopKind(""), DesktopKind::other);
 }
 
 } // namespace

@@ -30,7 +30,11 @@ public:
     }
     HotkeyStatus probe(const QuickEntryShortcut&) override { return answer; }
     void unregisterShortcut() override { asked.emplace_back(std::nullopt); }
+    bool takesShortcuts() const override { return true; }
+    KeyboardLayout& layout() override { return noLayout; }
+    std::optional<std::uint32_t> keyCode(std::uint32_t) const override { return std::nullopt; }
 
+    UnknownLayout noLayout;
     int handlerFault = 0;
     int installs = 0;
     HotkeyStatus answer{State::registered};
@@ -129,6 +133,44 @@ TEST_F(GlobalHotkeyManagerTest, WhereTheDesktopManagesItThereIsNoIssue) {
     EXPECT_TRUE(manager.isManagedByDesktop());
     EXPECT_EQ(manager.issue(), std::nullopt);
     EXPECT_EQ(manager.activeShortcut(), std::nullopt);
+}
+
+TEST_F(GlobalHotkeyManagerTest, TakesTheDesktopsKeysWhichMayComeLater) {
+    int presses = 0;
+    manager.setOnPress([&](const HotkeyPress&) { ++presses; });
+    system.answer = {State::asked};
+    EXPECT_FALSE(manager.update({}));
+    system.didPress().emit({});
+    EXPECT_EQ(manager.issue(), std::nullopt);
+    system.didChangeStatus().emit({.state = State::boundByDesktop, .trigger = "Alt+F9"});
+    EXPECT_EQ(manager.trigger(), "Alt+F9");
+    EXPECT_TRUE(manager.isReady() && !manager.activeShortcut());
+    system.didPress().emit({});
+    EXPECT_EQ(presses, 1);
+    system.didChangeStatus().emit({State::declined, 1});
+    EXPECT_FALSE(manager.isReady());
+    EXPECT_TRUE(manager.issue());
+    system.answer = {.state = State::boundByDesktop};
+    manager.tryAgain();
+    manager.tryAgain();
+    EXPECT_EQ(manager.trigger(), "") << "for no keys yet";
+    EXPECT_EQ(system.asked.size(), 2U) << "not for what it has";
+}
+
+TEST_F(GlobalHotkeyManagerTest, APauseGivesItBackForAsLong) {
+    int presses = 0;
+    manager.setOnPress([&](const HotkeyPress&) { ++presses; });
+    manager.update({});
+    manager.pause();
+    system.didPress().emit({});
+    EXPECT_EQ(presses, 0);
+    EXPECT_EQ(manager.activeShortcut(), QuickEntryShortcut()) << "as it is told";
+    manager.update(kOther);
+    EXPECT_EQ(system.asked, (Asked{QuickEntryShortcut(), std::nullopt})) << "not yet";
+    manager.resume();
+    EXPECT_EQ(manager.activeShortcut(), kOther);
+    system.didPress().emit({});
+    EXPECT_EQ(presses, 1);
 }
 
 TEST_F(GlobalHotkeyManagerTest, FollowsThePreferenceUntilItEnds) {

@@ -7,6 +7,7 @@
 #include "support/FakeClock.h"
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
+#include "support/ScriptedHotkey.h"
 #include "support/TemporaryFolder.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Text.h"
@@ -113,6 +114,7 @@ protected:
                 .runLoop = runLoop,
                 .threads = threads,
                 .log = log,
+                .quickEntry = &quickEntry.setup,
                 .timeZone = base::TimeZone::utc,
                 .copies = folder / "copies",
                 .patience = std::chrono::milliseconds(0)};
@@ -126,6 +128,8 @@ protected:
     app::FileUserDefaults defaults{folder / "settings.json"};
     app::AppPreferences preferences{defaults, log};
     ui::Theme theme{preferences};
+    /// Of which nothing is asked for yet.
+    ScriptedQuickEntry quickEntry{folder.path()};
     std::unique_ptr<store::ModelContainer> container = store::ModelContainer::open(
         model::currentSchema(), {.file = folder / "Primary.store"}, log);
     /// Without an engine: code stays uncoloured.

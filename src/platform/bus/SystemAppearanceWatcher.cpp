@@ -1,13 +1,13 @@
 #include "platform/bus/SystemAppearanceWatcher.h"
 
+#include "platform/bus/PortalRequest.h"
+
 #include <cstdint>
 
 namespace korvex::platform::bus {
 
 namespace {
 
-constexpr const char* kService = "org.freedesktop.portal.Desktop";
-constexpr const char* kPath = "/org/freedesktop/portal/desktop";
 constexpr const char* kInterface = "org.freedesktop.portal.Settings";
 constexpr const char* kAppearance = "org.freedesktop.appearance";
 constexpr const char* kColorScheme = "color-scheme";
@@ -28,13 +28,16 @@ std::uint32_t numberOf(const Value& value) {
 } // namespace
 
 SystemAppearanceWatcher::SystemAppearanceWatcher(Bus& bus) : m_bus(bus) {
-    m_settings = m_bus.match(
-        {.sender = kService, .path = kPath, .interface = kInterface, .member = "SettingChanged"},
-        [this](const IncomingSignal& signal) {
-            const auto [group, key, value] = signal.read<std::string, std::string, Value>();
-            take(group, key, value);
-            tell();
-        });
+    m_settings = m_bus.match({.sender = kPortalName,
+                              .path = kPortalPath,
+                              .interface = kInterface,
+                              .member = "SettingChanged"},
+                             [this](const IncomingSignal& signal) {
+                                 const auto [group, key, value] =
+                                     signal.read<std::string, std::string, Value>();
+                                 take(group, key, value);
+                                 tell();
+                             });
     m_states = m_bus.stateChanged().connect([this](Bus::State state) {
         if (state == Bus::State::connected) {
             askAll();
@@ -56,17 +59,19 @@ void SystemAppearanceWatcher::askAll() {
 
 void SystemAppearanceWatcher::ask(const std::string& group, const std::string& key) {
     ++m_awaited;
-    m_asked.push_back(m_bus.call(
-        {.destination = kService, .path = kPath, .interface = kInterface, .member = "Read"},
-        arguments(group, key), [this, group, key](const Reply& reply) {
-            --m_awaited;
-            try {
-                take(group, key, reply.read<Value>());
-            } catch (const BusError&) {
-                // No portal, or one that does not know the key.
-            }
-            tell();
-        }));
+    m_asked.push_back(m_bus.call({.destination = kPortalName,
+                                  .path = kPortalPath,
+                                  .interface = kInterface,
+                                  .member = "Read"},
+                                 arguments(group, key), [this, group, key](const Reply& reply) {
+                                     --m_awaited;
+                                     try {
+                                         take(group, key, reply.read<Value>());
+                                     } catch (const BusError&) {
+                                         // No portal, or one that does not know the key.
+                                     }
+                                     tell();
+                                 }));
 }
 
 void SystemAppearanceWatcher::take(const std::string& group, const std::string& key,

@@ -47,6 +47,7 @@ int X11HotkeyBackend::connect() {
     }
     watchRoots();
     m_keyboard = std::make_unique<XkbKeyboard>(m_connection.get());
+    m_layoutChanges = m_keyboard->didChange().connect([this] { m_layout.didChange().emit(); });
     m_keyboard->load(); // one without keys may get some later
     m_watch = m_runLoop.watch(xcb_get_file_descriptor(m_connection.get()),
                               base::RunLoop::Interest::reading, [this] { readEvents(); });
@@ -127,7 +128,7 @@ app::HotkeyStatus X11HotkeyBackend::probe(const app::QuickEntryShortcut& shortcu
     if (grabs == m_grabs && !grabs.empty()) {
         return {State::registered};
     }
-    const auto status = tryToGrab(grabs);
+    auto status = tryToGrab(grabs);
     if (status.state == State::registered) {
         ungrab(grabs);
     }
@@ -141,6 +142,16 @@ void X11HotkeyBackend::unregisterShortcut() {
         grabWanted();
         readEventsSoon();
     }
+}
+
+std::optional<std::uint32_t> X11HotkeyBackend::keyCode(std::uint32_t scanCode) const {
+    return m_keyboard && scanCode <= 0xFF
+               ? m_keyboard->keyCode(static_cast<xcb_keycode_t>(scanCode))
+               : std::nullopt;
+}
+
+std::string X11HotkeyBackend::Layout::character(std::uint32_t keyCode) const {
+    return m_backend.m_keyboard ? m_backend.m_keyboard->character(keyCode) : std::string();
 }
 
 std::vector<X11HotkeyBackend::Grab>
@@ -207,7 +218,7 @@ app::HotkeyStatus X11HotkeyBackend::grabWanted() {
     }
     ungrab(std::exchange(m_grabs, {}));
     m_isDown = false;
-    const auto status = tryToGrab(grabs);
+    auto status = tryToGrab(grabs);
     if (status.state == State::registered) {
         m_grabs = std::move(grabs);
     }

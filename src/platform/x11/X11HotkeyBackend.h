@@ -32,10 +32,25 @@ public:
     app::HotkeyStatus probe(const app::QuickEntryShortcut& shortcut) override;
     void unregisterShortcut() override;
 
-    /// Null before the handler is installed.
-    XkbKeyboard* keyboard() { return m_keyboard.get(); }
+    bool takesShortcuts() const override { return true; }
+    /// Of no keyboard before the handler is installed, and when the server is lost.
+    app::KeyboardLayout& layout() override { return m_layout; }
+    /// By the X server's own number, which Qt gives too.
+    std::optional<std::uint32_t> keyCode(std::uint32_t scanCode) const override;
 
 private:
+    /// Of the keyboard that there is now.
+    class Layout final : public app::KeyboardLayout {
+    public:
+        explicit Layout(const X11HotkeyBackend& backend) : m_backend(backend) {}
+        std::string character(std::uint32_t keyCode) const override;
+        base::Signal<>& didChange() override { return m_didChange; }
+
+    private:
+        const X11HotkeyBackend& m_backend;
+        base::Signal<> m_didChange;
+    };
+
     struct Grab {
         xcb_window_t root = 0;
         XkbKeyboard::Combination combination;
@@ -74,6 +89,8 @@ private:
     Connection m_connection;
     std::unique_ptr<base::RunLoop::Watch> m_watch;
     std::unique_ptr<XkbKeyboard> m_keyboard;
+    Layout m_layout{*this};
+    base::Subscription m_layoutChanges;
     std::uint8_t m_xkbEvent = 0;
     xcb_atom_t m_windowManagerAtom = XCB_ATOM_NONE;
     std::optional<app::QuickEntryShortcut> m_wanted;

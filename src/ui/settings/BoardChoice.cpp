@@ -20,6 +20,8 @@ BoardChoice::BoardChoice(const services::BoardService& boards, Fallback fallback
     connect(this, &QComboBox::activated, this, [this](int row) {
         if (const auto id = base::Uuid::parse(toUtf8(itemData(row).toString()))) {
             Q_EMIT chosen(*id);
+        } else {
+            Q_EMIT fallbackChosen();
         }
     });
 }
@@ -28,9 +30,10 @@ std::vector<BoardChoice::Row>
 BoardChoice::wantedRows(const app::AppPreferences::BoardID& chosen) const {
     const auto active = services::BoardService::activeBoards(m_boards.boards());
     std::vector<Row> rows;
-    if (std::none_of(active.begin(), active.end(),
-                     [&](const auto* board) { return board->id() == chosen; })) {
-        rows.push_back({.name = chosen ? m_fallback.gone : m_fallback.unset});
+    const auto isThere = std::any_of(active.begin(), active.end(),
+                                     [&](const auto* board) { return board->id() == chosen; });
+    if (!isThere || m_fallback.offered == Offered::always) {
+        rows.push_back({.name = chosen && !isThere ? m_fallback.gone : m_fallback.unset});
     }
     for (const auto* const board : active) {
         rows.push_back({.icon = boardIconName(board->iconSystemName()),

@@ -16,12 +16,15 @@ class BoardChoice final : public ListChoice {
     Q_OBJECT
 
 public:
-    /// What is said of the Inbox where it stands in for another board.
+    enum class Offered { inNeed, always };
+    /// What is said of what stands in for a board.
     struct Fallback {
         /// The setting names none.
         QString unset;
         /// It names one that is gone or archived.
         QString gone;
+        /// Whether it can be chosen in place of a board, or only stands in.
+        Offered offered = Offered::inNeed;
     };
     /// The service outlives it.
     BoardChoice(const services::BoardService& boards, Fallback fallback, const Theme& theme);
@@ -34,6 +37,8 @@ public:
 
 Q_SIGNALS:
     void chosen(const korvex::base::Uuid& board);
+    /// No board, but what stands in for one.
+    void fallbackChosen();
     void closed();
 
 private:

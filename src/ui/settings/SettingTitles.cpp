@@ -31,4 +31,9 @@ std::array<Titled<app::AppPreferences::LaunchDestination>, 3> destinationTitles(
              {Destination::upcoming, tr("Upcoming")}}};
 }
 
+std::array<Titled<model::EntryType>, 2> entryTypeTitles() {
+    using model::EntryType;
+    return {{{EntryType::todo, tr("Todos")}, {EntryType::text, tr("Text")}}};
+}
+
 } // namespace korvex::ui

@@ -21,6 +21,7 @@ struct Titled {
 std::array<Titled<app::AppPreferences::Appearance>, 3> appearanceTitles();
 std::array<Titled<app::AppPreferences::BoardSpacing>, 2> spacingTitles();
 std::array<Titled<app::AppPreferences::LaunchDestination>, 3> destinationTitles();
+std::array<Titled<model::EntryType>, 2> entryTypeTitles();
 
 template <typename All>
 QStringList titlesOf(const All& all) {

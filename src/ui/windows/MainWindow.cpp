@@ -14,6 +14,7 @@
 #include "ui/overview/UpcomingPage.h"
 #include "ui/settings/SettingsPanes.h"
 #include "ui/settings/SettingsWindow.h"
+#include "ui/settings/ShortcutWords.h"
 #include "ui/settings/UnkeptLine.h"
 #include "ui/windows/PageStack.h"
 #include "ui/windows/Sidebar.h"
@@ -25,6 +26,8 @@
 #include <QSplitter>
 #include <QTimer>
 #include <QVBoxLayout>
+
+#include <utility>
 
 namespace korvex::ui {
 
@@ -79,6 +82,7 @@ MainWindow::MainWindow(const Workspace& workspace, const Theme& theme)
     connect(&m_boardActions, &BoardActions::archived, this, &MainWindow::offerToUnarchive);
     connect(m_pages, &PageStack::undoRequested, &m_actions, &WindowActions::undo);
     connect(&m_actions, &WindowActions::settingsRequested, this, &MainWindow::openSettings);
+    connect(&m_actions, &WindowActions::quitRequested, this, &MainWindow::quit);
     m_layout.restore();
     m_navigation.start();
     m_pages->current().installEventFilter(this);
@@ -216,7 +220,7 @@ void MainWindow::openSettings() {
             settingsPanes(m_workspace, std::move(windows), m_theme), programName(m_workspace),
             m_workspace.defaults, m_theme);
         // Later, since that ends the window which asks.
-        connect(m_settings.get(), &SettingsWindow::quitRequested, this, &QWidget::close,
+        connect(m_settings.get(), &SettingsWindow::quitRequested, this, &MainWindow::quit,
                 Qt::QueuedConnection);
         connect(m_settings.get(), &SettingsWindow::workEnded, this, &MainWindow::closeWhenDone,
                 Qt::QueuedConnection);
@@ -337,7 +341,19 @@ bool MainWindow::leaveAll() {
     return m_pages->current().leave() && isNamed;
 }
 
+bool MainWindow::staysReady() const {
+    const auto* const setup = m_workspace.quickEntry;
+    return !m_isQuitting && setup && setup->hotkey.isReady() &&
+           m_workspace.preferences.whenClosed() != app::AppPreferences::WhenClosed::ends;
+}
+
+void MainWindow::quit() {
+    m_isQuitting = true;
+    close();
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
+    m_isQuitting = m_isQuitting && !event->spontaneous(); // that was another time
     m_layout.save();
     // What could not be stored stays in sight, with the reason.
     event->setAccepted(leaveAll());
@@ -351,9 +367,47 @@ void MainWindow::closeEvent(QCloseEvent* event) {
             event->ignore();
         }
     }
+    if (event->isAccepted() && m_whenAtWork != WhenAtWork::closes && staysReady() &&
+        m_workspace.preferences.whenClosed() == app::AppPreferences::WhenClosed::asks) {
+        askToStay();
+        event->ignore();
+    }
     if (event->isAccepted()) {
         m_settings.reset();
+        m_wasClosed = true;
+        if (std::exchange(m_isQuitting, false)) {
+            Q_EMIT quitAccepted();
+        }
     }
+}
+
+/// Window managers put one that comes back elsewhere.
+void MainWindow::showEvent(QShowEvent* event) {
+    if (!event->spontaneous() && std::exchange(m_wasClosed, false)) {
+        m_layout.restore();
+    }
+    QWidget::showEvent(event);
+}
+
+void MainWindow::askToStay() {
+    auto& hotkey = m_workspace.quickEntry->hotkey;
+    auto* const sheet = new ConfirmationSheet(
+        tr("Keep Quick Entry ready when this window is closed? Korvex then goes on in the "
+           "background: %1 opens Quick Entry from anywhere, and starting Korvex again brings this "
+           "window back. You can change this in the settings.")
+            .arg(readyKeys(hotkey)),
+        tr("Keep Ready"), m_theme, this);
+    sheet->offerInstead(tr("Quit"));
+    using WhenClosed = app::AppPreferences::WhenClosed;
+    connect(sheet, &ConfirmationSheet::confirmed, this, [this] {
+        m_workspace.preferences.setWhenClosed(WhenClosed::staysReady);
+        close();
+    });
+    connect(sheet, &ConfirmationSheet::declined, this, [this] {
+        m_workspace.preferences.setWhenClosed(WhenClosed::ends);
+        quit();
+    });
+    sheet->ask();
 }
 
 void MainWindow::askToEnd(const QString& loss) {
@@ -361,10 +415,13 @@ void MainWindow::askToEnd(const QString& loss) {
     if (m_whenAtWork == WhenAtWork::waits) {
         return;
     }
-    auto* const sheet = new ConfirmationSheet(loss, tr("Quit"), m_theme, this);
+    auto* const sheet =
+        new ConfirmationSheet(loss, staysReady() ? tr("Close") : tr("Quit"), m_theme, this);
     connect(sheet, &ConfirmationSheet::confirmed, this, [this] {
         m_whenAtWork = WhenAtWork::waits;
-        m_waiting = say(tr("Korvex quits as soon as what it is doing is cancelled."));
+        m_waiting =
+            say(staysReady() ? tr("The window closes as soon as what it is doing is cancelled.")
+                             : tr("Korvex quits as soon as what it is doing is cancelled."));
         m_settings->cancelWork();
         closeWhenDone(); // it may have ended before the answer
     });

@@ -40,17 +40,23 @@ public:
     /// else kept as a draft, and where the window stands is kept. From then on it closes without
     /// asking.
     void storeAll();
+    /// Closes the window, unless something holds it up, and ends the program also where it stays
+    /// ready without windows.
+    void quit();
     /// Shows what an earlier run could not store.
     void offerDrafts() { m_drafts.start(); }
 
 Q_SIGNALS:
     /// The board's content has been drawn for the first time: now there is time for the rest.
     void firstPainted();
+    /// The window has closed because the user ends the program.
+    void quitAccepted();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
 private:
     void layOut();
@@ -68,6 +74,10 @@ private:
     void openSettings();
     /// Whether what the settings are doing is to end with the window.
     void askToEnd(const QString& loss);
+    /// Whether the program goes on without the window.
+    bool staysReady() const;
+    /// Whether it is to, from now on.
+    void askToStay();
     /// On the page that is in sight, until what it gives ends.
     base::Subscription say(const QString& notice);
     void closeWhenDone();
@@ -101,6 +111,8 @@ private:
     /// Says that it waits.
     base::Subscription m_waiting;
     bool m_wasPainted = false;
+    bool m_isQuitting = false;
+    bool m_wasClosed = false;
 };
 
 } // namespace korvex::ui

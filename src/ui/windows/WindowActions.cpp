@@ -75,7 +75,7 @@ void WindowActions::addShortcuts() {
     addShortcut(Qt::Key_F9, [this] { toggleSidebar(); });
     addShortcut(
         Qt::SHIFT | Qt::Key_F10, [] { openContextMenu(); }, Panels::stay);
-    addShortcut(Qt::CTRL | Qt::Key_Q, [this] { m_parts.window.close(); });
+    addShortcut(Qt::CTRL | Qt::Key_Q, [this] { Q_EMIT quitRequested(); });
     for (int number = 0; number < kBoardShortcuts; ++number) {
         addShortcut(Qt::CTRL | static_cast<Qt::Key>(Qt::Key_1 + number),
                     [this, number] { openNumbered(number); });

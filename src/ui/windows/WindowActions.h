@@ -52,6 +52,8 @@ public:
 
 Q_SIGNALS:
     void settingsRequested();
+    /// The user wants to end the program.
+    void quitRequested();
 
 private:
     /// What becomes of the panels that are open: they belong to what stands there, which most

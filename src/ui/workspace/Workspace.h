@@ -2,6 +2,7 @@
 
 #include "app/AppPreferences.h"
 #include "app/DraftFolder.h"
+#include "app/QuickEntrySetup.h"
 #include "app/UserDefaults.h"
 #include "base/Clock.h"
 #include "base/RunLoop.h"
@@ -47,6 +48,8 @@ struct Workspace {
     bool isUsersOwn;
     app::AppPreferences& preferences;
     app::UserDefaults& defaults;
+    /// Null where Quick Entry belongs to another window, or to nobody.
+    app::QuickEntrySetup* quickEntry;
     /// Written by any thread.
     base::LogSink& log;
     DateTexts& dates;

@@ -65,6 +65,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .isUsersOwn = surroundings.isUsersOwn,
                   .preferences = surroundings.preferences,
                   .defaults = surroundings.defaults,
+                  .quickEntry = surroundings.quickEntry,
                   .log = surroundings.log,
                   .dates = m_dates,
                   .serializer = m_serializer,

@@ -35,6 +35,8 @@ public:
         /// Who shows reminders, and who shows todos outside the windows; null for nobody.
         schedule::ReminderCenter* reminders = nullptr;
         services::WidgetReloading* widgets = nullptr;
+        /// How Quick Entry is reached from anywhere; null where nobody sets that up here.
+        app::QuickEntrySetup* quickEntry = nullptr;
         std::function<base::TimeZone()> timeZone = base::TimeZone::system;
         /// Of dates and times; empty for the user's.
         std::string locale = {};

@@ -135,7 +135,7 @@ protected:
         return presses.size() - before;
     }
     std::string label(std::uint32_t keyCode) {
-        return Shortcut{keyCode, Shortcut::kOption}.keyDisplayString(*backend.keyboard());
+        return Shortcut{keyCode, Shortcut::kOption}.keyDisplayString(backend.layout());
     }
 
     tests::XServer server;
@@ -243,7 +243,7 @@ TEST_F(X11HotkeyBackendTest, StaysWithItsKeyThroughLayoutsWhichChangeWhatTheKeys
     EXPECT_EQ(label(49), "Space");
     EXPECT_EQ(pressesOf("alt+q"), 1U);
     int changes = 0;
-    const auto changed = backend.keyboard()->didChange().connect([&] { ++changes; });
+    const auto changed = backend.layout().didChange().connect([&] { ++changes; });
     command("setxkbmap", {"fr"});
     settle();
     EXPECT_EQ(changes, 1) << "once for all that a switch changes";
@@ -276,9 +276,9 @@ TEST_F(X11HotkeyBackendTest, FollowsAModifierThatMoves) {
 
 TEST_F(X11HotkeyBackendTest, AKeyOfTheKeyboardIsKnownByItsNumber) {
     ASSERT_EQ(backend.installHandler(), 0);
-    EXPECT_EQ(backend.keyboard()->keyCode(kSpaceKey), 49U);
-    EXPECT_EQ(backend.keyboard()->keyCode(24), 12U);
-    EXPECT_EQ(backend.keyboard()->keyCode(255), std::nullopt);
+    EXPECT_EQ(backend.keyCode(kSpaceKey), 49U);
+    EXPECT_EQ(backend.keyCode(24), 12U);
+    EXPECT_EQ(backend.keyCode(255), std::nullopt);
 }
 
 TEST_F(X11HotkeyBackendTest, TellsWhyWithoutAServer) {

@@ -46,6 +46,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
                                          .runLoop = m_runLoop,
                                          .threads = m_threads,
                                          .log = m_log,
+                                         .quickEntry = &m_quickEntry.setup,
                                          .timeZone = base::TimeZone::utc,
                                          .makeEngine = m_script.engineFactory(),
                                          .resources = m_script.resources(),
@@ -72,7 +73,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     m_window->show();
     static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
     static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
-    m_scenes = std::make_unique<WindowScenes>(*m_window, workspace);
+    m_scenes = std::make_unique<WindowScenes>(*m_window, workspace, &m_quickEntry.system);
 }
 
 /// Yesterday and today, into a folder of the user.

@@ -7,6 +7,7 @@
 #include "platform/qt/QtRunLoop.h"
 #include "store/ModelContainer.h"
 #include "support/FakeClock.h"
+#include "support/ScriptedHotkey.h"
 #include "support/TemporaryFolder.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
@@ -68,6 +69,7 @@ private:
     app::AppPreferences m_preferences{m_defaults, m_log};
     ui::Theme m_theme{m_preferences};
     ui::InstalledStyle m_style{m_theme};
+    ScriptedQuickEntry m_quickEntry{m_folder.path()};
     platform::javascriptcore::ScriptModule m_script{
         platform::javascriptcore::ScriptModule::defaultFile(), m_log};
     std::unique_ptr<store::ModelContainer> m_container;

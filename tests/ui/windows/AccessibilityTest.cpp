@@ -53,7 +53,7 @@ protected:
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
         QApplication::processEvents();
         list().setStyle(&still);
-        scenes.emplace(*window, workspace);
+        scenes.emplace(*window, workspace, &quickEntry.system);
     }
 
     BoardPage& page() { return *window->findChild<BoardPage*>(); }

@@ -40,7 +40,8 @@ Thing& found(Thing* thing, const char* name) {
 
 } // namespace
 
-WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
+WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace,
+                           ScriptedHotkeySystem* hotkeys)
     : m_window(window), m_workspace(workspace), m_inbox(workspace.boards.inboxBoard()) {
     for (auto* const board : workspace.boards.boards()) {
         auto*& found = board->isArchived() ? m_archived : m_other;
@@ -59,6 +60,9 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace)
     addMenuScenes();
     addPageScenes();
     addSettingsScenes();
+    if (hotkeys) {
+        addHotkeyScenes(*hotkeys);
+    }
 }
 
 void WindowScenes::add(const char* name, std::function<void()> open, std::string shows) {
@@ -322,18 +326,54 @@ void WindowScenes::addSettingsScenes() {
     for (const auto& [name, shows] :
          {std::pair("settings-general", "ComboBox: Last board"),
           std::pair("settings-appearance", "ComboBox: 13"),
+          std::pair("settings-quick-entry", "Button: Shortcut: Alt+Space"),
           std::pair("settings-backups", "CheckBox: Back up every day")}) {
         add(
-            name,
-            [this, index = pane++] {
-                key(Qt::Key_Comma, Qt::ControlModifier);
-                auto& window = found(settings(), "Settings");
-                window.showPane(index);
-                window.resize(window.size().boundedTo(m_window.size()));
-                static_cast<void>(QTest::qWaitForWindowActive(&window));
-            },
-            shows);
+            name, [this, index = pane++] { openPane(index); }, shows);
     }
+}
+
+void WindowScenes::openPane(int index) {
+    key(Qt::Key_Comma, Qt::ControlModifier);
+    auto& window = found(settings(), "Settings");
+    window.showPane(index);
+    window.resize(window.size().boundedTo(m_window.size()));
+    static_cast<void>(QTest::qWaitForWindowActive(&window));
+}
+
+void WindowScenes::addHotkeyScenes(ScriptedHotkeySystem& hotkeys) {
+    using State = app::HotkeyStatus::State;
+    struct Answer {
+        const char* name;
+        app::HotkeyStatus status;
+        std::vector<app::QuickEntryShortcut> taken;
+        const char* shows;
+    };
+    constexpr int kPane = 2;
+    for (const auto& answer :
+         {Answer{"settings-shortcut-taken", {State::registered}, {{}}, "Button: Use "},
+          Answer{"settings-shortcut-managed", {State::managedByDesktop}, {}, "korvex quick-entry"},
+          Answer{"settings-shortcut-declined", {State::declined, 1}, {}, "Button: Ask Again"},
+          Answer{"settings-shortcut-bound",
+                 {.state = State::boundByDesktop, .trigger = "Meta+Space"},
+                 {},
+                 "Button: Change…"}}) {
+        add(
+            answer.name,
+            [this, &hotkeys, answer] {
+                hotkeys.say(answer.status, answer.taken);
+                openPane(kPane);
+            },
+            answer.shows);
+    }
+    add(
+        "question-background",
+        [this, &hotkeys] {
+            m_workspace.quickEntry->hotkey.update({});
+            hotkeys.say({State::registered});
+            m_window.close();
+        },
+        "Button: Keep Ready");
 }
 
 void WindowScenes::open(const std::string& name) {

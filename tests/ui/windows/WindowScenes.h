@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/ScriptedHotkey.h"
 #include "ui/workspace/Workspace.h"
 
 #include <Qt>
@@ -35,7 +36,9 @@ public:
     /// Of the window's store as it is now: what it holds nothing for is left out. A store with
     /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox
     /// a text, an open todo and a completed one.
-    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace);
+    /// Where there is a system for shortcuts, its answers are scenes too.
+    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace,
+                 ScriptedHotkeySystem* hotkeys = nullptr);
 
     const std::vector<Scene>& all() const { return m_scenes; }
     /// Leads there from wherever the window is. Throws where the way is not found.
@@ -60,6 +63,9 @@ private:
     void addBarScenes();
     void addPageScenes();
     void addSettingsScenes();
+    void addHotkeyScenes(ScriptedHotkeySystem& hotkeys);
+    /// Opens the settings on that pane.
+    void openPane(int index);
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;

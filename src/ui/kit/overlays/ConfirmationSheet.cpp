@@ -54,16 +54,16 @@ private:
 
 ConfirmationSheet::ConfirmationSheet(const QString& message, const QString& action,
                                      const Theme& theme, QWidget* window)
-    : Popover(theme, window) {
+    : Popover(theme, window),
+      m_cancel(new QPushButton(tr("Cancel"), this)),
+      m_confirm(new QPushButton(action, this)) {
     setAccessibleName(message);
     setPanelWidth(theme.scaled(kSheetMeasure));
     auto* const text = new QLabel(breakable(message), this);
     text->setTextFormat(Qt::PlainText);
     text->setWordWrap(true);
-    auto* const cancel = new QPushButton(tr("Cancel"), this);
-    auto* const confirm = new QPushButton(action, this);
-    markDangerous(*confirm);
-    for (auto* const button : {cancel, confirm}) {
+    markDangerous(*m_confirm);
+    for (auto* const button : {m_cancel, m_confirm}) {
         // Return presses the button that has the keyboard, as everywhere in the window.
         button->setAutoDefault(true);
     }
@@ -72,13 +72,22 @@ ConfirmationSheet::ConfirmationSheet(const QString& message, const QString& acti
     column->setContentsMargins(margin, margin, margin, margin);
     column->setSpacing(margin);
     column->addWidget(text);
-    column->addLayout(new ButtonRow({cancel, confirm}, theme.space(Space::medium)));
-    setFocusProxy(cancel);
-    connect(cancel, &QPushButton::clicked, this, &Popover::closeNow);
-    connect(confirm, &QPushButton::clicked, this, [this] {
+    column->addLayout(new ButtonRow({m_cancel, m_confirm}, theme.space(Space::medium)));
+    setFocusProxy(m_cancel);
+    connect(m_cancel, &QPushButton::clicked, this, [this] {
+        closeNow();
+        Q_EMIT declined();
+    });
+    connect(m_confirm, &QPushButton::clicked, this, [this] {
         closeNow();
         Q_EMIT confirmed();
     });
+}
+
+void ConfirmationSheet::offerInstead(const QString& otherwise) {
+    m_cancel->setText(otherwise);
+    markDangerous(*m_confirm, Danger::no);
+    setFocusProxy(m_confirm);
 }
 
 void ConfirmationSheet::ask() {

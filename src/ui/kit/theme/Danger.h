@@ -8,8 +8,10 @@ namespace korvex::ui {
 /// The name of the property by which the style knows a button that takes something away for good.
 inline constexpr auto kDangerProperty = "danger";
 
-inline void markDangerous(QWidget& button) {
-    button.setProperty(kDangerProperty, true);
+enum class Danger { no, yes };
+
+inline void markDangerous(QWidget& button, Danger danger = Danger::yes) {
+    button.setProperty(kDangerProperty, danger == Danger::yes);
 }
 
 inline bool isDangerous(const QWidget* button) {

@@ -1,0 +1,161 @@
+#!/usr/bin/env python3
+"""hotkey_test.py DESKTOP KORVEX PORTAL: the shortcut of Quick Entry, pressed on a real X server beside a real
+window manager, which has Alt+Space itself; the program in the background; and a session on Wayland, as
+far as the program can tell, whose desktop reports the shortcut through a portal."""
+import base64
+import json
+import pathlib
+import subprocess
+import sys
+import time
+import unittest
+
+PORTAL = str(pathlib.Path(sys.argv.pop(3)).resolve())
+
+from window import DESKTOP, PATIENCE, WindowCase, wait_for  # pylint: disable=wrong-import-position
+
+COMMAND, OPTION = 256, 2048
+SPACE, J, N = 49, 38, 45
+
+
+class HotkeyTest(WindowCase):
+    def settings(self):
+        file = self.home / "config" / "korvex" / "settings.json"
+        return json.loads(file.read_text()) if file.exists() else {}
+
+    def set(self, **settings):
+        folder = self.home / "config" / "korvex"
+        folder.mkdir(parents=True, exist_ok=True)
+        (folder / "settings.json").write_text(json.dumps(self.settings() | settings))
+
+    def set_shortcut(self, key, modifiers):
+        shortcut = json.dumps({"keyCode": key, "modifiers": modifiers}).encode()
+        self.set(quickEntryShortcut={"base64": base64.b64encode(shortcut).decode()})
+
+    def shortcut(self):
+        stored = self.settings().get("quickEntryShortcut")
+        value = json.loads(base64.b64decode(stored["base64"])) if stored else {}
+        return value.get("keyCode"), value.get("modifiers")
+
+    def start_hidden(self):
+        """Starts the app without a window; it ends with the test."""
+        app = subprocess.Popen([DESKTOP, "--background"], env=self.environment,
+                               stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, app)
+        return app
+
+    def active(self):
+        return self.xdotool("getactivewindow", "getwindowname").strip()
+
+    def seen(self):
+        return self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
+
+    def opens(self, *keys):
+        """Whether a press brings the window into sight, with the keyboard."""
+        deadline = time.monotonic() + PATIENCE
+        while time.monotonic() < deadline:
+            self.keys(*keys)
+            for _ in range(10):
+                if "Korvex" in self.active():
+                    return True
+                time.sleep(0.05)
+        return False
+
+    def close_by_manager(self):
+        self.keys("alt+F4")
+
+    def test_in_the_background_a_press_brings_the_window_and_closing_leaves_it_ready(self):
+        self.set_shortcut(N, COMMAND | OPTION)
+        app = self.start_hidden()
+        self.assertTrue(self.opens("ctrl+alt+n"))
+        self.close_by_manager()
+        self.assertTrue(self.seen(), "it asks first")
+        time.sleep(0.3)
+        self.keys("Return")  # "Keep Ready"
+        wait_for(lambda: not self.seen(), "the window to go")
+        self.assertEqual(self.settings()["whenMainWindowCloses"], "staysReady")
+        self.assertTrue(self.opens("ctrl+alt+n"))
+        place = self.xdotool("getactivewindow", "getwindowgeometry", "--shell").split()[1:5]
+        self.close_by_manager()
+        wait_for(lambda: not self.seen(), "the window to go again, without a question")
+        self.assertIsNone(app.poll())
+        # Nothing happens at a second start in the background; another one brings the window.
+        self.assertEqual(subprocess.run([DESKTOP, "--background"], env=self.environment,
+                                        stderr=subprocess.DEVNULL, check=False).returncode, 0)
+        time.sleep(0.5)
+        self.assertFalse(self.seen())
+        subprocess.run([DESKTOP], env=self.environment, stderr=subprocess.DEVNULL, check=True)
+        wait_for(lambda: "Korvex" in self.active(), "the window")
+        self.assertEqual(
+            self.xdotool("getactivewindow", "getwindowgeometry", "--shell").split()[1:5], place)
+        self.keys("ctrl+q")
+        self.assertEqual(app.wait(PATIENCE), 0)
+
+    def test_where_nothing_would_bring_it_back_it_ends_with_its_window(self):
+        window = self.start_window()  # the window manager has Alt+Space
+        self.close_by_manager()
+        self.assertEqual(window.wait(PATIENCE), 0)
+
+    def open_pane(self):
+        self.start_window()
+        self.keys("ctrl+comma")
+        wait_for(lambda: "Settings" in self.active(), "the settings")
+        self.keys("Down", "Down", "Tab")  # to the pane, and to the shortcut in it
+
+    def test_a_free_shortcut_is_one_press_away_and_works(self):
+        self.open_pane()
+        self.keys("Tab", "Return")
+        wait_for(lambda: self.shortcut() == (SPACE, COMMAND | OPTION), "the first free one")
+        self.keys("ctrl+alt+space")
+        wait_for(lambda: self.active().endswith("– Korvex") and "Settings" not in self.active(),
+                 "the main window")
+
+    def test_recorded_are_also_keys_that_somebody_has(self):
+        self.set_shortcut(N, COMMAND | OPTION)
+        self.open_pane()
+        self.keys("space")
+        time.sleep(0.3)
+        self.keys("ctrl+alt+n")  # its own
+        time.sleep(0.3)
+        self.assertIn("Settings", self.active(), "it is not pressed, but recorded")
+        self.keys("space")
+        time.sleep(0.3)
+        self.keys("alt+space")  # the window manager's
+        wait_for(lambda: self.shortcut() == (SPACE, OPTION), "the default")
+        self.keys("space")
+        time.sleep(0.3)
+        self.keys("ctrl+alt+j")
+        wait_for(lambda: self.shortcut() == (J, COMMAND | OPTION), "the recorded one")
+        self.keys("ctrl+alt+j")
+        wait_for(lambda: "Settings" not in self.active(), "the main window")
+
+
+class WaylandTest(HotkeyTest):
+    with_bus = True
+
+    def test_on_wayland_the_desktop_reports_it(self):
+        self.set_shortcut(N, COMMAND | OPTION)
+        self.environment["XDG_SESSION_TYPE"] = "wayland"
+        portal = subprocess.Popen([PORTAL], env=self.environment, text=True,
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        for stream in (portal.stdin, portal.stdout):
+            self.addCleanup(stream.close)
+        self.addCleanup(self.end, portal)
+        self.assertEqual(portal.stdout.readline(), "ready\n")
+        self.start_hidden()
+        self.assertEqual(portal.stdout.readline(), "bound\n")
+        self.keys("ctrl+alt+n")
+        time.sleep(0.5)
+        self.assertFalse(self.seen(), "no X server is asked for keys")
+        portal.stdin.write("press\n")
+        portal.stdin.flush()
+        wait_for(lambda: "Korvex" in self.active(), "the window")
+
+
+def load_tests(loader, _tests, _pattern):
+    wayland = WaylandTest("test_on_wayland_the_desktop_reports_it")
+    return unittest.TestSuite([loader.loadTestsFromTestCase(HotkeyTest), wayland])
+
+
+if __name__ == "__main__":
+    unittest.main()
