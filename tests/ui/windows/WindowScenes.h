@@ -1,5 +1,6 @@
 #pragma once
 
+#include "ui/windows/CaptureScenes.h"
 #include "ui/workspace/Workspace.h"
 
 #include <Qt>
@@ -35,16 +36,16 @@ public:
     /// Of the window's store as it is now: what it holds nothing for is left out. A store with
     /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox
     /// a text, an open todo and a completed one.
-    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace);
+    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace, const ui::Theme& theme);
 
     const std::vector<Scene>& all() const { return m_scenes; }
     /// Leads there from wherever the window is. Throws where the way is not found.
     void open(const Scene& scene);
     void open(const std::string& name);
     /// The window that the scene is in.
-    QWidget& shown() const;
+    QWidget& shown();
     /// Whether the settings have looked at all that they tell of.
-    bool isSettled() const;
+    bool isSettled();
     /// Gives up what the scene has opened.
     void close();
     /// Opens the editor of an entry of the Inbox.
@@ -60,6 +61,9 @@ private:
     void addBarScenes();
     void addPageScenes();
     void addSettingsScenes();
+    void addCaptureScenes();
+    /// Of Quick Entry, which opens for it.
+    void addCapture(const char* name, std::function<void(CaptureScenes&)> open, std::string shows);
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;
@@ -79,6 +83,7 @@ private:
 
     ui::MainWindow& m_window;
     const ui::Workspace& m_workspace;
+    CaptureScenes m_capture;
     model::Board* m_inbox = nullptr;
     model::Board* m_other = nullptr;
     model::Board* m_archived = nullptr;
