@@ -21,13 +21,14 @@ namespace korvex::ui {
 
 namespace {
 
-/// How wide a name is at most, in pixels at the standard font size.
+/// Of a name, in pixels at the standard font size: the most, and what is always seen.
 constexpr int kWidestName = 200;
+constexpr int kNarrowestName = 40;
 
 class Chip final : public QWidget {
 public:
     Chip(const Theme& theme, QWidget* parent) : QWidget(parent), m_theme(theme) {
-        setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+        setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Fixed);
     }
 
 protected:
@@ -42,12 +43,33 @@ private:
     const Theme& m_theme;
 };
 
-QLabel* makeWords(const QString& text, const Theme& theme) {
-    auto* const label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(theme.smallFont());
-    return label;
-}
+/// As much of it as there is room for: its beginning, and what kind of file it is.
+class Name final : public QLabel {
+public:
+    Name(const QString& name, const Theme& theme) : QLabel(name), m_theme(theme) {
+        setTextFormat(Qt::PlainText);
+        setFont(theme.smallFont());
+    }
+
+    QSize sizeHint() const override {
+        const auto whole = QLabel::sizeHint();
+        return {std::min(whole.width(), m_theme.scaled(kWidestName)), whole.height()};
+    }
+    QSize minimumSizeHint() const override {
+        return sizeHint().boundedTo({m_theme.scaled(kNarrowestName), sizeHint().height()});
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setPen(palette().color(foregroundRole()));
+        painter.drawText(rect(), static_cast<int>(lineStart()),
+                         isolated(fontMetrics().elidedText(text(), Qt::ElideMiddle, width())));
+    }
+
+private:
+    const Theme& m_theme;
+};
 
 } // namespace
 
@@ -71,10 +93,9 @@ QWidget* FileChips::makeChip(const model::EntryAttachment& file) {
     auto* const sign = new QLabel;
     sign->setPixmap(IconSet::pixmap(iconNameOf(attachmentKind(file.filename)),
                                     m_theme.colors().secondaryText, icon, devicePixelRatioF()));
-    const QFontMetrics metrics(m_theme.smallFont());
-    auto* const words =
-        makeWords(metrics.elidedText(name, Qt::ElideMiddle, m_theme.scaled(kWidestName)), m_theme);
-    auto* const bytes = makeWords(size, m_theme);
+    auto* const words = new Name(name, m_theme);
+    auto* const bytes = new QLabel(size);
+    bytes->setFont(m_theme.smallFont());
     bytes->setForegroundRole(QPalette::PlaceholderText);
     auto* const cross = new QToolButton;
     cross->setAutoRaise(true);
@@ -91,7 +112,7 @@ QWidget* FileChips::makeChip(const model::EntryAttachment& file) {
     line->setContentsMargins(mirrored(QMargins(side, edge, edge, edge)));
     line->setSpacing(m_theme.space(Space::small));
     for (auto* const each : std::initializer_list<QWidget*>{sign, words, bytes, cross}) {
-        line->addWidget(each);
+        line->addWidget(each, each == words ? 1 : 0);
     }
     m_crosses.push_back(cross);
     return chip;

@@ -361,6 +361,9 @@ TEST_F(QuickEntryPanelTest, ItIsAsLargeAsItsContentWithinTheScreen) {
     QApplication::processEvents();
     EXPECT_EQ(panel->size(), small);
     preferences.setFontSize(app::AppPreferences::kFontSizes.back());
+    state->attach({{.id = base::Uuid::random(),
+                    .filename = std::string(200, 'x') + ".pdf",
+                    .data = base::Bytes(2000)}});
     const QRect narrow(0, 0, 360, 640);
     panel->placeOn(narrow);
     QApplication::processEvents();
