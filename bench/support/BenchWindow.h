@@ -103,6 +103,7 @@ public:
     }
 
     ui::MainWindow& window() { return m_window; }
+    const ui::Theme& theme() const { return m_theme; }
     const ui::Workspace& workspace() const { return m_owner.workspace(); }
     /// As the sidebar lists them.
     std::vector<model::Board*> boards() const { return m_owner.workspace().boards.boards(); }

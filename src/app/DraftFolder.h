@@ -53,6 +53,9 @@ public:
     explicit DraftFolder(std::vector<std::filesystem::path> folders)
         : m_folders(std::move(folders)) {}
 
+    /// In which drafts are looked for and written, in this order.
+    const std::vector<std::filesystem::path>& folders() const { return m_folders; }
+
     /// The folder for the drafts of a store file.
     static std::filesystem::path beside(const std::filesystem::path& storeFile);
     /// Whether there are any in that folder, be they such as cannot be read, or Quick Entry's.

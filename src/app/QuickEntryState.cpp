@@ -34,6 +34,7 @@ QuickEntryState::QuickEntryState(Surroundings surroundings)
       m_clock(surroundings.clock),
       m_log(surroundings.log, "QuickEntry"),
       m_inBackground(std::move(surroundings.inBackground)),
+      m_isUsersOwn(surroundings.isUsersOwn),
       m_boards(surroundings.context, surroundings.reminders, surroundings.widgets,
                surroundings.log),
       m_entries(surroundings.context, surroundings.reminders, surroundings.widgets,
@@ -193,6 +194,9 @@ void QuickEntryState::finishReading(const base::Uuid& revision, Read read) {
         return; // they were for a draft that was given up
     }
     --m_filesBeingRead;
+    if (!isAttachingFiles() && m_errorMessage == kStillAttaching) {
+        forgetError();
+    }
     try {
         if (read.error) {
             std::rethrow_exception(read.error);
@@ -230,8 +234,10 @@ bool QuickEntryState::save() {
             return false;
         }
         const auto id = board->id();
-        reset(); // first: until then a program that is killed offers the same again
-        m_preferences.setQuickEntryDefaultBoardID(id);
+        reset();            // first: until then a program that is killed offers the same again
+        if (m_isUsersOwn) { // of no other store's boards do the preferences tell
+            m_preferences.setQuickEntryDefaultBoardID(id);
+        }
         return true;
     } catch (const base::Error& error) {
         report(error);

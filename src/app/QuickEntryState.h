@@ -50,6 +50,8 @@ public:
         base::LogSink& log;
         /// Runs what it is given on another thread.
         std::function<void(std::function<void()>)> inBackground;
+        /// The store is the one of the user's own data folder, whose boards the preferences name.
+        bool isUsersOwn = true;
     };
 
     /// Begins with the draft that a former program left.
@@ -102,6 +104,8 @@ public:
     void reset();
     /// What was refused, in its own words.
     void report(const base::Error& error);
+    /// What the user was told is not so any more, or was read.
+    void forgetError() { setErrorMessage(std::nullopt); }
 
     /// Writes the draft now if it is not kept yet, as before the program ends; the error where it
     /// is not kept then, or not all of it.
@@ -139,6 +143,7 @@ private:
     const base::Clock& m_clock;
     base::Logger m_log;
     std::function<void(std::function<void()>)> m_inBackground;
+    bool m_isUsersOwn;
     services::BoardService m_boards;
     services::EntryService m_entries;
 

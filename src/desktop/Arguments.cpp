@@ -1,5 +1,7 @@
 #include "desktop/Arguments.h"
 
+#include "app/QuickEntryRequest.h"
+
 #include <QApplication>
 #include <QCommandLineParser>
 
@@ -9,6 +11,9 @@ namespace {
 
 const auto kDirectory = QStringLiteral("data-dir");
 const auto kBackground = QString::fromLatin1(kBackgroundOption + 2);
+const auto kQuickEntry = QStringLiteral("quick-entry");
+const auto kBoard = QStringLiteral("board");
+const auto kType = QStringLiteral("type");
 const auto kGallery = QStringLiteral("gallery");
 
 /// In the language that is set up when it is asked.
@@ -18,6 +23,13 @@ void describe(QCommandLineParser& parser) {
         {kDirectory, QApplication::tr("The folder that holds the store."), QStringLiteral("DIR")});
     parser.addOption({kBackground, QApplication::tr("Start without a window, ready for Quick "
                                                     "Entry.")});
+    parser.addOption(
+        {kQuickEntry, QApplication::tr("Show only the panel that captures todos and texts.")});
+    parser.addOption({kBoard,
+                      QApplication::tr("The board that is chosen in the panel, by identifier."),
+                      QStringLiteral("ID")});
+    parser.addOption({kType, QApplication::tr("What the panel captures: todo or text."),
+                      QStringLiteral("TYPE")});
     parser.addPositionalArgument(QStringLiteral("LINK"),
                                  QApplication::tr("A link to a board or an entry."),
                                  QStringLiteral("[LINK…]"));
@@ -56,6 +68,14 @@ void Arguments::take(const QCommandLineParser& parser) {
     m_launch.links.clear();
     for (const auto& link : parser.positionalArguments()) {
         m_launch.links.push_back(link.toStdString());
+    }
+    if (parser.isSet(kQuickEntry)) {
+        const app::QuickEntryRequest request{
+            .board = base::Uuid::parse(parser.value(kBoard).toStdString()),
+            .type = app::entryTypeNamed(parser.value(kType).toStdString())};
+        const auto asked = request.launch();
+        m_launch.action = asked.action;
+        m_launch.parameters = asked.parameters;
     }
 #ifdef KORVEX_GALLERY
     if (parser.isSet(kGallery)) {

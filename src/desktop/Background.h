@@ -9,18 +9,25 @@ namespace korvex::desktop {
 /// with outlives it.
 class Background final {
 public:
+    /// A start for the background has said what is wanted, where nobody was asked yet.
+    enum class StartedFor { windows, background };
     /// Without a setup it never does.
-    Background(const app::AppPreferences& preferences, const app::QuickEntrySetup* setup)
-        : m_preferences(preferences), m_setup(setup) {}
+    Background(const app::AppPreferences& preferences, const app::QuickEntrySetup* setup,
+               StartedFor startedFor)
+        : m_preferences(preferences), m_setup(setup), m_startedFor(startedFor) {}
 
     bool stays() const {
+        using WhenClosed = app::AppPreferences::WhenClosed;
+        const auto whenClosed = m_preferences.whenClosed();
         return m_setup && m_setup->hotkey.isReady() &&
-               m_preferences.whenClosed() != app::AppPreferences::WhenClosed::ends;
+               (whenClosed == WhenClosed::staysReady ||
+                (whenClosed == WhenClosed::asks && m_startedFor == StartedFor::background));
     }
 
 private:
     const app::AppPreferences& m_preferences;
     const app::QuickEntrySetup* m_setup;
+    StartedFor m_startedFor;
 };
 
 } // namespace korvex::desktop

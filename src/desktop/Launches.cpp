@@ -1,5 +1,6 @@
 #include "desktop/Launches.h"
 
+#include "app/QuickEntryRequest.h"
 #include "desktop/Arguments.h"
 #include "platform/qt/WindowActivation.h"
 #include "ui/workspace/WindowPlace.h"
@@ -35,33 +36,49 @@ std::vector<app::Launch> EarlyLaunches::take() {
     return std::exchange(m_launches, {});
 }
 
-void Launches::take(const app::Launch& launch) {
-    m_runLoop.post([this, launch, life = std::weak_ptr<const bool>(m_life)] {
+template <typename Work>
+void Launches::later(Work&& work) {
+    m_runLoop.post([work = std::forward<Work>(work), life = std::weak_ptr<const bool>(m_life)] {
         if (!life.expired()) {
-            carryOut(launch);
+            work();
         }
     });
 }
 
+void Launches::take(const app::Launch& launch) {
+    later([this, launch] { carryOut(launch); });
+}
+
 void Launches::take(const app::HotkeyPress& press) {
-    // The moment of a press on an X server is what a launcher's token ends with there.
-    take(app::Launch{.token = press.timestamp == 0
-                                  ? press.activationToken
-                                  : "korvex_TIME" + std::to_string(press.timestamp)});
+    later([this, press] { m_quickEntry.open({.action = app::kQuickEntryAction}, press); });
+}
+
+void Launches::begin(const app::Launch& launch) {
+    if (launch.action == app::kQuickEntryAction) {
+        m_quickEntry.open(launch);
+    } else if (launch.action != kBackgroundAction) {
+        m_mainWindow.window(); // with what was shown last
+        openLinks(launch);
+        m_mainWindow.window().show();
+    }
 }
 
 void Launches::carryOut(const app::Launch& launch) {
     if (launch.action == kBackgroundAction) {
         return; // what it asks for is so
     }
-    bringForward(m_window, launch);
-    openLinks(launch);
+    if (launch.action == app::kQuickEntryAction) {
+        m_quickEntry.open(launch);
+    } else {
+        bringForward(m_mainWindow.window(), launch);
+        openLinks(launch);
+    }
 }
 
 void Launches::openLinks(const app::Launch& launch) {
     const auto count = std::min(launch.links.size(), kMostLinks);
     for (std::size_t i = 0; i < count; ++i) {
-        m_window.openLink(launch.links[i]);
+        m_mainWindow.window().openLink(launch.links[i]);
     }
 }
 

@@ -4,8 +4,11 @@
 #include "app/Launch.h"
 #include "base/RunLoop.h"
 #include "base/Signal.h"
+#include "desktop/MainWindowOwner.h"
+#include "desktop/QuickEntry.h"
 #include "platform/system/SingleInstance.h"
-#include "ui/windows/MainWindow.h"
+
+#include <QWidget>
 
 #include <memory>
 #include <vector>
@@ -29,24 +32,29 @@ private:
 };
 
 /// Does what later starts of the program, and other programs over the bus, ask the app for. Main
-/// thread; the window and the run loop must outlive it.
+/// thread; the windows and the run loop must outlive it.
 class Launches final {
 public:
-    Launches(ui::MainWindow& window, base::RunLoop& runLoop)
-        : m_window(window), m_runLoop(runLoop) {}
+    Launches(MainWindowOwner& mainWindow, QuickEntry& quickEntry, base::RunLoop& runLoop)
+        : m_mainWindow(mainWindow), m_quickEntry(quickEntry), m_runLoop(runLoop) {}
 
     /// Soon, and not within who asks: what is done may take as long as the user thinks. An action
-    /// brings the window forward and no more: there is none yet.
+    /// that nobody knows brings the main window forward and no more.
     void take(const app::Launch& launch);
-    /// The user has pressed the shortcut: the window comes forward.
+    /// The user has pressed the shortcut.
     void take(const app::HotkeyPress& press);
-    /// Shows what is linked to, without bringing the window forward.
-    void openLinks(const app::Launch& launch);
+    /// What this program was started for, at once.
+    void begin(const app::Launch& launch);
 
 private:
+    /// In the run loop, unless this is gone by then.
+    template <typename Work>
+    void later(Work&& work);
     void carryOut(const app::Launch& launch);
+    void openLinks(const app::Launch& launch);
 
-    ui::MainWindow& m_window;
+    MainWindowOwner& m_mainWindow;
+    QuickEntry& m_quickEntry;
     base::RunLoop& m_runLoop;
     std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);
 };

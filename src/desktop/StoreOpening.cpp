@@ -24,7 +24,7 @@ void readBoard(store::ModelContext& context, const std::optional<base::Uuid>& wa
     }
 }
 
-StoreOpening::Opened open(const std::filesystem::path& file, const std::optional<base::Uuid>& board,
+StoreOpening::Opened open(const std::filesystem::path& file, const StoreOpening::FirstView& view,
                           base::LogSink& log) {
     StoreOpening::Opened opened;
     auto started =
@@ -36,13 +36,15 @@ StoreOpening::Opened open(const std::filesystem::path& file, const std::optional
     opened.context = std::move(started.context);
     opened.mergedBoards = std::move(started.mergedBoards);
     opened.notices = std::move(started.notices);
-    readBoard(*opened.context, board, log);
+    if (view.isBoard) {
+        readBoard(*opened.context, view.board, log);
+    }
     return opened;
 }
 
 /// The window that stands in for the main one has nothing else to go on with.
 StoreOpening::Opened openWithAdvice(const std::filesystem::path& file,
-                                    const std::optional<base::Uuid>& board, base::LogSink& log) {
+                                    const StoreOpening::FirstView& view, base::LogSink& log) {
     const auto advise = [](const base::Error& error, const std::string& advice) {
         if (!advice.empty()) {
             throw base::Error(error.domain(), error.code(),
@@ -50,7 +52,7 @@ StoreOpening::Opened openWithAdvice(const std::filesystem::path& file,
         }
     };
     try {
-        return open(file, board, log);
+        return open(file, view, log);
     } catch (const store::StoreError& error) {
         advise(error, storage::adviceOn(error.which(), file));
         throw;
@@ -62,11 +64,10 @@ StoreOpening::Opened openWithAdvice(const std::filesystem::path& file,
 
 } // namespace
 
-StoreOpening::StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board,
-                           base::LogSink& log)
+StoreOpening::StoreOpening(std::filesystem::path file, FirstView view, base::LogSink& log)
     // Where no thread can be had, `take` does it as well.
     : m_opened(std::async(
           std::launch::async | std::launch::deferred,
-          [file = std::move(file), board, &log] { return openWithAdvice(file, board, log); })) {}
+          [file = std::move(file), view, &log] { return openWithAdvice(file, view, log); })) {}
 
 } // namespace korvex::desktop

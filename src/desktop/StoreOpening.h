@@ -22,9 +22,15 @@ namespace korvex::desktop {
 /// other thread's until `take`.
 class StoreOpening {
 public:
-    /// `board` is the one that was shown last, if any was. `log` must outlive this and may be
-    /// written from the other thread.
-    StoreOpening(std::filesystem::path file, std::optional<base::Uuid> board, base::LogSink& log);
+    /// What is to be shown of the store at once.
+    struct FirstView {
+        /// A board with its entries; Quick Entry shows none.
+        bool isBoard = true;
+        /// The one that was shown last, if any was.
+        std::optional<base::Uuid> board = {};
+    };
+    /// `log` must outlive this and may be written from the other thread.
+    StoreOpening(std::filesystem::path file, FirstView view, base::LogSink& log);
 
     struct Opened {
         std::unique_ptr<store::ModelContainer> container;

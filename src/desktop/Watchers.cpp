@@ -115,7 +115,9 @@ void Watchers::connectSources() {
 
 void Watchers::refresh() {
     if (const auto refused = ui::refusal([this] { m_listeners.workspace.context.refresh(); })) {
-        m_listeners.window.showError(*refused);
+        if (auto* const window = m_listeners.mainWindow.windowIfMade()) {
+            window->showError(*refused);
+        }
     }
 }
 

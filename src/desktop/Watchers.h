@@ -5,7 +5,6 @@
 #include "platform/bus/Bus.h"
 #include "store/ModelContainer.h"
 #include "ui/kit/theme/Theme.h"
-#include "ui/windows/MainWindow.h"
 #include "ui/workspace/Workspace.h"
 
 #include <QObject>
@@ -27,7 +26,8 @@ public:
         store::ModelContainer& container;
         const ui::Workspace& workspace;
         ui::Theme& theme;
-        ui::MainWindow& window;
+        /// Only it tells the user of what could not be read.
+        MainWindowOwner& mainWindow;
         Launches& launches;
         platform::bus::Bus& bus;
     };

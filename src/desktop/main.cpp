@@ -1,5 +1,6 @@
 #include "app/AppPreferences.h"
 #include "app/FileUserDefaults.h"
+#include "app/QuickEntryRequest.h"
 #include "app/SettingsWriter.h"
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
@@ -9,6 +10,8 @@
 #include "desktop/Hotkey.h"
 #include "desktop/LastWindow.h"
 #include "desktop/Launches.h"
+#include "desktop/MainWindowOwner.h"
+#include "desktop/QuickEntry.h"
 #include "desktop/Reminders.h"
 #include "desktop/StandIns.h"
 #include "desktop/StoreOpening.h"
@@ -26,7 +29,6 @@
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Language.h"
 #include "ui/kit/words/Refusal.h"
-#include "ui/windows/MainWindow.h"
 #include "ui/workspace/ProgramName.h"
 #include "ui/workspace/WorkspaceOwner.h"
 
@@ -66,7 +68,11 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         isUsersOwn ? ui::Navigation::LastBoard::kept : ui::Navigation::LastBoard::forgotten;
     const auto missing = app::missingStoreNotice(directory); // opening makes a new one
     const auto open = [&] {
-        return desktop::StoreOpening(file, ui::Navigation::launchBoardID(preferences, boards), log);
+        return desktop::StoreOpening(
+            file,
+            {.isBoard = arguments.launch().action != app::kQuickEntryAction,
+             .board = ui::Navigation::launchBoardID(preferences, boards)},
+            log);
     };
     std::optional<desktop::StoreOpening> opening;
     if (arguments.areClear()) {
@@ -152,17 +158,19 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         }
     }
 
-    ui::MainWindow window(workspace, theme);
-    desktop::Launches launches(window, runLoop);
-    const desktop::Background background(preferences, workspace.quickEntry);
+    using StartedFor = desktop::Background::StartedFor;
+    const desktop::Background background(
+        preferences, workspace.quickEntry,
+        arguments.isBackground() ? StartedFor::background : StartedFor::windows);
     desktop::LastWindow lastWindow;
     lastWindow.setStays([&background] { return background.stays(); });
-    QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow,
-                     [] { QApplication::exit(); });
+    desktop::MainWindowOwner mainWindow(workspace, theme);
+    desktop::QuickEntry quickEntry(workspace, theme);
+    desktop::Launches launches(mainWindow, quickEntry, runLoop);
     desktop::Watchers watchers({.container = container,
                                 .workspace = workspace,
                                 .theme = theme,
-                                .window = window,
+                                .mainWindow = mainWindow,
                                 .launches = launches,
                                 .bus = bus});
     for (const auto& launch : early.take()) {
@@ -170,40 +178,57 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
     const auto launching =
         instance.launched().connect([&](const app::Launch& launch) { launches.take(launch); });
-    // What need not stand before the window does.
+    // What need not stand before there is something to be seen.
     const auto startRest = [&] {
         watchers.start();
         if (hotkey) {
             hotkey->start([&](const app::HotkeyPress& press) { launches.take(press); });
         }
     };
-    QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
-        trace.report("first paint");
-        startRest();
-        window.offerDrafts();
+    mainWindow.setWhenMade([&](ui::MainWindow& window) {
+        QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow,
+                         [] { QApplication::exit(); });
+        QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
+            trace.report("first paint");
+            startRest();
+            window.offerDrafts();
+        });
     });
+    const auto capturing = quickEntry.ready().connect([&] {
+        trace.report("quick entry");
+        QTimer::singleShot(0, &watchers, startRest); // once it is painted
+    });
+    const auto captured = quickEntry.hidden().connect([&] { lastWindow.look(); });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
     QTimer::singleShot(arguments.isBackground() ? std::chrono::seconds(0) : kLongestStart,
                        &watchers, startRest);
+    const auto storeAll = [&] {
+        quickEntry.keepDraft();
+        if (auto* const window = mainWindow.windowIfMade()) {
+            window->storeAll();
+        }
+    };
     // A log-out asks every window first and ends the programs then.
-    QObject::connect(&application, &QGuiApplication::commitDataRequest, &window,
-                     &ui::MainWindow::storeAll, Qt::DirectConnection);
     QObject::connect(
-        &application, &QGuiApplication::commitDataRequest, &window, [&] { defaults.writeLeft(); },
+        &application, &QGuiApplication::commitDataRequest, &watchers,
+        [&] {
+            storeAll();
+            defaults.writeLeft();
+        },
         Qt::DirectConnection);
     platform::system::TerminationWatcher termination(runLoop);
     const auto ending = termination.requested().connect([&] {
-        window.storeAll();
+        storeAll();
         QApplication::exit();
     });
     auto notices = std::move(store.notices);
     if (missing) {
         notices.push_back(*missing);
     }
-    window.showNotices(notices);
-    launches.openLinks(arguments.launch());
-    if (!arguments.isBackground()) {
-        window.show();
+    mainWindow.setNotices(notices);
+    launches.begin(arguments.launch());
+    if (!notices.empty() && !arguments.isBackground()) {
+        mainWindow.window().show(); // only it can say them
     }
     const auto status = QApplication::exec();
     instance.close();

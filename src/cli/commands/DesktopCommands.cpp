@@ -7,27 +7,20 @@
 #include "cli/session/Session.h"
 
 #include "app/Links.h"
+#include "app/QuickEntryRequest.h"
 #include "app/StoreLocation.h"
 
 namespace korvex::cli {
 
 namespace {
 
-struct OpenOptions {
-    std::string url;
-};
-
-ExitStatus open(Session& session, const OpenOptions& options) {
-    if (!app::Link::parse(options.url)) {
-        throw wrongUsage("\"" + options.url +
-                         "\" is no link of Korvex. They are korvex://board/inbox, "
-                         "korvex://board/ID and korvex://entry/ID.");
-    }
+/// Has the desktop app do it: the one that runs, or else this program, which becomes it with these
+/// arguments; they mean the same as the launch.
+ExitStatus askOrBecome(Session& session, app::Launch launch, std::vector<std::string> arguments) {
     const auto folder = session.storeFile().parent_path();
-    std::vector<std::string> arguments{"--", options.url};
     if (app::isUsersOwn(folder)) {
         // The app that runs has the name on the bus for its own store only.
-        const app::Launch launch{.links = {options.url}, .token = app::launchToken()};
+        launch.token = app::launchToken();
         switch (session.environment().desktop.ask(launch)) {
         case RunningDesktop::Answer::taken:
             return ExitStatus::done;
@@ -40,6 +33,42 @@ ExitStatus open(Session& session, const OpenOptions& options) {
         arguments.insert(arguments.begin(), {"--data-dir", folder.string()});
     }
     throw refusal(becomeDesktopApp(arguments));
+}
+
+struct OpenOptions {
+    std::string url;
+};
+
+ExitStatus open(Session& session, const OpenOptions& options) {
+    if (!app::Link::parse(options.url)) {
+        throw wrongUsage("\"" + options.url +
+                         "\" is no link of Korvex. They are korvex://board/inbox, "
+                         "korvex://board/ID and korvex://entry/ID.");
+    }
+    return askOrBecome(session, {.links = {options.url}}, {"--", options.url});
+}
+
+struct QuickEntryOptions {
+    std::optional<std::string> board;
+    std::optional<std::string> type;
+};
+
+ExitStatus quickEntry(Session& session, const QuickEntryOptions& options) {
+    app::QuickEntryRequest request;
+    if (options.type && !(request.type = app::entryTypeNamed(*options.type))) {
+        throw wrongUsage("--type takes todo or text.");
+    }
+    if (options.board) {
+        request.board = findBoard(session, *options.board).id();
+    }
+    std::vector<std::string> arguments{"--quick-entry"};
+    if (request.board) {
+        arguments.insert(arguments.end(), {"--board", request.board->text()});
+    }
+    if (request.type) {
+        arguments.insert(arguments.end(), {"--type", std::string(rawValue(*request.type))});
+    }
+    return askOrBecome(session, request.launch(), std::move(arguments));
 }
 
 struct WidgetOptions {
@@ -71,6 +100,16 @@ void addDesktopCommands(CLI::App& program, Action& chosen) {
         ->required();
     opened.parser.footer("The app starts where it does not run. korvex URL does the same.");
 
+    const auto captured =
+        addCommand(program, "quick-entry", "Opens the panel that captures todos and texts", chosen,
+                   quickEntry);
+    addText(captured.parser, "--board", "BOARD", captured.options->board,
+            "The board that is chosen in it, by name or identifier");
+    addText(captured.parser, "--type", "todo|text", captured.options->type,
+            "What it captures; as in the settings when it is left out");
+    captured.parser.footer(
+        "Where the app does not run, the panel comes up alone. A desktop can run this by a key of\n"
+        "its own; without options the same key puts the panel away again.");
     const auto shown =
         addCommand(program, "widget", "Shows a board's open todos on the desktop", chosen, widget);
     addText(shown.parser, "--board", "BOARD", shown.options->board,

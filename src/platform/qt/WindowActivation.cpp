@@ -40,14 +40,17 @@ void send(xcb_connection_t* connection, const xcb_client_message_event_t& event,
     xcb_send_event(connection, 0, root, mask, reinterpret_cast<const char*>(&event));
 }
 
-void askForKeyboard(xcb_connection_t* connection, xcb_window_t window, std::uint32_t time) {
-    constexpr std::uint32_t kFromApplication = 1;
+/// Who asks for a window, as window managers know it: the second says that the user does.
+enum class Asker : std::uint32_t { application = 1, user = 2 };
+
+void askForKeyboard(xcb_connection_t* connection, xcb_window_t window, Asker asker,
+                    std::uint32_t time) {
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
     event.type = atom(connection, "_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = kFromApplication;
+    event.data.data32[0] = static_cast<std::uint32_t>(asker);
     event.data.data32[1] = time;
     send(connection, event,
          XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
@@ -87,10 +90,17 @@ void finishActivation(QWindow& window, const std::string& token) {
     }
     const auto id = static_cast<xcb_window_t>(window.winId());
     if (const auto time = timeOf(token)) {
-        askForKeyboard(connection, id, *time);
+        askForKeyboard(connection, id, Asker::application, *time);
     }
     tellStarted(connection, id, token);
     xcb_flush(connection);
+}
+
+void activateCalledWindow(QWindow& window, std::uint32_t time) {
+    if (auto* const connection = x11()) {
+        askForKeyboard(connection, static_cast<xcb_window_t>(window.winId()), Asker::user, time);
+        xcb_flush(connection);
+    }
 }
 
 } // namespace korvex::platform::qt

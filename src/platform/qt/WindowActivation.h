@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 class QWindow;
@@ -13,5 +14,9 @@ namespace korvex::platform::qt {
 void prepareActivation(const std::string& token);
 /// After that: what only can be said of a window that is there.
 void finishActivation(QWindow& window, const std::string& token);
+
+/// After that too, of a window that the user has called by a key that works anywhere, at this
+/// moment as the X server counts; 0 where nobody knows. It takes the keyboard whatever else has it.
+void activateCalledWindow(QWindow& window, std::uint32_t time);
 
 } // namespace korvex::platform::qt

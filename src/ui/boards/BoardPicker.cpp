@@ -135,6 +135,12 @@ void BoardPicker::open() {
     field().setFocus();
 }
 
+void BoardPicker::openUnder(const QWidget& opener) {
+    setOpener(opener);
+    openAt({opener.mapToGlobal(QPoint()), opener.size()});
+    field().setFocus();
+}
+
 void BoardPicker::fill() {
     const auto typed = field().text();
     // Nothing typed: the choice of the user stays where boards come and go.

@@ -32,6 +32,8 @@ public:
 
     /// Shows it in the middle of the window's top.
     void open();
+    /// Shows it below what it is opened by, which closes it too.
+    void openUnder(const QWidget& opener);
 
 Q_SIGNALS:
     /// Emitted after the picker has closed.

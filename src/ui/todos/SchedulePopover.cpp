@@ -19,28 +19,44 @@
 
 #include <algorithm>
 #include <initializer_list>
+#include <utility>
 
 namespace korvex::ui {
 
 SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& services,
                                  const Theme& theme, QWidget* window)
+    : SchedulePopover(subjectOf(entry, services), services, theme, window) {}
+
+SchedulePopover::SchedulePopover(const model::TodoSchedule& schedule,
+                                 schedule::TodoScheduleEditor::OnSave keep,
+                                 const TodoServices& services, const Theme& theme, QWidget* window)
+    : SchedulePopover(Subject{.schedule = schedule, .keep = std::move(keep)}, services, theme,
+                      window) {}
+
+SchedulePopover::Subject SchedulePopover::subjectOf(const model::Entry& entry,
+                                                    const TodoServices& services) {
+    return {.entry = entry.id(),
+            .schedule = entry.schedule(),
+            .isCompleted = entry.isCompleted(),
+            .keep = [services, id = entry.id()](const model::TodoSchedule& schedule) {
+                auto* const todo = services.context.find<model::Entry>(id);
+                if (!todo) {
+                    throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
+                }
+                services.entries.updateSchedule(*todo, schedule, services.clock.now());
+            }};
+}
+
+SchedulePopover::SchedulePopover(Subject subject, const TodoServices& services, const Theme& theme,
+                                 QWidget* window)
     : Popover(theme, window),
       m_services(services),
       m_formats(services.dates.shared()),
-      m_editor(
-          entry.schedule(),
-          {.completed = entry.isCompleted(),
-           .defaultReminderMinutes = services.preferences.defaultReminderMinutes()},
-          services.clock.now(), *m_formats,
-          [this](const model::TodoSchedule& schedule) {
-              auto* const todo = m_services.context.find<model::Entry>(m_entry);
-              if (!todo) {
-                  throw model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable);
-              }
-              m_services.entries.updateSchedule(*todo, schedule, m_services.clock.now());
-          },
-          [this] { closeNow(); }),
-      m_entry(entry.id()),
+      m_editor(subject.schedule,
+               {.completed = subject.isCompleted,
+                .defaultReminderMinutes = services.preferences.defaultReminderMinutes()},
+               services.clock.now(), *m_formats, std::move(subject.keep), [this] { closeNow(); }),
+      m_entry(subject.entry),
       m_changes(
           services.context.didChange().connect([this](const store::ChangeSet&) { follow(); })),
       m_settings(services.preferences.didChange().connect(
@@ -56,7 +72,10 @@ SchedulePopover::SchedulePopover(model::Entry& entry, const TodoServices& servic
 }
 
 void SchedulePopover::follow() {
-    const auto* const todo = m_services.context.find<model::Entry>(m_entry);
+    if (!m_entry) {
+        return;
+    }
+    const auto* const todo = m_services.context.find<model::Entry>(*m_entry);
     if (!todo || !todo->isTodo() || todo->isCompleted()) {
         closeNow();
         return;

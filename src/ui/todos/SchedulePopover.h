@@ -7,6 +7,7 @@
 #include <QDateTime>
 
 #include <memory>
+#include <optional>
 
 class QCheckBox;
 class QLabel;
@@ -28,6 +29,10 @@ class SchedulePopover final : public Popover {
 public:
     SchedulePopover(model::Entry& entry, const TodoServices& services, const Theme& theme,
                     QWidget* window);
+    /// Of todos that are not stored yet: what is saved goes to `keep`, which throws what it
+    /// refuses.
+    SchedulePopover(const model::TodoSchedule& schedule, schedule::TodoScheduleEditor::OnSave keep,
+                    const TodoServices& services, const Theme& theme, QWidget* window);
 
     /// Saves what was changed, if anything was; what cannot be saved stays open with the reason.
     void dismiss() override;
@@ -40,6 +45,18 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
 
 private:
+    /// What is edited, wherever that is kept.
+    struct Subject {
+        /// Absent where it is no entry yet.
+        std::optional<base::Uuid> entry;
+        model::TodoSchedule schedule;
+        bool isCompleted = false;
+        schedule::TodoScheduleEditor::OnSave keep;
+    };
+    SchedulePopover(Subject subject, const TodoServices& services, const Theme& theme,
+                    QWidget* window);
+    static Subject subjectOf(const model::Entry& entry, const TodoServices& services);
+
     /// Anything has changed in the store.
     void follow();
     void followSetting(app::AppPreferences::Property property);
@@ -85,7 +102,7 @@ private:
     TodoServices m_services;
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
-    base::Uuid m_entry;
+    std::optional<base::Uuid> m_entry;
     base::Subscription m_changes;
     base::Subscription m_settings;
     bool m_isShowing = false;

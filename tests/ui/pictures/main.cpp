@@ -211,6 +211,8 @@ void takeForReadme(const QDir& folder) {
                              Shot{"upcoming", "upcoming"}, Shot{"completed", "completed"},
                              Shot{"search", "search"}, Shot{"settings", "settings-backups"},
                              Shot{"settings-dark", "settings-general", Appearance::dark},
+                             Shot{"quick-entry", "quick-entry"},
+                             Shot{"quick-entry-dark", "quick-entry-text", Appearance::dark},
                              Shot{"note", "text-edited", Appearance::light, {900, 760}}}) {
         PicturedWindow window(
             {.name = shot.file, .appearance = shot.appearance, .size = shot.size});

@@ -40,9 +40,12 @@ Thing& found(Thing* thing, const char* name) {
 
 } // namespace
 
-WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace,
+WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace, const Theme& theme,
                            ScriptedHotkeySystem* hotkeys)
-    : m_window(window), m_workspace(workspace), m_inbox(workspace.boards.inboxBoard()) {
+    : m_window(window),
+      m_workspace(workspace),
+      m_capture(workspace, theme),
+      m_inbox(workspace.boards.inboxBoard()) {
     for (auto* const board : workspace.boards.boards()) {
         auto*& found = board->isArchived() ? m_archived : m_other;
         found = found || board == m_inbox ? found : board;
@@ -60,6 +63,7 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace,
     addMenuScenes();
     addPageScenes();
     addSettingsScenes();
+    addCaptureScenes();
     if (hotkeys) {
         addHotkeyScenes(*hotkeys);
     }
@@ -376,6 +380,74 @@ void WindowScenes::addHotkeyScenes(ScriptedHotkeySystem& hotkeys) {
         "Button: Keep Ready");
 }
 
+void WindowScenes::addCapture(const char* name, std::function<void(CaptureScenes&)> open,
+                              std::string shows) {
+    add(
+        name,
+        [this, open = std::move(open)] {
+            m_capture.open(m_window.size());
+            open(m_capture);
+        },
+        std::move(shows));
+}
+
+void WindowScenes::addCaptureScenes() {
+    using model::EntryType;
+    const auto writeTodos = [](CaptureScenes& capture) {
+        capture.write(EntryType::todo, "Buy milk\nRenew passport");
+    };
+    addCapture(
+        "quick-entry-empty", [](CaptureScenes&) {}, "EditableText: Todos, one in each line");
+    addCapture(
+        "quick-entry",
+        [writeTodos](CaptureScenes& capture) {
+            writeTodos(capture);
+            capture.schedule();
+        },
+        "Button: Schedule: Due: Tomorrow");
+    addCapture(
+        "quick-entry-text",
+        [](CaptureScenes& capture) {
+            capture.write(EntryType::text, "Trip to Lisbon, in the first week of May");
+            capture.setHeading();
+            capture.attach();
+        },
+        "Button: Remove confirmation.pdf");
+    addCapture(
+        "quick-entry-refused",
+        [this, writeTodos](CaptureScenes& capture) {
+            writeTodos(capture);
+            capture.attach();
+            key(Qt::Key_Return);
+        },
+        "AlertMessage: To attach files, add one todo at a time");
+    addCapture(
+        "quick-entry-schedule",
+        [this, writeTodos](CaptureScenes& capture) {
+            writeTodos(capture);
+            capture.schedule();
+            key(Qt::Key_D, Qt::ControlModifier);
+            QApplication::processEvents();
+        },
+        "Dialog: Schedule");
+    addCapture(
+        "quick-entry-board",
+        [this, writeTodos](CaptureScenes& capture) {
+            writeTodos(capture);
+            key(Qt::Key_K, Qt::ControlModifier);
+            QApplication::processEvents();
+        },
+        "Dialog: Save to board");
+    addCapture(
+        "quick-entry-question",
+        [this, writeTodos](CaptureScenes& capture) {
+            writeTodos(capture);
+            key(Qt::Key_Escape, Qt::ControlModifier);
+            QApplication::processEvents();
+        },
+        "Button: Discard");
+}
+
 void WindowScenes::open(const std::string& name) {
     const auto scene = std::find_if(m_scenes.begin(), m_scenes.end(),
                                     [&](const Scene& each) { return each.name == name; });
@@ -393,7 +465,7 @@ void WindowScenes::open(const Scene& scene) {
     QApplication::processEvents();
 }
 
-bool WindowScenes::isSettled() const {
+bool WindowScenes::isSettled() {
     const auto labels = shown().findChildren<SettingsLabel*>();
     return std::none_of(labels.begin(), labels.end(), [](const SettingsLabel* each) {
         return each->isVisible() && each->text().endsWith(QStringLiteral("ing…"));
@@ -401,6 +473,7 @@ bool WindowScenes::isSettled() const {
 }
 
 void WindowScenes::close() {
+    m_capture.close();
     if (auto* const open = settings()) {
         open->close();
         m_window.activateWindow();
@@ -447,7 +520,10 @@ SettingsWindow* WindowScenes::settings() {
     return nullptr;
 }
 
-QWidget& WindowScenes::shown() const {
+QWidget& WindowScenes::shown() {
+    if (m_capture.panel().isVisible()) {
+        return m_capture.panel();
+    }
     auto* const open = settings();
     return open && open->isVisible() ? static_cast<QWidget&>(*open) : m_window;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/ScriptedHotkey.h"
+#include "ui/windows/CaptureScenes.h"
 #include "ui/workspace/Workspace.h"
 
 #include <Qt>
@@ -37,7 +38,7 @@ public:
     /// something for every scene has a board beside the Inbox and an archived one, and in the Inbox
     /// a text, an open todo and a completed one.
     /// Where there is a system for shortcuts, its answers are scenes too.
-    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace,
+    WindowScenes(ui::MainWindow& window, const ui::Workspace& workspace, const ui::Theme& theme,
                  ScriptedHotkeySystem* hotkeys = nullptr);
 
     const std::vector<Scene>& all() const { return m_scenes; }
@@ -45,9 +46,9 @@ public:
     void open(const Scene& scene);
     void open(const std::string& name);
     /// The window that the scene is in.
-    QWidget& shown() const;
+    QWidget& shown();
     /// Whether the settings have looked at all that they tell of.
-    bool isSettled() const;
+    bool isSettled();
     /// Gives up what the scene has opened.
     void close();
     /// Opens the editor of an entry of the Inbox.
@@ -66,6 +67,9 @@ private:
     void addHotkeyScenes(ScriptedHotkeySystem& hotkeys);
     /// Opens the settings on that pane.
     void openPane(int index);
+    void addCaptureScenes();
+    /// Of Quick Entry, which opens for it.
+    void addCapture(const char* name, std::function<void(CaptureScenes&)> open, std::string shows);
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;
@@ -85,6 +89,7 @@ private:
 
     ui::MainWindow& m_window;
     const ui::Workspace& m_workspace;
+    CaptureScenes m_capture;
     model::Board* m_inbox = nullptr;
     model::Board* m_other = nullptr;
     model::Board* m_archived = nullptr;

@@ -1,0 +1,79 @@
+#include "ui/capture/CaptureText.h"
+
+#include "ui/text/OfferedFiles.h"
+#include "ui/todos/PastedLines.h"
+
+#include <QAbstractTextDocumentLayout>
+#include <QKeyEvent>
+#include <QMimeData>
+#include <QScrollBar>
+
+#include <algorithm>
+
+namespace korvex::ui {
+
+namespace {
+
+/// Two show that there is room for more than one; more than twelve are no quick entry.
+constexpr int kFewestLines = 2;
+constexpr int kMostLines = 12;
+
+} // namespace
+
+CaptureText::CaptureText(const Theme& theme, QWidget* parent) : QTextEdit(parent), m_theme(theme) {
+    setAcceptRichText(false);
+    setTabChangesFocus(true);
+    setFrameShape(NoFrame);
+    setFont(theme.font());
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    document()->setDocumentMargin(0);
+    viewport()->setAutoFillBackground(false);
+    connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
+            [this] { updateGeometry(); });
+}
+
+QString CaptureText::typed() const {
+    return withLineFeeds(document()->toRawText());
+}
+
+void CaptureText::setTyped(const QString& text) {
+    setPlainText(text);
+    moveCursor(QTextCursor::End);
+}
+
+int CaptureText::heightOf(int lines) const {
+    return lines * fontMetrics().lineSpacing();
+}
+
+QSize CaptureText::sizeHint() const {
+    const auto wanted = static_cast<int>(document()->size().height());
+    return {m_theme.scaled(kPanelMeasure),
+            std::clamp(wanted, heightOf(kFewestLines), heightOf(kMostLines))};
+}
+
+void CaptureText::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter) {
+        QTextEdit::keyPressEvent(event);
+    } else if ((event->modifiers() & Qt::ShiftModifier) != 0) {
+        textCursor().insertBlock();
+        ensureCursorVisible();
+    } else if (!event->isAutoRepeat()) { // the key that opened the panel may still be down
+        Q_EMIT saveRequested();
+    }
+}
+
+bool CaptureText::canInsertFromMimeData(const QMimeData* source) const {
+    return source->hasText() || isForAttaching(*source);
+}
+
+void CaptureText::insertFromMimeData(const QMimeData* source) {
+    if (isForAttaching(*source)) {
+        Q_EMIT attachmentsOffered(source);
+    } else {
+        QTextEdit::insertFromMimeData(source);
+    }
+}
+
+} // namespace korvex::ui

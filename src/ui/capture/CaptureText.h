@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/kit/theme/Theme.h"
+
+#include <QMimeData>
+#include <QTextEdit>
+
+namespace korvex::ui {
+
+/// What Quick Entry is typed into: plain text that grows with its lines up to a height, and scrolls
+/// from there. Return and what is no text are for whoever listens. Main thread.
+class CaptureText final : public QTextEdit {
+    Q_OBJECT
+
+public:
+    CaptureText(const Theme& theme, QWidget* parent);
+
+    /// Every character as it is, with a line feed for every break.
+    QString typed() const;
+    /// Shows another text, of which no step can be taken back; the caret is at its end.
+    void setTyped(const QString& text);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return {0, heightOf(1)}; }
+
+Q_SIGNALS:
+    void saveRequested();
+    /// What was pasted or dropped is no text but something to attach.
+    void attachmentsOffered(const QMimeData* offered);
+
+protected:
+    void keyPressEvent(QKeyEvent* event) override;
+    void insertFromMimeData(const QMimeData* source) override;
+    bool canInsertFromMimeData(const QMimeData* source) const override;
+
+private:
+    /// In pixels.
+    int heightOf(int lines) const;
+
+    const Theme& m_theme;
+};
+
+} // namespace korvex::ui
