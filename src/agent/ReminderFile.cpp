@@ -87,10 +87,16 @@ ReminderFile::ReminderFile(std::filesystem::path file, base::LogSink& log)
             throw StoreError(StoreErrorCase::busy, m_file.string());
         }
     }
+    openAgain();
+}
+
+ReminderFile::Opened ReminderFile::openAgain() {
     try {
         open();
+        return Opened::asItWas;
     } catch (const Unusable& unusable) {
         beginAnew(unusable.why);
+        return Opened::anew;
     }
 }
 
@@ -107,6 +113,8 @@ void ReminderFile::beginAnew(std::string_view why) {
 
 void ReminderFile::open() {
     const auto name = m_file.empty() ? std::string(":memory:") : m_file.string();
+    // Two connections would wait for each other.
+    m_database.reset();
     try {
         try {
             m_database = std::make_unique<SQLite::Database>(
@@ -116,10 +124,24 @@ void ReminderFile::open() {
             store::throwSqliteError(nullptr, error.getExtendedErrorCode());
         }
     } catch (const StoreError& error) {
-        if (isDamage(error)) {
+        const auto isEmpty = m_database && isNew();
+        m_database.reset();
+        // Where nothing is in it yet, it is the disk that takes nothing.
+        if (store::isDamage(error) && !isEmpty) {
             throw Unusable{error.errorDescription()};
         }
         throw;
+    } catch (const Unusable&) {
+        m_database.reset();
+        throw;
+    }
+}
+
+bool ReminderFile::isNew() const {
+    try {
+        return store::pragmaNumber(handle(), "schema_version") == 0;
+    } catch (const StoreError&) {
+        return false;
     }
 }
 

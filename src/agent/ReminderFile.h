@@ -27,17 +27,23 @@ public:
 
     sqlite3* handle() const { return m_database->getHandle(); }
 
-    /// Whether an error says that the file is of no use, rather than that nothing can be read or
-    /// written now.
+    /// Whether an error may come of a file that is of no use. It may also come of a disk that fails
+    /// for a moment, as at a quota: `openAgain` finds out.
     static bool isDamage(const store::StoreError& error);
 
-    /// Sets the file aside and begins a new one; `why` is for the log. No statement of the former
-    /// one may be left. Throws StoreError.
+    /// Whether the file is the one that was there before, or was set aside and begun anew.
+    enum class Opened { asItWas, anew };
+    /// Closes the file where it is open and opens it, with a look at all that is in it. No
+    /// statement of it may be left. Throws StoreError: then it is closed.
+    Opened openAgain();
+    /// Sets the file aside and begins a new one; `why` is for the log. The same holds as above.
     void beginAnew(std::string_view why);
 
 private:
+    /// Throws `Unusable` too.
     void open();
     void prepare();
+    bool isNew() const;
     void setAside();
 
     std::filesystem::path m_file;

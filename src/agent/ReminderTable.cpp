@@ -1,11 +1,13 @@
 #include "agent/ReminderTable.h"
 
 #include "store/Statement.h"
+#include "store/StoreError.h"
 
 #include <sqlite3.h>
 
 namespace korvex::agent {
 
+using schedule::PendingReminder;
 using schedule::ReminderRequest;
 using store::Statement;
 
@@ -51,7 +53,7 @@ struct ReminderTable::Statements {
     Statement begin{database, "BEGIN IMMEDIATE"};
     Statement commit{database, "COMMIT"};
     Statement rollback{database, "ROLLBACK"};
-    Statement standing{database, "SELECT entry, due, body FROM Reminder "
+    Statement standing{database, "SELECT entry, due, body, state = 2 FROM Reminder "
                                  "WHERE due > ? AND state != 3 ORDER BY due, entry"};
     // What was shown under the same moment is as good as shown now: it is only remembered.
     Statement put{database,
@@ -107,36 +109,70 @@ struct ReminderTable::Statements {
 ReminderTable::ReminderTable(const std::filesystem::path& file, base::LogSink& log)
     : m_file(file, log) {
     try {
-        m_statements = std::make_unique<Statements>(m_file.handle());
+        prepare();
         changeTogether([] {});
     } catch (const store::StoreError& error) {
         if (!ReminderFile::isDamage(error)) {
             throw;
         }
-        beginAnew(error.errorDescription());
+        recover(error);
     }
 }
 
 ReminderTable::~ReminderTable() = default;
 
-void ReminderTable::beginAnew(std::string_view why) {
+ReminderFile::Opened ReminderTable::recover(const store::StoreError& error) {
     m_statements.reset();
-    m_file.beginAnew(why);
+    if (store::isDamage(error) && error.which() != store::StoreErrorCase::inputOutput) {
+        m_file.beginAnew(error.errorDescription());
+        prepare();
+        return ReminderFile::Opened::anew;
+    }
+    return openAgain();
+}
+
+ReminderFile::Opened ReminderTable::openAgain() {
+    auto opened = m_file.openAgain();
+    try {
+        prepare();
+    } catch (const store::StoreError& error) {
+        // What cannot be asked for, though the file is whole and says that it is of this form, is
+        // missing in it.
+        if (error.which() != store::StoreErrorCase::other) {
+            throw;
+        }
+        m_file.beginAnew(error.errorDescription());
+        opened = ReminderFile::Opened::anew;
+        prepare();
+    }
+    return opened;
+}
+
+void ReminderTable::prepare() {
     m_statements = std::make_unique<Statements>(m_file.handle());
 }
 
-std::vector<ReminderRequest> ReminderTable::standing(base::Instant after) {
-    std::vector<ReminderRequest> requests;
-    auto& query = m_statements->standing;
+ReminderTable::Statements& ReminderTable::statements() {
+    if (!m_statements) {
+        openAgain();
+    }
+    return *m_statements;
+}
+
+std::vector<PendingReminder> ReminderTable::standing(base::Instant after) {
+    std::vector<PendingReminder> standing;
+    auto& query = statements().standing;
     query.bind(0, after.seconds);
-    forEachRow(query, [&] { requests.push_back(requestOf(query)); });
-    return requests;
+    forEachRow(query, [&] {
+        standing.push_back({.request = requestOf(query), .wasShown = query.integer(3) != 0});
+    });
+    return standing;
 }
 
 void ReminderTable::put(const ReminderRequest& request) {
     atOnce([&] {
         withdrawNotification(request.entryID);
-        auto& insert = m_statements->put;
+        auto& insert = statements().put;
         insert.bind(0, request.entryID);
         insert.bind(1, request.date.seconds);
         insert.bind(2, std::string_view(request.body));
@@ -147,7 +183,7 @@ void ReminderTable::put(const ReminderRequest& request) {
 void ReminderTable::putUnlessKnown(const ReminderRequest& request) {
     atOnce([&] {
         auto isKnown = false;
-        auto& query = m_statements->known;
+        auto& query = statements().known;
         query.bind(0, request.entryID);
         query.bind(1, request.date.seconds);
         forEachRow(query, [&] { isKnown = true; });
@@ -160,7 +196,7 @@ void ReminderTable::putUnlessKnown(const ReminderRequest& request) {
 void ReminderTable::withdraw(const base::Uuid& entry) {
     atOnce([&] {
         withdrawNotification(entry);
-        for (auto* const change : {&m_statements->removePending, &m_statements->setWithdrawn}) {
+        for (auto* const change : {&statements().removePending, &statements().setWithdrawn}) {
             change->bind(0, entry);
             change->run();
         }
@@ -168,13 +204,13 @@ void ReminderTable::withdraw(const base::Uuid& entry) {
 }
 
 void ReminderTable::withdrawNotification(const base::Uuid& entry) {
-    m_statements->withdrawNotification.bind(0, entry);
-    m_statements->withdrawNotification.run();
+    statements().withdrawNotification.bind(0, entry);
+    statements().withdrawNotification.run();
 }
 
 std::vector<ReminderRequest> ReminderTable::due(base::Instant now, std::size_t atMost) {
     std::vector<ReminderRequest> requests;
-    auto& query = m_statements->due;
+    auto& query = statements().due;
     query.bind(0, now.seconds);
     query.bind(1, static_cast<std::int64_t>(atMost));
     forEachRow(query, [&] { requests.push_back(requestOf(query)); });
@@ -183,7 +219,7 @@ std::vector<ReminderRequest> ReminderTable::due(base::Instant now, std::size_t a
 
 std::optional<base::Instant> ReminderTable::nextDue(base::Instant now) {
     std::optional<base::Instant> next;
-    auto& query = m_statements->nextDue;
+    auto& query = statements().nextDue;
     query.bind(0, now.seconds);
     forEachRow(query, [&] { next = base::Instant{query.real(0)}; });
     return next;
@@ -195,15 +231,15 @@ void ReminderTable::setPosted(const base::Uuid& entry, base::Instant due,
         // The daemon gives the number of a notification that it has closed, which nobody has told
         // us of.
         setClosed(shown);
-        auto& update = m_statements->setPosted;
+        auto& update = statements().setPosted;
         update.bind(0, entry);
         update.bind(1, due.seconds);
         bind(update, 2, shown);
         update.run();
         if (update.changes() == 0) {
-            bind(m_statements->addWithdrawal, 0, shown);
-            m_statements->addWithdrawal.run();
-            auto& remember = m_statements->remember;
+            bind(statements().addWithdrawal, 0, shown);
+            statements().addWithdrawal.run();
+            auto& remember = statements().remember;
             remember.bind(0, entry);
             remember.bind(1, due.seconds);
             remember.run();
@@ -213,7 +249,7 @@ void ReminderTable::setPosted(const base::Uuid& entry, base::Instant due,
 
 void ReminderTable::setClosed(const ShownNotification& shown) {
     atOnce([&] {
-        for (auto* const change : {&m_statements->setGone, &m_statements->removeWithdrawal}) {
+        for (auto* const change : {&statements().setGone, &statements().removeWithdrawal}) {
             bind(*change, 0, shown);
             change->run();
         }
@@ -222,7 +258,7 @@ void ReminderTable::setClosed(const ShownNotification& shown) {
 
 std::optional<base::Uuid> ReminderTable::entryOf(const ShownNotification& shown) {
     std::optional<base::Uuid> entry;
-    auto& query = m_statements->entryOf;
+    auto& query = statements().entryOf;
     bind(query, 0, shown);
     forEachRow(query, [&] { entry = query.uuid(0); });
     return entry;
@@ -230,32 +266,32 @@ std::optional<base::Uuid> ReminderTable::entryOf(const ShownNotification& shown)
 
 std::vector<ReminderRequest> ReminderTable::posted() {
     std::vector<ReminderRequest> requests;
-    auto& query = m_statements->posted;
+    auto& query = statements().posted;
     forEachRow(query, [&] { requests.push_back(requestOf(query)); });
     return requests;
 }
 
 std::vector<ShownNotification> ReminderTable::withdrawals() {
     std::vector<ShownNotification> result;
-    auto& query = m_statements->withdrawals;
+    auto& query = statements().withdrawals;
     forEachRow(query, [&] { result.push_back(shownOf(query, 0)); });
     return result;
 }
 
 void ReminderTable::postAllAgain(std::string_view daemon) {
     atOnce([&] {
-        m_statements->withdrawPostedOf.bind(0, daemon);
-        m_statements->withdrawPostedOf.run();
-        m_statements->postAgain.run();
-        m_statements->forgetOtherDaemons.bind(0, daemon);
-        m_statements->forgetOtherDaemons.run();
+        statements().withdrawPostedOf.bind(0, daemon);
+        statements().withdrawPostedOf.run();
+        statements().postAgain.run();
+        statements().forgetOtherDaemons.bind(0, daemon);
+        statements().forgetOtherDaemons.run();
     });
 }
 
 void ReminderTable::postOthersAgain(std::string_view daemon) {
     atOnce([&] {
         for (auto* const change :
-             {&m_statements->postOthersAgain, &m_statements->forgetOtherDaemons}) {
+             {&statements().postOthersAgain, &statements().forgetOtherDaemons}) {
             change->bind(0, daemon);
             change->run();
         }
@@ -264,19 +300,19 @@ void ReminderTable::postOthersAgain(std::string_view daemon) {
 
 std::optional<base::Instant> ReminderTable::watchedUntil() {
     std::optional<base::Instant> moment;
-    auto& query = m_statements->mark;
+    auto& query = statements().mark;
     forEachRow(query, [&] { moment = base::Instant{query.real(0)}; });
     return moment;
 }
 
 void ReminderTable::setWatchedUntil(base::Instant moment) {
-    m_statements->setMark.bind(0, moment.seconds);
-    m_statements->setMark.run();
+    statements().setMark.bind(0, moment.seconds);
+    statements().setMark.run();
 }
 
 std::vector<ReminderTable::Row> ReminderTable::rows(std::size_t atMost) {
     std::vector<Row> result;
-    auto& query = m_statements->rows;
+    auto& query = statements().rows;
     query.bind(0, static_cast<std::int64_t>(atMost));
     forEachRow(query, [&] {
         auto& row = result.emplace_back(Row{.request = requestOf(query),
@@ -297,7 +333,7 @@ void ReminderTable::changeTogether(const std::function<void()>& changes) {
 
 void ReminderTable::forgetOldest() {
     for (const auto state : {ReminderState::gone, ReminderState::withdrawn}) {
-        auto& remove = m_statements->forgetOldest;
+        auto& remove = statements().forgetOldest;
         remove.bind(0, number(state));
         remove.bind(1, static_cast<std::int64_t>(kMaximumRemembered) - 1);
         remove.run();
@@ -314,14 +350,15 @@ void ReminderTable::atOnce(const std::function<void()>& changes) {
         explicit Depth(int& its) : depth(its) { ++depth; }
         ~Depth() { --depth; }
     } const depth(m_depth);
-    m_statements->begin.run();
+    auto& mine = statements();
+    mine.begin.run();
     try {
         changes();
-        m_statements->commit.run();
+        mine.commit.run();
     } catch (...) {
         // SQLite itself takes back what a full disk has ended.
-        if (sqlite3_get_autocommit(m_statements->database) == 0) {
-            m_statements->rollback.run();
+        if (sqlite3_get_autocommit(mine.database) == 0) {
+            mine.rollback.run();
         }
         throw;
     }

@@ -4,6 +4,7 @@
 #include "base/Instant.h"
 #include "base/Log.h"
 #include "base/Uuid.h"
+#include "schedule/NotificationScheduling.h"
 #include "schedule/ReminderRequest.h"
 
 #include <cstddef>
@@ -53,13 +54,14 @@ public:
     ReminderTable(const std::filesystem::path& file, base::LogSink& log);
     ~ReminderTable();
 
-    /// What an error of these functions says where `ReminderFile::isDamage`: sets the file aside
-    /// and goes on with an empty one, which is to be reconciled.
-    void beginAnew(std::string_view why);
+    /// What an error of these functions asks for where `ReminderFile::isDamage`: opens the file
+    /// again, or begins it anew where it is of no use: then it is to be reconciled. Where that
+    /// fails, each function tries it again.
+    ReminderFile::Opened recover(const store::StoreError& error);
 
     /// The requests that stand and are later than `after`, the earliest first; those too
     /// that were shown while the clock was further than it is now.
-    std::vector<schedule::ReminderRequest> standing(base::Instant after);
+    std::vector<schedule::PendingReminder> standing(base::Instant after);
     /// Takes the place of the todo's former request. What was shown already stays so where it is
     /// due at the same moment.
     void put(const schedule::ReminderRequest& request);
@@ -111,11 +113,15 @@ public:
 private:
     struct Statements;
 
+    ReminderFile::Opened openAgain();
+    void prepare();
+    Statements& statements();
     void atOnce(const std::function<void()>& changes);
     void forgetOldest();
     void withdrawNotification(const base::Uuid& entry);
 
     ReminderFile m_file;
+    /// Null where the file could not be opened again.
     std::unique_ptr<Statements> m_statements;
     int m_depth = 0;
 };

@@ -4,21 +4,20 @@
 
 namespace korvex::agent {
 
+using schedule::PendingReminder;
 using schedule::ReminderNotification;
 using schedule::ReminderRequest;
 
-TableNotificationClient::TableNotificationClient(ReminderTable& table, const base::Clock& clock)
-    : m_table(table), m_clock(clock) {}
+TableNotificationClient::TableNotificationClient(ReminderTable& table) : m_table(table) {}
 
-std::vector<ReminderRequest> TableNotificationClient::pending() {
+std::vector<PendingReminder> TableNotificationClient::pending(base::Instant now) {
     try {
-        return m_table.standing(m_clock.now());
+        return m_table.standing(now);
     } catch (const store::StoreError& error) {
-        if (!ReminderFile::isDamage(error)) {
-            throw;
+        if (ReminderFile::isDamage(error) && m_table.recover(error) == ReminderFile::Opened::anew) {
+            return {};
         }
-        m_table.beginAnew(error.errorDescription());
-        return {};
+        throw;
     }
 }
 
@@ -37,7 +36,15 @@ void TableNotificationClient::cancel(std::span<const std::string> identifiers) {
 }
 
 void TableNotificationClient::applyReconcile(const std::function<void()>& changes) {
-    m_table.changeTogether(changes);
+    try {
+        m_table.changeTogether(changes);
+    } catch (const store::StoreError& error) {
+        // What is planned into one that was begun anew is another difference.
+        if (ReminderFile::isDamage(error)) {
+            m_table.recover(error);
+        }
+        throw;
+    }
 }
 
 } // namespace korvex::agent

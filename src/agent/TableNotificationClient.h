@@ -1,17 +1,16 @@
 #pragma once
 
 #include "agent/ReminderTable.h"
-#include "base/Clock.h"
 #include "schedule/NotificationScheduling.h"
 
 namespace korvex::agent {
 
 /// The agent's own table as the place where notifications wait. What is due already and not shown
 /// yet is no longer pending: it is being delivered, and a reconcile leaves it alone. Main thread;
-/// the table and the clock must outlive it.
+/// the table must outlive it.
 class TableNotificationClient final : public schedule::NotificationScheduling {
 public:
-    TableNotificationClient(ReminderTable& table, const base::Clock& clock);
+    explicit TableNotificationClient(ReminderTable& table);
 
     /// What is known of the desktop's own switch, and of whether there is anybody to show them.
     void setAuthorization(schedule::AuthorizationStatus status) { m_status = status; }
@@ -19,18 +18,17 @@ public:
     /// Nothing: each notification brings its action along.
     void registerCategory() override {}
     schedule::AuthorizationStatus authorization() override { return m_status; }
-    /// A damaged table is begun anew, and empty then.
-    std::vector<schedule::ReminderRequest> pending() override;
+    /// A damaged table is begun anew, and empty then. Any failure else is thrown.
+    std::vector<schedule::PendingReminder> pending(base::Instant now) override;
     void add(const schedule::ReminderRequest& request) override;
     void cancel(std::span<const std::string> identifiers) override;
     /// Nothing: here nobody has to be asked.
     void requestAuthorization() override {}
-    /// All or nothing.
+    /// All or nothing. A damaged table is begun anew, for the next reconcile.
     void applyReconcile(const std::function<void()>& changes) override;
 
 private:
     ReminderTable& m_table;
-    const base::Clock& m_clock;
     schedule::AuthorizationStatus m_status = schedule::AuthorizationStatus::unavailable;
 };
 

@@ -5,6 +5,7 @@
 #include "model/Entry.h"
 #include "services/EntryService.h"
 
+#include <exception>
 #include <string>
 
 namespace korvex::schedule {
@@ -18,26 +19,33 @@ CompleteTodoIntent::CompleteTodoIntent(services::ReminderReconciling& reconcilin
 
 bool CompleteTodoIntent::complete(std::string_view todoID, store::ModelContext& context,
                                   base::Instant now, NotificationScheduling* reminders) const {
-    const auto id = base::Uuid::parse(todoID);
-    if (!id) {
-        m_log.warning("Invalid todo UUID");
-        return false;
-    }
-    const auto outcome = completeStored(*id, context, now);
+    const auto outcome = completeStored(todoID, context, now);
     // Not within the step: nobody is to wait for the store as long as this takes.
-    if (outcome == Outcome::completedAlready && reminders) {
-        const auto identifier = ReminderNotification::identifier(*id);
-        reminders->cancel({&identifier, 1});
+    if (reminders) {
+        withdrawStale(todoID, outcome, *reminders);
     }
     return outcome == Outcome::completed;
 }
 
-CompleteTodoIntent::Outcome CompleteTodoIntent::completeStored(const base::Uuid& id,
+void CompleteTodoIntent::withdrawStale(std::string_view todoID, Outcome outcome,
+                                       NotificationScheduling& reminders) {
+    if (outcome == Outcome::completedAlready) {
+        const auto identifier = ReminderNotification::identifier(*base::Uuid::parse(todoID));
+        reminders.cancel({&identifier, 1});
+    }
+}
+
+CompleteTodoIntent::Outcome CompleteTodoIntent::completeStored(std::string_view todoID,
                                                                store::ModelContext& context,
                                                                base::Instant now) const {
+    const auto id = base::Uuid::parse(todoID);
+    if (!id) {
+        m_log.warning("Invalid todo UUID");
+        return Outcome::refused;
+    }
     // What is checked is what is completed, whoever else completes it at the same moment.
     const store::LockedStep step(context);
-    auto* const entry = context.find<model::Entry>(id);
+    auto* const entry = context.find<model::Entry>(*id);
     if (!entry) {
         m_log.warning("Todo not found");
         return Outcome::refused;
@@ -61,16 +69,21 @@ bool CompleteTodoIntent::perform(std::string_view todoID, const SharedStore& sto
     try {
         const auto container = store.openExisting();
         store::ModelContext context(*container);
-        const auto isCompletedNow = complete(todoID, context, now, &reminders);
-        // A widget that asked for what was refused shows what is no longer stored.
-        m_widgets.reloadTodoWidgets();
-        if (isCompletedNow) {
+        const auto outcome = completeStored(todoID, context, now);
+        if (outcome == Outcome::completed) {
             store.announceChange();
+            return true;
         }
-        return isCompletedNow;
-    } catch (const base::Error& error) {
-        m_log.error("Widget completion failed: " + error.errorDescription() + " (" +
-                    std::to_string(error.code()) + ")");
+        // A widget that asked for what was refused shows what is no longer stored. A completion
+        // reloads them by itself.
+        m_widgets.reloadTodoWidgets();
+        withdrawStale(todoID, outcome, reminders);
+        return false;
+    } catch (const std::exception& error) {
+        const auto* const ours = dynamic_cast<const base::Error*>(&error);
+        m_log.error("Widget completion failed: " +
+                    (ours ? ours->errorDescription() : std::string(error.what())) + " (" +
+                    std::to_string(ours ? ours->code() : 0) + ")");
         throw;
     }
 }

@@ -35,15 +35,17 @@ public:
         /// Tells the other programs that it has changed. Must not throw.
         std::function<void()> announceChange;
     };
-    /// The same in the shared store, then has the widgets show what is stored by now, and announces
-    /// the change if there was one. What it throws is logged.
+    /// The same in the shared store. The widgets show what is stored by then, and the change is
+    /// announced if there was one. What it throws is logged.
     bool perform(std::string_view todoID, const SharedStore& store, base::Instant now,
                  NotificationScheduling& reminders) const;
 
 private:
     enum class Outcome { refused, completedAlready, completed };
-    Outcome completeStored(const base::Uuid& id, store::ModelContext& context,
+    Outcome completeStored(std::string_view todoID, store::ModelContext& context,
                            base::Instant now) const;
+    static void withdrawStale(std::string_view todoID, Outcome outcome,
+                              NotificationScheduling& reminders);
 
     services::ReminderReconciling& m_reconciling;
     services::WidgetReloading& m_widgets;

@@ -37,11 +37,20 @@ struct NotificationTexts {
         "them in your desktop's settings → Notifications → Korvex.";
     static constexpr std::string_view kDisabledInSettings =
         "Enable notifications in your desktop's settings → Notifications → Korvex. Your reminder "
-        "dates remain saved and can sync to other computers.";
+        "dates remain saved.";
     static constexpr std::string_view kPermissionFailed =
         "Notification permission could not be requested. Your reminder can still be saved.";
     static constexpr std::string_view kSchedulingFailed =
         "Reminders could not be updated on this computer. Try again by reopening Korvex.";
+};
+
+/// A request at the place where notifications wait.
+struct PendingReminder {
+    ReminderRequest request;
+    /// It was shown already, and is remembered under its moment only: its body is of no account.
+    bool wasShown = false;
+
+    bool operator==(const PendingReminder&) const = default;
 };
 
 /// The one place where notifications of reminders wait to be shown. Main thread.
@@ -53,9 +62,9 @@ public:
     virtual void registerCategory() = 0;
     /// As it is known now, without waiting for anybody. Must not throw.
     virtual AuthorizationStatus authorization() = 0;
-    /// The reminders that are still to come, one for each todo; notifications of another kind are
-    /// none. May throw, as all that follow.
-    virtual std::vector<ReminderRequest> pending() = 0;
+    /// The reminders that are still to come at `now`, one for each todo; notifications of another
+    /// kind are none. May throw, as all that follow.
+    virtual std::vector<PendingReminder> pending(base::Instant now) = 0;
     virtual void add(const ReminderRequest& request) = 0;
     /// Removes the notifications of these identifiers, those too that are shown already.
     virtual void cancel(std::span<const std::string> identifiers) = 0;

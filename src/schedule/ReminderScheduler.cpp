@@ -5,6 +5,7 @@
 #include "schedule/StoredReminders.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <exception>
@@ -14,6 +15,11 @@
 namespace korvex::schedule {
 
 namespace {
+
+using Seconds = std::chrono::duration<double>;
+
+constexpr Seconds kFirstRetry{1};
+constexpr Seconds kLongestRetry{300};
 
 std::string codeOf(const std::exception& error) {
     const auto* const ours = dynamic_cast<const base::Error*>(&error);
@@ -27,12 +33,20 @@ struct Difference {
     std::vector<ReminderRequest> added;
 };
 
-bool isSooner(const ReminderRequest& left, const ReminderRequest& right) {
-    return left.date != right.date ? left.date < right.date : left.entryID < right.entryID;
+bool isSooner(const PendingReminder& left, const PendingReminder& right) {
+    const auto& [leftID, leftDate, leftBody] = left.request;
+    const auto& [rightID, rightDate, rightBody] = right.request;
+    return leftDate != rightDate ? leftDate < rightDate : leftID < rightID;
+}
+
+bool isAsWanted(const PendingReminder& pending, const StoredReminders::View& wanted) {
+    const auto& [request, wasShown] = pending;
+    return wanted == request ||
+           (wasShown && wanted.entryID == request.entryID && wanted.date == request.date);
 }
 
 /// Both sides come by their dates, or nearly so: then each is found where the last one was.
-Difference differenceOf(std::vector<ReminderRequest> pending, store::ModelContext& context,
+Difference differenceOf(std::vector<PendingReminder> pending, store::ModelContext& context,
                         base::Instant now) {
     if (!std::is_sorted(pending.begin(), pending.end(), isSooner)) {
         std::sort(pending.begin(), pending.end(), isSooner);
@@ -41,11 +55,11 @@ Difference differenceOf(std::vector<ReminderRequest> pending, store::ModelContex
     std::vector<bool> isWanted(pending.size());
     auto next = pending.begin();
     StoredReminders(context).forEachAfter(now, [&](const StoredReminders::View& wanted) {
-        if (next == pending.end() || next->entryID != wanted.entryID) {
-            next = std::lower_bound(pending.begin(), pending.end(),
-                                    ReminderRequest{wanted.entryID, wanted.date, {}}, isSooner);
+        if (next == pending.end() || next->request.entryID != wanted.entryID) {
+            const PendingReminder place{.request = {wanted.entryID, wanted.date, {}}};
+            next = std::lower_bound(pending.begin(), pending.end(), place, isSooner);
         }
-        if (next != pending.end() && wanted == *next) {
+        if (next != pending.end() && isAsWanted(*next, wanted)) {
             isWanted[static_cast<std::size_t>(next - pending.begin())] = true;
             ++next;
         } else {
@@ -54,7 +68,8 @@ Difference differenceOf(std::vector<ReminderRequest> pending, store::ModelContex
     });
     for (std::size_t i = 0; i < pending.size(); ++i) {
         if (!isWanted[i]) {
-            difference.cancelled.push_back(ReminderNotification::identifier(pending[i].entryID));
+            difference.cancelled.push_back(
+                ReminderNotification::identifier(pending[i].request.entryID));
         }
     }
     return difference;
@@ -89,6 +104,12 @@ void ReminderScheduler::start(store::ModelContainer& container) {
     reconcileStartedStore();
 }
 
+void ReminderScheduler::stop() {
+    m_container = nullptr;
+    ++m_request->revision;
+    m_retry.reset();
+}
+
 void ReminderScheduler::refreshAuthorization(RequestIfNeeded request) {
     auto state = m_state;
     state.authorizationStatus = m_client.authorization();
@@ -111,6 +132,7 @@ void ReminderScheduler::refreshAuthorization(RequestIfNeeded request) {
 
 void ReminderScheduler::requestReconcile(store::ModelContainer& container) {
     const auto revision = ++m_request->revision;
+    m_retry.reset();
     m_runLoop.post([request = m_request, revision, &container] {
         if (request->scheduler && request->revision == revision) {
             request->scheduler->reconcileNow(container);
@@ -131,7 +153,11 @@ void ReminderScheduler::reconcileNow(store::ModelContainer& container) {
             plan(context, m_clock.now());
         });
     } catch (const std::exception&) {
-        // It is logged and said; there is nobody else to be told.
+        // It is logged and said. What was not planned has no timer of its own, so this one finds
+        // it.
+        m_retryDelay = std::clamp(2 * m_retryDelay, kFirstRetry, kLongestRetry);
+        m_retry =
+            m_runLoop.callAfter(m_retryDelay, [this, &container] { requestReconcile(container); });
     }
 }
 
@@ -141,19 +167,23 @@ void ReminderScheduler::reconcile(store::ModelContext& context, base::Instant no
 
 void ReminderScheduler::plan(store::ModelContext& context, base::Instant now) {
     refreshAuthorization(RequestIfNeeded::no);
-    const auto difference = differenceOf(m_client.pending(), context, now);
+    const auto difference = differenceOf(m_client.pending(now), context, now);
     m_client.applyReconcile([&] {
         if (!difference.cancelled.empty()) {
             m_client.cancel(difference.cancelled);
         }
         for (const auto& request : difference.added) {
             m_client.add(request);
-            if (m_log.accepts(base::LogLevel::info)) {
-                m_log.info("Scheduled reminder for entry " +
-                           base::maskHash(request.entryID.text()));
-            }
         }
     });
+    // Not sooner: until then all of it may be taken back.
+    if (m_log.accepts(base::LogLevel::info)) {
+        for (const auto& request : difference.added) {
+            m_log.info("Scheduled reminder for entry " + base::maskHash(request.entryID.text()));
+        }
+    }
+    m_retry.reset();
+    m_retryDelay = {};
     setSchedulingError(std::nullopt);
 }
 

@@ -9,6 +9,7 @@
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -29,9 +30,11 @@ public:
     ReminderScheduler(const ReminderScheduler&) = delete;
     ReminderScheduler& operator=(const ReminderScheduler&) = delete;
 
-    /// Keeps the container, which must outlive this, registers the category, looks whether
-    /// notifications may be shown, and requests a reconcile.
+    /// Keeps the container, which must outlive this or `stop`, registers the category, looks
+    /// whether notifications may be shown, and requests a reconcile.
     void start(store::ModelContainer& container);
+    /// Lets go of every container: what is requested is not carried out.
+    void stop();
 
     /// Looks again whether notifications may be shown. Where that is not determined, the user is
     /// asked if that is wanted.
@@ -39,8 +42,9 @@ public:
     void refreshAuthorization(RequestIfNeeded request);
 
     /// Reconciles soon, on the main thread, with the store as it is by then. Of several requests
-    /// only the newest is carried out. A failure is logged and said in `schedulingErrorMessage`.
-    /// The container must live until then.
+    /// only the newest is carried out. A failure is logged and said in `schedulingErrorMessage`,
+    /// and it is tried again after a while that doubles. The container must live until it has
+    /// succeeded.
     void requestReconcile(store::ModelContainer& container);
     /// The same with the container given at the start; before the start nothing.
     void reconcileStartedStore();
@@ -90,6 +94,8 @@ private:
     base::Logger m_log;
     std::shared_ptr<Request> m_request;
     store::ModelContainer* m_container = nullptr;
+    std::unique_ptr<base::RunLoop::Timer> m_retry;
+    std::chrono::duration<double> m_retryDelay{};
     State m_state;
     base::Signal<> m_didChange;
 };

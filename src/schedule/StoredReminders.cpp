@@ -1,9 +1,11 @@
 #include "schedule/StoredReminders.h"
 
+#include "base/Text.h"
 #include "model/Entry.h"
 #include "model/EntryContentLimit.h"
 
 #include <span>
+#include <string>
 #include <variant>
 
 namespace korvex::schedule {
@@ -13,6 +15,13 @@ namespace {
 using model::Entry;
 
 constexpr store::FieldReference kReminder{Entry::reminderDateField};
+
+/// A daemon refuses a notification whose words are no text.
+std::string shownText(const std::string& content) {
+    auto text = base::repairedUtf8(content);
+    std::erase(text, '\0');
+    return text;
+}
 
 } // namespace
 
@@ -46,9 +55,12 @@ void StoredReminders::read(const store::Condition& condition,
             const auto* const updatedAt = std::get_if<double>(&values[3]);
             // A store from elsewhere may hold anything.
             if (id && seconds && content && updatedAt && base::Instant{*seconds}.isValid()) {
+                const auto isText =
+                    base::isValidUtf8(*content) && content->find('\0') == std::string::npos;
+                const auto repaired = isText ? std::string() : shownText(*content);
                 sink({.entryID = *id,
                       .date = {*seconds},
-                      .body = model::EntryContentLimit::preview(*content),
+                      .body = model::EntryContentLimit::preview(isText ? *content : repaired),
                       .updatedAt = {*updatedAt}});
             }
         });

@@ -145,12 +145,16 @@ void EntryService::updateSchedule(Entry& given, const model::TodoSchedule& sched
     m_writer.validateWritableStore();
     const store::LockedStep step(m_writer.context());
     auto& entry = persisted(given, EntryType::todo);
-    validate(schedule, entry.reminderDate(), now);
+    const auto reminder = entry.reminderDate();
+    validate(schedule, reminder, now);
     m_changes.make({.name = "Change Schedule", .entries = {&entry}}, [&] {
         entry.setSchedule(schedule);
         entry.setUpdatedAt(now);
     });
-    m_listeners.todosChanged({&entry.id(), 1});
+    // One that has come and still stands may be shown, or be about to be: nothing would plan it
+    // again.
+    const std::size_t withdrawn = reminder == schedule.reminderDate ? 0 : 1;
+    m_listeners.todosChanged({&entry.id(), withdrawn});
 }
 
 void EntryService::updateText(Entry& given, const richtext::AttributedString& rich,

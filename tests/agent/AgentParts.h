@@ -17,7 +17,7 @@ struct AgentParts {
     AgentParts(const std::filesystem::path& file, store::ModelContainer& store,
                const FakeClock& clock, FakeRunLoop& runLoop, base::LogSink& log)
         : table(file, log),
-          client(table, clock),
+          client(table),
           scheduler(client, clock, runLoop, log),
           context(store),
           delivery(table, clock, runLoop, log) {

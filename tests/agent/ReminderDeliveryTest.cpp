@@ -1,15 +1,13 @@
 #include "agent/ReminderDelivery.h"
 
 #include "AgentParts.h"
+#include "NothingCanGrow.h"
 #include "schedule/TodoStore.h"
 #include "support/TemporaryFolder.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <gmock/gmock.h>
 
-#include <sys/resource.h>
-
-#include <csignal>
 #include <set>
 
 namespace korvex::agent {
@@ -18,9 +16,12 @@ namespace {
 using base::Instant;
 using model::Entry;
 using schedule::ReminderRequest;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+
+using Seconds = std::chrono::duration<double>;
 
 constexpr Instant kNow{1000};
 const std::string kDaemon = "bus :1.4";
@@ -100,12 +101,15 @@ TEST_F(ReminderDeliveryTest, TheClockIsSetInBothDirections) {
     const auto isTodo = due[0].entryID == todo.id();
     delivery().recordPosted(due[isTodo ? 0 : 1], {1, kDaemon});
     delivery().recordFailed(due[isTodo ? 1 : 0]);
+    delivery().recordClosed({1, kDaemon});
+    const auto planned = store.log.count("Scheduled reminder for entry ");
     // Back: what was shown is not shown again, what was not is due at its time.
     clock.set({2000});
     save();
     runLoop.advance(2);
     EXPECT_THAT(delivery().takeDue(), IsEmpty());
     EXPECT_EQ(delivery().nextDue(), Instant{5000});
+    EXPECT_EQ(store.log.count("Scheduled reminder for entry "), planned) << "neither is touched";
     todo.setContent("todo, said otherwise");
     save();
     clock.set({5000});
@@ -189,6 +193,45 @@ TEST_F(ReminderDeliveryTest, AFailingDaemonIsLeftAloneForLongerAndLonger) {
     EXPECT_THAT(delivery().takeDue(), IsEmpty());
     delivery().setDaemon(kDaemon);
     EXPECT_THAT(delivery().takeDue(), SizeIs(2)) << "another daemon may do better";
+    // One that ends whenever it is asked is not started again and again.
+    for (int i = 0; i < 10; ++i) {
+        delivery().recordFailed(due[0]);
+        delivery().recordFailed(due[1]);
+        EXPECT_GT(delivery().retryDelay().value_or(Seconds{}), Seconds{200});
+        delivery().setDaemon(std::nullopt);
+        runLoop.advance(301);
+        ASSERT_THAT(delivery().takeDue(), SizeIs(2));
+        delivery().setDaemon("bus :1." + std::to_string(i));
+    }
+    delivery().recordPosted(due[0], {1, "bus :1.9"});
+    delivery().recordFailed(due[1]);
+    EXPECT_EQ(delivery().retryDelay(), Seconds{1});
+}
+
+TEST_F(ReminderDeliveryTest, OneThatTheDaemonRefusesHoldsNoOtherUp) {
+    auto& refused = add("refused", 1010);
+    auto& other = add("other", 1020);
+    clock.set({1010});
+    delivery().setDaemon(kDaemon);
+    double last = 0;
+    for (int i = 0; i < 12; ++i) {
+        const auto due = delivery().takeDue();
+        ASSERT_THAT(due, ElementsAre(request(refused)));
+        delivery().recordRefused(due[0]);
+        EXPECT_THAT(delivery().takeDue(), IsEmpty());
+        const auto delay = delivery().retryDelay().value_or(Seconds{}).count();
+        EXPECT_TRUE(delay > last || delay == 300) << delay;
+        last = delay;
+        runLoop.advance(last + 0.001);
+    }
+    EXPECT_EQ(last, 300);
+    delivery().recordRefused(delivery().takeDue().at(0));
+    clock.set({1020});
+    EXPECT_THAT(delivery().takeDue(), ElementsAre(request(other)));
+    delivery().recordPosted(request(other), {1, kDaemon});
+    EXPECT_THAT(delivery().takeDue(), IsEmpty());
+    delivery().setDaemon("bus :1.9");
+    EXPECT_THAT(delivery().takeDue(), Contains(request(refused))) << "it may do better";
 }
 
 TEST_F(ReminderDeliveryTest, AnotherDaemonShowsWhatTheFormerHasShown) {
@@ -260,65 +303,127 @@ TEST_F(ReminderDeliveryTest, WhatIsShownGoesWithItsTodo) {
     EXPECT_THAT(delivery().takeWithdrawals(), ElementsAre(ShownNotification{9, kDaemon}));
 }
 
-/// As long as it lives, no file of this process grows.
-class FullDisk {
-public:
-    FullDisk() {
-        ::getrlimit(RLIMIT_FSIZE, &m_former);
-        ::setrlimit(RLIMIT_FSIZE, std::array{rlimit{0, m_former.rlim_max}}.data());
-    }
-    ~FullDisk() {
-        ::setrlimit(RLIMIT_FSIZE, &m_former);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit m_former{};
-    void (*m_handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-};
-
 TEST_F(ReminderDeliveryTest, AnAnswerThatCannotBeWrittenIsWrittenLater) {
     auto& first = add("first", 1010);
     auto& second = add("second", 1010);
+    auto& third = add("third", 5000);
     clock.set({1010});
     const auto due = delivery().takeDue();
     ASSERT_THAT(due, SizeIs(2));
-    store.log.expectError("A reminder is shown and could not be recorded; code ");
+    store.log.expectError("could not be recorded; code ");
     {
-        const FullDisk disk;
+        const tests::NothingCanGrow disk;
         delivery().recordPosted(request(first), {1, kDaemon});
         delivery().recordPosted(request(second), {2, kDaemon});
         delivery().recordClosed({2, kDaemon});
         EXPECT_EQ(delivery().entryOf({1, kDaemon}), first.id());
+        EXPECT_EQ(delivery().entryOf({2, kDaemon}), std::nullopt);
         EXPECT_THAT(delivery().takeDue(), IsEmpty()) << "it is shown, whatever is written";
+        // Long enough for the mark to be written, which cannot be either.
+        clock.set({9000});
+        EXPECT_THAT(delivery().takeDue(), ElementsAre(request(third)));
+        EXPECT_TRUE(delivery().retryDelay()) << "nothing else says that it can be written again";
     }
     EXPECT_THAT(delivery().takeDue(), IsEmpty());
+    EXPECT_EQ(delivery().retryDelay(), std::nullopt);
     const auto rows = agent->table.rows(5);
-    ASSERT_THAT(rows, SizeIs(2));
+    ASSERT_THAT(rows, SizeIs(3));
     for (const auto& row : rows) {
-        EXPECT_EQ(row.state,
-                  row.request.entryID == first.id() ? ReminderState::posted : ReminderState::gone);
+        EXPECT_EQ(row.state, row.request.entryID == first.id()    ? ReminderState::posted
+                             : row.request.entryID == second.id() ? ReminderState::gone
+                                                                  : ReminderState::pending);
     }
+}
+
+TEST_F(ReminderDeliveryTest, WhatDoesNotStandAndCannotBeWrittenAwayHoldsNothingUp) {
+    auto& first = add("first", 1010);
+    std::vector<Entry*> stale;
+    for (std::size_t i = 0; i < 2 * ReminderDelivery::kMaximumUnderWay; ++i) {
+        stale.push_back(&add("stale", 1011));
+    }
+    auto& last = add("last", 1012);
+    for (auto* const each : stale) {
+        each->setIsCompleted(true);
+    }
+    store.context.save();
+    clock.set({1020});
+    store.log.expectError("could not be recorded; code ");
+    {
+        const tests::NothingCanGrow disk;
+        EXPECT_THAT(delivery().takeDue(), ElementsAre(request(first), request(last)));
+        EXPECT_THAT(delivery().takeDue(), IsEmpty());
+    }
+    delivery().recordFailed(request(last));
+    delivery().recordPosted(request(first), {1, kDaemon});
+    runLoop.advance(10);
+    EXPECT_THAT(delivery().takeDue(), ElementsAre(request(last)));
+    EXPECT_THAT(agent->table.rows(5), SizeIs(2));
 }
 
 TEST_F(ReminderDeliveryTest, WhatWasClosedAndCouldNotBeWrittenIsNotShownByTheNextDaemon) {
     auto& kept = add("kept", 1010);
     auto& closed = add("closed", 1010);
+    auto& before = add("closed, and recorded as shown", 1005);
+    auto& withdrawn = add("withdrawn", 1006);
+    clock.set({1006});
+    showAll();
     clock.set({1010});
     ASSERT_THAT(delivery().takeDue(), SizeIs(2));
-    store.log.expectError("A reminder is shown and could not be recorded; code ");
+    const base::Uuid ids[] = {withdrawn.id()};
+    agent->scheduler.removePending(ids);
+    store.context.remove(withdrawn);
+    store.context.save();
+    ASSERT_THAT(delivery().takeWithdrawals(), ElementsAre(ShownNotification{2, kDaemon}));
+    store.log.expectError("could not be recorded; code ");
+    const std::string another = "bus :1.9";
     {
-        const FullDisk disk;
-        delivery().recordPosted(request(kept), {1, kDaemon});
-        delivery().recordPosted(request(closed), {2, kDaemon});
+        const tests::NothingCanGrow disk;
+        delivery().recordPosted(request(kept), {3, kDaemon});
+        delivery().recordPosted(request(closed), {4, kDaemon});
+        delivery().recordClosed({4, kDaemon});
+        delivery().recordClosed({1, kDaemon});
+        EXPECT_EQ(delivery().entryOf({1, kDaemon}), std::nullopt) << before.content();
         delivery().recordClosed({2, kDaemon});
+        EXPECT_THAT(delivery().takeWithdrawals(), IsEmpty()) << "it is closed";
+        // What is not recorded as shown by the former one can be shown by the next all the same.
+        delivery().setDaemon(another);
+        EXPECT_THAT(delivery().takeDue(), ElementsAre(request(kept)));
+        delivery().recordPosted(request(kept), {1, another});
+        EXPECT_THAT(delivery().takeDue(), IsEmpty());
+        EXPECT_EQ(delivery().entryOf({1, another}), kept.id());
     }
-    delivery().setDaemon("bus :1.9");
-    const auto again = delivery().takeDue();
-    ASSERT_THAT(again, SizeIs(1));
-    EXPECT_EQ(again.front().entryID, kept.id());
+    EXPECT_THAT(delivery().takeDue(), IsEmpty());
+    EXPECT_THAT(delivery().takeWithdrawals(), IsEmpty());
+    EXPECT_THAT(agent->table.withdrawals(), IsEmpty());
+    EXPECT_EQ(agent->table.entryOf({1, another}), kept.id());
+}
+
+TEST_F(ReminderDeliveryTest, ADaemonThatCannotBeWrittenDownIsShownEachReminderOnce) {
+    auto& first = add("first", 1010);
+    auto& second = add("second", 1020);
+    clock.set({1010});
+    showAll();
+    clock.set({1020});
+    store.log.expectError("could not be recorded; code ");
+    for (const auto isAnotherAgent : {false, true}) {
+        if (isAnotherAgent) {
+            start();
+        }
+        const auto another = isAnotherAgent ? "bus :1.8" : "bus :1.9";
+        {
+            const tests::NothingCanGrow disk;
+            delivery().setDaemon(another);
+            for (const auto& due : delivery().takeDue()) {
+                EXPECT_EQ(due, request(second));
+                delivery().recordPosted(due, {1, another});
+            }
+            EXPECT_THAT(delivery().takeDue(), IsEmpty());
+        }
+        EXPECT_THAT(delivery().takeDue(), Contains(request(first)))
+            << "the former one has shown it";
+        delivery().recordPosted(request(first), {2, another});
+        EXPECT_THAT(agent->table.posted(), SizeIs(testing::Ge(1U)));
+    }
 }
 
 TEST_F(ReminderDeliveryTest, ManyAreShownAFewAtATime) {

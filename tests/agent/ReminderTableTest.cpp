@@ -1,7 +1,7 @@
 #include "agent/ReminderTable.h"
+#include "NothingCanGrow.h"
 #include "agent/TableNotificationClient.h"
 #include "store/StoreError.h"
-#include "support/FakeClock.h"
 #include "support/RecordingLog.h"
 #include "support/SilentLog.h"
 #include "support/TemporaryFolder.h"
@@ -53,6 +53,13 @@ protected:
         table.reset();
         return table.emplace(file, log);
     }
+    std::vector<ReminderRequest> standing(Instant after) {
+        std::vector<ReminderRequest> requests;
+        for (auto& each : table->standing(after)) {
+            requests.push_back(std::move(each.request));
+        }
+        return requests;
+    }
     State stateOf(int number) {
         for (const auto& row : table->rows(100)) {
             if (row.request.entryID == entry(number)) {
@@ -72,7 +79,7 @@ TEST_F(ReminderTableTest, ARequestWaitsIsShownAndIsRemembered) {
     open().put(request(1, 10));
     table->put(request(2, 20, ""));
     table->put(request(2, 30, "Пора"));
-    EXPECT_THAT(table->standing({10}), ElementsAre(request(2, 30, "Пора")));
+    EXPECT_THAT(standing({10}), ElementsAre(request(2, 30, "Пора")));
     EXPECT_THAT(table->due({30}, 5), ElementsAre(request(1, 10), request(2, 30, "Пора")));
     EXPECT_THAT(table->due({30}, 1), ElementsAre(request(1, 10)));
     EXPECT_EQ(table->nextDue({10}), Instant{30});
@@ -96,12 +103,12 @@ TEST_F(ReminderTableTest, WhatWasShownIsNotShownAgainAtTheSameMoment) {
     open().put(request(1, 10));
     table->setPosted(entry(1), {10}, kShown);
     // The clock is set back, the todo's words change: a reconcile cancels it and asks for it anew.
-    EXPECT_THAT(table->standing({5}), ElementsAre(request(1, 10)));
+    EXPECT_THAT(standing({5}), ElementsAre(request(1, 10)));
     table->withdraw(entry(1));
     EXPECT_THAT(table->withdrawals(), ElementsAre(kShown));
-    EXPECT_THAT(table->standing({5}), IsEmpty());
+    EXPECT_THAT(standing({5}), IsEmpty());
     table->put(request(1, 10, "other words"));
-    EXPECT_THAT(table->standing({5}), ElementsAre(request(1, 10, "other words")));
+    EXPECT_THAT(standing({5}), ElementsAre(request(1, 10, "other words")));
     EXPECT_THAT(table->due({10}, 5), IsEmpty());
     // Another moment is another reminder.
     table->put(request(1, 11));
@@ -210,18 +217,60 @@ TEST_F(ReminderTableTest, OneThatTurnsOutToBeDamagedIsReconciledFromNothing) {
     });
     open();
     std::filesystem::resize_file(file, 8192);
-    const tests::FakeClock clock(kNow);
-    TableNotificationClient client(*table, clock);
-    EXPECT_THAT(client.pending(), IsEmpty());
+    TableNotificationClient client(*table);
+    EXPECT_THAT(client.pending(kNow), IsEmpty());
     EXPECT_EQ(log.count("is set aside and begun anew: "), 1U);
     client.applyReconcile([&] { client.add(request(1, 2000)); });
-    EXPECT_THAT(client.pending(), ElementsAre(request(1, 2000)));
+    EXPECT_THAT(client.pending(kNow), ElementsAre(schedule::PendingReminder{request(1, 2000)}));
+}
+
+TEST_F(ReminderTableTest, WhatCannotBeWrittenNowIsNotThrownAway) {
+    open().put(request(1, 2000));
+    table->setPosted(entry(1), {2000}, kShown);
+    const auto rows = table->rows(5);
+    TableNotificationClient client(*table);
+    const auto change = [&] { client.add(request(2, 2000)); };
+    {
+        const tests::NothingCanGrow disk;
+        try {
+            client.applyReconcile(change);
+            FAIL() << "the disk takes nothing";
+        } catch (const store::StoreError& error) {
+            EXPECT_TRUE(ReminderFile::isDamage(error)) << "it may be";
+        }
+        EXPECT_EQ(table->rows(5), rows);
+    }
+    client.applyReconcile(change);
+    EXPECT_THAT(open().rows(5), SizeIs(2));
+    EXPECT_EQ(log.count("set aside"), 0U);
+}
+
+TEST_F(ReminderTableTest, OneThatCannotBeBegunAnewIsBegunWhenItCan) {
+    open().changeTogether([&] {
+        for (int i = 0; i < 5000; ++i) {
+            table->put({Uuid::random(), {2000}, std::string(500, 'x')});
+        }
+    });
+    open();
+    std::filesystem::resize_file(file, 8192);
+    TableNotificationClient client(*table);
+    {
+        const tests::NothingCanGrow disk;
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_THROW(client.pending(kNow), store::StoreError);
+            EXPECT_THROW(table->due({2000}, 5), store::StoreError);
+            EXPECT_THROW(client.add(request(1, 2000)), store::StoreError);
+        }
+    }
+    EXPECT_THAT(client.pending(kNow), IsEmpty());
+    client.add(request(1, 2000));
+    EXPECT_THAT(open().rows(5), SizeIs(1));
+    EXPECT_EQ(log.count("is set aside and begun anew: "), 1U);
 }
 
 TEST_F(ReminderTableTest, AReconcileIsDoneWholeOrNotAtAll) {
     open().put(request(1, 2000));
-    const tests::FakeClock clock(kNow);
-    TableNotificationClient client(*table, clock);
+    TableNotificationClient client(*table);
     const auto rows = table->rows(5);
     EXPECT_THROW(client.applyReconcile([&] {
         const std::string stale[] = {schedule::ReminderNotification::identifier(entry(1)),

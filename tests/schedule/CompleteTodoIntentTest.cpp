@@ -115,6 +115,9 @@ TEST_F(CompleteTodoIntentTest, WhatIsRefusedChangesNothing) {
     }
     EXPECT_THAT(center.cancelled, IsEmpty());
     EXPECT_THAT(reloaded, IsEmpty());
+    EXPECT_FALSE(intent.perform(archived.id().text(), shared, kNow, center));
+    store.context.refresh();
+    EXPECT_FALSE(archived.isCompleted());
 }
 
 TEST_F(CompleteTodoIntentTest, AProgramWithoutTheStoreOpenCompletesInIt) {
@@ -123,12 +126,16 @@ TEST_F(CompleteTodoIntentTest, AProgramWithoutTheStoreOpenCompletesInIt) {
     store.context.refresh();
     EXPECT_TRUE(todo.isCompleted());
     EXPECT_EQ(announced, 1);
-    EXPECT_FALSE(reloaded.empty());
+    EXPECT_THAT(reloaded, testing::SizeIs(1));
 
     reloaded.clear();
     EXPECT_FALSE(intent.perform(todo.id().text(), shared, kNow, center));
     EXPECT_EQ(announced, 1) << "nothing was changed";
-    EXPECT_FALSE(reloaded.empty()) << "the widget shows what is no longer stored";
+    EXPECT_THAT(reloaded, testing::SizeIs(1)) << "the widget shows what is no longer stored";
+    center.failing = "cancel";
+    store.log.expectError("Widget completion failed: ");
+    EXPECT_ANY_THROW(intent.perform(todo.id().text(), shared, kNow, center));
+    EXPECT_THAT(reloaded, testing::SizeIs(2));
 }
 
 TEST_F(CompleteTodoIntentTest, AFailureIsLoggedAndThrown) {
@@ -154,6 +161,11 @@ TEST_F(CompleteTodoIntentTest, AFailureIsLoggedAndThrown) {
     file = folder / "none" / "Primary.store";
     EXPECT_TRUE(fails(store::StoreErrorCase::missing));
     EXPECT_FALSE(std::filesystem::exists(file.parent_path()));
+    shared.openExisting = []() -> std::unique_ptr<store::ModelContainer> {
+        throw std::runtime_error("no memory");
+    };
+    store.log.expectError("Widget completion failed: no memory (0)");
+    EXPECT_ANY_THROW(intent.perform(todo.id().text(), shared, kNow, center));
     EXPECT_EQ(announced, 0);
 }
 

@@ -16,11 +16,11 @@ class FakeNotificationCenter final : public schedule::NotificationScheduling {
 public:
     void registerCategory() override { ++categories; }
     schedule::AuthorizationStatus authorization() override { return status; }
-    std::vector<schedule::ReminderRequest> pending() override {
+    std::vector<schedule::PendingReminder> pending(base::Instant) override {
         fail("pending");
-        std::vector<schedule::ReminderRequest> result;
+        std::vector<schedule::PendingReminder> result;
         for (const auto& [identifier, request] : requests) {
-            result.push_back(request);
+            result.push_back({.request = request});
         }
         return result;
     }

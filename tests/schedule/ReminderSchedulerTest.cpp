@@ -55,38 +55,6 @@ protected:
     std::optional<ReminderScheduler> scheduler{std::in_place, center, clock, runLoop, store.log};
 };
 
-TEST_F(ReminderSchedulerTest, EveryChangeEndsInTheSameState) {
-    auto& kept = add("stays", kNow + 10);
-    auto& moved = add("moved", kNow + 20);
-    auto& edited = add("edited", kNow + 30);
-    auto& completed = add("completed", kNow + 40);
-    auto& deleted = add("deleted", kNow + 50);
-    auto& passed = add("passed", kNow + 1);
-    const auto deletedIdentifier = identifier(deleted);
-    reconcile();
-    EXPECT_THAT(center.requests, SizeIs(6));
-    EXPECT_THAT(center.cancelled, IsEmpty());
-    EXPECT_EQ(store.log.count("Scheduled reminder for entry "), 6U);
-    EXPECT_EQ(store.log.count(kept.id().text()), 0U);
-
-    center.forgetCalls();
-    moved.setSchedule({.reminderDate = kNow + 25});
-    edited.setContent("edited since");
-    completed.setIsCompleted(true);
-    store.context.remove(deleted);
-    store.context.save();
-    clock.set(kNow + 1);
-    reconcile();
-    EXPECT_THAT(center.added,
-                UnorderedElementsAre(ReminderRequest{moved.id(), kNow + 25, "moved"},
-                                     ReminderRequest{edited.id(), kNow + 30, "edited since"}));
-    ASSERT_THAT(center.cancelled, SizeIs(1));
-    EXPECT_THAT(center.cancelled[0],
-                UnorderedElementsAre(identifier(moved), identifier(edited), identifier(completed),
-                                     deletedIdentifier, identifier(passed)));
-    EXPECT_THAT(center.requests, SizeIs(3));
-}
-
 /// Whatever the store and the notification centre hold: afterwards the centre has what the store
 /// asks for, by what its records say one by one, and nothing else was touched.
 TEST_F(ReminderSchedulerTest, AnyStoreAndAnyPendingSetBecomeEqual) {
@@ -152,7 +120,9 @@ TEST_F(ReminderSchedulerTest, AnyStoreAndAnyPendingSetBecomeEqual) {
         }
 
         center.forgetCalls();
+        const auto lines = store.log.count("Scheduled reminder for entry ");
         reconcile();
+        EXPECT_EQ(store.log.count("Scheduled reminder for entry "), lines + missing.size());
         ASSERT_EQ(center.requests, wanted) << "round " << round;
         ASSERT_EQ(center.cancelled.size(), stale.empty() ? 0U : 1U);
         if (!stale.empty()) {
@@ -169,6 +139,18 @@ TEST_F(ReminderSchedulerTest, AnyStoreAndAnyPendingSetBecomeEqual) {
         EXPECT_THAT(center.added, IsEmpty());
         EXPECT_THAT(center.cancelled, IsEmpty());
     }
+    for (const auto* const entry : store.context.fetch<Entry>()) {
+        ASSERT_EQ(store.log.count(entry->id().text()), 0U) << "nobody's identifier is logged";
+    }
+}
+
+TEST_F(ReminderSchedulerTest, WordsThatAreNoTextBecomeOne) {
+    add(std::string("a\xff\0b", 4), kNow + 10);
+    reconcile();
+    ASSERT_THAT(center.added, SizeIs(1));
+    EXPECT_EQ(center.added[0].body, "a\uFFFDb");
+    reconcile();
+    EXPECT_THAT(center.added, SizeIs(1));
 }
 
 TEST_F(ReminderSchedulerTest, AFailureIsSaidAndTheNextReconcileRepairsIt) {
@@ -181,6 +163,7 @@ TEST_F(ReminderSchedulerTest, AFailureIsSaidAndTheNextReconcileRepairsIt) {
         add("third", kNow + 30);
         store.context.save();
         const auto before = scheduler->schedulingErrorMessage();
+        const auto lines = store.log.count("Scheduled reminder for entry ");
         int changes = 0;
         const auto changed = scheduler->didChange().connect([&] { ++changes; });
 
@@ -190,6 +173,8 @@ TEST_F(ReminderSchedulerTest, AFailureIsSaidAndTheNextReconcileRepairsIt) {
         center.succeeding = failing == "add" ? 1 : 0;
         EXPECT_EQ(refusal(), int(store::StoreErrorCase::full));
         EXPECT_EQ(before, std::nullopt);
+        EXPECT_EQ(store.log.count("Scheduled reminder for entry "), lines)
+            << "a client may take all of them back";
         EXPECT_EQ(
             scheduler->schedulingErrorMessage(),
             "Reminders could not be updated on this computer. Try again by reopening Korvex.");
@@ -254,9 +239,54 @@ TEST_F(ReminderSchedulerTest, OnlyTheNewestRequestIsCarriedOut) {
 
     center.failing.clear();
     scheduler->requestReconcile();
+    scheduler->stop();
+    scheduler->requestReconcile();
+    runLoop.advance(1000);
+    EXPECT_EQ(center.requests.begin()->second.body, "other") << "its store may be gone";
+    scheduler->start(*store.container);
     scheduler.reset();
     runLoop.runPosted();
     EXPECT_EQ(center.requests.begin()->second.body, "other");
+}
+
+TEST_F(ReminderSchedulerTest, AFailedRequestIsTriedAgainLaterAndLater) {
+    scheduler->start(*store.container);
+    runLoop.runPosted();
+    add("todo", kNow + 10);
+    store.log.expectError("Reminder reconciliation failed; code ");
+    const auto fail = [&] {
+        center.failing = "pending";
+        center.succeeding = 0;
+    };
+    fail();
+    scheduler->requestReconcile();
+    runLoop.runPosted();
+    double last = 0;
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_THAT(runLoop.delays(), SizeIs(1));
+        const auto delay = runLoop.delays()[0];
+        EXPECT_TRUE(delay > last || delay == 300) << delay;
+        last = delay;
+        fail();
+        runLoop.advanceToNextTimer();
+    }
+    EXPECT_EQ(last, 300);
+    EXPECT_THAT(center.added, IsEmpty());
+
+    fail();
+    scheduler->requestReconcile();
+    EXPECT_THAT(runLoop.delays(), IsEmpty()) << "the newer request takes its place";
+    runLoop.runPosted();
+    ASSERT_THAT(runLoop.delays(), SizeIs(1));
+    runLoop.advanceToNextTimer();
+    EXPECT_THAT(center.added, SizeIs(1));
+    EXPECT_THAT(runLoop.delays(), IsEmpty());
+    EXPECT_EQ(scheduler->schedulingErrorMessage(), std::nullopt);
+    fail();
+    scheduler->requestReconcile();
+    runLoop.runPosted();
+    ASSERT_THAT(runLoop.delays(), SizeIs(1));
+    EXPECT_LT(runLoop.delays()[0], 10) << "it had succeeded";
 }
 
 TEST_F(ReminderSchedulerTest, PermissionIsAskedForWhereItIsNotDetermined) {

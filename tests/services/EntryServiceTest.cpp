@@ -294,11 +294,13 @@ TEST_F(EntryServiceTest, AnUnchangedPastReminderMayStay) {
     later.dueDay = 20250310;
     entries->updateSchedule(entry, later, {2000});
     EXPECT_EQ(entry.schedule(), later);
+    EXPECT_THAT(reminders.removed, testing::IsEmpty()) << "it may be about to be shown";
     later.reminderDate = base::Instant{1600};
     EXPECT_EQ(entryRefusal([&] { entries->updateSchedule(entry, later, {2000}); }),
               EntryServiceErrorCase::pastReminder);
     entries->updateSchedule(entry, {}, {2000});
     EXPECT_TRUE(entry.schedule().isEmpty());
+    EXPECT_THAT(reminders.removed, ElementsAre(entry.id()));
 }
 
 TEST_F(EntryServiceTest, MovesFollowTheTargetAndRefuseStrangers) {

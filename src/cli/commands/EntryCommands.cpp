@@ -73,6 +73,10 @@ ExitStatus remind(Session& session, const RemindOptions& options) {
     if (!entry.isTodo()) {
         throw refusal("Only todos have reminders, and this entry is a text.");
     }
+    if (options.when && entry.isCompleted()) {
+        throw refusal("This todo is completed, and nothing reminds of it. Open it again with "
+                      "korvex restore.");
+    }
     auto schedule = entry.schedule();
     if (options.when && schedule::reminderPreset(*options.when) && !schedule.hasDue()) {
         throw refusal("This todo has no due date, and " + *options.when +
