@@ -14,6 +14,8 @@ namespace {
 
 /// What one program changes comes in several steps, and to open a store costs some milliseconds.
 constexpr std::chrono::seconds kLinger{1};
+/// For a program that writes. Reminders wait meanwhile, too.
+constexpr std::chrono::seconds kPatience{2};
 
 } // namespace
 
@@ -55,6 +57,7 @@ void UserStore::openFile() {
     try {
         m_opened = std::make_unique<Opened>(storage::SharedModelContainer::make(
             {.storeURL = m_file, .existingStoreOnly = true}, m_sink));
+        m_opened->container->setPatience(kPatience);
         m_failure.clear();
     } catch (const storage::SharedStoreError&) {
         // It is made or upgraded just now, by a program that says so when it is done.

@@ -69,12 +69,8 @@ protected:
     /// The exit status of a program that ends by itself; -1 where it does not.
     int endOf(pid_t process) {
         int status = 0;
-        const auto hasEnded = m_loop.runUntil(
-            [&] {
-                m_loop.runUntil([] { return false; }, std::chrono::milliseconds(5));
-                return ::waitpid(process, &status, WNOHANG) == process;
-            },
-            kPatience);
+        const auto hasEnded =
+            until([&] { return ::waitpid(process, &status, WNOHANG) == process; });
         return hasEnded && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     template <typename Condition>

@@ -248,9 +248,10 @@ TEST_F(AgentOnScreen, DunstThatIsStartedAnewShowsItAgain) {
     ASSERT_TRUE(isShown());
     ::kill(m_daemon, SIGKILL);
     ::waitpid(m_daemon, nullptr, 0);
-    ASSERT_TRUE(
-        until([&] { return reminders().front().state == app::AgentReminder::State::pending; }));
     startDaemon({"dunst"});
+    EXPECT_TRUE(until([] {
+        return tests::run({"sh", "-c", "test \"$(dunstctl count displayed)\" = 1"}) == 0;
+    }));
     ASSERT_TRUE(isShown());
     EXPECT_FALSE(isCompleted(todo));
     ASSERT_EQ(tests::run({"dunstctl", "close-all"}), 0);

@@ -352,17 +352,16 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
     EXPECT_THAT(refused.error, HasSubstr("There is no session bus."));
 
     using State = app::AgentReminder::State;
-    const base::Uuid other{{0xAB, 0xCD}};
-    agent.reminders.said = {{{other, clock.now() + 7200, "Second\n", State::pending},
-                             {other, clock.now() + 3600, "First", State::pending},
-                             {seen, clock.now() + -60, "", State::closed},
-                             {other, clock.now() + -3600, "", State::withdrawn}}};
+    agent.reminders.said = {{{{{0xAC}}, clock.now() + 7200, "Second\n", State::pending},
+                             {{{0xAB}}, clock.now() + 3600, "First", State::pending},
+                             {seen, clock.now() - 60, "", State::closed},
+                             {{{0xAD}}, clock.now() - 3600, "", State::withdrawn}}};
     const auto seenID = seen.text();
-    EXPECT_EQ(result({"reminders"}), "ABCD0000  Mar 10, 2025, 3:00\u202FPM  pending    First\n"
-                                     "ABCD0000  Mar 10, 2025, 4:00\u202FPM  pending    Second \n" +
+    EXPECT_EQ(result({"reminders"}), "AB000000  Mar 10, 2025, 3:00\u202FPM  pending    First\n"
+                                     "AC000000  Mar 10, 2025, 4:00\u202FPM  pending    Second \n" +
                                          seenID.substr(0, 8) +
                                          "  Mar 10, 2025, 1:59\u202FPM  closed     Seen\n"
-                                         "ABCD0000  Mar 10, 2025, 1:00\u202FPM  withdrawn  ");
+                                         "AD000000  Mar 10, 2025, 1:00\u202FPM  withdrawn  ");
     EXPECT_THAT(result({"reminders", "--json"}),
                 HasSubstr("{\"id\":\"" + seenID +
                           "\",\"reminderDate\":\"2025-03-10T12:59:00.000Z\","
