@@ -27,6 +27,7 @@ public:
     /// Reads watched output until a line contains `text`, and returns that line; throws when the
     /// program ends before it has said so.
     std::string waitForLine(const std::string& text);
+    pid_t id() const { return m_process; }
     /// Proportional set size now, in bytes: its share of what it has in memory.
     std::int64_t proportionalMemory() const;
 

@@ -63,15 +63,16 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
       m_log(m_surroundings.log, "ReminderAgent"),
       m_table(m_surroundings.tableFile, m_surroundings.log),
       m_client(m_table, m_surroundings.clock),
-      m_store(m_surroundings.storeFile, m_client, m_surroundings.clock, m_surroundings.runLoop,
-              m_surroundings.log),
+      m_scheduler(m_client, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
+      m_store(m_surroundings.storeFile, m_surroundings.runLoop, m_surroundings.log),
       m_delivery(m_table, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
       m_daemon(m_surroundings.bus, m_surroundings.log),
-      m_posting(m_delivery, m_daemon, m_surroundings.runLoop, m_surroundings.log),
+      m_posting(m_delivery, m_store, m_daemon, m_surroundings.runLoop, m_surroundings.log),
       m_responses({.bus = m_surroundings.bus,
                    .store = m_store,
                    .delivery = m_delivery,
                    .client = m_client,
+                   .scheduler = m_scheduler,
                    .clock = m_surroundings.clock,
                    .log = m_surroundings.log,
                    .startDesktop = m_surroundings.startDesktop},
@@ -80,6 +81,8 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
       m_changes(m_surroundings.bus, m_surroundings.storeFile),
       m_files(m_surroundings.runLoop, m_surroundings.storeFile.parent_path(),
               filesOf(m_surroundings.storeFile)) {
+    m_subscriptions.push_back(m_store.changed().connect(
+        [this](store::ModelContext* context) { m_delivery.useStore(context); }));
     m_subscriptions.push_back(m_daemon.changed().connect([this] { followDaemon(); }));
     m_subscriptions.push_back(m_changes.changed().connect([this] { takeHint(); }));
     m_subscriptions.push_back(m_files.changed().connect([this] { takeHint(); }));
@@ -143,29 +146,23 @@ void ReminderAgent::reconcileSoon(Reason reason) {
 
 void ReminderAgent::reconcileNow() {
     const auto isRequested = std::exchange(m_isRequested, false);
-    const auto isAnother = m_store.look();
-    auto* const opened = m_store.opened();
+    // What came due while nobody looked comes first, or the reconcile would take it for past.
+    m_posting.serve();
     try {
-        if (isAnother) {
-            m_delivery.useStore(opened ? &opened->context : nullptr);
-        }
-        // What came due while nobody looked comes first, or the reconcile would take it for past.
-        m_posting.serve();
-        if (opened) {
-            const auto revision = opened->container->revision();
-            if (isRequested || isAnother || revision != m_revision) {
-                opened->scheduler.reconcile(opened->context, m_surroundings.clock.now());
-                m_revision = revision;
+        if (auto* const opened = m_store.open()) {
+            const std::pair seen(opened->container->storeID(), opened->container->revision());
+            if (isRequested || seen != m_planned) {
+                m_scheduler.reconcile(opened->context, m_surroundings.clock.now());
+                m_planned = seen;
+                m_posting.serve();
             }
         }
     } catch (const base::Error& error) {
         // It is said in the status, and tried again with the next hint.
         m_log.warning("The store could not be followed: " + error.errorDescription());
-        m_revision.reset();
-        m_delivery.useStore(nullptr);
+        m_planned.reset();
         m_store.close();
     }
-    m_posting.serve();
     tellStatus();
 }
 
@@ -200,20 +197,18 @@ void ReminderAgent::refreshAuthorization() {
         break;
     }
     m_client.setAuthorization(status);
-    if (auto* const opened = m_store.opened()) {
-        opened->scheduler.refreshAuthorization(schedule::ReminderScheduler::RequestIfNeeded::no);
-    }
+    m_scheduler.refreshAuthorization(schedule::ReminderScheduler::RequestIfNeeded::no);
 }
 
 AgentStatus ReminderAgent::status() {
-    AgentStatus status{.reminders = {.authorization = m_client.authorization(), .reason = m_reason},
-                       .version = m_surroundings.version,
-                       .processID = static_cast<std::uint32_t>(::getpid()),
-                       .daemon = m_daemon.description()};
-    if (auto* const opened = m_store.opened()) {
-        status.reminders.permissionErrorMessage = opened->scheduler.permissionErrorMessage();
-        status.reminders.schedulingErrorMessage = opened->scheduler.schedulingErrorMessage();
-    }
+    AgentStatus status{
+        .reminders = {.authorization = m_client.authorization(),
+                      .reason = m_reason,
+                      .permissionErrorMessage = m_scheduler.permissionErrorMessage(),
+                      .schedulingErrorMessage = m_scheduler.schedulingErrorMessage()},
+        .version = m_surroundings.version,
+        .processID = static_cast<std::uint32_t>(::getpid()),
+        .daemon = m_daemon.description()};
     try {
         status.nextDue = m_delivery.nextDue();
     } catch (const base::Error& error) {

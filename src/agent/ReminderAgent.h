@@ -13,6 +13,7 @@
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/StoreChangeSignal.h"
 #include "platform/system/FolderWatcher.h"
+#include "schedule/ReminderScheduler.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -20,6 +21,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace korvex::agent {
@@ -55,7 +57,7 @@ public:
 
 private:
     enum class Reason {
-        /// Only if the store has another revision than the last time.
+        /// Only if the store is another than the last time.
         hint,
         request,
     };
@@ -77,6 +79,8 @@ private:
     base::Logger m_log;
     ReminderTable m_table;
     TableNotificationClient m_client;
+    /// It is never started: what it plans is read from a store that is open for a moment only.
+    schedule::ReminderScheduler m_scheduler;
     UserStore m_store;
     ReminderDelivery m_delivery;
     platform::bus::NotificationDaemon m_daemon;
@@ -88,7 +92,8 @@ private:
     /// Why no notification can be shown.
     std::string m_reason;
     app::AgentStatus m_told;
-    std::optional<std::int64_t> m_revision;
+    /// Which store was planned from last, and its revision then.
+    std::optional<std::pair<base::Uuid, std::int64_t>> m_planned;
     bool m_isRequested = false;
     bool m_willReconcile = false;
     std::unique_ptr<base::RunLoop::Timer> m_pause;

@@ -31,9 +31,11 @@ NotificationDaemon::Notification notificationOf(const schedule::ReminderRequest&
 
 } // namespace
 
-ReminderPosting::ReminderPosting(ReminderDelivery& delivery, NotificationDaemon& daemon,
-                                 base::RunLoop& runLoop, base::LogSink& log)
+ReminderPosting::ReminderPosting(ReminderDelivery& delivery, UserStore& store,
+                                 NotificationDaemon& daemon, base::RunLoop& runLoop,
+                                 base::LogSink& log)
     : m_delivery(delivery),
+      m_store(store),
       m_daemon(daemon),
       m_runLoop(runLoop),
       m_log(log, "ReminderPosting"),
@@ -48,6 +50,7 @@ void ReminderPosting::serve() {
         if (m_daemon.presence() == NotificationDaemon::Presence::unknown) {
             return;
         }
+        m_store.open();
         m_delivery.setDaemon(m_daemon.identity());
         m_delivery.reviewShown();
         // Where nobody can be had, all of it waits for somebody to come.

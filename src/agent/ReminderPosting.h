@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/ReminderDelivery.h"
+#include "agent/UserStore.h"
 #include "base/Log.h"
 #include "base/RunLoop.h"
 #include "base/Signal.h"
@@ -17,8 +18,10 @@ namespace korvex::agent {
 /// Main thread; all that it is given must outlive it.
 class ReminderPosting final {
 public:
-    ReminderPosting(ReminderDelivery& delivery, platform::bus::NotificationDaemon& daemon,
-                    base::RunLoop& runLoop, base::LogSink& log);
+    /// What is due is compared with the store, which is opened for that.
+    ReminderPosting(ReminderDelivery& delivery, UserStore& store,
+                    platform::bus::NotificationDaemon& daemon, base::RunLoop& runLoop,
+                    base::LogSink& log);
 
     /// Does what is to be done now, and sees to it that it is called when there is more. To be
     /// called after every event: a reconcile, an action, a change of the clock, another daemon.
@@ -39,6 +42,7 @@ private:
     void awaitNext();
 
     ReminderDelivery& m_delivery;
+    UserStore& m_store;
     platform::bus::NotificationDaemon& m_daemon;
     base::RunLoop& m_runLoop;
     base::Logger m_log;

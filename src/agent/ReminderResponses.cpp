@@ -33,7 +33,7 @@ bool isAboutFiles(const StoreError& error) {
 } // namespace
 
 ReminderResponses::ReminderResponses(Parts parts, NotificationDaemon& daemon)
-    : m_parts(std::move(parts)), m_log(m_parts.log, "ReminderResponses") {
+    : m_parts(std::move(parts)), m_daemon(daemon), m_log(m_parts.log, "ReminderResponses") {
     m_choices =
         daemon.chosen().connect([this](const NotificationDaemon::Choice& choice) { take(choice); });
 }
@@ -74,14 +74,13 @@ void ReminderResponses::complete(const base::Uuid& entry) {
 }
 
 void ReminderResponses::completeStored(const base::Uuid& entry) {
-    m_parts.store.look();
-    auto* const opened = m_parts.store.opened();
+    auto* const opened = m_parts.store.open();
     if (!opened) {
         throw StoreError(StoreErrorCase::missing, m_parts.store.file().string());
     }
     schedule::WidgetRefreshService widgets([](std::string_view) {}, m_parts.log);
     store::ModelContext context(*opened->container);
-    schedule::CompleteTodoIntent(opened->scheduler, widgets, m_parts.log)
+    schedule::CompleteTodoIntent(m_parts.scheduler, widgets, m_parts.log)
         .complete(entry.text(), context, m_parts.clock.now(), &m_parts.client);
     // Windows and widgets listen to it. They look also where nothing was changed now: what was
     // answered to may be completed for long.

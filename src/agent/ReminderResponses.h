@@ -8,6 +8,7 @@
 #include "platform/bus/Bus.h"
 #include "platform/bus/NotificationDaemon.h"
 #include "schedule/NotificationScheduling.h"
+#include "schedule/ReminderScheduler.h"
 
 #include <functional>
 #include <map>
@@ -28,6 +29,7 @@ public:
         UserStore& store;
         ReminderDelivery& delivery;
         schedule::NotificationScheduling& client;
+        schedule::ReminderScheduler& scheduler;
         const base::Clock& clock;
         base::LogSink& log;
         StartDesktop startDesktop;

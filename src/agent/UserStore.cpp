@@ -6,43 +6,58 @@
 
 #include <sys/stat.h>
 
-#include <exception>
-#include <utility>
+#include <chrono>
 
 namespace korvex::agent {
 
-UserStore::UserStore(std::filesystem::path file, schedule::NotificationScheduling& client,
-                     const base::Clock& clock, base::RunLoop& runLoop, base::LogSink& log)
-    : m_file(std::move(file)),
-      m_client(client),
-      m_clock(clock),
-      m_runLoop(runLoop),
-      m_sink(log),
-      m_log(log, "UserStore") {}
+namespace {
 
-bool UserStore::look() {
-    const auto wasOpen = m_opened != nullptr;
+/// What one program changes comes in several steps, and to open a store costs some milliseconds.
+constexpr std::chrono::seconds kLinger{1};
+/// For a program that writes. Reminders wait meanwhile, too.
+constexpr std::chrono::seconds kPatience{2};
+
+} // namespace
+
+UserStore::UserStore(std::filesystem::path file, base::RunLoop& runLoop, base::LogSink& log)
+    : m_file(std::move(file)), m_runLoop(runLoop), m_sink(log), m_log(log, "UserStore") {}
+
+UserStore::~UserStore() = default;
+
+UserStore::Opened* UserStore::open() {
     if (m_opened && fileThere() != m_identity) {
-        m_opened.reset();
+        close(); // another one is in its place
+    }
+    if (!m_opened) {
+        openFile();
+        if (m_opened) {
+            m_changed.emit(&m_opened->context);
+        }
     }
     if (m_opened) {
-        return false;
+        m_closing = m_runLoop.callAfter(kLinger, [this] { close(); });
     }
-    open();
-    return wasOpen || m_opened;
+    return m_opened.get();
 }
 
-void UserStore::open() {
-    // What is opened is this file or a newer one, which the next look finds.
+void UserStore::close() {
+    m_closing.reset();
+    if (m_opened) {
+        m_changed.emit(nullptr);
+        m_opened.reset();
+    }
+}
+
+void UserStore::openFile() {
+    // What is opened is this file or a newer one, which is noticed the next time.
     m_identity = fileThere();
     if (m_identity == Identity{}) {
         return; // nobody has made one yet
     }
     try {
-        m_opened =
-            std::make_unique<Opened>(storage::SharedModelContainer::make(
-                                         {.storeURL = m_file, .existingStoreOnly = true}, m_sink),
-                                     m_client, m_clock, m_runLoop, m_sink);
+        m_opened = std::make_unique<Opened>(storage::SharedModelContainer::make(
+            {.storeURL = m_file, .existingStoreOnly = true}, m_sink));
+        m_opened->container->setPatience(kPatience);
         m_failure.clear();
     } catch (const storage::SharedStoreError&) {
         // It is made or upgraded just now, by a program that says so when it is done.

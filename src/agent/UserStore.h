@@ -1,10 +1,8 @@
 #pragma once
 
-#include "base/Clock.h"
 #include "base/Log.h"
 #include "base/RunLoop.h"
-#include "schedule/NotificationScheduling.h"
-#include "schedule/ReminderScheduler.h"
+#include "base/Signal.h"
 #include "store/ModelContainer.h"
 #include "store/ModelContext.h"
 
@@ -12,41 +10,34 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
+#include <utility>
 
 namespace korvex::agent {
 
-/// The store that the agent looks after, for as long as it is there: it makes, prepares and
-/// upgrades none, and waits until another program has. Main thread; all that it is given must
+/// The store that the agent looks after. It makes, prepares and upgrades none, and has it open only
+/// while it uses it, and a moment longer: who upgrades or repairs a store must be alone with it,
+/// and nobody thinks of a program without windows. Main thread; the run loop and the log must
 /// outlive it.
 class UserStore final {
 public:
-    UserStore(std::filesystem::path file, schedule::NotificationScheduling& client,
-              const base::Clock& clock, base::RunLoop& runLoop, base::LogSink& log);
+    UserStore(std::filesystem::path file, base::RunLoop& runLoop, base::LogSink& log);
+    ~UserStore();
 
-    /// What is open, and the one scheduler of its reminders.
     struct Opened {
-        Opened(std::unique_ptr<store::ModelContainer> itsContainer,
-               schedule::NotificationScheduling& client, const base::Clock& clock,
-               base::RunLoop& runLoop, base::LogSink& log)
-            : container(std::move(itsContainer)),
-              context(*container),
-              scheduler(client, clock, runLoop, log) {}
+        explicit Opened(std::unique_ptr<store::ModelContainer> itsContainer)
+            : container(std::move(itsContainer)), context(*container) {}
 
         std::unique_ptr<store::ModelContainer> container;
         store::ModelContext context;
-        schedule::ReminderScheduler scheduler;
     };
-    /// Null where there is none that can be used.
-    Opened* opened() { return m_opened.get(); }
-
-    /// Opens the store where there is one now, and lets go of one that has gone or been replaced.
-    /// To be called on every hint. True when it is another one than before, or none.
-    bool look();
-    /// Lets go of it, so that `look` opens it anew: what is wrong with it may be wrong with what is
-    /// open only.
-    void close() { m_opened.reset(); }
+    /// The store that is there now; null where there is none that can be used. Valid until the run
+    /// loop goes on.
+    Opened* open();
+    /// Lets go of it at once.
+    void close();
+    /// Emitted with its context when it was opened, and with null before it is closed.
+    base::Signal<store::ModelContext*>& changed() { return m_changed; }
 
     const std::filesystem::path& file() const { return m_file; }
 
@@ -57,11 +48,9 @@ private:
         bool operator==(const Identity&) const = default;
     };
     Identity fileThere() const;
-    void open();
+    void openFile();
 
     std::filesystem::path m_file;
-    schedule::NotificationScheduling& m_client;
-    const base::Clock& m_clock;
     base::RunLoop& m_runLoop;
     base::LogSink& m_sink;
     base::Logger m_log;
@@ -69,6 +58,8 @@ private:
     Identity m_identity;
     /// Why it could not be opened when that was said last.
     std::string m_failure;
+    std::unique_ptr<base::RunLoop::Timer> m_closing;
+    base::Signal<store::ModelContext*> m_changed;
 };
 
 } // namespace korvex::agent

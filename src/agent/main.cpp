@@ -1,4 +1,5 @@
 #include "agent/ReminderAgent.h"
+#include "agent/TimeSources.h"
 
 #include "app/StoreLocation.h"
 #include "app/UserFolders.h"
@@ -6,9 +7,7 @@
 #include "base/EnvironmentVariable.h"
 #include "platform/bus/AgentProtocol.h"
 #include "platform/bus/NameClaim.h"
-#include "platform/bus/SleepWatcher.h"
 #include "platform/system/ProgramFile.h"
-#include "platform/system/SystemTimeWatcher.h"
 #include "platform/system/TerminationWatcher.h"
 #include "platform/systemd/JournalLog.h"
 #include "platform/systemd/SdEventRunLoop.h"
@@ -21,7 +20,6 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
 using namespace korvex;
 using platform::bus::Bus;
@@ -33,12 +31,6 @@ enum class End { none, done, replaced, failed };
 
 /// What systemd takes for a failure after which a service is started again.
 constexpr int kStartMeAgain = 75;
-constexpr const char* kSystemBusSocket = "/run/dbus/system_bus_socket";
-
-bool hasSystemBus() {
-    return base::environmentVariable("DBUS_SYSTEM_BUS_ADDRESS") ||
-           ::access(kSystemBusSocket, F_OK) == 0;
-}
 
 /// Whether systemd watches this very process, rather than one of those above it.
 bool isSystemdService() {
@@ -52,26 +44,6 @@ bool startDesktop(const std::string& link, const std::string& token) {
     }
     return platform::system::startBeside("korvex-desktop", {"--", link}, environment);
 }
-
-/// What tells that time has not passed as usual. None of it need be there before the name is.
-struct TimeSources {
-    TimeSources(base::RunLoop& runLoop, base::LogSink& log, agent::ReminderAgent& agent)
-        : time(runLoop),
-          systemBus(platform::bus::WhichBus::system, runLoop, log),
-          sleep(systemBus) {
-        subscriptions.push_back(time.changed().connect([&agent] { agent.timeChanged(); }));
-        subscriptions.push_back(sleep.woken().connect([&agent] { agent.timeChanged(); }));
-        // Where there is none, it would be looked for twice a minute; the clock tells of sleep too.
-        if (hasSystemBus()) {
-            systemBus.start();
-        }
-    }
-
-    platform::system::SystemTimeWatcher time;
-    Bus systemBus;
-    platform::bus::SleepWatcher sleep;
-    std::vector<base::Subscription> subscriptions;
-};
 
 /// Until the session ends, or another agent is there or is to be.
 End run(base::LogSink& log) {
@@ -96,13 +68,17 @@ End run(base::LogSink& log) {
                                     .version = KORVEX_VERSION,
                                     .startDesktop = startDesktop});
 
+    // It lives as long as the session whose bus it is.
+    auto wasConnected = false;
     const auto states = bus.stateChanged().connect([&](Bus::State state) {
+        wasConnected = wasConnected || state == Bus::State::connected;
         if (state == Bus::State::waiting) {
-            finish(End::done); // it lives as long as the session whose bus it is
+            finish(wasConnected ? End::done : End::failed);
         }
     });
     NameClaim name(bus, platform::bus::kAgentName);
-    std::optional<TimeSources> timeSources;
+    std::optional<agent::TimeSources> timeSources;
+    base::Subscription timeChanges;
     platform::system::ProgramWatcher program(runLoop);
     auto isReplaced = false;
     const auto endWhenQuiet = [&] {
@@ -112,7 +88,8 @@ End run(base::LogSink& log) {
     };
     const auto claims = name.changed().connect([&](NameClaim::State state) {
         if (state == NameClaim::State::owned) {
-            timeSources.emplace(runLoop, log, reminders);
+            timeSources.emplace(runLoop, log);
+            timeChanges = timeSources->changed().connect([&] { reminders.timeChanged(); });
         } else if (state != NameClaim::State::open) {
             logger.info("Another agent has the name: " + name.owner());
             finish(End::done);
@@ -124,11 +101,12 @@ End run(base::LogSink& log) {
     });
     const auto pauses = reminders.becameQuiet().connect(endWhenQuiet);
     bus.start();
-    if (bus.state() == Bus::State::waiting) {
-        logger.warning("There is no session bus.");
-        return End::failed;
+    if (end == End::none) {
+        runLoop.run();
     }
-    runLoop.run();
+    if (!wasConnected) {
+        logger.warning("There is no session bus.");
+    }
     return end;
 }
 

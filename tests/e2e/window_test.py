@@ -426,5 +426,16 @@ class WindowWithBusTest(WindowTest):
 
     with_bus = True
 
+    def agent(self):
+        return json.loads(self.korvex("agent", "status"))
+
+    def test_the_window_has_the_agent_with_it_and_again_when_it_was_killed(self):
+        self.assertFalse(self.agent()["isRunning"])
+        self.start_window()
+        wait_for(lambda: self.agent()["isRunning"], "the agent to be started")
+        first = self.agent()["process"]
+        os.kill(first, signal.SIGKILL)
+        wait_for(lambda: self.agent().get("process", first) != first, "another agent")
+
 
 unittest.main(verbosity=2)

@@ -8,6 +8,8 @@
 
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -18,8 +20,13 @@ namespace korvex::tests {
 /// hung and started again.
 class SessionBus {
 public:
-    explicit SessionBus(const std::filesystem::path& socket)
+    /// It knows the services of the machine, or only those of a folder, which may be empty.
+    explicit SessionBus(const std::filesystem::path& socket,
+                        const std::optional<std::filesystem::path>& services = std::nullopt)
         : m_address("unix:path=" + socket.string()) {
+        const auto configuration = services
+                                       ? "--config-file=" + configurationWith(socket, *services)
+                                       : std::string("--session");
         int ready[2];
         if (::pipe2(ready, O_CLOEXEC) != 0) {
             throw std::system_error(errno, std::generic_category(), "pipe2");
@@ -29,7 +36,7 @@ public:
         if (m_process == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL); // a test that is killed leaves nothing behind
             ::dup2(ready[1], STDOUT_FILENO);
-            ::execlp("dbus-daemon", "dbus-daemon", "--session", "--nofork", "--nopidfile",
+            ::execlp("dbus-daemon", "dbus-daemon", configuration.c_str(), "--nofork", "--nopidfile",
                      "--print-address", addressArgument.c_str(), nullptr);
             ::_exit(127);
         }
@@ -62,6 +69,19 @@ public:
     }
 
 private:
+    static std::string configurationWith(const std::filesystem::path& socket,
+                                         const std::filesystem::path& services) {
+        const auto file = socket.string() + ".conf";
+        std::ofstream(file)
+            << "<!DOCTYPE busconfig PUBLIC \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\" "
+               "\"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">"
+               "<busconfig><type>session</type><listen>unix:path="
+            << socket.string() << "</listen><servicedir>" << services.string()
+            << "</servicedir><policy context=\"default\"><allow send_destination=\"*\"/>"
+               "<allow receive_type=\"*\"/><allow own=\"*\"/></policy></busconfig>";
+        return file;
+    }
+
     std::string m_address;
     pid_t m_process = -1;
 };

@@ -134,6 +134,7 @@ void AgentClient::take(const Reply& reply) {
         return;
     }
     m_pause = kShortestPause;
+    m_startsInVain = 0;
     setAgent(agentStatusOf(reply.read<Dictionary>()));
     if (!m_wishes.isEmpty()) {
         askSoon();
@@ -150,7 +151,8 @@ void AgentClient::fail(const BusError& error) {
     }
     if (error.which() == BusErrorCase::refused && m_watch.owner().empty()) {
         // The bus cannot start it: from a folder that it was built in, nobody has told it how.
-        if (!m_startAgent || !m_startAgent()) {
+        const auto isStarted = m_startAgent && m_startAgent();
+        if (!isStarted || m_startsInVain++ > 0) {
             m_log.info("The agent cannot be started: " + error.errorDescription());
             setUnreachable(kNotStarted);
         }

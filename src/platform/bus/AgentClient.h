@@ -101,6 +101,8 @@ private:
     /// Those of the call that is under way.
     std::optional<Wishes> m_asked;
     bool m_willAsk = false;
+    /// How often it was started since it has answered last.
+    int m_startsInVain = 0;
     std::chrono::duration<double> m_pause;
     std::unique_ptr<base::RunLoop::Timer> m_retry;
     NameWatch m_watch;

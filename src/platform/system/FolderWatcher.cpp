@@ -15,8 +15,10 @@ namespace korvex::platform::system {
 namespace {
 
 constexpr std::uint32_t kFolderGoes = IN_DELETE_SELF | IN_MOVE_SELF;
+/// Not that a file was closed, which it may have been opened for writing and never written: who
+/// looks at a store does that.
 constexpr std::uint32_t kFileChanges =
-    IN_MODIFY | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+    IN_MODIFY | IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
 /// Above the folder only what is made on the way to it counts.
 constexpr std::uint32_t kFolderComes = IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;
 

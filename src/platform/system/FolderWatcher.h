@@ -12,8 +12,9 @@
 namespace korvex::platform::system {
 
 /// Notices that one of some files in a folder may have been written, made, replaced or removed. The
-/// folder may be missing, and come and go. It costs nothing while nothing happens; a file system
-/// that tells nobody of changes, such as a network share, is not looked at. Main thread.
+/// folder may be missing, and come and go; that one of those above it is renamed is not noticed. It
+/// costs nothing while nothing happens, so a file system that tells nobody of changes, such as a
+/// network share, is not looked at. Main thread.
 class FolderWatcher final {
 public:
     FolderWatcher(base::RunLoop& runLoop, std::filesystem::path folder,

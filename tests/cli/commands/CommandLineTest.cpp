@@ -324,6 +324,62 @@ TEST_F(CommandLine, ALinkIsGivenToTheAppThatRunsForTheUsersOwnStoreAlone) {
     EXPECT_THAT(desktop.asked, SizeIs(2)) << "it has another store";
 }
 
+TEST_F(CommandLine, TheAgentIsAskedOnceForWhatConcernsRemindersOfTheUsersOwnStore) {
+    result({"add", "of another store"});
+    EXPECT_THAT(agent.asked, IsEmpty());
+    EXPECT_EQ(run({"reminders"}).status, cli::ExitStatus::refused);
+
+    std::filesystem::create_directory_symlink(folder.path(), folder / "korvex");
+    const ScopedEnvironment home("XDG_DATA_HOME", folder.path().string());
+    const auto first = result({"add", "Water plants", "Ring"}).substr(0, 36);
+    EXPECT_THAT(agent.asked, ElementsAre(IsEmpty()));
+    result({"complete", first});
+    EXPECT_THAT(agent.asked, ElementsAre(IsEmpty(), ElementsAre("todo-reminder-" + first)));
+    result({"board", "add", "Garden"});
+    result({"list"});
+    EXPECT_EQ(run({"add", ""}).status, cli::ExitStatus::refused);
+    EXPECT_THAT(agent.asked, SizeIs(2)) << "reminders are as they were";
+    result({"board", "archive", "Garden"});
+    EXPECT_THAT(agent.asked, SizeIs(3));
+}
+
+TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
+    std::filesystem::create_directory_symlink(folder.path(), folder / "korvex");
+    const ScopedEnvironment home("XDG_DATA_HOME", folder.path().string());
+    const auto seen = *base::Uuid::parse(result({"add", "Seen"}));
+    const auto refused = run({"reminders"});
+    EXPECT_EQ(refused.status, cli::ExitStatus::refused);
+    EXPECT_THAT(refused.error, HasSubstr("There is no session bus."));
+
+    using State = app::AgentReminder::State;
+    agent.reminders.said = {{{{{0xAC}}, clock.now() + 7200, "Second\n", State::pending},
+                             {{{0xAB}}, clock.now() + 3600, "First", State::pending},
+                             {seen, clock.now() - 60, "", State::closed},
+                             {{{0xAD}}, clock.now() - 3600, "", State::withdrawn}}};
+    const auto seenID = seen.text();
+    EXPECT_EQ(result({"reminders"}), "AB000000  Mar 10, 2025, 3:00\u202FPM  pending    First\n"
+                                     "AC000000  Mar 10, 2025, 4:00\u202FPM  pending    Second \n" +
+                                         seenID.substr(0, 8) +
+                                         "  Mar 10, 2025, 1:59\u202FPM  closed     Seen\n"
+                                         "AD000000  Mar 10, 2025, 1:00\u202FPM  withdrawn  ");
+    EXPECT_THAT(result({"reminders", "--json"}),
+                HasSubstr("{\"id\":\"" + seenID +
+                          "\",\"reminderDate\":\"2025-03-10T12:59:00.000Z\","
+                          "\"state\":\"closed\",\"content\":\"Seen\"}"));
+
+    agent.status.said = {.reminders = {.authorization = schedule::AuthorizationStatus::authorized},
+                         .version = "0.1.0",
+                         .processID = 77,
+                         .daemon = "dunst 1.9.0",
+                         .nextDue = clock.now() + 3600};
+    EXPECT_EQ(result({"agent", "status"}), "Agent       running\n"
+                                           "Version     0.1.0\n"
+                                           "Process     77\n"
+                                           "Reminders   Allowed\n"
+                                           "Shown by    dunst 1.9.0\n"
+                                           "Next        Mar 10, 2025, 3:00\u202FPM");
+}
+
 TEST_F(CommandLine, WhatFailsWithABackupIsLoggedWithItsNumber) {
     const auto file = (folder / "mine.korvexbackup").string();
     result({"add", "kept"});

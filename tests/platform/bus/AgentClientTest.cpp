@@ -13,7 +13,7 @@ using schedule::AuthorizationStatus;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr const char* kStore = "/home/somebody/Primary.store";
+constexpr const char* kStore = "/data/Primary.store";
 
 /// In the place of the agent, another connection, which only writes down what it is asked for.
 struct StandIn {

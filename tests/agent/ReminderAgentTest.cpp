@@ -1,0 +1,409 @@
+#include "agent/ReminderAgent.h"
+#include "RecordingDaemon.h"
+#include "agent/TimeSources.h"
+#include "app/Links.h"
+#include "platform/bus/AgentProtocol.h"
+#include "platform/bus/BusFixture.h"
+#include "platform/bus/DesktopApplication.h"
+#include "schedule/TodoStore.h"
+#include "storage/StoreStart.h"
+#include "support/FakeClock.h"
+
+#include <gmock/gmock.h>
+
+namespace korvex::agent {
+namespace {
+
+using app::AgentReminder;
+using base::Instant;
+using model::Entry;
+using schedule::AuthorizationStatus;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+using tests::RecordingDaemon;
+using Tells = RecordingDaemon::Tells;
+
+/// In 2096: the timer of the machine's own clock, which waits for it, is out of the way.
+constexpr Instant kNow{3'000'000'000};
+
+/// The agent with all its parts on a real bus; its clock is set by hand.
+class ReminderAgentTest : public tests::BusFixture {
+protected:
+    ReminderAgentTest() { m_daemon.emplace(socket(), m_folder / "services"); }
+
+    std::filesystem::path storeFile() const { return m_folder / "data" / "Primary.store"; }
+    void prepareStore() {
+        m_store = storage::StoreStart::open({.storeFile = storeFile(), .now = kNow}, m_log);
+    }
+    base::Uuid add(const std::string& content, double after) {
+        const auto id = base::Uuid::random();
+        m_store.context->insert(
+            std::make_unique<Entry>(model::EntryFields{.id = id,
+                                                       .typeRawValue = "todo",
+                                                       .content = content,
+                                                       .createdAt = m_clock.now(),
+                                                       .updatedAt = m_clock.now(),
+                                                       .reminderDate = m_clock.now() + after}));
+        m_store.context->save();
+        return id;
+    }
+    bool isCompleted(const base::Uuid& id) {
+        m_store.context->refresh();
+        return m_store.context->find<Entry>(id)->isCompleted();
+    }
+
+    void startAgent() {
+        m_bus.emplace(platform::bus::WhichBus::session, m_loop, m_log);
+        m_agent.emplace(ReminderAgent::Surroundings{
+            .bus = *m_bus,
+            .runLoop = m_loop,
+            .clock = m_clock,
+            .log = m_log,
+            .storeFile = storeFile(),
+            .tableFile = m_folder / "state" / "reminders.sqlite",
+            .version = "1",
+            .startDesktop = [this](const std::string& link, const std::string& token) {
+                m_started.push_back(link + " " + token);
+                return true;
+            }});
+        m_name.emplace(*m_bus, platform::bus::kAgentName);
+        connect(*m_bus);
+    }
+    void endAgent() {
+        m_name.reset();
+        m_agent.reset();
+        m_bus.reset();
+    }
+    void startNotifications() {
+        m_notifications.emplace(m_loop, m_log, m_capabilities);
+        ASSERT_TRUE(m_loop.runUntil([&] { return m_notifications->isThere(); }));
+    }
+    /// The clock jumps, by itself or by hand; the agent is told.
+    void setClock(double seconds) {
+        m_clock.advance(seconds);
+        m_agent->timeChanged();
+    }
+    bool shows(std::size_t count) {
+        return patiently([&] { return m_notifications->shown().size() == count; });
+    }
+    /// While time passes, so that what waits a moment goes on.
+    template <typename Condition>
+    bool patiently(Condition&& condition) {
+        for (int tenths = 0; tenths < 400; ++tenths) {
+            if (m_loop.runUntil(condition, std::chrono::milliseconds(10))) {
+                return true;
+            }
+            m_loop.advance(0.1);
+        }
+        return false;
+    }
+    /// Whatever is under way comes to its end.
+    void settleAgent() {
+        for (int i = 0; i < 5; ++i) {
+            m_loop.advance(0.1);
+            settle(*m_bus);
+        }
+    }
+    /// Asked by another program.
+    template <typename Take>
+    void ask(const char* method, const platform::bus::Arguments& sent, Take&& take) {
+        Bus bus(platform::bus::WhichBus::session, m_loop, m_log);
+        connect(bus);
+        bool isAnswered = false;
+        const auto asked =
+            bus.call(platform::bus::agentMethod(method, platform::bus::MethodAddress::Start::never),
+                     sent, [&](const auto& reply) {
+                         take(reply);
+                         isAnswered = true;
+                     });
+        ASSERT_TRUE(m_loop.runUntil([&] { return isAnswered; }));
+    }
+    app::AgentStatus status() {
+        app::AgentStatus status;
+        ask(platform::bus::agent_method::kGetStatus, {}, [&](const auto& reply) {
+            status = platform::bus::agentStatusOf(reply.template read<platform::bus::Dictionary>());
+        });
+        return status;
+    }
+    std::vector<AgentReminder> reminders() {
+        std::vector<AgentReminder> reminders;
+        ask(platform::bus::agent_method::kList, {},
+            [&](const auto& reply) { reminders = platform::bus::agentRemindersOf(reply); });
+        return reminders;
+    }
+
+    tests::FakeClock m_clock{kNow};
+    std::vector<std::string> m_capabilities{"actions", "body", "body-markup"};
+    std::vector<std::string> m_started;
+    storage::StartedStore m_store;
+    std::optional<RecordingDaemon> m_notifications;
+    std::optional<Bus> m_bus;
+    std::optional<ReminderAgent> m_agent;
+    std::optional<platform::bus::NameClaim> m_name;
+};
+
+TEST_F(ReminderAgentTest, ATodoIsRemindedOfAtItsMomentAndCompletedByItsNotification) {
+    for (const auto tells : {Tells::sender, Tells::everybody}) {
+        prepareStore();
+        startNotifications();
+        startAgent();
+        settleAgent();
+        const auto todo = add("Milk & <b>bread</b> \xff", 60);
+        const auto other = add("Later", 4000);
+        settleAgent();
+        EXPECT_THAT(reminders(), SizeIs(2)) << "it has heard of the change";
+        EXPECT_EQ(status().nextDue, m_clock.now() + 60);
+
+        m_clock.advance(60);
+        m_agent->timeChanged();
+        ASSERT_TRUE(shows(1));
+        const auto shown = m_notifications->shown().front();
+        EXPECT_EQ(shown.title, "Todo Reminder");
+        EXPECT_EQ(shown.body, "Milk &amp; &lt;b&gt;bread&lt;/b&gt; \xEF\xBF\xBD");
+        EXPECT_THAT(shown.actions,
+                    ElementsAre("default", "Open", "TODO_REMINDER_COMPLETE", "Mark Complete"));
+        EXPECT_EQ(*platform::bus::find<std::string>(shown.hints, "desktop-entry"),
+                  "dev.korvex.Korvex");
+
+        // Another program's notification, and one that nobody knows.
+        m_notifications->choose({.id = 77, .sender = shown.sender}, "TODO_REMINDER_COMPLETE",
+                                tells);
+        m_notifications->choose(shown, "what-is-this", tells);
+        settleAgent();
+        EXPECT_FALSE(isCompleted(todo));
+
+        int heard = 0;
+        Bus listening(platform::bus::WhichBus::session, m_loop, m_log);
+        platform::bus::StoreChangeListener changes(listening, storeFile());
+        const auto hearing = changes.changed().connect([&] { ++heard; });
+        connect(listening);
+        settle(listening);
+        m_notifications->choose(shown, "TODO_REMINDER_COMPLETE", tells);
+        m_notifications->choose(shown, "TODO_REMINDER_COMPLETE", tells); // a double click
+        ASSERT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+        EXPECT_TRUE(isCompleted(todo));
+        EXPECT_FALSE(isCompleted(other));
+        EXPECT_THAT(m_notifications->closed(), ElementsAre(shown.id));
+        EXPECT_TRUE(patiently([&] { return heard > 0; }));
+        endAgent();
+        m_store = {};
+        std::filesystem::remove_all(m_folder / "data");
+        std::filesystem::remove_all(m_folder / "state");
+    }
+}
+
+TEST_F(ReminderAgentTest, ANotificationOpensItsTodoInTheAppThatRunsOrIsStarted) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto todo = add("Call", 10);
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    m_notifications->choose(m_notifications->shown().back(), "default", Tells::sender, "token1");
+    ASSERT_TRUE(patiently([&] { return !m_started.empty(); }));
+    EXPECT_THAT(m_started, ElementsAre(app::entryUrl(todo) + " token1"));
+    EXPECT_FALSE(isCompleted(todo));
+    EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 1; }));
+
+    Bus appBus(platform::bus::WhichBus::session, m_loop, m_log);
+    platform::bus::DesktopApplication application(appBus);
+    const platform::bus::NameClaim name(appBus, app::kDesktopName);
+    std::vector<app::Launch> launches;
+    const auto launching = application.launched().connect(
+        [&](const app::Launch& launch) { launches.push_back(launch); });
+    connect(appBus);
+    const auto second = add("Write", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(2));
+    m_notifications->choose(m_notifications->shown().back(), "default", Tells::everybody, "token2");
+    ASSERT_TRUE(patiently([&] { return !launches.empty(); }));
+    EXPECT_THAT(launches,
+                ElementsAre(app::Launch{.links = {app::entryUrl(second)}, .token = "token2"}));
+    EXPECT_THAT(m_started, SizeIs(1));
+}
+
+TEST_F(ReminderAgentTest, WhatIsNoLongerAskedForIsTakenBack) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto completed = add("Completed in a window", 10);
+    const auto gone = add("Deleted", 20);
+    settleAgent();
+    setClock(30);
+    ASSERT_TRUE(shows(2));
+    m_store.context->refresh();
+    m_store.context->find<Entry>(completed)->setIsCompleted(true);
+    m_store.context->remove(*m_store.context->find<Entry>(gone));
+    m_store.context->save();
+    ASSERT_TRUE(patiently([&] { return m_notifications->closed().size() == 2; }));
+    // Taken back by who asks for it by name, before the store says so.
+    const auto third = add("Third", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(3));
+    ask(platform::bus::agent_method::kReconcile,
+        platform::bus::arguments(
+            storeFile().string(),
+            std::vector<std::string>{schedule::ReminderNotification::identifier(third), "x"}),
+        [](const auto& reply) { EXPECT_FALSE(reply.error()); });
+    EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 3; }));
+    ask(platform::bus::agent_method::kReconcile,
+        platform::bus::arguments(std::string("/elsewhere"), std::vector<std::string>{}),
+        [](const auto& reply) {
+            EXPECT_EQ(reply.error()->name(), platform::bus::kAgentHasOtherStore);
+        });
+}
+
+TEST_F(ReminderAgentTest, ClockStepsOfHoursShowEachReminderOnce) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    add("In an hour", 3600);
+    add("In five hours", 5 * 3600);
+    settleAgent();
+    setClock(2 * 3600);
+    ASSERT_TRUE(shows(1));
+    setClock(-2 * 3600);
+    settleAgent();
+    setClock(6 * 3600);
+    ASSERT_TRUE(shows(2));
+    settleAgent(); // or the answer would be lost with the agent
+    endAgent();
+    startAgent();
+    ASSERT_TRUE(shows(4));
+    setClock(-6 * 3600);
+    settleAgent();
+    EXPECT_EQ(m_notifications->count("In five hours"), 2U) << "once more by a new agent";
+    EXPECT_THAT(m_notifications->closed(), SizeIs(2));
+}
+
+TEST_F(ReminderAgentTest, WithoutADaemonItWaitsForOneAndSaysSo) {
+    prepareStore();
+    startAgent();
+    settleAgent();
+    add("Missed", 10);
+    settleAgent();
+    setClock(20);
+    settleAgent();
+    EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::unavailable);
+    EXPECT_THAT(status().reminders.reason, ::testing::HasSubstr("none is installed"));
+    EXPECT_EQ(reminders().front().state, AgentReminder::State::pending);
+
+    m_capabilities = {"body"};
+    startNotifications();
+    ASSERT_TRUE(shows(1));
+    EXPECT_THAT(m_notifications->shown().front().actions, IsEmpty());
+    settleAgent();
+    EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::authorized);
+    EXPECT_EQ(status().daemon, "recorder 1");
+    // A notification as this one has no markup, so what looks like some is said as it is.
+    add("a & b", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(2));
+    EXPECT_EQ(m_notifications->shown().back().body, "a & b");
+
+    // Another daemon shows them again: they went with the former one.
+    m_notifications->close(m_notifications->shown().front());
+    settleAgent();
+    m_notifications.reset();
+    ASSERT_TRUE(patiently([&] { return status().daemon.empty(); }));
+    startNotifications();
+    ASSERT_TRUE(shows(1));
+    EXPECT_EQ(m_notifications->shown().front().body, "a & b");
+}
+
+TEST_F(ReminderAgentTest, ADaemonThatRefusesIsAskedAgainLater) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    m_notifications->refuseNext(2);
+    add("Again", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    settleAgent();
+    EXPECT_EQ(reminders().front().state, AgentReminder::State::shown);
+    EXPECT_EQ(m_log.count("ExcessNotificationGeneration"), 2U);
+}
+
+TEST_F(ReminderAgentTest, TheStoreMayComeLaterAndBeReplaced) {
+    startNotifications();
+    startAgent();
+    settleAgent();
+    EXPECT_THAT(reminders(), IsEmpty());
+    EXPECT_FALSE(std::filesystem::exists(storeFile()));
+    prepareStore();
+    add("First", 100);
+    ASSERT_TRUE(patiently([&] { return reminders().size() == 1; }));
+
+    // Somebody puts another one in its place, with its folder.
+    m_store = {};
+    std::filesystem::rename(m_folder / "data", m_folder / "former");
+    settleAgent();
+    prepareStore();
+    add("Second", 50);
+    ASSERT_TRUE(patiently([&] {
+        const auto all = reminders();
+        return all.size() == 1 && all.front().body == "Second";
+    }));
+}
+
+TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndItsNotificationCloses) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto todo = add("Stays", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    m_log.expectError("Notification completion failed; code ");
+    m_store.container->setPatience(std::chrono::milliseconds(0));
+    {
+        const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
+        ASSERT_EQ(lock.state(), base::FileLock::State::held);
+        m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
+                                Tells::sender);
+        ASSERT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+    }
+    EXPECT_FALSE(isCompleted(todo));
+}
+
+TEST_F(ReminderAgentTest, WakingFromSleepIsSaidByTheLoginManager) {
+    // It is a name on a bus of its own, which programs know by another variable.
+    const tests::ScopedEnvironment systemBus("DBUS_SYSTEM_BUS_ADDRESS", m_daemon->address());
+    Bus login(platform::bus::WhichBus::session, m_loop, m_log);
+    const platform::bus::NameClaim name(login, "org.freedesktop.login1");
+    connect(login);
+    ASSERT_TRUE(
+        m_loop.runUntil([&] { return name.state() == platform::bus::NameClaim::State::owned; }));
+    TimeSources sources(m_loop, m_log);
+    int changes = 0;
+    const auto changing = sources.changed().connect([&] { ++changes; });
+    const auto sleep = [&](bool isStarting) {
+        login.emit({.path = "/org/freedesktop/login1",
+                    .interface = "org.freedesktop.login1.Manager",
+                    .member = "PrepareForSleep"},
+                   platform::bus::arguments(isStarting));
+    };
+    ASSERT_TRUE(patiently([&] {
+        sleep(false);
+        return changes > 0;
+    }));
+    m_loop.runUntil([] { return false; }, std::chrono::milliseconds(100));
+    changes = 0;
+    sleep(true);
+    settle(login);
+    m_loop.runUntil([] { return false; }, std::chrono::milliseconds(50));
+    EXPECT_EQ(changes, 0);
+}
+
+} // namespace
+} // namespace korvex::agent
