@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <exception>
 #include <system_error>
@@ -22,6 +23,9 @@ using schedule::AuthorizationStatus;
 
 /// What one program writes comes as several hints.
 constexpr std::chrono::milliseconds kCoalescing{20};
+/// After a failure; the pauses double in between.
+constexpr std::chrono::duration<double> kFirstRetry{1};
+constexpr std::chrono::duration<double> kLongestRetry{300};
 /// A thousand of them fit into a message.
 constexpr std::size_t kLongestBody = 500;
 
@@ -158,11 +162,18 @@ void ReminderAgent::reconcileNow() {
             }
         }
     } catch (const base::Error& error) {
-        // It is said in the status, and tried again with the next hint.
+        // It is said in the status, and tried again with the next hint, or after a while.
         m_log.warning("The store could not be followed: " + error.errorDescription());
         m_planned.reset();
         m_store.close();
+        m_retryDelay = std::clamp(2 * m_retryDelay, kFirstRetry, kLongestRetry);
+        m_retry = m_surroundings.runLoop.callAfter(m_retryDelay,
+                                                   [this] { reconcileSoon(Reason::request); });
+        tellStatus();
+        return;
     }
+    m_retry.reset();
+    m_retryDelay = {};
     tellStatus();
 }
 

@@ -15,6 +15,7 @@
 #include "platform/system/FolderWatcher.h"
 #include "schedule/ReminderScheduler.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -97,6 +98,9 @@ private:
     bool m_isRequested = false;
     bool m_willReconcile = false;
     std::unique_ptr<base::RunLoop::Timer> m_pause;
+    /// Runs while the store could not be followed.
+    std::unique_ptr<base::RunLoop::Timer> m_retry;
+    std::chrono::duration<double> m_retryDelay{};
     std::vector<base::Subscription> m_subscriptions;
     /// Gone with this object: posted work may outlive it.
     std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);

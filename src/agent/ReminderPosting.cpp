@@ -68,12 +68,14 @@ void ReminderPosting::serve() {
 
 void ReminderPosting::post(const schedule::ReminderRequest& request) {
     ++m_awaited;
-    m_daemon.show(notificationOf(request), [this, request](const auto& shown) {
+    m_daemon.show(notificationOf(request), [this, request](const auto& outcome) {
         answered([&] {
             // It may be the first thing that is heard of this daemon.
             m_delivery.setDaemon(m_daemon.identity());
-            if (shown) {
-                m_delivery.recordPosted(request, toShown(*shown));
+            if (outcome.shown) {
+                m_delivery.recordPosted(request, toShown(*outcome.shown));
+            } else if (outcome.isRefused) {
+                m_delivery.recordRefused(request);
             } else {
                 m_delivery.recordFailed(request);
             }

@@ -67,6 +67,13 @@ std::string failureOf(const Reply& reply) {
                          : BusError(BusErrorCase::unreadable).errorDescription();
 }
 
+/// Rather than that nobody has answered: the bus says that too, where who was asked has gone.
+bool isRefusal(const Reply& reply) {
+    const auto* const error = reply.error();
+    return error && error->which() == BusErrorCase::refused && !error->isAboutNobody() &&
+           error->name() != "org.freedesktop.DBus.Error.NoReply";
+}
+
 } // namespace
 
 NotificationDaemon::NotificationDaemon(Bus& bus, base::LogSink& log)
@@ -157,7 +164,7 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
             m_changed.emit();
         }
         for (const auto& each : waiting) {
-            each.answer(std::nullopt);
+            each.answer({});
         }
         return;
     }
@@ -198,10 +205,10 @@ void NotificationDaemon::post(const Waiting& waiting) {
              const auto id = answerOf<std::uint32_t>(reply);
              if (!id) {
                  m_log.warning("A notification was not shown: " + failureOf(reply));
-                 answer(std::nullopt);
+                 answer({.isRefused = isRefusal(reply)});
                  return;
              }
-             answer(Shown{*id, identityOf(reply.sender())});
+             answer({.shown = Shown{*id, identityOf(reply.sender())}});
          });
 }
 

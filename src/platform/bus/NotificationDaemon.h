@@ -57,8 +57,14 @@ public:
         std::string daemon;
         bool operator==(const Shown&) const = default;
     };
-    /// What it is shown as; absent where it is not.
-    using Answer = std::function<void(const std::optional<Shown>&)>;
+    /// What has become of it.
+    struct Outcome {
+        /// Absent where it is not shown.
+        std::optional<Shown> shown = std::nullopt;
+        /// The daemon runs and has said no, maybe to this one alone.
+        bool isRefused = false;
+    };
+    using Answer = std::function<void(const Outcome&)>;
     /// Starts a daemon where none runs and the bus can. The answer comes later, and once.
     void show(const Notification& notification, Answer answer);
     /// `closed` is called once the daemon has answered, or cannot any more.
