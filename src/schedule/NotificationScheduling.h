@@ -81,7 +81,7 @@ class NoNotifications final : public NotificationScheduling {
 public:
     void registerCategory() override {}
     AuthorizationStatus authorization() override { return AuthorizationStatus::unavailable; }
-    std::vector<ReminderRequest> pending() override { return {}; }
+    std::vector<PendingReminder> pending(base::Instant) override { return {}; }
     void add(const ReminderRequest&) override {}
     void cancel(std::span<const std::string>) override {}
     void requestAuthorization() override {}

@@ -56,7 +56,7 @@ private:
         schedule::AuthorizationStatus authorization() override {
             return m_client.status().authorization;
         }
-        std::vector<schedule::ReminderRequest> pending() override { return {}; }
+        std::vector<schedule::PendingReminder> pending(base::Instant) override { return {}; }
         void add(const schedule::ReminderRequest&) override {}
         void cancel(std::span<const std::string> identifiers) override {
             m_client.withdraw(identifiers);
