@@ -66,7 +66,7 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
     : m_surroundings(std::move(surroundings)),
       m_log(m_surroundings.log, "ReminderAgent"),
       m_table(m_surroundings.tableFile, m_surroundings.log),
-      m_client(m_table, m_surroundings.clock),
+      m_client(m_table),
       m_scheduler(m_client, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
       m_store(m_surroundings.storeFile, m_surroundings.runLoop, m_surroundings.log),
       m_delivery(m_table, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
