@@ -5,6 +5,7 @@
 #include "model/SchemaVersions.h"
 #include "services/EntryOrder.h"
 #include "support/FakeClock.h"
+#include "support/FakeReminderCenter.h"
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
@@ -113,6 +114,7 @@ protected:
                 .runLoop = runLoop,
                 .threads = threads,
                 .log = log,
+                .reminders = &reminders,
                 .timeZone = base::TimeZone::utc,
                 .copies = folder / "copies",
                 .patience = std::chrono::milliseconds(0)};
@@ -122,6 +124,8 @@ protected:
     TemporaryFolder folder;
     FakeClock clock{kNow};
     FakeRunLoop runLoop;
+    /// It has not said yet whether notifications can be shown.
+    FakeReminderCenter reminders;
     storage::BackgroundThreads threads;
     app::FileUserDefaults defaults{folder / "settings.json"};
     app::AppPreferences preferences{defaults, log};

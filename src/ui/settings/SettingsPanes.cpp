@@ -3,6 +3,7 @@
 #include "ui/settings/AppearancePane.h"
 #include "ui/settings/BackupsPane.h"
 #include "ui/settings/GeneralPane.h"
+#include "ui/settings/NotificationsPane.h"
 
 #include <utility>
 
@@ -18,6 +19,10 @@ std::vector<SettingsPaneMaker> settingsPanes(const Workspace& workspace, Editing
              .title = AppearancePane::tr("Appearance"),
              .icon = QStringLiteral("palette"),
              .make = [&] { return new AppearancePane(workspace.preferences, theme); }},
+            {.name = "notifications",
+             .title = NotificationsPane::tr("Notifications"),
+             .icon = QStringLiteral("bell"),
+             .make = [&] { return new NotificationsPane(workspace, theme); }},
             {.name = "backups",
              .title = BackupsPane::tr("Backups"),
              .icon = QStringLiteral("archive"),

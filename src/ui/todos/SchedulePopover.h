@@ -16,6 +16,7 @@ namespace korvex::ui {
 
 class DateField;
 class ReminderChoice;
+class ReminderNotice;
 class RefusalLabel;
 class TimeField;
 class TypedField;
@@ -105,6 +106,7 @@ private:
     QCheckBox* m_hasReminder;
     ReminderChoice* m_reminder;
     QLabel* m_explanation;
+    ReminderNotice* m_notice;
     /// Each beside what it concerns; the last is about all of it.
     RefusalLabel* m_dayRefusal;
     RefusalLabel* m_timeRefusal;

@@ -43,6 +43,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
                                          .runLoop = m_runLoop,
                                          .threads = m_threads,
                                          .log = m_log,
+                                         .reminders = &m_reminders,
                                          .timeZone = base::TimeZone::utc,
                                          .makeEngine = m_script.engineFactory(),
                                          .resources = m_script.resources(),

@@ -20,6 +20,8 @@ class SettingsWindow;
 
 namespace korvex::tests {
 
+class FakeReminderCenter;
+
 /// The ways of a user to every page and panel of a main window, for whoever looks at all of them:
 /// by ear, for its contrasts, or with a person's eyes.
 class WindowScenes {
@@ -60,6 +62,8 @@ private:
     void addBarScenes();
     void addPageScenes();
     void addSettingsScenes();
+    void addReminderScenes();
+    void openSettings(int pane);
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;
@@ -79,6 +83,8 @@ private:
 
     ui::MainWindow& m_window;
     const ui::Workspace& m_workspace;
+    /// Null where the test has none of its own.
+    FakeReminderCenter* m_reminders = nullptr;
     model::Board* m_inbox = nullptr;
     model::Board* m_other = nullptr;
     model::Board* m_archived = nullptr;
