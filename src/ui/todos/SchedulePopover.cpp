@@ -157,7 +157,7 @@ QWidget* SchedulePopover::makeContent() {
     auto* const reminder = new QVBoxLayout;
     reminder->setSpacing(space);
     for (auto* const each : std::initializer_list<QWidget*>{
-             m_hasReminder, m_reminder, m_explanation, m_notice, m_reminderRefusal, m_refusal}) {
+             m_hasReminder, m_notice, m_reminder, m_explanation, m_reminderRefusal, m_refusal}) {
         reminder->addWidget(each);
     }
     auto* const content = new QWidget(this);
