@@ -3,6 +3,7 @@
 #include "ui/kit/words/Text.h"
 
 #include <QPushButton>
+#include <QShowEvent>
 
 namespace korvex::ui {
 
