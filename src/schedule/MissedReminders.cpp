@@ -120,24 +120,23 @@ void MissedReminders::follow(const store::ChangeSet& changes) {
         catchUp();
         return;
     }
-    const auto before = m_entries;
-    auto isTouched = false;
+    auto isDifferent = false;
     try {
         for (const auto& id : changes.deleted) {
-            isTouched = drop(id) || isTouched;
+            isDifferent = drop(id) || isDifferent;
         }
         for (const auto* const ids : {&changes.inserted, &changes.updated}) {
             for (const auto& id : *ids) {
                 auto* const entry = m_context.find<Entry>(id);
-                isTouched = (entry && place(*entry)) || isTouched;
+                // A board may be archived now, or not any more.
+                isDifferent = (entry ? place(*entry) : !m_items.empty()) || isDifferent;
             }
         }
-        list(); // boards may have been archived, too
     } catch (const store::StoreError&) {
         m_isBehind = true;
     }
-    if (isTouched || m_entries != before) {
-        m_didChange.emit();
+    if (isDifferent) {
+        tell();
     }
 }
 

@@ -478,6 +478,7 @@ TEST_F(UpcomingPageTest, RemindersThatNobodyShowedStandAboveAllOthersUntilTheyAr
     EXPECT_THAT(rows(),
                 ElementsAre("# Reminders", "[ ] once more", "# Overdue", "[ ] milk", "[ ] rent"));
     ASSERT_TRUE(button.isVisible());
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
     button.click();
     EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] milk", "[ ] rent", "# Past Reminders",
                                     "[ ] once more"));
