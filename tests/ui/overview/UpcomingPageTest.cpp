@@ -482,7 +482,7 @@ TEST_F(UpcomingPageTest, RemindersThatNobodyShowedStandAboveAllOthersUntilTheyAr
     button.click();
     EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] milk", "[ ] rent", "# Past Reminders",
                                     "[ ] once more"));
-    EXPECT_TRUE(list().hasFocus());
+    EXPECT_EQ(page.focusWidget(), &list());
     app::FileUserDefaults kept(folder / "settings.json");
     EXPECT_EQ(kept.real("remindersSeenUntil"), once.reminderDate()->seconds);
 }
