@@ -4,10 +4,10 @@
 #include "support/BenchStore.h"
 #include "support/PlainSqlite.h"
 #include "support/Scratch.h"
+#include "support/StandingStill.h"
 #include "support/Stopwatch.h"
 
 #include "agent/TableNotificationClient.h"
-#include "base/Clock.h"
 #include "schedule/ReminderScheduler.h"
 
 #include <random>
@@ -25,22 +25,6 @@ public:
         added += message.starts_with("Scheduled reminder") ? 1U : 0U;
     }
     std::size_t added = 0;
-};
-
-class StandingClock final : public base::Clock {
-public:
-    base::Instant now() const override { return bench::kNow; }
-};
-
-/// Everything happens when it is called.
-class NoRunLoop final : public base::RunLoop {
-public:
-    void post(std::function<void()> work) override { work(); }
-    std::unique_ptr<Timer> callAfter(std::chrono::duration<double>,
-                                     std::function<void()>) override {
-        return nullptr;
-    }
-    std::unique_ptr<Watch> watch(int, Interest, std::function<void()>) override { return nullptr; }
 };
 
 std::filesystem::path storeFile(const bench::Scratch& scratch) {
@@ -74,8 +58,8 @@ void reconcile(benchmark::State& state) {
     bench::OpenStore store(storeFile(scratch));
     fill(store);
     CountingLog log;
-    const StandingClock clock;
-    NoRunLoop runLoop;
+    const bench::StandingClock clock;
+    bench::NoRunLoop runLoop;
     agent::ReminderTable table(scratch / "reminders.sqlite", log);
     agent::TableNotificationClient client(table, clock);
     schedule::ReminderScheduler scheduler(client, clock, runLoop, log);

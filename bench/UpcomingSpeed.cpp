@@ -4,10 +4,12 @@
 
 #include "support/BenchStore.h"
 #include "support/Scratch.h"
+#include "support/StandingStill.h"
 #include "support/Stopwatch.h"
 
 #include "base/TextFolding.h"
 #include "schedule/CompletedTodos.h"
+#include "schedule/MissedReminders.h"
 #include "schedule/UpcomingTodos.h"
 
 #include <algorithm>
@@ -133,17 +135,28 @@ void upcomingLimit(benchmark::State& state) {
     }
 }
 
-/// A todo is put off again and again; what is measured is what its announced change costs.
+/// A todo is put off again and again; what is measured is what its announced change costs, also
+/// to the list of reminders that were missed: there are thousands.
 void oneChange(benchmark::State& state) {
     auto& context = todos().context();
     schedule::UpcomingTodos view(context, bench::kNow, berlin());
+    const bench::StandingClock standing;
+    bench::NoRunLoop runLoop;
+    base::StandardErrorLog log(base::LogLevel::warning);
+    schedule::ScheduleClock clock(standing, runLoop, berlin, log);
+    schedule::NoReminderCenter denied({.authorization = schedule::AuthorizationStatus::denied});
+    const schedule::MissedReminders missed(context, denied, clock,
+                                           schedule::MissedReminders::Seen{{}, [](auto) {}});
+    if (missed.count() < 1'000) {
+        state.SkipWithError("no reminders were missed");
+    }
     std::mt19937 random(2);
     for (auto _ : state) {
         auto* entry = todos().scheduled[random() % kTodos];
         entry->setSchedule(model::TodoSchedule::dueAt(
             bench::kNow + static_cast<double>(random() % 10'000) * kHour));
         const auto isNow = view.count();
-        // Announces what is pending, to this one observer.
+        // Announces what is pending, to these observers.
         bench::timed(state, [&] { context.processPendingChanges(); });
         if (isNow == 0) {
             state.SkipWithError("nothing is upcoming");

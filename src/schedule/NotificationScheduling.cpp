@@ -18,4 +18,9 @@ std::string_view statusLabel(AuthorizationStatus status) {
     return "Unavailable";
 }
 
+bool showsNotifications(AuthorizationStatus status) {
+    return status == AuthorizationStatus::authorized ||
+           status == AuthorizationStatus::provisional || status == AuthorizationStatus::ephemeral;
+}
+
 } // namespace korvex::schedule

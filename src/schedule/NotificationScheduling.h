@@ -22,6 +22,8 @@ enum class AuthorizationStatus {
 };
 /// What the settings say of it, in English, to be translated.
 std::string_view statusLabel(AuthorizationStatus status);
+/// Whether the user sees notifications under this status.
+bool showsNotifications(AuthorizationStatus status);
 
 /// What the user is told about notifications, in English, to be translated.
 struct NotificationTexts {
@@ -38,6 +40,9 @@ struct NotificationTexts {
     static constexpr std::string_view kDisabledInSettings =
         "Enable notifications in your desktop's settings → Notifications → Korvex. Your reminder "
         "dates remain saved.";
+    /// Where nobody can be had who would show them, beside the reason.
+    static constexpr std::string_view kUnavailable = "Notifications unavailable on this computer";
+    static constexpr std::string_view kUnavailableAtReminder = "Your reminder can still be saved.";
     static constexpr std::string_view kPermissionFailed =
         "Notification permission could not be requested. Your reminder can still be saved.";
     static constexpr std::string_view kSchedulingFailed =

@@ -5,6 +5,7 @@
 #include "model/SchemaVersions.h"
 #include "services/EntryOrder.h"
 #include "support/FakeClock.h"
+#include "support/FakeReminderCenter.h"
 #include "support/FakeRunLoop.h"
 #include "support/RecordingLog.h"
 #include "support/ScriptedHotkey.h"
@@ -114,6 +115,7 @@ protected:
                 .runLoop = runLoop,
                 .threads = threads,
                 .log = log,
+                .reminders = &reminders,
                 .quickEntry = &quickEntry.setup,
                 .timeZone = base::TimeZone::utc,
                 .copies = folder / "copies",
@@ -124,6 +126,8 @@ protected:
     TemporaryFolder folder;
     FakeClock clock{kNow};
     FakeRunLoop runLoop;
+    /// It has not said yet whether notifications can be shown.
+    FakeReminderCenter reminders;
     storage::BackgroundThreads threads;
     app::FileUserDefaults defaults{folder / "settings.json"};
     app::AppPreferences preferences{defaults, log};

@@ -63,6 +63,13 @@ void NamedRow::paint(QPainter& painter, const QRect& box, QStyle::State state,
                          Qt::AlignRight | Qt::AlignVCenter | Qt::TextSingleLine, isolated(note));
         place.setRight(place.right() - forNote);
     }
+    const auto markSize = theme.extent(Extent::smallIcon);
+    if (!mark.isEmpty() && place.width() - markSize >= needed) {
+        const QRect at(place.right() + 1 - markSize, box.top() + (box.height() - markSize) / 2,
+                       markSize, markSize);
+        IconSet::draw(painter, mark, colors.accent, mirrored(at, box));
+        place.setRight(at.left() - theme.space(Space::small));
+    }
     painter.setFont(theme.font());
     painter.setPen(colors.text);
     // The name runs in its own direction from where the window's lines begin.

@@ -18,6 +18,8 @@ struct NamedRow {
     QColor iconColor;
     QString name;
     QString note = {};
+    /// An icon before the note that asks for a look; empty for none.
+    QString mark = {};
 
     static int height(const Theme& theme);
     /// The ground of a row that is as wide as its list but for `margin` at both sides.

@@ -36,6 +36,13 @@ void SidebarRow::setNote(const QString& note, const QString& description) {
     }
 }
 
+void SidebarRow::setMark(const QString& iconName) {
+    if (m_mark != iconName) {
+        m_mark = iconName;
+        update();
+    }
+}
+
 QSize SidebarRow::sizeHint() const {
     return {0, NamedRow::height(m_theme)};
 }
@@ -51,7 +58,8 @@ void SidebarRow::paintEvent(QPaintEvent*) {
     const NamedRow row{.icon = m_iconName,
                        .iconColor = m_iconColor.isValid() ? m_iconColor : quiet,
                        .name = text(),
-                       .note = m_note};
+                       .note = m_note,
+                       .mark = m_mark};
     row.paint(painter, NamedRow::box(rect(), m_theme.space(Space::medium), m_theme), state,
               m_theme);
 }

@@ -20,6 +20,8 @@ public:
     /// Shows `note` at the row's end; `description` says to screen readers what it means.
     void setNote(const QString& note, const QString& description);
     const QString& note() const { return m_note; }
+    /// An icon that asks for a look; empty for none. Who sets it describes it by the note.
+    void setMark(const QString& iconName);
     void setIconColor(const QColor& color) { m_iconColor = color; }
     QSize sizeHint() const override;
 
@@ -39,6 +41,7 @@ private:
     /// Not valid: the theme's quiet one, and its accent while the page is shown.
     QColor m_iconColor;
     QString m_note;
+    QString m_mark;
 };
 
 } // namespace korvex::ui

@@ -12,7 +12,6 @@ DueButton::DueButton(const Theme& theme, QWidget* parent) : QToolButton(parent),
     setAutoRaise(true);
     setFocusPolicy(Qt::TabFocus);
     setCursor(Qt::PointingHandCursor);
-    setToolTip(tr("Schedule (Ctrl+D)"));
     setLabel({});
 }
 
@@ -20,6 +19,9 @@ void DueButton::setLabel(const DueLabel& label) {
     m_label = label;
     setText(label.text);
     setAccessibleName(label.text.isEmpty() ? tr("Schedule") : label.text);
+    setAccessibleDescription(label.reminder);
+    const auto what = tr("Schedule (Ctrl+D)");
+    setToolTip(label.reminder.isEmpty() ? what : label.reminder + QLatin1Char('\n') + what);
     update();
 }
 

@@ -249,6 +249,12 @@ RowPart EntryListView::partAt(int row, const QPoint& position) const {
     return isOn(m_hits.scheduleOf(row), position) ? RowPart::label : RowPart::body;
 }
 
+RowListView::Tip EntryListView::tipAt(int row, const QPoint& position) const {
+    const auto* const entry = m_model.entry(row);
+    const auto place = entry && !m_hits.isText(row) ? m_hits.scheduleOf(row) : QRect();
+    return isOn(place, position) ? Tip{m_model.dueLabel(*entry).reminder, place} : Tip();
+}
+
 bool EntryListView::isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const {
     const auto isOnLink = modifiers == Qt::ControlModifier &&
                           partUnder(position) == RowPart::body &&

@@ -77,6 +77,7 @@ protected:
     void rowsPlaced() override;
     double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
+    Tip tipAt(int row, const QPoint& position) const override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     bool hasMenu(int row) const override { return m_model.entry(row) != nullptr; }
     QAccessible::Role roleOf(int row) const override;

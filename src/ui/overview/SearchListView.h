@@ -28,6 +28,7 @@ protected:
     int estimatedHeight(int row) const override { return heightOf(row); }
     std::vector<Action> actionsOf(int row) override;
     RowPart partAt(int row, const QPoint& position) const override;
+    Tip tipAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     void forgetLayouts() override;
     void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;

@@ -129,7 +129,9 @@ DueLabel TodoListModel::detailLabel(int row) const {
     if (m_detail == Detail::completion) {
         return {.text = completionText(row)};
     }
-    return dueLabelOf(*entry(row), m_clock.now(), m_dates, OverdueWord::no); // the heading says it
+    const auto isSaid = m_headings.at(at(row).headingKey).isUrgent;
+    return dueLabelOf(*entry(row), m_clock.now(), m_dates,
+                      isSaid ? OverdueWord::no : OverdueWord::yes);
 }
 
 QString TodoListModel::completionText(int row) const {

@@ -63,6 +63,10 @@ void TodoListPage::scrollToTop() {
     m_list->scrollToTop();
 }
 
+void TodoListPage::forgetLabels() {
+    m_list->forgetLabels();
+}
+
 void TodoListPage::showEvent(QShowEvent* event) {
     Page::showEvent(event);
     if (m_isBehind) {

@@ -56,6 +56,8 @@ protected:
     /// The groups are others now; small steps where few of their todos are.
     void groupsChanged(TodoListModel::Extent extent = TodoListModel::Extent::few);
     void scrollToTop();
+    /// What rows say of their todos is another, though these have not changed.
+    void forgetLabels();
     const Workspace& workspace() const { return m_workspace; }
 
     void showEvent(QShowEvent* event) override;

@@ -174,6 +174,16 @@ std::vector<RowSpeech::Action> TodoListView::actionsOf(int row) {
     return actions;
 }
 
+RowListView::Tip TodoListView::tipAt(int row, const QPoint& position) const {
+    if (m_model.isHeading(row)) {
+        return {};
+    }
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto& laidOut = m_delegate->layout(row, rect.width());
+    const auto place = laidOut.detail().translated(rect.topLeft());
+    return isOn(place, position) ? Tip{laidOut.detailLabel().reminder, place} : Tip();
+}
+
 RowPart TodoListView::partAt(int row, const QPoint& position) const {
     const auto rect = visualRect(m_model.index(row, 0));
     const auto& laidOut = m_delegate->layout(row, rect.width());

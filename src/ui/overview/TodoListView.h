@@ -43,6 +43,7 @@ protected:
     int estimatedHeight(int row) const override;
     double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
+    Tip tipAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool hasMenu(int row) const override { return !m_model.isHeading(row); }
     QAccessible::Role roleOf(int row) const override;

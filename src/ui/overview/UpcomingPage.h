@@ -1,12 +1,16 @@
 #pragma once
 
+#include "schedule/MissedReminders.h"
 #include "schedule/UpcomingTodos.h"
 #include "ui/overview/TodoListPage.h"
 
 namespace korvex::ui {
 
-/// The open scheduled todos of all active boards, under when they are due. Follows the store and
-/// the clock. Main thread.
+class NoticeLine;
+
+/// The open scheduled todos of all active boards, under when they are due; above all others those
+/// of which a reminder came due that no notification could show, until it was seen. Follows the
+/// store and the clock. Main thread.
 class UpcomingPage final : public TodoListPage {
     Q_OBJECT
 
@@ -20,11 +24,23 @@ protected:
     void release(const base::Uuid& id) override;
     Hint emptyHint() const override;
     QString headerNote() const override;
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    /// Null until the page is first shown.
+    void missedChanged();
+    /// The todos of a section that are not among those with a missed reminder.
+    std::span<model::Entry* const> withoutMissed(const schedule::UpcomingGroup& group);
+
+    NoticeLine* m_notice;
+    /// Both null until the page is first shown.
     schedule::UpcomingTodos* m_upcoming = nullptr;
+    schedule::MissedReminders* m_missed = nullptr;
+    /// What is left of sections where others stand above.
+    std::vector<std::vector<model::Entry*>> m_rests;
     base::Subscription m_changes;
+    base::Subscription m_missedChanges;
 };
 
 } // namespace korvex::ui

@@ -3,6 +3,7 @@
 #include "ui/settings/AppearancePane.h"
 #include "ui/settings/BackupsPane.h"
 #include "ui/settings/GeneralPane.h"
+#include "ui/settings/NotificationsPane.h"
 #include "ui/settings/QuickEntryPane.h"
 
 #include <utility>
@@ -23,6 +24,10 @@ std::vector<SettingsPaneMaker> settingsPanes(const Workspace& workspace, Editing
              .title = QuickEntryPane::tr("Quick Entry"),
              .icon = QStringLiteral("lightning"),
              .make = [&] { return new QuickEntryPane(workspace, theme); }},
+            {.name = "notifications",
+             .title = NotificationsPane::tr("Notifications"),
+             .icon = QStringLiteral("bell"),
+             .make = [&] { return new NotificationsPane(workspace, theme); }},
             {.name = "backups",
              .title = BackupsPane::tr("Backups"),
              .icon = QStringLiteral("archive"),

@@ -23,6 +23,34 @@ int DueLabel::height(int room, const Theme& theme) const {
         .height();
 }
 
+namespace {
+
+/// Both say it where the user looks for it: at the bell, and of a button that has one.
+QString reminderText(base::Instant reminder, base::Instant now, const base::DateFormats& formats) {
+    const auto& calendar = formats.calendar();
+    const auto isPast = reminder <= now;
+    const auto time = toQString(formats.shortTime(reminder));
+    const auto say = [](const char* text) {
+        return QCoreApplication::translate("korvex::ui::DueLabel", text);
+    };
+    const auto day = calendar.day(reminder);
+    const auto isOn = [&](int days) {
+        const auto other = calendar.adding(now, base::CalendarUnit::day, days);
+        return day && other && day == calendar.day(*other);
+    };
+    if (isOn(0)) {
+        return (isPast ? say("Reminder was today at %1") : say("Reminder today at %1")).arg(time);
+    }
+    if (isOn(isPast ? -1 : 1)) {
+        return (isPast ? say("Reminder was yesterday at %1") : say("Reminder tomorrow at %1"))
+            .arg(time);
+    }
+    return (isPast ? say("Reminder was on %1 at %2") : say("Reminder on %1 at %2"))
+        .arg(toQString(formats.dayWithWeekday(reminder)), time);
+}
+
+} // namespace
+
 DueLabel dueLabelOf(const model::Entry& entry, base::Instant now, const DateTexts& dates,
                     OverdueWord word) {
     const auto schedule = entry.schedule();
@@ -39,7 +67,12 @@ DueLabel dueLabelOf(const model::Entry& entry, base::Instant now, const DateText
         result.text =
             QCoreApplication::translate("korvex::ui::DueLabel", "Overdue · %1").arg(result.text);
     }
-    result.hasReminder = schedule.reminderDate.has_value();
+    // That of a completed todo does not come.
+    result.hasReminder = schedule.reminderDate.has_value() && !entry.isCompleted();
+    if (const auto reminder = schedule.reminderDate; result.hasReminder && reminder->isValid()) {
+        result.isReminderPast = *reminder <= now;
+        result.reminder = reminderText(*reminder, now, formats);
+    }
     return result;
 }
 

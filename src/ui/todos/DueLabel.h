@@ -14,6 +14,10 @@ struct DueLabel {
     QString text;
     bool isOverdue = false;
     bool hasReminder = false;
+    /// Its reminder has come: the bell promises nothing any more.
+    bool isReminderPast = false;
+    /// When the bell rings, or rang: "Reminder today at 9:00 AM". Empty without one.
+    QString reminder = {};
 
     bool isEmpty() const { return text.isEmpty() && !hasReminder; }
     /// The width in pixels, with the bell.

@@ -9,6 +9,7 @@
 #include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/ReminderChoice.h"
+#include "ui/todos/ReminderNotice.h"
 
 #include <QCheckBox>
 #include <QFormLayout>
@@ -137,6 +138,7 @@ void SchedulePopover::makeFields() {
     m_explanation->setWordWrap(true);
     m_explanation->setFont(theme().smallFont());
     m_explanation->setForegroundRole(QPalette::PlaceholderText);
+    m_notice = new ReminderNotice(m_services.reminders, theme(), this);
     m_dayRefusal = new RefusalLabel(theme(), this);
     m_timeRefusal = new RefusalLabel(theme(), this);
     m_reminderRefusal = new RefusalLabel(theme(), this);
@@ -174,7 +176,7 @@ QWidget* SchedulePopover::makeContent() {
     auto* const reminder = new QVBoxLayout;
     reminder->setSpacing(space);
     for (auto* const each : std::initializer_list<QWidget*>{
-             m_hasReminder, m_reminder, m_explanation, m_reminderRefusal, m_refusal}) {
+             m_hasReminder, m_notice, m_reminder, m_explanation, m_reminderRefusal, m_refusal}) {
         reminder->addWidget(each);
     }
     auto* const content = new QWidget(this);
@@ -237,6 +239,7 @@ void SchedulePopover::connectFields() {
     connect(m_reminder, &ReminderChoice::changed, this, &SchedulePopover::takeState);
     connect(m_reminder, &ReminderChoice::problemChanged, this, &SchedulePopover::showErrors);
     connect(m_reminder, &ReminderChoice::typing, this, &SchedulePopover::holdJudgement);
+    connect(m_notice, &ReminderNotice::changed, this, &SchedulePopover::showErrors);
     connect(m_today, &QPushButton::clicked, this, [this] { setDueDay(0); });
     connect(m_tomorrow, &QPushButton::clicked, this, [this] { setDueDay(1); });
     connect(m_nextWeek, &QPushButton::clicked, this, [this] { setDueDay(7); });
@@ -285,6 +288,8 @@ void SchedulePopover::showState() {
     m_hasTime->setVisible(m_editor.hasDue);
     m_time->setVisible(hasTime);
     m_reminder->setVisible(m_editor.hasReminder);
+    m_notice->setReminder(m_editor.hasReminder ? ReminderNotice::Reminder::on
+                                               : ReminderNotice::Reminder::off);
     const auto explanation = m_editor.anchorExplanation();
     m_explanation->setVisible(explanation && m_editor.reminderPreset);
     auto text = explanation ? translated(explanation->text) : QString();
@@ -317,6 +322,7 @@ void SchedulePopover::takeState() {
     if (m_hasReminder->isChecked() && !m_editor.hasReminder) {
         m_reminder->discard();
         m_editor.addReminder(m_services.clock.now());
+        m_notice->turnedOn();
     } else {
         m_editor.hasReminder = m_hasReminder->isChecked();
         m_editor.reminderPreset = m_reminder->preset();

@@ -17,6 +17,7 @@ namespace korvex::ui {
 
 class DateField;
 class ReminderChoice;
+class ReminderNotice;
 class RefusalLabel;
 class TimeField;
 class TypedField;
@@ -122,6 +123,7 @@ private:
     QCheckBox* m_hasReminder;
     ReminderChoice* m_reminder;
     QLabel* m_explanation;
+    ReminderNotice* m_notice;
     /// Each beside what it concerns; the last is about all of it.
     RefusalLabel* m_dayRefusal;
     RefusalLabel* m_timeRefusal;

@@ -28,7 +28,9 @@ void TodoPainting::drawDueLabel(QPainter& painter, const QRect& rect, const DueL
         const auto size = theme.extent(Extent::smallIcon);
         const auto top = topOfSign(QFontMetrics(theme.smallFont()), size);
         const QRect bell(rect.right() + 1 - size, rect.top() + top, size, size);
-        IconSet::draw(painter, QStringLiteral("bell-fill"), color, mirrored(bell, rect));
+        const auto icon =
+            label.isReminderPast ? QStringLiteral("bell") : QStringLiteral("bell-fill");
+        IconSet::draw(painter, icon, color, mirrored(bell, rect));
     }
 }
 

@@ -12,6 +12,7 @@ namespace korvex::ui {
 struct TodoServices {
     store::ModelContext& context;
     services::EntryService& entries;
+    schedule::ReminderCenter& reminders;
     app::AppPreferences& preferences;
     const DateTexts& dates;
     const base::Clock& clock;
@@ -20,6 +21,7 @@ struct TodoServices {
 inline TodoServices todoServices(const Workspace& workspace) {
     return {.context = workspace.context,
             .entries = workspace.entries,
+            .reminders = workspace.reminders,
             .preferences = workspace.preferences,
             .dates = workspace.dates,
             .clock = workspace.clock};

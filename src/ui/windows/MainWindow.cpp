@@ -243,10 +243,13 @@ void MainWindow::showTitle() {
 void MainWindow::countUpcoming() {
     const auto refused = refusal([this] {
         auto& upcoming = m_workspace.upcoming.get();
-        const auto show = [this, &upcoming] {
-            m_sidebar->setUpcomingCount(static_cast<int>(upcoming.count()));
+        auto& missed = m_workspace.missedReminders.get();
+        const auto show = [this, &upcoming, &missed] {
+            m_sidebar->setUpcoming(static_cast<int>(upcoming.count()),
+                                   static_cast<int>(missed.count()));
         };
         m_upcomingChanges = upcoming.didChange().connect(show);
+        m_missedChanges = missed.didChange().connect(show);
         show();
     });
     if (refused) {
@@ -289,16 +292,17 @@ void MainWindow::openLink(const std::string& url) {
         showError(*refused);
     } else if (board) {
         m_navigation.openBoard(*board);
-    } else if (entry) {
+    } else if (entry && entry->board()) {
         m_navigation.showEntry(*entry);
     } else if (isOfBoard) {
         const model::EntryServiceError error(model::EntryServiceErrorCase::entryUnavailable);
         log.warning("Unable to open widget board: " + std::to_string(error.code()));
-        showError(tr("The board that the link leads to is not there."));
+        m_pages->current().tell(tr("The board that the link leads to is not there."));
     } else {
         log.warning("Could not open notification entry");
-        showError(link ? tr("The entry that the link leads to is not there.")
-                       : tr("The link leads to nothing in Korvex."));
+        // It may have been deleted since the link was made: that is no fault.
+        m_pages->current().tell(link ? tr("The entry that the link leads to is not there any more.")
+                                     : tr("The link leads to nothing in Korvex."));
     }
 }
 

@@ -100,6 +100,7 @@ private:
     DraftOffers m_drafts;
     WindowLayout m_layout;
     base::Subscription m_upcomingChanges;
+    base::Subscription m_missedChanges;
     /// Null until it is first asked for.
     std::unique_ptr<SettingsWindow> m_settings;
     enum class WhenAtWork {

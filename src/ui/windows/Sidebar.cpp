@@ -173,8 +173,16 @@ int Sidebar::searchHeight() const {
     return m_search->geometry().bottom() + 1 + m_search->y();
 }
 
-void Sidebar::setUpcomingCount(int count) {
+void Sidebar::setUpcoming(int count, int reminders) {
     m_upcoming->setCount(count);
+    m_upcoming->setMark(reminders > 0 ? QStringLiteral("bell-fill") : QString());
+    if (reminders > 0) {
+        m_upcoming->setAccessibleDescription(tr("%1, %Ln reminder(s) came due", nullptr, reminders)
+                                                 .arg(m_upcoming->accessibleDescription()));
+    }
+    m_upcoming->setToolTip(reminders > 0
+                               ? tr("Upcoming: %Ln reminder(s) came due", nullptr, reminders)
+                               : m_upcoming->text());
 }
 
 void Sidebar::refresh() {

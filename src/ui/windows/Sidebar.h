@@ -37,7 +37,8 @@ public:
     SearchField& searchField() { return *m_search; }
     /// Marks what the window shows; `board` is the one of a board's page.
     void showChoice(PageKind page, const model::Board* board);
-    void setUpcomingCount(int count);
+    /// How many todos are upcoming, and of how many of them a reminder was not shown yet.
+    void setUpcoming(int count, int reminders);
     /// Ends the typing of a board's name, which is taken as it is. False when it was refused: then
     /// it stays in its field, with the reason.
     bool leave();

@@ -9,6 +9,7 @@
 #include "base/TextFolding.h"
 #include "richtext/code/CodeHighlighter.h"
 #include "richtext/stored/RichTextSerializer.h"
+#include "schedule/MissedReminders.h"
 #include "schedule/ReminderCenter.h"
 #include "schedule/ScheduleClock.h"
 #include "schedule/UpcomingTodos.h"
@@ -68,6 +69,8 @@ struct Workspace {
     storage::AutomaticBackupService& automaticBackups;
     /// The pages over all boards share these todos.
     OnFirstUse<schedule::UpcomingTodos>& upcoming;
+    /// Of the user's own store; of others it lists none.
+    OnFirstUse<schedule::MissedReminders>& missedReminders;
 
     base::Instant now() const { return clock.now(); }
 };

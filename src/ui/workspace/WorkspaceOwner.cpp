@@ -6,6 +6,28 @@ namespace korvex::ui {
 
 namespace {
 
+/// In the settings: how far reminders that no notification has shown were seen. It lives for ever.
+constexpr std::string_view kSeenUntil = "remindersSeenUntil";
+
+/// What is said where a program gives nobody who shows reminders.
+schedule::ReminderCenter::Status ofNobody(const WorkspaceOwner::Surroundings& surroundings) {
+    return {.reason = surroundings.isUsersOwn
+                          ? std::string()
+                          : "Reminders are shown only for the boards in your own data folder."};
+}
+
+std::optional<schedule::MissedReminders::Seen>
+seenReminders(const WorkspaceOwner::Surroundings& surroundings) {
+    if (!surroundings.isUsersOwn) {
+        return std::nullopt;
+    }
+    auto& defaults = surroundings.defaults;
+    const auto until = defaults.real(kSeenUntil);
+    return schedule::MissedReminders::Seen{
+        .until = until ? std::optional(base::Instant{*until}) : std::nullopt,
+        .keep = [&defaults](base::Instant seen) { defaults.setReal(kSeenUntil, seen.seconds); }};
+}
+
 std::vector<std::filesystem::path> draftFolders(const WorkspaceOwner::Surroundings& surroundings) {
     const auto& file = surroundings.container.configuration().file;
     std::vector folders{app::DraftFolder::beside(file)};
@@ -22,6 +44,7 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                        ? std::move(surroundings.context)
                        : std::make_unique<store::ModelContext>(surroundings.container)),
       m_context(*m_ownContext),
+      m_noReminders(ofNobody(surroundings)),
       m_reminders(surroundings.reminders ? *surroundings.reminders : m_noReminders),
       m_widgets(surroundings.widgets ? *surroundings.widgets : m_noWidgets),
       m_undo(surroundings.clock),
@@ -52,6 +75,10 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
           return std::make_unique<schedule::UpcomingTodos>(m_context, m_scheduleClock.now(),
                                                            timeZone());
       }),
+      m_missedReminders([this, seen = seenReminders(surroundings)] {
+          return std::make_unique<schedule::MissedReminders>(m_context, m_reminders,
+                                                             m_scheduleClock, seen);
+      }),
       m_workspace{.context = m_context,
                   .boards = m_boards,
                   .entries = m_entries,
@@ -77,7 +104,8 @@ WorkspaceOwner::WorkspaceOwner(Surroundings surroundings)
                   .drafts = m_drafts,
                   .backup = m_backup,
                   .automaticBackups = m_automaticBackups,
-                  .upcoming = m_upcoming} {
+                  .upcoming = m_upcoming,
+                  .missedReminders = m_missedReminders} {
     surroundings.container.setPatience(surroundings.patience);
     m_replacements = m_context.didChange().connect([this](const store::ChangeSet& changes) {
         // The steps speak of what is gone, whoever has replaced it.

@@ -82,6 +82,7 @@ private:
     storage::BackupService m_backup;
     storage::AutomaticBackupService m_automaticBackups;
     OnFirstUse<schedule::UpcomingTodos> m_upcoming;
+    OnFirstUse<schedule::MissedReminders> m_missedReminders;
     Workspace m_workspace;
     base::Subscription m_replacements;
 };

@@ -20,6 +20,7 @@ namespace {
 using model::TodoSchedule;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::StartsWith;
 
 constexpr double kHour = 3600;
 constexpr double kDay = 86'400;
@@ -421,6 +422,95 @@ TEST_F(UpcomingPageTest, ABoardsNewNameAndItsArchivingAreFollowed) {
     EXPECT_NE(list().grab().toImage(), before);
     own.boards.setArchived(true, board, kNow);
     EXPECT_THAT(rows(), IsEmpty());
+}
+
+TEST_F(UpcomingPageTest, RemindersThatNobodyShowedStandAboveAllOthersUntilTheyAreSeen) {
+    reminders.set(schedule::AuthorizationStatus::unavailable, "There is no daemon.");
+    auto& call = addTodo("call", {.reminderDate = kNow + 60});
+    auto& rent = addTodo("rent", {.dueDate = kNow + kHour, .reminderDate = kNow + 120});
+    addTodo("milk", TodoSchedule::dueAt(kNow + 30));
+    show();
+    const auto plain = ElementsAre("# Today", "[ ] milk", "[ ] call", "[ ] rent");
+    EXPECT_THAT(rows(), plain);
+    const auto buttons = page.findChildren<QPushButton*>();
+    auto& button = **std::find_if(buttons.begin(), buttons.end(), [](const auto* each) {
+        return each->text() == QStringLiteral("Mark as Seen");
+    });
+    EXPECT_FALSE(button.isVisible());
+    waitUntil(kNow + 120);
+    waitUntil(kNow + kHour);
+    EXPECT_THAT(rows(),
+                ElementsAre("# Reminders", "[ ] call", "[ ] rent", "# Overdue", "[ ] milk"));
+    EXPECT_TRUE(says("Reminders came due that no notification could show."));
+    const auto labelOf = [this](int row) { return toUtf8(listModel().detailLabel(row).text); };
+    EXPECT_THAT(labelOf(2), StartsWith("Overdue · Today"));
+    EXPECT_THAT(labelOf(4), StartsWith("Today")) << "its heading says it";
+
+    page.hide(); // nobody has done anything
+    page.show();
+    click(call); // in passing
+    EXPECT_TRUE(call.isCompleted());
+    EXPECT_THAT(rows(),
+                ElementsAre("# Reminders", "[x] call", "[ ] rent", "# Overdue", "[ ] milk"));
+    runLoop.advance(1.1 * kTickShown);
+    EXPECT_THAT(rows(), ElementsAre("# Reminders", "[ ] rent", "# Overdue", "[ ] milk"));
+
+    page.hide();
+    page.show();
+    EXPECT_THAT(rows(), ElementsAre("# Reminders", "[ ] rent", "# Overdue", "[ ] milk"));
+    waitUntil(clock.now() + 10);
+    choose(rent);
+    key(Qt::Key_Down);
+    EXPECT_THAT(rows(), ElementsAre("# Reminders", "[ ] rent", "# Overdue", "[ ] milk"));
+    page.hide();
+    page.show();
+    EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] milk", "[ ] rent"));
+    EXPECT_FALSE(button.isVisible());
+    EXPECT_THAT(labelOf(2), StartsWith("Today"));
+
+    const auto& once = addTodo("once more", {.reminderDate = clock.now() + 60});
+    const auto& done = addTodo("done by another program", {.reminderDate = clock.now() + 60});
+    waitUntil(clock.now() + 60);
+    EXPECT_EQ(rows().size(), 6U);
+    elsewhere([&](tests::StoreClient& program) {
+        program.entries.completeTodo(theirs(program, done), clock.now());
+    });
+    EXPECT_THAT(rows(),
+                ElementsAre("# Reminders", "[ ] once more", "# Overdue", "[ ] milk", "[ ] rent"));
+    ASSERT_TRUE(button.isVisible());
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&page));
+    button.click();
+    EXPECT_THAT(rows(), ElementsAre("# Overdue", "[ ] milk", "[ ] rent", "# Past Reminders",
+                                    "[ ] once more"));
+    EXPECT_EQ(page.focusWidget(), &list());
+    app::FileUserDefaults kept(folder / "settings.json");
+    EXPECT_EQ(kept.real("remindersSeenUntil"), once.reminderDate()->seconds);
+}
+
+TEST_F(UpcomingPageTest, TheBellSaysWhen) {
+    struct {
+        double at;
+        const char* said;
+    } const cases[] = {
+        {kHour, "Reminder today at 9:00\u202fAM"},
+        {kDay, "Reminder tomorrow at 8:00\u202fAM"},
+        {2 * kDay, "Reminder on Wed, Mar 12, 2025 at 8:00\u202fAM"},
+        {-kHour, "Reminder was today at 7:00\u202fAM"},
+        {-kDay, "Reminder was yesterday at 8:00\u202fAM"},
+        {-7 * kDay, "Reminder was on Mon, Mar 3, 2025 at 8:00\u202fAM"},
+    };
+    clock.set(kNow - 30 * kDay);
+    for (const auto& each : cases) {
+        auto& todo = addTodo("a", {.dueDay = 20250310, .reminderDate = kNow + each.at});
+        const auto label = dueLabelOf(todo, kNow, workspace.dates);
+        EXPECT_EQ(toUtf8(label.reminder).find("Reminder"), 0U);
+        auto plain = label.reminder;
+        EXPECT_EQ(plain.replace(QChar(0x202F), QLatin1Char(' ')),
+                  QString::fromUtf8(each.said).replace(QChar(0x202F), QLatin1Char(' ')));
+        EXPECT_EQ(label.isReminderPast, each.at < 0);
+        own.entries.completeTodo(todo, kNow);
+        EXPECT_FALSE(dueLabelOf(todo, kNow, workspace.dates).hasReminder) << "it does not come";
+    }
 }
 
 TEST_F(UpcomingPageTest, WhatHappensOutOfSightIsMadeUpFor) {

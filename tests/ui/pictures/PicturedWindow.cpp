@@ -46,6 +46,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
                                          .runLoop = m_runLoop,
                                          .threads = m_threads,
                                          .log = m_log,
+                                         .reminders = &m_reminders,
                                          .quickEntry = &m_quickEntry.setup,
                                          .timeZone = base::TimeZone::utc,
                                          .makeEngine = m_script.engineFactory(),

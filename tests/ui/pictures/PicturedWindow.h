@@ -7,6 +7,7 @@
 #include "platform/qt/QtRunLoop.h"
 #include "store/ModelContainer.h"
 #include "support/FakeClock.h"
+#include "support/FakeReminderCenter.h"
 #include "support/ScriptedHotkey.h"
 #include "support/TemporaryFolder.h"
 #include "ui/kit/style/QuietStyle.h"
@@ -64,6 +65,7 @@ private:
     /// A Monday morning in March 2025, so that no day changes what is to be seen.
     FakeClock m_clock{base::Instant{763286400}};
     platform::qt::QtRunLoop m_runLoop;
+    FakeReminderCenter m_reminders;
     storage::BackgroundThreads m_threads;
     app::FileUserDefaults m_defaults{m_folder / "settings.json"};
     app::AppPreferences m_preferences{m_defaults, m_log};

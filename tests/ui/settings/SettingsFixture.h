@@ -21,7 +21,7 @@ namespace korvex::tests {
 /// The main window and, over it, that of the settings, with what is asked of its panes.
 class SettingsFixture : public NavigationFixture {
 protected:
-    enum Pane { general, appearance, quick, backups };
+    enum Pane { general, appearance, quick, notifications, backups };
 
     void openSettings(Pane pane) {
         if (!window) {

@@ -158,7 +158,7 @@ TEST_F(SettingsTest, TheWheelTurnsNoChoice) {
     preferences.setLaunchBoardID(work->id());
     preferences.setFontSize(16);
     std::set<std::string> tried;
-    for (const auto pane : {general, appearance, backups}) {
+    for (const auto pane : {general, appearance, notifications, backups}) {
         openSettings(pane);
         settings->resize(360, 320);
         QApplication::processEvents();

@@ -399,6 +399,46 @@ TEST_F(SchedulePopoverTest, AStoredScheduleIsShownAndCleared) {
     EXPECT_TRUE(entry->schedule().isEmpty());
 }
 
+TEST_F(SchedulePopoverTest, WhatAReminderComesToWhereNoNotificationCanBeShownIsSaid) {
+    using schedule::AuthorizationStatus;
+    const char* const kDisabled = "Notifications disabled on this computer";
+    const char* const kInFull =
+        "Notifications are disabled on this computer. Your reminder can still be saved. Enable "
+        "them in your desktop's settings → Notifications → Korvex.";
+    const char* const kUnavailable = "Notifications unavailable on this computer";
+    reminders.set(AuthorizationStatus::notDetermined);
+    open();
+    button("Today").setFocus();
+    EXPECT_EQ(reminders.authorizationRequests, 0) << "nobody wants a reminder";
+    button("Reminder").click();
+    EXPECT_EQ(reminders.authorizationRequests, 1);
+    reminders.set(AuthorizationStatus::denied); // the user said no
+    EXPECT_TRUE(says(kDisabled));
+    EXPECT_TRUE(says(kInFull));
+    QApplication::processEvents();
+    EXPECT_TRUE(window.rect().contains(popover->geometry()));
+    button("Reminder").click();
+    EXPECT_FALSE(says(kDisabled));
+    button("Reminder").click();
+    EXPECT_EQ(reminders.authorizationRequests, 1) << "asked once";
+    button("Done").click();
+    EXPECT_FALSE(isOpen());
+    EXPECT_TRUE(entry->reminderDate()) << "the reminder is saved";
+
+    open();
+    EXPECT_TRUE(says(kDisabled));
+    EXPECT_FALSE(says(kInFull)) << "they know by now";
+    reminders.set(AuthorizationStatus::unavailable, "There is no daemon.");
+    EXPECT_TRUE(says(kUnavailable));
+    EXPECT_TRUE(says("There is no daemon."));
+    reminders.set({.authorization = AuthorizationStatus::notDetermined,
+                   .permissionErrorMessage = "It could not be requested."});
+    EXPECT_TRUE(says("It could not be requested."));
+    reminders.set(AuthorizationStatus::authorized);
+    EXPECT_FALSE(says(kUnavailable));
+    EXPECT_FALSE(says("It could not be requested."));
+}
+
 /// Whatever is on, in the narrowest window with the largest font too: nothing hangs out of the
 /// window, Tab goes as the eye does, and what has the keyboard is in sight.
 TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
@@ -408,6 +448,7 @@ TEST_F(SchedulePopoverTest, StaysInsideTheWindowAndIsWalkedThroughAsItIsRead) {
         kNow);
     for (const auto size : {preferences.fontSize(), app::AppPreferences::kFontSizes.back()}) {
         preferences.setFontSize(size);
+        reminders.set(schedule::AuthorizationStatus::unavailable, "Nobody shows any.");
         window.resize(360, 500);
         open();
         EXPECT_TRUE(window.rect().contains(popover->geometry())) << size;

@@ -45,5 +45,52 @@ TEST_F(LinksTest, ALinkLeadsToItsBoardOrEntryAndSaysWhatIsNotThere) {
     }
 }
 
+TEST_F(LinksTest, AnEntryIsShownWhereverItIsWithTheKeyboardAtItsRow) {
+    const auto todos = addMany(60);
+    own.entries.completeTodo(*todos[50], kNow);
+    auto& archived = own.boards.createBoard("Old", kNow);
+    auto& old =
+        *own.entries.createTodos({.contents = {"old"}, .board = archived, .now = kNow}).front();
+    own.boards.setArchived(true, archived, kNow);
+    struct {
+        const char* what;
+        const model::Entry* entry;
+        std::function<void()> before;
+    } const cases[] = {
+        {"far down", todos[55], [this] { navigation().showBoard(*work); }},
+        {"completed", todos[50], [this] { navigation().showPage(PageKind::upcoming); }},
+        {"on an archived board", &old, [this] { search("todo"); }},
+        {"under an editor", todos[2], [this] { page().startTodo(); }},
+        {"under a panel", todos[3], [this] { key(Qt::Key_K, Qt::ControlModifier); }},
+        {"beside a name that is being typed", todos[4], [this] { sidebar().rename(*work); }},
+    };
+    // A start by a link: there is no window to be seen yet.
+    window = std::make_unique<MainWindow>(workspace, theme);
+    window->resize(800, 500);
+    window->openLink(app::entryUrl(todos[40]->id()));
+    window->show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
+    const auto expectShown = [this](const model::Entry& entry) {
+        QApplication::processEvents();
+        EXPECT_EQ(page().board(), entry.board());
+        EXPECT_EQ(navigation().currentPage(), PageKind::board);
+        const auto index = list().currentIndex();
+        EXPECT_EQ(toUtf8(index.data().toString()), entry.content());
+        EXPECT_TRUE(list().viewport()->rect().contains(list().visualRect(index)));
+        EXPECT_TRUE(list().hasFocus());
+    };
+    expectShown(*todos[40]);
+    for (const auto& each : cases) {
+        SCOPED_TRACE(each.what);
+        each.before();
+        window->openLink(app::entryUrl(each.entry->id()));
+        expectShown(*each.entry);
+    }
+    own.entries.deleteEntry(*todos[40]);
+    window->openLink(app::entryUrl(todos[40]->id()));
+    EXPECT_EQ(log.count("Could not open notification entry"), 1);
+    expectShown(*todos[4]);
+}
+
 } // namespace
 } // namespace korvex::ui

@@ -417,6 +417,19 @@ TEST_F(NavigationTest, TheCountOfUpcomingTodosFollowsTheStore) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return row("Upcoming").note() == QStringLiteral("1"); }));
     own.entries.completeTodo(*todos[0], kNow);
     EXPECT_EQ(row("Upcoming").note(), QString());
+
+    // A reminder that nobody shows is to be found from every page.
+    reminders.set(schedule::AuthorizationStatus::denied);
+    own.entries.updateSchedule(*todos[1], {.reminderDate = kNow + -60.0}, kNow + -120.0);
+    EXPECT_EQ(row("Upcoming").accessibleDescription(),
+              QStringLiteral("1 open todo, 1 reminder came due"));
+    row("Upcoming").click();
+    for (auto* const button : window->findChildren<QPushButton*>()) {
+        if (button->text() == QStringLiteral("Mark as Seen")) {
+            button->click();
+        }
+    }
+    EXPECT_EQ(row("Upcoming").accessibleDescription(), QStringLiteral("1 open todo"));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "services/AttachmentList.h"
 #include "services/EntryOrder.h"
+#include "support/FakeReminderCenter.h"
 #include "ui/editor/FormatBar.h"
 #include "ui/editor/RichTextEdit.h"
 #include "ui/entries/BoardPage.h"
@@ -45,6 +46,7 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace, const
     : m_window(window),
       m_workspace(workspace),
       m_capture(workspace, theme),
+      m_reminders(dynamic_cast<FakeReminderCenter*>(&workspace.reminders)),
       m_inbox(workspace.boards.inboxBoard()) {
     for (auto* const board : workspace.boards.boards()) {
         auto*& found = board->isArchived() ? m_archived : m_other;
@@ -66,6 +68,9 @@ WindowScenes::WindowScenes(MainWindow& window, const Workspace& workspace, const
     addCaptureScenes();
     if (hotkeys) {
         addHotkeyScenes(*hotkeys);
+    }
+    if (m_reminders) {
+        addReminderScenes();
     }
 }
 
@@ -331,16 +336,17 @@ void WindowScenes::addSettingsScenes() {
          {std::pair("settings-general", "ComboBox: Last board"),
           std::pair("settings-appearance", "ComboBox: 13"),
           std::pair("settings-quick-entry", "Button: Shortcut: Alt+Space"),
+          std::pair("settings-notifications", "StaticText: Notifications"),
           std::pair("settings-backups", "CheckBox: Back up every day")}) {
         add(
-            name, [this, index = pane++] { openPane(index); }, shows);
+            name, [this, index = pane++] { openSettings(index); }, shows);
     }
 }
 
-void WindowScenes::openPane(int index) {
+void WindowScenes::openSettings(int pane) {
     key(Qt::Key_Comma, Qt::ControlModifier);
     auto& window = found(settings(), "Settings");
-    window.showPane(index);
+    window.showPane(pane);
     window.resize(window.size().boundedTo(m_window.size()));
     static_cast<void>(QTest::qWaitForWindowActive(&window));
 }
@@ -366,7 +372,7 @@ void WindowScenes::addHotkeyScenes(ScriptedHotkeySystem& hotkeys) {
             answer.name,
             [this, &hotkeys, answer] {
                 hotkeys.say(answer.status, answer.taken);
-                openPane(kPane);
+                openSettings(kPane);
             },
             answer.shows);
     }
@@ -448,6 +454,61 @@ void WindowScenes::addCaptureScenes() {
         "Button: Discard");
 }
 
+/// Where no notification can be shown. The last ones, since they show in the sidebar from then on.
+void WindowScenes::addReminderScenes() {
+    using schedule::AuthorizationStatus;
+    constexpr int kNotificationsPane = 3;
+    const auto deny = [this] { m_reminders->set(AuthorizationStatus::denied); };
+    const auto miss = [this] {
+        m_reminders->set(AuthorizationStatus::unavailable,
+                         "No program on this computer shows notifications.");
+    };
+    if (m_todo) {
+        add(
+            "schedule-denied",
+            [this, deny] {
+                deny();
+                choose(*m_todo);
+                key(Qt::Key_D, Qt::ControlModifier);
+                for (auto* const box : m_window.findChildren<QAbstractButton*>()) {
+                    if (box->text() == QStringLiteral("Reminder") && !box->isChecked()) {
+                        box->click();
+                    }
+                }
+            },
+            "AlertMessage: Notifications are disabled");
+    }
+    add(
+        "settings-notifications-denied",
+        [this, deny] {
+            deny();
+            openSettings(kNotificationsPane);
+        },
+        "StaticText: Disabled");
+    add(
+        "settings-notifications-unavailable",
+        [this, miss] {
+            miss();
+            openSettings(kNotificationsPane);
+        },
+        "Button: Look Again");
+    add(
+        "upcoming-missed",
+        [this, miss] {
+            miss();
+            if (m_workspace.missedReminders.get().entries().empty()) {
+                const auto now = m_workspace.now();
+                m_workspace.entries.createTodos(
+                    {.contents = {"Take out the bins", "Ask the dentist for another day"},
+                     .board = *m_inbox,
+                     .now = now + -3600.0,
+                     .schedule = {.reminderDate = now + -600.0}});
+            }
+            navigation().showPage(PageKind::upcoming);
+        },
+        "Heading: Reminders");
+}
+
 void WindowScenes::open(const std::string& name) {
     const auto scene = std::find_if(m_scenes.begin(), m_scenes.end(),
                                     [&](const Scene& each) { return each.name == name; });
@@ -497,6 +558,9 @@ void WindowScenes::close() {
     page().endAnswer();
     if (auto* const notice = widget<QAbstractButton>("Close this message")) {
         notice->click();
+    }
+    if (m_reminders) {
+        m_reminders->set(FakeReminderCenter::Status());
     }
     key(Qt::Key_Escape); // the sidebar that lies over a narrow page
 }

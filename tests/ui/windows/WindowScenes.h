@@ -22,6 +22,8 @@ class SettingsWindow;
 
 namespace korvex::tests {
 
+class FakeReminderCenter;
+
 /// The ways of a user to every page and panel of a main window, for whoever looks at all of them:
 /// by ear, for its contrasts, or with a person's eyes.
 class WindowScenes {
@@ -65,11 +67,12 @@ private:
     void addPageScenes();
     void addSettingsScenes();
     void addHotkeyScenes(ScriptedHotkeySystem& hotkeys);
-    /// Opens the settings on that pane.
-    void openPane(int index);
     void addCaptureScenes();
     /// Of Quick Entry, which opens for it.
     void addCapture(const char* name, std::function<void(CaptureScenes&)> open, std::string shows);
+    void addReminderScenes();
+    /// Opens the settings on that pane.
+    void openSettings(int pane);
     void add(const char* name, std::function<void()> open, std::string shows = {});
     ui::BoardPage& page() const;
     ui::Navigation& navigation() const;
@@ -90,6 +93,8 @@ private:
     ui::MainWindow& m_window;
     const ui::Workspace& m_workspace;
     CaptureScenes m_capture;
+    /// Null where the test has none of its own.
+    FakeReminderCenter* m_reminders = nullptr;
     model::Board* m_inbox = nullptr;
     model::Board* m_other = nullptr;
     model::Board* m_archived = nullptr;

@@ -2,8 +2,10 @@
 
 #include <QContextMenuEvent>
 #include <QGuiApplication>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QToolTip>
 
 #include <algorithm>
 #include <chrono>
@@ -223,6 +225,22 @@ bool RowListView::event(QEvent* event) {
         }
     }
     return LazyListView::event(event);
+}
+
+bool RowListView::viewportEvent(QEvent* event) {
+    if (event->type() != QEvent::ToolTip) {
+        return LazyListView::viewportEvent(event);
+    }
+    const auto& help = static_cast<const QHelpEvent&>(*event);
+    const auto row = indexAt(help.pos()).row();
+    const auto tip = row < 0 ? Tip() : tipAt(row, help.pos());
+    if (tip.text.isEmpty()) {
+        QToolTip::hideText();
+        event->ignore();
+    } else {
+        QToolTip::showText(help.globalPos(), tip.text, viewport(), tip.place);
+    }
+    return true;
 }
 
 bool RowListView::isTick(const QKeyEvent& event) const {

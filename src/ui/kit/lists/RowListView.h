@@ -57,6 +57,13 @@ protected:
     virtual void clicked(int row, RowPart part, const QMouseEvent& event) = 0;
     /// The body of a row was pressed twice. Two quick presses of a sign are just two.
     virtual void doubleClicked(int /*row*/, const QPoint& /*position*/) {}
+    struct Tip {
+        QString text;
+        /// What it is about, in the viewport.
+        QRect place;
+    };
+    /// What a pointer that rests on this point of a row is told; an empty text for nothing.
+    virtual Tip tipAt(int /*row*/, const QPoint& /*position*/) const { return {}; }
     /// Whether a press at this point does something at once.
     virtual bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const;
     virtual bool hasMenu(int) const { return false; }
@@ -101,6 +108,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void leaveEvent(QEvent* event) override;
     bool event(QEvent* event) override;
+    bool viewportEvent(QEvent* event) override;
 
 private:
     /// Letting go of the button is no click any more.

@@ -1,0 +1,243 @@
+#include "schedule/MissedReminders.h"
+
+#include "model/Board.h"
+#include "store/StoreError.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace korvex::schedule {
+
+namespace {
+
+using model::Entry;
+
+/// Seconds that a list is to be in sight before what is done in its window says that it was read.
+constexpr double kReadingTime = 1.5;
+/// To look up so many records one by one costs as much as to read all.
+constexpr std::size_t kManyInserted = 512;
+
+constexpr store::FieldReference kReminder{Entry::reminderDateField};
+
+} // namespace
+
+MissedReminders::MissedReminders(store::ModelContext& context, ReminderCenter& center,
+                                 ScheduleClock& clock, std::optional<Seen> seen)
+    : m_context(context),
+      m_center(center),
+      m_clock(clock),
+      m_seen(std::move(seen)),
+      m_seenUntil(m_seen && m_seen->until ? *m_seen->until : base::Instant::distantPast()),
+      m_until(m_seenUntil),
+      m_listedAt(clock.now()) {
+    if (!m_seen) {
+        return;
+    }
+    catchUp();
+    m_subscriptions.push_back(
+        context.didChange().connect([this](const auto& changes) { follow(changes); }));
+    m_subscriptions.push_back(clock.didTick().connect([this](base::Instant) { catchUp(); }));
+    m_subscriptions.push_back(center.didChange().connect([this] { catchUp(); }));
+}
+
+std::optional<bool> MissedReminders::areShown() const {
+    const auto& status = m_center.status();
+    if (status.authorization == AuthorizationStatus::unavailable && status.reason.empty()) {
+        return std::nullopt;
+    }
+    return showsNotifications(status.authorization);
+}
+
+void MissedReminders::catchUp() {
+    const auto before = m_entries;
+    try {
+        if (std::exchange(m_isBehind, false)) {
+            m_items.clear();
+            read(m_seenUntil, m_until);
+        }
+        moveTo(m_clock.now());
+        list();
+    } catch (const store::StoreError&) {
+        // Whoever asks the store next says what is wrong with it.
+        m_isBehind = true;
+    }
+    if (m_entries != before) {
+        m_didChange.emit();
+    }
+}
+
+void MissedReminders::moveTo(base::Instant now) {
+    const auto shown = areShown();
+    if (now < m_until) {
+        // The clock was set back: what is to come once more is to be told of once more.
+        std::erase_if(m_items, [&](const Item& each) { return each.date > now; });
+        m_seenUntil = std::min(m_seenUntil, now);
+        m_until = now;
+    }
+    if (shown == false) {
+        read(m_until, now);
+    } else if (shown && m_items.empty()) {
+        const auto latest = latestUntil(now);
+        if (latest && *latest > m_seenUntil) {
+            setSeen(*latest);
+        }
+    }
+    if (shown) {
+        m_until = now;
+    }
+}
+
+void MissedReminders::read(base::Instant after, base::Instant until) {
+    if (until <= after) {
+        return;
+    }
+    // The index of reminders has those that are present, and only a comparison says so to SQLite.
+    const auto found = m_context.fetch<Entry>({
+        .condition = kReminder > store::Value{after.seconds} &&
+                     kReminder <= store::Value{until.seconds} && Entry::openTodos(),
+    });
+    for (auto* const entry : found) {
+        if (const auto date = entry->reminderDate(); date && date->isValid()) {
+            m_items.push_back({*date, entry->id(), entry});
+            m_listedAt = m_clock.now();
+        }
+    }
+    std::sort(m_items.begin(), m_items.end());
+}
+
+std::optional<base::Instant> MissedReminders::latestUntil(base::Instant now) const {
+    const auto found = m_context.fetch<Entry>({
+        .condition = kReminder <= store::Value{now.seconds} && Entry::openTodos(),
+        .order = {{.field = Entry::reminderDateField, .ascending = false}},
+        .limit = 1,
+    });
+    return found.empty() ? std::nullopt : found.front()->reminderDate();
+}
+
+void MissedReminders::follow(const store::ChangeSet& changes) {
+    if (m_isBehind || changes.isReplacement || changes.inserted.size() > kManyInserted) {
+        m_isBehind = true;
+        catchUp();
+        return;
+    }
+    auto isDifferent = false;
+    try {
+        for (const auto& id : changes.deleted) {
+            isDifferent = drop(id) || isDifferent;
+        }
+        for (const auto* const ids : {&changes.inserted, &changes.updated}) {
+            for (const auto& id : *ids) {
+                auto* const entry = m_context.find<Entry>(id);
+                // A board may be archived now, or not any more.
+                isDifferent = (entry ? place(*entry) : !m_items.empty()) || isDifferent;
+            }
+        }
+    } catch (const store::StoreError&) {
+        m_isBehind = true;
+    }
+    if (isDifferent) {
+        tell();
+    }
+}
+
+bool MissedReminders::place(Entry& entry) {
+    const auto wasMissed = drop(entry.id());
+    // What was not missed when it came due is not, however it changes.
+    const auto date = wasMissed || areShown() == false ? missedAt(entry) : std::nullopt;
+    if (!date) {
+        return wasMissed;
+    }
+    if (!wasMissed) {
+        m_listedAt = m_clock.now();
+    }
+    const Item item{*date, entry.id(), &entry};
+    m_items.insert(std::lower_bound(m_items.begin(), m_items.end(), item), item);
+    return true;
+}
+
+bool MissedReminders::drop(const base::Uuid& id) {
+    return std::erase_if(m_items, [&](const Item& each) { return each.id == id; }) > 0;
+}
+
+std::optional<base::Instant> MissedReminders::missedAt(const Entry& entry) const {
+    if (!entry.isLive() ||
+        !(entry.isOpenTodo() || (entry.isTodo() && m_lingering.contains(entry.id())))) {
+        return std::nullopt;
+    }
+    const auto date = entry.reminderDate();
+    return date && date->isValid() && *date > m_seenUntil && *date <= m_until ? date : std::nullopt;
+}
+
+std::size_t MissedReminders::count() const {
+    return static_cast<std::size_t>(std::count_if(
+        m_entries.begin(), m_entries.end(), [](const Entry* each) { return each->isOpenTodo(); }));
+}
+
+void MissedReminders::linger(const base::Uuid& id) {
+    m_lingering.insert(id);
+}
+
+void MissedReminders::release(const base::Uuid& id) {
+    m_lingering.erase(id);
+    if (auto* const entry = m_context.find<Entry>(id)) {
+        place(*entry);
+    }
+    tell();
+}
+
+void MissedReminders::beginShowing(base::Instant now) {
+    m_showingSince = now;
+}
+
+void MissedReminders::userActs(base::Instant now) {
+    if (m_showingSince && now - std::max(*m_showingSince, m_listedAt) >= kReadingTime) {
+        m_readUntil = m_latest;
+    }
+}
+
+void MissedReminders::endShowing() {
+    m_showingSince.reset();
+    if (const auto until = std::exchange(m_readUntil, std::nullopt)) {
+        setSeen(*until);
+        tell();
+    }
+}
+
+void MissedReminders::markSeen() {
+    if (m_latest) {
+        m_readUntil.reset();
+        setSeen(*m_latest);
+        tell();
+    }
+}
+
+void MissedReminders::setSeen(base::Instant until) {
+    if (until > m_seenUntil) {
+        m_seenUntil = until;
+        m_seen->keep(until);
+    }
+    std::erase_if(m_items, [&](const Item& each) { return each.date <= until; });
+}
+
+void MissedReminders::list() {
+    m_entries.clear();
+    m_latest.reset();
+    for (const auto& each : m_items) {
+        const auto* const board = each.entry->board();
+        if (board && !board->isArchived()) {
+            m_entries.push_back(each.entry);
+            m_latest = each.date;
+        }
+    }
+}
+
+void MissedReminders::tell() {
+    try {
+        list();
+    } catch (const store::StoreError&) {
+        m_isBehind = true;
+    }
+    m_didChange.emit();
+}
+
+} // namespace korvex::schedule

@@ -1,0 +1,96 @@
+#include "ui/settings/NotificationsPane.h"
+
+#include "ui/kit/words/Text.h"
+
+#include <QPushButton>
+#include <QShowEvent>
+
+namespace korvex::ui {
+
+namespace {
+
+using schedule::AuthorizationStatus;
+using schedule::NotificationTexts;
+
+} // namespace
+
+NotificationsPane::NotificationsPane(const Workspace& workspace, const Theme& theme)
+    : SettingsPane(tr("Notifications"), theme),
+      m_center(workspace.reminders),
+      m_isUsersOwn(workspace.isUsersOwn),
+      m_desktopSettings(DesktopNotificationSettings::current()),
+      m_status(settingsValue(theme)),
+      m_button(new QPushButton(translated(NotificationTexts::kEnable))),
+      m_changes(m_center.didChange().connect([this] { followSoon(); })) {
+    auto& group = addGroup({}, translated(NotificationTexts::kPurpose));
+    m_statusRow = &group.addRow(tr("Notifications"), m_status);
+    m_buttonRow = &group.addRow({}, m_button);
+    connect(m_button, &QPushButton::clicked, this, &NotificationsPane::perform);
+}
+
+void NotificationsPane::showEvent(QShowEvent* event) {
+    SettingsPane::showEvent(event);
+    if (!event->spontaneous()) {
+        // What the desktop says may have changed since, as may what is planned.
+        m_center.requestReconcile();
+    }
+}
+
+NotificationsPane::Remedy NotificationsPane::remedy() const {
+    switch (m_center.status().authorization) {
+    case AuthorizationStatus::notDetermined:
+        return Remedy::ask;
+    case AuthorizationStatus::denied:
+        return m_desktopSettings ? Remedy::openDesktopSettings : Remedy::none;
+    case AuthorizationStatus::unavailable:
+        // Without a reason nobody knows yet.
+        return m_center.status().reason.empty() ? Remedy::none : Remedy::lookAgain;
+    case AuthorizationStatus::authorized:
+    case AuthorizationStatus::provisional:
+    case AuthorizationStatus::ephemeral:
+        break;
+    }
+    return Remedy::none;
+}
+
+void NotificationsPane::perform() {
+    m_buttonRow->setRefusal({});
+    if (remedy() == Remedy::openDesktopSettings) {
+        if (!m_desktopSettings->open()) {
+            m_buttonRow->setRefusal(tr("The settings of the desktop could not be opened."));
+        }
+        return;
+    }
+    m_center.requestAuthorization();
+    m_center.requestReconcile();
+}
+
+QString NotificationsPane::note() const {
+    const auto& status = m_center.status();
+    if (status.authorization == AuthorizationStatus::denied) {
+        return translated(NotificationTexts::kDisabledInSettings);
+    }
+    if (status.authorization == AuthorizationStatus::unavailable && !status.reason.empty()) {
+        QStringList lines{translated(status.reason)};
+        if (m_isUsersOwn) { // of no other store is it kept what was seen
+            lines.append(tr("Reminders that come due are listed at the top of Upcoming until you "
+                            "have seen them."));
+        }
+        return lines.join(QLatin1Char('\n'));
+    }
+    return {};
+}
+
+void NotificationsPane::follow() {
+    const auto& status = m_center.status();
+    m_status->say(translated(schedule::statusLabel(status.authorization)));
+    m_statusRow->setNote(note());
+    const auto& failed = status.permissionErrorMessage ? status.permissionErrorMessage
+                                                       : status.schedulingErrorMessage;
+    m_statusRow->setRefusal(failed ? translated(*failed) : QString());
+    m_button->setText(remedy() == Remedy::lookAgain ? tr("Look Again")
+                                                    : translated(NotificationTexts::kEnable));
+    m_buttonRow->setVisible(remedy() != Remedy::none);
+}
+
+} // namespace korvex::ui
