@@ -5,6 +5,7 @@
 #include "cli/session/RunningAgent.h"
 #include "cli/session/RunningDesktop.h"
 #include "platform/bus/Bus.h"
+#include "platform/bus/DesktopApplication.h"
 
 #include <chrono>
 #include <functional>
@@ -20,7 +21,9 @@ class CommandBus final : public app::StoreChangeBroadcaster,
                          public RunningDesktop,
                          public RunningAgent {
 public:
-    explicit CommandBus(base::LogSink& log);
+    /// How long the desktop app has to answer.
+    explicit CommandBus(base::LogSink& log, std::chrono::duration<double> desktopPatience =
+                                                platform::bus::kDesktopPatience);
     ~CommandBus() override;
 
     /// Takes a tenth of a second at most.
@@ -47,6 +50,7 @@ private:
                      const std::function<void(const platform::bus::Reply&)>& take);
 
     base::LogSink& m_log;
+    std::chrono::duration<double> m_desktopPatience;
     std::unique_ptr<Connection> m_connection;
 };
 
