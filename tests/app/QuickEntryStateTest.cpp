@@ -182,7 +182,7 @@ TEST_F(QuickEntryStateTest, TheDestinationIsTheFixedThenTheLastThenTheDefaultBoa
     EXPECT_EQ(changes, 0) << "only where it is another one";
 
     log.expectError("Quick Entry failed: ");
-    SQLite::Database(storeFile(), SQLite::OPEN_READWRITE)
+    SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
         .exec("ALTER TABLE ChangeLog RENAME TO Gone");
     EXPECT_THAT(state->boards(), SizeIs(0));
     state->resolveBoard();

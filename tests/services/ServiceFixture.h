@@ -119,6 +119,8 @@ protected:
         return std::nullopt;
     }
 
+    std::string storeFile() const { return (folder.path() / "Primary.store").string(); }
+
     RecordingLog log;
     TemporaryFolder folder;
     RecordingReminders reminders;
@@ -128,9 +130,6 @@ protected:
     std::unique_ptr<services::EntryService> entries;
     std::unique_ptr<services::BoardService> boards;
     model::Board* board = nullptr;
-
-private:
-    std::string storeFile() const { return (folder.path() / "Primary.store").string(); }
 };
 
 } // namespace korvex::tests
