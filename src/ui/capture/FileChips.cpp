@@ -23,7 +23,7 @@ namespace {
 
 /// Of a name, in pixels at the standard font size: the most, and what is always seen.
 constexpr int kWidestName = 200;
-constexpr int kNarrowestName = 40;
+constexpr int kNarrowestName = 24;
 
 class Chip final : public QWidget {
 public:
