@@ -72,7 +72,7 @@ public:
     template <typename... Fields>
     void read(std::tuple<Fields...>& fields) {
         const Container structure(*this, 'r', signatureOf<Fields...>());
-        std::apply([this](auto&... each) { (read(each), ...); }, fields);
+        std::apply([this](auto&... each) { (this->read(each), ...); }, fields);
     }
 
 private:

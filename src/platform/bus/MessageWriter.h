@@ -56,7 +56,7 @@ public:
     template <typename... Fields>
     void write(const std::tuple<Fields...>& fields) {
         const Container structure(*this, 'r', signatureOf<Fields...>());
-        std::apply([this](const auto&... each) { (write(each), ...); }, fields);
+        std::apply([this](const auto&... each) { (this->write(each), ...); }, fields);
     }
 
 private:
