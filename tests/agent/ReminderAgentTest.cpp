@@ -7,6 +7,8 @@
 #include "platform/bus/DesktopApplication.h"
 #include "schedule/TodoStore.h"
 #include "storage/StoreStart.h"
+#include "store/SoleHold.h"
+#include "store/StoreError.h"
 #include "support/FakeClock.h"
 
 #include <gmock/gmock.h>
@@ -353,6 +355,26 @@ TEST_F(ReminderAgentTest, TheStoreMayComeLaterAndBeReplaced) {
         const auto all = reminders();
         return all.size() == 1 && all.front().body == "Second";
     }));
+}
+
+TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    add("Still reminded of", 50);
+    settleAgent();
+    m_store = {};
+    EXPECT_TRUE(patiently([&] {
+        try {
+            store::SoleHold(store::StoreFile(storeFile()), std::chrono::milliseconds(0));
+            return true;
+        } catch (const store::StoreError&) {
+            return false;
+        }
+    }));
+    setClock(50);
+    EXPECT_TRUE(shows(1));
 }
 
 TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndItsNotificationCloses) {
