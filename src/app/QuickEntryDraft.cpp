@@ -7,7 +7,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <span>
+#include <utility>
 
 namespace korvex::app {
 
@@ -15,13 +17,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
+using model::EntryAttachment;
+
 constexpr int kFormVersion = 1;
 constexpr const char* kName = "QuickEntry.json";
 constexpr const char* kAttachmentsName = "QuickEntry.files";
 constexpr std::size_t kMaximumBytes = 8 * 1024 * 1024;
 /// Identifiers, names and the list's own form come on top of the contents.
-constexpr std::size_t kMaximumAttachmentsBytes =
-    model::EntryAttachment::kMaximumTotalBytes + 64 * 1024;
+constexpr std::size_t kMaximumAttachmentsBytes = EntryAttachment::kMaximumTotalBytes + 64 * 1024;
 
 struct Date {
     const char* key;
@@ -34,6 +37,8 @@ constexpr Date kDates[] = {{"dueDate", &model::TodoSchedule::dueDate},
 struct Dated {
     QuickEntryDraft draft;
     base::Instant typedAt;
+    /// Where it stands.
+    fs::path folder = {};
 };
 
 std::string encoded(const QuickEntryDraft& draft, base::Instant now) {
@@ -85,36 +90,38 @@ std::optional<Dated> decoded(const std::string& contents) {
 }
 
 /// None where they cannot be read: the words are worth having without them.
-std::vector<model::EntryAttachment> attachmentsIn(const fs::path& folder) {
+std::vector<EntryAttachment> attachmentsIn(const fs::path& folder) {
     const auto contents = base::readSmallFile(folder / kAttachmentsName, kMaximumAttachmentsBytes);
     if (!contents) {
         return {};
     }
     try {
         const auto* const bytes = reinterpret_cast<const std::uint8_t*>(contents->data());
-        return model::EntryAttachment::decode(std::span(bytes, contents->size()));
+        return EntryAttachment::decode(std::span(bytes, contents->size()));
     } catch (const model::AttachmentError&) {
         return {};
     }
 }
 
-/// The next draft must not take its place.
-std::error_code keepAside(const fs::path& folder) {
-    const auto kept = "QuickEntry-" + base::Uuid::random().text();
-    std::error_code error;
-    if (const auto attachments = folder / kAttachmentsName; fs::exists(attachments, error)) {
-        error = base::moveToNew(attachments, folder / (kept + ".files"));
-    }
-    return error ? error : base::moveToNew(folder / kName, folder / (kept + ".unreadable"));
+fs::path nameAside() {
+    return "QuickEntry-" + base::Uuid::random().text();
 }
 
-std::vector<base::Uuid> idsOf(const std::vector<model::EntryAttachment>& attachments) {
-    std::vector<base::Uuid> ids;
-    ids.reserve(attachments.size());
-    for (const auto& each : attachments) {
-        ids.push_back(each.id);
+std::error_code keepFilesAside(const fs::path& folder, const fs::path& name) {
+    std::error_code error;
+    if (const auto attachments = folder / kAttachmentsName; fs::exists(attachments, error)) {
+        error = base::moveToNew(attachments, folder / (name.native() + ".files"));
     }
-    return ids;
+    return error;
+}
+
+/// The next draft must not take its place.
+void keepAside(const fs::path& folder) {
+    const auto name = nameAside();
+    if (!keepFilesAside(folder, name)) {
+        static_cast<void>( // else it is tried again before one is written
+            base::moveToNew(folder / kName, folder / (name.native() + ".unreadable")));
+    }
 }
 
 } // namespace
@@ -123,56 +130,118 @@ bool QuickEntryDraft::isEmpty() const {
     return base::trimmed(content).empty() && schedule.isEmpty() && attachments.empty();
 }
 
+std::vector<base::Uuid> QuickEntryDraft::attachmentIDs() const {
+    std::vector<base::Uuid> ids;
+    ids.reserve(attachments.size());
+    for (const auto& each : attachments) {
+        ids.push_back(each.id);
+    }
+    return ids;
+}
+
+bool QuickEntryDraft::add(QuickEntryDraft other) {
+    if (isEmpty()) {
+        *this = std::move(other);
+        return true;
+    }
+    // An older state of the same words is no second text.
+    if (const auto words = base::trimmed(other.content); content.find(words) == std::string::npos) {
+        content = base::trimmed(content).empty() ? std::move(other.content)
+                                                 : content + "\n" + other.content;
+    }
+    auto all = attachments;
+    for (auto& each : other.attachments) {
+        if (std::none_of(attachments.begin(), attachments.end(),
+                         [&](const auto& mine) { return mine.id == each.id; })) {
+            all.push_back(std::move(each));
+        }
+    }
+    try {
+        EntryAttachment::validate(all);
+        attachments = std::move(all);
+        return true;
+    } catch (const model::AttachmentError&) {
+        return false;
+    }
+}
+
 bool QuickEntryDraftFile::isIn(const fs::path& folder) {
     std::error_code ignored;
     return fs::exists(folder / kName, ignored);
 }
 
 std::optional<QuickEntryDraft> QuickEntryDraftFile::read() {
-    std::optional<Dated> newest;
+    m_attachments.clear();
+    return readLeft({});
+}
+
+std::optional<QuickEntryDraft> QuickEntryDraftFile::readLeft(const QuickEntryDraft& standing) {
+    std::vector<Dated> left;
     for (const auto& folder : m_folders) {
         const auto file = folder / kName;
-        if (!isIn(folder) || m_claims.claim(file) == FileClaims::Claim::theirs) {
+        if (!isNotOurs(folder) || m_claims.claim(file) == FileClaims::Claim::theirs) {
             continue;
         }
         const auto contents = base::readSmallFile(file, kMaximumBytes);
         auto found = contents ? decoded(*contents) : std::nullopt;
         if (!found) {
-            static_cast<void>(keepAside(folder)); // else it is tried before the next one is written
+            // What cannot be read now may be a good one.
+            std::error_code error;
+            if (contents || (fs::file_size(file, error) > kMaximumBytes && !error)) {
+                keepAside(folder);
+            }
+            m_claims.release(file);
             continue;
         }
         found->draft.attachments = attachmentsIn(folder);
-        m_attachments[folder] = idsOf(found->draft.attachments);
-        if (!newest || newest->typedAt < found->typedAt) {
-            newest = std::move(found);
+        found->folder = folder;
+        m_attachments[folder] = found->draft.attachmentIDs();
+        left.push_back(*std::move(found));
+    }
+    if (left.empty()) {
+        return std::nullopt;
+    }
+    std::sort(left.begin(), left.end(),
+              [](const Dated& one, const Dated& other) { return other.typedAt < one.typedAt; });
+    auto all = standing;
+    for (auto& each : left) {
+        if (!all.add(std::move(each.draft)) && !keepFilesAside(each.folder, nameAside())) {
+            m_attachments[each.folder].clear();
         }
     }
-    return newest ? std::optional(std::move(newest->draft)) : std::nullopt;
+    return all;
 }
 
-std::error_code QuickEntryDraftFile::write(const QuickEntryDraft& draft, base::Instant now) {
+std::error_code QuickEntryDraftFile::write(const QuickEntryDraft& draft, base::Instant now,
+                                           Files files) {
+    m_areWordsKept = true;
     if (draft.isEmpty()) {
         remove();
         return {};
     }
-    const auto error = writeSomewhere(draft, now);
+    const auto error = writeSomewhere(draft, now, files);
+    m_areWordsKept = !error;
     if (error && !draft.attachments.empty()) {
-        auto words = draft;
-        words.attachments.clear();
-        static_cast<void>(writeSomewhere(words, now));
+        m_areWordsKept = files == Files::written && !writeSomewhere(draft, now, Files::left);
+        if (!m_areWordsKept) { // nobody has the words elsewhere
+            auto words = draft;
+            words.attachments.clear();
+            m_areWordsKept = !writeSomewhere(words, now, Files::written);
+        }
     }
     return error;
 }
 
-std::error_code QuickEntryDraftFile::writeSomewhere(const QuickEntryDraft& draft,
-                                                    base::Instant now) {
+std::error_code QuickEntryDraftFile::writeSomewhere(const QuickEntryDraft& draft, base::Instant now,
+                                                    Files files) {
     std::error_code first;
     for (const auto& folder : m_folders) {
-        const auto error = writeIn(folder, draft, now);
+        const auto error = writeIn(folder, draft, now, files);
         if (!error) {
             for (const auto& other : m_folders) {
-                if (other != folder) {
-                    removeFrom(other); // what it said before
+                // What it said before. The attachments may stand nowhere else.
+                if (other != folder && (files == Files::written || !hasAttachments(other))) {
+                    removeFrom(other);
                 }
             }
             return {};
@@ -183,7 +252,7 @@ std::error_code QuickEntryDraftFile::writeSomewhere(const QuickEntryDraft& draft
 }
 
 std::error_code QuickEntryDraftFile::writeIn(const fs::path& folder, const QuickEntryDraft& draft,
-                                             base::Instant now) {
+                                             base::Instant now, Files files) {
     const auto contents = encoded(draft, now);
     if (contents.size() > kMaximumBytes) {
         return std::make_error_code(std::errc::file_too_large);
@@ -195,13 +264,16 @@ std::error_code QuickEntryDraftFile::writeIn(const fs::path& folder, const Quick
         return std::make_error_code(std::errc::device_or_resource_busy);
     }
     if (isNotOurs(folder)) {
-        if (const auto error = keepAside(folder)) {
-            m_claims.release(file); // others can still offer it
-            return error;
-        }
+        m_claims.release(file); // others can still offer it
+        return std::make_error_code(std::errc::device_or_resource_busy);
     }
     // A program that is killed between the two leaves words, and of the attachments what it had.
-    auto error = writeAttachments(folder, draft);
+    std::error_code error;
+    if (files == Files::written) {
+        error = writeAttachments(folder, draft);
+    } else if (!m_attachments.contains(folder)) {
+        error = writeAttachments(folder, {}); // what stands there is of no draft
+    }
     error = error ? error : base::replaceFile(file, contents);
     if (error && !isIn(folder)) {
         removeFrom(folder); // no claim without a file
@@ -213,18 +285,23 @@ bool QuickEntryDraftFile::isNotOurs(const fs::path& folder) const {
     return !m_attachments.contains(folder) && isIn(folder);
 }
 
+bool QuickEntryDraftFile::hasAttachments(const fs::path& folder) const {
+    const auto known = m_attachments.find(folder);
+    return known != m_attachments.end() && !known->second.empty();
+}
+
 std::error_code QuickEntryDraftFile::writeAttachments(const fs::path& folder,
                                                       const QuickEntryDraft& draft) {
-    const auto ids = idsOf(draft.attachments);
+    const auto ids = draft.attachmentIDs();
     if (const auto known = m_attachments.find(folder);
         known != m_attachments.end() && known->second == ids) {
         return {}; // megabytes, which do not change with each word
     }
     std::error_code error;
-    if (draft.attachments.empty()) {
+    if (ids.empty()) {
         fs::remove(folder / kAttachmentsName, error);
     } else {
-        const auto bytes = model::EntryAttachment::encode(draft.attachments);
+        const auto bytes = EntryAttachment::encode(draft.attachments);
         error = base::replaceFile(folder / kAttachmentsName,
                                   {reinterpret_cast<const char*>(bytes->data()), bytes->size()});
     }

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -76,6 +77,7 @@ TEST_F(QuickEntryDraftTest, WhatIsNoneIsKeptUnderAnotherName) {
         std::filesystem::create_directories(path());
         std::ofstream(path() / "QuickEntry.json") << contents;
         EXPECT_EQ(file.read(), std::nullopt) << contents;
+        EXPECT_FALSE(std::filesystem::exists(path() / "QuickEntry.lock"));
         EXPECT_FALSE(file.write(draft("a"), {1}));
         EXPECT_THAT(keptAside(".unreadable"), ::testing::Contains(contents));
         file.remove();
@@ -94,13 +96,51 @@ TEST_F(QuickEntryDraftTest, WhatAProgramNeverReadItNeitherRemovesNorOverwrites) 
     EXPECT_EQ(file.read(), written);
 
     file = another();
-    EXPECT_FALSE(second.write(draft("b"), {2}));
-    EXPECT_THAT(keptAside(".unreadable"), ::testing::ElementsAre(::testing::HasSubstr("\"a\"")));
-    EXPECT_THAT(keptAside(".files"), ::testing::SizeIs(1));
+    EXPECT_FALSE(second.write(draft("b"), {2})) << "in the other folder";
+    second = another();
+    written.content = "b\na";
+    EXPECT_EQ(second.read(), written) << "both are offered";
     EXPECT_FALSE(second.write(draft("c"), {3}));
-    EXPECT_THAT(keptAside(".unreadable"), ::testing::SizeIs(1)) << "its own is replaced";
+    EXPECT_TRUE(keptAside(".unreadable").empty()) << "its own is replaced";
     second = another();
     EXPECT_EQ(second.read(), draft("c"));
+}
+
+TEST_F(QuickEntryDraftTest, WhatIsLeftIsAddedToWhatStands) {
+    auto left = draft(" milk\nbread ");
+    left.attachments = {attachment(1), attachment(2)};
+    EXPECT_FALSE(file.write(left, {1}));
+    file = another();
+    auto standing = draft("eggs");
+    standing.schedule = model::TodoSchedule::dueOn(20300101);
+    standing.attachments = {attachment(3), attachment(4)};
+    auto both = standing;
+    both.content = "eggs\n milk\nbread ";
+    EXPECT_EQ(file.readLeft(standing), both);
+    EXPECT_THAT(keptAside(".files"), ::testing::SizeIs(1)) << "four are too many";
+    EXPECT_EQ(file.readLeft(both), std::nullopt) << "its own by now";
+
+    // An older state of the same words, which could not be removed, is not offered beside them.
+    EXPECT_FALSE(file.write(draft("mil"), {2}));
+    EXPECT_FALSE(QuickEntryDraftFile({second()}).write(draft("milk"), {3}));
+    file = another();
+    EXPECT_EQ(file.read(), draft("milk"));
+}
+
+TEST_F(QuickEntryDraftTest, AReadThatFailsForAMomentCostsNoDraft) {
+    EXPECT_FALSE(file.write(draft("a"), {1}));
+    file = another();
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const auto free = ::dup(0);
+    ::close(free);
+    auto one = before; // descriptor is left: the lock's
+    one.rlim_cur = static_cast<rlim_t>(free) + 1;
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &one), 0);
+    const auto read = file.read();
+    ::setrlimit(RLIMIT_NOFILE, &before);
+    EXPECT_EQ(read, std::nullopt);
+    EXPECT_EQ(another().read(), draft("a"));
 }
 
 TEST_F(QuickEntryDraftTest, AnotherFolderTakesWhatTheFirstOneDoesNot) {
@@ -128,7 +168,20 @@ TEST_F(QuickEntryDraftTest, OnAFullDiskTheWordsOutliveTheFiles) {
         // Nor does what does not fit cost what is there already.
         const auto more = only.write(draft(std::string(1'000'000, 'a')), {2});
         only = QuickEntryDraftFile({path()});
-        return more == std::errc::no_space_on_device && only.read() == draft("words") ? 0 : 2;
+        if (more != std::errc::no_space_on_device || only.read() != draft("words")) {
+            return 2;
+        }
+        auto kept = draft("more words");
+        kept.attachments = {attachment(10'000)};
+        if (only.write(kept, {3})) {
+            return 3;
+        }
+        auto both = kept;
+        both.attachments.push_back(attachment(1'000'000));
+        both.content = kept.content = "yet more words";
+        const auto second = only.write(both, {4});
+        only = QuickEntryDraftFile({path()});
+        return second == std::errc::no_space_on_device && only.read() == kept ? 0 : 4;
     });
     if (!outcome) {
         GTEST_SKIP() << "nothing can be mounted here";
