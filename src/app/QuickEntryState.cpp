@@ -39,7 +39,8 @@ QuickEntryState::QuickEntryState(Surroundings surroundings)
       m_entries(surroundings.context, surroundings.reminders, surroundings.widgets,
                 surroundings.log),
       m_draft{.type = surroundings.preferences.quickEntryDefaultType()},
-      m_self(std::make_shared<QuickEntryState*>(this)) {
+      m_self(std::make_shared<Self>()) {
+    m_self->state = this;
     if (auto draft = m_draftFile.read()) {
         m_draft = std::move(*draft);
     }
@@ -47,6 +48,8 @@ QuickEntryState::QuickEntryState(Surroundings surroundings)
 
 QuickEntryState::~QuickEntryState() {
     static_cast<void>(keepDraft());
+    const std::lock_guard lock(m_self->mutex);
+    m_self->state = nullptr;
 }
 
 template <typename T>
@@ -60,24 +63,51 @@ void QuickEntryState::edit(T QuickEntryDraft::*field, T value) {
 void QuickEntryState::draftChanged() {
     m_isDraftKept = false;
     if (!m_draftTimer) {
-        m_draftTimer = m_runLoop.callAfter(kDraftDelay, [this] { keepDraft(); });
+        m_draftTimer = m_runLoop.callAfter(kDraftDelay, [this] { writeDraft(); });
     }
     m_didChange.emit();
 }
 
+void QuickEntryState::takeLeftDraft() {
+    if (auto both = m_draftFile.readLeft(m_draft)) {
+        m_draft = *std::move(both);
+        draftChanged();
+    }
+}
+
 std::error_code QuickEntryState::keepDraft() {
+    m_refusedFiles.reset();
+    return writeDraft();
+}
+
+std::error_code QuickEntryState::writeDraft() {
+    if (!m_isDraftKept) {
+        takeLeftDraft();
+    }
     m_draftTimer.reset();
     if (m_isDraftKept) {
         return {};
     }
-    const auto error = m_draftFile.write(m_draft, m_clock.now());
-    m_isDraftKept = !error;
-    if (error) {
-        m_draftTimer = m_runLoop.callAfter(kDraftAgain, [this] { keepDraft(); });
+    auto files = m_draft.attachmentIDs();
+    // Megabytes, for which there will hardly be room so soon.
+    const auto areRefused = !files.empty() && m_refusedFiles == files;
+    const auto error = m_draftFile.write(m_draft, m_clock.now(),
+                                         areRefused ? QuickEntryDraftFile::Files::left
+                                                    : QuickEntryDraftFile::Files::written);
+    if (m_draftFile.areWordsKept()) {
+        m_draftPause = kDraftAgain;
+    } else {
+        m_draftTimer = m_runLoop.callAfter(m_draftPause, [this] { writeDraft(); });
+        m_draftPause = std::min(2 * m_draftPause, kDraftAgainAtMost);
     }
+    if (areRefused && !error) {
+        return m_draftError; // not all of it is kept
+    }
+    m_isDraftKept = !error;
     if (error && error != m_draftError) {
         m_log.error("Quick Entry draft not kept: " + error.message());
     }
+    m_refusedFiles = error ? std::optional(std::move(files)) : std::nullopt;
     m_draftError = error;
     return error;
 }
@@ -119,6 +149,8 @@ void QuickEntryState::setErrorMessage(std::optional<std::string> message) {
 }
 
 void QuickEntryState::prepare() {
+    setErrorMessage({});
+    takeLeftDraft();
     if (!hasDraft()) {
         setEntryType(m_preferences.quickEntryDefaultType());
     }
@@ -151,6 +183,15 @@ void QuickEntryState::resolveBoard(std::span<model::Board* const> boards) {
     choose(boards);
 }
 
+void QuickEntryState::resolveBoard() {
+    try {
+        m_context.refresh();
+        resolveBoard(services::BoardService::activeBoards(m_boards.boards()));
+    } catch (const base::Error& error) {
+        report(error);
+    }
+}
+
 void QuickEntryState::choose(std::span<model::Board* const> boards) {
     const auto* const board = m_preferences.quickEntryBoard(boards);
     setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
@@ -165,8 +206,8 @@ void QuickEntryState::attachFiles(std::vector<std::filesystem::path> files,
                                   services::AttachmentReader read) {
     ++m_filesBeingRead;
     m_didChange.emit();
-    auto work = [&runLoop = m_runLoop, self = std::weak_ptr(m_self), revision = m_draftRevision,
-                 files = std::move(files), read = std::move(read)] {
+    auto work = [self = m_self, reading = m_reading, files = std::move(files),
+                 read = std::move(read)] {
         const auto outcome = std::make_shared<Read>();
         try {
             outcome->attachments = read(files);
@@ -175,22 +216,39 @@ void QuickEntryState::attachFiles(std::vector<std::filesystem::path> files,
         } catch (const std::exception&) {
             outcome->error = unreadable();
         }
-        runLoop.post([self, revision, outcome] {
-            if (const auto state = self.lock()) {
-                (*state)->finishReading(revision, std::move(*outcome));
-            }
-        });
+        const std::lock_guard lock(self->mutex);
+        if (self->state) {
+            self->state->m_runLoop.post([self, reading, outcome] {
+                if (self->state) {
+                    self->state->finishReading(reading, std::move(*outcome));
+                }
+            });
+        }
     };
     try {
         m_inBackground(std::move(work));
-    } catch (const std::system_error&) { // the system has no thread for it
-        finishReading(m_draftRevision, {.error = unreadable()});
+    } catch (const std::exception&) { // as where the system has no thread for it
+        finishReading(m_reading, {.error = unreadable()});
     }
 }
 
-void QuickEntryState::finishReading(const base::Uuid& revision, Read read) {
-    if (revision != m_draftRevision) {
-        return; // they were for a draft that was given up
+void QuickEntryState::cancelAttaching() {
+    m_reading = base::Uuid::random();
+    if (std::exchange(m_filesBeingRead, 0) > 0) {
+        stopWaiting();
+        m_didChange.emit();
+    }
+}
+
+void QuickEntryState::stopWaiting() {
+    if (m_errorMessage == kStillAttaching) {
+        setErrorMessage({});
+    }
+}
+
+void QuickEntryState::finishReading(const base::Uuid& reading, Read read) {
+    if (reading != m_reading) {
+        return; // nobody waits for them any more
     }
     --m_filesBeingRead;
     try {
@@ -198,6 +256,9 @@ void QuickEntryState::finishReading(const base::Uuid& revision, Read read) {
             std::rethrow_exception(read.error);
         }
         append(std::move(read.attachments));
+        if (!isAttachingFiles()) {
+            stopWaiting();
+        }
     } catch (const base::Error& error) {
         report(error);
     }
@@ -220,6 +281,7 @@ void QuickEntryState::append(std::vector<model::EntryAttachment> attachments) {
 }
 
 bool QuickEntryState::save() {
+    setErrorMessage({});
     if (isAttachingFiles()) {
         setErrorMessage(kStillAttaching);
         return false;
@@ -283,6 +345,7 @@ bool QuickEntryState::store(model::Board& board) {
 void QuickEntryState::reset() {
     m_draft = {.type = m_draft.type};
     m_filesBeingRead = 0;
+    m_reading = base::Uuid::random();
     m_errorMessage.reset();
     m_draftRevision = base::Uuid::random();
     // At once: what was captured must not be offered again after a crash.
@@ -290,6 +353,8 @@ void QuickEntryState::reset() {
     m_draftFile.remove();
     m_isDraftKept = true;
     m_draftError.clear();
+    m_draftPause = kDraftAgain;
+    m_refusedFiles.reset();
     m_didChange.emit();
 }
 

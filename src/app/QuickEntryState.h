@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <span>
 #include <string>
@@ -34,11 +35,13 @@ class QuickEntryState {
 public:
     /// No more than what was typed in so long a time is lost when the program is killed.
     static constexpr std::chrono::duration<double> kDraftDelay{1.0};
-    /// So long after a failure it is tried again.
+    /// So long after a failure it is tried again, then after twice as long each time: a disk that
+    /// is full stays so for a while, and whoever writes meanwhile keeps the window waiting.
     static constexpr std::chrono::duration<double> kDraftAgain{3.0};
+    static constexpr std::chrono::duration<double> kDraftAgainAtMost{60.0};
 
-    /// What it works with, all of which must outlive it, and `runLoop` also what `inBackground`
-    /// starts.
+    /// What it works with. All of it must outlive this object; what `inBackground` starts may last
+    /// longer than that, and than the run loop.
     struct Surroundings {
         store::ModelContext& context;
         AppPreferences& preferences;
@@ -83,17 +86,23 @@ public:
     void removeAttachment(const base::Uuid& id);
     void setSelectedBoardID(std::optional<base::Uuid> id);
 
-    /// The panel opens: a draft keeps its type, else it is the one that the user prefers.
+    /// The panel opens: a draft keeps its type, else it is the one that the user prefers. What
+    /// another program that has ended since left in Quick Entry is there too.
     void prepare();
     /// Keeps the destination while it is among these boards, else chooses another.
     void resolveBoard(std::span<model::Board* const> boards);
-    /// The active boards, in order, to choose from; none where they cannot be read.
+    /// The same among all that are active; where they cannot be read it stays.
+    void resolveBoard();
+    /// The active boards, in order, to choose from; none where they cannot be read, which says
+    /// nothing of the destination.
     std::vector<model::Board*> boards();
     /// One todo for each line that is not blank.
     std::vector<std::string> todoContents() const;
     /// Reads the files on another thread and adds them to the draft; all of them or none.
     void attachFiles(std::vector<std::filesystem::path> files,
                      services::AttachmentReader read = services::readAttachments);
+    /// What is being read is not waited for any more, as where a folder does not answer.
+    void cancelAttaching();
     /// The same of what is in memory, such as a pasted picture.
     void attach(std::vector<model::EntryAttachment> attachments);
     /// Whether it was stored, and the draft reset. Else the draft is as it was.
@@ -117,14 +126,26 @@ private:
         std::exception_ptr error;
     };
 
+    /// By what threads that read files find this object.
+    struct Self {
+        std::mutex mutex;
+        /// Null once it is gone: then the run loop may be gone as well.
+        QuickEntryState* state;
+    };
+
     /// Gives the field of the draft another value.
     template <typename T>
     void edit(T QuickEntryDraft::*field, T value);
     void draftChanged();
+    /// Takes in what another program has left.
+    void takeLeftDraft();
+    std::error_code writeDraft();
     /// Selects the one of these that the preferences name.
     void choose(std::span<model::Board* const> boards);
     void setErrorMessage(std::optional<std::string> message);
-    void finishReading(const base::Uuid& revision, Read read);
+    void finishReading(const base::Uuid& reading, Read read);
+    /// Takes back that the user is to wait for files.
+    void stopWaiting();
     /// Throws what an entry's attachments may not be.
     void append(std::vector<model::EntryAttachment> attachments);
     /// Null where there is none, and then the user was told.
@@ -148,13 +169,17 @@ private:
     std::optional<std::string> m_errorMessage;
     /// How many times files are being read at the moment.
     int m_filesBeingRead = 0;
+    /// Another one once nobody waits for what was begun before.
+    base::Uuid m_reading = base::Uuid::random();
     /// Runs from the first change that is not kept.
     std::unique_ptr<base::RunLoop::Timer> m_draftTimer;
+    std::chrono::duration<double> m_draftPause = kDraftAgain;
     bool m_isDraftKept = true;
     std::error_code m_draftError;
+    /// The attachments for which there was no room.
+    std::optional<std::vector<base::Uuid>> m_refusedFiles;
     base::Signal<> m_didChange;
-    /// Expires with this object: what a thread brings later finds nobody.
-    std::shared_ptr<QuickEntryState*> m_self;
+    std::shared_ptr<Self> m_self;
 };
 
 } // namespace korvex::app

@@ -32,22 +32,36 @@ protected:
     }
 
     std::unique_ptr<QuickEntryState> makeState() {
-        return std::make_unique<QuickEntryState>(QuickEntryState::Surroundings{
-            .context = *context,
-            .preferences = preferences,
-            .reminders = reminders,
-            .widgets = widgets,
-            .draftFile = draftFile,
-            .runLoop = runLoop,
-            .clock = clock,
-            .log = log,
-            .inBackground = [this](auto work) { background.push_back(std::move(work)); }});
+        return std::make_unique<QuickEntryState>(
+            QuickEntryState::Surroundings{.context = *context,
+                                          .preferences = preferences,
+                                          .reminders = reminders,
+                                          .widgets = widgets,
+                                          .draftFile = draftFile,
+                                          .runLoop = runLoop,
+                                          .clock = clock,
+                                          .log = log,
+                                          .inBackground = [this](auto work) {
+                                              if (isWithoutThreads) {
+                                                  throw std::runtime_error("no thread");
+                                              }
+                                              background.push_back(std::move(work));
+                                          }});
     }
-    void runBackground() {
+    void runThreads() {
         for (const auto& work : std::exchange(background, {})) {
             std::thread(work).join();
         }
+    }
+    void runBackground() {
+        runThreads();
         runLoop.runPosted();
+    }
+    /// What another program types that does not end.
+    QuickEntryDraftFile leftBy(const QuickEntryDraft& draft) {
+        QuickEntryDraftFile theirs({DraftFolder::beside(folder / "Primary.store")});
+        EXPECT_FALSE(theirs.write(draft, clock.now()));
+        return theirs;
     }
     std::filesystem::path file(const std::string& name) {
         std::ofstream(folder / name) << "contents of " << name;
@@ -68,6 +82,7 @@ protected:
     tests::FakeClock clock{{2000}};
     QuickEntryDraftFile draftFile{{DraftFolder::beside(folder / "Primary.store")}};
     std::vector<std::function<void()>> background;
+    bool isWithoutThreads = false;
     model::Board* inbox = nullptr;
     std::unique_ptr<QuickEntryState> state;
 };
@@ -105,7 +120,7 @@ TEST_F(QuickEntryStateTest, EachLineThatIsNotBlankBecomesATodoWithTheSchedule) {
 }
 
 TEST_F(QuickEntryStateTest, ATextIsStoredWhole) {
-    log.expectError("Quick Entry failed: ");
+    log.expectError("Quick Entry failed: Korvex.EntryService (7)");
     preferences.setQuickEntryDefaultType(EntryType::text);
     state->prepare();
     EXPECT_EQ(state->entryType(), EntryType::text);
@@ -163,8 +178,15 @@ TEST_F(QuickEntryStateTest, TheDestinationIsTheFixedThenTheLastThenTheDefaultBoa
 
     int changes = 0;
     const auto changed = state->didChange().connect([&] { ++changes; });
-    state->resolveBoard(state->boards());
+    state->resolveBoard();
     EXPECT_EQ(changes, 0) << "only where it is another one";
+
+    log.expectError("Quick Entry failed: ");
+    SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
+        .exec("ALTER TABLE ChangeLog RENAME TO Gone");
+    EXPECT_THAT(state->boards(), SizeIs(0));
+    state->resolveBoard();
+    EXPECT_EQ(state->selectedBoardID(), inbox->id()) << "it was not seen to be gone";
 }
 
 TEST_F(QuickEntryStateTest, WithoutABoardNothingIsLost) {
@@ -193,6 +215,7 @@ TEST_F(QuickEntryStateTest, FilesAreReadWhileThePanelGoesOn) {
     EXPECT_EQ(state->content(), "milk");
     runBackground();
     EXPECT_FALSE(state->isAttachingFiles());
+    EXPECT_EQ(state->errorMessage(), std::nullopt) << "there is nothing to wait for any more";
     EXPECT_THAT(state->attachments(), SizeIs(3));
 
     for (const auto& [files, read, refusal] : {
@@ -220,6 +243,15 @@ TEST_F(QuickEntryStateTest, FilesAreReadWhileThePanelGoesOn) {
     state->setContent("milk\nbread");
     EXPECT_FALSE(state->save());
     EXPECT_EQ(state->errorMessage(), "To attach files, add one todo at a time or switch to Text.");
+    state->setContent("\n");
+    EXPECT_FALSE(state->save());
+    EXPECT_EQ(state->errorMessage(), std::nullopt) << "what was refused before is another matter";
+    isWithoutThreads = true;
+    state->attachFiles({file("f")});
+    EXPECT_FALSE(state->isAttachingFiles());
+    EXPECT_EQ(state->errorMessage(), descriptionOf(model::AttachmentErrorCase::invalidFile));
+    state->prepare();
+    EXPECT_EQ(state->errorMessage(), std::nullopt) << "at another opening";
     state->setContent("milk");
     ASSERT_TRUE(state->save());
     EXPECT_THAT(EntryAttachment::decode(entriesOf(*inbox).front()->attachmentData()), SizeIs(3));
@@ -233,9 +265,22 @@ TEST_F(QuickEntryStateTest, FilesForADraftThatWasGivenUpAreNotAddedToTheNext) {
     runBackground();
     ASSERT_THAT(state->attachments(), SizeIs(1));
     EXPECT_EQ(state->attachments().front().filename, "b");
+
+    // A folder that never answers keeps nothing from being saved.
+    state->setContent("milk");
     state->attachFiles({file("c")});
+    EXPECT_FALSE(state->save());
+    state->cancelAttaching();
+    EXPECT_FALSE(state->isAttachingFiles());
+    EXPECT_EQ(state->errorMessage(), std::nullopt);
+    runBackground();
+    EXPECT_THAT(state->attachments(), SizeIs(1));
+    EXPECT_TRUE(state->save());
+
+    state->attachFiles({file("d")});
     state.reset();
-    runBackground(); // nobody is there any more
+    runThreads();
+    EXPECT_EQ(runLoop.postedCount(), 0U) << "the run loop may be gone as well";
 }
 
 TEST_F(QuickEntryStateTest, AStoreThatRefusesCostsNothing) {
@@ -290,6 +335,24 @@ TEST_F(QuickEntryStateTest, AFullDiskCostsNothing) {
         state = makeState();
         state->prepare();
         state->setContent(std::string(9000, 'a'));
+        // Of an attachment without room the words are kept all the same, and without asking for
+        // that room again and again.
+        draftFile = QuickEntryDraftFile({DraftFolder::beside(small / "Primary.store")});
+        state->attach(
+            {{.id = base::Uuid::random(), .filename = "a", .data = base::Bytes(3 << 20)}});
+        runLoop.advance(QuickEntryState::kDraftDelay.count());
+        state->setContent(std::string(9001, 'a'));
+        runLoop.advance(QuickEntryState::kDraftDelay.count());
+        if (!runLoop.delays().empty() || !QuickEntryDraftFile::isIn(small / "Drafts")) {
+            return 5;
+        }
+        if (state->keepDraft() != std::errc::no_space_on_device) {
+            return 6;
+        }
+        state->reset();
+        draftFile = QuickEntryDraftFile(
+            {DraftFolder::beside(small / "Primary.store"), folder / "elsewhere"});
+        state->setContent(std::string(9000, 'a'));
         const auto filler = (small / "filler").string();
         std::ofstream(filler) << std::string(4 << 20, 'x');
         if (state->save() || !state->errorMessage() || state->content().size() != 9000) {
@@ -335,11 +398,47 @@ TEST_F(QuickEntryStateTest, ADraftOutlivesTheProgramUntilItIsCaptured) {
     state->prepare();
     EXPECT_EQ(state->entryType(), EntryType::text);
 
+    // One that was left by a program that hung at the last start, and has ended since.
+    std::optional theirs = leftBy({.content = "theirs"});
+    state->prepare();
+    EXPECT_FALSE(state->hasDraft());
+    theirs.reset();
+    state->prepare();
+    EXPECT_EQ(state->content(), "theirs");
+    state->reset();
+    theirs = leftBy({.content = "more of theirs",
+                     .attachments = {{.id = base::Uuid::random(), .filename = "a", .data = {1}}}});
+    state->prepare();
+    state->setContent("ours");
+    theirs.reset();
+    EXPECT_FALSE(state->keepDraft());
+    EXPECT_EQ(state->content(), "ours\nmore of theirs");
+    EXPECT_THAT(state->attachments(), SizeIs(1));
+    state = nullptr;
+    state = makeState();
+    EXPECT_EQ(state->content(), "ours\nmore of theirs");
+    state->reset();
+
     state->setContent("given up");
     runLoop.advance(QuickEntryState::kDraftDelay.count());
     state->reset();
     EXPECT_FALSE(std::filesystem::exists(folder / "Drafts"));
     EXPECT_FALSE(makeState()->hasDraft());
+}
+
+TEST_F(QuickEntryStateTest, ADraftThatCannotBeKeptIsTriedLessAndLessOften) {
+    log.expectError("Quick Entry draft not kept: ");
+    std::optional theirs = leftBy({.content = "bread"});
+    state->setContent("milk");
+    runLoop.advance(QuickEntryState::kDraftDelay.count());
+    for (const auto pause : {3.0, 6.0, 12.0, 24.0, 48.0, 60.0, 60.0}) {
+        EXPECT_THAT(runLoop.delays(), ElementsAre(pause));
+        runLoop.advance(pause);
+    }
+    theirs.reset();
+    runLoop.advance(60);
+    EXPECT_EQ(state->content(), "milk\nbread");
+    EXPECT_THAT(runLoop.delays(), ElementsAre());
 }
 
 } // namespace
