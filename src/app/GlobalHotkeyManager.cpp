@@ -71,16 +71,12 @@ GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
 }
 
 bool GlobalHotkeyManager::installHandler() {
-    if (m_hasHandler) {
-        return true;
-    }
     const auto status = m_backend.installHandler();
-    m_hasHandler = status == 0;
-    if (!m_hasHandler) {
+    if (status != 0) {
         m_log.error("Hot-key event handler unavailable: " + std::to_string(status));
         set({.issue = Issue{Kind::unavailable, {State::unavailable, status}}});
     }
-    return m_hasHandler;
+    return status == 0;
 }
 
 void GlobalHotkeyManager::take(const HotkeyStatus& status) {

@@ -37,9 +37,11 @@ public:
     GlobalHotkeyManager& operator=(const GlobalHotkeyManager&) = delete;
 
     /// Registers the shortcut in the place of the one before; whether it is registered then. One
-    /// that was refused is asked for anew.
+    /// that was refused is asked for anew. One that is no shortcut is logged as just that, and only
+    /// one that the windows use as a conflict.
     bool update(const QuickEntryShortcut& shortcut);
-    /// Registers the preferences' shortcut now, and whenever it is another one.
+    /// Registers the preferences' shortcut now, and whenever it is another one: apart from
+    /// `update`, so that one can be tried that the preferences do not have.
     bool follow(AppPreferences& preferences);
 
     /// The first of these that could be registered now; absent where none could.
@@ -69,7 +71,7 @@ private:
         bool operator==(const Outcome&) const = default;
     };
 
-    /// Installs the handler if it is not yet.
+    /// Installs the handler if it is not there, or not any more.
     bool installHandler();
     /// What the backend says of the shortcut that is wanted.
     void take(const HotkeyStatus& status);
@@ -78,7 +80,6 @@ private:
     HotkeyBackend& m_backend;
     base::Logger m_log;
     std::function<void(const HotkeyPress&)> m_onPress;
-    bool m_hasHandler = false;
     std::optional<QuickEntryShortcut> m_wanted;
     Outcome m_outcome;
     base::Signal<> m_didChange;

@@ -19,6 +19,9 @@ struct HotkeyStatus {
         /// Programs cannot ask for one: the user sets it up in the desktop's own settings.
         managedByDesktop,
     };
+    /// As `code` of one that is unavailable: the keyboard has no such key, or no such modifier.
+    static constexpr int kNoSuchKey = -1;
+
     State state = State::unavailable;
     /// The system's own number for the reason; 0 where there is none.
     int code = 0;
@@ -40,8 +43,8 @@ class HotkeyBackend {
 public:
     virtual ~HotkeyBackend() = default;
 
-    /// Gets ready to hear of presses; 0, or the system's number for why it cannot. Asked once more
-    /// after a failure, not after a success.
+    /// Gets ready to hear of presses; 0, or the system's number for why it cannot. Asked before
+    /// each shortcut is asked for, since what was ready may be lost; while it is, nothing happens.
     virtual int installHandler() = 0;
 
     /// Asks for this shortcut, in the place of one that was asked for before. One that is refused

@@ -114,6 +114,7 @@ app::HotkeyStatus X11HotkeyBackend::registerShortcut(const app::QuickEntryShortc
     m_wanted = shortcut;
     if (m_connection) {
         m_status = grabWanted();
+        askAgainLater();
         readEventsSoon();
     }
     return m_status;
@@ -137,6 +138,7 @@ app::HotkeyStatus X11HotkeyBackend::probe(const app::QuickEntryShortcut& shortcu
 
 void X11HotkeyBackend::unregisterShortcut() {
     m_wanted.reset();
+    m_askTimer.reset();
     if (m_connection) {
         grabWanted();
         readEventsSoon();
@@ -162,7 +164,7 @@ X11HotkeyBackend::grabsFor(const app::QuickEntryShortcut& shortcut) const {
 
 app::HotkeyStatus X11HotkeyBackend::tryToGrab(const std::vector<Grab>& grabs) {
     if (grabs.empty()) {
-        return {State::unavailable, XCB_VALUE};
+        return {State::unavailable, app::HotkeyStatus::kNoSuchKey};
     }
     auto* const connection = m_connection.get();
     std::vector<xcb_void_cookie_t> requests;
@@ -220,6 +222,19 @@ void X11HotkeyBackend::rebuild() {
     readEventsSoon();
     if (m_wanted) {
         setStatus(grabWanted());
+        askAgainLater();
+    }
+}
+
+void X11HotkeyBackend::askAgainLater() {
+    m_askTimer.reset();
+    if (m_status.state == State::conflict) {
+        m_askTimer = m_runLoop.callAfter(kAskAgain, [this] {
+            const auto status = grabWanted();
+            readEventsSoon();
+            setStatus(status);
+            askAgainLater();
+        });
     }
 }
 
@@ -249,7 +264,10 @@ void X11HotkeyBackend::take(const xcb_generic_event_t& event) {
     if (type == XCB_KEY_PRESS) {
         takePress(as<xcb_key_press_event_t>(event));
     } else if (type == XCB_KEY_RELEASE) {
-        m_isDown = false;
+        // While a key is held after a modifier was let go, it repeats.
+        if (isOurs(as<xcb_key_release_event_t>(event).detail)) {
+            m_isDown = false;
+        }
     } else if (type == XCB_MAPPING_NOTIFY) {
         rebuildSoon();
     } else if (type == XCB_PROPERTY_NOTIFY) {
@@ -266,11 +284,13 @@ void X11HotkeyBackend::take(const xcb_generic_event_t& event) {
     }
 }
 
+bool X11HotkeyBackend::isOurs(xcb_keycode_t keycode) const {
+    return std::any_of(m_grabs.begin(), m_grabs.end(),
+                       [&](const Grab& each) { return each.combination.keycode == keycode; });
+}
+
 void X11HotkeyBackend::takePress(const xcb_key_press_event_t& press) {
-    const auto isOurs = std::any_of(m_grabs.begin(), m_grabs.end(), [&](const Grab& each) {
-        return each.combination.keycode == press.detail;
-    });
-    if (isOurs && !std::exchange(m_isDown, true)) {
+    if (isOurs(press.detail) && !std::exchange(m_isDown, true)) {
         didPress().emit({.timestamp = press.time, .activationToken = {}});
     }
 }
@@ -285,6 +305,7 @@ void X11HotkeyBackend::setStatus(const app::HotkeyStatus& status) {
 void X11HotkeyBackend::lose() {
     const auto fault = xcb_connection_has_error(m_connection.get());
     m_rebuildTimer.reset();
+    m_askTimer.reset();
     m_readTimer.reset();
     m_grabs.clear();
     m_keyboard.reset();

@@ -21,6 +21,8 @@ class X11HotkeyBackend final : public app::HotkeyBackend {
 public:
     /// Changes of the keyboard come in dozens; it is looked at once they have ceased for so long.
     static constexpr std::chrono::duration<double> kQuiet{0.1};
+    /// Whoever has a key gives it up without a word: so often it is asked for again.
+    static constexpr std::chrono::duration<double> kAskAgain{30.0};
 
     /// `display` as in `DISPLAY`; empty is what that says.
     explicit X11HotkeyBackend(base::RunLoop& runLoop, std::string display = {});
@@ -58,6 +60,9 @@ private:
     app::HotkeyStatus grabWanted();
     /// Asks again for what is wanted, on the keyboard as it is now.
     void rebuild();
+    void askAgainLater();
+    /// Whether that key is one that is grabbed.
+    bool isOurs(xcb_keycode_t keycode) const;
     /// Takes in what the server has sent; never waits.
     void readEvents();
     void take(const xcb_generic_event_t& event);
@@ -83,6 +88,7 @@ private:
     /// The key is held since it was reported.
     bool m_isDown = false;
     std::unique_ptr<base::RunLoop::Timer> m_rebuildTimer;
+    std::unique_ptr<base::RunLoop::Timer> m_askTimer;
     std::unique_ptr<base::RunLoop::Timer> m_readTimer;
 };
 

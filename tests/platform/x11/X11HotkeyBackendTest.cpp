@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -172,7 +173,11 @@ TEST_F(X11HotkeyBackendTest, AHeldKeyIsPressedOnce) {
     settle();
     EXPECT_THAT(presses, SizeIs(1));
     EXPECT_TRUE(takesEvents(1s)) << "the server repeats it";
-    xdotool({"keyup", "space", "keyup", "alt"});
+    xdotool({"keyup", "alt"});
+    std::this_thread::sleep_for(1s);
+    settle();
+    EXPECT_THAT(presses, SizeIs(1)) << "also when only the modifier is let go";
+    xdotool({"keyup", "space"});
     EXPECT_EQ(pressesOf("alt+space"), 1U);
 }
 
@@ -210,6 +215,17 @@ TEST_F(X11HotkeyBackendTest, WhatAWindowManagerLeavesIsTaken) {
     settle();
     EXPECT_EQ(manager.activeShortcut(), Shortcut());
     EXPECT_EQ(manager.issue(), std::nullopt);
+    EXPECT_EQ(pressesOf("alt+space"), 1U);
+
+    // Another program ends without a word.
+    manager.update({45, Shortcut::kOption});
+    ASSERT_EQ(windowManager.grab(kSpaceKey, kAltBit), 0);
+    EXPECT_FALSE(manager.update({}));
+    runLoop.advance(X11HotkeyBackend::kAskAgain.count());
+    EXPECT_EQ(manager.activeShortcut(), std::nullopt);
+    windowManager.ungrab();
+    runLoop.advance(X11HotkeyBackend::kAskAgain.count());
+    EXPECT_EQ(manager.activeShortcut(), Shortcut());
     EXPECT_EQ(pressesOf("alt+space"), 1U);
 }
 
@@ -264,6 +280,16 @@ TEST_F(X11HotkeyBackendTest, StaysWithItsKeyThroughLayoutsWhichChangeWhatTheKeys
     EXPECT_EQ(presses.size(), before + 1) << "in the second group too";
 }
 
+TEST_F(X11HotkeyBackendTest, EachKeyCodeIsTheKeyThatShowsIt) {
+    ASSERT_EQ(backend.installHandler(), 0);
+    constexpr std::string_view kShown = "ASDFHGZXCV BQWERYT123465=97-80]OU[IP LJ'K;\\,/NM.";
+    for (std::uint32_t keyCode = 0; keyCode < kShown.size(); ++keyCode) {
+        if (kShown[keyCode] != ' ') { // others stand on some keyboards only, or show no letter
+            EXPECT_EQ(label(keyCode), std::string(1, kShown[keyCode])) << keyCode;
+        }
+    }
+}
+
 TEST_F(X11HotkeyBackendTest, FollowsAModifierThatMoves) {
     ASSERT_TRUE(manager.update({}));
     EXPECT_EQ(pressesOf("alt+space"), 1U);
@@ -295,6 +321,12 @@ TEST_F(X11HotkeyBackendTest, TellsWhyWithoutAServer) {
     EXPECT_EQ(manager.activeShortcut(), std::nullopt);
     EXPECT_EQ(runLoop.watchCount(), 0U);
     EXPECT_FALSE(manager.update({}));
+    server.startAgain();
+    EXPECT_TRUE(manager.update({}));
+    EXPECT_EQ(pressesOf("alt+space"), 1U);
+
+    log.expectError("Quick Entry shortcut unavailable: -1");
+    EXPECT_FALSE(manager.update({66, Shortcut::kOption}));
 }
 
 } // namespace
