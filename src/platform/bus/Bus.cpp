@@ -26,6 +26,7 @@ constexpr Seconds kLongestPause = 30s;
 constexpr Seconds kSteady = 5s;
 /// So many may wait until the bus takes them. More come only where it hangs.
 constexpr std::size_t kMostUnsent = 1024;
+constexpr std::size_t kMostUnsentBytes = 16 * MessageWriter::kMostBytes;
 
 void require(int result) {
     if (result < 0) {
@@ -35,14 +36,17 @@ void require(int result) {
     }
 }
 
-void write(sd_bus_message* message, const Arguments& arguments) {
+/// How many bytes they are.
+std::size_t write(sd_bus_message* message, const Arguments& arguments) {
+    MessageWriter writer(message);
     if (arguments) {
-        MessageWriter writer(message);
         arguments(writer);
     }
+    return writer.size();
 }
 
-MessagePointer makeCall(sd_bus* bus, const MethodAddress& method, const Arguments& arguments) {
+std::pair<MessagePointer, std::size_t> makeCall(sd_bus* bus, const MethodAddress& method,
+                                                const Arguments& arguments) {
     if (!bus) {
         throw BusError(BusErrorCase::noBus);
     }
@@ -52,8 +56,8 @@ MessagePointer makeCall(sd_bus* bus, const MethodAddress& method, const Argument
                                            method.member.c_str()));
     MessagePointer message(made);
     require(sd_bus_message_set_auto_start(made, method.start == MethodAddress::Start::allowed));
-    write(made, arguments);
-    return message;
+    const auto bytes = write(made, arguments);
+    return {std::move(message), bytes};
 }
 
 std::string textOf(const SignalRule& rule) {
@@ -71,7 +75,8 @@ std::string textOf(const SignalRule& rule) {
     return text;
 }
 
-/// A name that goes from one to another. The bus itself, and each connection, have theirs for good.
+/// A name that goes from one to another. The bus itself, and each connection, have theirs for good,
+/// and it is what their messages have as the sender.
 bool isWellKnown(const std::string& name) {
     return !name.empty() && !name.starts_with(':') && name != kBusName;
 }
@@ -107,12 +112,17 @@ struct Bus::Match {
         // Ended meanwhile, it must last until its handler has returned.
         const auto match = static_cast<Match*>(self)->self.lock();
         const IncomingSignal signal(message);
-        // A message that is sent to us alone passes the bus's own filter.
-        if (!match->sender || !match->sender->isKnown() ||
-            match->sender->owner() == signal.sender()) {
+        if (match->isMeant(signal)) {
             match->bus->guard([&] { match->take(signal); }, "a signal of " + match->rule.interface);
         }
         return 0;
+    }
+    /// What is sent to us alone passes the bus's own filter, whoever sends it.
+    bool isMeant(const IncomingSignal& signal) const {
+        if (!sender) {
+            return rule.sender.empty() || rule.sender == signal.sender();
+        }
+        return sender->isKnown() ? sender->owner() == signal.sender() : signal.isToAll();
     }
     static int installed(sd_bus_message* message, void* self, sd_bus_error*) {
         const auto& match = *static_cast<Match*>(self);
@@ -207,8 +217,8 @@ base::Subscription Bus::call(const MethodAddress& method, const Arguments& argum
     call->self = reference;
     m_calls.push_back(call);
     try {
-        const auto message = makeCall(connection(), method, arguments);
-        requireRoom();
+        const auto [message, bytes] = makeCall(connection(), method, arguments);
+        requireRoom(bytes);
         sd_bus_slot* slot = nullptr;
         // The time limit is the run loop's.
         require(sd_bus_call_async(connection(), &slot, message.get(), &Call::take, call.get(),
@@ -263,9 +273,9 @@ void Bus::failAllCalls() {
 
 bool Bus::send(const MethodAddress& method, const Arguments& arguments) {
     try {
-        const auto message = makeCall(connection(), method, arguments);
+        const auto [message, bytes] = makeCall(connection(), method, arguments);
         require(sd_bus_message_set_expect_reply(message.get(), 0));
-        queue(message.get());
+        queue(message.get(), bytes);
         return true;
     } catch (const BusError& error) {
         m_log.info(method.member + " was not sent: " + error.errorDescription());
@@ -285,8 +295,8 @@ bool Bus::emit(const SignalAddress& signal, const Arguments& arguments) {
         if (!signal.destination.empty()) {
             require(sd_bus_message_set_destination(made, signal.destination.c_str()));
         }
-        write(made, arguments);
-        queue(made);
+        const auto bytes = write(made, arguments);
+        queue(made, bytes);
         return true;
     } catch (const BusError& error) {
         m_log.info(signal.member + " was not sent: " + error.errorDescription());
@@ -294,16 +304,18 @@ bool Bus::emit(const SignalAddress& signal, const Arguments& arguments) {
     }
 }
 
-void Bus::queue(sd_bus_message* message) {
-    requireRoom();
+void Bus::queue(sd_bus_message* message, std::size_t bytes) {
+    requireRoom(bytes);
     require(sd_bus_send(connection(), message, nullptr));
     wrote();
 }
 
-void Bus::requireRoom() const {
-    if (m_connection->unsentCount() >= kMostUnsent) {
+void Bus::requireRoom(std::size_t bytes) {
+    m_unsentBytes = hasUnsent() ? m_unsentBytes : 0;
+    if (!hasRoom() || m_unsentBytes + bytes > kMostUnsentBytes) {
         throw BusError(BusErrorCase::busy);
     }
+    m_unsentBytes += bytes;
 }
 
 base::Subscription Bus::match(SignalRule rule, Take take) {
@@ -342,6 +354,10 @@ void Bus::install(Match& match) {
 
 bool Bus::hasUnsent() const {
     return m_connection && m_connection->unsentCount() > 0;
+}
+
+bool Bus::hasRoom() const {
+    return m_connection && m_connection->unsentCount() < kMostUnsent;
 }
 
 sd_bus* Bus::connection() const {

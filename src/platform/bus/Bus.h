@@ -7,6 +7,7 @@
 #include "platform/bus/IncomingMessage.h"
 
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <list>
 #include <memory>
@@ -95,6 +96,10 @@ public:
 
     /// Whether something waits to be taken by the bus.
     bool hasUnsent() const;
+    /// Whether it takes one more message.
+    bool hasRoom() const;
+
+    base::RunLoop& runLoop() const { return m_runLoop; }
 
     /// For those who speak sd-bus's language: null without a bus. `wrote` after what may have sent
     /// something.
@@ -111,8 +116,9 @@ private:
     void connectionReady();
     void connectionEnded();
     /// Throws BusError where it cannot be made or sent.
-    void queue(sd_bus_message* message);
-    void requireRoom() const;
+    void queue(sd_bus_message* message, std::size_t bytes);
+    /// For so many bytes.
+    void requireRoom(std::size_t bytes);
     void finish(const std::shared_ptr<Call>& call, const Reply& reply);
     void fail(const std::shared_ptr<Call>& call, const BusError& error);
     void failAllCalls();
@@ -127,6 +133,8 @@ private:
     std::list<std::shared_ptr<Call>> m_calls;
     std::list<std::shared_ptr<Match>> m_matches;
     std::unique_ptr<BusConnection> m_connection;
+    /// Since nothing waited any more to be taken.
+    std::size_t m_unsentBytes = 0;
     bool m_hasBeenConnected = false;
     std::chrono::duration<double> m_readySince{};
     std::chrono::duration<double> m_pause;

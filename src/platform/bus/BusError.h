@@ -27,6 +27,10 @@ public:
     const std::string& name() const noexcept { return m_name; }
     /// Whether nobody has the name that was asked: it is not running, and cannot be started.
     bool isAboutNobody() const noexcept;
+    /// Whether the same connection may answer the same later.
+    bool isForNow() const noexcept {
+        return m_which == BusErrorCase::timedOut || m_which == BusErrorCase::busy;
+    }
 
 private:
     BusErrorCase m_which;

@@ -27,6 +27,10 @@ std::string IncomingMessage::sender() const {
     return textOf(sd_bus_message_get_sender(m_message.get()));
 }
 
+bool IncomingMessage::isToAll() const {
+    return !sd_bus_message_get_destination(m_message.get());
+}
+
 std::string IncomingMessage::member() const {
     return textOf(sd_bus_message_get_member(m_message.get()));
 }

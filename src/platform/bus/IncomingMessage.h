@@ -19,6 +19,8 @@ public:
 
     /// Who sent it, by the name that no other connection has.
     std::string sender() const;
+    /// Whether it was sent to all who listen, which the bus's own filter has let through.
+    bool isToAll() const;
     std::string member() const;
 
     /// Its arguments, from the first on: one type gives a value, several give a tuple, none gives

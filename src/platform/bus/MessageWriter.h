@@ -36,6 +36,9 @@ public:
     void write(const base::Bytes& bytes);
     void write(const Value& value);
 
+    /// How much was written, in bytes, more or less.
+    std::size_t size() const { return m_size; }
+
     template <typename Element>
     void write(const std::vector<Element>& elements) {
         const Container array(*this, 'a', SignatureOfType<Element>::text());

@@ -25,6 +25,7 @@ NameClaim::NameClaim(Bus& bus, std::string name)
     : m_bus(bus), m_name(std::move(name)), m_watch(bus, m_name) {
     m_owners = m_watch.changed().connect([this](const std::string& now) { follow(now); });
     m_states = m_bus.stateChanged().connect([this](Bus::State state) {
+        m_askAgain.reset();
         if (state == Bus::State::connected) {
             ask();
         } else if (state == Bus::State::waiting) {
@@ -49,8 +50,13 @@ void NameClaim::ask() {
 
 void NameClaim::take(const Reply& reply) {
     if (const auto* const error = reply.error()) {
-        // Who does not answer is asked again when the connection is another.
-        set(error->which() == BusErrorCase::refused ? State::refused : State::open);
+        if (error->isForNow()) {
+            m_askAgain = m_bus.runLoop().callAfter(kAskAgain, [this] { ask(); });
+        }
+        // An answer that came too late may have given us the name.
+        if (m_state != State::owned) {
+            set(error->which() == BusErrorCase::refused ? State::refused : State::open);
+        }
         return;
     }
     const auto answer = reply.read<std::uint32_t>();
@@ -61,10 +67,12 @@ void NameClaim::follow(const std::string& owner) {
     if (!m_bus.isConnected()) {
         return;
     }
-    if (owner.empty() && m_state == State::taken) {
+    if (owner == m_bus.uniqueName()) {
+        set(State::owned);
+    } else if (owner.empty() && m_state == State::taken) {
         ask(); // whoever had it has left
     } else if (!owner.empty() && m_state != State::open) {
-        set(owner == m_bus.uniqueName() ? State::owned : State::taken);
+        set(State::taken);
     }
 }
 

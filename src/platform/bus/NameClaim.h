@@ -18,7 +18,7 @@ public:
     NameClaim& operator=(const NameClaim&) = delete;
 
     enum class State {
-        open,    ///< there is no bus, or it has not answered yet
+        open,    ///< there is no bus, or it has not answered yet, and is asked again
         owned,   ///< ours
         taken,   ///< another program has it; `owner` says which
         refused, ///< the bus gives it to nobody like us
@@ -41,6 +41,7 @@ private:
     NameWatch m_watch;
     base::Subscription m_owners;
     base::Subscription m_asked;
+    std::unique_ptr<base::RunLoop::Timer> m_askAgain;
     base::Subscription m_states;
 };
 

@@ -17,6 +17,7 @@ NameWatch::NameWatch(Bus& bus, std::string name) : m_bus(bus), m_name(std::move(
                                     signal.read<std::string, std::string, std::string>();
                                 // Newer than any answer that is still to come.
                                 m_asked.cancel();
+                                m_askAgain.reset();
                                 take(now);
                             });
     m_states = m_bus.stateChanged().connect([this](Bus::State state) { follow(state); });
@@ -24,18 +25,9 @@ NameWatch::NameWatch(Bus& bus, std::string name) : m_bus(bus), m_name(std::move(
 }
 
 void NameWatch::follow(Bus::State state) {
+    m_askAgain.reset();
     if (state == Bus::State::connected) {
-        m_asked = m_bus.call({.destination = kBusName,
-                              .path = kBusPath,
-                              .interface = kBusInterface,
-                              .member = "GetNameOwner"},
-                             arguments(m_name), [this](const Reply& reply) {
-                                 if (!reply.error()) {
-                                     take(reply.read<std::string>());
-                                 } else if (reply.error()->isAboutNobody()) {
-                                     take({});
-                                 }
-                             });
+        ask();
     } else if (state == Bus::State::waiting && m_isKnown) {
         m_isKnown = false;
         if (!m_owner.empty()) {
@@ -43,6 +35,24 @@ void NameWatch::follow(Bus::State state) {
             m_changed.emit(m_owner);
         }
     }
+}
+
+void NameWatch::ask() {
+    m_asked = m_bus.call({.destination = kBusName,
+                          .path = kBusPath,
+                          .interface = kBusInterface,
+                          .member = "GetNameOwner"},
+                         arguments(m_name), [this](const Reply& reply) {
+                             const auto* const error = reply.error();
+                             if (!error) {
+                                 take(reply.read<std::string>());
+                             } else if (error->isAboutNobody()) {
+                                 take({});
+                             } else if (error->isForNow()) {
+                                 m_askAgain =
+                                     m_bus.runLoop().callAfter(kAskAgain, [this] { ask(); });
+                             }
+                         });
 }
 
 void NameWatch::take(const std::string& owner) {

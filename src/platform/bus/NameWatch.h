@@ -2,9 +2,14 @@
 
 #include "platform/bus/Bus.h"
 
+#include <chrono>
+#include <memory>
 #include <string>
 
 namespace korvex::platform::bus {
+
+/// After so long a bus that has not answered, or took nothing more, is asked again.
+inline constexpr std::chrono::seconds kAskAgain{10};
 
 /// Follows who has a name on the bus. Nobody has one where there is no bus. Main thread; the bus
 /// must outlive it.
@@ -21,6 +26,7 @@ public:
 
 private:
     void follow(Bus::State state);
+    void ask();
     void take(const std::string& owner);
 
     Bus& m_bus;
@@ -30,6 +36,7 @@ private:
     base::Signal<const std::string&> m_changed;
     base::Subscription m_changes;
     base::Subscription m_asked;
+    std::unique_ptr<base::RunLoop::Timer> m_askAgain;
     base::Subscription m_states;
 };
 

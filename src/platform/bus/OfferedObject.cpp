@@ -133,7 +133,7 @@ void OfferedObject::offer() {
 }
 
 void OfferedObject::propertyChanged(const std::string& name) {
-    if (m_offer->slot) {
+    if (m_offer->slot && m_bus.hasRoom()) {
         sd_bus_emit_properties_changed(m_bus.connection(), m_offer->path.c_str(),
                                        m_offer->interface.name.c_str(), name.c_str(), nullptr);
         m_bus.wrote();

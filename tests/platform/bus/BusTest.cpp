@@ -157,6 +157,8 @@ TEST_F(BusTest, WhoDoesNotAnswerIsWaitedForNoLongerThanTheLimit) {
 TEST_F(BusTest, ABusThatHangsHoldsNothingUp) {
     startDaemon();
     connect(m_bus);
+    Bus heavy(WhichBus::session, m_loop, m_log);
+    connect(heavy);
     m_daemon->hang();
     const auto start = std::chrono::steady_clock::now();
     int sent = 0;
@@ -165,6 +167,12 @@ TEST_F(BusTest, ABusThatHangsHoldsNothingUp) {
     }
     EXPECT_GT(sent, 1000);
     EXPECT_LT(sent, 10'000) << "what waits is bounded";
+    int large = 0;
+    while (large < 100 &&
+           heavy.emit({"/", "test.Object", "Said"}, arguments(std::string(1'000'000, 'x')))) {
+        ++large;
+    }
+    EXPECT_LT(large, 50) << "in bytes too, beyond what the system takes";
     std::optional<BusErrorCase> which;
     const auto asked = m_bus.call({"a.b", "/", "a.b", "C"}, {},
                                   [&](const Reply& reply) { which = reply.error()->which(); });

@@ -4,6 +4,9 @@
 #include "platform/bus/OfferedObject.h"
 #include "platform/bus/SleepWatcher.h"
 
+#include <chrono>
+#include <thread>
+
 namespace korvex::platform::bus {
 namespace {
 
@@ -126,13 +129,49 @@ TEST_F(NameTest, OnlyWhoHasTheNameIsHeardUnderIt) {
                              .interface = "test.Object",
                              .member = "Said",
                              .destination = m_first.uniqueName()};
+    EXPECT_TRUE(stranger.emit({.path = "/org/freedesktop/DBus",
+                               .interface = "org.freedesktop.DBus",
+                               .member = "NameOwnerChanged",
+                               .destination = m_first.uniqueName()},
+                              arguments(kName, m_second.uniqueName(), stranger.uniqueName())));
     EXPECT_TRUE(stranger.emit(toUs, arguments("of a stranger")));
     settle(stranger);
+    settle(m_first);
     EXPECT_TRUE(m_second.emit(toUs, arguments("to us")));
     EXPECT_TRUE(m_second.emit({.path = "/x", .interface = "test.Object", .member = "Said"},
                               arguments("to all")));
     EXPECT_TRUE(m_loop.runUntil([&] { return heard.size() >= 2; }));
     EXPECT_EQ(heard, (std::vector<std::string>{"to us", "to all"}));
+
+    // What lies there already when it is asked for, and who has the name is not known yet.
+    EXPECT_TRUE(stranger.emit(toUs, arguments("of a stranger")));
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    std::vector<std::string> heardAnew;
+    const auto listeningAnew = m_first.match(
+        {.sender = kName, .interface = "test.Object"},
+        [&](const IncomingSignal& signal) { heardAnew.push_back(signal.read<std::string>()); });
+    settle(m_first);
+    EXPECT_TRUE(m_second.emit(toUs, arguments("to us")));
+    EXPECT_TRUE(m_loop.runUntil([&] { return !heardAnew.empty(); }));
+    EXPECT_EQ(heardAnew, std::vector<std::string>{"to us"});
+}
+
+TEST_F(NameTest, WhatABusAnswersTooLateIsFoundOutAfterAll) {
+    connect(m_first);
+    connect(m_second);
+    const NameClaim theirs(m_second, "dev.korvex.Taken");
+    ASSERT_TRUE(reaches(theirs, State::owned));
+    m_daemon->hang();
+    const NameClaim ours(m_first, kName);
+    const NameClaim taken(m_first, "dev.korvex.Taken");
+    m_loop.advance(Bus::kPatience.count());
+    EXPECT_EQ(ours.state(), State::open);
+    m_daemon->wake();
+    EXPECT_TRUE(reaches(ours, State::owned)) << "the bus has given it all the same";
+    EXPECT_EQ(taken.state(), State::open);
+    m_loop.advance(kAskAgain.count());
+    EXPECT_TRUE(reaches(taken, State::taken));
+    EXPECT_TRUE(m_loop.runUntil([&] { return taken.owner() == m_second.uniqueName(); }));
 }
 
 TEST_F(NameTest, SleepIsToldByTheLoginManagerOfTheSystemsBus) {
