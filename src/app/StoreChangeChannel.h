@@ -6,7 +6,8 @@
 namespace korvex::app {
 
 /// D-Bus facts of the change signal, which also is the name of the notification among our own
-/// programs. It carries the store file's path, so that programs on other stores can tell.
+/// programs. It carries the store file's path without symbolic links, so that programs on other
+/// stores can tell, by the text alone.
 inline constexpr const char* kStoreChangedInterface = "Korvex.SharedStoreChanged";
 inline constexpr const char* kStoreChangedMember = "Changed";
 inline constexpr const char* kStoreChangedPath = "/Korvex/SharedStore";

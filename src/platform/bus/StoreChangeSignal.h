@@ -4,6 +4,7 @@
 #include "platform/bus/Bus.h"
 
 #include <filesystem>
+#include <string>
 
 namespace korvex::platform::bus {
 
@@ -27,13 +28,13 @@ private:
 /// it.
 class StoreChangeListener final {
 public:
-    StoreChangeListener(Bus& bus, std::filesystem::path storeFile);
+    StoreChangeListener(Bus& bus, const std::filesystem::path& storeFile);
 
     base::Signal<>& changed() { return m_changed; }
 
 private:
     Bus& m_bus;
-    std::filesystem::path m_storeFile;
+    std::string m_store;
     base::Signal<> m_changed;
     base::Subscription m_signals;
 };
