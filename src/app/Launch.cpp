@@ -2,7 +2,6 @@
 
 #include "base/EnvironmentVariable.h"
 
-#include <cstddef>
 #include <utility>
 
 namespace korvex::app {
@@ -15,9 +14,6 @@ constexpr char kLink = 'l';
 constexpr char kAction = 'a';
 constexpr char kParameter = 'p';
 constexpr char kToken = 't';
-
-/// Desktops make them a tenth as long.
-constexpr std::size_t kLongestToken = 1024;
 
 void append(std::string& message, char kind, const std::string& text) {
     message += kind;
@@ -59,7 +55,7 @@ std::optional<Launch> Launch::decode(std::string_view message) {
             launch.parameters.push_back(text);
             break;
         case kToken:
-            launch.token = text;
+            launch.token = text.size() <= kLongestToken ? text : std::string();
             break;
         default: // of a later version
             break;

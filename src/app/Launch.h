@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ struct Launch {
     /// Absent for what is none.
     static std::optional<Launch> decode(std::string_view message);
 };
+
+/// A token that is longer is none: desktops make them a tenth as long.
+inline constexpr std::size_t kLongestToken = 1024;
 
 /// The leave that this program was started with.
 std::string launchToken();

@@ -12,7 +12,7 @@ constexpr const char* kStartupId = "desktop-startup-id";
 std::string tokenOf(const Dictionary& platformData) {
     for (const auto* name : {kToken, kStartupId}) {
         if (const auto* const token = find<std::string>(platformData, name);
-            token && !token->empty()) {
+            token && !token->empty() && token->size() <= app::kLongestToken) {
             return *token;
         }
     }
@@ -66,7 +66,7 @@ DesktopApplication::DesktopApplication(Bus& bus)
                 }}) {}
 
 base::Subscription callDesktop(Bus& bus, const app::Launch& launch, MethodAddress::Start start,
-                               Bus::Answer answer) {
+                               Bus::Answer answer, std::chrono::duration<double> patience) {
     MethodAddress method{.destination = app::kDesktopName,
                          .path = app::kDesktopPath,
                          .interface = kInterface,
@@ -85,7 +85,7 @@ base::Subscription callDesktop(Bus& bus, const app::Launch& launch, MethodAddres
         method.member = "Open";
         sent = arguments(launch.links, data);
     }
-    return bus.call(method, sent, std::move(answer), kDesktopPatience);
+    return bus.call(method, sent, std::move(answer), patience);
 }
 
 } // namespace korvex::platform::bus

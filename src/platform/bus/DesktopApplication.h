@@ -25,7 +25,8 @@ private:
 inline constexpr std::chrono::seconds kDesktopPatience{5};
 
 /// Asks the desktop app for it. Where nobody runs, the bus may start it, if it knows how to.
-[[nodiscard]] base::Subscription callDesktop(Bus& bus, const app::Launch& launch,
-                                             MethodAddress::Start start, Bus::Answer answer);
+[[nodiscard]] base::Subscription
+callDesktop(Bus& bus, const app::Launch& launch, MethodAddress::Start start, Bus::Answer answer,
+            std::chrono::duration<double> patience = kDesktopPatience);
 
 } // namespace korvex::platform::bus

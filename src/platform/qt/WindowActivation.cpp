@@ -12,6 +12,7 @@
 #include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace korvex::platform::qt {
@@ -71,9 +72,24 @@ void askForKeyboard(xcb_connection_t* connection, xcb_window_t window, std::uint
          XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
 }
 
+/// As the startup protocol has a value in which there are blanks: one would end it.
+std::string quoted(const std::string& value) {
+    if (value.find_first_of(" \"\\") == std::string::npos) {
+        return value;
+    }
+    std::string text = "\"";
+    for (const auto each : value) {
+        if (each == '"' || each == '\\') {
+            text += '\\';
+        }
+        text += each;
+    }
+    return text + '"';
+}
+
 /// Ends what the launcher shows until the program is there: it sees no new window.
 void tellStarted(xcb_connection_t* connection, xcb_window_t window, const std::string& token) {
-    const auto text = "remove: ID=" + token;
+    const auto text = "remove: ID=" + quoted(token);
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 8;

@@ -108,7 +108,16 @@ bool SingleInstance::handOver(const app::Launch& launch) {
     return answer == Answer::taken;
 }
 
+bool SingleInstance::isOurs() const {
+    struct stat status {};
+    return ::lstat(m_file.c_str(), &status) == 0 && S_ISSOCK(status.st_mode) &&
+           status.st_uid == ::geteuid();
+}
+
 SingleInstance::Answer SingleInstance::send(const std::string& message) const {
+    if (!isOurs()) {
+        return Answer::nobodyThere;
+    }
     const auto socket = makeSocket(0);
     const timeval patience{.tv_sec = 0, .tv_usec = kPatience.count()};
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &patience, sizeof patience);

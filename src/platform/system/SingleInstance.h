@@ -45,6 +45,9 @@ private:
     /// False where somebody else has it.
     bool takePlace();
     void takeLaunches();
+    /// Whether a program of this user is to be found there. In a folder that is everybody's another
+    /// one's could stand in its place, and would have the launches.
+    bool isOurs() const;
     /// The file that has the name now, whoever made it.
     std::pair<dev_t, ino_t> fileThere() const;
 

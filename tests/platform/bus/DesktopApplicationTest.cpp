@@ -25,7 +25,8 @@ std::vector<bool> launchFromElsewhere(const std::string& address) {
                                                nullptr, types, values...) >= 0);
     };
     call("Activate", "a{sv}", 0);
-    call("Activate", "a{sv}", 1, "desktop-startup-id", "s", "x11_TIME5");
+    call("Activate", "a{sv}", 2, "desktop-startup-id", "s", "x11_TIME5", "activation-token", "s",
+         std::string(2000, 'x').c_str());
     call("Open", "asa{sv}", 1, "korvex://board/inbox", 2, "activation-token", "s", "wayland",
          "desktop-startup-id", "s", "x11");
     call("ActivateAction", "sava{sv}", "quick-entry", 2, "s", "Work", "i", 7, 1, "activation-token",

@@ -91,6 +91,26 @@ TEST_F(SingleInstanceTest, WhoRunsKeepsThePlaceAlsoWhileItDoesNotAnswer) {
     EXPECT_FALSE(SingleInstance(m_data.path()).handOver({})) << "nobody is there any more";
 }
 
+TEST_F(SingleInstanceTest, AnotherUsersSocketInItsPlaceIsGivenNothing) {
+    SingleInstance first(m_data.path());
+    EXPECT_FALSE(first.handOver({}));
+    std::filesystem::path socket;
+    for (const auto& each : std::filesystem::directory_iterator(m_runtime.path())) {
+        socket = each.is_socket() ? each.path() : socket;
+    }
+    const auto elsewhere = m_runtime / "elsewhere";
+    std::filesystem::rename(socket, elsewhere);
+    std::filesystem::create_symlink(elsewhere, socket);
+    EXPECT_FALSE(SingleInstance(m_data.path()).handOver({}))
+        << "where a link leads, anybody may be";
+    std::filesystem::rename(elsewhere, socket);
+    EXPECT_TRUE(SingleInstance(m_data.path()).handOver({}));
+    if (::geteuid() == 0) { // who else can give it to another user
+        ASSERT_EQ(::chown(socket.c_str(), 1, 1), 0);
+        EXPECT_FALSE(SingleInstance(m_data.path()).handOver({}));
+    }
+}
+
 TEST_F(SingleInstanceTest, OfStartsAtTheSameMomentOneIsFirstAlsoWhereOneWasKilled) {
     constexpr std::size_t kStarts = 4;
     for (int round = 0; round < 50; ++round) {
