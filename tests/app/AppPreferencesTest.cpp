@@ -157,18 +157,6 @@ TEST(AppPreferences, ReadsStoredValuesAndRepairsMalformedOnes) {
 }
 
 TEST(AppPreferences, AMalformedShortcutGivesWayToTheDefault) {
-    constexpr auto kCommand = QuickEntryShortcut::kCommand;
-    constexpr auto kShift = QuickEntryShortcut::kShift;
-    for (const auto& [keyCode, modifiers, isValid] :
-         {std::tuple(49U, 2048U, true), std::tuple(0U, kShift, false),
-          std::tuple(0U, kCommand | kShift, true), std::tuple(127U, kCommand, true),
-          std::tuple(128U, kCommand, false), std::tuple(53U, kCommand, true),
-          std::tuple(54U, kCommand, false), std::tuple(56U, kCommand, false),
-          std::tuple(63U, kCommand, false), std::tuple(64U, kCommand, true),
-          std::tuple(49U, kCommand | 1024U, false), std::tuple(49U, 0U, false)}) {
-        EXPECT_EQ((QuickEntryShortcut{keyCode, modifiers}.isValid()), isValid)
-            << keyCode << " " << modifiers;
-    }
     std::vector<std::string> malformed{R"("quickEntryShortcut": {"base64": "A"})",
                                        R"("quickEntryShortcut": "Option + Space")"};
     for (const std::string json :

@@ -1,6 +1,5 @@
 #include "cli/bus/CommandBus.h"
 
-#include "platform/bus/DesktopApplication.h"
 #include "platform/bus/StoreChangeSignal.h"
 #include "platform/systemd/SdEventRunLoop.h"
 
@@ -17,8 +16,8 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds kLongestAnnouncement = 100ms;
 constexpr Seconds kLongestConnecting = 1s;
-/// Somewhat more than the time limit of the call itself.
-constexpr Seconds kLongestAnswer = platform::bus::kDesktopPatience + 1s;
+/// Beyond the time limit of the call itself.
+constexpr Seconds kLongestEnd = 1s;
 
 } // namespace
 
@@ -29,7 +28,8 @@ struct CommandBus::Connection {
     Bus bus;
 };
 
-CommandBus::CommandBus(base::LogSink& log) : m_log(log) {}
+CommandBus::CommandBus(base::LogSink& log, Seconds desktopPatience)
+    : m_log(log), m_desktopPatience(desktopPatience) {}
 CommandBus::~CommandBus() = default;
 
 CommandBus::Connection* CommandBus::connect(Seconds limit) {
@@ -79,15 +79,16 @@ RunningDesktop::Answer CommandBus::ask(const app::Launch& launch) {
         return Answer::notThere;
     }
     std::optional<Answer> answer;
-    const auto asked =
-        callDesktop(connection->bus, launch, platform::bus::MethodAddress::Start::never,
-                    [&](const platform::bus::Reply& reply) {
-                        const auto* const error = reply.error();
-                        answer = !error                                     ? Answer::taken
-                                 : error->which() == BusErrorCase::timedOut ? Answer::silent
-                                                                            : Answer::notThere;
-                    });
-    connection->loop.runUntil([&] { return answer.has_value(); }, kLongestAnswer);
+    const auto asked = callDesktop(
+        connection->bus, launch, platform::bus::MethodAddress::Start::never,
+        [&](const platform::bus::Reply& reply) {
+            const auto* const error = reply.error();
+            answer = !error                                     ? Answer::taken
+                     : error->which() == BusErrorCase::timedOut ? Answer::silent
+                                                                : Answer::notThere;
+        },
+        m_desktopPatience);
+    connection->loop.runUntil([&] { return answer.has_value(); }, m_desktopPatience + kLongestEnd);
     return answer.value_or(Answer::silent);
 }
 

@@ -3,6 +3,7 @@
 #include "app/StoreChangeChannel.h"
 #include "base/Log.h"
 #include "cli/session/RunningDesktop.h"
+#include "platform/bus/DesktopApplication.h"
 
 #include <chrono>
 #include <memory>
@@ -13,7 +14,9 @@ namespace korvex::cli {
 /// is first needed. A bus that does not answer holds a command up for a moment at most. One thread.
 class CommandBus final : public app::StoreChangeBroadcaster, public RunningDesktop {
 public:
-    explicit CommandBus(base::LogSink& log);
+    /// How long the desktop app has to answer.
+    explicit CommandBus(base::LogSink& log, std::chrono::duration<double> desktopPatience =
+                                                platform::bus::kDesktopPatience);
     ~CommandBus() override;
 
     /// Takes a tenth of a second at most.
@@ -27,6 +30,7 @@ private:
     Connection* connect(std::chrono::duration<double> limit);
 
     base::LogSink& m_log;
+    std::chrono::duration<double> m_desktopPatience;
     std::unique_ptr<Connection> m_connection;
 };
 

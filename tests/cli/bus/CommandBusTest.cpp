@@ -100,7 +100,7 @@ protected:
     ScopedEnvironment m_address{"DBUS_SESSION_BUS_ADDRESS", std::nullopt};
     ScopedEnvironment m_runtimeFolder{"XDG_RUNTIME_DIR", m_folder.path()};
     tests::RecordingLog m_log;
-    CommandBus m_commandBus{m_log};
+    CommandBus m_commandBus{m_log, 500ms};
 };
 
 TEST_F(CommandBusTest, TellsOtherProgramsWhichStoreChanged) {
