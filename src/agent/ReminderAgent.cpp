@@ -87,6 +87,13 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
               filesOf(m_surroundings.storeFile)) {
     m_subscriptions.push_back(m_store.changed().connect(
         [this](store::ModelContext* context) { m_delivery.useStore(context); }));
+    // The name first: nobody can be reminded without the bus, and who started us waits for it.
+    m_subscriptions.push_back(
+        m_surroundings.bus.stateChanged().connect([this](platform::bus::Bus::State state) {
+            if (state == platform::bus::Bus::State::connected) {
+                reconcileSoon(Reason::request);
+            }
+        }));
     m_subscriptions.push_back(m_daemon.changed().connect([this] { followDaemon(); }));
     m_subscriptions.push_back(m_changes.changed().connect([this] { takeHint(); }));
     m_subscriptions.push_back(m_files.changed().connect([this] { takeHint(); }));
@@ -94,7 +101,9 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
         m_posting.tableFailed().connect([this] { reconcileSoon(Reason::request); }));
     m_subscriptions.push_back(
         m_responses.responded().connect([this] { reconcileSoon(Reason::request); }));
-    reconcileSoon(Reason::request);
+    if (m_surroundings.bus.isConnected()) {
+        reconcileSoon(Reason::request);
+    }
 }
 
 ReminderAgent::~ReminderAgent() = default;

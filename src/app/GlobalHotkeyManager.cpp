@@ -93,6 +93,9 @@ GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
 
 std::vector<QuickEntryShortcut> GlobalHotkeyManager::freeAlternatives(std::size_t most) {
     std::vector<QuickEntryShortcut> found;
+    if (!installHandler()) {
+        return found;
+    }
     for (const auto& each : QuickEntryShortcut::alternatives()) {
         if (found.size() < most && each != m_wanted && firstFree({&each, 1})) {
             found.push_back(each);

@@ -252,9 +252,6 @@ void QuickEntryState::finishReading(const base::Uuid& reading, Read read) {
         return; // nobody waits for them any more
     }
     --m_filesBeingRead;
-    if (!isAttachingFiles() && m_errorMessage == kStillAttaching) {
-        forgetError();
-    }
     try {
         if (read.error) {
             std::rethrow_exception(read.error);

@@ -61,7 +61,7 @@ QWidget& CaptureForm::schedule() {
 void CaptureForm::makeControls() {
     m_text = new CaptureText(m_theme, this);
     m_files = new FileChips(m_theme, this);
-    m_reading = new QLabel(tr("Attaching files…"), this);
+    m_reading = new QLabel(tr("Attaching files… Escape stops that."), this);
     m_reading->setFont(m_theme.smallFont());
     m_reading->setForegroundRole(QPalette::PlaceholderText);
     m_refusal = new RefusalLabel(m_theme, this);

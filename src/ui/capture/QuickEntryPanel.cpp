@@ -154,7 +154,7 @@ void QuickEntryPanel::take(const app::QuickEntryRequest& request) {
     if (request.board) {
         const auto before = m_state.selectedBoardID();
         m_state.setSelectedBoardID(request.board);
-        m_state.resolveBoard(m_state.boards());
+        m_state.resolveBoard();
         if (!m_state.selectedBoardID()) {
             m_state.setSelectedBoardID(before);
         }
@@ -332,7 +332,8 @@ bool QuickEntryPanel::event(QEvent* event) {
 void QuickEntryPanel::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
         if (!event->isAutoRepeat()) { // one that is held down has closed something in it
-            putAway();
+            // What reads files may wait for a disk that never answers.
+            m_state.isAttachingFiles() ? m_state.cancelAttaching() : putAway();
         }
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         auto* const tool = qobject_cast<QToolButton*>(focusWidget());

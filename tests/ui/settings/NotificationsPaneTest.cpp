@@ -53,7 +53,7 @@ TEST_F(NotificationsPaneTest, ItFollowsWhatIsKnownAndOffersWhatHelps) {
         {{.authorization = AuthorizationStatus::denied},
          "Disabled",
          "Enable notifications in your desktop's settings → Notifications → Korvex. Your "
-         "reminder dates remain saved and can sync to other computers.",
+         "reminder dates remain saved.",
          ""},
         {{.authorization = AuthorizationStatus::authorized,
           .schedulingErrorMessage = "Reminders could not be updated."},
