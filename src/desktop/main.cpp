@@ -159,9 +159,9 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     }
 
     using StartedFor = desktop::Background::StartedFor;
-    const desktop::Background background(
-        preferences, workspace.quickEntry,
-        arguments.isBackground() ? StartedFor::background : StartedFor::windows);
+    const desktop::Background background(preferences, workspace.quickEntry,
+                                         arguments.isBackground() ? StartedFor::background
+                                                                  : StartedFor::windows);
     desktop::LastWindow lastWindow;
     lastWindow.setStays([&background] { return background.stays(); });
     desktop::MainWindowOwner mainWindow(workspace, theme);

@@ -212,7 +212,7 @@ class RunningAppTest(CaptureCase):
         self.type("kept")
         window = self.xdotool("search", "--onlyvisible", "--name", "Inbox").split()[0]
         self.xdotool("windowactivate", "--sync", window)
-        self.keys("ctrl+q")
+        self.keys("alt+F4")
         wait_for(lambda: all(name.startswith(NAME) for name in self.windows()), "the window to go")
         self.assertIsNone(self.app.poll(), "the panel is still there")
         self.wait_for_panel()

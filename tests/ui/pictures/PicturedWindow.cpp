@@ -74,8 +74,7 @@ PicturedWindow::PicturedWindow(const Variant& variant)
     m_window->show();
     static_cast<void>(QTest::qWaitForWindowActive(m_window.get()));
     static_cast<void>(QTest::qWaitFor([&] { return areColorsKnown; }, kForColors));
-    m_scenes =
-        std::make_unique<WindowScenes>(*m_window, workspace, m_theme, &m_quickEntry.system);
+    m_scenes = std::make_unique<WindowScenes>(*m_window, workspace, m_theme, &m_quickEntry.system);
 }
 
 /// Yesterday and today, into a folder of the user.
