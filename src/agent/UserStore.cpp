@@ -56,8 +56,7 @@ void UserStore::openFile() {
     }
     try {
         m_opened = std::make_unique<Opened>(storage::SharedModelContainer::make(
-            {.storeURL = m_file, .existingStoreOnly = true}, m_sink));
-        m_opened->container->setPatience(kPatience);
+            {.storeURL = m_file, .existingStoreOnly = true, .lockTimeout = kPatience}, m_sink));
         m_failure.clear();
     } catch (const storage::SharedStoreError&) {
         // It is made or upgraded just now, by a program that says so when it is done.

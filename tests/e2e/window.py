@@ -73,13 +73,26 @@ class WindowCase(ProgramCase):
         if self.with_bus:
             self.start_bus()
 
-    def start_bus(self):
-        bus = subprocess.Popen(["dbus-daemon", "--session", "--nofork", "--print-address"],
+    def start_bus(self, *, with_services=True):
+        """With those services that are installed on this machine, or with none."""
+        kind = ["--session"]
+        if not with_services:
+            configuration = self.home / "bus.conf"
+            configuration.write_text(
+                "<busconfig><type>session</type><listen>unix:tmpdir=/tmp</listen>"
+                "<policy context='default'><allow send_destination='*'/>"
+                "<allow receive_type='*'/><allow own='*'/></policy></busconfig>")
+            kind = ["--config-file", str(configuration)]
+        bus = subprocess.Popen(["dbus-daemon", *kind, "--nofork", "--print-address"],
                                stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
                                env=self.environment)
         self.addCleanup(self.end, bus)
+        self.bus = bus
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = bus.stdout.readline().strip()
         bus.stdout.close()
+
+    def end_bus(self):
+        self.end(self.bus)
 
     def start_window(self, *arguments):
         """Starts the app and waits until its window is painted and has the keyboard."""
