@@ -32,19 +32,19 @@ constexpr auto kIdle = 20s;
 
 /// When the first of them is due.
 base::Instant addReminders(const bench::BenchSession& session, std::size_t count, double first,
-                  double distance) {
+                           double distance) {
     bench::OpenStore store(session.storeFile());
     const auto now = base::SystemClock().now();
     const auto due = now + first;
     for (std::size_t i = 0; i < count; ++i) {
         store.context()
-            .insert(std::make_unique<model::Entry>(model::EntryFields{
-                .id = base::Uuid::random(),
-                .typeRawValue = "todo",
-                .content = "Reminder " + std::to_string(i),
-                .createdAt = now,
-                .updatedAt = now,
-                .reminderDate = due + distance * static_cast<double>(i)}))
+            .insert(std::make_unique<model::Entry>(
+                model::EntryFields{.id = base::Uuid::random(),
+                                   .typeRawValue = "todo",
+                                   .content = "Reminder " + std::to_string(i),
+                                   .createdAt = now,
+                                   .updatedAt = now,
+                                   .reminderDate = due + distance * static_cast<double>(i)}))
             .setBoard(&store.inbox());
     }
     store.context().save();

@@ -16,6 +16,15 @@ constexpr const char* kGivesStatus = "a{sv}";
 AgentObject::AgentObject(Bus& bus, AgentRequests& requests)
     : m_requests(requests), m_object(bus, kAgentPath, interface()) {}
 
+void AgentObject::answerFor(const std::string& store, IncomingCall& call,
+                            const std::function<void()>& answer) {
+    if (m_requests.looksAfter(store)) {
+        answer();
+    } else {
+        call.fail(kAgentHasOtherStore, "This agent looks after another store.");
+    }
+}
+
 Interface AgentObject::interface() {
     const auto answerStatus = [this](IncomingCall& call) {
         call.reply(arguments(toDictionary(m_requests.status())));
@@ -27,19 +36,17 @@ Interface AgentObject::interface() {
                 Interface::method<std::string, std::vector<std::string>>(
                     agent_method::kReconcile,
                     [this, answerStatus](IncomingCall& call, const auto& store, const auto& told) {
-                        if (!m_requests.looksAfter(store)) {
-                            call.fail(kAgentHasOtherStore, "This agent looks after another store.");
-                            return;
-                        }
-                        std::vector<base::Uuid> withdrawn;
-                        for (const auto& identifier : told) {
-                            if (const auto id =
-                                    schedule::ReminderNotification::entryID(identifier)) {
-                                withdrawn.push_back(*id);
+                        answerFor(store, call, [&] {
+                            std::vector<base::Uuid> withdrawn;
+                            for (const auto& identifier : told) {
+                                if (const auto id =
+                                        schedule::ReminderNotification::entryID(identifier)) {
+                                    withdrawn.push_back(*id);
+                                }
                             }
-                        }
-                        m_requests.reconcile(withdrawn);
-                        answerStatus(call);
+                            m_requests.reconcile(withdrawn);
+                            answerStatus(call);
+                        });
                     },
                     kGivesStatus),
                 Interface::method<>(
@@ -49,17 +56,19 @@ Interface AgentObject::interface() {
                         answerStatus(call);
                     },
                     kGivesStatus),
-                Interface::method<>(agent_method::kGetStatus, answerStatus, kGivesStatus),
-                Interface::method<>(
-                    agent_method::kList,
-                    [this](IncomingCall& call) {
-                        std::vector<AgentReminderOnBus> reminders;
-                        for (const auto& each : m_requests.reminders()) {
-                            reminders.push_back(toBus(each));
-                        }
-                        call.reply(arguments(std::move(reminders)));
+                Interface::method<std::string>(
+                    agent_method::kGetStatus,
+                    [this, answerStatus](IncomingCall& call, const auto& store) {
+                        answerFor(store, call, [&] { answerStatus(call); });
                     },
-                    signatureOf<std::vector<AgentReminderOnBus>>()),
+                    kGivesStatus),
+                Interface::method<std::string>(
+                    agent_method::kList,
+                    [this](IncomingCall& call, const auto& store) {
+                        answerFor(store, call,
+                                  [&] { call.reply(argumentsOf(m_requests.reminders())); });
+                    },
+                    signatureOf<std::vector<AgentReminderOnBus>, std::uint32_t>()),
             },
         .signals = {{.name = kAgentStatusChanged, .carries = kGivesStatus}}};
 }

@@ -4,9 +4,9 @@
 #include "base/Uuid.h"
 #include "platform/bus/OfferedObject.h"
 
+#include <functional>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace korvex::agent {
 
@@ -21,7 +21,7 @@ public:
     virtual void reconcile(std::span<const base::Uuid> withdrawn) = 0;
     virtual void requestAuthorization() = 0;
     virtual app::AgentStatus status() = 0;
-    virtual std::vector<app::AgentReminder> reminders() = 0;
+    virtual app::AgentReminders reminders() = 0;
 };
 
 /// The agent on the bus. Main thread; the bus and whoever is asked must outlive it.
@@ -33,6 +33,9 @@ public:
 
 private:
     platform::bus::Interface interface();
+    /// Calls `answer` where the agent looks after that store, and else says that it does not.
+    void answerFor(const std::string& store, platform::bus::IncomingCall& call,
+                   const std::function<void()>& answer);
 
     AgentRequests& m_requests;
     platform::bus::OfferedObject m_object;

@@ -2,6 +2,7 @@
 
 #include "base/Error.h"
 #include "base/Text.h"
+#include "platform/bus/AgentProtocol.h"
 #include "storage/StoreMarkers.h"
 
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
-#include <system_error>
 #include <utility>
 
 namespace korvex::agent {
@@ -31,6 +31,7 @@ constexpr std::size_t kLongestBody = 500;
 
 constexpr const char* kNobody =
     "No program that shows notifications is running, and none is installed that could be started.";
+constexpr const char* kNotStarted = "The program that shows notifications cannot be started.";
 
 /// What stands beside the store and is written whenever somebody changes or prepares it.
 std::vector<std::string> filesOf(const std::filesystem::path& storeFile) {
@@ -73,6 +74,7 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
       m_daemon(m_surroundings.bus, m_surroundings.log),
       m_posting(m_delivery, m_store, m_daemon, m_surroundings.runLoop, m_surroundings.log),
       m_responses({.bus = m_surroundings.bus,
+                   .runLoop = m_surroundings.runLoop,
                    .store = m_store,
                    .delivery = m_delivery,
                    .client = m_client,
@@ -109,9 +111,8 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
 ReminderAgent::~ReminderAgent() = default;
 
 bool ReminderAgent::looksAfter(const std::string& storeFile) const {
-    std::error_code ignored;
-    return storeFile.empty() || storeFile == m_store.file() ||
-           std::filesystem::equivalent(storeFile, m_store.file(), ignored);
+    // As texts: another program's path may lie where nothing answers.
+    return storeFile.empty() || storeFile == platform::bus::agentStoreArgument(m_store.file());
 }
 
 void ReminderAgent::reconcile(std::span<const base::Uuid> withdrawn) {
@@ -169,6 +170,8 @@ void ReminderAgent::reconcileNow() {
                 m_planned = seen;
                 m_posting.serve();
             }
+        } else {
+            m_planned.reset(); // whatever comes is planned from
         }
     } catch (const base::Error& error) {
         // It is said in the status, and tried again with the next hint, or after a while.
@@ -195,6 +198,8 @@ void ReminderAgent::followDaemon() {
 void ReminderAgent::requestAuthorization() {
     m_daemon.look();
     refreshAuthorization();
+    m_delivery.endPauses();
+    m_posting.serve();
 }
 
 void ReminderAgent::refreshAuthorization() {
@@ -207,10 +212,7 @@ void ReminderAgent::refreshAuthorization() {
         break;
     case NotificationDaemon::Presence::running:
     case NotificationDaemon::Presence::startable:
-        m_reason = m_daemon.startFailure().empty()
-                       ? std::string()
-                       : "The program that shows notifications cannot be started: " +
-                             m_daemon.startFailure();
+        m_reason = m_daemon.hasFailedToStart() ? kNotStarted : "";
         if (m_reason.empty()) {
             status = AuthorizationStatus::authorized;
         }
@@ -229,8 +231,13 @@ AgentStatus ReminderAgent::status() {
         .version = m_surroundings.version,
         .processID = static_cast<std::uint32_t>(::getpid()),
         .daemon = m_daemon.description()};
+    if (m_retry && !status.reminders.schedulingErrorMessage) {
+        // Also where the store could not even be opened.
+        status.reminders.schedulingErrorMessage = schedule::NotificationTexts::kSchedulingFailed;
+    }
     try {
-        status.nextDue = m_delivery.nextDue();
+        // That too what is due and waits for somebody who shows it.
+        status.nextDue = m_table.nextDue(base::Instant::distantPast());
     } catch (const base::Error& error) {
         m_log.warning("What is due next cannot be read: " + error.errorDescription());
     }
@@ -247,11 +254,13 @@ void ReminderAgent::tellStatus() {
     }
 }
 
-std::vector<AgentReminder> ReminderAgent::reminders() {
-    std::vector<AgentReminder> reminders;
-    for (const auto& row : m_table.rows(AgentReminder::kMost)) {
-        reminders.push_back(toReminder(row));
+app::AgentReminders ReminderAgent::reminders() {
+    app::AgentReminders reminders;
+    const auto [rows, more] = m_table.rows(AgentReminder::kMost);
+    for (const auto& row : rows) {
+        reminders.listed.push_back(toReminder(row));
     }
+    reminders.more = more;
     return reminders;
 }
 

@@ -67,7 +67,7 @@ private:
     void reconcile(std::span<const base::Uuid> withdrawn) override;
     void requestAuthorization() override;
     app::AgentStatus status() override;
-    std::vector<app::AgentReminder> reminders() override;
+    app::AgentReminders reminders() override;
 
     void takeHint();
     void reconcileSoon(Reason reason);

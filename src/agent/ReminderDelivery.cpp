@@ -79,15 +79,19 @@ void ReminderDelivery::setDaemon(const std::optional<std::string>& daemon) {
         return;
     }
     // It may do better; one that ends whenever it is asked does not.
-    m_backOff.until.reset();
-    for (auto& each : m_refused) {
-        each.backOff.until.reset();
-    }
+    endPauses();
     m_closing.clear();
     using enum Unrecorded::What;
     const auto what = m_lastDaemon ? otherDaemon : firstDaemon;
     m_lastDaemon = daemon;
     record({.what = what, .shown = {.daemon = *daemon}});
+}
+
+void ReminderDelivery::endPauses() {
+    m_backOff.until.reset();
+    for (auto& each : m_refused) {
+        each.backOff.until.reset();
+    }
 }
 
 std::vector<ReminderRequest> ReminderDelivery::takeDue() {

@@ -42,6 +42,9 @@ public:
     /// agent, whose notifications do not lead here, and are to be closed.
     void setDaemon(const std::optional<std::string>& daemon);
 
+    /// Somebody wants to know whether it goes now: what has failed or was refused is due at once.
+    void endPauses();
+
     /// What is to be shown now; each is answered by `recordPosted`, `recordFailed` or
     /// `recordRefused`. That too what was set and came due before anybody planned it, as while no
     /// agent was there. A todo that was changed since, such as one that is open again, is no longer

@@ -1,5 +1,6 @@
 #include "agent/ReminderPosting.h"
 
+#include "base/Error.h"
 #include "store/StoreError.h"
 
 #include <chrono>
@@ -50,7 +51,12 @@ void ReminderPosting::serve() {
         if (m_daemon.presence() == NotificationDaemon::Presence::unknown) {
             return;
         }
-        m_store.open();
+        try {
+            m_store.open();
+        } catch (const base::Error&) {
+            // It is logged, and followed by who plans. What is due goes by the table meanwhile;
+            // where that has failed, the next call says so.
+        }
         m_delivery.setDaemon(m_daemon.identity());
         m_delivery.reviewShown();
         // Where nobody can be had, all of it waits for somebody to come.

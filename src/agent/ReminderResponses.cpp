@@ -1,12 +1,14 @@
 #include "agent/ReminderResponses.h"
 
 #include "app/Links.h"
+#include "model/Entry.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/bus/StoreChangeSignal.h"
 #include "schedule/CompleteTodoIntent.h"
 #include "schedule/WidgetRefreshService.h"
 #include "store/StoreError.h"
 
+#include <algorithm>
 #include <exception>
 #include <utility>
 
@@ -18,6 +20,10 @@ using store::StoreError;
 using store::StoreErrorCase;
 
 namespace {
+
+/// Before a completion that has failed is tried again; it doubles. All together some four minutes.
+constexpr std::chrono::duration<double> kFirstPause{1};
+constexpr std::chrono::duration<double> kLongestPause{128};
 
 std::string codeOf(const std::exception& error) {
     const auto* const ours = dynamic_cast<const base::Error*>(&error);
@@ -39,52 +45,110 @@ ReminderResponses::ReminderResponses(Parts parts, NotificationDaemon& daemon)
 }
 
 void ReminderResponses::take(const NotificationDaemon::Choice& choice) {
-    const auto entry =
-        m_parts.delivery.entryOf({.id = choice.shown.id, .daemon = choice.shown.daemon});
+    const auto entry = entryOf(choice.shown);
     if (!entry) {
-        return; // another program's
+        return;
+    }
+    const auto isToComplete = choice.action == ReminderNotification::kCompleteAction;
+    if (!isToComplete && choice.action != NotificationDaemon::kOpen) {
+        return;
     }
     // Not every daemon closes by itself what was answered.
-    if (choice.action == ReminderNotification::kCompleteAction) {
-        complete(*entry);
+    const auto completion = isToComplete ? complete(*entry) : Completion::refused;
+    if (completion == Completion::done) {
+        m_unfinished.erase(*entry);
         withdraw(*entry);
-    } else if (choice.action == NotificationDaemon::kOpen) {
-        open(*entry, choice.token);
-        m_daemon.close(choice.shown, [] {}); // which it tells of
+    } else if (completion == Completion::failed) {
+        completeLater(*entry, choice.token);
     } else {
-        return;
+        open(*entry, choice.token);          // it says where the todo is that stays open
+        m_daemon.close(choice.shown, [] {}); // which it tells of
     }
     m_responded.emit();
 }
 
-void ReminderResponses::complete(const base::Uuid& entry) {
+std::optional<base::Uuid> ReminderResponses::entryOf(const NotificationDaemon::Shown& shown) {
+    const ShownNotification notification{.id = shown.id, .daemon = shown.daemon};
+    try {
+        return m_parts.delivery.entryOf(notification);
+    } catch (const StoreError& error) {
+        m_log.error("What was answered to cannot be read; code " + codeOf(error));
+    }
+    try {
+        // It opens a table again that has failed, and what is missing then is planned.
+        m_parts.client.pending(m_parts.clock.now());
+    } catch (const StoreError&) {
+        // As it may where that has helped.
+    }
+    m_responded.emit();
+    return m_parts.delivery.entryOf(notification);
+}
+
+ReminderResponses::Completion ReminderResponses::complete(const base::Uuid& entry) {
     try {
         try {
-            completeStored(entry);
+            return completeStored(entry);
         } catch (const StoreError& error) {
             if (!isAboutFiles(error)) {
                 throw;
             }
             m_parts.store.close();
-            completeStored(entry);
+            return completeStored(entry);
         }
     } catch (const std::exception& error) {
         m_log.error("Notification completion failed; code " + codeOf(error));
+        return Completion::failed;
     }
 }
 
-void ReminderResponses::completeStored(const base::Uuid& entry) {
+void ReminderResponses::completeLater(const base::Uuid& entry, const std::string& token) {
+    auto& unfinished = m_unfinished[entry];
+    if (unfinished.pause >= kLongestPause) {
+        m_unfinished.erase(entry);
+        open(entry, token); // it says what is the matter
+        return;
+    }
+    unfinished.pause = std::max(2 * unfinished.pause, kFirstPause);
+    unfinished.timer = m_parts.runLoop.callAfter(
+        unfinished.pause, [this, entry, token] { completeAgain(entry, token); });
+}
+
+void ReminderResponses::completeAgain(base::Uuid entry, std::string token) {
+    switch (complete(entry)) {
+    case Completion::done:
+        m_unfinished.erase(entry);
+        withdraw(entry);
+        m_responded.emit();
+        break;
+    case Completion::refused:
+        m_unfinished.erase(entry);
+        open(entry, token);
+        break;
+    case Completion::failed:
+        completeLater(entry, token);
+        break;
+    }
+}
+
+ReminderResponses::Completion ReminderResponses::completeStored(const base::Uuid& entry) {
     auto* const opened = m_parts.store.open();
     if (!opened) {
         throw StoreError(StoreErrorCase::missing, m_parts.store.file().string());
     }
     schedule::WidgetRefreshService widgets([](std::string_view) {}, m_parts.log);
     store::ModelContext context(*opened->container);
-    schedule::CompleteTodoIntent(m_parts.scheduler, widgets, m_parts.log)
-        .complete(entry.text(), context, m_parts.clock.now(), &m_parts.client);
+    const auto isCompleted =
+        schedule::CompleteTodoIntent(m_parts.scheduler, widgets, m_parts.log)
+            .complete(entry.text(), context, m_parts.clock.now(), &m_parts.client);
     // Windows and widgets listen to it. They look also where nothing was changed now: what was
     // answered to may be completed for long.
     platform::bus::announceStoreChange(m_parts.bus, m_parts.store.file());
+    const auto* const todo = isCompleted ? nullptr : context.find<model::Entry>(entry);
+    if (!todo || !todo->isOpenTodo()) {
+        return Completion::done;
+    }
+    m_log.error("Notification completion failed; code 0");
+    return Completion::refused;
 }
 
 void ReminderResponses::withdraw(const base::Uuid& entry) {

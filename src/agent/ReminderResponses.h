@@ -4,14 +4,18 @@
 #include "agent/UserStore.h"
 #include "base/Clock.h"
 #include "base/Log.h"
+#include "base/RunLoop.h"
 #include "base/Signal.h"
 #include "platform/bus/Bus.h"
 #include "platform/bus/NotificationDaemon.h"
 #include "schedule/NotificationScheduling.h"
 #include "schedule/ReminderScheduler.h"
 
+#include <chrono>
 #include <functional>
 #include <map>
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace korvex::agent {
@@ -26,6 +30,7 @@ public:
 
     struct Parts {
         platform::bus::Bus& bus;
+        base::RunLoop& runLoop;
         UserStore& store;
         ReminderDelivery& delivery;
         schedule::NotificationScheduling& client;
@@ -41,8 +46,17 @@ public:
 
 private:
     void take(const platform::bus::NotificationDaemon::Choice& choice);
-    void complete(const base::Uuid& entry);
-    void completeStored(const base::Uuid& entry);
+    /// The todo that it reminds of; absent for another program's.
+    std::optional<base::Uuid> entryOf(const platform::bus::NotificationDaemon::Shown& shown);
+    enum class Completion { done, refused, failed };
+    /// `refused` where the todo stays open though nothing has failed, as on an archived board.
+    Completion complete(const base::Uuid& entry);
+    Completion completeStored(const base::Uuid& entry);
+    /// What the user has ticked is not given up because the store is in somebody's hands just now:
+    /// it is tried again after a while that doubles, and its notification stays meanwhile.
+    void completeLater(const base::Uuid& entry, const std::string& token);
+    /// By value: the timer that calls it may go meanwhile.
+    void completeAgain(base::Uuid entry, std::string token);
     void withdraw(const base::Uuid& entry);
     void open(const base::Uuid& entry, const std::string& token);
 
@@ -50,6 +64,11 @@ private:
     platform::bus::NotificationDaemon& m_daemon;
     base::Logger m_log;
     base::Signal<> m_responded;
+    struct Unfinished {
+        std::chrono::duration<double> pause{};
+        std::unique_ptr<base::RunLoop::Timer> timer;
+    };
+    std::map<base::Uuid, Unfinished> m_unfinished;
     /// Links that the app has not answered to yet.
     std::map<base::Uuid, base::Subscription> m_opening;
     base::Subscription m_choices;

@@ -5,6 +5,8 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
+
 namespace korvex::agent {
 
 using schedule::PendingReminder;
@@ -99,8 +101,12 @@ struct ReminderTable::Statements {
     Statement mark{database, "SELECT moment FROM Mark WHERE name = 'watchedUntil'"};
     Statement setMark{database,
                       "INSERT OR REPLACE INTO Mark(name, moment) VALUES('watchedUntil', ?)"};
-    Statement rows{database, "SELECT entry, due, body, state, notification, daemon FROM Reminder "
-                             "ORDER BY due DESC, entry LIMIT ?"};
+    Statement pendingRows{database, "SELECT entry, due, body, state, notification, daemon "
+                                    "FROM Reminder WHERE state = 0 ORDER BY due, entry LIMIT ?"};
+    Statement otherRows{database, "SELECT entry, due, body, state, notification, daemon "
+                                  "FROM Reminder WHERE state != 0 "
+                                  "ORDER BY due DESC, entry LIMIT ?"};
+    Statement counts{database, "SELECT COALESCE(SUM(state = 0), 0), COUNT(*) FROM Reminder"};
     Statement forgetOldest{database,
                            "DELETE FROM Reminder WHERE state = ?1 AND due < (SELECT due FROM "
                            "Reminder WHERE state = ?1 ORDER BY due DESC LIMIT 1 OFFSET ?2)"};
@@ -310,17 +316,32 @@ void ReminderTable::setWatchedUntil(base::Instant moment) {
     statements().setMark.run();
 }
 
-std::vector<ReminderTable::Row> ReminderTable::rows(std::size_t atMost) {
-    std::vector<Row> result;
-    auto& query = statements().rows;
-    query.bind(0, static_cast<std::int64_t>(atMost));
-    forEachRow(query, [&] {
-        auto& row = result.emplace_back(Row{.request = requestOf(query),
-                                            .state = static_cast<ReminderState>(query.integer(3))});
-        if (!query.isAbsent(4)) {
-            row.shown = shownOf(query, 4);
-        }
+ReminderTable::Rows ReminderTable::rows(std::size_t atMost) {
+    std::size_t pending = 0;
+    std::size_t all = 0;
+    auto& counts = statements().counts;
+    forEachRow(counts, [&] {
+        pending = static_cast<std::size_t>(counts.integer(0));
+        all = static_cast<std::size_t>(counts.integer(1));
     });
+    const auto others = all - pending;
+    const auto half = atMost / 2;
+    const auto roomOfPending = std::min(pending, atMost - std::min(others, half));
+    Rows result;
+    const auto read = [&](Statement& query, std::size_t room) {
+        query.bind(0, static_cast<std::int64_t>(room));
+        forEachRow(query, [&] {
+            auto& row = result.read.emplace_back(
+                Row{.request = requestOf(query),
+                    .state = static_cast<ReminderState>(query.integer(3))});
+            if (!query.isAbsent(4)) {
+                row.shown = shownOf(query, 4);
+            }
+        });
+    };
+    read(statements().pendingRows, roomOfPending);
+    read(statements().otherRows, atMost - roomOfPending);
+    result.more = all - std::min(all, result.read.size());
     return result;
 }
 

@@ -103,9 +103,15 @@ public:
 
         bool operator==(const Row&) const = default;
     };
-    /// The newest `atMost`, by when they are due. What was shown and closed has no body,
-    /// unless it was asked for again.
-    std::vector<Row> rows(std::size_t atMost);
+    struct Rows {
+        std::vector<Row> read = {};
+        /// How many there are besides.
+        std::size_t more = 0;
+    };
+    /// The pending ones, the soonest first, then the others, the latest first. Where there are more
+    /// than `atMost`, half of them is left to either kind, or what the other does not need.
+    /// What was shown and closed has no body, unless it was asked for again.
+    Rows rows(std::size_t atMost);
 
     /// Several changes as one, fast; may be nested. Forgets what is older than is to be remembered.
     void changeTogether(const std::function<void()>& changes);

@@ -3,9 +3,11 @@
 #include "base/Error.h"
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
+#include "store/StoreError.h"
 
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
 
 namespace korvex::agent {
@@ -15,7 +17,9 @@ namespace {
 /// What one program changes comes in several steps, and to open a store costs some milliseconds.
 constexpr std::chrono::seconds kLinger{1};
 /// For a program that writes. Reminders wait meanwhile, too.
-constexpr std::chrono::seconds kPatience{2};
+constexpr std::chrono::milliseconds kPatience{2000};
+/// Where it was in vain the last time: each event would wait anew.
+constexpr std::chrono::milliseconds kShortPatience{100};
 
 } // namespace
 
@@ -28,14 +32,16 @@ UserStore::Opened* UserStore::open() {
     if (m_opened && fileThere() != m_identity) {
         close(); // another one is in its place
     }
-    if (!m_opened) {
+    const auto isOther = !m_opened;
+    if (isOther) {
         openFile();
-        if (m_opened) {
-            m_changed.emit(&m_opened->context);
-        }
     }
     if (m_opened) {
+        // First: it must not stay open where somebody who is told of it fails.
         m_closing = m_runLoop.callAfter(kLinger, [this] { close(); });
+        if (isOther) {
+            m_changed.emit(&m_opened->context);
+        }
     }
     return m_opened.get();
 }
@@ -49,14 +55,18 @@ void UserStore::close() {
 }
 
 void UserStore::openFile() {
-    // What is opened is this file or a newer one, which is noticed the next time.
-    m_identity = fileThere();
-    if (m_identity == Identity{}) {
-        return; // nobody has made one yet
-    }
     try {
+        // What is opened is this file or a newer one, which is noticed the next time.
+        m_identity = fileThere();
+        if (m_identity == Identity{}) {
+            return; // nobody has made one yet
+        }
         m_opened = std::make_unique<Opened>(storage::SharedModelContainer::make(
-            {.storeURL = m_file, .existingStoreOnly = true, .lockTimeout = kPatience}, m_sink));
+            {.storeURL = m_file,
+             .existingStoreOnly = true,
+             .lockTimeout = m_failure.empty() ? kPatience : kShortPatience},
+            m_sink));
+        m_opened->container->setPatience(kPatience);
         m_failure.clear();
     } catch (const storage::SharedStoreError&) {
         // It is made or upgraded just now, by a program that says so when it is done.
@@ -64,13 +74,19 @@ void UserStore::openFile() {
         if (std::exchange(m_failure, error.errorDescription()) != error.errorDescription()) {
             m_log.warning("The store cannot be opened: " + error.errorDescription());
         }
+        throw;
     }
 }
 
 UserStore::Identity UserStore::fileThere() const {
     struct stat status {};
-    return ::stat(m_file.c_str(), &status) == 0 ? Identity{status.st_dev, status.st_ino}
-                                                : Identity{};
+    if (::stat(m_file.c_str(), &status) == 0) {
+        return {status.st_dev, status.st_ino};
+    }
+    if (errno != ENOENT && errno != ENOTDIR) {
+        store::throwSystemError(errno, m_file.string());
+    }
+    return {};
 }
 
 } // namespace korvex::agent

@@ -31,12 +31,14 @@ public:
         std::unique_ptr<store::ModelContainer> container;
         store::ModelContext context;
     };
-    /// The store that is there now; null where there is none that can be used. Valid until the run
-    /// loop goes on.
+    /// The store that is there now; null where nobody has made or prepared one, who says so when
+    /// it is done. Valid until the run loop goes on. Throws base::Error where it cannot be opened,
+    /// of which nobody may say when it can; each reason is logged once.
     Opened* open();
     /// Lets go of it at once.
     void close();
-    /// Emitted with its context when it was opened, and with null before it is closed.
+    /// Emitted with its context when it was opened, and with null before it is closed. `open`
+    /// throws what is thrown here, with the store open.
     base::Signal<store::ModelContext*>& changed() { return m_changed; }
 
     const std::filesystem::path& file() const { return m_file; }
@@ -47,6 +49,7 @@ private:
         ino_t number = 0;
         bool operator==(const Identity&) const = default;
     };
+    /// Nothing where there is none. Throws StoreError where nobody can say.
     Identity fileThere() const;
     void openFile();
 

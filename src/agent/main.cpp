@@ -32,9 +32,11 @@ enum class End { none, done, replaced, failed };
 /// What systemd takes for a failure after which a service is started again.
 constexpr int kStartMeAgain = 75;
 
-/// Whether systemd watches this very process, rather than one of those above it.
-bool isSystemdService() {
-    return base::environmentVariable("SYSTEMD_EXEC_PID") == std::to_string(::getpid());
+/// Whether systemd watches this very process, rather than one of those above it, and as our own
+/// unit, which starts it again: what it makes of an autostart file does not.
+bool isOurUnit() {
+    return base::environmentVariable("KORVEX_AGENT_UNIT") &&
+           base::environmentVariable("SYSTEMD_EXEC_PID") == std::to_string(::getpid());
 }
 
 bool startDesktop(const std::string& link, const std::string& token) {
@@ -131,7 +133,7 @@ int main(int, char* argv[]) {
     }
     if (end == End::replaced) {
         logger.info("Another version is installed, and goes on.");
-        if (!isSystemdService()) {
+        if (!isOurUnit()) {
             ::execv(platform::system::ownProgram().c_str(), argv);
         }
         return kStartMeAgain;

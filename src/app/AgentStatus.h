@@ -9,6 +9,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace korvex::app {
 
@@ -19,7 +20,7 @@ struct AgentStatus {
     std::uint32_t processID = 0;
     /// Who shows notifications, in its own words; empty where nobody is there.
     std::string daemon = {};
-    /// When it has something to show next.
+    /// When the next one that was not shown is due, which may be past where nobody shows it.
     std::optional<base::Instant> nextDue = std::nullopt;
 
     bool operator==(const AgentStatus&) const = default;
@@ -45,8 +46,14 @@ struct AgentReminder {
 
     bool operator==(const AgentReminder&) const = default;
 
-    /// How many are told at once, the newest.
+    /// How many are told at once.
     static constexpr std::size_t kMost = 1000;
+};
+/// What is to come, the soonest first, then what was shown, the latest first.
+struct AgentReminders {
+    std::vector<AgentReminder> listed = {};
+    /// How many the agent holds besides.
+    std::size_t more = 0;
 };
 /// What people and programs call it.
 std::string_view nameOf(AgentReminder::State state);

@@ -98,6 +98,9 @@ std::error_code AutostartFile::turnOn() const {
     if (const auto contents = base::readSmallFile(m_file, kMaximumBytes)) {
         return base::replaceFile(m_file, marked(*contents, {}));
     }
+    if (const auto error = whyUnread()) {
+        return error;
+    }
     if (const auto error = base::makeFolders(m_file.parent_path(), 0777)) {
         return error;
     }
@@ -106,12 +109,28 @@ std::error_code AutostartFile::turnOn() const {
 
 std::error_code AutostartFile::turnOff() const {
     const auto contents = base::readSmallFile(m_file, kMaximumBytes);
-    if (contents && *contents != ownContents()) {
+    if (!contents) {
+        return whyUnread();
+    }
+    if (*contents != ownContents()) {
         return base::replaceFile(m_file, marked(*contents, kOff));
     }
     std::error_code error;
     std::filesystem::remove(m_file, error);
     return error;
+}
+
+std::error_code AutostartFile::whyUnread() const {
+    std::error_code error;
+    const auto size = std::filesystem::file_size(m_file, error);
+    if (error == std::errc::no_such_file_or_directory || error == std::errc::not_a_directory) {
+        return {};
+    }
+    if (error) {
+        return error;
+    }
+    return std::make_error_code(size > kMaximumBytes ? std::errc::file_too_large
+                                                     : std::errc::permission_denied);
 }
 
 std::string AutostartFile::ownContents() const {

@@ -9,7 +9,8 @@ namespace korvex::app {
 
 /// Whether desktops start one of our programs when the user logs in: a file of the user's own in
 /// the folder that they look into. It is there for as long as that is wanted. What the user has
-/// written into it stays: then it is only marked as switched off, and as switched on again.
+/// written into it stays: then it is only marked as switched off, and as switched on again; one
+/// that cannot be read is not touched.
 class AutostartFile {
 public:
     /// What the desktop is told of the program.
@@ -32,6 +33,8 @@ public:
 private:
     /// As it is without the user's doing.
     std::string ownContents() const;
+    /// Why there is something that cannot be read in the file's place, if there is.
+    std::error_code whyUnread() const;
 
     std::filesystem::path m_file;
     Entry m_entry;

@@ -8,6 +8,7 @@
 #include "base/SmallFile.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cinttypes>
@@ -159,9 +160,9 @@ void DraftFolder::removeFrom(const fs::path& folder, const base::Uuid& id) {
 
 void DraftFolder::release(const fs::path& file) {
     m_claims.release(file);
-    // An empty folder tells nobody anything; to one with drafts nothing happens.
-    std::error_code error;
-    fs::remove(file.parent_path(), error);
+    // An empty folder tells nobody anything; to one with drafts nothing happens, nor to what
+    // somebody else has put in its place.
+    static_cast<void>(::rmdir(file.parent_path().c_str()));
 }
 
 DraftFolder::Found DraftFolder::find() {

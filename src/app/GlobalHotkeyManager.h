@@ -71,6 +71,9 @@ public:
     const std::optional<std::string>& trigger() const { return m_outcome.trigger; }
     /// Whether a press of some keys does something.
     bool isReady() const { return m_outcome.activeShortcut || m_outcome.trigger; }
+    /// The same, or it may without being known here: where the desktop keeps the keys itself, they
+    /// may run a command, and it may give its word for them any time.
+    bool mayBeReady() const { return isReady() || !isRecordable(); }
 
     /// Whether a shortcut of the user's choice is registered, and not keys that the desktop has.
     bool isRecordable() const { return m_backend.takesShortcuts(); }

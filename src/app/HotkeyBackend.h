@@ -55,6 +55,7 @@ public:
 
     /// Gets ready to hear of presses; 0, or the system's number for why it cannot. Asked before
     /// each shortcut is asked for, since what was ready may be lost; while it is, nothing happens.
+    /// Where it cannot, no shortcut is asked for until somebody asks again.
     virtual int installHandler() = 0;
 
     /// Asks for this shortcut, in the place of one that was asked for before. One that is refused

@@ -6,6 +6,7 @@
 #include "base/Text.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <span>
@@ -335,8 +336,9 @@ void QuickEntryDraftFile::removeFrom(const fs::path& folder) {
     }
     m_attachments.erase(folder);
     m_claims.release(file);
-    // An empty folder tells nobody anything; to one with drafts nothing happens.
-    fs::remove(folder, error);
+    // An empty folder tells nobody anything; to one with drafts nothing happens, nor to what
+    // somebody else has put in its place.
+    static_cast<void>(::rmdir(folder.c_str()));
 }
 
 } // namespace korvex::app

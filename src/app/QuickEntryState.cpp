@@ -150,7 +150,6 @@ void QuickEntryState::setErrorMessage(std::optional<std::string> message) {
 }
 
 void QuickEntryState::prepare() {
-    setErrorMessage({});
     takeLeftDraft();
     if (!hasDraft()) {
         setEntryType(m_preferences.quickEntryDefaultType());

@@ -89,7 +89,8 @@ public:
     void setSelectedBoardID(std::optional<base::Uuid> id);
 
     /// The panel opens: a draft keeps its type, else it is the one that the user prefers. What
-    /// another program that has ended since left in Quick Entry is there too.
+    /// another program that has ended since left in Quick Entry is there too. What the user is to
+    /// be told stays: it may have come while nobody saw it.
     void prepare();
     /// Keeps the destination while it is among these boards, else chooses another.
     void resolveBoard(std::span<model::Board* const> boards);

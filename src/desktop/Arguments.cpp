@@ -11,6 +11,7 @@ namespace {
 
 const auto kDirectory = QStringLiteral("data-dir");
 const auto kBackground = QString::fromLatin1(kBackgroundOption + 2);
+const auto kForBus = QString::fromLatin1(kForBusOption + 2);
 const auto kQuickEntry = QStringLiteral("quick-entry");
 const auto kBoard = QStringLiteral("board");
 const auto kType = QStringLiteral("type");
@@ -33,6 +34,9 @@ void describe(QCommandLineParser& parser) {
     parser.addPositionalArgument(QStringLiteral("LINK"),
                                  QApplication::tr("A link to a board or an entry."),
                                  QStringLiteral("[LINK…]"));
+    QCommandLineOption forBus(kForBus);
+    forBus.setFlags(QCommandLineOption::HiddenFromHelp); // no user has a use for it
+    parser.addOption(forBus);
 #ifdef KORVEX_GALLERY
     parser.addOption({kGallery, QStringLiteral("Show what the windows are made of.")});
 #endif
@@ -64,7 +68,9 @@ void Arguments::take(const QCommandLineParser& parser) {
     if (parser.isSet(kDirectory)) {
         m_directory = parser.value(kDirectory).toStdString();
     }
-    m_launch.action = parser.isSet(kBackground) ? kBackgroundAction : "";
+    m_launch.action = parser.isSet(kBackground) ? kBackgroundAction
+                      : parser.isSet(kForBus)   ? kForBusAction
+                                                : "";
     m_launch.links.clear();
     for (const auto& link : parser.positionalArguments()) {
         m_launch.links.push_back(link.toStdString());

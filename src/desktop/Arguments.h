@@ -16,6 +16,9 @@ namespace korvex::desktop {
 inline constexpr const char* kBackgroundOption = "--background";
 /// What such a start asks one that runs for.
 inline constexpr const char* kBackgroundAction = "background";
+/// The bus starts the program, and says only then what it is wanted for.
+inline constexpr const char* kForBusOption = "--for-bus";
+inline constexpr const char* kForBusAction = "for-bus";
 
 /// What the program was started with, known before there is an application.
 class Arguments {
@@ -32,6 +35,7 @@ public:
     /// What the program was started for, with the leave that it was given to take the keyboard.
     const app::Launch& launch() const { return m_launch; }
     bool isBackground() const { return m_launch.action == kBackgroundAction; }
+    bool isForBus() const { return m_launch.action == kForBusAction; }
     /// Set to show the gallery instead of the notes: how that is to look. In development builds.
     const std::optional<QStringList>& gallery() const { return m_gallery; }
 

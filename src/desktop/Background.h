@@ -4,9 +4,9 @@
 
 namespace korvex::desktop {
 
-/// Whether the program goes on while nothing of it is to be seen: it does where a press of the
-/// shortcut brings Quick Entry, unless the user wants it to end. Main thread; all that it is made
-/// with outlives it.
+/// Whether the program goes on while nothing of it is to be seen: it does where it was started to,
+/// and where the user wants it and some keys may bring Quick Entry; unless the user wants it to
+/// end. Main thread; all that it is made with outlives it.
 class Background final {
 public:
     /// A start for the background has said what is wanted, where nobody was asked yet.
@@ -19,9 +19,9 @@ public:
     bool stays() const {
         using WhenClosed = app::AppPreferences::WhenClosed;
         const auto whenClosed = m_preferences.whenClosed();
-        return m_setup && m_setup->hotkey.isReady() &&
-               (whenClosed == WhenClosed::staysReady ||
-                (whenClosed == WhenClosed::asks && m_startedFor == StartedFor::background));
+        return m_setup && whenClosed != WhenClosed::ends &&
+               (m_startedFor == StartedFor::background ||
+                (whenClosed == WhenClosed::staysReady && m_setup->hotkey.mayBeReady()));
     }
 
 private:

@@ -19,6 +19,7 @@ public:
     app::QuickEntrySetup& setup() { return m_setup; }
     /// Registers the shortcut of the preferences from now on; only the first call counts.
     void start(std::function<void(const app::HotkeyPress&)> onPress);
+    bool isStarted() const { return m_isStarted; }
 
 private:
     app::AppPreferences& m_preferences;

@@ -19,6 +19,11 @@ namespace {
 /// One after another is shown; nobody sees more than the last.
 constexpr std::size_t kMostLinks = 16;
 
+/// What it asks for is so already, or is still to come.
+bool asksNothing(const app::Launch& launch) {
+    return launch.action == kBackgroundAction || launch.action == kForBusAction;
+}
+
 } // namespace
 
 void bringForward(QWidget& window, const app::Launch& launch) {
@@ -50,23 +55,33 @@ void Launches::take(const app::Launch& launch) {
 }
 
 void Launches::take(const app::HotkeyPress& press) {
-    later([this, press] { m_quickEntry.open({.action = app::kQuickEntryAction}, press); });
+    later([this, press] {
+        m_wasAsked = true;
+        m_quickEntry.open({.action = app::kQuickEntryAction}, press);
+    });
 }
 
 void Launches::begin(const app::Launch& launch) {
     if (launch.action == app::kQuickEntryAction) {
         m_quickEntry.open(launch);
-    } else if (launch.action != kBackgroundAction) {
+    } else if (!asksNothing(launch)) {
         m_mainWindow.window(); // with what was shown last
         openLinks(launch);
         m_mainWindow.window().show();
     }
 }
 
-void Launches::carryOut(const app::Launch& launch) {
-    if (launch.action == kBackgroundAction) {
-        return; // what it asks for is so
+void Launches::beginUnlessAsked() {
+    if (!m_wasAsked) {
+        begin({});
     }
+}
+
+void Launches::carryOut(const app::Launch& launch) {
+    if (asksNothing(launch)) {
+        return;
+    }
+    m_wasAsked = true;
     if (launch.action == app::kQuickEntryAction) {
         m_quickEntry.open(launch);
     } else {

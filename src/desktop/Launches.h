@@ -45,6 +45,8 @@ public:
     void take(const app::HotkeyPress& press);
     /// What this program was started for, at once.
     void begin(const app::Launch& launch);
+    /// Brings the main window forward where nobody has asked for anything yet.
+    void beginUnlessAsked();
 
 private:
     /// In the run loop, unless this is gone by then.
@@ -56,6 +58,7 @@ private:
     MainWindowOwner& m_mainWindow;
     QuickEntry& m_quickEntry;
     base::RunLoop& m_runLoop;
+    bool m_wasAsked = false;
     std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);
 };
 

@@ -26,6 +26,9 @@ public:
     void open(const app::Launch& launch, const app::HotkeyPress& press = {});
     /// Writes the draft, as before the program ends.
     void keepDraft();
+    /// Whether the user, who ends the program, loses nothing by it, or was told so: once it is said
+    /// in the panel, and the program goes on.
+    bool mayEnd() { return !m_panel || m_panel->mayEnd(); }
 
     /// The panel has the keyboard.
     base::Signal<>& ready() { return m_ready; }

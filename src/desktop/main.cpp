@@ -50,6 +50,8 @@ namespace {
 constexpr int kStoreUnusable = 3;
 constexpr std::chrono::seconds kLongestStart{2};
 constexpr std::chrono::seconds kLongestEnd{2};
+/// The bus delivers what it starts a program for as soon as that has its name.
+constexpr std::chrono::seconds kUntilAsked{5};
 
 /// Until the user ends it; the exit status.
 int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& threads) {
@@ -163,7 +165,7 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
                                          arguments.isBackground() ? StartedFor::background
                                                                   : StartedFor::windows);
     desktop::LastWindow lastWindow;
-    lastWindow.setStays([&background] { return background.stays(); });
+    lastWindow.setStays([&] { return hotkey && hotkey->isStarted() && background.stays(); });
     desktop::MainWindowOwner mainWindow(workspace, theme);
     desktop::QuickEntry quickEntry(workspace, theme);
     desktop::Launches launches(mainWindow, quickEntry, runLoop);
@@ -181,27 +183,36 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
     // What need not stand before there is something to be seen.
     const auto startRest = [&] {
         watchers.start();
-        if (hotkey) {
+        // A desktop may ask the user for it, in the place of a panel that is there for itself; and
+        // once it is there the program may stay.
+        if (hotkey && (arguments.isBackground() || mainWindow.windowIfMade())) {
             hotkey->start([&](const app::HotkeyPress& press) { launches.take(press); });
         }
     };
     mainWindow.setWhenMade([&](ui::MainWindow& window) {
-        QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow,
-                         [] { QApplication::exit(); });
+        QObject::connect(&window, &ui::MainWindow::quitAccepted, &lastWindow, [&] {
+            if (quickEntry.mayEnd()) {
+                QApplication::exit();
+            }
+        });
         QObject::connect(&window, &ui::MainWindow::firstPainted, &watchers, [&] {
             trace.report("first paint");
             startRest();
             window.offerDrafts();
         });
+        QTimer::singleShot(kLongestStart, &watchers, startRest); // also of one that comes later
     });
     const auto capturing = quickEntry.ready().connect([&] {
         trace.report("quick entry");
         QTimer::singleShot(0, &watchers, startRest); // once it is painted
     });
-    const auto captured = quickEntry.hidden().connect([&] { lastWindow.look(); });
     // A window that starts out of sight, minimised or on another desktop, is not painted.
-    QTimer::singleShot(arguments.isBackground() ? std::chrono::seconds(0) : kLongestStart,
-                       &watchers, startRest);
+    const auto isOutOfSight = arguments.isBackground() || arguments.isForBus();
+    QTimer::singleShot(isOutOfSight ? std::chrono::seconds(0) : kLongestStart, &watchers,
+                       startRest);
+    if (arguments.isForBus()) {
+        QTimer::singleShot(kUntilAsked, &watchers, [&] { launches.beginUnlessAsked(); });
+    }
     const auto storeAll = [&] {
         quickEntry.keepDraft();
         if (auto* const window = mainWindow.windowIfMade()) {
@@ -226,10 +237,13 @@ int run(int argc, char* argv[], base::LogSink& log, storage::BackgroundThreads& 
         notices.push_back(*missing);
     }
     mainWindow.setNotices(notices);
+    const auto captured = quickEntry.hidden().connect([&] {
+        if (!notices.empty() && !arguments.isBackground() && !mainWindow.windowIfMade()) {
+            mainWindow.window().show(); // only it can say them, and the panel had the keyboard
+        }
+        lastWindow.look();
+    });
     launches.begin(arguments.launch());
-    if (!notices.empty() && !arguments.isBackground()) {
-        mainWindow.window().show(); // only it can say them
-    }
     const auto status = QApplication::exec();
     instance.close();
     // What a long day left in the journal moves into the store file; where that fails the journal

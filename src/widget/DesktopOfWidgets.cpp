@@ -5,10 +5,12 @@
 #include "app/UserFolders.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/qt/DesktopWindow.h"
+#include "platform/qt/WindowActivation.h"
 #include "platform/system/ProgramFile.h"
 
 #include <QCoreApplication>
 #include <QInputEvent>
+#include <QWindow>
 
 #include <cerrno>
 #include <map>
@@ -48,6 +50,12 @@ void DesktopOfWidgets::prepare(QWindow& window) {
     platform::qt::standOnDesktop(window);
 }
 
+void DesktopOfWidgets::giveKeyboard(QWindow& window) {
+    window.requestActivate();
+    // Whoever types `korvex widget` has no token to hand on: nobody knows when that was.
+    platform::qt::activateCalledWindow(window, 0);
+}
+
 bool DesktopOfWidgets::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
     if (event->spontaneous() && (type == QEvent::MouseButtonRelease || type == QEvent::KeyPress)) {
@@ -65,46 +73,47 @@ std::string DesktopOfWidgets::token() const {
                : std::string();
 }
 
-void DesktopOfWidgets::open(const std::string& url) {
-    const auto leave = token();
+void DesktopOfWidgets::open(const std::string& url, std::function<void(Refusal)> refused) {
+    const Opening opening{.url = url, .token = token(), .refused = std::move(refused)};
     if (!m_isUsersOwn) {
-        startApp(url, leave); // which hands over to one that runs
+        startApp(opening); // which hands over to one that runs
         return;
     }
     m_asked = platform::bus::callDesktop(
-        m_bus, {.links = {url}, .token = leave}, MethodAddress::Start::allowed,
-        [this, url, leave](const platform::bus::Reply& reply) {
+        m_bus, {.links = {url}, .token = opening.token}, MethodAddress::Start::allowed,
+        [this, opening](const platform::bus::Reply& reply) {
             const auto* const error = reply.error();
             if (!error) {
                 return;
             }
             if (error->which() == platform::bus::BusErrorCase::timedOut) {
-                refused(url, error->code());
+                refuse(opening, Refusal::noAnswer, error->code());
             } else {
-                startApp(url, leave);
+                startApp(opening);
             }
         });
 }
 
-void DesktopOfWidgets::startApp(const std::string& url, const std::string& token) {
-    std::vector<std::string> arguments{"--", url};
+void DesktopOfWidgets::startApp(const Opening& opening) {
+    std::vector<std::string> arguments{"--", opening.url};
     if (!m_isUsersOwn) {
         arguments.insert(arguments.begin(), {"--data-dir", m_dataDirectory.string()});
     }
     std::map<std::string, std::string> environment;
-    if (!token.empty()) {
-        environment["DESKTOP_STARTUP_ID"] = token;
+    if (!opening.token.empty()) {
+        environment["DESKTOP_STARTUP_ID"] = opening.token;
     }
     if (!platform::system::startBeside("korvex-desktop", arguments, environment)) {
-        refused(url, ENOENT);
+        refuse(opening, Refusal::notInstalled, ENOENT);
     }
 }
 
-void DesktopOfWidgets::refused(const std::string& url, int code) const {
-    const auto link = app::Link::parse(url);
+void DesktopOfWidgets::refuse(const Opening& opening, Refusal why, int code) const {
+    const auto link = app::Link::parse(opening.url);
     const auto isEntry = link && link->kind == app::Link::Kind::entry;
     m_log.warning((isEntry ? "Unable to open widget entry: " : "Unable to open widget board: ") +
                   std::to_string(code));
+    opening.refused(why);
 }
 
 std::optional<bool> DesktopOfWidgets::startsAtLogin() const {

@@ -9,6 +9,7 @@
 #include <QObject>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -25,7 +26,8 @@ public:
 
     bool knowsBelow() const override;
     void prepare(QWindow& window) override;
-    void open(const std::string& url) override;
+    void giveKeyboard(QWindow& window) override;
+    void open(const std::string& url, std::function<void(Refusal)> refused) override;
     std::optional<bool> startsAtLogin() const override;
     std::error_code setAtLogin(AtLogin what) override;
 
@@ -36,8 +38,13 @@ protected:
 private:
     /// The leave to take the keyboard that the app is given; empty for none.
     std::string token() const;
-    void startApp(const std::string& url, const std::string& token);
-    void refused(const std::string& url, int code) const;
+    struct Opening {
+        std::string url;
+        std::string token;
+        std::function<void(Refusal)> refused;
+    };
+    void startApp(const Opening& opening);
+    void refuse(const Opening& opening, Refusal why, int code) const;
 
     std::filesystem::path m_dataDirectory;
     bool m_isUsersOwn;

@@ -99,6 +99,8 @@ int run(int argc, char* argv[], base::LogSink& log) {
     }
     if (!hasRemembered || asked.board) {
         widgets.open(asked.board);
+    } else if (!asked.isLogin) {
+        widgets.bringForward();
     }
     const widget::Watchers watchers({.storeFile = file,
                                      .store = store,
@@ -118,8 +120,9 @@ int run(int argc, char* argv[], base::LogSink& log) {
     platform::system::TerminationWatcher termination(runLoop);
     const auto ending = termination.requested().connect([] { QApplication::exit(); });
     const auto status = QApplication::exec();
-    instance.close();
+    // Before the next start is a first one, which reads it.
     widgets.save();
+    instance.close();
     return status;
 }
 

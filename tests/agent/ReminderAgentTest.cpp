@@ -2,6 +2,7 @@
 #include "RecordingDaemon.h"
 #include "agent/TimeSources.h"
 #include "app/Links.h"
+#include "model/Board.h"
 #include "platform/bus/AgentProtocol.h"
 #include "platform/bus/BusFixture.h"
 #include "platform/bus/DesktopApplication.h"
@@ -123,15 +124,17 @@ protected:
     }
     app::AgentStatus status() {
         app::AgentStatus status;
-        ask(platform::bus::agent_method::kGetStatus, {}, [&](const auto& reply) {
-            status = platform::bus::agentStatusOf(reply.template read<platform::bus::Dictionary>());
-        });
+        ask(platform::bus::agent_method::kGetStatus, platform::bus::arguments(std::string()),
+            [&](const auto& reply) {
+                status =
+                    platform::bus::agentStatusOf(reply.template read<platform::bus::Dictionary>());
+            });
         return status;
     }
     std::vector<AgentReminder> reminders() {
         std::vector<AgentReminder> reminders;
-        ask(platform::bus::agent_method::kList, {},
-            [&](const auto& reply) { reminders = platform::bus::agentRemindersOf(reply); });
+        ask(platform::bus::agent_method::kList, platform::bus::arguments(std::string()),
+            [&](const auto& reply) { reminders = platform::bus::agentRemindersOf(reply).listed; });
         return reminders;
     }
 
@@ -253,11 +256,32 @@ TEST_F(ReminderAgentTest, WhatIsNoLongerAskedForIsTakenBack) {
             std::vector<std::string>{schedule::ReminderNotification::identifier(third), "x"}),
         [](const auto& reply) { EXPECT_FALSE(reply.error()); });
     EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 3; }));
-    ask(platform::bus::agent_method::kReconcile,
-        platform::bus::arguments(std::string("/elsewhere"), std::vector<std::string>{}),
-        [](const auto& reply) {
-            EXPECT_EQ(reply.error()->name(), platform::bus::kAgentHasOtherStore);
-        });
+}
+
+TEST_F(ReminderAgentTest, WhoeverAsksForAnotherStoreIsToldSoAndTheWayThereIsNotLookedAt) {
+    prepareStore();
+    startAgent();
+    settleAgent();
+    const auto link = m_folder / "link";
+    std::filesystem::create_directory_symlink(m_folder / "data", link);
+    const auto around = link / storeFile().filename();
+    const auto isRefused = [&](const std::string& store) {
+        int refusals = 0;
+        const auto take = [&](const auto& reply) {
+            refusals += reply.error() && reply.error()->name() == platform::bus::kAgentHasOtherStore
+                            ? 1
+                            : 0;
+        };
+        ask(platform::bus::agent_method::kReconcile,
+            platform::bus::arguments(store, std::vector<std::string>{}), take);
+        ask(platform::bus::agent_method::kGetStatus, platform::bus::arguments(store), take);
+        ask(platform::bus::agent_method::kList, platform::bus::arguments(store), take);
+        EXPECT_TRUE(refusals == 0 || refusals == 3) << store;
+        return refusals == 3;
+    };
+    EXPECT_TRUE(isRefused("/elsewhere"));
+    EXPECT_TRUE(isRefused(around)) << "it would have to be looked at to know";
+    EXPECT_FALSE(isRefused(platform::bus::agentStoreArgument(around))) << "who asks has looked";
 }
 
 TEST_F(ReminderAgentTest, ClockStepsOfHoursShowEachReminderOnce) {
@@ -295,6 +319,7 @@ TEST_F(ReminderAgentTest, WithoutADaemonItWaitsForOneAndSaysSo) {
     EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::unavailable);
     EXPECT_THAT(status().reminders.reason, ::testing::HasSubstr("none is installed"));
     EXPECT_EQ(reminders().front().state, AgentReminder::State::pending);
+    EXPECT_EQ(status().nextDue, m_clock.now() - 10) << "it still waits";
 
     m_capabilities = {"body"};
     startNotifications();
@@ -357,6 +382,29 @@ TEST_F(ReminderAgentTest, TheStoreMayComeLaterAndBeReplaced) {
     }));
 }
 
+TEST_F(ReminderAgentTest, AStoreThatCannotBeOpenedIsTriedAgainThoughNobodySaysThatItCan) {
+    prepareStore();
+    add("Planned late", 100);
+    m_store = {};
+    startNotifications();
+    // Whoever holds this and changes nothing is not heard of when it lets go.
+    std::optional<base::FileLock> lock(std::in_place, storeFile().string() + ".lock",
+                                       std::chrono::milliseconds(0));
+    ASSERT_EQ(lock->state(), base::FileLock::State::held);
+    startAgent();
+    settleAgent();
+    EXPECT_THAT(reminders(), IsEmpty());
+    EXPECT_EQ(status().reminders.schedulingErrorMessage,
+              schedule::NotificationTexts::kSchedulingFailed);
+    EXPECT_EQ(m_log.count("The store cannot be opened"), 1U) << "however often it is tried";
+
+    lock.reset();
+    ASSERT_TRUE(patiently([&] { return reminders().size() == 1; }));
+    EXPECT_TRUE(patiently([&] { return !status().reminders.schedulingErrorMessage; }));
+    setClock(100);
+    EXPECT_TRUE(shows(1));
+}
+
 TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
     prepareStore();
     startNotifications();
@@ -377,7 +425,7 @@ TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
     EXPECT_TRUE(shows(1));
 }
 
-TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndItsNotificationCloses) {
+TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndCompletedWhenItCanBe) {
     prepareStore();
     startNotifications();
     startAgent();
@@ -393,8 +441,36 @@ TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndItsNotificationCl
         ASSERT_EQ(lock.state(), base::FileLock::State::held);
         m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
                                 Tells::sender);
-        ASSERT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+        ASSERT_TRUE(
+            patiently([&] { return m_log.count("Notification completion failed; code ") > 0; }));
+        EXPECT_TRUE(m_notifications->closed().empty());
     }
+    EXPECT_FALSE(isCompleted(todo));
+    EXPECT_TRUE(patiently([&] { return isCompleted(todo); }));
+    EXPECT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+}
+
+TEST_F(ReminderAgentTest, ATodoThatMayNotBeCompletedIsShownInTheApp) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto todo = add("Put away", 10);
+    auto archived = std::make_unique<model::Board>(
+        model::BoardFields{.id = base::Uuid::random(), .name = "Archived", .isArchived = true});
+    auto& board = *archived;
+    m_store.context->insert(std::move(archived));
+    m_store.context->find<Entry>(todo)->setBoard(&board);
+    m_store.context->save();
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    m_log.expectError("Notification completion failed; code ");
+    m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
+                            Tells::sender, "token");
+    ASSERT_TRUE(patiently([&] { return !m_started.empty(); }));
+    EXPECT_THAT(m_started, ElementsAre(app::entryUrl(todo) + " token"));
+    EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 1; }));
     EXPECT_FALSE(isCompleted(todo));
 }
 

@@ -326,7 +326,7 @@ TEST_F(ReminderDeliveryTest, AnAnswerThatCannotBeWrittenIsWrittenLater) {
     }
     EXPECT_THAT(delivery().takeDue(), IsEmpty());
     EXPECT_EQ(delivery().retryDelay(), std::nullopt);
-    const auto rows = agent->table.rows(5);
+    const auto rows = agent->table.rows(5).read;
     ASSERT_THAT(rows, SizeIs(3));
     for (const auto& row : rows) {
         EXPECT_EQ(row.state, row.request.entryID == first.id()    ? ReminderState::posted
@@ -357,7 +357,7 @@ TEST_F(ReminderDeliveryTest, WhatDoesNotStandAndCannotBeWrittenAwayHoldsNothingU
     delivery().recordPosted(request(first), {1, kDaemon});
     runLoop.advance(10);
     EXPECT_THAT(delivery().takeDue(), ElementsAre(request(last)));
-    EXPECT_THAT(agent->table.rows(5), SizeIs(2));
+    EXPECT_THAT(agent->table.rows(5).read, SizeIs(2));
 }
 
 TEST_F(ReminderDeliveryTest, WhatWasClosedAndCouldNotBeWrittenIsNotShownByTheNextDaemon) {

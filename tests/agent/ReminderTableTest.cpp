@@ -61,7 +61,7 @@ protected:
         return requests;
     }
     State stateOf(int number) {
-        for (const auto& row : table->rows(100)) {
+        for (const auto& row : table->rows(100).read) {
             if (row.request.entryID == entry(number)) {
                 return row.state;
             }
@@ -114,7 +114,7 @@ TEST_F(ReminderTableTest, WhatWasShownIsNotShownAgainAtTheSameMoment) {
     table->put(request(1, 11));
     EXPECT_THAT(table->due({11}, 5), ElementsAre(request(1, 11)));
     table->withdraw(entry(1));
-    EXPECT_THAT(table->rows(5), IsEmpty());
+    EXPECT_THAT(table->rows(5).read, IsEmpty());
 }
 
 TEST_F(ReminderTableTest, AnAnswerThatComesTooLateIsWithdrawn) {
@@ -147,11 +147,38 @@ TEST_F(ReminderTableTest, OfShownOnesOnlyTheNewestAreRememberedAndWithoutTheirWo
         }
         table->put(request(1, 1));
     });
-    const auto rows = table->rows(2 * kMany);
+    const auto rows = table->rows(2 * kMany).read;
     ASSERT_THAT(rows, SizeIs(ReminderTable::kMaximumRemembered + 1));
-    EXPECT_EQ(rows.front().request.date, Instant{kMany - 1});
-    EXPECT_EQ(rows.front().request.body, "");
-    EXPECT_EQ(rows.back().request, request(1, 1)) << "what waits is never forgotten";
+    EXPECT_EQ(rows.front().request, request(1, 1)) << "what waits is never forgotten";
+    EXPECT_EQ(rows[1].request.date, Instant{kMany - 1});
+    EXPECT_EQ(rows[1].request.body, "");
+}
+
+TEST_F(ReminderTableTest, OfManyTheSoonestAreReadAndThoseShownLast) {
+    open().changeTogether([&] {
+        for (int i = 0; i < 10; ++i) {
+            const auto shown = Uuid::random();
+            table->put({shown, {double(i)}, "words"});
+            table->setPosted(shown, {double(i)}, kShown);
+            table->setClosed(kShown);
+            table->put(request(i, 100 + i));
+        }
+    });
+    const auto read = [&](std::size_t atMost, std::size_t more) {
+        const auto rows = table->rows(atMost);
+        EXPECT_EQ(rows.more, more);
+        std::vector<double> dues;
+        for (const auto& row : rows.read) {
+            dues.push_back(row.request.date.seconds);
+        }
+        return dues;
+    };
+    EXPECT_THAT(read(6, 14), ElementsAre(100, 101, 102, 9, 8, 7));
+    EXPECT_THAT(read(20, 0), SizeIs(20));
+    for (int i = 2; i < 10; ++i) {
+        table->withdraw(entry(i));
+    }
+    EXPECT_THAT(read(6, 6), ElementsAre(100, 101, 9, 8, 7, 6)) << "all room is used";
 }
 
 TEST_F(ReminderTableTest, OneProcessHasIt) {
@@ -197,13 +224,13 @@ TEST_F(ReminderTableTest, AFileOfNoUseIsSetAside) {
         const auto warnings = log.count("is set aside and begun anew: ");
         // What belongs to the former file must not get into the new one.
         std::ofstream(file.string() + "-journal") << "stale";
-        EXPECT_THAT(open().rows(5), IsEmpty());
+        EXPECT_THAT(open().rows(5).read, IsEmpty());
         EXPECT_EQ(table->watchedUntil(), std::nullopt);
         EXPECT_EQ(log.count("is set aside and begun anew: "), warnings + 1);
         EXPECT_EQ(contents(file.string() + ".aside"), before);
         EXPECT_FALSE(std::filesystem::exists(file.string() + "-journal"));
         table->put(request(2, 20));
-        EXPECT_THAT(open().rows(5), SizeIs(1));
+        EXPECT_THAT(open().rows(5).read, SizeIs(1));
         table.reset();
         std::filesystem::remove(file);
     }
@@ -227,7 +254,7 @@ TEST_F(ReminderTableTest, OneThatTurnsOutToBeDamagedIsReconciledFromNothing) {
 TEST_F(ReminderTableTest, WhatCannotBeWrittenNowIsNotThrownAway) {
     open().put(request(1, 2000));
     table->setPosted(entry(1), {2000}, kShown);
-    const auto rows = table->rows(5);
+    const auto rows = table->rows(5).read;
     TableNotificationClient client(*table);
     const auto change = [&] { client.add(request(2, 2000)); };
     {
@@ -238,10 +265,10 @@ TEST_F(ReminderTableTest, WhatCannotBeWrittenNowIsNotThrownAway) {
         } catch (const store::StoreError& error) {
             EXPECT_TRUE(ReminderFile::isDamage(error)) << "it may be";
         }
-        EXPECT_EQ(table->rows(5), rows);
+        EXPECT_EQ(table->rows(5).read, rows);
     }
     client.applyReconcile(change);
-    EXPECT_THAT(open().rows(5), SizeIs(2));
+    EXPECT_THAT(open().rows(5).read, SizeIs(2));
     EXPECT_EQ(log.count("set aside"), 0U);
 }
 
@@ -264,14 +291,14 @@ TEST_F(ReminderTableTest, OneThatCannotBeBegunAnewIsBegunWhenItCan) {
     }
     EXPECT_THAT(client.pending(kNow), IsEmpty());
     client.add(request(1, 2000));
-    EXPECT_THAT(open().rows(5), SizeIs(1));
+    EXPECT_THAT(open().rows(5).read, SizeIs(1));
     EXPECT_EQ(log.count("is set aside and begun anew: "), 1U);
 }
 
 TEST_F(ReminderTableTest, AReconcileIsDoneWholeOrNotAtAll) {
     open().put(request(1, 2000));
     TableNotificationClient client(*table);
-    const auto rows = table->rows(5);
+    const auto rows = table->rows(5).read;
     EXPECT_THROW(client.applyReconcile([&] {
         const std::string stale[] = {schedule::ReminderNotification::identifier(entry(1)),
                                      "another-notification"};
@@ -280,7 +307,7 @@ TEST_F(ReminderTableTest, AReconcileIsDoneWholeOrNotAtAll) {
         throw store::StoreError(store::StoreErrorCase::full);
     }),
                  store::StoreError);
-    EXPECT_EQ(table->rows(5), rows);
+    EXPECT_EQ(table->rows(5).read, rows);
 }
 
 /// What a program may do to the table; the same again for the same number.
@@ -318,7 +345,8 @@ TEST_F(ReminderTableTest, KilledAtAnyMomentItHasAllThatWasDone) {
     ReminderTable model({}, log);
     unsigned done = 0;
     const auto isEqual = [&] {
-        return table->rows(100) == model.rows(100) && table->withdrawals() == model.withdrawals() &&
+        return table->rows(100).read == model.rows(100).read &&
+               table->withdrawals() == model.withdrawals() &&
                table->watchedUntil() == model.watchedUntil();
     };
     for (int round = 0; round < 40; ++round) {

@@ -294,7 +294,7 @@ private:
         std::optional<ReminderTable> closed;
         auto& table =
             m_agent ? m_agent->table : closed.emplace(m_folder / "reminders.sqlite", m_mine.log);
-        const auto rows = table.rows(ReminderTable::kMaximumRemembered);
+        const auto rows = table.rows(ReminderTable::kMaximumRemembered).read;
         return std::any_of(rows.begin(), rows.end(),
                            [&](const auto& row) { return reminderOf(row.request) == reminder; });
     }

@@ -56,6 +56,15 @@ TEST_F(AutostartFileTest, WhatTheUserHasWrittenStays) {
     EXPECT_EQ(contents(), own);
 }
 
+TEST_F(AutostartFileTest, WhatCannotBeReadIsNotTouched) {
+    ASSERT_FALSE(file.turnOn());
+    const std::string much = "[Desktop Entry]\nHidden=true\n#" + std::string(70'000, 'x');
+    write(much);
+    EXPECT_EQ(file.turnOff(), std::errc::file_too_large);
+    EXPECT_EQ(file.turnOn(), std::errc::file_too_large);
+    EXPECT_EQ(std::filesystem::file_size(path), much.size());
+}
+
 TEST_F(AutostartFileTest, HeedsTheSwitchesOfDesktops) {
     ASSERT_FALSE(file.turnOn());
     for (const auto* const mark : {"Hidden = true", "X-GNOME-Autostart-enabled=false"}) {

@@ -251,7 +251,8 @@ TEST_F(QuickEntryStateTest, FilesAreReadWhileThePanelGoesOn) {
     EXPECT_FALSE(state->isAttachingFiles());
     EXPECT_EQ(state->errorMessage(), descriptionOf(model::AttachmentErrorCase::invalidFile));
     state->prepare();
-    EXPECT_EQ(state->errorMessage(), std::nullopt) << "at another opening";
+    EXPECT_TRUE(state->errorMessage()) << "it may have come while the panel was hidden";
+    state->forgetError();
     state->setContent("milk");
     ASSERT_TRUE(state->save());
     EXPECT_THAT(EntryAttachment::decode(entriesOf(*inbox).front()->attachmentData()), SizeIs(3));

@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from window import KORVEX, PATIENCE, WindowCase, wait_for
+from window import DESKTOP, KORVEX, PATIENCE, WindowCase, wait_for
 
 DRAFT_KEPT = 1.0  # seconds after a change, at the latest
 NAME = "Quick Entry"
@@ -148,16 +148,11 @@ class QuickEntryTest(CaptureCase):
         self.assertIsNone(main.poll())
 
 
-class RunningAppTest(CaptureCase):
-    """Asked over the bus, with the main window there."""
-
+class BusCase(CaptureCase):
     with_bus = True
 
-    def setUp(self):
-        super().setUp()
-        self.app = self.start_window()
-        wait_for(lambda: "dev.korvex.Korvex" in self.call("org.freedesktop.DBus", "/", "ListNames"),
-                 "the app's name on the bus")
+    def is_on_the_bus(self):
+        return "dev.korvex.Korvex" in self.call("org.freedesktop.DBus", "/", "ListNames")
 
     def call(self, destination, path, member, *arguments):
         interface = "org.freedesktop.Application" if "korvex" in destination else destination
@@ -169,6 +164,40 @@ class RunningAppTest(CaptureCase):
     def activate(self, *parameters):
         self.call("dev.korvex.Korvex", "/dev/korvex/Korvex", "ActivateAction", "quick-entry",
                   f"[{', '.join(f'<{each!r}>' for each in parameters)}]", "{}")
+
+
+class StartedByTheBusTest(BusCase):
+    """Nobody runs: the bus starts the app, and delivers then what it is wanted for."""
+
+    def start_bus(self):
+        services = self.home / "data" / "dbus-1" / "services"
+        services.mkdir(parents=True)
+        (services / "dev.korvex.Korvex.service").write_text(
+            f"[D-BUS Service]\nName=dev.korvex.Korvex\nExec={DESKTOP} --for-bus\n")
+        super().start_bus()
+
+    def test_only_what_is_asked_for_comes_up(self):
+        self.activate()
+        self.wait_for_panel()
+        time.sleep(0.5)
+        self.assertEqual([name.partition(" – ")[0] for name in self.windows()], [NAME])
+        self.type("from the launcher")
+        self.keys("Return")
+        wait_for(lambda: not self.is_on_the_bus(), "the app to end with its panel")
+        self.assertEqual(self.texts(), ["from the launcher"])
+        self.call("dev.korvex.Korvex", "/dev/korvex/Korvex", "Activate", "{}")
+        wait_for(lambda: "Inbox" in self.focused(), "the window")
+        self.keys("ctrl+q")
+        wait_for(lambda: not self.is_on_the_bus(), "the app to end")
+
+
+class RunningAppTest(BusCase):
+    """Asked over the bus, with the main window there."""
+
+    def setUp(self):
+        super().setUp()
+        self.app = self.start_window()
+        wait_for(self.is_on_the_bus, "the app's name on the bus")
 
     def test_the_command_has_the_running_app_open_it(self):
         self.assertEqual(self.capture("--board", "Work").wait(PATIENCE), 0)

@@ -1,11 +1,13 @@
 #!/usr/bin/env python3
 """widget_test.py DESKTOP KORVEX: drives the real widgets on a screen of their own, with a window manager and
 a bus, by pointer and keyboard, and reads back what was stored with the command line."""
+import datetime
 import json
 import os
 import pathlib
 import shutil
 import signal
+import struct
 import subprocess
 import time
 import unittest
@@ -54,17 +56,49 @@ class WidgetTest(WindowCase):
     def title(self):
         return self.xdotool("getactivewindow", "getwindowname").strip()
 
-    def test_it_stands_below_all_windows_on_every_desktop_and_takes_no_keyboard(self):
-        self.korvex("add", "Buy milk")
-        app = self.start_window()
-        self.start_widget()
-        [window] = self.widgets()
+    def check_stands_on_desktop(self, window):
         self.assertIn("4294967295", self.hints(window, "_NET_WM_DESKTOP"))
         state = self.hints(window, "_NET_WM_STATE")
         for wanted in ("BELOW", "SKIP_TASKBAR", "SKIP_PAGER"):
             self.assertIn("_NET_WM_STATE_" + wanted, state)
+
+    def active(self):
+        return self.xdotool("getactivewindow").strip()
+
+    def test_it_stands_below_all_windows_on_every_desktop_and_at_login_takes_no_keyboard(self):
+        self.korvex("add", "Buy milk")
+        self.end(self.start_widget())
+        wait_for(self.remembered, "the widget to be remembered")
+        app = self.start_window()
+        self.start_widget("--at-login")
+        [window] = self.widgets()
+        self.check_stands_on_desktop(window)
+        time.sleep(0.5)
+        self.assertNotEqual(self.active(), window)
         self.assertIn("Inbox – Korvex", self.title())
         self.assertIsNone(app.poll())
+
+    def test_who_asks_for_it_can_tick_by_keys_alone(self):
+        self.korvex("add", "Buy milk", "Water plants", "Call Ada")
+        self.start_window()
+        for start, left in ((self.start_widget, ["Water plants", "Call Ada"]),
+                            (lambda: self.start_again("--board", self.board_id("Inbox")), ["Call Ada"])):
+            self.xdotool("search", "--name", "Inbox – Korvex", "windowactivate", "--sync")
+            start()
+            [window] = self.widgets()
+            wait_for(lambda: self.active() == window, "the widget to have the keyboard")
+            self.check_stands_on_desktop(window)
+            self.keys("Home", "space")
+            wait_for(lambda: self.texts() == left, "the todo to be ticked")
+            time.sleep(1)  # its row leaves
+        self.korvex("board", "add", "Work")
+        self.start_again("--board", self.board_id("Work"))
+        wait_for(lambda: self.active() in set(self.widgets()) - {window},
+                 "one more widget with the keyboard")
+
+    def start_again(self, *arguments):
+        subprocess.run([KORVEX, "widget", *arguments], env=self.environment, timeout=PATIENCE,
+                       check=True)
 
     def test_a_tick_is_done_once_and_seen_in_the_running_window(self):
         self.korvex("add", "Buy milk", "Water plants", "Call Ada")
@@ -86,20 +120,57 @@ class WidgetTest(WindowCase):
         wait_for(lambda: not self.texts(), "the last one to be completed in the window")
         self.assertEqual(sorted(self.completed()), ["Buy milk", "Call Ada", "Water plants"])
 
+    def start_notifications(self):
+        # Its menu is a program that chooses the line that it is told. It stands in nobody's way.
+        menu = self.home / "menu"
+        menu.write_text("#!/bin/sh\ngrep -m1 'Mark Complete'\n")
+        menu.chmod(0o700)
+        settings = self.home / "config" / "dunst" / "dunstrc"  # where one that the bus starts looks
+        settings.parent.mkdir(parents=True)
+        settings.write_text(f"[global]\ndmenu = {menu}\norigin = bottom-left\n")
+        daemon = subprocess.Popen(["dunst"], env=self.environment, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, daemon)
+        wait_for(lambda: self.notifications() == "0", "the notification daemon")
+
+    def notifications(self):
+        """How many are shown; nothing without a daemon."""
+        return subprocess.run(["dunstctl", "count", "displayed"], env=self.environment, text=True,
+                              capture_output=True, check=False).stdout.strip()
+
+    def revision(self):
+        """How often the store was saved."""
+        lock = (self.home / "data" / "korvex" / "Primary.store.lock").read_bytes()
+        return struct.unpack("=q", lock[24:32])[0]
+
     def test_several_who_complete_the_same_todo_at_once_do_it_once(self):
+        self.start_notifications()
         self.start_widget()
         [window] = self.widgets()
-        for round_ in range(5):
-            self.korvex("add", f"todo {round_}")
+        for first in ("widget", "command", "notification"):
+            moment = datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(seconds=3)
+            self.korvex("add", first, "--remind", moment.strftime("%Y-%m-%dT%H:%M:%SZ"))
             [entry] = self.stored()
-            time.sleep(0.5)
-            command = subprocess.Popen([KORVEX, "complete", entry["id"]], env=self.environment,
-                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-            self.tick(window)
-            command.wait(PATIENCE)
+            wait_for(lambda: self.notifications() == "1", "the reminder")
+            before = self.revision()
+            ways = {
+                "widget": lambda: self.tick(window),
+                "command": lambda: self.start([KORVEX, "complete", entry["id"]]),
+                "notification": lambda: self.start(["dunstctl", "context"]),
+            }
+            ways.pop(first)()
+            for way in ways.values():
+                way()
             wait_for(lambda: not self.stored(), "the todo to be completed")
-            self.assertEqual(self.completed().count(f"todo {round_}"), 1)
+            wait_for(lambda: self.notifications() == "0", "the notification to be answered")
             time.sleep(1)
+            self.assertEqual(self.stored(), [])
+            self.assertEqual(self.revision(), before + 1, "it is completed with one save")
+
+    def start(self, command):
+        process = subprocess.Popen(command, env=self.environment, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL)
+        self.addCleanup(process.wait, PATIENCE)
 
     def test_a_board_that_leaves_and_comes_back_is_shown_again(self):
         self.korvex("board", "add", "Work")
@@ -136,11 +207,9 @@ class WidgetTest(WindowCase):
     def test_a_second_start_hands_over_and_widgets_come_back_where_they_stood(self):
         self.korvex("board", "add", "Work")
         first = self.start_widget()
-        subprocess.run([KORVEX, "widget", "--board", "Work"], env=self.environment, timeout=PATIENCE,
-                       check=True)
+        self.start_again("--board", "Work")
         wait_for(lambda: len(self.widgets()) == 2, "a second widget")
-        subprocess.run([KORVEX, "widget", "--board", "Work"], env=self.environment, timeout=PATIENCE,
-                       check=True)
+        self.start_again("--board", "Work")
         # Moved by its header.
         x, y, width, height = self.place(self.widgets()[0])
         self.xdotool("mousemove", str(x + 60), str(y + 25), "mousedown", "1")

@@ -5,6 +5,7 @@
 #include "platform/system/ProgramFile.h"
 #include "platform/systemd/SdEventRunLoop.h"
 
+#include <algorithm>
 #include <optional>
 #include <system_error>
 
@@ -29,6 +30,7 @@ constexpr Seconds kStarting = 50ms;
 constexpr const char* kNoBus = "There is no session bus.";
 constexpr const char* kNotRunning = "It is not running.";
 constexpr const char* kSilent = "It does not answer.";
+constexpr const char* kOtherStore = "One runs that looks after another store.";
 
 } // namespace
 
@@ -118,7 +120,7 @@ CommandBus::Called CommandBus::callAgent(const char* method, const platform::bus
             const auto* const error = reply.error();
             called = !error                                                ? Called::answered
                      : error->name().empty()                               ? Called::silent
-                     : error->name() == platform::bus::kAgentHasOtherStore ? Called::answered
+                     : error->name() == platform::bus::kAgentHasOtherStore ? Called::otherStore
                                                                            : Called::nobodyThere;
             if (!error && take) {
                 take(reply);
@@ -131,9 +133,11 @@ CommandBus::Called CommandBus::callAgent(const char* method, const platform::bus
 
 void CommandBus::planReminders(const std::filesystem::path& storeFile,
                                const std::vector<std::string>& withdrawn) {
+    auto told = withdrawn;
+    told.resize(std::min(told.size(), platform::bus::kMostWithdrawn));
     const auto called =
         callAgent(platform::bus::agent_method::kReconcile,
-                  platform::bus::arguments(platform::bus::agentStoreArgument(storeFile), withdrawn),
+                  platform::bus::arguments(platform::bus::agentStoreArgument(storeFile), told),
                   MethodAddress::Start::allowed, kLongestAnnouncement, {});
     if (called == Called::nobodyThere) {
         // The bus has not been told how: it stands beside this program then, and plans at its
@@ -142,11 +146,13 @@ void CommandBus::planReminders(const std::filesystem::path& storeFile,
     }
 }
 
-RunningAgent::Answer<app::AgentStatus> CommandBus::agentStatus() {
+RunningAgent::Answer<app::AgentStatus>
+CommandBus::agentStatus(const std::filesystem::path& storeFile) {
     RunningAgent::Answer<app::AgentStatus> answer;
     const auto called =
-        callAgent(platform::bus::agent_method::kGetStatus, {}, MethodAddress::Start::never,
-                  kLongestListing, [&](const Reply& reply) {
+        callAgent(platform::bus::agent_method::kGetStatus,
+                  platform::bus::arguments(platform::bus::agentStoreArgument(storeFile)),
+                  MethodAddress::Start::never, kLongestListing, [&](const Reply& reply) {
                       answer.said =
                           platform::bus::agentStatusOf(reply.read<platform::bus::Dictionary>());
                   });
@@ -154,16 +160,18 @@ RunningAgent::Answer<app::AgentStatus> CommandBus::agentStatus() {
     return answer;
 }
 
-RunningAgent::Answer<std::vector<app::AgentReminder>> CommandBus::agentReminders() {
-    RunningAgent::Answer<std::vector<app::AgentReminder>> answer;
+RunningAgent::Answer<app::AgentReminders>
+CommandBus::agentReminders(const std::filesystem::path& storeFile) {
+    RunningAgent::Answer<app::AgentReminders> answer;
+    const auto store = platform::bus::agentStoreArgument(storeFile);
     const auto end = std::chrono::steady_clock::now() + kLongestListing;
     auto called = Called::nobodyThere;
     auto isStarted = false;
     do {
-        called = callAgent(platform::bus::agent_method::kList, {}, MethodAddress::Start::allowed,
-                           end - std::chrono::steady_clock::now(), [&](const Reply& reply) {
-                               answer.said = platform::bus::agentRemindersOf(reply);
-                           });
+        called = callAgent(
+            platform::bus::agent_method::kList, platform::bus::arguments(store),
+            MethodAddress::Start::allowed, end - std::chrono::steady_clock::now(),
+            [&](const Reply& reply) { answer.said = platform::bus::agentRemindersOf(reply); });
         if (called != Called::nobodyThere) {
             break;
         }
@@ -181,6 +189,8 @@ std::string CommandBus::reasonOf(Called called) {
     switch (called) {
     case Called::answered:
         break;
+    case Called::otherStore:
+        return kOtherStore;
     case Called::nobodyThere:
         return kNotRunning;
     case Called::silent:

@@ -32,14 +32,16 @@ public:
     /// Takes a tenth of a second at most.
     void planReminders(const std::filesystem::path& storeFile,
                        const std::vector<std::string>& withdrawn) override;
-    RunningAgent::Answer<app::AgentStatus> agentStatus() override;
-    RunningAgent::Answer<std::vector<app::AgentReminder>> agentReminders() override;
+    RunningAgent::Answer<app::AgentStatus>
+    agentStatus(const std::filesystem::path& storeFile) override;
+    RunningAgent::Answer<app::AgentReminders>
+    agentReminders(const std::filesystem::path& storeFile) override;
 
 private:
     using Seconds = std::chrono::duration<double>;
     struct Connection;
     /// What came of a call of the agent.
-    enum class Called { answered, nobodyThere, silent, noBus };
+    enum class Called { answered, otherStore, nobodyThere, silent, noBus };
     static std::string reasonOf(Called called);
 
     /// Null where there is no bus, or none that answers within the limit.

@@ -59,7 +59,11 @@ ExitStatus quickEntry(Session& session, const QuickEntryOptions& options) {
         throw wrongUsage("--type takes todo or text.");
     }
     if (options.board) {
-        request.board = findBoard(session, *options.board).id();
+        const auto& board = findBoard(session, *options.board);
+        if (board.isArchived()) { // the panel offers the others only
+            throw refusal("The board \"" + board.name() + "\" is archived.");
+        }
+        request.board = board.id();
     }
     std::vector<std::string> arguments{"--quick-entry"};
     if (request.board) {

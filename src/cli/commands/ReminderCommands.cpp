@@ -10,6 +10,7 @@
 
 #include "app/StoreLocation.h"
 #include "base/Calendar.h"
+#include "base/Error.h"
 #include "schedule/NotificationScheduling.h"
 
 #include <algorithm>
@@ -32,27 +33,22 @@ void requireOwnStore(const Session& session) {
     }
 }
 
-/// What is to come first, the soonest first; then what was shown, the latest first.
-bool comesBefore(const AgentReminder& left, const AgentReminder& right) {
-    const auto isPending = left.state == State::pending;
-    if (isPending != (right.state == State::pending)) {
-        return isPending;
-    }
-    return isPending ? left.date < right.date : right.date < left.date;
-}
-
 /// The agent forgets what was shown once it is closed; the todo may still be there.
 void fillInTexts(Session& session, std::vector<AgentReminder>& reminders) {
     if (std::all_of(reminders.begin(), reminders.end(),
                     [](const auto& each) { return !each.body.empty(); })) {
         return;
     }
-    store::ModelContext context(session.openExisting());
-    for (auto& each : reminders) {
-        if (const auto* const entry =
-                each.body.empty() ? context.find<model::Entry>(each.entryID) : nullptr) {
-            each.body = entry->content();
+    try {
+        store::ModelContext context(session.openExisting());
+        for (auto& each : reminders) {
+            if (const auto* const entry =
+                    each.body.empty() ? context.find<model::Entry>(each.entryID) : nullptr) {
+                each.body = entry->content();
+            }
         }
+    } catch (const base::Error&) {
+        // The agent has answered, also where the store is gone or somebody is alone with it.
     }
 }
 
@@ -100,16 +96,19 @@ void write(Session& session, const std::vector<AgentReminder>& reminders) {
 
 ExitStatus reminders(Session& session, const NoOptions&) {
     requireOwnStore(session);
-    auto answer = session.environment().agent.agentReminders();
+    auto answer = session.environment().agent.agentReminders(session.storeFile());
     if (!answer.said) {
         throw refusal("The agent, which reminds of todos, cannot be reached. " + answer.reason);
     }
-    std::stable_sort(answer.said->begin(), answer.said->end(), comesBefore);
-    fillInTexts(session, *answer.said);
+    auto& [listed, more] = *answer.said;
+    fillInTexts(session, listed);
     if (session.wantsJson()) {
-        write(session, *answer.said);
+        write(session, listed);
     } else {
-        print(session, *answer.said);
+        print(session, listed);
+    }
+    if (more > 0) {
+        session.remark(std::to_string(more) + " more are not listed.");
     }
     return ExitStatus::done;
 }
@@ -160,7 +159,7 @@ void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
 
 ExitStatus status(Session& session, const NoOptions&) {
     requireOwnStore(session);
-    const auto answer = session.environment().agent.agentStatus();
+    const auto answer = session.environment().agent.agentStatus(session.storeFile());
     if (session.wantsJson()) {
         write(session, answer);
     } else {

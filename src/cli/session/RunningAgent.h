@@ -20,16 +20,16 @@ public:
     virtual void planReminders(const std::filesystem::path& storeFile,
                                const std::vector<std::string>& withdrawn) = 0;
 
-    /// What it answers, or why it does not.
+    /// What it answers, or why it does not: also where it looks after another store.
     template <typename Said>
     struct Answer {
         std::optional<Said> said = std::nullopt;
         std::string reason = {};
     };
     /// Does not start it.
-    virtual Answer<app::AgentStatus> agentStatus() = 0;
+    virtual Answer<app::AgentStatus> agentStatus(const std::filesystem::path& storeFile) = 0;
     /// Starts it where it does not run.
-    virtual Answer<std::vector<app::AgentReminder>> agentReminders() = 0;
+    virtual Answer<app::AgentReminders> agentReminders(const std::filesystem::path& storeFile) = 0;
 };
 
 } // namespace korvex::cli

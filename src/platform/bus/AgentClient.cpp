@@ -14,9 +14,6 @@ using Seconds = std::chrono::duration<double>;
 /// An agent that was replaced by a newer one is soon there again.
 constexpr Seconds kShortestPause = 1s;
 constexpr Seconds kLongestPause = 300s;
-/// One message must not grow without end; what is more is found by the reconcile, which comes with
-/// it.
-constexpr std::size_t kMostWithdrawn = 1000;
 
 constexpr std::string_view kNoBus = "There is no session bus.";
 constexpr std::string_view kNotStarted =

@@ -1,8 +1,12 @@
 #include "platform/bus/AgentProtocol.h"
 
 #include "base/Text.h"
+#include "platform/bus/StoreChangeSignal.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
+#include <limits>
 #include <utility>
 
 namespace korvex::platform::bus {
@@ -50,7 +54,8 @@ MethodAddress agentMethod(const char* member, MethodAddress::Start start) {
 }
 
 std::string agentStoreArgument(const std::filesystem::path& storeFile) {
-    return base::isValidUtf8(storeFile.native()) ? storeFile.native() : std::string();
+    auto name = storeNameOf(storeFile);
+    return base::isValidUtf8(name) ? std::move(name) : std::string();
 }
 
 Dictionary toDictionary(const app::AgentStatus& said) {
@@ -113,11 +118,23 @@ std::optional<app::AgentReminder> agentReminderOf(const AgentReminderOnBus& told
     return app::AgentReminder{*entry, date, body, *state};
 }
 
-std::vector<app::AgentReminder> agentRemindersOf(const Reply& reply) {
-    std::vector<app::AgentReminder> reminders;
-    for (const auto& told : reply.read<std::vector<AgentReminderOnBus>>()) {
-        if (auto reminder = agentReminderOf(told)) {
-            reminders.push_back(*std::move(reminder));
+Arguments argumentsOf(const app::AgentReminders& reminders) {
+    std::vector<AgentReminderOnBus> told;
+    told.reserve(reminders.listed.size());
+    for (const auto& each : reminders.listed) {
+        told.push_back(toBus(each));
+    }
+    constexpr std::size_t kLargest = std::numeric_limits<std::uint32_t>::max();
+    return arguments(std::move(told),
+                     static_cast<std::uint32_t>(std::min(reminders.more, kLargest)));
+}
+
+app::AgentReminders agentRemindersOf(const Reply& reply) {
+    const auto [told, more] = reply.read<std::vector<AgentReminderOnBus>, std::uint32_t>();
+    app::AgentReminders reminders{.more = more};
+    for (const auto& each : told) {
+        if (auto reminder = agentReminderOf(each)) {
+            reminders.listed.push_back(*std::move(reminder));
         }
     }
     return reminders;

@@ -81,6 +81,7 @@ NotificationDaemon::NotificationDaemon(Bus& bus, base::LogSink& log)
     m_owners = m_owner.changed().connect([this](const std::string&) { follow(); });
     m_states = m_bus.stateChanged().connect([this](Bus::State state) {
         if (state == Bus::State::connected) {
+            m_hasFailedToStart = false; // on a former bus
             look();
         }
     });
@@ -111,6 +112,9 @@ std::string NotificationDaemon::identityOf(const std::string& uniqueName) const 
 }
 
 void NotificationDaemon::look() {
+    if (m_hasFailedToStart && !m_isGreeting) {
+        greet();
+    }
     m_asked =
         m_bus.call({.destination = kBusName,
                     .path = kBusPath,
@@ -132,7 +136,7 @@ void NotificationDaemon::follow() {
     m_description.clear();
     m_token = {};
     if (!m_owner.owner().empty()) {
-        m_startFailure.clear();
+        m_hasFailedToStart = false;
         greet();
         call("GetServerInformation", {}, [this](const Reply& reply) {
             if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
@@ -160,7 +164,7 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
     if (!said) {
         m_log.warning("Nobody shows notifications: " + failureOf(reply));
         if (m_owner.owner().empty()) {
-            m_startFailure = failureOf(reply);
+            m_hasFailedToStart = true;
             m_changed.emit();
         }
         for (const auto& each : waiting) {

@@ -35,11 +35,12 @@ public:
     std::optional<std::string> identity() const;
     /// What it calls itself; empty as long as it has not said it.
     const std::string& description() const { return m_description; }
-    /// Why the last one could not be started; empty where none had to be, or one runs.
-    const std::string& startFailure() const { return m_startFailure; }
+    /// Whether the last one that was to be started could not be.
+    bool hasFailedToStart() const { return m_hasFailedToStart; }
     /// Emitted when one of these is another.
     base::Signal<>& changed() { return m_changed; }
-    /// Looks again which daemons the bus could start.
+    /// Looks again which daemons the bus could start, and tries again to start one that could not
+    /// be.
     void look();
 
     struct Notification {
@@ -106,7 +107,7 @@ private:
     std::optional<std::set<std::string, std::less<>>> m_capabilities;
     bool m_isGreeting = false;
     std::string m_description;
-    std::string m_startFailure;
+    bool m_hasFailedToStart = false;
     /// To be shown as soon as it is known what the daemon understands.
     std::vector<Waiting> m_waiting;
     /// The leave came for that notification, before its action.

@@ -114,14 +114,11 @@ PortalHotkeyBackend::PortalHotkeyBackend(std::string description, base::RunLoop&
 int PortalHotkeyBackend::installHandler() {
     m_owners = m_portal.changed().connect([this](const std::string& owner) {
         const auto wasServed = !m_session.empty();
-        if (owner.empty() && wasServed) {
-            m_retry = m_runLoop.callAfter(m_pause, [this] { begin(); });
-            m_pause = std::min(m_pause * 2, kLongestPause);
-        }
-        if (wasServed && owner != m_server) {
-            loseSession();
+        if (owner != m_server) {
             m_isIntroduced = false;
-            setStatus({State::managedByDesktop});
+            if (wasServed) {
+                waitToAskAgain();
+            }
         }
         if (!owner.empty() && m_status.state == State::managedByDesktop) {
             begin(); // one that has come back, or only now
@@ -152,13 +149,7 @@ app::HotkeyStatus PortalHotkeyBackend::registerShortcut(const Shortcut& shortcut
 void PortalHotkeyBackend::unregisterShortcut() {
     m_wanted.reset();
     m_retry.reset();
-    if (!m_session.empty()) {
-        m_bus.send({.destination = kPortalName,
-                    .path = m_session,
-                    .interface = kSessionInterface,
-                    .member = "Close"});
-    }
-    loseSession();
+    endSession();
     m_status = {State::asked};
 }
 
@@ -220,11 +211,18 @@ void PortalHotkeyBackend::bind() {
         PortalRequest::Listener{
             .answered =
                 [this](PortalRequest::Outcome outcome, const Dictionary& results) {
-                    if (outcome == PortalRequest::Outcome::done) {
+                    switch (outcome) {
+                    case PortalRequest::Outcome::done:
                         takeBound(results);
-                    } else {
-                        loseSession();
+                        break;
+                    case PortalRequest::Outcome::cancelled:
+                        endSession();
                         setStatus({State::declined, static_cast<int>(outcome)});
+                        break;
+                    case PortalRequest::Outcome::ended: // as where the screen was locked meanwhile
+                        endSession();
+                        waitToAskAgain();
+                        break;
                     }
                 },
             .failed = [this](const BusError& error) { giveUp(error); }});
@@ -296,10 +294,7 @@ void PortalHotkeyBackend::listen() {
                           .path = m_session,
                           .interface = kSessionInterface,
                           .member = "Closed"},
-                         [this](const IncomingSignal&) {
-                             loseSession();
-                             setStatus({State::declined});
-                         });
+                         [this](const IncomingSignal&) { waitToAskAgain(); });
 }
 
 void PortalHotkeyBackend::giveUp(const BusError& error) {
@@ -316,6 +311,23 @@ void PortalHotkeyBackend::loseSession() {
     m_activations.cancel();
     m_changes.cancel();
     m_ends.cancel();
+}
+
+void PortalHotkeyBackend::endSession() {
+    if (!m_session.empty()) {
+        m_bus.send({.destination = kPortalName,
+                    .path = m_session,
+                    .interface = kSessionInterface,
+                    .member = "Close"});
+    }
+    loseSession();
+}
+
+void PortalHotkeyBackend::waitToAskAgain() {
+    loseSession();
+    m_retry = m_runLoop.callAfter(m_pause, [this] { begin(); });
+    m_pause = std::min(m_pause * 2, kLongestPause);
+    setStatus({State::managedByDesktop});
 }
 
 void PortalHotkeyBackend::setStatus(app::HotkeyStatus status) {

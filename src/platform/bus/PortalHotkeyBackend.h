@@ -18,7 +18,8 @@ namespace korvex::platform::bus {
 /// run loop and the log must outlive it.
 class PortalHotkeyBackend final : public app::HotkeyBackend {
 public:
-    /// A portal that has gone is asked for anew after so long, and after twice that the next time.
+    /// What has gone without the user's doing is asked for anew after so long, and after twice that
+    /// the next time.
     static constexpr std::chrono::duration<double> kFirstPause{2};
     static constexpr std::chrono::duration<double> kLongestPause{600};
 
@@ -50,6 +51,11 @@ private:
     /// A step has failed, or the portal has gone.
     void giveUp(const BusError& error);
     void loseSession();
+    /// The same of one that the portal still has.
+    void endSession();
+    /// Nobody has said no, but there is no session any more, or not yet: the desktop manages it
+    /// until it is asked for again, in a while.
+    void waitToAskAgain();
     void setStatus(app::HotkeyStatus status);
 
     base::RunLoop& m_runLoop;

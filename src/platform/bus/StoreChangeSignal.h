@@ -8,6 +8,10 @@
 
 namespace korvex::platform::bus {
 
+/// What a store is called between programs, whichever way leads there: each finds that out for its
+/// own only, since another's may lie where nothing answers.
+std::string storeNameOf(const std::filesystem::path& storeFile);
+
 /// Sends the change signal. False when it could not be sent.
 bool announceStoreChange(Bus& bus, const std::filesystem::path& storeFile);
 

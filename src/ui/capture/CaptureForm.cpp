@@ -1,5 +1,8 @@
 #include "ui/capture/CaptureForm.h"
 
+#include "base/Text.h"
+#include "model/EntryContentLimit.h"
+#include "model/ServiceErrors.h"
 #include "ui/boards/BoardColors.h"
 #include "ui/boards/BoardIcons.h"
 #include "ui/capture/ChoiceButton.h"
@@ -8,9 +11,12 @@
 #include "ui/kit/controls/RefusalLabel.h"
 #include "ui/kit/controls/SegmentedChoice.h"
 #include "ui/kit/controls/WordsAndButton.h"
+#include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
+#include "ui/todos/PastedLines.h"
 
 #include <QAction>
 #include <QActionGroup>
@@ -19,6 +25,10 @@
 #include <QPushButton>
 #include <QToolButton>
 #include <QVBoxLayout>
+
+#include <algorithm>
+#include <string_view>
+#include <vector>
 
 namespace korvex::ui {
 
@@ -64,6 +74,7 @@ void CaptureForm::makeControls() {
     m_reading = new QLabel(tr("Attaching files… Escape stops that."), this);
     m_reading->setFont(m_theme.smallFont());
     m_reading->setForegroundRole(QPalette::PlaceholderText);
+    Accessibility::setRole(*m_reading, QAccessible::AlertMessage);
     m_refusal = new RefusalLabel(m_theme, this);
     m_type = new SegmentedChoice(tr("Type"), {tr("Todo"), tr("Text")}, m_theme, this);
     m_board = new ChoiceButton(m_theme, this);
@@ -158,6 +169,7 @@ void CaptureForm::connectControls() {
             m_state.setContent(typed);
         }
     });
+    m_text->setTakes([this](const QString& text) { return takes(text); });
     connect(m_text, &CaptureText::saveRequested, this, &CaptureForm::saveRequested);
     connect(m_text, &CaptureText::attachmentsOffered, this, &CaptureForm::attachmentsOffered);
     connect(m_files, &FileChips::removalRequested, this, [this](const base::Uuid& file) {
@@ -191,7 +203,11 @@ void CaptureForm::follow() {
     followSchedule();
     followHeading();
     followFiles();
+    const auto beginsToRead = m_state.isAttachingFiles() && m_reading->isHidden();
     m_reading->setVisible(m_state.isAttachingFiles());
+    if (beginsToRead) {
+        Accessibility::say(*m_reading, m_reading->text());
+    }
     m_attach->setEnabled(m_state.attachments().size() < model::EntryAttachment::kMaximumCount);
     m_discard->setVisible(m_state.hasDraft());
     const auto& refused = m_state.errorMessage();
@@ -214,6 +230,19 @@ void CaptureForm::followText() {
     }
 }
 
+bool CaptureForm::takes(const QString& text) {
+    const auto bytes = toUtf8(withLineFeeds(text));
+    const auto pieces = m_state.entryType() == EntryType::todo
+                            ? base::filledLines(bytes)
+                            : std::vector<std::string_view>{bytes};
+    if (std::all_of(pieces.begin(), pieces.end(), model::EntryContentLimit::allows)) {
+        return true;
+    }
+    const model::EntryServiceError error(model::EntryServiceErrorCase::contentTooLong);
+    say(translated(error.errorDescription()));
+    return false;
+}
+
 void CaptureForm::followFiles() {
     m_files->show(m_state.attachments());
     QWidget* before = m_text;
@@ -225,7 +254,10 @@ void CaptureForm::followFiles() {
 
 void CaptureForm::followBoard() {
     const auto& id = m_state.selectedBoardID();
-    const auto* const board = id ? m_workspace.context.find<model::Board>(*id) : nullptr;
+    const model::Board* board = nullptr;
+    if (id) { // who tells of changes hears no refusal, and a capture says what is wrong
+        static_cast<void>(refusal([&] { board = m_workspace.context.find<model::Board>(*id); }));
+    }
     const auto name = board ? toQString(board->name()) : tr("No board");
     const auto& colors = m_theme.colors();
     m_board->show(board ? boardIconName(board->iconSystemName()) : QString(),

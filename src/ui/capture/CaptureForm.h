@@ -55,6 +55,8 @@ private:
     void layOut();
     void connectControls();
     void followText();
+    /// Whether it could be stored; else the user is told.
+    bool takes(const QString& text);
     void followFiles();
     void followBoard();
     void followSchedule();

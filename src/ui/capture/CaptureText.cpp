@@ -71,7 +71,7 @@ bool CaptureText::canInsertFromMimeData(const QMimeData* source) const {
 void CaptureText::insertFromMimeData(const QMimeData* source) {
     if (isForAttaching(*source)) {
         Q_EMIT attachmentsOffered(source);
-    } else {
+    } else if (!m_takes || m_takes(source->text())) {
         QTextEdit::insertFromMimeData(source);
     }
 }

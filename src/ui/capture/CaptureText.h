@@ -5,6 +5,9 @@
 #include <QMimeData>
 #include <QTextEdit>
 
+#include <functional>
+#include <utility>
+
 namespace korvex::ui {
 
 /// What Quick Entry is typed into: plain text that grows with its lines up to a height, and scrolls
@@ -19,6 +22,10 @@ public:
     QString typed() const;
     /// Shows another text, of which no step can be taken back; the caret is at its end.
     void setTyped(const QString& text);
+
+    /// Asked before a text is pasted or dropped: one that could never be stored may take long to be
+    /// laid out.
+    void setTakes(std::function<bool(const QString& text)> takes) { m_takes = std::move(takes); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return {0, heightOf(1)}; }
@@ -38,6 +45,7 @@ private:
     int heightOf(int lines) const;
 
     const Theme& m_theme;
+    std::function<bool(const QString&)> m_takes;
 };
 
 } // namespace korvex::ui

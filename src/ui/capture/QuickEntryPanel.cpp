@@ -60,7 +60,8 @@ QuickEntryPanel::QuickEntryPanel(app::QuickEntryState& state, const Workspace& w
     addShortcuts();
     m_leaving.setSingleShot(true);
     connect(&m_leaving, &QTimer::timeout, this, [this] {
-        if (!isActiveWindow() && !asksSomething() && !m_state.hasDraft()) {
+        if (!isActiveWindow() && !asksSomething() && !m_state.hasDraft() &&
+            !m_state.isAttachingFiles()) {
             putAway();
         }
     });
@@ -127,7 +128,6 @@ void QuickEntryPanel::open(const app::QuickEntryRequest& request) {
     m_wasTold = false;
     m_leaving.stop();
     if (!isVisible()) {
-        m_state.forgetError();
         m_state.prepare();
     }
     take(request);
@@ -167,18 +167,39 @@ bool QuickEntryPanel::hasKeyboard() const {
 
 void QuickEntryPanel::putAway() {
     Popover::endAll(*this);
-    if (const auto error = m_state.keepDraft(); error && !m_wasTold) {
-        m_wasTold = true;
-        m_form->say(tr("The draft could not be kept: %1")
-                        .arg(QString::fromLocal8Bit(error.message().c_str())));
-        return;
+    if (m_state.isAttachingFiles()) {
+        // What reads them may wait for a disk that never answers; the program may end with the
+        // panel, and they would not be in the draft.
+        m_state.cancelAttaching();
+    } else if (const auto error = m_state.keepDraft(); error && !m_wasTold) {
+        sayNotKept(error);
+    } else {
+        hideNow();
     }
-    hideNow();
+}
+
+bool QuickEntryPanel::mayEnd() {
+    const auto error = m_state.keepDraft();
+    if (!error || (m_wasTold && isVisible())) {
+        return true;
+    }
+    open({});
+    sayNotKept(error);
+    return false;
+}
+
+void QuickEntryPanel::sayNotKept(std::error_code error) {
+    m_wasTold = true;
+    m_state.forgetError(); // it would be shown in the place of this
+    m_form->say(tr("The draft could not be kept: %1. Escape puts the panel away all the same; what "
+                   "is in it is lost when Korvex ends.")
+                    .arg(QString::fromLocal8Bit(error.message().c_str())));
 }
 
 void QuickEntryPanel::hideNow() {
     if (isVisible()) {
         hide();
+        m_state.forgetError(); // it was read; what fails from now on is said at the next opening
         Q_EMIT hidden();
     }
 }
@@ -332,8 +353,7 @@ bool QuickEntryPanel::event(QEvent* event) {
 void QuickEntryPanel::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && event->modifiers() == Qt::NoModifier) {
         if (!event->isAutoRepeat()) { // one that is held down has closed something in it
-            // What reads files may wait for a disk that never answers.
-            m_state.isAttachingFiles() ? m_state.cancelAttaching() : putAway();
+            putAway();
         }
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
         auto* const tool = qobject_cast<QToolButton*>(focusWidget());

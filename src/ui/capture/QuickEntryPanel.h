@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <system_error>
 #include <vector>
 
 class QMimeData;
@@ -37,7 +38,11 @@ public:
     /// Whether what is typed goes into it, or did until a moment ago.
     bool hasKeyboard() const;
     /// Hides it, and keeps the draft. Where that cannot be kept it says so once, and stays.
+    /// One that waits for files only stops waiting.
     void putAway();
+    /// Whether the program may end as far as what is in it goes: the draft is kept, or the user,
+    /// who is asked here, was told in the panel that it cannot be.
+    bool mayEnd();
     /// Gives the draft up, after asking where there is something to lose.
     void discard();
 
@@ -70,6 +75,7 @@ private:
     void attachOffered(const QMimeData& offered);
     /// A second press closes what the first one has opened.
     bool closesPopoverOf(const QWidget& opener);
+    void sayNotKept(std::error_code error);
     void hideNow();
     /// Whether a window of its own has the keyboard, such as that of a file dialog.
     bool asksSomething() const;

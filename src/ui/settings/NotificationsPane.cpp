@@ -43,8 +43,8 @@ NotificationsPane::Remedy NotificationsPane::remedy() const {
     case AuthorizationStatus::denied:
         return m_desktopSettings ? Remedy::openDesktopSettings : Remedy::none;
     case AuthorizationStatus::unavailable:
-        // Without a reason nobody knows yet.
-        return m_center.status().reason.empty() ? Remedy::none : Remedy::lookAgain;
+        // Without a reason nobody knows yet, and of another store nobody ever reminds.
+        return m_center.status().reason.empty() || !m_isUsersOwn ? Remedy::none : Remedy::lookAgain;
     case AuthorizationStatus::authorized:
     case AuthorizationStatus::provisional:
     case AuthorizationStatus::ephemeral:

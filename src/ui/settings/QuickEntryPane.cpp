@@ -111,9 +111,11 @@ void QuickEntryPane::followBackground() {
     const QSignalBlocker quietStart(m_autostart);
     const auto& setup = *m_workspace.quickEntry;
     m_stays->setChecked(m_preferences.whenClosed() != WhenClosed::ends);
+    const auto back = tr("Starting Korvex again brings its window back; Ctrl+Q there ends it.");
     m_staysRow->setNote(
-        setup.hotkey.isReady()
-            ? tr("Starting Korvex again brings its window back. Ctrl+Q ends it.")
+        setup.hotkey.isReady() ? back
+        : setup.hotkey.mayBeReady()
+            ? tr("It waits for the keys that your desktop has for it.") + QLatin1Char(' ') + back
             : tr("Only while the shortcut works: else nothing would be left to wait for."));
     m_autostart->setChecked(setup.autostart.isOn());
 }

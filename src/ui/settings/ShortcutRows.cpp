@@ -26,6 +26,7 @@ ShortcutRows::ShortcutRows(SettingsGroup& group, app::QuickEntrySetup& setup,
     addRecorder(group, theme);
     addDesktops(group, theme);
     m_layouts = setup.hotkey.layout().didChange().connect([this] { follow(); });
+    m_outcomes = setup.hotkey.didChange().connect([this] { m_offeredBeside.reset(); });
 }
 
 void ShortcutRows::addRecorder(SettingsGroup& group, const Theme& theme) {
@@ -94,13 +95,18 @@ void ShortcutRows::record(const Shortcut& shortcut) {
 }
 
 void ShortcutRows::setShortcut(const Shortcut& shortcut) {
-    m_preferences.setQuickEntryShortcut(shortcut);
-    m_setup.hotkey.tryAgain(); // also the one that it was before
+    m_offeredBeside.reset();
+    const auto isAnother = shortcut != m_preferences.quickEntryShortcut();
+    m_preferences.setQuickEntryShortcut(shortcut); // which asks for another one
+    if (!isAnother) {
+        m_setup.hotkey.tryAgain();
+    }
     follow();
 }
 
 void ShortcutRows::tryAgain() {
     if (m_setup.hotkey.isRecordable()) {
+        m_offeredBeside.reset();
         m_setup.hotkey.tryAgain();
     }
 }
@@ -138,8 +144,12 @@ void ShortcutRows::followOffers() {
     if (m_recorder->isRecording()) {
         return; // nothing moves under the user's hand
     }
-    m_offered = issue && hotkey.isRecordable() ? hotkey.freeAlternatives(kOffered)
-                                               : std::vector<Shortcut>();
+    const auto& shortcut = m_preferences.quickEntryShortcut();
+    if (m_offeredBeside != shortcut) {
+        m_offered = issue && hotkey.isRecordable() ? hotkey.freeAlternatives(kOffered)
+                                                   : std::vector<Shortcut>();
+        m_offeredBeside = shortcut;
+    }
     m_offersRow->setVisible(!m_offered.empty());
     for (std::size_t i = 0; i < kOffered; ++i) {
         auto& button = *m_offers.at(i);
@@ -176,7 +186,9 @@ void ShortcutRows::followDesktop() {
     m_commandRow->setNote(isManaged ? tr("Your desktop manages shortcuts itself.") +
                                           QLatin1Char(' ') + managedAdvice(m_setup.desktop)
                                     : QString());
-    m_copy->setText(tr("Copy"));
+    if (!isManaged) { // it is offered anew when it comes again
+        m_copy->setText(tr("Copy"));
+    }
 }
 
 } // namespace korvex::ui

@@ -6,6 +6,7 @@
 #include <QObject>
 
 #include <array>
+#include <optional>
 #include <vector>
 
 class QPushButton;
@@ -50,6 +51,9 @@ private:
     SettingsRow* m_recorderRow = nullptr;
     std::array<QPushButton*, kOffered> m_offers{};
     std::vector<app::QuickEntryShortcut> m_offered;
+    /// What they were looked for instead of; looking asks the system for each, so it is done once.
+    /// Absent where it is to be done anew.
+    std::optional<app::QuickEntryShortcut> m_offeredBeside;
     SettingsRow* m_offersRow = nullptr;
     SettingsLabel* m_trigger = nullptr;
     SettingsRow* m_triggerRow = nullptr;
@@ -61,6 +65,7 @@ private:
     /// Why what was recorded last was not taken.
     QString m_refusal;
     base::Subscription m_layouts;
+    base::Subscription m_outcomes;
 };
 
 } // namespace korvex::ui

@@ -75,6 +75,9 @@ QString issueText(const Issue& issue, const Shortcut& shortcut, const app::Quick
                                   : tr("Include Command, Option or Control with a key.");
     }
     const auto words = shortcutWords(shortcut, layout);
+    if (issue.status.code == app::HotkeyStatus::kNoSuchKey) {
+        return tr("This keyboard has no key or modifier for %1.").arg(words);
+    }
     switch (issue.status.state) {
     case State::conflict:
         if (shortcut == Shortcut() && !nameOf(setup.desktop).isEmpty()) {

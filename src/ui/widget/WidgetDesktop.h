@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -18,8 +19,13 @@ public:
     /// To be called before the window is shown, each time: it stands on every desktop, and in no
     /// list of windows.
     virtual void prepare(QWindow& window) = 0;
-    /// Opens a link in the app.
-    virtual void open(const std::string& url) = 0;
+    /// To be called after the window is shown, when the user has asked for it: it takes the
+    /// keyboard, to which else only the pointer leads, since no list of windows has it.
+    virtual void giveKeyboard(QWindow& window) = 0;
+
+    enum class Refusal { notInstalled, noAnswer };
+    /// Opens a link in the app. Where that fails `refused` is told why, at once or later.
+    virtual void open(const std::string& url, std::function<void(Refusal)> refused) = 0;
 
     /// Whether the widgets come back when the user logs in; absent where that cannot be had.
     virtual std::optional<bool> startsAtLogin() const = 0;

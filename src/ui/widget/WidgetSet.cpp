@@ -41,34 +41,47 @@ bool WidgetSet::showRemembered() {
 }
 
 void WidgetSet::open(const std::optional<base::Uuid>& board) {
-    auto isShown = false;
+    std::vector<WidgetWindow*> meant;
     for (const auto& window : m_windows) {
-        const auto isMeant = !board || window->isOf(*board);
-        if (isMeant && (!window->isVisible() || board)) {
-            show(*window);
-            window->raise();
-            isShown = true;
+        if (board ? window->isOf(*board) : !window->isShown()) {
+            meant.push_back(window.get());
         }
     }
-    if (!isShown) {
+    // The first comes last, and keeps the keyboard.
+    for (auto window = meant.rbegin(); window != meant.rend(); ++window) {
+        show(**window);
+        (*window)->bringForward();
+    }
+    if (meant.empty()) {
         add(board);
     }
 }
 
-void WidgetSet::add(const std::optional<base::Uuid>& board) {
-    if (m_windows.size() >= app::WidgetFile::kMostWidgets) {
-        m_log.warning("There are as many widgets as there can be");
-        return;
+void WidgetSet::bringForward() {
+    if (!m_windows.empty()) {
+        m_windows.front()->bringForward();
     }
-    show(make({.board = board}));
-    save();
+}
+
+void WidgetSet::add(const std::optional<base::Uuid>& board, WidgetWindow* asked) {
+    if (m_windows.size() < app::WidgetFile::kMostWidgets) {
+        asked = &make({.board = board});
+        write();
+    } else {
+        m_log.warning("There are as many widgets as there can be");
+        asked = asked ? asked : m_windows.front().get();
+        asked->refuse(tr("There are as many widgets as there can be."));
+    }
+    show(*asked);
+    asked->bringForward();
 }
 
 WidgetWindow& WidgetSet::make(const app::RememberedWidget& remembered) {
     auto& window =
         *m_windows.emplace_back(std::make_unique<WidgetWindow>(remembered, m_surroundings));
-    connect(&window, &WidgetWindow::placed, this, &WidgetSet::save);
-    connect(&window, &WidgetWindow::addRequested, this, [this] { add(std::nullopt); });
+    connect(&window, &WidgetWindow::placed, this, &WidgetSet::write);
+    connect(&window, &WidgetWindow::addRequested, this,
+            [this, &window] { add(std::nullopt, &window); });
     if (m_windows.size() == 1) {
         connect(&window, &WidgetWindow::firstPainted, this, &WidgetSet::firstPainted);
     }
@@ -96,6 +109,9 @@ WidgetWindow& WidgetSet::make(const app::RememberedWidget& remembered) {
 }
 
 void WidgetSet::show(WidgetWindow& window) {
+    if (window.isVisible()) {
+        return; // it stands where the user has put it
+    }
     std::vector<QRect> others;
     for (const auto& each : m_windows) {
         if (each->isVisible()) {
@@ -108,7 +124,7 @@ void WidgetSet::show(WidgetWindow& window) {
 
 void WidgetSet::remove(WidgetWindow& window) {
     std::erase_if(m_windows, [&](const auto& each) { return each.get() == &window; });
-    save();
+    write();
     if (!hasShown()) {
         Q_EMIT emptied();
     }
@@ -126,6 +142,13 @@ void WidgetSet::followScreens() {
 }
 
 void WidgetSet::save() {
+    for (const auto& window : m_windows) {
+        window->settle();
+    }
+    write();
+}
+
+void WidgetSet::write() {
     std::vector<app::RememberedWidget> widgets;
     for (const auto& window : m_windows) {
         widgets.push_back(window->remembered());

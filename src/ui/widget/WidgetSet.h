@@ -26,7 +26,9 @@ public:
     /// What a start by the user asks for. Without a board: shows the widgets that were closed, else
     /// adds one for the Inbox. With one: shows its widget where there is one, else adds it.
     void open(const std::optional<base::Uuid>& board);
-    /// Writes what is still to be remembered.
+    /// Gives the keyboard to the first of those that are shown.
+    void bringForward();
+    /// For the end: writes what is still to be remembered, such as of one that is being moved.
     void save();
 
     std::vector<WidgetWindow*> windows() const;
@@ -40,7 +42,10 @@ Q_SIGNALS:
 private:
     WidgetWindow& make(const app::RememberedWidget& remembered);
     void show(WidgetWindow& window);
-    void add(const std::optional<base::Uuid>& board);
+    /// Shows one more, which gets the keyboard. Where there can be no more `asked` says so, or
+    /// else the first one.
+    void add(const std::optional<base::Uuid>& board, WidgetWindow* asked = nullptr);
+    void write();
     void remove(WidgetWindow& window);
     bool hasShown() const;
     void followScreens();

@@ -19,6 +19,7 @@
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QPointer>
 #include <QVBoxLayout>
 #include <QWindow>
 
@@ -49,7 +50,7 @@ WidgetWindow::WidgetWindow(const app::RememberedWidget& remembered,
         setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
         setWindowFlag(Qt::WindowStaysOnBottomHint, m_remembered.isBelow);
     }
-    // It comes with the desktop, not because somebody wants to type into it.
+    // It comes with the desktop. Who asks for it gets the keyboard there by `bringForward`.
     setAttribute(Qt::WA_ShowWithoutActivating);
     setMouseTracking(true);
     auto* const column = new QVBoxLayout(this);
@@ -93,6 +94,12 @@ void WidgetWindow::showAt(const QRect& otherwise) {
     show();
 }
 
+void WidgetWindow::bringForward() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    raise();
+    m_surroundings.desktop.giveKeyboard(*windowHandle());
+}
+
 void WidgetWindow::followScreens() {
     const QRect wanted(m_remembered.x, m_remembered.y, m_remembered.width, m_remembered.height);
     m_fitted = WidgetScreens::fitted(wanted, minimumSize());
@@ -105,9 +112,25 @@ void WidgetWindow::followStore() {
     if (m_surroundings.store.open()) {
         makePage();
     } else {
-        m_hint->say(translated(m_surroundings.store.reason()), {});
+        endAnswer();
     }
     showBoard();
+}
+
+void WidgetWindow::refuse(const QString& reason) {
+    if (m_page) {
+        m_page->refuse(reason);
+    } else {
+        m_hint->say(translated(m_surroundings.store.reason()), reason);
+    }
+}
+
+void WidgetWindow::endAnswer() {
+    if (m_page) {
+        m_page->endAnswer();
+    } else {
+        m_hint->say(translated(m_surroundings.store.reason()), {});
+    }
 }
 
 void WidgetWindow::makePage() {
@@ -151,12 +174,24 @@ void WidgetWindow::showBoard() {
 
 void WidgetWindow::openBoard() {
     const auto* const board = m_page ? m_page->board() : nullptr;
-    m_surroundings.desktop.open(board && m_remembered.board ? app::boardUrl(board->id())
-                                                            : std::string(app::kInboxUrl));
+    // Of one that is not to be read, or is gone, the app says what is to be said.
+    openLink(m_remembered.board ? app::boardUrl(board ? board->id() : *m_remembered.board)
+                                : std::string(app::kInboxUrl));
 }
 
 void WidgetWindow::openEntry(const base::Uuid& entry) {
-    m_surroundings.desktop.open(app::entryUrl(entry));
+    openLink(app::entryUrl(entry));
+}
+
+void WidgetWindow::openLink(const std::string& url) {
+    endAnswer();
+    m_surroundings.desktop.open(url, [window = QPointer(this)](WidgetDesktop::Refusal why) {
+        if (window) {
+            window->refuse(why == WidgetDesktop::Refusal::notInstalled
+                               ? tr("The desktop app (korvex-desktop) is not installed.")
+                               : tr("Korvex does not answer."));
+        }
+    });
 }
 
 void WidgetWindow::chooseBoard() {
@@ -232,8 +267,8 @@ void WidgetWindow::addPlacing(QMenu& menu) {
         using AtLogin = WidgetDesktop::AtLogin;
         const auto error =
             m_surroundings.desktop.setAtLogin(isOn ? AtLogin::start : AtLogin::doNothing);
-        if (error && m_page) {
-            m_page->refuse(
+        if (error) {
+            refuse(
                 tr("That could not be changed: %1.").arg(QString::fromStdString(error.message())));
         }
     });
@@ -332,18 +367,26 @@ void WidgetWindow::rememberPlace() {
     if (!m_wasShown) {
         return;
     }
+    m_isMoved = true;
     m_saving = m_surroundings.runLoop.callAfter(kSettled, [this] {
-        const auto place = geometry();
-        if (place == m_fitted) {
-            return;
+        const auto before = m_remembered;
+        settle();
+        if (m_remembered != before) {
+            Q_EMIT placed();
         }
-        m_fitted = place;
-        m_remembered.x = place.x();
-        m_remembered.y = place.y();
-        m_remembered.width = place.width();
-        m_remembered.height = place.height();
-        Q_EMIT placed();
     });
+}
+
+void WidgetWindow::settle() {
+    const auto place = geometry();
+    if (!std::exchange(m_isMoved, false) || place == m_fitted) {
+        return;
+    }
+    m_fitted = place;
+    m_remembered.x = place.x();
+    m_remembered.y = place.y();
+    m_remembered.width = place.width();
+    m_remembered.height = place.height();
 }
 
 void WidgetWindow::closeEvent(QCloseEvent* event) {

@@ -15,6 +15,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 class QMenu;
 
@@ -45,8 +46,17 @@ public:
 
     /// Where it stood, or else at this place, as far as the screens have it.
     void showAt(const QRect& otherwise);
+    /// Whether the user sees it, or would if nothing lay over it.
+    bool isShown() const { return isVisible() && !isMinimized(); }
+    /// The user has asked for it, who has perhaps no pointer: it takes the keyboard.
+    void bringForward();
+    /// Says why the user does not get what was asked for.
+    void refuse(const QString& reason);
     /// What is to be remembered of it.
     const app::RememberedWidget& remembered() const { return m_remembered; }
+    /// Takes the place where it stands now for the one that it was put in: nobody waits any longer
+    /// for whether it is moved on.
+    void settle();
     /// Whether it is this board's, by whatever name it is remembered.
     bool isOf(const base::Uuid& board) const;
     /// The size of one that nobody has resized.
@@ -85,6 +95,8 @@ private:
     void showBoard();
     void openBoard();
     void openEntry(const base::Uuid& entry);
+    void openLink(const std::string& url);
+    void endAnswer();
     void chooseBoard();
     void setBoard(const base::Uuid& board);
     QMenu* makeMenu();
@@ -111,6 +123,8 @@ private:
     base::Subscription m_storeChanges;
     base::Subscription m_storeEnds;
     std::unique_ptr<base::RunLoop::Timer> m_saving;
+    /// It was moved since its place was remembered.
+    bool m_isMoved = false;
 };
 
 } // namespace korvex::ui

@@ -8,6 +8,7 @@
 #include "ui/kit/pages/NoticeLine.h"
 #include "ui/kit/speech/Accessibility.h"
 #include "ui/kit/theme/Direction.h"
+#include "ui/kit/words/Refusal.h"
 #include "ui/kit/words/Text.h"
 #include "ui/overview/CompletedPage.h"
 #include "ui/overview/SearchPage.h"
@@ -25,6 +26,7 @@
 #include <QKeyEvent>
 #include <QSplitter>
 #include <QTimer>
+#include <QUrl>
 #include <QVBoxLayout>
 
 #include <utility>
@@ -276,34 +278,45 @@ void MainWindow::openLink(const std::string& url) {
     const base::Logger log(m_workspace.log, "Links");
     auto& context = m_workspace.context;
     const auto link = app::Link::parse(url);
-    const auto isOfBoard = link && link->kind != app::Link::Kind::entry;
+    // One that leads nowhere is still a widget's, or a notification's.
+    const auto isOfBoard =
+        app::hasOurScheme(url) && QUrl(toQString(url)).host() == QLatin1String("board");
     model::Board* board = nullptr;
     model::Entry* entry = nullptr;
+    auto code = model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable).code();
     const auto refused = refusal([&] {
-        context.refresh(); // it may be newer than what is shown
-        if (isOfBoard) {
-            board = link->kind == app::Link::Kind::inbox ? m_workspace.boards.inboxBoard()
-                                                         : m_workspace.boards.board(link->id);
-        } else if (link) {
-            entry = context.find<model::Entry>(link->id);
+        try {
+            context.refresh(); // it may be newer than what is shown
+            if (link && link->kind == app::Link::Kind::entry) {
+                entry = context.find<model::Entry>(link->id);
+            } else if (link) {
+                board = link->kind == app::Link::Kind::inbox ? m_workspace.boards.inboxBoard()
+                                                             : m_workspace.boards.board(link->id);
+            }
+        } catch (const base::Error& error) {
+            code = error.code();
+            throw;
         }
     });
+    if (board) {
+        m_navigation.openBoard(*board);
+        return;
+    }
+    if (entry && entry->board()) {
+        m_navigation.showEntry(*entry);
+        return;
+    }
+    log.warning(isOfBoard ? "Unable to open widget board: " + std::to_string(code)
+                          : "Could not open notification entry");
     if (refused) {
         showError(*refused);
-    } else if (board) {
-        m_navigation.openBoard(*board);
-    } else if (entry && entry->board()) {
-        m_navigation.showEntry(*entry);
-    } else if (isOfBoard) {
-        const model::EntryServiceError error(model::EntryServiceErrorCase::entryUnavailable);
-        log.warning("Unable to open widget board: " + std::to_string(error.code()));
-        m_pages->current().tell(tr("The board that the link leads to is not there."));
-    } else {
-        log.warning("Could not open notification entry");
-        // It may have been deleted since the link was made: that is no fault.
-        m_pages->current().tell(link ? tr("The entry that the link leads to is not there any more.")
-                                     : tr("The link leads to nothing in Korvex."));
+        return;
     }
+    // It may have been deleted since the link was made: that is no fault.
+    m_pages->current().tell(!link       ? tr("The link leads to nothing in Korvex.")
+                            : isOfBoard ? tr("The board that the link leads to is not there.")
+                                        : tr("The entry that the link leads to is not there any "
+                                             "more."));
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
@@ -347,8 +360,19 @@ bool MainWindow::leaveAll() {
 
 bool MainWindow::staysReady() const {
     const auto* const setup = m_workspace.quickEntry;
-    return !m_isQuitting && setup && setup->hotkey.isReady() &&
-           m_workspace.preferences.whenClosed() != app::AppPreferences::WhenClosed::ends;
+    if (m_isQuitting || !setup) {
+        return false;
+    }
+    using WhenClosed = app::AppPreferences::WhenClosed;
+    switch (m_workspace.preferences.whenClosed()) {
+    case WhenClosed::asks: // only where there are keys to tell of
+        return setup->hotkey.isReady();
+    case WhenClosed::staysReady:
+        return setup->hotkey.mayBeReady();
+    case WhenClosed::ends:
+        break;
+    }
+    return false;
 }
 
 void MainWindow::quit() {
@@ -394,6 +418,7 @@ void MainWindow::showEvent(QShowEvent* event) {
 }
 
 void MainWindow::askToStay() {
+    bringForward(*this); // it may be closed while it is minimised, and would ask unseen
     auto& hotkey = m_workspace.quickEntry->hotkey;
     auto* const sheet = new ConfirmationSheet(
         tr("Keep Quick Entry ready when this window is closed? Korvex then goes on in the "

@@ -42,11 +42,13 @@ public:
                        const std::vector<std::string>& withdrawn) override {
         asked.push_back(withdrawn);
     }
-    Answer<app::AgentStatus> agentStatus() override { return status; }
-    Answer<std::vector<app::AgentReminder>> agentReminders() override { return reminders; }
+    Answer<app::AgentStatus> agentStatus(const std::filesystem::path&) override { return status; }
+    Answer<app::AgentReminders> agentReminders(const std::filesystem::path&) override {
+        return reminders;
+    }
 
     Answer<app::AgentStatus> status{.reason = "It is not running."};
-    Answer<std::vector<app::AgentReminder>> reminders{.reason = "There is no session bus."};
+    Answer<app::AgentReminders> reminders{.reason = "There is no session bus."};
     std::vector<std::vector<std::string>> asked;
 };
 

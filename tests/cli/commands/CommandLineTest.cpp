@@ -352,10 +352,10 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
     EXPECT_THAT(refused.error, HasSubstr("There is no session bus."));
 
     using State = app::AgentReminder::State;
-    agent.reminders.said = {{{{{0xAC}}, clock.now() + 7200, "Second\n", State::pending},
-                             {{{0xAB}}, clock.now() + 3600, "First", State::pending},
-                             {seen, clock.now() - 60, "", State::closed},
-                             {{{0xAD}}, clock.now() - 3600, "", State::withdrawn}}};
+    agent.reminders.said = {.listed = {{{{0xAB}}, clock.now() + 3600, "First", State::pending},
+                                       {{{0xAC}}, clock.now() + 7200, "Second\n", State::pending},
+                                       {seen, clock.now() - 60, "", State::closed},
+                                       {{{0xAD}}, clock.now() - 3600, "", State::withdrawn}}};
     const auto seenID = seen.text();
     EXPECT_EQ(result({"reminders"}), "AB000000  Mar 10, 2025, 3:00\u202FPM  pending    First\n"
                                      "AC000000  Mar 10, 2025, 4:00\u202FPM  pending    Second \n" +
@@ -366,6 +366,12 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
                 HasSubstr("{\"id\":\"" + seenID +
                           "\",\"reminderDate\":\"2025-03-10T12:59:00.000Z\","
                           "\"state\":\"closed\",\"content\":\"Seen\"}"));
+    agent.reminders.said->more = 7;
+    EXPECT_THAT(run({"reminders"}).error, HasSubstr("7 more are not listed."));
+    agent.reminders.said->more = 0;
+    std::filesystem::rename(folder / "Primary.store", folder / "away");
+    EXPECT_THAT(result({"reminders"}), HasSubstr("closed     \n")) << "the agent has answered";
+    std::filesystem::rename(folder / "away", folder / "Primary.store");
 
     agent.status.said = {.reminders = {.authorization = schedule::AuthorizationStatus::authorized},
                          .version = "0.1.0",

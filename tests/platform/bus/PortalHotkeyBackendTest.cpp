@@ -101,9 +101,27 @@ TEST_F(PortalHotkeyBackendTest, WaitsAsLongAsTheUserThinksAndTakesNoForAnAnswer)
     manager.tryAgain();
     EXPECT_EQ(manager.issue(), std::nullopt);
     EXPECT_TRUE(isBound());
-    there.endSession(); // as when the user revokes it
-    ASSERT_TRUE(comesTo([this] { return manager.issue().has_value(); }));
+}
+
+TEST_F(PortalHotkeyBackendTest, WhatBreaksOffIsNoAnswer) {
+    startDaemon();
+    auto& there = startPortal();
+    manager.update({});
+    ASSERT_TRUE(isBound());
+    there.usersAnswer = 2; // it could not ask, as while the screen is locked
+    there.endSession();
+    ASSERT_TRUE(isManaged());
     EXPECT_EQ(manager.trigger(), std::nullopt);
+    m_loop.advance(PortalHotkeyBackend::kFirstPause.count());
+    ASSERT_TRUE(comesTo([&] { return there.bindings == 2 && there.closings == 1; }));
+    EXPECT_EQ(manager.issue(), std::nullopt);
+    EXPECT_TRUE(manager.isManagedByDesktop());
+    there.usersAnswer = 0;
+    m_loop.advance(PortalHotkeyBackend::kFirstPause.count());
+    settle(*desktop);
+    EXPECT_EQ(there.bindings, 2) << "not so soon again";
+    m_loop.advance(PortalHotkeyBackend::kFirstPause.count());
+    EXPECT_TRUE(isBound());
 }
 
 TEST_F(PortalHotkeyBackendTest, WithoutSuchAPortalTheDesktopManagesIt) {

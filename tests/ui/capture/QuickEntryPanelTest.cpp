@@ -17,6 +17,7 @@
 #include <QTest>
 #include <QToolButton>
 
+#include <SQLiteCpp/Database.h>
 #include <gmock/gmock.h>
 
 #include <fstream>
@@ -236,6 +237,12 @@ TEST_F(QuickEntryPanelTest, ARefusalIsSaidInThePanelAndKeepsTheDraft) {
     open({.type = EntryType::todo});
     QApplication::clipboard()->setText(QString(10'001, QLatin1Char('x')));
     key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(refusal(), descriptionOf(model::EntryServiceErrorCase::contentTooLong));
+    EXPECT_EQ(text().typed(), QString()) << "nothing was inserted";
+    QApplication::clipboard()->setText(QString(10'000, QLatin1Char('x')));
+    key(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(refusal(), "");
+    type("y");
     key(Qt::Key_Return);
     EXPECT_EQ(refusal(), descriptionOf(model::EntryServiceErrorCase::contentTooLong));
     EXPECT_EQ(text().typed().size(), 10'001);
@@ -259,6 +266,12 @@ TEST_F(QuickEntryPanelTest, FilesAreReadAsideShownAndTakenAway) {
     EXPECT_TRUE(tool("Remove ticket.txt")->hasFocus()) << "it is next to the text";
     drop({folder / "nowhere.txt"});
     EXPECT_EQ(refusal(), descriptionOf(model::AttachmentErrorCase::invalidFile));
+    paste({file("late.txt")});
+    key(Qt::Key_Escape);
+    EXPECT_FALSE(state->isAttachingFiles());
+    EXPECT_TRUE(panel->isVisible()) << "that Escape was for the files";
+    runBackground();
+    EXPECT_THAT(state->attachments(), SizeIs(1));
     tool("Remove ticket.txt")->setFocus();
     key(Qt::Key_Return);
     EXPECT_THAT(state->attachments(), IsEmpty());
@@ -330,6 +343,33 @@ TEST_F(QuickEntryPanelTest, ADraftThatCannotBeKeptIsSaidOnce) {
     EXPECT_TRUE(panel->isHidden());
     open();
     EXPECT_EQ(text().typed(), QStringLiteral("only here")) << "as long as the program runs";
+    key(Qt::Key_Escape);
+    key(Qt::Key_Escape);
+    ASSERT_TRUE(panel->isHidden());
+    EXPECT_FALSE(panel->mayEnd());
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_THAT(refusal(), ::testing::StartsWith("The draft could not be kept: "));
+    EXPECT_TRUE(panel->mayEnd()) << "the user was told, and ends it all the same";
+    std::filesystem::remove(drafts);
+    key(Qt::Key_Escape);
+    EXPECT_TRUE(panel->mayEnd());
+    EXPECT_TRUE(panel->isHidden()) << "it is kept";
+}
+
+TEST_F(QuickEntryPanelTest, ABoardThatCannotBeLookedUpEndsNothing) {
+    log.expectError("Quick Entry failed: ");
+    type("still here");
+    const auto rename = [&](const char* how) {
+        SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE).exec(how);
+    };
+    rename("ALTER TABLE Board RENAME TO Hidden");
+    open({.board = base::Uuid::random()}); // not in memory
+    EXPECT_EQ(text().typed(), QStringLiteral("still here"));
+    key(Qt::Key_Return);
+    EXPECT_NE(refusal(), "");
+    rename("ALTER TABLE Hidden RENAME TO Board");
+    key(Qt::Key_Return);
+    EXPECT_THAT(storedTexts(*inbox), ElementsAre("still here"));
 }
 
 TEST_F(QuickEntryPanelTest, ItIsAsLargeAsItsContentWithinTheScreen) {

@@ -81,6 +81,17 @@ TEST_F(NotificationsPaneTest, ItFollowsWhatIsKnownAndOffersWhatHelps) {
     EXPECT_THAT(words(), Not(HasSubstr("could not")));
 }
 
+TEST_F(NotificationsPaneTest, TheWindowOfAnotherStoreOffersNothingThatCannotHelp) {
+    auto another = workspace;
+    another.isUsersOwn = false;
+    reminders.set(AuthorizationStatus::unavailable, "Of this store nobody reminds.");
+    window = std::make_unique<MainWindow>(another, theme);
+    window->show();
+    openSettings(notifications);
+    EXPECT_THAT(words(), HasSubstr("Of this store nobody reminds."));
+    EXPECT_EQ(offered(), "");
+}
+
 TEST_F(NotificationsPaneTest, WhereTheDesktopHasSettingsForItTheyAreOpened) {
     const auto programs = folder / "bin";
     std::filesystem::create_directory(programs);

@@ -192,11 +192,16 @@ TEST_F(QuickEntryPaneTest, TheProgramIsReadyAsTheUserWants) {
     auto& stays = control<QCheckBox>("Keep Quick Entry ready when the window is closed");
     auto& starts = control<QCheckBox>("Start Korvex when you log in");
     EXPECT_TRUE(stays.isChecked());
-    EXPECT_THAT(words(), HasSubstr("Ctrl+Q ends it."));
+    EXPECT_THAT(words(), HasSubstr("Ctrl+Q there ends it."));
     stays.click();
     EXPECT_EQ(preferences.whenClosed(), WhenClosed::ends);
     say({State::registered}, {{}});
     EXPECT_THAT(words(), HasSubstr("Only while the shortcut works"));
+    say({State::unavailable, app::HotkeyStatus::kNoSuchKey});
+    EXPECT_THAT(words(), HasSubstr("This keyboard has no key or modifier for ⌥ Space"));
+    say({State::managedByDesktop});
+    EXPECT_THAT(words(), HasSubstr("It waits for the keys that your desktop has for it."));
+    EXPECT_TRUE(quickEntry.hotkey.mayBeReady());
     EXPECT_FALSE(starts.isChecked());
     starts.click();
     EXPECT_TRUE(quickEntry.setup.autostart.isOn());

@@ -33,6 +33,7 @@ void WindowScenes::addHotkeyScenes(ScriptedHotkeySystem& hotkeys) {
             [this, &hotkeys, answer] {
                 hotkeys.say(answer.status, answer.taken);
                 openSettings(kPane);
+                QTest::qWait(50);
             },
             answer.shows);
     }

@@ -34,6 +34,7 @@ TEST_F(LinksTest, ALinkLeadsToItsBoardOrEntryAndSaysWhatIsNotThere) {
         {app::boardUrl(base::Uuid::random()), "Unable to open widget board: ", "The board"},
         {app::entryUrl(base::Uuid::random()), "Could not open notification entry", "The entry"},
         {"korvex://entry/nobody", "Could not open notification entry", "The link"},
+        {"korvex://board/a/b", "Unable to open widget board: ", "The link"},
     };
     for (const auto& each : cases) {
         const auto before = log.count(each.logged);
