@@ -127,6 +127,7 @@ class HotkeyTest(WindowCase):
         app = self.start_hidden()  # the window manager has Alt+Space
         for _ in range(2):
             self.assertEqual(self.capture().wait(PATIENCE), 0, "it hands over")
+            wait_for(lambda: self.active().startswith("Quick Entry"), "the panel")
             self.keys("Escape")
             wait_for(lambda: not self.seen(), "the panel to go")
             self.assertTrue(self.goes_on(app))

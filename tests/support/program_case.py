@@ -1,8 +1,10 @@
 """Programs in a home of their own, for tests that run them as a user does."""
 import os
 import pathlib
+import shutil
 import subprocess
 import tempfile
+import time
 import unittest
 
 
@@ -10,9 +12,8 @@ class ProgramCase(unittest.TestCase):
     """A home for each test, with nothing of the user's in the environment."""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.home = pathlib.Path(folder.name)
+        self.home = pathlib.Path(tempfile.mkdtemp())
+        self.addCleanup(self.remove_home)
         runtime = self.home / "run"
         runtime.mkdir(mode=0o700)
         self.environment = {
@@ -24,6 +25,13 @@ class ProgramCase(unittest.TestCase):
         }
         if "ASAN_OPTIONS" in os.environ:
             self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
+
+    def remove_home(self):
+        """What a program has started for itself ends with its bus, but a moment later."""
+        deadline = time.monotonic() + 5
+        while self.home.exists():
+            shutil.rmtree(self.home, ignore_errors=time.monotonic() < deadline)
+            time.sleep(0.02)
 
     @staticmethod
     def end(process):
