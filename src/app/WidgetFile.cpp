@@ -12,6 +12,7 @@
 #include <cinttypes>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 namespace korvex::app {
 
@@ -71,8 +72,9 @@ std::optional<std::vector<RememberedWidget>> decoded(const std::string& contents
         integer(json, "version", kFormVersion, kFormVersion) != kFormVersion) {
         return std::nullopt;
     }
-    const auto list = json.FindMember("widgets");
-    if (list == json.MemberEnd() || !list->value.IsArray()) {
+    const auto& object = std::as_const(json);
+    const auto list = object.FindMember("widgets");
+    if (list == object.MemberEnd() || !list->value.IsArray()) {
         return std::nullopt;
     }
     std::vector<RememberedWidget> widgets;

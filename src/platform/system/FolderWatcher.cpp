@@ -71,13 +71,14 @@ void FolderWatcher::takeEvents() {
             std::memcpy(&event, buffer.data() + at, sizeof event);
             const std::string name = event.len > 0 ? buffer.data() + at + sizeof event : "";
             at += sizeof event + event.len;
-            if ((event.mask & IN_Q_OVERFLOW) != 0) {
-                isOurs = true;
-            } else if (event.wd != m_number) {
+            const auto isAny = (event.mask & IN_Q_OVERFLOW) != 0;
+            if (!isAny && event.wd != m_number) {
                 continue; // of a watch that was given up
-            } else if ((event.mask & (kFolderGoes | IN_IGNORED)) != 0 || m_watched != m_folder) {
+            }
+            if (!isAny &&
+                ((event.mask & (kFolderGoes | IN_IGNORED)) != 0 || m_watched != m_folder)) {
                 isElsewhere = true;
-            } else if (std::find(m_names.begin(), m_names.end(), name) != m_names.end()) {
+            } else if (isAny || std::find(m_names.begin(), m_names.end(), name) != m_names.end()) {
                 isOurs = true;
             }
         }

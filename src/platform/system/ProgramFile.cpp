@@ -21,6 +21,7 @@ constexpr std::string_view kRemoved = " (deleted)";
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (auto& text : texts) {
         pointers.push_back(text.data());
     }
@@ -37,7 +38,7 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
         }
     }
     for (const auto& [name, value] : changes) {
-        result.push_back(name + "=" + value);
+        result.push_back(std::string(name).append("=").append(value));
     }
     return result;
 }
