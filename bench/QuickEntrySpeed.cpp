@@ -15,7 +15,9 @@
 #include <QLabel>
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -24,6 +26,7 @@ using namespace korvex;
 
 constexpr std::size_t kEntries = 10'000;
 constexpr int kPresses = 100;
+constexpr std::chrono::seconds kLongest{5};
 constexpr std::chrono::seconds kUntilManaged{1};
 
 /// Who gives the keyboard to windows, on the screen that this environment names.
@@ -74,9 +77,16 @@ public:
         const auto start = std::chrono::steady_clock::now();
         open();
         while (!m_isPainted || !m_window.isActiveWindow()) {
-            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            pass(start);
         }
         return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+    /// Waits for the next event; throws where what is waited for does not come.
+    static void pass(std::chrono::steady_clock::time_point since) {
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+        if (std::chrono::steady_clock::now() - since > kLongest) {
+            throw std::runtime_error("the window does not get, or give back, the keyboard");
+        }
     }
     bool eventFilter(QObject*, QEvent* event) override {
         m_isPainted = m_isPainted || event->type() == QEvent::Paint;
@@ -96,8 +106,9 @@ void press(benchmark::State& state, QWidget& window, Open&& open) {
         for (int i = 0; i < kPresses; ++i) {
             times.push_back(shown.secondsOf(open));
             window.hide();
+            const auto hidden = std::chrono::steady_clock::now();
             while (QApplication::activeWindow() == &window) {
-                QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+                Shown::pass(hidden);
             }
         }
         std::sort(times.begin(), times.end());
