@@ -88,7 +88,7 @@ void idle(benchmark::State& state) {
     const bench::ChildProcess process({KORVEX_AGENT_PROGRAM}, session.environment(),
                                       bench::ChildProcess::Output::dropped);
     session.waitForOwner(kAgent);
-    std::this_thread::sleep_for(1s);
+    std::this_thread::sleep_for(3s); // until it has let go of the store
     static long count = 0; // of all times so far, or one in a minute would be lost in the median
     for (auto _ : state) {
         const auto before = wakeUps(process.id());
