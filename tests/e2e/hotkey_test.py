@@ -46,9 +46,6 @@ class HotkeyTest(WindowCase):
                  "the app to take later starts")
         return app
 
-    def active(self):
-        return self.xdotool("getactivewindow", "getwindowname").strip()
-
     def seen(self):
         return self.xdotool("search", "--onlyvisible", "--name", "Korvex").split()
 
@@ -59,7 +56,7 @@ class HotkeyTest(WindowCase):
             if not self.seen():  # another press would put away one that is late
                 self.keys(*keys)
             for _ in range(40):
-                if self.active().startswith("Quick Entry"):
+                if self.title().startswith("Quick Entry"):
                     return True
                 time.sleep(0.05)
         return False
@@ -79,7 +76,7 @@ class HotkeyTest(WindowCase):
         program = subprocess.Popen([DESKTOP, "--quick-entry"], env=self.environment,
                                    stderr=subprocess.DEVNULL)
         self.addCleanup(self.end, program)
-        wait_for(lambda: self.active().startswith("Quick Entry"), "Quick Entry")
+        wait_for(lambda: self.title().startswith("Quick Entry"), "Quick Entry")
         return program
 
     def close_by_manager(self):
@@ -95,7 +92,7 @@ class HotkeyTest(WindowCase):
         self.assertEqual(self.texts(), ["from anywhere"])
         self.assertTrue(self.goes_on(app), "it was started for the background")
         self.asks_a_running_app()
-        wait_for(lambda: "Inbox" in self.active(), "the main window")
+        wait_for(lambda: "Inbox" in self.title(), "the main window")
         place = self.xdotool("getactivewindow", "getwindowgeometry", "--shell").split()[1:5]
         self.close_by_manager()
         self.assertTrue(self.seen(), "it asks first")
@@ -112,7 +109,7 @@ class HotkeyTest(WindowCase):
         time.sleep(0.5)
         self.assertFalse(self.seen())
         self.asks_a_running_app()
-        wait_for(lambda: "Inbox" in self.active(), "the window")
+        wait_for(lambda: "Inbox" in self.title(), "the window")
         self.assertEqual(
             self.xdotool("getactivewindow", "getwindowgeometry", "--shell").split()[1:5], place)
         self.keys("ctrl+q")
@@ -127,7 +124,7 @@ class HotkeyTest(WindowCase):
         app = self.start_hidden()  # the window manager has Alt+Space
         for _ in range(2):
             self.assertEqual(self.capture().wait(PATIENCE), 0, "it hands over")
-            wait_for(lambda: self.active().startswith("Quick Entry"), "the panel")
+            wait_for(lambda: self.title().startswith("Quick Entry"), "the panel")
             self.keys("Escape")
             wait_for(lambda: not self.seen(), "the panel to go")
             self.assertTrue(self.goes_on(app))
@@ -146,7 +143,7 @@ class HotkeyTest(WindowCase):
     def open_pane(self):
         self.start_window()
         self.keys("ctrl+comma")
-        wait_for(lambda: "Settings" in self.active(), "the settings")
+        wait_for(lambda: "Settings" in self.title(), "the settings")
         self.keys("Down", "Down", "Tab")  # to the pane, and to the shortcut in it
 
     def test_a_free_shortcut_is_one_press_away_and_works(self):
@@ -154,7 +151,7 @@ class HotkeyTest(WindowCase):
         self.keys("Tab", "Return")
         wait_for(lambda: self.shortcut() == (SPACE, COMMAND | OPTION), "the first free one")
         self.keys("ctrl+alt+space")
-        wait_for(lambda: self.active().endswith("– Korvex") and "Settings" not in self.active(),
+        wait_for(lambda: self.title().endswith("– Korvex") and "Settings" not in self.title(),
                  "Quick Entry")
 
     def test_recorded_are_also_keys_that_somebody_has(self):
@@ -164,7 +161,7 @@ class HotkeyTest(WindowCase):
         time.sleep(0.3)
         self.keys("ctrl+alt+n")  # its own
         time.sleep(0.3)
-        self.assertIn("Settings", self.active(), "it is not pressed, but recorded")
+        self.assertIn("Settings", self.title(), "it is not pressed, but recorded")
         self.keys("space")
         time.sleep(0.3)
         self.keys("alt+space")  # the window manager's
@@ -174,7 +171,7 @@ class HotkeyTest(WindowCase):
         self.keys("ctrl+alt+j")
         wait_for(lambda: self.shortcut() == (J, COMMAND | OPTION), "the recorded one")
         self.keys("ctrl+alt+j")
-        wait_for(lambda: "Settings" not in self.active(), "Quick Entry")
+        wait_for(lambda: "Settings" not in self.title(), "Quick Entry")
 
 
 class WaylandTest(HotkeyTest):
@@ -196,7 +193,7 @@ class WaylandTest(HotkeyTest):
         self.assertFalse(self.seen(), "no X server is asked for keys")
         portal.stdin.write("press\n")
         portal.stdin.flush()
-        wait_for(lambda: self.active().startswith("Quick Entry"), "Quick Entry")
+        wait_for(lambda: self.title().startswith("Quick Entry"), "Quick Entry")
 
 
 def load_tests(loader, _tests, _pattern):

@@ -25,11 +25,8 @@ class CaptureCase(WindowCase):
         self.addCleanup(self.end, program)
         return program
 
-    def focused(self):
-        return self.xdotool("getactivewindow", "getwindowname").strip()
-
     def wait_for_panel(self):
-        wait_for(lambda: self.focused().startswith(NAME), "the panel to have the keyboard")
+        wait_for(lambda: self.title().startswith(NAME), "the panel to have the keyboard")
 
     def windows(self):
         """The names of all windows in sight."""
@@ -137,7 +134,7 @@ class QuickEntryTest(CaptureCase):
         self.wait_for_panel()
         self.type("half a thou")
         self.xdotool("windowactivate", window)
-        wait_for(lambda: not self.focused().startswith(NAME), "the window to have the keyboard")
+        wait_for(lambda: not self.title().startswith(NAME), "the window to have the keyboard")
         time.sleep(1)
         self.assertTrue(any(name.startswith(NAME) for name in self.windows()), "words in it keep it")
         self.assertEqual(self.capture().wait(PATIENCE), 0)
@@ -186,7 +183,7 @@ class StartedByTheBusTest(BusCase):
         wait_for(lambda: not self.is_on_the_bus(), "the app to end with its panel")
         self.assertEqual(self.texts(), ["from the launcher"])
         self.call("dev.korvex.Korvex", "/dev/korvex/Korvex", "Activate", "{}")
-        wait_for(lambda: "Inbox" in self.focused(), "the window")
+        wait_for(lambda: "Inbox" in self.title(), "the window")
         self.keys("ctrl+q")
         wait_for(lambda: not self.is_on_the_bus(), "the app to end")
 
@@ -206,7 +203,7 @@ class RunningAppTest(BusCase):
         self.keys("Return")
         wait_for(lambda: self.texts("Work") == ["from the command"], "the todo")
         self.wait_until_away()
-        wait_for(lambda: "Inbox" in self.focused(), "the window to have the keyboard again")
+        wait_for(lambda: "Inbox" in self.title(), "the window to have the keyboard again")
         self.keys("ctrl+n")
         self.type("in the window")
         self.keys("Escape", "ctrl+q")

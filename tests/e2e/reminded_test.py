@@ -17,49 +17,19 @@ WIDGET = str(pathlib.Path(DESKTOP).with_name("korvex-widget"))
 class RemindedTest(WindowCase):
     def log_in(self, *, notifications=True):
         self.start_bus(with_services=notifications)
-        if not notifications:
-            return
-        # The menu is a program that chooses the line that it is told.
-        menu = self.home / "menu"
-        menu.write_text("#!/bin/sh\ngrep -m1 'Mark Complete'\n")
-        menu.chmod(0o700)
-        settings = self.home / "dunstrc"
-        settings.write_text(f"[global]\ndmenu = {menu}\n")
-        daemon = subprocess.Popen(["dunst", "-conf", settings], env=self.environment,
-                                  stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end, daemon)
-        wait_for(lambda: self.shown() is not None, "the notification daemon")
-
-    def shown(self):
-        """How many notifications are shown; None without a daemon."""
-        asked = subprocess.run(["dunstctl", "count", "displayed"], env=self.environment, text=True,
-                               capture_output=True, check=False)
-        return int(asked.stdout) if asked.returncode == 0 else None
-
-    def mark_complete(self):
-        subprocess.run(["dunstctl", "context"], env=self.environment, check=True)
+        if notifications:
+            self.start_notifications()
 
     def remind_in(self, seconds, entry):
         moment = datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(seconds=seconds)
         self.korvex("remind", entry, moment.strftime("%Y-%m-%dT%H:%M:%SZ"))
-
-    def is_agent_there(self):
-        asked = subprocess.run(
-            ["gdbus", "call", "--session", "--dest", "org.freedesktop.DBus", "--object-path",
-             "/org/freedesktop/DBus", "--method", "org.freedesktop.DBus.NameHasOwner",
-             "dev.korvex.Agent"], env=self.environment, text=True, capture_output=True, check=False)
-        return "true" in asked.stdout
-
-    def completed(self):
-        return [entry["content"] for day in json.loads(self.korvex("completed"))
-                for entry in day["entries"]]
 
     def test_from_a_key_press_to_a_notification_that_completes(self):
         self.log_in()
         self.korvex("board", "add", "Work")
         app = self.start_window()
         self.keys("ctrl+comma")  # the default is the window manager's: the first free one instead
-        wait_for(lambda: "Settings" in self.active(), "the settings")
+        wait_for(lambda: "Settings" in self.title(), "the settings")
         self.keys("Down", "Down", "Tab", "Tab", "Return")
         self.press_until_panel("ctrl+alt+space")
         self.type("Buy milk")
@@ -80,22 +50,19 @@ class RemindedTest(WindowCase):
                      "--sync")
         self.keys("ctrl+q")
         self.assertEqual(app.wait(PATIENCE), 0)
-        wait_for(lambda: self.shown() == 1, "the reminder, with the window closed")
+        wait_for(lambda: self.notifications() == 1, "the reminder, with the window closed")
         time.sleep(2)
-        self.assertEqual(self.shown(), 1, "once")
+        self.assertEqual(self.notifications(), 1, "once")
         self.mark_complete()
         wait_for(lambda: self.texts("Work") == ["Call Ann"], "the todo to be completed")
         self.assertEqual(self.completed(), ["Buy milk"])
-        wait_for(lambda: self.shown() == 0, "the notification to go")
-        # The widget and the window show it: what is ticked first there is the other one.
+        wait_for(lambda: self.notifications() == 0, "the notification to go")
+        # The widget shows it: what stands first there is the other one.
         time.sleep(1)
         [widget] = self.xdotool("search", "--onlyvisible", "--class", "korvex-widget").split()
         self.xdotool("mousemove", "--window", widget, "33", "62", "click", "1")
         wait_for(lambda: self.texts("Work") == [], "the other one to be ticked in the widget")
         self.assertEqual(sorted(self.completed()), ["Buy milk", "Call Ann"])
-
-    def active(self):
-        return self.xdotool("getactivewindow", "getwindowname").strip()
 
     def press_until_panel(self, keys):
         """The shortcut is registered a moment after it was chosen."""
@@ -103,7 +70,7 @@ class RemindedTest(WindowCase):
         while time.monotonic() < deadline:
             self.keys(keys)
             for _ in range(40):
-                if self.active().startswith("Quick Entry"):
+                if self.title().startswith("Quick Entry"):
                     return
                 time.sleep(0.05)
         self.fail("Quick Entry did not open")
@@ -113,7 +80,6 @@ class RemindedTest(WindowCase):
         self.korvex("add", "Ring the bell")
         [entry] = self.stored()
         self.remind_in(4, entry["id"])
-        wait_for(self.is_agent_there, "the command line to start the agent")
         wait_for(lambda: [each["state"] for each in json.loads(self.korvex("reminders"))] ==
                  ["pending"], "the agent to have planned it")
         self.end_bus()
@@ -121,7 +87,7 @@ class RemindedTest(WindowCase):
         self.log_in()
         agent = subprocess.Popen([AGENT], env=self.environment)  # as the session's start does
         self.addCleanup(self.end, agent)
-        wait_for(lambda: self.shown() == 1, "the reminder")
+        wait_for(lambda: self.notifications() == 1, "the reminder")
         self.mark_complete()
         wait_for(lambda: self.completed() == ["Ring the bell"], "the todo to be completed")
         self.end_bus()
@@ -141,7 +107,7 @@ class RemindedTest(WindowCase):
         self.assertIn("notifications", json.dumps(status()))
         time.sleep(3)
         self.xdotool("getactivewindow", "mousemove", "--window", "%1", "74", "64", "click", "1")
-        wait_for(lambda: self.active().startswith("Upcoming"), "the page Upcoming")
+        wait_for(lambda: self.title().startswith("Upcoming"), "the page Upcoming")
         self.keys("Home", "ctrl+Return")  # the first row there
         wait_for(lambda: self.completed() == ["Nobody says it"], "it to be ticked where it is listed")
 

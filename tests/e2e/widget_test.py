@@ -49,13 +49,6 @@ class WidgetTest(WindowCase):
         file = self.home / ".local/state/korvex/widgets.json"
         return json.loads(file.read_text())["widgets"] if file.exists() else []
 
-    def completed(self):
-        days = json.loads(self.korvex("completed"))
-        return [entry["content"] for day in days for entry in day["entries"]]
-
-    def title(self):
-        return self.xdotool("getactivewindow", "getwindowname").strip()
-
     def check_stands_on_desktop(self, window):
         self.assertIn("4294967295", self.hints(window, "_NET_WM_DESKTOP"))
         state = self.hints(window, "_NET_WM_STATE")
@@ -120,24 +113,6 @@ class WidgetTest(WindowCase):
         wait_for(lambda: not self.texts(), "the last one to be completed in the window")
         self.assertEqual(sorted(self.completed()), ["Buy milk", "Call Ada", "Water plants"])
 
-    def start_notifications(self):
-        # Its menu is a program that chooses the line that it is told. It stands in nobody's way.
-        menu = self.home / "menu"
-        menu.write_text("#!/bin/sh\ngrep -m1 'Mark Complete'\n")
-        menu.chmod(0o700)
-        settings = self.home / "config" / "dunst" / "dunstrc"  # where one that the bus starts looks
-        settings.parent.mkdir(parents=True)
-        settings.write_text(f"[global]\ndmenu = {menu}\norigin = bottom-left\n")
-        daemon = subprocess.Popen(["dunst"], env=self.environment, stdout=subprocess.DEVNULL,
-                                  stderr=subprocess.DEVNULL)
-        self.addCleanup(self.end, daemon)
-        wait_for(lambda: self.notifications() == "0", "the notification daemon")
-
-    def notifications(self):
-        """How many are shown; nothing without a daemon."""
-        return subprocess.run(["dunstctl", "count", "displayed"], env=self.environment, text=True,
-                              capture_output=True, check=False).stdout.strip()
-
     def revision(self):
         """How often the store was saved."""
         lock = (self.home / "data" / "korvex" / "Primary.store.lock").read_bytes()
@@ -151,7 +126,7 @@ class WidgetTest(WindowCase):
             moment = datetime.datetime.now(datetime.timezone.utc) + datetime.timedelta(seconds=3)
             self.korvex("add", first, "--remind", moment.strftime("%Y-%m-%dT%H:%M:%SZ"))
             [entry] = self.stored()
-            wait_for(lambda: self.notifications() == "1", "the reminder")
+            wait_for(lambda: self.notifications() == 1, "the reminder")
             before = self.revision()
             ways = {
                 "widget": lambda: self.tick(window),
@@ -162,7 +137,7 @@ class WidgetTest(WindowCase):
             for way in ways.values():
                 way()
             wait_for(lambda: not self.stored(), "the todo to be completed")
-            wait_for(lambda: self.notifications() == "0", "the notification to be answered")
+            wait_for(lambda: self.notifications() == 0, "the notification to be answered")
             time.sleep(1)
             self.assertEqual(self.stored(), [])
             self.assertEqual(self.revision(), before + 1, "it is completed with one save")

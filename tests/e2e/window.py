@@ -94,6 +94,30 @@ class WindowCase(ProgramCase):
     def end_bus(self):
         self.end(self.bus)
 
+    def start_notifications(self):
+        """A real daemon; the menu of its notifications chooses "Mark Complete"."""
+        menu = self.home / "menu"
+        menu.write_text("#!/bin/sh\ngrep -m1 'Mark Complete'\n")
+        menu.chmod(0o700)
+        settings = self.home / "config" / "dunst" / "dunstrc"  # where one that the bus starts looks
+        settings.parent.mkdir(parents=True, exist_ok=True)
+        # It stands in nobody's way.
+        settings.write_text(f"[global]\ndmenu = {menu}\norigin = bottom-left\n")
+        daemon = subprocess.Popen(["dunst"], env=self.environment, stdout=subprocess.DEVNULL,
+                                  stderr=subprocess.DEVNULL)
+        self.addCleanup(self.end, daemon)
+        wait_for(lambda: self.notifications() is not None, "the notification daemon")
+
+    def notifications(self):
+        """How many are shown; None without a daemon."""
+        asked = subprocess.run(["dunstctl", "count", "displayed"], env=self.environment, text=True,
+                               capture_output=True, check=False)
+        return int(asked.stdout) if asked.returncode == 0 else None
+
+    def mark_complete(self):
+        """At the notification that is shown."""
+        subprocess.run(["dunstctl", "context"], env=self.environment, check=True)
+
     def start_window(self, *arguments):
         """Starts the app and waits until its window is painted and has the keyboard."""
         window = self.painted_window(DESKTOP, *arguments)
@@ -115,6 +139,15 @@ class WindowCase(ProgramCase):
     def korvex(self, *arguments):
         return subprocess.run([KORVEX, "--json", *arguments], env=self.environment, text=True,
                               capture_output=True, check=True).stdout
+
+    def title(self):
+        """The title of the window that has the keyboard."""
+        return self.xdotool("getactivewindow", "getwindowname").strip()
+
+    def completed(self):
+        """The texts of the completed todos."""
+        return [entry["content"] for day in json.loads(self.korvex("completed"))
+                for entry in day["entries"]]
 
     def stored(self, *arguments):
         return json.loads(self.korvex("list", *arguments))

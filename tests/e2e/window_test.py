@@ -337,9 +337,6 @@ class WindowTest(WindowCase):
         wait_for(lambda: self.title() == "Korvex", "a window that says why it is not the main one")
         return window
 
-    def title(self):
-        return self.xdotool("getactivewindow", "getwindowname").strip()
-
     def wait_for_words(self, wanted):
         """Until the active window says this somewhere on the way down its left side."""
         def copied():
