@@ -103,6 +103,13 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
         m_posting.tableFailed().connect([this] { reconcileSoon(Reason::request); }));
     m_subscriptions.push_back(
         m_responses.responded().connect([this] { reconcileSoon(Reason::request); }));
+    const auto tellIfQuiet = [this] {
+        if (isQuiet()) {
+            m_becameQuiet.emit();
+        }
+    };
+    m_subscriptions.push_back(m_posting.becameQuiet().connect(tellIfQuiet));
+    m_subscriptions.push_back(m_responses.responded().connect(tellIfQuiet));
     if (m_surroundings.bus.isConnected()) {
         reconcileSoon(Reason::request);
     }
@@ -245,12 +252,13 @@ AgentStatus ReminderAgent::status() {
 }
 
 void ReminderAgent::tellStatus() {
-    auto now = status();
+    const auto now = status();
+    auto told = now;
     // When something is due next changes all the time, and nobody waits for that.
-    now.nextDue.reset();
-    if (now != m_told) {
-        m_told = now;
-        m_object.statusChanged(status());
+    told.nextDue.reset();
+    if (told != m_told) {
+        m_told = std::move(told);
+        m_object.statusChanged(now);
     }
 }
 

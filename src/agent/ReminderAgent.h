@@ -51,10 +51,9 @@ public:
 
     /// The clock was set, the machine woke, or the time zone is another.
     void timeChanged();
-    /// Whether nothing is between this and the notification daemon that would be done again if it
-    /// ended now.
-    bool isQuiet() const { return m_posting.isQuiet(); }
-    base::Signal<>& becameQuiet() { return m_posting.becameQuiet(); }
+    /// Whether nothing is under way that would be done again, or not at all, if it ended now.
+    bool isQuiet() const { return m_posting.isQuiet() && m_responses.isQuiet(); }
+    base::Signal<>& becameQuiet() { return m_becameQuiet; }
 
 private:
     enum class Reason {
@@ -101,6 +100,7 @@ private:
     /// Runs while the store could not be followed.
     std::unique_ptr<base::RunLoop::Timer> m_retry;
     std::chrono::duration<double> m_retryDelay{};
+    base::Signal<> m_becameQuiet;
     std::vector<base::Subscription> m_subscriptions;
     /// Gone with this object: posted work may outlive it.
     std::shared_ptr<const bool> m_life = std::make_shared<bool>(true);

@@ -17,8 +17,6 @@ using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds kFirstRetry{1};
 constexpr Seconds kLongestRetry{300};
-/// A full disk may have room again, and nothing else says so.
-constexpr Seconds kTableRetry{30};
 /// In seconds: how far the written moment may lie behind.
 constexpr double kWatchedFor = 3600;
 

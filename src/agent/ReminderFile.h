@@ -6,12 +6,16 @@
 
 #include <SQLiteCpp/Database.h>
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
 #include <string_view>
 
 namespace korvex::agent {
+
+/// A full disk may have room again, and nothing else says so.
+inline constexpr std::chrono::seconds kTableRetry{30};
 
 /// The open file of the agent's requests (docs/formats/reminders.md), for one process at a time. It
 /// holds nothing that could not be had again from the store, but what was shown already, and what

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <string>
+#include <utility>
 
 namespace korvex::agent {
 
@@ -13,8 +14,6 @@ namespace {
 using platform::bus::NotificationDaemon;
 using schedule::ReminderNotification;
 
-/// A full disk may have room again, and nothing else says so.
-constexpr std::chrono::seconds kTableRetry{30};
 /// One that is damaged is begun anew, which need not wait.
 constexpr std::chrono::seconds kDamageRetry{1};
 
@@ -98,11 +97,15 @@ void ReminderPosting::close(const ShownNotification& shown) {
 void ReminderPosting::answered(const std::function<void()>& record) {
     --m_awaited;
     attempt(record);
-    m_runLoop.post([this, life = std::weak_ptr<const bool>(m_life)] {
-        if (!life.expired()) {
-            serve();
-        }
-    });
+    // Once for all the answers that have come together.
+    if (!std::exchange(m_willServe, true)) {
+        m_runLoop.post([this, life = std::weak_ptr<const bool>(m_life)] {
+            if (!life.expired()) {
+                m_willServe = false;
+                serve();
+            }
+        });
+    }
     if (isQuiet()) {
         m_becameQuiet.emit();
     }

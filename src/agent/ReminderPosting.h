@@ -47,6 +47,7 @@ private:
     base::RunLoop& m_runLoop;
     base::Logger m_log;
     std::size_t m_awaited = 0;
+    bool m_willServe = false;
     platform::system::WallClockTimer m_due;
     /// After a failure, of the daemon or of the table.
     std::unique_ptr<base::RunLoop::Timer> m_retry;

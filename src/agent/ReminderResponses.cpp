@@ -1,6 +1,7 @@
 #include "agent/ReminderResponses.h"
 
 #include "app/Links.h"
+#include "base/Error.h"
 #include "model/Entry.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/bus/StoreChangeSignal.h"
@@ -14,6 +15,7 @@
 
 namespace korvex::agent {
 
+using base::codeOf;
 using platform::bus::NotificationDaemon;
 using schedule::ReminderNotification;
 using store::StoreError;
@@ -24,11 +26,6 @@ namespace {
 /// Before a completion that has failed is tried again; it doubles. All together some four minutes.
 constexpr std::chrono::duration<double> kFirstPause{1};
 constexpr std::chrono::duration<double> kLongestPause{128};
-
-std::string codeOf(const std::exception& error) {
-    const auto* const ours = dynamic_cast<const base::Error*>(&error);
-    return std::to_string(ours ? ours->code() : 0);
-}
 
 /// Somebody has exchanged the files of the store under whoever has them open.
 bool isAboutFiles(const StoreError& error) {
@@ -53,18 +50,32 @@ void ReminderResponses::take(const NotificationDaemon::Choice& choice) {
     if (!isToComplete && choice.action != NotificationDaemon::kOpen) {
         return;
     }
-    // Not every daemon closes by itself what was answered.
-    const auto completion = isToComplete ? complete(*entry) : Completion::refused;
-    if (completion == Completion::done) {
-        m_unfinished.erase(*entry);
-        withdraw(*entry);
-    } else if (completion == Completion::failed) {
-        completeLater(*entry, choice.token);
+    if (isToComplete) {
+        finish(complete(*entry), *entry, choice);
     } else {
-        open(*entry, choice.token);          // it says where the todo is that stays open
-        m_daemon.close(choice.shown, [] {}); // which it tells of
+        show(*entry, choice);
     }
     m_responded.emit();
+}
+
+void ReminderResponses::finish(Completion completion, const base::Uuid& entry,
+                               const NotificationDaemon::Choice& choice) {
+    if (completion == Completion::failed) {
+        completeLater(entry, choice);
+        return;
+    }
+    m_unfinished.erase(entry);
+    if (completion == Completion::done) {
+        withdraw(entry);
+    } else {
+        show(entry, choice); // it says where the todo is that stays open
+    }
+}
+
+void ReminderResponses::show(const base::Uuid& entry, const NotificationDaemon::Choice& choice) {
+    open(entry, choice.token);
+    // Not every daemon closes by itself what was answered. It tells of it.
+    m_daemon.close(choice.shown, [] {});
 }
 
 std::optional<base::Uuid> ReminderResponses::entryOf(const NotificationDaemon::Shown& shown) {
@@ -101,32 +112,23 @@ ReminderResponses::Completion ReminderResponses::complete(const base::Uuid& entr
     }
 }
 
-void ReminderResponses::completeLater(const base::Uuid& entry, const std::string& token) {
+void ReminderResponses::completeLater(const base::Uuid& entry,
+                                      const NotificationDaemon::Choice& choice) {
     auto& unfinished = m_unfinished[entry];
     if (unfinished.pause >= kLongestPause) {
         m_unfinished.erase(entry);
-        open(entry, token); // it says what is the matter
+        open(entry, choice.token); // it says what is the matter
         return;
     }
     unfinished.pause = std::max(2 * unfinished.pause, kFirstPause);
     unfinished.timer = m_parts.runLoop.callAfter(
-        unfinished.pause, [this, entry, token] { completeAgain(entry, token); });
+        unfinished.pause, [this, entry, choice] { completeAgain(entry, choice); });
 }
 
-void ReminderResponses::completeAgain(base::Uuid entry, std::string token) {
-    switch (complete(entry)) {
-    case Completion::done:
-        m_unfinished.erase(entry);
-        withdraw(entry);
+void ReminderResponses::completeAgain(base::Uuid entry, NotificationDaemon::Choice choice) {
+    finish(complete(entry), entry, choice);
+    if (!m_unfinished.contains(entry)) {
         m_responded.emit();
-        break;
-    case Completion::refused:
-        m_unfinished.erase(entry);
-        open(entry, token);
-        break;
-    case Completion::failed:
-        completeLater(entry, token);
-        break;
     }
 }
 

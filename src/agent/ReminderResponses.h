@@ -43,6 +43,8 @@ public:
 
     /// Emitted when something was done: the store or what is to be shown has changed.
     base::Signal<>& responded() { return m_responded; }
+    /// Whether nothing that the user has chosen is still to be done.
+    bool isQuiet() const { return m_unfinished.empty(); }
 
 private:
     void take(const platform::bus::NotificationDaemon::Choice& choice);
@@ -54,9 +56,13 @@ private:
     Completion completeStored(const base::Uuid& entry);
     /// What the user has ticked is not given up because the store is in somebody's hands just now:
     /// it is tried again after a while that doubles, and its notification stays meanwhile.
-    void completeLater(const base::Uuid& entry, const std::string& token);
+    void completeLater(const base::Uuid& entry,
+                       const platform::bus::NotificationDaemon::Choice& choice);
     /// By value: the timer that calls it may go meanwhile.
-    void completeAgain(base::Uuid entry, std::string token);
+    void completeAgain(base::Uuid entry, platform::bus::NotificationDaemon::Choice choice);
+    void finish(Completion completion, const base::Uuid& entry,
+                const platform::bus::NotificationDaemon::Choice& choice);
+    void show(const base::Uuid& entry, const platform::bus::NotificationDaemon::Choice& choice);
     void withdraw(const base::Uuid& entry);
     void open(const base::Uuid& entry, const std::string& token);
 

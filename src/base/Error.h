@@ -23,6 +23,12 @@ private:
     std::string m_description;
 };
 
+/// For the log; 0 where it is none of ours.
+inline std::string codeOf(const std::exception& error) {
+    const auto* const ours = dynamic_cast<const Error*>(&error);
+    return std::to_string(ours ? ours->code() : 0);
+}
+
 /// An error of one service: the service's enumeration, with its text.
 /// `Case` needs overloads of `descriptionOf` and `domainOf` beside it.
 template <typename Case>

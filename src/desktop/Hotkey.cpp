@@ -5,6 +5,7 @@
 #include "base/EnvironmentVariable.h"
 #include "desktop/Arguments.h"
 #include "desktop/HotkeyChoice.h"
+#include "platform/system/ProgramFile.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -15,11 +16,6 @@
 namespace korvex::desktop {
 
 namespace {
-
-std::filesystem::path ownProgram() {
-    std::error_code failed;
-    return std::filesystem::read_symlink("/proc/self/exe", failed);
-}
 
 /// Whether a shell that is given the name finds this file.
 bool isFoundAs(const std::string& name, const std::filesystem::path& file) {
@@ -52,15 +48,16 @@ std::string shellWord(const std::string& text) {
 /// The command line's program stands beside this one; with its path where that alone leads to it.
 std::string command() {
     const std::string name = "korvex";
-    const auto file = ownProgram().parent_path() / name;
+    const auto file = platform::system::ownProgram().parent_path() / name;
     return (isFoundAs(name, file) ? name : shellWord(file.native())) + " quick-entry";
 }
 
 app::AutostartFile autostart() {
-    return app::AutostartFile(app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
-                              {.id = app::kDesktopName,
-                               .name = "Korvex",
-                               .command = {ownProgram().native(), kBackgroundOption}});
+    return app::AutostartFile(
+        app::userFolder("XDG_CONFIG_HOME", ".config") / "autostart",
+        {.id = app::kDesktopName,
+         .name = "Korvex",
+         .command = {platform::system::ownProgram().native(), kBackgroundOption}});
 }
 
 } // namespace

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string>
 #include <utility>
 
 namespace korvex::desktop {

@@ -80,10 +80,8 @@ bool CompleteTodoIntent::perform(std::string_view todoID, const SharedStore& sto
         withdrawStale(todoID, outcome, reminders);
         return false;
     } catch (const std::exception& error) {
-        const auto* const ours = dynamic_cast<const base::Error*>(&error);
-        m_log.error("Widget completion failed: " +
-                    (ours ? ours->errorDescription() : std::string(error.what())) + " (" +
-                    std::to_string(ours ? ours->code() : 0) + ")");
+        m_log.error("Widget completion failed: " + std::string(error.what()) + " (" +
+                    base::codeOf(error) + ")");
         throw;
     }
 }

@@ -16,15 +16,11 @@ namespace korvex::schedule {
 
 namespace {
 
+using base::codeOf;
 using Seconds = std::chrono::duration<double>;
 
 constexpr Seconds kFirstRetry{1};
 constexpr Seconds kLongestRetry{300};
-
-std::string codeOf(const std::exception& error) {
-    const auto* const ours = dynamic_cast<const base::Error*>(&error);
-    return std::to_string(ours ? ours->code() : 0);
-}
 
 /// What is to be done so that the pending requests are those that the store asks for.
 struct Difference {

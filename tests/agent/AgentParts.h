@@ -12,7 +12,8 @@
 
 namespace korvex::tests {
 
-/// What an agent is made of, but for the bus. It starts as an agent does.
+/// What an agent is made of, but for the bus. Its scheduler is started, and reconciles by itself;
+/// an agent has it reconcile whenever it has opened the store.
 struct AgentParts {
     AgentParts(const std::filesystem::path& file, store::ModelContainer& store,
                const FakeClock& clock, FakeRunLoop& runLoop, base::LogSink& log)

@@ -114,7 +114,7 @@ ExitStatus reminders(Session& session, const NoOptions&) {
 }
 
 void print(Session& session, const RunningAgent::Answer<app::AgentStatus>& answer) {
-    printFact(session, "Agent", answer.said ? "running" : "not running");
+    printFact(session, "Agent", answer.said ? "running" : "cannot be reached");
     if (!answer.said) {
         printFact(session, "Reason", answer.reason);
         return;

@@ -66,19 +66,22 @@ std::string proposalFor(const Shortcut& shortcut) {
     return text + key;
 }
 
+/// By their names, with what the desktop says of each.
+using BoundShortcuts = std::vector<std::tuple<std::string, Dictionary>>;
+
 /// What the desktop says of our shortcut among those of the session; absent where it has none.
-std::optional<std::string> triggerIn(const std::vector<std::pair<std::string, Dictionary>>& all) {
-    const auto found =
-        std::find_if(all.begin(), all.end(), [](const auto& each) { return each.first == kId; });
+std::optional<std::string> triggerIn(const BoundShortcuts& all) {
+    const auto found = std::find_if(all.begin(), all.end(),
+                                    [](const auto& each) { return std::get<0>(each) == kId; });
     if (found == all.end()) {
         return std::nullopt;
     }
-    const auto* const text = find<std::string>(found->second, "trigger_description");
+    const auto* const text = find<std::string>(std::get<1>(*found), "trigger_description");
     return text ? *text : std::string();
 }
 
-std::vector<std::pair<std::string, Dictionary>> shortcutsOf(const Dictionary& results) {
-    std::vector<std::pair<std::string, Dictionary>> shortcuts;
+BoundShortcuts shortcutsOf(const Dictionary& results) {
+    BoundShortcuts shortcuts;
     if (const auto* const array = find<ValueArray>(results, "shortcuts")) {
         for (const auto& item : array->items) {
             const auto* const fields = item.as<ValueStructure>();
@@ -277,16 +280,11 @@ void PortalHotkeyBackend::listen() {
          .interface = kInterface,
          .member = "ShortcutsChanged"},
         [this](const IncomingSignal& signal) {
-            using Changed = std::vector<std::tuple<std::string, Dictionary>>;
-            const auto [session, changed] = signal.read<ObjectPath, Changed>();
+            const auto [session, changed] = signal.read<ObjectPath, BoundShortcuts>();
             if (session.text != m_session) {
                 return;
             }
-            std::vector<std::pair<std::string, Dictionary>> shortcuts;
-            for (const auto& [id, about] : changed) {
-                shortcuts.emplace_back(id, about);
-            }
-            if (auto trigger = triggerIn(shortcuts)) {
+            if (auto trigger = triggerIn(changed)) {
                 setStatus({.state = State::boundByDesktop, .trigger = std::move(*trigger)});
             }
         });
