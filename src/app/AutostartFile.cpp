@@ -68,7 +68,7 @@ std::string marked(std::string_view contents, std::string_view mark) {
             continue;
         }
         result.append(line) += '\n';
-        if (line == kGroup && !mark.empty()) {
+        if (withoutBlanks(line) == withoutBlanks(kGroup) && !mark.empty()) {
             result.append(mark) += '\n';
         }
     }

@@ -37,11 +37,10 @@ bool GlobalHotkeyManager::update(const QuickEntryShortcut& shortcut) {
         set({.issue = Issue{Kind::invalid}});
         return false;
     }
-    if (shortcut == m_outcome.activeShortcut) {
-        return true;
-    }
     m_wanted = shortcut;
-    ask();
+    if (shortcut != m_outcome.activeShortcut) {
+        ask();
+    }
     return isReady();
 }
 

@@ -5,9 +5,7 @@
 #include "model/EntryType.h"
 
 #include <optional>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace korvex::app {
 

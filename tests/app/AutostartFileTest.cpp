@@ -74,6 +74,9 @@ TEST_F(AutostartFileTest, HeedsTheSwitchesOfDesktops) {
         EXPECT_TRUE(file.isOn()) << mark;
         EXPECT_EQ(contents(), "[Desktop Entry]\nExec=some\n");
     }
+    write("[Desktop Entry]\r\nExec=some\r\n");
+    ASSERT_FALSE(file.turnOff());
+    EXPECT_FALSE(file.isOn()) << "whatever the ends of lines are";
 }
 
 TEST(DesktopKind, IsTheFirstThatIsKnown) {

@@ -174,6 +174,12 @@ TEST_F(GlobalHotkeyManagerTest, APauseGivesItBackForAsLong) {
     EXPECT_EQ(manager.activeShortcut(), kOther);
     system.didPress().emit({});
     EXPECT_EQ(presses, 1);
+
+    manager.pause();
+    manager.update({});
+    manager.update(kOther);
+    manager.resume();
+    EXPECT_EQ(manager.activeShortcut(), kOther) << "what was asked for last";
 }
 
 TEST_F(GlobalHotkeyManagerTest, FollowsThePreferenceUntilItEnds) {

@@ -95,8 +95,8 @@ class HotkeyTest(WindowCase):
         wait_for(lambda: "Inbox" in self.title(), "the main window")
         place = self.xdotool("getactivewindow", "getwindowgeometry", "--shell").split()[1:5]
         self.close_by_manager()
-        self.assertTrue(self.seen(), "it asks first")
         time.sleep(0.3)
+        self.assertTrue(self.seen(), "it asks first")
         self.keys("Return")  # "Keep Ready"
         wait_for(lambda: not self.seen(), "the window to go")
         self.assertEqual(self.settings()["whenMainWindowCloses"], "staysReady")
@@ -151,8 +151,7 @@ class HotkeyTest(WindowCase):
         self.keys("Tab", "Return")
         wait_for(lambda: self.shortcut() == (SPACE, COMMAND | OPTION), "the first free one")
         self.keys("ctrl+alt+space")
-        wait_for(lambda: self.title().endswith("– Korvex") and "Settings" not in self.title(),
-                 "Quick Entry")
+        wait_for(lambda: self.title().startswith("Quick Entry"), "Quick Entry")
 
     def test_recorded_are_also_keys_that_somebody_has(self):
         self.set_shortcut(N, COMMAND | OPTION)
@@ -171,7 +170,7 @@ class HotkeyTest(WindowCase):
         self.keys("ctrl+alt+j")
         wait_for(lambda: self.shortcut() == (J, COMMAND | OPTION), "the recorded one")
         self.keys("ctrl+alt+j")
-        wait_for(lambda: "Settings" not in self.title(), "Quick Entry")
+        wait_for(lambda: self.title().startswith("Quick Entry"), "Quick Entry")
 
 
 class WaylandTest(HotkeyTest):

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "app/QuickEntryState.h"
-#include "base/Signal.h"
 #include "ui/capture/CaptureText.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/workspace/Workspace.h"

@@ -6,7 +6,6 @@
 #include <QAbstractTextDocumentLayout>
 #include <QKeyEvent>
 #include <QMimeData>
-#include <QScrollBar>
 
 #include <algorithm>
 

@@ -19,7 +19,6 @@
 #include <QLayout>
 #include <QMimeData>
 #include <QPainter>
-#include <QPushButton>
 #include <QScreen>
 #include <QShortcut>
 #include <QStandardPaths>
@@ -180,11 +179,14 @@ void QuickEntryPanel::putAway() {
 
 bool QuickEntryPanel::mayEnd() {
     const auto error = m_state.keepDraft();
-    if (!error || (m_wasTold && isVisible())) {
+    const auto isKept = !error && !m_state.isAttachingFiles(); // those are in no draft yet
+    if (isKept || (m_wasTold && isVisible())) {
         return true;
     }
     open({});
-    sayNotKept(error);
+    if (error) { // else the panel says what it waits for, and how to end that
+        sayNotKept(error);
+    }
     return false;
 }
 

@@ -40,8 +40,8 @@ public:
     /// Hides it, and keeps the draft. Where that cannot be kept it says so once, and stays.
     /// One that waits for files only stops waiting.
     void putAway();
-    /// Whether the program may end as far as what is in it goes: the draft is kept, or the user,
-    /// who is asked here, was told in the panel that it cannot be.
+    /// Whether the program may end as far as what is in it goes: the draft is kept and no file is
+    /// being read, or the user, who is asked here, was told in the panel that it cannot be.
     bool mayEnd();
     /// Gives the draft up, after asking where there is something to lose.
     void discard();

@@ -267,6 +267,7 @@ TEST_F(QuickEntryPanelTest, FilesAreReadAsideShownAndTakenAway) {
     drop({folder / "nowhere.txt"});
     EXPECT_EQ(refusal(), descriptionOf(model::AttachmentErrorCase::invalidFile));
     paste({file("late.txt")});
+    EXPECT_FALSE(panel->mayEnd()) << "they are in no draft yet";
     key(Qt::Key_Escape);
     EXPECT_FALSE(state->isAttachingFiles());
     EXPECT_TRUE(panel->isVisible()) << "that Escape was for the files";

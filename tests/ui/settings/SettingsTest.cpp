@@ -158,7 +158,7 @@ TEST_F(SettingsTest, TheWheelTurnsNoChoice) {
     preferences.setLaunchBoardID(work->id());
     preferences.setFontSize(16);
     std::set<std::string> tried;
-    for (const auto pane : {general, appearance, notifications, backups}) {
+    for (const auto pane : {general, appearance, quick, backups}) {
         openSettings(pane);
         settings->resize(360, 320);
         QApplication::processEvents();
@@ -179,8 +179,8 @@ TEST_F(SettingsTest, TheWheelTurnsNoChoice) {
             tried.insert(toUtf8(choice->accessibleName()));
         }
     }
-    EXPECT_THAT(tried, ::testing::ElementsAre("Board", "Default board", "Font size", "Open with",
-                                              "Settings"));
+    EXPECT_THAT(tried, ::testing::ElementsAre("Board", "Default board", "Destination", "Font size",
+                                              "Open with", "Settings"));
 }
 
 TEST_F(SettingsTest, ThePaneSaysWhatTheChosenStartMeans) {
