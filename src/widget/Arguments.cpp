@@ -81,9 +81,11 @@ void Arguments::answer(const QApplication& application) {
     describe(parser);
     parser.process(application);
     if (!isUnderstood(parser)) {
-        std::fputs(
-            qPrintable(QApplication::tr("That is no identifier of a board.") + QLatin1Char('\n')),
-            stderr);
+        const auto extra = parser.positionalArguments();
+        const auto said = extra.isEmpty()
+                              ? QApplication::tr("That is no identifier of a board.")
+                              : QApplication::tr("Unexpected argument: %1").arg(extra.front());
+        std::fputs(qPrintable(said + QLatin1Char('\n')), stderr);
         std::exit(kWrongUsage);
     }
 }

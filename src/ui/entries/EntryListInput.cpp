@@ -148,15 +148,6 @@ void EntryListView::doubleClicked(int row, const QPoint& position) {
     }
 }
 
-void EntryListView::mouseMoveEvent(QMouseEvent* event) {
-    // A press on the circle or the label is no beginning of a drag.
-    if (pressedPart() == RowPart::body || event->buttons() == Qt::NoButton) {
-        RowListView::mouseMoveEvent(event);
-    } else {
-        follow(*event);
-    }
-}
-
 void EntryListView::wheelEvent(QWheelEvent* event) {
     if (m_tables.follow(*event)) {
         event->accept();

@@ -95,7 +95,8 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void inputMethodEvent(QInputMethodEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
+    /// A press on the circle or the label is no beginning of a drag.
+    bool isDragBegun(RowPart pressed) const override { return pressed == RowPart::body; }
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     void doubleClicked(int row, const QPoint& position) override;
     void wheelEvent(QWheelEvent* event) override;

@@ -76,11 +76,11 @@ std::vector<RowSpeech::Action> SearchListView::actionsOf(int row) {
     return actions;
 }
 
-/// Only the circle of a todo that can be ticked is a part of its own.
 RowListView::Tip SearchListView::tipAt(int row, const QPoint&) const {
     return {m_model.row(row).due.reminder, visualRect(m_model.index(row, 0))};
 }
 
+/// Only the circle of a todo that can be ticked is a part of its own.
 RowPart SearchListView::partAt(int row, const QPoint& position) const {
     const auto sign = m_delegate->signRect(row, column().width);
     const auto isTickable = m_model.isTickable(row);

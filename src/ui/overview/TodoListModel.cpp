@@ -8,13 +8,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// With more steps than this the rows change all at once.
-constexpr std::size_t kMaximumSteps = 60;
-
-} // namespace
-
 TodoListModel::TodoListModel(const schedule::ScheduleClock& clock, const DateTexts& dates,
                              Detail detail, QObject* parent)
     : RowModel(parent), m_clock(clock), m_dates(dates), m_detail(detail) {}
@@ -91,7 +84,7 @@ void TodoListModel::placeHeld(std::vector<Row>& wanted) const {
 }
 
 bool TodoListModel::showBySteps(const std::vector<Row>& wanted, const Headings& headings) {
-    const auto steps = fewRowSteps(keysOf(rows()), keysOf(wanted), kMaximumSteps);
+    const auto steps = fewStepsTo(wanted);
     if (!steps) {
         return false;
     }

@@ -133,15 +133,6 @@ void TodoListView::clicked(int row, RowPart part, const QMouseEvent&) {
     }
 }
 
-void TodoListView::mouseMoveEvent(QMouseEvent* event) {
-    // Nothing is dragged here, and a drag over the rows chooses none.
-    if (event->buttons() == Qt::NoButton) {
-        RowListView::mouseMoveEvent(event);
-    } else {
-        follow(*event);
-    }
-}
-
 void TodoListView::focusInEvent(QFocusEvent* event) {
     RowListView::focusInEvent(event);
     const auto hasCurrent = currentIndex().isValid() && !m_model.isHeading(currentRow());

@@ -53,7 +53,8 @@ protected:
     QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
     void keyPressEvent(QKeyEvent* event) override;
     void doubleClicked(int row, const QPoint&) override { Q_EMIT openRequested(row); }
-    void mouseMoveEvent(QMouseEvent* event) override;
+    /// Nothing is dragged here, and a drag over the rows chooses none.
+    bool isDragBegun(RowPart) const override { return false; }
     void focusInEvent(QFocusEvent* event) override;
 
 private:

@@ -46,8 +46,10 @@ std::vector<TodoGroup> UpcomingPage::groups() {
             {.key = kMissedKey, .title = tr("Reminders"), .entries = m_missed->entries()});
     }
     m_rests.clear();
+    auto missed = m_missed->entries();
+    std::sort(missed.begin(), missed.end());
     for (const auto& group : m_upcoming->groups()) {
-        const auto entries = withoutMissed(group);
+        const auto entries = without(missed, group);
         if (!entries.empty()) {
             result.push_back({.key = static_cast<int>(group.section),
                               .title = translated(schedule::title(group.section)),
@@ -58,12 +60,11 @@ std::vector<TodoGroup> UpcomingPage::groups() {
     return result;
 }
 
-std::span<model::Entry* const> UpcomingPage::withoutMissed(const schedule::UpcomingGroup& group) {
-    if (m_missed->entries().empty()) {
+std::span<model::Entry* const> UpcomingPage::without(const std::vector<model::Entry*>& missed,
+                                                     const schedule::UpcomingGroup& group) {
+    if (missed.empty()) {
         return group.entries;
     }
-    auto missed = m_missed->entries();
-    std::sort(missed.begin(), missed.end());
     auto& rest = m_rests.emplace_back();
     std::copy_if(group.entries.begin(), group.entries.end(), std::back_inserter(rest),
                  [&](model::Entry* each) {

@@ -30,8 +30,9 @@ protected:
 
 private:
     void missedChanged();
-    /// The todos of a section that are not among those with a missed reminder.
-    std::span<model::Entry* const> withoutMissed(const schedule::UpcomingGroup& group);
+    /// The todos of a section that are not among these, which are sorted by address.
+    std::span<model::Entry* const> without(const std::vector<model::Entry*>& missed,
+                                           const schedule::UpcomingGroup& group);
 
     NoticeLine* m_notice;
     /// Both null until the page is first shown.

@@ -21,7 +21,9 @@ class TodoTicking {
 public:
     virtual ~TodoTicking() = default;
     /// Completes an open todo and restores a completed one.
-    virtual bool toggle(model::Entry& entry) = 0;
+    bool toggle(model::Entry& entry) {
+        return entry.isCompleted() ? restore(entry, std::nullopt) : complete(entry, std::nullopt);
+    }
     /// Completes the todo as of this moment, or of now where none is given.
     virtual bool complete(model::Entry& entry, std::optional<base::Instant> completedAt) = 0;
     /// Opens the todo again at this place on its board, or at the end where none is given.

@@ -20,10 +20,6 @@ TodoActions::TodoActions(Page& page, const TodoServices& services, services::Und
           }
       })) {}
 
-bool TodoActions::toggle(model::Entry& entry) {
-    return entry.isCompleted() ? restore(entry, std::nullopt) : complete(entry, std::nullopt);
-}
-
 bool TodoActions::complete(model::Entry& entry, std::optional<base::Instant> completedAt) {
     return m_page.perform(
         [&] { m_services.entries.completeTodo(entry, m_services.clock.now(), completedAt); });

@@ -28,7 +28,6 @@ public:
     TodoActions(Page& page, const TodoServices& services, services::UndoManager& undo,
                 const Theme& theme);
 
-    bool toggle(model::Entry& entry) override;
     bool complete(model::Entry& entry, std::optional<base::Instant> completedAt) override;
     bool restore(model::Entry& entry, std::optional<std::int64_t> position) override;
 

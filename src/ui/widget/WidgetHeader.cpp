@@ -127,10 +127,6 @@ WidgetHeader::WidgetHeader(const Theme& theme, QWidget* parent)
     applyTheme();
 }
 
-QRect WidgetHeader::choiceAnchor() const {
-    return {m_choice->mapToGlobal(QPoint()), m_choice->size()};
-}
-
 QRect WidgetHeader::menuAnchor() const {
     return {m_menu->mapToGlobal(QPoint()), m_menu->size()};
 }

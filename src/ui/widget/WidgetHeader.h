@@ -58,8 +58,7 @@ public:
     explicit WidgetHeader(const Theme& theme, QWidget* parent = nullptr);
 
     WidgetBoardButton& board() { return *m_board; }
-    /// Where another board is chosen, and where the menu opens; in global coordinates.
-    QRect choiceAnchor() const;
+    /// Where the menu opens; in global coordinates.
     QRect menuAnchor() const;
     /// Whether there are boards to choose from.
     void setHasChoice(bool hasChoice);

@@ -116,10 +116,6 @@ int WidgetPage::rowAfter(int row) const {
     return std::min(row, m_model->rowCount() - 1);
 }
 
-bool WidgetPage::toggle(model::Entry& entry) {
-    return entry.isCompleted() ? restore(entry, std::nullopt) : complete(entry, std::nullopt);
-}
-
 bool WidgetPage::complete(model::Entry& entry, std::optional<base::Instant>) {
     return perform([&] { m_parts.store.complete(entry); });
 }

@@ -50,7 +50,6 @@ private:
     void letGo(model::Entry& entry) override;
     int tickedRow(const model::Entry& entry) const override;
     int rowAfter(int row) const override;
-    bool toggle(model::Entry& entry) override;
     bool complete(model::Entry& entry, std::optional<base::Instant> completedAt) override;
     bool restore(model::Entry& entry, std::optional<std::int64_t> position) override;
 

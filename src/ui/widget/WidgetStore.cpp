@@ -55,6 +55,12 @@ WidgetStore::Open::Open(std::unique_ptr<store::ModelContainer> opened,
       scheduleClock(surroundings.clock, surroundings.runLoop, surroundings.timeZone,
                     surroundings.log) {
     scheduleClock.start(*container);
+    // Of its own saves the clock knows; nearly all others change the todos of a widget.
+    m_changes = context.didChange().connect([this](const store::ChangeSet& changes) {
+        if (changes.origin == store::ChangeSet::Origin::elsewhere) {
+            scheduleClock.scheduleRefresh();
+        }
+    });
 }
 
 WidgetStore::WidgetStore(Surroundings surroundings)

@@ -61,6 +61,9 @@ public:
         services::BoardService boards;
         /// It ticks when labels can change.
         schedule::ScheduleClock scheduleClock;
+
+    private:
+        base::Subscription m_changes;
     };
     /// Null while there is none.
     Open* open() const { return m_open.get(); }

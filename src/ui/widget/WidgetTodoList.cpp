@@ -6,7 +6,6 @@
 
 #include <QContextMenuEvent>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 
 namespace korvex::ui {
@@ -86,6 +85,13 @@ RowPart WidgetTodoList::partAt(int row, const QPoint& position) const {
     return isOn(laidOut.circle(), position - rect.topLeft()) ? RowPart::sign : RowPart::body;
 }
 
+RowListView::Tip WidgetTodoList::tipAt(int row, const QPoint& position) const {
+    const auto rect = visualRect(m_model.index(row, 0));
+    const auto& laidOut = m_delegate->layout(row, rect.width());
+    const auto place = laidOut.due().translated(rect.topLeft());
+    return isOn(place, position) ? Tip{laidOut.dueLabel().reminder, place} : Tip();
+}
+
 bool WidgetTodoList::isPressable(const QPoint& position, Qt::KeyboardModifiers) const {
     return partUnder(position) != RowPart::none;
 }
@@ -123,15 +129,6 @@ void WidgetTodoList::keyPressEvent(QKeyEvent* event) {
         return;
     default:
         RowListView::keyPressEvent(event);
-    }
-}
-
-void WidgetTodoList::mouseMoveEvent(QMouseEvent* event) {
-    // Nothing is dragged here, and a drag over the rows chooses none.
-    if (event->buttons() == Qt::NoButton) {
-        RowListView::mouseMoveEvent(event);
-    } else {
-        follow(*event);
     }
 }
 

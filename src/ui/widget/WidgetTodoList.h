@@ -56,13 +56,15 @@ protected:
     int estimatedHeight(int row) const override;
     double opacityOf(const QModelIndex& index) const override;
     RowPart partAt(int row, const QPoint& position) const override;
+    Tip tipAt(int row, const QPoint& position) const override;
     void clicked(int row, RowPart part, const QMouseEvent& event) override;
     bool isPressable(const QPoint& position, Qt::KeyboardModifiers modifiers) const override;
     std::vector<Action> actionsOf(int row) override;
     void forgetLayout(int row) override { m_delegate->forget(row); }
     void forgetLayouts() override { m_delegate->forgetAll(); }
     void keyPressEvent(QKeyEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
+    /// Nothing is dragged here, and a drag over the rows chooses none.
+    bool isDragBegun(RowPart) const override { return false; }
     void focusInEvent(QFocusEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
 

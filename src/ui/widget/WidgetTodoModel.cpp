@@ -8,13 +8,6 @@
 
 namespace korvex::ui {
 
-namespace {
-
-/// With more steps than this the rows change all at once.
-constexpr std::size_t kMaximumSteps = 60;
-
-} // namespace
-
 WidgetTodoModel::WidgetTodoModel(const schedule::ScheduleClock& clock, const DateTexts& dates,
                                  QObject* parent)
     : RowModel(parent), m_clock(clock), m_dates(dates) {}
@@ -61,7 +54,7 @@ void WidgetTodoModel::setTodos(std::vector<model::Entry*> todos) {
     for (const auto row : held) {
         keepPlace(row, todos);
     }
-    if (const auto steps = fewRowSteps(keysOf(rows()), keysOf(todos), kMaximumSteps)) {
+    if (const auto steps = fewStepsTo(todos)) {
         applySteps(*steps, todos);
     } else {
         applyAtOnce(std::move(todos), [this](model::Entry* old) { return rowOf(*old); });

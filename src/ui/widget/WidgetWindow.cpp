@@ -52,6 +52,7 @@ WidgetWindow::WidgetWindow(const app::RememberedWidget& remembered,
     }
     // It comes with the desktop. Who asks for it gets the keyboard there by `bringForward`.
     setAttribute(Qt::WA_ShowWithoutActivating);
+    setAttribute(Qt::WA_AlwaysShowToolTips); // it seldom has the keyboard
     setMouseTracking(true);
     auto* const column = new QVBoxLayout(this);
     column->setSpacing(0);

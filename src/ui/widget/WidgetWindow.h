@@ -10,7 +10,6 @@
 #include "ui/widget/WidgetStore.h"
 #include "ui/workspace/DateTexts.h"
 
-#include <QPointer>
 #include <QWidget>
 
 #include <memory>

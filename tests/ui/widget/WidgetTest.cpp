@@ -298,10 +298,11 @@ TEST_F(WidgetTest, WithoutAStoreItWaitsAndMakesNone) {
 }
 
 TEST_F(WidgetTest, LabelsFollowTheClock) {
-    app->entries.createTodos({.contents = {"call"},
-                              .board = *inbox,
-                              .now = kNow,
-                              .schedule = model::TodoSchedule::dueAt(kNow + kHour)});
+    const auto todos =
+        app->entries.createTodos({.contents = {"call"},
+                                  .board = *inbox,
+                                  .now = kNow,
+                                  .schedule = model::TodoSchedule::dueAt(kNow + kHour)});
     auto& window = show();
     const auto description = [&] {
         return toUtf8(
@@ -313,6 +314,17 @@ TEST_F(WidgetTest, LabelsFollowTheClock) {
     runLoop.advance(kHour + 1);
     EXPECT_NE(description(), before);
     EXPECT_THAT(description(), ::testing::HasSubstr("verdue"));
+
+    // Another program sets a reminder while the widget stands there.
+    app->entries.updateSchedule(*todos[0], {.reminderDate = clock.now() + kHour}, clock.now());
+    notice();
+    const auto hasRung = [&] {
+        return static_cast<WidgetTodoModel*>(listOf(window).model())->dueLabel(0).isReminderPast;
+    };
+    EXPECT_FALSE(hasRung());
+    clock.advance(kHour + 1);
+    runLoop.advance(kHour + 1);
+    EXPECT_TRUE(hasRung());
 }
 
 TEST_F(WidgetTest, KeysWalkTickAndOpen) {

@@ -195,7 +195,9 @@ void RowListView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void RowListView::mouseMoveEvent(QMouseEvent* event) {
     follow(*event);
-    LazyListView::mouseMoveEvent(event);
+    if (event->buttons() == Qt::NoButton || isDragBegun(m_pressedPart)) {
+        LazyListView::mouseMoveEvent(event);
+    }
 }
 
 void RowListView::contextMenuEvent(QContextMenuEvent* event) {

@@ -55,6 +55,8 @@ protected:
     virtual RowPart partAt(int row, const QPoint& position) const = 0;
     /// A part was pressed and let go with the left button.
     virtual void clicked(int row, RowPart part, const QMouseEvent& event) = 0;
+    /// Whether a pointer that moves on with the button held down chooses or drags rows.
+    virtual bool isDragBegun(RowPart /*pressed*/) const { return true; }
     /// The body of a row was pressed twice. Two quick presses of a sign are just two.
     virtual void doubleClicked(int /*row*/, const QPoint& /*position*/) {}
     struct Tip {

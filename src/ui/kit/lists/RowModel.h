@@ -5,6 +5,8 @@
 #include <QAbstractListModel>
 
 #include <algorithm>
+#include <cstddef>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -52,6 +54,12 @@ protected:
         beginResetModel();
         m_rows = std::move(wanted);
         endResetModel();
+    }
+
+    /// The steps that lead to `wanted`; absent with so many that the rows are to change at once.
+    std::optional<std::vector<RowStep>> fewStepsTo(const std::vector<Row>& wanted) const {
+        constexpr std::size_t kMost = 60;
+        return fewRowSteps(keysOf(m_rows), keysOf(wanted), kMost);
     }
 
     /// The steps of RowDiff that lead to `wanted`.
