@@ -60,6 +60,22 @@ End run(base::LogSink& log) {
     const auto terminating = termination.requested().connect([&] { finish(End::done); });
     const base::SystemClock clock;
     Bus bus(platform::bus::WhichBus::session, runLoop, log);
+    // It lives as long as the session whose bus it is.
+    auto wasConnected = false;
+    const auto states = bus.stateChanged().connect([&](Bus::State state) {
+        wasConnected = wasConnected || state == Bus::State::connected;
+        if (state == Bus::State::waiting) {
+            finish(wasConnected ? End::done : End::failed);
+        }
+    });
+    // Asked for before all else, since who has started us waits for it; by the time that it is
+    // ours, what it is asked for is there. The bus greets us while the table is opened.
+    NameClaim name(bus, platform::bus::kAgentName);
+    bus.start();
+    if (end != End::none) {
+        logger.warning("There is no session bus.");
+        return end;
+    }
     agent::ReminderAgent reminders({.bus = bus,
                                     .runLoop = runLoop,
                                     .clock = clock,
@@ -69,16 +85,6 @@ End run(base::LogSink& log) {
                                                  "korvex" / "reminders.sqlite",
                                     .version = KORVEX_VERSION,
                                     .startDesktop = startDesktop});
-
-    // It lives as long as the session whose bus it is.
-    auto wasConnected = false;
-    const auto states = bus.stateChanged().connect([&](Bus::State state) {
-        wasConnected = wasConnected || state == Bus::State::connected;
-        if (state == Bus::State::waiting) {
-            finish(wasConnected ? End::done : End::failed);
-        }
-    });
-    NameClaim name(bus, platform::bus::kAgentName);
     std::optional<agent::TimeSources> timeSources;
     base::Subscription timeChanges;
     platform::system::ProgramWatcher program(runLoop);
@@ -102,10 +108,7 @@ End run(base::LogSink& log) {
         endWhenQuiet();
     });
     const auto pauses = reminders.becameQuiet().connect(endWhenQuiet);
-    bus.start();
-    if (end == End::none) {
-        runLoop.run();
-    }
+    runLoop.run();
     if (!wasConnected) {
         logger.warning("There is no session bus.");
     }
