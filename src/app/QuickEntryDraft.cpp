@@ -140,15 +140,31 @@ std::vector<base::Uuid> QuickEntryDraft::attachmentIDs() const {
     return ids;
 }
 
+bool QuickEntryDraft::hasWordsOf(const QuickEntryDraft& other) const {
+    if (content.starts_with(base::trimmed(other.content))) {
+        return true; // an older state of the same words is no second text
+    }
+    const auto mine = base::filledLines(content);
+    const auto theirs = base::filledLines(other.content);
+    return std::all_of(theirs.begin(), theirs.end(), [&](const auto& line) {
+        return std::find(mine.begin(), mine.end(), line) != mine.end();
+    });
+}
+
 bool QuickEntryDraft::add(QuickEntryDraft other) {
     if (isEmpty()) {
         *this = std::move(other);
         return true;
     }
-    // An older state of the same words is no second text.
-    if (const auto words = base::trimmed(other.content); content.find(words) == std::string::npos) {
+    if (!hasWordsOf(other)) {
         content = base::trimmed(content).empty() ? std::move(other.content)
                                                  : content + "\n" + other.content;
+    }
+    if (schedule.isEmpty()) {
+        schedule = other.schedule;
+    }
+    if (!heading) {
+        heading = other.heading;
     }
     auto all = attachments;
     for (auto& each : other.attachments) {

@@ -32,8 +32,12 @@ struct QuickEntryDraft {
     bool isEmpty() const;
     std::vector<base::Uuid> attachmentIDs() const;
     /// Puts another one's words behind its own, unless it has them already, and the files to its
-    /// own; into an empty one, all. False where the files have no room: then it has the words only.
+    /// own, takes its schedule and heading where it has none itself; into an empty one, all.
+    /// False where the files have no room: then it has the words only.
     bool add(QuickEntryDraft other);
+
+private:
+    bool hasWordsOf(const QuickEntryDraft& other) const;
 };
 
 /// The one draft of Quick Entry (docs/formats/drafts.md), in the folders of a store's other drafts:

@@ -193,7 +193,10 @@ void QuickEntryState::resolveBoard() {
 }
 
 void QuickEntryState::choose(std::span<model::Board* const> boards) {
-    const auto* const board = m_preferences.quickEntryBoard(boards);
+    // Which boards the preferences mean is known in the user's own store only; elsewhere they would
+    // be forgotten as gone.
+    const auto* const board = m_isUsersOwn ? m_preferences.quickEntryBoard(boards)
+                                           : AppPreferences::fallbackBoard(boards);
     setSelectedBoardID(board ? std::optional(board->id()) : std::nullopt);
 }
 

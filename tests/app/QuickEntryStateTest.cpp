@@ -41,12 +41,14 @@ protected:
                                           .runLoop = runLoop,
                                           .clock = clock,
                                           .log = log,
-                                          .inBackground = [this](auto work) {
-                                              if (isWithoutThreads) {
-                                                  throw std::runtime_error("no thread");
-                                              }
-                                              background.push_back(std::move(work));
-                                          }});
+                                          .inBackground =
+                                              [this](auto work) {
+                                                  if (isWithoutThreads) {
+                                                      throw std::runtime_error("no thread");
+                                                  }
+                                                  background.push_back(std::move(work));
+                                              },
+                                          .isUsersOwn = isUsersOwn});
     }
     void runThreads() {
         for (const auto& work : std::exchange(background, {})) {
@@ -83,6 +85,7 @@ protected:
     QuickEntryDraftFile draftFile{{DraftFolder::beside(folder / "Primary.store")}};
     std::vector<std::function<void()>> background;
     bool isWithoutThreads = false;
+    bool isUsersOwn = true;
     model::Board* inbox = nullptr;
     std::unique_ptr<QuickEntryState> state;
 };
@@ -407,17 +410,19 @@ TEST_F(QuickEntryStateTest, ADraftOutlivesTheProgramUntilItIsCaptured) {
     state->prepare();
     EXPECT_EQ(state->content(), "theirs");
     state->reset();
-    theirs = leftBy({.content = "more of theirs",
+    theirs = leftBy({.content = "our",
+                     .schedule = model::TodoSchedule::dueOn(20300102),
                      .attachments = {{.id = base::Uuid::random(), .filename = "a", .data = {1}}}});
     state->prepare();
-    state->setContent("ours");
+    state->setContent("not our words");
     theirs.reset();
     EXPECT_FALSE(state->keepDraft());
-    EXPECT_EQ(state->content(), "ours\nmore of theirs");
+    EXPECT_EQ(state->content(), "not our words\nour");
+    EXPECT_EQ(state->schedule(), model::TodoSchedule::dueOn(20300102));
     EXPECT_THAT(state->attachments(), SizeIs(1));
     state = nullptr;
     state = makeState();
-    EXPECT_EQ(state->content(), "ours\nmore of theirs");
+    EXPECT_EQ(state->content(), "not our words\nour");
     state->reset();
 
     state->setContent("given up");
@@ -425,6 +430,16 @@ TEST_F(QuickEntryStateTest, ADraftOutlivesTheProgramUntilItIsCaptured) {
     state->reset();
     EXPECT_FALSE(std::filesystem::exists(folder / "Drafts"));
     EXPECT_FALSE(makeState()->hasDraft());
+}
+
+TEST_F(QuickEntryStateTest, AnotherStoreForgetsNoBoardOfTheUsersOwn) {
+    const auto chosen = base::Uuid::random();
+    preferences.setDefaultBoardID(chosen);
+    isUsersOwn = false;
+    state = makeState();
+    state->prepare();
+    EXPECT_EQ(state->selectedBoardID(), inbox->id());
+    EXPECT_EQ(preferences.defaultBoardID(), chosen);
 }
 
 TEST_F(QuickEntryStateTest, ADraftThatCannotBeKeptIsTriedLessAndLessOften) {
