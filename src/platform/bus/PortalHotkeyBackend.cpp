@@ -187,19 +187,21 @@ void PortalHotkeyBackend::createSession() {
     m_request = std::make_unique<PortalRequest>(
         m_bus, kInterface, "CreateSession", arguments(),
         Dictionary{{"session_handle_token", Value(portalToken())}},
-        PortalRequest::Listener{.answered =
-                                    [this](PortalRequest::Outcome, const Dictionary& results) {
-                                        m_session = pathIn(results, "session_handle");
-                                        if (m_session.empty()) {
-                                            giveUp(
-                                                BusError(BusErrorCase::refused, {}, "no session"));
-                                        } else {
-                                            m_server = m_portal.owner();
-                                            listen();
-                                            bind();
-                                        }
-                                    },
-                                .failed = [this](const BusError& error) { giveUp(error); }});
+        PortalRequest::Listener{
+            .answered =
+                [this](PortalRequest::Outcome outcome, const Dictionary& results) {
+                    m_session = pathIn(results, "session_handle");
+                    if (m_session.empty() && outcome == PortalRequest::Outcome::ended) {
+                        waitToAskAgain();
+                    } else if (m_session.empty()) {
+                        giveUp(BusError(BusErrorCase::refused, {}, "no session"));
+                    } else {
+                        m_server = m_portal.owner();
+                        listen();
+                        bind();
+                    }
+                },
+            .failed = [this](const BusError& error) { giveUp(error); }});
 }
 
 void PortalHotkeyBackend::bind() {
@@ -237,6 +239,7 @@ void PortalHotkeyBackend::takeBound(const Dictionary& results) {
         askVersion();
         setStatus({.state = State::boundByDesktop, .trigger = std::move(*trigger)});
     } else {
+        endSession(); // whose shortcuts are bound once: to ask again needs another
         setStatus({State::declined});
     }
 }
@@ -297,6 +300,10 @@ void PortalHotkeyBackend::listen() {
 
 void PortalHotkeyBackend::giveUp(const BusError& error) {
     m_log.info("No portal for shortcuts: " + error.errorDescription());
+    if (error.isForNow()) {
+        waitToAskAgain();
+        return;
+    }
     loseSession();
     setStatus({State::managedByDesktop});
 }

@@ -65,12 +65,14 @@ public:
     void endSession() { m_sessionObject->emit("Closed", platform::bus::arguments(Dictionary())); }
     /// Answers what the user was asked.
     void answer(std::uint32_t outcome) {
-        respond(m_pending, outcome, outcome == 0 ? bound() : Dictionary());
+        respond(m_pending, outcome, outcome == 0 && !bindsNothing ? bound() : Dictionary());
     }
 
     /// The user takes the time to think.
     bool asksUser = false;
     std::uint32_t usersAnswer = 0;
+    /// It says that it is done, and has left the shortcut out.
+    bool bindsNothing = false;
     std::string trigger = "Alt+Space";
     /// What was asked for.
     int sessions = 0;

@@ -103,6 +103,18 @@ TEST_F(PortalHotkeyBackendTest, WaitsAsLongAsTheUserThinksAndTakesNoForAnAnswer)
     EXPECT_TRUE(isBound());
 }
 
+TEST_F(PortalHotkeyBackendTest, APortalThatLeavesTheShortcutOutIsAskedAgain) {
+    startDaemon();
+    auto& there = startPortal();
+    there.bindsNothing = true;
+    manager.update({});
+    ASSERT_TRUE(comesTo([this] { return manager.issue().has_value(); }));
+    there.bindsNothing = false;
+    manager.tryAgain();
+    EXPECT_TRUE(isBound());
+    EXPECT_EQ(there.sessions, 2) << "a session binds once";
+}
+
 TEST_F(PortalHotkeyBackendTest, WhatBreaksOffIsNoAnswer) {
     startDaemon();
     auto& there = startPortal();
