@@ -263,6 +263,9 @@ void ReminderAgent::tellStatus() {
 }
 
 app::AgentReminders ReminderAgent::reminders() {
+    if (m_isRequested) {
+        reconcileNow(); // who asks first of all is not told of an empty table
+    }
     app::AgentReminders reminders;
     const auto [rows, more] = m_table.rows(AgentReminder::kMost);
     for (const auto& row : rows) {

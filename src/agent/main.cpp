@@ -60,56 +60,59 @@ End run(base::LogSink& log) {
     const auto terminating = termination.requested().connect([&] { finish(End::done); });
     const base::SystemClock clock;
     Bus bus(platform::bus::WhichBus::session, runLoop, log);
-    // It lives as long as the session whose bus it is.
-    auto wasConnected = false;
-    const auto states = bus.stateChanged().connect([&](Bus::State state) {
-        wasConnected = wasConnected || state == Bus::State::connected;
-        if (state == Bus::State::waiting) {
-            finish(wasConnected ? End::done : End::failed);
-        }
-    });
-    // Asked for before all else, since who has started us waits for it; by the time that it is
-    // ours, what it is asked for is there. The bus greets us while the table is opened.
+    // Asked for before all else is made ready, since who has started us waits for it.
     NameClaim name(bus, platform::bus::kAgentName);
-    bus.start();
-    if (end != End::none) {
-        logger.warning("There is no session bus.");
-        return end;
-    }
-    agent::ReminderAgent reminders({.bus = bus,
-                                    .runLoop = runLoop,
-                                    .clock = clock,
-                                    .log = log,
-                                    .storeFile = app::storeFile(app::dataDirectory({})),
-                                    .tableFile = app::userFolder("XDG_STATE_HOME", ".local/state") /
-                                                 "korvex" / "reminders.sqlite",
-                                    .version = KORVEX_VERSION,
-                                    .startDesktop = startDesktop});
-    std::optional<agent::TimeSources> timeSources;
-    base::Subscription timeChanges;
-    platform::system::ProgramWatcher program(runLoop);
+    std::optional<agent::ReminderAgent> reminders;
     auto isReplaced = false;
     const auto endWhenQuiet = [&] {
-        if (isReplaced && reminders.isQuiet()) {
+        if (isReplaced && (!reminders || reminders->isQuiet())) {
             finish(End::replaced);
         }
     };
+    base::Subscription pauses;
+    const auto begin = [&] {
+        reminders.emplace(agent::ReminderAgent::Surroundings{
+            .bus = bus,
+            .runLoop = runLoop,
+            .clock = clock,
+            .log = log,
+            .storeFile = app::storeFile(app::dataDirectory({})),
+            .tableFile =
+                app::userFolder("XDG_STATE_HOME", ".local/state") / "korvex" / "reminders.sqlite",
+            .version = KORVEX_VERSION,
+            .startDesktop = startDesktop});
+        pauses = reminders->becameQuiet().connect(endWhenQuiet);
+    };
+    const auto states = bus.stateChanged().connect([&](Bus::State state) {
+        if (state == Bus::State::connected) {
+            if (!reminders) {
+                begin(); // before anything is heard: who sees the name finds the agent
+            }
+        } else if (state == Bus::State::waiting) { // it lives as long as that bus's session
+            finish(reminders ? End::done : End::failed);
+        }
+    });
+    std::optional<agent::TimeSources> timeSources;
+    base::Subscription timeChanges;
     const auto claims = name.changed().connect([&](NameClaim::State state) {
-        if (state == NameClaim::State::owned) {
+        if (state == NameClaim::State::owned && reminders) {
             timeSources.emplace(runLoop, log);
-            timeChanges = timeSources->changed().connect([&] { reminders.timeChanged(); });
-        } else if (state != NameClaim::State::open) {
+            timeChanges = timeSources->changed().connect([&] { reminders->timeChanged(); });
+        } else if (state == NameClaim::State::refused || state == NameClaim::State::taken) {
             logger.info("Another agent has the name: " + name.owner());
             finish(End::done);
         }
     });
+    platform::system::ProgramWatcher program(runLoop);
     const auto replacements = program.replaced().connect([&] {
         isReplaced = true;
         endWhenQuiet();
     });
-    const auto pauses = reminders.becameQuiet().connect(endWhenQuiet);
-    runLoop.run();
-    if (!wasConnected) {
+    bus.start();
+    if (end == End::none) {
+        runLoop.run();
+    }
+    if (!reminders) {
         logger.warning("There is no session bus.");
     }
     return end;
