@@ -3,6 +3,8 @@
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -30,6 +32,14 @@ std::string argumentText(std::string_view argument) {
         result += character;
     }
     return result + '"';
+}
+
+std::string commandLine(const std::vector<std::string>& command) {
+    std::string line;
+    for (const auto& word : command) {
+        line += (line.empty() ? "Exec=" : " ") + argumentText(word);
+    }
+    return line;
 }
 
 std::vector<std::string_view> linesOf(std::string_view contents) {
@@ -60,6 +70,28 @@ bool isSwitchedOff(std::string_view line) {
     return plain == kOff || plain == "X-GNOME-Autostart-enabled=false";
 }
 
+/// Whether the line starts a program that is not there, as one of a checkout that was deleted. Of
+/// what we do not write so nothing is known.
+bool leadsNowhere(std::string_view line) {
+    constexpr std::string_view kStart = "Exec=\"";
+    if (!line.starts_with(kStart)) {
+        return false;
+    }
+    line.remove_prefix(kStart.size());
+    const auto end = line.find('"');
+    const std::string program(line.substr(0, end));
+    return end != std::string_view::npos && program.starts_with('/') &&
+           program.find_first_of("\\%") == std::string::npos &&
+           ::access(program.c_str(), X_OK) != 0;
+}
+
+/// The line of the file that does; empty where there is none.
+std::string_view lostCommand(std::string_view contents) {
+    const auto lines = linesOf(contents.substr(0, contents.find("\n[", 1)));
+    const auto found = std::find_if(lines.begin(), lines.end(), leadsNowhere);
+    return found != lines.end() ? *found : std::string_view();
+}
+
 /// The same with other marks: none where `mark` is empty.
 std::string marked(std::string_view contents, std::string_view mark) {
     std::string result;
@@ -88,14 +120,19 @@ bool AutostartFile::isOn() const {
         return false;
     }
     const auto lines = linesOf(*contents);
-    return std::none_of(lines.begin(), lines.end(), isSwitchedOff);
+    return lostCommand(*contents).empty() &&
+           std::none_of(lines.begin(), lines.end(), isSwitchedOff);
 }
 
 std::error_code AutostartFile::turnOn() const {
     if (isOn()) {
         return {};
     }
-    if (const auto contents = base::readSmallFile(m_file, kMaximumBytes)) {
+    if (auto contents = base::readSmallFile(m_file, kMaximumBytes)) {
+        if (const auto lost = lostCommand(*contents); !lost.empty()) {
+            const auto start = static_cast<std::size_t>(lost.data() - contents->data());
+            contents->replace(start, lost.size(), commandLine(m_entry.command));
+        }
         return base::replaceFile(m_file, marked(*contents, {}));
     }
     if (const auto error = whyUnread()) {
@@ -134,12 +171,8 @@ std::error_code AutostartFile::whyUnread() const {
 }
 
 std::string AutostartFile::ownContents() const {
-    std::string command;
-    for (const auto& word : m_entry.command) {
-        command += (command.empty() ? "" : " ") + argumentText(word);
-    }
-    return std::string(kGroup) + "\nType=Application\nName=" + m_entry.name + "\nExec=" + command +
-           "\nIcon=korvex\nTerminal=false\nNoDisplay=true\n";
+    return std::string(kGroup) + "\nType=Application\nName=" + m_entry.name + '\n' +
+           commandLine(m_entry.command) + "\nIcon=korvex\nTerminal=false\nNoDisplay=true\n";
 }
 
 } // namespace korvex::app

@@ -9,8 +9,8 @@ namespace korvex::app {
 
 /// Whether desktops start one of our programs when the user logs in: a file of the user's own in
 /// the folder that they look into. It is there for as long as that is wanted. What the user has
-/// written into it stays: then it is only marked as switched off, and as switched on again; one
-/// that cannot be read is not touched.
+/// written into it stays, but for a program that is gone: it is only marked as switched off, and as
+/// switched on again. One that cannot be read is not touched.
 class AutostartFile {
 public:
     /// What the desktop is told of the program.
@@ -25,7 +25,7 @@ public:
     /// `folder` is "autostart" in the folder for settings.
     AutostartFile(std::filesystem::path folder, Entry entry);
 
-    /// As it is now: the user, and a desktop's settings, may remove the file, or mark it as hidden.
+    /// As it is now: others may remove the file, or its program, or mark the file as hidden.
     bool isOn() const;
     [[nodiscard]] std::error_code turnOn() const;
     [[nodiscard]] std::error_code turnOff() const;

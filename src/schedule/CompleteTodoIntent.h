@@ -17,6 +17,9 @@ namespace korvex::schedule {
 /// is stored no longer. A value over its collaborators, which must outlive it. Main thread.
 class CompleteTodoIntent {
 public:
+    /// In English, to be translated.
+    static constexpr std::string_view kTitle = "Complete Todo";
+
     CompleteTodoIntent(services::ReminderReconciling& reconciling,
                        services::WidgetReloading& widgets, base::LogSink& log);
 

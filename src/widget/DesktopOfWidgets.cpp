@@ -56,6 +56,11 @@ void DesktopOfWidgets::giveKeyboard(QWindow& window) {
     platform::qt::activateCalledWindow(window, 0);
 }
 
+void DesktopOfWidgets::placeByKeys(QWindow& window, Placing what) {
+    platform::qt::placeByKeys(window, what == Placing::move ? platform::qt::Placing::move
+                                                            : platform::qt::Placing::resize);
+}
+
 bool DesktopOfWidgets::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
     if (event->spontaneous() && (type == QEvent::MouseButtonRelease || type == QEvent::KeyPress)) {

@@ -27,6 +27,7 @@ public:
     bool knowsBelow() const override;
     void prepare(QWindow& window) override;
     void giveKeyboard(QWindow& window) override;
+    void placeByKeys(QWindow& window, Placing what) override;
     void open(const std::string& url, std::function<void(Refusal)> refused) override;
     std::optional<bool> startsAtLogin() const override;
     std::error_code setAtLogin(AtLogin what) override;

@@ -56,6 +56,40 @@ TEST_F(AutostartFileTest, WhatTheUserHasWrittenStays) {
     EXPECT_EQ(contents(), own);
 }
 
+TEST_F(AutostartFileTest, OneThatLeadsToAProgramThatIsGoneIsOffAndLeadsToOursWhenItIsTurnedOn) {
+    const AutostartFile there(
+        folder / "autostart",
+        {.id = "some.id", .name = "Some", .command = {"/bin/true", "--here"}});
+    ASSERT_FALSE(there.turnOn());
+    const auto fresh = contents();
+    const std::string around = "[Desktop Entry]\n# mine\n";
+    for (const auto* const elsewhere :
+         {R"(Exec="/gone/bin/some" "--background")", R"(Exec="/etc/passwd")",
+          "Exec=\"/gone/some\"\nHidden=true"}) {
+        SCOPED_TRACE(elsewhere);
+        write(around + elsewhere + "\n[Other]\nExec=\"/gone\"\n");
+        EXPECT_FALSE(there.isOn());
+        ASSERT_FALSE(there.turnOn());
+        EXPECT_TRUE(there.isOn());
+        EXPECT_EQ(contents(), around + "Exec=\"/bin/true\" \"--here\"\n[Other]\nExec=\"/gone\"\n");
+    }
+    // Written by the program itself when it stood elsewhere.
+    const AutostartFile before(
+        folder / "autostart",
+        {.id = "some.id", .name = "Some", .command = {"/gone/a b/some", "-x"}});
+    std::filesystem::remove(path);
+    ASSERT_FALSE(before.turnOn());
+    ASSERT_FALSE(there.isOn());
+    ASSERT_FALSE(there.turnOn());
+    EXPECT_EQ(contents(), fresh);
+    // Of others it is not known what they lead to.
+    for (const auto* const other : {"Exec=nice some", "Exec=\"some\"", "Exec=/gone/some",
+                                    "Exec=\"/gone/\\\\$c/some\"", "Exec=\"/gone", "Exec="}) {
+        write(std::string("[Desktop Entry]\n") + other + "\n");
+        EXPECT_TRUE(there.isOn()) << other;
+    }
+}
+
 TEST_F(AutostartFileTest, WhatCannotBeReadIsNotTouched) {
     ASSERT_FALSE(file.turnOn());
     const std::string much = "[Desktop Entry]\nHidden=true\n#" + std::string(70'000, 'x');

@@ -52,8 +52,17 @@ class WidgetTest(WindowCase):
     def check_stands_on_desktop(self, window):
         self.assertIn("4294967295", self.hints(window, "_NET_WM_DESKTOP"))
         state = self.hints(window, "_NET_WM_STATE")
-        for wanted in ("BELOW", "SKIP_TASKBAR", "SKIP_PAGER"):
+        for wanted in ("SKIP_TASKBAR", "SKIP_PAGER"):
             self.assertIn("_NET_WM_STATE_" + wanted, state)
+        self.assertTrue(self.is_below(window))
+
+    def is_below(self, window):
+        return "_NET_WM_STATE_BELOW" in self.hints(window, "_NET_WM_STATE")
+
+    def top_window(self):
+        stacked = subprocess.run(["xprop", "-root", "_NET_CLIENT_LIST_STACKING"], text=True,
+                                 env=self.environment, capture_output=True, check=True).stdout
+        return str(int(stacked.split()[-1], 16))
 
     def active(self):
         return self.xdotool("getactivewindow").strip()
@@ -73,21 +82,48 @@ class WidgetTest(WindowCase):
 
     def test_who_asks_for_it_can_tick_by_keys_alone(self):
         self.korvex("add", "Buy milk", "Water plants", "Call Ada")
-        self.start_window()
+        self.start_app_everywhere()
         for start, left in ((self.start_widget, ["Water plants", "Call Ada"]),
                             (lambda: self.start_again("--board", self.board_id("Inbox")), ["Call Ada"])):
-            self.xdotool("search", "--name", "Inbox – Korvex", "windowactivate", "--sync")
             start()
             [window] = self.widgets()
             wait_for(lambda: self.active() == window, "the widget to have the keyboard")
-            self.check_stands_on_desktop(window)
+            # Keys lead to what is seen.
+            wait_for(lambda: self.top_window() == window, "the widget to stand over the app")
             self.keys("Home", "space")
             wait_for(lambda: self.texts() == left, "the todo to be ticked")
             time.sleep(1)  # its row leaves
+            self.xdotool("search", "--name", "Inbox – Korvex", "windowactivate", "--sync")
+            wait_for(lambda: self.is_below(window), "the widget to stand below again")
+            self.check_stands_on_desktop(window)
+            self.assertNotEqual(self.top_window(), window)
         self.korvex("board", "add", "Work")
         self.start_again("--board", self.board_id("Work"))
         wait_for(lambda: self.active() in set(self.widgets()) - {window},
                  "one more widget with the keyboard")
+
+    def start_app_everywhere(self):
+        self.start_window()
+        self.xdotool("getactivewindow", "windowmove", "0", "0", "windowsize", "1100", "800")
+
+    def test_it_is_moved_and_resized_by_keys(self):
+        self.start_app_everywhere()
+        self.start_widget()
+        [window] = self.widgets()
+        wait_for(lambda: self.active() == window, "the widget to have the keyboard")
+        x, y, width, height = self.place(window)
+        for item, keys in ((4, ["Left"] * 5), (5, ["Right"] * 3)):
+            self.keys("Menu", *["Down"] * item, "Return")
+            time.sleep(1)  # the window manager takes the keyboard
+            self.assertEqual(self.top_window(), window, "it is seen where it moves")
+            self.keys(*keys, "Return")
+        wait_for(lambda: self.remembered()[0]["width"] > width, "the new place to be remembered")
+        placed = self.place(window)
+        self.assertLess(placed[0], x)
+        self.assertGreater(placed[2], width)
+        self.assertEqual((placed[1], placed[3]), (y, height))
+        self.xdotool("search", "--name", "Inbox – Korvex", "windowactivate", "--sync")
+        wait_for(lambda: self.is_below(window), "the widget to stand below again")
 
     def start_again(self, *arguments):
         subprocess.run([KORVEX, "widget", *arguments], env=self.environment, timeout=PATIENCE,
@@ -185,6 +221,8 @@ class WidgetTest(WindowCase):
         self.start_again("--board", "Work")
         wait_for(lambda: len(self.widgets()) == 2, "a second widget")
         self.start_again("--board", "Work")
+        time.sleep(0.5)
+        self.assertEqual(len(self.widgets()), 2)
         # Moved by its header.
         x, y, width, height = self.place(self.widgets()[0])
         self.xdotool("mousemove", str(x + 60), str(y + 25), "mousedown", "1")

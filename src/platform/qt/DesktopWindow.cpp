@@ -13,6 +13,11 @@ namespace {
 
 constexpr std::uint32_t kEveryDesktop = 0xFFFFFFFF;
 
+/// As window managers number what a window asks for.
+constexpr std::uint32_t kResizeByKeys = 9;
+constexpr std::uint32_t kMoveByKeys = 10;
+constexpr std::uint32_t kFromApplication = 1; // not from a pager
+
 } // namespace
 
 bool canStandOnDesktop() {
@@ -34,6 +39,14 @@ void standOnDesktop(QWindow& window) {
     set("_NET_WM_STATE", XCB_ATOM_ATOM,
         std::array{atom(connection, "_NET_WM_STATE_SKIP_TASKBAR"),
                    atom(connection, "_NET_WM_STATE_SKIP_PAGER")});
+}
+
+void placeByKeys(QWindow& window, Placing what) {
+    if (auto* const connection = x11()) {
+        askWindowManager(
+            connection, static_cast<xcb_window_t>(window.winId()), "_NET_WM_MOVERESIZE",
+            {0, 0, what == Placing::move ? kMoveByKeys : kResizeByKeys, 0, kFromApplication});
+    }
 }
 
 } // namespace korvex::platform::qt

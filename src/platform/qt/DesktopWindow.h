@@ -12,4 +12,8 @@ bool canStandOnDesktop();
 /// that cannot be. That it stands below others is a flag of Qt's.
 void standOnDesktop(QWindow& window);
 
+enum class Placing { move, resize };
+/// The window manager lets the user do it by arrow keys. Only on X11; elsewhere it does nothing.
+void placeByKeys(QWindow& window, Placing what);
+
 } // namespace korvex::platform::qt

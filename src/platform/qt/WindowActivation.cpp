@@ -35,26 +35,13 @@ std::optional<std::uint32_t> timeOf(std::string_view token) {
                : std::nullopt;
 }
 
-void send(xcb_connection_t* connection, const xcb_client_message_event_t& event,
-          std::uint32_t mask) {
-    const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    xcb_send_event(connection, 0, root, mask, reinterpret_cast<const char*>(&event));
-}
-
 /// Who asks for a window, as window managers know it: the second says that the user does.
 enum class Asker : std::uint32_t { application = 1, user = 2 };
 
 void askForKeyboard(xcb_connection_t* connection, xcb_window_t window, Asker asker,
                     std::uint32_t time) {
-    xcb_client_message_event_t event{};
-    event.response_type = XCB_CLIENT_MESSAGE;
-    event.format = 32;
-    event.window = window;
-    event.type = atom(connection, "_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = static_cast<std::uint32_t>(asker);
-    event.data.data32[1] = time;
-    send(connection, event,
-         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+    askWindowManager(connection, window, "_NET_ACTIVE_WINDOW",
+                     {static_cast<std::uint32_t>(asker), time});
 }
 
 /// As the startup protocol has a value in which there are blanks: one would end it.
@@ -86,7 +73,7 @@ void tellStarted(xcb_connection_t* connection, xcb_window_t window, const std::s
         std::memset(event.data.data8, 0, sizeof event.data.data8);
         std::memcpy(event.data.data8, text.data() + start,
                     std::min(text.size() - start, sizeof event.data.data8));
-        send(connection, event, XCB_EVENT_MASK_PROPERTY_CHANGE);
+        sendToRoot(connection, event, XCB_EVENT_MASK_PROPERTY_CHANGE);
         event.type = next;
     }
 }
@@ -115,7 +102,6 @@ void finishActivation(QWindow& window, const std::string& token) {
 void activateCalledWindow(QWindow& window, std::uint32_t time) {
     if (auto* const connection = x11()) {
         askForKeyboard(connection, static_cast<xcb_window_t>(window.winId()), Asker::user, time);
-        xcb_flush(connection);
     }
 }
 

@@ -22,6 +22,9 @@ public:
     /// To be called after the window is shown, when the user has asked for it: it takes the
     /// keyboard, to which else only the pointer leads, since no list of windows has it.
     virtual void giveKeyboard(QWindow& window) = 0;
+    enum class Placing { move, resize };
+    /// Lets the user do it by arrow keys; to be called where windows can stand below others.
+    virtual void placeByKeys(QWindow& window, Placing what) = 0;
 
     enum class Refusal { notInstalled, noAnswer };
     /// Opens a link in the app. Where that fails `refused` is told why, at once or later.

@@ -1,6 +1,7 @@
 #include "ui/widget/WidgetPage.h"
 
 #include "services/OpenTodos.h"
+#include "services/SurvivingBoard.h"
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/words/Text.h"
 #include "ui/todos/LeavingRows.h"
@@ -10,13 +11,6 @@
 #include <algorithm>
 
 namespace korvex::ui {
-
-namespace {
-
-/// Boards are merged into one another in no circle; a damaged store may say so all the same.
-constexpr int kMostMerges = 16;
-
-} // namespace
 
 WidgetPage::WidgetPage(std::optional<base::Uuid> board, const Parts& parts, const Theme& theme,
                        QWidget* parent)
@@ -63,14 +57,8 @@ void WidgetPage::takeKeyboard() {
 }
 
 const model::Board* WidgetPage::boardThere() const {
-    if (!m_wanted) {
-        return m_open.boards.inboxBoard();
-    }
-    const auto* board = m_open.boards.board(*m_wanted);
-    for (int i = 0; i < kMostMerges && board && board->mergedIntoBoardID(); ++i) {
-        board = m_open.boards.board(*board->mergedIntoBoardID());
-    }
-    return board;
+    return m_wanted ? services::survivingBoard(m_open.boards, *m_wanted)
+                    : m_open.boards.inboxBoard();
 }
 
 void WidgetPage::refresh() {

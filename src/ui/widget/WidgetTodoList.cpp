@@ -1,7 +1,9 @@
 #include "ui/widget/WidgetTodoList.h"
 
+#include "schedule/CompleteTodoIntent.h"
 #include "ui/kit/lists/RowGround.h"
 #include "ui/kit/theme/Shapes.h"
+#include "ui/kit/words/Text.h"
 #include "ui/todos/TodoPainting.h"
 
 #include <QContextMenuEvent>
@@ -105,7 +107,8 @@ void WidgetTodoList::clicked(int row, RowPart part, const QMouseEvent&) {
 }
 
 std::vector<RowSpeech::Action> WidgetTodoList::actionsOf(int row) {
-    return {{m_model.entry(row).isCompleted() ? tr("Restore") : tr("Complete"),
+    return {{m_model.entry(row).isCompleted() ? tr("Restore")
+                                              : translated(schedule::CompleteTodoIntent::kTitle),
              [this, row] { Q_EMIT toggleRequested(row); }},
             {tr("Go to entry"), [this, row] { Q_EMIT openRequested(row); }}};
 }

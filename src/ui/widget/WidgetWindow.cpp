@@ -37,6 +37,8 @@ constexpr int kLeastWidth = 200;
 constexpr int kLeastHeight = 140;
 /// A window that is being moved stands in many a place before it has one.
 constexpr std::chrono::milliseconds kSettled{400};
+/// The keyboard of a window: keys that work anywhere take it for a moment, and give it back.
+constexpr std::chrono::milliseconds kGone{500};
 
 } // namespace
 
@@ -97,6 +99,7 @@ void WidgetWindow::showAt(const QRect& otherwise) {
 
 void WidgetWindow::bringForward() {
     setWindowState(windowState() & ~Qt::WindowMinimized);
+    beCalled();
     raise();
     m_surroundings.desktop.giveKeyboard(*windowHandle());
 }
@@ -255,6 +258,7 @@ void WidgetWindow::addPlacing(QMenu& menu) {
     if (desktop.knowsBelow()) {
         below->setChecked(m_remembered.isBelow);
         connect(below, &QAction::toggled, this, &WidgetWindow::setBelow);
+        addPlacingByKeys(menu);
     } else {
         below->setEnabled(false);
         menu.addAction(tr("This desktop lets no window do that."))->setEnabled(false);
@@ -275,10 +279,33 @@ void WidgetWindow::addPlacing(QMenu& menu) {
     });
 }
 
+void WidgetWindow::addPlacingByKeys(QMenu& menu) {
+    using Placing = WidgetDesktop::Placing;
+    const auto add = [&](const QString& text, Placing what) {
+        // Queued: until the menu is gone it has the keyboard.
+        connect(
+            menu.addAction(text), &QAction::triggered, this,
+            [this, what] {
+                beCalled();
+                m_isPlacedByKeys = true;
+                m_surroundings.desktop.placeByKeys(*windowHandle(), what);
+            },
+            Qt::QueuedConnection);
+    };
+    add(tr("Move by Arrow Keys"), Placing::move);
+    add(tr("Resize by Arrow Keys"), Placing::resize);
+}
+
+void WidgetWindow::standBelow(Below below) {
+    // Without taking the window down, as the widget's own function would.
+    if (m_surroundings.desktop.knowsBelow()) {
+        windowHandle()->setFlag(Qt::WindowStaysOnBottomHint, below == Below::yes);
+    }
+}
+
 void WidgetWindow::setBelow(bool isBelow) {
     m_remembered.isBelow = isBelow;
-    // Without taking the window down, as the widget's own function would.
-    windowHandle()->setFlag(Qt::WindowStaysOnBottomHint, isBelow);
+    standBelow(isBelow ? Below::yes : Below::no);
     overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnBottomHint, isBelow));
     Q_EMIT placed();
 }
@@ -388,6 +415,34 @@ void WidgetWindow::settle() {
     m_remembered.y = place.y();
     m_remembered.width = place.width();
     m_remembered.height = place.height();
+}
+
+void WidgetWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && m_isCalled) {
+        followKeyboard();
+    }
+}
+
+void WidgetWindow::beCalled() {
+    m_isCalled = true;
+    if (isActiveWindow()) {
+        followKeyboard();
+    }
+}
+
+void WidgetWindow::followKeyboard() {
+    m_losing.reset();
+    if (isActiveWindow()) {
+        m_isPlacedByKeys = false;
+        standBelow(Below::no); // keys are to lead to nothing that lies under other windows
+        raise();
+    } else if (!m_isPlacedByKeys) {
+        m_losing = m_surroundings.runLoop.callAfter(kGone, [this] {
+            m_isCalled = false;
+            standBelow(m_remembered.isBelow ? Below::yes : Below::no);
+        });
+    }
 }
 
 void WidgetWindow::closeEvent(QCloseEvent* event) {

@@ -47,7 +47,8 @@ public:
     void showAt(const QRect& otherwise);
     /// Whether the user sees it, or would if nothing lay over it.
     bool isShown() const { return isVisible() && !isMinimized(); }
-    /// The user has asked for it, who has perhaps no pointer: it takes the keyboard.
+    /// The user has asked for it, who has perhaps no pointer: it takes the keyboard, and does
+    /// not stand below other windows for as long as it has it.
     void bringForward();
     /// Says why the user does not get what was asked for.
     void refuse(const QString& reason);
@@ -85,6 +86,7 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -100,7 +102,14 @@ private:
     void setBoard(const base::Uuid& board);
     QMenu* makeMenu();
     void addPlacing(QMenu& menu);
+    void addPlacingByKeys(QMenu& menu);
     void popUp(const QPoint& globalPosition);
+    enum class Below { no, yes };
+    /// For now; what is remembered stays.
+    void standBelow(Below below);
+    /// The user has gone to it by keys.
+    void beCalled();
+    void followKeyboard();
     void setBelow(bool isBelow);
     void startMoving(const QPoint& globalPosition);
     Qt::Edges edgesAt(const QPoint& position) const;
@@ -118,6 +127,11 @@ private:
     /// Where it was put by the program, not by the user.
     QRect m_fitted;
     bool m_wasShown = false;
+    /// The user has asked for it, and has not gone elsewhere with the keyboard since.
+    bool m_isCalled = false;
+    /// Meanwhile the window manager has the keyboard.
+    bool m_isPlacedByKeys = false;
+    std::unique_ptr<base::RunLoop::Timer> m_losing;
     bool m_isPainted = false;
     base::Subscription m_storeChanges;
     base::Subscription m_storeEnds;

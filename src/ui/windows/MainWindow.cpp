@@ -2,6 +2,7 @@
 
 #include "app/Links.h"
 #include "model/ServiceErrors.h"
+#include "services/SurvivingBoard.h"
 #include "ui/boards/ArchivedBoardsPage.h"
 #include "ui/entries/BoardPage.h"
 #include "ui/kit/overlays/ConfirmationSheet.h"
@@ -275,12 +276,13 @@ void MainWindow::showError(const QString& message) {
 }
 
 void MainWindow::openLink(const std::string& url) {
+    m_pages->current().endAnswer();
     const base::Logger log(m_workspace.log, "Links");
     auto& context = m_workspace.context;
     const auto link = app::Link::parse(url);
     // One that leads nowhere is still a widget's, or a notification's.
-    const auto isOfBoard =
-        app::hasOurScheme(url) && QUrl(toQString(url)).host() == QLatin1String("board");
+    const auto isOurs = app::hasOurScheme(url);
+    const auto isOfBoard = isOurs && QUrl(toQString(url)).host() == QLatin1String("board");
     model::Board* board = nullptr;
     model::Entry* entry = nullptr;
     auto code = model::EntryServiceError(model::EntryServiceErrorCase::entryUnavailable).code();
@@ -290,8 +292,10 @@ void MainWindow::openLink(const std::string& url) {
             if (link && link->kind == app::Link::Kind::entry) {
                 entry = context.find<model::Entry>(link->id);
             } else if (link) {
-                board = link->kind == app::Link::Kind::inbox ? m_workspace.boards.inboxBoard()
-                                                             : m_workspace.boards.board(link->id);
+                const auto& boards = m_workspace.boards;
+                board = link->kind == app::Link::Kind::inbox
+                            ? boards.inboxBoard()
+                            : services::survivingBoard(boards, link->id);
             }
         } catch (const base::Error& error) {
             code = error.code();
@@ -307,7 +311,8 @@ void MainWindow::openLink(const std::string& url) {
         return;
     }
     log.warning(isOfBoard ? "Unable to open widget board: " + std::to_string(code)
-                          : "Could not open notification entry");
+                : isOurs  ? "Could not open notification entry"
+                          : "Could not open what is no link");
     if (refused) {
         showError(*refused);
         return;

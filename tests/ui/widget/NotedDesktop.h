@@ -16,6 +16,7 @@ public:
     bool knowsBelow() const override { return isX11; }
     void prepare(QWindow&) override { ++prepared; }
     void giveKeyboard(QWindow& window) override { withKeyboard = &window; }
+    void placeByKeys(QWindow&, Placing) override {}
     void open(const std::string& url, std::function<void(Refusal)> refused) override {
         opened.push_back(url);
         if (refusal) {

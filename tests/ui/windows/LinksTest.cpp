@@ -1,6 +1,9 @@
 #include "ui/windows/NavigationFixture.h"
 
 #include "app/Links.h"
+#include "store/StoreError.h"
+
+#include <SQLiteCpp/Database.h>
 
 namespace korvex::ui {
 namespace {
@@ -26,15 +29,20 @@ TEST_F(LinksTest, ALinkLeadsToItsBoardOrEntryAndSaysWhatIsNotThere) {
     EXPECT_EQ(navigation().currentPage(), PageKind::board);
     EXPECT_EQ(list().currentRow(), 100);
 
+    const auto isGone =
+        std::to_string(static_cast<int>(model::EntryServiceErrorCase::entryUnavailable));
     struct {
         std::string url;
-        const char* logged;
+        std::string logged;
         const char* told;
     } const cases[] = {
-        {app::boardUrl(base::Uuid::random()), "Unable to open widget board: ", "The board"},
+        {app::boardUrl(base::Uuid::random()), "Unable to open widget board: " + isGone,
+         "The board"},
         {app::entryUrl(base::Uuid::random()), "Could not open notification entry", "The entry"},
         {"korvex://entry/nobody", "Could not open notification entry", "The link"},
-        {"korvex://board/a/b", "Unable to open widget board: ", "The link"},
+        {"korvex://board/a/b", "Unable to open widget board: " + isGone, "The link"},
+        {"groceries", "Could not open what is no link", "The link"},
+        {"https://board/a", "Could not open what is no link", "The link"},
     };
     for (const auto& each : cases) {
         const auto before = log.count(each.logged);
@@ -44,6 +52,38 @@ TEST_F(LinksTest, ALinkLeadsToItsBoardOrEntryAndSaysWhatIsNotThere) {
             << page().banner().message().toStdString();
         EXPECT_EQ(list().currentRow(), 100) << "the page stays";
     }
+}
+
+TEST_F(LinksTest, ABoardThatWasMergedIntoAnotherLeadsThere) {
+    auto& merged = own.boards.createBoard("Merged", kNow);
+    auto& again = own.boards.createBoard("Merged before", kNow);
+    open();
+    elsewhere([&](tests::StoreClient& program) {
+        program.context.find<model::Board>(merged.id())->setMergedIntoBoardID(work->id());
+        program.context.find<model::Board>(again.id())->setMergedIntoBoardID(merged.id());
+        program.context.save();
+    });
+    window->openLink(app::boardUrl(again.id()));
+    EXPECT_EQ(page().board(), work);
+    EXPECT_EQ(page().banner().message(), QString());
+}
+
+TEST_F(LinksTest, WhyAStoreCannotBeReadIsToldAndLogged) {
+    open();
+    const auto rename = [this](const char* statement) {
+        SQLite::Database((folder / "Primary.store").string(), SQLite::OPEN_READWRITE)
+            .exec(statement);
+    };
+    rename("ALTER TABLE Board RENAME TO Hidden");
+    window->openLink(app::boardUrl(base::Uuid::random()));
+    EXPECT_EQ(log.count("Unable to open widget board: " +
+                        std::to_string(static_cast<int>(store::StoreErrorCase::other))),
+              1);
+    EXPECT_NE(page().banner().message(), QString());
+    rename("ALTER TABLE Hidden RENAME TO Board");
+    window->openLink(app::boardUrl(work->id()));
+    EXPECT_EQ(page().board(), work);
+    EXPECT_EQ(page().banner().message(), QString());
 }
 
 TEST_F(LinksTest, AnEntryIsShownWhereverItIsWithTheKeyboardAtItsRow) {
