@@ -31,7 +31,21 @@ constexpr std::size_t kLongestBody = 500;
 
 constexpr const char* kNobody =
     "No program that shows notifications is running, and none is installed that could be started.";
-constexpr const char* kNotStarted = "The program that shows notifications cannot be started.";
+
+/// Empty where nothing keeps the daemon from showing them.
+const char* reasonOf(NotificationDaemon::Failure failure) {
+    switch (failure) {
+    case NotificationDaemon::Failure::none:
+        break;
+    case NotificationDaemon::Failure::notStarted:
+        return "The program that shows notifications cannot be started.";
+    case NotificationDaemon::Failure::silent:
+        return "The program that shows notifications does not answer.";
+    case NotificationDaemon::Failure::refusing:
+        return "The program that shows notifications refuses to show any.";
+    }
+    return "";
+}
 
 /// What stands beside the store and is written whenever somebody changes or prepares it.
 std::vector<std::string> filesOf(const std::filesystem::path& storeFile) {
@@ -219,7 +233,7 @@ void ReminderAgent::refreshAuthorization() {
         break;
     case NotificationDaemon::Presence::running:
     case NotificationDaemon::Presence::startable:
-        m_reason = m_daemon.hasFailedToStart() ? kNotStarted : "";
+        m_reason = reasonOf(m_daemon.failure());
         if (m_reason.empty()) {
             status = AuthorizationStatus::authorized;
         }
