@@ -129,7 +129,10 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
     }
 }
 
-ReminderAgent::~ReminderAgent() = default;
+ReminderAgent::~ReminderAgent() {
+    m_subscriptions.clear(); // nothing more is planned
+    m_responses.finishNow();
+}
 
 bool ReminderAgent::looksAfter(const std::string& storeFile) const {
     // As texts: another program's path may lie where nothing answers.

@@ -100,6 +100,47 @@ TEST_F(ReminderAgentTest, ANotificationOpensItsTodoInTheAppThatRunsOrIsStarted) 
     EXPECT_THAT(m_started, SizeIs(1));
 }
 
+TEST_F(ReminderAgentTest, ANotificationStaysUntilSomebodyHasTakenItsTodo) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    add("Call", 10);
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    const auto shown = m_notifications->shown().front();
+    m_log.expectError("Could not open notification entry: ");
+    m_canStart = false;
+    m_notifications->choose(shown, "default", Tells::sender);
+    ASSERT_TRUE(patiently([&] { return m_started.size() == 1; }));
+    settleAgent();
+    EXPECT_EQ(m_log.count("Could not open notification entry: "), 1U);
+    EXPECT_THAT(m_notifications->closed(), IsEmpty());
+
+    // The app is there, and stopped.
+    Bus appBus(platform::bus::WhichBus::session, m_otherLoop, m_log);
+    platform::bus::DesktopApplication application(appBus);
+    int launches = 0;
+    const auto launching = application.launched().connect([&](const auto&) { ++launches; });
+    std::optional<platform::bus::NameClaim> name(std::in_place, appBus, app::kDesktopName);
+    appBus.start();
+    ASSERT_TRUE(m_otherLoop.runUntil(
+        [&] { return name->state() == platform::bus::NameClaim::State::owned; }));
+    m_notifications->choose(shown, "default", Tells::sender);
+    settleAgent();
+    m_loop.advance(11);
+    settleAgent();
+    EXPECT_EQ(m_log.count("Could not open notification entry: "), 2U);
+    EXPECT_THAT(m_notifications->closed(), IsEmpty());
+    m_notifications->choose(shown, "default", Tells::sender);
+    settleAgent();
+    EXPECT_FALSE(m_agent->isQuiet()) << "it is still to be closed";
+    ASSERT_TRUE(m_otherLoop.runUntil([&] { return launches == 2; }));
+    m_otherLoop.runUntil([] { return false; }, std::chrono::milliseconds(50));
+    EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 1; }));
+    EXPECT_TRUE(m_agent->isQuiet());
+}
+
 TEST_F(ReminderAgentTest, WhatIsNoLongerAskedForIsTakenBack) {
     prepareStore();
     startNotifications();
@@ -266,6 +307,28 @@ TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndCompletedWhenItCa
     EXPECT_FALSE(isCompleted(todo));
     EXPECT_TRUE(patiently([&] { return isCompleted(todo); }));
     EXPECT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+}
+
+TEST_F(ReminderAgentTest, WhatWasTickedAndIsTriedAgainIsTriedOnceMoreBeforeTheAgentEnds) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto todo = add("Ticked", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    m_log.expectError("Notification completion failed; code ");
+    {
+        const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
+        m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
+                                Tells::sender);
+        ASSERT_TRUE(m_loop.runUntil(
+            [&] { return m_log.count("Notification completion failed; code ") > 0; }));
+    }
+    ASSERT_FALSE(isCompleted(todo));
+    endAgent();
+    EXPECT_TRUE(isCompleted(todo));
 }
 
 TEST_F(ReminderAgentTest, ATodoThatMayNotBeCompletedIsShownInTheApp) {
