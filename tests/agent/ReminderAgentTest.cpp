@@ -250,18 +250,42 @@ TEST_F(ReminderAgentTest, AStoreThatCannotBeOpenedIsTriedAgainThoughNobodySaysTh
     std::optional<base::FileLock> lock(std::in_place, storeFile().string() + ".lock",
                                        std::chrono::milliseconds(0));
     ASSERT_EQ(lock->state(), base::FileLock::State::held);
+    m_log.expectError("Reminder reconciliation failed; code ");
     startAgent();
     settleAgent();
     EXPECT_THAT(reminders(), IsEmpty());
     EXPECT_EQ(status().reminders.schedulingErrorMessage,
               schedule::NotificationTexts::kSchedulingFailed);
+    EXPECT_GE(m_log.count("Reminder reconciliation failed; code "), 1U);
+    // A program that writes meanwhile makes it look again, and not wait longer.
+    Bus writing(platform::bus::WhichBus::session, m_loop, m_log);
+    connect(writing);
+    for (int i = 0; i < 10; ++i) {
+        platform::bus::announceStoreChange(writing, storeFile());
+        settleAgent();
+    }
     EXPECT_EQ(m_log.count("The store cannot be opened"), 1U) << "however often it is tried";
 
     lock.reset();
+    const auto since = m_loop.elapsed();
     ASSERT_TRUE(patiently([&] { return reminders().size() == 1; }));
+    EXPECT_LT(m_loop.elapsed() - since, std::chrono::seconds(20));
     EXPECT_TRUE(patiently([&] { return !status().reminders.schedulingErrorMessage; }));
     setClock(100);
     EXPECT_TRUE(shows(1));
+}
+
+TEST_F(ReminderAgentTest, AStoreThatIsTakenAwayAfterAFailureIsNoFailure) {
+    prepareStore();
+    m_store = {};
+    std::optional<base::FileLock> lock(std::in_place, storeFile().string() + ".lock",
+                                       std::chrono::milliseconds(0));
+    m_log.expectError("Reminder reconciliation failed; code ");
+    startAgent();
+    ASSERT_TRUE(patiently([&] { return status().reminders.schedulingErrorMessage.has_value(); }));
+    std::filesystem::rename(m_folder / "data", m_folder / "away");
+    lock.reset();
+    EXPECT_TRUE(patiently([&] { return !status().reminders.schedulingErrorMessage; }));
 }
 
 TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
