@@ -31,7 +31,21 @@ constexpr std::size_t kLongestBody = 500;
 
 constexpr const char* kNobody =
     "No program that shows notifications is running, and none is installed that could be started.";
-constexpr const char* kNotStarted = "The program that shows notifications cannot be started.";
+
+/// Empty where nothing keeps the daemon from showing them.
+const char* reasonOf(NotificationDaemon::Failure failure) {
+    switch (failure) {
+    case NotificationDaemon::Failure::none:
+        break;
+    case NotificationDaemon::Failure::notStarted:
+        return "The program that shows notifications cannot be started.";
+    case NotificationDaemon::Failure::silent:
+        return "The program that shows notifications does not answer.";
+    case NotificationDaemon::Failure::refusing:
+        return "The program that shows notifications refuses to show any.";
+    }
+    return "";
+}
 
 /// What stands beside the store and is written whenever somebody changes or prepares it.
 std::vector<std::string> filesOf(const std::filesystem::path& storeFile) {
@@ -115,7 +129,10 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
     }
 }
 
-ReminderAgent::~ReminderAgent() = default;
+ReminderAgent::~ReminderAgent() {
+    m_subscriptions.clear(); // nothing more is planned
+    m_responses.finishNow();
+}
 
 bool ReminderAgent::looksAfter(const std::string& storeFile) const {
     // As texts: another program's path may lie where nothing answers.
@@ -170,30 +187,49 @@ void ReminderAgent::reconcileNow() {
     // What came due while nobody looked comes first, or the reconcile would take it for past.
     m_posting.serve();
     try {
-        if (auto* const opened = m_store.open()) {
-            const std::pair seen(opened->container->storeID(), opened->container->revision());
-            if (isRequested || seen != m_planned) {
-                m_scheduler.reconcile(opened->context, m_surroundings.clock.now());
-                m_planned = seen;
-                m_posting.serve();
-            }
-        } else {
-            m_planned.reset(); // whatever comes is planned from
-        }
-    } catch (const base::Error& error) {
-        // It is said in the status, and tried again with the next hint, or after a while.
-        m_log.warning("The store could not be followed: " + error.errorDescription());
+        plan(isRequested);
+        m_retry.reset();
+        m_retryDelay = {};
+    } catch (const base::Error&) {
+        // It is logged, said in the status, and tried again with the next hint, or after a while.
         m_planned.reset();
         m_store.close();
-        m_retryDelay = std::clamp(2 * m_retryDelay, kFirstRetry, kLongestRetry);
-        m_retry = m_surroundings.runLoop.callAfter(m_retryDelay,
-                                                   [this] { reconcileSoon(Reason::request); });
-        tellStatus();
-        return;
+        retryLater();
     }
-    m_retry.reset();
-    m_retryDelay = {};
     tellStatus();
+}
+
+void ReminderAgent::plan(bool isRequested) {
+    UserStore::Opened* opened = nullptr;
+    std::optional<std::pair<base::Uuid, std::int64_t>> seen;
+    try {
+        opened = m_store.open();
+        if (opened) {
+            seen.emplace(opened->container->storeID(), opened->container->revision());
+        }
+    } catch (const base::Error& error) {
+        m_scheduler.reconcileFailed(error);
+        throw;
+    }
+    if (!opened) {
+        m_scheduler.reconcileNothing();
+        m_planned.reset(); // whatever comes is planned from
+    } else if (isRequested || seen != m_planned) {
+        m_scheduler.reconcile(opened->context, m_surroundings.clock.now());
+        m_planned = seen;
+        m_posting.serve();
+    }
+}
+
+void ReminderAgent::retryLater() {
+    if (m_retry) {
+        return; // a program that writes often does not make it wait longer
+    }
+    m_retryDelay = std::clamp(2 * m_retryDelay, kFirstRetry, kLongestRetry);
+    m_retry = m_surroundings.runLoop.callAfter(m_retryDelay, [this] {
+        m_retry.reset();
+        reconcileSoon(Reason::request);
+    });
 }
 
 void ReminderAgent::followDaemon() {
@@ -219,7 +255,7 @@ void ReminderAgent::refreshAuthorization() {
         break;
     case NotificationDaemon::Presence::running:
     case NotificationDaemon::Presence::startable:
-        m_reason = m_daemon.hasFailedToStart() ? kNotStarted : "";
+        m_reason = reasonOf(m_daemon.failure());
         if (m_reason.empty()) {
             status = AuthorizationStatus::authorized;
         }
@@ -238,10 +274,6 @@ AgentStatus ReminderAgent::status() {
         .version = m_surroundings.version,
         .processID = static_cast<std::uint32_t>(::getpid()),
         .daemon = m_daemon.description()};
-    if (m_retry && !status.reminders.schedulingErrorMessage) {
-        // Also where the store could not even be opened.
-        status.reminders.schedulingErrorMessage = schedule::NotificationTexts::kSchedulingFailed;
-    }
     try {
         // That too what is due and waits for somebody who shows it.
         status.nextDue = m_table.nextDue(base::Instant::distantPast());

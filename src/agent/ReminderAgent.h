@@ -71,6 +71,9 @@ private:
     void takeHint();
     void reconcileSoon(Reason reason);
     void reconcileNow();
+    /// Throws base::Error, which is logged and said then.
+    void plan(bool isRequested);
+    void retryLater();
     void followDaemon();
     void refreshAuthorization();
     void tellStatus();

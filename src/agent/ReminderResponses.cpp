@@ -16,6 +16,7 @@
 namespace korvex::agent {
 
 using base::codeOf;
+using platform::bus::BusErrorCase;
 using platform::bus::NotificationDaemon;
 using schedule::ReminderNotification;
 using store::StoreError;
@@ -72,12 +73,6 @@ void ReminderResponses::finish(Completion completion, const base::Uuid& entry,
     }
 }
 
-void ReminderResponses::show(const base::Uuid& entry, const NotificationDaemon::Choice& choice) {
-    open(entry, choice.token);
-    // Not every daemon closes by itself what was answered. It tells of it.
-    m_daemon.close(choice.shown, [] {});
-}
-
 std::optional<base::Uuid> ReminderResponses::entryOf(const NotificationDaemon::Shown& shown) {
     const ShownNotification notification{.id = shown.id, .daemon = shown.daemon};
     try {
@@ -117,7 +112,7 @@ void ReminderResponses::completeLater(const base::Uuid& entry,
     auto& unfinished = m_unfinished[entry];
     if (unfinished.pause >= kLongestPause) {
         m_unfinished.erase(entry);
-        open(entry, choice.token); // it says what is the matter
+        show(entry, choice); // it says what is the matter
         return;
     }
     unfinished.pause = std::max(2 * unfinished.pause, kFirstPause);
@@ -129,6 +124,12 @@ void ReminderResponses::completeAgain(base::Uuid entry, NotificationDaemon::Choi
     finish(complete(entry), entry, choice);
     if (!m_unfinished.contains(entry)) {
         m_responded.emit();
+    }
+}
+
+void ReminderResponses::finishNow() {
+    for (const auto& [entry, unfinished] : std::exchange(m_unfinished, {})) {
+        complete(entry);
     }
 }
 
@@ -162,19 +163,26 @@ void ReminderResponses::withdraw(const base::Uuid& entry) {
     }
 }
 
-void ReminderResponses::open(const base::Uuid& entry, const std::string& token) {
+void ReminderResponses::show(const base::Uuid& entry, const NotificationDaemon::Choice& choice) {
     const auto link = app::entryUrl(entry);
     m_opening[entry] = platform::bus::callDesktop(
-        m_parts.bus, {.links = {link}, .token = token},
+        m_parts.bus, {.links = {link}, .token = choice.token},
         platform::bus::MethodAddress::Start::allowed,
-        [this, entry, link, token](const platform::bus::Reply& reply) {
+        [this, entry, link, choice](const platform::bus::Reply& reply) {
             const auto done = m_opening.extract(entry);
             const auto* const error = reply.error();
-            // Where the bus does not know how, as from a folder that it was built in.
-            if (error && error->which() != platform::bus::BusErrorCase::timedOut &&
-                !(m_parts.startDesktop && m_parts.startDesktop(link, token))) {
+            // Where the bus does not know how, as from a folder that it was built in. One that is
+            // there and does not answer is not started twice.
+            const auto isTaken =
+                !error || (error->which() != BusErrorCase::timedOut && m_parts.startDesktop &&
+                           m_parts.startDesktop(link, choice.token));
+            if (isTaken) {
+                // Not every daemon closes by itself what was answered. It tells of it.
+                m_daemon.close(choice.shown, [] {});
+            } else {
                 m_log.error("Could not open notification entry: " + error->errorDescription());
             }
+            m_responded.emit();
         });
 }
 

@@ -44,7 +44,9 @@ public:
     /// Emitted when something was done: the store or what is to be shown has changed.
     base::Signal<>& responded() { return m_responded; }
     /// Whether nothing that the user has chosen is still to be done.
-    bool isQuiet() const { return m_unfinished.empty(); }
+    bool isQuiet() const { return m_unfinished.empty() && m_opening.empty(); }
+    /// To be called before it ends: tries once more what else would be forgotten.
+    void finishNow();
 
 private:
     void take(const platform::bus::NotificationDaemon::Choice& choice);
@@ -62,9 +64,9 @@ private:
     void completeAgain(base::Uuid entry, platform::bus::NotificationDaemon::Choice choice);
     void finish(Completion completion, const base::Uuid& entry,
                 const platform::bus::NotificationDaemon::Choice& choice);
+    /// Its notification stays until somebody has taken the todo.
     void show(const base::Uuid& entry, const platform::bus::NotificationDaemon::Choice& choice);
     void withdraw(const base::Uuid& entry);
-    void open(const base::Uuid& entry, const std::string& token);
 
     Parts m_parts;
     platform::bus::NotificationDaemon& m_daemon;

@@ -77,8 +77,8 @@ End run(base::LogSink& log) {
             .clock = clock,
             .log = log,
             .storeFile = app::storeFile(app::dataDirectory({})),
-            .tableFile =
-                app::userFolder("XDG_STATE_HOME", ".local/state") / "korvex" / "reminders.sqlite",
+            .tableFile = app::reminderFile(app::userFolder("XDG_STATE_HOME", ".local/state"),
+                                           app::dataDirectory({})),
             .version = KORVEX_VERSION,
             .startDesktop = startDesktop});
         pauses = reminders->becameQuiet().connect(endWhenQuiet);

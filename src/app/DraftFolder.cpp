@@ -2,8 +2,8 @@
 
 #include "app/DraftJson.h"
 #include "app/QuickEntryDraft.h"
+#include "app/StoreLocation.h"
 #include "base/Base64.h"
-#include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 
@@ -11,8 +11,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cinttypes>
-#include <cstdio>
 #include <string_view>
 
 namespace korvex::app {
@@ -101,11 +99,7 @@ bool DraftFolder::areIn(const fs::path& folder) {
 }
 
 fs::path DraftFolder::in(const fs::path& stateFolder, const fs::path& storeFile) {
-    const auto path = storeFile.string();
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
-    char name[17];
-    std::snprintf(name, sizeof name, "%016" PRIx64, base::checksum({bytes, path.size()}));
-    return stateFolder / "korvex" / "drafts" / name;
+    return stateFolder / "korvex" / "drafts" / storeMark(storeFile);
 }
 
 std::error_code DraftFolder::write(const Draft& draft) {

@@ -2,13 +2,24 @@
 
 #include "app/DraftFolder.h"
 #include "app/UserFolders.h"
+#include "base/Digest.h"
+
+#include <cinttypes>
+#include <cstdio>
 
 namespace korvex::app {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+constexpr const char* kUsualFolder = ".local/share";
+constexpr const char* kFolderName = "korvex";
+
+} // namespace
+
 fs::path dataDirectory(const std::optional<fs::path>& given) {
-    const auto folder = given.value_or(userFolder("XDG_DATA_HOME", ".local/share") / "korvex");
+    const auto folder = given.value_or(userFolder("XDG_DATA_HOME", kUsualFolder) / kFolderName);
     // Programs tell each other of changes by the store's path, so one folder must have one name.
     std::error_code error;
     // Made absolute first: what does not exist yet has no other name that is canonical.
@@ -20,7 +31,7 @@ std::optional<fs::path> legacyStoreFile(const fs::path& dataDirectory) {
     if (!isUsersOwn(dataDirectory)) {
         return std::nullopt;
     }
-    return userFolder("XDG_DATA_HOME", ".local/share") / "Korvex" / "default.store";
+    return userFolder("XDG_DATA_HOME", kUsualFolder) / "Korvex" / "default.store";
 }
 
 bool isUsersOwn(const fs::path& dataDirectory) {
@@ -29,6 +40,21 @@ bool isUsersOwn(const fs::path& dataDirectory) {
 
 fs::path storeFile(const fs::path& dataDirectory) {
     return dataDirectory / kStoreFileName;
+}
+
+std::string storeMark(const fs::path& storeFile) {
+    const auto path = storeFile.string();
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
+    char mark[17];
+    std::snprintf(mark, sizeof mark, "%016" PRIx64, base::checksum({bytes, path.size()}));
+    return mark;
+}
+
+fs::path reminderFile(const fs::path& stateFolder, const fs::path& dataDirectory) {
+    const auto isUsual =
+        dataDirectory == app::dataDirectory(folderUnderHome(kUsualFolder) / kFolderName);
+    const auto mark = isUsual ? "" : "-" + storeMark(storeFile(dataDirectory));
+    return stateFolder / kFolderName / ("reminders" + mark + ".sqlite");
 }
 
 std::optional<std::string> missingStoreNotice(const fs::path& dataDirectory) {

@@ -24,6 +24,16 @@ std::optional<std::filesystem::path> legacyStoreFile(const std::filesystem::path
 /// The store file inside it.
 std::filesystem::path storeFile(const std::filesystem::path& dataDirectory);
 
+/// What files that lie elsewhere and belong to this store have in their names: 16 hexadecimal
+/// digits, others for each path.
+std::string storeMark(const std::filesystem::path& storeFile);
+
+/// The agent's file of requests for the store in a data folder, in the folder for the state of
+/// programs: `reminders.sqlite`, and where the environment has put the store in another place than
+/// the usual one, with the store's mark in its name. What is planned of one store is not another's.
+std::filesystem::path reminderFile(const std::filesystem::path& stateFolder,
+                                   const std::filesystem::path& dataDirectory);
+
 /// To be asked before a store is opened that is made where there is none: what the user is to be
 /// told then, where drafts that lie there show that the folder has held one before.
 std::optional<std::string> missingStoreNotice(const std::filesystem::path& dataDirectory);

@@ -23,6 +23,10 @@ std::filesystem::path userFolder(const char* variable, const std::filesystem::pa
     if (const auto value = base::environmentVariable(variable); value && value->front() == '/') {
         return *value;
     }
+    return folderUnderHome(underHome);
+}
+
+std::filesystem::path folderUnderHome(const std::filesystem::path& underHome) {
     return home() / underHome;
 }
 

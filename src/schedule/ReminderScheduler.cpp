@@ -200,10 +200,18 @@ void ReminderScheduler::attempt(const std::function<void()>& work) {
     try {
         work();
     } catch (const std::exception& error) {
-        m_log.error("Reminder reconciliation failed; code " + codeOf(error));
-        setSchedulingError(std::string(NotificationTexts::kSchedulingFailed));
+        reconcileFailed(error);
         throw;
     }
+}
+
+void ReminderScheduler::reconcileFailed(const std::exception& error) {
+    m_log.error("Reminder reconciliation failed; code " + codeOf(error));
+    setSchedulingError(std::string(NotificationTexts::kSchedulingFailed));
+}
+
+void ReminderScheduler::reconcileNothing() {
+    setSchedulingError(std::nullopt);
 }
 
 void ReminderScheduler::setSchedulingError(std::optional<std::string> message) {

@@ -10,6 +10,7 @@
 #include "store/ModelContext.h"
 
 #include <chrono>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -53,6 +54,11 @@ public:
     /// should be is not touched. Throws what the store or the client throws, logged and said: the
     /// next reconcile repairs the difference.
     void reconcile(store::ModelContext& context, base::Instant now);
+    /// The same for whoever opens the store only for that: it could not be opened, which is logged
+    /// and said as any failure.
+    void reconcileFailed(const std::exception& error);
+    /// There is no store: what has failed before is not said any more.
+    void reconcileNothing();
 
     // ReminderReconciling: for whoever changes the store in this process.
     void requestReconcile() override { reconcileStartedStore(); }

@@ -84,6 +84,31 @@ TEST_F(AgentProcess, TheCommandLineStartsItAndLearnsWhatItHolds) {
     EXPECT_EQ(korvex("reminders"), "");
 }
 
+TEST_F(AgentProcess, OneForAnotherStoreLeavesWhatIsPendingAndShownHereAlone) {
+    RecordingDaemon daemon(m_loop, m_log);
+    ASSERT_TRUE(until([&] { return daemon.isThere(); }));
+    add("Shown", 0.5);
+    startAgent();
+    ASSERT_TRUE(until([&] { return daemon.count("Shown") == 1; }));
+    add("Came due meanwhile", 2);
+    pass(500ms); // until it is planned
+    killAgent();
+    {
+        const auto elsewhere = m_folder / "elsewhere";
+        const auto other = storage::StoreStart::open(
+            {.storeFile = elsewhere / "korvex" / "Primary.store", .now = m_clock.now()}, m_log);
+        const tests::ScopedEnvironment data("XDG_DATA_HOME", elsewhere.string());
+        startAgent();
+        ASSERT_TRUE(isThere());
+        pass(2s);
+        killAgent();
+    }
+    EXPECT_TRUE(daemon.closed().empty());
+    EXPECT_EQ(daemon.shown().size(), 1U);
+    startAgent();
+    EXPECT_TRUE(until([&] { return daemon.count("Came due meanwhile") == 1; }));
+}
+
 TEST_F(AgentProcess, EachReminderComesOnceHoweverOftenItIsKilled) {
     constexpr int kReminders = 60;
     RecordingDaemon daemon(m_loop, m_log);

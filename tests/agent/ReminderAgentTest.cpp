@@ -1,152 +1,22 @@
-#include "agent/ReminderAgent.h"
-#include "RecordingDaemon.h"
+#include "AgentFixture.h"
 #include "agent/TimeSources.h"
 #include "app/Links.h"
 #include "model/Board.h"
-#include "platform/bus/AgentProtocol.h"
-#include "platform/bus/BusFixture.h"
 #include "platform/bus/DesktopApplication.h"
-#include "schedule/TodoStore.h"
-#include "storage/StoreStart.h"
 #include "store/SoleHold.h"
 #include "store/StoreError.h"
-#include "support/FakeClock.h"
-
-#include <gmock/gmock.h>
 
 namespace korvex::agent {
 namespace {
 
 using app::AgentReminder;
-using base::Instant;
 using model::Entry;
-using schedule::AuthorizationStatus;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using tests::RecordingDaemon;
-using Tells = RecordingDaemon::Tells;
+using Tells = tests::RecordingDaemon::Tells;
 
-/// In 2096: the timer of the machine's own clock, which waits for it, is out of the way.
-constexpr Instant kNow{3'000'000'000};
-
-/// The agent with all its parts on a real bus; its clock is set by hand.
-class ReminderAgentTest : public tests::BusFixture {
-protected:
-    ReminderAgentTest() { m_daemon.emplace(socket(), m_folder / "services"); }
-
-    std::filesystem::path storeFile() const { return m_folder / "data" / "Primary.store"; }
-    void prepareStore() {
-        m_store = storage::StoreStart::open({.storeFile = storeFile(), .now = kNow}, m_log);
-    }
-    base::Uuid add(const std::string& content, double after) {
-        const auto id = base::Uuid::random();
-        m_store.context->insert(
-            std::make_unique<Entry>(model::EntryFields{.id = id,
-                                                       .typeRawValue = "todo",
-                                                       .content = content,
-                                                       .createdAt = m_clock.now(),
-                                                       .updatedAt = m_clock.now(),
-                                                       .reminderDate = m_clock.now() + after}));
-        m_store.context->save();
-        return id;
-    }
-    bool isCompleted(const base::Uuid& id) {
-        m_store.context->refresh();
-        return m_store.context->find<Entry>(id)->isCompleted();
-    }
-
-    void startAgent() {
-        m_bus.emplace(platform::bus::WhichBus::session, m_loop, m_log);
-        m_agent.emplace(ReminderAgent::Surroundings{
-            .bus = *m_bus,
-            .runLoop = m_loop,
-            .clock = m_clock,
-            .log = m_log,
-            .storeFile = storeFile(),
-            .tableFile = m_folder / "state" / "reminders.sqlite",
-            .version = "1",
-            .startDesktop = [this](const std::string& link, const std::string& token) {
-                m_started.push_back(link + " " + token);
-                return true;
-            }});
-        m_name.emplace(*m_bus, platform::bus::kAgentName);
-        connect(*m_bus);
-    }
-    void endAgent() {
-        m_name.reset();
-        m_agent.reset();
-        m_bus.reset();
-    }
-    void startNotifications() {
-        m_notifications.emplace(m_loop, m_log, m_capabilities);
-        ASSERT_TRUE(m_loop.runUntil([&] { return m_notifications->isThere(); }));
-    }
-    /// The clock jumps, by itself or by hand; the agent is told.
-    void setClock(double seconds) {
-        m_clock.advance(seconds);
-        m_agent->timeChanged();
-    }
-    bool shows(std::size_t count) {
-        return patiently([&] { return m_notifications->shown().size() == count; });
-    }
-    /// While time passes, so that what waits a moment goes on.
-    template <typename Condition>
-    bool patiently(Condition&& condition) {
-        for (int tenths = 0; tenths < 400; ++tenths) {
-            if (m_loop.runUntil(condition, std::chrono::milliseconds(10))) {
-                return true;
-            }
-            m_loop.advance(0.1);
-        }
-        return false;
-    }
-    /// Whatever is under way comes to its end.
-    void settleAgent() {
-        for (int i = 0; i < 5; ++i) {
-            m_loop.advance(0.1);
-            settle(*m_bus);
-        }
-    }
-    /// Asked by another program.
-    template <typename Take>
-    void ask(const char* method, const platform::bus::Arguments& sent, Take&& take) {
-        Bus bus(platform::bus::WhichBus::session, m_loop, m_log);
-        connect(bus);
-        bool isAnswered = false;
-        const auto asked =
-            bus.call(platform::bus::agentMethod(method, platform::bus::MethodAddress::Start::never),
-                     sent, [&](const auto& reply) {
-                         take(reply);
-                         isAnswered = true;
-                     });
-        ASSERT_TRUE(m_loop.runUntil([&] { return isAnswered; }));
-    }
-    app::AgentStatus status() {
-        app::AgentStatus status;
-        ask(platform::bus::agent_method::kGetStatus, platform::bus::arguments(std::string()),
-            [&](const auto& reply) {
-                status =
-                    platform::bus::agentStatusOf(reply.template read<platform::bus::Dictionary>());
-            });
-        return status;
-    }
-    std::vector<AgentReminder> reminders() {
-        std::vector<AgentReminder> reminders;
-        ask(platform::bus::agent_method::kList, platform::bus::arguments(std::string()),
-            [&](const auto& reply) { reminders = platform::bus::agentRemindersOf(reply).listed; });
-        return reminders;
-    }
-
-    tests::FakeClock m_clock{kNow};
-    std::vector<std::string> m_capabilities{"actions", "body", "body-markup"};
-    std::vector<std::string> m_started;
-    storage::StartedStore m_store;
-    std::optional<RecordingDaemon> m_notifications;
-    std::optional<Bus> m_bus;
-    std::optional<ReminderAgent> m_agent;
-    std::optional<platform::bus::NameClaim> m_name;
-};
+class ReminderAgentTest : public AgentFixture {};
 
 TEST_F(ReminderAgentTest, ATodoIsRemindedOfAtItsMomentAndCompletedByItsNotification) {
     for (const auto tells : {Tells::sender, Tells::everybody}) {
@@ -230,6 +100,47 @@ TEST_F(ReminderAgentTest, ANotificationOpensItsTodoInTheAppThatRunsOrIsStarted) 
     EXPECT_THAT(m_started, SizeIs(1));
 }
 
+TEST_F(ReminderAgentTest, ANotificationStaysUntilSomebodyHasTakenItsTodo) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    add("Call", 10);
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    const auto shown = m_notifications->shown().front();
+    m_log.expectError("Could not open notification entry: ");
+    m_canStart = false;
+    m_notifications->choose(shown, "default", Tells::sender);
+    ASSERT_TRUE(patiently([&] { return m_started.size() == 1; }));
+    settleAgent();
+    EXPECT_EQ(m_log.count("Could not open notification entry: "), 1U);
+    EXPECT_THAT(m_notifications->closed(), IsEmpty());
+
+    // The app is there, and stopped.
+    Bus appBus(platform::bus::WhichBus::session, m_otherLoop, m_log);
+    platform::bus::DesktopApplication application(appBus);
+    int launches = 0;
+    const auto launching = application.launched().connect([&](const auto&) { ++launches; });
+    std::optional<platform::bus::NameClaim> name(std::in_place, appBus, app::kDesktopName);
+    appBus.start();
+    ASSERT_TRUE(m_otherLoop.runUntil(
+        [&] { return name->state() == platform::bus::NameClaim::State::owned; }));
+    m_notifications->choose(shown, "default", Tells::sender);
+    settleAgent();
+    m_loop.advance(11);
+    settleAgent();
+    EXPECT_EQ(m_log.count("Could not open notification entry: "), 2U);
+    EXPECT_THAT(m_notifications->closed(), IsEmpty());
+    m_notifications->choose(shown, "default", Tells::sender);
+    settleAgent();
+    EXPECT_FALSE(m_agent->isQuiet()) << "it is still to be closed";
+    ASSERT_TRUE(m_otherLoop.runUntil([&] { return launches == 2; }));
+    m_otherLoop.runUntil([] { return false; }, std::chrono::milliseconds(50));
+    EXPECT_TRUE(patiently([&] { return m_notifications->closed().size() == 1; }));
+    EXPECT_TRUE(m_agent->isQuiet());
+}
+
 TEST_F(ReminderAgentTest, WhatIsNoLongerAskedForIsTakenBack) {
     prepareStore();
     startNotifications();
@@ -308,58 +219,6 @@ TEST_F(ReminderAgentTest, ClockStepsOfHoursShowEachReminderOnce) {
     EXPECT_THAT(m_notifications->closed(), SizeIs(2));
 }
 
-TEST_F(ReminderAgentTest, WithoutADaemonItWaitsForOneAndSaysSo) {
-    prepareStore();
-    startAgent();
-    settleAgent();
-    add("Missed", 10);
-    settleAgent();
-    setClock(20);
-    settleAgent();
-    EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::unavailable);
-    EXPECT_THAT(status().reminders.reason, ::testing::HasSubstr("none is installed"));
-    EXPECT_EQ(reminders().front().state, AgentReminder::State::pending);
-    EXPECT_EQ(status().nextDue, m_clock.now() - 10) << "it still waits";
-
-    m_capabilities = {"body"};
-    startNotifications();
-    ASSERT_TRUE(shows(1));
-    EXPECT_THAT(m_notifications->shown().front().actions, IsEmpty());
-    settleAgent();
-    EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::authorized);
-    EXPECT_EQ(status().daemon, "recorder 1");
-    // A notification as this one has no markup, so what looks like some is said as it is.
-    add("a & b", 10);
-    settleAgent();
-    setClock(10);
-    ASSERT_TRUE(shows(2));
-    EXPECT_EQ(m_notifications->shown().back().body, "a & b");
-
-    // Another daemon shows them again: they went with the former one.
-    m_notifications->close(m_notifications->shown().front());
-    settleAgent();
-    m_notifications.reset();
-    ASSERT_TRUE(patiently([&] { return status().daemon.empty(); }));
-    startNotifications();
-    ASSERT_TRUE(shows(1));
-    EXPECT_EQ(m_notifications->shown().front().body, "a & b");
-}
-
-TEST_F(ReminderAgentTest, ADaemonThatRefusesIsAskedAgainLater) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
-    m_notifications->refuseNext(2);
-    add("Again", 10);
-    settleAgent();
-    setClock(10);
-    ASSERT_TRUE(shows(1));
-    settleAgent();
-    EXPECT_EQ(reminders().front().state, AgentReminder::State::shown);
-    EXPECT_EQ(m_log.count("ExcessNotificationGeneration"), 2U);
-}
-
 TEST_F(ReminderAgentTest, TheStoreMayComeLaterAndBeReplaced) {
     startNotifications();
     startAgent();
@@ -391,18 +250,42 @@ TEST_F(ReminderAgentTest, AStoreThatCannotBeOpenedIsTriedAgainThoughNobodySaysTh
     std::optional<base::FileLock> lock(std::in_place, storeFile().string() + ".lock",
                                        std::chrono::milliseconds(0));
     ASSERT_EQ(lock->state(), base::FileLock::State::held);
+    m_log.expectError("Reminder reconciliation failed; code ");
     startAgent();
     settleAgent();
     EXPECT_THAT(reminders(), IsEmpty());
     EXPECT_EQ(status().reminders.schedulingErrorMessage,
               schedule::NotificationTexts::kSchedulingFailed);
+    EXPECT_GE(m_log.count("Reminder reconciliation failed; code "), 1U);
+    // A program that writes meanwhile makes it look again, and not wait longer.
+    Bus writing(platform::bus::WhichBus::session, m_loop, m_log);
+    connect(writing);
+    for (int i = 0; i < 10; ++i) {
+        platform::bus::announceStoreChange(writing, storeFile());
+        settleAgent();
+    }
     EXPECT_EQ(m_log.count("The store cannot be opened"), 1U) << "however often it is tried";
 
     lock.reset();
+    const auto since = m_loop.elapsed();
     ASSERT_TRUE(patiently([&] { return reminders().size() == 1; }));
+    EXPECT_LT(m_loop.elapsed() - since, std::chrono::seconds(20));
     EXPECT_TRUE(patiently([&] { return !status().reminders.schedulingErrorMessage; }));
     setClock(100);
     EXPECT_TRUE(shows(1));
+}
+
+TEST_F(ReminderAgentTest, AStoreThatIsTakenAwayAfterAFailureIsNoFailure) {
+    prepareStore();
+    m_store = {};
+    std::optional<base::FileLock> lock(std::in_place, storeFile().string() + ".lock",
+                                       std::chrono::milliseconds(0));
+    m_log.expectError("Reminder reconciliation failed; code ");
+    startAgent();
+    ASSERT_TRUE(patiently([&] { return status().reminders.schedulingErrorMessage.has_value(); }));
+    std::filesystem::rename(m_folder / "data", m_folder / "away");
+    lock.reset();
+    EXPECT_TRUE(patiently([&] { return !status().reminders.schedulingErrorMessage; }));
 }
 
 TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
@@ -448,6 +331,28 @@ TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndCompletedWhenItCa
     EXPECT_FALSE(isCompleted(todo));
     EXPECT_TRUE(patiently([&] { return isCompleted(todo); }));
     EXPECT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
+}
+
+TEST_F(ReminderAgentTest, WhatWasTickedAndIsTriedAgainIsTriedOnceMoreBeforeTheAgentEnds) {
+    prepareStore();
+    startNotifications();
+    startAgent();
+    settleAgent();
+    const auto todo = add("Ticked", 10);
+    settleAgent();
+    setClock(10);
+    ASSERT_TRUE(shows(1));
+    m_log.expectError("Notification completion failed; code ");
+    {
+        const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
+        m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
+                                Tells::sender);
+        ASSERT_TRUE(m_loop.runUntil(
+            [&] { return m_log.count("Notification completion failed; code ") > 0; }));
+    }
+    ASSERT_FALSE(isCompleted(todo));
+    endAgent();
+    EXPECT_TRUE(isCompleted(todo));
 }
 
 TEST_F(ReminderAgentTest, ATodoThatMayNotBeCompletedIsShownInTheApp) {

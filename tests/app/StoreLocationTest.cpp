@@ -47,6 +47,24 @@ TEST(StoreLocation, AStoreThatIsGoneIsMissedWhereDraftsAreLeft) {
     EXPECT_FALSE(missingStoreNotice(folder.path()));
 }
 
+TEST(StoreLocation, WhatIsPlannedOfAStoreIsKeptApartFromThatOfOthersWhicheverWayLeadsThere) {
+    const tests::TemporaryFolder folder;
+    const auto root = fs::canonical(folder.path());
+    const ScopedEnvironment home("HOME", root / "home");
+    const auto usual = root / "home" / ".local" / "share";
+    fs::create_directories(usual / "korvex");
+    fs::create_directory_symlink(usual, root / "link");
+    const auto fileWith = [&](const std::optional<std::string>& variable) {
+        const ScopedEnvironment data("XDG_DATA_HOME", variable);
+        return reminderFile("/state", dataDirectory(std::nullopt)).string();
+    };
+    EXPECT_EQ(fileWith(std::nullopt), "/state/korvex/reminders.sqlite");
+    EXPECT_EQ(fileWith(usual), fileWith(std::nullopt));
+    EXPECT_EQ(fileWith(root / "link"), fileWith(std::nullopt));
+    EXPECT_NE(fileWith(root / "other"), fileWith(std::nullopt));
+    EXPECT_NE(fileWith(root / "other"), fileWith(root / "another"));
+}
+
 TEST(StoreLocation, OneFolderHasOneName) {
     const tests::TemporaryFolder folder;
     const auto root = fs::canonical(folder.path());

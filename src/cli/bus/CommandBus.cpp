@@ -30,6 +30,7 @@ constexpr Seconds kStarting = 50ms;
 constexpr const char* kNoBus = "There is no session bus.";
 constexpr const char* kNotRunning = "It is not running.";
 constexpr const char* kSilent = "It does not answer.";
+constexpr const char* kUnusable = "It does not answer as it should.";
 constexpr const char* kOtherStore = "One runs that looks after another store.";
 
 } // namespace
@@ -115,20 +116,36 @@ CommandBus::Called CommandBus::callAgent(const char* method, const platform::bus
         return Called::noBus;
     }
     std::optional<Called> called;
-    const auto asked = connection->bus.call(
-        platform::bus::agentMethod(method, start), sent, [&](const Reply& reply) {
-            const auto* const error = reply.error();
-            called = !error                                                ? Called::answered
-                     : error->name().empty()                               ? Called::silent
-                     : error->name() == platform::bus::kAgentHasOtherStore ? Called::otherStore
-                                                                           : Called::nobodyThere;
-            if (!error && take) {
-                take(reply);
-            }
-        });
+    const auto asked = connection->bus.call(platform::bus::agentMethod(method, start), sent,
+                                            [&](const Reply& reply) {
+                                                if (const auto* const error = reply.error()) {
+                                                    called = calledOf(*error);
+                                                    return;
+                                                }
+                                                called = Called::unusable;
+                                                if (take) {
+                                                    take(reply);
+                                                }
+                                                called = Called::answered;
+                                            });
     connection->loop.runUntil([&] { return called.has_value(); },
                               end - std::chrono::steady_clock::now());
     return called.value_or(Called::silent);
+}
+
+CommandBus::Called CommandBus::calledOf(const platform::bus::BusError& error) {
+    const auto& name = error.name();
+    if (name.empty()) {
+        return Called::silent;
+    }
+    if (name == platform::bus::kAgentHasOtherStore) {
+        return Called::otherStore;
+    }
+    // Nobody has it, and it could not be started: by the bus, or by systemd for the bus.
+    return error.isAboutNobody() || name.starts_with("org.freedesktop.DBus.Error.Spawn.") ||
+                   name.starts_with("org.freedesktop.systemd1.")
+               ? Called::nobodyThere
+               : Called::unusable;
 }
 
 void CommandBus::planReminders(const std::filesystem::path& storeFile,
@@ -189,6 +206,8 @@ std::string CommandBus::reasonOf(Called called) {
     switch (called) {
     case Called::answered:
         break;
+    case Called::unusable:
+        return kUnusable;
     case Called::otherStore:
         return kOtherStore;
     case Called::nobodyThere:

@@ -41,12 +41,13 @@ private:
     using Seconds = std::chrono::duration<double>;
     struct Connection;
     /// What came of a call of the agent.
-    enum class Called { answered, otherStore, nobodyThere, silent, noBus };
+    enum class Called { answered, unusable, otherStore, nobodyThere, silent, noBus };
+    static Called calledOf(const platform::bus::BusError& error);
     static std::string reasonOf(Called called);
 
     /// Null where there is no bus, or none that answers within the limit.
     Connection* connect(Seconds limit);
-    /// `take` gets the answer, where it is no error.
+    /// `take` gets the answer, where it is no error; it may throw BusError.
     Called callAgent(const char* method, const platform::bus::Arguments& sent,
                      platform::bus::MethodAddress::Start start, Seconds limit,
                      const std::function<void(const platform::bus::Reply&)>& take);

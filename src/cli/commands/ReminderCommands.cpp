@@ -108,7 +108,8 @@ ExitStatus reminders(Session& session, const NoOptions&) {
         print(session, listed);
     }
     if (more > 0) {
-        session.remark(std::to_string(more) + " more are not listed.");
+        session.remark(std::to_string(more) + (more == 1 ? " more is" : " more are") +
+                       " not listed.");
     }
     return ExitStatus::done;
 }

@@ -19,8 +19,6 @@ constexpr std::string_view kNoBus = "There is no session bus.";
 constexpr std::string_view kNotStarted =
     "The service for reminders (korvex-agent) cannot be started.";
 constexpr std::string_view kSilent = "The service for reminders (korvex-agent) does not answer.";
-constexpr std::string_view kOtherStore =
-    "The service for reminders (korvex-agent) looks after another store.";
 
 } // namespace
 
@@ -54,7 +52,9 @@ AgentClient::AgentClient(Bus& bus, base::RunLoop& runLoop, const std::filesystem
                              .interface = kAgentInterface,
                              .member = kAgentStatusChanged},
                             [this](const IncomingSignal& signal) {
-                                setAgent(agentStatusOf(signal.read<Dictionary>()));
+                                if (!isOthers()) {
+                                    setAgent(agentStatusOf(signal.read<Dictionary>()));
+                                }
                             });
 }
 
@@ -164,9 +164,9 @@ void AgentClient::followOwner(const std::string& owner) {
     if (!owner.empty()) {
         m_pause = kShortestPause;
         askSoon();
-    } else if (m_bus.isConnected() && m_agent) {
+    } else if (m_bus.isConnected() && (m_agent || isOthers())) {
         // It looks after the reminders for as long as anybody needs them; a newer one may have been
-        // installed.
+        // installed. One for another store has made room.
         m_agent.reset();
         m_wishes.reconcile = true;
         retryLater();

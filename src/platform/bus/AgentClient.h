@@ -67,6 +67,9 @@ private:
         AgentClient& m_client;
     };
 
+    static constexpr std::string_view kOtherStore =
+        "The service for reminders (korvex-agent) looks after another store.";
+
     /// What is to be asked; the same once more does no harm.
     struct Wishes {
         bool reconcile = false;
@@ -85,6 +88,7 @@ private:
     void fail(const BusError& error);
     void followOwner(const std::string& owner);
     void retryLater();
+    bool isOthers() const { return m_status.reason == kOtherStore; }
     void setAgent(const app::AgentStatus& agent);
     void setUnreachable(std::string_view reason);
     void setStatus(Status status);

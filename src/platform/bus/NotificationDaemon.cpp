@@ -22,6 +22,9 @@ constexpr const char* kSound = "message-new-instant";
 constexpr std::uint8_t kNormalUrgency = 1;
 /// It stays until somebody has seen it: who is away at the moment is to be reminded too.
 constexpr std::int32_t kNeverExpires = 0;
+/// The bus says when who was asked has gone. One that is there shows what waits for it as soon as
+/// it goes on: to ask anew would show that twice, and nobody would know the number of the first.
+constexpr std::chrono::hours kUntilAnswered{24};
 
 MethodAddress methodOf(const char* member, MethodAddress::Start start) {
     return {.destination = kName,
@@ -81,13 +84,18 @@ NotificationDaemon::NotificationDaemon(Bus& bus, base::LogSink& log)
     m_owners = m_owner.changed().connect([this](const std::string&) { follow(); });
     m_states = m_bus.stateChanged().connect([this](Bus::State state) {
         if (state == Bus::State::connected) {
-            m_hasFailedToStart = false; // on a former bus
+            setFailure(Failure::none); // on a former bus
             look();
         }
     });
     if (m_bus.isConnected()) {
         look();
     }
+    m_services = m_bus.match({.sender = kBusName,
+                              .path = kBusPath,
+                              .interface = kBusInterface,
+                              .member = "ActivatableServicesChanged"},
+                             [this](const IncomingSignal&) { look(); });
     // Some tell the sender alone, some everybody: the number and who says it decide.
     m_signals = m_bus.match({.sender = kName, .path = kPath, .interface = kInterface},
                             [this](const IncomingSignal& signal) { take(signal); });
@@ -112,15 +120,25 @@ std::string NotificationDaemon::identityOf(const std::string& uniqueName) const 
 }
 
 void NotificationDaemon::look() {
-    if (m_hasFailedToStart && !m_isGreeting) {
+    if (m_failure != Failure::none && !m_isGreeting) {
         greet();
     }
+    askForServices();
+}
+
+void NotificationDaemon::askForServices() {
+    m_askAgain.reset();
     m_asked =
         m_bus.call({.destination = kBusName,
                     .path = kBusPath,
                     .interface = kBusInterface,
                     .member = "ListActivatableNames"},
                    {}, [this](const Reply& reply) {
+                       if (reply.error() && reply.error()->isForNow()) {
+                           m_askAgain =
+                               m_bus.runLoop().callAfter(kAskAgain, [this] { askForServices(); });
+                           return;
+                       }
                        const auto names = answerOf<std::vector<std::string>>(reply);
                        const auto isStartable =
                            names && std::find(names->begin(), names->end(), kName) != names->end();
@@ -131,12 +149,23 @@ void NotificationDaemon::look() {
                    });
 }
 
+void NotificationDaemon::setFailure(Failure failure) {
+    if (failure == Failure::none) {
+        m_refusingSince.reset();
+    }
+    if (std::exchange(m_failure, failure) != failure) {
+        m_changed.emit();
+    }
+}
+
 void NotificationDaemon::follow() {
     m_capabilities.reset();
     m_description.clear();
     m_token = {};
+    // Whoever comes now, or is started next, may do better.
+    m_failure = Failure::none;
+    m_refusingSince.reset();
     if (!m_owner.owner().empty()) {
-        m_hasFailedToStart = false;
         greet();
         call("GetServerInformation", {}, [this](const Reply& reply) {
             if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
@@ -163,16 +192,18 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
     const auto said = answerOf<std::vector<std::string>>(reply);
     if (!said) {
         m_log.warning("Nobody shows notifications: " + failureOf(reply));
-        if (m_owner.owner().empty()) {
-            m_hasFailedToStart = true;
-            m_changed.emit();
-        }
+        setFailure(m_owner.owner().empty() ? Failure::notStarted : Failure::silent);
         for (const auto& each : waiting) {
             each.answer({});
         }
         return;
     }
     m_capabilities.emplace(said->begin(), said->end());
+    const auto isSilentStill = std::any_of(m_calls.begin(), m_calls.end(),
+                                           [](const auto& each) { return each.second.isOverdue; });
+    if (m_failure != Failure::refusing && !isSilentStill) {
+        setFailure(Failure::none);
+    }
     for (const auto& each : waiting) {
         post(each);
     }
@@ -202,18 +233,41 @@ void NotificationDaemon::post(const Waiting& waiting) {
                            {"sound-name", Value(kSound)}};
     // A store from elsewhere may hold any bytes, and the bus carries text only.
     const auto text = base::repairedUtf8(body);
-    call("Notify",
-         arguments(std::string(kProgram), std::uint32_t{0}, std::string(kIcon), title,
-                   can("body-markup") ? escaped(text) : text, actions, hints, kNeverExpires),
-         [this, answer = waiting.answer](const Reply& reply) {
-             const auto id = answerOf<std::uint32_t>(reply);
-             if (!id) {
-                 m_log.warning("A notification was not shown: " + failureOf(reply));
-                 answer({.isRefused = isRefusal(reply)});
-                 return;
-             }
-             answer({.shown = Shown{*id, identityOf(reply.sender())}});
-         });
+    const auto take = [this, answer = waiting.answer](const Reply& reply) {
+        if (const auto id = answerOf<std::uint32_t>(reply)) {
+            answer({.shown = Shown{*id, identityOf(reply.sender())}});
+            setFailure(Failure::none);
+            return;
+        }
+        m_log.warning("A notification was not shown: " + failureOf(reply));
+        const auto isRefused = isRefusal(reply);
+        answer({.isRefused = isRefused});
+        if (isRefused) {
+            takeRefusal();
+        } else {
+            setFailure(Failure::silent);
+        }
+    };
+    const auto number =
+        call("Notify",
+             arguments(std::string(kProgram), std::uint32_t{0}, std::string(kIcon), title,
+                       can("body-markup") ? escaped(text) : text, actions, hints, kNeverExpires),
+             take, kUntilAnswered);
+    m_calls[number].silence = m_bus.runLoop().callAfter(Bus::kPatience, [this, number] {
+        m_calls[number].isOverdue = true;
+        m_log.warning("A notification was not shown so far: there is no answer.");
+        setFailure(Failure::silent);
+    });
+}
+
+/// One that is asked too often refuses for a moment, and single ones.
+void NotificationDaemon::takeRefusal() {
+    const auto now = m_bus.runLoop().elapsed();
+    if (!m_refusingSince) {
+        m_refusingSince = now;
+    } else if (now - *m_refusingSince >= Bus::kPatience) {
+        setFailure(Failure::refusing);
+    }
 }
 
 void NotificationDaemon::close(const Shown& shown, std::function<void()> closed) {
@@ -225,13 +279,17 @@ void NotificationDaemon::close(const Shown& shown, std::function<void()> closed)
          [closed = std::move(closed)](const Reply&) { closed(); });
 }
 
-void NotificationDaemon::call(const char* member, const Arguments& sent, Bus::Answer answer) {
+std::uint64_t NotificationDaemon::call(const char* member, const Arguments& sent,
+                                       Bus::Answer answer, std::chrono::duration<double> limit) {
     const auto number = ++m_lastCall;
-    m_calls[number] = m_bus.call(methodOf(member, MethodAddress::Start::never), sent,
-                                 [this, number, answer = std::move(answer)](const Reply& reply) {
-                                     const auto done = m_calls.extract(number);
-                                     answer(reply);
-                                 });
+    m_calls[number].answer = m_bus.call(
+        methodOf(member, MethodAddress::Start::never), sent,
+        [this, number, answer = std::move(answer)](const Reply& reply) {
+            const auto done = m_calls.extract(number);
+            answer(reply);
+        },
+        limit);
+    return number;
 }
 
 void NotificationDaemon::take(const IncomingSignal& signal) {

@@ -1,12 +1,15 @@
 #pragma once
 
 #include "base/Log.h"
+#include "base/RunLoop.h"
 #include "platform/bus/Bus.h"
 #include "platform/bus/NameWatch.h"
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -35,12 +38,20 @@ public:
     std::optional<std::string> identity() const;
     /// What it calls itself; empty as long as it has not said it.
     const std::string& description() const { return m_description; }
-    /// Whether the last one that was to be started could not be.
-    bool hasFailedToStart() const { return m_hasFailedToStart; }
+    /// What keeps it from showing anything, though it runs or is to be started.
+    enum class Failure {
+        none,
+        notStarted,
+        /// It runs, and leaves what it is asked unanswered.
+        silent,
+        /// For longer than a program refuses that is asked too often.
+        refusing,
+    };
+    Failure failure() const { return m_failure; }
     /// Emitted when one of these is another.
     base::Signal<>& changed() { return m_changed; }
-    /// Looks again which daemons the bus could start, and tries again to start one that could not
-    /// be.
+    /// Looks again which daemons the bus could start, and whether one that has failed does so
+    /// still.
     void look();
 
     struct Notification {
@@ -66,7 +77,8 @@ public:
         bool isRefused = false;
     };
     using Answer = std::function<void(const Outcome&)>;
-    /// Starts a daemon where none runs and the bus can. The answer comes later, and once.
+    /// Starts a daemon where none runs and the bus can. The answer comes later, and once: from a
+    /// daemon that is stopped for long when it goes on, since it shows then what it was asked for.
     void show(const Notification& notification, Answer answer);
     /// `closed` is called once the daemon has answered, or cannot any more.
     void close(const Shown& shown, std::function<void()> closed);
@@ -89,15 +101,27 @@ private:
         Answer answer;
     };
 
+    /// A call that is under way.
+    struct Call {
+        base::Subscription answer;
+        /// Runs until an answer is overdue.
+        std::unique_ptr<base::RunLoop::Timer> silence;
+        bool isOverdue = false;
+    };
+
     void follow();
+    void askForServices();
+    void setFailure(Failure failure);
     void greet();
     void takeCapabilities(const Reply& reply);
     void post(const Waiting& waiting);
+    void takeRefusal();
     void take(const IncomingSignal& signal);
     std::string identityOf(const std::string& uniqueName) const;
     bool can(const char* capability) const { return m_capabilities->contains(capability); }
-    /// The call is forgotten once it was answered.
-    void call(const char* member, const Arguments& sent, Bus::Answer answer);
+    /// The call is forgotten once it was answered. Its number.
+    std::uint64_t call(const char* member, const Arguments& sent, Bus::Answer answer,
+                       std::chrono::duration<double> limit = Bus::kPatience);
 
     Bus& m_bus;
     base::Logger m_log;
@@ -107,7 +131,9 @@ private:
     std::optional<std::set<std::string, std::less<>>> m_capabilities;
     bool m_isGreeting = false;
     std::string m_description;
-    bool m_hasFailedToStart = false;
+    Failure m_failure = Failure::none;
+    /// When it refused first after it has shown something.
+    std::optional<std::chrono::duration<double>> m_refusingSince;
     /// To be shown as soon as it is known what the daemon understands.
     std::vector<Waiting> m_waiting;
     /// The leave came for that notification, before its action.
@@ -116,11 +142,13 @@ private:
     base::Signal<const Choice&> m_chosen;
     base::Signal<const Shown&> m_closed;
     std::uint64_t m_lastCall = 0;
-    std::map<std::uint64_t, base::Subscription> m_calls;
+    std::map<std::uint64_t, Call> m_calls;
+    std::unique_ptr<base::RunLoop::Timer> m_askAgain;
     base::Subscription m_greeting;
     base::Subscription m_asked;
     base::Subscription m_owners;
     base::Subscription m_states;
+    base::Subscription m_services;
     base::Subscription m_signals;
 };
 

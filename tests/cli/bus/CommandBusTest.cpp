@@ -1,7 +1,9 @@
 #include "cli/bus/CommandBus.h"
 
+#include "platform/bus/AgentProtocol.h"
 #include "platform/bus/DesktopApplication.h"
 #include "platform/bus/NameClaim.h"
+#include "platform/bus/OfferedObject.h"
 #include "platform/bus/StoreChangeSignal.h"
 #include "platform/systemd/SdEventRunLoop.h"
 #include "support/RecordingLog.h"
@@ -92,6 +94,48 @@ private:
     std::jthread m_thread;
 };
 
+/// What has the agent's name and answers as no agent of today does.
+class OddAgent {
+public:
+    OddAgent() {
+        std::promise<void> named;
+        m_thread = std::jthread([&named](const std::stop_token& stop) {
+            using namespace platform::bus;
+            tests::RecordingLog log;
+            SdEventRunLoop loop;
+            Bus bus(WhichBus::session, loop, log);
+            const OfferedObject object(bus, kAgentPath,
+                                       {.name = kAgentInterface,
+                                        .methods = {
+                                            Interface::method<std::string>(
+                                                agent_method::kList,
+                                                [](IncomingCall& call, const auto&) {
+                                                    call.fail("org.freedesktop.DBus.Error.Failed",
+                                                              "no table");
+                                                },
+                                                "s"),
+                                            Interface::method<std::string>(
+                                                agent_method::kGetStatus,
+                                                [](IncomingCall& call, const auto& store) {
+                                                    call.reply(arguments(store));
+                                                },
+                                                "s"),
+                                        }});
+            const NameClaim name(bus, kAgentName);
+            bus.start();
+            loop.runUntil([&] { return name.state() == NameClaim::State::owned; }, 10s);
+            named.set_value();
+            while (!stop.stop_requested()) {
+                loop.runUntil([&] { return stop.stop_requested(); }, 5ms);
+            }
+        });
+        named.get_future().wait();
+    }
+
+private:
+    std::jthread m_thread;
+};
+
 class CommandBusTest : public ::testing::Test {
 protected:
     std::filesystem::path socket() const { return m_folder / "bus"; }
@@ -137,6 +181,18 @@ TEST_F(CommandBusTest, ABusThatHangsHoldsACommandUpForAMoment) {
     EXPECT_EQ(m_commandBus.ask({}), RunningDesktop::Answer::notThere);
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
     bus.wake();
+}
+
+TEST_F(CommandBusTest, AnAgentThatAnswersWhatNobodyUnderstandsIsThereAndSaidToBe) {
+    const SessionBus bus(socket());
+    EXPECT_EQ(m_commandBus.agentStatus("/s").reason, "It is not running.");
+    const OddAgent agent;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(m_commandBus.agentReminders("/s").reason, "It does not answer as it should.");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s) << "it is not asked again and again";
+    const auto status = m_commandBus.agentStatus("/s");
+    EXPECT_FALSE(status.said);
+    EXPECT_EQ(status.reason, "It does not answer as it should.");
 }
 
 TEST_F(CommandBusTest, TheRunningAppIsToldWhatIsWantedAndOneThatHangsIsFoundOut) {

@@ -368,6 +368,8 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
                           "\"state\":\"closed\",\"content\":\"Seen\"}"));
     agent.reminders.said->more = 7;
     EXPECT_THAT(run({"reminders"}).error, HasSubstr("7 more are not listed."));
+    agent.reminders.said->more = 1;
+    EXPECT_THAT(run({"reminders"}).error, HasSubstr("1 more is not listed."));
     agent.reminders.said->more = 0;
     std::filesystem::rename(folder / "Primary.store", folder / "away");
     EXPECT_THAT(result({"reminders"}), HasSubstr("closed     \n")) << "the agent has answered";

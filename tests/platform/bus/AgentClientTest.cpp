@@ -177,15 +177,25 @@ TEST_F(AgentClientTest, WithoutABusItSaysSoAndAsksWhenThereIsOne) {
 
 TEST_F(AgentClientTest, TheAgentOfAnotherStoreIsLeftAlone) {
     startDaemon();
-    StandIn agent(m_loop, m_log);
+    std::optional<StandIn> agent(std::in_place, m_loop, m_log);
     Bus bus(WhichBus::session, m_loop, m_log);
-    AgentClient other(bus, m_loop, "/elsewhere/Primary.store", {}, m_log);
+    int starts = 0;
+    AgentClient other(
+        bus, m_loop, "/elsewhere/Primary.store", [&] { return ++starts > 0; }, m_log);
     connect(bus);
-    ASSERT_TRUE(until([&] { return agent.name->state() == NameClaim::State::owned; }));
+    ASSERT_TRUE(until([&] { return agent->name->state() == NameClaim::State::owned; }));
     other.requestReconcile();
     ASSERT_TRUE(until([&] { return !other.status().reason.empty(); }));
     EXPECT_THAT(other.status().reason, ::testing::HasSubstr("another store"));
-    EXPECT_THAT(agent.withdrawn, IsEmpty());
+    EXPECT_THAT(agent->withdrawn, IsEmpty());
+    agent->say(agent->status);
+    settle(agent->bus);
+    settle(bus);
+    EXPECT_THAT(other.status().reason, ::testing::HasSubstr("another store"))
+        << "what it says is of its own";
+    EXPECT_EQ(starts, 0);
+    agent.reset();
+    EXPECT_TRUE(patiently([&] { return starts > 0; })) << "ours can be there now";
 }
 
 TEST(AgentReminder, WhatIsToldOfOneIsReadAndWhatIsNoneIsNot) {
