@@ -49,6 +49,9 @@ public:
     ReminderAgent(const ReminderAgent&) = delete;
     ReminderAgent& operator=(const ReminderAgent&) = delete;
 
+    /// To be called when the agent's name is ours: until then it answers, and shows nothing, since
+    /// another agent may be there.
+    void begin() { m_posting.begin(); }
     /// The clock was set, the machine woke, or the time zone is another.
     void timeChanged();
     /// Whether nothing is under way that would be done again, or not at all, if it ended now.

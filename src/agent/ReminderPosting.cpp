@@ -45,6 +45,11 @@ ReminderPosting::ReminderPosting(ReminderDelivery& delivery, UserStore& store,
     });
 }
 
+void ReminderPosting::begin() {
+    m_hasBegun = true;
+    serve();
+}
+
 void ReminderPosting::serve() {
     attempt([this] {
         if (m_daemon.presence() == NotificationDaemon::Presence::unknown) {
@@ -58,6 +63,9 @@ void ReminderPosting::serve() {
         }
         m_delivery.setDaemon(m_daemon.identity());
         m_delivery.reviewShown();
+        if (!m_hasBegun) {
+            return;
+        }
         // Where nobody can be had, all of it waits for somebody to come.
         if (m_daemon.presence() != NotificationDaemon::Presence::missing) {
             for (const auto& request : m_delivery.takeDue()) {

@@ -23,6 +23,9 @@ public:
                     platform::bus::NotificationDaemon& daemon, base::RunLoop& runLoop,
                     base::LogSink& log);
 
+    /// To be called once it is certain that nobody else shows the same: until then nothing is
+    /// handed out.
+    void begin();
     /// Does what is to be done now, and sees to it that it is called when there is more. To be
     /// called after every event: a reconcile, an action, a change of the clock, another daemon.
     void serve();
@@ -46,6 +49,7 @@ private:
     platform::bus::NotificationDaemon& m_daemon;
     base::RunLoop& m_runLoop;
     base::Logger m_log;
+    bool m_hasBegun = false;
     std::size_t m_awaited = 0;
     bool m_willServe = false;
     platform::system::WallClockTimer m_due;

@@ -96,6 +96,7 @@ End run(base::LogSink& log) {
     base::Subscription timeChanges;
     const auto claims = name.changed().connect([&](NameClaim::State state) {
         if (state == NameClaim::State::owned && reminders) {
+            reminders->begin();
             timeSources.emplace(runLoop, log);
             timeChanges = timeSources->changed().connect([&] { reminders->timeChanged(); });
         } else if (state == NameClaim::State::refused || state == NameClaim::State::taken) {

@@ -14,6 +14,8 @@ using model::Entry;
 
 /// Seconds that a list is to be in sight before what is done in its window says that it was read.
 constexpr double kReadingTime = 1.5;
+/// Seconds.
+constexpr double kJustBefore = 0.001;
 /// To look up so many records one by one costs as much as to read all.
 constexpr std::size_t kManyInserted = 512;
 
@@ -75,6 +77,9 @@ void MissedReminders::moveTo(base::Instant now) {
         m_until = now;
     }
     if (shown == false) {
+        if (m_wereShown != false) {
+            beginListing(now);
+        }
         read(m_until, now);
     } else if (shown && m_items.empty()) {
         const auto latest = latestUntil(now);
@@ -84,6 +89,31 @@ void MissedReminders::moveTo(base::Instant now) {
     }
     if (shown) {
         m_until = now;
+        m_wereShown = shown;
+    }
+}
+
+void MissedReminders::beginListing(base::Instant now) {
+    const auto waiting = m_center.status().waitingSince;
+    if (!waiting) {
+        return;
+    }
+    const base::Instant before{waiting->seconds - kJustBefore};
+    if (!m_wereShown) {
+        // Notifications have shown what came due before that while this did not run.
+        m_seenUntil = std::max(m_seenUntil, std::min(before, now));
+        m_until = std::max(m_until, m_seenUntil);
+        return;
+    }
+    // What came due was taken to be shown until it was known that it could not be.
+    const auto since = std::max(before, m_acknowledgedUntil);
+    if (since < m_until) {
+        m_until = since;
+        std::erase_if(m_items, [&](const Item& each) { return each.date > m_until; });
+        if (m_until < m_seenUntil) {
+            m_seenUntil = m_until;
+            m_seen->keep(m_until);
+        }
     }
 }
 
@@ -198,17 +228,21 @@ void MissedReminders::userActs(base::Instant now) {
 void MissedReminders::endShowing() {
     m_showingSince.reset();
     if (const auto until = std::exchange(m_readUntil, std::nullopt)) {
-        setSeen(*until);
-        tell();
+        acknowledge(*until);
     }
 }
 
 void MissedReminders::markSeen() {
     if (m_latest) {
         m_readUntil.reset();
-        setSeen(*m_latest);
-        tell();
+        acknowledge(*m_latest);
     }
+}
+
+void MissedReminders::acknowledge(base::Instant until) {
+    m_acknowledgedUntil = until;
+    setSeen(until);
+    tell();
 }
 
 void MissedReminders::setSeen(base::Instant until) {

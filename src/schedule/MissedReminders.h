@@ -17,8 +17,8 @@ namespace korvex::schedule {
 /// The reminders of open todos that came due while no notification could be shown, until their user
 /// has seen them here. Follows the store, the clock and whoever shows notifications. What is listed
 /// stays so when notifications can be shown again; what comes due from then on is shown by these.
-/// As in all of Upcoming, nothing is listed of an archived board. Main thread; all that it refers
-/// to must outlive it.
+/// As in all of Upcoming, nothing is listed of an archived board; what came due there before
+/// something that was seen is seen with it. Main thread; all that it refers to must outlive it.
 class MissedReminders {
 public:
     /// What lasts from one run of the program to the next.
@@ -69,6 +69,8 @@ private:
     /// Takes in what was not read when the store could not be read.
     void catchUp();
     void moveTo(base::Instant now);
+    /// Nothing can be shown any more, or from the start.
+    void beginListing(base::Instant now);
     void follow(const store::ChangeSet& changes);
     void read(base::Instant after, base::Instant until);
     /// These two: true when it was one of these, or is now.
@@ -78,6 +80,7 @@ private:
     std::optional<base::Instant> missedAt(const model::Entry& entry) const;
     /// The latest reminder of an open todo that is not later than this.
     std::optional<base::Instant> latestUntil(base::Instant now) const;
+    void acknowledge(base::Instant until);
     void setSeen(base::Instant until);
     void list();
     void tell();
@@ -89,6 +92,10 @@ private:
     /// What is listed has reminders after the first moment and up to the second.
     base::Instant m_seenUntil;
     base::Instant m_until;
+    /// Up to when the user has seen them here.
+    base::Instant m_acknowledgedUntil = base::Instant::distantPast();
+    /// Whether notifications were shown when that was known last.
+    std::optional<bool> m_wereShown;
     /// Those on archived boards too.
     std::vector<Item> m_items;
     std::vector<model::Entry*> m_entries;

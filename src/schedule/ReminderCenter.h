@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Instant.h"
 #include "base/Signal.h"
 #include "schedule/NotificationScheduling.h"
 #include "services/Collaborators.h"
@@ -19,6 +20,9 @@ public:
         AuthorizationStatus authorization = AuthorizationStatus::unavailable;
         /// Why no notification can be shown; empty where one can, or where nobody knows.
         std::string reason = {};
+        /// Where none can: the first reminder that nobody was shown, later than now where there is
+        /// none; absent where nobody knows.
+        std::optional<base::Instant> waitingSince = std::nullopt;
         /// What the user is to be told.
         std::optional<std::string> permissionErrorMessage = std::nullopt;
         std::optional<std::string> schedulingErrorMessage = std::nullopt;

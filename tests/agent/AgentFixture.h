@@ -57,6 +57,7 @@ protected:
             }});
         m_name.emplace(*m_bus, platform::bus::kAgentName);
         connect(*m_bus);
+        m_agent->begin();
     }
     void endAgent() {
         m_name.reset();

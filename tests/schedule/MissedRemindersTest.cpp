@@ -226,6 +226,69 @@ TEST_F(MissedRemindersTest, AClockThatIsSetBackRemindsOnceMore) {
     EXPECT_THAT(listed(), ElementsAre("a"));
 }
 
+TEST_F(MissedRemindersTest, WhatWasTakenToBeShownAndWasNotIsListedUntilItIsSeen) {
+    const auto fail = [&](Instant waitingSince) {
+        m_center.set({.authorization = AuthorizationStatus::unavailable,
+                      .reason = "It cannot be started.",
+                      .waitingSince = waitingSince});
+    };
+    m_center.set(kAllowed);
+    start();
+    add("shown", m_now + kMinute);
+    add("not shown", m_now + 2 * kMinute);
+    wait(2 * kMinute);
+    wait(10);
+    EXPECT_THAT(listed(), IsEmpty());
+    fail(m_now + 2 * kMinute);
+    EXPECT_THAT(listed(), ElementsAre("not shown"));
+    add("later", m_clock.now() + 1);
+    wait(kMinute);
+    EXPECT_THAT(listed(), ElementsAre("not shown", "later"));
+    restart();
+    EXPECT_THAT(listed(), ElementsAre("not shown", "later"));
+    m_center.set(kAllowed);
+    fail(m_now + 2 * kMinute);
+    EXPECT_THAT(listed(), ElementsAre("not shown", "later"));
+    m_missed->markSeen();
+    m_center.set(kAllowed);
+    wait(1);
+    fail(m_now + 2 * kMinute);
+    EXPECT_THAT(listed(), IsEmpty()) << "they wait still, and the user has seen them";
+    m_center.set(kAllowed);
+    add("only now", m_clock.now() + 1);
+    wait(2);
+    m_center.set({.authorization = AuthorizationStatus::unavailable});
+    add("while nobody knows", m_clock.now() + 1);
+    wait(2);
+    m_center.set(AuthorizationStatus::unavailable, "It is gone.");
+    EXPECT_THAT(listed(), ElementsAre("while nobody knows"));
+}
+
+TEST_F(MissedRemindersTest, WhatWasShownWhileItDidNotRunIsNotListed) {
+    start();
+    m_missed.reset();
+    add("shown meanwhile", m_now + kMinute);
+    add("waits", m_now + 2 * kMinute);
+    wait(3 * kMinute);
+    const auto listedWith = [&](std::optional<Instant> waitingSince) {
+        m_center.set({.authorization = AuthorizationStatus::unavailable,
+                      .reason = "Nobody is there.",
+                      .waitingSince = waitingSince});
+        restart();
+        m_board.setIsArchived(true);
+        m_store.context.save();
+        m_board.setIsArchived(false);
+        m_store.context.save();
+        return listed();
+    };
+    EXPECT_THAT(listedWith(std::nullopt), ElementsAre("shown meanwhile", "waits"));
+    EXPECT_THAT(listedWith(m_now + 2 * kMinute), ElementsAre("waits"));
+    EXPECT_THAT(listedWith(Instant::distantFuture()), IsEmpty());
+    add("new", m_clock.now() + 1);
+    wait(2);
+    EXPECT_THAT(listed(), ElementsAre("new"));
+}
+
 TEST_F(MissedRemindersTest, AStoreOfWhichNothingCanBeKeptListsNothing) {
     MissedReminders missed(m_store.context, m_center, m_scheduleClock, std::nullopt);
     add("a", m_now + 1);

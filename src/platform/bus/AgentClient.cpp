@@ -168,6 +168,7 @@ void AgentClient::followOwner(const std::string& owner) {
         // It looks after the reminders for as long as anybody needs them; a newer one may have been
         // installed. One for another store has made room.
         m_agent.reset();
+        setStatus({}); // whether anything is shown meanwhile
         m_wishes.reconcile = true;
         retryLater();
     }
@@ -180,7 +181,11 @@ void AgentClient::retryLater() {
 
 void AgentClient::setAgent(const app::AgentStatus& agent) {
     m_agent = agent;
-    setStatus(agent.reminders);
+    auto status = agent.reminders;
+    if (!schedule::showsNotifications(status.authorization)) {
+        status.waitingSince = agent.nextDue.value_or(base::Instant::distantFuture());
+    }
+    setStatus(std::move(status));
 }
 
 void AgentClient::setUnreachable(std::string_view reason) {
