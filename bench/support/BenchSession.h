@@ -37,6 +37,7 @@ public:
         m_connection.reset(connection);
     }
 
+    const std::filesystem::path& folder() const { return m_scratch.path(); }
     std::filesystem::path storeFile() const { return m_scratch / "korvex" / "Primary.store"; }
     Environment environment() const {
         return {{"XDG_DATA_HOME", m_scratch.path()},

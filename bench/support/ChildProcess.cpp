@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <malloc.h>
+#include <poll.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -17,6 +18,7 @@ namespace korvex::bench {
 namespace {
 
 constexpr std::int64_t kKibibyte = 1024;
+constexpr std::chrono::minutes kPatience{1};
 
 std::vector<std::string> merged(Environment environment) {
     for (char** entry = environ; *entry; ++entry) {
@@ -99,6 +101,9 @@ std::string ChildProcess::waitForLine(const std::string& text) {
                 return line;
             }
         }
+        if (!hasOutput(kPatience)) {
+            throw std::runtime_error("does not say \"" + text + "\": " + m_read);
+        }
         char buffer[4096];
         const auto count = ::read(m_output, buffer, sizeof buffer);
         if (count <= 0) {
@@ -106,6 +111,18 @@ std::string ChildProcess::waitForLine(const std::string& text) {
         }
         m_read.append(buffer, static_cast<std::size_t>(count));
     }
+}
+
+void ChildProcess::forgetOutput() {
+    char buffer[4096];
+    while (hasOutput(std::chrono::milliseconds(0)) && ::read(m_output, buffer, sizeof buffer) > 0) {
+    }
+    m_read.clear();
+}
+
+bool ChildProcess::hasOutput(std::chrono::milliseconds patience) const {
+    pollfd reading{.fd = m_output, .events = POLLIN, .revents = 0};
+    return ::poll(&reading, 1, static_cast<int>(patience.count())) > 0;
 }
 
 std::int64_t ChildProcess::proportionalMemory() const {

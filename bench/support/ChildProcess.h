@@ -2,6 +2,7 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -25,8 +26,10 @@ public:
     ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Reads watched output until a line contains `text`, and returns that line; throws when the
-    /// program ends before it has said so.
+    /// program ends before it has said so, or says nothing for a minute.
     std::string waitForLine(const std::string& text);
+    /// What it has said until now does not count for `waitForLine`.
+    void forgetOutput();
     pid_t id() const { return m_process; }
     /// Proportional set size now, in bytes: its share of what it has in memory.
     std::int64_t proportionalMemory() const;
@@ -40,6 +43,8 @@ public:
     Result wait();
 
 private:
+    bool hasOutput(std::chrono::milliseconds patience) const;
+
     pid_t m_process = 0;
     int m_output = -1;
     std::string m_read;

@@ -4,10 +4,17 @@
 #include "store/StoreError.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <set>
+#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -48,9 +55,56 @@ void copyFile(const base::FileDescriptor& source, const std::filesystem::path& c
     }
 }
 
+/// As the system's list of locks names a file.
+std::string nameInList(const struct stat& status) {
+    std::array<char, 64> name{};
+    std::snprintf(name.data(), name.size(), "%02x:%02x:%lu", major(status.st_dev),
+                  minor(status.st_dev), static_cast<unsigned long>(status.st_ino));
+    return name.data();
+}
+
+/// Those with a lock on the file, which SQLite keeps there for as long as it has the file open.
+std::set<pid_t> lockersOf(const std::string& file) {
+    std::set<pid_t> lockers;
+    std::ifstream list("/proc/locks");
+    for (std::string line; std::getline(list, line);) {
+        std::istringstream words(line);
+        std::string number;
+        std::string kind;
+        std::string isBinding;
+        std::string access;
+        pid_t process = 0;
+        std::string locked;
+        if (words >> number >> kind >> isBinding >> access >> process >> locked && process > 0 &&
+            process != ::getpid() && locked == file) {
+            lockers.insert(process);
+        }
+    }
+    return lockers;
+}
+
 } // namespace
 
-SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : m_file(file) {
+std::string holdersOf(const std::filesystem::path& store) {
+    struct stat status {};
+    if (::stat(store.c_str(), &status) != 0) {
+        return {};
+    }
+    std::string holders;
+    for (const auto process : lockersOf(nameInList(status))) {
+        const auto number = std::to_string(process);
+        std::string name;
+        std::getline(std::ifstream("/proc/" + number + "/comm"), name);
+        if (!name.empty()) {
+            holders += (holders.empty() ? "it is open in " : " and ") + name;
+            holders += ", process " + number;
+        }
+    }
+    return holders;
+}
+
+SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience)
+    : m_file(file), m_request(file.lockFile()) {
     try {
         // One thread at a time uses it.
         m_database = std::make_unique<SQLite::Database>(
@@ -63,7 +117,7 @@ SoleHold::SoleHold(const StoreFile& file, std::chrono::milliseconds patience) : 
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (!tryToTake()) {
         if (std::chrono::steady_clock::now() >= deadline) {
-            throw StoreError(StoreErrorCase::busy);
+            throw StoreError(StoreErrorCase::busy, holdersOf(file.path()));
         }
         std::this_thread::sleep_for(kWait);
     }

@@ -11,6 +11,7 @@
 #include <array>
 #include <cassert>
 #include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <thread>
 
@@ -26,8 +27,20 @@ struct FileForm {
     std::array<char, 8> magic = kMagic;
     std::array<std::uint8_t, 16> storeID{};
     std::int64_t revision = 0;
+    /// What a killed program has left of its `SoleRequest` ends with the next commit.
+    std::array<char, 8> soleRequest{};
 };
-static_assert(sizeof(FileForm) == 32);
+static_assert(sizeof(FileForm) == 40);
+/// Older programs write no more.
+constexpr std::size_t kRecordBytes = offsetof(FileForm, soleRequest);
+
+using Request = std::array<char, 8>;
+constexpr Request kNotAsked{};
+constexpr Request kAsked{1};
+
+void writeRequest(const base::FileDescriptor& file, const Request& what) {
+    static_cast<void>(::pwrite(file.get(), what.data(), what.size(), kRecordBytes));
+}
 
 constexpr std::chrono::microseconds kShortestWait{20};
 constexpr std::chrono::microseconds kLongestWait{2000};
@@ -109,7 +122,7 @@ void StoreLock::release() noexcept {
 std::optional<StoreLock::Record> StoreLock::record() const {
     assert(isHeld());
     FileForm form;
-    if (::pread(m_descriptor, &form, sizeof form, 0) != static_cast<ssize_t>(sizeof form) ||
+    if (::pread(m_descriptor, &form, kRecordBytes, 0) != static_cast<ssize_t>(kRecordBytes) ||
         form.magic != kMagic) {
         return std::nullopt;
     }
@@ -120,6 +133,22 @@ bool StoreLock::setRecord(const Record& record) noexcept {
     assert(isHeld());
     const FileForm form{.storeID = record.storeID.bytes, .revision = record.revision};
     return ::pwrite(m_descriptor, &form, sizeof form, 0) == static_cast<ssize_t>(sizeof form);
+}
+
+SoleRequest::SoleRequest(const std::filesystem::path& lockFile)
+    : m_file(::open(lockFile.c_str(), O_WRONLY | O_CLOEXEC)) {
+    writeRequest(m_file, kAsked);
+}
+
+SoleRequest::~SoleRequest() {
+    writeRequest(m_file, kNotAsked);
+}
+
+bool SoleRequest::stands(const std::filesystem::path& lockFile) {
+    const base::FileDescriptor file(::open(lockFile.c_str(), O_RDONLY | O_CLOEXEC));
+    auto what = kNotAsked;
+    static_cast<void>(::pread(file.get(), what.data(), what.size(), kRecordBytes));
+    return what == kAsked && ::flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
 }
 
 } // namespace korvex::store

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "base/Uuid.h"
 
 #include <chrono>
@@ -73,6 +74,26 @@ private:
     std::chrono::milliseconds m_timeout;
     int m_descriptor = -1;
     int m_depth = 0;
+};
+
+/// Says in the store's lock file, for as long as this lives, that whoever holds the write lock must
+/// be alone with the store: programs that only show it let go of it meanwhile, and whoever watches
+/// the file is told at once. It is void when nobody holds the lock, so that of a killed program
+/// nothing is left. The write lock must be held all the time; any thread.
+class SoleRequest {
+public:
+    /// A failure costs the notice: others are then waited for in vain, as for those that do not
+    /// look.
+    explicit SoleRequest(const std::filesystem::path& lockFile);
+    ~SoleRequest();
+    SoleRequest(const SoleRequest&) = delete;
+    SoleRequest& operator=(const SoleRequest&) = delete;
+
+    /// Whether another program asks so now. Waits for nobody.
+    static bool stands(const std::filesystem::path& lockFile);
+
+private:
+    base::FileDescriptor m_file;
 };
 
 } // namespace korvex::store

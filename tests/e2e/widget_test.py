@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """widget_test.py DESKTOP KORVEX: drives the real widgets on a screen of their own, with a window manager and
 a bus, by pointer and keyboard, and reads back what was stored with the command line."""
+import contextlib
 import datetime
 import json
 import os
 import pathlib
 import shutil
 import signal
+import sqlite3
 import struct
 import subprocess
 import time
@@ -214,6 +216,18 @@ class WidgetTest(WindowCase):
         time.sleep(1.5)
         self.tick(window)
         wait_for(lambda: self.completed() == ["first of all"], "the todo to be completed")
+
+    def test_a_damaged_store_is_repaired_while_a_widget_shows_it(self):
+        self.korvex("add", "Buy milk", "Water plants")
+        self.start_widget()
+        [window] = self.widgets()
+        with contextlib.closing(sqlite3.connect(self.home / "data/korvex/Primary.store")) as store, store:
+            store.execute("UPDATE Entry SET content = 'Buy mild' WHERE content = 'Buy milk'")
+        self.assertTrue(json.loads(self.korvex("store", "repair"))["wasDamaged"])
+        # The new store is shown in the place of the old one.
+        time.sleep(1)
+        self.tick(window)
+        wait_for(lambda: self.completed() == ["Buy mild"], "the todo to be completed")
 
     def test_a_second_start_hands_over_and_widgets_come_back_where_they_stood(self):
         self.korvex("board", "add", "Work")

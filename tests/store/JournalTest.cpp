@@ -10,7 +10,14 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <csignal>
 #include <fstream>
 #include <future>
 #include <map>
@@ -358,6 +365,35 @@ TEST_F(JournalTest, ItIsMovedOnceWhoeverReadsInItHasEnded) {
     store::SoleHold hold(file, std::chrono::seconds(10));
     EXPECT_FALSE(file.hasJournal());
     hold.copyTo(folder() / "copy");
+}
+
+TEST_F(JournalTest, WhoCannotBeAloneIsToldWhichProgramIsThere) {
+    std::array<int, 2> ready{};
+    ASSERT_EQ(::pipe2(ready.data(), O_CLOEXEC), 0);
+    const auto other = ::fork();
+    if (other == 0) {
+        ::prctl(PR_SET_NAME, "onlooker");
+        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+        SQLite::Database reader(storeFile().string(), SQLite::OPEN_READONLY);
+        static_cast<void>(reader.execAndGet("SELECT count(*) FROM Board"));
+        static_cast<void>(::write(ready[1], "!", 1));
+        ::pause();
+    }
+    char said = 0;
+    EXPECT_EQ(::read(ready[0], &said, 1), 1);
+    const store::StoreFile file(storeFile());
+    std::string refusal;
+    try {
+        store::SoleHold(file, std::chrono::milliseconds(1));
+    } catch (const store::StoreError& error) {
+        refusal = error.errorDescription();
+    }
+    ::kill(other, SIGKILL);
+    ::waitpid(other, nullptr, 0);
+    EXPECT_EQ(refusal,
+              "Another program keeps the store busy. Nothing was changed; try again. (it is "
+              "open in onlooker, process " +
+                  std::to_string(other) + ")");
 }
 
 } // namespace korvex::tests

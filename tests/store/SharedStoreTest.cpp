@@ -1,5 +1,7 @@
 #include "StoreFixture.h"
 
+#include "store/StoreFile.h"
+#include "store/StoreLock.h"
 #include "support/RestoredStore.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
@@ -410,6 +412,27 @@ TEST_F(SharedStoreTest, AHeldLockRefusesAfterItsTimeAndLosesNothing) {
         }
         EXPECT_NO_THROW(waiting.save());
     }
+}
+
+TEST_F(SharedStoreTest, WhoAsksToBeAloneIsHeardWhileItHoldsTheLockAndLeavesNothingWhenKilled) {
+    constexpr std::size_t kSoleRequestAt = 32;
+    const auto lockFile = store::StoreFile(storeFile()).lockFile();
+    const auto heard = [&] { // by other programs
+        const store::LockedStep step(*context);
+        return store::SoleRequest::stands(lockFile);
+    };
+    {
+        const store::SoleRequest request(lockFile);
+        EXPECT_TRUE(heard());
+    }
+    EXPECT_FALSE(heard());
+    const auto asked = bytesOf(lockFile).replace(kSoleRequestAt, 1, "\1");
+    std::ofstream(lockFile, std::ios::in | std::ios::binary) << asked;
+    EXPECT_TRUE(heard());
+    EXPECT_FALSE(store::SoleRequest::stands(lockFile)) << "nobody holds the lock";
+    addBoard(*context, "Saved");
+    context->save();
+    EXPECT_FALSE(heard()) << "somebody has saved since";
 }
 
 TEST_F(SharedStoreTest, AnImpatientProgramDoesNotWaitForWhoKnowsNoLockOfOursEither) {

@@ -198,7 +198,7 @@ void addStoreCommands(CLI::App& program, Action& chosen) {
         .parser.footer("No text is changed. Where the store is damaged, what can be read becomes "
                        "a new store, and the\ndamaged one is kept beside it. So does what can be "
                        "read of a store that an older Korvex has left, while\nthere is no other. "
-                       "Close the other programs on the store first.");
+                       "Close Korvex's windows first, also where it runs in the background.");
 }
 
 } // namespace korvex::cli

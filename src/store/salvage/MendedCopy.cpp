@@ -1,5 +1,6 @@
 #include "store/salvage/MendedCopy.h"
 
+#include "store/SoleHold.h"
 #include "store/Statement.h"
 #include "store/StoreError.h"
 #include "store/salvage/DamagedRows.h"
@@ -107,6 +108,7 @@ MendedCopy::MendedCopy(const StoreFile& file, const Schema& schema,
       m_schema(schema),
       m_ticker(ticker),
       m_layouts(storeLayouts(schema)),
+      m_request(file.lockFile()),
       m_copy(file.stagingName()) {
     holdAlone(patience);
     try {
@@ -144,7 +146,7 @@ void MendedCopy::holdAlone(std::chrono::milliseconds patience) {
             throwSystemError(errno);
         }
         if (std::chrono::steady_clock::now() >= deadline) {
-            throw StoreError(StoreErrorCase::busy);
+            throw StoreError(StoreErrorCase::busy, holdersOf(m_file.path()));
         }
         std::this_thread::sleep_for(kWait);
     }

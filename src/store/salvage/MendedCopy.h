@@ -4,6 +4,7 @@
 #include "store/OlderTable.h"
 #include "store/Schema.h"
 #include "store/StoreFile.h"
+#include "store/StoreLock.h"
 #include "store/salvage/DamagedPages.h"
 #include "store/salvage/StoreLayout.h"
 #include "store/salvage/TableRoots.h"
@@ -68,6 +69,7 @@ private:
     const Schema& m_schema;
     Ticker& m_ticker;
     std::vector<StoreLayout> m_layouts;
+    SoleRequest m_request;
     base::FileDescriptor m_held;
     std::filesystem::path m_copy;
     /// Of the copy.

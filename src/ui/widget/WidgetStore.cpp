@@ -4,6 +4,8 @@
 #include "services/EntryService.h"
 #include "storage/SharedModelContainer.h"
 #include "store/StoreError.h"
+#include "store/StoreFile.h"
+#include "store/StoreLock.h"
 
 #include <sys/stat.h>
 
@@ -13,6 +15,9 @@
 namespace korvex::ui {
 
 namespace {
+
+constexpr const char* kAskedFor =
+    "Korvex is upgrading or repairing the store. The todos come back when it is done.";
 
 /// Keeps what is logged until it is known whether that is news: who tries again and again would say
 /// the same each time.
@@ -83,7 +88,7 @@ WidgetStore::FileID WidgetStore::fileThere() const {
 
 void WidgetStore::follow() {
     if (m_open) {
-        if (fileThere() == m_openedFile && refreshes()) {
+        if (!isAskedFor() && fileThere() == m_openedFile && refreshes()) {
             return;
         }
         close();
@@ -110,7 +115,22 @@ void WidgetStore::close() {
     m_reason.clear();
 }
 
+bool WidgetStore::isAskedFor() const {
+    return store::SoleRequest::stands(store::StoreFile(m_surroundings.file).lockFile());
+}
+
+bool WidgetStore::takeReason(std::string reason) {
+    return std::exchange(m_reason, std::move(reason)) != m_reason;
+}
+
 void WidgetStore::tryToOpen() {
+    if (isAskedFor()) {
+        if (takeReason(kAskedFor)) {
+            base::Logger(m_surroundings.log, "Widgets").info(m_reason);
+            m_didChange.emit();
+        }
+        return;
+    }
     HeldLog held;
     const auto file = fileThere();
     try {
@@ -119,10 +139,9 @@ void WidgetStore::tryToOpen() {
         m_openedFile = file;
         m_reason.clear();
     } catch (const base::Error& error) {
-        if (error.errorDescription() == m_reason) {
+        if (!takeReason(error.errorDescription())) {
             return;
         }
-        m_reason = error.errorDescription();
         base::Logger(m_surroundings.log, "Widgets").warning(m_reason);
     }
     held.release(m_surroundings.log);

@@ -29,7 +29,8 @@ namespace korvex::ui {
 
 /// The store as widgets see it: one that somebody else has made, which may come and go while they
 /// stand there. It is opened where it is there, never made, upgraded or repaired, and opened anew
-/// when another file has its name. Main thread.
+/// when another file has its name. Who must be alone with it gets it (`store::SoleRequest`). Main
+/// thread.
 class WidgetStore {
 public:
     /// What it works with; all of it outlives this.
@@ -89,6 +90,9 @@ private:
     bool refreshes();
     void close();
     void tryToOpen();
+    bool isAskedFor() const;
+    /// Whether that is another reason than before.
+    bool takeReason(std::string reason);
 
     Surroundings m_surroundings;
     schedule::WidgetRefreshService m_widgets;

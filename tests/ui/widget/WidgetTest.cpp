@@ -1,6 +1,8 @@
 #include "ui/widget/WidgetSet.h"
 
 #include "storage/StoreStart.h"
+#include "store/SoleHold.h"
+#include "store/StoreLock.h"
 #include "ui/AccessibleTree.h"
 #include "ui/StillStyle.h"
 #include "ui/WindowFixture.h"
@@ -8,7 +10,6 @@
 #include "ui/widget/NotedDesktop.h"
 #include "ui/widget/WidgetHeader.h"
 #include "ui/widget/WidgetPage.h"
-#include "ui/widget/WidgetScreens.h"
 #include "ui/widget/WidgetTodoList.h"
 
 #include <QElapsedTimer>
@@ -22,7 +23,9 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <future>
 #include <map>
+#include <thread>
 
 namespace korvex::ui {
 namespace {
@@ -297,6 +300,53 @@ TEST_F(WidgetTest, WithoutAStoreItWaitsAndMakesNone) {
     EXPECT_THAT(rows(window), ElementsAre("[ ] first"));
 }
 
+TEST_F(WidgetTest, WhoMustBeAloneWithTheStoreGetsItAndTheTodosComeBack) {
+    add({"one", "two"}, *inbox);
+    auto& window = show();
+    app.reset();
+    appContainer.reset();
+    std::promise<void> locked;
+    std::promise<void> alone;
+    std::promise<void> done;
+    std::jthread other([&] {
+        const store::StoreFile theirs(file);
+        store::StoreLock lock(theirs.lockFile(), std::chrono::seconds(1));
+        const store::StoreLock::Guard guard(&lock);
+        locked.set_value();
+        try {
+            const store::SoleHold hold(theirs, std::chrono::seconds(2));
+            alone.set_value();
+            done.get_future().wait();
+        } catch (...) {
+            alone.set_exception(std::current_exception());
+        }
+    });
+    locked.get_future().wait();
+    log.expectError("Widget completion failed");
+    tick(window, 0);
+    EXPECT_THAT(hint(window), ::testing::HasSubstr("Nothing was changed"));
+    auto isAlone = alone.get_future();
+    while (isAlone.wait_for(std::chrono::milliseconds(5)) != std::future_status::ready) {
+        notice();
+    }
+    EXPECT_NO_THROW(isAlone.get());
+    for (int i = 0; i < 3; ++i) {
+        notice(); // it does not come in between, nor says so again and again
+        EXPECT_THAT(rows(window), ElementsAre("no store"));
+    }
+    EXPECT_EQ(hint(window), "Korvex is upgrading or repairing the store. The todos come back when "
+                            "it is done.");
+    EXPECT_EQ(log.count("upgrading or repairing"), 1U);
+    done.set_value();
+    other.join();
+    notice();
+    EXPECT_THAT(rows(window), ElementsAre("[ ] one", "[ ] two"));
+    EXPECT_EQ(hint(window), "");
+    tick(window, 0);
+    startApp();
+    EXPECT_EQ(completions(), 1);
+}
+
 TEST_F(WidgetTest, LabelsFollowTheClock) {
     const auto todos =
         app->entries.createTodos({.contents = {"call"},
@@ -352,6 +402,12 @@ TEST_F(WidgetTest, KeysWalkTickAndOpen) {
     QTest::mouseClick(list.viewport(), Qt::LeftButton, {},
                       row.topLeft() + QPoint(26, row.height() / 2));
     EXPECT_THAT(rows(window), ElementsAre("[x] one", "[ ] two"));
+    // Two quick presses are meant as one.
+    const auto circle = row.topLeft() + QPoint(26, 3 * row.height() / 2);
+    QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, circle);
+    QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, circle);
+    QTest::mouseRelease(list.viewport(), Qt::LeftButton, {}, circle);
+    EXPECT_THAT(rows(window), ElementsAre("[x] one", "[x] two"));
 }
 
 TEST_F(WidgetTest, AnotherBoardIsChosenByItsNameAndRemembered) {
@@ -532,17 +588,6 @@ TEST_F(WidgetTest, TenThousandTodosScrollAndOnlyThoseInSightAreLaidOut) {
     const auto inSight = static_cast<std::size_t>(last - first + 1);
     EXPECT_GE(LaidOut::count(list), inSight);
     EXPECT_LE(LaidOut::count(list), 51 * (inSight + 2)); // and one that is cut at either end
-}
-
-TEST(WidgetScreens, AWidgetStandsWhollyOnAScreen) {
-    const auto room = QGuiApplication::primaryScreen()->availableGeometry();
-    const QSize least(100, 100);
-    const QRect inside(room.topLeft() + QPoint(10, 10), QSize(200, 150));
-    EXPECT_EQ(WidgetScreens::fitted(inside, least), inside);
-    for (const auto& far : {inside.translated(100'000, 0), inside.translated(0, -100'000),
-                            QRect(room.topLeft() - QPoint(50, 50), room.size() * 3)}) {
-        EXPECT_TRUE(room.contains(WidgetScreens::fitted(far, least)));
-    }
 }
 
 } // namespace

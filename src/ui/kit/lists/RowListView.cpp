@@ -183,13 +183,16 @@ void RowListView::mouseReleaseEvent(QMouseEvent* event) {
 void RowListView::mouseDoubleClickEvent(QMouseEvent* event) {
     const auto position = event->position().toPoint();
     const auto part = partUnder(position);
-    if (event->button() == Qt::LeftButton && part == RowPart::sign) {
+    const auto index = indexAt(position);
+    // Another row may have come under the pointer since the first press.
+    const auto isOfTheSame = index == m_pressed && part == m_pressedPart;
+    if (event->button() == Qt::LeftButton && part == RowPart::sign && !isOfTheSame) {
         mousePressEvent(event);
         return;
     }
     forgetPress();
     if (event->button() == Qt::LeftButton && part == RowPart::body) {
-        doubleClicked(indexAt(position).row(), position);
+        doubleClicked(index.row(), position);
     }
 }
 

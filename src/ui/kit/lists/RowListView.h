@@ -57,7 +57,7 @@ protected:
     virtual void clicked(int row, RowPart part, const QMouseEvent& event) = 0;
     /// Whether a pointer that moves on with the button held down chooses or drags rows.
     virtual bool isDragBegun(RowPart /*pressed*/) const { return true; }
-    /// The body of a row was pressed twice. Two quick presses of a sign are just two.
+    /// The body of a row was pressed twice. Two quick presses of a sign are one.
     virtual void doubleClicked(int /*row*/, const QPoint& /*position*/) {}
     struct Tip {
         QString text;

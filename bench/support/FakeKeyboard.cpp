@@ -1,0 +1,73 @@
+#include "support/FakeKeyboard.h"
+
+#include <poll.h>
+
+#include <xcb/xtest.h>
+
+#include <chrono>
+#include <iterator>
+
+namespace korvex::bench {
+
+namespace {
+
+constexpr std::chrono::seconds kPatience{5};
+
+} // namespace
+
+FakeKeyboard::FakeKeyboard(const std::string& display)
+    : m_connection(xcb_connect(display.c_str(), nullptr)) {
+    const XAnswer<xcb_test_get_version_reply_t> reply(xcb_test_get_version_reply(
+        m_connection.get(), xcb_test_get_version(m_connection.get(), 2, 2), nullptr));
+    if (!reply) {
+        throw std::runtime_error("the X server takes no keys from programs");
+    }
+    for (const auto key : {kControlKey, kAltKey, kLetterKey, kEscapeKey}) {
+        m_keys[key] = keyOf(m_connection.get(), key);
+    }
+    constexpr std::uint32_t kEvents = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+    xcb_change_window_attributes(m_connection.get(), rootOf(m_connection.get()), XCB_CW_EVENT_MASK,
+                                 &kEvents);
+    xcb_flush(m_connection.get());
+}
+
+void FakeKeyboard::press(std::initializer_list<xcb_keysym_t> keys) {
+    for (const auto key : keys) {
+        send(XCB_KEY_PRESS, key);
+    }
+    for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
+        send(XCB_KEY_RELEASE, *key);
+    }
+    xcb_flush(m_connection.get());
+}
+
+void FakeKeyboard::send(std::uint8_t type, xcb_keysym_t key) {
+    xcb_test_fake_input(m_connection.get(), type, m_keys.at(key), XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                        0);
+}
+
+void FakeKeyboard::forgetWhatHappened() {
+    // An answer comes after all that happened before the question.
+    const XAnswer<xcb_get_input_focus_reply_t> answer(xcb_get_input_focus_reply(
+        m_connection.get(), xcb_get_input_focus(m_connection.get()), nullptr));
+    while (const XAnswer<xcb_generic_event_t> event{xcb_poll_for_event(m_connection.get())}) {
+    }
+}
+
+void FakeKeyboard::waitUntilAWindowLeaves() {
+    constexpr std::uint8_t kEventTypes = 0x7F; // the highest bit: another program has sent it
+    const auto end = std::chrono::steady_clock::now() + kPatience;
+    while (std::chrono::steady_clock::now() < end) {
+        while (const XAnswer<xcb_generic_event_t> event{xcb_poll_for_event(m_connection.get())}) {
+            if ((event->response_type & kEventTypes) == XCB_UNMAP_NOTIFY) {
+                return;
+            }
+        }
+        pollfd reading{
+            .fd = xcb_get_file_descriptor(m_connection.get()), .events = POLLIN, .revents = 0};
+        ::poll(&reading, 1, 100);
+    }
+    throw std::runtime_error("Escape does not reach the window that was shown");
+}
+
+} // namespace korvex::bench
