@@ -133,7 +133,7 @@ void ReminderAgent::reconcile(std::span<const base::Uuid> withdrawn) {
             m_client.cancel(identifiers);
         } catch (const base::Error& error) {
             // The reconcile finds it.
-            m_log.warning("Could not withdraw: " + error.errorDescription());
+            m_log.warning(std::string("Could not withdraw: ") + error.what());
         }
     }
     reconcileSoon(Reason::request);
@@ -182,7 +182,7 @@ void ReminderAgent::reconcileNow() {
         }
     } catch (const base::Error& error) {
         // It is said in the status, and tried again with the next hint, or after a while.
-        m_log.warning("The store could not be followed: " + error.errorDescription());
+        m_log.warning(std::string("The store could not be followed: ") + error.what());
         m_planned.reset();
         m_store.close();
         m_retryDelay = std::clamp(2 * m_retryDelay, kFirstRetry, kLongestRetry);
@@ -246,7 +246,7 @@ AgentStatus ReminderAgent::status() {
         // That too what is due and waits for somebody who shows it.
         status.nextDue = m_table.nextDue(base::Instant::distantPast());
     } catch (const base::Error& error) {
-        m_log.warning("What is due next cannot be read: " + error.errorDescription());
+        m_log.warning(std::string("What is due next cannot be read: ") + error.what());
     }
     return status;
 }

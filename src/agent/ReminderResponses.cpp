@@ -173,7 +173,7 @@ void ReminderResponses::open(const base::Uuid& entry, const std::string& token) 
             // Where the bus does not know how, as from a folder that it was built in.
             if (error && error->which() != platform::bus::BusErrorCase::timedOut &&
                 !(m_parts.startDesktop && m_parts.startDesktop(link, token))) {
-                m_log.error("Could not open notification entry: " + error->errorDescription());
+                m_log.error(std::string("Could not open notification entry: ") + error->what());
             }
         });
 }
