@@ -150,7 +150,7 @@ void ReminderAgent::reconcile(std::span<const base::Uuid> withdrawn) {
             m_client.cancel(identifiers);
         } catch (const base::Error& error) {
             // The reconcile finds it.
-            m_log.warning("Could not withdraw: " + error.errorDescription());
+            m_log.warning(std::string("Could not withdraw: ") + error.what());
         }
     }
     reconcileSoon(Reason::request);
@@ -278,7 +278,7 @@ AgentStatus ReminderAgent::status() {
         // That too what is due and waits for somebody who shows it.
         status.nextDue = m_table.nextDue(base::Instant::distantPast());
     } catch (const base::Error& error) {
-        m_log.warning("What is due next cannot be read: " + error.errorDescription());
+        m_log.warning(std::string("What is due next cannot be read: ") + error.what());
     }
     return status;
 }

@@ -128,7 +128,7 @@ void ReminderFile::open() {
         m_database.reset();
         // Where nothing is in it yet, it is the disk that takes nothing.
         if (store::isDamage(error) && !isEmpty) {
-            throw Unusable{error.errorDescription()};
+            throw Unusable{error.what()};
         }
         throw;
     } catch (const Unusable&) {

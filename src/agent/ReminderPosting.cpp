@@ -131,7 +131,7 @@ void ReminderPosting::attempt(const std::function<void()>& work) {
     try {
         work();
     } catch (const store::StoreError& error) {
-        m_log.error("The file of reminders cannot be used: " + error.errorDescription());
+        m_log.error(std::string("The file of reminders cannot be used: ") + error.what());
         m_retry = m_runLoop.callAfter(ReminderFile::isDamage(error) ? kDamageRetry : kTableRetry,
                                       [this] { m_tableFailed.emit(); });
     }

@@ -180,7 +180,7 @@ void ReminderResponses::show(const base::Uuid& entry, const NotificationDaemon::
                 // Not every daemon closes by itself what was answered. It tells of it.
                 m_daemon.close(choice.shown, [] {});
             } else {
-                m_log.error("Could not open notification entry: " + error->errorDescription());
+                m_log.error(std::string("Could not open notification entry: ") + error->what());
             }
             m_responded.emit();
         });

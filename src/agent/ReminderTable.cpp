@@ -130,7 +130,7 @@ ReminderTable::~ReminderTable() = default;
 ReminderFile::Opened ReminderTable::recover(const store::StoreError& error) {
     m_statements.reset();
     if (store::isDamage(error) && error.which() != store::StoreErrorCase::inputOutput) {
-        m_file.beginAnew(error.errorDescription());
+        m_file.beginAnew(error.what());
         prepare();
         return ReminderFile::Opened::anew;
     }
@@ -147,7 +147,7 @@ ReminderFile::Opened ReminderTable::openAgain() {
         if (error.which() != store::StoreErrorCase::other) {
             throw;
         }
-        m_file.beginAnew(error.errorDescription());
+        m_file.beginAnew(error.what());
         opened = ReminderFile::Opened::anew;
         prepare();
     }

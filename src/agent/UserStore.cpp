@@ -72,7 +72,7 @@ void UserStore::openFile() {
         // It is made or upgraded just now, by a program that says so when it is done.
     } catch (const base::Error& error) {
         if (std::exchange(m_failure, error.errorDescription()) != error.errorDescription()) {
-            m_log.warning("The store cannot be opened: " + error.errorDescription());
+            m_log.warning(std::string("The store cannot be opened: ") + error.what());
         }
         throw;
     }

@@ -130,7 +130,7 @@ int main(int, char* argv[]) {
         end = run(log);
     } catch (const store::StoreError& error) {
         if (error.which() != store::StoreErrorCase::busy) {
-            logger.error("The file of reminders cannot be used: " + error.errorDescription());
+            logger.error(std::string("The file of reminders cannot be used: ") + error.what());
         } else {
             logger.info("Another agent of this user runs already.");
             end = End::done;

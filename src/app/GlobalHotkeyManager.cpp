@@ -78,6 +78,19 @@ bool GlobalHotkeyManager::follow(AppPreferences& preferences) {
     return update(preferences.quickEntryShortcut());
 }
 
+std::optional<GlobalHotkeyManager::Issue>
+GlobalHotkeyManager::issueOf(const QuickEntryShortcut& shortcut) {
+    if (!shortcut.isValid() || shortcut.conflictsWithAppCommand()) {
+        return Issue{Kind::invalid};
+    }
+    if (!installHandler()) {
+        return m_outcome.issue;
+    }
+    const auto status = m_backend.probe(shortcut);
+    return status.state == State::registered ? std::nullopt
+                                             : std::optional(Issue{Kind::unavailable, status});
+}
+
 std::optional<QuickEntryShortcut>
 GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
     if (!installHandler()) {

@@ -47,6 +47,8 @@ public:
     /// `update`, so that one can be tried that the preferences do not have.
     bool follow(AppPreferences& preferences);
 
+    /// Why this one could not be registered now; absent where it could. What is registered stays.
+    std::optional<Issue> issueOf(const QuickEntryShortcut& shortcut);
     /// The first of these that could be registered now; absent where none could.
     std::optional<QuickEntryShortcut> firstFree(std::span<const QuickEntryShortcut> shortcuts);
 

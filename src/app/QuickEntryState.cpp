@@ -366,6 +366,9 @@ void QuickEntryState::reset() {
 void QuickEntryState::report(const base::Error& error) {
     m_log.error("Quick Entry failed: " + error.domain() + " (" + std::to_string(error.code()) +
                 ")");
+    if (error.errorDescription() != error.what()) {
+        m_log.warning(error.what()); // the user is spared what a library says
+    }
     setErrorMessage(error.errorDescription());
 }
 

@@ -88,7 +88,8 @@ void TodoScheduleEditor::load(const model::TodoSchedule& stored, base::Instant n
     startHasOwnDay = hasWindow && calendar.day(start) != calendar.day(m_due);
     hasReminder = isPresent(m_original.reminderDate);
     reminder = hasReminder ? *m_original.reminderDate : nextFullHour(now, calendar);
-    reminderPreset.reset();
+    reminderPreset = presetAtReminder();
+    m_originalPreset = reminderPreset;
     m_initial = schedule();
 }
 
@@ -106,9 +107,13 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
     return false;
 }
 
-void TodoScheduleEditor::setDefaultReminderMinutes(int minutes) {
+void TodoScheduleEditor::setDefaultReminderMinutes(int minutes, base::Instant now) {
     m_settings.defaultReminderMinutes = minutes;
-    updatePresetReminder();
+    if (schedule() == m_initial) {
+        reminderPreset = presetAtReminder();
+    } else {
+        updatePresetReminder(now);
+    }
 }
 
 bool TodoScheduleEditor::isToday(base::Instant moment, base::Instant now) const {
@@ -156,7 +161,7 @@ void TodoScheduleEditor::addReminder(base::Instant now) {
     hasReminder = true;
     reminderPreset = hasDue ? std::optional(TodoReminderPreset::atDueTime) : std::nullopt;
     const auto own = reminder;
-    updatePresetReminder();
+    updatePresetReminder(now);
     if (reminderPreset && reminder < now) {
         reminderPreset.reset();
         reminder = own;
@@ -181,14 +186,33 @@ std::optional<base::Instant> TodoScheduleEditor::anchor() const {
     return day ? allDayAnchor(*day, m_settings.defaultReminderMinutes, calendar) : std::nullopt;
 }
 
-void TodoScheduleEditor::updatePresetReminder() {
+std::optional<base::Instant> TodoScheduleEditor::momentOf(TodoReminderPreset preset) const {
+    const auto from = anchor();
+    return from ? reminderDate(preset, *from, m_formats.calendar()) : std::nullopt;
+}
+
+std::optional<TodoReminderPreset> TodoScheduleEditor::presetAtReminder() const {
+    if (!hasReminder || !hasDue) {
+        return std::nullopt;
+    }
+    const auto* const found =
+        std::find_if(kAllReminderPresets.begin(), kAllReminderPresets.end(),
+                     [this](TodoReminderPreset each) { return momentOf(each) == reminder; });
+    return found == kAllReminderPresets.end() ? std::nullopt : std::optional(*found);
+}
+
+void TodoScheduleEditor::updatePresetReminder(base::Instant now) {
     if (!hasReminder || !reminderPreset || !hasDue) {
         return;
     }
-    const auto from = anchor();
-    const auto moved =
-        from ? reminderDate(*reminderPreset, *from, m_formats.calendar()) : std::nullopt;
-    reminder = moved.value_or(reminder);
+    const auto moved = momentOf(*reminderPreset);
+    const auto isUntouched =
+        reminder == m_original.reminderDate && reminderPreset == m_originalPreset;
+    if (isUntouched && reminder < now && moved && *moved < now) {
+        reminderPreset = presetAtReminder();
+    } else {
+        reminder = moved.value_or(reminder);
+    }
 }
 
 std::optional<TodoScheduleEditor::Explanation> TodoScheduleEditor::anchorExplanation() const {

@@ -39,7 +39,8 @@ public:
     bool startHasOwnDay = false;
     bool hasReminder = false;
     base::Instant reminder;
-    /// Absent while the reminder is a moment of the user's own.
+    /// Absent while the reminder is a moment of the user's own. A stored reminder is that of the
+    /// preset at whose moment it stands.
     std::optional<TodoReminderPreset> reminderPreset;
 
     /// Gives the due day a time: that of `due`, but today none that is over.
@@ -83,10 +84,12 @@ public:
     const model::TodoSchedule& stored() const { return m_stored; }
 
     /// The setting of this name is another: the reminder follows it where its preset was chosen
-    /// here.
-    void setDefaultReminderMinutes(int minutes);
-    /// Moves the reminder to its preset, if one is chosen and there is something due.
-    void updatePresetReminder();
+    /// here; where it only stands at a preset's moment, it stays.
+    void setDefaultReminderMinutes(int minutes, base::Instant now);
+    /// Moves the reminder to its preset, if one is chosen and there is something due. One that the
+    /// original had, and of which it has reminded already, stays where the moment that it would
+    /// move to is over too: a todo is put off without another thought.
+    void updatePresetReminder(base::Instant now);
     /// In English, to be translated; "%1" in it stands for the time where there is one.
     struct Explanation {
         std::string text;
@@ -115,6 +118,8 @@ private:
     base::Instant proposal(base::Instant now) const;
     bool isToday(base::Instant moment, base::Instant now) const;
     std::optional<base::Instant> anchor() const;
+    std::optional<base::Instant> momentOf(TodoReminderPreset preset) const;
+    std::optional<TodoReminderPreset> presetAtReminder() const;
     std::optional<base::DayNumber> dueDay() const;
     /// The start and the end of the window; absent where the clock has no such time on the due
     /// date.
@@ -133,6 +138,8 @@ private:
     std::optional<base::Instant> m_proposedStart;
     /// `m_due` stands for the original's day: one that the zone skipped has no moment of its own.
     bool m_isDueOfOriginalDay = false;
+    /// That of the original, which nobody has chosen here.
+    std::optional<TodoReminderPreset> m_originalPreset;
     Settings m_settings;
     const base::DateFormats& m_formats;
     OnSave m_onSave;

@@ -114,6 +114,21 @@ EntryAttachment readAttachment(const fs::path& path) {
     return {.id = base::Uuid::random(), .filename = name, .data = std::move(bytes)};
 }
 
+namespace {
+
+/// As one of several: the reason says which.
+EntryAttachment readOneOfSeveral(const fs::path& file) {
+    try {
+        return readAttachment(file);
+    } catch (const AttachmentError& error) {
+        throw AttachmentError(error.which(),
+                              "\"" + file.filename().string() +
+                                  "\" cannot be attached, so none of these files was.");
+    }
+}
+
+} // namespace
+
 std::vector<EntryAttachment> readAttachments(std::span<const fs::path> files) {
     // What cannot be attached together is refused before gigabytes of it are read.
     std::vector<EntryAttachment> attachments;
@@ -121,7 +136,7 @@ std::vector<EntryAttachment> readAttachments(std::span<const fs::path> files) {
         if (attachments.size() == EntryAttachment::kMaximumCount) {
             throw AttachmentError(AttachmentErrorCase::tooLarge);
         }
-        attachments.push_back(readAttachment(file));
+        attachments.push_back(files.size() == 1 ? readAttachment(file) : readOneOfSeveral(file));
     }
     return attachments;
 }

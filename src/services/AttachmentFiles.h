@@ -17,7 +17,8 @@ using AttachmentReader =
 /// a folder, a link, a device, a name that no attachment may have, and whatever cannot be read to
 /// its end as it was when it was opened; `tooLarge` beyond the limit, of which no more is read.
 model::EntryAttachment readAttachment(const std::filesystem::path& file);
-/// Reads the files in order; the first error ends it and nothing is kept.
+/// Reads the files in order; the first error ends it and nothing is kept. It names the file where
+/// there are several.
 std::vector<model::EntryAttachment> readAttachments(std::span<const std::filesystem::path> files);
 
 /// Writes an attachment into a folder: whole or not at all, and never over a file. Under its own

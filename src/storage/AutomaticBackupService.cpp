@@ -299,7 +299,7 @@ void AutomaticBackupService::fail(const base::Error& failure, AskedBy asked) {
 }
 
 void AutomaticBackupService::log(const base::Error& failure) const {
-    m_log.error("Backup operation failed: " + failure.errorDescription() + " (" +
+    m_log.error(std::string("Backup operation failed: ") + failure.what() + " (" +
                 std::to_string(failure.code()) + ")");
 }
 

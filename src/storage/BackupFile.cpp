@@ -66,7 +66,7 @@ void requireWritten(const std::string& what, const std::error_code& error) {
 
 void logFailure(base::LogSink& log, const base::Error& error) {
     base::Logger(log, "Backup")
-        .warning("Backup operation failed: " + error.errorDescription() + " (" +
+        .warning(std::string("Backup operation failed: ") + error.what() + " (" +
                  std::to_string(error.code()) + ")");
 }
 

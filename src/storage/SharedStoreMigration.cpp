@@ -261,7 +261,7 @@ SharedStoreMigration::makePlaceOrSay(const std::optional<fs::path>& legacyURL,
         return makePlace(legacyURL, app::storeFile(directory), whenDamaged);
     } catch (const base::Error& error) {
         // Who called tells the user.
-        m_log.warning("Migration failed; original untouched: " + error.errorDescription() + " (" +
+        m_log.warning(std::string("Migration failed; original untouched: ") + error.what() + " (" +
                       std::to_string(error.code()) + ")");
         throw;
     }
@@ -308,7 +308,7 @@ SharedStoreMigration::makePlace(const std::optional<fs::path>& legacyURL, const 
     try {
         storeMarkers::set(store, storeMarkers::kPrepared);
     } catch (const store::StoreError& error) {
-        m_log.warning("The store could not be marked as prepared: " + error.errorDescription());
+        m_log.warning(std::string("The store could not be marked as prepared: ") + error.what());
     }
     if (isCarriedOver) {
         m_log.info("Published the shared store");

@@ -64,7 +64,7 @@ bool repair(StartedStore& store, const StoreStart::Request& request, base::LogSi
         store.container->adopt();
         return true;
     } catch (const base::Error& error) {
-        logger.warning(error.errorDescription());
+        logger.warning(error.what());
         return false;
     }
 }
@@ -82,7 +82,7 @@ void removeFormerStores(StartedStore& store, const StoreStart::Request& request,
             return;
         }
     } catch (const base::Error& error) {
-        logger.warning(error.errorDescription());
+        logger.warning(error.what());
         return;
     }
     store::removeFormerStores(request.storeFile, SharedModelContainer::schema());

@@ -38,7 +38,7 @@ StoreErrorCase errorCase(int code) {
 
 void throwSqliteError(sqlite3* database, int code) {
     std::string detail = database ? sqlite3_errmsg(database) : sqlite3_errstr(code);
-    throw StoreError(errorCase(code), detail + ", " + std::to_string(code));
+    throw StoreError::ofSqlite(errorCase(code), detail + ", " + std::to_string(code));
 }
 
 std::int64_t pragmaNumber(sqlite3* database, std::string_view name) {
@@ -79,7 +79,7 @@ bool Statement::step() {
     const auto extended = sqlite3_extended_errcode(database);
     const std::string detail = sqlite3_errmsg(database);
     reset();
-    throw StoreError(errorCase(extended), detail + ", " + std::to_string(extended));
+    throw StoreError::ofSqlite(errorCase(extended), detail + ", " + std::to_string(extended));
 }
 
 void Statement::run() {

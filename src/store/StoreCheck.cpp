@@ -85,7 +85,7 @@ private:
             if (!isDamage(error)) {
                 throw;
             }
-            damage(std::string(type.name) + ": " + error.errorDescription());
+            damage(std::string(type.name) + ": " + error.what());
         }
     }
 
@@ -141,7 +141,7 @@ ModelContainer::check(const std::function<void(std::size_t records)>& advance) c
         if (!isDamage(error)) {
             throw;
         }
-        return {.isDamaged = true, .problems = {error.errorDescription()}};
+        return {.isDamaged = true, .problems = {error.what()}};
     }
 }
 

@@ -403,7 +403,8 @@ void StoreConnection::emptyJournal(Emptied how) {
         StoreLock::Guard guard(lock());
         moveJournal(how);
     } catch (const StoreError& error) {
-        m_log.warning("The journal could not be moved into the store: " + error.errorDescription());
+        m_log.warning(std::string("The journal could not be moved into the store: ") +
+                      error.what());
     }
 }
 
@@ -469,7 +470,7 @@ bool StoreConnection::cutUncommitted() {
         return isCut;
     } catch (const StoreError& error) {
         endTransaction();
-        m_log.warning("The journal could not be cut: " + error.errorDescription());
+        m_log.warning(std::string("The journal could not be cut: ") + error.what());
         return false;
     }
 }
@@ -491,7 +492,7 @@ void StoreConnection::shortenJournal() noexcept {
             moveJournal(Emptied::cut);
         }
     } catch (const StoreError& error) {
-        m_log.warning("The journal could not be shortened: " + error.errorDescription());
+        m_log.warning(std::string("The journal could not be shortened: ") + error.what());
     }
 }
 

@@ -73,7 +73,17 @@ std::string description(StoreErrorCase which) {
 StoreError::StoreError(StoreErrorCase which, const std::string& detail)
     : Error("Korvex.Store", static_cast<int>(which),
             detail.empty() ? description(which) : description(which) + " (" + detail + ")"),
-      m_which(which) {}
+      m_which(which),
+      m_logged(errorDescription()) {}
+
+StoreError StoreError::ofSqlite(StoreErrorCase which, const std::string& words) {
+    if (which == StoreErrorCase::other) {
+        return StoreError(which, words);
+    }
+    StoreError error(which);
+    error.m_logged += " (" + words + ")";
+    return error;
+}
 
 bool isDamage(const StoreError& error) {
     return error.which() == StoreErrorCase::damaged || error.which() == StoreErrorCase::notAStore ||

@@ -30,13 +30,19 @@ enum class StoreErrorCase {
 
 class StoreError final : public base::Error {
 public:
-    /// `detail`: what SQLite or the system said, for the log and in parentheses for the user.
+    /// `detail`: what the system said, in parentheses for the user and for the log.
     explicit StoreError(StoreErrorCase which, const std::string& detail = {});
+    /// `words`: SQLite's own, for the log; the user reads them only where ours say no more than
+    /// that it failed.
+    static StoreError ofSqlite(StoreErrorCase which, const std::string& words);
 
     StoreErrorCase which() const noexcept { return m_which; }
+    /// For the log.
+    const char* what() const noexcept override { return m_logged.c_str(); }
 
 private:
     StoreErrorCase m_which;
+    std::string m_logged;
 };
 
 /// Whether what was read is damaged. Any other failure says nothing about it.

@@ -144,7 +144,7 @@ TEST_F(CompleteTodoIntentTest, AFailureIsLoggedAndThrown) {
         try {
             intent.perform(todo.id().text(), shared, kNow, center);
         } catch (const store::StoreError& error) {
-            store.log.expectError("Widget completion failed: " + error.errorDescription() + " (" +
+            store.log.expectError(std::string("Widget completion failed: ") + error.what() + " (" +
                                   std::to_string(error.code()) + ")");
             return error.which() == expected;
         }

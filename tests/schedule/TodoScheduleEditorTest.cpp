@@ -63,7 +63,7 @@ TEST_F(TodoScheduleEditorTest, GivesBackWhatItWasGiven) {
              TodoSchedule{.reminderDate = at("2020-01-01T09:00")},
          }) {
         auto editor = edit(original);
-        editor.updatePresetReminder();
+        editor.updatePresetReminder(m_now);
         EXPECT_EQ(editor.hasDue, original.hasDue());
         EXPECT_EQ(editor.schedule(), original);
         EXPECT_TRUE(editor.dismiss(m_now));
@@ -270,7 +270,7 @@ TEST_F(TodoScheduleEditorTest, MovesTheReminderWithItsPreset) {
         editor.start = at("2025-03-10T12:00");
         editor.hasReminder = true;
         editor.reminderPreset = each.preset;
-        editor.updatePresetReminder();
+        editor.updatePresetReminder(m_now);
         EXPECT_EQ(editor.reminder, at(each.reminder)) << each.what;
     }
 }
@@ -280,12 +280,62 @@ TEST_F(TodoScheduleEditorTest, LeavesTheReminderAloneWithoutPresetOrDueMoment) {
         auto editor = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T12:34")});
         editor.reminderPreset = TodoReminderPreset::oneDay;
         editor.*field = false;
-        editor.updatePresetReminder();
+        editor.updatePresetReminder(m_now);
         EXPECT_EQ(editor.reminder, at("2025-03-10T12:34"));
     }
     auto editor = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T12:34")});
-    editor.updatePresetReminder();
+    editor.updatePresetReminder(m_now);
     EXPECT_EQ(editor.reminder, at("2025-03-10T12:34"));
+}
+
+TEST_F(TodoScheduleEditorTest, KnowsAPresetAgainByItsMomentAndMovesItWithTheDueTime) {
+    using enum TodoReminderPreset;
+    struct Case {
+        TodoSchedule stored;
+        std::optional<TodoReminderPreset> preset;
+    };
+    const auto due = at("2025-03-10T14:00");
+    for (const auto& each : {
+             Case{{.dueDate = due, .reminderDate = due}, atDueTime},
+             Case{{.dueDate = due, .reminderDate = due - 3600}, oneHour},
+             Case{{.dueDate = due, .reminderDate = due - 3601}, std::nullopt},
+             Case{{.dueDate = due,
+             .dueStartDate = due - 7200,
+             .reminderDate = at("2025-03-09T14:00")},
+                  oneDay},
+             // The clock is set forward in the night before.
+             Case{{.dueDay = 20250330, .reminderDate = at("2025-03-29T09:00")}, oneDay},
+             Case{{.dueDay = 20250330, .reminderDate = at("2025-03-29T10:00")}, std::nullopt},
+             Case{{.reminderDate = due}, std::nullopt},
+         }) {
+        auto editor = edit(each.stored);
+        EXPECT_EQ(editor.reminderPreset, each.preset);
+        EXPECT_EQ(editor.schedule(), each.stored);
+    }
+    auto editor = edit({.dueDate = due, .reminderDate = due - 3600});
+    editor.setDue(due + 86'400);
+    editor.updatePresetReminder(m_now);
+    EXPECT_EQ(editor.reminder, due + 86'400 - 3600);
+
+    // Who sets another default time changes no todo that is just being looked at.
+    auto looked = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T09:00")});
+    EXPECT_EQ(looked.reminderPreset, atDueTime);
+    looked.setDefaultReminderMinutes(630, m_now);
+    EXPECT_EQ(looked.reminder, at("2025-03-10T09:00"));
+    EXPECT_EQ(looked.reminderPreset, std::nullopt) << "it is none of these times any more";
+
+    // Yesterday's todo is put off until today by one click, though nine o'clock is over by now.
+    m_now = at("2025-01-15T10:00");
+    const auto was = at("2025-01-14T09:00");
+    auto overdue = edit({.dueDay = 20250114, .reminderDate = was});
+    overdue.setDue(at("2025-01-15T12:00"));
+    overdue.updatePresetReminder(m_now);
+    EXPECT_TRUE(overdue.save(m_now));
+    EXPECT_EQ(m_saved.back(), (TodoSchedule{.dueDay = 20250115, .reminderDate = was}));
+    auto later = edit({.dueDay = 20250114, .reminderDate = was});
+    later.setDue(at("2025-01-16T12:00"));
+    later.updatePresetReminder(m_now);
+    EXPECT_EQ(later.reminder, at("2025-01-16T09:00")) << "of this day it reminds";
 }
 
 TEST_F(TodoScheduleEditorTest, SaysWhatPresetsCountBackFrom) {

@@ -39,11 +39,28 @@ struct OpenOptions {
     std::string url;
 };
 
+/// Whether the store, which can be read, does not have it. Where it cannot be read, the app says
+/// why.
+bool isMissing(const base::Uuid& entry, Session& session) {
+    try {
+        store::ModelContext context(session.openExisting());
+        const auto isThere = context.find<model::Entry>(entry) != nullptr;
+        session.leaveStore();
+        return !isThere;
+    } catch (const base::Error&) {
+        return false;
+    }
+}
+
 ExitStatus open(Session& session, const OpenOptions& options) {
-    if (!app::Link::parse(options.url)) {
+    const auto link = app::Link::parse(options.url);
+    if (!link) {
         throw wrongUsage("\"" + options.url +
                          "\" is no link of Korvex. They are korvex://board/inbox, "
                          "korvex://board/ID and korvex://entry/ID.");
+    }
+    if (link->kind == app::Link::Kind::entry && isMissing(link->id, session)) {
+        throw refusal("There is no such entry.");
     }
     return askOrBecome(session, {.links = {options.url}}, {"--", options.url});
 }

@@ -70,6 +70,14 @@ void SidebarRow::keyPressEvent(QKeyEvent* event) {
     case Qt::Key_Down:
         Q_EMIT walked(event->key() == Qt::Key_Up ? -1 : 1);
         return;
+    case Qt::Key_Home:
+    case Qt::Key_PageUp: // all rows are in sight
+        Q_EMIT walkedToEnd(-1);
+        return;
+    case Qt::Key_End:
+    case Qt::Key_PageDown:
+        Q_EMIT walkedToEnd(1);
+        return;
     case Qt::Key_Return:
     case Qt::Key_Enter:
         click();

@@ -28,6 +28,8 @@ public:
 Q_SIGNALS:
     /// Up (-1) or Down (1) was pressed.
     void walked(int direction);
+    /// A key that leads to the first row (-1) or to the last one (1).
+    void walkedToEnd(int direction);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -56,8 +56,9 @@ CaptureForm::CaptureForm(app::QuickEntryState& state, const Workspace& workspace
     makeHeadings();
     layOut();
     m_text->setTyped(toQString(state.content()));
-    follow();
+    applyTheme();
     connectControls();
+    connect(&theme, &Theme::changed, this, &CaptureForm::applyTheme);
 }
 
 QWidget& CaptureForm::board() {
@@ -72,7 +73,6 @@ void CaptureForm::makeControls() {
     m_text = new CaptureText(m_theme, this);
     m_files = new FileChips(m_theme, this);
     m_reading = new QLabel(tr("Attaching files… Escape stops that."), this);
-    m_reading->setFont(m_theme.smallFont());
     m_reading->setForegroundRole(QPalette::PlaceholderText);
     Accessibility::setRole(*m_reading, QAccessible::AlertMessage);
     m_refusal = new RefusalLabel(m_theme, this);
@@ -82,22 +82,17 @@ void CaptureForm::makeControls() {
     m_schedule = new ChoiceButton(m_theme, this);
     m_heading = new ChoiceButton(m_theme, this);
     m_heading->setToolTip(tr("Heading (Ctrl+Alt+1 to 3)"));
-    m_attach = makeTool(QStringLiteral("paperclip"), tr("Attach files"), tr("Ctrl+Shift+A"));
-    m_discard = makeTool(QStringLiteral("trash"), tr("Discard the draft"), tr("Ctrl+Esc"));
+    m_attach = makeTool(tr("Attach files"), tr("Ctrl+Shift+A"));
+    m_discard = makeTool(tr("Discard the draft"), tr("Ctrl+Esc"));
     m_save = new QPushButton(tr("Save"), this);
     m_save->setDefault(true);
     m_save->setToolTip(tr("Save (Return)"));
 }
 
-QToolButton* CaptureForm::makeTool(const QString& icon, const QString& title, const QString& keys) {
+QToolButton* CaptureForm::makeTool(const QString& title, const QString& keys) {
     auto* const tool = new QToolButton(this);
     tool->setAutoRaise(true);
     tool->setFocusPolicy(Qt::StrongFocus);
-    tool->setIcon(IconSet::icon(icon, m_theme.colors().text));
-    const auto size = m_theme.extent(Extent::sign);
-    tool->setIconSize({size, size});
-    const auto side = m_theme.extent(Extent::control);
-    tool->setFixedSize(side, side);
     tool->setAccessibleName(title);
     tool->setToolTip(tr("%1 (%2)").arg(title, keys));
     return tool;
@@ -132,25 +127,19 @@ void CaptureForm::makeHeadings() {
 
 void CaptureForm::layOut() {
     auto* const controls = new QWidget(this);
-    auto* const flow = new FlowLayout(controls);
-    flow->setContentsMargins(0, 0, 0, 0);
-    flow->setSpacing(m_theme.space(Space::medium));
+    m_controls = new FlowLayout(controls);
+    m_controls->setContentsMargins(0, 0, 0, 0);
     for (auto* const each : std::initializer_list<QWidget*>{m_type, m_board, m_schedule, m_heading,
                                                             m_attach, m_discard}) {
-        flow->addWidget(each);
+        m_controls->addWidget(each);
     }
-    auto* const foot = new WordsAndButton(*controls, *m_save);
-    foot->setNarrowest(m_theme.scaled(kNarrowest));
-    foot->setSpacing(m_theme.space(Space::medium));
+    m_foot = new WordsAndButton(*controls, *m_save);
     auto* const column = new QVBoxLayout(this);
-    const auto margin = m_theme.space(Space::wide);
-    column->setContentsMargins(margin, margin, margin, m_theme.space(Space::large));
-    column->setSpacing(m_theme.space(Space::large));
     for (auto* const each :
          std::initializer_list<QWidget*>{m_text, m_files, m_reading, m_refusal}) {
         column->addWidget(each);
     }
-    column->addLayout(foot);
+    column->addLayout(m_foot);
     column->addStretch(1);
     setFocusProxy(m_text);
     const std::vector<QWidget*> stops{m_text,    m_files,  m_type,    m_board, m_schedule,
@@ -158,6 +147,31 @@ void CaptureForm::layOut() {
     for (std::size_t i = 1; i < stops.size(); ++i) {
         setTabOrder(stops[i - 1], stops[i]);
     }
+}
+
+void CaptureForm::applyTheme() {
+    m_text->applyTheme();
+    m_files->applyTheme();
+    m_reading->setFont(m_theme.smallFont());
+    for (auto* const each : {m_board, m_schedule, m_heading}) {
+        each->applyTheme();
+    }
+    const auto size = m_theme.extent(Extent::sign);
+    const auto side = m_theme.extent(Extent::control);
+    for (const auto& [tool, icon] : {std::pair(m_attach, QStringLiteral("paperclip")),
+                                     std::pair(m_discard, QStringLiteral("trash"))}) {
+        tool->setIcon(IconSet::icon(icon, m_theme.colors().text));
+        tool->setIconSize({size, size});
+        tool->setFixedSize(side, side);
+    }
+    m_controls->setSpacing(m_theme.space(Space::medium));
+    m_foot->setNarrowest(m_theme.scaled(kNarrowest));
+    m_foot->setSpacing(m_theme.space(Space::medium));
+    const auto margin = m_theme.space(Space::wide);
+    const auto apart = m_theme.space(Space::large);
+    layout()->setContentsMargins(margin, margin, margin, apart);
+    layout()->setSpacing(apart);
+    follow(); // icons have the colours of the look
 }
 
 void CaptureForm::connectControls() {
@@ -217,10 +231,10 @@ void CaptureForm::follow() {
 void CaptureForm::followText() {
     const auto isTodo = m_state.entryType() == EntryType::todo;
     m_text->setAccessibleName(isTodo ? tr("Todos, one in each line") : tr("Text"));
-    m_text->setPlaceholderText(isTodo ? tr("What is to be done? Each line becomes a todo.\n"
-                                           "Shift+Return begins another one.")
-                                      : tr("What do you have in mind?\n"
-                                           "Shift+Return begins another line."));
+    m_text->setHint(isTodo ? tr("What is to be done? Each line becomes a todo.\n"
+                                "Shift+Return begins another one.")
+                           : tr("What do you have in mind?\n"
+                                "Shift+Return begins another line."));
     // What was typed into another draft is no longer to be taken back either.
     const auto isAnother = m_revision != m_state.draftRevision();
     m_revision = m_state.draftRevision();

@@ -18,11 +18,14 @@ namespace korvex::ui {
 
 class ChoiceButton;
 class FileChips;
+class FlowLayout;
 class RefusalLabel;
 class SegmentedChoice;
+class WordsAndButton;
 
-/// The content of the Quick Entry panel in one look: shows the state, and changes it as the user
-/// does; what opens something is for whoever listens. Main thread; all of it outlives the form.
+/// The content of the Quick Entry panel: shows the state, and changes it as the user does; what
+/// opens something is for whoever listens. Another look leaves the keyboard where it is, and what
+/// is being composed there. Main thread; all of it outlives the form.
 class CaptureForm final : public QWidget {
     Q_OBJECT
 
@@ -49,10 +52,11 @@ Q_SIGNALS:
 
 private:
     void makeControls();
-    QToolButton* makeTool(const QString& icon, const QString& title, const QString& keys);
+    QToolButton* makeTool(const QString& title, const QString& keys);
     void makeHeadings();
     void layOut();
     void connectControls();
+    void applyTheme();
     void followText();
     /// Whether it could be stored; else the user is told.
     bool takes(const QString& text);
@@ -76,6 +80,8 @@ private:
     QToolButton* m_attach;
     QToolButton* m_discard;
     QPushButton* m_save;
+    FlowLayout* m_controls;
+    WordsAndButton* m_foot;
     QString m_problem;
     /// Of the draft that the text shows.
     base::Uuid m_revision;

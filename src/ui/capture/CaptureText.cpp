@@ -8,6 +8,8 @@
 #include <QMimeData>
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace korvex::ui {
 
@@ -23,7 +25,6 @@ CaptureText::CaptureText(const Theme& theme, QWidget* parent) : QTextEdit(parent
     setAcceptRichText(false);
     setTabChangesFocus(true);
     setFrameShape(NoFrame);
-    setFont(theme.font());
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
@@ -31,6 +32,12 @@ CaptureText::CaptureText(const Theme& theme, QWidget* parent) : QTextEdit(parent
     viewport()->setAutoFillBackground(false);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             [this] { updateGeometry(); });
+    applyTheme();
+}
+
+void CaptureText::applyTheme() {
+    setFont(m_theme.font());
+    updateGeometry();
 }
 
 QString CaptureText::typed() const {
@@ -42,14 +49,37 @@ void CaptureText::setTyped(const QString& text) {
     moveCursor(QTextCursor::End);
 }
 
+void CaptureText::setHint(const QString& hint) {
+    if (hint != placeholderText()) {
+        setPlaceholderText(hint);
+        updateGeometry();
+    }
+}
+
 int CaptureText::heightOf(int lines) const {
-    return lines * fontMetrics().lineSpacing();
+    // Lines have parts of pixels, and what stands below the last one's letters is to be seen too.
+    return static_cast<int>(std::ceil(lines * QFontMetricsF(font()).lineSpacing()));
+}
+
+int CaptureText::heightOfHint() const {
+    // While there is a hint no scroll bar takes room.
+    const QRectF room(0, 0, width(), QWIDGETSIZE_MAX);
+    const auto needed =
+        QFontMetricsF(font()).boundingRect(room, Qt::TextWordWrap, placeholderText());
+    return static_cast<int>(std::ceil(needed.height()));
+}
+
+void CaptureText::resizeEvent(QResizeEvent* event) {
+    QTextEdit::resizeEvent(event);
+    if (std::exchange(m_widthOfHint, width()) != width()) {
+        updateGeometry(); // the hint has other lines
+    }
 }
 
 QSize CaptureText::sizeHint() const {
     const auto wanted = static_cast<int>(document()->size().height());
-    return {m_theme.scaled(kPanelMeasure),
-            std::clamp(wanted, heightOf(kFewestLines), heightOf(kMostLines))};
+    const auto least = std::max(heightOf(kFewestLines), heightOfHint());
+    return {m_theme.scaled(kPanelMeasure), std::min(std::max(wanted, least), heightOf(kMostLines))};
 }
 
 void CaptureText::keyPressEvent(QKeyEvent* event) {

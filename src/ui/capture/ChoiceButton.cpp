@@ -3,6 +3,7 @@
 #include "ui/kit/theme/Direction.h"
 #include "ui/kit/theme/IconSet.h"
 
+#include <QKeyEvent>
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
@@ -21,6 +22,11 @@ constexpr int kNarrowest = 32;
 ChoiceButton::ChoiceButton(const Theme& theme, QWidget* parent)
     : QPushButton(parent), m_theme(theme) {
     setAutoDefault(true); // Return presses the one that has the keyboard
+}
+
+void ChoiceButton::applyTheme() {
+    updateGeometry();
+    update();
 }
 
 void ChoiceButton::show(const QString& icon, const QColor& color, const QString& words) {
@@ -47,6 +53,14 @@ QSize ChoiceButton::sizeHint() const {
 QSize ChoiceButton::minimumSizeHint() const {
     return {std::min(widthFor(m_theme.scaled(kNarrowest)), sizeHint().width()),
             sizeHint().height()};
+}
+
+void ChoiceButton::keyPressEvent(QKeyEvent* event) {
+    if (event->modifiers().testFlag(Qt::ControlModifier)) {
+        event->ignore(); // Return presses it, and with Ctrl it saves, wherever the keyboard is
+    } else {
+        QPushButton::keyPressEvent(event);
+    }
 }
 
 void ChoiceButton::paintEvent(QPaintEvent*) {

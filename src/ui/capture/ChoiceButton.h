@@ -15,6 +15,8 @@ class ChoiceButton final : public QPushButton {
 public:
     ChoiceButton(const Theme& theme, QWidget* parent);
 
+    /// In another look.
+    void applyTheme();
     /// Without an icon where that has no name.
     void show(const QString& icon, const QColor& color, const QString& words);
 
@@ -22,6 +24,7 @@ public:
     QSize minimumSizeHint() const override;
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

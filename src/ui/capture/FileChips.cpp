@@ -76,10 +76,14 @@ private:
 FileChips::FileChips(const Theme& theme, QWidget* parent) : QWidget(parent), m_theme(theme) {
     auto* const flow = new FlowLayout(this);
     flow->setContentsMargins(0, 0, 0, 0);
-    flow->setSpacing(theme.space(Space::small));
     Accessibility::setRole(*this, QAccessible::List);
     setAccessibleName(tr("Attached files"));
     hide();
+}
+
+void FileChips::applyTheme() {
+    layout()->setSpacing(m_theme.space(Space::small));
+    m_shown.clear();
 }
 
 QWidget* FileChips::makeChip(const model::EntryAttachment& file) {

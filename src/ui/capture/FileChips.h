@@ -21,6 +21,8 @@ public:
     FileChips(const Theme& theme, QWidget* parent);
 
     void show(const std::vector<model::EntryAttachment>& files);
+    /// In another look; the chips follow when they are next shown.
+    void applyTheme();
 
     /// The buttons that can be reached, in their order.
     const std::vector<QToolButton*>& stops() const { return m_crosses; }

@@ -64,7 +64,6 @@ QuickEntryPanel::QuickEntryPanel(app::QuickEntryState& state, const Workspace& w
             putAway();
         }
     });
-    connect(&theme, &Theme::changed, this, &QuickEntryPanel::makeForm);
     m_subscriptions.push_back(state.didChange().connect([this] { follow(); }));
     m_subscriptions.push_back(
         workspace.context.didChange().connect([this](const store::ChangeSet&) {
@@ -82,9 +81,6 @@ QuickEntryPanel::QuickEntryPanel(app::QuickEntryState& state, const Workspace& w
 QuickEntryPanel::~QuickEntryPanel() = default;
 
 void QuickEntryPanel::makeForm() {
-    Popover::endAll(*this);
-    const auto hadKeyboard = m_form && isActiveWindow();
-    delete m_form;
     m_form = new CaptureForm(m_state, m_workspace, m_theme, this);
     layout()->addWidget(m_form);
     connect(m_form, &CaptureForm::saveRequested, this, &QuickEntryPanel::save);
@@ -95,12 +91,6 @@ void QuickEntryPanel::makeForm() {
     connect(m_form, &CaptureForm::attachmentsOffered, this,
             [this](const QMimeData* offered) { attachOffered(*offered); });
     setFocusProxy(m_form);
-    if (hadKeyboard) {
-        m_form->setFocus();
-    }
-    if (isVisible()) {
-        m_form->show();
-    }
 }
 
 template <typename Action>
@@ -358,8 +348,10 @@ void QuickEntryPanel::keyPressEvent(QKeyEvent* event) {
             putAway();
         }
     } else if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter) {
+        // Return presses the button that has the keyboard; with Ctrl it saves as in the text.
+        const auto savesAnywhere = event->modifiers().testFlag(Qt::ControlModifier);
         auto* const tool = qobject_cast<QToolButton*>(focusWidget());
-        tool ? tool->click() : save();
+        tool && !savesAnywhere ? tool->click() : save();
     } else {
         QWidget::keyPressEvent(event);
     }

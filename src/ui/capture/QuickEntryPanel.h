@@ -60,7 +60,6 @@ protected:
     void dropEvent(QDropEvent* event) override;
 
 private:
-    /// In the look that the windows have now.
     void makeForm();
     void addShortcuts();
     template <typename Action>

@@ -140,6 +140,8 @@ void SettingsWindow::addRows() {
         connect(row, &SidebarRow::walked, this, [this, i](int direction) {
             showPane(std::clamp(i + direction, 0, m_stack->count() - 1));
         });
+        connect(row, &SidebarRow::walkedToEnd, this,
+                [this](int direction) { showPane(direction < 0 ? 0 : m_stack->count() - 1); });
         column->addWidget(row);
         m_rows.push_back(row);
         m_choice->addItem(pane.title);

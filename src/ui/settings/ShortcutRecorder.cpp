@@ -139,7 +139,7 @@ void ShortcutRecorder::take(const QKeyEvent& event) {
     const auto keyCode = m_hotkey.keyCode(event.nativeScanCode());
     const auto shortcut = shortcutOf(keyCode.value_or(app::kKeyCodeCount), held);
     if (!shortcut.isValid()) {
-        Q_EMIT refused((held & kMakesOne) == 0 ? Refusal::noModifier : Refusal::noSuchKey);
+        Q_EMIT refused();
         return;
     }
     stop();

@@ -15,11 +15,6 @@ class ShortcutRecorder final : public QPushButton {
     Q_OBJECT
 
 public:
-    enum class Refusal {
-        noModifier, ///< none was held that makes it a shortcut
-        noSuchKey,  ///< no shortcut can have the key
-    };
-
     explicit ShortcutRecorder(app::GlobalHotkeyManager& hotkey, QWidget* parent = nullptr);
     ~ShortcutRecorder() override;
 
@@ -30,8 +25,8 @@ public:
 
 Q_SIGNALS:
     void recorded(const korvex::app::QuickEntryShortcut& shortcut);
-    /// It goes on waiting.
-    void refused(korvex::ui::ShortcutRecorder::Refusal refusal);
+    /// What was pressed is no shortcut; it goes on waiting.
+    void refused();
     void recordingChanged();
 
 protected:

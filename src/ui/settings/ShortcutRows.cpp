@@ -26,7 +26,10 @@ ShortcutRows::ShortcutRows(SettingsGroup& group, app::QuickEntrySetup& setup,
     addRecorder(group, theme);
     addDesktops(group, theme);
     m_layouts = setup.hotkey.layout().didChange().connect([this] { follow(); });
-    m_outcomes = setup.hotkey.didChange().connect([this] { m_offeredBeside.reset(); });
+    m_outcomes = setup.hotkey.didChange().connect([this] {
+        m_offeredBeside.reset();
+        m_refusal.clear(); // another one works, or none does
+    });
 }
 
 void ShortcutRows::addRecorder(SettingsGroup& group, const Theme& theme) {
@@ -35,10 +38,8 @@ void ShortcutRows::addRecorder(SettingsGroup& group, const Theme& theme) {
     m_recorderRow = &group.addRow(tr("Shortcut"),
                                   settingsButtons(tr("Shortcut"), {m_recorder, m_reset}, theme));
     connect(m_recorder, &ShortcutRecorder::recorded, this, &ShortcutRows::record);
-    connect(m_recorder, &ShortcutRecorder::refused, this, [this](ShortcutRecorder::Refusal why) {
-        m_refusal = why == ShortcutRecorder::Refusal::noModifier
-                        ? tr("Include Command, Option or Control with a key.")
-                        : tr("No shortcut can have this key.");
+    connect(m_recorder, &ShortcutRecorder::refused, this, [this] {
+        m_refusal = noShortcutText();
         followRecorder();
     });
     connect(m_recorder, &ShortcutRecorder::recordingChanged, this, [this] {
@@ -95,11 +96,21 @@ void ShortcutRows::record(const Shortcut& shortcut) {
 }
 
 void ShortcutRows::setShortcut(const Shortcut& shortcut) {
+    auto& hotkey = m_setup.hotkey;
+    if (const auto& works = hotkey.activeShortcut(); works && works != shortcut) {
+        if (const auto issue = hotkey.issueOf(shortcut)) {
+            m_refusal = tr("%1 %2 stays.")
+                            .arg(issueText(*issue, shortcut, m_setup),
+                                 inOnePiece(keyNames(*works, hotkey.layout())));
+            followRecorder();
+            return;
+        }
+    }
     m_offeredBeside.reset();
     const auto isAnother = shortcut != m_preferences.quickEntryShortcut();
     m_preferences.setQuickEntryShortcut(shortcut); // which asks for another one
     if (!isAnother) {
-        m_setup.hotkey.tryAgain();
+        hotkey.tryAgain();
     }
     follow();
 }
@@ -126,7 +137,8 @@ void ShortcutRows::followRecorder() {
     const auto& issue = hotkey.issue();
     const auto keys =
         hotkey.activeShortcut()
-            ? tr("%1 opens Quick Entry.").arg(keyNames(*hotkey.activeShortcut(), hotkey.layout())) +
+            ? tr("%1 opens Quick Entry.")
+                      .arg(inOnePiece(keyNames(*hotkey.activeShortcut(), hotkey.layout()))) +
                   QLatin1Char('\n')
             : QString();
     m_recorderRow->setNote(keys +

@@ -39,6 +39,7 @@ private:
     void addRecorder(SettingsGroup& group, const Theme& theme);
     void addDesktops(SettingsGroup& group, const Theme& theme);
     void record(const app::QuickEntryShortcut& shortcut);
+    /// One that cannot be had takes no working one's place.
     void setShortcut(const app::QuickEntryShortcut& shortcut);
     void followRecorder();
     void followOffers();

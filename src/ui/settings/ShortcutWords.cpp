@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace korvex::ui {
@@ -34,6 +36,35 @@ QString nameOf(app::DesktopKind desktop) {
     return {};
 }
 
+/// What is printed on a key that signs stand for, or nothing, elsewhere. By key code.
+constexpr std::pair<std::uint32_t, const char*> kKeyNames[] = {
+    {36, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Return")},
+    {48, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Tab")},
+    {51, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Backspace")},
+    {53, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Escape")},
+    {71, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Num Lock")},
+    {76, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Enter")},
+    {110, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Menu")},
+    {114, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Insert")},
+    {115, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Home")},
+    {116, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Page Up")},
+    {117, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Delete")},
+    {119, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "End")},
+    {121, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Page Down")},
+    {123, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Left")},
+    {124, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Right")},
+    {125, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Down")},
+    {126, QT_TRANSLATE_NOOP("korvex::ui::ShortcutWords", "Up")},
+};
+
+QString keyName(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
+    const auto* const found =
+        std::find_if(std::begin(kKeyNames), std::end(kKeyNames),
+                     [&](const auto& each) { return each.first == shortcut.keyCode; });
+    return found == std::end(kKeyNames) ? toQString(shortcut.keyDisplayString(layout))
+                                        : tr(found->second);
+}
+
 } // namespace
 
 QString keyNames(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
@@ -47,11 +78,12 @@ QString keyNames(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
             text += name + QLatin1Char('+');
         }
     }
-    return text + toQString(shortcut.keyDisplayString(layout));
+    return text + keyName(shortcut, layout);
 }
 
 QString shortcutWords(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
-    return tr("%1 (%2)").arg(toQString(shortcut.displayString(layout)), keyNames(shortcut, layout));
+    return inOnePiece(
+        tr("%1 (%2)").arg(toQString(shortcut.displayString(layout)), keyNames(shortcut, layout)));
 }
 
 QString readyKeys(app::GlobalHotkeyManager& hotkey) {
@@ -63,6 +95,10 @@ QString readyKeys(app::GlobalHotkeyManager& hotkey) {
                                         : tr("the shortcut that your desktop has for it");
 }
 
+QString noShortcutText() {
+    return tr("Include Command, Option or Control with a key.");
+}
+
 QString signsOfKeys() {
     return tr("On this keyboard ⌘ Command is Ctrl, ⌥ Option is Alt, ⌃ Control is Super, the key "
               "with the logo, and ⇧ is Shift.");
@@ -71,8 +107,7 @@ QString signsOfKeys() {
 QString issueText(const Issue& issue, const Shortcut& shortcut, const app::QuickEntrySetup& setup) {
     const auto& layout = setup.hotkey.layout();
     if (issue.kind == Issue::Kind::invalid) {
-        return shortcut.isValid() ? conflictText(shortcut, layout)
-                                  : tr("Include Command, Option or Control with a key.");
+        return shortcut.isValid() ? conflictText(shortcut, layout) : noShortcutText();
     }
     const auto words = shortcutWords(shortcut, layout);
     if (issue.status.code == app::HotkeyStatus::kNoSuchKey) {

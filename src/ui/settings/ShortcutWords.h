@@ -6,12 +6,14 @@
 
 namespace korvex::ui {
 
-/// What keys of this keyboard it is: "Ctrl+Alt+Space".
+/// What keys of this keyboard it is: "Ctrl+Alt+Space", "Alt+Tab".
 QString keyNames(const app::QuickEntryShortcut& shortcut, const app::KeyboardLayout& layout);
-/// The same behind its signs: "⌥⌘ Space (Ctrl+Alt+Space)".
+/// The same behind its signs, for a sentence: "⌥⌘ Space (Ctrl+Alt+Space)".
 QString shortcutWords(const app::QuickEntryShortcut& shortcut, const app::KeyboardLayout& layout);
 /// The keys that open Quick Entry now, within a sentence.
 QString readyKeys(app::GlobalHotkeyManager& hotkey);
+/// What is said of keys that are no shortcut.
+QString noShortcutText();
 /// Which keys the signs stand for.
 QString signsOfKeys();
 

@@ -92,7 +92,8 @@ void SchedulePopover::follow() {
 
 void SchedulePopover::followSetting(app::AppPreferences::Property property) {
     if (property == app::AppPreferences::Property::defaultReminderMinutes) {
-        m_editor.setDefaultReminderMinutes(m_services.preferences.defaultReminderMinutes());
+        m_editor.setDefaultReminderMinutes(m_services.preferences.defaultReminderMinutes(),
+                                           m_services.clock.now());
         showState(); // what is being typed stays in its field
     }
 }
@@ -327,7 +328,7 @@ void SchedulePopover::takeState() {
         m_editor.hasReminder = m_hasReminder->isChecked();
         m_editor.reminderPreset = m_reminder->preset();
     }
-    m_editor.updatePresetReminder();
+    m_editor.updatePresetReminder(m_services.clock.now());
     m_editor.judge(m_services.clock.now());
     showState();
 }
@@ -357,7 +358,7 @@ void SchedulePopover::setDueDay(int daysFromToday) {
     m_editor.hasDue = true;
     const auto due = m_editor.due();
     m_editor.setDue(instantOf(today.addDays(daysFromToday), dateTimeOf(due).time(), due));
-    m_editor.updatePresetReminder();
+    m_editor.updatePresetReminder(m_services.clock.now());
     m_day->discard();
     showState();
     save();
@@ -374,6 +375,7 @@ void SchedulePopover::clear() {
 void SchedulePopover::save() {
     if (takeTyped() && hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
+        refused();
     }
 }
 
@@ -431,6 +433,13 @@ void SchedulePopover::showErrors() {
     if (isVisible()) {
         placeAgain();
     }
+}
+
+bool SchedulePopover::saysWhyNot() const {
+    const auto fields = findChildren<const TypedField*>();
+    return std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
+        return each->isVisible() && !each->problem().isEmpty();
+    });
 }
 
 void SchedulePopover::keyPressEvent(QKeyEvent* event) {

@@ -43,6 +43,7 @@ Q_SIGNALS:
     void followed();
 
 protected:
+    bool saysWhyNot() const override;
     void keyPressEvent(QKeyEvent* event) override;
 
 private:

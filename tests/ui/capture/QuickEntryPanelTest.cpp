@@ -15,6 +15,8 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
+#include <QTextBlock>
+#include <QTextLayout>
 #include <QToolButton>
 
 #include <SQLiteCpp/Database.h>
@@ -264,8 +266,11 @@ TEST_F(QuickEntryPanelTest, FilesAreReadAsideShownAndTakenAway) {
     ASSERT_NE(tool("Remove ticket.txt"), nullptr);
     key(Qt::Key_Tab);
     EXPECT_TRUE(tool("Remove ticket.txt")->hasFocus()) << "it is next to the text";
-    drop({folder / "nowhere.txt"});
-    EXPECT_EQ(refusal(), descriptionOf(model::AttachmentErrorCase::invalidFile));
+    std::filesystem::create_directory(folder / "Photos");
+    drop({file("good.txt"), folder / "Photos", folder / "nowhere.txt"});
+    EXPECT_EQ(refusal(), descriptionOf(model::AttachmentErrorCase::invalidFile) +
+                             "\n\"Photos\" cannot be attached, so none of these files was.");
+    EXPECT_THAT(state->attachments(), SizeIs(1));
     paste({file("late.txt")});
     EXPECT_FALSE(panel->mayEnd()) << "they are in no draft yet";
     key(Qt::Key_Escape);
@@ -318,14 +323,24 @@ TEST_F(QuickEntryPanelTest, ABoardThatIsGoneGivesItsPlaceToAnother) {
 }
 
 TEST_F(QuickEntryPanelTest, AStoreThatAnotherProgramHoldsRefusesInThePanel) {
+    constexpr const char* kBusy =
+        "Another program keeps the store busy. Nothing was changed; try again.";
     log.expectError("Quick Entry failed: ");
     type("later");
     {
         elsewhere([](tests::StoreClient&) {});
         const store::LockedStep held(other->context);
         key(Qt::Key_Return);
-        EXPECT_NE(refusal(), "");
+        EXPECT_EQ(refusal(), kBusy);
         EXPECT_TRUE(panel->isVisible());
+    }
+    {
+        // Not by our lock, but by SQLite's: as a tool does that knows nothing of us.
+        SQLite::Database tool((folder / "Primary.store").string(), SQLite::OPEN_READWRITE);
+        tool.exec("BEGIN IMMEDIATE");
+        key(Qt::Key_Return);
+        EXPECT_EQ(refusal(), kBusy);
+        EXPECT_GT(log.count("database is locked"), 0U) << "the reason is for the log";
     }
     key(Qt::Key_Return);
     EXPECT_THAT(storedTexts(*inbox), ElementsAre("later"));
@@ -412,6 +427,68 @@ TEST_F(QuickEntryPanelTest, ItIsAsLargeAsItsContentWithinTheScreen) {
     key(Qt::Key_D, Qt::ControlModifier);
     QApplication::processEvents();
     EXPECT_TRUE(narrow.contains(panel->geometry()));
+}
+
+TEST_F(QuickEntryPanelTest, ANewLookLeavesWhatIsBeingTypedAsItIs) {
+    drop({file("a.txt")});
+    type("half a word");
+    key(Qt::Key_Left, Qt::ShiftModifier);
+    auto* const before = &text();
+    theme.setSystem({.appearance = Theme::SystemAppearance::dark});
+    QApplication::processEvents();
+    ASSERT_EQ(&text(), before) << "an input method would lose whom it writes to";
+    EXPECT_TRUE(text().hasFocus());
+    EXPECT_EQ(text().textCursor().selectedText(), QStringLiteral("d"));
+    QInputMethodEvent composing(QStringLiteral("ni"), {});
+    QApplication::sendEvent(before, &composing);
+    preferences.setFontSize(app::AppPreferences::kFontSizes.back());
+    QApplication::processEvents();
+    EXPECT_EQ(text().textCursor().block().layout()->preeditAreaText(), QStringLiteral("ni"));
+    QInputMethodEvent composed;
+    composed.setCommitString(QStringLiteral("你"));
+    QApplication::sendEvent(before, &composed);
+    EXPECT_EQ(text().typed(), QStringLiteral("half a wor你"));
+
+    tool("Remove a.txt")->setFocus();
+    preferences.setFontSize(app::AppPreferences::kFontSizes.front());
+    QApplication::processEvents();
+    EXPECT_TRUE(tool("Remove a.txt")->hasFocus());
+    text().setFocus();
+    preferences.setFontSize(18);
+    QApplication::processEvents();
+    const auto restyled = panel->grab().toImage();
+    restart();
+    open();
+    EXPECT_EQ(restyled, panel->grab().toImage()) << "as one that was made in this look";
+}
+
+TEST_F(QuickEntryPanelTest, CtrlReturnSavesWhereverTheKeyboardIs) {
+    for (const char* const name : {"Board: Inbox", "Schedule", "Attach files", "Todo"}) {
+        open();
+        type(name);
+        for (auto* const each : panel->findChildren<QAbstractButton*>()) {
+            if (each->accessibleName().remove(QChar(0x2068)).remove(QChar(0x2069)) ==
+                    QString::fromUtf8(name) ||
+                each->text() == QString::fromUtf8(name)) {
+                each->setFocus();
+            }
+        }
+        ASSERT_FALSE(text().hasFocus()) << name;
+        key(Qt::Key_Return, Qt::ControlModifier);
+        EXPECT_TRUE(panel->isHidden()) << name;
+    }
+    EXPECT_THAT(storedTexts(*inbox), SizeIs(4));
+}
+
+TEST_F(QuickEntryPanelTest, TheHintIsSeenWholeInEverySize) {
+    for (const int size : app::AppPreferences::kFontSizes) {
+        preferences.setFontSize(size);
+        QApplication::processEvents();
+        const auto room = text().viewport()->rect();
+        const auto needed = text().fontMetrics().boundingRect(
+            QRect(0, 0, room.width(), QWIDGETSIZE_MAX), Qt::TextWordWrap, text().placeholderText());
+        EXPECT_GE(room.height(), needed.height()) << size;
+    }
 }
 
 } // namespace

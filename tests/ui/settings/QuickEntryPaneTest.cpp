@@ -1,12 +1,14 @@
 #include "ui/settings/SettingsFixture.h"
 
 #include "ui/settings/ShortcutRecorder.h"
+#include "ui/settings/ShortcutWords.h"
 
 #include <QCheckBox>
 #include <QClipboard>
 #include <QKeyEvent>
 #include <QRadioButton>
 #include <QSignalSpy>
+#include <QTextLayout>
 
 #include <gmock/gmock.h>
 
@@ -98,8 +100,11 @@ TEST_F(QuickEntryPaneTest, WhatIsNoShortcutIsRefusedAndEscapeCancels) {
     recorder().click();
     press(Qt::Key_N, Qt::ShiftModifier, kNKey);
     EXPECT_THAT(words(), HasSubstr("Include Command, Option or Control with a key."));
+    recorder().click();
+    recorder().click();
+    EXPECT_THAT(words(), Not(HasSubstr("with a key.")));
     press(Qt::Key_LaunchA, Qt::ControlModifier, kKeyOfNoShortcut);
-    EXPECT_THAT(words(), HasSubstr("No shortcut can have this key."));
+    EXPECT_THAT(words(), HasSubstr("Include Command, Option or Control with a key."));
     EXPECT_TRUE(recorder().isRecording());
     press(Qt::Key_Escape, {}, kEscapeKey);
     EXPECT_FALSE(recorder().isRecording());
@@ -144,6 +149,56 @@ TEST_F(QuickEntryPaneTest, OneThatIsTakenHasFreeOnesBesideIt) {
     QApplication::processEvents();
     EXPECT_EQ(quickEntry.hotkey.activeShortcut(), alternatives[1]);
     EXPECT_TRUE(offers().empty());
+}
+
+TEST_F(QuickEntryPaneTest, OneThatWorksStaysUntilAnotherDoes) {
+    const auto& taken = QuickEntryShortcut::alternatives()[1];
+    quickEntry.system.taken = {taken};
+    recorder().click();
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier, kNKey);
+    EXPECT_THAT(words(), HasSubstr("⌥⌘N (Ctrl+Alt+N) is taken by the desktop or by another "
+                                   "program; the system does not say which. Alt+Space stays."));
+    EXPECT_EQ(preferences.quickEntryShortcut(), QuickEntryShortcut());
+    EXPECT_EQ(quickEntry.hotkey.activeShortcut(), QuickEntryShortcut());
+    EXPECT_EQ(quickEntry.system.wanted, QuickEntryShortcut());
+    EXPECT_TRUE(offers().empty()) << "nothing is lost";
+    quickEntry.system.taken = {QuickEntryShortcut()};
+    recorder().click();
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier, kNKey);
+    EXPECT_EQ(quickEntry.hotkey.activeShortcut(), taken);
+    EXPECT_THAT(words(), Not(HasSubstr("stays.")));
+    pressButton("Reset");
+    EXPECT_EQ(quickEntry.hotkey.activeShortcut(), taken);
+    EXPECT_THAT(words(), HasSubstr("for the menu of windows. Ctrl+Alt+N stays."));
+
+    say({State::registered}, {QuickEntryShortcut(), taken});
+    EXPECT_THAT(words(), Not(HasSubstr("stays."))) << "somebody else has it now";
+    pressButton("Reset");
+    EXPECT_EQ(preferences.quickEntryShortcut(), QuickEntryShortcut())
+        << "none works, and this one is waited for";
+}
+
+TEST_F(QuickEntryPaneTest, KeysAreCalledAsOnThisKeyboardAndNeverTorn) {
+    constexpr auto kCommand = QuickEntryShortcut::kCommand;
+    constexpr auto kOption = QuickEntryShortcut::kOption;
+    const auto& layout = quickEntry.system.keys;
+    const auto names = [&](const QuickEntryShortcut& shortcut) {
+        return toUtf8(keyNames(shortcut, layout));
+    };
+    EXPECT_EQ(names({48, kOption}), "Alt+Tab");
+    EXPECT_EQ(names({117, kCommand | kOption}), "Ctrl+Alt+Delete");
+    EXPECT_EQ(names({115, kCommand}), "Ctrl+Home");
+    EXPECT_EQ(names({116, kCommand}), "Ctrl+Page Up");
+    EXPECT_EQ(names({45, kCommand}), "Ctrl+N");
+    EXPECT_EQ(plain(shortcutWords({48, kOption}, layout)), "⌥⇥ (Alt+Tab)");
+    for (const auto& each : QuickEntryShortcut::alternatives()) {
+        const auto label = shortcutWords({116, each.modifiers}, layout);
+        QTextLayout lines(breakable(label));
+        lines.beginLayout();
+        lines.createLine().setLineWidth(1);
+        EXPECT_FALSE(lines.createLine().isValid()) << toUtf8(label);
+        lines.endLayout();
+    }
 }
 
 TEST_F(QuickEntryPaneTest, WhereTheDesktopHasTheKeysTheyAreOnlyTold) {

@@ -75,9 +75,11 @@ protected:
         }
         return plain(lines.join(QLatin1Char('\n')));
     }
-    /// As it is typed: without places to break a line, and with plain spaces.
+    /// As it is typed: without places where a line breaks or must not, and with plain spaces.
     static std::string plain(QString text) {
-        return toUtf8(text.remove(QChar(0x200B)).replace(QChar(0x202F), QLatin1Char(' ')));
+        text.remove(QChar(0x200B)).remove(QChar(0x2060));
+        return toUtf8(
+            text.replace(QChar(0x202F), QLatin1Char(' ')).replace(QChar::Nbsp, QLatin1Char(' ')));
     }
     /// The one for files that the button opens, after a look at where it is to begin.
     QFileDialog& openDialog(const char* button) {

@@ -285,6 +285,14 @@ TEST_F(SettingsTest, TheKeyboardComesToTheListOnceAndArrowsLeadThroughIt) {
     press(Qt::Key_Tab);
     EXPECT_EQ(holder(), "Open with");
     press(Qt::Key_Backtab, Qt::ShiftModifier);
+    for (const auto& [there, last, back] :
+         {std::tuple(Qt::Key_End, "Backups", Qt::Key_Home),
+          std::tuple(Qt::Key_PageDown, "Backups", Qt::Key_PageUp)}) {
+        press(there);
+        EXPECT_EQ(holder(), last);
+        press(back);
+        EXPECT_EQ(holder(), "General");
+    }
     press(Qt::Key_Down);
     EXPECT_EQ(holder(), "Appearance");
     press(Qt::Key_Tab);

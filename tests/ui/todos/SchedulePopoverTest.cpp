@@ -153,6 +153,31 @@ TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
     EXPECT_TRUE(entry->schedule().isEmpty());
 }
 
+TEST_F(SchedulePopoverTest, OneEscapeGivesUpWhatWasRefusedBefore) {
+    const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
+    open();
+    button("Due").click();
+    button("Until").click();
+    enter("Due time", "25:99");
+    press(Qt::Key_Return);
+    ASSERT_TRUE(isOpen());
+    const auto reason = field("Due time").problem();
+    EXPECT_FALSE(reason.isEmpty());
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(isOpen()) << "the reason was read";
+    EXPECT_TRUE(entry->schedule().isEmpty());
+    open();
+    button("Due").click();
+    button("Until").click();
+    enter("Due time", "25:99");
+    press(Qt::Key_Return);
+    QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("25:98"));
+    press(Qt::Key_Escape);
+    ASSERT_TRUE(isOpen()) << "of this nothing was said yet";
+    press(Qt::Key_Escape);
+    EXPECT_FALSE(isOpen());
+}
+
 TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen) {
     const auto set = [&](base::DayNumber day) {
         elsewhere([&](auto& client) {

@@ -4,15 +4,20 @@
 
 namespace korvex::ui {
 
-RefusalLabel::RefusalLabel(const Theme& theme, QWidget* parent) : QLabel(parent) {
+RefusalLabel::RefusalLabel(const Theme& theme, QWidget* parent) : QLabel(parent), m_theme(theme) {
     setTextFormat(Qt::PlainText);
     setWordWrap(true);
-    setFont(theme.smallFont());
-    auto red = palette();
-    red.setColor(QPalette::WindowText, theme.colors().danger);
-    setPalette(red);
     Accessibility::setRole(*this, QAccessible::AlertMessage);
     hide();
+    connect(&theme, &Theme::changed, this, &RefusalLabel::applyTheme);
+    applyTheme();
+}
+
+void RefusalLabel::applyTheme() {
+    setFont(m_theme.smallFont());
+    auto red = palette();
+    red.setColor(QPalette::WindowText, m_theme.colors().danger);
+    setPalette(red);
 }
 
 void RefusalLabel::say(const QString& why) {

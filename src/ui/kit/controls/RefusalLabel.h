@@ -16,6 +16,11 @@ public:
 
     /// An empty text takes back what was said.
     void say(const QString& why);
+
+private:
+    void applyTheme();
+
+    const Theme& m_theme;
 };
 
 } // namespace korvex::ui

@@ -180,7 +180,7 @@ QPoint Popover::placeBy(const QRect& anchor) const {
 }
 
 void Popover::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && m_isRefused) {
+    if (event->key() == Qt::Key_Escape && (m_isRefused || saysWhyNot())) {
         // A key that is still held down gives nothing up: the reason was not read yet.
         if (!event->isAutoRepeat()) {
             closeNow();

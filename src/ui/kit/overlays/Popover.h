@@ -55,6 +55,11 @@ protected:
     bool focusNextPrevChild(bool next) override;
     /// To be called when what could be lost is another: Escape is to be tried anew.
     void changed() { m_isRefused = false; }
+    /// To be called when it says why it cannot be closed as it is: Escape gives that up, and does
+    /// not only say it once more.
+    void refused() { m_isRefused = true; }
+    /// Whether it said so by itself, and nothing was changed since.
+    virtual bool saysWhyNot() const { return false; }
     /// To be called when the content has another size, where that is to be seen at once.
     void placeAgain();
     /// In pixels; in a window that is narrower the panel is as wide as that allows.
@@ -77,7 +82,7 @@ private:
     std::optional<QRect> m_anchor;
     /// 0 for that of the content.
     int m_panelWidth = 0;
-    /// Escape has just been pressed in vain.
+    /// What was just to be kept could not be, and the user was told: Escape gives it up.
     bool m_isRefused = false;
 };
 

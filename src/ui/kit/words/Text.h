@@ -50,13 +50,27 @@ QString translated(Case which) {
     return translated(descriptionOf(which));
 }
 
+/// Keeps two letters in one line.
+inline constexpr QChar kWordJoiner(0x2060);
+
+/// Words that stand in one line or in none, such as those of keys that are pressed together.
+inline QString inOnePiece(const QString& text) {
+    QString result;
+    for (const auto character : text) {
+        const auto mayBreak = character == QLatin1Char('+') || character == QLatin1Char('(');
+        result += character == QLatin1Char(' ') ? QChar(QChar::Nbsp) : character;
+        result += mayBreak ? QString(kWordJoiner) : QString();
+    }
+    return result;
+}
+
 /// The text with invisible places to break a line in words that are too long for one.
 inline QString breakable(const QString& text) {
     constexpr int kLongWord = 16;
     QString result;
     int letters = 0;
     for (const auto character : text) {
-        letters = character.isSpace() ? 0 : letters + 1;
+        letters = character.isSpace() || character == kWordJoiner ? 0 : letters + 1;
         if (letters > kLongWord && !character.isLowSurrogate() && !character.isMark()) {
             result += QChar(0x200B);
         }
