@@ -487,6 +487,31 @@ TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
     EXPECT_FALSE(widgets().showRemembered());
 }
 
+TEST_F(WidgetTest, OneThatWasCalledStandsOverOthersUntilTheKeyboardIsGoneForGood) {
+    auto& window = show();
+    const auto isBelow = [&] {
+        return window.windowHandle()->flags().testFlag(Qt::WindowStaysOnBottomHint);
+    };
+    QWidget other;
+    other.show();
+    const auto activate = [](QWidget& which) {
+        which.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&which));
+    };
+    activate(window);
+    EXPECT_FALSE(isBelow());
+    // As a key does that the desktop has for itself.
+    activate(other);
+    activate(window);
+    runLoop.advance(10);
+    EXPECT_FALSE(isBelow());
+    activate(other);
+    runLoop.advance(10);
+    EXPECT_TRUE(isBelow());
+    activate(window);
+    EXPECT_TRUE(isBelow()) << "nobody has called it this time";
+}
+
 TEST_F(WidgetTest, TheMenuOffersWhatTheDesktopKnows) {
     auto& window = show();
     EXPECT_EQ(desktop.prepared, 1);
