@@ -40,16 +40,17 @@ protected:
     }
     void startBus() { m_sessionBus.emplace(m_folder / "bus", m_folder / "services"); }
 
-    base::Uuid add(const std::string& content, double after) {
+    /// Its reminder comes so many seconds from now.
+    base::Uuid add(const std::string& content, std::optional<double> after) {
         const auto id = base::Uuid::random();
         const auto now = m_clock.now();
-        m_store.context->insert(
-            std::make_unique<model::Entry>(model::EntryFields{.id = id,
-                                                              .typeRawValue = "todo",
-                                                              .content = content,
-                                                              .createdAt = now,
-                                                              .updatedAt = now,
-                                                              .reminderDate = now + after}));
+        m_store.context->insert(std::make_unique<model::Entry>(model::EntryFields{
+            .id = id,
+            .typeRawValue = "todo",
+            .content = content,
+            .createdAt = now,
+            .updatedAt = now,
+            .reminderDate = after ? std::optional(now + *after) : std::nullopt}));
         m_store.context->save();
         return id;
     }

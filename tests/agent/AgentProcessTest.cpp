@@ -4,9 +4,6 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
-#include <map>
-#include <random>
-#include <set>
 
 namespace korvex::agent {
 namespace {
@@ -123,75 +120,6 @@ TEST_F(AgentProcess, OneForAnotherStoreLeavesWhatIsPendingAndShownHereAlone) {
     EXPECT_EQ(daemon.closed().size(), 1U) << "the former agent's";
     startAgent();
     EXPECT_TRUE(until([&] { return daemon.count("Came due meanwhile") > 0; }));
-}
-
-TEST_F(AgentProcess, EachReminderComesOnceHoweverOftenItIsKilled) {
-    constexpr int kReminders = 60;
-    RecordingDaemon daemon(m_loop, m_log);
-    ASSERT_TRUE(until([&] { return daemon.isThere(); }));
-    std::mt19937 random(7);
-    const auto pick = [&](int from, int to) {
-        return std::uniform_int_distribution<int>(from, to)(random);
-    };
-    // What is to be seen when it is killed is shown anew by the next one. The user closes each one
-    // a little later; the agent knows of that when it has read it.
-    constexpr Seconds kHeard(0.4); // the machine may be busy
-    std::map<std::string, Seconds> live;
-    std::map<std::string, int> allowed;
-    std::vector<std::pair<Seconds, RecordingDaemon::Shown>> toClose;
-    daemon.onShow = [&](const auto& shown) {
-        live[shown.body] = Seconds::max();
-        toClose.emplace_back(m_loop.elapsed() + Seconds(0.02), shown);
-    };
-    std::set<std::string> completed;
-    for (int i = 0; i < kReminders; ++i) {
-        const auto id = add("Todo " + std::to_string(i), 1 + i * 0.1);
-        if (i % 10 == 9) {
-            // This one is completed before it is due.
-            m_store.context->find<model::Entry>(id)->setIsCompleted(true);
-            m_store.context->save();
-            completed.insert("Todo " + std::to_string(i));
-        }
-    }
-    startAgent();
-    int kills = 0;
-    auto nextKill = m_loop.elapsed() + Seconds(1);
-    const auto end = m_loop.elapsed() + Seconds(1 + kReminders * 0.1 + 2);
-    while (m_loop.elapsed() < end) {
-        pass(5ms);
-        const auto now = m_loop.elapsed();
-        for (auto& [when, shown] : toClose) {
-            if (when <= now) {
-                daemon.close(shown);
-                live[shown.body] = now;
-                when = Seconds::max();
-            }
-        }
-        if (now >= nextKill && now < end - Seconds(1.5)) {
-            killAgent();
-            ++kills;
-            pass(20ms); // what it had sent by then comes still
-            for (const auto& [body, closedAt] : live) {
-                allowed[body] += closedAt == Seconds::max() || now - closedAt < kHeard ? 1 : 0;
-            }
-            startAgent();
-            nextKill = now + Seconds(0.001 * pick(60, 500));
-        }
-    }
-    int again = 0;
-    for (int i = 0; i < kReminders; ++i) {
-        const auto body = "Todo " + std::to_string(i);
-        const auto count = static_cast<int>(daemon.count(body));
-        if (completed.contains(body)) {
-            EXPECT_EQ(count, 0) << body;
-        } else {
-            EXPECT_GE(count, 1) << body << " is lost";
-            EXPECT_LE(count, 1 + allowed[body]) << body;
-            again += count - 1;
-        }
-    }
-    std::cout << kReminders << " reminders, " << kills << " kills, shown again: " << again << "\n";
-    EXPECT_GT(kills, 10);
 }
 
 TEST_F(AgentProcess, ADueSecondIsKeptAndNothingWakesItOtherwise) {

@@ -1,5 +1,6 @@
 """Drives the real window on a screen of its own, with a window manager, by keyboard, and reads back what
 was stored with the command line."""
+import datetime
 import json
 import os
 import pathlib
@@ -15,13 +16,17 @@ del sys.argv[1:3]
 PATIENCE = 10  # seconds; what is waited for takes a fraction of one
 
 
-def wait_for(condition, what):
-    deadline = time.monotonic() + PATIENCE
+def wait_for(condition, what, patience=PATIENCE):
+    deadline = time.monotonic() + patience
     while time.monotonic() < deadline:
         if result := condition():
             return result
         time.sleep(0.05)
-    raise AssertionError(f"waited {PATIENCE} s for {what}")
+    raise AssertionError(f"waited {patience} s for {what}")
+
+
+def now():
+    return datetime.datetime.now(datetime.timezone.utc)
 
 
 class Screen:
@@ -101,8 +106,9 @@ class WindowCase(ProgramCase):
         menu.chmod(0o700)
         settings = self.home / "config" / "dunst" / "dunstrc"  # where one that the bus starts looks
         settings.parent.mkdir(parents=True, exist_ok=True)
-        # It stands in nobody's way.
-        settings.write_text(f"[global]\ndmenu = {menu}\norigin = bottom-left\n")
+        # It stands in nobody's way, and counts what is shown twice as two.
+        settings.write_text(f"[global]\ndmenu = {menu}\norigin = bottom-left\n"
+                            "stack_duplicates = false\n")
         daemon = subprocess.Popen(["dunst"], env=self.environment, stdout=subprocess.DEVNULL,
                                   stderr=subprocess.DEVNULL)
         self.addCleanup(self.end, daemon)
@@ -154,3 +160,25 @@ class WindowCase(ProgramCase):
 
     def texts(self, *arguments):
         return [entry["content"] for entry in self.stored(*arguments)]
+
+    def type_schedule(self, due):
+        """Into Quick Entry: this day and time, and a reminder an hour before."""
+        self.keys("ctrl+d")
+        time.sleep(0.3)
+        self.keys("Tab", "Tab", "Tab", "space")  # to the due day, which is today
+        if due.date() != now().date():
+            self.keys("Up")
+        self.keys("Tab", "Tab", "space")  # to its time
+        self.type(f"{due:%H:%M}")
+        self.keys("Tab", "space")  # to the presets of the reminder
+        time.sleep(0.3)
+        self.keys("Down", "Return")
+        time.sleep(0.3)
+
+    def check_schedules(self, board, due):
+        """All of this board are due then, with a reminder an hour before, of which the agent knows."""
+        times = {(entry["dueDate"], entry["reminderDate"]) for entry in self.stored(board)}
+        reminder = due - datetime.timedelta(hours=1)
+        self.assertEqual(times, {tuple(f"{each:%Y-%m-%dT%H:%M}:00.000Z" for each in (due, reminder))})
+        wait_for(lambda: [each["state"] for each in json.loads(self.korvex("reminders"))] ==
+                 ["pending"] * len(self.stored(board)), "the agent to have planned them")

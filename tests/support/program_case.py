@@ -12,8 +12,9 @@ class ProgramCase(unittest.TestCase):
     """A home for each test, with nothing of the user's in the environment."""
 
     def setUp(self):
+        """Once more in a test: it goes on as somebody else, with a home of their own."""
         self.home = pathlib.Path(tempfile.mkdtemp())
-        self.addCleanup(self.remove_home)
+        self.addCleanup(self.remove, self.home)
         runtime = self.home / "run"
         runtime.mkdir(mode=0o700)
         self.environment = {
@@ -26,11 +27,12 @@ class ProgramCase(unittest.TestCase):
         if "ASAN_OPTIONS" in os.environ:
             self.environment["ASAN_OPTIONS"] = os.environ["ASAN_OPTIONS"]
 
-    def remove_home(self):
+    @staticmethod
+    def remove(home):
         """What a program has started for itself ends with its bus, but a moment later."""
         deadline = time.monotonic() + 5
-        while self.home.exists():
-            shutil.rmtree(self.home, ignore_errors=time.monotonic() < deadline)
+        while home.exists():
+            shutil.rmtree(home, ignore_errors=time.monotonic() < deadline)
             time.sleep(0.02)
 
     @staticmethod
