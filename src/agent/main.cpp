@@ -79,6 +79,7 @@ End run(base::LogSink& log) {
             .storeFile = app::storeFile(app::dataDirectory({})),
             .tableFile = app::reminderFile(app::userFolder("XDG_STATE_HOME", ".local/state"),
                                            app::dataDirectory({})),
+            .settings = app::userFolder("XDG_CONFIG_HOME", ".config"),
             .version = KORVEX_VERSION,
             .startDesktop = startDesktop});
         pauses = reminders->becameQuiet().connect(endWhenQuiet);

@@ -23,6 +23,10 @@ public:
         /// Where none can: the first reminder that nobody was shown, later than now where there is
         /// none; absent where nobody knows.
         std::optional<base::Instant> waitingSince = std::nullopt;
+        /// Whether notifications can be answered where they are shown.
+        bool canAct = true;
+        /// The user is not to be disturbed: what comes now is seen later, if at all.
+        bool isQuieted = false;
         /// What the user is to be told.
         std::optional<std::string> permissionErrorMessage = std::nullopt;
         std::optional<std::string> schedulingErrorMessage = std::nullopt;

@@ -111,6 +111,11 @@ NotificationDaemon::Presence NotificationDaemon::presence() const {
     return *m_isStartable ? Presence::startable : Presence::missing;
 }
 
+bool NotificationDaemon::isKnown() const {
+    return presence() == Presence::running ? m_isIntroduced && !m_isGreeting
+                                           : presence() != Presence::unknown;
+}
+
 std::optional<std::string> NotificationDaemon::identity() const {
     return m_owner.owner().empty() ? std::nullopt : std::optional(identityOf(m_owner.owner()));
 }
@@ -160,6 +165,8 @@ void NotificationDaemon::setFailure(Failure failure) {
 
 void NotificationDaemon::follow() {
     m_capabilities.reset();
+    m_isIntroduced = false;
+    m_name.clear();
     m_description.clear();
     m_token = {};
     // Whoever comes now, or is started next, may do better.
@@ -167,15 +174,20 @@ void NotificationDaemon::follow() {
     m_refusingSince.reset();
     if (!m_owner.owner().empty()) {
         greet();
-        call("GetServerInformation", {}, [this](const Reply& reply) {
-            if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
-                const auto& [name, vendor, version] = *said;
-                m_description = version.empty() ? name : name + " " + version;
-                m_changed.emit();
-            }
-        });
+        m_introduction = m_bus.call(methodOf("GetServerInformation", MethodAddress::Start::never),
+                                    {}, [this](const Reply& reply) { takeIntroduction(reply); });
     } else {
         look();
+    }
+    m_changed.emit();
+}
+
+void NotificationDaemon::takeIntroduction(const Reply& reply) {
+    m_isIntroduced = true;
+    if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
+        const auto& [name, vendor, version] = *said;
+        m_name = name;
+        m_description = version.empty() ? name : name + " " + version;
     }
     m_changed.emit();
 }
@@ -192,21 +204,22 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
     const auto said = answerOf<std::vector<std::string>>(reply);
     if (!said) {
         m_log.warning("Nobody shows notifications: " + failureOf(reply));
-        setFailure(m_owner.owner().empty() ? Failure::notStarted : Failure::silent);
+        m_failure = m_owner.owner().empty() ? Failure::notStarted : Failure::silent;
         for (const auto& each : waiting) {
             each.answer({});
         }
-        return;
+    } else {
+        m_capabilities.emplace(said->begin(), said->end());
+        const auto isSilentStill = std::any_of(
+            m_calls.begin(), m_calls.end(), [](const auto& each) { return each.second.isOverdue; });
+        if (m_failure != Failure::refusing && !isSilentStill) {
+            m_failure = Failure::none;
+        }
+        for (const auto& each : waiting) {
+            post(each);
+        }
     }
-    m_capabilities.emplace(said->begin(), said->end());
-    const auto isSilentStill = std::any_of(m_calls.begin(), m_calls.end(),
-                                           [](const auto& each) { return each.second.isOverdue; });
-    if (m_failure != Failure::refusing && !isSilentStill) {
-        setFailure(Failure::none);
-    }
-    for (const auto& each : waiting) {
-        post(each);
-    }
+    m_changed.emit();
 }
 
 void NotificationDaemon::show(const Notification& notification, Answer answer) {
@@ -224,7 +237,7 @@ void NotificationDaemon::show(const Notification& notification, Answer answer) {
 void NotificationDaemon::post(const Waiting& waiting) {
     const auto& [title, body, action, actionTitle, category] = waiting.notification;
     std::vector<std::string> actions;
-    if (can("actions")) {
+    if (can(kActions)) {
         actions = {kOpen, "Open", action, actionTitle};
     }
     const Dictionary hints{{"desktop-entry", Value(app::kDesktopName)},

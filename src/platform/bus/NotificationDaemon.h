@@ -36,7 +36,8 @@ public:
     /// Which one runs: no other daemon, of this session or another one, is called so. Absent while
     /// none runs.
     std::optional<std::string> identity() const;
-    /// What it calls itself; empty as long as it has not said it.
+    /// What it calls itself, and that with its version; empty as long as it has not said it.
+    const std::string& name() const { return m_name; }
     const std::string& description() const { return m_description; }
     /// What keeps it from showing anything, though it runs or is to be started.
     enum class Failure {
@@ -48,6 +49,10 @@ public:
         refusing,
     };
     Failure failure() const { return m_failure; }
+    /// Whether it has said, or will not say, what it is and what it can.
+    bool isKnown() const;
+    /// Whether its notifications can be answered; true as long as it has not said otherwise.
+    bool canAct() const { return !m_capabilities || can(kActions); }
     /// Emitted when one of these is another.
     base::Signal<>& changed() { return m_changed; }
     /// Looks again which daemons the bus could start, and whether one that has failed does so
@@ -113,11 +118,13 @@ private:
     void askForServices();
     void setFailure(Failure failure);
     void greet();
+    void takeIntroduction(const Reply& reply);
     void takeCapabilities(const Reply& reply);
     void post(const Waiting& waiting);
     void takeRefusal();
     void take(const IncomingSignal& signal);
     std::string identityOf(const std::string& uniqueName) const;
+    static constexpr const char* kActions = "actions";
     bool can(const char* capability) const { return m_capabilities->contains(capability); }
     /// The call is forgotten once it was answered. Its number.
     std::uint64_t call(const char* member, const Arguments& sent, Bus::Answer answer,
@@ -130,6 +137,8 @@ private:
     /// Of the one that runs; absent as long as it has not said them.
     std::optional<std::set<std::string, std::less<>>> m_capabilities;
     bool m_isGreeting = false;
+    bool m_isIntroduced = false;
+    std::string m_name;
     std::string m_description;
     Failure m_failure = Failure::none;
     /// When it refused first after it has shown something.
@@ -145,6 +154,7 @@ private:
     std::map<std::uint64_t, Call> m_calls;
     std::unique_ptr<base::RunLoop::Timer> m_askAgain;
     base::Subscription m_greeting;
+    base::Subscription m_introduction;
     base::Subscription m_asked;
     base::Subscription m_owners;
     base::Subscription m_states;
