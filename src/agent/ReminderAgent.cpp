@@ -72,6 +72,7 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
       m_store(m_surroundings.storeFile, m_surroundings.runLoop, m_surroundings.log),
       m_delivery(m_table, m_surroundings.clock, m_surroundings.runLoop, m_surroundings.log),
       m_daemon(m_surroundings.bus, m_surroundings.log),
+      m_switches(m_surroundings.bus, m_daemon, m_surroundings.runLoop, m_surroundings.settings),
       m_posting(m_delivery, m_store, m_daemon, m_surroundings.runLoop, m_surroundings.log),
       m_responses({.bus = m_surroundings.bus,
                    .runLoop = m_surroundings.runLoop,
@@ -97,6 +98,10 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
             }
         }));
     m_subscriptions.push_back(m_daemon.changed().connect([this] { followDaemon(); }));
+    m_subscriptions.push_back(m_switches.changed().connect([this] {
+        refreshAuthorization();
+        tellStatus();
+    }));
     m_subscriptions.push_back(m_changes.changed().connect([this] { takeHint(); }));
     m_subscriptions.push_back(m_files.changed().connect([this] { takeHint(); }));
     m_subscriptions.push_back(
@@ -204,16 +209,20 @@ void ReminderAgent::followDaemon() {
 
 void ReminderAgent::requestAuthorization() {
     m_daemon.look();
+    m_switches.look();
     refreshAuthorization();
     m_delivery.endPauses();
     m_posting.serve();
 }
 
 void ReminderAgent::refreshAuthorization() {
+    if (!m_switches.isKnown()) {
+        return; // what was known of the last one is said for as long
+    }
     auto status = AuthorizationStatus::unavailable;
     switch (m_daemon.presence()) {
     case NotificationDaemon::Presence::unknown:
-        return;
+        break;
     case NotificationDaemon::Presence::missing:
         m_reason = kNobody;
         break;
@@ -221,10 +230,13 @@ void ReminderAgent::refreshAuthorization() {
     case NotificationDaemon::Presence::startable:
         m_reason = m_daemon.hasFailedToStart() ? kNotStarted : "";
         if (m_reason.empty()) {
-            status = AuthorizationStatus::authorized;
+            status = m_switches.setting().isOff ? AuthorizationStatus::denied
+                                                : AuthorizationStatus::authorized;
         }
         break;
     }
+    m_canAct = m_daemon.canAct();
+    m_isQuieted = m_switches.setting().isQuieted;
     m_client.setAuthorization(status);
     m_scheduler.refreshAuthorization(schedule::ReminderScheduler::RequestIfNeeded::no);
 }
@@ -233,6 +245,8 @@ AgentStatus ReminderAgent::status() {
     AgentStatus status{
         .reminders = {.authorization = m_client.authorization(),
                       .reason = m_reason,
+                      .canAct = m_canAct,
+                      .isQuieted = m_isQuieted,
                       .permissionErrorMessage = m_scheduler.permissionErrorMessage(),
                       .schedulingErrorMessage = m_scheduler.schedulingErrorMessage()},
         .version = m_surroundings.version,

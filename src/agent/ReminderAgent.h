@@ -1,6 +1,7 @@
 #pragma once
 
 #include "agent/AgentObject.h"
+#include "agent/NotificationSwitches.h"
 #include "agent/ReminderDelivery.h"
 #include "agent/ReminderPosting.h"
 #include "agent/ReminderResponses.h"
@@ -40,6 +41,8 @@ public:
         std::filesystem::path storeFile;
         /// The file of its requests; empty keeps them in memory.
         std::filesystem::path tableFile;
+        /// The user's folder for settings, where some desktops keep theirs.
+        std::filesystem::path settings;
         std::string version;
         ReminderResponses::StartDesktop startDesktop;
     };
@@ -84,6 +87,7 @@ private:
     UserStore m_store;
     ReminderDelivery m_delivery;
     platform::bus::NotificationDaemon m_daemon;
+    NotificationSwitches m_switches;
     ReminderPosting m_posting;
     ReminderResponses m_responses;
     AgentObject m_object;
@@ -91,6 +95,8 @@ private:
     platform::system::FolderWatcher m_files;
     /// Why no notification can be shown.
     std::string m_reason;
+    bool m_canAct = true;
+    bool m_isQuieted = false;
     app::AgentStatus m_told;
     /// Which store was planned from last, and its revision then.
     std::optional<std::pair<base::Uuid, std::int64_t>> m_planned;

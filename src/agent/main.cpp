@@ -67,6 +67,7 @@ End run(base::LogSink& log) {
                                     .storeFile = app::storeFile(app::dataDirectory({})),
                                     .tableFile = app::userFolder("XDG_STATE_HOME", ".local/state") /
                                                  "korvex" / "reminders.sqlite",
+                                    .settings = app::userFolder("XDG_CONFIG_HOME", ".config"),
                                     .version = KORVEX_VERSION,
                                     .startDesktop = startDesktop});
 

@@ -19,6 +19,10 @@ public:
         AuthorizationStatus authorization = AuthorizationStatus::unavailable;
         /// Why no notification can be shown; empty where one can, or where nobody knows.
         std::string reason = {};
+        /// Whether notifications can be answered where they are shown.
+        bool canAct = true;
+        /// The user is not to be disturbed: what comes now is seen later, if at all.
+        bool isQuieted = false;
         /// What the user is to be told.
         std::optional<std::string> permissionErrorMessage = std::nullopt;
         std::optional<std::string> schedulingErrorMessage = std::nullopt;

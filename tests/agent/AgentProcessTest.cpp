@@ -27,6 +27,37 @@ protected:
     bool isThere() {
         return until([&] { return !owner().empty(); });
     }
+    /// `take` gets what the agent answers, where it does.
+    template <typename Take>
+    void ask(const char* method, Take&& take) {
+        platform::bus::Bus bus(platform::bus::WhichBus::session, m_loop, m_log);
+        bus.start();
+        until([&] { return bus.isConnected(); });
+        auto isAnswered = false;
+        const auto asked =
+            bus.call(platform::bus::agentMethod(method, platform::bus::MethodAddress::Start::never),
+                     platform::bus::arguments(std::string()), [&](const auto& reply) {
+                         isAnswered = true;
+                         if (!reply.error()) {
+                             take(reply);
+                         }
+                     });
+        until([&] { return isAnswered; });
+    }
+    schedule::ReminderCenter::Status status() {
+        schedule::ReminderCenter::Status status;
+        ask(platform::bus::agent_method::kGetStatus, [&](const auto& reply) {
+            status = platform::bus::agentStatusOf(reply.template read<platform::bus::Dictionary>())
+                         .reminders;
+        });
+        return status;
+    }
+    bool says(schedule::AuthorizationStatus authorization) {
+        return until([&] { return status().authorization == authorization; });
+    }
+    bool saysQuieted(bool isQuieted) {
+        return until([&] { return status().isQuieted == isQuieted; });
+    }
 };
 
 TEST_F(AgentProcess, ThereIsOneForASessionAndItEndsWithThat) {
@@ -82,6 +113,59 @@ TEST_F(AgentProcess, TheCommandLineStartsItAndLearnsWhatItHolds) {
     const auto todo = korvex("reminders --json").substr(8, 36);
     korvex("complete " + todo);
     EXPECT_EQ(korvex("reminders"), "");
+}
+
+/// These two desktops cannot run here: what is read is what their settings programs write.
+TEST_F(AgentProcess, WhatPlasmasAndGnomesUsersHaveSwitchedOffIsSaid) {
+    using enum schedule::AuthorizationStatus;
+    const tests::ScopedEnvironment backend("GSETTINGS_BACKEND", "keyfile");
+    std::filesystem::create_directories(m_folder / "config");
+    const auto plasma = m_folder / "config" / "plasmanotifyrc";
+    const auto write = [&](const std::string& lines) {
+        std::ofstream(plasma)
+            << "[Applications][org.other]\nShowPopups=false\nShowInHistory=false\n"
+               "\n[Applications][dev.korvex.Korvex]\n"
+            << lines << "\n[Notifications]\nShowPopups=false\n";
+    };
+    write("Seen=true");
+    std::optional<RecordingDaemon> daemon(std::in_place, m_loop, m_log, std::vector<std::string>{},
+                                          "Plasma");
+    ASSERT_TRUE(until([&] { return daemon->isThere(); }));
+    startAgent();
+    EXPECT_TRUE(says(authorized));
+    EXPECT_FALSE(status().canAct) << "it has no buttons";
+    write("ShowPopups=false");
+    EXPECT_TRUE(saysQuieted(true));
+    EXPECT_EQ(status().authorization, authorized) << "they are listed";
+    write("ShowPopups=false\nShowInHistory=false");
+    EXPECT_TRUE(says(denied));
+
+    daemon.reset();
+    daemon.emplace(m_loop, m_log, std::vector<std::string>{"actions"}, "gnome-shell");
+    EXPECT_TRUE(says(authorized));
+    EXPECT_TRUE(saysQuieted(false));
+    EXPECT_TRUE(status().canAct);
+    const auto set = [&](const std::string& where, const char* key, const char* value) {
+        const auto schema = "org.gnome.desktop.notifications" + where;
+        EXPECT_EQ(tests::run({"gsettings", "set", schema, key, value}), 0);
+        daemon->emit(
+            {.path = "/ca/desrt/dconf/Writer/user",
+             .interface = "ca.desrt.dconf.Writer",
+             .member = "Notify"},
+            platform::bus::arguments(std::string("/org/gnome/desktop/notifications/") + key,
+                                     std::vector<std::string>{""}, std::string("tag")));
+    };
+    const std::string ours =
+        ".application:/org/gnome/desktop/notifications/application/dev-korvex-korvex/";
+    set(ours, "enable", "false");
+    EXPECT_TRUE(says(denied));
+    set(ours, "enable", "true");
+    EXPECT_TRUE(says(authorized));
+    EXPECT_FALSE(status().isQuieted);
+    set("", "show-banners", "false");
+    EXPECT_TRUE(saysQuieted(true));
+    set("", "show-banners", "true");
+    EXPECT_TRUE(saysQuieted(false));
 }
 
 TEST_F(AgentProcess, EachReminderComesOnceHoweverOftenItIsKilled) {
@@ -201,19 +285,18 @@ protected:
         ASSERT_TRUE(until([&] { return !watch.owner().empty(); }));
     }
     std::vector<app::AgentReminder> reminders() {
-        std::optional<std::vector<app::AgentReminder>> told;
-        platform::bus::Bus bus(platform::bus::WhichBus::session, m_loop, m_log);
-        bus.start();
-        until([&] { return bus.isConnected(); });
-        const auto asked =
-            bus.call(platform::bus::agentMethod(platform::bus::agent_method::kList,
-                                                platform::bus::MethodAddress::Start::never),
-                     platform::bus::arguments(std::string()), [&](const auto& reply) {
-                         told = reply.error() ? std::vector<app::AgentReminder>()
-                                              : platform::bus::agentRemindersOf(reply).listed;
-                     });
-        until([&] { return told.has_value(); });
-        return *told;
+        std::vector<app::AgentReminder> told;
+        ask(platform::bus::agent_method::kList,
+            [&](const auto& reply) { told = platform::bus::agentRemindersOf(reply).listed; });
+        return told;
+    }
+    void startXfcesDaemon() {
+        // It asks other services for its settings.
+        m_sessionBus.emplace(m_folder / "bus", "/usr/share/dbus-1/services");
+        // It is on nobody's path: its own service says where it is, on any architecture.
+        startDaemon({"sh", "-c",
+                     "exec $(sed -n 's/^Exec=//p' "
+                     "/usr/share/dbus-1/services/org.xfce.xfce4-notifyd.Notifications.service)"});
     }
     bool isShown() {
         return until([&] {
@@ -263,12 +346,7 @@ TEST_F(AgentOnScreen, DunstThatIsStartedAnewShowsItAgain) {
 }
 
 TEST_F(AgentOnScreen, XfcesDaemonCompletesAtAClick) {
-    // It asks other services for its settings.
-    m_sessionBus.emplace(m_folder / "bus", "/usr/share/dbus-1/services");
-    // It is on nobody's path: its own service says where it is, on any architecture.
-    startDaemon({"sh", "-c",
-                 "exec $(sed -n 's/^Exec=//p' "
-                 "/usr/share/dbus-1/services/org.xfce.xfce4-notifyd.Notifications.service)"});
+    startXfcesDaemon();
     const auto todo = add("Water the plants", 0.5);
     startAgent();
     ASSERT_TRUE(isShown());
@@ -283,6 +361,36 @@ TEST_F(AgentOnScreen, XfcesDaemonCompletesAtAClick) {
     }));
     EXPECT_TRUE(
         until([&] { return reminders().front().state == app::AgentReminder::State::withdrawn; }));
+}
+
+TEST_F(AgentOnScreen, WhatIsSwitchedOffInTheDesktopsSettingsIsSaid) {
+    using enum schedule::AuthorizationStatus;
+    startXfcesDaemon();
+    startAgent();
+    EXPECT_TRUE(says(authorized));
+    const auto set = [](std::vector<std::string> what) {
+        what.insert(what.begin(), {"xfconf-query", "-c", "xfce4-notifyd", "-p"});
+        EXPECT_EQ(tests::run(what), 0);
+    };
+    const std::string muted = "/applications/muted_applications";
+    set({muted, "-n", "-a", "-t", "string", "-s", "other", "-t", "string", "-s",
+         "dev.korvex.Korvex"});
+    EXPECT_TRUE(says(denied));
+    set({muted, "-r"});
+    EXPECT_TRUE(says(authorized));
+    EXPECT_FALSE(status().isQuieted);
+    set({"/do-not-disturb", "-n", "-t", "bool", "-s", "true"});
+    EXPECT_TRUE(saysQuieted(true));
+    EXPECT_EQ(status().authorization, authorized) << "they are shown later";
+
+    ::kill(m_daemon, SIGTERM);
+    ::waitpid(m_daemon, nullptr, 0);
+    startDaemon({"dunst"});
+    EXPECT_TRUE(saysQuieted(false)) << "it is another daemon";
+    EXPECT_EQ(tests::run({"dunstctl", "set-paused", "true"}), 0);
+    EXPECT_TRUE(saysQuieted(true));
+    EXPECT_EQ(tests::run({"dunstctl", "set-paused", "false"}), 0);
+    EXPECT_TRUE(saysQuieted(false));
 }
 
 } // namespace

@@ -33,8 +33,10 @@ public:
     enum class Tells { sender, everybody };
 
     RecordingDaemon(base::RunLoop& runLoop, base::LogSink& log,
-                    std::vector<std::string> capabilities = {"actions", "body", "body-markup"})
+                    std::vector<std::string> capabilities = {"actions", "body", "body-markup"},
+                    std::string saysItIs = "recorder")
         : m_capabilities(std::move(capabilities)),
+          m_saysItIs(std::move(saysItIs)),
           m_bus(platform::bus::WhichBus::session, runLoop, log),
           m_object(m_bus, kPath, interface()) {
         m_bus.start();
@@ -53,6 +55,11 @@ public:
     /// Called with each notification before it is answered.
     std::function<void(const Shown&)> onShow;
 
+    /// As another program.
+    void emit(const platform::bus::SignalAddress& signal,
+              const platform::bus::Arguments& arguments) {
+        m_bus.emit(signal, arguments);
+    }
     void tell(const Shown& shown, const std::string& member,
               const platform::bus::Arguments& arguments, Tells tells) {
         m_bus.emit({.path = kPath,
@@ -87,9 +94,9 @@ private:
                     [this](IncomingCall& call) { call.reply(arguments(m_capabilities)); }, "as"),
                 Interface::method<>(
                     "GetServerInformation",
-                    [](IncomingCall& call) {
-                        call.reply(arguments(std::string("recorder"), std::string("korvex"),
-                                             std::string("1"), std::string("1.2")));
+                    [this](IncomingCall& call) {
+                        call.reply(arguments(m_saysItIs, std::string("korvex"), std::string("1"),
+                                             std::string("1.2")));
                     },
                     "ssss"),
                 Interface::method<std::string, std::uint32_t, std::string, std::string, std::string,
@@ -125,6 +132,7 @@ private:
     }
 
     std::vector<std::string> m_capabilities;
+    std::string m_saysItIs;
     std::vector<Shown> m_shown;
     std::vector<std::uint32_t> m_closed;
     std::uint32_t m_lastId = 0;

@@ -17,6 +17,8 @@ using schedule::AuthorizationStatus;
 
 constexpr const char* kAuthorization = "authorization";
 constexpr const char* kReason = "reason";
+constexpr const char* kCanAct = "can-act";
+constexpr const char* kQuieted = "quieted";
 constexpr const char* kPermissionError = "permission-error";
 constexpr const char* kSchedulingError = "scheduling-error";
 constexpr const char* kVersion = "version";
@@ -60,10 +62,9 @@ std::string agentStoreArgument(const std::filesystem::path& storeFile) {
 
 Dictionary toDictionary(const app::AgentStatus& said) {
     const auto& reminders = said.reminders;
-    Dictionary values{{kReason, Value(reminders.reason)},
-                      {kVersion, Value(said.version)},
-                      {kProcess, Value(said.processID)},
-                      {kDaemon, Value(said.daemon)}};
+    Dictionary values{{kReason, Value(reminders.reason)},     {kCanAct, Value(reminders.canAct)},
+                      {kQuieted, Value(reminders.isQuieted)}, {kVersion, Value(said.version)},
+                      {kProcess, Value(said.processID)},      {kDaemon, Value(said.daemon)}};
     for (const auto& [status, name] : kAuthorizations) {
         if (status == reminders.authorization) {
             values.emplace(kAuthorization, Value(name));
@@ -85,6 +86,8 @@ Dictionary toDictionary(const app::AgentStatus& said) {
 app::AgentStatus agentStatusOf(const Dictionary& values) {
     app::AgentStatus status{
         .reminders = {.reason = valueOr<std::string>(values, kReason, {}),
+                      .canAct = valueOr(values, kCanAct, true),
+                      .isQuieted = valueOr(values, kQuieted, false),
                       .permissionErrorMessage = textAt(values, kPermissionError),
                       .schedulingErrorMessage = textAt(values, kSchedulingError)},
         .version = valueOr<std::string>(values, kVersion, {}),

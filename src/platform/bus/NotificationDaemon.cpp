@@ -103,6 +103,11 @@ NotificationDaemon::Presence NotificationDaemon::presence() const {
     return *m_isStartable ? Presence::startable : Presence::missing;
 }
 
+bool NotificationDaemon::isKnown() const {
+    return presence() == Presence::running ? m_isIntroduced && !m_isGreeting
+                                           : presence() != Presence::unknown;
+}
+
 std::optional<std::string> NotificationDaemon::identity() const {
     return m_owner.owner().empty() ? std::nullopt : std::optional(identityOf(m_owner.owner()));
 }
@@ -133,20 +138,27 @@ void NotificationDaemon::look() {
 
 void NotificationDaemon::follow() {
     m_capabilities.reset();
+    m_isIntroduced = false;
+    m_name.clear();
     m_description.clear();
     m_token = {};
     if (!m_owner.owner().empty()) {
         m_hasFailedToStart = false;
         greet();
-        call("GetServerInformation", {}, [this](const Reply& reply) {
-            if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
-                const auto& [name, vendor, version] = *said;
-                m_description = version.empty() ? name : name + " " + version;
-                m_changed.emit();
-            }
-        });
+        m_introduction = m_bus.call(methodOf("GetServerInformation", MethodAddress::Start::never),
+                                    {}, [this](const Reply& reply) { takeIntroduction(reply); });
     } else {
         look();
+    }
+    m_changed.emit();
+}
+
+void NotificationDaemon::takeIntroduction(const Reply& reply) {
+    m_isIntroduced = true;
+    if (const auto said = answerOf<std::string, std::string, std::string>(reply)) {
+        const auto& [name, vendor, version] = *said;
+        m_name = name;
+        m_description = version.empty() ? name : name + " " + version;
     }
     m_changed.emit();
 }
@@ -163,19 +175,17 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
     const auto said = answerOf<std::vector<std::string>>(reply);
     if (!said) {
         m_log.warning("Nobody shows notifications: " + failureOf(reply));
-        if (m_owner.owner().empty()) {
-            m_hasFailedToStart = true;
-            m_changed.emit();
-        }
+        m_hasFailedToStart = m_owner.owner().empty();
         for (const auto& each : waiting) {
             each.answer({});
         }
-        return;
+    } else {
+        m_capabilities.emplace(said->begin(), said->end());
+        for (const auto& each : waiting) {
+            post(each);
+        }
     }
-    m_capabilities.emplace(said->begin(), said->end());
-    for (const auto& each : waiting) {
-        post(each);
-    }
+    m_changed.emit();
 }
 
 void NotificationDaemon::show(const Notification& notification, Answer answer) {
@@ -193,7 +203,7 @@ void NotificationDaemon::show(const Notification& notification, Answer answer) {
 void NotificationDaemon::post(const Waiting& waiting) {
     const auto& [title, body, action, actionTitle, category] = waiting.notification;
     std::vector<std::string> actions;
-    if (can("actions")) {
+    if (can(kActions)) {
         actions = {kOpen, "Open", action, actionTitle};
     }
     const Dictionary hints{{"desktop-entry", Value(app::kDesktopName)},

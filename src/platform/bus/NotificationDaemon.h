@@ -33,8 +33,13 @@ public:
     /// Which one runs: no other daemon, of this session or another one, is called so. Absent while
     /// none runs.
     std::optional<std::string> identity() const;
-    /// What it calls itself; empty as long as it has not said it.
+    /// What it calls itself, and that with its version; empty as long as it has not said it.
+    const std::string& name() const { return m_name; }
     const std::string& description() const { return m_description; }
+    /// Whether it has said, or will not say, what it is and what it can.
+    bool isKnown() const;
+    /// Whether its notifications can be answered; true as long as it has not said otherwise.
+    bool canAct() const { return !m_capabilities || can(kActions); }
     /// Whether the last one that was to be started could not be.
     bool hasFailedToStart() const { return m_hasFailedToStart; }
     /// Emitted when one of these is another.
@@ -91,10 +96,12 @@ private:
 
     void follow();
     void greet();
+    void takeIntroduction(const Reply& reply);
     void takeCapabilities(const Reply& reply);
     void post(const Waiting& waiting);
     void take(const IncomingSignal& signal);
     std::string identityOf(const std::string& uniqueName) const;
+    static constexpr const char* kActions = "actions";
     bool can(const char* capability) const { return m_capabilities->contains(capability); }
     /// The call is forgotten once it was answered.
     void call(const char* member, const Arguments& sent, Bus::Answer answer);
@@ -106,6 +113,8 @@ private:
     /// Of the one that runs; absent as long as it has not said them.
     std::optional<std::set<std::string, std::less<>>> m_capabilities;
     bool m_isGreeting = false;
+    bool m_isIntroduced = false;
+    std::string m_name;
     std::string m_description;
     bool m_hasFailedToStart = false;
     /// To be shown as soon as it is known what the daemon understands.
@@ -118,6 +127,7 @@ private:
     std::uint64_t m_lastCall = 0;
     std::map<std::uint64_t, base::Subscription> m_calls;
     base::Subscription m_greeting;
+    base::Subscription m_introduction;
     base::Subscription m_asked;
     base::Subscription m_owners;
     base::Subscription m_states;

@@ -45,14 +45,15 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
 
 /// In the process that becomes the program. Other threads may have held any lock when it was made,
 /// so it calls the system and nothing else.
-[[noreturn]] void become(const char* file, char* const* arguments, char* const* environment) {
+[[noreturn]] void become(const char* file, char* const* arguments, char* const* environment,
+                         int output) {
     sigset_t none;
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     ::signal(SIGPIPE, SIG_DFL);
     const int nowhere = ::open("/dev/null", O_RDWR);
     for (int stream = 0; stream <= STDERR_FILENO; ++stream) {
-        ::dup2(nowhere, stream);
+        ::dup2(stream == STDOUT_FILENO && output >= 0 ? output : nowhere, stream);
     }
     ::close_range(STDERR_FILENO + 1, ~0U, 0);
     ::execve(file, arguments, environment);
@@ -72,7 +73,12 @@ std::filesystem::path ownProgram() {
 
 bool startBeside(const std::string& name, const std::vector<std::string>& arguments,
                  const std::map<std::string, std::string>& environment) {
-    const auto file = (ownProgram().parent_path() / name).string();
+    return startProgram(ownProgram().parent_path() / name, arguments, environment);
+}
+
+bool startProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                  const std::map<std::string, std::string>& environment, int output) {
+    const auto file = program.string();
     if (::access(file.c_str(), X_OK) != 0) {
         return false;
     }
@@ -85,11 +91,11 @@ bool startBeside(const std::string& name, const std::vector<std::string>& argume
     if (child == 0) {
         // It ends at once and leaves the program to the system, so nobody has to wait for that.
         ::setsid();
-        const auto program = ::fork();
-        if (program == 0) {
-            become(file.c_str(), commandPointers.data(), variablePointers.data());
+        const auto second = ::fork();
+        if (second == 0) {
+            become(file.c_str(), commandPointers.data(), variablePointers.data(), output);
         }
-        ::_exit(program > 0 ? 0 : 1);
+        ::_exit(second > 0 ? 0 : 1);
     }
     int status = 0;
     return child > 0 && ::waitpid(child, &status, 0) == child && status == 0;

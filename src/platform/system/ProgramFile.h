@@ -23,6 +23,10 @@ std::filesystem::path ownProgram();
 bool startBeside(const std::string& name, const std::vector<std::string>& arguments = {},
                  const std::map<std::string, std::string>& environment = {});
 
+/// The same for any program; what it says goes to `output`, where that is a descriptor.
+bool startProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                  const std::map<std::string, std::string>& environment = {}, int output = -1);
+
 /// Notices that another version of a program has taken the place of the one that runs. Main thread.
 class ProgramWatcher final {
 public:

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+
+namespace korvex::platform::bus {
+
+/// What the user has said about notifications in the settings of the desktop.
+struct NotificationSetting {
+    /// None of ours is shown.
+    bool isOff = false;
+    /// Do not disturb: ours are kept for later, or listed without being shown.
+    bool isQuieted = false;
+
+    bool operator==(const NotificationSetting&) const = default;
+};
+
+/// Where one desktop keeps that. Follows it, as far as the desktop tells of changes. Main thread.
+class NotificationSwitch {
+public:
+    /// Called with what holds, never from within a function of the switch, and again whenever it
+    /// may be another. Once asked it is called soon, also where nothing can be learnt.
+    using Tell = std::function<void(const NotificationSetting& setting)>;
+
+    virtual ~NotificationSwitch() = default;
+
+    /// Asks for what holds now.
+    virtual void look() = 0;
+};
+
+} // namespace korvex::platform::bus
