@@ -211,6 +211,8 @@ void addEntryCommands(CLI::App& program, Action& chosen) {
     reminded.parser.add_flag("--clear", reminded.options->clear, "Nothing reminds of it any more")
         ->excludes(when);
     addWhenHelp(reminded.parser, "the todo's due date, or the end of its window");
+    reminded.parser.footer(reminded.parser.get_footer() +
+                           "\nA todo on an archived board is reminded of as well.");
 
     const auto completed = addCommand(program, "complete", "Completes todos", chosen, complete);
     addTexts(completed.parser, "ID", completed.options->entries, kTodoHelp)->required(false);

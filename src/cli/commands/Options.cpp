@@ -108,9 +108,9 @@ ScheduleOptionSet addScheduleOptions(CLI::App& command, ScheduleOptions& target)
 
 void addWhenHelp(CLI::App& command, const std::string& anchor) {
     command.footer(
-        "WHEN is a day (2025-03-10, today, tomorrow), a local time (2025-03-10T14:30), or "
-        "a time\nwith Z or an offset (2025-03-10T14:30+01:00). A reminder on a day comes "
-        "at the default\nreminder time. Presets count back from " +
+        "WHEN is a day (2025-03-10, today, tomorrow), a local time (2025-03-10T14:30, or 14:30 "
+        "for\nthe next one), or a time with Z or an offset (2025-03-10T14:30+01:00). A reminder "
+        "on a day\ncomes at the default reminder time. Presets count back from " +
         anchor + ":\n  " + presetNames() + ".");
 }
 

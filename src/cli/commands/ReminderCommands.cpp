@@ -8,6 +8,7 @@
 #include "cli/session/Session.h"
 #include "cli/terminal/DisplayText.h"
 
+#include "app/AgentStart.h"
 #include "app/StoreLocation.h"
 #include "base/Calendar.h"
 #include "base/Error.h"
@@ -16,6 +17,7 @@
 #include <algorithm>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace korvex::cli {
@@ -33,18 +35,37 @@ void requireOwnStore(const Session& session) {
     }
 }
 
-/// The agent forgets what was shown once it is closed; the todo may still be there.
-void fillInTexts(Session& session, std::vector<AgentReminder>& reminders) {
-    if (std::all_of(reminders.begin(), reminders.end(),
-                    [](const auto& each) { return !each.body.empty(); })) {
+/// A reminder, and what the store says of its todo.
+struct Line {
+    AgentReminder reminder;
+    bool isDeleted = false;
+    /// It came due, and nobody has shown it.
+    bool isLate = false;
+
+    std::string_view state() const { return isLate ? "not shown" : nameOf(reminder.state); }
+};
+
+std::vector<Line> linesOf(const Session& session, std::vector<AgentReminder> reminders) {
+    std::vector<Line> lines;
+    for (auto& each : reminders) {
+        const auto isLate = each.state == State::pending && each.date <= session.now();
+        lines.push_back({.reminder = std::move(each), .isLate = isLate});
+    }
+    return lines;
+}
+
+/// The agent knows the words of when it has planned last, and forgets those of what was closed.
+void takeTextsFromStore(Session& session, std::vector<Line>& lines) {
+    if (lines.empty()) {
         return;
     }
     try {
         store::ModelContext context(session.openExisting());
-        for (auto& each : reminders) {
-            if (const auto* const entry =
-                    each.body.empty() ? context.find<model::Entry>(each.entryID) : nullptr) {
-                each.body = entry->content();
+        for (auto& each : lines) {
+            const auto* const entry = context.find<model::Entry>(each.reminder.entryID);
+            each.isDeleted = !entry;
+            if (entry) {
+                each.reminder.body = entry->content();
             }
         }
     } catch (const base::Error&) {
@@ -52,43 +73,53 @@ void fillInTexts(Session& session, std::vector<AgentReminder>& reminders) {
     }
 }
 
-void print(Session& session, const std::vector<AgentReminder>& reminders) {
+void print(Session& session, const std::vector<Line>& lines) {
     std::vector<base::Uuid> ids;
     std::vector<std::string> dates;
     std::size_t dateWidth = 0;
     std::size_t stateWidth = 0;
-    for (const auto& each : reminders) {
-        ids.push_back(each.entryID);
-        dates.push_back(session.formats().dayAndShortTime(each.date));
+    for (const auto& each : lines) {
+        ids.push_back(each.reminder.entryID);
+        dates.push_back(session.formats().dayAndShortTime(each.reminder.date));
         dateWidth = std::max(dateWidth, displayWidth(dates.back()));
-        stateWidth = std::max(stateWidth, nameOf(each.state).size());
+        stateWidth = std::max(stateWidth, each.state().size());
     }
     const auto idWidth = ids.empty() ? 0 : shortIdentifierLength(ids);
     auto& output = session.output();
-    for (std::size_t i = 0; i < reminders.size(); ++i) {
-        const auto& [id, date, body, state] = reminders[i];
-        printStyled(session, kDim, id.text().substr(0, idWidth));
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const auto& line = lines[i];
+        const auto isPending = line.reminder.state == State::pending;
+        printStyled(session, kDim, line.reminder.entryID.text().substr(0, idWidth));
         output.write(kGap);
         output.write(dates[i]);
         output.spaces(dateWidth - displayWidth(dates[i]));
         output.write(kGap);
-        printStyled(session, state == State::pending ? std::string_view() : kDim, nameOf(state));
-        output.spaces(stateWidth - nameOf(state).size());
+        printStyled(session, isPending ? std::string_view() : kDim, line.state());
+        output.spaces(stateWidth - line.state().size());
         output.write(kGap);
-        output.write(onOneLine(body));
+        if (line.isDeleted) {
+            const auto known =
+                line.reminder.body.empty() ? "" : " " + onOneLine(line.reminder.body);
+            printStyled(session, kDim, "(deleted)" + known);
+        } else {
+            output.write(onOneLine(line.reminder.body));
+        }
         output.put('\n');
     }
 }
 
-void write(Session& session, const std::vector<AgentReminder>& reminders) {
+void write(Session& session, const std::vector<Line>& lines) {
     Json json(session.output());
     json.beginArray();
-    for (const auto& each : reminders) {
+    for (const auto& line : lines) {
+        const auto& each = line.reminder;
         json.beginObject();
         json.member("id", std::string_view(each.entryID.text()));
         json.member("reminderDate", std::string_view(base::isoText(each.date)));
         json.member("state", nameOf(each.state));
         json.member("content", std::string_view(each.body));
+        json.flag("isLate", line.isLate);
+        json.flag("isDeleted", line.isDeleted);
         json.endObject();
     }
     json.endArray();
@@ -101,11 +132,12 @@ ExitStatus reminders(Session& session, const NoOptions&) {
         throw refusal("The agent, which reminds of todos, cannot be reached. " + answer.reason);
     }
     auto& [listed, more] = *answer.said;
-    fillInTexts(session, listed);
+    auto lines = linesOf(session, std::move(listed));
+    takeTextsFromStore(session, lines);
     if (session.wantsJson()) {
-        write(session, listed);
+        write(session, lines);
     } else {
-        print(session, listed);
+        print(session, lines);
     }
     if (more > 0) {
         session.remark(std::to_string(more) + " more are not listed.");
@@ -113,8 +145,26 @@ ExitStatus reminders(Session& session, const NoOptions&) {
     return ExitStatus::done;
 }
 
+/// What is true of notifications though they may be shown, or why none is.
+std::string reasonOf(const schedule::ReminderCenter::Status& status) {
+    using schedule::AuthorizationStatus;
+    if (status.authorization == AuthorizationStatus::denied) {
+        return std::string(schedule::NotificationTexts::kDisabledInSettings);
+    }
+    if (!status.reason.empty() || !schedule::showsNotifications(status.authorization)) {
+        return status.reason;
+    }
+    return status.isQuieted ? "You are not to be disturbed now, by your desktop's settings."
+           : status.canAct  ? ""
+                            : "What shows notifications here has no buttons.";
+}
+
 void print(Session& session, const RunningAgent::Answer<app::AgentStatus>& answer) {
     printFact(session, "Agent", answer.said ? "running" : "cannot be reached");
+    if (!app::startsAtLogin()) {
+        printFact(session, "At login",
+                  "not started; the settings can start Korvex then, under Quick Entry");
+    }
     if (!answer.said) {
         printFact(session, "Reason", answer.reason);
         return;
@@ -123,7 +173,7 @@ void print(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
     printFact(session, "Version", version);
     printFact(session, "Process", std::to_string(process));
     printFact(session, "Reminders", schedule::statusLabel(reminders.authorization));
-    printFact(session, "Reason", reminders.reason);
+    printFact(session, "Reason", reasonOf(reminders));
     printFact(session, "Problem", reminders.permissionErrorMessage.value_or(""));
     printFact(session, "Problem", reminders.schedulingErrorMessage.value_or(""));
     printFact(session, "Shown by", daemon);
@@ -134,6 +184,7 @@ void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
     Json json(session.output());
     json.beginObject();
     json.flag("isRunning", answer.said.has_value());
+    json.flag("startsAtLogin", app::startsAtLogin());
     const auto text = [&json](std::string_view name, const std::string& value) {
         if (!value.empty()) {
             json.member(name, std::string_view(value));
@@ -146,7 +197,9 @@ void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
         text("version", version);
         json.member("process", std::int64_t{process});
         json.member("authorization", schedule::statusLabel(reminders.authorization));
-        text("reason", reminders.reason);
+        text("reason", reasonOf(reminders));
+        json.flag("canAct", reminders.canAct);
+        json.flag("isQuieted", reminders.isQuieted);
         text("permissionError", reminders.permissionErrorMessage.value_or(""));
         text("schedulingError", reminders.schedulingErrorMessage.value_or(""));
         text("daemon", daemon);
@@ -173,7 +226,9 @@ ExitStatus status(Session& session, const NoOptions&) {
 void addReminderCommands(CLI::App& program, Action& chosen) {
     addCommand(program, "reminders",
                "Lists the reminders that are to come and those that were shown", chosen, reminders)
-        .parser.footer("The agent keeps them. It starts where it does not run.");
+        .parser.footer(
+            "The agent keeps them. It starts where it does not run. What came due and could "
+            "not be\nshown is \"not shown\": it is shown as soon as that is possible.");
     auto& agent = *program.add_subcommand("agent", "Says how the agent is, which reminds of todos");
     agent.require_subcommand(1)->fallthrough();
     addCommand(agent, "status",

@@ -5,6 +5,7 @@
 
 #include "schedule/TodoReminderPreset.h"
 
+#include <array>
 #include <string_view>
 #include <variant>
 
@@ -13,6 +14,8 @@ namespace korvex::cli {
 namespace {
 
 using When = std::variant<base::DayNumber, base::Instant>;
+
+constexpr int kMinutesOfDay = 24 * 60;
 
 /// "2025-02-31" and "2025-03-10T25:00" are dates by their form.
 bool hasFormOfDate(std::string_view text) {
@@ -27,6 +30,27 @@ bool hasFormOfDate(std::string_view text) {
         }
     }
     return true;
+}
+
+/// "14:30", in minutes since midnight; absent for what has another form. Minutes that no day has
+/// are more than it has.
+std::optional<int> minutesOf(std::string_view text) {
+    const auto colon = text.find(':');
+    if (colon == 0 || colon > 2 || text.size() != colon + 3) {
+        return std::nullopt;
+    }
+    std::array<int, 2> numbers{};
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (i == colon) {
+            continue;
+        }
+        if (text[i] < '0' || text[i] > '9') {
+            return std::nullopt;
+        }
+        auto& number = numbers[i > colon ? 1 : 0];
+        number = 10 * number + (text[i] - '0');
+    }
+    return numbers[0] < 24 && numbers[1] < 60 ? 60 * numbers[0] + numbers[1] : kMinutesOfDay;
 }
 
 CommandLineError noSuchMoment(std::string_view typed) {
@@ -44,7 +68,23 @@ base::DayNumber dayFromToday(int days, Session& session) {
     return *day;
 }
 
+base::Instant timeOn(base::DayNumber day, int minutes, Session& session, std::string_view typed) {
+    const auto moment = minutes < kMinutesOfDay
+                            ? schedule::allDayAnchor(day, minutes, session.calendar())
+                            : std::nullopt;
+    if (!moment) {
+        throw noSuchMoment(typed);
+    }
+    return *moment;
+}
+
+/// A time alone is the next one.
 When readWhen(std::string_view typed, Session& session) {
+    if (const auto minutes = minutesOf(typed)) {
+        const auto today = timeOn(dayFromToday(0, session), *minutes, session, typed);
+        return today > session.now() ? today
+                                     : timeOn(dayFromToday(1, session), *minutes, session, typed);
+    }
     if (typed == "today") {
         return dayFromToday(0, session);
     }
@@ -60,17 +100,21 @@ When readWhen(std::string_view typed, Session& session) {
     if (hasFormOfDate(typed)) {
         throw noSuchMoment(typed);
     }
-    throw wrongUsage("\"" + std::string(typed) +
-                     "\" is no date: write 2025-03-10, 2025-03-10T14:30, today or tomorrow.");
+    throw wrongUsage(
+        "\"" + std::string(typed) +
+        "\" is no date: write 2025-03-10, 2025-03-10T14:30, 14:30, today or tomorrow.");
 }
 
 base::Instant defaultReminderTime(base::DayNumber day, Session& session, std::string_view typed) {
-    const auto moment = schedule::allDayAnchor(day, session.preferences().defaultReminderMinutes(),
-                                               session.calendar());
-    if (!moment) {
-        throw noSuchMoment(typed);
-    }
-    return *moment;
+    return timeOn(day, session.preferences().defaultReminderMinutes(), session, typed);
+}
+
+/// A time alone is on the day on which the window ends.
+When readStart(std::string_view typed, const model::TodoSchedule& schedule, Session& session) {
+    const auto minutes = minutesOf(typed);
+    const auto day =
+        minutes && schedule.dueDate ? session.calendar().day(*schedule.dueDate) : std::nullopt;
+    return day ? timeOn(*day, *minutes, session, typed) : readWhen(typed, session);
 }
 
 } // namespace
@@ -86,7 +130,7 @@ model::TodoSchedule readSchedule(const ScheduleOptions& options, Session& sessio
         }
     }
     if (options.from) {
-        const auto from = readWhen(*options.from, session);
+        const auto from = readStart(*options.from, schedule, session);
         const auto* start = std::get_if<base::Instant>(&from);
         if (!start || !schedule.dueDate) {
             throw wrongUsage("A window needs two times, as in --from 2025-03-10T09:00 "

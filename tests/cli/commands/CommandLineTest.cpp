@@ -1,5 +1,6 @@
 #include "CommandLineFixture.h"
 
+#include "app/AgentStart.h"
 #include "app/FileUserDefaults.h"
 
 #include <gmock/gmock.h>
@@ -354,23 +355,28 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
     using State = app::AgentReminder::State;
     agent.reminders.said = {.listed = {{{{0xAB}}, clock.now() + 3600, "First", State::pending},
                                        {{{0xAC}}, clock.now() + 7200, "Second\n", State::pending},
-                                       {seen, clock.now() - 60, "", State::closed},
+                                       {seen, clock.now() - 60, "As it was", State::closed},
+                                       {{{0xAE}}, clock.now() - 90, "Late", State::pending},
                                        {{{0xAD}}, clock.now() - 3600, "", State::withdrawn}}};
     const auto seenID = seen.text();
-    EXPECT_EQ(result({"reminders"}), "AB000000  Mar 10, 2025, 3:00\u202FPM  pending    First\n"
-                                     "AC000000  Mar 10, 2025, 4:00\u202FPM  pending    Second \n" +
-                                         seenID.substr(0, 8) +
-                                         "  Mar 10, 2025, 1:59\u202FPM  closed     Seen\n"
-                                         "AD000000  Mar 10, 2025, 1:00\u202FPM  withdrawn  ");
+    EXPECT_EQ(result({"reminders"}),
+              "AB000000  Mar 10, 2025, 3:00\u202FPM  pending    (deleted) First\n"
+              "AC000000  Mar 10, 2025, 4:00\u202FPM  pending    (deleted) Second \n" +
+                  seenID.substr(0, 8) +
+                  "  Mar 10, 2025, 1:59\u202FPM  closed     Seen\n"
+                  "AE000000  Mar 10, 2025, 1:58\u202FPM  not shown  (deleted) Late\n"
+                  "AD000000  Mar 10, 2025, 1:00\u202FPM  withdrawn  (deleted)");
     EXPECT_THAT(result({"reminders", "--json"}),
                 HasSubstr("{\"id\":\"" + seenID +
                           "\",\"reminderDate\":\"2025-03-10T12:59:00.000Z\","
-                          "\"state\":\"closed\",\"content\":\"Seen\"}"));
+                          "\"state\":\"closed\",\"content\":\"Seen\","
+                          "\"isLate\":false,\"isDeleted\":false}"));
     agent.reminders.said->more = 7;
     EXPECT_THAT(run({"reminders"}).error, HasSubstr("7 more are not listed."));
     agent.reminders.said->more = 0;
     std::filesystem::rename(folder / "Primary.store", folder / "away");
-    EXPECT_THAT(result({"reminders"}), HasSubstr("closed     \n")) << "the agent has answered";
+    EXPECT_THAT(result({"reminders"}), HasSubstr("closed     As it was\n"))
+        << "the agent has answered";
     std::filesystem::rename(folder / "away", folder / "Primary.store");
 
     agent.status.said = {.reminders = {.authorization = schedule::AuthorizationStatus::authorized},
@@ -378,12 +384,45 @@ TEST_F(CommandLine, RemindersAreListedAsTheAgentHoldsThem) {
                          .processID = 77,
                          .daemon = "dunst 1.9.0",
                          .nextDue = clock.now() + 3600};
+    if (!app::startsAtLogin()) { // it is not installed on this machine
+        EXPECT_THAT(result({"agent", "status"}), HasSubstr("At login    not started;"));
+    }
+    // It starts with the session, by the user's own file; the settings are in this folder.
+    std::filesystem::create_directory(folder / "autostart");
+    std::ofstream(folder / "autostart" / "dev.korvex.Agent.desktop") << "[Desktop Entry]\n";
     EXPECT_EQ(result({"agent", "status"}), "Agent       running\n"
                                            "Version     0.1.0\n"
                                            "Process     77\n"
                                            "Reminders   Allowed\n"
                                            "Shown by    dunst 1.9.0\n"
                                            "Next        Mar 10, 2025, 3:00\u202FPM");
+    agent.status.said->reminders.isQuieted = true;
+    EXPECT_THAT(result({"agent", "status"}), HasSubstr("Reason      You are not to be disturbed"));
+    agent.status.said->reminders.authorization = schedule::AuthorizationStatus::denied;
+    EXPECT_THAT(result({"agent", "status", "--json"}),
+                AllOf(HasSubstr("\"startsAtLogin\":true"), HasSubstr("\"isQuieted\":true"),
+                      HasSubstr("\"reason\":\"Enable notifications in your desktop's settings")));
+}
+
+TEST_F(CommandLine, ATimeAloneIsTheNextOneAndAWindowIsOnOneDay) {
+    // It is 14:00.
+    const auto due = [&](const std::vector<std::string>& options) {
+        auto arguments = options;
+        arguments.insert(arguments.begin(), {"add", "x"});
+        return result({"show", result(arguments), "--json"});
+    };
+    EXPECT_THAT(due({"--due", "14:30"}), HasSubstr("\"2025-03-10T13:30:00.000Z\""));
+    EXPECT_THAT(due({"--due", "9:05"}), HasSubstr("\"2025-03-11T08:05:00.000Z\""));
+    EXPECT_THAT(due({"--due", "14:00"}), HasSubstr("\"2025-03-11T13:00:00.000Z\"")) << "now";
+    EXPECT_THAT(due({"--due", "14:30", "--from", "13:30"}),
+                HasSubstr("\"2025-03-10T12:30:00.000Z\""));
+    EXPECT_THAT(due({"--remind", "23:59"}), HasSubstr("\"2025-03-10T22:59:00.000Z\""));
+    for (const auto* const none : {"24:00", "14:60"}) {
+        EXPECT_EQ(run({"add", "x", "--due", none}).status, cli::ExitStatus::refused) << none;
+    }
+    for (const auto* const other : {":30", "1:3", "123:00", "1a:00", "14:3x"}) {
+        EXPECT_EQ(run({"add", "x", "--due", other}).status, cli::ExitStatus::wrongUsage) << other;
+    }
 }
 
 TEST_F(CommandLine, WhatFailsWithABackupIsLoggedWithItsNumber) {
