@@ -145,8 +145,9 @@ void oneChange(benchmark::State& state) {
     base::StandardErrorLog log(base::LogLevel::warning);
     schedule::ScheduleClock clock(standing, runLoop, berlin, log);
     schedule::NoReminderCenter denied({.authorization = schedule::AuthorizationStatus::denied});
-    const schedule::MissedReminders missed(context, denied, clock,
-                                           schedule::MissedReminders::Seen{{}, [](auto) {}});
+    const schedule::MissedReminders missed(
+        context, denied, clock,
+        schedule::MissedReminders::Seen{base::Instant::distantPast(), [](auto) {}});
     if (missed.count() < 1'000) {
         state.SkipWithError("no reminders were missed");
     }

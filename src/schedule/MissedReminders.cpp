@@ -35,6 +35,10 @@ MissedReminders::MissedReminders(store::ModelContext& context, ReminderCenter& c
     if (!m_seen) {
         return;
     }
+    if (!m_seen->until) {
+        setSeen(m_listedAt);
+        m_until = m_seenUntil;
+    }
     catchUp();
     m_subscriptions.push_back(
         context.didChange().connect([this](const auto& changes) { follow(changes); }));
@@ -47,7 +51,15 @@ std::optional<bool> MissedReminders::areShown() const {
     if (status.authorization == AuthorizationStatus::unavailable && status.reason.empty()) {
         return std::nullopt;
     }
-    return showsNotifications(status.authorization);
+    return showsNotifications(status.authorization) && status.canAct && !status.isQuieted;
+}
+
+MissedReminders::Cause MissedReminders::causeNow() const {
+    const auto& status = m_center.status();
+    if (!showsNotifications(status.authorization)) {
+        return Cause::notShown;
+    }
+    return status.isQuieted ? Cause::quieted : Cause::unanswerable;
 }
 
 void MissedReminders::catchUp() {
@@ -128,7 +140,7 @@ void MissedReminders::read(base::Instant after, base::Instant until) {
     });
     for (auto* const entry : found) {
         if (const auto date = entry->reminderDate(); date && date->isValid()) {
-            m_items.push_back({*date, entry->id(), entry});
+            m_items.push_back({*date, entry->id(), entry, causeNow()});
             m_listedAt = m_clock.now();
         }
     }
@@ -171,6 +183,8 @@ void MissedReminders::follow(const store::ChangeSet& changes) {
 }
 
 bool MissedReminders::place(Entry& entry) {
+    const auto* const before = itemOf(entry.id());
+    const auto cause = before ? before->cause : causeNow();
     const auto wasMissed = drop(entry.id());
     // What was not missed when it came due is not, however it changes.
     const auto date = wasMissed || areShown() == false ? missedAt(entry) : std::nullopt;
@@ -180,7 +194,7 @@ bool MissedReminders::place(Entry& entry) {
     if (!wasMissed) {
         m_listedAt = m_clock.now();
     }
-    const Item item{*date, entry.id(), &entry};
+    const Item item{*date, entry.id(), &entry, cause};
     m_items.insert(std::lower_bound(m_items.begin(), m_items.end(), item), item);
     return true;
 }
@@ -196,6 +210,19 @@ std::optional<base::Instant> MissedReminders::missedAt(const Entry& entry) const
     }
     const auto date = entry.reminderDate();
     return date && date->isValid() && *date > m_seenUntil && *date <= m_until ? date : std::nullopt;
+}
+
+const MissedReminders::Item* MissedReminders::itemOf(const base::Uuid& id) const {
+    const auto found = std::find_if(m_items.begin(), m_items.end(),
+                                    [&](const Item& each) { return each.id == id; });
+    return found == m_items.end() ? nullptr : &*found;
+}
+
+std::optional<MissedReminders::Cause> MissedReminders::cause() const {
+    const auto isOther = [this](const Item& each) { return each.cause != m_items.front().cause; };
+    return m_entries.empty() || std::any_of(m_items.begin(), m_items.end(), isOther)
+               ? std::nullopt
+               : std::optional(m_items.front().cause);
 }
 
 std::size_t MissedReminders::count() const {

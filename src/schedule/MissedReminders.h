@@ -14,16 +14,18 @@
 
 namespace korvex::schedule {
 
-/// The reminders of open todos that came due while no notification could be shown, until their user
-/// has seen them here. Follows the store, the clock and whoever shows notifications. What is listed
-/// stays so when notifications can be shown again; what comes due from then on is shown by these.
-/// As in all of Upcoming, nothing is listed of an archived board; what came due there before
-/// something that was seen is seen with it. Main thread; all that it refers to must outlive it.
+/// The reminders of open todos that came due while no notification was shown that could be
+/// answered, until their user has seen them here. Follows the store, the clock and whoever shows
+/// notifications. What is listed stays so when these are shown again; what comes due from then on
+/// is shown by them. As in all of Upcoming, nothing is listed of an archived board; what came due
+/// there before something that was seen is seen with it. Main thread; all that it refers to must
+/// outlive it.
 class MissedReminders {
 public:
     /// What lasts from one run of the program to the next.
     struct Seen {
-        /// Reminders up to then need not be listed; absent where nothing was ever seen.
+        /// Reminders up to then need not be listed; absent where nobody has looked after them yet:
+        /// then it is kept that none is listed that came due before.
         std::optional<base::Instant> until;
         std::function<void(base::Instant until)> keep;
     };
@@ -35,6 +37,17 @@ public:
 
     /// The earliest reminder first. Valid until the next change.
     const std::vector<model::Entry*>& entries() const { return m_entries; }
+    /// Why their user may not have seen a notification.
+    enum class Cause {
+        /// None could be shown.
+        notShown,
+        /// The user was not to be disturbed.
+        quieted,
+        /// One was shown, in which nothing could be chosen.
+        unanswerable,
+    };
+    /// Of all that are listed; absent where it differs among them, or none is listed.
+    std::optional<Cause> cause() const;
     /// How many of them are open.
     std::size_t count() const;
     /// Emitted after one of these is another.
@@ -58,14 +71,17 @@ private:
         base::Instant date;
         base::Uuid id;
         model::Entry* entry;
+        Cause cause;
 
         bool operator<(const Item& other) const {
             return date != other.date ? date < other.date : id < other.id;
         }
     };
 
-    /// Whether notifications can be shown; absent where nobody knows.
+    /// Whether notifications are shown that can be answered; absent where nobody knows.
     std::optional<bool> areShown() const;
+    /// Why what comes due now is listed.
+    Cause causeNow() const;
     /// Takes in what was not read when the store could not be read.
     void catchUp();
     void moveTo(base::Instant now);
@@ -76,6 +92,7 @@ private:
     /// These two: true when it was one of these, or is now.
     bool place(model::Entry& entry);
     bool drop(const base::Uuid& id);
+    const Item* itemOf(const base::Uuid& id) const;
     /// Its moment, if that makes it one of these.
     std::optional<base::Instant> missedAt(const model::Entry& entry) const;
     /// The latest reminder of an open todo that is not later than this.

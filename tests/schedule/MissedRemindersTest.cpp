@@ -64,7 +64,7 @@ protected:
     tests::FakeRunLoop m_runLoop;
     tests::FakeReminderCenter m_center;
     ScheduleClock m_scheduleClock{m_clock, m_runLoop, base::TimeZone::utc, m_store.log};
-    std::optional<Instant> m_seen;
+    std::optional<Instant> m_seen = m_now;
     std::optional<MissedReminders> m_missed;
     base::Subscription m_changes;
     int m_told = 0;
@@ -287,6 +287,56 @@ TEST_F(MissedRemindersTest, WhatWasShownWhileItDidNotRunIsNotListed) {
     add("new", m_clock.now() + 1);
     wait(2);
     EXPECT_THAT(listed(), ElementsAre("new"));
+}
+
+TEST_F(MissedRemindersTest, AFirstStartListsNothingThatCameDueBefore) {
+    m_seen.reset();
+    add("long ago", m_now + -kMinute);
+    start();
+    EXPECT_THAT(listed(), IsEmpty());
+    EXPECT_EQ(m_seen, m_now);
+    m_missed.reset();
+    add("since then", m_now + kMinute);
+    wait(2 * kMinute);
+    start();
+    EXPECT_THAT(listed(), ElementsAre("since then"));
+}
+
+TEST_F(MissedRemindersTest, WhatIsShownWhereNobodyCanAnswerOrIsDisturbedIsListedAndItIsSaidWhy) {
+    using Cause = MissedReminders::Cause;
+    m_center.set(kAllowed);
+    start();
+    EXPECT_EQ(m_missed->cause(), std::nullopt);
+    struct {
+        const char* content;
+        ReminderCenter::Status status;
+        Cause cause;
+    } const cases[] = {
+        {"quieted", {.authorization = kAllowed, .isQuieted = true}, Cause::quieted},
+        {"without buttons", {.authorization = kAllowed, .canAct = false}, Cause::unanswerable},
+        {"both", {.authorization = kAllowed, .canAct = false, .isQuieted = true}, Cause::quieted},
+        {"off", {.authorization = kDenied, .isQuieted = true}, Cause::notShown},
+    };
+    for (const auto& each : cases) {
+        m_center.set(each.status);
+        auto& entry = add(each.content, m_clock.now() + kMinute);
+        wait(2 * kMinute);
+        EXPECT_THAT(listed(), ElementsAre(each.content));
+        EXPECT_EQ(m_missed->cause(), each.cause) << each.content;
+        m_center.set(kAllowed);
+        entry.setContent(std::string(each.content) + "!");
+        m_store.context.save();
+        EXPECT_EQ(m_missed->cause(), each.cause) << "why it was missed stays as it was";
+        m_missed->markSeen();
+    }
+    m_center.set(cases[0].status);
+    add("a", m_clock.now() + kMinute);
+    wait(2 * kMinute);
+    m_center.set(kDenied);
+    add("b", m_clock.now() + kMinute);
+    wait(2 * kMinute);
+    EXPECT_THAT(listed(), ElementsAre("a", "b"));
+    EXPECT_EQ(m_missed->cause(), std::nullopt) << "there are two reasons";
 }
 
 TEST_F(MissedRemindersTest, AStoreOfWhichNothingCanBeKeptListsNothing) {

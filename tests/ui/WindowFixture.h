@@ -10,6 +10,7 @@
 #include "support/RecordingLog.h"
 #include "support/ScriptedHotkey.h"
 #include "support/TemporaryFolder.h"
+#include "support/UsedBefore.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/kit/words/Text.h"
 #include "ui/workspace/WorkspaceOwner.h"
@@ -130,6 +131,7 @@ protected:
     FakeReminderCenter reminders;
     storage::BackgroundThreads threads;
     app::FileUserDefaults defaults{folder / "settings.json"};
+    UsedBefore usedBefore{defaults, kNow + -86'400.0};
     app::AppPreferences preferences{defaults, log};
     ui::Theme theme{preferences};
     /// Of which nothing is asked for yet.

@@ -25,10 +25,9 @@ bool isOfUser(QEvent::Type type) {
 
 UpcomingPage::UpcomingPage(const Workspace& workspace, const Theme& theme, QWidget* parent)
     : TodoListPage(workspace, theme, TodoListModel::Detail::due, tr("Upcoming"), parent),
-      m_notice(new NoticeLine({.icon = QStringLiteral("bell"),
-                               .text = tr("Reminders came due that no notification could show."),
-                               .action = tr("Mark as Seen")},
-                              theme)) {
+      m_notice(new NoticeLine(
+          {.icon = QStringLiteral("bell"), .text = QString(), .action = tr("Mark as Seen")},
+          theme)) {
     insertBar(*m_notice);
     connect(m_notice, &NoticeLine::pressed, this, [this] {
         m_missed->markSeen();
@@ -80,12 +79,31 @@ void UpcomingPage::setNow(base::Instant now, const base::TimeZone& zone) {
         m_missed = &missed;
         m_changes = m_upcoming->didChange().connect([this] { groupsChanged(); });
         m_missedChanges = missed.didChange().connect([this] { missedChanged(); });
+        m_notice->setText(noticeText());
         m_notice->setHolds(!missed.entries().empty());
     }
     m_upcoming->setNow(now, zone);
 }
 
+QString UpcomingPage::noticeText() const {
+    using Cause = schedule::MissedReminders::Cause;
+    const auto cause = m_missed->cause();
+    if (!cause) {
+        return tr("Reminders came due that you may not have seen.");
+    }
+    switch (*cause) {
+    case Cause::notShown:
+        break;
+    case Cause::quieted:
+        return tr("Reminders came due while you were not to be disturbed.");
+    case Cause::unanswerable:
+        return tr("Reminders came due whose notifications cannot be answered here.");
+    }
+    return tr("Reminders came due that no notification could show.");
+}
+
 void UpcomingPage::missedChanged() {
+    m_notice->setText(noticeText());
     m_notice->setHolds(!m_missed->entries().empty());
     groupsChanged();
     forgetLabels(); // what stood under "Overdue" has to say so itself, and the other way round

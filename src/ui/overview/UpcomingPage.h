@@ -9,7 +9,7 @@ namespace korvex::ui {
 class NoticeLine;
 
 /// The open scheduled todos of all active boards, under when they are due; above all others those
-/// of which a reminder came due that no notification could show, until it was seen. Follows the
+/// of which a reminder came due without a notification to answer, until it was seen. Follows the
 /// store and the clock. Main thread.
 class UpcomingPage final : public TodoListPage {
     Q_OBJECT
@@ -30,6 +30,7 @@ protected:
 
 private:
     void missedChanged();
+    QString noticeText() const;
     /// The todos of a section that are not among these, which are sorted by address.
     std::span<model::Entry* const> without(const std::vector<model::Entry*>& missed,
                                            const schedule::UpcomingGroup& group);

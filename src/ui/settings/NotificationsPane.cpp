@@ -1,5 +1,6 @@
 #include "ui/settings/NotificationsPane.h"
 
+#include "app/AgentStart.h"
 #include "ui/kit/words/Text.h"
 
 #include <QPushButton>
@@ -18,6 +19,7 @@ NotificationsPane::NotificationsPane(const Workspace& workspace, const Theme& th
     : SettingsPane(tr("Notifications"), theme),
       m_center(workspace.reminders),
       m_isUsersOwn(workspace.isUsersOwn),
+      m_canStartAtLogin(workspace.quickEntry),
       m_desktopSettings(DesktopNotificationSettings::current()),
       m_status(settingsValue(theme)),
       m_button(new QPushButton(translated(NotificationTexts::kEnable))),
@@ -65,20 +67,36 @@ void NotificationsPane::perform() {
     m_center.requestReconcile();
 }
 
-QString NotificationsPane::note() const {
+QStringList NotificationsPane::limits() const {
     const auto& status = m_center.status();
-    if (status.authorization == AuthorizationStatus::denied) {
+    if (status.authorization == AuthorizationStatus::unavailable) {
+        return status.reason.empty() ? QStringList() : QStringList(translated(status.reason));
+    }
+    QStringList lines;
+    if (status.isQuieted) {
+        lines.append(tr("You are not to be disturbed now, by your desktop's settings."));
+    }
+    if (!status.canAct) {
+        lines.append(tr("What shows notifications here has no buttons: todos are completed in "
+                        "Korvex."));
+    }
+    return lines;
+}
+
+QString NotificationsPane::note() const {
+    if (m_center.status().authorization == AuthorizationStatus::denied) {
         return translated(NotificationTexts::kDisabledInSettings);
     }
-    if (status.authorization == AuthorizationStatus::unavailable && !status.reason.empty()) {
-        QStringList lines{translated(status.reason)};
-        if (m_isUsersOwn) { // of no other store is it kept what was seen
-            lines.append(tr("Reminders that come due are listed at the top of Upcoming until you "
-                            "have seen them."));
-        }
-        return lines.join(QLatin1Char('\n'));
+    auto lines = limits();
+    if (!lines.isEmpty() && m_isUsersOwn) { // of no other store is it kept what was seen
+        lines.append(tr("Reminders that come due are listed at the top of Upcoming until you "
+                        "have seen them."));
     }
-    return {};
+    if (m_isUsersOwn && m_canStartAtLogin && !app::startsAtLogin()) {
+        lines.append(tr("After you log in, reminders wait until Korvex is started, unless “Start "
+                        "Korvex when you log in” is on, under Quick Entry."));
+    }
+    return lines.join(QLatin1Char('\n'));
 }
 
 void NotificationsPane::follow() {

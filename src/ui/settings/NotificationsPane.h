@@ -29,9 +29,13 @@ private:
     Remedy remedy() const;
     void perform();
     QString note() const;
+    /// What is to be known of them though they may be shown.
+    QStringList limits() const;
 
     schedule::ReminderCenter& m_center;
     bool m_isUsersOwn;
+    /// Whether there is a pane from which Korvex can be started at login.
+    bool m_canStartAtLogin;
     std::optional<DesktopNotificationSettings> m_desktopSettings;
     SettingsLabel* m_status;
     SettingsRow* m_statusRow;

@@ -52,6 +52,22 @@ protected:
     }
 };
 
+TEST_F(UpcomingPageTest, WhatCameDueWithoutAnAnswerIsSaidToBeSoForItsReason) {
+    using enum schedule::AuthorizationStatus;
+    reminders.set({.authorization = authorized, .isQuieted = true});
+    const auto todos = add({"quieted", "hidden"});
+    own.entries.updateSchedule(*todos[0], {.reminderDate = kNow + -60.0}, kNow + -120.0);
+    show();
+    EXPECT_TRUE(says("Reminders came due while you were not to be disturbed."));
+    reminders.set(denied);
+    own.entries.updateSchedule(*todos[1], {.reminderDate = kNow + -50.0}, kNow + -120.0);
+    EXPECT_TRUE(says("Reminders came due that you may not have seen."));
+    own.entries.completeTodo(*todos[0], kNow);
+    clock.advance(60);
+    workspace.scheduleClock.refresh();
+    EXPECT_FALSE(says("Reminders came due while you were not to be disturbed."));
+}
+
 TEST_F(UpcomingPageTest, TodosStandInSectionsAndNothingIsSaidOfTheOthers) {
     auto& archive = own.boards.createBoard("Old", kNow);
     addTodo("hidden", TodoSchedule::dueOn(20250310), &archive);

@@ -10,6 +10,7 @@
 #include "support/FakeReminderCenter.h"
 #include "support/ScriptedHotkey.h"
 #include "support/TemporaryFolder.h"
+#include "support/UsedBefore.h"
 #include "ui/kit/style/QuietStyle.h"
 #include "ui/kit/theme/Theme.h"
 #include "ui/windows/MainWindow.h"
@@ -68,6 +69,7 @@ private:
     FakeReminderCenter m_reminders;
     storage::BackgroundThreads m_threads;
     app::FileUserDefaults m_defaults{m_folder / "settings.json"};
+    UsedBefore m_usedBefore{m_defaults, m_clock.now() + -7 * 86'400.0};
     app::AppPreferences m_preferences{m_defaults, m_log};
     ui::Theme m_theme{m_preferences};
     ui::InstalledStyle m_style{m_theme};

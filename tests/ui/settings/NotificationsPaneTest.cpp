@@ -55,6 +55,11 @@ TEST_F(NotificationsPaneTest, ItFollowsWhatIsKnownAndOffersWhatHelps) {
          "Enable notifications in your desktop's settings → Notifications → Korvex. Your "
          "reminder dates remain saved.",
          ""},
+        {{.authorization = AuthorizationStatus::authorized, .canAct = false, .isQuieted = true},
+         "Allowed",
+         "You are not to be disturbed now, by your desktop's settings.\nWhat shows notifications "
+         "here has no buttons: todos are completed in Korvex.\nReminders that come due are listed",
+         ""},
         {{.authorization = AuthorizationStatus::authorized,
           .schedulingErrorMessage = "Reminders could not be updated."},
          "Allowed",

@@ -55,6 +55,11 @@ void NoticeLine::setActionEnabled(bool enabled) {
     m_button->setEnabled(enabled);
 }
 
+void NoticeLine::setText(const QString& text) {
+    m_text->setText(text);
+    setAccessibleName(text);
+}
+
 void NoticeLine::setHolds(bool holds) {
     if (holds == !isHidden()) {
         return;
