@@ -2,9 +2,9 @@
 // has the keyboard ("start"), over a store of 10,000 entries, against a bare Qt window with one
 // label until it is painted ("limit_start"). From the first key of the shortcut, which the X server
 // is given as a keyboard's (XTEST), while another program's window has the keyboard and the app
-// runs in the background, until the panel is painted and has it ("press"), against the same of a
-// bare Qt program that has grabbed the same keys ("limit_press"): of a hundred times the 95th. Each
-// time a key that is sent at once must reach the panel, or there is no result.
+// runs in the background, until the panel is painted, has it and takes a key ("press"), against the
+// same of a bare Qt program that has grabbed the same keys ("limit_press"): of a hundred times the
+// 95th.
 
 #include "support/BenchSession.h"
 #include "support/FakeKeyboard.h"
@@ -32,6 +32,10 @@ constexpr std::chrono::seconds kSettling{3};
 /// Nobody presses sooner again; and Qt takes a window that comes back within some 50 ms for one
 /// that has never lost the keyboard, and tells it nothing.
 constexpr std::chrono::milliseconds kBetweenPresses{150};
+/// So soon a window goes that has taken Escape. While the window manager is still about the
+/// keyboard, a key may reach nobody: then it counts as not ready, and is tried again.
+constexpr std::chrono::milliseconds kTaken{50};
+constexpr int kMostTries = 20;
 constexpr const char* kApp = "dev.korvex.Korvex";
 /// The number of the key of "n".
 constexpr std::uint32_t kLetterCode = 45;
@@ -101,8 +105,8 @@ private:
                                     bench::ChildProcess::Output::watched};
 };
 
-/// How long each press took, the shortest first. `line`: what the program says when its window is
-/// painted and has the keyboard.
+/// How long each press took until the window took a key, the shortest first. `line`: what the
+/// program says when its window is painted and has the keyboard.
 std::vector<double> timesOfPresses(bench::FakeKeyboard& keyboard, bench::ChildProcess& program,
                                    const char* line) {
     std::vector<double> times;
@@ -112,10 +116,15 @@ std::vector<double> timesOfPresses(bench::FakeKeyboard& keyboard, bench::ChildPr
         const auto begin = std::chrono::steady_clock::now();
         keyboard.press({bench::kControlKey, bench::kAltKey, bench::kLetterKey});
         program.waitForLine(line);
-        times.push_back(
-            std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count());
-        keyboard.press({bench::kEscapeKey});
-        keyboard.waitUntilAWindowLeaves();
+        auto end = begin;
+        for (int tries = 0; end == begin || !keyboard.windowLeaves(kTaken); ++tries) {
+            if (tries == kMostTries) {
+                throw std::runtime_error("Escape does not reach the window that was shown");
+            }
+            end = std::chrono::steady_clock::now();
+            keyboard.press({bench::kEscapeKey});
+        }
+        times.push_back(std::chrono::duration<double>(end - begin).count());
         std::this_thread::sleep_for(kBetweenPresses);
     }
     std::sort(times.begin(), times.end());

@@ -2,6 +2,7 @@
 
 #include "support/XKeys.h"
 
+#include <chrono>
 #include <initializer_list>
 #include <map>
 #include <string>
@@ -16,10 +17,10 @@ public:
 
     /// Presses keys of those that XKeys.h names, and lets go of them, the last one first.
     void press(std::initializer_list<xcb_keysym_t> keys);
-    /// What has happened on the screen until now does not count for `waitUntilAWindowLeaves`.
+    /// What has happened on the screen until now does not count for `windowLeaves`.
     void forgetWhatHappened();
-    /// Throws std::runtime_error where none does for seconds.
-    void waitUntilAWindowLeaves();
+    /// Whether one does within that time.
+    bool windowLeaves(std::chrono::milliseconds patience);
 
 private:
     void send(std::uint8_t type, xcb_keysym_t key);

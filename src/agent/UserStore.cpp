@@ -4,6 +4,8 @@
 #include "storage/SharedModelContainer.h"
 #include "storage/SharedStoreError.h"
 #include "store/StoreError.h"
+#include "store/StoreFile.h"
+#include "store/StoreLock.h"
 
 #include <sys/stat.h>
 
@@ -60,6 +62,10 @@ void UserStore::openFile() {
         m_identity = fileThere();
         if (m_identity == Identity{}) {
             return; // nobody has made one yet
+        }
+        if (store::SoleRequest::stands(store::StoreFile(m_file).lockFile())) {
+            // It is upgraded or repaired: whoever does that says so when it is done.
+            throw store::StoreError(store::StoreErrorCase::busy);
         }
         m_opened = std::make_unique<Opened>(storage::SharedModelContainer::make(
             {.storeURL = m_file,

@@ -1,5 +1,6 @@
 #include "AgentMachine.h"
 #include "agent/ReminderTable.h"
+#include "app/StoreLocation.h"
 #include "base/Calendar.h"
 
 #include <gtest/gtest.h>
@@ -107,7 +108,7 @@ protected:
         // What it had sent by then comes still.
         ASSERT_TRUE(until([&] { return m_agentName.isKnown() && m_agentName.owner().empty(); }));
         pass(20ms);
-        ReminderTable table(m_folder / "state" / "korvex" / "reminders.sqlite", m_log);
+        ReminderTable table(app::reminderFile(m_folder / "state", app::dataDirectory({})), m_log);
         for (const auto& row : table.rows(m_todos.size()).read) {
             if (row.state == ReminderState::posted) {
                 // The next one shows it anew: what this one has shown leads to nobody.

@@ -1,6 +1,7 @@
 #include "AgentFixture.h"
 #include "agent/TimeSources.h"
 #include "app/Links.h"
+#include "base/FileLock.h"
 #include "model/Board.h"
 #include "platform/bus/DesktopApplication.h"
 #include "store/SoleHold.h"
@@ -296,14 +297,13 @@ TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
     add("Still reminded of", 50);
     settleAgent();
     m_store = {};
-    EXPECT_TRUE(patiently([&] {
-        try {
-            store::SoleHold(store::StoreFile(storeFile()), std::chrono::milliseconds(0));
-            return true;
-        } catch (const store::StoreError&) {
-            return false;
-        }
-    }));
+    static_cast<void>(m_loop.runUntil([] { return false; }, std::chrono::milliseconds(1500)));
+    {
+        const base::FileLock lock(store::StoreFile(storeFile()).lockFile(),
+                                  std::chrono::milliseconds(0));
+        EXPECT_NO_THROW(
+            store::SoleHold(store::StoreFile(storeFile()), std::chrono::milliseconds(0)));
+    }
     setClock(50);
     EXPECT_TRUE(shows(1));
 }

@@ -182,7 +182,8 @@ void AgentClient::retryLater() {
 void AgentClient::setAgent(const app::AgentStatus& agent) {
     m_agent = agent;
     auto status = agent.reminders;
-    if (!schedule::showsNotifications(status.authorization)) {
+    // Where the user wants none, a daemon takes them all the same, and shows nobody anything.
+    if (status.authorization == schedule::AuthorizationStatus::unavailable) {
         status.waitingSince = agent.nextDue.value_or(base::Instant::distantFuture());
     }
     setStatus(std::move(status));

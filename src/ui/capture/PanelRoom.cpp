@@ -43,6 +43,10 @@ Popover* PanelRoom::openedBy(const QWidget& opener) const {
     return m_popover && m_popover->isVisible() && m_opener == &opener ? m_popover : nullptr;
 }
 
+bool PanelRoom::isOpen() const {
+    return m_popover && !m_popover->isHidden();
+}
+
 int PanelRoom::heightForPopover() const {
     if (!m_popover) {
         return 0;
@@ -79,7 +83,8 @@ void PanelRoom::fit() {
 
 bool PanelRoom::eventFilter(QObject* watched, QEvent* event) {
     const auto type = event->type();
-    if (watched == m_popover && type == QEvent::Hide) {
+    // It goes with the panel too, and comes back with it.
+    if (watched == m_popover && type == QEvent::Hide && m_popover->isHidden()) {
         m_popover = nullptr;
     }
     if (watched == &m_panel && type == QEvent::LayoutRequest) {

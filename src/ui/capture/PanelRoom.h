@@ -25,6 +25,8 @@ public:
     void makeFor(Popover& popover, const QWidget* opener);
     /// The popover for which there is room now, where this has opened it; else null.
     Popover* openedBy(const QWidget& opener) const;
+    /// Whether one is open, and comes back with the panel where that is put aside for a moment.
+    bool isOpen() const;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

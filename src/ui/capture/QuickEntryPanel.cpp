@@ -133,7 +133,9 @@ void QuickEntryPanel::open(const app::QuickEntryRequest& request) {
     }
     raise();
     activateWindow();
-    m_form->setFocus();
+    if (!m_room.isOpen()) {
+        m_form->setFocus();
+    }
 }
 
 void QuickEntryPanel::take(const app::QuickEntryRequest& request) {
@@ -232,6 +234,9 @@ void QuickEntryPanel::save() {
     m_form->say({});
     if (m_state.save()) {
         hideNow();
+    } else if (m_state.hasDraft() && !m_state.errorMessage()) { // as files without words
+        m_form->say(translated(model::EntryServiceError(model::EntryServiceErrorCase::emptyContent)
+                                   .errorDescription()));
     }
 }
 

@@ -110,7 +110,9 @@ void QuickEntryPane::followBackground() {
     const QSignalBlocker quietStay(m_stays);
     const QSignalBlocker quietStart(m_autostart);
     const auto& setup = *m_workspace.quickEntry;
-    m_stays->setChecked(m_preferences.whenClosed() != WhenClosed::ends);
+    // Who was not asked yet is asked only where there are keys to tell of.
+    m_stays->setChecked(m_preferences.whenClosed() == WhenClosed::staysReady ||
+                        (m_preferences.whenClosed() == WhenClosed::asks && setup.hotkey.isReady()));
     const auto back = tr("Starting Korvex again brings its window back; Ctrl+Q there ends it.");
     m_staysRow->setNote(
         setup.hotkey.isReady() ? back

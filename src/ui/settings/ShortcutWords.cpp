@@ -82,8 +82,8 @@ QString keyNames(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
 }
 
 QString shortcutWords(const Shortcut& shortcut, const app::KeyboardLayout& layout) {
-    return inOnePiece(
-        tr("%1 (%2)").arg(toQString(shortcut.displayString(layout)), keyNames(shortcut, layout)));
+    return tr("%1 %2").arg(inOnePiece(toQString(shortcut.displayString(layout))),
+                           inOnePiece(tr("(%1)").arg(keyNames(shortcut, layout))));
 }
 
 QString readyKeys(app::GlobalHotkeyManager& hotkey) {
@@ -115,6 +115,10 @@ QString issueText(const Issue& issue, const Shortcut& shortcut, const app::Quick
     }
     switch (issue.status.state) {
     case State::conflict:
+        if (shortcut == Shortcut() && setup.desktop == app::DesktopKind::kde) {
+            return tr("%1 has %2 itself, for its search (KRunner): programs cannot have it.")
+                .arg(nameOf(setup.desktop), words);
+        }
         if (shortcut == Shortcut() && !nameOf(setup.desktop).isEmpty()) {
             return tr("%1 has %2 itself, for the menu of windows: programs cannot have it.")
                 .arg(nameOf(setup.desktop), words);

@@ -406,6 +406,7 @@ TEST_F(QuickEntryPanelTest, ItIsAsLargeAsItsContentWithinTheScreen) {
     EXPECT_TRUE(screen.contains(panel->geometry()));
     key(Qt::Key_A, Qt::ControlModifier);
     key(Qt::Key_Delete);
+    QApplication::processEvents();
     EXPECT_EQ(panel->size(), small);
     key(Qt::Key_D, Qt::ControlModifier);
     QApplication::processEvents();
@@ -413,6 +414,12 @@ TEST_F(QuickEntryPanelTest, ItIsAsLargeAsItsContentWithinTheScreen) {
     ASSERT_NE(schedule, nullptr);
     EXPECT_TRUE(panel->rect().contains(schedule->geometry()));
     EXPECT_GE(schedule->geometry().top(), text().geometry().bottom()) << "the words stay in sight";
+    const auto place = schedule->geometry();
+    panel->hide(); // as when another window is in front, and the shortcut fetches it
+    open({});
+    EXPECT_TRUE(schedule->isVisible());
+    EXPECT_EQ(schedule->geometry(), place);
+    EXPECT_TRUE(schedule->isAncestorOf(QApplication::focusWidget()));
     key(Qt::Key_Escape);
     QApplication::processEvents();
     EXPECT_EQ(panel->size(), small);

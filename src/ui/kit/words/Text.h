@@ -50,29 +50,38 @@ QString translated(Case which) {
     return translated(descriptionOf(which));
 }
 
-/// Keeps two letters in one line.
+/// In letters: a longer one may be too wide for a line.
+inline constexpr int kLongWord = 16;
+/// Neither is seen: between two letters the first keeps them in one line, the other need not.
 inline constexpr QChar kWordJoiner(0x2060);
+inline constexpr QChar kMayBreak(0x200B);
 
-/// Words that stand in one line or in none, such as those of keys that are pressed together.
+/// Words of keys that are pressed together: in one line, or broken behind a plus sign where they
+/// are too long for one.
 inline QString inOnePiece(const QString& text) {
+    const auto behindPlus = text.size() > kLongWord ? kMayBreak : kWordJoiner;
     QString result;
     for (const auto character : text) {
-        const auto mayBreak = character == QLatin1Char('+') || character == QLatin1Char('(');
         result += character == QLatin1Char(' ') ? QChar(QChar::Nbsp) : character;
-        result += mayBreak ? QString(kWordJoiner) : QString();
+        if (character == QLatin1Char('+')) {
+            result += behindPlus;
+        } else if (character == QLatin1Char('(')) {
+            result += kWordJoiner;
+        }
     }
     return result;
 }
 
 /// The text with invisible places to break a line in words that are too long for one.
 inline QString breakable(const QString& text) {
-    constexpr int kLongWord = 16;
     QString result;
     int letters = 0;
     for (const auto character : text) {
-        letters = character.isSpace() || character == kWordJoiner ? 0 : letters + 1;
+        const auto isBetween =
+            character.isSpace() || character == kWordJoiner || character == kMayBreak;
+        letters = isBetween ? 0 : letters + 1;
         if (letters > kLongWord && !character.isLowSurrogate() && !character.isMark()) {
-            result += QChar(0x200B);
+            result += kMayBreak;
         }
         result += character;
     }
