@@ -42,9 +42,9 @@ void GnomeNotificationSwitch::look() {
     m_own.reset();
     const auto ask = [this](auto& asked, const char* schema, auto& answer) {
         asked.emplace(m_runLoop, kProgram, std::vector<std::string>{kListAll, schema},
-                      [this, &answer](const std::string& said) {
+                      [this, &answer](const std::optional<std::string>& said) {
                           answer = said;
-                          tellOnceKnown();
+                          said ? tellOnceKnown() : m_tell(std::nullopt);
                       });
     };
     ask(m_askedGeneral, kGeneral, m_general);
@@ -53,8 +53,9 @@ void GnomeNotificationSwitch::look() {
 
 void GnomeNotificationSwitch::tellOnceKnown() {
     if (m_general && m_own) {
-        m_tell({.isOff = hasLine(*m_own, kOff),
-                .isQuieted = hasLine(*m_general, kBannersOff) || hasLine(*m_own, kBannersOff)});
+        m_tell(platform::bus::NotificationSetting{.isOff = hasLine(*m_own, kOff),
+                                                  .isQuieted = hasLine(*m_general, kBannersOff) ||
+                                                               hasLine(*m_own, kBannersOff)});
     }
 }
 

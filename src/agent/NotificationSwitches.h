@@ -5,15 +5,18 @@
 #include "platform/bus/NotificationDaemon.h"
 #include "platform/bus/NotificationSwitch.h"
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace korvex::agent {
 
 /// What the user has said about our notifications in the settings of the desktop whose daemon runs:
 /// nobody else's are asked, which would start their services. Of a daemon that is not known here,
-/// nothing is known to be switched off. Main thread; all that it is given must outlive it.
+/// nothing is known to be switched off; where the desktop is too slow, what it has said last holds
+/// until it says more. Main thread; all that it is given must outlive it.
 class NotificationSwitches final {
 public:
     /// `settings` is the user's folder for settings.
@@ -30,7 +33,7 @@ public:
 private:
     void follow();
     std::unique_ptr<platform::bus::NotificationSwitch> switchOf(const std::string& daemonName);
-    void take(const platform::bus::NotificationSetting& setting);
+    void take(const std::optional<platform::bus::NotificationSetting>& told);
 
     platform::bus::Bus& m_bus;
     platform::bus::NotificationDaemon& m_daemon;
@@ -40,6 +43,9 @@ private:
     std::string m_identity;
     std::unique_ptr<platform::bus::NotificationSwitch> m_switch;
     bool m_hasAnswered = false;
+    /// Until it is asked again, as it was too slow.
+    std::chrono::duration<double> m_pause;
+    std::unique_ptr<base::RunLoop::Timer> m_retry;
     platform::bus::NotificationSetting m_setting;
     base::Signal<> m_changed;
     base::Subscription m_daemons;

@@ -4,6 +4,7 @@
 #include "base/SmallFile.h"
 
 #include <cstddef>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -45,9 +46,13 @@ PlasmaNotificationSwitch::PlasmaNotificationSwitch(platform::bus::Bus& bus, base
                                                    const std::filesystem::path& settings, Tell tell)
     : m_file(settings / kFile),
       m_quiet(bus, QuietProperty::ofPlasma(),
-              [this, tell = std::move(tell)](const NotificationSetting& said) {
+              [this, tell = std::move(tell)](const std::optional<NotificationSetting>& said) {
+                  if (!said) {
+                      tell(std::nullopt);
+                      return;
+                  }
                   auto setting = readSetting(m_file);
-                  setting.isQuieted = setting.isQuieted || said.isQuieted;
+                  setting.isQuieted = setting.isQuieted || said->isQuieted;
                   tell(setting);
               }),
       m_watcher(runLoop, settings, {kFile}) {

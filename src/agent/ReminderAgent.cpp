@@ -292,6 +292,7 @@ AgentStatus ReminderAgent::status() {
         // That too what is due and waits for somebody who shows it.
         status.nextDue = m_table.nextDue(base::Instant::distantPast());
     } catch (const base::Error& error) {
+        status.isNextDueKnown = false;
         m_log.warning(std::string("What is due next cannot be read: ") + error.what());
     }
     return status;

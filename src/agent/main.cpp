@@ -133,7 +133,7 @@ int main(int, char* argv[]) {
         if (error.which() != store::StoreErrorCase::busy) {
             logger.error(std::string("The file of reminders cannot be used: ") + error.what());
         } else {
-            logger.info("Another agent of this user runs already.");
+            logger.info("Another agent has the reminders of this store.");
             end = End::done;
         }
     } catch (const std::exception& error) {

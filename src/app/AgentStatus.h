@@ -22,6 +22,8 @@ struct AgentStatus {
     std::string daemon = {};
     /// When the next one that was not shown is due, which may be past where nobody shows it.
     std::optional<base::Instant> nextDue = std::nullopt;
+    /// False where that cannot be read: then it says nothing that `nextDue` is absent.
+    bool isNextDueKnown = true;
 
     bool operator==(const AgentStatus&) const = default;
 };

@@ -21,6 +21,10 @@ constexpr std::size_t kManyInserted = 512;
 
 constexpr store::FieldReference kReminder{Entry::reminderDateField};
 
+base::Instant justBefore(base::Instant moment) {
+    return moment - kJustBefore;
+}
+
 } // namespace
 
 MissedReminders::MissedReminders(store::ModelContext& context, ReminderCenter& center,
@@ -39,6 +43,11 @@ MissedReminders::MissedReminders(store::ModelContext& context, ReminderCenter& c
         setSeen(m_listedAt);
         m_until = m_seenUntil;
     }
+    m_keptListedUntil = m_seen->listedUntil;
+    if (m_keptListedUntil && *m_keptListedUntil > m_until) {
+        m_until = *m_keptListedUntil;
+        m_isBehind = true;
+    }
     catchUp();
     m_subscriptions.push_back(
         context.didChange().connect([this](const auto& changes) { follow(changes); }));
@@ -54,28 +63,35 @@ std::optional<bool> MissedReminders::areShown() const {
     return showsNotifications(status.authorization) && status.canAct && !status.isQuieted;
 }
 
-MissedReminders::Cause MissedReminders::causeNow() const {
+std::optional<MissedReminders::Cause> MissedReminders::causeNow() const {
+    if (areShown() != false) {
+        return std::nullopt;
+    }
     const auto& status = m_center.status();
     if (!showsNotifications(status.authorization)) {
         return Cause::notShown;
     }
-    return status.isQuieted ? Cause::quieted : Cause::unanswerable;
+    // What came due before this was started may have been shown like any other.
+    return !m_wereShown       ? std::nullopt
+           : status.isQuieted ? std::optional(Cause::quieted)
+                              : std::optional(Cause::unanswerable);
 }
 
 void MissedReminders::catchUp() {
     const auto before = m_entries;
+    const auto causeBefore = cause();
     try {
         if (std::exchange(m_isBehind, false)) {
-            m_items.clear();
-            read(m_seenUntil, m_until);
+            readAgain();
         }
         moveTo(m_clock.now());
         list();
+        keepListed();
     } catch (const store::StoreError&) {
         // Whoever asks the store next says what is wrong with it.
         m_isBehind = true;
     }
-    if (m_entries != before) {
+    if (m_entries != before || cause() != causeBefore) {
         m_didChange.emit();
     }
 }
@@ -92,7 +108,8 @@ void MissedReminders::moveTo(base::Instant now) {
         if (m_wereShown != false) {
             beginListing(now);
         }
-        read(m_until, now);
+        const auto found = read(m_until, now);
+        m_items.insert(m_items.end(), found.begin(), found.end());
     } else if (shown && m_items.empty()) {
         const auto latest = latestUntil(now);
         if (latest && *latest > m_seenUntil) {
@@ -110,11 +127,12 @@ void MissedReminders::beginListing(base::Instant now) {
     if (!waiting) {
         return;
     }
-    const base::Instant before{waiting->seconds - kJustBefore};
+    const auto before = justBefore(*waiting);
     if (!m_wereShown) {
         // Notifications have shown what came due before that while this did not run.
-        m_seenUntil = std::max(m_seenUntil, std::min(before, now));
-        m_until = std::max(m_until, m_seenUntil);
+        m_until = std::max(m_until, std::min(before, now));
+        m_seenUntil =
+            std::max(m_seenUntil, m_items.empty() ? m_until : justBefore(m_items[0].date));
         return;
     }
     // What came due was taken to be shown until it was known that it could not be.
@@ -129,9 +147,10 @@ void MissedReminders::beginListing(base::Instant now) {
     }
 }
 
-void MissedReminders::read(base::Instant after, base::Instant until) {
+std::vector<MissedReminders::Item> MissedReminders::read(base::Instant after, base::Instant until) {
+    std::vector<Item> items;
     if (until <= after) {
-        return;
+        return items;
     }
     // The index of reminders has those that are present, and only a comparison says so to SQLite.
     const auto found = m_context.fetch<Entry>({
@@ -140,11 +159,22 @@ void MissedReminders::read(base::Instant after, base::Instant until) {
     });
     for (auto* const entry : found) {
         if (const auto date = entry->reminderDate(); date && date->isValid()) {
-            m_items.push_back({*date, entry->id(), entry, causeNow()});
+            items.push_back({*date, entry->id(), entry, causeNow()});
             m_listedAt = m_clock.now();
         }
     }
-    std::sort(m_items.begin(), m_items.end());
+    std::sort(items.begin(), items.end());
+    return items;
+}
+
+void MissedReminders::readAgain() {
+    auto items = read(m_seenUntil, m_until);
+    for (auto& each : items) {
+        if (const auto* const before = itemOf(each.id)) {
+            each.cause = before->cause;
+        }
+    }
+    m_items = std::move(items);
 }
 
 std::optional<base::Instant> MissedReminders::latestUntil(base::Instant now) const {
@@ -222,7 +252,7 @@ std::optional<MissedReminders::Cause> MissedReminders::cause() const {
     const auto isOther = [this](const Item& each) { return each.cause != m_items.front().cause; };
     return m_entries.empty() || std::any_of(m_items.begin(), m_items.end(), isOther)
                ? std::nullopt
-               : std::optional(m_items.front().cause);
+               : m_items.front().cause;
 }
 
 std::size_t MissedReminders::count() const {
@@ -292,9 +322,18 @@ void MissedReminders::list() {
     }
 }
 
+void MissedReminders::keepListed() {
+    const auto until = m_items.empty() ? std::nullopt : std::optional(m_items.back().date);
+    if (m_seen && m_seen->keepListed && until != m_keptListedUntil) {
+        m_keptListedUntil = until;
+        m_seen->keepListed(until);
+    }
+}
+
 void MissedReminders::tell() {
     try {
         list();
+        keepListed();
     } catch (const store::StoreError&) {
         m_isBehind = true;
     }

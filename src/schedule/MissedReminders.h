@@ -18,8 +18,10 @@ namespace korvex::schedule {
 /// answered, until their user has seen them here. Follows the store, the clock and whoever shows
 /// notifications. What is listed stays so when these are shown again; what comes due from then on
 /// is shown by them. As in all of Upcoming, nothing is listed of an archived board; what came due
-/// there before something that was seen is seen with it. Main thread; all that it refers to must
-/// outlive it.
+/// there before something that was seen is seen with it. While this does not run nobody notes
+/// whether what came due was seen: all of it is listed by one that starts where none is shown that
+/// could be answered, none by one that starts where they are. Main thread; all that it refers to
+/// must outlive it.
 class MissedReminders {
 public:
     /// What lasts from one run of the program to the next.
@@ -28,6 +30,9 @@ public:
         /// then it is kept that none is listed that came due before.
         std::optional<base::Instant> until;
         std::function<void(base::Instant until)> keep;
+        /// The latest reminder that was listed and not seen; absent where there is none.
+        std::optional<base::Instant> listedUntil = std::nullopt;
+        std::function<void(std::optional<base::Instant> until)> keepListed = nullptr;
     };
     /// Without `seen` nothing is ever listed: for a store of which nothing can be kept.
     MissedReminders(store::ModelContext& context, ReminderCenter& center, ScheduleClock& clock,
@@ -46,7 +51,8 @@ public:
         /// One was shown, in which nothing could be chosen.
         unanswerable,
     };
-    /// Of all that are listed; absent where it differs among them, or none is listed.
+    /// Of all that are listed; absent where it differs among them or is not known, or none is
+    /// listed.
     std::optional<Cause> cause() const;
     /// How many of them are open.
     std::size_t count() const;
@@ -71,7 +77,8 @@ private:
         base::Instant date;
         base::Uuid id;
         model::Entry* entry;
-        Cause cause;
+        /// Absent for what came due while this did not run.
+        std::optional<Cause> cause;
 
         bool operator<(const Item& other) const {
             return date != other.date ? date < other.date : id < other.id;
@@ -80,15 +87,17 @@ private:
 
     /// Whether notifications are shown that can be answered; absent where nobody knows.
     std::optional<bool> areShown() const;
-    /// Why what comes due now is listed.
-    Cause causeNow() const;
+    /// Why what is missed now is listed; absent where nobody knows.
+    std::optional<Cause> causeNow() const;
     /// Takes in what was not read when the store could not be read.
     void catchUp();
     void moveTo(base::Instant now);
     /// Nothing can be shown any more, or from the start.
     void beginListing(base::Instant now);
     void follow(const store::ChangeSet& changes);
-    void read(base::Instant after, base::Instant until);
+    std::vector<Item> read(base::Instant after, base::Instant until);
+    /// What is listed, once more; why it was missed stays as it was.
+    void readAgain();
     /// These two: true when it was one of these, or is now.
     bool place(model::Entry& entry);
     bool drop(const base::Uuid& id);
@@ -100,6 +109,7 @@ private:
     void acknowledge(base::Instant until);
     void setSeen(base::Instant until);
     void list();
+    void keepListed();
     void tell();
 
     store::ModelContext& m_context;
@@ -124,6 +134,7 @@ private:
     std::optional<base::Instant> m_readUntil;
     /// The latest moment among what is listed.
     std::optional<base::Instant> m_latest;
+    std::optional<base::Instant> m_keptListedUntil;
     bool m_isBehind = false;
     base::Signal<> m_didChange;
     std::vector<base::Subscription> m_subscriptions;

@@ -20,8 +20,8 @@ public:
         AuthorizationStatus authorization = AuthorizationStatus::unavailable;
         /// Why no notification can be shown; empty where one can, or where nobody knows.
         std::string reason = {};
-        /// Where none can: the first reminder that nobody was shown, later than now where there is
-        /// none; absent where nobody knows.
+        /// Where nobody takes one: the first reminder that nobody was shown, later than now where
+        /// there is none; absent where nobody knows.
         std::optional<base::Instant> waitingSince = std::nullopt;
         /// Whether notifications can be answered where they are shown.
         bool canAct = true;

@@ -109,8 +109,9 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
 
 void TodoScheduleEditor::setDefaultReminderMinutes(int minutes, base::Instant now) {
     m_settings.defaultReminderMinutes = minutes;
-    if (schedule() == m_initial) {
+    if (reminder == m_original.reminderDate && reminderPreset == m_originalPreset) {
         reminderPreset = presetAtReminder();
+        m_originalPreset = reminderPreset;
     } else {
         updatePresetReminder(now);
     }

@@ -38,6 +38,12 @@ using Request = std::array<char, 8>;
 constexpr Request kNotAsked{};
 constexpr Request kAsked{1};
 
+Request readRequest(const base::FileDescriptor& file) {
+    auto what = kNotAsked;
+    static_cast<void>(::pread(file.get(), what.data(), what.size(), kRecordBytes));
+    return what;
+}
+
 void writeRequest(const base::FileDescriptor& file, const Request& what) {
     static_cast<void>(::pwrite(file.get(), what.data(), what.size(), kRecordBytes));
 }
@@ -136,19 +142,19 @@ bool StoreLock::setRecord(const Record& record) noexcept {
 }
 
 SoleRequest::SoleRequest(const std::filesystem::path& lockFile)
-    : m_file(::open(lockFile.c_str(), O_WRONLY | O_CLOEXEC)) {
+    : m_file(::open(lockFile.c_str(), O_RDWR | O_CLOEXEC)),
+      m_stoodBefore(readRequest(m_file) == kAsked) {
     writeRequest(m_file, kAsked);
 }
 
 SoleRequest::~SoleRequest() {
-    writeRequest(m_file, kNotAsked);
+    writeRequest(m_file, m_stoodBefore ? kAsked : kNotAsked);
 }
 
 bool SoleRequest::stands(const std::filesystem::path& lockFile) {
     const base::FileDescriptor file(::open(lockFile.c_str(), O_RDONLY | O_CLOEXEC));
-    auto what = kNotAsked;
-    static_cast<void>(::pread(file.get(), what.data(), what.size(), kRecordBytes));
-    return what == kAsked && ::flock(file.get(), LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return readRequest(file) == kAsked && ::flock(file.get(), LOCK_SH | LOCK_NB) != 0 &&
+           errno == EWOULDBLOCK;
 }
 
 } // namespace korvex::store

@@ -79,7 +79,8 @@ private:
 /// Says in the store's lock file, for as long as this lives, that whoever holds the write lock must
 /// be alone with the store: programs that only show it let go of it meanwhile, and whoever watches
 /// the file is told at once. It is void when nobody holds the lock, so that of a killed program
-/// nothing is left. The write lock must be held all the time; any thread.
+/// nothing is left. One that is made within another leaves that one as it is. The write lock must
+/// be held all the time; any thread.
 class SoleRequest {
 public:
     /// A failure costs the notice: others are then waited for in vain, as for those that do not
@@ -94,6 +95,7 @@ public:
 
 private:
     base::FileDescriptor m_file;
+    bool m_stoodBefore;
 };
 
 } // namespace korvex::store

@@ -32,8 +32,10 @@ protected:
 
     /// A program's run.
     void start() {
-        m_missed.emplace(m_store.context, m_center, m_scheduleClock,
-                         MissedReminders::Seen{m_seen, [this](Instant until) { m_seen = until; }});
+        m_missed.emplace(
+            m_store.context, m_center, m_scheduleClock,
+            MissedReminders::Seen{m_seen, [this](Instant until) { m_seen = until; }, m_listed,
+                                  [this](std::optional<Instant> until) { m_listed = until; }});
         m_changes = m_missed->didChange().connect([this] { ++m_told; });
     }
     void restart() {
@@ -65,6 +67,7 @@ protected:
     tests::FakeReminderCenter m_center;
     ScheduleClock m_scheduleClock{m_clock, m_runLoop, base::TimeZone::utc, m_store.log};
     std::optional<Instant> m_seen = m_now;
+    std::optional<Instant> m_listed;
     std::optional<MissedReminders> m_missed;
     base::Subscription m_changes;
     int m_told = 0;
@@ -274,6 +277,7 @@ TEST_F(MissedRemindersTest, WhatWasShownWhileItDidNotRunIsNotListed) {
         m_center.set({.authorization = AuthorizationStatus::unavailable,
                       .reason = "Nobody is there.",
                       .waitingSince = waitingSince});
+        m_listed.reset();
         restart();
         m_board.setIsArchived(true);
         m_store.context.save();
@@ -337,6 +341,61 @@ TEST_F(MissedRemindersTest, WhatIsShownWhereNobodyCanAnswerOrIsDisturbedIsListed
     wait(2 * kMinute);
     EXPECT_THAT(listed(), ElementsAre("a", "b"));
     EXPECT_EQ(m_missed->cause(), std::nullopt) << "there are two reasons";
+}
+
+TEST_F(MissedRemindersTest, WhatIsListedStaysOverStartsUntilItIsSeenWhoeverShowsTheNext) {
+    using Cause = MissedReminders::Cause;
+    const ReminderCenter::Status quieted{.authorization = kAllowed, .isQuieted = true};
+    m_center.set(kAllowed);
+    add("shown before", m_now + kMinute);
+    start();
+    wait(2 * kMinute);
+    m_center.set(quieted);
+    add("quieted", m_clock.now() + kMinute);
+    wait(2 * kMinute);
+    EXPECT_EQ(m_missed->cause(), Cause::quieted);
+    m_missed.reset();
+    add("shown meanwhile", m_clock.now() + kMinute);
+    wait(2 * kMinute);
+    for (const auto& status :
+         {ReminderCenter::Status{}, {.authorization = kAllowed}, ReminderCenter::Status{}}) {
+        m_center.set(status);
+        restart();
+        EXPECT_THAT(listed(), ElementsAre("quieted"));
+        EXPECT_EQ(m_missed->cause(), std::nullopt) << "nobody knows any more";
+    }
+    m_center.set({.authorization = AuthorizationStatus::unavailable,
+                  .reason = "It is gone.",
+                  .waitingSince = Instant::distantFuture()});
+    EXPECT_THAT(listed(), ElementsAre("quieted")) << "no other waits";
+    m_center.set(kAllowed);
+    m_missed->markSeen();
+    restart();
+    EXPECT_THAT(listed(), IsEmpty());
+    EXPECT_EQ(m_listed, std::nullopt);
+}
+
+TEST_F(MissedRemindersTest, WhyOneWasMissedIsSaidOnlyOfWhatCameDueMeanwhileAndStaysSoWhenReadAnew) {
+    using Cause = MissedReminders::Cause;
+    add("maybe shown", m_now + kMinute);
+    wait(2 * kMinute);
+    m_center.set({.authorization = kAllowed, .isQuieted = true});
+    start();
+    EXPECT_THAT(listed(), ElementsAre("maybe shown"));
+    EXPECT_EQ(m_missed->cause(), std::nullopt)
+        << "nobody was quieted at that time, for all it knows";
+    m_missed->markSeen();
+    add("quieted", m_clock.now() + kMinute);
+    wait(2 * kMinute);
+    EXPECT_EQ(m_missed->cause(), Cause::quieted);
+
+    m_center.set(kAllowed);
+    for (int i = 0; i < 600; ++i) { // more than are looked up one by one
+        m_store.add({.content = "many"}, &m_board);
+    }
+    m_store.context.save();
+    EXPECT_THAT(listed(), ElementsAre("quieted"));
+    EXPECT_EQ(m_missed->cause(), Cause::quieted);
 }
 
 TEST_F(MissedRemindersTest, AStoreOfWhichNothingCanBeKeptListsNothing) {

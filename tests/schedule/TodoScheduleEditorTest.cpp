@@ -323,6 +323,10 @@ TEST_F(TodoScheduleEditorTest, KnowsAPresetAgainByItsMomentAndMovesItWithTheDueT
     looked.setDefaultReminderMinutes(630, m_now);
     EXPECT_EQ(looked.reminder, at("2025-03-10T09:00"));
     EXPECT_EQ(looked.reminderPreset, std::nullopt) << "it is none of these times any more";
+    auto changed = edit({.dueDay = 20250310, .reminderDate = at("2025-03-10T09:00")});
+    changed.hasTime = true;
+    changed.setDefaultReminderMinutes(630, m_now);
+    EXPECT_EQ(changed.reminder, at("2025-03-10T09:00"));
 
     // Yesterday's todo is put off until today by one click, though nine o'clock is over by now.
     m_now = at("2025-01-15T10:00");

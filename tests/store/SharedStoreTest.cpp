@@ -424,6 +424,8 @@ TEST_F(SharedStoreTest, WhoAsksToBeAloneIsHeardWhileItHoldsTheLockAndLeavesNothi
     {
         const store::SoleRequest request(lockFile);
         EXPECT_TRUE(heard());
+        static_cast<void>(store::SoleRequest(lockFile));
+        EXPECT_TRUE(heard()) << "it goes on";
     }
     EXPECT_FALSE(heard());
     const auto asked = bytesOf(lockFile).replace(kSoleRequestAt, 1, "\1");

@@ -27,6 +27,9 @@ namespace {
 using app::AgentReminder;
 using State = AgentReminder::State;
 
+/// Seconds after which whoever shows notifications has had the time to take one that is due.
+constexpr double kLate = 10;
+
 /// There is one agent for a user, and it looks after the user's own store.
 void requireOwnStore(const Session& session) {
     if (!app::isUsersOwn(session.storeFile().parent_path())) {
@@ -39,7 +42,7 @@ void requireOwnStore(const Session& session) {
 struct Line {
     AgentReminder reminder;
     bool isDeleted = false;
-    /// It came due, and nobody has shown it.
+    /// It came due some time ago, and nobody has shown it.
     bool isLate = false;
 
     std::string_view state() const { return isLate ? "not shown" : nameOf(reminder.state); }
@@ -48,7 +51,7 @@ struct Line {
 std::vector<Line> linesOf(const Session& session, std::vector<AgentReminder> reminders) {
     std::vector<Line> lines;
     for (auto& each : reminders) {
-        const auto isLate = each.state == State::pending && each.date <= session.now();
+        const auto isLate = each.state == State::pending && each.date + kLate <= session.now();
         lines.push_back({.reminder = std::move(each), .isLate = isLate});
     }
     return lines;
@@ -170,7 +173,7 @@ void print(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
         printFact(session, "Reason", answer.reason);
         return;
     }
-    const auto& [reminders, version, process, daemon, nextDue] = *answer.said;
+    const auto& [reminders, version, process, daemon, nextDue, isNextDueKnown] = *answer.said;
     printFact(session, "Version", version);
     printFact(session, "Process", std::to_string(process));
     printFact(session, "Reminders", schedule::statusLabel(reminders.authorization));
@@ -178,7 +181,10 @@ void print(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
     printFact(session, "Problem", reminders.permissionErrorMessage.value_or(""));
     printFact(session, "Problem", reminders.schedulingErrorMessage.value_or(""));
     printFact(session, "Shown by", daemon);
-    printFact(session, "Next", nextDue ? session.formats().dayAndShortTime(*nextDue) : "");
+    printFact(session, "Next",
+              nextDue          ? session.formats().dayAndShortTime(*nextDue)
+              : isNextDueKnown ? ""
+                               : "cannot be read");
 }
 
 void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answer) {
@@ -194,7 +200,7 @@ void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
     if (!answer.said) {
         text("reason", answer.reason);
     } else {
-        const auto& [reminders, version, process, daemon, nextDue] = *answer.said;
+        const auto& [reminders, version, process, daemon, nextDue, isNextDueKnown] = *answer.said;
         text("version", version);
         json.member("process", std::int64_t{process});
         json.member("authorization", schedule::statusLabel(reminders.authorization));
@@ -204,6 +210,7 @@ void write(Session& session, const RunningAgent::Answer<app::AgentStatus>& answe
         text("permissionError", reminders.permissionErrorMessage.value_or(""));
         text("schedulingError", reminders.schedulingErrorMessage.value_or(""));
         text("daemon", daemon);
+        json.flag("isNextDueKnown", isNextDueKnown);
         if (nextDue) {
             json.member("nextDue", std::string_view(base::isoText(*nextDue)));
         }

@@ -52,8 +52,11 @@ AgentClient::AgentClient(Bus& bus, base::RunLoop& runLoop, const std::filesystem
                              .interface = kAgentInterface,
                              .member = kAgentStatusChanged},
                             [this](const IncomingSignal& signal) {
-                                if (!isOthers()) {
+                                // Until it has answered it may be that of another store.
+                                if (m_agent) {
                                     setAgent(agentStatusOf(signal.read<Dictionary>()));
+                                } else if (!isOthers()) {
+                                    askSoon();
                                 }
                             });
 }
@@ -183,7 +186,8 @@ void AgentClient::setAgent(const app::AgentStatus& agent) {
     m_agent = agent;
     auto status = agent.reminders;
     // Where the user wants none, a daemon takes them all the same, and shows nobody anything.
-    if (status.authorization == schedule::AuthorizationStatus::unavailable) {
+    if (status.authorization == schedule::AuthorizationStatus::unavailable &&
+        agent.isNextDueKnown) {
         status.waitingSince = agent.nextDue.value_or(base::Instant::distantFuture());
     }
     setStatus(std::move(status));

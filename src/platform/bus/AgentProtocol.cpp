@@ -25,6 +25,7 @@ constexpr const char* kVersion = "version";
 constexpr const char* kProcess = "process";
 constexpr const char* kDaemon = "daemon";
 constexpr const char* kNextDue = "next-due";
+constexpr const char* kNextDueKnown = "next-due-known";
 
 constexpr std::array<std::pair<AuthorizationStatus, const char*>, 6> kAuthorizations{{
     {AuthorizationStatus::notDetermined, "not-determined"},
@@ -62,9 +63,11 @@ std::string agentStoreArgument(const std::filesystem::path& storeFile) {
 
 Dictionary toDictionary(const app::AgentStatus& said) {
     const auto& reminders = said.reminders;
-    Dictionary values{{kReason, Value(reminders.reason)},     {kCanAct, Value(reminders.canAct)},
-                      {kQuieted, Value(reminders.isQuieted)}, {kVersion, Value(said.version)},
-                      {kProcess, Value(said.processID)},      {kDaemon, Value(said.daemon)}};
+    Dictionary values{
+        {kReason, Value(reminders.reason)},         {kCanAct, Value(reminders.canAct)},
+        {kQuieted, Value(reminders.isQuieted)},     {kVersion, Value(said.version)},
+        {kProcess, Value(said.processID)},          {kDaemon, Value(said.daemon)},
+        {kNextDueKnown, Value(said.isNextDueKnown)}};
     for (const auto& [status, name] : kAuthorizations) {
         if (status == reminders.authorization) {
             values.emplace(kAuthorization, Value(name));
@@ -92,7 +95,8 @@ app::AgentStatus agentStatusOf(const Dictionary& values) {
                       .schedulingErrorMessage = textAt(values, kSchedulingError)},
         .version = valueOr<std::string>(values, kVersion, {}),
         .processID = valueOr<std::uint32_t>(values, kProcess, 0),
-        .daemon = valueOr<std::string>(values, kDaemon, {})};
+        .daemon = valueOr<std::string>(values, kDaemon, {}),
+        .isNextDueKnown = valueOr(values, kNextDueKnown, true)};
     const auto authorization = valueOr<std::string>(values, kAuthorization, {});
     for (const auto& [known, name] : kAuthorizations) {
         if (name == authorization) {

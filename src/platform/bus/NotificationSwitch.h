@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 namespace korvex::platform::bus {
 
@@ -18,8 +19,9 @@ struct NotificationSetting {
 class NotificationSwitch {
 public:
     /// Called with what holds, never from within a function of the switch, and again whenever it
-    /// may be another. Once asked it is called soon, also where nothing can be learnt.
-    using Tell = std::function<void(const NotificationSetting& setting)>;
+    /// may be another. Once asked it is called soon, also where nothing can be learnt: with nothing
+    /// where whoever knows was too slow and may say it another time.
+    using Tell = std::function<void(const std::optional<NotificationSetting>& setting)>;
 
     virtual ~NotificationSwitch() = default;
 

@@ -300,11 +300,11 @@ void PortalHotkeyBackend::listen() {
 
 void PortalHotkeyBackend::giveUp(const BusError& error) {
     m_log.info("No portal for shortcuts: " + error.errorDescription());
+    endSession(); // what it may have bound meanwhile is bound once more by the next one
     if (error.isForNow()) {
         waitToAskAgain();
         return;
     }
-    loseSession();
     setStatus({State::managedByDesktop});
 }
 

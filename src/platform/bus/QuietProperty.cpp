@@ -23,23 +23,29 @@ QuietProperty::QuietProperty(Bus& bus, Property property, Tell tell)
 }
 
 void QuietProperty::look() {
-    m_asked =
-        m_bus.call({.destination = kName,
-                    .path = kPath,
-                    .interface = kProperties,
-                    .member = "Get",
-                    .start = MethodAddress::Start::never},
-                   arguments(m_property.interface, m_property.name), [this](const Reply& reply) {
-                       NotificationSetting setting;
-                       try {
-                           const auto value = reply.read<Value>();
-                           const auto* const isQuieted = value.as<bool>();
-                           setting.isQuieted = isQuieted && *isQuieted;
-                       } catch (const BusError&) {
-                           // An older one that does not know it yet.
-                       }
-                       m_tell(setting);
-                   });
+    m_asked = m_bus.call({.destination = kName,
+                          .path = kPath,
+                          .interface = kProperties,
+                          .member = "Get",
+                          .start = MethodAddress::Start::never},
+                         arguments(m_property.interface, m_property.name),
+                         [this](const Reply& reply) { take(reply); });
+}
+
+void QuietProperty::take(const Reply& reply) {
+    if (const auto* const error = reply.error(); error && error->isForNow()) {
+        m_tell(std::nullopt);
+        return;
+    }
+    NotificationSetting setting;
+    try {
+        const auto value = reply.read<Value>();
+        const auto* const isQuieted = value.as<bool>();
+        setting.isQuieted = isQuieted && *isQuieted;
+    } catch (const BusError&) {
+        // An older one that does not know it yet.
+    }
+    m_tell(setting);
 }
 
 } // namespace korvex::platform::bus

@@ -25,6 +25,8 @@ public:
     void look() override;
 
 private:
+    void take(const Reply& reply);
+
     Bus& m_bus;
     Property m_property;
     Tell m_tell;

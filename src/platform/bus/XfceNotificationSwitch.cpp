@@ -45,6 +45,10 @@ void XfceNotificationSwitch::look() {
 }
 
 void XfceNotificationSwitch::take(const Reply& reply) {
+    if (const auto* const error = reply.error(); error && error->isForNow()) {
+        m_tell(std::nullopt);
+        return;
+    }
     NotificationSetting setting;
     try {
         const auto values = reply.read<Dictionary>();

@@ -48,8 +48,8 @@ ProgramOutput::ProgramOutput(base::RunLoop& runLoop, const std::string& program,
                 runLoop.watch(m_output.get(), base::RunLoop::Interest::reading, [this] { read(); });
         }
     }
-    m_limit =
-        runLoop.callAfter(m_watch ? kPatience : std::chrono::seconds(0), [this] { finish({}); });
+    m_limit = m_watch ? runLoop.callAfter(kPatience, [this] { finish(std::nullopt); })
+                      : runLoop.callAfter(std::chrono::seconds(0), [this] { finish(""); });
 }
 
 void ProgramOutput::read() {
@@ -61,11 +61,11 @@ void ProgramOutput::read() {
     if (count == 0) {
         finish(std::move(m_said));
     } else if (m_said.size() > kMost || (count < 0 && errno != EAGAIN && errno != EINTR)) {
-        finish({});
+        finish("");
     }
 }
 
-void ProgramOutput::finish(std::string said) {
+void ProgramOutput::finish(std::optional<std::string> said) {
     m_watch.reset();
     m_limit.reset();
     const auto take = std::exchange(m_take, nullptr); // which may destroy this

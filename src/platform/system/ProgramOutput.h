@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,9 +15,9 @@ namespace korvex::platform::system {
 /// outlive it.
 class ProgramOutput final {
 public:
-    /// Called once, never from within the constructor: with nothing where the program is not
-    /// installed, takes too long, or says more than a few lines.
-    using Take = std::function<void(const std::string& said)>;
+    /// Called once, never from within the constructor: with an empty text where the program is not
+    /// installed or says more than a few lines, and with nothing where it takes too long.
+    using Take = std::function<void(const std::optional<std::string>& said)>;
 
     /// The program is looked for where commands are. It is left to itself when this is destroyed.
     ProgramOutput(base::RunLoop& runLoop, const std::string& program,
@@ -24,7 +25,7 @@ public:
 
 private:
     void read();
-    void finish(std::string said);
+    void finish(std::optional<std::string> said);
 
     Take m_take;
     std::string m_said;

@@ -31,7 +31,8 @@ constexpr std::int64_t kHighestRevision = std::int64_t{1} << 53;
 class Source {
 public:
     Source(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
-           Ticker& ticker) {
+           Ticker& ticker)
+        : m_request(file.lockFile()) {
         if (!file.isTooShort() && canBeReadItself(file, schema, patience, ticker)) {
             return;
         }
@@ -62,6 +63,8 @@ private:
         }
     }
 
+    /// From the one to the other nobody is to take the store.
+    SoleRequest m_request;
     std::optional<SoleHold> m_itself;
     std::optional<MendedCopy> m_copy;
     std::vector<OlderTable> m_tables;

@@ -8,6 +8,8 @@ namespace {
 
 /// In the settings: how far reminders that no notification has shown were seen. It lives for ever.
 constexpr std::string_view kSeenUntil = "remindersSeenUntil";
+/// The same of the latest that is listed and was not seen.
+constexpr std::string_view kListedUntil = "remindersListedUntil";
 
 /// What is said where a program gives nobody who shows reminders.
 schedule::ReminderCenter::Status ofNobody(const WorkspaceOwner::Surroundings& surroundings) {
@@ -22,10 +24,22 @@ seenReminders(const WorkspaceOwner::Surroundings& surroundings) {
         return std::nullopt;
     }
     auto& defaults = surroundings.defaults;
-    const auto until = defaults.real(kSeenUntil);
+    const auto moment = [&defaults](std::string_view key) {
+        const auto seconds = defaults.real(key);
+        return seconds ? std::optional(base::Instant{*seconds}) : std::nullopt;
+    };
     return schedule::MissedReminders::Seen{
-        .until = until ? std::optional(base::Instant{*until}) : std::nullopt,
-        .keep = [&defaults](base::Instant seen) { defaults.setReal(kSeenUntil, seen.seconds); }};
+        .until = moment(kSeenUntil),
+        .keep = [&defaults](base::Instant seen) { defaults.setReal(kSeenUntil, seen.seconds); },
+        .listedUntil = moment(kListedUntil),
+        .keepListed =
+            [&defaults](std::optional<base::Instant> until) {
+                if (until) {
+                    defaults.setReal(kListedUntil, until->seconds);
+                } else {
+                    defaults.remove(kListedUntil);
+                }
+            }};
 }
 
 std::vector<std::filesystem::path> draftFolders(const WorkspaceOwner::Surroundings& surroundings) {

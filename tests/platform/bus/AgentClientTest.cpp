@@ -122,10 +122,26 @@ TEST_F(AgentClientTest, WhatIsAskedTogetherIsAskedOnceAndWhatItSaysIsKnown) {
                              .permissionErrorMessage = "A",
                              .schedulingErrorMessage = "B"}});
     ASSERT_TRUE(until([&] { return m_changeCount == 2; }));
-    auto expected = agent.status.reminders;
-    expected.waitingSince = base::Instant::distantFuture(); // nothing waits
-    EXPECT_EQ(m_client.status(), expected);
+    EXPECT_EQ(m_client.status(), agent.status.reminders) << "what a muted daemon takes is not seen";
     EXPECT_EQ(m_client.notifications().authorization(), AuthorizationStatus::denied);
+    // Where nobody takes any, what the agent still holds was not seen; it has to know that.
+    struct {
+        std::optional<base::Instant> nextDue;
+        bool isKnown;
+        std::optional<base::Instant> waitingSince;
+    } const cases[] = {
+        {base::Instant{5}, true, base::Instant{5}},
+        {std::nullopt, true, base::Instant::distantFuture()},
+        {std::nullopt, false, std::nullopt},
+    };
+    for (const auto& each : cases) {
+        const auto before = m_changeCount;
+        agent.say({.reminders = {.reason = "Nobody is there."},
+                   .nextDue = each.nextDue,
+                   .isNextDueKnown = each.isKnown});
+        ASSERT_TRUE(until([&] { return m_changeCount > before; }));
+        EXPECT_EQ(m_client.status().waitingSince, each.waitingSince);
+    }
     EXPECT_EQ(m_starts, 0);
 }
 
@@ -187,6 +203,10 @@ TEST_F(AgentClientTest, TheAgentOfAnotherStoreIsLeftAlone) {
         bus, m_loop, "/elsewhere/Primary.store", [&] { return ++starts > 0; }, m_log);
     connect(bus);
     ASSERT_TRUE(until([&] { return agent->name->state() == NameClaim::State::owned; }));
+    agent->say(agent->status);
+    settle(agent->bus);
+    settle(bus);
+    EXPECT_EQ(other.status(), AgentClient::Status()) << "nobody has said yet of whom this is";
     other.requestReconcile();
     ASSERT_TRUE(until([&] { return !other.status().reason.empty(); }));
     EXPECT_THAT(other.status().reason, ::testing::HasSubstr("another store"));

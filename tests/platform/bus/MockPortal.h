@@ -71,6 +71,8 @@ public:
     /// The user takes the time to think.
     bool asksUser = false;
     std::uint32_t usersAnswer = 0;
+    /// It does not even say that it asks.
+    bool isTooSlow = false;
     /// It says that it is done, and has left the shortcut out.
     bool bindsNothing = false;
     std::string trigger = "Alt+Space";
@@ -133,6 +135,10 @@ private:
             return;
         }
         ++bindings;
+        if (isTooSlow) {
+            m_unanswered.emplace_back(std::move(call));
+            return;
+        }
         proposal = std::get<1>(wanted.at(0));
         m_pending = place("request", options, "handle_token");
         call.reply(platform::bus::arguments(Path{m_pending}));
@@ -177,6 +183,7 @@ private:
     std::string m_client;
     std::string m_session;
     std::string m_pending;
+    std::vector<Call> m_unanswered;
     bool m_isBound = false;
     std::optional<platform::bus::OfferedObject> m_registry;
     std::optional<platform::bus::OfferedObject> m_shortcuts;

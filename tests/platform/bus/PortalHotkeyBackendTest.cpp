@@ -136,6 +136,20 @@ TEST_F(PortalHotkeyBackendTest, WhatBreaksOffIsNoAnswer) {
     EXPECT_TRUE(isBound());
 }
 
+TEST_F(PortalHotkeyBackendTest, ASessionThatWasNotAnsweredInTimeIsNotLeftBehind) {
+    startDaemon();
+    auto& there = startPortal();
+    there.isTooSlow = true;
+    manager.update({});
+    ASSERT_TRUE(comesTo([&] { return there.bindings == 1; }));
+    m_loop.advance(Bus::kPatience.count());
+    EXPECT_TRUE(comesTo([&] { return there.closings == 1; }));
+    there.isTooSlow = false;
+    m_loop.advance(PortalHotkeyBackend::kFirstPause.count());
+    EXPECT_TRUE(isBound());
+    EXPECT_EQ(there.sessions, 2);
+}
+
 TEST_F(PortalHotkeyBackendTest, WithoutSuchAPortalTheDesktopManagesIt) {
     manager.update({});
     EXPECT_TRUE(isManaged()) << "there is not even a bus";

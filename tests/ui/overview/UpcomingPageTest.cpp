@@ -56,8 +56,8 @@ TEST_F(UpcomingPageTest, WhatCameDueWithoutAnAnswerIsSaidToBeSoForItsReason) {
     using enum schedule::AuthorizationStatus;
     reminders.set({.authorization = authorized, .isQuieted = true});
     const auto todos = add({"quieted", "hidden"});
-    own.entries.updateSchedule(*todos[0], {.reminderDate = kNow + -60.0}, kNow + -120.0);
     show();
+    own.entries.updateSchedule(*todos[0], {.reminderDate = kNow + -60.0}, kNow + -120.0);
     EXPECT_TRUE(says("Reminders came due while you were not to be disturbed."));
     reminders.set(denied);
     own.entries.updateSchedule(*todos[1], {.reminderDate = kNow + -50.0}, kNow + -120.0);
