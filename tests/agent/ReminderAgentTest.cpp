@@ -297,7 +297,9 @@ TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
     add("Still reminded of", 50);
     settleAgent();
     m_store = {};
-    static_cast<void>(m_loop.runUntil([] { return false; }, std::chrono::milliseconds(1500)));
+    for (int halves = 0; halves < 4; ++halves) {
+        settleAgent();
+    }
     {
         const base::FileLock lock(store::StoreFile(storeFile()).lockFile(),
                                   std::chrono::milliseconds(0));

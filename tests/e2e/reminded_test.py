@@ -27,7 +27,7 @@ class RemindedTest(WindowCase):
             folder.mkdir(parents=True)
             for file in (PROGRAMS.parent / "data" / source).iterdir():
                 (folder / file.name).write_text(
-                    re.sub("^Exec=.*/", f"Exec={PROGRAMS}/", file.read_text(), flags=re.MULTILINE))
+                    re.sub("^Exec=.*/", f'Exec="{PROGRAMS}/', file.read_text(), flags=re.MULTILINE))
 
     def log_in(self, *, notifications=True):
         self.start_bus(with_services=notifications)
