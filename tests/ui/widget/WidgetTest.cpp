@@ -510,6 +510,33 @@ TEST_F(WidgetTest, OneThatWasCalledStandsOverOthersUntilTheKeyboardIsGoneForGood
     EXPECT_TRUE(isBelow());
     activate(window);
     EXPECT_TRUE(isBelow()) << "nobody has called it this time";
+
+    // By arrow keys, which go to the window manager, or to where the user has gone on to.
+    const auto place = [&] {
+        activate(window);
+        choose(window, "Move by Arrow Keys");
+        QApplication::processEvents();
+        EXPECT_FALSE(isBelow());
+        activate(other);
+    };
+    place();
+    EXPECT_EQ(desktop.placings, 1);
+    runLoop.advance(20);
+    window.move(window.pos() + QPoint(10, 0));
+    QApplication::processEvents();
+    runLoop.advance(20);
+    EXPECT_FALSE(isBelow()) << "it is still being moved";
+    runLoop.advance(20);
+    EXPECT_TRUE(isBelow()) << "nobody else says that it has ended";
+
+    place();
+    activate(window);
+    choose(window, "Keep Below Other Windows");
+    choose(window, "Keep Below Other Windows");
+    EXPECT_FALSE(isBelow()) << "it has the keyboard";
+    activate(other);
+    runLoop.advance(10);
+    EXPECT_TRUE(isBelow());
 }
 
 TEST_F(WidgetTest, TheMenuOffersWhatTheDesktopKnows) {
