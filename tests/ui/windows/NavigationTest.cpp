@@ -346,13 +346,13 @@ TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
     key(Qt::Key_Up);
     key(Qt::Key_Up);
     EXPECT_TRUE(field().hasFocus());
-    key(Qt::Key_Down);
+    row("Upcoming").setFocus();
     key(Qt::Key_End);
     EXPECT_TRUE(row("Archived boards").hasFocus());
     key(Qt::Key_PageUp);
     EXPECT_TRUE(row("Upcoming").hasFocus());
     row("Archived boards").click();
-    auto& older = own.boards.createBoard("Older", kNow);
+    auto& older = own.boards.createBoard("Outdated", kNow);
     own.boards.setArchived(true, older, kNow);
     QApplication::processEvents();
     key(Qt::Key_PageDown);
