@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """install_test.py CMAKE SOURCES PROGRAMS OPTION...: installs the programs that are built, and asks those who
-are told of them: desktops, the bus, the session's start. OPTION: what CMake was told to find Qt and the compiler."""
+are told of them: desktops, the bus, the session's start. OPTION: what the build's CMake was told."""
 import os
 import pathlib
 import shlex

@@ -19,6 +19,7 @@
 namespace korvex::ui {
 namespace {
 
+using app::RememberedWidget;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
