@@ -58,15 +58,16 @@ long wakeUps(pid_t process) {
     const auto tasks = std::filesystem::path("/proc") / std::to_string(process) / "task";
     long count = -1;
     std::error_code hasEnded;
-    for (const auto& task : std::filesystem::directory_iterator(tasks, hasEnded)) {
-        std::ifstream status(task.path() / "status");
+    std::filesystem::directory_iterator task(tasks, hasEnded);
+    for (; !hasEnded && task != std::filesystem::directory_iterator(); task.increment(hasEnded)) {
+        std::ifstream status(task->path() / "status");
         for (std::string line; std::getline(status, line);) {
             if (line.starts_with("voluntary_ctxt_switches:")) {
                 count = std::max(count, 0L) + std::stol(line.substr(line.find(':') + 1));
             }
         }
     }
-    return count;
+    return hasEnded ? -1 : count;
 }
 
 void startProgram(benchmark::State& state, std::vector<std::string> command, const char* name) {
@@ -100,8 +101,8 @@ void idle(benchmark::State& state) {
         const auto before = wakeUps(process.id());
         std::this_thread::sleep_for(kIdle);
         const auto after = wakeUps(process.id());
-        if (before < 0 || after < 0) {
-            state.SkipWithError("the agent has ended");
+        if (before < 0 || after < before) {
+            state.SkipWithError("the agent has ended, or a thread of it with what it had counted");
             return;
         }
         const auto count = after - before;

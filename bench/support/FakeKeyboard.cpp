@@ -8,8 +8,6 @@
 
 namespace korvex::bench {
 
-namespace {} // namespace
-
 FakeKeyboard::FakeKeyboard(const std::string& display)
     : m_connection(xcb_connect(display.c_str(), nullptr)) {
     const XAnswer<xcb_test_get_version_reply_t> reply(xcb_test_get_version_reply(

@@ -91,25 +91,14 @@ GlobalHotkeyManager::issueOf(const QuickEntryShortcut& shortcut) {
                                              : std::optional(Issue{Kind::unavailable, status});
 }
 
-std::optional<QuickEntryShortcut>
-GlobalHotkeyManager::firstFree(std::span<const QuickEntryShortcut> shortcuts) {
-    if (!installHandler()) {
-        return std::nullopt;
-    }
-    const auto found = std::find_if(shortcuts.begin(), shortcuts.end(), [&](const auto& each) {
-        return each.isValid() && !each.conflictsWithAppCommand() &&
-               m_backend.probe(each).state == State::registered;
-    });
-    return found == shortcuts.end() ? std::nullopt : std::optional(*found);
-}
-
 std::vector<QuickEntryShortcut> GlobalHotkeyManager::freeAlternatives(std::size_t most) {
     std::vector<QuickEntryShortcut> found;
     if (!installHandler()) {
         return found;
     }
     for (const auto& each : QuickEntryShortcut::alternatives()) {
-        if (found.size() < most && each != m_wanted && firstFree({&each, 1})) {
+        if (found.size() < most && each != m_wanted &&
+            m_backend.probe(each).state == State::registered) {
             found.push_back(each);
         }
     }

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -49,9 +48,6 @@ public:
 
     /// Why this one could not be registered now; absent where it could. What is registered stays.
     std::optional<Issue> issueOf(const QuickEntryShortcut& shortcut);
-    /// The first of these that could be registered now; absent where none could.
-    std::optional<QuickEntryShortcut> firstFree(std::span<const QuickEntryShortcut> shortcuts);
-
     /// The alternatives that could be registered now, so many at most.
     std::vector<QuickEntryShortcut> freeAlternatives(std::size_t most);
     /// Asks once more for what was asked for last and refused.

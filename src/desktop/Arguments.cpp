@@ -5,6 +5,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 
+#include <cstdio>
+#include <cstdlib>
+
 namespace korvex::desktop {
 
 namespace {
@@ -16,6 +19,7 @@ const auto kQuickEntry = QStringLiteral("quick-entry");
 const auto kBoard = QStringLiteral("board");
 const auto kType = QStringLiteral("type");
 const auto kGallery = QStringLiteral("gallery");
+constexpr int kWrongUsage = 2;
 
 /// In the language that is set up when it is asked.
 void describe(QCommandLineParser& parser) {
@@ -42,6 +46,30 @@ void describe(QCommandLineParser& parser) {
 #endif
 }
 
+/// Why it cannot be what the user means; empty where it can.
+QString objection(const QCommandLineParser& parser) {
+    const auto isType = [&] {
+        return app::entryTypeNamed(parser.value(kType).toStdString()).has_value();
+    };
+    const auto isBoard = [&] {
+        return base::Uuid::parse(parser.value(kBoard).toStdString()).has_value();
+    };
+    if (!parser.isSet(kQuickEntry)) {
+        return parser.isSet(kBoard) || parser.isSet(kType)
+                   ? QApplication::tr("--board and --type are for --quick-entry.")
+                   : QString();
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return QApplication::tr("--quick-entry takes no link.");
+    }
+    if (parser.isSet(kType) && !isType()) {
+        return QApplication::tr("--type takes todo or text.");
+    }
+    return parser.isSet(kBoard) && !isBoard()
+               ? QApplication::tr("--board takes a board's identifier.")
+               : QString();
+}
+
 } // namespace
 
 Arguments::Arguments(int count, char* given[]) {
@@ -54,13 +82,17 @@ Arguments::Arguments(int count, char* given[]) {
     describe(parser);
     const auto isUnderstood = parser.parse(words) && !parser.isSet(QStringLiteral("help"));
     take(parser);
-    m_areClear = isUnderstood && !m_gallery;
+    m_areClear = isUnderstood && objection(parser).isEmpty() && !m_gallery;
 }
 
 void Arguments::answer(const QApplication& application) {
     QCommandLineParser parser;
     describe(parser);
     parser.process(application);
+    if (const auto why = objection(parser); !why.isEmpty()) {
+        std::fputs(qPrintable(why + QLatin1Char('\n')), stderr);
+        std::exit(kWrongUsage);
+    }
     take(parser);
 }
 

@@ -92,7 +92,7 @@ TEST_F(GlobalHotkeyManagerTest, WithoutAHandlerNothingIsRegistered) {
     EXPECT_EQ(manager.issue(),
               (GlobalHotkeyManager::Issue{Kind::unavailable, {State::unavailable, 1}}));
     EXPECT_TRUE(system.asked.empty());
-    EXPECT_EQ(manager.firstFree(QuickEntryShortcut::alternatives()), std::nullopt);
+    EXPECT_TRUE(manager.freeAlternatives(3).empty());
     EXPECT_EQ(system.installs, 2) << "not once for each";
     system.handlerFault = 0;
     EXPECT_TRUE(manager.update({}));
@@ -120,12 +120,14 @@ TEST_F(GlobalHotkeyManagerTest, FollowsWhatTheSystemSaysLater) {
 }
 
 TEST_F(GlobalHotkeyManagerTest, OnlyWhatCouldBeRegisteredIsFree) {
-    const std::vector<QuickEntryShortcut> shortcuts = {kCommandN, {}, kOther};
-    EXPECT_EQ(manager.firstFree(shortcuts), QuickEntryShortcut());
+    const auto alternatives = QuickEntryShortcut::alternatives();
+    EXPECT_EQ(manager.freeAlternatives(2), (std::vector{alternatives[0], alternatives[1]}));
+    EXPECT_EQ(manager.issueOf(kCommandN), (GlobalHotkeyManager::Issue{Kind::invalid}));
+    EXPECT_EQ(manager.issueOf(kOther), std::nullopt);
     EXPECT_TRUE(system.asked.empty());
     system.answer = {State::conflict, 10};
-    EXPECT_EQ(manager.firstFree(shortcuts), std::nullopt);
-    for (const auto& each : QuickEntryShortcut::alternatives()) {
+    EXPECT_TRUE(manager.freeAlternatives(2).empty());
+    for (const auto& each : alternatives) {
         EXPECT_TRUE(each.isValid() && !each.conflictsWithAppCommand());
     }
 }

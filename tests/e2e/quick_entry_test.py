@@ -107,6 +107,16 @@ class QuickEntryTest(CaptureCase):
         self.assertEqual(program.wait(PATIENCE), 0)
         self.assertEqual(self.texts(), ["this"])
 
+    def test_a_start_that_cannot_be_meant_shows_nothing_and_says_why(self):
+        for wrong, why in ((["--quick-entry", "--type", "poem"], "todo or text"),
+                           (["--quick-entry", "--board", "Work"], "identifier"),
+                           (["--quick-entry", "korvex://inbox"], "no link"),
+                           (["--type", "text"], "for --quick-entry")):
+            ran = subprocess.run([DESKTOP, *wrong], env=self.environment, text=True, check=False,
+                                 capture_output=True, timeout=PATIENCE)
+            self.assertEqual(ran.returncode, 2, wrong)
+            self.assertIn(why, ran.stderr)
+
     def test_a_store_that_is_gone_costs_nothing(self):
         program = self.capture()
         self.wait_for_panel()

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""install_test.py CMAKE SOURCES PROGRAMS: installs the programs that are built, and asks those who are told
-of them: desktops, the bus, the session's start."""
+"""install_test.py CMAKE SOURCES PROGRAMS OPTION...: installs the programs that are built, and asks those who
+are told of them: desktops, the bus, the session's start. OPTION: what the build's CMake was told."""
 import os
 import pathlib
 import shlex
@@ -11,8 +11,8 @@ import unittest
 sys.path.append(str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 from program_case import ProgramCase
 
-CMAKE, SOURCES, PROGRAMS = sys.argv[1:4]
-del sys.argv[1:4]
+CMAKE, SOURCES, PROGRAMS, *OPTIONS = sys.argv[1:]
+del sys.argv[1:]
 
 AUTOSTART = "autostart/dev.korvex.Agent.desktop"
 WANTED = "lib/systemd/user/graphical-session.target.wants/korvex-agent.service"
@@ -33,7 +33,7 @@ class InstallTest(ProgramCase):
         build.mkdir()
         (build / "bin").symlink_to(PROGRAMS)
         self.run_quietly(CMAKE, "-S", SOURCES, "-B", build, "-G", "Ninja", "-DKORVEX_TESTS=OFF",
-                         f"-DCMAKE_INSTALL_PREFIX={prefix}")
+                         f"-DCMAKE_INSTALL_PREFIX={prefix}", *OPTIONS)
         self.run_quietly(CMAKE, "--install", build, **environment)
 
     def run_quietly(self, *command, **environment):

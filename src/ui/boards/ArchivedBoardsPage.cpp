@@ -149,7 +149,10 @@ void ArchivedBoardsPage::addRow(QWidget& rows, const Row& row, int number) {
         with(id, [this](model::Board* board) { Q_EMIT openRequested(board); });
     });
     connect(open, &SidebarRow::walked, this,
-            [this, number](int direction) { walk(number, direction); });
+            [this, number](int direction) { walkTo(number + direction); });
+    connect(open, &SidebarRow::walkedToEnd, this, [this](int direction) {
+        walkTo(direction < 0 ? 0 : static_cast<int>(m_buttons.size()) - 1);
+    });
     connect(unarchive, &QPushButton::clicked, this, [this, id = row.id] {
         with(id, [this](model::Board* board) { Q_EMIT unarchiveRequested(board); });
     });
@@ -171,10 +174,9 @@ void ArchivedBoardsPage::resizeEvent(QResizeEvent* event) {
     arrange();
 }
 
-void ArchivedBoardsPage::walk(int number, int direction) {
-    const auto next = number + direction;
-    if (next >= 0 && next < static_cast<int>(m_buttons.size())) {
-        auto* const button = m_buttons[static_cast<std::size_t>(next)];
+void ArchivedBoardsPage::walkTo(int number) {
+    if (number >= 0 && number < static_cast<int>(m_buttons.size())) {
+        auto* const button = m_buttons[static_cast<std::size_t>(number)];
         button->setFocus();
         m_area->ensureWidgetVisible(button);
     }

@@ -52,7 +52,8 @@ private:
     void addRow(QWidget& rows, const Row& row, int number);
     /// In a narrow window the buttons stand under the names.
     void arrange();
-    void walk(int number, int direction);
+    /// The row gets the keyboard, where there is one of that number.
+    void walkTo(int number);
     template <typename Signal>
     void with(const base::Uuid& id, Signal&& signal);
 

@@ -71,7 +71,7 @@ void SidebarRow::keyPressEvent(QKeyEvent* event) {
         Q_EMIT walked(event->key() == Qt::Key_Up ? -1 : 1);
         return;
     case Qt::Key_Home:
-    case Qt::Key_PageUp: // all rows are in sight
+    case Qt::Key_PageUp: // rows are few: one page holds them, or nearly
         Q_EMIT walkedToEnd(-1);
         return;
     case Qt::Key_End:

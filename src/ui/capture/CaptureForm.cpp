@@ -77,11 +77,12 @@ void CaptureForm::makeControls() {
     Accessibility::setRole(*m_reading, QAccessible::AlertMessage);
     m_refusal = new RefusalLabel(m_theme, this);
     m_type = new SegmentedChoice(tr("Type"), {tr("Todo"), tr("Text")}, m_theme, this);
+    m_type->setToolTip(tr("Todo (Ctrl+N), Text (Ctrl+Shift+T)"));
     m_board = new ChoiceButton(m_theme, this);
     m_board->setToolTip(tr("Board (Ctrl+K)"));
     m_schedule = new ChoiceButton(m_theme, this);
     m_heading = new ChoiceButton(m_theme, this);
-    m_heading->setToolTip(tr("Heading (Ctrl+Alt+1 to 3)"));
+    m_heading->setToolTip(tr("Heading (Ctrl+Alt+1 to 3, none: Ctrl+Alt+0)"));
     m_attach = makeTool(tr("Attach files"), tr("Ctrl+Shift+A"));
     m_discard = makeTool(tr("Discard the draft"), tr("Ctrl+Esc"));
     m_save = new QPushButton(tr("Save"), this);
@@ -249,7 +250,9 @@ bool CaptureForm::takes(const QString& text) {
     const auto pieces = m_state.entryType() == EntryType::todo
                             ? base::filledLines(bytes)
                             : std::vector<std::string_view>{bytes};
-    if (std::all_of(pieces.begin(), pieces.end(), model::EntryContentLimit::allows)) {
+    // Nobody writes a list of todos that is longer than the longest of texts.
+    if (bytes.size() <= model::EntryContentLimit::kMaximumBytes &&
+        std::all_of(pieces.begin(), pieces.end(), model::EntryContentLimit::allows)) {
         return true;
     }
     const model::EntryServiceError error(model::EntryServiceErrorCase::contentTooLong);

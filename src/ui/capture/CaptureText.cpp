@@ -62,8 +62,9 @@ int CaptureText::heightOf(int lines) const {
 }
 
 int CaptureText::heightOfHint() const {
-    // While there is a hint no scroll bar takes room.
-    const QRectF room(0, 0, width(), QWIDGETSIZE_MAX);
+    // While there is a hint no scroll bar takes room. A text that was never laid out has no width.
+    const auto across = testAttribute(Qt::WA_Resized) ? width() : m_theme.scaled(kPanelMeasure);
+    const QRectF room(0, 0, across, QWIDGETSIZE_MAX);
     const auto needed =
         QFontMetricsF(font()).boundingRect(room, Qt::TextWordWrap, placeholderText());
     return static_cast<int>(std::ceil(needed.height()));

@@ -1,5 +1,6 @@
 #include "ui/capture/QuickEntryPanel.h"
 
+#include "model/EntryAttachment.h"
 #include "model/ServiceErrors.h"
 #include "ui/attachments/AttachmentClipboard.h"
 #include "ui/boards/BoardPicker.h"
@@ -288,6 +289,12 @@ void QuickEntryPanel::editSchedule() {
 }
 
 void QuickEntryPanel::chooseFiles() {
+    if (m_state.attachments().size() >= model::EntryAttachment::kMaximumCount) {
+        // Before they are looked for; its button is off meanwhile.
+        m_state.forgetError();
+        m_form->say(translated(descriptionOf(model::AttachmentErrorCase::tooLarge)));
+        return;
+    }
     m_look.ask(
         {.title = tr("Attach files"), .kind = FileQuestion::Kind::filesToRead, .folder = m_folder},
         *this, [this](const std::vector<std::filesystem::path>& files) {
@@ -323,8 +330,8 @@ void QuickEntryPanel::attachOffered(const QMimeData& offered) {
 bool QuickEntryPanel::asksSomething() const {
     const auto windows = findChildren<QWidget*>();
     return std::any_of(windows.begin(), windows.end(), [](const QWidget* each) {
-        return each->isVisible() &&
-               (each->isWindow() || qobject_cast<const Popover*>(each) != nullptr);
+        const auto asks = each->isWindow() && each->windowType() != Qt::ToolTip;
+        return each->isVisible() && (asks || qobject_cast<const Popover*>(each) != nullptr);
     });
 }
 

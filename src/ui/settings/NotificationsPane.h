@@ -29,7 +29,7 @@ private:
     Remedy remedy() const;
     void perform();
     QString note() const;
-    /// What is to be known of them though they may be shown.
+    /// Why they do not reach the user, or not as they should; none where nobody knows.
     QStringList limits() const;
 
     schedule::ReminderCenter& m_center;

@@ -234,11 +234,11 @@ void SchedulePopover::connectFields() {
     for (auto* const field :
          std::initializer_list<TypedField*>{m_day, m_startDay, m_start, m_time}) {
         connect(field, &TypedField::changed, this, &SchedulePopover::takeState);
-        connect(field, &TypedField::problemChanged, this, &SchedulePopover::showErrors);
+        connect(field, &TypedField::problemChanged, this, &SchedulePopover::takeProblem);
         connect(field, &TypedField::typing, this, &SchedulePopover::holdJudgement);
     }
     connect(m_reminder, &ReminderChoice::changed, this, &SchedulePopover::takeState);
-    connect(m_reminder, &ReminderChoice::problemChanged, this, &SchedulePopover::showErrors);
+    connect(m_reminder, &ReminderChoice::problemChanged, this, &SchedulePopover::takeProblem);
     connect(m_reminder, &ReminderChoice::typing, this, &SchedulePopover::holdJudgement);
     connect(m_notice, &ReminderNotice::changed, this, &SchedulePopover::showErrors);
     connect(m_today, &QPushButton::clicked, this, [this] { setDueDay(0); });
@@ -260,6 +260,12 @@ QWidget& SchedulePopover::fieldOf(const QCheckBox& box) const {
 
 void SchedulePopover::holdJudgement() {
     m_editor.holdJudgement();
+    showErrors();
+    m_isChangedSince = true;
+}
+
+void SchedulePopover::takeProblem() {
+    m_isChangedSince = false;
     showErrors();
 }
 
@@ -331,6 +337,7 @@ void SchedulePopover::takeState() {
     m_editor.updatePresetReminder(m_services.clock.now());
     m_editor.judge(m_services.clock.now());
     showState();
+    m_isChangedSince = true;
 }
 
 /// A start needs an end, and goes with it.
@@ -369,6 +376,7 @@ void SchedulePopover::clear() {
     m_editor.hasReminder = false;
     if (hearOfOthers() && !m_editor.save(m_services.clock.now())) {
         showState();
+        refused();
     }
 }
 
@@ -394,6 +402,7 @@ bool SchedulePopover::takeTyped() {
             isRead = false;
         }
     }
+    m_isChangedSince = false; // all of it was tried
     return isRead;
 }
 
@@ -436,6 +445,9 @@ void SchedulePopover::showErrors() {
 }
 
 bool SchedulePopover::saysWhyNot() const {
+    if (m_isChangedSince) {
+        return false;
+    }
     const auto fields = findChildren<const TypedField*>();
     return std::any_of(fields.begin(), fields.end(), [](const TypedField* each) {
         return each->isVisible() && !each->problem().isEmpty();

@@ -77,6 +77,8 @@ private:
     void takeState();
     void takeTimes();
     void holdJudgement();
+    /// A field says that something is wrong with it, or no longer.
+    void takeProblem();
     /// What the fields show, which is not always what the editor has: they know fewer days.
     struct Shown {
         QDateTime due;
@@ -105,6 +107,8 @@ private:
     std::shared_ptr<const base::DateFormats> m_formats;
     schedule::TodoScheduleEditor m_editor;
     std::optional<base::Uuid> m_entry;
+    /// Since a field last said what is wrong with it.
+    bool m_isChangedSince = false;
     base::Subscription m_changes;
     base::Subscription m_settings;
     bool m_isShowing = false;

@@ -39,6 +39,8 @@ constexpr int kLeastHeight = 140;
 constexpr std::chrono::milliseconds kSettled{400};
 /// The keyboard of a window: keys that work anywhere take it for a moment, and give it back.
 constexpr std::chrono::milliseconds kGone{500};
+/// Whoever places it by keys moves it on sooner; no window manager says when that has ended.
+constexpr std::chrono::milliseconds kPlaced{30'000};
 
 } // namespace
 
@@ -305,7 +307,10 @@ void WidgetWindow::standBelow(Below below) {
 
 void WidgetWindow::setBelow(bool isBelow) {
     m_remembered.isBelow = isBelow;
-    standBelow(isBelow ? Below::yes : Below::no);
+    // One that has the keyboard goes below when that goes.
+    if (const auto waits = m_isCalled && (isActiveWindow() || m_losing); !isBelow || !waits) {
+        standBelow(isBelow ? Below::yes : Below::no);
+    }
     overrideWindowFlags(windowFlags().setFlag(Qt::WindowStaysOnBottomHint, isBelow));
     Q_EMIT placed();
 }
@@ -395,6 +400,9 @@ void WidgetWindow::rememberPlace() {
     if (!m_wasShown) {
         return;
     }
+    if (m_isPlacedByKeys && m_losing) {
+        followKeyboard(); // it is still being placed
+    }
     m_isMoved = true;
     m_saving = m_surroundings.runLoop.callAfter(kSettled, [this] {
         const auto before = m_remembered;
@@ -437,9 +445,10 @@ void WidgetWindow::followKeyboard() {
         m_isPlacedByKeys = false;
         standBelow(Below::no); // keys are to lead to nothing that lies under other windows
         raise();
-    } else if (!m_isPlacedByKeys) {
-        m_losing = m_surroundings.runLoop.callAfter(kGone, [this] {
+    } else {
+        m_losing = m_surroundings.runLoop.callAfter(m_isPlacedByKeys ? kPlaced : kGone, [this] {
             m_isCalled = false;
+            m_isPlacedByKeys = false;
             standBelow(m_remembered.isBelow ? Below::yes : Below::no);
         });
     }

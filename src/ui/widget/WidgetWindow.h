@@ -129,7 +129,7 @@ private:
     bool m_wasShown = false;
     /// The user has asked for it, and has not gone elsewhere with the keyboard since.
     bool m_isCalled = false;
-    /// Meanwhile the window manager has the keyboard.
+    /// The window manager has the keyboard for that, or was asked to take it.
     bool m_isPlacedByKeys = false;
     std::unique_ptr<base::RunLoop::Timer> m_losing;
     bool m_isPainted = false;

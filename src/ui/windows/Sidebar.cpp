@@ -119,6 +119,7 @@ void Sidebar::connectRows() {
         connect(row, &SidebarRow::clicked, this, [this, page] { Q_EMIT pageRequested(page); });
         connect(row, &SidebarRow::walked, this,
                 [this, row](int direction) { walk(row, direction); });
+        connect(row, &SidebarRow::walkedToEnd, this, &Sidebar::walkToEnd);
     };
     lead(m_upcoming, PageKind::upcoming);
     lead(m_completed, PageKind::completed);
@@ -142,6 +143,16 @@ void Sidebar::walk(const SidebarRow* from, int direction) {
         m_list->focusEnd(BoardListView::End::top);
     } else if (direction < 0) {
         m_list->focusEnd(BoardListView::End::bottom);
+    }
+}
+
+void Sidebar::walkToEnd(int direction) {
+    if (direction < 0) {
+        m_upcoming->setFocus();
+    } else if (m_archived->isHidden()) {
+        m_list->focusEnd(BoardListView::End::bottom);
+    } else {
+        m_archived->setFocus();
     }
 }
 

@@ -90,6 +90,7 @@ private:
     void layOut();
     void connectRows();
     void walk(const SidebarRow* from, int direction);
+    void walkToEnd(int direction);
     void takeBackCreation();
     void choose(const Choice& choice);
     void move(const base::Uuid& id, const base::Uuid& target, model::EntryPlacement placement);

@@ -1,6 +1,7 @@
 #include "ui/settings/NotificationsPane.h"
 
 #include "SettingsFixture.h"
+#include "app/AgentStart.h"
 #include "support/ScopedEnvironment.h"
 
 #include <gmock/gmock.h>
@@ -84,6 +85,27 @@ TEST_F(NotificationsPaneTest, ItFollowsWhatIsKnownAndOffersWhatHelps) {
         }
     }
     EXPECT_THAT(words(), Not(HasSubstr("could not")));
+}
+
+TEST_F(NotificationsPaneTest, WhatStartsNothingAtLoginIsSaidUnlessTheUserHasSetItUp) {
+    // On a machine where nothing of ours is installed for all users.
+    const tests::ScopedEnvironment settingsFolder("XDG_CONFIG_HOME", (folder / "config").native());
+    const tests::ScopedEnvironment dataFolder("XDG_DATA_HOME", (folder / "data").native());
+    const tests::ScopedEnvironment others("XDG_CONFIG_DIRS", (folder / "none").native());
+    const auto waits = HasSubstr("After you log in, reminders wait until Korvex is started");
+    reminders.set(AuthorizationStatus::authorized);
+    if (!app::startsAtLogin()) {
+        openSettings(notifications);
+        EXPECT_THAT(words(), waits);
+        settings->close();
+    }
+    const auto file = folder / "config" / "autostart" / "dev.korvex.Korvex.desktop";
+    std::filesystem::create_directories(file.parent_path());
+    std::ofstream(file) << "[Desktop Entry]\nExec=korvex-desktop --background\n";
+    openSettings(notifications);
+    reminders.set({.authorization = AuthorizationStatus::authorized, .isQuieted = true});
+    QApplication::processEvents();
+    EXPECT_THAT(words(), AllOf(HasSubstr("not to be disturbed"), Not(waits)));
 }
 
 TEST_F(NotificationsPaneTest, TheWindowOfAnotherStoreOffersNothingThatCannotHelp) {

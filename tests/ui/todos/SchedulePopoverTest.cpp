@@ -176,6 +176,22 @@ TEST_F(SchedulePopoverTest, OneEscapeGivesUpWhatWasRefusedBefore) {
     ASSERT_TRUE(isOpen()) << "of this nothing was said yet";
     press(Qt::Key_Escape);
     EXPECT_FALSE(isOpen());
+    for (const bool isTyped : {true, false}) {
+        open();
+        button("Due").click();
+        button("Until").click();
+        enter("Due time", "25:99");
+        press(Qt::Key_Return);
+        if (isTyped) {
+            enter("Due day", "mar 12");
+        } else {
+            button("Reminder").click();
+        }
+        press(Qt::Key_Escape);
+        ASSERT_TRUE(isOpen()) << "what was changed since is not thrown away by one key";
+        press(Qt::Key_Escape);
+        EXPECT_FALSE(isOpen());
+    }
 }
 
 TEST_F(SchedulePopoverTest, WhatAnotherProgramSetsIsFollowedOrNotReplacedUnseen) {

@@ -16,7 +16,7 @@ public:
     bool knowsBelow() const override { return isX11; }
     void prepare(QWindow&) override { ++prepared; }
     void giveKeyboard(QWindow& window) override { withKeyboard = &window; }
-    void placeByKeys(QWindow&, Placing) override {}
+    void placeByKeys(QWindow&, Placing) override { ++placings; }
     void open(const std::string& url, std::function<void(Refusal)> refused) override {
         opened.push_back(url);
         if (refusal) {
@@ -33,6 +33,7 @@ public:
 
     bool isX11 = true;
     int prepared = 0;
+    int placings = 0;
     const QWindow* withKeyboard = nullptr;
     std::vector<std::string> opened;
     /// What is answered to whoever opens something; absent where it is opened.

@@ -1,30 +1,19 @@
-#include "ui/widget/WidgetSet.h"
+#include "ui/widget/WidgetFixture.h"
 
-#include "storage/StoreStart.h"
 #include "store/SoleHold.h"
 #include "store/StoreLock.h"
 #include "ui/AccessibleTree.h"
-#include "ui/StillStyle.h"
-#include "ui/WindowFixture.h"
 #include "ui/boards/BoardPicker.h"
-#include "ui/widget/NotedDesktop.h"
-#include "ui/widget/WidgetHeader.h"
 #include "ui/widget/WidgetPage.h"
-#include "ui/widget/WidgetTodoList.h"
 
 #include <QElapsedTimer>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMenu>
 #include <QScrollBar>
-#include <QSignalSpy>
-#include <QToolButton>
 
 #include <gmock/gmock.h>
 
 #include <fstream>
 #include <future>
-#include <map>
 #include <thread>
 
 namespace korvex::ui {
@@ -34,7 +23,6 @@ using app::RememberedWidget;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-constexpr base::Instant kNow{763286400};
 constexpr double kHour = 3600;
 
 /// The rows that a list has laid out to know their heights.
@@ -44,141 +32,7 @@ struct LaidOut : LazyListView {
     }
 };
 
-/// A store as the app has prepared it, in another program's hands, and widgets over it.
-class WidgetTest : public ::testing::Test {
-protected:
-    WidgetTest() { startApp(); }
-
-    void startApp() {
-        auto started = storage::StoreStart::open({.storeFile = file, .now = kNow}, log);
-        app.reset();
-        appContainer = std::move(started.container);
-        app = std::make_unique<tests::StoreClient>(file, log);
-        app->boards.initializeDefaultBoards(kNow);
-        inbox = app->boards.inboxBoard();
-    }
-    std::vector<model::Entry*> add(std::vector<std::string> contents, model::Board& board) {
-        return app->entries.createTodos(
-            {.contents = std::move(contents), .board = board, .now = kNow});
-    }
-    /// The store file was rewritten, as the watcher notices.
-    void notice() {
-        store->follow();
-        runLoop.runPosted();
-    }
-    void makeStore() {
-        store = std::make_unique<WidgetStore>(
-            WidgetStore::Surroundings{.file = file,
-                                      .clock = clock,
-                                      .runLoop = runLoop,
-                                      .reconciling = reminders,
-                                      .reminders = notifications,
-                                      .announceChange = [this] { ++announced; },
-                                      .log = log,
-                                      .timeZone = base::TimeZone::utc,
-                                      .patience = std::chrono::milliseconds(0)});
-    }
-    WidgetSet& widgets() {
-        if (!store) {
-            makeStore();
-        }
-        if (!set) {
-            set = std::make_unique<WidgetSet>(
-                app::WidgetFile(folder / "widgets.json"),
-                WidgetSurroundings{*store, theme, dates, folding, runLoop, desktop}, log);
-        }
-        return *set;
-    }
-    /// The only widget, which shows this board.
-    WidgetWindow& show(const std::optional<base::Uuid>& board = std::nullopt) {
-        widgets().open(board);
-        auto& window = *set->windows().back();
-        window.setStyle(&still);
-        if (auto* const list = window.findChild<WidgetTodoList*>()) {
-            list->setStyle(&still);
-        }
-        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
-        return window;
-    }
-
-    static WidgetTodoList& listOf(WidgetWindow& window) {
-        return *window.findChild<WidgetTodoList*>();
-    }
-    static std::vector<std::string> rows(WidgetWindow& window) {
-        auto* const list = window.findChild<WidgetTodoList*>();
-        if (!list) {
-            return {"no store"};
-        }
-        std::vector<std::string> result;
-        for (int row = 0; row < list->model()->rowCount(); ++row) {
-            const auto index = list->model()->index(row, 0);
-            result.push_back((index.data(Qt::CheckStateRole) == Qt::Checked ? "[x] " : "[ ] ") +
-                             toUtf8(index.data().toString()));
-        }
-        return result;
-    }
-    /// The texts over the list, or in its place.
-    static std::string hint(const WidgetWindow& window) {
-        QStringList said;
-        for (const auto* const label : window.findChildren<QLabel*>()) {
-            if (label->isVisible()) {
-                said.append(label->text());
-            }
-        }
-        return toUtf8(said.join(QLatin1Char(' ')));
-    }
-    static void tick(WidgetWindow& window, int row) {
-        auto& list = listOf(window);
-        list.setCurrentRow(row);
-        QTest::keyClick(&list, Qt::Key_Space);
-    }
-    static std::string nameOf(const WidgetWindow& window) {
-        return toUtf8(window.findChild<WidgetBoardButton*>()->accessibleName());
-    }
-    std::map<std::string, QAction*> menuOf(WidgetWindow& window) {
-        for (auto* const button : window.findChildren<QToolButton*>()) {
-            if (button->accessibleName() == QLatin1String("Menu of the widget")) {
-                button->click();
-            }
-        }
-        std::map<std::string, QAction*> items;
-        for (auto* const action : window.findChildren<QMenu*>().back()->actions()) {
-            items[toUtf8(action->text())] = action;
-        }
-        return items;
-    }
-    void choose(WidgetWindow& window, const std::string& item) {
-        menuOf(window).at(item)->trigger();
-        if (auto* const menu = QApplication::activePopupWidget()) {
-            menu->close();
-        }
-    }
-    int completions() {
-        app->context.refresh();
-        return static_cast<int>(app->context.count<model::Entry>(model::Entry::completedTodos()));
-    }
-
-    tests::RecordingLog log;
-    tests::TemporaryFolder folder;
-    std::filesystem::path file = folder / "Primary.store";
-    tests::FakeClock clock{kNow};
-    tests::FakeRunLoop runLoop;
-    app::FileUserDefaults defaults{folder / "settings.json"};
-    app::AppPreferences preferences{defaults, log};
-    Theme theme{preferences};
-    tests::StillStyle still;
-    DateTexts dates{"en_US"};
-    base::TextFolding folding{"en_US"};
-    services::NoReminders reminders;
-    schedule::NoNotifications notifications;
-    tests::NotedDesktop desktop;
-    std::unique_ptr<store::ModelContainer> appContainer;
-    std::unique_ptr<tests::StoreClient> app;
-    model::Board* inbox = nullptr;
-    int announced = 0;
-    std::unique_ptr<WidgetStore> store;
-    std::unique_ptr<WidgetSet> set;
-};
+class WidgetTest : public WidgetFixture {};
 
 TEST_F(WidgetTest, OpenTodosOfOneBoardAreShownAndNothingElseIsRead) {
     auto& work = app->boards.createBoard("Work", kNow);
@@ -428,112 +282,6 @@ TEST_F(WidgetTest, AnotherBoardIsChosenByItsNameAndRemembered) {
     set.reset();
     ASSERT_TRUE(widgets().showRemembered());
     EXPECT_EQ(nameOf(*set->windows().front()), "Work, 1 open todo");
-}
-
-TEST_F(WidgetTest, SeveralAreAddedRemovedAndComeBackWhereTheyStood) {
-    auto& work = app->boards.createBoard("Work", kNow);
-    auto& first = show();
-    auto& second = show(work.id());
-    EXPECT_FALSE(first.geometry().intersects(second.geometry()));
-    EXPECT_EQ(desktop.withKeyboard, second.windowHandle());
-    // The same board is not shown twice: its widget gets the keyboard, where the user has put it.
-    second.setGeometry(40, 50, 260, 300);
-    widgets().open(inbox->id());
-    EXPECT_EQ(desktop.withKeyboard, first.windowHandle());
-    widgets().open(work.id());
-    EXPECT_EQ(desktop.withKeyboard, second.windowHandle());
-    EXPECT_EQ(set->windows().size(), 2U);
-    EXPECT_EQ(second.geometry(), QRect(40, 50, 260, 300));
-    EXPECT_EQ(desktop.prepared, 2) << "the desktop's hints are replaced while it is shown";
-    // Without a board those come back that are closed, or put away.
-    first.close();
-    second.showMinimized();
-    widgets().open(std::nullopt);
-    EXPECT_TRUE(first.isVisible());
-    EXPECT_FALSE(second.isMinimized());
-    EXPECT_EQ(desktop.withKeyboard, first.windowHandle());
-    EXPECT_EQ(set->windows().size(), 2U);
-    choose(first, "Add Widget");
-    EXPECT_EQ(set->windows().size(), 3U);
-    choose(first, "Remove Widget");
-    QTest::qWait(10);
-    EXPECT_EQ(set->windows().size(), 2U);
-    // It was moved just now when the session ends.
-    second.setGeometry(60, 50, 260, 300);
-    QTest::qWait(50);
-    set->save();
-
-    set.reset();
-    desktop.withKeyboard = nullptr;
-    ASSERT_TRUE(widgets().showRemembered());
-    EXPECT_EQ(desktop.withKeyboard, nullptr) << "nobody has asked for them";
-    EXPECT_EQ(set->windows()[0]->geometry(), QRect(60, 50, 260, 300));
-    {
-        // Closed, they are remembered all the same.
-        QSignalSpy emptied(set.get(), &WidgetSet::emptied);
-        choose(*set->windows()[1], "Close All Widgets");
-        QTest::qWait(10);
-        EXPECT_GE(emptied.count(), 1);
-    }
-    widgets().open(std::nullopt);
-    ASSERT_EQ(set->windows().size(), 2U);
-    QSignalSpy emptied(set.get(), &WidgetSet::emptied);
-    for (auto* const window : set->windows()) {
-        choose(*window, "Remove Widget");
-    }
-    QTest::qWait(10);
-    EXPECT_EQ(emptied.count(), 1);
-    set.reset();
-    EXPECT_FALSE(widgets().showRemembered());
-}
-
-TEST_F(WidgetTest, OneThatWasCalledStandsOverOthersUntilTheKeyboardIsGoneForGood) {
-    auto& window = show();
-    const auto isBelow = [&] {
-        return window.windowHandle()->flags().testFlag(Qt::WindowStaysOnBottomHint);
-    };
-    QWidget other;
-    other.show();
-    const auto activate = [](QWidget& which) {
-        which.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&which));
-    };
-    activate(window);
-    EXPECT_FALSE(isBelow());
-    // As a key does that the desktop has for itself.
-    activate(other);
-    activate(window);
-    runLoop.advance(10);
-    EXPECT_FALSE(isBelow());
-    activate(other);
-    runLoop.advance(10);
-    EXPECT_TRUE(isBelow());
-    activate(window);
-    EXPECT_TRUE(isBelow()) << "nobody has called it this time";
-}
-
-TEST_F(WidgetTest, TheMenuOffersWhatTheDesktopKnows) {
-    auto& window = show();
-    EXPECT_EQ(desktop.prepared, 1);
-    EXPECT_TRUE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
-    choose(window, "Keep Below Other Windows");
-    EXPECT_FALSE(window.windowFlags().testFlag(Qt::WindowStaysOnBottomHint));
-    EXPECT_TRUE(window.isVisible());
-    choose(window, "Show Widgets When You Log In");
-    EXPECT_EQ(desktop.atLogin, true);
-    choose(window, "Show Widgets When You Log In");
-    EXPECT_EQ(desktop.atLogin, false);
-
-    set.reset();
-    desktop.isX11 = false;
-    desktop.atLogin.reset();
-    ASSERT_TRUE(widgets().showRemembered());
-    auto& plain = *set->windows().front();
-    EXPECT_FALSE(plain.windowFlags().testFlag(Qt::FramelessWindowHint));
-    const auto items = menuOf(plain);
-    EXPECT_FALSE(items.at("Keep Below Other Windows")->isEnabled());
-    EXPECT_TRUE(items.contains("This desktop lets no window do that."));
-    EXPECT_FALSE(items.at("Show Widgets When You Log In")->isEnabled());
 }
 
 TEST_F(WidgetTest, WhatCannotBeDoneIsToldInTheWidgetWithAndWithoutAStore) {

@@ -346,6 +346,18 @@ TEST_F(NavigationTest, TheArrowsLeadThroughTheSidebarAsOneList) {
     key(Qt::Key_Up);
     key(Qt::Key_Up);
     EXPECT_TRUE(field().hasFocus());
+    row("Upcoming").setFocus();
+    key(Qt::Key_End);
+    EXPECT_TRUE(row("Archived boards").hasFocus());
+    key(Qt::Key_PageUp);
+    EXPECT_TRUE(row("Upcoming").hasFocus());
+    row("Archived boards").click();
+    auto& older = own.boards.createBoard("Outdated", kNow);
+    own.boards.setArchived(true, older, kNow);
+    QApplication::processEvents();
+    key(Qt::Key_PageDown);
+    key(Qt::Key_Return); // the last one
+    EXPECT_EQ(page().board(), &older);
 }
 
 TEST_F(NavigationTest, ControlKGoesToABoardFromAnywhere) {

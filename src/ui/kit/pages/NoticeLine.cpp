@@ -56,8 +56,13 @@ void NoticeLine::setActionEnabled(bool enabled) {
 }
 
 void NoticeLine::setText(const QString& text) {
+    if (text == m_text->text()) {
+        return;
+    }
     m_text->setText(text);
     setAccessibleName(text);
+    m_isUnsaid = !isHidden();
+    sayInSight();
 }
 
 void NoticeLine::setHolds(bool holds) {

@@ -32,6 +32,7 @@ public:
     /// Whether what it says is so: it is shown, and read out once, as soon as its user is in this
     /// window and it is in sight.
     void setHolds(bool holds);
+    /// Another text that is shown already is read out too.
     void setText(const QString& text);
     void setActionEnabled(bool enabled);
 
