@@ -40,6 +40,7 @@ MissedReminders::MissedReminders(store::ModelContext& context, ReminderCenter& c
         return;
     }
     if (!m_seen->until) {
+        m_isFirst = true;
         setSeen(m_listedAt);
         m_until = m_seenUntil;
     }
@@ -128,6 +129,12 @@ void MissedReminders::beginListing(base::Instant now) {
         return;
     }
     const auto before = justBefore(*waiting);
+    if (!m_wereShown && std::exchange(m_isFirst, false)) {
+        // Nobody has seen any; what the agent could not show is known to have been missed.
+        m_until = m_seenUntil = std::min(before, m_seenUntil);
+        m_seen->keep(m_seenUntil);
+        return;
+    }
     if (!m_wereShown) {
         // Notifications have shown what came due before that while this did not run.
         m_until = std::max(m_until, std::min(before, now));

@@ -135,6 +135,8 @@ private:
     /// The latest moment among what is listed.
     std::optional<base::Instant> m_latest;
     std::optional<base::Instant> m_keptListedUntil;
+    /// Of all runs with these preferences, and it is not known yet whether anything waits.
+    bool m_isFirst = false;
     bool m_isBehind = false;
     base::Signal<> m_didChange;
     std::vector<base::Subscription> m_subscriptions;

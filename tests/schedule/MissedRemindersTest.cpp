@@ -304,6 +304,14 @@ TEST_F(MissedRemindersTest, AFirstStartListsNothingThatCameDueBefore) {
     wait(2 * kMinute);
     start();
     EXPECT_THAT(listed(), ElementsAre("since then"));
+
+    m_missed.reset();
+    m_seen.reset();
+    m_center.set({.authorization = AuthorizationStatus::unavailable,
+                  .reason = "Nobody is there.",
+                  .waitingSince = m_now + kMinute});
+    start();
+    EXPECT_THAT(listed(), ElementsAre("since then")) << "an agent holds it, and could not show it";
 }
 
 TEST_F(MissedRemindersTest, WhatIsShownWhereNobodyCanAnswerOrIsDisturbedIsListedAndItIsSaidWhy) {
