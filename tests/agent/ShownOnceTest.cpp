@@ -244,7 +244,12 @@ private:
     }
     void markOneComplete() {
         if (auto* const shown = anyLive()) {
-            const auto entry = m_agent->delivery.entryOf({shown->first, m_daemon});
+            const ShownNotification notification{shown->first, m_daemon};
+            const auto entry = m_agent->delivery.entryOf(notification);
+            const auto goes = m_agent->table.withdrawals();
+            if (!entry && std::find(goes.begin(), goes.end(), notification) != goes.end()) {
+                return; // it is about to be closed, as after its todo was put off
+            }
             ASSERT_EQ(entry, shown->second.reminder.first);
             const schedule::CompleteTodoIntent intent(m_agent->scheduler, m_widgets, m_mine.log);
             intent.complete(entry->text(), m_agent->context, m_clock.now(), &m_agent->client);
