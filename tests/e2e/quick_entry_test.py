@@ -27,6 +27,7 @@ class CaptureCase(WindowCase):
 
     def wait_for_panel(self):
         wait_for(lambda: self.title().startswith(NAME), "the panel to have the keyboard")
+        time.sleep(0.1)  # the window manager says so a moment before it is so
 
     def windows(self):
         """The names of all windows in sight."""
@@ -78,6 +79,7 @@ class QuickEntryTest(CaptureCase):
         program = self.capture()
         self.wait_for_panel()
         self.type("plants")
+        time.sleep(DRAFT_KEPT / 2)  # until the letters have come, and before they are kept
         program.terminate()  # as the end of a session does
         self.assertEqual(program.wait(PATIENCE), 0)
         program = self.capture()
