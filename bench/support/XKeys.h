@@ -1,25 +1,16 @@
 #pragma once
 
-#include <xcb/xcb.h>
+#include "platform/x11/Xcb.h"
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <stdexcept>
 
 namespace korvex::bench {
 
-struct Disconnect {
-    void operator()(xcb_connection_t* connection) const { xcb_disconnect(connection); }
-};
 /// To an X server, of one's own.
-using XConnection = std::unique_ptr<xcb_connection_t, Disconnect>;
-
-struct FreeAnswer {
-    void operator()(void* answer) const { std::free(answer); }
-};
+using XConnection = platform::x11::Connection;
 template <typename T>
-using XAnswer = std::unique_ptr<T, FreeAnswer>;
+using XAnswer = platform::x11::Answer<T>;
 
 /// What is pressed from anywhere: few window managers have it.
 inline constexpr xcb_keysym_t kControlKey = 0xFFE3;

@@ -104,7 +104,7 @@ ReminderAgent::ReminderAgent(Surroundings surroundings)
               filesOf(m_surroundings.storeFile)) {
     m_subscriptions.push_back(m_store.changed().connect(
         [this](store::ModelContext* context) { m_delivery.useStore(context); }));
-    // The name first: nobody can be reminded without the bus, and who started us waits for it.
+    // Nobody can be reminded without the bus.
     m_subscriptions.push_back(
         m_surroundings.bus.stateChanged().connect([this](platform::bus::Bus::State state) {
             if (state == platform::bus::Bus::State::connected) {

@@ -1,6 +1,5 @@
 #include "app/GlobalHotkeyManager.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace korvex::app {

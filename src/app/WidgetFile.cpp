@@ -1,7 +1,6 @@
 #include "app/WidgetFile.h"
 
 #include "app/StoreLocation.h"
-#include "base/Digest.h"
 #include "base/FileReplacement.h"
 #include "base/SmallFile.h"
 
@@ -9,8 +8,6 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-#include <cinttypes>
-#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -127,12 +124,7 @@ std::filesystem::path WidgetFile::in(const std::filesystem::path& stateFolder,
     if (isUsersOwn(storeFile.parent_path())) {
         return folder / "widgets.json";
     }
-    const auto path = storeFile.string();
-    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(path.data());
-    char name[32];
-    std::snprintf(name, sizeof name, "widgets-%016" PRIx64 ".json",
-                  base::checksum({bytes, path.size()}));
-    return folder / name;
+    return folder / ("widgets-" + storeMark(storeFile) + ".json");
 }
 
 std::vector<RememberedWidget> WidgetFile::read(base::LogSink& log) const {

@@ -19,15 +19,15 @@ namespace korvex::schedule {
 /// notifications. What is listed stays so when these are shown again; what comes due from then on
 /// is shown by them. As in all of Upcoming, nothing is listed of an archived board; what came due
 /// there before something that was seen is seen with it. While this does not run nobody notes
-/// whether what came due was seen: all of it is listed by one that starts where none is shown that
-/// could be answered, none by one that starts where they are. Main thread; all that it refers to
-/// must outlive it.
+/// whether what came due was seen: one that starts where none is shown that could be answered lists
+/// all of it, or what the center says that nobody was shown; one that starts where they are, none.
+/// Main thread; all that it refers to must outlive it.
 class MissedReminders {
 public:
     /// What lasts from one run of the program to the next.
     struct Seen {
-        /// Reminders up to then need not be listed; absent where nobody has looked after them yet:
-        /// then it is kept that none is listed that came due before.
+        /// Reminders up to then need not be listed. Absent where nobody has looked after them yet:
+        /// then only what the center says that nobody was shown is listed of what came due before.
         std::optional<base::Instant> until;
         std::function<void(base::Instant until)> keep;
         /// The latest reminder that was listed and not seen; absent where there is none.

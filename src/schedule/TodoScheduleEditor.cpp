@@ -109,7 +109,7 @@ bool TodoScheduleEditor::storedChanged(const model::TodoSchedule& stored, Typing
 
 void TodoScheduleEditor::setDefaultReminderMinutes(int minutes, base::Instant now) {
     m_settings.defaultReminderMinutes = minutes;
-    if (reminder == m_original.reminderDate && reminderPreset == m_originalPreset) {
+    if (isReminderUntouched()) {
         reminderPreset = presetAtReminder();
         m_originalPreset = reminderPreset;
     } else {
@@ -192,6 +192,10 @@ std::optional<base::Instant> TodoScheduleEditor::momentOf(TodoReminderPreset pre
     return from ? reminderDate(preset, *from, m_formats.calendar()) : std::nullopt;
 }
 
+bool TodoScheduleEditor::isReminderUntouched() const {
+    return reminder == m_original.reminderDate && reminderPreset == m_originalPreset;
+}
+
 std::optional<TodoReminderPreset> TodoScheduleEditor::presetAtReminder() const {
     if (!hasReminder || !hasDue) {
         return std::nullopt;
@@ -207,9 +211,7 @@ void TodoScheduleEditor::updatePresetReminder(base::Instant now) {
         return;
     }
     const auto moved = momentOf(*reminderPreset);
-    const auto isUntouched =
-        reminder == m_original.reminderDate && reminderPreset == m_originalPreset;
-    if (isUntouched && reminder < now && moved && *moved < now) {
+    if (isReminderUntouched() && reminder < now && moved && *moved < now) {
         reminderPreset = presetAtReminder();
     } else {
         reminder = moved.value_or(reminder);

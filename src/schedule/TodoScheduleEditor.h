@@ -120,6 +120,8 @@ private:
     std::optional<base::Instant> anchor() const;
     std::optional<base::Instant> momentOf(TodoReminderPreset preset) const;
     std::optional<TodoReminderPreset> presetAtReminder() const;
+    /// Nobody has changed here what reminds.
+    bool isReminderUntouched() const;
     std::optional<base::DayNumber> dueDay() const;
     /// The start and the end of the window; absent where the clock has no such time on the due
     /// date.

@@ -3,11 +3,9 @@
 namespace korvex::agent {
 namespace {
 
-using app::AgentReminder;
 using schedule::AuthorizationStatus;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using Tells = tests::RecordingDaemon::Tells;
 
 class AgentAndDaemonTest : public AgentFixture {};
 
@@ -49,10 +47,7 @@ TEST_F(AgentAndDaemonTest, WithoutADaemonItWaitsForOneAndSaysSo) {
 }
 
 TEST_F(AgentAndDaemonTest, ADaemonThatRefusesIsAskedAgainLater) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     m_notifications->refuseNext(2);
     add("Again", 10);
     settleAgent();
@@ -88,7 +83,9 @@ TEST_F(AgentAndDaemonTest, ADaemonThatIsStoppedForLongShowsOnceWhatItWasToShowAn
     letNotificationsRun();
     ask(platform::bus::agent_method::kRequestAuthorization, {}, [](const auto&) {});
     letNotificationsRun();
+    letNotificationsRun();
     EXPECT_EQ(status().reminders.authorization, AuthorizationStatus::authorized);
+    EXPECT_EQ(status().daemon, "recorder 1") << "it was too slow to say its name, too";
 
     setClock(10);
     waitLong();
@@ -108,10 +105,7 @@ TEST_F(AgentAndDaemonTest, ADaemonThatIsStoppedForLongShowsOnceWhatItWasToShowAn
 }
 
 TEST_F(AgentAndDaemonTest, ADaemonThatRefusesEverythingIsSaidToBeUntilItShowsSomething) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     m_notifications->refuseNext(7);
     add("Refused", 10);
     settleAgent();

@@ -18,6 +18,9 @@ inline constexpr base::Instant kNow{3'000'000'000};
 /// The agent with all its parts on a real bus; its clock is set by hand.
 class AgentFixture : public tests::BusFixture {
 protected:
+    using AgentReminder = app::AgentReminder;
+    using Tells = tests::RecordingDaemon::Tells;
+
     AgentFixture() { m_daemon.emplace(socket(), m_folder / "services"); }
 
     std::filesystem::path storeFile() const { return m_folder / "data" / "Primary.store"; }
@@ -68,6 +71,13 @@ protected:
         m_notifications.emplace(m_loop, m_log, m_capabilities);
         ASSERT_TRUE(m_loop.runUntil([&] { return m_notifications->isThere(); }));
     }
+    /// Over a store, with somebody who shows what it has to show.
+    void startAll() {
+        prepareStore();
+        startNotifications();
+        startAgent();
+        settleAgent();
+    }
     /// One that does something only while its own loop runs, as a process that is stopped at times.
     void startStoppedNotifications() {
         m_notifications.emplace(m_otherLoop, m_log);
@@ -86,17 +96,6 @@ protected:
     }
     bool shows(std::size_t count) {
         return patiently([&] { return m_notifications->shown().size() == count; });
-    }
-    /// While time passes, so that what waits a moment goes on.
-    template <typename Condition>
-    bool patiently(Condition&& condition) {
-        for (int tenths = 0; tenths < 400; ++tenths) {
-            if (m_loop.runUntil(condition, std::chrono::milliseconds(10))) {
-                return true;
-            }
-            m_loop.advance(0.1);
-        }
-        return false;
     }
     /// Whatever is under way comes to its end.
     void settleAgent() {

@@ -5,26 +5,45 @@
 #include "model/Board.h"
 #include "platform/bus/DesktopApplication.h"
 #include "store/SoleHold.h"
-#include "store/StoreError.h"
 
 namespace korvex::agent {
 namespace {
 
-using app::AgentReminder;
 using model::Entry;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-using Tells = tests::RecordingDaemon::Tells;
 
-class ReminderAgentTest : public AgentFixture {};
+class ReminderAgentTest : public AgentFixture {
+protected:
+    /// A todo whose notification is ticked while another program holds the store.
+    base::Uuid tickInVain() {
+        startAll();
+        const auto todo = add("Ticked", 10);
+        settleAgent();
+        setClock(10);
+        if (!shows(1)) {
+            ADD_FAILURE();
+            return todo;
+        }
+        constexpr const char* kFailed = "Notification completion failed; code ";
+        m_log.expectError(kFailed);
+        {
+            const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
+            EXPECT_EQ(lock.state(), base::FileLock::State::held);
+            m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
+                                    Tells::sender);
+            EXPECT_TRUE(m_loop.runUntil([&] { return m_log.count(kFailed) > 0; }));
+            EXPECT_THAT(m_notifications->closed(), IsEmpty());
+        }
+        EXPECT_FALSE(isCompleted(todo));
+        return todo;
+    }
+};
 
 TEST_F(ReminderAgentTest, ATodoIsRemindedOfAtItsMomentAndCompletedByItsNotification) {
     for (const auto tells : {Tells::sender, Tells::everybody}) {
-        prepareStore();
-        startNotifications();
-        startAgent();
-        settleAgent();
+        startAll();
         const auto todo = add("Milk & <b>bread</b> \xff", 60);
         const auto other = add("Later", 4000);
         settleAgent();
@@ -70,10 +89,7 @@ TEST_F(ReminderAgentTest, ATodoIsRemindedOfAtItsMomentAndCompletedByItsNotificat
 }
 
 TEST_F(ReminderAgentTest, ANotificationOpensItsTodoInTheAppThatRunsOrIsStarted) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     const auto todo = add("Call", 10);
     setClock(10);
     ASSERT_TRUE(shows(1));
@@ -102,10 +118,7 @@ TEST_F(ReminderAgentTest, ANotificationOpensItsTodoInTheAppThatRunsOrIsStarted) 
 }
 
 TEST_F(ReminderAgentTest, ANotificationStaysUntilSomebodyHasTakenItsTodo) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     add("Call", 10);
     setClock(10);
     ASSERT_TRUE(shows(1));
@@ -143,10 +156,7 @@ TEST_F(ReminderAgentTest, ANotificationStaysUntilSomebodyHasTakenItsTodo) {
 }
 
 TEST_F(ReminderAgentTest, WhatIsNoLongerAskedForIsTakenBack) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     const auto completed = add("Completed in a window", 10);
     const auto gone = add("Deleted", 20);
     settleAgent();
@@ -197,10 +207,7 @@ TEST_F(ReminderAgentTest, WhoeverAsksForAnotherStoreIsToldSoAndTheWayThereIsNotL
 }
 
 TEST_F(ReminderAgentTest, ClockStepsOfHoursShowEachReminderOnce) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     add("In an hour", 3600);
     add("In five hours", 5 * 3600);
     settleAgent();
@@ -290,10 +297,7 @@ TEST_F(ReminderAgentTest, AStoreThatIsTakenAwayAfterAFailureIsNoFailure) {
 }
 
 TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     add("Still reminded of", 50);
     settleAgent();
     m_store = {};
@@ -311,57 +315,19 @@ TEST_F(ReminderAgentTest, WhoMustBeAloneWithTheStoreIsBeforeLong) {
 }
 
 TEST_F(ReminderAgentTest, ATodoThatCannotBeCompletedIsLoggedAndCompletedWhenItCanBe) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
-    const auto todo = add("Stays", 10);
-    settleAgent();
-    setClock(10);
-    ASSERT_TRUE(shows(1));
-    m_log.expectError("Notification completion failed; code ");
-    m_store.container->setPatience(std::chrono::milliseconds(0));
-    {
-        const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
-        ASSERT_EQ(lock.state(), base::FileLock::State::held);
-        m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
-                                Tells::sender);
-        ASSERT_TRUE(
-            patiently([&] { return m_log.count("Notification completion failed; code ") > 0; }));
-        EXPECT_TRUE(m_notifications->closed().empty());
-    }
-    EXPECT_FALSE(isCompleted(todo));
+    const auto todo = tickInVain();
     EXPECT_TRUE(patiently([&] { return isCompleted(todo); }));
     EXPECT_TRUE(patiently([&] { return !m_notifications->closed().empty(); }));
 }
 
 TEST_F(ReminderAgentTest, WhatWasTickedAndIsTriedAgainIsTriedOnceMoreBeforeTheAgentEnds) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
-    const auto todo = add("Ticked", 10);
-    settleAgent();
-    setClock(10);
-    ASSERT_TRUE(shows(1));
-    m_log.expectError("Notification completion failed; code ");
-    {
-        const base::FileLock lock(storeFile().string() + ".lock", std::chrono::milliseconds(0));
-        m_notifications->choose(m_notifications->shown().front(), "TODO_REMINDER_COMPLETE",
-                                Tells::sender);
-        ASSERT_TRUE(m_loop.runUntil(
-            [&] { return m_log.count("Notification completion failed; code ") > 0; }));
-    }
-    ASSERT_FALSE(isCompleted(todo));
+    const auto todo = tickInVain();
     endAgent();
     EXPECT_TRUE(isCompleted(todo));
 }
 
 TEST_F(ReminderAgentTest, ATodoThatMayNotBeCompletedIsShownInTheApp) {
-    prepareStore();
-    startNotifications();
-    startAgent();
-    settleAgent();
+    startAll();
     const auto todo = add("Put away", 10);
     auto archived = std::make_unique<model::Board>(
         model::BoardFields{.id = base::Uuid::random(), .name = "Archived", .isArchived = true});

@@ -4,13 +4,11 @@
 #include "schedule/TodoStore.h"
 #include "services/EntryService.h"
 #include "store/StoreError.h"
-#include "support/ScopedEnvironment.h"
 #include "support/TemporaryFolder.h"
 
 #include <gmock/gmock.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdlib>
 #include <deque>
 #include <map>
@@ -29,8 +27,8 @@ using Reminder = std::pair<base::Uuid, double>;
 
 /// A user's machine: two programs on a store, which is kept in memory, an agent that is killed and
 /// a notification daemon that ends at any moment, a disk that takes nothing for a while, a clock
-/// that is set, a zone that is another, and a user who ticks and closes what is shown. What is
-/// shown is counted against what may be.
+/// that is set, and a user who ticks and closes what is shown. What is shown is counted against
+/// what may be.
 class Machine {
 public:
     explicit Machine(unsigned seed) : m_random(seed) {
@@ -114,9 +112,6 @@ private:
             break;
         case 5:
             markOneComplete();
-            break;
-        case 6:
-            setZone();
             break;
         default:
             changeTodo(oneIn(2) ? m_mine.context : m_others);
@@ -223,14 +218,6 @@ private:
         // Nobody could tell what was set while no agent was there, or none that could write down
         // how far it has looked, and the clock ran twice.
         m_clock.advance(m_agent && m_fullFor == 0 ? pick(-6, 6) * 1800.0 : pick(0, 6) * 1800.0);
-        if (m_agent) {
-            m_agent->scheduler.requestReconcile();
-        }
-    }
-    /// A reminder is a moment, wherever that is.
-    void setZone() {
-        static constexpr std::array kZones{"Pacific/Apia", "Europe/Berlin", "America/St_Johns"};
-        m_zone.emplace("TZ", kZones.at(std::size_t(pick(0, int{kZones.size()} - 1))));
         if (m_agent) {
             m_agent->scheduler.requestReconcile();
         }
@@ -386,7 +373,6 @@ private:
     }
 
     std::mt19937 m_random;
-    std::optional<tests::ScopedEnvironment> m_zone;
     tests::TemporaryFolder m_folder;
     tests::TodoStore m_mine;
     base::Uuid m_board = m_mine.addBoard().id();

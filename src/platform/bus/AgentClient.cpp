@@ -44,6 +44,8 @@ AgentClient::AgentClient(Bus& bus, base::RunLoop& runLoop, const std::filesystem
             m_pause = kShortestPause;
             askSoon();
         } else if (state == Bus::State::waiting) {
+            // Who is on the next bus is asked what holds there.
+            m_wishes.reconcile = m_wishes.reconcile || m_agent || isOthers();
             setUnreachable(kNoBus);
         }
     });

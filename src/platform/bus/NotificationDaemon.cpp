@@ -174,12 +174,16 @@ void NotificationDaemon::follow() {
     m_refusingSince.reset();
     if (!m_owner.owner().empty()) {
         greet();
-        m_introduction = m_bus.call(methodOf("GetServerInformation", MethodAddress::Start::never),
-                                    {}, [this](const Reply& reply) { takeIntroduction(reply); });
+        introduce();
     } else {
         look();
     }
     m_changed.emit();
+}
+
+void NotificationDaemon::introduce() {
+    m_introduction = m_bus.call(methodOf("GetServerInformation", MethodAddress::Start::never), {},
+                                [this](const Reply& reply) { takeIntroduction(reply); });
 }
 
 void NotificationDaemon::takeIntroduction(const Reply& reply) {
@@ -210,6 +214,9 @@ void NotificationDaemon::takeCapabilities(const Reply& reply) {
         }
     } else {
         m_capabilities.emplace(said->begin(), said->end());
+        if (m_isIntroduced && m_name.empty()) {
+            introduce(); // it was too slow to say its name, too
+        }
         const auto isSilentStill = std::any_of(
             m_calls.begin(), m_calls.end(), [](const auto& each) { return each.second.isOverdue; });
         if (m_failure != Failure::refusing && !isSilentStill) {

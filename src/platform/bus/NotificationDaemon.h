@@ -118,6 +118,7 @@ private:
     void askForServices();
     void setFailure(Failure failure);
     void greet();
+    void introduce();
     void takeIntroduction(const Reply& reply);
     void takeCapabilities(const Reply& reply);
     void post(const Waiting& waiting);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/bus/IncomingMessage.h"
+
 #include <functional>
 #include <optional>
 
@@ -28,5 +30,22 @@ public:
     /// Asks for what holds now.
     virtual void look() = 0;
 };
+
+/// Tells what `read` finds in an answer. Who was too slow may say it another time; of who cannot
+/// say it, nothing is switched off: `read` throws BusError then.
+template <typename Read>
+void tellAnswer(const NotificationSwitch::Tell& tell, const Reply& reply, const Read& read) {
+    if (const auto* const error = reply.error(); error && error->isForNow()) {
+        tell(std::nullopt);
+        return;
+    }
+    NotificationSetting setting;
+    try {
+        setting = read(reply);
+    } catch (const BusError&) {
+        // An older one that does not know it yet, or one without settings, shows everything.
+    }
+    tell(setting);
+}
 
 } // namespace korvex::platform::bus

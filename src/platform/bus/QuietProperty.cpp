@@ -33,19 +33,11 @@ void QuietProperty::look() {
 }
 
 void QuietProperty::take(const Reply& reply) {
-    if (const auto* const error = reply.error(); error && error->isForNow()) {
-        m_tell(std::nullopt);
-        return;
-    }
-    NotificationSetting setting;
-    try {
-        const auto value = reply.read<Value>();
+    tellAnswer(m_tell, reply, [](const Reply& said) {
+        const auto value = said.read<Value>();
         const auto* const isQuieted = value.as<bool>();
-        setting.isQuieted = isQuieted && *isQuieted;
-    } catch (const BusError&) {
-        // An older one that does not know it yet.
-    }
-    m_tell(setting);
+        return NotificationSetting{.isQuieted = isQuieted && *isQuieted};
+    });
 }
 
 } // namespace korvex::platform::bus

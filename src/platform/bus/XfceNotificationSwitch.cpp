@@ -45,22 +45,14 @@ void XfceNotificationSwitch::look() {
 }
 
 void XfceNotificationSwitch::take(const Reply& reply) {
-    if (const auto* const error = reply.error(); error && error->isForNow()) {
-        m_tell(std::nullopt);
-        return;
-    }
-    NotificationSetting setting;
-    try {
-        const auto values = reply.read<Dictionary>();
-        if (const auto* const muted = find<ValueArray>(values, kMuted)) {
-            setting.isOff = std::any_of(muted->items.begin(), muted->items.end(), namesUs);
-        }
+    tellAnswer(m_tell, reply, [](const Reply& said) {
+        const auto values = said.read<Dictionary>();
+        const auto* const muted = find<ValueArray>(values, kMuted);
         const auto* const isQuieted = find<bool>(values, kDoNotDisturb);
-        setting.isQuieted = isQuieted && *isQuieted;
-    } catch (const BusError&) {
-        // Without its settings the daemon shows everything.
-    }
-    m_tell(setting);
+        return NotificationSetting{
+            .isOff = muted && std::any_of(muted->items.begin(), muted->items.end(), namesUs),
+            .isQuieted = isQuieted && *isQuieted};
+    });
 }
 
 } // namespace korvex::platform::bus

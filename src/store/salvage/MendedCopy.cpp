@@ -108,7 +108,6 @@ MendedCopy::MendedCopy(const StoreFile& file, const Schema& schema,
       m_schema(schema),
       m_ticker(ticker),
       m_layouts(storeLayouts(schema)),
-      m_request(file.lockFile()),
       m_copy(file.stagingName()) {
     holdAlone(patience);
     try {

@@ -4,7 +4,6 @@
 #include "store/OlderTable.h"
 #include "store/Schema.h"
 #include "store/StoreFile.h"
-#include "store/StoreLock.h"
 #include "store/salvage/DamagedPages.h"
 #include "store/salvage/StoreLayout.h"
 #include "store/salvage/TableRoots.h"
@@ -36,9 +35,9 @@ bool copyReadable(const base::FileDescriptor& source, const std::filesystem::pat
 /// checksums tell which, and which tree of pages is whose table.
 class MendedCopy {
 public:
-    /// The write lock must be held. Throws StoreError: `nothingReadable` where nothing in the file
-    /// is known to be of this system, `busy` where another program has it open for longer than
-    /// that; and what the ticker throws, which must outlive this.
+    /// The write lock must be held, and a `SoleRequest`. Throws StoreError: `nothingReadable` where
+    /// nothing in the file is known to be of this system, `busy` where another program has it open
+    /// for longer than that; and what the ticker throws, which must outlive this.
     MendedCopy(const StoreFile& file, const Schema& schema, std::chrono::milliseconds patience,
                Ticker& ticker);
     ~MendedCopy();
@@ -69,7 +68,6 @@ private:
     const Schema& m_schema;
     Ticker& m_ticker;
     std::vector<StoreLayout> m_layouts;
-    SoleRequest m_request;
     base::FileDescriptor m_held;
     std::filesystem::path m_copy;
     /// Of the copy.

@@ -63,7 +63,7 @@ private:
         }
     }
 
-    /// From the one to the other nobody is to take the store.
+    /// Nobody is to take the store while it goes from the one to the other.
     SoleRequest m_request;
     std::optional<SoleHold> m_itself;
     std::optional<MendedCopy> m_copy;

@@ -154,9 +154,6 @@ void CaptureForm::applyTheme() {
     m_text->applyTheme();
     m_files->applyTheme();
     m_reading->setFont(m_theme.smallFont());
-    for (auto* const each : {m_board, m_schedule, m_heading}) {
-        each->applyTheme();
-    }
     const auto size = m_theme.extent(Extent::sign);
     const auto side = m_theme.extent(Extent::control);
     for (const auto& [tool, icon] : {std::pair(m_attach, QStringLiteral("paperclip")),

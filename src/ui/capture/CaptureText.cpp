@@ -32,7 +32,6 @@ CaptureText::CaptureText(const Theme& theme, QWidget* parent) : QTextEdit(parent
     viewport()->setAutoFillBackground(false);
     connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this,
             [this] { updateGeometry(); });
-    applyTheme();
 }
 
 void CaptureText::applyTheme() {

@@ -24,11 +24,6 @@ ChoiceButton::ChoiceButton(const Theme& theme, QWidget* parent)
     setAutoDefault(true); // Return presses the one that has the keyboard
 }
 
-void ChoiceButton::applyTheme() {
-    updateGeometry();
-    update();
-}
-
 void ChoiceButton::show(const QString& icon, const QColor& color, const QString& words) {
     m_icon = icon;
     m_color = color;

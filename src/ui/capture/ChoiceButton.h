@@ -15,8 +15,6 @@ class ChoiceButton final : public QPushButton {
 public:
     ChoiceButton(const Theme& theme, QWidget* parent);
 
-    /// In another look.
-    void applyTheme();
     /// Without an icon where that has no name.
     void show(const QString& icon, const QColor& color, const QString& words);
 

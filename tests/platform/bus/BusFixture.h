@@ -35,6 +35,18 @@ protected:
         bus.start();
         ASSERT_TRUE(reaches(bus, Bus::State::connected));
     }
+    /// While time passes, so that what waits a moment goes on: in steps that leave a connection
+    /// time to be made.
+    template <typename Condition>
+    bool patiently(Condition&& condition) {
+        for (int tenths = 0; tenths < 600; ++tenths) {
+            if (m_loop.runUntil(condition, std::chrono::milliseconds(10))) {
+                return true;
+            }
+            m_loop.advance(0.1);
+        }
+        return false;
+    }
     /// Lets what is under way arrive: whatever was sent before on the same connection has.
     void settle(Bus& bus) {
         bool isAnswered = false;

@@ -155,33 +155,27 @@ TEST_F(SchedulePopoverTest, ASecondEscapeGivesUpWhatIsRefused) {
 
 TEST_F(SchedulePopoverTest, OneEscapeGivesUpWhatWasRefusedBefore) {
     const auto press = [](Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); };
-    open();
-    button("Due").click();
-    button("Until").click();
-    enter("Due time", "25:99");
-    press(Qt::Key_Return);
-    ASSERT_TRUE(isOpen());
-    const auto reason = field("Due time").problem();
-    EXPECT_FALSE(reason.isEmpty());
+    const auto refuse = [&] {
+        open();
+        button("Due").click();
+        button("Until").click();
+        enter("Due time", "25:99");
+        press(Qt::Key_Return);
+        ASSERT_TRUE(isOpen());
+    };
+    refuse();
+    EXPECT_FALSE(field("Due time").problem().isEmpty());
     press(Qt::Key_Escape);
     EXPECT_FALSE(isOpen()) << "the reason was read";
     EXPECT_TRUE(entry->schedule().isEmpty());
-    open();
-    button("Due").click();
-    button("Until").click();
-    enter("Due time", "25:99");
-    press(Qt::Key_Return);
+    refuse();
     QTest::keyClicks(QApplication::focusWidget(), QStringLiteral("25:98"));
     press(Qt::Key_Escape);
     ASSERT_TRUE(isOpen()) << "of this nothing was said yet";
     press(Qt::Key_Escape);
     EXPECT_FALSE(isOpen());
     for (const bool isTyped : {true, false}) {
-        open();
-        button("Due").click();
-        button("Until").click();
-        enter("Due time", "25:99");
-        press(Qt::Key_Return);
+        refuse();
         if (isTyped) {
             enter("Due day", "mar 12");
         } else {
