@@ -173,8 +173,8 @@ TEST_F(AgentClientTest, WithoutABusItSaysSoAndAsksWhenThereIsOne) {
             m_daemon->hang();
             m_client.requestReconcile();
             m_loop.runPosted();
+            agent.reset();
         }
-        agent.reset();
         killDaemon();
         ASSERT_TRUE(reaches(m_bus, Bus::State::waiting));
         EXPECT_EQ(m_client.status().reason, "There is no session bus.");
